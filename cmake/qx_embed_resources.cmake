@@ -1,0 +1,1 @@
+# qx_embed_resources() is defined with the resource compiler.
