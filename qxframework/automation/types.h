@@ -7,11 +7,11 @@
 // positive value a reservation, a negative one a failure. `long` has 64 bits here, so a literal
 // such as 0x80004005 is positive until it passes through qx::resultCode().
 
+#include "qxframework/automation/export.h"
+
 #include <compare>
 #include <cstddef>
 #include <cstdint>
-
-#include "qxframework/automation/export.h"
 
 using OLECHAR = char16_t;
 using BSTR = OLECHAR*;

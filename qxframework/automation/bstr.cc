@@ -1,0 +1,119 @@
+#include "qxframework/automation/bstr.h"
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/automation/guid.h"
+#include "qxframework/automation/variant.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+// The block: 4 bytes of padding, 4 bytes of length in bytes, the units, a terminator. The padding
+// keeps the units aligned to 8 bytes.
+constexpr std::size_t kHead = 8;
+
+BSTR allocate(std::u16string_view text) {
+  if (text.size() > std::numeric_limits<std::uint32_t>::max() / 2 - 8)
+    qx::raiseError(E_OUTOFMEMORY);
+  const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  if (copy == nullptr) qx::raiseError(E_OUTOFMEMORY);
+  return copy;
+}
+
+}  // namespace
+
+BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
+  const std::size_t bytes = std::size_t{length} * sizeof(OLECHAR);
+  auto* block = static_cast<unsigned char*>(std::malloc(kHead + bytes + sizeof(OLECHAR)));
+  if (block == nullptr) return nullptr;
+  auto* units = reinterpret_cast<BSTR>(block + kHead);
+  reinterpret_cast<std::uint32_t*>(units)[-1] = static_cast<std::uint32_t>(bytes);
+  if (text != nullptr) {
+    std::memcpy(units, text, bytes);
+  } else {
+    std::memset(units, 0, bytes);
+  }
+  units[length] = 0;
+  return units;
+}
+
+BSTR SysAllocString(const OLECHAR* text) {
+  if (text == nullptr) return nullptr;
+  return SysAllocStringLen(text, static_cast<UINT>(qx::viewOf(text).size()));
+}
+
+void SysFreeString(BSTR text) {
+  if (text != nullptr) std::free(reinterpret_cast<unsigned char*>(text) - kHead);
+}
+
+CComBSTR::CComBSTR(const OLECHAR* text)
+    : m_str(text == nullptr ? nullptr : allocate(qx::viewOf(text))) {}
+
+CComBSTR::CComBSTR(std::u16string_view text) : m_str(allocate(text)) {}
+
+CComBSTR::CComBSTR(int length, const OLECHAR* text) {
+  if (length < 0) qx::raiseError(E_INVALIDARG);
+  if (length == 0) return;
+  m_str = SysAllocStringLen(text, static_cast<UINT>(length));
+  if (m_str == nullptr) qx::raiseError(E_OUTOFMEMORY);
+}
+
+CComBSTR::CComBSTR(const GUID& guid) : m_str(allocate(qx::guidText(guid))) {}
+
+CComBSTR::CComBSTR(const CComBSTR& other)
+    : m_str(other.m_str == nullptr ? nullptr : allocate(other.View())) {}
+
+CComBSTR& CComBSTR::operator=(const OLECHAR* text) {
+  if (text != m_str) *this = CComBSTR(text);
+  return *this;
+}
+
+CComBSTR& CComBSTR::operator=(const CComBSTR& other) {
+  if (this != &other) *this = CComBSTR(other);
+  return *this;
+}
+
+CComBSTR& CComBSTR::operator=(CComBSTR&& other) noexcept {
+  std::swap(m_str, other.m_str);
+  return *this;
+}
+
+void CComBSTR::Empty() { Attach(nullptr); }
+
+void CComBSTR::Attach(BSTR text) {
+  if (text == m_str) return;
+  SysFreeString(m_str);
+  m_str = text;
+}
+
+BSTR CComBSTR::Copy() const { return m_str == nullptr ? nullptr : allocate(View()); }
+
+HRESULT CComBSTR::CopyTo(BSTR* out) const {
+  if (out == nullptr) return E_POINTER;
+  *out = Copy();
+  return S_OK;
+}
+
+HRESULT CComBSTR::Append(std::u16string_view text) {
+  std::u16string joined(View());
+  joined += text;
+  Attach(allocate(joined));
+  return S_OK;
+}
+
+CComBSTR& CComBSTR::operator+=(std::u16string_view text) {
+  Append(text);
+  return *this;
+}
+
+bool operator==(const CComBSTR& a, const CComBSTR& b) {
+  return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ;
+}
+
+bool operator==(const CComBSTR& a, const OLECHAR* b) { return a == CComBSTR(b); }
+
+bool operator<(const CComBSTR& a, const CComBSTR& b) {
+  return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
+}

@@ -1,0 +1,110 @@
+#pragma once
+
+// Owning wide strings. A BSTR is a borrowed pointer to UTF-16 units with the length kept in front
+// of the first unit and a terminating zero behind the last, so that it may hold zeros; a null BSTR
+// counts as empty. CComBSTR owns one by value, _bstr_t is the same with a text's manners.
+
+#include "qxframework/automation/types.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+/// A copy of `text`, or null for null or when memory is out.
+QX_API BSTR SysAllocString(const OLECHAR* text);
+/// A string of `length` units, copied from `text` or zero when that is null; null if out of memory.
+QX_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
+QX_API void SysFreeString(BSTR text);
+
+/// Length in UTF-16 units; 0 for null.
+inline UINT SysStringLen(const OLECHAR* text) {
+  return text == nullptr ? 0 : reinterpret_cast<const std::uint32_t*>(text)[-1] / 2;
+}
+
+namespace qx {
+
+/// `text` up to its terminator; empty for null.
+inline std::u16string_view viewOf(const OLECHAR* text) {
+  return text == nullptr ? std::u16string_view() : std::u16string_view(text);
+}
+/// All units of a BSTR, zeros included.
+inline std::u16string_view viewOfBstr(const OLECHAR* text) {
+  return text == nullptr ? std::u16string_view() : std::u16string_view(text, SysStringLen(text));
+}
+
+}  // namespace qx
+
+/// An owning wide string. Comparisons are those of the user-default locale with no flags.
+/// An allocation failure raises a _com_error of E_OUTOFMEMORY.
+class QX_API CComBSTR {
+ public:
+  CComBSTR() = default;
+  CComBSTR(const OLECHAR* text);
+  CComBSTR(std::u16string_view text);
+  CComBSTR(const std::u16string& text) : CComBSTR(std::u16string_view(text)) {}
+  CComBSTR(int length, const OLECHAR* text);
+  explicit CComBSTR(int length) : CComBSTR(length, nullptr) {}
+  explicit CComBSTR(const GUID& guid);
+  CComBSTR(const CComBSTR& other);
+  CComBSTR(CComBSTR&& other) noexcept : m_str(std::exchange(other.m_str, nullptr)) {}
+  ~CComBSTR() { SysFreeString(m_str); }
+
+  CComBSTR& operator=(const OLECHAR* text);
+  CComBSTR& operator=(const CComBSTR& other);
+  CComBSTR& operator=(CComBSTR&& other) noexcept;
+
+  operator BSTR() const { return m_str; }
+  /// For out parameters; the string must be empty, else it leaks.
+  BSTR* operator&() { return &m_str; }
+  bool operator!() const { return m_str == nullptr; }
+
+  UINT Length() const { return SysStringLen(m_str); }
+  bool IsEmpty() const { return Length() == 0; }
+  std::u16string_view View() const { return qx::viewOfBstr(m_str); }
+  void Empty();
+  void Attach(BSTR text);
+  BSTR Detach() { return std::exchange(m_str, nullptr); }
+  /// A new copy for the caller, null for null.
+  BSTR Copy() const;
+  HRESULT CopyTo(BSTR* out) const;
+  HRESULT Append(std::u16string_view text);
+  CComBSTR& operator+=(std::u16string_view text);
+
+  BSTR m_str = nullptr;
+};
+
+/// Equality and order by the comparison of the user-default locale with no flags.
+QX_API bool operator==(const CComBSTR& a, const CComBSTR& b);
+QX_API bool operator==(const CComBSTR& a, const OLECHAR* b);
+QX_API bool operator<(const CComBSTR& a, const CComBSTR& b);
+inline bool operator!=(const CComBSTR& a, const CComBSTR& b) { return !(a == b); }
+inline bool operator!=(const CComBSTR& a, const OLECHAR* b) { return !(a == b); }
+inline bool operator>(const CComBSTR& a, const CComBSTR& b) { return b < a; }
+
+/// The owning string that goes by value into calls.
+class _bstr_t {
+ public:
+  _bstr_t() = default;
+  _bstr_t(const OLECHAR* text) : m_text(text) {}
+  _bstr_t(std::u16string_view text) : m_text(text) {}
+  _bstr_t(const std::u16string& text) : m_text(text) {}
+  _bstr_t(const CComBSTR& text) : m_text(text) {}
+  operator BSTR() const { return m_text.m_str; }
+  UINT length() const { return m_text.Length(); }
+  std::u16string_view view() const { return m_text.View(); }
+  BSTR copy() const { return m_text.Copy(); }
+
+ private:
+  CComBSTR m_text;
+};
+
+namespace qx {
+
+/// Gives a new string to an out parameter; null for an empty text is not used: the string exists.
+inline HRESULT giveText(std::u16string_view text, BSTR* out) {
+  if (out == nullptr) return E_POINTER;
+  *out = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  return *out == nullptr ? E_OUTOFMEMORY : S_OK;
+}
+
+}  // namespace qx

@@ -1,0 +1,90 @@
+#pragma once
+
+// printf-style formatting of wide text with typed arguments. The arguments of a call are gathered
+// into an array of FormatArg, which stands in for a va_list: a conversion that does not suit its
+// argument, or has none, prints "?" and cannot read foreign memory.
+//
+// Conversions: %d %i %u %x %X %o %c %s %S %p %e %E %f %F %g %G %a %A %%, with flags, width and
+// precision (also "*"). Integers are taken as 32-bit unless the length says ll, I64, j, z or t, so
+// that a sign-extended result code prints its 8 digits under %08X. %s takes any wide or UTF-8
+// string; a null one prints "(null)".
+
+#include "qxframework/automation/bstr.h"
+#include "qxframework/automation/export.h"
+#include "qxframework/automation/types.h"
+
+#include <cstddef>
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace qx {
+
+/// One argument of a format. It borrows texts: they must live until the call ends.
+class FormatArg {
+ public:
+  enum class Kind { Signed, Unsigned, Real, Wide, Narrow, Pointer };
+
+  template <class T>
+  requires std::is_integral_v<T> FormatArg(T value) {
+    if constexpr (std::is_signed_v<T>) {
+      kind = Kind::Signed, integer = value;
+    } else {
+      kind = Kind::Unsigned, integer = static_cast<std::int64_t>(value);
+    }
+  }
+  template <class T>
+  requires std::is_enum_v<T> FormatArg(T value)
+      : FormatArg(static_cast<std::underlying_type_t<T>>(value)) {}
+  FormatArg(double value) : kind(Kind::Real), real(value) {}
+  FormatArg(const OLECHAR* text)
+      : kind(Kind::Wide), wide(text), length(text == nullptr ? 0 : viewOf(text).size()) {}
+  FormatArg(OLECHAR* text) : FormatArg(static_cast<const OLECHAR*>(text)) {}
+  FormatArg(std::u16string_view text) : kind(Kind::Wide), wide(text.data()), length(text.size()) {
+    if (wide == nullptr) wide = u"";
+  }
+  FormatArg(const std::u16string& text) : FormatArg(std::u16string_view(text)) {}
+  FormatArg(const CComBSTR& text) : FormatArg(static_cast<const OLECHAR*>(text.m_str)) {}
+  FormatArg(const _bstr_t& text) : FormatArg(static_cast<const OLECHAR*>(text)) {}
+  FormatArg(const char* text)
+      : kind(Kind::Narrow),
+        narrow(text),
+        length(text == nullptr ? 0 : std::string_view(text).size()) {}
+  FormatArg(const std::string& text)
+      : kind(Kind::Narrow), narrow(text.data()), length(text.size()) {}
+  FormatArg(const void* address) : kind(Kind::Pointer), pointer(address) {}
+
+  Kind kind;
+  union {
+    std::int64_t integer;
+    double real;
+    const OLECHAR* wide;
+    const char* narrow;
+    const void* pointer;
+  };
+  std::size_t length = 0;  // units of a text
+};
+
+/// The stand-in for a va_list; it borrows the array of the call.
+using FormatArgs = std::span<const FormatArg>;
+
+/// Formats into `buffer` of `capacity` units. The result is the length without the terminator, or
+/// -1 when the text was cut to `capacity` - 1 units; the buffer is terminated either way.
+QX_API int formatInto(OLECHAR* buffer, std::size_t capacity, std::u16string_view format,
+                      FormatArgs args);
+QX_API std::u16string formatText(std::u16string_view format, FormatArgs args);
+
+/// formatText(u"%s_%d", uid, 7)
+template <class... Args>
+std::u16string format(const OLECHAR* text, const Args&... args) {
+  if constexpr (sizeof...(Args) == 0) {
+    return formatText(text, {});
+  } else {
+    const FormatArg list[] = {FormatArg(args)...};
+    return formatText(text, list);
+  }
+}
+
+}  // namespace qx

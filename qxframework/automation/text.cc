@@ -1,0 +1,56 @@
+#include "qxframework/automation/text.h"
+
+#include <unicode/ustring.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+namespace qx {
+namespace {
+
+using CaseMap = int32_t (*)(UChar*, int32_t, const UChar*, int32_t, const char*, UErrorCode*);
+
+std::u16string mapCase(CaseMap map, std::u16string_view text) {
+  std::u16string out(text.size() * 3, u'\0');  // no mapping grows a unit beyond three
+  UErrorCode status = U_ZERO_ERROR;
+  const int32_t length = map(out.data(), static_cast<int32_t>(out.size()), text.data(),
+                             static_cast<int32_t>(text.size()), "", &status);
+  out.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
+  return out;
+}
+
+}  // namespace
+
+std::string toUtf8(std::u16string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size();) {
+    UChar32 point = 0;
+    U16_NEXT_OR_FFFD(text.data(), i, text.size(), point);
+    char buffer[U8_MAX_LENGTH];
+    int32_t length = 0;
+    U8_APPEND_UNSAFE(buffer, length, point);
+    out.append(buffer, static_cast<std::size_t>(length));
+  }
+  return out;
+}
+
+std::u16string toUtf16(std::string_view text) {
+  std::u16string out(text.size(), u'\0');  // never more units than bytes
+  int32_t length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strFromUTF8WithSub(out.data(), static_cast<int32_t>(out.size()), &length, text.data(),
+                       static_cast<int32_t>(text.size()), 0xFFFD, nullptr, &status);
+  out.resize(static_cast<std::size_t>(length));
+  return out;
+}
+
+std::u16string toLower(std::u16string_view text) { return mapCase(u_strToLower, text); }
+std::u16string toUpper(std::u16string_view text) { return mapCase(u_strToUpper, text); }
+
+bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b) {
+  UErrorCode status = U_ZERO_ERROR;
+  return u_strCaseCompare(a.data(), static_cast<int32_t>(a.size()), b.data(),
+                          static_cast<int32_t>(b.size()), U_FOLD_CASE_DEFAULT, &status) == 0;
+}
+
+}  // namespace qx

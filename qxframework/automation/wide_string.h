@@ -1,0 +1,83 @@
+#pragma once
+
+#include "qxframework/automation/bstr.h"
+#include "qxframework/automation/format.h"
+
+#include <string>
+#include <string_view>
+
+/// The mutable wide string. Positions and lengths count UTF-16 units; a search that finds nothing
+/// gives -1. Comparison is by unit.
+class QX_API CString {
+ public:
+  CString() = default;
+  CString(const OLECHAR* text) : m_text(qx::viewOf(text)) {}
+  CString(std::u16string_view text) : m_text(text) {}
+  CString(const std::u16string& text) : m_text(text) {}
+  CString(const CComBSTR& text) : m_text(text.View()) {}
+  CString(const _bstr_t& text) : m_text(text.view()) {}
+  CString(const OLECHAR* text, int length) : m_text(text, static_cast<std::size_t>(length)) {}
+
+  operator const OLECHAR*() const { return m_text.c_str(); }
+  const OLECHAR* GetString() const { return m_text.c_str(); }
+  std::u16string_view View() const { return m_text; }
+  int GetLength() const { return static_cast<int>(m_text.size()); }
+  bool IsEmpty() const { return m_text.empty(); }
+  void Empty() { m_text.clear(); }
+  /// Zero behind the end.
+  OLECHAR GetAt(int position) const;
+  void SetAt(int position, OLECHAR unit);
+  CString& operator+=(std::u16string_view text) {
+    m_text += text;
+    return *this;
+  }
+  void Append(std::u16string_view text) { m_text += text; }
+
+  /// Parts are cut to what there is, as are negative positions and counts.
+  CString Left(int count) const;
+  CString Right(int count) const;
+  CString Mid(int first) const;
+  CString Mid(int first, int count) const;
+  int Find(std::u16string_view text, int start = 0) const;
+  int Find(OLECHAR unit, int start = 0) const;
+  int ReverseFind(OLECHAR unit) const;
+  /// The number of replacements.
+  int Replace(std::u16string_view from, std::u16string_view to);
+  int Delete(int first, int count = 1);
+  int Insert(int position, std::u16string_view text);
+  /// White space off both ends, the right end, the left end.
+  CString& Trim();
+  CString& TrimRight();
+  CString& TrimLeft();
+  CString& MakeLower();
+  CString& MakeUpper();
+  int Compare(std::u16string_view other) const { return m_text.compare(other); }
+  int CompareNoCase(std::u16string_view other) const;
+  BSTR AllocSysString() const {
+    return SysAllocStringLen(m_text.data(), static_cast<UINT>(m_text.size()));
+  }
+
+  template <class... Args>
+  void Format(const OLECHAR* text, const Args&... args) {
+    m_text = qx::format(text, args...);
+  }
+  void FormatV(const OLECHAR* text, qx::FormatArgs args) {
+    m_text = qx::formatText(qx::viewOf(text), args);
+  }
+
+  friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
+  friend bool operator==(const CString& a, const OLECHAR* b) { return a.m_text == qx::viewOf(b); }
+  friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; }
+  friend CString operator+(const CString& a, const CString& b) {
+    return CString(a.m_text + b.m_text);
+  }
+  friend CString operator+(const CString& a, const OLECHAR* b) {
+    return CString(a.m_text + std::u16string(qx::viewOf(b)));
+  }
+  friend CString operator+(const OLECHAR* a, const CString& b) {
+    return CString(std::u16string(qx::viewOf(a)) + b.m_text);
+  }
+
+ private:
+  std::u16string m_text;
+};
