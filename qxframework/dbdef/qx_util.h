@@ -6,7 +6,7 @@
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/host/enums.h"
 #include "qxframework/os/module.h"
-#include "qxframework/os/window.h"
+#include "qxframework/os/debug_trace.h"
 
 class CQXBSTR;
 class IApplication;
