@@ -68,6 +68,13 @@ struct VersionEntry {
 };
 static_assert(sizeof(VersionEntry) == 16);
 
+/// Limits of the version block, so that a damaged image cannot ask for much memory.
+inline constexpr std::uint32_t kMostVersionStrings = 256;
+inline constexpr std::uint32_t kLongestVersionText = 32767;
+
+/// No image is larger, in bytes.
+inline constexpr std::uint64_t kLargestImage = 256U << 20U;
+
 inline constexpr char kNoteOwner[] = "QXRES";
 inline constexpr std::uint32_t kNoteType = 1;
 

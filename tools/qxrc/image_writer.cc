@@ -3,7 +3,6 @@
 #include "qxframework/os/resource_format.h"
 
 #include <cstring>
-#include <limits>
 #include <stdexcept>
 #include <string_view>
 
@@ -13,8 +12,8 @@ namespace {
 namespace format = resource_format;
 
 std::uint32_t checked(std::size_t value) {
-  if (value > std::numeric_limits<std::uint32_t>::max()) {
-    throw std::length_error("the resources are larger than 4 GiB");
+  if (value > format::kLargestImage) {
+    throw std::length_error("error: the resources are larger than 256 MiB; embed less");
   }
   return static_cast<std::uint32_t>(value);
 }

@@ -12,7 +12,7 @@
 namespace qx::qxrc {
 
 /// The image of `set` in the layout of resource_format.h. Equal sets give equal images. Throws
-/// std::length_error above 4 GiB.
+/// std::length_error above 256 MiB.
 std::string buildImage(const ResourceSet& set);
 
 /// A C++ source file that puts the bytes of `imageFile` into the section ".qxres", with the note

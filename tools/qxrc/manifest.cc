@@ -84,10 +84,21 @@ class ManifestReader {
 
   void readVersionStrings(const toml::table& section) {
     for (const auto& [key, node] : section) {
-      const Location place = at(node.source());
-      set_.versionStrings.emplace_back(convertUtf8(key.str(), at(key.source())),
-                                       convertUtf8(text(node), place));
+      set_.versionStrings.emplace_back(versionText(key.str(), key.source()),
+                                       versionText(text(node), node.source()));
     }
+    if (section.size() > resource_format::kMostVersionStrings) {
+      throw Diagnostic(at(section.source()), "the version block has too many strings",
+                       "leave at most " + std::to_string(resource_format::kMostVersionStrings));
+    }
+  }
+
+  std::u16string versionText(std::string_view value, const toml::source_region& source) const {
+    std::u16string converted = convertUtf8(value, at(source));
+    if (converted.size() <= resource_format::kLongestVersionText) return converted;
+    throw Diagnostic(
+        at(source), "the text is too long for a version block",
+        "leave at most " + std::to_string(resource_format::kLongestVersionText) + " units");
   }
 
   void readXml(const toml::table& section) {

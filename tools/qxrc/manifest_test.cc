@@ -161,6 +161,16 @@ TEST_F(Manifest, RefusesAVersionBlockWithoutStrings) {
             "[version.strings] or remove [version]");
 }
 
+TEST_F(Manifest, RefusesMoreThanAVersionBlockHolds) {
+  EXPECT_EQ(refusal("[version.strings]\na = \"" + std::string(32768, 'x') + "\"\n"),
+            "module.toml:2:5: error: the text is too long for a version block; leave at most "
+            "32767 units");
+  std::string many = "[version.strings]\n";
+  for (int index = 0; index < 257; ++index) many += "k" + std::to_string(index) + " = \"\"\n";
+  EXPECT_EQ(refusal(many),
+            "module.toml:1:1: error: the version block has too many strings; leave at most 256");
+}
+
 TEST_F(Manifest, TellsThePlaceInAStringTable) {
   folder_.write("1033.txt", "1 = a\n1 = b\n");
   EXPECT_EQ(refusal("[strings]\n1033 = \"1033.txt\"\n"),
