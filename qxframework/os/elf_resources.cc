@@ -83,11 +83,13 @@ std::vector<Elf64_Phdr> readProgramHeaders(const ByteSource& elf) {
   return headers;
 }
 
-/// The place in the file of `size` bytes that are loaded to `address`.
+/// The place in a file of `fileSize` bytes of `size` bytes that are loaded to `address`.
 std::optional<std::uint64_t> fileOffset(const std::vector<Elf64_Phdr>& headers,
-                                        std::uint64_t address, std::uint64_t size) {
+                                        std::uint64_t fileSize, std::uint64_t address,
+                                        std::uint64_t size) {
   for (const Elf64_Phdr& segment : headers) {
     if (segment.p_type != PT_LOAD || address < segment.p_vaddr) continue;
+    if (!fits(fileSize, segment.p_offset, segment.p_filesz)) continue;
     const std::uint64_t distance = address - segment.p_vaddr;
     if (fits(segment.p_filesz, distance, size)) return segment.p_offset + distance;
   }
@@ -135,7 +137,8 @@ std::optional<std::vector<std::byte>> readResourceSection(const ByteSource& elf)
     // Sums wrap around like addresses do; a wrong one is in no segment.
     const std::uint64_t address =
         segment.p_vaddr + note->bodyOffset + static_cast<std::uint64_t>(note->relative);
-    const std::optional<std::uint64_t> offset = fileOffset(headers, address, note->size);
+    const std::optional<std::uint64_t> offset =
+        fileOffset(headers, elf.size(), address, note->size);
     if (!offset) return std::nullopt;
     return readRange(elf, *offset, note->size);
   }
