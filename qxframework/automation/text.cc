@@ -1,5 +1,6 @@
 #include "qxframework/automation/text.h"
 
+#include <unicode/uchar.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
