@@ -3,6 +3,7 @@
 #include "qxlogger/log_clock.h"
 #include "qxlogger/text.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <array>
@@ -16,8 +17,8 @@ namespace {
 
 constexpr std::array<std::string_view, 6> kWords{"Error", "Warning", "Information",
                                                  "Debug", "Debug1",  "Debug2"};
-// Room for all but the two texts.
-constexpr std::size_t kHeadSize = 96;
+// Room for all but the two texts: two numbers of up to 20 characters, and some 50 of fixed width.
+constexpr std::size_t kHeadSize = 112;
 
 // The parts of a time that stay the same for a second. Trivial, so that a record written while its
 // thread ends still finds it.
@@ -57,12 +58,15 @@ std::string_view severityWord(long level) {
 
 std::string formatRecord(const Record& record) {
   const std::u16string_view message = withoutLineEnds(record.message);
+  const Second& second = cachedSecond(record.time / kNanosecondsPerSecond);
+  fmt::basic_memory_buffer<char, kHeadSize> head;
+  fmt::format_to(fmt::appender(head), FMT_COMPILE("{}.{:06}{}\t{}\t{}\t{}\t"),
+                 std::string_view(second.date), record.time % kNanosecondsPerSecond / 1000,
+                 std::string_view(second.offset), severityWord(record.level), record.appId,
+                 record.processId);
   std::string line;
   line.reserve(kHeadSize + record.function.size() + message.size());
-  const Second& second = cachedSecond(record.time / kNanosecondsPerSecond);
-  fmt::format_to(std::back_inserter(line), "{}.{:06}{}\t{}\t{}\t{}\t", second.date,
-                 record.time % kNanosecondsPerSecond / 1000, second.offset,
-                 severityWord(record.level), record.appId, record.processId);
+  line.append(head.data(), head.size());
   appendEscaped(line, record.function);
   line += '\t';
   appendEscaped(line, message);
