@@ -11,12 +11,17 @@ IdleFlusher::IdleFlusher(std::function<void()> pause, std::function<void()> flus
 }
 
 IdleFlusher::~IdleFlusher() {
-  if (state_ == State::kRunning) {
-    stopped_ = true;
-    sem_post(&wake_);
-    pthread_join(thread_, nullptr);
-  }
+  stop();
   sem_destroy(&wake_);
+}
+
+void IdleFlusher::stop() {
+  if (state_ != State::kRunning) return;
+  stopped_ = true;
+  sem_post(&wake_);
+  pthread_join(thread_, nullptr);
+  stopped_ = false;
+  state_ = State::kNone;
 }
 
 void IdleFlusher::request() {

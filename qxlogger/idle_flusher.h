@@ -14,7 +14,6 @@ class IdleFlusher {
  public:
   /// `pause` and `flush` are called on the flusher's thread.
   IdleFlusher(std::function<void()> pause, std::function<void()> flush);
-  /// Ends the thread after what it is doing.
   ~IdleFlusher();
   IdleFlusher(const IdleFlusher&) = delete;
   IdleFlusher& operator=(const IdleFlusher&) = delete;
@@ -24,6 +23,9 @@ class IdleFlusher {
 
   /// Asks for a flush after a pause from now.
   void request();
+
+  /// Ends the thread after what it is doing.
+  void stop();
 
   /// For the child of a fork, which has no such thread. It gets one of its own when it needs it.
   void forgetThread();

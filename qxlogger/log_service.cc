@@ -55,6 +55,7 @@ LogService::LogService(FileApi& files, LogClock& clock, Places places)
       flusher_(pauseBeforeFlush, [this] { flush(); }) {}
 
 LogService::~LogService() {
+  flusher_.stop();
   flush();
   Module* next = modules_;
   while (next != nullptr) {

@@ -107,6 +107,7 @@ std::u16string_view withoutLineEnds(std::u16string_view text) {
 }
 
 bool equalIgnoringCase(std::u16string_view left, std::u16string_view right) {
+  if (left.empty() || right.empty()) return left.empty() && right.empty();
   UErrorCode error = U_ZERO_ERROR;
   const auto length = [](std::u16string_view text) {
     return static_cast<std::int32_t>(text.size());
