@@ -21,6 +21,9 @@ constexpr std::int64_t kMegabyte = 1 << 20;
 // Asking the system costs more than all the rest of a record.
 std::atomic<long> processId{0};
 
+// The process's own, for what runs at fork and exit.
+std::atomic<LogService*> theService{nullptr};
+
 long currentProcessId() {
   long id = processId.load(std::memory_order_relaxed);
   if (id == 0) {
@@ -68,6 +71,7 @@ LogService& LogService::instance() {
   static LogService& service = []() -> LogService& {
     auto* made = new LogService(FileApi::system(), LogClock::system(),
                                 {.settings = settingsPath(), .logs = logFolder()});
+    theService = made;
     prepareForkAndExit();
     return *made;
   }();
@@ -78,11 +82,11 @@ LogService& LogService::instance() {
 void LogService::prepareForkAndExit() {
   pthread_atfork(nullptr, nullptr, [] {
     processId = 0;
-    instance().flusher_.forgetThread();
+    theService.load()->flusher_.forgetThread();
   });
   std::atexit([] {
-    instance().ending_ = true;
-    instance().flush();
+    theService.load()->ending_ = true;
+    theService.load()->flush();
   });
 }
 

@@ -73,8 +73,13 @@ struct SharedLog::Attachment {
   std::int64_t verified = 0;
 };
 
-SharedLog::SharedLog(FileApi& files, LogClock& clock, std::string folder, std::string name)
-    : files_(files), clock_(clock), folder_(std::move(folder)), name_(std::move(name)) {}
+SharedLog::SharedLog(FileApi& files, LogClock& clock, std::string folder, std::string name,
+                     std::int64_t longestWait)
+    : files_(files),
+      clock_(clock),
+      folder_(std::move(folder)),
+      name_(std::move(name)),
+      longestWait_(longestWait) {}
 
 SharedLog::~SharedLog() {
   if (Attachment* present = current_.load()) detach(present);
@@ -127,7 +132,8 @@ SharedLog::Attachment* SharedLog::attach() {
   Attachment* present = current_.load(std::memory_order_acquire);
   if (present != nullptr) return present;
   int error = folder_.empty() ? ENOENT : 0;
-  auto region = error == 0 ? SharedRegion::open(files_, regionPath(), error) : nullptr;
+  auto region =
+      error == 0 ? SharedRegion::open(files_, regionPath(), error, longestWait_) : nullptr;
   if (region == nullptr) {
     dropHere(error);
     return nullptr;
@@ -209,6 +215,7 @@ bool SharedLog::verify(Attachment& a) {
   if (files_.info(path(0), there) < 0 || !there.sameFile(mine)) {
     if (!reopen(a) || files_.info(a.file.get(), mine) < 0) return true;
     a.generation = ++next.generation;
+    next.rotateAt = 0;
   }
   next.fileSize = mine.size;
   a.region->commit(next);

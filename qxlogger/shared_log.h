@@ -46,7 +46,9 @@ class SharedLog {
   /// The name of the lines that the log writes about itself.
   static constexpr std::u16string_view kOwnName = u"QXLogger";
 
-  SharedLog(FileApi& files, LogClock& clock, std::string folder, std::string name);
+  /// `longestWait`, in nanoseconds, is for a process that holds the set and does not run.
+  SharedLog(FileApi& files, LogClock& clock, std::string folder, std::string name,
+            std::int64_t longestWait = 2 * kNanosecondsPerSecond);
   ~SharedLog();
   SharedLog(const SharedLog&) = delete;
   SharedLog& operator=(const SharedLog&) = delete;
@@ -88,6 +90,7 @@ class SharedLog {
   LogClock& clock_;
   const std::string folder_;
   const std::string name_;
+  const std::int64_t longestWait_;
   std::atomic<Attachment*> current_{nullptr};
   std::atomic<Attachment*> retired_{nullptr};
   std::atomic<std::uint64_t> droppedHere_{0};  // without access to the shared state

@@ -14,8 +14,6 @@
 namespace qx::logger {
 namespace {
 
-using Names = std::vector<std::string>;
-
 constexpr LogLimits kRoomy{.fileCount = 2, .fileBytes = 1 << 20};
 constexpr LogLimits kTiny{.fileCount = 3, .fileBytes = 10};
 
@@ -214,6 +212,26 @@ TEST_F(LogFiles, KeepRecordsWhileOnlyTheFileCannotBeOpened) {
   files.onOpen = nullptr;
   EXPECT_EQ(append("2\n"), Appended::kWritten);
   EXPECT_EQ(current(), "1\n2\n");
+}
+
+TEST_F(LogFiles, DropRecordsWhileAnotherProcessHoldsThemAndDoesNotRun) {
+  append("1\n");
+  SharedLog impatient(files, clock, folder / "sub", "x", 0);
+  const auto appendThere = [&](const char* text) {
+    return impatient.append({.text = text, .time = clock.wall, .processId = 42}, kRoomy);
+  };
+  int error = 0;
+  const auto other = SharedRegion::open(files, folder / "sub/.x.sync1", error);
+  ASSERT_NE(other, nullptr) << error;
+  ASSERT_EQ(other->lock(), SharedRegion::Lock::kHeld);
+  EXPECT_EQ(appendThere("2\n"), Appended::kDropped);
+  EXPECT_EQ(appendThere("3\n"), Appended::kDropped);
+  EXPECT_FALSE(impatient.flush());
+  other->unlock();
+  EXPECT_EQ(appendThere("4\n"), Appended::kWritten);
+  EXPECT_EQ(current(),
+            "1\n2024-02-29T12:34:56.789012+00:00\tWarning\t0\t42\tQXLogger\t"
+            "Records dropped: 2 (Device or resource busy)\n4\n");
 }
 
 TEST_F(LogFiles, DropRecordsOfAUserWithoutFolders) {

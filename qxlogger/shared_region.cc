@@ -25,7 +25,7 @@ struct SharedRegion::Layout {
 namespace {
 
 constexpr std::uint64_t kMagic = 0x31474F4C58510A1A;
-constexpr long kLongestWaitSeconds = 2;
+constexpr std::int64_t kSecond = 1'000'000'000;
 constexpr int kAttempts = 100;
 
 int lockFile(int file, int operation) {
@@ -93,7 +93,7 @@ int enter(int file, Layout& layout) {
 }  // namespace
 
 std::unique_ptr<SharedRegion> SharedRegion::open(FileApi& files, const std::string& path,
-                                                 int& error) {
+                                                 int& error, std::int64_t longestWait) {
   OpenFile file(files, openInFolder(files, path, O_RDWR | O_CREAT));
   error = file.isOpen() ? 0 : -file.get();
   if (error != 0) return nullptr;
@@ -108,11 +108,12 @@ std::unique_ptr<SharedRegion> SharedRegion::open(FileApi& files, const std::stri
     ::munmap(memory, sizeof(Layout));
     return nullptr;
   }
-  return std::unique_ptr<SharedRegion>(new SharedRegion(files, std::move(file), layout));
+  return std::unique_ptr<SharedRegion>(
+      new SharedRegion(files, std::move(file), layout, longestWait));
 }
 
-SharedRegion::SharedRegion(FileApi& files, OpenFile file, Layout* layout)
-    : files_(files), file_(std::move(file)), layout_(layout) {}
+SharedRegion::SharedRegion(FileApi& files, OpenFile file, Layout* layout, std::int64_t longestWait)
+    : files_(files), file_(std::move(file)), layout_(layout), longestWait_(longestWait) {}
 
 SharedRegion::~SharedRegion() { ::munmap(layout_, sizeof(Layout)); }
 
@@ -133,7 +134,9 @@ SharedRegion::Lock SharedRegion::lock() {
 SharedRegion::Lock SharedRegion::waitForLock() {
   timespec until{};
   clock_gettime(CLOCK_MONOTONIC, &until);
-  until.tv_sec += kLongestWaitSeconds;
+  const std::int64_t end = until.tv_nsec + longestWait_;
+  until.tv_sec += end / kSecond;
+  until.tv_nsec = end % kSecond;
   switch (pthread_mutex_clocklock(&layout_->mutex, CLOCK_MONOTONIC, &until)) {
     case 0:
       return Lock::kHeld;

@@ -37,14 +37,18 @@ class SharedRegion {
 
   enum class Lock { kHeld, kHeldAfterDeath, kFailed };
 
-  /// Null, with the `errno`, where the file cannot be made, sized, locked or mapped.
-  static std::unique_ptr<SharedRegion> open(FileApi& files, const std::string& path, int& error);
+  static constexpr std::int64_t kLongestWait = 2'000'000'000;
+
+  /// Null, with the `errno`, where the file cannot be made, sized, locked or mapped. The wait, in
+  /// nanoseconds, is that of lock().
+  static std::unique_ptr<SharedRegion> open(FileApi& files, const std::string& path, int& error,
+                                            std::int64_t longestWait = kLongestWait);
   ~SharedRegion();
   SharedRegion(const SharedRegion&) = delete;
   SharedRegion& operator=(const SharedRegion&) = delete;
 
-  /// Waits at most two seconds for a process that holds the lock and does not run, and not at all
-  /// once it has waited in vain, until it gets the lock again.
+  /// Waits only so long for a process that holds the lock and does not run, and not at all once it
+  /// has waited in vain, until it gets the lock again.
   Lock lock();
   void unlock();
 
@@ -62,12 +66,13 @@ class SharedRegion {
  private:
   struct Layout;
 
-  SharedRegion(FileApi& files, OpenFile file, Layout* layout);
+  SharedRegion(FileApi& files, OpenFile file, Layout* layout, std::int64_t longestWait);
   Lock waitForLock();
 
   FileApi& files_;
   OpenFile file_;
   Layout* layout_;
+  const std::int64_t longestWait_;
   std::atomic<bool> waitedInVain_{false};
 };
 
