@@ -86,6 +86,16 @@ TEST(DomEdit, AttributeMovesToADocumentThatDoesNotKnowItsNamespace) {
             "<t xmlns:p=\"urn:other\" xmlns:ns1=\"urn:p\" ns1:abc=\"longer text\"/>\n");
 }
 
+TEST(DomEdit, AttributeDoesNotHideAPrefixFromWhatIsBelow) {
+  const auto document =
+      documentOf(u"<r xmlns:p='urn:1' xmlns:ns1='urn:2'><e><p:c/><ns1:d/></e></r>");
+  const auto source = documentOf(u"<s xmlns:p='urn:other' p:a='1'/>");
+  const auto attribute = source->documentElement()->attributes()->removeNamedItem(u"p:a");
+  document->documentElement()->firstChild()->attributes()->setNamedItem(attribute);
+  EXPECT_EQ(plain(document->documentElement()->firstChild()->xml()),
+            "<e xmlns:ns2=\"urn:other\" ns2:a=\"1\">\n  <p:c/>\n  <ns1:d/>\n</e>");
+}
+
 // --- children ------------------------------------------------------------------------------
 
 TEST(DomEdit, BuildsADocumentFromNothing) {
