@@ -20,6 +20,10 @@ class CComPtr {
   ~CComPtr() {
     if (p != nullptr) p->Release();
   }
+  CComPtr& operator=(std::nullptr_t) {
+    Release();
+    return *this;
+  }
   CComPtr& operator=(T* object) {
     CComPtr(object).Swap(*this);
     return *this;
@@ -87,7 +91,8 @@ class CComQIPtr : public CComPtr<T> {
   }
 
  private:
-  void query(IUnknown* object) {
+  template <class Q>
+  void query(Q* object) {
     if (object == nullptr) return;
     if (object->QueryInterface(T::kIid, reinterpret_cast<void**>(&this->p)) < 0) this->p = nullptr;
   }
