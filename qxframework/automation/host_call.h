@@ -7,6 +7,7 @@
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/com_ptr.h"
+#include "qxframework/automation/variant.h"
 
 namespace qx {
 
@@ -28,6 +29,13 @@ template <class I, class... Params, class... Args>
 CComBSTR getText(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   CComBSTR out;
   raiseIfFailed((object->*method)(std::forward<Args>(args)..., &out.m_str));
+  return out;
+}
+
+template <class I, class... Params, class... Args>
+CComVariant getVariant(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
+  CComVariant out;
+  raiseIfFailed((object->*method)(std::forward<Args>(args)..., &out));
   return out;
 }
 

@@ -1,0 +1,70 @@
+#pragma once
+
+// The edge of the host's objects: every operation runs inside hostCall, which keeps exceptions in
+// and, for tests, can refuse the n-th call into the library, whatever it is. Each of the host's two
+// libraries has a gate of its own, reached by class id.
+
+#include "qxframework/automation/com_object.h"
+#include "qxframework/host/ids.h"
+
+namespace qx::desk {
+
+inline constexpr CLSID kScreensGateClass = hostId(0x0301);
+inline constexpr CLSID kCompanyGateClass = hostId(0x0302);
+
+/// Plays the host that refuses a call.
+class ICallGate : public IUnknown {
+ public:
+  static constexpr GUID kIid = hostId(0x0300);
+  /// Starts counting from 0 and lets call number `call` (from 1) end with `code` without running;
+  /// 0 refuses none.
+  virtual HRESULT RefuseCall(long call, HRESULT code) = 0;
+  /// Calls since the last RefuseCall.
+  virtual HRESULT GetCallCount(long* out) = 0;
+
+ protected:
+  ~ICallGate() = default;
+};
+
+/// The gate of the library that this is linked into. Host objects live on one thread.
+class CallGate {
+ public:
+  static CallGate& instance() {
+    static CallGate gate;
+    return gate;
+  }
+  void refuse(long call, HRESULT code) {
+    count_ = 0;
+    refused_ = call;
+    code_ = code;
+  }
+  long count() const { return count_; }
+  HRESULT enter() { return ++count_ == refused_ ? code_ : S_OK; }
+
+ private:
+  long count_ = 0;
+  long refused_ = 0;
+  HRESULT code_ = E_FAIL;
+};
+
+class CallGateObject final : public ComObject<ICallGate> {
+ public:
+  HRESULT RefuseCall(long call, HRESULT code) override {
+    CallGate::instance().refuse(call, resultCode(code));
+    return S_OK;
+  }
+  HRESULT GetCallCount(long* out) override {
+    if (out == nullptr) return E_POINTER;
+    *out = CallGate::instance().count();
+    return S_OK;
+  }
+};
+
+/// The body of every operation of a host object.
+template <class Body>
+HRESULT hostCall(Body&& body) noexcept {
+  if (const HRESULT refused = CallGate::instance().enter(); refused != S_OK) return refused;
+  return guarded(std::forward<Body>(body));
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,97 @@
+#pragma once
+
+// A logging component that keeps its records, registered for the life of a test.
+
+#include "qxframework/automation/com_object.h"
+#include "qxframework/logging/qx_logger.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace qx::test {
+
+struct LogRecord {
+  long appId;
+  std::u16string module;
+  int level;
+  std::u16string function;
+  std::u16string message;
+  friend bool operator==(const LogRecord&, const LogRecord&) = default;
+};
+
+/// Takes the place of the logging component while it lives. Records of all instances go to one
+/// list.
+class RecordingLogger {
+ public:
+  RecordingLogger() {
+    const auto factory = makeFactory([this] {
+      if (refuse) raiseError(E_FAIL);
+      ++instances;
+      return makeObject<Instance>(*this);
+    });
+    CoRegisterClassObject(QXLoggerLib::CLSID_QXLogger, factory, CLSCTX_SERVER, 0, &cookie_);
+  }
+  ~RecordingLogger() { CoRevokeClassObject(cookie_); }
+  RecordingLogger(const RecordingLogger&) = delete;
+  RecordingLogger& operator=(const RecordingLogger&) = delete;
+
+  /// Messages at `level` or worse, in order.
+  std::vector<std::u16string> messages(int level = QXLoggerLib::sl_Debug2) const {
+    std::vector<std::u16string> out;
+    for (const LogRecord& record : records)
+      if (record.level <= level) out.push_back(record.message);
+    return out;
+  }
+  /// Messages of one function, without the two trace lines.
+  std::vector<std::u16string> messagesOf(std::u16string_view function) const {
+    std::vector<std::u16string> out;
+    for (const LogRecord& record : records) {
+      if (record.function == function && !isTrace(record.message)) out.push_back(record.message);
+    }
+    return out;
+  }
+  bool has(std::u16string_view message) const {
+    for (const LogRecord& record : records)
+      if (record.message == message) return true;
+    return false;
+  }
+  bool has(int level, std::u16string_view message) const {
+    for (const LogRecord& record : records)
+      if (record.level == level && record.message == message) return true;
+    return false;
+  }
+
+  std::deque<LogRecord> records;
+  int instances = 0;
+  bool refuse = false;        // no instance can be made
+  bool throwOnWrite = false;  // WriteLog throws
+  HRESULT writeResult = S_OK;
+
+ private:
+  class Instance final : public NoDispatch<ComObject<QXLoggerLib::IQXLogger>> {
+   public:
+    explicit Instance(RecordingLogger& owner) : owner_(owner) {}
+    HRESULT WriteLog(long appId, BSTR module, QXLoggerLib::HvSeverityLevel level, BSTR function,
+                     BSTR message) override {
+      if (owner_.throwOnWrite) throw 42;
+      owner_.records.push_back({appId, std::u16string(viewOfBstr(module)), level,
+                                std::u16string(viewOfBstr(function)),
+                                std::u16string(viewOfBstr(message))});
+      return owner_.writeResult;
+    }
+    HRESULT ReadSettings(long*, long*, long*, BSTR*) override { return E_NOTIMPL; }
+    HRESULT WriteSettings(long, long, long, BSTR) override { return E_NOTIMPL; }
+
+   private:
+    RecordingLogger& owner_;
+  };
+
+  static bool isTrace(std::u16string_view message) {
+    return message == u"Entering function\n" || message.starts_with(u"Leaving function");
+  }
+
+  DWORD cookie_ = 0;
+};
+
+}  // namespace qx::test
