@@ -202,8 +202,8 @@ TEST(NumberToReal, AShortRealMustBeAbleToHoldIt) {
 TEST(NumberToMoney, KeepsFourDecimalsAndRoundsToTheEvenOne) {
   EXPECT_EQ(converted(1.5, VT_CY).cyVal.int64, 15000);
   EXPECT_EQ(converted(-3, VT_CY).cyVal.int64, -30000);
-  EXPECT_EQ(converted(0.00005, VT_CY).cyVal.int64, 0);
-  EXPECT_EQ(converted(0.00015, VT_CY).cyVal.int64, 2);
+  EXPECT_EQ(converted(0.03125, VT_CY).cyVal.int64, 312);
+  EXPECT_EQ(converted(0.09375, VT_CY).cyVal.int64, 938);
   EXPECT_EQ(code(1e15, VT_CY), DISP_E_OVERFLOW);
   EXPECT_EQ(code(int64(std::numeric_limits<std::int64_t>::max()), VT_CY), DISP_E_OVERFLOW);
 }
