@@ -177,7 +177,7 @@ TEST(VarCmp, ReadsThroughReferences) {
 }
 
 TEST(VarCmp, NullPointersAreRefused) {
-  const CComVariant value;
+  const CComVariant value(1);
   EXPECT_EQ(VarCmp(nullptr, &value, kEnglish, 0), E_POINTER);
   EXPECT_EQ(VarCmp(&value, nullptr, kEnglish, 0), E_POINTER);
 }
