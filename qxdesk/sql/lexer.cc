@@ -120,13 +120,14 @@ class Lexer {
     if (c == '\'' || startsWith("N'") || startsWith("n'")) {
       token.kind = TokenKind::Text;
       if (c != '\'') advance();
-      token.text = enclosed('\'', "the string is not closed; ' is missing");
+      token.text = enclosed('\'', token.at, "the string is not closed; ' is missing");
     } else if (c == '[') {
       token.kind = TokenKind::BracketName;
-      token.text = named(enclosed(']', "the name is not closed; ] is missing"), token.at);
+      token.text = named(enclosed(']', token.at, "the name is not closed; ] is missing"), token.at);
     } else if (c == '"') {
       token.kind = TokenKind::QuotedName;
-      token.text = named(enclosed('"', "the name is not closed; \" is missing"), token.at);
+      token.text =
+          named(enclosed('"', token.at, "the name is not closed; \" is missing"), token.at);
     } else if (startsName(c) || c == '@') {
       token.kind = c == '@' ? TokenKind::AtName : TokenKind::Name;
       token.text = plainName();
@@ -150,9 +151,9 @@ class Lexer {
 
   char at(std::size_t distance) const { return text_[offset_ + distance]; }
 
-  // The text between the character here and `close`, which counts as content when doubled.
-  std::string enclosed(char close, const char* unclosed) {
-    const Position start = at_;
+  // The text between the character here and `close`, which counts as content when doubled. The
+  // token starts at `start`.
+  std::string enclosed(char close, Position start, const char* unclosed) {
     std::string content;
     advance();
     for (;;) {

@@ -34,6 +34,12 @@ constexpr TypeWord kTypes[] = {
     {"DATETIME", ColumnType::Date},    {"TIMESTAMP", ColumnType::Date},
 };
 
+bool isDateCall(const Expr& expr) {
+  return expr.kind == ExprKind::Call &&
+         (expr.function == Function::Now || expr.function == Function::Today ||
+          expr.function == Function::AddTime || expr.function == Function::ToDate);
+}
+
 constexpr std::int64_t kCompactStyle = 112;  // YYYYMMDD
 constexpr std::int64_t kIsoStyle = 120;      // YYYY-MM-DD HH:MM:SS
 constexpr std::int64_t kMaxSize = 8000;
@@ -232,7 +238,7 @@ ExprPtr Parser::convertCall(Position at) {
   return converted(at, target, std::move(formatted));
 }
 
-// A literal that becomes a date is checked here already.
+// A literal that becomes a date is checked here already; what is a date stays as it is.
 ExprPtr Parser::converted(Position at, const CastTarget& target, ExprPtr operand) {
   if (target.type == ColumnType::Date && operand->kind == ExprKind::Text) {
     const std::optional<std::string> date = storedDate(operand->text);
@@ -241,6 +247,7 @@ ExprPtr Parser::converted(Position at, const CastTarget& target, ExprPtr operand
     operand->text = *date;
     return operand;
   }
+  if (target.type == ColumnType::Date && isDateCall(*operand)) return operand;
   ExprPtr result = node(ExprKind::Call, at);
   result->function = target.type == ColumnType::Date ? Function::ToDate : Function::Cast;
   result->target = target;

@@ -281,6 +281,9 @@ void Resolver::resolveArithmetic(Expr& expr) {
     throw SqlError("dates cannot be used with " + expr.text + " here; use a date function",
                    expr.at);
   }
+  if (expr.text == "+" && (left == ColumnType::Text || right == ColumnType::Text)) {
+    throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||", expr.at);
+  }
   const bool known = left != ColumnType::Unknown && right != ColumnType::Unknown;
   const bool decimal = left == ColumnType::Decimal || right == ColumnType::Decimal;
   if (decimal) {

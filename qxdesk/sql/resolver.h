@@ -13,7 +13,8 @@ namespace qx::sql {
 class Resolver {
  public:
   // `catalog` may be null: the types of columns are then unknown.
-  explicit Resolver(const Catalog* catalog) : catalog_(catalog) {}
+  Resolver(const DialectTraits& traits, const Catalog* catalog)
+      : traits_(traits), catalog_(catalog) {}
 
   // Raises SqlError for a + whose meaning cannot be told and for a text that is no date where one
   // is needed.
@@ -39,6 +40,7 @@ class Resolver {
   ColumnType typeInSelect(const Select& select, std::string_view column) const;
   ColumnType typeInTable(std::string_view table, std::string_view column) const;
 
+  const DialectTraits& traits_;
   const Catalog* catalog_;
   std::vector<const SelectCore*> scopes_;  // innermost last
   std::vector<const CommonTable*> commonTables_;

@@ -40,7 +40,7 @@ std::vector<OutputColumn> outputColumns(const Select& select, const DialectTrait
 Translation Translator::translate(std::string_view utf8) {
   const DialectTraits& traits = traitsOf(dialect_);
   Statement statement = Parser(dialect_, lex(utf8)).parse();
-  Resolver(catalog_).resolve(statement);
+  Resolver(traits, catalog_).resolve(statement);
   Translation translation;
   translation.kind = statement.kind;
   if (statement.kind == StatementKind::SetRowCount) {
