@@ -340,6 +340,8 @@ void SqliteExpressionEmitter::call(const Expr& expr) {
       return datePart(expr, "%d");
     case Function::Cast:
       return cast(expr);
+    case Function::AvgWhole:
+      return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
     case Function::LengthNoTail:
       return wrapped("length(rtrim(", *expr.args[0], "))");
     default:

@@ -216,6 +216,17 @@ TEST(ExecutionPlus, JoinsColumnsThatTheCatalogueKnowsAsTexts) {
   EXPECT_EQ(database.run("SELECT Code + Name, U_B + 1 FROM [@T] WHERE Code = '1'"), "1one|11");
 }
 
+TEST(ExecutionDivision, CutsWholeNumbersOnly) {
+  CompanyDatabase database(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT U_B / 4, U_B % 4, U_Price / 8, U_B / 8.0, AVG(U_B) FROM [@T] "
+                         "WHERE Code = '2' GROUP BY U_B, U_Price"),
+            "5|0|12.5|2.5|20");
+  EXPECT_EQ(database.run("SELECT AVG(U_B), AVG(U_Price) FROM [@T] WHERE Code IN ('1', '4')"),
+            "7|6.5");
+  CompanyDatabase kordb(Dialect::Kordb);
+  EXPECT_EQ(kordb.run("SELECT AVG(U_B) FROM \"@T\" WHERE Code IN ('1', '4')"), "7.5");
+}
+
 TEST(ExecutionRowCount, LimitsReadsAndChangesOfRows) {
   CompanyDatabase database(Dialect::Sybase);
   database.run("SET ROWCOUNT 2");
