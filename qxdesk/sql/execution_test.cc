@@ -271,6 +271,37 @@ TEST(ExecutionDepth, AndLongChainsStayWithinTheLimitsOfTheDatabase) {
             "1");
 }
 
+// The deepest nesting that is accepted must not be too deep for the database.
+TEST(ExecutionDepth, OfEveryNestingFitsTheDatabase) {
+  struct Nesting {
+    std::string_view open, middle, close;
+  };
+  CompanyDatabase database(Dialect::Mssql);
+  for (const Nesting& nesting : std::vector<Nesting>{
+           {"(1 + ", "2", ")"},
+           {"ABS(", "2", ")"},
+           {"1 - (2 * ", "2", ")"},
+           {"-(1 + ", "2", ")"},
+           {"COALESCE(1, ABS(2 * ", "2", "))"},
+           {"CASE 1 WHEN 1 THEN 2 + ", "2", " ELSE 3 END"},
+           {"CASE WHEN 1 = 1 AND 2 < ", "2", " THEN 2 END"},
+           {"(SELECT 1 + ", "2", ")"},
+           {"(SELECT MAX(U_B) FROM [@T] WHERE U_B IN (SELECT 1 + ", "2", "))"},
+           {"(SELECT T0.U_B FROM (SELECT U_B FROM [@T] WHERE 1 = 1 AND U_B = ", "2", ") T0)"},
+           {"CASE WHEN NOT EXISTS (SELECT 1 WHERE 1 = 1 AND 1 BETWEEN 1 AND 2 + ", "2",
+            ") THEN 1 END"},
+           {"(SELECT TOP 1 WITH TIES 1 + U_B FROM [@T] ORDER BY U_B + ", "2", ")"}}) {
+    std::string accepted;
+    std::string text(nesting.middle);
+    for (int depth = 0; depth < 200; ++depth) {
+      text = std::string(nesting.open) + text + std::string(nesting.close);
+      if (!test::refusal(Dialect::Mssql, "SELECT " + text).empty()) break;
+      accepted = "SELECT " + text;
+    }
+    EXPECT_NO_THROW(database.run(accepted)) << accepted;
+  }
+}
+
 // ---- model tests
 
 std::string hostileText(std::mt19937& random) {
