@@ -199,6 +199,13 @@ void SqliteExpressionEmitter::expression(const Expr& expr) {
     case ExprKind::Subquery:
       subselect(*expr.select);
       break;
+    default:
+      condition(expr);
+  }
+}
+
+void SqliteExpressionEmitter::condition(const Expr& expr) {
+  switch (expr.kind) {
     case ExprKind::Compare:
       binary(expr, expr.text, kConcat, kConcat);
       break;
@@ -227,10 +234,9 @@ void SqliteExpressionEmitter::expression(const Expr& expr) {
       operand(*expr.args[0], kConcat);
       out_ += expr.negated ? " IS NOT NULL" : " IS NULL";
       break;
-    case ExprKind::Exists:
+    default:
       out_ += "EXISTS ";
       subselect(*expr.select);
-      break;
   }
 }
 

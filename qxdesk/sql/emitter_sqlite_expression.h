@@ -54,6 +54,7 @@ class SqliteExpressionEmitter {
   std::string out_;
 
  private:
+  void condition(const Expr& expr);
   void column(const Expr& expr);
   void binary(const Expr& expr, std::string_view op, int left, int right);
   void chain(const Expr& expr, std::size_t from, std::size_t to);
