@@ -26,6 +26,12 @@ void expectOutcomes(Dialect dialect, const std::vector<Outcome>& outcomes) {
   }
 }
 
+std::string literal(const std::string& text, bool national) {
+  std::string quoted = national ? "N'" : "'";
+  for (const char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
+  return quoted + "'";
+}
+
 const std::vector<Outcome> kBracketOutcomes = {
     // The version table: read, stamp, next code.
     {"select U_Version, U_Status from [@QXEXTDBVERSION] where U_ExtID = 'QX' order by Code desc",
@@ -264,7 +270,7 @@ TEST(ExecutionTypes, OfExpressionsComeFromTheTextOrTheProbe) {
 TEST(ExecutionDepth, AndLongChainsStayWithinTheLimitsOfTheDatabase) {
   CompanyDatabase database(Dialect::Mssql);
   std::string chain = "SELECT COUNT(*) FROM [@T] WHERE Code = '0'";
-  for (int i = 0; i < 5000; ++i) chain += " OR Code = '" + std::to_string(i) + "'";
+  for (int i = 0; i < 5000; ++i) chain += " OR Code = " + literal(std::to_string(i), false);
   EXPECT_EQ(database.run(chain), "5");
   EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] WHERE " + std::string(50, '(') + "Code = '1'" +
                          std::string(50, ')')),
@@ -336,12 +342,6 @@ std::string hostileText(std::mt19937& random) {
   return text;
 }
 
-std::string literal(const std::string& text, bool national) {
-  std::string quoted = national ? "N'" : "'";
-  for (const char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
-  return quoted + "'";
-}
-
 class ExecutionLiterals : public testing::TestWithParam<Dialect> {};
 
 TEST_P(ExecutionLiterals, OfHostileTextComeBackUnchanged) {
@@ -377,7 +377,8 @@ TEST(ExecutionTies, AgreeWithAModelOnRandomRows) {
     const int rows = number(12);
     for (int i = 0; i < rows; ++i) {
       keys.push_back(number(4));  // 0 stands for NULL, which is lowest
-      const std::string key = keys.back() == 0 ? "NULL" : "'" + std::to_string(keys.back()) + "'";
+      const std::string key =
+          keys.back() == 0 ? "NULL" : literal(std::to_string(keys.back()), false);
       database.run("INSERT INTO [@L] (Code, U_T) VALUES ('c', " + key + ")");
     }
     const bool descending = number(1) == 1;
