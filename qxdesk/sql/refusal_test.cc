@@ -240,9 +240,11 @@ TEST(RefusalComplexity, OfStarsThatMultiply) {
   test::CompanyDatabase database(Dialect::Mssql);
   std::string text = "WITH C0 AS (SELECT Code FROM [@T])";
   for (int i = 1; i < 40; ++i) {
-    const std::string before = "C" + std::to_string(i - 1);
-    text +=
-        ", C" + std::to_string(i) + " AS (SELECT A.*, B.* FROM " + before + " A, " + before + " B)";
+    const std::string before = std::to_string(i - 1);
+    text += ", C" + std::to_string(i);
+    text += " AS (SELECT A.*, B.* FROM C" + before;
+    text += " A, C" + before;
+    text += " B)";
   }
   text += " SELECT zz FROM C39";
   try {
