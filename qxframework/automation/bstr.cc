@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/guid.h"
+#include "qxframework/automation/user_locale.h"
 #include "qxframework/automation/variant.h"
 
 #include <cstdlib>
@@ -109,11 +110,13 @@ CComBSTR& CComBSTR::operator+=(std::u16string_view text) {
 }
 
 bool operator==(const CComBSTR& a, const CComBSTR& b) {
-  return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ;
+  return qx::collate(a.View(), b.View(), LOCALE_USER_DEFAULT, false) == 0;
 }
 
-bool operator==(const CComBSTR& a, const OLECHAR* b) { return a == CComBSTR(b); }
+bool operator==(const CComBSTR& a, const OLECHAR* b) {
+  return qx::collate(a.View(), qx::viewOf(b), LOCALE_USER_DEFAULT, false) == 0;
+}
 
 bool operator<(const CComBSTR& a, const CComBSTR& b) {
-  return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
+  return qx::collate(a.View(), b.View(), LOCALE_USER_DEFAULT, false) < 0;
 }

@@ -70,16 +70,16 @@ class QX_API CComBSTR {
   HRESULT Append(std::u16string_view text);
   CComBSTR& operator+=(std::u16string_view text);
 
+  /// Equality and order by the comparison of the user-default locale with no flags.
+  friend QX_API bool operator==(const CComBSTR& a, const CComBSTR& b);
+  friend QX_API bool operator==(const CComBSTR& a, const OLECHAR* b);
+  friend QX_API bool operator<(const CComBSTR& a, const CComBSTR& b);
+  friend bool operator!=(const CComBSTR& a, const CComBSTR& b) { return !(a == b); }
+  friend bool operator!=(const CComBSTR& a, const OLECHAR* b) { return !(a == b); }
+  friend bool operator>(const CComBSTR& a, const CComBSTR& b) { return b < a; }
+
   BSTR m_str = nullptr;
 };
-
-/// Equality and order by the comparison of the user-default locale with no flags.
-QX_API bool operator==(const CComBSTR& a, const CComBSTR& b);
-QX_API bool operator==(const CComBSTR& a, const OLECHAR* b);
-QX_API bool operator<(const CComBSTR& a, const CComBSTR& b);
-inline bool operator!=(const CComBSTR& a, const CComBSTR& b) { return !(a == b); }
-inline bool operator!=(const CComBSTR& a, const OLECHAR* b) { return !(a == b); }
-inline bool operator>(const CComBSTR& a, const CComBSTR& b) { return b < a; }
 
 /// The owning string that goes by value into calls.
 class _bstr_t {

@@ -1,0 +1,359 @@
+#include "qxframework/automation/number.h"
+
+#include <locale.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace qx {
+namespace {
+
+constexpr std::uint64_t kMoneyUnit = 10000;
+constexpr double kTwoTo64 = 18446744073709551616.0;
+
+std::uint64_t magnitudeOf(std::int64_t value) {
+  const auto bits = static_cast<std::uint64_t>(value);
+  return value < 0 ? 0 - bits : bits;
+}
+
+/// The nearest multiple, of two the even one.
+std::uint64_t dividedToEven(std::uint64_t value, std::uint64_t by) {
+  const std::uint64_t whole = value / by;
+  const std::uint64_t rest = value % by;
+  return whole + (rest * 2 > by || (rest * 2 == by && whole % 2 == 1) ? 1 : 0);
+}
+
+/// The number without its fraction; nothing where it has more than 64 bits.
+std::optional<Number> rounded(const Number& number) {
+  Number whole = number;
+  whole.kind = Number::Kind::Integer;
+  if (number.kind == Number::Kind::Money)
+    whole.magnitude = dividedToEven(number.magnitude, kMoneyUnit);
+  if (number.kind == Number::Kind::Real) {
+    const double nearest = std::nearbyint(std::fabs(number.real));
+    if (!(nearest < kTwoTo64)) return std::nullopt;
+    whole.magnitude = static_cast<std::uint64_t>(nearest);
+  }
+  if (whole.magnitude == 0) whole.negative = false;
+  return whole;
+}
+
+std::optional<std::int64_t> withSign(std::uint64_t magnitude, bool negative) {
+  constexpr std::uint64_t kLimit = std::uint64_t{1} << 63;
+  if (magnitude > kLimit || (magnitude == kLimit && !negative)) return std::nullopt;
+  return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
+}
+
+/// A number whose text has been taken apart: digits, of which `decimals` stand behind the point.
+struct Spelling {
+  std::string plain;  // digits, a point, an exponent, as std::from_chars reads them
+  std::string digits;
+  std::size_t decimals = 0;
+  bool negative = false;
+  bool exponent = false;
+};
+
+bool isBlank(char16_t unit) { return unit == u' ' || unit == u'\t' || unit == 0xA0; }
+bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
+
+// Some locales group by one of several blanks, which look alike to who types them.
+bool isGroup(char16_t unit, char16_t group) {
+  const auto narrow = [](char16_t each) { return each == u' ' || each == 0xA0 || each == 0x202F; };
+  return unit == group || (narrow(unit) && narrow(group));
+}
+
+class Speller {
+ public:
+  Speller(std::u16string_view text, NumberSigns signs) : rest_(text), signs_(signs) {}
+
+  std::optional<Spelling> read() {
+    trim();
+    const bool bracket = rest_.size() > 2 && rest_.front() == u'(' && rest_.back() == u')';
+    if (bracket) rest_ = rest_.substr(1, rest_.size() - 2);
+    const bool sign = !bracket && takeSign();
+    readDigits();
+    readFraction();
+    if (out_.digits.empty() || !readExponent()) return std::nullopt;
+    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+    if (!sign && !bracket) takeSign();
+    if (!rest_.empty()) return std::nullopt;
+    out_.negative = out_.negative || bracket;
+    return std::move(out_);
+  }
+
+ private:
+  void trim() {
+    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+    while (!rest_.empty() && isBlank(rest_.back())) rest_.remove_suffix(1);
+  }
+
+  bool takeSign() {
+    if (rest_.empty() || (rest_.front() != u'-' && rest_.front() != u'+')) return false;
+    out_.negative = rest_.front() == u'-';
+    rest_.remove_prefix(1);
+    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+    return true;
+  }
+
+  bool takeDigit() {
+    if (rest_.empty() || !isDigit(rest_.front())) return false;
+    const auto digit = static_cast<char>(rest_.front());
+    out_.plain += digit;
+    out_.digits += digit;
+    rest_.remove_prefix(1);
+    return true;
+  }
+
+  void readDigits() {
+    while (takeDigit()) {
+      const bool grouped = rest_.size() > 1 && isGroup(rest_[0], signs_.group) && isDigit(rest_[1]);
+      if (grouped) rest_.remove_prefix(1);
+    }
+  }
+
+  void readFraction() {
+    if (rest_.empty() || rest_.front() != signs_.decimal) return;
+    rest_.remove_prefix(1);
+    if (out_.plain.empty()) out_.plain += '0';
+    out_.plain += '.';
+    while (takeDigit()) ++out_.decimals;
+    if (out_.decimals == 0) out_.plain.pop_back();
+  }
+
+  bool readExponent() {
+    if (rest_.empty() || (rest_.front() != u'e' && rest_.front() != u'E')) return true;
+    rest_.remove_prefix(1);
+    out_.exponent = true;
+    out_.plain += 'e';
+    if (!rest_.empty() && (rest_.front() == u'-' || rest_.front() == u'+')) {
+      out_.plain += static_cast<char>(rest_.front());
+      rest_.remove_prefix(1);
+    }
+    const std::size_t start = out_.plain.size();
+    for (; !rest_.empty() && isDigit(rest_.front()); rest_.remove_prefix(1))
+      out_.plain += static_cast<char>(rest_.front());
+    return out_.plain.size() > start;
+  }
+
+  std::u16string_view rest_;
+  NumberSigns signs_;
+  Spelling out_;
+};
+
+double realOf(const Spelling& spelling) {
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+  const double value = strtod_l(spelling.plain.c_str(), nullptr, plain);
+  return spelling.negative ? -value : value;
+}
+
+/// The digits as an exact count of units or of ten-thousandths; false if they are too many.
+bool readExact(const Spelling& spelling, Number& number) {
+  if (spelling.exponent || spelling.decimals > 4) return false;
+  std::string digits = spelling.digits;
+  number.kind = Number::Kind::Integer;
+  if (spelling.decimals > 0) {
+    number.kind = Number::Kind::Money;
+    digits.append(4 - spelling.decimals, '0');
+  }
+  const char* end = digits.data() + digits.size();
+  return std::from_chars(digits.data(), end, number.magnitude).ec == std::errc();
+}
+
+int signOf(const Number& number) {
+  const bool zero = number.kind == Number::Kind::Real ? number.real == 0 : number.magnitude == 0;
+  return zero ? 0 : number.negative ? -1 : 1;
+}
+
+template <class T>
+int order(T a, T b) {
+  return a < b ? -1 : a > b ? 1 : 0;
+}
+
+/// Two magnitudes of which none is a real number.
+int compareExact(const Number& a, const Number& b) {
+  if (a.kind == b.kind) return order(a.magnitude, b.magnitude);
+  const bool moneyLeft = a.kind == Number::Kind::Money;
+  const Number& money = moneyLeft ? a : b;
+  const Number& integer = moneyLeft ? b : a;
+  int result = order(money.magnitude / kMoneyUnit, integer.magnitude);
+  if (result == 0 && money.magnitude % kMoneyUnit != 0) result = 1;
+  return moneyLeft ? result : -result;
+}
+
+// A long double holds every 64-bit integer and every double.
+long double comparable(const Number& number) {
+  if (number.kind != Number::Kind::Integer) return number.real;
+  const auto magnitude = static_cast<long double>(number.magnitude);
+  return number.negative ? -magnitude : magnitude;
+}
+
+/// The bytes that a value of the kind takes; 0 for a kind that is not known or has none.
+std::size_t sizeOfKind(VARTYPE type) {
+  switch (type) {
+    case VT_I1:
+    case VT_UI1:
+      return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+      return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR:
+      return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE:
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return 8;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+std::optional<VARIANT> valueBehind(const VARIANT& value) {
+  if ((value.vt & VT_BYREF) == 0) return value;
+  VARIANT behind;
+  behind.vt = static_cast<VARTYPE>(value.vt & ~VT_BYREF);
+  const std::size_t size = sizeOfKind(behind.vt);
+  if (size == 0 || value.byref == nullptr) return std::nullopt;
+  std::memcpy(&behind.llVal, value.byref, size);
+  return behind;
+}
+
+Number numberFromSigned(std::int64_t value) {
+  return {Number::Kind::Integer, value < 0, magnitudeOf(value), static_cast<double>(value)};
+}
+
+Number numberFromUnsigned(std::uint64_t value) {
+  return {Number::Kind::Integer, false, value, static_cast<double>(value)};
+}
+
+Number numberFromMoney(CY amount) {
+  return {Number::Kind::Money, amount.int64 < 0, magnitudeOf(amount.int64),
+          static_cast<double>(static_cast<long double>(amount.int64) / kMoneyUnit)};
+}
+
+Number numberFromReal(double value) { return {Number::Kind::Real, std::signbit(value), 0, value}; }
+
+std::optional<Number> numberOf(const VARIANT& value) {
+  switch (value.vt) {
+    case VT_EMPTY:
+      return Number();
+    case VT_I1:
+      return numberFromSigned(value.cVal);
+    case VT_I2:
+      return numberFromSigned(value.iVal);
+    case VT_BOOL:
+      return numberFromSigned(value.boolVal);
+    case VT_I4:
+    case VT_INT:
+      return numberFromSigned(value.lVal);
+    case VT_I8:
+      return numberFromSigned(value.llVal);
+    case VT_UI1:
+      return numberFromUnsigned(value.bVal);
+    case VT_UI2:
+      return numberFromUnsigned(value.uiVal);
+    case VT_UI4:
+    case VT_UINT:
+      return numberFromUnsigned(value.ulVal);
+    case VT_UI8:
+      return numberFromUnsigned(value.ullVal);
+    case VT_CY:
+      return numberFromMoney(value.cyVal);
+    case VT_R4:
+      return numberFromReal(static_cast<double>(value.fltVal));
+    case VT_R8:
+    case VT_DATE:
+      return numberFromReal(value.dblVal);
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<Number> numberFromText(std::u16string_view text, NumberSigns signs) {
+  const auto spelling = Speller(text, signs).read();
+  if (!spelling) return std::nullopt;
+  Number number;
+  number.real = realOf(*spelling);
+  number.negative = spelling->negative;
+  if (!readExact(*spelling, number)) number = numberFromReal(number.real);
+  return number;
+}
+
+std::optional<std::int64_t> toInteger(const Number& number, std::int64_t low, std::int64_t high) {
+  const auto whole = rounded(number);
+  const auto value = whole ? withSign(whole->magnitude, whole->negative) : std::nullopt;
+  return value && *value >= low && *value <= high ? value : std::nullopt;
+}
+
+std::optional<std::uint64_t> toUnsigned(const Number& number, std::uint64_t high) {
+  const auto whole = rounded(number);
+  if (!whole || whole->negative || whole->magnitude > high) return std::nullopt;
+  return whole->magnitude;
+}
+
+std::optional<CY> toMoney(const Number& number) {
+  std::uint64_t units = number.magnitude;
+  if (number.kind == Number::Kind::Integer) {
+    if (units > std::numeric_limits<std::uint64_t>::max() / kMoneyUnit) return std::nullopt;
+    units *= kMoneyUnit;
+  } else if (number.kind == Number::Kind::Real) {
+    const double scaled = std::nearbyint(std::fabs(number.real) * kMoneyUnit);
+    if (!(scaled < kTwoTo64)) return std::nullopt;
+    units = static_cast<std::uint64_t>(scaled);
+  }
+  const auto value = withSign(units, number.negative);
+  return value ? std::optional(CY{*value}) : std::nullopt;
+}
+
+int compareNumbers(const Number& a, const Number& b) {
+  const bool noNumberA = std::isnan(a.real);
+  const bool noNumberB = std::isnan(b.real);
+  if (noNumberA || noNumberB) return order(!noNumberA, !noNumberB);
+  if (a.kind == Number::Kind::Real || b.kind == Number::Kind::Real)
+    return order(comparable(a), comparable(b));
+  const int signA = signOf(a);
+  const int signB = signOf(b);
+  if (signA != signB) return order(signA, signB);
+  return signA * compareExact(a, b);
+}
+
+std::u16string textFromReal(double value, int digits, NumberSigns signs) {
+  char narrow[40];
+  const double shown = value == 0 ? 0.0 : value;  // no sign in front of zero
+  const auto written =
+      std::to_chars(narrow, narrow + sizeof narrow, shown, std::chars_format::general, digits);
+  std::u16string text;
+  for (const char* unit = narrow; unit != written.ptr; ++unit)
+    text += *unit == '.' ? signs.decimal : *unit == 'e' ? u'E' : static_cast<char16_t>(*unit);
+  return text;
+}
+
+std::u16string textFromMoney(CY amount, NumberSigns signs) {
+  const std::uint64_t magnitude = magnitudeOf(amount.int64);
+  std::string fraction = std::to_string(magnitude % kMoneyUnit + kMoneyUnit).substr(1);
+  fraction.resize(fraction.find_last_not_of('0') + 1);
+  std::string narrow = (amount.int64 < 0 ? "-" : "") + std::to_string(magnitude / kMoneyUnit);
+  if (!fraction.empty()) narrow += '.' + fraction;
+  std::u16string text(narrow.begin(), narrow.end());
+  std::replace(text.begin(), text.end(), u'.', signs.decimal);
+  return text;
+}
+
+}  // namespace qx
