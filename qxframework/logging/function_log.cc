@@ -3,7 +3,7 @@
 #include "qxframework/automation/class_object.h"
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/os/message_box.h"
+#include "qxframework/os/debug_trace.h"
 #include "qxframework/xml/dom.h"
 
 #include <algorithm>
@@ -19,7 +19,6 @@ template class CLogBase<CReturnValue<CComPtr<IXMLDOMNode>>>;
 namespace qx {
 namespace {
 
-constexpr UINT kIconError = 0x10;
 constexpr UINT kSetForeground = 0x10000;
 
 // A BSTR whose units lie on the stack, so that a message costs no allocation. The layout is that of
@@ -80,7 +79,7 @@ void showErrorBox(const OLECHAR* title, const OLECHAR* format, FormatArgs args) 
   }
   OLECHAR text[1024];
   formatInto(text, std::size(text), viewOf(format), args);
-  MessageBoxW(nullptr, text, caption, kIconError | kSetForeground);
+  MessageBoxW(nullptr, text, caption, MB_ICONERROR | kSetForeground);
 }
 
 CComBSTR printableValue(long value) { return CComBSTR(resultText(value)); }

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "qxframework/automation/bstr.h"
+#include "qxframework/automation/com_ptr.h"
+#include "qxframework/automation/simple_map.h"
+#include "qxframework/automation/wide_string.h"
+#include "qxframework/host/enums.h"
+#include "qxframework/os/module.h"
+
+class CQXResourceLoader;
+class CQXVersion;
+class IApplication;
+class ICompany;
+class IProgressBar;
+class IUserFieldsMD;
+class IUserKeysMD_Elements;
+class IXMLDOMDocument;
+class IXMLDOMNode;
+
+/// Keeps the tables of an extension in step with the version of its module: the table of installed
+/// versions on one side, the creation of tables, fields, keys and rows from an XML definition on
+/// the other. The definition is additive: what exists is left as it is.
+///
+/// Faults are raised as _com_error of 0x80040500, where an operation does not say otherwise.
+class QX_API CQXDbDef {
+ public:
+  /// How the tables of the extension stand to its module.
+  enum _DBCHECK {
+    dbc_Ok = 0,
+    dbc_NoVersion = 1,   // no row for the extension
+    dbc_Older = 2,       // older than the module, last run complete
+    dbc_Newer = 3,       // newer than the module
+    dbc_Incomplete = 4,  // the last run did not complete
+  };
+
+  static const CComBSTR STATUS_UPGRADING;  // "Upgrading"
+  static const CComBSTR STATUS_FAILED;     // "Upgrade failed"
+  static const CComBSTR STATUS_INSTALLED;  // "Installed"
+
+  /// The file version is that of `module`, or of the framework for null.
+  CQXDbDef(CComPtr<IApplication> application, CComPtr<ICompany> company, CQXResourceLoader& loader,
+           CComBSTR extensionId, HvLanguages language, HINSTANCE module);
+  ~CQXDbDef();
+  CQXDbDef(const CQXDbDef&) = delete;
+  CQXDbDef& operator=(const CQXDbDef&) = delete;
+
+  long GetFileVersion(CQXVersion& version);
+  /// Version and status of the extension's latest row; an empty status when there is none.
+  long GetDBVersion(CQXVersion& version);
+  long CheckVersion(_DBCHECK& result);
+  /// Turns a row that reads "Installed" into "Upgrade failed"; E_FAIL for any other.
+  long SetInitFailed(CQXVersion& version);
+  long SetInstalled(CQXVersion& version);
+  /// Writes the status that the version carries.
+  long SetDBStatus(CQXVersion& version);
+
+  /// Brings the database up to the definition in XML resource `resource`, stamping "Upgrading"
+  /// ahead unless `noUpgradeStamp`, and "Installed" behind. "0.00.00.00.00" stands for the file
+  /// version and is replaced by it. E_FAIL when anything failed: no "Installed" stamp is then
+  /// written.
+  long Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& version);
+  /// The string ids of the keys behind "*RES*"; not owned, null for none.
+  long SetResourceMap(CSimpleMap<CString, int>* map);
+  /// Replaces "*RES*KEY" by the string that the resource map has for KEY; any other text stays.
+  long ReplaceByResource(CComBSTR& text);
+
+ private:
+  long WriteStamp(const CComBSTR& status, const CComBSTR& version);
+
+  CComPtr<IXMLDOMDocument> m_ptrDocument;
+  CComPtr<ICompany> m_ptrCompany;
+  long m_lLogId;
+  CComBSTR m_bstrExtId;
+  CComBSTR m_bstrFileVersion;
+  HvLanguages m_Language;
+  CSimpleMap<CString, int>* m_pResourceMap = nullptr;
+  CComPtr<IApplication> m_ptrApp;
+  CComPtr<IProgressBar> m_ptrProgressBar;
+  long m_lProgress = 0;
+  CQXResourceLoader& m_ResourceLoader;
+};

@@ -1,0 +1,49 @@
+#include "qxframework/foundation/qx_bstr.h"
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/automation/wide_string.h"
+#include "qxframework/foundation/languages.h"
+#include "qxframework/os/resources.h"
+
+#include <optional>
+
+namespace {
+
+constexpr unsigned short kEnglish = 1033;
+
+std::optional<std::u16string_view> lookUp(unsigned id, unsigned short langId, HINSTANCE module) {
+  auto text = qx::findString(module, id, langId);
+  if (!text) text = qx::findString(module, id, kEnglish);
+  if (!text) text = qx::findStringAnyLanguage(module, id);
+  return text;
+}
+
+}  // namespace
+
+bool CQXBSTR::LoadStringW(unsigned id, HvLanguages language, HINSTANCE module) {
+  if (language < 0) language = m_Language;
+  return LoadStringW(id, qx::windowsLanguageId(language), module);
+}
+
+bool CQXBSTR::LoadStringW(unsigned id, unsigned short langId, HINSTANCE module) {
+  const auto text = lookUp(id, langId, module);
+  if (!text) return false;
+  Attach(SysAllocStringLen(text->data(), static_cast<UINT>(text->size())));
+  return m_str != nullptr;
+}
+
+void CQXBSTR::FormatList(const OLECHAR* text, qx::FormatArgs args) {
+  if (text == nullptr) qx::raiseError(E_INVALIDARG);
+  CString formatted;
+  formatted.FormatV(text, args);
+  CComBSTR::operator=(CComBSTR(formatted.View()));
+}
+
+void CQXBSTR::FormatList(HvLanguages language, unsigned id, qx::FormatArgs args) {
+  if (LoadStringW(id, language, nullptr)) FormatList(m_str, args);
+}
+
+bool CQXBSTR::Compare(unsigned id, HvLanguages language) const {
+  CQXBSTR text(m_Language);
+  return text.LoadStringW(id, language, nullptr) && text == static_cast<const CComBSTR&>(*this);
+}
