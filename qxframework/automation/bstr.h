@@ -8,6 +8,7 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 /// A copy of `text`, or null for null or when memory is out.
@@ -88,7 +89,10 @@ class _bstr_t {
   _bstr_t(const OLECHAR* text) : m_text(text) {}
   _bstr_t(std::u16string_view text) : m_text(text) {}
   _bstr_t(const std::u16string& text) : m_text(text) {}
-  _bstr_t(const CComBSTR& text) : m_text(text) {}
+  // Of a CComBSTR itself only: a class derived from it has its own conversion.
+  template <class Text>
+    requires std::is_same_v<Text, CComBSTR>
+  _bstr_t(const Text& text) : m_text(text) {}
   operator BSTR() const { return m_text.m_str; }
   UINT length() const { return m_text.Length(); }
   std::u16string_view view() const { return m_text.View(); }

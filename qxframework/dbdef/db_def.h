@@ -13,6 +13,7 @@ class IApplication;
 class ICompany;
 class IProgressBar;
 class IUserFieldsMD;
+class IUserKeysMD;
 class IUserKeysMD_Elements;
 class IXMLDOMDocument;
 class IXMLDOMNode;
@@ -66,6 +67,33 @@ class QX_API CQXDbDef {
 
  private:
   long WriteStamp(const CComBSTR& status, const CComBSTR& version);
+  long ReadEmergencyFix();
+
+  long CreateTables(CComPtr<IXMLDOMNode> node);
+  long CreateTable(CComPtr<IXMLDOMNode> node);
+  void FillTable(const CComBSTR& table, CComPtr<IXMLDOMNode> node, bool isUserTable);
+  long CreateUserFields(const CComBSTR& table, CComPtr<IXMLDOMNode> node, bool isUserTable);
+  long CreateField(const CComBSTR& table, CComPtr<IXMLDOMNode> node, bool isUserTable);
+  long SetValidValues(CComPtr<IUserFieldsMD> field, CComPtr<IXMLDOMNode> node);
+  long UserFieldExists(const CComBSTR& table, const CComBSTR& field, bool isUserTable);
+  long InsertData(const CComBSTR& table, CComPtr<IXMLDOMNode> node);
+  long CreateUserIndexes(const CComBSTR& table, CComPtr<IXMLDOMNode> node);
+  long AddOrRemoveUserIndex(const CComBSTR& table, CComPtr<IXMLDOMNode> node);
+  void RemoveUserIndex(CComPtr<IUserKeysMD> keys, const CComBSTR& table, const CComBSTR& key);
+  long AddUserIndexElement(CComPtr<IUserKeysMD_Elements> elements, CComPtr<IXMLDOMNode> node);
+
+  long GetProgressBar(long minutes, const CComBSTR& title, long maximum);
+  long CreateProgressBar(const CComBSTR& title, long maximum);
+  void DisplayProgressMessage(const CComBSTR& text);
+  void SignalTableInitialized(const CComBSTR& table, long kind);
+  void StopProgressBar();
+
+  CComBSTR Attribute(CComPtr<IXMLDOMNode> node, const OLECHAR* name);
+  CComBSTR TableName(CComPtr<IXMLDOMNode> node);
+  CComBSTR LocalisedText(CComPtr<IXMLDOMNode> node, const OLECHAR* attribute,
+                         const OLECHAR* failure, const CComBSTR& name);
+  CComBSTR FrameworkText(unsigned int id);
+  CComBSTR LastErrorText();
 
   CComPtr<IXMLDOMDocument> m_ptrDocument;
   CComPtr<ICompany> m_ptrCompany;

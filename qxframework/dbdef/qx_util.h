@@ -5,8 +5,8 @@
 #include "qxframework/automation/registry.h"
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/host/enums.h"
-#include "qxframework/os/module.h"
 #include "qxframework/os/debug_trace.h"
+#include "qxframework/os/module.h"
 
 class CQXBSTR;
 class IApplication;

@@ -32,7 +32,7 @@ class QX_API CQXBSTR : public CComBSTR {
     return *this;
   }
   CQXBSTR& operator=(const CQXBSTR& other) = default;
-  operator _bstr_t() const { return _bstr_t(*this); }
+  operator _bstr_t() const { return _bstr_t(View()); }
 
   void PutLanguage(HvLanguages language) { m_Language = language; }
   HvLanguages GetLanguage() const { return m_Language; }

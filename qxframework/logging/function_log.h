@@ -56,7 +56,7 @@ QX_API CComBSTR printableValue(const CComPtr<IXMLDOMNode>& value);
 }  // namespace qx
 
 template <class T>
-class CLogBase {
+class QX_API CLogBase {
  public:
   /// With `quiet` neither the entering nor the leaving line is written.
   CLogBase(const _bstr_t& function, long appId, bool quiet)
@@ -185,9 +185,9 @@ class CReturnValue<void> : public CLogBase<CReturnValue<void>> {
   void ToString(CComBSTR& out) const { out = u"(void)"; }
 };
 
-extern template class QX_API CLogBase<long>;
-extern template class QX_API CLogBase<CReturnValue<void>>;
-extern template class QX_API CLogBase<CReturnValue<long>>;
-extern template class QX_API CLogBase<CReturnValue<CComBSTR>>;
-extern template class QX_API CLogBase<CReturnValue<CString>>;
-extern template class QX_API CLogBase<CReturnValue<CComPtr<IXMLDOMNode>>>;
+extern template class CLogBase<long>;
+extern template class CLogBase<CReturnValue<void>>;
+extern template class CLogBase<CReturnValue<long>>;
+extern template class CLogBase<CReturnValue<CComBSTR>>;
+extern template class CLogBase<CReturnValue<CString>>;
+extern template class CLogBase<CReturnValue<CComPtr<IXMLDOMNode>>>;

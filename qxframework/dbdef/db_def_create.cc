@@ -1,0 +1,230 @@
+// The schema side: brings the database up to a definition.
+
+#include "qxframework/dbdef/db_def.h"
+#include "qxframework/dbdef/definition_node.h"
+#include "qxframework/dbdef/engine_sql.h"
+#include "qxframework/dbdef/qx_util.h"
+#include "qxframework/foundation/qx_bstr.h"
+#include "qxframework/foundation/version.h"
+#include "qxframework/host/application.h"
+#include "qxframework/host/company.h"
+#include "qxframework/host/metadata.h"
+#include "qxframework/host/recordset.h"
+#include "qxframework/logging/function_log.h"
+#include "qxframework/logging/result_names.h"
+#include "qxframework/resources/resource_loader.h"
+#include "qxframework/xml/dom.h"
+
+using qx::dbdef::forEachChild;
+using qx::dbdef::isElement;
+using qx::dbdef::skipNode;
+
+namespace {
+
+constexpr long kWaitTimeout = 0x102;
+constexpr long kBarMinutes = 30;
+constexpr int kDescriptionLength = 29;  // of the host
+constexpr unsigned kCheckDatabaseText = 223;
+constexpr std::u16string_view kResourceMark = u"*RES*";
+
+// The host's number for a table type; 0 leaves the host's default.
+long tableTypeOf(std::u16string_view text) {
+  constexpr std::u16string_view kTypes[] = {u"MasterData", u"MasterDataLines", u"Document",
+                                            u"DocumentLines"};
+  for (std::size_t i = 0; i < std::size(kTypes); ++i)
+    if (kTypes[i] == text) return static_cast<long>(i) + 1;
+  return 0;
+}
+
+}  // namespace
+
+long CQXDbDef::Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& version) {
+  CReturnValue<long> hr(u"CQXDbDef::Create", 0, m_lLogId, false);
+  try {
+    if (version.GetVersionAsBSTR().View() == u"0.00.00.00.00") GetFileVersion(version);
+    if (GetProgressBar(kBarMinutes, FrameworkText(kCheckDatabaseText), 1) == kWaitTimeout) {
+      hr.LogError(u"Timeout received while waiting for progress bar");
+      hr = E_FAIL;
+      return hr;
+    }
+    if (!noUpgradeStamp) WriteStamp(STATUS_UPGRADING, version.GetVersionAsBSTR());
+
+    CComBSTR text;
+    m_ResourceLoader.GetResourceFileContents(m_lLogId, resource, text);
+    m_ResourceLoader.LoadXML(m_lLogId, text, m_ptrDocument, nullptr, m_Language);
+    const CComPtr<IXMLDOMElement> root = m_ptrDocument->documentElement();
+    const CComPtr<IXMLDOMNode> database = root->selectSingleNode(u"//database");
+    if (database == nullptr) {
+      hr.LogWarning(u"<database> XML tag not found - no DB tables will be created.");
+      return hr;
+    }
+    if (!forEachChild(database, [&](const auto& child) { hr = CreateTables(child); })) {
+      hr.LogWarning(u"No DB tables found under <database>.");
+      return hr;
+    }
+    WriteStamp(STATUS_INSTALLED, version.GetVersionAsBSTR());
+  } catch (...) {
+    hr.LogError(u"Exception occurred on creation of database");
+    hr = E_FAIL;
+  }
+  StopProgressBar();
+  return hr;
+}
+
+long CQXDbDef::SetResourceMap(CSimpleMap<CString, int>* map) {
+  CReturnValue<long> hr(u"CQXDbDef::SetResourceMap", 0, m_lLogId, false);
+  m_pResourceMap = map;
+  return hr;
+}
+
+long CQXDbDef::ReplaceByResource(CComBSTR& text) {
+  CReturnValue<long> hr(u"CQXDbDef::ReplaceByResource", 0, m_lLogId, false);
+  if (m_pResourceMap == nullptr || !text.View().starts_with(kResourceMark)) return hr;
+  const int row = m_pResourceMap->FindKey(CString(text.View().substr(kResourceMark.size())));
+  if (row < 0) return hr;
+  CQXBSTR localised(m_Language);
+  const auto id = static_cast<unsigned>(m_pResourceMap->GetValueAt(row));
+  if (m_ResourceLoader.LoadStringW(localised, id, m_Language)) text = CComBSTR(localised.View());
+  return hr;
+}
+
+long CQXDbDef::CreateTables(CComPtr<IXMLDOMNode> node) {
+  CReturnValue<long> hr(u"CQXDbDef::CreateTables", 0, m_lLogId, false);
+  const CComBSTR group = node->nodeName();
+  const bool userTables = group.View() == u"usertables";
+  if (!userTables && group.View() != u"tables") {
+    skipNode(hr, node);
+    return hr;
+  }
+  const bool found = forEachChild(node, [&](const CComPtr<IXMLDOMNode>& child) {
+    const CComBSTR tag = child->nodeName();
+    if (tag.View() != u"usertable" && tag.View() != u"table") {
+      skipNode(hr, child);
+      return;
+    }
+    const CComBSTR name = TableName(child);
+    if (userTables) hr = CreateTable(child);
+    FillTable(name, child, userTables);
+  });
+  if (!found) hr.LogError(u"Nothing found under '<%s>'.\n", group.View());
+  return hr;
+}
+
+// Fields, rows and keys of one table, in the order of the definition.
+void CQXDbDef::FillTable(const CComBSTR& table, CComPtr<IXMLDOMNode> node, bool isUserTable) {
+  CReturnValue<void> log(u"CQXDbDef::CreateTables", m_lLogId, true);
+  const bool found = forEachChild(node, [&](const CComPtr<IXMLDOMNode>& child) {
+    const CComBSTR tag = child->nodeName();
+    if (tag.View() == u"userfields") {
+      CreateUserFields(table, child, isUserTable);
+    } else if (tag.View() == u"data") {
+      try {
+        InsertData(table, child);
+      } catch (const _com_error&) {
+        log.LogError(u"Unable to insert data into %s", table.View());
+      }
+    } else if (tag.View() == u"userkeys") {
+      CreateUserIndexes(table, child);
+    } else {
+      skipNode(log, child);
+    }
+  });
+  if (!found) log.LogError(u"Nothing found under '<%s>'.\n", node->nodeName().View());
+}
+
+long CQXDbDef::CreateTable(CComPtr<IXMLDOMNode> node) {
+  CReturnValue<long> hr(u"CQXDbDef::CreateTable", 0, m_lLogId, false);
+  const CComBSTR name = TableName(node);
+  if (name.IsEmpty()) {
+    hr.LogError(u"Table name not provided.\n");
+    hr = QX_E_DATABASE;
+    qx::raiseError(hr);
+  }
+  const CComBSTR description = LocalisedText(
+      node, u"TableDescription", u"Error trying to localize description of table '%s'.\n", name);
+  const CComBSTR type = Attribute(node, u"TableType");
+
+  // The host wants one metadata object gone before the next is asked for: it ends with this block.
+  const CComQIPtr<IUserTablesMD> tables(m_ptrCompany->GetBusinessObject(qx::kUserTablesMD));
+  if (tables->GetByKey(name) == VARIANT_TRUE) {
+    hr.LogInfo(u"Table '%s' already exists\n", name.View());
+    return hr;
+  }
+  tables->PutTableName(name);
+  if (!!description)
+    tables->PutTableDescription(CComBSTR(CString(description).Left(kDescriptionLength).View()));
+  if (const long number = tableTypeOf(type.View()); number != 0) tables->PutTableType(number);
+  if (tables->Add() != 0) {
+    hr.LogError(u"Failed to create table '%s': %s.\n", name.View(), LastErrorText().View());
+    hr = QX_E_DATABASE;
+    qx::raiseError(hr);
+  }
+  hr.LogInfo(u"Table '%s' created.\n", name.View());
+  return hr;
+}
+
+long CQXDbDef::InsertData(const CComBSTR& table, CComPtr<IXMLDOMNode> node) {
+  CReturnValue<long> hr(u"CQXDbDef::InsertData", 0, m_lLogId, false);
+  const long engine = m_ptrCompany->GetDbServerType();
+  const std::u16string target = u"@" + std::u16string(table.View());
+  const CComQIPtr<IRecordset> recordset(m_ptrCompany->GetBusinessObject(qx::kRecordset));
+  forEachChild(node, [&](const CComPtr<IXMLDOMNode>& row) {
+    if (!isElement(hr, row, u"row")) return;
+    const CComBSTR code =
+        CQXUtil::GetNextCodeValue(m_lLogId, m_ptrCompany, CComBSTR(target), nullptr);
+    qx::dbdef::RowInsert insert(engine, target, code.View());
+    const CComPtr<IXMLDOMNamedNodeMap> attributes = row->attributes();
+    for (long i = 0; i < attributes->length(); ++i) {
+      const CComPtr<IXMLDOMNode> attribute = attributes->item(i);
+      insert.add(attribute->nodeName().View(), attribute->text().View());
+    }
+    if (!insert.hasFields()) return;
+    const std::u16string sql = insert.text();
+    hr.LogError(u"SQL: \"%s\"\n", sql);
+    try {
+      recordset->DoQuery(CComBSTR(sql));
+    } catch (const _com_error& error) {
+      hr.LogError(u"SQL failed: %s", hr.xstrerror(static_cast<unsigned long>(error.Error())));
+      hr = QX_E_DATABASE;
+      qx::raiseError(hr);
+    }
+  });
+  return hr;
+}
+
+CComBSTR CQXDbDef::Attribute(CComPtr<IXMLDOMNode> node, const OLECHAR* name) {
+  return m_ResourceLoader.GetXMLAttributeValue(node, name);
+}
+
+CComBSTR CQXDbDef::TableName(CComPtr<IXMLDOMNode> node) {
+  return CComBSTR(qx::dbdef::tableNameOn(m_ptrCompany->GetDbServerType(),
+                                         Attribute(node, u"TableName").View()));
+}
+
+// The attribute with "*RES*" replaced; null when it is absent. `failure` is logged with `name` when
+// the text cannot be localised.
+CComBSTR CQXDbDef::LocalisedText(CComPtr<IXMLDOMNode> node, const OLECHAR* attribute,
+                                 const OLECHAR* failure, const CComBSTR& name) {
+  CComBSTR text = Attribute(node, attribute);
+  if (ReplaceByResource(text) < 0) {
+    CReturnValue<long> hr(u"CQXDbDef::ReplaceByResource", QX_E_DATABASE, m_lLogId, true);
+    hr.LogError(failure, name.View());
+    qx::raiseError(hr);
+  }
+  return text;
+}
+
+// A text of the framework's own module in the application's language; empty when there is none.
+CComBSTR CQXDbDef::FrameworkText(unsigned int id) {
+  CQXResourceLoader loader(GetModuleHandleW(u"QXFramework.dll"));
+  CQXBSTR text(m_Language);
+  loader.LoadStringW(text, id, m_ptrApp->GetLanguage());
+  return CComBSTR(text.View());
+}
+
+CComBSTR CQXDbDef::LastErrorText() {
+  long code = 0;
+  CComBSTR text;
+  m_ptrCompany->GetLastError(code, text);
+  return text;
+}

@@ -1,0 +1,115 @@
+#include "qxframework/xml/internal/document_object.h"
+
+#include "qxframework/automation/text.h"
+#include "qxframework/xml/internal/utf.h"
+
+#include <new>
+
+namespace qx::xml {
+namespace {
+
+class ParseErrorObject final : public ComObject<IXMLDOMParseError> {
+ public:
+  ParseErrorObject(ParseFault fault, std::string source)
+      : fault_(std::move(fault)), source_(std::move(source)) {}
+
+  HRESULT raw_errorCode(long* code) override { return give(fault_.code, code); }
+  HRESULT raw_reason(BSTR* reason) override { return giveText(toUtf16(fault_.reason), reason); }
+  HRESULT raw_line(long* line) override { return give(fault_.line, line); }
+  HRESULT raw_linepos(long* position) override { return give(fault_.position, position); }
+  HRESULT raw_url(BSTR* url) override { return giveText(toUtf16(source_), url); }
+
+ private:
+  static HRESULT give(long value, long* out) {
+    if (out == nullptr) return E_POINTER;
+    *out = value;
+    return S_OK;
+  }
+
+  ParseFault fault_;
+  std::string source_;
+};
+
+/// A tree for the document, or for a new empty one when it is null.
+TreePointer treeOf(DocumentHandle document) {
+  if (document == nullptr) {
+    document.reset(xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0")));
+    if (document == nullptr) throw std::bad_alloc();
+  }
+  return std::make_shared<DomTree>(document.release());
+}
+
+xmlNode* rootOf(const TreePointer& tree) { return reinterpret_cast<xmlNode*>(tree->document()); }
+
+}  // namespace
+
+DocumentObject::DocumentObject() : DocumentObject(treeOf(nullptr)) {}
+
+DocumentObject::DocumentObject(const TreePointer& tree) : DomNode(tree, rootOf(tree)) {}
+
+HRESULT DocumentObject::take(ParseResult result, std::string source, VARIANT_BOOL* success) {
+  const TreePointer tree = treeOf(std::move(result.document));
+  standFor(tree, rootOf(tree));
+  fault_ = std::move(result.fault);
+  source_ = std::move(source);
+  *success = fault_.code < 0 ? VARIANT_FALSE : VARIANT_TRUE;
+  return fault_.code < 0 ? S_FALSE : S_OK;
+}
+
+HRESULT DocumentObject::raw_load(const VARIANT& source, VARIANT_BOOL* success) {
+  if (success == nullptr) return E_POINTER;
+  *success = VARIANT_FALSE;
+  const bool isText = source.vt == VT_BSTR || source.vt == (VT_BYREF | VT_BSTR);
+  if (!isText) return E_INVALIDARG;
+  return guarded([&] {
+    const std::string name = textOf(source);
+    return take(parseFile(name), name, success);
+  });
+}
+
+HRESULT DocumentObject::raw_loadXML(BSTR text, VARIANT_BOOL* success) {
+  if (success == nullptr) return E_POINTER;
+  *success = VARIANT_FALSE;
+  return guarded([&] { return take(parseText(viewOfBstr(text)), {}, success); });
+}
+
+HRESULT DocumentObject::raw_parseError(IXMLDOMParseError** error) {
+  return guarded([&] {
+    const auto object = makeObject<ParseErrorObject>(fault_, source_);
+    return giveObject<IXMLDOMParseError>(object.p, error);
+  });
+}
+
+HRESULT DocumentObject::raw_documentElement(IXMLDOMElement** element) {
+  if (element == nullptr) return E_POINTER;
+  return guarded(
+      [&] { return giveNodeAs(tree(), xmlDocGetRootElement(tree()->document()), element); });
+}
+
+HRESULT DocumentObject::raw_createElement(BSTR name, IXMLDOMElement** element) {
+  if (element == nullptr) return E_POINTER;
+  *element = nullptr;
+  return guarded(
+      [&] { return giveNodeAs(tree(), newElement(*tree(), viewOfBstr(name)), element); });
+}
+
+HRESULT DocumentObject::raw_createAttribute(BSTR name, IXMLDOMAttribute** attribute) {
+  if (attribute == nullptr) return E_POINTER;
+  *attribute = nullptr;
+  return guarded(
+      [&] { return giveNodeAs(tree(), newAttribute(*tree(), viewOfBstr(name)), attribute); });
+}
+
+HRESULT DocumentObject::raw_createTextNode(BSTR text, IXMLDOMNode** node) {
+  if (node == nullptr) return E_POINTER;
+  *node = nullptr;
+  return guarded([&] { return giveNode(tree(), newText(*tree(), viewOfBstr(text)), node); });
+}
+
+HRESULT DocumentObject::raw_createComment(BSTR text, IXMLDOMNode** node) {
+  if (node == nullptr) return E_POINTER;
+  *node = nullptr;
+  return guarded([&] { return giveNode(tree(), newComment(*tree(), viewOfBstr(text)), node); });
+}
+
+}  // namespace qx::xml

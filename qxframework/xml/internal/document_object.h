@@ -1,0 +1,34 @@
+#pragma once
+
+// The document: a node that can take another tree, and the maker of new nodes.
+
+#include "qxframework/xml/internal/dom_node.h"
+#include "qxframework/xml/internal/parse.h"
+
+#include <string>
+
+namespace qx::xml {
+
+class DocumentObject final : public DomNode<IXMLDOMDocument> {
+ public:
+  /// An empty document.
+  DocumentObject();
+  explicit DocumentObject(const TreePointer& tree);
+
+  HRESULT raw_load(const VARIANT& source, VARIANT_BOOL* success) override;
+  HRESULT raw_loadXML(BSTR text, VARIANT_BOOL* success) override;
+  HRESULT raw_parseError(IXMLDOMParseError** error) override;
+  HRESULT raw_documentElement(IXMLDOMElement** element) override;
+  HRESULT raw_createElement(BSTR name, IXMLDOMElement** element) override;
+  HRESULT raw_createAttribute(BSTR name, IXMLDOMAttribute** attribute) override;
+  HRESULT raw_createTextNode(BSTR text, IXMLDOMNode** node) override;
+  HRESULT raw_createComment(BSTR text, IXMLDOMNode** node) override;
+
+ private:
+  HRESULT take(ParseResult result, std::string source, VARIANT_BOOL* success);
+
+  ParseFault fault_;
+  std::string source_;  // the file name or URL of the last load, as given
+};
+
+}  // namespace qx::xml

@@ -1,0 +1,222 @@
+#include "qxframework/xml/internal/parse.h"
+
+#include "qxframework/xml/internal/utf.h"
+#include "qxframework/xml/internal/walk.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/uri.h>
+#include <libxml/xmlerror.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <system_error>
+
+namespace qx::xml {
+namespace {
+
+constexpr HRESULT kFileNotFound = resultCode(0x80070002);
+
+struct FreeParser {
+  void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
+};
+
+/// Keeps the first error of a parse. While it lives, the thread's error channel leads here, so that
+/// nothing is printed; errors of encodings come by that channel only.
+class FaultCollector {
+ public:
+  explicit FaultCollector(xmlParserCtxt* parser)
+      : parser_(parser),
+        formerHandler_(xmlStructuredError),
+        formerContext_(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(this, [](void* self, xmlError* error) {
+      static_cast<FaultCollector*>(self)->take(*error);
+    });
+  }
+  ~FaultCollector() { xmlSetStructuredErrorFunc(formerContext_, formerHandler_); }
+  FaultCollector(const FaultCollector&) = delete;
+  FaultCollector& operator=(const FaultCollector&) = delete;
+
+  void refuse(std::string reason) {
+    if (fault_.code < 0) return;
+    fault_ = {E_FAIL, std::move(reason), 0, 0};
+    placeAtParser();
+  }
+  const ParseFault& fault() const { return fault_; }
+
+ private:
+  static bool counts(const xmlError& error) {
+    if (error.level < XML_ERR_ERROR || error.code == XML_WAR_NS_URI) return false;
+    return error.domain != XML_FROM_VALID && error.domain != XML_FROM_DTD;
+  }
+  void take(const xmlError& error) {
+    if (!counts(error) || fault_.code < 0) return;
+    const std::string reason = error.message == nullptr ? "" : error.message;
+    fault_ = {E_FAIL, reason.ends_with('\n') ? reason : reason + '\n', error.line, error.int2};
+    if (error.line <= 0) placeAtParser();
+    if (fault_.position < 1) fault_.position = 1;
+  }
+  void placeAtParser() {
+    if (parser_->input == nullptr) return;
+    fault_.line = parser_->input->line;
+    fault_.position = parser_->input->col < 1 ? 1 : parser_->input->col;
+  }
+
+  xmlParserCtxt* parser_;
+  xmlStructuredErrorFunc formerHandler_;
+  void* formerContext_;
+  ParseFault fault_;
+};
+
+void refuse(void* context, const char* reason) {
+  auto* parser = static_cast<xmlParserCtxt*>(context);
+  static_cast<FaultCollector*>(parser->_private)->refuse(reason);
+  parser->wellFormed = 0;
+  xmlStopParser(parser);
+}
+
+void refuseEntity(void* context, const xmlChar*, int, const xmlChar*, const xmlChar*, xmlChar*) {
+  refuse(context, "The declaration of an entity is not allowed.\n");
+}
+
+void refuseUnparsedEntity(void* context, const xmlChar*, const xmlChar*, const xmlChar*,
+                          const xmlChar*) {
+  refuse(context, "The declaration of an entity is not allowed.\n");
+}
+
+/// A default value would be copied into every element of that name, which is a bomb as well.
+void refuseAttributeDefault(void* context, const xmlChar*, const xmlChar*, int, int,
+                            const xmlChar* value, xmlEnumeration* values) {
+  xmlFreeEnumeration(values);
+  if (value != nullptr) refuse(context, "A default value for an attribute is not allowed.\n");
+}
+
+/// Lets the parser read a document type declaration without keeping anything of it.
+void passOverDocumentType(xmlSAXHandler& handler) {
+  handler.internalSubset = nullptr;
+  handler.externalSubset = nullptr;
+  handler.elementDecl = nullptr;
+  handler.notationDecl = nullptr;
+  handler.attributeDecl = refuseAttributeDefault;
+  handler.entityDecl = refuseEntity;
+  handler.unparsedEntityDecl = refuseUnparsedEntity;
+}
+
+/// Removes the white-space-only text that the parser left.
+void dropBlankText(xmlDoc* document) {
+  auto* root = reinterpret_cast<xmlNode*>(document);
+  for (xmlNode* node = root; node != nullptr;) {
+    xmlNode* const next = nextInTree(node, root);
+    if (node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1) {
+      xmlUnlinkNode(node);
+      xmlFreeNode(node);
+    }
+    node = next;
+  }
+}
+
+/// Settles what the tree's later operations rely on: no blank text, no table of ids.
+void finishTree(xmlDoc* document) {
+  dropBlankText(document);
+  if (document->ids != nullptr) xmlFreeIDTable(static_cast<xmlIDTable*>(document->ids));
+  document->ids = nullptr;
+}
+
+ParseFault faultWithoutPlace(HRESULT code, std::string reason) {
+  return {code, std::move(reason), 0, 0};
+}
+
+ParseResult parseBytes(std::string_view bytes, int options) {
+  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) {
+    return {nullptr, faultWithoutPlace(E_FAIL, "The document is too long.\n")};
+  }
+  static const bool initialised = (xmlInitParser(), true);
+  static_cast<void>(initialised);
+  const std::unique_ptr<xmlParserCtxt, FreeParser> parser(xmlNewParserCtxt());
+  if (parser == nullptr) throw std::bad_alloc();
+  FaultCollector collector(parser.get());
+  parser->_private = &collector;
+  passOverDocumentType(*parser->sax);
+  DocumentHandle document(xmlCtxtReadMemory(parser.get(), bytes.data(),
+                                            static_cast<int>(bytes.size()), nullptr, nullptr,
+                                            XML_PARSE_NONET | XML_PARSE_NOBLANKS | options));
+  if (collector.fault().code < 0) return {nullptr, collector.fault()};
+  if (document == nullptr) return {nullptr, {E_FAIL, "The document cannot be read.\n", 1, 1}};
+  finishTree(document.get());
+  return {std::move(document), {}};
+}
+
+bool hasScheme(const std::string& source) {
+  const std::size_t colon = source.find("://");
+  return colon != std::string::npos && source.find('/') > colon;
+}
+
+/// The path that a "file:" URL names; `source` itself when it is none.
+std::string pathOf(const std::string& source) {
+  if (!source.starts_with("file:")) return source;
+  std::string_view rest = std::string_view(source).substr(5);
+  if (rest.starts_with("//")) {
+    rest.remove_prefix(2);
+    rest.remove_prefix(std::min(rest.find('/'), rest.size()));
+  }
+  char* const plain = xmlURIUnescapeString(rest.data(), static_cast<int>(rest.size()), nullptr);
+  if (plain == nullptr) throw std::bad_alloc();
+  std::string path(plain);
+  xmlFree(plain);
+  return path;
+}
+
+ParseFault cannotRead(const std::string& source, std::error_code why) {
+  HRESULT code = E_FAIL;
+  if (why == std::errc::no_such_file_or_directory) code = kFileNotFound;
+  if (why == std::errc::permission_denied) code = E_ACCESSDENIED;
+  return faultWithoutPlace(code, "Cannot read " + source + ": " + why.message() + ".\n");
+}
+
+/// Reads the whole of a regular file; says why not in `why`.
+std::string readFile(const std::string& path, std::error_code& why) {
+  const auto status = std::filesystem::status(path, why);
+  if (why) return {};
+  if (!std::filesystem::is_regular_file(status)) {
+    why = std::make_error_code(std::filesystem::is_directory(status) ? std::errc::is_a_directory
+                                                                     : std::errc::not_supported);
+    return {};
+  }
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  if (!file.is_open() || file.bad()) {
+    why = std::error_code(errno == 0 ? EIO : errno, std::generic_category());
+  }
+  return bytes;
+}
+
+}  // namespace
+
+ParseResult parseText(std::u16string_view text) {
+  if (text.starts_with(u'\uFEFF')) text.remove_prefix(1);
+  const std::size_t zero = text.find(u'\0');
+  if (zero != std::u16string_view::npos) {
+    return {nullptr, faultWithoutPlace(E_FAIL, "The text holds a zero character.\n")};
+  }
+  const std::optional<std::string> bytes = strictUtf8(text);
+  if (!bytes) {
+    return {nullptr, faultWithoutPlace(E_FAIL, "The text is no well-formed UTF-16.\n")};
+  }
+  return parseBytes(*bytes, XML_PARSE_IGNORE_ENC);
+}
+
+ParseResult parseFile(const std::string& source) {
+  if (hasScheme(source) && !source.starts_with("file:")) {
+    return {nullptr, faultWithoutPlace(E_FAIL, "Cannot read " + source + ": not a file.\n")};
+  }
+  std::error_code why;
+  const std::string bytes = readFile(pathOf(source), why);
+  if (why) return {nullptr, cannotRead(source, why)};
+  return parseBytes(bytes, 0);
+}
+
+}  // namespace qx::xml
