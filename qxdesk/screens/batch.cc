@@ -11,7 +11,7 @@
 #include <optional>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 enum class Action { kAdd, kUpdate, kRemove };
@@ -75,13 +75,11 @@ void Batch::applyDocument(const XmlElement& root) {
   }
   for (const XmlElement& child : root.children()) {
     if (child.name() == u"menus") {
-      applyActions(child, u"menu", u"uniqueid", [this](Action action, const XmlElement& entry) {
-        applyMenu(action, entry);
-      });
+      applyActions(child, u"menu", u"uniqueid",
+                   [this](Action action, const XmlElement& entry) { applyMenu(action, entry); });
     } else if (child.name() == u"forms") {
-      applyActions(child, u"form", u"uid", [this](Action action, const XmlElement& entry) {
-        applyForm(action, entry);
-      });
+      applyActions(child, u"form", u"uid",
+                   [this](Action action, const XmlElement& entry) { applyForm(action, entry); });
     } else {
       report_.failDocument(kTagNotInPosition, u"<Application> holds <" + child.name() + u">", 0, 0);
     }
@@ -191,4 +189,4 @@ void Batch::addForm(const XmlElement& element) {
 
 HRESULT applyBatch(Desk& desk, std::u16string_view xml) { return Batch(desk).run(xml); }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -16,9 +16,9 @@
 
 #include <string_view>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// 0, or the negative code of the first error; the report is left in desk.lastBatchResults.
 HRESULT applyBatch(Desk& desk, std::u16string_view xml);
 
-}  // namespace qx::desk
+}  // namespace qx::screens

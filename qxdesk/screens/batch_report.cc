@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 std::u16string_view entityOf(char16_t unit) {
@@ -104,4 +104,4 @@ std::u16string BatchReport::xml() const {
   return out + u"</errors></result>";
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -14,14 +14,14 @@
 #include <string_view>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 struct BatchError {
   long action = 0;  ///< 0: the document as a whole
   std::u16string type;
-  long entry = 0;   ///< 0: the action as a whole
+  long entry = 0;  ///< 0: the action as a whole
   std::u16string uid;
-  long line = 0;    ///< 0: not known
+  long line = 0;  ///< 0: not known
   long column = 0;
   HRESULT code = 0;
   std::u16string detail;
@@ -49,4 +49,4 @@ class BatchReport {
   std::vector<BatchError> errors_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 
 void ComboModel::add(std::u16string value, std::u16string key) {
   values_.push_back({std::move(value), std::move(key)});
@@ -48,4 +48,4 @@ std::optional<std::size_t> ComboModel::selected() const {
   return static_cast<std::size_t>(at - values_.begin());
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

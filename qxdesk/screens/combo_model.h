@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// `value` is the text that is shown, `description` the key.
 struct ValidValue {
@@ -38,4 +38,4 @@ class ComboModel {
   BoundText key_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// A named value of a form that controls are bound to.
 class UserDataSource {
@@ -53,4 +53,4 @@ class BoundText {
   std::shared_ptr<UserDataSource> source_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 
 Desk::Desk(DeskSettings settings, std::unique_ptr<ProgressLock> progressLock)
     : forms(events),
@@ -69,4 +69,4 @@ void Desk::changeMode(long mode) {
   if (form != nullptr && form->typeEx() != kMainMenuForm) form->setMode(mode);
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

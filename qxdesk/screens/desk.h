@@ -16,7 +16,7 @@
 #include <memory>
 #include <string>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// What the client is started with.
 struct DeskSettings {
@@ -70,4 +70,4 @@ class Desk {
   std::function<void()> observer_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -6,7 +6,7 @@
 #include <string>
 #include <variant>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// See qx::ItemEventType for the types. `row` counts from 1; 0 is the head of a column.
 struct ItemEvent {
@@ -68,4 +68,4 @@ struct FormDataEvent {
 using Event = std::variant<ItemEvent, MenuEvent, AppEvent, StatusBarEvent, ProgressBarEvent,
                            PrintEvent, ReportDataEvent, RightClickEvent, FormDataEvent>;
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 std::u16string number(long value) { return toUtf16(std::to_string(value)); }
@@ -135,4 +135,4 @@ std::u16string printBoxes(const MessageBoxes& boxes) {
   return out;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

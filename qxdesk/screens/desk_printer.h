@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// One line per open form: `UID type "title"`, and what is not as usual: hidden, selected, frozen,
 /// and a mode other than OK.
@@ -19,4 +19,4 @@ std::u16string printStatus(const StatusBar& statusBar);
 /// One line per box: `"text" [button] [button] -> answer`.
 std::u16string printBoxes(const MessageBoxes& boxes);
 
-}  // namespace qx::desk
+}  // namespace qx::screens

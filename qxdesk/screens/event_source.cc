@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 
 std::uint32_t EventSource::attach(std::shared_ptr<EventSink> sink) {
   sinks_.emplace(++lastCookie_, std::move(sink));
@@ -30,4 +30,4 @@ bool EventSource::raise(const Event& event) {
   return bubble;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -10,7 +10,7 @@
 #include <map>
 #include <memory>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// Whoever listens: an add-on in this process or, over a wire, in another one.
 class EventSink {
@@ -40,4 +40,4 @@ class EventSource {
   int depth_ = 0;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

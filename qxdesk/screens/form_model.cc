@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 template <class Entries>
@@ -93,4 +93,4 @@ void FormModel::freeze(bool on) {
   }
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 enum FormMode : long { kFindMode = 0, kOkMode = 1, kUpdateMode = 2, kAddMode = 3 };
 
@@ -69,10 +69,10 @@ class FormModel {
   long color = 0;
   long pane = 0;
   bool visible = false;
-  long updates = 0;                   ///< calls of Update
-  std::u16string focus;               ///< UID of the item that has it
-  std::u16string objectType;          ///< of a form that shows records: what OK saves
-  std::vector<std::u16string> tables; ///< its database data sources
+  long updates = 0;                    ///< calls of Update
+  std::u16string focus;                ///< UID of the item that has it
+  std::u16string objectType;           ///< of a form that shows records: what OK saves
+  std::vector<std::u16string> tables;  ///< its database data sources
 
  private:
   friend class Forms;
@@ -83,9 +83,9 @@ class FormModel {
   bool system_;
   State state_ = State::kNew;
   bool selected_ = false;
-  long selectedAt_ = 0;     // the higher, the later
-  int busy_ = 0;            // events on it that are being handled
-  bool closeAsked_ = false; // to be closed when no longer busy
+  long selectedAt_ = 0;      // the higher, the later
+  int busy_ = 0;             // events on it that are being handled
+  bool closeAsked_ = false;  // to be closed when no longer busy
   bool closing_ = false;
   std::vector<std::shared_ptr<ItemModel>> items_;
   std::vector<std::shared_ptr<UserDataSource>> sources_;
@@ -94,4 +94,4 @@ class FormModel {
   int freezeCount_ = 0;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 constexpr long kKnownItemTypes[] = {kButton, kStaticText, kEditText, kComboBox, kMatrix};
@@ -68,9 +68,8 @@ void FormReader::readFrame(FormModel& form, const XmlElement& element) {
 
 void FormReader::readSources(FormModel& form, const XmlElement& element) {
   for (const XmlElement& database : element.children(u"dbdatasources")) {
-    eachEntry(database, u"datasource", [&](const XmlElement& source) {
-      form.tables.push_back(source.text(u"tablename"));
-    });
+    eachEntry(database, u"datasource",
+              [&](const XmlElement& source) { form.tables.push_back(source.text(u"tablename")); });
   }
   for (const XmlElement& user : element.children(u"userdatasources")) {
     eachEntry(user, u"datasource", [&](const XmlElement& source) {
@@ -187,8 +186,8 @@ void FormReader::addColumn(FormModel& form, MatrixModel& matrix, const XmlElemen
   attempt(element, [&] { matrix.addColumn(std::move(column)); });
 }
 
-std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form,
-                                                        const XmlElement& element, HRESULT code) {
+std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const XmlElement& element,
+                                                        HRESULT code) {
   for (const XmlElement& bind : element.children(u"databind")) {
     bool bound = true;
     flag(bind, u"databound", code, bound);
@@ -209,8 +208,7 @@ std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form,
   return nullptr;
 }
 
-void FormReader::eachEntry(const XmlElement& element, std::u16string_view entry,
-                           const Step& body) {
+void FormReader::eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body) {
   for (const XmlElement& action : element.children(u"action")) {
     if (action.text(u"type") != u"add") {
       fail(action, kActionTypeNotValid, u"type is not add");
@@ -257,4 +255,4 @@ void FormReader::fail(const XmlElement& element, HRESULT code, std::u16string_vi
   report_.fail(code, detail);
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

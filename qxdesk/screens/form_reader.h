@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-namespace qx::desk {
+namespace qx::screens {
 
 class FormReader {
  public:
@@ -54,4 +54,4 @@ class FormReader {
   BatchReport& report_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 /// Sets a flag or raises a count while it lives.
@@ -172,4 +172,4 @@ bool Forms::whileBusy(const std::shared_ptr<FormModel>& form, const std::functio
   return result;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 class Forms {
  public:
@@ -70,4 +70,4 @@ class Forms {
 /// The form that owns the menu bar.
 inline constexpr char16_t kMainMenuForm[] = u"169";
 
-}  // namespace qx::desk
+}  // namespace qx::screens

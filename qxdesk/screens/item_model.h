@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace qx::desk {
+namespace qx::screens {
 
 enum ItemType : long {
   kButton = 4,
@@ -39,10 +39,10 @@ struct ItemModel {
   bool enabled = true;
   std::u16string description;
   std::u16string linkTo;
-  std::u16string caption;          ///< of a button or static text
-  BoundText text;                  ///< of an edit
-  bool affectsFormMode = true;     ///< a change takes the form out of OK mode
-  bool changed = false;            ///< typed into and not validated since
+  std::u16string caption;       ///< of a button or static text
+  BoundText text;               ///< of an edit
+  bool affectsFormMode = true;  ///< a change takes the form out of OK mode
+  bool changed = false;         ///< typed into and not validated since
   std::unique_ptr<ComboModel> combo;
   std::unique_ptr<MatrixModel> matrix;
 
@@ -50,4 +50,4 @@ struct ItemModel {
   bool usable() const { return visible && enabled; }
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

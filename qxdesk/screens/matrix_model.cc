@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 
 void MatrixModel::addColumn(MatrixColumn column) {
   checkUid(column.uid, kColumnAttributes);
@@ -62,4 +62,4 @@ void MatrixModel::setCell(long row, const MatrixColumn& column, std::u16string_v
   rows_[static_cast<std::size_t>(row - 1)].cells[columnIndex(column)] = text;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

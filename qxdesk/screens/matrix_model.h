@@ -1,7 +1,7 @@
 #pragma once
 
-// The table of a form. Rows count from 1 as everywhere in the client. A row is made through the data
-// sources: AddRow copies what they hold into the new line.
+// The table of a form. Rows count from 1 as everywhere in the client. A row is made through the
+// data sources: AddRow copies what they hold into the new line.
 
 #include "qxdesk/screens/data_source.h"
 #include "qxdesk/screens/uid.h"
@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 struct MatrixColumn {
   std::u16string uid;
@@ -58,4 +58,4 @@ class MatrixModel {
   std::vector<Row> rows_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

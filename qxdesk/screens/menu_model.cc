@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 void print(const MenuEntry& entry, std::size_t level, std::u16string& out) {
@@ -88,4 +88,4 @@ std::u16string MenuModel::tree() const {
   return out;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 struct MenuSpec {
   std::u16string uid;
@@ -80,4 +80,4 @@ class MenuModel {
   std::unordered_map<std::u16string, std::weak_ptr<MenuEntry>> byUid_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 bool hasButton(const MessageBoxCall& box, long button) {
@@ -47,4 +47,4 @@ std::optional<long> MessageBoxes::nextAnswer(const MessageBoxCall& box) {
   return answerer_ ? answerer_(box) : std::nullopt;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -11,13 +11,13 @@
 #include <string>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 struct MessageBoxCall {
   std::u16string text;
   std::array<std::u16string, 3> buttons;  ///< an empty caption leaves the button out
   long defaultButton = 1;
-  long answer = 0;        ///< the button that was pressed, from 1
+  long answer = 0;          ///< the button that was pressed, from 1
   bool unattended = false;  ///< nobody had an answer
 };
 
@@ -48,4 +48,4 @@ class MessageBoxes {
   std::vector<MessageBoxCall> history_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 
 void Progress::stop() {
   if (std::exchange(stopped_, true)) return;
@@ -55,4 +55,4 @@ void StatusBar::free() {
   if (lock_ != nullptr) lock_->release();
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

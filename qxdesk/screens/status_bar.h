@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 struct StatusMessage {
   std::u16string text;
@@ -86,4 +86,4 @@ class StatusBar {
   bool held_ = false;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 struct MenuRow {
@@ -148,4 +148,4 @@ std::shared_ptr<FormModel> makeSystemForm(std::u16string_view typeEx, std::u16st
   return nullptr;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

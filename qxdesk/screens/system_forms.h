@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// The popup below which add-ons put their entries.
 inline constexpr char16_t kAddOnsMenu[] = u"43523";
@@ -34,4 +34,4 @@ std::u16string_view systemFormOfMenu(std::u16string_view menuUid);
 /// "139" a sales order, "1001" a customer. Null for any other type.
 std::shared_ptr<FormModel> makeSystemForm(std::u16string_view typeEx, std::u16string uid);
 
-}  // namespace qx::desk
+}  // namespace qx::screens

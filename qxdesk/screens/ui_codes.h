@@ -5,7 +5,7 @@
 
 #include "qxframework/automation/types.h"
 
-namespace qx::desk {
+namespace qx::screens {
 
 enum UiCode : HRESULT {
   kGeneralFailure = -1,
@@ -50,4 +50,4 @@ enum UiCode : HRESULT {
   kConnectionStringNotValid = -7200,
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace qx::desk {
+namespace qx::screens {
 
 inline constexpr std::size_t kUidLimit = 10;
 
@@ -37,4 +37,4 @@ auto findEntry(const Entries& entries, const EntryName& name, UidOf uidOf) ->
   return nullptr;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

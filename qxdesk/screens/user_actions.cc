@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qx::desk {
+namespace qx::screens {
 namespace {
 
 constexpr char16_t kBackspaceKey = 8;
@@ -129,8 +129,7 @@ bool UserActions::leave(const std::shared_ptr<FormModel>& form, std::u16string_v
 
 bool UserActions::click(const Spot& spot) {
   const Target target = reach(spot);
-  return desk_.forms.whileBusy(target.form,
-                               [&] { return moveFocus(target) && clickItem(target); });
+  return desk_.forms.whileBusy(target.form, [&] { return moveFocus(target) && clickItem(target); });
 }
 
 bool UserActions::clickItem(const Target& target) {
@@ -192,7 +191,8 @@ bool UserActions::key(const Spot& spot, char16_t pressed) {
   const Target target = reach(spot);
   return desk_.forms.whileBusy(target.form, [&] {
     if (!moveFocus(target)) return false;
-    return perform(target, kKeyDown, [&] { enter(target, pressed); }, pressed);
+    return perform(
+        target, kKeyDown, [&] { enter(target, pressed); }, pressed);
   });
 }
 
@@ -208,8 +208,7 @@ void UserActions::enter(const Target& target, char16_t pressed) {
   MatrixModel* matrix = target.item->matrix.get();
   if (isCell && target.row > matrix->rowCount()) return;
   const auto source = isCell ? target.column->source : target.item->text.source();
-  std::u16string text =
-      isCell ? matrix->cell(target.row, *target.column) : target.item->text.get();
+  std::u16string text = isCell ? matrix->cell(target.row, *target.column) : target.item->text.get();
   if (pressed == kBackspaceKey) {
     text.clear();
   } else if (!isFull(text, source)) {
@@ -234,8 +233,8 @@ bool UserActions::type(const Spot& spot, std::u16string_view text) {
   if (!takesText(*target.item, target.column, target.row)) raiseError(kNotValidTarget);
   const bool isCell = target.column != nullptr;
   return desk_.forms.whileBusy(target.form, [&] {
-    const std::u16string now = isCell ? target.item->matrix->cell(target.row, *target.column)
-                                      : target.item->text.get();
+    const std::u16string now =
+        isCell ? target.item->matrix->cell(target.row, *target.column) : target.item->text.get();
     bool all = now.empty() || key(spot, kBackspaceKey);
     for (const char16_t unit : text) {
       if (target.form->isClosing() || !target.form->isOpen()) break;
@@ -318,4 +317,4 @@ bool UserActions::reportData(std::u16string_view form) {
   return announce(ReportDataEvent{std::u16string(form)}, formOf(form));
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace qx::desk {
+namespace qx::screens {
 
 /// A place on a form: an item or, in a matrix, a cell. Row 0 is the head of the column.
 struct Spot {
@@ -93,4 +93,4 @@ class UserActions {
   Hand hand_;
 };
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace qx::desk {
+namespace qx::screens {
 
 XmlElement::XmlElement(const CComPtr<IXMLDOMNode>& node)
     : node_(node), name_(toLower(node->baseName().View())) {
@@ -53,4 +53,4 @@ std::optional<long> decimalNumber(std::u16string_view text) {
   return value;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace qx::desk {
+namespace qx::screens {
 
 class XmlElement {
  public:
@@ -45,4 +45,4 @@ class XmlElement {
 /// number that does not fit 32 bits.
 std::optional<long> decimalNumber(std::u16string_view text);
 
-}  // namespace qx::desk
+}  // namespace qx::screens

@@ -15,19 +15,23 @@ struct Language {
   HvLanguages language;
 };
 
-constexpr Language kLanguages[] = {
-    {u"he", ln_Hebrew},       {u"es-ar", ln_Spanish_Ar},    {u"en", ln_English},
-    {u"en-us", ln_English},   {u"pl", ln_Polish},           {u"en-sg", ln_English_Sg},
-    {u"es-pa", ln_Spanish_Pa}, {u"en-gb", ln_English_Gb},   {u"de", ln_German},
-    {u"sr", ln_Serbian},      {u"da", ln_Danish},           {u"no", ln_Norwegian},
-    {u"nb", ln_Norwegian},    {u"it", ln_Italian},          {u"hu", ln_Hungarian},
-    {u"zh", ln_Chinese},      {u"zh-cn", ln_Chinese},       {u"nl", ln_Dutch},
-    {u"fi", ln_Finnish},      {u"el", ln_Greek},            {u"pt", ln_Portuguese},
-    {u"sv", ln_Swedish},      {u"en-cy", ln_English_Cy},    {u"fr", ln_French_Fr},
-    {u"es", ln_Spanish},      {u"ru", ln_Russian},          {u"es-419", ln_Spanish_La},
-    {u"cs", ln_Czech_Cz},     {u"sk", ln_Slovak_Sk},        {u"ko", ln_Korean_Kr},
-    {u"pt-br", ln_Portuguese_Br}, {u"ja", ln_Japanese_Jp},  {u"tr", ln_Turkish_Tr},
-    {u"zh-hk", ln_TrdtnlChinese_Hk}};
+constexpr Language kLanguages[] = {{u"he", ln_Hebrew},           {u"es-ar", ln_Spanish_Ar},
+                                   {u"en", ln_English},          {u"en-us", ln_English},
+                                   {u"pl", ln_Polish},           {u"en-sg", ln_English_Sg},
+                                   {u"es-pa", ln_Spanish_Pa},    {u"en-gb", ln_English_Gb},
+                                   {u"de", ln_German},           {u"sr", ln_Serbian},
+                                   {u"da", ln_Danish},           {u"no", ln_Norwegian},
+                                   {u"nb", ln_Norwegian},        {u"it", ln_Italian},
+                                   {u"hu", ln_Hungarian},        {u"zh", ln_Chinese},
+                                   {u"zh-cn", ln_Chinese},       {u"nl", ln_Dutch},
+                                   {u"fi", ln_Finnish},          {u"el", ln_Greek},
+                                   {u"pt", ln_Portuguese},       {u"sv", ln_Swedish},
+                                   {u"en-cy", ln_English_Cy},    {u"fr", ln_French_Fr},
+                                   {u"es", ln_Spanish},          {u"ru", ln_Russian},
+                                   {u"es-419", ln_Spanish_La},   {u"cs", ln_Czech_Cz},
+                                   {u"sk", ln_Slovak_Sk},        {u"ko", ln_Korean_Kr},
+                                   {u"pt-br", ln_Portuguese_Br}, {u"ja", ln_Japanese_Jp},
+                                   {u"tr", ln_Turkish_Tr},       {u"zh-hk", ln_TrdtnlChinese_Hk}};
 
 struct Engine {
   std::u16string_view name;
@@ -99,7 +103,8 @@ void readEngine(ConnectionString& out, const Value& value) {
       return;
     }
   }
-  fail(value.position, "unknown engine " + quoted(value.raw) + "; write mssql, sybase, db2 or kordb");
+  fail(value.position,
+       "unknown engine " + quoted(value.raw) + "; write mssql, sybase, db2 or kordb");
 }
 
 void readLanguage(ConnectionString& out, const Value& value) {
@@ -153,11 +158,10 @@ struct Key {
   void (*read)(ConnectionString&, const Value&);
 };
 
-constexpr Key kKeys[] = {{u"db", readDatabase},   {u"engine", readEngine},
-                         {u"language", readLanguage}, {u"appid", readAppId},
-                         {u"user", readUser},     {u"company", readCompany},
-                         {u"play", readPlay},     {u"boxes", readBoxes},
-                         {u"progress", readProgress}};
+constexpr Key kKeys[] = {
+    {u"db", readDatabase}, {u"engine", readEngine}, {u"language", readLanguage},
+    {u"appid", readAppId}, {u"user", readUser},     {u"company", readCompany},
+    {u"play", readPlay},   {u"boxes", readBoxes},   {u"progress", readProgress}};
 
 void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::size_t position,
               std::u16string_view pair) {
@@ -179,8 +183,8 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
 /// Where the first key stands.
 std::size_t skipScheme(std::u16string_view text) {
   if (!text.starts_with(kScheme)) {
-    fail(0, "unknown scheme " + quoted(text.substr(0, text.find(u':'))) +
-                "; write embedded:?db=FILE");
+    fail(0,
+         "unknown scheme " + quoted(text.substr(0, text.find(u':'))) + "; write embedded:?db=FILE");
   }
   if (text.substr(kScheme.size()).starts_with(u'?')) return kScheme.size() + 1;
   fail(kScheme.size(), "a question mark must follow the scheme; write embedded:?db=FILE");

@@ -30,7 +30,7 @@
 namespace qx::desk {
 
 struct ConnectionString {
-  std::string database;  ///< UTF-8
+  std::string database;   ///< UTF-8
   long dbServerType = 1;  ///< see qx::DbServerType
   HvLanguages language = ln_English;
   long appId = 1;
@@ -41,8 +41,8 @@ struct ConnectionString {
   bool sharedProgressBar = false;
 };
 
-/// The text makes no sense. what() is a sentence in UTF-8 that says where, what is wrong and what to
-/// write instead.
+/// The text makes no sense. what() is a sentence in UTF-8 that says where, what is wrong and what
+/// to write instead.
 class ConnectionStringError : public std::runtime_error {
  public:
   ConnectionStringError(std::size_t position, const std::string& sentence);
