@@ -1,6 +1,7 @@
 #include "qxframework/xml/internal/node_edit.h"
 
 #include "qxframework/xml/internal/document_object.h"
+#include "qxframework/xml/internal/namespaces.h"
 #include "qxframework/xml/internal/serialize.h"
 #include "qxframework/xml/internal/utf.h"
 
@@ -90,7 +91,7 @@ xmlNode* copyWithin(xmlNode* node, xmlDoc* document, bool deep) {
     xmlAttr* const copy = orRaise(xmlCopyProp(nullptr, attribute));
     copy->doc = document;
     for (xmlNode* text = copy->children; text != nullptr; text = text->next) text->doc = document;
-    copy->ns = attribute->ns;
+    copy->ns = keptByDocument(attribute->ns, document);
     return reinterpret_cast<xmlNode*>(copy);
   }
   constexpr int kDeep = 1;

@@ -105,22 +105,37 @@ void passOverDocumentType(xmlSAXHandler& handler) {
   handler.unparsedEntityDecl = refuseUnparsedEntity;
 }
 
-/// Removes the white-space-only text that the parser left.
-void dropBlankText(xmlDoc* document) {
+/// The parser leaves each "&" in the name of a namespace as "&#38;", which it replaces in all other
+/// values itself.
+void settleNamespaceNames(xmlNode* element) {
+  constexpr std::string_view kAmpersand = "&#38;";
+  for (xmlNs* ns = element->nsDef; ns != nullptr; ns = ns->next) {
+    std::string name(viewOfXml(ns->href));
+    std::size_t at = name.find(kAmpersand);
+    if (at == name.npos) continue;
+    for (; at != name.npos; at = name.find(kAmpersand, at + 1)) {
+      name.replace(at, kAmpersand.size(), "&");
+    }
+    xmlChar* const settled = xmlStrdup(asXml(name));
+    if (settled == nullptr) throw std::bad_alloc();
+    xmlFree(const_cast<xmlChar*>(ns->href));
+    ns->href = settled;
+  }
+}
+
+/// Settles what the tree's later operations rely on: no text of white space only, namespaces by
+/// their true names, no table of ids.
+void finishTree(xmlDoc* document) {
   auto* root = reinterpret_cast<xmlNode*>(document);
   for (xmlNode* node = root; node != nullptr;) {
     xmlNode* const next = nextInTree(node, root);
+    if (node->type == XML_ELEMENT_NODE && node->nsDef != nullptr) settleNamespaceNames(node);
     if (node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1) {
       xmlUnlinkNode(node);
       xmlFreeNode(node);
     }
     node = next;
   }
-}
-
-/// Settles what the tree's later operations rely on: no blank text, no table of ids.
-void finishTree(xmlDoc* document) {
-  dropBlankText(document);
   if (document->ids != nullptr) xmlFreeIDTable(static_cast<xmlIDTable*>(document->ids));
   document->ids = nullptr;
 }
