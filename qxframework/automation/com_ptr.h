@@ -5,6 +5,7 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/types.h"
 
+#include <type_traits>
 #include <utility>
 
 template <class T>
@@ -17,6 +18,10 @@ class CComPtr {
   }
   CComPtr(const CComPtr& other) : CComPtr(other.p) {}
   CComPtr(CComPtr&& other) noexcept : p(std::exchange(other.p, nullptr)) {}
+  /// From a pointer to a derived interface.
+  template <class Derived>
+    requires std::is_convertible_v<Derived*, T*>
+  CComPtr(const CComPtr<Derived>& other) : CComPtr(static_cast<T*>(other.p)) {}
   ~CComPtr() {
     if (p != nullptr) p->Release();
   }
