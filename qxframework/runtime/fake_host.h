@@ -38,7 +38,10 @@ class FakeHost {
 
   /// An operation that is not listed: `name` fails if it is to fail, its hook runs.
   HRESULT enter(const std::string& name) {
-    if (const auto hook = hooks.find(name); hook != hooks.end()) hook->second();
+    if (const auto entry = hooks.find(name); entry != hooks.end()) {
+      const auto hook = entry->second;  // it may take itself out of the list
+      hook();
+    }
     const auto failure = failures.find(name);
     return failure == failures.end() ? S_OK : failure->second;
   }

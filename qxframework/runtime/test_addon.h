@@ -29,8 +29,10 @@ using Hooks = std::map<std::string, Hook>;
 inline long runHook(FakeHost& host, const Hooks& hooks, const std::string& name,
                     short* bubble = nullptr, const std::string& prefix = "") {
   host.calls.push_back(prefix + name);
-  const auto hook = hooks.find(name);
-  return hook == hooks.end() ? S_OK : hook->second(bubble);
+  const auto entry = hooks.find(name);
+  if (entry == hooks.end()) return S_OK;
+  const Hook hook = entry->second;  // it may take itself out of the list
+  return hook(bubble);
 }
 
 /// One of each kind of thing that add-on code may throw.
