@@ -8,7 +8,8 @@ namespace qx::desk {
 namespace {
 
 LoginTarget sampleTarget() {
-  return LoginTarget{"/srv/companies/Österreich|1:x.db", 9, ln_German, u"mañana", u"A|B:C 4:\x1F600"};
+  return LoginTarget{"/srv/companies/Österreich|1:x.db", 9, ln_German, u"mañana",
+                     u"A|B:C 4:\U0001F600"};
 }
 
 TEST(LoginContext, ReadsBackWhatWasWritten) {
@@ -21,7 +22,7 @@ TEST(LoginContext, ReadsBackWhatWasWritten) {
 TEST(LoginContext, HasItsFrozenForm) {
   const LoginTarget target{"/c.db", 2, ln_English, u"manager", u"Demo"};
   EXPECT_EQ(encodeLoginContext(target, u"K1"),
-            u"QXLC1|83A18DA4BB7AD21E|5:/c.db1:21:37:manager4:Demo");
+            u"QXLC1|D2582E52D9EA65EC|5:/c.db1:21:37:manager4:Demo");
 }
 
 TEST(LoginContext, AnswersItsOwnCookieOnly) {

@@ -134,6 +134,15 @@ TEST(BstrT, GoesByValueWithAllUnits) {
   EXPECT_NE(static_cast<BSTR>(copy), static_cast<BSTR>(text));
 }
 
+TEST(BstrT, ComparesTextsAndNotPointers) {
+  const _bstr_t text(u"Code");
+  EXPECT_TRUE(text == u"Code");
+  EXPECT_TRUE(text == _bstr_t(u"Code"));
+  EXPECT_TRUE(text == CComBSTR(u"Code"));
+  EXPECT_TRUE(CComBSTR(u"code") != text);
+  EXPECT_TRUE(text != u"code");
+}
+
 TEST(GiveText, GivesAnExistingTextEvenIfEmpty) {
   BSTR out = nullptr;
   ASSERT_EQ(qx::giveText(u"", &out), S_OK);

@@ -210,6 +210,7 @@ TEST(OleDateTimeSpan, PartsHaveTheSignOfTheWhole) {
   EXPECT_EQ(span.GetTotalSeconds(), 93784.0);
   EXPECT_EQ(span.GetTotalMinutes(), 1563.0);
   EXPECT_EQ(span.GetTotalHours(), 26.0);
+  EXPECT_EQ(span.GetTotalDays(), 1.0);
 }
 
 TEST(OleDateTimeSpan, FiveMinutesAreFiveMinutes) {

@@ -96,6 +96,11 @@ TEST(DomDocument, WrittenTextReadsBackTheSame) {
   EXPECT_EQ(rewritten(document->xml().View()), once);
 }
 
+TEST(DomDocument, JoinsSectionsThatOnlyWhiteSpaceParted) {
+  EXPECT_EQ(rewritten(u"<r>a<![CDATA[b]]> <![CDATA[c]]>\n<![CDATA[d]]><e/></r>"),
+            "<r>a<![CDATA[bcd]]><e/></r>\n");
+}
+
 // --- reading texts -------------------------------------------------------------------------
 
 TEST(DomDocument, IgnoresTheEncodingThatAWideTextNames) {

@@ -36,7 +36,9 @@ TreePointer treeOf(DocumentHandle document) {
     document.reset(xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0")));
     if (document == nullptr) throw std::bad_alloc();
   }
-  return std::make_shared<DomTree>(document.release());
+  auto tree = std::make_shared<DomTree>(document.get());
+  static_cast<void>(document.release());
+  return tree;
 }
 
 xmlNode* rootOf(const TreePointer& tree) { return reinterpret_cast<xmlNode*>(tree->document()); }

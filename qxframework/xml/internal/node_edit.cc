@@ -80,9 +80,9 @@ xmlAttr* findRival(const xmlNode* element, const xmlAttr* attribute) {
 }
 
 HRESULT copyDocument(const xmlDoc* document, bool deep, IXMLDOMNode** out) {
-  xmlDoc* const copy = orRaise(xmlCopyDoc(const_cast<xmlDoc*>(document), deep ? 1 : 0));
-  const auto tree = std::make_shared<DomTree>(copy);
-  return giveNode(tree, reinterpret_cast<xmlNode*>(copy), out);
+  DocumentHandle copy(orRaise(xmlCopyDoc(const_cast<xmlDoc*>(document), deep ? 1 : 0)));
+  const auto tree = std::make_shared<DomTree>(copy.get());
+  return giveNode(tree, reinterpret_cast<xmlNode*>(copy.release()), out);
 }
 
 xmlNode* copyWithin(xmlNode* node, xmlDoc* document, bool deep) {

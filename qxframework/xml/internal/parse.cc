@@ -123,18 +123,36 @@ void settleNamespaceNames(xmlNode* element) {
   }
 }
 
+bool isCdata(const xmlNode* node) {
+  return node != nullptr && node->type == XML_CDATA_SECTION_NODE;
+}
+
+void remove(xmlNode* node) {
+  xmlUnlinkNode(node);
+  xmlFreeNode(node);
+}
+
+/// Removes a text and returns the node to go on with. CDATA sections that come to stand side by
+/// side become one, as they would when the document is written and read again.
+xmlNode* removeText(xmlNode* text, const xmlNode* root) {
+  xmlNode* const before = text->prev;
+  xmlNode* const behind = text->next;
+  xmlNode* const next = nextInTree(text, root);
+  remove(text);
+  if (!isCdata(before) || !isCdata(behind)) return next;
+  xmlNodeAddContent(before, behind->content);
+  remove(behind);
+  return nextInTree(before, root);
+}
+
 /// Settles what the tree's later operations rely on: no text of white space only, namespaces by
 /// their true names, no table of ids.
 void finishTree(xmlDoc* document) {
   auto* root = reinterpret_cast<xmlNode*>(document);
   for (xmlNode* node = root; node != nullptr;) {
-    xmlNode* const next = nextInTree(node, root);
     if (node->type == XML_ELEMENT_NODE && node->nsDef != nullptr) settleNamespaceNames(node);
-    if (node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1) {
-      xmlUnlinkNode(node);
-      xmlFreeNode(node);
-    }
-    node = next;
+    const bool isBlank = node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1;
+    node = isBlank ? removeText(node, root) : nextInTree(node, root);
   }
   if (document->ids != nullptr) xmlFreeIDTable(static_cast<xmlIDTable*>(document->ids));
   document->ids = nullptr;
