@@ -44,6 +44,8 @@ constexpr Command kCommands[] = {
     {"printout", PlayVerb::kPrintOut, "w", "printout FORM"},
     {"report", PlayVerb::kReport, "w", "report FORM"},
     {"print", PlayVerb::kPrint, "p?w", "print menus|forms|form FORM|status|boxes"},
+    {"say", PlayVerb::kSay, "t", "say TEXT"},
+    {"start", PlayVerb::kStart, "", "start"},
 };
 
 constexpr std::string_view kPrintable[] = {"menus", "forms", "form", "status", "boxes"};

@@ -35,6 +35,34 @@ class Playing : public testing::Test {
   int tasks_ = 0;
 };
 
+TEST_F(Playing, PlaysTheStepsAheadOfStartBeforeTheAddOnStarts) {
+  std::string out;
+  int posted = 0;
+  ScriptPlayer player(
+      desk_, parsePlayScript("status One\nstart\nstatus Two\n", "demo.txt"),
+      [&](std::function<void()>) { ++posted; }, [&](std::string_view text) { out += text; });
+  player.playAhead();
+  EXPECT_EQ(out, "the client's status bar says \"One\"\n");
+  EXPECT_EQ(posted, 0);
+  player.start();
+  EXPECT_EQ(posted, 1);
+}
+
+TEST_F(Playing, PlaysNothingAheadWithoutStart) {
+  std::string out;
+  ScriptPlayer player(
+      desk_, parsePlayScript("status One\n", "demo.txt"), [](std::function<void()>) {},
+      [&](std::string_view text) { out += text; });
+  player.playAhead();
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(Playing, PlaysTheRestAtOnceWhenTheClientHasEnded) {
+  EXPECT_EQ(play("shutdown\nstatus After\n"),
+            "shut the client down\nthe client's status bar says \"After\"\n");
+  EXPECT_EQ(tasks_, 1);
+}
+
 TEST_F(Playing, TellsEveryStepInPlainWords) {
   EXPECT_EQ(play("menu 3001\n"
                  "type * 4 C001\n"
@@ -48,6 +76,7 @@ TEST_F(Playing, TellsEveryStepInPlainWords) {
                  "language 9\n"
                  "company /data/Quay.db\n"
                  "status Good morning\n"
+                 "say And now:\n"
                  "print status\n"),
             "picked menu 3001\n"
             "typed \"C001\" into item 4 of form F_1\n"
@@ -61,8 +90,9 @@ TEST_F(Playing, TellsEveryStepInPlainWords) {
             "changed the language to 9\n"
             "changed the company to /data/Quay.db\n"
             "the client's status bar says \"Good morning\"\n"
+            "And now:\n"
             "Good morning\n");
-  EXPECT_EQ(tasks_, 13);
+  EXPECT_EQ(tasks_, 14);
 }
 
 TEST_F(Playing, SaysWhatAnAddOnVetoed) {
