@@ -1,0 +1,87 @@
+#include "tests/support/machine.h"
+
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+
+namespace qx::test {
+namespace {
+
+std::atomic<bool> g_skipsPauses{false};
+std::atomic<std::int64_t> g_skippedMilliseconds{0};
+
+std::filesystem::path& folderOfMachine() {
+  static std::filesystem::path folder;
+  return folder;
+}
+
+class Machine final : public testing::Environment {
+ public:
+  void SetUp() override {
+    std::string folder = (std::filesystem::temp_directory_path() / "qx_system_XXXXXX").string();
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    folderOfMachine() = folder;
+    std::ofstream(machineFolder() / "log.toml") << "level = 6\nfile_size_mb = 100\n";
+    setenv("QX_RUNTIME_DIR", (folder + "/run").c_str(), 1);
+    setenv("QX_LOG_DIR", (folder + "/log").c_str(), 1);
+    setenv("QX_LOG_SETTINGS", (folder + "/log.toml").c_str(), 1);
+    setenv("QX_REGISTRY", buildRegistry().c_str(), 1);
+  }
+  void TearDown() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(machineFolder(), ignored);
+  }
+};
+
+[[maybe_unused]] const testing::Environment* const g_machine =
+    testing::AddGlobalTestEnvironment(new Machine);
+
+}  // namespace
+
+const std::filesystem::path& machineFolder() { return folderOfMachine(); }
+
+std::filesystem::path buildRegistry() { return QX_BUILD_FOLDER "/registry.toml"; }
+
+std::filesystem::path buildProgram(const std::string& name) {
+  return std::filesystem::path(QX_BUILD_FOLDER "/bin") / name;
+}
+
+ScopedVariable::ScopedVariable(std::string name, const std::string& value)
+    : name_(std::move(name)), wasSet_(std::getenv(name_.c_str()) != nullptr) {
+  if (wasSet_) before_ = std::getenv(name_.c_str());
+  setenv(name_.c_str(), value.c_str(), 1);
+}
+
+ScopedVariable::~ScopedVariable() {
+  if (wasSet_) {
+    setenv(name_.c_str(), before_.c_str(), 1);
+  } else {
+    unsetenv(name_.c_str());
+  }
+}
+
+SkippedPauses::SkippedPauses() {
+  g_skippedMilliseconds = 0;
+  g_skipsPauses = true;
+}
+
+SkippedPauses::~SkippedPauses() { g_skipsPauses = false; }
+
+std::int64_t SkippedPauses::milliseconds() { return g_skippedMilliseconds; }
+
+}  // namespace qx::test
+
+// Stands in front of the C library's own for this program and the libraries that it loads.
+extern "C" [[gnu::visibility("default")]] int nanosleep(const timespec* wanted, timespec* left) {
+  if (qx::test::g_skipsPauses) {
+    qx::test::g_skippedMilliseconds += wanted->tv_sec * 1000 + wanted->tv_nsec / 1'000'000;
+    return 0;
+  }
+  return static_cast<int>(syscall(SYS_nanosleep, wanted, left));
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+// A started add-on with a client, a company's file and a log of its own: what most tests begin with.
+
+#include "tests/support/embedded_client.h"
+#include "tests/support/recording_addon.h"
+#include "tests/support/recording_logger.h"
+#include "tests/support/temp_folder.h"
+
+#include <filesystem>
+
+namespace qx::test {
+
+class RunningAddOn {
+ public:
+  RunningAddOn() {
+    result = addOn.Connect(1);
+    record.take();
+  }
+
+  TempFolder folder;
+  std::filesystem::path file = folder.path() / "company.db";
+  RecordingLogger log;
+  EmbeddedClient desk{file};
+  Record record;
+  RecordingAddOn addOn{desk.connection(), record};
+  long result = -1;
+};
+
+}  // namespace qx::test
