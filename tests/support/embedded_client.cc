@@ -2,8 +2,11 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/automation/com_error.h"
+#include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/gui_api.h"
+
+#include <utility>
 
 namespace qx::test {
 namespace {
@@ -12,6 +15,18 @@ long nextAppId() {
   static long last = 0;
   return ++last;
 }
+
+class Answerer final : public ComObject<desk::IBoxAnswerer> {
+ public:
+  explicit Answerer(std::function<long(const std::string&)> answer) : answer_(std::move(answer)) {}
+  HRESULT AnswerBox(BSTR text, long, long* button) override {
+    *button = answer_(toUtf8(viewOfBstr(text)));
+    return S_OK;
+  }
+
+ private:
+  std::function<long(const std::string&)> answer_;
+};
 
 CComBSTR wide(const std::string& text) { return CComBSTR(toUtf16(text)); }
 
@@ -117,6 +132,10 @@ void EmbeddedClient::shutDown() { raiseIfFailed(user()->Shutdown()); }
 void EmbeddedClient::terminate() { raiseIfFailed(user()->ServerTermination()); }
 
 void EmbeddedClient::queueAnswer(long button) { raiseIfFailed(user()->QueueAnswer(button)); }
+
+void EmbeddedClient::answerBoxes(std::function<long(const std::string&)> answer) {
+  raiseIfFailed(user()->SetBoxAnswerer(makeObject<Answerer>(std::move(answer))));
+}
 
 std::string EmbeddedClient::menus() { return printed(&desk::IDeskUser::PrintMenus); }
 std::string EmbeddedClient::boxes() { return printed(&desk::IDeskUser::PrintBoxes); }

@@ -9,6 +9,7 @@
 #include "qxframework/host/application.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace qx::test {
@@ -49,6 +50,8 @@ class EmbeddedClient {
   void shutDown();
   void terminate();
   void queueAnswer(long button);
+  /// Asked for the button of each box for which no answer waits.
+  void answerBoxes(std::function<long(const std::string& text)> answer);
 
   std::string menus();
   std::string boxes();

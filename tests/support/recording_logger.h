@@ -6,6 +6,7 @@
 #include "qxframework/logging/qx_logger.h"
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,7 @@ class RecordingLogger {
   }
 
   std::deque<LogRecord> records;
+  std::function<void(const LogRecord&)> onRecord;  // called behind each record, if set
   int instances = 0;
   bool refuse = false;        // no instance can be made
   bool throwOnWrite = false;  // WriteLog throws
@@ -78,6 +80,7 @@ class RecordingLogger {
       owner_.records.push_back({appId, std::u16string(viewOfBstr(module)), level,
                                 std::u16string(viewOfBstr(function)),
                                 std::u16string(viewOfBstr(message))});
+      if (owner_.onRecord) owner_.onRecord(owner_.records.back());
       return owner_.writeResult;
     }
     HRESULT ReadSettings(long*, long*, long*, BSTR*) override { return E_NOTIMPL; }
