@@ -1,6 +1,9 @@
 #include "tests/support/machine.h"
 
+#include "qxframework/automation/class_object.h"
+
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -9,12 +12,16 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <stdexcept>
+#include <utility>
 
 namespace qx::test {
 namespace {
 
 std::atomic<bool> g_skipsPauses{false};
 std::atomic<std::int64_t> g_skippedMilliseconds{0};
+
+std::function<void()> g_inPause;
 
 std::filesystem::path& folderOfMachine() {
   static std::filesystem::path folder;
@@ -66,12 +73,37 @@ ScopedVariable::~ScopedVariable() {
   }
 }
 
-SkippedPauses::SkippedPauses() {
+RegistryInUse::RegistryInUse(const std::filesystem::path& file) {
+  variable_.emplace("QX_REGISTRY", file.string());
+  resetActivation();
+}
+
+RegistryInUse::~RegistryInUse() {
+  variable_.reset();
+  resetActivation();
+}
+
+void obeyFilePermissions() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct data[2] = {};
+  if (syscall(SYS_capget, &header, data) != 0) throw std::runtime_error("capget");
+  const std::uint32_t past = (1U << CAP_DAC_OVERRIDE) | (1U << CAP_DAC_READ_SEARCH);
+  data[0].effective &= ~past;
+  data[0].permitted &= ~past;
+  data[0].inheritable &= ~past;
+  if (syscall(SYS_capset, &header, data) != 0) throw std::runtime_error("capset");
+}
+
+SkippedPauses::SkippedPauses(std::function<void()> inPause) {
+  g_inPause = std::move(inPause);
   g_skippedMilliseconds = 0;
   g_skipsPauses = true;
 }
 
-SkippedPauses::~SkippedPauses() { g_skipsPauses = false; }
+SkippedPauses::~SkippedPauses() {
+  g_skipsPauses = false;
+  g_inPause = nullptr;
+}
 
 std::int64_t SkippedPauses::milliseconds() { return g_skippedMilliseconds; }
 
@@ -81,6 +113,7 @@ std::int64_t SkippedPauses::milliseconds() { return g_skippedMilliseconds; }
 extern "C" [[gnu::visibility("default")]] int nanosleep(const timespec* wanted, timespec* left) {
   if (qx::test::g_skipsPauses) {
     qx::test::g_skippedMilliseconds += wanted->tv_sec * 1000 + wanted->tv_nsec / 1'000'000;
+    if (qx::test::g_inPause) qx::test::g_inPause();
     return 0;
   }
   return static_cast<int>(syscall(SYS_nanosleep, wanted, left));

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace qx::test {
@@ -32,10 +34,26 @@ class ScopedVariable {
   bool wasSet_;
 };
 
+/// The registry that this process uses while it lives.
+class RegistryInUse {
+ public:
+  explicit RegistryInUse(const std::filesystem::path& file);
+  ~RegistryInUse();
+  RegistryInUse(const RegistryInUse&) = delete;
+  RegistryInUse& operator=(const RegistryInUse&) = delete;
+
+ private:
+  std::optional<ScopedVariable> variable_;
+};
+
+/// From here on the permissions of files hold for this process, also when it is the superuser's.
+void obeyFilePermissions();
+
 /// While it lives nobody in this process waits: a pause ends at once.
 class SkippedPauses {
  public:
-  SkippedPauses();
+  /// `inPause` is what the rest of the world does in each pause.
+  explicit SkippedPauses(std::function<void()> inPause = {});
   ~SkippedPauses();
   SkippedPauses(const SkippedPauses&) = delete;
   SkippedPauses& operator=(const SkippedPauses&) = delete;

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs a build into a folder of its own, builds the add-on beside this script against it as a
+# stranger would, and runs that with the installed host.
+#
+#   install_test.sh BUILD_FOLDER CMAKE COMPILER FLAGS
+set -euo pipefail
+build=$1 cmake=$2 compiler=$3 flags=$4
+addon=$(cd "$(dirname "$0")" && pwd)/addon
+
+place=$(mktemp -d)
+trap 'rm -rf "$place"' EXIT
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+"$cmake" --install "$build" --prefix "$place/prefix" >"$place/install.log" ||
+  { cat "$place/install.log"; fail "the installation"; }
+
+# The tree must not be needed: what the add-on finds, it finds below the prefix.
+cp -r "$addon" "$place/addon"
+"$cmake" -S "$place/addon" -B "$place/build" -DCMAKE_PREFIX_PATH="$place/prefix" \
+  -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >"$place/configure.log" ||
+  { cat "$place/configure.log"; fail "find_package"; }
+"$cmake" --build "$place/build" >"$place/build.log" ||
+  { cat "$place/build.log"; fail "the build of the add-on"; }
+
+export QX_REGISTRY="$place/prefix/share/qxframework/registry.toml"
+export QX_RUNTIME_DIR="$place/run" QX_LOG_DIR="$place/log" QX_LOG_SETTINGS="$place/log.toml"
+said=$("$place/build/outside" "embedded:?db=$place/company.db") || fail "the add-on, saying: $said"
+[ "$said" = "Hello from outside, tables 0, version 2.05.00.00.00" ] || fail "it said: $said"
+echo "$said"
