@@ -113,8 +113,8 @@ const BadFile kBadFiles[] = {
      [](const TempFolder& folder) {
        const auto closed = folder.path() / "closed";
        std::filesystem::create_directory(closed);
-       std::filesystem::permissions(closed, std::filesystem::perms::owner_read |
-                                                std::filesystem::perms::owner_exec);
+       std::filesystem::permissions(
+           closed, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
        qx::test::obeyFilePermissions();
        return closed / "company.db";
      },
@@ -130,8 +130,8 @@ TEST_P(CompanyFile, IsToldToTheUserAndTheAddOnDoesNotStart) {
   Record record;
   RecordingAddOn addOn(desk.connection(), record);
   EXPECT_EQ(addOn.Connect(1), QX_E_CONNECTION);
-  EXPECT_EQ(desk.boxes(), "\"" + replaced(GetParam().text, file.string()) + "\" [OK] -> 1\n" +
-                              kNotStarted);
+  EXPECT_EQ(desk.boxes(),
+            "\"" + replaced(GetParam().text, file.string()) + "\" [OK] -> 1\n" + kNotStarted);
   EXPECT_THAT(record.lines, IsEmpty());
   EXPECT_EQ(desk.sinks(), 0);
 }
@@ -386,7 +386,8 @@ TEST_P(ConnectionText, IsRefusedAndExplainedToTheDeveloper) {
   const Attempt attempt(GetParam().connection);
   EXPECT_EQ(attempt.result, -7200);
   EXPECT_FALSE(attempt.hasSink);
-  EXPECT_THAT(attempt.boxes, ElementsAre("Connection to UI-API Error: Connection string not valid"));
+  EXPECT_THAT(attempt.boxes,
+              ElementsAre("Connection to UI-API Error: Connection string not valid"));
   EXPECT_EQ(attempt.trace, "connection string, character " + GetParam().told + "\n");
   EXPECT_THAT(attempt.lines, IsEmpty());
 }

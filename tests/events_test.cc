@@ -72,9 +72,8 @@ TEST_F(Events, TheFormIsDeletedWhenTheClientHasUnloadedIt) {
 TEST_F(Events, AMenuEventReachesTheSelectedFormAndThenTheAddOn) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.pickMenu("1282"));
-  EXPECT_THAT(record.take(),
-              ElementsAre("Form.OnMenuEvent 1282 before", "OnMenuEvent 1282 before",
-                          "Form.OnMenuEvent 1282 after", "OnMenuEvent 1282 after"));
+  EXPECT_THAT(record.take(), ElementsAre("Form.OnMenuEvent 1282 before", "OnMenuEvent 1282 before",
+                                         "Form.OnMenuEvent 1282 after", "OnMenuEvent 1282 after"));
 }
 
 TEST_F(Events, AMenuEventThatTheFormVetoesDoesNotReachTheAddOn) {
@@ -128,8 +127,8 @@ TEST_F(Events, ARightClickReachesTheSelectedFormAndThenTheAddOn) {
 TEST_F(Events, FormDataReachTheFormAndNotTheAddOn) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.formData(form, "17", "KEY"));
-  EXPECT_THAT(record.take(),
-              ElementsAre("Form.OnFormDataEvent 17 KEY before", "Form.OnFormDataEvent 17 KEY after"));
+  EXPECT_THAT(record.take(), ElementsAre("Form.OnFormDataEvent 17 KEY before",
+                                         "Form.OnFormDataEvent 17 KEY after"));
   record.hooks["Form.OnFormDataEvent"] = veto;
   EXPECT_FALSE(desk.formData(form, "17", "KEY"));
 }

@@ -44,9 +44,9 @@ std::string command() {
 
 void reportRecord(const qx::test::LogRecord& record, const std::string& halt) {
   static constexpr std::u16string_view kReported[] = {
-      u"Entering critical section....", u"Leaving critical section....",
-      u"Removing common menu of Add-Ons", u"Db is OK.\n", u"Uncompleted update detected.\n",
-      u"Add-on stopped."};
+      u"Entering critical section....",   u"Leaving critical section....",
+      u"Removing common menu of Add-Ons", u"Db is OK.\n",
+      u"Uncompleted update detected.\n",  u"Add-on stopped."};
   for (const std::u16string_view text : kReported) {
     if (record.message == text) report("log " + qx::toUtf8(text.substr(0, text.find(u'\n'))));
   }

@@ -63,8 +63,9 @@ class Processes : public testing::Test {
     qx::test::SqliteFile(file).execute("UPDATE \"@QXEXTDBVERSION\" SET U_Status = 'Upgrading'");
   }
   std::vector<std::string> versions() const {
-    return rowsOf(file, "SELECT U_ExtID, U_Version, U_EFNum, U_Status FROM \"@QXEXTDBVERSION\" "
-                        "ORDER BY Code");
+    return rowsOf(file,
+                  "SELECT U_ExtID, U_Version, U_EFNum, U_Status FROM \"@QXEXTDBVERSION\" "
+                  "ORDER BY Code");
   }
 
   qx::test::TempFolder folder;
@@ -176,7 +177,8 @@ TEST_F(Processes, OneKilledWhileTheFrameworksTablesAreCreatedIsMadeGoodByTheNext
   EXPECT_EQ(victim->line(), kEnter);
   EXPECT_EQ(victim->line(), "halted Field 'Version' in table");
   victim->kill();
-  EXPECT_THAT(rowsOf(file, "SELECT AliasID FROM CUFD ORDER BY FieldID"), ElementsAre("ExtID", "Version"));
+  EXPECT_THAT(rowsOf(file, "SELECT AliasID FROM CUFD ORDER BY FieldID"),
+              ElementsAre("ExtID", "Version"));
   const auto next = startLoading();
   finishStart(*next);
   EXPECT_THAT(rowsOf(file, "SELECT AliasID FROM CUFD ORDER BY FieldID"),
@@ -192,8 +194,7 @@ TEST_F(Processes, OneKilledWhileItCreatesItsOwnTablesFindsTheUpgradeIncompleteAn
   EXPECT_EQ(ask(*victim, "tables"), "tables 1");
   EXPECT_EQ(ask(*victim, "go"), "halted Field 'Kind' in table");
   victim->kill();
-  EXPECT_THAT(versions(),
-              ElementsAre("|9.20.00.01|00|Installed", "PROBE|3.01.00.00|07|Upgrading"));
+  EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed", "PROBE|3.01.00.00|07|Upgrading"));
 
   const auto next = startLoading();
   EXPECT_EQ(ask(*next, "tables"), kIncomplete);
@@ -202,8 +203,7 @@ TEST_F(Processes, OneKilledWhileItCreatesItsOwnTablesFindsTheUpgradeIncompleteAn
   EXPECT_EQ(next->line(), "connected 0");
   next->send("leave");
   EXPECT_EQ(next->wait(), 0);
-  EXPECT_THAT(versions(),
-              ElementsAre("|9.20.00.01|00|Installed", "PROBE|3.01.00.00|07|Installed"));
+  EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed", "PROBE|3.01.00.00|07|Installed"));
   EXPECT_THAT(rowsOf(file, "SELECT Code, U_Kind, U_Rate FROM \"@SYSTDATA\""),
               ElementsAre("00000000|A|1.5", "00000001|B|2"));
 

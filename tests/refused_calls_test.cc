@@ -1,5 +1,5 @@
-// A host that refuses one call of a start, each in turn: the start comes to an end, nothing is thrown
-// and the next start in the same process finds its way.
+// A host that refuses one call of a start, each in turn: the start comes to an end, nothing is
+// thrown and the next start in the same process finds its way.
 
 #include "qxdesk/session/call_gate.h"
 #include "qxframework/automation/class_object.h"

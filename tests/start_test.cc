@@ -14,12 +14,12 @@
 
 namespace {
 
+using qx::test::dumpOf;
 using qx::test::EmbeddedClient;
 using qx::test::Engine;
 using qx::test::Record;
 using qx::test::RecordingAddOn;
 using qx::test::RecordingLogger;
-using qx::test::dumpOf;
 using qx::test::rowsOf;
 using testing::ElementsAre;
 
@@ -93,13 +93,14 @@ TEST_P(Start, UpgradesTheTablesOfAnOlderRelease) {
   Record record;
   EmbeddedClient first = client();
   { EXPECT_EQ(RecordingAddOn(first.connection(), record).Connect(1), 0); }
-  qx::test::SqliteFile(file).execute(
-      "UPDATE \"" + table() + "\" SET U_Version = '9.10.00.00', U_EFNum = NULL");
+  qx::test::SqliteFile(file).execute("UPDATE \"" + table() +
+                                     "\" SET U_Version = '9.10.00.00', U_EFNum = NULL");
   RecordingLogger log;
   EmbeddedClient second = client();
   { EXPECT_EQ(RecordingAddOn(second.connection(), record).Connect(1), 0); }
-  EXPECT_TRUE(log.has(u"Db tables are for version 9.10.00.00.00. Add-on version is 9.20.00.01.00. "
-                      u"Db is OK.\n"));
+  EXPECT_TRUE(
+      log.has(u"Db tables are for version 9.10.00.00.00. Add-on version is 9.20.00.01.00. "
+              u"Db is OK.\n"));
   EXPECT_THAT(versions(), ElementsAre("00000000|00000000||9.10.00.00|NULL|Installed",
                                       "00000001|00000001||9.20.00.01|00|Installed"));
 }

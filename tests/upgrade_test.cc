@@ -1,5 +1,5 @@
-// An upgrade of the framework's tables that did not complete: the user is asked twice, and the add-on
-// starts either way.
+// An upgrade of the framework's tables that did not complete: the user is asked twice, and the
+// add-on starts either way.
 
 #include "qxframework/automation/text.h"
 #include "tests/support/embedded_client.h"

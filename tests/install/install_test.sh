@@ -2,9 +2,9 @@
 # Installs a build into a folder of its own, builds the add-on beside this script against it as a
 # stranger would, and runs that with the installed host.
 #
-#   install_test.sh BUILD_FOLDER CMAKE COMPILER FLAGS
+#   install_test.sh BUILD_FOLDER CMAKE GENERATOR COMPILER FLAGS
 set -euo pipefail
-build=$1 cmake=$2 compiler=$3 flags=$4
+build=$1 cmake=$2 generator=$3 compiler=$4 flags=$5
 addon=$(cd "$(dirname "$0")" && pwd)/addon
 
 place=$(mktemp -d)
@@ -16,7 +16,7 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 
 # The tree must not be needed: what the add-on finds, it finds below the prefix.
 cp -r "$addon" "$place/addon"
-"$cmake" -S "$place/addon" -B "$place/build" -DCMAKE_PREFIX_PATH="$place/prefix" \
+"$cmake" -S "$place/addon" -B "$place/build" -G "$generator" -DCMAKE_PREFIX_PATH="$place/prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >"$place/configure.log" ||
   { cat "$place/configure.log"; fail "find_package"; }
 "$cmake" --build "$place/build" >"$place/build.log" ||

@@ -49,8 +49,7 @@ class RecordingForm : public CQXAddOnForm {
   DECLARE_XML_FORM_EX(u"REC", -1, u"REC")
 
  public:
-  RecordingForm(const CQXAddOn* addOn, Record& record)
-      : CQXAddOnForm(addOn, -1), record_(record) {}
+  RecordingForm(const CQXAddOn* addOn, Record& record) : CQXAddOnForm(addOn, -1), record_(record) {}
   ~RecordingForm() override { record_.lines.emplace_back("~Form"); }
 
   long OnItemEvent(CComPtr<IItemEvent> event, short* bubble) override {
@@ -98,8 +97,7 @@ class RecordingHandler : public CQXIDispatch {
   }
   long OnFormLoad(IItemEvent* event, short* bubble) override {
     const CComBSTR uid = event->GetFormUID();
-    const long result =
-        record_.run("OnFormLoad", toUtf8(event->GetFormTypeEx().View()), bubble);
+    const long result = record_.run("OnFormLoad", toUtf8(event->GetFormTypeEx().View()), bubble);
     if (result < 0) return result;
     auto* form = new RecordingForm(addOn_, record_);  // passes to the event sink
     form->InitForm(record_.application, record_.application->GetForms()->GetFormByUID(uid));

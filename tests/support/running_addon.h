@@ -1,6 +1,7 @@
 #pragma once
 
-// A started add-on with a client, a company's file and a log of its own: what most tests begin with.
+// A started add-on with a client, a company's file and a log of its own: what most tests begin
+// with.
 
 #include "tests/support/embedded_client.h"
 #include "tests/support/recording_addon.h"

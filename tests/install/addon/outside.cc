@@ -5,6 +5,7 @@
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/host/application.h"
+#include "qxframework/host/company.h"
 #include "qxframework/resources/resource_loader.h"
 #include "qxframework/runtime/addon.h"
 #include "qxframework/runtime/qx_idispatch.h"
