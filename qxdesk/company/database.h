@@ -74,8 +74,11 @@ class Database {
   /// The type that the columns of a translator's probe have in common.
   virtual sql::ColumnType probe(std::string_view sql) = 0;
   virtual const sql::Catalog& catalog() = 0;
+  /// Takes note of what other processes changed in the tables; before the catalog is asked.
+  virtual void noticeChanges() = 0;
   /// False also after the engine rolled back by itself.
   virtual bool inTransaction() const = 0;
+  virtual bool isReadOnly() const = 0;
   /// The file was moved or deleted, so that what is written is lost.
   virtual bool isGone() const = 0;
 

@@ -61,7 +61,10 @@ class SqliteDatabase final : public Database {
     return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
   }
   const sql::Catalog& catalog() override { return catalog_; }
+  // Any statement that runs makes the engine compare its view of the tables with the file.
+  void noticeChanges() override { execute("SELECT 1 FROM sqlite_master LIMIT 1"); }
   bool inTransaction() const override { return sqlite3_get_autocommit(db_.get()) == 0; }
+  bool isReadOnly() const override { return sqlite3_db_readonly(db_.get(), "main") == 1; }
   bool isGone() const override {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
