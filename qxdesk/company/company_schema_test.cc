@@ -289,7 +289,7 @@ TEST_F(OpenTest, AFolderWithoutPermissionIsTold) {
 
 TEST_F(OpenTest, AFailureWhileACompanyIsMadeLeavesAFileThatCanBeTriedAgain) {
   for (int refuse = 1; refuse < 60; refuse += 3) {
-    const LoginTarget place = target("c" + std::to_string(refuse) + ".db");
+    const LoginTarget place = target(std::to_string(refuse) + ".db");
     FaultPlan plan{0, refuse, Fault::Full};
     const CComPtr<ICompany> company = companyFor(place, testEnvironment(), failingOpen(&plan));
     if (company->Connect() == 0) {

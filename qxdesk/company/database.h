@@ -51,6 +51,8 @@ class Statement {
   virtual void bind(int parameter, std::string_view value) = 0;
   /// True when a row stands ready. Raises DatabaseError.
   virtual bool step() = 0;
+  /// Back to the start, with the values that were bound.
+  virtual void reset() = 0;
 
   virtual int columnCount() const = 0;
   virtual std::string columnName(int column) const = 0;

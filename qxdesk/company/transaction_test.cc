@@ -138,6 +138,7 @@ class LosingDatabase final : public Database {
     void bind(int, double) override {}
     void bind(int, std::string_view) override {}
     bool step() override { return false; }
+    void reset() override {}
     int columnCount() const override { return 0; }
     std::string columnName(int) const override { return {}; }
     sql::ColumnType declaredType(int) const override { return sql::ColumnType::Unknown; }
