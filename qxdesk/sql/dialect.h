@@ -25,6 +25,7 @@ struct DialectTraits {
   bool selectWithoutFrom;    // SELECT 1
   bool plusJoinsText;        // 'a' + 'b'; without it, text is joined by ||
   bool likeSets;             // [a-z] and [^a-z] in LIKE patterns
+  bool wholeAverage;         // AVG of whole numbers is one
   bool nullsHigh;            // NULL sorts above every value
   bool currentWords;         // CURRENT TIMESTAMP, CURRENT DATE
   bool currentUnderscore;    // CURRENT_TIMESTAMP, CURRENT_DATE
@@ -41,6 +42,7 @@ enum class Function {
   Min,
   Sum,
   Avg,
+  AvgWhole,  // of whole numbers, cut to one; the resolver tells it from Avg
   Coalesce,
   Now,
   Today,

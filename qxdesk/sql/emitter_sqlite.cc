@@ -23,12 +23,29 @@ std::string_view joinText(JoinKind kind) {
   }
 }
 
+// Symbols that are open in SQLite's parser before each part of a statement.
+constexpr int kStatementSymbols = 3;
+constexpr int kWithSymbols = 8;
+constexpr int kUnionSymbols = 2;
+constexpr int kItemSymbols = 4;
+constexpr int kSourceSymbols = 5;
+constexpr int kOnSymbols = 10;
+constexpr int kWhereSymbols = 7;
+constexpr int kGroupSymbols = 9;
+constexpr int kHavingSymbols = 7;
+constexpr int kOrderSymbols = 11;
+constexpr int kLimitSymbols = 9;
+constexpr int kWindowSymbols = 14;
+constexpr int kValuesSymbols = 9;
+constexpr int kSetSymbols = 11;
+
 // Writes SELECTs and what surrounds them; expressions are written by its base.
 class Emitter : public SqliteExpressionEmitter {
  public:
   using SqliteExpressionEmitter::SqliteExpressionEmitter;
 
   void statement(const Statement& statement, std::optional<std::int64_t> rowLimit) {
+    const Open open(*this, kStatementSymbols);
     switch (statement.kind) {
       case StatementKind::Select:
         outerSelect(*statement.select, rowLimit);
@@ -75,7 +92,7 @@ class Emitter : public SqliteExpressionEmitter {
     for (std::size_t i = 0; i < statement.rows.size(); ++i) {
       separate(i);
       out_ += '(';
-      list(statement.rows[i], 0);
+      list(statement.rows[i], 0, kValuesSymbols);
       out_ += ')';
     }
   }
@@ -88,13 +105,14 @@ class Emitter : public SqliteExpressionEmitter {
       separate(i);
       name(statement.columns[i].name);
       out_ += " = ";
-      expression(*statement.columns[i].value);
+      nested(kSetSymbols, *statement.columns[i].value, 0);
     }
     changedRows(statement, rowLimit);
   }
 
   // The WHERE of an UPDATE or DELETE, which cannot be limited but by naming the rows.
   void changedRows(const Statement& statement, std::optional<std::int64_t> rowLimit) {
+    const Open open(*this, rowLimit ? kWhereSymbols : 0);
     if (rowLimit) {
       out_ += " WHERE rowid IN (SELECT rowid FROM ";
       name(statement.table);
@@ -116,6 +134,7 @@ class Emitter : public SqliteExpressionEmitter {
       separate(i);
       name(select.with[i].name);
       out_ += " AS (";
+      const Open open(*this, kWithSymbols);
       selectBody(*select.with[i].select, std::nullopt);
       out_ += ')';
     }
@@ -128,6 +147,7 @@ class Emitter : public SqliteExpressionEmitter {
       const SelectCore& part = select.cores[i];
       if (i > 0) out_ += part.unionAll ? " UNION ALL " : " UNION ";
       const bool limited = !single && part.limit;
+      const Open open(*this, (i > 0 ? kUnionSymbols : 0) + (limited ? kSourceSymbols + 1 : 0));
       if (limited) out_ += "SELECT * FROM (";
       core(select, part);
       if (limited) out_ += " LIMIT " + std::to_string(*part.limit) + ")";
@@ -158,7 +178,7 @@ class Emitter : public SqliteExpressionEmitter {
       out_ += '*';
       return;
     }
-    expression(*item.value);
+    nested(kItemSymbols, *item.value, 0);
     if (item.alias) {
       out_ += " AS ";
       name(*item.alias);
@@ -177,6 +197,7 @@ class Emitter : public SqliteExpressionEmitter {
       const Source& source = core.from[i];
       out_ += i == 0 ? " FROM " : joinText(source.join);
       if (source.derived) {
+        const Open open(*this, kSourceSymbols + 1);
         out_ += '(';
         selectBody(*source.derived, std::nullopt);
         out_ += ')';
@@ -189,7 +210,7 @@ class Emitter : public SqliteExpressionEmitter {
       }
       if (source.on) {
         out_ += " ON ";
-        expression(*source.on);
+        nested(kOnSymbols, *source.on, 0);
       }
     }
   }
@@ -197,18 +218,18 @@ class Emitter : public SqliteExpressionEmitter {
   void where(const ExprPtr& condition) {
     if (!condition) return;
     out_ += " WHERE ";
-    expression(*condition);
+    nested(kWhereSymbols, *condition, 0);
   }
 
   void conditions(const SelectCore& core) {
     where(core.where);
     if (!core.groupBy.empty()) {
       out_ += " GROUP BY ";
-      list(core.groupBy, 0);
+      list(core.groupBy, 0, kGroupSymbols);
     }
     if (core.having) {
       out_ += " HAVING ";
-      expression(*core.having);
+      nested(kHavingSymbols, *core.having, 0);
     }
   }
 
@@ -222,7 +243,7 @@ class Emitter : public SqliteExpressionEmitter {
   }
 
   void orderKey(const Expr& key, bool descending) {
-    expression(key);
+    nested(kOrderSymbols, key, 0);
     if (descending) out_ += " DESC";
     if (traits_.nullsHigh) out_ += descending ? " NULLS FIRST" : " NULLS LAST";
   }
@@ -246,16 +267,22 @@ class Emitter : public SqliteExpressionEmitter {
   // How many rows TOP n WITH TIES yields: those of rank n or better.
   void countWithTies(const Select& select, std::int64_t count) {
     const SelectCore& core = select.cores.front();
+    const Open open(*this, kLimitSymbols + kSourceSymbols + 5);
     out_ += "(SELECT count(*) FROM (SELECT rank() OVER (ORDER BY ";
+    orderOfRanks(select, core);
+    out_ += ") AS \"rank\"";
+    from(core);
+    conditions(core);
+    out_ += ") WHERE \"rank\" <= " + std::to_string(count) + ")";
+  }
+
+  void orderOfRanks(const Select& select, const SelectCore& core) {
+    const Open open(*this, kWindowSymbols - kOrderSymbols + kItemSymbols);
     for (std::size_t i = 0; i < select.orderBy.size(); ++i) {
       separate(i);
       const OrderKey& key = select.orderBy[i];
       orderKey(aliased(core, *key.value), key.descending);
     }
-    out_ += ") AS \"rank\"";
-    from(core);
-    conditions(core);
-    out_ += ") WHERE \"rank\" <= " + std::to_string(count) + ")";
   }
 
   // An order key may be an alias of the list or a position in it; a window knows neither.

@@ -1,5 +1,7 @@
 #include "qxdesk/sql/emitter_sqlite_expression.h"
 
+#include <algorithm>
+
 namespace qx::sql {
 namespace {
 
@@ -18,6 +20,11 @@ enum Strength {
 
 // Longer chains of AND or OR are written as a balanced tree, since SQLite limits the depth.
 constexpr std::size_t kMaxFlatChain = 100;
+
+constexpr int kMaxOpen = 92;
+// Open symbols before an argument of a function: its name, "(", DISTINCT, the arguments before,
+// ",".
+constexpr int kCallSymbols = 5;
 
 bool hasSets(std::string_view pattern) { return pattern.find('[') != std::string_view::npos; }
 
@@ -123,7 +130,19 @@ void SqliteExpressionEmitter::separate(std::size_t index) {
   if (index > 0) out_ += ", ";
 }
 
-void SqliteExpressionEmitter::list(const std::vector<ExprPtr>& values, std::size_t first) {
+SqliteExpressionEmitter::Open::Open(SqliteExpressionEmitter& emitter, int symbols)
+    : emitter_(emitter), symbols_(symbols) {
+  emitter.open_ += symbols;
+  if (emitter.open_ > kMaxOpen) {
+    throw SqlError("the statement is nested too deeply; simplify its brackets or subqueries",
+                   emitter.at_);
+  }
+}
+
+// `symbols` are open before each of the values.
+void SqliteExpressionEmitter::list(const std::vector<ExprPtr>& values, std::size_t first,
+                                   int symbols) {
+  const Open open(*this, symbols);
   for (std::size_t i = first; i < values.size(); ++i) {
     separate(i - first);
     expression(*values[i]);
@@ -132,12 +151,20 @@ void SqliteExpressionEmitter::list(const std::vector<ExprPtr>& values, std::size
 
 void SqliteExpressionEmitter::operand(const Expr& expr, int strength) {
   const bool brackets = strengthOf(expr) < strength;
+  const Open open(*this, brackets ? 1 : 0);
   if (brackets) out_ += '(';
   expression(expr);
   if (brackets) out_ += ')';
 }
 
+// An operand with so many symbols of its expression open before it.
+void SqliteExpressionEmitter::nested(int symbols, const Expr& expr, int strength) {
+  const Open open(*this, symbols);
+  operand(expr, strength);
+}
+
 void SqliteExpressionEmitter::expression(const Expr& expr) {
+  at_ = expr.at;
   switch (expr.kind) {
     case ExprKind::Number:
       out_ += expr.text;
@@ -154,7 +181,7 @@ void SqliteExpressionEmitter::expression(const Expr& expr) {
       break;
     case ExprKind::Negate:
       out_ += '-';
-      operand(*expr.args[0], kPrimary);
+      nested(1, *expr.args[0], kPrimary);
       break;
     case ExprKind::Plus:
     case ExprKind::Arithmetic:
@@ -172,6 +199,13 @@ void SqliteExpressionEmitter::expression(const Expr& expr) {
     case ExprKind::Subquery:
       subselect(*expr.select);
       break;
+    default:
+      condition(expr);
+  }
+}
+
+void SqliteExpressionEmitter::condition(const Expr& expr) {
+  switch (expr.kind) {
     case ExprKind::Compare:
       binary(expr, expr.text, kConcat, kConcat);
       break;
@@ -181,7 +215,7 @@ void SqliteExpressionEmitter::expression(const Expr& expr) {
       break;
     case ExprKind::Not:
       out_ += "NOT ";
-      operand(*expr.args[0], kPredicate);
+      nested(1, *expr.args[0], kPredicate);
       break;
     case ExprKind::Like:
       like(expr);
@@ -192,18 +226,17 @@ void SqliteExpressionEmitter::expression(const Expr& expr) {
     case ExprKind::Between:
       operand(*expr.args[0], kConcat);
       out_ += expr.negated ? " NOT BETWEEN " : " BETWEEN ";
-      operand(*expr.args[1], kConcat);
+      nested(2, *expr.args[1], kConcat);
       out_ += " AND ";
-      operand(*expr.args[2], kConcat);
+      nested(4, *expr.args[2], kConcat);
       break;
     case ExprKind::IsNull:
       operand(*expr.args[0], kConcat);
       out_ += expr.negated ? " IS NOT NULL" : " IS NULL";
       break;
-    case ExprKind::Exists:
+    default:
       out_ += "EXISTS ";
       subselect(*expr.select);
-      break;
   }
 }
 
@@ -220,7 +253,7 @@ void SqliteExpressionEmitter::binary(const Expr& expr, std::string_view op, int 
   out_ += ' ';
   out_ += op;
   out_ += ' ';
-  operand(*expr.args[1], right);
+  nested(2, *expr.args[1], right);
 }
 
 void SqliteExpressionEmitter::chain(const Expr& expr, std::size_t from, std::size_t to) {
@@ -228,6 +261,7 @@ void SqliteExpressionEmitter::chain(const Expr& expr, std::size_t from, std::siz
   const std::string_view word = conjunction ? " AND " : " OR ";
   if (to - from > kMaxFlatChain) {
     const std::size_t middle = from + (to - from) / 2;
+    const Open open(*this, 3);
     out_ += '(';
     chain(expr, from, middle);
     out_ += ')';
@@ -239,7 +273,7 @@ void SqliteExpressionEmitter::chain(const Expr& expr, std::size_t from, std::siz
   }
   for (std::size_t i = from; i < to; ++i) {
     if (i > from) out_ += word;
-    operand(*expr.args[i], conjunction ? kNot : kAnd);
+    nested(i > from ? 2 : 0, *expr.args[i], conjunction ? kNot : kAnd);
   }
 }
 
@@ -250,12 +284,13 @@ void SqliteExpressionEmitter::like(const Expr& expr) {
   const bool escape = expr.args.size() > 2;
   const bool sets = traits_.likeSets && (pattern.kind != ExprKind::Text || hasSets(pattern.text));
   if (sets) {
+    const Open open(*this, 1);
     plainCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
     return;
   }
   operand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT LIKE " : " LIKE ";
-  operand(pattern, kPrimary);
+  nested(2, pattern, kPrimary);
   if (!escape) return;
   out_ += " ESCAPE ";
   expression(*expr.args[2]);
@@ -265,11 +300,12 @@ void SqliteExpressionEmitter::in(const Expr& expr) {
   operand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT IN " : " IN ";
   if (expr.select) {
+    const Open open(*this, 2);
     subselect(*expr.select);
     return;
   }
   out_ += '(';
-  list(expr.args, 1);
+  list(expr.args, 1, 5);
   out_ += ')';
 }
 
@@ -278,23 +314,24 @@ void SqliteExpressionEmitter::caseOf(const Expr& expr) {
   std::size_t next = 0;
   if (expr.hasOperand) {
     out_ += ' ';
-    expression(*expr.args[next++]);
+    nested(1, *expr.args[next++], 0);
   }
   const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
   for (; next < end; next += 2) {
     out_ += " WHEN ";
-    expression(*expr.args[next]);
+    nested(4, *expr.args[next], 0);
     out_ += " THEN ";
-    expression(*expr.args[next + 1]);
+    nested(6, *expr.args[next + 1], 0);
   }
   if (expr.hasElse) {
     out_ += " ELSE ";
-    expression(*expr.args.back());
+    nested(4, *expr.args.back(), 0);
   }
   out_ += " END";
 }
 
 void SqliteExpressionEmitter::subselect(const Select& select) {
+  const Open open(*this, 1);
   out_ += '(';
   selectBody(select, std::nullopt);
   out_ += ')';
@@ -305,12 +342,14 @@ void SqliteExpressionEmitter::subselect(const Select& select) {
 void SqliteExpressionEmitter::plainCall(std::string_view function, const Expr& expr) {
   out_ += function;
   out_ += '(';
-  list(expr.args, 0);
+  list(expr.args, 0, kCallSymbols);
   out_ += ')';
 }
 
 void SqliteExpressionEmitter::wrapped(std::string_view before, const Expr& argument,
                                       std::string_view after) {
+  const auto brackets = static_cast<int>(std::count(before.begin(), before.end(), '('));
+  const Open open(*this, kCallSymbols * std::max(brackets, 1));
   out_ += before;
   expression(argument);
   out_ += after;
@@ -326,8 +365,7 @@ void SqliteExpressionEmitter::call(const Expr& expr) {
     case Function::AddTime:
       return addTime(expr);
     case Function::DaysBetween:
-      wrapped("CAST(julianday(date(", *expr.args[1], ")) - julianday(date(");
-      return wrapped("", *expr.args[0], ")) AS INTEGER)");
+      return daysBetween(expr);
     case Function::CompactDate:
       return wrapped("strftime('%Y%m%d', ", *expr.args[0], ")");
     case Function::IsoDate:
@@ -340,6 +378,8 @@ void SqliteExpressionEmitter::call(const Expr& expr) {
       return datePart(expr, "%d");
     case Function::Cast:
       return cast(expr);
+    case Function::AvgWhole:
+      return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
     case Function::LengthNoTail:
       return wrapped("length(rtrim(", *expr.args[0], "))");
     default:
@@ -355,6 +395,12 @@ void SqliteExpressionEmitter::count(const Expr& expr) {
   wrapped(expr.distinct ? "count(DISTINCT " : "count(", *expr.args[0], ")");
 }
 
+void SqliteExpressionEmitter::daysBetween(const Expr& expr) {
+  wrapped("CAST(julianday(date(", *expr.args[1], ")) - ");
+  const Open open(*this, 4);
+  wrapped("julianday(date(", *expr.args[0], ")) AS INTEGER)");
+}
+
 void SqliteExpressionEmitter::addTime(const Expr& expr) {
   wrapped("datetime(", *expr.args[0], ", ");
   const std::string amount = signedWhole(*expr.args[1]);
@@ -363,6 +409,7 @@ void SqliteExpressionEmitter::addTime(const Expr& expr) {
     out_ += "'" + amount + unit + "')";
     return;
   }
+  const Open open(*this, kCallSymbols);
   const bool weeks = expr.unit == TimeUnit::Week;
   wrapped(weeks ? "(CAST(" : "CAST(", *expr.args[1], weeks ? " AS INTEGER) * 7)" : " AS INTEGER)");
   out_ += " || '" + unit + "')";
@@ -384,6 +431,7 @@ void SqliteExpressionEmitter::cast(const Expr& expr) {
 }
 
 void SqliteExpressionEmitter::datePart(const Expr& expr, std::string_view format) {
+  const Open open(*this, kCallSymbols);
   out_ += "CAST(strftime('";
   out_ += format;
   wrapped("', ", *expr.args[0], ") AS INTEGER)");

@@ -26,6 +26,12 @@ void expectOutcomes(Dialect dialect, const std::vector<Outcome>& outcomes) {
   }
 }
 
+std::string literal(const std::string& text, bool national) {
+  std::string quoted = national ? "N'" : "'";
+  for (const char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
+  return quoted + "'";
+}
+
 const std::vector<Outcome> kBracketOutcomes = {
     // The version table: read, stamp, next code.
     {"select U_Version, U_Status from [@QXEXTDBVERSION] where U_ExtID = 'QX' order by Code desc",
@@ -216,6 +222,17 @@ TEST(ExecutionPlus, JoinsColumnsThatTheCatalogueKnowsAsTexts) {
   EXPECT_EQ(database.run("SELECT Code + Name, U_B + 1 FROM [@T] WHERE Code = '1'"), "1one|11");
 }
 
+TEST(ExecutionDivision, CutsWholeNumbersOnly) {
+  CompanyDatabase database(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT U_B / 4, U_B % 4, U_Price / 8, U_B / 8.0, AVG(U_B) FROM [@T] "
+                         "WHERE Code = '2' GROUP BY U_B, U_Price"),
+            "5|0|12.5|2.5|20");
+  EXPECT_EQ(database.run("SELECT AVG(U_B), AVG(U_Price) FROM [@T] WHERE Code IN ('1', '4')"),
+            "7|6.5");
+  CompanyDatabase kordb(Dialect::Kordb);
+  EXPECT_EQ(kordb.run("SELECT AVG(U_B) FROM \"@T\" WHERE Code IN ('1', '4')"), "7.5");
+}
+
 TEST(ExecutionRowCount, LimitsReadsAndChangesOfRows) {
   CompanyDatabase database(Dialect::Sybase);
   database.run("SET ROWCOUNT 2");
@@ -253,11 +270,42 @@ TEST(ExecutionTypes, OfExpressionsComeFromTheTextOrTheProbe) {
 TEST(ExecutionDepth, AndLongChainsStayWithinTheLimitsOfTheDatabase) {
   CompanyDatabase database(Dialect::Mssql);
   std::string chain = "SELECT COUNT(*) FROM [@T] WHERE Code = '0'";
-  for (int i = 0; i < 5000; ++i) chain += " OR Code = '" + std::to_string(i) + "'";
+  for (int i = 0; i < 5000; ++i) chain += " OR Code = " + literal(std::to_string(i), false);
   EXPECT_EQ(database.run(chain), "5");
   EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] WHERE " + std::string(50, '(') + "Code = '1'" +
                          std::string(50, ')')),
             "1");
+}
+
+// The deepest nesting that is accepted must not be too deep for the database.
+TEST(ExecutionDepth, OfEveryNestingFitsTheDatabase) {
+  struct Nesting {
+    std::string_view open, middle, close;
+  };
+  CompanyDatabase database(Dialect::Mssql);
+  for (const Nesting& nesting : std::vector<Nesting>{
+           {"(1 + ", "2", ")"},
+           {"ABS(", "2", ")"},
+           {"1 - (2 * ", "2", ")"},
+           {"-(1 + ", "2", ")"},
+           {"COALESCE(1, ABS(2 * ", "2", "))"},
+           {"CASE 1 WHEN 1 THEN 2 + ", "2", " ELSE 3 END"},
+           {"CASE WHEN 1 = 1 AND 2 < ", "2", " THEN 2 END"},
+           {"(SELECT 1 + ", "2", ")"},
+           {"(SELECT MAX(U_B) FROM [@T] WHERE U_B IN (SELECT 1 + ", "2", "))"},
+           {"(SELECT T0.U_B FROM (SELECT U_B FROM [@T] WHERE 1 = 1 AND U_B = ", "2", ") T0)"},
+           {"CASE WHEN NOT EXISTS (SELECT 1 WHERE 1 = 1 AND 1 BETWEEN 1 AND 2 + ", "2",
+            ") THEN 1 END"},
+           {"(SELECT TOP 1 WITH TIES 1 + U_B FROM [@T] ORDER BY U_B + ", "2", ")"}}) {
+    std::string accepted;
+    std::string text(nesting.middle);
+    for (int depth = 0; depth < 200; ++depth) {
+      text = std::string(nesting.open) + text + std::string(nesting.close);
+      if (!test::refusal(Dialect::Mssql, "SELECT " + text).empty()) break;
+      accepted = "SELECT " + text;
+    }
+    EXPECT_NO_THROW(database.run(accepted)) << accepted;
+  }
 }
 
 // ---- model tests
@@ -292,12 +340,6 @@ std::string hostileText(std::mt19937& random) {
     text += kPieces.at(std::uniform_int_distribution<std::size_t>(0, 23)(random));
   }
   return text;
-}
-
-std::string literal(const std::string& text, bool national) {
-  std::string quoted = national ? "N'" : "'";
-  for (const char c : text) quoted += c == '\'' ? "''" : std::string(1, c);
-  return quoted + "'";
 }
 
 class ExecutionLiterals : public testing::TestWithParam<Dialect> {};
@@ -335,7 +377,8 @@ TEST(ExecutionTies, AgreeWithAModelOnRandomRows) {
     const int rows = number(12);
     for (int i = 0; i < rows; ++i) {
       keys.push_back(number(4));  // 0 stands for NULL, which is lowest
-      const std::string key = keys.back() == 0 ? "NULL" : "'" + std::to_string(keys.back()) + "'";
+      const std::string key =
+          keys.back() == 0 ? "NULL" : literal(std::to_string(keys.back()), false);
       database.run("INSERT INTO [@L] (Code, U_T) VALUES ('c', " + key + ")");
     }
     const bool descending = number(1) == 1;

@@ -58,6 +58,12 @@ ExprPtr makeCall(Function function, ExprPtr operand) {
   return call;
 }
 
+void castTo(ColumnType type, ExprPtr& value) {
+  value = makeCall(Function::Cast, std::move(value));
+  value->target.type = type;
+  value->type = type;
+}
+
 void toDate(ExprPtr& value) {
   if (value->kind == ExprKind::Text) {
     const std::optional<std::string> date = storedDate(value->text);
@@ -284,13 +290,31 @@ void Resolver::resolveArithmetic(Expr& expr) {
   if (expr.text == "+" && (left == ColumnType::Text || right == ColumnType::Text)) {
     throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||", expr.at);
   }
-  const bool known = left != ColumnType::Unknown && right != ColumnType::Unknown;
+  if (expr.text == "/" || expr.text == "%") return resolveDivision(expr);
   const bool decimal = left == ColumnType::Decimal || right == ColumnType::Decimal;
   if (decimal) {
     expr.type = ColumnType::Decimal;
-  } else if (known && left == ColumnType::Integer && right == ColumnType::Integer) {
+  } else if (left == ColumnType::Integer && right == ColumnType::Integer) {
     expr.type = ColumnType::Integer;
   }
+}
+
+// A decimal column may hold its whole values as whole numbers, whose division the database would
+// cut: so the types have to be known, and the division of decimals is told to be one.
+void Resolver::resolveDivision(Expr& expr) {
+  const ColumnType left = expr.args[0]->type;
+  const ColumnType right = expr.args[1]->type;
+  expr.type = ColumnType::Integer;
+  if (left == ColumnType::Integer && right == ColumnType::Integer) return;
+  const bool known = left != ColumnType::Unknown && right != ColumnType::Unknown;
+  if (!known) {
+    throw SqlError("it cannot be told whether " + expr.text +
+                       " takes whole numbers; CAST both sides to a type",
+                   expr.at);
+  }
+  if (expr.text == "%") throw SqlError("% takes whole numbers; CAST both sides to int", expr.at);
+  expr.type = ColumnType::Decimal;
+  castTo(ColumnType::Decimal, expr.args[0]);
 }
 
 void Resolver::resolveCase(Expr& expr) {
@@ -327,6 +351,12 @@ void Resolver::resolveCall(Expr& expr) {
                          expr.function == Function::Day;
   if (takesDate) coerceTo(ColumnType::Date, expr.args[0]);
   if (expr.function == Function::DaysBetween) coerceTo(ColumnType::Date, expr.args[1]);
+  if (expr.function == Function::Avg && traits_.wholeAverage &&
+      expr.args[0]->type == ColumnType::Integer) {
+    expr.type = ColumnType::Integer;
+    expr.function = Function::AvgWhole;
+    return;
+  }
   expr.type = typeOfFunction(expr.function);
   if (expr.type == ColumnType::Unknown && !expr.args.empty()) expr.type = expr.args[0]->type;
 }

@@ -26,6 +26,7 @@ class Resolver {
   void resolveExpr(Expr& expr);
   void resolvePlus(Expr& expr);
   void resolveArithmetic(Expr& expr);
+  void resolveDivision(Expr& expr);
   void resolveCase(Expr& expr);
   void resolveCall(Expr& expr);
   void resolveCompare(Expr& expr);

@@ -11,7 +11,8 @@ namespace {
 constexpr const char* kSchema = R"(
   CREATE TABLE "@QXEXTDBVERSION" (Code nvarchar(50) PRIMARY KEY, Name nvarchar(50),
     U_ExtID nvarchar(5), U_Version nvarchar(15), U_EFNum nvarchar(10), U_Status nvarchar(20),
-    U_Rdate datetime CHECK (U_Rdate IS NULL OR U_Rdate IS datetime(U_Rdate, '+0 days')));
+    U_Rdate datetime CHECK (U_Rdate IS NULL OR
+      (typeof(U_Rdate) = 'text' AND U_Rdate IS datetime(U_Rdate, '+0 days'))));
   INSERT INTO "@QXEXTDBVERSION" VALUES
     ('00000000', '00000000', 'QX', '9.20.00.00', NULL, 'Installed', '2024-01-01 00:00:00'),
     ('00000001', '00000001', 'QX', '9.20.00.01', '07', 'Upgrading', '2024-01-31 00:00:00'),

@@ -5,6 +5,7 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/types.h"
 
+#include <type_traits>
 #include <utility>
 
 template <class T>
@@ -17,8 +18,16 @@ class CComPtr {
   }
   CComPtr(const CComPtr& other) : CComPtr(other.p) {}
   CComPtr(CComPtr&& other) noexcept : p(std::exchange(other.p, nullptr)) {}
+  /// From a pointer to a derived interface.
+  template <class Derived>
+    requires std::is_convertible_v<Derived*, T*>
+  CComPtr(const CComPtr<Derived>& other) : CComPtr(static_cast<T*>(other.p)) {}
   ~CComPtr() {
     if (p != nullptr) p->Release();
+  }
+  CComPtr& operator=(std::nullptr_t) {
+    Release();
+    return *this;
   }
   CComPtr& operator=(T* object) {
     CComPtr(object).Swap(*this);
@@ -87,7 +96,8 @@ class CComQIPtr : public CComPtr<T> {
   }
 
  private:
-  void query(IUnknown* object) {
+  template <class Q>
+  void query(Q* object) {
     if (object == nullptr) return;
     if (object->QueryInterface(T::kIid, reinterpret_cast<void**>(&this->p)) < 0) this->p = nullptr;
   }

@@ -1,18 +1,211 @@
 #include "qxframework/automation/registry.h"
 
-// Interim: knows no keys until the registry file is read.
-namespace qx {
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/automation/text.h"
 
-const Registry& Registry::current() {
-  static const Registry empty;
-  return empty;
+#include <toml++/toml.h>
+
+#include <array>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <utility>
+
+namespace qx {
+namespace {
+
+constexpr std::array<std::u16string_view, 3> kRoots{u"HKEY_CLASSES_ROOT", u"HKEY_CURRENT_USER",
+                                                    u"HKEY_LOCAL_MACHINE"};
+constexpr std::u16string_view kServerKey = u"\\inprocserver32";
+
+/// The installed registry, if the build names one.
+#ifdef QX_DEFAULT_REGISTRY
+constexpr const char* kInstalled = QX_DEFAULT_REGISTRY;
+#else
+constexpr const char* kInstalled = "";
+#endif
+
+std::u16string_view withoutEndingBackslashes(std::u16string_view key) {
+  while (key.ends_with(u'\\')) key.remove_suffix(1);
+  return key;
 }
 
-void Registry::reload() {}
+/// What a value is filed under. Lower case of the upper case folds as comparisons do.
+std::u16string indexOf(std::u16string_view path, std::u16string_view valueName) {
+  std::u16string text(withoutEndingBackslashes(path));
+  text.append(1, u'\n').append(valueName);
+  return toLower(toUpper(text));
+}
 
-std::optional<std::u16string> Registry::readString(HKEY, std::u16string_view,
-                                                   std::u16string_view) const {
-  return std::nullopt;
+std::filesystem::path environmentPath(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+std::filesystem::path userFile() {
+  std::filesystem::path folder = environmentPath("XDG_CONFIG_HOME");
+  if (!folder.is_absolute()) {
+    const std::filesystem::path home = environmentPath("HOME");
+    if (home.empty()) return {};
+    folder = home / ".config";
+  }
+  return folder / "qxframework" / "registry.toml";
+}
+
+std::filesystem::path registryFile() {
+  if (std::filesystem::path wanted = environmentPath("QX_REGISTRY"); !wanted.empty()) return wanted;
+  std::error_code error;
+  std::filesystem::path users = userFile();
+  if (!users.empty() && std::filesystem::exists(users, error)) return users;
+  return kInstalled;
+}
+
+struct Holder {
+  std::mutex mutex;
+  std::unique_ptr<const Registry> registry;
+};
+
+Holder& holder() {
+  // Never destroyed: it is asked until the very end of the process.
+  static auto* instance = new Holder;
+  return *instance;
+}
+
+}  // namespace
+
+/// Fills a registry from its file.
+class Registry::Reader {
+ public:
+  explicit Reader(Registry& registry) : registry_(registry) {}
+
+  void read() {
+    if (registry_.file_.empty()) {
+      registry_.problem_ = "there is no registry file; set QX_REGISTRY to one";
+      return;
+    }
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(registry_.file_, error)) {
+      registry_.problem_ =
+          registry_.file_.string() + ": there is no such file; create it or set QX_REGISTRY";
+      return;
+    }
+    parse();
+  }
+
+ private:
+  void parse() {
+    try {
+      const toml::table root = toml::parse_file(registry_.file_.string());
+      for (const auto& [key, node] : root) readRoot(key, node);
+    } catch (const toml::parse_error& error) {
+      tell(error.source(), std::string(error.description()), "correct the TOML");
+    }
+  }
+
+  void readRoot(const toml::key& key, const toml::node& node) {
+    const toml::table* table = node.as_table();
+    if (table == nullptr) {
+      return tell(key.source(), "the value stands outside of any key",
+                  "put it below a key such as [\"HKEY_CLASSES_ROOT\\\\CLSID\"]");
+    }
+    const std::u16string path = toUtf16(key.str());
+    const std::u16string root = path.substr(0, path.find(u'\\'));
+    for (const std::u16string_view known : kRoots) {
+      if (equalsIgnoreCase(root, known)) return readTable(path, *table);
+    }
+    tell(key.source(), std::string("'").append(toUtf8(root)).append("' is no root of keys"),
+         "begin with HKEY_CLASSES_ROOT, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
+  }
+
+  void readTable(const std::u16string& path, const toml::table& table) {
+    for (const auto& [key, node] : table) {
+      const std::u16string name = toUtf16(key.str());
+      if (const toml::table* nested = node.as_table()) {
+        readTable(path + u"\\" + name, *nested);
+      } else if (const auto value = readValue(path, name, node)) {
+        file(key, indexOf(path, name), *value);
+      }
+    }
+  }
+
+  std::optional<Value> readValue(const std::u16string& path, const std::u16string& name,
+                                 const toml::node& node) {
+    if (const auto text = node.value_exact<std::string>()) {
+      const bool isServer = name.empty() && toLower(path).ends_with(kServerKey);
+      return isServer ? toUtf16(resolved(*text)) : toUtf16(*text);
+    }
+    const auto number = node.value_exact<std::int64_t>();
+    if (number && *number >= 0 && *number <= std::numeric_limits<DWORD>::max()) {
+      return static_cast<DWORD>(*number);
+    }
+    tell(node.source(), "the value is neither a text nor a double word",
+         "write a text in quotes or an integer from 0 to 4294967295");
+    return std::nullopt;
+  }
+
+  std::string resolved(const std::string& path) const {
+    if (path.empty()) return path;
+    return (std::filesystem::absolute(registry_.file_).parent_path() / path)
+        .lexically_normal()
+        .string();
+  }
+
+  void file(const toml::key& key, std::u16string index, const Value& value) {
+    if (registry_.values_.emplace(std::move(index), value).second) return;
+    tell(key.source(), "the value stands here a second time; the first one counts",
+         "remove one of the two");
+  }
+
+  void tell(const toml::source_region& source, const std::string& problem,
+            const std::string& remedy) {
+    if (!registry_.problem_.empty()) return;
+    registry_.problem_ = registry_.file_.string() + ":" + std::to_string(source.begin.line) + ":" +
+                         std::to_string(source.begin.column) + ": " + problem + "; " + remedy;
+  }
+
+  Registry& registry_;
+};
+
+Registry::Registry(const std::filesystem::path& file) : file_(file) {
+  Reader(*this).read();
+  if (!problem_.empty()) developerTrace(toUtf16("registry: " + problem_ + "\n"));
+}
+
+const Registry& Registry::current() {
+  const std::lock_guard lock(holder().mutex);
+  if (!holder().registry) holder().registry = std::make_unique<const Registry>(registryFile());
+  return *holder().registry;
+}
+
+const Registry& Registry::reload() {
+  const std::lock_guard lock(holder().mutex);
+  holder().registry = std::make_unique<const Registry>(registryFile());
+  return *holder().registry;
+}
+
+const Registry::Value* Registry::find(HKEY root, std::u16string_view key,
+                                      std::u16string_view valueName) const {
+  std::u16string path(kRoots.at(static_cast<std::size_t>(root)));
+  const std::u16string_view below = withoutEndingBackslashes(key);
+  if (!below.empty()) path.append(1, u'\\').append(below);
+  const auto found = values_.find(indexOf(path, valueName));
+  return found != values_.end() ? &found->second : nullptr;
+}
+
+std::optional<std::u16string> Registry::readString(HKEY root, std::u16string_view key,
+                                                   std::u16string_view valueName) const {
+  const Value* value = find(root, key, valueName);
+  const auto* text = value != nullptr ? std::get_if<std::u16string>(value) : nullptr;
+  return text != nullptr ? std::optional(*text) : std::nullopt;
+}
+
+std::optional<DWORD> Registry::readDword(HKEY root, std::u16string_view key,
+                                         std::u16string_view valueName) const {
+  const Value* value = find(root, key, valueName);
+  const auto* number = value != nullptr ? std::get_if<DWORD>(value) : nullptr;
+  return number != nullptr ? std::optional(*number) : std::nullopt;
 }
 
 }  // namespace qx

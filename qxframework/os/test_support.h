@@ -3,12 +3,17 @@
 // Helpers of this folder's tests.
 
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace qx {
 
@@ -56,25 +61,71 @@ class ScopedEnvironment {
   std::optional<std::string> old_;
 };
 
-/// A fresh folder, removed with everything in it.
-class TempFolder {
+/// A forked process that runs `body` and speaks with this one through two pipes. `body` gets the
+/// child's end: say() tells the other side that a step is done, hear() waits for it.
+class ChildProcess {
  public:
-  TempFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "qx_os_test_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = name;
-  }
-  ~TempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
+  class End {
+   public:
+    void say(char word) const {
+      if (write(out_, &word, 1) != 1) std::abort();
+    }
+    /// The other side's next word; 0 when it is gone.
+    char hear() const {
+      char word = 0;
+      return read(in_, &word, 1) == 1 ? word : '\0';
+    }
 
-  const std::filesystem::path& path() const { return path_; }
+   private:
+    friend class ChildProcess;
+    int in_ = -1;
+    int out_ = -1;
+  };
+
+  template <typename Body>
+  explicit ChildProcess(Body body) {
+    std::array<int, 2> toChild{};
+    std::array<int, 2> toParent{};
+    if (pipe2(toChild.data(), O_CLOEXEC) != 0 || pipe2(toParent.data(), O_CLOEXEC) != 0) {
+      throw std::runtime_error("no pipe");
+    }
+    process_ = fork();
+    if (process_ == 0) {
+      close(toChild[1]);
+      close(toParent[0]);
+      End end;
+      end.in_ = toChild[0];
+      end.out_ = toParent[1];
+      body(end);
+      _exit(0);
+    }
+    close(toChild[0]);
+    close(toParent[1]);
+    end_.in_ = toParent[0];
+    end_.out_ = toChild[1];
+  }
+  ~ChildProcess() {
+    kill();
+    close(end_.in_);
+    close(end_.out_);
+  }
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  const End& end() const { return end_; }
+
+  void signal(int number) const { ::kill(process_, number); }
+
+  /// Kills the process as nothing can prevent, and waits until it is gone.
+  void kill() {
+    if (process_ <= 0) return;
+    ::kill(process_, SIGKILL);
+    waitpid(std::exchange(process_, -1), nullptr, 0);
+  }
 
  private:
-  std::filesystem::path path_;
+  pid_t process_ = -1;
+  End end_;
 };
 
 }  // namespace qx

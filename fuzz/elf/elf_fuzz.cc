@@ -1,0 +1,77 @@
+// Feeds arbitrary bytes to the reader of module files, as a file and as an image of resources.
+
+#include "qxframework/os/elf_resources.h"
+#include "qxframework/os/resource_image.h"
+#include "qxframework/os/version_info.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace {
+
+class MemorySource : public qx::ByteSource {
+ public:
+  explicit MemorySource(std::span<const std::byte> bytes) : bytes_(bytes) {}
+  std::uint64_t size() const override { return bytes_.size(); }
+  bool read(std::uint64_t offset, std::span<std::byte> out) const override {
+    // Callers check the range before they read.
+    if (offset > bytes_.size() || out.size() > bytes_.size() - offset) std::abort();
+    std::ranges::copy(bytes_.subspan(offset, out.size()), out.begin());
+    return true;
+  }
+
+ private:
+  std::span<const std::byte> bytes_;
+};
+
+/// Touches everything that a look-up hands out.
+std::size_t sum(std::span<const std::byte> bytes) {
+  std::size_t total = 0;
+  for (const std::byte byte : bytes) total += std::to_integer<std::size_t>(byte);
+  return total;
+}
+
+void lookUpEverything(const qx::ResourceImage& image) {
+  volatile std::size_t total = 0;
+  for (const std::uint32_t id : {0U, 5U, 200U, 201U, 0xFFFFFFFFU}) {
+    for (const std::uint32_t type : {0U, 10U, 23U}) {
+      if (const auto data = image.resourceData(image.findResourceAnyLanguage(type, id))) {
+        total = total + sum(*data);
+      }
+      if (const auto data = image.resourceData(image.findResource(type, id, 1031))) {
+        total = total + sum(*data);
+      }
+    }
+  }
+  std::int64_t last = -1;
+  for (auto language = image.nextStringLanguage(last); language;
+       language = image.nextStringLanguage(last)) {
+    if (*language <= last) std::abort();
+    last = *language;
+    for (const std::uint32_t id : {0U, 1U, 202U}) {
+      if (const auto text = image.findString(*language, id)) {
+        total = total + sum(std::as_bytes(std::span(*text)));
+      }
+    }
+  }
+  if (const auto block = qx::VersionBlock::ofImage(image)) {
+    if (const auto value = block->query(u"FileVersion")) total = total + value->length;
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto bytes = std::as_bytes(std::span(data, size));
+  if (const auto section = qx::readResourceSection(MemorySource(bytes))) {
+    if (const auto image = qx::ResourceImage::open(*section)) lookUpEverything(*image);
+  }
+  // A copy, for its alignment and so that reading past the end is noticed.
+  const std::vector<std::byte> copy(bytes.begin(), bytes.end());
+  if (const auto image = qx::ResourceImage::open(copy)) lookUpEverything(*image);
+  return 0;
+}

@@ -1,0 +1,211 @@
+#include "qxframework/automation/registry.h"
+
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/automation/text.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace qx {
+namespace {
+
+std::u16string g_trace;
+
+void recordTrace(std::u16string_view text) { g_trace += text; }
+
+class RegistryTest : public testing::Test {
+ protected:
+  RegistryTest() {
+    std::string name = (std::filesystem::temp_directory_path() / "qx_registry_XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    folder_ = name;
+    g_trace.clear();
+    setDeveloperTraceSink(recordTrace);
+    for (std::size_t index = 0; index < kVariables.size(); ++index) {
+      const char* value = getenv(kVariables[index]);
+      if (value != nullptr) before_[index] = value;
+      unsetenv(kVariables[index]);
+    }
+  }
+  ~RegistryTest() override {
+    for (std::size_t index = 0; index < kVariables.size(); ++index) {
+      if (before_[index]) setenv(kVariables[index], before_[index]->c_str(), 1);
+      if (!before_[index]) unsetenv(kVariables[index]);
+    }
+    setDeveloperTraceSink(nullptr);
+    std::filesystem::remove_all(folder_);
+  }
+
+  std::filesystem::path write(const std::string& name, std::string_view content) const {
+    const std::filesystem::path file = folder_ / name;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+    return file;
+  }
+
+  Registry read(std::string_view content) const { return Registry(write("r.toml", content)); }
+
+  /// The problem of a registry with this content, without the folder.
+  std::string problem(std::string_view content) const {
+    std::string text = read(content).problem();
+    const std::string prefix = folder_.string() + "/";
+    if (text.starts_with(prefix)) text.erase(0, prefix.size());
+    return text;
+  }
+
+  static constexpr std::array<const char*, 3> kVariables{"QX_REGISTRY", "XDG_CONFIG_HOME", "HOME"};
+  std::array<std::optional<std::string>, 3> before_;
+  std::filesystem::path folder_;
+};
+
+TEST_F(RegistryTest, ReadsTextsAndDoubleWords) {
+  const Registry registry = read(R"(
+["HKEY_LOCAL_MACHINE\\Software\\Halvex"]
+"" = "default"
+Name = "grün"
+Level = 4294967295
+)");
+  const auto text = [&](std::u16string_view name) {
+    return registry.readString(HKEY_LOCAL_MACHINE, u"Software\\Halvex", name);
+  };
+  EXPECT_EQ(text(u""), u"default");
+  EXPECT_EQ(text(u"Name"), u"grün");
+  EXPECT_EQ(registry.readDword(HKEY_LOCAL_MACHINE, u"Software\\Halvex", u"Level"), 0xFFFFFFFFU);
+  EXPECT_EQ(registry.problem(), "");
+  EXPECT_EQ(g_trace, u"");
+}
+
+TEST_F(RegistryTest, AValueOfTheOtherKindIsNotGiven) {
+  const Registry registry = read("['HKEY_CURRENT_USER\\K']\nText = 'x'\nNumber = 1\n");
+  EXPECT_EQ(registry.readDword(HKEY_CURRENT_USER, u"K", u"Text"), std::nullopt);
+  EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"K", u"Number"), std::nullopt);
+}
+
+TEST_F(RegistryTest, KeysAndNamesAreComparedWithoutCase) {
+  const Registry registry = read("['hkey_classes_root\\Clsid\\{ABC}']\nnAmE = 'x'\n");
+  EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"CLSID\\{abc}", u"Name"), u"x");
+}
+
+TEST_F(RegistryTest, ABackslashAtTheEndOfAKeyCountsForNothing) {
+  const Registry registry = read("['HKEY_CLASSES_ROOT\\A\\']\n'' = 'x'\n");
+  EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"A\\", u""), u"x");
+  EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"A", u""), u"x");
+}
+
+TEST_F(RegistryTest, RootsAreKeptApart) {
+  const Registry registry = read("['HKEY_CLASSES_ROOT\\A']\n'' = 'x'\n");
+  EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"A", u""), std::nullopt);
+}
+
+TEST_F(RegistryTest, ARootHasValuesOfItsOwn) {
+  const Registry registry = read("[HKEY_CURRENT_USER]\nName = 'x'\n");
+  EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Name"), u"x");
+}
+
+TEST_F(RegistryTest, NestedTablesSpellAKeyToo) {
+  const Registry registry = read("[HKEY_CLASSES_ROOT.CLSID.'{ABC}']\nName = 'x'\n");
+  EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"CLSID\\{ABC}", u"Name"), u"x");
+}
+
+TEST_F(RegistryTest, WhatIsMissingIsNotGiven) {
+  const Registry registry = read("['HKEY_CLASSES_ROOT\\A']\nName = 'x'\n");
+  EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"A", u""), std::nullopt);
+  EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"B", u"Name"), std::nullopt);
+}
+
+TEST_F(RegistryTest, ARelativeServerPathCountsFromTheFilesFolder) {
+  const Registry registry = read(R"(
+['HKEY_CLASSES_ROOT\CLSID\{1}\InprocServer32']
+'' = '../lib/libqxdesk.so'
+ThreadingModel = 'Apartment'
+['HKEY_CLASSES_ROOT\CLSID\{2}\inprocserver32']
+'' = '/opt/lib.so'
+['HKEY_CLASSES_ROOT\CLSID\{3}\LocalServer32']
+'' = 'qxdesk'
+)");
+  const auto text = [&](std::u16string_view key, std::u16string_view name) {
+    return registry.readString(HKEY_CLASSES_ROOT, key, name);
+  };
+  EXPECT_EQ(text(u"CLSID\\{1}\\InprocServer32", u""),
+            toUtf16((folder_.parent_path() / "lib/libqxdesk.so").string()));
+  EXPECT_EQ(text(u"CLSID\\{1}\\InprocServer32", u"ThreadingModel"), u"Apartment");
+  EXPECT_EQ(text(u"CLSID\\{2}\\InprocServer32", u""), u"/opt/lib.so");
+  EXPECT_EQ(text(u"CLSID\\{3}\\LocalServer32", u""), u"qxdesk");
+}
+
+TEST_F(RegistryTest, BrokenTomlIsToldWithItsPlaceAndToTheTrace) {
+  const std::string text = problem("['HKEY_CURRENT_USER']\nName = \n");
+  EXPECT_TRUE(text.starts_with("r.toml:2:")) << text;
+  EXPECT_TRUE(text.ends_with("; correct the TOML")) << text;
+  EXPECT_EQ(g_trace, toUtf16("registry: " + folder_.string() + "/" + text + "\n"));
+}
+
+TEST_F(RegistryTest, AnUnknownRootIsTold) {
+  EXPECT_EQ(problem("['HKEY_USERS\\A']\nName = 'x'\n"),
+            "r.toml:1:2: 'HKEY_USERS' is no root of keys; begin with HKEY_CLASSES_ROOT, "
+            "HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
+}
+
+TEST_F(RegistryTest, AValueOutsideOfAnyKeyIsTold) {
+  EXPECT_EQ(problem("Name = 'x'\n"),
+            "r.toml:1:1: the value stands outside of any key; put it below a key such as "
+            "[\"HKEY_CLASSES_ROOT\\\\CLSID\"]");
+}
+
+TEST_F(RegistryTest, AValueOfAnotherKindIsToldAndTheRestCounts) {
+  const Registry registry = read("[HKEY_CURRENT_USER]\nBad = -1\nGood = 'x'\nWorse = 1.5\n");
+  EXPECT_EQ(registry.problem(), (folder_ / "r.toml").string() +
+                                    ":2:7: the value is neither a text nor a double word; write a "
+                                    "text in quotes or an integer from 0 to 4294967295");
+  EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Good"), u"x");
+}
+
+TEST_F(RegistryTest, AValueThatStandsTwiceInDifferentCaseIsTold) {
+  EXPECT_EQ(problem("[HKEY_CURRENT_USER]\nNAME = 'x'\nname = 'y'\n"),
+            "r.toml:3:1: the value stands here a second time; the first one counts; remove one of "
+            "the two");
+}
+
+TEST_F(RegistryTest, AMissingFileIsTold) {
+  const Registry registry(folder_ / "none.toml");
+  EXPECT_EQ(registry.problem(), (folder_ / "none.toml").string() +
+                                    ": there is no such file; create it or set QX_REGISTRY");
+}
+
+TEST_F(RegistryTest, TheVariableNamesTheFileBeforeAllOthers) {
+  write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'user'\n");
+  setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
+  const std::filesystem::path own = write("own.toml", "[HKEY_CURRENT_USER]\nName = 'own'\n");
+  setenv("QX_REGISTRY", own.c_str(), 1);
+  EXPECT_EQ(Registry::reload().file(), own);
+  EXPECT_EQ(Registry::current().readString(HKEY_CURRENT_USER, u"", u"Name"), u"own");
+}
+
+TEST_F(RegistryTest, TheUsersConfigurationFolderComesNext) {
+  write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'xdg'\n");
+  write(".config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'home'\n");
+  setenv("HOME", folder_.c_str(), 1);
+  EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"home");
+  setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
+  EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"xdg");
+}
+
+TEST_F(RegistryTest, IsReadAgainOnlyWhenAskedTo) {
+  const std::filesystem::path own = write("own.toml", "[HKEY_CURRENT_USER]\nName = 'old'\n");
+  setenv("QX_REGISTRY", own.c_str(), 1);
+  Registry::reload();
+  write("own.toml", "[HKEY_CURRENT_USER]\nName = 'new'\n");
+  EXPECT_EQ(Registry::current().readString(HKEY_CURRENT_USER, u"", u"Name"), u"old");
+  EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"new");
+}
+
+}  // namespace
+}  // namespace qx

@@ -1,0 +1,115 @@
+#include "qxframework/foundation/qx_bstr.h"
+
+#include "qxframework/automation/com_error.h"
+
+#include <gtest/gtest.h>
+
+// The program's own string tables stand in testdata/strings: 1033 has 1, 2, 3 and 7; 1031 has 1, 7
+// and 8.
+
+namespace {
+
+TEST(QxBstr, LoadsTheTextOfItsLanguage) {
+  CQXBSTR text(ln_German);
+  EXPECT_TRUE(text.LoadStringW(1, static_cast<HvLanguages>(-1), nullptr));
+  EXPECT_EQ(text.View(), u"Hallo");
+}
+
+TEST(QxBstr, AnIdThatOnlyEnglishHasGivesTheEnglishText) {
+  CQXBSTR text(ln_English);
+  EXPECT_TRUE(text.LoadStringW(2, ln_German, nullptr));
+  EXPECT_EQ(text.View(), u"Only English");
+}
+
+TEST(QxBstr, AnIdThatNeitherHasComesFromTheDefaultSearch) {
+  CQXBSTR text(ln_French_Fr);
+  EXPECT_TRUE(text.LoadStringW(8, ln_French_Fr, nullptr));
+  EXPECT_EQ(text.View(), u"Nur deutsch");
+}
+
+TEST(QxBstr, AMissingIdLeavesTheTextAsItWas) {
+  CQXBSTR text(u"before", ln_English);
+  EXPECT_FALSE(text.LoadStringW(999, ln_English, nullptr));
+  EXPECT_FALSE(text.LoadStringW(999, static_cast<unsigned short>(1031), nullptr));
+  EXPECT_EQ(text.View(), u"before");
+}
+
+TEST(QxBstr, AnEmptyResourceStringIsFound) {
+  CQXBSTR text(u"before", ln_English);
+  EXPECT_TRUE(text.LoadStringW(3, ln_English, nullptr));
+  EXPECT_TRUE(text.IsEmpty());
+}
+
+TEST(QxBstr, CopiesKeepTheLanguageAndAssignmentsOfOtherTextsDoNot) {
+  const CQXBSTR german(u"x", ln_German);
+  CQXBSTR copy(german);
+  EXPECT_EQ(copy.GetLanguage(), ln_German);
+  copy = CComBSTR(u"y");
+  EXPECT_EQ(copy.GetLanguage(), ln_German);
+  EXPECT_EQ(copy.View(), u"y");
+  copy = u"z";
+  EXPECT_EQ(copy.GetLanguage(), ln_German);
+  CQXBSTR other(ln_English);
+  other = german;
+  EXPECT_EQ(other.GetLanguage(), ln_German);
+  EXPECT_EQ(other.View(), u"x");
+}
+
+TEST(QxBstr, LengthConstructorsAllocateOrGiveNull) {
+  EXPECT_EQ(CQXBSTR(3, ln_English).Length(), 3U);
+  EXPECT_EQ(CQXBSTR(0, ln_English).m_str, nullptr);
+  EXPECT_EQ(CQXBSTR(2, u"abc", ln_English).View(), u"ab");
+  EXPECT_EQ(CQXBSTR(0, u"abc", ln_English).m_str, nullptr);
+}
+
+TEST(QxBstr, ANegativeLengthRaisesInvalidArgument) {
+  try {
+    CQXBSTR text(-1, u"abc", ln_English);
+    FAIL() << "nothing was raised";
+  } catch (const _com_error& error) {
+    EXPECT_EQ(error.Error(), E_INVALIDARG);
+  }
+}
+
+TEST(QxBstr, AGuidIsWrittenInBraces) {
+  const GUID guid{0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
+  EXPECT_EQ(CQXBSTR(guid, ln_English).View(), u"{12345678-9ABC-DEF0-0102-030405060708}");
+}
+
+TEST(QxBstr, FormatsATextWithItsArguments) {
+  CQXBSTR text(ln_English);
+  text.Format(u"%s has %d", u"A", 3);
+  EXPECT_EQ(text.View(), u"A has 3");
+  const qx::FormatArg list[] = {qx::FormatArg(4)};
+  text.Format(u"%d", qx::FormatArgs(list));
+  EXPECT_EQ(text.View(), u"4");
+}
+
+TEST(QxBstr, FormatsAResourceTextInTheGivenLanguageOrItsOwn) {
+  CQXBSTR text(ln_English);
+  text.Format(7U, u"x", 2);
+  EXPECT_EQ(text.View(), u"x costs 2");
+  text.Format(ln_German, 7U, u"x", 2);
+  EXPECT_EQ(text.View(), u"x kostet 2");
+  EXPECT_EQ(text.GetLanguage(), ln_English);
+}
+
+TEST(QxBstr, FormatWithAMissingIdLeavesTheTextUntouched) {
+  CQXBSTR text(u"before", ln_English);
+  EXPECT_NO_THROW(text.Format(999U, 1));
+  EXPECT_EQ(text.View(), u"before");
+}
+
+TEST(QxBstr, FormatOfANullTextRaisesInvalidArgument) {
+  CQXBSTR text(ln_English);
+  EXPECT_THROW(text.Format(static_cast<const OLECHAR*>(nullptr)), _com_error);
+}
+
+TEST(QxBstr, ComparesWithAResourceText) {
+  const CQXBSTR text(u"Hallo", ln_German);
+  EXPECT_TRUE(text.Compare(1, static_cast<HvLanguages>(-1)));
+  EXPECT_FALSE(text.Compare(1, ln_English));
+  EXPECT_FALSE(text.Compare(999, ln_German));
+}
+
+}  // namespace

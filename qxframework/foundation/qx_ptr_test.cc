@@ -1,0 +1,86 @@
+#include "qxframework/foundation/qx_ptr.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+
+namespace {
+
+struct Counted {
+  explicit Counted(int& count) : alive(count) { ++alive; }
+  ~Counted() { --alive; }
+  int& alive;
+  int value = 5;
+};
+
+TEST(QxPtr, DeletesTheObjectWithTheLastPointer) {
+  int alive = 0;
+  {
+    qx_ptr<Counted> first(new Counted(alive), true);
+    {
+      const qx_ptr<Counted> second(first);
+      EXPECT_EQ(second->value, 5);
+    }
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ((*first).value, 5);
+  }
+  EXPECT_EQ(alive, 0);
+}
+
+TEST(QxPtr, WithoutOwnershipNeverDeletes) {
+  int alive = 0;
+  Counted object(alive);
+  { const qx_ptr<Counted> pointer(&object, false); }
+  EXPECT_EQ(alive, 1);
+}
+
+TEST(QxPtr, NullHasNoObject) {
+  const qx_ptr<Counted> pointer(nullptr, true);
+  EXPECT_EQ(pointer.get(), nullptr);
+  EXPECT_FALSE(pointer != nullptr);
+}
+
+TEST(QxPtr, AssigningZeroReleasesTheObject) {
+  int alive = 0;
+  qx_ptr<Counted> pointer(new Counted(alive), true);
+  pointer = 0;
+  EXPECT_EQ(alive, 0);
+  EXPECT_EQ(pointer.get(), nullptr);
+}
+
+TEST(QxPtr, AssigningAnotherNumberThrowsItsText) {
+  int alive = 0;
+  qx_ptr<Counted> pointer(new Counted(alive), true);
+  try {
+    pointer = 1;
+    FAIL() << "nothing was thrown";
+  } catch (const char* text) {
+    EXPECT_EQ(std::string(text),
+              "miss usage of operator != overload, the first int parameter could only be NULL");
+  }
+  EXPECT_EQ(alive, 1);
+}
+
+TEST(QxPtr, AssignmentSharesAndReleasesWhatItHeld) {
+  int first = 0;
+  int second = 0;
+  qx_ptr<Counted> a(new Counted(first), true);
+  qx_ptr<Counted> b(new Counted(second), true);
+  a = b;
+  EXPECT_EQ(first, 0);
+  EXPECT_EQ(second, 1);
+  const qx_ptr<Counted>& self = a;
+  a = self;
+  EXPECT_EQ(second, 1);
+}
+
+TEST(QxPtr, ComparesTheObjectsAddress) {
+  int alive = 0;
+  Counted object(alive);
+  const qx_ptr<Counted> pointer(&object, false);
+  EXPECT_FALSE(pointer != &object);
+  EXPECT_TRUE(pointer != nullptr);
+}
+
+}  // namespace

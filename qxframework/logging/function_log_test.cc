@@ -1,0 +1,279 @@
+#include "qxframework/logging/function_log.h"
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/os/debug_trace.h"
+#include "qxframework/xml/dom.h"
+#include "qxframework/xml/dom_document.h"
+#include "tests/support/recording_logger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using qx::test::LogRecord;
+using qx::test::RecordingLogger;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using namespace std::string_literals;
+
+// What went to the developer trace and to message boxes while the object lives.
+struct Boxes {
+  Boxes() {
+    texts().clear();
+    before = qx::setMessageBoxSink(
+        [](std::u16string_view text, std::u16string_view caption, UINT flags) {
+          texts().push_back(std::u16string(caption) + u"|" + std::u16string(text) + u"|" +
+                            qx::format(u"%X", flags));
+        });
+  }
+  ~Boxes() { qx::setMessageBoxSink(before); }
+  static std::vector<std::u16string>& texts() {
+    static std::vector<std::u16string> list;
+    return list;
+  }
+  qx::MessageBoxSink before;
+};
+
+class ModuleName {
+ public:
+  explicit ModuleName(const OLECHAR* name) { qx::logModuleName() = name; }
+  ~ModuleName() { qx::logModuleName().Empty(); }
+};
+
+TEST(FunctionLog, ScopeWritesEnteringAndLeavingLinesWithItsFiveFields) {
+  RecordingLogger logger;
+  ModuleName module(u"HELLO");
+  { CReturnValue<long> hr(u"CQXThing::Open", 0, 7, false); }
+  EXPECT_THAT(
+      logger.records,
+      ElementsAre(LogRecord{7, u"HELLO", 6, u"CQXThing::Open", u"Entering function\n"},
+                  LogRecord{7, u"HELLO", 6, u"CQXThing::Open", u"Leaving function [S_OK]\n"}));
+}
+
+TEST(FunctionLog, QuietScopeWritesNoTraceLineButItsErrorsReachTheLogger) {
+  RecordingLogger logger;
+  {
+    CReturnValue<long> hr(u"CQXThing::Open", 0, 7, true);
+    hr.LogError(u"lost %s", u"it");
+  }
+  EXPECT_THAT(logger.records, ElementsAre(LogRecord{7, u"", 1, u"CQXThing::Open", u"lost it"}));
+}
+
+TEST(FunctionLog, EverySeverityHasItsNumber) {
+  RecordingLogger logger;
+  CReturnValue<void> log(u"f", 0, true);
+  log.LogError(u"1");
+  log.LogWarning(u"2");
+  log.LogInfo(u"3");
+  log.LogDbg0(u"4");
+  log.LogDbg1(u"5");
+  log.LogDbg2(u"6");
+  for (const LogRecord& record : logger.records)
+    EXPECT_EQ(record.message, qx::format(u"%d", record.level));
+  EXPECT_THAT(logger.records, SizeIs(6));
+}
+
+TEST(FunctionLog, ARefusedArgumentShowsItsNameInTheLeavingLine) {
+  RecordingLogger logger;
+  {
+    CReturnValue<long> hr(u"f", 0, 0, false);
+    hr = 0x80070057;
+    EXPECT_LT(hr, 0);
+  }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [E_INVALIDARG]\n");
+}
+
+TEST(FunctionLog, AnUnnamedCodeShowsItsDigitsInTheLeavingLine) {
+  RecordingLogger logger;
+  {
+    CReturnValue<long> hr(u"f", 0, 0, false);
+    hr = 0x12345678;
+  }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [0x12345678]\n");
+}
+
+TEST(FunctionLog, TheInitialValueIsTheResult) {
+  RecordingLogger logger;
+  { CReturnValue<long> hr(u"f", 0x80004005, 0, false); }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [E_FAIL]\n");
+}
+
+TEST(FunctionLog, AVoidScopeLeavesWithoutAValue) {
+  RecordingLogger logger;
+  {
+    CReturnValue<void> log(u"f", 0, false);
+    CComBSTR text;
+    log.ToString(text);
+    EXPECT_EQ(text.View(), u"(void)");
+  }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function\n");
+}
+
+TEST(FunctionLog, StringScopesLeaveWithTheirText) {
+  RecordingLogger logger;
+  { CReturnValue<CComBSTR> text(u"f", CComBSTR(u"eins"), 0, false); }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [eins]\n");
+  { CReturnValue<CString> text(u"f", CString(u"zwei"), 0, false); }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [zwei]\n");
+}
+
+TEST(FunctionLog, ANodeScopeLeavesWithTheNameOfItsNode) {
+  RecordingLogger logger;
+  CComPtr<IXMLDOMDocument> document;
+  ASSERT_EQ(qx::createDocument(&document.p), S_OK);
+  { CReturnValue<CComPtr<IXMLDOMNode>> node(u"f", nullptr, 0, false); }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [null]\n");
+  { CReturnValue<CComPtr<IXMLDOMNode>> node(u"f", document.p, 0, false); }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [#document]\n");
+}
+
+TEST(FunctionLog, AMessageOf1023CharactersArrivesWholeAndOneOf1024IsCutWithoutDots) {
+  RecordingLogger logger;
+  CReturnValue<void> log(u"f", 0, true);
+  log.LogInfo(u"%s", std::u16string(1023, u'a'));
+  log.LogInfo(u"%s", std::u16string(1023, u'a') + u"b");
+  log.LogInfo(u"%s", std::u16string(5000, u'c'));
+  EXPECT_EQ(logger.records[0].message, std::u16string(1023, u'a'));
+  EXPECT_EQ(logger.records[1].message, std::u16string(1023, u'a'));
+  EXPECT_EQ(logger.records[2].message, std::u16string(1023, u'c'));
+}
+
+TEST(FunctionLog, LineEndsAreNeitherAddedNorStripped) {
+  RecordingLogger logger;
+  CReturnValue<void> log(u"f", 0, true);
+  log.LogInfo(u"with\n");
+  log.LogInfo(u"without");
+  EXPECT_THAT(logger.messages(), ElementsAre(u"with\n"s, u"without"s));
+}
+
+TEST(FunctionLog, WithoutALoggerTheScopeWorksAndTheDeveloperTraceSaysWhy) {
+  RecordingLogger logger;
+  logger.refuse = true;
+  static std::vector<std::u16string> traced;
+  traced.clear();
+  const auto before =
+      qx::setDeveloperTraceSink([](std::u16string_view text) { traced.emplace_back(text); });
+  {
+    CReturnValue<long> hr(u"f", 0, 0, false);
+    hr.LogError(u"nobody hears");
+    hr = 1;
+    EXPECT_EQ(hr, 1);
+  }
+  qx::setDeveloperTraceSink(before);
+  EXPECT_THAT(logger.records, IsEmpty());
+  EXPECT_THAT(traced, ElementsAre(u"CLog: Can't get QXLogger object\n"s));
+}
+
+TEST(FunctionLog, EveryScopeMakesItsOwnLogger) {
+  RecordingLogger logger;
+  {
+    CReturnValue<void> outer(u"f", 0, false);
+    CReturnValue<void> inner(u"g", 0, true);
+  }
+  EXPECT_EQ(logger.instances, 2);
+}
+
+TEST(FunctionLog, ALoggerThatThrowsCostsTheMessageOnly) {
+  RecordingLogger logger;
+  logger.throwOnWrite = true;
+  CReturnValue<long> hr(u"f", 3, 0, false);
+  EXPECT_NO_THROW(hr.LogError(u"x"));
+  EXPECT_EQ(hr, 3);
+}
+
+TEST(FunctionLog, ABadLevelIsRefusedAndWritesNothing) {
+  RecordingLogger logger;
+  const auto instance = qx::createLogger();
+  using QXLoggerLib::HvSeverityLevel;
+  for (const int level : {0, -1, 7}) {
+    EXPECT_EQ(qx::writeLogMessage(instance, 0, u"f", static_cast<HvSeverityLevel>(level), u"x", {}),
+              E_FAIL);
+  }
+  EXPECT_THAT(logger.records, IsEmpty());
+}
+
+TEST(FunctionLog, TheLoggersResultIsReturned) {
+  RecordingLogger logger;
+  logger.writeResult = S_FALSE;
+  const auto instance = qx::createLogger();
+  EXPECT_EQ(qx::writeLogMessage(instance, 0, u"f", QXLoggerLib::sl_Error, u"x", {}), S_FALSE);
+  EXPECT_EQ(qx::writeLogMessage(nullptr, 0, u"f", QXLoggerLib::sl_Error, u"x", {}), S_OK);
+}
+
+TEST(FunctionLog, AnUnwoundScopeWritesItsLeavingLineWithTheLastValue) {
+  RecordingLogger logger;
+  try {
+    CReturnValue<long> hr(u"f", 0, 0, false);
+    hr = E_POINTER;
+    qx::raiseError(hr);
+  } catch (const _com_error&) {
+  }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [E_POINTER]\n");
+}
+
+TEST(FunctionLog, ACopyHoldsTheLoggerToo) {
+  RecordingLogger logger;
+  {
+    CReturnValue<long> hr(u"f", 5, 0, true);
+    CReturnValue<long> copy(hr);
+    copy.LogInfo(u"copy");
+    EXPECT_EQ(copy, 5);
+  }
+  EXPECT_THAT(logger.messages(), ElementsAre(u"copy"s));
+  EXPECT_EQ(logger.instances, 1);
+}
+
+TEST(FunctionLog, TheModuleNameIsEmptyUntilItIsSet) {
+  RecordingLogger logger;
+  { CReturnValue<void> log(u"f", 0, false); }
+  EXPECT_EQ(logger.records.front().module, u"");
+}
+
+TEST(ErrorBox, HasTheTitleInItsCaptionAndTheErrorIconInFront) {
+  Boxes boxes;
+  CLogBase<long>::ErrorBox(u"Connection to UI-API", u"code %d", 5);
+  EXPECT_THAT(Boxes::texts(), ElementsAre(u"Connection to UI-API Error|code 5|10010"s));
+}
+
+TEST(ErrorBox, WithAnEmptyTitleHasTheCaptionError) {
+  Boxes boxes;
+  CLogBase<long>::ErrorBox(u"", u"x");
+  CLogBase<long>::ErrorBox(nullptr, u"y");
+  EXPECT_THAT(Boxes::texts(), ElementsAre(u"Error|x|10010"s, u"Error|y|10010"s));
+}
+
+TEST(ErrorBox, CutsCaptionAndTextToTheirBuffers) {
+  Boxes boxes;
+  CLogBase<long>::ErrorBox(std::u16string(300, u't').c_str(), u"%s", std::u16string(2000, u'x'));
+  EXPECT_THAT(Boxes::texts(), ElementsAre(std::u16string(255, u't') + u"|" +
+                                          std::u16string(1023, u'x') + u"|10010"));
+}
+
+TEST(Xstrerror, GivesTheSentenceOfACode) {
+  EXPECT_EQ(CLogBase<long>::xstrerror(static_cast<unsigned long>(-7000L)), u"Invalid form"s);
+  EXPECT_EQ(CLogBase<long>::xstrerror(0x80040503),
+            u"Halvex Add-On terminated due to running or incomplete DB upgrade."s);
+}
+
+TEST(Xstrerror, GivesANumberThatNoTableHasTwice) {
+  EXPECT_EQ(CLogBase<long>::xstrerror(static_cast<unsigned long>(-7007L)),
+            u"Unknown error (-7007, 0xFFFFE4A1)"s);
+}
+
+TEST(Xstrerror, HasABufferForEachInstantiation) {
+  const OLECHAR* first = CLogBase<long>::xstrerror(static_cast<unsigned long>(-1L));
+  const OLECHAR* second = CLogBase<CReturnValue<long>>::xstrerror(static_cast<unsigned long>(-2L));
+  const OLECHAR* third =
+      CLogBase<CReturnValue<CComBSTR>>::xstrerror(static_cast<unsigned long>(-7001L));
+  EXPECT_EQ(first, u"UI API general failure"s);
+  EXPECT_EQ(second, u"Function not supported"s);
+  EXPECT_EQ(third, u"Invalid item"s);
+}
+
+}  // namespace

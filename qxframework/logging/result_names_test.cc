@@ -1,0 +1,38 @@
+#include "qxframework/logging/result_names.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(ResultNames, HostCodesHaveNamesAndSentences) {
+  EXPECT_EQ(qx::resultName(-7000), u"UI_API_ERR_INVALID_FORM");
+  EXPECT_EQ(qx::resultSentence(-7000), u"Invalid form");
+  EXPECT_EQ(qx::resultName(-1), u"UI_API_ERR_GEN_FAILURE");
+  EXPECT_EQ(qx::resultName(-2000), u"RX_API_ERR_SQL_FAILURE");
+  EXPECT_EQ(qx::resultName(-7200), u"UI_ADDON_CONN_STR_NOTVALID");
+  EXPECT_EQ(qx::resultSentence(-7061), u"Does not support bacth update");
+}
+
+TEST(ResultNames, FrameworkCodesHaveSentencesOnly) {
+  EXPECT_EQ(qx::resultSentence(QX_E_DATABASE), u"Error create/update database.");
+  EXPECT_EQ(qx::resultText(QX_E_DATABASE), u"0x80040500");
+}
+
+TEST(ResultNames, StandardCodesHaveNamesOnly) {
+  EXPECT_EQ(qx::resultText(S_OK), u"S_OK");
+  EXPECT_EQ(qx::resultText(S_FALSE), u"S_FALSE");
+  EXPECT_EQ(qx::resultText(E_UNEXPECTED), u"E_UNEXPECTED");
+  EXPECT_EQ(qx::errorText(E_INVALIDARG), u"Unknown error (-2147024809, 0x80070057)");
+}
+
+TEST(ResultNames, TheCodeIsTakenAs32Bits) {
+  EXPECT_EQ(qx::resultText(0x80004005), u"E_FAIL");
+  EXPECT_EQ(qx::resultText(static_cast<long>(0xFFFFE4A8UL)), u"UI_API_ERR_INVALID_FORM");
+}
+
+TEST(ResultNames, AGapInTheNumbersIsNoRow) {
+  EXPECT_EQ(qx::resultText(-7007), u"0xFFFFE4A1");
+  EXPECT_EQ(qx::errorText(-7007), u"Unknown error (-7007, 0xFFFFE4A1)");
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+#include "qxframework/os/clock.h"
+
+#include <gtest/gtest.h>
+
+namespace qx {
+namespace {
+
+using std::chrono::milliseconds;
+
+TEST(Clock, TheCurrentOneIsTheMachinesAtFirst) { EXPECT_EQ(&currentClock(), &systemClock()); }
+
+TEST(Clock, TheMachinesMonotonicTimeDoesNotGoBack) {
+  const auto first = systemClock().monotonic();
+  EXPECT_GE(systemClock().monotonic(), first);
+}
+
+TEST(Clock, TheMachinesSleepTakesAtLeastItsTime) {
+  const auto first = systemClock().monotonic();
+  systemClock().sleepFor(milliseconds(1));
+  EXPECT_GE(systemClock().monotonic() - first, milliseconds(1));
+  systemClock().sleepFor(milliseconds(-1));
+}
+
+TEST(Clock, AScopeReplacesTheCurrentOneAndPutsItBack) {
+  ManualClock outer;
+  const ScopedClock outerScope(outer);
+  {
+    ManualClock inner;
+    const ScopedClock innerScope(inner);
+    EXPECT_EQ(&currentClock(), &inner);
+  }
+  EXPECT_EQ(&currentClock(), &outer);
+}
+
+TEST(Clock, NullMeansTheMachines) {
+  ManualClock clock;
+  EXPECT_EQ(&setCurrentClock(&clock), &systemClock());
+  EXPECT_EQ(&setCurrentClock(nullptr), &clock);
+  EXPECT_EQ(&currentClock(), &systemClock());
+}
+
+TEST(ManualClock, PassesTimeByWaitingWithoutWaiting) {
+  ManualClock clock(std::chrono::system_clock::time_point(milliseconds(5)));
+  const auto before = clock.monotonic();
+  clock.sleepFor(std::chrono::minutes(30));
+  clock.sleepFor(milliseconds(-7));
+  EXPECT_EQ(clock.now().time_since_epoch(), milliseconds(5) + std::chrono::minutes(30));
+  EXPECT_EQ(clock.monotonic() - before, std::chrono::minutes(30));
+  EXPECT_EQ(clock.sleeps(), 2);
+}
+
+TEST(ManualClock, TimeOfDayCanJumpWithoutTimePassing) {
+  ManualClock clock(std::chrono::system_clock::time_point(milliseconds(500)));
+  const auto before = clock.monotonic();
+  clock.setNow(std::chrono::system_clock::time_point(milliseconds(5)));
+  EXPECT_EQ(clock.now().time_since_epoch(), milliseconds(5));
+  EXPECT_EQ(clock.monotonic(), before);
+}
+
+}  // namespace
+}  // namespace qx

@@ -1,0 +1,349 @@
+#include "qxframework/resources/resource_loader.h"
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/automation/com_object.h"
+#include "qxframework/automation/text.h"
+#include "qxframework/foundation/qx_bstr.h"
+#include "qxframework/xml/dom.h"
+#include "qxframework/xml/dom_document.h"
+#include "tests/support/recording_logger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+namespace {
+
+using qx::test::RecordingLogger;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using namespace std::string_literals;
+
+HRESULT raisedBy(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const _com_error& error) {
+    return error.Error();
+  }
+  return S_OK;
+}
+
+// A folder that TMPDIR names while the object lives.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() {
+    std::string name = std::filesystem::temp_directory_path() / "qx_loader_XXXXXX";
+    path_ = mkdtemp(name.data());
+    setenv("TMPDIR", path_.c_str(), 1);
+  }
+  ~TemporaryFolder() {
+    unsetenv("TMPDIR");
+    std::filesystem::permissions(path_, std::filesystem::perms::owner_all);
+    std::filesystem::remove_all(path_);
+  }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+class ResourceLoaderTest : public ::testing::Test {
+ protected:
+  // The document after a mapped load of `xml`.
+  std::u16string mapped(std::u16string_view xml, std::vector<XMLMAP> map,
+                        HvLanguages language = ln_English) {
+    map.emplace_back();  // the end mark
+    CComPtr<IXMLDOMDocument> document;
+    EXPECT_EQ(loader.LoadXML(5, CComBSTR(xml), document, &map, language), S_OK);
+    return std::u16string(document->xml().View());
+  }
+  std::u16string contents(unsigned id) {
+    CComBSTR text;
+    EXPECT_EQ(loader.GetResourceFileContents(5, id, text), S_OK);
+    return std::u16string(text.View());
+  }
+
+  RecordingLogger logger;
+  CQXResourceLoader loader;
+};
+
+TEST_F(ResourceLoaderTest, ReadsNarrowAndWideResources) {
+  EXPECT_EQ(
+      contents(1),
+      u"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<Application name=\"Stra\u00DFe\"/>\n");
+  EXPECT_EQ(contents(4), contents(1));
+  EXPECT_EQ(contents(2), u"\uFEFF<Application name=\"\u4E2D\"/>");
+}
+
+TEST_F(ResourceLoaderTest, AMissingResourceIsLoggedAndRaised) {
+  CComBSTR text;
+  EXPECT_EQ(raisedBy([&] { loader.GetResourceFileContents(5, 99, text); }), E_INVALIDARG);
+  EXPECT_TRUE(logger.has(1, u"Could not locate resource (ID=99)!\n"));
+  EXPECT_TRUE(logger.has(6, u"Leaving function [E_INVALIDARG]\n"));
+}
+
+TEST_F(ResourceLoaderTest, AnEmptyResourceIsAFailure) {
+  CComBSTR text;
+  EXPECT_EQ(raisedBy([&] { loader.GetResourceFileContents(5, 3, text); }), E_INVALIDARG);
+  EXPECT_TRUE(logger.has(1, u"Could not get the size of resource (ID=3)!\n"));
+}
+
+TEST_F(ResourceLoaderTest, ASourceWithStrayTextParsesFromItsFirstBracket) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(u"\uFEFF stray <a/>"), document, nullptr, ln_English);
+  EXPECT_EQ(document->documentElement()->nodeName().View(), u"a");
+}
+
+TEST_F(ResourceLoaderTest, ASourceWithoutABracketIsAFile) {
+  const TemporaryFolder folder;
+  const auto file = folder.path() / "form.xml";
+  std::ofstream(file) << "<fromfile/>";
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(qx::toUtf16(file.string())), document, nullptr, ln_English);
+  EXPECT_EQ(document->documentElement()->nodeName().View(), u"fromfile");
+}
+
+TEST_F(ResourceLoaderTest, ATextThatDoesNotParseIsLoggedOnOneLineAndRaised) {
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(raisedBy([&] {
+              loader.LoadXML(0, CComBSTR(u"<a>\n<b>\n</a>"), document, nullptr, ln_English);
+            }),
+            E_INVALIDARG);
+  const auto errors = logger.messages(1);
+  ASSERT_EQ(errors.size(), 1U);
+  EXPECT_TRUE(errors[0].starts_with(u"Load XML failed: ")) << qx::toUtf8(errors[0]);
+  EXPECT_TRUE(errors[0].find(u" [line: 3 linepos: ") != std::u16string::npos)
+      << qx::toUtf8(errors[0]);
+  EXPECT_EQ(errors[0].find(u'\n'), errors[0].size() - 1);
+  EXPECT_TRUE(logger.has(6, u"Leaving function [E_INVALIDARG]\n"));
+}
+
+TEST_F(ResourceLoaderTest, AMissingFileIsRaised) {
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(raisedBy([&] {
+              loader.LoadXML(0, CComBSTR(u"/nowhere/form.xml"), document, nullptr, ln_English);
+            }),
+            E_INVALIDARG);
+}
+
+TEST_F(ResourceLoaderTest, ASwappedResourceIsWideAndDoesNotParse) {
+  const std::u16string text = contents(5);
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(raisedBy([&] { loader.LoadXML(0, CComBSTR(text), document, nullptr, ln_English); }),
+            E_INVALIDARG);
+  EXPECT_TRUE(logger.messages(1).back().starts_with(u"Load XML failed: "));
+}
+
+TEST_F(ResourceLoaderTest, ADocumentThatCannotBeMadeIsRaisedWithItsCode) {
+  DWORD cookie = 0;
+  CComPtr<IXMLDOMDocument> document;
+  ASSERT_EQ(qx::createDocument(&document.p), S_OK);
+  CoRegisterClassObject(CLSID_DOMDocument, qx::makeFactory([]() -> CComPtr<IXMLDOMDocument> {
+                          qx::raiseError(REGDB_E_CLASSNOTREG);
+                        }),
+                        1, 0, &cookie);
+  EXPECT_EQ(raisedBy([&] { loader.LoadXML(0, CComBSTR(u"<a/>"), document, nullptr, ln_English); }),
+            REGDB_E_CLASSNOTREG);
+  CoRevokeClassObject(cookie);
+  EXPECT_TRUE(logger.has(1, u"Failed to CoCreate an instance of an XML DOM [0x80040154]\n"));
+}
+
+TEST_F(ResourceLoaderTest, WithoutAMapNothingIsRewrittenAndTheMapTableStays) {
+  const auto text =
+      u"<Application><maptable><map tag=\"A\" id=\"1\"/></maptable><form uid=\"A\"/></Application>";
+  const std::vector<XMLMAP> empty;
+  for (const std::vector<XMLMAP>* map :
+       {static_cast<const std::vector<XMLMAP>*>(nullptr), &empty}) {
+    CComPtr<IXMLDOMDocument> document;
+    loader.LoadXML(0, CComBSTR(text), document, map, ln_English);
+    const std::u16string xml(document->xml().View());
+    EXPECT_NE(xml.find(u"maptable"), std::u16string::npos);
+    EXPECT_NE(xml.find(u"uid=\"A\""), std::u16string::npos);
+  }
+}
+
+TEST_F(ResourceLoaderTest, AMapTableIsGoneAfterAMappedLoad) {
+  const auto xml = mapped(
+      u"<Application><maptable><map tag=\"A\" id=\"1\"/></maptable><form uid=\"A\"/></Application>",
+      {});
+  EXPECT_EQ(xml.find(u"maptable"), std::u16string::npos);
+  EXPECT_NE(xml.find(u"<form uid=\"A\"/>"), std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, APrefixIsKeptAheadOfTheNumber) {
+  const auto xml =
+      mapped(u"<Application UniqueID=\"QX_@QX_MNU_LOGGING\"/>", {{u"QX_MNU_LOGGING", 302, u""}});
+  EXPECT_NE(xml.find(u"UniqueID=\"QX_302\""), std::u16string::npos);
+  EXPECT_TRUE(logger.has(5, u"[UniqueID]: 'QX_MNU_LOGGING' => '302'.\n"));
+}
+
+TEST_F(ResourceLoaderTest, AnIdentifierWithoutARowIsCutToTenCharactersWithOneDebugLine) {
+  const auto xml = mapped(u"<Application>\n<form uid=\"QX_FCL_ET_FIND\"/></Application>", {});
+  EXPECT_NE(xml.find(u"uid=\"QX_FCL_ET_\""), std::u16string::npos);
+  const auto lines = logger.messagesOf(u"CQXResourceLoader::FindAndReplace");
+  EXPECT_THAT(lines,
+              ElementsAre(u"[QX_FCL_ET_FIND]: no mapping defined for uid attribute [line=2].\n"s));
+}
+
+TEST_F(ResourceLoaderTest, NumbersAndShortIdentifiersPassThrough) {
+  const auto xml =
+      mapped(u"<Application FatherUID=\"43523\" default_button=\"1\" uid=\"ABCDEFGHIJ\"/>", {});
+  EXPECT_NE(xml.find(u"FatherUID=\"43523\" default_button=\"1\" uid=\"ABCDEFGHIJ\""),
+            std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, APrefixComesOnTopOfTheTenCharacters) {
+  const auto xml = mapped(u"<Application uid=\"PRE_@ABCDEFGHIJKLM\"/>", {});
+  EXPECT_NE(xml.find(u"uid=\"PRE_@ABCDEFGHI\""), std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, ATextAttributeGetsTheStringOfTheLanguage) {
+  const std::vector<XMLMAP> map{{u"QX_ITM_BT_OK", 1, u""}};
+  EXPECT_NE(mapped(u"<Application caption=\"QX_ITM_BT_OK\"/>", map).find(u"caption=\"OK\""),
+            std::u16string::npos);
+  EXPECT_NE(mapped(u"<Application caption=\"QX_ITM_BT_OK\"/>", map, ln_German)
+                .find(u"caption=\"In Ordnung\""),
+            std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, WithoutAStringTheRowsValueServesAndMayBeEmpty) {
+  EXPECT_NE(mapped(u"<Application title=\"T\"/>", {{u"T", 999, u"a<b&c"}})
+                .find(u"title=\"a&lt;b&amp;c\""),
+            std::u16string::npos);
+  EXPECT_NE(mapped(u"<Application caption=\"T\"/>", {{u"T", 999, u""}}).find(u"caption=\"\""),
+            std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, StringsWithMarkupCharactersParse) {
+  const auto xml = mapped(u"<Application String=\"T\"/>", {{u"T", 2, u""}});
+  EXPECT_NE(xml.find(u"Fish &amp; Chips &quot;to go&quot; &lt;now&gt;"), std::u16string::npos)
+      << qx::toUtf8(xml);
+}
+
+TEST_F(ResourceLoaderTest, ATextWithoutARowStaysAlsoWithAPrefix) {
+  const auto xml =
+      mapped(u"<Application caption=\"ab@cd\" description=\"a very long description\"/>", {});
+  EXPECT_NE(xml.find(u"caption=\"ab@cd\" description=\"a very long description\""),
+            std::u16string::npos);
+  EXPECT_THAT(logger.messagesOf(u"CQXResourceLoader::FindAndReplace"), IsEmpty());
+}
+
+TEST_F(ResourceLoaderTest, TheEndMarkMatchesEmptyValues) {
+  const auto xml = mapped(u"<Application uid=\"\" linkto=\"\" caption=\"\"/>", {});
+  EXPECT_NE(xml.find(u"uid=\"-1\" linkto=\"-1\" caption=\"\""), std::u16string::npos)
+      << qx::toUtf8(xml);
+}
+
+TEST_F(ResourceLoaderTest, TheFirstOfTwoRowsWins) {
+  EXPECT_NE(
+      mapped(u"<Application uid=\"A\"/>", {{u"A", 1, u""}, {u"A", 2, u""}}).find(u"uid=\"1\""),
+      std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, TheOpenerFiresOnAnyAttributeThatEndsLikeIt) {
+  EXPECT_NE(mapped(u"<Application myuid=\"A\"/>", {{u"A", 1, u""}}).find(u"myuid=\"1\""),
+            std::u16string::npos);
+}
+
+TEST_F(ResourceLoaderTest, APassSeesWhatEarlierPassesWrote) {
+  // "uid" comes first and writes a value that "alias" does not touch; "value" sees the text that
+  // "caption" wrote only where it looks like an opener, which entities prevent.
+  const auto xml = mapped(u"<Application caption=\"T\" value=\"V\"/>",
+                          {{u"T", 999, u"value=\"V\""}, {u"V", 1, u""}});
+  EXPECT_NE(xml.find(u"caption=\"value=&quot;V&quot;\" value=\"OK\""), std::u16string::npos)
+      << qx::toUtf8(xml);
+}
+
+TEST_F(ResourceLoaderTest, ALocalisedTextThatDoesNotParseIsDumpedAndRaised) {
+  const TemporaryFolder folder;
+  std::vector<XMLMAP> map{{u"A", 999, u"\x01"}, {}};  // a control character that no XML may hold
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(raisedBy([&] {
+              loader.LoadXML(0, CComBSTR(u"<Application caption=\"A\"/>"), document, &map,
+                             ln_English);
+            }),
+            E_INVALIDARG);
+  EXPECT_TRUE(logger.has(1, u"Load XML following localization failed. Strange!.\n"));
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "HVX_Form.xml"));
+}
+
+TEST_F(ResourceLoaderTest, ADumpThatCannotBeWrittenIsLoggedAndTheRestGoesOn) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path() /
+                                    "HVX_Form.xml");  // no file can be written there
+  std::vector<XMLMAP> map{{u"A", 999, u"\x01"}, {}};
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(raisedBy([&] {
+              loader.LoadXML(0, CComBSTR(u"<Application caption=\"A\"/>"), document, &map,
+                             ln_English);
+            }),
+            E_INVALIDARG);
+  EXPECT_THAT(logger.messages(1),
+              ElementsAre(u"Failed to dump form to " +
+                              qx::toUtf16((folder.path() / "HVX_Form.xml").string()) +
+                              u" -- access rights?",
+                          u"Load XML following localization failed. Strange!.\n"s));
+}
+
+TEST_F(ResourceLoaderTest, GetChildNodeFoldsTheChildsName) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(u"<Application><ITEM/><Item n=\"2\"/></Application>"), document,
+                 nullptr, ln_English);
+  const auto application = loader.GetChildNode(0, document, u"application", -1, true);
+  ASSERT_NE(application, nullptr);
+  EXPECT_EQ(loader.GetChildNode(0, application, u"item", -1, true)->nodeName().View(), u"ITEM");
+  EXPECT_EQ(loader.GetChildNode(0, application, u"Item", -1, false), nullptr);
+}
+
+TEST_F(ResourceLoaderTest, GetChildNodeWithAnotherNumberOfChildrenIsSilent) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(u"<forms><form/><form/></forms>"), document, nullptr, ln_English);
+  const auto forms = loader.GetChildNode(0, document, u"forms", -1, true);
+  EXPECT_EQ(loader.GetChildNode(0, forms, u"form", 1, true), nullptr);
+  EXPECT_THAT(logger.messages(1), IsEmpty());
+}
+
+TEST_F(ResourceLoaderTest, GetChildNodeLogsAMissIfAsked) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(u"<forms/>"), document, nullptr, ln_English);
+  EXPECT_EQ(loader.GetChildNode(0, document, u"menus", -1, false), nullptr);
+  EXPECT_THAT(logger.messages(1), IsEmpty());
+  EXPECT_EQ(loader.GetChildNode(0, document, u"menus", -1, true), nullptr);
+  EXPECT_THAT(logger.messages(1), ElementsAre(u"<menus> node not found.\n"s));
+}
+
+TEST_F(ResourceLoaderTest, AnAbsentAttributeGivesAnEmptyString) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(u"<a b=\"x\" c=\"\"><!-- no attributes --></a>"), document, nullptr,
+                 ln_English);
+  const CComPtr<IXMLDOMNode> node = document->documentElement();
+  EXPECT_EQ(loader.GetXMLAttributeValue(node, u"b").View(), u"x");
+  EXPECT_NE(loader.GetXMLAttributeValue(node, u"c").m_str, nullptr);
+  EXPECT_EQ(loader.GetXMLAttributeValue(node, u"d").m_str, nullptr);
+  EXPECT_EQ(loader.GetXMLAttributeValue(node->firstChild(), u"b").m_str, nullptr);
+}
+
+TEST_F(ResourceLoaderTest, LoadsStringsOfItsModule) {
+  CQXBSTR text(ln_English);
+  EXPECT_TRUE(loader.LoadStringW(text, 1, ln_German));
+  EXPECT_EQ(text.View(), u"In Ordnung");
+  EXPECT_TRUE(loader.LoadStringW(text, 1, static_cast<unsigned short>(1033)));
+  EXPECT_EQ(text.View(), u"OK");
+  EXPECT_FALSE(loader.LoadStringW(text, 999, ln_German));
+  EXPECT_EQ(text.View(), u"OK");
+}
+
+TEST_F(ResourceLoaderTest, TenMegabytesLoad) {
+  std::u16string text = u"<Application>";
+  while (text.size() < 10'000'000)
+    text += u"<item uid=\"12345\" caption=\"plain text without a row\"/>";
+  text += u"</Application>";
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(loader.LoadXML(0, CComBSTR(text), document, nullptr, ln_English), S_OK);
+}
+
+}  // namespace

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <mutex>
+
+namespace qx {
+
+/// A lock within the process that its holder may take again.
+using CriticalSection = std::recursive_mutex;
+using CriticalSectionLock = std::lock_guard<CriticalSection>;
+
+}  // namespace qx

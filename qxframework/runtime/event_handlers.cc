@@ -1,0 +1,240 @@
+// The events one by one. Forms and the add-on are called by the rules of guarded_call.h.
+
+#include "qxframework/automation/com_object.h"
+#include "qxframework/dbdef/qx_util.h"
+#include "qxframework/foundation/qx_bstr.h"
+#include "qxframework/host/events.h"
+#include "qxframework/host/form.h"
+#include "qxframework/runtime/addon_form.h"
+#include "qxframework/runtime/event_sink.h"
+#include "qxframework/runtime/framework_texts.h"
+#include "qxframework/runtime/guarded_call.h"
+#include "qxframework/runtime/qx_idispatch.h"
+
+namespace {
+
+constexpr OLECHAR kBubbleAtStart[] = u"BubbleEvent at start is %d";
+constexpr OLECHAR kBubbleOnExit[] = u"BubbleEvent on exit is %d";
+constexpr OLECHAR kFormThrew[] = u"Form %s threw exception";
+
+qx::LogSettingsOpener g_logSettingsOpener = nullptr;
+
+bool isCommonMenuEntry(const CComBSTR& uid, qx::FrameworkText entry) {
+  return uid == CQXUtil::GetMenuUID(CQXBSTR(u"QX_", ln_English), entry);
+}
+
+}  // namespace
+
+void CQXEventSink::SetLogSettingsOpener(qx::LogSettingsOpener opener) {
+  g_logSettingsOpener = opener;
+}
+
+template <class Operation>
+void CQXEventSink::AskForm(Scope& hr, CQXAddOnForm* form, const CComBSTR& uid, short* bubble,
+                           Operation operation) {
+  const qx::RunningForms::Call call(m_runningForms, form);
+  qx::callWithBubble(
+      hr, bubble, [&] { return operation(*form); }, kFormThrew, uid);
+}
+
+// The form that an event without a form of its own belongs to: the selected one, if it is ours.
+template <class Operation>
+void CQXEventSink::AskSelectedForm(Scope& hr, short* bubble, Operation operation) {
+  const CComPtr<IForm> selected = CQXUtil::GetSelectedForm(m_ptrApp);
+  if (selected == nullptr) return;
+  const CComBSTR uid = selected->GetUniqueID();
+  CQXAddOnForm* const form = FindForm(uid).value_or(nullptr);
+  if (form != nullptr) AskForm(hr, form, uid, bubble, operation);
+}
+
+template <class Operation>
+void CQXEventSink::AskAddOnUnlessVetoed(Scope& hr, short* bubble, const OLECHAR* message,
+                                        Operation operation) {
+  if (*bubble != VARIANT_TRUE || m_pDispatch == nullptr) return;
+  qx::callWithBubble(
+      hr, bubble, [&] { return operation(*m_pDispatch); }, message);
+}
+
+// The hooks whose failure does not show in the result.
+template <class Operation>
+void CQXEventSink::AskAddOn(Scope& hr, const OLECHAR* message, Operation operation) {
+  if (m_pDispatch == nullptr) return;
+  qx::callAddOn(
+      hr, [&] { return operation(*m_pDispatch); }, message);
+}
+
+long CQXEventSink::ItemEvent(BSTR formUID, IDispatch* event, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::ItemEvent", 0, m_lAppId);
+  hr.LogDbg1(kBubbleAtStart, *bubble);
+  RouteItemEvent(hr, formUID, event, bubble);
+  hr.LogDbg1(kBubbleOnExit, *bubble);
+  return hr;
+}
+
+void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, short* bubble) {
+  const CComBSTR uid(formUID);
+  if (uid.IsEmpty() || event == nullptr) {
+    hr = E_INVALIDARG;
+    return;
+  }
+  const CComQIPtr<IItemEvent> itemEvent(event);
+  if (itemEvent == nullptr) {
+    hr = E_POINTER;
+    return;
+  }
+  long type = 0;
+  VARIANT_BOOL before = VARIANT_FALSE;
+  CComBSTR formType;
+  hr = itemEvent->raw_GetEventType(&type);
+  if (hr >= 0) hr = itemEvent->raw_GetBeforeAction(&before);
+  if (hr >= 0) hr = itemEvent->raw_GetFormTypeEx(&formType);
+  if (hr < 0) return;
+  hr = S_OK;
+
+  const auto form = FindFormLoggingAll(hr, uid);
+  if (!form) {
+    if (type == qx::kFormLoad && before == VARIANT_FALSE) RouteFormLoad(hr, itemEvent, bubble);
+    return;
+  }
+  if (*form == nullptr) return;
+  AskForm(hr, *form, uid, bubble,
+          [&](CQXAddOnForm& each) { return each.OnItemEvent(itemEvent.p, bubble); });
+  if (hr < 0) hr = S_FALSE;
+  if (type == qx::kFormUnload) EndForm(hr, uid, *form);
+}
+
+std::optional<CQXAddOnForm*> CQXEventSink::FindFormLoggingAll(Scope& hr, const CComBSTR& uid) {
+  const qx::CriticalSectionLock lock(m_cs);
+  for (const auto& [key, form] : m_mapForms) hr.LogDbg2(u"Form map entry: %s", key);
+  return FindForm(uid);
+}
+
+void CQXEventSink::RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble) {
+  if (m_pDispatch == nullptr) return;
+  qx::callWithBubble(
+      hr, bubble, [&] { return m_pDispatch->OnFormLoad(event, bubble); },
+      u"Add-on's OnFormLoad threw exception");
+  if (hr < 0) hr = S_FALSE;
+}
+
+// The form's own operation may have let the host unload it already, nested in it: then there is
+// nothing left to do.
+void CQXEventSink::EndForm(Scope& hr, const CComBSTR& uid, CQXAddOnForm* form) {
+  if (FindForm(uid).value_or(nullptr) != form) return;
+  {
+    const qx::RunningForms::Call call(m_runningForms, form);
+    if (!qx::endedWell([&] { form->UnloadForm(); })) {
+      hr.LogError(kFormThrew, uid);
+      hr = S_FALSE;
+    }
+  }
+  {
+    const qx::CriticalSectionLock lock(m_cs);
+    m_mapForms.erase(uid);
+  }
+  m_runningForms.deleteForm(form);
+}
+
+long CQXEventSink::OnMenuEvent(IMenuEvent* event, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  if (event == nullptr) return S_FALSE;
+  Scope hr(u"CQXEventSink::OnMenuEvent", 0, m_lAppId);
+  hr.LogDbg1(kBubbleAtStart, *bubble);
+  RouteMenuEvent(hr, event, bubble);
+  hr.LogDbg1(kBubbleOnExit, *bubble);
+  return hr;
+}
+
+void CQXEventSink::RouteMenuEvent(Scope& hr, IMenuEvent* event, short* bubble) {
+  CComBSTR uid;
+  bool before = false;
+  try {
+    uid = event->GetMenuUID();
+    before = event->GetBeforeAction() == VARIANT_TRUE;
+    hr.LogDbg1(u"Menu: %s Action: %s", uid.IsEmpty() ? u"''" : uid.View(),
+               before ? u"Before" : u"After");
+    const bool inner = event->GetInnerEvent() == VARIANT_TRUE;
+    hr.LogDbg0(inner ? u"InnerEvent: %s" : u"OuterEvent: %s", uid.View());
+  } catch (const _com_error&) {
+    hr = E_INVALIDARG;
+    return;
+  }
+  if (isCommonMenuEntry(uid, qx::kTextQuit)) {
+    if (!before) hr = UnloadApplication();
+  } else if (isCommonMenuEntry(uid, qx::kTextLogSettings)) {
+    if (before) OpenLogSettings(hr, bubble);
+  } else {
+    AskSelectedForm(hr, bubble,
+                    [&](CQXAddOnForm& form) { return form.OnMenuEvent(event, bubble); });
+    AskAddOnUnlessVetoed(hr, bubble, u"Add-on's OnMenuEvent threw exception",
+                         [&](CQXIDispatch& addOn) { return addOn.OnMenuEvent(event, bubble); });
+  }
+}
+
+void CQXEventSink::OpenLogSettings(Scope& hr, short* bubble) {
+  if (g_logSettingsOpener == nullptr) {
+    hr.LogError(u"Failed to create instance of CFrmLogSettings.\n");
+    return;
+  }
+  hr = qx::guarded([&] { return g_logSettingsOpener(m_pAddOn, m_ptrApp, m_ptrCompany); });
+  if (hr < 0) {
+    hr.LogError(u"Failed to create FrmLogSettings form.\n");
+    return;
+  }
+  *bubble = VARIANT_FALSE;
+}
+
+long CQXEventSink::StatusBarEvent(BSTR text, long type) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::StatusBarEvent", 0, m_lAppId);
+  AskAddOn(hr, u"Add-on's OnStatusBarEvent handler threw an exception",
+           [&](CQXIDispatch& addOn) { return addOn.OnStatusBarEvent(text, type); });
+  return hr;
+}
+
+long CQXEventSink::ProgressBarEvent(IMenuEvent* event, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::ProgressBarEvent", 0, m_lAppId);
+  const qx::BubbleRule rule(bubble);
+  AskAddOn(hr, u"Add-on's OnProgressBarEvent handler threw an exception",
+           [&](CQXIDispatch& addOn) { return addOn.OnProgressBarEvent(event, bubble); });
+  return hr;
+}
+
+long CQXEventSink::PrintEvent(IDispatch* event, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::PrintEvent", 0, m_lAppId);
+  const qx::BubbleRule rule(bubble);
+  AskAddOn(hr, u"Add-on's OnPrintEvent handler threw an exception",
+           [&](CQXIDispatch& addOn) { return addOn.OnPrintEvent(event, bubble); });
+  return hr;
+}
+
+long CQXEventSink::ReportDataEvent(IDispatch* event, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::ReportDataEvent", 0, m_lAppId);
+  const qx::BubbleRule rule(bubble);
+  AskAddOn(hr, u"Add-on's OnReportDataEvent handler threw an exception",
+           [&](CQXIDispatch& addOn) { return addOn.OnReportDataEvent(event, bubble); });
+  return hr;
+}
+
+long CQXEventSink::RightClickEvent(IContextMenuInfo* info, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::RightClickEvent", 0, m_lAppId);
+  AskSelectedForm(hr, bubble,
+                  [&](CQXAddOnForm& form) { return form.OnRightClickEvent(info, bubble); });
+  AskAddOnUnlessVetoed(hr, bubble, u"Add-on's OnRightClickEvent threw exception",
+                       [&](CQXIDispatch& addOn) { return addOn.OnRightClickEvent(info, bubble); });
+  return hr;
+}
+
+// The veto counts, the result does not.
+long CQXEventSink::FormDataEvent(IBusinessObjectInfo* info, short* bubble) {
+  if (m_bShutdown) return S_OK;
+  Scope hr(u"CQXEventSink::FormDataEvent", 0, m_lAppId);
+  AskSelectedForm(hr, bubble,
+                  [&](CQXAddOnForm& form) { return form.OnFormDataEvent(info, bubble); });
+  return hr = S_OK;
+}

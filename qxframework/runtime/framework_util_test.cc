@@ -1,0 +1,233 @@
+#include "qxframework/runtime/framework_util.h"
+
+#include "qxframework/automation/class_object.h"
+#include "qxframework/logging/result_names.h"
+#include "qxframework/runtime/fake_host.h"
+#include "qxframework/runtime/test_addon.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace qx::test {
+namespace {
+
+using testing::ElementsAre;
+using Strings = std::vector<std::string>;
+
+constexpr char kSelectVersion[] =
+    "SQL(select U_Version, U_Status from [@QXEXTDBVERSION] where U_ExtID = '' order by Code desc)";
+constexpr char kSelectFix[] =
+    "SQL(select (case when U_EFNum is null then '00' else U_EFNum end) as U_EFNum from "
+    "[@QXEXTDBVERSION] where U_ExtID = '' order by Code desc)";
+constexpr char kDeleteStamp[] =
+    "SQL(delete from [@QXEXTDBVERSION] where U_ExtID = '' and U_Version = '9.20.00.01' and "
+    "U_EFNum= '00')";
+constexpr char kSelectCode[] = "SQL(SELECT MAX(Code) FROM [@QXEXTDBVERSION])";
+constexpr char kInsertStamp[] =
+    "SQL(insert into [@QXEXTDBVERSION] (Code, Name, U_ExtID, U_Version, U_EFNum, U_Status, "
+    "U_Rdate)   values ('00000000', '00000000', '', '9.20.00.01', '00', 'Installed', getdate()))";
+constexpr char kFirstQuestion[] =
+    "App.MessageBox(The database upgrade of the Halvex add-On to version 9.20.00.01.00 is either "
+    "in progress or the upgrade process has been cancelled and the upgrade is incomplete. Do you "
+    "want to restart the upgrade process?, 1, Exit, Upgrade, )";
+constexpr char kSecondQuestion[] =
+    "App.MessageBox(Do you really want to restart the DB upgrade?, 1, Exit, Upgrade, )";
+
+class FrameworkUtilTest : public testing::Test {
+ protected:
+  FrameworkUtilTest() {
+    createInstance(CLSID_HalvexCompany, CLSCTX_SERVER, &company.p);
+    map.emplace_back(u"QX_MNU_LOGGING", 551, u"");
+    map.emplace_back();
+  }
+  long check() { return util.CheckDatabase(host.application.p, company); }
+  Strings messages() const { return messagesOf(log, u"CQXFrameworkUtil::CheckDatabase"); }
+  bool isCreated(const std::string& field) const {
+    return host.called("UserFields.Add(" + field + ")");
+  }
+
+  RecordingLogger log;
+  FakeHost host;
+  CComPtr<ICompany> company;
+  CQXFrameworkUtil util;
+  std::vector<XMLMAP> map;
+};
+
+TEST_F(FrameworkUtilTest, CheckDatabaseLeavesTablesOfThisVersionAlone) {
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(host.calls, ElementsAre(kSelectVersion, kSelectFix));
+  EXPECT_THAT(messages(), ElementsAre("Db is OK.\n"));
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Db is OK.\n"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesWhereNoneCanBeRead) {
+  host.hasVersionTable = false;
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(
+      host.calls,
+      ElementsAre(kSelectVersion, "UserTables.Add(QXEXTDBVERSION)", "UserFields.Add(ExtID)",
+                  "UserFields.Add(Version)", "UserFields.Add(EFNum)", "UserFields.Add(Status)",
+                  "UserFields.Add(Rdate)", kDeleteStamp, kSelectCode, kInsertStamp));
+  EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesWhereNoVersionIsKept) {
+  host.versionRow.reset();
+  EXPECT_EQ(check(), 0);
+  EXPECT_TRUE(isCreated("ExtID"));
+  EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseUpgradesOlderTables) {
+  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(host.calls,
+              ElementsAre(kSelectVersion, kSelectFix, "UserFields.GetByKey(@QXEXTDBVERSION, 1)",
+                          kSelectVersion, kSelectFix, "UserFields.Add(EFNum)", kDeleteStamp,
+                          kSelectCode, kInsertStamp, kDeleteStamp, kSelectCode, kInsertStamp));
+  EXPECT_THAT(messages(), ElementsAre("Db tables are for version 9.10.00.00.00. Add-on version is "
+                                      "9.20.00.01.00. Db is OK.\n"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseWidensAVersionColumnBelowElevenCharacters) {
+  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  host.versionFieldSize = 10;
+  EXPECT_EQ(check(), 0);
+  const Strings widening(host.calls.begin() + 2, host.calls.begin() + 6);
+  EXPECT_THAT(widening,
+              ElementsAre("UserFields.GetByKey(@QXEXTDBVERSION, 1)", "UserFields.PutSize(15)",
+                          "UserFields.PutEditSize(15)", "UserFields.Update"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseLeavesAVersionColumnOfElevenCharactersAlone) {
+  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  host.versionFieldSize = 11;
+  EXPECT_EQ(check(), 0);
+  EXPECT_FALSE(host.called("UserFields.PutSize(15)"));
+  EXPECT_FALSE(host.called("UserFields.Update"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseDoesNotWidenAColumnThatIsNotThere) {
+  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  host.hasVersionField = false;
+  host.versionFieldSize = 1;
+  EXPECT_EQ(check(), 0);
+  EXPECT_FALSE(host.called("UserFields.PutSize(15)"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseStampsNothingMoreWhenTheUpgradeFails) {
+  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  host.failures["UserFields.Add"] = E_FAIL;
+  EXPECT_EQ(check(), E_FAIL);
+  EXPECT_FALSE(host.called(kInsertStamp));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseLeavesNewerTablesAloneWithSuccess) {
+  host.versionRow = {u"9.30.00.00", u"Installed", u"00"};
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(host.calls, ElementsAre(kSelectVersion, kSelectFix));
+  EXPECT_THAT(messages(), ElementsAre("Db tables are for a newer version.\n"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseRestartsAnIncompleteUpgradeWhenTheUserAgreesTwice) {
+  host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
+  host.pressedButtons = {2, 2};
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(messages(), ElementsAre("Uncompleted update detected.\n"));
+  const Strings begin(host.calls.begin(), host.calls.begin() + 7);
+  EXPECT_THAT(begin, ElementsAre(kSelectVersion, kSelectFix, kSelectVersion, kSelectFix,
+                                 kFirstQuestion, kSecondQuestion, "UserFields.Add(ExtID)"));
+  EXPECT_EQ(host.calls.back(), kInsertStamp);
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseAsksNoSecondQuestionWhenTheFirstIsRefused) {
+  host.versionRow = {u"9.20.00.01", u"Upgrade failed", u"00"};
+  host.pressedButtons = {1};
+  EXPECT_EQ(check(), QX_E_UPGRADE_RUNNING);
+  EXPECT_THAT(host.calls,
+              ElementsAre(kSelectVersion, kSelectFix, kSelectVersion, kSelectFix, kFirstQuestion));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseDoesNothingWhenTheSecondQuestionIsRefused) {
+  host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
+  host.pressedButtons = {2, 1};
+  EXPECT_EQ(check(), QX_E_UPGRADE_RUNNING);
+  EXPECT_EQ(host.calls.back(), kSecondQuestion);
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseReportsTheCodeOfAHostThatFails) {
+  host.failures["App.GetAppId"] = E_ACCESSDENIED;
+  EXPECT_EQ(check(), E_ACCESSDENIED);
+  EXPECT_THAT(messages(), ElementsAre("Exception caught when creating db tables.\n",
+                                      "Failed to create/update framework db tables.\n"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseLogsOneLineForAFailureOfTheTables) {
+  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  host.hooks["Company.GetBusinessObject 152"] = [this] { host.hasVersionTable = false; };
+  EXPECT_EQ(check(), QX_E_DATABASE);
+  EXPECT_THAT(messages(), ElementsAre("Failed to create/update framework db tables.\n"));
+}
+
+constexpr char kMenuBatch[] =
+    "App.LoadBatchActions(<?xml version=\"1.0\"?>\n"
+    "<Application>\n"
+    "  <Menus>\n"
+    "    <action type=\"add\">\n"
+    "      <Menu Type=\"1\" UniqueID=\"QX_551\" String=\"Halvex Add-On Log Settings\" "
+    "Checked=\"0\" Enabled=\"1\" FatherUID=\"43523\" Image=\"\" Position=\"2\"/>\n"
+    "    </action>\n"
+    "  </Menus>\n"
+    "</Application>\n)";
+
+std::string removalBatch() {
+  std::string batch = kMenuBatch;
+  return batch.replace(batch.find("\"add\""), 5, "\"remove\"");
+}
+
+TEST_F(FrameworkUtilTest, CreateMenuTreeAddsTheLogSettingsEntryUnderAFrozenMenuBar) {
+  EXPECT_EQ(util.CreateMenuTree(host.application.p, &map), 0);
+  EXPECT_THAT(host.calls,
+              ElementsAre("Form.Freeze(-1)", kMenuBatch, "Form.Freeze(0)", "Form.Update"));
+}
+
+TEST_F(FrameworkUtilTest, CreateMenuTreeLeavesTheMenuBarUnfrozenWhenTheBatchFails) {
+  host.failures["App.LoadBatchActions"] = resultCode(-7043);
+  EXPECT_EQ(util.CreateMenuTree(host.application.p, &map), -7043);
+  EXPECT_THAT(host.calls,
+              ElementsAre("Form.Freeze(-1)", kMenuBatch, "Form.Freeze(0)", "Form.Update"));
+  EXPECT_THAT(messagesOf(log, u"CQXFrameworkUtil::CreateMenuTree"),
+              ElementsAre("Exception caught: -7043"));
+}
+
+TEST_F(FrameworkUtilTest, CreateMenuTreeTouchesNoFormWhenThereIsNoMenuBar) {
+  host.failures["Forms.GetFormByTypeAndCount"] = resultCode(-7008);
+  EXPECT_EQ(util.CreateMenuTree(host.application.p, &map), -7008);
+  EXPECT_THAT(host.calls, ElementsAre());
+}
+
+TEST_F(FrameworkUtilTest, RemoveMenuTreeLoadsTheRemovingBatch) {
+  EXPECT_EQ(util.RemoveMenuTree(host.application.p, &map), 0);
+  EXPECT_THAT(host.calls, ElementsAre(removalBatch()));
+  EXPECT_THAT(messagesOf(log, u"CQXFrameworkUtil::RemoveMenuTree"),
+              ElementsAre("Removing common menu of Add-Ons"));
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Removing common menu of Add-Ons"));
+}
+
+TEST_F(FrameworkUtilTest, RemoveMenuTreeLogsTheHostsReportOnAFailure) {
+  host.failures["App.LoadBatchActions"] = resultCode(-7043);
+  EXPECT_EQ(util.RemoveMenuTree(host.application.p, &map), -7043);
+  EXPECT_THAT(messagesOf(log, u"CQXFrameworkUtil::RemoveMenuTree"),
+              ElementsAre("Removing common menu of Add-Ons", "Exception caught: -7043",
+                          "Failed to remove menu: <result/>"));
+}
+
+TEST_F(FrameworkUtilTest, RemoveMenuTreeEndsWellWhenTheHostHasNoReportEither) {
+  host.failures["App.LoadBatchActions"] = resultCode(-7043);
+  host.failures["App.GetLastBatchResults"] = E_FAIL;
+  EXPECT_EQ(util.RemoveMenuTree(host.application.p, &map), -7043);
+  EXPECT_TRUE(log.has(u"Failed to remove menu: "));
+}
+
+}  // namespace
+}  // namespace qx::test

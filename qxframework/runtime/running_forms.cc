@@ -1,0 +1,31 @@
+#include "qxframework/runtime/running_forms.h"
+
+#include "qxframework/runtime/addon_form.h"
+
+#include <algorithm>
+
+namespace qx {
+
+RunningForms::Call::Call(RunningForms& forms, CQXAddOnForm* form) : forms_(forms), form_(form) {
+  forms_.stack_.push_back(form_);
+}
+
+RunningForms::Call::~Call() {
+  forms_.stack_.pop_back();
+  if (forms_.isRunning(form_) || std::erase(forms_.ended_, form_) == 0) return;
+  delete form_;
+}
+
+void RunningForms::deleteForm(CQXAddOnForm* form) {
+  if (isRunning(form)) {
+    ended_.push_back(form);
+  } else {
+    delete form;
+  }
+}
+
+bool RunningForms::isRunning(const CQXAddOnForm* form) const {
+  return std::find(stack_.begin(), stack_.end(), form) != stack_.end();
+}
+
+}  // namespace qx

@@ -1,0 +1,111 @@
+#include "qxlogger/file_api.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+namespace qx::logger {
+namespace {
+
+// Log files hold business data: the user's own.
+constexpr mode_t kFileMode = 0600;
+constexpr mode_t kFolderMode = 0700;
+
+template <typename Result>
+Result orError(Result result) {
+  return result < 0 ? static_cast<Result>(-errno) : result;
+}
+
+std::int64_t nanoseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+int fill(int result, const struct stat& from, FileInfo& info) {
+  if (result < 0) return -errno;
+  info = {.device = from.st_dev,
+          .inode = from.st_ino,
+          .size = from.st_size,
+          .modified = nanoseconds(from.st_mtim),
+          .changed = nanoseconds(from.st_ctim)};
+  return 0;
+}
+
+class SystemFiles final : public FileApi {
+ public:
+  int open(const std::string& path, int flags) override {
+    return orError(::open(path.c_str(), flags | O_CLOEXEC, kFileMode));
+  }
+  int close(int file) override { return orError(::close(file)); }
+  std::int64_t write(int file, const char* data, std::size_t size) override {
+    return orError(std::int64_t{::write(file, data, size)});
+  }
+  std::int64_t readAt(int file, char* data, std::size_t size, std::int64_t offset) override {
+    return orError(std::int64_t{::pread(file, data, size, offset)});
+  }
+  int truncate(int file, std::int64_t size) override { return orError(::ftruncate(file, size)); }
+  int sync(int file) override { return orError(::fsync(file)); }
+  int info(int file, FileInfo& info) override {
+    struct stat data {};
+    return fill(::fstat(file, &data), data, info);
+  }
+  int info(const std::string& path, FileInfo& info) override {
+    struct stat data {};
+    return fill(::stat(path.c_str(), &data), data, info);
+  }
+  int rename(const std::string& from, const std::string& to) override {
+    return orError(::rename(from.c_str(), to.c_str()));
+  }
+  int remove(const std::string& path) override { return orError(::unlink(path.c_str())); }
+  int makeFolder(const std::string& path) override {
+    const int result = orError(::mkdir(path.c_str(), kFolderMode));
+    return result == -EEXIST ? 0 : result;
+  }
+};
+
+void makeFolders(FileApi& files, const std::string& path) {
+  for (auto slash = path.find('/', 1); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    files.makeFolder(path.substr(0, slash));
+  }
+}
+
+}  // namespace
+
+FileApi& FileApi::system() {
+  static SystemFiles files;
+  return files;
+}
+
+int openInFolder(FileApi& files, const std::string& path, int flags) {
+  const int file = files.open(path, flags);
+  if (file != -ENOENT || (flags & O_CREAT) == 0) return file;
+  makeFolders(files, path);
+  return files.open(path, flags);
+}
+
+int writeAll(FileApi& files, int file, const char* data, std::size_t size) {
+  while (size > 0) {
+    const std::int64_t taken = files.write(file, data, size);
+    if (taken == -EINTR) continue;
+    if (taken <= 0) return taken == 0 ? -EIO : static_cast<int>(taken);
+    data += taken;
+    size -= static_cast<std::size_t>(taken);
+  }
+  return 0;
+}
+
+OpenFile& OpenFile::operator=(OpenFile&& other) noexcept {
+  std::swap(files_, other.files_);
+  std::swap(file_, other.file_);
+  return *this;
+}
+
+OpenFile::~OpenFile() {
+  if (isOpen()) files_->close(file_);
+}
+
+}  // namespace qx::logger

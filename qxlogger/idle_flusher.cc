@@ -1,0 +1,67 @@
+#include "qxlogger/idle_flusher.h"
+
+#include <csignal>
+#include <utility>
+
+namespace qx::logger {
+
+IdleFlusher::IdleFlusher(std::function<void()> pause, std::function<void()> flush)
+    : pause_(std::move(pause)), flush_(std::move(flush)) {
+  sem_init(&wake_, 0, 0);
+}
+
+IdleFlusher::~IdleFlusher() {
+  stop();
+  sem_destroy(&wake_);
+}
+
+void IdleFlusher::stop() {
+  if (state_ != State::kRunning) return;
+  stopped_ = true;
+  sem_post(&wake_);
+  pthread_join(thread_, nullptr);
+  stopped_ = false;
+  state_ = State::kNone;
+}
+
+void IdleFlusher::request() {
+  if (!requested_.exchange(true)) sem_post(&wake_);
+}
+
+void IdleFlusher::forgetThread() {
+  sem_init(&wake_, 0, 0);
+  requested_ = false;
+  state_ = State::kNone;
+}
+
+// The thread takes no signals: they belong to the application.
+bool IdleFlusher::start() {
+  State none = State::kNone;
+  if (!state_.compare_exchange_strong(none, State::kStarting)) return none == State::kRunning;
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  const bool started = pthread_create(&thread_, nullptr, entry, this) == 0;
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  state_.store(started ? State::kRunning : State::kNone, std::memory_order_release);
+  return started;
+}
+
+void IdleFlusher::run() {
+  while (true) {
+    while (sem_wait(&wake_) != 0) {
+    }
+    if (stopped_) return;
+    pause_();
+    requested_.exchange(false);
+    flush_();
+  }
+}
+
+void* IdleFlusher::entry(void* self) {
+  static_cast<IdleFlusher*>(self)->run();
+  return nullptr;
+}
+
+}  // namespace qx::logger

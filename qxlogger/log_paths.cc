@@ -1,0 +1,101 @@
+#include "qxlogger/log_paths.h"
+
+#include "qxlogger/text.h"
+
+#include <fmt/format.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace qx::logger {
+namespace {
+
+constexpr std::string_view kNoModule = "nomodule";
+// A file name has 255 bytes; endings such as ".10.log" come on top.
+constexpr std::size_t kLongestName = 200;
+
+std::string variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+std::string homeFolder() {
+  if (std::string home = variable("HOME"); !home.empty()) return home;
+  passwd entry{};
+  passwd* found = nullptr;
+  char text[4096];
+  if (getpwuid_r(getuid(), &entry, text, sizeof text, &found) != 0 || found == nullptr) return {};
+  return found->pw_dir;
+}
+
+// A relative folder in a base directory variable is to be ignored (XDG Base Directory
+// Specification, "Basics").
+std::string userFolder(const char* name, std::string_view belowHome) {
+  if (std::string folder = variable(name); folder.starts_with('/')) return folder;
+  const std::string home = homeFolder();
+  return home.empty() ? std::string() : fmt::format("{}/{}", home, belowHome);
+}
+
+std::string place(const char* override, const char* base, std::string_view belowHome,
+                  std::string_view name) {
+  if (std::string path = variable(override); !path.empty()) return path;
+  const std::string folder = userFolder(base, belowHome);
+  return folder.empty() ? std::string() : fmt::format("{}/qxframework/{}", folder, name);
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool isPlain(char c) {
+  const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  return letter || isDigit(c) || c == '-' || c == '_' || c == '.' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+// The dot of a name such as "Billing.12", which would look like a rotated file.
+std::size_t dotBeforeNumber(std::string_view name) {
+  const std::size_t last = name.find_last_not_of("0123456789");
+  const bool found = last != std::string_view::npos && last + 1 < name.size() && name[last] == '.';
+  return found ? last : std::string_view::npos;
+}
+
+// FNV-1a, 64 bits (Fowler, Noll, Vo).
+std::uint64_t hash(std::string_view text) {
+  std::uint64_t value = 0xcbf29ce484222325U;
+  for (const char c : text) value = (value ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+  return value;
+}
+
+std::string shortened(const std::string& name) {
+  if (name.size() <= kLongestName) return name;
+  std::size_t cut = kLongestName;
+  while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80) --cut;
+  return fmt::format("{}-{:016x}", name.substr(0, cut), hash(name));
+}
+
+}  // namespace
+
+std::string settingsPath() {
+  return place("QX_LOG_SETTINGS", "XDG_CONFIG_HOME", ".config", "log.toml");
+}
+
+std::string logFolder() { return place("QX_LOG_DIR", "XDG_STATE_HOME", ".local/state", "log"); }
+
+std::string fileBaseName(std::u16string_view module) {
+  const std::string name = toUtf8(module);
+  if (name.empty()) return std::string(kNoModule);
+  const std::size_t risky = dotBeforeNumber(name);
+  std::string result;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool keep = isPlain(name[i]) && i != risky && !(i == 0 && name[i] == '.');
+    if (keep) {
+      result += name[i];
+    } else {
+      result += fmt::format("%{:02X}", static_cast<unsigned char>(name[i]));
+    }
+  }
+  return shortened(result);
+}
+
+}  // namespace qx::logger

@@ -1,0 +1,127 @@
+#include "qxlogger/settings_file.h"
+
+#include "qxlogger/file_api.h"
+#include "qxlogger/text.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <toml++/toml.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <sstream>
+#include <string_view>
+
+namespace qx::logger {
+namespace {
+
+// The keys of the file, frozen.
+constexpr std::string_view kFileCount = "file_count";
+constexpr std::string_view kFileSize = "file_size_mb";
+constexpr std::string_view kLevel = "level";
+constexpr std::string_view kModule = "module";
+
+constexpr std::string_view kHead =
+    "# Settings of the log. level: 1 Error, 2 Warning, 3 Information, 4 Debug, 5 Debug1, "
+    "6 Debug2;\n# module: the only module to record, empty for all.\n";
+
+// A settings file is some hundred bytes; whatever is this long is none.
+constexpr std::size_t kLongestFile = 1 << 20;
+
+std::string readFile(FileApi& files, const std::string& path) {
+  const OpenFile file(files, files.open(path, O_RDONLY));
+  std::string text;
+  char part[4096];
+  while (file.isOpen() && text.size() < kLongestFile) {
+    const std::int64_t size =
+        files.readAt(file.get(), part, sizeof part, static_cast<std::int64_t>(text.size()));
+    if (size == -EINTR) continue;
+    if (size <= 0) break;
+    text.append(part, static_cast<std::size_t>(size));
+  }
+  return text;
+}
+
+toml::table parse(const std::string& text) {
+  try {
+    return toml::parse(text);
+  } catch (const toml::parse_error&) {
+    return {};
+  }
+}
+
+long number(const toml::table& table, std::string_view key, long fallback) {
+  const auto* value = table.get_as<std::int64_t>(key);
+  return value == nullptr ? fallback : static_cast<long>(value->get());
+}
+
+LogSettings fromTable(const toml::table& table) {
+  const LogSettings fallback;
+  const auto* module = table.get_as<std::string>(kModule);
+  return {.fileCount = number(table, kFileCount, fallback.fileCount),
+          .fileSize = number(table, kFileSize, fallback.fileSize),
+          .level = number(table, kLevel, fallback.level),
+          .module = module == nullptr ? fallback.module : toUtf16(module->get())};
+}
+
+std::string toText(toml::table table, const LogSettings& settings) {
+  table.insert_or_assign(kFileCount, std::int64_t{settings.fileCount});
+  table.insert_or_assign(kFileSize, std::int64_t{settings.fileSize});
+  table.insert_or_assign(kLevel, std::int64_t{settings.level});
+  table.insert_or_assign(kModule, toUtf8(settings.module));
+  std::ostringstream text;
+  text << kHead << table << '\n';
+  return text.str();
+}
+
+StoreResult failure(std::string_view step, const std::string& path, int error) {
+  return {.error = -error, .text = fmt::format("{} {}: {}", step, path, std::strerror(-error))};
+}
+
+int lockExclusively(int file) {
+  while (::flock(file, LOCK_EX) != 0) {
+    if (errno != EINTR) return -errno;
+  }
+  return 0;
+}
+
+int writeTemporary(FileApi& files, const std::string& path, const std::string& text) {
+  const OpenFile file(files, files.open(path, O_WRONLY | O_CREAT | O_TRUNC));
+  if (!file.isOpen()) return file.get();
+  const int written = writeAll(files, file.get(), text.data(), text.size());
+  return written < 0 ? written : files.sync(file.get());
+}
+
+StoreResult replaceFile(FileApi& files, const std::string& path, const std::string& text) {
+  const std::string temporary = path + ".new";
+  if (const int error = writeTemporary(files, temporary, text); error < 0) {
+    files.remove(temporary);
+    return failure("cannot write", temporary, error);
+  }
+  if (const int error = files.rename(temporary, path); error < 0) {
+    files.remove(temporary);
+    return failure("cannot replace", path, error);
+  }
+  return {};
+}
+
+}  // namespace
+
+LogSettings loadSettings(FileApi& files, const std::string& path) {
+  return withinLimits(fromTable(parse(readFile(files, path))));
+}
+
+StoreResult storeSettings(FileApi& files, const std::string& path, const LogSettings& settings) {
+  if (path.empty()) return {.error = ENOENT, .text = "the user has no configuration folder"};
+  const std::string lockPath = path + ".lock";
+  const OpenFile lock(files, openInFolder(files, lockPath, O_RDWR | O_CREAT));
+  if (!lock.isOpen()) return failure("cannot open", lockPath, lock.get());
+  if (const int error = lockExclusively(lock.get()); error < 0) {
+    return failure("cannot lock", lockPath, error);
+  }
+  return replaceFile(files, path, toText(parse(readFile(files, path)), withinLimits(settings)));
+}
+
+}  // namespace qx::logger

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "qxlogger/file_api.h"
+#include "qxlogger/log_clock.h"
+#include "qxlogger/log_settings.h"
+#include "qxlogger/settings_file.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace qx::logger {
+
+/// The settings as they stand in the file, at most half a second old.
+///
+/// Asking costs one look at the coarse clock; twice a second the asker also looks whether the file
+/// has changed, and reads it if so. Threads never wait for each other here: each state of the file
+/// is a snapshot that is never changed and that lives as long as the monitor, since somebody may
+/// still be reading it. Changes are made by people, so snapshots stay few.
+class SettingsMonitor {
+ public:
+  SettingsMonitor(FileApi& files, LogClock& clock, std::string path);
+  ~SettingsMonitor();
+  SettingsMonitor(const SettingsMonitor&) = delete;
+  SettingsMonitor& operator=(const SettingsMonitor&) = delete;
+
+  const LogSettings& current() {
+    const std::int64_t now = clock_.coarseNanoseconds();
+    if (now >= nextCheck_.load(std::memory_order_relaxed)) check(now);
+    return snapshot_.load(std::memory_order_acquire)->settings;
+  }
+
+  /// Stores new settings; this process honours them at once.
+  StoreResult store(const LogSettings& settings);
+
+ private:
+  struct Snapshot {
+    LogSettings settings;
+    FileInfo file;
+    const Snapshot* previous;
+  };
+
+  void check(std::int64_t now);
+  void refresh();
+  FileInfo look();
+
+  FileApi& files_;
+  LogClock& clock_;
+  const std::string path_;
+  std::atomic<std::int64_t> nextCheck_;
+  std::atomic<const Snapshot*> snapshot_;
+};
+
+}  // namespace qx::logger

@@ -1,0 +1,228 @@
+// Several processes at one file set: children of the test, some of which are killed.
+
+#include "qxlogger/shared_log.h"
+#include "qxlogger/test_support.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qx::logger {
+namespace {
+
+constexpr LogLimits kRoomy{.fileCount = 2, .fileBytes = 1 << 30};
+constexpr const char* kPadding = "some text behind it, as long as that of most records";
+
+pid_t startChild(const std::function<void()>& body) {
+  const pid_t child = fork();
+  if (child == 0) {
+    body();
+    _exit(0);
+  }
+  return child;
+}
+
+int statusOf(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return status;
+}
+
+bool wasKilled(pid_t child) {
+  const int status = statusOf(child);
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
+
+void killSelf() { kill(getpid(), SIGKILL); }
+
+class LogProcesses : public testing::Test {
+ protected:
+  LogLine line(const std::string& text, bool mayWait) {
+    return {.text = text, .time = LogClock::system().wallNanoseconds(), .mayWait = mayWait};
+  }
+  void writeMany(int writer, int count, const LogLimits& limits) {
+    for (int i = 0; i < count; ++i) {
+      log.append(line(fmt::format("{} {} {}\n", writer, i, kPadding), i % 100 != 0), limits);
+    }
+  }
+  // All records, from the oldest file to the newest.
+  std::string allText() const {
+    std::string all;
+    for (int i = 200; i > 0; --i) all += test::contentOf(folder / fmt::format("x.{}.log", i));
+    return all + test::contentOf(folder / "x.log");
+  }
+  // Checks that every line is a whole record, and that each writer's stand in their order without
+  // a gap or a double; how many there are of each.
+  std::map<int, int> countByWriter() const {
+    std::map<int, int> counts;
+    std::istringstream lines(allText());
+    for (std::string text; std::getline(lines, text);) {
+      const int writer = std::atoi(text.c_str());
+      EXPECT_EQ(text, fmt::format("{} {} {}", writer, counts[writer], kPadding));
+      ++counts[writer];
+    }
+    return counts;
+  }
+
+  test::TemporaryFolder folder;
+  test::FaultyFiles files;
+  SharedLog log{files, LogClock::system(), folder.path(), "x"};
+};
+
+TEST_F(LogProcesses, LoseAndTearNothingAcrossManyRotations) {
+  constexpr int kRecords = 3000;
+  constexpr LogLimits kSmall{.fileCount = 90, .fileBytes = 16 * 1024};
+  std::vector<pid_t> children;
+  for (int writer = 0; writer < 4; ++writer) {
+    children.push_back(startChild([&] { writeMany(writer, kRecords, kSmall); }));
+  }
+  for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
+  log.append(line(fmt::format("9 0 {}\n", kPadding), false), kSmall);
+  const std::map<int, int> expected{
+      {0, kRecords}, {1, kRecords}, {2, kRecords}, {3, kRecords}, {9, 1}};
+  EXPECT_EQ(countByWriter(), expected);
+  EXPECT_GT(folder.names().size(), 40U);
+}
+
+TEST_F(LogProcesses, ThreadsOfOneProcessLoseNothingEither) {
+  std::vector<std::thread> threads;
+  for (int writer = 0; writer < 4; ++writer) {
+    threads.emplace_back([&, writer] { writeMany(writer, 2000, {90, 16 * 1024}); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  log.flush();
+  const std::map<int, int> expected{{0, 2000}, {1, 2000}, {2, 2000}, {3, 2000}};
+  EXPECT_EQ(countByWriter(), expected);
+}
+
+TEST_F(LogProcesses, KeepWhatAKilledOneHadLeftPending) {
+  log.append(line("first\n", false), kRoomy);
+  const pid_t child = startChild([&] {
+    test::FakeClock clock;
+    SharedLog own(files, clock, folder.path(), "x");
+    for (const char* text : {"1\n", "2\n", "3\n"}) {
+      own.append({.text = text, .time = clock.wall, .mayWait = true}, kRoomy);
+    }
+    killSelf();
+  });
+  EXPECT_TRUE(wasKilled(child));
+  EXPECT_EQ(allText(), "first\n1\n");
+  log.append(line("last\n", false), kRoomy);
+  EXPECT_EQ(allText(), "first\n1\n2\n3\nlast\n");
+}
+
+TEST_F(LogProcesses, CompleteALineInWhichAnotherWasKilled) {
+  log.append(line("first\n", false), kRoomy);
+  const pid_t child = startChild([&] {
+    files.onWrite = [](std::size_t) { return 4; };
+    files.afterWrite = killSelf;
+    log.append(line("a record\n", false), kRoomy);
+  });
+  EXPECT_TRUE(wasKilled(child));
+  EXPECT_EQ(allText(), "first\na re");
+  log.append(line("last\n", false), kRoomy);
+  EXPECT_EQ(allText(), "first\na record\nlast\n");
+}
+
+TEST_F(LogProcesses, WriteNothingTwiceWhenOneIsKilledRightBehindItsWrite) {
+  log.append(line("first\n", false), kRoomy);
+  const pid_t child = startChild([&] {
+    files.afterWrite = killSelf;
+    log.append(line("a record\n", false), kRoomy);
+  });
+  EXPECT_TRUE(wasKilled(child));
+  log.append(line("last\n", false), kRoomy);
+  EXPECT_EQ(allText(), "first\na record\nlast\n");
+}
+
+TEST_F(LogProcesses, EndTheLineOfALargeRecordInWhichOneWasKilled) {
+  log.append(line("first\n", false), kRoomy);
+  const pid_t child = startChild([&] {
+    files.onWrite = [](std::size_t) { return 4; };
+    files.afterWrite = killSelf;
+    log.append(line(std::string(100'000, 'y') + "\n", false), kRoomy);
+  });
+  EXPECT_TRUE(wasKilled(child));
+  log.append(line("last\n", false), kRoomy);
+  EXPECT_EQ(allText(), "first\nyyyy\nlast\n");
+}
+
+// The number of the rename before which the rotating process dies.
+class KilledRotation : public LogProcesses, public testing::WithParamInterface<int> {};
+
+TEST_P(KilledRotation, LosesNoRecord) {
+  constexpr LogLimits kLine{.fileCount = 10, .fileBytes = 2};
+  for (const char* text : {"1\n", "2\n", "3\n"}) log.append(line(text, false), kLine);
+  const pid_t child = startChild([&] {
+    int renames = 0;
+    files.onRename = [&](const std::string&) {
+      if (++renames == GetParam()) killSelf();
+      return 0;
+    };
+    log.append(line("4\n", false), kLine);
+    log.append(line("5\n", false), kLine);
+    log.append(line("6\n", false), kLine);
+  });
+  EXPECT_TRUE(wasKilled(child));
+  const std::string before = allText();
+  log.append(line("7\n", false), kLine);
+  log.append(line("8\n", false), kLine);
+  EXPECT_EQ(allText(), before + "7\n8\n");
+  EXPECT_TRUE(before.starts_with("1\n2\n3\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(AtEveryRename, KilledRotation, testing::Range(1, 12));
+
+// Records between two tellings: a flood.
+constexpr int kGroup = 50;
+
+// A child tells after each group of records; how often it has told when it is killed.
+int killWhileWriting(pid_t child, int pipe, int groups) {
+  int told = 0;
+  char byte = 0;
+  while (told < groups && read(pipe, &byte, 1) == 1) ++told;
+  kill(child, SIGKILL);
+  EXPECT_TRUE(wasKilled(child));
+  while (read(pipe, &byte, 1) == 1) ++told;
+  return told;
+}
+
+TEST_F(LogProcesses, LoseNoRecordThatAKilledOneHadWritten) {
+  constexpr LogLimits kSmall{.fileCount = 90, .fileBytes = 32 * 1024};
+  std::map<int, int> told;
+  for (int writer = 0; writer < 12; ++writer) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    const pid_t child = startChild([&] {
+      for (int i = 0; true; ++i) {
+        log.append(line(fmt::format("{} {} {}\n", writer, i, kPadding), true), kSmall);
+        if (i % kGroup == kGroup - 1 && write(ends[1], "", 1) != 1) return;
+      }
+    });
+    close(ends[1]);
+    told[writer] = killWhileWriting(child, ends[0], 10 + writer);
+    close(ends[0]);
+  }
+  log.append(line(fmt::format("99 0 {}\n", kPadding), false), kSmall);
+  const std::map<int, int> written = countByWriter();
+  for (const auto& [writer, count] : told) {
+    EXPECT_GE(written.at(writer), count * kGroup);
+    EXPECT_LE(written.at(writer), (count + 1) * kGroup);
+  }
+}
+
+}  // namespace
+}  // namespace qx::logger

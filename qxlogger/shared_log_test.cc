@@ -1,0 +1,337 @@
+#include "qxlogger/shared_log.h"
+
+#include "qxlogger/shared_region.h"
+#include "qxlogger/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qx::logger {
+namespace {
+
+constexpr LogLimits kRoomy{.fileCount = 2, .fileBytes = 1 << 20};
+constexpr LogLimits kTiny{.fileCount = 3, .fileBytes = 10};
+
+class LogFiles : public testing::Test {
+ protected:
+  Appended append(const std::string& text, const LogLimits& limits = kRoomy) {
+    return log.append({.text = text, .time = clock.wall, .processId = 42, .mayWait = false},
+                      limits);
+  }
+  // One that belongs to a flood, since the clock stands still.
+  Appended flood(const std::string& text) {
+    return log.append({.text = text, .time = clock.wall, .processId = 42, .mayWait = true}, kRoomy);
+  }
+  std::string current() const { return test::contentOf(folder / "sub/x.log"); }
+  std::string rotated(int number) const {
+    return test::contentOf(folder / ("sub/x." + std::to_string(number) + ".log"));
+  }
+  void refuseWrites(int error) {
+    files.onWrite = [error](std::size_t) { return std::int64_t{-error}; };
+  }
+  // Appends until the shared memory is full; the number of records kept.
+  int fill(const std::string& text) {
+    int kept = 0;
+    while (append(text) != Appended::kDropped) ++kept;
+    return kept;
+  }
+
+  test::ScopedZone zone{"UTC0"};
+  test::TemporaryFolder folder;
+  test::FaultyFiles files;
+  test::FakeClock clock;
+  SharedLog log{files, clock, folder / "sub", "x"};
+};
+
+TEST_F(LogFiles, AreMadeWithTheirFolderByTheFirstRecord) {
+  EXPECT_FALSE(std::filesystem::exists(folder / "sub"));
+  EXPECT_EQ(append("one\n"), Appended::kWritten);
+  EXPECT_EQ(append("two\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "one\ntwo\n");
+}
+
+TEST_F(LogFiles, RotateAtTheirSizeAndKeepTheirCount) {
+  for (const char* text : {"1111\n", "2222\n", "3333\n", "4444\n", "5555\n", "6666\n", "7777\n"}) {
+    EXPECT_EQ(append(text, kTiny), Appended::kWritten);
+  }
+  EXPECT_EQ(current(), "7777\n");
+  EXPECT_EQ(rotated(1), "5555\n6666\n");
+  EXPECT_EQ(rotated(2), "3333\n4444\n");
+  EXPECT_EQ(rotated(3), "");
+}
+
+TEST_F(LogFiles, StartOverWhenOnlyOneIsKept) {
+  for (const char* text : {"1111\n", "2222\n", "3333\n"}) append(text, {1, 10});
+  EXPECT_EQ(current(), "3333\n");
+  EXPECT_EQ(rotated(1), "");
+}
+
+TEST_F(LogFiles, GoWhenFewerAreToBeKept) {
+  for (int i = 0; i < 10; ++i) append("1111\n", {5, 5});
+  EXPECT_EQ(rotated(4), "1111\n");
+  append("2222\n", {2, 5});
+  EXPECT_EQ(current(), "2222\n");
+  EXPECT_EQ(rotated(1), "1111\n");
+  EXPECT_EQ(rotated(2) + rotated(3) + rotated(4), "");
+}
+
+TEST_F(LogFiles, TakeARecordLargerThanAFile) {
+  append("1\n", kTiny);
+  append("a record of many letters\n", kTiny);
+  append("2\n", kTiny);
+  EXPECT_EQ(rotated(2), "1\n");
+  EXPECT_EQ(rotated(1), "a record of many letters\n");
+  EXPECT_EQ(current(), "2\n");
+}
+
+TEST_F(LogFiles, LoseNoFileWhenARotationIsBrokenOff) {
+  for (const char* text : {"1111\n", "2222\n", "3333\n"}) append(text, {5, 5});
+  int renames = 0;
+  files.onRename = [&](const std::string&) { return ++renames == 2 ? -EACCES : 0; };
+  EXPECT_EQ(append("4444\n", {5, 5}), Appended::kWritten);
+  EXPECT_EQ(current(), "3333\n4444\n");
+  files.onRename = nullptr;
+  const std::string large(64 * 1024, 'a');
+  append(large + "\n", {5, 5});
+  EXPECT_EQ(rotated(3), "1111\n");
+  EXPECT_EQ(rotated(2), "2222\n");
+  EXPECT_EQ(rotated(1), "3333\n4444\n");
+  EXPECT_EQ(current(), large + "\n");
+}
+
+TEST_F(LogFiles, GrowOnWhereRotationIsRefused) {
+  files.onRename = [](const std::string&) { return -EACCES; };
+  for (const char* text : {"1111\n", "2222\n", "3333\n"}) {
+    EXPECT_EQ(append(text, {2, 5}), Appended::kWritten);
+  }
+  EXPECT_EQ(current(), "1111\n2222\n3333\n");
+}
+
+TEST_F(LogFiles, TakeAFloodInOneWrite) {
+  EXPECT_EQ(flood("first\n"), Appended::kWritten);
+  const int before = files.writes;
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(flood("more\n"), Appended::kPending);
+  EXPECT_EQ(files.writes, before);
+  EXPECT_EQ(current(), "first\n");
+  EXPECT_TRUE(log.flush());
+  EXPECT_EQ(files.writes, before + 1);
+  EXPECT_EQ(current().size(), 6U + 500U);
+}
+
+TEST_F(LogFiles, TakeALongFloodInPieces) {
+  const std::string line = std::string(99, 'x') + "\n";
+  for (int i = 0; i < 1000; ++i) flood(line);
+  EXPECT_GT(files.writes, 10);
+  EXPECT_LT(files.writes, 20);
+}
+
+TEST_F(LogFiles, TakeWhatIsPendingTogetherWithTheNextRecordAfterAPause) {
+  flood("1\n");
+  EXPECT_EQ(flood("2\n"), Appended::kPending);
+  clock.advance(kNanosecondsPerMillisecond);
+  EXPECT_EQ(flood("3\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "1\n2\n3\n");
+  EXPECT_EQ(files.writes, 2);
+}
+
+TEST_F(LogFiles, TakeAnUrgentRecordAtOnceAndInOrder) {
+  flood("1\n");
+  flood("2\n");
+  EXPECT_EQ(append("urgent\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "1\n2\nurgent\n");
+}
+
+TEST_F(LogFiles, AreWholeAfterShortAndInterruptedWrites) {
+  int call = 0;
+  files.onWrite = [&](std::size_t) { return ++call % 2 == 0 ? -EINTR : std::int64_t{3}; };
+  EXPECT_EQ(append("one record\n"), Appended::kWritten);
+  EXPECT_EQ(append("another record\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "one record\nanother record\n");
+}
+
+TEST_F(LogFiles, GetWhatAFullDiskRefusedOnceThereIsRoom) {
+  append("0\n");
+  refuseWrites(ENOSPC);
+  EXPECT_EQ(append("1\n"), Appended::kPending);
+  EXPECT_EQ(append("2\n"), Appended::kPending);
+  EXPECT_FALSE(log.flush());
+  EXPECT_EQ(current(), "0\n");
+  files.onWrite = nullptr;
+  EXPECT_EQ(append("3\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "0\n1\n2\n3\n");
+}
+
+TEST_F(LogFiles, CompleteALineThatAFullDiskCutOff) {
+  int call = 0;
+  files.onWrite = [&](std::size_t) { return ++call == 1 ? std::int64_t{4} : -ENOSPC; };
+  EXPECT_EQ(append("one record\n"), Appended::kPending);
+  EXPECT_EQ(current(), "one ");
+  files.onWrite = nullptr;
+  EXPECT_EQ(append("two\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "one record\ntwo\n");
+}
+
+TEST_F(LogFiles, SayOnceHowManyRecordsWereDropped) {
+  append("first\n");
+  refuseWrites(ENOSPC);
+  const std::string line = std::string(1023, 'x') + "\n";
+  EXPECT_EQ(fill(line), 60);
+  EXPECT_EQ(append("short\n"), Appended::kDropped);
+  EXPECT_EQ(append(std::string(100'000, 'y') + "\n"), Appended::kDropped);
+  files.onWrite = nullptr;
+  EXPECT_EQ(append("last\n"), Appended::kWritten);
+  EXPECT_EQ(append("after\n"), Appended::kWritten);
+  std::string expected = "first\n";
+  for (int i = 0; i < 60; ++i) expected += line;
+  expected +=
+      "2024-02-29T12:34:56.789012+00:00\tWarning\t0\t42\tQXLogger\t"
+      "Records dropped: 3 (No space left on device)\nlast\nafter\n";
+  EXPECT_EQ(current(), expected);
+}
+
+TEST_F(LogFiles, DropRecordsInAnUnwritableFolderAndSaySoLater) {
+  files.onOpen = [](const std::string&) { return -EACCES; };
+  EXPECT_EQ(append("1\n"), Appended::kDropped);
+  EXPECT_EQ(append("2\n"), Appended::kDropped);
+  EXPECT_TRUE(log.flush());
+  files.onOpen = nullptr;
+  EXPECT_EQ(append("3\n"), Appended::kWritten);
+  EXPECT_EQ(current(),
+            "2024-02-29T12:34:56.789012+00:00\tWarning\t0\t42\tQXLogger\t"
+            "Records dropped: 2 (Permission denied)\n3\n");
+}
+
+TEST_F(LogFiles, KeepRecordsWhileOnlyTheFileCannotBeOpened) {
+  files.onOpen = [](const std::string& path) { return path.ends_with(".log") ? -EACCES : 0; };
+  EXPECT_EQ(append("1\n"), Appended::kPending);
+  files.onOpen = nullptr;
+  EXPECT_EQ(append("2\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "1\n2\n");
+}
+
+TEST_F(LogFiles, DropRecordsWhileAnotherProcessHoldsThemAndDoesNotRun) {
+  append("1\n");
+  SharedLog impatient(files, clock, folder / "sub", "x", 0);
+  const auto appendThere = [&](const char* text) {
+    return impatient.append({.text = text, .time = clock.wall, .processId = 42}, kRoomy);
+  };
+  int error = 0;
+  const auto other = SharedRegion::open(files, folder / "sub/.x.sync1", error);
+  ASSERT_NE(other, nullptr) << error;
+  ASSERT_EQ(other->lock(), SharedRegion::Lock::kHeld);
+  EXPECT_EQ(appendThere("2\n"), Appended::kDropped);
+  EXPECT_EQ(appendThere("3\n"), Appended::kDropped);
+  EXPECT_FALSE(impatient.flush());
+  other->unlock();
+  EXPECT_EQ(appendThere("4\n"), Appended::kWritten);
+  EXPECT_EQ(current(),
+            "1\n2024-02-29T12:34:56.789012+00:00\tWarning\t0\t42\tQXLogger\t"
+            "Records dropped: 2 (Device or resource busy)\n4\n");
+}
+
+TEST_F(LogFiles, DropRecordsOfAUserWithoutFolders) {
+  SharedLog homeless(files, clock, "", "x");
+  EXPECT_EQ(homeless.append({.text = "1\n"}, kRoomy), Appended::kDropped);
+}
+
+TEST_F(LogFiles, TakeARecordLargerThanTheSharedMemory) {
+  const std::string large = std::string(100'000, 'y') + "\n";
+  flood("1\n");
+  flood("2\n");
+  EXPECT_EQ(append(large), Appended::kWritten);
+  EXPECT_EQ(append("3\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "1\n2\n" + large + "3\n");
+}
+
+TEST_F(LogFiles, HoldNoPartOfALargeRecordThatFailed) {
+  const std::string large = std::string(100'000, 'y') + "\n";
+  append("1\n");
+  int call = 0;
+  files.onWrite = [&](std::size_t) { return ++call == 1 ? std::int64_t{500} : -ENOSPC; };
+  EXPECT_EQ(append(large), Appended::kDropped);
+  files.onWrite = nullptr;
+  EXPECT_EQ(current(), "1\n");
+  append("2\n");
+  EXPECT_TRUE(current().ends_with("\tRecords dropped: 1 (No space left on device)\n2\n"));
+}
+
+TEST_F(LogFiles, EndTheLineOfALargeRecordThatCannotBeTakenBack) {
+  append("1\n");
+  int call = 0;
+  files.onWrite = [&](std::size_t) { return ++call == 1 ? std::int64_t{3} : -EIO; };
+  files.onTruncate = [] { return -EIO; };
+  EXPECT_EQ(append(std::string(100'000, 'y') + "\n"), Appended::kDropped);
+  files.onWrite = nullptr;
+  append("2\n");
+  const std::string text = current();
+  EXPECT_TRUE(text.starts_with("1\nyyy\n")) << text;
+  EXPECT_TRUE(text.ends_with("Records dropped: 1 (Input/output error)\n2\n")) << text;
+}
+
+TEST_F(LogFiles, ComeBackWhenSomebodyRemovesThem) {
+  append("1\n");
+  std::filesystem::remove(folder / "sub/x.log");
+  clock.advance(kNanosecondsPerSecond);
+  EXPECT_EQ(append("2\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "2\n");
+}
+
+TEST_F(LogFiles, ComeBackWhenSomebodyRemovesTheWholeFolder) {
+  append("1\n");
+  std::filesystem::remove_all(folder / "sub");
+  clock.advance(kNanosecondsPerSecond);
+  EXPECT_EQ(append("2\n"), Appended::kWritten);
+  EXPECT_EQ(append("3\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "2\n3\n");
+}
+
+TEST_F(LogFiles, CountTheirSizeAnewWhenSomebodyEmptiesThem) {
+  append("1111\n2222\n");
+  test::writeText(folder / "sub/x.log", "");
+  clock.advance(kNanosecondsPerSecond);
+  append("3333\n", {3, 12});
+  EXPECT_EQ(current(), "3333\n");
+  EXPECT_EQ(rotated(1), "");
+}
+
+TEST_F(LogFiles, AreSharedByTwoWriters) {
+  SharedLog other(files, clock, folder / "sub", "x");
+  for (int i = 0; i < 3; ++i) {
+    append("a\n", {10, 4});
+    other.append({.text = "b\n", .time = clock.wall}, {10, 4});
+  }
+  EXPECT_EQ(current() + rotated(1) + rotated(2), "a\nb\na\nb\na\nb\n");
+}
+
+TEST_F(LogFiles, WithEndingsNobodyWroteGetALineEndFirst) {
+  std::filesystem::create_directory(folder / "sub");
+  test::writeText(folder / "sub/x.log", "torn by a power fail");
+  append("1\n");
+  EXPECT_EQ(current(), "torn by a power fail\n1\n");
+}
+
+TEST_F(LogFiles, SurviveSharedMemoryFullOfRubbish) {
+  std::filesystem::create_directory(folder / "sub");
+  test::writeText(folder / "sub/.x.sync1", std::string(70'000, '\xA5'));
+  EXPECT_EQ(append("1\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "1\n");
+}
+
+TEST_F(LogFiles, GoOnWhereAnEarlierProcessHasEnded) {
+  {
+    SharedLog earlier(files, clock, folder / "sub", "x");
+    earlier.append({.text = "1\n", .time = clock.wall, .mayWait = true}, kRoomy);
+    earlier.append({.text = "2\n", .time = clock.wall, .mayWait = true}, kRoomy);
+  }
+  EXPECT_EQ(current(), "1\n");
+  append("3\n");
+  EXPECT_EQ(current(), "1\n2\n3\n");
+}
+
+}  // namespace
+}  // namespace qx::logger

@@ -1,0 +1,180 @@
+#include "qxlogger/shared_region.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <ctime>
+#include <new>
+#include <utility>
+
+namespace qx::logger {
+
+// Frozen, see the class comment.
+struct SharedRegion::Layout {
+  std::atomic<std::uint64_t> magic;
+  std::atomic<std::uint32_t> needsRecovery;
+  std::atomic<std::uint32_t> valid;  // which of the two states
+  pthread_mutex_t mutex;
+  SharedState states[2];
+  char pending[kPendingCapacity];
+};
+
+namespace {
+
+constexpr std::uint64_t kMagic = 0x31474F4C58510A1A;
+constexpr std::int64_t kSecond = 1'000'000'000;
+constexpr int kAttempts = 100;
+
+int lockFile(int file, int operation) {
+  while (::flock(file, operation) != 0) {
+    if (errno != EINTR) return -errno;
+  }
+  return 0;
+}
+
+// With the room taken on the disk, a full disk cannot hit a store into the mapping.
+int makeRoom(FileApi& files, int file, std::size_t size) {
+  FileInfo info;
+  if (const int error = files.info(file, info); error < 0) return error;
+  const auto length = static_cast<std::int64_t>(size);
+  return info.size >= length ? 0 : -posix_fallocate(file, 0, length);
+}
+
+int makeMutex(pthread_mutex_t& mutex) {
+  pthread_mutexattr_t attributes;
+  int error = pthread_mutexattr_init(&attributes);
+  if (error != 0) return -error;
+  pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+  pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+  error = pthread_mutex_init(&mutex, &attributes);
+  pthread_mutexattr_destroy(&attributes);
+  return -error;
+}
+
+template <typename Layout>
+bool isSane(const Layout& layout) {
+  if (layout.magic != kMagic || layout.valid > 1) return false;
+  const SharedState& state = layout.states[layout.valid];
+  if (state.start > state.end || state.end > SharedRegion::kPendingCapacity) return false;
+  return state.end == 0 || layout.pending[state.end - 1] == '\n';
+}
+
+// The one process that has the file: keeps what an earlier one has left pending.
+template <typename Layout>
+int prepare(Layout& layout) {
+  if (!isSane(layout)) {
+    layout.valid = 0;
+    layout.states[0] = SharedState{};
+  }
+  layout.needsRecovery = 1;
+  const int error = makeMutex(layout.mutex);
+  if (error == 0) layout.magic = kMagic;
+  return error;
+}
+
+// Leaves the file locked in shared mode, which it stays for the life of the descriptor, so that
+// nobody prepares it again while it is in use.
+template <typename Layout>
+int enter(int file, Layout& layout) {
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (lockFile(file, LOCK_EX | LOCK_NB) == 0) {
+      if (const int error = prepare(layout); error < 0) return error;
+    }
+    // Changing the mode may let another process in between, which then prepares it too.
+    if (const int error = lockFile(file, LOCK_SH); error < 0) return error;
+    if (layout.magic == kMagic) return 0;
+  }
+  return -EAGAIN;
+}
+
+}  // namespace
+
+std::unique_ptr<SharedRegion> SharedRegion::open(FileApi& files, const std::string& path,
+                                                 int& error, std::int64_t longestWait) {
+  OpenFile file(files, openInFolder(files, path, O_RDWR | O_CREAT));
+  error = file.isOpen() ? 0 : -file.get();
+  if (error != 0) return nullptr;
+  error = -makeRoom(files, file.get(), sizeof(Layout));
+  if (error != 0) return nullptr;
+  void* memory = ::mmap(nullptr, sizeof(Layout), PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+  error = memory == MAP_FAILED ? errno : 0;
+  if (error != 0) return nullptr;
+  auto* layout = static_cast<Layout*>(memory);
+  error = -enter(file.get(), *layout);
+  if (error != 0) {
+    ::munmap(memory, sizeof(Layout));
+    return nullptr;
+  }
+  return std::unique_ptr<SharedRegion>(
+      new SharedRegion(files, std::move(file), layout, longestWait));
+}
+
+SharedRegion::SharedRegion(FileApi& files, OpenFile file, Layout* layout, std::int64_t longestWait)
+    : files_(files), file_(std::move(file)), layout_(layout), longestWait_(longestWait) {}
+
+SharedRegion::~SharedRegion() { ::munmap(layout_, sizeof(Layout)); }
+
+SharedRegion::Lock SharedRegion::lock() {
+  switch (pthread_mutex_trylock(&layout_->mutex)) {
+    case 0:
+      return Lock::kHeld;
+    case EOWNERDEAD:
+      pthread_mutex_consistent(&layout_->mutex);
+      return Lock::kHeldAfterDeath;
+    case EBUSY:
+      return waitedInVain_ ? Lock::kFailed : waitForLock();
+    default:
+      return Lock::kFailed;
+  }
+}
+
+SharedRegion::Lock SharedRegion::waitForLock() {
+  timespec until{};
+  clock_gettime(CLOCK_MONOTONIC, &until);
+  const std::int64_t end = until.tv_nsec + longestWait_;
+  until.tv_sec += end / kSecond;
+  until.tv_nsec = end % kSecond;
+  switch (pthread_mutex_clocklock(&layout_->mutex, CLOCK_MONOTONIC, &until)) {
+    case 0:
+      return Lock::kHeld;
+    case EOWNERDEAD:
+      pthread_mutex_consistent(&layout_->mutex);
+      return Lock::kHeldAfterDeath;
+    default:
+      waitedInVain_ = true;
+      return Lock::kFailed;
+  }
+}
+
+void SharedRegion::unlock() {
+  waitedInVain_.store(false, std::memory_order_relaxed);
+  pthread_mutex_unlock(&layout_->mutex);
+}
+
+const SharedState& SharedRegion::state() const {
+  return layout_->states[layout_->valid.load(std::memory_order_relaxed) & 1];
+}
+
+void SharedRegion::commit(const SharedState& next) {
+  const std::uint32_t other = 1 - (layout_->valid.load(std::memory_order_relaxed) & 1);
+  layout_->states[other] = next;
+  layout_->valid.store(other, std::memory_order_release);
+}
+
+char* SharedRegion::pending() { return layout_->pending; }
+
+bool SharedRegion::needsRecovery() const { return layout_->needsRecovery != 0; }
+
+void SharedRegion::setNeedsRecovery(bool needs) { layout_->needsRecovery = needs ? 1 : 0; }
+
+bool SharedRegion::isFileAt(const std::string& path) const {
+  FileInfo mine;
+  FileInfo there;
+  return files_.info(file_.get(), mine) == 0 && files_.info(path, there) == 0 &&
+         mine.sameFile(there);
+}
+
+}  // namespace qx::logger

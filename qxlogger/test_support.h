@@ -1,0 +1,110 @@
+#pragma once
+
+// What the tests of this folder hand in: a clock that stands still, a disk that fails on demand,
+// and a folder that goes away.
+
+#include "qxlogger/file_api.h"
+#include "qxlogger/log_clock.h"
+
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace qx::logger::test {
+
+/// 2024-02-29 12:34:56.789012 UTC.
+inline constexpr std::int64_t kLeapDay = 1'709'210'096'789'012'000;
+
+class FakeClock final : public LogClock {
+ public:
+  std::int64_t coarseNanoseconds() override { return coarse; }
+  std::int64_t wallNanoseconds() override { return wall; }
+  void advance(std::int64_t nanoseconds) {
+    coarse += nanoseconds;
+    wall += nanoseconds;
+  }
+
+  std::int64_t coarse = 1'000'000'000'000;
+  std::int64_t wall = kLeapDay;
+};
+
+/// The real disk, but for the faults that a test asks for.
+class FaultyFiles final : public FileApi {
+ public:
+  /// Called with the size of the next write: what it returns instead of writing, or, if positive,
+  /// how many bytes are really written.
+  std::function<std::int64_t(std::size_t)> onWrite;
+  std::function<void()> afterWrite;
+  /// Called with the path: below 0 the open fails with it.
+  std::function<int(const std::string&)> onOpen;
+  std::function<int(const std::string&)> onRename;
+  std::function<int()> onTruncate;
+  int writes = 0;
+  int looks = 0;  // at a path
+
+  int open(const std::string& path, int flags) override;
+  int close(int file) override { return real_.close(file); }
+  std::int64_t write(int file, const char* data, std::size_t size) override;
+  std::int64_t readAt(int file, char* data, std::size_t size, std::int64_t offset) override {
+    return real_.readAt(file, data, size, offset);
+  }
+  int truncate(int file, std::int64_t size) override;
+  int sync(int file) override { return real_.sync(file); }
+  int info(int file, FileInfo& info) override { return real_.info(file, info); }
+  int info(const std::string& path, FileInfo& info) override;
+  int rename(const std::string& from, const std::string& to) override;
+  int remove(const std::string& path) override { return real_.remove(path); }
+  int makeFolder(const std::string& path) override { return real_.makeFolder(path); }
+
+ private:
+  FileApi& real_ = FileApi::system();
+};
+
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  std::string path() const { return path_.string(); }
+  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+  /// The names in it that do not begin with a dot, sorted.
+  std::vector<std::string> names() const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// The whole text of a file, empty if there is none.
+std::string contentOf(const std::string& path);
+void writeText(const std::string& path, const std::string& text);
+
+/// Sets or removes an environment variable for the life of the object.
+class ScopedVariable {
+ public:
+  ScopedVariable(const char* name, const char* value);
+  ~ScopedVariable();
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+ private:
+  const char* name_;
+  bool wasSet_;
+  std::string before_;
+};
+
+/// The local time zone for the life of the object.
+class ScopedZone {
+ public:
+  explicit ScopedZone(const char* zone);
+  ~ScopedZone();
+
+ private:
+  ScopedVariable variable_;
+};
+
+}  // namespace qx::logger::test

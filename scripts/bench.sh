@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds the release preset and runs every program in bench/. Each comparison prints one line
+# "ratio NAME R": our time over the peer's from the same run, lower is better.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh bench
+cmake --preset release >/dev/null
+cmake --build --preset release
+state=$(mktemp -d)
+trap 'rm -rf "$state"' EXIT
+export QX_REGISTRY="$PWD/build/release/registry.toml"
+export QX_RUNTIME_DIR="$state/run" QX_LOG_DIR="$state/log" QX_LOG_SETTINGS="$state/log.toml"
+mkdir -p "$QX_RUNTIME_DIR" "$QX_LOG_DIR"
+for program in build/release/bin/*_bench; do
+  echo "== $(basename "$program")"
+  "$program" "$@"
+done

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the build, the tests and the demo need, and nothing else. What is
+# there already is left alone, so that a second run needs no network and no rights.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build pkg-config git ccache
+  libicu-dev libxml2-dev libtomlplusplus-dev libcli11-dev libfmt-dev libsqlite3-dev
+  libgtest-dev libgmock-dev
+  sqlite3
+)
+# Asked for by name: scripts/setup.sh bench clang
+for extra in "$@"; do
+  case "$extra" in
+    bench) packages+=(libbenchmark-dev libspdlog-dev) ;;
+    clang) packages+=(clang libclang-rt-14-dev clang-format clang-tidy) ;;
+    *) echo "setup.sh: there is no group '$extra'; use 'bench' or 'clang'" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
+  [ "$status" = "install ok installed" ] || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || {
+    echo "setup.sh: these packages are missing and need root: ${missing[*]}" >&2
+    exit 1
+  }
+  as_root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Builds everything and runs all tests. Further arguments go to ctest, e.g. -R dbdef.
+# QX_PRESET chooses the preset (dev, asan, dev-clang, asan-clang, release); dev if it is not set.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+preset=${QX_PRESET:-dev}
+groups=()
+case "$preset" in *clang) groups+=(clang) ;; esac
+case "$preset" in release*) groups+=(bench) ;; esac
+scripts/setup.sh "${groups[@]}"
+
+cmake --preset "$preset" >/dev/null
+cmake --build --preset "$preset"
+scripts/check_tree.sh "build/$preset"
+
+echo "Tests per folder:"
+ctest --test-dir "build/$preset" -N | sed -n 's|^ *Test *#[0-9]*: \(.*\)/[^/]*$|\1|p' |
+  sed -E 's|^((qxframework\|qxdesk\|tools)/[a-z]+\|[a-z]+).*|\1|' | sort | uniq -c
+exec ctest --test-dir "build/$preset" -j "$(nproc)" --output-on-failure --no-tests=error "$@"
