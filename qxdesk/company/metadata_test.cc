@@ -352,19 +352,19 @@ TEST_F(MetadataTest, OnlyALoadedFieldIsUpdated) {
 TEST_F(MetadataTest, EveryFieldTypeReadsBackAsItWasAdded) {
   addTable(company, u"P");
   std::mt19937 random(7);
-  std::vector<FieldSpec> added;
+  std::vector<FieldSetup> added;
   for (int i = 0; i < 60; ++i) {
-    FieldSpec spec{u"P", u"F" + std::u16string(1, static_cast<char16_t>(u'A' + i % 26)) +
-                             std::u16string(1, static_cast<char16_t>(u'A' + i / 26))};
-    spec.type = static_cast<long>(random() % 5);
-    if (spec.type == kAlphaField) spec.size = 1 + static_cast<long>(random() % 254);
-    if (spec.type == kNumericField) spec.size = 1 + static_cast<long>(random() % 11);
-    if (spec.type == kDateField && random() % 2 == 0) spec.subType = kTimeSubType;
-    if (spec.type == kFloatField) spec.subType = random() % 2 == 0 ? 80 : 37;
-    if (random() % 3 == 0) spec.defaultValue = spec.type == kDateField ? u"0" : u"1";
-    if (spec.type == kDateField && spec.subType == 0) spec.defaultValue = u"GETDATE()";
-    ASSERT_EQ(addField(company, spec), 0) << i;
-    added.push_back(spec);
+    FieldSetup setup{u"P", u"F" + std::u16string(1, static_cast<char16_t>(u'A' + i % 26)) +
+                               std::u16string(1, static_cast<char16_t>(u'A' + i / 26))};
+    setup.type = static_cast<long>(random() % 5);
+    if (setup.type == kAlphaField) setup.size = 1 + static_cast<long>(random() % 254);
+    if (setup.type == kNumericField) setup.size = 1 + static_cast<long>(random() % 11);
+    if (setup.type == kDateField && random() % 2 == 0) setup.subType = kTimeSubType;
+    if (setup.type == kFloatField) setup.subType = random() % 2 == 0 ? 80 : 37;
+    if (random() % 3 == 0) setup.defaultValue = setup.type == kDateField ? u"0" : u"1";
+    if (setup.type == kDateField && setup.subType == 0) setup.defaultValue = u"GETDATE()";
+    ASSERT_EQ(addField(company, setup), 0) << i;
+    added.push_back(setup);
     if (i == 30) query(company, u"INSERT INTO [@P] (Code, Name) VALUES ('1', '1')");
   }
   for (std::size_t i = 0; i < added.size(); ++i) {
