@@ -20,10 +20,13 @@
 //     status TEXT                  a message of the client itself
 //     progress | printout FORM | report FORM
 //     print menus | forms | form FORM | status | boxes
+//     say TEXT                     a line of the script's own
+//     start                        the steps ahead of it are played before the add-on starts
 //     # comment
 //
 // FORM is a UID, or * for the selected form. An answer ahead of the action that brings the box, or
-// behind it, is taken when the box opens.
+// behind it, is taken when the box opens. Behind the end of the client,
+// which ends the add-on's message loop, the rest of the script is played at once.
 
 #include <stdexcept>
 #include <string>
@@ -57,6 +60,8 @@ enum class PlayVerb {
   kPrintOut,
   kReport,
   kPrint,
+  kSay,
+  kStart,
 };
 
 struct PlayStep {

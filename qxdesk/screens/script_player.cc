@@ -5,6 +5,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/logging/result_names.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qx::screens {
@@ -56,8 +57,24 @@ void ScriptPlayer::postNext() {
   post_([this] { playNext(); });
 }
 
+void ScriptPlayer::playAhead() {
+  const bool hasStart = std::any_of(steps_.begin(), steps_.end(), [](const PlayStep& step) {
+    return step.verb == PlayVerb::kStart;
+  });
+  while (hasStart && playOne() != PlayVerb::kStart) {
+  }
+}
+
 void ScriptPlayer::playNext() {
   if (finished()) return;
+  const PlayVerb verb = playOne();
+  if (verb == PlayVerb::kShutDown || verb == PlayVerb::kTerminate) {
+    while (!finished()) playOne();  // the loop that would run the next task is at its end
+  }
+  postNext();
+}
+
+PlayVerb ScriptPlayer::playOne() {
   const PlayStep step = steps_[next_++];
   std::string line;
   try {
@@ -67,7 +84,7 @@ void ScriptPlayer::playNext() {
            " (" + std::to_string(error.Error()) + ")\n";
   }
   if (!line.empty()) print_(line);
-  postNext();
+  return step.verb;
 }
 
 std::optional<long> ScriptPlayer::answer(const MessageBoxCall& box) {
@@ -95,6 +112,10 @@ std::string ScriptPlayer::play(const PlayStep& step) {
       return openForm(step);
     case PlayVerb::kPrint:
       return toUtf8(print(step));
+    case PlayVerb::kSay:
+      return toUtf8(step.words[0]) + "\n";
+    case PlayVerb::kStart:
+      return "";
     case PlayVerb::kAnswer:
       desk_.boxes.queueAnswer(step.number);
       return "will answer the next box with button " + std::to_string(step.number) + "\n";

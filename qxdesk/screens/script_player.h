@@ -27,6 +27,8 @@ class ScriptPlayer {
   ScriptPlayer(const ScriptPlayer&) = delete;
   ScriptPlayer& operator=(const ScriptPlayer&) = delete;
 
+  /// Plays the steps ahead of the first `start`, if there is one, at once.
+  void playAhead();
   /// Begins to play. A second call does nothing.
   void start();
   /// True when every step has been played.
@@ -35,6 +37,7 @@ class ScriptPlayer {
  private:
   void postNext();
   void playNext();
+  PlayVerb playOne();
   std::string play(const PlayStep& step);
   std::string playOnForm(const PlayStep& step);
   std::string playEdit(const PlayStep& step, const Spot& spot);

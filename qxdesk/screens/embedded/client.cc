@@ -74,6 +74,7 @@ void Client::play(std::vector<PlayStep> steps) {
   };
   const auto print = [](std::string_view text) { std::cout << text << std::flush; };
   player_.emplace(desk_, std::move(steps), post, print);
+  player_->playAhead();
   desk_.setStartupObserver([this] { player_->start(); });
 }
 

@@ -1,0 +1,77 @@
+#include "qxdesk/screens/menu_model.h"
+
+#include "qxdesk/screens/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::screens {
+namespace {
+
+MenuSpec entry(std::u16string uid, std::u16string text, HvMenuType type = mt_String) {
+  MenuSpec spec;
+  spec.uid = std::move(uid);
+  spec.text = std::move(text);
+  spec.type = type;
+  return spec;
+}
+
+TEST(MenuModel, InsertsByPositionAndPutsTheRestLast) {
+  MenuModel menus;
+  MenuEntry& bar = *menus.add(*menus.root(), entry(u"A", u"Bar", mt_Popup), -1);
+  menus.add(bar, entry(u"B", u"last"), -1);
+  menus.add(bar, entry(u"C", u"first"), 0);
+  menus.add(bar, entry(u"D", u"second"), 1);
+  menus.add(bar, entry(u"E", u"behind the end"), 99);
+  EXPECT_EQ(toUtf8(menus.tree()),
+            "A \"Bar\" popup\n"
+            "  C \"first\"\n"
+            "  D \"second\"\n"
+            "  B \"last\"\n"
+            "  E \"behind the end\"\n");
+}
+
+TEST(MenuModel, PrintsSeparatorsChecksAndDisabledEntries) {
+  MenuModel menus;
+  MenuSpec off = entry(u"B", u"off");
+  off.enabled = false;
+  off.checked = true;
+  menus.add(*menus.root(), entry(u"A", u"", mt_Separator), -1);
+  menus.add(*menus.root(), off, -1);
+  EXPECT_EQ(toUtf8(menus.tree()), "A separator\nB \"off\" checked disabled\n");
+}
+
+TEST(MenuModel, RefusesWhatDoesNotFitTheTree) {
+  MenuModel menus;
+  MenuEntry& leaf = *menus.add(*menus.root(), entry(u"A", u"leaf"), -1);
+  const auto add = [&](MenuEntry& father, MenuSpec spec, long position) {
+    return codeOf([&] { menus.add(father, spec, position); });
+  };
+  EXPECT_EQ(add(*menus.root(), entry(u"A", u"again"), -1), kMenuAlreadyExists);
+  EXPECT_EQ(add(leaf, entry(u"B", u"below a leaf"), -1), kInvalidMenuItem);
+  EXPECT_EQ(add(*menus.root(), entry(u"", u"no UID"), -1), kInvalidMenuItem);
+  EXPECT_EQ(add(*menus.root(), entry(u"B", u"x", static_cast<HvMenuType>(9)), -1),
+            kMenuInvalidType);
+  EXPECT_EQ(add(*menus.root(), entry(u"B", u"x"), -2), kMenuPositionNotValid);
+}
+
+TEST(MenuModel, RemovesAnEntryWithAllBelowIt) {
+  MenuModel menus;
+  const auto popup = menus.add(*menus.root(), entry(u"A", u"popup", mt_Popup), -1);
+  const auto below = menus.add(*popup, entry(u"B", u"below"), -1);
+  menus.remove(*popup);
+  EXPECT_EQ(menus.find(u"A"), nullptr);
+  EXPECT_EQ(menus.find(u"B"), nullptr);
+  EXPECT_EQ(below->father(), nullptr);
+  EXPECT_EQ(codeOf([&] { menus.remove(*popup); }), kInvalidMenuItem);
+  EXPECT_EQ(codeOf([&] { menus.add(*menus.root(), entry(u"B", u"free again"), -1); }), S_OK);
+}
+
+TEST(MenuModel, KeepsTheClientsOwnEntries) {
+  MenuModel menus;
+  MenuEntry& own = *menus.addSystem(*menus.root(), entry(u"1", u"own"));
+  EXPECT_EQ(codeOf([&] { menus.remove(own); }), kNotAUserMenuItem);
+  EXPECT_NE(menus.find(u"1"), nullptr);
+}
+
+}  // namespace
+}  // namespace qx::screens
