@@ -2,7 +2,7 @@
 
 // Items of a form and their controls, for tests. Clicks go to the host's list of calls.
 
-#include "qxframework/runtime/fake_host.h"
+#include "qxframework/runtime/testing/fake_host.h"
 
 #include <map>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "qxframework/runtime/fake_host.h"
+#include "qxframework/runtime/testing/fake_host.h"
 
 #include "qxframework/automation/class_object.h"
 

@@ -1,4 +1,4 @@
-#include "qxframework/runtime/framework_texts.h"
+#include "qxframework/runtime/internal/framework_texts.h"
 
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/host/application.h"

@@ -1,4 +1,4 @@
-#include "qxframework/runtime/attach_counters.h"
+#include "qxframework/runtime/internal/attach_counters.h"
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/os/shared_counters.h"

@@ -1,8 +1,8 @@
-#include "qxframework/runtime/event_args.h"
+#include "qxframework/runtime/internal/event_args.h"
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/host/events.h"
-#include "qxframework/runtime/fake_events.h"
+#include "qxframework/runtime/testing/fake_events.h"
 
 #include <gtest/gtest.h>
 

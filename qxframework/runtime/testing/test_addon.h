@@ -8,8 +8,8 @@
 #include "qxframework/runtime/addon.h"
 #include "qxframework/runtime/addon_form.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/fake_host.h"
 #include "qxframework/runtime/qx_idispatch.h"
+#include "qxframework/runtime/testing/fake_host.h"
 #include "tests/support/recording_logger.h"
 
 #include <functional>
