@@ -91,12 +91,16 @@ class _bstr_t {
   _bstr_t(const std::u16string& text) : m_text(text) {}
   // Of a CComBSTR itself only: a class derived from it has its own conversion.
   template <class Text>
-    requires std::is_same_v<Text, CComBSTR>
-  _bstr_t(const Text& text) : m_text(text) {}
+  requires std::is_same_v<Text, CComBSTR> _bstr_t(const Text& text) : m_text(text) {}
   operator BSTR() const { return m_text.m_str; }
   UINT length() const { return m_text.Length(); }
   std::u16string_view view() const { return m_text.View(); }
   BSTR copy() const { return m_text.Copy(); }
+
+  /// As CComBSTR compares.
+  friend bool operator==(const _bstr_t& a, const _bstr_t& b) { return a.m_text == b.m_text; }
+  friend bool operator==(const _bstr_t& a, const CComBSTR& b) { return a.m_text == b; }
+  friend bool operator==(const _bstr_t& a, const OLECHAR* b) { return a.m_text == b; }
 
  private:
   CComBSTR m_text;

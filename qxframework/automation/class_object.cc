@@ -1,5 +1,6 @@
 #include "qxframework/automation/class_object.h"
 
+#include "qxframework/automation/com_object.h"
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/registry.h"
@@ -144,35 +145,35 @@ void CoUninitialize() {
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID iid, void** object) {
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
-  try {
+  return qx::guarded([&] {
     qx::FactoryPtr factory;
     const HRESULT result = qx::factoryOf(clsid, factory);
     return result < 0 ? result : factory.p->CreateInstance(outer, iid, object);
-  } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
-  } catch (...) {
-    return E_UNEXPECTED;
-  }
+  });
 }
 
 HRESULT CLSIDFromProgID(const OLECHAR* progId, CLSID* out) {
   if (progId == nullptr || out == nullptr) return E_POINTER;
   *out = CLSID{};
-  const std::u16string key = std::u16string(progId) + u"\\CLSID";
-  const auto text = qx::Registry::current().readString(HKEY_CLASSES_ROOT, key, u"");
-  const auto clsid = text ? qx::guidFromText(*text) : std::nullopt;
-  if (!clsid) return CO_E_CLASSSTRING;
-  *out = *clsid;
-  return S_OK;
+  return qx::guarded([&] {
+    const std::u16string key = std::u16string(progId) + u"\\CLSID";
+    const auto text = qx::Registry::current().readString(HKEY_CLASSES_ROOT, key, u"");
+    const auto clsid = text ? qx::guidFromText(*text) : std::nullopt;
+    if (!clsid) return CO_E_CLASSSTRING;
+    *out = *clsid;
+    return S_OK;
+  });
 }
 
 HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* factory, DWORD, DWORD, DWORD* cookie) {
   if (factory == nullptr || cookie == nullptr) return E_POINTER;
   *cookie = 0;
-  const CComQIPtr<IClassFactory> asked(factory);
-  if (asked.p == nullptr) return E_NOINTERFACE;
-  *cookie = qx::FactoryTable::instance().registerFactory(clsid, asked);
-  return S_OK;
+  return qx::guarded([&] {
+    const CComQIPtr<IClassFactory> asked(factory);
+    if (asked.p == nullptr) return E_NOINTERFACE;
+    *cookie = qx::FactoryTable::instance().registerFactory(clsid, asked);
+    return S_OK;
+  });
 }
 
 HRESULT CoRevokeClassObject(DWORD cookie) {

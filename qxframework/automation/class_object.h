@@ -34,10 +34,11 @@ QX_API HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, 
 /// The class id under HKEY_CLASSES_ROOT\<progId>\CLSID; CO_E_CLASSSTRING when there is none.
 QX_API HRESULT CLSIDFromProgID(const OLECHAR* progId, CLSID* out);
 
-/// Makes `factory` answer for the class in this process, ahead of the registry, until it is
-/// revoked.
+/// Makes `factory` answer for the class in this process, ahead of the registry and of factories
+/// registered earlier, until it is revoked. E_NOINTERFACE for what is no IClassFactory.
 QX_API HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* factory, DWORD context, DWORD flags,
                                      DWORD* cookie);
+/// E_INVALIDARG for a cookie that is not, or no longer, given out.
 QX_API HRESULT CoRevokeClassObject(DWORD cookie);
 
 namespace qx {
@@ -47,7 +48,8 @@ HRESULT createInstance(REFCLSID clsid, DWORD context, T** out) {
   return CoCreateInstance(clsid, nullptr, context, T::kIid, reinterpret_cast<void**>(out));
 }
 
-/// Forgets the factories found through the registry, so that a changed registry is read anew.
+/// Forgets the factories found through the registry and reads the registry anew. Libraries stay
+/// loaded and registered factories stay.
 QX_API void resetActivation();
 
 }  // namespace qx

@@ -25,6 +25,10 @@ class CComPtr {
   ~CComPtr() {
     if (p != nullptr) p->Release();
   }
+  CComPtr& operator=(std::nullptr_t) {
+    Release();
+    return *this;
+  }
   CComPtr& operator=(T* object) {
     CComPtr(object).Swap(*this);
     return *this;
@@ -92,7 +96,8 @@ class CComQIPtr : public CComPtr<T> {
   }
 
  private:
-  void query(IUnknown* object) {
+  template <class Q>
+  void query(Q* object) {
     if (object == nullptr) return;
     if (object->QueryInterface(T::kIid, reinterpret_cast<void**>(&this->p)) < 0) this->p = nullptr;
   }

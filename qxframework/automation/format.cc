@@ -165,6 +165,7 @@ class Parser {
     static constexpr Length kLengths[] = {{u"ll", 64}, {u"I64", 64}, {u"I32", 32}, {u"hh", 8},
                                           {u"h", 16},  {u"l", 32},   {u"I", 64},   {u"j", 64},
                                           {u"z", 64},  {u"t", 64},   {u"L", 32},   {u"w", 32}};
+    if (std::u16string_view(u"lIhjztLw").find(current()) == std::u16string_view::npos) return;
     for (const Length& length : kLengths) {
       if (!skip(length.text)) continue;
       conversion.bits = length.bits;

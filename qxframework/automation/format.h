@@ -7,7 +7,8 @@
 // Conversions: %d %i %u %x %X %o %c %s %S %p %e %E %f %F %g %G %a %A %%, with flags, width and
 // precision (also "*"). Integers are taken as 32-bit unless the length says ll, I64, j, z or t, so
 // that a sign-extended result code prints its 8 digits under %08X. %s takes any wide or UTF-8
-// string; a null one prints "(null)".
+// string; a null one prints "(null)". A letter that is no conversion stands as it is written. No
+// width and no number of digits goes beyond 4096.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/export.h"

@@ -112,7 +112,7 @@ void COleDateTimeSpan::checkRange() {
 
 std::int64_t COleDateTimeSpan::totalSeconds() const {
   const double seconds = m_span * 86400.0;
-  return std::fabs(seconds) < 1e18 ? std::llround(seconds) : 0;
+  return std::fabs(seconds) < 1e18 ? std::llround(seconds) : 0;  // too long for parts
 }
 
 void COleDateTimeSpan::SetDateTimeSpan(long days, int hours, int minutes, int seconds) {

@@ -60,8 +60,8 @@ class QX_API COleDateTimeSpan {
   void SetStatus(DateTimeSpanStatus status) { m_status = status; }
   void SetDateTimeSpan(long days, int hours, int minutes, int seconds);
 
-  /// The whole in one unit, cut towards zero after half a second was allowed for.
-  double GetTotalDays() const { return m_span; }
+  /// The whole in one unit, to the nearest second and then cut towards zero.
+  double GetTotalDays() const { return static_cast<double>(totalSeconds() / 86400); }
   double GetTotalHours() const { return static_cast<double>(totalSeconds() / 3600); }
   double GetTotalMinutes() const { return static_cast<double>(totalSeconds() / 60); }
   double GetTotalSeconds() const { return static_cast<double>(totalSeconds()); }

@@ -115,7 +115,7 @@ class Registry::Reader {
     for (const std::u16string_view known : kRoots) {
       if (equalsIgnoreCase(root, known)) return readTable(path, *table);
     }
-    tell(key.source(), "'" + toUtf8(root) + "' is no root of keys",
+    tell(key.source(), std::string("'").append(toUtf8(root)).append("' is no root of keys"),
          "begin with HKEY_CLASSES_ROOT, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
   }
 

@@ -92,15 +92,20 @@ QX_API HRESULT VariantClear(VARIANT* value);
 QX_API HRESULT VariantCopy(VARIANT* to, const VARIANT* from);
 /// Converts `from` to `type` by the number and date forms of `locale` (1024 the user's default,
 /// 1033 English, United States). `to` may be `from`. DISP_E_TYPEMISMATCH when there is no such
-/// conversion or the text does not read, DISP_E_OVERFLOW when the value does not fit.
+/// conversion or the text does not read, DISP_E_OVERFLOW when the value does not fit; `to` is left
+/// as it was then. Dates have the forms of 1033 in every locale. Of the flags, 1 keeps an object
+/// from being asked for its own value and 2 writes booleans as "True" and "False", not -1 and 0.
 QX_API HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, WORD flags,
                                    VARTYPE type);
 inline HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, WORD flags, VARTYPE type) {
   return VariantChangeTypeEx(to, from, LOCALE_USER_DEFAULT, flags, type);
 }
-/// VARCMP_LT, VARCMP_EQ, VARCMP_GT; VARCMP_NULL when one side is VT_NULL.
+/// VARCMP_LT, VARCMP_EQ, VARCMP_GT; VARCMP_NULL when one side is VT_NULL. Numbers of all kinds
+/// compare by value and come before texts, which compare as VarBstrCmp does; VT_EMPTY counts as 0
+/// or as the empty text. DISP_E_TYPEMISMATCH for other pairs.
 QX_API HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID locale, ULONG flags);
-/// The comparison of two texts by the locale's collation; null counts as empty.
+/// The comparison of two texts, up to their terminators, by the locale's collation; null counts as
+/// empty. Flag 1 ignores case.
 QX_API HRESULT VarBstrCmp(const OLECHAR* left, const OLECHAR* right, LCID locale, ULONG flags);
 
 /// A VARIANT that owns its text or object.

@@ -46,5 +46,6 @@ HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID locale, ULONG fla
 }
 
 HRESULT VarBstrCmp(const OLECHAR* left, const OLECHAR* right, LCID locale, ULONG flags) {
+  if (left == right) return VARCMP_EQ;
   return qx::compareText(qx::viewOf(left), qx::viewOf(right), locale, flags);
 }

@@ -26,6 +26,7 @@ class QX_API CString {
   void Empty() { m_text.clear(); }
   /// Zero behind the end.
   OLECHAR GetAt(int position) const;
+  /// Raises E_INVALIDARG outside the string.
   void SetAt(int position, OLECHAR unit);
   CString& operator+=(std::u16string_view text) {
     m_text += text;

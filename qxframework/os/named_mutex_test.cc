@@ -2,6 +2,7 @@
 
 #include "qxframework/os/shared_file.h"
 #include "qxframework/os/test_support.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -23,7 +24,7 @@ class NamedMutexTest : public testing::Test {
     return taken;
   }
 
-  TempFolder folder_;
+  test::TempFolder folder_;
 };
 
 TEST_F(NamedMutexTest, IsNotOwnedAtFirst) {
@@ -140,7 +141,7 @@ TEST_F(NamedMutexTest, IsInTheRuntimeFolder) {
 
 class SharedFileTest : public testing::Test {
  protected:
-  TempFolder folder_;
+  test::TempFolder folder_;
 };
 
 TEST_F(SharedFileTest, IsForEveryUserWhateverTheProcessMasks) {

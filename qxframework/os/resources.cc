@@ -1,10 +1,11 @@
 #include "qxframework/os/resources.h"
 
+#include "qxframework/automation/user_locale.h"
+
 #include <unicode/uloc.h>
 
-#include <array>
 #include <cstdlib>
-#include <cstring>
+#include <string>
 
 namespace {
 
@@ -25,18 +26,6 @@ const std::byte* findNeutral(const qx::ResourceImage& image, unsigned type, unsi
     if (const std::byte* entry = image.findResource(type, id, language)) return entry;
   }
   return image.findResourceAnyLanguage(type, id);
-}
-
-/// The user's locale without character set and modifier, cut to `name`.
-bool userLocale(std::array<char, ULOC_FULLNAME_CAPACITY>& name) {
-  const char* locale = std::getenv("LC_ALL");
-  if (locale == nullptr || *locale == 0) locale = std::getenv("LANG");
-  if (locale == nullptr) return false;
-  const std::size_t length = std::strcspn(locale, ".@");
-  if (length == 0 || length >= name.size()) return false;
-  std::memcpy(name.data(), locale, length);
-  name[length] = 0;
-  return std::strcmp(name.data(), "C") != 0 && std::strcmp(name.data(), "POSIX") != 0;
 }
 
 /// String `id` from the first table that `accepts` the language.
@@ -103,9 +92,9 @@ std::optional<std::u16string_view> findStringAnyLanguage(HINSTANCE module, unsig
 }
 
 unsigned short userLanguage() {
-  std::array<char, ULOC_FULLNAME_CAPACITY> name{};
-  if (!userLocale(name)) return 0;
-  return static_cast<unsigned short>(uloc_getLCID(name.data()));
+  const std::string name = localeNameFrom(std::getenv("LC_ALL"), nullptr, std::getenv("LANG"));
+  if (name.empty() || name.size() >= ULOC_FULLNAME_CAPACITY) return 0;
+  return static_cast<unsigned short>(uloc_getLCID(name.c_str()));
 }
 
 }  // namespace qx

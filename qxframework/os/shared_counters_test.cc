@@ -1,6 +1,7 @@
 #include "qxframework/os/shared_counters.h"
 
 #include "qxframework/os/test_support.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,7 @@ class SharedCountersTest : public testing::Test {
  protected:
   SharedCounters open() const { return SharedCounters(u"Attach", folder_.path()); }
 
-  TempFolder folder_;
+  test::TempFolder folder_;
 };
 
 TEST_F(SharedCountersTest, AreFiftyZerosForTheFirst) {

@@ -10,7 +10,6 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -60,27 +59,6 @@ class ScopedEnvironment {
 
   std::string name_;
   std::optional<std::string> old_;
-};
-
-/// A fresh folder, removed with everything in it.
-class TempFolder {
- public:
-  TempFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "qx_os_test_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = name;
-  }
-  ~TempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
 };
 
 /// A forked process that runs `body` and speaks with this one through two pipes. `body` gets the

@@ -1,6 +1,7 @@
 #include "qxframework/os/version_info.h"
 
 #include "qxframework/os/test_support.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +62,7 @@ TEST(VersionBlock, MissingKeyGivesNothing) {
 }
 
 TEST(VersionBlock, IsMissingWhereThereIsNoModule) {
-  const TempFolder folder;
+  const test::TempFolder folder;
   const std::filesystem::path text = folder.path() / "text";
   std::ofstream(text) << "no module";
   EXPECT_FALSE(VersionBlock::ofFile(text));

@@ -112,12 +112,13 @@ class ImageBuilder {
 
 /// `path` between double quotes, for the assembler.
 std::string quoted(const std::filesystem::path& path) {
-  std::string out = "\"";
+  std::string out(1, '"');
   for (const char letter : path.string()) {
     if (letter == '"' || letter == '\\') out.push_back('\\');
     out.push_back(letter);
   }
-  return out + "\"";
+  out.push_back('"');
+  return out;
 }
 
 /// `path` as a word of a dependency file.
@@ -131,20 +132,22 @@ std::string escaped(const std::filesystem::path& path) {
   return out;
 }
 
-// %1 the image file, %2 the note's type. The note refers to the image, so the linker keeps both.
-constexpr std::string_view kSource = R"==(// Written by qxrc: the resources of this module.
+// The source before and behind the image's path. The note refers to the image, so the linker keeps
+// both.
+constexpr std::string_view kSourceHead = R"==(// Written by qxrc: the resources of this module.
 asm(R"=(
   .pushsection .qxres,"a",%progbits
   .balign 16
 .Lqx_resources_begin:
-  .incbin %1
+  .incbin )==";
+constexpr std::string_view kSourceTail = R"==(
 .Lqx_resources_end:
   .popsection
   .pushsection .note.qxres,"a",%note
   .balign 4
   .long 6
   .long 16
-  .long %2
+  .long 1
   .asciz "QXRES"
   .balign 4
 .Lqx_resources_note:
@@ -153,16 +156,16 @@ asm(R"=(
   .popsection
 )=");
 )==";
-static_assert(sizeof format::kNoteOwner == 6 && sizeof(format::NoteBody) == 16);
+static_assert(sizeof format::kNoteOwner == 6 && sizeof(format::NoteBody) == 16 &&
+              format::kNoteType == 1);
 
 }  // namespace
 
 std::string buildImage(const ResourceSet& set) { return ImageBuilder(set).build(); }
 
 std::string embeddingSource(const std::filesystem::path& imageFile) {
-  std::string source(kSource);
-  source.replace(source.find("%2"), 2, std::to_string(format::kNoteType));
-  source.replace(source.find("%1"), 2, quoted(std::filesystem::absolute(imageFile)));
+  std::string source(kSourceHead);
+  source.append(quoted(std::filesystem::absolute(imageFile))).append(kSourceTail);
   return source;
 }
 

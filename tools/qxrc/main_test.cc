@@ -1,6 +1,6 @@
 // The program itself: its files, its exit codes and what it prints.
 
-#include "tools/qxrc/temp_folder.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ class QxrcProgram : public testing::Test {
     return {std::istreambuf_iterator<char>(stream), {}};
   }
 
-  TempFolder folder_;
+  test::TempFolder folder_;
 };
 
 TEST_F(QxrcProgram, WritesImageSourceAndDependencies) {

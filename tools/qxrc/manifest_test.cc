@@ -1,7 +1,7 @@
 #include "tools/qxrc/manifest.h"
 
+#include "tests/support/temp_folder.h"
 #include "tools/qxrc/diagnostic.h"
-#include "tools/qxrc/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ class Manifest : public testing::Test {
     return "accepted";
   }
 
-  TempFolder folder_;
+  test::TempFolder folder_;
 };
 
 TEST_F(Manifest, ReadsEverySection) {

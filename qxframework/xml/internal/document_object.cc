@@ -36,7 +36,9 @@ TreePointer treeOf(DocumentHandle document) {
     document.reset(xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0")));
     if (document == nullptr) throw std::bad_alloc();
   }
-  return std::make_shared<DomTree>(document.release());
+  auto tree = std::make_shared<DomTree>(document.get());
+  static_cast<void>(document.release());
+  return tree;
 }
 
 xmlNode* rootOf(const TreePointer& tree) { return reinterpret_cast<xmlNode*>(tree->document()); }
@@ -47,14 +49,19 @@ DocumentObject::DocumentObject() : DocumentObject(treeOf(nullptr)) {}
 
 DocumentObject::DocumentObject(const TreePointer& tree) : DomNode(tree, rootOf(tree)) {}
 
-HRESULT DocumentObject::take(ParseResult result, std::string source, VARIANT_BOOL* success) {
-  const TreePointer tree = treeOf(std::move(result.document));
-  standFor(tree, rootOf(tree));
+template <class Parse>
+HRESULT DocumentObject::read(Parse parse, std::string source, VARIANT_BOOL* success) {
+  setTree(treeOf(nullptr));  // the former tree goes before the new one takes memory
+  ParseResult result = parse();
   fault_ = std::move(result.fault);
   source_ = std::move(source);
-  *success = fault_.code < 0 ? VARIANT_FALSE : VARIANT_TRUE;
-  return fault_.code < 0 ? S_FALSE : S_OK;
+  if (fault_.code < 0) return S_FALSE;
+  setTree(treeOf(std::move(result.document)));
+  *success = VARIANT_TRUE;
+  return S_OK;
 }
+
+void DocumentObject::setTree(const TreePointer& tree) { standFor(tree, rootOf(tree)); }
 
 HRESULT DocumentObject::raw_load(const VARIANT& source, VARIANT_BOOL* success) {
   if (success == nullptr) return E_POINTER;
@@ -63,14 +70,14 @@ HRESULT DocumentObject::raw_load(const VARIANT& source, VARIANT_BOOL* success) {
   if (!isText) return E_INVALIDARG;
   return guarded([&] {
     const std::string name = textOf(source);
-    return take(parseFile(name), name, success);
+    return read([&] { return parseFile(name); }, name, success);
   });
 }
 
 HRESULT DocumentObject::raw_loadXML(BSTR text, VARIANT_BOOL* success) {
   if (success == nullptr) return E_POINTER;
   *success = VARIANT_FALSE;
-  return guarded([&] { return take(parseText(viewOfBstr(text)), {}, success); });
+  return guarded([&] { return read([&] { return parseText(viewOfBstr(text)); }, {}, success); });
 }
 
 HRESULT DocumentObject::raw_parseError(IXMLDOMParseError** error) {

@@ -25,7 +25,10 @@ class DocumentObject final : public DomNode<IXMLDOMDocument> {
   HRESULT raw_createComment(BSTR text, IXMLDOMNode** node) override;
 
  private:
-  HRESULT take(ParseResult result, std::string source, VARIANT_BOOL* success);
+  /// Empties the document and fills it with what `parse` returns; keeps its fault.
+  template <class Parse>
+  HRESULT read(Parse parse, std::string source, VARIANT_BOOL* success);
+  void setTree(const TreePointer& tree);
 
   ParseFault fault_;
   std::string source_;  // the file name or URL of the last load, as given

@@ -27,15 +27,20 @@ bool declaresPrefix(const xmlNode* element, std::string_view prefix) {
   return false;
 }
 
-/// A new declaration on `element`, under another prefix when the element has given it away.
-xmlNs* declareOn(xmlNode* element, const xmlNs* like) {
-  if (!declaresPrefix(element, viewOfXml(like->prefix))) {
-    return orRaise(xmlNewNs(element, like->href, like->prefix));
-  }
+/// A prefix that nothing at or above `element` declares, so that it hides none from what is below.
+std::string freshPrefix(xmlNode* element) {
   int number = 1;
   std::string prefix = "ns1";
-  while (declaresPrefix(element, prefix)) prefix = "ns" + std::to_string(++number);
-  return orRaise(xmlNewNs(element, like->href, asXml(prefix)));
+  while (xmlSearchNs(element->doc, element, asXml(prefix)) != nullptr) {
+    prefix = "ns" + std::to_string(++number);
+  }
+  return prefix;
+}
+
+/// A new declaration on `element`, under the prefix of `like` if that is free for it.
+xmlNs* declareOn(xmlNode* element, const xmlNs* like, bool prefixIsFree) {
+  if (prefixIsFree) return orRaise(xmlNewNs(element, like->href, like->prefix));
+  return orRaise(xmlNewNs(element, like->href, asXml(freshPrefix(element))));
 }
 
 bool declaredBetween(const xmlNode* node, const xmlNode* root, const xmlNs* ns) {
@@ -59,7 +64,7 @@ class Declarer {
       ns = own;
       return;
     }
-    xmlNs* const own = declareOn(root_, ns);
+    xmlNs* const own = declareOn(root_, ns, !declaresPrefix(root_, viewOfXml(ns->prefix)));
     replaced_.emplace_back(ns, own);
     ns = own;
   }
@@ -105,7 +110,8 @@ xmlNs* inScopeOf(xmlNode* element, const xmlNs* ns) {
   if (ns == nullptr) return nullptr;
   if (isXmlNamespace(ns)) return xmlNamespaceOf(element->doc);
   xmlNs* const found = xmlSearchNs(element->doc, element, ns->prefix);
-  return found != nullptr && sameNamespace(found, ns) ? found : declareOn(element, ns);
+  if (found != nullptr && sameNamespace(found, ns)) return found;
+  return declareOn(element, ns, found == nullptr);
 }
 
 }  // namespace qx::xml

@@ -1,6 +1,7 @@
 #include "qxframework/xml/internal/node_edit.h"
 
 #include "qxframework/xml/internal/document_object.h"
+#include "qxframework/xml/internal/namespaces.h"
 #include "qxframework/xml/internal/serialize.h"
 #include "qxframework/xml/internal/utf.h"
 
@@ -79,9 +80,9 @@ xmlAttr* findRival(const xmlNode* element, const xmlAttr* attribute) {
 }
 
 HRESULT copyDocument(const xmlDoc* document, bool deep, IXMLDOMNode** out) {
-  xmlDoc* const copy = orRaise(xmlCopyDoc(const_cast<xmlDoc*>(document), deep ? 1 : 0));
-  const auto tree = std::make_shared<DomTree>(copy);
-  return giveNode(tree, reinterpret_cast<xmlNode*>(copy), out);
+  DocumentHandle copy(orRaise(xmlCopyDoc(const_cast<xmlDoc*>(document), deep ? 1 : 0)));
+  const auto tree = std::make_shared<DomTree>(copy.get());
+  return giveNode(tree, reinterpret_cast<xmlNode*>(copy.release()), out);
 }
 
 xmlNode* copyWithin(xmlNode* node, xmlDoc* document, bool deep) {
@@ -90,7 +91,7 @@ xmlNode* copyWithin(xmlNode* node, xmlDoc* document, bool deep) {
     xmlAttr* const copy = orRaise(xmlCopyProp(nullptr, attribute));
     copy->doc = document;
     for (xmlNode* text = copy->children; text != nullptr; text = text->next) text->doc = document;
-    copy->ns = attribute->ns;
+    copy->ns = keptByDocument(attribute->ns, document);
     return reinterpret_cast<xmlNode*>(copy);
   }
   constexpr int kDeep = 1;

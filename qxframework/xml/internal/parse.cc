@@ -105,22 +105,55 @@ void passOverDocumentType(xmlSAXHandler& handler) {
   handler.unparsedEntityDecl = refuseUnparsedEntity;
 }
 
-/// Removes the white-space-only text that the parser left.
-void dropBlankText(xmlDoc* document) {
-  auto* root = reinterpret_cast<xmlNode*>(document);
-  for (xmlNode* node = root; node != nullptr;) {
-    xmlNode* const next = nextInTree(node, root);
-    if (node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1) {
-      xmlUnlinkNode(node);
-      xmlFreeNode(node);
+/// The parser leaves each "&" in the name of a namespace as "&#38;", which it replaces in all other
+/// values itself.
+void settleNamespaceNames(xmlNode* element) {
+  constexpr std::string_view kAmpersand = "&#38;";
+  for (xmlNs* ns = element->nsDef; ns != nullptr; ns = ns->next) {
+    std::string name(viewOfXml(ns->href));
+    std::size_t at = name.find(kAmpersand);
+    if (at == name.npos) continue;
+    for (; at != name.npos; at = name.find(kAmpersand, at + 1)) {
+      name.replace(at, kAmpersand.size(), "&");
     }
-    node = next;
+    xmlChar* const settled = xmlStrdup(asXml(name));
+    if (settled == nullptr) throw std::bad_alloc();
+    xmlFree(const_cast<xmlChar*>(ns->href));
+    ns->href = settled;
   }
 }
 
-/// Settles what the tree's later operations rely on: no blank text, no table of ids.
+bool isCdata(const xmlNode* node) {
+  return node != nullptr && node->type == XML_CDATA_SECTION_NODE;
+}
+
+void remove(xmlNode* node) {
+  xmlUnlinkNode(node);
+  xmlFreeNode(node);
+}
+
+/// Removes a text and returns the node to go on with. CDATA sections that come to stand side by
+/// side become one, as they would when the document is written and read again.
+xmlNode* removeText(xmlNode* text, const xmlNode* root) {
+  xmlNode* const before = text->prev;
+  xmlNode* const behind = text->next;
+  xmlNode* const next = nextInTree(text, root);
+  remove(text);
+  if (!isCdata(before) || !isCdata(behind)) return next;
+  xmlNodeAddContent(before, behind->content);
+  remove(behind);
+  return nextInTree(before, root);
+}
+
+/// Settles what the tree's later operations rely on: no text of white space only, namespaces by
+/// their true names, no table of ids.
 void finishTree(xmlDoc* document) {
-  dropBlankText(document);
+  auto* root = reinterpret_cast<xmlNode*>(document);
+  for (xmlNode* node = root; node != nullptr;) {
+    if (node->type == XML_ELEMENT_NODE && node->nsDef != nullptr) settleNamespaceNames(node);
+    const bool isBlank = node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1;
+    node = isBlank ? removeText(node, root) : nextInTree(node, root);
+  }
   if (document->ids != nullptr) xmlFreeIDTable(static_cast<xmlIDTable*>(document->ids));
   document->ids = nullptr;
 }

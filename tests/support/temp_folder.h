@@ -8,13 +8,14 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 
-namespace qx::qxrc {
+namespace qx::test {
 
 class TempFolder {
  public:
   TempFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "qxrc_test_XXXXXX").string();
+    std::string name = (std::filesystem::temp_directory_path() / "qx_test_XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
     path_ = name;
   }
@@ -27,6 +28,7 @@ class TempFolder {
 
   const std::filesystem::path& path() const { return path_; }
 
+  /// Writes the file `name`, folders included; gives its path.
   std::filesystem::path write(const std::string& name, std::string_view content) const {
     const std::filesystem::path file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
@@ -38,4 +40,4 @@ class TempFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace qx::qxrc
+}  // namespace qx::test

@@ -1,0 +1,45 @@
+// Reads arbitrary text as a value of every kind. What reads must write, and what was written must
+// read again as the same text. Each byte is a unit; the first picks the locale.
+
+#include "qxframework/automation/variant.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+constexpr LCID kLocales[] = {1033, 1031, 1036};
+
+void check(bool right) {
+  if (!right) std::abort();
+}
+
+/// Whether `text` reads as `type`; then `text` becomes what the value writes.
+bool rewrite(CComVariant& text, VARTYPE type, LCID locale) {
+  CComVariant value;
+  const HRESULT read = VariantChangeTypeEx(&value, &text, locale, 0, type);
+  check(read == S_OK || read == DISP_E_TYPEMISMATCH || read == DISP_E_OVERFLOW);
+  if (read != S_OK) return false;
+  check(value.vt == type);
+  check(VarCmp(&value, &value, locale, 0) == VARCMP_EQ);
+  check(VariantChangeTypeEx(&text, &value, locale, 0, VT_BSTR) == S_OK);
+  return true;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const LCID locale = kLocales[data[0] % 3];
+  const std::u16string text(data + 1, data + size);
+  for (const VARTYPE type : {VT_I1, VT_I2, VT_I4, VT_I8, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_R4,
+                             VT_R8, VT_CY, VT_DATE, VT_BOOL}) {
+    CComVariant first{std::u16string_view(text)};
+    if (!rewrite(first, type, locale)) continue;
+    CComVariant second(first);
+    check(rewrite(second, type, locale));
+    check(VarCmp(&first, &second, locale, 0) == VARCMP_EQ);
+  }
+  return 0;
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+// The company object: how it learns which company to open, the connection, the transaction, the
+// last error, and the objects that work on the connection.
+
+#include "qxdesk/company/company_session.h"
+#include "qxdesk/company/object_base.h"
+#include "qxframework/host/company.h"
+
+#include <optional>
+#include <string>
+
+namespace qx::desk {
+
+class Company final : public HostObject<ICompany> {
+ public:
+  Company(CompanyEnvironment environment, OpenDatabase open);
+  ~Company() override;
+
+  HRESULT GetTypeInfoCount(UINT* count) override;
+  HRESULT GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
+
+  HRESULT raw_Connect(long* out) override;
+  HRESULT raw_Disconnect() override;
+  HRESULT raw_PutLanguage(HvLanguages language) override;
+  HRESULT raw_GetLastError(long* code, BSTR* text) override;
+  HRESULT raw_GetBusinessObject(long type, IDispatch** out) override;
+  HRESULT raw_GetCompanyService(ICompanyService** out) override;
+  HRESULT raw_GetContextCookie(BSTR* out) override;
+  HRESULT raw_PutLoginContext(BSTR context) override;
+  HRESULT raw_PutConnectionString(BSTR connection) override;
+  HRESULT raw_PutUiApplication(IDispatch* application) override;
+  HRESULT raw_GetDbServerType(long* out) override;
+  HRESULT raw_GetConnected(VARIANT_BOOL* out) override;
+  HRESULT raw_GetInTransaction(VARIANT_BOOL* out) override;
+  HRESULT raw_StartTransaction() override;
+  HRESULT raw_EndTransaction(VARIANT_BOOL commit) override;
+
+ private:
+  std::u16string newCookie();
+  LoginTarget targetOfClient();
+  LoginTarget chooseTarget();
+  CComPtr<IDispatch> makeBusinessObject(long type);
+
+  SessionPtr session_;
+  CComPtr<IDispatch> application_;
+  std::u16string cookie_;  // empty when none waits for its answer
+  std::optional<LoginTarget> target_;
+  std::u16string connectionString_;
+};
+
+/// A company object over the real world.
+CComPtr<ICompany> makeCompany();
+
+}  // namespace qx::desk

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "qxdesk/company/company_session.h"
+#include "qxdesk/company/object_base.h"
+#include "qxframework/host/company.h"
+
+namespace qx::desk {
+
+/// Rounding by the settings of the company.
+class CompanyService final : public HostObject<ICompanyService> {
+ public:
+  explicit CompanyService(SessionPtr session) : session_(std::move(session)) {}
+
+  HRESULT raw_GetDataInterface(long type, IDispatch** out) override;
+  HRESULT raw_RoundDecimal(IDecimalData* data, IRoundedData** out) override;
+
+ private:
+  SessionPtr session_;
+};
+
+}  // namespace qx::desk

@@ -1,0 +1,115 @@
+#pragma once
+
+// What the objects of one company connection share: the open database, the translator with its
+// state, the last error. Every object holds the session, so it lives as long as the last of them;
+// after Disconnect they all answer that the company is not connected.
+
+#include "qxdesk/company/company_error.h"
+#include "qxdesk/company/company_settings.h"
+#include "qxdesk/company/database.h"
+#include "qxdesk/company/environment.h"
+#include "qxdesk/company/row_store.h"
+#include "qxdesk/session/call_gate.h"
+#include "qxdesk/session/login_context.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qx::sql {
+class Translator;
+}
+
+namespace qx::desk {
+
+/// Opens the database of a target; a test puts a failing one in between here.
+using OpenDatabase =
+    std::function<std::unique_ptr<Database>(const std::string&, const CompanyEnvironment&)>;
+
+class CompanySession {
+ public:
+  CompanySession(CompanyEnvironment environment, OpenDatabase open);
+  ~CompanySession();
+  CompanySession(const CompanySession&) = delete;
+  CompanySession& operator=(const CompanySession&) = delete;
+
+  /// Opens the company, and makes it first where the file is missing or empty. Raises CompanyError.
+  void open(const LoginTarget& target);
+  /// An open transaction is rolled back.
+  void close();
+  bool isOpen() const { return database_ != nullptr; }
+
+  /// Raises kNotConnected.
+  Database& database();
+  long serverType() const { return target_.dbServerType; }
+  const CompanyEnvironment& environment() const { return environment_; }
+  CompanySettings settings();
+
+  /// Runs one statement of an add-on; no columns when it is no query. Raises CompanyError with
+  /// kSqlFailure.
+  RowStore query(std::string_view utf8);
+
+  void startTransaction();
+  void endTransaction(bool commit);
+  bool inTransaction() const { return database_ != nullptr && transaction_; }
+
+  void setLanguage(HvLanguages language) { language_ = language; }
+  long lastCode() const { return lastCode_; }
+  const std::u16string& lastText() const { return lastText_; }
+
+  /// Runs `body`, an operation that leaves word in the last error: 0, or the code of the failure.
+  template <class Body>
+  long attempt(Body&& body) {
+    lastCode_ = 0;
+    lastText_.clear();
+    try {
+      body();
+    } catch (const CompanyError& error) {
+      remember(error);
+    } catch (const DatabaseError& error) {
+      remember(asCompanyError(kSqlFailure, error));
+    }
+    return lastCode_;
+  }
+
+ private:
+  CompanyError asCompanyError(long code, const DatabaseError& error) const;
+  void remember(const CompanyError& error);
+  RowStore runTranslated(std::string_view utf8);
+  void checkFileIsThere();
+  void checkTransactionLives();
+  void commitOrRollBack();
+  HvLanguages language() const;
+
+  CompanyEnvironment environment_;
+  OpenDatabase open_;
+  LoginTarget target_;
+  std::unique_ptr<Database> database_;
+  std::unique_ptr<sql::Translator> translator_;
+  bool transaction_ = false;
+  std::optional<HvLanguages> language_;
+  long lastCode_ = 0;
+  std::u16string lastText_;
+};
+
+using SessionPtr = std::shared_ptr<CompanySession>;
+
+/// The body of a host operation whose failure is its result code.
+template <class Body>
+HRESULT companyCall(CompanySession& session, Body&& body) noexcept {
+  return hostCall([&]() -> HRESULT { return session.attempt(body); });
+}
+
+/// The body of a host operation whose failure is its out value.
+template <class Body>
+HRESULT companyCallWithCode(CompanySession& session, long* out, Body&& body) noexcept {
+  return hostCall([&]() -> HRESULT {
+    if (out == nullptr) return E_POINTER;
+    *out = session.attempt(body);
+    return S_OK;
+  });
+}
+
+}  // namespace qx::desk

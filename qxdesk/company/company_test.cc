@@ -1,0 +1,223 @@
+#include "qxdesk/company/company.h"
+
+#include "qxdesk/company/test_support.h"
+#include "qxdesk/company/type_library.h"
+
+#include <set>
+
+namespace qx::desk {
+namespace {
+
+class ConnectTest : public testing::Test {
+ protected:
+  LoginTarget target() const {
+    return LoginTarget{folder.file("company.db"), kSybase, ln_German, u"manager", u"Demo"};
+  }
+  CComPtr<ICompany> fresh() const {
+    return CComPtr<ICompany>(makeObject<Company>(testEnvironment(), noDatabase).p);
+  }
+  static std::unique_ptr<Database> noDatabase(const std::string&, const CompanyEnvironment&) {
+    throw DatabaseError(Fault::InputOutput, "not to be opened");
+  }
+
+  TemporaryFolder folder;
+};
+
+TEST_F(ConnectTest, GoesThroughTheClient) {
+  const CComPtr<ICompany> company = makeCompany();
+  const auto client = makeObject<FakeClient>(target());
+  company->PutUiApplication(static_cast<IDispatch*>(client.p));
+  EXPECT_EQ(company->Connect(), 0);
+  EXPECT_EQ(company->GetConnected(), VARIANT_TRUE);
+  EXPECT_EQ(company->GetDbServerType(), kSybase);
+}
+
+TEST_F(ConnectTest, GoesByTheCookie) {
+  const CComPtr<ICompany> company = makeCompany();
+  company->PutUiApplication(nullptr);
+  const CComBSTR cookie = company->GetContextCookie();
+  EXPECT_EQ(cookie.Length(), 32U);
+  company->PutLoginContext(CComBSTR(encodeLoginContext(target(), cookie.View())));
+  company->PutConnectionString(CComBSTR(u"anything"));
+  EXPECT_EQ(company->Connect(), 0);
+  EXPECT_EQ(company->GetConnected(), VARIANT_TRUE);
+}
+
+TEST_F(ConnectTest, DrawsAnotherCookieEachTime) {
+  const CComPtr<ICompany> company = makeCompany();
+  std::set<std::u16string> cookies;
+  for (int i = 0; i < 100; ++i) cookies.emplace(company->GetContextCookie().View());
+  EXPECT_EQ(cookies.size(), 100U);
+}
+
+TEST_F(ConnectTest, TakesTheCookieFromTheRandomSource) {
+  EXPECT_EQ(fresh()->GetContextCookie().View(), u"000102030405060708090A0B0C0D0E0F");
+}
+
+TEST_F(ConnectTest, WithoutACompanySaysWhatToDo) {
+  const CComPtr<ICompany> company = fresh();
+  EXPECT_EQ(company->Connect(), kNoCompanyGiven);
+  EXPECT_EQ(lastError(company).code, kNoCompanyGiven);
+  EXPECT_EQ(lastError(company).text,
+            u"There is no company to connect to. Attach this object to the running client with "
+            u"PutUiApplication, or give the client's answer to GetContextCookie to "
+            u"PutLoginContext.");
+  EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
+}
+
+TEST_F(ConnectTest, TellsInTheLanguageThatWasPut) {
+  const CComPtr<ICompany> company = fresh();
+  company->PutLanguage(ln_German);
+  company->Connect();
+  EXPECT_TRUE(lastError(company).text.starts_with(u"Es ist keine Firma"));
+  company->PutLanguage(ln_Spanish_Ar);
+  company->Connect();
+  EXPECT_TRUE(lastError(company).text.starts_with(u"No hay ninguna sociedad"));
+  company->PutLanguage(ln_Hungarian);
+  company->Connect();
+  EXPECT_TRUE(lastError(company).text.starts_with(u"There is no company"));
+}
+
+TEST_F(ConnectTest, RefusesAContextForAnotherCookie) {
+  const CComPtr<ICompany> company = fresh();
+  company->GetContextCookie();
+  EXPECT_EQ(
+      codeOf([&] { company->PutLoginContext(CComBSTR(encodeLoginContext(target(), u"another"))); }),
+      kContextRefused);
+  EXPECT_EQ(lastError(company).code, kContextRefused);
+  EXPECT_EQ(company->Connect(), kNoCompanyGiven);
+}
+
+TEST_F(ConnectTest, TakesAContextOnce) {
+  const CComPtr<ICompany> company = fresh();
+  const CComBSTR context(encodeLoginContext(target(), company->GetContextCookie().View()));
+  company->PutLoginContext(context);
+  EXPECT_EQ(codeOf([&] { company->PutLoginContext(context); }), kContextRefused);
+}
+
+TEST_F(ConnectTest, RefusesAnApplicationThatIsNoClient) {
+  const CComPtr<ICompany> company = fresh();
+  const CComPtr<ICompany> other = fresh();
+  company->PutUiApplication(other.p);
+  EXPECT_EQ(company->Connect(), kNoCompanyGiven);
+  EXPECT_TRUE(lastError(company).text.starts_with(u"The application that was given"));
+}
+
+TEST_F(ConnectTest, TellsWhenTheClientRefuses) {
+  const CComPtr<ICompany> company = fresh();
+  const auto client = makeObject<FakeClient>(target());
+  client->refusal = E_FAIL;
+  company->PutUiApplication(static_cast<IDispatch*>(client.p));
+  EXPECT_EQ(company->Connect(), kNoCompanyGiven);
+  EXPECT_EQ(lastError(company).text,
+            u"The client did not tell its company (0x80004005). Check that a company is open in "
+            u"it.");
+}
+
+TEST_F(ConnectTest, RefusesAClientsOldContext) {
+  const CComPtr<ICompany> company = fresh();
+  const auto client = makeObject<FakeClient>(target());
+  client->forcedContext = encodeLoginContext(target(), u"old cookie");
+  company->PutUiApplication(static_cast<IDispatch*>(client.p));
+  EXPECT_EQ(company->Connect(), kContextRefused);
+}
+
+TEST_F(ConnectTest, FallsBackToTheCookieWhenTheApplicationIsTakenAway) {
+  const CComPtr<ICompany> company = makeCompany();
+  const auto client = makeObject<FakeClient>(target());
+  client->refusal = E_FAIL;
+  company->PutUiApplication(static_cast<IDispatch*>(client.p));
+  EXPECT_NE(company->Connect(), 0);
+  company->PutUiApplication(nullptr);
+  const CComBSTR cookie = company->GetContextCookie();
+  company->PutLoginContext(CComBSTR(encodeLoginContext(target(), cookie.View())));
+  EXPECT_EQ(company->Connect(), 0);
+  EXPECT_EQ(lastError(company).code, 0);
+  EXPECT_EQ(lastError(company).text, u"");
+}
+
+TEST_F(ConnectTest, TwiceIsRefusedUntilDisconnect) {
+  const CComPtr<ICompany> company = connectTo(target());
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  company->Disconnect();
+  EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
+  EXPECT_EQ(company->Connect(), 0);
+}
+
+TEST_F(ConnectTest, LosesNothingWhenTheCompanyObjectGoesBeforeItsRecordset) {
+  CComPtr<ICompany> company = connectTo(target());
+  const CComPtr<IRecordset> rows = query(company, u"SELECT CompnyName FROM OADM");
+  company.Release();
+  rows->DoQuery(CComBSTR(u"SELECT CompnyName FROM OADM"));
+  EXPECT_EQ(cellText(rows->GetFields()->Item(0)->GetValue()), u"Demo");
+}
+
+TEST_F(ConnectTest, ObjectsAnswerAfterDisconnectThatThereIsNoConnection) {
+  const CComPtr<ICompany> company = connectTo(target());
+  company->PutLanguage(ln_English);
+  const CComPtr<IRecordset> rows = query(company, u"SELECT CompnyName FROM OADM");
+  const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
+  company->Disconnect();
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM OADM")); }), kNotConnected);
+  EXPECT_EQ(lastError(company),
+            (LastError{kNotConnected, u"The company is not connected. Call Connect first."}));
+  EXPECT_EQ(tables->Add(), kNotConnected);
+  EXPECT_EQ(codeOf([&] { company->GetBusinessObject(kRecordset); }), kNotConnected);
+  EXPECT_EQ(codeOf([&] { company->GetCompanyService(); }), kNotConnected);
+  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kNotConnected);
+}
+
+TEST_F(ConnectTest, AnUnknownBusinessObjectIsRefused) {
+  const CComPtr<ICompany> company = connectTo(target());
+  company->PutLanguage(ln_English);
+  EXPECT_EQ(codeOf([&] { company->GetBusinessObject(4711); }), kNotFound);
+  EXPECT_EQ(lastError(company).text, u"There is no business object with the number 4711.");
+}
+
+TEST_F(ConnectTest, TellsTheVersionOfItsLibrary) {
+  const CComPtr<ICompany> company = fresh();
+  CComPtr<ITypeInfo> info;
+  ASSERT_EQ(company->GetTypeInfo(0, LOCALE_USER_DEFAULT, &info), S_OK);
+  CComPtr<ITypeLib> library;
+  ASSERT_EQ(info->GetContainingTypeLib(&library, nullptr), S_OK);
+  TLIBATTR* attributes = nullptr;
+  ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
+  EXPECT_EQ(attributes->wMajorVerNum, 9);
+  EXPECT_EQ(attributes->wMinorVerNum, 20);
+  library->ReleaseTLibAttr(attributes);
+}
+
+TEST_F(ConnectTest, EveryOperationPassesTheCallGate) {
+  const CComPtr<ICompany> company = connectTo(target());
+  CallGate::instance().refuse(2, E_ABORT);
+  EXPECT_EQ(company->raw_Disconnect(), S_OK);
+  EXPECT_EQ(company->raw_Disconnect(), E_ABORT);
+  EXPECT_EQ(CallGate::instance().count(), 2);
+  CallGate::instance().refuse(0, S_OK);
+}
+
+TEST_F(ConnectTest, OutParametersMustBeGiven) {
+  const CComPtr<ICompany> company = connectTo(target());
+  EXPECT_EQ(company->raw_Connect(nullptr), E_POINTER);
+  EXPECT_EQ(company->raw_GetLastError(nullptr, nullptr), E_POINTER);
+  EXPECT_EQ(company->raw_GetBusinessObject(300, nullptr), E_POINTER);
+  EXPECT_EQ(company->raw_GetContextCookie(nullptr), E_POINTER);
+  EXPECT_EQ(company->raw_GetConnected(nullptr), E_POINTER);
+}
+
+TEST(ErrorTexts, AreThereInEveryLanguageOfTheTable) {
+  for (int i = 0; i < static_cast<int>(Text::End); ++i) {
+    const auto text = static_cast<Text>(i);
+    EXPECT_FALSE(sentence(text, {u"a", u"b"}, ln_English).empty()) << i;
+    EXPECT_FALSE(sentence(text, {u"a", u"b"}, ln_German).empty()) << i;
+    EXPECT_FALSE(sentence(text, {u"a", u"b"}, ln_Spanish).empty()) << i;
+  }
+}
+
+TEST(ErrorTexts, UseTheirArgumentsAsTheyStand) {
+  EXPECT_EQ(sentence(Text::TableMissing, {u"%2%1"}, ln_English), u"There is no table '%2%1'.");
+  EXPECT_EQ(sentence(Text::TableMissing, {}, ln_English), u"There is no table ''.");
+}
+
+}  // namespace
+}  // namespace qx::desk

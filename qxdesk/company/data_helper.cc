@@ -1,0 +1,106 @@
+#include "qxdesk/company/data_helper.h"
+
+#include "qxdesk/company/display_format.h"
+#include "qxdesk/company/recordset.h"
+#include "qxframework/automation/ole_date_time.h"
+#include "qxframework/automation/text.h"
+
+#include <cmath>
+
+namespace qx::desk {
+
+namespace {
+
+RowStore oneRow(sql::ColumnType type) { return RowStore({{u"Result", type}}); }
+
+RowStore textRow(const std::u16string& text) {
+  RowStore row = oneRow(sql::ColumnType::Text);
+  row.appendText(toUtf8(text));
+  return row;
+}
+
+RowStore dateRow(DATE date) {
+  RowStore row = oneRow(sql::ColumnType::Date);
+  const std::optional<std::string> stored = storedOfDate(date);
+  if (date == 0.0 || !stored) {
+    row.appendNull();
+  } else {
+    row.appendText(*stored);
+  }
+  return row;
+}
+
+RowStore numberRow(double number) {
+  RowStore row = oneRow(sql::ColumnType::Decimal);
+  row.appendReal(number);
+  return row;
+}
+
+[[noreturn]] void noDate(const std::u16string& text, const CompanySettings& settings) {
+  throw CompanyError(kInvalidValue, Text::NotADate, {text, dateFormText(settings)});
+}
+
+std::string dayOf(DATE date) {
+  const std::optional<std::string> stored = storedOfDate(std::floor(date));
+  if (!stored) throw CompanyError(kInvalidValue, Text::NotADate, std::to_string(date));
+  return *stored;
+}
+
+double rateOf(CompanySession& session, std::u16string_view currency, DATE date) {
+  const CompanySettings settings = session.settings();
+  if (currency == settings.localCurrency) return 1.0;
+  const auto row =
+      session.database().prepare("SELECT Rate FROM ORTT WHERE Currency = ?1 AND RateDate = ?2");
+  row->bind(1, std::string_view(toUtf8(currency)));
+  row->bind(2, std::string_view(dayOf(date)));
+  if (!row->step()) {
+    throw CompanyError(kNotFound, Text::NoRate,
+                       {std::u16string(currency), dateText(date, settings).value_or(u"")});
+  }
+  return row->real(0);
+}
+
+}  // namespace
+
+template <class Make>
+HRESULT DataHelper::answer(IRecordset** out, Make&& make) {
+  if (out == nullptr) return E_POINTER;
+  *out = nullptr;
+  return companyCall(*session_, [&] {
+    *out = makeObject<Recordset>(session_, make(session_->settings())).Detach();
+  });
+}
+
+HRESULT DataHelper::raw_FormatDateToString(DATE date, IRecordset** out) {
+  return answer(out, [&](const CompanySettings& settings) {
+    const std::optional<std::u16string> text = dateText(date, settings);
+    if (!text) noDate(toUtf16(std::to_string(date)), settings);
+    return textRow(*text);
+  });
+}
+
+HRESULT DataHelper::raw_FormatStringToDate(BSTR text, IRecordset** out) {
+  return answer(out, [&](const CompanySettings& settings) {
+    const std::u16string given(viewOfBstr(text));
+    const std::optional<DATE> date = dateOfText(given, settings);
+    if (!date) noDate(given, settings);
+    return dateRow(*date);
+  });
+}
+
+HRESULT DataHelper::raw_FormatMoneyToString(double amount, HvMoneyPrecisionTypes precision,
+                                            IRecordset** out) {
+  return answer(out, [&](const CompanySettings& settings) {
+    const std::optional<std::u16string> text = amountText(amount, precision, settings);
+    if (!text) throw CompanyError(kInvalidValue, Text::NotAnAmount);
+    return textRow(*text);
+  });
+}
+
+HRESULT DataHelper::raw_GetCurrencyRate(BSTR currency, DATE date, IRecordset** out) {
+  return answer(out, [&](const CompanySettings&) {
+    return numberRow(rateOf(*session_, viewOfBstr(currency), date));
+  });
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,110 @@
+#pragma once
+
+// The one door from the company objects to a database engine. An engine is a Database that makes
+// Statements; everything above works with these two, so that another engine can stand beside the
+// embedded one and a test can put a failing one in between.
+
+#include "qxdesk/sql/column_type.h"
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace qx::desk {
+
+/// Why a database refused, as far as users are told different things.
+enum class Fault {
+  Statement,   // the statement does not run: unknown name, wrong count of values
+  Constraint,  // a value that the table does not take
+  Unique,      // a key that is there already
+  Locked,
+  ReadOnly,
+  Damaged,
+  NotADatabase,
+  Full,
+  InputOutput,
+};
+
+/// what() is the engine's own message.
+class DatabaseError : public std::runtime_error {
+ public:
+  DatabaseError(Fault fault, const std::string& message)
+      : std::runtime_error(message), fault_(fault) {}
+  Fault fault() const { return fault_; }
+
+ private:
+  Fault fault_;
+};
+
+enum class Storage { Null, Integer, Real, Text };
+
+/// A prepared statement and, after step(), its current row. Texts are UTF-8.
+class Statement {
+ public:
+  virtual ~Statement() = default;
+
+  /// Parameters count from 1.
+  virtual void bind(int parameter, std::int64_t value) = 0;
+  virtual void bind(int parameter, double value) = 0;
+  virtual void bind(int parameter, std::string_view value) = 0;
+  /// True when a row stands ready. Raises DatabaseError.
+  virtual bool step() = 0;
+
+  virtual int columnCount() const = 0;
+  virtual std::string columnName(int column) const = 0;
+  /// By the declaration of the table's column; Unknown for an expression.
+  virtual sql::ColumnType declaredType(int column) const = 0;
+  virtual Storage storage(int column) const = 0;
+  virtual std::int64_t integer(int column) const = 0;
+  virtual double real(int column) const = 0;
+  /// Valid until the next step(); empty for null.
+  virtual std::string_view text(int column) const = 0;
+};
+
+class Database {
+ public:
+  virtual ~Database() = default;
+
+  /// A statement of our own, in the engine's SQL. Raises DatabaseError.
+  virtual std::unique_ptr<Statement> prepare(std::string_view sql) = 0;
+  /// A translated statement of an add-on: it can read and change rows and nothing else.
+  virtual std::unique_ptr<Statement> prepareGuarded(std::string_view sql) = 0;
+  /// The type that the columns of a translator's probe have in common.
+  virtual sql::ColumnType probe(std::string_view sql) = 0;
+  virtual const sql::Catalog& catalog() = 0;
+  /// False also after the engine rolled back by itself.
+  virtual bool inTransaction() const = 0;
+  /// The file was moved or deleted, so that what is written is lost.
+  virtual bool isGone() const = 0;
+
+  /// Runs a statement of our own to its end.
+  void execute(std::string_view sql);
+  /// The first value of the first row; 0 or empty when there is none.
+  std::int64_t queryInteger(std::string_view sql);
+  std::string queryText(std::string_view sql);
+};
+
+/// One change made of several statements: all or nothing, alone or within an open transaction.
+/// Without commit() it is rolled back.
+class AtomicChange {
+ public:
+  explicit AtomicChange(Database& database);
+  ~AtomicChange();
+  AtomicChange(const AtomicChange&) = delete;
+  AtomicChange& operator=(const AtomicChange&) = delete;
+  void commit();
+
+ private:
+  Database& database_;
+  bool nested_;
+  bool done_ = false;
+};
+
+/// `text` between double quotes, inner ones doubled: a name.
+std::string quotedName(std::string_view text);
+/// `text` between single quotes, inner ones doubled: a literal.
+std::string quotedText(std::string_view text);
+
+}  // namespace qx::desk

@@ -1,0 +1,151 @@
+#include "qxdesk/company/company_error.h"
+#include "qxdesk/company/dictionary.h"
+#include "qxframework/automation/text.h"
+#include "qxframework/host/company.h"
+
+#include <algorithm>
+
+namespace qx::desk {
+
+namespace {
+
+constexpr std::size_t kMaxTableName = 19;
+constexpr std::size_t kMaxTableNameDb2 = 9;
+constexpr std::size_t kMaxDescription = 30;
+constexpr long kLastTableType = 4;
+
+std::string_view withoutAt(std::string_view name) {
+  if (!name.empty() && name.front() == '@') name.remove_prefix(1);
+  return name;
+}
+
+void checkTable(const UserTable& table, long serverType) {
+  if (table.name.empty()) throw CompanyError(kInvalidValue, Text::TableNameEmpty);
+  const std::size_t longest = serverType == kDb2 ? kMaxTableNameDb2 : kMaxTableName;
+  checkName(table.name);
+  if (table.name.size() > longest) {
+    throw CompanyError(kInvalidValue, Text::TableNameTooLong, table.name, std::to_string(longest));
+  }
+  checkDescription(table.description);
+  if (table.type < 0 || table.type > kLastTableType) {
+    throw CompanyError(kInvalidValue, Text::UnknownTableType, std::to_string(table.type));
+  }
+}
+
+}  // namespace
+
+void checkName(std::string_view name) {
+  const bool good = std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
+  });
+  if (!good) throw CompanyError(kInvalidValue, Text::NameCharacters, name);
+}
+
+void checkDescription(const std::string& text) {
+  if (toUtf16(text).size() <= kMaxDescription) return;
+  throw CompanyError(kInvalidValue, Text::DescriptionTooLong, text,
+                     std::to_string(kMaxDescription));
+}
+
+std::optional<UserTable> Dictionary::findTable(std::string_view name) {
+  const auto row = database_.prepare(
+      "SELECT TableName, Descr, ObjectType FROM OUTB WHERE TableName = ?1 COLLATE NOCASE");
+  row->bind(1, withoutAt(name));
+  if (!row->step()) return std::nullopt;
+  return UserTable{std::string(row->text(0)), std::string(row->text(1)),
+                   static_cast<long>(row->integer(2))};
+}
+
+void Dictionary::addTable(const UserTable& given) {
+  UserTable table = given;
+  table.name = withoutAt(given.name);
+  checkTable(table, serverType_);
+  AtomicChange change(database_);
+  if (findTable(table.name)) {
+    throw CompanyError(kAlreadyExists, Text::TableExists, "@" + table.name);
+  }
+  const TableLayout layout = userTable(table.name, table.type);
+  database_.execute(createTableSql(layout, layout.name));
+  const auto row = database_.prepare("INSERT INTO OUTB VALUES (?1, ?2, ?3)");
+  row->bind(1, std::string_view(table.name));
+  row->bind(2, std::string_view(table.description));
+  row->bind(3, static_cast<std::int64_t>(table.type));
+  row->step();
+  change.commit();
+}
+
+void Dictionary::removeTable(std::string_view name) {
+  AtomicChange change(database_);
+  const std::optional<UserTable> table = findTable(name);
+  if (!table) throw CompanyError(kNotFound, Text::TableMissing, name);
+  const std::string real = "@" + table->name;
+  database_.execute("DROP TABLE " + quotedName(real));
+  database_.execute("DELETE FROM OUTB WHERE TableName = " + quotedText(table->name));
+  for (const char* dictionary : {"CUFD", "UFD1"}) {
+    database_.execute("DELETE FROM " + std::string(dictionary) +
+                      " WHERE TableID = " + quotedText(real));
+  }
+  for (const char* dictionary : {"OUKD", "UKD1"}) {
+    database_.execute("DELETE FROM " + std::string(dictionary) +
+                      " WHERE TableName = " + quotedText(real));
+  }
+  change.commit();
+}
+
+std::optional<std::string> Dictionary::resolveTable(std::string_view name) {
+  if (const std::optional<UserTable> table = findTable(name)) return "@" + table->name;
+  if (const TableLayout* table = findSystemTable(name)) return table->name;
+  return std::nullopt;
+}
+
+std::string Dictionary::needTable(std::string_view name) {
+  std::optional<std::string> table = resolveTable(name);
+  if (!table) throw CompanyError(kNotFound, Text::TableMissing, name);
+  return *std::move(table);
+}
+
+TableLayout Dictionary::layoutOf(const std::string& table) {
+  TableLayout layout;
+  if (const TableLayout* known = findSystemTable(table)) {
+    layout = *known;
+  } else {
+    const std::optional<UserTable> user = findTable(table);
+    layout = userTable(user->name, user->type);
+  }
+  for (const FieldShape& shape : shapesOf(table)) layout.columns.push_back(columnOf(shape));
+  return layout;
+}
+
+bool Dictionary::hasRows(const std::string& table) {
+  return database_.queryInteger("SELECT EXISTS (SELECT 1 FROM " + quotedName(table) + ")") != 0;
+}
+
+// The engine cannot change a column in place: the rows move to a new table of the new layout,
+// which then takes the old one's name and indexes. Columns that are new take their defaults.
+void Dictionary::rebuild(const std::string& table, const TableLayout& layout) {
+  std::vector<std::string> indexes;
+  const auto index = database_.prepare(
+      "SELECT sql FROM sqlite_master WHERE type = 'index' AND sql IS NOT NULL AND tbl_name = ?1 "
+      "COLLATE NOCASE ORDER BY rowid");
+  index->bind(1, std::string_view(table));
+  while (index->step()) indexes.emplace_back(index->text(0));
+
+  std::string columns;
+  const auto column = database_.prepare("SELECT name FROM pragma_table_info(?1) ORDER BY cid");
+  column->bind(1, std::string_view(table));
+  while (column->step()) {
+    if (!columns.empty()) columns += ", ";
+    columns += quotedName(column->text(0));
+  }
+
+  const std::string fresh = quotedName("qx_new_" + table);
+  const std::string old = quotedName(table);
+  database_.execute(createTableSql(layout, "qx_new_" + table));
+  database_.execute("INSERT INTO " + fresh + " (" + columns + ") SELECT " + columns + " FROM " +
+                    old + " ORDER BY rowid");
+  database_.execute("DROP TABLE " + old);
+  database_.execute("ALTER TABLE " + fresh + " RENAME TO " + old);
+  for (const std::string& sql : indexes) database_.execute(sql);
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,44 @@
+#pragma once
+
+// The object 300: runs statements and keeps the rows of the last query. The cursor stands on a row,
+// before the first or behind the last. Where it stands on none, and in an empty result, fields read
+// as the empty value of their column, as a null does.
+
+#include "qxdesk/company/company_session.h"
+#include "qxdesk/company/object_base.h"
+#include "qxdesk/company/row_store.h"
+#include "qxframework/host/recordset.h"
+
+namespace qx::desk {
+
+class Recordset final : public HostObject<IRecordset> {
+ public:
+  explicit Recordset(SessionPtr session) : session_(std::move(session)) {}
+  /// With rows that are there already.
+  Recordset(SessionPtr session, RowStore rows)
+      : session_(std::move(session)), rows_(std::move(rows)) {}
+
+  HRESULT raw_GetFields(IFields** out) override;
+  HRESULT raw_MoveNext() override;
+  HRESULT raw_MovePrevious() override;
+  HRESULT raw_GetBoF(VARIANT_BOOL* out) override;
+  HRESULT raw_GetEoF(VARIANT_BOOL* out) override;
+  HRESULT raw_DoQuery(BSTR sql) override;
+  HRESULT raw_GetRecordCount(long* out) override;
+  HRESULT raw_MoveFirst() override;
+  HRESULT raw_MoveLast() override;
+
+  CompanySession& session() { return *session_; }
+  const RowStore& rows() const { return rows_; }
+  /// Of the current row, or the empty value.
+  CComVariant value(std::size_t column) const;
+
+ private:
+  long count() const { return static_cast<long>(rows_.rowCount()); }
+
+  SessionPtr session_;
+  RowStore rows_;
+  long position_ = 0;  // -1 before the first row, count() behind the last
+};
+
+}  // namespace qx::desk

@@ -1,0 +1,362 @@
+#include "qxdesk/company/recordset.h"
+
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/ole_date_time.h"
+
+namespace qx::desk {
+namespace {
+
+class RecordsetTest : public CompanyTest {
+ protected:
+  RecordsetTest() {
+    EXPECT_EQ(addTable(company, u"T"), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Amount", kFloatField, 80}), 0)
+        << testing::PrintToString(lastError(company).text);
+    EXPECT_EQ(addField(company, {u"T", u"Day", kDateField}), 0)
+        << testing::PrintToString(lastError(company).text);
+    EXPECT_EQ(addField(company, {u"T", u"Count", kNumericField}), 0)
+        << testing::PrintToString(lastError(company).text);
+    EXPECT_EQ(addField(company, {u"T", u"Text", kAlphaField, 0, 20}), 0)
+        << testing::PrintToString(lastError(company).text);
+    EXPECT_EQ(addField(company, {u"T", u"Time", kDateField, kTimeSubType}), 0)
+        << testing::PrintToString(lastError(company).text);
+  }
+  void insert(const std::u16string& code, const std::u16string& values) {
+    query(company,
+          u"INSERT INTO [@T] (Code, Name, U_Amount, U_Day, U_Count, U_Text, U_Time) "
+          u"VALUES ('" +
+              code + u"', '" + code + u"', " + values + u")");
+  }
+  static CComVariant field(const CComPtr<IRecordset>& rows, const CComVariant& index) {
+    return rows->GetFields()->Item(index)->GetValue();
+  }
+};
+
+TEST_F(RecordsetTest, ValuesHaveTheTypeOfTheirColumn) {
+  insert(u"A", u"12.5, '20240131', 7, N'x', 930");
+  const auto rows = query(company, u"SELECT * FROM [@T]");
+  EXPECT_EQ(field(rows, u"Code").vt, VT_BSTR);
+  EXPECT_EQ(field(rows, u"U_Amount").vt, VT_R8);
+  EXPECT_EQ(field(rows, u"U_Amount").dblVal, 12.5);
+  EXPECT_EQ(field(rows, u"U_Day").vt, VT_DATE);
+  EXPECT_EQ(field(rows, u"U_Day").date, *dateFromCivil({2024, 1, 31}));
+  EXPECT_EQ(field(rows, u"U_Count").vt, VT_I4);
+  EXPECT_EQ(field(rows, u"U_Count").lVal, 7);
+  EXPECT_EQ(field(rows, u"U_Text").vt, VT_BSTR);
+  EXPECT_EQ(field(rows, u"U_Time").vt, VT_I4);
+  EXPECT_EQ(field(rows, u"U_Time").lVal, 930);
+}
+
+TEST_F(RecordsetTest, AWholeAmountIsStillADouble) {
+  insert(u"A", u"100, NULL, NULL, NULL, NULL");
+  EXPECT_EQ(field(query(company, u"SELECT U_Amount FROM [@T]"), 0).vt, VT_R8);
+}
+
+TEST_F(RecordsetTest, NullsReadAsTheEmptyValueOfTheirColumn) {
+  insert(u"A", u"NULL, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT U_Amount, U_Day, U_Count, U_Text FROM [@T]");
+  EXPECT_EQ(field(rows, 0).vt, VT_R8);
+  EXPECT_EQ(field(rows, 0).dblVal, 0.0);
+  EXPECT_EQ(field(rows, 1).vt, VT_DATE);
+  EXPECT_EQ(field(rows, 1).date, 0.0);
+  EXPECT_EQ(field(rows, 2).vt, VT_I4);
+  EXPECT_EQ(field(rows, 2).lVal, 0);
+  EXPECT_EQ(field(rows, 3).vt, VT_BSTR);
+  EXPECT_EQ(cellText(field(rows, 3)), u"");
+}
+
+TEST_F(RecordsetTest, TheMaximumOfNoRowsIsTheEmptyValueOfItsColumn) {
+  const auto rows =
+      query(company, u"SELECT MAX(Code), MAX(U_Amount), MAX(U_Day), COUNT(*) FROM [@T]");
+  EXPECT_EQ(rows->GetRecordCount(), 1);
+  EXPECT_EQ(field(rows, 0).vt, VT_BSTR);
+  EXPECT_EQ(cellText(field(rows, 0)), u"");
+  EXPECT_EQ(field(rows, 1).vt, VT_R8);
+  EXPECT_EQ(field(rows, 2).vt, VT_DATE);
+  EXPECT_EQ(field(rows, 3).vt, VT_I4);
+  EXPECT_EQ(field(rows, 3).lVal, 0);
+}
+
+TEST_F(RecordsetTest, ColumnsAreNamedAsWritten) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  const auto rows = query(company,
+                          u"SELECT T0.Code AS'T0.Code', u_amount, COUNT(*) FROM [@T] T0 "
+                          u"GROUP BY T0.Code, u_amount");
+  const auto fields = rows->GetFields();
+  EXPECT_EQ(fields->Count(), 3);
+  EXPECT_EQ(fields->Item(0)->GetName().View(), u"T0.Code");
+  EXPECT_EQ(fields->Item(1)->GetName().View(), u"u_amount");
+  EXPECT_EQ(fields->Item(2)->GetName().View(), u"");
+}
+
+TEST_F(RecordsetTest, AColumnIsFoundByIndexAndByNameInAnyCase) {
+  insert(u"A", u"1, NULL, NULL, N'x', NULL");
+  const auto rows = query(company, u"SELECT Code, U_Text FROM [@T]");
+  EXPECT_EQ(cellText(field(rows, u"u_TEXT")), u"x");
+  EXPECT_EQ(cellText(field(rows, 1)), u"x");
+}
+
+TEST_F(RecordsetTest, AMissingColumnIsABadIndex) {
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  const auto fields = rows->GetFields();
+  EXPECT_EQ(codeOf([&] { fields->Item(1); }), DISP_E_BADINDEX);
+  EXPECT_EQ(codeOf([&] { fields->Item(-1); }), DISP_E_BADINDEX);
+  EXPECT_EQ(codeOf([&] { fields->Item(u"nope"); }), DISP_E_BADINDEX);
+  EXPECT_EQ(lastError(company), (LastError{DISP_E_BADINDEX, u"The rows have no column 'nope'."}));
+}
+
+TEST_F(RecordsetTest, StartsOnTheFirstRow) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  insert(u"B", u"2, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code FROM [@T] ORDER BY Code");
+  EXPECT_EQ(rows->GetRecordCount(), 2);
+  EXPECT_EQ(rows->GetBoF(), VARIANT_FALSE);
+  EXPECT_EQ(rows->GetEoF(), VARIANT_FALSE);
+  EXPECT_EQ(cellText(field(rows, 0)), u"A");
+}
+
+TEST_F(RecordsetTest, BehindTheLastRowIsTheEnd) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  EXPECT_EQ(rows->MoveNext(), S_OK);
+  EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE);
+  EXPECT_EQ(rows->GetBoF(), VARIANT_FALSE);
+  EXPECT_EQ(cellText(field(rows, 0)), u"");
+  EXPECT_EQ(rows->MoveNext(), S_OK);
+  EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE);
+  rows->MovePrevious();
+  EXPECT_EQ(rows->GetEoF(), VARIANT_FALSE);
+  EXPECT_EQ(cellText(field(rows, 0)), u"A");
+}
+
+TEST_F(RecordsetTest, BeforeTheFirstRowIsTheBeginning) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  EXPECT_EQ(rows->MovePrevious(), S_OK);
+  EXPECT_EQ(rows->GetBoF(), VARIANT_TRUE);
+  EXPECT_EQ(rows->GetEoF(), VARIANT_FALSE);
+  EXPECT_EQ(cellText(field(rows, 0)), u"");
+  rows->MovePrevious();
+  rows->MoveNext();
+  EXPECT_EQ(cellText(field(rows, 0)), u"A");
+}
+
+TEST_F(RecordsetTest, AnEmptyResultIsAtBothEndsAndReadsEmpty) {
+  const auto rows = query(company, u"SELECT Code, U_Amount FROM [@T]");
+  for (int round = 0; round < 4; ++round) {
+    EXPECT_EQ(rows->GetRecordCount(), 0);
+    EXPECT_EQ(rows->GetBoF(), VARIANT_TRUE) << round;
+    EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE) << round;
+    EXPECT_EQ(cellText(field(rows, 0)), u"");
+    EXPECT_EQ(field(rows, 1).dblVal, 0.0);
+    if (round == 0) {
+      EXPECT_EQ(rows->MoveFirst(), S_OK);
+    }
+    if (round == 1) {
+      EXPECT_EQ(rows->MoveLast(), S_OK);
+    }
+    if (round == 2) {
+      EXPECT_EQ(rows->MovePrevious(), S_OK);
+    }
+  }
+}
+
+TEST_F(RecordsetTest, MovesToTheFirstAndTheLastRow) {
+  for (const char16_t* code : {u"A", u"B", u"C"}) insert(code, u"1, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code FROM [@T] ORDER BY Code");
+  rows->MoveLast();
+  EXPECT_EQ(cellText(field(rows, 0)), u"C");
+  rows->MoveFirst();
+  EXPECT_EQ(cellText(field(rows, 0)), u"A");
+}
+
+TEST_F(RecordsetTest, AFieldFollowsTheCursor) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  insert(u"B", u"2, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code FROM [@T] ORDER BY Code");
+  const auto code = rows->GetFields()->Item(0);
+  EXPECT_EQ(cellText(code->GetValue()), u"A");
+  rows->MoveNext();
+  EXPECT_EQ(cellText(code->GetValue()), u"B");
+}
+
+TEST_F(RecordsetTest, AFieldOfAnEarlierQueryIsGoneWithItsColumn) {
+  const auto rows = query(company, u"SELECT Code, Name FROM [@T]");
+  const auto name = rows->GetFields()->Item(1);
+  rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]"));
+  EXPECT_EQ(codeOf([&] { name->GetValue(); }), DISP_E_BADINDEX);
+}
+
+TEST_F(RecordsetTest, WritesLeaveNoRows) {
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name) VALUES ('A', 'A')"));
+  EXPECT_EQ(rows->GetRecordCount(), 0);
+  EXPECT_EQ(rows->GetFields()->Count(), 0);
+  EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE);
+}
+
+TEST_F(RecordsetTest, ChangesAndDeletesRows) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  query(company, u"UPDATE [@T] SET U_Text = N'O''Brien', U_Amount = 2.5 WHERE Code = 'A'");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Text, U_Amount FROM [@T]"), u"O'Brien|2.5");
+  query(company, u"DELETE FROM [@T] WHERE Code = N'A'");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T]"), u"");
+}
+
+TEST_F(RecordsetTest, ARefusedStatementTellsItsPlace) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE\n Code = = 1")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(company).code, -2000);
+  EXPECT_TRUE(lastError(company).text.ends_with(u"(line 2, column 9)"))
+      << testing::PrintToString(lastError(company).text);
+}
+
+TEST_F(RecordsetTest, AFailingStatementTellsTheEnginesWords) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT U_None FROM [@T]")); }), -2000);
+  EXPECT_EQ(lastError(company), (LastError{-2000, u"no such column: U_None"}));
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@NONE]")); }), -2000);
+  EXPECT_EQ(lastError(company), (LastError{-2000, u"no such table: @NONE"}));
+}
+
+TEST_F(RecordsetTest, AFailureLeavesNoRowsOfTheQueryBefore) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"nonsense")); }), -2000);
+  EXPECT_EQ(rows->GetRecordCount(), 0);
+  EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE);
+}
+
+TEST_F(RecordsetTest, ASuccessClearsTheLastError) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"nonsense")); }), -2000);
+  rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]"));
+  EXPECT_EQ(lastError(company), (LastError{0, u""}));
+}
+
+TEST_F(RecordsetTest, RefusesASecondStatementAndAnEmptyOne) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]; DELETE FROM [@T]")); }),
+            -2000);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR()); }), -2000);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"DROP TABLE [@T]")); }), -2000);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT name FROM sqlite_master")); }), -2000);
+}
+
+TEST_F(RecordsetTest, TextsOfAnyCharacterComeBackAsTheyWere) {
+  const std::u16string text = u"Ärger \U0001F600 \\ % _ \u4E2D";
+  insert(u"A", u"1, NULL, NULL, N'" + text + u"', NULL");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Text FROM [@T]"), text);
+}
+
+TEST_F(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] {
+              rows->DoQuery(
+                  CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Text) VALUES "
+                           u"('A', 'A', '123456789012345678901')"));
+            }),
+            -2000);
+  EXPECT_EQ(lastError(company).text, u"CHECK constraint failed: U_Text: at most 20 characters");
+  EXPECT_EQ(codeOf([&] {
+              rows->DoQuery(
+                  CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Count) VALUES "
+                           u"('A', 'A', 'many')"));
+            }),
+            -2000);
+  EXPECT_EQ(lastError(company).text, u"CHECK constraint failed: U_Count: a whole number");
+}
+
+TEST_F(RecordsetTest, ADoubledCodeIsRefused) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name) VALUES ('A', 'A')")); }),
+      -2000);
+  EXPECT_EQ(lastError(company).text, u"UNIQUE constraint failed: @T.Code");
+}
+
+TEST_F(RecordsetTest, KeepsManyRows) {
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Amount, U_Text) VALUES ('0', 'n', 0.5, 'x')");
+  for (int bits = 0; bits < 14; ++bits) {
+    const std::u16string digit(1, static_cast<char16_t>(u'a' + bits));
+    query(company, u"INSERT INTO [@T] (Code, Name, U_Amount, U_Text) SELECT Code + '" + digit +
+                       u"', Name, U_Amount, U_Text FROM [@T]");
+  }
+  const auto rows = query(company, u"SELECT Code, U_Amount, U_Text FROM [@T] ORDER BY Code");
+  EXPECT_EQ(rows->GetRecordCount(), 1 << 14);
+  long seen = 0;
+  for (; rows->GetEoF() == VARIANT_FALSE; rows->MoveNext()) {
+    ASSERT_EQ(field(rows, 1).dblVal, 0.5);
+    ++seen;
+  }
+  EXPECT_EQ(seen, 1 << 14);
+}
+
+/// Statements of the four dialects over the same table.
+struct DialectCase {
+  long serverType;
+  std::u16string insert, select, limited, now;
+};
+
+class DialectTest : public testing::TestWithParam<DialectCase> {
+ protected:
+  DialectTest()
+      : company(connectTo({folder.file("c.db"), GetParam().serverType, ln_English, u"", u"Demo"})) {
+    EXPECT_EQ(addTable(company, u"QXT"), 0);
+    EXPECT_EQ(addField(company, {u"QXT", u"Day", kDateField}), 0);
+  }
+  TemporaryFolder folder;
+  CComPtr<ICompany> company;
+};
+
+TEST_P(DialectTest, RunsItsStatements) {
+  const DialectCase& dialect = GetParam();
+  EXPECT_EQ(company->GetDbServerType(), dialect.serverType);
+  query(company, dialect.insert);
+  EXPECT_EQ(rowsOf(company, dialect.select), u"A|2024-01-31 00:00:00");
+  EXPECT_EQ(rowsOf(company, dialect.limited), u"A");
+  EXPECT_EQ(rowsOf(company, dialect.now), u"A");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Engines, DialectTest,
+    testing::Values(DialectCase{1,
+                                u"INSERT INTO [@QXT] (Code, Name, U_Day) VALUES (N'A', N'A', "
+                                u"CONVERT(datetime,N'20240131',112))",
+                                u"SELECT Code, U_Day FROM [@QXT]", u"SELECT TOP 1 Code FROM [@QXT]",
+                                u"SELECT Code FROM [@QXT] WHERE U_Day <= getdate()"},
+                    DialectCase{3,
+                                u"INSERT INTO [@QXT] (Code, Name, U_Day) VALUES ('A', 'A', "
+                                u"CONVERT(datetime,'20240131',112))",
+                                u"SELECT Code, U_Day FROM [@QXT]", u"SELECT Code FROM [@QXT]",
+                                u"SELECT Code FROM [@QXT] WHERE U_Day <= getdate()"},
+                    DialectCase{2,
+                                u"INSERT INTO @QXT (Code, Name, U_Day) VALUES ('A', 'A', "
+                                u"TIMESTAMP_ISO('2024-01-31'))",
+                                u"SELECT Code, U_Day FROM @QXT",
+                                u"SELECT Code FROM @QXT FETCH FIRST 1 ROWS ONLY",
+                                u"SELECT Code FROM @QXT WHERE U_Day <= CURRENT TIMESTAMP"},
+                    DialectCase{
+                        9,
+                        u"INSERT INTO \"@QXT\" (\"Code\", \"Name\", \"U_Day\") VALUES (N'A', N'A', "
+                        u"'2024-01-31 00:00:00')",
+                        u"SELECT \"Code\", \"U_Day\" FROM \"@QXT\"",
+                        u"SELECT TOP 1 \"Code\" FROM \"@QXT\"",
+                        u"SELECT \"Code\" FROM \"@QXT\" WHERE \"U_Day\" <= CURRENT_TIMESTAMP"}),
+    [](const auto& instance) { return "Type" + std::to_string(instance.param.serverType); });
+
+TEST_F(RecordsetTest, SetRowCountLimitsEveryRecordsetOfItsCompany) {
+  for (const char16_t* code : {u"A", u"B", u"C"}) insert(code, u"1, NULL, NULL, NULL, NULL");
+  const CComPtr<ICompany> sybase = another(kSybase);
+  const CComPtr<ICompany> other = another(kSybase);
+  query(sybase, u"SET ROWCOUNT 2");
+  EXPECT_EQ(query(sybase, u"SELECT Code FROM [@T]")->GetRecordCount(), 2);
+  EXPECT_EQ(query(other, u"SELECT Code FROM [@T]")->GetRecordCount(), 3);
+  query(sybase, u"SET ROWCOUNT 0");
+  EXPECT_EQ(query(sybase, u"SELECT Code FROM [@T]")->GetRecordCount(), 3);
+}
+
+}  // namespace
+}  // namespace qx::desk

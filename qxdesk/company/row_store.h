@@ -1,0 +1,68 @@
+#pragma once
+
+// The rows of one query, all of them, in compact form: a cell is 16 bytes, texts lie behind each
+// other in one arena. A cell becomes a tagged value only when it is asked for.
+//
+// A column has one kind of value, also for its nulls, because add-ons read a null as the empty
+// value of the kind: text as empty text, numbers as 0, dates as the date 0.0.
+
+#include "qxdesk/company/database.h"
+#include "qxdesk/sql/column_type.h"
+#include "qxframework/automation/variant.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qx::desk {
+
+struct RowColumn {
+  std::u16string name;
+  sql::ColumnType type = sql::ColumnType::Unknown;
+};
+
+class RowStore {
+ public:
+  RowStore() = default;
+  explicit RowStore(std::vector<RowColumn> columns) : columns_(std::move(columns)) {}
+
+  /// Appends the current row of `statement`, which has as many columns.
+  void append(const Statement& statement);
+  /// Append one cell; a row is complete when every column has got its cell.
+  void appendNull();
+  void appendInteger(std::int64_t value);
+  void appendReal(double value);
+  void appendText(std::string_view utf8);
+
+  std::size_t rowCount() const { return columns_.empty() ? 0 : cells_.size() / columns_.size(); }
+  std::size_t columnCount() const { return columns_.size(); }
+  const std::u16string& name(std::size_t column) const { return columns_[column].name; }
+  /// The first column of that name, in any case; columnCount() when there is none.
+  std::size_t find(std::u16string_view name) const;
+  CComVariant value(std::size_t row, std::size_t column) const;
+  /// What a null of the column reads as.
+  CComVariant emptyValue(std::size_t column) const;
+
+ private:
+  struct Cell {
+    std::uint64_t bits = 0;  // the integer, the bits of the real, the place in the arena
+    std::uint32_t length = 0;
+    Storage storage = Storage::Null;
+  };
+
+  std::string_view textOf(const Cell& cell) const;
+
+  std::vector<RowColumn> columns_;
+  std::vector<Cell> cells_;
+  std::string arena_;
+};
+
+/// The date of the stored form "YYYY-MM-DD HH:MM:SS", also without the time; nothing for any other
+/// text.
+std::optional<DATE> dateOfStored(std::string_view text);
+/// The stored form of a date.
+std::optional<std::string> storedOfDate(DATE date);
+
+}  // namespace qx::desk

@@ -1,0 +1,123 @@
+#include "qxdesk/company/sqlite_statement.h"
+
+#include <sqlite3.h>
+
+namespace qx::desk {
+
+namespace {
+
+[[noreturn]] void fail(sqlite3* db) {
+  throw DatabaseError(faultOf(sqlite3_extended_errcode(db)), sqlite3_errmsg(db));
+}
+
+class SqliteRows final : public Statement {
+ public:
+  SqliteRows(sqlite3* db, sql::SqliteStatement statement)
+      : db_(db), statement_(std::move(statement)) {}
+
+  void bind(int parameter, std::int64_t value) override {
+    check(sqlite3_bind_int64(statement_.get(), parameter, value));
+  }
+  void bind(int parameter, double value) override {
+    check(sqlite3_bind_double(statement_.get(), parameter, value));
+  }
+  void bind(int parameter, std::string_view value) override {
+    check(sqlite3_bind_text64(statement_.get(), parameter,
+                              value.data() == nullptr ? "" : value.data(), value.size(),
+                              SQLITE_TRANSIENT, SQLITE_UTF8));
+  }
+  bool step() override {
+    const int result = sqlite3_step(statement_.get());
+    if (result == SQLITE_ROW) return true;
+    if (result == SQLITE_DONE) return false;
+    fail(db_);
+  }
+
+  int columnCount() const override { return sqlite3_column_count(statement_.get()); }
+  std::string columnName(int column) const override {
+    const char* name = sqlite3_column_name(statement_.get(), column);
+    return name == nullptr ? std::string() : std::string(name);
+  }
+  sql::ColumnType declaredType(int column) const override {
+    const char* declaration = sqlite3_column_decltype(statement_.get(), column);
+    return declaration == nullptr ? sql::ColumnType::Unknown : sql::typeOfDeclaration(declaration);
+  }
+  Storage storage(int column) const override {
+    switch (sqlite3_column_type(statement_.get(), column)) {
+      case SQLITE_NULL:
+        return Storage::Null;
+      case SQLITE_INTEGER:
+        return Storage::Integer;
+      case SQLITE_FLOAT:
+        return Storage::Real;
+      default:
+        return Storage::Text;
+    }
+  }
+  std::int64_t integer(int column) const override {
+    return sqlite3_column_int64(statement_.get(), column);
+  }
+  double real(int column) const override { return sqlite3_column_double(statement_.get(), column); }
+  std::string_view text(int column) const override {
+    const unsigned char* text = sqlite3_column_text(statement_.get(), column);
+    if (text == nullptr) return {};
+    return {reinterpret_cast<const char*>(text),
+            static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+  }
+
+ private:
+  void check(int result) {
+    if (result != SQLITE_OK) fail(db_);
+  }
+
+  sqlite3* db_;
+  sql::SqliteStatement statement_;
+};
+
+Fault constraintFault(int sqliteCode) {
+  return sqliteCode == SQLITE_CONSTRAINT_UNIQUE || sqliteCode == SQLITE_CONSTRAINT_PRIMARYKEY ||
+                 sqliteCode == SQLITE_CONSTRAINT_ROWID
+             ? Fault::Unique
+             : Fault::Constraint;
+}
+
+}  // namespace
+
+Fault faultOf(int sqliteCode) {
+  switch (sqliteCode & 0xFF) {
+    case SQLITE_CONSTRAINT:
+      return constraintFault(sqliteCode);
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return Fault::Locked;
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+      return Fault::ReadOnly;
+    case SQLITE_CORRUPT:
+      return Fault::Damaged;
+    case SQLITE_NOTADB:
+      return Fault::NotADatabase;
+    case SQLITE_FULL:
+      return Fault::Full;
+    case SQLITE_IOERR:
+    case SQLITE_CANTOPEN:
+    case SQLITE_NOMEM:
+      return Fault::InputOutput;
+    default:
+      return Fault::Statement;
+  }
+}
+
+std::unique_ptr<Statement> prepareSqlite(sqlite3* db, std::string_view sql) {
+  sqlite3_stmt* raw = nullptr;
+  const int result =
+      sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+  if (result != SQLITE_OK) fail(db);
+  return wrapSqlite(db, sql::SqliteStatement(raw));
+}
+
+std::unique_ptr<Statement> wrapSqlite(sqlite3* db, sql::SqliteStatement statement) {
+  return std::make_unique<SqliteRows>(db, std::move(statement));
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,186 @@
+#include "qxdesk/company/test_support.h"
+
+#include "qxdesk/company/row_store.h"
+#include "qxdesk/company/sqlite_database.h"
+#include "qxframework/automation/text.h"
+
+#include <cstdlib>
+
+namespace qx::desk {
+
+namespace {
+
+/// Passes everything on, but for the statement that the plan refuses.
+class FailingDatabase final : public Database {
+ public:
+  FailingDatabase(std::unique_ptr<Database> real, FaultPlan* plan)
+      : real_(std::move(real)), plan_(plan) {}
+
+  std::unique_ptr<Statement> prepare(std::string_view sql) override {
+    count();
+    return real_->prepare(sql);
+  }
+  std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
+    count();
+    return real_->prepareGuarded(sql);
+  }
+  sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
+  const sql::Catalog& catalog() override { return real_->catalog(); }
+  bool inTransaction() const override { return real_->inTransaction(); }
+  bool isGone() const override { return real_->isGone(); }
+
+ private:
+  void count() {
+    if (++plan_->prepared == plan_->refuse)
+      throw DatabaseError(plan_->fault, "refused by the test");
+  }
+
+  std::unique_ptr<Database> real_;
+  FaultPlan* plan_;
+};
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "qx_company_XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+  path_ = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code error;
+  std::filesystem::remove_all(path_, error);
+}
+
+CompanyEnvironment testEnvironment() {
+  CompanyEnvironment environment;
+  environment.now = [] { return std::string("2024-01-31 12:30:15"); };
+  environment.sleep = [](int) {};
+  environment.fillRandom = [next = std::uint8_t{0}](std::span<std::uint8_t> bytes) mutable {
+    for (std::uint8_t& byte : bytes) byte = next++;
+  };
+  environment.busyTimeoutMs = 50;
+  return environment;
+}
+
+OpenDatabase failingOpen(FaultPlan* plan) {
+  return [plan](const std::string& path, const CompanyEnvironment& environment) {
+    return std::unique_ptr<Database>(
+        std::make_unique<FailingDatabase>(openSqliteDatabase(path, environment), plan));
+  };
+}
+
+HRESULT FakeClient::GetLoginContext(BSTR cookie, BSTR* out) {
+  if (refusal != S_OK) return refusal;
+  if (!forcedContext.empty()) return giveText(forcedContext, out);
+  return giveText(encodeLoginContext(target_, viewOfBstr(cookie)), out);
+}
+
+LastError lastError(const CComPtr<ICompany>& company) {
+  LastError error{};
+  CComBSTR text;
+  company->GetLastError(error.code, text);
+  error.text = text.View();
+  return error;
+}
+
+CComPtr<ICompany> companyFor(const LoginTarget& target, const CompanyEnvironment& environment,
+                             const OpenDatabase& open) {
+  CComPtr<ICompany> company(makeObject<Company>(environment, open).p);
+  const CComBSTR cookie = company->GetContextCookie();
+  company->PutLoginContext(CComBSTR(encodeLoginContext(target, cookie.View())));
+  return company;
+}
+
+CComPtr<ICompany> companyFor(const LoginTarget& target, const CompanyEnvironment& environment) {
+  return companyFor(target, environment, openSqliteDatabase);
+}
+
+CComPtr<ICompany> connectTo(const LoginTarget& target, const CompanyEnvironment& environment) {
+  CComPtr<ICompany> company = companyFor(target, environment);
+  EXPECT_EQ(company->Connect(), 0) << toUtf8(lastError(company).text);
+  return company;
+}
+
+CComPtr<ICompany> connectThrough(const OpenDatabase& open, const LoginTarget& target) {
+  CComPtr<ICompany> company = companyFor(target, testEnvironment(), open);
+  EXPECT_EQ(company->Connect(), 0) << toUtf8(lastError(company).text);
+  return company;
+}
+
+CComPtr<IRecordset> query(const CComPtr<ICompany>& company, const std::u16string& sql) {
+  CComPtr<IRecordset> rows = businessObject<IRecordset>(company, kRecordset);
+  const HRESULT result = rows->raw_DoQuery(CComBSTR(sql));
+  EXPECT_EQ(result, S_OK) << toUtf8(sql) << ": " << toUtf8(lastError(company).text);
+  return rows;
+}
+
+std::u16string cellText(const VARIANT& value) {
+  if (value.vt == VT_DATE) return toUtf16(storedOfDate(value.date).value_or("no date"));
+  CComVariant text;
+  EXPECT_EQ(VariantChangeTypeEx(&text, &value, 1033, 0, VT_BSTR), S_OK);
+  return std::u16string(viewOfBstr(text.bstrVal));
+}
+
+std::u16string rowsOf(const CComPtr<ICompany>& company, const std::u16string& sql) {
+  const CComPtr<IRecordset> rows = query(company, sql);
+  const CComPtr<IFields> fields = rows->GetFields();
+  std::u16string text;
+  for (; rows->GetEoF() == VARIANT_FALSE; rows->MoveNext()) {
+    if (!text.empty()) text += u"\n";
+    for (long i = 0; i < fields->Count(); ++i) {
+      if (i > 0) text += u"|";
+      text += cellText(fields->Item(i)->GetValue());
+    }
+  }
+  return text;
+}
+
+long addTable(const CComPtr<ICompany>& company, const std::u16string& name) {
+  const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
+  tables->PutTableName(CComBSTR(name));
+  return tables->Add();
+}
+
+long addField(const CComPtr<ICompany>& company, const FieldSpec& spec) {
+  const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
+  fields->PutTableName(CComBSTR(spec.table));
+  fields->PutName(CComBSTR(spec.name));
+  fields->PutType(spec.type);
+  fields->PutSubType(spec.subType);
+  if (spec.size != 0) fields->PutSize(spec.size);
+  if (spec.mandatory) fields->PutMandatory(1);
+  if (!spec.defaultValue.empty()) fields->PutDefaultValue(CComBSTR(spec.defaultValue));
+  return fields->Add();
+}
+
+long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
+            const std::u16string& name, bool unique, const std::vector<std::u16string>& columns) {
+  const auto keys = businessObject<IUserKeysMD>(company, kUserKeysMD);
+  keys->PutTableName(CComBSTR(table));
+  keys->PutKeyName(CComBSTR(name));
+  keys->PutUnique(unique ? 1 : 0);
+  const CComPtr<IUserKeysMD_Elements> elements = keys->GetElements();
+  for (const std::u16string& column : columns) {
+    elements->PutColumnAlias(CComBSTR(column));
+    elements->Add();
+  }
+  return keys->Add();
+}
+
+HRESULT codeOf(const std::function<void()>& operation) {
+  try {
+    operation();
+  } catch (const _com_error& error) {
+    return error.Error();
+  }
+  return S_OK;
+}
+
+CompanyTest::CompanyTest() : company(connectTo(target())) {}
+
+LoginTarget CompanyTest::target(long serverType) const {
+  return LoginTarget{folder.file("company.db"), serverType, ln_English, u"manager", u"Demo"};
+}
+
+}  // namespace qx::desk

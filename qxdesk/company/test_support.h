@@ -1,0 +1,124 @@
+#pragma once
+
+// What the tests of this folder share: a company in a fresh temporary folder, a client that hands
+// it over, and a database that fails on demand.
+
+#include "qxdesk/company/company.h"
+#include "qxdesk/company/environment.h"
+#include "qxdesk/company/field_type.h"
+#include "qxdesk/session/login_context.h"
+#include "qxdesk/session/ui_session.h"
+#include "qxframework/host/company.h"
+#include "qxframework/host/metadata.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qx::desk {
+
+/// A folder that goes with the object.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  const std::filesystem::path& path() const { return path_; }
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// A clock that stands, sleeps that only count, random bytes that count up.
+CompanyEnvironment testEnvironment();
+
+/// Counts the statements that are prepared and refuses one of them.
+struct FaultPlan {
+  int prepared = 0;
+  int refuse = 0;  // number of the statement from 1; 0 refuses none
+  Fault fault = Fault::InputOutput;
+};
+
+/// Opens the real database behind one that follows `plan`, which must outlive it.
+OpenDatabase failingOpen(FaultPlan* plan);
+
+/// The client's application object, as far as a company object asks it.
+class FakeClient final : public NoDispatch<ComObject<IDispatch, IUiSession>> {
+ public:
+  explicit FakeClient(LoginTarget target) : target_(std::move(target)) {}
+  HRESULT GetLoginContext(BSTR cookie, BSTR* out) override;
+
+  HRESULT refusal = S_OK;
+  std::u16string forcedContext;
+
+ private:
+  LoginTarget target_;
+};
+
+struct LastError {
+  long code;
+  std::u16string text;
+  friend bool operator==(const LastError&, const LastError&) = default;
+};
+
+LastError lastError(const CComPtr<ICompany>& company);
+
+/// A company object that is connected by the cookie hand-shake; the test fails when it does not
+/// connect.
+CComPtr<ICompany> connectTo(const LoginTarget& target,
+                            const CompanyEnvironment& environment = testEnvironment());
+CComPtr<ICompany> connectThrough(const OpenDatabase& open, const LoginTarget& target);
+/// Only the hand-shake: Connect is left to the test.
+CComPtr<ICompany> companyFor(const LoginTarget& target, const CompanyEnvironment& environment,
+                             const OpenDatabase& open);
+CComPtr<ICompany> companyFor(const LoginTarget& target,
+                             const CompanyEnvironment& environment = testEnvironment());
+
+template <class Interface>
+CComPtr<Interface> businessObject(const CComPtr<ICompany>& company, long type) {
+  return CComQIPtr<Interface>(company->GetBusinessObject(type));
+}
+
+CComPtr<IRecordset> query(const CComPtr<ICompany>& company, const std::u16string& sql);
+/// All rows as text: cells joined by "|", rows by "\n"; a date as "YYYY-MM-DD HH:MM:SS".
+std::u16string rowsOf(const CComPtr<ICompany>& company, const std::u16string& sql);
+std::u16string cellText(const VARIANT& value);
+
+/// 0 or the code of the failure.
+long addTable(const CComPtr<ICompany>& company, const std::u16string& name);
+struct FieldSpec {
+  std::u16string table;
+  std::u16string name;
+  long type = 0;
+  long subType = 0;
+  long size = 0;
+  std::u16string defaultValue = u"";
+  bool mandatory = false;
+};
+long addField(const CComPtr<ICompany>& company, const FieldSpec& spec);
+long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
+            const std::u16string& name, bool unique, const std::vector<std::u16string>& columns);
+
+/// `code` of an operation that must fail.
+HRESULT codeOf(const std::function<void()>& operation);
+
+/// Tests with one connected company in a fresh file.
+class CompanyTest : public testing::Test {
+ protected:
+  CompanyTest();
+  LoginTarget target(long serverType = 1) const;
+  /// A second connection to the same file.
+  CComPtr<ICompany> another(long serverType = 1) const { return connectTo(target(serverType)); }
+
+  TemporaryFolder folder;
+  CComPtr<ICompany> company;
+};
+
+}  // namespace qx::desk

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "qxdesk/company/company_session.h"
+#include "qxdesk/company/dictionary.h"
+#include "qxdesk/company/object_base.h"
+#include "qxframework/host/metadata.h"
+
+namespace qx::desk {
+
+/// The object 153. After a successful Add or Remove it is as new.
+class UserTablesMD final : public HostObject<IUserTablesMD> {
+ public:
+  explicit UserTablesMD(SessionPtr session) : session_(std::move(session)) {}
+
+  HRESULT raw_GetByKey(BSTR name, VARIANT_BOOL* out) override;
+  HRESULT raw_GetTableName(BSTR* out) override;
+  HRESULT raw_PutTableName(BSTR name) override;
+  HRESULT raw_GetTableDescription(BSTR* out) override;
+  HRESULT raw_PutTableDescription(BSTR text) override;
+  HRESULT raw_GetTableType(long* out) override;
+  HRESULT raw_PutTableType(long type) override;
+  HRESULT raw_Add(long* out) override;
+  HRESULT raw_Remove(long* out) override;
+
+ private:
+  Dictionary dictionary() { return {session_->database(), session_->serverType()}; }
+
+  SessionPtr session_;
+  UserTable table_;
+  bool loaded_ = false;
+};
+
+}  // namespace qx::desk

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "qxframework/automation/com_ptr.h"
+#include "qxframework/host/gui_api.h"
+
+namespace qx::screens {
+
+/// A new entry object, not connected yet.
+CComPtr<IHalvexGuiApi> makeGuiApi();
+
+}  // namespace qx::screens

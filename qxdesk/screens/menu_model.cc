@@ -1,0 +1,91 @@
+#include "qxdesk/screens/menu_model.h"
+
+#include "qxdesk/screens/ui_codes.h"
+#include "qxframework/automation/com_error.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx::screens {
+namespace {
+
+void print(const MenuEntry& entry, std::size_t level, std::u16string& out) {
+  const MenuSpec& spec = entry.spec();
+  out.append(2 * level, u' ').append(spec.uid);
+  if (spec.type != mt_Separator) out.append(u" \"").append(spec.text).append(u"\"");
+  if (spec.type == mt_Popup) out += u" popup";
+  if (spec.type == mt_Separator) out += u" separator";
+  if (spec.checked) out += u" checked";
+  if (!spec.enabled) out += u" disabled";
+  out += u'\n';
+  for (const auto& child : entry.children()) print(*child, level + 1, out);
+}
+
+}  // namespace
+
+bool MenuEntry::isBelow(const MenuEntry& ancestor) const {
+  for (const MenuEntry* at = father_; at != nullptr; at = at->father_) {
+    if (at == &ancestor) return true;
+  }
+  return false;
+}
+
+MenuModel::MenuModel() {
+  MenuSpec spec;
+  spec.type = mt_Popup;
+  root_ = std::make_shared<MenuEntry>(std::move(spec), nullptr, true);
+}
+
+std::shared_ptr<MenuEntry> MenuModel::find(std::u16string_view uid) const {
+  if (uid.empty()) return root_;
+  const auto found = byUid_.find(std::u16string(uid));
+  return found == byUid_.end() ? nullptr : found->second.lock();
+}
+
+std::shared_ptr<MenuEntry> MenuModel::add(MenuEntry& father, MenuSpec spec, long position) {
+  return insert(father, std::move(spec), position, false);
+}
+
+std::shared_ptr<MenuEntry> MenuModel::addSystem(MenuEntry& father, MenuSpec spec) {
+  return insert(father, std::move(spec), -1, true);
+}
+
+std::shared_ptr<MenuEntry> MenuModel::insert(MenuEntry& father, MenuSpec spec, long position,
+                                             bool system) {
+  if (spec.uid.empty() || father.spec_.type != mt_Popup) raiseError(kInvalidMenuItem);
+  if (spec.type < mt_String || spec.type > mt_Separator) raiseError(kMenuInvalidType);
+  if (position < -1) raiseError(kMenuPositionNotValid);
+  if (find(spec.uid) != nullptr) raiseError(kMenuAlreadyExists);
+  auto entry = std::make_shared<MenuEntry>(std::move(spec), &father, system);
+  auto& siblings = father.children_;
+  const auto end = static_cast<long>(siblings.size());
+  const long at = position < 0 ? end : std::min(position, end);
+  siblings.insert(siblings.begin() + at, entry);
+  byUid_.emplace(entry->uid(), entry);
+  return entry;
+}
+
+void MenuModel::remove(MenuEntry& entry) {
+  if (entry.system_) raiseError(kNotAUserMenuItem);
+  if (entry.father_ == nullptr) raiseError(kInvalidMenuItem);
+  auto& siblings = entry.father_->children_;
+  const auto at = std::find_if(siblings.begin(), siblings.end(),
+                               [&](const auto& sibling) { return sibling.get() == &entry; });
+  const std::shared_ptr<MenuEntry> gone = *at;
+  siblings.erase(at);
+  forget(*gone);
+}
+
+void MenuModel::forget(MenuEntry& entry) {
+  byUid_.erase(entry.uid());
+  entry.father_ = nullptr;
+  for (const auto& child : entry.children_) forget(*child);
+}
+
+std::u16string MenuModel::tree() const {
+  std::u16string out;
+  for (const auto& child : root_->children()) print(*child, 0, out);
+  return out;
+}
+
+}  // namespace qx::screens

@@ -1,0 +1,224 @@
+#include "qxdesk/session/connection_string.h"
+
+#include "qxframework/automation/text.h"
+
+#include <optional>
+#include <set>
+
+namespace qx::desk {
+namespace {
+
+constexpr std::u16string_view kScheme = u"embedded:";
+
+struct Language {
+  std::u16string_view name;
+  HvLanguages language;
+};
+
+constexpr Language kLanguages[] = {{u"he", ln_Hebrew},           {u"es-ar", ln_Spanish_Ar},
+                                   {u"en", ln_English},          {u"en-us", ln_English},
+                                   {u"pl", ln_Polish},           {u"en-sg", ln_English_Sg},
+                                   {u"es-pa", ln_Spanish_Pa},    {u"en-gb", ln_English_Gb},
+                                   {u"de", ln_German},           {u"sr", ln_Serbian},
+                                   {u"da", ln_Danish},           {u"no", ln_Norwegian},
+                                   {u"nb", ln_Norwegian},        {u"it", ln_Italian},
+                                   {u"hu", ln_Hungarian},        {u"zh", ln_Chinese},
+                                   {u"zh-cn", ln_Chinese},       {u"nl", ln_Dutch},
+                                   {u"fi", ln_Finnish},          {u"el", ln_Greek},
+                                   {u"pt", ln_Portuguese},       {u"sv", ln_Swedish},
+                                   {u"en-cy", ln_English_Cy},    {u"fr", ln_French_Fr},
+                                   {u"es", ln_Spanish},          {u"ru", ln_Russian},
+                                   {u"es-419", ln_Spanish_La},   {u"cs", ln_Czech_Cz},
+                                   {u"sk", ln_Slovak_Sk},        {u"ko", ln_Korean_Kr},
+                                   {u"pt-br", ln_Portuguese_Br}, {u"ja", ln_Japanese_Jp},
+                                   {u"tr", ln_Turkish_Tr},       {u"zh-hk", ln_TrdtnlChinese_Hk}};
+
+struct Engine {
+  std::u16string_view name;
+  long type;
+};
+
+constexpr Engine kEngines[] = {{u"mssql", 1}, {u"db2", 2}, {u"sybase", 3}, {u"kordb", 9}};
+
+[[noreturn]] void fail(std::size_t position, const std::string& sentence) {
+  throw ConnectionStringError(position, sentence);
+}
+
+std::string quoted(std::u16string_view text) { return "\"" + toUtf8(text) + "\""; }
+
+/// At most nine digits.
+std::optional<long> naturalNumber(std::u16string_view text) {
+  if (text.empty() || text.size() > 9) return std::nullopt;
+  long value = 0;
+  for (const char16_t unit : text) {
+    if (unit < u'0' || unit > u'9') return std::nullopt;
+    value = 10 * value + (unit - u'0');
+  }
+  return value;
+}
+
+int hexDigit(char16_t unit) {
+  if (unit >= u'0' && unit <= u'9') return unit - u'0';
+  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
+  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
+  return -1;
+}
+
+/// One value with its place in the whole text.
+struct Value {
+  std::size_t position;
+  std::u16string_view raw;
+};
+
+/// UTF-8 of a value with %XX resolved.
+std::string decode(const Value& value) {
+  std::string out;
+  std::size_t plain = 0;
+  for (std::size_t at = 0; at < value.raw.size(); ++at) {
+    if (value.raw[at] != u'%') continue;
+    out += toUtf8(value.raw.substr(plain, at - plain));
+    const std::u16string_view digits = value.raw.substr(at + 1, 2);
+    const int high = digits.size() == 2 ? hexDigit(digits[0]) : -1;
+    const int low = digits.size() == 2 ? hexDigit(digits[1]) : -1;
+    if (high < 0 || low < 0) {
+      fail(value.position + at, "% is not followed by two hexadecimal digits; write %25 for %");
+    }
+    if (high == 0 && low == 0) fail(value.position + at, "%00 cannot stand in a value");
+    out += static_cast<char>(16 * high + low);
+    at += 2;
+    plain = at + 1;
+  }
+  return out + toUtf8(value.raw.substr(plain));
+}
+
+void readDatabase(ConnectionString& out, const Value& value) {
+  out.database = decode(value);
+  if (out.database.empty()) fail(value.position, "db is empty; name the company database's file");
+}
+
+void readEngine(ConnectionString& out, const Value& value) {
+  for (const Engine& engine : kEngines) {
+    if (engine.name == value.raw) {
+      out.dbServerType = engine.type;
+      return;
+    }
+  }
+  fail(value.position,
+       "unknown engine " + quoted(value.raw) + "; write mssql, sybase, db2 or kordb");
+}
+
+void readLanguage(ConnectionString& out, const Value& value) {
+  out.language = languageFromText(value.raw);
+  if (out.language == 0) {
+    fail(value.position, "unknown language " + quoted(value.raw) +
+                             "; write a number of the client such as 3, or a name such as en or "
+                             "pt-BR");
+  }
+}
+
+void readAppId(ConnectionString& out, const Value& value) {
+  const auto number = naturalNumber(value.raw);
+  if (!number) {
+    fail(value.position, "appid is no number from 0 to 999999999: " + quoted(value.raw));
+  }
+  out.appId = *number;
+}
+
+void readUser(ConnectionString& out, const Value& value) { out.userName = toUtf16(decode(value)); }
+
+void readCompany(ConnectionString& out, const Value& value) {
+  out.companyName = toUtf16(decode(value));
+}
+
+void readPlay(ConnectionString& out, const Value& value) {
+  out.playFile = decode(value);
+  if (out.playFile.empty()) fail(value.position, "play is empty; name a file or leave the key out");
+}
+
+bool readChoice(const Value& value, std::string_view key, std::u16string_view no,
+                std::u16string_view yes) {
+  if (value.raw == yes) return true;
+  if (value.raw != no) {
+    fail(value.position, std::string(key) + " is neither " + toUtf8(no) + " nor " + toUtf8(yes) +
+                             ": " + quoted(value.raw));
+  }
+  return false;
+}
+
+void readBoxes(ConnectionString& out, const Value& value) {
+  out.refuseUnattendedBoxes = readChoice(value, "boxes", u"default", u"refuse");
+}
+
+void readProgress(ConnectionString& out, const Value& value) {
+  out.sharedProgressBar = readChoice(value, "progress", u"own", u"shared");
+}
+
+struct Key {
+  std::u16string_view name;
+  void (*read)(ConnectionString&, const Value&);
+};
+
+constexpr Key kKeys[] = {
+    {u"db", readDatabase}, {u"engine", readEngine}, {u"language", readLanguage},
+    {u"appid", readAppId}, {u"user", readUser},     {u"company", readCompany},
+    {u"play", readPlay},   {u"boxes", readBoxes},   {u"progress", readProgress}};
+
+void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::size_t position,
+              std::u16string_view pair) {
+  const std::size_t equals = pair.find(u'=');
+  const std::u16string_view name = pair.substr(0, equals);
+  if (equals == std::u16string_view::npos) {
+    fail(position, "the key " + quoted(name) + " has no value; write key=value");
+  }
+  for (const Key& key : kKeys) {
+    if (key.name != name) continue;
+    if (!seen.insert(name).second) fail(position, "the key " + quoted(name) + " stands twice");
+    return key.read(out, Value{position + equals + 1, pair.substr(equals + 1)});
+  }
+  fail(position, "unknown key " + quoted(name) +
+                     "; the keys are db, engine, language, appid, user, company, play, boxes and "
+                     "progress");
+}
+
+/// Where the first key stands.
+std::size_t skipScheme(std::u16string_view text) {
+  if (!text.starts_with(kScheme)) {
+    fail(0,
+         "unknown scheme " + quoted(text.substr(0, text.find(u':'))) + "; write embedded:?db=FILE");
+  }
+  if (text.substr(kScheme.size()).starts_with(u'?')) return kScheme.size() + 1;
+  fail(kScheme.size(), "a question mark must follow the scheme; write embedded:?db=FILE");
+}
+
+}  // namespace
+
+ConnectionStringError::ConnectionStringError(std::size_t position, const std::string& sentence)
+    : std::runtime_error("connection string, character " + std::to_string(position + 1) + ": " +
+                         sentence),
+      position_(position) {}
+
+HvLanguages languageFromText(std::u16string_view text) {
+  const auto number = naturalNumber(text);
+  const std::u16string name = toLower(text);
+  for (const Language& language : kLanguages) {
+    if (number ? *number == language.language : name == language.name) return language.language;
+  }
+  return static_cast<HvLanguages>(0);
+}
+
+ConnectionString parseConnectionString(std::u16string_view text) {
+  ConnectionString out;
+  std::set<std::u16string_view> seen;
+  std::size_t at = skipScheme(text);
+  while (at < text.size()) {
+    const std::u16string_view pair = text.substr(at, text.find(u'&', at) - at);
+    readPair(out, seen, at, pair);
+    at += pair.size() + 1;
+  }
+  if (!seen.contains(u"db")) {
+    fail(text.size(), "the key db is missing; write embedded:?db=FILE");
+  }
+  return out;
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,62 @@
+#pragma once
+
+// The text with which an add-on reaches the client:
+//
+//     embedded:?db=FILE&engine=mssql&language=3&appid=1
+//
+// Behind the scheme and the question mark stand keys with their values, in any order, separated by
+// "&". A value may hold any character as %XX of its UTF-8 bytes; "&", "%" and "#" need it.
+//
+// | key      | value                                                              | if left out |
+// |----------|--------------------------------------------------------------------|-------------|
+// | db       | the file of the company database                                   | required    |
+// | engine   | mssql, sybase, db2 or kordb: the dialect of the statements         | mssql       |
+// | language | a number of the client, 3, or a name, en, de, pt-BR                | 3           |
+// | appid    | 0 or more: which client this is; the same number is the same client| 1           |
+// | user     | who is logged in                                                   | manager     |
+// | company  | the company's name                                                 | db's name   |
+// | play     | a file with the actions of a user                                  | none        |
+// | boxes    | default: a box nobody answers takes its default button; refuse: it | default     |
+// |          | fails                                                              |             |
+// | progress | own: the progress bar is this process's; shared: all processes with| own         |
+// |          | this appid share one                                               |             |
+
+#include "qxframework/host/enums.h"
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace qx::desk {
+
+struct ConnectionString {
+  std::string database;   ///< UTF-8
+  long dbServerType = 1;  ///< see qx::DbServerType
+  HvLanguages language = ln_English;
+  long appId = 1;
+  std::u16string userName = u"manager";
+  std::u16string companyName;  ///< empty: not given
+  std::string playFile;        ///< UTF-8; empty: none
+  bool refuseUnattendedBoxes = false;
+  bool sharedProgressBar = false;
+};
+
+/// The text makes no sense. what() is a sentence in UTF-8 that says where, what is wrong and what
+/// to write instead.
+class ConnectionStringError : public std::runtime_error {
+ public:
+  ConnectionStringError(std::size_t position, const std::string& sentence);
+  /// In UTF-16 units, from 0.
+  std::size_t position() const { return position_; }
+
+ private:
+  std::size_t position_;
+};
+
+/// Raises ConnectionStringError.
+ConnectionString parseConnectionString(std::u16string_view text);
+
+/// A number of the client or a name in any case; 0 for any other text.
+HvLanguages languageFromText(std::u16string_view text);
+
+}  // namespace qx::desk

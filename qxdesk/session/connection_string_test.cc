@@ -1,0 +1,121 @@
+#include "qxdesk/session/connection_string.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::desk {
+namespace {
+
+std::string refusal(std::u16string_view text) {
+  try {
+    parseConnectionString(text);
+  } catch (const ConnectionStringError& error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
+TEST(ConnectionString, TakesDefaultsForAllButTheDatabase) {
+  const ConnectionString read = parseConnectionString(u"embedded:?db=company.db");
+  EXPECT_EQ(read.database, "company.db");
+  EXPECT_EQ(read.dbServerType, 1);
+  EXPECT_EQ(read.language, ln_English);
+  EXPECT_EQ(read.appId, 1);
+  EXPECT_EQ(read.userName, u"manager");
+  EXPECT_EQ(read.companyName, u"");
+  EXPECT_EQ(read.playFile, "");
+  EXPECT_FALSE(read.refuseUnattendedBoxes);
+  EXPECT_FALSE(read.sharedProgressBar);
+}
+
+TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
+  const ConnectionString read = parseConnectionString(
+      u"embedded:?progress=shared&boxes=refuse&play=demo.txt&company=Acme%20%26%20Sons&user=anna"
+      u"&appid=7&language=9&engine=kordb&db=/tmp/c%C3%A4.db");
+  EXPECT_EQ(read.database, "/tmp/c\xC3\xA4.db");
+  EXPECT_EQ(read.dbServerType, 9);
+  EXPECT_EQ(read.language, ln_German);
+  EXPECT_EQ(read.appId, 7);
+  EXPECT_EQ(read.userName, u"anna");
+  EXPECT_EQ(read.companyName, u"Acme & Sons");
+  EXPECT_EQ(read.playFile, "demo.txt");
+  EXPECT_TRUE(read.refuseUnattendedBoxes);
+  EXPECT_TRUE(read.sharedProgressBar);
+}
+
+TEST(ConnectionString, GivesEachEngineItsServerType) {
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=mssql").dbServerType, 1);
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=db2").dbServerType, 2);
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=sybase").dbServerType, 3);
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=kordb").dbServerType, 9);
+}
+
+TEST(ConnectionString, TakesALanguageByNumberOrByNameInAnyCase) {
+  EXPECT_EQ(languageFromText(u"35"), ln_TrdtnlChinese_Hk);
+  EXPECT_EQ(languageFromText(u"pt-BR"), ln_Portuguese_Br);
+  EXPECT_EQ(languageFromText(u"DE"), ln_German);
+  EXPECT_EQ(languageFromText(u"4"), 0);
+  EXPECT_EQ(languageFromText(u"xx"), 0);
+  EXPECT_EQ(languageFromText(u""), 0);
+}
+
+TEST(ConnectionString, KeepsCharactersBeyondAsciiThatAreNotEncoded) {
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=\u00E4\U0001F600").database,
+            "\xC3\xA4\xF0\x9F\x98\x80");
+}
+
+TEST(ConnectionString, AllowsASeparatorBehindTheLastValue) {
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&").database, "a");
+}
+
+TEST(ConnectionString, RefusesWithPlaceAndRemedy) {
+  EXPECT_EQ(refusal(u""),
+            "connection string, character 1: unknown scheme \"\"; write embedded:?db=FILE");
+  EXPECT_EQ(refusal(u"attached:?db=a"),
+            "connection string, character 1: unknown scheme \"attached\"; write embedded:?db=FILE");
+  EXPECT_EQ(refusal(u"embedded:db=a"),
+            "connection string, character 10: a question mark must follow the scheme; write "
+            "embedded:?db=FILE");
+  EXPECT_EQ(refusal(u"embedded:?engine=db2"),
+            "connection string, character 21: the key db is missing; write embedded:?db=FILE");
+  EXPECT_EQ(refusal(u"embedded:?db="),
+            "connection string, character 14: db is empty; name the company database's file");
+  EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
+            "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
+            "language, appid, user, company, play, boxes and progress");
+  EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
+            "connection string, character 16: the key \"db\" stands twice");
+  EXPECT_EQ(refusal(u"embedded:?db"),
+            "connection string, character 11: the key \"db\" has no value; write key=value");
+}
+
+TEST(ConnectionString, RefusesValuesThatMakeNoSense) {
+  EXPECT_EQ(refusal(u"embedded:?db=a&engine=other"),
+            "connection string, character 23: unknown engine \"other\"; write mssql, sybase, db2 "
+            "or kordb");
+  EXPECT_EQ(refusal(u"embedded:?db=a&language=4"),
+            "connection string, character 25: unknown language \"4\"; write a number of the client "
+            "such as 3, or a name such as en or pt-BR");
+  EXPECT_EQ(refusal(u"embedded:?db=a&appid=-1"),
+            "connection string, character 22: appid is no number from 0 to 999999999: \"-1\"");
+  EXPECT_EQ(refusal(u"embedded:?db=a&boxes=maybe"),
+            "connection string, character 22: boxes is neither default nor refuse: \"maybe\"");
+  EXPECT_EQ(refusal(u"embedded:?db=a%2"),
+            "connection string, character 15: % is not followed by two hexadecimal digits; write "
+            "%25 for %");
+  EXPECT_EQ(refusal(u"embedded:?db=a%00"),
+            "connection string, character 15: %00 cannot stand in a value");
+  EXPECT_EQ(refusal(u"embedded:?db=a&play="),
+            "connection string, character 21: play is empty; name a file or leave the key out");
+}
+
+TEST(ConnectionString, TellsThePositionInUnitsFromZero) {
+  try {
+    parseConnectionString(u"embedded:?db=a&x=1");
+    FAIL();
+  } catch (const ConnectionStringError& error) {
+    EXPECT_EQ(error.position(), 15U);
+  }
+}
+
+}  // namespace
+}  // namespace qx::desk

@@ -1,0 +1,106 @@
+#include "qxdesk/session/login_context.h"
+
+#include "qxframework/automation/format.h"
+#include "qxframework/automation/text.h"
+
+#include <cstdint>
+
+namespace qx::desk {
+
+namespace {
+
+// The form is frozen, since client and add-on may be of different builds:
+//   QXLC1|<checksum, 16 hex digits>|<n>:<field><n>:<field>…
+// with n the length of a field in UTF-16 units. The fields are database, server type, language,
+// user name and company name. The checksum runs over the cookie and all fields.
+constexpr std::u16string_view kTag = u"QXLC1|";
+constexpr std::size_t kChecksumDigits = 16;
+constexpr std::size_t kMaxFieldDigits = 6;
+
+std::uint64_t mix(std::uint64_t hash, std::u16string_view text) {
+  constexpr std::uint64_t kPrime = 0x00000100000001B3;  // FNV-1a
+  for (const char16_t unit : text) {
+    hash = (hash ^ (unit & 0xFF)) * kPrime;
+    hash = (hash ^ (unit >> 8)) * kPrime;
+  }
+  return hash;
+}
+
+std::u16string checksum(std::u16string_view cookie, std::u16string_view fields) {
+  constexpr std::uint64_t kBasis = 0xCBF29CE484222325;
+  // The length stands between the two, so that no unit can move from one to the other.
+  std::uint64_t hash = mix(kBasis, cookie);
+  hash = mix(hash, format(u"|%u|", static_cast<unsigned>(cookie.size())));
+  hash = mix(hash, fields);
+  return format(u"%08X%08X", static_cast<std::uint32_t>(hash >> 32),
+                static_cast<std::uint32_t>(hash));
+}
+
+void appendField(std::u16string& fields, std::u16string_view field) {
+  fields += format(u"%u:", static_cast<unsigned>(field.size()));
+  fields += field;
+}
+
+std::optional<long> number(std::u16string_view text, std::size_t maxDigits) {
+  const bool negative = !text.empty() && text.front() == u'-';
+  if (negative) text.remove_prefix(1);
+  if (text.empty() || text.size() > maxDigits) return std::nullopt;
+  long value = 0;
+  for (const char16_t unit : text) {
+    if (unit < u'0' || unit > u'9') return std::nullopt;
+    value = value * 10 + (unit - u'0');
+  }
+  return negative ? -value : value;
+}
+
+std::optional<std::u16string> takeField(std::u16string_view& rest) {
+  const std::size_t colon = rest.find(u':');
+  if (colon == std::u16string_view::npos) return std::nullopt;
+  const std::optional<long> length = number(rest.substr(0, colon), kMaxFieldDigits);
+  rest.remove_prefix(colon + 1);
+  if (!length || *length < 0 || static_cast<std::size_t>(*length) > rest.size()) {
+    return std::nullopt;
+  }
+  std::u16string field(rest.substr(0, static_cast<std::size_t>(*length)));
+  rest.remove_prefix(field.size());
+  return field;
+}
+
+std::optional<LoginTarget> readFields(std::u16string_view rest) {
+  constexpr std::size_t kMaxNumberDigits = 9;
+  std::optional<std::u16string> fields[5];
+  for (auto& field : fields) {
+    field = takeField(rest);
+    if (!field) return std::nullopt;
+  }
+  const std::optional<long> serverType = number(*fields[1], kMaxNumberDigits);
+  const std::optional<long> language = number(*fields[2], kMaxNumberDigits);
+  if (!rest.empty() || !serverType || !language) return std::nullopt;
+  return LoginTarget{toUtf8(*fields[0]), *serverType, static_cast<HvLanguages>(*language),
+                     *fields[3], *fields[4]};
+}
+
+}  // namespace
+
+std::u16string encodeLoginContext(const LoginTarget& target, std::u16string_view cookie) {
+  std::u16string fields;
+  appendField(fields, toUtf16(target.database));
+  appendField(fields, format(u"%d", static_cast<int>(target.dbServerType)));
+  appendField(fields, format(u"%d", static_cast<int>(target.language)));
+  appendField(fields, target.userName);
+  appendField(fields, target.companyName);
+  return std::u16string(kTag) + checksum(cookie, fields) + u"|" + fields;
+}
+
+std::optional<LoginTarget> decodeLoginContext(std::u16string_view context,
+                                              std::u16string_view cookie) {
+  if (!context.starts_with(kTag)) return std::nullopt;
+  context.remove_prefix(kTag.size());
+  if (context.size() <= kChecksumDigits || context[kChecksumDigits] != u'|') return std::nullopt;
+  const std::u16string_view given = context.substr(0, kChecksumDigits);
+  const std::u16string_view fields = context.substr(kChecksumDigits + 1);
+  if (given != checksum(cookie, fields)) return std::nullopt;
+  return readFields(fields);
+}
+
+}  // namespace qx::desk

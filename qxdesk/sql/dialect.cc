@@ -1,0 +1,162 @@
+#include "qxdesk/sql/dialect.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qx::sql {
+namespace {
+
+constexpr unsigned bit(Dialect dialect) { return 1U << static_cast<unsigned>(dialect); }
+
+constexpr unsigned kMssql = bit(Dialect::Mssql);
+constexpr unsigned kSybase = bit(Dialect::Sybase);
+constexpr unsigned kDb2 = bit(Dialect::Db2);
+constexpr unsigned kKordb = bit(Dialect::Kordb);
+constexpr unsigned kBrackets = kMssql | kSybase;
+constexpr unsigned kAll = kMssql | kSybase | kDb2 | kKordb;
+constexpr int kMany = 100;
+
+constexpr DialectTraits kBracketTraits = {
+    .name = "MSSQL",
+    .bracketNames = true,
+    .quotedNames = false,
+    .quotedAliases = false,
+    .textAliases = true,
+    .bareAtNames = false,
+    .top = true,
+    .fetchFirst = false,
+    .setRowCount = true,
+    .selectWithoutFrom = true,
+    .plusJoinsText = true,
+    .likeSets = true,
+    .wholeAverage = true,
+    .nullsHigh = false,
+    .currentWords = false,
+    .currentUnderscore = false,
+    .durations = false,
+    .nowText = "getdate()",
+};
+
+constexpr DialectTraits sybaseTraits() {
+  DialectTraits traits = kBracketTraits;
+  traits.name = "Sybase";
+  return traits;
+}
+
+constexpr DialectTraits kDb2Traits = {
+    .name = "DB2",
+    .bracketNames = false,
+    .quotedNames = false,
+    .quotedAliases = true,
+    .textAliases = false,
+    .bareAtNames = true,
+    .top = false,
+    .fetchFirst = true,
+    .setRowCount = false,
+    .selectWithoutFrom = false,
+    .plusJoinsText = false,
+    .likeSets = false,
+    .wholeAverage = true,
+    .nullsHigh = true,
+    .currentWords = true,
+    .currentUnderscore = false,
+    .durations = true,
+    .nowText = "CURRENT TIMESTAMP",
+};
+
+constexpr DialectTraits kKordbTraits = {
+    .name = "KORDB",
+    .bracketNames = false,
+    .quotedNames = true,
+    .quotedAliases = true,
+    .textAliases = false,
+    .bareAtNames = false,
+    .top = true,
+    .fetchFirst = false,
+    .setRowCount = false,
+    .selectWithoutFrom = true,
+    .plusJoinsText = false,
+    .likeSets = false,
+    .wholeAverage = false,
+    .nullsHigh = false,
+    .currentWords = false,
+    .currentUnderscore = true,
+    .durations = false,
+    .nowText = "CURRENT_TIMESTAMP",
+};
+
+constexpr std::array<DialectTraits, 4> kTraits = {kBracketTraits, sybaseTraits(), kDb2Traits,
+                                                  kKordbTraits};
+
+constexpr FunctionRule kFunctions[] = {
+    {"COUNT", Function::Count, 1, 1, kAll},
+    {"MAX", Function::Max, 1, 1, kAll},
+    {"MIN", Function::Min, 1, 1, kAll},
+    {"SUM", Function::Sum, 1, 1, kAll},
+    {"AVG", Function::Avg, 1, 1, kAll},
+    {"COALESCE", Function::Coalesce, 2, kMany, kAll},
+    {"ISNULL", Function::Coalesce, 2, 2, kBrackets},
+    {"VALUE", Function::Coalesce, 2, kMany, kDb2},
+    {"IFNULL", Function::Coalesce, 2, 2, kKordb},
+    {"GETDATE", Function::Now, 0, 0, kBrackets},
+    {"DATEADD", Function::AddTime, 3, 3, kBrackets},
+    {"ADDDATE", Function::AddTime, 2, 2, kKordb},
+    {"DATEDIFF", Function::DaysBetween, 3, 3, kBrackets},
+    {"TIMESTAMP_ISO", Function::ToDate, 1, 1, kDb2},
+    {"YEAR", Function::Year, 1, 1, kAll},
+    {"MONTH", Function::Month, 1, 1, kAll},
+    {"DAY", Function::Day, 1, 1, kBrackets | kDb2},
+    {"CAST", Function::Cast, 1, 1, kAll},
+    {"CONVERT", Function::Convert, 2, 3, kBrackets},
+    {"LEN", Function::LengthNoTail, 1, 1, kBrackets},
+    {"LENGTH", Function::Length, 1, 1, kDb2 | kKordb},
+    {"SUBSTRING", Function::Substring, 3, 3, kBrackets | kKordb},
+    {"SUBSTR", Function::Substring, 2, 3, kDb2},
+    {"UPPER", Function::Upper, 1, 1, kAll},
+    {"LOWER", Function::Lower, 1, 1, kAll},
+    {"LTRIM", Function::TrimLeft, 1, 1, kAll},
+    {"RTRIM", Function::TrimRight, 1, 1, kAll},
+    {"REPLACE", Function::Replace, 3, 3, kAll},
+    {"ABS", Function::Abs, 1, 1, kAll},
+    {"ROUND", Function::Round, 2, 2, kAll},
+};
+
+char upperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+}  // namespace
+
+Dialect dialectOf(int engine) {
+  switch (engine) {
+    case 2:
+      return Dialect::Db2;
+    case 3:
+      return Dialect::Sybase;
+    case 9:
+      return Dialect::Kordb;
+    default:
+      return Dialect::Mssql;
+  }
+}
+
+const DialectTraits& traitsOf(Dialect dialect) {
+  return kTraits.at(static_cast<std::size_t>(dialect));
+}
+
+const FunctionRule* findFunction(Dialect dialect, std::string_view name) {
+  for (const FunctionRule& rule : kFunctions) {
+    if ((rule.dialects & bit(dialect)) != 0 && sameName(rule.name, name)) return &rule;
+  }
+  return nullptr;
+}
+
+bool isFunctionOfAnyDialect(std::string_view name) {
+  return std::any_of(std::begin(kFunctions), std::end(kFunctions),
+                     [name](const FunctionRule& rule) { return sameName(rule.name, name); });
+}
+
+bool sameName(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return upperAscii(x) == upperAscii(y); });
+}
+
+}  // namespace qx::sql

@@ -1,0 +1,243 @@
+#include "qxdesk/sql/lexer.h"
+
+#include "qxdesk/sql/utf8.h"
+
+#include <array>
+#include <cstdio>
+
+namespace qx::sql {
+namespace {
+
+constexpr std::array<std::string_view, 5> kLongSymbols = {"<=", ">=", "<>", "!=", "||"};
+constexpr std::string_view kSymbols = "=<>+-*/%().,;";
+
+bool isBlank(char32_t c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool isDigit(char32_t c) { return c >= '0' && c <= '9'; }
+
+// Beyond ASCII everything names, but for blanks, controls and the invisible format characters.
+bool startsName(char32_t c) {
+  if (c < 0x80) return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+  return c > 0xA0 && c != 0xAD && (c < 0x2000 || c > 0x206F) && c != 0x3000 && c != 0xFEFF;
+}
+
+bool continuesName(char32_t c) {
+  return startsName(c) || isDigit(c) || c == '$' || c == '#' || c == '@';
+}
+
+std::string codePoint(char32_t c) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "U+%04X", static_cast<unsigned>(c));
+  return text.data();
+}
+
+class Lexer {
+ public:
+  explicit Lexer(std::string_view text) : text_(text) {}
+
+  std::vector<Token> run() {
+    std::vector<Token> tokens;
+    do {
+      skipBlanksAndComments();
+      tokens.push_back(next());
+    } while (tokens.back().kind != TokenKind::End);
+    return tokens;
+  }
+
+ private:
+  // The character here; 0 at the end.
+  char32_t peek() {
+    if (offset_ >= text_.size()) return 0;
+    const auto character = readUtf8(text_, offset_);
+    if (!character) throw SqlError("the statement is not valid UTF-8", at_);
+    if (character->value == 0) throw SqlError("the statement holds a zero character", at_);
+    return character->value;
+  }
+
+  bool atEnd() const { return offset_ >= text_.size(); }
+
+  bool startsWith(std::string_view prefix) const {
+    return text_.substr(offset_, prefix.size()) == prefix;
+  }
+
+  // Steps over the character here. CR, LF and the pair of both end a line.
+  void advance() {
+    const char32_t c = peek();
+    offset_ += readUtf8(text_, offset_)->length;
+    if (c == '\n' || (c == '\r' && !startsWith("\n"))) {
+      ++at_.line;
+      at_.column = 1;
+    } else {
+      ++at_.column;
+    }
+  }
+
+  void advance(std::size_t count) {
+    for (; count > 0; --count) advance();
+  }
+
+  void skipBlanksAndComments() {
+    for (;;) {
+      if (startsWith("--")) {
+        while (!atEnd() && peek() != '\n' && peek() != '\r') advance();
+      } else if (startsWith("/*")) {
+        skipBlockComment();
+      } else if (!atEnd() && isBlank(peek())) {
+        advance();
+      } else {
+        return;
+      }
+    }
+  }
+
+  void skipBlockComment() {
+    const Position start = at_;
+    int open = 0;
+    do {
+      if (atEnd()) throw SqlError("the comment is not closed; */ is missing", start);
+      if (startsWith("/*")) {
+        ++open;
+        advance(2);
+      } else if (startsWith("*/")) {
+        --open;
+        advance(2);
+      } else {
+        advance();
+      }
+    } while (open > 0);
+  }
+
+  Token next() {
+    Token token;
+    token.at = at_;
+    const std::size_t start = offset_;
+    if (!atEnd()) fill(token);
+    token.source = text_.substr(start, offset_ - start);
+    return token;
+  }
+
+  void fill(Token& token) {
+    const char32_t c = peek();
+    if (c == '\'' || startsWith("N'") || startsWith("n'")) {
+      token.kind = TokenKind::Text;
+      if (c != '\'') advance();
+      token.text = enclosed('\'', token.at, "the string is not closed; ' is missing");
+    } else if (c == '[') {
+      token.kind = TokenKind::BracketName;
+      token.text = named(enclosed(']', token.at, "the name is not closed; ] is missing"), token.at);
+    } else if (c == '"') {
+      token.kind = TokenKind::QuotedName;
+      token.text =
+          named(enclosed('"', token.at, "the name is not closed; \" is missing"), token.at);
+    } else if (startsName(c) || c == '@') {
+      token.kind = c == '@' ? TokenKind::AtName : TokenKind::Name;
+      token.text = plainName();
+    } else {
+      fillNumberOrSymbol(token);
+    }
+  }
+
+  void fillNumberOrSymbol(Token& token) {
+    const char32_t c = peek();
+    const bool pointFirst =
+        c == '.' && offset_ + 1 < text_.size() && isDigit(static_cast<unsigned char>(at(1)));
+    if (isDigit(c) || pointFirst) {
+      token.kind = TokenKind::Number;
+      token.text = number(token.at);
+    } else {
+      token.kind = TokenKind::Symbol;
+      token.text = symbol();
+    }
+  }
+
+  char at(std::size_t distance) const { return text_[offset_ + distance]; }
+
+  // The text between the character here and `close`, which counts as content when doubled. The
+  // token starts at `start`.
+  std::string enclosed(char close, Position start, const char* unclosed) {
+    std::string content;
+    advance();
+    for (;;) {
+      if (atEnd()) throw SqlError(unclosed, start);
+      const std::size_t from = offset_;
+      const bool closes = peek() == static_cast<unsigned char>(close);
+      advance();
+      if (closes) {
+        if (atEnd() || at(0) != close) return content;
+        advance();
+      }
+      content.append(text_.substr(from, closes ? 1 : offset_ - from));
+    }
+  }
+
+  static std::string named(std::string name, Position start) {
+    if (name.empty()) throw SqlError("a name must not be empty", start);
+    return name;
+  }
+
+  std::string plainName() {
+    const std::size_t start = offset_;
+    advance();
+    while (!atEnd() && continuesName(peek())) advance();
+    return std::string(text_.substr(start, offset_ - start));
+  }
+
+  void skipDigits() {
+    while (!atEnd() && isDigit(peek())) advance();
+  }
+
+  void skipExponent() {
+    std::size_t digit = 1;
+    if (startsWith("e+") || startsWith("e-") || startsWith("E+") || startsWith("E-")) digit = 2;
+    const bool exponent = (startsWith("e") || startsWith("E")) && offset_ + digit < text_.size() &&
+                          isDigit(static_cast<unsigned char>(at(digit)));
+    if (!exponent) return;
+    advance(digit);
+    skipDigits();
+  }
+
+  std::string number(Position start) {
+    const std::size_t from = offset_;
+    skipDigits();
+    if (startsWith(".")) {
+      advance();
+      skipDigits();
+    }
+    skipExponent();
+    if (!atEnd() && (continuesName(peek()) || peek() == '.')) {
+      throw SqlError("a blank or an operator is expected behind the number " +
+                         std::string(text_.substr(from, offset_ - from)),
+                     start);
+    }
+    return std::string(text_.substr(from, offset_ - from));
+  }
+
+  std::string symbol() {
+    for (const std::string_view longSymbol : kLongSymbols) {
+      if (startsWith(longSymbol)) {
+        advance(longSymbol.size());
+        return std::string(longSymbol);
+      }
+    }
+    const char32_t c = peek();
+    if (c >= 0x80 || kSymbols.find(static_cast<char>(c)) == std::string_view::npos) {
+      throw SqlError("unexpected character " + described(c), at_);
+    }
+    advance();
+    return std::string(1, static_cast<char>(c));
+  }
+
+  static std::string described(char32_t c) {
+    if (c > ' ' && c < 0x7F) return "'" + std::string(1, static_cast<char>(c)) + "'";
+    return codePoint(c);
+  }
+
+  std::string_view text_;
+  std::size_t offset_ = 0;
+  Position at_;
+};
+
+}  // namespace
+
+std::vector<Token> lex(std::string_view utf8) { return Lexer(utf8).run(); }
+
+}  // namespace qx::sql

@@ -1,0 +1,123 @@
+#include "qxdesk/sql/like_pattern.h"
+
+#include "qxdesk/sql/utf8.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace qx::sql {
+namespace {
+
+// The characters of a text; a byte that is no UTF-8 counts as a character of its own.
+std::vector<char32_t> decoded(std::string_view text) {
+  std::vector<char32_t> characters;
+  for (std::size_t i = 0; i < text.size();) {
+    const auto character = readUtf8(text, i);
+    characters.push_back(character ? character->value
+                                   : 0x110000U + static_cast<unsigned char>(text[i]));
+    i += character ? character->length : 1;
+  }
+  return characters;
+}
+
+struct Element {
+  enum Kind { Any, One, Set } kind = Set;
+  bool negated = false;
+  std::vector<std::pair<char32_t, char32_t>> ranges;  // of a set; a plain character is a range
+
+  bool takes(char32_t c) const {
+    if (kind != Set) return true;
+    const bool found = std::any_of(ranges.begin(), ranges.end(), [c](const auto& range) {
+      return range.first <= c && c <= range.second;
+    });
+    return found != negated;
+  }
+};
+
+class Compiler {
+ public:
+  Compiler(std::string_view pattern, LikeSets sets, std::optional<char32_t> escape)
+      : pattern_(decoded(pattern)), sets_(sets), escape_(escape) {}
+
+  std::vector<Element> run() {
+    std::vector<Element> elements;
+    while (next_ < pattern_.size()) elements.push_back(element());
+    return elements;
+  }
+
+ private:
+  Element element() {
+    const char32_t c = pattern_[next_++];
+    if (escape_ && c == *escape_ && next_ < pattern_.size()) return plain(pattern_[next_++]);
+    if (c == '%') return {.kind = Element::Any, .ranges = {}};
+    if (c == '_') return {.kind = Element::One, .ranges = {}};
+    if (c == '[' && sets_ == LikeSets::On && closes()) return set();
+    return plain(c);
+  }
+
+  static Element plain(char32_t c) { return {.kind = Element::Set, .ranges = {{c, c}}}; }
+
+  bool closes() const {
+    const auto from = pattern_.begin() + static_cast<std::ptrdiff_t>(next_);
+    return std::find(from, pattern_.end(), U']') != pattern_.end();
+  }
+
+  Element set() {
+    Element element;
+    if (pattern_[next_] == '^') {
+      element.negated = true;
+      ++next_;
+    }
+    while (pattern_[next_] != ']') {
+      const char32_t low = pattern_[next_++];
+      char32_t high = low;
+      const bool range =
+          next_ + 1 < pattern_.size() && pattern_[next_] == '-' && pattern_[next_ + 1] != ']';
+      if (range) {
+        high = pattern_[next_ + 1];
+        next_ += 2;
+      }
+      element.ranges.emplace_back(low, high);
+    }
+    ++next_;
+    return element;
+  }
+
+  std::vector<char32_t> pattern_;
+  LikeSets sets_;
+  std::optional<char32_t> escape_;
+  std::size_t next_ = 0;
+};
+
+}  // namespace
+
+// On a mismatch only the last % is tried again, one character further on.
+bool likeMatches(std::string_view text, std::string_view pattern, LikeSets sets,
+                 std::optional<char32_t> escape) {
+  const std::vector<Element> elements = Compiler(pattern, sets, escape).run();
+  const std::vector<char32_t> characters = decoded(text);
+  std::size_t element = 0;
+  std::size_t character = 0;
+  std::optional<std::size_t> lastAny;
+  std::size_t resume = 0;
+  while (character < characters.size()) {
+    if (element < elements.size() && elements[element].kind == Element::Any) {
+      lastAny = element++;
+      resume = character;
+    } else if (element < elements.size() && elements[element].takes(characters[character])) {
+      ++element;
+      ++character;
+    } else if (lastAny) {
+      element = *lastAny + 1;
+      character = ++resume;
+    } else {
+      return false;
+    }
+  }
+  while (element < elements.size() && elements[element].kind == Element::Any) ++element;
+  return element == elements.size();
+}
+
+}  // namespace qx::sql

@@ -1,0 +1,259 @@
+// What is refused, and that the message names the place and what to do.
+#include "qxdesk/sql/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace qx::sql {
+namespace {
+
+using test::refusal;
+
+struct Refusal {
+  std::string_view text;
+  std::string_view message;
+};
+
+void expectRefusals(Dialect dialect, const std::vector<Refusal>& refusals) {
+  for (const Refusal& expected : refusals) {
+    EXPECT_EQ(refusal(dialect, expected.text), expected.message) << expected.text;
+  }
+}
+
+TEST(RefusalGrammar, NamesWhatIsExpectedAndWhere) {
+  expectRefusals(
+      Dialect::Mssql,
+      {{"SELECT a\r\nFROM T\r\n  WHERE U = = 1",
+        "an expression is expected near '=' (line 3, column 13)"},
+       {"",
+        "a statement (SELECT, INSERT, UPDATE or DELETE) is expected at the end (line 1, "
+        "column 1)"},
+       {"DROP TABLE T",
+        "a statement (SELECT, INSERT, UPDATE or DELETE) is expected near 'DROP' (line 1, column "
+        "1)"},
+       {"SELECT  FROM T", "an expression is expected near 'FROM' (line 1, column 9)"},
+       {"SELECT a FROM T WHERE ", "an expression is expected at the end (line 1, column 23)"},
+       {"UPDATE T SET ", "a column name is expected at the end (line 1, column 14)"},
+       {"UPDATE T SET  WHERE a = 1", "a column name is expected near 'WHERE' (line 1, column 15)"},
+       {"SELECT a FROM T WHERE a",
+        "a condition is expected here, not a value; compare it with "
+        "something (line 1, column 23)"},
+       {"SELECT a = 1 FROM T", "a value is expected here, not a condition (line 1, column 8)"},
+       {"SELECT a FROM T ORDER BY é ü b",
+        "one statement per call; unexpected text near 'ü' (line "
+        "1, column 28)"},
+       {"SELECT a FROM T WHERE (A = 1( AND B = 2)", "')' is expected near '(' (line 1, column 29)"},
+       {"SELECT a.b.c FROM T", "a column name has at most two parts (line 1, column 11)"},
+       {"SELECT a FROM dbo.T",
+        "a table name has one part only; leave out what stands before the point (line 1, column "
+        "18)"},
+       {"INSERT INTO T VALUES (1)",
+        "the list of columns in brackets is expected near 'VALUES' (line 1, column 15)"},
+       {"INSERT INTO T (a, b) VALUES (1)", "1 values for 2 columns (line 1, column 29)"},
+       {"INSERT INTO T (a, A) VALUES (1, 2)", "the column A is named twice (line 1, column 19)"},
+       {"SELECT a FROM (SELECT b FROM T)",
+        "an alias for the SELECT in brackets is expected at the end (line 1, column 32)"},
+       {"SELECT TOP 5 PERCENT a FROM T",
+        "TOP n PERCENT is not supported; give a number of rows (line 1, column 14)"},
+       {"SELECT TOP 5 WITH TIES a FROM T", "TOP n WITH TIES needs ORDER BY (line 1, column 1)"},
+       {"SELECT TOP 99999999999999999999 a FROM T",
+        "the number 99999999999999999999 is too large (line 1, column 12)"},
+       {"SELECT a FROM T LIMIT 5",
+        "one statement per call; unexpected text near 'LIMIT' (line 1, column 17)"},
+       {"SELECT a FROM T WITH (NOLOCK)",
+        "one statement per call; unexpected text near 'WITH' (line 1, column 17)"}});
+}
+
+TEST(RefusalStatements, OneForEachCall) {
+  expectRefusals(
+      Dialect::Mssql,
+      {{"SELECT 1;DROP TABLE T",
+        "one statement per call; unexpected text near 'DROP' (line 1, column 10)"},
+       {"SELECT 1;;", "one statement per call; unexpected text near ';' (line 1, column 10)"},
+       {"SELECT 1 SELECT 2",
+        "one statement per call; unexpected text near 'SELECT' (line 1, column 10)"}});
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT 1; -- end"), "");
+}
+
+TEST(RefusalText, ThatIsNotClosedOrNotText) {
+  using std::string_view_literals::operator""sv;
+  expectRefusals(
+      Dialect::Mssql,
+      {{"SELECT 'a", "the string is not closed; ' is missing (line 1, column 8)"},
+       {"SELECT N'a'' FROM T", "the string is not closed; ' is missing (line 1, column 8)"},
+       {"SELECT [a", "the name is not closed; ] is missing (line 1, column 8)"},
+       {"SELECT \"a", "the name is not closed; \" is missing (line 1, column 8)"},
+       {"SELECT 1 /* /* */", "the comment is not closed; */ is missing (line 1, column 10)"},
+       {"SELECT []", "a name must not be empty (line 1, column 8)"},
+       {"SELECT a\0 FROM T"sv, "the statement holds a zero character (line 1, column 9)"},
+       {"SELECT '\0'"sv, "the statement holds a zero character (line 1, column 9)"},
+       {"SELECT '\xC3'", "the statement is not valid UTF-8 (line 1, column 9)"},
+       {"SELECT 'é\xED\xA0\x80'", "the statement is not valid UTF-8 (line 1, column 10)"},
+       {"SELECT 1 -- \xFF", "the statement is not valid UTF-8 (line 1, column 13)"},
+       {"SELECT a ? b", "unexpected character '?' (line 1, column 10)"},
+       {"SELECT a\u00A0FROM T", "unexpected character U+00A0 (line 1, column 9)"},
+       {"SELECT 12abc",
+        "a blank or an operator is expected behind the number 12 (line 1, column "
+        "8)"},
+       {"SELECT 1.2.3",
+        "a blank or an operator is expected behind the number 1.2 (line 1, column "
+        "8)"}});
+}
+
+TEST(RefusalFunctions, OfNoneOrAnotherDialect) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT foo(1)"),
+            "function foo is not supported (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT getdate() FROM T"),
+            "function getdate is not one of DB2 (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT ISNULL(a) FROM T"),
+            "function ISNULL takes 2 arguments, not 1 (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT MAX(a, b) FROM T"),
+            "function MAX takes 1 argument, not 2 (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT DATEADD(month, 1, a) FROM T"),
+            "a date part (second, minute, hour, day or week) is expected near 'month' (line 1, "
+            "column 16)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT CONVERT(datetime, '20240231', 112)"),
+            "not a date: '20240231' (line 1, column 26)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT CONVERT(datetime, a, 103) FROM T"),
+            "CONVERT knows the styles 112 and 120 only (line 1, column 29)");
+}
+
+TEST(RefusalPlus, WhoseMeaningCannotBeTold) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT a + b FROM T"),
+            "it cannot be told whether + adds numbers or joins texts; CAST one side to a type "
+            "(line 1, column 10)");
+}
+
+TEST(RefusalDivision, WhoseMeaningCannotBeTold) {
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT a / 2 FROM T"),
+            "it cannot be told whether / takes whole numbers; CAST both sides to a type (line 1, "
+            "column 10)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT 1.5 % 2"),
+            "% takes whole numbers; CAST both sides to int (line 1, column 12)");
+}
+
+TEST(RefusalDialect, OfNamesOfAnotherOne) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT a FROM @T"),
+            "the name @T is not written as MSSQL has it; write it plain or as [@T] (line 1, "
+            "column 15)");
+  EXPECT_EQ(refusal(Dialect::Sybase, "SELECT \"a\" FROM T"),
+            "the name \"a\" is not written as Sybase has it; write it plain or as [a] (line 1, "
+            "column 8)");
+  EXPECT_EQ(refusal(Dialect::Kordb, "SELECT a FROM [@T]"),
+            "the name [@T] is not written as KORDB has it; write it plain or as \"@T\" (line 1, "
+            "column 15)");
+  EXPECT_EQ(refusal(Dialect::Kordb, "SELECT a FROM @T"),
+            "the name @T is not written as KORDB has it; write it plain or as \"@T\" (line 1, "
+            "column 15)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT a FROM [@T]"),
+            "the name [@T] is not written as DB2 has it; write @T (line 1, column 15)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT a FROM \"@T\""),
+            "the name \"@T\" is not written as DB2 has it; write @T (line 1, column 15)");
+}
+
+TEST(RefusalDialect, OfAliasesOfAnotherOne) {
+  EXPECT_EQ(refusal(Dialect::Kordb, "SELECT a AS'T0.a' FROM T"),
+            "an alias in single quotes is not KORDB; write AS \"T0.a\" (line 1, column 12)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT a AS N'x' FROM T"),
+            "an alias in single quotes is not DB2; write AS \"x\" (line 1, column 13)");
+  EXPECT_NE(refusal(Dialect::Mssql, "SELECT a AS \"x\" FROM T"), "");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT a AS \"T0.a\" FROM T ORDER BY \"T0.a\""), "");
+}
+
+TEST(RefusalDialect, OfLimitsOfAnotherOne) {
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT TOP 5 a FROM T"),
+            "TOP is not a word of DB2; write FETCH FIRST n ROWS ONLY at the end (line 1, column "
+            "8)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT a FROM T FETCH FIRST 5 ROWS ONLY"),
+            "FETCH FIRST is not a clause of MSSQL; write TOP n behind SELECT (line 1, column 17)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SET ROWCOUNT 5"),
+            "SET ROWCOUNT is not a statement of DB2; limit the SELECT (line 1, column 1)");
+  EXPECT_NE(refusal(Dialect::Kordb, "SET ROWCOUNT 5"), "");
+}
+
+TEST(RefusalDialect, OfTimesOfAnotherOne) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT CURRENT TIMESTAMP"),
+            "CURRENT is not a word of MSSQL; write getdate() (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT CURRENT_TIMESTAMP FROM T"),
+            "CURRENT_TIMESTAMP is not a word of DB2; write CURRENT TIMESTAMP (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Kordb, "SELECT CURRENT DATE FROM T"),
+            "CURRENT is not a word of KORDB; write CURRENT_TIMESTAMP (line 1, column 8)");
+  EXPECT_NE(refusal(Dialect::Mssql, "SELECT a + 1 DAYS FROM T"), "");
+  EXPECT_NE(refusal(Dialect::Kordb, "SELECT a + 1 DAYS FROM T"), "");
+}
+
+TEST(RefusalDialect, OfTextOperatorsOfAnotherOne) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT a || b FROM T"),
+            "|| is not an operator of MSSQL; join texts by + (line 1, column 10)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT 'a' + b FROM T"),
+            "+ does not join texts in DB2; write || (line 1, column 12)");
+}
+
+// The statements of one engine on another: none may pass.
+TEST(RefusalDialect, EveryVersionTableStatementOnTheWrongEngine) {
+  const std::vector<std::pair<std::string_view, std::vector<Dialect>>> statements = {
+      {"select U_Version from [@QXEXTDBVERSION] where U_ExtID = 'QX'",
+       {Dialect::Db2, Dialect::Kordb}},
+      {"insert into [@QXEXTDBVERSION] (U_Rdate) values (getdate())",
+       {Dialect::Db2, Dialect::Kordb}},
+      {"select U_Version from @QXEXTDBV where U_ExtID = 'QX'",
+       {Dialect::Mssql, Dialect::Sybase, Dialect::Kordb}},
+      {R"(select "U_Version" from "@QXEXTDBVERSION" where "U_ExtID" = 'QX')",
+       {Dialect::Mssql, Dialect::Sybase, Dialect::Db2}},
+      {R"(insert into "@QXEXTDBVERSION" ("U_Rdate") values (CURRENT_TIMESTAMP))",
+       {Dialect::Mssql, Dialect::Sybase, Dialect::Db2}},
+  };
+  for (const auto& [text, dialects] : statements) {
+    for (const Dialect dialect : dialects) EXPECT_NE(refusal(dialect, text), "") << text;
+  }
+}
+
+std::string repeated(std::string_view piece, int times) {
+  std::string text;
+  for (int i = 0; i < times; ++i) text += piece;
+  return text;
+}
+
+TEST(RefusalDepth, OfNestingIsClearAndSafe) {
+  const std::string tooDeep =
+      "the statement is nested too deeply; simplify its brackets or subqueries";
+  for (const std::string_view piece : {"(", "NOT ", "- ", "CASE WHEN 1 = ", "ABS(",
+                                       "EXISTS(SELECT "
+                                       "1 WHERE ",
+                                       "(SELECT ", "a IN ("}) {
+    const std::string message =
+        refusal(Dialect::Mssql, "SELECT a FROM T WHERE " + repeated(piece, 20000));
+    EXPECT_EQ(message.substr(0, tooDeep.size()), tooDeep) << piece;
+  }
+}
+
+TEST(RefusalDepth, OfLongOperatorChains) {
+  const std::string message =
+      refusal(Dialect::Mssql, "SELECT 1" + repeated(" + 1", 20000) + " FROM T");
+  EXPECT_EQ(message.substr(0, message.find(" (")),
+            "the expression is too long; at most 200 operators in a row");
+}
+
+TEST(RefusalComplexity, OfStarsThatMultiply) {
+  test::CompanyDatabase database(Dialect::Mssql);
+  std::string text = "WITH C0 AS (SELECT Code FROM [@T])";
+  for (int i = 1; i < 40; ++i) {
+    const std::string before = std::to_string(i - 1);
+    text += ", C" + std::to_string(i);
+    text += " AS (SELECT A.*, B.* FROM C" + before;
+    text += " A, C" + before;
+    text += " B)";
+  }
+  text += " SELECT zz FROM C39";
+  try {
+    database.translate(text);
+    FAIL();
+  } catch (const SqlError& error) {
+    EXPECT_EQ(std::string(error.what()).substr(0, 31), "the statement is too complex; n");
+  }
+}
+
+}  // namespace
+}  // namespace qx::sql

@@ -1,0 +1,436 @@
+#include "qxdesk/sql/resolver.h"
+
+#include "qxdesk/sql/dates.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx::sql {
+namespace {
+
+constexpr int kMaxLookups = 100'000;
+
+bool isLiteral(const Expr& expr) {
+  switch (expr.kind) {
+    case ExprKind::Number:
+    case ExprKind::Text:
+    case ExprKind::Date:
+    case ExprKind::Null:
+      return true;
+    case ExprKind::Negate:
+      return isLiteral(*expr.args[0]);
+    default:
+      return false;
+  }
+}
+
+// The type of a choice between values: a column wins over a literal, so that ISNULL(Rate, 0) has
+// the type of Rate. Unknown as soon as one of the columns is unknown.
+ColumnType choiceType(const std::vector<const Expr*>& choices) {
+  const bool anyColumn = std::any_of(choices.begin(), choices.end(),
+                                     [](const Expr* choice) { return !isLiteral(*choice); });
+  ColumnType type = ColumnType::Unknown;
+  for (const Expr* choice : choices) {
+    if (anyColumn && isLiteral(*choice)) continue;
+    if (anyColumn && choice->type == ColumnType::Unknown) return ColumnType::Unknown;
+    type = commonType(type, choice->type);
+  }
+  return type;
+}
+
+// Positions of the results of a CASE among its args.
+std::vector<std::size_t> caseResults(const Expr& expr) {
+  std::vector<std::size_t> positions;
+  const std::size_t first = expr.hasOperand ? 2 : 1;
+  const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
+  for (std::size_t i = first; i < end; i += 2) positions.push_back(i);
+  if (expr.hasElse) positions.push_back(expr.args.size() - 1);
+  return positions;
+}
+
+ExprPtr makeCall(Function function, ExprPtr operand) {
+  auto call = std::make_unique<Expr>();
+  call->kind = ExprKind::Call;
+  call->function = function;
+  call->at = operand->at;
+  call->height = operand->height + 1;
+  call->args.push_back(std::move(operand));
+  return call;
+}
+
+void castTo(ColumnType type, ExprPtr& value) {
+  value = makeCall(Function::Cast, std::move(value));
+  value->target.type = type;
+  value->type = type;
+}
+
+void toDate(ExprPtr& value) {
+  if (value->kind == ExprKind::Text) {
+    const std::optional<std::string> date = storedDate(value->text);
+    if (!date) throw SqlError("not a date: '" + value->text + "'", value->at);
+    value->kind = ExprKind::Date;
+    value->text = *date;
+  } else {
+    value = makeCall(Function::ToDate, std::move(value));
+  }
+  value->type = ColumnType::Date;
+}
+
+// If one of the values is a date, those that are texts become dates.
+void coerceTogether(const std::vector<ExprPtr*>& values) {
+  const bool anyDate = std::any_of(values.begin(), values.end(), [](const ExprPtr* value) {
+    return (*value)->type == ColumnType::Date;
+  });
+  if (!anyDate) return;
+  for (ExprPtr* value : values) {
+    if ((*value)->type == ColumnType::Text) toDate(*value);
+  }
+}
+
+void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
+  if (expr.kind == ExprKind::Column) {
+    columns.push_back(&expr);
+  } else if (expr.kind == ExprKind::Case) {
+    for (const std::size_t i : caseResults(expr)) collectColumns(*expr.args[i], columns);
+  } else if (expr.kind == ExprKind::Call || expr.kind == ExprKind::Arithmetic ||
+             expr.kind == ExprKind::Negate) {
+    if (expr.type != ColumnType::Unknown) return;
+    for (const ExprPtr& arg : expr.args) collectColumns(*arg, columns);
+  }
+}
+
+ColumnType typeOfFunction(Function function) {
+  switch (function) {
+    case Function::Now:
+    case Function::Today:
+    case Function::ToDate:
+    case Function::AddTime:
+      return ColumnType::Date;
+    case Function::Count:
+    case Function::DaysBetween:
+    case Function::Year:
+    case Function::Month:
+    case Function::Day:
+    case Function::Length:
+    case Function::LengthNoTail:
+      return ColumnType::Integer;
+    case Function::Avg:
+      return ColumnType::Decimal;
+    case Function::CompactDate:
+    case Function::IsoDate:
+    case Function::Substring:
+    case Function::Upper:
+    case Function::Lower:
+    case Function::TrimLeft:
+    case Function::TrimRight:
+    case Function::Replace:
+      return ColumnType::Text;
+    default:
+      return ColumnType::Unknown;  // that of the argument
+  }
+}
+
+}  // namespace
+
+void Resolver::resolve(Statement& statement) {
+  targetTable_ = statement.table;
+  if (statement.select) resolveSelect(*statement.select);
+  if (statement.kind == StatementKind::Insert) resolveInsert(statement);
+  if (statement.kind == StatementKind::Update) resolveUpdate(statement);
+  if (statement.where) resolveExpr(*statement.where);
+}
+
+void Resolver::resolveSelect(Select& select) {
+  for (CommonTable& table : select.with) {
+    resolveSelect(*table.select);
+    commonTables_.push_back(&table);
+  }
+  for (SelectCore& core : select.cores) resolveCore(core);
+  scopes_.push_back(&select.cores.front());
+  for (OrderKey& key : select.orderBy) resolveExpr(*key.value);
+  scopes_.pop_back();
+}
+
+void Resolver::resolveCore(SelectCore& core) {
+  for (Source& source : core.from) {
+    if (source.derived) resolveSelect(*source.derived);
+  }
+  scopes_.push_back(&core);
+  for (Source& source : core.from) {
+    if (source.on) resolveExpr(*source.on);
+  }
+  for (SelectItem& item : core.items) {
+    if (item.value) resolveExpr(*item.value);
+  }
+  if (core.where) resolveExpr(*core.where);
+  for (ExprPtr& key : core.groupBy) resolveExpr(*key);
+  if (core.having) resolveExpr(*core.having);
+  scopes_.pop_back();
+}
+
+void Resolver::resolveInsert(Statement& statement) {
+  targetTable_ = {};
+  for (std::vector<ExprPtr>& row : statement.rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      resolveExpr(*row[i]);
+      coerceTo(typeInTable(statement.table, statement.columns[i].name), row[i]);
+    }
+  }
+  if (statement.select) coerceSelectItems(statement);
+}
+
+void Resolver::coerceSelectItems(const Statement& statement) {
+  for (SelectCore& core : statement.select->cores) {
+    const std::size_t count = std::min(core.items.size(), statement.columns.size());
+    for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
+      coerceTo(typeInTable(statement.table, statement.columns[i].name), core.items[i].value);
+    }
+  }
+}
+
+void Resolver::resolveUpdate(Statement& statement) {
+  for (TargetColumn& column : statement.columns) {
+    resolveExpr(*column.value);
+    coerceTo(typeInTable(statement.table, column.name), column.value);
+  }
+}
+
+void Resolver::coerceTo(ColumnType type, ExprPtr& value) {
+  if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
+}
+
+// ---- expressions
+
+void Resolver::resolveExpr(Expr& expr) {
+  if (expr.select) resolveSelect(*expr.select);
+  for (ExprPtr& arg : expr.args) resolveExpr(*arg);
+  switch (expr.kind) {
+    case ExprKind::Number: {
+      const bool whole = expr.text.find_first_not_of("0123456789") == std::string::npos;
+      expr.type = whole ? ColumnType::Integer : ColumnType::Decimal;
+      break;
+    }
+    case ExprKind::Text:
+    case ExprKind::Concat:
+      expr.type = ColumnType::Text;
+      break;
+    case ExprKind::Date:
+      expr.type = ColumnType::Date;
+      break;
+    case ExprKind::Column:
+      expr.type = columnType(expr);
+      break;
+    case ExprKind::Negate:
+      expr.type = expr.args[0]->type;
+      break;
+    case ExprKind::Plus:
+      resolvePlus(expr);
+      break;
+    case ExprKind::Arithmetic:
+      resolveArithmetic(expr);
+      break;
+    case ExprKind::Case:
+      resolveCase(expr);
+      break;
+    case ExprKind::Call:
+      resolveCall(expr);
+      break;
+    case ExprKind::Subquery: {
+      const SelectItem& item = expr.select->cores.front().items.front();
+      if (item.value) expr.type = item.value->type;
+      break;
+    }
+    default:
+      resolveCompare(expr);
+  }
+}
+
+void Resolver::resolvePlus(Expr& expr) {
+  const ColumnType left = expr.args[0]->type;
+  const ColumnType right = expr.args[1]->type;
+  if (left == ColumnType::Text || right == ColumnType::Text) {
+    expr.kind = ExprKind::Concat;
+    expr.type = ColumnType::Text;
+    return;
+  }
+  if (left == ColumnType::Unknown && right == ColumnType::Unknown) {
+    throw SqlError(
+        "it cannot be told whether + adds numbers or joins texts; "
+        "CAST one side to a type",
+        expr.at);
+  }
+  expr.kind = ExprKind::Arithmetic;
+  resolveArithmetic(expr);
+}
+
+// A date plus or minus a number is that many days later or earlier.
+void Resolver::resolveArithmetic(Expr& expr) {
+  const ColumnType left = expr.args[0]->type;
+  const ColumnType right = expr.args[1]->type;
+  const bool days = expr.text == "+" || expr.text == "-";
+  if (days && left == ColumnType::Date && right != ColumnType::Date) {
+    if (expr.text == "-") {
+      auto negative = std::make_unique<Expr>();
+      negative->kind = ExprKind::Negate;
+      negative->at = expr.args[1]->at;
+      negative->type = right;
+      negative->args.push_back(std::move(expr.args[1]));
+      expr.args[1] = std::move(negative);
+    }
+    expr.kind = ExprKind::Call;
+    expr.function = Function::AddTime;
+    expr.unit = TimeUnit::Day;
+    expr.type = ColumnType::Date;
+    return;
+  }
+  if (left == ColumnType::Date || right == ColumnType::Date) {
+    throw SqlError("dates cannot be used with " + expr.text + " here; use a date function",
+                   expr.at);
+  }
+  if (expr.text == "+" && (left == ColumnType::Text || right == ColumnType::Text)) {
+    throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||", expr.at);
+  }
+  if (expr.text == "/" || expr.text == "%") return resolveDivision(expr);
+  const bool decimal = left == ColumnType::Decimal || right == ColumnType::Decimal;
+  if (decimal) {
+    expr.type = ColumnType::Decimal;
+  } else if (left == ColumnType::Integer && right == ColumnType::Integer) {
+    expr.type = ColumnType::Integer;
+  }
+}
+
+// A decimal column may hold its whole values as whole numbers, whose division the database would
+// cut: so the types have to be known, and the division of decimals is told to be one.
+void Resolver::resolveDivision(Expr& expr) {
+  const ColumnType left = expr.args[0]->type;
+  const ColumnType right = expr.args[1]->type;
+  expr.type = ColumnType::Integer;
+  if (left == ColumnType::Integer && right == ColumnType::Integer) return;
+  const bool known = left != ColumnType::Unknown && right != ColumnType::Unknown;
+  if (!known) {
+    throw SqlError("it cannot be told whether " + expr.text +
+                       " takes whole numbers; CAST both sides to a type",
+                   expr.at);
+  }
+  if (expr.text == "%") throw SqlError("% takes whole numbers; CAST both sides to int", expr.at);
+  expr.type = ColumnType::Decimal;
+  castTo(ColumnType::Decimal, expr.args[0]);
+}
+
+void Resolver::resolveCase(Expr& expr) {
+  std::vector<ExprPtr*> results;
+  std::vector<const Expr*> choices;
+  for (const std::size_t i : caseResults(expr)) results.push_back(&expr.args[i]);
+  coerceTogether(results);
+  for (const ExprPtr* result : results) choices.push_back(result->get());
+  expr.type = choiceType(choices);
+  if (!expr.hasOperand) return;
+  std::vector<ExprPtr*> compared = {&expr.args[0]};
+  const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
+  for (std::size_t i = 1; i < end; i += 2) compared.push_back(&expr.args[i]);
+  coerceTogether(compared);
+}
+
+void Resolver::resolveCall(Expr& expr) {
+  if (expr.function == Function::Coalesce) {
+    std::vector<ExprPtr*> values;
+    std::vector<const Expr*> choices;
+    for (ExprPtr& arg : expr.args) values.push_back(&arg);
+    coerceTogether(values);
+    for (const ExprPtr& arg : expr.args) choices.push_back(arg.get());
+    expr.type = choiceType(choices);
+    return;
+  }
+  if (expr.function == Function::Cast) {
+    expr.type = expr.target.type;
+    return;
+  }
+  const bool takesDate = expr.function == Function::AddTime ||
+                         expr.function == Function::DaysBetween ||
+                         expr.function == Function::Year || expr.function == Function::Month ||
+                         expr.function == Function::Day;
+  if (takesDate) coerceTo(ColumnType::Date, expr.args[0]);
+  if (expr.function == Function::DaysBetween) coerceTo(ColumnType::Date, expr.args[1]);
+  if (expr.function == Function::Avg && traits_.wholeAverage &&
+      expr.args[0]->type == ColumnType::Integer) {
+    expr.type = ColumnType::Integer;
+    expr.function = Function::AvgWhole;
+    return;
+  }
+  expr.type = typeOfFunction(expr.function);
+  if (expr.type == ColumnType::Unknown && !expr.args.empty()) expr.type = expr.args[0]->type;
+}
+
+void Resolver::resolveCompare(Expr& expr) {
+  if (expr.kind != ExprKind::Compare && expr.kind != ExprKind::In &&
+      expr.kind != ExprKind::Between) {
+    return;
+  }
+  std::vector<ExprPtr*> values;
+  for (ExprPtr& arg : expr.args) values.push_back(&arg);
+  coerceTogether(values);
+}
+
+// ---- columns
+
+ColumnType Resolver::columnType(const Expr& column) const {
+  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+    const ColumnType type = typeInCore(**scope, column.qualifier, column.text);
+    if (type != ColumnType::Unknown) return type;
+  }
+  const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, targetTable_);
+  return ofTarget ? typeInTable(targetTable_, column.text) : ColumnType::Unknown;
+}
+
+ColumnType Resolver::typeInCore(const SelectCore& core, std::string_view qualifier,
+                                std::string_view column) const {
+  for (const Source& source : core.from) {
+    const std::string& name = source.alias.empty() ? source.table : source.alias;
+    if (!qualifier.empty() && !sameName(qualifier, name)) continue;
+    const ColumnType type = typeInSource(source, column);
+    if (type != ColumnType::Unknown) return type;
+  }
+  return ColumnType::Unknown;
+}
+
+ColumnType Resolver::typeInSource(const Source& source, std::string_view column) const {
+  if (source.derived) return typeInSelect(*source.derived, column);
+  for (auto table = commonTables_.rbegin(); table != commonTables_.rend(); ++table) {
+    if (sameName((*table)->name, source.table)) {
+      return typeInSelect(*(*table)->select, column);
+    }
+  }
+  return typeInTable(source.table, column);
+}
+
+ColumnType Resolver::typeInSelect(const Select& select, std::string_view column) const {
+  if (++lookups_ > kMaxLookups) {
+    throw SqlError("the statement is too complex; name the columns instead of *",
+                   select.cores.front().at);
+  }
+  const SelectCore& core = select.cores.front();
+  for (const SelectItem& item : core.items) {
+    if (!item.value) {
+      const ColumnType type = typeInCore(core, item.starQualifier, column);
+      if (type != ColumnType::Unknown) return type;
+    } else if (item.alias
+                   ? sameName(*item.alias, column)
+                   : item.value->kind == ExprKind::Column && sameName(item.value->text, column)) {
+      return item.value->type;
+    }
+  }
+  return ColumnType::Unknown;
+}
+
+ColumnType Resolver::typeInTable(std::string_view table, std::string_view column) const {
+  if (catalog_ == nullptr || table.empty()) return ColumnType::Unknown;
+  return catalog_->columnType(table, column);
+}
+
+std::vector<const Expr*> decidingColumns(const Expr& expr) {
+  std::vector<const Expr*> columns;
+  if (expr.kind != ExprKind::Column) collectColumns(expr, columns);
+  return columns;
+}
+
+}  // namespace qx::sql

@@ -1,0 +1,57 @@
+// Fills in the types of a syntax tree, as far as they can be told without running anything, and
+// does what depends on them: it decides whether a + adds or joins, and turns texts that meet dates
+// into dates of the stored form, since the database compares and keeps dates as texts.
+#pragma once
+
+#include "qxdesk/sql/ast.h"
+
+#include <string_view>
+#include <vector>
+
+namespace qx::sql {
+
+class Resolver {
+ public:
+  // `catalog` may be null: the types of columns are then unknown.
+  Resolver(const DialectTraits& traits, const Catalog* catalog)
+      : traits_(traits), catalog_(catalog) {}
+
+  // Raises SqlError for a + whose meaning cannot be told and for a text that is no date where one
+  // is needed.
+  void resolve(Statement& statement);
+
+ private:
+  void resolveSelect(Select& select);
+  void resolveCore(SelectCore& core);
+  void resolveExpr(Expr& expr);
+  void resolvePlus(Expr& expr);
+  void resolveArithmetic(Expr& expr);
+  void resolveDivision(Expr& expr);
+  void resolveCase(Expr& expr);
+  void resolveCall(Expr& expr);
+  void resolveCompare(Expr& expr);
+  void resolveInsert(Statement& statement);
+  void resolveUpdate(Statement& statement);
+  void coerceTo(ColumnType type, ExprPtr& value);
+  void coerceSelectItems(const Statement& statement);
+  ColumnType columnType(const Expr& column) const;
+  ColumnType typeInCore(const SelectCore& core, std::string_view qualifier,
+                        std::string_view column) const;
+  ColumnType typeInSource(const Source& source, std::string_view column) const;
+  ColumnType typeInSelect(const Select& select, std::string_view column) const;
+  ColumnType typeInTable(std::string_view table, std::string_view column) const;
+
+  const DialectTraits& traits_;
+  const Catalog* catalog_;
+  std::vector<const SelectCore*> scopes_;  // innermost last
+  std::vector<const CommonTable*> commonTables_;
+  std::string_view targetTable_;  // of an UPDATE or DELETE
+  mutable int lookups_ = 0;       // steps spent so far on finding columns behind *
+};
+
+// The columns that decide the type of an expression whose type is unknown: the inner column of
+// MAX(x), the results of a CASE, the arguments of a COALESCE. Empty when it is a plain column or a
+// subquery, whose type the database tells itself, or when there is none.
+std::vector<const Expr*> decidingColumns(const Expr& expr);
+
+}  // namespace qx::sql

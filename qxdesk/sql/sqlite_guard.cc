@@ -1,0 +1,256 @@
+#include "qxdesk/sql/sqlite_guard.h"
+
+#include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/dialect.h"
+#include "qxdesk/sql/like_pattern.h"
+#include "qxdesk/sql/utf8.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <utility>
+
+namespace qx::sql {
+namespace {
+
+constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+
+constexpr std::string_view kAllowedFunctions[] = {
+    "abs",      "avg",    "coalesce", "count",   "date",    "datetime", "julianday", "length",
+    "like",     "ltrim",  "max",      "min",     "rank",    "replace",  "round",     "rtrim",
+    "strftime", "substr", "sum",      "qx_date", "qx_like", "qx_lower", "qx_now",    "qx_upper",
+};
+
+std::string systemTime() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local);
+  return text.data();
+}
+
+// ---- functions that SQLite calls; none lets an exception out
+
+std::string_view textOf(sqlite3_value* value) {
+  const unsigned char* text = sqlite3_value_text(value);
+  if (text == nullptr) return {};
+  return {reinterpret_cast<const char*>(text),
+          static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
+bool anyNull(int count, sqlite3_value** values) {
+  return std::any_of(values, values + count,
+                     [](sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; });
+}
+
+void answerText(sqlite3_context* context, const std::string& text) {
+  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+template <typename Body>
+void guarded(sqlite3_context* context, Body body) {
+  try {
+    body();
+  } catch (const std::exception& error) {
+    sqlite3_result_error(context, error.what(), -1);
+  } catch (...) {
+    sqlite3_result_error(context, "a function failed", -1);
+  }
+}
+
+const GuardSettings& settingsOf(sqlite3_context* context) {
+  return *static_cast<const GuardSettings*>(sqlite3_user_data(context));
+}
+
+void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*values*/) {
+  guarded(context, [&] { answerText(context, settingsOf(context).now()); });
+}
+
+void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const std::string text(textOf(values[0]));
+    const std::optional<std::string> date = storedDate(text);
+    if (!date) throw std::runtime_error("not a date: '" + text + "'");
+    answerText(context, *date);
+  });
+}
+
+void mapCase(sqlite3_context* context, sqlite3_value* value,
+             const std::function<std::string(std::string_view)>& mapping) {
+  guarded(context, [&] {
+    if (!mapping) throw std::runtime_error("no case mapping is set up for this connection");
+    answerText(context, mapping(textOf(value)));
+  });
+}
+
+void upperFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  mapCase(context, values[0], settingsOf(context).upper);
+}
+
+void lowerFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  mapCase(context, values[0], settingsOf(context).lower);
+}
+
+void answerLike(sqlite3_context* context, std::string_view text, std::string_view pattern,
+                LikeSets sets, sqlite3_value* escape) {
+  guarded(context, [&] {
+    std::optional<char32_t> escapeCharacter;
+    if (escape != nullptr) {
+      const auto character = readUtf8(textOf(escape), 0);
+      if (!character || character->length != textOf(escape).size()) {
+        throw std::runtime_error("ESCAPE takes one character");
+      }
+      escapeCharacter = character->value;
+    }
+    sqlite3_result_int(context, likeMatches(text, pattern, sets, escapeCharacter) ? 1 : 0);
+  });
+}
+
+// SQLite hands over the pattern first.
+void likeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  answerLike(context, textOf(values[1]), textOf(values[0]), LikeSets::Off,
+             count > 2 ? values[2] : nullptr);
+}
+
+void likeWithSetsFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  answerLike(context, textOf(values[0]), textOf(values[1]), LikeSets::On,
+             count > 2 ? values[2] : nullptr);
+}
+
+void destroySettings(void* settings) {
+  const std::unique_ptr<GuardSettings> owner(static_cast<GuardSettings*>(settings));
+}
+
+[[noreturn]] void fail(sqlite3* db) {
+  throw SqliteError(sqlite3_extended_errcode(db), sqlite3_errmsg(db));
+}
+
+using SqliteFunction = void (*)(sqlite3_context*, int, sqlite3_value**);
+
+void registerFunction(sqlite3* db, const char* name, int arguments, SqliteFunction function,
+                      const GuardSettings& settings) {
+  auto owned = std::make_unique<GuardSettings>(settings);
+  // The connection owns the copy from here on, also when this fails.
+  const int result =
+      sqlite3_create_function_v2(db, name, arguments, kFunctionFlags, owned.release(), function,
+                                 nullptr, nullptr, destroySettings);
+  if (result != SQLITE_OK) fail(db);
+}
+
+// ---- authorizer
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() && sameName(text.substr(0, prefix.size()), prefix);
+}
+
+bool isOwnTable(const char* table) {
+  const std::string_view name = table == nullptr ? "" : table;
+  return startsWith(name, "sqlite_") || startsWith(name, "pragma_");
+}
+
+bool isAllowedFunction(const char* function) {
+  return function != nullptr &&
+         std::any_of(std::begin(kAllowedFunctions), std::end(kAllowedFunctions),
+                     [function](std::string_view name) { return sameName(name, function); });
+}
+
+int authorize(void* /*data*/, int action, const char* first, const char* second,
+              const char* /*database*/, const char* /*trigger*/) {
+  switch (action) {
+    case SQLITE_SELECT:
+    case SQLITE_RECURSIVE:
+      return SQLITE_OK;
+    case SQLITE_READ:
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+    case SQLITE_DELETE:
+      return isOwnTable(first) ? SQLITE_DENY : SQLITE_OK;
+    case SQLITE_FUNCTION:
+      return isAllowedFunction(second) ? SQLITE_OK : SQLITE_DENY;
+    default:
+      return SQLITE_DENY;
+  }
+}
+
+struct RowsOnlyScope {
+  explicit RowsOnlyScope(sqlite3* connection) : db(connection) { allowRowsOnly(db); }
+  ~RowsOnlyScope() { allowEverything(db); }
+  RowsOnlyScope(const RowsOnlyScope&) = delete;
+  RowsOnlyScope& operator=(const RowsOnlyScope&) = delete;
+  sqlite3* db;
+};
+
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(std::string_view(" \t\r\n\f\0", 6)) == std::string_view::npos;
+}
+
+}  // namespace
+
+void setUpConnection(sqlite3* db, GuardSettings settings) {
+  if (!settings.now) settings.now = systemTime;
+  sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  registerFunction(db, "qx_now", 0, nowFunction, settings);
+  registerFunction(db, "qx_date", 1, dateFunction, settings);
+  registerFunction(db, "qx_upper", 1, upperFunction, settings);
+  registerFunction(db, "qx_lower", 1, lowerFunction, settings);
+  registerFunction(db, "like", 2, likeFunction, settings);
+  registerFunction(db, "like", 3, likeFunction, settings);
+  registerFunction(db, "qx_like", 2, likeWithSetsFunction, settings);
+  registerFunction(db, "qx_like", 3, likeWithSetsFunction, settings);
+}
+
+void allowRowsOnly(sqlite3* db) { sqlite3_set_authorizer(db, authorize, nullptr); }
+
+void allowEverything(sqlite3* db) { sqlite3_set_authorizer(db, nullptr, nullptr); }
+
+void StatementCloser::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+SqliteStatement prepareGuarded(sqlite3* db, std::string_view text) {
+  const RowsOnlyScope scope(db);
+  sqlite3_stmt* raw = nullptr;
+  const char* tail = nullptr;
+  const int result =
+      sqlite3_prepare_v2(db, text.data(), static_cast<int>(text.size()), &raw, &tail);
+  SqliteStatement statement(raw);
+  if (result != SQLITE_OK) fail(db);
+  const auto used = static_cast<std::size_t>(tail - text.data());
+  if (!statement) throw SqliteError(SQLITE_ERROR, "the text holds no statement");
+  if (!isBlank(text.substr(used))) {
+    throw SqliteError(SQLITE_ERROR, "one statement per call; more text follows");
+  }
+  if (sqlite3_bind_parameter_count(statement.get()) != 0) {
+    throw SqliteError(SQLITE_ERROR, "the statement has open parameters");
+  }
+  return statement;
+}
+
+ColumnType probedType(sqlite3* db, std::string_view probe) {
+  const SqliteStatement statement = prepareGuarded(db, probe);
+  ColumnType type = ColumnType::Unknown;
+  for (int i = 0; i < sqlite3_column_count(statement.get()); ++i) {
+    const char* declaration = sqlite3_column_decltype(statement.get(), i);
+    if (declaration != nullptr) type = commonType(type, typeOfDeclaration(declaration));
+  }
+  return type;
+}
+
+ColumnType SqliteCatalog::columnType(std::string_view table, std::string_view column) const {
+  const char* declaration = nullptr;
+  const int result = sqlite3_table_column_metadata(db_, nullptr, std::string(table).c_str(),
+                                                   std::string(column).c_str(), &declaration,
+                                                   nullptr, nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK || declaration == nullptr) return ColumnType::Unknown;
+  return typeOfDeclaration(declaration);
+}
+
+}  // namespace qx::sql

@@ -1,0 +1,154 @@
+#include "qxframework/automation/bstr.h"
+
+#include "qxframework/automation/com_error.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace {
+
+using namespace std::string_view_literals;
+
+TEST(SysString, NullIsEmptyAndIsFreedWithoutHarm) {
+  EXPECT_EQ(SysStringLen(nullptr), 0U);
+  EXPECT_EQ(SysAllocString(nullptr), nullptr);
+  SysFreeString(nullptr);
+}
+
+TEST(SysString, KeepsZerosAndItsLength) {
+  const BSTR text = SysAllocStringLen(u"a\0b", 3);
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(SysStringLen(text), 3U);
+  EXPECT_EQ(qx::viewOfBstr(text), u"a\0b"sv);
+  EXPECT_EQ(text[3], u'\0');
+  SysFreeString(text);
+}
+
+TEST(SysString, WithoutASourceIsFilledWithZeros) {
+  const BSTR text = SysAllocStringLen(nullptr, 2);
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(qx::viewOfBstr(text), u"\0\0"sv);
+  SysFreeString(text);
+}
+
+TEST(CComBSTR, OfANullPointerIsNullAndOfAnEmptyTextIsNot) {
+  EXPECT_EQ(CComBSTR(static_cast<const OLECHAR*>(nullptr)).m_str, nullptr);
+  const CComBSTR empty(u"");
+  EXPECT_NE(empty.m_str, nullptr);
+  EXPECT_TRUE(empty.IsEmpty());
+}
+
+TEST(CComBSTR, ANegativeLengthRaises) {
+  try {
+    const CComBSTR text(-1, u"x");
+    FAIL() << "no exception";
+  } catch (const _com_error& error) {
+    EXPECT_EQ(error.Error(), E_INVALIDARG);
+  }
+}
+
+TEST(CComBSTR, ALengthOfZeroGivesNull) { EXPECT_EQ(CComBSTR(0, u"x").m_str, nullptr); }
+
+TEST(CComBSTR, OfAGuidIsItsBraceForm) {
+  const GUID guid{0x00020400, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+  EXPECT_EQ(CComBSTR(guid).View(), u"{00020400-0000-0000-C000-000000000046}");
+}
+
+TEST(CComBSTR, CopiesAreIndependent) {
+  CComBSTR first(u"one");
+  const CComBSTR second(first);
+  first.m_str[0] = u'O';
+  EXPECT_EQ(second.View(), u"one");
+  EXPECT_EQ(first.View(), u"One");
+}
+
+TEST(CComBSTR, AssignmentOfItselfOrOfItsOwnTextKeepsTheText) {
+  CComBSTR text(u"same");
+  const CComBSTR& alias = text;
+  text = alias;
+  EXPECT_EQ(text.View(), u"same");
+  text = static_cast<const OLECHAR*>(text.m_str);
+  EXPECT_EQ(text.View(), u"same");
+}
+
+TEST(CComBSTR, AppendingItsOwnTextDoublesIt) {
+  CComBSTR text(u"ab");
+  text += text.View();
+  EXPECT_EQ(text.View(), u"abab");
+}
+
+TEST(CComBSTR, DetachGivesTheTextAwayAndAttachTakesIt) {
+  CComBSTR text(u"mine");
+  const BSTR given = text.Detach();
+  EXPECT_EQ(text.m_str, nullptr);
+  CComBSTR taker(u"old");
+  taker.Attach(given);
+  EXPECT_EQ(taker.View(), u"mine");
+}
+
+TEST(CComBSTR, CopyOfNullIsNull) {
+  EXPECT_EQ(CComBSTR().Copy(), nullptr);
+  BSTR out = SysAllocString(u"x");
+  SysFreeString(out);
+  EXPECT_EQ(CComBSTR().CopyTo(&out), S_OK);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(CComBSTR().CopyTo(nullptr), E_POINTER);
+}
+
+TEST(CComBSTR, NullEqualsEmpty) {
+  EXPECT_TRUE(CComBSTR() == CComBSTR(u""));
+  EXPECT_TRUE(CComBSTR() == u"");
+  EXPECT_TRUE(CComBSTR(u"") == static_cast<const OLECHAR*>(nullptr));
+}
+
+TEST(CComBSTR, ComparesByTheLocaleCaseIncluded) {
+  EXPECT_TRUE(CComBSTR(u"Code") == u"Code");
+  EXPECT_TRUE(CComBSTR(u"Code") != u"code");
+  EXPECT_TRUE(CComBSTR(u"a") < CComBSTR(u"B"));
+  EXPECT_TRUE(CComBSTR(u"b") > CComBSTR(u"A"));
+}
+
+TEST(CComBSTR, OrdersTheKeysOfAMap) {
+  std::map<CComBSTR, int> map;
+  map[u"Name"] = 1;
+  map[u"name"] = 2;
+  map[u"Code"] = 3;
+  EXPECT_EQ(map.size(), 3U);
+  EXPECT_EQ(map[u"Name"], 1);
+  EXPECT_EQ(map.begin()->second, 3);
+}
+
+TEST(CComBSTR, KeepsUnpairedSurrogates) {
+  const std::u16string lone = {u'a', char16_t{0xD800}, u'b', char16_t{0xDC00}};
+  EXPECT_EQ(CComBSTR(lone).View(), lone);
+  EXPECT_TRUE(CComBSTR(lone) == CComBSTR(lone));
+  EXPECT_TRUE(CComBSTR(lone) != CComBSTR(u"ab"));
+}
+
+TEST(BstrT, GoesByValueWithAllUnits) {
+  const _bstr_t text(u"a\0b"sv);
+  const _bstr_t copy = text;
+  EXPECT_EQ(copy.length(), 3U);
+  EXPECT_EQ(copy.view(), u"a\0b"sv);
+  EXPECT_NE(static_cast<BSTR>(copy), static_cast<BSTR>(text));
+}
+
+TEST(BstrT, ComparesTextsAndNotPointers) {
+  const _bstr_t text(u"Code");
+  EXPECT_TRUE(text == u"Code");
+  EXPECT_TRUE(text == _bstr_t(u"Code"));
+  EXPECT_TRUE(text == CComBSTR(u"Code"));
+  EXPECT_TRUE(CComBSTR(u"code") != text);
+  EXPECT_TRUE(text != u"code");
+}
+
+TEST(GiveText, GivesAnExistingTextEvenIfEmpty) {
+  BSTR out = nullptr;
+  ASSERT_EQ(qx::giveText(u"", &out), S_OK);
+  EXPECT_NE(out, nullptr);
+  SysFreeString(out);
+  EXPECT_EQ(qx::giveText(u"x", nullptr), E_POINTER);
+}
+
+}  // namespace

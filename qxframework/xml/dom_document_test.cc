@@ -1,0 +1,352 @@
+#include "qxframework/xml/dom_document.h"
+
+#include "qxframework/automation/com_object.h"
+#include "qxframework/xml/test_document.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace qx::xml {
+namespace {
+
+/// "code reason line linepos url" of the last load.
+std::string faultOf(const CComPtr<IXMLDOMDocument>& document) {
+  const CComPtr<IXMLDOMParseError> error = document->parseError();
+  return (error->errorCode() < 0 ? "failed" : "fine") + std::string("|") + plain(error->reason()) +
+         "|" + std::to_string(error->line()) + "|" + std::to_string(error->linepos()) + "|" +
+         plain(error->url());
+}
+
+std::string faultOfText(std::u16string_view text) {
+  const auto document = documentOf(u"<before/>");
+  EXPECT_EQ(document->loadXML(text), VARIANT_FALSE);
+  EXPECT_EQ(plain(document->xml()), "");
+  EXPECT_EQ(document->childNodes()->length(), 0);
+  return faultOf(document);
+}
+
+std::string rewritten(std::u16string_view text) { return plain(documentOf(text)->xml()); }
+
+/// A fresh folder that goes with the test.
+class DomDocumentFile : public testing::Test {
+ protected:
+  DomDocumentFile() {
+    std::string name = (std::filesystem::temp_directory_path() / "qx_xml_XXXXXX").string();
+    folder_ = mkdtemp(name.data());
+  }
+  ~DomDocumentFile() override { std::filesystem::remove_all(folder_); }
+
+  std::string write(const std::string& name, std::string_view bytes) {
+    const auto path = folder_ / name;
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path.string();
+  }
+  static bool load(const CComPtr<IXMLDOMDocument>& document, const std::string& path) {
+    return document->load(CComVariant(std::u16string_view(toUtf16(path)))) == VARIANT_TRUE;
+  }
+
+  std::filesystem::path folder_;
+};
+
+// --- writing -------------------------------------------------------------------------------
+
+TEST(DomDocument, WritesTheDeclarationThatItReadWithoutAnEncoding) {
+  EXPECT_EQ(rewritten(u"<?xml version=\"1.0\"?><r/>"), "<?xml version=\"1.0\"?>\n<r/>\n");
+  EXPECT_EQ(rewritten(u"<?xml version='1.0' encoding='ISO-8859-1' standalone='yes'?>\r\n<r/>"),
+            "<?xml version=\"1.0\" standalone=\"yes\"?>\n<r/>\n");
+  EXPECT_EQ(rewritten(u"<r></r>"), "<r/>\n");
+}
+
+TEST(DomDocument, WritesOneElementPerLineWhereNoTextStands) {
+  EXPECT_EQ(rewritten(u"<!--top--><a><b><c/></b><d>x<e><f/></e></d><g/></a><?end of?>"),
+            "<!--top-->\n"
+            "<a>\n"
+            "  <b>\n"
+            "    <c/>\n"
+            "  </b>\n"
+            "  <d>x<e><f/></e></d>\n"
+            "  <g/>\n"
+            "</a>\n"
+            "<?end of?>\n");
+}
+
+TEST(DomDocument, WritesWideCharactersAndReferencesWithoutLoss) {
+  const std::u16string text =
+      u"<r "
+      u"a=\"&quot;'&#13;&#10;&#9;\u00e4\u20ac\U0001F600\">\u00e4\u20ac\U0001F600&amp;&lt;&gt;\"&#"
+      u"13;</r>\n";
+  EXPECT_EQ(plain(documentOf(text)->xml()),
+            "<r "
+            "a=\"&quot;'&#13;&#10;&#9;\u00e4\u20ac\U0001F600\">\u00e4\u20ac\U0001F600&amp;&lt;&gt;"
+            "\"&#13;</r>\n");
+}
+
+TEST(DomDocument, WritesNamespaceNamesThatNeedReferences) {
+  const std::string text = "<p:r xmlns:p=\"a&amp;&quot;b\"/>\n";
+  EXPECT_EQ(rewritten(toUtf16(text)), text);
+}
+
+TEST(DomDocument, WrittenTextReadsBackTheSame) {
+  const auto document = documentOf(
+      u"<?xml version='1.0'?><r><!-- k --><a b='c'>t <i/> u</a><![CDATA[<&]]><s "
+      u"xml:space='preserve'>"
+      u"<t/></s></r>");
+  const std::string once = plain(document->xml());
+  EXPECT_EQ(rewritten(document->xml().View()), once);
+}
+
+TEST(DomDocument, JoinsSectionsThatOnlyWhiteSpaceParted) {
+  EXPECT_EQ(rewritten(u"<r>a<![CDATA[b]]> <![CDATA[c]]>\n<![CDATA[d]]><e/></r>"),
+            "<r>a<![CDATA[bcd]]><e/></r>\n");
+}
+
+// --- reading texts -------------------------------------------------------------------------
+
+TEST(DomDocument, IgnoresTheEncodingThatAWideTextNames) {
+  for (const char16_t* encoding : {u"ISO-8859-1", u"UTF-8", u"UTF-16", u"no-such-encoding"}) {
+    const std::u16string text =
+        std::u16string(u"<?xml version='1.0' encoding='") + encoding + u"'?><r>\u20ac\u00e4</r>";
+    EXPECT_EQ(rewritten(text), "<?xml version=\"1.0\"?>\n<r>\u20ac\u00e4</r>\n");
+  }
+}
+
+TEST(DomDocument, PassesOverAByteOrderMark) { EXPECT_EQ(rewritten(u"\uFEFF<r/>"), "<r/>\n"); }
+
+TEST(DomDocument, PassesOverADocumentType) {
+  EXPECT_EQ(rewritten(u"<!DOCTYPE r SYSTEM 'r.dtd'><r>&lt;</r>"), "<r>&lt;</r>\n");
+  EXPECT_EQ(rewritten(u"<!DOCTYPE r [<!ELEMENT r (a*)><!ATTLIST r b CDATA #IMPLIED>"
+                      u"<!NOTATION n SYSTEM 'n'>]><r b='1'> <a/> </r>"),
+            "<r b=\"1\">\n  <a/>\n</r>\n");
+}
+
+TEST(DomDocument, ReadsDuplicateIdsLikeOtherAttributes) {
+  EXPECT_EQ(rewritten(u"<r><a xml:id='x'/><b xml:id='x'/></r>"),
+            "<r>\n  <a xml:id=\"x\"/>\n  <b xml:id=\"x\"/>\n</r>\n");
+}
+
+TEST(DomDocument, TellsASuccessByAnEmptyFault) {
+  EXPECT_EQ(faultOf(documentOf(u"<r/>")), "fine||0|0|");
+  EXPECT_EQ(faultOf(emptyDocument()), "fine||0|0|");
+}
+
+TEST(DomDocument, TellsTheFirstFaultWithItsPlace) {
+  EXPECT_EQ(faultOfText(u"<r>\n  <a></b>\n</r>"),
+            "failed|Opening and ending tag mismatch: a line 2 and b\n|2|10|");
+  EXPECT_EQ(faultOfText(u"<r a='1' a='2'/>"), "failed|Attribute a redefined\n|1|15|");
+  EXPECT_EQ(faultOfText(u"<r/><s/>"), "failed|Extra content at the end of the document\n|1|5|");
+  EXPECT_EQ(faultOfText(u"<p:r/>"), "failed|Namespace prefix p on r is not defined\n|1|5|");
+}
+
+TEST(DomDocument, RefusesTextsThatAreNoDocument) {
+  EXPECT_EQ(faultOfText(u""), "failed|Document is empty\n|1|1|");
+  EXPECT_EQ(faultOfText(u"  "), "failed|Start tag expected, '<' not found\n|1|3|");
+  EXPECT_EQ(faultOfText(u"<!--only-->"), "failed|Start tag expected, '<' not found\n|1|12|");
+  EXPECT_EQ(faultOfText(u"<r>\xD800</r>"), "failed|The text is no well-formed UTF-16.\n|0|0|");
+  EXPECT_EQ(faultOfText(u"<r>\xDC00\xD800</r>"),
+            "failed|The text is no well-formed UTF-16.\n|0|0|");
+  EXPECT_EQ(faultOfText(std::u16string_view(u"<r>\0</r>", 8)),
+            "failed|The text holds a zero character.\n|0|0|");
+  CComPtr<IXMLDOMDocument> document = emptyDocument();
+  VARIANT_BOOL success = VARIANT_TRUE;
+  EXPECT_EQ(document->raw_loadXML(nullptr, &success), S_FALSE);
+  EXPECT_EQ(success, VARIANT_FALSE);
+}
+
+TEST(DomDocument, FaultIsACopyOfItsMoment) {
+  const auto document = emptyDocument();
+  document->loadXML(u"<r>");
+  const CComPtr<IXMLDOMParseError> error = document->parseError();
+  document->loadXML(u"<r/>");
+  EXPECT_EQ(error->errorCode(), E_FAIL);
+  EXPECT_EQ(document->parseError()->errorCode(), S_OK);
+}
+
+// --- hostile texts -------------------------------------------------------------------------
+
+TEST(DomDocument, RefusesEntityDeclarations) {
+  const char* const refused = "The declaration of an entity is not allowed.\n";
+  for (const char16_t* text :
+       {u"<!DOCTYPE r [<!ENTITY a 'x'><!ENTITY b '&a;&a;&a;'>]><r>&b;</r>",
+        u"<!DOCTYPE r [<!ENTITY a SYSTEM 'file:///etc/hostname'>]><r>&a;</r>",
+        u"<!DOCTYPE r [<!ENTITY % p '<!ELEMENT r ANY>'>%p;]><r/>",
+        u"<!DOCTYPE r [<!NOTATION n SYSTEM 'n'><!ENTITY a SYSTEM 'x' NDATA n>]><r/>"}) {
+    const auto document = emptyDocument();
+    EXPECT_EQ(document->loadXML(text), VARIANT_FALSE);
+    EXPECT_EQ(plain(document->parseError()->reason()), refused);
+    EXPECT_EQ(document->parseError()->line(), 1);
+  }
+}
+
+TEST(DomDocument, RefusesDefaultsForAttributes) {
+  const auto document = emptyDocument();
+  EXPECT_EQ(document->loadXML(u"<!DOCTYPE r [<!ATTLIST r a (b|c) 'b'>]><r/>"), VARIANT_FALSE);
+  EXPECT_EQ(plain(document->parseError()->reason()),
+            "A default value for an attribute is not allowed.\n");
+}
+
+TEST(DomDocument, RefusesReferencesToUnknownEntities) {
+  for (const char16_t* text :
+       {u"<r>&a;</r>", u"<r b='&a;'/>", u"<!DOCTYPE r SYSTEM 'r.dtd'><r>&a;</r>",
+        u"<!DOCTYPE r SYSTEM 'r.dtd'><r b='&a;'/>"}) {
+    const auto document = emptyDocument();
+    EXPECT_EQ(document->loadXML(text), VARIANT_FALSE);
+    EXPECT_EQ(plain(document->parseError()->reason()), "Entity 'a' not defined\n");
+  }
+}
+
+std::u16string nested(int levels) {
+  std::u16string text;
+  for (int i = 0; i < levels; ++i) text += u"<a>";
+  for (int i = 0; i < levels; ++i) text += u"</a>";
+  return text;
+}
+
+TEST(DomDocument, ReadsDeepNestingUpToItsLimit) {
+  const auto document = documentOf(nested(255));
+  EXPECT_EQ(document->selectNodes(u"//a")->length(), 255);
+  EXPECT_EQ(emptyDocument()->loadXML(nested(100'000)), VARIANT_FALSE);
+}
+
+TEST(DomDocument, ReadsTenMegabytes) {
+  const std::u16string row = u"<row name='value' other='another value'>some text</row>\n";
+  std::u16string text = u"<r>\n";
+  while (text.size() < 10'500'000) text += row;
+  const auto document = documentOf(text + u"</r>");
+  EXPECT_EQ(document->documentElement()->childNodes()->length(),
+            static_cast<long>((text.size() - 4) / row.size()));
+  EXPECT_EQ(emptyDocument()->loadXML(document->xml()), VARIANT_TRUE);
+}
+
+// --- reading files -------------------------------------------------------------------------
+
+TEST_F(DomDocumentFile, ReadsTheEncodingThatAFileNames) {
+  const auto document = emptyDocument();
+  ASSERT_TRUE(load(document, write("latin.xml",
+                                   "<?xml version='1.0' encoding='ISO-8859-1'?>"
+                                   "<r>\xE4\xFC</r>")));
+  EXPECT_EQ(plain(document->xml()), "<?xml version=\"1.0\"?>\n<r>\u00e4\u00fc</r>\n");
+  EXPECT_EQ(faultOf(document).substr(0, 11), "fine||0|0|/");
+}
+
+TEST_F(DomDocumentFile, ReadsUtf16ByItsMark) {
+  const std::u16string text = u"\uFEFF<?xml version='1.0' encoding='UTF-16'?><r>\u20ac</r>";
+  std::string little;
+  std::string big;
+  for (const char16_t unit : text) {
+    const auto low = static_cast<char>(unit & 0xFF);
+    const auto high = static_cast<char>(unit >> 8);
+    (little += low) += high;
+    (big += high) += low;
+  }
+  for (const std::string& bytes : {little, big}) {
+    const auto document = emptyDocument();
+    ASSERT_TRUE(load(document, write("wide.xml", bytes)));
+    EXPECT_EQ(plain(document->xml()), "<?xml version=\"1.0\"?>\n<r>\u20ac</r>\n");
+  }
+}
+
+TEST_F(DomDocumentFile, ReadsUtf8WithMarkAndByDefault) {
+  const auto document = emptyDocument();
+  ASSERT_TRUE(load(document, write("a.xml", "\xEF\xBB\xBF<r>\u20ac</r>")));
+  EXPECT_EQ(plain(document->xml()), "<r>\u20ac</r>\n");
+  ASSERT_TRUE(load(document, write("b.xml", "<r>\u00e4</r>")));
+  EXPECT_EQ(plain(document->xml()), "<r>\u00e4</r>\n");
+}
+
+TEST_F(DomDocumentFile, ReadsTenMegabytesOfUtf16) {
+  std::string bytes = "\xFF\xFE";
+  const auto add = [&](std::string_view text) {
+    for (const char c : text) (bytes += c) += '\0';
+  };
+  add("<r>");
+  while (bytes.size() < 10'500'000) add("<row name='value'>some text</row>\n");
+  add("</r>");
+  EXPECT_TRUE(load(emptyDocument(), write("wide.xml", bytes)));
+}
+
+TEST_F(DomDocumentFile, ReadsFileUrls) {
+  const std::string path = write("with blank.xml", "<r/>");
+  std::string escaped = path;
+  escaped.replace(escaped.find(' '), 1, "%20");
+  const auto document = emptyDocument();
+  EXPECT_TRUE(load(document, "file://" + escaped));
+  EXPECT_TRUE(load(document, "file://localhost" + escaped));
+  EXPECT_TRUE(load(document, "file:" + escaped));
+  EXPECT_EQ(plain(document->parseError()->url()), "file:" + escaped);
+}
+
+TEST_F(DomDocumentFile, TellsWhyAFileIsNotRead) {
+  const std::string missing = (folder_ / "missing.xml").string();
+  const auto document = documentOf(u"<before/>");
+  EXPECT_FALSE(load(document, missing));
+  EXPECT_EQ(document->parseError()->errorCode(), resultCode(0x80070002));
+  EXPECT_EQ(faultOf(document),
+            "failed|Cannot read " + missing + ": No such file or directory.\n|0|0|" + missing);
+  EXPECT_EQ(plain(document->xml()), "");
+  EXPECT_FALSE(load(document, folder_.string()));
+  EXPECT_EQ(plain(document->parseError()->reason()),
+            "Cannot read " + folder_.string() + ": Is a directory.\n");
+  EXPECT_FALSE(load(document, "http://localhost/a.xml"));
+  EXPECT_EQ(plain(document->parseError()->reason()),
+            "Cannot read http://localhost/a.xml: not a file.\n");
+  EXPECT_FALSE(load(document, "/dev/null"));
+  EXPECT_FALSE(load(document, ""));
+}
+
+TEST_F(DomDocumentFile, RefusesSourcesThatAreNoText) {
+  VARIANT_BOOL success = VARIANT_TRUE;
+  EXPECT_EQ(emptyDocument()->raw_load(CComVariant(1), &success), E_INVALIDARG);
+  EXPECT_EQ(success, VARIANT_FALSE);
+}
+
+TEST_F(DomDocumentFile, DoesNotReadOtherFiles) {
+  const std::string secret = write("secret.txt", "secret");
+  const std::string entity =
+      write("entity.xml", "<!DOCTYPE r [<!ENTITY s SYSTEM '" + secret + "'>]><r>&s;</r>");
+  const std::string type = write("r.dtd", "<!ENTITY s 'secret'>");
+  const std::string external = write("external.xml", "<!DOCTYPE r SYSTEM 'r.dtd'><r>&s;</r>");
+  const std::string included = write("included.xml",
+                                     "<r xmlns:i='http://www.w3.org/2001/XInclude'>"
+                                     "<i:include href='" +
+                                         secret + "' parse='text'/></r>");
+  const auto document = emptyDocument();
+  EXPECT_FALSE(load(document, entity));
+  EXPECT_FALSE(load(document, external));
+  EXPECT_TRUE(load(document, included));
+  EXPECT_EQ(plain(document->text()), "");
+}
+
+TEST_F(DomDocumentFile, ReportsBytesThatDoNotFitTheEncodingWithoutPrinting) {
+  testing::internal::CaptureStderr();
+  const auto document = emptyDocument();
+  EXPECT_FALSE(load(document, write("bad.xml", "<r>\xFF\xFE</r>")));
+  EXPECT_FALSE(
+      load(document, write("jis.xml", "<?xml version='1.0' encoding='EUC-JP'?><r>\xA4</r>")));
+  EXPECT_NE(plain(document->parseError()->reason()), "");
+  CComPtr<IXMLDOMNode> node;
+  document->raw_selectSingleNode(CComBSTR(u"//["), &node);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// --- activation ----------------------------------------------------------------------------
+
+TEST(DomDocumentClass, IsMadeByItsClassId) {
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(createInstance(CLSID_DOMDocument, CLSCTX_INPROC_SERVER, &document), S_OK);
+  EXPECT_NE(document.p, nullptr);
+}
+
+TEST(DomDocumentClass, GivesWayToAFactoryRegisteredLater) {
+  const auto refusing = makeFactory([]() -> CComPtr<IXMLDOMDocument> { raiseError(E_ABORT); });
+  DWORD cookie = 0;
+  ASSERT_EQ(CoRegisterClassObject(CLSID_DOMDocument, refusing, CLSCTX_INPROC_SERVER, 0, &cookie),
+            S_OK);
+  CComPtr<IXMLDOMDocument> document;
+  EXPECT_EQ(createDocument(&document), E_ABORT);
+  EXPECT_EQ(CoRevokeClassObject(cookie), S_OK);
+  EXPECT_EQ(createDocument(&document), S_OK);
+}
+
+}  // namespace
+}  // namespace qx::xml
