@@ -139,7 +139,7 @@ class QX_API CLogBase {
 
 /// The scope of a function that returns a T. It reads and assigns as a T.
 template <class T>
-class CReturnValue : public CLogBase<CReturnValue<T>> {
+class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
  public:
   CReturnValue(const _bstr_t& function, T initial, long appId, bool quiet = false)
       : CLogBase<CReturnValue<T>>(function, appId, quiet), m_value(initial) {
@@ -173,7 +173,7 @@ class CReturnValue : public CLogBase<CReturnValue<T>> {
 };
 
 template <>
-class CReturnValue<void> : public CLogBase<CReturnValue<void>> {
+class QX_API CReturnValue<void> : public CLogBase<CReturnValue<void>> {
  public:
   CReturnValue(const _bstr_t& function, long appId, bool quiet = false)
       : CLogBase<CReturnValue<void>>(function, appId, quiet) {}
