@@ -47,9 +47,9 @@ QX_API void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]);
 QX_API void showErrorBox(const OLECHAR* title, const OLECHAR* format, FormatArgs args);
 
 /// The text of a scope's value in its leaving line.
-QX_API CComBSTR printableValue(long value);
+QX_API std::u16string printableValue(long value);
 inline const CComBSTR& printableValue(const CComBSTR& value) { return value; }
-inline CComBSTR printableValue(const CString& value) { return CComBSTR(value.View()); }
+inline std::u16string_view printableValue(const CString& value) { return value.View(); }
 /// The node's name, or "null".
 QX_API CComBSTR printableValue(const CComPtr<IXMLDOMNode>& value);
 
@@ -166,7 +166,9 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
     return *this;
   }
   operator const T&() const { return m_value; }
-  void ToString(CComBSTR& out) const { out = qx::printableValue(m_value); }
+  void ToString(CComBSTR& out) const {
+    out = CComBSTR(qx::format(u"%s", qx::printableValue(m_value)));
+  }
 
  private:
   T m_value;
