@@ -48,6 +48,7 @@ class Case {
     const long result = def_.Create(DefinitionFile::kResource, false, version);
     require(result == S_OK || result == E_FAIL);
     require(company_->liveMetadata == 0 && company_->mostMetadata <= 1);
+    require(company_->mostMetadataAtStatement == 0);
     return result;
   }
 

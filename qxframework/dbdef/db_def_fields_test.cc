@@ -165,7 +165,14 @@ TEST_F(DbDefFields, AFieldThatExistsIsFoundInTheDictionaryAndTheRunGoesOn) {
   EXPECT_THAT(log(u"CQXDbDef::UserFieldExists"),
               ElementsAre("1 SQL: \"SELECT FieldID FROM CUFD WHERE TableID = '@T' AND AliasID = "
                           "'F'\"\n"));
+}
+
+TEST_F(DbDefFields, TheFieldsObjectIsGoneBeforeTheDictionaryIsAsked) {
+  company->fields.push_back({.table = u"T", .name = u"F"});
+  EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), S_OK);
+  EXPECT_EQ(statements().size(), 1U);
   EXPECT_EQ(company->mostMetadata, 1);
+  EXPECT_EQ(company->mostMetadataAtStatement, 0);
 }
 
 TEST_F(DbDefFields, AFieldThatTheHostRefusesEndsTheRunWithItsText) {

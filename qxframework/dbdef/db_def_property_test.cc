@@ -120,6 +120,7 @@ TEST_F(DbDefProperty, ASecondRunAddsNothingButRows) {
     EXPECT_THAT(stamps(), testing::ElementsAre("Upgrading", "Installed"));
   }
   EXPECT_EQ(company->mostMetadata, 1);
+  EXPECT_EQ(company->mostMetadataAtStatement, 0);
 }
 
 // Every attribute in it has a text of its own.

@@ -349,6 +349,7 @@ HRESULT FakeCompany::raw_GetBusinessObject(long type, IDispatch** out) {
 
 HRESULT FakeCompany::run(std::u16string_view statement, FakeRows& rows) {
   const HRESULT hr = calls.record("SQL", toUtf8(statement));
+  mostMetadataAtStatement = std::max(mostMetadataAtStatement, liveMetadata);
   if (++statementCount == failStatement) return statementFailure;
   if (hr < 0) return hr;
   if (const auto known = answers.find(std::u16string(statement)); known != answers.end()) {

@@ -89,9 +89,11 @@ class FakeCompany final : public StubCompany {
   std::vector<FakeUserKey> keys;
   std::map<std::u16string, FakeRows> answers;
 
-  // Objects of the dictionary that live, and the most that ever did at a time.
+  // Objects of the dictionary that live, the most that ever did at a time, and the most at a
+  // statement.
   int liveMetadata = 0;
   int mostMetadata = 0;
+  int mostMetadataAtStatement = 0;
   int statementCount = 0;
 };
 
