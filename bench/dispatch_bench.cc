@@ -72,7 +72,6 @@ void logLinesOf(const std::vector<CComBSTR>& forms) {
   hr.LogDbg1(u"BubbleEvent at start is %d", -1);
   for (const CComBSTR& form : forms) hr.LogDbg2(u"Form map entry: %s", form);
   hr.LogDbg1(u"BubbleEvent on exit is %d", -1);
-  CReturnValue<void> invoke(u"CQXEventSink::Invoke", 1, false);
 }
 
 struct Callee {

@@ -69,7 +69,7 @@ HRESULT Company::raw_GetBusinessObject(long type, IDispatch** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   return companyCall(*session_, [&] {
-    session_->database();
+    session_->needOpen();
     *out = makeBusinessObject(type).Detach();
   });
 }
@@ -95,7 +95,7 @@ HRESULT Company::raw_GetCompanyService(ICompanyService** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   return companyCall(*session_, [&] {
-    session_->database();
+    session_->needOpen();
     *out = makeObject<CompanyService>(session_).Detach();
   });
 }

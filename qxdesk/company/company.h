@@ -46,7 +46,7 @@ class Company final : public HostObject<ICompany> {
   CComPtr<IDispatch> application_;
   std::u16string cookie_;  // empty when none waits for its answer
   std::optional<LoginTarget> target_;
-  std::u16string connectionString_;
+  std::u16string connectionString_;  // names the add-on; any is taken
 };
 
 /// A company object over the real world.

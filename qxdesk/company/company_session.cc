@@ -60,43 +60,50 @@ void CompanySession::close() {
   database_.reset();
 }
 
-Database& CompanySession::database() {
+void CompanySession::needOpen() const {
   if (!isOpen()) throw CompanyError(kNotConnected, Text::NotConnected);
+}
+
+Database& CompanySession::database() {
+  needOpen();
+  if (database_->isGone()) throw CompanyError(kSqlFailure, Text::Moved, target_.database);
+  if (transaction_ && !database_->inTransaction()) {
+    throw CompanyError(kSqlFailure, Text::TransactionLost);
+  }
   return *database_;
 }
 
 CompanySettings CompanySession::settings() { return readSettings(database()); }
 
 RowStore CompanySession::query(std::string_view utf8) {
-  database();
-  checkFileIsThere();
-  checkTransactionLives();
+  Database& open = database();
   try {
-    return runTranslated(utf8);
+    return runTranslated(open, utf8);
   } catch (const sql::SqlError& error) {
     throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
   }
 }
 
-RowStore CompanySession::runTranslated(std::string_view utf8) {
+RowStore CompanySession::runTranslated(Database& database, std::string_view utf8) {
+  database.noticeChanges();
   const sql::Translation translation = translator_->translate(utf8);
   if (translation.kind == sql::StatementKind::SetRowCount) return {};
-  const std::unique_ptr<Statement> statement = database_->prepareGuarded(translation.text);
-  RowStore rows(resultColumns(*database_, *statement, translation));
+  const std::unique_ptr<Statement> statement = database.prepareGuarded(translation.text);
+  RowStore rows(resultColumns(database, *statement, translation));
   while (statement->step()) rows.append(*statement);
   return rows;
 }
 
 void CompanySession::startTransaction() {
-  database();
-  checkFileIsThere();
+  Database& open = database();
   if (transaction_) throw CompanyError(kWrongTransactionState, Text::TransactionOpen);
-  database_->execute("BEGIN IMMEDIATE");
+  if (open.isReadOnly()) throw CompanyError(kSqlFailure, Text::ReadOnly);
+  open.execute("BEGIN IMMEDIATE");
   transaction_ = true;
 }
 
 void CompanySession::endTransaction(bool commit) {
-  database();
+  needOpen();
   if (!transaction_) throw CompanyError(kWrongTransactionState, Text::NoTransaction);
   if (!database_->inTransaction()) {
     transaction_ = false;
@@ -118,16 +125,6 @@ void CompanySession::commitOrRollBack() {
   } catch (const DatabaseError&) {
     if (database_->inTransaction()) database_->execute("ROLLBACK");
     throw;
-  }
-}
-
-void CompanySession::checkFileIsThere() {
-  if (database_->isGone()) throw CompanyError(kSqlFailure, Text::Moved, target_.database);
-}
-
-void CompanySession::checkTransactionLives() {
-  if (transaction_ && !database_->inTransaction()) {
-    throw CompanyError(kSqlFailure, Text::TransactionLost);
   }
 }
 

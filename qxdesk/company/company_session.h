@@ -42,6 +42,8 @@ class CompanySession {
   bool isOpen() const { return database_ != nullptr; }
 
   /// Raises kNotConnected.
+  void needOpen() const;
+  /// For work on it. Also raises when the file is gone or the engine has ended the transaction.
   Database& database();
   long serverType() const { return target_.dbServerType; }
   const CompanyEnvironment& environment() const { return environment_; }
@@ -77,9 +79,7 @@ class CompanySession {
  private:
   CompanyError asCompanyError(long code, const DatabaseError& error) const;
   void remember(const CompanyError& error);
-  RowStore runTranslated(std::string_view utf8);
-  void checkFileIsThere();
-  void checkTransactionLives();
+  RowStore runTranslated(Database& database, std::string_view utf8);
   void commitOrRollBack();
   HvLanguages language() const;
 

@@ -51,6 +51,8 @@ class Statement {
   virtual void bind(int parameter, std::string_view value) = 0;
   /// True when a row stands ready. Raises DatabaseError.
   virtual bool step() = 0;
+  /// Back to the start, with the values that were bound.
+  virtual void reset() = 0;
 
   virtual int columnCount() const = 0;
   virtual std::string columnName(int column) const = 0;
@@ -74,8 +76,11 @@ class Database {
   /// The type that the columns of a translator's probe have in common.
   virtual sql::ColumnType probe(std::string_view sql) = 0;
   virtual const sql::Catalog& catalog() = 0;
+  /// Takes note of what other processes changed in the tables; before the catalog is asked.
+  virtual void noticeChanges() = 0;
   /// False also after the engine rolled back by itself.
   virtual bool inTransaction() const = 0;
+  virtual bool isReadOnly() const = 0;
   /// The file was moved or deleted, so that what is written is lost.
   virtual bool isGone() const = 0;
 

@@ -62,7 +62,7 @@ void Dictionary::addTable(const UserTable& given) {
   checkTable(table, serverType_);
   AtomicChange change(database_);
   if (findTable(table.name)) {
-    throw CompanyError(kAlreadyExists, Text::TableExists, "@" + table.name);
+    throw CompanyError(kAlreadyExists, Text::TableExists, userTableName(table.name));
   }
   const TableLayout layout = userTable(table.name, table.type);
   database_.execute(createTableSql(layout, layout.name));
@@ -78,7 +78,7 @@ void Dictionary::removeTable(std::string_view name) {
   AtomicChange change(database_);
   const std::optional<UserTable> table = findTable(name);
   if (!table) throw CompanyError(kNotFound, Text::TableMissing, name);
-  const std::string real = "@" + table->name;
+  const std::string real = userTableName(table->name);
   database_.execute("DROP TABLE " + quotedName(real));
   database_.execute("DELETE FROM OUTB WHERE TableName = " + quotedText(table->name));
   for (const char* dictionary : {"CUFD", "UFD1"}) {
@@ -93,7 +93,7 @@ void Dictionary::removeTable(std::string_view name) {
 }
 
 std::optional<std::string> Dictionary::resolveTable(std::string_view name) {
-  if (const std::optional<UserTable> table = findTable(name)) return "@" + table->name;
+  if (const std::optional<UserTable> table = findTable(name)) return userTableName(table->name);
   if (const TableLayout* table = findSystemTable(name)) return table->name;
   return std::nullopt;
 }

@@ -298,6 +298,8 @@ TEST_F(RecordsetTest, KeepsManyRows) {
 struct DialectCase {
   long serverType;
   std::u16string insert, select, limited, now;
+  // The look-ups of an add-on: highest code, field, tax rate, posting period.
+  std::u16string highest, field, rate, period;
 };
 
 class DialectTest : public testing::TestWithParam<DialectCase> {
@@ -320,31 +322,67 @@ TEST_P(DialectTest, RunsItsStatements) {
   EXPECT_EQ(rowsOf(company, dialect.now), u"A");
 }
 
+TEST_P(DialectTest, AnswersTheLookUpsOfAnAddOn) {
+  const DialectCase& dialect = GetParam();
+  EXPECT_EQ(rowsOf(company, dialect.highest), u"");
+  EXPECT_EQ(rowsOf(company, dialect.field), u"0");
+  EXPECT_EQ(rowsOf(company, dialect.rate), u"A2|19|2007-01-01 00:00:00\nA2|16|2000-01-01 00:00:00");
+  EXPECT_EQ(rowsOf(company, dialect.period), u"2024|1|2024-01-01 00:00:00");
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Engines, DialectTest,
-    testing::Values(DialectCase{1,
-                                u"INSERT INTO [@QXT] (Code, Name, U_Day) VALUES (N'A', N'A', "
-                                u"CONVERT(datetime,N'20240131',112))",
-                                u"SELECT Code, U_Day FROM [@QXT]", u"SELECT TOP 1 Code FROM [@QXT]",
-                                u"SELECT Code FROM [@QXT] WHERE U_Day <= getdate()"},
-                    DialectCase{3,
-                                u"INSERT INTO [@QXT] (Code, Name, U_Day) VALUES ('A', 'A', "
-                                u"CONVERT(datetime,'20240131',112))",
-                                u"SELECT Code, U_Day FROM [@QXT]", u"SELECT Code FROM [@QXT]",
-                                u"SELECT Code FROM [@QXT] WHERE U_Day <= getdate()"},
-                    DialectCase{2,
-                                u"INSERT INTO @QXT (Code, Name, U_Day) VALUES ('A', 'A', "
-                                u"TIMESTAMP_ISO('2024-01-31'))",
-                                u"SELECT Code, U_Day FROM @QXT",
-                                u"SELECT Code FROM @QXT FETCH FIRST 1 ROWS ONLY",
-                                u"SELECT Code FROM @QXT WHERE U_Day <= CURRENT TIMESTAMP"},
-                    DialectCase{
-                        9,
-                        u"INSERT INTO \"@QXT\" (\"Code\", \"Name\", \"U_Day\") VALUES (N'A', N'A', "
-                        u"'2024-01-31 00:00:00')",
-                        u"SELECT \"Code\", \"U_Day\" FROM \"@QXT\"",
-                        u"SELECT TOP 1 \"Code\" FROM \"@QXT\"",
-                        u"SELECT \"Code\" FROM \"@QXT\" WHERE \"U_Day\" <= CURRENT_TIMESTAMP"}),
+    testing::Values(
+        DialectCase{1,
+                    u"INSERT INTO [@QXT] (Code, Name, U_Day) VALUES (N'A', N'A', "
+                    u"CONVERT(datetime,N'20240131',112))",
+                    u"SELECT Code, U_Day FROM [@QXT]", u"SELECT TOP 1 Code FROM [@QXT]",
+                    u"SELECT Code FROM [@QXT] WHERE U_Day <= getdate()",
+                    u"SELECT MAX(Code) FROM [@QXT]",
+                    u"SELECT FieldID FROM CUFD WHERE TableID = '@QXT' AND AliasID = 'Day'",
+                    u"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = 'A2') AND "
+                    u"(EffecDate<=GetDate()) ORDER BY EffecDate DESC",
+                    u"SELECT Category, SubNum, F_RefDate FROM OFPR WHERE "
+                    u"(F_RefDate<=CONVERT(datetime,'20240131',112)) AND "
+                    u"CONVERT(datetime,'20240131',112)<=(DATEADD(day,1,T_RefDate))"},
+        DialectCase{3,
+                    u"INSERT INTO [@QXT] (Code, Name, U_Day) VALUES ('A', 'A', "
+                    u"CONVERT(datetime,'20240131',112))",
+                    u"SELECT Code, U_Day FROM [@QXT]", u"SELECT Code FROM [@QXT]",
+                    u"SELECT Code FROM [@QXT] WHERE U_Day <= getdate()",
+                    u"SELECT MAX(Code) FROM [@QXT]",
+                    u"SELECT FieldID FROM CUFD WHERE TableID = '@QXT' AND AliasID = 'Day'",
+                    u"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = 'A2') AND "
+                    u"(EffecDate<=GetDate()) ORDER BY EffecDate DESC",
+                    u"SELECT Category, SubNum, F_RefDate FROM OFPR WHERE "
+                    u"(F_RefDate<=CONVERT(datetime,'20240131',112)) AND "
+                    u"CONVERT(datetime,'20240131',112)<=(DATEADD(day,1,T_RefDate))"},
+        DialectCase{2,
+                    u"INSERT INTO @QXT (Code, Name, U_Day) VALUES ('A', 'A', "
+                    u"TIMESTAMP_ISO('2024-01-31'))",
+                    u"SELECT Code, U_Day FROM @QXT",
+                    u"SELECT Code FROM @QXT FETCH FIRST 1 ROWS ONLY",
+                    u"SELECT Code FROM @QXT WHERE U_Day <= CURRENT TIMESTAMP",
+                    u"SELECT MAX(Code) FROM @QXT",
+                    u"SELECT FieldID FROM CUFD WHERE TableID = '@QXT' AND AliasID = 'Day'",
+                    u"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = 'A2') AND (EffecDate<= "
+                    u"TIMESTAMP_ISO(CURRENT DATE)) ORDER BY EffecDate DESC",
+                    u"SELECT Category, SubNum,  F_RefDate FROM OFPR WHERE "
+                    u"(F_RefDate<=TIMESTAMP_ISO('2024-01-31')) AND "
+                    u"TIMESTAMP_ISO('2024-01-31')<=(T_RefDate + 1 DAYS)"},
+        DialectCase{
+            9,
+            u"INSERT INTO \"@QXT\" (\"Code\", \"Name\", \"U_Day\") VALUES (N'A', N'A', "
+            u"'2024-01-31 00:00:00')",
+            u"SELECT \"Code\", \"U_Day\" FROM \"@QXT\"", u"SELECT TOP 1 \"Code\" FROM \"@QXT\"",
+            u"SELECT \"Code\" FROM \"@QXT\" WHERE \"U_Day\" <= CURRENT_TIMESTAMP",
+            u"SELECT MAX(\"Code\") FROM \"@QXT\"",
+            u"SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = '@QXT' AND \"AliasID\" = 'Day'",
+            u"SELECT \"Code\", \"Rate\", \"EffecDate\" FROM VTG1 WHERE (\"Code\" = 'A2') AND "
+            u"(\"EffecDate\"<=CURRENT_TIMESTAMP) ORDER BY \"EffecDate\" DESC",
+            u"SELECT \"Category\", \"SubNum\", \"F_RefDate\" FROM OFPR WHERE "
+            u"(\"F_RefDate\"<='2024-01-31 00:00:00') AND '2024-01-31 00:00:00' "
+            u"<=(ADDDATE(\"T_RefDate\", 1))"}),
     [](const auto& instance) { return "Type" + std::to_string(instance.param.serverType); });
 
 TEST_F(RecordsetTest, SetRowCountLimitsEveryRecordsetOfItsCompany) {

@@ -61,7 +61,14 @@ class SqliteDatabase final : public Database {
     return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
   }
   const sql::Catalog& catalog() override { return catalog_; }
+  // Any statement that runs makes the engine compare its view of the tables with the file.
+  void noticeChanges() override {
+    if (!look_) look_ = prepareSqlite(db_.get(), "SELECT 1 FROM sqlite_master LIMIT 1");
+    look_->step();
+    look_->reset();
+  }
   bool inTransaction() const override { return sqlite3_get_autocommit(db_.get()) == 0; }
+  bool isReadOnly() const override { return sqlite3_db_readonly(db_.get(), "main") == 1; }
   bool isGone() const override {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
@@ -72,6 +79,7 @@ class SqliteDatabase final : public Database {
   BusyWait wait_;  // in front of the connection, which holds a pointer to it
   Connection db_;
   sql::SqliteCatalog catalog_;
+  std::unique_ptr<Statement> look_;
 };
 
 [[noreturn]] void cannotOpen(const std::string& path, const std::string& reason) {

@@ -33,6 +33,8 @@ class SqliteRows final : public Statement {
     fail(db_);
   }
 
+  void reset() override { sqlite3_reset(statement_.get()); }
+
   int columnCount() const override { return sqlite3_column_count(statement_.get()); }
   std::string columnName(int column) const override {
     const char* name = sqlite3_column_name(statement_.get(), column);

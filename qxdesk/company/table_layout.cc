@@ -155,10 +155,12 @@ const TableLayout* findSystemTable(std::string_view name) {
   return nullptr;
 }
 
+std::string userTableName(std::string_view name) { return std::string(1, '@').append(name); }
+
 TableLayout userTable(std::string_view name, long type) {
   constexpr long kCodeSize = 50;
   constexpr long kNameSize = 100;
-  TableLayout table{"@" + std::string(name),
+  TableLayout table{userTableName(name),
                     {notNull(textColumn("Code", kCodeSize)), textColumn("Name", kNameSize)},
                     "Code"};
   // Master data and documents count themselves, their lines count within their owner.

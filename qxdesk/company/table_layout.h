@@ -40,6 +40,8 @@ std::string createTableSql(const TableLayout& layout, std::string_view name);
 const std::vector<TableLayout>& systemTables();
 /// Null when there is no system table of that name, in any case.
 const TableLayout* findSystemTable(std::string_view name);
+/// "@" and the name.
+std::string userTableName(std::string_view name);
 /// The columns of a new user table of that type; `name` without "@".
 TableLayout userTable(std::string_view name, long type);
 

@@ -4,8 +4,6 @@
 #include "qxdesk/company/sqlite_database.h"
 #include "qxframework/automation/text.h"
 
-#include <cstdlib>
-
 namespace qx::desk {
 
 namespace {
@@ -26,6 +24,8 @@ class FailingDatabase final : public Database {
   }
   sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
   const sql::Catalog& catalog() override { return real_->catalog(); }
+  void noticeChanges() override { real_->noticeChanges(); }
+  bool isReadOnly() const override { return real_->isReadOnly(); }
   bool inTransaction() const override { return real_->inTransaction(); }
   bool isGone() const override { return real_->isGone(); }
 
@@ -40,17 +40,6 @@ class FailingDatabase final : public Database {
 };
 
 }  // namespace
-
-TemporaryFolder::TemporaryFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "qx_company_XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code error;
-  std::filesystem::remove_all(path_, error);
-}
 
 CompanyEnvironment testEnvironment() {
   CompanyEnvironment environment;
@@ -142,15 +131,15 @@ long addTable(const CComPtr<ICompany>& company, const std::u16string& name) {
   return tables->Add();
 }
 
-long addField(const CComPtr<ICompany>& company, const FieldSpec& spec) {
+long addField(const CComPtr<ICompany>& company, const FieldSetup& setup) {
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
-  fields->PutTableName(CComBSTR(spec.table));
-  fields->PutName(CComBSTR(spec.name));
-  fields->PutType(spec.type);
-  fields->PutSubType(spec.subType);
-  if (spec.size != 0) fields->PutSize(spec.size);
-  if (spec.mandatory) fields->PutMandatory(1);
-  if (!spec.defaultValue.empty()) fields->PutDefaultValue(CComBSTR(spec.defaultValue));
+  fields->PutTableName(CComBSTR(setup.table));
+  fields->PutName(CComBSTR(setup.name));
+  fields->PutType(setup.type);
+  fields->PutSubType(setup.subType);
+  if (setup.size != 0) fields->PutSize(setup.size);
+  if (setup.mandatory) fields->PutMandatory(1);
+  if (!setup.defaultValue.empty()) fields->PutDefaultValue(CComBSTR(setup.defaultValue));
   return fields->Add();
 }
 

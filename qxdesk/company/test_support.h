@@ -10,6 +10,7 @@
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/metadata.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -22,18 +23,10 @@
 
 namespace qx::desk {
 
-/// A folder that goes with the object.
-class TemporaryFolder {
+/// The path of a file in a folder of a test.
+class TemporaryFolder : public test::TempFolder {
  public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  const std::filesystem::path& path() const { return path_; }
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
+  std::string file(const std::string& name) const { return (path() / name).string(); }
 };
 
 /// A clock that stands, sleeps that only count, random bytes that count up.
@@ -93,7 +86,7 @@ std::u16string cellText(const VARIANT& value);
 
 /// 0 or the code of the failure.
 long addTable(const CComPtr<ICompany>& company, const std::u16string& name);
-struct FieldSpec {
+struct FieldSetup {
   std::u16string table;
   std::u16string name;
   long type = 0;
@@ -102,7 +95,7 @@ struct FieldSpec {
   std::u16string defaultValue = u"";
   bool mandatory = false;
 };
-long addField(const CComPtr<ICompany>& company, const FieldSpec& spec);
+long addField(const CComPtr<ICompany>& company, const FieldSetup& setup);
 long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
             const std::u16string& name, bool unique, const std::vector<std::u16string>& columns);
 

@@ -163,13 +163,21 @@ bool Forms::perform(const std::shared_ptr<FormModel>& form, ItemEvent event,
 
 bool Forms::whileBusy(const std::shared_ptr<FormModel>& form, const std::function<bool()>& body) {
   if (form == nullptr) return body();
-  bool result = false;
-  {
-    const Held busy(form->busy_, form->busy_ + 1);
-    result = body();
+  try {
+    const bool result = [&] {
+      const Held busy(form->busy_, form->busy_ + 1);
+      return body();
+    }();
+    closeIfAsked(form);
+    return result;
+  } catch (...) {
+    closeIfAsked(form);
+    throw;
   }
+}
+
+void Forms::closeIfAsked(const std::shared_ptr<FormModel>& form) {
   if (form->busy_ == 0 && form->closeAsked_ && form->isOpen()) closeNow(form);
-  return result;
 }
 
 }  // namespace qx::screens

@@ -55,6 +55,7 @@ class Forms {
 
  private:
   bool raise(const FormModel& form, long type, bool before);
+  void closeIfAsked(const std::shared_ptr<FormModel>& form);
   bool closeNow(const std::shared_ptr<FormModel>& form);
   bool raiseClosing(const std::shared_ptr<FormModel>& form);
   void putInFront(const std::shared_ptr<FormModel>& form);

@@ -103,6 +103,18 @@ TEST_F(FormsTest, HoldsBackAClosingUntilTheFormsOwnEventIsOver) {
                             "before item 17 A", "after item 17 A"}));
 }
 
+TEST_F(FormsTest, ClosesAsAskedWhenTheActionIsRefused) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  const auto refused = [&] {
+    desk_.forms.close(form);
+    raiseError(kInvalidItem);
+    return true;
+  };
+  EXPECT_EQ(codeOf([&] { desk_.forms.whileBusy(form, refused); }), kInvalidItem);
+  EXPECT_FALSE(form->isOpen());
+}
+
 TEST_F(FormsTest, ClosesOnceWhenAHandlerClosesItInItsClosingEvent) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);

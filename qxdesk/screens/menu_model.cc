@@ -82,6 +82,19 @@ void MenuModel::forget(MenuEntry& entry) {
   for (const auto& child : entry.children_) forget(*child);
 }
 
+void MenuModel::removeAddOnEntries() { removeAddOnEntriesBelow(*root_); }
+
+void MenuModel::removeAddOnEntriesBelow(MenuEntry& entry) {
+  const auto children = entry.children_;  // a copy: removal changes the list
+  for (const auto& child : children) {
+    if (child->system_) {
+      removeAddOnEntriesBelow(*child);
+    } else {
+      remove(*child);
+    }
+  }
+}
+
 std::u16string MenuModel::tree() const {
   std::u16string out;
   for (const auto& child : root_->children()) print(*child, 0, out);

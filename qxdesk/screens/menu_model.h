@@ -68,6 +68,8 @@ class MenuModel {
   /// Removes the entry and all below it. Raises kNotAUserMenuItem for one of the client's own,
   /// kInvalidMenuItem for one that is removed already.
   void remove(MenuEntry& entry);
+  /// Removes what add-ons have added, and leaves the client's own entries as they are.
+  void removeAddOnEntries();
   /// One line per entry, two blanks of indentation per level: `UID "text"`, and behind it what is
   /// not as usual: popup or separator, checked, disabled.
   std::u16string tree() const;
@@ -75,6 +77,7 @@ class MenuModel {
  private:
   std::shared_ptr<MenuEntry> insert(MenuEntry& father, MenuSpec spec, long position, bool system);
   void forget(MenuEntry& entry);
+  void removeAddOnEntriesBelow(MenuEntry& entry);
 
   std::shared_ptr<MenuEntry> root_;
   std::unordered_map<std::u16string, std::weak_ptr<MenuEntry>> byUid_;

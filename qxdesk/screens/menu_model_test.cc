@@ -73,5 +73,17 @@ TEST(MenuModel, KeepsTheClientsOwnEntries) {
   EXPECT_NE(menus.find(u"1"), nullptr);
 }
 
+TEST(MenuModel, RemovesWhatAddOnsHaveAdded) {
+  MenuModel menus;
+  MenuEntry& own = *menus.addSystem(*menus.root(), entry(u"1", u"own", mt_Popup));
+  menus.add(*menus.root(), entry(u"A", u"added"), 0);
+  menus.add(own, entry(u"B", u"popup", mt_Popup), -1);
+  menus.add(*menus.find(u"B"), entry(u"C", u"below"), -1);
+  menus.addSystem(own, entry(u"2", u"below own"));
+  menus.removeAddOnEntries();
+  EXPECT_EQ(menus.tree(), u"1 \"own\" popup\n  2 \"below own\"\n");
+  EXPECT_EQ(menus.find(u"C"), nullptr);
+}
+
 }  // namespace
 }  // namespace qx::screens

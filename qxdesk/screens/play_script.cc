@@ -139,6 +139,8 @@ void readArgument(Line& line, char shape, const Command& command, PlayStep& step
 void checkStep(const Line& line, const Command& command, const PlayStep& step) {
   const bool isAnswer = step.verb == PlayVerb::kAnswer;
   if (isAnswer && (step.number < 1 || step.number > 3)) line.fail("a box has buttons 1 to 3");
+  const bool isKey = step.verb == PlayVerb::kKey;
+  if (isKey && (step.number < 1 || step.number > 0xFFFF)) line.fail("a key is 1 to 65535");
   const bool needsText = step.verb == PlayVerb::kCompany || step.verb == PlayVerb::kChoose;
   const bool printsForm = step.verb == PlayVerb::kPrint && step.words[0] == u"form";
   if ((needsText && step.words.back().empty()) || (printsForm && step.words.size() < 2)) {

@@ -46,6 +46,7 @@ TEST(PlayScript, RefusesWithFileLineAndColumn) {
   EXPECT_EQ(refusal("menu 1 2"), "demo.txt:1:8: \"2\" is too much; write: menu UID");
   EXPECT_EQ(refusal("answer yes"), "demo.txt:1:8: \"yes\" is no number from 0");
   EXPECT_EQ(refusal("answer 4"), "demo.txt:1:8: a box has buttons 1 to 3");
+  EXPECT_EQ(refusal("key A 5 65536"), "demo.txt:1:9: a key is 1 to 65535");
   EXPECT_EQ(refusal("language 4"), "demo.txt:1:10: unknown language \"4\"");
   EXPECT_EQ(refusal("print all"),
             "demo.txt:1:7: cannot print \"all\"; print menus, forms, form, status or boxes");

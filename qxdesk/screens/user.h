@@ -42,7 +42,8 @@ class IDeskUser : public IUnknown {
   virtual HRESULT TypeInto(BSTR form, BSTR item, BSTR text, VARIANT_BOOL* done) = 0;
   virtual HRESULT TypeIntoCell(BSTR form, BSTR item, BSTR column, long row, BSTR text,
                                VARIANT_BOOL* done) = 0;
-  /// One key: 8 clears the text, 9 leaves the item, 13 presses the default button.
+  /// One key: 8 clears the text, 9 leaves the item, 13 presses the default button. E_INVALIDARG
+  /// for a number that is no UTF-16 unit.
   virtual HRESULT KeyDown(BSTR form, BSTR item, long key, VARIANT_BOOL* done) = 0;
   /// Leaves an edit.
   virtual HRESULT Validate(BSTR form, BSTR item, VARIANT_BOOL* done) = 0;

@@ -279,11 +279,13 @@ bool UserActions::formData(std::u16string_view form, std::u16string_view objectT
 
 void UserActions::changeLanguage(HvLanguages language) {
   desk_.setLanguage(language);
+  desk_.menus.removeAddOnEntries();  // the client builds its menu bar anew, without them
   desk_.events.raise(AppEvent{kLanguageChanged});
 }
 
 void UserActions::changeCompany(std::string database) {
   desk_.setDatabase(std::move(database));
+  desk_.menus.removeAddOnEntries();
   desk_.events.raise(AppEvent{kCompanyChanged});
 }
 

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// The mutable wide string. Positions and lengths count UTF-16 units; a search that finds nothing
 /// gives -1. Comparison is by unit.
@@ -14,6 +15,7 @@ class QX_API CString {
   CString(const OLECHAR* text) : m_text(qx::viewOf(text)) {}
   CString(std::u16string_view text) : m_text(text) {}
   CString(const std::u16string& text) : m_text(text) {}
+  CString(std::u16string&& text) : m_text(std::move(text)) {}
   CString(const CComBSTR& text) : m_text(text.View()) {}
   CString(const _bstr_t& text) : m_text(text.view()) {}
   CString(const OLECHAR* text, int length) : m_text(text, static_cast<std::size_t>(length)) {}

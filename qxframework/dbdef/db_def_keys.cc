@@ -40,8 +40,8 @@ long CQXDbDef::CreateUserIndexes(const CComBSTR& table, CComPtr<IXMLDOMNode> nod
 
 long CQXDbDef::AddOrRemoveUserIndex(const CComBSTR& table, CComPtr<IXMLDOMNode> node) {
   CReturnValue<long> hr(u"CQXDbDef::AddOrRemoveUserIndex", 0, m_lLogId, false);
-  if (node->nodeType() == NODE_COMMENT) {
-    hr.LogError(u"Skipping comment node.\n");
+  if (node->nodeType() != NODE_ELEMENT) {
+    qx::dbdef::skipNode(hr, node);
     return hr;
   }
   try {
@@ -105,6 +105,10 @@ void CQXDbDef::RemoveUserIndex(CComPtr<IUserKeysMD> keys, const CComBSTR& table,
 long CQXDbDef::AddUserIndexElement(CComPtr<IUserKeysMD_Elements> elements,
                                    CComPtr<IXMLDOMNode> node) {
   CReturnValue<long> hr(u"CQXDbDef::AddUserIndexElement", 0, m_lLogId, false);
+  if (node->nodeType() != NODE_ELEMENT) {
+    qx::dbdef::skipNode(hr, node);
+    return hr;
+  }
   const CComBSTR name = Attribute(node, u"Name");
   if (!name) return hr;
   elements->PutColumnAlias(name);

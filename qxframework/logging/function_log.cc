@@ -82,7 +82,7 @@ void showErrorBox(const OLECHAR* title, const OLECHAR* format, FormatArgs args) 
   MessageBoxW(nullptr, text, caption, MB_ICONERROR | kSetForeground);
 }
 
-CComBSTR printableValue(long value) { return CComBSTR(resultText(value)); }
+std::u16string printableValue(long value) { return resultText(value); }
 
 CComBSTR printableValue(const CComPtr<IXMLDOMNode>& value) {
   return value == nullptr ? CComBSTR(u"null") : value.p->nodeName();

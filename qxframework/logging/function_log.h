@@ -47,9 +47,9 @@ QX_API void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]);
 QX_API void showErrorBox(const OLECHAR* title, const OLECHAR* format, FormatArgs args);
 
 /// The text of a scope's value in its leaving line.
-QX_API CComBSTR printableValue(long value);
+QX_API std::u16string printableValue(long value);
 inline const CComBSTR& printableValue(const CComBSTR& value) { return value; }
-inline CComBSTR printableValue(const CString& value) { return CComBSTR(value.View()); }
+inline std::u16string_view printableValue(const CString& value) { return value.View(); }
 /// The node's name, or "null".
 QX_API CComBSTR printableValue(const CComPtr<IXMLDOMNode>& value);
 
@@ -139,7 +139,7 @@ class QX_API CLogBase {
 
 /// The scope of a function that returns a T. It reads and assigns as a T.
 template <class T>
-class CReturnValue : public CLogBase<CReturnValue<T>> {
+class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
  public:
   CReturnValue(const _bstr_t& function, T initial, long appId, bool quiet = false)
       : CLogBase<CReturnValue<T>>(function, appId, quiet), m_value(initial) {
@@ -166,14 +166,16 @@ class CReturnValue : public CLogBase<CReturnValue<T>> {
     return *this;
   }
   operator const T&() const { return m_value; }
-  void ToString(CComBSTR& out) const { out = qx::printableValue(m_value); }
+  void ToString(CComBSTR& out) const {
+    out = CComBSTR(qx::format(u"%s", qx::printableValue(m_value)));
+  }
 
  private:
   T m_value;
 };
 
 template <>
-class CReturnValue<void> : public CLogBase<CReturnValue<void>> {
+class QX_API CReturnValue<void> : public CLogBase<CReturnValue<void>> {
  public:
   CReturnValue(const _bstr_t& function, long appId, bool quiet = false)
       : CLogBase<CReturnValue<void>>(function, appId, quiet) {}

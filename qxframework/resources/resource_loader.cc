@@ -40,6 +40,21 @@ bool isIdentifier(std::u16string_view opener) {
   });
 }
 
+// As text.find(part, from), by the C library's search, which skips instead of walking.
+std::size_t findText(std::u16string_view text, std::u16string_view part, std::size_t from) {
+  constexpr std::size_t kUnit = sizeof(char16_t);
+  const char* const bytes = reinterpret_cast<const char*>(text.data());
+  for (std::size_t at = from; at < text.size(); ++at) {
+    const void* const found =
+        memmem(bytes + at * kUnit, (text.size() - at) * kUnit, part.data(), part.size() * kUnit);
+    if (found == nullptr) break;
+    const auto offset = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
+    at = offset / kUnit;
+    if (offset % kUnit == 0) return at;  // else the bytes matched across two units
+  }
+  return std::u16string_view::npos;
+}
+
 // Counts lines of a text as the position moves forward: a line feed counts once the position has
 // passed it.
 class LineCounter {
@@ -139,7 +154,7 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
   FillTable(appId, document, *map, table);
   CString text(document->xml());
   for (const RewrittenAttribute& attribute : kAttributes) {
-    text = FindAndReplace(text, CComBSTR(attribute.opener), table, language, appId);
+    FindAndReplace(text, attribute.opener, table, language, appId);
   }
   if (document->loadXML(CComBSTR(text.View())) == VARIANT_FALSE) {
     if (const auto path = qx::dumpForm(text.View()); !path.written) {
@@ -155,8 +170,8 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
 
 void CQXResourceLoader::FillTable(long appId, IXMLDOMDocument* document,
                                   const std::vector<XMLMAP>& map, MapTable& table) {
-  for (const XMLMAP& row : map) table.Add(row.tag, row);
-  if (table.GetSize() > 0) return;
+  for (const XMLMAP& row : map) table.emplace(row.tag, row);
+  if (!table.empty()) return;
   CReturnValue<void> log(u"CQXResourceLoader::LoadXML", appId, true);
   log.LogDbg0(u"Mapping table contains no mappings. Altenative mapping searched.\n");
   const auto application = GetChildNode(appId, document, u"application", -1, true);
@@ -174,10 +189,10 @@ void CQXResourceLoader::RemoveMapTable(long appId, IXMLDOMDocument* document) {
   if (mapTable != nullptr) application->removeChild(mapTable);
 }
 
-CString CQXResourceLoader::FindAndReplace(CString text, CComBSTR attribute, MapTable& map,
-                                          HvLanguages language, long appId) {
+// One pass over the text, for the values of one attribute.
+void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener,
+                                       const MapTable& map, HvLanguages language, long appId) {
   CReturnValue<CString> result(u"CQXResourceLoader::FindAndReplace", CString(), appId, false);
-  const std::u16string_view opener = attribute.View();
   const bool identifier = isIdentifier(opener);
   const std::u16string bareName(opener.substr(0, opener.size() - 2));
   const std::u16string_view all = text.View();
@@ -185,14 +200,14 @@ CString CQXResourceLoader::FindAndReplace(CString text, CComBSTR attribute, MapT
   std::u16string out;
   std::size_t copied = 0;
   AttributeValue value{};
-  for (std::size_t found = all.find(opener);
+  for (std::size_t found = findText(all, opener, 0);
        found != std::u16string_view::npos && locateValue(all, found, opener.size(), value);
-       found = all.find(opener, value.end)) {
+       found = findText(all, opener, value.end)) {
     const std::u16string symbol(all.substr(value.symbol, value.end - value.symbol));
-    const int row = map.FindKey(symbol);
+    const auto row = map.find(symbol);
     CString replacement;
-    if (row >= 0) {
-      replacement = Replacement(map.GetValueAt(row), identifier, language);
+    if (row != map.end()) {
+      replacement = Replacement(row->second, identifier, language);
       result.LogDbg1(u"[%s]: '%s' => '%s'.\n", bareName, symbol, replacement.GetString());
     } else {
       if (value.symbol != value.prefix) replacement += u"@";
@@ -204,13 +219,16 @@ CString CQXResourceLoader::FindAndReplace(CString text, CComBSTR attribute, MapT
       }
     }
     const std::size_t prefixEnd = value.symbol == value.prefix ? value.prefix : value.symbol - 1;
+    if (out.empty()) out.reserve(all.size() + all.size() / 8);
     out += all.substr(copied, prefixEnd - copied);  // what was kept, and the prefix
     out += replacement.View();
     copied = value.end;
   }
-  out += all.substr(copied);
-  result = CString(out);
-  return result;
+  if (copied > 0) {
+    out += all.substr(copied);
+    text = CString(std::move(out));
+  }
+  result = text.Left(qx::kMaxLogMessage);  // for the leaving line, which shows no more
 }
 
 CString CQXResourceLoader::Replacement(const XMLMAP& row, bool identifier, HvLanguages language) {
@@ -238,8 +256,8 @@ long CQXResourceLoader::GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable
     const CComBSTR value = GetXMLAttributeValue(node, u"value");
     if (!tag.IsEmpty() && !id.IsEmpty()) {
       const std::u16string key(tag.View());
-      map.Add(key, XMLMAP(key, static_cast<std::uint32_t>(qx::leadingNumber(id.View())),
-                          std::u16string(value.View())));
+      map.emplace(key, XMLMAP(key, static_cast<std::uint32_t>(qx::leadingNumber(id.View())),
+                              std::u16string(value.View())));
       hr.LogDbg0(u"Mapping added: '%s' '%s' '%s' \n", tag, id, value.View());
     } else if (!tag.IsEmpty()) {
       hr.LogWarning(u"ID for tag '%s' not provided. Skipping!\n", tag);

@@ -2,12 +2,14 @@
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
-#include "qxframework/automation/simple_map.h"
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/host/enums.h"
 #include "qxframework/os/module.h"
 #include "qxframework/resources/xml_map.h"
 
+#include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 class CQXBSTR;
@@ -49,13 +51,14 @@ class QX_API CQXResourceLoader {
   bool LoadStringW(CQXBSTR& out, unsigned int id, unsigned short langId);
 
  private:
-  using MapTable = CSimpleMap<std::u16string, XMLMAP>;
+  /// Rows by their tag; the first row of a tag wins.
+  using MapTable = std::unordered_map<std::u16string, XMLMAP>;
 
   void FillTable(long appId, IXMLDOMDocument* document, const std::vector<XMLMAP>& map,
                  MapTable& table);
   void RemoveMapTable(long appId, IXMLDOMDocument* document);
-  CString FindAndReplace(CString text, CComBSTR attribute, MapTable& map, HvLanguages language,
-                         long appId);
+  void FindAndReplace(CString& text, std::u16string_view opener, const MapTable& map,
+                      HvLanguages language, long appId);
   CString Replacement(const XMLMAP& row, bool identifier, HvLanguages language);
   long GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable, MapTable& map);
 

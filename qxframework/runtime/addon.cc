@@ -7,9 +7,9 @@
 #include "qxframework/host/gui_api.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/os/named_mutex.h"
-#include "qxframework/runtime/attach_counters.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/framework_texts.h"
+#include "qxframework/runtime/internal/attach_counters.h"
+#include "qxframework/runtime/internal/framework_texts.h"
 #include "qxframework/runtime/qx_idispatch.h"
 
 #include <new>

@@ -4,7 +4,9 @@
 // main, calls Connect and then runs its message loop until the event sink ends it:
 //
 //   MyAddOn addOn(connection, u"MYADDON", identifier);
-//   addOn.SetWndHandle(window) after addOn.Connect(0); RunMessageLoop();
+//   addOn.Connect(0);
+//   addOn.SetWndHandle(CreateMessageWindow({}));
+//   RunMessageLoop();
 //
 // Everything happens on the thread that calls Connect; it must stay the thread of all host calls.
 

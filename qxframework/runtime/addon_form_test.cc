@@ -2,8 +2,8 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/runtime/fake_host.h"
-#include "qxframework/runtime/test_addon.h"
+#include "qxframework/runtime/testing/fake_host.h"
+#include "qxframework/runtime/testing/test_addon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,9 +4,9 @@
 #include "qxframework/logging/result_names.h"
 #include "qxframework/os/named_mutex.h"
 #include "qxframework/os/shared_counters.h"
-#include "qxframework/runtime/attach_counters.h"
-#include "qxframework/runtime/fake_host.h"
-#include "qxframework/runtime/test_addon.h"
+#include "qxframework/runtime/internal/attach_counters.h"
+#include "qxframework/runtime/testing/fake_host.h"
+#include "qxframework/runtime/testing/test_addon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -6,8 +6,8 @@
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/framework_texts.h"
-#include "qxframework/runtime/version_report.h"
+#include "qxframework/runtime/internal/framework_texts.h"
+#include "qxframework/runtime/internal/version_report.h"
 
 long CQXEventSink::DbConnect() {
   Scope hr(u"CQXEventSink::DbConnect", 0, m_lAppId);

@@ -1,4 +1,4 @@
-// The events one by one. Forms and the add-on are called by the rules of guarded_call.h.
+// The events one by one. Forms and the add-on are called by the rules of internal/guarded_call.h.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/dbdef/qx_util.h"
@@ -7,9 +7,11 @@
 #include "qxframework/host/form.h"
 #include "qxframework/runtime/addon_form.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/framework_texts.h"
-#include "qxframework/runtime/guarded_call.h"
+#include "qxframework/runtime/internal/framework_texts.h"
+#include "qxframework/runtime/internal/guarded_call.h"
 #include "qxframework/runtime/qx_idispatch.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -18,6 +20,15 @@ constexpr OLECHAR kBubbleOnExit[] = u"BubbleEvent on exit is %d";
 constexpr OLECHAR kFormThrew[] = u"Form %s threw exception";
 
 qx::LogSettingsOpener g_logSettingsOpener = nullptr;
+
+// The form type is read only to see that the event answers.
+long readItemEvent(IItemEvent* event, long& type, VARIANT_BOOL& before) {
+  CComBSTR formType;
+  long hr = event->raw_GetEventType(&type);
+  if (hr >= 0) hr = event->raw_GetBeforeAction(&before);
+  if (hr >= 0) hr = event->raw_GetFormTypeEx(&formType);
+  return std::min(hr, 0L);
+}
 
 bool isCommonMenuEntry(const CComBSTR& uid, qx::FrameworkText entry) {
   return uid == CQXUtil::GetMenuUID(CQXBSTR(u"QX_", ln_English), entry);
@@ -85,12 +96,8 @@ void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, sho
   }
   long type = 0;
   VARIANT_BOOL before = VARIANT_FALSE;
-  CComBSTR formType;
-  hr = itemEvent->raw_GetEventType(&type);
-  if (hr >= 0) hr = itemEvent->raw_GetBeforeAction(&before);
-  if (hr >= 0) hr = itemEvent->raw_GetFormTypeEx(&formType);
+  hr = readItemEvent(itemEvent, type, before);
   if (hr < 0) return;
-  hr = S_OK;
 
   const auto form = FindFormLoggingAll(hr, uid);
   if (!form) {

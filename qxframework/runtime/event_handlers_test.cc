@@ -1,13 +1,11 @@
 #include "qxframework/host/events.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/fake_events.h"
-#include "qxframework/runtime/fake_host.h"
-#include "qxframework/runtime/test_addon.h"
+#include "qxframework/runtime/testing/fake_events.h"
+#include "qxframework/runtime/testing/fake_host.h"
+#include "qxframework/runtime/testing/test_addon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace qx::test {
 namespace {
@@ -29,11 +27,11 @@ Hook setting(short veto, long result = 0) {
 /// A running sink with the selected form F1 registered.
 class EventHandlersTest : public testing::Test {
  protected:
-  EventHandlersTest() : addOn(host), dispatch(host, hooks) {
-    sink = std::make_unique<CQXEventSink>(host.application.p, &dispatch, &addOn);
-    host.sink = sink.get();
+  EventHandlersTest()
+      : addOn(host), dispatch(host, hooks), sink(host.application.p, &dispatch, &addOn) {
+    host.sink = &sink;
     form = new TestForm(host, &addOn, &host.addForm(u"F1", true));
-    sink->RegisterForm(form);
+    sink.RegisterForm(form);
     log.records.clear();
   }
   ~EventHandlersTest() override {
@@ -43,11 +41,11 @@ class EventHandlersTest : public testing::Test {
 
   long item(long type, bool before, const OLECHAR* uid = u"F1") {
     const auto event = makeObject<FakeItemEvent>(type, before);
-    return sink->ItemEvent(CComBSTR(uid), event.p, &bubble);
+    return sink.ItemEvent(CComBSTR(uid), event.p, &bubble);
   }
   long menu(const OLECHAR* uid, bool before = kBefore) {
     const auto event = makeObject<FakeMenuEvent>(uid, before);
-    return sink->OnMenuEvent(event.p, &bubble);
+    return sink.OnMenuEvent(event.p, &bubble);
   }
   Strings messages(std::u16string_view function) const { return messagesOf(log, function); }
   bool logged(int level, std::u16string_view message) const { return log.has(level, message); }
@@ -57,7 +55,7 @@ class EventHandlersTest : public testing::Test {
   Hooks hooks;
   TestAddOn addOn;
   TestDispatch dispatch;
-  std::unique_ptr<CQXEventSink> sink;
+  CQXEventSink sink;
   TestForm* form = nullptr;
   short bubble = -1;
 };
@@ -78,8 +76,8 @@ TEST_F(EventHandlersTest, ItemEventGoesToTheFormOfItsUid) {
 TEST_F(EventHandlersTest, ItemEventLogsAllFormsInTheOrderOfTheirUids) {
   TestForm last(host, &addOn, &host.addForm(u"F3"));
   TestForm middle(host, &addOn, &host.addForm(u"F2"));
-  sink->RegisterForm(&last);
-  sink->RegisterForm(&middle);
+  sink.RegisterForm(&last);
+  sink.RegisterForm(&middle);
   item(kClick, kBefore);
   EXPECT_THAT(messages(u"CQXEventSink::ItemEvent"),
               ElementsAre("BubbleEvent at start is -1", "Form map entry: F1", "Form map entry: F2",
@@ -88,21 +86,21 @@ TEST_F(EventHandlersTest, ItemEventLogsAllFormsInTheOrderOfTheirUids) {
 
 TEST_F(EventHandlersTest, ItemEventRefusesANullOrEmptyUidAndANullEvent) {
   const auto event = makeObject<FakeItemEvent>(kClick, kBefore);
-  EXPECT_EQ(sink->ItemEvent(nullptr, event.p, &bubble), E_INVALIDARG);
-  EXPECT_EQ(sink->ItemEvent(CComBSTR(u""), event.p, &bubble), E_INVALIDARG);
-  EXPECT_EQ(sink->ItemEvent(CComBSTR(u"F1"), nullptr, &bubble), E_INVALIDARG);
+  EXPECT_EQ(sink.ItemEvent(nullptr, event.p, &bubble), E_INVALIDARG);
+  EXPECT_EQ(sink.ItemEvent(CComBSTR(u""), event.p, &bubble), E_INVALIDARG);
+  EXPECT_EQ(sink.ItemEvent(CComBSTR(u"F1"), nullptr, &bubble), E_INVALIDARG);
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
 TEST_F(EventHandlersTest, ItemEventRefusesAnObjectThatIsNoItemEvent) {
-  EXPECT_EQ(sink->ItemEvent(CComBSTR(u"F1"), makeObject<FakeObject>().p, &bubble), E_POINTER);
+  EXPECT_EQ(sink.ItemEvent(CComBSTR(u"F1"), makeObject<FakeObject>().p, &bubble), E_POINTER);
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
 TEST_F(EventHandlersTest, ItemEventThatCannotBeReadGoesToNobody) {
   const auto event = makeObject<FakeItemEvent>(kClick, kBefore);
   event->refusal = E_ACCESSDENIED;
-  EXPECT_EQ(sink->ItemEvent(CComBSTR(u"F1"), event.p, &bubble), E_ACCESSDENIED);
+  EXPECT_EQ(sink.ItemEvent(CComBSTR(u"F1"), event.p, &bubble), E_ACCESSDENIED);
   EXPECT_THAT(host.calls, IsEmpty());
   EXPECT_TRUE(log.has(u"BubbleEvent on exit is -1"));
 }
@@ -200,10 +198,16 @@ TEST_F(EventHandlersTest, FormUnloadEndsAndDeletesTheForm) {
   EXPECT_EQ(host.calls.back(), "again");
 }
 
+TEST_F(EventHandlersTest, FormUnloadEndsTheFormOnWhicheverSideOfTheActionItComesFirst) {
+  EXPECT_EQ(item(kFormUnload, kBefore), 0);
+  EXPECT_EQ(item(kFormUnload, kAfter), 0);
+  EXPECT_THAT(host.calls, ElementsAre("F1.OnItemEvent", "F1.OnUnloadForm", "F1.~Form"));
+}
+
 TEST_F(EventHandlersTest, FormUnloadDeletesAFormThatThrows) {
   for (const auto& [what, thrower] : throwers()) {
     auto* const each = new TestForm(host, &addOn, &host.addForm(u"F2"));
-    sink->RegisterForm(each);
+    sink.RegisterForm(each);
     each->hooks["OnItemEvent"] = thrower;
     each->hooks["OnUnloadForm"] = thrower;
     host.calls.clear();
@@ -242,7 +246,7 @@ TEST_F(EventHandlersTest, AFormUnloadedInsideItsUnloadIsEndedOnce) {
 
 TEST_F(EventHandlersTest, AStopInsideAnItemEventLetsTheEventEnd) {
   form->hooks["OnItemEvent"] = [this](short*) {
-    sink->UnadviseEvents();
+    sink.UnadviseEvents();
     return 0L;
   };
   EXPECT_EQ(item(kFormUnload, kAfter), 0);
@@ -252,7 +256,7 @@ TEST_F(EventHandlersTest, AStopInsideAnItemEventLetsTheEventEnd) {
 // Menu events.
 
 TEST_F(EventHandlersTest, NullMenuEventIsOneWithoutAScope) {
-  EXPECT_EQ(sink->OnMenuEvent(nullptr, &bubble), 1);
+  EXPECT_EQ(sink.OnMenuEvent(nullptr, &bubble), 1);
   EXPECT_TRUE(log.records.empty());
 }
 
@@ -268,7 +272,7 @@ TEST_F(EventHandlersTest, MenuEventGoesToTheSelectedFormAndThenToTheAddOn) {
 
 TEST_F(EventHandlersTest, MenuEventLogsAnEmptyUidAsQuotesAndTheInnerFlag) {
   const auto event = makeObject<FakeMenuEvent>(u"", kAfter, true);
-  sink->OnMenuEvent(event.p, &bubble);
+  sink.OnMenuEvent(event.p, &bubble);
   EXPECT_THAT(messages(u"CQXEventSink::OnMenuEvent"),
               ElementsAre("BubbleEvent at start is -1", "Menu: '' Action: After",
                           "InnerEvent: ", "BubbleEvent on exit is -1"));
@@ -277,7 +281,7 @@ TEST_F(EventHandlersTest, MenuEventLogsAnEmptyUidAsQuotesAndTheInnerFlag) {
 TEST_F(EventHandlersTest, MenuEventThatCannotBeReadIsAnInvalidArgument) {
   const auto event = makeObject<FakeMenuEvent>(u"1281", kBefore);
   event->refusal = E_ACCESSDENIED;
-  EXPECT_EQ(sink->OnMenuEvent(event.p, &bubble), E_INVALIDARG);
+  EXPECT_EQ(sink.OnMenuEvent(event.p, &bubble), E_INVALIDARG);
   EXPECT_THAT(host.calls, IsEmpty());
   EXPECT_TRUE(log.has(u"BubbleEvent on exit is -1"));
 }
@@ -386,10 +390,10 @@ TEST_F(EventHandlersTest, TheResultOfTheAddOnsHandlerIsTheEvents) {
   hooks["OnProgressBarEvent"] = giving(6);
   hooks["OnPrintEvent"] = giving(E_FAIL);
   hooks["OnReportDataEvent"] = giving(8);
-  EXPECT_EQ(sink->StatusBarEvent(CComBSTR(u"Hello"), 3), 5);
-  EXPECT_EQ(sink->ProgressBarEvent(nullptr, &bubble), 6);
-  EXPECT_EQ(sink->PrintEvent(nullptr, &bubble), E_FAIL);
-  EXPECT_EQ(sink->ReportDataEvent(nullptr, &bubble), 8);
+  EXPECT_EQ(sink.StatusBarEvent(CComBSTR(u"Hello"), 3), 5);
+  EXPECT_EQ(sink.ProgressBarEvent(nullptr, &bubble), 6);
+  EXPECT_EQ(sink.PrintEvent(nullptr, &bubble), E_FAIL);
+  EXPECT_EQ(sink.ReportDataEvent(nullptr, &bubble), 8);
 }
 
 TEST_F(EventHandlersTest, WhateverTheseHandlersThrowLeavesTheResultAsItWas) {
@@ -399,10 +403,10 @@ TEST_F(EventHandlersTest, WhateverTheseHandlersThrowLeavesTheResultAsItWas) {
       hooks[name] = thrower;
     }
     log.records.clear();
-    EXPECT_EQ(sink->StatusBarEvent(nullptr, 3), 0) << what;
-    EXPECT_EQ(sink->ProgressBarEvent(nullptr, &bubble), 0) << what;
-    EXPECT_EQ(sink->PrintEvent(nullptr, &bubble), 0) << what;
-    EXPECT_EQ(sink->ReportDataEvent(nullptr, &bubble), 0) << what;
+    EXPECT_EQ(sink.StatusBarEvent(nullptr, 3), 0) << what;
+    EXPECT_EQ(sink.ProgressBarEvent(nullptr, &bubble), 0) << what;
+    EXPECT_EQ(sink.PrintEvent(nullptr, &bubble), 0) << what;
+    EXPECT_EQ(sink.ReportDataEvent(nullptr, &bubble), 0) << what;
     std::vector<std::u16string> errors = log.messages(1);
     EXPECT_THAT(errors, ElementsAre(u"Add-on's OnStatusBarEvent handler threw an exception",
                                     u"Add-on's OnProgressBarEvent handler threw an exception",
@@ -417,11 +421,11 @@ TEST_F(EventHandlersTest, AVetoThatComesInStaysForThemToo) {
   hooks["OnPrintEvent"] = setting(-1);
   hooks["OnReportDataEvent"] = setting(-1);
   bubble = 0;
-  sink->ProgressBarEvent(nullptr, &bubble);
+  sink.ProgressBarEvent(nullptr, &bubble);
   EXPECT_EQ(bubble, 0);
-  sink->PrintEvent(nullptr, &bubble);
+  sink.PrintEvent(nullptr, &bubble);
   EXPECT_EQ(bubble, 0);
-  sink->ReportDataEvent(nullptr, &bubble);
+  sink.ReportDataEvent(nullptr, &bubble);
   EXPECT_EQ(bubble, 0);
 }
 
@@ -429,13 +433,13 @@ TEST_F(EventHandlersTest, AVetoThatComesInStaysForThemToo) {
 
 TEST_F(EventHandlersTest, RightClickGoesToTheSelectedFormAndThenToTheAddOn) {
   hooks["OnRightClickEvent"] = giving(2);
-  EXPECT_EQ(sink->RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble), 2);
+  EXPECT_EQ(sink.RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble), 2);
   EXPECT_THAT(host.calls, ElementsAre("F1.OnRightClickEvent", "OnRightClickEvent"));
 }
 
 TEST_F(EventHandlersTest, AVetoOfTheFormKeepsTheRightClickFromTheAddOn) {
   form->hooks["OnRightClickEvent"] = setting(0);
-  sink->RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble);
+  sink.RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble);
   EXPECT_THAT(host.calls, ElementsAre("F1.OnRightClickEvent"));
 }
 
@@ -444,7 +448,7 @@ TEST_F(EventHandlersTest, WhateverIsThrownAtARightClickIsLoggedAndOne) {
     log.records.clear();
     form->hooks["OnRightClickEvent"] = thrower;
     hooks["OnRightClickEvent"] = thrower;
-    EXPECT_EQ(sink->RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble), 1) << what;
+    EXPECT_EQ(sink.RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble), 1) << what;
     EXPECT_THAT(
         messages(u"CQXEventSink::RightClickEvent"),
         ElementsAre("Form F1 threw exception", "Add-on's OnRightClickEvent threw exception"))
@@ -454,7 +458,7 @@ TEST_F(EventHandlersTest, WhateverIsThrownAtARightClickIsLoggedAndOne) {
 
 TEST_F(EventHandlersTest, FormDataGoesToTheSelectedFormOnly) {
   form->hooks["OnFormDataEvent"] = setting(0, 9);
-  EXPECT_EQ(sink->FormDataEvent(makeObject<StubBusinessObjectInfo>().p, &bubble), 0);
+  EXPECT_EQ(sink.FormDataEvent(makeObject<StubBusinessObjectInfo>().p, &bubble), 0);
   EXPECT_THAT(host.calls, ElementsAre("F1.OnFormDataEvent"));
   EXPECT_EQ(bubble, 0);
 }
@@ -463,7 +467,7 @@ TEST_F(EventHandlersTest, FormDataIsZeroEvenWhenTheFormThrew) {
   for (const auto& [what, thrower] : throwers()) {
     log.records.clear();
     form->hooks["OnFormDataEvent"] = thrower;
-    EXPECT_EQ(sink->FormDataEvent(makeObject<StubBusinessObjectInfo>().p, &bubble), 0) << what;
+    EXPECT_EQ(sink.FormDataEvent(makeObject<StubBusinessObjectInfo>().p, &bubble), 0) << what;
     EXPECT_TRUE(logged(1, u"Form F1 threw exception")) << what;
   }
 }

@@ -6,8 +6,8 @@
 #include "qxframework/host/form.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/runtime/addon_form.h"
-#include "qxframework/runtime/event_args.h"
-#include "qxframework/runtime/framework_texts.h"
+#include "qxframework/runtime/internal/event_args.h"
+#include "qxframework/runtime/internal/framework_texts.h"
 
 #include <algorithm>
 #include <iterator>

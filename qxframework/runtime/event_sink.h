@@ -38,6 +38,11 @@ namespace qx {
 
 class EventArgs;
 
+/// Order and equality of texts by their units, for keys that must match exactly.
+struct ExactOrder {
+  bool operator()(const CComBSTR& a, const CComBSTR& b) const { return a.View() < b.View(); }
+};
+
 /// Opens the log settings form for an add-on; the result is that of the form's creation, which may
 /// also be raised.
 using LogSettingsOpener = long (*)(CQXAddOn* addOn, CComPtr<IApplication> application,
@@ -159,7 +164,7 @@ class QX_API CQXEventSink : public IDispatch {
   DWORD m_dwCookie = 0;
   bool m_bConnectionViaUI = true;
   bool m_bEventsEnabled = true;
-  std::map<CComBSTR, CQXAddOnForm*> m_mapForms;
+  std::map<CComBSTR, CQXAddOnForm*, qx::ExactOrder> m_mapForms;
   CQXAddOn* m_pAddOn;
   qx::RunningForms m_runningForms;
 };

@@ -7,8 +7,8 @@
 #include "qxframework/os/message_loop.h"
 #include "qxframework/runtime/addon.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/framework_texts.h"
-#include "qxframework/runtime/guarded_call.h"
+#include "qxframework/runtime/internal/framework_texts.h"
+#include "qxframework/runtime/internal/guarded_call.h"
 #include "qxframework/runtime/qx_idispatch.h"
 
 #include <utility>

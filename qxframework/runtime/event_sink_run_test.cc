@@ -3,8 +3,8 @@
 #include "qxframework/os/message_loop.h"
 #include "qxframework/os/module.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/fake_host.h"
-#include "qxframework/runtime/test_addon.h"
+#include "qxframework/runtime/testing/fake_host.h"
+#include "qxframework/runtime/testing/test_addon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,13 +22,16 @@ Hook giving(long result) {
 
 class EventSinkRunTest : public testing::Test {
  protected:
+  static constexpr long kAppId = 7;
+
   EventSinkRunTest()
       : addOn(host), dispatch(host, hooks), sink(host.application.p, &dispatch, &addOn) {
-    CQXAddOn::IncAttachCount(host.appId);
+    host.appId = kAppId;
+    CQXAddOn::IncAttachCount(kAppId);
     log.records.clear();
   }
   ~EventSinkRunTest() override {
-    while (CQXAddOn::GetAttachCount(host.appId) > 0) CQXAddOn::DecAttachCount(host.appId);
+    while (CQXAddOn::GetAttachCount(kAppId) > 0) CQXAddOn::DecAttachCount(kAppId);
   }
   long advise() { return sink.AdviseEvents(host.application.p, identifier); }
   void run() {

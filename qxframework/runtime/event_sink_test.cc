@@ -2,14 +2,12 @@
 
 #include "qxframework/host/events.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/runtime/fake_events.h"
-#include "qxframework/runtime/fake_host.h"
-#include "qxframework/runtime/test_addon.h"
+#include "qxframework/runtime/testing/fake_events.h"
+#include "qxframework/runtime/testing/fake_host.h"
+#include "qxframework/runtime/testing/test_addon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace qx::test {
 namespace {
@@ -21,16 +19,14 @@ constexpr auto kEntering = u"Entering function\n";
 class EventSinkTest : public testing::Test {
  protected:
   EventSinkTest()
-      : addOn(host),
-        dispatch(host, hooks),
-        sink(std::make_unique<CQXEventSink>(host.application.p, &dispatch, &addOn)) {
-    host.sink = sink.get();
+      : addOn(host), dispatch(host, hooks), sink(host.application.p, &dispatch, &addOn) {
+    host.sink = &sink;
     log.records.clear();
   }
   /// Makes the application the sink's event source, as the start does, and forgets the calls.
   void advise() {
     CComBSTR identifier(u"IDENT");
-    ASSERT_EQ(sink->AdviseEvents(host.application.p, identifier), 0);
+    ASSERT_EQ(sink.AdviseEvents(host.application.p, identifier), 0);
     host.calls.clear();
     log.records.clear();
   }
@@ -43,35 +39,35 @@ class EventSinkTest : public testing::Test {
   Hooks hooks;
   TestAddOn addOn;
   TestDispatch dispatch;
-  std::unique_ptr<CQXEventSink> sink;
+  CQXEventSink sink;
   short bubble = -1;
 };
 
 TEST_F(EventSinkTest, AnswersForItsThreeInterfacesOnly) {
   for (const IID& iid : {IUnknown::kIid, IDispatch::kIid, DIID_IApplicationEvents}) {
     void* object = nullptr;
-    EXPECT_EQ(sink->QueryInterface(iid, &object), S_OK);
-    EXPECT_EQ(object, static_cast<IDispatch*>(sink.get()));
+    EXPECT_EQ(sink.QueryInterface(iid, &object), S_OK);
+    EXPECT_EQ(object, static_cast<IDispatch*>(&sink));
   }
-  void* object = sink.get();
-  EXPECT_EQ(sink->QueryInterface(IApplication::kIid, &object), E_NOINTERFACE);
+  void* object = &sink;
+  EXPECT_EQ(sink.QueryInterface(IApplication::kIid, &object), E_NOINTERFACE);
   EXPECT_EQ(object, nullptr);
-  EXPECT_EQ(sink->QueryInterface(IUnknown::kIid, nullptr), E_POINTER);
+  EXPECT_EQ(sink.QueryInterface(IUnknown::kIid, nullptr), E_POINTER);
 }
 
 TEST_F(EventSinkTest, CountsNoReferences) {
-  EXPECT_EQ(sink->AddRef(), 0U);
-  EXPECT_EQ(sink->Release(), 0U);
-  EXPECT_EQ(sink->Release(), 0U);
+  EXPECT_EQ(sink.AddRef(), 0U);
+  EXPECT_EQ(sink.Release(), 0U);
+  EXPECT_EQ(sink.Release(), 0U);
 }
 
 TEST_F(EventSinkTest, HasNoTypeInformation) {
   UINT count = 9;
-  EXPECT_EQ(sink->GetTypeInfoCount(&count), E_NOTIMPL);
+  EXPECT_EQ(sink.GetTypeInfoCount(&count), E_NOTIMPL);
   EXPECT_EQ(count, 0U);
-  EXPECT_EQ(sink->GetTypeInfoCount(nullptr), E_NOTIMPL);
-  EXPECT_EQ(sink->GetTypeInfo(0, 0, nullptr), E_NOTIMPL);
-  EXPECT_EQ(sink->GetIDsOfNames(GUID{}, nullptr, 0, 0, nullptr), E_NOTIMPL);
+  EXPECT_EQ(sink.GetTypeInfoCount(nullptr), E_NOTIMPL);
+  EXPECT_EQ(sink.GetTypeInfo(0, 0, nullptr), E_NOTIMPL);
+  EXPECT_EQ(sink.GetIDsOfNames(GUID{}, nullptr, 0, 0, nullptr), E_NOTIMPL);
 }
 
 struct TooFew {
@@ -115,8 +111,7 @@ TEST_F(EventSinkTest, InvokeLogsAnUnknownId) {
 }
 
 TEST_F(EventSinkTest, InvokeTakesNullParametersForACallWithoutArguments) {
-  EXPECT_EQ(sink->Invoke(100, GUID{}, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr),
-            S_OK);
+  EXPECT_EQ(sink.Invoke(100, GUID{}, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr), S_OK);
   EXPECT_THAT(messages(u"CQXEventSink::Invoke"), ElementsAre("Too few arguments for item event"));
 }
 
@@ -177,17 +172,17 @@ TEST_F(EventSinkTest, InvokeReturnsSuccessWhenTheHostFailsBetweenTheCalls) {
 }
 
 TEST_F(EventSinkTest, RegisterFormRefusesNull) {
-  EXPECT_EQ(sink->RegisterForm(nullptr), E_INVALIDARG);
+  EXPECT_EQ(sink.RegisterForm(nullptr), E_INVALIDARG);
 }
 
 TEST_F(EventSinkTest, RegisterFormRefusesAFormWithoutAHostForm) {
   TestForm form(host, &addOn, nullptr);
-  EXPECT_EQ(sink->RegisterForm(&form), E_POINTER);
+  EXPECT_EQ(sink.RegisterForm(&form), E_POINTER);
 }
 
 TEST_F(EventSinkTest, RegisterFormLogsTheUid) {
   TestForm form(host, &addOn, &host.addForm(u"F1"));
-  EXPECT_EQ(sink->RegisterForm(&form), 0);
+  EXPECT_EQ(sink.RegisterForm(&form), 0);
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Registering form 'F1'\n"));
 }
 
@@ -196,10 +191,10 @@ TEST_F(EventSinkTest, RegisterFormKeepsTheFirstFormOfAUid) {
   TestForm first(host, &addOn, &hostForm);
   TestForm second(host, &addOn, &hostForm);
   advise();
-  EXPECT_EQ(sink->RegisterForm(&first), 0);
-  EXPECT_EQ(sink->RegisterForm(&second), 0);
+  EXPECT_EQ(sink.RegisterForm(&first), 0);
+  EXPECT_EQ(sink.RegisterForm(&second), 0);
   CQXAddOnForm* found = nullptr;
-  EXPECT_EQ(sink->GetSelectedForm(u"EXT", found), 0);
+  EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 0);
   EXPECT_EQ(found, &first);
 }
 
@@ -207,9 +202,9 @@ TEST_F(EventSinkTest, GetSelectedFormFindsTheRegisteredFormOfTheExtension) {
   host.addForm(u"F1");
   TestForm form(host, &addOn, &host.addForm(u"F2", true));
   advise();
-  sink->RegisterForm(&form);
+  sink.RegisterForm(&form);
   CQXAddOnForm* found = nullptr;
-  EXPECT_EQ(sink->GetSelectedForm(u"EXT", found), 0);
+  EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 0);
   EXPECT_EQ(found, &form);
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Requested ExtID='EXT' Form ExtID='EXT'\n"));
 }
@@ -218,18 +213,18 @@ TEST_F(EventSinkTest, GetSelectedFormTakesTheFirstFormWhenNoneIsSelected) {
   TestForm form(host, &addOn, &host.addForm(u"F1"));
   host.addForm(u"F2");
   advise();
-  sink->RegisterForm(&form);
+  sink.RegisterForm(&form);
   CQXAddOnForm* found = nullptr;
-  EXPECT_EQ(sink->GetSelectedForm(u"EXT", found), 0);
+  EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 0);
   EXPECT_EQ(found, &form);
 }
 
 TEST_F(EventSinkTest, GetSelectedFormOfAnotherExtensionGivesNullAndOne) {
   TestForm form(host, &addOn, &host.addForm(u"F1", true));
   advise();
-  sink->RegisterForm(&form);
+  sink.RegisterForm(&form);
   CQXAddOnForm* found = &form;
-  EXPECT_EQ(sink->GetSelectedForm(u"OTHER", found), 1);
+  EXPECT_EQ(sink.GetSelectedForm(u"OTHER", found), 1);
   EXPECT_EQ(found, nullptr);
 }
 
@@ -238,14 +233,14 @@ TEST_F(EventSinkTest, GetSelectedFormLeavesTheOutputAloneForAFormOfTheHost) {
   host.addForm(u"F1", true);
   advise();
   CQXAddOnForm* found = &form;
-  EXPECT_EQ(sink->GetSelectedForm(u"EXT", found), 1);
+  EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 1);
   EXPECT_EQ(found, &form);
 }
 
 TEST_F(EventSinkTest, GetSelectedFormWithoutAnyFormIsOne) {
   advise();
   CQXAddOnForm* found = nullptr;
-  EXPECT_EQ(sink->GetSelectedForm(u"EXT", found), 1);
+  EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 1);
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"No selected form found.\n"));
 }
 
@@ -253,21 +248,21 @@ TEST_F(EventSinkTest, GetSelectedFormWarnsOfAFormWithoutAnExtension) {
   TestForm form(host, &addOn, &host.addForm(u"F1", true));
   form.setExtId(u"");
   advise();
-  sink->RegisterForm(&form);
+  sink.RegisterForm(&form);
   CQXAddOnForm* found = nullptr;
-  EXPECT_EQ(sink->GetSelectedForm(u"EXT", found), 1);
+  EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 1);
   EXPECT_TRUE(
       log.has(QXLoggerLib::sl_Warning,
               u"Form does not provide ExtID. Developer note: use rather DECLARE_XML_FORM_EX.\n"));
-  EXPECT_EQ(sink->GetSelectedForm(u"", found), 0);
+  EXPECT_EQ(sink.GetSelectedForm(u"", found), 0);
   EXPECT_EQ(found, &form);
 }
 
 TEST_F(EventSinkTest, EveryEventReturnsZeroWithoutAScopeAfterTheStop) {
   TestForm form(host, &addOn, &host.addForm(u"F1", true));
   advise();
-  sink->RegisterForm(&form);
-  sink->UnadviseEvents();
+  sink.RegisterForm(&form);
+  sink.UnadviseEvents();
   host.calls.clear();
   log.records.clear();
   const auto item = makeObject<FakeItemEvent>(kClick, true);
@@ -276,10 +271,10 @@ TEST_F(EventSinkTest, EveryEventReturnsZeroWithoutAScopeAfterTheStop) {
   for (DISPID id = 100; id <= 108; ++id) {
     host.fire(id, {textArg(uid), objectArg(item.p), vetoArg(&bubble)});
   }
-  EXPECT_EQ(sink->ItemEvent(uid, item.p, &bubble), 0);
-  EXPECT_EQ(sink->OnMenuEvent(menu.p, &bubble), 0);
-  EXPECT_EQ(sink->OnMenuEvent(nullptr, &bubble), 0);
-  EXPECT_EQ(sink->OnAppEvent(kShutDown), 0);
+  EXPECT_EQ(sink.ItemEvent(uid, item.p, &bubble), 0);
+  EXPECT_EQ(sink.OnMenuEvent(menu.p, &bubble), 0);
+  EXPECT_EQ(sink.OnMenuEvent(nullptr, &bubble), 0);
+  EXPECT_EQ(sink.OnAppEvent(kShutDown), 0);
   EXPECT_THAT(host.calls, ElementsAre());
   EXPECT_TRUE(log.records.empty());
 }
@@ -287,15 +282,15 @@ TEST_F(EventSinkTest, EveryEventReturnsZeroWithoutAScopeAfterTheStop) {
 TEST_F(EventSinkTest, EveryHandlerHasAScopeOfItsName) {
   const auto any = makeObject<FakeObject>();
   const auto menu = makeObject<FakeMenuEvent>(u"1281", true);
-  sink->ItemEvent(nullptr, nullptr, &bubble);
-  sink->OnMenuEvent(menu.p, &bubble);
-  sink->OnAppEvent(1);
-  sink->StatusBarEvent(nullptr, 0);
-  sink->ProgressBarEvent(nullptr, &bubble);
-  sink->PrintEvent(any.p, &bubble);
-  sink->ReportDataEvent(any.p, &bubble);
-  sink->RightClickEvent(nullptr, &bubble);
-  sink->FormDataEvent(nullptr, &bubble);
+  sink.ItemEvent(nullptr, nullptr, &bubble);
+  sink.OnMenuEvent(menu.p, &bubble);
+  sink.OnAppEvent(1);
+  sink.StatusBarEvent(nullptr, 0);
+  sink.ProgressBarEvent(nullptr, &bubble);
+  sink.PrintEvent(any.p, &bubble);
+  sink.ReportDataEvent(any.p, &bubble);
+  sink.RightClickEvent(nullptr, &bubble);
+  sink.FormDataEvent(nullptr, &bubble);
   std::vector<std::string> scopes;
   for (const LogRecord& record : log.records) {
     if (record.message == kEntering) scopes.push_back(toUtf8(record.function));

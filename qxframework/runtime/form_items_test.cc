@@ -1,8 +1,8 @@
 #include "qxframework/logging/result_names.h"
 #include "qxframework/runtime/addon_form.h"
-#include "qxframework/runtime/fake_controls.h"
-#include "qxframework/runtime/fake_host.h"
-#include "qxframework/runtime/test_addon.h"
+#include "qxframework/runtime/testing/fake_controls.h"
+#include "qxframework/runtime/testing/fake_host.h"
+#include "qxframework/runtime/testing/test_addon.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include "qxframework/host/metadata.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/runtime/framework_texts.h"
+#include "qxframework/runtime/internal/framework_texts.h"
 #include "qxframework/xml/dom.h"
 
 namespace {

@@ -63,6 +63,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   }
   HRESULT KeyDown(BSTR form, BSTR item, long key, VARIANT_BOOL* done) override {
     return act(done, [&](UserActions& user) {
+      if (key < 1 || key > 0xFFFF) raiseError(E_INVALIDARG);
       return user.key({textOf(form), textOf(item)}, static_cast<char16_t>(key));
     });
   }

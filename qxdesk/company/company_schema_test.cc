@@ -1,0 +1,333 @@
+#include "qxdesk/company/company_schema.h"
+
+#include "qxdesk/company/table_layout.h"
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+
+namespace qx::desk {
+namespace {
+
+class OpenTest : public testing::Test {
+ protected:
+  LoginTarget target(const std::string& file = "company.db") const {
+    return LoginTarget{folder.file(file), kMssql, ln_English, u"manager", u"Demo"};
+  }
+  void write(const std::string& file, const std::string& content) const {
+    std::ofstream(folder.file(file), std::ios::binary) << content;
+  }
+  LastError failureOf(const LoginTarget& place) const {
+    const CComPtr<ICompany> company = companyFor(place);
+    EXPECT_EQ(company->Connect(), kOpenFailed);
+    EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
+    return lastError(company);
+  }
+  LastError openFailed(const std::u16string& text) const { return {kOpenFailed, text}; }
+
+  TemporaryFolder folder;
+};
+
+/// A connection of another program.
+class ForeignProgram {
+ public:
+  explicit ForeignProgram(const std::string& file) {
+    EXPECT_EQ(sqlite3_open(file.c_str(), &db_), SQLITE_OK);
+  }
+  ~ForeignProgram() { sqlite3_close(db_); }
+  ForeignProgram(const ForeignProgram&) = delete;
+  ForeignProgram& operator=(const ForeignProgram&) = delete;
+  void run(const char* sql) {
+    EXPECT_EQ(sqlite3_exec(db_, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db_);
+  }
+
+ private:
+  sqlite3* db_ = nullptr;
+};
+
+/// Runs `body` in a process of its own, as a user without special rights; its result is the exit
+/// code. `body` must not use the connections of this process.
+int runAsNobody(const std::function<int()>& body) {
+  constexpr uid_t kNobody = 65534;
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(100);
+    _exit(body());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(OpenTest, AMissingFileBecomesANewCompany) {
+  const CComPtr<ICompany> company = connectTo(target());
+  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName, MainCurncy FROM OADM"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
+  EXPECT_EQ(rowsOf(company,
+                   u"SELECT Category, SubNum, F_RefDate, T_RefDate FROM OFPR "
+                   u"WHERE Code = '2024-02'"),
+            u"2024|2|2024-02-01 00:00:00|2024-02-29 00:00:00");
+  EXPECT_EQ(rowsOf(company, u"SELECT Rate FROM VTG1 WHERE Code = 'A2' ORDER BY EffecDate DESC"),
+            u"19\n16");
+}
+
+TEST_F(OpenTest, AnEmptyFileBecomesANewCompany) {
+  write("company.db", "");
+  connectTo(target());
+}
+
+TEST_F(OpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
+  addTable(connectTo(target()), u"QX");
+  LoginTarget renamed = target();
+  renamed.companyName = u"Other";
+  const CComPtr<ICompany> company = connectTo(renamed);
+  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName FROM OADM"), u"Demo");
+  EXPECT_EQ(addTable(company, u"QX"), -2035);
+}
+
+TEST_F(OpenTest, AllTablesAreThereForStatements) {
+  const CComPtr<ICompany> company = connectTo(target());
+  for (const TableLayout& table : systemTables()) {
+    query(company, u"SELECT * FROM " + toUtf16(table.name));
+  }
+}
+
+TEST_F(OpenTest, AMissingFolderIsTold) {
+  EXPECT_EQ(failureOf(target("no/company.db")),
+            openFailed(u"The folder of the company database '" +
+                       toUtf16(folder.file("no/company.db")) + u"' does not exist."));
+}
+
+TEST_F(OpenTest, AFolderInPlaceOfAFileIsTold) {
+  LoginTarget place = target();
+  place.database = folder.path().string();
+  EXPECT_EQ(failureOf(place),
+            openFailed(u"The company database '" + toUtf16(folder.path().string()) +
+                       u"' is a folder; a file is needed."));
+}
+
+TEST_F(OpenTest, AFileThatIsNoDatabaseIsTold) {
+  write("company.db", std::string(5000, 'x'));
+  EXPECT_EQ(failureOf(target()),
+            openFailed(u"'" + toUtf16(folder.file("company.db")) + u"' is not a database."));
+}
+
+TEST_F(OpenTest, ADatabaseOfSomethingElseIsToldAndLeftAlone) {
+  {
+    ForeignProgram other(folder.file("company.db"));
+    other.run("CREATE TABLE theirs (x)");
+  }
+  EXPECT_EQ(failureOf(target()), openFailed(u"The database '" + toUtf16(folder.file("company.db")) +
+                                            u"' has tables, but no company in it."));
+}
+
+TEST_F(OpenTest, ACompanyOfANewerVersionIsTold) {
+  connectTo(target());
+  ForeignProgram(folder.file("company.db")).run("PRAGMA user_version = 99");
+  EXPECT_EQ(failureOf(target()),
+            openFailed(u"The company database '" + toUtf16(folder.file("company.db")) +
+                       u"' was written by a newer version of this component."));
+}
+
+TEST_F(OpenTest, ADamagedFileIsTold) {
+  connectTo(target());
+  std::fstream file(folder.file("company.db"), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(100);
+  file << std::string(3000, '\x7F');
+  file.close();
+  const LastError error = failureOf(target());
+  EXPECT_TRUE(error.text.starts_with(u"The company database is damaged (")) << toUtf8(error.text);
+}
+
+TEST_F(OpenTest, DamageThatAStatementMeetsIsTold) {
+  const CComPtr<ICompany> company = connectTo(target());
+  company->Disconnect();
+  std::uintmax_t size = std::filesystem::file_size(folder.file("company.db"));
+  std::fstream file(folder.file("company.db"), std::ios::in | std::ios::out | std::ios::binary);
+  for (std::uintmax_t page = 5 * 4096; page < size; page += 4096) {
+    file.seekp(static_cast<std::streamoff>(page));
+    file << std::string(64, '\x7F');
+  }
+  file.close();
+  if (company->Connect() == 0) {
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT * FROM OITM ORDER BY ItemCode")); }),
+              kSqlFailure);
+  }
+  const LastError error = lastError(company);
+  EXPECT_TRUE(error.text.starts_with(u"The company database is damaged (")) << toUtf8(error.text);
+}
+
+TEST_F(OpenTest, AFileThatAnotherProgramHoldsIsToldAfterTheTimeout) {
+  connectTo(target());
+  ForeignProgram other(folder.file("company.db"));
+  other.run("PRAGMA locking_mode = EXCLUSIVE");
+  other.run("BEGIN EXCLUSIVE");
+  other.run("UPDATE OADM SET Country = 'FR'");
+  CompanyEnvironment environment = testEnvironment();
+  int slept = 0;
+  environment.sleep = [&slept](int milliseconds) { slept += milliseconds; };
+  const CComPtr<ICompany> company = companyFor(target(), environment);
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  EXPECT_EQ(lastError(company).text,
+            u"The company database is locked by another program. Try again when it has finished.");
+  EXPECT_GE(slept, environment.busyTimeoutMs);
+  EXPECT_LE(slept, 4 * environment.busyTimeoutMs);
+  other.run("COMMIT");
+}
+
+TEST_F(OpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
+  const CComPtr<ICompany> writer = connectTo(target());
+  const CComPtr<ICompany> other = connectTo(target());
+  writer->StartTransaction();
+  query(writer, u"UPDATE OADM SET Country = 'FR'");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"DE");
+  const auto rows = businessObject<IRecordset>(other, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'IT'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(other).text,
+            u"The company database is locked by another program. Try again when it has finished.");
+  EXPECT_EQ(codeOf([&] { other->StartTransaction(); }), kSqlFailure);
+  EXPECT_EQ(other->GetInTransaction(), VARIANT_FALSE);
+  writer->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"FR");
+}
+
+TEST_F(OpenTest, AWriterWaitsForAnother) {
+  const CComPtr<ICompany> writer = connectTo(target());
+  CompanyEnvironment environment = testEnvironment();
+  environment.sleep = [&writer, done = false](int) mutable {
+    if (!std::exchange(done, true)) writer->EndTransaction(VARIANT_TRUE);
+  };
+  const CComPtr<ICompany> other = connectTo(target(), environment);
+  writer->StartTransaction();
+  query(writer, u"UPDATE OADM SET Country = 'FR'");
+  query(other, u"UPDATE OADM SET MainCurncy = 'USD'");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country, MainCurncy FROM OADM"), u"FR|USD");
+}
+
+TEST_F(OpenTest, AFileThatIsDeletedWhileOpenIsTold) {
+  const CComPtr<ICompany> company = connectTo(target());
+  std::filesystem::remove(folder.file("company.db"));
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"The company database '" + toUtf16(folder.file("company.db")) +
+                u"' was moved or deleted while it was open. Connect again.");
+  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kSqlFailure);
+  EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
+}
+
+// A file that may only be read, in a folder that nobody may write to, and nobody has it open.
+TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
+  connectTo(target());
+  std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0444));
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
+  const int result = runAsNobody([&] {
+    const CComPtr<ICompany> company = companyFor(target());
+    if (company->Connect() != 0) return 1;
+    if (rowsOf(company, u"SELECT CompnyName FROM OADM") != u"Demo") return 2;
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    if (codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }) !=
+        kSqlFailure) {
+      return 3;
+    }
+    if (lastError(company).text !=
+        u"The company database can only be read; there is no permission to write to it.") {
+      return 4;
+    }
+    if (addTable(company, u"QX") != kSqlFailure) return 5;
+    return codeOf([&] { company->StartTransaction(); }) == kSqlFailure ? 0 : 6;
+  });
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(OpenTest, AReadOnlyFileIsReadWhileItsOwnerWrites) {
+  const CComPtr<ICompany> owner = connectTo(target());
+  query(owner, u"UPDATE OADM SET Country = 'FR'");
+  std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0444));
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+  const int result = runAsNobody([&] {
+    const CComPtr<ICompany> company = companyFor(target());
+    if (company->Connect() != 0) return 1;
+    return rowsOf(company, u"SELECT Country FROM OADM") == u"FR" ? 0 : 2;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(OpenTest, AFileWithoutPermissionIsTold) {
+  connectTo(target());
+  std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0600));
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+  const int result = runAsNobody([&] {
+    const CComPtr<ICompany> company = companyFor(target());
+    if (company->Connect() != kOpenFailed) return 1;
+    return lastError(company).text.starts_with(u"There is no permission to open") ? 0 : 2;
+  });
+  // Whoever owns the file may open it, so without special rights there is nothing to see here.
+  EXPECT_EQ(result, geteuid() == 0 ? 0 : 1);
+}
+
+TEST_F(OpenTest, AFolderWithoutPermissionIsTold) {
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
+  const int result = runAsNobody([&] {
+    const CComPtr<ICompany> company = companyFor(target());
+    if (company->Connect() != kOpenFailed) return 1;
+    return lastError(company).text.starts_with(u"There is no permission to open") ? 0 : 2;
+  });
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+  EXPECT_EQ(result, 0);
+}
+
+TEST_F(OpenTest, AFailureWhileACompanyIsMadeLeavesAFileThatCanBeTriedAgain) {
+  for (int refuse = 1; refuse < 60; refuse += 3) {
+    const LoginTarget place = target(std::to_string(refuse) + ".db");
+    FaultPlan plan{0, refuse, Fault::Full};
+    const CComPtr<ICompany> company = companyFor(place, testEnvironment(), failingOpen(&plan));
+    if (company->Connect() == 0) {
+      EXPECT_GT(refuse, 20);
+      break;
+    }
+    EXPECT_EQ(lastError(company), openFailed(u"The disk of the company database is full."));
+    EXPECT_EQ(company->Connect(), 0) << refuse;
+    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OADM"), u"1");
+  }
+}
+
+TEST_F(OpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
+  constexpr int kProcesses = 6;
+  std::array<int, 2> start{};
+  ASSERT_EQ(pipe(start.data()), 0);
+  std::vector<pid_t> children;
+  for (int i = 0; i < kProcesses; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      close(start[1]);
+      char go = 0;
+      while (read(start[0], &go, 1) > 0) {
+      }
+      const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
+      _exit(company->Connect() == 0 && rowsOf(company, u"SELECT COUNT(*) FROM OADM") == u"1" ? 0
+                                                                                             : 1);
+    }
+    children.push_back(child);
+  }
+  close(start[0]);
+  close(start[1]);
+  for (const pid_t child : children) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  }
+}
+
+}  // namespace
+}  // namespace qx::desk

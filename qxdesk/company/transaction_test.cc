@@ -1,0 +1,198 @@
+#include "qxdesk/company/company_session.h"
+#include "qxdesk/company/test_support.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+
+namespace qx::desk {
+namespace {
+
+class TransactionTest : public CompanyTest {
+ protected:
+  TransactionTest() { EXPECT_EQ(addTable(company, u"QX"), 0); }
+  void insert(const CComPtr<ICompany>& by, const std::u16string& code) {
+    query(by, u"INSERT INTO [@QX] (Code, Name) VALUES ('" + code + u"', 'n')");
+  }
+  std::u16string codes(const CComPtr<ICompany>& by) {
+    return rowsOf(by, u"SELECT Code FROM [@QX] ORDER BY Code");
+  }
+};
+
+TEST_F(TransactionTest, ACommitKeepsTheRows) {
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  company->StartTransaction();
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
+  insert(company, u"1");
+  EXPECT_EQ(codes(another()), u"");
+  company->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  EXPECT_EQ(codes(another()), u"1");
+}
+
+TEST_F(TransactionTest, ARollbackForgetsThem) {
+  insert(company, u"0");
+  company->StartTransaction();
+  insert(company, u"1");
+  EXPECT_EQ(codes(company), u"0\n1");
+  company->EndTransaction(VARIANT_FALSE);
+  EXPECT_EQ(codes(company), u"0");
+}
+
+TEST_F(TransactionTest, AnySetFlagCommits) {
+  company->StartTransaction();
+  insert(company, u"1");
+  company->EndTransaction(1);
+  EXPECT_EQ(codes(another()), u"1");
+}
+
+TEST_F(TransactionTest, OnlyOneIsOpenAtATime) {
+  company->StartTransaction();
+  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kWrongTransactionState);
+  EXPECT_EQ(lastError(company).text, u"A transaction is open already.");
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
+}
+
+TEST_F(TransactionTest, EndingNoneFails) {
+  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(lastError(company).text, u"No transaction is open.");
+}
+
+TEST_F(TransactionTest, AFailedStatementLeavesItOpen) {
+  company->StartTransaction();
+  insert(company, u"1");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')")); }),
+      kSqlFailure);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
+  insert(company, u"2");
+  company->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(codes(company), u"1\n2");
+}
+
+TEST_F(TransactionTest, DisconnectRollsBack) {
+  company->StartTransaction();
+  insert(company, u"1");
+  company->Disconnect();
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  EXPECT_EQ(codes(another()), u"");
+}
+
+TEST_F(TransactionTest, TheDeathOfTheProcessRollsBack) {
+  std::array<int, 2> ready{};
+  ASSERT_EQ(pipe(ready.data()), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    const CComPtr<ICompany> own = another();
+    own->StartTransaction();
+    insert(own, u"1");
+    if (write(ready[1], "x", 1) != 1) _exit(1);
+    pause();
+  }
+  char mark = 0;
+  ASSERT_EQ(read(ready[0], &mark, 1), 1);
+  EXPECT_EQ(codes(company), u"");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')")); }),
+      kSqlFailure);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  close(ready[0]);
+  close(ready[1]);
+  insert(company, u"2");
+  EXPECT_EQ(codes(company), u"2");
+}
+
+/// An engine that rolls back by itself, as one does whose disk is full.
+class LosingDatabase final : public Database {
+ public:
+  std::unique_ptr<Statement> prepare(std::string_view sql) override {
+    if (sql == "BEGIN IMMEDIATE") open = true;
+    if (sql == "COMMIT" && failCommit) throw DatabaseError(Fault::Full, "full");
+    if (sql == "COMMIT" || sql == "ROLLBACK") open = false;
+    return std::make_unique<Nothing>();
+  }
+  std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override { return prepare(sql); }
+  sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
+  const sql::Catalog& catalog() override { return catalog_; }
+  void noticeChanges() override {}
+  bool isReadOnly() const override { return false; }
+  bool inTransaction() const override { return open; }
+  bool isGone() const override { return false; }
+
+  bool open = false;
+  bool failCommit = false;
+
+ private:
+  struct NoCatalog final : sql::Catalog {
+    sql::ColumnType columnType(std::string_view, std::string_view) const override {
+      return sql::ColumnType::Unknown;
+    }
+  };
+  struct Nothing final : Statement {
+    void bind(int, std::int64_t) override {}
+    void bind(int, double) override {}
+    void bind(int, std::string_view) override {}
+    bool step() override { return false; }
+    void reset() override {}
+    int columnCount() const override { return 0; }
+    std::string columnName(int) const override { return {}; }
+    sql::ColumnType declaredType(int) const override { return sql::ColumnType::Unknown; }
+    Storage storage(int) const override { return Storage::Null; }
+    std::int64_t integer(int) const override { return 0; }
+    double real(int) const override { return 0; }
+    std::string_view text(int) const override { return {}; }
+  };
+  NoCatalog catalog_;
+};
+
+class LostTransactionTest : public testing::Test {
+ protected:
+  LostTransactionTest() {
+    const OpenDatabase open = [this](const std::string&, const CompanyEnvironment&) {
+      auto made = std::make_unique<LosingDatabase>();
+      database = made.get();
+      return std::unique_ptr<Database>(std::move(made));
+    };
+    company = connectThrough(open, {"x", kMssql, ln_English, u"", u""});
+  }
+  LosingDatabase* database = nullptr;
+  CComPtr<ICompany> company;
+};
+
+TEST_F(LostTransactionTest, RefusesFurtherStatementsUntilItIsEnded) {
+  company->StartTransaction();
+  database->open = false;
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"DELETE FROM OADM")); }), kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"The database has rolled the transaction back after a failure; nothing of it was "
+            u"kept.");
+  EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
+  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+}
+
+TEST_F(LostTransactionTest, CanBeRolledBackWithoutComplaint) {
+  company->StartTransaction();
+  database->open = false;
+  EXPECT_EQ(company->EndTransaction(VARIANT_FALSE), S_OK);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+}
+
+TEST_F(LostTransactionTest, AFailedCommitLeavesNoneOpen) {
+  company->StartTransaction();
+  database->failCommit = true;
+  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  EXPECT_FALSE(database->open);
+  database->failCommit = false;
+  EXPECT_EQ(company->StartTransaction(), S_OK);
+}
+
+}  // namespace
+}  // namespace qx::desk

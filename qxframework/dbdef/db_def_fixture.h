@@ -1,0 +1,120 @@
+#pragma once
+
+// What the tests of CQXDbDef share: the fakes of the host, a log that is kept, a clock that stands
+// still, and definitions that stand beside the expectations.
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/dbdef/db_def.h"
+#include "qxframework/foundation/version.h"
+#include "qxframework/os/clock.h"
+#include "qxframework/resources/resource_loader.h"
+#include "tests/support/definition_file.h"
+#include "tests/support/fake_application.h"
+#include "tests/support/fake_company.h"
+#include "tests/support/recording_logger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qx::test {
+
+/// The code that `call` raises, 0 if it raises none.
+inline HRESULT raisedBy(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const _com_error& error) {
+    return error.Error();
+  }
+  return S_OK;
+}
+
+/// A definition of one user table "T", which has `content`.
+inline std::string userTable(std::string_view content) {
+  return "<database><usertables><usertable TableName=\"T\">" + std::string(content) +
+         "</usertable></usertables></database>";
+}
+
+inline std::string userField(std::string_view field) {
+  return userTable("<userfields>" + std::string(field) + "</userfields>");
+}
+
+/// 1 other engines, 2 bare names, 3 and 4 as 1, 9 double quotes.
+inline constexpr long kEngines[] = {1, 2, 3, 4, 9};
+
+class DbDefTest : public ::testing::Test {
+ protected:
+  /// Made at the first use: engine and language are to be set before.
+  CQXDbDef& def() {
+    if (!def_) def_.emplace(application, company, loader, u"QX", ln_English, module);
+    return *def_;
+  }
+  long create(std::string_view definition, bool noUpgradeStamp = true) {
+    file.write(definition);
+    return createResource(DefinitionFile::kResource, noUpgradeStamp);
+  }
+  long createResource(unsigned resource, bool noUpgradeStamp = true) {
+    return def().Create(resource, noUpgradeStamp, version);
+  }
+
+  /// "<level> <text>" of what `function` logged, the trace of its calls left out.
+  std::vector<std::string> log(std::u16string_view function) const {
+    std::vector<std::string> lines;
+    for (const LogRecord& record : logger.records) {
+      const std::u16string_view text = record.message;
+      if (record.function != function || text.starts_with(u"Entering function") ||
+          text.starts_with(u"Leaving function")) {
+        continue;
+      }
+      lines.push_back(std::to_string(record.level) + " " + toUtf8(text));
+    }
+    return lines;
+  }
+  /// All the errors and warnings, in order.
+  std::vector<std::string> complaints() const {
+    std::vector<std::string> lines;
+    for (const LogRecord& record : logger.records)
+      if (record.level <= 2 && !record.message.starts_with(u"SQL: "))
+        lines.push_back(std::to_string(record.level) + " " + toUtf8(record.message));
+    return lines;
+  }
+  /// The statements but for those of the version table.
+  std::vector<std::string> statements() const {
+    std::vector<std::string> found;
+    for (const std::string& each : company->statements())
+      if (each.find("@QXEXTDBV") == std::string::npos) found.push_back(each);
+    return found;
+  }
+  /// The status words that were stamped, in order.
+  std::vector<std::string> stamps() const {
+    std::vector<std::string> found;
+    for (const std::string& each : company->statements()) {
+      if (!each.starts_with("insert into") || each.find("@QXEXTDBV") == std::string::npos) continue;
+      for (const char* status : {"Upgrading", "Upgrade failed", "Installed"})
+        if (each.find(std::string("'") + status + "'") != std::string::npos)
+          found.push_back(status);
+    }
+    return found;
+  }
+
+  HostCalls calls;
+  CComPtr<FakeCompany> company = makeCompany(calls);
+  CComPtr<FakeApplication> application = makeObject<FakeApplication>(calls);
+  RecordingLogger logger;
+  CQXResourceLoader loader;
+  HINSTANCE module = nullptr;
+  CQXVersion version{u"0.00.00.00.00"};
+  ManualClock clock;
+  DefinitionFile file;
+
+ private:
+  ScopedClock scopedClock_{clock};
+  std::optional<CQXDbDef> def_;
+};
+
+}  // namespace qx::test
