@@ -74,7 +74,7 @@ TEST_F(PlayingClient, FinishesTheStepInWhichTheLastObjectGoes) {
   DWORD cookie = 0;
   point->Advise(sink.p, &cookie);
   app->PutStartupDone(VARIANT_TRUE);
-  EXPECT_EQ(pump(), "shut the client down\n");
+  EXPECT_EQ(pump(), "shut the client down\nF_0 169 \"Main Menu\" selected\n");
 }
 
 TEST(SharedProgressBar, IsHeldByOneClientOfTheMachine) {

@@ -9,7 +9,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/automation/type_info.h"
 #include "qxframework/host/gui_api.h"
-#include "qxframework/runtime/testing/host_stubs.h"
+#include "tests/support/host_stubs.h"
 
 #include <deque>
 #include <functional>
