@@ -30,8 +30,8 @@ std::string homeFolder() {
   return found->pw_dir;
 }
 
-// A relative folder in a base directory variable is to be ignored (XDG Base Directory
-// Specification, "Basics").
+// A relative folder in a base directory variable is to be ignored, by the XDG rules for base
+// directories.
 std::string userFolder(const char* name, std::string_view belowHome) {
   if (std::string folder = variable(name); folder.starts_with('/')) return folder;
   const std::string home = homeFolder();

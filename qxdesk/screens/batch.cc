@@ -147,24 +147,24 @@ void Batch::addMenu(const XmlElement& menu) {
   if (!type || *type < mt_String || *type > mt_Separator) raiseError(kMenuInvalidType);
   const auto position = decimalNumber(menu.attribute(u"position").value_or(u"-1"));
   if (!position) raiseError(kMenuPositionNotValid);
-  MenuSpec spec;
-  spec.uid = menu.text(u"uniqueid");
-  spec.text = menu.text(u"string");
-  spec.type = static_cast<HvMenuType>(*type);
-  spec.checked = flagOf(menu, u"checked", false);
-  spec.enabled = flagOf(menu, u"enabled", true);
-  spec.image = menu.text(u"image");
-  desk_.menus.add(*father, std::move(spec), *position);
+  MenuProperties properties;
+  properties.uid = menu.text(u"uniqueid");
+  properties.text = menu.text(u"string");
+  properties.type = static_cast<HvMenuType>(*type);
+  properties.checked = flagOf(menu, u"checked", false);
+  properties.enabled = flagOf(menu, u"enabled", true);
+  properties.image = menu.text(u"image");
+  desk_.menus.add(*father, std::move(properties), *position);
 }
 
 void Batch::updateMenu(MenuEntry& entry, const XmlElement& menu) {
-  MenuSpec& spec = entry.spec();
+  MenuProperties& properties = entry.properties();
   const bool renames = menu.has(u"string") || menu.has(u"image");
   if (renames && entry.isSystem()) raiseError(kNotAUserMenuItem);
-  spec.text = menu.attribute(u"string").value_or(spec.text);
-  spec.image = menu.attribute(u"image").value_or(spec.image);
-  spec.checked = flagOf(menu, u"checked", spec.checked);
-  spec.enabled = flagOf(menu, u"enabled", spec.enabled);
+  properties.text = menu.attribute(u"string").value_or(properties.text);
+  properties.image = menu.attribute(u"image").value_or(properties.image);
+  properties.checked = flagOf(menu, u"checked", properties.checked);
+  properties.enabled = flagOf(menu, u"enabled", properties.enabled);
 }
 
 void Batch::applyForm(Action action, const XmlElement& element) {

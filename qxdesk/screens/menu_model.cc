@@ -10,13 +10,13 @@ namespace qx::screens {
 namespace {
 
 void print(const MenuEntry& entry, std::size_t level, std::u16string& out) {
-  const MenuSpec& spec = entry.spec();
-  out.append(2 * level, u' ').append(spec.uid);
-  if (spec.type != mt_Separator) out.append(u" \"").append(spec.text).append(u"\"");
-  if (spec.type == mt_Popup) out += u" popup";
-  if (spec.type == mt_Separator) out += u" separator";
-  if (spec.checked) out += u" checked";
-  if (!spec.enabled) out += u" disabled";
+  const MenuProperties& properties = entry.properties();
+  out.append(2 * level, u' ').append(properties.uid);
+  if (properties.type != mt_Separator) out.append(u" \"").append(properties.text).append(u"\"");
+  if (properties.type == mt_Popup) out += u" popup";
+  if (properties.type == mt_Separator) out += u" separator";
+  if (properties.checked) out += u" checked";
+  if (!properties.enabled) out += u" disabled";
   out += u'\n';
   for (const auto& child : entry.children()) print(*child, level + 1, out);
 }
@@ -31,9 +31,9 @@ bool MenuEntry::isBelow(const MenuEntry& ancestor) const {
 }
 
 MenuModel::MenuModel() {
-  MenuSpec spec;
-  spec.type = mt_Popup;
-  root_ = std::make_shared<MenuEntry>(std::move(spec), nullptr, true);
+  MenuProperties properties;
+  properties.type = mt_Popup;
+  root_ = std::make_shared<MenuEntry>(std::move(properties), nullptr, true);
 }
 
 std::shared_ptr<MenuEntry> MenuModel::find(std::u16string_view uid) const {
@@ -42,21 +42,22 @@ std::shared_ptr<MenuEntry> MenuModel::find(std::u16string_view uid) const {
   return found == byUid_.end() ? nullptr : found->second.lock();
 }
 
-std::shared_ptr<MenuEntry> MenuModel::add(MenuEntry& father, MenuSpec spec, long position) {
-  return insert(father, std::move(spec), position, false);
+std::shared_ptr<MenuEntry> MenuModel::add(MenuEntry& father, MenuProperties properties,
+                                          long position) {
+  return insert(father, std::move(properties), position, false);
 }
 
-std::shared_ptr<MenuEntry> MenuModel::addSystem(MenuEntry& father, MenuSpec spec) {
-  return insert(father, std::move(spec), -1, true);
+std::shared_ptr<MenuEntry> MenuModel::addSystem(MenuEntry& father, MenuProperties properties) {
+  return insert(father, std::move(properties), -1, true);
 }
 
-std::shared_ptr<MenuEntry> MenuModel::insert(MenuEntry& father, MenuSpec spec, long position,
-                                             bool system) {
-  if (spec.uid.empty() || father.spec_.type != mt_Popup) raiseError(kInvalidMenuItem);
-  if (spec.type < mt_String || spec.type > mt_Separator) raiseError(kMenuInvalidType);
+std::shared_ptr<MenuEntry> MenuModel::insert(MenuEntry& father, MenuProperties properties,
+                                             long position, bool system) {
+  if (properties.uid.empty() || father.properties_.type != mt_Popup) raiseError(kInvalidMenuItem);
+  if (properties.type < mt_String || properties.type > mt_Separator) raiseError(kMenuInvalidType);
   if (position < -1) raiseError(kMenuPositionNotValid);
-  if (find(spec.uid) != nullptr) raiseError(kMenuAlreadyExists);
-  auto entry = std::make_shared<MenuEntry>(std::move(spec), &father, system);
+  if (find(properties.uid) != nullptr) raiseError(kMenuAlreadyExists);
+  auto entry = std::make_shared<MenuEntry>(std::move(properties), &father, system);
   auto& siblings = father.children_;
   const auto end = static_cast<long>(siblings.size());
   const long at = position < 0 ? end : std::min(position, end);

@@ -14,7 +14,7 @@
 
 namespace qx::screens {
 
-struct MenuSpec {
+struct MenuProperties {
   std::u16string uid;
   std::u16string text;
   HvMenuType type = mt_String;
@@ -27,12 +27,12 @@ struct MenuSpec {
 /// removed is gone with everything below it.
 class MenuEntry {
  public:
-  MenuEntry(MenuSpec spec, MenuEntry* father, bool system)
-      : spec_(std::move(spec)), father_(father), system_(system) {}
+  MenuEntry(MenuProperties properties, MenuEntry* father, bool system)
+      : properties_(std::move(properties)), father_(father), system_(system) {}
 
-  const std::u16string& uid() const { return spec_.uid; }
-  MenuSpec& spec() { return spec_; }
-  const MenuSpec& spec() const { return spec_; }
+  const std::u16string& uid() const { return properties_.uid; }
+  MenuProperties& properties() { return properties_; }
+  const MenuProperties& properties() const { return properties_; }
   /// Null for the root and for an entry that has been removed.
   MenuEntry* father() const { return father_; }
   bool isSystem() const { return system_; }
@@ -43,7 +43,7 @@ class MenuEntry {
  private:
   friend class MenuModel;
 
-  MenuSpec spec_;
+  MenuProperties properties_;
   MenuEntry* father_;
   bool system_;
   std::vector<std::shared_ptr<MenuEntry>> children_;
@@ -62,9 +62,9 @@ class MenuModel {
   /// from 0; -1 or a position behind the end puts it last. Raises kInvalidMenuItem for an empty UID
   /// or a father that is no popup, kMenuAlreadyExists, kMenuInvalidType, kMenuPositionNotValid for
   /// a position below -1.
-  std::shared_ptr<MenuEntry> add(MenuEntry& father, MenuSpec spec, long position);
+  std::shared_ptr<MenuEntry> add(MenuEntry& father, MenuProperties properties, long position);
   /// The same for an entry of the client itself.
-  std::shared_ptr<MenuEntry> addSystem(MenuEntry& father, MenuSpec spec);
+  std::shared_ptr<MenuEntry> addSystem(MenuEntry& father, MenuProperties properties);
   /// Removes the entry and all below it. Raises kNotAUserMenuItem for one of the client's own,
   /// kInvalidMenuItem for one that is removed already.
   void remove(MenuEntry& entry);
@@ -75,7 +75,8 @@ class MenuModel {
   std::u16string tree() const;
 
  private:
-  std::shared_ptr<MenuEntry> insert(MenuEntry& father, MenuSpec spec, long position, bool system);
+  std::shared_ptr<MenuEntry> insert(MenuEntry& father, MenuProperties properties, long position,
+                                    bool system);
   void forget(MenuEntry& entry);
   void removeAddOnEntriesBelow(MenuEntry& entry);
 

@@ -7,12 +7,12 @@
 namespace qx::screens {
 namespace {
 
-MenuSpec entry(std::u16string uid, std::u16string text, HvMenuType type = mt_String) {
-  MenuSpec spec;
-  spec.uid = std::move(uid);
-  spec.text = std::move(text);
-  spec.type = type;
-  return spec;
+MenuProperties entry(std::u16string uid, std::u16string text, HvMenuType type = mt_String) {
+  MenuProperties properties;
+  properties.uid = std::move(uid);
+  properties.text = std::move(text);
+  properties.type = type;
+  return properties;
 }
 
 TEST(MenuModel, InsertsByPositionAndPutsTheRestLast) {
@@ -32,7 +32,7 @@ TEST(MenuModel, InsertsByPositionAndPutsTheRestLast) {
 
 TEST(MenuModel, PrintsSeparatorsChecksAndDisabledEntries) {
   MenuModel menus;
-  MenuSpec off = entry(u"B", u"off");
+  MenuProperties off = entry(u"B", u"off");
   off.enabled = false;
   off.checked = true;
   menus.add(*menus.root(), entry(u"A", u"", mt_Separator), -1);
@@ -43,8 +43,8 @@ TEST(MenuModel, PrintsSeparatorsChecksAndDisabledEntries) {
 TEST(MenuModel, RefusesWhatDoesNotFitTheTree) {
   MenuModel menus;
   MenuEntry& leaf = *menus.add(*menus.root(), entry(u"A", u"leaf"), -1);
-  const auto add = [&](MenuEntry& father, MenuSpec spec, long position) {
-    return codeOf([&] { menus.add(father, spec, position); });
+  const auto add = [&](MenuEntry& father, MenuProperties properties, long position) {
+    return codeOf([&] { menus.add(father, properties, position); });
   };
   EXPECT_EQ(add(*menus.root(), entry(u"A", u"again"), -1), kMenuAlreadyExists);
   EXPECT_EQ(add(leaf, entry(u"B", u"below a leaf"), -1), kInvalidMenuItem);

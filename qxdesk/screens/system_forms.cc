@@ -122,11 +122,11 @@ constexpr FormRow kForms[] = {
 
 void addSystemMenus(MenuModel& menus) {
   for (const MenuRow& row : kMenus) {
-    MenuSpec spec;
-    spec.uid = row.uid;
-    spec.text = row.text;
-    spec.type = row.type;
-    menus.addSystem(*menus.find(row.father), std::move(spec));
+    MenuProperties properties;
+    properties.uid = row.uid;
+    properties.text = row.text;
+    properties.type = row.type;
+    menus.addSystem(*menus.find(row.father), std::move(properties));
   }
 }
 

@@ -18,7 +18,7 @@ constexpr char16_t kFirstPrintableKey = 32;
 
 bool isReachable(const MenuEntry& entry) {
   for (const MenuEntry* at = &entry; at != nullptr; at = at->father()) {
-    if (!at->spec().enabled) return false;
+    if (!at->properties().enabled) return false;
   }
   return true;
 }
@@ -42,7 +42,7 @@ void markChanged(FormModel& form, ItemModel& item) {
 
 bool UserActions::pickMenu(std::u16string_view uid) {
   const auto entry = desk_.menus.find(uid);
-  if (entry == nullptr || entry->father() == nullptr || entry->spec().type == mt_Separator) {
+  if (entry == nullptr || entry->father() == nullptr || entry->properties().type == mt_Separator) {
     raiseError(kInvalidMenuItem);
   }
   if (!isReachable(*entry)) raiseError(kNotValidTarget);

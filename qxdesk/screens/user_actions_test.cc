@@ -48,7 +48,7 @@ TEST_F(UserTest, RefusesMenuEntriesThatCannotBePicked) {
   EXPECT_EQ(codeOf([&] { user_.pickMenu(u"none"); }), kInvalidMenuItem);
   EXPECT_EQ(codeOf([&] { user_.pickMenu(u""); }), kInvalidMenuItem);
   EXPECT_EQ(codeOf([&] { user_.pickMenu(u"1284"); }), kInvalidMenuItem);
-  desk_.menus.find(u"3000")->spec().enabled = false;
+  desk_.menus.find(u"3000")->properties().enabled = false;
   EXPECT_EQ(codeOf([&] { user_.pickMenu(u"3001"); }), kNotValidTarget);
 }
 

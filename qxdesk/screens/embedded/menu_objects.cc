@@ -32,25 +32,25 @@ class MenuItemObject final : public HostObject<IMenuItem> {
     return giveString(out, [&] { return entry()->uid(); });
   }
   HRESULT raw_GetString(BSTR* out) override {
-    return giveString(out, [&] { return entry()->spec().text; });
+    return giveString(out, [&] { return entry()->properties().text; });
   }
   HRESULT raw_GetType(HvMenuType* out) override {
-    return give(out, [&] { return entry()->spec().type; });
+    return give(out, [&] { return entry()->properties().type; });
   }
   HRESULT raw_GetSubMenus(IMenus** out) override {
     return giveNew(out, [&] { return makeMenus(clientPtr(), entry()); });
   }
   HRESULT raw_GetChecked(VARIANT_BOOL* out) override {
-    return giveFlag(out, [&] { return entry()->spec().checked; });
+    return giveFlag(out, [&] { return entry()->properties().checked; });
   }
   HRESULT raw_PutChecked(VARIANT_BOOL checked) override {
-    return run([&] { entry()->spec().checked = checked != VARIANT_FALSE; });
+    return run([&] { entry()->properties().checked = checked != VARIANT_FALSE; });
   }
   HRESULT raw_GetEnabled(VARIANT_BOOL* out) override {
-    return giveFlag(out, [&] { return entry()->spec().enabled; });
+    return giveFlag(out, [&] { return entry()->properties().enabled; });
   }
   HRESULT raw_PutEnabled(VARIANT_BOOL enabled) override {
-    return run([&] { entry()->spec().enabled = enabled != VARIANT_FALSE; });
+    return run([&] { entry()->properties().enabled = enabled != VARIANT_FALSE; });
   }
   std::shared_ptr<MenuEntry> entry() const { return entry_.get(); }
 
@@ -77,11 +77,12 @@ class MenusObject final : public HostObject<IMenus> {
   }
   HRESULT raw_Add(BSTR uid, BSTR text, HvMenuType type, long position, IMenuItem** out) override {
     return giveNew(out, [&] {
-      MenuSpec spec;
-      spec.uid = viewOfBstr(uid);
-      spec.text = viewOfBstr(text);
-      spec.type = type;
-      return makeMenuItem(clientPtr(), desk().menus.add(*father_.get(), std::move(spec), position));
+      MenuProperties properties;
+      properties.uid = viewOfBstr(uid);
+      properties.text = viewOfBstr(text);
+      properties.type = type;
+      return makeMenuItem(clientPtr(),
+                          desk().menus.add(*father_.get(), std::move(properties), position));
     });
   }
   HRESULT raw_Remove(IMenuItem* item) override {
