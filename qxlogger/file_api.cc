@@ -76,8 +76,9 @@ void makeFolders(FileApi& files, const std::string& path) {
 }  // namespace
 
 FileApi& FileApi::system() {
-  static SystemFiles files;
-  return files;
+  // Never destroyed: the log is written until the very end of the process.
+  static auto* const files = new SystemFiles;
+  return *files;
 }
 
 int openInFolder(FileApi& files, const std::string& path, int flags) {

@@ -20,8 +20,9 @@ class SystemClock final : public LogClock {
 }  // namespace
 
 LogClock& LogClock::system() {
-  static SystemClock clock;
-  return clock;
+  // Never destroyed: the log is written until the very end of the process.
+  static auto* const clock = new SystemClock;
+  return *clock;
 }
 
 }  // namespace qx::logger

@@ -133,12 +133,17 @@ TEST_F(Events, FormDataReachTheFormAndNotTheAddOn) {
   EXPECT_FALSE(desk.formData(form, "17", "KEY"));
 }
 
-TEST_F(Events, ALanguageChangeReachesTheAddOnAndKeepsTheCommonMenu) {
+TEST_F(Events, ALanguageChangeReachesTheAddOnAndBuildsTheCommonMenuAnew) {
   const std::string menus = desk.menus();
   desk.changeLanguage(ln_German);
   EXPECT_THAT(record.take(), ElementsAre("OnChangeLanguage"));
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Language changed to 'ln_German'\n"));
+  EXPECT_THAT(desk.menus(), testing::EndsWith("43523 \"Add-Ons\" popup\n"
+                                              "  QX_551 \"Protokolleinstellungen des "
+                                              "Halvex-Add-Ons\"\n"));
+  desk.changeLanguage(ln_English);
   EXPECT_EQ(desk.menus(), menus);
+  EXPECT_FALSE(log.has(u"Failed to create add-on menu tree!"));
 }
 
 TEST_F(Events, ACompanyChangeConnectsTheNewCompanyAndPreparesIt) {

@@ -117,7 +117,7 @@ void CQXEventSink::UnadviseEvents() {
   CReturnValue<void> scope(u"CQXEventSink::UnadviseEvents", m_lAppId);
   {
     const qx::CriticalSectionLock lock(m_cs);
-    m_mapForms.clear();
+    m_mapFormsLeftOpen.swap(m_mapForms);
   }
   if (m_ptrEventSource != nullptr && m_ptrConnectionPoint != nullptr &&
       m_ptrConnectionPoint->Unadvise(m_dwCookie) != S_OK) {
