@@ -200,31 +200,33 @@ long CQXEventSink::StatusBarEvent(BSTR text, long type) {
   return hr;
 }
 
-long CQXEventSink::ProgressBarEvent(IMenuEvent* event, short* bubble) {
+// Events of the client as a whole: the add-on's handler alone has a say, and may veto.
+template <class Operation>
+long CQXEventSink::PassToAddOn(const OLECHAR* name, short* bubble, const OLECHAR* message,
+                               Operation operation) {
   if (m_bShutdown) return S_OK;
-  Scope hr(u"CQXEventSink::ProgressBarEvent", 0, m_lAppId);
+  Scope hr(name, 0, m_lAppId);
   const qx::BubbleRule rule(bubble);
-  AskAddOn(hr, u"Add-on's OnProgressBarEvent handler threw an exception",
-           [&](CQXIDispatch& addOn) { return addOn.OnProgressBarEvent(event, bubble); });
+  AskAddOn(hr, message, operation);
   return hr;
+}
+
+long CQXEventSink::ProgressBarEvent(IMenuEvent* event, short* bubble) {
+  return PassToAddOn(u"CQXEventSink::ProgressBarEvent", bubble,
+                     u"Add-on's OnProgressBarEvent handler threw an exception",
+                     [&](CQXIDispatch& addOn) { return addOn.OnProgressBarEvent(event, bubble); });
 }
 
 long CQXEventSink::PrintEvent(IDispatch* event, short* bubble) {
-  if (m_bShutdown) return S_OK;
-  Scope hr(u"CQXEventSink::PrintEvent", 0, m_lAppId);
-  const qx::BubbleRule rule(bubble);
-  AskAddOn(hr, u"Add-on's OnPrintEvent handler threw an exception",
-           [&](CQXIDispatch& addOn) { return addOn.OnPrintEvent(event, bubble); });
-  return hr;
+  return PassToAddOn(u"CQXEventSink::PrintEvent", bubble,
+                     u"Add-on's OnPrintEvent handler threw an exception",
+                     [&](CQXIDispatch& addOn) { return addOn.OnPrintEvent(event, bubble); });
 }
 
 long CQXEventSink::ReportDataEvent(IDispatch* event, short* bubble) {
-  if (m_bShutdown) return S_OK;
-  Scope hr(u"CQXEventSink::ReportDataEvent", 0, m_lAppId);
-  const qx::BubbleRule rule(bubble);
-  AskAddOn(hr, u"Add-on's OnReportDataEvent handler threw an exception",
-           [&](CQXIDispatch& addOn) { return addOn.OnReportDataEvent(event, bubble); });
-  return hr;
+  return PassToAddOn(u"CQXEventSink::ReportDataEvent", bubble,
+                     u"Add-on's OnReportDataEvent handler threw an exception",
+                     [&](CQXIDispatch& addOn) { return addOn.OnReportDataEvent(event, bubble); });
 }
 
 long CQXEventSink::RightClickEvent(IContextMenuInfo* info, short* bubble) {

@@ -134,6 +134,8 @@ class QX_API CQXEventSink : public IDispatch {
   template <class Operation>
   void AskAddOn(Scope& hr, const OLECHAR* message, Operation operation);
   template <class Operation>
+  long PassToAddOn(const OLECHAR* name, short* bubble, const OLECHAR* message, Operation operation);
+  template <class Operation>
   void AskAddOnUnlessVetoed(Scope& hr, short* bubble, const OLECHAR* message, Operation operation);
 
   // event_sink_run.cc
