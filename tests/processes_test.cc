@@ -169,7 +169,17 @@ TEST_F(Processes, OneKilledInsideAMessageBoxReleasesTheMutex) {
   const auto next = start();
   EXPECT_EQ(next->line(), kEnter);
   EXPECT_EQ(next->line(), "log Uncompleted update detected.");
-  EXPECT_EQ(ask(*next, "ignored"), kFirstQuestion);
+  EXPECT_EQ(next->line(), kFirstQuestion);
+  EXPECT_EQ(ask(*next, "2"), kSecondQuestion);
+  next->kill();
+  const auto last = start();
+  EXPECT_EQ(last->line(), kEnter);
+  EXPECT_EQ(last->line(), "log Uncompleted update detected.");
+  EXPECT_EQ(last->line(), kFirstQuestion);
+  EXPECT_EQ(ask(*last, "2"), kSecondQuestion);
+  EXPECT_EQ(ask(*last, "2"), "loading 1");
+  finishStart(*last);
+  EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed"));
 }
 
 TEST_F(Processes, OneKilledWhileTheFrameworksTablesAreCreatedIsMadeGoodByTheNext) {

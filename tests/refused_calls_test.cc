@@ -25,6 +25,7 @@ using testing::ElementsAre;
 struct Gate {
   std::string name;
   CLSID clsid;
+  HRESULT answer;  // of the call that is not done
   friend std::ostream& operator<<(std::ostream& out, const Gate& gate) { return out << gate.name; }
 };
 
@@ -53,7 +54,7 @@ class RefusedCall : public testing::TestWithParam<Gate> {
   /// One start with call number `call` refused, 0 for none; how many calls it took.
   long start(long call, long& result, Record& record) const {
     EmbeddedClient desk(file);
-    gate->RefuseCall(call, E_FAIL);
+    gate->RefuseCall(call, GetParam().answer);
     {
       RecordingAddOn addOn(desk.connection(), record);
       EXPECT_NO_THROW(result = addOn.Connect(1));
@@ -92,9 +93,13 @@ TEST_P(RefusedCall, NeverBreaksTheStartNorTheNextOne) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, RefusedCall,
-                         testing::Values(Gate{"Screens", qx::desk::kScreensGateClass},
-                                         Gate{"Company", qx::desk::kCompanyGateClass}),
-                         qx::test::nameOf<Gate>);
+INSTANTIATE_TEST_SUITE_P(
+    Of, RefusedCall,
+
+    testing::Values(Gate{"ScreensFailing", qx::desk::kScreensGateClass, E_FAIL},
+                    Gate{"CompanyFailing", qx::desk::kCompanyGateClass, E_FAIL},
+                    Gate{"ScreensReserved", qx::desk::kScreensGateClass, S_FALSE},
+                    Gate{"CompanyReserved", qx::desk::kCompanyGateClass, S_FALSE}),
+    qx::test::nameOf<Gate>);
 
 }  // namespace

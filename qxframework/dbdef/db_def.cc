@@ -27,7 +27,7 @@ CComPtr<IRecordset> openRecordset(ICompany* company) {
 }
 
 template <class Scope>
-void runLogged(Scope& hr, IRecordset* recordset, const std::u16string& sql) {
+void runLogged(Scope& hr, const CComPtr<IRecordset>& recordset, const std::u16string& sql) {
   hr.LogDbg0(u"SQL: \"%s\"\n", sql);
   recordset->DoQuery(CComBSTR(sql));
 }

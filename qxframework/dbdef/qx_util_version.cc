@@ -39,15 +39,19 @@ class ComScope {
   ComScope& operator=(const ComScope&) = delete;
 };
 
-// "%d.%d" of the type library that the object's type information stands in.
+// "%d.%d" of the type library that the object's type information stands in. A host may answer with
+// success and give nothing.
 HRESULT typeLibraryVersion(ITypeInfo* info, std::u16string& version) {
+  if (info == nullptr) return E_POINTER;
   CComPtr<ITypeLib> library;
   UINT index = 0;
   HRESULT hr = info->GetContainingTypeLib(&library, &index);
   if (hr < 0) return hr;
   TLIBATTR* attributes = nullptr;
+  if (library == nullptr) return E_POINTER;
   hr = library->GetLibAttr(&attributes);
   if (hr < 0) return hr;
+  if (attributes == nullptr) return E_POINTER;
   version = qx::format(u"%d.%d", attributes->wMajorVerNum, attributes->wMinorVerNum);
   library->ReleaseTLibAttr(attributes);
   return hr;
