@@ -1,24 +1,15 @@
-// The smallest useful add-on: it gives the company a table of its own, greets in the status bar, and
-// watches the order forms of the client: an order without a customer cannot be confirmed.
+// The smallest useful add-on: it gives the company a table of its own, greets in the status bar,
+// and watches the order forms of the client: an order without a customer cannot be confirmed.
+
+#include "qxframework/qxframework.h"
 
 #include <iostream>
-#include <string>
-
-#include "qxframework/automation/text.h"
-#include "qxframework/dbdef/db_def.h"
-#include "qxframework/dbdef/qx_util.h"
-#include "qxframework/foundation/version.h"
-#include "qxframework/os/message_loop.h"
-#include "qxframework/resources/resource_loader.h"
-#include "qxframework/runtime/addon.h"
-#include "qxframework/runtime/addon_form.h"
-#include "qxframework/runtime/qx_idispatch.h"
+#include <memory>
 
 namespace {
 
-constexpr OLECHAR kOrderType[] = u"139";  // the client's order form
-constexpr OLECHAR kOkButton[] = u"1";
-constexpr OLECHAR kCustomer[] = u"4";
+// The client's order form, its OK button and the field with the customer.
+constexpr OLECHAR kOrderType[] = u"139", kOkButton[] = u"1", kCustomer[] = u"4";
 
 // Stands for one order form of the client and gets its events.
 class OrderForm : public CQXAddOnForm {
@@ -41,12 +32,12 @@ class OrderForm : public CQXAddOnForm {
 // Gets the events that no form has taken.
 class Handler : public CQXIDispatch {
  public:
-  explicit Handler(CQXAddOn* addOn, CQXResourceLoader& loader) : m_AddOn(addOn), m_Loader(loader) {}
+  explicit Handler(CQXAddOn* addOn) : m_AddOn(addOn) {}
 
   long OnApplicationLoad(IDispatch* application, ICompany* company) override {
     m_App = CComQIPtr<IApplication>(application);
     m_Company = company;
-    CQXDbDef tables(m_App, company, m_Loader, u"HELLO", m_App->GetLanguage(),
+    CQXDbDef tables(m_App, company, *m_AddOn->GetResourceLoader(), u"HELLO", m_App->GetLanguage(),
                     GetModuleHandleW(nullptr));
     CQXDbDef::_DBCHECK state = CQXDbDef::dbc_Ok;
     tables.CheckVersion(state);
@@ -57,21 +48,23 @@ class Handler : public CQXIDispatch {
   }
   long OnFormLoad(IItemEvent* event, short*) override {
     if (event->GetFormTypeEx() != kOrderType) return S_OK;
-    auto* form = new OrderForm(m_AddOn);  // passes to the event sink, which deletes it
+    auto form = std::make_unique<OrderForm>(m_AddOn);
     form->PutCompany(m_Company);
-    return form->InitForm(m_App, m_App->GetForms()->GetFormByUID(event->GetFormUID())), S_OK;
+    form->InitForm(m_App, m_App->GetForms()->GetFormByUID(event->GetFormUID()));
+    form.release();  // now the event sink's, which deletes it with the client's form
+    return S_OK;
   }
+  long OnChangeCompany(ICompany* company) override { return m_Company = company, S_OK; }
+  // Nothing to do for the rest.
   long OnReservedEvent() override { return S_OK; }
   long OnMenuEvent(IMenuEvent*, short*) override { return S_OK; }
   long OnChangeLanguage() override { return S_OK; }
-  long OnChangeCompany(ICompany* company) override { return m_Company = company, S_OK; }
   long OnApplicationUnload() override { return S_OK; }
   long OnProgressBarEvent(IMenuEvent*, short*) override { return S_OK; }
   long OnStatusBarEvent(BSTR, long) override { return S_OK; }
 
  private:
   CQXAddOn* m_AddOn;
-  CQXResourceLoader& m_Loader;
   CComPtr<IApplication> m_App;
   CComPtr<ICompany> m_Company;
 };
@@ -79,7 +72,7 @@ class Handler : public CQXIDispatch {
 class Hello : public CQXAddOn {
  public:
   using CQXAddOn::CQXAddOn;
-  CQXIDispatch* CreateDispatch() override { return new Handler(this, m_Loader); }
+  CQXIDispatch* CreateDispatch() override { return new Handler(this); }
   CQXResourceLoader* GetResourceLoader() override { return &m_Loader; }
 
  private:

@@ -3,6 +3,7 @@
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
 
+#include <dlfcn.h>
 #include <toml++/toml.h>
 
 #include <array>
@@ -20,12 +21,15 @@ constexpr std::array<std::u16string_view, 3> kRoots{u"HKEY_CLASSES_ROOT", u"HKEY
                                                     u"HKEY_LOCAL_MACHINE"};
 constexpr std::u16string_view kServerKey = u"\\inprocserver32";
 
-/// The installed registry, if the build names one.
+/// The installed registry, if the build names one, and the way there from the library's folder.
 #ifdef QX_DEFAULT_REGISTRY
 constexpr const char* kInstalled = QX_DEFAULT_REGISTRY;
+constexpr const char* kFromLibrary = QX_REGISTRY_FROM_LIBRARY;
 #else
 constexpr const char* kInstalled = "";
+constexpr const char* kFromLibrary = "";
 #endif
+constexpr std::string_view kLibraryName = "libQXFramework.so";
 
 std::u16string_view withoutEndingBackslashes(std::u16string_view key) {
   while (key.ends_with(u'\\')) key.remove_suffix(1);
@@ -54,12 +58,25 @@ std::filesystem::path userFile() {
   return folder / "qxframework" / "registry.toml";
 }
 
+/// The registry that was installed with this library, wherever both have been moved since; empty
+/// when this code is no part of it or there is no such file.
+std::filesystem::path besideLibrary() {
+  Dl_info info{};
+  if (dladdr(&kLibraryName, &info) == 0 || info.dli_fname == nullptr) return {};
+  const std::filesystem::path library = info.dli_fname;
+  if (!library.filename().string().starts_with(kLibraryName)) return {};
+  const std::filesystem::path file = (library.parent_path() / kFromLibrary).lexically_normal();
+  std::error_code error;
+  return std::filesystem::is_regular_file(file, error) ? file : std::filesystem::path();
+}
+
 std::filesystem::path registryFile() {
   if (std::filesystem::path wanted = environmentPath("QX_REGISTRY"); !wanted.empty()) return wanted;
   std::error_code error;
   std::filesystem::path users = userFile();
   if (!users.empty() && std::filesystem::exists(users, error)) return users;
-  return kInstalled;
+  std::filesystem::path moved = besideLibrary();
+  return moved.empty() ? kInstalled : moved;
 }
 
 struct Holder {

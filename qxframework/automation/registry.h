@@ -11,7 +11,7 @@
 // relative path in the default value of an InprocServer32 key counts from the file's folder.
 //
 // The file is the one that QX_REGISTRY names, else the user's qxframework/registry.toml in
-// XDG_CONFIG_HOME or ~/.config if it exists, else the installed one. What is wrong with it is kept
+// XDG_CONFIG_HOME or ~/.config if it exists, else the one that was installed with the library. What is wrong with it is kept
 // in problem() and told once to the developer trace; what is right in it still counts.
 
 #include "qxframework/automation/export.h"

@@ -22,7 +22,9 @@ cp -r "$addon" "$place/addon"
 "$cmake" --build "$place/build" >"$place/build.log" ||
   { cat "$place/build.log"; fail "the build of the add-on"; }
 
-export QX_REGISTRY="$place/prefix/share/qxframework/registry.toml"
+# The installed registry is found beside the library, although the prefix is not the configured one.
+unset QX_REGISTRY
+export XDG_CONFIG_HOME="$place/config"
 export QX_RUNTIME_DIR="$place/run" QX_LOG_DIR="$place/log" QX_LOG_SETTINGS="$place/log.toml"
 said=$("$place/build/outside" "embedded:?db=$place/company.db") || fail "the add-on, saying: $said"
 [ "$said" = "Hello from outside, tables 0, version 2.05.00.00.00" ] || fail "it said: $said"
