@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh bench
-cmake --preset release >/dev/null
+cmake --preset release -DQX_BUILD_TESTS=OFF -DQX_BUILD_FUZZERS=OFF >/dev/null
 cmake --build --preset release
 state=$(mktemp -d)
 trap 'rm -rf "$state"' EXIT

@@ -10,7 +10,7 @@ case "$preset" in *clang) groups+=(clang) ;; esac
 case "$preset" in release*) groups+=(bench) ;; esac
 scripts/setup.sh "${groups[@]}"
 
-cmake --preset "$preset" >/dev/null
+cmake --preset "$preset" -DQX_BUILD_TESTS=ON -DQX_BUILD_FUZZERS=ON >/dev/null
 cmake --build --preset "$preset"
 scripts/check_tree.sh "build/$preset"
 
