@@ -94,12 +94,15 @@ version_rows >"$place/second.rows"
 
 echo
 echo "== What happened"
-echo "host version: $(grep -oF 'Current version of UI API is 9.20' "$place/first.log" | head -1)"
+found() { grep "$@" | head -1 || true; }
+echo "host version: $(found -oF 'Current version of UI API is 9.20' "$place/first.log")"
 echo "tables created on the first start:"
-grep -oE "Table '[A-Z]+' created\." "$place/first.log" | sed 's/^/  /'
-echo "checked on the second start: $(grep -oF 'Db is OK.' "$place/second.log" | head -1)"
+{ grep -oE "Table '[A-Z]+' created\." "$place/first.log" || true; } | sed 's/^/  /'
+echo "checked on the second start: $(found -oF 'Db is OK.' "$place/second.log")"
 echo "rows of the version table (code | extension | version | fix | status | date):"
 sed 's/^/  /' "$place/second.rows"
+echo "the item event: $(found -F 'vetoed' "$place/second.out")"
+echo "the quit: $(found -oF 'Add-on stopped.' "$place/second.log")"
 echo "log file: HELLO.log, $(wc -l <"$place/second.log") records on the second start, the last of them:"
 tail -n 4 "$place/second.log" | sed 's/^/  /'
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds everything and runs all tests. Further arguments go to ctest, e.g. -R dbdef.
-# QX_PRESET chooses the preset (dev, asan, dev-clang, asan-clang, release); dev if it is not set.
+# QX_PRESET chooses the preset (dev, asan, release, each also with -clang); dev if it is not set.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -42,7 +42,8 @@ class Handler : public CQXIDispatch {
     CQXDbDef::_DBCHECK state = CQXDbDef::dbc_Ok;
     tables.CheckVersion(state);
     CQXVersion version(u"0.00.00.00.00");
-    if (state != CQXDbDef::dbc_Ok && tables.Create(100, false, version) < 0) return E_FAIL;
+    const bool current = state == CQXDbDef::dbc_Ok || state == CQXDbDef::dbc_Newer;
+    if (!current && tables.Create(100, false, version) < 0) return E_FAIL;
     CQXUtil::SetStatusBarInfoMessage(m_App, u"Hello from an add-on");
     return S_OK;
   }

@@ -21,7 +21,7 @@ void skipNode(Scope& hr, IXMLDOMNode* node) {
 /// Whether the node is an element with that tag; it is logged and to be skipped when it is not.
 template <class Scope>
 bool isElement(Scope& hr, IXMLDOMNode* node, std::u16string_view tag) {
-  if (node->nodeName().View() == tag) return true;
+  if (node->nodeType() == NODE_ELEMENT && node->nodeName().View() == tag) return true;
   skipNode(hr, node);
   return false;
 }

@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/dbdef/program_name.h"
 #include "qxframework/foundation/languages.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/host/controls.h"
@@ -24,10 +25,13 @@ CComBSTR CQXUtil::GetMenuUID(CQXBSTR prefix, long id) {
   return CComBSTR(qx::format(u"%s%d", prefix.View(), id));
 }
 
+std::u16string_view qx::dbdef::programName(std::u16string_view path) {
+  const std::u16string_view name = path.substr(path.find_last_of(u"\\/") + 1);
+  return name.substr(0, name.rfind(u'.'));
+}
+
 CComBSTR CQXUtil::GetFileName() {
-  std::u16string name = qx::modulePath(nullptr);
-  name.erase(0, name.find_last_of(u"\\/") + 1);
-  return CComBSTR(std::u16string_view(name).substr(0, name.rfind(u'.')));
+  return CComBSTR(qx::dbdef::programName(qx::modulePath(nullptr)));
 }
 
 CComBSTR CQXUtil::GetWindowModuleName(HWND window) {
@@ -52,11 +56,13 @@ long CQXUtil::RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long 
   CReturnValue<long> hr(u"CQXUtil::RemoveXMLCommentNodes", 0, appId, false);
   if (depth == 2) return hr;
   CComPtr<IXMLDOMNodeList> children;
-  hr = node->raw_childNodes(&children);
-  if (hr < 0) {
-    hr.LogError(u"Failed to get child nodes.\n");
-    return hr;
-  }
+  const auto readChildren = [&] {
+    children.Release();
+    hr = node->raw_childNodes(&children);
+    if (hr < 0) hr.LogError(u"Failed to get child nodes.\n");
+    return hr >= 0 && children != nullptr;
+  };
+  if (!readChildren()) return hr;
   for (long i = 0; i < children->length();) {
     const CComPtr<IXMLDOMNode> child = children->item(i);
     if (child->nodeType() != NODE_COMMENT) {
@@ -70,7 +76,7 @@ long CQXUtil::RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long 
       hr.LogError(u"Failed to remove comment node.\n");
       return hr;
     }
-    children = node->childNodes();
+    if (!readChildren()) return hr;
   }
   hr = S_OK;
   return hr;

@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/dbdef/program_name.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/host/controls.h"
 #include "qxframework/host/form.h"
@@ -151,6 +152,13 @@ TEST(QxUtilText, ReplaceXmlEntityCharsTakesTheAmpersandFirst) {
 
 TEST(QxUtilText, GetFileNameIsTheProgramWithoutFolderAndExtension) {
   EXPECT_EQ(CQXUtil::GetFileName().View(), u"qxframework_dbdef_test");
+}
+
+TEST(QxUtilText, AProgramNameIsCutBehindTheLastSeparatorAndAheadOfTheLastDot) {
+  EXPECT_EQ(qx::dbdef::programName(u"C:\\x\\app.v2.exe"), u"app.v2");
+  EXPECT_EQ(qx::dbdef::programName(u"/opt/a.b/app"), u"app");
+  EXPECT_EQ(qx::dbdef::programName(u"app.v2.exe"), u"app.v2");
+  EXPECT_EQ(qx::dbdef::programName(u""), u"");
 }
 
 TEST(QxUtilWindow, ANullWindowHasNoModule) {

@@ -150,7 +150,7 @@ CString CQXUtil::GetVersionInfoFromResource(const CString& path) {
   }
   for (const Entry& entry : kEntries) {
     const auto value = block->query(entry.key);
-    if (!value || value->text.empty()) continue;
+    if (!value || value->length == 0) continue;
     line += entry.tag;
     line += value->text;
   }

@@ -5,7 +5,9 @@
 #include "qxframework/foundation/languages.h"
 #include "qxframework/os/resources.h"
 
+#include <new>
 #include <optional>
+#include <stdexcept>
 
 namespace {
 
@@ -35,12 +37,19 @@ bool CQXBSTR::LoadStringW(unsigned id, unsigned short langId, HINSTANCE module) 
 void CQXBSTR::FormatList(const OLECHAR* text, qx::FormatArgs args) {
   if (text == nullptr) qx::raiseError(E_INVALIDARG);
   CString formatted;
-  formatted.FormatV(text, args);
+  try {
+    formatted.FormatV(text, args);
+  } catch (const std::bad_alloc&) {
+    qx::raiseError(E_OUTOFMEMORY);
+  } catch (const std::length_error&) {
+    qx::raiseError(E_OUTOFMEMORY);
+  }
   CComBSTR::operator=(CComBSTR(formatted.View()));
 }
 
 void CQXBSTR::FormatList(HvLanguages language, unsigned id, qx::FormatArgs args) {
-  if (LoadStringW(id, language, nullptr)) FormatList(m_str, args);
+  CQXBSTR text(m_Language);  // beside this one, which may be among the arguments
+  if (text.LoadStringW(id, language, nullptr)) FormatList(text.m_str, args);
 }
 
 bool CQXBSTR::Compare(unsigned id, HvLanguages language) const {

@@ -5,6 +5,8 @@
 #include "qxframework/host/enums.h"
 #include "qxframework/os/module.h"
 
+#include <type_traits>
+
 /// An owning wide string that remembers a host language, in which it loads, formats and compares
 /// its text by default.
 ///
@@ -53,15 +55,22 @@ class QX_API CQXBSTR : public CComBSTR {
   void Format(HvLanguages language, unsigned id, const Args&... args) {
     withArgs([&](qx::FormatArgs list) { FormatList(language, id, list); }, args...);
   }
-  template <class... Args>
-  void Format(unsigned id, const Args&... args) {
-    withArgs([&](qx::FormatArgs list) { FormatList(m_Language, id, list); }, args...);
+  // An integer only, so that a language in front always means the operation above.
+  template <class Id, class... Args>
+  requires std::is_integral_v<Id>
+  void Format(Id id, const Args&... args) {
+    withArgs([&](qx::FormatArgs list) { FormatList(m_Language, static_cast<unsigned>(id), list); },
+             args...);
   }
   void Format(const OLECHAR* text, qx::FormatArgs args) { FormatList(text, args); }
   void Format(HvLanguages language, unsigned id, qx::FormatArgs args) {
     FormatList(language, id, args);
   }
-  void Format(unsigned id, qx::FormatArgs args) { FormatList(m_Language, id, args); }
+  template <class Id>
+  requires std::is_integral_v<Id>
+  void Format(Id id, qx::FormatArgs args) {
+    FormatList(m_Language, static_cast<unsigned>(id), args);
+  }
 
   /// Whether the text equals string `id` of the executable by the user-default locale's comparison;
   /// false when there is no such string. A negative `language` means the string's own.

@@ -94,6 +94,19 @@ TEST(QxBstr, FormatsAResourceTextInTheGivenLanguageOrItsOwn) {
   EXPECT_EQ(text.GetLanguage(), ln_English);
 }
 
+TEST(QxBstr, FormatTakesPlainIntegersForIdsAndItsOwnTextForAnArgument) {
+  CQXBSTR text(u"x", ln_English);
+  text.Format(ln_German, 7, text, 2);
+  EXPECT_EQ(text.View(), u"x kostet 2");
+  text.Format(7, u"y", 3);
+  EXPECT_EQ(text.View(), u"y costs 3");
+  const qx::FormatArg list[] = {qx::FormatArg(u"z"), qx::FormatArg(4)};
+  text.Format(7, qx::FormatArgs(list));
+  EXPECT_EQ(text.View(), u"z costs 4");
+  text.Format(ln_German, 7, qx::FormatArgs(list));
+  EXPECT_EQ(text.View(), u"z kostet 4");
+}
+
 TEST(QxBstr, FormatWithAMissingIdLeavesTheTextUntouched) {
   CQXBSTR text(u"before", ln_English);
   EXPECT_NO_THROW(text.Format(999U, 1));
@@ -102,7 +115,12 @@ TEST(QxBstr, FormatWithAMissingIdLeavesTheTextUntouched) {
 
 TEST(QxBstr, FormatOfANullTextRaisesInvalidArgument) {
   CQXBSTR text(ln_English);
-  EXPECT_THROW(text.Format(static_cast<const OLECHAR*>(nullptr)), _com_error);
+  try {
+    text.Format(static_cast<const OLECHAR*>(nullptr));
+    FAIL() << "nothing was raised";
+  } catch (const _com_error& error) {
+    EXPECT_EQ(error.Error(), E_INVALIDARG);
+  }
 }
 
 TEST(QxBstr, ComparesWithAResourceText) {

@@ -16,8 +16,9 @@ class qx_ptr {
 
   qx_ptr& operator=(const qx_ptr& other) {
     if (m_pBlock != other.m_pBlock) {
+      const qx_ptr kept(other);  // it may stand inside the object that is released
       release();
-      share(other);
+      share(kept);
     }
     return *this;
   }

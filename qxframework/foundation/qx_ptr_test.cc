@@ -75,6 +75,18 @@ TEST(QxPtr, AssignmentSharesAndReleasesWhatItHeld) {
   EXPECT_EQ(second, 1);
 }
 
+struct Chained {
+  qx_ptr<Chained> next;
+};
+
+TEST(QxPtr, TakesAPointerThatStandsInsideTheObjectItReleases) {
+  qx_ptr<Chained> head(new Chained, true);
+  head->next = qx_ptr<Chained>(new Chained, true);
+  Chained* const second = head->next.get();
+  head = head->next;
+  EXPECT_EQ(head.get(), second);
+}
+
 TEST(QxPtr, ComparesTheObjectsAddress) {
   int alive = 0;
   Counted object(alive);

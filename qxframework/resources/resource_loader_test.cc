@@ -238,6 +238,26 @@ TEST_F(ResourceLoaderTest, TheEndMarkMatchesEmptyValues) {
       << qx::toUtf8(xml);
 }
 
+TEST_F(ResourceLoaderTest, RewritesAllElevenAttributesByTheirKind) {
+  const std::vector<XMLMAP> map{{u"S", 1, u""}};
+  EXPECT_NE(
+      mapped(u"<Application uid=\"S\" alias=\"S\" linkto=\"S\" UniqueID=\"S\" FatherUID=\"S\" "
+             u"caption=\"S\" description=\"S\" title=\"p@S\" value=\"S\" String=\"S\" "
+             u"default_button=\"S\" other=\"S\"/>",
+             map)
+          .find(u"<Application uid=\"1\" alias=\"1\" linkto=\"1\" UniqueID=\"1\" FatherUID=\"1\" "
+                u"caption=\"OK\" description=\"OK\" title=\"pOK\" value=\"OK\" String=\"OK\" "
+                u"default_button=\"1\" other=\"S\"/>"),
+      std::u16string::npos);
+  EXPECT_TRUE(logger.has(5, u"[title]: 'S' => 'OK'.\n"));
+}
+
+TEST_F(ResourceLoaderTest, AnIdIsWrittenAsASignedNumberCutToTenCharacters) {
+  EXPECT_NE(
+      mapped(u"<Application uid=\"A\"/>", {{u"A", 0x80000000U, u""}}).find(u"uid=\"-214748364\""),
+      std::u16string::npos);
+}
+
 TEST_F(ResourceLoaderTest, TheFirstOfTwoRowsWins) {
   EXPECT_NE(
       mapped(u"<Application uid=\"A\"/>", {{u"A", 1, u""}, {u"A", 2, u""}}).find(u"uid=\"1\""),

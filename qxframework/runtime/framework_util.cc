@@ -134,7 +134,7 @@ void CQXFrameworkUtil::RestartUpgrade(Scope& hr, CQXDbDef& tables, IApplication*
   }
 }
 
-CComBSTR CQXFrameworkUtil::MenuXML(IApplication* app, unsigned int resource,
+CComBSTR CQXFrameworkUtil::MenuXML(const CComPtr<IApplication>& app, unsigned int resource,
                                    const std::vector<XMLMAP>* map) {
   const long appId = app->GetAppId();
   CComBSTR text;

@@ -36,5 +36,6 @@ class QX_API CQXFrameworkUtil : public CQXResourceLoader {
                      ICompany* company);
   static void Upgrade(Scope& hr, CQXDbDef& tables, ICompany* company);
   static void RestartUpgrade(Scope& hr, CQXDbDef& tables, IApplication* app);
-  CComBSTR MenuXML(IApplication* app, unsigned int resource, const std::vector<XMLMAP>* map);
+  CComBSTR MenuXML(const CComPtr<IApplication>& app, unsigned int resource,
+                   const std::vector<XMLMAP>* map);
 };

@@ -76,6 +76,7 @@ TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesWhereNoVersionIsKept) {
   EXPECT_EQ(check(), 0);
   EXPECT_TRUE(isCreated("ExtID"));
   EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Db tables do not exist yet.\n"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseUpgradesOlderTables) {
@@ -212,6 +213,11 @@ TEST_F(FrameworkUtilTest, RemoveMenuTreeLoadsTheRemovingBatch) {
   EXPECT_THAT(messagesOf(log, u"CQXFrameworkUtil::RemoveMenuTree"),
               ElementsAre("Removing common menu of Add-Ons"));
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Removing common menu of Add-Ons"));
+}
+
+TEST_F(FrameworkUtilTest, RemoveMenuTreeWithoutAnApplicationFails) {
+  EXPECT_EQ(util.RemoveMenuTree(nullptr, &map), E_POINTER);
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"Failed to remove menu: "));
 }
 
 TEST_F(FrameworkUtilTest, RemoveMenuTreeLogsTheHostsReportOnAFailure) {
