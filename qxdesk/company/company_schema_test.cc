@@ -112,6 +112,25 @@ TEST_F(OpenTest, AFolderInPlaceOfAFileIsTold) {
                        u"' is a folder; a file is needed."));
 }
 
+TEST_F(OpenTest, ADeviceInPlaceOfAFileIsTold) {
+  LoginTarget place = target();
+  place.database = "/dev/null";
+  EXPECT_EQ(failureOf(place), openFailed(u"'/dev/null' is not a database."));
+  EXPECT_FALSE(std::filesystem::exists("/dev/null-journal"));
+}
+
+TEST_F(OpenTest, NamesThatTheEngineTakesForItsOwnAreFiles) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  for (const char* name : {":memory:", "file:company.db"}) {
+    LoginTarget place = target();
+    place.database = name;
+    connectTo(place);
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder.file(name))) << name;
+  }
+  std::filesystem::current_path(before);
+}
+
 TEST_F(OpenTest, AFileThatIsNoDatabaseIsTold) {
   write("company.db", std::string(5000, 'x'));
   EXPECT_EQ(failureOf(target()),

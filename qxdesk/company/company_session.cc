@@ -111,6 +111,10 @@ void CompanySession::endTransaction(bool commit) {
     return;
   }
   transaction_ = false;
+  if (commit && database_->isGone()) {  // the engine would commit into a file that nobody has
+    database_->execute("ROLLBACK");
+    throw CompanyError(kSqlFailure, Text::Moved, target_.database);
+  }
   if (commit) {
     commitOrRollBack();
   } else {

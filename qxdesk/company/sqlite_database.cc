@@ -99,6 +99,9 @@ void checkPlace(const std::string& path) {
   if (status.type() == std::filesystem::file_type::directory) {
     throw CompanyError(kOpenFailed, Text::IsFolder, path);
   }
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw CompanyError(kOpenFailed, Text::NotADatabase, path);
+  }
   if (status.type() == std::filesystem::file_type::not_found) {
     if (!std::filesystem::is_directory(folder, error)) {
       throw CompanyError(kOpenFailed, Text::FolderMissing, path);
@@ -190,7 +193,9 @@ void useWriteAheadLog(Database& database, const CompanyEnvironment& environment)
 std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
                                              const CompanyEnvironment& environment) {
   checkPlace(path);
-  auto database = std::make_unique<SqliteDatabase>(openConnection(path), environment);
+  // In full, since the engine takes some bare names for databases in memory or for URIs.
+  const std::string file = std::filesystem::absolute(path).string();
+  auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
   readHeader(*database, path);
   if (canWrite(path)) useWriteAheadLog(*database, environment);
   return database;

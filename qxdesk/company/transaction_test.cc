@@ -55,6 +55,15 @@ TEST_F(TransactionTest, OnlyOneIsOpenAtATime) {
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
 }
 
+TEST_F(TransactionTest, ACommitIntoAFileThatHasGoneFails) {
+  company->StartTransaction();
+  insert(company, u"1");
+  std::filesystem::remove(folder.file("company.db"));
+  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_NE(lastError(company).text.find(u"company.db"), std::u16string::npos);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+}
+
 TEST_F(TransactionTest, EndingNoneFails) {
   EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"No transaction is open.");

@@ -140,6 +140,7 @@ TEST_F(Matrix, CopiesTheSourcesIntoANewRow) {
 TEST_F(Matrix, RefusesPlacesOutside) {
   EXPECT_EQ(codeOf([&] { matrix_.addRows(1, 1); }), kIllegalOffset);
   EXPECT_EQ(codeOf([&] { matrix_.addRows(-1, 0); }), kIllegalOffset);
+  EXPECT_EQ(codeOf([&] { matrix_.addRows(2'000'000'000, -1); }), kIllegalOffset);
   EXPECT_EQ(codeOf([&] { matrix_.selectRow(0, true, true); }), kIllegalOffset);
   EXPECT_EQ(codeOf([&] { matrix_.cell(1, *matrix_.columns()[0]); }), kIllegalOffset);
   MatrixColumn other;

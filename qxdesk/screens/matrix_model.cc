@@ -7,6 +7,12 @@
 #include <utility>
 
 namespace qx::screens {
+namespace {
+
+// Far more than anybody looks at; a count beyond it is a mistake that would eat the memory.
+constexpr long kMostRows = 1'000'000;
+
+}  // namespace
 
 void MatrixModel::addColumn(MatrixColumn column) {
   checkUid(column.uid, kColumnAttributes);
@@ -19,6 +25,7 @@ void MatrixModel::addColumn(MatrixColumn column) {
 
 void MatrixModel::addRows(long count, long position) {
   if (count < 0 || position < -1 || position > rowCount()) raiseError(kIllegalOffset);
+  if (count > kMostRows - rowCount()) raiseError(kIllegalOffset);
   Row row;
   row.cells.reserve(columns_.size());
   for (const auto& column : columns_) {

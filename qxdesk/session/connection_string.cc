@@ -88,7 +88,11 @@ std::string decode(const Value& value) {
     at += 2;
     plain = at + 1;
   }
-  return out + toUtf8(value.raw.substr(plain));
+  out += toUtf8(value.raw.substr(plain));
+  if (toUtf8(toUtf16(out)) != out) {
+    fail(value.position, "the value is not UTF-8; write every byte of a character as %XX");
+  }
+  return out;
 }
 
 void readDatabase(ConnectionString& out, const Value& value) {

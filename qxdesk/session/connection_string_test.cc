@@ -104,6 +104,9 @@ TEST(ConnectionString, RefusesValuesThatMakeNoSense) {
             "%25 for %");
   EXPECT_EQ(refusal(u"embedded:?db=a%00"),
             "connection string, character 15: %00 cannot stand in a value");
+  EXPECT_EQ(refusal(u"embedded:?db=%FF.db"),
+            "connection string, character 14: the value is not UTF-8; write every byte of a "
+            "character as %XX");
   EXPECT_EQ(refusal(u"embedded:?db=a&play="),
             "connection string, character 21: play is empty; name a file or leave the key out");
 }

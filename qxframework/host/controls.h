@@ -101,6 +101,7 @@ class IValidValues : public IDispatch {
   static constexpr GUID kIid = qx::hostId(0x0112);
   virtual HRESULT raw_Count(long* out) = 0;
   virtual HRESULT raw_Item(const VARIANT& index, IValidValue** out) = 0;
+  /// `value` is the shown text, `description` the key.
   virtual HRESULT raw_Add(BSTR value, BSTR description) = 0;
   /// `mode` 1 by key, 2 by index.
   virtual HRESULT raw_Remove(const VARIANT& value, long mode) = 0;

@@ -41,7 +41,8 @@ class QX_API CQXAddOn {
   /// Connects to the running client and starts the event sink; `startupDone` tells the client
   /// whether the add-on counts as started already. Every failure but the first is the result:
   /// where there is no host library at all, the user sees a box and the result is 0. Results above
-  /// 0 are returned as they are. Only what CreateDispatch throws comes out of here.
+  /// 0 are returned as they are. What CreateDispatch throws comes out of here, unless it is a
+  /// _com_error: its code is the result. A host that refuses the identifier only is asked on.
   long Connect(unsigned char startupDone);
 
   /// E_FAIL before Connect has made the sink.

@@ -105,6 +105,7 @@ void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, sho
     return;
   }
   if (*form == nullptr) return;
+  const qx::RunningForms::Call running(m_runningForms, *form);  // it lives to the end of the event
   AskForm(hr, *form, uid, bubble,
           [&](CQXAddOnForm& each) { return each.OnItemEvent(itemEvent.p, bubble); });
   if (hr < 0) hr = S_FALSE;
@@ -126,21 +127,17 @@ void CQXEventSink::RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble) {
 }
 
 // The form's own operation may have let the host unload it already, nested in it: then there is
-// nothing left to do.
+// nothing left to do. The object goes with the last call into it.
 void CQXEventSink::EndForm(Scope& hr, const CComBSTR& uid, CQXAddOnForm* form) {
-  if (FindForm(uid).value_or(nullptr) != form) return;
-  {
-    const qx::RunningForms::Call call(m_runningForms, form);
-    if (!qx::endedWell([&] { form->UnloadForm(); })) {
-      hr.LogError(kFormThrew, uid);
-      hr = S_FALSE;
-    }
+  if (!m_runningForms.beginEnd(form)) return;
+  if (!qx::endedWell([&] { form->UnloadForm(); })) {
+    hr.LogError(kFormThrew, uid);
+    hr = S_FALSE;
   }
-  {
-    const qx::CriticalSectionLock lock(m_cs);
-    m_mapForms.erase(uid);
+  const qx::CriticalSectionLock lock(m_cs);
+  for (auto* forms : {&m_mapForms, &m_mapFormsLeftOpen}) {
+    std::erase_if(*forms, [form](const auto& entry) { return entry.second == form; });
   }
-  m_runningForms.deleteForm(form);
 }
 
 long CQXEventSink::OnMenuEvent(IMenuEvent* event, short* bubble) {

@@ -250,7 +250,30 @@ TEST_F(EventHandlersTest, AStopInsideAnItemEventLetsTheEventEnd) {
     return 0L;
   };
   EXPECT_EQ(item(kFormUnload, kAfter), 0);
-  EXPECT_THAT(host.calls, ElementsAre("F1.OnItemEvent"));
+  EXPECT_THAT(host.calls, ElementsAre("F1.OnItemEvent", "F1.OnUnloadForm", "F1.~Form"));
+}
+
+TEST_F(EventHandlersTest, AFormUnloadedInsideItsUnloadHookIsEndedOnce) {
+  form->hooks["OnUnloadForm"] = [this](short*) {
+    form->hooks.clear();
+    return item(kFormUnload, kAfter);
+  };
+  EXPECT_EQ(item(kFormUnload, kAfter), 0);
+  EXPECT_THAT(host.calls,
+              ElementsAre("F1.OnItemEvent", "F1.OnUnloadForm", "F1.OnItemEvent", "F1.~Form"));
+}
+
+TEST_F(EventHandlersTest, RightClickAndFormDataLeaveAVetoThatStands) {
+  bubble = VARIANT_FALSE;
+  form->hooks["OnRightClickEvent"] = form->hooks["OnFormDataEvent"] = [](short* veto) {
+    *veto = VARIANT_TRUE;
+    return 0L;
+  };
+  sink.RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble);
+  EXPECT_EQ(bubble, VARIANT_FALSE);
+  sink.FormDataEvent(makeObject<StubBusinessObjectInfo>().p, &bubble);
+  EXPECT_EQ(bubble, VARIANT_FALSE);
+  EXPECT_THAT(host.calls, ElementsAre("F1.OnRightClickEvent", "F1.OnFormDataEvent"));
 }
 
 // Menu events.

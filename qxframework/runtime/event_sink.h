@@ -167,8 +167,8 @@ class QX_API CQXEventSink : public IDispatch {
   bool m_bConnectionViaUI = true;
   bool m_bEventsEnabled = true;
   std::map<CComBSTR, CQXAddOnForm*, qx::ExactOrder> m_mapForms;
+  CQXAddOn* m_pAddOn;
   // The forms that were open when the run ended. Nobody deletes them, but they are not lost.
   std::map<CComBSTR, CQXAddOnForm*, qx::ExactOrder> m_mapFormsLeftOpen;
-  CQXAddOn* m_pAddOn;
   qx::RunningForms m_runningForms;
 };

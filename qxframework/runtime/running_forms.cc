@@ -16,12 +16,10 @@ RunningForms::Call::~Call() {
   delete form_;
 }
 
-void RunningForms::deleteForm(CQXAddOnForm* form) {
-  if (isRunning(form)) {
-    ended_.push_back(form);
-  } else {
-    delete form;
-  }
+bool RunningForms::beginEnd(CQXAddOnForm* form) {
+  if (std::find(ended_.begin(), ended_.end(), form) != ended_.end()) return false;
+  ended_.push_back(form);
+  return true;
 }
 
 bool RunningForms::isRunning(const CQXAddOnForm* form) const {

@@ -27,8 +27,9 @@ class RunningForms {
     CQXAddOnForm* form_;
   };
 
-  /// Deletes the form now or with its last call.
-  void deleteForm(CQXAddOnForm* form);
+  /// The end of a form that has a call on the stack: it is deleted with its last call. False when
+  /// its end has begun already.
+  bool beginEnd(CQXAddOnForm* form);
 
  private:
   bool isRunning(const CQXAddOnForm* form) const;
