@@ -70,9 +70,9 @@ namespace {
 
 /// The moment as the C library has it, with the day of the week and of the year.
 std::tm toTm(const CivilTime& time) {
-  using namespace std::chrono;
-  const sys_days day = year(time.year) / time.month / time.day;
-  const sys_days firstOfYear = year(time.year) / 1 / 1;
+  const std::chrono::year year(time.year);
+  const std::chrono::sys_days day = year / time.month / time.day;
+  const std::chrono::sys_days firstOfYear = year / 1 / 1;
   std::tm parts{};
   parts.tm_year = time.year - 1900;
   parts.tm_mon = time.month - 1;
@@ -80,7 +80,7 @@ std::tm toTm(const CivilTime& time) {
   parts.tm_hour = time.hour;
   parts.tm_min = time.minute;
   parts.tm_sec = time.second;
-  parts.tm_wday = static_cast<int>(weekday(day).c_encoding());
+  parts.tm_wday = static_cast<int>(std::chrono::weekday(day).c_encoding());
   parts.tm_yday = static_cast<int>((day - firstOfYear).count());
   return parts;
 }
