@@ -43,6 +43,7 @@ class CSimpleMap {
   const Value& GetValueAt(int index) const {
     return m_entries.at(static_cast<std::size_t>(index)).second;
   }
+  Value& GetValueAt(int index) { return m_entries.at(static_cast<std::size_t>(index)).second; }
 
  private:
   std::vector<std::pair<Key, Value>> m_entries;

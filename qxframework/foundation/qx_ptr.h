@@ -1,5 +1,7 @@
 #pragma once
 
+#include "qxframework/foundation/thrown_text.h"
+
 /// The counted pointer of the persistence and cache layers. Many pointers share one control block,
 /// which refers to one object and deletes it with the last pointer if it owns it. The count is a
 /// plain integer: a pointer and its copies belong to one thread.
@@ -22,10 +24,10 @@ class qx_ptr {
     }
     return *this;
   }
-  /// For the idiom `p = NULL`: 0 releases, any other number throws a `const char*`.
+  /// For the idiom `p = NULL`: 0 releases, any other number throws a `char*`.
   qx_ptr& operator=(int null) {
     if (null != 0) {
-      throw static_cast<const char*>(
+      qx::throwText(
           "miss usage of operator != overload, the first int parameter could only be NULL");
     }
     release();

@@ -1,0 +1,1 @@
+#include "qxframework/persistence/condition.h"

@@ -1,0 +1,1 @@
+#include "qxframework/persistence/link_criteria.h"

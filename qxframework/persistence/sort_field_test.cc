@@ -1,0 +1,1 @@
+#include "qxframework/persistence/sort_field.h"
