@@ -1,0 +1,22 @@
+#pragma once
+
+#include "qxframework/persistence/dialect.h"
+
+namespace qx {
+
+struct Db2Dialect : CommonDialect {
+  static constexpr const OLECHAR* kName = u"DB2";
+  /// `T0.Code AS "T0.Code" `, whatever the form of a column's name.
+  static void writeField(const Persistence::CQXPersistentBase& sql, CComBSTR& target,
+                         std::u16string_view correlation, std::u16string_view field);
+  static constexpr FieldWriter kWriteField = &writeField;
+
+  static CComBSTR tableName(std::u16string_view name) { return CComBSTR(name); }
+  static CComBSTR dateText(const CQXDateTime& date);
+  /// A text that begins like a literal is one already.
+  static CComBSTR dateLiteral(const Persistence::CQXPersistentBase& sql, CComBSTR text);
+  static void writeTitle(CComBSTR& target, std::u16string_view title);
+  static std::u16string limitBehind(long maximum, bool sorted);
+};
+
+}  // namespace qx

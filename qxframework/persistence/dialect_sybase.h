@@ -1,0 +1,16 @@
+#pragma once
+
+#include "qxframework/persistence/dialect_mssql.h"
+
+namespace qx {
+
+/// The names and dates of MSSQL, but rows are limited by "SET ROWCOUNT".
+struct SybaseDialect : MssqlDialect {
+  static constexpr const OLECHAR* kName = u"Sybase";
+  static constexpr bool kLimitsConnection = true;
+
+  static std::u16string limitInFront(long) { return {}; }
+  static std::u16string limitBehind(long maximum, bool sorted);
+};
+
+}  // namespace qx
