@@ -5,6 +5,8 @@
 #include "qxframework/persistence/persistence_factory.h"
 #include "qxframework/persistence/testing/query_parts.h"
 
+#include <cmath>
+
 namespace {
 
 using namespace qx::test;

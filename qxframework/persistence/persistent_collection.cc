@@ -245,15 +245,17 @@ std::vector<CQXPersistentCollection::SoughtColumn> CQXPersistentCollection::Soug
 }
 
 bool CQXPersistentCollection::IsMatch(const std::vector<SoughtColumn>& sought) const {
+  if (sought.empty()) return false;
+  const CComPtr<IFields> fields = m_ptrRecordSet->GetFields();
   for (const auto& [condition, column] : sought) {
     if (condition->GetOperation() != co_Equal)
       throw CQXPersistenceException(u"Only EQUAL is allowed as condition operator");
-    CComVariant value = m_ptrRecordSet->GetFields()->Item(column)->GetValue();
+    CComVariant value = fields->Item(column)->GetValue();
     WriteDate(value);
     if (value.vt != VT_BSTR && value.ChangeType(VT_BSTR) < 0) return false;
     if (qx::viewOf(value.bstrVal) != qx::viewOf(condition->GetCondVal())) return false;
   }
-  return !sought.empty();
+  return true;
 }
 
 }  // namespace Persistence
