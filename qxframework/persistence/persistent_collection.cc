@@ -16,6 +16,11 @@ constexpr long kNoRow = 1;
 
 }  // namespace
 
+struct CQXPersistentCollection::SoughtColumn {
+  const CCondition* condition;
+  CComVariant column;  // the name under which the record set has it
+};
+
 long CQXPersistentCollection::First(CQXPersistentObject* object) {
   CReturnValue<long> hr(u"CQXPersistentCollection::First", 0, 0);
   hr = ToFirst();
@@ -228,11 +233,6 @@ void CQXPersistentCollection::FindInRecordSet(qx_ptr<CConditions> conditions,
   }
   throw CQXPersistenceException(u"No match found");
 }
-
-struct CQXPersistentCollection::SoughtColumn {
-  const CCondition* condition;
-  CComVariant column;  // the name under which the record set has it
-};
 
 std::vector<CQXPersistentCollection::SoughtColumn> CQXPersistentCollection::SoughtColumns(
     const qx_ptr<CConditions>& conditions) const {
