@@ -6,10 +6,10 @@
 
 #include <stdexcept>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 
 TEST(PersistentBase, StartsEmpty) {
   const Plain base;
@@ -211,3 +211,4 @@ TEST(ExceptionFromCompany, WithoutACompanyStaysAsItIs) {
 }
 
 }  // namespace
+}  // namespace Persistence

@@ -6,10 +6,10 @@
 
 #include <cmath>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using testing::ElementsAre;
 
 using CollectionRows = CollectionFixture;
@@ -222,3 +222,4 @@ TEST_P(CollectionRows, GetByKeyRefusesWhatIsNotTheKey) {
 }
 
 }  // namespace
+}  // namespace Persistence

@@ -4,10 +4,10 @@
 
 #include <gmock/gmock.h>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -344,3 +344,4 @@ TEST_P(PersistentCollection, WithoutACompanyNothingRuns) {
 }
 
 }  // namespace
+}  // namespace Persistence
