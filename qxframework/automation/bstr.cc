@@ -5,8 +5,12 @@
 #include "qxframework/automation/user_locale.h"
 #include "qxframework/automation/variant.h"
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <limits>
 
 namespace {
@@ -15,12 +19,34 @@ namespace {
 // keeps the units aligned to 8 bytes.
 constexpr std::size_t kHead = 8;
 
+/// The bytes of a block for `length` units.
+std::size_t blockSize(std::size_t length) {
+  if (length > std::numeric_limits<std::uint32_t>::max() / 2 - 8) qx::raiseError(E_OUTOFMEMORY);
+  return kHead + (length + 1) * sizeof(OLECHAR);
+}
+
+void setLength(BSTR text, std::size_t length) {
+  reinterpret_cast<std::uint32_t*>(text)[-1] = static_cast<std::uint32_t>(length * sizeof(OLECHAR));
+  text[length] = 0;
+}
+
 BSTR allocate(std::u16string_view text) {
-  if (text.size() > std::numeric_limits<std::uint32_t>::max() / 2 - 8)
-    qx::raiseError(E_OUTOFMEMORY);
+  blockSize(text.size());  // raises if it is too long
   const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
   if (copy == nullptr) qx::raiseError(E_OUTOFMEMORY);
   return copy;
+}
+
+/// The string, or a new one for null, in a block with room for `length` units. A block that must
+/// grow at least doubles. Nothing has changed when this raises.
+BSTR withRoom(BSTR text, std::size_t length) {
+  auto* block = text == nullptr ? nullptr : reinterpret_cast<unsigned char*>(text) - kHead;
+  const std::size_t room = malloc_usable_size(block);
+  const std::size_t needed = blockSize(length);
+  if (needed <= room) return text;
+  block = static_cast<unsigned char*>(std::realloc(block, std::max(needed, 2 * room)));
+  if (block == nullptr) qx::raiseError(E_OUTOFMEMORY);
+  return reinterpret_cast<BSTR>(block + kHead);
 }
 
 }  // namespace
@@ -30,13 +56,12 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
   auto* block = static_cast<unsigned char*>(std::malloc(kHead + bytes + sizeof(OLECHAR)));
   if (block == nullptr) return nullptr;
   auto* units = reinterpret_cast<BSTR>(block + kHead);
-  reinterpret_cast<std::uint32_t*>(units)[-1] = static_cast<std::uint32_t>(bytes);
   if (text != nullptr) {
     std::memcpy(units, text, bytes);
   } else {
     std::memset(units, 0, bytes);
   }
-  units[length] = 0;
+  setLength(units, length);
   return units;
 }
 
@@ -98,9 +123,17 @@ HRESULT CComBSTR::CopyTo(BSTR* out) const {
 }
 
 HRESULT CComBSTR::Append(std::u16string_view text) {
-  std::u16string joined(View());
-  joined += text;
-  Attach(allocate(joined));
+  const std::size_t length = Length();
+  // A part of this string moves along with it.
+  const bool inside = m_str != nullptr && std::greater_equal<>()(text.data(), m_str) &&
+                      std::less_equal<>()(text.data(), m_str + length);
+  const auto offset = inside ? text.data() - m_str : 0;
+  m_str = withRoom(m_str, length + text.size());
+  if (!text.empty()) {
+    std::memmove(m_str + length, inside ? m_str + offset : text.data(),
+                 text.size() * sizeof(OLECHAR));
+  }
+  setLength(m_str, length + text.size());
   return S_OK;
 }
 

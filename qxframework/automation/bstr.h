@@ -68,7 +68,16 @@ class QX_API CComBSTR {
   /// A new copy for the caller, null for null.
   BSTR Copy() const;
   HRESULT CopyTo(BSTR* out) const;
+  /// `text` may be a part of this string. The room grows in steps, so that a long text can be put
+  /// together out of many short ones.
   HRESULT Append(std::u16string_view text);
+  /// Up to the terminator; null appends nothing.
+  HRESULT Append(const OLECHAR* text) { return Append(qx::viewOf(text)); }
+  /// All units, zeros included.
+  template <class Text>
+  requires std::is_base_of_v<CComBSTR, Text> HRESULT Append(const Text& text) {
+    return Append(text.View());
+  }
   CComBSTR& operator+=(std::u16string_view text);
 
   /// Equality and order by the comparison of the user-default locale with no flags.

@@ -76,6 +76,49 @@ TEST(CComBSTR, AppendingItsOwnTextDoublesIt) {
   CComBSTR text(u"ab");
   text += text.View();
   EXPECT_EQ(text.View(), u"abab");
+  for (int i = 0; i < 12; ++i) text.Append(text);
+  EXPECT_EQ(text.Length(), 4U << 12);
+  EXPECT_EQ(text.View().substr(text.Length() - 5), u"babab");
+}
+
+TEST(CComBSTR, AppendingAPartOfItselfTakesThePartAsItWas) {
+  CComBSTR text(u"abcdef");
+  for (int i = 0; i < 40; ++i) text.Append(text.View().substr(2, 3));
+  std::u16string expected = u"abcdef";
+  for (int i = 0; i < 40; ++i) expected += u"cde";
+  EXPECT_EQ(text.View(), expected);
+}
+
+TEST(CComBSTR, AppendsTheZerosOfAnotherStringAndNothingOfANullOne) {
+  CComBSTR text;
+  text.Append(static_cast<const OLECHAR*>(nullptr));
+  EXPECT_EQ(text.View(), u"");
+  EXPECT_NE(text.m_str, nullptr);
+  text.Append(CComBSTR(u"a\0b"sv));
+  text.Append(CComBSTR());
+  text.Append(u"c");
+  EXPECT_EQ(text.View(), u"a\0bc"sv);
+  EXPECT_EQ(text.m_str[4], u'\0');
+}
+
+TEST(CComBSTR, ATextOfManyPiecesIsRarelyMoved) {
+  CComBSTR text;
+  int moves = 0;
+  for (int i = 0; i < 100000; ++i) {
+    const BSTR before = text.m_str;
+    text.Append(u"piece ");
+    if (text.m_str != before) ++moves;
+  }
+  EXPECT_EQ(text.Length(), 600000U);
+  EXPECT_LT(moves, 30);
+}
+
+TEST(CComBSTR, AStringThatWasAppendedToIsOwnedLikeAnyOther) {
+  CComBSTR text(u"a");
+  text.Append(u"b");
+  const BSTR given = text.Detach();
+  EXPECT_EQ(qx::viewOfBstr(given), u"ab");
+  SysFreeString(given);
 }
 
 TEST(CComBSTR, DetachGivesTheTextAwayAndAttachTakesIt) {
