@@ -1,6 +1,5 @@
 #include "qxframework/foundation/numbers.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace qx {
@@ -8,11 +7,11 @@ namespace {
 
 bool isSpace(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
 
-int digitValue(char16_t unit) {
-  if (unit >= u'0' && unit <= u'9') return unit - u'0';
-  if (unit >= u'a' && unit <= u'z') return unit - u'a' + 10;
-  if (unit >= u'A' && unit <= u'Z') return unit - u'A' + 10;
-  return std::numeric_limits<int>::max();
+unsigned digitValue(char16_t unit) {
+  if (unit >= u'0' && unit <= u'9') return static_cast<unsigned>(unit - u'0');
+  if (unit >= u'a' && unit <= u'z') return static_cast<unsigned>(unit - u'a' + 10);
+  if (unit >= u'A' && unit <= u'Z') return static_cast<unsigned>(unit - u'A' + 10);
+  return std::numeric_limits<unsigned>::max();
 }
 
 bool hasHexPrefix(std::u16string_view text) {
@@ -20,22 +19,34 @@ bool hasHexPrefix(std::u16string_view text) {
          digitValue(text[2]) < 16;
 }
 
-}  // namespace
-
-long leadingNumber(std::u16string_view text, int base) {
+// The magnitude may be one larger than `largest` for a negative number.
+std::int64_t readNumber(std::u16string_view text, unsigned base, std::uint64_t largest) {
   while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
   const bool negative = text.starts_with(u'-');
   if (negative || text.starts_with(u'+')) text.remove_prefix(1);
   if (base == 16 && hasHexPrefix(text)) text.remove_prefix(2);
-  constexpr long kLargest = std::numeric_limits<std::int32_t>::max();
-  const long limit = negative ? kLargest + 1 : kLargest;
-  long number = 0;
+  const std::uint64_t limit = negative ? largest + 1 : largest;
+  std::uint64_t number = 0;
   for (const char16_t unit : text) {
-    const int digit = digitValue(unit);
+    const unsigned digit = digitValue(unit);
     if (digit >= base) break;
-    number = std::min(number * base + digit, limit);
+    if (number > (limit - digit) / base) {
+      number = limit;
+      break;
+    }
+    number = number * base + digit;
   }
-  return negative ? -number : number;
+  return static_cast<std::int64_t>(negative ? 0 - number : number);
+}
+
+}  // namespace
+
+long leadingNumber(std::u16string_view text, int base) {
+  return readNumber(text, static_cast<unsigned>(base), std::numeric_limits<std::int32_t>::max());
+}
+
+std::int64_t leadingNumber64(std::u16string_view text) {
+  return readNumber(text, 10, std::numeric_limits<std::int64_t>::max());
 }
 
 }  // namespace qx

@@ -11,5 +11,7 @@ namespace qx {
 /// to the first other character. No digits give 0; a number that does not fit gives the nearest end
 /// of the 32-bit range.
 QX_API long leadingNumber(std::u16string_view text, int base = 10);
+/// The same for a decimal 64-bit number.
+QX_API std::int64_t leadingNumber64(std::u16string_view text);
 
 }  // namespace qx

@@ -258,7 +258,8 @@ class FakeFields final : public StubFields {
 
 class FakeRecordset final : public StubRecordset {
  public:
-  explicit FakeRecordset(FakeCompany& company) : company_(company) {}
+  explicit FakeRecordset(FakeCompany& company, FakeRows rows = {})
+      : company_(company), rows_(std::move(rows)) {}
 
   HRESULT raw_DoQuery(BSTR sql) override {
     row_ = 0;
@@ -342,9 +343,16 @@ HRESULT FakeCompany::raw_GetBusinessObject(long type, IDispatch** out) {
       return giveObject<IDispatch>(makeObject<FakeUserKeys>(*this).p, out);
     case kRecordset:
       return giveObject<IDispatch>(makeObject<FakeRecordset>(*this).p, out);
+    case kDataHelper:
+      return giveObject<IDispatch>(helper, out);
     default:
       return E_INVALIDARG;
   }
+}
+
+HRESULT FakeCompany::raw_GetCompanyService(ICompanyService** out) {
+  const HRESULT hr = calls.enter("Company.GetCompanyService");
+  return hr < 0 ? hr : giveObject<ICompanyService>(service, out);
 }
 
 HRESULT FakeCompany::run(std::u16string_view statement, FakeRows& rows) {
@@ -380,5 +388,9 @@ long FakeCompany::refuse(const std::string& operation, bool alreadyThere) {
 }
 
 CComPtr<FakeCompany> makeCompany(HostCalls& calls) { return makeObject<FakeCompany>(calls); }
+
+CComPtr<IRecordset> makeRecordset(FakeCompany& company, FakeRows rows) {
+  return makeObject<FakeRecordset>(company, std::move(rows));
+}
 
 }  // namespace qx::test

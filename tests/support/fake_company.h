@@ -67,6 +67,7 @@ class FakeCompany final : public StubCompany {
   HRESULT raw_GetLastError(long* code, BSTR* text) override;
   HRESULT raw_GetBusinessObject(long type, IDispatch** out) override;
   HRESULT raw_GetDbServerType(long* out) override;
+  HRESULT raw_GetCompanyService(ICompanyService** out) override;
 
   /// Runs one statement: the code, and the rows if it went well.
   HRESULT run(std::u16string_view statement, FakeRows& rows);
@@ -88,6 +89,8 @@ class FakeCompany final : public StubCompany {
   std::vector<FakeUserField> fields;
   std::vector<FakeUserKey> keys;
   std::map<std::u16string, FakeRows> answers;
+  CComPtr<IDataHelper> helper;
+  CComPtr<ICompanyService> service;
 
   // Objects of the dictionary that live, the most that ever did at a time, and the most at a
   // statement.
@@ -99,5 +102,7 @@ class FakeCompany final : public StubCompany {
 
 /// Fresh company; the calls must outlive it.
 CComPtr<FakeCompany> makeCompany(HostCalls& calls);
+/// A recordset with these rows; the company must outlive it.
+CComPtr<IRecordset> makeRecordset(FakeCompany& company, FakeRows rows);
 
 }  // namespace qx::test

@@ -1,0 +1,291 @@
+#include "qxframework/foundation/currency.h"
+
+#include "qxframework/foundation/internal/uint128.h"
+#include "qxframework/foundation/numbers.h"
+#include "qxframework/host/company.h"
+
+#include <array>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <limits>
+#include <numeric>
+
+int CQXCurrency::m_DefaultDecimal = 2;
+bool CQXCurrency::m_RoundViaRX = false;
+CComBSTR CQXCurrency::m_bstrLoc;
+CComBSTR CQXCurrency::m_bstrCurr;
+CComPtr<ICompany> CQXCurrency::m_ptrCompany;
+CComQIPtr<ICompanyService> CQXCurrency::m_ptrCompService;
+CComQIPtr<IDecimalData> CQXCurrency::m_ptrDecimalData;
+CComQIPtr<IRoundedData> CQXCurrency::m_ptrRoundedData;
+
+namespace {
+
+constexpr std::uint64_t kUnit = 1'000'000;
+constexpr int kDecimals = 6;
+constexpr HRESULT kOverflow = -1;
+constexpr double kEndOfRange = 9223372036854775808.0;
+constexpr long kDigitsOf64Bits = 19;
+
+// 64-bit arithmetic that wraps.
+std::int64_t wrapped(std::uint64_t value) { return static_cast<std::int64_t>(value); }
+std::int64_t wrapAdd(std::int64_t a, std::int64_t b) {
+  return wrapped(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
+}
+std::int64_t wrapSubtract(std::int64_t a, std::int64_t b) {
+  return wrapped(static_cast<std::uint64_t>(a) - static_cast<std::uint64_t>(b));
+}
+std::int64_t wrapMultiply(std::int64_t a, std::int64_t b) {
+  return wrapped(static_cast<std::uint64_t>(a) * static_cast<std::uint64_t>(b));
+}
+std::uint64_t magnitudeOf(std::int64_t value) {
+  const auto bits = static_cast<std::uint64_t>(value);
+  return value < 0 ? 0 - bits : bits;
+}
+
+void checkSum(double sum) {
+  if (std::fabs(sum) >= kEndOfRange) qx::raiseError(kOverflow);
+}
+
+std::int64_t signedResult(const qx::CUInt128& magnitude, bool negative) {
+  if (magnitude.upper() != 0) qx::raiseError(kOverflow);
+  return wrapped(negative ? 0 - magnitude.lower() : magnitude.lower());
+}
+
+// What the processor does about an integer division by zero. In C++ the division itself is
+// undefined, so its signal is sent instead; no handler may carry on behind it.
+[[noreturn]] void divisionFault() {
+  std::raise(SIGFPE);
+  std::abort();
+}
+
+// The truncating conversion, which answers with the lowest number for what does not fit and for
+// what is not a number.
+std::int64_t truncated(double value) {
+  if (!(value >= -kEndOfRange && value < kEndOfRange)) {
+    return std::numeric_limits<std::int64_t>::min();
+  }
+  return static_cast<std::int64_t>(value);
+}
+
+std::int64_t powerOfTen(long exponent) {
+  constexpr std::array<std::int64_t, kDigitsOf64Bits> kPowers = [] {
+    std::array<std::int64_t, kDigitsOf64Bits> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+    return powers;
+  }();
+  return kPowers[static_cast<std::size_t>(exponent)];
+}
+
+// The digits behind the point as millionths: a number read from `length` characters.
+std::int64_t scaledFraction(std::int64_t number, std::size_t length) {
+  if (length <= kDecimals) {
+    return wrapMultiply(number, powerOfTen(kDecimals - static_cast<long>(length)));
+  }
+  for (std::size_t i = kDecimals; i < length && number != 0; ++i) number /= 10;
+  return number;
+}
+
+double roundedByHost(ICompanyService* service, IDecimalData* data, double amount,
+                     RoundingContextEnum context, const CComBSTR& currency,
+                     CComQIPtr<IRoundedData>& rounded) {
+  data->PutValue(amount);
+  data->PutContext(context);
+  data->PutCurrency(currency);
+  rounded = service->RoundDecimal(data);
+  return rounded->GetValue();
+}
+
+double roundedByCompany(const CComPtr<ICompany>& company, double amount,
+                        RoundingContextEnum context, const CComBSTR& currency) {
+  const CComPtr<ICompanyService> service = company->GetCompanyService();
+  const CComQIPtr<IDecimalData> data(service->GetDataInterface(qx::kDecimalData));
+  if (!data) qx::raiseError(E_POINTER);
+  CComQIPtr<IRoundedData> rounded;
+  return roundedByHost(service, data, amount, context, currency, rounded);
+}
+
+CComBSTR displayForm(const CComPtr<ICompany>& company, double amount,
+                     HvMoneyPrecisionTypes precision) {
+  const CComQIPtr<IDataHelper> helper(company->GetBusinessObject(qx::kDataHelper));
+  const CComPtr<IRecordset> row = helper->FormatMoneyToString(amount, precision);
+  CComVariant text = row->GetFields()->Item(CComVariant(0L))->GetValue();
+  qx::raiseIfFailed(text.ChangeType(VT_BSTR));
+  return CComBSTR(qx::viewOfBstr(text.bstrVal));
+}
+
+}  // namespace
+
+CQXCurrency CQXCurrency::fromMillionths(std::int64_t value) {
+  CQXCurrency amount;
+  amount.m_value = value;
+  return amount;
+}
+
+CQXCurrency::CQXCurrency(std::int64_t integer, long fraction)
+    : m_value(wrapAdd(wrapMultiply(integer, kUnit), fraction)) {}
+
+CQXCurrency::CQXCurrency(int amount) : m_value(std::int64_t{amount} * std::int64_t{kUnit}) {}
+
+CQXCurrency::CQXCurrency(const CComBSTR& text) { FromBSTR(text); }
+
+CQXCurrency::CQXCurrency(double amount) { FromDouble(amount); }
+
+CQXCurrency& CQXCurrency::operator=(int amount) {
+  const std::uint32_t product = static_cast<std::uint32_t>(amount) * std::uint32_t{kUnit};
+  m_value = static_cast<std::int32_t>(product);
+  return *this;
+}
+
+CQXCurrency& CQXCurrency::operator=(double amount) {
+  FromDouble(amount);
+  return *this;
+}
+
+CQXCurrency CQXCurrency::operator+(const CQXCurrency& other) const {
+  checkSum(static_cast<double>(m_value) + static_cast<double>(other.m_value));
+  return fromMillionths(wrapAdd(m_value, other.m_value));
+}
+
+CQXCurrency CQXCurrency::operator-(const CQXCurrency& other) const {
+  checkSum(static_cast<double>(m_value) - static_cast<double>(other.m_value));
+  return fromMillionths(wrapSubtract(m_value, other.m_value));
+}
+
+CQXCurrency CQXCurrency::operator-() const { return fromMillionths(wrapSubtract(0, m_value)); }
+
+CQXCurrency CQXCurrency::operator*(const CQXCurrency& other) const {
+  qx::CUInt128 product(magnitudeOf(m_value));
+  product *= magnitudeOf(other.m_value);
+  const bool negative = (m_value < 0) != (other.m_value < 0);
+  return fromMillionths(signedResult(product.dividedBy(kUnit), negative));
+}
+
+CQXCurrency CQXCurrency::operator*(long factor) const {
+  qx::CUInt128 product(magnitudeOf(m_value));
+  product *= magnitudeOf(factor);
+  if (!product.isExact()) qx::raiseError(kOverflow);
+  return fromMillionths(signedResult(product, (m_value < 0) != (factor < 0)));
+}
+
+CQXCurrency CQXCurrency::operator/(const CQXCurrency& other) const {
+  const std::uint64_t dividend = magnitudeOf(m_value);
+  const std::uint64_t divisor = magnitudeOf(other.m_value);
+  if (divisor == 0) divisionFault();
+  const std::uint64_t whole = dividend / divisor;
+  qx::CUInt128 rest(dividend % divisor);
+  rest *= kUnit * 10;
+  const std::uint64_t sevenDigits = rest.dividedBy(divisor).lower();
+  const std::uint64_t roundUp = sevenDigits % 10 >= 5 ? 1 : 0;
+  qx::CUInt128 quotient(whole);
+  quotient *= kUnit;
+  quotient += qx::CUInt128(sevenDigits / 10 + roundUp);
+  return fromMillionths(signedResult(quotient, (m_value < 0) != (other.m_value < 0)));
+}
+
+std::int64_t CQXCurrency::GetInteger() const { return m_value / std::int64_t{kUnit}; }
+
+long CQXCurrency::GetFraction() const { return m_value % std::int64_t{kUnit}; }
+
+void CQXCurrency::Round(int digits) {
+  if (m_RoundViaRX && m_ptrCompService && m_ptrDecimalData) {
+    FromDouble(roundedByHost(m_ptrCompService, m_ptrDecimalData, ToDouble(), rc_Default, m_bstrCurr,
+                             m_ptrRoundedData));
+    return;
+  }
+  roundHere(digits == 0 ? 0 : m_DefaultDecimal);
+}
+
+void CQXCurrency::RoundByADD(int) { roundHere(m_DefaultDecimal); }
+
+void CQXCurrency::Round(CComPtr<ICompany> company, const CComBSTR& location,
+                        const CComBSTR& currency, RoundingContextEnum context, int always) {
+  // The host rounds for this country by rules of its own.
+  if (always == 0 && location.View() != u"HU") return;
+  FromDouble(roundedByCompany(company, ToDouble(), context, currency));
+}
+
+// Places in front of the point, as a negative number of digits asks for, still add half of one.
+void CQXCurrency::roundHere(long digits) {
+  if (digits >= kDecimals) return;
+  const bool negative = m_value < 0;
+  std::int64_t value = negative ? wrapSubtract(0, m_value) : m_value;
+  const std::int64_t half = digits > 0 ? 500'000 / powerOfTen(digits) : 500'000;
+  const long cut = kDecimals - digits;
+  if (cut >= kDigitsOf64Bits) {
+    m_value = 0;  // no digit is left
+    return;
+  }
+  const std::int64_t unit = powerOfTen(cut);
+  value = wrapAdd(value, half) / unit * unit;
+  m_value = negative ? wrapSubtract(0, value) : value;
+}
+
+void CQXCurrency::FromDouble(double amount) {
+  const double millionths = amount * static_cast<double>(kUnit);
+  if (std::fabs(millionths) < 1.0) {
+    m_value = 0;
+  } else {
+    m_value = truncated(millionths < 0 ? millionths - 0.5 : millionths + 0.5);
+  }
+}
+
+double CQXCurrency::ToDouble() const {
+  return static_cast<double>(m_value) / static_cast<double>(kUnit);
+}
+
+void CQXCurrency::FromString(const CString& text) {
+  const std::u16string_view all = text.View();
+  const std::size_t point = all.find(u'.');
+  const bool hasPoint = point != std::u16string_view::npos;
+  const std::u16string_view fraction = hasPoint ? all.substr(point + 1) : u"0";
+  const std::int64_t integer = qx::leadingNumber64(all.substr(0, point));
+  const std::int64_t millionths = scaledFraction(qx::leadingNumber64(fraction), fraction.size());
+  m_value = integer;
+  *this *= static_cast<long>(kUnit);
+  m_value = integer < 0 ? wrapSubtract(m_value, millionths) : wrapAdd(m_value, millionths);
+}
+
+void CQXCurrency::FromBSTR(const CComBSTR& text) {
+  CString copy;
+  copy.Format(u"%s", text);
+  FromString(copy);
+}
+
+CComBSTR CQXCurrency::ToString() const {
+  std::array<OLECHAR, 24> buffer;
+  std::size_t first = buffer.size();
+  const std::uint64_t magnitude = magnitudeOf(m_value);
+  const auto put = [&](std::uint64_t digit) {
+    buffer[--first] = static_cast<OLECHAR>(u'0' + digit);
+  };
+  auto fraction = static_cast<std::uint32_t>(magnitude % kUnit);
+  for (int i = 0; i < kDecimals; ++i, fraction /= 10) put(fraction % 10);
+  buffer[--first] = u'.';
+  std::uint64_t whole = magnitude / kUnit;
+  do {
+    put(whole % 10);
+    whole /= 10;
+  } while (whole != 0);
+  if (m_value < 0) buffer[--first] = u'-';
+  return CComBSTR(std::u16string_view(&buffer[first], buffer.size() - first));
+}
+
+CComBSTR CQXCurrency::StringFromMoney(CComPtr<ICompany> company,
+                                      HvMoneyPrecisionTypes precision) const {
+  if (precision == mpt_Sum && !m_bstrLoc.IsEmpty() && !m_bstrCurr.IsEmpty()) {
+    return StringFromMoney(company, m_bstrLoc, m_bstrCurr);
+  }
+  return displayForm(company, ToDouble(), precision);
+}
+
+CComBSTR CQXCurrency::StringFromMoney(CComPtr<ICompany> company, const CComBSTR&,
+                                      const CComBSTR& currency) const {
+  return displayForm(company, roundedByCompany(company, ToDouble(), rc_Default, currency), mpt_Sum);
+}
+
+CQXCurrency CQXCurrency::GCD(const CQXCurrency& other) const {
+  if (IsZero() || other.IsZero()) return CQXCurrency(1);
+  return fromMillionths(wrapped(std::gcd(magnitudeOf(m_value), magnitudeOf(other.m_value))));
+}

@@ -1,0 +1,178 @@
+// Money that asks the host: rounding and display forms.
+
+#include "qxframework/automation/text.h"
+#include "qxframework/foundation/currency.h"
+#include "tests/support/fake_money.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using qx::test::FakeRows;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class CurrencyAtTheHost : public ::testing::Test {
+ protected:
+  CurrencyAtTheHost() {
+    company->service = service.p;
+    company->helper = helper.p;
+    service->rounded = 7.25;
+    helper->rows = {{CComVariant(u"EUR 7,25")}};
+  }
+  ~CurrencyAtTheHost() override {
+    CQXCurrency::m_RoundViaRX = false;
+    CQXCurrency::m_bstrLoc.Empty();
+    CQXCurrency::m_bstrCurr.Empty();
+    CQXCurrency::m_ptrCompService.Release();
+    CQXCurrency::m_ptrDecimalData.Release();
+    CQXCurrency::m_ptrRoundedData.Release();
+  }
+  void logIn() {
+    CQXCurrency::m_RoundViaRX = true;
+    CQXCurrency::m_bstrCurr = u"EUR";
+    CQXCurrency::m_ptrCompService = service.p;
+    CQXCurrency::m_ptrDecimalData =
+        CComPtr<IDecimalData>(qx::makeObject<qx::test::FakeDecimalData>(calls).p);
+  }
+  static std::string text(const CQXCurrency& amount) {
+    return qx::toUtf8(amount.ToString().View());
+  }
+  template <class Operation>
+  static HRESULT raisedBy(Operation&& operation) {
+    try {
+      operation();
+    } catch (const _com_error& error) {
+      return error.Error();
+    }
+    return 0;
+  }
+
+  qx::test::HostCalls calls;
+  CComPtr<qx::test::FakeCompany> company = qx::test::makeCompany(calls);
+  CComPtr<qx::test::FakeCompanyService> service =
+      qx::makeObject<qx::test::FakeCompanyService>(calls);
+  CComPtr<qx::test::FakeDataHelper> helper = qx::makeObject<qx::test::FakeDataHelper>(*company);
+  CQXCurrency amount{1.125};
+};
+
+TEST_F(CurrencyAtTheHost, RoundAsksTheServiceOfTheLoginAndIgnoresItsArgument) {
+  logIn();
+  for (const int digits : {0, 2, 5}) {
+    calls.calls.clear();
+    amount = 1.125;
+    amount.Round(digits);
+    EXPECT_EQ(text(amount), "7.250000");
+    EXPECT_THAT(calls.calls, ElementsAre("Data.PutValue(1.125)", "Data.PutContext(7)",
+                                         "Data.PutCurrency(EUR)", "Service.RoundDecimal()"));
+  }
+  ASSERT_TRUE(CQXCurrency::m_ptrRoundedData);
+  EXPECT_EQ(CQXCurrency::m_ptrRoundedData->GetValue(), 7.25);
+}
+
+TEST_F(CurrencyAtTheHost, RoundDoesItItselfUntilAllIsSet) {
+  logIn();
+  CQXCurrency::m_RoundViaRX = false;
+  amount.Round(2);
+  CQXCurrency::m_RoundViaRX = true;
+  CQXCurrency::m_ptrDecimalData.Release();
+  amount.Round(2);
+  logIn();
+  CQXCurrency::m_ptrCompService.Release();
+  amount.Round(2);
+  EXPECT_EQ(text(amount), "1.130000");
+  EXPECT_THAT(calls.calls, IsEmpty());
+}
+
+TEST_F(CurrencyAtTheHost, RoundByADDNeverAsks) {
+  logIn();
+  amount.RoundByADD(5);
+  EXPECT_EQ(text(amount), "1.130000");
+  EXPECT_THAT(calls.calls, IsEmpty());
+}
+
+TEST_F(CurrencyAtTheHost, AFailureWhileRoundingLeavesTheValue) {
+  logIn();
+  for (const char* operation : {"Data.PutValue", "Data.PutContext", "Data.PutCurrency",
+                                "Service.RoundDecimal", "Rounded.GetValue"}) {
+    calls.failures = {{operation, E_ACCESSDENIED}};
+    EXPECT_EQ(raisedBy([&] { amount.Round(2); }), E_ACCESSDENIED) << operation;
+    EXPECT_EQ(text(amount), "1.125000");
+  }
+}
+
+TEST_F(CurrencyAtTheHost, RoundForACompanyAsksWhenToldAlways) {
+  amount.Round(company, CComBSTR(u"DE"), CComBSTR(u"USD"), static_cast<RoundingContextEnum>(3), 1);
+  EXPECT_EQ(text(amount), "7.250000");
+  EXPECT_THAT(calls.calls,
+              ElementsAre("Service.GetDataInterface(11)", "Data.PutValue(1.125)",
+                          "Data.PutContext(3)", "Data.PutCurrency(USD)", "Service.RoundDecimal()"));
+  EXPECT_FALSE(CQXCurrency::m_ptrRoundedData);
+}
+
+TEST_F(CurrencyAtTheHost, RoundForACompanyAsksForOneCountryUnasked) {
+  amount.Round(company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
+  EXPECT_EQ(text(amount), "7.250000");
+}
+
+TEST_F(CurrencyAtTheHost, RoundForACompanyElsewhereDoesNothing) {
+  for (const char16_t* location : {u"DE", u"hu", u"HUN", u""}) {
+    amount.Round(company, CComBSTR(location), CComBSTR(u"HUF"), rc_Default, 0);
+    EXPECT_EQ(text(amount), "1.125000");
+  }
+  EXPECT_THAT(calls.calls, IsEmpty());
+}
+
+TEST_F(CurrencyAtTheHost, AFailureWhileRoundingForACompanyLeavesTheValue) {
+  for (const char* operation : {"Company.GetCompanyService", "Service.GetDataInterface",
+                                "Data.PutValue", "Service.RoundDecimal", "Rounded.GetValue"}) {
+    calls.failures = {{operation, E_ACCESSDENIED}};
+    EXPECT_EQ(
+        raisedBy([&] { amount.Round(company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0); }),
+        E_ACCESSDENIED)
+        << operation;
+    EXPECT_EQ(text(amount), "1.125000");
+  }
+  EXPECT_EQ(
+      raisedBy([&] { amount.Round(nullptr, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0); }),
+      E_POINTER);
+}
+
+TEST_F(CurrencyAtTheHost, AnAmountIsShownByTheHelper) {
+  EXPECT_EQ(amount.StringFromMoney(company, mpt_Rate).View(), u"EUR 7,25");
+  EXPECT_EQ(amount.StringFromMoney(company, mpt_Sum).View(), u"EUR 7,25");
+  EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatMoneyToString(1.125, 2)",
+                                       "Helper.FormatMoneyToString(1.125, 0)"));
+}
+
+TEST_F(CurrencyAtTheHost, AnAmountIsRoundedBeforeItIsShownWhenTheLoginIsKnown) {
+  CQXCurrency::m_bstrLoc = u"DE";
+  EXPECT_EQ(amount.StringFromMoney(company, mpt_Sum).View(), u"EUR 7,25");
+  EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatMoneyToString(1.125, 0)"));
+  calls.calls.clear();
+  CQXCurrency::m_bstrCurr = u"EUR";
+  EXPECT_EQ(amount.StringFromMoney(company, mpt_Sum).View(), u"EUR 7,25");
+  EXPECT_THAT(calls.calls,
+              ElementsAre("Service.GetDataInterface(11)", "Data.PutValue(1.125)",
+                          "Data.PutContext(7)", "Data.PutCurrency(EUR)", "Service.RoundDecimal()",
+                          "Helper.FormatMoneyToString(7.25, 0)"));
+  calls.calls.clear();
+  amount.StringFromMoney(company, mpt_Price);
+  EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatMoneyToString(1.125, 1)"));
+  EXPECT_EQ(text(amount), "1.125000");
+}
+
+TEST_F(CurrencyAtTheHost, ANumberInPlaceOfATextIsShownAsText) {
+  helper->rows = {{CComVariant(725L)}};
+  EXPECT_EQ(amount.StringFromMoney(company, mpt_Rate).View(), u"725");
+}
+
+TEST_F(CurrencyAtTheHost, AFailureWhileShowingIsRaised) {
+  calls.failures = {{"Helper.FormatMoneyToString", E_ACCESSDENIED}};
+  EXPECT_EQ(raisedBy([&] { amount.StringFromMoney(company, mpt_Rate); }), E_ACCESSDENIED);
+  calls.failures.clear();
+  company->helper.Release();
+  EXPECT_EQ(raisedBy([&] { amount.StringFromMoney(company, mpt_Rate); }), E_POINTER);
+}
+
+}  // namespace

@@ -1,0 +1,431 @@
+// Money against a model that works as one does on paper: numbers are rows of decimal digits, and
+// every operation is the school's. A million random operations of each kind (kOperations), seeded,
+// with much weight on the ends of the range, so that what raises and what wraps is compared too.
+
+#include "qxframework/automation/text.h"
+#include "qxframework/foundation/currency.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr int kOperations = 1'000'000;
+
+/// A number without a sign, the digit of the ones first.
+class Paper {
+ public:
+  static constexpr std::size_t kDigits = 44;
+
+  Paper() = default;
+  explicit Paper(std::string_view digits) {
+    for (std::size_t i = 0; i < digits.size(); ++i) digit_[i] = digits[digits.size() - 1 - i] - '0';
+  }
+  static Paper of(std::uint64_t number) { return Paper(std::to_string(number)); }
+
+  std::string text() const {
+    std::string digits;
+    for (std::size_t i = kDigits; i-- > 0;)
+      if (!digits.empty() || digit_[i] != 0 || i == 0) digits += static_cast<char>('0' + digit_[i]);
+    return digits;
+  }
+  bool isZero() const { return *this == Paper(); }
+  bool isOdd() const { return digit_[0] % 2 != 0; }
+
+  Paper operator+(const Paper& other) const {
+    Paper sum;
+    int carry = 0;
+    for (std::size_t i = 0; i < kDigits; ++i) {
+      const int total = digit_[i] + other.digit_[i] + carry;
+      carry = total > 9 ? 1 : 0;
+      sum.digit_[i] = total - 10 * carry;
+    }
+    return sum;
+  }
+  /// `other` must not be the greater one.
+  Paper operator-(const Paper& other) const {
+    Paper difference;
+    int borrow = 0;
+    for (std::size_t i = 0; i < kDigits; ++i) {
+      const int left = digit_[i] - other.digit_[i] - borrow;
+      borrow = left < 0 ? 1 : 0;
+      difference.digit_[i] = left + 10 * borrow;
+    }
+    return difference;
+  }
+  Paper operator*(const Paper& other) const {
+    std::array<int, 2 * kDigits> sums{};
+    const std::size_t length = used();
+    const std::size_t otherLength = other.used();
+    for (std::size_t i = 0; i < length; ++i)
+      for (std::size_t j = 0; j < otherLength; ++j) sums[i + j] += digit_[i] * other.digit_[j];
+    Paper product;
+    int carry = 0;
+    for (std::size_t i = 0; i < kDigits; ++i) {
+      const int total = sums[i] + carry;
+      product.digit_[i] = total % 10;
+      carry = total / 10;
+    }
+    return product;
+  }
+  /// Long division, the remainder dropped.
+  Paper operator/(const Paper& divisor) const {
+    Paper quotient;
+    Paper rest;
+    for (std::size_t i = used(); i-- > 0;) {
+      rest = rest.timesTen(1);
+      rest.digit_[0] = digit_[i];
+      while (rest >= divisor) {
+        rest = rest - divisor;
+        ++quotient.digit_[i];
+      }
+    }
+    return quotient;
+  }
+  /// `places` zeros more at the end, or so many digits less.
+  Paper timesTen(std::size_t places) const {
+    Paper moved;
+    for (std::size_t i = places; i < kDigits; ++i) moved.digit_[i] = digit_[i - places];
+    return moved;
+  }
+  Paper withoutDigits(std::size_t places) const {
+    Paper moved;
+    for (std::size_t i = places; i < kDigits; ++i) moved.digit_[i - places] = digit_[i];
+    return moved;
+  }
+  Paper half() const {
+    Paper quotient;
+    int rest = 0;
+    for (std::size_t i = kDigits; i-- > 0;) {
+      const int number = rest * 10 + digit_[i];
+      quotient.digit_[i] = number / 2;
+      rest = number % 2;
+    }
+    return quotient;
+  }
+
+  friend bool operator==(const Paper& a, const Paper& b) = default;
+  friend bool operator>=(const Paper& a, const Paper& b) {
+    for (std::size_t i = kDigits; i-- > 0;)
+      if (a.digit_[i] != b.digit_[i]) return a.digit_[i] > b.digit_[i];
+    return true;
+  }
+
+ private:
+  std::size_t used() const {
+    std::size_t length = kDigits;
+    while (length > 0 && digit_[length - 1] == 0) --length;
+    return length;
+  }
+
+  std::array<int, kDigits> digit_{};
+};
+
+const Paper kTwo63("9223372036854775808");
+const Paper kTwo64("18446744073709551616");
+const Paper kMillion("1000000");
+
+struct Signed {
+  bool negative = false;
+  Paper magnitude;
+};
+
+Signed of(std::int64_t value) {
+  const std::string text = std::to_string(value);
+  const bool negative = text.front() == '-';
+  return {negative, Paper(std::string_view(text).substr(negative ? 1 : 0))};
+}
+
+Signed minus(Signed number) {
+  return {!number.negative && !number.magnitude.isZero(), number.magnitude};
+}
+
+Signed plus(const Signed& a, const Signed& b) {
+  if (a.negative == b.negative) return {a.negative, a.magnitude + b.magnitude};
+  if (a.magnitude >= b.magnitude) return {a.negative, a.magnitude - b.magnitude};
+  return {b.negative, b.magnitude - a.magnitude};
+}
+
+/// What is left of the number in 64 bits with a sign; it must be below 2^66 or so.
+std::string wrapped(Signed number) {
+  while (number.magnitude >= kTwo63) {
+    if (number.negative && number.magnitude == kTwo63) break;
+    number = plus(number, {!number.negative, kTwo64});
+  }
+  const std::string digits = number.magnitude.text();
+  return number.negative && digits != "0" ? "-" + digits : digits;
+}
+
+Signed wrappedNumber(const Signed& number) {
+  const std::string text = wrapped(number);
+  const bool negative = text.front() == '-';
+  return {negative, Paper(std::string_view(text).substr(negative ? 1 : 0))};
+}
+
+/// The nearest double: 53 bits, of two the even one.
+Paper asDouble(const Paper& number) {
+  static const Paper kTwo53("9007199254740992");
+  Paper mantissa = number;
+  Paper step("1");
+  while (mantissa >= kTwo53) {
+    mantissa = mantissa.half();
+    step = step + step;
+  }
+  const Paper below = mantissa * step;
+  const Paper rest = number - below;
+  const Paper twice = rest + rest;
+  const bool up = twice >= step && (!(twice == step) || mantissa.isOdd());
+  return up && !rest.isZero() ? below + step : below;
+}
+
+const std::string kRaised = "raised";
+
+std::string modelSum(const Signed& a, const Signed& b) {
+  const Signed sum = plus({a.negative, asDouble(a.magnitude)}, {b.negative, asDouble(b.magnitude)});
+  if (asDouble(sum.magnitude) >= kTwo63) return kRaised;
+  return wrapped(plus(a, b));
+}
+
+std::string fromMagnitude(const Paper& magnitude, bool negative) {
+  return magnitude >= kTwo64 ? kRaised : wrapped({negative, magnitude});
+}
+
+std::string modelProduct(const Signed& a, const Signed& b) {
+  return fromMagnitude((a.magnitude * b.magnitude).withoutDigits(6), a.negative != b.negative);
+}
+
+std::string modelMultiple(const Signed& a, const Signed& factor) {
+  return fromMagnitude(a.magnitude * factor.magnitude, a.negative != factor.negative);
+}
+
+std::string modelQuotient(const Signed& a, const Signed& b) {
+  // Half up at the seventh decimal is half up of the whole, so one division serves.
+  const Paper sevenDecimals = a.magnitude.timesTen(7) / b.magnitude;
+  return fromMagnitude((sevenDecimals + Paper("5")).withoutDigits(1), a.negative != b.negative);
+}
+
+std::string modelRound(const Signed& amount, int digits) {
+  if (digits >= 6) return wrapped(amount);
+  Paper half("500000");
+  for (int i = 0; i < digits; ++i) half = half.withoutDigits(1);
+  const Signed magnitude = wrappedNumber({false, amount.magnitude});
+  Signed rounded = wrappedNumber(plus(magnitude, {false, half}));
+  const auto cut = static_cast<std::size_t>(6 - digits);
+  rounded.magnitude = rounded.magnitude.withoutDigits(cut).timesTen(cut);
+  return wrapped(amount.negative ? minus(rounded) : rounded);
+}
+
+std::string modelText(const Signed& amount) {
+  const std::string digits = amount.magnitude.text();
+  const std::string padded = std::string(digits.size() < 7 ? 7 - digits.size() : 0, '0') + digits;
+  return (amount.negative ? "-" : "") + padded.substr(0, padded.size() - 6) + "." +
+         padded.substr(padded.size() - 6);
+}
+
+/// Blanks, a sign, digits; 64 bits, no further.
+Signed modelNumber(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  const bool negative = !text.empty() && text.front() == '-';
+  if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
+  const Paper number(text.substr(0, text.find_first_not_of("0123456789")));
+  const Paper limit = negative ? kTwo63 : kTwo63 - Paper("1");
+  return {negative && !number.isZero(), number >= limit ? limit : number};
+}
+
+std::string modelFromText(const std::string& text) {
+  const std::size_t point = text.find('.');
+  const std::string fraction = point == std::string::npos ? "0" : text.substr(point + 1);
+  const Signed integer = modelNumber(std::string_view(text).substr(0, point));
+  Signed millionths = modelNumber(fraction);
+  const std::size_t length = fraction.size();
+  millionths.magnitude = length < 6 ? millionths.magnitude.timesTen(6 - length)
+                                    : millionths.magnitude.withoutDigits(length - 6);
+  const Paper whole = integer.magnitude * kMillion;
+  if (whole >= kTwo64) return kRaised + " " + wrapped(integer);
+  return wrapped(
+      plus({integer.negative, whole}, integer.negative ? minus(millionths) : millionths));
+}
+
+std::string modelFromDouble(double amount) {
+  const double millionths = amount * 1e6;
+  if (std::fabs(millionths) < 1.0) return "0";
+  const double moved = millionths < 0 ? millionths - 0.5 : millionths + 0.5;
+  int exponent = 0;
+  const double mantissa = std::frexp(std::fabs(moved), &exponent);
+  if (!std::isfinite(moved) || exponent > 64) return "-" + kTwo63.text();
+  Paper magnitude = Paper::of(static_cast<std::uint64_t>(std::ldexp(mantissa, 53)));
+  for (int i = 53; i < exponent; ++i) magnitude = magnitude + magnitude;
+  for (int i = exponent; i < 53; ++i) magnitude = magnitude.half();
+  if (magnitude >= kTwo63) return "-" + kTwo63.text();
+  return wrapped({moved < 0, magnitude});
+}
+
+std::string rawOf(const CQXCurrency& amount) {
+  return std::to_string(amount.GetInteger() * 1'000'000 + amount.GetFraction());
+}
+
+template <class Operation>
+std::string outcome(Operation&& operation) {
+  try {
+    return rawOf(operation());
+  } catch (const _com_error& error) {
+    return error.Error() == -1 ? kRaised : "another error";
+  }
+}
+
+class CurrencyModel : public ::testing::Test {
+ protected:
+  std::uint64_t below(std::uint64_t end) { return random_() % end; }
+
+  /// A number of any length, one near an end of the range, near 0, or near a power of two.
+  std::int64_t number() {
+    const std::uint64_t near = below(2000);
+    switch (below(8)) {
+      case 0:
+        return std::bit_cast<std::int64_t>((std::uint64_t{1} << 63) + near - 1000);
+      case 1:
+        return static_cast<std::int64_t>(below(21)) - 10;
+      case 2:
+        return std::bit_cast<std::int64_t>((std::uint64_t{1} << below(64)) + near - 1000);
+      case 3:
+        return static_cast<std::int64_t>(below(2'000'001)) * 5'000 - 5'000'000'000;
+      default:
+        return std::bit_cast<std::int64_t>(random_()) >> below(63);
+    }
+  }
+  CQXCurrency amount(std::int64_t millionths) { return CQXCurrency(0, millionths); }
+  /// Another number that makes the sum come close to an end.
+  std::int64_t partnerOf(std::int64_t first) {
+    if (below(2) == 0) return number();
+    const std::uint64_t end = (std::uint64_t{1} << 63) + below(4096) - 2048;
+    return std::bit_cast<std::int64_t>(end - std::bit_cast<std::uint64_t>(first));
+  }
+  std::string digits(std::size_t most) {
+    std::string text(below(most + 1), '0');
+    for (char& each : text) each = static_cast<char>('0' + below(10));
+    return text;
+  }
+  std::string side() {
+    static const std::array<const char*, 8> kHeads = {"", "", "", "-", "-", "+", " -", "  "};
+    static const std::array<const char*, 8> kTails = {"", "", "", "", "", "", "x1", " 2"};
+    return kHeads.at(below(8)) + digits(below(8) == 0 ? 22 : 14) + kTails.at(below(8));
+  }
+
+  std::mt19937_64 random_{20240131};
+};
+
+TEST_F(CurrencyModel, SumsAndDifferencesAreThoseOnPaper) {
+  int raised = 0;
+  for (int i = 0; i < kOperations; ++i) {
+    const std::int64_t a = number();
+    const std::int64_t b = partnerOf(a);
+    const std::string sum = modelSum(of(a), of(b));
+    ASSERT_EQ(outcome([&] { return amount(a) + amount(b); }), sum) << a << " + " << b;
+    ASSERT_EQ(outcome([&] { return amount(a) - amount(b); }), modelSum(of(a), minus(of(b))))
+        << a << " - " << b;
+    raised += sum == kRaised ? 1 : 0;
+  }
+  EXPECT_GT(raised, kOperations / 20);
+  EXPECT_LT(raised, kOperations);
+}
+
+TEST_F(CurrencyModel, ProductsAreThoseOnPaper) {
+  int raised = 0;
+  for (int i = 0; i < kOperations; ++i) {
+    const std::int64_t a = number();
+    const std::int64_t b = number();
+    const std::string product = modelProduct(of(a), of(b));
+    ASSERT_EQ(outcome([&] { return amount(a) * amount(b); }), product) << a << " * " << b;
+    raised += product == kRaised ? 1 : 0;
+  }
+  EXPECT_GT(raised, kOperations / 50);
+}
+
+TEST_F(CurrencyModel, MultiplesAreThoseOnPaper) {
+  int raised = 0;
+  for (int i = 0; i < kOperations; ++i) {
+    const std::int64_t a = number();
+    const long factor = number();
+    const std::string product = modelMultiple(of(a), of(factor));
+    ASSERT_EQ(outcome([&] { return amount(a) * factor; }), product) << a << " * " << factor;
+    raised += product == kRaised ? 1 : 0;
+  }
+  EXPECT_GT(raised, kOperations / 50);
+}
+
+TEST_F(CurrencyModel, QuotientsAreThoseOnPaper) {
+  int raised = 0;
+  for (int i = 0; i < kOperations; ++i) {
+    const std::int64_t a = number();
+    std::int64_t b = number();
+    if (b == 0) b = 3;
+    const std::string quotient = modelQuotient(of(a), of(b));
+    ASSERT_EQ(outcome([&] { return amount(a) / amount(b); }), quotient) << a << " / " << b;
+    raised += quotient == kRaised ? 1 : 0;
+  }
+  EXPECT_GT(raised, kOperations / 50);
+}
+
+TEST_F(CurrencyModel, RoundedAmountsAreThoseOnPaper) {
+  const int before = CQXCurrency::m_DefaultDecimal;
+  for (int i = 0; i < kOperations; ++i) {
+    const std::int64_t value = number();
+    const int places = static_cast<int>(below(14)) - 6;
+    CQXCurrency::m_DefaultDecimal = places;
+    const int asked = static_cast<int>(below(3));
+    CQXCurrency rounded = amount(value);
+    rounded.Round(asked);
+    ASSERT_EQ(rawOf(rounded), modelRound(of(value), asked == 0 ? 0 : places))
+        << value << " to " << asked << " of " << places;
+  }
+  CQXCurrency::m_DefaultDecimal = before;
+}
+
+TEST_F(CurrencyModel, TextsAreReadAsOnPaper) {
+  int raised = 0;
+  for (int i = 0; i < kOperations; ++i) {
+    std::string text = side();
+    if (below(4) != 0) text += "." + side();
+    CQXCurrency read;
+    const std::string result = outcome([&] {
+      read.FromString(CString(std::u16string(text.begin(), text.end())));
+      return read;
+    });
+    const std::string expected = modelFromText(text);
+    ASSERT_EQ(result == kRaised ? kRaised + " " + rawOf(read) : result, expected) << text;
+    raised += result == kRaised ? 1 : 0;
+  }
+  EXPECT_GT(raised, kOperations / 100);
+}
+
+TEST_F(CurrencyModel, AmountsAreWrittenAsOnPaper) {
+  for (int i = 0; i < kOperations; ++i) {
+    const std::int64_t value = number();
+    const CComBSTR text = amount(value).ToString();
+    ASSERT_EQ(qx::toUtf8(text.View()), modelText(of(value))) << value;
+  }
+}
+
+TEST_F(CurrencyModel, DoublesAreTakenAsOnPaper) {
+  for (int i = 0; i < kOperations; ++i) {
+    double value = std::bit_cast<double>(random_());
+    if (below(3) != 0)
+      value = std::ldexp(static_cast<double>(number()), -static_cast<int>(below(24)));
+    if (below(8) == 0) value = (9223372036854775808.0 - static_cast<double>(below(8192))) / 1e6;
+    CQXCurrency taken(value);
+    ASSERT_EQ(rawOf(taken), modelFromDouble(value)) << value;
+    taken = -value;
+    ASSERT_EQ(rawOf(taken), modelFromDouble(-value)) << -value;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+#pragma once
+
+// The 128-bit number in the middle of a multiplication and a division of money. It is kept as four
+// 32-bit limbs; the arithmetic is done on the machine's widest integers, so that it costs no more
+// than they do.
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+
+namespace qx {
+
+class CUInt128 {
+ public:
+  explicit constexpr CUInt128(std::uint64_t value) { put(value); }
+  /// Sign-extended: -1 has all bits set.
+  explicit constexpr CUInt128(int value) { put(static_cast<Wide>(value)); }
+
+  /// Limb 0 is the least significant one.
+  constexpr std::uint32_t limb(std::size_t index) const { return m_limbs[index]; }
+  constexpr std::uint64_t lower() const { return half(0); }
+  constexpr std::uint64_t upper() const { return half(2); }
+  /// False once an addition or a multiplication, of this number or of one that went into it, has
+  /// carried out of the 128 bits. The limbs then hold what is left below.
+  constexpr bool isExact() const { return m_exact; }
+
+  constexpr CUInt128& operator+=(const CUInt128& other) {
+    const Wide sum = get() + other.get();
+    m_exact = m_exact && other.m_exact && sum >= other.get();
+    return put(sum);
+  }
+  constexpr CUInt128& operator*=(std::uint64_t factor) {
+    const Wide low = Wide{lower()} * factor;
+    const Wide high = Wide{upper()} * factor + (low >> 64);
+    m_exact = m_exact && (high >> 64) == 0;
+    return put((high << 64) | static_cast<std::uint64_t>(low));
+  }
+  /// `bits` is 0 to 127. What is shifted out is lost, and is no overflow.
+  constexpr CUInt128& operator<<=(int bits) { return put(get() << bits); }
+
+  /// The quotient, truncated, and the remainder if it is wanted. Throws the text "divide 0" as a
+  /// character pointer for a divisor of 0.
+  constexpr CUInt128 dividedBy(std::uint64_t divisor, std::uint64_t* remainder = nullptr) const {
+    if (divisor == 0) throw static_cast<const char*>("divide 0");
+    CUInt128 quotient(*this);
+    std::uint64_t rest = 0;
+    if (upper() == 0) {
+      quotient.put(lower() / divisor);
+      rest = lower() % divisor;
+    } else if (divisor != 1) {
+      const Wide whole = get() / divisor;
+      quotient.put(whole);
+      rest = static_cast<std::uint64_t>(get() - whole * divisor);
+    }
+    if (remainder != nullptr) *remainder = rest;
+    return quotient;
+  }
+
+  /// By the limbs alone.
+  friend constexpr bool operator==(const CUInt128& a, const CUInt128& b) {
+    return a.get() == b.get();
+  }
+  friend constexpr std::strong_ordering operator<=>(const CUInt128& a, const CUInt128& b) {
+    return a.get() <=> b.get();
+  }
+
+ private:
+  __extension__ typedef unsigned __int128 Wide;
+
+  constexpr std::uint64_t half(std::size_t first) const {
+    return m_limbs[first] | std::uint64_t{m_limbs[first + 1]} << 32;
+  }
+  constexpr Wide get() const { return Wide{upper()} << 64 | lower(); }
+  constexpr CUInt128& put(Wide value) {
+    for (std::size_t i = 0; i < m_limbs.size(); ++i)
+      m_limbs[i] = static_cast<std::uint32_t>(value >> (32 * i));
+    return *this;
+  }
+
+  std::array<std::uint32_t, 4> m_limbs{};
+  bool m_exact = true;
+};
+
+}  // namespace qx
