@@ -52,9 +52,11 @@ void checkOneOf(const NodeReader& nodes, const toml::table& table, const std::st
   const bool hasValue = table.contains("value");
   const bool hasOther = table.contains(other);
   if (hasValue != hasOther) return;
-  const std::string both = "'value' and '" + std::string(other) + "'";
-  if (hasValue) nodes.refuse(table.source(), what + " has both " + both, "leave one of them out");
-  nodes.refuse(table.source(), what + " has neither " + both, "add value = \"…\", or the other");
+  const std::string second = "'" + std::string(other) + "'";
+  if (hasValue)
+    nodes.refuse(table.source(), what + " has both 'value' and " + second, "leave one of them out");
+  nodes.refuse(table.source(), what + " has neither 'value' nor " + second,
+               "add value = \"…\", or the other");
 }
 
 Condition readCondition(const NodeReader& nodes, const toml::table& table) {
