@@ -1,0 +1,105 @@
+#pragma once
+
+// What business code derives from for a set of rows: it writes the two hooks between a row's values
+// and its record, and from then on steps through records and finds, adds, changes and removes them
+// by their keys. The company's engine decides behind it which SQL is written.
+
+#include "qxframework/persistence/browser_collection.h"
+#include "qxframework/persistence/sort_field.h"
+
+#include <memory>
+
+namespace Persistence {
+
+class CQXLinkTableCriteria;
+class CQXPersistenceFactory;
+class CQXPersistentCollection;
+class CQXPersistentObject;
+
+/// The rows of one SELECT: not connected until Connect, loaded by Load.
+///
+/// What the state does not allow is refused with a CQXPersistenceException of code -1; those of the
+/// statements pass through. A copy shares the rows with the original, so a proxy in use is not to
+/// be copied.
+class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
+ public:
+  CQXPersistentCollectionProxy(const CQXPersistentCollectionProxy& other);
+  CQXPersistentCollectionProxy& operator=(const CQXPersistentCollectionProxy& other);
+  ~CQXPersistentCollectionProxy() override;
+
+  /// Once only.
+  void Connect(CComPtr<ICompany> company, const OLECHAR* table, bool userTable);
+  bool IsConnected() const { return m_bConnected; }
+  bool IsLoaded() const { return m_bLoaded; }
+  /// Runs the query. The caller keeps the names alive; null conditions select all rows.
+  void Load(const std::vector<const OLECHAR*>& keyFields, qx_ptr<CConditions> conditions);
+
+  /// The row of a whole key, searched for in the cursor. A missing one is the refusal "No match
+  /// found".
+  void GetByKey(const TyFieldValues& keys, CQXValueContainer& container);
+  /// The first row with these values of any columns; false, with the container as it was, if there
+  /// is none.
+  bool Find(const TyFieldValues& keys, CQXValueContainer& container);
+  /// Asks the database, not the cursor.
+  bool Exists(const TyFieldValues& keys);
+  /// -1 for no limit. The next step is Load.
+  void SetMaxRecordCount(long maximum);
+  /// Neither of the next three touches the cursor's rows; the first two find theirs among them.
+  void Update(const TyFieldValues& keys, const CQXValueContainer& container);
+  void Remove(const TyFieldValues& keys);
+  /// One DELETE for all rows with these values. It knows EQUAL only, which is what it takes if
+  /// there are no operations.
+  void RemoveRange(const TyFieldValues& values,
+                   const std::vector<HvConditionOperation>& operations);
+
+  long First(CQXValueContainer& container) override;
+  long Last(CQXValueContainer& container) override;
+  long Next(CQXValueContainer& container) override;
+  long Previous(CQXValueContainer& container) override;
+  bool Eof() const override;
+  bool Bof() const override;
+  void Add(const CQXValueContainer& container) override;
+  /// Runs the query again and gives the same row, or the first one if that is gone. Without any row
+  /// it is the refusal "Record set is empty".
+  void Refresh(CQXValueContainer& container) override;
+  long GetRecordCount() const override;
+
+  /// Whether the query selects keys only and each step reads its row by another SELECT, as it does
+  /// at first.
+  bool GetKeysOnly() const;
+  void SetKeysOnly(bool keysOnly);
+  /// The columns to select; the caller keeps the names alive.
+  void SetFields(const std::vector<const OLECHAR*>& fields);
+  void SetSortFields(const CQXPersistenceSortFieldCollection& fields);
+  /// The value of the name, else of the name with its small letters made capital, else a VT_I4 of
+  /// 0.
+  CComVariant GetValue(const TyFieldValues& values, const OLECHAR* name) const;
+  /// The key of the current row.
+  qx_ptr<CConditions> BuildPrimaryKeyConditions();
+  void AddLinkTableCriteria(const CQXLinkTableCriteria& link);
+  void SetCorrelationName(const OLECHAR* name);
+
+ protected:
+  CQXPersistentCollectionProxy();
+  /// One condition for each value, by the operation at its position; EQUAL without operations.
+  qx_ptr<CConditions> GetConditionsFromKeyFields(
+      const TyFieldValues& values, const std::vector<HvConditionOperation>& operations);
+
+ private:
+  struct Step;
+  qx_ptr<CConditions> GetConditionsFromKeyFields(const TyFieldValues& values, bool check);
+  std::unique_ptr<CQXPersistentObject> NewObject() const;
+  long Navigate(const Step& step, CQXValueContainer& container);
+  qx_ptr<CConditions> CurrentRow() const;
+  /// The object on the row of a key, found in the cursor.
+  std::unique_ptr<CQXPersistentObject> FoundObject(const qx_ptr<CConditions>& conditions);
+  CQXPersistentCollection& Connected() const;
+  CQXPersistentCollection& Loaded() const;
+
+  std::shared_ptr<CQXPersistentCollection> m_pCollection;
+  bool m_bConnected = false;
+  bool m_bLoaded = false;
+  std::shared_ptr<CQXPersistenceFactory> m_pFactory;
+};
+
+}  // namespace Persistence

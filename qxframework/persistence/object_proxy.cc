@@ -1,0 +1,136 @@
+#include "qxframework/persistence/object_proxy.h"
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/persistence/persistence_factory.h"
+#include "qxframework/persistence/persistent_object.h"
+
+namespace Persistence {
+
+CQXPersistentObjectProxy::CQXPersistentObjectProxy() = default;
+CQXPersistentObjectProxy::CQXPersistentObjectProxy(const CQXPersistentObjectProxy&) = default;
+CQXPersistentObjectProxy& CQXPersistentObjectProxy::operator=(const CQXPersistentObjectProxy&) =
+    default;
+
+CQXPersistentObjectProxy::~CQXPersistentObjectProxy() {
+  m_pObject.reset();
+  m_pFactory.reset();
+}
+
+void CQXPersistentObjectProxy::Connect(CComPtr<ICompany> company, const OLECHAR* table,
+                                       bool userTable) {
+  if (m_pFactory == nullptr) m_pFactory = std::make_shared<CQXPersistenceFactory>(company);
+  std::shared_ptr<CQXPersistentObject> object = NewObject();
+  object->SetMasterTable(table);
+  object->SetUserTable(userTable);
+  if (m_pObject != nullptr) m_vecReplaced.push_back(m_pObject);
+  m_pObject = std::move(object);
+  m_bConnected = true;
+}
+
+void CQXPersistentObjectProxy::Load(qx_ptr<CConditions> conditions) {
+  CQXPersistentObject& object = Connected();
+  object.SetConditions(conditions);
+  object.Reload();
+  m_bLoaded = true;
+}
+
+void CQXPersistentObjectProxy::GetByKey(qx_ptr<CConditions> conditions,
+                                        CQXValueContainer& container) {
+  TakeNewObject();
+  m_pObject->Load(conditions);
+  MapToContainer(m_pObject->GetFieldValues(), container);
+  m_bLoaded = true;
+}
+
+void CQXPersistentObjectProxy::GetByKey(const TyFieldValues& keys, CQXValueContainer& container) {
+  GetByKey(GetConditionsFromKeyFields(keys, {}), container);
+}
+
+void CQXPersistentObjectProxy::SetFields(const std::vector<const OLECHAR*>& fields) {
+  Connected().SetFields(fields);
+}
+
+void CQXPersistentObjectProxy::GetFields(CQXValueContainer& container) {
+  MapToContainer(Connected().GetFieldValues(), container);
+}
+
+qx_ptr<CConditions> CQXPersistentObjectProxy::GetConditionsFromKeyFields(
+    const TyFieldValues& values, const std::vector<HvConditionOperation>& operations) {
+  return Connected().BuildConditionsFromValues(values, operations, false);
+}
+
+void CQXPersistentObjectProxy::Add(const CQXValueContainer& container) {
+  TakeNewObject();
+  ContainerToMap(container, m_pObject->GetFieldValues());
+  m_pObject->Add();
+  m_bLoaded = true;
+}
+
+void CQXPersistentObjectProxy::Update(const CQXValueContainer& container) {
+  CQXPersistentObject& object = Loaded();
+  const TyFieldValues before = object.GetFieldValues();
+  ContainerToMap(container, object.GetFieldValues());
+  object.Update(before);
+}
+
+void CQXPersistentObjectProxy::Remove() {
+  CQXPersistentObject& object = Loaded();
+  object.Remove(object.GetFieldValues());
+}
+
+bool CQXPersistentObjectProxy::Exists() { return Loaded().Exists(); }
+
+void CQXPersistentObjectProxy::Refresh() {
+  Connected().Reload();
+  m_bLoaded = true;
+}
+
+void CQXPersistentObjectProxy::AddLinkTableCriteria(const CQXLinkTableCriteria& link) {
+  Connected().AddLinkTable(link);
+}
+
+void CQXPersistentObjectProxy::SetCorrelationName(const OLECHAR* name) {
+  Connected().SetCorrelationName(name);
+}
+
+void CQXPersistentObjectProxy::GetSQLforChooseList(CComPtr<ICompany> company,
+                                                   const CSimpleMap<CComBSTR, CComBSTR>& fields,
+                                                   const CComBSTR& table, bool userTable,
+                                                   const CComBSTR& where, CComBSTR& result) {
+  Connect(company, table, userTable);
+  m_pObject->GetSQLforChooseList(fields, where, result);
+}
+
+std::shared_ptr<CQXPersistentObject> CQXPersistentObjectProxy::NewObject() const {
+  std::shared_ptr<CQXPersistentObject> object(m_pFactory->CreatePersistentObject());
+  if (object == nullptr) qx::raiseError(E_OUTOFMEMORY);
+  return object;
+}
+
+/// In place of the connected one, which goes first. Without a factory there is no company to ask.
+void CQXPersistentObjectProxy::TakeNewObject() {
+  if (m_bConnected) {
+    m_pObject.reset();
+    m_bConnected = false;
+    m_bLoaded = false;
+  }
+  if (m_pFactory == nullptr)
+    throw CQXPersistenceException(u"Proxy is not connected to a persistent object");
+  m_pObject = NewObject();
+  m_bConnected = true;
+}
+
+CQXPersistentObject& CQXPersistentObjectProxy::Connected() const {
+  if (!m_bConnected)
+    throw CQXPersistenceException(u"Proxy is not connected to a persistent object");
+  return *m_pObject;
+}
+
+CQXPersistentObject& CQXPersistentObjectProxy::Loaded() const {
+  if (!m_bLoaded)
+    throw CQXPersistenceException(u"Proxy is not connected to a initialized persistent object");
+  return *m_pObject;
+}
+
+}  // namespace Persistence
