@@ -62,7 +62,7 @@ void addSqlCommand(CLI::App& program, Task& task) {
       ->needs(engine);
   example->excludes(file);
   command->footer(sqlprint::kForm);
-  command->callback([options, command, &task] {
+  command->callback([options, &task] {
     if (options->file.empty() && !options->example) throw CLI::RequiredError("FILE");
     task = [options] { return run(*options); };
   });
