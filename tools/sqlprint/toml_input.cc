@@ -14,7 +14,6 @@ namespace qx::sqlprint {
 namespace {
 
 using qxrc::Diagnostic;
-using qxrc::Location;
 
 constexpr int kMostKeyParts = 16;
 
