@@ -1,5 +1,6 @@
 #include "qxframework/foundation/currency.h"
 
+#include "qxframework/foundation/internal/first_field.h"
 #include "qxframework/foundation/internal/uint128.h"
 #include "qxframework/foundation/numbers.h"
 #include "qxframework/host/company.h"
@@ -154,10 +155,7 @@ double roundedByCompany(const CComPtr<ICompany>& company, double amount,
 CComBSTR displayForm(const CComPtr<ICompany>& company, double amount,
                      HvMoneyPrecisionTypes precision) {
   const CComQIPtr<IDataHelper> helper(company->GetBusinessObject(qx::kDataHelper));
-  const CComPtr<IRecordset> row = helper->FormatMoneyToString(amount, precision);
-  CComVariant text = row->GetFields()->Item(CComVariant(0L))->GetValue();
-  qx::raiseIfFailed(text.ChangeType(VT_BSTR));
-  return CComBSTR(qx::viewOfBstr(text.bstrVal));
+  return qx::firstFieldText(helper->FormatMoneyToString(amount, precision));
 }
 
 }  // namespace
