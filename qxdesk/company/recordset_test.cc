@@ -265,7 +265,8 @@ TEST_F(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
                            u"('A', 'A', 'many')"));
             }),
             -2000);
-  EXPECT_EQ(lastError(company).text, u"CHECK constraint failed: U_Count: a whole number");
+  EXPECT_EQ(lastError(company).text,
+            u"the column U_Count takes a number, not 'many' (line 1, column 58)");
 }
 
 TEST_F(RecordsetTest, ADoubledCodeIsRefused) {

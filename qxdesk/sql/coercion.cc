@@ -150,10 +150,14 @@ void bringNumbersTogether(const std::vector<ExprPtr*>& values, Meeting meeting) 
   }
 }
 
-void assignToNumber(ColumnType type, ExprPtr& value) {
+void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
   if (value->kind == ExprKind::Text) {
     ExprPtr number = spelledNumber(*value);
-    if (!number) throw SqlError("not a number: '" + value->text + "'", value->at);
+    if (!number) {
+      throw SqlError(
+          "the column " + std::string(column) + " takes a number, not '" + value->text + "'",
+          value->at);
+    }
     if (type == number->type || type == ColumnType::Decimal) return;
     value = std::move(number);
   }
@@ -235,9 +239,9 @@ void checkAlike(const Expr& value, ColumnType other) {
                  value.at);
 }
 
-void assignTo(ColumnType type, ExprPtr& value) {
+void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
   if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
-  if (isNumber(type)) assignToNumber(type, value);
+  if (isNumber(type)) assignToNumber(column, type, value);
   if (type == ColumnType::Text) assignToText(value);
 }
 

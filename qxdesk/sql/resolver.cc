@@ -124,7 +124,7 @@ void Resolver::resolveInsert(Statement& statement) {
   for (std::vector<ExprPtr>& row : statement.rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       resolveExpr(*row[i]);
-      assignTo(typeInTable(statement.table, statement.columns[i].name), row[i]);
+      assignTo(statement.table, statement.columns[i].name, row[i]);
     }
   }
   if (statement.select) coerceSelectItems(statement);
@@ -134,15 +134,19 @@ void Resolver::coerceSelectItems(const Statement& statement) {
   for (SelectCore& core : statement.select->cores) {
     const std::size_t count = std::min(core.items.size(), statement.columns.size());
     for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
-      assignTo(typeInTable(statement.table, statement.columns[i].name), core.items[i].value);
+      assignTo(statement.table, statement.columns[i].name, core.items[i].value);
     }
   }
+}
+
+void Resolver::assignTo(std::string_view table, std::string_view column, ExprPtr& value) const {
+  sql::assignTo(column, typeInTable(table, column), value);
 }
 
 void Resolver::resolveUpdate(Statement& statement) {
   for (TargetColumn& column : statement.columns) {
     resolveExpr(*column.value);
-    assignTo(typeInTable(statement.table, column.name), column.value);
+    assignTo(statement.table, column.name, column.value);
   }
 }
 

@@ -35,6 +35,7 @@ class Resolver {
   void resolveCompare(Expr& expr);
   void resolveInsert(Statement& statement);
   void resolveUpdate(Statement& statement);
+  void assignTo(std::string_view table, std::string_view column, ExprPtr& value) const;
   void coerceSelectItems(const Statement& statement);
   ColumnType columnType(const Expr& column) const;
   ColumnType typeInCore(const SelectCore& core, std::string_view qualifier,
