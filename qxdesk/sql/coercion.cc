@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789";
 
-bool isNumber(ColumnType type) {
-  return type == ColumnType::Integer || type == ColumnType::Decimal;
-}
-
 ExprPtr makeNode(ExprKind kind, Position at, ColumnType type) {
   auto node = std::make_unique<Expr>();
   node->kind = kind;

@@ -259,5 +259,17 @@ TEST(RefusalComplexity, OfStarsThatMultiply) {
   }
 }
 
+TEST(RefusalComplexity, OfManyCommonTables) {
+  std::string text = "WITH C0 AS (SELECT a FROM T)";
+  for (int i = 1; i <= 100; ++i) text += ", C" + std::to_string(i) + " AS (SELECT * FROM C0)";
+  EXPECT_EQ(refusal(Dialect::Mssql, text + " SELECT 1"),
+            "WITH has at most 100 tables (line 1, column 2695)");
+}
+
+TEST(RefusalTypes, OfNoLength) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT CAST(a AS nvarchar(0)) FROM T"),
+            "a length is at least 1 (line 1, column 28)");
+}
+
 }  // namespace
 }  // namespace qx::sql
