@@ -273,7 +273,17 @@ TEST_P(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
                            u"('A', 'A', 'many')"));
             }),
             -2000);
-  EXPECT_EQ(lastError(company).text, u"not a number: 'many' (line 1, column 58)");
+  EXPECT_EQ(lastError(company).text,
+            u"the column U_Count takes a number, not 'many' (line 1, column 58)");
+}
+
+TEST_P(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPlace) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE Code = '\xD83D'")); }),
+      -2000);
+  EXPECT_EQ(lastError(company).text,
+            u"the statement holds half of a surrogate pair (line 1, column 37)");
 }
 
 TEST_P(RecordsetTest, ADoubledCodeIsRefused) {
