@@ -49,9 +49,9 @@ void OdbcConnection::connect(std::string_view connection, int timeoutSeconds) {
   SQLSetConnectAttrW(handles.connection, SQL_ATTR_LOGIN_TIMEOUT,
                      number(static_cast<SQLULEN>(timeoutSeconds)), 0);
   std::u16string text = toUtf16(connection);
-  const SQLRETURN result = SQLDriverConnectW(
-      handles.connection, nullptr, reinterpret_cast<SQLWCHAR*>(text.data()),
-      static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+  const SQLRETURN result =
+      SQLDriverConnectW(handles.connection, nullptr, reinterpret_cast<SQLWCHAR*>(text.data()),
+                        SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(result)) {
     const OdbcDiagnosis diagnosis = diagnose(SQL_HANDLE_DBC, handles.connection, true);
     throw DatabaseError(faultOfConnect(diagnosis), diagnosis.message);
@@ -73,6 +73,7 @@ bool OdbcConnection::passesWideTexts() const {
 }
 
 void OdbcConnection::begin() {
+  needAlive();
   setAutocommit(false);
   inTransaction_ = true;
 }
