@@ -124,10 +124,11 @@ void CQXPersistentCollection::PrepareSelect() {
 }
 
 void CQXPersistentCollection::SetMaxRecordCount(long maximum) {
-  if (maximum == m_lMaxRecordCount) return;
-  if (maximum != -1 && maximum < 1)
+  const auto count = static_cast<std::int32_t>(maximum);
+  if (count == m_lMaxRecordCount) return;
+  if (count != -1 && count < 1)
     throw CQXPersistenceException(u"Maximum record count must be greater than zero");
-  m_lMaxRecordCount = maximum;
+  m_lMaxRecordCount = count;
   m_bSelected = false;
 }
 

@@ -6,6 +6,7 @@
 #include "qxframework/persistence/persistent_base.h"
 #include "qxframework/persistence/sort_field.h"
 
+#include <cstdint>
 #include <string>
 
 namespace Persistence {
@@ -64,7 +65,8 @@ class CQXPersistentCollection : public CQXPersistentBase {
   /// False for any std::exception.
   bool FindInRecordSetNoThrow(qx_ptr<CConditions> conditions, CQXPersistentObject* object);
 
-  /// -1 for no limit. A new value makes the next Refresh write a new statement.
+  /// -1 for no limit. A new value makes the next Refresh write a new statement. The engines take 32
+  /// bits, so higher ones are dropped first.
   void SetMaxRecordCount(long maximum);
   long GetMaxRecordCount() const { return m_lMaxRecordCount; }
   bool GetKeysOnly() const { return m_bKeysOnly; }
@@ -96,7 +98,7 @@ class CQXPersistentCollection : public CQXPersistentBase {
 
   bool m_bKeysOnly = true;
   bool m_bSorted = true;
-  long m_lMaxRecordCount = -1;
+  std::int32_t m_lMaxRecordCount = -1;
   CQXPersistenceSortFieldCollection m_SortFields;
 
  private:
