@@ -95,6 +95,39 @@ TEST(PersistentBase, KeyFieldsOfConditionsOutliveThem) {
   EXPECT_EQ(qx::viewOf(base.GetKeyFields()[1]), u"U_Line");
 }
 
+TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemWhenSetAgain) {
+  Plain base;
+  base.SetConditions(codeIs(u"A"));
+  base.FillKeyFieldsFromConditions();
+  base.SetKeyFields(base.GetKeyFields());
+  base.SetConditions({});
+  ASSERT_EQ(base.GetKeyFields().size(), 1U);
+  EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
+}
+
+TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemAtWhoeverTookThem) {
+  Plain taker;
+  {
+    Plain base;
+    base.SetConditions(codeIs(u"A"));
+    base.FillKeyFieldsFromConditions();
+    taker.TakeKeyFieldsOf(base);
+  }
+  ASSERT_EQ(taker.GetKeyFields().size(), 1U);
+  EXPECT_EQ(qx::viewOf(taker.GetKeyFields()[0]), u"Code");
+}
+
+TEST(PersistentBase, KeyFieldsTakenFromOneThatIsGivenThemOutliveTheOnesOfBefore) {
+  Plain base;
+  base.SetConditions(codeIs(u"A"));
+  base.FillKeyFieldsFromConditions();
+  Plain other;
+  other.SetKeyFields(base.GetKeyFields());
+  base.TakeKeyFieldsOf(other);
+  base.SetConditions({});
+  EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
+}
+
 TEST(PersistentBase, WithoutConditionsThereAreNoKeyFieldsToFill) {
   Plain base;
   base.SetKeyFields({u"Before"});

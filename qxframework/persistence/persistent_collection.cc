@@ -166,7 +166,7 @@ void CQXPersistentCollection::LoadObjectFromCurrentRow(CQXPersistentObject* obje
 void CQXPersistentCollection::CopySettingsToObject(CQXPersistentObject* object, bool useOwnFields,
                                                    bool skipConditions) const {
   object->SetMasterTable(m_bstrMasterTable);
-  object->SetKeyFields(m_vecKeyFields);
+  object->TakeKeyFieldsOf(*this);
   object->SetFields(m_vecFields);
   object->SetUserTable(m_bUserTable);
   object->SetCorrelationName(m_bstrCorrelationName);

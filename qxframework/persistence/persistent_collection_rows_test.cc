@@ -41,6 +41,16 @@ TEST_P(CollectionRows, SettingsBringTheConditionsOfTheRowOrOfTheObject) {
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|A");
 }
 
+TEST_P(CollectionRows, AnObjectKeepsTheKeyFieldsOfConditionsBeyondTheCollection) {
+  collection->SetKeyFields({});
+  collection->SetConditions(codeIs(u"A"));
+  refresh();
+  collection->CopySettingsToObject(object.get(), false, true);
+  collection.reset();
+  ASSERT_EQ(object->GetKeyFields().size(), 1U);
+  EXPECT_EQ(qx::viewOf(object->GetKeyFields()[0]), u"Code");
+}
+
 TEST_P(CollectionRows, AddRunsTheObjectsInsertByItsOwnKey) {
   object->GetFieldValues() = values({{u"Code", u"own"}, {u"U_N", 3.5}});
   collection->Add(object.get());
