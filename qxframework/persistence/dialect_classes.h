@@ -65,7 +65,7 @@ class ObjectInDialect final : public InDialect<Persistence::CQXPersistentObject,
 };
 
 template <class Dialect>
-class CollectionInDialect final : public InDialect<Persistence::CQXPersistentCollection, Dialect> {
+class CollectionInDialect : public InDialect<Persistence::CQXPersistentCollection, Dialect> {
   using Base = InDialect<Persistence::CQXPersistentCollection, Dialect>;
 
  public:

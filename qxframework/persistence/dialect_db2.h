@@ -13,7 +13,8 @@ struct Db2Dialect : CommonDialect {
 
   static CComBSTR tableName(std::u16string_view name) { return CComBSTR(name); }
   static CComBSTR dateText(const CQXDateTime& date);
-  /// A text that begins like a literal is one already.
+  /// A text without a dash gets its dashes first; one that then begins like a literal is one
+  /// already. So a literal that has no dash anywhere is taken apart and wrapped again.
   static CComBSTR dateLiteral(const Persistence::CQXPersistentBase& sql, CComBSTR text);
   static void writeTitle(CComBSTR& target, std::u16string_view title);
   static std::u16string limitBehind(std::int32_t maximum, bool sorted);

@@ -153,6 +153,15 @@ TEST_P(Dialect, ATextAsLongAsTheHeadOfALiteralIsWrapped) {
              {"TIMESTAMP_ISO-", "'TIMESTAMP_ISO-'", "CONVERT(datetime,N'TIMESTAMP_ISO-',112)"});
 }
 
+TEST_P(Dialect, ALiteralOfDb2WithoutADashGetsDashesAndIsWrappedAgain) {
+  expectDate(u"TIMESTAMP_ISO(N'20240131')",
+             {"TIMESTAMP_ISO(N'TIME-ST-AMP_ISO(N''20240131'')')", "'TIMESTAMP_ISO(N'20240131')'",
+              "CONVERT(datetime,N'TIMESTAMP_ISO(N''20240131'')',112)"});
+  expectDate(u"TIMESTAMP_ISO(N'2024-01-31')",
+             {"TIMESTAMP_ISO(N'2024-01-31')", "'TIMESTAMP_ISO(N'2024-01-31')'",
+              "CONVERT(datetime,N'TIMESTAMP_ISO(N''2024-01-31'')',112)"});
+}
+
 TEST_P(Dialect, AShortTextOfADateGetsItsDashesWhereItEnds) {
   expectDate(u"2024", {"TIMESTAMP_ISO(N'2024--')", "'2024'", "CONVERT(datetime,N'2024',112)"});
   expectDate(u"", {"TIMESTAMP_ISO(N'--')", "''", "CONVERT(datetime,N'',112)"});

@@ -76,13 +76,16 @@ class CQXPersistentBase {
   /// The operator with a blank on either side.
   static const OLECHAR* GetOperationString(HvConditionOperation operation);
   static const OLECHAR* GetRelationshipString(HvConditionRelationship relationship);
-  /// The literal of a value. A date or a text is replaced by it in `value` too.
+  /// The literal of a value. A date or a text is replaced by it in `value` too. VT_NULL, a number
+  /// that is not finite and whatever else has no text is refused: "A value of type 1 has no text
+  /// form".
   CComBSTR GetSQLValue(CComVariant& value) const;
   void BuildSelectFieldList(CComBSTR& target) const;
   /// The WHERE of a DELETE; null conditions count as none.
   void BuildRemoveWhereClause(CComBSTR& target, const qx_ptr<CConditions>& conditions) const;
   /// One condition for each value: by the operation at its position, EQUAL if `operations` is
-  /// empty. With `check` the names must be the key fields in their order.
+  /// empty. With `check` the names must be the key fields in their order. A value is refused as by
+  /// GetSQLValue.
   qx_ptr<CConditions> BuildConditionsFromValues(const TyFieldValues& values,
                                                 const std::vector<HvConditionOperation>& operations,
                                                 bool check) const;

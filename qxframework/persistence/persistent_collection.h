@@ -41,7 +41,8 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void Refresh();
 
   void CurrentRowToMap(TyFieldValues& values) const;
-  /// The key of the current row.
+  /// The key of the current row. A value that has no text form, such as VT_NULL, is refused as by
+  /// GetSQLValue; so it is wherever an object is loaded from the row or gets the row's key.
   qx_ptr<CConditions> GetConditionsFromCurrentRow() const;
   /// With keys only by a SELECT of its own, otherwise from the cursor. The SELECT is the one that
   /// the object has run before, if it has: with keys only each row wants a fresh object.

@@ -190,6 +190,17 @@ TEST_P(CollectionRows, FindOfAColumnThatIsNotThereIsTheHostsError) {
       _com_error);
 }
 
+TEST_P(CollectionRows, AMoveThatFailsWhileFindingIsTheHostsErrorEvenWithoutThrowing) {
+  refresh();
+  company->results["MoveNext"] = E_FAIL;
+  EXPECT_THROW(collection->FindInRecordSet(codeIs(u"B"), object.get()), _com_error);
+  EXPECT_THROW(collection->FindInRecordSetNoThrow(codeIs(u"B"), object.get()), _com_error);
+  EXPECT_TRUE(collection->FindInRecordSetNoThrow(codeIs(u"A"), object.get()));
+  company->results["MoveFirst"] = E_FAIL;
+  EXPECT_THROW(collection->FindInRecordSet(codeIs(u"A"), object.get()), _com_error);
+  EXPECT_THROW(collection->FindInRecordSetNoThrow(codeIs(u"A"), object.get()), _com_error);
+}
+
 TEST_P(CollectionRows, FindWithKeysOnlyReloadsTheRow) {
   collection->SetKeysOnly(true);
   refresh();

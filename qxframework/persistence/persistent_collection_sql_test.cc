@@ -13,6 +13,7 @@ namespace {
 
 using namespace qx::test;
 using namespace std::literals;
+using testing::ElementsAre;
 
 class CollectionSql : public testing::TestWithParam<DialectParam> {
  protected:
@@ -28,7 +29,7 @@ class CollectionSql : public testing::TestWithParam<DialectParam> {
   }
   /// The one statement of a SELECT without a limit.
   void expectSelect(const PerDialect& texts) {
-    EXPECT_THAT(select(), testing::ElementsAre(texts.of(GetParam())));
+    EXPECT_THAT(select(), ElementsAre(texts.of(GetParam())));
   }
   void setAliased() {
     collection->SetCorrelationName(u"T0");
@@ -144,7 +145,7 @@ TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
   collection->SetMaxRecordCount(5);
   const std::string plain = "SELECT T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code";
   if (GetParam().name == "Sybase") {
-    EXPECT_THAT(select(), testing::ElementsAre("SET ROWCOUNT 5 ", plain, "SET ROWCOUNT 0"));
+    EXPECT_THAT(select(), ElementsAre("SET ROWCOUNT 5 ", plain, "SET ROWCOUNT 0"));
     return;
   }
   expectSelect({R"(SELECT T0.Code AS "T0.Code"  FROM @T T0     ORDER BY T0.Code  )"
@@ -229,34 +230,31 @@ TEST_P(CollectionSql, AValueKeepsItsUnits) {
 
 // What is never asked for at present: a statement that is not sorted.
 template <class Dialect>
-class Unsorted final : public qx::InDialect<CQXPersistentCollection, Dialect> {
+class Unsorted final : public qx::CollectionInDialect<Dialect> {
  public:
   Unsorted() { this->m_bSorted = false; }
-  void Remove(qx_ptr<CConditions>) override {}
-  void Select() override {}
-
- private:
-  CQXPersistentCollection::Limit GetLimit() const override {
-    return {Dialect::limitInFront(this->m_lMaxRecordCount),
-            Dialect::limitBehind(this->m_lMaxRecordCount, this->m_bSorted), false};
-  }
 };
 
 template <class Dialect>
-std::string unsortedText(long maximum) {
+std::vector<std::string> unsortedTexts(long maximum) {
   Unsorted<Dialect> collection;
   collection.SetMasterTable(u"OFPR");
   collection.SetKeysOnly(false);
   collection.SetMaxRecordCount(maximum);
-  return utf8(collection.SelectTexts().front());
+  std::vector<std::string> texts;
+  for (const CComBSTR& text : collection.SelectTexts()) texts.push_back(utf8(text));
+  return texts;
 }
 
 TEST(UnsortedSelect, EndsAsItsDialectEndsIt) {
-  EXPECT_EQ(unsortedText<qx::Db2Dialect>(-1), "SELECT * FROM OFPR      ");
-  EXPECT_EQ(unsortedText<qx::Db2Dialect>(3), "SELECT * FROM OFPR      FETCH FIRST 3 ROWS ONLY");
-  EXPECT_EQ(unsortedText<qx::KordbDialect>(3), R"(SELECT TOP 3 * FROM "OFPR"    )");
-  EXPECT_EQ(unsortedText<qx::MssqlDialect>(3), "SELECT TOP 3 * FROM OFPR    ");
-  EXPECT_EQ(unsortedText<qx::SybaseDialect>(-1), "SELECT * FROM OFPR     ");
+  EXPECT_THAT(unsortedTexts<qx::Db2Dialect>(-1), ElementsAre("SELECT * FROM OFPR      "));
+  EXPECT_THAT(unsortedTexts<qx::Db2Dialect>(3),
+              ElementsAre("SELECT * FROM OFPR      FETCH FIRST 3 ROWS ONLY"));
+  EXPECT_THAT(unsortedTexts<qx::KordbDialect>(3), ElementsAre(R"(SELECT TOP 3 * FROM "OFPR"    )"));
+  EXPECT_THAT(unsortedTexts<qx::MssqlDialect>(3), ElementsAre("SELECT TOP 3 * FROM OFPR    "));
+  EXPECT_THAT(unsortedTexts<qx::SybaseDialect>(-1), ElementsAre("SELECT * FROM OFPR     "));
+  EXPECT_THAT(unsortedTexts<qx::SybaseDialect>(3),
+              ElementsAre("SET ROWCOUNT 3 ", "SELECT * FROM OFPR     ", "SET ROWCOUNT 0"));
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 namespace Persistence {
 namespace {
 
@@ -14,6 +16,11 @@ using testing::IsEmpty;
 using PersistentCollection = CollectionFixture;
 
 INSTANTIATE_TEST_SUITE_P(Each, PersistentCollection, allDialects(), nameOf<DialectParam>);
+
+using CollectionLimitedByTheConnection = CollectionFixture;
+
+INSTANTIATE_TEST_SUITE_P(Each, CollectionLimitedByTheConnection,
+                         testing::Values(DialectParam{"Sybase", 3}), nameOf<DialectParam>);
 
 TEST_P(PersistentCollection, StartsWithKeysOnlyAndNoLimit) {
   const auto fresh = qx::persistentCollectionFor(GetParam().serverType);
@@ -99,6 +106,27 @@ TEST_P(PersistentCollection, AFailedLimitedSelectLeavesTheLimitOnTheConnection) 
   setUpFailure(isSybase() ? 1 : 0);
   EXPECT_EQ(refusalOf([&] { collection->Refresh(); }), "-2035: Not today");
   EXPECT_EQ(company->runs.size(), isSybase() ? 2U : 1U);
+  EXPECT_FALSE(collection->IsSelected());
+}
+
+TEST_P(CollectionLimitedByTheConnection,
+       AFailureOfTheStatementThatSetsTheLimitKeepsTheQueryFromRunning) {
+  collection->SetMaxRecordCount(2);
+  setUpFailure();
+  EXPECT_EQ(refusalOf([&] { collection->Refresh(); }), "-2035: Not today");
+  EXPECT_THAT(company->statements(), ElementsAre(u"SET ROWCOUNT 2 "));
+  EXPECT_EQ(logger.messages(1), std::vector<std::u16string>{u"Failed to select from OFPR"});
+  EXPECT_FALSE(collection->IsSelected());
+}
+
+TEST_P(CollectionLimitedByTheConnection,
+       AFailureOfTheStatementThatLiftsTheLimitIsAFailureOfTheSelect) {
+  collection->SetMaxRecordCount(2);
+  setUpFailure(2);
+  EXPECT_EQ(refusalOf([&] { collection->Refresh(); }), "-2035: Not today");
+  ASSERT_EQ(company->runs.size(), 3U);
+  EXPECT_EQ(company->runs.back().statement, u"SET ROWCOUNT 0");
+  EXPECT_EQ(logger.messages(1), std::vector<std::u16string>{u"Failed to select from OFPR"});
   EXPECT_FALSE(collection->IsSelected());
 }
 
@@ -329,6 +357,19 @@ TEST_P(PersistentCollection, ConditionsFromTheRowLookItsColumnsUpByTheCorrelatio
   EXPECT_EQ(shown(collection->GetConditionsFromCurrentRow()), "Code|1|98|VT_BSTR|bare");
   collection->SetFields({u"Code"});
   EXPECT_EQ(shown(collection->GetConditionsFromCurrentRow()), "Code|1|98|VT_BSTR|named");
+}
+
+TEST_P(PersistentCollection, ThereAreNoConditionsOfAKeyWithoutText) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  company->otherwise = {{u"Code"}, {{null}, {std::nan("")}, {HUGE_VAL}}};
+  refresh();
+  EXPECT_EQ(refusalOf([&] { collection->GetConditionsFromCurrentRow(); }),
+            "-1: A value of type 1 has no text form");
+  EXPECT_EQ(refusalOf([&] { collection->Next(object.get()); }),
+            "-1: A value of type 5 has no text form");
+  EXPECT_EQ(refusalOf([&] { collection->Next(object.get()); }),
+            "-1: A value of type 5 has no text form");
 }
 
 TEST_P(PersistentCollection, ThereAreNoConditionsBehindTheLastRow) {

@@ -22,7 +22,8 @@ class CQXPersistentObject : public CQXPersistentBase {
   virtual void Add() = 0;
   /// By the object's conditions; the argument is not read.
   virtual void Remove(const TyFieldValues& keyValues) = 0;
-  /// By the object's conditions, or by `keyValues` if it has none.
+  /// By the object's conditions, or by `keyValues` if it has none. A value that is written and has
+  /// no text form is refused as by GetSQLValue, so that a column cannot be set to NULL.
   virtual void Update(const TyFieldValues& keyValues) = 0;
   /// Sets the conditions and runs Select; the row stays in the record set.
   virtual void Load(qx_ptr<CConditions> conditions) = 0;
@@ -43,7 +44,8 @@ class CQXPersistentObject : public CQXPersistentBase {
   void LoadFieldsFromFields(CComPtr<IFields> fields);
   /// The position of a name, or of one that is the name in upper case; -1 if there is none.
   long FindFieldIndex(const OLECHAR* name) const;
-  /// The key of the row in the field values; a value that is missing counts as 0.
+  /// The key of the row in the field values; a value that is missing counts as 0. One that has no
+  /// text form is refused as by GetSQLValue.
   qx_ptr<CConditions> GetConditionsFromOwnFields() const;
 
   /// The statements that Add, Update, Remove and Select run. They need no company. The code is for

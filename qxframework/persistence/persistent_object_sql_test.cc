@@ -129,6 +129,15 @@ TEST_P(ObjectSql, AnUpdateKeepsTheCorrelationNameOfKeyValuesWithoutAFieldList) {
                 "UPDATE [@T]  SET Code = N'A'  WHERE "});
 }
 
+TEST_P(ObjectSql, AnUpdateWithoutConditionsByKeyValuesThatMatchNoFieldHasNothingBehindWhere) {
+  object->GetFieldValues() = values({{u"Code", u"A"}});
+  const PerDialect texts{"UPDATE @T  SET Code = N'A'  WHERE ",
+                         R"(UPDATE "@T"  SET "Code" = N'A'  WHERE )",
+                         "UPDATE [@T]  SET Code = N'A'  WHERE "};
+  expectUpdate(values({{u"U_X", u"missing"}, {u"code", u"A"}}), texts);
+  expectUpdate({}, texts);
+}
+
 TEST_P(ObjectSql, AnUpdateOfKeyFieldsOnlySetsNothing) {
   object->SetKeyFields({u"Code"});
   object->SetConditions(codeIs(u"A"));

@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
+
 namespace Persistence {
 namespace {
 
@@ -83,6 +85,16 @@ TEST_P(PersistentObject, UpdateRunsItsTextAndLogsIt) {
   object->Update(keys);
   EXPECT_THAT(company->statements(), ElementsAre(text.View()));
   expectLog(u"Update", {ran(u"Update")}, u"S_OK");
+}
+
+TEST_P(PersistentObject, UpdateWritesTheWhereClauseAheadOfTheSetClause) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  object->GetFieldValues() = values({{u"Code", null}});
+  EXPECT_EQ(refusalOf([&] {
+              object->Update(values({{u"Code", HUGE_VAL}}));
+            }),
+            "-1: A value of type 5 has no text form");  // that of the key, not of the value
 }
 
 TEST_P(PersistentObject, RemoveRunsItsTextAndLogsIt) {
@@ -236,6 +248,14 @@ TEST_P(PersistentObject, DoesNotExistWhereTheQueryFailsOrCannotBeWritten) {
   EXPECT_FALSE(object->Exists());
 }
 
+TEST_P(PersistentObject, ExistsLetsAFailureOfTheStoredTextThrough) {
+  object->SetConditions(codeIs(u"A"));
+  EXPECT_TRUE(object->Exists());
+  EXPECT_TRUE(object->IsSelected());
+  setUpFailure();
+  EXPECT_THROW(object->Exists(), _com_error);
+}
+
 TEST_P(PersistentObject, ReloadReadsTheRow) {
   object->SetConditions(codeIs(u"A"));
   object->Reload();
@@ -341,6 +361,37 @@ TEST_P(PersistentObject, ConditionsOfItsOwnFieldsAreTheKey) {
   object->GetFieldValues() = values({{u"Rate", 12.5}, {u"N", 7}, {u"Code", u"it's"}, {u"X", 1}});
   EXPECT_EQ(shown(object->GetConditionsFromOwnFields()),
             "Code|1|98|VT_BSTR|it's; N|1|98||7; Rate|1|98|VT_R8|12.5; Missing|1|98||0");
+}
+
+TEST_P(PersistentObject, ConditionsOfItsOwnFieldsRefuseAKeyWithoutText) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  object->SetKeyFields({u"Code"});
+  object->GetFieldValues() = values({{u"Code", null}});
+  EXPECT_EQ(refusalOf([&] { object->GetConditionsFromOwnFields(); }),
+            "-1: A value of type 1 has no text form");
+  for (const double number : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+    object->GetFieldValues() = values({{u"Code", number}});
+    EXPECT_EQ(refusalOf([&] { object->GetConditionsFromOwnFields(); }),
+              "-1: A value of type 5 has no text form");
+  }
+}
+
+TEST_P(PersistentObject, UpdateRefusesAValueOrAKeyValueWithoutText) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  object->GetFieldValues() = values({{u"Code", u"A"}, {u"Price", null}});
+  EXPECT_EQ(refusalOf([&] { object->Update({}); }), "-1: A value of type 1 has no text form");
+  object->GetFieldValues() = values({{u"Code", u"A"}});
+  EXPECT_EQ(refusalOf([&] {
+              object->Update(values({{u"Code", HUGE_VAL}}));
+            }),
+            "-1: A value of type 5 has no text form");
+  EXPECT_THAT(company->runs, IsEmpty());
+  // The key is not set, so it needs no text.
+  object->SetKeyFields({u"Code"});
+  object->GetFieldValues() = values({{u"Code", null}, {u"Price", 1.5}});
+  EXPECT_EQ(refusalOf([&] { object->Update({}); }), "");
 }
 
 TEST_P(PersistentObject, ADateOfItsOwnFieldsIsALiteral) {
