@@ -42,20 +42,21 @@ void TyFieldValues::Add(CComBSTR name, CComVariant value) {
   // Room first, so that nothing can fail between the two parts.
   if (m_Names.size() == m_Names.capacity())
     m_Names.reserve(m_Names.empty() ? kUsualColumns : 2 * m_Names.size());
-  SetValue(name, std::move(value));
+  Value& entry = m_Values[name];
+  entry.value = std::move(value);
+  if (entry.position == -1) entry.position = GetCount();
   m_Names.push_back(std::move(name));
 }
 
 void TyFieldValues::SetValue(CComBSTR name, CComVariant value) {
-  m_Values.insert_or_assign(std::move(name), std::move(value));
+  m_Values[std::move(name)].value = std::move(value);
 }
 
 long TyFieldValues::FindIndex(const OLECHAR* name) const {
-  if (!contains(name)) return -1;
-  for (std::size_t i = 0; i < m_Names.size(); ++i)
-    if (VarBstrCmp(m_Names[i], name, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ)
-      return static_cast<long>(i);
-  qx::throwText("internal unknown error");
+  const auto found = m_Values.find(name);
+  if (found == m_Values.end()) return -1;
+  if (found->second.position == -1) qx::throwText("internal unknown error");
+  return found->second.position;
 }
 
 void TyFieldValues::Clear() {
@@ -66,12 +67,12 @@ void TyFieldValues::Clear() {
 const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {
   const auto found = m_Values.find(name);
   if (found == m_Values.end()) qx::throwText("Can't find the key in CMyMap");
-  return found->second;
+  return found->second.value;
 }
 
 CComVariant TyFieldValues::GetValue(const OLECHAR* name) const {
   const auto found = m_Values.find(name);
-  return found == m_Values.end() ? CComVariant(0) : found->second;
+  return found == m_Values.end() ? CComVariant(0) : found->second.value;
 }
 
 bool operator==(const TyFieldValues& a, const TyFieldValues& b) {

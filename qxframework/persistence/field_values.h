@@ -62,7 +62,13 @@ struct QX_API TyFieldValues {
     bool operator()(const OLECHAR* a, const OLECHAR* b) const;
   };
 
-  std::map<CComBSTR, CComVariant, NameOrder> m_Values;
+  /// With the first position of the name, -1 if it has none.
+  struct Value {
+    CComVariant value;
+    long position = -1;
+  };
+
+  std::map<CComBSTR, Value, NameOrder> m_Values;
   std::vector<CComBSTR> m_Names;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// Where the database engine of a company turns into a class. Nothing else looks at the engine.
+// Where the database engine of a company turns into a class. Nothing else of this layer
+// knows the engines.
 
 #include "qxframework/automation/com_ptr.h"
 

@@ -148,6 +148,11 @@ void CQXPersistentBase::Query(CReturnValue<long>& hr, const CComBSTR& text) cons
   hr = m_ptrRecordSet->DoQuery(text);
 }
 
+_bstr_t CQXPersistentBase::ScopeName(std::u16string_view className, std::u16string_view dialect,
+                                     std::u16string_view operation) {
+  return _bstr_t(qx::joined({className, dialect, u"::", operation}));
+}
+
 void CQXPersistentBase::RunText(CReturnValue<long>& hr, const CComBSTR& text,
                                 const OLECHAR* failure, const CComBSTR& table) {
   hr.LogInfo(u"%s", text);

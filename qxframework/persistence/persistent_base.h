@@ -129,10 +129,13 @@ class CQXPersistentBase {
                     qx::FieldWriter write) const;
   /// The correlation name and a point; nothing without one.
   void AppendCorrelation(CComBSTR& target) const;
-  /// The value of a condition in a WHERE that selects.
-  void AppendConditionValue(CComBSTR& target, const CCondition& condition) const;
-  /// Raises for a condition that compares two columns.
-  static void CheckComparesConstant(const CCondition& condition);
+  /// How a WHERE has its conditions.
+  struct WhereForm {
+    bool withCorrelation = false;  ///< in front of the columns
+    bool withBrackets = false;
+  };
+  /// The conditions of a WHERE of all but a DELETE. Refuses those that compare two columns.
+  void AppendComparisons(CComBSTR& target, WhereForm form) const;
 
   /// The table as a statement names it, in a SELECT with its correlation name.
   CComBSTR TableText() const;
@@ -152,6 +155,9 @@ class CQXPersistentBase {
   static void AddKeyCondition(CConditions& conditions, const OLECHAR* column, VARTYPE kind,
                               const CComVariant& value);
 
+  /// The scope of a dialect's operation in the log: "CQXPersistentObjectDB2::Add".
+  static _bstr_t ScopeName(std::u16string_view className, std::u16string_view dialect,
+                           std::u16string_view operation);
   /// Logs the text and runs it; a _com_error becomes the exception of Fail.
   void RunText(CReturnValue<long>& hr, const CComBSTR& text, const OLECHAR* failure,
                const CComBSTR& table);
@@ -179,6 +185,11 @@ class CQXPersistentBase {
   void AppendLinkField(CComBSTR& target, const CQXLinkTableCriteria& link,
                        CQXLinkFieldCriteria& field) const;
   void AppendRemoveCondition(CComBSTR& target, const CCondition& condition) const;
+  void AppendComparison(CComBSTR& target, const CCondition& condition, WhereForm form) const;
+  void AppendConditionValue(CComBSTR& target, const CCondition& condition) const;
+  /// The value of a condition as the literal of a date, and as that of a text.
+  CComBSTR DateLiteral(const CCondition& condition) const;
+  CComBSTR TextLiteral(const CCondition& condition) const;
   void AddValueCondition(CConditions& conditions, const CComBSTR& name, CComVariant value,
                          HvConditionOperation operation) const;
 

@@ -10,6 +10,13 @@
 namespace Persistence {
 namespace {
 
+constexpr std::u16string_view kTextTag = u"VT_BSTR";
+constexpr std::u16string_view kDateTag = u"VT_DATE";
+
+void appendBrackets(CComBSTR& target, std::u16string_view bracket, long count) {
+  for (long i = 0; i < count; ++i) target += bracket;
+}
+
 std::u16string_view joinWord(etTABLE_JOIN_MODE mode) {
   switch (mode) {
     case jm_Inner:
@@ -152,10 +159,10 @@ void CQXPersistentBase::BuildRemoveWhereClause(CComBSTR& target,
   target += u" WHERE ";
   for (long i = 0; i < CountOf(conditions); ++i) {
     const CCondition& condition = *conditions->Item(i);
-    for (long n = 0; n < condition.GetBracketOpenNum(); ++n) target += u"(";
+    appendBrackets(target, u"(", condition.GetBracketOpenNum());
     if (i > 0) target += GetRelationshipString(condition.GetRelationship());
     AppendRemoveCondition(target, condition);
-    for (long n = 0; n < condition.GetBracketCloseNum(); ++n) target += u")";
+    appendBrackets(target, u")", condition.GetBracketCloseNum());
   }
 }
 
@@ -167,35 +174,52 @@ void CQXPersistentBase::AppendRemoveCondition(CComBSTR& target, const CCondition
   if (condition.GetCompareFields() != VARIANT_FALSE)
     throw CQXPersistenceException(u"Only constants are allowed as values in the conditions");
   const std::u16string_view tag = qx::viewOf(condition.GetComparedAlias());
-  const std::u16string_view value = qx::viewOfBstr(condition.GetCondVal());
   if (tag.empty()) {
-    target += value;
-  } else if (tag == u"VT_DATE") {
-    CComVariant date(value);
-    GetSQLDate(date);
-    target += qx::viewOfBstr(date.bstrVal);
+    target += qx::viewOfBstr(condition.GetCondVal());
   } else {
-    target += GetSQLString(CComBSTR(value)).View();
+    target += (tag == kDateTag ? DateLiteral(condition) : TextLiteral(condition)).View();
   }
+}
+
+void CQXPersistentBase::AppendComparisons(CComBSTR& target, WhereForm form) const {
+  for (long i = 0; i < CountOf(m_ptrConditions); ++i) {
+    const CCondition& condition = *m_ptrConditions->Item(i);
+    if (i > 0) target += GetRelationshipString(condition.GetRelationship());
+    AppendComparison(target, condition, form);
+  }
+}
+
+void CQXPersistentBase::AppendComparison(CComBSTR& target, const CCondition& condition,
+                                         WhereForm form) const {
+  if (condition.GetCompareFields() == VARIANT_TRUE)
+    throw CQXPersistenceException(u"Comparing of fields is not implemented");
+  if (form.withBrackets) appendBrackets(target, u"(", condition.GetBracketOpenNum());
+  if (form.withCorrelation) AppendCorrelation(target);
+  target += GetSQLColumnName(condition.GetAlias()).View();
+  target += GetOperationString(condition.GetOperation());
+  AppendConditionValue(target, condition);
+  if (form.withBrackets) appendBrackets(target, u")", condition.GetBracketCloseNum());
 }
 
 void CQXPersistentBase::AppendConditionValue(CComBSTR& target, const CCondition& condition) const {
   const std::u16string_view tag = qx::viewOf(condition.GetComparedAlias());
-  const std::u16string_view value = qx::viewOfBstr(condition.GetCondVal());
-  if (tag == u"VT_BSTR") {
-    target += GetSQLString(CComBSTR(value)).View();
-  } else if (tag == u"VT_DATE") {
-    CComVariant date(value);
-    GetSQLDate(date);
-    target += qx::viewOfBstr(date.bstrVal);
+  if (tag == kTextTag) {
+    target += TextLiteral(condition).View();
+  } else if (tag == kDateTag) {
+    target += DateLiteral(condition).View();
   } else {
-    target += value;
+    target += qx::viewOfBstr(condition.GetCondVal());
   }
 }
 
-void CQXPersistentBase::CheckComparesConstant(const CCondition& condition) {
-  if (condition.GetCompareFields() == VARIANT_TRUE)
-    throw CQXPersistenceException(u"Comparing of fields is not implemented");
+CComBSTR CQXPersistentBase::DateLiteral(const CCondition& condition) const {
+  CComVariant date(qx::viewOfBstr(condition.GetCondVal()));
+  GetSQLDate(date);
+  return CComBSTR(qx::viewOfBstr(date.bstrVal));
+}
+
+CComBSTR CQXPersistentBase::TextLiteral(const CCondition& condition) const {
+  return GetSQLString(CComBSTR(qx::viewOfBstr(condition.GetCondVal())));
 }
 
 void CQXPersistentBase::AppendCorrelation(CComBSTR& target) const {

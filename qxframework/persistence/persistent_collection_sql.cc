@@ -10,9 +10,7 @@
 namespace Persistence {
 namespace {
 
-_bstr_t scopeName(const OLECHAR* dialect, std::u16string_view operation) {
-  return _bstr_t(qx::joined({u"CQXPersistentCollection", dialect, u"::", operation}));
-}
+constexpr std::u16string_view kClass = u"CQXPersistentCollection";
 
 }  // namespace
 
@@ -64,7 +62,7 @@ std::vector<CComBSTR> CQXPersistentCollection::SelectTexts() {
 }
 
 void CQXPersistentCollection::RunSelect(const OLECHAR* dialect) {
-  CReturnValue<long> hr(scopeName(dialect, u"Select"), 0, 0);
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Select"), 0, 0);
   const Statements statements = BuildStatements();
   try {
     RunStatements(hr, statements);
@@ -114,17 +112,7 @@ void CQXPersistentCollection::AppendOrder(CComBSTR& target) const {
 void CQXPersistentCollection::BuildWhereClause(CComBSTR& target) {
   if (m_ptrConditions.get() == nullptr) return;
   target += u" WHERE ";
-  for (long i = 0; i < m_ptrConditions->GetCount(); ++i) {
-    const CCondition& condition = *m_ptrConditions->Item(i);
-    if (i > 0) target += GetRelationshipString(condition.GetRelationship());
-    CheckComparesConstant(condition);
-    for (long n = 0; n < condition.GetBracketOpenNum(); ++n) target += u"(";
-    AppendCorrelation(target);
-    target += GetSQLColumnName(condition.GetAlias()).View();
-    target += GetOperationString(condition.GetOperation());
-    AppendConditionValue(target, condition);
-    for (long n = 0; n < condition.GetBracketCloseNum(); ++n) target += u")";
-  }
+  AppendComparisons(target, {.withCorrelation = true, .withBrackets = true});
 }
 
 CComBSTR CQXPersistentCollection::RemoveText(const qx_ptr<CConditions>& conditions) const {
@@ -133,7 +121,7 @@ CComBSTR CQXPersistentCollection::RemoveText(const qx_ptr<CConditions>& conditio
 
 void CQXPersistentCollection::RunRemove(const OLECHAR* dialect,
                                         const qx_ptr<CConditions>& conditions) {
-  CReturnValue<long> hr(scopeName(dialect, u"Remove"), 0, 0);
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Remove"), 0, 0);
   RunText(hr, RemoveText(conditions), u"Failed to delete from %s", TableText());
 }
 

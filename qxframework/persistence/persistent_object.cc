@@ -10,22 +10,10 @@
 namespace Persistence {
 namespace {
 
-_bstr_t scopeName(const OLECHAR* dialect, std::u16string_view operation) {
-  return _bstr_t(qx::joined({u"CQXPersistentObject", dialect, u"::", operation}));
-}
+constexpr std::u16string_view kClass = u"CQXPersistentObject";
 
 constexpr const OLECHAR* kNoQueryText =
     u"Query string is empty - it may not have been saved with alst select";
-
-// Unit by unit: a letter whose capital takes more than one stays.
-std::u16string upperCase(const OLECHAR* name) {
-  std::u16string upper(qx::viewOf(name));
-  for (OLECHAR& unit : upper) {
-    const std::u16string capital = qx::toUpper(std::u16string_view(&unit, 1));
-    if (capital.size() == 1) unit = capital.front();
-  }
-  return upper;
-}
 
 }  // namespace
 
@@ -39,7 +27,7 @@ bool CQXPersistentObject::RunExists() {
 }
 
 void CQXPersistentObject::RunAdd(const OLECHAR* dialect) {
-  CReturnValue<long> hr(scopeName(dialect, u"Add"), 0, 0);
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Add"), 0, 0);
   CComBSTR columns;
   CComBSTR values;
   BuildInsertLists(columns, values);
@@ -47,17 +35,17 @@ void CQXPersistentObject::RunAdd(const OLECHAR* dialect) {
 }
 
 void CQXPersistentObject::RunRemove(const OLECHAR* dialect) {
-  CReturnValue<long> hr(scopeName(dialect, u"Remove"), 0, 0);
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Remove"), 0, 0);
   RunText(hr, RemoveText(), u"Failed to delete from %s", TableText());
 }
 
 void CQXPersistentObject::RunUpdate(const OLECHAR* dialect, const TyFieldValues& keyValues) {
-  CReturnValue<long> hr(scopeName(dialect, u"Update"), 0, 0);
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Update"), 0, 0);
   RunText(hr, UpdateText(keyValues), u"Failed to update %s", TableText());
 }
 
 void CQXPersistentObject::RunSelect(const OLECHAR* dialect) {
-  CReturnValue<long> hr(scopeName(dialect, u"Select"), 0, 0);
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Select"), 0, 0);
   CComBSTR text = SelectText();
   const CComBSTR table = SelectTableText();
   hr.LogInfo(u"%s", text);
@@ -116,7 +104,7 @@ long CQXPersistentObject::FindFieldIndex(const OLECHAR* name) const {
   const long index = m_FieldValues.FindIndex(name);
   if (index != -1) return index;
   for (long i = 0; i < m_FieldValues.GetCount(); ++i)
-    if (upperCase(m_FieldValues.keyAt(i)) == qx::viewOf(name)) return i;
+    if (qx::toUpperByUnit(qx::viewOf(m_FieldValues.keyAt(i))) == qx::viewOf(name)) return i;
   return -1;
 }
 

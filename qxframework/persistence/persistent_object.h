@@ -44,6 +44,13 @@ class CQXPersistentObject : public CQXPersistentBase {
   void LoadFieldsFromFields(CComPtr<IFields> fields);
   /// The position of a name, or of one that is the name in upper case; -1 if there is none.
   long FindFieldIndex(const OLECHAR* name) const;
+  struct KeyColumn {
+    CComBSTR name;  ///< without the correlation name that a key value may have
+    long position;  ///< of its key value
+  };
+  /// What Update compares where it goes by key values: those whose names are found as by
+  /// FindFieldIndex. The others are skipped.
+  std::vector<KeyColumn> KeyColumns(const TyFieldValues& keyValues) const;
   /// The key of the row in the field values; a value that is missing counts as 0. One that has no
   /// text form is refused as by GetSQLValue.
   qx_ptr<CConditions> GetConditionsFromOwnFields() const;
@@ -73,7 +80,6 @@ class CQXPersistentObject : public CQXPersistentBase {
   void AppendInsertLists(const CComBSTR& nextCode, CComBSTR& columns, CComBSTR& values);
   void AppendCode(const OLECHAR* name, const CComBSTR& code, CComBSTR& columns, CComBSTR& values);
   CComBSTR AssembleInsert(const CComBSTR& columns, const CComBSTR& values) const;
-  void AppendUpdateConditions(CComBSTR& target) const;
   void AppendKeyValues(CComBSTR& target, const TyFieldValues& keyValues) const;
   bool IsKeyField(const CComBSTR& name) const;
   std::u16string_view KeyNameOf(std::u16string_view column) const;

@@ -1,13 +1,42 @@
 // The statements of one row.
 
+#include "qxframework/automation/text.h"
 #include "qxframework/dbdef/qx_util.h"
 #include "qxframework/persistence/persistence_exception.h"
 #include "qxframework/persistence/persistent_object.h"
 #include "qxframework/persistence/sql_text.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <unordered_set>
 
 namespace Persistence {
+namespace {
+
+/// Finds many names as FindFieldIndex finds one, with the capitals of all fields made once.
+class FieldLookup {
+ public:
+  explicit FieldLookup(const TyFieldValues& fields) : fields_(fields) {}
+
+  bool has(const CComBSTR& name) {
+    if (fields_.FindIndex(name) != -1) return true;
+    if (!capitals_) readCapitals();
+    return capitals_->contains(std::u16string(qx::viewOf(name)));
+  }
+
+ private:
+  void readCapitals() {
+    capitals_.emplace();
+    for (long i = 0; i < fields_.GetCount(); ++i)
+      capitals_->insert(qx::toUpperByUnit(qx::viewOf(fields_.keyAt(i))));
+  }
+
+  const TyFieldValues& fields_;
+  std::optional<std::unordered_set<std::u16string>> capitals_;
+};
+
+}  // namespace
 
 CComBSTR CQXPersistentObject::InsertText(const CComBSTR& nextCode) {
   CComBSTR columns;
@@ -92,20 +121,9 @@ void CQXPersistentObject::BuildSetClause(CComBSTR& target) {
 void CQXPersistentObject::BuildUpdateWhereClause(CComBSTR& target, const TyFieldValues& keyValues) {
   target += u" WHERE ";
   if (CountOf(m_ptrConditions) > 0) {
-    AppendUpdateConditions(target);
+    AppendComparisons(target, {});
   } else {
     AppendKeyValues(target, keyValues);
-  }
-}
-
-void CQXPersistentObject::AppendUpdateConditions(CComBSTR& target) const {
-  for (long i = 0; i < CountOf(m_ptrConditions); ++i) {
-    const CCondition& condition = *m_ptrConditions->Item(i);
-    if (i > 0) target += GetRelationshipString(condition.GetRelationship());
-    CheckComparesConstant(condition);
-    target += GetSQLColumnName(condition.GetAlias()).View();
-    target += GetOperationString(condition.GetOperation());
-    AppendConditionValue(target, condition);
   }
 }
 
@@ -114,16 +132,25 @@ std::u16string_view CQXPersistentObject::KeyNameOf(std::u16string_view column) c
   return column.substr(column.find(u'.') + 1);  // all of it where there is no point
 }
 
+std::vector<CQXPersistentObject::KeyColumn> CQXPersistentObject::KeyColumns(
+    const TyFieldValues& keyValues) const {
+  FieldLookup fields(m_FieldValues);
+  std::vector<KeyColumn> columns;
+  for (long i = 0; i < keyValues.GetCount(); ++i) {
+    CComBSTR name(KeyNameOf(qx::viewOf(keyValues.keyAt(i))));
+    if (fields.has(name)) columns.push_back({std::move(name), i});
+  }
+  return columns;
+}
+
 void CQXPersistentObject::AppendKeyValues(CComBSTR& target, const TyFieldValues& keyValues) const {
   bool isFirst = true;
-  for (long i = 0; i < keyValues.GetCount(); ++i) {
-    const CComBSTR name(KeyNameOf(qx::viewOf(keyValues.keyAt(i))));
-    if (FindFieldIndex(name) == -1) continue;
+  for (const KeyColumn& column : KeyColumns(keyValues)) {
     if (!isFirst) target += u" AND ";
     isFirst = false;
-    target += GetSQLColumnName(name).View();
+    target += GetSQLColumnName(column.name).View();
     target += u" = ";
-    CComVariant value = keyValues.valueAt(i);
+    CComVariant value = keyValues.valueAt(column.position);
     target += GetSQLValue(value).View();
   }
 }
@@ -144,15 +171,7 @@ void CQXPersistentObject::BuildSelectWhereClause(CComBSTR& target) {
   if (m_ptrConditions.get() == nullptr)
     throw CQXPersistenceException(u"No conditions are set for select");
   target += u" WHERE ";
-  for (long i = 0; i < m_ptrConditions->GetCount(); ++i) {
-    const CCondition& condition = *m_ptrConditions->Item(i);
-    if (i > 0) target += GetRelationshipString(condition.GetRelationship());
-    CheckComparesConstant(condition);
-    AppendCorrelation(target);
-    target += GetSQLColumnName(condition.GetAlias()).View();
-    target += GetOperationString(condition.GetOperation());
-    AppendConditionValue(target, condition);
-  }
+  AppendComparisons(target, {.withCorrelation = true});
 }
 
 CComBSTR CQXPersistentObject::ChooseListText(const CSimpleMap<CComBSTR, CComBSTR>& fields,

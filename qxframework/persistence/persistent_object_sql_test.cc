@@ -110,6 +110,14 @@ TEST_P(ObjectSql, AnUpdateWithoutConditionsGoesByTheKeyValuesThatItHas) {
                 "UPDATE [@T]  SET Code = N'A', U_A = N'x'  WHERE U_A = N'old' AND Code = 5"});
 }
 
+TEST_P(ObjectSql, AnUpdateFindsKeyValuesInUpperCase) {
+  object->GetFieldValues() = values({{u"U_a", u"x"}, {u"u_b", u"x"}});
+  expectUpdate(values({{u"U_A", 1}, {u"u_B", 2}, {u"U_B", 3}}),
+               {"UPDATE @T  SET U_a = N'x', u_b = N'x'  WHERE U_A = 1 AND U_B = 3",
+                R"(UPDATE "@T"  SET "U_a" = N'x', "u_b" = N'x'  WHERE "U_A" = 1 AND "U_B" = 3)",
+                "UPDATE [@T]  SET U_a = N'x', u_b = N'x'  WHERE U_A = 1 AND U_B = 3"});
+}
+
 TEST_P(ObjectSql, AnUpdateCutsTheCorrelationNameOffKeyValues) {
   object->SetCorrelationName(u"T0");
   object->SetFields({u"Code"});
@@ -136,6 +144,22 @@ TEST_P(ObjectSql, AnUpdateWithoutConditionsByKeyValuesThatMatchNoFieldHasNothing
                          "UPDATE [@T]  SET Code = N'A'  WHERE "};
   expectUpdate(values({{u"U_X", u"missing"}, {u"code", u"A"}}), texts);
   expectUpdate({}, texts);
+}
+
+// At a cost that grows with the columns and not with their square, or this takes minutes.
+TEST(UpdateText, ComparesTwentyThousandKeyValues) {
+  constexpr int kColumns = 20000;
+  const auto object = qx::persistentObjectFor(1);
+  object->SetMasterTable(u"T");
+  TyFieldValues keys;
+  std::string where;
+  for (int i = 0; i < kColumns; ++i) {
+    const std::string number = std::to_string(i);
+    object->GetFieldValues().Add(qx::toUtf16("u" + number).c_str(), 1);
+    keys.Add(qx::toUtf16((i % 2 == 0 ? "U" : "x") + number).c_str(), i);
+    if (i % 2 == 0) where += (where.empty() ? "U" : " AND U") + number + " = " + number;
+  }
+  EXPECT_TRUE(utf8(object->UpdateText(keys)).ends_with("  WHERE " + where));
 }
 
 TEST_P(ObjectSql, AnUpdateOfKeyFieldsOnlySetsNothing) {

@@ -354,6 +354,25 @@ TEST_P(PersistentObject, ALetterWithoutASingleCapitalStays) {
   object->GetFieldValues() = values({{u"Ma\u00DF", 1}});
   EXPECT_EQ(object->FindFieldIndex(u"MA\u00DF"), 0);
   EXPECT_EQ(object->FindFieldIndex(u"MASS"), -1);
+  // One whose capital is a single letter, though its full one is of two.
+  object->GetFieldValues() = values({{u"\u1F80", 1}});
+  EXPECT_EQ(object->FindFieldIndex(u"\u1F88"), 0);
+}
+
+TEST_P(PersistentObject, ANameSetWithoutAPositionIsAFaultOfTheMap) {
+  object->GetFieldValues() = values({{u"Code", u"A"}});
+  object->GetFieldValues().SetValue(u"Stray", 1);
+  const auto thrown = [](auto work) -> std::string {
+    try {
+      work();
+      return "nothing";
+    } catch (const char* text) {
+      return text;
+    }
+  };
+  EXPECT_EQ(thrown([&] { object->FindFieldIndex(u"Stray"); }), "internal unknown error");
+  EXPECT_EQ(thrown([&] { object->UpdateText(values({{u"Stray", 1}})); }), "internal unknown error");
+  EXPECT_EQ(thrown([&] { object->FindFieldIndex(u"STRAY"); }), "nothing");
 }
 
 TEST_P(PersistentObject, ConditionsOfItsOwnFieldsAreTheKey) {
