@@ -171,4 +171,20 @@ std::vector<std::u16string> statementTexts(const Statement& statement, DbServerT
   });
 }
 
+std::vector<std::size_t> skippedKeyValues(const Statement& statement) {
+  std::vector<std::size_t> skipped;
+  if (statement.keyValues.empty()) return skipped;
+  // The engine plays no part in it.
+  const auto written = objectFor(statement, kMssql)->KeyColumns(fieldValuesOf(statement.keyValues));
+  auto next = written.begin();
+  for (std::size_t i = 0; i < statement.keyValues.size(); ++i) {
+    if (next != written.end() && next->position == static_cast<long>(i)) {
+      ++next;
+    } else {
+      skipped.push_back(i);
+    }
+  }
+  return skipped;
+}
+
 }  // namespace qx::sqlprint
