@@ -2,11 +2,11 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/logging/function_log.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
+#include "qxframework/persistence/internal/persistent_collection.h"
+#include "qxframework/persistence/internal/persistent_object.h"
+#include "qxframework/persistence/internal/value_lookup.h"
 #include "qxframework/persistence/persistence_exception.h"
-#include "qxframework/persistence/persistence_factory.h"
-#include "qxframework/persistence/persistent_collection.h"
-#include "qxframework/persistence/persistent_object.h"
-#include "qxframework/persistence/value_lookup.h"
 
 namespace Persistence {
 

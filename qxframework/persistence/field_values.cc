@@ -1,7 +1,7 @@
 #include "qxframework/persistence/field_values.h"
 
 #include "qxframework/foundation/thrown_text.h"
-#include "qxframework/persistence/variant_order.h"
+#include "qxframework/persistence/internal/variant_order.h"
 
 #include <utility>
 

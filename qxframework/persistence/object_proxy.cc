@@ -1,9 +1,9 @@
 #include "qxframework/persistence/object_proxy.h"
 
 #include "qxframework/automation/com_error.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
+#include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/persistence_exception.h"
-#include "qxframework/persistence/persistence_factory.h"
-#include "qxframework/persistence/persistent_object.h"
 
 namespace Persistence {
 
