@@ -2,8 +2,8 @@
 
 #include "qxdesk/company/company_service.h"
 #include "qxdesk/company/data_helper.h"
+#include "qxdesk/company/engines/sqlite_database.h"
 #include "qxdesk/company/recordset.h"
-#include "qxdesk/company/sqlite_database.h"
 #include "qxdesk/company/type_library.h"
 #include "qxdesk/company/user_fields_md.h"
 #include "qxdesk/company/user_keys_md.h"

@@ -72,7 +72,8 @@ class Dictionary {
   std::string needTable(std::string_view name);
   TableLayout layoutOf(const std::string& table);
   bool hasRows(const std::string& table);
-  void rebuild(const std::string& table, const TableLayout& layout);
+  void changeColumn(const std::string& table, const ColumnLayout& before,
+                    const ColumnLayout& after);
 
   bool fieldExists(const std::string& table, std::string_view name);
   std::optional<FieldShape> findShape(const std::string& table, std::string_view name);

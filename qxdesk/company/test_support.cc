@@ -1,7 +1,7 @@
 #include "qxdesk/company/test_support.h"
 
+#include "qxdesk/company/engines/sqlite_database.h"
 #include "qxdesk/company/row_store.h"
-#include "qxdesk/company/sqlite_database.h"
 #include "qxframework/automation/text.h"
 
 namespace qx::desk {
@@ -14,6 +14,8 @@ class FailingDatabase final : public Database {
   FailingDatabase(std::unique_ptr<Database> real, FaultPlan* plan)
       : real_(std::move(real)), plan_(plan) {}
 
+  Route route() const override { return real_->route(); }
+  const EngineTables& tables() const override { return real_->tables(); }
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
     count();
     return real_->prepare(sql);
@@ -27,7 +29,16 @@ class FailingDatabase final : public Database {
   void noticeChanges() override { real_->noticeChanges(); }
   bool isReadOnly() const override { return real_->isReadOnly(); }
   bool inTransaction() const override { return real_->inTransaction(); }
-  bool isGone() const override { return real_->isGone(); }
+  void begin() override {
+    count();
+    real_->begin();
+  }
+  void commit() override {
+    count();
+    real_->commit();
+  }
+  void rollback() override { real_->rollback(); }
+  std::optional<DatabaseError> lost() const override { return real_->lost(); }
 
  private:
   void count() {

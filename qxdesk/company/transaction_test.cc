@@ -1,4 +1,5 @@
 #include "qxdesk/company/company_session.h"
+#include "qxdesk/company/engines/sqlite_tables.h"
 #include "qxdesk/company/test_support.h"
 
 #include <sys/wait.h>
@@ -119,19 +120,24 @@ TEST_F(TransactionTest, TheDeathOfTheProcessRollsBack) {
 /// An engine that rolls back by itself, as one does whose disk is full.
 class LosingDatabase final : public Database {
  public:
-  std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    if (sql == "BEGIN IMMEDIATE") open = true;
-    if (sql == "COMMIT" && failCommit) throw DatabaseError(Fault::Full, "full");
-    if (sql == "COMMIT" || sql == "ROLLBACK") open = false;
-    return std::make_unique<Nothing>();
+  Route route() const override { return Route::ToSqlite; }
+  const EngineTables& tables() const override { return sqliteTables(); }
+  std::unique_ptr<Statement> prepare(std::string_view) override {
+    return std::make_unique<CompanyThere>();
   }
+  void begin() override { open = true; }
+  void commit() override {
+    if (failCommit) throw DatabaseError(Fault::Full, "full");
+    open = false;
+  }
+  void rollback() override { open = false; }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override { return prepare(sql); }
   sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override {}
   bool isReadOnly() const override { return false; }
   bool inTransaction() const override { return open; }
-  bool isGone() const override { return false; }
+  std::optional<DatabaseError> lost() const override { return std::nullopt; }
 
   bool open = false;
   bool failCommit = false;
@@ -142,17 +148,19 @@ class LosingDatabase final : public Database {
       return sql::ColumnType::Unknown;
     }
   };
-  struct Nothing final : Statement {
+  /// The answer to all questions is yes.
+  struct CompanyThere final : Statement {
     void bind(int, std::int64_t) override {}
     void bind(int, double) override {}
     void bind(int, std::string_view) override {}
-    bool step() override { return false; }
+    void bindDate(int, std::string_view) override {}
+    bool step() override { return true; }
     void reset() override {}
     int columnCount() const override { return 0; }
     std::string columnName(int) const override { return {}; }
     sql::ColumnType declaredType(int) const override { return sql::ColumnType::Unknown; }
     Storage storage(int) const override { return Storage::Null; }
-    std::int64_t integer(int) const override { return 0; }
+    std::int64_t integer(int) const override { return 1; }
     double real(int) const override { return 0; }
     std::string_view text(int) const override { return {}; }
   };
