@@ -8,6 +8,7 @@ namespace {
 
 constexpr int kSubqueryWeight = 6;
 constexpr std::size_t kMaxUnionParts = 100;
+constexpr std::size_t kMaxCommonTables = 100;
 
 }  // namespace
 
@@ -40,6 +41,7 @@ SelectPtr Parser::subselect() {
 void Parser::commonTables(Select& select) {
   if (!acceptWord("WITH")) return;
   do {
+    if (select.with.size() == kMaxCommonTables) fail("WITH has at most 100 tables");
     CommonTable table;
     // The record cache writes its common table in square brackets for every engine.
     if (here().kind == TokenKind::BracketName) commonTableNames_.push_back(here().text);

@@ -237,7 +237,7 @@ TEST(RefusalDepth, OfLongOperatorChains) {
 }
 
 TEST(RefusalComplexity, OfStarsThatMultiply) {
-  test::CompanyDatabase database(Dialect::Mssql);
+  test::CompanyDatabase database(Engine::Sqlite, Dialect::Mssql);
   std::string text = "WITH C0 AS (SELECT Code FROM [@T])";
   for (int i = 1; i < 40; ++i) {
     const std::string before = std::to_string(i - 1);

@@ -1,6 +1,6 @@
 #include "qxdesk/sql/resolver.h"
 
-#include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/coercion.h"
 
 #include <algorithm>
 #include <utility>
@@ -9,20 +9,6 @@ namespace qx::sql {
 namespace {
 
 constexpr int kMaxLookups = 100'000;
-
-bool isLiteral(const Expr& expr) {
-  switch (expr.kind) {
-    case ExprKind::Number:
-    case ExprKind::Text:
-    case ExprKind::Date:
-    case ExprKind::Null:
-      return true;
-    case ExprKind::Negate:
-      return isLiteral(*expr.args[0]);
-    default:
-      return false;
-  }
-}
 
 // The type of a choice between values: a column wins over a literal, so that ISNULL(Rate, 0) has
 // the type of Rate. Unknown as soon as one of the columns is unknown.
@@ -48,45 +34,6 @@ std::vector<std::size_t> caseResults(const Expr& expr) {
   return positions;
 }
 
-ExprPtr makeCall(Function function, ExprPtr operand) {
-  auto call = std::make_unique<Expr>();
-  call->kind = ExprKind::Call;
-  call->function = function;
-  call->at = operand->at;
-  call->height = operand->height + 1;
-  call->args.push_back(std::move(operand));
-  return call;
-}
-
-void castTo(ColumnType type, ExprPtr& value) {
-  value = makeCall(Function::Cast, std::move(value));
-  value->target.type = type;
-  value->type = type;
-}
-
-void toDate(ExprPtr& value) {
-  if (value->kind == ExprKind::Text) {
-    const std::optional<std::string> date = storedDate(value->text);
-    if (!date) throw SqlError("not a date: '" + value->text + "'", value->at);
-    value->kind = ExprKind::Date;
-    value->text = *date;
-  } else {
-    value = makeCall(Function::ToDate, std::move(value));
-  }
-  value->type = ColumnType::Date;
-}
-
-// If one of the values is a date, those that are texts become dates.
-void coerceTogether(const std::vector<ExprPtr*>& values) {
-  const bool anyDate = std::any_of(values.begin(), values.end(), [](const ExprPtr* value) {
-    return (*value)->type == ColumnType::Date;
-  });
-  if (!anyDate) return;
-  for (ExprPtr* value : values) {
-    if ((*value)->type == ColumnType::Text) toDate(*value);
-  }
-}
-
 void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
   if (expr.kind == ExprKind::Column) {
     columns.push_back(&expr);
@@ -97,6 +44,10 @@ void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
     if (expr.type != ColumnType::Unknown) return;
     for (const ExprPtr& arg : expr.args) collectColumns(*arg, columns);
   }
+}
+
+void textToDate(ExprPtr& value) {
+  if (value->type == ColumnType::Text) toDate(value);
 }
 
 ColumnType typeOfFunction(Function function) {
@@ -173,7 +124,7 @@ void Resolver::resolveInsert(Statement& statement) {
   for (std::vector<ExprPtr>& row : statement.rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       resolveExpr(*row[i]);
-      coerceTo(typeInTable(statement.table, statement.columns[i].name), row[i]);
+      assignTo(typeInTable(statement.table, statement.columns[i].name), row[i]);
     }
   }
   if (statement.select) coerceSelectItems(statement);
@@ -183,7 +134,7 @@ void Resolver::coerceSelectItems(const Statement& statement) {
   for (SelectCore& core : statement.select->cores) {
     const std::size_t count = std::min(core.items.size(), statement.columns.size());
     for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
-      coerceTo(typeInTable(statement.table, statement.columns[i].name), core.items[i].value);
+      assignTo(typeInTable(statement.table, statement.columns[i].name), core.items[i].value);
     }
   }
 }
@@ -191,12 +142,8 @@ void Resolver::coerceSelectItems(const Statement& statement) {
 void Resolver::resolveUpdate(Statement& statement) {
   for (TargetColumn& column : statement.columns) {
     resolveExpr(*column.value);
-    coerceTo(typeInTable(statement.table, column.name), column.value);
+    assignTo(typeInTable(statement.table, column.name), column.value);
   }
-}
-
-void Resolver::coerceTo(ColumnType type, ExprPtr& value) {
-  if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
 }
 
 // ---- expressions
@@ -265,6 +212,11 @@ void Resolver::resolvePlus(Expr& expr) {
 
 // A date plus or minus a number is that many days later or earlier.
 void Resolver::resolveArithmetic(Expr& expr) {
+  if (expr.text != "+") {
+    for (ExprPtr& arg : expr.args) {
+      if (arg->type == ColumnType::Text) requireNumber(arg, expr.text);
+    }
+  }
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
   const bool days = expr.text == "+" || expr.text == "-";
@@ -321,14 +273,14 @@ void Resolver::resolveCase(Expr& expr) {
   std::vector<ExprPtr*> results;
   std::vector<const Expr*> choices;
   for (const std::size_t i : caseResults(expr)) results.push_back(&expr.args[i]);
-  coerceTogether(results);
+  bringTogether(results, Meeting::Choice);
   for (const ExprPtr* result : results) choices.push_back(result->get());
   expr.type = choiceType(choices);
   if (!expr.hasOperand) return;
   std::vector<ExprPtr*> compared = {&expr.args[0]};
   const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
   for (std::size_t i = 1; i < end; i += 2) compared.push_back(&expr.args[i]);
-  coerceTogether(compared);
+  bringTogether(compared, Meeting::Equal);
 }
 
 void Resolver::resolveCall(Expr& expr) {
@@ -336,12 +288,16 @@ void Resolver::resolveCall(Expr& expr) {
     std::vector<ExprPtr*> values;
     std::vector<const Expr*> choices;
     for (ExprPtr& arg : expr.args) values.push_back(&arg);
-    coerceTogether(values);
+    bringTogether(values, Meeting::Choice);
     for (const ExprPtr& arg : expr.args) choices.push_back(arg.get());
     expr.type = choiceType(choices);
     return;
   }
   if (expr.function == Function::Cast) {
+    const bool number = expr.target.type != ColumnType::Text;
+    if (number && expr.args[0]->type == ColumnType::Date) {
+      throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
+    }
     expr.type = expr.target.type;
     return;
   }
@@ -349,8 +305,9 @@ void Resolver::resolveCall(Expr& expr) {
                          expr.function == Function::DaysBetween ||
                          expr.function == Function::Year || expr.function == Function::Month ||
                          expr.function == Function::Day;
-  if (takesDate) coerceTo(ColumnType::Date, expr.args[0]);
-  if (expr.function == Function::DaysBetween) coerceTo(ColumnType::Date, expr.args[1]);
+  if (takesDate) textToDate(expr.args[0]);
+  if (expr.function == Function::DaysBetween) textToDate(expr.args[1]);
+  resolveNumbers(expr);
   if (expr.function == Function::Avg && traits_.wholeAverage &&
       expr.args[0]->type == ColumnType::Integer) {
     expr.type = ColumnType::Integer;
@@ -361,6 +318,30 @@ void Resolver::resolveCall(Expr& expr) {
   if (expr.type == ColumnType::Unknown && !expr.args.empty()) expr.type = expr.args[0]->type;
 }
 
+// The arguments that have to be numbers.
+void Resolver::resolveNumbers(Expr& expr) {
+  switch (expr.function) {
+    case Function::Sum:
+      return requireNumber(expr.args[0], "SUM");
+    case Function::Avg:
+      return requireNumber(expr.args[0], "AVG");
+    case Function::Abs:
+      return requireNumber(expr.args[0], "ABS");
+    case Function::Round:
+      requireNumber(expr.args[0], "ROUND");
+      if (expr.args[1]->kind == ExprKind::Number && expr.args[1]->type == ColumnType::Integer) {
+        return;
+      }
+      throw SqlError("ROUND takes a whole number of digits, 0 or more", expr.args[1]->at);
+    case Function::AddTime:
+      if (expr.args[1]->kind == ExprKind::Text) return requireNumber(expr.args[1], "a date");
+      if (expr.args[1]->type == ColumnType::Text) castTo(ColumnType::Integer, expr.args[1]);
+      return;
+    default:
+      return;
+  }
+}
+
 void Resolver::resolveCompare(Expr& expr) {
   if (expr.kind != ExprKind::Compare && expr.kind != ExprKind::In &&
       expr.kind != ExprKind::Between) {
@@ -368,7 +349,11 @@ void Resolver::resolveCompare(Expr& expr) {
   }
   std::vector<ExprPtr*> values;
   for (ExprPtr& arg : expr.args) values.push_back(&arg);
-  coerceTogether(values);
+  const bool equal = expr.kind == ExprKind::In || expr.text == "=" || expr.text == "<>";
+  bringTogether(values, equal ? Meeting::Equal : Meeting::Ordered);
+  if (!expr.select) return;
+  const SelectItem& item = expr.select->cores.front().items.front();
+  if (item.value) checkAlike(*expr.args[0], item.value->type);
 }
 
 // ---- columns

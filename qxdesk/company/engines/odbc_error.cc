@@ -1,0 +1,115 @@
+#include "qxdesk/company/engines/odbc_error.h"
+
+#include "qxframework/automation/text.h"
+
+#include <sql.h>
+#include <sqlext.h>
+#include <sqlucode.h>
+
+#include <algorithm>
+#include <array>
+
+namespace qx::desk {
+
+namespace {
+
+struct Meaning {
+  std::string_view state;  // or the beginning of one
+  Fault fault;
+};
+
+// The longer ones ahead of the shorter.
+constexpr Meaning kMeanings[] = {
+    {"57P01", Fault::ConnectionLost},  // an administrator ended it
+    {"57P02", Fault::ConnectionLost},  // the server crashes
+    {"57P03", Fault::NoServer},        // the server starts
+    {"57P05", Fault::ConnectionLost},  // idle for too long
+    {"25P03", Fault::ConnectionLost},  // idle in a transaction for too long
+    {"25P02", Fault::RolledBack},     {"25006", Fault::ReadOnly},
+    {"55P03", Fault::Locked},         {"HYT00", Fault::Locked},
+    {"HYT01", Fault::ConnectionLost}, {"53100", Fault::Full},
+    {"53300", Fault::TooManyUsers},   {"22001", Fault::TooLong},
+    {"22003", Fault::OutOfRange},     {"22007", Fault::BadDate},
+    {"22008", Fault::BadDate},        {"23505", Fault::Unique},
+    {"IM002", Fault::NoDriver},       {"IM003", Fault::NoDriver},
+    {"3D000", Fault::NoDatabase},     {"XX001", Fault::Damaged},
+    {"XX002", Fault::Damaged},        {"58030", Fault::InputOutput},
+    {"08", Fault::ConnectionLost},    {"23", Fault::Constraint},
+    {"28", Fault::LoginRefused},      {"40", Fault::RolledBack},
+    {"53", Fault::InputOutput},
+};
+
+std::string utf8(const char16_t* text, SQLSMALLINT length, std::size_t room) {
+  const auto units =
+      std::min<std::size_t>(static_cast<std::size_t>(std::max<int>(length, 0)), room);
+  return toUtf8(std::u16string_view(text, units));
+}
+
+bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+void dropFront(std::string& text, std::string_view prefix) {
+  if (text.starts_with(prefix)) text.erase(0, prefix.size());
+}
+
+void dropBehind(std::string& text, std::string_view mark) {
+  text.erase(std::min(text.find(mark), text.size()));
+}
+
+}  // namespace
+
+OdbcDiagnosis diagnose(short kind, void* handle) {
+  std::array<char16_t, 6> state{};
+  std::array<char16_t, 2048> message{};
+  SQLINTEGER native = 0;
+  SQLSMALLINT length = 0;
+  const SQLRETURN result =
+      SQLGetDiagRecW(kind, handle, 1, reinterpret_cast<SQLWCHAR*>(state.data()), &native,
+                     reinterpret_cast<SQLWCHAR*>(message.data()),
+                     static_cast<SQLSMALLINT>(message.size()), &length);
+  if (!SQL_SUCCEEDED(result)) return {"HY000", "the driver tells no reason"};
+  return {utf8(state.data(), 5, 5), engineWords(utf8(message.data(), length, message.size() - 1))};
+}
+
+Fault faultOfState(std::string_view state) {
+  const auto found = std::find_if(std::begin(kMeanings), std::end(kMeanings),
+                                  [&](const Meaning& m) { return state.starts_with(m.state); });
+  return found == std::end(kMeanings) ? Fault::Statement : found->fault;
+}
+
+Fault faultOfConnect(const OdbcDiagnosis& diagnosis) {
+  const std::string_view words = diagnosis.message;
+  if (contains(words, "Can't open lib")) return Fault::NoDriver;
+  // Drivers give one state for all that a server says before a connection is there.
+  if (contains(words, "authentication failed") || contains(words, "no password supplied") ||
+      contains(words, "pg_hba.conf") || contains(words, "role \"")) {
+    return Fault::LoginRefused;
+  }
+  if (contains(words, "database \"") && contains(words, "does not exist")) {
+    return Fault::NoDatabase;
+  }
+  if (contains(words, "too many clients") || contains(words, "too many connections") ||
+      contains(words, "remaining connection slots")) {
+    return Fault::TooManyUsers;
+  }
+  const Fault fault = faultOfState(diagnosis.state);
+  return fault == Fault::ConnectionLost || fault == Fault::Locked ? Fault::NoServer : fault;
+}
+
+std::string engineWords(std::string message) {
+  while (message.starts_with('[')) {
+    const std::size_t close = message.find(']');
+    if (close == std::string::npos) break;
+    message.erase(0, close + 1);
+  }
+  dropFront(message, "ERROR: ");
+  dropFront(message, "FATAL: ");
+  dropBehind(message, ";\nError while");
+  dropBehind(message, "\nError while");
+  while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
+  message.erase(0, std::min(message.find_first_not_of(' '), message.size()));
+  return message;
+}
+
+}  // namespace qx::desk
