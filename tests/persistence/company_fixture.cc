@@ -5,6 +5,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/metadata.h"
+#include "qxframework/runtime/framework_util.h"
 
 #include <stdexcept>
 
@@ -38,6 +39,8 @@ void require(long code, const Login& login, const char* what) {
 }
 
 void makeTables(const Login& login) {
+  CQXFrameworkUtil framework;
+  require(framework.CheckDatabase(login.application(), login.company()), login, "framework");
   for (const OLECHAR* name : {u"ORDERS", u"LINES"}) {
     const CComQIPtr<IUserTablesMD> tables(login.company()->GetBusinessObject(kUserTablesMD));
     tables->PutTableName(name);
@@ -119,14 +122,20 @@ CompanyFixture::CompanyFixture() {
 
 void CompanyFixture::addOrder(const OLECHAR* no, const OLECHAR* who, const CComVariant& day,
                               double total, long count) {
-  Rows orders(company(), u"@ORDERS");
-  orders.Add(Record{
-      {u"U_No", no}, {u"U_Who", who}, {u"U_Day", day}, {u"U_Total", total}, {u"U_Count", count}});
+  add(u"@ORDERS", Record{{u"U_No", no},
+                         {u"U_Who", who},
+                         {u"U_Day", day},
+                         {u"U_Total", total},
+                         {u"U_Count", count}});
 }
 
 void CompanyFixture::addLine(const OLECHAR* order, const OLECHAR* item, double quantity) {
-  Rows lines(company(), u"@LINES");
-  lines.Add(Record{{u"U_OrderNo", order}, {u"U_Item", item}, {u"U_Qty", quantity}});
+  add(u"@LINES", Record{{u"U_OrderNo", order}, {u"U_Item", item}, {u"U_Qty", quantity}});
+}
+
+void CompanyFixture::add(const OLECHAR* table, const Record& record) {
+  Rows rows(company(), table);
+  EXPECT_EQ(failureOf([&] { rows.Add(record); }), "no failure") << record.named();
 }
 
 const char* CompanyFixture::byDialect(const char* mssql, const char* db2, const char* kordb) {

@@ -5,6 +5,8 @@
 //
 // @ORDERS: No, Who (texts), Day (date), Total (money), Count (whole number), Note (memo)
 // @LINES: OrderNo, Item (texts), Qty (number)
+//
+// The framework's own tables are there, too.
 
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/company.h"
@@ -30,6 +32,7 @@ class Login {
   Login& operator=(const Login&) = delete;
 
   const CComPtr<ICompany>& company() const { return company_; }
+  CComPtr<IApplication> application() const { return client_.application(); }
   /// Runs a statement of the dialect through a record set. Raises _com_error.
   CComPtr<IRecordset> query(const std::u16string& sql) const;
   /// The rows of a query, cells joined by "|".
@@ -38,7 +41,7 @@ class Login {
   std::string lastError() const;
 
  private:
-  EmbeddedClient client_;
+  mutable EmbeddedClient client_;
   CComPtr<ICompany> company_;
 };
 
@@ -51,6 +54,7 @@ class CompanyFixture : public testing::Test {
   void addOrder(const OLECHAR* no, const OLECHAR* who, const CComVariant& day, double total,
                 long count);
   void addLine(const OLECHAR* order, const OLECHAR* item, double quantity);
+  void add(const OLECHAR* table, const Record& record);
   /// The text of the dialect among texts that differ by it: one for MSSQL and Sybase, one for DB2,
   /// one for KORDB.
   static const char* byDialect(const char* mssql, const char* db2, const char* kordb);
