@@ -49,7 +49,7 @@ TEST(LinkFieldCriteria, ItsTextsAreOfTheEnglishLanguage) {
 }
 
 TEST(LinkFieldCriteria, ABareOneIsEmpty) {
-  const BareFieldCriteria field;
+  const BareFieldCriteria field{};
   EXPECT_EQ(field.GetSourceField().m_str, nullptr);
   EXPECT_EQ(field.GetDestField().m_str, nullptr);
   EXPECT_EQ(field.GetDestValue().vt, VT_EMPTY);

@@ -8,10 +8,10 @@
 
 #include <gmock/gmock.h>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using namespace std::literals;
 
 class CollectionSql : public testing::TestWithParam<DialectParam> {
@@ -249,3 +249,4 @@ TEST(UnsortedSelect, EndsAsItsDialectEndsIt) {
 }
 
 }  // namespace
+}  // namespace Persistence
