@@ -1,6 +1,8 @@
 #include "qxdesk/company/recordset.h"
 
-#include "qxframework/automation/text.h"
+#include "qxdesk/company/company_error.h"
+#include "qxdesk/sql/sql_error.h"
+#include "qxdesk/sql/statement_text.h"
 
 #include <algorithm>
 
@@ -34,6 +36,14 @@ class Field final : public HostObject<IField> {
   CComPtr<Recordset> recordset_;
   std::size_t column_;
 };
+
+std::string utf8Of(std::u16string_view statement) {
+  try {
+    return sql::statementText(statement);
+  } catch (const sql::SqlError& error) {
+    throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
+  }
+}
 
 class Fields final : public HostObject<IFields> {
  public:
@@ -106,7 +116,7 @@ HRESULT Recordset::raw_DoQuery(BSTR sql) {
   return companyCall(*session_, [&] {
     rows_ = {};
     position_ = 0;
-    rows_ = session_->query(toUtf8(viewOfBstr(sql)));
+    rows_ = session_->query(utf8Of(viewOfBstr(sql)));
   });
 }
 

@@ -265,7 +265,17 @@ TEST_F(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
                            u"('A', 'A', 'many')"));
             }),
             -2000);
-  EXPECT_EQ(lastError(company).text, u"CHECK constraint failed: U_Count: a whole number");
+  EXPECT_EQ(lastError(company).text,
+            u"the column U_Count takes a number, not 'many' (line 1, column 58)");
+}
+
+TEST_F(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPlace) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE Code = '\xD83D'")); }),
+      -2000);
+  EXPECT_EQ(lastError(company).text,
+            u"the statement holds half of a surrogate pair (line 1, column 37)");
 }
 
 TEST_F(RecordsetTest, ADoubledCodeIsRefused) {

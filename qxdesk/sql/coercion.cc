@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789";
 
-bool isNumber(ColumnType type) {
-  return type == ColumnType::Integer || type == ColumnType::Decimal;
-}
-
 ExprPtr makeNode(ExprKind kind, Position at, ColumnType type) {
   auto node = std::make_unique<Expr>();
   node->kind = kind;
@@ -150,10 +146,14 @@ void bringNumbersTogether(const std::vector<ExprPtr*>& values, Meeting meeting) 
   }
 }
 
-void assignToNumber(ColumnType type, ExprPtr& value) {
+void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
   if (value->kind == ExprKind::Text) {
     ExprPtr number = spelledNumber(*value);
-    if (!number) throw SqlError("not a number: '" + value->text + "'", value->at);
+    if (!number) {
+      throw SqlError(
+          "the column " + std::string(column) + " takes a number, not '" + value->text + "'",
+          value->at);
+    }
     if (type == number->type || type == ColumnType::Decimal) return;
     value = std::move(number);
   }
@@ -235,9 +235,9 @@ void checkAlike(const Expr& value, ColumnType other) {
                  value.at);
 }
 
-void assignTo(ColumnType type, ExprPtr& value) {
+void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
   if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
-  if (isNumber(type)) assignToNumber(type, value);
+  if (isNumber(type)) assignToNumber(column, type, value);
   if (type == ColumnType::Text) assignToText(value);
 }
 

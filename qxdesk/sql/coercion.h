@@ -31,8 +31,9 @@ void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting);
 // Raises SqlError when a value that is tested against a subquery is of another kind than that.
 void checkAlike(const Expr& value, ColumnType other);
 
-// Makes the value one that a column of this type takes.
-void assignTo(ColumnType type, ExprPtr& value);
+// Makes the value one that `column`, which is of this type, takes. Raises SqlError for a literal
+// that it does not take.
+void assignTo(std::string_view column, ColumnType type, ExprPtr& value);
 
 // A literal text becomes a number; any other text is refused, since `what` takes numbers.
 void requireNumber(ExprPtr& value, std::string_view what);

@@ -21,11 +21,11 @@ constexpr std::pair<std::string_view, ColumnType> kDeclarations[] = {
     {"date", ColumnType::Date},       {"timestamp", ColumnType::Date},
 };
 
+}  // namespace
+
 bool isNumber(ColumnType type) {
   return type == ColumnType::Integer || type == ColumnType::Decimal;
 }
-
-}  // namespace
 
 ColumnType typeOfDeclaration(std::string_view declaration) {
   const std::string_view word = declaration.substr(0, declaration.find_first_of(" ("));

@@ -43,6 +43,19 @@ void SqliteEmitter::like(const Expr& expr) {
   expression(*expr.args[2]);
 }
 
+void SqliteEmitter::concat(const Expr& expr) {
+  textOperand(*expr.args[0]);
+  out_ += " || ";
+  const Open open(*this, 2);
+  textOperand(*expr.args[1]);
+}
+
+// SQLite by itself would write whole decimals with or without a fraction, as it keeps them.
+void SqliteEmitter::textOperand(const Expr& expr) {
+  if (expr.type == ColumnType::Decimal) return wrapped("qx_text(", expr, ")");
+  operand(expr, kPrimary);
+}
+
 void SqliteEmitter::call(const Expr& expr) {
   switch (expr.function) {
     case Function::Now:
@@ -109,8 +122,7 @@ void SqliteEmitter::cast(const Expr& expr) {
   const std::optional<int> size = expr.target.size;
   switch (expr.target.type) {
     case ColumnType::Text:
-      if (!size) return wrapped("CAST(", argument, " AS TEXT)");
-      return wrapped("substr(CAST(", argument, " AS TEXT), 1, " + std::to_string(*size) + ")");
+      return castToText(argument, size);
     case ColumnType::Integer:
       return asNumber(argument, " AS INTEGER)", "");
     default:
@@ -119,6 +131,14 @@ void SqliteEmitter::cast(const Expr& expr) {
       const Open open(*this, kCallSymbols);
       return asNumber(argument, " AS REAL)", ", " + std::to_string(*size) + ")");
   }
+}
+
+void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
+  const bool decimal = argument.type == ColumnType::Decimal;
+  const std::string_view end = decimal ? ")" : " AS TEXT)";
+  if (!size) return wrapped(decimal ? "qx_text(" : "CAST(", argument, end);
+  wrapped(decimal ? "substr(qx_text(" : "substr(CAST(", argument, end);
+  out_ += ", 1, " + std::to_string(*size) + ")";
 }
 
 // SQLite by itself would take the number at the front of a text, or 0.

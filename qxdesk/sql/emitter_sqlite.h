@@ -1,6 +1,6 @@
 // Writes a resolved syntax tree as SQLite text. The text relies on functions that sqlite_guard.h
-// registers: qx_now(), qx_date(x), qx_like(...), qx_number(x), qx_substring(...), qx_upper(x),
-// qx_lower(x), and a LIKE that minds the case.
+// registers: qx_now(), qx_date(x), qx_like(...), qx_number(x), qx_substring(...), qx_text(x),
+// qx_upper(x), qx_lower(x), and a LIKE that minds the case.
 #pragma once
 
 #include "qxdesk/sql/emitter_statement.h"
@@ -13,10 +13,13 @@ class SqliteEmitter final : public StatementEmitter {
       : StatementEmitter(traits, traitsOf(Engine::Sqlite)) {}
 
  private:
+  void concat(const Expr& expr) override;
   void like(const Expr& expr) override;
   void call(const Expr& expr) override;
   void addTime(const Expr& expr);
   void cast(const Expr& expr);
+  void castToText(const Expr& argument, std::optional<int> size);
+  void textOperand(const Expr& expr);
   void asNumber(const Expr& argument, std::string_view type, std::string_view after);
   void datePart(const Expr& expr, std::string_view format);
   void daysBetween(const Expr& expr);

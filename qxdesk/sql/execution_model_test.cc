@@ -114,6 +114,14 @@ TEST_P(ExecutionLiterals, OfHostileTextComeBackUnchangedInEveryDialect) {
   }
 }
 
+TEST_P(ExecutionLiterals, MayBeLong) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  std::string text;
+  while (text.size() < 1'000'000) text += "it's \\ \xE6\xBC\xA2?";
+  EXPECT_EQ(database.run("SELECT LEN(" + literal(text + ".") + ")"),
+            std::to_string(text.size() / 11 * 9 + 1));
+}
+
 // The rows that TOP n WITH TIES has to yield: every row that is not behind the n-th by the keys.
 TEST_P(ExecutionTies, AgreeWithAModelOnRandomRows) {
   std::mt19937 random(7);

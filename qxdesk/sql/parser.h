@@ -87,6 +87,7 @@ class Parser {
   void from(SelectCore& core);
   Source source();
   std::optional<JoinKind> joinKind();
+  ExprPtr sortKey();
   void groups(SelectCore& core);
   void orderBy(Select& select);
   void fetchFirst(Select& select);

@@ -11,17 +11,24 @@ namespace {
 constexpr int kMaxLookups = 100'000;
 
 // The type of a choice between values: a column wins over a literal, so that ISNULL(Rate, 0) has
-// the type of Rate. Unknown as soon as one of the columns is unknown.
+// the type of Rate; but a number with a fraction makes a decimal of whole ones. Unknown as soon as
+// one of the columns is unknown.
 ColumnType choiceType(const std::vector<const Expr*>& choices) {
-  const bool anyColumn = std::any_of(choices.begin(), choices.end(),
-                                     [](const Expr* choice) { return !isLiteral(*choice); });
-  ColumnType type = ColumnType::Unknown;
+  ColumnType ofColumns = ColumnType::Unknown;
+  ColumnType ofLiterals = ColumnType::Unknown;
+  bool anyColumn = false;
   for (const Expr* choice : choices) {
-    if (anyColumn && isLiteral(*choice)) continue;
-    if (anyColumn && choice->type == ColumnType::Unknown) return ColumnType::Unknown;
-    type = commonType(type, choice->type);
+    if (isLiteral(*choice)) {
+      ofLiterals = commonType(ofLiterals, choice->type);
+      continue;
+    }
+    if (choice->type == ColumnType::Unknown) return ColumnType::Unknown;
+    anyColumn = true;
+    ofColumns = commonType(ofColumns, choice->type);
   }
-  return type;
+  if (!anyColumn) return ofLiterals;
+  const bool numbers = isNumber(ofColumns) && isNumber(ofLiterals);
+  return numbers ? commonType(ofColumns, ofLiterals) : ofColumns;
 }
 
 // Positions of the results of a CASE among its args.
@@ -124,7 +131,7 @@ void Resolver::resolveInsert(Statement& statement) {
   for (std::vector<ExprPtr>& row : statement.rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       resolveExpr(*row[i]);
-      assignTo(typeInTable(statement.table, statement.columns[i].name), row[i]);
+      assignTo(statement.table, statement.columns[i].name, row[i]);
     }
   }
   if (statement.select) coerceSelectItems(statement);
@@ -134,15 +141,19 @@ void Resolver::coerceSelectItems(const Statement& statement) {
   for (SelectCore& core : statement.select->cores) {
     const std::size_t count = std::min(core.items.size(), statement.columns.size());
     for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
-      assignTo(typeInTable(statement.table, statement.columns[i].name), core.items[i].value);
+      assignTo(statement.table, statement.columns[i].name, core.items[i].value);
     }
   }
+}
+
+void Resolver::assignTo(std::string_view table, std::string_view column, ExprPtr& value) const {
+  sql::assignTo(column, typeInTable(table, column), value);
 }
 
 void Resolver::resolveUpdate(Statement& statement) {
   for (TargetColumn& column : statement.columns) {
     resolveExpr(*column.value);
-    assignTo(typeInTable(statement.table, column.name), column.value);
+    assignTo(statement.table, column.name, column.value);
   }
 }
 
@@ -360,7 +371,8 @@ void Resolver::resolveCompare(Expr& expr) {
 
 ColumnType Resolver::columnType(const Expr& column) const {
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
-    const ColumnType type = typeInCore(**scope, column.qualifier, column.text);
+    const ColumnType type =
+        typeInCore(**scope, column.qualifier, column.text, commonTables_.size());
     if (type != ColumnType::Unknown) return type;
   }
   const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, targetTable_);
@@ -368,27 +380,28 @@ ColumnType Resolver::columnType(const Expr& column) const {
 }
 
 ColumnType Resolver::typeInCore(const SelectCore& core, std::string_view qualifier,
-                                std::string_view column) const {
+                                std::string_view column, std::size_t visible) const {
   for (const Source& source : core.from) {
     const std::string& name = source.alias.empty() ? source.table : source.alias;
     if (!qualifier.empty() && !sameName(qualifier, name)) continue;
-    const ColumnType type = typeInSource(source, column);
+    const ColumnType type = typeInSource(source, column, visible);
     if (type != ColumnType::Unknown) return type;
   }
   return ColumnType::Unknown;
 }
 
-ColumnType Resolver::typeInSource(const Source& source, std::string_view column) const {
-  if (source.derived) return typeInSelect(*source.derived, column);
-  for (auto table = commonTables_.rbegin(); table != commonTables_.rend(); ++table) {
-    if (sameName((*table)->name, source.table)) {
-      return typeInSelect(*(*table)->select, column);
-    }
+ColumnType Resolver::typeInSource(const Source& source, std::string_view column,
+                                  std::size_t visible) const {
+  if (source.derived) return typeInSelect(*source.derived, column, visible);
+  for (std::size_t i = visible; i > 0; --i) {
+    const CommonTable& table = *commonTables_[i - 1];
+    if (sameName(table.name, source.table)) return typeInSelect(*table.select, column, i - 1);
   }
   return typeInTable(source.table, column);
 }
 
-ColumnType Resolver::typeInSelect(const Select& select, std::string_view column) const {
+ColumnType Resolver::typeInSelect(const Select& select, std::string_view column,
+                                  std::size_t visible) const {
   if (++lookups_ > kMaxLookups) {
     throw SqlError("the statement is too complex; name the columns instead of *",
                    select.cores.front().at);
@@ -396,7 +409,7 @@ ColumnType Resolver::typeInSelect(const Select& select, std::string_view column)
   const SelectCore& core = select.cores.front();
   for (const SelectItem& item : core.items) {
     if (!item.value) {
-      const ColumnType type = typeInCore(core, item.starQualifier, column);
+      const ColumnType type = typeInCore(core, item.starQualifier, column, visible);
       if (type != ColumnType::Unknown) return type;
     } else if (item.alias
                    ? sameName(*item.alias, column)

@@ -35,12 +35,14 @@ class Resolver {
   void resolveCompare(Expr& expr);
   void resolveInsert(Statement& statement);
   void resolveUpdate(Statement& statement);
+  void assignTo(std::string_view table, std::string_view column, ExprPtr& value) const;
   void coerceSelectItems(const Statement& statement);
   ColumnType columnType(const Expr& column) const;
-  ColumnType typeInCore(const SelectCore& core, std::string_view qualifier,
-                        std::string_view column) const;
-  ColumnType typeInSource(const Source& source, std::string_view column) const;
-  ColumnType typeInSelect(const Select& select, std::string_view column) const;
+  // Of the common tables the first `visible` ones count: each sees those before it.
+  ColumnType typeInCore(const SelectCore& core, std::string_view qualifier, std::string_view column,
+                        std::size_t visible) const;
+  ColumnType typeInSource(const Source& source, std::string_view column, std::size_t visible) const;
+  ColumnType typeInSelect(const Select& select, std::string_view column, std::size_t visible) const;
   ColumnType typeInTable(std::string_view table, std::string_view column) const;
 
   const DialectTraits& traits_;

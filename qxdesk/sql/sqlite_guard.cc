@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <utility>
 
@@ -19,10 +21,10 @@ namespace {
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
-    "abs",      "avg",    "coalesce",  "count",        "date",     "datetime", "julianday",
-    "length",   "like",   "ltrim",     "max",          "min",      "rank",     "replace",
-    "round",    "rtrim",  "strftime",  "substr",       "sum",      "qx_date",  "qx_like",
-    "qx_lower", "qx_now", "qx_number", "qx_substring", "qx_upper",
+    "abs",      "avg",    "coalesce",  "count",        "date",    "datetime", "julianday",
+    "length",   "like",   "ltrim",     "max",          "min",     "rank",     "replace",
+    "round",    "rtrim",  "strftime",  "substr",       "sum",     "qx_date",  "qx_like",
+    "qx_lower", "qx_now", "qx_number", "qx_substring", "qx_text", "qx_upper",
 };
 
 std::string systemTime() {
@@ -93,6 +95,28 @@ void numberFunction(sqlite3_context* context, int count, sqlite3_value** values)
     const std::string text(textOf(values[0]));
     if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + text + "'");
     answerText(context, text);
+  });
+}
+
+// A decimal without an exponent and without zeros at the end, to the digits that are certain.
+void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  if (sqlite3_value_numeric_type(values[0]) != SQLITE_FLOAT) {
+    return sqlite3_result_value(context, values[0]);
+  }
+  guarded(context, [&] {
+    const double value = sqlite3_value_double(values[0]);
+    constexpr int kCertain = 15;
+    const int places =
+        value == 0 ? 1 : static_cast<int>(std::floor(std::log10(std::abs(value)))) + 1;
+    std::array<char, 400> text{};  // the largest value has 309 places
+    std::snprintf(text.data(), text.size(), "%.*f", std::clamp(kCertain - places, 0, 60), value);
+    std::string shortest = text.data();
+    if (shortest.find('.') != std::string::npos) {
+      shortest.erase(shortest.find_last_not_of('0') + 1);
+      if (shortest.back() == '.') shortest.pop_back();
+    }
+    answerText(context, shortest == "-0" ? "0" : shortest);
   });
 }
 
@@ -242,6 +266,7 @@ void setUpConnection(sqlite3* db, GuardSettings settings) {
   registerFunction(db, "qx_number", 1, numberFunction, settings);
   registerFunction(db, "qx_substring", 2, substringFunction, settings);
   registerFunction(db, "qx_substring", 3, substringFunction, settings);
+  registerFunction(db, "qx_text", 1, textFunction, settings);
   registerFunction(db, "qx_upper", 1, upperFunction, settings);
   registerFunction(db, "qx_lower", 1, lowerFunction, settings);
   registerFunction(db, "like", 2, likeFunction, settings);

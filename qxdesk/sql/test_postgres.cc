@@ -169,11 +169,10 @@ std::string tablesForPostgres() {
   return tables;
 }
 
-// Of another order than code points have, so that nothing leans on the database's own.
-std::string makeModel() {
+// `like` follows TEMPLATE in the statement that creates the database.
+std::string makeModel(std::string_view like) {
   PostgresServer& server = PostgresServer::shared();
-  const std::string name =
-      server.createDatabase("template0 LOCALE_PROVIDER icu ICU_LOCALE 'en-US'");
+  const std::string name = server.createDatabase(like);
   server.run(name, tablesForPostgres());
   server.run(name, std::string(kRows));
   return name;
@@ -182,7 +181,12 @@ std::string makeModel() {
 }  // namespace
 
 std::unique_ptr<Connection> connectToPostgres() {
-  static const std::string model = makeModel();
+  static const std::string model = makeModel("template1");
+  return std::make_unique<OdbcConnection>(PostgresServer::shared().createDatabase(model));
+}
+
+std::unique_ptr<Connection> connectToForeignPostgres() {
+  static const std::string model = makeModel("template0 LOCALE_PROVIDER icu ICU_LOCALE 'en-US'");
   return std::make_unique<OdbcConnection>(PostgresServer::shared().createDatabase(model));
 }
 

@@ -19,7 +19,7 @@ std::string cell(sqlite3_stmt* statement, int column) {
   if (sqlite3_column_type(statement, column) == SQLITE_FLOAT) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.15g", sqlite3_column_double(statement, column));
-    return text.data();
+    return std::string_view(text.data()) == "-0" ? "0" : text.data();
   }
   const unsigned char* text = sqlite3_column_text(statement, column);
   return text == nullptr ? "NULL" : reinterpret_cast<const char*>(text);

@@ -1,5 +1,7 @@
 #include "qxdesk/sql/test_support.h"
 
+#include <utility>
+
 namespace qx::sql::test {
 
 std::string translated(Dialect dialect, std::string_view text) {
@@ -27,7 +29,12 @@ std::string literal(std::string_view text, bool national) {
 }
 
 CompanyDatabase::CompanyDatabase(Engine engine, Dialect dialect)
-    : connection_(engine == Engine::Postgres ? connectToPostgres() : connectToSqlite()),
+    : CompanyDatabase(engine, dialect,
+                      engine == Engine::Postgres ? connectToPostgres() : connectToSqlite()) {}
+
+CompanyDatabase::CompanyDatabase(Engine engine, Dialect dialect,
+                                 std::unique_ptr<Connection> connection)
+    : connection_(std::move(connection)),
       translator_(dialect, &connection_->catalog(),
                   {.engine = engine, .now = [] { return std::string(kClock); }}) {}
 

@@ -36,11 +36,15 @@ class Connection {
 
 std::unique_ptr<Connection> connectToSqlite();
 std::unique_ptr<Connection> connectToPostgres();
+// Whose own order of texts is that of a language; the columns have that of code points all the
+// same.
+std::unique_ptr<Connection> connectToForeignPostgres();
 
 // A database with the tables of the expectations, its clock standing at kClock.
 class CompanyDatabase {
  public:
   CompanyDatabase(Engine engine, Dialect dialect);
+  CompanyDatabase(Engine engine, Dialect dialect, std::unique_ptr<Connection> connection);
 
   // Translates and runs, see Connection::run().
   std::string run(std::string_view text);
