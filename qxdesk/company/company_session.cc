@@ -1,6 +1,7 @@
 #include "qxdesk/company/company_session.h"
 
 #include "qxdesk/company/company_schema.h"
+#include "qxdesk/company/result_columns.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
@@ -11,26 +12,9 @@ namespace qx::desk {
 
 namespace {
 
-sql::ColumnType resultType(Database& database, const Statement& statement, int column,
-                           const sql::OutputColumn* told) {
-  const sql::ColumnType declared = statement.declaredType(column);
-  if (declared != sql::ColumnType::Unknown || told == nullptr) return declared;
-  if (told->type != sql::ColumnType::Unknown || told->probe.empty()) return told->type;
-  return database.probe(told->probe);
-}
-
-std::vector<RowColumn> resultColumns(Database& database, const Statement& statement,
-                                     const sql::Translation& translation) {
-  std::vector<RowColumn> columns;
-  const int count = statement.columnCount();
-  const bool told = translation.columns.size() == static_cast<std::size_t>(count);
-  for (int i = 0; i < count; ++i) {
-    const sql::OutputColumn* output =
-        told ? &translation.columns[static_cast<std::size_t>(i)] : nullptr;
-    columns.push_back({toUtf16(output != nullptr ? output->name : statement.columnName(i)),
-                       resultType(database, statement, i, output)});
-  }
-  return columns;
+sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
+  const bool postgres = route == Route::ToPostgres;
+  return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now};
 }
 
 // How users are told of a fault; the engine's own words where they say it best.
@@ -97,7 +81,8 @@ void CompanySession::open(const LoginTarget& target) {
   }
   if (database->route() != Route::AsTheyStand) {
     translator_ = std::make_unique<sql::Translator>(
-        sql::dialectOf(static_cast<int>(target.dbServerType)), &database->catalog());
+        sql::dialectOf(static_cast<int>(target.dbServerType)), &database->catalog(),
+        targetOf(database->route(), environment_));
   }
   database_ = std::move(database);
 }

@@ -118,6 +118,14 @@ TableLayout Dictionary::layoutOf(const std::string& table) {
   return layout;
 }
 
+std::optional<TableLayout> Dictionary::storedLayout(std::string_view table) {
+  if (const TableLayout* known = findSystemTable(table)) return layoutOf(known->name);
+  if (!table.starts_with('@')) return std::nullopt;
+  const std::optional<UserTable> user = findTable(table);
+  if (!user) return std::nullopt;
+  return layoutOf(userTableName(user->name));
+}
+
 bool Dictionary::hasRows(const std::string& table) {
   // OADM has one row; every engine takes this form.
   return database_.queryInteger("SELECT COUNT(*) FROM [OADM] WHERE EXISTS (SELECT 1 FROM " +

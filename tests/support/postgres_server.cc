@@ -186,6 +186,7 @@ class Keeper {
   }
 
   bool start() {
+    if (server_ > 0) return true;
     const Account account = serverAccount();
     if (!fs::exists(folder_ / "data")) makeCluster(folder_, account);
     server_ = fork();

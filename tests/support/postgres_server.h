@@ -41,7 +41,7 @@ class PostgresServer {
   std::string ask(std::string_view database, const std::string& sql) const;
 
   void stop(End how);
-  /// After stop(): with everything that was committed.
+  /// After stop(), with everything that was committed; nothing happens while it runs.
   void start();
   /// Where its socket is.
   const std::filesystem::path& folder() const { return folder_; }

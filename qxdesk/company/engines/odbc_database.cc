@@ -5,6 +5,7 @@
 #include "qxdesk/company/engines/plain_tables.h"
 #include "qxdesk/company/engines/postgres_catalog.h"
 #include "qxdesk/company/engines/postgres_tables.h"
+#include "qxdesk/sql/emitter_postgres.h"
 
 #include <sql.h>
 #include <sqlext.h>
@@ -46,7 +47,7 @@ class PostgresDatabase final : public OdbcDatabase {
   PostgresDatabase(std::unique_ptr<OdbcConnection> connection,
                    const CompanyEnvironment& environment)
       : OdbcDatabase(std::move(connection), {"\"", true}), catalog_(*this) {
-    execute("SET standard_conforming_strings = on");
+    execute(sql::kPostgresSettings);
     execute("SET client_min_messages = warning");
     execute("SET lock_timeout = " + std::to_string(environment.busyTimeoutMs));
   }

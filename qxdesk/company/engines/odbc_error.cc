@@ -39,6 +39,23 @@ constexpr Meaning kMeanings[] = {
     {"53", Fault::InputOutput},
 };
 
+struct Hint {
+  std::string_view words;
+  Fault fault;
+};
+
+constexpr Hint kHints[] = {
+    {"Can't open lib", Fault::NoDriver},
+    {"too many clients", Fault::TooManyUsers},
+    {"too many connections", Fault::TooManyUsers},
+    {"remaining connection slots", Fault::TooManyUsers},
+    {"authentication failed", Fault::LoginRefused},
+    {"no password supplied", Fault::LoginRefused},
+    {"pg_hba.conf", Fault::LoginRefused},
+    {"role \"", Fault::LoginRefused},
+    {"FATAL:  database \"", Fault::NoDatabase},
+};
+
 std::string utf8(const char16_t* text, SQLSMALLINT length, std::size_t room) {
   const auto units =
       std::min<std::size_t>(static_cast<std::size_t>(std::max<int>(length, 0)), room);
@@ -51,6 +68,15 @@ bool contains(std::string_view text, std::string_view part) {
 
 void dropFront(std::string& text, std::string_view prefix) {
   if (text.starts_with(prefix)) text.erase(0, prefix.size());
+}
+
+// A line of its own, as servers send details, becomes a remark in brackets.
+void bracketLine(std::string& text, std::string_view mark) {
+  const std::size_t at = text.find(mark);
+  if (at == std::string::npos) return;
+  const std::size_t end = std::min(text.find('\n', at + mark.size()), text.size());
+  const std::string remark = text.substr(at + mark.size(), end - at - mark.size());
+  text.replace(at, end - at, " (" + remark + ")");
 }
 
 void dropBehind(std::string& text, std::string_view mark) {
@@ -80,18 +106,9 @@ Fault faultOfState(std::string_view state) {
 
 Fault faultOfConnect(const OdbcDiagnosis& diagnosis) {
   const std::string_view words = diagnosis.message;
-  if (contains(words, "Can't open lib")) return Fault::NoDriver;
   // Drivers give one state for all that a server says before a connection is there.
-  if (contains(words, "authentication failed") || contains(words, "no password supplied") ||
-      contains(words, "pg_hba.conf") || contains(words, "role \"")) {
-    return Fault::LoginRefused;
-  }
-  if (contains(words, "database \"") && contains(words, "does not exist")) {
-    return Fault::NoDatabase;
-  }
-  if (contains(words, "too many clients") || contains(words, "too many connections") ||
-      contains(words, "remaining connection slots")) {
-    return Fault::TooManyUsers;
+  for (const Hint& hint : kHints) {
+    if (contains(words, hint.words)) return hint.fault;
   }
   const Fault fault = faultOfState(diagnosis.state);
   return fault == Fault::ConnectionLost || fault == Fault::Locked ? Fault::NoServer : fault;
@@ -107,6 +124,8 @@ std::string engineWords(std::string message) {
   dropFront(message, "FATAL: ");
   dropBehind(message, ";\nError while");
   dropBehind(message, "\nError while");
+  bracketLine(message, "\nDETAIL: ");
+  bracketLine(message, "\nHINT: ");
   while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
   message.erase(0, std::min(message.find_first_not_of(' '), message.size()));
   return message;

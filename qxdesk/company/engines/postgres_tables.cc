@@ -53,7 +53,7 @@ std::string checkOf(const ColumnLayout& column) {
 std::string typeOf(ColumnKind kind) {
   switch (kind) {
     case ColumnKind::Memo:
-      return "text";
+      return "text COLLATE \"C\"";
     case ColumnKind::Integer:
     case ColumnKind::SmallInteger:
       return "bigint";
@@ -62,7 +62,7 @@ std::string typeOf(ColumnKind kind) {
     case ColumnKind::Date:
       return "timestamp(0)";
     default:
-      return "varchar";
+      return "varchar COLLATE \"C\"";
   }
 }
 
