@@ -154,7 +154,6 @@ void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
           "the column " + std::string(column) + " takes a number, not '" + value->text + "'",
           value->at);
     }
-    if (type == number->type || type == ColumnType::Decimal) return;
     value = std::move(number);
   }
   const bool cut = type == ColumnType::Integer && value->type == ColumnType::Decimal;

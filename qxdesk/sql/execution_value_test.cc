@@ -86,6 +86,21 @@ TEST_P(ExecutionMeeting, OfResultsFollowsTheColumn) {
             "not a number: '' (line 1, column 20)");
 }
 
+TEST_P(ExecutionMeeting, OfThePartsOfAUnion) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const std::string text =
+      "SELECT U_B, 1, Code, '20240101' FROM [@T] WHERE Code = '1' UNION ALL SELECT '12.5', 2.5, 7, "
+      "U_Date FROM [@T] WHERE Code = '1' ORDER BY 1";
+  EXPECT_EQ(database.run(text), "10|1|1|2024-01-01 00:00:00/12.5|2.5|7|2024-01-31 00:00:00");
+  const std::vector<OutputColumn> columns = database.translate(text).columns;
+  EXPECT_EQ(columns[0].type, ColumnType::Decimal);
+  EXPECT_EQ(columns[1].type, ColumnType::Decimal);
+  EXPECT_EQ(columns[2].type, ColumnType::Text);
+  EXPECT_EQ(columns[3].type, ColumnType::Date);
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] UNION SELECT U_B FROM [@T]"),
+            "a number meets a text here; CAST one of them (line 1, column 36)");
+}
+
 TEST_P(ExecutionMeeting, OfAColumnAndWhatIsWrittenIntoIt) {
   CompanyDatabase database = company(Dialect::Mssql);
   database.run(
@@ -93,10 +108,10 @@ TEST_P(ExecutionMeeting, OfAColumnAndWhatIsWrittenIntoIt) {
       "(11, 1 + 1, '8.9', 3, 1.5 * 2)");
   database.run(
       "INSERT INTO [@T] (Code, U_B, U_Price, U_A) SELECT '12', Code, Code, U_B FROM [@T] WHERE "
-      "Code = '1'");
+      "Code = '1' UNION SELECT DISTINCT 13, '13.9', '1.5', 2");
   EXPECT_EQ(database.run("SELECT Code, Name, U_B, U_Price, U_A FROM [@T] WHERE Code > '1' AND "
                          "Code < '2' ORDER BY Code"),
-            "10|1.50|7|12.5|-7/11|2|8|3|3/12|NULL|1|1|10");
+            "10|1.50|7|12.5|-7/11|2|8|3|3/12|NULL|1|1|10/13|NULL|13|1.5|2");
   database.run("UPDATE [@T] SET U_B = 2.9, U_A = U_Price WHERE Code = '10'");
   EXPECT_EQ(database.run("SELECT U_B, U_A FROM [@T] WHERE Code = '10'"), "2|12.5");
   EXPECT_EQ(refusalOf(database, "UPDATE [@T] SET U_Price = ''"),

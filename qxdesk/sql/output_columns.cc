@@ -20,10 +20,11 @@ class Lister {
   // A common table sees those before it: the first `visible` ones.
   void select(const Select& select, std::size_t visible, bool outer) {
     const SelectCore& core = select.cores.front();
-    for (const SelectItem& item : core.items) {
+    for (std::size_t i = 0; i < core.items.size(); ++i) {
+      const SelectItem& item = core.items[i];
       if (++steps_ > kMaxSteps) return;
       if (item.value) {
-        columns_.push_back({.told = {.name = nameOf(item), .type = item.value->type},
+        columns_.push_back({.told = {.name = nameOf(item), .type = unitedType(select, i)},
                             .value = outer ? item.value.get() : nullptr});
       } else {
         star(core, item.starQualifier, visible);
@@ -59,6 +60,18 @@ class Lister {
 };
 
 }  // namespace
+
+ColumnType unitedType(const Select& select, std::size_t index) {
+  const ColumnType first = select.cores.front().items[index].value->type;
+  ColumnType type = first;
+  for (const SelectCore& core : select.cores) {
+    for (std::size_t i = 0; i <= index; ++i) {
+      if (i >= core.items.size() || !core.items[i].value) return first;
+    }
+    type = commonType(type, core.items[index].value->type);
+  }
+  return type;
+}
 
 std::vector<ListedColumn> listedColumns(const Select& select) { return Lister(select).run(select); }
 

@@ -24,6 +24,9 @@ struct ListedColumn {
   const Expr* value = nullptr;  // where it stands in the list itself, not behind a *
 };
 
+// The type of the column that the item at `index` of the first part makes, by all parts of a UNION.
+ColumnType unitedType(const Select& select, std::size_t index);
+
 // The columns of a whole statement's SELECT in order. A * of a common or derived table stands for
 // that one's columns. Empty when they are too many to be told.
 std::vector<ListedColumn> listedColumns(const Select& select);

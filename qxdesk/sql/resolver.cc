@@ -1,6 +1,7 @@
 #include "qxdesk/sql/resolver.h"
 
 #include "qxdesk/sql/coercion.h"
+#include "qxdesk/sql/output_columns.h"
 
 #include <algorithm>
 #include <utility>
@@ -104,9 +105,22 @@ void Resolver::resolveSelect(Select& select) {
     commonTables_.push_back(&table);
   }
   for (SelectCore& core : select.cores) resolveCore(core);
+  if (select.cores.size() > 1) bringPartsTogether(select);
   scopes_.push_back(&select.cores.front());
   for (OrderKey& key : select.orderBy) resolveExpr(*key.value);
   scopes_.pop_back();
+}
+
+// The values that the parts of a UNION yield for one column, up to the first * of each.
+void Resolver::bringPartsTogether(Select& select) {
+  for (std::size_t i = 0;; ++i) {
+    std::vector<ExprPtr*> values;
+    for (SelectCore& core : select.cores) {
+      if (i >= core.items.size() || !core.items[i].value) return;
+      values.push_back(&core.items[i].value);
+    }
+    bringTogether(values, Meeting::Choice);
+  }
 }
 
 void Resolver::resolveCore(SelectCore& core) {
@@ -407,14 +421,15 @@ ColumnType Resolver::typeInSelect(const Select& select, std::string_view column,
                    select.cores.front().at);
   }
   const SelectCore& core = select.cores.front();
-  for (const SelectItem& item : core.items) {
+  for (std::size_t i = 0; i < core.items.size(); ++i) {
+    const SelectItem& item = core.items[i];
     if (!item.value) {
       const ColumnType type = typeInCore(core, item.starQualifier, column, visible);
       if (type != ColumnType::Unknown) return type;
     } else if (item.alias
                    ? sameName(*item.alias, column)
                    : item.value->kind == ExprKind::Column && sameName(item.value->text, column)) {
-      return item.value->type;
+      return unitedType(select, i);
     }
   }
   return ColumnType::Unknown;

@@ -25,6 +25,7 @@ class Resolver {
  private:
   void resolveSelect(Select& select);
   void resolveCore(SelectCore& core);
+  static void bringPartsTogether(Select& select);
   void resolveExpr(Expr& expr);
   void resolvePlus(Expr& expr);
   void resolveArithmetic(Expr& expr);
