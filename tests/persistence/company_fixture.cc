@@ -69,22 +69,24 @@ void needModel() {
   CompanyStore::keepAsModel(database);
 }
 
-CComPtr<ICompany> connected(EmbeddedClient& client) {
+CComPtr<ICompany> newCompany() {
   CComPtr<ICompany> company;
   raiseIfFailed(createInstance(CLSID_HalvexCompany, CLSCTX_ALL, &company.p));
-  const CComBSTR cookie = company->GetContextCookie();
-  company->PutLoginContext(client.application()->GetCompanyInfo()->GetConnectionContext(cookie));
-  if (company->Connect() == 0) return company;
-  long code = 0;
-  CComBSTR text;
-  company->GetLastError(code, text);
-  throw std::runtime_error("no company: " + toUtf8(text.View()));
+  return company;
 }
 
 }  // namespace
 
 Login::Login(const std::string& database)
-    : client_(database, {medium().engine, "", 0}), company_(connected(client_)) {}
+    : client_(database, {medium().engine, "", 0}), company_(newCompany()) {
+  reconnect();
+}
+
+void Login::reconnect() {
+  const CComBSTR cookie = company_->GetContextCookie();
+  company_->PutLoginContext(client_.application()->GetCompanyInfo()->GetConnectionContext(cookie));
+  if (company_->Connect() != 0) throw std::runtime_error("no company: " + lastError());
+}
 
 Login::~Login() { company_->raw_Disconnect(); }
 

@@ -32,6 +32,8 @@ class Login {
   Login& operator=(const Login&) = delete;
 
   const CComPtr<ICompany>& company() const { return company_; }
+  /// With the same company object, which must be disconnected.
+  void reconnect();
   CComPtr<IApplication> application() const { return client_.application(); }
   /// Runs a statement of the dialect through a record set. Raises _com_error.
   CComPtr<IRecordset> query(const std::u16string& sql) const;

@@ -17,6 +17,7 @@ using qx::test::OneRow;
 using qx::test::Record;
 using qx::test::Rows;
 using qx::test::values;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
