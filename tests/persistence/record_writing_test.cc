@@ -68,7 +68,10 @@ TEST_F(RecordWriting, NewRowsOfHostTablesAreAsTheyAreGiven) {
   Rows rows(company(), u"OCRD");
   rows.Add(Record{{u"CardCode", u"B1"}, {u"CardName", u"O'Brien & Söhne"}, {u"Balance", -1.25}});
   EXPECT_THAT(partners(), ElementsAre("B1|O'Brien & Söhne||-1.25", kNorthwind, kHarbour, kSteel));
-  EXPECT_THAT(failureOf([&] { rows.Add(Record{{u"CardCode", u"B1"}}); }), HasSubstr("CardCode"));
+  EXPECT_THAT(failureOf([&] {
+                rows.Add(Record{{u"CardCode", u"B1"}});
+              }),
+              AnyOf(HasSubstr("CardCode"), HasSubstr("cardcode")));
   EXPECT_THAT(partners(), testing::SizeIs(4));
 }
 
