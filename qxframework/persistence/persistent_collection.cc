@@ -108,6 +108,12 @@ void CQXPersistentCollection::Refresh() {
     m_ptrRecordSet->DoQuery(m_bstrLastQuery);
     return;
   }
+  PrepareSelect();
+  Select();
+  m_bSelected = true;
+}
+
+void CQXPersistentCollection::PrepareSelect() {
   if (m_ptrConditions.get() == nullptr && m_vecKeyFields.empty())
     throw CQXPersistenceException(
         u"Collection is not properly initialized, neither conditions nor key fields are set");
@@ -115,8 +121,6 @@ void CQXPersistentCollection::Refresh() {
     throw CQXPersistenceException(
         u"Collection is not properly initialized, master table name is not set");
   if (m_vecKeyFields.empty()) FillKeyFieldsFromConditions();
-  Select();
-  m_bSelected = true;
 }
 
 void CQXPersistentCollection::SetMaxRecordCount(long maximum) {

@@ -72,6 +72,9 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void SetSortFields(const CQXPersistenceSortFieldCollection& fields) { m_SortFields = fields; }
   const CQXPersistenceSortFieldCollection& GetSortFields() const { return m_SortFields; }
 
+  /// What Refresh does ahead of Select: refuses what cannot be selected from, and takes the key
+  /// fields from the conditions if there are none. It needs no company.
+  void PrepareSelect();
   /// The statements that Select runs, in order. They need no company. The constants of joins are
   /// quoted anew with each call.
   std::vector<CComBSTR> SelectTexts();
