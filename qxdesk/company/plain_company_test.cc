@@ -42,6 +42,17 @@ TEST_F(PlainSourceTest, StatementsArriveUntouched) {
   EXPECT_EQ(rowsOf(company, u"SELECT typeof(1) || sqlite_version() LIKE 'integer3%'"), u"1");
 }
 
+TEST_F(PlainSourceTest, TextsOfAnyCharacterComeBackAsTheyWere) {
+  const std::u16string text = u"\u00C4rger \U0001F600 \\ % _ \u4E2D";
+  EXPECT_EQ(rowsOf(company, u"SELECT '" + text + u"' AS [\u4E2D]"), text);
+  EXPECT_EQ(query(company, u"SELECT 1 AS [\u4E2D]")->GetFields()->Item(0)->GetName().View(),
+            u"\u4E2D");
+  LoginTarget place = target();
+  place.database = "odbc:Driver=SQLite3;Database=" + folder.file("named.db");
+  place.companyName = text;
+  EXPECT_EQ(rowsOf(connectTo(place), u"SELECT CompnyName FROM OADM"), text);
+}
+
 TEST_F(PlainSourceTest, AStatementThatTheSourceRefusesIsToldInItsWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM OADM")); }), kSqlFailure);
@@ -95,9 +106,8 @@ TEST_F(PlainSourceTest, TransactionsCommitAndRollBack) {
 TEST_F(PlainSourceTest, LongTextsAndNullsArrive) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"M", kMemoField});
-  // This driver knows no characters of two units.
   const std::u16string text =
-      std::u16string(500'000, u'a') + u"\u00E4\u4E2D" + std::u16string(500'000, u'z');
+      std::u16string(500'000, u'a') + u"\u00E4\u4E2D\U0001F600" + std::u16string(500'000, u'z');
   query(company, u"INSERT INTO [@QX] (Code, Name, U_M) VALUES ('1', 'n', '" + text + u"')");
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')");
   EXPECT_TRUE(rowsOf(company, u"SELECT U_M, Code FROM [@QX] ORDER BY Code") == text + u"|1\n|2");

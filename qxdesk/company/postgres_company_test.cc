@@ -7,6 +7,8 @@
 #include "qxframework/automation/text.h"
 #include "tests/support/postgres_server.h"
 
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -234,6 +236,26 @@ TEST_F(PostgresOpenTest, AMissingServerIsTold) {
   const std::u16string text =
       failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=/no/such/folder;Database=x")).text;
   EXPECT_TRUE(text.starts_with(u"The database server cannot be reached (")) << toUtf8(text);
+}
+
+TEST_F(PostgresOpenTest, AServerThatDoesNotAnswerIsToldAfterTheTimeout) {
+  const TemporaryFolder folder;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  folder.file(".s.PGSQL.5432").copy(address.sun_path, sizeof address.sun_path - 1);
+  const int silent = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(bind(silent, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(silent, 1), 0);
+  CompanyEnvironment environment = testEnvironment();
+  environment.loginTimeoutSeconds = 1;
+  const CComPtr<ICompany> company =
+      companyFor(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + folder.path().string() +
+                           ";Database=x;Uid=y"),
+                 environment);
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  EXPECT_TRUE(lastError(company).text.starts_with(u"The database server cannot be reached ("))
+      << toUtf8(lastError(company).text);
+  close(silent);
 }
 
 TEST_F(PostgresOpenTest, AServerThatIsFullIsTold) {

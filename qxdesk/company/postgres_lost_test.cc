@@ -1,6 +1,7 @@
 // The server goes away while a company is open: it is told as that, never as an end of rows, and
 // nothing half done is kept.
 
+#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
 #include "tests/support/odbc_program.h"
@@ -118,6 +119,29 @@ TEST_P(PostgresLostTest, ARollbackThatMeetsItIsNoFailure) {
 INSTANTIATE_TEST_SUITE_P(Ends, PostgresLostTest,
                          testing::Values(PostgresServer::End::Fast, PostgresServer::End::Immediate,
                                          PostgresServer::End::Killed));
+
+// With a cursor the rows come from the server in portions.
+TEST_P(PostgresLostTest, IsNoEndOfTheRows) {
+  for (const char* cursor : {"0", "1"}) {
+    server.start();
+    const auto opened = openDatabase(target().database + ";UseDeclareFetch=" + cursor + ";Fetch=50",
+                                     testEnvironment());
+    const auto rows = opened->prepareGuarded("SELECT generate_series(1, 100000)");
+    EXPECT_TRUE(rows->step());
+    server.stop(GetParam());
+    int read = 1;
+    std::optional<Fault> fault;
+    try {
+      while (rows->step()) ++read;
+    } catch (const DatabaseError& error) {
+      fault = error.fault();
+    }
+    EXPECT_TRUE(read == 100'000 || fault == Fault::ConnectionLost) << cursor << ": " << read;
+    if (*cursor == '1') {
+      EXPECT_LT(read, 100'000);
+    }
+  }
+}
 
 class PostgresEndedTest : public CompanyTest {
  protected:

@@ -85,6 +85,22 @@ TEST_P(TransactionTest, AFailedStatementLeavesItOpen) {
   EXPECT_EQ(codes(company), u"1\n2");
 }
 
+TEST_P(TransactionTest, AChangeOfTablesThatFailsWithinItLeavesTheRest) {
+  company->StartTransaction();
+  insert(company, u"1");
+  EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
+  EXPECT_EQ(addField(company, {u"QX", u"B", kAlphaField, 0, 5, u"", true}), kInvalidValue);
+  EXPECT_EQ(addKey(company, u"QX", u"K", true, {u"A"}), 0);
+  EXPECT_EQ(addKey(company, u"QX", u"K2", true, {u"A", u"Nope"}), kNotFound);
+  insert(company, u"2");
+  EXPECT_EQ(addKey(company, u"QX", u"K3", true, {u"A"}), 0);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
+  company->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(codes(another()), u"1\n2");
+  EXPECT_EQ(rowsOf(another(), u"SELECT KeyName FROM OUKD ORDER BY KeyName"), u"K\nK3");
+  EXPECT_EQ(rowsOf(another(), u"SELECT AliasID FROM CUFD"), u"A");
+}
+
 TEST_P(TransactionTest, DisconnectRollsBack) {
   company->StartTransaction();
   insert(company, u"1");

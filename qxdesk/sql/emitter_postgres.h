@@ -12,7 +12,7 @@ namespace qx::sql {
 // To run once on each connection before any translated text.
 constexpr std::string_view kPostgresSettings =
     "SET standard_conforming_strings = on; SET client_encoding = 'UTF8'; "
-    "SET datestyle = 'ISO, YMD'; SET search_path = public";
+    "SET datestyle = 'ISO, YMD'";
 
 class PostgresEmitter final : public StatementEmitter {
  public:

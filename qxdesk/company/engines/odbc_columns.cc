@@ -60,6 +60,11 @@ void setText(OdbcCell& cell, std::u16string_view text) {
                  [](char16_t c) { return static_cast<char>(c); });
 }
 
+void setText(OdbcCell& cell, std::string_view utf8) {
+  cell.storage = Storage::Text;
+  cell.text = utf8;
+}
+
 }  // namespace
 
 OdbcColumn::OdbcColumn(OdbcConnection& connection, SQLHSTMT statement, SQLUSMALLINT number)
@@ -68,17 +73,23 @@ OdbcColumn::OdbcColumn(OdbcConnection& connection, SQLHSTMT statement, SQLUSMALL
 }
 
 void OdbcColumn::describe() {
-  std::array<char16_t, 512> name{};
+  std::array<char16_t, 512> wide{};
+  std::array<SQLCHAR, 1024> narrow{};
   SQLSMALLINT length = 0;
   SQLSMALLINT sqlType = 0;
   SQLULEN size = 0;
   SQLSMALLINT digits = 0;
   SQLSMALLINT nullable = 0;
-  const SQLRETURN result = SQLDescribeColW(
-      statement_, number_, reinterpret_cast<SQLWCHAR*>(name.data()),
-      static_cast<SQLSMALLINT>(name.size()), &length, &sqlType, &size, &digits, &nullable);
+  const SQLRETURN result =
+      connection_.isWide()
+          ? SQLDescribeColW(statement_, number_, reinterpret_cast<SQLWCHAR*>(wide.data()),
+                            static_cast<SQLSMALLINT>(wide.size()), &length, &sqlType, &size,
+                            &digits, &nullable)
+          : SQLDescribeCol(statement_, number_, narrow.data(),
+                           static_cast<SQLSMALLINT>(narrow.size()), &length, &sqlType, &size,
+                           &digits, &nullable);
   if (!SQL_SUCCEEDED(result)) connection_.failStatement(statement_);
-  name_ = toUtf8(std::u16string_view(name.data()));
+  name_ = connection_.isWide() ? toUtf8(wide.data()) : reinterpret_cast<const char*>(narrow.data());
   chooseForm(sqlType, size);
 }
 
@@ -112,8 +123,7 @@ void OdbcColumn::chooseForm(SQLSMALLINT sqlType, SQLULEN size) {
     default:
       form_ = Form::Text;
       type_ = sql::ColumnType::Text;
-      // A character may take two units.
-      if (size > 0 && size <= kCommonUnits) units_ = 2 * size;
+      if (size > 0 && size <= kCommonUnits) units_ = size * (connection_.isWide() ? 2 : 4);
   }
 }
 
@@ -134,7 +144,11 @@ void OdbcColumn::bind(std::size_t rows) {
   if (form_ == Form::Date) use(SQL_C_TYPE_TIMESTAMP, dates_, 1);
   if (form_ == Form::Text) {
     if (units_ == 0) units_ = kCommonUnits;
-    use(SQL_C_WCHAR, texts_, units_ + 1);
+    if (connection_.isWide()) {
+      use(SQL_C_WCHAR, wideTexts_, units_ + 1);
+    } else {
+      use(SQL_C_CHAR, texts_, units_ + 1);
+    }
   }
   const SQLRETURN result =
       SQLBindCol(statement_, number_, cType, place, static_cast<SQLLEN>(width), lengths_.data());
@@ -161,11 +175,17 @@ bool OdbcColumn::read(std::size_t row, OdbcCell& cell) const {
       setDate(cell, dates_[row]);
       break;
     case Form::Text:
-      if (length < 0 || length > static_cast<SQLLEN>(units_ * sizeof(char16_t))) return false;
-      setText(cell,
-              {&texts_[row * (units_ + 1)], static_cast<std::size_t>(length) / sizeof(char16_t)});
-      break;
+      return connection_.isWide() ? readText(wideTexts_, row, cell) : readText(texts_, row, cell);
   }
+  return true;
+}
+
+template <class Unit>
+bool OdbcColumn::readText(const std::vector<Unit>& cells, std::size_t row, OdbcCell& cell) const {
+  const SQLLEN length = lengths_[row];
+  if (length < 0 || length > static_cast<SQLLEN>(units_ * sizeof(Unit))) return false;
+  setText(cell, std::basic_string_view<Unit>(&cells[row * (units_ + 1)],
+                                             static_cast<std::size_t>(length) / sizeof(Unit)));
   return true;
 }
 
@@ -195,29 +215,33 @@ void OdbcColumn::fetch(OdbcCell& cell) {
       break;
     }
     case Form::Text:
-      fetchText(cell);
+      if (connection_.isWide()) {
+        fetchText<char16_t>(SQL_C_WCHAR, cell);
+      } else {
+        fetchText<char>(SQL_C_CHAR, cell);
+      }
       break;
   }
 }
 
 // In pieces, each of which the driver ends with a zero.
-void OdbcColumn::fetchText(OdbcCell& cell) {
-  std::u16string text;
-  std::u16string piece(kCommonUnits + 1, u'\0');
+template <class Unit>
+void OdbcColumn::fetchText(SQLSMALLINT cType, OdbcCell& cell) {
+  std::basic_string<Unit> text;
+  std::basic_string<Unit> piece(kCommonUnits + 1, Unit{});
   for (;;) {
     SQLLEN length = 0;
-    const SQLRETURN result =
-        getData(SQL_C_WCHAR, piece.data(), piece.size() * sizeof(char16_t), length);
+    const SQLRETURN result = getData(cType, piece.data(), piece.size() * sizeof(Unit), length);
     if (result == SQL_NO_DATA) break;
     if (length == SQL_NULL_DATA) return;
     const std::size_t room = piece.size() - 1;
     const std::size_t rest =
-        length == SQL_NO_TOTAL ? room + 1 : static_cast<std::size_t>(length) / sizeof(char16_t);
+        length == SQL_NO_TOTAL ? room + 1 : static_cast<std::size_t>(length) / sizeof(Unit);
     text.append(piece, 0, std::min(rest, room));
     if (rest <= room) break;
     if (length != SQL_NO_TOTAL) piece.resize(rest - room + 1);
   }
-  setText(cell, text);
+  setText(cell, std::basic_string_view<Unit>(text));
 }
 
 template <class Value>

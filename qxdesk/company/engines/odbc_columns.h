@@ -46,7 +46,10 @@ class OdbcColumn {
 
   void describe();
   void chooseForm(SQLSMALLINT sqlType, SQLULEN size);
-  void fetchText(OdbcCell& cell);
+  template <class Unit>
+  void fetchText(SQLSMALLINT cType, OdbcCell& cell);
+  template <class Unit>
+  bool readText(const std::vector<Unit>& cells, std::size_t row, OdbcCell& cell) const;
   template <class Value>
   bool fetchValue(SQLSMALLINT cType, Value& value);
   SQLRETURN getData(SQLSMALLINT cType, void* place, std::size_t bytes, SQLLEN& length);
@@ -57,14 +60,15 @@ class OdbcColumn {
   std::string name_;
   sql::ColumnType type_ = sql::ColumnType::Unknown;
   Form form_ = Form::Text;
-  std::size_t units_ = 0;  // of a text's place, without the end mark; 0 if the length is not known
+  std::size_t units_ = 0;  // of a text's place, without the end; 0 if the length is not known
 
   std::vector<SQLLEN> lengths_;
   std::vector<SQLBIGINT> integers_;
   std::vector<double> reals_;
   std::vector<char> numbers_;
   std::vector<SQL_TIMESTAMP_STRUCT> dates_;
-  std::vector<char16_t> texts_;
+  std::vector<char16_t> wideTexts_;
+  std::vector<char> texts_;
 };
 
 }  // namespace qx::desk

@@ -49,17 +49,31 @@ void OdbcConnection::connect(std::string_view connection, int timeoutSeconds) {
   SQLSetConnectAttrW(handles.connection, SQL_ATTR_LOGIN_TIMEOUT,
                      number(static_cast<SQLULEN>(timeoutSeconds)), 0);
   std::u16string text = toUtf16(connection);
-  const SQLRETURN result = SQLDriverConnectW(
-      handles.connection, nullptr, reinterpret_cast<SQLWCHAR*>(text.data()),
-      static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+  const SQLRETURN result =
+      SQLDriverConnectW(handles.connection, nullptr, reinterpret_cast<SQLWCHAR*>(text.data()),
+                        SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(result)) {
-    const OdbcDiagnosis diagnosis = diagnose(SQL_HANDLE_DBC, handles.connection);
+    const OdbcDiagnosis diagnosis = diagnose(SQL_HANDLE_DBC, handles.connection, true);
     throw DatabaseError(faultOfConnect(diagnosis), diagnosis.message);
   }
   handles.connected = true;
+  wide_ = passesWideTexts();
+}
+
+// The driver gives a statement back as it would send it.
+bool OdbcConnection::passesWideTexts() const {
+  std::u16string sql = u"SELECT '\u00E4\u4E2D\U0001F600'";
+  std::array<char16_t, 64> back{};
+  SQLINTEGER length = 0;
+  const SQLRETURN result =
+      SQLNativeSqlW(handles_->connection, reinterpret_cast<SQLWCHAR*>(sql.data()),
+                    static_cast<SQLINTEGER>(sql.size()), reinterpret_cast<SQLWCHAR*>(back.data()),
+                    static_cast<SQLINTEGER>(back.size()), &length);
+  return !SQL_SUCCEEDED(result) || std::u16string_view(back.data()) == sql;
 }
 
 void OdbcConnection::begin() {
+  needAlive();
   setAutocommit(false);
   inTransaction_ = true;
 }
@@ -129,12 +143,32 @@ void* OdbcConnection::newStatement() {
   return statement;
 }
 
+short OdbcConnection::prepare(void* statement, std::string& sql) const {
+  if (!wide_) {
+    return SQLPrepare(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
+                      static_cast<SQLINTEGER>(sql.size()));
+  }
+  std::u16string text = toUtf16(sql);
+  return SQLPrepareW(statement, reinterpret_cast<SQLWCHAR*>(text.data()),
+                     static_cast<SQLINTEGER>(text.size()));
+}
+
+short OdbcConnection::execute(void* statement, std::string& sql) const {
+  if (!wide_) {
+    return SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
+                         static_cast<SQLINTEGER>(sql.size()));
+  }
+  std::u16string text = toUtf16(sql);
+  return SQLExecDirectW(statement, reinterpret_cast<SQLWCHAR*>(text.data()),
+                        static_cast<SQLINTEGER>(text.size()));
+}
+
 void OdbcConnection::failStatement(void* statement) { fail(SQL_HANDLE_STMT, statement); }
 
 void OdbcConnection::failConnection() { fail(SQL_HANDLE_DBC, handles_->connection); }
 
 void OdbcConnection::fail(short kind, void* handle) {
-  const OdbcDiagnosis diagnosis = diagnose(kind, handle);
+  const OdbcDiagnosis diagnosis = diagnose(kind, handle, wide_);
   const DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfState(diagnosis.state),
                             diagnosis.message);
   if (error.fault() == Fault::ConnectionLost) {

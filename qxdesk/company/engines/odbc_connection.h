@@ -2,6 +2,9 @@
 
 // One connection to an ODBC source: its handles, its transaction, and what its failures mean. Once
 // the connection is lost it stays lost, and the transaction with it.
+//
+// Texts travel as UTF-16. A driver that knows no wide texts would get them by way of the driver
+// manager, which drops what its narrow character set does not have; such a driver gets UTF-8.
 
 #include "qxdesk/company/database.h"
 
@@ -28,12 +31,18 @@ class OdbcConnection {
   /// Raises when the connection is lost, also when nobody has noticed yet.
   void needAlive();
 
+  /// Whether texts are UTF-16 on their way, else UTF-8.
+  bool isWide() const { return wide_; }
+
   /// Texts and numbers of SQLGetInfo.
   std::string info(unsigned short which) const;
   unsigned infoNumber(unsigned short which) const;
 
   /// A new statement handle; the caller releases it by SQLFreeHandle.
   void* newStatement();
+  /// SQLPrepare and SQLExecDirect.
+  short prepare(void* statement, std::string& sql) const;
+  short execute(void* statement, std::string& sql) const;
   /// Raises the DatabaseError that the handle of a statement tells of.
   [[noreturn]] void failStatement(void* statement);
 
@@ -46,8 +55,10 @@ class OdbcConnection {
   [[noreturn]] void failConnection();
   [[noreturn]] void fail(short kind, void* handle);
   bool isDead() const;
+  bool passesWideTexts() const;
 
   std::unique_ptr<Handles> handles_;
+  bool wide_ = true;
   bool inTransaction_ = false;
   std::optional<DatabaseError> lost_;
 };

@@ -27,6 +27,8 @@ class OdbcDatabase : public Database {
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
     return makeOdbcStatement(*connection_, sql);
   }
+  // A driver describes expressions, too.
+  sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
   void begin() override { connection_->begin(); }
   void commit() override { connection_->commit(); }
   void rollback() override { connection_->rollback(); }
@@ -54,15 +56,6 @@ class PostgresDatabase final : public OdbcDatabase {
 
   Route route() const override { return Route::ToPostgres; }
   const EngineTables& tables() const override { return postgresTables(); }
-  sql::ColumnType probe(std::string_view sql) override {
-    const std::unique_ptr<Statement> statement = prepareGuarded(sql);
-    statement->step();
-    sql::ColumnType type = sql::ColumnType::Unknown;
-    for (int i = 0; i < statement->columnCount(); ++i) {
-      type = sql::commonType(type, statement->declaredType(i));
-    }
-    return type;
-  }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override { catalog_.forget(); }
 
@@ -77,8 +70,6 @@ class PlainDatabase final : public OdbcDatabase {
 
   Route route() const override { return Route::AsTheyStand; }
   const EngineTables& tables() const override { return tables_; }
-  // Nobody translates here.
-  sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override {}
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace qx::desk {
 
@@ -56,10 +57,31 @@ constexpr Hint kHints[] = {
     {"FATAL:  database \"", Fault::NoDatabase},
 };
 
-std::string utf8(const char16_t* text, SQLSMALLINT length, std::size_t room) {
-  const auto units =
-      std::min<std::size_t>(static_cast<std::size_t>(std::max<int>(length, 0)), room);
-  return toUtf8(std::u16string_view(text, units));
+std::optional<OdbcDiagnosis> wideRecord(short kind, void* handle) {
+  std::array<char16_t, 6> state{};
+  std::array<char16_t, 2048> message{};
+  SQLINTEGER native = 0;
+  SQLSMALLINT length = 0;
+  const SQLRETURN result =
+      SQLGetDiagRecW(kind, handle, 1, reinterpret_cast<SQLWCHAR*>(state.data()), &native,
+                     reinterpret_cast<SQLWCHAR*>(message.data()),
+                     static_cast<SQLSMALLINT>(message.size()), &length);
+  if (!SQL_SUCCEEDED(result)) return std::nullopt;
+  message.back() = 0;
+  return OdbcDiagnosis{toUtf8(std::u16string_view(state.data(), 5)), toUtf8(message.data())};
+}
+
+std::optional<OdbcDiagnosis> narrowRecord(short kind, void* handle) {
+  std::array<SQLCHAR, 6> state{};
+  std::array<SQLCHAR, 4096> message{};
+  SQLINTEGER native = 0;
+  SQLSMALLINT length = 0;
+  const SQLRETURN result = SQLGetDiagRec(kind, handle, 1, state.data(), &native, message.data(),
+                                         static_cast<SQLSMALLINT>(message.size()), &length);
+  if (!SQL_SUCCEEDED(result)) return std::nullopt;
+  message.back() = 0;
+  return OdbcDiagnosis{reinterpret_cast<const char*>(state.data()),
+                       reinterpret_cast<const char*>(message.data())};
 }
 
 bool contains(std::string_view text, std::string_view part) {
@@ -85,17 +107,12 @@ void dropBehind(std::string& text, std::string_view mark) {
 
 }  // namespace
 
-OdbcDiagnosis diagnose(short kind, void* handle) {
-  std::array<char16_t, 6> state{};
-  std::array<char16_t, 2048> message{};
-  SQLINTEGER native = 0;
-  SQLSMALLINT length = 0;
-  const SQLRETURN result =
-      SQLGetDiagRecW(kind, handle, 1, reinterpret_cast<SQLWCHAR*>(state.data()), &native,
-                     reinterpret_cast<SQLWCHAR*>(message.data()),
-                     static_cast<SQLSMALLINT>(message.size()), &length);
-  if (!SQL_SUCCEEDED(result)) return {"HY000", "the driver tells no reason"};
-  return {utf8(state.data(), 5, 5), engineWords(utf8(message.data(), length, message.size() - 1))};
+OdbcDiagnosis diagnose(short kind, void* handle, bool wide) {
+  std::optional<OdbcDiagnosis> record =
+      wide ? wideRecord(kind, handle) : narrowRecord(kind, handle);
+  if (!record) return {"HY000", "the driver tells no reason"};
+  record->message = engineWords(std::move(record->message));
+  return *std::move(record);
 }
 
 Fault faultOfState(std::string_view state) {

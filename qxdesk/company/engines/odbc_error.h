@@ -15,8 +15,8 @@ struct OdbcDiagnosis {
   std::string message;
 };
 
-/// The first record of a handle.
-OdbcDiagnosis diagnose(short kind, void* handle);
+/// The first record of a handle, of a driver with wide texts or with UTF-8.
+OdbcDiagnosis diagnose(short kind, void* handle, bool wide);
 
 /// Fault::Statement for a state that says nothing of use.
 Fault faultOfState(std::string_view state);

@@ -37,11 +37,13 @@ struct Parameter {
   SQLBIGINT integer = 0;
   double real = 0;
   SQL_TIMESTAMP_STRUCT date{};
-  std::u16string text;
+  std::u16string wide;
+  std::string narrow;
   SQLLEN length = 0;
 
   void* place() {
-    if (cType == SQL_C_WCHAR) return text.data();
+    if (cType == SQL_C_WCHAR) return wide.data();
+    if (cType == SQL_C_CHAR) return narrow.data();
     if (cType == SQL_C_DOUBLE) return &real;
     if (cType == SQL_C_TYPE_TIMESTAMP) return &date;
     return &integer;
@@ -51,7 +53,7 @@ struct Parameter {
 class OdbcStatement final : public Statement {
  public:
   OdbcStatement(OdbcConnection& connection, std::string_view sql)
-      : connection_(connection), sql_(toUtf16(sql)), statement_(connection.newStatement()) {
+      : connection_(connection), sql_(sql), statement_(connection.newStatement()) {
     // The text stands as it is: braces are no escapes of the driver's.
     SQLSetStmtAttrW(statement_, SQL_ATTR_NOSCAN, number(SQL_NOSCAN_ON), 0);
   }
@@ -98,7 +100,7 @@ class OdbcStatement final : public Statement {
   }
 
   OdbcConnection& connection_;
-  std::u16string sql_;
+  std::string sql_;
   SQLHSTMT statement_;
   std::deque<Parameter> parameters_;  // their places are known to the driver
   bool prepared_ = false;
@@ -121,11 +123,19 @@ Parameter& OdbcStatement::parameterAt(int number) {
 
 void OdbcStatement::bind(int parameter, std::string_view value) {
   Parameter& place = parameterAt(parameter) = {};
-  place.cType = SQL_C_WCHAR;
-  place.sqlType = SQL_WVARCHAR;
-  place.text = toUtf16(value);
-  place.size = std::max<SQLULEN>(1, place.text.size());
-  place.length = static_cast<SQLLEN>(place.text.size() * sizeof(char16_t));
+  if (connection_.isWide()) {
+    place.cType = SQL_C_WCHAR;
+    place.sqlType = SQL_WVARCHAR;
+    place.wide = toUtf16(value);
+    place.size = std::max<SQLULEN>(1, place.wide.size());
+    place.length = static_cast<SQLLEN>(place.wide.size() * sizeof(char16_t));
+  } else {
+    place.cType = SQL_C_CHAR;
+    place.sqlType = SQL_VARCHAR;
+    place.narrow = value;
+    place.size = std::max<SQLULEN>(1, value.size());
+    place.length = static_cast<SQLLEN>(value.size());
+  }
 }
 
 void OdbcStatement::bindDate(int parameter, std::string_view value) {
@@ -153,8 +163,7 @@ bool OdbcStatement::step() {
 void OdbcStatement::run() {
   connection_.needAlive();
   if (parameters_.empty()) {
-    const SQLRETURN result = SQLExecDirectW(statement_, reinterpret_cast<SQLWCHAR*>(sql_.data()),
-                                            static_cast<SQLINTEGER>(sql_.size()));
+    const SQLRETURN result = connection_.execute(statement_, sql_);
     if (result != SQL_NO_DATA) check(result);
   } else {
     runPrepared();
@@ -167,8 +176,7 @@ void OdbcStatement::run() {
 
 void OdbcStatement::runPrepared() {
   if (!prepared_) {
-    check(SQLPrepareW(statement_, reinterpret_cast<SQLWCHAR*>(sql_.data()),
-                      static_cast<SQLINTEGER>(sql_.size())));
+    check(connection_.prepare(statement_, sql_));
     prepared_ = true;
   }
   SQLUSMALLINT count = 0;
