@@ -40,17 +40,32 @@ void addSettings(Database& database, const LoginTarget& target) {
   row->step();
 }
 
-// Monthly periods of the year before this one, this one and the next.
-void addPeriods(Database& database, const CompanyEnvironment& environment) {
+std::int64_t thisYear(const CompanyEnvironment& environment) {
   const std::string now = environment.now();
   std::int64_t year = 0;
   std::from_chars(now.data(), now.data() + std::min<std::size_t>(4, now.size()), year);
+  return year;
+}
+
+// Monthly periods of the year before this one, this one and the next.
+void addPeriods(Database& database, std::int64_t year) {
   const auto row = database.prepare(
       "WITH RECURSIVE m(n) AS (SELECT 0 UNION ALL SELECT n + 1 FROM m WHERE n < 35), "
       "p(n, y, s) AS (SELECT n, ?1 - 1 + n / 12, n % 12 + 1 FROM m), "
       "d(n, y, s, f) AS (SELECT n, y, s, printf('%04d-%02d-01 00:00:00', y, s) FROM p) "
       "INSERT INTO OFPR SELECT n + 1, printf('%04d-%02d', y, s), printf('%04d-%02d', y, s), "
       "printf('%04d', y), s, f, datetime(f, '+1 month', '-1 day') FROM d");
+  row->bind(1, year);
+  row->step();
+}
+
+// A rate is looked up by its day, so every day of this year and the next has the same ones.
+void addRates(Database& database, std::int64_t year) {
+  const auto row = database.prepare(
+      "WITH RECURSIVE d(t) AS (SELECT printf('%04d-01-01 00:00:00', ?1) UNION ALL "
+      "SELECT datetime(t, '+1 day') FROM d WHERE t < printf('%04d-12-31', ?1 + 1)), "
+      "r(c, v) AS (VALUES ('USD', 0.92), ('GBP', 1.17), ('HUF', 0.0025)) "
+      "INSERT INTO ORTT SELECT t, c, v FROM d, r");
   row->bind(1, year);
   row->step();
 }
@@ -70,7 +85,8 @@ void createCompany(Database& database, const LoginTarget& target,
   if (!isEmpty(database)) throw CompanyError(kOpenFailed, Text::ForeignDatabase, target.database);
   createTables(database);
   addSettings(database, target);
-  addPeriods(database, environment);
+  addPeriods(database, thisYear(environment));
+  addRates(database, thisYear(environment));
   for (const std::string_view sql : kSampleRows) database.execute(sql);
   change.commit();
 }

@@ -75,6 +75,12 @@ TEST_F(OpenTest, AMissingFileBecomesANewCompany) {
             u"2024|2|2024-02-01 00:00:00|2024-02-29 00:00:00");
   EXPECT_EQ(rowsOf(company, u"SELECT Rate FROM VTG1 WHERE Code = 'A2' ORDER BY EffecDate DESC"),
             u"19\n16");
+  EXPECT_EQ(rowsOf(company,
+                   u"SELECT COUNT(*), MIN(RateDate), MAX(RateDate) FROM ORTT WHERE Currency = "
+                   u"'USD'"),
+            u"731|2024-01-01 00:00:00|2025-12-31 00:00:00");
+  EXPECT_EQ(rowsOf(company, u"SELECT Currency, Rate FROM ORTT WHERE RateDate = '20240229'"),
+            u"GBP|1.17\nHUF|0.0025\nUSD|0.92");
 }
 
 TEST_F(OpenTest, AnEmptyFileBecomesANewCompany) {

@@ -37,6 +37,7 @@ class DataHelperTest : public CompanyTest {
 
   CComPtr<IDataHelper> helper;
   const DATE day = *dateFromCivil({2024, 1, 31, 15, 45, 0});
+  const DATE lastYear = *dateFromCivil({2023, 1, 31, 15, 45, 0});  // without sample rates
 };
 
 TEST_F(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
@@ -114,16 +115,16 @@ TEST_F(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
 }
 
 TEST_F(DataHelperTest, ARateIsThatOfTheDay) {
-  query(company, u"INSERT INTO ORTT (RateDate, Currency, Rate) VALUES ('20240131', 'USD', 1.0845)");
-  const CComVariant rate = first(helper->GetCurrencyRate(CComBSTR(u"USD"), day));
+  query(company, u"INSERT INTO ORTT (RateDate, Currency, Rate) VALUES ('20230131', 'USD', 1.0845)");
+  const CComVariant rate = first(helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear));
   EXPECT_EQ(rate.vt, VT_R8);
   EXPECT_EQ(rate.dblVal, 1.0845);
   EXPECT_EQ(first(helper->GetCurrencyRate(CComBSTR(u"EUR"), day)).dblVal, 1.0);
 }
 
 TEST_F(DataHelperTest, AMissingRateIsTold) {
-  EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), day); }), kNotFound);
-  EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 31/01/2024.");
+  EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear); }), kNotFound);
+  EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 31/01/2023.");
 }
 
 TEST_F(DataHelperTest, RoundsHalfAwayFromZero) {

@@ -1,7 +1,6 @@
 #include "qxframework/dbdef/engine_sql.h"
 
 #include "qxframework/automation/format.h"
-#include "qxframework/automation/variant.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/recordset.h"
 
@@ -57,6 +56,22 @@ const EngineText kSelectTableField{
     u"SELECT FieldID FROM CUFD WHERE TableID = '%s' AND AliasID = '%s'",
     u"SELECT FieldID FROM CUFD WHERE TableID = '%s' AND AliasID = '%s'"};
 
+const EngineText kSelectTaxRate{
+    u"SELECT \"Code\", \"Rate\", \"EffecDate\" FROM VTG1 WHERE (\"Code\" = '%s') AND "
+    u"(\"EffecDate\"<=CURRENT_TIMESTAMP) ORDER BY \"EffecDate\" DESC",
+    u"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = '%s') AND (EffecDate<= "
+    u"TIMESTAMP_ISO(CURRENT DATE)) ORDER BY EffecDate DESC",
+    u"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = '%s') AND (EffecDate<=GetDate()) "
+    u"ORDER BY EffecDate DESC"};
+
+const EngineText kSelectPostingPeriod{
+    u"SELECT \"Category\", \"SubNum\", \"F_RefDate\" FROM OFPR WHERE (\"F_RefDate\"<='%s') AND "
+    u"'%s' <=(ADDDATE(\"T_RefDate\", 1))",
+    u"SELECT Category, SubNum,  F_RefDate FROM OFPR WHERE (F_RefDate<=TIMESTAMP_ISO('%s')) AND "
+    u"TIMESTAMP_ISO('%s')<=(T_RefDate + 1 DAYS)",
+    u"SELECT Category, SubNum, F_RefDate FROM OFPR WHERE (F_RefDate<=CONVERT(datetime,'%s',112)) "
+    u"AND CONVERT(datetime,'%s',112)<=(DATEADD(day,1,T_RefDate))"};
+
 std::u16string tableNameOn(long engine, std::u16string_view name) {
   const bool cut = engine == kDb2 && name.size() > 9;
   return std::u16string(cut ? name.substr(0, 8) : name);
@@ -104,12 +119,17 @@ std::u16string RowInsert::text() const {
   return format(shape.of(engine_), table_, columns_, values_);
 }
 
+CComVariant fieldValue(IRecordset* recordset, long index, VARTYPE type) {
+  CComVariant value;
+  if (recordset->GetEoF() != VARIANT_TRUE)
+    value = recordset->GetFields()->Item(CComVariant(index))->GetValue();
+  if (value.vt == VT_NULL) value = CComVariant();
+  raiseIfFailed(value.ChangeType(type));
+  return value;
+}
+
 std::u16string fieldText(IRecordset* recordset, long index) {
-  if (recordset->GetEoF() == VARIANT_TRUE) return {};
-  CComVariant value = recordset->GetFields()->Item(CComVariant(index))->GetValue();
-  if (value.vt == VT_NULL || value.vt == VT_EMPTY) return {};
-  raiseIfFailed(value.ChangeType(VT_BSTR));
-  return std::u16string(viewOfBstr(value.bstrVal));
+  return std::u16string(viewOfBstr(fieldValue(recordset, index, VT_BSTR).bstrVal));
 }
 
 }  // namespace qx::dbdef

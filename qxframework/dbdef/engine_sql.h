@@ -5,6 +5,7 @@
 // takes the bracket form.
 
 #include "qxframework/automation/types.h"
+#include "qxframework/automation/variant.h"
 
 #include <string>
 #include <string_view>
@@ -31,6 +32,9 @@ extern const EngineText kVersionTable;
 extern const EngineText kSelectMaxCode;     // table
 extern const EngineText kSelectUserField;   // table without "@", field
 extern const EngineText kSelectTableField;  // table, field
+extern const EngineText kSelectTaxRate;     // tax code; the newest rate in force comes first
+/// The day twice, in the engine's own form; the last day of a period lasts to the end of the next.
+extern const EngineText kSelectPostingPeriod;
 
 /// The name that the engine takes for a table of a definition: DB2 has 8 letters of a name that is
 /// longer than 9.
@@ -55,5 +59,7 @@ class RowInsert {
 
 /// Field `index` of the current row as text; empty for null and when there is no row.
 std::u16string fieldText(IRecordset* recordset, long index);
+/// The same as a value of `type`: 0 in place of an empty text.
+CComVariant fieldValue(IRecordset* recordset, long index, VARTYPE type);
 
 }  // namespace qx::dbdef

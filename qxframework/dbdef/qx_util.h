@@ -9,6 +9,7 @@
 #include "qxframework/os/module.h"
 
 class CQXBSTR;
+class CQXCurrency;
 class IApplication;
 class ICompany;
 class IForm;
@@ -16,7 +17,8 @@ class IValidValues;
 class IXMLDOMNode;
 
 /// Static functions about the framework's surroundings: versions of modules and of the host's
-/// libraries, the registry, languages, texts, the status bar and small helpers on host objects.
+/// libraries, the registry, languages, texts, the status bar, small helpers on host objects, and
+/// what the company's tables know about taxes, rates and posting periods.
 ///
 /// The first `long`, where there is one, is the application number for the log, -1 when there is no
 /// application. Version functions report by E_FAIL or an empty text and do not raise.
@@ -42,6 +44,19 @@ class QX_API CQXUtil {
   /// the code.
   static CComBSTR GetNextCodeValue(long appId, CComPtr<ICompany> company, CComBSTR table,
                                    long* number);
+  /// The tax on `net` by the newest rate of `taxGroup` that is in force, rounded as
+  /// CQXCurrency::Round does; 0 when the group has none. This and the next two report by E_FAIL and
+  /// leave in the out arguments what they had reached. A code goes into the statement as it stands:
+  /// one that a user typed goes through ConvertStrToSqlFormat first.
+  static long CalculateTaxFromNet(long appId, CComPtr<ICompany> company, CQXCurrency net,
+                                  CComBSTR taxGroup, CQXCurrency& tax);
+  /// The host's rate of the currency on that day; E_FAIL with a rate of 0 when it has none.
+  static long GetCurrencyRate(long appId, CComPtr<ICompany> company, double date,
+                              const CComBSTR& currency, CQXCurrency& rate);
+  /// The period that the day belongs to: `found` is -1, or 0 when there is none. A period reaches
+  /// over the day behind its last, which may also be the first of the next: then either is found.
+  static long GetPostingPeriod(long appId, CComPtr<ICompany> company, double date,
+                               CComBSTR& category, long& subNumber, long& found, double& firstDate);
   /// "%s%d"
   static CComBSTR GetMenuUID(CQXBSTR prefix, long id);
 

@@ -24,7 +24,7 @@ constexpr int kOperations = 1'000'000;
 /// A number without a sign, the digit of the ones first.
 class Paper {
  public:
-  static constexpr std::size_t kDigits = 44;
+  static constexpr std::size_t kDigits = 40;
 
   Paper() = default;
   explicit Paper(std::string_view digits) {
@@ -105,7 +105,7 @@ class Paper {
   Paper half() const {
     Paper quotient;
     int rest = 0;
-    for (std::size_t i = kDigits; i-- > 0;) {
+    for (std::size_t i = used(); i-- > 0;) {
       const int number = rest * 10 + digit_[i];
       quotient.digit_[i] = number / 2;
       rest = number % 2;
