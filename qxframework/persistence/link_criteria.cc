@@ -1,5 +1,6 @@
 #include "qxframework/persistence/link_criteria.h"
 
+#include "qxframework/persistence/field_names.h"
 #include "qxframework/persistence/variant_order.h"
 
 namespace Persistence {
@@ -52,7 +53,7 @@ bool operator==(const CQXLinkTableCriteria& a, const CQXLinkTableCriteria& b) {
     if (a.m_LinkFieldCriteria.GetKeyAt(i) != b.m_LinkFieldCriteria.GetKeyAt(i) ||
         a.GetLinkFieldCriteriaAt(i) != b.GetLinkFieldCriteriaAt(i))
       return false;
-  return a.m_CorrelationName == b.m_CorrelationName && a.m_Fields == b.m_Fields &&
+  return a.m_CorrelationName == b.m_CorrelationName && qx::sameNames(a.m_Fields, b.m_Fields) &&
          a.m_UserTable == b.m_UserTable;
 }
 

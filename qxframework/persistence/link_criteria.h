@@ -95,7 +95,7 @@ class QX_API CQXLinkTableCriteria {
   /// Whether the name is that of a user table, which an engine may want in another form.
   bool IsUserTable() const { return m_UserTable; }
 
-  /// All of it alike; the columns are compared as the pointers that they are.
+  /// All of it alike, the names of the columns too.
   friend QX_API bool operator==(const CQXLinkTableCriteria& a, const CQXLinkTableCriteria& b);
   friend bool operator!=(const CQXLinkTableCriteria& a, const CQXLinkTableCriteria& b) {
     return !(a == b);

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <stdexcept>
+#include <string>
 
 namespace Persistence {
 namespace {
@@ -48,7 +49,7 @@ TEST(LinkFieldCriteria, ItsTextsAreOfTheEnglishLanguage) {
 }
 
 TEST(LinkFieldCriteria, ABareOneIsEmpty) {
-  const BareFieldCriteria field;
+  const BareFieldCriteria field{};
   EXPECT_EQ(field.GetSourceField().m_str, nullptr);
   EXPECT_EQ(field.GetDestField().m_str, nullptr);
   EXPECT_EQ(field.GetDestValue().vt, VT_EMPTY);
@@ -129,6 +130,16 @@ TEST(LinkTableCriteria, KeepsLinkFieldsInTheOrderOfAdding) {
 
 TEST(LinkTableCriteria, KeepsThePointersOfTheCallersColumns) {
   EXPECT_EQ(table().GetFields(), (std::vector<const OLECHAR*>{kCode, kName}));
+}
+
+TEST(LinkTableCriteria, ColumnsAreEqualByTheirNamesWhereverTheseStand) {
+  const std::u16string code(kCode);
+  const std::u16string name(kName);
+  CQXLinkTableCriteria other = table();
+  other.SetFields({code.c_str(), name.c_str()});
+  EXPECT_TRUE(other == table());
+  other.SetFields({name.c_str(), code.c_str()});
+  EXPECT_TRUE(other != table());
 }
 
 TEST(LinkTableCriteria, ACopyIsEqualAndOfItsOwn) {

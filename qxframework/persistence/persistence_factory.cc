@@ -23,6 +23,8 @@ auto unlessOutOfMemory(Make make) -> decltype(make()) {
 
 }  // namespace
 
+CQXPersistenceFactory::CQXPersistenceFactory() = default;
+
 CQXPersistenceFactory::CQXPersistenceFactory(CComPtr<ICompany> company)
     : m_ptrCompany(std::move(company)) {}
 

@@ -16,7 +16,7 @@ class CQXPersistentObject;
 /// Makes the objects of a company's dialect. The server type is read anew for each of them.
 class CQXPersistenceFactory {
  public:
-  CQXPersistenceFactory() = default;
+  CQXPersistenceFactory();
   explicit CQXPersistenceFactory(CComPtr<ICompany> company);
   virtual ~CQXPersistenceFactory();
 

@@ -2,22 +2,13 @@
 
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/persistence/dialect.h"
+#include "qxframework/persistence/field_names.h"
 #include "qxframework/persistence/persistence_exception.h"
 #include "qxframework/persistence/persistent_base.h"
 #include "qxframework/persistence/sql_text.h"
 
-#include <algorithm>
-
 namespace Persistence {
 namespace {
-
-// Lists are equal by what their names read, wherever these stand.
-bool sameNames(const FieldNames& a, const FieldNames& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](const OLECHAR* left, const OLECHAR* right) {
-                      return left == right || qx::viewOf(left) == qx::viewOf(right);
-                    });
-}
 
 std::u16string_view joinWord(etTABLE_JOIN_MODE mode) {
   switch (mode) {
@@ -110,7 +101,7 @@ void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
     target += u"*";
     return;
   }
-  const bool isOwnList = sameNames(fields, m_vecFields);
+  const bool isOwnList = qx::sameNames(fields, m_vecFields);
   for (std::size_t i = 0; i < fields.size(); ++i) {
     if (i > 0 || !isOwnList) target += u",";
     write(*this, target, of, qx::viewOf(fields[i]));

@@ -16,6 +16,11 @@ constexpr long kNoRow = 1;
 
 }  // namespace
 
+struct CQXPersistentCollection::SoughtColumn {
+  const CCondition* condition;
+  CComVariant column;  // the name under which the record set has it
+};
+
 long CQXPersistentCollection::First(CQXPersistentObject* object) {
   CReturnValue<long> hr(u"CQXPersistentCollection::First", 0, 0);
   hr = ToFirst();
@@ -229,11 +234,6 @@ void CQXPersistentCollection::FindInRecordSet(qx_ptr<CConditions> conditions,
   throw CQXPersistenceException(u"No match found");
 }
 
-struct CQXPersistentCollection::SoughtColumn {
-  const CCondition* condition;
-  CComVariant column;  // the name under which the record set has it
-};
-
 std::vector<CQXPersistentCollection::SoughtColumn> CQXPersistentCollection::SoughtColumns(
     const qx_ptr<CConditions>& conditions) const {
   std::vector<SoughtColumn> sought;
@@ -245,15 +245,17 @@ std::vector<CQXPersistentCollection::SoughtColumn> CQXPersistentCollection::Soug
 }
 
 bool CQXPersistentCollection::IsMatch(const std::vector<SoughtColumn>& sought) const {
+  if (sought.empty()) return false;
+  const CComPtr<IFields> fields = m_ptrRecordSet->GetFields();
   for (const auto& [condition, column] : sought) {
     if (condition->GetOperation() != co_Equal)
       throw CQXPersistenceException(u"Only EQUAL is allowed as condition operator");
-    CComVariant value = m_ptrRecordSet->GetFields()->Item(column)->GetValue();
+    CComVariant value = fields->Item(column)->GetValue();
     WriteDate(value);
     if (value.vt != VT_BSTR && value.ChangeType(VT_BSTR) < 0) return false;
     if (qx::viewOf(value.bstrVal) != qx::viewOf(condition->GetCondVal())) return false;
   }
-  return !sought.empty();
+  return true;
 }
 
 }  // namespace Persistence

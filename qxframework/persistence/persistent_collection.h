@@ -42,7 +42,8 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void CurrentRowToMap(TyFieldValues& values) const;
   /// The key of the current row.
   qx_ptr<CConditions> GetConditionsFromCurrentRow() const;
-  /// With keys only by a SELECT of its own, otherwise from the cursor.
+  /// With keys only by a SELECT of its own, otherwise from the cursor. The SELECT is the one that
+  /// the object has run before, if it has: with keys only each row wants a fresh object.
   void LoadObjectFromCurrentRow(CQXPersistentObject* object);
   /// All settings but the joins. The object's conditions are the key of its own values or of the
   /// current row, or stay as they are with `skipConditions`.

@@ -1,0 +1,541 @@
+#include "qxframework/persistence/collection_proxy.h"
+
+#include "qxframework/automation/com_error.h"
+#include "qxframework/persistence/link_criteria.h"
+#include "qxframework/persistence/testing/proxy_records.h"
+#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/persistence/testing/scripted_company.h"
+#include "tests/support/recording_logger.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+
+namespace Persistence {
+namespace {
+
+using qx::test::codeIs;
+using qx::test::Item;
+using qx::test::items;
+using qx::test::refusalOf;
+using qx::test::values;
+using Texts = std::vector<std::u16string>;
+
+const OLECHAR* const kCode = u"Code";
+const OLECHAR* const kName = u"Name";
+const OLECHAR* const kAllRows = u"SELECT * FROM OITM     ORDER BY Code";
+
+class Items final : public CQXPersistentCollectionProxy {
+ public:
+  Items() = default;
+  void MapToContainer(const TyFieldValues& row, CQXValueContainer& container) override {
+    if (throwing) throw std::runtime_error("the record cannot be filled");
+    qx::test::fill(row, container);
+  }
+  void ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) override {
+    qx::test::write(container, row);
+  }
+  qx_ptr<CConditions> conditionsOf(const TyFieldValues& fields,
+                                   const std::vector<HvConditionOperation>& operations) {
+    return GetConditionsFromKeyFields(fields, operations);
+  }
+  bool throwing = false;
+};
+
+class CollectionProxy : public testing::Test {
+ protected:
+  CollectionProxy() {
+    company->otherwise = items({{u"A", u"Nail"}, {u"B", u"Screw"}, {u"C", u""}});
+  }
+
+  void connect() { proxy.Connect(company.p, u"OITM", false); }
+  void load() {
+    connect();
+    proxy.SetKeysOnly(false);
+    proxy.Load({kCode}, {});
+    company->runs.clear();
+  }
+  /// With keys only: the cursor has the keys, and each row is read by a statement of its own.
+  void loadKeys() {
+    company->otherwise = {{u"Code"}, {{u"A"}, {u"B"}}};
+    company->answers[u"SELECT * FROM OITM     WHERE Code = N'A'"] = items({{u"A", u"Nail"}});
+    company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] = items({{u"B", u"Screw"}});
+    connect();
+    proxy.Load({kCode}, {});
+    company->runs.clear();
+  }
+  Texts statements() { return company->statements(); }
+  ULONG references() {
+    company->AddRef();
+    return company->Release();
+  }
+
+  qx::test::RecordingLogger logger;
+  CComPtr<qx::test::ScriptedCompany> company = qx::test::makeScriptedCompany();
+  Items proxy;
+  Item item;
+};
+
+TEST_F(CollectionProxy, StartsNeitherConnectedNorLoaded) {
+  EXPECT_FALSE(proxy.IsConnected());
+  EXPECT_FALSE(proxy.IsLoaded());
+}
+
+TEST_F(CollectionProxy, RefusesWhatNeedsAConnectionBeforeIt) {
+  const TyFieldValues key = values({{kCode, u"A"}});
+  const std::function<void()> operations[] = {
+      [&] { proxy.Load({kCode}, {}); },        [&] { proxy.GetByKey(key, item); },
+      [&] { (void)proxy.Find(key, item); },    [&] { (void)proxy.Exists(key); },
+      [&] { proxy.SetMaxRecordCount(5); },     [&] { proxy.Add(item); },
+      [&] { proxy.Update(key, item); },        [&] { proxy.Remove(key); },
+      [&] { proxy.RemoveRange(key, {}); },     [&] { (void)proxy.GetKeysOnly(); },
+      [&] { proxy.SetKeysOnly(true); },        [&] { proxy.SetFields({kCode}); },
+      [&] { proxy.SetSortFields({}); },        [&] { (void)proxy.conditionsOf(key, {}); },
+      [&] { proxy.AddLinkTableCriteria({}); }, [&] { proxy.SetCorrelationName(u"T0"); }};
+  for (std::size_t i = 0; i < std::size(operations); ++i)
+    EXPECT_EQ(refusalOf(operations[i]), "-1: Proxy is not connected to a persistent collection")
+        << i;
+}
+
+TEST_F(CollectionProxy, RefusesWhatNeedsRowsBeforeTheyAreLoaded) {
+  const std::function<void()> operations[] = {[&] { (void)proxy.First(item); },
+                                              [&] { (void)proxy.Last(item); },
+                                              [&] { (void)proxy.Next(item); },
+                                              [&] { (void)proxy.Previous(item); },
+                                              [&] { (void)proxy.Eof(); },
+                                              [&] { (void)proxy.Bof(); },
+                                              [&] { proxy.Refresh(item); },
+                                              [&] { (void)proxy.GetRecordCount(); },
+                                              [&] { (void)proxy.BuildPrimaryKeyConditions(); }};
+  const char* const refusal = "-1: Proxy is not connected to a initialized persistent collection";
+  for (const bool connected : {false, true}) {
+    if (connected) connect();
+    for (std::size_t i = 0; i < std::size(operations); ++i)
+      EXPECT_EQ(refusalOf(operations[i]), refusal) << connected << i;
+  }
+}
+
+TEST_F(CollectionProxy, ASecondConnectIsRefusedAndReleasesItsCompany) {
+  connect();
+  const ULONG before = references();
+  EXPECT_EQ(refusalOf([&] { connect(); }),
+            "-1: Proxy is already connected to a persistent collection");
+  EXPECT_EQ(references(), before);
+  EXPECT_TRUE(proxy.IsConnected());
+}
+
+TEST_F(CollectionProxy, AFailedConnectLeavesItUnconnected) {
+  company->results["GetBusinessObject"] = E_FAIL;
+  EXPECT_THROW(connect(), _com_error);
+  EXPECT_FALSE(proxy.IsConnected());
+  company->results.clear();
+  connect();
+  EXPECT_TRUE(proxy.IsConnected());
+}
+
+TEST_F(CollectionProxy, TakesTheDialectOfTheCompanyAndTheUserTableForm) {
+  company->serverType = 9;
+  proxy.Connect(company.p, u"@T", true);
+  proxy.Load({kCode}, {});
+  EXPECT_EQ(statements(), (Texts{u"SELECT \"Code\" FROM \"@T\"     ORDER BY \"Code\""}));
+}
+
+TEST_F(CollectionProxy, LoadRunsTheQueryOfItsConditions) {
+  connect();
+  proxy.Load({kCode}, codeIs(u"O'Neil"));
+  EXPECT_TRUE(proxy.IsLoaded());
+  EXPECT_EQ(statements(),
+            (Texts{u"SELECT Code FROM OITM     WHERE Code = N'O''Neil' ORDER BY Code"}));
+}
+
+TEST_F(CollectionProxy, ALoadedOneCannotBeLoadedAgainUntilTheLimitIsSet) {
+  load();
+  EXPECT_EQ(refusalOf([&] { proxy.Load({kCode}, {}); }),
+            "-1: Proxy is already connected to a initialized persistent collection");
+  proxy.SetMaxRecordCount(2);
+  EXPECT_FALSE(proxy.IsLoaded());
+  EXPECT_TRUE(proxy.IsConnected());
+  proxy.Load({kCode}, {});
+  EXPECT_TRUE(proxy.IsLoaded());
+  EXPECT_EQ(statements(), (Texts{u"SELECT TOP 2 * FROM OITM     ORDER BY Code"}));
+}
+
+TEST_F(CollectionProxy, TheSameLimitUnloadsItTooButKeepsTheStatement) {
+  load();
+  proxy.SetMaxRecordCount(-1);
+  EXPECT_FALSE(proxy.IsLoaded());
+  proxy.Load({kCode}, codeIs(u"A"));
+  EXPECT_EQ(statements(), (Texts{kAllRows}));
+}
+
+TEST_F(CollectionProxy, ARefusedLimitLeavesItLoaded) {
+  load();
+  EXPECT_EQ(refusalOf([&] { proxy.SetMaxRecordCount(0); }),
+            "-1: Maximum record count must be greater than zero");
+  EXPECT_TRUE(proxy.IsLoaded());
+}
+
+TEST_F(CollectionProxy, AFailedLoadLeavesItUnloaded) {
+  connect();
+  company->failStatement = 1;
+  company->errorCode = -5;
+  company->errorText = u"No such table";
+  EXPECT_EQ(refusalOf([&] { proxy.Load({kCode}, {}); }), "-5: No such table");
+  EXPECT_FALSE(proxy.IsLoaded());
+  EXPECT_EQ(refusalOf([&] { proxy.SetMaxRecordCount(3); }), "");
+}
+
+TEST_F(CollectionProxy, StepsThroughTheRowsWithoutAStatement) {
+  load();
+  EXPECT_EQ(proxy.First(item), 0);
+  EXPECT_EQ(item.code, u"A");
+  EXPECT_EQ(item.name, u"Nail");
+  EXPECT_EQ(proxy.Next(item), 0);
+  EXPECT_EQ(item.code, u"B");
+  EXPECT_EQ(proxy.Last(item), 0);
+  EXPECT_EQ(item.code, u"C");
+  EXPECT_EQ(proxy.Previous(item), 0);
+  EXPECT_EQ(item.code, u"B");
+  EXPECT_TRUE(statements().empty());
+  EXPECT_EQ(company->recordsets, 1);
+}
+
+TEST_F(CollectionProxy, ALoopOverNextSeesEveryRowOnceAndEndsBehindTheLast) {
+  load();
+  std::u16string seen;
+  for (long hr = proxy.First(item); hr == 0; hr = proxy.Next(item)) seen += item.code;
+  EXPECT_EQ(seen, u"ABC");
+  EXPECT_TRUE(proxy.Eof());
+  EXPECT_EQ(proxy.Next(item), 1);
+  EXPECT_EQ(item.code, u"C");
+}
+
+TEST_F(CollectionProxy, ReportsEndBeginningAndCountOfTheRows) {
+  load();
+  EXPECT_EQ(proxy.GetRecordCount(), 3);
+  EXPECT_FALSE(proxy.Bof());
+  EXPECT_FALSE(proxy.Eof());
+}
+
+TEST_F(CollectionProxy, AnEmptyResultHasNoFirstRowAndLeavesTheRecordAlone) {
+  company->otherwise = items({});
+  load();
+  item.code = u"untouched";
+  EXPECT_EQ(proxy.First(item), 1);
+  EXPECT_EQ(proxy.Last(item), 1);
+  EXPECT_EQ(proxy.Next(item), 1);
+  EXPECT_EQ(item.code, u"untouched");
+  EXPECT_FALSE(logger.has(u"keys in map:"));
+}
+
+TEST_F(CollectionProxy, AnEmptyResultOfKeysLeavesTheRecordAloneToo) {
+  company->otherwise = items({});
+  connect();
+  proxy.Load({kCode}, {});
+  item.code = u"untouched";
+  EXPECT_EQ(proxy.First(item), 1);
+  EXPECT_EQ(item.code, u"untouched");
+}
+
+TEST_F(CollectionProxy, WithKeysOnlyEachStepReadsItsRow) {
+  loadKeys();
+  EXPECT_TRUE(proxy.GetKeysOnly());
+  EXPECT_EQ(proxy.First(item), 0);
+  EXPECT_EQ(item.name, u"Nail");
+  EXPECT_EQ(proxy.Next(item), 0);
+  EXPECT_EQ(item.name, u"Screw");
+  EXPECT_EQ(proxy.Previous(item), 0);
+  EXPECT_EQ(item.name, u"Nail");
+  EXPECT_EQ(proxy.Last(item), 0);
+  EXPECT_EQ(item.name, u"Screw");
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'A'",
+                                 u"SELECT * FROM OITM     WHERE Code = N'B'",
+                                 u"SELECT * FROM OITM     WHERE Code = N'A'",
+                                 u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+}
+
+TEST_F(CollectionProxy, AStepReleasesTheObjectThatItMade) {
+  loadKeys();
+  const ULONG before = references();
+  EXPECT_EQ(proxy.First(item), 0);
+  EXPECT_EQ(references(), before);
+}
+
+TEST_F(CollectionProxy, FirstLogsTheNamesOfTheRowAndNoOtherStepDoes) {
+  load();
+  logger.records.clear();
+  (void)proxy.First(item);
+  EXPECT_EQ(logger.messagesOf(u"CQXPersistentCollectionProxy::First"),
+            (Texts{u"keys in map:", u"Code", u"Name"}));
+  (void)proxy.Next(item);
+  EXPECT_EQ(logger.messagesOf(u"CQXPersistentCollectionProxy::Next"), Texts{});
+}
+
+TEST_F(CollectionProxy, EveryStepIsAScopeOfTheLogWithItsResult) {
+  load();
+  const std::pair<const OLECHAR*, std::function<void()>> steps[] = {
+      {u"CQXPersistentCollectionProxy::Previous", [&] { (void)proxy.Previous(item); }},
+      {u"CQXPersistentCollectionProxy::First", [&] { (void)proxy.First(item); }},
+      {u"CQXPersistentCollectionProxy::Last", [&] { (void)proxy.Last(item); }},
+      {u"CQXPersistentCollectionProxy::Next", [&] { (void)proxy.Next(item); }}};
+  for (const auto& [name, step] : steps) {
+    logger.records.clear();
+    try {
+      step();
+    } catch (const _com_error&) {
+      // In front of the first row there is none to read.
+    }
+    EXPECT_EQ(logger.records.front().function, name);
+    EXPECT_EQ(logger.records.front().message, u"Entering function\n");
+    EXPECT_EQ(logger.records.back().function, name);
+  }
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [S_FALSE]\n");
+}
+
+TEST_F(CollectionProxy, GetByKeyFindsTheRowInTheCursor) {
+  load();
+  proxy.GetByKey(values({{kCode, u"B"}}), item);
+  EXPECT_EQ(item.name, u"Screw");
+  EXPECT_EQ(proxy.Next(item), 0);
+  EXPECT_EQ(item.code, u"C");
+  EXPECT_TRUE(statements().empty());
+}
+
+TEST_F(CollectionProxy, GetByKeyOfAMissingRowIsRefused) {
+  load();
+  const ULONG before = references();
+  EXPECT_EQ(refusalOf([&] {
+              proxy.GetByKey(values({{kCode, u"X"}}), item);
+            }),
+            "-1: No match found");
+  EXPECT_EQ(references(), before);
+}
+
+TEST_F(CollectionProxy, OnlyTheWholeKeyServesWhereAKeyIsWanted) {
+  load();
+  const TyFieldValues other = values({{kName, u"Nail"}});
+  const TyFieldValues tooMany = values({{kCode, u"A"}, {kName, u"Nail"}});
+  for (const TyFieldValues& key : {other, tooMany}) {
+    const std::function<void()> operations[] = {
+        [&] { proxy.GetByKey(key, item); }, [&] { (void)proxy.Exists(key); },
+        [&] { proxy.Update(key, item); }, [&] { proxy.Remove(key); }};
+    for (const auto& operation : operations)
+      EXPECT_EQ(refusalOf(operation),
+                "-1: The given map of key fields does not match the key field list of this obejct");
+  }
+}
+
+TEST_F(CollectionProxy, FindServesWithAnyColumns) {
+  load();
+  EXPECT_TRUE(proxy.Find(values({{kName, u"Screw"}}), item));
+  EXPECT_EQ(item.code, u"B");
+}
+
+TEST_F(CollectionProxy, FindWithoutAMatchIsFalseAndLeavesTheRecordAlone) {
+  load();
+  item.code = u"untouched";
+  EXPECT_FALSE(proxy.Find(values({{kName, u"Bolt"}}), item));
+  EXPECT_EQ(item.code, u"untouched");
+}
+
+TEST_F(CollectionProxy, ExistsAsksTheDatabaseAndLeavesTheCursor) {
+  load();
+  (void)proxy.First(item);
+  company->answers[u"SELECT * FROM OITM     WHERE Code = N'X'"] = items({{u"X", u"New"}});
+  company->answers[u"SELECT * FROM OITM     WHERE Code = N'Y'"] = items({});
+  EXPECT_TRUE(proxy.Exists(values({{kCode, u"X"}})));
+  EXPECT_FALSE(proxy.Exists(values({{kCode, u"Y"}})));
+  EXPECT_EQ(statements().size(), 2U);
+  EXPECT_EQ(proxy.Next(item), 0);
+  EXPECT_EQ(item.code, u"B");
+}
+
+TEST_F(CollectionProxy, AddInsertsTheRecordAndDoesNotRefresh) {
+  load();
+  item.code = u"X";
+  item.name = u"New";
+  const ULONG before = references();
+  proxy.Add(item);
+  EXPECT_EQ(statements(), (Texts{u"INSERT INTO OITM ( Code, Name)  VALUES ( N'X', N'New') "}));
+  EXPECT_EQ(proxy.GetRecordCount(), 3);
+  EXPECT_EQ(references(), before);
+}
+
+TEST_F(CollectionProxy, UpdateFindsTheRowAndWritesIt) {
+  load();
+  item.code = u"B";
+  item.name = u"Bolt";
+  proxy.Update(values({{kCode, u"B"}}), item);
+  EXPECT_EQ(statements(), (Texts{u"UPDATE OITM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
+}
+
+TEST_F(CollectionProxy, UpdateWithKeysOnlyReadsTheRowFirst) {
+  loadKeys();
+  item.code = u"B";
+  item.name = u"Bolt";
+  proxy.Update(values({{kCode, u"B"}}), item);
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'B'",
+                                 u"UPDATE OITM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
+}
+
+TEST_F(CollectionProxy, RemoveFindsTheRowAndDeletesIt) {
+  load();
+  const ULONG before = references();
+  proxy.Remove(values({{kCode, u"C"}}));
+  EXPECT_EQ(statements(), (Texts{u"DELETE FROM OITM  WHERE Code = N'C'"}));
+  EXPECT_EQ(references(), before);
+}
+
+TEST_F(CollectionProxy, UpdateAndRemoveOfAMissingRowAreRefused) {
+  load();
+  const TyFieldValues key = values({{kCode, u"X"}});
+  EXPECT_EQ(refusalOf([&] { proxy.Update(key, item); }), "-1: Record not found in record set");
+  EXPECT_EQ(refusalOf([&] { proxy.Remove(key); }), "-1: Record not found in record set");
+  EXPECT_TRUE(statements().empty());
+}
+
+TEST_F(CollectionProxy, RemoveRangeWithoutOperationsDeletesAllEqualRowsAtOnce) {
+  load();
+  proxy.RemoveRange(values({{kName, u"Nail"}, {u"Price", 12.5}}), {});
+  EXPECT_EQ(statements(), (Texts{u"DELETE FROM OITM  WHERE Name = N'Nail' AND Price = N'12.5'"}));
+  EXPECT_TRUE(company->moves.empty());
+}
+
+TEST_F(CollectionProxy, RemoveRangeKnowsNoOtherOperationThanEqual) {
+  load();
+  EXPECT_EQ(refusalOf([&] {
+              proxy.RemoveRange(values({{kName, u"Nail"}}), {co_Greater});
+            }),
+            "-1: Only EQUAL is allowed as operation in the conditions");
+  EXPECT_EQ(refusalOf([&] {
+              proxy.RemoveRange(values({{kName, u"Nail"}, {kCode, u"A"}}), {co_Equal});
+            }),
+            "-1: Operations count is less than the count of key fields");
+  EXPECT_TRUE(statements().empty());
+}
+
+TEST_F(CollectionProxy, RefreshRepeatsTheQueryAndKeepsThePosition) {
+  load();
+  (void)proxy.Last(item);
+  company->otherwise = items({{u"A", u"Nail"}, {u"C", u"Changed"}, {u"D", u""}});
+  proxy.Refresh(item);
+  EXPECT_EQ(statements(), (Texts{kAllRows}));
+  EXPECT_EQ(item.name, u"Changed");
+  EXPECT_EQ(proxy.Next(item), 0);
+  EXPECT_EQ(item.code, u"D");
+}
+
+TEST_F(CollectionProxy, RefreshGivesTheFirstRowIfTheOldOneIsGone) {
+  load();
+  (void)proxy.Last(item);
+  company->otherwise = items({{u"A", u"Nail"}, {u"B", u"Screw"}});
+  proxy.Refresh(item);
+  EXPECT_EQ(item.code, u"A");
+}
+
+TEST_F(CollectionProxy, RefreshBehindTheLastRowGivesTheFirst) {
+  load();
+  while (proxy.Next(item) == 0) {
+  }
+  proxy.Refresh(item);
+  EXPECT_EQ(item.code, u"A");
+}
+
+TEST_F(CollectionProxy, RefreshGivesTheFirstRowWhateverKeepsItFromTheCurrentOne) {
+  load();
+  (void)proxy.Last(item);
+  (void)proxy.Next(item);
+  company->results["GetEoF"] = E_FAIL;
+  company->otherwise = items({{u"Z", u"Last"}});
+  proxy.Refresh(item);
+  EXPECT_EQ(item.code, u"Z");
+}
+
+TEST_F(CollectionProxy, RefreshOfAnEmptyResultIsRefusedAndLeavesItLoaded) {
+  load();
+  company->otherwise = items({});
+  EXPECT_EQ(refusalOf([&] { proxy.Refresh(item); }), "-1: Record set is empty");
+  EXPECT_TRUE(proxy.IsLoaded());
+  EXPECT_EQ(proxy.GetRecordCount(), 0);
+}
+
+TEST_F(CollectionProxy, TheFailureOfAHookPassesThroughAndReleasesTheObject) {
+  loadKeys();
+  const ULONG before = references();
+  proxy.throwing = true;
+  EXPECT_THROW((void)proxy.First(item), std::runtime_error);
+  EXPECT_THROW(proxy.GetByKey(values({{kCode, u"A"}}), item), std::runtime_error);
+  EXPECT_EQ(references(), before);
+}
+
+TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationGoIntoTheQuery) {
+  connect();
+  proxy.SetKeysOnly(false);
+  proxy.SetFields({kCode, kName});
+  proxy.SetSortFields({CQXPersistenceSortField(kName, so_Descending)});
+  proxy.SetCorrelationName(u"T0");
+  CQXLinkTableCriteria link(u"@L", u"T1", jm_LeftOuter, true);
+  link.AddLinkFieldCriteria({kCode, u"U_Code"});
+  link.SetFields({u"U_Text"});
+  proxy.AddLinkTableCriteria(link);
+  proxy.Load({kCode}, {});
+  EXPECT_EQ(statements(),
+            (Texts{u"SELECT T0.Code AS'T0.Code',T0.Name AS'T0.Name',T1.U_Text AS'T1.U_Text' FROM "
+                   u"OITM T0   LEFT OUTER JOIN [@L] T1 ON T0.Code = T1.U_Code   ORDER BY "
+                   u"T0.Name DESC"}));
+}
+
+TEST_F(CollectionProxy, TheKeyOfTheCurrentRowBecomesConditions) {
+  load();
+  (void)proxy.Last(item);
+  EXPECT_EQ(qx::test::shown(proxy.BuildPrimaryKeyConditions()), "Code|1|98|VT_BSTR|C");
+}
+
+TEST_F(CollectionProxy, ConditionsOfAnyValuesTakeTheGivenOperations) {
+  connect();
+  EXPECT_EQ(
+      qx::test::shown(proxy.conditionsOf(values({{kName, u"A"}, {u"Qty", 7}}), {co_Like, co_Less})),
+      "Name|0|98|VT_BSTR|A; Qty|3|98||7");
+}
+
+TEST_F(CollectionProxy, AValueIsLookedUpByTheNameOrByItsCapitals) {
+  const TyFieldValues row = values({{u"Code", u"a"}, {u"CODE", u"b"}, {u"U_QTY", 7}});
+  EXPECT_EQ(qx::test::utf8(proxy.GetValue(row, u"Code")), "a");
+  EXPECT_EQ(qx::test::utf8(proxy.GetValue(row, u"code")), "b");
+  EXPECT_EQ(proxy.GetValue(row, u"u_Qty").lVal, 7);
+  EXPECT_EQ(proxy.GetValue(row, u"Price").vt, VT_I4);
+  EXPECT_EQ(proxy.GetValue(row, u"Price").lVal, 0);
+}
+
+TEST_F(CollectionProxy, ReleasesTheCompanyInTheEnd) {
+  const ULONG before = references();
+  {
+    Items other;
+    other.Connect(company.p, u"OITM", false);
+    other.Load({kCode}, {});
+    EXPECT_GT(references(), before);
+  }
+  EXPECT_EQ(references(), before);
+}
+
+TEST_F(CollectionProxy, ACopySharesTheRowsAndEitherMayGoFirst) {
+  auto original = std::make_unique<Items>();
+  original->Connect(company.p, u"OITM", false);
+  original->SetKeysOnly(false);
+  original->Load({kCode}, {});
+  Items copy(*original);
+  Items assigned;
+  assigned = *original;
+  EXPECT_TRUE(copy.IsLoaded());
+  EXPECT_EQ(original->First(item), 0);
+  original.reset();
+  EXPECT_EQ(copy.Next(item), 0);
+  EXPECT_EQ(item.code, u"B");
+  EXPECT_EQ(assigned.Next(item), 0);
+  EXPECT_EQ(item.code, u"C");
+}
+
+}  // namespace
+}  // namespace Persistence
