@@ -144,15 +144,16 @@ void CQXPersistentBase::FillExceptionFromCompany(CQXPersistenceException& except
   }
 }
 
-void CQXPersistentBase::Query(CReturnValue<long>& hr, const CComBSTR& text) const {
-  hr = m_ptrRecordSet->DoQuery(text);
+long CQXPersistentBase::Query(const CComBSTR& text) {
+  ++m_lStatementNumber;
+  return m_ptrRecordSet->DoQuery(text);
 }
 
 void CQXPersistentBase::RunText(CReturnValue<long>& hr, const CComBSTR& text,
                                 const OLECHAR* failure, const CComBSTR& table) {
   hr.LogInfo(u"%s", text);
   try {
-    Query(hr, text);
+    hr = Query(text);
   } catch (const _com_error& error) {
     Fail(hr, error, failure, table);
   }

@@ -40,6 +40,9 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void Refresh();
 
   void CurrentRowToMap(TyFieldValues& values) const;
+  /// The same where the map and `statement` are as an earlier call left them, or empty and 0: as
+  /// long as no other statement was run, the names are not read again.
+  void CurrentRowToMap(TyFieldValues& values, long& statement) const;
   /// The key of the current row.
   qx_ptr<CConditions> GetConditionsFromCurrentRow() const;
   /// With keys only by a SELECT of its own, otherwise from the cursor. The SELECT is the one that
