@@ -18,7 +18,7 @@ namespace {
 
 using Persistence::CConditions;
 
-constexpr int kRounds = 5;
+constexpr int kRounds = 15;
 constexpr int kRows = 100'000;
 constexpr int kManyRows = 1'000'000;
 
