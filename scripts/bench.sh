@@ -4,6 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh bench
+scripts/fetch_libmpdec.sh build/release || echo "bench.sh: going on without libmpdec" >&2
 cmake --preset release -DQX_BUILD_TESTS=OFF -DQX_BUILD_FUZZERS=OFF >/dev/null
 cmake --build --preset release
 state=$(mktemp -d)

@@ -6,8 +6,9 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build pkg-config git ccache
   libicu-dev libxml2-dev libtomlplusplus-dev libcli11-dev libfmt-dev libsqlite3-dev
+  unixodbc-dev odbc-postgresql
   libgtest-dev libgmock-dev
-  sqlite3
+  sqlite3 postgresql-15 libsqliteodbc
 )
 # Asked for by name: scripts/setup.sh bench clang
 for extra in "$@"; do
@@ -34,6 +35,13 @@ if [ "$(id -u)" -ne 0 ]; then
   as_root=(sudo)
 fi
 echo "Installing: ${missing[*]}"
+# The tests start a server of their own. On a machine without PostgreSQL its package would make and
+# run another one, so it is told not to; what a machine has already stays as it is.
+if [[ " ${missing[*]} " == *" postgresql-15 "* ]] && [ ! -e /etc/postgresql-common ]; then
+  "${as_root[@]}" mkdir -p /etc/postgresql-common
+  echo "create_main_cluster = false" |
+    "${as_root[@]}" tee /etc/postgresql-common/createcluster.conf >/dev/null
+fi
 export DEBIAN_FRONTEND=noninteractive
 "${as_root[@]}" apt-get update -qq
 "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,7 +1,8 @@
 // Feeds statements to the SQL front end in the dialect of this build, and, when it accepts one, its
 // text to SQLite. The first byte of an input is passed over. Whatever is accepted has to be a
 // single statement without parameters that SQLite's own parser takes: a refusal there may be about
-// names, never about syntax.
+// names, never about syntax. The text for PostgreSQL has no server to run on here; what stands
+// outside of its names and literals is looked at instead.
 #include "qxdesk/sql/sqlite_guard.h"
 #include "qxdesk/sql/translator.h"
 
@@ -54,6 +55,66 @@ void prepare(sqlite3* db, std::string_view input, const std::string& text) {
   }
 }
 
+[[noreturn]] void fail(std::string_view input, const std::string& text, const char* finding) {
+  std::fprintf(stderr, "input:  %.*s\noutput: %s\nPostgreSQL: %s\n", static_cast<int>(input.size()),
+               input.data(), text.c_str(), finding);
+  std::abort();
+}
+
+// The position behind the name or literal that begins at `at`; npos when it does not end.
+std::size_t skipQuoted(const std::string& text, std::size_t at) {
+  const char quote = text[at];
+  for (;;) {
+    at = text.find(quote, at + 1);
+    if (at == std::string::npos) return at;
+    if (at + 1 >= text.size() || text[at + 1] != quote) return at + 1;
+    ++at;
+  }
+}
+
+bool isPlain(char c) {
+  constexpr std::string_view kSymbols = " _.,()[]=<>!~+-*/%|";
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+         kSymbols.find(c) != std::string_view::npos;
+}
+
+// One statement: quotes and brackets that match, no comment, no parameter, no second statement.
+void inspect(std::string_view input, const std::string& text) {
+  constexpr std::size_t kMaxName = 63;
+  int open = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const char c = text[at];
+    if (c == '\'' || c == '"') {
+      const std::size_t end = skipQuoted(text, at);
+      if (end == std::string::npos) fail(input, text, "a quote is open");
+      const bool name = c == '"';
+      if (name && end - at == 2) fail(input, text, "a name is empty");
+      if (name && end - at > 2 * kMaxName + 2) fail(input, text, "a name is too long");
+      if (name && end < text.size() && text[end] == '\'') fail(input, text, "no blank");
+      at = end;
+      continue;
+    }
+    if (!isPlain(c)) fail(input, text, "something that is no SQL of ours");
+    const std::string_view two = std::string_view(text).substr(at, 2);
+    if (two == "--" || two == "/*") fail(input, text, "a comment");
+    open += c == '(' ? 1 : c == ')' ? -1 : 0;
+    if (open < 0) fail(input, text, "a bracket that was not opened");
+    ++at;
+  }
+  if (open != 0) fail(input, text, "a bracket is open");
+}
+
+void translateForPostgres(qx::sql::Dialect dialect, const qx::sql::Catalog& catalog,
+                          std::string_view input, bool limited) {
+  qx::sql::Translator translator(dialect, &catalog, {.engine = qx::sql::Engine::Postgres});
+  try {
+    if (limited) translator.translate("SET ROWCOUNT 5");
+    inspect(input, translator.translate(input).text);
+  } catch (const qx::sql::SqlError&) {
+    return;
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -65,6 +126,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       kDialect == qx::sql::Dialect::Mssql || kDialect == qx::sql::Dialect::Sybase;
   qx::sql::Translator translator(kDialect, &catalog);
   const std::string_view input(reinterpret_cast<const char*>(data) + 1, size - 1);
+  translateForPostgres(kDialect, catalog, input, false);
+  if (kHasRowCount) translateForPostgres(kDialect, catalog, input, true);
   try {
     // A row count that is set applies to the same text once more, so that both forms are seen.
     const qx::sql::Translation translation = translator.translate(input);

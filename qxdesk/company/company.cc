@@ -2,8 +2,8 @@
 
 #include "qxdesk/company/company_service.h"
 #include "qxdesk/company/data_helper.h"
+#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/recordset.h"
-#include "qxdesk/company/sqlite_database.h"
 #include "qxdesk/company/type_library.h"
 #include "qxdesk/company/user_fields_md.h"
 #include "qxdesk/company/user_keys_md.h"
@@ -176,7 +176,7 @@ LoginTarget Company::targetOfClient() {
 }
 
 CComPtr<ICompany> makeCompany() {
-  return CComPtr<ICompany>(makeObject<Company>(systemEnvironment(), openSqliteDatabase).p);
+  return CComPtr<ICompany>(makeObject<Company>(systemEnvironment(), openDatabase).p);
 }
 
 }  // namespace qx::desk

@@ -90,6 +90,51 @@ constexpr std::array<Row, kTextCount> kRows{{
      u"Sie "
      u"sich neu.",
      u"La base de datos '%1' fue movida o borrada mientras estaba abierta. Conéctese de nuevo."},
+    {u"The connection to the database server was lost (%1). What was not committed is not kept. "
+     u"Connect again.",
+     u"Die Verbindung zum Datenbankserver ist abgebrochen (%1). Was nicht bestätigt war, bleibt "
+     u"nicht erhalten. Verbinden Sie sich neu.",
+     u"Se perdió la conexión con el servidor de base de datos (%1). Lo que no estaba confirmado no "
+     u"se conserva. Conéctese de nuevo."},
+    {u"The connection to the database server was lost during the commit (%1). Connect again and "
+     u"look whether the changes were kept.",
+     u"Die Verbindung zum Datenbankserver ist während der Bestätigung abgebrochen (%1). Verbinden "
+     u"Sie sich neu und prüfen Sie, ob die Änderungen erhalten sind.",
+     u"Se perdió la conexión con el servidor de base de datos durante la confirmación (%1). "
+     u"Conéctese de nuevo y compruebe si se conservaron los cambios."},
+    {u"The database has ended the transaction in favour of another program's (%1); nothing of it "
+     u"was kept. Try again.",
+     u"Die Datenbank hat die Transaktion zugunsten eines anderen Programms beendet (%1); nichts "
+     u"davon blieb erhalten. Versuchen Sie es erneut.",
+     u"La base de datos terminó la transacción en favor de otro programa (%1); no se conservó nada "
+     u"de ella. Vuelva a intentarlo."},
+    {u"The database server refused the login (%1). Check the user and the password.",
+     u"Der Datenbankserver hat die Anmeldung abgelehnt (%1). Prüfen Sie Benutzer und Kennwort.",
+     u"El servidor de base de datos rechazó el inicio de sesión (%1). Compruebe el usuario y la "
+     u"contraseña."},
+    {u"There is no such ODBC driver or data source (%1). 'odbcinst -q -d' and 'odbcinst -q -s' "
+     u"list "
+     u"those that there are.",
+     u"Es gibt keinen solchen ODBC-Treiber und keine solche Datenquelle (%1). 'odbcinst -q -d' und "
+     u"'odbcinst -q -s' nennen die vorhandenen.",
+     u"No existe ese controlador ODBC ni ese origen de datos (%1). 'odbcinst -q -d' y "
+     u"'odbcinst -q -s' muestran los existentes."},
+    {u"The database server cannot be reached (%1).",
+     u"Der Datenbankserver ist nicht erreichbar (%1).",
+     u"No se puede acceder al servidor de base de datos (%1)."},
+    {u"The database server has no such database (%1).",
+     u"Der Datenbankserver hat keine solche Datenbank (%1).",
+     u"El servidor no tiene esa base de datos (%1)."},
+    {u"The database server takes no more connections at present (%1).",
+     u"Der Datenbankserver nimmt zurzeit keine weiteren Verbindungen an (%1).",
+     u"El servidor de base de datos no admite más conexiones por ahora (%1)."},
+    {u"A text is longer than its column (%1).", u"Ein Text ist länger als seine Spalte (%1).",
+     u"Un texto es más largo que su columna (%1)."},
+    {u"A number is out of the range of its column (%1).",
+     u"Eine Zahl liegt außerhalb des Bereichs ihrer Spalte (%1).",
+     u"Un número está fuera del intervalo de su columna (%1)."},
+    {u"A value is not a date (%1).", u"Ein Wert ist kein Datum (%1).",
+     u"Un valor no es una fecha (%1)."},
     {u"A transaction is open already.", u"Eine Transaktion ist bereits offen.",
      u"Ya hay una transacción abierta."},
     {u"No transaction is open.", u"Es ist keine Transaktion offen.",

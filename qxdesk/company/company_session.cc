@@ -1,6 +1,8 @@
 #include "qxdesk/company/company_session.h"
 
 #include "qxdesk/company/company_schema.h"
+#include "qxdesk/company/result_columns.h"
+#include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 
@@ -10,26 +12,53 @@ namespace qx::desk {
 
 namespace {
 
-sql::ColumnType resultType(Database& database, const Statement& statement, int column,
-                           const sql::OutputColumn* told) {
-  const sql::ColumnType declared = statement.declaredType(column);
-  if (declared != sql::ColumnType::Unknown || told == nullptr) return declared;
-  if (told->type != sql::ColumnType::Unknown || told->probe.empty()) return told->type;
-  return database.probe(told->probe);
+sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
+  const bool postgres = route == Route::ToPostgres;
+  return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now};
 }
 
-std::vector<RowColumn> resultColumns(Database& database, const Statement& statement,
-                                     const sql::Translation& translation) {
-  std::vector<RowColumn> columns;
-  const int count = statement.columnCount();
-  const bool told = translation.columns.size() == static_cast<std::size_t>(count);
-  for (int i = 0; i < count; ++i) {
-    const sql::OutputColumn* output =
-        told ? &translation.columns[static_cast<std::size_t>(i)] : nullptr;
-    columns.push_back({toUtf16(output != nullptr ? output->name : statement.columnName(i)),
-                       resultType(database, statement, i, output)});
+// How users are told of a fault; the engine's own words where they say it best.
+Text textOf(Fault fault) {
+  switch (fault) {
+    case Fault::Locked:
+      return Text::Locked;
+    case Fault::ReadOnly:
+      return Text::ReadOnly;
+    case Fault::Damaged:
+      return Text::Damaged;
+    case Fault::NotADatabase:
+      return Text::NotADatabase;
+    case Fault::Full:
+      return Text::DiskFull;
+    case Fault::InputOutput:
+      return Text::InputOutput;
+    case Fault::Moved:
+      return Text::Moved;
+    case Fault::ConnectionLost:
+      return Text::ConnectionLost;
+    case Fault::CommitUnknown:
+      return Text::CommitUnknown;
+    case Fault::RolledBack:
+      return Text::RolledBack;
+    case Fault::LoginRefused:
+      return Text::LoginRefused;
+    case Fault::NoDriver:
+      return Text::NoDriver;
+    case Fault::NoServer:
+      return Text::NoServer;
+    case Fault::NoDatabase:
+      return Text::NoDatabase;
+    case Fault::TooManyUsers:
+      return Text::TooManyUsers;
+    case Fault::TooLong:
+      return Text::TooLong;
+    case Fault::OutOfRange:
+      return Text::OutOfRange;
+    case Fault::BadDate:
+      return Text::BadDate;
+    default:
+      return Text::EngineMessage;
   }
-  return columns;
 }
 
 }  // namespace
@@ -40,6 +69,7 @@ CompanySession::CompanySession(CompanyEnvironment environment, OpenDatabase open
 CompanySession::~CompanySession() = default;
 
 void CompanySession::open(const LoginTarget& target) {
+  if (database_ != nullptr && !isOpen()) close();
   if (isOpen()) throw CompanyError(kOpenFailed, Text::AlreadyConnected);
   target_ = target;
   std::unique_ptr<Database> database;
@@ -49,8 +79,11 @@ void CompanySession::open(const LoginTarget& target) {
   } catch (const DatabaseError& error) {
     throw asCompanyError(kOpenFailed, error);
   }
-  translator_ = std::make_unique<sql::Translator>(
-      sql::dialectOf(static_cast<int>(target.dbServerType)), &database->catalog());
+  if (database->route() != Route::AsTheyStand) {
+    translator_ = std::make_unique<sql::Translator>(
+        sql::dialectOf(static_cast<int>(target.dbServerType)), &database->catalog(),
+        targetOf(database->route(), environment_));
+  }
   database_ = std::move(database);
 }
 
@@ -60,13 +93,19 @@ void CompanySession::close() {
   database_.reset();
 }
 
+bool CompanySession::isOpen() const {
+  if (database_ == nullptr) return false;
+  const std::optional<DatabaseError> reason = database_->lost();
+  return !reason || reason->fault() != Fault::ConnectionLost;
+}
+
 void CompanySession::needOpen() const {
-  if (!isOpen()) throw CompanyError(kNotConnected, Text::NotConnected);
+  if (database_ == nullptr) throw CompanyError(kNotConnected, Text::NotConnected);
 }
 
 Database& CompanySession::database() {
   needOpen();
-  if (database_->isGone()) throw CompanyError(kSqlFailure, Text::Moved, target_.database);
+  if (const auto reason = database_->lost()) throw *reason;
   if (transaction_ && !database_->inTransaction()) {
     throw CompanyError(kSqlFailure, Text::TransactionLost);
   }
@@ -77,20 +116,23 @@ CompanySettings CompanySession::settings() { return readSettings(database()); }
 
 RowStore CompanySession::query(std::string_view utf8) {
   Database& open = database();
+  if (translator_ == nullptr) return run(open, utf8, {});
   try {
-    return runTranslated(open, utf8);
+    open.noticeChanges();
+    const sql::Translation translation = translator_->translate(utf8);
+    if (translation.kind == sql::StatementKind::SetRowCount) return {};
+    return run(open, translation.text, translation);
   } catch (const sql::SqlError& error) {
     throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
   }
 }
 
-RowStore CompanySession::runTranslated(Database& database, std::string_view utf8) {
-  database.noticeChanges();
-  const sql::Translation translation = translator_->translate(utf8);
-  if (translation.kind == sql::StatementKind::SetRowCount) return {};
-  const std::unique_ptr<Statement> statement = database.prepareGuarded(translation.text);
+RowStore CompanySession::run(Database& database, std::string_view text,
+                             const sql::Translation& translation) {
+  const std::unique_ptr<Statement> statement = database.prepareGuarded(text);
+  bool row = statement->step();
   RowStore rows(resultColumns(database, *statement, translation));
-  while (statement->step()) rows.append(*statement);
+  for (; row; row = statement->step()) rows.append(*statement);
   return rows;
 }
 
@@ -98,7 +140,7 @@ void CompanySession::startTransaction() {
   Database& open = database();
   if (transaction_) throw CompanyError(kWrongTransactionState, Text::TransactionOpen);
   if (open.isReadOnly()) throw CompanyError(kSqlFailure, Text::ReadOnly);
-  open.execute("BEGIN IMMEDIATE");
+  open.begin();
   transaction_ = true;
 }
 
@@ -111,44 +153,27 @@ void CompanySession::endTransaction(bool commit) {
     return;
   }
   transaction_ = false;
-  if (commit && database_->isGone()) {  // the engine would commit into a file that nobody has
-    database_->execute("ROLLBACK");
-    throw CompanyError(kSqlFailure, Text::Moved, target_.database);
-  }
   if (commit) {
     commitOrRollBack();
   } else {
-    database_->execute("ROLLBACK");
+    database_->rollback();
   }
 }
 
 // A commit that failed leaves nothing open, so that the next transaction can start.
 void CompanySession::commitOrRollBack() {
   try {
-    database_->execute("COMMIT");
+    database_->commit();
   } catch (const DatabaseError&) {
-    if (database_->inTransaction()) database_->execute("ROLLBACK");
+    if (database_->inTransaction()) database_->rollback();
     throw;
   }
 }
 
 CompanyError CompanySession::asCompanyError(long code, const DatabaseError& error) const {
-  switch (error.fault()) {
-    case Fault::Locked:
-      return CompanyError(code, Text::Locked);
-    case Fault::ReadOnly:
-      return CompanyError(code, Text::ReadOnly);
-    case Fault::Damaged:
-      return CompanyError(code, Text::Damaged, error.what());
-    case Fault::NotADatabase:
-      return CompanyError(code, Text::NotADatabase, target_.database);
-    case Fault::Full:
-      return CompanyError(code, Text::DiskFull);
-    case Fault::InputOutput:
-      return CompanyError(code, Text::InputOutput, error.what());
-    default:
-      return CompanyError(code, Text::EngineMessage, error.what());
-  }
+  const Text text = textOf(error.fault());
+  const bool aboutPlace = text == Text::Moved || text == Text::NotADatabase;
+  return CompanyError(code, text, aboutPlace ? databaseName(target_.database) : error.what());
 }
 
 void CompanySession::remember(const CompanyError& error) {

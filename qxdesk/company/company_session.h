@@ -19,8 +19,9 @@
 #include <string_view>
 
 namespace qx::sql {
+struct Translation;
 class Translator;
-}
+}  // namespace qx::sql
 
 namespace qx::desk {
 
@@ -39,11 +40,13 @@ class CompanySession {
   void open(const LoginTarget& target);
   /// An open transaction is rolled back.
   void close();
-  bool isOpen() const { return database_ != nullptr; }
+  /// False also once the connection to a server is known to be lost.
+  bool isOpen() const;
 
   /// Raises kNotConnected.
   void needOpen() const;
-  /// For work on it. Also raises when the file is gone or the engine has ended the transaction.
+  /// For work on it. Also raises when the file is gone, the connection is lost or the engine has
+  /// ended the transaction.
   Database& database();
   long serverType() const { return target_.dbServerType; }
   const CompanyEnvironment& environment() const { return environment_; }
@@ -79,7 +82,8 @@ class CompanySession {
  private:
   CompanyError asCompanyError(long code, const DatabaseError& error) const;
   void remember(const CompanyError& error);
-  RowStore runTranslated(Database& database, std::string_view utf8);
+  static RowStore run(Database& database, std::string_view text,
+                      const sql::Translation& translation);
   void commitOrRollBack();
   HvLanguages language() const;
 

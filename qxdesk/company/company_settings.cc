@@ -39,8 +39,9 @@ CurrencyPlace currencyPlaceOf(std::string_view text) {
 
 CompanySettings readSettings(Database& database) {
   const auto row = database.prepare(
-      "SELECT CompnyName, Country, MainCurncy, SumDec, PriceDec, RateDec, QtyDec, PercentDec, "
-      "MeasureDec, DecSep, ThousSep, DateFormat, DateSep, CurrPos FROM OADM");
+      "SELECT [CompnyName], [Country], [MainCurncy], [SumDec], [PriceDec], [RateDec], [QtyDec], "
+      "[PercentDec], [MeasureDec], [DecSep], [ThousSep], [DateFormat], [DateSep], [CurrPos] "
+      "FROM [OADM]");
   CompanySettings settings;
   if (!row->step()) return settings;
   const auto text = [&](int column) { return toUtf16(row->text(column)); };

@@ -49,10 +49,10 @@ std::string dayOf(DATE date) {
 double rateOf(CompanySession& session, std::u16string_view currency, DATE date) {
   const CompanySettings settings = session.settings();
   if (currency == settings.localCurrency) return 1.0;
-  const auto row =
-      session.database().prepare("SELECT Rate FROM ORTT WHERE Currency = ?1 AND RateDate = ?2");
+  const auto row = session.database().prepare(
+      "SELECT [Rate] FROM [ORTT] WHERE [Currency] = ? AND [RateDate] = ?");
   row->bind(1, std::string_view(toUtf8(currency)));
-  row->bind(2, std::string_view(dayOf(date)));
+  row->bindDate(2, dayOf(date));
   if (!row->step()) {
     throw CompanyError(kNotFound, Text::NoRate,
                        {std::u16string(currency), dateText(date, settings).value_or(u"")});

@@ -40,7 +40,7 @@ class DataHelperTest : public CompanyTest {
   const DATE lastYear = *dateFromCivil({2023, 1, 31, 15, 45, 0});  // without sample rates
 };
 
-TEST_F(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
+TEST_P(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(first(helper->FormatDateToString(day)).vt, VT_BSTR);
   EXPECT_EQ(dateText(day), u"31/01/2024");
   set(u"DateFormat = 0, DateSep = '.'");
@@ -53,14 +53,14 @@ TEST_F(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(dateText(day), u"2024-01-31");
 }
 
-TEST_F(DataHelperTest, TheNullDateIsEmptyText) { EXPECT_EQ(dateText(0.0), u""); }
+TEST_P(DataHelperTest, TheNullDateIsEmptyText) { EXPECT_EQ(dateText(0.0), u""); }
 
-TEST_F(DataHelperTest, ANumberThatIsNoDateIsRefused) {
+TEST_P(DataHelperTest, ANumberThatIsNoDateIsRefused) {
   EXPECT_EQ(codeOf([&] { helper->FormatDateToString(1e9); }), kInvalidValue);
   EXPECT_EQ(codeOf([&] { helper->FormatDateToString(std::nan("")); }), kInvalidValue);
 }
 
-TEST_F(DataHelperTest, DatesAreReadInTheFormOfTheCompany) {
+TEST_P(DataHelperTest, DatesAreReadInTheFormOfTheCompany) {
   for (const char16_t* text :
        {u"31/01/2024", u"31.1.24", u" 31-01-2024 ", u"31012024", u"310124"}) {
     EXPECT_EQ(dateOf(text), u"2024-01-31 00:00:00");
@@ -73,11 +73,11 @@ TEST_F(DataHelperTest, DatesAreReadInTheFormOfTheCompany) {
   EXPECT_EQ(dateOf(u"20240131"), u"2024-01-31 00:00:00");
 }
 
-TEST_F(DataHelperTest, EmptyTextIsTheNullDate) {
+TEST_P(DataHelperTest, EmptyTextIsTheNullDate) {
   EXPECT_EQ(first(helper->FormatStringToDate(CComBSTR(u" "))).date, 0.0);
 }
 
-TEST_F(DataHelperTest, TextThatIsNoDateIsRefused) {
+TEST_P(DataHelperTest, TextThatIsNoDateIsRefused) {
   for (const char16_t* text :
        {u"abc", u"31/02/2024", u"1/2", u"1/2/3/4", u"1//2024", u"01/02/123", u"1234567", u"/"}) {
     EXPECT_EQ(codeOf([&] { helper->FormatStringToDate(CComBSTR(text)); }), kInvalidValue);
@@ -85,7 +85,7 @@ TEST_F(DataHelperTest, TextThatIsNoDateIsRefused) {
   EXPECT_EQ(lastError(company).text, u"'/' is not a date of the company's date form DD/MM/YYYY.");
 }
 
-TEST_F(DataHelperTest, AmountsAreShownInTheFormOfTheCompany) {
+TEST_P(DataHelperTest, AmountsAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(amount(1234567.891), u"1,234,567.89");
   EXPECT_EQ(amount(-1234.5), u"-1,234.50");
   EXPECT_EQ(amount(0), u"0.00");
@@ -98,7 +98,7 @@ TEST_F(DataHelperTest, AmountsAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(amount(1234.5, mpt_Quantity), u"1.234,500");
 }
 
-TEST_F(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
+TEST_P(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
   set(u"CurrPos = 'L'");
   EXPECT_EQ(amount(1), u"EUR 1.00");
   EXPECT_EQ(amount(1, mpt_Percent), u"1.00");
@@ -106,7 +106,7 @@ TEST_F(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
   EXPECT_EQ(amount(1, mpt_Price), u"1.00 EUR");
 }
 
-TEST_F(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
+TEST_P(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
   EXPECT_EQ(codeOf([&] { helper->FormatMoneyToString(std::nan(""), mpt_Sum); }), kInvalidValue);
   EXPECT_EQ(codeOf([&] {
               helper->FormatMoneyToString(std::numeric_limits<double>::infinity(), mpt_Sum);
@@ -114,7 +114,7 @@ TEST_F(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
             kInvalidValue);
 }
 
-TEST_F(DataHelperTest, ARateIsThatOfTheDay) {
+TEST_P(DataHelperTest, ARateIsThatOfTheDay) {
   query(company, u"INSERT INTO ORTT (RateDate, Currency, Rate) VALUES ('20230131', 'USD', 1.0845)");
   const CComVariant rate = first(helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear));
   EXPECT_EQ(rate.vt, VT_R8);
@@ -122,12 +122,12 @@ TEST_F(DataHelperTest, ARateIsThatOfTheDay) {
   EXPECT_EQ(first(helper->GetCurrencyRate(CComBSTR(u"EUR"), day)).dblVal, 1.0);
 }
 
-TEST_F(DataHelperTest, AMissingRateIsTold) {
+TEST_P(DataHelperTest, AMissingRateIsTold) {
   EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear); }), kNotFound);
   EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 31/01/2023.");
 }
 
-TEST_F(DataHelperTest, RoundsHalfAwayFromZero) {
+TEST_P(DataHelperTest, RoundsHalfAwayFromZero) {
   EXPECT_EQ(round(1.005), 1.01);
   EXPECT_EQ(round(-1.005), -1.01);
   EXPECT_EQ(round(2.675), 2.68);
@@ -137,31 +137,33 @@ TEST_F(DataHelperTest, RoundsHalfAwayFromZero) {
   EXPECT_EQ(round(5e-324), 0.0);
 }
 
-TEST_F(DataHelperTest, RoundsToTheDecimalsOfTheContext) {
+TEST_P(DataHelperTest, RoundsToTheDecimalsOfTheContext) {
   EXPECT_EQ(round(1.2345678, u"EUR", mpt_Rate), 1.234568);
   EXPECT_EQ(round(1.2345678, u"EUR", 99), 1.23);
   set(u"SumDec = 0");
   EXPECT_EQ(round(2.5), 3.0);
 }
 
-TEST_F(DataHelperTest, ForintsAreRoundedToWholeOnesInHungary) {
+TEST_P(DataHelperTest, ForintsAreRoundedToWholeOnesInHungary) {
   EXPECT_EQ(round(10.5, u"HUF"), 10.5);
   set(u"Country = 'HU'");
   EXPECT_EQ(round(10.5, u"HUF"), 11.0);
   EXPECT_EQ(round(10.555, u"EUR"), 10.56);
 }
 
-TEST_F(DataHelperTest, AnUnknownDataInterfaceIsRefused) {
+TEST_P(DataHelperTest, AnUnknownDataInterfaceIsRefused) {
   const auto service = company->GetCompanyService();
   EXPECT_EQ(codeOf([&] { service->GetDataInterface(12); }), kNotFound);
 }
 
-TEST_F(DataHelperTest, ForeignDataAreRefused) {
+TEST_P(DataHelperTest, ForeignDataAreRefused) {
   const auto service = company->GetCompanyService();
   CComPtr<IRoundedData> rounded;
   EXPECT_EQ(service->raw_RoundDecimal(nullptr, &rounded), E_INVALIDARG);
   EXPECT_EQ(codeOf([&] { round(std::nan("")); }), kInvalidValue);
 }
+
+QX_TEST_ON_ALL_MEDIA(DataHelperTest);
 
 }  // namespace
 }  // namespace qx::desk

@@ -1,19 +1,8 @@
 #include "qxdesk/company/database.h"
 
+#include "qxdesk/company/engines/engine_tables.h"
+
 namespace qx::desk {
-
-namespace {
-
-std::string quoted(std::string_view text, char quote) {
-  std::string result(1, quote);
-  for (const char c : text) {
-    if (c == quote) result += quote;
-    result += c;
-  }
-  return result + quote;
-}
-
-}  // namespace
 
 StoredValue Statement::value(int column) const {
   StoredValue value;
@@ -42,18 +31,31 @@ std::string Database::queryText(std::string_view sql) {
 
 AtomicChange::AtomicChange(Database& database)
     : database_(database), nested_(database.inTransaction()) {
-  // Writing from the start: a change that begins by reading could not wait for another writer.
-  database_.execute(nested_ ? "SAVEPOINT qx_change" : "BEGIN IMMEDIATE");
+  if (nested_) {
+    database_.execute("SAVEPOINT qx_change");
+  } else {
+    database_.begin();
+  }
+  try {
+    database_.tables().lock(database_);
+  } catch (...) {
+    rollBack();
+    throw;
+  }
 }
 
 AtomicChange::~AtomicChange() {
-  if (done_ || !database_.inTransaction()) return;
+  if (!done_) rollBack();
+}
+
+void AtomicChange::rollBack() noexcept {
+  if (!database_.inTransaction()) return;
   try {
     if (nested_) {
-      database_.execute("ROLLBACK TO qx_change");
-      database_.execute("RELEASE qx_change");
+      database_.execute("ROLLBACK TO SAVEPOINT qx_change");
+      database_.execute("RELEASE SAVEPOINT qx_change");
     } else {
-      database_.execute("ROLLBACK");
+      database_.rollback();
     }
   } catch (const std::exception&) {
     // The first failure is on its way to the caller; the engine rolls back when it closes.
@@ -61,11 +63,23 @@ AtomicChange::~AtomicChange() {
 }
 
 void AtomicChange::commit() {
-  database_.execute(nested_ ? "RELEASE qx_change" : "COMMIT");
+  if (nested_) {
+    database_.execute("RELEASE SAVEPOINT qx_change");
+  } else {
+    database_.commit();
+  }
   done_ = true;
 }
 
-std::string quotedName(std::string_view text) { return quoted(text, '"'); }
-std::string quotedText(std::string_view text) { return quoted(text, '\''); }
+std::string bracketed(std::string_view name) { return "[" + std::string(name) + "]"; }
+
+std::string quotedText(std::string_view text) {
+  std::string result = "'";
+  for (const char c : text) {
+    if (c == '\'') result += c;
+    result += c;
+  }
+  return result + "'";
+}
 
 }  // namespace qx::desk

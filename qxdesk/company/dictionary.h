@@ -65,6 +65,9 @@ class Dictionary {
   void addKey(UserKey key);
   void removeKey(std::string_view table, std::string_view name);
 
+  /// The columns of a table under its real name, in the order of their making; nothing when the
+  /// dictionary does not know it.
+  std::optional<TableLayout> storedLayout(std::string_view table);
   /// The real name of a table; nothing when there is none.
   std::optional<std::string> resolveTable(std::string_view name);
 
@@ -72,7 +75,8 @@ class Dictionary {
   std::string needTable(std::string_view name);
   TableLayout layoutOf(const std::string& table);
   bool hasRows(const std::string& table);
-  void rebuild(const std::string& table, const TableLayout& layout);
+  void changeColumn(const std::string& table, const ColumnLayout& before,
+                    const ColumnLayout& after);
 
   bool fieldExists(const std::string& table, std::string_view name);
   std::optional<FieldShape> findShape(const std::string& table, std::string_view name);

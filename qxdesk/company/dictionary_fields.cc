@@ -1,5 +1,6 @@
 #include "qxdesk/company/company_error.h"
 #include "qxdesk/company/dictionary.h"
+#include "qxdesk/company/engines/engine_tables.h"
 #include "qxframework/automation/text.h"
 
 #include <algorithm>
@@ -11,7 +12,8 @@ namespace {
 constexpr std::size_t kMaxFieldName = 50;
 
 // The columns of CUFD that make a FieldShape, in the order in which shapeOf reads them.
-constexpr std::string_view kShapeColumns = "AliasID, TypeID, EditType, SizeID, \"NotNull\", Dflt";
+constexpr std::string_view kShapeColumns =
+    "[AliasID], [TypeID], [EditType], [SizeID], [NotNull], [Dflt]";
 constexpr int kShapeColumnCount = 6;
 
 FieldShape shapeOf(const Statement& row) {
@@ -82,18 +84,17 @@ bool Dictionary::fieldExists(const std::string& table, std::string_view name) {
 }
 
 std::optional<FieldShape> Dictionary::findShape(const std::string& table, std::string_view name) {
-  const auto row =
-      database_.prepare("SELECT " + std::string(kShapeColumns) +
-                        " FROM CUFD WHERE TableID = ?1 AND AliasID = ?2 COLLATE NOCASE");
+  const auto row = database_.prepare("SELECT " + std::string(kShapeColumns) +
+                                     " FROM [CUFD] WHERE [TableID] = ? AND UPPER([AliasID]) = ?");
   row->bind(1, std::string_view(table));
-  row->bind(2, name);
+  row->bind(2, std::string_view(upperName(name)));
   if (!row->step()) return std::nullopt;
   return shapeOf(*row);
 }
 
 std::vector<FieldShape> Dictionary::shapesOf(const std::string& table) {
   const auto row = database_.prepare("SELECT " + std::string(kShapeColumns) +
-                                     " FROM CUFD WHERE TableID = ?1 ORDER BY FieldID");
+                                     " FROM [CUFD] WHERE [TableID] = ? ORDER BY [FieldID]");
   row->bind(1, std::string_view(table));
   std::vector<FieldShape> shapes;
   while (row->step()) shapes.push_back(shapeOf(*row));
@@ -102,7 +103,8 @@ std::vector<FieldShape> Dictionary::shapesOf(const std::string& table) {
 
 std::vector<ValidValue> Dictionary::validValuesOf(const std::string& table, long index) {
   const auto row = database_.prepare(
-      "SELECT FldValue, Descr FROM UFD1 WHERE TableID = ?1 AND FieldID = ?2 ORDER BY IndexID");
+      "SELECT [FldValue], [Descr] FROM [UFD1] WHERE [TableID] = ? AND [FieldID] = ? "
+      "ORDER BY [IndexID]");
   row->bind(1, std::string_view(table));
   row->bind(2, static_cast<std::int64_t>(index));
   std::vector<ValidValue> values;
@@ -113,9 +115,9 @@ std::vector<ValidValue> Dictionary::validValuesOf(const std::string& table, long
 std::optional<UserField> Dictionary::findField(std::string_view table, long index) {
   const std::optional<std::string> real = resolveTable(table);
   if (!real) return std::nullopt;
-  const auto row =
-      database_.prepare("SELECT " + std::string(kShapeColumns) +
-                        ", Descr, EditSize, RTable FROM CUFD WHERE TableID = ?1 AND FieldID = ?2");
+  const auto row = database_.prepare(
+      "SELECT " + std::string(kShapeColumns) +
+      ", [Descr], [EditSize], [RTable] FROM [CUFD] WHERE [TableID] = ? AND [FieldID] = ?");
   row->bind(1, std::string_view(*real));
   row->bind(2, static_cast<std::int64_t>(index));
   if (!row->step()) return std::nullopt;
@@ -141,7 +143,8 @@ void Dictionary::addField(UserField field) {
     throw CompanyError(kAlreadyExists, Text::FieldExists, field.shape.name, field.table);
   }
   field.index = static_cast<long>(database_.queryInteger(
-      "SELECT COALESCE(MAX(FieldID) + 1, 0) FROM CUFD WHERE TableID = " + quotedText(field.table)));
+      "SELECT COALESCE(MAX([FieldID]) + 1, 0) FROM [CUFD] WHERE [TableID] = " +
+      quotedText(field.table)));
   addColumn(field.table, field.shape);
   insertFieldRow(field);
   insertValidValues(field);
@@ -153,22 +156,17 @@ void Dictionary::addColumn(const std::string& table, const FieldShape& shape) {
   if (rows && shape.mandatory && shape.defaultValue.empty()) {
     throw CompanyError(kInvalidValue, Text::MandatoryNeedsDefault, shape.name, table);
   }
+  TableLayout layout = layoutOf(table);
   const ColumnLayout column = columnOf(shape);
-  if (rows && shape.type == kDateField && isCurrentTime(shape.defaultValue)) {
-    // Rows that are there cannot take a default that is not a constant.
-    TableLayout layout = layoutOf(table);
-    layout.columns.push_back(column);
-    rebuild(table, layout);
-    return;
-  }
-  database_.execute("ALTER TABLE " + quotedName(table) + " ADD COLUMN " + quotedName(column.name) +
-                    " " + column.declaration);
+  layout.columns.push_back(column);
+  database_.tables().addColumn(database_, layout, column);
 }
 
 void Dictionary::insertFieldRow(const UserField& field) {
   const auto row = database_.prepare(
-      "INSERT INTO CUFD (TableID, FieldID, AliasID, Descr, TypeID, EditType, SizeID, EditSize, "
-      "Dflt, \"NotNull\", RTable) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)");
+      "INSERT INTO [CUFD] ([TableID], [FieldID], [AliasID], [Descr], [TypeID], [EditType], "
+      "[SizeID], [EditSize], [Dflt], [NotNull], [RTable]) "
+      "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   bindField(*row, field);
   row->step();
 }
@@ -176,7 +174,9 @@ void Dictionary::insertFieldRow(const UserField& field) {
 void Dictionary::insertValidValues(const UserField& field) {
   std::int64_t number = 0;
   for (const ValidValue& value : field.validValues) {
-    const auto row = database_.prepare("INSERT INTO UFD1 VALUES (?1, ?2, ?3, ?4, ?5)");
+    const auto row = database_.prepare(
+        "INSERT INTO [UFD1] ([TableID], [FieldID], [IndexID], [FldValue], [Descr]) "
+        "VALUES (?, ?, ?, ?, ?)");
     row->bind(1, std::string_view(field.table));
     row->bind(2, static_cast<std::int64_t>(field.index));
     row->bind(3, number++);
@@ -196,15 +196,22 @@ void Dictionary::updateField(const UserField& given) {
   checkShape(field.shape);
   checkDescription(field.description);
   checkValidValues(field);
-  const std::string place = " WHERE TableID = " + quotedText(field.table) +
-                            " AND FieldID = " + std::to_string(field.index);
-  database_.execute("DELETE FROM CUFD" + place);
-  database_.execute("DELETE FROM UFD1" + place);
+  const std::string place = " WHERE [TableID] = " + quotedText(field.table) +
+                            " AND [FieldID] = " + std::to_string(field.index);
+  database_.execute("DELETE FROM [CUFD]" + place);
+  database_.execute("DELETE FROM [UFD1]" + place);
   insertFieldRow(field);
   insertValidValues(field);
-  const std::string before = columnOf(present->shape).declaration;
-  if (columnOf(field.shape).declaration != before) rebuild(field.table, layoutOf(field.table));
+  changeColumn(field.table, columnOf(present->shape), columnOf(field.shape));
   change.commit();
+}
+
+void Dictionary::changeColumn(const std::string& table, const ColumnLayout& before,
+                              const ColumnLayout& after) {
+  if (after == before) return;
+  const auto keys = database_.tables().changeColumn(database_, layoutOf(table), before);
+  if (keys == EngineTables::Keys::Kept) return;
+  for (long i = 0; const std::optional<UserKey> key = findKey(table, i); ++i) makeIndex(*key);
 }
 
 }  // namespace qx::desk

@@ -1,5 +1,6 @@
 #include "qxdesk/company/company_error.h"
 #include "qxdesk/company/dictionary.h"
+#include "qxdesk/company/engines/engine_tables.h"
 
 #include <algorithm>
 
@@ -11,7 +12,7 @@ constexpr std::size_t kMaxKeyName = 10;
 
 // Index names are one space for the whole database.
 std::string indexName(std::string_view table, std::string_view key) {
-  return quotedName("KEY " + std::string(table) + " " + std::string(key));
+  return "KEY " + std::string(table) + " " + std::string(key);
 }
 
 void checkKeyName(const UserKey& key) {
@@ -26,16 +27,16 @@ void checkKeyName(const UserKey& key) {
 
 std::optional<long> Dictionary::findKeyId(const std::string& table, std::string_view name) {
   const auto row = database_.prepare(
-      "SELECT KeyId FROM OUKD WHERE TableName = ?1 AND KeyName = ?2 COLLATE NOCASE");
+      "SELECT [KeyId] FROM [OUKD] WHERE [TableName] = ? AND UPPER([KeyName]) = ?");
   row->bind(1, std::string_view(table));
-  row->bind(2, name);
+  row->bind(2, std::string_view(upperName(name)));
   if (!row->step()) return std::nullopt;
   return static_cast<long>(row->integer(0));
 }
 
 std::vector<std::string> Dictionary::keyColumns(const std::string& table, long id) {
   const auto row = database_.prepare(
-      "SELECT ColAlias FROM UKD1 WHERE TableName = ?1 AND KeyId = ?2 ORDER BY SubKeyId");
+      "SELECT [ColAlias] FROM [UKD1] WHERE [TableName] = ? AND [KeyId] = ? ORDER BY [SubKeyId]");
   row->bind(1, std::string_view(table));
   row->bind(2, static_cast<std::int64_t>(id));
   std::vector<std::string> columns;
@@ -47,11 +48,11 @@ std::optional<UserKey> Dictionary::findKey(std::string_view table, long index) {
   const std::optional<std::string> real = resolveTable(table);
   if (!real || index < 0) return std::nullopt;
   const auto row = database_.prepare(
-      "SELECT KeyId, KeyName, UniqueKey FROM OUKD WHERE TableName = ?1 ORDER BY KeyId "
-      "LIMIT 1 OFFSET ?2");
+      "SELECT [KeyId], [KeyName], [UniqueKey] FROM [OUKD] WHERE [TableName] = ? ORDER BY [KeyId]");
   row->bind(1, std::string_view(*real));
-  row->bind(2, static_cast<std::int64_t>(index));
-  if (!row->step()) return std::nullopt;
+  for (long i = 0; i <= index; ++i) {
+    if (!row->step()) return std::nullopt;
+  }
   return UserKey{*real, std::string(row->text(1)), row->text(2) == "Y",
                  keyColumns(*real, static_cast<long>(row->integer(0)))};
 }
@@ -92,13 +93,10 @@ std::string Dictionary::keyColumn(const std::string& table, const std::string& a
 
 void Dictionary::makeIndex(const UserKey& key) {
   std::string sql = key.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
-  sql += indexName(key.table, key.name) + " ON " + quotedName(key.table) + " (";
-  for (const std::string& column : key.columns) {
-    if (&column != &key.columns.front()) sql += ", ";
-    sql += quotedName(column);
-  }
+  sql += bracketed(indexName(key.table, key.name)) + " ON " + bracketed(key.table) + " (" +
+         columnList(key.columns) + ")";
   try {
-    database_.execute(sql + ")");
+    database_.execute(sql);
   } catch (const DatabaseError& error) {
     if (error.fault() != Fault::Unique) throw;
     throw CompanyError(kInvalidValue, Text::KeyNotUnique, key.name, key.table);
@@ -107,8 +105,10 @@ void Dictionary::makeIndex(const UserKey& key) {
 
 void Dictionary::insertKeyRows(const UserKey& key) {
   const std::int64_t id = database_.queryInteger(
-      "SELECT COALESCE(MAX(KeyId) + 1, 0) FROM OUKD WHERE TableName = " + quotedText(key.table));
-  const auto row = database_.prepare("INSERT INTO OUKD VALUES (?1, ?2, ?3, ?4)");
+      "SELECT COALESCE(MAX([KeyId]) + 1, 0) FROM [OUKD] WHERE [TableName] = " +
+      quotedText(key.table));
+  const auto row = database_.prepare(
+      "INSERT INTO [OUKD] ([TableName], [KeyId], [KeyName], [UniqueKey]) VALUES (?, ?, ?, ?)");
   row->bind(1, std::string_view(key.table));
   row->bind(2, id);
   row->bind(3, std::string_view(key.name));
@@ -116,7 +116,8 @@ void Dictionary::insertKeyRows(const UserKey& key) {
   row->step();
   std::int64_t number = 0;
   for (const std::string& column : key.columns) {
-    const auto element = database_.prepare("INSERT INTO UKD1 VALUES (?1, ?2, ?3, ?4)");
+    const auto element = database_.prepare(
+        "INSERT INTO [UKD1] ([TableName], [KeyId], [SubKeyId], [ColAlias]) VALUES (?, ?, ?, ?)");
     element->bind(1, std::string_view(key.table));
     element->bind(2, id);
     element->bind(3, number++);
@@ -130,10 +131,10 @@ void Dictionary::removeKey(std::string_view table, std::string_view name) {
   const std::string real = needTable(table);
   const std::optional<long> id = findKeyId(real, name);
   if (!id) throw CompanyError(kNotFound, Text::KeyMissing, name, real);
-  database_.execute("DROP INDEX IF EXISTS " + indexName(real, name));
+  database_.tables().dropIndex(database_, indexName(real, name));
   for (const char* dictionary : {"OUKD", "UKD1"}) {
-    database_.execute("DELETE FROM " + std::string(dictionary) + " WHERE TableName = " +
-                      quotedText(real) + " AND KeyId = " + std::to_string(*id));
+    database_.execute("DELETE FROM " + bracketed(dictionary) + " WHERE [TableName] = " +
+                      quotedText(real) + " AND [KeyId] = " + std::to_string(*id));
   }
   change.commit();
 }

@@ -1,5 +1,6 @@
 #include "qxdesk/company/company_error.h"
 #include "qxdesk/company/dictionary.h"
+#include "qxdesk/company/engines/engine_tables.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/company.h"
 
@@ -49,8 +50,8 @@ void checkDescription(const std::string& text) {
 
 std::optional<UserTable> Dictionary::findTable(std::string_view name) {
   const auto row = database_.prepare(
-      "SELECT TableName, Descr, ObjectType FROM OUTB WHERE TableName = ?1 COLLATE NOCASE");
-  row->bind(1, withoutAt(name));
+      "SELECT [TableName], [Descr], [ObjectType] FROM [OUTB] WHERE UPPER([TableName]) = ?");
+  row->bind(1, std::string_view(upperName(withoutAt(name))));
   if (!row->step()) return std::nullopt;
   return UserTable{std::string(row->text(0)), std::string(row->text(1)),
                    static_cast<long>(row->integer(2))};
@@ -65,8 +66,9 @@ void Dictionary::addTable(const UserTable& given) {
     throw CompanyError(kAlreadyExists, Text::TableExists, userTableName(table.name));
   }
   const TableLayout layout = userTable(table.name, table.type);
-  database_.execute(createTableSql(layout, layout.name));
-  const auto row = database_.prepare("INSERT INTO OUTB VALUES (?1, ?2, ?3)");
+  database_.tables().create(database_, layout, layout.name);
+  const auto row =
+      database_.prepare("INSERT INTO [OUTB] ([TableName], [Descr], [ObjectType]) VALUES (?, ?, ?)");
   row->bind(1, std::string_view(table.name));
   row->bind(2, std::string_view(table.description));
   row->bind(3, static_cast<std::int64_t>(table.type));
@@ -79,15 +81,15 @@ void Dictionary::removeTable(std::string_view name) {
   const std::optional<UserTable> table = findTable(name);
   if (!table) throw CompanyError(kNotFound, Text::TableMissing, name);
   const std::string real = userTableName(table->name);
-  database_.execute("DROP TABLE " + quotedName(real));
-  database_.execute("DELETE FROM OUTB WHERE TableName = " + quotedText(table->name));
+  database_.execute("DROP TABLE " + bracketed(real));
+  database_.execute("DELETE FROM [OUTB] WHERE [TableName] = " + quotedText(table->name));
   for (const char* dictionary : {"CUFD", "UFD1"}) {
-    database_.execute("DELETE FROM " + std::string(dictionary) +
-                      " WHERE TableID = " + quotedText(real));
+    database_.execute("DELETE FROM " + bracketed(dictionary) +
+                      " WHERE [TableID] = " + quotedText(real));
   }
   for (const char* dictionary : {"OUKD", "UKD1"}) {
-    database_.execute("DELETE FROM " + std::string(dictionary) +
-                      " WHERE TableName = " + quotedText(real));
+    database_.execute("DELETE FROM " + bracketed(dictionary) +
+                      " WHERE [TableName] = " + quotedText(real));
   }
   change.commit();
 }
@@ -116,36 +118,18 @@ TableLayout Dictionary::layoutOf(const std::string& table) {
   return layout;
 }
 
-bool Dictionary::hasRows(const std::string& table) {
-  return database_.queryInteger("SELECT EXISTS (SELECT 1 FROM " + quotedName(table) + ")") != 0;
+std::optional<TableLayout> Dictionary::storedLayout(std::string_view table) {
+  if (const TableLayout* known = findSystemTable(table)) return layoutOf(known->name);
+  if (!table.starts_with('@')) return std::nullopt;
+  const std::optional<UserTable> user = findTable(table);
+  if (!user) return std::nullopt;
+  return layoutOf(userTableName(user->name));
 }
 
-// The engine cannot change a column in place: the rows move to a new table of the new layout,
-// which then takes the old one's name and indexes. Columns that are new take their defaults.
-void Dictionary::rebuild(const std::string& table, const TableLayout& layout) {
-  std::vector<std::string> indexes;
-  const auto index = database_.prepare(
-      "SELECT sql FROM sqlite_master WHERE type = 'index' AND sql IS NOT NULL AND tbl_name = ?1 "
-      "COLLATE NOCASE ORDER BY rowid");
-  index->bind(1, std::string_view(table));
-  while (index->step()) indexes.emplace_back(index->text(0));
-
-  std::string columns;
-  const auto column = database_.prepare("SELECT name FROM pragma_table_info(?1) ORDER BY cid");
-  column->bind(1, std::string_view(table));
-  while (column->step()) {
-    if (!columns.empty()) columns += ", ";
-    columns += quotedName(column->text(0));
-  }
-
-  const std::string fresh = quotedName("qx_new_" + table);
-  const std::string old = quotedName(table);
-  database_.execute(createTableSql(layout, "qx_new_" + table));
-  database_.execute("INSERT INTO " + fresh + " (" + columns + ") SELECT " + columns + " FROM " +
-                    old + " ORDER BY rowid");
-  database_.execute("DROP TABLE " + old);
-  database_.execute("ALTER TABLE " + fresh + " RENAME TO " + old);
-  for (const std::string& sql : indexes) database_.execute(sql);
+bool Dictionary::hasRows(const std::string& table) {
+  // OADM has one row; every engine takes this form.
+  return database_.queryInteger("SELECT COUNT(*) FROM [OADM] WHERE EXISTS (SELECT 1 FROM " +
+                                bracketed(table) + ")") != 0;
 }
 
 }  // namespace qx::desk

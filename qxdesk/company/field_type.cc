@@ -1,7 +1,6 @@
 #include "qxdesk/company/field_type.h"
 
 #include "qxdesk/company/company_error.h"
-#include "qxdesk/company/database.h"
 #include "qxdesk/sql/dates.h"
 #include "qxframework/automation/text.h"
 
@@ -49,34 +48,34 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-std::string textDefault(const FieldShape& shape) {
+ColumnDefault textDefault(const FieldShape& shape) {
   if (shape.type == kAlphaField &&
       toUtf16(shape.defaultValue).size() > static_cast<std::size_t>(shape.size)) {
     refuse(Text::DefaultTooLong, shape, std::to_string(shape.size));
   }
-  return quotedText(shape.defaultValue);
+  return {ColumnDefault::Kind::Text, shape.defaultValue};
 }
 
 template <class Number>
-std::string numberDefault(const FieldShape& shape) {
+ColumnDefault numberDefault(const FieldShape& shape) {
   const std::string_view text = trimmed(shape.defaultValue);
   Number number{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool whole = error == std::errc() && end == text.data() + text.size();
   const bool finite = text.find_first_of("iInN") == std::string_view::npos;
   if (!whole || !finite) refuse(Text::DefaultNotNumber, shape, shape.defaultValue);
-  return std::string(text);
+  return {ColumnDefault::Kind::Number, std::string(text)};
 }
 
-std::string dateDefault(const FieldShape& shape) {
-  if (isCurrentTime(shape.defaultValue)) return "(datetime('now', 'localtime'))";
+ColumnDefault dateDefault(const FieldShape& shape) {
+  if (isCurrentTime(shape.defaultValue)) return {ColumnDefault::Kind::CurrentTime, {}};
   const std::optional<std::string> date = sql::storedDate(shape.defaultValue);
   if (!date) refuse(Text::DefaultNotDate, shape, shape.defaultValue);
-  return quotedText(*date);
+  return {ColumnDefault::Kind::Date, *date};
 }
 
 // "930", "0930" or "09:30".
-std::string timeDefault(const FieldShape& shape) {
+ColumnDefault timeDefault(const FieldShape& shape) {
   constexpr std::size_t kMaxDigits = 4;
   std::string digits(trimmed(shape.defaultValue));
   std::erase(digits, ':');
@@ -86,10 +85,10 @@ std::string timeDefault(const FieldShape& shape) {
   if (value < 0 || value / 100 > 23 || value % 100 > 59) {
     refuse(Text::DefaultNotTime, shape, shape.defaultValue);
   }
-  return std::to_string(value);
+  return {ColumnDefault::Kind::Number, std::to_string(value)};
 }
 
-std::string defaultLiteral(const FieldShape& shape) {
+ColumnDefault defaultOf(const FieldShape& shape) {
   if (isTime(shape)) return timeDefault(shape);
   switch (shape.type) {
     case kNumericField:
@@ -122,7 +121,7 @@ std::string columnName(std::string_view field) { return "U_" + std::string(field
 ColumnLayout columnOf(const FieldShape& shape) {
   ColumnLayout column = bareColumn(shape);
   if (shape.mandatory) column = notNull(std::move(column));
-  if (!shape.defaultValue.empty()) column.declaration += " DEFAULT " + defaultLiteral(shape);
+  if (!shape.defaultValue.empty()) column.byDefault = defaultOf(shape);
   return column;
 }
 

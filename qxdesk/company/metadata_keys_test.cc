@@ -4,9 +4,9 @@
 namespace qx::desk {
 namespace {
 
-using MetadataKeysTest = CompanyTest;
+class MetadataKeysTest : public CompanyTest {};
 
-TEST_F(MetadataKeysTest, AUniqueKeyRefusesEqualRows) {
+TEST_P(MetadataKeysTest, AUniqueKeyRefusesEqualRows) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 5});
   EXPECT_EQ(addKey(company, u"QX", u"K1", true, {u"U_A", u"Name"}), 0);
@@ -25,7 +25,7 @@ TEST_F(MetadataKeysTest, AUniqueKeyRefusesEqualRows) {
             -2000);
 }
 
-TEST_F(MetadataKeysTest, KeysCountFromZeroWithoutGaps) {
+TEST_P(MetadataKeysTest, KeysCountFromZeroWithoutGaps) {
   addTable(company, u"QX");
   for (const char16_t* name : {u"K0", u"K1", u"K2"}) {
     EXPECT_EQ(addKey(company, u"@QX", name, false, {u"Name"}), 0);
@@ -44,7 +44,7 @@ TEST_F(MetadataKeysTest, KeysCountFromZeroWithoutGaps) {
   EXPECT_EQ(keys->GetKeyName().View(), u"K0");
 }
 
-TEST_F(MetadataKeysTest, ARemovedKeyNoLongerBinds) {
+TEST_P(MetadataKeysTest, ARemovedKeyNoLongerBinds) {
   addTable(company, u"QX");
   addKey(company, u"QX", u"K", true, {u"Name"});
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
@@ -55,7 +55,7 @@ TEST_F(MetadataKeysTest, ARemovedKeyNoLongerBinds) {
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')");
 }
 
-TEST_F(MetadataKeysTest, AKeyNeedsANameAndColumns) {
+TEST_P(MetadataKeysTest, AKeyNeedsANameAndColumns) {
   addTable(company, u"QX");
   EXPECT_EQ(addKey(company, u"QX", u"", false, {u"Name"}), kInvalidValue);
   EXPECT_EQ(addKey(company, u"QX", u"K2345678901", false, {u"Name"}), kInvalidValue);
@@ -72,7 +72,7 @@ TEST_F(MetadataKeysTest, AKeyNeedsANameAndColumns) {
   EXPECT_EQ(codeOf([&] { elements->Add(); }), kInvalidValue);
 }
 
-TEST_F(MetadataKeysTest, AUniqueKeyOverEqualRowsIsRefused) {
+TEST_P(MetadataKeysTest, AUniqueKeyOverEqualRowsIsRefused) {
   addTable(company, u"QX");
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')");
@@ -84,7 +84,7 @@ TEST_F(MetadataKeysTest, AUniqueKeyOverEqualRowsIsRefused) {
 
 // ---- across connections and transactions
 
-TEST_F(MetadataKeysTest, AnotherConnectionSeesTheNewFieldAtOnce) {
+TEST_P(MetadataKeysTest, AnotherConnectionSeesTheNewFieldAtOnce) {
   addTable(company, u"QX");
   const CComPtr<ICompany> other = another();
   EXPECT_EQ(rowsOf(other, u"SELECT Code FROM [@QX]"), u"");
@@ -93,7 +93,7 @@ TEST_F(MetadataKeysTest, AnotherConnectionSeesTheNewFieldAtOnce) {
   EXPECT_EQ(rowsOf(other, u"SELECT MAX(U_D) FROM [@QX]"), u"2024-01-31 00:00:00");
 }
 
-TEST_F(MetadataKeysTest, ARollbackTakesDictionaryAndTableBack) {
+TEST_P(MetadataKeysTest, ARollbackTakesDictionaryAndTableBack) {
   company->StartTransaction();
   EXPECT_EQ(addTable(company, u"QX"), 0);
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
@@ -104,12 +104,11 @@ TEST_F(MetadataKeysTest, ARollbackTakesDictionaryAndTableBack) {
   EXPECT_EQ(addTable(company, u"QX"), 0);
 }
 
-TEST_F(MetadataKeysTest, AFailureAtAnyStatementLeavesNothingHalfDone) {
+TEST_P(MetadataKeysTest, AFailureAtAnyStatementLeavesNothingHalfDone) {
   for (int refuse = 1;; ++refuse) {
-    const LoginTarget place{folder.file(std::to_string(refuse) + ".db"), kMssql, ln_English, u"",
-                            u"Demo"};
+    const LoginTarget one{place.database(std::to_string(refuse)), kMssql, ln_English, u"", u"Demo"};
     FaultPlan plan;
-    const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), place);
+    const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), one);
     plan = FaultPlan{0, refuse, Fault::Full};
     const bool done = addTable(failing, u"QX") == 0 &&
                       addField(failing, {u"QX", u"A", kAlphaField, 0, 5}) == 0 &&
@@ -132,6 +131,8 @@ TEST_F(MetadataKeysTest, AFailureAtAnyStatementLeavesNothingHalfDone) {
     EXPECT_EQ(addKey(failing, u"QX", u"K", true, {u"A"}), key ? -2035 : 0) << refuse;
   }
 }
+
+QX_TEST_ON_ALL_MEDIA(MetadataKeysTest);
 
 }  // namespace
 }  // namespace qx::desk

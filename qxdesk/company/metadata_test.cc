@@ -6,7 +6,7 @@
 namespace qx::desk {
 namespace {
 
-using MetadataTest = CompanyTest;
+class MetadataTest : public CompanyTest {};
 
 CComPtr<IUserFieldsMD> loadField(const CComPtr<ICompany>& company, const std::u16string& table,
                                  long index) {
@@ -17,7 +17,7 @@ CComPtr<IUserFieldsMD> loadField(const CComPtr<ICompany>& company, const std::u1
 
 // ---- tables
 
-TEST_F(MetadataTest, ANewTableCanBeFoundAndUsed) {
+TEST_P(MetadataTest, ANewTableCanBeFoundAndUsed) {
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   EXPECT_EQ(tables->GetByKey(CComBSTR(u"QX_1")), VARIANT_FALSE);
   tables->PutTableName(CComBSTR(u"QX_1"));
@@ -32,19 +32,19 @@ TEST_F(MetadataTest, ANewTableCanBeFoundAndUsed) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code, Name FROM [@QX_1]"), u"1|1");
 }
 
-TEST_F(MetadataTest, ATableIsFoundWithItsSignToo) {
+TEST_P(MetadataTest, ATableIsFoundWithItsSignToo) {
   addTable(company, u"QX");
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   EXPECT_EQ(tables->GetByKey(CComBSTR(u"@QX")), VARIANT_TRUE);
 }
 
-TEST_F(MetadataTest, ATableThatIsThereIsNotAddedAgain) {
+TEST_P(MetadataTest, ATableThatIsThereIsNotAddedAgain) {
   EXPECT_EQ(addTable(company, u"QX"), 0);
   EXPECT_EQ(addTable(company, u"qx"), -2035);
   EXPECT_EQ(lastError(company), (LastError{-2035, u"The table '@qx' exists already."}));
 }
 
-TEST_F(MetadataTest, TableNamesKeepTheirRules) {
+TEST_P(MetadataTest, TableNamesKeepTheirRules) {
   EXPECT_EQ(addTable(company, u""), kInvalidValue);
   EXPECT_EQ(addTable(company, u"A B"), kInvalidValue);
   EXPECT_EQ(lastError(company).text,
@@ -57,20 +57,20 @@ TEST_F(MetadataTest, TableNamesKeepTheirRules) {
             u"The table name 'A2345678901234567890' is longer than 19 characters.");
 }
 
-TEST_F(MetadataTest, TableNamesOnDb2HaveNineCharacters) {
+TEST_P(MetadataTest, TableNamesOnDb2HaveNineCharacters) {
   const CComPtr<ICompany> db2 = another(kDb2);
   EXPECT_EQ(addTable(db2, u"A23456789"), 0);
   EXPECT_EQ(addTable(db2, u"B234567890"), kInvalidValue);
 }
 
-TEST_F(MetadataTest, AnUnknownTableTypeIsRefused) {
+TEST_P(MetadataTest, AnUnknownTableTypeIsRefused) {
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   tables->PutTableName(CComBSTR(u"QX"));
   tables->PutTableType(5);
   EXPECT_EQ(tables->Add(), kInvalidValue);
 }
 
-TEST_F(MetadataTest, ADescriptionHasThirtyCharacters) {
+TEST_P(MetadataTest, ADescriptionHasThirtyCharacters) {
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   tables->PutTableName(CComBSTR(u"QX"));
   tables->PutTableDescription(CComBSTR(std::u16string(31, u'x')));
@@ -79,7 +79,7 @@ TEST_F(MetadataTest, ADescriptionHasThirtyCharacters) {
   EXPECT_EQ(tables->Add(), 0);
 }
 
-TEST_F(MetadataTest, AnAddedObjectIsAsNew) {
+TEST_P(MetadataTest, AnAddedObjectIsAsNew) {
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   tables->PutTableName(CComBSTR(u"QX"));
   tables->PutTableDescription(CComBSTR(u"text"));
@@ -90,7 +90,7 @@ TEST_F(MetadataTest, AnAddedObjectIsAsNew) {
   EXPECT_EQ(tables->GetTableType(), 0);
 }
 
-TEST_F(MetadataTest, ARemovedTableLeavesNothing) {
+TEST_P(MetadataTest, ARemovedTableLeavesNothing) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 5});
   addKey(company, u"QX", u"K", true, {u"A"});
@@ -108,7 +108,7 @@ TEST_F(MetadataTest, ARemovedTableLeavesNothing) {
 
 // ---- fields
 
-TEST_F(MetadataTest, AFieldStandsInTheDictionary) {
+TEST_P(MetadataTest, AFieldStandsInTheDictionary) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"ExtID", kAlphaField, 0, 5, u"QX"}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"Rdate", kDateField, 0, 0, u"GETDATE()"}), 0);
@@ -121,7 +121,7 @@ TEST_F(MetadataTest, AFieldStandsInTheDictionary) {
       u"1");
 }
 
-TEST_F(MetadataTest, FieldsCountFromZeroInEachTable) {
+TEST_P(MetadataTest, FieldsCountFromZeroInEachTable) {
   addTable(company, u"A");
   addTable(company, u"B");
   addField(company, {u"A", u"X", kNumericField});
@@ -134,25 +134,25 @@ TEST_F(MetadataTest, FieldsCountFromZeroInEachTable) {
   EXPECT_EQ(fields->GetByKey(CComBSTR(u"@C"), 0), VARIANT_FALSE);
 }
 
-TEST_F(MetadataTest, ASystemTableTakesFieldsUnderItsPlainName) {
+TEST_P(MetadataTest, ASystemTableTakesFieldsUnderItsPlainName) {
   EXPECT_EQ(addField(company, {u"OCRD", u"Grade", kAlphaField, 0, 2, u"A1"}), 0);
   EXPECT_EQ(rowsOf(company, u"SELECT TableID, AliasID FROM CUFD"), u"OCRD|Grade");
   EXPECT_EQ(rowsOf(company, u"SELECT U_Grade FROM OCRD WHERE CardCode = 'C1000'"), u"A1");
 }
 
-TEST_F(MetadataTest, AFieldThatIsThereIsNotAddedAgain) {
+TEST_P(MetadataTest, AFieldThatIsThereIsNotAddedAgain) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"a", kAlphaField, 0, 5}), -2035);
   EXPECT_EQ(lastError(company).text, u"The field 'a' exists already in the table '@QX'.");
 }
 
-TEST_F(MetadataTest, AFieldNeedsItsTable) {
+TEST_P(MetadataTest, AFieldNeedsItsTable) {
   EXPECT_EQ(addField(company, {u"NONE", u"A", kAlphaField, 0, 5}), kNotFound);
   EXPECT_EQ(lastError(company).text, u"There is no table 'NONE'.");
 }
 
-TEST_F(MetadataTest, AFieldNeedsAGoodNameTypeAndSize) {
+TEST_P(MetadataTest, AFieldNeedsAGoodNameTypeAndSize) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"", kAlphaField, 0, 5}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A-B", kAlphaField, 0, 5}), kInvalidValue);
@@ -166,7 +166,7 @@ TEST_F(MetadataTest, AFieldNeedsAGoodNameTypeAndSize) {
   EXPECT_EQ(addField(company, {u"QX", u"B", kNumericField, 0, 11}), 0);
 }
 
-TEST_F(MetadataTest, SizeReadsBackBeforeAdd) {
+TEST_P(MetadataTest, SizeReadsBackBeforeAdd) {
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
   fields->PutSize(15);
   EXPECT_EQ(fields->GetSize(), 15);
@@ -178,7 +178,7 @@ TEST_F(MetadataTest, SizeReadsBackBeforeAdd) {
   EXPECT_EQ(fields->GetName().View(), u"A");
 }
 
-TEST_F(MetadataTest, ADefaultFillsWhatAnInsertLeavesOut) {
+TEST_P(MetadataTest, ADefaultFillsWhatAnInsertLeavesOut) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"T", kAlphaField, 0, 5, u"a'b"}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"N", kNumericField, 0, 9, u"42"}), 0);
@@ -190,7 +190,7 @@ TEST_F(MetadataTest, ADefaultFillsWhatAnInsertLeavesOut) {
             u"a'b|42|1.5|2024-02-29 00:00:00|930");
 }
 
-TEST_F(MetadataTest, ADefaultMustSuitItsField) {
+TEST_P(MetadataTest, ADefaultMustSuitItsField) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 2, u"abc"}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField, 0, 9, u"1.5"}), kInvalidValue);
@@ -205,7 +205,7 @@ TEST_F(MetadataTest, ADefaultMustSuitItsField) {
   EXPECT_EQ(rowsOf(company, u"SELECT AliasID FROM CUFD"), u"");
 }
 
-TEST_F(MetadataTest, CurrentTimeAsDefaultIsThatOfTheInsert) {
+TEST_P(MetadataTest, CurrentTimeAsDefaultIsThatOfTheInsert) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"D", kDateField, 0, 0, u"GETDATE()"}), 0);
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', '1')");
@@ -213,7 +213,7 @@ TEST_F(MetadataTest, CurrentTimeAsDefaultIsThatOfTheInsert) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@QX] WHERE U_D > '20250101'"), u"1");
 }
 
-TEST_F(MetadataTest, CurrentTimeAsDefaultAlsoGoesToATableWithRows) {
+TEST_P(MetadataTest, CurrentTimeAsDefaultAlsoGoesToATableWithRows) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"x"});
   addKey(company, u"QX", u"K", true, {u"A", u"Name"});
@@ -229,18 +229,21 @@ TEST_F(MetadataTest, CurrentTimeAsDefaultAlsoGoesToATableWithRows) {
       << "the unique key is lost";
 }
 
-TEST_F(MetadataTest, AMandatoryFieldTakesNoNull) {
+TEST_P(MetadataTest, AMandatoryFieldTakesNoNull) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"", true}), 0);
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(
       codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', '1')")); }),
       -2000);
-  EXPECT_EQ(lastError(company).text, u"NOT NULL constraint failed: @QX.U_A");
+  EXPECT_EQ(lastError(company).text,
+            words(u"NOT NULL constraint failed: @QX.U_A",
+                  u"null value in column \"u_a\" of relation \"@qx\" violates not-null "
+                  u"constraint (Failing row contains (1, 1, null).)"));
   EXPECT_EQ(rowsOf(company, u"SELECT NotNull FROM CUFD"), u"Y");
 }
 
-TEST_F(MetadataTest, AMandatoryFieldOfATableWithRowsNeedsADefault) {
+TEST_P(MetadataTest, AMandatoryFieldOfATableWithRowsNeedsADefault) {
   addTable(company, u"QX");
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', '1')");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"", true}), kInvalidValue);
@@ -250,7 +253,7 @@ TEST_F(MetadataTest, AMandatoryFieldOfATableWithRowsNeedsADefault) {
   EXPECT_EQ(rowsOf(company, u"SELECT U_A FROM [@QX]"), u"x");
 }
 
-TEST_F(MetadataTest, ValidValuesAreSetFirstAndThenAdded) {
+TEST_P(MetadataTest, ValidValuesAreSetFirstAndThenAdded) {
   addTable(company, u"QX");
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
   fields->PutTableName(CComBSTR(u"QX"));
@@ -274,7 +277,7 @@ TEST_F(MetadataTest, ValidValuesAreSetFirstAndThenAdded) {
   EXPECT_EQ(found->GetLinkedTable().View(), u"OTHER");
 }
 
-TEST_F(MetadataTest, ValidValuesAreNotEnforcedOnRows) {
+TEST_P(MetadataTest, ValidValuesAreNotEnforcedOnRows) {
   addTable(company, u"QX");
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
   fields->PutTableName(CComBSTR(u"QX"));
@@ -285,7 +288,7 @@ TEST_F(MetadataTest, ValidValuesAreNotEnforcedOnRows) {
   query(company, u"INSERT INTO [@QX] (Code, Name, U_Kind) VALUES ('1', '1', 'Z')");
 }
 
-TEST_F(MetadataTest, ValidValuesMustFitAndDifferAndBeSet) {
+TEST_P(MetadataTest, ValidValuesMustFitAndDifferAndBeSet) {
   addTable(company, u"QX");
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
   const auto values = fields->GetValidValues();
@@ -304,7 +307,7 @@ TEST_F(MetadataTest, ValidValuesMustFitAndDifferAndBeSet) {
   EXPECT_EQ(lastError(company).text, u"The field 'Kind' has the valid value 'AB' twice.");
 }
 
-TEST_F(MetadataTest, AFieldCanGrowAndKeepsItsRowsAndKeys) {
+TEST_P(MetadataTest, AFieldCanGrowAndKeepsItsRowsAndKeys) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 2, u"x"});
   addField(company, {u"QX", u"B", kNumericField, 0, 9});
@@ -330,7 +333,7 @@ TEST_F(MetadataTest, AFieldCanGrowAndKeepsItsRowsAndKeys) {
             -2000);
 }
 
-TEST_F(MetadataTest, AFieldCannotShrinkOrChangeItsType) {
+TEST_P(MetadataTest, AFieldCannotShrinkOrChangeItsType) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 4});
   const auto field = loadField(company, u"@QX", 0);
@@ -343,13 +346,13 @@ TEST_F(MetadataTest, AFieldCannotShrinkOrChangeItsType) {
   EXPECT_EQ(field->Update(), kInvalidValue);
 }
 
-TEST_F(MetadataTest, OnlyALoadedFieldIsUpdated) {
+TEST_P(MetadataTest, OnlyALoadedFieldIsUpdated) {
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
   EXPECT_EQ(fields->Update(), kNotFound);
   EXPECT_EQ(lastError(company).text, u"No object is loaded. Call GetByKey first.");
 }
 
-TEST_F(MetadataTest, EveryFieldTypeReadsBackAsItWasAdded) {
+TEST_P(MetadataTest, EveryFieldTypeReadsBackAsItWasAdded) {
   addTable(company, u"P");
   std::mt19937 random(7);
   std::vector<FieldSetup> added;
@@ -377,6 +380,8 @@ TEST_F(MetadataTest, EveryFieldTypeReadsBackAsItWasAdded) {
   }
   EXPECT_EQ(query(company, u"SELECT * FROM [@P]")->GetFields()->Count(), 62);
 }
+
+QX_TEST_ON_ALL_MEDIA(MetadataTest);
 
 }  // namespace
 }  // namespace qx::desk

@@ -1,10 +1,24 @@
 #include "qxdesk/company/recordset.h"
 
-#include "qxframework/automation/text.h"
+#include "qxdesk/company/company_error.h"
+#include "qxdesk/sql/sql_error.h"
+#include "qxdesk/sql/statement_text.h"
 
 #include <algorithm>
 
 namespace qx::desk {
+
+namespace {
+
+std::string utf8Of(std::u16string_view statement) {
+  try {
+    return sql::statementText(statement);
+  } catch (const sql::SqlError& error) {
+    throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
+  }
+}
+
+}  // namespace
 
 Field::Field(Recordset& recordset, std::size_t column)
     : HostPart(recordset), recordset_(recordset), column_(column) {}
@@ -89,7 +103,7 @@ HRESULT Recordset::raw_DoQuery(BSTR sql) {
   return companyCall(*session_, [&] {
     rows_ = {};
     position_ = 0;
-    rows_ = session_->query(toUtf8(viewOfBstr(sql)));
+    rows_ = session_->query(utf8Of(viewOfBstr(sql)));
   });
 }
 

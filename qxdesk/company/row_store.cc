@@ -65,7 +65,11 @@ CComVariant fromInteger(std::int64_t value, sql::ColumnType type) {
 }
 
 CComVariant fromReal(double value, sql::ColumnType type) {
-  return type == sql::ColumnType::Text ? numberText(value) : CComVariant(value);
+  if (type == sql::ColumnType::Text) return numberText(value);
+  // An engine may give a sum of whole numbers a wider type.
+  const bool whole = type == sql::ColumnType::Integer && value == std::trunc(value) &&
+                     std::abs(value) <= std::numeric_limits<std::int32_t>::max();
+  return whole ? CComVariant(static_cast<long>(value)) : CComVariant(value);
 }
 
 CComVariant fromText(std::string_view text, sql::ColumnType type) {

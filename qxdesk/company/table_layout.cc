@@ -1,22 +1,10 @@
 #include "qxdesk/company/table_layout.h"
 
-#include "qxdesk/company/database.h"
-
 #include <algorithm>
 
 namespace qx::desk {
 
 namespace {
-
-std::string check(std::string_view name, std::string_view promise, const std::string& condition) {
-  const std::string column = quotedName(name);
-  return " CONSTRAINT " + quotedName(std::string(name) + ": " + std::string(promise)) + " CHECK (" +
-         column + " IS NULL OR " + condition + ")";
-}
-
-std::string wholeNumberCheck(std::string_view name) {
-  return check(name, "a whole number", "typeof(" + quotedName(name) + ") = 'integer'");
-}
 
 TableLayout companyTable() {
   return {"OADM",
@@ -26,7 +14,7 @@ TableLayout companyTable() {
            smallIntegerColumn("QtyDec"), smallIntegerColumn("PercentDec"),
            smallIntegerColumn("MeasureDec"), textColumn("DecSep", 1), textColumn("ThousSep", 1),
            smallIntegerColumn("DateFormat"), textColumn("DateSep", 1), textColumn("CurrPos", 1)},
-          "Code"};
+          {"Code"}};
 }
 
 std::vector<TableLayout> dictionaryTables() {
@@ -34,27 +22,27 @@ std::vector<TableLayout> dictionaryTables() {
       {"OUTB",
        {notNull(textColumn("TableName", 20)), textColumn("Descr", 30),
         smallIntegerColumn("ObjectType")},
-       "TableName"},
+       {"TableName"}},
       {"CUFD",
        {notNull(textColumn("TableID", 20)), notNull(smallIntegerColumn("FieldID")),
         notNull(textColumn("AliasID", 50)), textColumn("Descr", 30), smallIntegerColumn("TypeID"),
         smallIntegerColumn("EditType"), smallIntegerColumn("SizeID"),
         smallIntegerColumn("EditSize"), textColumn("Dflt", 254), textColumn("NotNull", 1),
         textColumn("RTable", 20)},
-       "TableID, FieldID"},
+       {"TableID", "FieldID"}},
       {"UFD1",
        {notNull(textColumn("TableID", 20)), notNull(smallIntegerColumn("FieldID")),
         notNull(smallIntegerColumn("IndexID")), textColumn("FldValue", 254),
         textColumn("Descr", 254)},
-       "TableID, FieldID, IndexID"},
+       {"TableID", "FieldID", "IndexID"}},
       {"OUKD",
        {notNull(textColumn("TableName", 20)), notNull(smallIntegerColumn("KeyId")),
         textColumn("KeyName", 10), textColumn("UniqueKey", 1)},
-       "TableName, KeyId"},
+       {"TableName", "KeyId"}},
       {"UKD1",
        {notNull(textColumn("TableName", 20)), notNull(smallIntegerColumn("KeyId")),
         notNull(smallIntegerColumn("SubKeyId")), textColumn("ColAlias", 52)},
-       "TableName, KeyId, SubKeyId"},
+       {"TableName", "KeyId", "SubKeyId"}},
   };
 }
 
@@ -63,26 +51,26 @@ std::vector<TableLayout> businessTables() {
       {"OCRN",
        {notNull(textColumn("CurrCode", 3)), textColumn("CurrName", 20),
         smallIntegerColumn("Decimals")},
-       "CurrCode"},
+       {"CurrCode"}},
       {"ORTT",
        {notNull(dateColumn("RateDate")), notNull(textColumn("Currency", 3)), decimalColumn("Rate")},
-       "RateDate, Currency"},
+       {"RateDate", "Currency"}},
       {"OFPR",
        {notNull(integerColumn("AbsEntry")), textColumn("Code", 20), textColumn("Name", 20),
         textColumn("Category", 10), smallIntegerColumn("SubNum"), dateColumn("F_RefDate"),
         dateColumn("T_RefDate")},
-       "AbsEntry"},
+       {"AbsEntry"}},
       {"VTG1",
        {notNull(textColumn("Code", 8)), notNull(dateColumn("EffecDate")), decimalColumn("Rate")},
-       "Code, EffecDate"},
+       {"Code", "EffecDate"}},
       {"OCRD",
        {notNull(textColumn("CardCode", 15)), textColumn("CardName", 100), textColumn("CardType", 1),
         decimalColumn("Balance"), dateColumn("CreateDate"), memoColumn("Notes")},
-       "CardCode"},
+       {"CardCode"}},
       {"OITM",
        {notNull(textColumn("ItemCode", 20)), textColumn("ItemName", 100), decimalColumn("OnHand"),
         decimalColumn("AvgPrice"), dateColumn("CreateDate")},
-       "ItemCode"},
+       {"ItemCode"}},
   };
 }
 
@@ -94,53 +82,43 @@ std::vector<TableLayout> allSystemTables() {
 }
 
 char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char upperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+std::string mapped(std::string_view name, char (*map)(char)) {
+  std::string result(name);
+  std::transform(result.begin(), result.end(), result.begin(), map);
+  return result;
+}
+
+ColumnLayout columnOfKind(std::string_view name, ColumnKind kind, long size = 0) {
+  return {std::string(name), kind, size, false, {}};
+}
 
 }  // namespace
 
 ColumnLayout textColumn(std::string_view name, long size) {
-  const std::string limit = std::to_string(size);
-  return {std::string(name), "nvarchar(" + limit + ")" +
-                                 check(name, "at most " + limit + " characters",
-                                       "length(" + quotedName(name) + ") <= " + limit)};
+  return columnOfKind(name, ColumnKind::Text, size);
 }
 
-ColumnLayout memoColumn(std::string_view name) { return {std::string(name), "ntext"}; }
+ColumnLayout memoColumn(std::string_view name) { return columnOfKind(name, ColumnKind::Memo); }
 
 ColumnLayout integerColumn(std::string_view name) {
-  return {std::string(name), "int" + wholeNumberCheck(name)};
+  return columnOfKind(name, ColumnKind::Integer);
 }
 
 ColumnLayout smallIntegerColumn(std::string_view name) {
-  return {std::string(name), "smallint" + wholeNumberCheck(name)};
+  return columnOfKind(name, ColumnKind::SmallInteger);
 }
 
 ColumnLayout decimalColumn(std::string_view name) {
-  return {std::string(name),
-          "decimal(21,6)" +
-              check(name, "a number", "typeof(" + quotedName(name) + ") IN ('integer', 'real')")};
+  return columnOfKind(name, ColumnKind::Decimal);
 }
 
-ColumnLayout dateColumn(std::string_view name) {
-  // '+0 days' makes the engine refuse a day that the month does not have.
-  const std::string column = quotedName(name);
-  return {std::string(name),
-          "datetime" + check(name, "a date of the form YYYY-MM-DD HH:MM:SS",
-                             column + " IS datetime(" + column + ", '+0 days')")};
-}
+ColumnLayout dateColumn(std::string_view name) { return columnOfKind(name, ColumnKind::Date); }
 
 ColumnLayout notNull(ColumnLayout column) {
-  column.declaration += " NOT NULL";
+  column.mandatory = true;
   return column;
-}
-
-std::string createTableSql(const TableLayout& layout, std::string_view name) {
-  std::string sql = "CREATE TABLE " + quotedName(name) + " (";
-  for (const ColumnLayout& column : layout.columns) {
-    if (&column != &layout.columns.front()) sql += ", ";
-    sql += quotedName(column.name) + " " + column.declaration;
-  }
-  if (!layout.primaryKey.empty()) sql += ", PRIMARY KEY (" + layout.primaryKey + ")";
-  return sql + ")";
 }
 
 const std::vector<TableLayout>& systemTables() {
@@ -162,7 +140,7 @@ TableLayout userTable(std::string_view name, long type) {
   constexpr long kNameSize = 100;
   TableLayout table{userTableName(name),
                     {notNull(textColumn("Code", kCodeSize)), textColumn("Name", kNameSize)},
-                    "Code"};
+                    {"Code"}};
   // Master data and documents count themselves, their lines count within their owner.
   if (type == 1 || type == 3) table.columns.push_back(integerColumn("DocEntry"));
   if (type == 2 || type == 4) table.columns.push_back(integerColumn("LineId"));
@@ -173,5 +151,8 @@ bool sameName(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return lowerAscii(x) == lowerAscii(y); });
 }
+
+std::string upperName(std::string_view name) { return mapped(name, upperAscii); }
+std::string lowerName(std::string_view name) { return mapped(name, lowerAscii); }
 
 }  // namespace qx::desk

@@ -1,9 +1,7 @@
 #pragma once
 
-// How tables of a company look in the embedded engine. Declared types are those of the host's
-// database, from which the types of result columns are told; what such a type promises (length of
-// a text, form of a date) stands in a named check beside it, so that the engine's refusal names
-// the column.
+// How the tables of a company look, whatever the engine: an engine's own types and checks come
+// in by engines/engine_tables.h.
 
 #include <string>
 #include <string_view>
@@ -11,17 +9,29 @@
 
 namespace qx::desk {
 
+enum class ColumnKind { Text, Memo, Integer, SmallInteger, Decimal, Date };
+
+/// The value of a column that an insert leaves out.
+struct ColumnDefault {
+  enum class Kind { None, Text, Number, Date, CurrentTime };
+  Kind kind = Kind::None;
+  std::string value;  // of a date in its stored form, YYYY-MM-DD HH:MM:SS
+  friend bool operator==(const ColumnDefault&, const ColumnDefault&) = default;
+};
+
 struct ColumnLayout {
   std::string name;
-  /// Type and constraints.
-  std::string declaration;
+  ColumnKind kind = ColumnKind::Text;
+  long size = 0;  // of a text, in characters
+  bool mandatory = false;
+  ColumnDefault byDefault;
+  friend bool operator==(const ColumnLayout&, const ColumnLayout&) = default;
 };
 
 struct TableLayout {
   std::string name;
   std::vector<ColumnLayout> columns;
-  /// Comma-separated; may be empty.
-  std::string primaryKey;
+  std::vector<std::string> primaryKey;  // may be empty
 };
 
 ColumnLayout textColumn(std::string_view name, long size);
@@ -32,9 +42,6 @@ ColumnLayout decimalColumn(std::string_view name);
 ColumnLayout dateColumn(std::string_view name);
 /// The same column that takes no null.
 ColumnLayout notNull(ColumnLayout column);
-
-/// `CREATE TABLE` under `name`, which may differ from the layout's own.
-std::string createTableSql(const TableLayout& layout, std::string_view name);
 
 /// The dictionary, the settings and the few business tables that every company has.
 const std::vector<TableLayout>& systemTables();
@@ -47,5 +54,8 @@ TableLayout userTable(std::string_view name, long type);
 
 /// Equality without case for names of tables, fields and keys, which are ASCII.
 bool sameName(std::string_view a, std::string_view b);
+/// ASCII letters in upper or lower case.
+std::string upperName(std::string_view name);
+std::string lowerName(std::string_view name);
 
 }  // namespace qx::desk

@@ -1,8 +1,9 @@
 #include "qxdesk/company/test_support.h"
 
+#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/row_store.h"
-#include "qxdesk/company/sqlite_database.h"
 #include "qxframework/automation/text.h"
+#include "tests/support/postgres_server.h"
 
 namespace qx::desk {
 
@@ -14,6 +15,8 @@ class FailingDatabase final : public Database {
   FailingDatabase(std::unique_ptr<Database> real, FaultPlan* plan)
       : real_(std::move(real)), plan_(plan) {}
 
+  Route route() const override { return real_->route(); }
+  const EngineTables& tables() const override { return real_->tables(); }
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
     count();
     return real_->prepare(sql);
@@ -27,7 +30,16 @@ class FailingDatabase final : public Database {
   void noticeChanges() override { real_->noticeChanges(); }
   bool isReadOnly() const override { return real_->isReadOnly(); }
   bool inTransaction() const override { return real_->inTransaction(); }
-  bool isGone() const override { return real_->isGone(); }
+  void begin() override {
+    count();
+    real_->begin();
+  }
+  void commit() override {
+    count();
+    real_->commit();
+  }
+  void rollback() override { real_->rollback(); }
+  std::optional<DatabaseError> lost() const override { return real_->lost(); }
 
  private:
   void count() {
@@ -55,7 +67,7 @@ CompanyEnvironment testEnvironment() {
 OpenDatabase failingOpen(FaultPlan* plan) {
   return [plan](const std::string& path, const CompanyEnvironment& environment) {
     return std::unique_ptr<Database>(
-        std::make_unique<FailingDatabase>(openSqliteDatabase(path, environment), plan));
+        std::make_unique<FailingDatabase>(openDatabase(path, environment), plan));
   };
 }
 
@@ -82,7 +94,7 @@ CComPtr<ICompany> companyFor(const LoginTarget& target, const CompanyEnvironment
 }
 
 CComPtr<ICompany> companyFor(const LoginTarget& target, const CompanyEnvironment& environment) {
-  return companyFor(target, environment, openSqliteDatabase);
+  return companyFor(target, environment, openDatabase);
 }
 
 CComPtr<ICompany> connectTo(const LoginTarget& target, const CompanyEnvironment& environment) {
@@ -100,7 +112,8 @@ CComPtr<ICompany> connectThrough(const OpenDatabase& open, const LoginTarget& ta
 CComPtr<IRecordset> query(const CComPtr<ICompany>& company, const std::u16string& sql) {
   CComPtr<IRecordset> rows = businessObject<IRecordset>(company, kRecordset);
   const HRESULT result = rows->raw_DoQuery(CComBSTR(sql));
-  EXPECT_EQ(result, S_OK) << toUtf8(sql) << ": " << toUtf8(lastError(company).text);
+  EXPECT_EQ(result, S_OK) << toUtf8(sql).substr(0, 500) << ": "
+                          << toUtf8(lastError(company).text).substr(0, 500);
   return rows;
 }
 
@@ -166,10 +179,32 @@ HRESULT codeOf(const std::function<void()>& operation) {
   return S_OK;
 }
 
-CompanyTest::CompanyTest() : company(connectTo(target())) {}
+std::string TestPlace::database(const std::string& name) {
+  if (medium_ == Medium::Sqlite) return folder.file(name);
+  std::string& connection = servers_[name];
+  if (connection.empty()) {
+    test::PostgresServer& server = test::PostgresServer::shared();
+    connection = "odbc:" + server.connection(server.createDatabase());
+  }
+  return connection;
+}
+
+std::string TestPlace::companyDatabase() {
+  if (medium_ == Medium::Sqlite) return database("company.db");
+  test::PostgresServer& server = test::PostgresServer::shared();
+  static const std::string model = [&server] {
+    std::string name = server.createDatabase();
+    connectTo({"odbc:" + server.connection(name), kMssql, ln_English, u"manager", u"Demo"});
+    return name;
+  }();
+  return "odbc:" + server.connection(server.createDatabase(model));
+}
+
+CompanyTest::CompanyTest()
+    : place(GetParam()), database(place.companyDatabase()), company(connectTo(target())) {}
 
 LoginTarget CompanyTest::target(long serverType) const {
-  return LoginTarget{folder.file("company.db"), serverType, ln_English, u"manager", u"Demo"};
+  return LoginTarget{database, serverType, ln_English, u"manager", u"Demo"};
 }
 
 }  // namespace qx::desk

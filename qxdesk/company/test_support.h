@@ -16,6 +16,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -27,6 +28,26 @@ namespace qx::desk {
 class TemporaryFolder : public test::TempFolder {
  public:
   std::string file(const std::string& name) const { return (path() / name).string(); }
+};
+
+/// What a company is kept in.
+enum class Medium { Sqlite, Postgres };
+
+/// Where the companies of one test are kept: files of a fresh folder, or fresh databases of the
+/// test program's server.
+class TestPlace {
+ public:
+  explicit TestPlace(Medium medium) : medium_(medium) {}
+  /// The same for the same name; missing or empty at first.
+  std::string database(const std::string& name);
+  /// One with a new company in it, where that is quicker than making it.
+  std::string companyDatabase();
+
+  TemporaryFolder folder;
+
+ private:
+  Medium medium_;
+  std::map<std::string, std::string> servers_;
 };
 
 /// A clock that stands, sleeps that only count, random bytes that count up.
@@ -102,16 +123,26 @@ long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
 /// `code` of an operation that must fail.
 HRESULT codeOf(const std::function<void()>& operation);
 
-/// Tests with one connected company in a fresh file.
-class CompanyTest : public testing::Test {
+/// Tests with one connected company in a fresh file or database.
+class CompanyTest : public testing::TestWithParam<Medium> {
  protected:
   CompanyTest();
   LoginTarget target(long serverType = 1) const;
-  /// A second connection to the same file.
+  /// A second connection to the same company.
   CComPtr<ICompany> another(long serverType = 1) const { return connectTo(target(serverType)); }
+  /// What the medium of this test says.
+  std::u16string words(std::u16string_view sqlite, std::u16string_view postgres) const {
+    return std::u16string(GetParam() == Medium::Sqlite ? sqlite : postgres);
+  }
 
-  TemporaryFolder folder;
+  TestPlace place;
+  std::string database;
   CComPtr<ICompany> company;
 };
+
+/// One line in CTest for all tests on the server, one for each of the others.
+#define QX_TEST_ON_ALL_MEDIA(Suite)                                         \
+  INSTANTIATE_TEST_SUITE_P(Sqlite, Suite, testing::Values(Medium::Sqlite)); \
+  INSTANTIATE_TEST_SUITE_P(Postgres, Suite, testing::Values(Medium::Postgres))
 
 }  // namespace qx::desk

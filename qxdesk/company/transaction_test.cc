@@ -1,4 +1,5 @@
 #include "qxdesk/company/company_session.h"
+#include "qxdesk/company/engines/sqlite_tables.h"
 #include "qxdesk/company/test_support.h"
 
 #include <sys/wait.h>
@@ -21,7 +22,7 @@ class TransactionTest : public CompanyTest {
   }
 };
 
-TEST_F(TransactionTest, ACommitKeepsTheRows) {
+TEST_P(TransactionTest, ACommitKeepsTheRows) {
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
   company->StartTransaction();
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
@@ -32,7 +33,7 @@ TEST_F(TransactionTest, ACommitKeepsTheRows) {
   EXPECT_EQ(codes(another()), u"1");
 }
 
-TEST_F(TransactionTest, ARollbackForgetsThem) {
+TEST_P(TransactionTest, ARollbackForgetsThem) {
   insert(company, u"0");
   company->StartTransaction();
   insert(company, u"1");
@@ -41,35 +42,37 @@ TEST_F(TransactionTest, ARollbackForgetsThem) {
   EXPECT_EQ(codes(company), u"0");
 }
 
-TEST_F(TransactionTest, AnySetFlagCommits) {
+TEST_P(TransactionTest, AnySetFlagCommits) {
   company->StartTransaction();
   insert(company, u"1");
   company->EndTransaction(1);
   EXPECT_EQ(codes(another()), u"1");
 }
 
-TEST_F(TransactionTest, OnlyOneIsOpenAtATime) {
+TEST_P(TransactionTest, OnlyOneIsOpenAtATime) {
   company->StartTransaction();
   EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"A transaction is open already.");
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
 }
 
-TEST_F(TransactionTest, ACommitIntoAFileThatHasGoneFails) {
+class FileTransactionTest : public TransactionTest {};
+
+TEST_P(FileTransactionTest, ACommitIntoAFileThatHasGoneFails) {
   company->StartTransaction();
   insert(company, u"1");
-  std::filesystem::remove(folder.file("company.db"));
+  std::filesystem::remove(database);
   EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
   EXPECT_NE(lastError(company).text.find(u"company.db"), std::u16string::npos);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
-TEST_F(TransactionTest, EndingNoneFails) {
+TEST_P(TransactionTest, EndingNoneFails) {
   EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"No transaction is open.");
 }
 
-TEST_F(TransactionTest, AFailedStatementLeavesItOpen) {
+TEST_P(TransactionTest, AFailedStatementLeavesItOpen) {
   company->StartTransaction();
   insert(company, u"1");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
@@ -82,7 +85,23 @@ TEST_F(TransactionTest, AFailedStatementLeavesItOpen) {
   EXPECT_EQ(codes(company), u"1\n2");
 }
 
-TEST_F(TransactionTest, DisconnectRollsBack) {
+TEST_P(TransactionTest, AChangeOfTablesThatFailsWithinItLeavesTheRest) {
+  company->StartTransaction();
+  insert(company, u"1");
+  EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
+  EXPECT_EQ(addField(company, {u"QX", u"B", kAlphaField, 0, 5, u"", true}), kInvalidValue);
+  EXPECT_EQ(addKey(company, u"QX", u"K", true, {u"A"}), 0);
+  EXPECT_EQ(addKey(company, u"QX", u"K2", true, {u"A", u"Nope"}), kNotFound);
+  insert(company, u"2");
+  EXPECT_EQ(addKey(company, u"QX", u"K3", true, {u"A"}), 0);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
+  company->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(codes(another()), u"1\n2");
+  EXPECT_EQ(rowsOf(another(), u"SELECT KeyName FROM OUKD ORDER BY KeyName"), u"K\nK3");
+  EXPECT_EQ(rowsOf(another(), u"SELECT AliasID FROM CUFD"), u"A");
+}
+
+TEST_P(TransactionTest, DisconnectRollsBack) {
   company->StartTransaction();
   insert(company, u"1");
   company->Disconnect();
@@ -90,7 +109,7 @@ TEST_F(TransactionTest, DisconnectRollsBack) {
   EXPECT_EQ(codes(another()), u"");
 }
 
-TEST_F(TransactionTest, TheDeathOfTheProcessRollsBack) {
+TEST_P(TransactionTest, TheDeathOfTheProcessRollsBack) {
   std::array<int, 2> ready{};
   ASSERT_EQ(pipe(ready.data()), 0);
   const pid_t child = fork();
@@ -105,33 +124,40 @@ TEST_F(TransactionTest, TheDeathOfTheProcessRollsBack) {
   ASSERT_EQ(read(ready[0], &mark, 1), 1);
   EXPECT_EQ(codes(company), u"");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
+  // What it has written is locked, and with a file that is all of it.
   EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')")); }),
+      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')")); }),
       kSqlFailure);
+  EXPECT_TRUE(lastError(company).text.starts_with(u"The company database is locked"));
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
   close(ready[0]);
   close(ready[1]);
-  insert(company, u"2");
-  EXPECT_EQ(codes(company), u"2");
+  insert(company, u"1");
+  EXPECT_EQ(codes(company), u"1");
 }
 
 /// An engine that rolls back by itself, as one does whose disk is full.
 class LosingDatabase final : public Database {
  public:
-  std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    if (sql == "BEGIN IMMEDIATE") open = true;
-    if (sql == "COMMIT" && failCommit) throw DatabaseError(Fault::Full, "full");
-    if (sql == "COMMIT" || sql == "ROLLBACK") open = false;
-    return std::make_unique<Nothing>();
+  Route route() const override { return Route::ToSqlite; }
+  const EngineTables& tables() const override { return sqliteTables(); }
+  std::unique_ptr<Statement> prepare(std::string_view) override {
+    return std::make_unique<CompanyThere>();
   }
+  void begin() override { open = true; }
+  void commit() override {
+    if (failCommit) throw DatabaseError(Fault::Full, "full");
+    open = false;
+  }
+  void rollback() override { open = false; }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override { return prepare(sql); }
   sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override {}
   bool isReadOnly() const override { return false; }
   bool inTransaction() const override { return open; }
-  bool isGone() const override { return false; }
+  std::optional<DatabaseError> lost() const override { return std::nullopt; }
 
   bool open = false;
   bool failCommit = false;
@@ -142,17 +168,19 @@ class LosingDatabase final : public Database {
       return sql::ColumnType::Unknown;
     }
   };
-  struct Nothing final : Statement {
+  /// The answer to all questions is yes.
+  struct CompanyThere final : Statement {
     void bind(int, std::int64_t) override {}
     void bind(int, double) override {}
     void bind(int, std::string_view) override {}
-    bool step() override { return false; }
+    void bindDate(int, std::string_view) override {}
+    bool step() override { return true; }
     void reset() override {}
     int columnCount() const override { return 0; }
     std::string columnName(int) const override { return {}; }
     sql::ColumnType declaredType(int) const override { return sql::ColumnType::Unknown; }
     Storage storage(int) const override { return Storage::Null; }
-    std::int64_t integer(int) const override { return 0; }
+    std::int64_t integer(int) const override { return 1; }
     double real(int) const override { return 0; }
     std::string_view text(int) const override { return {}; }
   };
@@ -202,6 +230,9 @@ TEST_F(LostTransactionTest, AFailedCommitLeavesNoneOpen) {
   database->failCommit = false;
   EXPECT_EQ(company->StartTransaction(), S_OK);
 }
+
+QX_TEST_ON_ALL_MEDIA(TransactionTest);
+INSTANTIATE_TEST_SUITE_P(Sqlite, FileTransactionTest, testing::Values(Medium::Sqlite));
 
 }  // namespace
 }  // namespace qx::desk

@@ -2,11 +2,11 @@
 
 #include "qxdesk/screens/system_forms.h"
 #include "qxdesk/screens/ui_codes.h"
+#include "qxdesk/session/database_name.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/events.h"
 
-#include <filesystem>
 #include <utility>
 
 namespace qx::screens {
@@ -28,7 +28,7 @@ void Desk::setDatabase(std::string database) {
 }
 
 std::u16string Desk::databaseName() const {
-  return toUtf16(std::filesystem::path(settings_.database).stem().string());
+  return toUtf16(desk::databaseTitle(settings_.database));
 }
 
 std::u16string Desk::companyName() const {

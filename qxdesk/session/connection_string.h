@@ -9,7 +9,8 @@
 //
 // | key      | value                                                              | if left out |
 // |----------|--------------------------------------------------------------------|-------------|
-// | db       | the file of the company database                                   | required    |
+// | db       | the file of the company database, or "odbc:" and an ODBC           | required    |
+// |          | connection string                                                  |             |
 // | engine   | mssql, sybase, db2 or kordb: the dialect of the statements         | mssql       |
 // | language | a number of the client, 3, or a name, en, de, pt-BR                | 3           |
 // | appid    | 0 or more: which client this is; the same number is the same client| 1           |
@@ -30,7 +31,7 @@
 namespace qx::desk {
 
 struct ConnectionString {
-  std::string database;   ///< UTF-8
+  std::string database;   ///< UTF-8, see database_name.h
   long dbServerType = 1;  ///< see qx::DbServerType
   HvLanguages language = ln_English;
   long appId = 1;

@@ -14,7 +14,7 @@
 namespace qx::desk {
 
 struct LoginTarget {
-  /// UTF-8: the path of the company's database file.
+  /// UTF-8: the company database, see database_name.h.
   std::string database;
   /// See qx::DbServerType: the dialect in which statements are written.
   long dbServerType = 1;

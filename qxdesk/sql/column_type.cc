@@ -9,23 +9,23 @@ namespace qx::sql {
 namespace {
 
 constexpr std::pair<std::string_view, ColumnType> kDeclarations[] = {
-    {"char", ColumnType::Text},        {"nchar", ColumnType::Text},
-    {"varchar", ColumnType::Text},     {"nvarchar", ColumnType::Text},
-    {"text", ColumnType::Text},        {"ntext", ColumnType::Text},
-    {"int", ColumnType::Integer},      {"integer", ColumnType::Integer},
-    {"smallint", ColumnType::Integer}, {"bigint", ColumnType::Integer},
-    {"tinyint", ColumnType::Integer},  {"decimal", ColumnType::Decimal},
-    {"numeric", ColumnType::Decimal},  {"float", ColumnType::Decimal},
-    {"real", ColumnType::Decimal},     {"double", ColumnType::Decimal},
-    {"datetime", ColumnType::Date},    {"date", ColumnType::Date},
-    {"timestamp", ColumnType::Date},
+    {"char", ColumnType::Text},       {"nchar", ColumnType::Text},
+    {"character", ColumnType::Text},  {"varchar", ColumnType::Text},
+    {"nvarchar", ColumnType::Text},   {"text", ColumnType::Text},
+    {"ntext", ColumnType::Text},      {"int", ColumnType::Integer},
+    {"integer", ColumnType::Integer}, {"smallint", ColumnType::Integer},
+    {"bigint", ColumnType::Integer},  {"tinyint", ColumnType::Integer},
+    {"decimal", ColumnType::Decimal}, {"numeric", ColumnType::Decimal},
+    {"float", ColumnType::Decimal},   {"real", ColumnType::Decimal},
+    {"double", ColumnType::Decimal},  {"datetime", ColumnType::Date},
+    {"date", ColumnType::Date},       {"timestamp", ColumnType::Date},
 };
+
+}  // namespace
 
 bool isNumber(ColumnType type) {
   return type == ColumnType::Integer || type == ColumnType::Decimal;
 }
-
-}  // namespace
 
 ColumnType typeOfDeclaration(std::string_view declaration) {
   const std::string_view word = declaration.substr(0, declaration.find_first_of(" ("));

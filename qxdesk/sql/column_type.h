@@ -12,6 +12,8 @@ enum class ColumnType { Unknown, Text, Integer, Decimal, Date };
 // Unknown for anything else. Case does not matter, nor what stands in brackets.
 ColumnType typeOfDeclaration(std::string_view declaration);
 
+bool isNumber(ColumnType type);
+
 // The kind that holds values of both: the wider of two numbers, else the first known one.
 ColumnType commonType(ColumnType a, ColumnType b);
 

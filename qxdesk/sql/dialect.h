@@ -85,4 +85,9 @@ bool isFunctionOfAnyDialect(std::string_view name);
 // Equality of names and keywords: case-insensitive for ASCII letters, as the database has it.
 bool sameName(std::string_view a, std::string_view b);
 
+// The letter in lower case, as names are folded; any other character as it is.
+constexpr char lowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 }  // namespace qx::sql

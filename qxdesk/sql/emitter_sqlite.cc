@@ -1,317 +1,170 @@
 #include "qxdesk/sql/emitter_sqlite.h"
 
-#include "qxdesk/sql/emitter_sqlite_expression.h"
-
-#include <algorithm>
-
 namespace qx::sql {
 namespace {
 
-std::string_view joinText(JoinKind kind) {
-  switch (kind) {
-    case JoinKind::Left:
-      return " LEFT OUTER JOIN ";
-    case JoinKind::Right:
-      return " RIGHT OUTER JOIN ";
-    case JoinKind::Full:
-      return " FULL OUTER JOIN ";
-    case JoinKind::Comma:
-    case JoinKind::Cross:
-      return " CROSS JOIN ";
+bool hasSets(std::string_view pattern) { return pattern.find('[') != std::string_view::npos; }
+
+std::string_view unitText(TimeUnit unit) {
+  switch (unit) {
+    case TimeUnit::Second:
+      return " seconds";
+    case TimeUnit::Minute:
+      return " minutes";
+    case TimeUnit::Hour:
+      return " hours";
     default:
-      return " INNER JOIN ";
+      return " days";
   }
 }
 
-// Symbols that are open in SQLite's parser before each part of a statement.
-constexpr int kStatementSymbols = 3;
-constexpr int kWithSymbols = 8;
-constexpr int kUnionSymbols = 2;
-constexpr int kItemSymbols = 4;
-constexpr int kSourceSymbols = 5;
-constexpr int kOnSymbols = 10;
-constexpr int kWhereSymbols = 7;
-constexpr int kGroupSymbols = 9;
-constexpr int kHavingSymbols = 7;
-constexpr int kOrderSymbols = 11;
-constexpr int kLimitSymbols = 9;
-constexpr int kWindowSymbols = 14;
-constexpr int kValuesSymbols = 9;
-constexpr int kSetSymbols = 11;
-
-// Writes SELECTs and what surrounds them; expressions are written by its base.
-class Emitter : public SqliteExpressionEmitter {
- public:
-  using SqliteExpressionEmitter::SqliteExpressionEmitter;
-
-  void statement(const Statement& statement, std::optional<std::int64_t> rowLimit) {
-    const Open open(*this, kStatementSymbols);
-    switch (statement.kind) {
-      case StatementKind::Select:
-        outerSelect(*statement.select, rowLimit);
-        break;
-      case StatementKind::Insert:
-        insert(statement, rowLimit);
-        break;
-      case StatementKind::Update:
-        update(statement, rowLimit);
-        break;
-      case StatementKind::Delete:
-        out_ += "DELETE FROM ";
-        name(statement.table);
-        changedRows(statement, rowLimit);
-        break;
-      case StatementKind::SetRowCount:
-        break;
-    }
-  }
-
-  void probe(const Select& select, const std::vector<const Expr*>& columns) {
-    commonTables(select);
-    out_ += "SELECT ";
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      separate(i);
-      expression(*columns[i]);
-    }
-    from(select.cores.front());
-    out_ += " LIMIT 0";
-  }
-
- private:
-  void insert(const Statement& statement, std::optional<std::int64_t> rowLimit) {
-    out_ += "INSERT INTO ";
-    name(statement.table);
-    out_ += " (";
-    for (std::size_t i = 0; i < statement.columns.size(); ++i) {
-      separate(i);
-      name(statement.columns[i].name);
-    }
-    out_ += ") ";
-    if (statement.select) return outerSelect(*statement.select, rowLimit);
-    out_ += "VALUES ";
-    for (std::size_t i = 0; i < statement.rows.size(); ++i) {
-      separate(i);
-      out_ += '(';
-      list(statement.rows[i], 0, kValuesSymbols);
-      out_ += ')';
-    }
-  }
-
-  void update(const Statement& statement, std::optional<std::int64_t> rowLimit) {
-    out_ += "UPDATE ";
-    name(statement.table);
-    out_ += " SET ";
-    for (std::size_t i = 0; i < statement.columns.size(); ++i) {
-      separate(i);
-      name(statement.columns[i].name);
-      out_ += " = ";
-      nested(kSetSymbols, *statement.columns[i].value, 0);
-    }
-    changedRows(statement, rowLimit);
-  }
-
-  // The WHERE of an UPDATE or DELETE, which cannot be limited but by naming the rows.
-  void changedRows(const Statement& statement, std::optional<std::int64_t> rowLimit) {
-    const Open open(*this, rowLimit ? kWhereSymbols : 0);
-    if (rowLimit) {
-      out_ += " WHERE rowid IN (SELECT rowid FROM ";
-      name(statement.table);
-    }
-    where(statement.where);
-    if (rowLimit) out_ += " LIMIT " + std::to_string(*rowLimit) + ")";
-  }
-
-  void outerSelect(const Select& select, std::optional<std::int64_t> rowLimit) {
-    namesUnnamed_ = &select;
-    commonTables(select);
-    selectBody(select, rowLimit);
-  }
-
-  void commonTables(const Select& select) {
-    if (select.with.empty()) return;
-    out_ += "WITH ";
-    for (std::size_t i = 0; i < select.with.size(); ++i) {
-      separate(i);
-      name(select.with[i].name);
-      out_ += " AS (";
-      const Open open(*this, kWithSymbols);
-      selectBody(*select.with[i].select, std::nullopt);
-      out_ += ')';
-    }
-    out_ += ' ';
-  }
-
-  void selectBody(const Select& select, std::optional<std::int64_t> rowLimit) override {
-    const bool single = select.cores.size() == 1;
-    for (std::size_t i = 0; i < select.cores.size(); ++i) {
-      const SelectCore& part = select.cores[i];
-      if (i > 0) out_ += part.unionAll ? " UNION ALL " : " UNION ";
-      const bool limited = !single && part.limit;
-      const Open open(*this, (i > 0 ? kUnionSymbols : 0) + (limited ? kSourceSymbols + 1 : 0));
-      if (limited) out_ += "SELECT * FROM (";
-      core(select, part);
-      if (limited) out_ += " LIMIT " + std::to_string(*part.limit) + ")";
-    }
-    orderBy(select);
-    limit(select, rowLimit);
-  }
-
-  void core(const Select& select, const SelectCore& core) {
-    out_ += core.distinct ? "SELECT DISTINCT " : "SELECT ";
-    const bool named = &select == namesUnnamed_ && hasStar(core);
-    for (std::size_t i = 0; i < core.items.size(); ++i) {
-      separate(i);
-      item(core.items[i], named);
-    }
-    from(core);
-    conditions(core);
-  }
-
-  // Where the list has a *, the names of the columns come from the database, which would name an
-  // expression by its text.
-  void item(const SelectItem& item, bool nameUnnamed) {
-    if (!item.value) {
-      if (!item.starQualifier.empty()) {
-        name(item.starQualifier);
-        out_ += '.';
-      }
-      out_ += '*';
-      return;
-    }
-    nested(kItemSymbols, *item.value, 0);
-    if (item.alias) {
-      out_ += " AS ";
-      name(*item.alias);
-    } else if (nameUnnamed && item.value->kind != ExprKind::Column) {
-      out_ += " AS \"\"";
-    }
-  }
-
-  static bool hasStar(const SelectCore& core) {
-    return std::any_of(core.items.begin(), core.items.end(),
-                       [](const SelectItem& item) { return !item.value; });
-  }
-
-  void from(const SelectCore& core) {
-    for (std::size_t i = 0; i < core.from.size(); ++i) {
-      const Source& source = core.from[i];
-      out_ += i == 0 ? " FROM " : joinText(source.join);
-      if (source.derived) {
-        const Open open(*this, kSourceSymbols + 1);
-        out_ += '(';
-        selectBody(*source.derived, std::nullopt);
-        out_ += ')';
-      } else {
-        name(source.table);
-      }
-      if (!source.alias.empty()) {
-        out_ += " AS ";
-        name(source.alias);
-      }
-      if (source.on) {
-        out_ += " ON ";
-        nested(kOnSymbols, *source.on, 0);
-      }
-    }
-  }
-
-  void where(const ExprPtr& condition) {
-    if (!condition) return;
-    out_ += " WHERE ";
-    nested(kWhereSymbols, *condition, 0);
-  }
-
-  void conditions(const SelectCore& core) {
-    where(core.where);
-    if (!core.groupBy.empty()) {
-      out_ += " GROUP BY ";
-      list(core.groupBy, 0, kGroupSymbols);
-    }
-    if (core.having) {
-      out_ += " HAVING ";
-      nested(kHavingSymbols, *core.having, 0);
-    }
-  }
-
-  void orderBy(const Select& select) {
-    if (select.orderBy.empty()) return;
-    out_ += " ORDER BY ";
-    for (std::size_t i = 0; i < select.orderBy.size(); ++i) {
-      separate(i);
-      orderKey(*select.orderBy[i].value, select.orderBy[i].descending);
-    }
-  }
-
-  void orderKey(const Expr& key, bool descending) {
-    nested(kOrderSymbols, key, 0);
-    if (descending) out_ += " DESC";
-    if (traits_.nullsHigh) out_ += descending ? " NULLS FIRST" : " NULLS LAST";
-  }
-
-  // TOP n or FETCH FIRST, and the row count of the connection: the smaller one counts.
-  void limit(const Select& select, std::optional<std::int64_t> rowLimit) {
-    const SelectCore& first = select.cores.front();
-    std::optional<std::int64_t> count = select.limit;
-    if (select.cores.size() == 1 && first.limit) count = first.limit;
-    if (first.withTies) {
-      out_ += " LIMIT ";
-      if (rowLimit) out_ += "min(" + std::to_string(*rowLimit) + ", ";
-      countWithTies(select, *count);
-      if (rowLimit) out_ += ")";
-      return;
-    }
-    if (rowLimit) count = std::min(count.value_or(*rowLimit), *rowLimit);
-    if (count) out_ += " LIMIT " + std::to_string(*count);
-  }
-
-  // How many rows TOP n WITH TIES yields: those of rank n or better.
-  void countWithTies(const Select& select, std::int64_t count) {
-    const SelectCore& core = select.cores.front();
-    const Open open(*this, kLimitSymbols + kSourceSymbols + 5);
-    out_ += "(SELECT count(*) FROM (SELECT rank() OVER (ORDER BY ";
-    orderOfRanks(select, core);
-    out_ += ") AS \"rank\"";
-    from(core);
-    conditions(core);
-    out_ += ") WHERE \"rank\" <= " + std::to_string(count) + ")";
-  }
-
-  void orderOfRanks(const Select& select, const SelectCore& core) {
-    const Open open(*this, kWindowSymbols - kOrderSymbols + kItemSymbols);
-    for (std::size_t i = 0; i < select.orderBy.size(); ++i) {
-      separate(i);
-      const OrderKey& key = select.orderBy[i];
-      orderKey(aliased(core, *key.value), key.descending);
-    }
-  }
-
-  // An order key may be an alias of the list or a position in it; a window knows neither.
-  static const Expr& aliased(const SelectCore& core, const Expr& key) {
-    if (key.kind == ExprKind::Column && key.qualifier.empty()) {
-      for (const SelectItem& item : core.items) {
-        if (item.value && item.alias && sameName(*item.alias, key.text)) return *item.value;
-      }
-    }
-    return key;
-  }
-
-  const Select* namesUnnamed_ = nullptr;
-};
+bool isWhole(const Expr& expr) {
+  return expr.kind == ExprKind::Number && !signedWhole(expr).empty();
+}
 
 }  // namespace
 
-std::string emitSqlite(const Statement& statement, const DialectTraits& traits,
-                       std::optional<std::int64_t> rowLimit) {
-  Emitter emitter(traits);
-  emitter.statement(statement, rowLimit);
-  return emitter.text();
+// SQLite's LIKE knows no sets such as [a-z]: patterns that hold one, or that may, go to a function
+// of our own.
+void SqliteEmitter::like(const Expr& expr) {
+  const Expr& pattern = *expr.args[1];
+  const bool escape = expr.args.size() > 2;
+  const bool sets = traits_.likeSets && (pattern.kind != ExprKind::Text || hasSets(pattern.text));
+  if (sets) {
+    const Open open(*this, 1);
+    plainCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
+    return;
+  }
+  operand(*expr.args[0], kConcat);
+  out_ += expr.negated ? " NOT LIKE " : " LIKE ";
+  nested(2, pattern, kPrimary);
+  if (!escape) return;
+  out_ += " ESCAPE ";
+  expression(*expr.args[2]);
 }
 
-std::string emitSqliteProbe(const Select& select, const std::vector<const Expr*>& columns,
-                            const DialectTraits& traits) {
-  Emitter emitter(traits);
-  emitter.probe(select, columns);
-  return emitter.text();
+void SqliteEmitter::concat(const Expr& expr) {
+  textOperand(*expr.args[0]);
+  out_ += " || ";
+  const Open open(*this, 2);
+  textOperand(*expr.args[1]);
+}
+
+// SQLite by itself would write whole decimals with or without a fraction, as it keeps them.
+void SqliteEmitter::textOperand(const Expr& expr) {
+  if (expr.type == ColumnType::Decimal) return wrapped("qx_text(", expr, ")");
+  operand(expr, kPrimary);
+}
+
+void SqliteEmitter::call(const Expr& expr) {
+  switch (expr.function) {
+    case Function::Now:
+      out_ += "qx_now()";
+      return;
+    case Function::Today:
+      out_ += "datetime(qx_now(), 'start of day')";
+      return;
+    case Function::ToDate:
+      return plainCall("qx_date", expr);
+    case Function::AddTime:
+      return addTime(expr);
+    case Function::DaysBetween:
+      return daysBetween(expr);
+    case Function::CompactDate:
+      return wrapped("strftime('%Y%m%d', ", *expr.args[0], ")");
+    case Function::IsoDate:
+      return wrapped("datetime(", *expr.args[0], ")");
+    case Function::Year:
+      return datePart(expr, "%Y");
+    case Function::Month:
+      return datePart(expr, "%m");
+    case Function::Day:
+      return datePart(expr, "%d");
+    case Function::Cast:
+      return cast(expr);
+    case Function::AvgWhole:
+      return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
+    case Function::LengthNoTail:
+      return wrapped("length(rtrim(", *expr.args[0], "))");
+    case Function::Substring:
+      return substring(expr);
+    case Function::Upper:
+      return plainCall("qx_upper", expr);
+    case Function::Lower:
+      return plainCall("qx_lower", expr);
+    default:
+      return StatementEmitter::call(expr);
+  }
+}
+
+void SqliteEmitter::daysBetween(const Expr& expr) {
+  wrapped("CAST(julianday(date(", *expr.args[1], ")) - ");
+  const Open open(*this, 4);
+  wrapped("julianday(date(", *expr.args[0], ")) AS INTEGER)");
+}
+
+void SqliteEmitter::addTime(const Expr& expr) {
+  wrapped("datetime(", *expr.args[0], ", ");
+  const std::string amount = signedWhole(*expr.args[1]);
+  const std::string unit(unitText(expr.unit));
+  if (!amount.empty() && expr.unit != TimeUnit::Week) {
+    out_ += "'" + amount + unit + "')";
+    return;
+  }
+  const Open open(*this, kCallSymbols);
+  const bool weeks = expr.unit == TimeUnit::Week;
+  wrapped(weeks ? "(CAST(" : "CAST(", *expr.args[1], weeks ? " AS INTEGER) * 7)" : " AS INTEGER)");
+  out_ += " || '" + unit + "')";
+}
+
+void SqliteEmitter::cast(const Expr& expr) {
+  const Expr& argument = *expr.args[0];
+  const std::optional<int> size = expr.target.size;
+  switch (expr.target.type) {
+    case ColumnType::Text:
+      return castToText(argument, size);
+    case ColumnType::Integer:
+      return asNumber(argument, " AS INTEGER)", "");
+    default:
+      if (!size) return asNumber(argument, " AS REAL)", "");
+      out_ += "round(";
+      const Open open(*this, kCallSymbols);
+      return asNumber(argument, " AS REAL)", ", " + std::to_string(*size) + ")");
+  }
+}
+
+void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
+  const bool decimal = argument.type == ColumnType::Decimal;
+  const std::string_view end = decimal ? ")" : " AS TEXT)";
+  if (!size) return wrapped(decimal ? "qx_text(" : "CAST(", argument, end);
+  wrapped(decimal ? "substr(qx_text(" : "substr(CAST(", argument, end);
+  out_ += ", 1, " + std::to_string(*size) + ")";
+}
+
+// SQLite by itself would take the number at the front of a text, or 0.
+void SqliteEmitter::asNumber(const Expr& argument, std::string_view type, std::string_view after) {
+  if (argument.type == ColumnType::Text) {
+    wrapped("CAST(qx_number(", argument, ")");
+    out_ += type;
+  } else {
+    wrapped("CAST(", argument, type);
+  }
+  out_ += after;
+}
+
+void SqliteEmitter::datePart(const Expr& expr, std::string_view format) {
+  const Open open(*this, kCallSymbols);
+  out_ += "CAST(strftime('";
+  out_ += format;
+  wrapped("', ", *expr.args[0], ") AS INTEGER)");
+}
+
+// SQLite's own function counts from the end where the start is negative, and backwards where the
+// length is.
+void SqliteEmitter::substring(const Expr& expr) {
+  bool plain = isWhole(*expr.args[1]) && expr.args[1]->text != "0";
+  if (expr.args.size() > 2) plain = plain && isWhole(*expr.args[2]);
+  plainCall(plain ? "substr" : "qx_substring", expr);
 }
 
 }  // namespace qx::sql

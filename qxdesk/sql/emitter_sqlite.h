@@ -1,27 +1,29 @@
-// Writes a resolved syntax tree as SQLite text. Every name is quoted and every literal written
-// anew, so that nothing of the incoming text reaches the database undecoded.
-//
-// The text relies on functions that sqlite_guard.h registers: qx_now(), qx_date(x), qx_like(...),
+// Writes a resolved syntax tree as SQLite text. The text relies on functions that sqlite_guard.h
+// registers: qx_now(), qx_date(x), qx_like(...), qx_number(x), qx_substring(...), qx_text(x),
 // qx_upper(x), qx_lower(x), and a LIKE that minds the case.
 #pragma once
 
-#include "qxdesk/sql/ast.h"
-
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
+#include "qxdesk/sql/emitter_statement.h"
 
 namespace qx::sql {
 
-// The text of a SELECT, INSERT, UPDATE or DELETE. `rowLimit` is the row count set on the
-// connection: no more rows than that are read or changed.
-std::string emitSqlite(const Statement& statement, const DialectTraits& traits,
-                       std::optional<std::int64_t> rowLimit);
+class SqliteEmitter final : public StatementEmitter {
+ public:
+  explicit SqliteEmitter(const DialectTraits& traits)
+      : StatementEmitter(traits, traitsOf(Engine::Sqlite)) {}
 
-// A SELECT of `columns`, which stand in the first core of `select`, that yields no row: it is for
-// reading their declared types.
-std::string emitSqliteProbe(const Select& select, const std::vector<const Expr*>& columns,
-                            const DialectTraits& traits);
+ private:
+  void concat(const Expr& expr) override;
+  void like(const Expr& expr) override;
+  void call(const Expr& expr) override;
+  void addTime(const Expr& expr);
+  void cast(const Expr& expr);
+  void castToText(const Expr& argument, std::optional<int> size);
+  void textOperand(const Expr& expr);
+  void asNumber(const Expr& argument, std::string_view type, std::string_view after);
+  void datePart(const Expr& expr, std::string_view format);
+  void daysBetween(const Expr& expr);
+  void substring(const Expr& expr);
+};
 
 }  // namespace qx::sql

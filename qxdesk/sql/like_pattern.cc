@@ -22,50 +22,36 @@ std::vector<char32_t> decoded(std::string_view text) {
   return characters;
 }
 
-struct Element {
-  enum Kind { Any, One, Set } kind = Set;
-  bool negated = false;
-  std::vector<std::pair<char32_t, char32_t>> ranges;  // of a set; a plain character is a range
-
-  bool takes(char32_t c) const {
-    if (kind != Set) return true;
-    const bool found = std::any_of(ranges.begin(), ranges.end(), [c](const auto& range) {
-      return range.first <= c && c <= range.second;
-    });
-    return found != negated;
-  }
-};
-
 class Compiler {
  public:
   Compiler(std::string_view pattern, LikeSets sets, std::optional<char32_t> escape)
       : pattern_(decoded(pattern)), sets_(sets), escape_(escape) {}
 
-  std::vector<Element> run() {
-    std::vector<Element> elements;
+  std::vector<LikeElement> run() {
+    std::vector<LikeElement> elements;
     while (next_ < pattern_.size()) elements.push_back(element());
     return elements;
   }
 
  private:
-  Element element() {
+  LikeElement element() {
     const char32_t c = pattern_[next_++];
     if (escape_ && c == *escape_ && next_ < pattern_.size()) return plain(pattern_[next_++]);
-    if (c == '%') return {.kind = Element::Any, .ranges = {}};
-    if (c == '_') return {.kind = Element::One, .ranges = {}};
+    if (c == '%') return {.kind = LikeElement::Any, .ranges = {}};
+    if (c == '_') return {.kind = LikeElement::One, .ranges = {}};
     if (c == '[' && sets_ == LikeSets::On && closes()) return set();
     return plain(c);
   }
 
-  static Element plain(char32_t c) { return {.kind = Element::Set, .ranges = {{c, c}}}; }
+  static LikeElement plain(char32_t c) { return {.kind = LikeElement::Set, .ranges = {{c, c}}}; }
 
   bool closes() const {
     const auto from = pattern_.begin() + static_cast<std::ptrdiff_t>(next_);
     return std::find(from, pattern_.end(), U']') != pattern_.end();
   }
 
-  Element set() {
-    Element element;
+  LikeElement set() {
+    LikeElement element;
     if (pattern_[next_] == '^') {
       element.negated = true;
       ++next_;
@@ -93,17 +79,30 @@ class Compiler {
 
 }  // namespace
 
+bool LikeElement::takes(char32_t c) const {
+  if (kind != Set) return true;
+  const bool found = std::any_of(ranges.begin(), ranges.end(), [c](const auto& range) {
+    return range.first <= c && c <= range.second;
+  });
+  return found != negated;
+}
+
+std::vector<LikeElement> likeElements(std::string_view pattern, LikeSets sets,
+                                      std::optional<char32_t> escape) {
+  return Compiler(pattern, sets, escape).run();
+}
+
 // On a mismatch only the last % is tried again, one character further on.
 bool likeMatches(std::string_view text, std::string_view pattern, LikeSets sets,
                  std::optional<char32_t> escape) {
-  const std::vector<Element> elements = Compiler(pattern, sets, escape).run();
+  const std::vector<LikeElement> elements = likeElements(pattern, sets, escape);
   const std::vector<char32_t> characters = decoded(text);
   std::size_t element = 0;
   std::size_t character = 0;
   std::optional<std::size_t> lastAny;
   std::size_t resume = 0;
   while (character < characters.size()) {
-    if (element < elements.size() && elements[element].kind == Element::Any) {
+    if (element < elements.size() && elements[element].kind == LikeElement::Any) {
       lastAny = element++;
       resume = character;
     } else if (element < elements.size() && elements[element].takes(characters[character])) {
@@ -116,7 +115,7 @@ bool likeMatches(std::string_view text, std::string_view pattern, LikeSets sets,
       return false;
     }
   }
-  while (element < elements.size() && elements[element].kind == Element::Any) ++element;
+  while (element < elements.size() && elements[element].kind == LikeElement::Any) ++element;
   return element == elements.size();
 }
 

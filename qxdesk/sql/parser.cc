@@ -48,8 +48,8 @@ std::string excerpt(std::string_view source) {
 
 }  // namespace
 
-Parser::Parser(Dialect dialect, std::vector<Token> tokens)
-    : dialect_(dialect), traits_(traitsOf(dialect)), tokens_(std::move(tokens)) {}
+Parser::Parser(Dialect dialect, const EngineTraits& engine, std::vector<Token> tokens)
+    : dialect_(dialect), traits_(traitsOf(dialect)), engine_(engine), tokens_(std::move(tokens)) {}
 
 Parser::Level::Level(Parser& parser, int weight) : parser_(parser), weight_(weight) {
   if (parser.depth_ + weight > kMaxDepth) {
@@ -148,6 +148,15 @@ bool Parser::isName(const Token& token) const {
 std::string Parser::name(std::string_view what) {
   if (!isName(here())) failExpected(std::string(what));
   if (here().kind != TokenKind::Name) quotedName(here());
+  return takeName();
+}
+
+// The name here, which the engine must be able to keep whole.
+std::string Parser::takeName() {
+  if (engine_.maxNameBytes > 0 && here().text.size() > engine_.maxNameBytes) {
+    fail("the name " + excerpt(here().text) + " is too long for " + std::string(engine_.name) +
+         "; at most " + std::to_string(engine_.maxNameBytes) + " bytes");
+  }
   return take().text;
 }
 
@@ -186,6 +195,12 @@ void Parser::checkQuotedReferences() const {
 }
 
 std::string Parser::tableName() {
+  const std::string_view own = engine_.ownTables;
+  if (!own.empty() && isName(here()) &&
+      sameName(std::string_view(here().text).substr(0, own.size()), own)) {
+    fail("the table " + excerpt(here().text) + " is one of " + std::string(engine_.name) +
+         "'s own, which statements cannot name");
+  }
   std::string table = name("a table name");
   if (isSymbol(".")) fail("a table name has one part only; leave out what stands before the point");
   return table;
@@ -200,11 +215,11 @@ std::optional<std::string> Parser::columnAlias() {
            excerpt(here().text) + "\"");
     }
     if (here().text.empty()) fail("an alias must not be empty");
-    return take().text;
+    return takeName();
   }
   if (here().kind == TokenKind::QuotedName && traits_.quotedAliases) {
     quotedAliases_.push_back(here().text);
-    return take().text;
+    return takeName();
   }
   if (as) return name("an alias");
   if (!isName(here()) || (here().kind == TokenKind::Name && contains(kNoBareAlias, here().text))) {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "qxdesk/sql/ast.h"
+#include "qxdesk/sql/engine.h"
 #include "qxdesk/sql/lexer.h"
 
 #include <initializer_list>
@@ -18,8 +19,8 @@ namespace qx::sql {
 
 class Parser {
  public:
-  // `tokens` end with End, as lex() yields them.
-  Parser(Dialect dialect, std::vector<Token> tokens);
+  // `tokens` end with End, as lex() yields them. What `engine` cannot name is refused, too.
+  Parser(Dialect dialect, const EngineTraits& engine, std::vector<Token> tokens);
 
   // The one statement of the text. Raises SqlError.
   Statement parse();
@@ -58,6 +59,7 @@ class Parser {
   bool isName(const Token& token) const;
   std::string name(std::string_view what);
   std::string quotedName(const Token& token);
+  std::string takeName();
   std::string tableName();
   std::optional<std::string> columnAlias();
   std::string sourceAlias();
@@ -85,6 +87,7 @@ class Parser {
   void from(SelectCore& core);
   Source source();
   std::optional<JoinKind> joinKind();
+  ExprPtr sortKey();
   void groups(SelectCore& core);
   void orderBy(Select& select);
   void fetchFirst(Select& select);
@@ -134,6 +137,7 @@ class Parser {
 
   Dialect dialect_;
   const DialectTraits& traits_;
+  const EngineTraits& engine_;
   std::vector<Token> tokens_;
   std::size_t next_ = 0;
   int depth_ = 0;

@@ -209,6 +209,7 @@ CastTarget Parser::castTarget() {
   std::int64_t size = count("a length");
   if (target.type == ColumnType::Decimal) size = acceptSymbol(",") ? count("a scale") : 0;
   if (size > kMaxSize) fail("a length is at most 8000");
+  if (size == 0 && target.type == ColumnType::Text) fail("a length is at least 1");
   target.size = static_cast<int>(size);
   expectSymbol(")");
   return target;

@@ -1,4 +1,5 @@
 // The SELECT half of the parser: common tables, lists, joins, order and limits.
+#include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/parser.h"
 
 #include <utility>
@@ -8,6 +9,7 @@ namespace {
 
 constexpr int kSubqueryWeight = 6;
 constexpr std::size_t kMaxUnionParts = 100;
+constexpr std::size_t kMaxCommonTables = 100;
 
 }  // namespace
 
@@ -40,6 +42,7 @@ SelectPtr Parser::subselect() {
 void Parser::commonTables(Select& select) {
   if (!acceptWord("WITH")) return;
   do {
+    if (select.with.size() == kMaxCommonTables) fail("WITH has at most 100 tables");
     CommonTable table;
     // The record cache writes its common table in square brackets for every engine.
     if (here().kind == TokenKind::BracketName) commonTableNames_.push_back(here().text);
@@ -161,11 +164,20 @@ Source Parser::source() {
   return source;
 }
 
+// A constant decides nothing; engines take it for a position, pass over it or refuse it.
+ExprPtr Parser::sortKey() {
+  ExprPtr key = value();
+  const bool position = key->kind == ExprKind::Number &&
+                        key->text.find_first_not_of("0123456789") == std::string::npos;
+  if (!isLiteral(*key) || position) return key;
+  throw SqlError("rows are ordered or grouped by a column, an expression or a position", key->at);
+}
+
 void Parser::groups(SelectCore& core) {
   if (acceptWord("GROUP")) {
     expectWord("BY");
     do {
-      core.groupBy.push_back(value());
+      core.groupBy.push_back(sortKey());
     } while (acceptSymbol(","));
   }
   if (!isWord("HAVING")) return;
@@ -179,7 +191,7 @@ void Parser::orderBy(Select& select) {
   expectWord("BY");
   do {
     OrderKey key;
-    key.value = value();
+    key.value = sortKey();
     key.descending = acceptWord("DESC");
     if (!key.descending) acceptWord("ASC");
     select.orderBy.push_back(std::move(key));

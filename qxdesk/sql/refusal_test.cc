@@ -60,6 +60,10 @@ TEST(RefusalGrammar, NamesWhatIsExpectedAndWhere) {
        {"SELECT TOP 5 WITH TIES a FROM T", "TOP n WITH TIES needs ORDER BY (line 1, column 1)"},
        {"SELECT TOP 99999999999999999999 a FROM T",
         "the number 99999999999999999999 is too large (line 1, column 12)"},
+       {"SELECT a FROM T ORDER BY a, 'x'",
+        "rows are ordered or grouped by a column, an expression or a position (line 1, column 29)"},
+       {"SELECT 1 FROM T GROUP BY -1",
+        "rows are ordered or grouped by a column, an expression or a position (line 1, column 26)"},
        {"SELECT a FROM T LIMIT 5",
         "one statement per call; unexpected text near 'LIMIT' (line 1, column 17)"},
        {"SELECT a FROM T WITH (NOLOCK)",
@@ -237,7 +241,7 @@ TEST(RefusalDepth, OfLongOperatorChains) {
 }
 
 TEST(RefusalComplexity, OfStarsThatMultiply) {
-  test::CompanyDatabase database(Dialect::Mssql);
+  test::CompanyDatabase database(Engine::Sqlite, Dialect::Mssql);
   std::string text = "WITH C0 AS (SELECT Code FROM [@T])";
   for (int i = 1; i < 40; ++i) {
     const std::string before = std::to_string(i - 1);
@@ -253,6 +257,18 @@ TEST(RefusalComplexity, OfStarsThatMultiply) {
   } catch (const SqlError& error) {
     EXPECT_EQ(std::string(error.what()).substr(0, 31), "the statement is too complex; n");
   }
+}
+
+TEST(RefusalComplexity, OfManyCommonTables) {
+  std::string text = "WITH C0 AS (SELECT a FROM T)";
+  for (int i = 1; i <= 100; ++i) text += ", C" + std::to_string(i) + " AS (SELECT * FROM C0)";
+  EXPECT_EQ(refusal(Dialect::Mssql, text + " SELECT 1"),
+            "WITH has at most 100 tables (line 1, column 2695)");
+}
+
+TEST(RefusalTypes, OfNoLength) {
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT CAST(a AS nvarchar(0)) FROM T"),
+            "a length is at least 1 (line 1, column 28)");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "qxdesk/sql/resolver.h"
 
-#include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/coercion.h"
+#include "qxdesk/sql/output_columns.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,32 +11,25 @@ namespace {
 
 constexpr int kMaxLookups = 100'000;
 
-bool isLiteral(const Expr& expr) {
-  switch (expr.kind) {
-    case ExprKind::Number:
-    case ExprKind::Text:
-    case ExprKind::Date:
-    case ExprKind::Null:
-      return true;
-    case ExprKind::Negate:
-      return isLiteral(*expr.args[0]);
-    default:
-      return false;
-  }
-}
-
 // The type of a choice between values: a column wins over a literal, so that ISNULL(Rate, 0) has
-// the type of Rate. Unknown as soon as one of the columns is unknown.
+// the type of Rate; but a number with a fraction makes a decimal of whole ones. Unknown as soon as
+// one of the columns is unknown.
 ColumnType choiceType(const std::vector<const Expr*>& choices) {
-  const bool anyColumn = std::any_of(choices.begin(), choices.end(),
-                                     [](const Expr* choice) { return !isLiteral(*choice); });
-  ColumnType type = ColumnType::Unknown;
+  ColumnType ofColumns = ColumnType::Unknown;
+  ColumnType ofLiterals = ColumnType::Unknown;
+  bool anyColumn = false;
   for (const Expr* choice : choices) {
-    if (anyColumn && isLiteral(*choice)) continue;
-    if (anyColumn && choice->type == ColumnType::Unknown) return ColumnType::Unknown;
-    type = commonType(type, choice->type);
+    if (isLiteral(*choice)) {
+      ofLiterals = commonType(ofLiterals, choice->type);
+      continue;
+    }
+    if (choice->type == ColumnType::Unknown) return ColumnType::Unknown;
+    anyColumn = true;
+    ofColumns = commonType(ofColumns, choice->type);
   }
-  return type;
+  if (!anyColumn) return ofLiterals;
+  const bool numbers = isNumber(ofColumns) && isNumber(ofLiterals);
+  return numbers ? commonType(ofColumns, ofLiterals) : ofColumns;
 }
 
 // Positions of the results of a CASE among its args.
@@ -48,45 +42,6 @@ std::vector<std::size_t> caseResults(const Expr& expr) {
   return positions;
 }
 
-ExprPtr makeCall(Function function, ExprPtr operand) {
-  auto call = std::make_unique<Expr>();
-  call->kind = ExprKind::Call;
-  call->function = function;
-  call->at = operand->at;
-  call->height = operand->height + 1;
-  call->args.push_back(std::move(operand));
-  return call;
-}
-
-void castTo(ColumnType type, ExprPtr& value) {
-  value = makeCall(Function::Cast, std::move(value));
-  value->target.type = type;
-  value->type = type;
-}
-
-void toDate(ExprPtr& value) {
-  if (value->kind == ExprKind::Text) {
-    const std::optional<std::string> date = storedDate(value->text);
-    if (!date) throw SqlError("not a date: '" + value->text + "'", value->at);
-    value->kind = ExprKind::Date;
-    value->text = *date;
-  } else {
-    value = makeCall(Function::ToDate, std::move(value));
-  }
-  value->type = ColumnType::Date;
-}
-
-// If one of the values is a date, those that are texts become dates.
-void coerceTogether(const std::vector<ExprPtr*>& values) {
-  const bool anyDate = std::any_of(values.begin(), values.end(), [](const ExprPtr* value) {
-    return (*value)->type == ColumnType::Date;
-  });
-  if (!anyDate) return;
-  for (ExprPtr* value : values) {
-    if ((*value)->type == ColumnType::Text) toDate(*value);
-  }
-}
-
 void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
   if (expr.kind == ExprKind::Column) {
     columns.push_back(&expr);
@@ -97,6 +52,10 @@ void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
     if (expr.type != ColumnType::Unknown) return;
     for (const ExprPtr& arg : expr.args) collectColumns(*arg, columns);
   }
+}
+
+void textToDate(ExprPtr& value) {
+  if (value->type == ColumnType::Text) toDate(value);
 }
 
 ColumnType typeOfFunction(Function function) {
@@ -146,9 +105,22 @@ void Resolver::resolveSelect(Select& select) {
     commonTables_.push_back(&table);
   }
   for (SelectCore& core : select.cores) resolveCore(core);
+  if (select.cores.size() > 1) bringPartsTogether(select);
   scopes_.push_back(&select.cores.front());
   for (OrderKey& key : select.orderBy) resolveExpr(*key.value);
   scopes_.pop_back();
+}
+
+// The values that the parts of a UNION yield for one column, up to the first * of each.
+void Resolver::bringPartsTogether(Select& select) {
+  for (std::size_t i = 0;; ++i) {
+    std::vector<ExprPtr*> values;
+    for (SelectCore& core : select.cores) {
+      if (i >= core.items.size() || !core.items[i].value) return;
+      values.push_back(&core.items[i].value);
+    }
+    bringTogether(values, Meeting::Choice);
+  }
 }
 
 void Resolver::resolveCore(SelectCore& core) {
@@ -173,7 +145,7 @@ void Resolver::resolveInsert(Statement& statement) {
   for (std::vector<ExprPtr>& row : statement.rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       resolveExpr(*row[i]);
-      coerceTo(typeInTable(statement.table, statement.columns[i].name), row[i]);
+      assignTo(statement.table, statement.columns[i].name, row[i]);
     }
   }
   if (statement.select) coerceSelectItems(statement);
@@ -183,20 +155,20 @@ void Resolver::coerceSelectItems(const Statement& statement) {
   for (SelectCore& core : statement.select->cores) {
     const std::size_t count = std::min(core.items.size(), statement.columns.size());
     for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
-      coerceTo(typeInTable(statement.table, statement.columns[i].name), core.items[i].value);
+      assignTo(statement.table, statement.columns[i].name, core.items[i].value);
     }
   }
+}
+
+void Resolver::assignTo(std::string_view table, std::string_view column, ExprPtr& value) const {
+  sql::assignTo(column, typeInTable(table, column), value);
 }
 
 void Resolver::resolveUpdate(Statement& statement) {
   for (TargetColumn& column : statement.columns) {
     resolveExpr(*column.value);
-    coerceTo(typeInTable(statement.table, column.name), column.value);
+    assignTo(statement.table, column.name, column.value);
   }
-}
-
-void Resolver::coerceTo(ColumnType type, ExprPtr& value) {
-  if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
 }
 
 // ---- expressions
@@ -265,6 +237,11 @@ void Resolver::resolvePlus(Expr& expr) {
 
 // A date plus or minus a number is that many days later or earlier.
 void Resolver::resolveArithmetic(Expr& expr) {
+  if (expr.text != "+") {
+    for (ExprPtr& arg : expr.args) {
+      if (arg->type == ColumnType::Text) requireNumber(arg, expr.text);
+    }
+  }
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
   const bool days = expr.text == "+" || expr.text == "-";
@@ -321,14 +298,14 @@ void Resolver::resolveCase(Expr& expr) {
   std::vector<ExprPtr*> results;
   std::vector<const Expr*> choices;
   for (const std::size_t i : caseResults(expr)) results.push_back(&expr.args[i]);
-  coerceTogether(results);
+  bringTogether(results, Meeting::Choice);
   for (const ExprPtr* result : results) choices.push_back(result->get());
   expr.type = choiceType(choices);
   if (!expr.hasOperand) return;
   std::vector<ExprPtr*> compared = {&expr.args[0]};
   const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
   for (std::size_t i = 1; i < end; i += 2) compared.push_back(&expr.args[i]);
-  coerceTogether(compared);
+  bringTogether(compared, Meeting::Equal);
 }
 
 void Resolver::resolveCall(Expr& expr) {
@@ -336,12 +313,16 @@ void Resolver::resolveCall(Expr& expr) {
     std::vector<ExprPtr*> values;
     std::vector<const Expr*> choices;
     for (ExprPtr& arg : expr.args) values.push_back(&arg);
-    coerceTogether(values);
+    bringTogether(values, Meeting::Choice);
     for (const ExprPtr& arg : expr.args) choices.push_back(arg.get());
     expr.type = choiceType(choices);
     return;
   }
   if (expr.function == Function::Cast) {
+    const bool number = expr.target.type != ColumnType::Text;
+    if (number && expr.args[0]->type == ColumnType::Date) {
+      throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
+    }
     expr.type = expr.target.type;
     return;
   }
@@ -349,8 +330,9 @@ void Resolver::resolveCall(Expr& expr) {
                          expr.function == Function::DaysBetween ||
                          expr.function == Function::Year || expr.function == Function::Month ||
                          expr.function == Function::Day;
-  if (takesDate) coerceTo(ColumnType::Date, expr.args[0]);
-  if (expr.function == Function::DaysBetween) coerceTo(ColumnType::Date, expr.args[1]);
+  if (takesDate) textToDate(expr.args[0]);
+  if (expr.function == Function::DaysBetween) textToDate(expr.args[1]);
+  resolveNumbers(expr);
   if (expr.function == Function::Avg && traits_.wholeAverage &&
       expr.args[0]->type == ColumnType::Integer) {
     expr.type = ColumnType::Integer;
@@ -361,6 +343,30 @@ void Resolver::resolveCall(Expr& expr) {
   if (expr.type == ColumnType::Unknown && !expr.args.empty()) expr.type = expr.args[0]->type;
 }
 
+// The arguments that have to be numbers.
+void Resolver::resolveNumbers(Expr& expr) {
+  switch (expr.function) {
+    case Function::Sum:
+      return requireNumber(expr.args[0], "SUM");
+    case Function::Avg:
+      return requireNumber(expr.args[0], "AVG");
+    case Function::Abs:
+      return requireNumber(expr.args[0], "ABS");
+    case Function::Round:
+      requireNumber(expr.args[0], "ROUND");
+      if (expr.args[1]->kind == ExprKind::Number && expr.args[1]->type == ColumnType::Integer) {
+        return;
+      }
+      throw SqlError("ROUND takes a whole number of digits, 0 or more", expr.args[1]->at);
+    case Function::AddTime:
+      if (expr.args[1]->kind == ExprKind::Text) return requireNumber(expr.args[1], "a date");
+      if (expr.args[1]->type == ColumnType::Text) castTo(ColumnType::Integer, expr.args[1]);
+      return;
+    default:
+      return;
+  }
+}
+
 void Resolver::resolveCompare(Expr& expr) {
   if (expr.kind != ExprKind::Compare && expr.kind != ExprKind::In &&
       expr.kind != ExprKind::Between) {
@@ -368,14 +374,19 @@ void Resolver::resolveCompare(Expr& expr) {
   }
   std::vector<ExprPtr*> values;
   for (ExprPtr& arg : expr.args) values.push_back(&arg);
-  coerceTogether(values);
+  const bool equal = expr.kind == ExprKind::In || expr.text == "=" || expr.text == "<>";
+  bringTogether(values, equal ? Meeting::Equal : Meeting::Ordered);
+  if (!expr.select) return;
+  const SelectItem& item = expr.select->cores.front().items.front();
+  if (item.value) checkAlike(*expr.args[0], item.value->type);
 }
 
 // ---- columns
 
 ColumnType Resolver::columnType(const Expr& column) const {
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
-    const ColumnType type = typeInCore(**scope, column.qualifier, column.text);
+    const ColumnType type =
+        typeInCore(**scope, column.qualifier, column.text, commonTables_.size());
     if (type != ColumnType::Unknown) return type;
   }
   const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, targetTable_);
@@ -383,40 +394,42 @@ ColumnType Resolver::columnType(const Expr& column) const {
 }
 
 ColumnType Resolver::typeInCore(const SelectCore& core, std::string_view qualifier,
-                                std::string_view column) const {
+                                std::string_view column, std::size_t visible) const {
   for (const Source& source : core.from) {
     const std::string& name = source.alias.empty() ? source.table : source.alias;
     if (!qualifier.empty() && !sameName(qualifier, name)) continue;
-    const ColumnType type = typeInSource(source, column);
+    const ColumnType type = typeInSource(source, column, visible);
     if (type != ColumnType::Unknown) return type;
   }
   return ColumnType::Unknown;
 }
 
-ColumnType Resolver::typeInSource(const Source& source, std::string_view column) const {
-  if (source.derived) return typeInSelect(*source.derived, column);
-  for (auto table = commonTables_.rbegin(); table != commonTables_.rend(); ++table) {
-    if (sameName((*table)->name, source.table)) {
-      return typeInSelect(*(*table)->select, column);
-    }
+ColumnType Resolver::typeInSource(const Source& source, std::string_view column,
+                                  std::size_t visible) const {
+  if (source.derived) return typeInSelect(*source.derived, column, visible);
+  for (std::size_t i = visible; i > 0; --i) {
+    const CommonTable& table = *commonTables_[i - 1];
+    if (sameName(table.name, source.table)) return typeInSelect(*table.select, column, i - 1);
   }
   return typeInTable(source.table, column);
 }
 
-ColumnType Resolver::typeInSelect(const Select& select, std::string_view column) const {
+ColumnType Resolver::typeInSelect(const Select& select, std::string_view column,
+                                  std::size_t visible) const {
   if (++lookups_ > kMaxLookups) {
     throw SqlError("the statement is too complex; name the columns instead of *",
                    select.cores.front().at);
   }
   const SelectCore& core = select.cores.front();
-  for (const SelectItem& item : core.items) {
+  for (std::size_t i = 0; i < core.items.size(); ++i) {
+    const SelectItem& item = core.items[i];
     if (!item.value) {
-      const ColumnType type = typeInCore(core, item.starQualifier, column);
+      const ColumnType type = typeInCore(core, item.starQualifier, column, visible);
       if (type != ColumnType::Unknown) return type;
     } else if (item.alias
                    ? sameName(*item.alias, column)
                    : item.value->kind == ExprKind::Column && sameName(item.value->text, column)) {
-      return item.value->type;
+      return unitedType(select, i);
     }
   }
   return ColumnType::Unknown;

@@ -1,6 +1,8 @@
 // Fills in the types of a syntax tree, as far as they can be told without running anything, and
-// does what depends on them: it decides whether a + adds or joins, and turns texts that meet dates
-// into dates of the stored form, since the database compares and keeps dates as texts.
+// does what depends on them: it decides whether a + adds or joins, and brings values that meet to
+// one type, since some engines convert silently in ways of their own and some refuse. Texts become
+// dates of the stored form where they meet dates. A literal becomes a number where it meets
+// numbers, a text where it meets texts; what is left is refused.
 #pragma once
 
 #include "qxdesk/sql/ast.h"
@@ -23,22 +25,25 @@ class Resolver {
  private:
   void resolveSelect(Select& select);
   void resolveCore(SelectCore& core);
+  static void bringPartsTogether(Select& select);
   void resolveExpr(Expr& expr);
   void resolvePlus(Expr& expr);
   void resolveArithmetic(Expr& expr);
   void resolveDivision(Expr& expr);
   void resolveCase(Expr& expr);
   void resolveCall(Expr& expr);
+  void resolveNumbers(Expr& expr);
   void resolveCompare(Expr& expr);
   void resolveInsert(Statement& statement);
   void resolveUpdate(Statement& statement);
-  void coerceTo(ColumnType type, ExprPtr& value);
+  void assignTo(std::string_view table, std::string_view column, ExprPtr& value) const;
   void coerceSelectItems(const Statement& statement);
   ColumnType columnType(const Expr& column) const;
-  ColumnType typeInCore(const SelectCore& core, std::string_view qualifier,
-                        std::string_view column) const;
-  ColumnType typeInSource(const Source& source, std::string_view column) const;
-  ColumnType typeInSelect(const Select& select, std::string_view column) const;
+  // Of the common tables the first `visible` ones count: each sees those before it.
+  ColumnType typeInCore(const SelectCore& core, std::string_view qualifier, std::string_view column,
+                        std::size_t visible) const;
+  ColumnType typeInSource(const Source& source, std::string_view column, std::size_t visible) const;
+  ColumnType typeInSelect(const Select& select, std::string_view column, std::size_t visible) const;
   ColumnType typeInTable(std::string_view table, std::string_view column) const;
 
   const DialectTraits& traits_;

@@ -1,5 +1,6 @@
 #include "qxdesk/sql/sqlite_guard.h"
 
+#include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/dates.h"
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/like_pattern.h"
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdio>
 #include <ctime>
 #include <utility>
 
@@ -18,9 +21,10 @@ namespace {
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
-    "abs",      "avg",    "coalesce", "count",   "date",    "datetime", "julianday", "length",
-    "like",     "ltrim",  "max",      "min",     "rank",    "replace",  "round",     "rtrim",
-    "strftime", "substr", "sum",      "qx_date", "qx_like", "qx_lower", "qx_now",    "qx_upper",
+    "abs",      "avg",    "coalesce",  "count",        "date",    "datetime", "julianday",
+    "length",   "like",   "ltrim",     "max",          "min",     "rank",     "replace",
+    "round",    "rtrim",  "strftime",  "substr",       "sum",     "qx_date",  "qx_like",
+    "qx_lower", "qx_now", "qx_number", "qx_substring", "qx_text", "qx_upper",
 };
 
 std::string systemTime() {
@@ -50,6 +54,11 @@ void answerText(sqlite3_context* context, const std::string& text) {
   sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
+std::size_t characterLength(std::string_view text, std::size_t offset) {
+  const auto character = readUtf8(text, offset);
+  return character ? character->length : 1;
+}
+
 template <typename Body>
 void guarded(sqlite3_context* context, Body body) {
   try {
@@ -76,6 +85,59 @@ void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
     const std::optional<std::string> date = storedDate(text);
     if (!date) throw std::runtime_error("not a date: '" + text + "'");
     answerText(context, *date);
+  });
+}
+
+// A text that is a number, as itself.
+void numberFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const std::string text(textOf(values[0]));
+    if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + text + "'");
+    answerText(context, text);
+  });
+}
+
+// A decimal without an exponent and without zeros at the end, to the digits that are certain.
+void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  if (sqlite3_value_numeric_type(values[0]) != SQLITE_FLOAT) {
+    return sqlite3_result_value(context, values[0]);
+  }
+  guarded(context, [&] {
+    const double value = sqlite3_value_double(values[0]);
+    constexpr int kCertain = 15;
+    const int places =
+        value == 0 ? 1 : static_cast<int>(std::floor(std::log10(std::abs(value)))) + 1;
+    std::array<char, 400> text{};  // the largest value has 309 places
+    std::snprintf(text.data(), text.size(), "%.*f", std::clamp(kCertain - places, 0, 60), value);
+    std::string shortest = text.data();
+    if (shortest.find('.') != std::string::npos) {
+      shortest.erase(shortest.find_last_not_of('0') + 1);
+      if (shortest.back() == '.') shortest.pop_back();
+    }
+    answerText(context, shortest == "-0" ? "0" : shortest);
+  });
+}
+
+// The characters from the first position on that lie within the text; positions count from 1.
+void substringFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const std::string_view text = textOf(values[0]);
+    constexpr sqlite3_int64 kFar = 1LL << 40;  // beyond any text
+    const sqlite3_int64 from = std::clamp(sqlite3_value_int64(values[1]), -kFar, kFar);
+    const sqlite3_int64 length = count > 2 ? std::min(sqlite3_value_int64(values[2]), kFar) : kFar;
+    if (length < 0) throw std::runtime_error("the length of a substring must not be negative");
+    std::size_t begin = 0;
+    sqlite3_int64 position = 1;
+    for (; position < from && begin < text.size(); ++position)
+      begin += characterLength(text, begin);
+    std::size_t end = begin;
+    for (; position < from + length && end < text.size(); ++position) {
+      end += characterLength(text, end);
+    }
+    answerText(context, std::string(text.substr(begin, end - begin)));
   });
 }
 
@@ -201,6 +263,10 @@ void setUpConnection(sqlite3* db, GuardSettings settings) {
   sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   registerFunction(db, "qx_now", 0, nowFunction, settings);
   registerFunction(db, "qx_date", 1, dateFunction, settings);
+  registerFunction(db, "qx_number", 1, numberFunction, settings);
+  registerFunction(db, "qx_substring", 2, substringFunction, settings);
+  registerFunction(db, "qx_substring", 3, substringFunction, settings);
+  registerFunction(db, "qx_text", 1, textFunction, settings);
   registerFunction(db, "qx_upper", 1, upperFunction, settings);
   registerFunction(db, "qx_lower", 1, lowerFunction, settings);
   registerFunction(db, "like", 2, likeFunction, settings);

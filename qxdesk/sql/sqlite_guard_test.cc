@@ -1,6 +1,6 @@
 #include "qxdesk/sql/sqlite_guard.h"
 
-#include "qxdesk/sql/test_support.h"
+#include "qxdesk/sql/test_sqlite.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -10,7 +10,7 @@
 namespace qx::sql {
 namespace {
 
-using test::CompanyDatabase;
+using test::SqliteConnection;
 
 std::string guardRefusal(sqlite3* db, std::string_view text) {
   try {
@@ -23,7 +23,10 @@ std::string guardRefusal(sqlite3* db, std::string_view text) {
 
 class SqliteGuard : public testing::Test {
  protected:
-  CompanyDatabase database_{Dialect::Mssql};
+  SqliteConnection database_;
+  std::string runTranslated(std::string_view text) {
+    return database_.run(test::translated(Dialect::Mssql, text));
+  }
   sqlite3* db() { return database_.db(); }
 };
 
@@ -89,18 +92,19 @@ TEST_F(SqliteGuard, ReadsDatesOfBothFormsAndRefusesOthers) {
 }
 
 TEST_F(SqliteGuard, MapsCaseOnlyByWhatIsHandedIn) {
-  EXPECT_THROW(database_.run("SELECT UPPER(Name) FROM [@T]"), SqliteError);
+  setUpConnection(db(), {});
+  EXPECT_THROW(runTranslated("SELECT UPPER(Name) FROM [@T]"), SqliteError);
   setUpConnection(db(), {.now = nullptr,
                          .upper = [](std::string_view) { return std::string("U"); },
                          .lower = [](std::string_view) { return std::string("L"); }});
-  EXPECT_EQ(database_.run("SELECT UPPER(Name), LOWER(Name) FROM [@T] WHERE Code = '1'"), "U|L");
+  EXPECT_EQ(runTranslated("SELECT UPPER(Name), LOWER(Name) FROM [@T] WHERE Code = '1'"), "U|L");
 }
 
 TEST_F(SqliteGuard, LetsNoExceptionOfAClockThrough) {
   setUpConnection(db(), {.now = []() -> std::string { throw std::runtime_error("clock"); },
                          .upper = nullptr,
                          .lower = nullptr});
-  EXPECT_THROW(database_.run("SELECT getdate()"), SqliteError);
+  EXPECT_THROW(runTranslated("SELECT getdate()"), SqliteError);
 }
 
 TEST_F(SqliteGuard, KnowsTheDeclaredTypes) {
@@ -111,6 +115,24 @@ TEST_F(SqliteGuard, KnowsTheDeclaredTypes) {
   EXPECT_EQ(catalog.columnType("@T", "Code"), ColumnType::Text);
   EXPECT_EQ(catalog.columnType("@T", "nosuch"), ColumnType::Unknown);
   EXPECT_EQ(catalog.columnType("nosuch", "Code"), ColumnType::Unknown);
+}
+
+TEST_F(SqliteGuard, ProbesTheTypesThatTheTextDoesNotTell) {
+  Translator translator(Dialect::Mssql);
+  const Translation translation = translator.translate(
+      "SELECT MAX(U_Date), SUM(U_Price), ISNULL(U_B, 0), MAX(T0.Code), U_B * U_Price FROM [@T] T0 "
+      "WHERE 1 = 0");
+  const std::array<ColumnType, 5> expected = {ColumnType::Date, ColumnType::Decimal,
+                                              ColumnType::Integer, ColumnType::Text,
+                                              ColumnType::Decimal};
+  ASSERT_EQ(translation.columns.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(probedType(db(), translation.columns[i].probe), expected.at(i)) << i;
+  }
+  const Translation known = Translator(Dialect::Mssql, &database_.catalog())
+                                .translate("SELECT MAX(U_Date), ISNULL(U_Price, 0) FROM [@T]");
+  EXPECT_EQ(known.columns[0].type, ColumnType::Date);
+  EXPECT_EQ(known.columns[1].type, ColumnType::Decimal);
 }
 
 }  // namespace

@@ -1,45 +1,49 @@
 #include "qxdesk/sql/translator.h"
 
+#include "qxdesk/sql/emitter_postgres.h"
 #include "qxdesk/sql/emitter_sqlite.h"
 #include "qxdesk/sql/lexer.h"
 #include "qxdesk/sql/parser.h"
 #include "qxdesk/sql/resolver.h"
 
-#include <algorithm>
+#include <memory>
 
 namespace qx::sql {
 namespace {
 
-OutputColumn outputColumn(const Select& select, const SelectItem& item,
-                          const DialectTraits& traits) {
-  OutputColumn column;
-  if (item.alias) {
-    column.name = *item.alias;
-  } else if (item.value->kind == ExprKind::Column) {
-    column.name = item.value->text;
+std::unique_ptr<StatementEmitter> makeEmitter(const DialectTraits& traits, const Target& target) {
+  if (target.engine == Engine::Postgres) {
+    return std::make_unique<PostgresEmitter>(traits, target.now);
   }
-  column.type = item.value->type;
-  if (column.type != ColumnType::Unknown) return column;
-  const std::vector<const Expr*> deciding = decidingColumns(*item.value);
-  if (!deciding.empty()) column.probe = emitSqliteProbe(select, deciding, traits);
-  return column;
+  return std::make_unique<SqliteEmitter>(traits);
 }
 
-std::vector<OutputColumn> outputColumns(const Select& select, const DialectTraits& traits) {
-  const std::vector<SelectItem>& items = select.cores.front().items;
+// A type that neither the text nor the engine tells is found out by another query.
+std::string probeOf(const ListedColumn& column, const Select& select, const DialectTraits& traits,
+                    const Target& target) {
+  if (!traitsOf(target.engine).probes) return {};
+  if (column.told.type != ColumnType::Unknown || column.value == nullptr) return {};
+  const std::vector<const Expr*> deciding = decidingColumns(*column.value);
+  return deciding.empty() ? std::string() : makeEmitter(traits, target)->probe(select, deciding);
+}
+
+void tellColumns(Translation& translation, const Select& select, const DialectTraits& traits,
+                 const Target& target) {
+  bool complete = true;
   std::vector<OutputColumn> columns;
-  if (std::any_of(items.begin(), items.end(), [](const SelectItem& item) { return !item.value; })) {
-    return columns;
+  for (ListedColumn& column : listedColumns(select)) {
+    complete = complete && column.told.starTable.empty();
+    column.told.probe = probeOf(column, select, traits, target);
+    columns.push_back(std::move(column.told));
   }
-  for (const SelectItem& item : items) columns.push_back(outputColumn(select, item, traits));
-  return columns;
+  (complete ? translation.columns : translation.outline) = std::move(columns);
 }
 
 }  // namespace
 
 Translation Translator::translate(std::string_view utf8) {
   const DialectTraits& traits = traitsOf(dialect_);
-  Statement statement = Parser(dialect_, lex(utf8)).parse();
+  Statement statement = Parser(dialect_, traitsOf(target_.engine), lex(utf8)).parse();
   Resolver(traits, catalog_).resolve(statement);
   Translation translation;
   translation.kind = statement.kind;
@@ -48,9 +52,9 @@ Translation Translator::translate(std::string_view utf8) {
     if (statement.rowCount > 0) rowLimit_ = statement.rowCount;
     return translation;
   }
-  translation.text = emitSqlite(statement, traits, rowLimit_);
+  translation.text = makeEmitter(traits, target_)->statement(statement, rowLimit_);
   if (statement.kind == StatementKind::Select) {
-    translation.columns = outputColumns(*statement.select, traits);
+    tellColumns(translation, *statement.select, traits, target_);
   }
   return translation;
 }

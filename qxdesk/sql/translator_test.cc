@@ -292,6 +292,21 @@ TEST(TranslatorDates, AddUnitsByEachDialectsWords) {
             R"(SELECT datetime(qx_now(), 'start of day') FROM "T")");
 }
 
+TEST(TranslatorCommonTables, SeeThoseBeforeThemOnly) {
+  test::CompanyDatabase database(Engine::Sqlite, Dialect::Mssql);
+  for (const std::string_view text :
+       {"WITH A AS (SELECT * FROM A) SELECT x FROM A",
+        "WITH A AS (SELECT * FROM B), B AS (SELECT * FROM A) SELECT A.x + 'a' FROM A, B"}) {
+    EXPECT_NO_THROW(database.translate(text)) << text;
+  }
+  EXPECT_EQ(database
+                .translate("WITH [@L] AS (SELECT U_T FROM [@L]), B AS (SELECT * FROM [@L]) SELECT "
+                           "U_T FROM B")
+                .columns[0]
+                .type,
+            ColumnType::Text);
+}
+
 // ---- row count of the connection
 
 TEST(TranslatorRowCount, LimitsWhatFollowsUntilZero) {

@@ -35,4 +35,25 @@ std::optional<Utf8Character> readUtf8(std::string_view text, std::size_t offset)
   return Utf8Character{value, length};
 }
 
+void appendUtf8(std::string& text, char32_t character) {
+  const auto follow = [&](unsigned shift) {
+    text += static_cast<char>(0x80U | ((character >> shift) & 0x3FU));
+  };
+  if (character < 0x80) {
+    text += static_cast<char>(character);
+  } else if (character < 0x800) {
+    text += static_cast<char>(0xC0U | (character >> 6U));
+    follow(0);
+  } else if (character < 0x10000) {
+    text += static_cast<char>(0xE0U | (character >> 12U));
+    follow(6);
+    follow(0);
+  } else {
+    text += static_cast<char>(0xF0U | (character >> 18U));
+    follow(12);
+    follow(6);
+    follow(0);
+  }
+}
+
 }  // namespace qx::sql

@@ -94,6 +94,11 @@ class CComQIPtr : public CComPtr<T> {
     CComQIPtr(object).Swap(*this);
     return *this;
   }
+  template <class Q>
+  CComQIPtr& operator=(const CComPtr<Q>& other) {
+    CComQIPtr(other).Swap(*this);
+    return *this;
+  }
 
  private:
   template <class Q>

@@ -148,6 +148,11 @@ TEST(ComQIPtr, CastsOnConstructionAndAssignment) {
   sized = nullptr;
   sized = static_cast<IUnknown*>(named.p);
   EXPECT_FALSE(!sized);
+  sized = nullptr;
+  sized = named;
+  EXPECT_FALSE(!sized);
+  sized = CComPtr<INamed>();
+  EXPECT_TRUE(!sized);
 }
 
 TEST(ComQIPtr, IsNullForAnObjectWithoutTheInterfaceAndForNull) {

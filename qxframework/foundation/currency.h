@@ -106,8 +106,11 @@ class QX_API CQXCurrency {
   static CComQIPtr<IRoundedData> m_ptrRoundedData;  // what Round(int) got last
 
  private:
-  static CQXCurrency fromMillionths(std::int64_t value);
-  void roundHere(long digits);
+  static CQXCurrency fromMillionths(std::int64_t value) {
+    CQXCurrency amount;
+    amount.m_value = value;
+    return amount;
+  }
 
   std::int64_t m_value = 0;
 };

@@ -1,5 +1,6 @@
 #include "qxframework/foundation/date_time.h"
 
+#include "qxframework/foundation/internal/first_field.h"
 #include "qxframework/foundation/numbers.h"
 #include "qxframework/host/company.h"
 #include "qxframework/os/clock.h"
@@ -46,10 +47,7 @@ Day dayOf(const CString& text) {
 
 CComBSTR displayForm(const CComPtr<ICompany>& company, DATE date) {
   const CComQIPtr<IDataHelper> helper(company->GetBusinessObject(qx::kDataHelper));
-  const CComPtr<IRecordset> row = helper->FormatDateToString(date);
-  CComVariant text = row->GetFields()->Item(CComVariant(0L))->GetValue();
-  qx::raiseIfFailed(text.ChangeType(VT_BSTR));
-  return CComBSTR(qx::viewOfBstr(text.bstrVal));
+  return qx::firstFieldText(helper->FormatDateToString(date));
 }
 
 }  // namespace

@@ -2,81 +2,20 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/persistence/link_criteria.h"
-#include "qxframework/persistence/testing/proxy_records.h"
-#include "qxframework/persistence/testing/query_parts.h"
-#include "qxframework/persistence/testing/scripted_company.h"
-#include "tests/support/recording_logger.h"
+#include "qxframework/persistence/testing/collection_proxy_fixture.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
-#include <stdexcept>
 
-namespace Persistence {
+namespace Persistence::test {
 namespace {
 
 using qx::test::codeIs;
-using qx::test::Item;
 using qx::test::items;
 using qx::test::refusalOf;
 using qx::test::values;
-using Texts = std::vector<std::u16string>;
-
-const OLECHAR* const kCode = u"Code";
-const OLECHAR* const kName = u"Name";
-const OLECHAR* const kAllRows = u"SELECT * FROM OITM     ORDER BY Code";
-
-class Items final : public CQXPersistentCollectionProxy {
- public:
-  Items() = default;
-  void MapToContainer(const TyFieldValues& row, CQXValueContainer& container) override {
-    if (throwing) throw std::runtime_error("the record cannot be filled");
-    qx::test::fill(row, container);
-  }
-  void ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) override {
-    qx::test::write(container, row);
-  }
-  qx_ptr<CConditions> conditionsOf(const TyFieldValues& fields,
-                                   const std::vector<HvConditionOperation>& operations) {
-    return GetConditionsFromKeyFields(fields, operations);
-  }
-  bool throwing = false;
-};
-
-class CollectionProxy : public testing::Test {
- protected:
-  CollectionProxy() {
-    company->otherwise = items({{u"A", u"Nail"}, {u"B", u"Screw"}, {u"C", u""}});
-  }
-
-  void connect() { proxy.Connect(company.p, u"OITM", false); }
-  void load() {
-    connect();
-    proxy.SetKeysOnly(false);
-    proxy.Load({kCode}, {});
-    company->runs.clear();
-  }
-  /// With keys only: the cursor has the keys, and each row is read by a statement of its own.
-  void loadKeys() {
-    company->otherwise = {{u"Code"}, {{u"A"}, {u"B"}}};
-    company->answers[u"SELECT * FROM OITM     WHERE Code = N'A'"] = items({{u"A", u"Nail"}});
-    company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] = items({{u"B", u"Screw"}});
-    connect();
-    proxy.Load({kCode}, {});
-    company->runs.clear();
-  }
-  Texts statements() { return company->statements(); }
-  ULONG references() {
-    company->AddRef();
-    return company->Release();
-  }
-
-  qx::test::RecordingLogger logger;
-  CComPtr<qx::test::ScriptedCompany> company = qx::test::makeScriptedCompany();
-  Items proxy;
-  Item item;
-};
 
 TEST_F(CollectionProxy, StartsNeitherConnectedNorLoaded) {
   EXPECT_FALSE(proxy.IsConnected());
@@ -185,113 +124,6 @@ TEST_F(CollectionProxy, AFailedLoadLeavesItUnloaded) {
   EXPECT_EQ(refusalOf([&] { proxy.Load({kCode}, {}); }), "-5: No such table");
   EXPECT_FALSE(proxy.IsLoaded());
   EXPECT_EQ(refusalOf([&] { proxy.SetMaxRecordCount(3); }), "");
-}
-
-TEST_F(CollectionProxy, StepsThroughTheRowsWithoutAStatement) {
-  load();
-  EXPECT_EQ(proxy.First(item), 0);
-  EXPECT_EQ(item.code, u"A");
-  EXPECT_EQ(item.name, u"Nail");
-  EXPECT_EQ(proxy.Next(item), 0);
-  EXPECT_EQ(item.code, u"B");
-  EXPECT_EQ(proxy.Last(item), 0);
-  EXPECT_EQ(item.code, u"C");
-  EXPECT_EQ(proxy.Previous(item), 0);
-  EXPECT_EQ(item.code, u"B");
-  EXPECT_TRUE(statements().empty());
-  EXPECT_EQ(company->recordsets, 1);
-}
-
-TEST_F(CollectionProxy, ALoopOverNextSeesEveryRowOnceAndEndsBehindTheLast) {
-  load();
-  std::u16string seen;
-  for (long hr = proxy.First(item); hr == 0; hr = proxy.Next(item)) seen += item.code;
-  EXPECT_EQ(seen, u"ABC");
-  EXPECT_TRUE(proxy.Eof());
-  EXPECT_EQ(proxy.Next(item), 1);
-  EXPECT_EQ(item.code, u"C");
-}
-
-TEST_F(CollectionProxy, ReportsEndBeginningAndCountOfTheRows) {
-  load();
-  EXPECT_EQ(proxy.GetRecordCount(), 3);
-  EXPECT_FALSE(proxy.Bof());
-  EXPECT_FALSE(proxy.Eof());
-}
-
-TEST_F(CollectionProxy, AnEmptyResultHasNoFirstRowAndLeavesTheRecordAlone) {
-  company->otherwise = items({});
-  load();
-  item.code = u"untouched";
-  EXPECT_EQ(proxy.First(item), 1);
-  EXPECT_EQ(proxy.Last(item), 1);
-  EXPECT_EQ(proxy.Next(item), 1);
-  EXPECT_EQ(item.code, u"untouched");
-  EXPECT_FALSE(logger.has(u"keys in map:"));
-}
-
-TEST_F(CollectionProxy, AnEmptyResultOfKeysLeavesTheRecordAloneToo) {
-  company->otherwise = items({});
-  connect();
-  proxy.Load({kCode}, {});
-  item.code = u"untouched";
-  EXPECT_EQ(proxy.First(item), 1);
-  EXPECT_EQ(item.code, u"untouched");
-}
-
-TEST_F(CollectionProxy, WithKeysOnlyEachStepReadsItsRow) {
-  loadKeys();
-  EXPECT_TRUE(proxy.GetKeysOnly());
-  EXPECT_EQ(proxy.First(item), 0);
-  EXPECT_EQ(item.name, u"Nail");
-  EXPECT_EQ(proxy.Next(item), 0);
-  EXPECT_EQ(item.name, u"Screw");
-  EXPECT_EQ(proxy.Previous(item), 0);
-  EXPECT_EQ(item.name, u"Nail");
-  EXPECT_EQ(proxy.Last(item), 0);
-  EXPECT_EQ(item.name, u"Screw");
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'A'",
-                                 u"SELECT * FROM OITM     WHERE Code = N'B'",
-                                 u"SELECT * FROM OITM     WHERE Code = N'A'",
-                                 u"SELECT * FROM OITM     WHERE Code = N'B'"}));
-}
-
-TEST_F(CollectionProxy, AStepReleasesTheObjectThatItMade) {
-  loadKeys();
-  const ULONG before = references();
-  EXPECT_EQ(proxy.First(item), 0);
-  EXPECT_EQ(references(), before);
-}
-
-TEST_F(CollectionProxy, FirstLogsTheNamesOfTheRowAndNoOtherStepDoes) {
-  load();
-  logger.records.clear();
-  (void)proxy.First(item);
-  EXPECT_EQ(logger.messagesOf(u"CQXPersistentCollectionProxy::First"),
-            (Texts{u"keys in map:", u"Code", u"Name"}));
-  (void)proxy.Next(item);
-  EXPECT_EQ(logger.messagesOf(u"CQXPersistentCollectionProxy::Next"), Texts{});
-}
-
-TEST_F(CollectionProxy, EveryStepIsAScopeOfTheLogWithItsResult) {
-  load();
-  const std::pair<const OLECHAR*, std::function<void()>> steps[] = {
-      {u"CQXPersistentCollectionProxy::Previous", [&] { (void)proxy.Previous(item); }},
-      {u"CQXPersistentCollectionProxy::First", [&] { (void)proxy.First(item); }},
-      {u"CQXPersistentCollectionProxy::Last", [&] { (void)proxy.Last(item); }},
-      {u"CQXPersistentCollectionProxy::Next", [&] { (void)proxy.Next(item); }}};
-  for (const auto& [name, step] : steps) {
-    logger.records.clear();
-    try {
-      step();
-    } catch (const _com_error&) {
-      // In front of the first row there is none to read.
-    }
-    EXPECT_EQ(logger.records.front().function, name);
-    EXPECT_EQ(logger.records.front().message, u"Entering function\n");
-    EXPECT_EQ(logger.records.back().function, name);
-  }
-  EXPECT_EQ(logger.records.back().message, u"Leaving function [S_FALSE]\n");
 }
 
 TEST_F(CollectionProxy, GetByKeyFindsTheRowInTheCursor) {
@@ -416,60 +248,6 @@ TEST_F(CollectionProxy, RemoveRangeKnowsNoOtherOperationThanEqual) {
   EXPECT_TRUE(statements().empty());
 }
 
-TEST_F(CollectionProxy, RefreshRepeatsTheQueryAndKeepsThePosition) {
-  load();
-  (void)proxy.Last(item);
-  company->otherwise = items({{u"A", u"Nail"}, {u"C", u"Changed"}, {u"D", u""}});
-  proxy.Refresh(item);
-  EXPECT_EQ(statements(), (Texts{kAllRows}));
-  EXPECT_EQ(item.name, u"Changed");
-  EXPECT_EQ(proxy.Next(item), 0);
-  EXPECT_EQ(item.code, u"D");
-}
-
-TEST_F(CollectionProxy, RefreshGivesTheFirstRowIfTheOldOneIsGone) {
-  load();
-  (void)proxy.Last(item);
-  company->otherwise = items({{u"A", u"Nail"}, {u"B", u"Screw"}});
-  proxy.Refresh(item);
-  EXPECT_EQ(item.code, u"A");
-}
-
-TEST_F(CollectionProxy, RefreshBehindTheLastRowGivesTheFirst) {
-  load();
-  while (proxy.Next(item) == 0) {
-  }
-  proxy.Refresh(item);
-  EXPECT_EQ(item.code, u"A");
-}
-
-TEST_F(CollectionProxy, RefreshGivesTheFirstRowWhateverKeepsItFromTheCurrentOne) {
-  load();
-  (void)proxy.Last(item);
-  (void)proxy.Next(item);
-  company->results["GetEoF"] = E_FAIL;
-  company->otherwise = items({{u"Z", u"Last"}});
-  proxy.Refresh(item);
-  EXPECT_EQ(item.code, u"Z");
-}
-
-TEST_F(CollectionProxy, RefreshOfAnEmptyResultIsRefusedAndLeavesItLoaded) {
-  load();
-  company->otherwise = items({});
-  EXPECT_EQ(refusalOf([&] { proxy.Refresh(item); }), "-1: Record set is empty");
-  EXPECT_TRUE(proxy.IsLoaded());
-  EXPECT_EQ(proxy.GetRecordCount(), 0);
-}
-
-TEST_F(CollectionProxy, TheFailureOfAHookPassesThroughAndReleasesTheObject) {
-  loadKeys();
-  const ULONG before = references();
-  proxy.throwing = true;
-  EXPECT_THROW((void)proxy.First(item), std::runtime_error);
-  EXPECT_THROW(proxy.GetByKey(values({{kCode, u"A"}}), item), std::runtime_error);
-  EXPECT_EQ(references(), before);
-}
-
 TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationGoIntoTheQuery) {
   connect();
   proxy.SetKeysOnly(false);
@@ -485,12 +263,6 @@ TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationGoIntoTheQuery) {
             (Texts{u"SELECT T0.Code AS'T0.Code',T0.Name AS'T0.Name',T1.U_Text AS'T1.U_Text' FROM "
                    u"OITM T0   LEFT OUTER JOIN [@L] T1 ON T0.Code = T1.U_Code   ORDER BY "
                    u"T0.Name DESC"}));
-}
-
-TEST_F(CollectionProxy, TheKeyOfTheCurrentRowBecomesConditions) {
-  load();
-  (void)proxy.Last(item);
-  EXPECT_EQ(qx::test::shown(proxy.BuildPrimaryKeyConditions()), "Code|1|98|VT_BSTR|C");
 }
 
 TEST_F(CollectionProxy, ConditionsOfAnyValuesTakeTheGivenOperations) {
@@ -538,4 +310,4 @@ TEST_F(CollectionProxy, ACopySharesTheRowsAndEitherMayGoFirst) {
 }
 
 }  // namespace
-}  // namespace Persistence
+}  // namespace Persistence::test

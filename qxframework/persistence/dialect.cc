@@ -18,7 +18,9 @@ void writeField(const Persistence::CQXPersistentBase& sql, CComBSTR& target,
   target += sql.GetSQLAlias(joined({correlation, u".", field})).View();
 }
 
-std::u16string topRows(long maximum) { return maximum == -1 ? u"" : format(u"TOP %d ", maximum); }
+std::u16string topRows(std::int32_t maximum) {
+  return maximum == -1 ? u"" : format(u"TOP %d ", maximum);
+}
 
 CComBSTR CommonDialect::alias(std::u16string_view name) { return joined({u"'", name, u"'"}); }
 

@@ -9,6 +9,7 @@
 #include "qxframework/automation/bstr.h"
 #include "qxframework/persistence/persistent_base.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,7 +20,7 @@ void writeField(const Persistence::CQXPersistentBase& sql, CComBSTR& target,
                 std::u16string_view correlation, std::u16string_view field);
 
 /// "TOP 5 ", or nothing when there is no limit.
-std::u16string topRows(long maximum);
+std::u16string topRows(std::int32_t maximum);
 
 /// What most engines have in common. A `maximum` of -1 is no limit.
 struct CommonDialect {
@@ -32,8 +33,8 @@ struct CommonDialect {
   /// A date in a condition that was made from a row.
   static CComBSTR dateString(const CQXDateTime& date);
   /// What stands in front of the field list, and behind everything.
-  static std::u16string limitInFront(long) { return {}; }
-  static std::u16string limitBehind(long, bool) { return {}; }
+  static std::u16string limitInFront(std::int32_t) { return {}; }
+  static std::u16string limitBehind(std::int32_t, bool) { return {}; }
 };
 
 }  // namespace qx

@@ -47,7 +47,7 @@ void Db2Dialect::writeTitle(CComBSTR& target, std::u16string_view title) {
   target += u"\" ";
 }
 
-std::u16string Db2Dialect::limitBehind(long maximum, bool) {
+std::u16string Db2Dialect::limitBehind(std::int32_t maximum, bool) {
   return maximum == -1 ? u"  " : format(u"  FETCH FIRST %d ROWS ONLY", maximum);
 }
 

@@ -16,7 +16,7 @@ struct Db2Dialect : CommonDialect {
   /// A text that begins like a literal is one already.
   static CComBSTR dateLiteral(const Persistence::CQXPersistentBase& sql, CComBSTR text);
   static void writeTitle(CComBSTR& target, std::u16string_view title);
-  static std::u16string limitBehind(long maximum, bool sorted);
+  static std::u16string limitBehind(std::int32_t maximum, bool sorted);
 };
 
 }  // namespace qx

@@ -16,7 +16,7 @@ struct KordbDialect : CommonDialect {
   /// A text that begins with a quote is a literal already.
   static CComBSTR dateLiteral(const Persistence::CQXPersistentBase& sql, CComBSTR text);
   static void writeTitle(CComBSTR& target, std::u16string_view title);
-  static std::u16string limitInFront(long maximum) { return topRows(maximum); }
+  static std::u16string limitInFront(std::int32_t maximum) { return topRows(maximum); }
 };
 
 }  // namespace qx

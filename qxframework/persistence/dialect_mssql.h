@@ -13,7 +13,7 @@ struct MssqlDialect : CommonDialect {
   /// A text that begins like a literal is one already.
   static CComBSTR dateLiteral(const Persistence::CQXPersistentBase& sql, CComBSTR text);
   static void writeTitle(CComBSTR& target, std::u16string_view title);
-  static std::u16string limitInFront(long maximum) { return topRows(maximum); }
+  static std::u16string limitInFront(std::int32_t maximum) { return topRows(maximum); }
 };
 
 }  // namespace qx

@@ -2,6 +2,6 @@
 
 namespace qx {
 
-std::u16string SybaseDialect::limitBehind(long, bool sorted) { return sorted ? u"" : u" "; }
+std::u16string SybaseDialect::limitBehind(std::int32_t, bool sorted) { return sorted ? u"" : u" "; }
 
 }  // namespace qx

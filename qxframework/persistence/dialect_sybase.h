@@ -9,8 +9,8 @@ struct SybaseDialect : MssqlDialect {
   static constexpr const OLECHAR* kName = u"Sybase";
   static constexpr bool kLimitsConnection = true;
 
-  static std::u16string limitInFront(long) { return {}; }
-  static std::u16string limitBehind(long maximum, bool sorted);
+  static std::u16string limitInFront(std::int32_t) { return {}; }
+  static std::u16string limitBehind(std::int32_t maximum, bool sorted);
 };
 
 }  // namespace qx

@@ -7,11 +7,10 @@
 
 #include <cmath>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using Persistence::CQXPersistentCollection;
-using Persistence::CQXPersistentObject;
 
 /// Each piece of SQL is asked of the class for one row and of that for many.
 class Dialect : public testing::TestWithParam<DialectParam> {
@@ -206,7 +205,6 @@ TEST(DialectClasses, AreWhatAServerTypeGives) {
     return dynamic_cast<Object*>(qx::persistentObjectFor(serverType).get()) != nullptr &&
            dynamic_cast<Collection*>(qx::persistentCollectionFor(serverType).get()) != nullptr;
   };
-  using namespace Persistence;
   EXPECT_TRUE((is.operator()<CQXPersistentObjectDB2, CQXPersistentCollectionDB2>(2)));
   EXPECT_TRUE((is.operator()<CQXPersistentObjectSybase, CQXPersistentCollectionSybase>(3)));
   EXPECT_TRUE((is.operator()<CQXPersistentObjectKORDB, CQXPersistentCollectionKORDB>(9)));
@@ -215,3 +213,4 @@ TEST(DialectClasses, AreWhatAServerTypeGives) {
 }
 
 }  // namespace
+}  // namespace Persistence

@@ -4,10 +4,10 @@
 #include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 
 template <class Object, class Collection>
 void expectClasses(CQXPersistenceFactory& factory) {
@@ -102,3 +102,4 @@ TEST_F(PersistenceFactory, WithoutMemoryGivesNull) {
 }
 
 }  // namespace
+}  // namespace Persistence

@@ -38,9 +38,9 @@ CQXPersistentBase::CQXPersistentBase(CComPtr<ICompany> company) : m_ptrCompany(s
 
 CQXPersistentBase::~CQXPersistentBase() { CConditions::Remove(m_ptrConditions); }
 
-void CQXPersistentBase::SetKeyFields(const FieldNames& fields) {
-  m_vecKeyFields = fields;
-  m_ptrKeyNames = 0;
+void CQXPersistentBase::TakeKeyFieldsOf(const CQXPersistentBase& other) {
+  m_vecKeyFields = other.m_vecKeyFields;
+  if (other.m_ptrKeyNames != nullptr) m_ptrKeyNames = other.m_ptrKeyNames;
 }
 
 void CQXPersistentBase::SetConditions(qx_ptr<CConditions> conditions) {

@@ -89,7 +89,7 @@ class CQXPersistentBase {
   /// Gives the conditions of `object` the values of `given`, whose columns must be the same.
   /// Raises std::out_of_range when `given` has fewer.
   static void CopyConditionValues(CQXPersistentBase* object, const qx_ptr<CConditions>& given);
-  /// Takes the columns of the conditions as key fields.
+  /// Takes the columns of the conditions as key fields. The names live until the next call.
   void FillKeyFieldsFromConditions();
   /// Puts the company's last error into the exception, as far as the company has one.
   void FillExceptionFromCompany(CQXPersistenceException& exception) const;
@@ -104,7 +104,9 @@ class CQXPersistentBase {
   const CQXBSTR& GetCorrelationName() const { return m_bstrCorrelationName; }
   void SetCorrelationName(const OLECHAR* name) { m_bstrCorrelationName = name; }
   const FieldNames& GetKeyFields() const { return m_vecKeyFields; }
-  void SetKeyFields(const FieldNames& fields);
+  void SetKeyFields(const FieldNames& fields) { m_vecKeyFields = fields; }
+  /// Takes the key fields of another, and with them a share in the conditions that have the names.
+  void TakeKeyFieldsOf(const CQXPersistentBase& other);
   const FieldNames& GetFields() const { return m_vecFields; }
   void SetFields(const FieldNames& fields) { m_vecFields = fields; }
   bool HasLinkTables() const { return !m_vecLinkTables.empty(); }
@@ -181,7 +183,8 @@ class CQXPersistentBase {
                          HvConditionOperation operation) const;
 
   long m_lStatementNumber = 0;
-  // The conditions that key fields were taken from, so that the names outlive a change of them.
+  // The conditions that key fields were last taken from. They are kept even when other key fields
+  // are set, since these may be the same names.
   qx_ptr<CConditions> m_ptrKeyNames;
 };
 

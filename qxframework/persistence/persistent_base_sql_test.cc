@@ -8,10 +8,10 @@
 #include <cmath>
 #include <limits>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using namespace std::literals;
 
 CQXLinkTableCriteria linkOnCode(const OLECHAR* table, const OLECHAR* correlation,
@@ -277,3 +277,4 @@ TEST(RemoveWhere, OfNoConditionsHasNothingBehind) {
 }
 
 }  // namespace
+}  // namespace Persistence

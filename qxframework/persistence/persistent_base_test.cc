@@ -6,10 +6,10 @@
 
 #include <stdexcept>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 
 TEST(PersistentBase, StartsEmpty) {
   const Plain base;
@@ -93,6 +93,39 @@ TEST(PersistentBase, KeyFieldsOfConditionsOutliveThem) {
   ASSERT_EQ(base.GetKeyFields().size(), 2U);
   EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
   EXPECT_EQ(qx::viewOf(base.GetKeyFields()[1]), u"U_Line");
+}
+
+TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemWhenSetAgain) {
+  Plain base;
+  base.SetConditions(codeIs(u"A"));
+  base.FillKeyFieldsFromConditions();
+  base.SetKeyFields(base.GetKeyFields());
+  base.SetConditions({});
+  ASSERT_EQ(base.GetKeyFields().size(), 1U);
+  EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
+}
+
+TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemAtWhoeverTookThem) {
+  Plain taker;
+  {
+    Plain base;
+    base.SetConditions(codeIs(u"A"));
+    base.FillKeyFieldsFromConditions();
+    taker.TakeKeyFieldsOf(base);
+  }
+  ASSERT_EQ(taker.GetKeyFields().size(), 1U);
+  EXPECT_EQ(qx::viewOf(taker.GetKeyFields()[0]), u"Code");
+}
+
+TEST(PersistentBase, KeyFieldsTakenFromOneThatIsGivenThemOutliveTheOnesOfBefore) {
+  Plain base;
+  base.SetConditions(codeIs(u"A"));
+  base.FillKeyFieldsFromConditions();
+  Plain other;
+  other.SetKeyFields(base.GetKeyFields());
+  base.TakeKeyFieldsOf(other);
+  base.SetConditions({});
+  EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
 }
 
 TEST(PersistentBase, WithoutConditionsThereAreNoKeyFieldsToFill) {
@@ -211,3 +244,4 @@ TEST(ExceptionFromCompany, WithoutACompanyStaysAsItIs) {
 }
 
 }  // namespace
+}  // namespace Persistence

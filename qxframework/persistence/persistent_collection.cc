@@ -108,6 +108,12 @@ void CQXPersistentCollection::Refresh() {
     Query(m_bstrLastQuery);
     return;
   }
+  PrepareSelect();
+  Select();
+  m_bSelected = true;
+}
+
+void CQXPersistentCollection::PrepareSelect() {
   if (m_ptrConditions.get() == nullptr && m_vecKeyFields.empty())
     throw CQXPersistenceException(
         u"Collection is not properly initialized, neither conditions nor key fields are set");
@@ -115,15 +121,14 @@ void CQXPersistentCollection::Refresh() {
     throw CQXPersistenceException(
         u"Collection is not properly initialized, master table name is not set");
   if (m_vecKeyFields.empty()) FillKeyFieldsFromConditions();
-  Select();
-  m_bSelected = true;
 }
 
 void CQXPersistentCollection::SetMaxRecordCount(long maximum) {
-  if (maximum == m_lMaxRecordCount) return;
-  if (maximum != -1 && maximum < 1)
+  const auto count = static_cast<std::int32_t>(maximum);
+  if (count == m_lMaxRecordCount) return;
+  if (count != -1 && count < 1)
     throw CQXPersistenceException(u"Maximum record count must be greater than zero");
-  m_lMaxRecordCount = maximum;
+  m_lMaxRecordCount = count;
   m_bSelected = false;
 }
 
@@ -172,7 +177,7 @@ void CQXPersistentCollection::LoadObjectFromCurrentRow(CQXPersistentObject* obje
 void CQXPersistentCollection::CopySettingsToObject(CQXPersistentObject* object, bool useOwnFields,
                                                    bool skipConditions) const {
   object->SetMasterTable(m_bstrMasterTable);
-  object->SetKeyFields(m_vecKeyFields);
+  object->TakeKeyFieldsOf(*this);
   object->SetFields(m_vecFields);
   object->SetUserTable(m_bUserTable);
   object->SetCorrelationName(m_bstrCorrelationName);

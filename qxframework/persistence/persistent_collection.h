@@ -6,6 +6,7 @@
 #include "qxframework/persistence/persistent_base.h"
 #include "qxframework/persistence/sort_field.h"
 
+#include <cstdint>
 #include <string>
 
 namespace Persistence {
@@ -67,7 +68,8 @@ class CQXPersistentCollection : public CQXPersistentBase {
   /// False for any std::exception.
   bool FindInRecordSetNoThrow(qx_ptr<CConditions> conditions, CQXPersistentObject* object);
 
-  /// -1 for no limit. A new value makes the next Refresh write a new statement.
+  /// -1 for no limit. A new value makes the next Refresh write a new statement. The engines take 32
+  /// bits, so higher ones are dropped first.
   void SetMaxRecordCount(long maximum);
   long GetMaxRecordCount() const { return m_lMaxRecordCount; }
   bool GetKeysOnly() const { return m_bKeysOnly; }
@@ -75,6 +77,9 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void SetSortFields(const CQXPersistenceSortFieldCollection& fields) { m_SortFields = fields; }
   const CQXPersistenceSortFieldCollection& GetSortFields() const { return m_SortFields; }
 
+  /// What Refresh does ahead of Select: refuses what cannot be selected from, and takes the key
+  /// fields from the conditions if there are none. It needs no company.
+  void PrepareSelect();
   /// The statements that Select runs, in order. They need no company. The constants of joins are
   /// quoted anew with each call.
   std::vector<CComBSTR> SelectTexts();
@@ -96,7 +101,7 @@ class CQXPersistentCollection : public CQXPersistentBase {
 
   bool m_bKeysOnly = true;
   bool m_bSorted = true;
-  long m_lMaxRecordCount = -1;
+  std::int32_t m_lMaxRecordCount = -1;
   CQXPersistenceSortFieldCollection m_SortFields;
 
  private:

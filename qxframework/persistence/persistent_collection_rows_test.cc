@@ -6,10 +6,10 @@
 
 #include <cmath>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using testing::ElementsAre;
 
 using CollectionRows = CollectionFixture;
@@ -39,6 +39,16 @@ TEST_P(CollectionRows, SettingsBringTheConditionsOfTheRowOrOfTheObject) {
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|own");
   collection->CopySettingsToObject(object.get(), false, false);
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|A");
+}
+
+TEST_P(CollectionRows, AnObjectKeepsTheKeyFieldsOfConditionsBeyondTheCollection) {
+  collection->SetKeyFields({});
+  collection->SetConditions(codeIs(u"A"));
+  refresh();
+  collection->CopySettingsToObject(object.get(), false, true);
+  collection.reset();
+  ASSERT_EQ(object->GetKeyFields().size(), 1U);
+  EXPECT_EQ(qx::viewOf(object->GetKeyFields()[0]), u"Code");
 }
 
 TEST_P(CollectionRows, AddRunsTheObjectsInsertByItsOwnKey) {
@@ -222,3 +232,4 @@ TEST_P(CollectionRows, GetByKeyRefusesWhatIsNotTheKey) {
 }
 
 }  // namespace
+}  // namespace Persistence

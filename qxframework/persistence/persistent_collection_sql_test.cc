@@ -8,10 +8,10 @@
 
 #include <gmock/gmock.h>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using namespace std::literals;
 
 class CollectionSql : public testing::TestWithParam<DialectParam> {
@@ -153,6 +153,17 @@ TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
                 "SELECT TOP 5 T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code"});
 }
 
+TEST_P(CollectionSql, ALimitIsWrittenWithItsLower32Bits) {
+  collection->SetMaxRecordCount((1L << 33) + 5);
+  if (GetParam().name == "Sybase") {
+    EXPECT_EQ(select().front(), "SET ROWCOUNT 5 ");
+    return;
+  }
+  expectSelect({"SELECT Code FROM @T     ORDER BY Code  FETCH FIRST 5 ROWS ONLY",
+                R"(SELECT TOP 5 "Code" FROM "@T"     ORDER BY "Code")",
+                "SELECT TOP 5 Code FROM [@T]     ORDER BY Code"});
+}
+
 TEST_P(CollectionSql, ALimitStandsInFrontOfAllColumns) {
   collection->SetKeysOnly(false);
   collection->SetMaxRecordCount(1);
@@ -249,3 +260,4 @@ TEST(UnsortedSelect, EndsAsItsDialectEndsIt) {
 }
 
 }  // namespace
+}  // namespace Persistence

@@ -4,10 +4,10 @@
 
 #include <gmock/gmock.h>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -64,6 +64,22 @@ TEST_P(PersistentCollection, ALimitBelowOneIsRefused) {
   EXPECT_EQ(collection->GetMaxRecordCount(), -1);
   collection->SetMaxRecordCount(3);
   collection->SetMaxRecordCount(-1);
+  EXPECT_EQ(collection->GetMaxRecordCount(), -1);
+}
+
+TEST_P(PersistentCollection, ALimitBeyond32BitsLosesItsHigherOnes) {
+  constexpr long kBeyond = 1L << 32;
+  collection->SetMaxRecordCount(kBeyond + 5);
+  EXPECT_EQ(collection->GetMaxRecordCount(), 5);
+  collection->Refresh();
+  collection->SetMaxRecordCount(2 * kBeyond + 5);  // the limit that there is
+  EXPECT_TRUE(collection->IsSelected());
+  EXPECT_EQ(refusalOf([&] { collection->SetMaxRecordCount(kBeyond); }),
+            "-1: Maximum record count must be greater than zero");
+  EXPECT_EQ(refusalOf([&] { collection->SetMaxRecordCount(kBeyond / 2); }),
+            "-1: Maximum record count must be greater than zero");
+  EXPECT_EQ(collection->GetMaxRecordCount(), 5);
+  collection->SetMaxRecordCount(kBeyond - 1);
   EXPECT_EQ(collection->GetMaxRecordCount(), -1);
 }
 
@@ -344,3 +360,4 @@ TEST_P(PersistentCollection, WithoutACompanyNothingRuns) {
 }
 
 }  // namespace
+}  // namespace Persistence

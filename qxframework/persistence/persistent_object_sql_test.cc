@@ -5,10 +5,10 @@
 #include "qxframework/persistence/persistent_object.h"
 #include "qxframework/persistence/testing/query_parts.h"
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using namespace std::literals;
 
 class ObjectSql : public testing::TestWithParam<DialectParam> {
@@ -294,3 +294,4 @@ TEST_P(ObjectSql, AMillionUnitsAreWrittenWhole) {
 }
 
 }  // namespace
+}  // namespace Persistence

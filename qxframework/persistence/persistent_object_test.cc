@@ -8,10 +8,10 @@
 
 #include <gmock/gmock.h>
 
+namespace Persistence {
 namespace {
 
 using namespace qx::test;
-using namespace Persistence;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -363,3 +363,4 @@ TEST_P(PersistentObject, ConditionsOfItsOwnFieldsKnowTheCorrelationName) {
 }
 
 }  // namespace
+}  // namespace Persistence

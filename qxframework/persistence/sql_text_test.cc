@@ -51,7 +51,7 @@ TEST(SqlLiteral, IsThatOfTwoPassesForAnyText) {
       u"'\x7F"
       u"aB \n\"\xD83D\xDE00";
   unsigned state = 20240131;
-  for (int round = 0; round < 5000; ++round) {
+  for (unsigned round = 0; round < 5000; ++round) {
     std::u16string text;
     for (unsigned length = round % 17; text.size() < length;) {
       state = state * 1103515245 + 12345;

@@ -4,7 +4,6 @@
 // 32-bit limbs; the arithmetic is done on the machine's widest integers, so that it costs no more
 // than they do.
 
-#include <array>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -18,16 +17,18 @@ class CUInt128 {
   explicit constexpr CUInt128(int value) { put(static_cast<Wide>(value)); }
 
   /// Limb 0 is the least significant one.
-  constexpr std::uint32_t limb(std::size_t index) const { return m_limbs[index]; }
-  constexpr std::uint64_t lower() const { return half(0); }
-  constexpr std::uint64_t upper() const { return half(2); }
+  constexpr std::uint32_t limb(std::size_t index) const {
+    return static_cast<std::uint32_t>(m_limbs >> (32 * index));
+  }
+  constexpr std::uint64_t lower() const { return static_cast<std::uint64_t>(m_limbs); }
+  constexpr std::uint64_t upper() const { return static_cast<std::uint64_t>(m_limbs >> 64); }
   /// False once an addition or a multiplication, of this number or of one that went into it, has
   /// carried out of the 128 bits. The limbs then hold what is left below.
   constexpr bool isExact() const { return m_exact; }
 
   constexpr CUInt128& operator+=(const CUInt128& other) {
-    const Wide sum = get() + other.get();
-    m_exact = m_exact && other.m_exact && sum >= other.get();
+    const Wide sum = m_limbs + other.m_limbs;
+    m_exact = m_exact && other.m_exact && sum >= other.m_limbs;
     return put(sum);
   }
   constexpr CUInt128& operator*=(std::uint64_t factor) {
@@ -37,7 +38,7 @@ class CUInt128 {
     return put((high << 64) | static_cast<std::uint64_t>(low));
   }
   /// `bits` is 0 to 127. What is shifted out is lost, and is no overflow.
-  constexpr CUInt128& operator<<=(int bits) { return put(get() << bits); }
+  constexpr CUInt128& operator<<=(int bits) { return put(m_limbs << bits); }
 
   /// The quotient, truncated, and the remainder if it is wanted. Throws the text "divide 0" as a
   /// character pointer for a divisor of 0.
@@ -48,10 +49,17 @@ class CUInt128 {
     if (upper() == 0) {
       quotient.put(lower() / divisor);
       rest = lower() % divisor;
+    } else if (divisor >> kSmallBits == 0 && upper() < divisor) {
+      // Two steps of 64 bits: for a constant divisor, such as that of money, multiplications do.
+      constexpr int kStep = 64 - kSmallBits;
+      const std::uint64_t first = upper() << kSmallBits | lower() >> kStep;
+      const std::uint64_t second = first % divisor << kStep | (lower() & ((1ULL << kStep) - 1));
+      quotient.put(Wide{first / divisor} << kStep | second / divisor);
+      rest = second % divisor;
     } else if (divisor != 1) {
-      const Wide whole = get() / divisor;
+      const Wide whole = m_limbs / divisor;
       quotient.put(whole);
-      rest = static_cast<std::uint64_t>(get() - whole * divisor);
+      rest = static_cast<std::uint64_t>(m_limbs - whole * divisor);
     }
     if (remainder != nullptr) *remainder = rest;
     return quotient;
@@ -59,26 +67,22 @@ class CUInt128 {
 
   /// By the limbs alone.
   friend constexpr bool operator==(const CUInt128& a, const CUInt128& b) {
-    return a.get() == b.get();
+    return a.m_limbs == b.m_limbs;
   }
   friend constexpr std::strong_ordering operator<=>(const CUInt128& a, const CUInt128& b) {
-    return a.get() <=> b.get();
+    return a.m_limbs <=> b.m_limbs;
   }
 
  private:
   __extension__ typedef unsigned __int128 Wide;
+  static constexpr int kSmallBits = 20;  // a million has no more
 
-  constexpr std::uint64_t half(std::size_t first) const {
-    return m_limbs[first] | std::uint64_t{m_limbs[first + 1]} << 32;
-  }
-  constexpr Wide get() const { return Wide{upper()} << 64 | lower(); }
   constexpr CUInt128& put(Wide value) {
-    for (std::size_t i = 0; i < m_limbs.size(); ++i)
-      m_limbs[i] = static_cast<std::uint32_t>(value >> (32 * i));
+    m_limbs = value;
     return *this;
   }
 
-  std::array<std::uint32_t, 4> m_limbs{};
+  Wide m_limbs{};
   bool m_exact = true;
 };
 

@@ -118,6 +118,25 @@ TEST(UInt128, DividesWithAndWithoutARemainder) {
   EXPECT_EQ(CUInt128(std::uint64_t{100}).dividedBy(7), CUInt128(14));
 }
 
+TEST(UInt128, DividesBySmallNumbersAndByTheNextLargerOnesAlike) {
+  // 2^64 × a + b for upper halves below, at and above the divisor, whose size decides how it goes.
+  constexpr std::uint64_t kNumbers[] = {1,         2,         3,         999'999,      1'000'000,
+                                        1'048'575, 1'048'576, 1'048'577, kAllBits / 3, kAllBits - 1,
+                                        kAllBits};
+  for (const std::uint64_t divisor : kNumbers) {
+    for (const std::uint64_t quotient : kNumbers) {
+      for (const std::uint64_t rest : {std::uint64_t{0}, divisor / 2, divisor - 1}) {
+        CUInt128 number(quotient);
+        number *= divisor;
+        number += CUInt128(rest);
+        std::uint64_t left = 99;
+        EXPECT_EQ(number.dividedBy(divisor, &left), CUInt128(quotient)) << divisor << quotient;
+        EXPECT_EQ(left, rest);
+      }
+    }
+  }
+}
+
 TEST(UInt128, DivisionByOneGivesTheNumberAndNoRemainder) {
   std::uint64_t rest = 99;
   EXPECT_EQ(CUInt128(-1).dividedBy(1, &rest), CUInt128(-1));

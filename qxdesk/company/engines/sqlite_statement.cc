@@ -1,4 +1,4 @@
-#include "qxdesk/company/sqlite_statement.h"
+#include "qxdesk/company/engines/sqlite_statement.h"
 
 #include <sqlite3.h>
 
@@ -46,6 +46,7 @@ class SqliteRows final : public Statement {
                               value.data() == nullptr ? "" : value.data(), value.size(),
                               SQLITE_TRANSIENT, SQLITE_UTF8));
   }
+  void bindDate(int parameter, std::string_view value) override { bind(parameter, value); }
   bool step() override {
     const int result = sqlite3_step(statement_.get());
     if (result == SQLITE_ROW) return true;

@@ -1,7 +1,8 @@
-#include "qxdesk/company/sqlite_database.h"
+#include "qxdesk/company/engines/sqlite_database.h"
 
 #include "qxdesk/company/company_error.h"
-#include "qxdesk/company/sqlite_statement.h"
+#include "qxdesk/company/engines/sqlite_statement.h"
+#include "qxdesk/company/engines/sqlite_tables.h"
 #include "qxdesk/sql/sqlite_guard.h"
 #include "qxframework/automation/text.h"
 
@@ -50,6 +51,9 @@ class SqliteDatabase final : public Database {
     });
   }
 
+  Route route() const override { return Route::ToSqlite; }
+  const EngineTables& tables() const override { return sqliteTables(); }
+
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
     return prepareSqlite(db_.get(), sql);
   }
@@ -67,12 +71,21 @@ class SqliteDatabase final : public Database {
     look_->step();
     look_->reset();
   }
+  // Writing from the start: a change that begins by reading could not wait for another writer.
+  void begin() override { execute("BEGIN IMMEDIATE"); }
+  // The engine would commit into a file that nobody has.
+  void commit() override {
+    if (const auto reason = lost()) throw *reason;
+    execute("COMMIT");
+  }
+  void rollback() override { execute("ROLLBACK"); }
   bool inTransaction() const override { return sqlite3_get_autocommit(db_.get()) == 0; }
   bool isReadOnly() const override { return sqlite3_db_readonly(db_.get(), "main") == 1; }
-  bool isGone() const override {
+  std::optional<DatabaseError> lost() const override {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-    return result == SQLITE_OK && moved != 0;
+    if (result != SQLITE_OK || moved == 0) return std::nullopt;
+    return DatabaseError(Fault::Moved, "the file has gone");
   }
 
  private:

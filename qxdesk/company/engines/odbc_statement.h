@@ -1,0 +1,17 @@
+#pragma once
+
+// Statements of an ODBC source. Rows come in batches of 100 into columns that are bound by their
+// types; a text that is longer than its place is fetched again in full. Where the driver cannot
+// read single cells of a batch and a column has no known length, rows come one by one.
+
+#include "qxdesk/company/engines/odbc_connection.h"
+
+#include <memory>
+#include <string_view>
+
+namespace qx::desk {
+
+/// `sql` in the engine's own form. It runs at the first step(). The connection must outlive it.
+std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql);
+
+}  // namespace qx::desk

@@ -1,0 +1,128 @@
+// A company on an ODBC source that is no PostgreSQL: statements of add-ons reach it as they stand.
+// The source here is the SQLite driver, an engine that takes [x] and LIMIT by itself.
+
+#include "qxdesk/company/company_session.h"
+#include "qxdesk/company/engines/open_database.h"
+#include "qxdesk/company/row_store.h"
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+#include "tests/support/odbc_program.h"
+
+namespace qx::desk {
+namespace {
+
+class PlainSourceTest : public testing::Test {
+ protected:
+  LoginTarget target() const {
+    return {"odbc:" + connection, kMssql, ln_English, u"manager", u"Demo"};
+  }
+  static CComVariant field(const CComPtr<IRecordset>& rows, const CComVariant& index) {
+    return rows->GetFields()->Item(index)->GetValue();
+  }
+
+  TemporaryFolder folder;
+  std::string connection = "Driver=SQLite3;Database=" + folder.file("plain.db");
+  CComPtr<ICompany> company = connectTo(target());
+};
+
+TEST_F(PlainSourceTest, AnEmptySourceBecomesANewCompany) {
+  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName, MainCurncy FROM OADM"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
+  const CComPtr<ICompany> again = connectTo(target());
+  EXPECT_EQ(rowsOf(again, u"SELECT CompnyName FROM OADM"), u"Demo");
+}
+
+TEST_F(PlainSourceTest, StatementsArriveUntouched) {
+  EXPECT_EQ(rowsOf(company, u"SELECT '[x] {ts ''1''} ? \"y\" --' AS [odd name]"),
+            u"[x] {ts '1'} ? \"y\" --");
+  EXPECT_EQ(query(company, u"SELECT 1 AS [odd name]")->GetFields()->Item(0)->GetName().View(),
+            u"odd name");
+  EXPECT_EQ(rowsOf(company, u"SELECT CurrCode FROM OCRN ORDER BY 1 LIMIT 2 -- own words"),
+            u"EUR\nGBP");
+  EXPECT_EQ(rowsOf(company, u"SELECT typeof(1) || sqlite_version() LIKE 'integer3%'"), u"1");
+}
+
+TEST_F(PlainSourceTest, TextsOfAnyCharacterComeBackAsTheyWere) {
+  const std::u16string text = u"\u00C4rger \U0001F600 \\ % _ \u4E2D";
+  EXPECT_EQ(rowsOf(company, u"SELECT '" + text + u"' AS [\u4E2D]"), text);
+  EXPECT_EQ(query(company, u"SELECT 1 AS [\u4E2D]")->GetFields()->Item(0)->GetName().View(),
+            u"\u4E2D");
+  LoginTarget place = target();
+  place.database = "odbc:Driver=SQLite3;Database=" + folder.file("named.db");
+  place.companyName = text;
+  EXPECT_EQ(rowsOf(connectTo(place), u"SELECT CompnyName FROM OADM"), text);
+}
+
+TEST_F(PlainSourceTest, AStatementThatTheSourceRefusesIsToldInItsWords) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM OADM")); }), kSqlFailure);
+  EXPECT_NE(lastError(company).text.find(u"syntax error"), std::u16string::npos)
+      << toUtf8(lastError(company).text);
+}
+
+TEST_F(PlainSourceTest, UserTablesFieldsAndKeysAreRealOnes) {
+  EXPECT_EQ(addTable(company, u"QX"), 0) << toUtf8(lastError(company).text);
+  EXPECT_EQ(addTable(company, u"qx"), kAlreadyExists);
+  EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"x"}), 0);
+  EXPECT_EQ(addField(company, {u"QX", u"N", kNumericField}), 0);
+  EXPECT_EQ(addField(company, {u"QX", u"D", kDateField, 0, 0, u"20240229"}), 0);
+  EXPECT_EQ(addKey(company, u"QX", u"K", true, {u"A", u"Name"}), 0);
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_A, U_D FROM [@QX]"), u"x|2024-02-29 00:00:00");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')")); }),
+      kSqlFailure);
+}
+
+TEST_F(PlainSourceTest, AFieldThatGrowsKeepsItsRowsAndKeys) {
+  addTable(company, u"QX");
+  addField(company, {u"QX", u"A", kAlphaField, 0, 2, u"x"});
+  addKey(company, u"QX", u"K", true, {u"A"});
+  query(company, u"INSERT INTO [@QX] (Code, Name, U_A) VALUES ('1', 'n', 'ab')");
+  const auto field = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
+  EXPECT_EQ(field->GetByKey(CComBSTR(u"@QX"), 0), VARIANT_TRUE);
+  field->PutSize(4);
+  field->PutDefaultValue(CComBSTR(u"wxyz"));
+  EXPECT_EQ(field->Update(), 0) << toUtf8(lastError(company).text);
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'm')");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code, U_A FROM [@QX] ORDER BY Code"), u"1|ab\n2|wxyz");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM sqlite_master WHERE name = 'KEY @QX K'"), u"1");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM sqlite_master WHERE name LIKE 'qx_old%'"), u"0");
+}
+
+TEST_F(PlainSourceTest, TransactionsCommitAndRollBack) {
+  company->StartTransaction();
+  query(company, u"UPDATE OADM SET Country = 'FR'");
+  company->EndTransaction(VARIANT_FALSE);
+  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM OADM"), u"DE");
+  company->StartTransaction();
+  query(company, u"UPDATE OADM SET Country = 'FR'");
+  EXPECT_EQ(addTable(company, u"QX"), 0) << toUtf8(lastError(company).text);
+  company->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(test::OdbcProgram(connection).ask("SELECT Country FROM OADM"), "FR");
+}
+
+TEST_F(PlainSourceTest, LongTextsAndNullsArrive) {
+  addTable(company, u"QX");
+  addField(company, {u"QX", u"M", kMemoField});
+  const std::u16string text =
+      std::u16string(500'000, u'a') + u"\u00E4\u4E2D\U0001F600" + std::u16string(500'000, u'z');
+  query(company, u"INSERT INTO [@QX] (Code, Name, U_M) VALUES ('1', 'n', '" + text + u"')");
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')");
+  EXPECT_TRUE(rowsOf(company, u"SELECT U_M, Code FROM [@QX] ORDER BY Code") == text + u"|1\n|2");
+}
+
+TEST_F(PlainSourceTest, ADatabaseOfSomethingElseIsToldWithoutThePassword) {
+  const std::string other = "Driver=SQLite3;Database=" + folder.file("other.db");
+  test::OdbcProgram(other).run("CREATE TABLE theirs (x int)");
+  LoginTarget place = target();
+  place.database = "odbc:" + other + ";Pwd=secret";
+  const CComPtr<ICompany> refused = companyFor(place);
+  EXPECT_EQ(refused->Connect(), kOpenFailed);
+  EXPECT_EQ(lastError(refused).text, u"The database 'odbc:" + toUtf16(other) +
+                                         u";Pwd=***' has tables, but no company in it.");
+}
+
+}  // namespace
+}  // namespace qx::desk

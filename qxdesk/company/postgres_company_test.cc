@@ -1,0 +1,299 @@
+// A company on a PostgreSQL server: how it opens, what users are told when it does not, and what
+// the dictionary promises when several processes change it.
+
+#include "qxdesk/company/company_schema.h"
+#include "qxdesk/company/engines/engine_tables.h"
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+#include "tests/support/postgres_server.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace qx::desk {
+namespace {
+
+using test::PostgresServer;
+
+class PostgresOpenTest : public testing::Test {
+ protected:
+  LoginTarget target() const { return targetFor("odbc:" + server.connection(name)); }
+  static LoginTarget targetFor(const std::string& database) {
+    return {database, kMssql, ln_English, u"manager", u"Demo"};
+  }
+  LastError failureOf(const LoginTarget& place) const {
+    const CComPtr<ICompany> company = companyFor(place);
+    EXPECT_EQ(company->Connect(), kOpenFailed);
+    EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
+    return lastError(company);
+  }
+
+  PostgresServer& server = PostgresServer::shared();
+  std::string name = server.createDatabase();
+};
+
+/// Runs `body` in many processes at the same moment; the exit codes.
+std::vector<int> atOnce(int processes, const std::function<int()>& body) {
+  std::array<int, 2> start{};
+  EXPECT_EQ(pipe(start.data()), 0);
+  std::vector<pid_t> children;
+  for (int i = 0; i < processes; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      close(start[1]);
+      char go = 0;
+      while (read(start[0], &go, 1) > 0) {
+      }
+      _exit(body());
+    }
+    children.push_back(child);
+  }
+  close(start[0]);
+  close(start[1]);
+  std::vector<int> codes;
+  for (const pid_t child : children) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    codes.push_back(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+  }
+  return codes;
+}
+
+TEST_F(PostgresOpenTest, AnEmptyDatabaseBecomesANewCompany) {
+  const CComPtr<ICompany> company = connectTo(target());
+  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName, MainCurncy FROM OADM"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
+  EXPECT_EQ(rowsOf(company,
+                   u"SELECT Category, SubNum, F_RefDate, T_RefDate FROM OFPR "
+                   u"WHERE Code = '2024-02'"),
+            u"2024|2|2024-02-01 00:00:00|2024-02-29 00:00:00");
+  EXPECT_EQ(rowsOf(company, u"SELECT Rate FROM VTG1 WHERE Code = 'A2' ORDER BY EffecDate DESC"),
+            u"19\n16");
+  EXPECT_EQ(rowsOf(company, u"SELECT ItemName, AvgPrice FROM OITM WHERE ItemCode = 'A1000'"),
+            u"Hammer|12.5");
+}
+
+TEST_F(PostgresOpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
+  addTable(connectTo(target()), u"QX");
+  LoginTarget renamed = target();
+  renamed.companyName = u"Other";
+  const CComPtr<ICompany> company = connectTo(renamed);
+  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName FROM OADM"), u"Demo");
+  EXPECT_EQ(addTable(company, u"QX"), kAlreadyExists);
+}
+
+TEST_F(PostgresOpenTest, AllTablesAreThereUnderTheirNames) {
+  const CComPtr<ICompany> company = connectTo(target());
+  for (const TableLayout& table : systemTables()) {
+    const auto fields = query(company, u"SELECT * FROM " + toUtf16(table.name))->GetFields();
+    ASSERT_EQ(fields->Count(), static_cast<long>(table.columns.size())) << table.name;
+    for (long i = 0; i < fields->Count(); ++i) {
+      EXPECT_EQ(fields->Item(i)->GetName().View(),
+                toUtf16(table.columns[static_cast<std::size_t>(i)].name));
+    }
+  }
+}
+
+TEST_F(PostgresOpenTest, ADatabaseOfSomethingElseIsToldAndLeftAlone) {
+  server.run(name, "CREATE TABLE theirs (x int)");
+  EXPECT_EQ(failureOf(target()),
+            (LastError{kOpenFailed, u"The database 'odbc:" + toUtf16(server.connection(name)) +
+                                        u"' has tables, but no company in it."}));
+  EXPECT_EQ(server.ask(name,
+                       "SELECT COUNT(*) FROM pg_class WHERE relkind = 'r' AND "
+                       "relnamespace = 'public'::regnamespace"),
+            "1");
+}
+
+TEST_F(PostgresOpenTest, ACompanyOfANewerVersionIsTold) {
+  connectTo(target());
+  server.run(name, "UPDATE qxvr SET version = 99");
+  EXPECT_EQ(failureOf(target()).text, u"The company database 'odbc:" +
+                                          toUtf16(server.connection(name)) +
+                                          u"' was written by a newer version of this component.");
+}
+
+TEST_F(PostgresOpenTest, AFailureWhileACompanyIsMadeLeavesADatabaseThatCanBeTriedAgain) {
+  for (int refuse = 1; refuse < 200; refuse += 7) {
+    FaultPlan plan{0, refuse, Fault::Full};
+    name = server.createDatabase();
+    const CComPtr<ICompany> company = companyFor(target(), testEnvironment(), failingOpen(&plan));
+    if (company->Connect() == 0) {
+      EXPECT_GT(refuse, 30);
+      break;
+    }
+    EXPECT_EQ(lastError(company).text, u"The disk of the company database is full.");
+    EXPECT_EQ(company->Connect(), 0) << refuse;
+    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OADM"), u"1");
+  }
+}
+
+TEST_F(PostgresOpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
+  const std::vector<int> codes = atOnce(6, [&] {
+    const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
+    const bool good = company->Connect() == 0 &&
+                      rowsOf(company, u"SELECT COUNT(*) FROM OADM") == u"1" &&
+                      rowsOf(company, u"SELECT COUNT(*) FROM OFPR") == u"36";
+    return good ? 0 : 1;
+  });
+  EXPECT_EQ(codes, std::vector<int>(6, 0));
+}
+
+TEST_F(PostgresOpenTest, ProcessesThatAddTheSameAtOnceLeaveItOnceAndTellTheOthers) {
+  connectTo(target());
+  const std::vector<int> codes = atOnce(5, [&] {
+    const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
+    if (company->Connect() != 0) return 100;
+    int added = 0;
+    const auto count = [&](long code) {
+      if (code != 0 && code != kAlreadyExists) added += 100;
+      if (code == 0) ++added;
+    };
+    count(addTable(company, u"QX"));
+    count(addField(company, {u"QX", u"A", kAlphaField, 0, 5}));
+    count(addField(company, {u"QX", u"a", kNumericField}));
+    count(addKey(company, u"QX", u"K", true, {u"A"}));
+    return added;
+  });
+  int added = 0;
+  for (const int code : codes) added += code;
+  EXPECT_EQ(added, 3);
+  const CComPtr<ICompany> company = connectTo(target());
+  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM OUTB"), u"QX");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM CUFD"), u"1");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OUKD"), u"1");
+}
+
+TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
+  const CComPtr<ICompany> writer = connectTo(target());
+  const CComPtr<ICompany> other = connectTo(target());
+  writer->StartTransaction();
+  query(writer, u"UPDATE OADM SET Country = 'FR'");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"DE");
+  const auto rows = businessObject<IRecordset>(other, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'IT'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(other).text,
+            u"The company database is locked by another program. Try again when it has finished.");
+  query(other, u"UPDATE OITM SET OnHand = 1");
+  writer->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"FR");
+}
+
+TEST_F(PostgresOpenTest, ATableThatAnotherConnectionAddsMakesItWait) {
+  const CComPtr<ICompany> writer = connectTo(target());
+  const CComPtr<ICompany> other = connectTo(target());
+  writer->StartTransaction();
+  EXPECT_EQ(addTable(writer, u"QX"), 0);
+  EXPECT_EQ(addTable(other, u"QY"), kSqlFailure);
+  EXPECT_EQ(lastError(other).text,
+            u"The company database is locked by another program. Try again when it has finished.");
+  writer->EndTransaction(VARIANT_FALSE);
+  EXPECT_EQ(addTable(other, u"QX"), 0);
+}
+
+// ---- what users are told when there is no connection
+
+TEST_F(PostgresOpenTest, ARefusedLoginIsTold) {
+  const LastError error =
+      failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + server.folder().string() +
+                          ";Database=" + name + ";Uid=nosuchuser;Pwd=secret"));
+  EXPECT_EQ(error.text,
+            u"The database server refused the login (connection to server on socket \"" +
+                toUtf16(server.folder().string()) +
+                u"/.s.PGSQL.5432\" failed: FATAL:  role \"nosuchuser\" does not exist). Check the "
+                u"user and the password.");
+}
+
+TEST_F(PostgresOpenTest, AnUnknownDriverIsTold) {
+  EXPECT_EQ(failureOf(targetFor("odbc:Driver=Nothing Here;Database=x;Pwd=secret")).text,
+            u"There is no such ODBC driver or data source (Can't open lib 'Nothing Here' : file "
+            u"not found). 'odbcinst -q -d' and 'odbcinst -q -s' list those that there are.");
+}
+
+TEST_F(PostgresOpenTest, AnUnknownSourceIsTold) {
+  EXPECT_TRUE(failureOf(targetFor("odbc:DSN=no_such_source"))
+                  .text.starts_with(u"There is no such ODBC driver or data source ("));
+}
+
+TEST_F(PostgresOpenTest, ADriverWithoutItsLibraryIsTold) {
+  EXPECT_TRUE(failureOf(targetFor("odbc:Driver=/no/such/driver.so;Database=x"))
+                  .text.starts_with(u"There is no such ODBC driver or data source ("));
+}
+
+TEST_F(PostgresOpenTest, AMissingDatabaseIsTold) {
+  const std::u16string text =
+      failureOf(targetFor("odbc:" + server.connection("nosuchdatabase"))).text;
+  EXPECT_TRUE(text.starts_with(u"The database server has no such database (")) << toUtf8(text);
+  EXPECT_NE(text.find(u"\"nosuchdatabase\" does not exist"), std::u16string::npos);
+}
+
+TEST_F(PostgresOpenTest, AMissingServerIsTold) {
+  const std::u16string text =
+      failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=/no/such/folder;Database=x")).text;
+  EXPECT_TRUE(text.starts_with(u"The database server cannot be reached (")) << toUtf8(text);
+}
+
+TEST_F(PostgresOpenTest, AServerThatDoesNotAnswerIsToldAfterTheTimeout) {
+  const TemporaryFolder folder;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  folder.file(".s.PGSQL.5432").copy(address.sun_path, sizeof address.sun_path - 1);
+  const int silent = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(bind(silent, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(silent, 1), 0);
+  CompanyEnvironment environment = testEnvironment();
+  environment.loginTimeoutSeconds = 1;
+  const CComPtr<ICompany> company =
+      companyFor(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + folder.path().string() +
+                           ";Database=x;Uid=y"),
+                 environment);
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  EXPECT_TRUE(lastError(company).text.starts_with(u"The database server cannot be reached ("))
+      << toUtf8(lastError(company).text);
+  close(silent);
+}
+
+TEST_F(PostgresOpenTest, AServerThatIsFullIsTold) {
+  connectTo(target());
+  server.run("postgres", "CREATE ROLE guest LOGIN CONNECTION LIMIT 0");
+  const std::u16string text =
+      failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + server.folder().string() +
+                          ";Database=" + name + ";Uid=guest"))
+          .text;
+  EXPECT_TRUE(text.starts_with(u"The database server takes no more connections at present ("))
+      << toUtf8(text);
+}
+
+TEST_F(PostgresOpenTest, AUserWithoutRightsIsToldInTheServersWords) {
+  connectTo(target());
+  server.run("postgres", "CREATE ROLE reader LOGIN");
+  server.run(name, "GRANT SELECT ON ALL TABLES IN SCHEMA public TO reader");
+  const CComPtr<ICompany> company =
+      connectTo(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + server.folder().string() +
+                          ";Database=" + name + ";Uid=reader"));
+  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM OADM"), u"DE");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(company).text, u"permission denied for table oadm");
+  EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
+}
+
+TEST_F(PostgresOpenTest, AServerThatOnlyReadsIsTold) {
+  connectTo(target());
+  server.run(name, "ALTER DATABASE " + name + " SET default_transaction_read_only = on");
+  const CComPtr<ICompany> company = connectTo(target());
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"The company database can only be read; there is no permission to write to it.");
+}
+
+}  // namespace
+}  // namespace qx::desk

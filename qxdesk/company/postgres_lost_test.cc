@@ -1,0 +1,192 @@
+// The server goes away while a company is open: it is told as that, never as an end of rows, and
+// nothing half done is kept.
+
+#include "qxdesk/company/engines/open_database.h"
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+#include "tests/support/odbc_program.h"
+#include "tests/support/postgres_server.h"
+
+namespace qx::desk {
+namespace {
+
+using test::PostgresServer;
+
+constexpr std::u16string_view kLost = u"The connection to the database server was lost (";
+
+class PostgresLostTest : public testing::TestWithParam<PostgresServer::End> {
+ protected:
+  PostgresLostTest() {
+    EXPECT_EQ(addTable(company, u"QX"), 0);
+    query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('0', 'n')");
+  }
+  LoginTarget target() const {
+    return {"odbc:" + server.connection(database), kMssql, ln_English, u"manager", u"Demo"};
+  }
+  HRESULT run(const std::u16string& sql) {
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    return codeOf([&] { rows->DoQuery(CComBSTR(sql)); });
+  }
+  std::u16string codes() {
+    return rowsOf(connectTo(target()), u"SELECT Code FROM [@QX] ORDER BY Code");
+  }
+  void expectLost() {
+    EXPECT_EQ(lastError(company).code, kSqlFailure);
+    EXPECT_TRUE(lastError(company).text.starts_with(kLost)) << toUtf8(lastError(company).text);
+  }
+
+  void TearDown() override { server.start(); }
+
+  PostgresServer& server = PostgresServer::shared();
+  std::string database = server.createDatabase();
+  CComPtr<ICompany> company = connectTo(target());
+};
+
+TEST_P(PostgresLostTest, IsToldInTheMiddleOfALoopOfQueries) {
+  int done = 0;
+  HRESULT code = S_OK;
+  for (; code == S_OK && done < 10; ++done) {
+    if (done == 5) server.stop(GetParam());
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    code = codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@QX]")); });
+    EXPECT_EQ(rows->GetRecordCount(), done < 5 ? 1 : 0);
+  }
+  EXPECT_EQ(done, 6);
+  EXPECT_EQ(code, kSqlFailure);
+  expectLost();
+}
+
+TEST_P(PostgresLostTest, IsToldByEveryCallAfterItUntilANewConnect) {
+  server.stop(GetParam());
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
+    expectLost();
+  }
+  EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
+  EXPECT_EQ(addTable(company, u"QY"), kSqlFailure);
+  expectLost();
+  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kSqlFailure);
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  server.start();
+  EXPECT_EQ(company->Connect(), 0) << toUtf8(lastError(company).text);
+  EXPECT_EQ(company->GetConnected(), VARIANT_TRUE);
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@QX]"), u"0");
+  EXPECT_EQ(addTable(company, u"QY"), 0);
+}
+
+TEST_P(PostgresLostTest, TakesTheOpenTransactionAlong) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
+  server.stop(GetParam());
+  EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"), kSqlFailure);
+  expectLost();
+  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(lastError(company).text,
+            u"The database has rolled the transaction back after a failure; nothing of it was "
+            u"kept.");
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  server.start();
+  EXPECT_EQ(codes(), u"0");
+  EXPECT_EQ(company->Connect(), 0);
+  EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
+}
+
+TEST_P(PostgresLostTest, ACommitThatMeetsItDoesNotClaimToHaveHappened) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  server.stop(GetParam());
+  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  const std::u16string text = lastError(company).text;
+  EXPECT_TRUE(text.starts_with(kLost) ||
+              text.starts_with(u"The connection to the database server was lost during the commit"))
+      << toUtf8(text);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  server.start();
+  EXPECT_EQ(codes(), u"0");
+}
+
+TEST_P(PostgresLostTest, ARollbackThatMeetsItIsNoFailure) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  server.stop(GetParam());
+  company->raw_EndTransaction(VARIANT_FALSE);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  server.start();
+  EXPECT_EQ(codes(), u"0");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, PostgresLostTest,
+                         testing::Values(PostgresServer::End::Fast, PostgresServer::End::Immediate,
+                                         PostgresServer::End::Killed));
+
+// With a cursor the rows come from the server in portions.
+TEST_P(PostgresLostTest, IsNoEndOfTheRows) {
+  for (const char* cursor : {"0", "1"}) {
+    server.start();
+    const auto opened = openDatabase(target().database + ";UseDeclareFetch=" + cursor + ";Fetch=50",
+                                     testEnvironment());
+    const auto rows = opened->prepareGuarded("SELECT generate_series(1, 100000)");
+    EXPECT_TRUE(rows->step());
+    server.stop(GetParam());
+    int read = 1;
+    std::optional<Fault> fault;
+    try {
+      while (rows->step()) ++read;
+    } catch (const DatabaseError& error) {
+      fault = error.fault();
+    }
+    EXPECT_TRUE(read == 100'000 || fault == Fault::ConnectionLost) << cursor << ": " << read;
+    if (*cursor == '1') {
+      EXPECT_LT(read, 100'000);
+    }
+  }
+}
+
+class PostgresEndedTest : public CompanyTest {
+ protected:
+  std::string name() const { return database.substr(database.find("Database=") + 9); }
+};
+
+TEST_P(PostgresEndedTest, AConnectionThatAnAdministratorEndsIsLost) {
+  PostgresServer& server = PostgresServer::shared();
+  company->StartTransaction();
+  query(company, u"UPDATE OADM SET Country = 'FR'");
+  server.run("postgres",
+             "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '" +
+                 name().substr(0, name().find(';')) + "'");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM OADM")); }), kSqlFailure);
+  EXPECT_TRUE(lastError(company).text.starts_with(kLost)) << toUtf8(lastError(company).text);
+  EXPECT_EQ(rowsOf(another(), u"SELECT Country FROM OADM"), u"DE");
+}
+
+TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
+  const std::string connection = database.substr(std::string("odbc:").size());
+  test::OdbcProgram other(connection);
+  other.run("ALTER DATABASE " + name().substr(0, name().find(';')) +
+            " SET default_transaction_isolation = 'repeatable read'");
+  const CComPtr<ICompany> own = another();
+  own->StartTransaction();
+  query(own, u"UPDATE OITM SET OnHand = 5");
+  EXPECT_EQ(rowsOf(own, u"SELECT Country FROM OADM"), u"DE");
+  other.run("UPDATE oadm SET country = 'FR'");
+  const auto rows = businessObject<IRecordset>(own, kRecordset);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'IT'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(own).text,
+            u"The database has ended the transaction in favour of another program's (could not "
+            u"serialize access due to concurrent update); nothing of it was kept. Try again.");
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM OADM")); }), kSqlFailure);
+  EXPECT_EQ(codeOf([&] { own->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(rowsOf(own, u"SELECT COUNT(*) FROM OITM WHERE OnHand = 5"), u"0");
+  own->StartTransaction();
+  query(own, u"UPDATE OADM SET Country = 'IT'");
+  own->EndTransaction(VARIANT_TRUE);
+  EXPECT_EQ(other.ask("SELECT country FROM oadm"), "IT");
+}
+
+INSTANTIATE_TEST_SUITE_P(Postgres, PostgresEndedTest, testing::Values(Medium::Postgres));
+
+}  // namespace
+}  // namespace qx::desk

@@ -1,0 +1,172 @@
+// Rows from a PostgreSQL server: as many, as long and as exact as they were written.
+
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+#include "tests/support/odbc_program.h"
+
+namespace qx::desk {
+namespace {
+
+class PostgresRowsTest : public CompanyTest {
+ protected:
+  PostgresRowsTest() {
+    EXPECT_EQ(addTable(company, u"T"), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Memo", kMemoField}), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Amount", kFloatField, 80}), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Day", kDateField}), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Count", kNumericField}), 0);
+  }
+  static CComVariant field(const CComPtr<IRecordset>& rows, const CComVariant& index) {
+    return rows->GetFields()->Item(index)->GetValue();
+  }
+  test::OdbcProgram another() const {
+    return test::OdbcProgram(database.substr(std::string("odbc:").size()));
+  }
+};
+
+TEST_P(PostgresRowsTest, ALongTextIsReadInFull) {
+  const std::u16string text =
+      std::u16string(500'000, u'a') + u"\u00E4\U0001F600" + std::u16string(500'000, u'z');
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Memo) VALUES ('1', 'n', N'" + text + u"')");
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Memo) VALUES ('2', 'n', N'short')");
+  EXPECT_TRUE(rowsOf(company, u"SELECT U_Memo, Code FROM [@T] ORDER BY Code") ==
+              text + u"|1\nshort|2");
+}
+
+TEST_P(PostgresRowsTest, TextsAroundTheLengthOfTheirPlaceAreReadInFull) {
+  for (const std::size_t length : {254U, 255U, 256U, 257U, 511U, 8189U, 8190U, 8191U, 40000U}) {
+    const std::u16string text(length, u'\u00FC');
+    query(company, u"DELETE FROM [@T]");
+    query(company, u"INSERT INTO [@T] (Code, Name, U_Memo) VALUES ('1', 'n', N'" + text + u"')");
+    EXPECT_TRUE(rowsOf(company, u"SELECT U_Memo FROM [@T]") == text) << length;
+  }
+}
+
+TEST_P(PostgresRowsTest, EveryColumnMayBeNull) {
+  another().run(
+      "INSERT INTO \"@t\" (code, name, u_memo, u_amount, u_day, u_count) SELECT g, NULL, NULL, "
+      "NULL, NULL, NULL FROM generate_series(1, 250) g");
+  const auto rows = query(company, u"SELECT * FROM [@T]");
+  EXPECT_EQ(rows->GetRecordCount(), 250);
+  for (; rows->GetEoF() == VARIANT_FALSE; rows->MoveNext()) {
+    ASSERT_EQ(cellText(field(rows, u"Name")), u"");
+    ASSERT_EQ(cellText(field(rows, u"U_Memo")), u"");
+    ASSERT_EQ(field(rows, u"U_Amount").dblVal, 0.0);
+    ASSERT_EQ(field(rows, u"U_Day").date, 0.0);
+    ASSERT_EQ(field(rows, u"U_Count").lVal, 0);
+  }
+}
+
+TEST_P(PostgresRowsTest, ManyRowsComeInOrder) {
+  constexpr long kRows = 100'000;
+  another().run(
+      "INSERT INTO \"@t\" (code, name, u_memo, u_amount, u_day, u_count) SELECT "
+      "to_char(g, 'FM000000'), 'n', repeat('x', g % 400), g / 8.0, "
+      "timestamp '2024-01-01' + g * interval '1 second', g FROM generate_series(0, 99999) g");
+  const auto rows =
+      query(company, u"SELECT Code, U_Memo, U_Amount, U_Day, U_Count FROM [@T] ORDER BY Code");
+  ASSERT_EQ(rows->GetRecordCount(), kRows);
+  const auto fields = rows->GetFields();
+  const auto memo = fields->Item(1), amount = fields->Item(2), count = fields->Item(4);
+  for (long i = 0; i < kRows; ++i, rows->MoveNext()) {
+    ASSERT_EQ(count->GetValue().lVal, i);
+    ASSERT_EQ(amount->GetValue().dblVal, static_cast<double>(i) / 8);
+    if (i % 97 == 0) {
+      ASSERT_EQ(viewOfBstr(memo->GetValue().bstrVal).size(), static_cast<std::size_t>(i % 400));
+    }
+  }
+}
+
+TEST_P(PostgresRowsTest, NumbersAreTheNearestDoubles) {
+  for (const char16_t* number :
+       {u"0.1", u"1.0845", u"-123456789012345.678901", u"999999999999999", u"0.000001", u"4.35"}) {
+    query(company, u"DELETE FROM [@T]");
+    query(company, u"INSERT INTO [@T] (Code, Name, U_Amount) VALUES ('1', 'n', " +
+                       std::u16string(number) + u")");
+    EXPECT_EQ(field(query(company, u"SELECT U_Amount FROM [@T]"), 0).dblVal,
+              std::stod(toUtf8(number)));
+  }
+}
+
+TEST_P(PostgresRowsTest, ExpressionsHaveTheTypeThatTheyHaveOnAFile) {
+  query(company,
+        u"INSERT INTO [@T] (Code, Name, U_Amount, U_Day, U_Count) VALUES "
+        u"('1', 'n', 2.5, '20240131', 7)");
+  const auto rows = query(company,
+                          u"SELECT SUM(U_Count), SUM(U_Amount), MAX(U_Day), COUNT(*), MAX(Code), "
+                          u"AVG(U_Amount) FROM [@T]");
+  EXPECT_EQ(field(rows, 0).vt, VT_I4);
+  EXPECT_EQ(field(rows, 0).lVal, 7);
+  EXPECT_EQ(field(rows, 1).vt, VT_R8);
+  EXPECT_EQ(field(rows, 2).vt, VT_DATE);
+  EXPECT_EQ(field(rows, 3).vt, VT_I4);
+  EXPECT_EQ(field(rows, 4).vt, VT_BSTR);
+  EXPECT_EQ(field(rows, 5).dblVal, 2.5);
+}
+
+TEST_P(PostgresRowsTest, ColumnsBehindAStarAreCalledAsInTheDictionary) {
+  addTable(company, u"S");
+  addField(company, {u"S", u"MEMO", kAlphaField, 0, 5});
+  query(company, u"INSERT INTO [@T] (Code, Name) VALUES ('1', 'n')");
+  query(company, u"INSERT INTO [@S] (Code, Name) VALUES ('1', 'n')");
+  const auto names = [&](const std::u16string& sql) {
+    const auto fields = query(company, sql)->GetFields();
+    std::u16string text;
+    for (long i = 0; i < fields->Count(); ++i) {
+      text += fields->Item(i)->GetName().View();
+      text += u' ';
+    }
+    return text;
+  };
+  EXPECT_EQ(names(u"SELECT * FROM [@T]"), u"Code Name U_Memo U_Amount U_Day U_Count ");
+  EXPECT_EQ(names(u"SELECT * FROM [@t] T0 INNER JOIN [@S] T1 ON T0.Code = T1.Code"),
+            u"Code Name U_Memo U_Amount U_Day U_Count Code Name U_MEMO ");
+  EXPECT_EQ(names(u"SELECT T1.Code AS N'__kf__.Code', T1.*, COUNT(*) AS 'n' FROM [@S] T1 GROUP BY "
+                  u"T1.Code, T1.Name, T1.U_MEMO"),
+            u"__kf__.Code Code Name U_MEMO n ");
+  EXPECT_EQ(names(u"SELECT * FROM (SELECT u_memo, Code FROM [@T]) X"), u"u_memo Code ");
+}
+
+TEST_P(PostgresRowsTest, WordsThatTheServerTakesForDatesAreNone) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  for (const char16_t* word : {u"now", u"infinity", u"today", u"epoch"}) {
+    EXPECT_EQ(codeOf([&] {
+                rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Day) VALUES ('1', 'n', '" +
+                                       std::u16string(word) + u"')"));
+              }),
+              kSqlFailure);
+  }
+  EXPECT_THROW(another().run("INSERT INTO \"@t\" (code, u_day) VALUES ('1', 'infinity')"),
+               std::runtime_error);
+  EXPECT_THROW(another().run("INSERT INTO \"@t\" (code, u_amount) VALUES ('1', 'NaN')"),
+               std::runtime_error);
+}
+
+TEST_P(PostgresRowsTest, BlanksAtTheEndOfATextCount) {
+  addField(company, {u"T", u"Short", kAlphaField, 0, 3});
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Short) VALUES ('1', 'n', 'a  ')");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Short FROM [@T] WHERE U_Short <> 'a'"), u"a  ");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(codeOf([&] {
+              rows->DoQuery(
+                  CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Short) VALUES ('2', 'n', 'abc  ')"));
+            }),
+            kSqlFailure);
+}
+
+TEST_P(PostgresRowsTest, ANumberBeyondItsColumnIsTold) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      codeOf([&] {
+        rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Amount) VALUES ('1', 'n', 1e30)"));
+      }),
+      kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"A number is out of the range of its column (numeric field overflow (A field with "
+            u"precision 21, scale 6 must round to an absolute value less than 10^15.)).");
+}
+
+INSTANTIATE_TEST_SUITE_P(Postgres, PostgresRowsTest, testing::Values(Medium::Postgres));
+
+}  // namespace
+}  // namespace qx::desk

@@ -1,0 +1,35 @@
+#include "qxdesk/session/database_name.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::desk {
+namespace {
+
+TEST(DatabaseName, AFileIsShownAsItIs) {
+  EXPECT_EQ(databaseName("/data/Shop.db"), "/data/Shop.db");
+  EXPECT_EQ(databaseTitle("/data/Shop.db"), "Shop");
+  EXPECT_EQ(odbcConnection("/data/odbc:x"), std::nullopt);
+}
+
+TEST(DatabaseName, AConnectionIsShownWithoutItsPasswords) {
+  EXPECT_EQ(databaseName("odbc:DSN=shop"), "odbc:DSN=shop");
+  EXPECT_EQ(databaseName("odbc:Driver={A;B};PWD=se;Uid=me"), "odbc:Driver={A;B};PWD=***;Uid=me");
+  EXPECT_EQ(databaseName("odbc:Password={a}};b;c=d};Uid=me"), "odbc:Password=***;Uid=me");
+  EXPECT_EQ(databaseName("odbc:Uid=me; pwd =x"), "odbc:Uid=me; pwd =***");
+  EXPECT_EQ(databaseName("odbc:Password={never closed;Uid=me"), "odbc:Password=***");
+  EXPECT_EQ(databaseName("odbc:"), "odbc:");
+}
+
+TEST(DatabaseName, AConnectionIsCalledByItsDatabaseOrItsSource) {
+  EXPECT_EQ(databaseTitle("odbc:DSN=till;Database=shop"), "shop");
+  EXPECT_EQ(databaseTitle("odbc:dsn={My shop}"), "My shop");
+  EXPECT_EQ(databaseTitle("odbc:Driver=SQLite3;Database=/data/Shop.db"), "Shop");
+  EXPECT_EQ(databaseTitle("odbc:Driver=SQLite3"), "ODBC");
+}
+
+TEST(DatabaseName, TheConnectionStringStandsBehindTheScheme) {
+  EXPECT_EQ(odbcConnection("odbc:DSN=shop"), "DSN=shop");
+}
+
+}  // namespace
+}  // namespace qx::desk

@@ -1,0 +1,252 @@
+#include "qxdesk/sql/coercion.h"
+
+#include "qxdesk/sql/dates.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace qx::sql {
+namespace {
+
+constexpr std::string_view kDigits = "0123456789";
+
+ExprPtr makeNode(ExprKind kind, Position at, ColumnType type) {
+  auto node = std::make_unique<Expr>();
+  node->kind = kind;
+  node->at = at;
+  node->type = type;
+  return node;
+}
+
+ExprPtr makeCall(Function function, ExprPtr operand) {
+  ExprPtr call = makeNode(ExprKind::Call, operand->at, ColumnType::Unknown);
+  call->function = function;
+  call->height = operand->height + 1;
+  call->args.push_back(std::move(operand));
+  return call;
+}
+
+std::size_t digitsAt(std::string_view text, std::size_t from) {
+  const std::size_t end = text.find_first_not_of(kDigits, from);
+  return (end == std::string_view::npos ? text.size() : end) - from;
+}
+
+// Length of the number without a sign at the front of a text; 0 when there is none.
+std::size_t numberLength(std::string_view text) {
+  const std::size_t whole = digitsAt(text, 0);
+  std::size_t end = whole;
+  std::size_t fraction = 0;
+  if (end < text.size() && text[end] == '.') {
+    fraction = digitsAt(text, end + 1);
+    end += 1 + fraction;
+  }
+  if (whole + fraction == 0) return 0;
+  if (end == text.size() || (text[end] != 'e' && text[end] != 'E')) return end;
+  std::size_t exponent = end + 1;
+  if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-')) ++exponent;
+  const std::size_t digits = digitsAt(text, exponent);
+  return digits == 0 ? end : exponent + digits;
+}
+
+std::string_view withoutBlanks(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+std::string_view withoutSign(std::string_view text) {
+  if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
+  return text;
+}
+
+// The literal that a text spells; null when it spells no number.
+ExprPtr spelledNumber(const Expr& text) {
+  if (!spellsNumber(text.text)) return nullptr;
+  const std::string_view trimmed = withoutBlanks(text.text);
+  const std::string_view rest = withoutSign(trimmed);
+  const bool negative = trimmed.front() == '-';
+  const bool whole = digitsAt(rest, 0) == rest.size();
+  ExprPtr number =
+      makeNode(ExprKind::Number, text.at, whole ? ColumnType::Integer : ColumnType::Decimal);
+  number->text = rest;
+  if (!negative) return number;
+  ExprPtr result = makeNode(ExprKind::Negate, text.at, number->type);
+  result->height = 2;
+  result->args.push_back(std::move(number));
+  return result;
+}
+
+// A number literal as text. Leading zeros of a whole one do not count.
+std::string spelling(const Expr& number) {
+  if (number.kind == ExprKind::Negate) return "-" + spelling(*number.args[0]);
+  const bool whole = digitsAt(number.text, 0) == number.text.size();
+  const std::size_t first = number.text.find_first_not_of('0');
+  if (!whole) return number.text;
+  return first == std::string::npos ? "0" : number.text.substr(first);
+}
+
+// Signs before a sign are no spelling of a number.
+bool isSpelled(const Expr& expr) {
+  if (expr.kind == ExprKind::Negate) return expr.args[0]->kind == ExprKind::Number;
+  return expr.kind == ExprKind::Number;
+}
+
+bool isSpelledWhole(const Expr& expr) {
+  return isSpelled(expr) && expr.type == ColumnType::Integer;
+}
+
+void spell(ExprPtr& number) {
+  ExprPtr text = makeNode(ExprKind::Text, number->at, ColumnType::Text);
+  text->text = spelling(*number);
+  number = std::move(text);
+}
+
+void toNumber(ExprPtr& text) {
+  ExprPtr number = spelledNumber(*text);
+  if (!number) throw SqlError("not a number: '" + text->text + "'", text->at);
+  text = std::move(number);
+}
+
+[[noreturn]] void failMixed(const std::vector<ExprPtr*>& values, std::string_view kind) {
+  const auto number = std::find_if(values.begin(), values.end(),
+                                   [](const ExprPtr* value) { return isNumber((*value)->type); });
+  throw SqlError("a number meets a " + std::string(kind) + " here; CAST one of them",
+                 (**number)->at);
+}
+
+// Which of the values the literals have to follow.
+bool textsDecide(const std::vector<ExprPtr*>& values, Meeting meeting) {
+  bool text = false;
+  bool number = false;
+  bool spelled = true;
+  for (const ExprPtr* pointer : values) {
+    const Expr& value = **pointer;
+    const bool isText = value.type == ColumnType::Text;
+    text = text || (isText && value.kind != ExprKind::Text);
+    number = number || (isNumber(value.type) && !isSpelled(value));
+    spelled = spelled && (!isText || (value.kind == ExprKind::Text && spelledNumber(value)));
+  }
+  if (text && number) failMixed(values, "text");
+  return text || (!number && meeting == Meeting::Choice && !spelled);
+}
+
+void followTexts(const std::vector<ExprPtr*>& values, Meeting meeting) {
+  for (ExprPtr* value : values) {
+    if (!isNumber((*value)->type)) continue;
+    if (!isSpelledWhole(**value) || meeting == Meeting::Ordered) failMixed(values, "text");
+    spell(*value);
+  }
+}
+
+void bringNumbersTogether(const std::vector<ExprPtr*>& values, Meeting meeting) {
+  if (textsDecide(values, meeting)) return followTexts(values, meeting);
+  for (ExprPtr* value : values) {
+    if ((*value)->type == ColumnType::Text) toNumber(*value);
+  }
+}
+
+void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
+  if (value->kind == ExprKind::Text) {
+    ExprPtr number = spelledNumber(*value);
+    if (!number) {
+      throw SqlError(
+          "the column " + std::string(column) + " takes a number, not '" + value->text + "'",
+          value->at);
+    }
+    value = std::move(number);
+  }
+  const bool cut = type == ColumnType::Integer && value->type == ColumnType::Decimal;
+  if (cut || value->type == ColumnType::Text) castTo(type, value);
+}
+
+void assignToText(ExprPtr& value) {
+  if (!isNumber(value->type)) return;
+  if (isSpelled(*value)) {
+    spell(value);
+  } else {
+    castTo(ColumnType::Text, value);
+  }
+}
+
+}  // namespace
+
+bool spellsNumber(std::string_view text) {
+  const std::string_view rest = withoutSign(withoutBlanks(text));
+  return !rest.empty() && numberLength(rest) == rest.size();
+}
+
+bool isLiteral(const Expr& expr) {
+  switch (expr.kind) {
+    case ExprKind::Number:
+    case ExprKind::Text:
+    case ExprKind::Date:
+    case ExprKind::Null:
+      return true;
+    case ExprKind::Negate:
+      return isLiteral(*expr.args[0]);
+    default:
+      return false;
+  }
+}
+
+void castTo(ColumnType type, ExprPtr& value) {
+  value = makeCall(Function::Cast, std::move(value));
+  value->target.type = type;
+  value->type = type;
+}
+
+void toDate(ExprPtr& value) {
+  if (value->kind == ExprKind::Text) {
+    const std::optional<std::string> date = storedDate(value->text);
+    if (!date) throw SqlError("not a date: '" + value->text + "'", value->at);
+    value->kind = ExprKind::Date;
+    value->text = *date;
+  } else {
+    value = makeCall(Function::ToDate, std::move(value));
+  }
+  value->type = ColumnType::Date;
+}
+
+void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting) {
+  const auto any = [&values](auto is) {
+    return std::any_of(values.begin(), values.end(),
+                       [&is](const ExprPtr* value) { return is((*value)->type); });
+  };
+  const bool numbers = any(isNumber);
+  const bool texts = any([](ColumnType type) { return type == ColumnType::Text; });
+  if (any([](ColumnType type) { return type == ColumnType::Date; })) {
+    if (numbers) failMixed(values, "date");
+    for (ExprPtr* value : values) {
+      if ((*value)->type == ColumnType::Text) toDate(*value);
+    }
+  } else if (numbers && texts) {
+    bringNumbersTogether(values, meeting);
+  }
+}
+
+void checkAlike(const Expr& value, ColumnType other) {
+  const bool numberMeets = isNumber(value.type) != isNumber(other);
+  if (!numberMeets || value.type == ColumnType::Unknown || other == ColumnType::Unknown) return;
+  const ColumnType kind = isNumber(value.type) ? other : value.type;
+  throw SqlError(std::string("a number meets a ") + (kind == ColumnType::Date ? "date" : "text") +
+                     " here; CAST one of them",
+                 value.at);
+}
+
+void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
+  if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
+  if (isNumber(type)) assignToNumber(column, type, value);
+  if (type == ColumnType::Text) assignToText(value);
+}
+
+void requireNumber(ExprPtr& value, std::string_view what) {
+  if (value->type == ColumnType::Date) {
+    throw SqlError(std::string(what) + " takes numbers, not dates", value->at);
+  }
+  if (value->type != ColumnType::Text) return;
+  if (value->kind == ExprKind::Text) return toNumber(value);
+  throw SqlError(std::string(what) + " takes numbers; CAST the text to one", value->at);
+}
+
+}  // namespace qx::sql

@@ -1,0 +1,41 @@
+// Bringing values of a syntax tree to one type where they meet. Engines differ in what they convert
+// by themselves, so nothing is left to them: a literal is written as what it has to be, other texts
+// are converted where that is safe, and the rest is refused. What has no known type stays as it is.
+#pragma once
+
+#include "qxdesk/sql/ast.h"
+
+#include <string_view>
+#include <vector>
+
+namespace qx::sql {
+
+bool isLiteral(const Expr& expr);
+
+// True for digits with a sign, a point and an exponent as may be, and blanks around them.
+bool spellsNumber(std::string_view text);
+
+void castTo(ColumnType type, ExprPtr& value);
+
+// A text becomes a date; a literal of the stored form. Raises SqlError for a literal that is none.
+void toDate(ExprPtr& value);
+
+// How values meet: compared for equality, compared by order, or as results to choose from.
+enum class Meeting { Equal, Ordered, Choice };
+
+// Dates and texts become dates. Of numbers and texts the literals follow the others: a text becomes
+// a number, a whole number a text (not where the order counts, since '10' < '9'). Raises SqlError
+// for texts that do not read so, and for values of both kinds that are no literals.
+void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting);
+
+// Raises SqlError when a value that is tested against a subquery is of another kind than that.
+void checkAlike(const Expr& value, ColumnType other);
+
+// Makes the value one that `column`, which is of this type, takes. Raises SqlError for a literal
+// that it does not take.
+void assignTo(std::string_view column, ColumnType type, ExprPtr& value);
+
+// A literal text becomes a number; any other text is refused, since `what` takes numbers.
+void requireNumber(ExprPtr& value, std::string_view what);
+
+}  // namespace qx::sql

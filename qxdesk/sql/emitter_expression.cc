@@ -1,0 +1,321 @@
+#include "qxdesk/sql/emitter_expression.h"
+
+#include <algorithm>
+
+namespace qx::sql {
+namespace {
+
+// Longer chains of AND or OR are written as a balanced tree, since SQLite limits the depth.
+constexpr std::size_t kMaxFlatChain = 100;
+
+}  // namespace
+
+std::string_view functionText(Function function) {
+  switch (function) {
+    case Function::Max:
+      return "max";
+    case Function::Min:
+      return "min";
+    case Function::Sum:
+      return "sum";
+    case Function::Avg:
+      return "avg";
+    case Function::Coalesce:
+      return "coalesce";
+    case Function::Length:
+      return "length";
+    case Function::TrimLeft:
+      return "ltrim";
+    case Function::TrimRight:
+      return "rtrim";
+    case Function::Replace:
+      return "replace";
+    case Function::Abs:
+      return "abs";
+    default:
+      return "round";
+  }
+}
+
+std::string signedWhole(const Expr& expr) {
+  const bool negative = expr.kind == ExprKind::Negate;
+  const Expr& number = negative ? *expr.args[0] : expr;
+  const bool whole = number.kind == ExprKind::Number && number.text.size() <= 9 &&
+                     number.text.find_first_not_of("0123456789") == std::string::npos;
+  return whole ? (negative ? "-" : "+") + number.text : std::string();
+}
+
+int ExpressionEmitter::strengthOf(const Expr& expr) {
+  switch (expr.kind) {
+    case ExprKind::Or:
+      return kOr;
+    case ExprKind::And:
+      return kAnd;
+    case ExprKind::Not:
+      return kNot;
+    case ExprKind::Compare:
+    case ExprKind::In:
+    case ExprKind::Between:
+    case ExprKind::IsNull:
+    case ExprKind::Like:
+      return expr.negated && expr.kind == ExprKind::Like ? kNot : kPredicate;
+    case ExprKind::Concat:
+      return kConcat;
+    case ExprKind::Plus:
+    case ExprKind::Arithmetic:
+      return expr.text == "+" || expr.text == "-" ? kSum : kProduct;
+    case ExprKind::Negate:
+      return kSign;
+    default:
+      return kPrimary;
+  }
+}
+
+void ExpressionEmitter::name(std::string_view name) {
+  const std::size_t from = out_.size();
+  quoted(name, '"');
+  if (!engine_.foldsNames) return;
+  for (std::size_t i = from; i < out_.size(); ++i) out_[i] = lowerAscii(out_[i]);
+}
+
+void ExpressionEmitter::quoted(std::string_view text, char quote) {
+  out_ += quote;
+  for (const char c : text) {
+    if (c == quote) out_ += quote;
+    out_ += c;
+  }
+  out_ += quote;
+}
+
+void ExpressionEmitter::separate(std::size_t index) {
+  if (index > 0) out_ += ", ";
+}
+
+ExpressionEmitter::Open::Open(ExpressionEmitter& emitter, int symbols)
+    : emitter_(emitter), symbols_(symbols) {
+  emitter.open_ += symbols;
+  if (emitter.open_ > emitter.engine_.maxOpen) {
+    throw SqlError("the statement is nested too deeply; simplify its brackets or subqueries",
+                   emitter.at_);
+  }
+}
+
+// `symbols` are open before each of the values.
+void ExpressionEmitter::list(const std::vector<ExprPtr>& values, std::size_t first, int symbols) {
+  const Open open(*this, symbols);
+  for (std::size_t i = first; i < values.size(); ++i) {
+    separate(i - first);
+    expression(*values[i]);
+  }
+}
+
+void ExpressionEmitter::operand(const Expr& expr, int strength) {
+  const bool brackets = strengthOf(expr) < strength;
+  const Open open(*this, brackets ? 1 : 0);
+  if (brackets) out_ += '(';
+  expression(expr);
+  if (brackets) out_ += ')';
+}
+
+void ExpressionEmitter::nested(int symbols, const Expr& expr, int strength) {
+  const Open open(*this, symbols);
+  operand(expr, strength);
+}
+
+void ExpressionEmitter::expression(const Expr& expr) {
+  at_ = expr.at;
+  switch (expr.kind) {
+    case ExprKind::Number:
+      out_ += expr.text;
+      break;
+    case ExprKind::Text:
+      quoted(expr.text, '\'');
+      break;
+    case ExprKind::Date:
+      date(expr);
+      break;
+    case ExprKind::Null:
+      out_ += "NULL";
+      break;
+    case ExprKind::Column:
+      column(expr);
+      break;
+    case ExprKind::Negate:
+      out_ += '-';
+      nested(1, *expr.args[0], kPrimary);
+      break;
+    case ExprKind::Plus:
+    case ExprKind::Arithmetic:
+      arithmetic(expr);
+      break;
+    case ExprKind::Concat:
+      concat(expr);
+      break;
+    case ExprKind::Case:
+      caseOf(expr);
+      break;
+    case ExprKind::Call:
+      call(expr);
+      break;
+    case ExprKind::Subquery:
+      subselect(*expr.select);
+      break;
+    default:
+      condition(expr);
+  }
+}
+
+void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }
+
+void ExpressionEmitter::arithmetic(const Expr& expr) {
+  binary(expr, expr.text, strengthOf(expr), strengthOf(expr) + 1);
+}
+
+void ExpressionEmitter::concat(const Expr& expr) { binary(expr, "||", kPrimary, kPrimary); }
+
+void ExpressionEmitter::condition(const Expr& expr) {
+  switch (expr.kind) {
+    case ExprKind::Compare:
+      binary(expr, expr.text, kConcat, kConcat);
+      break;
+    case ExprKind::And:
+    case ExprKind::Or:
+      chain(expr, 0, expr.args.size());
+      break;
+    case ExprKind::Not:
+      out_ += "NOT ";
+      nested(1, *expr.args[0], kPredicate);
+      break;
+    case ExprKind::Like:
+      like(expr);
+      break;
+    case ExprKind::In:
+      in(expr);
+      break;
+    case ExprKind::Between:
+      operand(*expr.args[0], kConcat);
+      out_ += expr.negated ? " NOT BETWEEN " : " BETWEEN ";
+      nested(2, *expr.args[1], kConcat);
+      out_ += " AND ";
+      nested(4, *expr.args[2], kConcat);
+      break;
+    case ExprKind::IsNull:
+      operand(*expr.args[0], kConcat);
+      out_ += expr.negated ? " IS NOT NULL" : " IS NULL";
+      break;
+    default:
+      out_ += "EXISTS ";
+      subselect(*expr.select);
+  }
+}
+
+void ExpressionEmitter::column(const Expr& expr) {
+  if (!expr.qualifier.empty()) {
+    name(expr.qualifier);
+    out_ += '.';
+  }
+  name(expr.text);
+}
+
+void ExpressionEmitter::binary(const Expr& expr, std::string_view op, int left, int right) {
+  operand(*expr.args[0], left);
+  out_ += ' ';
+  out_ += op;
+  out_ += ' ';
+  nested(2, *expr.args[1], right);
+}
+
+void ExpressionEmitter::chain(const Expr& expr, std::size_t from, std::size_t to) {
+  const bool conjunction = expr.kind == ExprKind::And;
+  const std::string_view word = conjunction ? " AND " : " OR ";
+  if (to - from > kMaxFlatChain) {
+    const std::size_t middle = from + (to - from) / 2;
+    const Open open(*this, 3);
+    out_ += '(';
+    chain(expr, from, middle);
+    out_ += ')';
+    out_ += word;
+    out_ += '(';
+    chain(expr, middle, to);
+    out_ += ')';
+    return;
+  }
+  for (std::size_t i = from; i < to; ++i) {
+    if (i > from) out_ += word;
+    nested(i > from ? 2 : 0, *expr.args[i], conjunction ? kNot : kAnd);
+  }
+}
+
+void ExpressionEmitter::in(const Expr& expr) {
+  operand(*expr.args[0], kConcat);
+  out_ += expr.negated ? " NOT IN " : " IN ";
+  if (expr.select) {
+    const Open open(*this, 2);
+    subselect(*expr.select);
+    return;
+  }
+  out_ += '(';
+  list(expr.args, 1, 5);
+  out_ += ')';
+}
+
+void ExpressionEmitter::caseOf(const Expr& expr) {
+  out_ += "CASE";
+  std::size_t next = 0;
+  if (expr.hasOperand) {
+    out_ += ' ';
+    nested(1, *expr.args[next++], 0);
+  }
+  const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
+  for (; next < end; next += 2) {
+    out_ += " WHEN ";
+    nested(4, *expr.args[next], 0);
+    out_ += " THEN ";
+    nested(6, *expr.args[next + 1], 0);
+  }
+  if (expr.hasElse) {
+    out_ += " ELSE ";
+    nested(4, *expr.args.back(), 0);
+  }
+  out_ += " END";
+}
+
+void ExpressionEmitter::subselect(const Select& select) {
+  const Open open(*this, 1);
+  out_ += '(';
+  selectBody(select, std::nullopt);
+  out_ += ')';
+}
+
+// ---- functions
+
+void ExpressionEmitter::plainCall(std::string_view function, const Expr& expr) {
+  out_ += function;
+  out_ += '(';
+  list(expr.args, 0, kCallSymbols);
+  out_ += ')';
+}
+
+void ExpressionEmitter::wrapped(std::string_view before, const Expr& argument,
+                                std::string_view after) {
+  const auto brackets = static_cast<int>(std::count(before.begin(), before.end(), '('));
+  const Open open(*this, kCallSymbols * std::max(brackets, 1));
+  out_ += before;
+  expression(argument);
+  out_ += after;
+}
+
+void ExpressionEmitter::call(const Expr& expr) {
+  if (expr.function == Function::Count) return count(expr);
+  plainCall(functionText(expr.function), expr);
+}
+
+void ExpressionEmitter::count(const Expr& expr) {
+  if (expr.star) {
+    out_ += "count(*)";
+    return;
+  }
+  wrapped(expr.distinct ? "count(DISTINCT " : "count(", *expr.args[0], ")");
+}
+
+}  // namespace qx::sql

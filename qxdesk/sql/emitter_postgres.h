@@ -1,0 +1,57 @@
+// Writes a resolved syntax tree as PostgreSQL text. It relies on nothing but the engine's own
+// functions, on the settings of kPostgresSettings and, for the order of texts by code points, on
+// columns or a database of collation "C".
+#pragma once
+
+#include "qxdesk/sql/emitter_statement.h"
+
+#include <functional>
+
+namespace qx::sql {
+
+// To run once on each connection before any translated text.
+constexpr std::string_view kPostgresSettings =
+    "SET standard_conforming_strings = on; SET client_encoding = 'UTF8'; "
+    "SET datestyle = 'ISO, YMD'";
+
+class PostgresEmitter final : public StatementEmitter {
+ public:
+  // `now` yields local time as "YYYY-MM-DD HH:MM:SS"; without it the server tells it.
+  PostgresEmitter(const DialectTraits& traits, const std::function<std::string()>& now)
+      : StatementEmitter(traits, traitsOf(Engine::Postgres)), now_(now) {}
+
+ private:
+  void limitWithTies(const Select& select, std::int64_t count,
+                     std::optional<std::int64_t> rowLimit) override;
+  void date(const Expr& expr) override;
+  void arithmetic(const Expr& expr) override;
+  void concat(const Expr& expr) override;
+  void like(const Expr& expr) override;
+  void call(const Expr& expr) override;
+
+  void plainLike(const Expr& expr);
+  void patternWithSets(const Expr& pattern, const Expr* escape);
+  void textOperand(const Expr& expr, int strength);
+  void textCall(std::string_view function, const Expr& expr);
+  void dateOperand(const Expr& expr, int strength);
+  void wholeOperand(const Expr& expr);
+  void caseCall(std::string_view function, const Expr& expr);
+  void now();
+  void today();
+  void toDate(const Expr& argument);
+  void formatted(const Expr& argument, std::string_view format);
+  void addTime(const Expr& expr);
+  void daysBetween(const Expr& expr);
+  void datePart(const Expr& expr, std::string_view part);
+  void cast(const Expr& expr);
+  void castToText(const Expr& argument, std::optional<int> size);
+  void castToWhole(const Expr& argument);
+  void substring(const Expr& expr);
+  void round(const Expr& expr);
+  const std::string& told();
+
+  const std::function<std::string()>& now_;
+  std::string told_;  // by now_, once for a statement
+};
+
+}  // namespace qx::sql

@@ -1,0 +1,395 @@
+// Values on real databases: what becomes of numbers, texts and dates where they meet or are
+// converted. The engines beneath do this differently; the results must not.
+#include "qxdesk/sql/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace qx::sql {
+namespace {
+
+using test::CompanyDatabase;
+using test::engineName;
+using test::engines;
+using test::EngineTest;
+using test::literal;
+
+class ExecutionMeeting : public EngineTest {};
+class ExecutionCast : public EngineTest {};
+class ExecutionText : public EngineTest {};
+class ExecutionNumber : public EngineTest {};
+class ExecutionNames : public EngineTest {};
+class ExecutionLike : public EngineTest {};
+class ExecutionOneRow : public EngineTest {};
+
+std::string refusalOf(CompanyDatabase& database, std::string_view text) {
+  try {
+    database.run(text);
+    return {};
+  } catch (const SqlError& error) {
+    return error.what();
+  }
+}
+
+// ---- texts and numbers
+
+TEST_P(ExecutionMeeting, OfANumberAndAQuotedNumberComparesNumbers) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_Price = N'12.50'"), "1");
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_B = N'10.0' OR U_B = N' 7 '"), "1/5");
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_B > '-1' AND U_B < '1e1' ORDER BY Code"),
+            "4/5");
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_B + 1 IN ('11', 6) ORDER BY Code"), "1/4");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE U_B = 'x'"),
+            "not a number: 'x' (line 1, column 35)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE U_B BETWEEN 1 AND ''"),
+            "not a number: '' (line 1, column 47)");
+}
+
+TEST_P(ExecutionMeeting, OfATextAndAWholeNumberComparesTexts) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE Code = 1"), "1");
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE Code IN (1, 002, -3, 'x') ORDER BY Code"),
+            "1/2");
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE Code <> 1 AND Code <> 0 ORDER BY 1"),
+            "2/3/4/5");
+}
+
+TEST_P(ExecutionMeeting, OfTextsAndNumbersIsRefusedWhereOrderOrFormWouldDecide) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const std::string refused = "a number meets a text here; CAST one of them (line 1, column ";
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE Code < 10"), refused + "36)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE Code = 1.5"), refused + "36)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE Code = U_B"), refused + "36)");
+  EXPECT_EQ(refusalOf(database, "SELECT 1 FROM [@T] WHERE U_B IN (SELECT U_T FROM [@L])"),
+            refused + "26)");
+  EXPECT_EQ(refusalOf(database, "SELECT CASE WHEN 1 = 1 THEN Code ELSE U_B END FROM [@T]"),
+            refused + "39)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE U_Date > 5"),
+            "a number meets a date here; CAST one of them (line 1, column 38)");
+  EXPECT_EQ(database.run("SELECT T0.Code FROM [@T] T0 INNER JOIN [@L] T1 ON T0.U_B = "
+                         "CAST(T1.U_T AS int) + 5 ORDER BY T0.Code"),
+            "5");
+}
+
+TEST_P(ExecutionMeeting, OfResultsFollowsTheColumn) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT ISNULL(U_B, '-1'), ISNULL(U_A, 0), COALESCE(NULL, 'a', 1) FROM "
+                         "[@T] WHERE Code IN ('3', '5') ORDER BY Code"),
+            "-1|y|a/7|0|a");
+  EXPECT_EQ(database.run("SELECT CASE Code WHEN 3 THEN 'three' WHEN '4' THEN 4 ELSE NULL END FROM "
+                         "[@T] ORDER BY Code"),
+            "NULL/NULL/three/4/NULL");
+  EXPECT_EQ(refusalOf(database, "SELECT ISNULL(U_B, '') FROM [@T]"),
+            "not a number: '' (line 1, column 20)");
+}
+
+TEST_P(ExecutionMeeting, OfThePartsOfAUnion) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const std::string text =
+      "SELECT U_B, 1, Code, '20240101' FROM [@T] WHERE Code = '1' UNION ALL SELECT '12.5', 2.5, 7, "
+      "U_Date FROM [@T] WHERE Code = '1' ORDER BY 1";
+  EXPECT_EQ(database.run(text), "10|1|1|2024-01-01 00:00:00/12.5|2.5|7|2024-01-31 00:00:00");
+  const std::vector<OutputColumn> columns = database.translate(text).columns;
+  EXPECT_EQ(columns[0].type, ColumnType::Decimal);
+  EXPECT_EQ(columns[1].type, ColumnType::Decimal);
+  EXPECT_EQ(columns[2].type, ColumnType::Text);
+  EXPECT_EQ(columns[3].type, ColumnType::Date);
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] UNION SELECT U_B FROM [@T]"),
+            "a number meets a text here; CAST one of them (line 1, column 36)");
+}
+
+TEST_P(ExecutionMeeting, OfAColumnAndWhatIsWrittenIntoIt) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  database.run(
+      "INSERT INTO [@T] (Code, Name, U_B, U_Price, U_A) VALUES (10, 1.50, N'7', N'12.5', -7), "
+      "(11, 1 + 1, '8.9', 3, 1.5 * 2)");
+  database.run(
+      "INSERT INTO [@T] (Code, U_B, U_Price, U_A) SELECT '12', Code, Code, U_B FROM [@T] WHERE "
+      "Code = '1' UNION SELECT DISTINCT 13, '13.9', '1.5', 2");
+  EXPECT_EQ(database.run("SELECT Code, Name, U_B, U_Price, U_A FROM [@T] WHERE Code > '1' AND "
+                         "Code < '2' ORDER BY Code"),
+            "10|1.50|7|12.5|-7/11|2|8|3|3/12|NULL|1|1|10/13|NULL|13|1.5|2");
+  database.run("UPDATE [@T] SET U_B = 2.9, U_A = U_Price WHERE Code = '10'");
+  EXPECT_EQ(database.run("SELECT U_B, U_A FROM [@T] WHERE Code = '10'"), "2|12.5");
+  EXPECT_EQ(refusalOf(database, "UPDATE [@T] SET U_Price = ''"),
+            "the column U_Price takes a number, not '' (line 1, column 27)");
+}
+
+// ---- casts
+
+TEST_P(ExecutionCast, ToAWholeNumberCuts) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT CAST(12.7 AS int), CAST(-12.7 AS int), CAST(' 12.7 ' AS int), "
+                         "CONVERT(int, U_Price), CAST(Code AS smallint) FROM [@T] WHERE Code = "
+                         "'1'"),
+            "12|-12|12|12|1");
+}
+
+TEST_P(ExecutionCast, OfATextThatIsNoNumberFails) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_ANY_THROW(database.run("SELECT CAST(Name AS int) FROM [@T]"));
+  EXPECT_ANY_THROW(database.run("SELECT CAST(Name AS decimal(21,6)) FROM [@T]"));
+  EXPECT_ANY_THROW(database.run("SELECT CAST('12abc' AS int)"));
+  EXPECT_EQ(database.run("SELECT CAST(U_A AS int) FROM [@T] WHERE Code = '5'"), "NULL");
+}
+
+TEST_P(ExecutionCast, ToATextGivesTheShortestForm) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(
+      database.run("SELECT CAST(U_B AS nvarchar), CAST(U_Price AS nvarchar(20)), "
+                   "CAST(U_Date AS nvarchar(30)), CAST(Name AS nvarchar(2)), 'p' + "
+                   "CAST(U_Price AS nvarchar(3)) FROM [@T] WHERE U_Price >= 12 ORDER BY Code"),
+      "10|12.5|2024-01-31 00:00:00|on|p12./20|100|2024-02-01 08:30:00|tw|p100");
+}
+
+TEST_P(ExecutionCast, ToADecimalRounds) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT CAST('2.345678' AS decimal(21,2)), CAST(U_Price AS decimal(5)), "
+                         "CAST(U_B AS float), ROUND(U_Price, 0), ROUND(-0.25, 1) FROM [@T] WHERE "
+                         "Code = '1'"),
+            "2.35|13|10|13|-0.3");
+}
+
+TEST_P(ExecutionCast, ToADateTakesTheKnownFormsOnly) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const auto dateOf = [&](const std::string& text) {
+    database.run("UPDATE [@L] SET U_Text = " + literal(text) + " WHERE Code = '1'");
+    try {
+      return database.run("SELECT CAST(U_Text AS datetime) FROM [@L] WHERE Code = '1'");
+    } catch (const std::exception&) {
+      return std::string("none");
+    }
+  };
+  EXPECT_EQ(dateOf("20240131"), "2024-01-31 00:00:00");
+  EXPECT_EQ(dateOf(" 2024-01-31 "), "2024-01-31 00:00:00");
+  EXPECT_EQ(dateOf("2024-01-31T08:30"), "2024-01-31 08:30:00");
+  EXPECT_EQ(dateOf("20240131 08:30:59.999"), "2024-01-31 08:30:59");
+  for (const char* text : {"now", "today", "infinity", "31.1.2024", "01/31/2024", "20240231", "",
+                           "2024-01-31 24:00", "2024-01-31 08:60", "0000-01-01", "2024-0131",
+                           "2024-01-31 08:30+01", "2024-01-31 08:30 BC"}) {
+    EXPECT_EQ(dateOf(text), "none") << text;
+  }
+  EXPECT_EQ(database.run("SELECT CAST(U_A AS datetime) FROM [@T] WHERE Code = '5'"), "NULL");
+}
+
+// ---- texts
+
+void expectCodePointOrder(CompanyDatabase database) {
+  database.run("DELETE FROM [@L]");
+  for (const char* text : {"a", "B", "b", "A", "\u00E9", "e", "_", "\U0001F600", "\uFB01", "a b"}) {
+    database.run("INSERT INTO [@L] (Code, U_Text) VALUES ('c', " + literal(text) + ")");
+  }
+  EXPECT_EQ(database.run("SELECT U_Text FROM [@L] ORDER BY U_Text"),
+            "A/B/_/a/a b/b/e/\u00E9/\uFB01/\U0001F600");
+  EXPECT_EQ(database.run("SELECT DISTINCT U_Text FROM [@L] WHERE U_Text BETWEEN 'B' AND 'a' "
+                         "UNION SELECT UPPER(U_Text) FROM [@L] WHERE U_Text < 'B' ORDER BY 1 DESC"),
+            "a/_/B/A");
+  EXPECT_EQ(database.run("SELECT MIN(U_Text), MAX(U_Text) FROM [@L]"), "A|\U0001F600");
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@L] WHERE U_Text > 'a'"), "6");
+  EXPECT_EQ(database.run("WITH C AS (SELECT TOP 3 UPPER(U_Text) U FROM [@L] ORDER BY UPPER(U_Text)"
+                         " DESC) SELECT T0.U_Text, C.U FROM [@L] T0 INNER JOIN C ON C.U = T0.U_Text"
+                         " ORDER BY C.U"),
+            "_|_/\U0001F600|\U0001F600");
+}
+
+TEST_P(ExecutionText, IsComparedAndOrderedByCodePoints) {
+  expectCodePointOrder(company(Dialect::Mssql));
+}
+
+TEST(ExecutionTextPostgres, IsOrderedByCodePointsInADatabaseOfAnotherOrder) {
+  expectCodePointOrder({Engine::Postgres, Dialect::Mssql, test::connectToForeignPostgres()});
+}
+
+TEST_P(ExecutionText, ChangesCaseInAllScripts) {
+  CompanyDatabase database = company(Dialect::Kordb);
+  EXPECT_EQ(database.run("SELECT UPPER('\u00E4x\u00DF\u03C3'), LOWER('\u00C4X'), UPPER(NULL), "
+                         "UPPER(\"U_B\") FROM \"@T\" WHERE \"Code\" = '1'"),
+            "\u00C4XSS\u03A3|\u00E4x|NULL|10");
+}
+
+TEST_P(ExecutionText, CountsCharacters) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT LEN('a\U0001F600 '), LEN('  a  '), LEN(U_Price), LEN(U_Date), "
+                         "SUBSTRING('a\U0001F600b', 2, 1), LEN('') FROM [@T] WHERE Code = '1'"),
+            "2|3|4|19|\U0001F600|0");
+  CompanyDatabase db2 = company(Dialect::Db2);
+  EXPECT_EQ(db2.run("SELECT LENGTH('a '), SUBSTR(Name, 3), SUBSTR('abc', LENGTH(Name) - 4) || "
+                    "LTRIM('  x ') || RTRIM(' y  ') || REPLACE('aXbX', 'X', '-') FROM @T WHERE "
+                    "Code = '3'"),
+            "2|ree|abcx  ya-b-");
+}
+
+TEST_P(ExecutionText, PartsBeginAndEndWithinTheText) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT SUBSTRING('abc', 0, 2), SUBSTRING('abc', -1, 3), "
+                         "SUBSTRING('abc', -5, 2), SUBSTRING('abc', 2, 9), SUBSTRING('abc', 4, 1), "
+                         "SUBSTRING(Name, U_B - 8, U_B - 10) FROM [@T] WHERE Code = '1'"),
+            "a|a||bc||");
+  EXPECT_ANY_THROW(database.run("SELECT SUBSTRING('abc', 1, U_B - 11) FROM [@T]"));
+}
+
+TEST_P(ExecutionText, JoinsValuesOfEveryType) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT Code + '/' + U_Date, 'p' + U_Price, U_B + 'x', 'a' + NULL, "
+                         "'' + U_Price * 8, '' + 0.000125, '' + (0 - 123456789012.5), CAST(1e17 * "
+                         "10 AS nvarchar(50)) FROM [@T] WHERE Code = '1'"),
+            "1/2024-01-31 00:00:00|p12.5|10x|NULL|100|0.000125|-123456789012.5|"
+            "1000000000000000000");
+}
+
+// ---- numbers
+
+TEST_P(ExecutionNumber, IsAsWideAsItsResult) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT 2000000000 + 2000000000, U_B * 1000000000, SUM(SubNum) * "
+                         "30000 * 30000 FROM [@T], OFPR WHERE Code = '1' GROUP BY U_B"),
+            "4000000000|10000000000|2700000000");
+}
+
+TEST_P(ExecutionNumber, DividedByZeroIsNull) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT U_B / 0, U_B % (U_B - 10), U_Price / 0, 7 / 2, -7 / 2, -7 % 3, "
+                         "7 / 2.0 FROM [@T] WHERE Code = '1'"),
+            "NULL|NULL|NULL|3|-3|-1|3.5");
+}
+
+TEST_P(ExecutionNumber, OfDaysMayBeAnyValue) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT DATEADD(day, U_B, U_Date), DATEADD(week, -1, U_Date), "
+                         "DATEADD(hour, U_Price, U_Date), DATEADD(minute, '90', U_Date), U_Date - "
+                         "U_B, DATEADD(second, 1, NULL) FROM [@T] WHERE Code = '1'"),
+            "2024-02-10 00:00:00|2024-01-24 00:00:00|2024-01-31 12:00:00|2024-01-31 01:30:00|"
+            "2024-01-21 00:00:00|NULL");
+}
+
+TEST_P(ExecutionNumber, TakesNoTextsAndDates) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(refusalOf(database, "SELECT SUM(Code) FROM [@T]"),
+            "SUM takes numbers; CAST the text to one (line 1, column 12)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code * 2 FROM [@T]"),
+            "* takes numbers; CAST the text to one (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT AVG(U_Date) FROM [@T]"),
+            "AVG takes numbers, not dates (line 1, column 12)");
+  EXPECT_EQ(refusalOf(database, "SELECT CAST(U_Date AS int) FROM [@T]"),
+            "a date cannot be CAST to a number; use a date function (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT ROUND(U_Price, -1) FROM [@T]"),
+            "ROUND takes a whole number of digits, 0 or more (line 1, column 23)");
+  EXPECT_EQ(database.run("SELECT '5' * 2, 7 - '1.5', ABS('-3'), ROUND('2.55', 1)"), "10|5.5|3|2.6");
+}
+
+// ---- names
+
+TEST_P(ExecutionNames, DoNotMindTheirCase) {
+  CompanyDatabase database = company(Dialect::Kordb);
+  EXPECT_EQ(
+      database.run("SELECT \"CODE\", t0.u_a AS \"T0.U_A\" FROM \"@t\" T0 WHERE \"T0\".\"code\""
+                   " = '1' ORDER BY \"t0.u_A\""),
+      "1|x");
+}
+
+TEST_P(ExecutionNames, OfResultsAreThoseOfTheText) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const Translation translation = database.translate(
+      "WITH [C*] AS (SELECT T0.[Code] AS N'__kf__.Code', MAX(U_A) FROM [@T] T0 GROUP BY T0.Code) "
+      "SELECT *, 1, X.* FROM [C*] CROSS JOIN (SELECT U_B FROM [@T]) X");
+  const std::vector<std::string> expected = {"__kf__.Code", "", "U_B", "", "U_B"};
+  ASSERT_EQ(translation.columns.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(translation.columns[i].name, expected[i]) << i;
+  }
+  EXPECT_EQ(translation.columns[2].type, ColumnType::Integer);
+}
+
+// ---- patterns
+
+TEST_P(ExecutionLike, TakesEveryCharacterAsItself) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const auto matches = [&](const std::string& text, const std::string& pattern,
+                           const std::string& escape = "") {
+    const std::string tail = escape.empty() ? "" : " ESCAPE " + literal(escape);
+    database.run("UPDATE [@L] SET U_Text = " + literal(text) + ", U_T = " + literal(pattern));
+    const std::string rows = "SELECT COUNT(*) FROM [@L] WHERE U_Text LIKE ";
+    const std::string byLiteral = database.run(rows + literal(pattern) + tail);
+    EXPECT_EQ(database.run(rows + "U_T" + tail), byLiteral) << text << " LIKE " << pattern;
+    EXPECT_EQ(
+        database.run("SELECT COUNT(*) FROM [@L] WHERE U_Text NOT LIKE " + literal(pattern) + tail),
+        byLiteral == "3" ? "0" : "3");
+    return byLiteral == "3";
+  };
+  EXPECT_TRUE(matches("a\\b", "a\\b"));
+  EXPECT_TRUE(matches("a\\", "%\\"));
+  EXPECT_TRUE(matches("a.b*c", "a.b*_"));
+  EXPECT_FALSE(matches("axb", "a.b"));
+  EXPECT_TRUE(matches("", ""));
+  EXPECT_TRUE(matches("", "%"));
+  EXPECT_FALSE(matches("x", ""));
+  EXPECT_TRUE(matches("a\nb", "a_b"));
+  EXPECT_TRUE(matches("\U0001F600", "_"));
+  EXPECT_TRUE(matches("[x", "[x"));
+  EXPECT_TRUE(matches("x]", "x]"));
+  EXPECT_TRUE(matches("b", "[a-c]"));
+  EXPECT_TRUE(matches("-", "[a-]"));
+  EXPECT_TRUE(matches("-", "[-a]"));
+  EXPECT_TRUE(matches("[", "[[]"));
+  EXPECT_TRUE(matches("\\", "[\\]"));
+  EXPECT_TRUE(matches("%", "[%]"));
+  EXPECT_TRUE(matches("\u6F22", "[\u4E00-\u9FFF]"));
+  EXPECT_FALSE(matches("B", "[a-c]"));
+  EXPECT_FALSE(matches("b", "[^a-c]"));
+  EXPECT_TRUE(matches("d", "[^a-c]"));
+  EXPECT_FALSE(matches("a", "[]"));
+  EXPECT_TRUE(matches("a", "[^]"));
+  EXPECT_TRUE(matches("50%", "50!%", "!"));
+  EXPECT_FALSE(matches("500", "50!%", "!"));
+  EXPECT_TRUE(matches("a!b", "a!!_", "!"));
+  EXPECT_TRUE(matches("[a]", "![[a]]", "!"));
+  EXPECT_TRUE(matches("[a]", "[[a]", "["));
+  EXPECT_TRUE(matches("'x", "''%", "'"));
+  EXPECT_TRUE(matches("a!", "a!", "!"));
+}
+
+TEST_P(ExecutionLike, WithARangeThatRunsBackwardsHoldsNothing) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] WHERE Name LIKE '[z-a]%'"), "0");
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] WHERE Name LIKE '[^z-a]%'"), "5");
+}
+
+TEST_P(ExecutionLike, OfNullIsNeitherTrueNorFalse) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] WHERE U_A LIKE '[x]' OR U_A NOT LIKE '[x]'"),
+            "4");
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] WHERE Name LIKE U_A OR Name NOT LIKE U_A"),
+            "4");
+}
+
+TEST_P(ExecutionLike, TakesNumbersAndDatesAsTexts) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_Price LIKE '12%' OR U_Date LIKE "
+                         "'2024-02-0[1-3]%' ORDER BY Code"),
+            "1/2");
+  CompanyDatabase db2 = company(Dialect::Db2);
+  EXPECT_EQ(db2.run("SELECT Code FROM @T WHERE U_B LIKE '1%' OR Name LIKE U_A || '%'"), "1");
+}
+
+// ---- a single row needs no order
+
+TEST_P(ExecutionOneRow, MayBeOrderedByWhatIsNotInIt) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT MAX(Code), COUNT(*) FROM [@T] T0 ORDER BY T0.U_A, T0.Code DESC"),
+            "5|5");
+  EXPECT_EQ(database.run("SELECT TOP 1 WITH TIES MAX(Code) FROM [@T] T0 ORDER BY T0.U_A"), "5");
+}
+
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionMeeting, engines(), engineName);
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionCast, engines(), engineName);
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionText, engines(), engineName);
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionNumber, engines(), engineName);
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionNames, engines(), engineName);
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionLike, engines(), engineName);
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionOneRow, engines(), engineName);
+
+}  // namespace
+}  // namespace qx::sql

@@ -1,0 +1,114 @@
+#include "qxdesk/sql/postgres_pattern.h"
+
+#include "qxdesk/sql/like_pattern.h"
+#include "qxdesk/sql/utf8.h"
+
+#include <array>
+#include <cstdio>
+#include <optional>
+
+namespace qx::sql {
+namespace {
+
+// Inside and outside of a regular expression's own sets.
+std::string codePoint(char32_t c) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "\\U%08X", static_cast<unsigned>(c));
+  return text.data();
+}
+
+constexpr std::string_view kEveryCharacter = "\\U00000001-\\U0010FFFF";
+
+std::optional<char32_t> characterOf(std::string_view escape) {
+  const auto character = readUtf8(escape, 0);
+  return character ? std::optional(character->value) : std::nullopt;
+}
+
+// One of a set. A range from a higher to a lower character holds none.
+std::string setRegex(const LikeElement& set) {
+  std::string members;
+  for (const auto& [low, high] : set.ranges) {
+    if (low > high) continue;
+    members += codePoint(low);
+    if (low < high) members += "-" + codePoint(high);
+  }
+  if (members.empty()) {
+    return (set.negated ? "[" : "[^") + std::string(kEveryCharacter) + "]";
+  }
+  return (set.negated ? "[^" : "[") + members + "]";
+}
+
+std::string plainRegex(char32_t c) {
+  const bool plain = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                     c == ' ' || c == '_' || c == '@' || c == '/';
+  return plain ? std::string(1, static_cast<char>(c)) : codePoint(c);
+}
+
+bool isPlain(const LikeElement& element) {
+  return element.kind == LikeElement::Set && !element.negated && element.ranges.size() == 1 &&
+         element.ranges[0].first == element.ranges[0].second;
+}
+
+// The query cuts the pattern into its elements and writes each of them as the functions above do;
+// only a range from a higher to a lower character is an error.
+constexpr std::string_view kQueryStart =
+    R"((SELECT '^(?:' || CASE WHEN p = '' THEN '' ELSE (SELECT string_agg(CASE )";
+constexpr std::string_view kQueryElements =
+    R"(WHEN m[1] = '%' THEN '.*' WHEN m[1] = '_' THEN '.' )"
+    R"(WHEN m[1] = '[]' THEN '[^\U00000001-\U0010FFFF]' WHEN m[1] = '[^]' THEN '.' )"
+    R"(WHEN length(m[1]) > 1 THEN '[' || regexp_replace(substr(m[1], 2), '([[\\])', '\\\1', 'g') )"
+    R"(ELSE '\U' || lpad(to_hex(ascii(m[1])), 8, '0') END, '' ORDER BY n) )"
+    R"(FROM regexp_matches(p, '()";
+constexpr std::string_view kQueryEnd =
+    R"(.)', 'g') WITH ORDINALITY AS e (m, n)) END || ')$' FROM (VALUES ()";
+
+}  // namespace
+
+std::string escapedByBackslash(std::string_view pattern, std::string_view escape) {
+  std::string result;
+  for (const LikeElement& element : likeElements(pattern, LikeSets::Off, characterOf(escape))) {
+    if (element.kind == LikeElement::Any) {
+      result += '%';
+    } else if (element.kind == LikeElement::One) {
+      result += '_';
+    } else {
+      const char32_t c = element.ranges[0].first;
+      if (c == '%' || c == '_' || c == '\\') result += '\\';
+      appendUtf8(result, c);
+    }
+  }
+  return result;
+}
+
+std::string postgresRegex(std::string_view pattern, std::string_view escape) {
+  std::string result = "^(?:";
+  for (const LikeElement& element : likeElements(pattern, LikeSets::On, characterOf(escape))) {
+    if (element.kind == LikeElement::Any) {
+      result += ".*";
+    } else if (element.kind == LikeElement::One) {
+      result += '.';
+    } else {
+      result += isPlain(element) ? plainRegex(element.ranges[0].first) : setRegex(element);
+    }
+  }
+  return result + ")$";
+}
+
+PatternQuery postgresPatternQuery(std::string_view escape) {
+  const std::optional<char32_t> character = characterOf(escape);
+  std::string before(kQueryStart);
+  std::string elements;
+  if (character) {
+    before += "WHEN length(m[1]) > 1 AND left(m[1], 1) = chr(" +
+              std::to_string(static_cast<unsigned>(*character)) +
+              R"() THEN '\U' || lpad(to_hex(ascii(substr(m[1], 2))), 8, '0') )";
+    elements = codePoint(*character) + ".|";
+  }
+  if (character != U'[') elements += R"(\[[^]]*\]|)";
+  before += kQueryElements;
+  before += elements;
+  before += kQueryEnd;
+  return {.before = before, .after = ")) AS q (p))"};
+}
+
+}  // namespace qx::sql

@@ -1,0 +1,35 @@
+#include "qxdesk/sql/statement_text.h"
+
+#include "qxdesk/sql/sql_error.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::sql {
+namespace {
+
+std::string refusal(std::u16string_view text) {
+  try {
+    statementText(text);
+    return {};
+  } catch (const SqlError& error) {
+    return error.what();
+  }
+}
+
+TEST(StatementText, KeepsEveryCharacter) {
+  EXPECT_EQ(statementText(u"SELECT 'a\u00E9\u6F22\uFFFF\U0001F600'"),
+            "SELECT 'a\u00E9\u6F22\uFFFF\U0001F600'");
+  EXPECT_EQ(statementText({u"a\0b", 3}), std::string("a\0b", 3));
+  EXPECT_EQ(statementText(u""), "");
+}
+
+TEST(StatementText, RefusesHalfOfASurrogatePairAndTellsItsPlace) {
+  const std::string refused = "the statement holds half of a surrogate pair (line ";
+  EXPECT_EQ(refusal(u"SELECT '\xD83D'"), refused + "1, column 9)");
+  EXPECT_EQ(refusal(u"SELECT\r\n'\U0001F600\xDE00'"), refused + "2, column 3)");
+  EXPECT_EQ(refusal(u"\r\n\n\r\xD83D\xD83D\xDE00"), refused + "4, column 1)");
+  EXPECT_EQ(refusal(u"a\xD83D"), refused + "1, column 2)");
+}
+
+}  // namespace
+}  // namespace qx::sql

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Builds libmpdec, the decimal library that money_bench compares with, as a static library in
+# BUILD/third_party/libmpdec. Debian has no package of it, but its source stands in that of
+# python3.11, which comes through apt with the archive's signatures. A second run does nothing.
+#
+#   scripts/fetch_libmpdec.sh [BUILD]       BUILD is build/release unless given
+set -euo pipefail
+cd "$(dirname "$0")/.."
+target="$(realpath -m "${1:-build/release}")/third_party/libmpdec"
+[ -f "$target/libmpdec.a" ] && exit 0
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir -p "$work/lists/partial" "$work/source" "$work/objects"
+echo "deb-src http://deb.debian.org/debian bookworm main" > "$work/sources.list"
+# Lists of its own, so that the machine's package sources stay as they are.
+apt=(apt-get -qq -o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sourceparts=-"
+  -o "Dir::State::lists=$work/lists" -o "APT::Sandbox::User=$(id -un)" -o "Debug::NoLocking=1"
+  -o "Dir::Cache::pkgcache=" -o "Dir::Cache::srcpkgcache=")
+"${apt[@]}" update
+(cd "$work/source" && "${apt[@]}" source --download-only python3.11)
+tar -xzf "$work"/source/python3.11_*.orig.tar.gz -C "$work" --strip-components=3 --wildcards \
+  '*/Modules/_decimal/libmpdec/*'
+
+# The library's own choice for each kind of machine, kept beside the header that asks for it.
+{
+  echo "#define CONFIG_64 1"
+  if [ "$(uname -m)" = x86_64 ]; then
+    echo "#define ASM 1"
+  else
+    echo "#define ANSI 1"
+    echo "#define HAVE_UINT128_T 1"
+  fi
+} > "$work/libmpdec/pyconfig.h"
+for source in "$work"/libmpdec/*.c; do
+  name=$(basename "$source" .c)
+  case "$name" in bench | bench_full) continue ;; esac
+  "${CC:-cc}" -O3 -DNDEBUG -fPIC -I "$work/libmpdec" -c "$source" \
+    -o "$work/objects/$name.o"
+done
+mkdir -p "$target/include"
+cp "$work"/libmpdec/{mpdecimal.h,pyconfig.h} "$target/include/"
+rm -f "$work/libmpdec.a"
+ar rcs "$work/libmpdec.a" "$work"/objects/*.o
+mv "$work/libmpdec.a" "$target/libmpdec.a"

@@ -1,0 +1,104 @@
+#pragma once
+
+// What a description file says of the statements, read and checked. The texts are kept here, since
+// the persistence layer keeps pointers to names only.
+
+#include "qxframework/automation/variant.h"
+#include "qxframework/persistence/condition.h"
+#include "qxframework/persistence/link_criteria.h"
+#include "tools/qxrc/diagnostic.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qx::sqlprint {
+
+using qxrc::Diagnostic;
+using qxrc::Location;
+
+/// Which operation of the layer writes the statement.
+enum class Kind {
+  select,     ///< a collection's SELECT
+  load,       ///< one object's SELECT
+  insert,     ///< an object is added
+  update,     ///< an object is updated
+  remove,     ///< an object or a collection deletes rows
+  chooseList  ///< the SELECT of a choose list
+};
+
+using Names = std::vector<std::u16string>;
+/// A column and its value, in the order of the file.
+using NamedValues = std::vector<std::pair<std::u16string, CComVariant>>;
+
+struct Condition {
+  Location place;
+  std::u16string field;
+  Persistence::HvConditionOperation operation = Persistence::co_Equal;
+  Persistence::HvConditionRelationship relationship = Persistence::cr_And;
+  CComVariant value;  ///< VT_BSTR, VT_R8, VT_DATE or VT_I4; VT_EMPTY if there is raw
+  std::optional<std::u16string> raw;  ///< written as it stands
+  long open = 0;
+  long close = 0;
+};
+
+struct JoinField {
+  std::optional<std::u16string> from;  ///< nothing if the column compares with the value
+  std::u16string to;
+  Persistence::HvConditionOperation operation = Persistence::co_Equal;
+  CComVariant value;
+};
+
+struct Join {
+  std::u16string table;
+  std::u16string as;
+  Persistence::etTABLE_JOIN_MODE mode = Persistence::jm_Inner;
+  bool userTable = false;
+  Names fields;
+  std::vector<JoinField> on;
+};
+
+struct SortField {
+  std::u16string field;
+  bool descending = false;
+};
+
+struct Limit {
+  Location place;
+  long count = 0;
+};
+
+/// One statement. A member that its kind has no use for stays as it is here.
+struct Statement {
+  Kind kind = Kind::select;
+  Location place;
+  std::u16string table;
+  bool userTable = false;
+  std::u16string as;
+  Names keys;
+  bool keysOnly = true;
+  Names fields;
+  std::optional<std::vector<Condition>> where;  ///< nothing is not the same as no conditions
+  std::vector<SortField> sort;
+  std::optional<Limit> limit;
+  std::vector<Join> joins;
+  std::u16string nextCode;
+  NamedValues values;
+  NamedValues keyValues;
+  std::vector<std::pair<std::u16string, std::u16string>> titles;  ///< of a choose list's columns
+  std::u16string whereText;                                       ///< of a choose list
+};
+
+struct Description {
+  std::vector<Statement> statements;  ///< in the order of the file
+  std::vector<std::string> warnings;  ///< "file:line:column: warning: what; what to do"
+};
+
+/// How the file calls the kind.
+const char* nameOf(Kind kind);
+
+/// Reads a description; `file` is its name in messages. Throws Diagnostic.
+Description readDescription(const std::string& file, const std::string& content);
+
+}  // namespace qx::sqlprint

@@ -1,0 +1,98 @@
+// What is printed for a description is what the layer's classes send with a company, unit by unit.
+
+#include "qxframework/automation/text.h"
+#include "qxframework/persistence/persistence_exception.h"
+#include "tests/support/param_name.h"
+#include "tools/sqlprint/printer.h"
+#include "tools/sqlprint/testing/random_statement.h"
+#include "tools/sqlprint/testing/recording_company.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+namespace qx::sqlprint {
+namespace {
+
+constexpr int kStatements = 2000;
+
+struct EngineParam {
+  std::string name;
+  DbServerType serverType;
+  friend std::ostream& operator<<(std::ostream& out, const EngineParam& engine) {
+    return out << engine.name;
+  }
+};
+
+class LayerEquality : public testing::TestWithParam<EngineParam> {};
+
+std::u16string codeAhead(const std::u16string& code) {
+  if (code.empty() || code == u"00000000") return {};
+  const unsigned long number = std::stoul(toUtf8(code), nullptr, 16);
+  return format(u"%08X", static_cast<int>(static_cast<std::uint32_t>(number - 1)));
+}
+
+/// The statements, each with a zero behind it, or the refusal.
+std::string sent(const Statement& statement, DbServerType serverType, bool removeByCollection) {
+  test::Recording recording;
+  recording.highestCode = codeAhead(statement.nextCode);
+  const CComPtr<test::RecordingCompany> company =
+      makeObject<test::RecordingCompany>(recording, serverType);
+  try {
+    test::sendByLayer(statement, company, removeByCollection);
+  } catch (const Persistence::CQXPersistenceException& refusal) {
+    return "refused: " + toUtf8(viewOf(refusal.GetErrorString()));
+  }
+  std::string all;
+  for (const std::u16string& text : recording.statements) (all += toUtf8(text)) += '\0';
+  return all;
+}
+
+std::string printed(const std::string& toml, DbServerType serverType) {
+  try {
+    return bare(readDescription("f", toml).statements, serverType, '\0');
+  } catch (const Diagnostic& refusal) {
+    const std::string text = refusal.what();
+    const std::string mark = ": error: ";
+    const std::size_t begin = text.find(mark) + mark.size();
+    return "refused: " + text.substr(begin, text.rfind("; the persistence layer") - begin);
+  }
+}
+
+TEST_P(LayerEquality, ThousandsOfRandomDescriptionsPrintWhatTheClassesSend) {
+  test::RandomStatements random(20240131);
+  std::map<Kind, int> sentOf;
+  std::set<std::string> refusals;
+  for (int i = 0; i < kStatements; ++i) {
+    const Statement statement = random.next();
+    const std::string toml = test::tomlOf(statement);
+    const std::string expected = sent(statement, GetParam().serverType, i % 2 == 0);
+    ASSERT_EQ(printed(toml, GetParam().serverType), expected) << "statement " << i << "\n" << toml;
+    if (expected.starts_with("refused: ")) {
+      refusals.insert(expected);
+    } else {
+      ++sentOf[statement.kind];
+    }
+  }
+  for (const Kind kind :
+       {Kind::select, Kind::load, Kind::insert, Kind::update, Kind::remove, Kind::chooseList})
+    EXPECT_GT(sentOf[kind], kStatements / 20) << nameOf(kind);
+  EXPECT_EQ(refusals,
+            (std::set<std::string>{
+                "refused: Collection is not properly initialized, neither conditions nor key "
+                "fields are set",
+                "refused: Correlation name for master table is missing",
+                "refused: Maximum record count must be greater than zero",
+                "refused: No conditions are set for select",
+                "refused: Only EQUAL is allowed as operation in the conditions"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, LayerEquality,
+                         testing::Values(EngineParam{"mssql", kMssql},
+                                         EngineParam{"sybase", kSybase}, EngineParam{"db2", kDb2},
+                                         EngineParam{"kordb", kKordb}),
+                         test::nameOf<EngineParam>);
+
+}  // namespace
+}  // namespace qx::sqlprint

@@ -1,0 +1,44 @@
+#include "tools/sqlprint/printer.h"
+
+#include "qxframework/automation/text.h"
+
+namespace qx::sqlprint {
+namespace {
+
+constexpr std::size_t kTextColumn = 8;
+
+void appendEngine(std::string& out, const Statement& statement, const Engine& engine) {
+  std::string label = engine.name;
+  for (const std::u16string& text : statementTexts(statement, engine.serverType)) {
+    label.resize(kTextColumn, ' ');
+    out += label + toUtf8(text) + "\n";
+    label.clear();
+  }
+}
+
+std::string heading(const Statement& statement) {
+  return "-- " + std::string(nameOf(statement.kind)) + " " + toUtf8(statement.table) + ", line " +
+         std::to_string(statement.place.line) + "\n";
+}
+
+}  // namespace
+
+std::string sideBySide(const std::vector<Statement>& statements) {
+  std::string out;
+  for (const Statement& statement : statements) {
+    if (!out.empty()) out += "\n";
+    if (statements.size() > 1) out += heading(statement);
+    for (const Engine& engine : kEngines) appendEngine(out, statement, engine);
+  }
+  return out;
+}
+
+std::string bare(const std::vector<Statement>& statements, DbServerType serverType, char end) {
+  std::string out;
+  for (const Statement& statement : statements)
+    for (const std::u16string& text : statementTexts(statement, serverType))
+      (out += toUtf8(text)) += end;
+  return out;
+}
+
+}  // namespace qx::sqlprint

@@ -1,0 +1,68 @@
+#pragma once
+
+// The TOML of a description: parsing with the checks that the parser lacks, and typed reads of its
+// nodes. Everything that is refused is a Diagnostic with its place.
+
+#include "qxframework/automation/variant.h"
+#include "tools/qxrc/diagnostic.h"
+
+#include <toml++/toml.h>
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qx::sqlprint {
+
+/// `file` is the input's name in messages.
+toml::table parseToml(const std::string& file, const std::string& content);
+
+/// The entries as they stand in the file; a table itself has them by name.
+std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::table& table);
+
+/// Typed reads. `name` is what the file calls the value.
+class NodeReader {
+ public:
+  explicit NodeReader(std::string file) : file_(std::move(file)) {}
+
+  qxrc::Location at(const toml::source_region& source) const {
+    return {file_, source.begin.line, source.begin.column};
+  }
+  [[noreturn]] void refuse(const toml::source_region& source, const std::string& problem,
+                           const std::string& remedy) const {
+    throw qxrc::Diagnostic(at(source), problem, remedy);
+  }
+
+  const toml::table& table(const toml::node& node, std::string_view name) const;
+  const toml::array& list(const toml::node& node, std::string_view name) const;
+  /// No text holds a zero: names end there, and so do statements on their way to an engine.
+  std::u16string text(const toml::node& node, std::string_view name) const;
+  std::u16string nonEmptyText(const toml::node& node, std::string_view name) const;
+  std::vector<std::u16string> names(const toml::node& node, std::string_view name) const;
+  bool flag(const toml::node& node, std::string_view name) const;
+  long number(const toml::node& node, std::string_view name, long least, long most) const;
+  /// A text, a number or a date as the layer's own type.
+  CComVariant value(const toml::node& node, std::string_view name) const;
+  /// A key as a column's name.
+  std::u16string columnName(const toml::key& key) const;
+
+  /// Refuses a key that is none of `known`. `what` is the table's name in messages.
+  void checkKeys(const toml::table& table, std::string_view what,
+                 const std::vector<std::string_view>& known) const;
+  /// Refuses a table without `key`; `example` is the line to add.
+  const toml::node& need(const toml::table& table, std::string_view what, std::string_view key,
+                         std::string_view example) const;
+
+ private:
+  [[noreturn]] void refuseType(const toml::node& node, std::string_view name,
+                               const std::string& remedy) const;
+  std::u16string utf16(std::string_view text, const toml::source_region& source,
+                       std::string_view name) const;
+  CComVariant date(const toml::node& node, std::string_view name) const;
+
+  std::string file_;
+};
+
+}  // namespace qx::sqlprint
