@@ -8,7 +8,17 @@
 #include "qxframework/persistence/internal/value_lookup.h"
 #include "qxframework/persistence/persistence_exception.h"
 
+#include <utility>
+
 namespace Persistence {
+namespace {
+
+void LogNames(CReturnValue<long>& hr, const TyFieldValues& values) {
+  hr.LogDbg2(u"keys in map:");
+  for (long i = 0; i < values.GetCount(); ++i) hr.LogDbg2(u"%s", values.keyAt(i));
+}
+
+}  // namespace
 
 /// A step of the cursor, with the row read into an object or without.
 struct CQXPersistentCollectionProxy::Step {
@@ -147,13 +157,11 @@ long CQXPersistentCollectionProxy::Navigate(const Step& step, CQXValueContainer&
   }
   hr = (collection.*step.move)();
   if (hr != 0) return hr;
-  TyFieldValues values;
-  collection.CurrentRowToMap(values);
-  if (step.logsNames) {
-    hr.LogDbg2(u"keys in map:");
-    for (long i = 0; i < values.GetCount(); ++i) hr.LogDbg2(u"%s", values.keyAt(i));
-  }
-  MapToContainer(values, container);
+  Row row = std::exchange(m_Row, {});  // the record's own code may step on while it reads it
+  collection.CurrentRowToMap(row.values, row.statement);
+  if (step.logsNames) LogNames(hr, row.values);
+  MapToContainer(row.values, container);
+  m_Row = std::move(row);
   return hr;
 }
 

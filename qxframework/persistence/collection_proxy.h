@@ -5,6 +5,7 @@
 // by their keys. The company's engine decides behind it which SQL is written.
 
 #include "qxframework/persistence/browser_collection.h"
+#include "qxframework/persistence/field_values.h"
 #include "qxframework/persistence/sort_field.h"
 
 #include <memory>
@@ -87,6 +88,11 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
 
  private:
   struct Step;
+  /// With the number of the statement that it came from.
+  struct Row {
+    TyFieldValues values;
+    long statement = 0;
+  };
   qx_ptr<CConditions> GetConditionsFromKeyFields(const TyFieldValues& values, bool check);
   std::unique_ptr<CQXPersistentObject> NewObject() const;
   long Navigate(const Step& step, CQXValueContainer& container);
@@ -100,6 +106,7 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   bool m_bConnected = false;
   bool m_bLoaded = false;
   std::shared_ptr<CQXPersistenceFactory> m_pFactory;
+  Row m_Row;  // the last one, whose names the next one takes over
 };
 
 }  // namespace Persistence

@@ -3,7 +3,7 @@
 #include "qxframework/foundation/thrown_text.h"
 #include "qxframework/persistence/internal/variant_order.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace Persistence {
 namespace {
@@ -14,16 +14,20 @@ void checkComparable(const TyFieldValues& a, const TyFieldValues& b) {
   if (a.GetCount() != b.GetCount()) qx::throwText(u"Not compatible TyFieldvalues for comparison");
 }
 
+template <class T>
+void makeRoom(std::vector<T>& list) {
+  if (list.size() == list.capacity()) list.reserve(std::max(kUsualColumns, 2 * list.size()));
+}
+
 }  // namespace
 
 bool TyFieldValues::NameOrder::operator()(const OLECHAR* a, const OLECHAR* b) const {
   return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
 }
 
-TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept
-    : m_Values(std::move(other.m_Values)), m_Names(std::move(other.m_Names)) {
-  other.Clear();
-}
+TyFieldValues::TyFieldValues(const TyFieldValues& other) { *this = other; }
+
+TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept { *this = std::move(other); }
 
 TyFieldValues& TyFieldValues::operator=(const TyFieldValues& other) {
   if (this == &other) return *this;
@@ -33,19 +37,24 @@ TyFieldValues& TyFieldValues::operator=(const TyFieldValues& other) {
 }
 
 TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
-  m_Values.swap(other.m_Values);
-  m_Names.swap(other.m_Names);
+  if (this == &other) return *this;
+  m_Values = std::move(other.m_Values);
+  m_Names = std::move(other.m_Names);
+  m_Places = std::move(other.m_Places);
+  other.Clear();
+  std::erase_if(m_Values, [](const auto& entry) { return entry.second.position == -1; });
   return *this;
 }
 
 void TyFieldValues::Add(CComBSTR name, CComVariant value) {
-  // Room first, so that nothing can fail between the two parts.
-  if (m_Names.size() == m_Names.capacity())
-    m_Names.reserve(m_Names.empty() ? kUsualColumns : 2 * m_Names.size());
-  Value& entry = m_Values[name];
+  // Room first, so that nothing can fail between the parts.
+  makeRoom(m_Names);
+  makeRoom(m_Places);
+  Entry& entry = m_Values[name];
   entry.value = std::move(value);
   if (entry.position == -1) entry.position = GetCount();
   m_Names.push_back(std::move(name));
+  m_Places.push_back(&entry);
 }
 
 void TyFieldValues::SetValue(CComBSTR name, CComVariant value) {
@@ -62,17 +71,23 @@ long TyFieldValues::FindIndex(const OLECHAR* name) const {
 void TyFieldValues::Clear() {
   m_Values.clear();
   m_Names.clear();
+  m_Places.clear();
+}
+
+const CComVariant* TyFieldValues::find(const OLECHAR* name) const {
+  const auto found = m_Values.find(name);
+  return found == m_Values.end() ? nullptr : &found->second.value;
 }
 
 const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {
-  const auto found = m_Values.find(name);
-  if (found == m_Values.end()) qx::throwText("Can't find the key in CMyMap");
-  return found->second.value;
+  const CComVariant* const value = find(name);
+  if (value == nullptr) qx::throwText("Can't find the key in CMyMap");
+  return *value;
 }
 
 CComVariant TyFieldValues::GetValue(const OLECHAR* name) const {
-  const auto found = m_Values.find(name);
-  return found == m_Values.end() ? CComVariant(0) : found->second.value;
+  const CComVariant* const value = find(name);
+  return value == nullptr ? CComVariant(0) : *value;
 }
 
 bool operator==(const TyFieldValues& a, const TyFieldValues& b) {

@@ -9,16 +9,17 @@
 #include "qxframework/automation/variant.h"
 
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace Persistence {
 
 struct QX_API TyFieldValues {
- public:
   TyFieldValues() = default;
-  TyFieldValues(const TyFieldValues& other) = default;
+  /// Copies and moves take what `other` has at its positions, in their order, and nothing that has
+  /// no position. A move leaves `other` empty.
+  TyFieldValues(const TyFieldValues& other);
   TyFieldValues(TyFieldValues&& other) noexcept;
-  /// Takes over what `other` has at its positions, in their order.
   TyFieldValues& operator=(const TyFieldValues& other);
   TyFieldValues& operator=(TyFieldValues&& other) noexcept;
   ~TyFieldValues() = default;
@@ -32,12 +33,18 @@ struct QX_API TyFieldValues {
   const CComBSTR& keyAt(long position) const {
     return m_Names.at(static_cast<std::size_t>(position));
   }
-  const CComVariant& valueAt(long position) const { return (*this)[keyAt(position)]; }
+  const CComVariant& valueAt(long position) const {
+    return m_Places.at(static_cast<std::size_t>(position))->value;
+  }
 
   /// Sets the value and gives the name the next position. A name that was there has two then.
   void Add(CComBSTR name, CComVariant value);
   /// Sets the value only; for a name that is there.
   void SetValue(CComBSTR name, CComVariant value);
+  /// The same for the name at a position that is there.
+  void SetValueAt(long position, CComVariant value) {
+    m_Places.at(static_cast<std::size_t>(position))->value = std::move(value);
+  }
   /// The first position of the name; -1 if it has no value. Throws the `char*` "internal unknown
   /// error" for a name that got its value by SetValue alone.
   long FindIndex(const OLECHAR* name) const;
@@ -47,7 +54,9 @@ struct QX_API TyFieldValues {
   const CComVariant& operator[](const OLECHAR* name) const;
   /// A copy of the value; a VT_I4 of 0 for a name that has none.
   CComVariant GetValue(const OLECHAR* name) const;
-  bool contains(const OLECHAR* name) const { return m_Values.find(name) != m_Values.end(); }
+  /// The value of a name without a copy, null if it has none; good until the next change.
+  const CComVariant* find(const OLECHAR* name) const;
+  bool contains(const OLECHAR* name) const { return find(name) != nullptr; }
 
   /// Equality and order of the values position by position; the names play no part. Different
   /// counts throw the `OLECHAR*` "Not compatible TyFieldvalues for comparison".
@@ -61,15 +70,15 @@ struct QX_API TyFieldValues {
     using is_transparent = void;
     bool operator()(const OLECHAR* a, const OLECHAR* b) const;
   };
-
   /// With the first position of the name, -1 if it has none.
-  struct Value {
+  struct Entry {
     CComVariant value;
     long position = -1;
   };
 
-  std::map<CComBSTR, Value, NameOrder> m_Values;
-  std::vector<CComBSTR> m_Names;
+  std::map<CComBSTR, Entry, NameOrder> m_Values;
+  std::vector<CComBSTR> m_Names;  // by position
+  std::vector<Entry*> m_Places;   // by position, into the map, whose entries stay where they are
 };
 
 /// A row: its key, and the rest of it.

@@ -144,8 +144,9 @@ void CQXPersistentBase::FillExceptionFromCompany(CQXPersistenceException& except
   }
 }
 
-void CQXPersistentBase::Query(CReturnValue<long>& hr, const CComBSTR& text) const {
-  hr = m_ptrRecordSet->DoQuery(text);
+long CQXPersistentBase::Query(const CComBSTR& text) {
+  ++m_lStatementNumber;
+  return m_ptrRecordSet->DoQuery(text);
 }
 
 _bstr_t CQXPersistentBase::ScopeName(std::u16string_view className, std::u16string_view dialect,
@@ -157,7 +158,7 @@ void CQXPersistentBase::RunText(CReturnValue<long>& hr, const CComBSTR& text,
                                 const OLECHAR* failure, const CComBSTR& table) {
   hr.LogInfo(u"%s", text);
   try {
-    Query(hr, text);
+    hr = Query(text);
   } catch (const _com_error& error) {
     Fail(hr, error, failure, table);
   }

@@ -161,7 +161,10 @@ class CQXPersistentBase {
   /// Logs the text and runs it; a _com_error becomes the exception of Fail.
   void RunText(CReturnValue<long>& hr, const CComBSTR& text, const OLECHAR* failure,
                const CComBSTR& table);
-  void Query(CReturnValue<long>& hr, const CComBSTR& text) const;
+  /// Runs a statement on the record set: all of them come through here. The host's result.
+  long Query(const CComBSTR& text);
+  /// Of the last statement, from 1.
+  long GetStatementNumber() const { return m_lStatementNumber; }
   /// Logs `failure`, which takes the table, and raises what the company has to say.
   [[noreturn]] void Fail(CReturnValue<long>& hr, const _com_error& error, const OLECHAR* failure,
                          const CComBSTR& table) const;
@@ -193,6 +196,7 @@ class CQXPersistentBase {
   void AddValueCondition(CConditions& conditions, const CComBSTR& name, CComVariant value,
                          HvConditionOperation operation) const;
 
+  long m_lStatementNumber = 0;
   // The conditions that key fields were last taken from. They are kept even when other key fields
   // are set, since these may be the same names.
   qx_ptr<CConditions> m_ptrKeyNames;

@@ -105,7 +105,7 @@ void CQXPersistentCollection::Refresh() {
       throw CQXPersistenceException(
           u"Query string is empty - it may not have been saved with alst select");
     scope.LogInfo(u"%s", static_cast<const CComBSTR&>(m_bstrLastQuery));
-    m_ptrRecordSet->DoQuery(m_bstrLastQuery);
+    Query(m_bstrLastQuery);
     return;
   }
   PrepareSelect();
@@ -135,6 +135,17 @@ void CQXPersistentCollection::SetMaxRecordCount(long maximum) {
 void CQXPersistentCollection::CurrentRowToMap(TyFieldValues& values) const {
   values.Clear();
   ReadFields(m_ptrRecordSet->GetFields(), values);
+}
+
+void CQXPersistentCollection::CurrentRowToMap(TyFieldValues& values, long& statement) const {
+  const CComPtr<IFields> fields = m_ptrRecordSet->GetFields();
+  const long count = fields->Count();
+  if (statement != GetStatementNumber() || count != values.GetCount()) {
+    CurrentRowToMap(values);
+    statement = GetStatementNumber();
+    return;
+  }
+  for (long i = 0; i < count; ++i) values.SetValueAt(i, fields->Item(CComVariant(i))->GetValue());
 }
 
 qx_ptr<CConditions> CQXPersistentCollection::GetConditionsFromCurrentRow() const {

@@ -41,6 +41,9 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void Refresh();
 
   void CurrentRowToMap(TyFieldValues& values) const;
+  /// The same where the map and `statement` are as an earlier call left them, or empty and 0: as
+  /// long as no other statement was run, the names are not read again.
+  void CurrentRowToMap(TyFieldValues& values, long& statement) const;
   /// The key of the current row. A value that has no text form, such as VT_NULL, is refused as by
   /// GetSQLValue; so it is wherever an object is loaded from the row or gets the row's key.
   qx_ptr<CConditions> GetConditionsFromCurrentRow() const;

@@ -79,7 +79,7 @@ void CQXPersistentCollection::RunStatements(CReturnValue<long>& hr, const Statem
   hr.LogInfo(u"%s", statements.select);
   SetLastQuery(statements.select);
   if (statements.before.m_str != nullptr) hr = limiter->DoQuery(statements.before);
-  Query(hr, statements.select);
+  hr = Query(statements.select);
   if (statements.behind.m_str != nullptr) hr = limiter->DoQuery(statements.behind);
 }
 

@@ -61,7 +61,7 @@ void CQXPersistentObject::RunSelect(const OLECHAR* dialect) {
 }
 
 void CQXPersistentObject::QueryOneRow(CReturnValue<long>& hr, CComBSTR text) {
-  Query(hr, text);
+  hr = Query(text);
   SetLastQuery(std::move(text));
   const long count = m_ptrRecordSet->GetRecordCount();
   if (count < 1) throw CQXPersistenceException(u"No record was found with the given conditions");
@@ -72,7 +72,7 @@ void CQXPersistentObject::Reload() {
   if (m_vecKeyFields.empty()) FillKeyFieldsFromConditions();
   if (m_bSelected) {
     if (m_bstrLastQuery.IsEmpty()) throw CQXPersistenceException(kNoQueryText);
-    m_ptrRecordSet->DoQuery(m_bstrLastQuery);
+    Query(m_bstrLastQuery);
   } else {
     RequireSelectable();
     Select();
