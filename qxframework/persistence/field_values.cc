@@ -21,7 +21,9 @@ bool TyFieldValues::NameOrder::operator()(const OLECHAR* a, const OLECHAR* b) co
 }
 
 TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept
-    : m_Values(std::move(other.m_Values)), m_Names(std::move(other.m_Names)) {
+    : m_Values(std::move(other.m_Values)),
+      m_Names(std::move(other.m_Names)),
+      m_bMayHaveUnplaced(other.m_bMayHaveUnplaced) {
   other.Clear();
 }
 
@@ -33,21 +35,35 @@ TyFieldValues& TyFieldValues::operator=(const TyFieldValues& other) {
 }
 
 TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
-  m_Values.swap(other.m_Values);
-  m_Names.swap(other.m_Names);
+  if (this == &other) return *this;
+  m_Values = std::move(other.m_Values);
+  m_Names = std::move(other.m_Names);
+  m_bMayHaveUnplaced = other.m_bMayHaveUnplaced;
+  other.Clear();
+  dropUnplaced();
   return *this;
+}
+
+/// Leaves only the names that have a position. Nothing is copied.
+void TyFieldValues::dropUnplaced() noexcept {
+  if (!m_bMayHaveUnplaced) return;
+  std::map<CComBSTR, CComVariant, NameOrder> placed;
+  for (const CComBSTR& name : m_Names) placed.insert(m_Values.extract(name));
+  m_Values = std::move(placed);
+  m_bMayHaveUnplaced = false;
 }
 
 void TyFieldValues::Add(CComBSTR name, CComVariant value) {
   // Room first, so that nothing can fail between the two parts.
   if (m_Names.size() == m_Names.capacity())
     m_Names.reserve(m_Names.empty() ? kUsualColumns : 2 * m_Names.size());
-  SetValue(name, std::move(value));
+  m_Values.insert_or_assign(name, std::move(value));
   m_Names.push_back(std::move(name));
 }
 
 void TyFieldValues::SetValue(CComBSTR name, CComVariant value) {
-  m_Values.insert_or_assign(std::move(name), std::move(value));
+  const bool isNew = m_Values.insert_or_assign(std::move(name), std::move(value)).second;
+  m_bMayHaveUnplaced = m_bMayHaveUnplaced || isNew;
 }
 
 long TyFieldValues::FindIndex(const OLECHAR* name) const {
@@ -61,17 +77,23 @@ long TyFieldValues::FindIndex(const OLECHAR* name) const {
 void TyFieldValues::Clear() {
   m_Values.clear();
   m_Names.clear();
+  m_bMayHaveUnplaced = false;
+}
+
+const CComVariant* TyFieldValues::find(const OLECHAR* name) const {
+  const auto found = m_Values.find(name);
+  return found == m_Values.end() ? nullptr : &found->second;
 }
 
 const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {
-  const auto found = m_Values.find(name);
-  if (found == m_Values.end()) qx::throwText("Can't find the key in CMyMap");
-  return found->second;
+  const CComVariant* const value = find(name);
+  if (value == nullptr) qx::throwText("Can't find the key in CMyMap");
+  return *value;
 }
 
 CComVariant TyFieldValues::GetValue(const OLECHAR* name) const {
-  const auto found = m_Values.find(name);
-  return found == m_Values.end() ? CComVariant(0) : found->second;
+  const CComVariant* const value = find(name);
+  return value == nullptr ? CComVariant(0) : *value;
 }
 
 bool operator==(const TyFieldValues& a, const TyFieldValues& b) {

@@ -14,11 +14,12 @@
 namespace Persistence {
 
 struct QX_API TyFieldValues {
- public:
   TyFieldValues() = default;
   TyFieldValues(const TyFieldValues& other) = default;
+  /// Leaves `other` empty.
   TyFieldValues(TyFieldValues&& other) noexcept;
-  /// Takes over what `other` has at its positions, in their order.
+  /// Takes what `other` has at its positions, in their order, and nothing that has no position. The
+  /// second form leaves `other` empty.
   TyFieldValues& operator=(const TyFieldValues& other);
   TyFieldValues& operator=(TyFieldValues&& other) noexcept;
   ~TyFieldValues() = default;
@@ -47,7 +48,9 @@ struct QX_API TyFieldValues {
   const CComVariant& operator[](const OLECHAR* name) const;
   /// A copy of the value; a VT_I4 of 0 for a name that has none.
   CComVariant GetValue(const OLECHAR* name) const;
-  bool contains(const OLECHAR* name) const { return m_Values.find(name) != m_Values.end(); }
+  /// The value of a name without a copy, null if it has none; good until the next change.
+  const CComVariant* find(const OLECHAR* name) const;
+  bool contains(const OLECHAR* name) const { return find(name) != nullptr; }
 
   /// Equality and order of the values position by position; the names play no part. Different
   /// counts throw the `OLECHAR*` "Not compatible TyFieldvalues for comparison".
@@ -62,8 +65,11 @@ struct QX_API TyFieldValues {
     bool operator()(const OLECHAR* a, const OLECHAR* b) const;
   };
 
+  void dropUnplaced() noexcept;
+
   std::map<CComBSTR, CComVariant, NameOrder> m_Values;
   std::vector<CComBSTR> m_Names;
+  bool m_bMayHaveUnplaced = false;  // names that SetValue alone brought in
 };
 
 /// A row: its key, and the rest of it.
