@@ -24,9 +24,10 @@ class IdleForm : public CQXAddOnForm {
 class BenchHandler : public CQXIDispatch {
  public:
   explicit BenchHandler(const CQXAddOn* addOn) : addOn_(addOn) {}
-  long OnApplicationLoad(IDispatch* application, ICompany*) override {
+  long OnApplicationLoad(IDispatch* application, ICompany* opened) override {
     loaded = std::chrono::steady_clock::now();
     app = CComQIPtr<IApplication>(application);
+    company = opened;
     return S_OK;
   }
   long OnFormLoad(IItemEvent* event, short*) override {
@@ -43,6 +44,7 @@ class BenchHandler : public CQXIDispatch {
   long OnStatusBarEvent(BSTR, long) override { return S_OK; }
 
   CComPtr<IApplication> app;
+  CComPtr<ICompany> company;
   std::chrono::steady_clock::time_point loaded;  // when OnApplicationLoad was called
 
  private:

@@ -3,8 +3,8 @@
 
 #include "bench/measure.h"
 #include "qxframework/host/company.h"
-#include "qxframework/persistence/persistence_factory.h"
-#include "qxframework/persistence/persistent_collection.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
+#include "qxframework/persistence/internal/persistent_collection.h"
 
 #include <algorithm>
 #include <string>

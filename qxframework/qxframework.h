@@ -12,6 +12,7 @@
 #include "qxframework/foundation/version.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/os/message_loop.h"
+#include "qxframework/persistence/browser_collection.h"
 #include "qxframework/persistence/choose_list_helper.h"
 #include "qxframework/persistence/collection_proxy.h"
 #include "qxframework/persistence/condition.h"

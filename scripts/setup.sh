@@ -13,7 +13,7 @@ packages=(
 # Asked for by name: scripts/setup.sh bench clang
 for extra in "$@"; do
   case "$extra" in
-    bench) packages+=(libspdlog-dev) ;;
+    bench) packages+=(libspdlog-dev libsoci-dev libboost-dev) ;;
     clang) packages+=(clang libclang-rt-14-dev clang-format clang-tidy) ;;
     *) echo "setup.sh: there is no group '$extra'; use 'bench' or 'clang'" >&2; exit 2 ;;
   esac

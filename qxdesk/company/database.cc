@@ -4,6 +4,15 @@
 
 namespace qx::desk {
 
+StoredValue Statement::value(int column) const {
+  StoredValue value;
+  value.storage = storage(column);
+  if (value.storage == Storage::Integer) value.integer = integer(column);
+  if (value.storage == Storage::Real) value.real = real(column);
+  if (value.storage == Storage::Text) value.text = text(column);
+  return value;
+}
+
 void Database::execute(std::string_view sql) {
   const std::unique_ptr<Statement> statement = prepare(sql);
   while (statement->step()) {

@@ -58,6 +58,14 @@ class DatabaseError : public std::runtime_error {
 
 enum class Storage { Null, Integer, Real, Text };
 
+/// A value as it is stored; the one of its storage counts.
+struct StoredValue {
+  Storage storage = Storage::Null;
+  std::int64_t integer = 0;
+  double real = 0;
+  std::string_view text;  // valid until the next step()
+};
+
 /// A prepared statement and, after step(), its current row. Texts are UTF-8.
 class Statement {
  public:
@@ -83,6 +91,8 @@ class Statement {
   virtual double real(int column) const = 0;
   /// Valid until the next step(); empty for null.
   virtual std::string_view text(int column) const = 0;
+  /// All of it at once, for those who read every value of many rows.
+  virtual StoredValue value(int column) const;
 };
 
 /// What becomes of the statements of add-ons on their way to the engine.

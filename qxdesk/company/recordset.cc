@@ -10,33 +10,6 @@ namespace qx::desk {
 
 namespace {
 
-class Field final : public HostObject<IField> {
- public:
-  Field(CComPtr<Recordset> recordset, std::size_t column)
-      : recordset_(std::move(recordset)), column_(column) {}
-
-  HRESULT raw_GetName(BSTR* out) override {
-    return hostCall([&]() -> HRESULT {
-      if (!isThere()) return DISP_E_BADINDEX;
-      return giveText(recordset_->rows().name(column_), out);
-    });
-  }
-  HRESULT raw_GetValue(VARIANT* out) override {
-    return hostCall([&]() -> HRESULT {
-      if (out == nullptr) return E_POINTER;
-      if (!isThere()) return DISP_E_BADINDEX;
-      return recordset_->value(column_).Detach(out);
-    });
-  }
-
- private:
-  // Another query may have fewer columns.
-  bool isThere() const { return column_ < recordset_->rows().columnCount(); }
-
-  CComPtr<Recordset> recordset_;
-  std::size_t column_;
-};
-
 std::string utf8Of(std::u16string_view statement) {
   try {
     return sql::statementText(statement);
@@ -45,54 +18,68 @@ std::string utf8Of(std::u16string_view statement) {
   }
 }
 
-class Fields final : public HostObject<IFields> {
- public:
-  explicit Fields(CComPtr<Recordset> recordset) : recordset_(std::move(recordset)) {}
-
-  HRESULT raw_Count(long* out) override {
-    return hostCall([&] { return giveValue(static_cast<long>(columnCount()), out); });
-  }
-  HRESULT raw_Item(const VARIANT& index, IField** out) override {
-    return hostCall([&]() -> HRESULT {
-      if (out == nullptr) return E_POINTER;
-      *out = nullptr;
-      const std::size_t column = columnAt(index);
-      if (column >= columnCount()) return noColumn(index);
-      *out = makeObject<Field>(recordset_, column).Detach();
-      return S_OK;
-    });
-  }
-
- private:
-  std::size_t columnCount() const { return recordset_->rows().columnCount(); }
-
-  std::size_t columnAt(const VARIANT& index) const {
-    if (index.vt == VT_BSTR) return recordset_->rows().find(viewOfBstr(index.bstrVal));
-    VARIANT number;
-    if (VariantChangeType(&number, &index, 0, VT_I4) < 0 || number.lVal < 0) return columnCount();
-    return static_cast<std::size_t>(number.lVal);
-  }
-
-  HRESULT noColumn(const VARIANT& index) {
-    CComVariant text;
-    if (text.ChangeType(VT_BSTR, &index) < 0) text = CComVariant(u"");
-    return recordset_->session().attempt([&] {
-      throw CompanyError(DISP_E_BADINDEX, Text::UnknownColumn,
-                         std::vector{std::u16string(viewOfBstr(text.bstrVal))});
-    });
-  }
-
-  CComPtr<Recordset> recordset_;
-};
-
 }  // namespace
 
-HRESULT Recordset::raw_GetFields(IFields** out) {
+Field::Field(Recordset& recordset, std::size_t column)
+    : HostPart(recordset), recordset_(recordset), column_(column) {}
+
+// Another query may have fewer columns.
+bool Field::isThere() const { return column_ < recordset_.rows().columnCount(); }
+
+HRESULT Field::raw_GetName(BSTR* out) {
+  return hostCall([&]() -> HRESULT {
+    if (!isThere()) return DISP_E_BADINDEX;
+    return giveText(recordset_.rows().name(column_), out);
+  });
+}
+
+HRESULT Field::raw_GetValue(VARIANT* out) {
   return hostCall([&]() -> HRESULT {
     if (out == nullptr) return E_POINTER;
-    *out = makeObject<Fields>(CComPtr<Recordset>(this)).Detach();
-    return S_OK;
+    if (!isThere()) return DISP_E_BADINDEX;
+    return recordset_.value(column_).Detach(out);
   });
+}
+
+Fields::Fields(Recordset& recordset) : HostPart(recordset), recordset_(recordset) {}
+
+std::size_t Fields::columnCount() const { return recordset_.rows().columnCount(); }
+
+HRESULT Fields::raw_Count(long* out) {
+  return hostCall([&] { return giveValue(static_cast<long>(columnCount()), out); });
+}
+
+HRESULT Fields::raw_Item(const VARIANT& index, IField** out) {
+  return hostCall([&]() -> HRESULT {
+    if (out == nullptr) return E_POINTER;
+    *out = nullptr;
+    const std::size_t column = columnAt(index);
+    if (column >= columnCount()) return noColumn(index);
+    while (fields_.size() <= column)
+      fields_.push_back(std::make_unique<Field>(recordset_, fields_.size()));
+    return giveObject<IField>(fields_[column].get(), out);
+  });
+}
+
+std::size_t Fields::columnAt(const VARIANT& index) const {
+  if (index.vt == VT_BSTR) return recordset_.rows().find(viewOfBstr(index.bstrVal));
+  if (index.vt == VT_I4) return static_cast<std::size_t>(index.lVal);  // huge for one below 0
+  VARIANT number;
+  if (VariantChangeType(&number, &index, 0, VT_I4) < 0) return columnCount();
+  return static_cast<std::size_t>(number.lVal);
+}
+
+HRESULT Fields::noColumn(const VARIANT& index) {
+  CComVariant text;
+  if (text.ChangeType(VT_BSTR, &index) < 0) text = CComVariant(u"");
+  return recordset_.session().attempt([&] {
+    throw CompanyError(DISP_E_BADINDEX, Text::UnknownColumn,
+                       std::vector{std::u16string(viewOfBstr(text.bstrVal))});
+  });
+}
+
+HRESULT Recordset::raw_GetFields(IFields** out) {
+  return hostCall([&] { return giveObject<IFields>(&fields_, out); });
 }
 
 HRESULT Recordset::raw_MoveNext() {

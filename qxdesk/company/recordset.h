@@ -9,7 +9,42 @@
 #include "qxdesk/company/row_store.h"
 #include "qxframework/host/recordset.h"
 
+#include <memory>
+#include <vector>
+
 namespace qx::desk {
+
+class Recordset;
+
+/// A column of the current row of a recordset.
+class Field final : public HostPart<IField> {
+ public:
+  Field(Recordset& recordset, std::size_t column);
+  HRESULT raw_GetName(BSTR* out) override;
+  HRESULT raw_GetValue(VARIANT* out) override;
+
+ private:
+  bool isThere() const;
+
+  Recordset& recordset_;
+  std::size_t column_;
+};
+
+/// The columns of a recordset. A field that was given once stays, since it may still be held.
+class Fields final : public HostPart<IFields> {
+ public:
+  explicit Fields(Recordset& recordset);
+  HRESULT raw_Count(long* out) override;
+  HRESULT raw_Item(const VARIANT& index, IField** out) override;
+
+ private:
+  std::size_t columnCount() const;
+  std::size_t columnAt(const VARIANT& index) const;
+  HRESULT noColumn(const VARIANT& index);
+
+  Recordset& recordset_;
+  std::vector<std::unique_ptr<Field>> fields_;
+};
 
 class Recordset final : public HostObject<IRecordset> {
  public:
@@ -39,6 +74,7 @@ class Recordset final : public HostObject<IRecordset> {
   SessionPtr session_;
   RowStore rows_;
   long position_ = 0;  // -1 before the first row, count() behind the last
+  Fields fields_{*this};
 };
 
 }  // namespace qx::desk

@@ -187,6 +187,35 @@ TEST_P(RecordsetTest, AFieldOfAnEarlierQueryIsGoneWithItsColumn) {
   EXPECT_EQ(codeOf([&] { name->GetValue(); }), DISP_E_BADINDEX);
 }
 
+TEST_P(RecordsetTest, AFieldThatIsHeldKeepsItsRows) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  auto rows = query(company, u"SELECT Code FROM [@T]");
+  const auto code = rows->GetFields()->Item(0);
+  rows.Release();
+  EXPECT_EQ(code->GetName().View(), u"Code");
+  EXPECT_EQ(cellText(code->GetValue()), u"A");
+}
+
+TEST_P(RecordsetTest, AFieldSurvivesQueriesThatLackItsColumn) {
+  insert(u"A", u"1, NULL, NULL, NULL, NULL");
+  const auto rows = query(company, u"SELECT Code, Name FROM [@T]");
+  const auto name = rows->GetFields()->Item(1);
+  rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]"));
+  rows->DoQuery(CComBSTR(u"SELECT Name, Code, U_Text FROM [@T]"));
+  EXPECT_EQ(name->GetName().View(), u"Code");
+  EXPECT_EQ(cellText(name->GetValue()), u"A");
+}
+
+TEST_P(RecordsetTest, FieldsAnswerForTheirOwnInterfaceOnly) {
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  const CComPtr<IFields> fields = rows->GetFields();
+  void* object = this;
+  EXPECT_EQ(fields->QueryInterface(IRecordset::kIid, &object), E_NOINTERFACE);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(fields->QueryInterface(IFields::kIid, nullptr), E_POINTER);
+  EXPECT_EQ(CComQIPtr<IFields>(CComPtr<IDispatch>(fields.p)).p, fields.p);
+}
+
 TEST_P(RecordsetTest, WritesLeaveNoRows) {
   const auto rows = query(company, u"SELECT Code FROM [@T]");
   rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name) VALUES ('A', 'A')"));

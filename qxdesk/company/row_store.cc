@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -21,18 +20,23 @@ CComVariant integerValue(std::int64_t value) {
   return fits ? CComVariant(static_cast<long>(value)) : CComVariant(static_cast<double>(value));
 }
 
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+/// Units from bytes; false where a byte is beyond ASCII.
+bool widen(std::string_view ascii, BSTR out) {
+  unsigned char seen = 0;
+  for (std::size_t i = 0; i < ascii.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(ascii[i]);
+    seen |= byte;
+    out[i] = byte;
+  }
+  return seen < 0x80;
 }
 
 CComVariant textValue(std::string_view utf8) {
-  if (!isAscii(utf8)) return CComVariant(std::u16string_view(toUtf16(utf8)));
   CComVariant value;
   value.bstrVal = SysAllocStringLen(nullptr, static_cast<UINT>(utf8.size()));
   if (value.bstrVal == nullptr) raiseError(E_OUTOFMEMORY);
   value.vt = VT_BSTR;
-  std::copy(utf8.begin(), utf8.end(), value.bstrVal);
+  if (!widen(utf8, value.bstrVal)) return CComVariant(std::u16string_view(toUtf16(utf8)));
   return value;
 }
 
@@ -81,31 +85,63 @@ CComVariant fromText(std::string_view text, sql::ColumnType type) {
   }
 }
 
-std::optional<int> digits(std::string_view text, std::size_t first, std::size_t count) {
-  int value = 0;
-  const char* begin = text.data() + first;
-  const auto [end, error] = std::from_chars(begin, begin + count, value);
-  if (error != std::errc() || end != begin + count || *begin == '-') return std::nullopt;
-  return value;
-}
+/// Reads the signs of a text one after the other; once something is not as it should be, all of it
+/// is wrong.
+class Scan {
+ public:
+  explicit Scan(const char* text) : at_(text) {}
+  int number(int digits) {
+    int value = 0;
+    for (; digits > 0; --digits) {
+      const int digit = *at_++ - '0';
+      good_ &= digit >= 0 && digit <= 9;
+      value = value * 10 + digit;
+    }
+    return value;
+  }
+  int numberBehind(char sign, int digits) {
+    good_ &= *at_++ == sign;
+    return number(digits);
+  }
+  bool isGood() const { return good_; }
+
+ private:
+  const char* at_;
+  bool good_ = true;
+};
 
 }  // namespace
 
+const char* TextBlocks::keep(std::string_view text) {
+  constexpr std::size_t kBlock = 64 * 1024;
+  if (text.size() > room_) {
+    const std::size_t size = std::max(kBlock, text.size());
+    blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
+    free_ = blocks_.back().get();
+    room_ = size;
+  }
+  char* const place = free_;
+  free_ = std::copy(text.begin(), text.end(), place);
+  room_ -= text.size();
+  return place;
+}
+
 void RowStore::append(const Statement& statement) {
-  for (std::size_t i = 0; i < columns_.size(); ++i) {
-    const int column = static_cast<int>(i);
-    switch (statement.storage(column)) {
+  const int count = static_cast<int>(columns_.size());
+  for (int column = 0; column < count; ++column) {
+    const StoredValue value = statement.value(column);
+    switch (value.storage) {
       case Storage::Null:
         appendNull();
         break;
       case Storage::Integer:
-        appendInteger(statement.integer(column));
+        appendInteger(value.integer);
         break;
       case Storage::Real:
-        appendReal(statement.real(column));
+        appendReal(value.real);
         break;
       case Storage::Text:
-        appendText(statement.text(column));
+        appendText(value.text);
         break;
     }
   }
@@ -114,16 +150,23 @@ void RowStore::append(const Statement& statement) {
 void RowStore::appendNull() { cells_.emplace_back(); }
 
 void RowStore::appendInteger(std::int64_t value) {
-  cells_.push_back({static_cast<std::uint64_t>(value), 0, Storage::Integer});
+  Cell& cell = cells_.emplace_back();
+  cell.integer = value;
+  cell.storage = Storage::Integer;
 }
 
 void RowStore::appendReal(double value) {
-  cells_.push_back({std::bit_cast<std::uint64_t>(value), 0, Storage::Real});
+  Cell& cell = cells_.emplace_back();
+  cell.real = value;
+  cell.storage = Storage::Real;
 }
 
 void RowStore::appendText(std::string_view utf8) {
-  cells_.push_back({arena_.size(), static_cast<std::uint32_t>(utf8.size()), Storage::Text});
-  arena_ += utf8;
+  const char* const text = texts_.keep(utf8);
+  Cell& cell = cells_.emplace_back();
+  cell.text = text;
+  cell.length = static_cast<std::uint32_t>(utf8.size());
+  cell.storage = Storage::Text;
 }
 
 std::size_t RowStore::find(std::u16string_view name) const {
@@ -138,11 +181,11 @@ CComVariant RowStore::value(std::size_t row, std::size_t column) const {
   const sql::ColumnType type = columns_[column].type;
   switch (cell.storage) {
     case Storage::Integer:
-      return fromInteger(static_cast<std::int64_t>(cell.bits), type);
+      return fromInteger(cell.integer, type);
     case Storage::Real:
-      return fromReal(std::bit_cast<double>(cell.bits), type);
+      return fromReal(cell.real, type);
     case Storage::Text:
-      return fromText(textOf(cell), type);
+      return fromText({cell.text, cell.length}, type);
     default:
       return emptyValue(column);
   }
@@ -161,29 +204,21 @@ CComVariant RowStore::emptyValue(std::size_t column) const {
   }
 }
 
-std::string_view RowStore::textOf(const Cell& cell) const {
-  return std::string_view(arena_).substr(static_cast<std::size_t>(cell.bits), cell.length);
-}
-
 std::optional<DATE> dateOfStored(std::string_view text) {
   constexpr std::size_t kDateLength = 10;
   constexpr std::size_t kFullLength = 19;
   if (text.size() != kFullLength && text.size() != kDateLength) return std::nullopt;
-  if (text[4] != '-' || text[7] != '-') return std::nullopt;
-  const bool timed = text.size() == kFullLength;
-  if (timed && (text[10] != ' ' || text[13] != ':' || text[16] != ':')) return std::nullopt;
-  const std::optional<int> parts[] = {
-      digits(text, 0, 4),
-      digits(text, 5, 2),
-      digits(text, 8, 2),
-      timed ? digits(text, 11, 2) : 0,
-      timed ? digits(text, 14, 2) : 0,
-      timed ? digits(text, 17, 2) : 0,
-  };
-  if (!std::all_of(std::begin(parts), std::end(parts), [](auto part) { return !!part; })) {
-    return std::nullopt;
+  Scan scan(text.data());
+  CivilTime time{};
+  time.year = scan.number(4);
+  time.month = scan.numberBehind('-', 2);
+  time.day = scan.numberBehind('-', 2);
+  if (text.size() == kFullLength) {
+    time.hour = scan.numberBehind(' ', 2);
+    time.minute = scan.numberBehind(':', 2);
+    time.second = scan.numberBehind(':', 2);
   }
-  return dateFromCivil({*parts[0], *parts[1], *parts[2], *parts[3], *parts[4], *parts[5]});
+  return scan.isGood() ? dateFromCivil(time) : std::nullopt;
 }
 
 std::optional<std::string> storedOfDate(DATE date) {

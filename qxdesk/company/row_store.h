@@ -1,7 +1,8 @@
 #pragma once
 
 // The rows of one query, all of them, in compact form: a cell is 16 bytes, texts lie behind each
-// other in one arena. A cell becomes a tagged value only when it is asked for.
+// other in blocks. What is there never moves while rows are appended, so that many rows cost no
+// more than their own room. A cell becomes a tagged value only when it is asked for.
 //
 // A column has one kind of value, also for its nulls, because add-ons read a null as the empty
 // value of the kind: text as empty text, numbers as 0, dates as the date 0.0.
@@ -11,6 +12,8 @@
 #include "qxframework/automation/variant.h"
 
 #include <cstdint>
+#include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +24,18 @@ namespace qx::desk {
 struct RowColumn {
   std::u16string name;
   sql::ColumnType type = sql::ColumnType::Unknown;
+};
+
+/// Keeps texts, each in one piece, for as long as it lives.
+class TextBlocks {
+ public:
+  /// Where the copy stands.
+  const char* keep(std::string_view text);
+
+ private:
+  std::vector<std::unique_ptr<char[]>> blocks_;
+  char* free_ = nullptr;  // the rest of the last block
+  std::size_t room_ = 0;
 };
 
 class RowStore {
@@ -47,16 +62,18 @@ class RowStore {
 
  private:
   struct Cell {
-    std::uint64_t bits = 0;  // the integer, the bits of the real, the place in the arena
-    std::uint32_t length = 0;
+    union {
+      std::int64_t integer = 0;
+      double real;
+      const char* text;
+    };
+    std::uint32_t length = 0;  // of the text
     Storage storage = Storage::Null;
   };
 
-  std::string_view textOf(const Cell& cell) const;
-
   std::vector<RowColumn> columns_;
-  std::vector<Cell> cells_;
-  std::string arena_;
+  std::deque<Cell> cells_;
+  TextBlocks texts_;
 };
 
 /// The date of the stored form "YYYY-MM-DD HH:MM:SS", also without the time; nothing for any other

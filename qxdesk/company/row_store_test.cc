@@ -2,12 +2,16 @@
 
 #include "qxdesk/company/decimal_text.h"
 #include "qxframework/automation/ole_date_time.h"
+#include "qxframework/automation/text.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace qx::desk {
 namespace {
@@ -56,6 +60,20 @@ TEST(RowStore, TextThatIsNoDateStaysText) {
   rows.appendText("2024-02-30 10:00:00");
   EXPECT_EQ(rows.value(0, 0).vt, VT_DATE);
   EXPECT_EQ(rows.value(1, 0).vt, VT_BSTR);
+}
+
+TEST(RowStore, KeepsTextsOfAnyLengthWhileRowsAreAppendedAndWhenItMoves) {
+  RowStore filled = oneCell(ColumnType::Text);
+  std::mt19937 random(3);
+  std::vector<std::string> texts = {"", std::string(200'000, 'x'), "\xC3\xA4\xE2\x82\xAC",
+                                    std::string(65'536, 'y'), ""};
+  for (int i = 0; i < 5000; ++i)
+    texts.emplace_back(random() % 100, static_cast<char>('a' + random() % 26));
+  for (const std::string& text : texts) filled.appendText(text);
+  const RowStore rows = std::move(filled);
+  ASSERT_EQ(rows.rowCount(), texts.size());
+  for (std::size_t i = 0; i < texts.size(); ++i)
+    ASSERT_EQ(viewOfBstr(rows.value(i, 0).bstrVal), toUtf16(texts[i])) << i;
 }
 
 TEST(RowStore, NamesAreFoundInAnyCase) {

@@ -60,7 +60,7 @@ void addSqlCommand(CLI::App& program, Task& task) {
   engine->check(CLI::IsMember(names));
   command->add_flag("-0,--null", options->nul, "End each statement with a zero, not a line end")
       ->needs(engine);
-  example->excludes(file);
+  example->excludes(file)->excludes(engine);
   command->footer(sqlprint::kForm);
   command->callback([options, &task] {
     if (options->file.empty() && !options->example) throw CLI::RequiredError("FILE");

@@ -128,6 +128,10 @@ TEST_F(SqlCommand, AWrongCommandLineIsToldWithAnotherCode) {
   EXPECT_NE(noEngine.errors.find("other not in {mssql,sybase,db2,kordb}"), std::string::npos);
   EXPECT_EQ(run("sql f.toml --null").exitCode, 2);
   EXPECT_EQ(run("sql f.toml --example").exitCode, 2);
+  const Outcome exampleOfOne = run("sql --example --engine db2");
+  EXPECT_EQ(exampleOfOne.exitCode, 2);
+  EXPECT_EQ(exampleOfOne.output, "");
+  EXPECT_NE(exampleOfOne.errors.find("--example excludes --engine"), std::string::npos);
   EXPECT_EQ(run("").exitCode, 2);
 }
 

@@ -48,6 +48,12 @@ std::u16string toUtf16(std::string_view text) {
 std::u16string toLower(std::u16string_view text) { return mapCase(u_strToLower, text); }
 std::u16string toUpper(std::u16string_view text) { return mapCase(u_strToUpper, text); }
 
+std::u16string toUpperByUnit(std::u16string_view text) {
+  std::u16string upper(text);
+  for (char16_t& unit : upper) unit = static_cast<char16_t>(u_toupper(unit));
+  return upper;
+}
+
 bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b) {
   UErrorCode status = U_ZERO_ERROR;
   return u_strCaseCompare(a.data(), static_cast<int32_t>(a.size()), b.data(),

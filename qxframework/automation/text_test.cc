@@ -51,6 +51,18 @@ TEST(Text, CaseMappingIsThatOfTheRootLocale) {
   EXPECT_EQ(qx::toUpper(u"i"), u"I");
 }
 
+TEST(Text, UpperCaseByUnitKeepsTheLength) {
+  using namespace std::literals;
+  EXPECT_EQ(qx::toUpperByUnit(u"Code_a\u00EF\u0131"), u"CODE_A\u00CFI");
+  EXPECT_EQ(qx::toUpperByUnit(u"stra\u00DFe"), u"STRA\u00DFE");
+  // Where the full mapping gives two letters and the simple one gives another.
+  EXPECT_EQ(qx::toUpperByUnit(u"\u1F80"), u"\u1F88");
+  // A pair of units has a capital, which the units alone have not.
+  EXPECT_EQ(qx::toUpperByUnit(u"\U00010428"), u"\U00010428");
+  EXPECT_EQ(qx::toUpperByUnit(u"\xD800z\0y"sv), u"\xD800Z\0Y"sv);
+  EXPECT_EQ(qx::toUpperByUnit(u""), u"");
+}
+
 TEST(Text, EqualityWithoutCaseFoldsBothSides) {
   EXPECT_TRUE(qx::equalsIgnoreCase(u"Code", u"cODE"));
   EXPECT_TRUE(qx::equalsIgnoreCase(u"\u00C4", u"\u00E4"));

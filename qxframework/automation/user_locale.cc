@@ -4,6 +4,7 @@
 #include <unicode/uloc.h>
 #include <unicode/unum.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
@@ -103,6 +104,11 @@ int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool igno
   if (collator == nullptr) return a.compare(b);
   return ucol_strcoll(collator, a.data(), static_cast<int32_t>(a.size()), b.data(),
                       static_cast<int32_t>(b.size()));
+}
+
+bool isPlainText(std::u16string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char16_t unit) { return unit >= u' ' && unit <= u'~'; });
 }
 
 NumberSigns numberSigns(LCID locale) {

@@ -15,6 +15,10 @@ namespace qx {
 /// Thread-safe.
 QX_API int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool ignoreCase);
 
+/// Whether a text has the visible signs and the blank of ASCII only. Two such texts are equal in
+/// the order of a locale only if they are the same.
+QX_API bool isPlainText(std::u16string_view text);
+
 /// The signs that stand in a number.
 struct NumberSigns {
   char16_t decimal = u'.';

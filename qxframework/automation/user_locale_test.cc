@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -43,6 +45,40 @@ TEST(Collate, OrdersInTheUsersLocaleToo) {
 
 TEST(Collate, AnUnknownLocaleTakesTheRootOrder) {
   EXPECT_LT(qx::collate(u"a", u"B", 0x7777, false), 0);
+}
+
+// All of up to two signs, and letter groups that a language sorts as one letter.
+std::vector<std::u16string> plainTexts() {
+  std::vector<std::u16string> texts = {u"",    u"ccs",  u"cscs", u"Ccs",  u"ddzs", u"dzsdzs",
+                                       u"llj", u"ljlj", u"chch", u"CHch", u"aaa",  u"Aaa"};
+  for (char16_t first = u' '; first <= u'~'; ++first) {
+    texts.push_back({first});
+    for (char16_t second = u' '; second <= u'~'; ++second) texts.push_back({first, second});
+  }
+  return texts;
+}
+
+TEST(Collate, PlainTextsThatDifferAreNeverEqual) {
+  constexpr LCID kDanish = 1030, kEnglish = 1033, kHungarian = 1038, kCroatian = 1050, kThai = 1054;
+  for (const LCID locale : {LCID{1024}, kDanish, kEnglish, kHungarian, kCroatian, kThai}) {
+    std::vector<std::u16string> texts = plainTexts();
+    std::sort(texts.begin(), texts.end(), [&](const std::u16string& a, const std::u16string& b) {
+      return qx::collate(a, b, locale, false) < 0;
+    });
+    const auto equal = std::adjacent_find(texts.begin(), texts.end(),
+                                          [&](const std::u16string& a, const std::u16string& b) {
+                                            return qx::collate(a, b, locale, false) == 0;
+                                          });
+    EXPECT_EQ(equal, texts.end()) << "locale " << locale;
+  }
+}
+
+TEST(PlainText, IsOfVisibleAsciiAndBlanks) {
+  EXPECT_TRUE(qx::isPlainText(u"U_Item Code~!"));
+  EXPECT_TRUE(qx::isPlainText(u""));
+  EXPECT_FALSE(qx::isPlainText(u"Gr\u00F6\u00DFe"));
+  EXPECT_FALSE(qx::isPlainText(u"a\tb"));
+  EXPECT_FALSE(qx::isPlainText(u"a\u007F"));
 }
 
 TEST(Collate, ThreadsMayCompareAtOnce) {

@@ -114,7 +114,7 @@ class CComVariant : public VARIANT {
   CComVariant() = default;
   CComVariant(const VARIANT& other) { VariantCopy(this, &other); }
   CComVariant(const CComVariant& other) : VARIANT() { VariantCopy(this, &other); }
-  CComVariant(CComVariant&& other) noexcept : VARIANT(other) { other.vt = VT_EMPTY; }
+  CComVariant(CComVariant&& other) noexcept { other.moveTo(*this); }
   CComVariant(const OLECHAR* text) { assignText(qx::viewOf(text)); }
   CComVariant(const CComBSTR& text) { assignText(text.View()); }
   CComVariant(std::u16string_view text) { assignText(text); }
@@ -127,7 +127,7 @@ class CComVariant : public VARIANT {
   CComVariant(double value, VARTYPE type = VT_R8) { vt = type, dblVal = value; }
   CComVariant(IDispatch* object) { vt = VT_DISPATCH, assignObject(object); }
   CComVariant(IUnknown* object) { vt = VT_UNKNOWN, assignObject(object); }
-  ~CComVariant() { VariantClear(this); }
+  ~CComVariant() { drop(); }
 
   CComVariant& operator=(const CComVariant& other) {
     VariantCopy(this, &other);
@@ -135,9 +135,8 @@ class CComVariant : public VARIANT {
   }
   CComVariant& operator=(CComVariant&& other) noexcept {
     if (this != &other) {
-      VariantClear(this);
-      static_cast<VARIANT&>(*this) = other;
-      other.vt = VT_EMPTY;
+      drop();
+      other.moveTo(*this);
     }
     return *this;
   }
@@ -149,12 +148,20 @@ class CComVariant : public VARIANT {
   }
   /// Gives the value away; `out` is overwritten.
   HRESULT Detach(VARIANT* out) {
-    *out = *this;
-    vt = VT_EMPTY;
+    moveTo(*out);
     return S_OK;
   }
 
  private:
+  // Member by member: a copy in one piece would wait for the single writes before it.
+  void moveTo(VARIANT& to) {
+    to.vt = std::exchange(vt, VT_EMPTY);
+    to.ullVal = ullVal;
+  }
+  // Most values hold nothing that is to be freed.
+  void drop() {
+    if (vt == VT_BSTR || vt == VT_DISPATCH || vt == VT_UNKNOWN) VariantClear(this);
+  }
   void assignText(std::u16string_view text) { vt = VT_BSTR, bstrVal = CComBSTR(text).Detach(); }
   void assignObject(IUnknown* object) {
     punkVal = object;

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 
 template class CLogBase<long>;
 template class CLogBase<CReturnValue<void>>;
@@ -33,6 +34,17 @@ void formatMessage(StackBstr& message, const OLECHAR* format, FormatArgs args) {
   // The formatter tells a cut message by -1, so a cut text never gets dots.
   const auto units = length < 0 ? kMaxLogMessage : static_cast<std::size_t>(length);
   message.bytes = static_cast<std::uint32_t>(units * sizeof(OLECHAR));
+}
+
+/// The parts must fit into a message.
+void writeTrace(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
+                std::initializer_list<std::u16string_view> parts) {
+  StackBstr message;
+  OLECHAR* end = message.text;
+  for (const std::u16string_view part : parts) end = std::copy(part.begin(), part.end(), end);
+  *end = 0;
+  message.bytes = static_cast<std::uint32_t>((end - message.text) * sizeof(OLECHAR));
+  logger->WriteLog(appId, logModuleName(), QXLoggerLib::sl_Debug2, function, message.text);
 }
 
 }  // namespace
@@ -61,6 +73,29 @@ long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& 
     return logger->WriteLog(appId, logModuleName(), level, function, message.text);
   } catch (...) {
     return S_OK;  // the message is lost, the caller goes on
+  }
+}
+
+void writeEnteringLine(QXLoggerLib::IQXLogger* logger, long appId,
+                       const _bstr_t& function) noexcept {
+  if (logger == nullptr) return;
+  try {
+    writeTrace(logger, appId, function, {u"Entering function\n"});
+  } catch (...) {
+    // The line is lost, the caller goes on.
+  }
+}
+
+void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
+                      long result) noexcept {
+  if (logger == nullptr) return;
+  try {
+    const std::u16string_view name = resultName(result);
+    const std::u16string number = name.empty() ? resultText(result) : std::u16string();
+    writeTrace(logger, appId, function,
+               {u"Leaving function [", name.empty() ? number : name, u"]\n"});
+  } catch (...) {
+    // The line is lost, the caller goes on.
   }
 }
 

@@ -21,6 +21,9 @@
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/logging/qx_logger.h"
 
+#include <type_traits>
+#include <utility>
+
 class IXMLDOMNode;
 
 namespace qx {
@@ -41,6 +44,13 @@ QX_API long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _b
                             QXLoggerLib::HvSeverityLevel level, const OLECHAR* format,
                             FormatArgs args) noexcept;
 
+/// The lines of a scope at its start and end, which most scopes write and most settings do not
+/// record: level Debug2 without the formatter. The latter has the name of the result.
+QX_API void writeEnteringLine(QXLoggerLib::IQXLogger* logger, long appId,
+                              const _bstr_t& function) noexcept;
+QX_API void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
+                             long result) noexcept;
+
 /// Writes the sentence for `code` into a buffer of 1024 units.
 QX_API void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]);
 /// Shows a modal error box of the system; see CLogBase::ErrorBox.
@@ -59,12 +69,12 @@ template <class T>
 class QX_API CLogBase {
  public:
   /// With `quiet` neither the entering nor the leaving line is written.
-  CLogBase(const _bstr_t& function, long appId, bool quiet)
+  CLogBase(_bstr_t function, long appId, bool quiet)
       : m_lAppId(appId),
-        m_bstrFunction(function),
+        m_bstrFunction(std::move(function)),
         m_bQuiet(quiet),
         ptrQXLogger(qx::createLogger()) {
-    if (!m_bQuiet) LogDbg2(u"Entering function\n");
+    if (!m_bQuiet) qx::writeEnteringLine(ptrQXLogger, m_lAppId, m_bstrFunction);
   }
 
   template <class... Args>
@@ -141,18 +151,18 @@ class QX_API CLogBase {
 template <class T>
 class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
  public:
-  CReturnValue(const _bstr_t& function, T initial, long appId, bool quiet = false)
-      : CLogBase<CReturnValue<T>>(function, appId, quiet), m_value(initial) {
+  CReturnValue(_bstr_t function, T initial, long appId, bool quiet = false)
+      : CLogBase<CReturnValue<T>>(std::move(function), appId, quiet), m_value(initial) {
     *this = m_value;
   }
   CReturnValue(const CReturnValue&) = default;
   CReturnValue& operator=(const CReturnValue&) = default;
   ~CReturnValue() {
     if (this->m_bQuiet) return;
-    try {
-      this->LogDbg2(u"Leaving function [%s]\n", qx::printableValue(m_value));
-    } catch (...) {
-      // A value that cannot be printed costs its line, never the function.
+    if constexpr (std::is_same_v<T, long>) {
+      qx::writeLeavingLine(this->ptrQXLogger, this->m_lAppId, this->m_bstrFunction, m_value);
+    } else {
+      WriteLeavingLine();
     }
   }
 
@@ -171,14 +181,22 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
   }
 
  private:
+  void WriteLeavingLine() {
+    try {
+      this->LogDbg2(u"Leaving function [%s]\n", qx::printableValue(m_value));
+    } catch (...) {
+      // A value that cannot be printed costs its line, never the function.
+    }
+  }
+
   T m_value;
 };
 
 template <>
 class QX_API CReturnValue<void> : public CLogBase<CReturnValue<void>> {
  public:
-  CReturnValue(const _bstr_t& function, long appId, bool quiet = false)
-      : CLogBase<CReturnValue<void>>(function, appId, quiet) {}
+  CReturnValue(_bstr_t function, long appId, bool quiet = false)
+      : CLogBase<CReturnValue<void>>(std::move(function), appId, quiet) {}
   CReturnValue(const CReturnValue&) = default;
   CReturnValue& operator=(const CReturnValue&) = default;
   ~CReturnValue() {

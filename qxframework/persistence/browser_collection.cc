@@ -1,6 +1,6 @@
 #include "qxframework/persistence/browser_collection.h"
 
-#include "qxframework/persistence/value_lookup.h"
+#include "qxframework/persistence/internal/value_lookup.h"
 
 namespace Persistence {
 

@@ -1,13 +1,23 @@
 #include "qxframework/persistence/collection_proxy.h"
 
 #include "qxframework/logging/function_log.h"
+#include "qxframework/persistence/internal/persistent_collection.h"
+#include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/internal/proxy_parts.h"
+#include "qxframework/persistence/internal/value_lookup.h"
 #include "qxframework/persistence/persistence_exception.h"
-#include "qxframework/persistence/persistent_collection.h"
-#include "qxframework/persistence/persistent_object.h"
-#include "qxframework/persistence/value_lookup.h"
+
+#include <utility>
 
 namespace Persistence {
+namespace {
+
+void LogNames(CReturnValue<long>& hr, const TyFieldValues& values) {
+  hr.LogDbg2(u"keys in map:");
+  for (long i = 0; i < values.GetCount(); ++i) hr.LogDbg2(u"%s", values.keyAt(i));
+}
+
+}  // namespace
 
 /// A step of the cursor, with the row read into an object or without.
 struct CQXPersistentCollectionProxy::Step {
@@ -143,13 +153,11 @@ long CQXPersistentCollectionProxy::Navigate(const Step& step, CQXValueContainer&
   }
   hr = (collection.*step.move)();
   if (hr != 0) return hr;
-  TyFieldValues values;
-  collection.CurrentRowToMap(values);
-  if (step.logsNames) {
-    hr.LogDbg2(u"keys in map:");
-    for (long i = 0; i < values.GetCount(); ++i) hr.LogDbg2(u"%s", values.keyAt(i));
-  }
-  MapToContainer(values, container);
+  Row row = std::exchange(m_Row, {});  // the record's own code may step on while it reads it
+  collection.CurrentRowToMap(row.values, row.statement);
+  if (step.logsNames) LogNames(hr, row.values);
+  MapToContainer(row.values, container);
+  m_Row = std::move(row);
   return hr;
 }
 

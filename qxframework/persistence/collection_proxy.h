@@ -5,6 +5,7 @@
 // by their keys. The company's engine decides behind it which SQL is written.
 
 #include "qxframework/persistence/browser_collection.h"
+#include "qxframework/persistence/field_values.h"
 #include "qxframework/persistence/sort_field.h"
 
 #include <memory>
@@ -99,6 +100,11 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
 
  private:
   struct Step;
+  /// With the number of the statement that it came from.
+  struct Row {
+    TyFieldValues values;
+    long statement = 0;
+  };
   /// With `check` the values must be those of the key fields in their order.
   qx_ptr<CConditions> EqualConditions(const TyFieldValues& values, bool check) const;
   std::unique_ptr<CQXPersistentObject> NewObject() const;
@@ -113,6 +119,7 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   bool m_bConnected = false;
   bool m_bLoaded = false;
   std::shared_ptr<CQXPersistenceFactory> m_pFactory;
+  Row m_Row;  // the last one, whose names the next one takes over
 };
 
 }  // namespace Persistence

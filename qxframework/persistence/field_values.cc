@@ -1,9 +1,9 @@
 #include "qxframework/persistence/field_values.h"
 
 #include "qxframework/foundation/thrown_text.h"
-#include "qxframework/persistence/variant_order.h"
+#include "qxframework/persistence/internal/variant_order.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace Persistence {
 namespace {
@@ -14,18 +14,20 @@ void checkComparable(const TyFieldValues& a, const TyFieldValues& b) {
   if (a.GetCount() != b.GetCount()) qx::throwText(u"Not compatible TyFieldvalues for comparison");
 }
 
+template <class T>
+void makeRoom(std::vector<T>& list) {
+  if (list.size() == list.capacity()) list.reserve(std::max(kUsualColumns, 2 * list.size()));
+}
+
 }  // namespace
 
 bool TyFieldValues::NameOrder::operator()(const OLECHAR* a, const OLECHAR* b) const {
   return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
 }
 
-TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept
-    : m_Values(std::move(other.m_Values)),
-      m_Names(std::move(other.m_Names)),
-      m_bMayHaveUnplaced(other.m_bMayHaveUnplaced) {
-  other.Clear();
-}
+TyFieldValues::TyFieldValues(const TyFieldValues& other) { *this = other; }
+
+TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept { *this = std::move(other); }
 
 TyFieldValues& TyFieldValues::operator=(const TyFieldValues& other) {
   if (this == &other) return *this;
@@ -38,51 +40,43 @@ TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
   if (this == &other) return *this;
   m_Values = std::move(other.m_Values);
   m_Names = std::move(other.m_Names);
-  m_bMayHaveUnplaced = other.m_bMayHaveUnplaced;
+  m_Places = std::move(other.m_Places);
   other.Clear();
-  dropUnplaced();
+  std::erase_if(m_Values, [](const auto& entry) { return entry.second.position == -1; });
   return *this;
 }
 
-/// Leaves only the names that have a position. Nothing is copied.
-void TyFieldValues::dropUnplaced() noexcept {
-  if (!m_bMayHaveUnplaced) return;
-  std::map<CComBSTR, CComVariant, NameOrder> placed;
-  for (const CComBSTR& name : m_Names) placed.insert(m_Values.extract(name));
-  m_Values = std::move(placed);
-  m_bMayHaveUnplaced = false;
-}
-
 void TyFieldValues::Add(CComBSTR name, CComVariant value) {
-  // Room first, so that nothing can fail between the two parts.
-  if (m_Names.size() == m_Names.capacity())
-    m_Names.reserve(m_Names.empty() ? kUsualColumns : 2 * m_Names.size());
-  m_Values.insert_or_assign(name, std::move(value));
+  // Room first, so that nothing can fail between the parts.
+  makeRoom(m_Names);
+  makeRoom(m_Places);
+  Entry& entry = m_Values[name];
+  entry.value = std::move(value);
+  if (entry.position == -1) entry.position = GetCount();
   m_Names.push_back(std::move(name));
+  m_Places.push_back(&entry);
 }
 
 void TyFieldValues::SetValue(CComBSTR name, CComVariant value) {
-  const bool isNew = m_Values.insert_or_assign(std::move(name), std::move(value)).second;
-  m_bMayHaveUnplaced = m_bMayHaveUnplaced || isNew;
+  m_Values[std::move(name)].value = std::move(value);
 }
 
 long TyFieldValues::FindIndex(const OLECHAR* name) const {
-  if (!contains(name)) return -1;
-  for (std::size_t i = 0; i < m_Names.size(); ++i)
-    if (VarBstrCmp(m_Names[i], name, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ)
-      return static_cast<long>(i);
-  qx::throwText("internal unknown error");
+  const auto found = m_Values.find(name);
+  if (found == m_Values.end()) return -1;
+  if (found->second.position == -1) qx::throwText("internal unknown error");
+  return found->second.position;
 }
 
 void TyFieldValues::Clear() {
   m_Values.clear();
   m_Names.clear();
-  m_bMayHaveUnplaced = false;
+  m_Places.clear();
 }
 
 const CComVariant* TyFieldValues::find(const OLECHAR* name) const {
   const auto found = m_Values.find(name);
-  return found == m_Values.end() ? nullptr : &found->second;
+  return found == m_Values.end() ? nullptr : &found->second.value;
 }
 
 const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {

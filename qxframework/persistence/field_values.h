@@ -9,17 +9,17 @@
 #include "qxframework/automation/variant.h"
 
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace Persistence {
 
 struct QX_API TyFieldValues {
   TyFieldValues() = default;
-  TyFieldValues(const TyFieldValues& other) = default;
-  /// Leaves `other` empty.
+  /// Copies and moves take what `other` has at its positions, in their order, and nothing that has
+  /// no position. A move leaves `other` empty.
+  TyFieldValues(const TyFieldValues& other);
   TyFieldValues(TyFieldValues&& other) noexcept;
-  /// Takes what `other` has at its positions, in their order, and nothing that has no position. The
-  /// second form leaves `other` empty.
   TyFieldValues& operator=(const TyFieldValues& other);
   TyFieldValues& operator=(TyFieldValues&& other) noexcept;
   ~TyFieldValues() = default;
@@ -33,12 +33,18 @@ struct QX_API TyFieldValues {
   const CComBSTR& keyAt(long position) const {
     return m_Names.at(static_cast<std::size_t>(position));
   }
-  const CComVariant& valueAt(long position) const { return (*this)[keyAt(position)]; }
+  const CComVariant& valueAt(long position) const {
+    return m_Places.at(static_cast<std::size_t>(position))->value;
+  }
 
   /// Sets the value and gives the name the next position. A name that was there has two then.
   void Add(CComBSTR name, CComVariant value);
   /// Sets the value only; for a name that is there.
   void SetValue(CComBSTR name, CComVariant value);
+  /// The same for the name at a position that is there.
+  void SetValueAt(long position, CComVariant value) {
+    m_Places.at(static_cast<std::size_t>(position))->value = std::move(value);
+  }
   /// The first position of the name; -1 if it has no value. Throws the `char*` "internal unknown
   /// error" for a name that got its value by SetValue alone.
   long FindIndex(const OLECHAR* name) const;
@@ -64,12 +70,15 @@ struct QX_API TyFieldValues {
     using is_transparent = void;
     bool operator()(const OLECHAR* a, const OLECHAR* b) const;
   };
+  /// With the first position of the name, -1 if it has none.
+  struct Entry {
+    CComVariant value;
+    long position = -1;
+  };
 
-  void dropUnplaced() noexcept;
-
-  std::map<CComBSTR, CComVariant, NameOrder> m_Values;
-  std::vector<CComBSTR> m_Names;
-  bool m_bMayHaveUnplaced = false;  // names that SetValue alone brought in
+  std::map<CComBSTR, Entry, NameOrder> m_Values;
+  std::vector<CComBSTR> m_Names;  // by position
+  std::vector<Entry*> m_Places;   // by position, into the map, whose entries stay where they are
 };
 
 /// A row: its key, and the rest of it.

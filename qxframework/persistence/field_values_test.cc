@@ -87,6 +87,44 @@ TEST(FieldValues, NamesThatTheUsersLocaleTakesForOneAreOne) {
   EXPECT_EQ(values.GetValueAt(0).lVal, 2);
 }
 
+TEST(FieldValues, EachPositionKeepsTheSpellingOfItsName) {
+  TyFieldValues values;
+  values.Add(u"caf\u00E9", 1);
+  values.Add(u"Code", 2);
+  values.Add(u"cafe\u0301", 3);
+  EXPECT_EQ(values.GetKeyAt(0).View(), u"caf\u00E9");
+  EXPECT_EQ(values.GetKeyAt(2).View(), u"cafe\u0301");
+  EXPECT_EQ(values.GetValueAt(0).lVal, 3);
+  EXPECT_EQ(values.GetValueAt(2).lVal, 3);
+  EXPECT_EQ(values.FindIndex(u"cafe\u0301"), 0);
+}
+
+TEST(FieldValues, APlainNameMayEqualOneThatIsNot) {
+  TyFieldValues values;
+  values.Add(u"Co\u200Dde", 1);  // a sign that no order counts
+  EXPECT_EQ(values.FindIndex(u"Code"), 0);
+  values.Add(u"Code", 2);
+  EXPECT_EQ(values.FindIndex(u"Code"), 0);
+  EXPECT_EQ(values.GetValueAt(0).lVal, 2);
+}
+
+TEST(FieldValues, NamesEndAtTheirFirstZero) {
+  TyFieldValues values;
+  values.Add(std::u16string_view(u"Code\0x", 6), 1);
+  EXPECT_EQ(values.FindIndex(u"Code"), 0);
+  EXPECT_EQ(values[u"Code"].lVal, 1);
+}
+
+TEST(FieldValues, AValueIsSetByPositionForAllPositionsOfItsName) {
+  TyFieldValues values = twoFields();
+  values.Add(u"Name", u"Screw");
+  values.SetValueAt(1, u"B");
+  values.SetValueAt(2, u"Bolt");
+  EXPECT_EQ(text(values.GetValueAt(0)), u"Bolt");
+  EXPECT_EQ(text(values[u"Code"]), u"B");
+  EXPECT_THROW(values.SetValueAt(3, 1), std::out_of_range);
+}
+
 TEST(FieldValues, SetValueChangesTheValueAndNoPosition) {
   TyFieldValues values = twoFields();
   values.SetValue(u"Code", u"B");
@@ -107,6 +145,18 @@ TEST(FieldValues, ANameSetOnlyHasAValueAndNoPosition) {
   } catch (char* thrown) {
     EXPECT_STREQ(thrown, "internal unknown error");
   }
+}
+
+TEST(FieldValues, ANameSetOnlyGetsItsPositionWhenItIsAdded) {
+  TyFieldValues values;
+  values.SetValue(u"Code", 1);
+  values.SetValue(u"Name", 2);
+  values.SetValue(u"Code", 3);
+  EXPECT_EQ(values[u"Code"].lVal, 3);
+  values.Add(u"Code", 4);
+  EXPECT_EQ(values.FindIndex(u"Code"), 0);
+  EXPECT_EQ(values[u"Code"].lVal, 4);
+  EXPECT_EQ(values[u"Name"].lVal, 2);
 }
 
 TEST(FieldValues, LookUpOfAMissingNameThrowsAPlainText) {
@@ -219,14 +269,15 @@ TEST(FieldValues, AssignmentOfAMovedMapLeavesOutNamesWithoutAPosition) {
   EXPECT_FALSE(source.contains(u"Hidden"));  // NOLINT(bugprone-use-after-move)
 }
 
-TEST(FieldValues, ANameWithoutAPositionThatWasMovedAlongIsLeftOutByTheNextAssignment) {
+TEST(FieldValues, ACopyOrAMovedMapLeavesOutNamesWithoutAPositionToo) {
   TyFieldValues source = twoFields();
   source.SetValue(u"Hidden", 1);
-  TyFieldValues moved(std::move(source));
-  EXPECT_TRUE(moved.contains(u"Hidden"));
-  TyFieldValues target;
-  target = std::move(moved);
-  EXPECT_FALSE(target.contains(u"Hidden"));
+  const TyFieldValues copy(source);
+  EXPECT_FALSE(copy.contains(u"Hidden"));
+  EXPECT_TRUE(source.contains(u"Hidden"));
+  const TyFieldValues moved(std::move(source));
+  EXPECT_FALSE(moved.contains(u"Hidden"));
+  EXPECT_EQ(moved.GetCount(), 2);
 }
 
 TEST(FieldValues, AMapMovedToItselfIsKept) {

@@ -1,7 +1,7 @@
 #include "qxframework/persistence/link_criteria.h"
 
-#include "qxframework/persistence/field_names.h"
-#include "qxframework/persistence/variant_order.h"
+#include "qxframework/persistence/internal/field_names.h"
+#include "qxframework/persistence/internal/variant_order.h"
 
 namespace Persistence {
 

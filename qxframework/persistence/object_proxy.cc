@@ -1,8 +1,8 @@
 #include "qxframework/persistence/object_proxy.h"
 
+#include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/internal/proxy_parts.h"
 #include "qxframework/persistence/persistence_exception.h"
-#include "qxframework/persistence/persistent_object.h"
 
 namespace Persistence {
 

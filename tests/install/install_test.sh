@@ -14,6 +14,11 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 "$cmake" --install "$build" --prefix "$place/prefix" >"$place/install.log" ||
   { cat "$place/install.log"; fail "the installation"; }
 
+# Headers of the framework's own classes and of its tests are none of an add-on's business.
+inner=$(find "$place/prefix" -path '*/internal/*' -o -path '*/testing/*' -o -name '*_fixture.h' \
+  -o -name '*_test*.h')
+[ -z "$inner" ] || fail "headers that are not for add-ons: $inner"
+
 # The tree must not be needed: what the add-on finds, it finds below the prefix.
 cp -r "$addon" "$place/addon"
 "$cmake" -S "$place/addon" -B "$place/build" -G "$generator" -DCMAKE_PREFIX_PATH="$place/prefix" \

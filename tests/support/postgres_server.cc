@@ -59,9 +59,19 @@ void handOver(const fs::path& path, const Account& account) {
   if (lchown(path.c_str(), account.user, account.group) != 0) cannot("chown " + path.string());
 }
 
+/// Databases are made by the dozen, which a file system in memory does several times as fast; it
+/// takes a few hundred megabytes of it.
+bool isInMemoryWithRoom(const fs::path& folder) {
+  constexpr std::uintmax_t kRoom = 4ULL << 30;
+  std::error_code error;
+  const fs::space_info space = fs::space(folder, error);
+  return !error && space.available >= kRoom && access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
 fs::path temporaryFolder() {
   // A socket's path has 107 characters at most.
   fs::path parent = fs::temp_directory_path();
+  if (isInMemoryWithRoom("/dev/shm")) parent = "/dev/shm";
   if (parent.string().size() > 60) parent = "/tmp";
   std::string name = (parent / "qx_pg_XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) cannot("no temporary folder");

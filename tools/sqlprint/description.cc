@@ -1,6 +1,7 @@
 #include "tools/sqlprint/description.h"
 
 #include "tools/sqlprint/statement_reader.h"
+#include "tools/sqlprint/statement_warnings.h"
 
 #include <algorithm>
 
@@ -31,9 +32,12 @@ class DescriptionReader {
     for (const NamedKind& each : kKinds) known.emplace_back(each.name);
     nodes_.checkKeys(root, "the file", known);
     Description description;
-    for (const Entry& entry : entriesOf(root))
-      description.statements.push_back(
-          readStatement(nodes_, entry.kind, *entry.table, description.warnings));
+    for (const Entry& entry : entriesOf(root)) {
+      Statement statement = readStatement(nodes_, entry.kind, *entry.table);
+      for (std::string& warning : warningsOf(nodes_, *entry.table, statement))
+        description.warnings.push_back(std::move(warning));
+      description.statements.push_back(std::move(statement));
+    }
     if (description.statements.empty())
       nodes_.refuse(root.source(), "the file has no statement",
                     "write one, like [select]; qxdesk sql --example prints a whole file");

@@ -1,4 +1,4 @@
-// What a description may not say, each with its place, and what is only warned of.
+// What a description may not say, each with its place.
 
 #include "tools/sqlprint/description.h"
 
@@ -154,15 +154,22 @@ const Refused kConditions[] = {
      "f:4:43: error: 'open' is out of range; write a whole number from 0 to 100"},
     {"BracketNeverClosed",
      where("{ field = \"A\", value = 1, open = 2 },\n{ field = \"B\", value = 1, close = 1 }"),
-     "f:4:10: error: condition 1 (A) opens a bracket that is never closed; lower its 'open' or "
+     "f:4:10: error: condition 1, on 'A', opens a bracket that is never closed; lower its 'open' "
+     "or "
      "raise a 'close' behind it"},
     {"BracketNeverOpened",
      where("{ field = \"A\", value = 1 },\n{ field = \"B\", value = 1, close = 1 }"),
-     "f:5:1: error: condition 2 (B) closes a bracket that is not open; lower its 'close' or raise "
+     "f:5:1: error: condition 2, on 'B', closes a bracket that is not open; lower its 'close' or "
+     "raise "
      "an 'open' ahead of it"},
+    {"BracketOfAFieldWithControlCharacters",
+     where("{ field = \"A\\u001b[2J\", value = 1, open = 1 }"),
+     "f:4:10: error: condition 1, on 'A?[2J', opens a bracket that is never closed; lower its "
+     "'open' or raise a 'close' behind it"},
     {"BracketClosedAheadOfItsOpening",
      where("{ field = \"A\", value = 1, close = 1 }, { field = \"B\", value = 1, open = 1 }"),
-     "f:4:10: error: condition 1 (A) closes a bracket that is not open; lower its 'close' or raise "
+     "f:4:10: error: condition 1, on 'A', closes a bracket that is not open; lower its 'close' or "
+     "raise "
      "an 'open' ahead of it"}};
 INSTANTIATE_TEST_SUITE_P(Conditions, RefusedDescription, testing::ValuesIn(kConditions),
                          test::nameOf<Refused>);
@@ -267,37 +274,6 @@ const Refused kByTheLayer[] = {
      "refuses this, so change it"}};
 INSTANTIATE_TEST_SUITE_P(ByTheLayer, RefusedDescription, testing::ValuesIn(kByTheLayer),
                          test::nameOf<Refused>);
-
-std::vector<std::string> warningsOf(const std::string& toml) {
-  return readDescription("f", toml).warnings;
-}
-
-TEST(Warnings, TellOfFieldsThatAreNotSelected) {
-  EXPECT_EQ(warningsOf(kSelect + "fields = [\"A\"]\n"),
-            std::vector<std::string>{"f:4:10: warning: the fields are not selected, since a "
-                                     "collection fetches keys only unless told otherwise; add "
-                                     "keys-only = false"});
-  EXPECT_TRUE(warningsOf(kSelect + "fields = [\"A\"]\nkeys-only = false\n").empty());
-}
-
-TEST(Warnings, TellOfBracketsThatAreNotWritten) {
-  const std::string bracketed = "where = [{ field = \"A\", value = 1, open = 1, close = 1 }]\n";
-  EXPECT_EQ(warningsOf("[load]\ntable = \"T\"\n" + bracketed),
-            std::vector<std::string>{"f:3:10: warning: the layer writes no brackets in [load]; "
-                                     "give the conditions an order that needs none"});
-  EXPECT_EQ(warningsOf(kUpdate + bracketed),
-            std::vector<std::string>{"f:4:10: warning: the layer writes no brackets in [update]; "
-                                     "give the conditions an order that needs none"});
-  EXPECT_TRUE(warningsOf(kSelect + bracketed).empty());
-}
-
-TEST(Warnings, TellOfABracketOnTheWrongSideOfAnd) {
-  EXPECT_EQ(warningsOf("[delete]\ntable = \"T\"\nwhere = [{ field = \"A\", value = 1, open = 1, "
-                       "close = 1 },\n{ field = \"B\", value = 1, open = 1, close = 1 }]\n"),
-            std::vector<std::string>{
-                "f:4:1: warning: in [delete] the layer writes the bracket in front of AND and OR, "
-                "which no engine takes; give the conditions an order that needs none"});
-}
 
 TEST(Description, TakesKindsAndKeysInTheOrderOfTheFile) {
   const Description read = readDescription("f", R"(

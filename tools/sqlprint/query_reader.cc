@@ -81,10 +81,10 @@ Condition readCondition(const NodeReader& nodes, const toml::table& table) {
 [[noreturn]] void refuseBracket(const std::vector<Condition>& conditions, std::size_t index,
                                 const std::string& problem, const std::string& remedy) {
   const Condition& condition = conditions[index];
-  throw Diagnostic(
-      condition.place,
-      "condition " + std::to_string(index + 1) + " (" + toUtf8(condition.field) + ") " + problem,
-      remedy);
+  throw Diagnostic(condition.place,
+                   "condition " + std::to_string(index + 1) + ", on " +
+                       quoted(toUtf8(condition.field)) + ", " + problem,
+                   remedy);
 }
 
 void checkBrackets(const std::vector<Condition>& conditions) {

@@ -2,7 +2,6 @@
 
 #include "qxframework/automation/text.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace qx::sqlprint {
@@ -36,7 +35,7 @@ class StatementReader {
     statement_.place = nodes.at(table.source());
   }
 
-  Statement read(std::vector<std::string>& warnings) {
+  Statement read() {
     nodes_.checkKeys(table_, what_, keysOf(statement_.kind));
     readTable();
     if (statement_.kind == Kind::chooseList) {
@@ -45,7 +44,6 @@ class StatementReader {
       readQuery();
       readValues();
     }
-    warn(warnings);
     return std::move(statement_);
   }
 
@@ -153,29 +151,6 @@ class StatementReader {
     if (const toml::node* node = find("where")) statement_.whereText = nodes_.text(*node, "where");
   }
 
-  void warn(std::vector<std::string>& warnings) const {
-    const auto add = [&](const Location& place, const std::string& text) {
-      warnings.push_back(place.file + ":" + std::to_string(place.line) + ":" +
-                         std::to_string(place.column) + ": warning: " + text);
-    };
-    if (statement_.kind == Kind::select && statement_.keysOnly && !statement_.fields.empty())
-      add(nodes_.at(find("fields")->source()),
-          "the fields are not selected, since a collection fetches keys only unless told "
-          "otherwise; add keys-only = false");
-    if (!statement_.where) return;
-    const bool leavesOut = statement_.kind == Kind::load || statement_.kind == Kind::update;
-    for (std::size_t i = 0; i < statement_.where->size(); ++i) {
-      const Condition& condition = (*statement_.where)[i];
-      if (leavesOut && condition.open + condition.close > 0)
-        add(condition.place, "the layer writes no brackets in " + what_ +
-                                 "; give the conditions an order that needs none");
-      if (statement_.kind == Kind::remove && i > 0 && condition.open > 0)
-        add(condition.place,
-            "in [delete] the layer writes the bracket in front of AND and OR, which no engine "
-            "takes; give the conditions an order that needs none");
-    }
-  }
-
   const NodeReader& nodes_;
   const toml::table& table_;
   std::string what_;
@@ -184,9 +159,8 @@ class StatementReader {
 
 }  // namespace
 
-Statement readStatement(const NodeReader& nodes, Kind kind, const toml::table& table,
-                        std::vector<std::string>& warnings) {
-  return StatementReader(nodes, table, kind).read(warnings);
+Statement readStatement(const NodeReader& nodes, Kind kind, const toml::table& table) {
+  return StatementReader(nodes, table, kind).read();
 }
 
 }  // namespace qx::sqlprint

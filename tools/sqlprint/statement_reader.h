@@ -5,9 +5,8 @@
 
 namespace qx::sqlprint {
 
-/// Reads one statement's table. What the layer will not write gets a warning.
-Statement readStatement(const NodeReader& nodes, Kind kind, const toml::table& table,
-                        std::vector<std::string>& warnings);
+/// Reads one statement's table.
+Statement readStatement(const NodeReader& nodes, Kind kind, const toml::table& table);
 
 /// "=" and the like; EQUAL if there is no `is`.
 Persistence::HvConditionOperation readOperation(const NodeReader& nodes, const toml::table& table);

@@ -3,10 +3,10 @@
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/engine_sql.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
+#include "qxframework/persistence/internal/persistent_collection.h"
+#include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/persistence_exception.h"
-#include "qxframework/persistence/persistence_factory.h"
-#include "qxframework/persistence/persistent_collection.h"
-#include "qxframework/persistence/persistent_object.h"
 
 #include <memory>
 
@@ -169,6 +169,22 @@ std::vector<std::u16string> statementTexts(const Statement& statement, DbServerT
     for (const CComBSTR& text : textsOf(statement, serverType)) texts.emplace_back(text.View());
     return texts;
   });
+}
+
+std::vector<std::size_t> skippedKeyValues(const Statement& statement) {
+  std::vector<std::size_t> skipped;
+  if (statement.keyValues.empty()) return skipped;
+  // The engine plays no part in it.
+  const auto written = objectFor(statement, kMssql)->KeyColumns(fieldValuesOf(statement.keyValues));
+  auto next = written.begin();
+  for (std::size_t i = 0; i < statement.keyValues.size(); ++i) {
+    if (next != written.end() && next->position == static_cast<long>(i)) {
+      ++next;
+    } else {
+      skipped.push_back(i);
+    }
+  }
+  return skipped;
 }
 
 }  // namespace qx::sqlprint

@@ -22,4 +22,7 @@ inline constexpr std::array<Engine, 4> kEngines{
 /// the layer's own text.
 std::vector<std::u16string> statementTexts(const Statement& statement, DbServerType serverType);
 
+/// The positions of the key values that the layer leaves out of an update.
+std::vector<std::size_t> skippedKeyValues(const Statement& statement);
+
 }  // namespace qx::sqlprint

@@ -17,14 +17,6 @@ using qxrc::Diagnostic;
 
 constexpr int kMostKeyParts = 16;
 
-// Control characters, which a key in quotes may hold, do not reach the terminal.
-std::string quoted(std::string_view name) {
-  std::string shown(name);
-  for (char& unit : shown)
-    if (static_cast<unsigned char>(unit) < 0x20 || unit == 0x7F) unit = '?';
-  return "'" + shown + "'";
-}
-
 void checkUtf8(const std::string& file, std::string_view content) {
   std::size_t line = 1;
   for (std::size_t start = 0; start <= content.size(); ++line) {
@@ -142,6 +134,13 @@ std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::
     return a.first->source().begin < b.first->source().begin;
   });
   return entries;
+}
+
+std::string quoted(std::string_view name) {
+  std::string shown(name);
+  for (char& unit : shown)
+    if (static_cast<unsigned char>(unit) < 0x20 || unit == 0x7F) unit = '?';
+  return "'" + shown + "'";
 }
 
 void NodeReader::refuseType(const toml::node& node, std::string_view name,

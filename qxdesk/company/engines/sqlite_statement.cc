@@ -10,6 +10,26 @@ namespace {
   throw DatabaseError(faultOf(sqlite3_extended_errcode(db)), sqlite3_errmsg(db));
 }
 
+Storage storageOf(int sqliteType) {
+  switch (sqliteType) {
+    case SQLITE_NULL:
+      return Storage::Null;
+    case SQLITE_INTEGER:
+      return Storage::Integer;
+    case SQLITE_FLOAT:
+      return Storage::Real;
+    default:
+      return Storage::Text;
+  }
+}
+
+std::string_view textOf(sqlite3_value* value) {
+  const unsigned char* text = sqlite3_value_text(value);
+  if (text == nullptr) return {};
+  return {reinterpret_cast<const char*>(text),
+          static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
 class SqliteRows final : public Statement {
  public:
   SqliteRows(sqlite3* db, sql::SqliteStatement statement)
@@ -46,16 +66,7 @@ class SqliteRows final : public Statement {
     return declaration == nullptr ? sql::ColumnType::Unknown : sql::typeOfDeclaration(declaration);
   }
   Storage storage(int column) const override {
-    switch (sqlite3_column_type(statement_.get(), column)) {
-      case SQLITE_NULL:
-        return Storage::Null;
-      case SQLITE_INTEGER:
-        return Storage::Integer;
-      case SQLITE_FLOAT:
-        return Storage::Real;
-      default:
-        return Storage::Text;
-    }
+    return storageOf(sqlite3_column_type(statement_.get(), column));
   }
   std::int64_t integer(int column) const override {
     return sqlite3_column_int64(statement_.get(), column);
@@ -66,6 +77,16 @@ class SqliteRows final : public Statement {
     if (text == nullptr) return {};
     return {reinterpret_cast<const char*>(text),
             static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+  }
+  // The value itself may be read since no other thread uses the connection.
+  StoredValue value(int column) const override {
+    sqlite3_value* const cell = sqlite3_column_value(statement_.get(), column);
+    StoredValue value;
+    value.storage = storageOf(sqlite3_value_type(cell));
+    if (value.storage == Storage::Integer) value.integer = sqlite3_value_int64(cell);
+    if (value.storage == Storage::Real) value.real = sqlite3_value_double(cell);
+    if (value.storage == Storage::Text) value.text = textOf(cell);
+    return value;
   }
 
  private:

@@ -3,7 +3,7 @@
 // What both proxies do alike with their factory: take what it makes, and give a new one its table.
 
 #include "qxframework/automation/com_error.h"
-#include "qxframework/persistence/persistence_factory.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
 
 #include <memory>
 

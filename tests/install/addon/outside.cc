@@ -12,6 +12,8 @@
 
 #include <iostream>
 
+bool recordsRefuseWithoutACompany();
+
 namespace {
 
 class Handler : public CQXIDispatch {
@@ -54,6 +56,7 @@ class AddOn : public CQXAddOn {
 }  // namespace
 
 int main(int, char** argv) {
+  if (!recordsRefuseWithoutACompany()) return 2;
   AddOn addOn(qx::toUtf16(argv[1]), u"OUTSIDE", u"");
   return addOn.Connect(1) == 0 && addOn.GetEventSink() != nullptr ? 0 : 1;
 }

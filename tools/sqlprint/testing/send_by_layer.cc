@@ -1,9 +1,9 @@
 // The calls by which an add-on's classes have a statement run.
 
 #include "qxframework/host/company.h"
-#include "qxframework/persistence/persistence_factory.h"
-#include "qxframework/persistence/persistent_collection.h"
-#include "qxframework/persistence/persistent_object.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
+#include "qxframework/persistence/internal/persistent_collection.h"
+#include "qxframework/persistence/internal/persistent_object.h"
 #include "tools/sqlprint/testing/random_statement.h"
 
 #include <memory>

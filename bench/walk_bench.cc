@@ -1,0 +1,121 @@
+// Walking a table with a collection proxy, Load included: beside SQLite's C interface that copies
+// the same cells into the same kind of map, beside SOCI's dynamic rows, and for ten times the rows.
+
+#include "bench/bench_company.h"
+#include "bench/measure.h"
+#include "bench/run_bench.h"
+#include "bench/walk_peers.h"
+#include "qxframework/automation/text.h"
+#include "qxframework/persistence/collection_proxy.h"
+#include "qxframework/persistence/condition.h"
+#include "qxframework/persistence/value_container.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+namespace {
+
+using Persistence::CConditions;
+
+constexpr int kRounds = 15;
+constexpr int kRows = 100'000;
+constexpr int kManyRows = 1'000'000;
+
+struct Sum : Persistence::CQXValueContainer {
+  long value = 0;
+};
+
+class Rows : public Persistence::CQXPersistentCollectionProxy {
+ public:
+  void MapToContainer(const Persistence::TyFieldValues& values,
+                      Persistence::CQXValueContainer& container) override {
+    static_cast<Sum&>(container).value += qx::bench::small(values);
+  }
+  void ContainerToMap(const Persistence::CQXValueContainer&, Persistence::TyFieldValues&) override {
+  }
+};
+
+long walkOurs(const CComPtr<ICompany>& company, const OLECHAR* table) {
+  Rows rows;
+  rows.Connect(company, table, true);
+  rows.SetKeysOnly(false);
+  rows.SetFields(qx::bench::kColumns);
+  rows.Load({u"Code"}, qx_ptr<CConditions>());
+  Sum sum;
+  for (long result = rows.First(sum); result == 0;) result = rows.Next(sum);
+  return sum.value;
+}
+
+std::string selectText(const qx::bench::BenchCompany& bench) {
+  std::vector<std::u16string> statements;
+  walkOurs(qx::bench::recordStatements(bench.company(), statements), u"@EMPTY");
+  const std::string sql = qx::bench::translated(bench.file(), statements.at(0));
+  std::printf("SELECT: %s\n     -> %s\n", qx::toUtf8(statements.at(0)).c_str(), sql.c_str());
+  return sql;
+}
+
+// Megabytes that the process holds at most since resetPeak.
+double peakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);)
+    if (line.starts_with("VmHWM:")) return std::atof(line.c_str() + 6) / 1024;
+  return 0;
+}
+
+void resetPeak() { std::ofstream("/proc/self/clear_refs") << 5; }
+
+void print(const char* what, double seconds, int rows) {
+  std::printf("%s: %.1f ms, %.0f ns a row\n", what, seconds * 1e3, seconds / rows * 1e9);
+}
+
+void require(long sum, long expected) {
+  if (sum != expected)
+    throw std::runtime_error("a walk has read a sum of " + std::to_string(sum) + " where " +
+                             std::to_string(expected) + " was written");
+}
+
+double walkMany(const qx::bench::BenchCompany& bench, double few) {
+  qx::bench::fillTable(bench.file(), "MANY", kManyRows);
+  resetPeak();
+  const double before = peakMemory();
+  double many = 1e9;
+  for (int round = 0; round < 2; ++round)
+    many = std::min(many, qx::bench::seconds([&] { walkOurs(bench.company(), u"@MANY"); }));
+  print("1,000,000 rows", many, kManyRows);
+  std::printf("memory: %.0f MB before, %.0f MB at most\n", before, peakMemory());
+  return many / (kManyRows / kRows * few);
+}
+
+void measure() {
+  const qx::bench::BenchCompany bench;
+  for (const OLECHAR* table : {u"EMPTY", u"FEW", u"MANY"})
+    qx::bench::makeTable(bench.company(), table);
+  qx::bench::fillTable(bench.file(), "FEW", kRows);
+  std::string sql = selectText(bench);
+  sql.replace(sql.find("EMPTY"), 5, "FEW");
+
+  long expected = 0;
+  for (int i = 0; i < kRows; ++i) expected += i % 1000;
+  const auto ours = [&] { require(walkOurs(bench.company(), u"@FEW"), expected); };
+  const auto besideSqlite = qx::bench::compare(
+      kRounds, ours, [&] { require(qx::bench::walkSqlite(bench.file(), sql), expected); });
+  const auto besideSoci = qx::bench::compare(
+      kRounds, ours, [&] { require(qx::bench::walkSoci(bench.file(), sql), expected); });
+  const double sociIntoMap =
+      qx::bench::compare(
+          kRounds, [] {}, [&] { require(qx::bench::walkSociIntoMap(bench.file(), sql), expected); })
+          .peer;
+  const double few = std::min(besideSqlite.ours, besideSoci.ours);
+  print("ours", few, kRows);
+  print("SQLite into the map", besideSqlite.peer, kRows);
+  print("SOCI", besideSoci.peer, kRows);
+  print("SOCI into the map", sociIntoMap, kRows);
+  qx::bench::printRatio("walk-sqlite", besideSqlite.ratio());
+  qx::bench::printRatio("walk-soci", besideSoci.ratio());
+  qx::bench::printRatio("walk-growth", walkMany(bench, few));
+}
+
+}  // namespace
+
+int main() { return qx::bench::run(measure); }

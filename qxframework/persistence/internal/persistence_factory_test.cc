@@ -1,0 +1,105 @@
+#include "qxframework/persistence/internal/persistence_factory.h"
+
+#include "qxframework/persistence/internal/dialect_classes.h"
+#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/persistence/testing/scripted_company.h"
+
+namespace Persistence {
+namespace {
+
+using namespace qx::test;
+
+template <class Object, class Collection>
+void expectClasses(CQXPersistenceFactory& factory) {
+  const std::unique_ptr<CQXPersistentObject> object(factory.CreatePersistentObject());
+  EXPECT_NE(dynamic_cast<Object*>(object.get()), nullptr);
+  const std::unique_ptr<CQXPersistentCollection> collection(factory.CreatePersistentCollection());
+  EXPECT_NE(dynamic_cast<Collection*>(collection.get()), nullptr);
+}
+
+struct PersistenceFactory : testing::Test {
+  CComPtr<ScriptedCompany> company = makeScriptedCompany();
+  CQXPersistenceFactory factory{CComPtr<ICompany>(company)};
+};
+
+TEST_F(PersistenceFactory, TheServerTypeDecides) {
+  company->serverType = 2;
+  expectClasses<CQXPersistentObjectDB2, CQXPersistentCollectionDB2>(factory);
+  company->serverType = 3;
+  expectClasses<CQXPersistentObjectSybase, CQXPersistentCollectionSybase>(factory);
+  company->serverType = 9;
+  expectClasses<CQXPersistentObjectKORDB, CQXPersistentCollectionKORDB>(factory);
+}
+
+TEST_F(PersistenceFactory, AnyOtherServerTypeIsMssql) {
+  for (const long serverType : {1L, 0L, -1L, 4L, 8L, 10L, 2000000000L}) {
+    company->serverType = serverType;
+    expectClasses<CQXPersistentObjectMSSQL, CQXPersistentCollectionMSSQL>(factory);
+  }
+}
+
+TEST_F(PersistenceFactory, AServerTypeThatChangesYieldsAnotherDialect) {
+  company->serverType = 9;
+  const std::unique_ptr<CQXPersistentObject> first(factory.CreatePersistentObject());
+  company->serverType = 2;
+  const std::unique_ptr<CQXPersistentObject> second(factory.CreatePersistentObject());
+  EXPECT_EQ(utf8(first->GetSQLTableName(u"@T")), "\"@T\"");
+  EXPECT_EQ(utf8(second->GetSQLTableName(u"@T")), "@T");
+}
+
+TEST_F(PersistenceFactory, EachObjectHasARecordSetOfItsOwn) {
+  const std::unique_ptr<CQXPersistentObject> first(factory.CreatePersistentObject());
+  const std::unique_ptr<CQXPersistentCollection> second(factory.CreatePersistentCollection());
+  EXPECT_EQ(company->recordsets, 2);
+  EXPECT_NE(first->GetRecordSet().p, second->GetRecordSet().p);
+  EXPECT_EQ(first->GetCompany().p, company.p);
+}
+
+TEST_F(PersistenceFactory, AnObjectOutlivesTheFactory) {
+  std::unique_ptr<CQXPersistentObject> object;
+  {
+    CQXPersistenceFactory brief{CComPtr<ICompany>(company)};
+    object.reset(brief.CreatePersistentObject());
+  }
+  EXPECT_EQ(object->GetCompany().p, company.p);
+}
+
+TEST_F(PersistenceFactory, RefusesASecondCompanyAndLetsItGo) {
+  const auto other = makeScriptedCompany();
+  EXPECT_EQ(refusalOf([&] { factory.SetCompany(CComPtr<ICompany>(other)); }),
+            "-1: Factory is already linked to a company");
+  EXPECT_EQ(other->AddRef(), 2U);
+  other->Release();
+  const std::unique_ptr<CQXPersistentObject> object(factory.CreatePersistentObject());
+  EXPECT_EQ(object->GetCompany().p, company.p);
+}
+
+TEST_F(PersistenceFactory, TakesACompanyLater) {
+  CQXPersistenceFactory late;
+  late.SetCompany(CComPtr<ICompany>(company));
+  company->serverType = 2;
+  expectClasses<CQXPersistentObjectDB2, CQXPersistentCollectionDB2>(late);
+}
+
+TEST_F(PersistenceFactory, WithoutACompanyRaises) {
+  CQXPersistenceFactory none;
+  EXPECT_THROW(none.CreatePersistentObject(), _com_error);
+  EXPECT_THROW(none.CreatePersistentCollection(), _com_error);
+}
+
+TEST_F(PersistenceFactory, ACompanyThatDoesNotAnswerRaises) {
+  company->results["GetDbServerType"] = E_FAIL;
+  EXPECT_THROW(factory.CreatePersistentObject(), _com_error);
+  company->results.clear();
+  company->results["GetBusinessObject"] = E_FAIL;
+  EXPECT_THROW(factory.CreatePersistentCollection(), _com_error);
+}
+
+TEST_F(PersistenceFactory, WithoutMemoryGivesNull) {
+  company->results["GetBusinessObject"] = E_OUTOFMEMORY;
+  EXPECT_EQ(factory.CreatePersistentObject(), nullptr);
+  EXPECT_EQ(factory.CreatePersistentCollection(), nullptr);
+}
+
+}  // namespace
+}  // namespace Persistence

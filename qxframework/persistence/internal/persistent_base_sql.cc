@@ -1,0 +1,255 @@
+// The pieces of SQL that one row and many have in common.
+
+#include "qxframework/foundation/date_time.h"
+#include "qxframework/persistence/internal/dialect.h"
+#include "qxframework/persistence/internal/field_names.h"
+#include "qxframework/persistence/internal/persistent_base.h"
+#include "qxframework/persistence/internal/sql_text.h"
+#include "qxframework/persistence/persistence_exception.h"
+
+namespace Persistence {
+namespace {
+
+constexpr std::u16string_view kTextTag = u"VT_BSTR";
+constexpr std::u16string_view kDateTag = u"VT_DATE";
+
+void appendBrackets(CComBSTR& target, std::u16string_view bracket, long count) {
+  for (long i = 0; i < count; ++i) target += bracket;
+}
+
+std::u16string_view joinWord(etTABLE_JOIN_MODE mode) {
+  switch (mode) {
+    case jm_Inner:
+      return u" INNER";
+    case jm_LeftOuter:
+      return u" LEFT OUTER";
+    case jm_RightOuter:
+      return u" RIGHT OUTER";
+    case jm_FullOuter:
+      return u" FULL OUTER";
+  }
+  return {};
+}
+
+}  // namespace
+
+CComBSTR CQXPersistentBase::GetSQLString(CComBSTR text) const {
+  return qx::sqlLiteral(text.View(), m_bNationalStrings);
+}
+
+void CQXPersistentBase::GetSQLDate(CComVariant& value) const {
+  CComBSTR text = value.vt == VT_DATE ? CQXDateTime(value.date).GetDateAsBSTR() : qx::textOf(value);
+  value = qx::textVariant(GetSQLString(std::move(text)));
+}
+
+CComBSTR CQXPersistentBase::GetSQLColumnName(CComBSTR name) const {
+  return qx::CommonDialect::columnName(std::move(name));
+}
+
+CComBSTR CQXPersistentBase::GetDateString(CQXDateTime date) const {
+  return qx::CommonDialect::dateString(date);
+}
+
+CComBSTR CQXPersistentBase::GetSQLAlias(CComBSTR name) const {
+  return qx::CommonDialect::alias(name.View());
+}
+
+const OLECHAR* CQXPersistentBase::GetOperationString(HvConditionOperation operation) {
+  switch (operation) {
+    case co_Like:
+      return u" LIKE ";
+    case co_Greater:
+      return u" > ";
+    case co_Less:
+      return u" < ";
+    case co_GreaterOrEqual:
+      return u" >= ";
+    case co_LessOrEqual:
+      return u" <= ";
+    case co_NotEqual:
+      return u" <> ";
+    default:
+      return u" = ";
+  }
+}
+
+const OLECHAR* CQXPersistentBase::GetRelationshipString(HvConditionRelationship relationship) {
+  return relationship == cr_Or ? u" OR " : u" AND ";
+}
+
+CComBSTR CQXPersistentBase::GetSQLValue(CComVariant& value) const {
+  if (value.vt == VT_DATE) {
+    GetSQLDate(value);
+  } else if (value.vt == VT_BSTR) {
+    value = qx::textVariant(GetSQLString(qx::textOf(value)));
+  }
+  return qx::neutralTextOf(value);
+}
+
+void CQXPersistentBase::BuildSelectFieldList(CComBSTR& target) const {
+  if (HasLinkTables() && m_bstrCorrelationName.IsEmpty())
+    throw CQXPersistenceException(u"Correlation name for master table is missing");
+  AppendFieldList(target, m_vecFields, m_bstrCorrelationName);
+  for (const CQXLinkTableCriteria& link : m_vecLinkTables)
+    AppendFieldList(target, link.GetFields(), link.GetCorrelationName());
+}
+
+void CQXPersistentBase::AppendFieldList(CComBSTR& target, const FieldNames& fields,
+                                        const OLECHAR* correlation) const {
+  AppendFields(target, fields, correlation, qx::CommonDialect::kWriteField);
+}
+
+void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
+                                     const OLECHAR* correlation, qx::FieldWriter write) const {
+  const std::u16string_view of = qx::viewOf(correlation);
+  if (fields.empty()) {
+    if (!target.IsEmpty()) target += u",";
+    if (!of.empty()) (target += of) += u".";
+    target += u"*";
+    return;
+  }
+  const bool isOwnList = qx::sameNames(fields, m_vecFields);
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (i > 0 || !isOwnList) target += u",";
+    write(*this, target, of, qx::viewOf(fields[i]));
+  }
+}
+
+void CQXPersistentBase::AppendJoins(CComBSTR& target) {
+  for (CQXLinkTableCriteria& link : m_vecLinkTables) {
+    target += joinWord(link.GetJoinMode());
+    target += u" JOIN ";
+    target += link.IsUserTable() ? GetSQLTableName(link.GetTableName()).View()
+                                 : link.GetTableName().View();
+    target += u" ";
+    target += link.GetCorrelationName().View();
+    target += u" ON ";
+    AppendJoinConditions(target, link);
+  }
+}
+
+void CQXPersistentBase::AppendJoinConditions(CComBSTR& target, CQXLinkTableCriteria& link) {
+  for (int i = 0; i < link.GetSize(); ++i) {
+    if (i > 0) target += u" AND ";
+    AppendLinkField(target, link, link.GetLinkFieldCriteriaAt(i));
+  }
+}
+
+void CQXPersistentBase::AppendLinkField(CComBSTR& target, const CQXLinkTableCriteria& link,
+                                        CQXLinkFieldCriteria& field) const {
+  const bool isConstant = field.GetSourceField().m_str == nullptr;
+  if (!isConstant) {
+    target += m_bstrCorrelationName.View();
+    target += u".";
+    target += GetSQLColumnName(field.GetSourceField()).View();
+    target += u" = ";
+  }
+  target += link.GetCorrelationName().View();
+  target += u".";
+  target += GetSQLColumnName(field.GetDestField()).View();
+  if (!isConstant) return;
+  target += u" ";
+  target += GetOperationString(field.GetOperation());
+  target += u" ";
+  target += GetSQLValue(field.GetDestValue()).View();
+}
+
+void CQXPersistentBase::BuildRemoveWhereClause(CComBSTR& target,
+                                               const qx_ptr<CConditions>& conditions) const {
+  target += u" WHERE ";
+  for (long i = 0; i < CountOf(conditions); ++i) {
+    const CCondition& condition = *conditions->Item(i);
+    appendBrackets(target, u"(", condition.GetBracketOpenNum());
+    if (i > 0) target += GetRelationshipString(condition.GetRelationship());
+    AppendRemoveCondition(target, condition);
+    appendBrackets(target, u")", condition.GetBracketCloseNum());
+  }
+}
+
+void CQXPersistentBase::AppendRemoveCondition(CComBSTR& target, const CCondition& condition) const {
+  target += GetSQLColumnName(condition.GetAlias()).View();
+  if (condition.GetOperation() != co_Equal)
+    throw CQXPersistenceException(u"Only EQUAL is allowed as operation in the conditions");
+  target += u" = ";
+  if (condition.GetCompareFields() != VARIANT_FALSE)
+    throw CQXPersistenceException(u"Only constants are allowed as values in the conditions");
+  const std::u16string_view tag = qx::viewOf(condition.GetComparedAlias());
+  if (tag.empty()) {
+    target += qx::viewOfBstr(condition.GetCondVal());
+  } else {
+    target += (tag == kDateTag ? DateLiteral(condition) : TextLiteral(condition)).View();
+  }
+}
+
+void CQXPersistentBase::AppendComparisons(CComBSTR& target, WhereForm form) const {
+  for (long i = 0; i < CountOf(m_ptrConditions); ++i) {
+    const CCondition& condition = *m_ptrConditions->Item(i);
+    if (i > 0) target += GetRelationshipString(condition.GetRelationship());
+    AppendComparison(target, condition, form);
+  }
+}
+
+void CQXPersistentBase::AppendComparison(CComBSTR& target, const CCondition& condition,
+                                         WhereForm form) const {
+  if (condition.GetCompareFields() == VARIANT_TRUE)
+    throw CQXPersistenceException(u"Comparing of fields is not implemented");
+  if (form.withBrackets) appendBrackets(target, u"(", condition.GetBracketOpenNum());
+  if (form.withCorrelation) AppendCorrelation(target);
+  target += GetSQLColumnName(condition.GetAlias()).View();
+  target += GetOperationString(condition.GetOperation());
+  AppendConditionValue(target, condition);
+  if (form.withBrackets) appendBrackets(target, u")", condition.GetBracketCloseNum());
+}
+
+void CQXPersistentBase::AppendConditionValue(CComBSTR& target, const CCondition& condition) const {
+  const std::u16string_view tag = qx::viewOf(condition.GetComparedAlias());
+  if (tag == kTextTag) {
+    target += TextLiteral(condition).View();
+  } else if (tag == kDateTag) {
+    target += DateLiteral(condition).View();
+  } else {
+    target += qx::viewOfBstr(condition.GetCondVal());
+  }
+}
+
+CComBSTR CQXPersistentBase::DateLiteral(const CCondition& condition) const {
+  CComVariant date(qx::viewOfBstr(condition.GetCondVal()));
+  GetSQLDate(date);
+  return CComBSTR(qx::viewOfBstr(date.bstrVal));
+}
+
+CComBSTR CQXPersistentBase::TextLiteral(const CCondition& condition) const {
+  return GetSQLString(CComBSTR(qx::viewOfBstr(condition.GetCondVal())));
+}
+
+void CQXPersistentBase::AppendCorrelation(CComBSTR& target) const {
+  if (m_bstrCorrelationName.IsEmpty()) return;
+  target += m_bstrCorrelationName.View();
+  target += u".";
+}
+
+CComBSTR CQXPersistentBase::TableText() const { return GetSQLTableName(m_bstrMasterTable); }
+
+CComBSTR CQXPersistentBase::SelectTableText() const {
+  CComBSTR table = TableText();
+  if (!m_bstrCorrelationName.IsEmpty()) {
+    table += u" ";
+    table += m_bstrCorrelationName.View();
+  }
+  return table;
+}
+
+CComBSTR CQXPersistentBase::AssembleSelect(std::u16string_view limit, const CComBSTR& fields,
+                                           const CComBSTR& table, const CComBSTR& joins,
+                                           const CComBSTR& where) {
+  return qx::joined({u"SELECT ", limit, fields.View(), u" FROM ", table.View(), u" ", joins.View(),
+                     u" ", where.View()});
+}
+
+CComBSTR CQXPersistentBase::DeleteText(const qx_ptr<CConditions>& conditions) const {
+  CComBSTR text = qx::joined({u"DELETE FROM ", TableText().View(), u" "});
+  BuildRemoveWhereClause(text, conditions);
+  return text;
+}
+
+}  // namespace Persistence

@@ -1,0 +1,261 @@
+// The statements of a set of rows, as each dialect writes them. None of these needs a company.
+
+#include "qxframework/persistence/condition_test_access.h"
+#include "qxframework/persistence/internal/dialect_classes.h"
+#include "qxframework/persistence/internal/persistence_factory.h"
+#include "qxframework/persistence/internal/persistent_collection.h"
+#include "qxframework/persistence/testing/query_parts.h"
+
+#include <gmock/gmock.h>
+
+namespace Persistence {
+namespace {
+
+using namespace qx::test;
+using namespace std::literals;
+using testing::ElementsAre;
+
+class CollectionSql : public testing::TestWithParam<DialectParam> {
+ protected:
+  CollectionSql() {
+    collection->SetMasterTable(u"@T");
+    collection->SetUserTable(true);
+    collection->SetKeyFields({u"Code"});
+  }
+  std::vector<std::string> select() {
+    std::vector<std::string> texts;
+    for (const CComBSTR& text : collection->SelectTexts()) texts.push_back(utf8(text));
+    return texts;
+  }
+  /// The one statement of a SELECT without a limit.
+  void expectSelect(const PerDialect& texts) {
+    EXPECT_THAT(select(), ElementsAre(texts.of(GetParam())));
+  }
+  void setAliased() {
+    collection->SetCorrelationName(u"T0");
+    collection->SetFields({u"Code", u"U_A"});
+    collection->SetKeysOnly(false);
+  }
+
+  std::unique_ptr<CQXPersistentCollection> collection =
+      qx::persistentCollectionFor(GetParam().serverType);
+};
+
+INSTANTIATE_TEST_SUITE_P(Each, CollectionSql, allDialects(), nameOf<DialectParam>);
+
+TEST_P(CollectionSql, KeysOnlySelectsTheKeysInTheirOrder) {
+  expectSelect({"SELECT Code FROM @T     ORDER BY Code  ",
+                R"(SELECT "Code" FROM "@T"     ORDER BY "Code")",
+                "SELECT Code FROM [@T]     ORDER BY Code"});
+}
+
+TEST_P(CollectionSql, KeysOnlyNamesTheCorrelation) {
+  collection->SetKeyFields({u"Code", u"Line"});
+  collection->SetCorrelationName(u"T0");
+  expectSelect({R"(SELECT T0.Code AS "T0.Code" ,T0.Line AS "T0.Line"  FROM @T T0    )"
+                R"( ORDER BY T0.Code,T0.Line  )",
+                R"(SELECT T0."Code" AS"T0.Code",T0."Line" AS"T0.Line" FROM "@T" T0    )"
+                R"( ORDER BY T0."Code",T0."Line")",
+                "SELECT T0.Code AS'T0.Code',T0.Line AS'T0.Line' FROM [@T] T0    "
+                " ORDER BY T0.Code,T0.Line"});
+}
+
+TEST_P(CollectionSql, KeysOnlyWithoutKeysSelectsNothing) {
+  collection->SetKeyFields({});
+  expectSelect({"SELECT  FROM @T     ORDER BY   ", R"(SELECT  FROM "@T"     ORDER BY )",
+                "SELECT  FROM [@T]     ORDER BY "});
+}
+
+TEST_P(CollectionSql, AllColumnsAreSelectedWithoutAFieldList) {
+  collection->SetKeysOnly(false);
+  expectSelect({"SELECT * FROM @T     ORDER BY Code  ", R"(SELECT * FROM "@T"     ORDER BY "Code")",
+                "SELECT * FROM [@T]     ORDER BY Code"});
+}
+
+TEST_P(CollectionSql, TheWhereClauseHasBracketsBehindTheRelationship) {
+  setAliased();
+  collection->SetConditions(conditions({{u"Code", co_Like, u"A%", u"VT_BSTR", cr_Or, 1, 0},
+                                        {u"U_N", co_Greater, u"3", u"VT_R8", cr_Or, 2, 1},
+                                        {u"U_D", co_Less, u"20240131", u"VT_DATE", cr_And, 0, 2}}));
+  expectSelect({R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A"  FROM @T T0    )"
+                R"( WHERE (T0.Code LIKE N'A%' OR ((T0.U_N > 3) AND)"
+                R"( T0.U_D < TIMESTAMP_ISO(N'2024-01-31'))) ORDER BY T0.Code  )",
+                R"(SELECT T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A" FROM "@T" T0    )"
+                R"( WHERE (T0."Code" LIKE N'A%' OR ((T0."U_N" > 3) AND)"
+                R"( T0."U_D" < '20240131')) ORDER BY T0."Code")",
+                "SELECT T0.Code AS'T0.Code',T0.U_A AS'T0.U_A' FROM [@T] T0    "
+                " WHERE (T0.Code LIKE N'A%' OR ((T0.U_N > 3) AND"
+                " T0.U_D < CONVERT(datetime,N'20240131',112))) ORDER BY T0.Code"});
+}
+
+TEST_P(CollectionSql, TheSortFieldsTakeThePlaceOfTheKey) {
+  collection->SetCorrelationName(u"T0");
+  collection->SetSortFields({CQXPersistenceSortField(u"U_A", so_Descending),
+                             CQXPersistenceSortField(u"U_B"),
+                             CQXPersistenceSortField(u"U_C", etSORT_ORDER(7))});
+  expectSelect({R"(SELECT T0.Code AS "T0.Code"  FROM @T T0    )"
+                R"( ORDER BY T0.U_A DESC,T0.U_B ASC,T0.U_C DESC  )",
+                R"(SELECT T0."Code" AS"T0.Code" FROM "@T" T0    )"
+                R"( ORDER BY T0."U_A" DESC,T0."U_B" ASC,T0."U_C" DESC)",
+                "SELECT T0.Code AS'T0.Code' FROM [@T] T0    "
+                " ORDER BY T0.U_A DESC,T0.U_B ASC,T0.U_C DESC"});
+}
+
+TEST_P(CollectionSql, AHostTableStandsInItsForm) {
+  collection->SetMasterTable(u"OFPR");
+  expectSelect({"SELECT Code FROM OFPR     ORDER BY Code  ",
+                R"(SELECT "Code" FROM "OFPR"     ORDER BY "Code")",
+                "SELECT Code FROM OFPR     ORDER BY Code"});
+}
+
+TEST_P(CollectionSql, TenConditionsAndTwoJoins) {
+  setAliased();
+  std::vector<Tested> tested;
+  for (int i = 0; i < 10; ++i) tested.push_back({u"U_A", co_Equal, u"x"});
+  collection->SetConditions(conditions(tested));
+  CQXLinkTableCriteria one(u"@B", u"T1", jm_Inner, true);
+  one.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_B", u"Code"));
+  one.SetFields({u"U_C"});
+  collection->AddLinkTable(one);
+  CQXLinkTableCriteria two(u"OFPR", u"T2", jm_FullOuter, false);
+  two.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Day", CComVariant(2.5), co_Less));
+  collection->AddLinkTable(two);
+  const auto ten = [](const std::string& condition) {
+    std::string text = condition;
+    for (int i = 1; i < 10; ++i) text += " AND " + condition;
+    return text;
+  };
+  expectSelect(
+      {R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A" ,T1.U_C AS "T1.U_C" ,T2.* FROM @T T0  )"
+       " INNER JOIN @B T1 ON T0.U_B = T1.Code FULL OUTER JOIN OFPR T2 ON T2.U_Day  <  2.5  "
+       " WHERE " +
+           ten("T0.U_A = N'x'") + " ORDER BY T0.Code  ",
+       R"(SELECT T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A",T1."U_C" AS"T1.U_C",T2.* FROM )"
+       R"("@T" T0   INNER JOIN "@B" T1 ON T0."U_B" = T1."Code" FULL OUTER JOIN OFPR T2 ON )"
+       R"(T2."U_Day"  <  2.5   WHERE )" +
+           ten(R"(T0."U_A" = N'x')") + R"( ORDER BY T0."Code")",
+       "SELECT T0.Code AS'T0.Code',T0.U_A AS'T0.U_A',T1.U_C AS'T1.U_C',T2.* FROM [@T] T0  "
+       " INNER JOIN [@B] T1 ON T0.U_B = T1.Code FULL OUTER JOIN OFPR T2 ON T2.U_Day  <  2.5  "
+       " WHERE " +
+           ten("T0.U_A = N'x'") + " ORDER BY T0.Code"});
+}
+
+TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
+  collection->SetCorrelationName(u"T0");
+  collection->SetMaxRecordCount(5);
+  const std::string plain = "SELECT T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code";
+  if (GetParam().name == "Sybase") {
+    EXPECT_THAT(select(), ElementsAre("SET ROWCOUNT 5 ", plain, "SET ROWCOUNT 0"));
+    return;
+  }
+  expectSelect({R"(SELECT T0.Code AS "T0.Code"  FROM @T T0     ORDER BY T0.Code  )"
+                "FETCH FIRST 5 ROWS ONLY",
+                R"(SELECT TOP 5 T0."Code" AS"T0.Code" FROM "@T" T0     ORDER BY T0."Code")",
+                "SELECT TOP 5 T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code"});
+}
+
+TEST_P(CollectionSql, ALimitIsWrittenWithItsLower32Bits) {
+  collection->SetMaxRecordCount((1L << 33) + 5);
+  if (GetParam().name == "Sybase") {
+    EXPECT_EQ(select().front(), "SET ROWCOUNT 5 ");
+    return;
+  }
+  expectSelect({"SELECT Code FROM @T     ORDER BY Code  FETCH FIRST 5 ROWS ONLY",
+                R"(SELECT TOP 5 "Code" FROM "@T"     ORDER BY "Code")",
+                "SELECT TOP 5 Code FROM [@T]     ORDER BY Code"});
+}
+
+TEST_P(CollectionSql, ALimitStandsInFrontOfAllColumns) {
+  collection->SetKeysOnly(false);
+  collection->SetMaxRecordCount(1);
+  const auto texts = select();
+  EXPECT_EQ(texts[texts.size() / 2],
+            (PerDialect{"SELECT * FROM @T     ORDER BY Code  FETCH FIRST 1 ROWS ONLY",
+                        R"(SELECT TOP 1 * FROM "@T"     ORDER BY "Code")",
+                        "SELECT TOP 1 * FROM [@T]     ORDER BY Code",
+                        "SELECT * FROM [@T]     ORDER BY Code"}
+                 .of(GetParam())));
+}
+
+TEST_P(CollectionSql, AClearedLimitIsNone) {
+  collection->SetMaxRecordCount(5);
+  collection->SetMaxRecordCount(-1);
+  expectSelect({"SELECT Code FROM @T     ORDER BY Code  ",
+                R"(SELECT "Code" FROM "@T"     ORDER BY "Code")",
+                "SELECT Code FROM [@T]     ORDER BY Code"});
+}
+
+TEST_P(CollectionSql, NoConditionsHaveNothingBehindWhere) {
+  collection->SetConditions(CConditions::CreateNewInstance());
+  expectSelect({"SELECT Code FROM @T     WHERE  ORDER BY Code  ",
+                R"(SELECT "Code" FROM "@T"     WHERE  ORDER BY "Code")",
+                "SELECT Code FROM [@T]     WHERE  ORDER BY Code"});
+}
+
+TEST_P(CollectionSql, FieldsAreNotCompared) {
+  const auto list = codeIs(u"A");
+  ConditionFlags::compareFields(*list->Item(0L), VARIANT_TRUE);
+  collection->SetConditions(list);
+  EXPECT_EQ(refusalOf([&] { select(); }), "-1: Comparing of fields is not implemented");
+}
+
+TEST_P(CollectionSql, JoinsNeedACorrelationNameWhereAllFieldsAreSelected) {
+  collection->AddLinkTable(CQXLinkTableCriteria(u"B", u"T1", jm_Inner, false));
+  collection->SetKeysOnly(false);
+  EXPECT_EQ(refusalOf([&] { select(); }), "-1: Correlation name for master table is missing");
+}
+
+TEST_P(CollectionSql, ARemoveIsADeleteByItsConditions) {
+  collection->SetCorrelationName(u"T0");
+  collection->SetConditions(codeIs(u"not read"));
+  EXPECT_EQ(utf8(collection->RemoveText(conditions(
+                {{u"Code", co_Equal, u"O'Brien"}, {u"Day", co_Equal, u"20240131", u"VT_DATE"}}))),
+            (PerDialect{"DELETE FROM @T  WHERE Code = N'O''Brien' AND "
+                        "Day = TIMESTAMP_ISO(N'2024-01-31')",
+                        R"(DELETE FROM "@T"  WHERE "Code" = N'O''Brien' AND "Day" = '20240131')",
+                        "DELETE FROM [@T]  WHERE Code = N'O''Brien' AND "
+                        "Day = CONVERT(datetime,N'20240131',112)"}
+                 .of(GetParam())));
+}
+
+TEST_P(CollectionSql, AValueKeepsItsUnits) {
+  const std::u16string odd = u"\x7F'\r\n\U0001F600"s + u'\0' + u"\xDC00";
+  auto list = codeIs(u"");
+  list->Item(0L)->PutCondVal(odd);
+  collection->SetConditions(list);
+  const CComBSTR text = collection->SelectTexts().front();
+  EXPECT_NE(text.View().find(u" = N'''''\r\n\U0001F600"s + u'\0' + u"\xDC00' ORDER BY "),
+            std::u16string_view::npos);
+}
+
+// What is never asked for at present: a statement that is not sorted.
+template <class Dialect>
+class Unsorted final : public qx::CollectionInDialect<Dialect> {
+ public:
+  Unsorted() { this->m_bSorted = false; }
+};
+
+template <class Dialect>
+std::vector<std::string> unsortedTexts(long maximum) {
+  Unsorted<Dialect> collection;
+  collection.SetMasterTable(u"OFPR");
+  collection.SetKeysOnly(false);
+  collection.SetMaxRecordCount(maximum);
+  std::vector<std::string> texts;
+  for (const CComBSTR& text : collection.SelectTexts()) texts.push_back(utf8(text));
+  return texts;
+}
+
+TEST(UnsortedSelect, EndsAsItsDialectEndsIt) {
+  EXPECT_THAT(unsortedTexts<qx::Db2Dialect>(-1), ElementsAre("SELECT * FROM OFPR      "));
+  EXPECT_THAT(unsortedTexts<qx::Db2Dialect>(3),
+              ElementsAre("SELECT * FROM OFPR      FETCH FIRST 3 ROWS ONLY"));
+  EXPECT_THAT(unsortedTexts<qx::KordbDialect>(3), ElementsAre(R"(SELECT TOP 3 * FROM "OFPR"    )"));
+  EXPECT_THAT(unsortedTexts<qx::MssqlDialect>(3), ElementsAre("SELECT TOP 3 * FROM OFPR    "));
+  EXPECT_THAT(unsortedTexts<qx::SybaseDialect>(-1), ElementsAre("SELECT * FROM OFPR     "));
+  EXPECT_THAT(unsortedTexts<qx::SybaseDialect>(3),
+              ElementsAre("SET ROWCOUNT 3 ", "SELECT * FROM OFPR     ", "SET ROWCOUNT 0"));
+}
+
+}  // namespace
+}  // namespace Persistence

@@ -1,0 +1,122 @@
+#include "qxframework/persistence/internal/persistent_object.h"
+
+#include "qxframework/automation/text.h"
+#include "qxframework/logging/function_log.h"
+#include "qxframework/persistence/internal/sql_text.h"
+#include "qxframework/persistence/persistence_exception.h"
+
+#include <exception>
+
+namespace Persistence {
+namespace {
+
+constexpr std::u16string_view kClass = u"CQXPersistentObject";
+
+constexpr const OLECHAR* kNoQueryText =
+    u"Query string is empty - it may not have been saved with alst select";
+
+}  // namespace
+
+bool CQXPersistentObject::RunExists() {
+  try {
+    Reload();
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+void CQXPersistentObject::RunAdd(const OLECHAR* dialect) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Add"), 0, 0);
+  CComBSTR columns;
+  CComBSTR values;
+  BuildInsertLists(columns, values);
+  RunText(hr, AssembleInsert(columns, values), u"Failed to insert into %s", TableText());
+}
+
+void CQXPersistentObject::RunRemove(const OLECHAR* dialect) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Remove"), 0, 0);
+  RunText(hr, RemoveText(), u"Failed to delete from %s", TableText());
+}
+
+void CQXPersistentObject::RunUpdate(const OLECHAR* dialect, const TyFieldValues& keyValues) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Update"), 0, 0);
+  RunText(hr, UpdateText(keyValues), u"Failed to update %s", TableText());
+}
+
+void CQXPersistentObject::RunSelect(const OLECHAR* dialect) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Select"), 0, 0);
+  CComBSTR text = SelectText();
+  const CComBSTR table = SelectTableText();
+  hr.LogInfo(u"%s", text);
+  try {
+    QueryOneRow(hr, std::move(text));
+  } catch (const _com_error& error) {
+    Fail(hr, error, u"Failed to select from %s", table);
+  } catch (const CQXPersistenceException& exception) {
+    hr = 1;
+    hr.LogError(u"Failed to select from %s because %s", table, exception.GetErrorString());
+    throw;
+  }
+}
+
+void CQXPersistentObject::QueryOneRow(CReturnValue<long>& hr, CComBSTR text) {
+  hr = Query(text);
+  SetLastQuery(std::move(text));
+  const long count = m_ptrRecordSet->GetRecordCount();
+  if (count < 1) throw CQXPersistenceException(u"No record was found with the given conditions");
+  if (count > 1) throw CQXPersistenceException(u"The given key is not unique");
+}
+
+void CQXPersistentObject::Reload() {
+  if (m_vecKeyFields.empty()) FillKeyFieldsFromConditions();
+  if (m_bSelected) {
+    if (m_bstrLastQuery.IsEmpty()) throw CQXPersistenceException(kNoQueryText);
+    Query(m_bstrLastQuery);
+  } else {
+    RequireSelectable();
+    Select();
+  }
+  LoadFieldsFromRecordSet();
+  m_bSelected = true;
+}
+
+void CQXPersistentObject::RequireSelectable() const {
+  if (m_ptrConditions.get() == nullptr && m_vecKeyFields.empty())
+    throw CQXPersistenceException(
+        u"Persistent Object is not properly initialized, neither conditions nor key fields are "
+        u"set");
+  if (m_bstrMasterTable.IsEmpty())
+    throw CQXPersistenceException(
+        u"Persistent Object is not properly initialized, master table name is not set");
+}
+
+void CQXPersistentObject::LoadFieldsFromRecordSet() {
+  LoadFieldsFromFields(m_ptrRecordSet->GetFields());
+}
+
+void CQXPersistentObject::LoadFieldsFromFields(CComPtr<IFields> fields) {
+  m_FieldValues.Clear();
+  ReadFields(fields, m_FieldValues);
+}
+
+long CQXPersistentObject::FindFieldIndex(const OLECHAR* name) const {
+  const long index = m_FieldValues.FindIndex(name);
+  if (index != -1) return index;
+  for (long i = 0; i < m_FieldValues.GetCount(); ++i)
+    if (qx::toUpperByUnit(qx::viewOf(m_FieldValues.keyAt(i))) == qx::viewOf(name)) return i;
+  return -1;
+}
+
+qx_ptr<CConditions> CQXPersistentObject::GetConditionsFromOwnFields() const {
+  qx_ptr<CConditions> conditions = CConditions::CreateNewInstance();
+  for (const OLECHAR* key : m_vecKeyFields) {
+    CComVariant value = m_FieldValues.GetValue(KeyColumnName(qx::viewOf(key)));
+    const VARTYPE kind = value.vt;
+    if (kind == VT_DATE) GetSQLDate(value);
+    AddKeyCondition(*conditions, key, kind, value);
+  }
+  return conditions;
+}
+
+}  // namespace Persistence

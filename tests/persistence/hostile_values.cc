@@ -1,0 +1,66 @@
+#include "tests/persistence/hostile_values.h"
+
+#include "qxframework/automation/ole_date_time.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+namespace qx::test {
+namespace {
+
+constexpr std::u16string_view kPieces[] = {
+    u"'",    u"''",          u"N'",     u"\"",     u"\\",     u"\\'",    u"%",      u"_",
+    u"[",    u"]",           u"]]",     u"{d}",    u"?",      u":a",     u"@x",     u"--",
+    u"/*",   u"*/",          u";",      u"\n",     u"\r\n",   u"\t",     u" ",      u"  ",
+    u"\x7F", u"\x01",        u"\x1B",   u"é",      u"ß",      u"İ",      u"漢字",   u"\u0301",
+    u"😀",    u"👩‍👧", u"\uFEFF", u"\uFFFD", u"\uFFFF", u"\u2028", u"\u00A0", u"a",
+    u"Z",    u"0",           u"null",   u"$1",     u"$$",     u"E'\\x'", u"U&'",    u"&amp;",
+    u"<x>",  u"\U0010FFFF",  u"--\n"};
+
+}  // namespace
+
+std::u16string asReadBack(std::u16string text) {
+  std::replace(text.begin(), text.end(), u'\x7F', u'\'');
+  return text;
+}
+
+std::u16string HostileValues::text(std::size_t length) {
+  const std::size_t wanted = below(static_cast<std::uint32_t>(length) + 1);
+  std::u16string text;
+  while (true) {
+    const std::u16string_view piece = kPieces[below(std::size(kPieces))];
+    if (text.size() + piece.size() > wanted) return text;
+    text += piece;
+  }
+}
+
+double HostileValues::amount() {
+  constexpr std::array<double, 8> kEdges = {0,    -0.000001, 0.000001,        999999999.999999,
+                                            1e14, -1e14,     999999999999999, 0.1};
+  if (below(8) == 0) return kEdges.at(below(kEdges.size()));
+  const auto digits = static_cast<std::int64_t>(random_()) * below(200000);
+  const double divisor = std::pow(10.0, below(7));
+  const double value = static_cast<double>(digits % 1'000'000'000'000'000) / divisor;
+  return below(2) == 0 ? value : -value;
+}
+
+int HostileValues::wholeNumber() {
+  constexpr std::array<int, 5> kEdges = {0, 1, -1, std::numeric_limits<int>::max(),
+                                         std::numeric_limits<int>::min()};
+  return below(4) == 0 ? kEdges.at(below(kEdges.size())) : static_cast<int>(random_());
+}
+
+double HostileValues::date() {
+  if (below(16) == 0) return 0;
+  const int year = 100 + static_cast<int>(below(9900));
+  const int month = 1 + static_cast<int>(below(12));
+  const int day = 1 + static_cast<int>(below(28));
+  return dateFromCivil({year, month, day, static_cast<int>(below(24)), static_cast<int>(below(60)),
+                        static_cast<int>(below(60))})
+      .value();
+}
+
+}  // namespace qx::test

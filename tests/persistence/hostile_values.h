@@ -1,0 +1,35 @@
+#pragma once
+
+// Values that a statement's text could stumble over, by a seed that a failing test can be run with
+// again.
+
+#include "qxframework/automation/variant.h"
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+namespace qx::test {
+
+/// 0x7F counts as a quote in a statement, so that is how it comes back.
+std::u16string asReadBack(std::u16string text);
+
+class HostileValues {
+ public:
+  explicit HostileValues(std::uint32_t seed) : random_(seed) {}
+
+  /// Of at most `length` units; often short, sometimes empty.
+  std::u16string text(std::size_t length);
+  /// With at most six decimals and fifteen digits, as money and amounts are kept.
+  double amount();
+  int wholeNumber();
+  /// To the second; sometimes the date 0.0, which stands for none.
+  double date();
+
+ private:
+  std::uint32_t below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
+
+  std::mt19937 random_;
+};
+
+}  // namespace qx::test

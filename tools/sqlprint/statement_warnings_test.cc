@@ -1,0 +1,137 @@
+// What is warned of, each with its place.
+
+#include "tools/sqlprint/statement_warnings.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::sqlprint {
+namespace {
+
+const std::string kSelect = "[select]\ntable = \"T\"\nkeys = [\"K\"]\n";
+const std::string kInsert = "[insert]\ntable = \"T\"\n";
+const std::string kUpdate = "[update]\ntable = \"T\"\nvalues = { A = 1 }\n";
+
+std::vector<std::string> warningsOf(const std::string& toml) {
+  return readDescription("f", toml).warnings;
+}
+
+TEST(Warnings, TellOfFieldsThatAreNotSelected) {
+  EXPECT_EQ(warningsOf(kSelect + "fields = [\"A\"]\n"),
+            std::vector<std::string>{"f:4:10: warning: the fields are not selected, since a "
+                                     "collection fetches keys only unless told otherwise; add "
+                                     "keys-only = false"});
+  EXPECT_TRUE(warningsOf(kSelect + "fields = [\"A\"]\nkeys-only = false\n").empty());
+}
+
+TEST(Warnings, TellOfBracketsThatAreNotWritten) {
+  const std::string bracketed = "where = [{ field = \"A\", value = 1, open = 1, close = 1 }]\n";
+  EXPECT_EQ(warningsOf("[load]\ntable = \"T\"\n" + bracketed),
+            std::vector<std::string>{"f:3:10: warning: the layer writes no brackets in [load]; "
+                                     "give the conditions an order that needs none"});
+  EXPECT_EQ(warningsOf(kUpdate + bracketed),
+            std::vector<std::string>{"f:4:10: warning: the layer writes no brackets in [update]; "
+                                     "give the conditions an order that needs none"});
+  EXPECT_TRUE(warningsOf(kSelect + bracketed).empty());
+}
+
+TEST(Warnings, TellOfABracketOnTheWrongSideOfAnd) {
+  EXPECT_EQ(warningsOf("[delete]\ntable = \"T\"\nwhere = [{ field = \"A\", value = 1, open = 1, "
+                       "close = 1 },\n{ field = \"B\", value = 1, open = 1, close = 1 }]\n"),
+            std::vector<std::string>{
+                "f:4:1: warning: in [delete] the layer writes the bracket in front of AND and OR, "
+                "which no engine takes; give the conditions an order that needs none"});
+}
+
+TEST(Warnings, TellOfFieldsOfAJoinThatAreNotSelected) {
+  const std::string joined = kSelect +
+                             "as = \"T0\"\njoin = [{ table = \"B\", as = \"T1\", fields = [\"A\"], "
+                             "on = [{ from = \"A\", to = "
+                             "\"A\" }] }]\n";
+  EXPECT_EQ(warningsOf(joined),
+            std::vector<std::string>{"f:5:44: warning: the fields of the join are not selected, "
+                                     "since a collection fetches keys only unless told otherwise; "
+                                     "add keys-only = false"});
+  EXPECT_TRUE(warningsOf(joined + "keys-only = false\n").empty());
+}
+
+TEST(Warnings, TellOfAJoinWhoseFieldsAreThoseOfTheTable) {
+  const auto joined = [](const std::string& head, const std::string& fields) {
+    return warningsOf(head +
+                      "as = \"T0\"\nfields = [\"A\", \"B\"]\njoin = [\n{ table = \"C\", as "
+                      "= \"T1\", fields = " +
+                      fields + ", on = [{ from = \"A\", to = \"A\" }] }]\n");
+  };
+  const std::string warning =
+      ": warning: the fields of the join are those of the table, and then the layer writes no "
+      "comma in front of them, which no engine takes; change their order or their number";
+  EXPECT_EQ(joined(kSelect + "keys-only = false\n", "[\"A\", \"B\"]"),
+            std::vector<std::string>{"f:8:36" + warning});
+  EXPECT_EQ(
+      joined("[load]\ntable = \"T\"\nwhere = [{ field = \"A\", value = 1 }]\n", "[\"A\", \"B\"]"),
+      std::vector<std::string>{"f:7:36" + warning});
+  EXPECT_TRUE(joined(kSelect + "keys-only = false\n", "[\"B\", \"A\"]").empty());
+  EXPECT_TRUE(joined(kSelect + "keys-only = false\n", "[]").empty());
+}
+
+TEST(Warnings, TellOfAJoinToATableWithoutAName) {
+  const auto joined = [](const std::string& on) {
+    return warningsOf(kSelect + "join = [{ table = \"B\", as = \"T1\", on = [" + on + "] }]\n");
+  };
+  EXPECT_EQ(joined("{ to = \"K\", value = 1 }, { from = \"A\", to = \"A\" }"),
+            std::vector<std::string>{
+                "f:4:40: warning: the columns compare with those of a table without a name, which "
+                "no engine takes; add as = \"T0\" to [select]"});
+  EXPECT_TRUE(joined("{ to = \"K\", value = 1 }").empty());
+}
+
+TEST(Warnings, TellOfKeyValuesThatMatchNoColumn) {
+  EXPECT_EQ(warningsOf("[update]\ntable = \"T\"\nvalues = { Code = 1, A = 1 }\nkey-values = { "
+                       "Code = 1, \"T0.A\" = 1, A = 1, \"b\\u0007\" = 1, CODE = 1 }\n"),
+            (std::vector<std::string>{
+                "f:4:26: warning: the layer leaves 'T0.A' out of the WHERE, since no column in "
+                "'values' has that name; add it there or correct the name",
+                "f:4:45: warning: the layer leaves 'b?' out of the WHERE, since no column in "
+                "'values' has that name; add it there or correct the name"}));
+  // With a correlation name and fields the name is looked up behind its point.
+  EXPECT_TRUE(warningsOf(kUpdate + "as = \"T0\"\nfields = [\"A\"]\nkey-values = { \"T0.A\" = 1 }\n")
+                  .empty());
+}
+
+TEST(Warnings, TellOfAWhereWithNothingBehindIt) {
+  const std::string warning =
+      "warning: nothing stands behind WHERE, which no engine takes; add a condition to 'where'";
+  const auto ofOne = [&](const std::string& place) {
+    return std::vector<std::string>{place + ": " + warning};
+  };
+  EXPECT_EQ(warningsOf("[delete]\ntable = \"T\"\n"), ofOne("f:1:1"));
+  EXPECT_EQ(warningsOf("[delete]\ntable = \"T\"\nwhere = []\n"), ofOne("f:3:9"));
+  EXPECT_EQ(warningsOf(kUpdate), ofOne("f:1:1"));
+  EXPECT_EQ(warningsOf(kUpdate + "where = []\n"), ofOne("f:4:9"));
+  EXPECT_EQ(warningsOf(kUpdate + "key-values = { B = 1 }\n").back(), "f:1:1: " + warning);
+  EXPECT_TRUE(warningsOf(kUpdate + "key-values = { A = 1 }\n").empty());
+  EXPECT_TRUE(warningsOf(kUpdate + "where = [{ field = \"B\", value = 1 }]\n").empty());
+  EXPECT_EQ(warningsOf(kSelect + "where = []\n"), ofOne("f:4:9"));
+  EXPECT_TRUE(warningsOf(kSelect).empty());
+}
+
+TEST(Warnings, TellOfAnInsertWithoutValues) {
+  const std::string warning =
+      "warning: the insert has no values, and then the layer writes lists that no engine takes; "
+      "add a column to 'values'";
+  EXPECT_EQ(warningsOf(kInsert + "values = {}\n"), std::vector<std::string>{"f:3:10: " + warning});
+  EXPECT_EQ(warningsOf("[insert]\ntable = \"@T\"\nnext-code = \"00000001\"\n[insert.values]\n"),
+            std::vector<std::string>{"f:4:1: " + warning});
+  EXPECT_TRUE(warningsOf(kInsert + "values = { A = 1 }\n").empty());
+}
+
+TEST(Warnings, TellOfAnUpdateThatSetsNothing) {
+  const std::string where = "where = [{ field = \"A\", value = 1 }]\n";
+  EXPECT_EQ(warningsOf(kUpdate + "keys = [\"A\"]\n" + where),
+            std::vector<std::string>{
+                "f:3:10: warning: nothing stands behind SET, which no engine takes; add a column "
+                "that is none of 'keys' to 'values'"});
+  EXPECT_TRUE(warningsOf(kUpdate + "keys = [\"a\"]\n" + where).empty());
+}
+
+}  // namespace
+}  // namespace qx::sqlprint
