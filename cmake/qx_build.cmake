@@ -49,13 +49,14 @@ endfunction()
 # qx_test(NAME SOURCES a_test.cc ... DEPS qx_automation ...)
 #
 # One test program, usually one per folder. Every test of it is a CTest entry with the folder's
-# name as its label. With POSTGRES, the tests with "Postgres" in their names are one entry
-# together, since they share a server (tests/support/postgres_server.h).
+# name as its label, and none sees the locale of whoever runs it: a test that needs another one sets
+# it itself. With POSTGRES, the tests with "Postgres" in their names are one entry together, since
+# they share a server (tests/support/postgres_server.h).
 function(qx_test name)
   if(NOT QX_BUILD_TESTS)
     return()
   endif()
-  cmake_parse_arguments(ARG "POSTGRES" "LABEL" "SOURCES;DEPS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "POSTGRES" "LABEL" "SOURCES;DEPS" ${ARGN})
   if(NOT ARG_LABEL)
     file(RELATIVE_PATH ARG_LABEL "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
   endif()
@@ -68,9 +69,9 @@ function(qx_test name)
     target_link_libraries(${name} PRIVATE qx_postgres_support)
     add_test(NAME "${ARG_LABEL}/${name}.Postgres" COMMAND ${name} --gtest_filter=*Postgres*)
     set_tests_properties("${ARG_LABEL}/${name}.Postgres" PROPERTIES
-      LABELS "${ARG_LABEL}" TIMEOUT 600 ENVIRONMENT "${ARG_ENVIRONMENT}")
+      LABELS "${ARG_LABEL}" TIMEOUT 600 ENVIRONMENT LC_ALL=C.UTF-8)
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${ARG_LABEL}/"
     TEST_FILTER "${alone}"
-    PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT 120 ENVIRONMENT "${ARG_ENVIRONMENT}")
+    PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT 120 ENVIRONMENT LC_ALL=C.UTF-8)
 endfunction()

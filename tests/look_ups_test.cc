@@ -105,9 +105,9 @@ TEST_P(LookUps, ADateWithATimeOnTheLastDayOfAPeriodFindsIt) {
 
 TEST_P(LookUps, APeriodReachesOverTheDayBehindItsLast) {
   EXPECT_EQ(period(day(2024, 2, 1)), "0 2024 1 -1 20240101");
-  EXPECT_EQ(period(day(2024, 2, 2)), "0  0 0 18991230");
-  EXPECT_EQ(period(day(2023, 12, 31)), "0  0 0 18991230");
-  EXPECT_EQ(period(0.0), "0  0 0 18991230");
+  EXPECT_EQ(period(day(2024, 2, 2)), "0  0 -1 18991230");
+  EXPECT_EQ(period(day(2023, 12, 31)), "0  0 -1 18991230");
+  EXPECT_EQ(period(0.0), "0  0 -1 18991230");
 }
 
 TEST_P(LookUps, ARateIsThatOfTheDay) {

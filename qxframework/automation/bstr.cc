@@ -5,57 +5,61 @@
 #include "qxframework/automation/user_locale.h"
 #include "qxframework/automation/variant.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <limits>
 
 namespace {
 
-// The block: 4 bytes of padding, 4 bytes of length in bytes, the units, a terminator. The padding
-// keeps the units aligned to 8 bytes.
-constexpr std::size_t kHead = 8;
+// In front of the units of a string. The length stands where every reader of a BSTR looks for it;
+// what is in front of it, which keeps the units aligned to 8 bytes, is ours.
+struct Head {
+  std::uint32_t room;   // in units, without the terminator
+  std::uint32_t bytes;  // the length
+};
+static_assert(sizeof(Head) == 8);
 
-/// The bytes of a block for `length` units.
-std::size_t blockSize(std::size_t length) {
-  if (length > std::numeric_limits<std::uint32_t>::max() / 2 - 8) qx::raiseError(E_OUTOFMEMORY);
-  return kHead + (length + 1) * sizeof(OLECHAR);
-}
+Head* headOf(BSTR text) { return reinterpret_cast<Head*>(text) - 1; }
 
 void setLength(BSTR text, std::size_t length) {
-  reinterpret_cast<std::uint32_t*>(text)[-1] = static_cast<std::uint32_t>(length * sizeof(OLECHAR));
+  headOf(text)->bytes = static_cast<std::uint32_t>(length * sizeof(OLECHAR));
   text[length] = 0;
 }
 
-BSTR allocate(std::u16string_view text) {
-  blockSize(text.size());  // raises if it is too long
-  const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-  if (copy == nullptr) qx::raiseError(E_OUTOFMEMORY);
-  return copy;
+/// The block of a string, or a new one for null, with room for `room` units; null if out of memory.
+BSTR reallocate(BSTR text, std::size_t room) {
+  Head* const head = text == nullptr ? nullptr : headOf(text);
+  void* const block = std::realloc(head, sizeof(Head) + (room + 1) * sizeof(OLECHAR));
+  if (block == nullptr) return nullptr;
+  auto* const moved = static_cast<Head*>(block);
+  moved->room = static_cast<std::uint32_t>(room);
+  return reinterpret_cast<BSTR>(moved + 1);
 }
+
+BSTR raiseIfNull(BSTR text) {
+  if (text == nullptr) qx::raiseError(E_OUTOFMEMORY);
+  return text;
+}
+
+BSTR allocate(std::u16string_view text) { return raiseIfNull(qx::newText(text)); }
 
 /// The string, or a new one for null, in a block with room for `length` units. A block that must
 /// grow at least doubles. Nothing has changed when this raises.
 BSTR withRoom(BSTR text, std::size_t length) {
-  auto* block = text == nullptr ? nullptr : reinterpret_cast<unsigned char*>(text) - kHead;
-  const std::size_t room = malloc_usable_size(block);
-  const std::size_t needed = blockSize(length);
-  if (needed <= room) return text;
-  block = static_cast<unsigned char*>(std::realloc(block, std::max(needed, 2 * room)));
-  if (block == nullptr) qx::raiseError(E_OUTOFMEMORY);
-  return reinterpret_cast<BSTR>(block + kHead);
+  const std::size_t room = text == nullptr ? 0 : headOf(text)->room;
+  if (text != nullptr && length <= room) return text;
+  if (length > qx::kLongestText) qx::raiseError(E_OUTOFMEMORY);
+  return raiseIfNull(reallocate(text, std::max(length, std::min(2 * room, qx::kLongestText))));
 }
 
 }  // namespace
 
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
-  const std::size_t bytes = std::size_t{length} * sizeof(OLECHAR);
-  auto* block = static_cast<unsigned char*>(std::malloc(kHead + bytes + sizeof(OLECHAR)));
-  if (block == nullptr) return nullptr;
-  auto* units = reinterpret_cast<BSTR>(block + kHead);
+  if (length > qx::kLongestText) return nullptr;
+  const BSTR units = reallocate(nullptr, length);
+  if (units == nullptr) return nullptr;
+  const std::size_t bytes = length * sizeof(OLECHAR);
   if (text != nullptr) {
     std::memcpy(units, text, bytes);
   } else {
@@ -66,12 +70,16 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
 }
 
 BSTR SysAllocString(const OLECHAR* text) {
-  if (text == nullptr) return nullptr;
-  return SysAllocStringLen(text, static_cast<UINT>(qx::viewOf(text).size()));
+  return text == nullptr ? nullptr : qx::newText(qx::viewOf(text));
 }
 
 void SysFreeString(BSTR text) {
-  if (text != nullptr) std::free(reinterpret_cast<unsigned char*>(text) - kHead);
+  if (text != nullptr) std::free(headOf(text));
+}
+
+BSTR qx::newText(std::u16string_view text) {
+  if (text.size() > kLongestText) return nullptr;
+  return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
 }
 
 CComBSTR::CComBSTR(const OLECHAR* text)
@@ -82,8 +90,7 @@ CComBSTR::CComBSTR(std::u16string_view text) : m_str(allocate(text)) {}
 CComBSTR::CComBSTR(int length, const OLECHAR* text) {
   if (length < 0) qx::raiseError(E_INVALIDARG);
   if (length == 0) return;
-  m_str = SysAllocStringLen(text, static_cast<UINT>(length));
-  if (m_str == nullptr) qx::raiseError(E_OUTOFMEMORY);
+  m_str = raiseIfNull(SysAllocStringLen(text, static_cast<UINT>(length)));
 }
 
 CComBSTR::CComBSTR(const GUID& guid) : m_str(allocate(qx::guidText(guid))) {}

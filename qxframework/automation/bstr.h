@@ -11,9 +11,10 @@
 #include <type_traits>
 #include <utility>
 
-/// A copy of `text`, or null for null or when memory is out.
+/// A copy of `text`; null for null, when memory is out or when it is longer than kLongestText.
 QX_API BSTR SysAllocString(const OLECHAR* text);
-/// A string of `length` units, copied from `text` or zero when that is null; null if out of memory.
+/// A string of `length` units, copied from `text` or zero when that is null; null if out of memory
+/// or longer than kLongestText.
 QX_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
 QX_API void SysFreeString(BSTR text);
 
@@ -23,6 +24,12 @@ inline UINT SysStringLen(const OLECHAR* text) {
 }
 
 namespace qx {
+
+/// In units. The length in bytes has 32 bits.
+constexpr std::size_t kLongestText = 0x7FFFFFFF;
+
+/// A new string of all units of `text`; null if it is too long or memory is out.
+QX_API BSTR newText(std::u16string_view text);
 
 /// `text` up to its terminator; empty for null.
 inline std::u16string_view viewOf(const OLECHAR* text) {
@@ -118,9 +125,10 @@ class _bstr_t {
 namespace qx {
 
 /// Gives a new string to an out parameter; null for an empty text is not used: the string exists.
+/// E_OUTOFMEMORY for a text that is too long, too.
 inline HRESULT giveText(std::u16string_view text, BSTR* out) {
   if (out == nullptr) return E_POINTER;
-  *out = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  *out = newText(text);
   return *out == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 

@@ -32,6 +32,42 @@ TEST(SysString, WithoutASourceIsFilledWithZeros) {
   SysFreeString(text);
 }
 
+/// A text of more units than a string holds, of which nothing may be read.
+std::u16string_view tooLong(std::size_t length = qx::kLongestText + 1) {
+  static const OLECHAR unit = u'x';
+  return {&unit, length};
+}
+
+TEST(SysString, LongerThanItsLengthCanSayIsNull) {
+  EXPECT_EQ(SysAllocStringLen(nullptr, 0x80000000), nullptr);
+  EXPECT_EQ(SysAllocStringLen(u"", 0x80000000), nullptr);
+  EXPECT_EQ(SysAllocStringLen(nullptr, 0xFFFFFFFF), nullptr);
+}
+
+TEST(SysString, OfATextWhoseLengthDoesNotFitIsNullAndNotCutOff) {
+  EXPECT_EQ(qx::newText(tooLong()), nullptr);
+  EXPECT_EQ(qx::newText(tooLong(0x100000001)), nullptr);
+}
+
+TEST(CComBSTR, OfATextThatIsTooLongRaises) {
+  try {
+    const CComBSTR text(tooLong(0x100000001));
+    FAIL() << "no exception";
+  } catch (const _com_error& error) {
+    EXPECT_EQ(error.Error(), E_OUTOFMEMORY);
+  }
+}
+
+TEST(CComBSTR, AppendingATextThatIsTooLongRaisesAndKeepsTheText) {
+  CComBSTR text(u"kept");
+  EXPECT_THROW(text.Append(tooLong()), _com_error);
+  EXPECT_THROW(text.Append(tooLong(qx::kLongestText - 3)), _com_error);
+  EXPECT_EQ(text.View(), u"kept");
+  CComBSTR null;
+  EXPECT_THROW(null.Append(tooLong()), _com_error);
+  EXPECT_EQ(null.m_str, nullptr);
+}
+
 TEST(CComBSTR, OfANullPointerIsNullAndOfAnEmptyTextIsNot) {
   EXPECT_EQ(CComBSTR(static_cast<const OLECHAR*>(nullptr)).m_str, nullptr);
   const CComBSTR empty(u"");
@@ -113,6 +149,20 @@ TEST(CComBSTR, ATextOfManyPiecesIsRarelyMoved) {
   EXPECT_LT(moves, 30);
 }
 
+TEST(CComBSTR, HasItsRoomInFrontOfItsLengthAndUsesItUp) {
+  CComBSTR text(u"abc");
+  const auto room = [&text] { return reinterpret_cast<const std::uint32_t*>(text.m_str)[-2]; };
+  EXPECT_EQ(room(), 3U);
+  text.Append(u"d");
+  EXPECT_EQ(room(), 6U);
+  const BSTR before = text.m_str;
+  text.Append(u"ef");
+  EXPECT_EQ(text.m_str, before);
+  EXPECT_EQ(room(), 6U);
+  EXPECT_EQ(CComBSTR(text).View(), u"abcdef");
+  EXPECT_EQ(reinterpret_cast<const std::uint32_t*>(text.m_str)[-1], 12U);
+}
+
 TEST(CComBSTR, AStringThatWasAppendedToIsOwnedLikeAnyOther) {
   CComBSTR text(u"a");
   text.Append(u"b");
@@ -192,6 +242,12 @@ TEST(GiveText, GivesAnExistingTextEvenIfEmpty) {
   EXPECT_NE(out, nullptr);
   SysFreeString(out);
   EXPECT_EQ(qx::giveText(u"x", nullptr), E_POINTER);
+}
+
+TEST(GiveText, OfATextThatIsTooLongIsOutOfMemoryAndGivesNone) {
+  BSTR out = nullptr;
+  EXPECT_EQ(qx::giveText(tooLong(0x100000001), &out), E_OUTOFMEMORY);
+  EXPECT_EQ(out, nullptr);
 }
 
 }  // namespace

@@ -8,6 +8,11 @@
 
 namespace {
 
+// What compares or orders texts in any test rests on this. CTest sees to it.
+TEST(UserLocale, OfATestRunIsThatOfNoCountry) {
+  EXPECT_EQ(qx::userLocaleName(), "") << "run the tests by ctest, or with LC_ALL=C.UTF-8";
+}
+
 TEST(UserLocale, IsTheFirstVariableThatSaysSomething) {
   EXPECT_EQ(qx::localeNameFrom("de_DE.UTF-8", "sv_SE", "en_US"), "de_DE");
   EXPECT_EQ(qx::localeNameFrom("", "sv_SE.UTF-8@x", "en_US"), "sv_SE");

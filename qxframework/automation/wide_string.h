@@ -56,9 +56,7 @@ class QX_API CString {
   CString& MakeUpper();
   int Compare(std::u16string_view other) const { return m_text.compare(other); }
   int CompareNoCase(std::u16string_view other) const;
-  BSTR AllocSysString() const {
-    return SysAllocStringLen(m_text.data(), static_cast<UINT>(m_text.size()));
-  }
+  BSTR AllocSysString() const { return qx::newText(m_text); }
 
   template <class... Args>
   void Format(const OLECHAR* text, const Args&... args) {

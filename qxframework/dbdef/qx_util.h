@@ -53,8 +53,9 @@ class QX_API CQXUtil {
   /// The host's rate of the currency on that day; E_FAIL with a rate of 0 when it has none.
   static long GetCurrencyRate(long appId, CComPtr<ICompany> company, double date,
                               const CComBSTR& currency, CQXCurrency& rate);
-  /// The period that the day belongs to: `found` is -1, or 0 when there is none. A period reaches
-  /// over the day behind its last, which may also be the first of the next: then either is found.
+  /// The period that the day belongs to. `found` is -1 whenever the query ran; with no period for
+  /// the day the category is empty, so ask for that. A period reaches over the day behind its last,
+  /// which may also be the first of the next: then either is found.
   static long GetPostingPeriod(long appId, CComPtr<ICompany> company, double date,
                                CComBSTR& category, long& subNumber, long& found, double& firstDate);
   /// "%s%d"

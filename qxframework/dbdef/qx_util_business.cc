@@ -72,7 +72,6 @@ long CQXUtil::GetPostingPeriod(long appId, CComPtr<ICompany> company, double dat
     const CComBSTR day = dayOn(engine, CQXDateTime(date));
     const CComPtr<IRecordset> period =
         query(hr, company, qx::format(qx::dbdef::kSelectPostingPeriod.of(engine), day, day));
-    if (period->GetEoF() == VARIANT_TRUE) return hr;
     category = CComBSTR(qx::dbdef::fieldText(period, 0));
     subNumber = static_cast<short>(qx::dbdef::fieldValue(period, 1, VT_I4).lVal);
     found = VARIANT_TRUE;

@@ -223,9 +223,9 @@ TEST_F(QxUtilPeriod, HasAStatementForEachEngineAndLogsIt) {
   }
 }
 
-TEST_F(QxUtilPeriod, ThatIsNotThereIsNotFound) {
+TEST_F(QxUtilPeriod, ThatIsNotThereHasAnEmptyCategoryAlthoughFoundSaysThatTheQueryRan) {
   EXPECT_EQ(get(), 0);
-  EXPECT_EQ(all(), "|0|0|0");
+  EXPECT_EQ(all(), "|0|-1|0");
 }
 
 TEST_F(QxUtilPeriod, OfNoDateIsThatOfTheEmptyDate) {

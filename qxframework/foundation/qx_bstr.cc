@@ -30,7 +30,7 @@ bool CQXBSTR::LoadStringW(unsigned id, HvLanguages language, HINSTANCE module) {
 bool CQXBSTR::LoadStringW(unsigned id, unsigned short langId, HINSTANCE module) {
   const auto text = lookUp(id, langId, module);
   if (!text) return false;
-  Attach(SysAllocStringLen(text->data(), static_cast<UINT>(text->size())));
+  Attach(qx::newText(*text));
   return m_str != nullptr;
 }
 

@@ -2,6 +2,8 @@
 
 #include "qxframework/foundation/thrown_text.h"
 
+#include <cstddef>
+
 /// The counted pointer of the persistence and cache layers. Many pointers share one control block,
 /// which refers to one object and deletes it with the last pointer if it owns it. The count is a
 /// plain integer: a pointer and its copies belong to one thread.
@@ -13,6 +15,7 @@ class qx_ptr {
     if (object != nullptr) m_pBlock = new Block{object, 1, owner};
   }
   qx_ptr() = default;
+  qx_ptr(std::nullptr_t) {}
   qx_ptr(const qx_ptr& other) { share(other); }
   ~qx_ptr() { release(); }
 
@@ -39,6 +42,8 @@ class qx_ptr {
   T& operator*() const { return *m_pBlock->m_pObject; }
   /// The held object; null for a null pointer.
   T* get() const { return m_pBlock == nullptr ? nullptr : m_pBlock->m_pObject; }
+  /// By the address of the held object.
+  bool operator==(const T* object) const { return get() == object; }
   bool operator!=(const T* object) const { return get() != object; }
 
  private:

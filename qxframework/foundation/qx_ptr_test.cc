@@ -41,6 +41,19 @@ TEST(QxPtr, NullHasNoObject) {
   EXPECT_FALSE(pointer != nullptr);
 }
 
+int countOf(qx_ptr<Counted> pointer) { return pointer == nullptr ? 0 : 1; }
+
+TEST(QxPtr, IsMadeOfNullptrAndComparedWithIt) {
+  int alive = 0;
+  EXPECT_EQ(countOf(nullptr), 0);
+  EXPECT_EQ(countOf({}), 0);
+  EXPECT_EQ(countOf(qx_ptr<Counted>(new Counted(alive), true)), 1);
+  qx_ptr<Counted> pointer(new Counted(alive), true);
+  pointer = nullptr;
+  EXPECT_EQ(alive, 0);
+  EXPECT_TRUE(pointer == nullptr);
+}
+
 TEST(QxPtr, AssigningZeroReleasesTheObject) {
   int alive = 0;
   qx_ptr<Counted> pointer(new Counted(alive), true);
@@ -92,6 +105,8 @@ TEST(QxPtr, ComparesTheObjectsAddress) {
   Counted object(alive);
   const qx_ptr<Counted> pointer(&object, false);
   EXPECT_FALSE(pointer != &object);
+  EXPECT_TRUE(pointer == &object);
+  EXPECT_FALSE(pointer == nullptr);
   EXPECT_TRUE(pointer != nullptr);
 }
 

@@ -2,6 +2,7 @@
 
 #include "qxframework/host/company.h"
 #include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/persistence/testing/vtable_slot.h"
 #include "qxframework/persistence/value_container.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 namespace Persistence {
 namespace {
 
+using qx::test::slotOf;
 using qx::test::utf8;
 
 /// Only the one operation that has a body is of interest.
@@ -45,6 +47,35 @@ TEST(PersistentCollectionInterface, IsAlsoThatOfABrowser) {
   static_assert(std::is_base_of_v<IQXObjCollectionForBrowser, IQXPersistentCollection>);
   static_assert(std::has_virtual_destructor_v<IQXObjCollectionForBrowser>);
   static_assert(sizeof(IQXPersistentCollection) == sizeof(void*), "it holds nothing");
+}
+
+// Add-ons are built against these orders. A destructor takes two slots.
+TEST(PersistentCollectionInterface, KeepsTheOrderOfTheBrowsersOperations) {
+  using Browser = IQXObjCollectionForBrowser;
+  EXPECT_EQ(slotOf(&Browser::First), 0);
+  EXPECT_EQ(slotOf(&Browser::Last), 1);
+  EXPECT_EQ(slotOf(&Browser::Next), 2);
+  EXPECT_EQ(slotOf(&Browser::Previous), 3);
+  EXPECT_EQ(slotOf(&Browser::Eof), 4);
+  EXPECT_EQ(slotOf(&Browser::Bof), 5);
+  EXPECT_EQ(slotOf(&Browser::Add), 6);
+  EXPECT_EQ(slotOf(&Browser::Refresh), 7);
+  EXPECT_EQ(slotOf(&Browser::GetRecordCount), 8);
+  EXPECT_EQ(slotOf(&Browser::MapToContainer), 9);
+  EXPECT_EQ(slotOf(&Browser::ContainerToMap), 10);
+}
+
+TEST(PersistentCollectionInterface, PutsItsOwnOperationsBehindTheDestructorOfTheBrowsers) {
+  using Collection = IQXPersistentCollection;
+  EXPECT_EQ(slotOf(&Collection::Connect), 13);
+  EXPECT_EQ(slotOf(&Collection::Exists), 14);
+  EXPECT_EQ(slotOf(&Collection::Load), 15);
+  EXPECT_EQ(slotOf(&Collection::Remove), 16);
+  EXPECT_EQ(slotOf(&Collection::Update), 17);
+  EXPECT_EQ(slotOf(&Collection::GetConditionsFromKeyFields), 18);
+  EXPECT_EQ(slotOf(&Collection::SetCorrelationName), 19);
+  EXPECT_EQ(slotOf(&Collection::SetKeysOnly), 20);
+  EXPECT_EQ(slotOf(&Collection::GetValue), 21);
 }
 
 TEST(PersistentCollectionInterface, GivesTheValueOfTheNameAsItIsFirst) {

@@ -1,10 +1,9 @@
 #include "qxframework/persistence/collection_proxy.h"
 
-#include "qxframework/automation/com_error.h"
 #include "qxframework/logging/function_log.h"
-#include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
+#include "qxframework/persistence/internal/proxy_parts.h"
 #include "qxframework/persistence/internal/value_lookup.h"
 #include "qxframework/persistence/persistence_exception.h"
 
@@ -43,11 +42,8 @@ void CQXPersistentCollectionProxy::Connect(CComPtr<ICompany> company, const OLEC
                                            bool userTable) {
   if (m_bConnected)
     throw CQXPersistenceException(u"Proxy is already connected to a persistent collection");
-  if (m_pFactory == nullptr) m_pFactory = std::make_shared<CQXPersistenceFactory>(company);
-  m_pCollection.reset(m_pFactory->CreatePersistentCollection());
-  if (m_pCollection == nullptr) qx::raiseError(E_OUTOFMEMORY);
-  m_pCollection->SetMasterTable(table);
-  m_pCollection->SetUserTable(userTable);
+  m_pCollection = qx::connectedTo(
+      m_pFactory, company, &CQXPersistenceFactory::CreatePersistentCollection, table, userTable);
   m_bConnected = true;
 }
 
@@ -66,14 +62,14 @@ void CQXPersistentCollectionProxy::Load(const std::vector<const OLECHAR*>& keyFi
 
 void CQXPersistentCollectionProxy::GetByKey(const TyFieldValues& keys,
                                             CQXValueContainer& container) {
-  const qx_ptr<CConditions> conditions = GetConditionsFromKeyFields(keys, true);
+  const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
   const auto object = NewObject();
   m_pCollection->GetByKey(conditions, object.get());
   MapToContainer(object->GetFieldValues(), container);
 }
 
 bool CQXPersistentCollectionProxy::Find(const TyFieldValues& keys, CQXValueContainer& container) {
-  const qx_ptr<CConditions> conditions = GetConditionsFromKeyFields(keys, false);
+  const qx_ptr<CConditions> conditions = EqualConditions(keys, false);
   const auto object = NewObject();
   const bool found = m_pCollection->FindInRecordSetNoThrow(conditions, object.get());
   if (found) MapToContainer(object->GetFieldValues(), container);
@@ -81,7 +77,7 @@ bool CQXPersistentCollectionProxy::Find(const TyFieldValues& keys, CQXValueConta
 }
 
 bool CQXPersistentCollectionProxy::Exists(const TyFieldValues& keys) {
-  const qx_ptr<CConditions> conditions = GetConditionsFromKeyFields(keys, true);
+  const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
   const auto object = NewObject();
   return m_pCollection->Exists(conditions, object.get());
 }
@@ -100,7 +96,7 @@ void CQXPersistentCollectionProxy::Add(const CQXValueContainer& container) {
 
 void CQXPersistentCollectionProxy::Update(const TyFieldValues& keys,
                                           const CQXValueContainer& container) {
-  const qx_ptr<CConditions> conditions = GetConditionsFromKeyFields(keys, true);
+  const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
   const auto object = NewObject();
   ContainerToMap(container, object->GetFieldValues());
   const auto found = FoundObject(conditions);
@@ -108,7 +104,7 @@ void CQXPersistentCollectionProxy::Update(const TyFieldValues& keys,
 }
 
 void CQXPersistentCollectionProxy::Remove(const TyFieldValues& keys) {
-  const qx_ptr<CConditions> conditions = GetConditionsFromKeyFields(keys, true);
+  const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
   const auto object = NewObject();
   const auto found = FoundObject(conditions);
   m_pCollection->Remove(conditions, object.get(), found->GetFieldValues());
@@ -217,15 +213,13 @@ qx_ptr<CConditions> CQXPersistentCollectionProxy::GetConditionsFromKeyFields(
   return Connected().BuildConditionsFromValues(values, operations, false);
 }
 
-qx_ptr<CConditions> CQXPersistentCollectionProxy::GetConditionsFromKeyFields(
-    const TyFieldValues& values, bool check) {
+qx_ptr<CConditions> CQXPersistentCollectionProxy::EqualConditions(const TyFieldValues& values,
+                                                                  bool check) const {
   return Connected().BuildConditionsFromValues(values, {}, check);
 }
 
 std::unique_ptr<CQXPersistentObject> CQXPersistentCollectionProxy::NewObject() const {
-  std::unique_ptr<CQXPersistentObject> object(m_pFactory->CreatePersistentObject());
-  if (object == nullptr) qx::raiseError(E_OUTOFMEMORY);
-  return object;
+  return qx::ownedUnlessNull(m_pFactory->CreatePersistentObject());
 }
 
 /// The key of the current row; null if there is no row or its key cannot be had.

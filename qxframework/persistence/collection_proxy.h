@@ -20,15 +20,26 @@ class CQXPersistentObject;
 /// The rows of one SELECT: not connected until Connect, loaded by Load.
 ///
 /// What the state does not allow is refused with a CQXPersistenceException of code -1; those of the
-/// statements pass through. A copy shares the rows with the original, so a proxy in use is not to
-/// be copied.
+/// statements pass through.
+///
+/// The query stands as it is from the first Load on: conditions, fields, sort fields, joins and the
+/// correlation name have no effect on it until SetMaxRecordCount with a new value, and Load after
+/// that, write another.
+///
+/// The rows are under one cursor. The steps, GetByKey, Find, Update, Remove and Refresh move it:
+/// those that look for a row start at the first, stay on the one that they find, and end behind the
+/// last without one. Exists, Add and RemoveRange leave it. Which rows there are is as the query
+/// found it until a Refresh.
+///
+/// A copy shares the rows with the original, so a proxy in use is not to be copied.
 class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
  public:
   CQXPersistentCollectionProxy(const CQXPersistentCollectionProxy& other);
   CQXPersistentCollectionProxy& operator=(const CQXPersistentCollectionProxy& other);
   ~CQXPersistentCollectionProxy() override;
 
-  /// Once only.
+  /// Once only. `table` is the name that the database has, with the "@" of a user table. With
+  /// `userTable` new rows get a generated Code and Name.
   void Connect(CComPtr<ICompany> company, const OLECHAR* table, bool userTable);
   bool IsConnected() const { return m_bConnected; }
   bool IsLoaded() const { return m_bLoaded; }
@@ -43,10 +54,11 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   bool Find(const TyFieldValues& keys, CQXValueContainer& container);
   /// Asks the database, not the cursor.
   bool Exists(const TyFieldValues& keys);
-  /// -1 for no limit. The next step is Load.
+  /// -1 for no limit. The next step is Load, which writes a new query only if the value is new.
   void SetMaxRecordCount(long maximum);
-  /// Neither of the next three touches the cursor's rows; the first two find theirs among them.
+  /// Writes the row of a whole key, which must be among the rows of the query.
   void Update(const TyFieldValues& keys, const CQXValueContainer& container);
+  /// Deletes the row of a whole key, which must be among the rows of the query.
   void Remove(const TyFieldValues& keys);
   /// One DELETE for all rows with these values. It knows EQUAL only, which is what it takes if
   /// there are no operations.
@@ -65,8 +77,8 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   void Refresh(CQXValueContainer& container) override;
   long GetRecordCount() const override;
 
-  /// Whether the query selects keys only and each step reads its row by another SELECT, as it does
-  /// at first.
+  /// Whether the query selects keys only and each row is read by another SELECT, as it is at first.
+  /// To be set before Load.
   bool GetKeysOnly() const;
   void SetKeysOnly(bool keysOnly);
   /// The columns to select; the caller keeps the names alive.
@@ -93,7 +105,8 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
     TyFieldValues values;
     long statement = 0;
   };
-  qx_ptr<CConditions> GetConditionsFromKeyFields(const TyFieldValues& values, bool check);
+  /// With `check` the values must be those of the key fields in their order.
+  qx_ptr<CConditions> EqualConditions(const TyFieldValues& values, bool check) const;
   std::unique_ptr<CQXPersistentObject> NewObject() const;
   long Navigate(const Step& step, CQXValueContainer& container);
   qx_ptr<CConditions> CurrentRow() const;

@@ -8,6 +8,9 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace Persistence::test {
 namespace {
@@ -107,6 +110,18 @@ TEST_F(CollectionProxy, TheSameLimitUnloadsItTooButKeepsTheStatement) {
   EXPECT_FALSE(proxy.IsLoaded());
   proxy.Load({kCode}, codeIs(u"A"));
   EXPECT_EQ(statements(), (Texts{kAllRows}));
+}
+
+TEST_F(CollectionProxy, WhatIsSetWhenItIsLoadedGoesIntoTheQueryAfterANewLimitOnly) {
+  load();
+  proxy.SetFields({kCode, kName});
+  proxy.SetSortFields({CQXPersistenceSortField(kName)});
+  proxy.Refresh(item);
+  EXPECT_EQ(statements(), (Texts{kAllRows}));
+  proxy.SetMaxRecordCount(7);
+  proxy.Load({kCode}, codeIs(u"A"));
+  EXPECT_EQ(statements().back(),
+            u"SELECT TOP 7 Code,Name FROM OITM     WHERE Code = N'A' ORDER BY Name ASC");
 }
 
 TEST_F(CollectionProxy, ARefusedLimitLeavesItLoaded) {
@@ -212,6 +227,34 @@ TEST_F(CollectionProxy, UpdateWithKeysOnlyReadsTheRowFirst) {
                                  u"UPDATE OITM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
 }
 
+TEST_F(CollectionProxy, UpdateWritesTheRecordIntoTheRowBeforeItLooksForTheKey) {
+  load();
+  std::vector<std::string> moves = {"not asked"};
+  proxy.writing = [&] { moves = company->moves; };
+  company->moves.clear();
+  EXPECT_EQ(refusalOf([&] {
+              proxy.Update(values({{kCode, u"X"}}), item);
+            }),
+            "-1: Record not found in record set");
+  EXPECT_TRUE(moves.empty());
+  EXPECT_EQ(company->moves.front(), "MoveFirst");
+}
+
+TEST_F(CollectionProxy, ARecordThatCannotBeWrittenRunsNothingAndLeavesNothingBehind) {
+  load();
+  (void)proxy.First(item);
+  company->moves.clear();
+  const ULONG before = references();
+  proxy.writing = [] { throw std::runtime_error("the record cannot be written"); };
+  EXPECT_THROW(proxy.Add(item), std::runtime_error);
+  EXPECT_EQ(references(), before);
+  EXPECT_THROW(proxy.Update(values({{kCode, u"B"}}), item), std::runtime_error);
+  EXPECT_EQ(references(), before);
+  EXPECT_TRUE(statements().empty());
+  EXPECT_TRUE(company->moves.empty());
+  EXPECT_TRUE(proxy.IsLoaded());
+}
+
 TEST_F(CollectionProxy, RemoveFindsTheRowAndDeletesIt) {
   load();
   const ULONG before = references();
@@ -270,6 +313,18 @@ TEST_F(CollectionProxy, ConditionsOfAnyValuesTakeTheGivenOperations) {
   EXPECT_EQ(
       qx::test::shown(proxy.conditionsOf(values({{kName, u"A"}, {u"Qty", 7}}), {co_Like, co_Less})),
       "Name|0|98|VT_BSTR|A; Qty|3|98||7");
+}
+
+TEST_F(CollectionProxy, ADerivedClassAsksForEqualConditionsWithNoOperations) {
+  connect();
+  EXPECT_EQ(qx::test::shown(proxy.equalConditionsOf(values({{kName, u"A"}, {u"Qty", 7}}))),
+            "Name|1|98|VT_BSTR|A; Qty|1|98||7");
+}
+
+TEST_F(CollectionProxy, NullConditionsSelectAllRows) {
+  connect();
+  proxy.Load({kCode}, nullptr);
+  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM OITM     ORDER BY Code"}));
 }
 
 TEST_F(CollectionProxy, AValueIsLookedUpByTheNameOrByItsCapitals) {

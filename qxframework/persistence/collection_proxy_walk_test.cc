@@ -47,6 +47,20 @@ TEST_F(CollectionProxy, ReportsEndBeginningAndCountOfTheRows) {
   EXPECT_FALSE(proxy.Eof());
 }
 
+TEST_F(CollectionProxy, AStepBackFromTheFirstRowEndsInFrontOfItAndFindsNoneToRead) {
+  load();
+  (void)proxy.First(item);
+  item.code = u"untouched";
+  EXPECT_THROW((void)proxy.Previous(item), _com_error);
+  EXPECT_TRUE(proxy.Bof());
+  EXPECT_FALSE(proxy.Eof());
+  EXPECT_EQ(proxy.Previous(item), 1);
+  EXPECT_EQ(item.code, u"untouched");
+  EXPECT_EQ(proxy.Next(item), 0);
+  EXPECT_EQ(item.code, u"A");
+  EXPECT_FALSE(proxy.Bof());
+}
+
 TEST_F(CollectionProxy, AnEmptyResultHasNoFirstRowAndLeavesTheRecordAlone) {
   company->otherwise = items({});
   load();
@@ -82,6 +96,52 @@ TEST_F(CollectionProxy, WithKeysOnlyEachStepReadsItsRow) {
                                  u"SELECT * FROM OITM     WHERE Code = N'B'",
                                  u"SELECT * FROM OITM     WHERE Code = N'A'",
                                  u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+}
+
+TEST_F(CollectionProxy, WithKeysOnlyFindReadsTheRowThatItFound) {
+  loadKeys();
+  EXPECT_TRUE(proxy.Find(values({{kCode, u"B"}}), item));
+  EXPECT_EQ(item.name, u"Screw");
+  EXPECT_FALSE(proxy.Find(values({{kCode, u"X"}}), item));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+}
+
+TEST_F(CollectionProxy, WithKeysOnlyFindOfARowThatIsGoneFromTheTableIsFalse) {
+  loadKeys();
+  company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] = items({});
+  item.code = u"untouched";
+  EXPECT_FALSE(proxy.Find(values({{kCode, u"B"}}), item));
+  EXPECT_EQ(item.code, u"untouched");
+}
+
+TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheSameRowAnew) {
+  loadKeys();
+  (void)proxy.Last(item);
+  company->runs.clear();
+  company->otherwise = {{u"Code"}, {{u"A"}, {u"B"}, {u"C"}}};
+  company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] = items({{u"B", u"Bolt"}});
+  proxy.Refresh(item);
+  EXPECT_EQ(item.name, u"Bolt");
+  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM OITM     ORDER BY Code",
+                                 u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+}
+
+TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheFirstRowIfTheOldOneIsGone) {
+  loadKeys();
+  (void)proxy.Last(item);
+  company->runs.clear();
+  company->otherwise = {{u"Code"}, {{u"A"}}};
+  proxy.Refresh(item);
+  EXPECT_EQ(item.name, u"Nail");
+  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM OITM     ORDER BY Code",
+                                 u"SELECT * FROM OITM     WHERE Code = N'A'"}));
+}
+
+TEST_F(CollectionProxy, WithKeysOnlyRefreshOfAnEmptyResultIsRefused) {
+  loadKeys();
+  company->otherwise = {{u"Code"}, {}};
+  EXPECT_EQ(refusalOf([&] { proxy.Refresh(item); }), "-1: Record set is empty");
+  EXPECT_TRUE(proxy.IsLoaded());
 }
 
 TEST_F(CollectionProxy, AStepReleasesTheObjectThatItMade) {

@@ -15,7 +15,9 @@ struct Owner {
   }
 };
 
-/// Runs `work`, out of which nothing may come.
+/// Runs `work` and lets nothing out, which is what the destructor and Remove promise to those who
+/// clean up while another failure is on its way. The end of a condition as it is today cannot fail;
+/// the promise is kept here, where it is made, and does not rest on that.
 template <class Work>
 void guarded(Work work) noexcept {
   try {

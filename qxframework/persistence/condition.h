@@ -10,8 +10,8 @@
 #include <memory>
 #include <vector>
 
-namespace qx::test {
-struct ConditionFlags;
+namespace qx {
+struct ConditionAccess;  // what no operation of a condition or a list reaches
 }
 
 namespace Persistence {
@@ -65,7 +65,7 @@ class QX_API CCondition {
 
  private:
   friend class CConditions;
-  friend struct qx::test::ConditionFlags;
+  friend struct qx::ConditionAccess;
   CCondition() = default;
 
   CComBSTR m_ComparedAlias{u""};
@@ -112,6 +112,7 @@ class QX_API CConditions {
   friend bool operator!=(const CConditions& a, const CConditions& b) { return !(a == b); }
 
  private:
+  friend struct qx::ConditionAccess;
   CConditions() = default;
 
   std::vector<std::shared_ptr<CCondition>> m_Conditions;

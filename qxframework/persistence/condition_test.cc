@@ -8,10 +8,12 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace Persistence {
 namespace {
 
+using qx::ConditionAccess;
 using qx::viewOf;
 using namespace std::string_view_literals;
 
@@ -26,7 +28,7 @@ qx_ptr<CConditions> full() {
   condition->PutRelationship(cr_Or);
   condition->PutBracketOpenNum(2);
   condition->PutBracketCloseNum(3);
-  qx::test::ConditionFlags::compareFields(*condition, VARIANT_TRUE);
+  ConditionAccess::compareFields(*condition, VARIANT_TRUE);
   return list;
 }
 
@@ -97,7 +99,7 @@ TEST(Condition, AssignmentTakesEveryFieldTheFieldComparisonIncluded) {
 TEST(Condition, EveryFieldCountsForEquality) {
   const std::function<void(CCondition&)> changes[] = {
       [](CCondition& c) { c.PutComparedAlias(u"VT_R8"); },
-      [](CCondition& c) { qx::test::ConditionFlags::compareFields(c, VARIANT_FALSE); },
+      [](CCondition& c) { ConditionAccess::compareFields(c, VARIANT_FALSE); },
       [](CCondition& c) { c.PutOperation(co_Less); },
       [](CCondition& c) { c.PutRelationship(cr_And); },
       [](CCondition& c) { c.PutCondVal(u"a"); },
@@ -195,7 +197,10 @@ TEST(Conditions, ListsOfTheSameConditionsInAnotherOrderDiffer) {
 
 TEST(Conditions, ClearedWithTrueAreDeletedAndTheListIsEmpty) {
   const auto list = full();
+  const auto condition = ConditionAccess::watch(*list, 0);
+  EXPECT_FALSE(condition.expired());
   list->Clear(true);
+  EXPECT_TRUE(condition.expired());
   EXPECT_EQ(list->GetCount(), 0);
   list->Add();
   EXPECT_EQ(list->GetCount(), 1);
@@ -226,7 +231,9 @@ TEST(Conditions, AssignmentOfAListSharesTheConditionsAndDropsTheFormerOnes) {
   const auto list = full();
   CConditions other(*CConditions::CreateNewInstance());
   other.Add();
+  const auto former = ConditionAccess::watch(other, 0);
   other = *list;
+  EXPECT_TRUE(former.expired());
   EXPECT_EQ(other.GetCount(), 1);
   EXPECT_EQ(other.Item(0), list->Item(0));
 }
@@ -239,12 +246,34 @@ TEST(Conditions, RemoveGivesUpItsReferenceAndLeavesTheOthers) {
   CConditions::Remove(qx_ptr<CConditions>());
 }
 
-TEST(Conditions, TenThousandAreBuiltAndCloned) {
-  const auto list = CConditions::CreateNewInstance();
-  for (int i = 0; i < 10000; ++i) list->Add()->PutBracketOpenNum(i);
-  const auto clone = list->Clone();
-  EXPECT_EQ(clone->GetCount(), 10000);
-  EXPECT_EQ(clone->Item(9999)->GetBracketOpenNum(), 9999);
+TEST(Conditions, DieWithTheLastReferenceToTheirList) {
+  auto list = full();
+  const auto condition = ConditionAccess::watch(*list, 0);
+  qx_ptr<CConditions> second = list;
+  list = 0;
+  EXPECT_FALSE(condition.expired());
+  CConditions::Remove(second);  // takes a reference of its own and gives it up
+  EXPECT_FALSE(condition.expired());
+  second = 0;
+  EXPECT_TRUE(condition.expired());
+}
+
+TEST(Conditions, RemoveOfTheLastReferenceIsTheEndOfTheList) {
+  auto list = full();
+  const auto condition = ConditionAccess::watch(*list, 0);
+  CConditions::Remove(std::exchange(list, qx_ptr<CConditions>()));
+  EXPECT_TRUE(condition.expired());
+}
+
+TEST(Conditions, SharedByACopyOfTheListDieWithTheLastOfBoth) {
+  auto list = full();
+  const auto condition = ConditionAccess::watch(*list, 0);
+  {
+    const CConditions copy(*list);
+    list = 0;
+    EXPECT_FALSE(condition.expired());
+  }
+  EXPECT_TRUE(condition.expired());
 }
 
 }  // namespace

@@ -238,6 +238,64 @@ TEST(FieldValues, AMovedMapIsTakenOverAndLeavesAnEmptyOne) {
   EXPECT_EQ(source.FindIndex(u"Code"), -1);
 }
 
+TEST(FieldValues, AssignmentOfAMovedMapReplacesWhatWasThereAndLeavesAnEmptyOne) {
+  TyFieldValues source = twoFields();
+  source.Add(u"Name", u"Again");
+  TyFieldValues target;
+  target.Add(u"Old", 1);
+  target = std::move(source);
+  EXPECT_EQ(target.GetCount(), 3);
+  EXPECT_EQ(target.GetKeyAt(0).View(), u"Name");
+  EXPECT_EQ(target.GetKeyAt(2).View(), u"Name");
+  EXPECT_EQ(text(target.GetValueAt(0)), u"Again");
+  EXPECT_EQ(text(target[u"Code"]), u"A");
+  EXPECT_EQ(target.FindIndex(u"Old"), -1);
+  EXPECT_EQ(source.GetCount(), 0);  // NOLINT(bugprone-use-after-move)
+  EXPECT_FALSE(source.contains(u"Code"));
+  EXPECT_FALSE(source.contains(u"Old"));
+}
+
+TEST(FieldValues, AssignmentOfAMovedMapLeavesOutNamesWithoutAPosition) {
+  TyFieldValues source = twoFields();
+  source.SetValue(u"Hidden", 1);
+  source.SetValue(u"Later", 2);
+  source.Add(u"Later", 3);
+  TyFieldValues target;
+  target = std::move(source);
+  EXPECT_FALSE(target.contains(u"Hidden"));
+  EXPECT_EQ(target.FindIndex(u"Later"), 2);
+  EXPECT_EQ(target[u"Later"].lVal, 3);
+  EXPECT_EQ(text(target[u"Code"]), u"A");
+  EXPECT_FALSE(source.contains(u"Hidden"));  // NOLINT(bugprone-use-after-move)
+}
+
+TEST(FieldValues, ACopyOrAMovedMapLeavesOutNamesWithoutAPositionToo) {
+  TyFieldValues source = twoFields();
+  source.SetValue(u"Hidden", 1);
+  const TyFieldValues copy(source);
+  EXPECT_FALSE(copy.contains(u"Hidden"));
+  EXPECT_TRUE(source.contains(u"Hidden"));
+  const TyFieldValues moved(std::move(source));
+  EXPECT_FALSE(moved.contains(u"Hidden"));
+  EXPECT_EQ(moved.GetCount(), 2);
+}
+
+TEST(FieldValues, AMapMovedToItselfIsKept) {
+  TyFieldValues values = twoFields();
+  TyFieldValues& same = values;
+  values = std::move(same);
+  EXPECT_EQ(values.GetCount(), 2);
+  EXPECT_EQ(text(values.GetValueAt(0)), u"Nail");
+}
+
+TEST(FieldValues, AreFoundInPlaceOrNotAtAll) {
+  const TyFieldValues values = twoFields();
+  ASSERT_NE(values.find(u"Code"), nullptr);
+  EXPECT_EQ(text(*values.find(u"Code")), u"A");
+  EXPECT_EQ(values.find(u"Code"), values.find(u"Code"));
+  EXPECT_EQ(values.find(u"Price"), nullptr);
+}
+
 TEST(FieldValues, TheSameValuesUnderOtherNamesAreEqual) {
   TyFieldValues other;
   other.Add(u"X", u"Nail");

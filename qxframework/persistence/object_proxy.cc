@@ -1,8 +1,7 @@
 #include "qxframework/persistence/object_proxy.h"
 
-#include "qxframework/automation/com_error.h"
-#include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_object.h"
+#include "qxframework/persistence/internal/proxy_parts.h"
 #include "qxframework/persistence/persistence_exception.h"
 
 namespace Persistence {
@@ -19,10 +18,8 @@ CQXPersistentObjectProxy::~CQXPersistentObjectProxy() {
 
 void CQXPersistentObjectProxy::Connect(CComPtr<ICompany> company, const OLECHAR* table,
                                        bool userTable) {
-  if (m_pFactory == nullptr) m_pFactory = std::make_shared<CQXPersistenceFactory>(company);
-  std::shared_ptr<CQXPersistentObject> object = NewObject();
-  object->SetMasterTable(table);
-  object->SetUserTable(userTable);
+  std::shared_ptr<CQXPersistentObject> object = qx::connectedTo(
+      m_pFactory, company, &CQXPersistenceFactory::CreatePersistentObject, table, userTable);
   if (m_pObject != nullptr) m_vecReplaced.push_back(m_pObject);
   m_pObject = std::move(object);
   m_bConnected = true;
@@ -102,12 +99,6 @@ void CQXPersistentObjectProxy::GetSQLforChooseList(CComPtr<ICompany> company,
   m_pObject->GetSQLforChooseList(fields, where, result);
 }
 
-std::shared_ptr<CQXPersistentObject> CQXPersistentObjectProxy::NewObject() const {
-  std::shared_ptr<CQXPersistentObject> object(m_pFactory->CreatePersistentObject());
-  if (object == nullptr) qx::raiseError(E_OUTOFMEMORY);
-  return object;
-}
-
 /// In place of the connected one, which goes first. Without a factory there is no company to ask.
 void CQXPersistentObjectProxy::TakeNewObject() {
   if (m_bConnected) {
@@ -117,7 +108,7 @@ void CQXPersistentObjectProxy::TakeNewObject() {
   }
   if (m_pFactory == nullptr)
     throw CQXPersistenceException(u"Proxy is not connected to a persistent object");
-  m_pObject = NewObject();
+  m_pObject = qx::ownedUnlessNull(m_pFactory->CreatePersistentObject());
   m_bConnected = true;
 }
 

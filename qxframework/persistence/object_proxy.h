@@ -26,7 +26,8 @@ struct TyFieldValues;
 /// One row of a table: not connected until Connect, loaded once it has read or written a row.
 ///
 /// What the state does not allow is refused with a CQXPersistenceException of code -1; those of the
-/// statements pass through. A copy shares the row with the original, so a proxy in use is not to be
+/// statements pass through. Columns, joins and a correlation name are set before the row is read
+/// for the first time. A copy shares the row with the original, so a proxy in use is not to be
 /// copied.
 class QX_API CQXPersistentObjectProxy {
  public:
@@ -54,7 +55,7 @@ class QX_API CQXPersistentObjectProxy {
   void Update(const CQXValueContainer& container);
   void Remove();
   bool Exists();
-  /// Reads the row anew.
+  /// Reads the row anew. A loaded proxy repeats the statement that read it.
   void Refresh();
   void AddLinkTableCriteria(const CQXLinkTableCriteria& link);
   void SetCorrelationName(const OLECHAR* name);
@@ -65,8 +66,11 @@ class QX_API CQXPersistentObjectProxy {
 
  protected:
   /// Takes a new object. The former one, if there is one, lives on as long as the proxy. The
-  /// factory stays with the company that it was made for.
+  /// factory stays with the company that it was made for. The table is named as for the Connect of
+  /// a collection proxy.
   void Connect(CComPtr<ICompany> company, const OLECHAR* table, bool userTable);
+  /// Reads the row of the conditions. A loaded proxy repeats the statement that read its row,
+  /// whatever conditions it is given; these count for Update and Remove only.
   void Load(qx_ptr<CConditions> conditions);
   /// Looks through a new object, which knows the company and nothing else of the former one: no
   /// table, columns, correlation name or joins. The values that the record gets are its own, none.
@@ -76,7 +80,6 @@ class QX_API CQXPersistentObjectProxy {
       const TyFieldValues& values, const std::vector<HvConditionOperation>& operations);
 
  private:
-  std::shared_ptr<CQXPersistentObject> NewObject() const;
   void TakeNewObject();
   CQXPersistentObject& Connected() const;
   CQXPersistentObject& Loaded() const;

@@ -6,6 +6,7 @@
 #include "qxframework/persistence/testing/proxy_records.h"
 #include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/persistence/testing/vtable_slot.h"
 #include "tests/support/recording_logger.h"
 
 #include <gtest/gtest.h>
@@ -66,6 +67,12 @@ class ObjectProxy : public testing::Test {
   ItemProxy proxy;
   Item item;
 };
+
+// Add-ons are built against this order. The destructor in front takes two slots.
+TEST(ObjectProxyInterface, KeepsTheOrderOfItsVirtualOperations) {
+  EXPECT_EQ(qx::test::slotOf(&CQXPersistentObjectProxy::MapToContainer), 2);
+  EXPECT_EQ(qx::test::slotOf(&CQXPersistentObjectProxy::ContainerToMap), 3);
+}
 
 TEST_F(ObjectProxy, StartsNeitherConnectedNorLoaded) {
   EXPECT_FALSE(proxy.IsConnected());
@@ -129,6 +136,16 @@ TEST_F(ObjectProxy, TakesTheDialectOfTheCompanyAndTheUserTableForm) {
   EXPECT_EQ(statements(), (Texts{u"SELECT T0.Code AS'T0.Code',T0.Name AS'T0.Name',T1.* FROM [@T] T0"
                                  u"   INNER JOIN OITB T1 ON T0.Code = T1.Item   WHERE T0.Code = "
                                  u"N'A'"}));
+}
+
+TEST_F(ObjectProxy, ALoadedOneRepeatsItsStatementAndTakesNewConditionsForWritingOnly) {
+  load();
+  proxy.Load(codeIs(u"B"));
+  proxy.Refresh();
+  const OLECHAR* const first = u"SELECT * FROM OITM     WHERE Code = N'A'";
+  EXPECT_EQ(statements(), (Texts{first, first}));
+  proxy.Remove();
+  EXPECT_EQ(statements().back(), u"DELETE FROM OITM  WHERE Code = N'B'");
 }
 
 TEST_F(ObjectProxy, RefreshReadsTheRowAnew) {

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -30,13 +31,18 @@ class Items final : public CQXPersistentCollectionProxy {
     qx::test::fill(row, container);
   }
   void ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) override {
+    if (writing) writing();
     qx::test::write(container, row);
   }
   qx_ptr<CConditions> conditionsOf(const TyFieldValues& fields,
                                    const std::vector<HvConditionOperation>& operations) {
     return GetConditionsFromKeyFields(fields, operations);
   }
+  qx_ptr<CConditions> equalConditionsOf(const TyFieldValues& fields) {
+    return GetConditionsFromKeyFields(fields, {});
+  }
   bool throwing = false;
+  std::function<void()> writing;  // runs first when a record is written
 };
 
 class CollectionProxy : public testing::Test {

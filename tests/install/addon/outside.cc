@@ -1,4 +1,4 @@
-// Starts, creates its table, says so from its string table and stops.
+// Starts, creates its table, says so from its string table, keeps records in the table and stops.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
@@ -9,10 +9,9 @@
 #include "qxframework/resources/resource_loader.h"
 #include "qxframework/runtime/addon.h"
 #include "qxframework/runtime/qx_idispatch.h"
+#include "records.h"
 
 #include <iostream>
-
-bool recordsRefuseWithoutACompany();
 
 namespace {
 
@@ -27,7 +26,8 @@ class Handler : public CQXIDispatch {
     CQXBSTR text(ln_English);
     loader_.LoadStringW(text, 900, ln_English);
     std::cout << qx::toUtf8(text.View()) << ", tables " << result << ", version "
-              << qx::toUtf8(version.GetVersionAsBSTR().View()) << std::endl;
+              << qx::toUtf8(version.GetVersionAsBSTR().View()) << "\n"
+              << qx::toUtf8(useRecords(company)) << std::endl;
     return result;
   }
   long OnReservedEvent() override { return S_OK; }

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+namespace qx::test {
+
+/// The slot of a virtual operation in its class's table, from 0; -1 if the operation is not
+/// virtual.
+///
+/// Read out of the pointer to the operation as the Itanium C++ ABI lays it out: a word with the
+/// offset into the table and a word with the adjustment of `this`, with one bit that says that the
+/// operation is virtual. That bit is the lowest of the first word, but on ARM the lowest of the
+/// second, whose rest is shifted by one.
+template <class Operation>
+long slotOf(Operation operation) {
+  struct Layout {
+    std::uintptr_t offset;
+    std::uintptr_t adjustment;
+  };
+  const auto layout = std::bit_cast<Layout>(operation);
+#if defined(__aarch64__) || defined(__arm__)
+  const bool isVirtual = (layout.adjustment & 1) != 0;
+  const std::uintptr_t offset = layout.offset;
+#elif defined(__x86_64__)
+  const bool isVirtual = (layout.offset & 1) != 0;
+  const std::uintptr_t offset = layout.offset - 1;
+#else
+#error "how does this machine lay out a pointer to a virtual operation?"
+#endif
+  return isVirtual ? static_cast<long>(offset / sizeof(void*)) : -1;
+}
+
+}  // namespace qx::test
