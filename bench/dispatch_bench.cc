@@ -32,7 +32,7 @@ class PressedEvent final : public qx::NoDispatch<qx::ComObject<IItemEvent>> {
  public:
   HRESULT raw_GetEventType(long* out) override { return *out = qx::kItemPressed, S_OK; }
   HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) override { return *out = VARIANT_FALSE, S_OK; }
-  HRESULT raw_GetFormTypeEx(BSTR* out) override { return qx::giveText(u"139", out); }
+  HRESULT raw_GetFormTypeEx(BSTR* out) override { return qx::giveText(u"3101", out); }
   HRESULT raw_GetFormUID(BSTR* out) override { return qx::giveText(u"F_1", out); }
   HRESULT raw_GetItemUID(BSTR* out) override { return qx::giveText(u"1", out); }
   HRESULT raw_GetColUID(BSTR* out) override { return qx::giveText(u"", out); }
@@ -134,7 +134,7 @@ int main() {
   for (const int forms : {1, 10, 50}) {
     while (static_cast<int>(uids.size()) < forms) {
       CComBSTR uid;
-      if (user->OpenForm(CComBSTR(u"139"), &uid) < 0) return 1;
+      if (user->OpenForm(CComBSTR(u"3101"), &uid) < 0) return 1;
       uids.push_back(uid);
     }
     EventCall event(uids.front());

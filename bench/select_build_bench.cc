@@ -61,7 +61,7 @@ std::unique_ptr<CQXPersistentCollection> makeCollection(long serverType, int con
   lines.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Kind", CComVariant(3), co_NotEqual));
   lines.SetFields({u"U_Item", u"U_Amount"});
   collection->AddLinkTable(lines);
-  CQXLinkTableCriteria rates(u"ORTT", u"T2", jm_Inner, false);
+  CQXLinkTableCriteria rates(u"HVRATE", u"T2", jm_Inner, false);
   rates.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Day", u"RateDate"));
   rates.SetFields({u"Rate"});
   collection->AddLinkTable(rates);

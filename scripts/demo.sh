@@ -45,7 +45,7 @@ start
 say -- the menu while it runs:
 print menus
 say -- the user opens an order and confirms it without a customer, then with one:
-open 139
+open 3101
 press * 1
 print status
 type * 4 C20000

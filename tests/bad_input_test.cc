@@ -213,7 +213,7 @@ std::string query(ICompany* company, const std::u16string& sql) {
 
 TEST(LockedCompany, RefusesAStatementOfARunningAddOnAndServesTheNext) {
   RunningAddOn run;
-  const std::u16string insert = u"insert into OCRN (CurrCode) values ('XXX')";
+  const std::u16string insert = u"insert into HVCURR (Currency) values ('XXX')";
   {
     SqliteFile other(run.file);
     other.execute("BEGIN IMMEDIATE");
@@ -227,15 +227,15 @@ TEST(LockedCompany, RefusesAStatementOfARunningAddOnAndServesTheNext) {
 
 TEST(VanishedCompany, IsToldByTheNextStatementAndTheClientGoesOn) {
   RunningAddOn run;
-  EXPECT_EQ(query(run.record.company, u"select CurrCode from OCRN"), "");
+  EXPECT_EQ(query(run.record.company, u"select Currency from HVCURR"), "");
   std::filesystem::remove(run.file);
-  EXPECT_EQ(query(run.record.company, u"select CurrCode from OCRN"),
+  EXPECT_EQ(query(run.record.company, u"select Currency from HVCURR"),
             "The company database '" + run.file.string() +
                 "' was moved or deleted while it was open. Connect again.");
-  run.desk.openForm("139");
-  EXPECT_THAT(run.record.take(), ElementsAre("OnFormLoad 139", "Form.OnInitForm"));
+  run.desk.openForm("3101");
+  EXPECT_THAT(run.record.take(), ElementsAre("OnFormLoad 3101", "Form.OnInitForm"));
   run.desk.changeCompany(run.file);
-  EXPECT_EQ(query(run.record.company, u"select CurrCode from OCRN"), "");
+  EXPECT_EQ(query(run.record.company, u"select Currency from HVCURR"), "");
 }
 
 TEST(HeldProgressBar, IsWaitedForHalfAnHourAndTheAddOnLoadsWithoutTables) {
@@ -397,7 +397,7 @@ INSTANTIATE_TEST_SUITE_P(Bad, ConnectionText, testing::ValuesIn(kBadStrings),
 
 TEST(PlayScript, ThatMakesNoSenseRefusesTheConnection) {
   const TempFolder folder;
-  const auto script = folder.write("play.txt", "open 139\njump high\n");
+  const auto script = folder.write("play.txt", "open 3101\njump high\n");
   const Attempt attempt(u"embedded:?db=" + qx::toUtf16((folder.path() / "company.db").string()) +
                         u"&appid=900&play=" + qx::toUtf16(script.string()));
   EXPECT_FALSE(attempt.hasSink);

@@ -16,7 +16,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr char kOrder[] = "139";
+constexpr char kOrder[] = "3101";
 constexpr char kOkButton[] = "1";
 constexpr char kCustomer[] = "4";
 constexpr char kCommonEntry[] = "QX_551";
@@ -38,7 +38,7 @@ class Events : public testing::Test, protected RunningAddOn {
 
 TEST_F(Events, AFormLoadReachesTheAddOnAfterTheActionOnly) {
   desk.openForm(kOrder);
-  EXPECT_THAT(record.take(), ElementsAre("OnFormLoad 139", "Form.OnInitForm"));
+  EXPECT_THAT(record.take(), ElementsAre("OnFormLoad 3101", "Form.OnInitForm"));
 }
 
 TEST_F(Events, AnItemEventReachesItsFormBeforeAndAfterTheAction) {
@@ -56,7 +56,7 @@ TEST_F(Events, AVetoKeepsTheClientFromTheActionAndFromTheSecondEvent) {
   record.hooks["Form.OnItemEvent"] = veto;
   EXPECT_FALSE(desk.press(form, kOkButton));
   EXPECT_THAT(record.take(), ElementsAre("Form.OnItemEvent 6 '1' before"));
-  EXPECT_THAT(desk.forms(), HasSubstr(form + " 139"));
+  EXPECT_THAT(desk.forms(), HasSubstr(form + " 3101"));
 }
 
 TEST_F(Events, TheFormIsDeletedWhenTheClientHasUnloadedIt) {

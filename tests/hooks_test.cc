@@ -88,7 +88,7 @@ TEST_P(ThrowingHooks, AreLoggedAndCalledAgainByTheNextEvent) {
   for (const HookCase& each : hookCases()) {
     SCOPED_TRACE(each.hook);
     RunningAddOn run;
-    const std::string form = run.desk.openForm("139");
+    const std::string form = run.desk.openForm("3101");
     run.record.take();
     run.record.hooks[each.hook] = GetParam().throwIt;
     each.act(run, form);
@@ -97,7 +97,7 @@ TEST_P(ThrowingHooks, AreLoggedAndCalledAgainByTheNextEvent) {
     EXPECT_TRUE(run.log.has(QXLoggerLib::sl_Error, each.message));
     if (each.hook == "OnApplicationUnload") continue;
     EXPECT_TRUE(run.desk.closeForm(form));
-    run.desk.openForm("139");
+    run.desk.openForm("3101");
     run.record.take();
     each.act(run, "F_2");
     EXPECT_GE(callsOf(run.record, each.hook), 1U);
@@ -106,7 +106,7 @@ TEST_P(ThrowingHooks, AreLoggedAndCalledAgainByTheNextEvent) {
 
 TEST_P(ThrowingHooks, OfAFormThatIsUnloadedDoNotKeepItAlive) {
   RunningAddOn run;
-  const std::string form = run.desk.openForm("139");
+  const std::string form = run.desk.openForm("3101");
   run.record.hooks["Form.OnItemEvent"] = GetParam().throwIt;
   run.record.hooks["Form.OnUnloadForm"] = GetParam().throwIt;
   run.record.take();

@@ -111,7 +111,7 @@ TEST_P(LookUps, APeriodReachesOverTheDayBehindItsLast) {
 }
 
 TEST_P(LookUps, ARateIsThatOfTheDay) {
-  sqlite().execute("INSERT INTO ORTT VALUES ('2019-06-05 00:00:00', 'USD', 1.0845)");
+  sqlite().execute("INSERT INTO HVRATE VALUES ('2019-06-05 00:00:00', 'USD', 1.0845)");
   EXPECT_EQ(rate(u"USD", day(2019, 6, 5, 18)), "0 1.084500");
   EXPECT_EQ(rate(u"EUR", day(2019, 6, 5)), "0 1.000000");
   EXPECT_EQ(rate(u"USD", day(2019, 6, 6)), std::to_string(E_FAIL) + " 0.000000");
@@ -129,7 +129,7 @@ TEST_P(LookUps, MoneyIsRoundedByTheCompany) {
   CQXCurrency amount(10.5);
   amount.Round(record.company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
   EXPECT_EQ(text(amount), "10.500000");
-  sqlite().execute("UPDATE OADM SET Country = 'HU'");
+  sqlite().execute("UPDATE HVCOMP SET Country = 'HU'");
   amount.Round(record.company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
   EXPECT_EQ(text(amount), "11.000000");
   amount = 1.005;
@@ -138,7 +138,7 @@ TEST_P(LookUps, MoneyIsRoundedByTheCompany) {
 }
 
 TEST_P(LookUps, MoneyIsRoundedByTheServiceOfTheLogin) {
-  sqlite().execute("UPDATE OADM SET Country = 'HU'");
+  sqlite().execute("UPDATE HVCOMP SET Country = 'HU'");
   CQXCurrency::m_ptrCompService = record.company->GetCompanyService();
   CQXCurrency::m_ptrDecimalData =
       CComQIPtr<IDecimalData>(CQXCurrency::m_ptrCompService->GetDataInterface(qx::kDecimalData));
@@ -155,7 +155,7 @@ TEST_P(LookUps, MoneyAndDatesAreShownAsTheCompanyWants) {
   const CQXCurrency amount(1234.565);
   EXPECT_EQ(amount.StringFromMoney(record.company, mpt_Sum).View(), u"1,234.57");
   EXPECT_EQ(amount.StringFromMoney(record.company, mpt_Rate).View(), u"1,234.565000");
-  sqlite().execute("UPDATE OADM SET Country = 'HU'");
+  sqlite().execute("UPDATE HVCOMP SET Country = 'HU'");
   CQXCurrency::m_bstrLoc = u"HU";
   CQXCurrency::m_bstrCurr = u"HUF";
   EXPECT_EQ(amount.StringFromMoney(record.company, mpt_Sum).View(), u"1,235.00");

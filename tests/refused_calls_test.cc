@@ -44,7 +44,7 @@ class RefusedCall : public testing::TestWithParam<Gate> {
     Record record;
     { EXPECT_EQ(RecordingAddOn(desk.connection(), record).Connect(1), 0); }
     qx::test::SqliteFile made(first);
-    made.execute("DROP TABLE \"@QXEXTDBVERSION\"; DELETE FROM CUFD; DELETE FROM OUTB");
+    made.execute("DROP TABLE \"@QXEXTDBVERSION\"; DELETE FROM CUFD; DELETE FROM HVUTAB");
     made.execute("VACUUM INTO '" + fresh.string() + "'");
   }
   void renewCompany() const {

@@ -63,7 +63,7 @@ TEST_P(Start, CreatesTheFrameworksTablesInAFreshDatabase) {
   EXPECT_EQ(addOn.Connect(1), 0);
   EXPECT_THAT(record.lines, ElementsAre("OnApplicationLoad"));
   EXPECT_EQ(desk.boxes(), "");
-  EXPECT_THAT(rowsOf(file, "SELECT * FROM OUTB"),
+  EXPECT_THAT(rowsOf(file, "SELECT * FROM HVUTAB"),
               ElementsAre(GetParam().versionTable + "|Extension DB versions|0"));
   const std::string head = table() + "|";
   EXPECT_THAT(rowsOf(file, "SELECT * FROM CUFD ORDER BY FieldID"),

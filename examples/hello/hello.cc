@@ -9,7 +9,7 @@
 namespace {
 
 // The client's order form, its OK button and the field with the customer.
-constexpr OLECHAR kOrderType[] = u"139", kOkButton[] = u"1", kCustomer[] = u"4";
+constexpr OLECHAR kOrderType[] = u"3101", kOkButton[] = u"1", kCustomer[] = u"4";
 
 // Stands for one order form of the client and gets its events.
 class OrderForm : public CQXAddOnForm {

@@ -15,7 +15,7 @@ namespace qx::desk {
 /// Codes of GetLastError. They are frozen: add-ons may test for them.
 enum ErrorCode : long {
   kSqlFailure = -2000,
-  kAlreadyExists = -2035,
+  kAlreadyExists = -2107,
   kNotConnected = -2100,
   kNoCompanyGiven = -2101,
   kOpenFailed = -2102,

@@ -17,19 +17,19 @@ namespace {
 
 // A company that someone makes for trying things out has something in its look-up tables.
 constexpr std::string_view kSampleRows[] = {
-    "INSERT INTO [OCRN] ([CurrCode], [CurrName], [Decimals]) VALUES ('EUR', 'Euro', -1)",
-    "INSERT INTO [OCRN] ([CurrCode], [CurrName], [Decimals]) VALUES ('USD', 'US Dollar', -1)",
-    "INSERT INTO [OCRN] ([CurrCode], [CurrName], [Decimals]) VALUES ('GBP', 'Pound', -1)",
-    "INSERT INTO [OCRN] ([CurrCode], [CurrName], [Decimals]) VALUES ('HUF', 'Forint', -1)",
-    "INSERT INTO [OCRD] ([CardCode], [CardName], [CardType], [Balance]) VALUES "
-    "('C1000', 'Northwind Tools', 'C', 0)",
-    "INSERT INTO [OCRD] ([CardCode], [CardName], [CardType], [Balance]) VALUES "
+    "INSERT INTO [HVCURR] ([Currency], [CurrencyName], [Decimals]) VALUES ('EUR', 'Euro', -1)",
+    "INSERT INTO [HVCURR] ([Currency], [CurrencyName], [Decimals]) VALUES ('USD', 'US Dollar', -1)",
+    "INSERT INTO [HVCURR] ([Currency], [CurrencyName], [Decimals]) VALUES ('GBP', 'Pound', -1)",
+    "INSERT INTO [HVCURR] ([Currency], [CurrencyName], [Decimals]) VALUES ('HUF', 'Forint', -1)",
+    "INSERT INTO [HVPARTN] ([PartnerNo], [PartnerName], [PartnerKind], [Balance]) VALUES "
+    "('C1000', 'Hillside Tools', 'C', 0)",
+    "INSERT INTO [HVPARTN] ([PartnerNo], [PartnerName], [PartnerKind], [Balance]) VALUES "
     "('C2000', 'Harbour Supplies', 'C', 0)",
-    "INSERT INTO [OCRD] ([CardCode], [CardName], [CardType], [Balance]) VALUES "
+    "INSERT INTO [HVPARTN] ([PartnerNo], [PartnerName], [PartnerKind], [Balance]) VALUES "
     "('S1000', 'Steel and Sons', 'S', 0)",
-    "INSERT INTO [OITM] ([ItemCode], [ItemName], [OnHand], [AvgPrice]) VALUES "
+    "INSERT INTO [HVITEM] ([ItemNo], [ItemText], [InStock], [Price]) VALUES "
     "('A1000', 'Hammer', 0, 12.5)",
-    "INSERT INTO [OITM] ([ItemCode], [ItemName], [OnHand], [AvgPrice]) VALUES "
+    "INSERT INTO [HVITEM] ([ItemNo], [ItemText], [InStock], [Price]) VALUES "
     "('A2000', 'Screwdriver', 0, 4.9)",
 };
 
@@ -61,9 +61,11 @@ std::string companyName(const LoginTarget& target) {
 
 void addSettings(Database& database, const LoginTarget& target) {
   const auto row = database.prepare(
-      "INSERT INTO [OADM] ([Code], [CompnyName], [Country], [MainCurncy], [SumDec], [PriceDec], "
-      "[RateDec], [QtyDec], [PercentDec], [MeasureDec], [DecSep], [ThousSep], [DateFormat], "
-      "[DateSep], [CurrPos]) "
+      "INSERT INTO [HVCOMP] ([Code], [CompanyName], [Country], [Currency], [SumPlaces], "
+      "[PricePlaces], "
+      "[RatePlaces], [QuantityPlaces], [PercentPlaces], [MeasurePlaces], [DecimalSign], "
+      "[GroupSign], [DateFormat], "
+      "[DateSign], [CurrencySide]) "
       "VALUES ('1', ?, 'DE', 'EUR', 2, 2, 6, 2, 2, 2, '.', ',', 1, '/', 'N')");
   row->bind(1, std::string_view(companyName(target)));
   row->step();
@@ -95,7 +97,7 @@ std::string storedDay(int year, int month, int day) {
 void addPeriods(Database& database, int thisYear) {
   constexpr int kMonths = 36;
   const auto row = database.prepare(insertInto(
-      "OFPR", {"AbsEntry", "Code", "Name", "Category", "SubNum", "F_RefDate", "T_RefDate"}));
+      "OFPR", {"PeriodNo", "Code", "Name", "Category", "SubNum", "F_RefDate", "T_RefDate"}));
   for (int i = 0; i < kMonths; ++i) {
     const int year = thisYear - 1 + i / 12;
     const int month = 1 + i % 12;
@@ -116,7 +118,7 @@ void addPeriods(Database& database, int thisYear) {
 
 // A rate is looked up by its day, so every day of this year and the next has the same ones.
 void addRates(Database& database, int year) {
-  const auto row = database.prepare(insertInto("ORTT", {"RateDate", "Currency", "Rate"}));
+  const auto row = database.prepare(insertInto("HVRATE", {"RateDate", "Currency", "Rate"}));
   const DATE end = *dateFromCivil({year + 2, 1, 1});
   for (DATE day = *dateFromCivil({year, 1, 1}); day < end; ++day) {
     row->bindDate(1, storedOfDate(day).value());
@@ -126,8 +128,8 @@ void addRates(Database& database, int year) {
     row->reset();
   }
   for (const std::string_view other : {"'GBP', 1.17", "'HUF', 0.0025"}) {
-    database.execute("INSERT INTO [ORTT] ([RateDate], [Currency], [Rate]) SELECT [RateDate], " +
-                     std::string(other) + " FROM [ORTT] WHERE [Currency] = 'USD'");
+    database.execute("INSERT INTO [HVRATE] ([RateDate], [Currency], [Rate]) SELECT [RateDate], " +
+                     std::string(other) + " FROM [HVRATE] WHERE [Currency] = 'USD'");
   }
 }
 
@@ -139,7 +141,7 @@ void createTables(Database& database) {
   tables.setVersion(database, kSchemaVersion);
 }
 
-bool hasCompany(Database& database) { return database.tables().exists(database, "OADM"); }
+bool hasCompany(Database& database) { return database.tables().exists(database, "HVCOMP"); }
 
 void createCompany(Database& database, const LoginTarget& target,
                    const CompanyEnvironment& environment) {

@@ -67,7 +67,7 @@ int runAsNobody(const std::function<int()>& body) {
 
 TEST_F(OpenTest, AMissingFileBecomesANewCompany) {
   const CComPtr<ICompany> company = connectTo(target());
-  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName, MainCurncy FROM OADM"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName, Currency FROM HVCOMP"), u"Demo|EUR");
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
   EXPECT_EQ(rowsOf(company,
                    u"SELECT Category, SubNum, F_RefDate, T_RefDate FROM OFPR "
@@ -76,10 +76,10 @@ TEST_F(OpenTest, AMissingFileBecomesANewCompany) {
   EXPECT_EQ(rowsOf(company, u"SELECT Rate FROM VTG1 WHERE Code = 'A2' ORDER BY EffecDate DESC"),
             u"19\n16");
   EXPECT_EQ(rowsOf(company,
-                   u"SELECT COUNT(*), MIN(RateDate), MAX(RateDate) FROM ORTT WHERE Currency = "
+                   u"SELECT COUNT(*), MIN(RateDate), MAX(RateDate) FROM HVRATE WHERE Currency = "
                    u"'USD'"),
             u"731|2024-01-01 00:00:00|2025-12-31 00:00:00");
-  EXPECT_EQ(rowsOf(company, u"SELECT Currency, Rate FROM ORTT WHERE RateDate = '20240229'"),
+  EXPECT_EQ(rowsOf(company, u"SELECT Currency, Rate FROM HVRATE WHERE RateDate = '20240229'"),
             u"GBP|1.17\nHUF|0.0025\nUSD|0.92");
 }
 
@@ -93,8 +93,8 @@ TEST_F(OpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
   LoginTarget renamed = target();
   renamed.companyName = u"Other";
   const CComPtr<ICompany> company = connectTo(renamed);
-  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName FROM OADM"), u"Demo");
-  EXPECT_EQ(addTable(company, u"QX"), -2035);
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName FROM HVCOMP"), u"Demo");
+  EXPECT_EQ(addTable(company, u"QX"), -2107);
 }
 
 TEST_F(OpenTest, AllTablesAreThereForStatements) {
@@ -182,7 +182,7 @@ TEST_F(OpenTest, DamageThatAStatementMeetsIsTold) {
   file.close();
   if (company->Connect() == 0) {
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT * FROM OITM ORDER BY ItemCode")); }),
+    EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT * FROM HVITEM ORDER BY ItemNo")); }),
               kSqlFailure);
   }
   const LastError error = lastError(company);
@@ -194,7 +194,7 @@ TEST_F(OpenTest, AFileThatAnotherProgramHoldsIsToldAfterTheTimeout) {
   ForeignProgram other(folder.file("company.db"));
   other.run("PRAGMA locking_mode = EXCLUSIVE");
   other.run("BEGIN EXCLUSIVE");
-  other.run("UPDATE OADM SET Country = 'FR'");
+  other.run("UPDATE HVCOMP SET Country = 'FR'");
   CompanyEnvironment environment = testEnvironment();
   int slept = 0;
   environment.sleep = [&slept](int milliseconds) { slept += milliseconds; };
@@ -211,17 +211,17 @@ TEST_F(OpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
   const CComPtr<ICompany> writer = connectTo(target());
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
-  query(writer, u"UPDATE OADM SET Country = 'FR'");
-  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"DE");
+  query(writer, u"UPDATE HVCOMP SET Country = 'FR'");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"DE");
   const auto rows = businessObject<IRecordset>(other, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'IT'")); }),
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(other).text,
             u"The company database is locked by another program. Try again when it has finished.");
   EXPECT_EQ(codeOf([&] { other->StartTransaction(); }), kSqlFailure);
   EXPECT_EQ(other->GetInTransaction(), VARIANT_FALSE);
   writer->EndTransaction(VARIANT_TRUE);
-  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"FR");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
 TEST_F(OpenTest, AWriterWaitsForAnother) {
@@ -232,16 +232,16 @@ TEST_F(OpenTest, AWriterWaitsForAnother) {
   };
   const CComPtr<ICompany> other = connectTo(target(), environment);
   writer->StartTransaction();
-  query(writer, u"UPDATE OADM SET Country = 'FR'");
-  query(other, u"UPDATE OADM SET MainCurncy = 'USD'");
-  EXPECT_EQ(rowsOf(other, u"SELECT Country, MainCurncy FROM OADM"), u"FR|USD");
+  query(writer, u"UPDATE HVCOMP SET Country = 'FR'");
+  query(other, u"UPDATE HVCOMP SET Currency = 'USD'");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country, Currency FROM HVCOMP"), u"FR|USD");
 }
 
 TEST_F(OpenTest, AFileThatIsDeletedWhileOpenIsTold) {
   const CComPtr<ICompany> company = connectTo(target());
   std::filesystem::remove(folder.file("company.db"));
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }),
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(company).text,
             u"The company database '" + toUtf16(folder.file("company.db")) +
@@ -258,9 +258,9 @@ TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
   const int result = runAsNobody([&] {
     const CComPtr<ICompany> company = companyFor(target());
     if (company->Connect() != 0) return 1;
-    if (rowsOf(company, u"SELECT CompnyName FROM OADM") != u"Demo") return 2;
+    if (rowsOf(company, u"SELECT CompanyName FROM HVCOMP") != u"Demo") return 2;
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    if (codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }) !=
+    if (codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }) !=
         kSqlFailure) {
       return 3;
     }
@@ -277,13 +277,13 @@ TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
 
 TEST_F(OpenTest, AReadOnlyFileIsReadWhileItsOwnerWrites) {
   const CComPtr<ICompany> owner = connectTo(target());
-  query(owner, u"UPDATE OADM SET Country = 'FR'");
+  query(owner, u"UPDATE HVCOMP SET Country = 'FR'");
   std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0444));
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
   const int result = runAsNobody([&] {
     const CComPtr<ICompany> company = companyFor(target());
     if (company->Connect() != 0) return 1;
-    return rowsOf(company, u"SELECT Country FROM OADM") == u"FR" ? 0 : 2;
+    return rowsOf(company, u"SELECT Country FROM HVCOMP") == u"FR" ? 0 : 2;
   });
   EXPECT_EQ(result, 0);
 }
@@ -323,7 +323,7 @@ TEST_F(OpenTest, AFailureWhileACompanyIsMadeLeavesAFileThatCanBeTriedAgain) {
     }
     EXPECT_EQ(lastError(company), openFailed(u"The disk of the company database is full."));
     EXPECT_EQ(company->Connect(), 0) << refuse;
-    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OADM"), u"1");
+    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP"), u"1");
   }
 }
 
@@ -340,8 +340,8 @@ TEST_F(OpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
       while (read(start[0], &go, 1) > 0) {
       }
       const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
-      _exit(company->Connect() == 0 && rowsOf(company, u"SELECT COUNT(*) FROM OADM") == u"1" ? 0
-                                                                                             : 1);
+      _exit(company->Connect() == 0 && rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP") == u"1" ? 0
+                                                                                               : 1);
     }
     children.push_back(child);
   }

@@ -39,9 +39,11 @@ CurrencyPlace currencyPlaceOf(std::string_view text) {
 
 CompanySettings readSettings(Database& database) {
   const auto row = database.prepare(
-      "SELECT [CompnyName], [Country], [MainCurncy], [SumDec], [PriceDec], [RateDec], [QtyDec], "
-      "[PercentDec], [MeasureDec], [DecSep], [ThousSep], [DateFormat], [DateSep], [CurrPos] "
-      "FROM [OADM]");
+      "SELECT [CompanyName], [Country], [Currency], [SumPlaces], [PricePlaces], [RatePlaces], "
+      "[QuantityPlaces], "
+      "[PercentPlaces], [MeasurePlaces], [DecimalSign], [GroupSign], [DateFormat], [DateSign], "
+      "[CurrencySide] "
+      "FROM [HVCOMP]");
   CompanySettings settings;
   if (!row->step()) return settings;
   const auto text = [&](int column) { return toUtf16(row->text(column)); };

@@ -1,6 +1,6 @@
 #pragma once
 
-// How the company shows and rounds its numbers and dates: the row of the table OADM.
+// How the company shows and rounds its numbers and dates: the row of the table HVCOMP.
 
 #include "qxframework/host/enums.h"
 
@@ -11,7 +11,7 @@ namespace qx::desk {
 
 class Database;
 
-/// The order of a date's parts; the separator stands apart. The numbers are those in OADM.
+/// The order of a date's parts; the separator stands apart. The numbers are those in HVCOMP.
 enum class DateForm : long {
   DayMonthYear2 = 0,
   DayMonthYear = 1,

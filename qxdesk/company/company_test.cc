@@ -146,19 +146,19 @@ TEST_F(ConnectTest, TwiceIsRefusedUntilDisconnect) {
 
 TEST_F(ConnectTest, LosesNothingWhenTheCompanyObjectGoesBeforeItsRecordset) {
   CComPtr<ICompany> company = connectTo(target());
-  const CComPtr<IRecordset> rows = query(company, u"SELECT CompnyName FROM OADM");
+  const CComPtr<IRecordset> rows = query(company, u"SELECT CompanyName FROM HVCOMP");
   company.Release();
-  rows->DoQuery(CComBSTR(u"SELECT CompnyName FROM OADM"));
+  rows->DoQuery(CComBSTR(u"SELECT CompanyName FROM HVCOMP"));
   EXPECT_EQ(cellText(rows->GetFields()->Item(0)->GetValue()), u"Demo");
 }
 
 TEST_F(ConnectTest, ObjectsAnswerAfterDisconnectThatThereIsNoConnection) {
   const CComPtr<ICompany> company = connectTo(target());
   company->PutLanguage(ln_English);
-  const CComPtr<IRecordset> rows = query(company, u"SELECT CompnyName FROM OADM");
+  const CComPtr<IRecordset> rows = query(company, u"SELECT CompanyName FROM HVCOMP");
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   company->Disconnect();
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM OADM")); }), kNotConnected);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM HVCOMP")); }), kNotConnected);
   EXPECT_EQ(lastError(company),
             (LastError{kNotConnected, u"The company is not connected. Call Connect first."}));
   EXPECT_EQ(tables->Add(), kNotConnected);

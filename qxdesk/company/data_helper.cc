@@ -50,7 +50,7 @@ double rateOf(CompanySession& session, std::u16string_view currency, DATE date) 
   const CompanySettings settings = session.settings();
   if (currency == settings.localCurrency) return 1.0;
   const auto row = session.database().prepare(
-      "SELECT [Rate] FROM [ORTT] WHERE [Currency] = ? AND [RateDate] = ?");
+      "SELECT [Rate] FROM [HVRATE] WHERE [Currency] = ? AND [RateDate] = ?");
   row->bind(1, std::string_view(toUtf8(currency)));
   row->bindDate(2, dayOf(date));
   if (!row->step()) {

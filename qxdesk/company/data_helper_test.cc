@@ -12,7 +12,7 @@ namespace {
 class DataHelperTest : public CompanyTest {
  protected:
   DataHelperTest() : helper(businessObject<IDataHelper>(company, kDataHelper)) {}
-  void set(const std::u16string& settings) { query(company, u"UPDATE OADM SET " + settings); }
+  void set(const std::u16string& settings) { query(company, u"UPDATE HVCOMP SET " + settings); }
   static CComVariant first(const CComPtr<IRecordset>& rows) {
     EXPECT_EQ(rows->GetRecordCount(), 1);
     return rows->GetFields()->Item(0)->GetValue();
@@ -43,9 +43,9 @@ class DataHelperTest : public CompanyTest {
 TEST_P(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(first(helper->FormatDateToString(day)).vt, VT_BSTR);
   EXPECT_EQ(dateText(day), u"31/01/2024");
-  set(u"DateFormat = 0, DateSep = '.'");
+  set(u"DateFormat = 0, DateSign = '.'");
   EXPECT_EQ(dateText(day), u"31.01.24");
-  set(u"DateFormat = 2, DateSep = '-'");
+  set(u"DateFormat = 2, DateSign = '-'");
   EXPECT_EQ(dateText(day), u"01-31-24");
   set(u"DateFormat = 3");
   EXPECT_EQ(dateText(day), u"01-31-2024");
@@ -93,16 +93,16 @@ TEST_P(DataHelperTest, AmountsAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(amount(999.995), u"1,000.00");
   EXPECT_EQ(amount(1.005), u"1.01");
   EXPECT_EQ(amount(2.5, mpt_Rate), u"2.500000");
-  set(u"DecSep = ',', ThousSep = '.', SumDec = 0, QtyDec = 3");
+  set(u"DecimalSign = ',', GroupSign = '.', SumPlaces = 0, QuantityPlaces = 3");
   EXPECT_EQ(amount(1234567.5), u"1.234.568");
   EXPECT_EQ(amount(1234.5, mpt_Quantity), u"1.234,500");
 }
 
 TEST_P(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
-  set(u"CurrPos = 'L'");
+  set(u"CurrencySide = 'L'");
   EXPECT_EQ(amount(1), u"EUR 1.00");
   EXPECT_EQ(amount(1, mpt_Percent), u"1.00");
-  set(u"CurrPos = 'R'");
+  set(u"CurrencySide = 'R'");
   EXPECT_EQ(amount(1, mpt_Price), u"1.00 EUR");
 }
 
@@ -115,7 +115,8 @@ TEST_P(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
 }
 
 TEST_P(DataHelperTest, ARateIsThatOfTheDay) {
-  query(company, u"INSERT INTO ORTT (RateDate, Currency, Rate) VALUES ('20230131', 'USD', 1.0845)");
+  query(company,
+        u"INSERT INTO HVRATE (RateDate, Currency, Rate) VALUES ('20230131', 'USD', 1.0845)");
   const CComVariant rate = first(helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear));
   EXPECT_EQ(rate.vt, VT_R8);
   EXPECT_EQ(rate.dblVal, 1.0845);
@@ -140,7 +141,7 @@ TEST_P(DataHelperTest, RoundsHalfAwayFromZero) {
 TEST_P(DataHelperTest, RoundsToTheDecimalsOfTheContext) {
   EXPECT_EQ(round(1.2345678, u"EUR", mpt_Rate), 1.234568);
   EXPECT_EQ(round(1.2345678, u"EUR", 99), 1.23);
-  set(u"SumDec = 0");
+  set(u"SumPlaces = 0");
   EXPECT_EQ(round(2.5), 3.0);
 }
 

@@ -13,7 +13,7 @@ constexpr std::size_t kMaxFieldName = 50;
 
 // The columns of CUFD that make a FieldShape, in the order in which shapeOf reads them.
 constexpr std::string_view kShapeColumns =
-    "[AliasID], [TypeID], [EditType], [SizeID], [NotNull], [Dflt]";
+    "[AliasID], [FieldType], [FieldSubType], [FieldSize], [Mandatory], [DefaultValue]";
 constexpr int kShapeColumnCount = 6;
 
 FieldShape shapeOf(const Statement& row) {
@@ -103,8 +103,8 @@ std::vector<FieldShape> Dictionary::shapesOf(const std::string& table) {
 
 std::vector<ValidValue> Dictionary::validValuesOf(const std::string& table, long index) {
   const auto row = database_.prepare(
-      "SELECT [FldValue], [Descr] FROM [UFD1] WHERE [TableID] = ? AND [FieldID] = ? "
-      "ORDER BY [IndexID]");
+      "SELECT [FieldValue], [Description] FROM [HVUFVAL] WHERE [TableID] = ? AND [FieldID] = ? "
+      "ORDER BY [ValueNo]");
   row->bind(1, std::string_view(table));
   row->bind(2, static_cast<std::int64_t>(index));
   std::vector<ValidValue> values;
@@ -115,9 +115,9 @@ std::vector<ValidValue> Dictionary::validValuesOf(const std::string& table, long
 std::optional<UserField> Dictionary::findField(std::string_view table, long index) {
   const std::optional<std::string> real = resolveTable(table);
   if (!real) return std::nullopt;
-  const auto row = database_.prepare(
-      "SELECT " + std::string(kShapeColumns) +
-      ", [Descr], [EditSize], [RTable] FROM [CUFD] WHERE [TableID] = ? AND [FieldID] = ?");
+  const auto row = database_.prepare("SELECT " + std::string(kShapeColumns) +
+                                     ", [Description], [EditSize], [LinkedTable] FROM [CUFD] WHERE "
+                                     "[TableID] = ? AND [FieldID] = ?");
   row->bind(1, std::string_view(*real));
   row->bind(2, static_cast<std::int64_t>(index));
   if (!row->step()) return std::nullopt;
@@ -164,8 +164,9 @@ void Dictionary::addColumn(const std::string& table, const FieldShape& shape) {
 
 void Dictionary::insertFieldRow(const UserField& field) {
   const auto row = database_.prepare(
-      "INSERT INTO [CUFD] ([TableID], [FieldID], [AliasID], [Descr], [TypeID], [EditType], "
-      "[SizeID], [EditSize], [Dflt], [NotNull], [RTable]) "
+      "INSERT INTO [CUFD] ([TableID], [FieldID], [AliasID], [Description], [FieldType], "
+      "[FieldSubType], "
+      "[FieldSize], [EditSize], [DefaultValue], [Mandatory], [LinkedTable]) "
       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   bindField(*row, field);
   row->step();
@@ -175,7 +176,7 @@ void Dictionary::insertValidValues(const UserField& field) {
   std::int64_t number = 0;
   for (const ValidValue& value : field.validValues) {
     const auto row = database_.prepare(
-        "INSERT INTO [UFD1] ([TableID], [FieldID], [IndexID], [FldValue], [Descr]) "
+        "INSERT INTO [HVUFVAL] ([TableID], [FieldID], [ValueNo], [FieldValue], [Description]) "
         "VALUES (?, ?, ?, ?, ?)");
     row->bind(1, std::string_view(field.table));
     row->bind(2, static_cast<std::int64_t>(field.index));
@@ -199,7 +200,7 @@ void Dictionary::updateField(const UserField& given) {
   const std::string place = " WHERE [TableID] = " + quotedText(field.table) +
                             " AND [FieldID] = " + std::to_string(field.index);
   database_.execute("DELETE FROM [CUFD]" + place);
-  database_.execute("DELETE FROM [UFD1]" + place);
+  database_.execute("DELETE FROM [HVUFVAL]" + place);
   insertFieldRow(field);
   insertValidValues(field);
   changeColumn(field.table, columnOf(present->shape), columnOf(field.shape));

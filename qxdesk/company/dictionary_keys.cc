@@ -27,7 +27,7 @@ void checkKeyName(const UserKey& key) {
 
 std::optional<long> Dictionary::findKeyId(const std::string& table, std::string_view name) {
   const auto row = database_.prepare(
-      "SELECT [KeyId] FROM [OUKD] WHERE [TableName] = ? AND UPPER([KeyName]) = ?");
+      "SELECT [KeyNo] FROM [HVUKEY] WHERE [TableName] = ? AND UPPER([KeyName]) = ?");
   row->bind(1, std::string_view(table));
   row->bind(2, std::string_view(upperName(name)));
   if (!row->step()) return std::nullopt;
@@ -36,7 +36,8 @@ std::optional<long> Dictionary::findKeyId(const std::string& table, std::string_
 
 std::vector<std::string> Dictionary::keyColumns(const std::string& table, long id) {
   const auto row = database_.prepare(
-      "SELECT [ColAlias] FROM [UKD1] WHERE [TableName] = ? AND [KeyId] = ? ORDER BY [SubKeyId]");
+      "SELECT [ColumnAlias] FROM [HVUKCOL] WHERE [TableName] = ? AND [KeyNo] = ? ORDER BY "
+      "[ColumnNo]");
   row->bind(1, std::string_view(table));
   row->bind(2, static_cast<std::int64_t>(id));
   std::vector<std::string> columns;
@@ -48,7 +49,7 @@ std::optional<UserKey> Dictionary::findKey(std::string_view table, long index) {
   const std::optional<std::string> real = resolveTable(table);
   if (!real || index < 0) return std::nullopt;
   const auto row = database_.prepare(
-      "SELECT [KeyId], [KeyName], [UniqueKey] FROM [OUKD] WHERE [TableName] = ? ORDER BY [KeyId]");
+      "SELECT [KeyNo], [KeyName], [IsUnique] FROM [HVUKEY] WHERE [TableName] = ? ORDER BY [KeyNo]");
   row->bind(1, std::string_view(*real));
   for (long i = 0; i <= index; ++i) {
     if (!row->step()) return std::nullopt;
@@ -105,10 +106,10 @@ void Dictionary::makeIndex(const UserKey& key) {
 
 void Dictionary::insertKeyRows(const UserKey& key) {
   const std::int64_t id = database_.queryInteger(
-      "SELECT COALESCE(MAX([KeyId]) + 1, 0) FROM [OUKD] WHERE [TableName] = " +
+      "SELECT COALESCE(MAX([KeyNo]) + 1, 0) FROM [HVUKEY] WHERE [TableName] = " +
       quotedText(key.table));
   const auto row = database_.prepare(
-      "INSERT INTO [OUKD] ([TableName], [KeyId], [KeyName], [UniqueKey]) VALUES (?, ?, ?, ?)");
+      "INSERT INTO [HVUKEY] ([TableName], [KeyNo], [KeyName], [IsUnique]) VALUES (?, ?, ?, ?)");
   row->bind(1, std::string_view(key.table));
   row->bind(2, id);
   row->bind(3, std::string_view(key.name));
@@ -117,7 +118,8 @@ void Dictionary::insertKeyRows(const UserKey& key) {
   std::int64_t number = 0;
   for (const std::string& column : key.columns) {
     const auto element = database_.prepare(
-        "INSERT INTO [UKD1] ([TableName], [KeyId], [SubKeyId], [ColAlias]) VALUES (?, ?, ?, ?)");
+        "INSERT INTO [HVUKCOL] ([TableName], [KeyNo], [ColumnNo], [ColumnAlias]) VALUES (?, ?, ?, "
+        "?)");
     element->bind(1, std::string_view(key.table));
     element->bind(2, id);
     element->bind(3, number++);
@@ -132,9 +134,9 @@ void Dictionary::removeKey(std::string_view table, std::string_view name) {
   const std::optional<long> id = findKeyId(real, name);
   if (!id) throw CompanyError(kNotFound, Text::KeyMissing, name, real);
   database_.tables().dropIndex(database_, indexName(real, name));
-  for (const char* dictionary : {"OUKD", "UKD1"}) {
+  for (const char* dictionary : {"HVUKEY", "HVUKCOL"}) {
     database_.execute("DELETE FROM " + bracketed(dictionary) + " WHERE [TableName] = " +
-                      quotedText(real) + " AND [KeyId] = " + std::to_string(*id));
+                      quotedText(real) + " AND [KeyNo] = " + std::to_string(*id));
   }
   change.commit();
 }

@@ -50,7 +50,7 @@ void checkDescription(const std::string& text) {
 
 std::optional<UserTable> Dictionary::findTable(std::string_view name) {
   const auto row = database_.prepare(
-      "SELECT [TableName], [Descr], [ObjectType] FROM [OUTB] WHERE UPPER([TableName]) = ?");
+      "SELECT [TableName], [Description], [ObjectType] FROM [HVUTAB] WHERE UPPER([TableName]) = ?");
   row->bind(1, std::string_view(upperName(withoutAt(name))));
   if (!row->step()) return std::nullopt;
   return UserTable{std::string(row->text(0)), std::string(row->text(1)),
@@ -67,8 +67,8 @@ void Dictionary::addTable(const UserTable& given) {
   }
   const TableLayout layout = userTable(table.name, table.type);
   database_.tables().create(database_, layout, layout.name);
-  const auto row =
-      database_.prepare("INSERT INTO [OUTB] ([TableName], [Descr], [ObjectType]) VALUES (?, ?, ?)");
+  const auto row = database_.prepare(
+      "INSERT INTO [HVUTAB] ([TableName], [Description], [ObjectType]) VALUES (?, ?, ?)");
   row->bind(1, std::string_view(table.name));
   row->bind(2, std::string_view(table.description));
   row->bind(3, static_cast<std::int64_t>(table.type));
@@ -82,12 +82,12 @@ void Dictionary::removeTable(std::string_view name) {
   if (!table) throw CompanyError(kNotFound, Text::TableMissing, name);
   const std::string real = userTableName(table->name);
   database_.execute("DROP TABLE " + bracketed(real));
-  database_.execute("DELETE FROM [OUTB] WHERE [TableName] = " + quotedText(table->name));
-  for (const char* dictionary : {"CUFD", "UFD1"}) {
+  database_.execute("DELETE FROM [HVUTAB] WHERE [TableName] = " + quotedText(table->name));
+  for (const char* dictionary : {"CUFD", "HVUFVAL"}) {
     database_.execute("DELETE FROM " + bracketed(dictionary) +
                       " WHERE [TableID] = " + quotedText(real));
   }
-  for (const char* dictionary : {"OUKD", "UKD1"}) {
+  for (const char* dictionary : {"HVUKEY", "HVUKCOL"}) {
     database_.execute("DELETE FROM " + bracketed(dictionary) +
                       " WHERE [TableName] = " + quotedText(real));
   }
@@ -127,8 +127,8 @@ std::optional<TableLayout> Dictionary::storedLayout(std::string_view table) {
 }
 
 bool Dictionary::hasRows(const std::string& table) {
-  // OADM has one row; every engine takes this form.
-  return database_.queryInteger("SELECT COUNT(*) FROM [OADM] WHERE EXISTS (SELECT 1 FROM " +
+  // HVCOMP has one row; every engine takes this form.
+  return database_.queryInteger("SELECT COUNT(*) FROM [HVCOMP] WHERE EXISTS (SELECT 1 FROM " +
                                 bracketed(table) + ")") != 0;
 }
 

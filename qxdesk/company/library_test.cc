@@ -39,7 +39,7 @@ TEST_F(LibraryTest, MakesACompanyThatConnects) {
   const LoginTarget target{folder.file("c.db"), kMssql, ln_English, u"", u"Demo"};
   company->PutLoginContext(CComBSTR(encodeLoginContext(target, cookie.View())));
   ASSERT_EQ(company->Connect(), 0);
-  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName FROM OADM"), u"Demo");
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName FROM HVCOMP"), u"Demo");
 }
 
 TEST_F(LibraryTest, HasACallGateOfItsOwn) {

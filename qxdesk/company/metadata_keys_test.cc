@@ -10,9 +10,9 @@ TEST_P(MetadataKeysTest, AUniqueKeyRefusesEqualRows) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 5});
   EXPECT_EQ(addKey(company, u"QX", u"K1", true, {u"U_A", u"Name"}), 0);
-  EXPECT_EQ(rowsOf(company, u"SELECT TableName, KeyId, KeyName, UniqueKey FROM OUKD"),
+  EXPECT_EQ(rowsOf(company, u"SELECT TableName, KeyNo, KeyName, IsUnique FROM HVUKEY"),
             u"@QX|0|K1|Y");
-  EXPECT_EQ(rowsOf(company, u"SELECT SubKeyId, ColAlias FROM UKD1 ORDER BY SubKeyId"),
+  EXPECT_EQ(rowsOf(company, u"SELECT ColumnNo, ColumnAlias FROM HVUKCOL ORDER BY ColumnNo"),
             u"0|U_A\n1|Name");
   query(company, u"INSERT INTO [@QX] (Code, Name, U_A) VALUES ('1', 'n', 'x')");
   query(company, u"INSERT INTO [@QX] (Code, Name, U_A) VALUES ('2', 'n', 'y')");
@@ -67,7 +67,7 @@ TEST_P(MetadataKeysTest, AKeyNeedsANameAndColumns) {
   EXPECT_EQ(addKey(company, u"QX", u"K", false, {u"Name", u"name"}), kInvalidValue);
   EXPECT_EQ(addKey(company, u"NONE", u"K", false, {u"Name"}), kNotFound);
   EXPECT_EQ(addKey(company, u"QX", u"K234567890", false, {u"Name"}), 0);
-  EXPECT_EQ(addKey(company, u"QX", u"k234567890", false, {u"Name"}), -2035);
+  EXPECT_EQ(addKey(company, u"QX", u"k234567890", false, {u"Name"}), -2107);
   const auto elements = businessObject<IUserKeysMD>(company, kUserKeysMD)->GetElements();
   EXPECT_EQ(codeOf([&] { elements->Add(); }), kInvalidValue);
 }
@@ -79,7 +79,7 @@ TEST_P(MetadataKeysTest, AUniqueKeyOverEqualRowsIsRefused) {
   EXPECT_EQ(addKey(company, u"QX", u"K", true, {u"Name"}), kInvalidValue);
   EXPECT_EQ(lastError(company).text,
             u"The table '@QX' has rows that are equal in the columns of the unique key 'K'.");
-  EXPECT_EQ(rowsOf(company, u"SELECT KeyName FROM OUKD"), u"");
+  EXPECT_EQ(rowsOf(company, u"SELECT KeyName FROM HVUKEY"), u"");
 }
 
 // ---- across connections and transactions
@@ -97,10 +97,10 @@ TEST_P(MetadataKeysTest, ARollbackTakesDictionaryAndTableBack) {
   company->StartTransaction();
   EXPECT_EQ(addTable(company, u"QX"), 0);
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
-  EXPECT_EQ(addTable(company, u"QX"), -2035);
+  EXPECT_EQ(addTable(company, u"QX"), -2107);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
   company->EndTransaction(VARIANT_FALSE);
-  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM OUTB"), u"");
+  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM HVUTAB"), u"");
   EXPECT_EQ(addTable(company, u"QX"), 0);
 }
 
@@ -119,7 +119,7 @@ TEST_P(MetadataKeysTest, AFailureAtAnyStatementLeavesNothingHalfDone) {
       break;
     }
     EXPECT_EQ(failing->GetInTransaction(), VARIANT_FALSE);
-    const bool table = !rowsOf(failing, u"SELECT TableName FROM OUTB").empty();
+    const bool table = !rowsOf(failing, u"SELECT TableName FROM HVUTAB").empty();
     if (!table) {
       EXPECT_EQ(addTable(failing, u"QX"), 0) << refuse;
     }
@@ -127,8 +127,8 @@ TEST_P(MetadataKeysTest, AFailureAtAnyStatementLeavesNothingHalfDone) {
     if (!field) {
       EXPECT_EQ(addField(failing, {u"QX", u"A", kAlphaField, 0, 5}), 0) << refuse;
     }
-    const bool key = !rowsOf(failing, u"SELECT KeyName FROM OUKD").empty();
-    EXPECT_EQ(addKey(failing, u"QX", u"K", true, {u"A"}), key ? -2035 : 0) << refuse;
+    const bool key = !rowsOf(failing, u"SELECT KeyName FROM HVUKEY").empty();
+    EXPECT_EQ(addKey(failing, u"QX", u"K", true, {u"A"}), key ? -2107 : 0) << refuse;
   }
 }
 

@@ -40,8 +40,8 @@ TEST_P(MetadataTest, ATableIsFoundWithItsSignToo) {
 
 TEST_P(MetadataTest, ATableThatIsThereIsNotAddedAgain) {
   EXPECT_EQ(addTable(company, u"QX"), 0);
-  EXPECT_EQ(addTable(company, u"qx"), -2035);
-  EXPECT_EQ(lastError(company), (LastError{-2035, u"The table '@qx' exists already."}));
+  EXPECT_EQ(addTable(company, u"qx"), -2107);
+  EXPECT_EQ(lastError(company), (LastError{-2107, u"The table '@qx' exists already."}));
 }
 
 TEST_P(MetadataTest, TableNamesKeepTheirRules) {
@@ -98,10 +98,10 @@ TEST_P(MetadataTest, ARemovedTableLeavesNothing) {
   EXPECT_EQ(tables->Remove(), kNotFound);
   EXPECT_EQ(tables->GetByKey(CComBSTR(u"QX")), VARIANT_TRUE);
   EXPECT_EQ(tables->Remove(), 0);
-  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM OUTB"), u"");
+  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM HVUTAB"), u"");
   EXPECT_EQ(rowsOf(company, u"SELECT AliasID FROM CUFD"), u"");
-  EXPECT_EQ(rowsOf(company, u"SELECT KeyName FROM OUKD"), u"");
-  EXPECT_EQ(rowsOf(company, u"SELECT ColAlias FROM UKD1"), u"");
+  EXPECT_EQ(rowsOf(company, u"SELECT KeyName FROM HVUKEY"), u"");
+  EXPECT_EQ(rowsOf(company, u"SELECT ColumnAlias FROM HVUKCOL"), u"");
   EXPECT_EQ(addTable(company, u"QX"), 0);
   EXPECT_EQ(addKey(company, u"QX", u"K", true, {u"Name"}), 0);
 }
@@ -113,8 +113,8 @@ TEST_P(MetadataTest, AFieldStandsInTheDictionary) {
   EXPECT_EQ(addField(company, {u"QX", u"ExtID", kAlphaField, 0, 5, u"QX"}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"Rdate", kDateField, 0, 0, u"GETDATE()"}), 0);
   EXPECT_EQ(rowsOf(company,
-                   u"SELECT TableID, FieldID, AliasID, TypeID, EditType, SizeID, "
-                   u"EditSize, Dflt, NotNull, RTable FROM CUFD ORDER BY FieldID"),
+                   u"SELECT TableID, FieldID, AliasID, FieldType, FieldSubType, FieldSize, "
+                   u"EditSize, DefaultValue, Mandatory, LinkedTable FROM CUFD ORDER BY FieldID"),
             u"@QX|0|ExtID|0|0|5|5|QX|N|\n@QX|1|Rdate|3|0|0|0|GETDATE()|N|");
   EXPECT_EQ(
       rowsOf(company, u"SELECT FieldID FROM CUFD WHERE TableID = '@QX' AND AliasID = 'Rdate'"),
@@ -135,15 +135,15 @@ TEST_P(MetadataTest, FieldsCountFromZeroInEachTable) {
 }
 
 TEST_P(MetadataTest, ASystemTableTakesFieldsUnderItsPlainName) {
-  EXPECT_EQ(addField(company, {u"OCRD", u"Grade", kAlphaField, 0, 2, u"A1"}), 0);
-  EXPECT_EQ(rowsOf(company, u"SELECT TableID, AliasID FROM CUFD"), u"OCRD|Grade");
-  EXPECT_EQ(rowsOf(company, u"SELECT U_Grade FROM OCRD WHERE CardCode = 'C1000'"), u"A1");
+  EXPECT_EQ(addField(company, {u"HVPARTN", u"Grade", kAlphaField, 0, 2, u"A1"}), 0);
+  EXPECT_EQ(rowsOf(company, u"SELECT TableID, AliasID FROM CUFD"), u"HVPARTN|Grade");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Grade FROM HVPARTN WHERE PartnerNo = 'C1000'"), u"A1");
 }
 
 TEST_P(MetadataTest, AFieldThatIsThereIsNotAddedAgain) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5}), 0);
-  EXPECT_EQ(addField(company, {u"QX", u"a", kAlphaField, 0, 5}), -2035);
+  EXPECT_EQ(addField(company, {u"QX", u"a", kAlphaField, 0, 5}), -2107);
   EXPECT_EQ(lastError(company).text, u"The field 'a' exists already in the table '@QX'.");
 }
 
@@ -195,7 +195,7 @@ TEST_P(MetadataTest, ADefaultMustSuitItsField) {
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 2, u"abc"}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField, 0, 9, u"1.5"}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kFloatField, 80, 0, u"nan"}), kInvalidValue);
-  EXPECT_EQ(addField(company, {u"QX", u"A", kFloatField, 80, 0, u"1); DROP TABLE OADM"}),
+  EXPECT_EQ(addField(company, {u"QX", u"A", kFloatField, 80, 0, u"1); DROP TABLE HVCOMP"}),
             kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kDateField, 0, 0, u"20240231"}), kInvalidValue);
   EXPECT_EQ(lastError(company).text,
@@ -240,7 +240,7 @@ TEST_P(MetadataTest, AMandatoryFieldTakesNoNull) {
             words(u"NOT NULL constraint failed: @QX.U_A",
                   u"null value in column \"u_a\" of relation \"@qx\" violates not-null "
                   u"constraint (Failing row contains (1, 1, null).)"));
-  EXPECT_EQ(rowsOf(company, u"SELECT NotNull FROM CUFD"), u"Y");
+  EXPECT_EQ(rowsOf(company, u"SELECT Mandatory FROM CUFD"), u"Y");
 }
 
 TEST_P(MetadataTest, AMandatoryFieldOfATableWithRowsNeedsADefault) {
@@ -270,7 +270,7 @@ TEST_P(MetadataTest, ValidValuesAreSetFirstAndThenAdded) {
   EXPECT_EQ(values->Count(), 2);
   EXPECT_EQ(fields->Add(), 0);
   EXPECT_EQ(values->Count(), 0);
-  EXPECT_EQ(rowsOf(company, u"SELECT FieldID, IndexID, FldValue, Descr FROM UFD1"),
+  EXPECT_EQ(rowsOf(company, u"SELECT FieldID, ValueNo, FieldValue, Description FROM HVUFVAL"),
             u"0|0|Y|text\n0|1|N|text");
   const auto found = loadField(company, u"QX", 0);
   EXPECT_EQ(found->GetValidValues()->Count(), 2);

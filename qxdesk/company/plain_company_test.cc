@@ -26,10 +26,10 @@ class PlainSourceTest : public testing::Test {
 };
 
 TEST_F(PlainSourceTest, AnEmptySourceBecomesANewCompany) {
-  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName, MainCurncy FROM OADM"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName, Currency FROM HVCOMP"), u"Demo|EUR");
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
   const CComPtr<ICompany> again = connectTo(target());
-  EXPECT_EQ(rowsOf(again, u"SELECT CompnyName FROM OADM"), u"Demo");
+  EXPECT_EQ(rowsOf(again, u"SELECT CompanyName FROM HVCOMP"), u"Demo");
 }
 
 TEST_F(PlainSourceTest, StatementsArriveUntouched) {
@@ -37,7 +37,7 @@ TEST_F(PlainSourceTest, StatementsArriveUntouched) {
             u"[x] {ts '1'} ? \"y\" --");
   EXPECT_EQ(query(company, u"SELECT 1 AS [odd name]")->GetFields()->Item(0)->GetName().View(),
             u"odd name");
-  EXPECT_EQ(rowsOf(company, u"SELECT CurrCode FROM OCRN ORDER BY 1 LIMIT 2 -- own words"),
+  EXPECT_EQ(rowsOf(company, u"SELECT Currency FROM HVCURR ORDER BY 1 LIMIT 2 -- own words"),
             u"EUR\nGBP");
   EXPECT_EQ(rowsOf(company, u"SELECT typeof(1) || sqlite_version() LIKE 'integer3%'"), u"1");
 }
@@ -50,12 +50,13 @@ TEST_F(PlainSourceTest, TextsOfAnyCharacterComeBackAsTheyWere) {
   LoginTarget place = target();
   place.database = "odbc:Driver=SQLite3;Database=" + folder.file("named.db");
   place.companyName = text;
-  EXPECT_EQ(rowsOf(connectTo(place), u"SELECT CompnyName FROM OADM"), text);
+  EXPECT_EQ(rowsOf(connectTo(place), u"SELECT CompanyName FROM HVCOMP"), text);
 }
 
 TEST_F(PlainSourceTest, AStatementThatTheSourceRefusesIsToldInItsWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM OADM")); }), kSqlFailure);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM HVCOMP")); }),
+            kSqlFailure);
   EXPECT_NE(lastError(company).text.find(u"syntax error"), std::u16string::npos)
       << toUtf8(lastError(company).text);
 }
@@ -93,14 +94,14 @@ TEST_F(PlainSourceTest, AFieldThatGrowsKeepsItsRowsAndKeys) {
 
 TEST_F(PlainSourceTest, TransactionsCommitAndRollBack) {
   company->StartTransaction();
-  query(company, u"UPDATE OADM SET Country = 'FR'");
+  query(company, u"UPDATE HVCOMP SET Country = 'FR'");
   company->EndTransaction(VARIANT_FALSE);
-  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM OADM"), u"DE");
+  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
   company->StartTransaction();
-  query(company, u"UPDATE OADM SET Country = 'FR'");
+  query(company, u"UPDATE HVCOMP SET Country = 'FR'");
   EXPECT_EQ(addTable(company, u"QX"), 0) << toUtf8(lastError(company).text);
   company->EndTransaction(VARIANT_TRUE);
-  EXPECT_EQ(test::OdbcProgram(connection).ask("SELECT Country FROM OADM"), "FR");
+  EXPECT_EQ(test::OdbcProgram(connection).ask("SELECT Country FROM HVCOMP"), "FR");
 }
 
 TEST_F(PlainSourceTest, LongTextsAndNullsArrive) {

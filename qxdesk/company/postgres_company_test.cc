@@ -65,7 +65,7 @@ std::vector<int> atOnce(int processes, const std::function<int()>& body) {
 
 TEST_F(PostgresOpenTest, AnEmptyDatabaseBecomesANewCompany) {
   const CComPtr<ICompany> company = connectTo(target());
-  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName, MainCurncy FROM OADM"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName, Currency FROM HVCOMP"), u"Demo|EUR");
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
   EXPECT_EQ(rowsOf(company,
                    u"SELECT Category, SubNum, F_RefDate, T_RefDate FROM OFPR "
@@ -73,7 +73,7 @@ TEST_F(PostgresOpenTest, AnEmptyDatabaseBecomesANewCompany) {
             u"2024|2|2024-02-01 00:00:00|2024-02-29 00:00:00");
   EXPECT_EQ(rowsOf(company, u"SELECT Rate FROM VTG1 WHERE Code = 'A2' ORDER BY EffecDate DESC"),
             u"19\n16");
-  EXPECT_EQ(rowsOf(company, u"SELECT ItemName, AvgPrice FROM OITM WHERE ItemCode = 'A1000'"),
+  EXPECT_EQ(rowsOf(company, u"SELECT ItemText, Price FROM HVITEM WHERE ItemNo = 'A1000'"),
             u"Hammer|12.5");
 }
 
@@ -82,7 +82,7 @@ TEST_F(PostgresOpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
   LoginTarget renamed = target();
   renamed.companyName = u"Other";
   const CComPtr<ICompany> company = connectTo(renamed);
-  EXPECT_EQ(rowsOf(company, u"SELECT CompnyName FROM OADM"), u"Demo");
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName FROM HVCOMP"), u"Demo");
   EXPECT_EQ(addTable(company, u"QX"), kAlreadyExists);
 }
 
@@ -128,7 +128,7 @@ TEST_F(PostgresOpenTest, AFailureWhileACompanyIsMadeLeavesADatabaseThatCanBeTrie
     }
     EXPECT_EQ(lastError(company).text, u"The disk of the company database is full.");
     EXPECT_EQ(company->Connect(), 0) << refuse;
-    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OADM"), u"1");
+    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP"), u"1");
   }
 }
 
@@ -136,7 +136,7 @@ TEST_F(PostgresOpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
   const std::vector<int> codes = atOnce(6, [&] {
     const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
     const bool good = company->Connect() == 0 &&
-                      rowsOf(company, u"SELECT COUNT(*) FROM OADM") == u"1" &&
+                      rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP") == u"1" &&
                       rowsOf(company, u"SELECT COUNT(*) FROM OFPR") == u"36";
     return good ? 0 : 1;
   });
@@ -163,25 +163,25 @@ TEST_F(PostgresOpenTest, ProcessesThatAddTheSameAtOnceLeaveItOnceAndTellTheOther
   for (const int code : codes) added += code;
   EXPECT_EQ(added, 3);
   const CComPtr<ICompany> company = connectTo(target());
-  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM OUTB"), u"QX");
+  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM HVUTAB"), u"QX");
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM CUFD"), u"1");
-  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OUKD"), u"1");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVUKEY"), u"1");
 }
 
 TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
   const CComPtr<ICompany> writer = connectTo(target());
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
-  query(writer, u"UPDATE OADM SET Country = 'FR'");
-  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"DE");
+  query(writer, u"UPDATE HVCOMP SET Country = 'FR'");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"DE");
   const auto rows = businessObject<IRecordset>(other, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'IT'")); }),
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(other).text,
             u"The company database is locked by another program. Try again when it has finished.");
-  query(other, u"UPDATE OITM SET OnHand = 1");
+  query(other, u"UPDATE HVITEM SET InStock = 1");
   writer->EndTransaction(VARIANT_TRUE);
-  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM OADM"), u"FR");
+  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
 TEST_F(PostgresOpenTest, ATableThatAnotherConnectionAddsMakesItWait) {
@@ -276,11 +276,11 @@ TEST_F(PostgresOpenTest, AUserWithoutRightsIsToldInTheServersWords) {
   const CComPtr<ICompany> company =
       connectTo(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + server.folder().string() +
                           ";Database=" + name + ";Uid=reader"));
-  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM OADM"), u"DE");
+  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }),
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
-  EXPECT_EQ(lastError(company).text, u"permission denied for table oadm");
+  EXPECT_EQ(lastError(company).text, u"permission denied for table hvcomp");
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
 }
 
@@ -289,7 +289,7 @@ TEST_F(PostgresOpenTest, AServerThatOnlyReadsIsTold) {
   server.run(name, "ALTER DATABASE " + name + " SET default_transaction_read_only = on");
   const CComPtr<ICompany> company = connectTo(target());
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'FR'")); }),
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(company).text,
             u"The company database can only be read; there is no permission to write to it.");

@@ -151,14 +151,14 @@ class PostgresEndedTest : public CompanyTest {
 TEST_P(PostgresEndedTest, AConnectionThatAnAdministratorEndsIsLost) {
   PostgresServer& server = PostgresServer::shared();
   company->StartTransaction();
-  query(company, u"UPDATE OADM SET Country = 'FR'");
+  query(company, u"UPDATE HVCOMP SET Country = 'FR'");
   server.run("postgres",
              "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '" +
                  name().substr(0, name().find(';')) + "'");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM OADM")); }), kSqlFailure);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
   EXPECT_TRUE(lastError(company).text.starts_with(kLost)) << toUtf8(lastError(company).text);
-  EXPECT_EQ(rowsOf(another(), u"SELECT Country FROM OADM"), u"DE");
+  EXPECT_EQ(rowsOf(another(), u"SELECT Country FROM HVCOMP"), u"DE");
 }
 
 TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
@@ -168,22 +168,22 @@ TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
             " SET default_transaction_isolation = 'repeatable read'");
   const CComPtr<ICompany> own = another();
   own->StartTransaction();
-  query(own, u"UPDATE OITM SET OnHand = 5");
-  EXPECT_EQ(rowsOf(own, u"SELECT Country FROM OADM"), u"DE");
-  other.run("UPDATE oadm SET country = 'FR'");
+  query(own, u"UPDATE HVITEM SET InStock = 5");
+  EXPECT_EQ(rowsOf(own, u"SELECT Country FROM HVCOMP"), u"DE");
+  other.run("UPDATE hvcomp SET country = 'FR'");
   const auto rows = businessObject<IRecordset>(own, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE OADM SET Country = 'IT'")); }),
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(own).text,
             u"The database has ended the transaction in favour of another program's (could not "
             u"serialize access due to concurrent update); nothing of it was kept. Try again.");
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM OADM")); }), kSqlFailure);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
   EXPECT_EQ(codeOf([&] { own->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
-  EXPECT_EQ(rowsOf(own, u"SELECT COUNT(*) FROM OITM WHERE OnHand = 5"), u"0");
+  EXPECT_EQ(rowsOf(own, u"SELECT COUNT(*) FROM HVITEM WHERE InStock = 5"), u"0");
   own->StartTransaction();
-  query(own, u"UPDATE OADM SET Country = 'IT'");
+  query(own, u"UPDATE HVCOMP SET Country = 'IT'");
   own->EndTransaction(VARIANT_TRUE);
-  EXPECT_EQ(other.ask("SELECT country FROM oadm"), "IT");
+  EXPECT_EQ(other.ask("SELECT country FROM hvcomp"), "IT");
 }
 
 INSTANTIATE_TEST_SUITE_P(Postgres, PostgresEndedTest, testing::Values(Medium::Postgres));

@@ -97,7 +97,7 @@ TEST_P(TransactionTest, AChangeOfTablesThatFailsWithinItLeavesTheRest) {
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
   company->EndTransaction(VARIANT_TRUE);
   EXPECT_EQ(codes(another()), u"1\n2");
-  EXPECT_EQ(rowsOf(another(), u"SELECT KeyName FROM OUKD ORDER BY KeyName"), u"K\nK3");
+  EXPECT_EQ(rowsOf(another(), u"SELECT KeyName FROM HVUKEY ORDER BY KeyName"), u"K\nK3");
   EXPECT_EQ(rowsOf(another(), u"SELECT AliasID FROM CUFD"), u"A");
 }
 
@@ -205,7 +205,7 @@ TEST_F(LostTransactionTest, RefusesFurtherStatementsUntilItIsEnded) {
   company->StartTransaction();
   database->open = false;
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"DELETE FROM OADM")); }), kSqlFailure);
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"DELETE FROM HVCOMP")); }), kSqlFailure);
   EXPECT_EQ(lastError(company).text,
             u"The database has rolled the transaction back after a failure; nothing of it was "
             u"kept.");

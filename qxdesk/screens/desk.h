@@ -49,7 +49,7 @@ class Desk {
   void setStartupDone(bool done);
   void setStartupObserver(std::function<void()> observer) { observer_ = std::move(observer); }
 
-  /// Opens one of the client's own forms: "139" a sales order, "1001" a customer. Null when a sink
+  /// Opens one of the client's own forms: "3101" a sales order, "1001" a customer. Null when a sink
   /// objects. Raises kFormNotFound for a type that the client does not have.
   std::shared_ptr<FormModel> openSystemForm(std::u16string_view typeEx);
   /// What picking one of the client's own entries does, at the moment between the two events.

@@ -28,7 +28,7 @@ constexpr MenuRow kMenus[] = {
     {u"1280", kFirstMenu, u"First Record", mt_String, u""},
     {u"1280", kLastMenu, u"Last Record", mt_String, u""},
     {u"", u"3000", u"Sales", mt_Popup, u""},
-    {u"3000", u"3001", u"Sales Order", mt_String, u"139"},
+    {u"3000", u"3001", u"Sales Order", mt_String, u"3101"},
     {u"3000", u"3002", u"Customer", mt_String, u"1001"},
     {u"", kAddOnsMenu, u"Add-Ons", mt_Popup, u""},
 };
@@ -71,22 +71,22 @@ void addColumn(MatrixModel& matrix, std::u16string uid, std::u16string title, lo
 void fillSalesOrder(FormModel& form) {
   form.title = u"Sales Order";
   form.rect = {40, 40, 520, 360};
-  form.objectType = u"17";
+  form.objectType = u"31";
   addButtons(form, 300);
   addLabelled(form, u"4", u"Customer", kEditText, 5);
-  addLabelled(form, u"54", u"Name", kEditText, 20);
-  addLabelled(form, u"10", u"Posting Date", kEditText, 35);
-  addLabelled(form, u"81", u"Status", kComboBox, 50);
-  ComboModel& status = *form.item(u"81").combo;
+  addLabelled(form, u"5", u"Name", kEditText, 20);
+  addLabelled(form, u"6", u"Posting Date", kEditText, 35);
+  addLabelled(form, u"7", u"Status", kComboBox, 50);
+  ComboModel& status = *form.item(u"7").combo;
   status.add(u"Open", u"O");
   status.add(u"Closed", u"C");
   status.select(0);
-  MatrixModel& lines = *form.addItem(makeItem(u"38", kMatrix, {5, 75, 500, 215})).matrix;
+  MatrixModel& lines = *form.addItem(makeItem(u"20", kMatrix, {5, 75, 500, 215})).matrix;
   lines.selectionMode = kSelectOne;
   addColumn(lines, u"0", u"#", 20);
   addColumn(lines, u"1", u"Item No.", 120);
-  addColumn(lines, u"11", u"Quantity", 80);
-  addColumn(lines, u"14", u"Unit Price", 80);
+  addColumn(lines, u"2", u"Quantity", 80);
+  addColumn(lines, u"3", u"Unit Price", 80);
   lines.addRows(1, -1);
 }
 
@@ -116,7 +116,7 @@ struct FormRow {
 };
 
 constexpr FormRow kForms[] = {
-    {kMainMenuForm, fillMainMenu}, {u"139", fillSalesOrder}, {u"1001", fillCustomer}};
+    {kMainMenuForm, fillMainMenu}, {u"3101", fillSalesOrder}, {u"1001", fillCustomer}};
 
 }  // namespace
 

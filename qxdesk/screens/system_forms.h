@@ -31,7 +31,7 @@ void addSystemMenus(MenuModel& menus);
 std::u16string_view systemFormOfMenu(std::u16string_view menuUid);
 
 /// A new form of the client, visible and not opened yet: "169" the form that owns the menu bar,
-/// "139" a sales order, "1001" a customer. Null for any other type.
+/// "3101" a sales order, "1001" a customer. Null for any other type.
 std::shared_ptr<FormModel> makeSystemForm(std::u16string_view typeEx, std::u16string uid);
 
 }  // namespace qx::screens

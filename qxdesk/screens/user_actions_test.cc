@@ -78,7 +78,7 @@ TEST_F(UserTest, ClosesAFormInOkModeBehindTheEventsOfTheOkButton) {
 }
 
 TEST_F(UserTest, SavesInAnotherModeAndStaysOpen) {
-  user_.openForm(u"139");
+  user_.openForm(u"3101");
   desk_.forms.find(u"F_1")->setMode(kAddMode);
   const auto sink = listen(desk_);
   EXPECT_TRUE(user_.click({u"F_1", u"1"}));
@@ -88,7 +88,7 @@ TEST_F(UserTest, SavesInAnotherModeAndStaysOpen) {
 }
 
 TEST_F(UserTest, KeepsTheModeWhenTheSavingIsVetoed) {
-  user_.openForm(u"139");
+  user_.openForm(u"3101");
   desk_.forms.find(u"F_1")->setMode(kAddMode);
   listen(desk_, veto("before data F_1 17 "));
   user_.click({u"F_1", u"1"});
@@ -180,30 +180,30 @@ TEST_F(UserTest, PressesTheDefaultButtonByEnterBetweenTheKeysEvents) {
 }
 
 TEST_F(UserTest, ClicksAndDoubleClicksIntoAMatrix) {
-  user_.openForm(u"139");
+  user_.openForm(u"3101");
   const auto sink = listen(desk_);
-  EXPECT_TRUE(user_.click({u"F_1", u"38", u"11", 0}));
-  EXPECT_TRUE(user_.doubleClick({u"F_1", u"38", u"11", 1}));
-  EXPECT_EQ(sink->log, (Log{"before item 6 F_1.38.11.0", "after item 6 F_1.38.11.0",
-                            "before item 6 F_1.38.11.1", "after item 6 F_1.38.11.1",
-                            "before item 7 F_1.38.11.1", "after item 7 F_1.38.11.1"}));
-  EXPECT_TRUE(desk_.forms.find(u"F_1")->item(u"38").matrix->isRowSelected(1));
-  EXPECT_EQ(codeOf([&] { user_.click({u"F_1", u"38", u"11", 2}); }), kIllegalOffset);
-  EXPECT_EQ(codeOf([&] { user_.click({u"F_1", u"38", u"99", 1}); }), kInvalidColumn);
+  EXPECT_TRUE(user_.click({u"F_1", u"20", u"2", 0}));
+  EXPECT_TRUE(user_.doubleClick({u"F_1", u"20", u"2", 1}));
+  EXPECT_EQ(sink->log, (Log{"before item 6 F_1.20.2.0", "after item 6 F_1.20.2.0",
+                            "before item 6 F_1.20.2.1", "after item 6 F_1.20.2.1",
+                            "before item 7 F_1.20.2.1", "after item 7 F_1.20.2.1"}));
+  EXPECT_TRUE(desk_.forms.find(u"F_1")->item(u"20").matrix->isRowSelected(1));
+  EXPECT_EQ(codeOf([&] { user_.click({u"F_1", u"20", u"2", 2}); }), kIllegalOffset);
+  EXPECT_EQ(codeOf([&] { user_.click({u"F_1", u"20", u"99", 1}); }), kInvalidColumn);
 }
 
 TEST_F(UserTest, TypesIntoACell) {
-  user_.openForm(u"139");
-  EXPECT_TRUE(user_.type({u"F_1", u"38", u"11", 1}, u"12"));
-  const MatrixModel& lines = *desk_.forms.find(u"F_1")->item(u"38").matrix;
+  user_.openForm(u"3101");
+  EXPECT_TRUE(user_.type({u"F_1", u"20", u"2", 1}, u"12"));
+  const MatrixModel& lines = *desk_.forms.find(u"F_1")->item(u"20").matrix;
   EXPECT_EQ(lines.cell(1, *lines.columns()[2]), u"12");
 }
 
 TEST_F(UserTest, ChoosesInAComboBox) {
-  user_.openForm(u"139");
-  EXPECT_TRUE(user_.choose({u"F_1", u"81"}, u"C"));
-  EXPECT_EQ(desk_.forms.find(u"F_1")->item(u"81").combo->selected(), 1U);
-  EXPECT_EQ(codeOf([&] { user_.choose({u"F_1", u"81"}, u"X"); }), kInvalidFieldValue);
+  user_.openForm(u"3101");
+  EXPECT_TRUE(user_.choose({u"F_1", u"7"}, u"C"));
+  EXPECT_EQ(desk_.forms.find(u"F_1")->item(u"7").combo->selected(), 1U);
+  EXPECT_EQ(codeOf([&] { user_.choose({u"F_1", u"7"}, u"X"); }), kInvalidFieldValue);
   EXPECT_EQ(codeOf([&] { user_.choose({u"F_1", u"4"}, u"X"); }), kNotValidTarget);
 }
 

@@ -80,7 +80,8 @@ const std::vector<Golden> kBracketStatements = {
      R"(<> 7 ORDER BY "t0"."code" NULLS FIRST, "t0"."u_a" DESC NULLS LAST LIMIT 5)"},
     {"SELECT Code AS 'The code' ,Name AS 'It''s' FROM [@T] WHERE U_A='x'",
      R"(SELECT "code" AS "the code", "name" AS "it's" FROM "@t" WHERE "u_a" = 'x')"},
-    {"SELECT * FROM OITM WHERE U_A IS NOT NULL", R"(SELECT * FROM "oitm" WHERE "u_a" IS NOT NULL)"},
+    {"SELECT * FROM HVITEM WHERE U_A IS NOT NULL",
+     R"(SELECT * FROM "hvitem" WHERE "u_a" IS NOT NULL)"},
     {"SELECT T0.[Code] AS N'__kf__.Code', T0.[U_A] AS N'__pff__.U_A', T0.*\r\nFROM "
      "[@T] T0\r\nWHERE T0.[U_B] >= 5\r\nORDER BY T0.[Code] ASC\r\n",
      R"(SELECT "t0"."code" AS "__kf__.code", "t0"."u_a" AS "__pff__.u_a", "t0".* FROM )"

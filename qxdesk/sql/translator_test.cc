@@ -74,7 +74,8 @@ const std::vector<Golden> kBracketStatements = {
      R"(ORDER BY "T0"."Code", "T0"."U_A" DESC LIMIT 5)"},
     {"SELECT Code AS 'The code' ,Name AS 'It''s' FROM [@T] WHERE U_A='x'",
      R"(SELECT "Code" AS "The code", "Name" AS "It's" FROM "@T" WHERE "U_A" = 'x')"},
-    {"SELECT * FROM OITM WHERE U_A IS NOT NULL", R"(SELECT * FROM "OITM" WHERE "U_A" IS NOT NULL)"},
+    {"SELECT * FROM HVITEM WHERE U_A IS NOT NULL",
+     R"(SELECT * FROM "HVITEM" WHERE "U_A" IS NOT NULL)"},
     {"SELECT T0.[Code] AS N'__kf__.Code', T0.[U_A] AS N'__pff__.U_A', T0.*\r\nFROM [@T] T0\r\n"
      "WHERE T0.[U_B] >= 5\r\nORDER BY T0.[Code] ASC\r\n",
      R"(SELECT "T0"."Code" AS "__kf__.Code", "T0"."U_A" AS "__pff__.U_A", "T0".* FROM "@T" AS )"

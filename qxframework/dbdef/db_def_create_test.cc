@@ -241,11 +241,11 @@ TEST_F(DbDefCreate, OtherEnginesKeepLongNames) {
 }
 
 TEST_F(DbDefCreate, ATablesGroupCreatesNoTable) {
-  EXPECT_EQ(create("<database><tables><table TableName=\"OITM\"><userfields>"
+  EXPECT_EQ(create("<database><tables><table TableName=\"HVITEM\"><userfields>"
                    "<userfield Name=\"F\" Type=\"INT\"/></userfields></table></tables></database>"),
             S_OK);
   EXPECT_THAT(calls.of("Tables."), IsEmpty());
-  EXPECT_EQ(company->field(u"F")->table, u"OITM");
+  EXPECT_EQ(company->field(u"F")->table, u"HVITEM");
 }
 
 TEST_F(DbDefCreate, GroupsAndTablesAreWorkedInTheirOrder) {

@@ -201,17 +201,17 @@ TEST_F(DbDefFields, TheDictionaryIsAskedInTheFormOfTheEngine) {
 
 TEST_F(DbDefFields, InATablesGroupTheDictionaryIsAskedWithTheNameAsGiven) {
   const std::string definition =
-      "<database><tables><usertable TableName=\"OITM\"><userfields>"
+      "<database><tables><usertable TableName=\"HVITEM\"><userfields>"
       "<userfield Name=\"F\" Type=\"INT\"/></userfields></usertable></tables></database>";
-  company->fields.push_back({.table = u"OITM", .name = u"F"});
+  company->fields.push_back({.table = u"HVITEM", .name = u"F"});
   EXPECT_EQ(create(definition), S_OK);
   EXPECT_THAT(calls.of("Tables."), IsEmpty());
   EXPECT_THAT(statements(),
-              ElementsAre("SELECT FieldID FROM CUFD WHERE TableID = 'OITM' AND AliasID = 'F'"));
+              ElementsAre("SELECT FieldID FROM CUFD WHERE TableID = 'HVITEM' AND AliasID = 'F'"));
   calls.calls.clear();
   company->engine = 9;
   create(definition);
-  EXPECT_THAT(statements(), ElementsAre("SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = 'OITM' "
+  EXPECT_THAT(statements(), ElementsAre("SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = 'HVITEM' "
                                         "AND \"AliasID\" = 'F'"));
 }
 

@@ -33,10 +33,10 @@ TEST(EngineText, TheLookUpOfAUserFieldNamesTheTableWithItsSign) {
 
 TEST(EngineText, TheLookUpOfAnotherTablesFieldNamesItAsGiven) {
   for (const long engine : {1L, 2L, 3L, 4L})
-    EXPECT_EQ(format(kSelectTableField.of(engine), u"OITM", u"F"),
-              u"SELECT FieldID FROM CUFD WHERE TableID = 'OITM' AND AliasID = 'F'");
-  EXPECT_EQ(format(kSelectTableField.of(9), u"OITM", u"F"),
-            u"SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = 'OITM' AND \"AliasID\" = 'F'");
+    EXPECT_EQ(format(kSelectTableField.of(engine), u"HVITEM", u"F"),
+              u"SELECT FieldID FROM CUFD WHERE TableID = 'HVITEM' AND AliasID = 'F'");
+  EXPECT_EQ(format(kSelectTableField.of(9), u"HVITEM", u"F"),
+            u"SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = 'HVITEM' AND \"AliasID\" = 'F'");
 }
 
 TEST(TableNameOn, Db2KeepsNineCharactersAndCutsTenToEight) {

@@ -40,7 +40,7 @@ class CollectionProxySteps : public testing::Test {
  protected:
   CollectionProxySteps() {
     company->otherwise = items({{u"A", u"Nail"}, {u"B", u"Screw"}, {u"C", u"Bolt"}});
-    rows.Connect(company.p, u"OITM", false);
+    rows.Connect(company.p, u"HVITEM", false);
     rows.SetKeysOnly(false);
     rows.Load({kCode}, {});
   }

@@ -89,7 +89,7 @@ TEST_F(CollectionProxy, LoadRunsTheQueryOfItsConditions) {
   proxy.Load({kCode}, codeIs(u"O'Neil"));
   EXPECT_TRUE(proxy.IsLoaded());
   EXPECT_EQ(statements(),
-            (Texts{u"SELECT Code FROM OITM     WHERE Code = N'O''Neil' ORDER BY Code"}));
+            (Texts{u"SELECT Code FROM HVITEM     WHERE Code = N'O''Neil' ORDER BY Code"}));
 }
 
 TEST_F(CollectionProxy, ALoadedOneCannotBeLoadedAgainUntilTheLimitIsSet) {
@@ -101,7 +101,7 @@ TEST_F(CollectionProxy, ALoadedOneCannotBeLoadedAgainUntilTheLimitIsSet) {
   EXPECT_TRUE(proxy.IsConnected());
   proxy.Load({kCode}, {});
   EXPECT_TRUE(proxy.IsLoaded());
-  EXPECT_EQ(statements(), (Texts{u"SELECT TOP 2 * FROM OITM     ORDER BY Code"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT TOP 2 * FROM HVITEM     ORDER BY Code"}));
 }
 
 TEST_F(CollectionProxy, TheSameLimitUnloadsItTooButKeepsTheStatement) {
@@ -121,7 +121,7 @@ TEST_F(CollectionProxy, WhatIsSetWhenItIsLoadedGoesIntoTheQueryAfterANewLimitOnl
   proxy.SetMaxRecordCount(7);
   proxy.Load({kCode}, codeIs(u"A"));
   EXPECT_EQ(statements().back(),
-            u"SELECT TOP 7 Code,Name FROM OITM     WHERE Code = N'A' ORDER BY Name ASC");
+            u"SELECT TOP 7 Code,Name FROM HVITEM     WHERE Code = N'A' ORDER BY Name ASC");
 }
 
 TEST_F(CollectionProxy, ARefusedLimitLeavesItLoaded) {
@@ -190,8 +190,8 @@ TEST_F(CollectionProxy, FindWithoutAMatchIsFalseAndLeavesTheRecordAlone) {
 TEST_F(CollectionProxy, ExistsAsksTheDatabaseAndLeavesTheCursor) {
   load();
   (void)proxy.First(item);
-  company->answers[u"SELECT * FROM OITM     WHERE Code = N'X'"] = items({{u"X", u"New"}});
-  company->answers[u"SELECT * FROM OITM     WHERE Code = N'Y'"] = items({});
+  company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'X'"] = items({{u"X", u"New"}});
+  company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'Y'"] = items({});
   EXPECT_TRUE(proxy.Exists(values({{kCode, u"X"}})));
   EXPECT_FALSE(proxy.Exists(values({{kCode, u"Y"}})));
   EXPECT_EQ(statements().size(), 2U);
@@ -205,7 +205,7 @@ TEST_F(CollectionProxy, AddInsertsTheRecordAndDoesNotRefresh) {
   item.name = u"New";
   const ULONG before = references();
   proxy.Add(item);
-  EXPECT_EQ(statements(), (Texts{u"INSERT INTO OITM ( Code, Name)  VALUES ( N'X', N'New') "}));
+  EXPECT_EQ(statements(), (Texts{u"INSERT INTO HVITEM ( Code, Name)  VALUES ( N'X', N'New') "}));
   EXPECT_EQ(proxy.GetRecordCount(), 3);
   EXPECT_EQ(references(), before);
 }
@@ -215,7 +215,7 @@ TEST_F(CollectionProxy, UpdateFindsTheRowAndWritesIt) {
   item.code = u"B";
   item.name = u"Bolt";
   proxy.Update(values({{kCode, u"B"}}), item);
-  EXPECT_EQ(statements(), (Texts{u"UPDATE OITM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
+  EXPECT_EQ(statements(), (Texts{u"UPDATE HVITEM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
 }
 
 TEST_F(CollectionProxy, UpdateWithKeysOnlyReadsTheRowFirst) {
@@ -223,8 +223,8 @@ TEST_F(CollectionProxy, UpdateWithKeysOnlyReadsTheRowFirst) {
   item.code = u"B";
   item.name = u"Bolt";
   proxy.Update(values({{kCode, u"B"}}), item);
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'B'",
-                                 u"UPDATE OITM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'B'",
+                                 u"UPDATE HVITEM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
 }
 
 TEST_F(CollectionProxy, UpdateWritesTheRecordIntoTheRowBeforeItLooksForTheKey) {
@@ -259,7 +259,7 @@ TEST_F(CollectionProxy, RemoveFindsTheRowAndDeletesIt) {
   load();
   const ULONG before = references();
   proxy.Remove(values({{kCode, u"C"}}));
-  EXPECT_EQ(statements(), (Texts{u"DELETE FROM OITM  WHERE Code = N'C'"}));
+  EXPECT_EQ(statements(), (Texts{u"DELETE FROM HVITEM  WHERE Code = N'C'"}));
   EXPECT_EQ(references(), before);
 }
 
@@ -274,7 +274,7 @@ TEST_F(CollectionProxy, UpdateAndRemoveOfAMissingRowAreRefused) {
 TEST_F(CollectionProxy, RemoveRangeWithoutOperationsDeletesAllEqualRowsAtOnce) {
   load();
   proxy.RemoveRange(values({{kName, u"Nail"}, {u"Price", 12.5}}), {});
-  EXPECT_EQ(statements(), (Texts{u"DELETE FROM OITM  WHERE Name = N'Nail' AND Price = N'12.5'"}));
+  EXPECT_EQ(statements(), (Texts{u"DELETE FROM HVITEM  WHERE Name = N'Nail' AND Price = N'12.5'"}));
   EXPECT_TRUE(company->moves.empty());
 }
 
@@ -304,7 +304,7 @@ TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationGoIntoTheQuery) {
   proxy.Load({kCode}, {});
   EXPECT_EQ(statements(),
             (Texts{u"SELECT T0.Code AS'T0.Code',T0.Name AS'T0.Name',T1.U_Text AS'T1.U_Text' FROM "
-                   u"OITM T0   LEFT OUTER JOIN [@L] T1 ON T0.Code = T1.U_Code   ORDER BY "
+                   u"HVITEM T0   LEFT OUTER JOIN [@L] T1 ON T0.Code = T1.U_Code   ORDER BY "
                    u"T0.Name DESC"}));
 }
 
@@ -324,7 +324,7 @@ TEST_F(CollectionProxy, ADerivedClassAsksForEqualConditionsWithNoOperations) {
 TEST_F(CollectionProxy, NullConditionsSelectAllRows) {
   connect();
   proxy.Load({kCode}, nullptr);
-  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM OITM     ORDER BY Code"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM HVITEM     ORDER BY Code"}));
 }
 
 TEST_F(CollectionProxy, AValueIsLookedUpByTheNameOrByItsCapitals) {
@@ -340,7 +340,7 @@ TEST_F(CollectionProxy, ReleasesTheCompanyInTheEnd) {
   const ULONG before = references();
   {
     Items other;
-    other.Connect(company.p, u"OITM", false);
+    other.Connect(company.p, u"HVITEM", false);
     other.Load({kCode}, {});
     EXPECT_GT(references(), before);
   }
@@ -349,7 +349,7 @@ TEST_F(CollectionProxy, ReleasesTheCompanyInTheEnd) {
 
 TEST_F(CollectionProxy, ACopySharesTheRowsAndEitherMayGoFirst) {
   auto original = std::make_unique<Items>();
-  original->Connect(company.p, u"OITM", false);
+  original->Connect(company.p, u"HVITEM", false);
   original->SetKeysOnly(false);
   original->Load({kCode}, {});
   Items copy(*original);

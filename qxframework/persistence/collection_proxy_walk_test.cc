@@ -92,10 +92,10 @@ TEST_F(CollectionProxy, WithKeysOnlyEachStepReadsItsRow) {
   EXPECT_EQ(item.name, u"Nail");
   EXPECT_EQ(proxy.Last(item), 0);
   EXPECT_EQ(item.name, u"Screw");
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'A'",
-                                 u"SELECT * FROM OITM     WHERE Code = N'B'",
-                                 u"SELECT * FROM OITM     WHERE Code = N'A'",
-                                 u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'A'",
+                                 u"SELECT * FROM HVITEM     WHERE Code = N'B'",
+                                 u"SELECT * FROM HVITEM     WHERE Code = N'A'",
+                                 u"SELECT * FROM HVITEM     WHERE Code = N'B'"}));
 }
 
 TEST_F(CollectionProxy, WithKeysOnlyFindReadsTheRowThatItFound) {
@@ -103,12 +103,12 @@ TEST_F(CollectionProxy, WithKeysOnlyFindReadsTheRowThatItFound) {
   EXPECT_TRUE(proxy.Find(values({{kCode, u"B"}}), item));
   EXPECT_EQ(item.name, u"Screw");
   EXPECT_FALSE(proxy.Find(values({{kCode, u"X"}}), item));
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'B'"}));
 }
 
 TEST_F(CollectionProxy, WithKeysOnlyFindOfARowThatIsGoneFromTheTableIsFalse) {
   loadKeys();
-  company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] = items({});
+  company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'B'"] = items({});
   item.code = u"untouched";
   EXPECT_FALSE(proxy.Find(values({{kCode, u"B"}}), item));
   EXPECT_EQ(item.code, u"untouched");
@@ -119,11 +119,11 @@ TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheSameRowAnew) {
   (void)proxy.Last(item);
   company->runs.clear();
   company->otherwise = {{u"Code"}, {{u"A"}, {u"B"}, {u"C"}}};
-  company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] = items({{u"B", u"Bolt"}});
+  company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'B'"] = items({{u"B", u"Bolt"}});
   proxy.Refresh(item);
   EXPECT_EQ(item.name, u"Bolt");
-  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM OITM     ORDER BY Code",
-                                 u"SELECT * FROM OITM     WHERE Code = N'B'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM HVITEM     ORDER BY Code",
+                                 u"SELECT * FROM HVITEM     WHERE Code = N'B'"}));
 }
 
 TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheFirstRowIfTheOldOneIsGone) {
@@ -133,8 +133,8 @@ TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheFirstRowIfTheOldOneIsGone) {
   company->otherwise = {{u"Code"}, {{u"A"}}};
   proxy.Refresh(item);
   EXPECT_EQ(item.name, u"Nail");
-  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM OITM     ORDER BY Code",
-                                 u"SELECT * FROM OITM     WHERE Code = N'A'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM HVITEM     ORDER BY Code",
+                                 u"SELECT * FROM HVITEM     WHERE Code = N'A'"}));
 }
 
 TEST_F(CollectionProxy, WithKeysOnlyRefreshOfAnEmptyResultIsRefused) {

@@ -111,10 +111,10 @@ TEST(LinkTableCriteria, GivesBackWhatItWasMadeOf) {
 
 TEST(LinkTableCriteria, ItsNamesAndJoinModeCanBeSet) {
   CQXLinkTableCriteria made;
-  made.SetTableName(u"OITM");
+  made.SetTableName(u"HVITEM");
   made.SetCorrelationName(u"T2");
   made.SetJoinMode(jm_RightOuter);
-  EXPECT_EQ(made.GetTableName().View(), u"OITM");
+  EXPECT_EQ(made.GetTableName().View(), u"HVITEM");
   EXPECT_EQ(made.GetCorrelationName().View(), u"T2");
   EXPECT_EQ(made.GetJoinMode(), 2);
 }

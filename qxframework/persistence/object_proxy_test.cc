@@ -50,7 +50,7 @@ class ObjectProxy : public testing::Test {
  protected:
   ObjectProxy() { company->otherwise = items({{u"A", u"Nail"}}); }
 
-  void connect() { proxy.Connect(company.p, u"OITM", false); }
+  void connect() { proxy.Connect(company.p, u"HVITEM", false); }
   void load() {
     connect();
     proxy.Load(codeIs(u"A"));
@@ -109,7 +109,7 @@ TEST_F(ObjectProxy, LoadReadsTheRowOfTheConditions) {
   EXPECT_TRUE(proxy.IsConnected());
   proxy.Load(codeIs(u"A"));
   EXPECT_TRUE(proxy.IsLoaded());
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'A'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'A'"}));
   proxy.GetFields(item);
   EXPECT_EQ(item.code, u"A");
   EXPECT_EQ(item.name, u"Nail");
@@ -142,10 +142,10 @@ TEST_F(ObjectProxy, ALoadedOneRepeatsItsStatementAndTakesNewConditionsForWriting
   load();
   proxy.Load(codeIs(u"B"));
   proxy.Refresh();
-  const OLECHAR* const first = u"SELECT * FROM OITM     WHERE Code = N'A'";
+  const OLECHAR* const first = u"SELECT * FROM HVITEM     WHERE Code = N'A'";
   EXPECT_EQ(statements(), (Texts{first, first}));
   proxy.Remove();
-  EXPECT_EQ(statements().back(), u"DELETE FROM OITM  WHERE Code = N'B'");
+  EXPECT_EQ(statements().back(), u"DELETE FROM HVITEM  WHERE Code = N'B'");
 }
 
 TEST_F(ObjectProxy, RefreshReadsTheRowAnew) {
@@ -154,7 +154,7 @@ TEST_F(ObjectProxy, RefreshReadsTheRowAnew) {
   proxy.Refresh();
   proxy.GetFields(item);
   EXPECT_EQ(item.name, u"Changed");
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'A'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'A'"}));
 }
 
 TEST_F(ObjectProxy, RefreshOfAConnectedOneNeedsItsConditions) {
@@ -170,7 +170,7 @@ TEST_F(ObjectProxy, UpdateWritesTheRecordByTheConditionsOfTheRow) {
   item.code = u"A";
   item.name = u"Bolt";
   proxy.Update(item);
-  EXPECT_EQ(statements(), (Texts{u"UPDATE OITM  SET Name = N'Bolt'  WHERE Code = N'A'"}));
+  EXPECT_EQ(statements(), (Texts{u"UPDATE HVITEM  SET Name = N'Bolt'  WHERE Code = N'A'"}));
 }
 
 TEST_F(ObjectProxy, UpdateWithoutConditionsIsByTheValuesFromBefore) {
@@ -188,14 +188,14 @@ TEST_F(ObjectProxy, UpdateWithoutConditionsIsByTheValuesFromBefore) {
 TEST_F(ObjectProxy, RemoveDeletesByTheConditionsOfTheRow) {
   load();
   proxy.Remove();
-  EXPECT_EQ(statements(), (Texts{u"DELETE FROM OITM  WHERE Code = N'A'"}));
+  EXPECT_EQ(statements(), (Texts{u"DELETE FROM HVITEM  WHERE Code = N'A'"}));
   EXPECT_TRUE(proxy.IsLoaded());
 }
 
 TEST_F(ObjectProxy, ExistsReadsTheRowAgain) {
   load();
   EXPECT_TRUE(proxy.Exists());
-  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM OITM     WHERE Code = N'A'"}));
+  EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'A'"}));
 }
 
 TEST_F(ObjectProxy, AddWritesThroughANewObjectThatHasNoTable) {
@@ -264,7 +264,7 @@ TEST_F(ObjectProxy, ASecondConnectTakesANewObjectAndKeepsTheFormerToTheEnd) {
   const ULONG before = references();
   {
     ItemProxy other;
-    other.Connect(company.p, u"OITM", false);
+    other.Connect(company.p, u"HVITEM", false);
     const ULONG once = references();
     other.Connect(company.p, u"OINV", false);
     EXPECT_GT(references(), once);
@@ -276,7 +276,7 @@ TEST_F(ObjectProxy, ASecondConnectTakesANewObjectAndKeepsTheFormerToTheEnd) {
 
 TEST_F(ObjectProxy, ACopySharesTheRowAndEitherMayGoFirst) {
   auto original = std::make_unique<ItemProxy>();
-  original->Connect(company.p, u"OITM", false);
+  original->Connect(company.p, u"HVITEM", false);
   original->Load(codeIs(u"A"));
   ItemProxy copy(*original);
   ItemProxy assigned;
@@ -354,8 +354,8 @@ TEST_F(ObjectProxy, WritesTheStatementOfAChooseListAndIsConnectedThen) {
   Titles titles;
   titles.Add(kCode, u"Code");
   CComBSTR result;
-  proxy.GetSQLforChooseList(company.p, titles, u"OITM", false, u"", result);
-  EXPECT_EQ(result.View(), u"SELECT Code AS 'Code' FROM OITM");
+  proxy.GetSQLforChooseList(company.p, titles, u"HVITEM", false, u"", result);
+  EXPECT_EQ(result.View(), u"SELECT Code AS 'Code' FROM HVITEM");
   EXPECT_TRUE(proxy.IsConnected());
   EXPECT_TRUE(statements().empty());
 }

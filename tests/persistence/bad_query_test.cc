@@ -39,7 +39,7 @@ class BadQueries : public qx::test::CompanyFixture {
     orders.SetFields({u"U_No", u"U_Who"});
     orders.Load({u"Code"}, {});
     EXPECT_THAT(orders.all(), ElementsAre("A|Ann", "B|Ben")) << "nothing was changed";
-    EXPECT_EQ(login->rows(u"SELECT * FROM OCRD").size(), 3U);
+    EXPECT_EQ(login->rows(u"SELECT * FROM HVPARTN").size(), 3U);
   }
   std::string loading(const OLECHAR* table, const qx::test::Columns& fields,
                       const qx_ptr<Persistence::CConditions>& conditions = {}) const {
@@ -126,8 +126,8 @@ TEST_F(BadQueries, NoConditionsAreNotTheSameAsNone) {
 TEST_F(BadQueries, NamesThatAreNoneAreRefused) {
   for (const OLECHAR* name :
        {u"U_N]o", u"U_N[o", u"[U_No]]", u"U_N\"o", u"\"U_No", u"U_N'o", u"'", u"U No", u"",
-        u"U_No; DELETE FROM OCRD", u"U_No FROM OCRD; DELETE FROM OCRD --", u"U_No--", u"U_No/*",
-        u"nowhere", u"\xD83D"}) {
+        u"U_No; DELETE FROM HVPARTN", u"U_No FROM HVPARTN; DELETE FROM HVPARTN --", u"U_No--",
+        u"U_No/*", u"nowhere", u"\xD83D"}) {
     EXPECT_THAT(loading(u"@ORDERS", {name}), StartsWith("-2000: ")) << qx::toUtf8(name);
     EXPECT_THAT(loading(u"@ORDERS", {u"U_No"}, Conditions().add(name, co_Equal, u"A").get()),
                 StartsWith("-2000: "))
@@ -148,9 +148,9 @@ TEST_F(BadQueries, NamesThatAreNoneAreRefused) {
 
 TEST_F(BadQueries, TablesThatAreNoneAreRefused) {
   for (const OLECHAR* name :
-       {u"@ORD]ERS", u"@ORDERS]", u"@ORD\"ERS", u"@ORDERS; DELETE FROM OCRD", u"@", u"@NOWHERE",
-        u"NOWHERE", u"OR DERS", u"@ORDERS] T0 WHERE 1 = 1; DELETE FROM [OCRD", u"sqlite_master",
-        u"pg_class", u"OCRD'"}) {
+       {u"@ORD]ERS", u"@ORDERS]", u"@ORD\"ERS", u"@ORDERS; DELETE FROM HVPARTN", u"@", u"@NOWHERE",
+        u"NOWHERE", u"OR DERS", u"@ORDERS] T0 WHERE 1 = 1; DELETE FROM [HVPARTN", u"sqlite_master",
+        u"pg_class", u"HVPARTN'"}) {
     EXPECT_THAT(loading(name, {u"Code"}), StartsWith("-2000: ")) << qx::toUtf8(name);
     Rows rows(company(), name);
     EXPECT_THAT(failureOf([&] {
@@ -190,30 +190,30 @@ class FailingDatabase : public BadQueries {
     return failure;
   }
   void change() {
-    Rows currencies(spied, u"OCRN");
-    currencies.Add(Record{{u"CurrCode", u"PLN"}, {u"CurrName", u"Zloty"}});
+    Rows currencies(spied, u"HVCURR");
+    currencies.Add(Record{{u"Currency", u"PLN"}, {u"CurrencyName", u"Zloty"}});
     currencies.SetKeysOnly(true);
     currencies.SetMaxRecordCount(3);
-    currencies.Load({u"CurrCode"}, {});
+    currencies.Load({u"Currency"}, {});
     Record record;
     for (long at = currencies.First(record); at == 0; at = currencies.Next(record)) continue;
     currencies.SetMaxRecordCount(-1);
     currencies.SetKeysOnly(false);
-    currencies.Load({u"CurrCode"}, {});
-    currencies.Update(values({{u"CurrCode", u"PLN"}}), Record{{u"CurrName", u"New zloty"}});
-    currencies.Remove(values({{u"CurrCode", u"HUF"}}));
+    currencies.Load({u"Currency"}, {});
+    currencies.Update(values({{u"Currency", u"PLN"}}), Record{{u"CurrencyName", u"New zloty"}});
+    currencies.Remove(values({{u"Currency", u"HUF"}}));
     currencies.Refresh(record);
     qx::test::OneRow row;
-    row.Connect(spied, u"OCRN", false);
-    row.Load(Conditions().add(u"CurrCode", co_Equal, u"USD").get());
-    row.Update(Record{{u"CurrName", u"Dollar"}});
+    row.Connect(spied, u"HVCURR", false);
+    row.Load(Conditions().add(u"Currency", co_Equal, u"USD").get());
+    row.Update(Record{{u"CurrencyName", u"Dollar"}});
     row.Refresh();
-    currencies.RemoveRange(values({{u"CurrCode", u"EUR"}}), {});
+    currencies.RemoveRange(values({{u"Currency", u"EUR"}}), {});
   }
   std::vector<std::string> currencies() const {
-    Rows rows(company(), u"OCRN");
-    rows.SetFields({u"CurrCode", u"CurrName"});
-    rows.Load({u"CurrCode"}, {});
+    Rows rows(company(), u"HVCURR");
+    rows.SetFields({u"Currency", u"CurrencyName"});
+    rows.Load({u"Currency"}, {});
     return rows.all();
   }
 
@@ -242,10 +242,10 @@ TEST_F(FailingDatabase, EveryStatementThatFailsIsToldAndNothingIsHalfWritten) {
 }
 
 TEST_F(FailingDatabase, EveryStatementOfASearchThatFailsCountsAsNotFound) {
-  Rows currencies(spied, u"OCRN");
+  Rows currencies(spied, u"HVCURR");
   currencies.SetKeysOnly(true);
-  currencies.Load({u"CurrCode"}, {});
-  const auto key = values({{u"CurrCode", u"GBP"}});
+  currencies.Load({u"Currency"}, {});
+  const auto key = values({{u"Currency", u"GBP"}});
   Record record{{u"kept", u"kept"}};
   log.refuse = log.texts.size() + 1;
   EXPECT_FALSE(currencies.Find(key, record));
@@ -254,7 +254,7 @@ TEST_F(FailingDatabase, EveryStatementOfASearchThatFailsCountsAsNotFound) {
   EXPECT_FALSE(currencies.Exists(key));
   log.refuse = log.texts.size() + 1;
   EXPECT_EQ(failureOf([&] {
-              currencies.Update(key, Record{{u"CurrName", u"x"}});
+              currencies.Update(key, Record{{u"CurrencyName", u"x"}});
             }),
             "Record not found in record set");
   log.refuse = 0;

@@ -97,9 +97,9 @@ TEST_F(RecordJoins, HostTablesJoinToUserTables) {
   Rows rows(company(), u"@ORDERS");
   rows.SetCorrelationName(u"T0");
   rows.SetFields({u"Code", u"U_No"});
-  CQXLinkTableCriteria partner(u"OCRD", u"T1", jm_Inner, false);
-  partner.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Who", u"CardCode"));
-  partner.SetFields({u"CardName"});
+  CQXLinkTableCriteria partner(u"HVPARTN", u"T1", jm_Inner, false);
+  partner.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Who", u"PartnerNo"));
+  partner.SetFields({u"PartnerName"});
   rows.AddLinkTableCriteria(partner);
   rows.AddLinkTableCriteria([] {
     CQXLinkTableCriteria lines(u"@LINES", u"T2", jm_LeftOuter, true);
@@ -108,8 +108,8 @@ TEST_F(RecordJoins, HostTablesJoinToUserTables) {
     return lines;
   }());
   rows.Load({u"Code"}, {});
-  EXPECT_THAT(rows.all(), UnorderedElementsAre("00000000|A|Northwind Tools|A1000",
-                                               "00000000|A|Northwind Tools|A2000",
+  EXPECT_THAT(rows.all(), UnorderedElementsAre("00000000|A|Hillside Tools|A1000",
+                                               "00000000|A|Hillside Tools|A2000",
                                                "00000001|B|Harbour Supplies|"));
 }
 
@@ -226,9 +226,9 @@ TEST_F(ChooseLists, AreWrittenInTheDialectAndRun) {
 
 TEST_F(ChooseLists, OfHostTablesRunWithAndWithoutColumns) {
   Titles titles;
-  titles.Add(u"CardName", u"Who");
-  EXPECT_THAT(login->rows(sql(titles, u"OCRD", u"")),
-              UnorderedElementsAre("Northwind Tools", "Harbour Supplies", "Steel and Sons"));
+  titles.Add(u"PartnerName", u"Who");
+  EXPECT_THAT(login->rows(sql(titles, u"HVPARTN", u"")),
+              UnorderedElementsAre("Hillside Tools", "Harbour Supplies", "Steel and Sons"));
   EXPECT_EQ(
       qx::toUtf8(sql({}, u"@LINES", u"")),
       byDialect("SELECT * FROM [@LINES]", "SELECT * FROM @LINES", "SELECT * FROM \"@LINES\""));

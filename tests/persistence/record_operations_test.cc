@@ -315,14 +315,14 @@ TEST_F(RecordReading, AllColumnsComeWhereNoneAreNamed) {
 }
 
 TEST_F(RecordReading, HostTablesReadLikeUserTables) {
-  Rows partners(company(), u"OCRD");
-  partners.SetFields({u"CardCode", u"CardName"});
-  partners.Load({u"CardCode"}, Conditions().add(u"CardCode", co_Less, u"D").get());
-  EXPECT_THAT(partners.all(), ElementsAre("C1000|Northwind Tools", "C2000|Harbour Supplies"));
+  Rows partners(company(), u"HVPARTN");
+  partners.SetFields({u"PartnerNo", u"PartnerName"});
+  partners.Load({u"PartnerNo"}, Conditions().add(u"PartnerNo", co_Less, u"D").get());
+  EXPECT_THAT(partners.all(), ElementsAre("C1000|Hillside Tools", "C2000|Harbour Supplies"));
   partners.SetMaxRecordCount(1);
   partners.SetKeysOnly(true);
-  partners.Load({u"CardCode"}, {});
-  EXPECT_THAT(partners.all(), ElementsAre("C1000|Northwind Tools"));
+  partners.Load({u"PartnerNo"}, {});
+  EXPECT_THAT(partners.all(), ElementsAre("C1000|Hillside Tools"));
 }
 
 }  // namespace

@@ -36,9 +36,9 @@ class RecordWriting : public qx::test::CompanyFixture {
     return rows.all();
   }
   std::vector<std::string> partners() const {
-    Rows rows(company(), u"OCRD");
-    rows.SetFields({u"CardCode", u"CardName", u"CardType", u"Balance"});
-    rows.Load({u"CardCode"}, {});
+    Rows rows(company(), u"HVPARTN");
+    rows.SetFields({u"PartnerNo", u"PartnerName", u"PartnerKind", u"Balance"});
+    rows.Load({u"PartnerNo"}, {});
     return rows.all();
   }
 };
@@ -46,7 +46,7 @@ class RecordWriting : public qx::test::CompanyFixture {
 constexpr char kA[] = "00000000|00000000|A|Ann|2024-01-31 00:00:00|12.5|3";
 constexpr char kB[] = "00000001|00000001|B|Ben|2024-02-01 00:00:00|-0.25|2";
 constexpr char kC[] = "00000002|00000002|C|Cid|2023-12-31 00:00:00|1234.5|2";
-constexpr char kNorthwind[] = "C1000|Northwind Tools|C|0";
+constexpr char kNorthwind[] = "C1000|Hillside Tools|C|0";
 constexpr char kHarbour[] = "C2000|Harbour Supplies|C|0";
 constexpr char kSteel[] = "S1000|Steel and Sons|S|0";
 
@@ -65,13 +65,14 @@ TEST_F(RecordWriting, NewRowsOfUserTablesGetTheNextCode) {
 }
 
 TEST_F(RecordWriting, NewRowsOfHostTablesAreAsTheyAreGiven) {
-  Rows rows(company(), u"OCRD");
-  rows.Add(Record{{u"CardCode", u"B1"}, {u"CardName", u"O'Brien & Söhne"}, {u"Balance", -1.25}});
+  Rows rows(company(), u"HVPARTN");
+  rows.Add(
+      Record{{u"PartnerNo", u"B1"}, {u"PartnerName", u"O'Brien & Söhne"}, {u"Balance", -1.25}});
   EXPECT_THAT(partners(), ElementsAre("B1|O'Brien & Söhne||-1.25", kNorthwind, kHarbour, kSteel));
   EXPECT_THAT(failureOf([&] {
-                rows.Add(Record{{u"CardCode", u"B1"}});
+                rows.Add(Record{{u"PartnerNo", u"B1"}});
               }),
-              AnyOf(HasSubstr("CardCode"), HasSubstr("cardcode")));
+              AnyOf(HasSubstr("PartnerNo"), HasSubstr("cardcode")));
   EXPECT_THAT(partners(), testing::SizeIs(4));
 }
 
@@ -204,16 +205,16 @@ TEST_F(RecordWriting, AnObjectHasNoTableToAddToOrToGetByKeyFrom) {
 }
 
 TEST_F(RecordWriting, HostTablesAreWrittenLikeUserTables) {
-  Rows rows(company(), u"OCRD");
-  rows.Load({u"CardCode"}, {});
-  rows.Update(values({{u"CardCode", u"C2000"}}), Record{{u"CardName", u"Harbour"}});
-  rows.Remove(values({{u"CardCode", u"S1000"}}));
+  Rows rows(company(), u"HVPARTN");
+  rows.Load({u"PartnerNo"}, {});
+  rows.Update(values({{u"PartnerNo", u"C2000"}}), Record{{u"PartnerName", u"Harbour"}});
+  rows.Remove(values({{u"PartnerNo", u"S1000"}}));
   EXPECT_THAT(partners(), ElementsAre(kNorthwind, "C2000|Harbour|C|0"));
   OneRow row;
-  row.Connect(company(), u"OCRD", false);
-  row.Load(Conditions().add(u"CardCode", co_Equal, u"C1000").get());
+  row.Connect(company(), u"HVPARTN", false);
+  row.Load(Conditions().add(u"PartnerNo", co_Equal, u"C1000").get());
   row.Update(Record{{u"Balance", 3.75}});
-  EXPECT_THAT(partners(), ElementsAre("C1000|Northwind Tools|C|3.75", "C2000|Harbour|C|0"));
+  EXPECT_THAT(partners(), ElementsAre("C1000|Hillside Tools|C|3.75", "C2000|Harbour|C|0"));
 }
 
 TEST_F(RecordWriting, ATransactionKeepsOrDropsAllOfIt) {

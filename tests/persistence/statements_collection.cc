@@ -92,14 +92,14 @@ std::string limited(const StatementContext& context) {
 }
 
 std::string repeated(const StatementContext& context) {
-  Rows rows(context.company, u"OCRN");
-  rows.SetFields({u"CurrCode"});
+  Rows rows(context.company, u"HVCURR");
+  rows.SetFields({u"Currency"});
   rows.SetMaxRecordCount(1);
-  rows.Load({u"CurrCode"}, {});
+  rows.Load({u"Currency"}, {});
   Record record;
   rows.Refresh(record);
   rows.SetMaxRecordCount(1);
-  rows.Load({u"CurrName"}, {});
+  rows.Load({u"CurrencyName"}, {});
   return allOf(rows);
 }
 
@@ -131,11 +131,12 @@ Golden rowOfKey(const std::string& total) {
           R"(SELECT "U_Who" FROM "@ORDERS"     WHERE "U_Count" = 2 AND "U_Total" = )" + total};
 }
 
-const Golden kOneCurrency = {"SELECT TOP 1 CurrCode FROM OCRN     ORDER BY CurrCode",
-                             "SELECT CurrCode FROM OCRN     ORDER BY CurrCode  FETCH FIRST 1 ROWS "
-                             "ONLY",
-                             R"(SELECT TOP 1 "CurrCode" FROM "OCRN"     ORDER BY "CurrCode")",
-                             "SELECT CurrCode FROM OCRN     ORDER BY CurrCode"};
+const Golden kOneCurrency = {
+    "SELECT TOP 1 Currency FROM HVCURR     ORDER BY Currency",
+    "SELECT Currency FROM HVCURR     ORDER BY Currency  FETCH FIRST 1 ROWS "
+    "ONLY",
+    R"(SELECT TOP 1 "Currency" FROM "HVCURR"     ORDER BY "Currency")",
+    "SELECT Currency FROM HVCURR     ORDER BY Currency"};
 
 }  // namespace
 

@@ -52,14 +52,14 @@ std::string addWithCodeAndName(const StatementContext& context) {
 }
 
 std::string addToHostTable(const StatementContext& context) {
-  Rows rows(context.company, u"OCRN");
-  rows.Add(Record{{u"CurrCode", u"PLN"}, {u"CurrName", u"Zloty"}, {u"Decimals", 2}});
+  Rows rows(context.company, u"HVCURR");
+  rows.Add(Record{{u"Currency", u"PLN"}, {u"CurrencyName", u"Zloty"}, {u"Decimals", 2}});
   OneRow row;
-  row.Connect(context.company, u"OCRN", false);
-  row.Load(Conditions().add(u"CurrCode", co_Equal, u"PLN").get());
+  row.Connect(context.company, u"HVCURR", false);
+  row.Load(Conditions().add(u"Currency", co_Equal, u"PLN").get());
   Record record;
   row.GetFields(record);
-  return record.of(u"CurrCode") + "|" + record.of(u"CurrName") + "|" + record.of(u"Decimals");
+  return record.of(u"Currency") + "|" + record.of(u"CurrencyName") + "|" + record.of(u"Decimals");
 }
 
 std::string updateByKey(const StatementContext& context) {
@@ -149,13 +149,13 @@ std::vector<StatementCase> oneRowStatements() {
        lines({kA, kB, kC, "00000003|00000003|D||1899-12-30 00:00:00|0|0"})},
       {"AddToHostTable",
        &addToHostTable,
-       {{"INSERT INTO OCRN ( CurrCode, CurrName, Decimals)  VALUES ( N'PLN', N'Zloty', 2) ",
-         "INSERT INTO OCRN ( CurrCode, CurrName, Decimals)  VALUES ( N'PLN', N'Zloty', 2) ",
-         R"(INSERT INTO "OCRN" ( "CurrCode", "CurrName", "Decimals")  VALUES ( N'PLN', )"
+       {{"INSERT INTO HVCURR ( Currency, CurrencyName, Decimals)  VALUES ( N'PLN', N'Zloty', 2) ",
+         "INSERT INTO HVCURR ( Currency, CurrencyName, Decimals)  VALUES ( N'PLN', N'Zloty', 2) ",
+         R"(INSERT INTO "HVCURR" ( "Currency", "CurrencyName", "Decimals")  VALUES ( N'PLN', )"
          "N'Zloty', 2) "},
-        {"SELECT * FROM OCRN     WHERE CurrCode = N'PLN'",
-         "SELECT * FROM OCRN     WHERE CurrCode = N'PLN'",
-         R"(SELECT * FROM "OCRN"     WHERE "CurrCode" = N'PLN')"}},
+        {"SELECT * FROM HVCURR     WHERE Currency = N'PLN'",
+         "SELECT * FROM HVCURR     WHERE Currency = N'PLN'",
+         R"(SELECT * FROM "HVCURR"     WHERE "Currency" = N'PLN')"}},
        "PLN|Zloty|2"},
       {"UpdateByKey",
        &updateByKey,

@@ -34,7 +34,7 @@ class Statements : public CompanyFixture, public testing::WithParamInterface<Sta
     addPeriod(2, 2, 29);
   }
   void addPeriod(int entry, int month, int lastDay) {
-    add(u"OFPR", Record{{u"AbsEntry", entry},
+    add(u"OFPR", Record{{u"PeriodNo", entry},
                         {u"Code", entry == 1 ? u"2024-01" : u"2024-02"},
                         {u"Category", u"2024"},
                         {u"SubNum", entry},

@@ -191,7 +191,7 @@ std::vector<StatementCase> utilityStatements() {
         {"insert into [@STMT] (Code, Name, U_Num) values ('00000001', '00000001', 8)",
          "insert into @STMT (Code, Name, U_Num) values ('00000001', '00000001', 8)",
          R"(insert into "@STMT"("Code", "Name", "U_Num") values ('00000001', '00000001', 8))"},
-        fieldLookUp("OCRD", "Stmt"),
+        fieldLookUp("HVPARTN", "Stmt"),
         kDeleteStamp,
         kNextStamp,
         insertStamp("Installed"),

@@ -33,7 +33,7 @@ on = [
 # A host's table by its key, and no more than that.
 [[select]]
 table = "OFPR"
-keys = ["AbsEntry"]
+keys = ["PeriodNo"]
 
 # One object's SELECT.
 [load]

@@ -48,11 +48,11 @@ kordb   SELECT TOP 5 T0."Code" AS"T0.Code",T0."U_Total" AS"T0.U_Total",T1."U_Ite
 }
 
 TEST(SideBySide, ShowsASelectOfTheKeysWhenNothingElseIsSaid) {
-  EXPECT_EQ(shown("[select]\ntable = \"OFPR\"\nkeys = [\"AbsEntry\"]\n"),
-            R"(mssql   SELECT AbsEntry FROM OFPR     ORDER BY AbsEntry
-sybase  SELECT AbsEntry FROM OFPR     ORDER BY AbsEntry
-db2     SELECT AbsEntry FROM OFPR     ORDER BY AbsEntry  
-kordb   SELECT "AbsEntry" FROM "OFPR"     ORDER BY "AbsEntry"
+  EXPECT_EQ(shown("[select]\ntable = \"OFPR\"\nkeys = [\"PeriodNo\"]\n"),
+            R"(mssql   SELECT PeriodNo FROM OFPR     ORDER BY PeriodNo
+sybase  SELECT PeriodNo FROM OFPR     ORDER BY PeriodNo
+db2     SELECT PeriodNo FROM OFPR     ORDER BY PeriodNo  
+kordb   SELECT "PeriodNo" FROM "OFPR"     ORDER BY "PeriodNo"
 )");
 }
 
@@ -99,8 +99,8 @@ kordb   SELECT MAX("Code") FROM "@T"
 }
 
 TEST(SideBySide, ShowsAnInsertIntoAHostTableAlone) {
-  EXPECT_EQ(bareOn(kKordb, "[insert]\ntable = \"OADM\"\nvalues = { Code = \"X\", A = 1 }\n"),
-            "INSERT INTO \"OADM\" ( \"Code\", \"A\")  VALUES ( N'X', 1) \n");
+  EXPECT_EQ(bareOn(kKordb, "[insert]\ntable = \"HVCOMP\"\nvalues = { Code = \"X\", A = 1 }\n"),
+            "INSERT INTO \"HVCOMP\" ( \"Code\", \"A\")  VALUES ( N'X', 1) \n");
 }
 
 TEST(SideBySide, ShowsAnUpdateByConditionsInAllDialects) {
@@ -247,7 +247,7 @@ TEST(Example, HasAStatementOfEachKindAndPrintsWithoutAWarning) {
   EXPECT_EQ(
       bare(description.statements, kKordb, '\n'),
       R"(SELECT TOP 5 T0."Code" AS"T0.Code",T0."U_Total" AS"T0.U_Total",T1."U_Item" AS"T1.U_Item" FROM "@ORDERS" T0   LEFT OUTER JOIN "@LINES" T1 ON T0."Code" = T1."U_Order" AND T1."U_Kind"  =  N'A'   WHERE T0."U_Total" > 12.5 OR (T0."U_Date" <= '2024-01-31 00:00:00' AND T0."U_Name" LIKE N'O''B%') ORDER BY T0."U_Date" ASC,T0."Code" DESC
-SELECT "AbsEntry" FROM "OFPR"     ORDER BY "AbsEntry"
+SELECT "PeriodNo" FROM "OFPR"     ORDER BY "PeriodNo"
 SELECT * FROM "@ORDERS"     WHERE "Code" = N'00000001'
 SELECT MAX("Code") FROM "@ORDERS"
 INSERT INTO "@ORDERS" ( "Code", "Name", "U_Name", "U_Total", "U_Date", "U_Count")  VALUES ( N'00000001', N'00000001', N'O''Brien', 12.5, '2024-01-31 00:00:00', 3) 

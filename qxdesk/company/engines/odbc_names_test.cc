@@ -11,7 +11,7 @@ TEST(OdbcNames, AreWrittenInTheStyleOfTheEngine) {
             "SELECT \"code\", 'it''s [x] \"y\"' FROM \"@qx\" WHERE \"Z [a]\" = ?");
   EXPECT_EQ(withEngineNames(sql, {"`", false}),
             "SELECT `Code`, 'it''s [x] \"y\"' FROM `@QX` WHERE \"Z [a]\" = ?");
-  EXPECT_EQ(withEngineNames("SELECT [Code] FROM [OADM]", {"", false}), "SELECT Code FROM OADM");
+  EXPECT_EQ(withEngineNames("SELECT [Code] FROM [HVCOMP]", {"", false}), "SELECT Code FROM HVCOMP");
 }
 
 TEST(OdbcNames, TextWithoutNamesStaysAsItIs) {

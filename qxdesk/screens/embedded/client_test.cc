@@ -48,7 +48,7 @@ TEST_F(PlayingClient, WaitsForTheStartAndPlaysInTheMessageLoop) {
   EXPECT_EQ(pump(), "");
   app->PutStartupDone(VARIANT_TRUE);
   EXPECT_EQ(app->GetForms()->Count(), 1);
-  EXPECT_EQ(pump(), "picked menu 3001\nF_0 169 \"Main Menu\"\nF_1 139 \"Sales Order\" selected\n");
+  EXPECT_EQ(pump(), "picked menu 3001\nF_0 169 \"Main Menu\"\nF_1 3101 \"Sales Order\" selected\n");
   app->PutStartupDone(VARIANT_TRUE);
   EXPECT_EQ(pump(), "");
 }

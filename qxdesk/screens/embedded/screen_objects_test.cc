@@ -55,14 +55,14 @@ TEST_F(FormObjects, AreFoundByIndexUidTypeAndSelection) {
   EXPECT_EQ(forms->Count(), 2);
   EXPECT_EQ(utf8(forms->Item(0)->GetTypeEx()), "169");
   EXPECT_EQ(utf8(forms->Item(u"F_1")->GetUniqueID()), "F_1");
-  EXPECT_EQ(utf8(forms->GetFormByUID(u"F_1")->GetTypeEx()), "139");
+  EXPECT_EQ(utf8(forms->GetFormByUID(u"F_1")->GetTypeEx()), "3101");
   EXPECT_EQ(utf8(forms->GetFormByTypeAndCount(169, 1)->GetUniqueID()), "F_0");
   EXPECT_EQ(utf8(forms->GetActiveForm()->GetUniqueID()), "F_1");
   EXPECT_EQ(order->GetSelected(), VARIANT_TRUE);
   EXPECT_EQ(raised([&] { forms->Item(2); }), kFormNotFound);
   EXPECT_EQ(raised([&] { forms->Item(-1); }), kFormNotFound);
   EXPECT_EQ(raised([&] { forms->GetFormByUID(u"none"); }), kFormNotFound);
-  EXPECT_EQ(raised([&] { forms->GetFormByTypeAndCount(139, 2); }), kFormNotFound);
+  EXPECT_EQ(raised([&] { forms->GetFormByTypeAndCount(3101, 2); }), kFormNotFound);
 }
 
 TEST_F(FormObjects, KeepTheirProperties) {
@@ -123,14 +123,14 @@ TEST_F(FormObjects, SayWhenAVetoKeepsTheFormOpen) {
 TEST_F(FormObjects, CloseAfterTheirOwnEvent) {
   const auto form = openOrder();
   const auto sink = listen([&](const std::string& words, VARIANT_BOOL*) {
-    if (words != "100(F_1, after 1 139 F_1.2..0.0, -1)") return S_OK;
+    if (words != "100(F_1, after 1 3101 F_1.2..0.0, -1)") return S_OK;
     EXPECT_EQ(form->Close(), S_OK);
     EXPECT_EQ(utf8(form->GetUniqueID()), "F_1");
     return S_OK;
   });
   VARIANT_BOOL done = VARIANT_FALSE;
   EXPECT_EQ(user_->PressItem(CComBSTR(u"F_1"), CComBSTR(u"2"), &done), S_OK);
-  EXPECT_EQ(sink->log.back(), "100(F_1, after 17 139 F_1...0.0, -1)");
+  EXPECT_EQ(sink->log.back(), "100(F_1, after 17 3101 F_1...0.0, -1)");
   EXPECT_EQ(app_->GetForms()->Count(), 1);
 }
 
@@ -150,7 +150,7 @@ TEST_F(ControlObjects, AreAskedForTheirOwnInterfaceAlone) {
   const auto button = form->GetItems()->Item(u"1")->GetSpecific();
   EXPECT_NE(CComQIPtr<IButton>(button), nullptr);
   EXPECT_EQ(CComQIPtr<IEditText>(button), nullptr);
-  EXPECT_EQ(form->GetItems()->Item(u"38")->GetType(), 127);
+  EXPECT_EQ(form->GetItems()->Item(u"20")->GetType(), 127);
   EXPECT_EQ(utf8(form->GetItems()->Item(0)->GetUniqueID()), "1");
   EXPECT_EQ(form->GetItems()->Count(), 11);
   EXPECT_EQ(raised([&] { form->GetItems()->Item(u"none"); }), kInvalidItem);
@@ -180,12 +180,12 @@ TEST_F(ControlObjects, PressAButtonWhenItsItemIsClicked) {
   const auto form = openOrder();
   const auto sink = listen();
   EXPECT_EQ(form->GetItems()->Item(u"2")->Click(0), S_OK);
-  EXPECT_EQ(sink->log[2], "100(F_1, before 1 139 F_1.2..0.0, -1)");
+  EXPECT_EQ(sink->log[2], "100(F_1, before 1 3101 F_1.2..0.0, -1)");
   EXPECT_EQ(raised([&] { form->GetUniqueID(); }), kInvalidForm);
 }
 
 TEST_F(ControlObjects, ChooseInAComboBoxByKeyAndByIndex) {
-  const auto combo = control<IComboBox>(openOrder(), u"81");
+  const auto combo = control<IComboBox>(openOrder(), u"7");
   const auto values = combo->GetValidValues();
   EXPECT_EQ(values->Add(u"Error", u"1"), S_OK);
   EXPECT_EQ(values->Count(), 3);
@@ -241,11 +241,11 @@ TEST_F(ControlObjects, FillAMatrixThroughItsDataSources) {
 }
 
 TEST_F(ControlObjects, ClickIntoACell) {
-  const auto matrix = control<IMatrix>(openOrder(), u"38");
+  const auto matrix = control<IMatrix>(openOrder(), u"20");
   const auto sink = listen();
-  EXPECT_EQ(matrix->GetColumns()->Item(u"11")->GetCells()->Item(1)->Click(0, 0), S_OK);
-  EXPECT_EQ(sink->log, (Log{"100(F_1, before 6 139 F_1.38.11.1.0, -1)",
-                            "100(F_1, after 6 139 F_1.38.11.1.0, -1)"}));
+  EXPECT_EQ(matrix->GetColumns()->Item(u"2")->GetCells()->Item(1)->Click(0, 0), S_OK);
+  EXPECT_EQ(sink->log, (Log{"100(F_1, before 6 3101 F_1.20.2.1.0, -1)",
+                            "100(F_1, after 6 3101 F_1.20.2.1.0, -1)"}));
 }
 
 }  // namespace

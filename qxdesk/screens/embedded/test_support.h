@@ -108,7 +108,7 @@ class EmbeddedTest : public testing::Test {
   }
   CComPtr<IForm> openOrder() {
     CComBSTR uid;
-    EXPECT_EQ(user_->OpenForm(CComBSTR(u"139"), &uid), S_OK);
+    EXPECT_EQ(user_->OpenForm(CComBSTR(u"3101"), &uid), S_OK);
     return app_->GetForms()->Item(CComVariant(uid));
   }
   template <class Control>

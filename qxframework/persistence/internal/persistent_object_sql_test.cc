@@ -59,14 +59,14 @@ TEST_P(ObjectSql, AnInsertAddsTheOneOfCodeAndNameThatIsMissing) {
 
 TEST_P(ObjectSql, AnInsertIntoAHostTableLeavesCodeAndNameAlone) {
   object->SetUserTable(false);
-  object->SetMasterTable(u"ORTT");
+  object->SetMasterTable(u"HVRATE");
   object->GetFieldValues() = values({{u"Code", u"it's"}, {u"Rate", 12.5}, {u"Day", someDate()}});
   expectInsert(
-      {"INSERT INTO ORTT ( Code, Rate, Day)  "
+      {"INSERT INTO HVRATE ( Code, Rate, Day)  "
        "VALUES ( N'it''s', 12.5, TIMESTAMP_ISO(N'2024-01-31')) ",
-       R"(INSERT INTO "ORTT" ( "Code", "Rate", "Day")  )"
+       R"(INSERT INTO "HVRATE" ( "Code", "Rate", "Day")  )"
        "VALUES ( N'it''s', 12.5, '2024-01-31 00:00:00') ",
-       "INSERT INTO ORTT ( Code, Rate, Day)  "
+       "INSERT INTO HVRATE ( Code, Rate, Day)  "
        "VALUES ( N'it''s', 12.5, CONVERT(datetime,N'20240131',112)) "});
   EXPECT_EQ(utf8(object->GetFieldValues().GetValue(u"Code")), "it's");
 }

@@ -21,7 +21,7 @@ using Texts = std::vector<std::u16string>;
 
 inline const OLECHAR* const kCode = u"Code";
 inline const OLECHAR* const kName = u"Name";
-inline const OLECHAR* const kAllRows = u"SELECT * FROM OITM     ORDER BY Code";
+inline const OLECHAR* const kAllRows = u"SELECT * FROM HVITEM     ORDER BY Code";
 
 class Items final : public CQXPersistentCollectionProxy {
  public:
@@ -51,7 +51,7 @@ class CollectionProxy : public testing::Test {
     company->otherwise = qx::test::items({{u"A", u"Nail"}, {u"B", u"Screw"}, {u"C", u""}});
   }
 
-  void connect() { proxy.Connect(company.p, u"OITM", false); }
+  void connect() { proxy.Connect(company.p, u"HVITEM", false); }
   void load() {
     connect();
     proxy.SetKeysOnly(false);
@@ -61,9 +61,9 @@ class CollectionProxy : public testing::Test {
   /// With keys only: the cursor has the keys, and each row is read by a statement of its own.
   void loadKeys() {
     company->otherwise = {{u"Code"}, {{u"A"}, {u"B"}}};
-    company->answers[u"SELECT * FROM OITM     WHERE Code = N'A'"] =
+    company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'A'"] =
         qx::test::items({{u"A", u"Nail"}});
-    company->answers[u"SELECT * FROM OITM     WHERE Code = N'B'"] =
+    company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'B'"] =
         qx::test::items({{u"B", u"Screw"}});
     connect();
     proxy.Load({kCode}, {});
