@@ -51,17 +51,23 @@ BSTR withRoom(BSTR text, std::size_t length) {
 
 }  // namespace
 
-BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
-  const std::size_t bytes = std::size_t{length} * sizeof(OLECHAR);
-  auto* block = static_cast<unsigned char*>(std::malloc(kHead + bytes + sizeof(OLECHAR)));
+BSTR qx::newBstr(std::size_t length) {
+  auto* block = static_cast<unsigned char*>(std::malloc(kHead + (length + 1) * sizeof(OLECHAR)));
   if (block == nullptr) return nullptr;
   auto* units = reinterpret_cast<BSTR>(block + kHead);
+  setLength(units, length);
+  return units;
+}
+
+BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
+  const std::size_t bytes = std::size_t{length} * sizeof(OLECHAR);
+  const BSTR units = qx::newBstr(length);
+  if (units == nullptr) return nullptr;
   if (text != nullptr) {
     std::memcpy(units, text, bytes);
   } else {
     std::memset(units, 0, bytes);
   }
-  setLength(units, length);
   return units;
 }
 
