@@ -3,8 +3,8 @@
 // must give the same results before anything is measured.
 
 #include "bench/measure.h"
-#include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
+#include "tests/support/amounts.h"
 
 #include <algorithm>
 #include <array>
@@ -21,6 +21,10 @@
 #endif
 
 namespace {
+
+using qx::test::fromMillionths;
+using qx::test::millionthsOf;
+using qx::test::textOf;
 
 constexpr std::size_t kAmounts = 4096;
 constexpr int kRounds = 60;
@@ -91,11 +95,6 @@ std::vector<Pair> samples() {
   return pairs;
 }
 
-CQXCurrency ours(std::int64_t millionths) { return CQXCurrency(0, millionths); }
-std::int64_t raw(const CQXCurrency& amount) {
-  return amount.GetInteger() * 1'000'000 + amount.GetFraction();
-}
-
 CQXCurrency rounded(CQXCurrency amount) {
   amount.Round(2);
   return amount;
@@ -106,10 +105,12 @@ struct Operand {
   CQXCurrency price;
 };
 
+/// Calls the operation with each item, many times. It hands its result to keep() itself, so that a
+/// result that owns something is still there.
 template <class Item, class Operation>
 void passes(const std::vector<Item>& items, Operation&& operation) {
   for (int i = 0; i < kPasses; ++i)
-    for (const Item& item : items) qx::bench::keep(operation(item));
+    for (const Item& item : items) operation(item);
 }
 
 template <class Ours, class Peer>
@@ -125,11 +126,11 @@ void compareWithPlain(const char* name, const std::vector<Operand>& operands,
 
 bool plainAgrees(const std::vector<Pair>& pairs) {
   return std::all_of(pairs.begin(), pairs.end(), [](const Pair& pair) {
-    const CQXCurrency amount = ours(pair.amount);
-    const CQXCurrency price = ours(pair.price);
-    return raw(amount * price) == plain::multiply(pair.amount, pair.price) &&
-           raw(amount / price) == plain::divide(pair.amount, pair.price) &&
-           raw(rounded(price)) == plain::round(pair.price, 2) &&
+    const CQXCurrency amount = fromMillionths(pair.amount);
+    const CQXCurrency price = fromMillionths(pair.price);
+    return millionthsOf(amount * price) == plain::multiply(pair.amount, pair.price) &&
+           millionthsOf(amount / price) == plain::divide(pair.amount, pair.price) &&
+           millionthsOf(rounded(price)) == plain::round(pair.price, 2) &&
            amount.ToString().View() == plain::print(pair.amount).View();
   });
 }
@@ -201,14 +202,13 @@ struct DecimalPair {
 };
 
 bool decimalsAgree(Decimals& decimals, const Operand& ours, const DecimalPair& theirs) {
-  const auto text = [](const CQXCurrency& amount) { return qx::toUtf8(amount.ToString().View()); };
-  const std::string price = text(rounded(ours.price));
+  const std::string price = textOf(rounded(ours.price));
   return Decimals::print(decimals.multiply(theirs.amount, theirs.price)) ==
-             text(ours.amount * ours.price) &&
+             textOf(ours.amount * ours.price) &&
          Decimals::print(decimals.divide(theirs.amount, theirs.price)) ==
-             text(ours.amount / ours.price) &&
+             textOf(ours.amount / ours.price) &&
          Decimals::print(decimals.round(theirs.price)) + "0000" == price &&
-         Decimals::print(theirs.amount) == text(ours.amount);
+         Decimals::print(theirs.amount) == textOf(ours.amount);
 }
 
 bool compareWithDecimals(const std::vector<Operand>& operands, const std::vector<Pair>& pairs) {
@@ -256,24 +256,26 @@ bool compareWithDecimals(const std::vector<Operand>&, const std::vector<Pair>&) 
 int main() {
   const std::vector<Pair> pairs = samples();
   std::vector<Operand> operands;
-  for (const Pair& pair : pairs) operands.push_back({ours(pair.amount), ours(pair.price)});
+  for (const Pair& pair : pairs)
+    operands.push_back({fromMillionths(pair.amount), fromMillionths(pair.price)});
   if (!plainAgrees(pairs)) {
     std::puts("the results of the plain code differ");
     return 1;
   }
+  using qx::bench::keep;
   compareWithPlain(
-      "money-mul", operands, pairs, [](const Operand& each) { return each.amount * each.price; },
-      [](const Pair& each) { return plain::multiply(each.amount, each.price); });
+      "money-mul", operands, pairs, [](const Operand& each) { keep(each.amount * each.price); },
+      [](const Pair& each) { keep(plain::multiply(each.amount, each.price)); });
   compareWithPlain(
-      "money-div", operands, pairs, [](const Operand& each) { return each.amount / each.price; },
-      [](const Pair& each) { return plain::divide(each.amount, each.price); });
+      "money-div", operands, pairs, [](const Operand& each) { keep(each.amount / each.price); },
+      [](const Pair& each) { keep(plain::divide(each.amount, each.price)); });
   compareWithPlain(
-      "money-round", operands, pairs, [](const Operand& each) { return rounded(each.price); },
-      [](const Pair& each) { return plain::round(each.price, CQXCurrency::m_DefaultDecimal); });
+      "money-round", operands, pairs, [](const Operand& each) { keep(rounded(each.price)); },
+      [](const Pair& each) { keep(plain::round(each.price, CQXCurrency::m_DefaultDecimal)); });
   compareWithPlain(
       "money-print", operands, pairs,
-      [](const Operand& each) { return each.amount.ToString().m_str; },
-      [](const Pair& each) { return plain::print(each.amount).m_str; });
+      [](const Operand& each) { keep(each.amount.ToString().m_str); },
+      [](const Pair& each) { keep(plain::print(each.amount).m_str); });
   if (!compareWithDecimals(operands, pairs)) {
     std::puts("the results of libmpdec differ");
     return 1;

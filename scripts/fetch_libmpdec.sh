@@ -3,10 +3,10 @@
 # BUILD/third_party/libmpdec. Debian has no package of it, but its source stands in that of
 # python3.11, which comes through apt with the archive's signatures. A second run does nothing.
 #
-#   scripts/fetch_libmpdec.sh [BUILD]       BUILD is build/release unless given
+#   scripts/fetch_libmpdec.sh [BUILD]       BUILD is this repository's build/release unless given
 set -euo pipefail
-cd "$(dirname "$0")/.."
-target="$(realpath -m "${1:-build/release}")/third_party/libmpdec"
+build="$(realpath -m "${1:-$(dirname "$0")/../build/release}")"
+target="$build/third_party/libmpdec"
 [ -f "$target/libmpdec.a" ] && exit 0
 
 work=$(mktemp -d)
@@ -18,7 +18,10 @@ apt=(apt-get -qq -o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sour
   -o "Dir::State::lists=$work/lists" -o "APT::Sandbox::User=$(id -un)" -o "Debug::NoLocking=1"
   -o "Dir::Cache::pkgcache=" -o "Dir::Cache::srcpkgcache=")
 "${apt[@]}" update
-(cd "$work/source" && "${apt[@]}" source --download-only python3.11)
+if ! (cd "$work/source" && "${apt[@]}" source --download-only python3.11); then
+  echo "fetch_libmpdec.sh: the archive gave no source package python3.11" >&2
+  exit 1
+fi
 tar -xzf "$work"/source/python3.11_*.orig.tar.gz -C "$work" --strip-components=3 --wildcards \
   '*/Modules/_decimal/libmpdec/*'
 

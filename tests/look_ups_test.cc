@@ -6,6 +6,7 @@
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/foundation/time_stamp.h"
+#include "tests/support/amounts.h"
 #include "tests/support/embedded_client.h"
 #include "tests/support/engines.h"
 #include "tests/support/recording_addon.h"
@@ -18,10 +19,9 @@
 namespace {
 
 using qx::test::Engine;
+using qx::test::textOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::string text(const CQXCurrency& amount) { return qx::toUtf8(amount.ToString().View()); }
 
 double day(int year, int month, int dayOfMonth, int hour = 0) {
   return CQXDateTime(year, month, dayOfMonth, hour, 0, 0);
@@ -50,7 +50,7 @@ class LookUps : public testing::TestWithParam<Engine> {
   std::string tax(const char16_t* group, CQXCurrency net) {
     CQXCurrency amount(99);
     const long hr = CQXUtil::CalculateTaxFromNet(-1, record.company, net, CComBSTR(group), amount);
-    return std::to_string(hr) + " " + text(amount);
+    return std::to_string(hr) + " " + textOf(amount);
   }
   std::string period(double date) {
     CComBSTR category;
@@ -66,7 +66,7 @@ class LookUps : public testing::TestWithParam<Engine> {
   std::string rate(const char16_t* currency, double date) {
     CQXCurrency amount(99);
     const long hr = CQXUtil::GetCurrencyRate(-1, record.company, date, CComBSTR(currency), amount);
-    return std::to_string(hr) + " " + text(amount);
+    return std::to_string(hr) + " " + textOf(amount);
   }
 
   qx::test::TempFolder folder;
@@ -128,13 +128,13 @@ TEST_P(LookUps, ANewCompanyHasRatesForToday) {
 TEST_P(LookUps, MoneyIsRoundedByTheCompany) {
   CQXCurrency amount(10.5);
   amount.Round(record.company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
-  EXPECT_EQ(text(amount), "10.500000");
+  EXPECT_EQ(textOf(amount), "10.500000");
   sqlite().execute("UPDATE HVCOMP SET Country = 'HU'");
   amount.Round(record.company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
-  EXPECT_EQ(text(amount), "11.000000");
+  EXPECT_EQ(textOf(amount), "11.000000");
   amount = 1.005;
   amount.Round(record.company, CComBSTR(u"DE"), CComBSTR(u"EUR"), rc_Default, 1);
-  EXPECT_EQ(text(amount), "1.010000");
+  EXPECT_EQ(textOf(amount), "1.010000");
 }
 
 TEST_P(LookUps, MoneyIsRoundedByTheServiceOfTheLogin) {
@@ -146,7 +146,7 @@ TEST_P(LookUps, MoneyIsRoundedByTheServiceOfTheLogin) {
   CQXCurrency::m_RoundViaRX = true;
   CQXCurrency amount(-10.5);
   amount.Round(2);
-  EXPECT_EQ(text(amount), "-11.000000");
+  EXPECT_EQ(textOf(amount), "-11.000000");
   ASSERT_TRUE(CQXCurrency::m_ptrRoundedData);
   EXPECT_EQ(CQXCurrency::m_ptrRoundedData->GetValue(), -11.0);
 }

@@ -40,22 +40,30 @@ RowStore numberRow(double number) {
   throw CompanyError(kInvalidValue, Text::NotADate, {text, dateFormText(settings)});
 }
 
-std::string dayOf(DATE date) {
-  const std::optional<std::string> stored = storedOfDate(std::floor(date));
-  if (!stored) throw CompanyError(kInvalidValue, Text::NotADate, std::to_string(date));
-  return *stored;
+[[noreturn]] void noDate(DATE date, const CompanySettings& settings) {
+  noDate(toUtf16(std::to_string(date)), settings);
+}
+
+// The form of the company has nothing for the null date, so that day is shown as it is stored.
+std::u16string shownDay(DATE day, const std::string& stored, const CompanySettings& settings) {
+  constexpr std::size_t kLengthOfDay = 10;
+  if (day == 0.0) return toUtf16(stored.substr(0, kLengthOfDay));
+  return dateText(day, settings).value_or(u"");
 }
 
 double rateOf(CompanySession& session, std::u16string_view currency, DATE date) {
   const CompanySettings settings = session.settings();
   if (currency == settings.localCurrency) return 1.0;
+  const DATE day = std::trunc(date);  // before the first day too the time counts from its midnight
+  const std::optional<std::string> stored = storedOfDate(day);
+  if (!stored) noDate(date, settings);
   const auto row = session.database().prepare(
       "SELECT [Rate] FROM [HVRATE] WHERE [Currency] = ? AND [RateDate] = ?");
   row->bind(1, std::string_view(toUtf8(currency)));
-  row->bindDate(2, dayOf(date));
+  row->bindDate(2, *stored);
   if (!row->step()) {
     throw CompanyError(kNotFound, Text::NoRate,
-                       {std::u16string(currency), dateText(date, settings).value_or(u"")});
+                       {std::u16string(currency), shownDay(day, *stored, settings)});
   }
   return row->real(0);
 }
@@ -74,7 +82,7 @@ HRESULT DataHelper::answer(IRecordset** out, Make&& make) {
 HRESULT DataHelper::raw_FormatDateToString(DATE date, IRecordset** out) {
   return answer(out, [&](const CompanySettings& settings) {
     const std::optional<std::u16string> text = dateText(date, settings);
-    if (!text) noDate(toUtf16(std::to_string(date)), settings);
+    if (!text) noDate(date, settings);
     return textRow(*text);
   });
 }

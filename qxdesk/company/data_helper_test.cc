@@ -123,9 +123,33 @@ TEST_P(DataHelperTest, ARateIsThatOfTheDay) {
   EXPECT_EQ(first(helper->GetCurrencyRate(CComBSTR(u"EUR"), day)).dblVal, 1.0);
 }
 
+TEST_P(DataHelperTest, ARateBeforeTheFirstDayIsThatOfTheDayTheTimeBelongsTo) {
+  query(company, u"INSERT INTO HVRATE (RateDate, Currency, Rate) VALUES ('18991229', 'USD', 1.25)");
+  query(company, u"INSERT INTO HVRATE (RateDate, Currency, Rate) VALUES ('18991228', 'USD', 1.5)");
+  const auto rateOn = [&](DATE date) {
+    return first(helper->GetCurrencyRate(CComBSTR(u"USD"), date)).dblVal;
+  };
+  EXPECT_EQ(rateOn(*dateFromCivil({1899, 12, 29, 18, 0, 0})), 1.25);
+  EXPECT_EQ(rateOn(-1.0), 1.25);
+  EXPECT_EQ(rateOn(-2.75), 1.5);
+}
+
 TEST_P(DataHelperTest, AMissingRateIsTold) {
   EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear); }), kNotFound);
   EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 31/01/2023.");
+}
+
+TEST_P(DataHelperTest, AMissingRateOfTheNullDateIsToldWithItsDay) {
+  for (const DATE date : {0.0, 0.25, -0.25}) {
+    EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), date); }), kNotFound);
+    EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 1899-12-30.");
+  }
+}
+
+TEST_P(DataHelperTest, ARateOnWhatIsNoDateIsRefusedWithTheFormOfTheCompany) {
+  EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), 1e9); }), kInvalidValue);
+  EXPECT_EQ(lastError(company).text,
+            u"'1000000000.000000' is not a date of the company's date form DD/MM/YYYY.");
 }
 
 TEST_P(DataHelperTest, RoundsHalfAwayFromZero) {

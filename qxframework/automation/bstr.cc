@@ -55,9 +55,15 @@ BSTR withRoom(BSTR text, std::size_t length) {
 
 }  // namespace
 
-BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
-  if (length > qx::kLongestText) return nullptr;
+BSTR qx::newBstr(std::size_t length) {
+  if (length > kLongestText) return nullptr;
   const BSTR units = reallocate(nullptr, length);
+  if (units != nullptr) setLength(units, length);
+  return units;
+}
+
+BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
+  const BSTR units = qx::newBstr(length);
   if (units == nullptr) return nullptr;
   const std::size_t bytes = length * sizeof(OLECHAR);
   if (text != nullptr) {
@@ -65,7 +71,6 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
   } else {
     std::memset(units, 0, bytes);
   }
-  setLength(units, length);
   return units;
 }
 

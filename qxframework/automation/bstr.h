@@ -18,6 +18,13 @@ QX_API BSTR SysAllocString(const OLECHAR* text);
 QX_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
 QX_API void SysFreeString(BSTR text);
 
+namespace qx {
+
+/// A string of `length` units that are for the caller to write; null if out of memory.
+BSTR newBstr(std::size_t length);
+
+}  // namespace qx
+
 /// Length in UTF-16 units; 0 for null.
 inline UINT SysStringLen(const OLECHAR* text) {
   return text == nullptr ? 0 : reinterpret_cast<const std::uint32_t*>(text)[-1] / 2;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -66,6 +67,18 @@ TEST(CComBSTR, AppendingATextThatIsTooLongRaisesAndKeepsTheText) {
   CComBSTR null;
   EXPECT_THROW(null.Append(tooLong()), _com_error);
   EXPECT_EQ(null.m_str, nullptr);
+}
+
+TEST(SysString, OneToBeWrittenHasItsLengthAndItsTerminator) {
+  for (const std::size_t length : {0U, 1U, 22U}) {
+    const BSTR text = qx::newBstr(length);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(SysStringLen(text), length);
+    EXPECT_EQ(text[length], u'\0');
+    std::fill_n(text, length, u'x');
+    EXPECT_EQ(qx::viewOfBstr(text), std::u16string(length, u'x'));
+    SysFreeString(text);
+  }
 }
 
 TEST(CComBSTR, OfANullPointerIsNullAndOfAnEmptyTextIsNot) {

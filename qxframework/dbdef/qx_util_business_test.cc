@@ -1,9 +1,9 @@
 // Taxes, currency rates and posting periods.
 
-#include "qxframework/automation/text.h"
 #include "qxframework/dbdef/qx_util.h"
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"
+#include "tests/support/amounts.h"
 #include "tests/support/fake_money.h"
 #include "tests/support/recording_logger.h"
 
@@ -15,8 +15,6 @@ namespace {
 using namespace qx::test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-std::string text(const CQXCurrency& amount) { return qx::toUtf8(amount.ToString().View()); }
 
 struct Statement {
   long engine;
@@ -79,17 +77,17 @@ class QxUtilTax : public QxUtilBusiness {
 TEST_F(QxUtilTax, IsTheNetTimesTheNewestRateInPercent) {
   rate(CComVariant(16.5));
   EXPECT_EQ(calculate(CQXCurrency(100)), 0);
-  EXPECT_EQ(text(tax), "16.500000");
+  EXPECT_EQ(textOf(tax), "16.500000");
   EXPECT_EQ(calculate(CQXCurrency(-100)), 0);
-  EXPECT_EQ(text(tax), "-16.500000");
+  EXPECT_EQ(textOf(tax), "-16.500000");
 }
 
 TEST_F(QxUtilTax, IsRoundedToTwoDecimals) {
   rate(CComVariant(19.0));
   calculate(CQXCurrency(0.5));
-  EXPECT_EQ(text(tax), "0.100000");  // 0.095
+  EXPECT_EQ(textOf(tax), "0.100000");  // 0.095
   calculate(CQXCurrency(12.34));
-  EXPECT_EQ(text(tax), "2.340000");  // 2.3446
+  EXPECT_EQ(textOf(tax), "2.340000");  // 2.3446
 }
 
 TEST_F(QxUtilTax, HasAStatementForEachEngineAndLogsIt) {
@@ -110,14 +108,14 @@ TEST_F(QxUtilTax, HasAStatementForEachEngineAndLogsIt) {
 
 TEST_F(QxUtilTax, OfAGroupWithoutARateIsZero) {
   EXPECT_EQ(calculate(CQXCurrency(100)), 0);
-  EXPECT_EQ(text(tax), "0.000000");
+  EXPECT_EQ(textOf(tax), "0.000000");
   CComVariant null;
   null.vt = VT_NULL;
   for (const CComVariant& none : {CComVariant(), null}) {
     tax = 99;
     rate(none);
     EXPECT_EQ(calculate(CQXCurrency(100)), 0);
-    EXPECT_EQ(text(tax), "0.000000");
+    EXPECT_EQ(textOf(tax), "0.000000");
   }
 }
 
@@ -128,7 +126,7 @@ TEST_F(QxUtilTax, WhereTheHostFailsIsEFailAndStaysWhatItWas) {
     calls.failures = {{operation, E_ACCESSDENIED}};
     logger.records.clear();
     EXPECT_EQ(calculate(CQXCurrency(100)), E_FAIL) << operation;
-    EXPECT_EQ(text(tax), "99.000000");
+    EXPECT_EQ(textOf(tax), "99.000000");
     EXPECT_THAT(logger.messages(1),
                 ElementsAre(u"Failed to calculate the tax amount from net price.\n"));
     EXPECT_EQ(logger.records.back().message, u"Leaving function [E_FAIL]\n");
@@ -142,7 +140,44 @@ TEST_F(QxUtilTax, ThatOverflowsOrReadsNoNumberIsEFail) {
   EXPECT_EQ(calculate(CQXCurrency(9000000000000, 0L)), E_FAIL);
   rate(CComVariant(u"much"));
   EXPECT_EQ(calculate(CQXCurrency(100)), E_FAIL);
-  EXPECT_EQ(text(tax), "99.000000");
+  EXPECT_EQ(textOf(tax), "99.000000");
+}
+
+// The host rounds, as the static data of the amounts say while this lives.
+class QxUtilTaxRoundedByTheHost : public QxUtilTax {
+ protected:
+  QxUtilTaxRoundedByTheHost() {
+    service->rounded = 16.5;
+    CQXCurrency::m_RoundViaRX = true;
+    CQXCurrency::m_ptrCompService = service.p;
+    CQXCurrency::m_ptrDecimalData = CComPtr<IDecimalData>(qx::makeObject<FakeDecimalData>(calls).p);
+    rate(CComVariant(16.5));
+  }
+  ~QxUtilTaxRoundedByTheHost() override {
+    CQXCurrency::m_RoundViaRX = false;
+    CQXCurrency::m_ptrCompService.Release();
+    CQXCurrency::m_ptrDecimalData.Release();
+    CQXCurrency::m_ptrRoundedData.Release();
+  }
+
+  CComPtr<FakeCompanyService> service = qx::makeObject<FakeCompanyService>(calls);
+};
+
+TEST_F(QxUtilTaxRoundedByTheHost, IsWhatTheHostMakesOfIt) {
+  EXPECT_EQ(calculate(CQXCurrency(100, 10000)), 0);
+  EXPECT_EQ(textOf(tax), "16.500000");
+}
+
+TEST_F(QxUtilTaxRoundedByTheHost, IsEFailWithTheUnroundedTaxWhereTheHostFails) {
+  for (const char* operation : {"Data.PutValue", "Service.RoundDecimal", "Rounded.GetValue"}) {
+    tax = 99;
+    calls.failures = {{operation, E_ACCESSDENIED}};
+    logger.records.clear();
+    EXPECT_EQ(calculate(CQXCurrency(100, 10000)), E_FAIL) << operation;
+    EXPECT_EQ(textOf(tax), "16.501650");
+    EXPECT_THAT(logger.messages(1),
+                ElementsAre(u"Failed to calculate the tax amount from net price.\n"));
+  }
 }
 
 class QxUtilRate : public QxUtilBusiness {
@@ -159,7 +194,7 @@ class QxUtilRate : public QxUtilBusiness {
 
 TEST_F(QxUtilRate, IsWhatTheHelperSays) {
   EXPECT_EQ(get(), 0);
-  EXPECT_EQ(text(rate), "1.084500");
+  EXPECT_EQ(textOf(rate), "1.084500");
   EXPECT_THAT(calls.calls, ElementsAre("Helper.GetCurrencyRate(USD, 45322)"));
   EXPECT_THAT(logger.messagesOf(u"CQXUtil::GetCurrencyRate"), IsEmpty());
   EXPECT_EQ(logger.records.back(),
@@ -172,7 +207,7 @@ TEST_F(QxUtilRate, WhereTheHostFailsIsZeroAndEFail) {
     logger.records.clear();
     rate = 99;
     EXPECT_EQ(get(), E_FAIL) << operation;
-    EXPECT_EQ(text(rate), "0.000000");
+    EXPECT_EQ(textOf(rate), "0.000000");
     EXPECT_THAT(logger.messages(1), ElementsAre(u"Failed to get currency rate.\n"));
   }
   EXPECT_EQ(CQXUtil::GetCurrencyRate(-1, nullptr, 0, CComBSTR(), rate), E_FAIL);
@@ -181,7 +216,7 @@ TEST_F(QxUtilRate, WhereTheHostFailsIsZeroAndEFail) {
 TEST_F(QxUtilRate, WithoutARowIsZero) {
   helper->rows.clear();
   EXPECT_EQ(get(), 0);
-  EXPECT_EQ(text(rate), "0.000000");
+  EXPECT_EQ(textOf(rate), "0.000000");
 }
 
 class QxUtilPeriod : public QxUtilBusiness {

@@ -18,6 +18,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 using namespace qx::test;
@@ -83,6 +85,7 @@ TEST_F(QxUtilNextCode, TheNextCodeIsOneMoreInUpperCaseHexadecimal) {
   EXPECT_EQ(behind(CComVariant(u"0000ffff")), u"00010000");
   EXPECT_EQ(behind(CComVariant(u"7")), u"00000008");
   EXPECT_EQ(behind(CComVariant(u"xyz")), u"00000001");
+  EXPECT_EQ(behind(CComVariant(u"12AZ")), u"0000012B");  // read up to the first other character
 }
 
 TEST_F(QxUtilNextCode, TheNumberIsThatOfTheCode) {
@@ -94,6 +97,16 @@ TEST_F(QxUtilNextCode, TheNumberIsThatOfTheCode) {
 
 TEST_F(QxUtilNextCode, BehindTheHighestNumberComesTheLowest) {
   EXPECT_EQ(behind(CComVariant(u"7FFFFFFF")), u"80000000");
+}
+
+TEST_F(QxUtilNextCode, BeyondTheHighestNumberTheCodeStaysTheSame) {
+  // What does not fit reads as the highest number, so the codes of a table end there.
+  for (const char16_t* highest : {u"80000000", u"FFFFFFFF", u"123456789ABC"}) {
+    company->answer(u"SELECT MAX(Code) FROM [@T]", {{CComVariant(highest)}});
+    long number = 0;
+    EXPECT_EQ(next(&number), u"80000000");
+    EXPECT_EQ(number, std::numeric_limits<std::int32_t>::min());
+  }
 }
 
 TEST_F(QxUtilNextCode, EachEngineHasItsStatement) {

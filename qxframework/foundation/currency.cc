@@ -6,6 +6,7 @@
 #include "qxframework/host/company.h"
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
@@ -126,6 +127,21 @@ constexpr std::array<Pair, 100> kPairs = [] {
 OLECHAR* putPair(OLECHAR* end, std::uint64_t pair) {
   std::memcpy(end - 2, &kPairs[pair], sizeof(Pair));
   return end - 2;
+}
+
+// Of a number below 10^18.
+std::size_t digitCount(std::uint64_t number) {
+  const auto bits = static_cast<std::size_t>(std::bit_width(number | 1));
+  const std::size_t atLeast = bits * 1233 >> 12;  // by the logarithm of 2; one less or none
+  return atLeast + (static_cast<std::int64_t>(number | 1) >= kPowersOfTen[atLeast] ? 1 : 0);
+}
+
+// With units that are still to be written.
+CComBSTR ofLength(std::size_t length) {
+  CComBSTR text;
+  text.m_str = qx::newBstr(length);
+  if (text.m_str == nullptr) qx::raiseError(E_OUTOFMEMORY);
+  return text;
 }
 
 double roundedByHost(ICompanyService* service, IDecimalData* data, double amount,
@@ -273,22 +289,24 @@ void CQXCurrency::FromBSTR(const CComBSTR& text) {
   FromString(copy);
 }
 
+// Written from its end into the string itself: the digits are counted first.
 CComBSTR CQXCurrency::ToString() const {
-  std::array<OLECHAR, 24> buffer;
-  OLECHAR* first = buffer.data() + buffer.size();
   const std::uint64_t magnitude = magnitudeOf(m_value);
+  std::uint64_t whole = magnitude / kUnit;
   auto fraction = static_cast<std::uint32_t>(magnitude % kUnit);
+  const std::size_t sign = m_value < 0 ? 1 : 0;
+  CComBSTR text = ofLength(sign + digitCount(whole) + 1 + kDecimals);
+  *text.m_str = u'-';  // the first digit goes over it where there is no sign
+  OLECHAR* first = text.m_str + text.Length();
   for (int i = 0; i < kDecimals; i += 2, fraction /= 100) first = putPair(first, fraction % 100);
   *--first = u'.';
-  std::uint64_t whole = magnitude / kUnit;
   for (; whole >= 100; whole /= 100) first = putPair(first, whole % 100);
   if (whole >= 10) {
-    first = putPair(first, whole);
+    putPair(first, whole);
   } else {
     *--first = static_cast<OLECHAR>(u'0' + whole);
   }
-  if (m_value < 0) *--first = u'-';
-  return CComBSTR(static_cast<int>(buffer.data() + buffer.size() - first), first);
+  return text;
 }
 
 CComBSTR CQXCurrency::StringFromMoney(CComPtr<ICompany> company,

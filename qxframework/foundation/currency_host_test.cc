@@ -1,14 +1,16 @@
 // Money that asks the host: rounding and display forms.
 
-#include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
+#include "tests/support/amounts.h"
 #include "tests/support/fake_money.h"
+#include "tests/support/raised_by.h"
 
 #include <gmock/gmock.h>
 
 namespace {
 
-using qx::test::FakeRows;
+using qx::test::raisedBy;
+using qx::test::textOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -35,18 +37,6 @@ class CurrencyAtTheHost : public ::testing::Test {
     CQXCurrency::m_ptrDecimalData =
         CComPtr<IDecimalData>(qx::makeObject<qx::test::FakeDecimalData>(calls).p);
   }
-  static std::string text(const CQXCurrency& amount) {
-    return qx::toUtf8(amount.ToString().View());
-  }
-  template <class Operation>
-  static HRESULT raisedBy(Operation&& operation) {
-    try {
-      operation();
-    } catch (const _com_error& error) {
-      return error.Error();
-    }
-    return 0;
-  }
 
   qx::test::HostCalls calls;
   CComPtr<qx::test::FakeCompany> company = qx::test::makeCompany(calls);
@@ -62,7 +52,7 @@ TEST_F(CurrencyAtTheHost, RoundAsksTheServiceOfTheLoginAndIgnoresItsArgument) {
     calls.calls.clear();
     amount = 1.125;
     amount.Round(digits);
-    EXPECT_EQ(text(amount), "7.250000");
+    EXPECT_EQ(textOf(amount), "7.250000");
     EXPECT_THAT(calls.calls, ElementsAre("Data.PutValue(1.125)", "Data.PutContext(7)",
                                          "Data.PutCurrency(EUR)", "Service.RoundDecimal()"));
   }
@@ -80,30 +70,45 @@ TEST_F(CurrencyAtTheHost, RoundDoesItItselfUntilAllIsSet) {
   logIn();
   CQXCurrency::m_ptrCompService.Release();
   amount.Round(2);
-  EXPECT_EQ(text(amount), "1.130000");
+  EXPECT_EQ(textOf(amount), "1.130000");
   EXPECT_THAT(calls.calls, IsEmpty());
 }
 
 TEST_F(CurrencyAtTheHost, RoundByADDNeverAsks) {
   logIn();
   amount.RoundByADD(5);
-  EXPECT_EQ(text(amount), "1.130000");
+  EXPECT_EQ(textOf(amount), "1.130000");
   EXPECT_THAT(calls.calls, IsEmpty());
 }
 
-TEST_F(CurrencyAtTheHost, AFailureWhileRoundingLeavesTheValue) {
+TEST_F(CurrencyAtTheHost, AFailureWhileRoundingLeavesTheValueAndTheDataRoundedLast) {
   logIn();
-  for (const char* operation : {"Data.PutValue", "Data.PutContext", "Data.PutCurrency",
-                                "Service.RoundDecimal", "Rounded.GetValue"}) {
+  CQXCurrency(1).Round(2);
+  const CComPtr<IRoundedData> last = CQXCurrency::m_ptrRoundedData;
+  ASSERT_TRUE(last);
+  for (const char* operation :
+       {"Data.PutValue", "Data.PutContext", "Data.PutCurrency", "Service.RoundDecimal"}) {
     calls.failures = {{operation, E_ACCESSDENIED}};
     EXPECT_EQ(raisedBy([&] { amount.Round(2); }), E_ACCESSDENIED) << operation;
-    EXPECT_EQ(text(amount), "1.125000");
+    EXPECT_EQ(textOf(amount), "1.125000");
+    EXPECT_EQ(CQXCurrency::m_ptrRoundedData.p, last.p) << operation;
   }
+}
+
+TEST_F(CurrencyAtTheHost, RoundedDataThatCannotBeReadLeaveTheValueButAreKept) {
+  logIn();
+  CQXCurrency(1).Round(2);
+  const CComPtr<IRoundedData> last = CQXCurrency::m_ptrRoundedData;
+  calls.failures = {{"Rounded.GetValue", E_ACCESSDENIED}};
+  EXPECT_EQ(raisedBy([&] { amount.Round(2); }), E_ACCESSDENIED);
+  EXPECT_EQ(textOf(amount), "1.125000");
+  EXPECT_TRUE(CQXCurrency::m_ptrRoundedData);
+  EXPECT_NE(CQXCurrency::m_ptrRoundedData.p, last.p);
 }
 
 TEST_F(CurrencyAtTheHost, RoundForACompanyAsksWhenToldAlways) {
   amount.Round(company, CComBSTR(u"DE"), CComBSTR(u"USD"), static_cast<RoundingContextEnum>(3), 1);
-  EXPECT_EQ(text(amount), "7.250000");
+  EXPECT_EQ(textOf(amount), "7.250000");
   EXPECT_THAT(calls.calls,
               ElementsAre("Service.GetDataInterface(11)", "Data.PutValue(1.125)",
                           "Data.PutContext(3)", "Data.PutCurrency(USD)", "Service.RoundDecimal()"));
@@ -112,13 +117,13 @@ TEST_F(CurrencyAtTheHost, RoundForACompanyAsksWhenToldAlways) {
 
 TEST_F(CurrencyAtTheHost, RoundForACompanyAsksForOneCountryUnasked) {
   amount.Round(company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
-  EXPECT_EQ(text(amount), "7.250000");
+  EXPECT_EQ(textOf(amount), "7.250000");
 }
 
 TEST_F(CurrencyAtTheHost, RoundForACompanyElsewhereDoesNothing) {
   for (const char16_t* location : {u"DE", u"hu", u"HUN", u""}) {
     amount.Round(company, CComBSTR(location), CComBSTR(u"HUF"), rc_Default, 0);
-    EXPECT_EQ(text(amount), "1.125000");
+    EXPECT_EQ(textOf(amount), "1.125000");
   }
   EXPECT_THAT(calls.calls, IsEmpty());
 }
@@ -131,7 +136,7 @@ TEST_F(CurrencyAtTheHost, AFailureWhileRoundingForACompanyLeavesTheValue) {
         raisedBy([&] { amount.Round(company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0); }),
         E_ACCESSDENIED)
         << operation;
-    EXPECT_EQ(text(amount), "1.125000");
+    EXPECT_EQ(textOf(amount), "1.125000");
   }
   EXPECT_EQ(
       raisedBy([&] { amount.Round(nullptr, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0); }),
@@ -159,7 +164,7 @@ TEST_F(CurrencyAtTheHost, AnAmountIsRoundedBeforeItIsShownWhenTheLoginIsKnown) {
   calls.calls.clear();
   amount.StringFromMoney(company, mpt_Price);
   EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatMoneyToString(1.125, 1)"));
-  EXPECT_EQ(text(amount), "1.125000");
+  EXPECT_EQ(textOf(amount), "1.125000");
 }
 
 TEST_F(CurrencyAtTheHost, ANumberInPlaceOfATextIsShownAsText) {

@@ -2,8 +2,8 @@
 // every operation is the school's. A million random operations of each kind (kOperations), seeded,
 // with much weight on the ends of the range, so that what raises and what wraps is compared too.
 
-#include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
+#include "tests/support/amounts.h"
 
 #include <gtest/gtest.h>
 
@@ -19,115 +19,131 @@
 
 namespace {
 
+using qx::test::fromMillionths;
+using qx::test::textOf;
+
 constexpr int kOperations = 1'000'000;
 
-/// A number without a sign, the digit of the ones first.
+/// A number without a sign, the digit of the ones first. Only the digits in use are gone through.
 class Paper {
  public:
   static constexpr std::size_t kDigits = 40;
 
   Paper() = default;
-  explicit Paper(std::string_view digits) {
-    for (std::size_t i = 0; i < digits.size(); ++i) digit_[i] = digits[digits.size() - 1 - i] - '0';
+  explicit Paper(std::string_view digits) : length_(digits.size()) {
+    for (std::size_t i = 0; i < length_; ++i) put(i, digits[length_ - 1 - i] - '0');
+    trim();
   }
   static Paper of(std::uint64_t number) { return Paper(std::to_string(number)); }
 
   std::string text() const {
-    std::string digits;
-    for (std::size_t i = kDigits; i-- > 0;)
-      if (!digits.empty() || digit_[i] != 0 || i == 0) digits += static_cast<char>('0' + digit_[i]);
+    std::string digits(std::max<std::size_t>(length_, 1), '0');
+    for (std::size_t i = 0; i < length_; ++i)
+      digits[length_ - 1 - i] = static_cast<char>('0' + digit_[i]);
     return digits;
   }
-  bool isZero() const { return *this == Paper(); }
+  bool isZero() const { return length_ == 0; }
   bool isOdd() const { return digit_[0] % 2 != 0; }
 
   Paper operator+(const Paper& other) const {
     Paper sum;
     int carry = 0;
-    for (std::size_t i = 0; i < kDigits; ++i) {
+    const std::size_t length = std::max(length_, other.length_);
+    for (std::size_t i = 0; i < length; ++i) {
       const int total = digit_[i] + other.digit_[i] + carry;
       carry = total > 9 ? 1 : 0;
-      sum.digit_[i] = total - 10 * carry;
+      sum.put(i, total - 10 * carry);
     }
+    sum.length_ = length;
+    if (carry != 0) sum.put(sum.length_++, carry);
     return sum;
   }
   /// `other` must not be the greater one.
   Paper operator-(const Paper& other) const {
     Paper difference;
     int borrow = 0;
-    for (std::size_t i = 0; i < kDigits; ++i) {
+    for (std::size_t i = 0; i < length_; ++i) {
       const int left = digit_[i] - other.digit_[i] - borrow;
       borrow = left < 0 ? 1 : 0;
-      difference.digit_[i] = left + 10 * borrow;
+      difference.put(i, left + 10 * borrow);
     }
-    return difference;
+    difference.length_ = length_;
+    return difference.trim();
   }
   Paper operator*(const Paper& other) const {
     std::array<int, 2 * kDigits> sums{};
-    const std::size_t length = used();
-    const std::size_t otherLength = other.used();
-    for (std::size_t i = 0; i < length; ++i)
-      for (std::size_t j = 0; j < otherLength; ++j) sums[i + j] += digit_[i] * other.digit_[j];
+    for (std::size_t i = 0; i < length_; ++i)
+      for (std::size_t j = 0; j < other.length_; ++j) sums[i + j] += digit_[i] * other.digit_[j];
     Paper product;
     int carry = 0;
-    for (std::size_t i = 0; i < kDigits; ++i) {
+    product.length_ = length_ + other.length_;
+    for (std::size_t i = 0; i < product.length_; ++i) {
       const int total = sums[i] + carry;
-      product.digit_[i] = total % 10;
+      product.put(i, total % 10);
       carry = total / 10;
     }
-    return product;
+    return product.trim();
   }
   /// Long division, the remainder dropped.
   Paper operator/(const Paper& divisor) const {
     Paper quotient;
     Paper rest;
-    for (std::size_t i = used(); i-- > 0;) {
+    quotient.length_ = length_;
+    for (std::size_t i = length_; i-- > 0;) {
       rest = rest.timesTen(1);
-      rest.digit_[0] = digit_[i];
-      while (rest >= divisor) {
-        rest = rest - divisor;
-        ++quotient.digit_[i];
-      }
+      rest.put(0, digit_[i]);
+      rest.length_ = std::max<std::size_t>(rest.length_, 1);
+      rest.trim();
+      int times = 0;
+      for (; rest >= divisor; ++times) rest = rest - divisor;
+      quotient.put(i, times);
     }
-    return quotient;
+    return quotient.trim();
   }
   /// `places` zeros more at the end, or so many digits less.
   Paper timesTen(std::size_t places) const {
     Paper moved;
-    for (std::size_t i = places; i < kDigits; ++i) moved.digit_[i] = digit_[i - places];
+    if (isZero()) return moved;
+    std::copy_n(digit_.begin(), length_, moved.digit_.begin() + places);
+    moved.length_ = length_ + places;
     return moved;
   }
   Paper withoutDigits(std::size_t places) const {
     Paper moved;
-    for (std::size_t i = places; i < kDigits; ++i) moved.digit_[i - places] = digit_[i];
+    if (length_ <= places) return moved;
+    moved.length_ = length_ - places;
+    std::copy_n(digit_.begin() + places, moved.length_, moved.digit_.begin());
     return moved;
   }
   Paper half() const {
     Paper quotient;
     int rest = 0;
-    for (std::size_t i = used(); i-- > 0;) {
+    for (std::size_t i = length_; i-- > 0;) {
       const int number = rest * 10 + digit_[i];
-      quotient.digit_[i] = number / 2;
+      quotient.put(i, number / 2);
       rest = number % 2;
     }
-    return quotient;
+    quotient.length_ = length_;
+    return quotient.trim();
   }
 
   friend bool operator==(const Paper& a, const Paper& b) = default;
   friend bool operator>=(const Paper& a, const Paper& b) {
-    for (std::size_t i = kDigits; i-- > 0;)
+    if (a.length_ != b.length_) return a.length_ > b.length_;
+    for (std::size_t i = a.length_; i-- > 0;)
       if (a.digit_[i] != b.digit_[i]) return a.digit_[i] > b.digit_[i];
     return true;
   }
 
  private:
-  std::size_t used() const {
-    std::size_t length = kDigits;
-    while (length > 0 && digit_[length - 1] == 0) --length;
-    return length;
+  void put(std::size_t place, int digit) { digit_.at(place) = static_cast<signed char>(digit); }
+  Paper& trim() {
+    while (length_ > 0 && digit_[length_ - 1] == 0) --length_;
+    return *this;
   }
 
-  std::array<int, kDigits> digit_{};
+  std::size_t length_ = 0;  // without zeros in front
+  std::array<signed char, kDigits> digit_{};
 };
 
 const Paper kTwo63("9223372036854775808");
@@ -174,6 +190,7 @@ Signed wrappedNumber(const Signed& number) {
 /// The nearest double: 53 bits, of two the even one.
 Paper asDouble(const Paper& number) {
   static const Paper kTwo53("9007199254740992");
+  if (!(number >= kTwo53)) return number;
   Paper mantissa = number;
   Paper step("1");
   while (mantissa >= kTwo53) {
@@ -281,7 +298,7 @@ std::string modelFromDouble(double amount) {
 }
 
 std::string rawOf(const CQXCurrency& amount) {
-  return std::to_string(amount.GetInteger() * 1'000'000 + amount.GetFraction());
+  return std::to_string(qx::test::millionthsOf(amount));
 }
 
 template <class Operation>
@@ -313,7 +330,6 @@ class CurrencyModel : public ::testing::Test {
         return std::bit_cast<std::int64_t>(random_()) >> below(63);
     }
   }
-  CQXCurrency amount(std::int64_t millionths) { return CQXCurrency(0, millionths); }
   /// Another number that makes the sum come close to an end.
   std::int64_t partnerOf(std::int64_t first) {
     if (below(2) == 0) return number();
@@ -342,8 +358,10 @@ TEST_F(CurrencyModel, SumsAndDifferencesAreThoseOnPaper) {
     const Addend left = addendOf(a);
     const Addend right = addendOf(b);
     const std::string sum = modelSum(left, right);
-    ASSERT_EQ(outcome([&] { return amount(a) + amount(b); }), sum) << a << " + " << b;
-    ASSERT_EQ(outcome([&] { return amount(a) - amount(b); }), modelSum(left, minus(right)))
+    ASSERT_EQ(outcome([&] { return fromMillionths(a) + fromMillionths(b); }), sum)
+        << a << " + " << b;
+    ASSERT_EQ(outcome([&] { return fromMillionths(a) - fromMillionths(b); }),
+              modelSum(left, minus(right)))
         << a << " - " << b;
     raised += sum == kRaised ? 1 : 0;
   }
@@ -357,7 +375,8 @@ TEST_F(CurrencyModel, ProductsAreThoseOnPaper) {
     const std::int64_t a = number();
     const std::int64_t b = number();
     const std::string product = modelProduct(of(a), of(b));
-    ASSERT_EQ(outcome([&] { return amount(a) * amount(b); }), product) << a << " * " << b;
+    ASSERT_EQ(outcome([&] { return fromMillionths(a) * fromMillionths(b); }), product)
+        << a << " * " << b;
     raised += product == kRaised ? 1 : 0;
   }
   EXPECT_GT(raised, kOperations / 50);
@@ -369,7 +388,7 @@ TEST_F(CurrencyModel, MultiplesAreThoseOnPaper) {
     const std::int64_t a = number();
     const long factor = number();
     const std::string product = modelMultiple(of(a), of(factor));
-    ASSERT_EQ(outcome([&] { return amount(a) * factor; }), product) << a << " * " << factor;
+    ASSERT_EQ(outcome([&] { return fromMillionths(a) * factor; }), product) << a << " * " << factor;
     raised += product == kRaised ? 1 : 0;
   }
   EXPECT_GT(raised, kOperations / 50);
@@ -382,7 +401,8 @@ TEST_F(CurrencyModel, QuotientsAreThoseOnPaper) {
     std::int64_t b = number();
     if (b == 0) b = 3;
     const std::string quotient = modelQuotient(of(a), of(b));
-    ASSERT_EQ(outcome([&] { return amount(a) / amount(b); }), quotient) << a << " / " << b;
+    ASSERT_EQ(outcome([&] { return fromMillionths(a) / fromMillionths(b); }), quotient)
+        << a << " / " << b;
     raised += quotient == kRaised ? 1 : 0;
   }
   EXPECT_GT(raised, kOperations / 50);
@@ -395,7 +415,7 @@ TEST_F(CurrencyModel, RoundedAmountsAreThoseOnPaper) {
     const int places = static_cast<int>(below(22)) - 14;
     CQXCurrency::m_DefaultDecimal = places;
     const int asked = static_cast<int>(below(3));
-    CQXCurrency rounded = amount(value);
+    CQXCurrency rounded = fromMillionths(value);
     rounded.Round(asked);
     ASSERT_EQ(rawOf(rounded), modelRound(of(value), asked == 0 ? 0 : places))
         << value << " to " << asked << " of " << places;
@@ -423,8 +443,7 @@ TEST_F(CurrencyModel, TextsAreReadAsOnPaper) {
 TEST_F(CurrencyModel, AmountsAreWrittenAsOnPaper) {
   for (int i = 0; i < kOperations; ++i) {
     const std::int64_t value = number();
-    const CComBSTR text = amount(value).ToString();
-    ASSERT_EQ(qx::toUtf8(text.View()), modelText(of(value))) << value;
+    ASSERT_EQ(textOf(fromMillionths(value)), modelText(of(value))) << value;
   }
 }
 

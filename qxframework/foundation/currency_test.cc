@@ -1,6 +1,7 @@
 #include "qxframework/foundation/currency.h"
 
-#include "qxframework/automation/text.h"
+#include "tests/support/amounts.h"
+#include "tests/support/raised_by.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +12,13 @@
 
 namespace {
 
+using qx::test::fromMillionths;
+using qx::test::millionthsOf;
+using qx::test::raisedBy;
+using qx::test::textOf;
+
 constexpr std::int64_t kHighest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kLowest = std::numeric_limits<std::int64_t>::min();
-
-CQXCurrency raw(std::int64_t millionths) { return CQXCurrency(0, millionths); }
-
-std::int64_t rawOf(const CQXCurrency& amount) {
-  return amount.GetInteger() * 1'000'000 + amount.GetFraction();
-}
-
-std::string text(const CQXCurrency& amount) { return qx::toUtf8(amount.ToString().View()); }
 
 CQXCurrency read(const char16_t* from) {
   CQXCurrency amount;
@@ -33,18 +31,7 @@ std::string rounded(double amount, int digits, int defaultDecimal) {
   CQXCurrency value(amount);
   value.Round(digits);
   CQXCurrency::m_DefaultDecimal = 2;
-  return text(value);
-}
-
-// The code that the operation raises; 0 for none.
-template <class Operation>
-HRESULT raisedBy(Operation&& operation) {
-  try {
-    operation();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return 0;
+  return textOf(value);
 }
 
 TEST(Currency, IsOneNumberOf64Bits) {
@@ -58,134 +45,140 @@ TEST(Currency, TheSharedDataStartUnset) {
   EXPECT_FALSE(CQXCurrency::m_RoundViaRX);
   EXPECT_TRUE(CQXCurrency::m_bstrLoc.IsEmpty());
   EXPECT_TRUE(CQXCurrency::m_bstrCurr.IsEmpty());
+  EXPECT_FALSE(CQXCurrency::m_ptrCompany);
+  EXPECT_FALSE(CQXCurrency::m_ptrCompService);
+  EXPECT_FALSE(CQXCurrency::m_ptrDecimalData);
+  EXPECT_FALSE(CQXCurrency::m_ptrRoundedData);
 }
 
 TEST(Currency, IsBuiltFromItsPartsWithoutSignLogic) {
-  EXPECT_EQ(text(CQXCurrency()), "0.000000");
-  EXPECT_EQ(text(CQXCurrency(12, 340000)), "12.340000");
-  EXPECT_EQ(text(CQXCurrency(-1, 500000)), "-0.500000");
-  EXPECT_EQ(text(CQXCurrency(-1, -500000)), "-1.500000");
-  EXPECT_EQ(text(CQXCurrency(1, 2500000)), "3.500000");
-  EXPECT_EQ(rawOf(CQXCurrency(9223372036854, 775808)), kLowest);  // wraps
-  EXPECT_EQ(text(CQXCurrency(CComBSTR(u"7.25"))), "7.250000");
-  EXPECT_EQ(text(CQXCurrency(0.1)), "0.100000");
+  EXPECT_EQ(textOf(CQXCurrency()), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(12, 340000)), "12.340000");
+  EXPECT_EQ(textOf(CQXCurrency(-1, 500000)), "-0.500000");
+  EXPECT_EQ(textOf(CQXCurrency(-1, -500000)), "-1.500000");
+  EXPECT_EQ(textOf(CQXCurrency(1, 2500000)), "3.500000");
+  EXPECT_EQ(millionthsOf(CQXCurrency(9223372036854, 775808)), kLowest);  // wraps
+  EXPECT_EQ(textOf(CQXCurrency(CComBSTR(u"7.25"))), "7.250000");
+  EXPECT_EQ(textOf(CQXCurrency(0.1)), "0.100000");
 }
 
 TEST(Currency, AnAssignedIntegerIsMultipliedIn32BitsButNotAConstructedOne) {
-  EXPECT_EQ(text(CQXCurrency(3000)), "3000.000000");
-  EXPECT_EQ(text(CQXCurrency(std::numeric_limits<int>::min())), "-2147483648.000000");
+  EXPECT_EQ(textOf(CQXCurrency(3000)), "3000.000000");
+  EXPECT_EQ(textOf(CQXCurrency(std::numeric_limits<int>::min())), "-2147483648.000000");
   CQXCurrency amount;
   amount = 3000;
-  EXPECT_EQ(text(amount), "-1294.967296");
+  EXPECT_EQ(textOf(amount), "-1294.967296");
   amount = 2147;
-  EXPECT_EQ(text(amount), "2147.000000");
+  EXPECT_EQ(textOf(amount), "2147.000000");
   amount = 2148;
-  EXPECT_EQ(text(amount), "-2146.967296");
+  EXPECT_EQ(textOf(amount), "-2146.967296");
   amount = -1;
-  EXPECT_EQ(text(amount), "-1.000000");
+  EXPECT_EQ(textOf(amount), "-1.000000");
   amount = std::numeric_limits<int>::min();
-  EXPECT_EQ(text(amount), "0.000000");
+  EXPECT_EQ(textOf(amount), "0.000000");
 }
 
 TEST(Currency, AssignsFromItsLikeAndFromADouble) {
   CQXCurrency amount;
   EXPECT_EQ(&(amount = 1.5), &amount);
-  EXPECT_EQ(text(amount), "1.500000");
+  EXPECT_EQ(textOf(amount), "1.500000");
   amount = CQXCurrency(2, 1);
-  EXPECT_EQ(text(amount), "2.000001");
+  EXPECT_EQ(textOf(amount), "2.000001");
 }
 
 TEST(Currency, AddsAndSubtracts) {
   CQXCurrency amount(10);
-  EXPECT_EQ(text(amount + CQXCurrency(0, 1)), "10.000001");
-  EXPECT_EQ(text(amount - CQXCurrency(12)), "-2.000000");
+  EXPECT_EQ(textOf(amount + CQXCurrency(0, 1)), "10.000001");
+  EXPECT_EQ(textOf(amount - CQXCurrency(12)), "-2.000000");
   amount += CQXCurrency(0.5);
-  EXPECT_EQ(text(amount), "10.500000");
+  EXPECT_EQ(textOf(amount), "10.500000");
   amount -= CQXCurrency(0.25);
-  EXPECT_EQ(text(amount), "10.250000");
-  EXPECT_EQ(text(-amount), "-10.250000");
+  EXPECT_EQ(textOf(amount), "10.250000");
+  EXPECT_EQ(textOf(-amount), "-10.250000");
 }
 
 TEST(Currency, ASumNearTheTopRaisesWhereItsDoubleReachesTheEnd) {
-  EXPECT_EQ(raisedBy([] { raw(kHighest) + raw(0); }), -1);  // the sum itself fits
-  EXPECT_EQ(raisedBy([] { raw(kHighest - 511) + raw(0); }), -1);
-  EXPECT_EQ(rawOf(raw(kHighest - 512) + raw(0)), kHighest - 512);
-  EXPECT_EQ(raisedBy([] { raw(kHighest - 1000) + raw(512); }), -1);
-  EXPECT_EQ(raisedBy([] { raw(kHighest) + raw(kHighest); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) + fromMillionths(0); }),
+            -1);  // the sum itself fits
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest - 511) + fromMillionths(0); }), -1);
+  EXPECT_EQ(millionthsOf(fromMillionths(kHighest - 512) + fromMillionths(0)), kHighest - 512);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest - 1000) + fromMillionths(512); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) + fromMillionths(kHighest); }), -1);
 }
 
 TEST(Currency, ADifferenceNearTheBottomRaisesAlike) {
-  EXPECT_EQ(raisedBy([] { raw(kLowest) + raw(0); }), -1);
-  EXPECT_EQ(raisedBy([] { raw(kLowest) + raw(1); }), -1);
-  EXPECT_EQ(raisedBy([] { raw(kLowest) - raw(1); }), -1);
-  EXPECT_EQ(raisedBy([] { raw(0) - raw(kLowest); }), -1);
-  EXPECT_EQ(rawOf(raw(kLowest) + raw(1024)), kLowest + 1024);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) + fromMillionths(0); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) + fromMillionths(1); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) - fromMillionths(1); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(0) - fromMillionths(kLowest); }), -1);
+  EXPECT_EQ(millionthsOf(fromMillionths(kLowest) + fromMillionths(1024)), kLowest + 1024);
 }
 
 TEST(Currency, NegationIsNotCheckedAndTheLowestAmountStays) {
-  EXPECT_EQ(rawOf(-raw(kLowest)), kLowest);
-  EXPECT_EQ(rawOf(-raw(kHighest)), -kHighest);
+  EXPECT_EQ(millionthsOf(-fromMillionths(kLowest)), kLowest);
+  EXPECT_EQ(millionthsOf(-fromMillionths(kHighest)), -kHighest);
 }
 
 TEST(Currency, MultiplicationTruncatesWhereDivisionRounds) {
-  EXPECT_EQ(text(raw(1) * CQXCurrency(0.5)), "0.000000");
-  EXPECT_EQ(text(raw(-1) * CQXCurrency(0.9)), "0.000000");
-  EXPECT_EQ(text(CQXCurrency(-1.5) * CQXCurrency(1.5)), "-2.250000");
-  EXPECT_EQ(text(CQXCurrency(-1.5) * CQXCurrency(-2)), "3.000000");
-  EXPECT_EQ(text(raw(1) / CQXCurrency(2)), "0.000001");
-  EXPECT_EQ(text(raw(-1) / CQXCurrency(2)), "-0.000001");
+  EXPECT_EQ(textOf(fromMillionths(1) * CQXCurrency(0.5)), "0.000000");
+  EXPECT_EQ(textOf(fromMillionths(-1) * CQXCurrency(0.9)), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(-1.5) * CQXCurrency(1.5)), "-2.250000");
+  EXPECT_EQ(textOf(CQXCurrency(-1.5) * CQXCurrency(-2)), "3.000000");
+  EXPECT_EQ(textOf(fromMillionths(1) / CQXCurrency(2)), "0.000001");
+  EXPECT_EQ(textOf(fromMillionths(-1) / CQXCurrency(2)), "-0.000001");
 }
 
 TEST(Currency, DivisionRoundsHalfUpInMagnitudeAtTheSixthDecimal) {
-  EXPECT_EQ(text(CQXCurrency(1) / CQXCurrency(3)), "0.333333");
-  EXPECT_EQ(text(CQXCurrency(2) / CQXCurrency(3)), "0.666667");
-  EXPECT_EQ(text(CQXCurrency(-2) / CQXCurrency(3)), "-0.666667");
-  EXPECT_EQ(text(CQXCurrency(2) / CQXCurrency(-3)), "-0.666667");
-  EXPECT_EQ(text(raw(999999999) / CQXCurrency(1000)), "1.000000");  // carries into the whole
+  EXPECT_EQ(textOf(CQXCurrency(1) / CQXCurrency(3)), "0.333333");
+  EXPECT_EQ(textOf(CQXCurrency(2) / CQXCurrency(3)), "0.666667");
+  EXPECT_EQ(textOf(CQXCurrency(-2) / CQXCurrency(3)), "-0.666667");
+  EXPECT_EQ(textOf(CQXCurrency(2) / CQXCurrency(-3)), "-0.666667");
+  EXPECT_EQ(textOf(fromMillionths(999999999) / CQXCurrency(1000)),
+            "1.000000");  // carries into the whole
   CQXCurrency amount(7);
   amount /= CQXCurrency(2);
-  EXPECT_EQ(text(amount), "3.500000");
+  EXPECT_EQ(textOf(amount), "3.500000");
 }
 
 TEST(Currency, MultipliesByALongWithoutTheDivision) {
   CQXCurrency amount(1.25);
-  EXPECT_EQ(text(amount * 4L), "5.000000");
-  EXPECT_EQ(text(amount * -4L), "-5.000000");
+  EXPECT_EQ(textOf(amount * 4L), "5.000000");
+  EXPECT_EQ(textOf(amount * -4L), "-5.000000");
   amount *= 2L;
-  EXPECT_EQ(text(amount), "2.500000");
+  EXPECT_EQ(textOf(amount), "2.500000");
   amount *= CQXCurrency(2);
-  EXPECT_EQ(text(amount), "5.000000");
-  EXPECT_EQ(rawOf(raw(1) * kLowest), kLowest);
-  EXPECT_EQ(raisedBy([] { raw(kHighest) * 3L; }), -1);
+  EXPECT_EQ(textOf(amount), "5.000000");
+  EXPECT_EQ(millionthsOf(fromMillionths(1) * kLowest), kLowest);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) * 3L; }), -1);
 }
 
 TEST(Currency, ProductsAndQuotientsPassedOver63BitsWrapAndOver64Raise) {
-  EXPECT_EQ(rawOf(raw(kHighest) * 2L), -2);
-  EXPECT_EQ(rawOf(raw(kLowest) * CQXCurrency(1)), kLowest);
-  EXPECT_EQ(rawOf(raw(kLowest) * CQXCurrency(-1)), kLowest);
-  EXPECT_EQ(rawOf(raw(kHighest) * CQXCurrency(2)), -2);
-  EXPECT_EQ(raisedBy([] { raw(kHighest) * CQXCurrency(3); }), -1);
-  EXPECT_EQ(raisedBy([] { raw(kLowest) * raw(kLowest); }), -1);
-  EXPECT_EQ(rawOf(raw(kHighest) / CQXCurrency(0.5)), -2);
-  EXPECT_EQ(raisedBy([] { raw(kHighest) / CQXCurrency(0.25); }), -1);
-  EXPECT_EQ(raisedBy([] { raw(kLowest) / raw(1); }), -1);
-  EXPECT_EQ(rawOf(raw(kLowest) / raw(kLowest)), 1'000'000);
+  EXPECT_EQ(millionthsOf(fromMillionths(kHighest) * 2L), -2);
+  EXPECT_EQ(millionthsOf(fromMillionths(kLowest) * CQXCurrency(1)), kLowest);
+  EXPECT_EQ(millionthsOf(fromMillionths(kLowest) * CQXCurrency(-1)), kLowest);
+  EXPECT_EQ(millionthsOf(fromMillionths(kHighest) * CQXCurrency(2)), -2);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) * CQXCurrency(3); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) * fromMillionths(kLowest); }), -1);
+  EXPECT_EQ(millionthsOf(fromMillionths(kHighest) / CQXCurrency(0.5)), -2);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) / CQXCurrency(0.25); }), -1);
+  EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) / fromMillionths(1); }), -1);
+  EXPECT_EQ(millionthsOf(fromMillionths(kLowest) / fromMillionths(kLowest)), 1'000'000);
 }
 
 TEST(Currency, AnOverflowLeavesTheValue) {
-  CQXCurrency amount = raw(kHighest);
+  CQXCurrency amount = fromMillionths(kHighest);
   EXPECT_EQ(raisedBy([&] { amount += CQXCurrency(1); }), -1);
   EXPECT_EQ(raisedBy([&] { amount -= CQXCurrency(-1); }), -1);
   EXPECT_EQ(raisedBy([&] { amount *= CQXCurrency(3); }), -1);
   EXPECT_EQ(raisedBy([&] { amount *= 3L; }), -1);
   EXPECT_EQ(raisedBy([&] { amount /= CQXCurrency(0.1); }), -1);
-  EXPECT_EQ(rawOf(amount), kHighest);
+  EXPECT_EQ(millionthsOf(amount), kHighest);
 }
 
 TEST(CurrencyDeathTest, DivisionByZeroIsTheFaultOfTheProcessor) {
   const auto divide = [](std::int64_t dividend) {
     std::signal(SIGFPE, SIG_DFL);  // a sanitizer has a handler of its own
-    return raw(dividend) / CQXCurrency(0);
+    return fromMillionths(dividend) / CQXCurrency(0);
   };
   EXPECT_EXIT(divide(1'000'000), testing::KilledBySignal(SIGFPE), "");
   EXPECT_EXIT(divide(0), testing::KilledBySignal(SIGFPE), "");
@@ -214,10 +207,10 @@ TEST(Currency, ItsPartsHaveTheSignOfTheValue) {
   EXPECT_EQ(amount.GetFraction(), -500000);
   EXPECT_EQ(CQXCurrency(-0.25).GetInteger(), 0);
   EXPECT_EQ(CQXCurrency(-0.25).GetFraction(), -250000);
-  EXPECT_EQ(raw(kLowest).GetInteger(), -9223372036854);
-  EXPECT_EQ(raw(kLowest).GetFraction(), -775808);
+  EXPECT_EQ(fromMillionths(kLowest).GetInteger(), -9223372036854);
+  EXPECT_EQ(fromMillionths(kLowest).GetFraction(), -775808);
   EXPECT_TRUE(CQXCurrency().IsZero());
-  EXPECT_FALSE(raw(-1).IsZero());
+  EXPECT_FALSE(fromMillionths(-1).IsZero());
 }
 
 TEST(Currency, RoundsHalfAwayFromZero) {
@@ -256,31 +249,31 @@ TEST(Currency, RoundByADDIgnoresItsArgument) {
   for (const int digits : {0, 1, 5, 100}) {
     CQXCurrency amount(1.005);
     amount.RoundByADD(digits);
-    EXPECT_EQ(text(amount), "1.010000");
+    EXPECT_EQ(textOf(amount), "1.010000");
   }
 }
 
 TEST(Currency, RoundingAtAnEndOfTheRangeWraps) {
-  CQXCurrency amount = raw(kHighest);
+  CQXCurrency amount = fromMillionths(kHighest);
   amount.Round(2);
-  EXPECT_EQ(rawOf(amount), -9223372036854770000);
-  amount = raw(kLowest);
+  EXPECT_EQ(millionthsOf(amount), -9223372036854770000);
+  amount = fromMillionths(kLowest);
   amount.Round(2);
-  EXPECT_EQ(rawOf(amount), 9223372036854770000);
+  EXPECT_EQ(millionthsOf(amount), 9223372036854770000);
 }
 
 TEST(Currency, FromDoubleDropsWhatIsLessThanAMillionth) {
-  EXPECT_EQ(text(CQXCurrency(0.0000004)), "0.000000");
-  EXPECT_EQ(text(CQXCurrency(0.0000006)), "0.000000");
-  EXPECT_EQ(text(CQXCurrency(0.000001)), "0.000001");
-  EXPECT_EQ(text(CQXCurrency(-0.000001)), "-0.000001");
-  EXPECT_EQ(text(CQXCurrency(-0.0)), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(0.0000004)), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(0.0000006)), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(0.000001)), "0.000001");
+  EXPECT_EQ(textOf(CQXCurrency(-0.000001)), "-0.000001");
+  EXPECT_EQ(textOf(CQXCurrency(-0.0)), "0.000000");
 }
 
 TEST(Currency, FromDoubleRoundsHalfAwayFromZero) {
-  EXPECT_EQ(text(CQXCurrency(0.0000015)), "0.000002");
-  EXPECT_EQ(text(CQXCurrency(-0.0000015)), "-0.000002");
-  EXPECT_EQ(text(CQXCurrency(1e12)), "1000000000000.000000");
+  EXPECT_EQ(textOf(CQXCurrency(0.0000015)), "0.000002");
+  EXPECT_EQ(textOf(CQXCurrency(-0.0000015)), "-0.000002");
+  EXPECT_EQ(textOf(CQXCurrency(1e12)), "1000000000000.000000");
 }
 
 TEST(Currency, ADoubleWithoutAPlaceInTheRangeIsTheLowestAmount) {
@@ -289,88 +282,90 @@ TEST(Currency, ADoubleWithoutAPlaceInTheRangeIsTheLowestAmount) {
        {infinity, -infinity, std::numeric_limits<double>::quiet_NaN(),
         -std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::max(),
         9223372036854.775808, 1e13, -1e13})
-    EXPECT_EQ(rawOf(CQXCurrency(amount)), kLowest) << amount;
-  EXPECT_EQ(rawOf(CQXCurrency(9223372036854.77)), 9223372036854769664);
+    EXPECT_EQ(millionthsOf(CQXCurrency(amount)), kLowest) << amount;
+  EXPECT_EQ(millionthsOf(CQXCurrency(9223372036854.77)), 9223372036854769664);
 }
 
 TEST(Currency, ToDoubleAndBack) {
   EXPECT_EQ(CQXCurrency(-1.25).ToDouble(), -1.25);
-  EXPECT_EQ(raw(1).ToDouble(), 0.000001);
-  EXPECT_EQ(raw(kLowest).ToDouble(), -9223372036854.775808);
+  EXPECT_EQ(fromMillionths(1).ToDouble(), 0.000001);
+  EXPECT_EQ(fromMillionths(kLowest).ToDouble(), -9223372036854.775808);
 }
 
 TEST(Currency, FromStringReadsBothSidesOfThePoint) {
-  EXPECT_EQ(text(read(u"1.23")), "1.230000");
-  EXPECT_EQ(text(read(u"1.2345678")), "1.234567");
-  EXPECT_EQ(text(read(u"-1.5")), "-1.500000");
-  EXPECT_EQ(text(read(u".5")), "0.500000");
-  EXPECT_EQ(text(read(u"5.")), "5.000000");
-  EXPECT_EQ(text(read(u"42")), "42.000000");
-  EXPECT_EQ(text(read(u"1.000001")), "1.000001");
+  EXPECT_EQ(textOf(read(u"1.23")), "1.230000");
+  EXPECT_EQ(textOf(read(u"1.2345678")), "1.234567");
+  EXPECT_EQ(textOf(read(u"-1.5")), "-1.500000");
+  EXPECT_EQ(textOf(read(u".5")), "0.500000");
+  EXPECT_EQ(textOf(read(u"5.")), "5.000000");
+  EXPECT_EQ(textOf(read(u"42")), "42.000000");
+  EXPECT_EQ(textOf(read(u"1.000001")), "1.000001");
 }
 
 TEST(Currency, FromStringLosesTheSignInFrontOfAZero) {
-  EXPECT_EQ(text(read(u"-0.5")), "0.500000");
-  EXPECT_EQ(text(read(u"-.5")), "0.500000");
-  EXPECT_EQ(text(read(u"-0")), "0.000000");
+  EXPECT_EQ(textOf(read(u"-0.5")), "0.500000");
+  EXPECT_EQ(textOf(read(u"-.5")), "0.500000");
+  EXPECT_EQ(textOf(read(u"-0")), "0.000000");
 }
 
 TEST(Currency, FromStringReadsUpToTheFirstOtherCharacter) {
-  EXPECT_EQ(text(read(u"")), "0.000000");
-  EXPECT_EQ(text(read(u"abc")), "0.000000");
-  EXPECT_EQ(text(read(u" \t12abc.5")), "12.500000");
-  EXPECT_EQ(text(read(u"+3.5x")), "3.050000");  // two characters stand behind the point
-  EXPECT_EQ(text(read(u"1.-5")), "0.950000");
-  EXPECT_EQ(text(read(u"1.2.3")), "1.002000");
-  EXPECT_EQ(text(read(u"1,5")), "1.000000");
-  EXPECT_EQ(text(read(u".")), "0.000000");
-  EXPECT_EQ(text(CQXCurrency(CComBSTR())), "0.000000");
-  EXPECT_EQ(text(CQXCurrency(CComBSTR(std::u16string_view(u"1\0002", 3)))), "1.000000");
+  EXPECT_EQ(textOf(read(u"")), "0.000000");
+  EXPECT_EQ(textOf(read(u"abc")), "0.000000");
+  EXPECT_EQ(textOf(read(u" \t12abc.5")), "12.500000");
+  EXPECT_EQ(textOf(read(u"+3.5x")), "3.050000");  // two characters stand behind the point
+  EXPECT_EQ(textOf(read(u"1.-5")), "0.950000");
+  EXPECT_EQ(textOf(read(u"1.2.3")), "1.002000");
+  EXPECT_EQ(textOf(read(u"1,5")), "1.000000");
+  EXPECT_EQ(textOf(read(u".")), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(CComBSTR())), "0.000000");
+  EXPECT_EQ(textOf(CQXCurrency(CComBSTR(std::u16string_view(u"1\0002", 3)))), "1.000000");
+  EXPECT_EQ(textOf(CQXCurrency(CComBSTR(std::u16string_view(u"1\0.5", 4)))), "1.000000");
 }
 
 TEST(Currency, FromStringTakesADigitsSideTooLongForTheEndOf64Bits) {
-  EXPECT_EQ(text(read(u"0.9223372036854775807")), "0.922337");
-  EXPECT_EQ(text(read(u"0.99999999999999999999")), "0.092233");  // the end of 19 digits, cut at 20
-  EXPECT_EQ(text(read((u"0." + std::u16string(1 << 20, u'9')).c_str())), "0.000000");
-  EXPECT_EQ(text(read((u"0." + std::u16string(1 << 20, u'0') + u"1").c_str())), "0.000000");
+  EXPECT_EQ(textOf(read(u"0.9223372036854775807")), "0.922337");
+  EXPECT_EQ(textOf(read(u"0.99999999999999999999")),
+            "0.092233");  // the end of 19 digits, cut at 20
+  EXPECT_EQ(textOf(read((u"0." + std::u16string(1 << 20, u'9')).c_str())), "0.000000");
+  EXPECT_EQ(textOf(read((u"0." + std::u16string(1 << 20, u'0') + u"1").c_str())), "0.000000");
 }
 
 TEST(Currency, FromStringThatOverflowsLeavesTheWholePartAsMillionths) {
   CQXCurrency amount(7);
   EXPECT_EQ(raisedBy([&] { amount.FromString(CString(u"18446744073710")); }), -1);
-  EXPECT_EQ(rawOf(amount), 18446744073710);
+  EXPECT_EQ(millionthsOf(amount), 18446744073710);
   EXPECT_EQ(raisedBy([&] { amount.FromString(CString(std::u16string(1 << 20, u'9'))); }), -1);
-  EXPECT_EQ(rawOf(amount), kHighest);
+  EXPECT_EQ(millionthsOf(amount), kHighest);
   EXPECT_EQ(raisedBy([&] { amount.FromBSTR(CComBSTR(u"-99999999999999999999")); }), -1);
-  EXPECT_EQ(rawOf(amount), kLowest);
+  EXPECT_EQ(millionthsOf(amount), kLowest);
   EXPECT_EQ(raisedBy([] { CQXCurrency(CComBSTR(u"18446744073710")); }), -1);
 }
 
 TEST(Currency, FromStringBetween63And64BitsWraps) {
-  EXPECT_EQ(rawOf(read(u"9223372036854.775807")), kHighest);
-  EXPECT_EQ(rawOf(read(u"9223372036854.775808")), kLowest);
-  EXPECT_EQ(rawOf(read(u"-9223372036854.775808")), kLowest);
-  EXPECT_EQ(rawOf(read(u"9223372036855")), -9223372036854551616);
+  EXPECT_EQ(millionthsOf(read(u"9223372036854.775807")), kHighest);
+  EXPECT_EQ(millionthsOf(read(u"9223372036854.775808")), kLowest);
+  EXPECT_EQ(millionthsOf(read(u"-9223372036854.775808")), kLowest);
+  EXPECT_EQ(millionthsOf(read(u"9223372036855")), -9223372036854551616);
 }
 
 TEST(Currency, IsWrittenWithSixDecimals) {
-  EXPECT_EQ(text(CQXCurrency(-0.5)), "-0.500000");
-  EXPECT_EQ(text(CQXCurrency(-1.5)), "-1.500000");
-  EXPECT_EQ(text(CQXCurrency(-2)), "-2.000000");
-  EXPECT_EQ(text(raw(1)), "0.000001");
-  EXPECT_EQ(text(raw(kHighest)), "9223372036854.775807");
-  EXPECT_EQ(text(raw(kLowest)), "-9223372036854.775808");
+  EXPECT_EQ(textOf(CQXCurrency(-0.5)), "-0.500000");
+  EXPECT_EQ(textOf(CQXCurrency(-1.5)), "-1.500000");
+  EXPECT_EQ(textOf(CQXCurrency(-2)), "-2.000000");
+  EXPECT_EQ(textOf(fromMillionths(1)), "0.000001");
+  EXPECT_EQ(textOf(fromMillionths(kHighest)), "9223372036854.775807");
+  EXPECT_EQ(textOf(fromMillionths(kLowest)), "-9223372036854.775808");
   EXPECT_EQ(CQXCurrency(1.5).ToBSTR().View(), u"1.500000");
 }
 
 TEST(Currency, GCDIsInMillionths) {
-  EXPECT_EQ(text(CQXCurrency(0.5).GCD(CQXCurrency(0.75))), "0.250000");
-  EXPECT_EQ(text(CQXCurrency(-0.5).GCD(CQXCurrency(0.75))), "0.250000");
-  EXPECT_EQ(text(raw(7).GCD(raw(13))), "0.000001");
-  EXPECT_EQ(text(CQXCurrency(0).GCD(CQXCurrency(17))), "1.000000");
-  EXPECT_EQ(text(CQXCurrency(17).GCD(CQXCurrency(0))), "1.000000");
-  EXPECT_EQ(rawOf(raw(kLowest).GCD(raw(1024))), 1024);
-  EXPECT_EQ(rawOf(raw(kLowest).GCD(raw(kLowest))), kLowest);
+  EXPECT_EQ(textOf(CQXCurrency(0.5).GCD(CQXCurrency(0.75))), "0.250000");
+  EXPECT_EQ(textOf(CQXCurrency(-0.5).GCD(CQXCurrency(0.75))), "0.250000");
+  EXPECT_EQ(textOf(fromMillionths(7).GCD(fromMillionths(13))), "0.000001");
+  EXPECT_EQ(textOf(CQXCurrency(0).GCD(CQXCurrency(17))), "1.000000");
+  EXPECT_EQ(textOf(CQXCurrency(17).GCD(CQXCurrency(0))), "1.000000");
+  EXPECT_EQ(millionthsOf(fromMillionths(kLowest).GCD(fromMillionths(1024))), 1024);
+  EXPECT_EQ(millionthsOf(fromMillionths(kLowest).GCD(fromMillionths(kLowest))), kLowest);
 }
 
 }  // namespace

@@ -12,7 +12,8 @@ enum etQXDATEVALUE : int { dv_Null = 0, dv_Today = 1 };
 /// A date with the null state that the database's empty date stands for, and with the text forms
 /// of the host's SQL and forms.
 ///
-/// A date that does not exist makes the status invalid and leaves the double as it was.
+/// Parts that make no date or time set the status to invalid and leave the double as it was. A
+/// double that is no date, given or come to by AddDays, is kept and invalid.
 class QX_API CQXDateTime : public COleDateTime {
  public:
   CQXDateTime(etQXDATEVALUE value = dv_Null);
@@ -24,11 +25,15 @@ class QX_API CQXDateTime : public COleDateTime {
   CQXDateTime(CComBSTR text);
   CQXDateTime(const CQXDateTime&) = default;
 
+  /// As the constructor.
   CQXDateTime& operator=(double date);
-  /// The last two take the parts, to the second. A date that is not valid becomes null, and the
-  /// double then stays.
+  /// dv_Today would be taken for one day: write CQXDateTime(dv_Today).
+  CQXDateTime& operator=(etQXDATEVALUE) = delete;
+  /// This and the next take the parts, to the second. A source without parts, since it is not
+  /// valid, makes the date null and leaves the double.
   CQXDateTime& operator=(const COleDateTime& date);
   CQXDateTime& operator=(const CQXDateTime& date);
+  /// Null; the double stays.
   void Clear();
 
   bool IsNull() const { return m_status == null; }
@@ -45,14 +50,16 @@ class QX_API CQXDateTime : public COleDateTime {
   /// The host's display form; where the host does not give one, that of ISO 8601.
   CComBSTR StringFromDate(CComPtr<ICompany> company) const;
 
-  /// Reads "20240131", "2024-01-31" and "31.01.2024". The date counts as valid afterwards whatever
-  /// the text: one that does not read leaves the double as it was.
+  /// Reads "20240131", "2024-01-31" and "31.01.2024", at 0:00:00. The status is valid afterwards
+  /// whatever the text: one that does not read leaves the double, with its day and time, as it was,
+  /// even one that is no date.
   void SetDate(CComBSTR text);
   /// The time of `hhmm`, such as 930, on the same date.
   void SetTime(long hhmm);
   /// The same day of another month at 0:00:00. A day that the month does not have makes the date
-  /// invalid, and so does a step back over the new year.
+  /// invalid, and so does a step back whose months beyond whole years pass the new year.
   void AddMonths(int months);
+  /// The time stays.
   void AddDays(long days);
   /// Another day of the same month at 0:00:00.
   void SetDay(int day);

@@ -2,13 +2,14 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/os/clock.h"
-#include "qxframework/os/test_support.h"
 #include "tests/support/fake_money.h"
+#include "tests/support/time_zone.h"
 
 #include <gmock/gmock.h>
 
 #include <limits>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -30,23 +31,8 @@ CQXDateTime day(int year, int month, int dayOfMonth) {
 
 CQXDateTime invalidDate() { return day(2023, 2, 29); }
 
-// The time zone of this process while it lives.
-class TimeZone {
- public:
-  explicit TimeZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  ~TimeZone() {
-    unsetenv("TZ");
-    tzset();
-  }
-  TimeZone(const TimeZone&) = delete;
-  TimeZone& operator=(const TimeZone&) = delete;
-};
-
 TEST(DateTime, StartsAsNullOrAsToday) {
-  const TimeZone zone("UTC-2");
+  const qx::test::ScopedTimeZone zone("UTC-2");
   // 2024-02-29 23:30:00 UTC is the next day there.
   qx::ManualClock clock(std::chrono::system_clock::from_time_t(1709249400));
   const qx::ScopedClock inUse(clock);
@@ -77,6 +63,13 @@ TEST(DateTime, ADoubleIsAssignedAsItIsConstructed) {
   EXPECT_EQ(all(value), "2024-2-29 12:0:0");
   value = 1e9;
   EXPECT_FALSE(value.IsValid() || value.IsNull());
+}
+
+TEST(DateTime, ItsStartValuesAreNotAssigned) {
+  // They would be taken for a number of days.
+  EXPECT_FALSE((std::is_assignable_v<CQXDateTime&, etQXDATEVALUE>));
+  EXPECT_TRUE((std::is_assignable_v<CQXDateTime&, double>));
+  EXPECT_TRUE((std::is_constructible_v<CQXDateTime, etQXDATEVALUE>));
 }
 
 TEST(DateTime, WhatIsNoDateAsADoubleIsInvalid) {

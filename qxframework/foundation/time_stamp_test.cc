@@ -3,6 +3,7 @@
 #include "qxframework/os/clock.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/host_stubs.h"
+#include "tests/support/time_zone.h"
 
 #include <gmock/gmock.h>
 
@@ -96,8 +97,7 @@ TEST(TimeStamp, ClearedIsNullWithAnEmptyUser) {
 }
 
 TEST(TimeStamp, TheCurrentStampHasTheClockAndTheClientsUser) {
-  setenv("TZ", "UTC-2", 1);
-  tzset();
+  const qx::test::ScopedTimeZone zone("UTC-2");
   qx::ManualClock clock(std::chrono::system_clock::from_time_t(1706694615));  // 09:50:15 UTC
   const qx::ScopedClock inUse(clock);
   HostCalls calls;
@@ -108,8 +108,6 @@ TEST(TimeStamp, TheCurrentStampHasTheClockAndTheClientsUser) {
   EXPECT_EQ(stamp.getDateTime().GetSecond(), 15);
   EXPECT_EQ(stamp.getUser().View(), u"manager");
   EXPECT_THAT(calls.calls, ElementsAre("GetUserName()", "GetCompanyName()", "GetDatabaseName()"));
-  unsetenv("TZ");
-  tzset();
 }
 
 TEST(TimeStamp, AHostThatFailsLeavesTheStamp) {

@@ -1,8 +1,10 @@
 #pragma once
 
-// The 128-bit number in the middle of a multiplication and a division of money. It is kept as four
-// 32-bit limbs; the arithmetic is done on the machine's widest integers, so that it costs no more
-// than they do.
+// The 128-bit number in the middle of a multiplication and a division of money. It is shown as four
+// 32-bit limbs, but kept and worked on as one of the machine's widest integers, so that it costs no
+// more than they do.
+
+#include "qxframework/foundation/thrown_text.h"
 
 #include <compare>
 #include <cstddef>
@@ -40,10 +42,10 @@ class CUInt128 {
   /// `bits` is 0 to 127. What is shifted out is lost, and is no overflow.
   constexpr CUInt128& operator<<=(int bits) { return put(m_limbs << bits); }
 
-  /// The quotient, truncated, and the remainder if it is wanted. Throws the text "divide 0" as a
-  /// character pointer for a divisor of 0.
+  /// The quotient, truncated, and the remainder if it is wanted. Throws the text "divide 0" by
+  /// throwText for a divisor of 0.
   constexpr CUInt128 dividedBy(std::uint64_t divisor, std::uint64_t* remainder = nullptr) const {
-    if (divisor == 0) throw static_cast<const char*>("divide 0");
+    if (divisor == 0) throwText("divide 0");
     CUInt128 quotient(*this);
     std::uint64_t rest = 0;
     if (upper() == 0) {

@@ -146,14 +146,22 @@ TEST(UInt128, DivisionByOneGivesTheNumberAndNoRemainder) {
   EXPECT_EQ(rest, 0U);
 }
 
-TEST(UInt128, DivisionByZeroThrowsATextAsACharacterPointer) {
+template <class Pointer>
+std::string thrownAs(const CUInt128& dividend) {
+  try {
+    dividend.dividedBy(0);
+  } catch (Pointer text) {
+    return text;
+  } catch (...) {
+    return "something else";
+  }
+  return "nothing";
+}
+
+TEST(UInt128, DivisionByZeroThrowsATextThatIsCaughtAsEitherCharacterPointer) {
   for (const CUInt128& number : {CUInt128(0), CUInt128(17), CUInt128(-1)}) {
-    try {
-      number.dividedBy(0);
-      ADD_FAILURE() << "nothing was thrown";
-    } catch (const char* text) {
-      EXPECT_STREQ(text, "divide 0");
-    }
+    EXPECT_EQ(thrownAs<char*>(number), "divide 0");
+    EXPECT_EQ(thrownAs<const char*>(number), "divide 0");
   }
 }
 
