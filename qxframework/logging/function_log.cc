@@ -43,7 +43,8 @@ void writeTrace(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& funct
   OLECHAR* end = message.text;
   for (const std::u16string_view part : parts) end = std::copy(part.begin(), part.end(), end);
   *end = 0;
-  message.bytes = static_cast<std::uint32_t>((end - message.text) * sizeof(OLECHAR));
+  const auto units = static_cast<std::size_t>(end - message.text);
+  message.bytes = static_cast<std::uint32_t>(units * sizeof(OLECHAR));
   logger->WriteLog(appId, logModuleName(), QXLoggerLib::sl_Debug2, function, message.text);
 }
 
