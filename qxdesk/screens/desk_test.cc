@@ -37,14 +37,14 @@ TEST(Desk, BringsAFewFormsOfItsOwn) {
             "  2 button \"Cancel\"\n"
             "  L4 static \"Customer\"\n"
             "  4 edit \"\"\n"
-            "  L54 static \"Name\"\n"
-            "  54 edit \"\"\n"
-            "  L10 static \"Posting Date\"\n"
-            "  10 edit \"\"\n"
-            "  L81 static \"Status\"\n"
-            "  81 combo \"Open\" key \"O\" of 2\n"
+            "  L5 static \"Name\"\n"
+            "  5 edit \"\"\n"
+            "  L6 static \"Posting Date\"\n"
+            "  6 edit \"\"\n"
+            "  L7 static \"Status\"\n"
+            "  7 combo \"Open\" key \"O\" of 2\n"
             "  20 matrix of 1 rows\n"
-            "    0 \"#\" 1 \"Item No.\" 11 \"Quantity\" 14 \"Unit Price\"\n"
+            "    0 \"#\" 1 \"Item No.\" 2 \"Quantity\" 3 \"Unit Price\"\n"
             "     \"\" \"\" \"\" \"\"\n");
   EXPECT_EQ(desk.openSystemForm(u"3101")->uid(), u"F_2");
   EXPECT_EQ(desk.forms.byTypeAndCount(u"3101", 2)->uid(), u"F_2");

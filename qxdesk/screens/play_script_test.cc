@@ -32,7 +32,7 @@ TEST(PlayScript, TakesOptionalArgumentsTogetherOrNotAtAll) {
   const auto cell = parsePlayScript("click * 20 2 4", "x")[0];
   EXPECT_EQ(cell.words, (std::vector<std::u16string>{u"*", u"20", u"2"}));
   EXPECT_EQ(cell.number, 4);
-  EXPECT_EQ(refusal("click * 20 2"), "demo.txt:1:14: write: click FORM ITEM [COLUMN ROW]");
+  EXPECT_EQ(refusal("click * 20 2"), "demo.txt:1:13: write: click FORM ITEM [COLUMN ROW]");
 }
 
 TEST(PlayScript, LetsATextBeEmpty) {

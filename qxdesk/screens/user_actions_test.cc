@@ -83,14 +83,14 @@ TEST_F(UserTest, SavesInAnotherModeAndStaysOpen) {
   const auto sink = listen(desk_);
   EXPECT_TRUE(user_.click({u"F_1", u"1"}));
   EXPECT_EQ(sink->log, (Log{"before item 6 F_1.1", "after item 6 F_1.1", "before item 1 F_1.1",
-                            "before data F_1 17 ", "after data F_1 17 ", "after item 1 F_1.1"}));
+                            "before data F_1 31 ", "after data F_1 31 ", "after item 1 F_1.1"}));
   EXPECT_EQ(desk_.forms.find(u"F_1")->mode(), kOkMode);
 }
 
 TEST_F(UserTest, KeepsTheModeWhenTheSavingIsVetoed) {
   user_.openForm(u"3101");
   desk_.forms.find(u"F_1")->setMode(kAddMode);
-  listen(desk_, veto("before data F_1 17 "));
+  listen(desk_, veto("before data F_1 31 "));
   user_.click({u"F_1", u"1"});
   EXPECT_EQ(desk_.forms.find(u"F_1")->mode(), kAddMode);
 }
