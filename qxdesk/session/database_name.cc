@@ -48,8 +48,10 @@ std::string keyName(std::string_view key) {
 
 bool isSecret(std::string_view key) {
   const std::string name = keyName(key);
-  return name == "pwd" || name == "password" || name.find("secret") != std::string::npos ||
-         name.find("token") != std::string::npos;
+  // pqopt holds options of the client library, which may hold a password.
+  for (const std::string_view word : {"pwd", "password", "secret", "token", "pqopt"})
+    if (name.find(word) != std::string::npos) return true;
+  return false;
 }
 
 std::string_view withoutBraces(std::string_view value) {
@@ -61,7 +63,7 @@ std::string_view withoutBraces(std::string_view value) {
 }  // namespace
 
 std::optional<std::string_view> odbcConnection(std::string_view database) {
-  if (!database.starts_with(kScheme)) return std::nullopt;
+  if (keyName(database.substr(0, kScheme.size())) != kScheme) return std::nullopt;
   return database.substr(kScheme.size());
 }
 

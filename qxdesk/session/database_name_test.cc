@@ -31,5 +31,15 @@ TEST(DatabaseName, TheConnectionStringStandsBehindTheScheme) {
   EXPECT_EQ(odbcConnection("odbc:DSN=shop"), "DSN=shop");
 }
 
+TEST(DatabaseName, TheSchemeIsTakenInAnyCase) {
+  EXPECT_EQ(odbcConnection("ODBC:DSN=shop"), "DSN=shop");
+  EXPECT_EQ(databaseName("Odbc:DSN=shop;Pwd=x"), "odbc:DSN=shop;Pwd=***");
+}
+
+TEST(DatabaseName, APasswordOfAnotherKindIsNotShownEither) {
+  EXPECT_EQ(databaseName("odbc:SSLPassword=x;Uid=me"), "odbc:SSLPassword=***;Uid=me");
+  EXPECT_EQ(databaseName("odbc:pqopt={password=x};Uid=me"), "odbc:pqopt=***;Uid=me");
+}
+
 }  // namespace
 }  // namespace qx::desk
