@@ -113,12 +113,13 @@ class Scan {
 }  // namespace
 
 const char* TextBlocks::keep(std::string_view text) {
-  constexpr std::size_t kBlock = 64 * 1024;
+  constexpr std::size_t kLargestBlock = 64 * 1024;
   if (text.size() > room_) {
-    const std::size_t size = std::max(kBlock, text.size());
+    const std::size_t size = std::max(nextBlock_, text.size());
     blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
     free_ = blocks_.back().get();
     room_ = size;
+    nextBlock_ = std::min(2 * nextBlock_, kLargestBlock);
   }
   char* const place = free_;
   free_ = std::copy(text.begin(), text.end(), place);
@@ -147,26 +148,26 @@ void RowStore::append(const Statement& statement) {
   }
 }
 
-void RowStore::appendNull() { cells_.emplace_back(); }
-
-void RowStore::appendInteger(std::int64_t value) {
-  Cell& cell = cells_.emplace_back();
-  cell.integer = value;
-  cell.storage = Storage::Integer;
+RowStore::Cell& RowStore::newCell(Storage storage) {
+  const std::size_t place = cellCount_ % kBlockCells;
+  if (place == 0) blocks_.push_back(std::make_unique_for_overwrite<Cell[]>(kBlockCells));
+  ++cellCount_;
+  Cell& cell = blocks_.back()[place];
+  cell.storage = storage;
+  return cell;
 }
 
-void RowStore::appendReal(double value) {
-  Cell& cell = cells_.emplace_back();
-  cell.real = value;
-  cell.storage = Storage::Real;
-}
+void RowStore::appendNull() { newCell(Storage::Null); }
+
+void RowStore::appendInteger(std::int64_t value) { newCell(Storage::Integer).integer = value; }
+
+void RowStore::appendReal(double value) { newCell(Storage::Real).real = value; }
 
 void RowStore::appendText(std::string_view utf8) {
   const char* const text = texts_.keep(utf8);
-  Cell& cell = cells_.emplace_back();
+  Cell& cell = newCell(Storage::Text);
   cell.text = text;
   cell.length = static_cast<std::uint32_t>(utf8.size());
-  cell.storage = Storage::Text;
 }
 
 std::size_t RowStore::find(std::u16string_view name) const {
@@ -177,7 +178,7 @@ std::size_t RowStore::find(std::u16string_view name) const {
 }
 
 CComVariant RowStore::value(std::size_t row, std::size_t column) const {
-  const Cell& cell = cells_[row * columns_.size() + column];
+  const Cell& cell = cellAt(row * columns_.size() + column);
   const sql::ColumnType type = columns_[column].type;
   switch (cell.storage) {
     case Storage::Integer:

@@ -12,7 +12,6 @@
 #include "qxframework/automation/variant.h"
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +35,7 @@ class TextBlocks {
   std::vector<std::unique_ptr<char[]>> blocks_;
   char* free_ = nullptr;  // the rest of the last block
   std::size_t room_ = 0;
+  std::size_t nextBlock_ = 512;
 };
 
 class RowStore {
@@ -51,7 +51,7 @@ class RowStore {
   void appendReal(double value);
   void appendText(std::string_view utf8);
 
-  std::size_t rowCount() const { return columns_.empty() ? 0 : cells_.size() / columns_.size(); }
+  std::size_t rowCount() const { return columns_.empty() ? 0 : cellCount_ / columns_.size(); }
   std::size_t columnCount() const { return columns_.size(); }
   const std::u16string& name(std::size_t column) const { return columns_[column].name; }
   /// The first column of that name, in any case; columnCount() when there is none.
@@ -63,16 +63,23 @@ class RowStore {
  private:
   struct Cell {
     union {
-      std::int64_t integer = 0;
+      std::int64_t integer;
       double real;
       const char* text;
     };
-    std::uint32_t length = 0;  // of the text
-    Storage storage = Storage::Null;
+    std::uint32_t length;  // of the text
+    Storage storage;
   };
+  static constexpr std::size_t kBlockCells = 256;
+
+  Cell& newCell(Storage storage);
+  const Cell& cellAt(std::size_t index) const {
+    return blocks_[index / kBlockCells][index % kBlockCells];
+  }
 
   std::vector<RowColumn> columns_;
-  std::deque<Cell> cells_;
+  std::vector<std::unique_ptr<Cell[]>> blocks_;
+  std::size_t cellCount_ = 0;
   TextBlocks texts_;
 };
 
