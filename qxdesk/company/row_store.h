@@ -1,6 +1,6 @@
 #pragma once
 
-// The rows of one query, all of them, in compact form: a cell is 16 bytes, texts lie behind each
+// The rows of one query, all of them, in compact form: a cell is 9 bytes, texts lie behind each
 // other in blocks. What is there never moves while rows are appended, so that many rows cost no
 // more than their own room. A cell becomes a tagged value only when it is asked for.
 //
@@ -28,10 +28,13 @@ struct RowColumn {
 /// Keeps texts, each in one piece, for as long as it lives.
 class TextBlocks {
  public:
-  /// Where the copy stands.
+  /// Where the copy stands, for textAt.
   const char* keep(std::string_view text);
+  static std::string_view textAt(const char* place);
 
  private:
+  char* take(std::size_t size);
+
   std::vector<std::unique_ptr<char[]>> blocks_;
   char* free_ = nullptr;  // the rest of the last block
   std::size_t room_ = 0;
@@ -61,24 +64,23 @@ class RowStore {
   CComVariant emptyValue(std::size_t column) const;
 
  private:
-  struct Cell {
-    union {
-      std::int64_t integer;
-      double real;
-      const char* text;
-    };
-    std::uint32_t length;  // of the text
-    Storage storage;
+  enum class Kind : std::uint8_t { Null, Integer, Real, Text, Date };
+  union Cell {
+    std::int64_t integer;
+    double real;  // also of a date
+    const char* text;
   };
-  static constexpr std::size_t kBlockCells = 256;
+  struct Block {
+    static constexpr std::size_t kCells = 256;
+    Cell cells[kCells];
+    Kind kinds[kCells];
+  };
 
-  Cell& newCell(Storage storage);
-  const Cell& cellAt(std::size_t index) const {
-    return blocks_[index / kBlockCells][index % kBlockCells];
-  }
+  void appendText(std::size_t column, std::string_view utf8);
+  Cell& newCell(Kind kind);
 
   std::vector<RowColumn> columns_;
-  std::vector<std::unique_ptr<Cell[]>> blocks_;
+  std::vector<std::unique_ptr<Block>> blocks_;
   std::size_t cellCount_ = 0;
   TextBlocks texts_;
 };
