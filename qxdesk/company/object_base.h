@@ -8,8 +8,9 @@ namespace qx::desk {
 template <class Interface>
 using HostObject = NoDispatch<ComObject<Interface>>;
 
-/// Base of an object that is a member of another and lives as long as that: it has no count of its
-/// own but counts on its owner.
+/// Base of an object that is a member of another and lives as long as that: while it is held, it
+/// holds its owner once. The count is a plain one, since a part belongs to the thread that works
+/// with its owner, and rows are read by a part for each cell.
 template <class Interface>
 class HostPart : public NoDispatch<Interface> {
  public:
@@ -26,11 +27,19 @@ class HostPart : public NoDispatch<Interface> {
     AddRef();
     return S_OK;
   }
-  ULONG AddRef() override { return owner_.AddRef(); }
-  ULONG Release() override { return owner_.Release(); }
+  ULONG AddRef() override {
+    if (held_ == 0) owner_.AddRef();
+    return ++held_;
+  }
+  ULONG Release() override {
+    const ULONG left = --held_;
+    if (left == 0) owner_.Release();  // may be the end of this, too
+    return left;
+  }
 
  private:
   IUnknown& owner_;
+  ULONG held_ = 0;
 };
 
 /// Writes an out value; E_POINTER without one.

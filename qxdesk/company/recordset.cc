@@ -20,8 +20,8 @@ std::string utf8Of(std::u16string_view statement) {
 
 }  // namespace
 
-Field::Field(Recordset& recordset, std::size_t column)
-    : HostPart(recordset), recordset_(recordset), column_(column) {}
+Field::Field(Fields& fields, Recordset& recordset, std::size_t column)
+    : HostPart(fields), recordset_(recordset), column_(column) {}
 
 // Another query may have fewer columns.
 bool Field::isThere() const { return column_ < recordset_.rows().columnCount(); }
@@ -56,7 +56,7 @@ HRESULT Fields::raw_Item(const VARIANT& index, IField** out) {
     const std::size_t column = columnAt(index);
     if (column >= columnCount()) return noColumn(index);
     while (fields_.size() <= column)
-      fields_.push_back(std::make_unique<Field>(recordset_, fields_.size()));
+      fields_.push_back(std::make_unique<Field>(*this, recordset_, fields_.size()));
     return giveObject<IField>(fields_[column].get(), out);
   });
 }

@@ -14,12 +14,13 @@
 
 namespace qx::desk {
 
+class Fields;
 class Recordset;
 
 /// A column of the current row of a recordset.
 class Field final : public HostPart<IField> {
  public:
-  Field(Recordset& recordset, std::size_t column);
+  Field(Fields& fields, Recordset& recordset, std::size_t column);
   HRESULT raw_GetName(BSTR* out) override;
   HRESULT raw_GetValue(VARIANT* out) override;
 

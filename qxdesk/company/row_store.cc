@@ -8,7 +8,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <limits>
+#include <utility>
 
 namespace qx::desk {
 
@@ -72,17 +74,10 @@ CComVariant fromReal(double value, sql::ColumnType type) {
   return whole ? CComVariant(static_cast<long>(value)) : CComVariant(value);
 }
 
+// A text in a column of dates is none.
 CComVariant fromText(std::string_view text, sql::ColumnType type) {
-  switch (type) {
-    case sql::ColumnType::Date:
-      if (const std::optional<DATE> date = dateOfStored(text)) return CComVariant(*date, VT_DATE);
-      return textValue(text);
-    case sql::ColumnType::Integer:
-    case sql::ColumnType::Decimal:
-      return numberOfText(text, type);
-    default:
-      return textValue(text);
-  }
+  const bool number = type == sql::ColumnType::Integer || type == sql::ColumnType::Decimal;
+  return number ? numberOfText(text, type) : textValue(text);
 }
 
 /// Reads the signs of a text one after the other; once something is not as it should be, all of it
@@ -112,24 +107,36 @@ class Scan {
 
 }  // namespace
 
+// Its length stands in front of a text.
 const char* TextBlocks::keep(std::string_view text) {
-  constexpr std::size_t kBlock = 64 * 1024;
-  if (text.size() > room_) {
-    const std::size_t size = std::max(kBlock, text.size());
-    blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
-    free_ = blocks_.back().get();
-    room_ = size;
-  }
-  char* const place = free_;
-  free_ = std::copy(text.begin(), text.end(), place);
-  room_ -= text.size();
+  const auto length = static_cast<std::uint32_t>(text.size());
+  char* const place = take(sizeof length + text.size());
+  std::memcpy(place, &length, sizeof length);
+  std::copy(text.begin(), text.end(), place + sizeof length);
   return place;
 }
 
+std::string_view TextBlocks::textAt(const char* place) {
+  std::uint32_t length = 0;
+  std::memcpy(&length, place, sizeof length);
+  return {place + sizeof length, length};
+}
+
+char* TextBlocks::take(std::size_t size) {
+  constexpr std::size_t kLargestBlock = 64 * 1024;
+  if (size > room_) {
+    room_ = std::max(nextBlock_, size);
+    blocks_.push_back(std::make_unique_for_overwrite<char[]>(room_));
+    free_ = blocks_.back().get();
+    nextBlock_ = std::min(2 * nextBlock_, kLargestBlock);
+  }
+  room_ -= size;
+  return std::exchange(free_, free_ + size);
+}
+
 void RowStore::append(const Statement& statement) {
-  const int count = static_cast<int>(columns_.size());
-  for (int column = 0; column < count; ++column) {
-    const StoredValue value = statement.value(column);
+  for (std::size_t column = 0; column < columns_.size(); ++column) {
+    const StoredValue value = statement.value(static_cast<int>(column));
     switch (value.storage) {
       case Storage::Null:
         appendNull();
@@ -141,32 +148,38 @@ void RowStore::append(const Statement& statement) {
         appendReal(value.real);
         break;
       case Storage::Text:
-        appendText(value.text);
+        appendText(column, value.text);
         break;
     }
   }
 }
 
-void RowStore::appendNull() { cells_.emplace_back(); }
-
-void RowStore::appendInteger(std::int64_t value) {
-  Cell& cell = cells_.emplace_back();
-  cell.integer = value;
-  cell.storage = Storage::Integer;
+RowStore::Cell& RowStore::newCell(Kind kind) {
+  const std::size_t place = cellCount_ % Block::kCells;
+  if (place == 0) blocks_.push_back(std::make_unique_for_overwrite<Block>());
+  ++cellCount_;
+  Block& block = *blocks_.back();
+  block.kinds[place] = kind;
+  return block.cells[place];
 }
 
-void RowStore::appendReal(double value) {
-  Cell& cell = cells_.emplace_back();
-  cell.real = value;
-  cell.storage = Storage::Real;
-}
+void RowStore::appendNull() { newCell(Kind::Null); }
 
-void RowStore::appendText(std::string_view utf8) {
-  const char* const text = texts_.keep(utf8);
-  Cell& cell = cells_.emplace_back();
-  cell.text = text;
-  cell.length = static_cast<std::uint32_t>(utf8.size());
-  cell.storage = Storage::Text;
+void RowStore::appendInteger(std::int64_t value) { newCell(Kind::Integer).integer = value; }
+
+void RowStore::appendReal(double value) { newCell(Kind::Real).real = value; }
+
+void RowStore::appendText(std::string_view utf8) { appendText(cellCount_ % columns_.size(), utf8); }
+
+void RowStore::appendText(std::size_t column, std::string_view utf8) {
+  if (columns_[column].type == sql::ColumnType::Date) {
+    if (const std::optional<DATE> date = dateOfStored(utf8)) {
+      newCell(Kind::Date).real = *date;
+      return;
+    }
+  }
+  const char* const place = texts_.keep(utf8);
+  newCell(Kind::Text).text = place;
 }
 
 std::size_t RowStore::find(std::u16string_view name) const {
@@ -177,15 +190,19 @@ std::size_t RowStore::find(std::u16string_view name) const {
 }
 
 CComVariant RowStore::value(std::size_t row, std::size_t column) const {
-  const Cell& cell = cells_[row * columns_.size() + column];
+  const std::size_t index = row * columns_.size() + column;
+  const Block& block = *blocks_[index / Block::kCells];
+  const Cell& cell = block.cells[index % Block::kCells];
   const sql::ColumnType type = columns_[column].type;
-  switch (cell.storage) {
-    case Storage::Integer:
+  switch (block.kinds[index % Block::kCells]) {
+    case Kind::Integer:
       return fromInteger(cell.integer, type);
-    case Storage::Real:
+    case Kind::Real:
       return fromReal(cell.real, type);
-    case Storage::Text:
-      return fromText({cell.text, cell.length}, type);
+    case Kind::Text:
+      return fromText(TextBlocks::textAt(cell.text), type);
+    case Kind::Date:
+      return CComVariant(cell.real, VT_DATE);
     default:
       return emptyValue(column);
   }

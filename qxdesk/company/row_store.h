@@ -1,6 +1,6 @@
 #pragma once
 
-// The rows of one query, all of them, in compact form: a cell is 16 bytes, texts lie behind each
+// The rows of one query, all of them, in compact form: a cell is 9 bytes, texts lie behind each
 // other in blocks. What is there never moves while rows are appended, so that many rows cost no
 // more than their own room. A cell becomes a tagged value only when it is asked for.
 //
@@ -12,7 +12,6 @@
 #include "qxframework/automation/variant.h"
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,13 +28,17 @@ struct RowColumn {
 /// Keeps texts, each in one piece, for as long as it lives.
 class TextBlocks {
  public:
-  /// Where the copy stands.
+  /// Where the copy stands, for textAt.
   const char* keep(std::string_view text);
+  static std::string_view textAt(const char* place);
 
  private:
+  char* take(std::size_t size);
+
   std::vector<std::unique_ptr<char[]>> blocks_;
   char* free_ = nullptr;  // the rest of the last block
   std::size_t room_ = 0;
+  std::size_t nextBlock_ = 512;
 };
 
 class RowStore {
@@ -51,7 +54,7 @@ class RowStore {
   void appendReal(double value);
   void appendText(std::string_view utf8);
 
-  std::size_t rowCount() const { return columns_.empty() ? 0 : cells_.size() / columns_.size(); }
+  std::size_t rowCount() const { return columns_.empty() ? 0 : cellCount_ / columns_.size(); }
   std::size_t columnCount() const { return columns_.size(); }
   const std::u16string& name(std::size_t column) const { return columns_[column].name; }
   /// The first column of that name, in any case; columnCount() when there is none.
@@ -61,18 +64,24 @@ class RowStore {
   CComVariant emptyValue(std::size_t column) const;
 
  private:
-  struct Cell {
-    union {
-      std::int64_t integer = 0;
-      double real;
-      const char* text;
-    };
-    std::uint32_t length = 0;  // of the text
-    Storage storage = Storage::Null;
+  enum class Kind : std::uint8_t { Null, Integer, Real, Text, Date };
+  union Cell {
+    std::int64_t integer;
+    double real;  // also of a date
+    const char* text;
+  };
+  struct Block {
+    static constexpr std::size_t kCells = 256;
+    Cell cells[kCells];
+    Kind kinds[kCells];
   };
 
+  void appendText(std::size_t column, std::string_view utf8);
+  Cell& newCell(Kind kind);
+
   std::vector<RowColumn> columns_;
-  std::deque<Cell> cells_;
+  std::vector<std::unique_ptr<Block>> blocks_;
+  std::size_t cellCount_ = 0;
   TextBlocks texts_;
 };
 

@@ -9,6 +9,8 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <atomic>
+#include <forward_list>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
@@ -23,8 +25,10 @@ using FactoryPtr = CComPtr<IClassFactory>;
 using GetClassObject = HRESULT (*)(REFCLSID clsid, REFIID iid, void** object);
 
 /// The factories of this process. Few classes are ever in use and most instances are of one or two
-/// of them, so a walk over a short array under a shared lock is the quickest look-up. Factories
-/// are called, taken and released outside the lock only: they may come back here.
+/// of them, so a walk over a short list is the quickest look-up. A loaded factory is kept for ever,
+/// as its library is, so it is found without a lock or a reference; nearly every function of the
+/// framework makes a log object this way. Those that were registered come first and may go again:
+/// they are taken and released outside the lock only, since they may come back here.
 class FactoryTable {
  public:
   /// Never destroyed: scopes of static objects still make instances when the process ends.
@@ -33,19 +37,27 @@ class FactoryTable {
     return *table;
   }
 
-  /// With a reference; null if there is none.
-  FactoryPtr find(REFCLSID clsid) const {
+  /// A registered one, with a reference; null if there is none.
+  FactoryPtr findRegistered(REFCLSID clsid) const {
+    if (registeredCount_.load(std::memory_order_acquire) == 0) return nullptr;
     const std::shared_lock lock(mutex_);
     for (auto entry = registered_.rbegin(); entry != registered_.rend(); ++entry)
       if (entry->clsid == clsid) return entry->factory;
-    for (const Entry& entry : loaded_)
-      if (entry.clsid == clsid) return entry.factory;
+    return nullptr;
+  }
+
+  /// A loaded one, which stays; null if there is none.
+  IClassFactory* findLoaded(REFCLSID clsid) const {
+    for (const Loaded* entry = loaded_.load(std::memory_order_acquire); entry != nullptr;
+         entry = entry->next)
+      if (entry->clsid == clsid) return entry->factory.p;
     return nullptr;
   }
 
   DWORD registerFactory(REFCLSID clsid, FactoryPtr factory) {
     const std::unique_lock lock(mutex_);
     registered_.push_back({clsid, std::move(factory), ++lastCookie_});
+    ++registeredCount_;
     return lastCookie_;
   }
 
@@ -53,37 +65,44 @@ class FactoryTable {
     FactoryPtr released;
     const std::unique_lock lock(mutex_);
     const auto entry = std::find_if(registered_.begin(), registered_.end(),
-                                    [&](const Entry& each) { return each.cookie == cookie; });
+                                    [&](const Registered& each) { return each.cookie == cookie; });
     if (entry == registered_.end()) return false;
     released = std::move(entry->factory);
     registered_.erase(entry);
+    --registeredCount_;
     return true;
   }
 
-  void keepLoaded(REFCLSID clsid, const FactoryPtr& factory) {
+  /// The one that is kept: two threads may load a class at once.
+  IClassFactory* keepLoaded(REFCLSID clsid, const FactoryPtr& factory) {
     const std::unique_lock lock(mutex_);
-    for (const Entry& entry : loaded_)
-      if (entry.clsid == clsid) return;
-    loaded_.push_back({clsid, factory, 0});
+    if (IClassFactory* const kept = findLoaded(clsid)) return kept;
+    const Loaded& entry = kept_.emplace_front(Loaded{clsid, factory, loaded_.load()});
+    loaded_.store(&entry, std::memory_order_release);
+    return factory.p;
   }
 
-  void forgetLoaded() {
-    std::vector<Entry> released;
-    const std::unique_lock lock(mutex_);
-    loaded_.swap(released);
-  }
+  /// They are still kept, but not found any more.
+  void forgetLoaded() { loaded_.store(nullptr, std::memory_order_release); }
 
  private:
-  struct Entry {
+  struct Registered {
     CLSID clsid;
     FactoryPtr factory;
     DWORD cookie;
   };
+  struct Loaded {
+    CLSID clsid;
+    FactoryPtr factory;
+    const Loaded* next;
+  };
 
   mutable std::shared_mutex mutex_;
-  std::vector<Entry> registered_;  // the latest answers first
-  std::vector<Entry> loaded_;
+  std::vector<Registered> registered_;  // the latest answers first
+  std::atomic<std::size_t> registeredCount_ = 0;
   DWORD lastCookie_ = 0;
+  std::forward_list<Loaded> kept_;
+  std::atomic<const Loaded*> loaded_ = nullptr;
 };
 
 HRESULT loadFailed(REFCLSID clsid, std::string_view reason) {
@@ -112,13 +131,17 @@ HRESULT loadFactory(REFCLSID clsid, FactoryPtr& factory) {
   return factory.p == nullptr ? E_UNEXPECTED : S_OK;
 }
 
-HRESULT factoryOf(REFCLSID clsid, FactoryPtr& factory) {
+/// Makes an instance by a factory that is loaded if need be.
+HRESULT createLoaded(REFCLSID clsid, IUnknown* outer, REFIID iid, void** object) {
   FactoryTable& table = FactoryTable::instance();
-  factory = table.find(clsid);
-  if (factory.p != nullptr) return S_OK;
-  const HRESULT result = loadFactory(clsid, factory);
-  if (result >= 0) table.keepLoaded(clsid, factory);
-  return result;
+  IClassFactory* factory = table.findLoaded(clsid);
+  if (factory == nullptr) {
+    FactoryPtr fresh;
+    const HRESULT result = loadFactory(clsid, fresh);
+    if (result < 0) return result;
+    factory = table.keepLoaded(clsid, fresh);
+  }
+  return factory->CreateInstance(outer, iid, object);
 }
 
 int& initializeCount() {
@@ -146,9 +169,9 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID iid, voi
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
   return qx::guarded([&] {
-    qx::FactoryPtr factory;
-    const HRESULT result = qx::factoryOf(clsid, factory);
-    return result < 0 ? result : factory.p->CreateInstance(outer, iid, object);
+    const qx::FactoryPtr factory = qx::FactoryTable::instance().findRegistered(clsid);
+    if (factory.p != nullptr) return factory.p->CreateInstance(outer, iid, object);
+    return qx::createLoaded(clsid, outer, iid, object);
   });
 }
 

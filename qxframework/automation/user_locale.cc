@@ -3,12 +3,16 @@
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
 #include <unicode/unum.h>
+#include <unicode/uset.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <numeric>
+#include <optional>
 #include <shared_mutex>
 
 namespace qx {
@@ -30,49 +34,127 @@ std::string localeName(LCID locale) {
   return U_SUCCESS(status) ? name : "";
 }
 
-CollatorPtr openCollator(LCID locale, bool ignoreCase) {
-  UErrorCode status = U_ZERO_ERROR;
-  CollatorPtr collator(ucol_open(localeName(locale).c_str(), &status));
-  if (collator == nullptr) return collator;
-  ucol_setAttribute(collator.get(), UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &status);
-  ucol_setAttribute(collator.get(), UCOL_STRENGTH, ignoreCase ? UCOL_SECONDARY : UCOL_TERTIARY,
-                    &status);
-  return collator;
+/// Whether a text has the visible signs and the blank of ASCII only.
+bool isPlainText(std::u16string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char16_t unit) { return unit >= u' ' && unit <= u'~'; });
 }
 
-/// The collators opened so far. They are never changed once they are here, so that any number of
-/// threads may compare by them.
-class Collators {
+/// The order of plain texts as a table. A locale that orders none of their signs, alone or in a
+/// group, in a way of its own has the root's order for them: by the signs one after the other as if
+/// all letters were small, then by length, then by the first letter that differs in case.
+class PlainOrder {
  public:
-  static Collators& instance() {
-    static auto* collators = new Collators;  // outlives the comparisons of static objects
-    return *collators;
+  static bool isThatOf(const UCollator* collator) {
+    UErrorCode status = U_ZERO_ERROR;
+    USet* const own = ucol_getTailoredSet(collator, &status);
+    bool plain = U_SUCCESS(status) != 0;
+    for (int32_t i = 0; plain && i < uset_getItemCount(own); ++i) plain = !isPlainItem(own, i);
+    uset_close(own);
+    return plain;
   }
 
-  const UCollator* get(LCID locale, bool ignoreCase) {
+  PlainOrder(const UCollator* collator, bool ignoreCase) : ignoreCase_(ignoreCase) {
+    std::array<char16_t, kLast - kFirst + 1> signs;
+    std::iota(signs.begin(), signs.end(), kFirst);
+    std::sort(signs.begin(), signs.end(), [&](const char16_t& a, const char16_t& b) {
+      return ucol_strcoll(collator, &a, 1, &b, 1) < 0;
+    });
+    for (std::size_t i = 0; i < signs.size(); ++i)
+      ranks_[signs[i]] = static_cast<unsigned char>(i + 1);
+  }
+
+  /// Of texts that are both plain.
+  int compare(std::u16string_view a, std::u16string_view b) const {
+    int byCase = 0;
+    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+      if (a[i] == b[i]) continue;
+      const int order = ranks_[small(a[i])] - ranks_[small(b[i])];
+      if (order != 0) return order;
+      if (byCase == 0) byCase = ranks_[a[i]] - ranks_[b[i]];
+    }
+    if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
+    return ignoreCase_ ? 0 : byCase;
+  }
+
+ private:
+  static constexpr char16_t kFirst = u' ';
+  static constexpr char16_t kLast = u'~';
+
+  static char16_t small(char16_t sign) {
+    return sign >= u'A' && sign <= u'Z' ? static_cast<char16_t>(sign + (u'a' - u'A')) : sign;
+  }
+  static bool isPlainItem(const USet* set, int32_t index) {
+    std::array<UChar, 64> text;
+    UChar32 first = 0;
+    UChar32 last = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t length = uset_getItem(set, index, &first, &last, text.data(),
+                                        static_cast<int32_t>(text.size()), &status);
+    if (length == 0) return first <= kLast && last >= kFirst;
+    return U_FAILURE(status) != 0 || isPlainText({text.data(), static_cast<std::size_t>(length)});
+  }
+
+  std::array<unsigned char, kLast + 1> ranks_{};
+  bool ignoreCase_;
+};
+
+struct Order {
+  CollatorPtr collator;
+  std::optional<PlainOrder> plain;
+};
+
+Order openOrder(LCID locale, bool ignoreCase) {
+  UErrorCode status = U_ZERO_ERROR;
+  Order order{CollatorPtr(ucol_open(localeName(locale).c_str(), &status)), std::nullopt};
+  UCollator* const collator = order.collator.get();
+  if (collator == nullptr) return order;
+  ucol_setAttribute(collator, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &status);
+  ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_TERTIARY, &status);
+  if (PlainOrder::isThatOf(collator)) order.plain.emplace(collator, ignoreCase);
+  if (ignoreCase) ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_SECONDARY, &status);
+  return order;
+}
+
+/// The orders opened so far. They are never changed once they are here, so that any number of
+/// threads may compare by them.
+class Orders {
+ public:
+  static Orders& instance() {
+    static auto* orders = new Orders;  // outlives the comparisons of static objects
+    return *orders;
+  }
+
+  const Order& get(LCID locale, bool ignoreCase) {
     const auto key = std::pair(locale, ignoreCase);
     {
       const std::shared_lock lock(mutex_);
       const auto found = opened_.find(key);
-      if (found != opened_.end()) return found->second.get();
+      if (found != opened_.end()) return found->second;
     }
-    CollatorPtr collator = openCollator(locale, ignoreCase);
+    Order order = openOrder(locale, ignoreCase);
     const std::unique_lock lock(mutex_);
-    return opened_.try_emplace(key, std::move(collator)).first->second.get();
+    return opened_.try_emplace(key, std::move(order)).first->second;
   }
 
  private:
   std::shared_mutex mutex_;
-  std::map<std::pair<LCID, bool>, CollatorPtr> opened_;
+  std::map<std::pair<LCID, bool>, Order> opened_;
 };
 
-/// The collator of a locale; the two usual ones without a lock.
-const UCollator* collatorFor(LCID locale, bool ignoreCase) {
+/// The order of a locale; the usual one without a lock.
+const Order& orderOf(LCID locale, bool ignoreCase) {
   if (!ignoreCase && locale == kUserDefault) {
-    static const UCollator* user = Collators::instance().get(kUserDefault, false);
+    static const Order& user = Orders::instance().get(kUserDefault, false);
     return user;
   }
-  return Collators::instance().get(locale, ignoreCase);
+  return Orders::instance().get(locale, ignoreCase);
+}
+
+// To look through a long text would cost more than to compare its beginning.
+bool isShortAndPlain(std::u16string_view text) {
+  constexpr std::size_t kLongest = 64;
+  return text.size() <= kLongest && isPlainText(text);
 }
 
 char16_t numberSign(const UNumberFormat* format, UNumberFormatSymbol symbol, char16_t fallback) {
@@ -99,9 +181,10 @@ NumberSigns readNumberSigns(LCID locale) {
 
 int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool ignoreCase) {
   if (a == b) return 0;
-  const UCollator* collator = collatorFor(locale, ignoreCase);
-  if (collator == nullptr) return a.compare(b);
-  return ucol_strcoll(collator, a.data(), static_cast<int32_t>(a.size()), b.data(),
+  const Order& order = orderOf(locale, ignoreCase);
+  if (order.plain && isShortAndPlain(a) && isShortAndPlain(b)) return order.plain->compare(a, b);
+  if (order.collator == nullptr) return a.compare(b);
+  return ucol_strcoll(order.collator.get(), a.data(), static_cast<int32_t>(a.size()), b.data(),
                       static_cast<int32_t>(b.size()));
 }
 

@@ -1,8 +1,15 @@
 #include "qxframework/automation/user_locale.h"
 
-#include <gtest/gtest.h>
+#include "qxframework/automation/text.h"
 
+#include <gtest/gtest.h>
+#include <unicode/ucol.h>
+#include <unicode/uloc.h>
+
+#include <array>
 #include <atomic>
+#include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -43,6 +50,59 @@ TEST(Collate, OrdersInTheUsersLocaleToo) {
 
 TEST(Collate, AnUnknownLocaleTakesTheRootOrder) {
   EXPECT_LT(qx::collate(u"a", u"B", 0x7777, false), 0);
+}
+
+int sign(int order) { return (order > 0) - (order < 0); }
+
+/// The library's own comparison, without the table for plain texts.
+class Reference {
+ public:
+  Reference(LCID locale, bool ignoreCase) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::array<char, ULOC_FULLNAME_CAPACITY> name{};
+    uloc_getLocaleForLCID(locale, name.data(), ULOC_FULLNAME_CAPACITY, &status);
+    collator_ = ucol_open(name.data(), &status);
+    ucol_setAttribute(collator_, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &status);
+    ucol_setStrength(collator_, ignoreCase ? UCOL_SECONDARY : UCOL_TERTIARY);
+  }
+  ~Reference() { ucol_close(collator_); }
+  Reference(const Reference&) = delete;
+  Reference& operator=(const Reference&) = delete;
+  int order(const std::u16string& a, const std::u16string& b) const {
+    return ucol_strcoll(collator_, a.data(), static_cast<int32_t>(a.size()), b.data(),
+                        static_cast<int32_t>(b.size()));
+  }
+
+ private:
+  UCollator* collator_ = nullptr;
+};
+
+// Few letters, so that texts often differ late, in case only or in length; some reach the length
+// from which on texts are not looked through, and some hold a sign that is not plain.
+std::u16string randomText(std::mt19937& random) {
+  static constexpr std::u16string_view kSigns = u"aAbBcChHzZjJdDsSlLnN_- .'0189~";
+  std::u16string text(random() % 6, u' ');
+  if (random() % 20 == 0) text.assign(60 + random() % 8, u'a');
+  for (char16_t& unit : text) unit = kSigns[random() % kSigns.size()];
+  if (random() % 10 == 0) text += u"\u0301\u00E4\u200D\u00B7"[random() % 4];
+  return text;
+}
+
+TEST(Collate, OrdersPlainTextsAsTheLibraryDoes) {
+  std::mt19937 random(7);
+  // Danish, German, English, French, Greek, Hungarian, Russian, Croatian, Turkish, Welsh, Maltese.
+  for (const LCID locale :
+       {1030U, 1031U, 1033U, 1036U, 1032U, 1038U, 1049U, 1050U, 1055U, 1106U, 1082U}) {
+    for (const bool ignoreCase : {false, true}) {
+      const Reference reference(locale, ignoreCase);
+      for (int i = 0; i < 5000; ++i) {
+        const std::u16string a = randomText(random);
+        const std::u16string b = randomText(random);
+        ASSERT_EQ(sign(qx::collate(a, b, locale, ignoreCase)), sign(reference.order(a, b)))
+            << locale << " '" << qx::toUtf8(a) << "' '" << qx::toUtf8(b) << "'";
+      }
+    }
+  }
 }
 
 TEST(Collate, ThreadsMayCompareAtOnce) {

@@ -154,9 +154,11 @@ double roundedByHost(ICompanyService* service, IDecimalData* data, double amount
   return rounded->GetValue();
 }
 
-[[gnu::noinline, gnu::cold]] double roundedByLogin(double amount) {
-  return roundedByHost(CQXCurrency::m_ptrCompService, CQXCurrency::m_ptrDecimalData, amount,
-                       rc_Default, CQXCurrency::m_bstrCurr, CQXCurrency::m_ptrRoundedData);
+// A function of its own, so that rounding here needs no frame.
+[[gnu::noinline, gnu::cold]] void roundByLogin(CQXCurrency& amount) {
+  amount.FromDouble(roundedByHost(CQXCurrency::m_ptrCompService, CQXCurrency::m_ptrDecimalData,
+                                  amount.ToDouble(), rc_Default, CQXCurrency::m_bstrCurr,
+                                  CQXCurrency::m_ptrRoundedData));
 }
 
 double roundedByCompany(const CComPtr<ICompany>& company, double amount,
@@ -242,11 +244,9 @@ std::int64_t CQXCurrency::GetInteger() const { return m_value / std::int64_t{kUn
 long CQXCurrency::GetFraction() const { return m_value % std::int64_t{kUnit}; }
 
 void CQXCurrency::Round(int digits) {
-  if (m_RoundViaRX && m_ptrCompService && m_ptrDecimalData) [[unlikely]] {
-    FromDouble(roundedByLogin(ToDouble()));
-  } else {
-    m_value = roundedHere(m_value, digits == 0 ? 0 : m_DefaultDecimal);
-  }
+  if (m_RoundViaRX && m_ptrCompService && m_ptrDecimalData) [[unlikely]]
+    return roundByLogin(*this);
+  m_value = roundedHere(m_value, digits == 0 ? 0 : m_DefaultDecimal);
 }
 
 void CQXCurrency::RoundByADD(int) { m_value = roundedHere(m_value, m_DefaultDecimal); }

@@ -21,7 +21,7 @@ void LogNames(CReturnValue<long>& hr, const TyFieldValues& values) {
 
 /// A step of the cursor, with the row read into an object or without.
 struct CQXPersistentCollectionProxy::Step {
-  const OLECHAR* scope;
+  std::u16string_view scope;
   long (CQXPersistentCollection::*move)();
   long (CQXPersistentCollection::*load)(CQXPersistentObject* object);
   bool logsNames = false;

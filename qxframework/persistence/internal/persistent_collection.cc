@@ -22,53 +22,53 @@ struct CQXPersistentCollection::SoughtColumn {
 };
 
 long CQXPersistentCollection::First(CQXPersistentObject* object) {
-  CReturnValue<long> hr(u"CQXPersistentCollection::First", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::First"), 0, 0);
   hr = ToFirst();
   if (hr == 0) LoadObjectFromCurrentRow(object);
   return hr;
 }
 
 long CQXPersistentCollection::Last(CQXPersistentObject* object) {
-  CReturnValue<long> hr(u"CQXPersistentCollection::Last", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Last"), 0, 0);
   hr = ToLast();
   if (hr == 0) LoadObjectFromCurrentRow(object);
   return hr;
 }
 
 long CQXPersistentCollection::Next(CQXPersistentObject* object) {
-  CReturnValue<long> hr(u"CQXPersistentCollection::Next", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Next"), 0, 0);
   hr = ToNext();
   if (hr == 0) LoadObjectFromCurrentRow(object);
   return hr;
 }
 
 long CQXPersistentCollection::Previous(CQXPersistentObject* object) {
-  CReturnValue<long> hr(u"CQXPersistentCollection::Previous", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Previous"), 0, 0);
   hr = ToPrevious();
   if (hr == 0) LoadObjectFromCurrentRow(object);
   return hr;
 }
 
 long CQXPersistentCollection::First() {
-  CReturnValue<long> hr(u"CQXPersistentCollection::First", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::First"), 0, 0);
   hr = ToFirst();
   return hr;
 }
 
 long CQXPersistentCollection::Last() {
-  CReturnValue<long> hr(u"CQXPersistentCollection::Last", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Last"), 0, 0);
   hr = ToLast();
   return hr;
 }
 
 long CQXPersistentCollection::Next() {
-  CReturnValue<long> hr(u"CQXPersistentCollection::Next", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Next"), 0, 0);
   hr = ToNext();
   return hr;
 }
 
 long CQXPersistentCollection::Previous() {
-  CReturnValue<long> hr(u"CQXPersistentCollection::Previous", 0, 0);
+  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Previous"), 0, 0);
   hr = ToPrevious();
   return hr;
 }
