@@ -21,7 +21,7 @@ QX_API void SysFreeString(BSTR text);
 namespace qx {
 
 /// A string of `length` units that are for the caller to write; null if out of memory.
-BSTR newBstr(std::size_t length);
+QX_API BSTR newBstr(std::size_t length);
 
 }  // namespace qx
 

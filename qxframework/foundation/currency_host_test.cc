@@ -61,16 +61,20 @@ TEST_F(CurrencyAtTheHost, RoundAsksTheServiceOfTheLoginAndIgnoresItsArgument) {
 }
 
 TEST_F(CurrencyAtTheHost, RoundDoesItItselfUntilAllIsSet) {
+  const auto expectRoundedHere = [this](const char* without) {
+    CQXCurrency rounded = amount;
+    rounded.Round(2);
+    EXPECT_EQ(textOf(rounded), "1.130000") << without;
+  };
   logIn();
   CQXCurrency::m_RoundViaRX = false;
-  amount.Round(2);
+  expectRoundedHere("the wish");
   CQXCurrency::m_RoundViaRX = true;
   CQXCurrency::m_ptrDecimalData.Release();
-  amount.Round(2);
+  expectRoundedHere("data");
   logIn();
   CQXCurrency::m_ptrCompService.Release();
-  amount.Round(2);
-  EXPECT_EQ(textOf(amount), "1.130000");
+  expectRoundedHere("a service");
   EXPECT_THAT(calls.calls, IsEmpty());
 }
 

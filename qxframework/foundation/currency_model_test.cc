@@ -19,6 +19,7 @@
 
 namespace {
 
+using qx::test::DefaultDecimal;
 using qx::test::fromMillionths;
 using qx::test::textOf;
 
@@ -409,18 +410,16 @@ TEST_F(CurrencyModel, QuotientsAreThoseOnPaper) {
 }
 
 TEST_F(CurrencyModel, RoundedAmountsAreThoseOnPaper) {
-  const int before = CQXCurrency::m_DefaultDecimal;
   for (int i = 0; i < kOperations; ++i) {
     const std::int64_t value = number();
     const int places = static_cast<int>(below(22)) - 14;
-    CQXCurrency::m_DefaultDecimal = places;
+    const DefaultDecimal scope(places);
     const int asked = static_cast<int>(below(3));
     CQXCurrency rounded = fromMillionths(value);
     rounded.Round(asked);
     ASSERT_EQ(rawOf(rounded), modelRound(of(value), asked == 0 ? 0 : places))
         << value << " to " << asked << " of " << places;
   }
-  CQXCurrency::m_DefaultDecimal = before;
 }
 
 TEST_F(CurrencyModel, TextsAreReadAsOnPaper) {

@@ -12,6 +12,7 @@
 
 namespace {
 
+using qx::test::DefaultDecimal;
 using qx::test::fromMillionths;
 using qx::test::millionthsOf;
 using qx::test::raisedBy;
@@ -27,10 +28,9 @@ CQXCurrency read(const char16_t* from) {
 }
 
 std::string rounded(double amount, int digits, int defaultDecimal) {
-  CQXCurrency::m_DefaultDecimal = defaultDecimal;
+  const DefaultDecimal places(defaultDecimal);
   CQXCurrency value(amount);
   value.Round(digits);
-  CQXCurrency::m_DefaultDecimal = 2;
   return textOf(value);
 }
 

@@ -10,13 +10,16 @@
 
 namespace {
 
+constexpr qx::CivilTime kNoParts{-1, -1, -1, -1, -1, -1};
+
 // The parts of a valid date, or -1 each; not the status, which may say otherwise.
 qx::CivilTime partsOf(const COleDateTime& date) {
-  return {date.GetYear(), date.GetMonth(),  date.GetDay(),
-          date.GetHour(), date.GetMinute(), date.GetSecond()};
+  qx::CivilTime parts = kNoParts;
+  date.GetAsCivilTime(parts);
+  return parts;
 }
 
-bool isNoDate(const qx::CivilTime& parts) { return parts == qx::CivilTime{-1, -1, -1, -1, -1, -1}; }
+bool isNoDate(const qx::CivilTime& parts) { return parts == kNoParts; }
 
 void setParts(COleDateTime& date, const qx::CivilTime& parts) {
   date.SetDateTime(parts.year, parts.month, parts.day, parts.hour, parts.minute, parts.second);
@@ -159,6 +162,4 @@ long CQXDateTime::GetDateSpanInMonths(CQXDateTime other) const {
   return (GetYear() - other.GetYear()) * 12 + (GetMonth() - other.GetMonth());
 }
 
-long CQXDateTime::GetDateSpanInDays(CQXDateTime other) const {
-  return COleDateTime::operator-(static_cast<const COleDateTime&>(other)).GetDays();
-}
+long CQXDateTime::GetDateSpanInDays(CQXDateTime other) const { return (*this - other).GetDays(); }

@@ -17,7 +17,8 @@ enum etQXDATEVALUE : int { dv_Null = 0, dv_Today = 1 };
 class QX_API CQXDateTime : public COleDateTime {
  public:
   CQXDateTime(etQXDATEVALUE value = dv_Null);
-  /// Exactly 0.0 is the null date.
+  /// Exactly 0.0 is the null date. A COleDateTime, and so a date with a span added, arrives here as
+  /// its double and without its status: assign it instead, which takes what is not valid for null.
   CQXDateTime(double date);
   CQXDateTime(int year, int month, int day, int hour, int minute, int second)
       : COleDateTime(year, month, day, hour, minute, second) {}

@@ -72,6 +72,13 @@ TEST(TimeStamp, TheTimeAsANumberHasNoLeadingZeros) {
   EXPECT_EQ(stamp.getTimeAsInt(), 809);
 }
 
+TEST(TimeStamp, OfADateThatIsNoneIsNull) {
+  CQXTimeStamp stamp;
+  stamp.setStamp(kMorning, CComBSTR(u"anna"));
+  stamp.setStamp(CQXDateTime(2023, 2, 29, 0, 0, 0), CComBSTR(u"anna"));
+  EXPECT_TRUE(stamp.IsNull());
+}
+
 TEST(TimeStamp, IsCopied) {
   CQXTimeStamp first;
   first.setStamp(kMorning, CComBSTR(u"anna"));

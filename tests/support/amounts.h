@@ -16,6 +16,20 @@ inline std::int64_t millionthsOf(const CQXCurrency& amount) {
   return amount.GetInteger() * 1'000'000 + amount.GetFraction();
 }
 
+/// The decimal places of rounding, for as long as this lives.
+class DefaultDecimal {
+ public:
+  explicit DefaultDecimal(int places) : before_(CQXCurrency::m_DefaultDecimal) {
+    CQXCurrency::m_DefaultDecimal = places;
+  }
+  ~DefaultDecimal() { CQXCurrency::m_DefaultDecimal = before_; }
+  DefaultDecimal(const DefaultDecimal&) = delete;
+  DefaultDecimal& operator=(const DefaultDecimal&) = delete;
+
+ private:
+  int before_;
+};
+
 inline std::string textOf(const CQXCurrency& amount) { return toUtf8(amount.ToString().View()); }
 
 }  // namespace qx::test
