@@ -11,6 +11,12 @@ constexpr std::string_view kNoDate =
     R"(, '^(?! *\d{4}(-\d\d-\d\d|\d{4})([ T]([01]\d|2[0-3]):[0-5]\d(:[0-5]\d(\.\d*)?)?)? *$)', )"
     R"('not a date: ')";
 
+// The engine's dates end in the year 294276 and begin on the first Julian day, where it fails. A
+// date on its way there and back fails with years beyond 9999 or before 1, and comes back unchanged
+// otherwise.
+constexpr std::string_view kWithinYears =
+    " + interval '103830043 days' - interval '105551469 days' + interval '1721426 days'";
+
 constexpr std::string_view kServerNow =
     "date_trunc('second', CAST(statement_timestamp() AS timestamp))";
 
@@ -298,24 +304,20 @@ void PostgresEmitter::formatted(const Expr& argument, std::string_view format) {
 
 void PostgresEmitter::addTime(const Expr& expr) {
   const Expr& amount = *expr.args[1];
-  const std::string whole = signedWhole(amount);
   const Open open(*this, kCallSymbols);
   out_ += '(';
   dateOperand(*expr.args[0], kSum);
   out_ += " + ";
-  if (!whole.empty()) {
-    out_ += "interval '" + whole;
+  if (amount.type == ColumnType::Integer) {
+    nested(2, amount, kProduct);
   } else {
-    if (amount.type == ColumnType::Integer) {
-      nested(2, amount, kProduct);
-    } else {
-      wrapped("trunc(CAST(", amount, " AS numeric))");
-    }
-    out_ += " * interval '1";
+    wrapped("trunc(CAST(", amount, " AS numeric))");
   }
-  out_ += ' ';
+  out_ += " * interval '1 ";
   out_ += unitText(expr.unit);
-  out_ += "')";
+  out_ += '\'';
+  out_ += kWithinYears;
+  out_ += ')';
 }
 
 void PostgresEmitter::daysBetween(const Expr& expr) {

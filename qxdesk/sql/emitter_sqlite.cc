@@ -5,16 +5,18 @@ namespace {
 
 bool hasSets(std::string_view pattern) { return pattern.find('[') != std::string_view::npos; }
 
-std::string_view unitText(TimeUnit unit) {
+std::string_view secondsText(TimeUnit unit) {
   switch (unit) {
     case TimeUnit::Second:
-      return " seconds";
+      return "1";
     case TimeUnit::Minute:
-      return " minutes";
+      return "60";
     case TimeUnit::Hour:
-      return " hours";
+      return "3600";
+    case TimeUnit::Week:
+      return "604800";
     default:
-      return " days";
+      return "86400";
   }
 }
 
@@ -103,18 +105,13 @@ void SqliteEmitter::daysBetween(const Expr& expr) {
   wrapped("julianday(date(", *expr.args[0], ")) AS INTEGER)");
 }
 
+// SQLite's own function would yield NULL, silently, for a date beyond the last or the first one.
 void SqliteEmitter::addTime(const Expr& expr) {
-  wrapped("datetime(", *expr.args[0], ", ");
-  const std::string amount = signedWhole(*expr.args[1]);
-  const std::string unit(unitText(expr.unit));
-  if (!amount.empty() && expr.unit != TimeUnit::Week) {
-    out_ += "'" + amount + unit + "')";
-    return;
-  }
-  const Open open(*this, kCallSymbols);
-  const bool weeks = expr.unit == TimeUnit::Week;
-  wrapped(weeks ? "(CAST(" : "CAST(", *expr.args[1], weeks ? " AS INTEGER) * 7)" : " AS INTEGER)");
-  out_ += " || '" + unit + "')";
+  out_ += "qx_add_time(";
+  list(expr.args, 0, kCallSymbols);
+  out_ += ", ";
+  out_ += secondsText(expr.unit);
+  out_ += ')';
 }
 
 void SqliteEmitter::cast(const Expr& expr) {

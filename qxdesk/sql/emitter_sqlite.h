@@ -1,6 +1,7 @@
 // Writes a resolved syntax tree as SQLite text. The text relies on functions that
-// sqlite_functions.h registers: qx_now(), qx_date(x), qx_like(...), qx_number(x),
-// qx_substring(...), qx_text(x), qx_upper(x), qx_lower(x), and a LIKE that minds the case.
+// sqlite_functions.h registers: qx_now(), qx_add_time(...), qx_date(x), qx_like(...),
+// qx_number(x), qx_substring(...), qx_text(x), qx_upper(x), qx_lower(x), and a LIKE that minds the
+// case.
 #pragma once
 
 #include "qxdesk/sql/emitter_statement.h"

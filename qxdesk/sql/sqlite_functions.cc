@@ -17,13 +17,15 @@
 namespace qx::sql {
 namespace {
 
+static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) == SQLITE_RANGE);
+
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
-    "abs",      "avg",    "coalesce",  "count",        "date",    "datetime", "julianday",
-    "length",   "like",   "ltrim",     "max",          "min",     "rank",     "replace",
-    "round",    "rtrim",  "strftime",  "substr",       "sum",     "qx_date",  "qx_like",
-    "qx_lower", "qx_now", "qx_number", "qx_substring", "qx_text", "qx_upper",
+    "abs",     "avg",      "coalesce", "count",     "date",         "datetime",    "julianday",
+    "length",  "like",     "ltrim",    "max",       "min",          "rank",        "replace",
+    "round",   "rtrim",    "strftime", "substr",    "sum",          "qx_add_time", "qx_date",
+    "qx_like", "qx_lower", "qx_now",   "qx_number", "qx_substring", "qx_text",     "qx_upper",
 };
 
 std::string_view textOf(sqlite3_value* value) {
@@ -52,6 +54,9 @@ template <typename Body>
 void guarded(sqlite3_context* context, Body body) {
   try {
     body();
+  } catch (const SqliteError& error) {
+    sqlite3_result_error(context, error.what(), -1);
+    sqlite3_result_error_code(context, error.code);
   } catch (const std::exception& error) {
     sqlite3_result_error(context, error.what(), -1);
   } catch (...) {
@@ -67,12 +72,30 @@ void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*valu
   guarded(context, [&] { answerText(context, settingsOf(context).now()); });
 }
 
+std::string dateOf(sqlite3_value* value) {
+  const std::string text(textOf(value));
+  std::optional<std::string> date = storedDate(text);
+  if (!date) throw SqliteError(kBadDateCode, "not a date: '" + text + "'");
+  return *std::move(date);
+}
+
 void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] { answerText(context, dateOf(values[0])); });
+}
+
+// A date, a count, and the seconds of the unit that is counted. A fraction of the count is cut.
+void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
-    const std::string text(textOf(values[0]));
-    const std::optional<std::string> date = storedDate(text);
-    if (!date) throw std::runtime_error("not a date: '" + text + "'");
+    const std::string from = dateOf(values[0]);
+    const std::optional<std::string> date =
+        movedDate(from, sqlite3_value_int64(values[1]), sqlite3_value_int64(values[2]));
+    if (!date) {
+      throw SqliteError(kBadDateCode, from + " moved by " + std::string(textOf(values[1])) + " x " +
+                                          std::string(textOf(values[2])) +
+                                          " seconds is not within the years 1 to 9999");
+    }
     answerText(context, *date);
   });
 }
@@ -197,6 +220,7 @@ void registerFunction(sqlite3* db, const char* name, int arguments, SqliteFuncti
 void registerFunctions(sqlite3* db, const GuardSettings& settings) {
   registerFunction(db, "qx_now", 0, nowFunction, settings);
   registerFunction(db, "qx_date", 1, dateFunction, settings);
+  registerFunction(db, "qx_add_time", 3, addTimeFunction, settings);
   registerFunction(db, "qx_number", 1, numberFunction, settings);
   registerFunction(db, "qx_substring", 2, substringFunction, settings);
   registerFunction(db, "qx_substring", 3, substringFunction, settings);
