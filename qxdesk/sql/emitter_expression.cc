@@ -1,5 +1,7 @@
 #include "qxdesk/sql/emitter_expression.h"
 
+#include "qxdesk/sql/numbers.h"
+
 #include <algorithm>
 
 namespace qx::sql {
@@ -126,7 +128,7 @@ void ExpressionEmitter::expression(const Expr& expr) {
   at_ = expr.at;
   switch (expr.kind) {
     case ExprKind::Number:
-      out_ += expr.text;
+      number(expr);
       break;
     case ExprKind::Text:
       quoted(expr.text, '\'');
@@ -163,6 +165,12 @@ void ExpressionEmitter::expression(const Expr& expr) {
     default:
       condition(expr);
   }
+}
+
+void ExpressionEmitter::number(const Expr& expr) {
+  if (!nearestDouble(expr.text))
+    throw SqlError("the number is out of range: " + expr.text, expr.at);
+  out_ += expr.text;
 }
 
 void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }

@@ -44,6 +44,8 @@ class ExpressionEmitter {
 
  protected:
   virtual void selectBody(const Select& select, std::optional<std::int64_t> rowLimit) = 0;
+  // Raises SqlError for one beyond the largest double.
+  virtual void number(const Expr& expr);
   virtual void date(const Expr& expr);
   virtual void arithmetic(const Expr& expr);
   virtual void concat(const Expr& expr);

@@ -143,13 +143,15 @@ void PostgresEmitter::patternWithSets(const Expr& pattern, const Expr* escape) {
 
 // ---- values of another type where a text, a date or a whole number is meant
 
-// A text as the other engine makes it of a value: decimals without trailing zeros.
+// A text as the other engine makes it of a value: decimals without trailing zeros, and to the 15
+// digits that a double has for certain, to which the engine rounds on the way back from one.
 void PostgresEmitter::textOperand(const Expr& expr, int strength) {
   switch (expr.type) {
     case ColumnType::Integer:
       return wrapped("CAST(", expr, " AS text)");
     case ColumnType::Decimal:
-      return wrapped("CAST(trim_scale(CAST(", expr, " AS numeric)) AS text)");
+      return wrapped("CAST(trim_scale(CAST(CAST(", expr,
+                     " AS double precision) AS numeric)) AS text)");
     case ColumnType::Date:
       if (expr.kind == ExprKind::Date) return quoted(expr.text, '\'');
       return formatted(expr, "YYYY-MM-DD HH24:MI:SS");

@@ -1,5 +1,7 @@
 #include "qxdesk/sql/emitter_sqlite.h"
 
+#include "qxdesk/sql/numbers.h"
+
 namespace qx::sql {
 namespace {
 
@@ -43,6 +45,14 @@ void SqliteEmitter::like(const Expr& expr) {
   if (!escape) return;
   out_ += " ESCAPE ";
   expression(*expr.args[2]);
+}
+
+// SQLite by itself takes some numbers for a double next to theirs.
+void SqliteEmitter::number(const Expr& expr) {
+  const bool exact = readsExactly(expr.text);
+  if (!exact) out_ += "qx_number('";
+  StatementEmitter::number(expr);
+  if (!exact) out_ += "')";
 }
 
 void SqliteEmitter::concat(const Expr& expr) {

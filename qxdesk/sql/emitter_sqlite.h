@@ -14,6 +14,7 @@ class SqliteEmitter final : public StatementEmitter {
       : StatementEmitter(traits, traitsOf(Engine::Sqlite)) {}
 
  private:
+  void number(const Expr& expr) override;
   void concat(const Expr& expr) override;
   void like(const Expr& expr) override;
   void call(const Expr& expr) override;

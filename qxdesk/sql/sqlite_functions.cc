@@ -4,15 +4,16 @@
 #include "qxdesk/sql/dates.h"
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/like_pattern.h"
+#include "qxdesk/sql/numbers.h"
 #include "qxdesk/sql/utf8.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <memory>
+#include <variant>
 
 namespace qx::sql {
 namespace {
@@ -100,35 +101,60 @@ void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values
   });
 }
 
-// A text that is a number, as itself.
+[[noreturn]] void failOutOfRange(const std::string& number) {
+  throw SqliteError(kOutOfRangeCode, "out of range: " + number);
+}
+
+using Number = std::variant<sqlite3_int64, double>;
+
+Number numberIn(std::string_view text) {
+  if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + std::string(text) + "'");
+  const std::size_t first = text.find_first_not_of(" +");
+  text = text.substr(first, text.find_last_not_of(' ') + 1 - first);
+  sqlite3_int64 whole = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
+  if (error == std::errc() && end == text.data() + text.size()) return whole;
+  const bool negative = text.front() == '-';
+  const std::optional<double> real = nearestDouble(text.substr(negative ? 1 : 0));
+  if (!real) failOutOfRange(std::string(text));
+  return negative ? -*real : *real;
+}
+
+Number numberOf(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return sqlite3_value_int64(value);
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    default:
+      return numberIn(textOf(value));
+  }
+}
+
+// The number that a text spells, to its last digit, where the engine's own reading may differ.
 void numberFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
-    const std::string text(textOf(values[0]));
-    if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + text + "'");
-    answerText(context, text);
+    const Number number = numberOf(values[0]);
+    if (const double* real = std::get_if<double>(&number)) {
+      sqlite3_result_double(context, *real);
+    } else {
+      sqlite3_result_int64(context, std::get<sqlite3_int64>(number));
+    }
   });
 }
 
 // A decimal without an exponent and without zeros at the end, to the digits that are certain.
 void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
-  if (sqlite3_value_numeric_type(values[0]) != SQLITE_FLOAT) {
+  const int type = sqlite3_value_numeric_type(values[0]);
+  if (type != SQLITE_INTEGER && type != SQLITE_FLOAT) {
     return sqlite3_result_value(context, values[0]);
   }
   guarded(context, [&] {
     const double value = sqlite3_value_double(values[0]);
-    constexpr int kCertain = 15;
-    const int places =
-        value == 0 ? 1 : static_cast<int>(std::floor(std::log10(std::abs(value)))) + 1;
-    std::array<char, 400> text{};  // the largest value has 309 places
-    std::snprintf(text.data(), text.size(), "%.*f", std::clamp(kCertain - places, 0, 60), value);
-    std::string shortest = text.data();
-    if (shortest.find('.') != std::string::npos) {
-      shortest.erase(shortest.find_last_not_of('0') + 1);
-      if (shortest.back() == '.') shortest.pop_back();
-    }
-    answerText(context, shortest == "-0" ? "0" : shortest);
+    if (!std::isfinite(value)) failOutOfRange("a decimal that has become infinite");
+    answerText(context, plainText(value));
   });
 }
 

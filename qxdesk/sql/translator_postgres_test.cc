@@ -280,8 +280,8 @@ TEST(TranslatorForServerNumbers, AreOfTheWidthAndFormOfTheOtherEngine) {
                  R"(/ NULLIF(CAST(trunc(CAST("a" AS numeric)) AS bigint), 0), )"
                  R"(round(CAST("a" AS numeric), 6) FROM "t")"},
                 {"SELECT ROUND(a, 2), 'x' + 1.50, ABS(a) FROM T",
-                 R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(trim_scale(CAST(1.50 AS )"
-                 R"(numeric)) AS text), abs("a") FROM "t")"}});
+                 R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(trim_scale(CAST(CAST(1.50 )"
+                 R"(AS double precision) AS numeric)) AS text), abs("a") FROM "t")"}});
 }
 
 TEST(TranslatorForServerTexts, AreMappedInAllScripts) {
