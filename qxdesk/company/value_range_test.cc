@@ -82,6 +82,20 @@ TEST_P(ValueRangeTest, ATextOfADecimalHasFifteenDigitsAtMost) {
             u"-0." + std::u16string(69, u'0') + u"25");
 }
 
+TEST_P(ValueRangeTest, AWholeNumberOfMoreThan64BitsIsTold) {
+  query(company, u"UPDATE [@T] SET U_Count = 2000000000");
+  const std::u16string told = words(
+      u"A number is out of the range of its column (out of range: a whole number of more than 64 "
+      u"bits).",
+      u"A number is out of the range of its column (bigint out of range).");
+  EXPECT_EQ(refusalOf(u"SELECT U_Count * U_Count * 4 FROM [@T]"), told);
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = U_Count * U_Count * 4"), told);
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = 1e19"), told);
+  EXPECT_EQ(
+      rowsOf(company, u"SELECT U_Count, U_Count * 4, SUM(U_Count) FROM [@T] GROUP BY U_Count"),
+      u"2000000000|8000000000|2000000000");
+}
+
 QX_TEST_ON_ALL_MEDIA(ValueRangeTest);
 
 }  // namespace

@@ -35,13 +35,19 @@ std::string_view unitText(TimeUnit unit) {
   }
 }
 
-// Sums and products of whole numbers are 64 bits wide in this engine, too; so is what is made of
-// them.
+// Sums and products of whole numbers are 64 bits wide in either engine; so is what is made of them.
 bool isWide(const Expr& expr) {
   if (expr.kind == ExprKind::Arithmetic) return expr.text != "/" && expr.text != "%";
   return expr.kind == ExprKind::Call &&
          (expr.function == Function::Count || expr.function == Function::AvgWhole ||
-          expr.function == Function::Cast);
+          expr.function == Function::Cast || expr.function == Function::Sum);
+}
+
+// A literal that is a decimal in the engine by its length alone.
+bool isLong(const Expr& expr) {
+  constexpr std::size_t kSurelyFits = 18;
+  const Expr& number = expr.kind == ExprKind::Negate ? *expr.args[0] : expr;
+  return number.kind == ExprKind::Number && number.text.size() > kSurelyFits;
 }
 
 bool isNonZeroNumber(const Expr& expr) {
@@ -75,14 +81,17 @@ void PostgresEmitter::arithmetic(const Expr& expr) {
   const int strength = strengthOf(expr);
   const Expr& left = *expr.args[0];
   const Expr& right = *expr.args[1];
+  const bool whole = expr.type == ColumnType::Integer;
   const bool division = expr.text == "/" || expr.text == "%";
-  if (expr.type == ColumnType::Integer && !division && !isWide(left)) {
+  if (whole && (isLong(left) || (!division && !isWide(left)))) {
     wrapped("CAST(", left, " AS bigint)");
   } else {
     operand(left, strength);
   }
   out_ += ' ' + expr.text + ' ';
-  if (division && !isNonZeroNumber(right)) {
+  if (whole && isLong(right)) {
+    wrapped("CAST(", right, " AS bigint)");
+  } else if (division && !isNonZeroNumber(right)) {
     wrapped("NULLIF(", right, ", 0)");
   } else {
     nested(2, right, strength + 1);
@@ -196,6 +205,9 @@ void PostgresEmitter::call(const Expr& expr) {
       return datePart(expr, "day");
     case Function::Cast:
       return cast(expr);
+    case Function::Sum:
+      if (expr.type != ColumnType::Integer) return StatementEmitter::call(expr);
+      return wrapped("CAST(sum(", *expr.args[0], ") AS bigint)");
     case Function::AvgWhole:
       return wrapped("CAST(trunc(avg(", *expr.args[0], ")) AS bigint)");
     case Function::Length:

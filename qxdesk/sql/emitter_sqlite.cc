@@ -22,6 +22,13 @@ std::string_view secondsText(TimeUnit unit) {
   }
 }
 
+constexpr int kFirstArgumentSymbols = 3;
+
+bool isWholeArithmetic(const Expr& expr) {
+  return expr.type == ColumnType::Integer &&
+         (expr.kind == ExprKind::Arithmetic || expr.kind == ExprKind::Plus);
+}
+
 bool isWhole(const Expr& expr) {
   return expr.kind == ExprKind::Number && !signedWhole(expr).empty();
 }
@@ -53,6 +60,33 @@ void SqliteEmitter::number(const Expr& expr) {
   if (!exact) out_ += "qx_number('";
   StatementEmitter::number(expr);
   if (!exact) out_ += "')";
+}
+
+// A result that 64 bits do not hold becomes a decimal in SQLite, and so does what is made of it:
+// one look at the last result tells.
+void SqliteEmitter::arithmetic(const Expr& expr) {
+  if (!isWholeArithmetic(expr)) return StatementEmitter::arithmetic(expr);
+  const Open open(*this, kFirstArgumentSymbols);
+  out_ += "qx_whole(";
+  unchecked(expr);
+  out_ += ')';
+}
+
+void SqliteEmitter::unchecked(const Expr& expr) {
+  const int strength = strengthOf(expr);
+  uncheckedOperand(*expr.args[0], strength);
+  out_ += ' ' + expr.text + ' ';
+  const Open open(*this, 2);
+  uncheckedOperand(*expr.args[1], strength + 1);
+}
+
+void SqliteEmitter::uncheckedOperand(const Expr& expr, int strength) {
+  if (!isWholeArithmetic(expr)) return operand(expr, strength);
+  const bool brackets = strengthOf(expr) < strength;
+  const Open open(*this, brackets ? 1 : 0);
+  if (brackets) out_ += '(';
+  unchecked(expr);
+  if (brackets) out_ += ')';
 }
 
 void SqliteEmitter::concat(const Expr& expr) {
@@ -98,6 +132,10 @@ void SqliteEmitter::call(const Expr& expr) {
       return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
     case Function::LengthNoTail:
       return wrapped("length(rtrim(", *expr.args[0], "))");
+    case Function::Round:
+      // A whole number is round, but would come out as a decimal.
+      if (expr.type == ColumnType::Integer) return operand(*expr.args[0], kPrimary);
+      return StatementEmitter::call(expr);
     case Function::Substring:
       return substring(expr);
     case Function::Upper:
@@ -131,12 +169,14 @@ void SqliteEmitter::cast(const Expr& expr) {
     case ColumnType::Text:
       return castToText(argument, size);
     case ColumnType::Integer:
-      return asNumber(argument, " AS INTEGER)", "");
+      if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS INTEGER)");
+      return wrapped("qx_cut(", argument, ")");
     default:
-      if (!size) return asNumber(argument, " AS REAL)", "");
-      out_ += "round(";
+      if (!size) return asReal(argument);
       const Open open(*this, kCallSymbols);
-      return asNumber(argument, " AS REAL)", ", " + std::to_string(*size) + ")");
+      out_ += "round(";
+      asReal(argument);
+      out_ += ", " + std::to_string(*size) + ")";
   }
 }
 
@@ -149,14 +189,9 @@ void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
 }
 
 // SQLite by itself would take the number at the front of a text, or 0.
-void SqliteEmitter::asNumber(const Expr& argument, std::string_view type, std::string_view after) {
-  if (argument.type == ColumnType::Text) {
-    wrapped("CAST(qx_number(", argument, ")");
-    out_ += type;
-  } else {
-    wrapped("CAST(", argument, type);
-  }
-  out_ += after;
+void SqliteEmitter::asReal(const Expr& argument) {
+  const bool text = argument.type == ColumnType::Text;
+  wrapped(text ? "CAST(qx_number(" : "CAST(", argument, text ? ") AS REAL)" : " AS REAL)");
 }
 
 void SqliteEmitter::datePart(const Expr& expr, std::string_view format) {

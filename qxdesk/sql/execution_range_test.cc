@@ -15,6 +15,7 @@ using test::engines;
 using test::EngineTest;
 
 class ExecutionDate : public EngineTest {};
+class ExecutionWhole : public EngineTest {};
 
 std::string moved(CompanyDatabase& database, const std::string& unit, const std::string& count,
                   const std::string& date) {
@@ -79,6 +80,57 @@ TEST_P(ExecutionDate, ArithmeticBeyondTheYearsChangesNoRow) {
   EXPECT_ANY_THROW(database.run("SELECT Code FROM [@T] WHERE U_Date + 1 > '20240101'"));
 }
 
+// ---- whole numbers at the ends of 64 bits
+
+TEST_P(ExecutionWhole, ArithmeticReachesTheEndsOf64BitsAndRefusesMore) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const auto of = [&](const std::string& expression) {
+    try {
+      return database.run("SELECT " + expression + " FROM [@T] WHERE Code = '1'");
+    } catch (const SqlError& error) {
+      return std::string(error.what());
+    } catch (const std::exception&) {
+      return std::string("refused");
+    }
+  };
+  EXPECT_EQ(of("U_B + 9223372036854775797"), "9223372036854775807");
+  EXPECT_EQ(of("U_B + 9223372036854775798"), "refused");
+  EXPECT_EQ(of("0 - U_B - 9223372036854775798"), "-9223372036854775808");
+  EXPECT_EQ(of("0 - U_B - 9223372036854775799"), "refused");
+  EXPECT_EQ(of("U_B * 922337203685477580"), "9223372036854775800");
+  EXPECT_EQ(of("U_B * 922337203685477581"), "refused");
+  EXPECT_EQ(of("(U_B * 922337203685477581 - 9223372036854775807) % 7"), "refused");
+  EXPECT_EQ(of("1 + U_B * 922337203685477581 / 922337203685477581"), "refused");
+  EXPECT_EQ(of("(0 - U_B - 9223372036854775798) / (U_B - 11)"), "refused");
+  EXPECT_EQ(of("U_B + 9223372036854775808"), "refused");
+  EXPECT_EQ(of("U_B - 9223372036854775808"), "refused");
+  EXPECT_EQ(of("9223372036854775808 / U_B"), "refused");
+  EXPECT_EQ(of("U_B + -9223372036854775808"), "-9223372036854775798");
+  EXPECT_EQ(of("9223372036854775807 % 00000000000000000000010"), "7");
+  EXPECT_EQ(of("U_B + (U_B - 2) * (U_B % 4 + 1) - 30 / U_B"), "31");
+  EXPECT_EQ(of("1.5 * (U_B + 2) - U_B * 2"), "-2");
+  EXPECT_EQ(of("ROUND(U_B, 2) + ROUND(U_B * 2 + 1, 0)"), "31");
+  EXPECT_EQ(of("(SELECT 1 FROM [@L] WHERE 1 = 0 UNION SELECT 0.5) + U_B"), "10.5");
+}
+
+TEST_P(ExecutionWhole, SumsReachTheEndsOf64BitsAndRefuseMore) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT SUM(U_B * 200000000000000000) FROM [@T]"), "8400000000000000000");
+  EXPECT_ANY_THROW(database.run("SELECT SUM(U_B * 220000000000000000) FROM [@T]"));
+  EXPECT_EQ(database.run("SELECT SUM(U_B) + 1, SUM(U_B) * 2, SUM(U_Price) FROM [@T]"), "43|84|116");
+}
+
+TEST_P(ExecutionWhole, CastsReachTheEndsOf64BitsAndRefuseMore) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT CAST('9223372036854775807' AS bigint), CAST(1e18 AS int), "
+                         "CAST(-1.5e18 AS int), CAST('-9223372036854775808' AS int)"),
+            "9223372036854775807|1000000000000000000|-1500000000000000000|-9223372036854775808");
+  for (const char* number : {"1e19", "-1e19", "9.3e18", "'9223372036854775808'", "'1e300'"}) {
+    EXPECT_ANY_THROW(database.run("SELECT CAST(" + std::string(number) + " AS int)")) << number;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionWhole, engines(), engineName);
 INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionDate, engines(), engineName);
 
 }  // namespace

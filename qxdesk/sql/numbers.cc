@@ -52,6 +52,14 @@ Decimal decimalOf(std::string_view number) {
   return decimal;
 }
 
+// With a sign before it, as far as the lowest one.
+bool isWholeOf64Bits(std::string_view number) {
+  std::uint64_t value = 0;
+  const char* end = number.data() + number.size();
+  const auto read = std::from_chars(number.data(), end, value);
+  return read.ec == std::errc() && read.ptr == end && value <= std::uint64_t{1} << 63;
+}
+
 }  // namespace
 
 std::optional<double> nearestDouble(std::string_view number) {
@@ -63,6 +71,7 @@ std::optional<double> nearestDouble(std::string_view number) {
 }
 
 bool readsExactly(std::string_view number) {
+  if (isWholeOf64Bits(number)) return true;
   constexpr std::size_t kMaxDigits = 18;  // that a whole number of 64 bits holds
   constexpr std::int64_t kMaxPower = 27;  // of ten, that a long double of 64 bits holds
   const Decimal decimal = decimalOf(number);

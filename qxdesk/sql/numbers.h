@@ -13,9 +13,10 @@ namespace qx::sql {
 // and an exponent as may be. Below the smallest it is 0; nothing beyond the largest.
 std::optional<double> nearestDouble(std::string_view number);
 
-// True when the number, read with the long double arithmetic of SQLite, is sure to become its
-// nearest double. That is so for most that people write; numbers that lie close to the middle
-// between two doubles, of many digits or with great exponents may become the wrong one.
+// True when the number, read as SQLite does it with whole numbers of 64 bits and long doubles, is
+// sure to become itself or its nearest double. That is so for most that people write; numbers that
+// lie close to the middle between two doubles, of many digits or with great exponents may become
+// the wrong one.
 bool readsExactly(std::string_view number);
 
 // A finite double by the 15 digits that are certain, without an exponent and without zeros behind

@@ -39,14 +39,15 @@ TEST(NearestDouble, EndsWithTheLargestAndTheSmallest) {
 }
 
 TEST(ReadsExactly, KnowsWhatEveryoneWrites) {
-  for (const char* number : {"0", "0.000", "1", "12.5", "0.1", "12.345678", "999999999.999999",
-                             "1e22", "123456789012345678"}) {
+  for (const char* number :
+       {"0", "0.000", "1", "12.5", "0.1", "12.345678", "999999999.999999", "1e22",
+        "123456789012345678", "9223372036854775807", "9223372036854775808"}) {
     EXPECT_TRUE(readsExactly(number)) << number;
   }
 }
 
 TEST(ReadsExactly, LeavesOutWhatMayGoWrong) {
-  for (const char* number : {"1e300", "1.5E-300", "1234567890123456789", "9007199254740993",
+  for (const char* number : {"1e300", "1.5E-300", "1234567890.123456789", "9223372036854775809",
                              "0.30000000000000004441", "1e400"}) {
     EXPECT_FALSE(readsExactly(number)) << number;
   }

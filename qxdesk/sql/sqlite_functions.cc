@@ -23,10 +23,11 @@ static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) 
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
-    "abs",     "avg",      "coalesce", "count",     "date",         "datetime",    "julianday",
-    "length",  "like",     "ltrim",    "max",       "min",          "rank",        "replace",
-    "round",   "rtrim",    "strftime", "substr",    "sum",          "qx_add_time", "qx_date",
-    "qx_like", "qx_lower", "qx_now",   "qx_number", "qx_substring", "qx_text",     "qx_upper",
+    "abs",       "avg",         "coalesce",  "count",        "date",     "datetime",
+    "julianday", "length",      "like",      "ltrim",        "max",      "min",
+    "rank",      "replace",     "round",     "rtrim",        "strftime", "substr",
+    "sum",       "qx_add_time", "qx_cut",    "qx_whole",     "qx_date",  "qx_like",
+    "qx_lower",  "qx_now",      "qx_number", "qx_substring", "qx_text",  "qx_upper",
 };
 
 std::string_view textOf(sqlite3_value* value) {
@@ -73,34 +74,6 @@ void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*valu
   guarded(context, [&] { answerText(context, settingsOf(context).now()); });
 }
 
-std::string dateOf(sqlite3_value* value) {
-  const std::string text(textOf(value));
-  std::optional<std::string> date = storedDate(text);
-  if (!date) throw SqliteError(kBadDateCode, "not a date: '" + text + "'");
-  return *std::move(date);
-}
-
-void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  guarded(context, [&] { answerText(context, dateOf(values[0])); });
-}
-
-// A date, a count, and the seconds of the unit that is counted. A fraction of the count is cut.
-void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  guarded(context, [&] {
-    const std::string from = dateOf(values[0]);
-    const std::optional<std::string> date =
-        movedDate(from, sqlite3_value_int64(values[1]), sqlite3_value_int64(values[2]));
-    if (!date) {
-      throw SqliteError(kBadDateCode, from + " moved by " + std::string(textOf(values[1])) + " x " +
-                                          std::string(textOf(values[2])) +
-                                          " seconds is not within the years 1 to 9999");
-    }
-    answerText(context, *date);
-  });
-}
-
 [[noreturn]] void failOutOfRange(const std::string& number) {
   throw SqliteError(kOutOfRangeCode, "out of range: " + number);
 }
@@ -131,6 +104,46 @@ Number numberOf(sqlite3_value* value) {
   }
 }
 
+constexpr const char* kTooWide = "a whole number of more than 64 bits";
+
+// Without its fraction.
+sqlite3_int64 cutOf(sqlite3_value* value) {
+  constexpr double kEnd = 9223372036854775808.0;
+  const Number number = numberOf(value);
+  if (const auto* whole = std::get_if<sqlite3_int64>(&number)) return *whole;
+  const double real = std::get<double>(number);
+  if (!(real >= -kEnd && real < kEnd)) failOutOfRange(kTooWide);
+  return static_cast<sqlite3_int64>(real);
+}
+
+std::string dateOf(sqlite3_value* value) {
+  const std::string text(textOf(value));
+  std::optional<std::string> date = storedDate(text);
+  if (!date) throw SqliteError(kBadDateCode, "not a date: '" + text + "'");
+  return *std::move(date);
+}
+
+void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] { answerText(context, dateOf(values[0])); });
+}
+
+// A date, a count, and the seconds of the unit that is counted. A fraction of the count is cut.
+void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const std::string from = dateOf(values[0]);
+    const std::optional<std::string> date =
+        movedDate(from, cutOf(values[1]), sqlite3_value_int64(values[2]));
+    if (!date) {
+      throw SqliteError(kBadDateCode, from + " moved by " + std::string(textOf(values[1])) + " x " +
+                                          std::string(textOf(values[2])) +
+                                          " seconds is not within the years 1 to 9999");
+    }
+    answerText(context, *date);
+  });
+}
+
 // The number that a text spells, to its last digit, where the engine's own reading may differ.
 void numberFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
@@ -142,6 +155,20 @@ void numberFunction(sqlite3_context* context, int count, sqlite3_value** values)
       sqlite3_result_int64(context, std::get<sqlite3_int64>(number));
     }
   });
+}
+
+// The result of arithmetic with whole numbers, which the engine makes a decimal where it is too
+// wide.
+void wholeFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+  if (sqlite3_value_type(values[0]) != SQLITE_FLOAT) {
+    return sqlite3_result_value(context, values[0]);
+  }
+  guarded(context, [&] { failOutOfRange(kTooWide); });
+}
+
+void cutFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] { sqlite3_result_int64(context, cutOf(values[0])); });
 }
 
 // A decimal without an exponent and without zeros at the end, to the digits that are certain.
@@ -247,6 +274,8 @@ void registerFunctions(sqlite3* db, const GuardSettings& settings) {
   registerFunction(db, "qx_now", 0, nowFunction, settings);
   registerFunction(db, "qx_date", 1, dateFunction, settings);
   registerFunction(db, "qx_add_time", 3, addTimeFunction, settings);
+  registerFunction(db, "qx_cut", 1, cutFunction, settings);
+  registerFunction(db, "qx_whole", 1, wholeFunction, settings);
   registerFunction(db, "qx_number", 1, numberFunction, settings);
   registerFunction(db, "qx_substring", 2, substringFunction, settings);
   registerFunction(db, "qx_substring", 3, substringFunction, settings);

@@ -281,7 +281,10 @@ TEST(TranslatorForServerNumbers, AreOfTheWidthAndFormOfTheOtherEngine) {
                  R"(round(CAST("a" AS numeric), 6) FROM "t")"},
                 {"SELECT ROUND(a, 2), 'x' + 1.50, ABS(a) FROM T",
                  R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(trim_scale(CAST(CAST(1.50 )"
-                 R"(AS double precision) AS numeric)) AS text), abs("a") FROM "t")"}});
+                 R"(AS double precision) AS numeric)) AS text), abs("a") FROM "t")"},
+                {"SELECT SUM(1), SUM(a), SUM(1) + 1, 1 - 9223372036854775808 FROM T",
+                 R"(SELECT CAST(sum(1) AS bigint), sum("a"), CAST(sum(1) AS bigint) + 1, )"
+                 R"(CAST(1 AS bigint) - CAST(9223372036854775808 AS bigint) FROM "t")"}});
 }
 
 TEST(TranslatorForServerTexts, AreMappedInAllScripts) {

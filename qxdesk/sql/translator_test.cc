@@ -379,5 +379,16 @@ TEST(TranslatorColumns, HaveTheTypesThatTheTextTells) {
   }
 }
 
+TEST(TranslatorNumbers, AreLookedAtWhereTheDatabaseWouldMakeThemOthers) {
+  EXPECT_EQ(
+      translated(Dialect::Mssql,
+                 "SELECT 1 + 2 * 3, (1 + 2) * -3 - 4, 1 + a, 1.5 + 2 * 3, CAST(a AS int), "
+                 "CAST(2 AS int), CAST(a AS decimal(9,2)), ROUND(7, 1), ROUND(a, 1), 12.5, "
+                 "1.5E+300 FROM T"),
+      R"(SELECT qx_whole(1 + 2 * 3), qx_whole((1 + 2) * -3 - 4), 1 + "a", )"
+      R"(1.5 + qx_whole(2 * 3), qx_cut("a"), CAST(2 AS INTEGER), )"
+      R"(round(CAST("a" AS REAL), 2), 7, round("a", 1), 12.5, qx_number('1.5E+300') FROM "T")");
+}
+
 }  // namespace
 }  // namespace qx::sql
