@@ -98,13 +98,6 @@ void PostgresEmitter::arithmetic(const Expr& expr) {
   }
 }
 
-void PostgresEmitter::concat(const Expr& expr) {
-  textOperand(*expr.args[0], kPrimary);
-  out_ += " || ";
-  const Open open(*this, 2);
-  textOperand(*expr.args[1], kPrimary);
-}
-
 // ---- patterns
 
 void PostgresEmitter::like(const Expr& expr) {
@@ -175,7 +168,7 @@ void PostgresEmitter::dateOperand(const Expr& expr, int strength) {
 }
 
 void PostgresEmitter::wholeOperand(const Expr& expr) {
-  if (!signedWhole(expr).empty()) return expression(expr);
+  if (isShortWhole(expr)) return expression(expr);
   wrapped("CAST(", expr, " AS integer)");
 }
 
@@ -210,15 +203,6 @@ void PostgresEmitter::call(const Expr& expr) {
       return wrapped("CAST(sum(", *expr.args[0], ") AS bigint)");
     case Function::AvgWhole:
       return wrapped("CAST(trunc(avg(", *expr.args[0], ")) AS bigint)");
-    case Function::Length:
-    case Function::TrimLeft:
-    case Function::TrimRight:
-    case Function::Replace:
-      return textCall(functionText(expr.function), expr);
-    case Function::LengthNoTail:
-      textCall("length(rtrim", expr);
-      out_ += ')';
-      return;
     case Function::Substring:
       return substring(expr);
     case Function::Upper:
@@ -230,17 +214,6 @@ void PostgresEmitter::call(const Expr& expr) {
     default:
       return StatementEmitter::call(expr);
   }
-}
-
-void PostgresEmitter::textCall(std::string_view function, const Expr& expr) {
-  const Open open(*this, kCallSymbols);
-  out_ += function;
-  out_ += '(';
-  for (std::size_t i = 0; i < expr.args.size(); ++i) {
-    separate(i);
-    textOperand(*expr.args[i], 0);
-  }
-  out_ += ')';
 }
 
 // The mapping of all letters, which the collation "C" does not know.

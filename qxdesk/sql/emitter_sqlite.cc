@@ -29,10 +29,6 @@ bool isWholeArithmetic(const Expr& expr) {
          (expr.kind == ExprKind::Arithmetic || expr.kind == ExprKind::Plus);
 }
 
-bool isWhole(const Expr& expr) {
-  return expr.kind == ExprKind::Number && !signedWhole(expr).empty();
-}
-
 }  // namespace
 
 // SQLite's LIKE knows no sets such as [a-z]: patterns that hold one, or that may, go to a function
@@ -43,12 +39,13 @@ void SqliteEmitter::like(const Expr& expr) {
   const bool sets = traits_.likeSets && (pattern.kind != ExprKind::Text || hasSets(pattern.text));
   if (sets) {
     const Open open(*this, 1);
-    plainCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
+    textCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
     return;
   }
-  operand(*expr.args[0], kConcat);
+  textOperand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT LIKE " : " LIKE ";
-  nested(2, pattern, kPrimary);
+  const Open open(*this, 2);
+  textOperand(pattern, kPrimary);
   if (!escape) return;
   out_ += " ESCAPE ";
   expression(*expr.args[2]);
@@ -89,17 +86,10 @@ void SqliteEmitter::uncheckedOperand(const Expr& expr, int strength) {
   if (brackets) out_ += ')';
 }
 
-void SqliteEmitter::concat(const Expr& expr) {
-  textOperand(*expr.args[0]);
-  out_ += " || ";
-  const Open open(*this, 2);
-  textOperand(*expr.args[1]);
-}
-
 // SQLite by itself would write whole decimals with or without a fraction, as it keeps them.
-void SqliteEmitter::textOperand(const Expr& expr) {
+void SqliteEmitter::textOperand(const Expr& expr, int strength) {
   if (expr.type == ColumnType::Decimal) return wrapped("qx_text(", expr, ")");
-  operand(expr, kPrimary);
+  operand(expr, strength);
 }
 
 void SqliteEmitter::call(const Expr& expr) {
@@ -130,8 +120,6 @@ void SqliteEmitter::call(const Expr& expr) {
       return cast(expr);
     case Function::AvgWhole:
       return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
-    case Function::LengthNoTail:
-      return wrapped("length(rtrim(", *expr.args[0], "))");
     case Function::Round:
       // A whole number is round, but would come out as a decimal.
       if (expr.type == ColumnType::Integer) return operand(*expr.args[0], kPrimary);
@@ -139,9 +127,9 @@ void SqliteEmitter::call(const Expr& expr) {
     case Function::Substring:
       return substring(expr);
     case Function::Upper:
-      return plainCall("qx_upper", expr);
+      return textCall("qx_upper", expr);
     case Function::Lower:
-      return plainCall("qx_lower", expr);
+      return textCall("qx_lower", expr);
     default:
       return StatementEmitter::call(expr);
   }
@@ -204,9 +192,16 @@ void SqliteEmitter::datePart(const Expr& expr, std::string_view format) {
 // SQLite's own function counts from the end where the start is negative, and backwards where the
 // length is.
 void SqliteEmitter::substring(const Expr& expr) {
-  bool plain = isWhole(*expr.args[1]) && expr.args[1]->text != "0";
-  if (expr.args.size() > 2) plain = plain && isWhole(*expr.args[2]);
-  plainCall(plain ? "substr" : "qx_substring", expr);
+  bool plain = isShortWhole(*expr.args[1]) && expr.args[1]->text != "0";
+  if (expr.args.size() > 2) plain = plain && isShortWhole(*expr.args[2]);
+  const Open open(*this, kCallSymbols);
+  out_ += plain ? "substr(" : "qx_substring(";
+  textOperand(*expr.args[0], 0);
+  for (std::size_t i = 1; i < expr.args.size(); ++i) {
+    out_ += ", ";
+    expression(*expr.args[i]);
+  }
+  out_ += ')';
 }
 
 }  // namespace qx::sql

@@ -16,15 +16,14 @@ class SqliteEmitter final : public StatementEmitter {
  private:
   void number(const Expr& expr) override;
   void arithmetic(const Expr& expr) override;
-  void concat(const Expr& expr) override;
   void like(const Expr& expr) override;
+  void textOperand(const Expr& expr, int strength) override;
   void call(const Expr& expr) override;
   void unchecked(const Expr& expr);
   void uncheckedOperand(const Expr& expr, int strength);
   void addTime(const Expr& expr);
   void cast(const Expr& expr);
   void castToText(const Expr& argument, std::optional<int> size);
-  void textOperand(const Expr& expr);
   void asReal(const Expr& argument);
   void datePart(const Expr& expr, std::string_view format);
   void daysBetween(const Expr& expr);
