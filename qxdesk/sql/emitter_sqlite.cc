@@ -22,11 +22,11 @@ std::string_view secondsText(TimeUnit unit) {
   }
 }
 
+// Open before the first argument of a function: its name, "(", DISTINCT.
 constexpr int kFirstArgumentSymbols = 3;
 
 bool isWholeArithmetic(const Expr& expr) {
-  return expr.type == ColumnType::Integer &&
-         (expr.kind == ExprKind::Arithmetic || expr.kind == ExprKind::Plus);
+  return expr.kind == ExprKind::Arithmetic && expr.type == ColumnType::Integer;
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
-// Writes a resolved syntax tree as SQLite text. The text relies on functions that
-// sqlite_functions.h registers: qx_now(), qx_add_time(...), qx_cut(x), qx_date(x),
-// qx_like(...), qx_number(x), qx_substring(...), qx_text(x), qx_whole(x), qx_upper(x), qx_lower(x),
-// and a LIKE that minds the case.
+// Writes a resolved syntax tree as SQLite text. The text relies on the functions that
+// sqlite_functions.h registers: those whose names begin with qx_, and a LIKE that minds the case.
 #pragma once
 
 #include "qxdesk/sql/emitter_statement.h"
