@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 
@@ -45,6 +46,16 @@ class ForeignProgram {
   ForeignProgram& operator=(const ForeignProgram&) = delete;
   void run(const char* sql) {
     EXPECT_EQ(sqlite3_exec(db_, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db_);
+  }
+  /// The first cell.
+  std::string ask(const char* sql) {
+    std::string cell;
+    const auto take = [](void* to, int, char** cells, char**) {
+      *static_cast<std::string*>(to) = cells[0];
+      return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(db_, sql, take, &cell, nullptr), SQLITE_OK) << sqlite3_errmsg(db_);
+    return cell;
   }
 
  private:
@@ -312,19 +323,23 @@ TEST_F(OpenTest, AFolderWithoutPermissionIsTold) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(OpenTest, AFailureWhileACompanyIsMadeLeavesAFileThatCanBeTriedAgain) {
-  for (int refuse = 1; refuse < 60; refuse += 3) {
-    const LoginTarget place = target(std::to_string(refuse) + ".db");
-    FaultPlan plan{0, refuse, Fault::Full};
-    const CComPtr<ICompany> company = companyFor(place, testEnvironment(), failingOpen(&plan));
-    if (company->Connect() == 0) {
-      EXPECT_GT(refuse, 20);
-      break;
-    }
-    EXPECT_EQ(lastError(company), openFailed(u"The disk of the company database is full."));
-    EXPECT_EQ(company->Connect(), 0) << refuse;
-    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP"), u"1");
+TEST_F(OpenTest, AFailureAtAnyStatementOfANewCompanyLeavesNoneOrAWholeOne) {
+  const auto tables = [&] {
+    return ForeignProgram(folder.file("company.db")).ask("SELECT COUNT(*) FROM sqlite_master");
+  };
+  FaultPlan plan{0, 1, Fault::Full};
+  const CComPtr<ICompany> company = companyFor(target(), testEnvironment(), failingOpen(&plan));
+  std::vector<std::string> left;
+  for (; company->Connect() != 0; plan = {0, plan.refuse + 1, Fault::Full}) {
+    ASSERT_EQ(lastError(company), openFailed(u"The disk of the company database is full."));
+    left.push_back(tables());
   }
+  EXPECT_GT(std::count(left.begin(), left.end(), "0"), 20);
+  EXPECT_EQ(
+      std::count(left.begin(), left.end(), "0") + std::count(left.begin(), left.end(), tables()),
+      static_cast<std::ptrdiff_t>(left.size()));
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP"), u"1");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
 }
 
 TEST_F(OpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {

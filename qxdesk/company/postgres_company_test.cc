@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 
 namespace qx::desk {
@@ -117,19 +118,24 @@ TEST_F(PostgresOpenTest, ACompanyOfANewerVersionIsTold) {
                                           u"' was written by a newer version of this component.");
 }
 
-TEST_F(PostgresOpenTest, AFailureWhileACompanyIsMadeLeavesADatabaseThatCanBeTriedAgain) {
-  for (int refuse = 1; refuse < 200; refuse += 7) {
-    FaultPlan plan{0, refuse, Fault::Full};
-    name = server.createDatabase();
-    const CComPtr<ICompany> company = companyFor(target(), testEnvironment(), failingOpen(&plan));
-    if (company->Connect() == 0) {
-      EXPECT_GT(refuse, 30);
-      break;
-    }
-    EXPECT_EQ(lastError(company).text, u"The disk of the company database is full.");
-    EXPECT_EQ(company->Connect(), 0) << refuse;
-    EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP"), u"1");
+TEST_F(PostgresOpenTest, AFailureAtAnyStatementOfANewCompanyLeavesNoneOrAWholeOne) {
+  const auto tables = [&] {
+    return server.ask(name,
+                      "SELECT COUNT(*) FROM pg_class WHERE relnamespace = 'public'::regnamespace");
+  };
+  FaultPlan plan{0, 1, Fault::Full};
+  const CComPtr<ICompany> company = companyFor(target(), testEnvironment(), failingOpen(&plan));
+  std::vector<std::string> left;
+  for (; company->Connect() != 0; plan = {0, plan.refuse + 1, Fault::Full}) {
+    ASSERT_EQ(lastError(company).text, u"The disk of the company database is full.");
+    left.push_back(tables());
   }
+  EXPECT_GT(std::count(left.begin(), left.end(), "0"), 30);
+  EXPECT_EQ(
+      std::count(left.begin(), left.end(), "0") + std::count(left.begin(), left.end(), tables()),
+      static_cast<std::ptrdiff_t>(left.size()));
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCOMP"), u"1");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
 }
 
 TEST_F(PostgresOpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {

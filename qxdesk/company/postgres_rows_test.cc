@@ -154,16 +154,33 @@ TEST_P(PostgresRowsTest, BlanksAtTheEndOfATextCount) {
             kSqlFailure);
 }
 
-TEST_P(PostgresRowsTest, ANumberBeyondItsColumnIsTold) {
+TEST_P(PostgresRowsTest, ANumberOfManyDigitsIsReadInFull) {
+  for (const std::string& number :
+       {"1" + std::string(126, '0'), "1" + std::string(127, '0'), "1" + std::string(300, '0'),
+        "-0." + std::string(125, '0') + "1", "0." + std::string(126, '0') + "123456789",
+        "0." + std::string(323, '0') + "494065645841247", std::string(200, '3') + ".25"}) {
+    query(company, u"DELETE FROM [@T]");
+    another().run("INSERT INTO \"@t\" (code, u_amount) VALUES ('1', " + number + ")");
+    EXPECT_EQ(field(query(company, u"SELECT U_Amount FROM [@T]"), 0).dblVal,
+              std::strtod(number.c_str(), nullptr))
+        << number;
+  }
+}
+
+TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsNeitherKeptNorRead) {
+  for (const char* number : {"'NaN'", "'Infinity'", "'-Infinity'", "1e309", "-1e309"}) {
+    EXPECT_THROW(another().run("INSERT INTO \"@t\" (code, u_amount) VALUES ('1', " +
+                               std::string(number) + ")"),
+                 std::runtime_error)
+        << number;
+  }
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Amount) VALUES ('1', 'n', 1e200)");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(
-      codeOf([&] {
-        rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Amount) VALUES ('1', 'n', 1e30)"));
-      }),
-      kSqlFailure);
-  EXPECT_EQ(lastError(company).text,
-            u"A number is out of the range of its column (numeric field overflow (A field with "
-            u"precision 21, scale 6 must round to an absolute value less than 10^15.)).");
+  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT U_Amount * U_Amount FROM [@T]")); }),
+            kSqlFailure);
+  EXPECT_TRUE(lastError(company).text.starts_with(u"A number is out of the range of its column ("))
+      << toUtf8(lastError(company).text);
+  EXPECT_EQ(field(query(company, u"SELECT 1 / U_Amount / 1e200 FROM [@T]"), 0).dblVal, 0.0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Postgres, PostgresRowsTest, testing::Values(Medium::Postgres));

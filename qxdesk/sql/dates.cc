@@ -1,6 +1,7 @@
 #include "qxdesk/sql/dates.h"
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 
 namespace qx::sql {
@@ -79,9 +80,7 @@ bool readTime(Reader& reader, Moment& moment) {
   return reader.ok() && reader.empty();
 }
 
-}  // namespace
-
-std::optional<std::string> storedDate(std::string_view text) {
+std::optional<Moment> readMoment(std::string_view text) {
   Reader reader(trimmed(text));
   Moment moment{};
   moment.year = reader.digits(4);
@@ -90,10 +89,62 @@ std::optional<std::string> storedDate(std::string_view text) {
   if (dashes && !reader.accept('-')) return std::nullopt;
   moment.day = reader.digits(2);
   if (!reader.ok() || !readTime(reader, moment) || !moment.valid()) return std::nullopt;
+  return moment;
+}
+
+std::string storedForm(const Moment& moment) {
   std::array<char, 72> stored{};
   std::snprintf(stored.data(), stored.size(), "%04d-%02d-%02d %02d:%02d:%02d", moment.year,
                 moment.month, moment.day, moment.hour, moment.minute, moment.second);
   return stored.data();
+}
+
+constexpr std::int64_t kDay = 24 * 60 * 60;
+
+constexpr std::int64_t firstSecondOf(int year, int month, int day) {
+  const std::chrono::sys_days date{std::chrono::year(year) /
+                                   std::chrono::month(static_cast<unsigned>(month)) /
+                                   std::chrono::day(static_cast<unsigned>(day))};
+  return std::int64_t{date.time_since_epoch().count()} * kDay;
+}
+
+constexpr std::int64_t kFirst = firstSecondOf(1, 1, 1);
+constexpr std::int64_t kLast = firstSecondOf(10000, 1, 1) - 1;
+
+std::int64_t secondsOf(const Moment& moment) {
+  return firstSecondOf(moment.year, moment.month, moment.day) + moment.hour * 3600 +
+         moment.minute * 60 + moment.second;
+}
+
+Moment momentOf(std::int64_t seconds) {
+  const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+  const auto days = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date(days);
+  const auto ofDay = static_cast<int>((time - days).count());
+  return {static_cast<int>(date.year()),
+          static_cast<int>(static_cast<unsigned>(date.month())),
+          static_cast<int>(static_cast<unsigned>(date.day())),
+          ofDay / 3600,
+          ofDay / 60 % 60,
+          ofDay % 60};
+}
+
+}  // namespace
+
+std::optional<std::string> storedDate(std::string_view text) {
+  const std::optional<Moment> moment = readMoment(text);
+  return moment ? std::optional(storedForm(*moment)) : std::nullopt;
+}
+
+std::optional<std::string> movedDate(std::string_view stored, std::int64_t count,
+                                     std::int64_t seconds) {
+  const std::optional<Moment> moment = readMoment(stored);
+  if (!moment) return std::nullopt;
+  const std::int64_t from = secondsOf(*moment);
+  if (count > (kLast - from) / seconds || count < -((from - kFirst) / seconds)) {
+    return std::nullopt;
+  }
+  return storedForm(momentOf(from + count * seconds));
 }
 
 }  // namespace qx::sql

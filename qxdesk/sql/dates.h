@@ -2,6 +2,7 @@
 // the order of texts is the order of times.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,5 +13,10 @@ namespace qx::sql {
 // a time HH:MM or HH:MM:SS (a fraction of seconds is cut). Blanks around it do not count. Nothing
 // when it is no such form or no day of the calendar (years 1 to 9999).
 std::optional<std::string> storedDate(std::string_view text);
+
+// The date so many times `seconds`, which is above 0, after one of the stored form; before it where
+// `count` is negative. Nothing when that lies outside of the years 1 to 9999.
+std::optional<std::string> movedDate(std::string_view stored, std::int64_t count,
+                                     std::int64_t seconds);
 
 }  // namespace qx::sql

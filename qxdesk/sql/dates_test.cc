@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace qx::sql {
 namespace {
 
@@ -30,6 +32,36 @@ TEST(StoredDate, RefusesWhatIsNoDate) {
        {"", "x", "2024", "2024-0131", "202401-31", "2024-01-31x", "2024-01-31 8:30",
         "2024-01-31 24:00", "2024-01-31 08:60", "2024-01-31 08", "31.01.2024"}) {
     EXPECT_FALSE(storedDate(text)) << text;
+  }
+}
+
+constexpr std::int64_t kDay = 86400;
+
+TEST(MovedDate, FollowsTheCalendar) {
+  EXPECT_EQ(movedDate("2024-02-28 23:59:59", 1, 1), "2024-02-29 00:00:00");
+  EXPECT_EQ(movedDate("2024-02-28 08:30:15", 2, kDay), "2024-03-01 08:30:15");
+  EXPECT_EQ(movedDate("1970-01-01 00:00:00", -1, 1), "1969-12-31 23:59:59");
+  EXPECT_EQ(movedDate("2024-01-31 12:00:00", 0, kDay), "2024-01-31 12:00:00");
+  EXPECT_EQ(movedDate("0001-01-01 00:00:00", 3652058, kDay), "9999-12-31 00:00:00");
+  EXPECT_EQ(movedDate("9999-12-31 23:59:59", -315537897599, 1), "0001-01-01 00:00:00");
+}
+
+TEST(MovedDate, EndsWithTheYears) {
+  EXPECT_EQ(movedDate("9999-12-31 23:59:58", 1, 1), "9999-12-31 23:59:59");
+  EXPECT_FALSE(movedDate("9999-12-31 23:59:59", 1, 1));
+  EXPECT_FALSE(movedDate("9999-12-31 00:00:00", 1, kDay));
+  EXPECT_EQ(movedDate("0001-01-01 00:00:01", -1, 1), "0001-01-01 00:00:00");
+  EXPECT_FALSE(movedDate("0001-01-01 00:00:00", -1, 1));
+  EXPECT_FALSE(movedDate("0001-01-01 23:59:59", -1, kDay));
+}
+
+TEST(MovedDate, TakesCountsOfAnySize) {
+  for (const std::int64_t count :
+       {std::int64_t{1} << 31, std::int64_t{1} << 62, std::numeric_limits<std::int64_t>::max()}) {
+    for (const std::int64_t seconds : {std::int64_t{3600}, kDay, 7 * kDay}) {
+      EXPECT_EQ(movedDate("2024-01-31 00:00:00", count, seconds).has_value(), false);
+      EXPECT_EQ(movedDate("2024-01-31 00:00:00", -count - 1, seconds).has_value(), false);
+    }
   }
 }
 

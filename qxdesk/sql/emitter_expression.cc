@@ -1,5 +1,7 @@
 #include "qxdesk/sql/emitter_expression.h"
 
+#include "qxdesk/sql/numbers.h"
+
 #include <algorithm>
 
 namespace qx::sql {
@@ -37,12 +39,9 @@ std::string_view functionText(Function function) {
   }
 }
 
-std::string signedWhole(const Expr& expr) {
-  const bool negative = expr.kind == ExprKind::Negate;
-  const Expr& number = negative ? *expr.args[0] : expr;
-  const bool whole = number.kind == ExprKind::Number && number.text.size() <= 9 &&
-                     number.text.find_first_not_of("0123456789") == std::string::npos;
-  return whole ? (negative ? "-" : "+") + number.text : std::string();
+bool isShortWhole(const Expr& expr) {
+  return expr.kind == ExprKind::Number && expr.text.size() <= 9 &&
+         expr.text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 int ExpressionEmitter::strengthOf(const Expr& expr) {
@@ -126,7 +125,7 @@ void ExpressionEmitter::expression(const Expr& expr) {
   at_ = expr.at;
   switch (expr.kind) {
     case ExprKind::Number:
-      out_ += expr.text;
+      number(expr);
       break;
     case ExprKind::Text:
       quoted(expr.text, '\'');
@@ -165,13 +164,24 @@ void ExpressionEmitter::expression(const Expr& expr) {
   }
 }
 
+void ExpressionEmitter::number(const Expr& expr) {
+  if (!nearestDouble(expr.text))
+    throw SqlError("the number is out of range: " + expr.text, expr.at);
+  out_ += expr.text;
+}
+
 void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }
 
 void ExpressionEmitter::arithmetic(const Expr& expr) {
   binary(expr, expr.text, strengthOf(expr), strengthOf(expr) + 1);
 }
 
-void ExpressionEmitter::concat(const Expr& expr) { binary(expr, "||", kPrimary, kPrimary); }
+void ExpressionEmitter::concat(const Expr& expr) {
+  textOperand(*expr.args[0], kPrimary);
+  out_ += " || ";
+  const Open open(*this, 2);
+  textOperand(*expr.args[1], kPrimary);
+}
 
 void ExpressionEmitter::condition(const Expr& expr) {
   switch (expr.kind) {
@@ -296,6 +306,17 @@ void ExpressionEmitter::plainCall(std::string_view function, const Expr& expr) {
   out_ += ')';
 }
 
+void ExpressionEmitter::textCall(std::string_view function, const Expr& expr) {
+  const Open open(*this, kCallSymbols);
+  out_ += function;
+  out_ += '(';
+  for (std::size_t i = 0; i < expr.args.size(); ++i) {
+    separate(i);
+    textOperand(*expr.args[i], 0);
+  }
+  out_ += ')';
+}
+
 void ExpressionEmitter::wrapped(std::string_view before, const Expr& argument,
                                 std::string_view after) {
   const auto brackets = static_cast<int>(std::count(before.begin(), before.end(), '('));
@@ -306,8 +327,21 @@ void ExpressionEmitter::wrapped(std::string_view before, const Expr& argument,
 }
 
 void ExpressionEmitter::call(const Expr& expr) {
-  if (expr.function == Function::Count) return count(expr);
-  plainCall(functionText(expr.function), expr);
+  switch (expr.function) {
+    case Function::Count:
+      return count(expr);
+    case Function::Length:
+    case Function::TrimLeft:
+    case Function::TrimRight:
+    case Function::Replace:
+      return textCall(functionText(expr.function), expr);
+    case Function::LengthNoTail:
+      textCall("length(rtrim", expr);
+      out_ += ')';
+      return;
+    default:
+      return plainCall(functionText(expr.function), expr);
+  }
 }
 
 void ExpressionEmitter::count(const Expr& expr) {

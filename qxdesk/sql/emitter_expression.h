@@ -44,10 +44,14 @@ class ExpressionEmitter {
 
  protected:
   virtual void selectBody(const Select& select, std::optional<std::int64_t> rowLimit) = 0;
+  // Raises SqlError for one beyond the largest double.
+  virtual void number(const Expr& expr);
   virtual void date(const Expr& expr);
   virtual void arithmetic(const Expr& expr);
-  virtual void concat(const Expr& expr);
   virtual void like(const Expr& expr) = 0;
+  // A value of any type where a text is meant. Engines differ in how they spell decimals, if they
+  // take other types there at all.
+  virtual void textOperand(const Expr& expr, int strength) = 0;
   // The functions whose name and form the engines share.
   virtual void call(const Expr& expr);
 
@@ -77,6 +81,8 @@ class ExpressionEmitter {
   void separate(std::size_t index);
   void binary(const Expr& expr, std::string_view op, int left, int right);
   void plainCall(std::string_view function, const Expr& expr);
+  // All arguments are texts.
+  void textCall(std::string_view function, const Expr& expr);
   // The argument between two texts of which the first ends within the brackets of functions.
   void wrapped(std::string_view before, const Expr& argument, std::string_view after);
 
@@ -90,6 +96,7 @@ class ExpressionEmitter {
   void condition(const Expr& expr);
   void column(const Expr& expr);
   void chain(const Expr& expr, std::size_t from, std::size_t to);
+  void concat(const Expr& expr);
   void in(const Expr& expr);
   void caseOf(const Expr& expr);
   void subselect(const Select& select);
@@ -102,8 +109,7 @@ class ExpressionEmitter {
 // The name of a function that the engines call alike.
 std::string_view functionText(Function function);
 
-// A whole number of at most nine digits with its sign, as date arithmetic takes it; empty for
-// anything else.
-std::string signedWhole(const Expr& expr);
+// A literal of at most nine digits and no sign.
+bool isShortWhole(const Expr& expr);
 
 }  // namespace qx::sql

@@ -11,6 +11,12 @@ constexpr std::string_view kNoDate =
     R"(, '^(?! *\d{4}(-\d\d-\d\d|\d{4})([ T]([01]\d|2[0-3]):[0-5]\d(:[0-5]\d(\.\d*)?)?)? *$)', )"
     R"('not a date: ')";
 
+// The engine's dates end in the year 294276 and begin on the first Julian day, where it fails. A
+// date on its way there and back fails with years beyond 9999 or before 1, and comes back unchanged
+// otherwise.
+constexpr std::string_view kWithinYears =
+    " + interval '103830043 days' - interval '105551469 days' + interval '1721426 days'";
+
 constexpr std::string_view kServerNow =
     "date_trunc('second', CAST(statement_timestamp() AS timestamp))";
 
@@ -29,13 +35,19 @@ std::string_view unitText(TimeUnit unit) {
   }
 }
 
-// Sums and products of whole numbers are 64 bits wide in this engine, too; so is what is made of
-// them.
+// Sums and products of whole numbers are 64 bits wide in either engine; so is what is made of them.
 bool isWide(const Expr& expr) {
   if (expr.kind == ExprKind::Arithmetic) return expr.text != "/" && expr.text != "%";
   return expr.kind == ExprKind::Call &&
          (expr.function == Function::Count || expr.function == Function::AvgWhole ||
-          expr.function == Function::Cast);
+          expr.function == Function::Cast || expr.function == Function::Sum);
+}
+
+// A literal that is a decimal in the engine by its length alone.
+bool isLong(const Expr& expr) {
+  constexpr std::size_t kSurelyFits = 18;
+  const Expr& number = expr.kind == ExprKind::Negate ? *expr.args[0] : expr;
+  return number.kind == ExprKind::Number && number.text.size() > kSurelyFits;
 }
 
 bool isNonZeroNumber(const Expr& expr) {
@@ -69,25 +81,21 @@ void PostgresEmitter::arithmetic(const Expr& expr) {
   const int strength = strengthOf(expr);
   const Expr& left = *expr.args[0];
   const Expr& right = *expr.args[1];
+  const bool whole = expr.type == ColumnType::Integer;
   const bool division = expr.text == "/" || expr.text == "%";
-  if (expr.type == ColumnType::Integer && !division && !isWide(left)) {
+  if (whole && (isLong(left) || (!division && !isWide(left)))) {
     wrapped("CAST(", left, " AS bigint)");
   } else {
     operand(left, strength);
   }
   out_ += ' ' + expr.text + ' ';
-  if (division && !isNonZeroNumber(right)) {
+  if (whole && isLong(right)) {
+    wrapped("CAST(", right, " AS bigint)");
+  } else if (division && !isNonZeroNumber(right)) {
     wrapped("NULLIF(", right, ", 0)");
   } else {
     nested(2, right, strength + 1);
   }
-}
-
-void PostgresEmitter::concat(const Expr& expr) {
-  textOperand(*expr.args[0], kPrimary);
-  out_ += " || ";
-  const Open open(*this, 2);
-  textOperand(*expr.args[1], kPrimary);
 }
 
 // ---- patterns
@@ -137,13 +145,15 @@ void PostgresEmitter::patternWithSets(const Expr& pattern, const Expr* escape) {
 
 // ---- values of another type where a text, a date or a whole number is meant
 
-// A text as the other engine makes it of a value: decimals without trailing zeros.
+// A text as the other engine makes it of a value: decimals without trailing zeros, and to the 15
+// digits that a double has for certain, to which the engine rounds on the way back from one.
 void PostgresEmitter::textOperand(const Expr& expr, int strength) {
   switch (expr.type) {
     case ColumnType::Integer:
       return wrapped("CAST(", expr, " AS text)");
     case ColumnType::Decimal:
-      return wrapped("CAST(trim_scale(CAST(", expr, " AS numeric)) AS text)");
+      return wrapped("CAST(trim_scale(CAST(CAST(", expr,
+                     " AS double precision) AS numeric)) AS text)");
     case ColumnType::Date:
       if (expr.kind == ExprKind::Date) return quoted(expr.text, '\'');
       return formatted(expr, "YYYY-MM-DD HH24:MI:SS");
@@ -158,7 +168,7 @@ void PostgresEmitter::dateOperand(const Expr& expr, int strength) {
 }
 
 void PostgresEmitter::wholeOperand(const Expr& expr) {
-  if (!signedWhole(expr).empty()) return expression(expr);
+  if (isShortWhole(expr)) return expression(expr);
   wrapped("CAST(", expr, " AS integer)");
 }
 
@@ -188,17 +198,11 @@ void PostgresEmitter::call(const Expr& expr) {
       return datePart(expr, "day");
     case Function::Cast:
       return cast(expr);
+    case Function::Sum:
+      if (expr.type != ColumnType::Integer) return StatementEmitter::call(expr);
+      return wrapped("CAST(sum(", *expr.args[0], ") AS bigint)");
     case Function::AvgWhole:
       return wrapped("CAST(trunc(avg(", *expr.args[0], ")) AS bigint)");
-    case Function::Length:
-    case Function::TrimLeft:
-    case Function::TrimRight:
-    case Function::Replace:
-      return textCall(functionText(expr.function), expr);
-    case Function::LengthNoTail:
-      textCall("length(rtrim", expr);
-      out_ += ')';
-      return;
     case Function::Substring:
       return substring(expr);
     case Function::Upper:
@@ -210,17 +214,6 @@ void PostgresEmitter::call(const Expr& expr) {
     default:
       return StatementEmitter::call(expr);
   }
-}
-
-void PostgresEmitter::textCall(std::string_view function, const Expr& expr) {
-  const Open open(*this, kCallSymbols);
-  out_ += function;
-  out_ += '(';
-  for (std::size_t i = 0; i < expr.args.size(); ++i) {
-    separate(i);
-    textOperand(*expr.args[i], 0);
-  }
-  out_ += ')';
 }
 
 // The mapping of all letters, which the collation "C" does not know.
@@ -298,24 +291,20 @@ void PostgresEmitter::formatted(const Expr& argument, std::string_view format) {
 
 void PostgresEmitter::addTime(const Expr& expr) {
   const Expr& amount = *expr.args[1];
-  const std::string whole = signedWhole(amount);
   const Open open(*this, kCallSymbols);
   out_ += '(';
   dateOperand(*expr.args[0], kSum);
   out_ += " + ";
-  if (!whole.empty()) {
-    out_ += "interval '" + whole;
+  if (amount.type == ColumnType::Integer) {
+    nested(2, amount, kProduct);
   } else {
-    if (amount.type == ColumnType::Integer) {
-      nested(2, amount, kProduct);
-    } else {
-      wrapped("trunc(CAST(", amount, " AS numeric))");
-    }
-    out_ += " * interval '1";
+    wrapped("trunc(CAST(", amount, " AS numeric))");
   }
-  out_ += ' ';
+  out_ += " * interval '1 ";
   out_ += unitText(expr.unit);
-  out_ += "')";
+  out_ += '\'';
+  out_ += kWithinYears;
+  out_ += ')';
 }
 
 void PostgresEmitter::daysBetween(const Expr& expr) {

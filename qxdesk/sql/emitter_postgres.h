@@ -25,14 +25,12 @@ class PostgresEmitter final : public StatementEmitter {
                      std::optional<std::int64_t> rowLimit) override;
   void date(const Expr& expr) override;
   void arithmetic(const Expr& expr) override;
-  void concat(const Expr& expr) override;
   void like(const Expr& expr) override;
+  void textOperand(const Expr& expr, int strength) override;
   void call(const Expr& expr) override;
 
   void plainLike(const Expr& expr);
   void patternWithSets(const Expr& pattern, const Expr* escape);
-  void textOperand(const Expr& expr, int strength);
-  void textCall(std::string_view function, const Expr& expr);
   void dateOperand(const Expr& expr, int strength);
   void wholeOperand(const Expr& expr);
   void caseCall(std::string_view function, const Expr& expr);

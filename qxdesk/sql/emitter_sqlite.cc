@@ -1,25 +1,32 @@
 #include "qxdesk/sql/emitter_sqlite.h"
 
+#include "qxdesk/sql/numbers.h"
+
 namespace qx::sql {
 namespace {
 
 bool hasSets(std::string_view pattern) { return pattern.find('[') != std::string_view::npos; }
 
-std::string_view unitText(TimeUnit unit) {
+std::string_view secondsText(TimeUnit unit) {
   switch (unit) {
     case TimeUnit::Second:
-      return " seconds";
+      return "1";
     case TimeUnit::Minute:
-      return " minutes";
+      return "60";
     case TimeUnit::Hour:
-      return " hours";
+      return "3600";
+    case TimeUnit::Week:
+      return "604800";
     default:
-      return " days";
+      return "86400";
   }
 }
 
-bool isWhole(const Expr& expr) {
-  return expr.kind == ExprKind::Number && !signedWhole(expr).empty();
+// Open before the first argument of a function: its name, "(", DISTINCT.
+constexpr int kFirstArgumentSymbols = 3;
+
+bool isWholeArithmetic(const Expr& expr) {
+  return expr.kind == ExprKind::Arithmetic && expr.type == ColumnType::Integer;
 }
 
 }  // namespace
@@ -32,28 +39,57 @@ void SqliteEmitter::like(const Expr& expr) {
   const bool sets = traits_.likeSets && (pattern.kind != ExprKind::Text || hasSets(pattern.text));
   if (sets) {
     const Open open(*this, 1);
-    plainCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
+    textCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
     return;
   }
-  operand(*expr.args[0], kConcat);
+  textOperand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT LIKE " : " LIKE ";
-  nested(2, pattern, kPrimary);
+  const Open open(*this, 2);
+  textOperand(pattern, kPrimary);
   if (!escape) return;
   out_ += " ESCAPE ";
   expression(*expr.args[2]);
 }
 
-void SqliteEmitter::concat(const Expr& expr) {
-  textOperand(*expr.args[0]);
-  out_ += " || ";
+// SQLite by itself takes some numbers for a double next to theirs.
+void SqliteEmitter::number(const Expr& expr) {
+  const bool exact = readsExactly(expr.text);
+  if (!exact) out_ += "qx_number('";
+  StatementEmitter::number(expr);
+  if (!exact) out_ += "')";
+}
+
+// A result that 64 bits do not hold becomes a decimal in SQLite, and so does what is made of it:
+// one look at the last result tells.
+void SqliteEmitter::arithmetic(const Expr& expr) {
+  if (!isWholeArithmetic(expr)) return StatementEmitter::arithmetic(expr);
+  const Open open(*this, kFirstArgumentSymbols);
+  out_ += "qx_whole(";
+  unchecked(expr);
+  out_ += ')';
+}
+
+void SqliteEmitter::unchecked(const Expr& expr) {
+  const int strength = strengthOf(expr);
+  uncheckedOperand(*expr.args[0], strength);
+  out_ += ' ' + expr.text + ' ';
   const Open open(*this, 2);
-  textOperand(*expr.args[1]);
+  uncheckedOperand(*expr.args[1], strength + 1);
+}
+
+void SqliteEmitter::uncheckedOperand(const Expr& expr, int strength) {
+  if (!isWholeArithmetic(expr)) return operand(expr, strength);
+  const bool brackets = strengthOf(expr) < strength;
+  const Open open(*this, brackets ? 1 : 0);
+  if (brackets) out_ += '(';
+  unchecked(expr);
+  if (brackets) out_ += ')';
 }
 
 // SQLite by itself would write whole decimals with or without a fraction, as it keeps them.
-void SqliteEmitter::textOperand(const Expr& expr) {
+void SqliteEmitter::textOperand(const Expr& expr, int strength) {
   if (expr.type == ColumnType::Decimal) return wrapped("qx_text(", expr, ")");
-  operand(expr, kPrimary);
+  operand(expr, strength);
 }
 
 void SqliteEmitter::call(const Expr& expr) {
@@ -84,14 +120,16 @@ void SqliteEmitter::call(const Expr& expr) {
       return cast(expr);
     case Function::AvgWhole:
       return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
-    case Function::LengthNoTail:
-      return wrapped("length(rtrim(", *expr.args[0], "))");
+    case Function::Round:
+      // A whole number is round, but would come out as a decimal.
+      if (expr.type == ColumnType::Integer) return operand(*expr.args[0], kPrimary);
+      return StatementEmitter::call(expr);
     case Function::Substring:
       return substring(expr);
     case Function::Upper:
-      return plainCall("qx_upper", expr);
+      return textCall("qx_upper", expr);
     case Function::Lower:
-      return plainCall("qx_lower", expr);
+      return textCall("qx_lower", expr);
     default:
       return StatementEmitter::call(expr);
   }
@@ -103,18 +141,13 @@ void SqliteEmitter::daysBetween(const Expr& expr) {
   wrapped("julianday(date(", *expr.args[0], ")) AS INTEGER)");
 }
 
+// SQLite's own function would yield NULL, silently, for a date beyond the last or the first one.
 void SqliteEmitter::addTime(const Expr& expr) {
-  wrapped("datetime(", *expr.args[0], ", ");
-  const std::string amount = signedWhole(*expr.args[1]);
-  const std::string unit(unitText(expr.unit));
-  if (!amount.empty() && expr.unit != TimeUnit::Week) {
-    out_ += "'" + amount + unit + "')";
-    return;
-  }
-  const Open open(*this, kCallSymbols);
-  const bool weeks = expr.unit == TimeUnit::Week;
-  wrapped(weeks ? "(CAST(" : "CAST(", *expr.args[1], weeks ? " AS INTEGER) * 7)" : " AS INTEGER)");
-  out_ += " || '" + unit + "')";
+  out_ += "qx_add_time(";
+  list(expr.args, 0, kCallSymbols);
+  out_ += ", ";
+  out_ += secondsText(expr.unit);
+  out_ += ')';
 }
 
 void SqliteEmitter::cast(const Expr& expr) {
@@ -124,12 +157,14 @@ void SqliteEmitter::cast(const Expr& expr) {
     case ColumnType::Text:
       return castToText(argument, size);
     case ColumnType::Integer:
-      return asNumber(argument, " AS INTEGER)", "");
+      if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS INTEGER)");
+      return wrapped("qx_cut(", argument, ")");
     default:
-      if (!size) return asNumber(argument, " AS REAL)", "");
-      out_ += "round(";
+      if (!size) return asReal(argument);
       const Open open(*this, kCallSymbols);
-      return asNumber(argument, " AS REAL)", ", " + std::to_string(*size) + ")");
+      out_ += "round(";
+      asReal(argument);
+      out_ += ", " + std::to_string(*size) + ")";
   }
 }
 
@@ -142,14 +177,9 @@ void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
 }
 
 // SQLite by itself would take the number at the front of a text, or 0.
-void SqliteEmitter::asNumber(const Expr& argument, std::string_view type, std::string_view after) {
-  if (argument.type == ColumnType::Text) {
-    wrapped("CAST(qx_number(", argument, ")");
-    out_ += type;
-  } else {
-    wrapped("CAST(", argument, type);
-  }
-  out_ += after;
+void SqliteEmitter::asReal(const Expr& argument) {
+  const bool text = argument.type == ColumnType::Text;
+  wrapped(text ? "CAST(qx_number(" : "CAST(", argument, text ? ") AS REAL)" : " AS REAL)");
 }
 
 void SqliteEmitter::datePart(const Expr& expr, std::string_view format) {
@@ -162,9 +192,16 @@ void SqliteEmitter::datePart(const Expr& expr, std::string_view format) {
 // SQLite's own function counts from the end where the start is negative, and backwards where the
 // length is.
 void SqliteEmitter::substring(const Expr& expr) {
-  bool plain = isWhole(*expr.args[1]) && expr.args[1]->text != "0";
-  if (expr.args.size() > 2) plain = plain && isWhole(*expr.args[2]);
-  plainCall(plain ? "substr" : "qx_substring", expr);
+  bool plain = isShortWhole(*expr.args[1]) && expr.args[1]->text != "0";
+  if (expr.args.size() > 2) plain = plain && isShortWhole(*expr.args[2]);
+  const Open open(*this, kCallSymbols);
+  out_ += plain ? "substr(" : "qx_substring(";
+  textOperand(*expr.args[0], 0);
+  for (std::size_t i = 1; i < expr.args.size(); ++i) {
+    out_ += ", ";
+    expression(*expr.args[i]);
+  }
+  out_ += ')';
 }
 
 }  // namespace qx::sql

@@ -1,6 +1,5 @@
-// Writes a resolved syntax tree as SQLite text. The text relies on functions that sqlite_guard.h
-// registers: qx_now(), qx_date(x), qx_like(...), qx_number(x), qx_substring(...), qx_text(x),
-// qx_upper(x), qx_lower(x), and a LIKE that minds the case.
+// Writes a resolved syntax tree as SQLite text. The text relies on the functions that
+// sqlite_functions.h registers: those whose names begin with qx_, and a LIKE that minds the case.
 #pragma once
 
 #include "qxdesk/sql/emitter_statement.h"
@@ -13,14 +12,17 @@ class SqliteEmitter final : public StatementEmitter {
       : StatementEmitter(traits, traitsOf(Engine::Sqlite)) {}
 
  private:
-  void concat(const Expr& expr) override;
+  void number(const Expr& expr) override;
+  void arithmetic(const Expr& expr) override;
   void like(const Expr& expr) override;
+  void textOperand(const Expr& expr, int strength) override;
   void call(const Expr& expr) override;
+  void unchecked(const Expr& expr);
+  void uncheckedOperand(const Expr& expr, int strength);
   void addTime(const Expr& expr);
   void cast(const Expr& expr);
   void castToText(const Expr& argument, std::optional<int> size);
-  void textOperand(const Expr& expr);
-  void asNumber(const Expr& argument, std::string_view type, std::string_view after);
+  void asReal(const Expr& argument);
   void datePart(const Expr& expr, std::string_view format);
   void daysBetween(const Expr& expr);
   void substring(const Expr& expr);

@@ -32,6 +32,15 @@ TEST_P(ExecutionDepth, AndLongChainsStayWithinTheLimitsOfTheDatabase) {
             "1");
 }
 
+bool isAccepted(CompanyDatabase& database, const std::string& text) {
+  try {
+    database.translate(text);
+    return true;
+  } catch (const SqlError&) {
+    return false;
+  }
+}
+
 // The deepest nesting that is accepted must not be too deep for the database.
 TEST_P(ExecutionDepth, OfEveryNestingFitsTheDatabase) {
   struct Nesting {
@@ -51,14 +60,15 @@ TEST_P(ExecutionDepth, OfEveryNestingFitsTheDatabase) {
            {"(SELECT T0.U_B FROM (SELECT U_B FROM [@T] WHERE 1 = 1 AND U_B = ", "2", ") T0)"},
            {"CASE WHEN NOT EXISTS (SELECT 1 WHERE 1 = 1 AND 1 BETWEEN 1 AND 2 + ", "2",
             ") THEN 1 END"},
-           {"(SELECT TOP 1 WITH TIES 1 + U_B FROM [@T] ORDER BY U_B + ", "2", ")"}}) {
+           {"(SELECT TOP 1 WITH TIES 1 + U_B FROM [@T] WHERE U_B > 0 ORDER BY U_B + ", "2", ")"}}) {
     std::string accepted;
     std::string text(nesting.middle);
     for (int depth = 0; depth < 200; ++depth) {
       text = std::string(nesting.open) + text + std::string(nesting.close);
-      if (!test::refusal(Dialect::Mssql, "SELECT " + text).empty()) break;
+      if (!isAccepted(database, "SELECT " + text)) break;
       accepted = "SELECT " + text;
     }
+    EXPECT_NE(accepted, "");
     EXPECT_NO_THROW(database.run(accepted)) << accepted;
   }
 }

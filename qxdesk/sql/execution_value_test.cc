@@ -240,6 +240,17 @@ TEST_P(ExecutionText, JoinsValuesOfEveryType) {
             "1000000000000000000");
 }
 
+TEST_P(ExecutionText, OfADecimalIsTheSameWhereverATextIsMeant) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT LEN(U_Price * 2), UPPER(U_Price * 2), LTRIM(U_Price * 2), "
+                         "REPLACE(U_Price * 2, '5', 6.0), SUBSTRING(U_Price * 2, 1, 9), "
+                         "SUBSTRING(U_Price * 2, U_B - 9, 9) FROM [@T] WHERE Code = '1' AND "
+                         "U_Price * 2 LIKE '25' AND U_Price * 2 LIKE '2[4-6]'"),
+            "2|25|25|26|25|25");
+  CompanyDatabase db2 = company(Dialect::Db2);
+  EXPECT_EQ(db2.run("SELECT LENGTH(U_Price * 2) FROM @T WHERE Code = '1'"), "2");
+}
+
 // ---- numbers
 
 TEST_P(ExecutionNumber, IsAsWideAsItsResult) {

@@ -209,7 +209,7 @@ void Resolver::resolveExpr(Expr& expr) {
       break;
     case ExprKind::Subquery: {
       const SelectItem& item = expr.select->cores.front().items.front();
-      if (item.value) expr.type = item.value->type;
+      if (item.value) expr.type = unitedType(*expr.select, 0);
       break;
     }
     default:

@@ -1,31 +1,15 @@
 #include "qxdesk/sql/sqlite_guard.h"
 
-#include "qxdesk/sql/coercion.h"
-#include "qxdesk/sql/dates.h"
 #include "qxdesk/sql/dialect.h"
-#include "qxdesk/sql/like_pattern.h"
-#include "qxdesk/sql/utf8.h"
+#include "qxdesk/sql/sqlite_functions.h"
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <array>
-#include <cmath>
-#include <cstdio>
 #include <ctime>
-#include <utility>
 
 namespace qx::sql {
 namespace {
-
-constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
-
-constexpr std::string_view kAllowedFunctions[] = {
-    "abs",      "avg",    "coalesce",  "count",        "date",    "datetime", "julianday",
-    "length",   "like",   "ltrim",     "max",          "min",     "rank",     "replace",
-    "round",    "rtrim",  "strftime",  "substr",       "sum",     "qx_date",  "qx_like",
-    "qx_lower", "qx_now", "qx_number", "qx_substring", "qx_text", "qx_upper",
-};
 
 std::string systemTime() {
   const std::time_t now = std::time(nullptr);
@@ -36,175 +20,8 @@ std::string systemTime() {
   return text.data();
 }
 
-// ---- functions that SQLite calls; none lets an exception out
-
-std::string_view textOf(sqlite3_value* value) {
-  const unsigned char* text = sqlite3_value_text(value);
-  if (text == nullptr) return {};
-  return {reinterpret_cast<const char*>(text),
-          static_cast<std::size_t>(sqlite3_value_bytes(value))};
-}
-
-bool anyNull(int count, sqlite3_value** values) {
-  return std::any_of(values, values + count,
-                     [](sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; });
-}
-
-void answerText(sqlite3_context* context, const std::string& text) {
-  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-}
-
-std::size_t characterLength(std::string_view text, std::size_t offset) {
-  const auto character = readUtf8(text, offset);
-  return character ? character->length : 1;
-}
-
-template <typename Body>
-void guarded(sqlite3_context* context, Body body) {
-  try {
-    body();
-  } catch (const std::exception& error) {
-    sqlite3_result_error(context, error.what(), -1);
-  } catch (...) {
-    sqlite3_result_error(context, "a function failed", -1);
-  }
-}
-
-const GuardSettings& settingsOf(sqlite3_context* context) {
-  return *static_cast<const GuardSettings*>(sqlite3_user_data(context));
-}
-
-void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*values*/) {
-  guarded(context, [&] { answerText(context, settingsOf(context).now()); });
-}
-
-void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  guarded(context, [&] {
-    const std::string text(textOf(values[0]));
-    const std::optional<std::string> date = storedDate(text);
-    if (!date) throw std::runtime_error("not a date: '" + text + "'");
-    answerText(context, *date);
-  });
-}
-
-// A text that is a number, as itself.
-void numberFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  guarded(context, [&] {
-    const std::string text(textOf(values[0]));
-    if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + text + "'");
-    answerText(context, text);
-  });
-}
-
-// A decimal without an exponent and without zeros at the end, to the digits that are certain.
-void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  if (sqlite3_value_numeric_type(values[0]) != SQLITE_FLOAT) {
-    return sqlite3_result_value(context, values[0]);
-  }
-  guarded(context, [&] {
-    const double value = sqlite3_value_double(values[0]);
-    constexpr int kCertain = 15;
-    const int places =
-        value == 0 ? 1 : static_cast<int>(std::floor(std::log10(std::abs(value)))) + 1;
-    std::array<char, 400> text{};  // the largest value has 309 places
-    std::snprintf(text.data(), text.size(), "%.*f", std::clamp(kCertain - places, 0, 60), value);
-    std::string shortest = text.data();
-    if (shortest.find('.') != std::string::npos) {
-      shortest.erase(shortest.find_last_not_of('0') + 1);
-      if (shortest.back() == '.') shortest.pop_back();
-    }
-    answerText(context, shortest == "-0" ? "0" : shortest);
-  });
-}
-
-// The characters from the first position on that lie within the text; positions count from 1.
-void substringFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  guarded(context, [&] {
-    const std::string_view text = textOf(values[0]);
-    constexpr sqlite3_int64 kFar = 1LL << 40;  // beyond any text
-    const sqlite3_int64 from = std::clamp(sqlite3_value_int64(values[1]), -kFar, kFar);
-    const sqlite3_int64 length = count > 2 ? std::min(sqlite3_value_int64(values[2]), kFar) : kFar;
-    if (length < 0) throw std::runtime_error("the length of a substring must not be negative");
-    std::size_t begin = 0;
-    sqlite3_int64 position = 1;
-    for (; position < from && begin < text.size(); ++position)
-      begin += characterLength(text, begin);
-    std::size_t end = begin;
-    for (; position < from + length && end < text.size(); ++position) {
-      end += characterLength(text, end);
-    }
-    answerText(context, std::string(text.substr(begin, end - begin)));
-  });
-}
-
-void mapCase(sqlite3_context* context, sqlite3_value* value,
-             const std::function<std::string(std::string_view)>& mapping) {
-  guarded(context, [&] {
-    if (!mapping) throw std::runtime_error("no case mapping is set up for this connection");
-    answerText(context, mapping(textOf(value)));
-  });
-}
-
-void upperFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  mapCase(context, values[0], settingsOf(context).upper);
-}
-
-void lowerFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  mapCase(context, values[0], settingsOf(context).lower);
-}
-
-void answerLike(sqlite3_context* context, std::string_view text, std::string_view pattern,
-                LikeSets sets, sqlite3_value* escape) {
-  guarded(context, [&] {
-    std::optional<char32_t> escapeCharacter;
-    if (escape != nullptr) {
-      const auto character = readUtf8(textOf(escape), 0);
-      if (!character || character->length != textOf(escape).size()) {
-        throw std::runtime_error("ESCAPE takes one character");
-      }
-      escapeCharacter = character->value;
-    }
-    sqlite3_result_int(context, likeMatches(text, pattern, sets, escapeCharacter) ? 1 : 0);
-  });
-}
-
-// SQLite hands over the pattern first.
-void likeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  answerLike(context, textOf(values[1]), textOf(values[0]), LikeSets::Off,
-             count > 2 ? values[2] : nullptr);
-}
-
-void likeWithSetsFunction(sqlite3_context* context, int count, sqlite3_value** values) {
-  if (anyNull(count, values)) return sqlite3_result_null(context);
-  answerLike(context, textOf(values[0]), textOf(values[1]), LikeSets::On,
-             count > 2 ? values[2] : nullptr);
-}
-
-void destroySettings(void* settings) {
-  const std::unique_ptr<GuardSettings> owner(static_cast<GuardSettings*>(settings));
-}
-
 [[noreturn]] void fail(sqlite3* db) {
   throw SqliteError(sqlite3_extended_errcode(db), sqlite3_errmsg(db));
-}
-
-using SqliteFunction = void (*)(sqlite3_context*, int, sqlite3_value**);
-
-void registerFunction(sqlite3* db, const char* name, int arguments, SqliteFunction function,
-                      const GuardSettings& settings) {
-  auto owned = std::make_unique<GuardSettings>(settings);
-  // The connection owns the copy from here on, also when this fails.
-  const int result =
-      sqlite3_create_function_v2(db, name, arguments, kFunctionFlags, owned.release(), function,
-                                 nullptr, nullptr, destroySettings);
-  if (result != SQLITE_OK) fail(db);
 }
 
 // ---- authorizer
@@ -216,12 +33,6 @@ bool startsWith(std::string_view text, std::string_view prefix) {
 bool isOwnTable(const char* table) {
   const std::string_view name = table == nullptr ? "" : table;
   return startsWith(name, "sqlite_") || startsWith(name, "pragma_");
-}
-
-bool isAllowedFunction(const char* function) {
-  return function != nullptr &&
-         std::any_of(std::begin(kAllowedFunctions), std::end(kAllowedFunctions),
-                     [function](std::string_view name) { return sameName(name, function); });
 }
 
 int authorize(void* /*data*/, int action, const char* first, const char* second,
@@ -236,7 +47,7 @@ int authorize(void* /*data*/, int action, const char* first, const char* second,
     case SQLITE_DELETE:
       return isOwnTable(first) ? SQLITE_DENY : SQLITE_OK;
     case SQLITE_FUNCTION:
-      return isAllowedFunction(second) ? SQLITE_OK : SQLITE_DENY;
+      return second != nullptr && isAllowedFunction(second) ? SQLITE_OK : SQLITE_DENY;
     default:
       return SQLITE_DENY;
   }
@@ -261,18 +72,7 @@ void setUpConnection(sqlite3* db, GuardSettings settings) {
   sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  registerFunction(db, "qx_now", 0, nowFunction, settings);
-  registerFunction(db, "qx_date", 1, dateFunction, settings);
-  registerFunction(db, "qx_number", 1, numberFunction, settings);
-  registerFunction(db, "qx_substring", 2, substringFunction, settings);
-  registerFunction(db, "qx_substring", 3, substringFunction, settings);
-  registerFunction(db, "qx_text", 1, textFunction, settings);
-  registerFunction(db, "qx_upper", 1, upperFunction, settings);
-  registerFunction(db, "qx_lower", 1, lowerFunction, settings);
-  registerFunction(db, "like", 2, likeFunction, settings);
-  registerFunction(db, "like", 3, likeFunction, settings);
-  registerFunction(db, "qx_like", 2, likeWithSetsFunction, settings);
-  registerFunction(db, "qx_like", 3, likeWithSetsFunction, settings);
+  registerFunctions(db, settings);
 }
 
 void allowRowsOnly(sqlite3* db) { sqlite3_set_authorizer(db, authorize, nullptr); }

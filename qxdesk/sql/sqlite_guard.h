@@ -22,6 +22,11 @@ struct SqliteError : std::runtime_error {
   int code;  // SQLite's extended result code
 };
 
+// Extended result codes of our own, for values that a function does not take. SQLite has none of
+// its own beneath this one.
+constexpr int kBadDateCode = 25 | (1 << 8);
+constexpr int kOutOfRangeCode = 25 | (2 << 8);
+
 // The world outside that statements can ask for.
 struct GuardSettings {
   // Local time as "YYYY-MM-DD HH:MM:SS". Default: the system's clock.

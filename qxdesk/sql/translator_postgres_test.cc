@@ -59,7 +59,8 @@ const std::vector<Golden> kBracketStatements = {
      "CONVERT(datetime,'20240131',112)<=(DATEADD(day,1,T_RefDate))",
      R"(SELECT "category", "subnum", "f_refdate" FROM "ofpr" WHERE "f_refdate" <= )"
      "timestamp '2024-01-31 00:00:00' AND timestamp '2024-01-31 00:00:00' <= "
-     R"((CAST("t_refdate" AS timestamp) + interval '+1 day'))"},
+     R"((CAST("t_refdate" AS timestamp) + 1 * interval '1 day' + interval '103830043 days' )"
+     "- interval '105551469 days' + interval '1721426 days')"},
     {"SELECT T0.Code AS'T0.Code' FROM [@T] T0     WHERE T0.Code = N'A'",
      R"(SELECT "t0"."code" AS "t0.code" FROM "@t" AS "t0" WHERE "t0"."code" = 'A')"},
     {"INSERT INTO [@T] ( Code, Name, U_A)  VALUES ( N'1', N'1', N'x') ",
@@ -114,38 +115,40 @@ TEST(TranslatorForServerSybase, TakesEveryStatementOfTheFramework) {
 }
 
 TEST(TranslatorForServerDb2, TakesEveryStatementOfTheFramework) {
-  expectGolden(Dialect::Db2,
-               {{"select U_Version, U_Status  from @QXEXTDBV where U_ExtID = 'QX' order by "
-                 "Code desc",
-                 R"(SELECT "u_version", "u_status" FROM "@qxextdbv" WHERE "u_extid" = 'QX' ORDER )"
-                 R"(BY "code" DESC)"},
-                {"insert into @QXEXTDBV (Code, Name, U_ExtID, U_Version,  U_EFNum, U_Status, "
-                 "U_Rdate)   values ('1', '1', 'QX', '9.20', '07', 'Installed', CURRENT "
-                 "TIMESTAMP)",
-                 R"(INSERT INTO "@qxextdbv" ("code", "name", "u_extid", "u_version", "u_efnum", )"
-                 R"("u_status", "u_rdate") VALUES ('1', '1', 'QX', '9.20', '07', 'Installed', )"
-                 "timestamp '2024-02-15 13:45:10')"},
-                {"SELECT MAX(Code) FROM @QXEXTDBV", R"(SELECT max("code") FROM "@qxextdbv")"},
-                {"insert into @T (Code, Name, U_A) values ('1', '1', 'O''Brien')",
-                 R"(INSERT INTO "@t" ("code", "name", "u_a") VALUES ('1', '1', 'O''Brien'))"},
-                {"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = 'A1') AND (EffecDate<= "
-                 "TIMESTAMP_ISO(CURRENT DATE)) ORDER BY EffecDate DESC",
-                 R"(SELECT "code", "rate", "effecdate" FROM "vtg1" WHERE "code" = 'A1' AND )"
-                 R"("effecdate" <= timestamp '2024-02-15 00:00:00' ORDER BY "effecdate" DESC)"},
-                {"SELECT Category, SubNum,  F_RefDate FROM OFPR WHERE "
-                 "(F_RefDate<=TIMESTAMP_ISO('2024-01-31')) AND "
-                 "TIMESTAMP_ISO('2024-01-31')<=(T_RefDate + 1 DAYS)",
-                 R"(SELECT "category", "subnum", "f_refdate" FROM "ofpr" WHERE "f_refdate" <= )"
-                 "timestamp '2024-01-31 00:00:00' AND timestamp '2024-01-31 00:00:00' <= "
-                 R"((CAST("t_refdate" AS timestamp) + interval '+1 day'))"},
-                {R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A"  FROM @T T0     WHERE )"
-                 "T0.Code = N'A' ORDER BY T0.Code ASC  FETCH FIRST 5 ROWS ONLY",
-                 R"(SELECT "t0"."code" AS "t0.code", "t0"."u_a" AS "t0.u_a" FROM "@t" AS "t0" )"
-                 R"(WHERE "t0"."code" = 'A' ORDER BY "t0"."code" LIMIT 5)"},
-                {"DELETE FROM @T  WHERE U_Date = TIMESTAMP_ISO(N'2024-01-31')",
-                 R"(DELETE FROM "@t" WHERE "u_date" = timestamp '2024-01-31 00:00:00')"},
-                {R"(SELECT Code AS "The code" FROM @T WHERE U_A='x')",
-                 R"(SELECT "code" AS "the code" FROM "@t" WHERE "u_a" = 'x')"}});
+  expectGolden(
+      Dialect::Db2,
+      {{"select U_Version, U_Status  from @QXEXTDBV where U_ExtID = 'QX' order by "
+        "Code desc",
+        R"(SELECT "u_version", "u_status" FROM "@qxextdbv" WHERE "u_extid" = 'QX' ORDER )"
+        R"(BY "code" DESC)"},
+       {"insert into @QXEXTDBV (Code, Name, U_ExtID, U_Version,  U_EFNum, U_Status, "
+        "U_Rdate)   values ('1', '1', 'QX', '9.20', '07', 'Installed', CURRENT "
+        "TIMESTAMP)",
+        R"(INSERT INTO "@qxextdbv" ("code", "name", "u_extid", "u_version", "u_efnum", )"
+        R"("u_status", "u_rdate") VALUES ('1', '1', 'QX', '9.20', '07', 'Installed', )"
+        "timestamp '2024-02-15 13:45:10')"},
+       {"SELECT MAX(Code) FROM @QXEXTDBV", R"(SELECT max("code") FROM "@qxextdbv")"},
+       {"insert into @T (Code, Name, U_A) values ('1', '1', 'O''Brien')",
+        R"(INSERT INTO "@t" ("code", "name", "u_a") VALUES ('1', '1', 'O''Brien'))"},
+       {"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = 'A1') AND (EffecDate<= "
+        "TIMESTAMP_ISO(CURRENT DATE)) ORDER BY EffecDate DESC",
+        R"(SELECT "code", "rate", "effecdate" FROM "vtg1" WHERE "code" = 'A1' AND )"
+        R"("effecdate" <= timestamp '2024-02-15 00:00:00' ORDER BY "effecdate" DESC)"},
+       {"SELECT Category, SubNum,  F_RefDate FROM OFPR WHERE "
+        "(F_RefDate<=TIMESTAMP_ISO('2024-01-31')) AND "
+        "TIMESTAMP_ISO('2024-01-31')<=(T_RefDate + 1 DAYS)",
+        R"(SELECT "category", "subnum", "f_refdate" FROM "ofpr" WHERE "f_refdate" <= )"
+        "timestamp '2024-01-31 00:00:00' AND timestamp '2024-01-31 00:00:00' <= "
+        R"((CAST("t_refdate" AS timestamp) + 1 * interval '1 day' + interval '103830043 days' )"
+        "- interval '105551469 days' + interval '1721426 days')"},
+       {R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A"  FROM @T T0     WHERE )"
+        "T0.Code = N'A' ORDER BY T0.Code ASC  FETCH FIRST 5 ROWS ONLY",
+        R"(SELECT "t0"."code" AS "t0.code", "t0"."u_a" AS "t0.u_a" FROM "@t" AS "t0" )"
+        R"(WHERE "t0"."code" = 'A' ORDER BY "t0"."code" LIMIT 5)"},
+       {"DELETE FROM @T  WHERE U_Date = TIMESTAMP_ISO(N'2024-01-31')",
+        R"(DELETE FROM "@t" WHERE "u_date" = timestamp '2024-01-31 00:00:00')"},
+       {R"(SELECT Code AS "The code" FROM @T WHERE U_A='x')",
+        R"(SELECT "code" AS "the code" FROM "@t" WHERE "u_a" = 'x')"}});
 }
 
 TEST(TranslatorForServerKordb, TakesEveryStatementOfTheFramework) {
@@ -175,8 +178,9 @@ TEST(TranslatorForServerKordb, TakesEveryStatementOfTheFramework) {
        {R"(SELECT "Category" FROM OFPR WHERE ("F_RefDate"<='2024-01-31 00:00:00') AND )"
         R"('2024-01-31 00:00:00' <=(ADDDATE("T_RefDate", 1)))",
         R"(SELECT "category" FROM "ofpr" WHERE "f_refdate" <= '2024-01-31 00:00:00' AND )"
-        R"(timestamp '2024-01-31 00:00:00' <= (CAST("t_refdate" AS timestamp) + interval )"
-        "'+1 day')"},
+        R"(timestamp '2024-01-31 00:00:00' <= (CAST("t_refdate" AS timestamp) + 1 * interval )"
+        "'1 day' + interval '103830043 days' - interval '105551469 days' + interval '1721426 "
+        "days')"},
        {R"(SELECT TOP 2 T0."Code" AS"T0.Code" FROM "@T" T0     WHERE T0."Code" = N'A' )"
         R"(ORDER BY T0."Code")",
         R"(SELECT "t0"."code" AS "t0.code" FROM "@t" AS "t0" WHERE "t0"."code" = 'A' )"
@@ -250,11 +254,15 @@ TEST(TranslatorForServerDates, UseTheServersArithmetic) {
   expectGolden(
       Dialect::Mssql,
       {{"SELECT DATEADD(hour, -2, a) FROM T",
-        R"(SELECT (CAST("a" AS timestamp) + interval '-2 hour') FROM "t")"},
+        R"(SELECT (CAST("a" AS timestamp) + -2 * interval '1 hour' + interval '103830043 days' )"
+        R"(- interval '105551469 days' + interval '1721426 days') FROM "t")"},
        {"SELECT DATEADD(week, b, a) FROM T",
-        R"(SELECT (CAST("a" AS timestamp) + trunc(CAST("b" AS numeric)) * interval '1 week') )"
+        R"(SELECT (CAST("a" AS timestamp) + trunc(CAST("b" AS numeric)) * interval '1 week' )"
+        R"(+ interval '103830043 days' - interval '105551469 days' + interval '1721426 days') )"
         R"(FROM "t")"},
-       {"SELECT getdate() - 1", "SELECT (timestamp '2024-02-15 13:45:10' + interval '-1 day')"},
+       {"SELECT getdate() - 1",
+        "SELECT (timestamp '2024-02-15 13:45:10' + -1 * interval '1 day' + interval '103830043 "
+        "days' - interval '105551469 days' + interval '1721426 days')"},
        {"SELECT CONVERT(nvarchar(8), a, 112), DATEDIFF(day, a, b), MONTH(a) FROM T",
         R"(SELECT CAST(to_char(CAST("a" AS timestamp), 'YYYYMMDD') AS varchar(8)), )"
         R"((CAST(CAST("b" AS timestamp) AS date) - CAST(CAST("a" AS timestamp) AS date)), )"
@@ -272,8 +280,11 @@ TEST(TranslatorForServerNumbers, AreOfTheWidthAndFormOfTheOtherEngine) {
                  R"(/ NULLIF(CAST(trunc(CAST("a" AS numeric)) AS bigint), 0), )"
                  R"(round(CAST("a" AS numeric), 6) FROM "t")"},
                 {"SELECT ROUND(a, 2), 'x' + 1.50, ABS(a) FROM T",
-                 R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(trim_scale(CAST(1.50 AS )"
-                 R"(numeric)) AS text), abs("a") FROM "t")"}});
+                 R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(trim_scale(CAST(CAST(1.50 )"
+                 R"(AS double precision) AS numeric)) AS text), abs("a") FROM "t")"},
+                {"SELECT SUM(1), SUM(a), SUM(1) + 1, 1 - 9223372036854775808 FROM T",
+                 R"(SELECT CAST(sum(1) AS bigint), sum("a"), CAST(sum(1) AS bigint) + 1, )"
+                 R"(CAST(1 AS bigint) - CAST(9223372036854775808 AS bigint) FROM "t")"}});
 }
 
 TEST(TranslatorForServerTexts, AreMappedInAllScripts) {

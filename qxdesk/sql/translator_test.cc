@@ -54,7 +54,7 @@ const std::vector<Golden> kBracketStatements = {
      "CONVERT(datetime,'20240131',112)<=(DATEADD(day,1,T_RefDate))",
      R"(SELECT "Category", "SubNum", "F_RefDate" FROM "OFPR" WHERE )"
      R"("F_RefDate" <= '2024-01-31 00:00:00' AND )"
-     R"('2024-01-31 00:00:00' <= datetime("T_RefDate", '+1 days'))"},
+     R"('2024-01-31 00:00:00' <= qx_add_time("T_RefDate", 1, 86400))"},
     {"SELECT T0.Code AS'T0.Code' FROM [@T] T0     WHERE T0.Code = N'A'",
      R"(SELECT "T0"."Code" AS "T0.Code" FROM "@T" AS "T0" WHERE "T0"."Code" = 'A')"},
     {"INSERT INTO [@T] ( Code, Name, U_A)  VALUES ( N'1', N'1', N'x') ",
@@ -128,7 +128,7 @@ TEST(TranslatorDb2, TakesEveryStatementOfTheFramework) {
         "TIMESTAMP_ISO('2024-01-31')<=(T_RefDate + 1 DAYS)",
         R"(SELECT "Category", "SubNum", "F_RefDate" FROM "OFPR" WHERE )"
         R"("F_RefDate" <= '2024-01-31 00:00:00' AND )"
-        R"('2024-01-31 00:00:00' <= datetime("T_RefDate", '+1 days'))"},
+        R"('2024-01-31 00:00:00' <= qx_add_time("T_RefDate", 1, 86400))"},
        {R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A"  FROM @T T0     WHERE T0.Code = N'A' )"
         "ORDER BY T0.Code ASC  FETCH FIRST 5 ROWS ONLY",
         R"(SELECT "T0"."Code" AS "T0.Code", "T0"."U_A" AS "T0.U_A" FROM "@T" AS "T0" WHERE )"
@@ -164,7 +164,7 @@ TEST(TranslatorKordb, TakesEveryStatementOfTheFramework) {
        {R"(SELECT "Category" FROM OFPR WHERE ("F_RefDate"<='2024-01-31 00:00:00') AND )"
         R"('2024-01-31 00:00:00' <=(ADDDATE("T_RefDate", 1)))",
         R"(SELECT "Category" FROM "OFPR" WHERE "F_RefDate" <= '2024-01-31 00:00:00' AND )"
-        R"('2024-01-31 00:00:00' <= datetime("T_RefDate", '+1 days'))"},
+        R"('2024-01-31 00:00:00' <= qx_add_time("T_RefDate", 1, 86400))"},
        {R"(SELECT TOP 2 T0."Code" AS"T0.Code" FROM "@T" T0     WHERE T0."Code" = N'A' )"
         R"(ORDER BY T0."Code")",
         R"(SELECT "T0"."Code" AS "T0.Code" FROM "@T" AS "T0" WHERE "T0"."Code" = 'A' )"
@@ -279,16 +279,14 @@ TEST(TranslatorGroups, HaveConditionsOfTheirOwn) {
 TEST(TranslatorDates, AddUnitsByEachDialectsWords) {
   expectGolden(
       Dialect::Mssql,
-      {{"SELECT DATEADD(hour, -2, a) FROM T", R"(SELECT datetime("a", '-2 hours') FROM "T")"},
-       {"SELECT DATEADD(week, b, a) FROM T",
-        R"(SELECT datetime("a", (CAST("b" AS INTEGER) * 7) || ' days') FROM "T")"},
-       {"SELECT getdate() - 1", R"(SELECT datetime(qx_now(), '-1 days'))"},
+      {{"SELECT DATEADD(hour, -2, a) FROM T", R"(SELECT qx_add_time("a", -2, 3600) FROM "T")"},
+       {"SELECT DATEADD(week, b, a) FROM T", R"(SELECT qx_add_time("a", "b", 604800) FROM "T")"},
+       {"SELECT getdate() - 1", R"(SELECT qx_add_time(qx_now(), -1, 86400))"},
        {"SELECT CONVERT(nvarchar(8), a, 112), DATEDIFF(day, a, b) FROM T",
         R"(SELECT substr(CAST(strftime('%Y%m%d', "a") AS TEXT), 1, 8), )"
         R"(CAST(julianday(date("b")) - julianday(date("a")) AS INTEGER) FROM "T")"}});
-  EXPECT_EQ(
-      translated(Dialect::Db2, "SELECT a - 2 HOURS + n DAYS FROM T"),
-      R"(SELECT datetime(datetime("a", '-2 hours'), CAST("n" AS INTEGER) || ' days') FROM "T")");
+  EXPECT_EQ(translated(Dialect::Db2, "SELECT a - 2 HOURS + n DAYS FROM T"),
+            R"(SELECT qx_add_time(qx_add_time("a", -2, 3600), "n", 86400) FROM "T")");
   EXPECT_EQ(translated(Dialect::Kordb, "SELECT CURRENT_DATE FROM T"),
             R"(SELECT datetime(qx_now(), 'start of day') FROM "T")");
 }
@@ -379,6 +377,17 @@ TEST(TranslatorColumns, HaveTheTypesThatTheTextTells) {
     EXPECT_EQ(translation.columns[i].type, expected[i].first) << i;
     EXPECT_EQ(translation.columns[i].probe, expected[i].second) << i;
   }
+}
+
+TEST(TranslatorNumbers, AreLookedAtWhereTheDatabaseWouldMakeThemOthers) {
+  EXPECT_EQ(
+      translated(Dialect::Mssql,
+                 "SELECT 1 + 2 * 3, (1 + 2) * -3 - 4, 1 + a, 1.5 + 2 * 3, CAST(a AS int), "
+                 "CAST(2 AS int), CAST(a AS decimal(9,2)), ROUND(7, 1), ROUND(a, 1), 12.5, "
+                 "1.5E+300 FROM T"),
+      R"(SELECT qx_whole(1 + 2 * 3), qx_whole((1 + 2) * -3 - 4), 1 + "a", )"
+      R"(1.5 + qx_whole(2 * 3), qx_cut("a"), CAST(2 AS INTEGER), )"
+      R"(round(CAST("a" AS REAL), 2), 7, round("a", 1), 12.5, qx_number('1.5E+300') FROM "T")");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -37,10 +39,54 @@ std::u16string HostileValues::text(std::size_t length) {
   }
 }
 
+double asReadBack(double number) {
+  std::array<char, 40> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), number,
+                                 std::chars_format::general, std::numeric_limits<double>::digits10)
+                       .ptr;
+  double read = 0;
+  std::from_chars(text.data(), end, read);
+  return read;
+}
+
 double HostileValues::amount() {
-  constexpr std::array<double, 8> kEdges = {0,    -0.000001, 0.000001,        999999999.999999,
-                                            1e14, -1e14,     999999999999999, 0.1};
-  if (below(8) == 0) return kEdges.at(below(kEdges.size()));
+  constexpr std::array<double, 16> kEdges = {0,
+                                             -0.0,
+                                             -0.000001,
+                                             0.000001,
+                                             0.1,
+                                             0.1 + 0.2,
+                                             999999999.999999,
+                                             1e14,
+                                             -1e14,
+                                             999999999999999,
+                                             9007199254740992,
+                                             1e300,
+                                             -1.79769313486231e308,
+                                             std::numeric_limits<double>::min(),
+                                             -std::numeric_limits<double>::denorm_min(),
+                                             std::numeric_limits<double>::denorm_min()};
+  switch (below(8)) {
+    case 0:
+      return kEdges.at(below(kEdges.size()));
+    case 1:
+    case 2:
+      return money() / (1 + below(1000));
+    case 3:
+    case 4:
+    case 5:
+      return ofAnySize();
+    default:
+      return money();
+  }
+}
+
+double HostileValues::ofAnySize() {
+  const double value = std::bit_cast<double>(std::uint64_t{random_()} << 32 | random_());
+  return std::abs(value) < 1.79e308 ? value : ofAnySize();
+}
+
+double HostileValues::money() {
   const auto digits = static_cast<std::int64_t>(random_()) * below(200000);
   const double divisor = std::pow(10.0, below(7));
   const double value = static_cast<double>(digits % 1'000'000'000'000'000) / divisor;

@@ -13,6 +13,8 @@ namespace qx::test {
 
 /// 0x7F counts as a quote in a statement, so that is how it comes back.
 std::u16string asReadBack(std::u16string text);
+/// A number as a statement spells it: to 15 digits.
+double asReadBack(double number);
 
 class HostileValues {
  public:
@@ -20,13 +22,16 @@ class HostileValues {
 
   /// Of at most `length` units; often short, sometimes empty.
   std::u16string text(std::size_t length);
-  /// With at most six decimals and fifteen digits, as money and amounts are kept.
+  /// Any double that a statement can spell: money, quotients of it with all their digits, and
+  /// numbers of every size down to those that are not normal.
   double amount();
   int wholeNumber();
   /// To the second; sometimes the date 0.0, which stands for none.
   double date();
 
  private:
+  double money();
+  double ofAnySize();
   std::uint32_t below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
 
   std::mt19937 random_;

@@ -83,7 +83,7 @@ void expectSame(const Record& record, const Written& row) {
   EXPECT_EQ(textOf(record, u"U_No"), asReadBack(row.no));
   EXPECT_EQ(textOf(record, u"U_Who"), asReadBack(row.who));
   EXPECT_EQ(textOf(record, u"U_Note"), asReadBack(row.note));
-  EXPECT_EQ(record.row[u"U_Total"].dblVal, row.total);
+  EXPECT_EQ(record.row[u"U_Total"].dblVal, asReadBack(row.total));
   EXPECT_EQ(record.row[u"U_Count"].lVal, row.count);
   EXPECT_EQ(qx::test::cellText(record.row[u"U_Day"]),
             qx::test::cellText(CComVariant(dayAsWritten(row.day), VT_DATE)));
@@ -204,6 +204,23 @@ TEST_F(RoundTrip, OtherKindsOfNumbersAreWrittenAsNumbers) {
   EXPECT_EQ(throughDatabase(u"U_Total", CQXCurrency(12, 345678).ToDouble()), "12.345678");
   EXPECT_EQ(throughDatabase(u"U_Total", -0.0), "0");
   EXPECT_EQ(throughDatabase(u"U_Total", 0.000001), "1e-06");
+}
+
+TEST_F(RoundTrip, NumbersComeBackToFifteenDigitsWhateverTheirSize) {
+  EXPECT_EQ(throughDatabase(u"U_Total", 0.123456789012345), "0.123456789012345");
+  EXPECT_EQ(throughDatabase(u"U_Total", 0.12345678901234567), "0.123456789012346");
+  EXPECT_EQ(throughDatabase(u"U_Total", 0.1 + 0.2), "0.3");
+  EXPECT_EQ(throughDatabase(u"U_Total", 1e300), "1e+300");
+  EXPECT_EQ(throughDatabase(u"U_Total", -1.5e-300), "-1.5e-300");
+  EXPECT_EQ(throughDatabase(u"U_Total", 123456789012345.678), "123456789012346");
+  EXPECT_EQ(throughDatabase(u"U_Total", std::numeric_limits<double>::denorm_min()), "5e-324");
+}
+
+// Its fifteen digits are above it.
+TEST_F(RoundTrip, TheLargestNumberIsRefusedAndNothingIsWritten) {
+  EXPECT_THAT(throughDatabase(u"U_Total", std::numeric_limits<double>::max()),
+              HasSubstr("-2000: the number is out of range: 1.79769313486232E+308 (line 1, "));
+  EXPECT_EQ(count(), 0U);
 }
 
 TEST_F(RoundTrip, DatesAtTheEndsComeBack) {

@@ -1,41 +1,39 @@
 #include "qxdesk/company/engines/odbc_columns.h"
 
 #include "qxdesk/company/engines/odbc_connection.h"
+#include "qxdesk/sql/coercion.h"
+#include "qxdesk/sql/numbers.h"
 #include "qxframework/automation/text.h"
 
 #include <sqlucode.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 
 namespace qx::desk {
 
 namespace {
 
+// The place of a number; those of more digits are fetched again, as long texts are.
 constexpr std::size_t kNumberBytes = 128;
 // The place of a text whose length is not known or great; longer ones are fetched again.
 constexpr std::size_t kCommonUnits = 255;
 
-double realOf(std::string_view digits, SQLLEN length) {
-  double value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (length < static_cast<SQLLEN>(kNumberBytes) && error == std::errc() &&
-      end == digits.data() + digits.size()) {
-    return value;
-  }
-  // Only digits behind the point may be missing.
-  if (length >= static_cast<SQLLEN>(kNumberBytes) && digits.find('.') != std::string_view::npos) {
-    return value;
+double realOf(std::string_view digits) {
+  const bool negative = digits.starts_with('-');
+  const std::string_view number = digits.substr(negative ? 1 : 0);
+  if (sql::spellsNumber(number)) {
+    if (const std::optional<double> value = sql::nearestDouble(number)) {
+      return negative ? -*value : *value;
+    }
   }
   throw DatabaseError(Fault::OutOfRange, "not a number of this machine: " + std::string(digits));
 }
 
-void setNumber(OdbcCell& cell, const char* digits, SQLLEN length) {
-  const auto shown = std::min<std::size_t>(static_cast<std::size_t>(length), kNumberBytes - 1);
+void setNumber(OdbcCell& cell, std::string_view digits) {
+  cell.real = realOf(digits);
   cell.storage = Storage::Real;
-  cell.real = realOf({digits, shown}, length);
 }
 
 void setDate(OdbcCell& cell, const SQL_TIMESTAMP_STRUCT& date) {
@@ -169,7 +167,8 @@ bool OdbcColumn::read(std::size_t row, OdbcCell& cell) const {
       cell.real = reals_[row];
       break;
     case Form::Number:
-      setNumber(cell, &numbers_[row * kNumberBytes], length);
+      if (length < 0 || length >= static_cast<SQLLEN>(kNumberBytes)) return false;
+      setNumber(cell, {&numbers_[row * kNumberBytes], static_cast<std::size_t>(length)});
       break;
     case Form::Date:
       setDate(cell, dates_[row]);
@@ -202,13 +201,10 @@ void OdbcColumn::fetch(OdbcCell& cell) {
     case Form::Real:
       if (fetchValue(SQL_C_DOUBLE, cell.real)) cell.storage = Storage::Real;
       break;
-    case Form::Number: {
-      std::array<char, kNumberBytes> digits{};
-      SQLLEN length = 0;
-      getData(SQL_C_CHAR, digits.data(), digits.size(), length);
-      if (length != SQL_NULL_DATA) setNumber(cell, digits.data(), length);
+    case Form::Number:
+      fetchText<char>(SQL_C_CHAR, cell);
+      if (cell.storage == Storage::Text) setNumber(cell, cell.text);
       break;
-    }
     case Form::Date: {
       SQL_TIMESTAMP_STRUCT date{};
       if (fetchValue(SQL_C_TYPE_TIMESTAMP, date)) setDate(cell, date);

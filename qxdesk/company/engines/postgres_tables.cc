@@ -33,7 +33,8 @@ std::string promiseOf(const ColumnLayout& column) {
   }
 }
 
-// A type of limited length would cut blanks off silently and not name the column.
+// A type of limited length would cut blanks off silently and not name the column, and one of
+// limited places would round. A decimal is one that reads as a double, so neither infinite nor NaN.
 std::string checkOf(const ColumnLayout& column) {
   const std::string name = bracketed(column.name);
   switch (column.kind) {
@@ -41,7 +42,8 @@ std::string checkOf(const ColumnLayout& column) {
       return check(column, promiseOf(column),
                    "char_length(" + name + ") <= " + std::to_string(column.size));
     case ColumnKind::Decimal:
-      return check(column, promiseOf(column), name + " <> 'NaN'");
+      return check(column, promiseOf(column),
+                   name + " BETWEEN -1.7976931348623157e308 AND 1.7976931348623157e308");
     case ColumnKind::Date:
       return check(column, promiseOf(column),
                    name + " BETWEEN '0001-01-01' AND '9999-12-31 23:59:59'");
@@ -58,7 +60,7 @@ std::string typeOf(ColumnKind kind) {
     case ColumnKind::SmallInteger:
       return "bigint";
     case ColumnKind::Decimal:
-      return "numeric(21,6)";
+      return "numeric";
     case ColumnKind::Date:
       return "timestamp(0)";
     default:

@@ -108,6 +108,8 @@ Fault constraintFault(int sqliteCode) {
 }  // namespace
 
 Fault faultOf(int sqliteCode) {
+  if (sqliteCode == sql::kBadDateCode) return Fault::BadDate;
+  if (sqliteCode == sql::kOutOfRangeCode) return Fault::OutOfRange;
   switch (sqliteCode & 0xFF) {
     case SQLITE_CONSTRAINT:
       return constraintFault(sqliteCode);

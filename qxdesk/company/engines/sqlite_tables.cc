@@ -29,9 +29,12 @@ std::string dateType(const ColumnLayout& column) {
                             name + " IS datetime(" + name + ", '+0 days')");
 }
 
+// What is beyond the largest double reads as infinite, in a statement of any program.
 std::string decimalType(const ColumnLayout& column) {
-  return "decimal(21,6)" + check(column.name, "a number",
-                                 "typeof(" + bracketed(column.name) + ") IN ('integer', 'real')");
+  const std::string name = bracketed(column.name);
+  return "decimal(21,6)" +
+         check(column.name, "a number",
+               "typeof(" + name + ") IN ('integer', 'real') AND abs(" + name + ") < 9e999");
 }
 
 std::string typeOf(const ColumnLayout& column) {

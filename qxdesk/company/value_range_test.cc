@@ -1,0 +1,102 @@
+// Values at the ends of what a company keeps: the same ends in a file and on a server, and the same
+// words for what lies beyond them.
+
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+
+#include <cstdlib>
+
+namespace qx::desk {
+namespace {
+
+class ValueRangeTest : public CompanyTest {
+ protected:
+  ValueRangeTest() {
+    EXPECT_EQ(addTable(company, u"T"), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Amount", kFloatField, 80}), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Day", kDateField}), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Count", kNumericField}), 0);
+    query(company, u"INSERT INTO [@T] (Code, Name, U_Day) VALUES ('1', 'n', '99991231')");
+  }
+  /// What the company says of a statement that it refuses.
+  std::u16string refusalOf(const std::u16string& sql) const {
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
+    return lastError(company).text;
+  }
+};
+
+TEST_P(ValueRangeTest, ADateBeyondTheYear9999IsToldAndTheRowStays) {
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Day = DATEADD(day, 1, U_Day)"),
+            words(u"A value is not a date (9999-12-31 00:00:00 moved by 1 x 86400 seconds is not "
+                  u"within the years 1 to 9999).",
+                  u"A value is not a date (timestamp out of range)."));
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Day FROM [@T]"), u"9999-12-31 00:00:00");
+}
+
+TEST_P(ValueRangeTest, ACountOfDaysOfAnySizeIsTold) {
+  EXPECT_EQ(refusalOf(u"SELECT U_Day - 4611686018427387904 FROM [@T]"),
+            words(u"A value is not a date (9999-12-31 00:00:00 moved by -4611686018427387904 x "
+                  u"86400 seconds is not within the years 1 to 9999).",
+                  u"A value is not a date (interval out of range)."));
+}
+
+// As the statement spells it.
+TEST_P(ValueRangeTest, ADecimalIsKeptWhateverItsSizeAndItsPlaces) {
+  for (const std::string number :
+       {"0.1234567", "0.0000001", "123456789012345.123", "999999999999999999999",
+        "1.23456789012345E+300", "-9.87654321098765E-300", "1.7976931348623157E+308",
+        "2.2250738585072014E-308", "4.94065645841247E-324", "0.30000000000000004",
+        "9007199254740993", "5e-324", "-1234567.12345678", "8.41E+21", "9.5367431640625e-7"}) {
+    SCOPED_TRACE(number);
+    query(company, u"UPDATE [@T] SET U_Amount = " + toUtf16(number));
+    const auto rows = query(company, u"SELECT U_Amount FROM [@T]");
+    EXPECT_EQ(rows->GetFields()->Item(CComVariant(0L))->GetValue().dblVal,
+              std::strtod(number.c_str(), nullptr));
+    EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Amount = " + toUtf16(number)), u"1");
+    query(company, u"UPDATE [@T] SET U_Amount = N'" + toUtf16(number) + u"'");
+    EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Amount = " + toUtf16(number)), u"1");
+  }
+}
+
+TEST_P(ValueRangeTest, ANumberBeyondTheLargestDoubleIsRefusedWithItsPlace) {
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Amount = 1e309"),
+            u"the number is out of range: 1e309 (line 1, column 28)");
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Amount = -1.79769313486232E+308"),
+            u"the number is out of range: 1.79769313486232E+308 (line 1, column 29)");
+  EXPECT_EQ(refusalOf(u"SELECT Code FROM [@T] WHERE U_Amount < N'1e400'"),
+            u"the number is out of range: 1e400 (line 1, column 40)");
+}
+
+TEST_P(ValueRangeTest, ATextOfADecimalHasFifteenDigitsAtMost) {
+  query(company, u"UPDATE [@T] SET U_Amount = 10.0");
+  EXPECT_EQ(rowsOf(company,
+                   u"SELECT CAST(U_Amount / 3 AS nvarchar), '' + U_Amount / 7, "
+                   u"CAST(U_Amount * 123456789012345678 AS nvarchar), "
+                   u"CAST(U_Amount / 3000000 AS nvarchar(8)) FROM [@T]"),
+            u"3.33333333333333|1.42857142857143|1234567890123460000|0.000003");
+  query(company, u"UPDATE [@T] SET U_Amount = 123456789.123456789");
+  EXPECT_EQ(rowsOf(company, u"SELECT CAST(U_Amount AS nvarchar) FROM [@T]"), u"123456789.123457");
+  query(company, u"UPDATE [@T] SET U_Amount = -2.5E-70");
+  EXPECT_EQ(rowsOf(company, u"SELECT CAST(U_Amount AS nvarchar(100)) FROM [@T]"),
+            u"-0." + std::u16string(69, u'0') + u"25");
+}
+
+TEST_P(ValueRangeTest, AWholeNumberOfMoreThan64BitsIsTold) {
+  query(company, u"UPDATE [@T] SET U_Count = 2000000000");
+  const std::u16string told = words(
+      u"A number is out of the range of its column (out of range: a whole number of more than 64 "
+      u"bits).",
+      u"A number is out of the range of its column (bigint out of range).");
+  EXPECT_EQ(refusalOf(u"SELECT U_Count * U_Count * 4 FROM [@T]"), told);
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = U_Count * U_Count * 4"), told);
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = 1e19"), told);
+  EXPECT_EQ(
+      rowsOf(company, u"SELECT U_Count, U_Count * 4, SUM(U_Count) FROM [@T] GROUP BY U_Count"),
+      u"2000000000|8000000000|2000000000");
+}
+
+QX_TEST_ON_ALL_MEDIA(ValueRangeTest);
+
+}  // namespace
+}  // namespace qx::desk

@@ -1,0 +1,296 @@
+#include "qxdesk/sql/sqlite_functions.h"
+
+#include "qxdesk/sql/coercion.h"
+#include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/dialect.h"
+#include "qxdesk/sql/like_pattern.h"
+#include "qxdesk/sql/numbers.h"
+#include "qxdesk/sql/utf8.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <memory>
+#include <variant>
+
+namespace qx::sql {
+namespace {
+
+static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) == SQLITE_RANGE);
+
+constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+
+constexpr std::string_view kAllowedFunctions[] = {
+    "abs",       "avg",         "coalesce",  "count",        "date",     "datetime",
+    "julianday", "length",      "like",      "ltrim",        "max",      "min",
+    "rank",      "replace",     "round",     "rtrim",        "strftime", "substr",
+    "sum",       "qx_add_time", "qx_cut",    "qx_whole",     "qx_date",  "qx_like",
+    "qx_lower",  "qx_now",      "qx_number", "qx_substring", "qx_text",  "qx_upper",
+};
+
+std::string_view textOf(sqlite3_value* value) {
+  const unsigned char* text = sqlite3_value_text(value);
+  if (text == nullptr) return {};
+  return {reinterpret_cast<const char*>(text),
+          static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
+bool anyNull(int count, sqlite3_value** values) {
+  return std::any_of(values, values + count,
+                     [](sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; });
+}
+
+void answerText(sqlite3_context* context, const std::string& text) {
+  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+std::size_t characterLength(std::string_view text, std::size_t offset) {
+  const auto character = readUtf8(text, offset);
+  return character ? character->length : 1;
+}
+
+// No function that SQLite calls lets an exception out.
+template <typename Body>
+void guarded(sqlite3_context* context, Body body) {
+  try {
+    body();
+  } catch (const SqliteError& error) {
+    sqlite3_result_error(context, error.what(), -1);
+    sqlite3_result_error_code(context, error.code);
+  } catch (const std::exception& error) {
+    sqlite3_result_error(context, error.what(), -1);
+  } catch (...) {
+    sqlite3_result_error(context, "a function failed", -1);
+  }
+}
+
+const GuardSettings& settingsOf(sqlite3_context* context) {
+  return *static_cast<const GuardSettings*>(sqlite3_user_data(context));
+}
+
+void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*values*/) {
+  guarded(context, [&] { answerText(context, settingsOf(context).now()); });
+}
+
+[[noreturn]] void failOutOfRange(const std::string& number) {
+  throw SqliteError(kOutOfRangeCode, "out of range: " + number);
+}
+
+using Number = std::variant<sqlite3_int64, double>;
+
+Number numberIn(std::string_view text) {
+  if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + std::string(text) + "'");
+  const std::size_t first = text.find_first_not_of(" +");
+  text = text.substr(first, text.find_last_not_of(' ') + 1 - first);
+  sqlite3_int64 whole = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
+  if (error == std::errc() && end == text.data() + text.size()) return whole;
+  const bool negative = text.front() == '-';
+  const std::optional<double> real = nearestDouble(text.substr(negative ? 1 : 0));
+  if (!real) failOutOfRange(std::string(text));
+  return negative ? -*real : *real;
+}
+
+Number numberOf(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return sqlite3_value_int64(value);
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    default:
+      return numberIn(textOf(value));
+  }
+}
+
+constexpr const char* kTooWide = "a whole number of more than 64 bits";
+
+// Without its fraction.
+sqlite3_int64 cutOf(sqlite3_value* value) {
+  constexpr double kEnd = 9223372036854775808.0;
+  const Number number = numberOf(value);
+  if (const auto* whole = std::get_if<sqlite3_int64>(&number)) return *whole;
+  const double real = std::get<double>(number);
+  if (!(real >= -kEnd && real < kEnd)) failOutOfRange(kTooWide);
+  return static_cast<sqlite3_int64>(real);
+}
+
+std::string dateOf(sqlite3_value* value) {
+  const std::string text(textOf(value));
+  std::optional<std::string> date = storedDate(text);
+  if (!date) throw SqliteError(kBadDateCode, "not a date: '" + text + "'");
+  return *std::move(date);
+}
+
+void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] { answerText(context, dateOf(values[0])); });
+}
+
+// A date, a count, and the seconds of the unit that is counted. A fraction of the count is cut.
+void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const std::string from = dateOf(values[0]);
+    const std::optional<std::string> date =
+        movedDate(from, cutOf(values[1]), sqlite3_value_int64(values[2]));
+    if (!date) {
+      throw SqliteError(kBadDateCode, from + " moved by " + std::string(textOf(values[1])) + " x " +
+                                          std::string(textOf(values[2])) +
+                                          " seconds is not within the years 1 to 9999");
+    }
+    answerText(context, *date);
+  });
+}
+
+// The number that a text spells, to its last digit, where the engine's own reading may differ.
+void numberFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const Number number = numberOf(values[0]);
+    if (const double* real = std::get_if<double>(&number)) {
+      sqlite3_result_double(context, *real);
+    } else {
+      sqlite3_result_int64(context, std::get<sqlite3_int64>(number));
+    }
+  });
+}
+
+// The result of arithmetic with whole numbers, which the engine makes a decimal where it is too
+// wide.
+void wholeFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
+  if (sqlite3_value_type(values[0]) != SQLITE_FLOAT) {
+    return sqlite3_result_value(context, values[0]);
+  }
+  guarded(context, [&] { failOutOfRange(kTooWide); });
+}
+
+void cutFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] { sqlite3_result_int64(context, cutOf(values[0])); });
+}
+
+// A decimal without an exponent and without zeros at the end, to the digits that are certain.
+void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  const int type = sqlite3_value_numeric_type(values[0]);
+  if (type != SQLITE_INTEGER && type != SQLITE_FLOAT) {
+    return sqlite3_result_value(context, values[0]);
+  }
+  guarded(context, [&] {
+    const double value = sqlite3_value_double(values[0]);
+    if (!std::isfinite(value)) failOutOfRange("a decimal that has become infinite");
+    answerText(context, plainText(value));
+  });
+}
+
+// The characters from the first position on that lie within the text; positions count from 1.
+void substringFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const std::string_view text = textOf(values[0]);
+    constexpr sqlite3_int64 kFar = 1LL << 40;  // beyond any text
+    const sqlite3_int64 from = std::clamp(sqlite3_value_int64(values[1]), -kFar, kFar);
+    const sqlite3_int64 length = count > 2 ? std::min(sqlite3_value_int64(values[2]), kFar) : kFar;
+    if (length < 0) throw std::runtime_error("the length of a substring must not be negative");
+    std::size_t begin = 0;
+    sqlite3_int64 position = 1;
+    for (; position < from && begin < text.size(); ++position)
+      begin += characterLength(text, begin);
+    std::size_t end = begin;
+    for (; position < from + length && end < text.size(); ++position) {
+      end += characterLength(text, end);
+    }
+    answerText(context, std::string(text.substr(begin, end - begin)));
+  });
+}
+
+void mapCase(sqlite3_context* context, sqlite3_value* value,
+             const std::function<std::string(std::string_view)>& mapping) {
+  guarded(context, [&] {
+    if (!mapping) throw std::runtime_error("no case mapping is set up for this connection");
+    answerText(context, mapping(textOf(value)));
+  });
+}
+
+void upperFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  mapCase(context, values[0], settingsOf(context).upper);
+}
+
+void lowerFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  mapCase(context, values[0], settingsOf(context).lower);
+}
+
+void answerLike(sqlite3_context* context, std::string_view text, std::string_view pattern,
+                LikeSets sets, sqlite3_value* escape) {
+  guarded(context, [&] {
+    std::optional<char32_t> escapeCharacter;
+    if (escape != nullptr) {
+      const auto character = readUtf8(textOf(escape), 0);
+      if (!character || character->length != textOf(escape).size()) {
+        throw std::runtime_error("ESCAPE takes one character");
+      }
+      escapeCharacter = character->value;
+    }
+    sqlite3_result_int(context, likeMatches(text, pattern, sets, escapeCharacter) ? 1 : 0);
+  });
+}
+
+// SQLite hands over the pattern first.
+void likeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  answerLike(context, textOf(values[1]), textOf(values[0]), LikeSets::Off,
+             count > 2 ? values[2] : nullptr);
+}
+
+void likeWithSetsFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  answerLike(context, textOf(values[0]), textOf(values[1]), LikeSets::On,
+             count > 2 ? values[2] : nullptr);
+}
+
+void destroySettings(void* settings) {
+  const std::unique_ptr<GuardSettings> owner(static_cast<GuardSettings*>(settings));
+}
+
+using SqliteFunction = void (*)(sqlite3_context*, int, sqlite3_value**);
+
+void registerFunction(sqlite3* db, const char* name, int arguments, SqliteFunction function,
+                      const GuardSettings& settings) {
+  auto owned = std::make_unique<GuardSettings>(settings);
+  // The connection owns the copy from here on, also when this fails.
+  const int result =
+      sqlite3_create_function_v2(db, name, arguments, kFunctionFlags, owned.release(), function,
+                                 nullptr, nullptr, destroySettings);
+  if (result != SQLITE_OK) throw SqliteError(sqlite3_extended_errcode(db), sqlite3_errmsg(db));
+}
+
+}  // namespace
+
+void registerFunctions(sqlite3* db, const GuardSettings& settings) {
+  registerFunction(db, "qx_now", 0, nowFunction, settings);
+  registerFunction(db, "qx_date", 1, dateFunction, settings);
+  registerFunction(db, "qx_add_time", 3, addTimeFunction, settings);
+  registerFunction(db, "qx_cut", 1, cutFunction, settings);
+  registerFunction(db, "qx_whole", 1, wholeFunction, settings);
+  registerFunction(db, "qx_number", 1, numberFunction, settings);
+  registerFunction(db, "qx_substring", 2, substringFunction, settings);
+  registerFunction(db, "qx_substring", 3, substringFunction, settings);
+  registerFunction(db, "qx_text", 1, textFunction, settings);
+  registerFunction(db, "qx_upper", 1, upperFunction, settings);
+  registerFunction(db, "qx_lower", 1, lowerFunction, settings);
+  registerFunction(db, "like", 2, likeFunction, settings);
+  registerFunction(db, "like", 3, likeFunction, settings);
+  registerFunction(db, "qx_like", 2, likeWithSetsFunction, settings);
+  registerFunction(db, "qx_like", 3, likeWithSetsFunction, settings);
+}
+
+bool isAllowedFunction(std::string_view name) {
+  return std::any_of(std::begin(kAllowedFunctions), std::end(kAllowedFunctions),
+                     [name](std::string_view allowed) { return sameName(allowed, name); });
+}
+
+}  // namespace qx::sql
