@@ -1,11 +1,11 @@
 #include "qxframework/resources/resource_loader.h"
 
-#include "qxframework/automation/com_error.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/recording_logger.h"
 
 #include <gmock/gmock.h>
@@ -13,24 +13,15 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 namespace {
 
+using qx::test::raisedBy;
 using qx::test::RecordingLogger;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using namespace std::string_literals;
-
-HRESULT raisedBy(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return S_OK;
-}
 
 // A folder that TMPDIR names while the object lives.
 class TemporaryFolder {

@@ -89,7 +89,7 @@ TEST(SharedProgressBar, IsHeldByOneClientOfTheMachine) {
     Client first(connection);
     Client second(connection);
     auto progress = first.desk().statusBar.createProgress(u"x", 1, false);
-    EXPECT_EQ(raised([&] { second.desk().statusBar.createProgress(u"x", 1, false); }),
+    EXPECT_EQ(raisedBy([&] { second.desk().statusBar.createProgress(u"x", 1, false); }),
               kGeneralFailure);
     progress->stop();
     EXPECT_NE(second.desk().statusBar.createProgress(u"x", 1, false), nullptr);
