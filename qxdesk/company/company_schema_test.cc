@@ -31,7 +31,7 @@ class OpenTest : public testing::Test {
   }
   LastError openFailed(const std::u16string& text) const { return {kOpenFailed, text}; }
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
 };
 
 /// A connection of another program.

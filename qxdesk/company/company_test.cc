@@ -20,7 +20,7 @@ class ConnectTest : public testing::Test {
     throw DatabaseError(Fault::InputOutput, "not to be opened");
   }
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
 };
 
 TEST_F(ConnectTest, GoesThroughTheClient) {

@@ -20,7 +20,7 @@ class PlainSourceTest : public testing::Test {
     return rows->GetFields()->Item(index)->GetValue();
   }
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
   std::string connection = "Driver=SQLite3;Database=" + folder.file("plain.db");
   CComPtr<ICompany> company = connectTo(target());
 };

@@ -239,7 +239,7 @@ TEST_F(PostgresOpenTest, AMissingServerIsTold) {
 }
 
 TEST_F(PostgresOpenTest, AServerThatDoesNotAnswerIsToldAfterTheTimeout) {
-  const TemporaryFolder folder;
+  const test::TempFolder folder;
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   folder.file(".s.PGSQL.5432").copy(address.sun_path, sizeof address.sun_path - 1);

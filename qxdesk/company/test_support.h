@@ -24,12 +24,6 @@
 
 namespace qx::desk {
 
-/// The path of a file in a folder of a test.
-class TemporaryFolder : public test::TempFolder {
- public:
-  std::string file(const std::string& name) const { return (path() / name).string(); }
-};
-
 /// What a company is kept in.
 enum class Medium { Sqlite, Postgres };
 
@@ -43,7 +37,7 @@ class TestPlace {
   /// One with a new company in it, where that is quicker than making it.
   std::string companyDatabase();
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
 
  private:
   Medium medium_;

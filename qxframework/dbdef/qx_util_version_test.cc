@@ -10,12 +10,11 @@
 #include "qxframework/host/ids.h"
 #include "qxframework/os/test_support.h"
 #include "tests/support/recording_logger.h"
+#include "tests/support/registry_in_use.h"
 #include "tests/support/temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <optional>
 
 namespace {
 
@@ -180,16 +179,8 @@ constexpr GUID kUnknownClass = qx::hostId(0x7002);
 
 class QxUtilLibraryVersion : public ::testing::Test {
  protected:
-  QxUtilLibraryVersion() {
-    environment_.emplace("QX_REGISTRY", folder_.write("registry.toml", registryText()).c_str());
-    qx::Registry::reload();
-    qx::resetActivation();
-  }
   ~QxUtilLibraryVersion() override {
     for (const DWORD cookie : cookies_) CoRevokeClassObject(cookie);
-    environment_.reset();
-    qx::Registry::reload();
-    qx::resetActivation();
   }
   void install(REFCLSID clsid) {
     const auto factory = qx::makeFactory([this] { return qx::makeObject<FakeObject>(library); });
@@ -214,7 +205,7 @@ class QxUtilLibraryVersion : public ::testing::Test {
   }
 
   TempFolder folder_;
-  std::optional<qx::ScopedEnvironment> environment_;
+  qx::test::RegistryInUse registry_{folder_.write("registry.toml", registryText())};
   std::vector<DWORD> cookies_;
 };
 
