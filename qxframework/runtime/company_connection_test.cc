@@ -180,7 +180,7 @@ TEST_F(CompanyConnectionTest, ReportsTheVersionsAndPlacesOfEveryPart) {
 
 TEST_F(CompanyConnectionTest, ReportsAsErrorsWhatCannotBeFound) {
   const RegistryInUse none("/nonexistent/registry.toml");
-  host.hasTypeInfo = false;
+  host.library.hasTypeInfo = false;
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(
       messages(),
