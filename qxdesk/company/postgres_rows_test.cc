@@ -130,7 +130,7 @@ TEST_P(PostgresRowsTest, ColumnsBehindAStarAreCalledAsInTheDictionary) {
 TEST_P(PostgresRowsTest, WordsThatTheServerTakesForDatesAreNone) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   for (const char16_t* word : {u"now", u"infinity", u"today", u"epoch"}) {
-    EXPECT_EQ(codeOf([&] {
+    EXPECT_EQ(raisedBy([&] {
                 rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Day) VALUES ('1', 'n', '" +
                                        std::u16string(word) + u"')"));
               }),
@@ -147,7 +147,7 @@ TEST_P(PostgresRowsTest, BlanksAtTheEndOfATextCount) {
   query(company, u"INSERT INTO [@T] (Code, Name, U_Short) VALUES ('1', 'n', 'a  ')");
   EXPECT_EQ(rowsOf(company, u"SELECT U_Short FROM [@T] WHERE U_Short <> 'a'"), u"a  ");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
                   CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Short) VALUES ('2', 'n', 'abc  ')"));
             }),
@@ -157,7 +157,7 @@ TEST_P(PostgresRowsTest, BlanksAtTheEndOfATextCount) {
 TEST_P(PostgresRowsTest, ANumberBeyondItsColumnIsTold) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(
-      codeOf([&] {
+      raisedBy([&] {
         rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Amount) VALUES ('1', 'n', 1e30)"));
       }),
       kSqlFailure);

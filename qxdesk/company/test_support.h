@@ -10,6 +10,7 @@
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/metadata.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -23,6 +24,8 @@
 #include <vector>
 
 namespace qx::desk {
+
+using test::raisedBy;
 
 /// What a company is kept in.
 enum class Medium { Sqlite, Postgres };
@@ -114,8 +117,9 @@ long addField(const CComPtr<ICompany>& company, const FieldSetup& setup);
 long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
             const std::u16string& name, bool unique, const std::vector<std::u16string>& columns);
 
-/// `code` of an operation that must fail.
-HRESULT codeOf(const std::function<void()>& operation);
+/// The company's country, which another connection is writing, reads as `before` and is told to be
+/// locked when it is written.
+void expectCountryIsLocked(const CComPtr<ICompany>& company, std::u16string_view before);
 
 /// Tests with one connected company in a fresh file or database.
 class CompanyTest : public testing::TestWithParam<Medium> {
