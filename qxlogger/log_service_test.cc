@@ -27,7 +27,7 @@ class Service : public testing::Test {
            std::regex_replace(rest, std::regex("PID"), std::to_string(getpid()));
   }
 
-  test::ScopedZone zone{"UTC0"};
+  test::ScopedTimeZone zone{"UTC0"};
   test::TemporaryFolder folder;
   test::FaultyFiles files;
   test::FakeClock clock;

@@ -17,7 +17,7 @@ Record sample() {
 }
 
 TEST(LogRecord, IsOneLineOfSixFields) {
-  const test::ScopedZone zone("UTC0");
+  const test::ScopedTimeZone zone("UTC0");
   EXPECT_EQ(formatRecord(sample()),
             "2024-02-29T12:34:56.789012+00:00\tDebug2\t7\t4711\tCQXEventSink::ItemEvent\t"
             "Entering function\n");
@@ -33,7 +33,7 @@ TEST(LogRecord, HasALineEndWhetherItsTextHasOneOrNot) {
 }
 
 TEST(LogRecord, StaysOneLineWhateverItsTextsHold) {
-  const test::ScopedZone zone("UTC0");
+  const test::ScopedTimeZone zone("UTC0");
   Record record = sample();
   record.function = u"f\ng\t";
   record.message = u"one\ntwo\r\nthree\n";
@@ -42,7 +42,7 @@ TEST(LogRecord, StaysOneLineWhateverItsTextsHold) {
 }
 
 TEST(LogRecord, HasEmptyFieldsForEmptyTexts) {
-  const test::ScopedZone zone("UTC0");
+  const test::ScopedTimeZone zone("UTC0");
   Record record = sample();
   record.function = {};
   record.message = {};
@@ -52,19 +52,19 @@ TEST(LogRecord, HasEmptyFieldsForEmptyTexts) {
 
 TEST(LogRecord, ShowsLocalTimeWithItsOffset) {
   {
-    const test::ScopedZone zone("XYZ-5:30");
+    const test::ScopedTimeZone zone("XYZ-5:30");
     Record record = sample();
     record.time += 1'000'000'000;
     EXPECT_EQ(formatRecord(record).substr(0, 32), "2024-02-29T18:04:57.789012+05:30");
   }
-  const test::ScopedZone zone("XYZ+3:30");
+  const test::ScopedTimeZone zone("XYZ+3:30");
   Record record = sample();
   record.time += 2'000'000'000;
   EXPECT_EQ(formatRecord(record).substr(0, 32), "2024-02-29T09:04:58.789012-03:30");
 }
 
 TEST(LogRecord, WritesMicrosecondsWithAllTheirDigits) {
-  const test::ScopedZone zone("UTC0");
+  const test::ScopedTimeZone zone("UTC0");
   Record record = sample();
   record.time = 1'709'210'101'000'007'999;
   EXPECT_EQ(formatRecord(record).substr(0, 32), "2024-02-29T12:35:01.000007+00:00");

@@ -41,7 +41,7 @@ class LogFiles : public testing::Test {
     return kept;
   }
 
-  test::ScopedZone zone{"UTC0"};
+  test::ScopedTimeZone zone{"UTC0"};
   test::TemporaryFolder folder;
   test::FaultyFiles files;
   test::FakeClock clock;

@@ -1,12 +1,8 @@
 #include "qxlogger/test_support.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <ctime>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace qx::logger::test {
 
@@ -39,20 +35,9 @@ int FaultyFiles::rename(const std::string& from, const std::string& to) {
   return fault < 0 ? fault : real_.rename(from, to);
 }
 
-TemporaryFolder::TemporaryFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "qxloggerXXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
 std::vector<std::string> TemporaryFolder::names() const {
   std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+  for (const auto& entry : std::filesystem::directory_iterator(path())) {
     const std::string name = entry.path().filename().string();
     if (!name.starts_with('.')) names.push_back(name);
   }
@@ -68,28 +53,5 @@ std::string contentOf(const std::string& path) {
 void writeText(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
-
-ScopedVariable::ScopedVariable(const char* name, const char* value) : name_(name) {
-  const char* before = std::getenv(name);
-  wasSet_ = before != nullptr;
-  if (wasSet_) before_ = before;
-  if (value == nullptr) {
-    unsetenv(name);
-  } else {
-    setenv(name, value, 1);
-  }
-}
-
-ScopedVariable::~ScopedVariable() {
-  if (wasSet_) {
-    setenv(name_, before_.c_str(), 1);
-  } else {
-    unsetenv(name_);
-  }
-}
-
-ScopedZone::ScopedZone(const char* zone) : variable_("TZ", zone) { tzset(); }
-
-ScopedZone::~ScopedZone() { tzset(); }
 
 }  // namespace qx::logger::test

@@ -5,6 +5,9 @@
 
 #include "qxlogger/file_api.h"
 #include "qxlogger/log_clock.h"
+#include "tests/support/scoped_variable.h"
+#include "tests/support/temp_folder.h"
+#include "tests/support/time_zone.h"
 
 #include <cstdint>
 #include <deque>
@@ -14,6 +17,9 @@
 #include <vector>
 
 namespace qx::logger::test {
+
+using qx::test::ScopedTimeZone;
+using qx::test::ScopedVariable;
 
 /// 2024-02-29 12:34:56.789012 UTC.
 inline constexpr std::int64_t kLeapDay = 1'709'210'096'789'012'000;
@@ -63,48 +69,15 @@ class FaultyFiles final : public FileApi {
   FileApi& real_ = FileApi::system();
 };
 
-class TemporaryFolder {
+class TemporaryFolder : public qx::test::TempFolder {
  public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  std::string path() const { return path_.string(); }
-  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+  std::string operator/(const std::string& name) const { return file(name); }
   /// The names in it that do not begin with a dot, sorted.
   std::vector<std::string> names() const;
-
- private:
-  std::filesystem::path path_;
 };
 
 /// The whole text of a file, empty if there is none.
 std::string contentOf(const std::string& path);
 void writeText(const std::string& path, const std::string& text);
-
-/// Sets or removes an environment variable for the life of the object.
-class ScopedVariable {
- public:
-  ScopedVariable(const char* name, const char* value);
-  ~ScopedVariable();
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
-
- private:
-  const char* name_;
-  bool wasSet_;
-  std::string before_;
-};
-
-/// The local time zone for the life of the object.
-class ScopedZone {
- public:
-  explicit ScopedZone(const char* zone);
-  ~ScopedZone();
-
- private:
-  ScopedVariable variable_;
-};
 
 }  // namespace qx::logger::test

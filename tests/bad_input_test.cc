@@ -7,6 +7,7 @@
 #include "tests/support/embedded_client.h"
 #include "tests/support/machine.h"
 #include "tests/support/param_name.h"
+#include "tests/support/registry_in_use.h"
 #include "tests/support/running_addon.h"
 #include "tests/support/sqlite_file.h"
 #include "tests/support/told.h"

@@ -7,6 +7,7 @@
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/foundation/time_stamp.h"
 #include "tests/support/amounts.h"
+#include "tests/support/amounts_at_the_host.h"
 #include "tests/support/embedded_client.h"
 #include "tests/support/engines.h"
 #include "tests/support/recording_addon.h"
@@ -38,14 +39,7 @@ class LookUps : public testing::TestWithParam<Engine> {
         "'2024-03-31 00:00:00')");
     log.records.clear();
   }
-  ~LookUps() override {
-    CQXCurrency::m_RoundViaRX = false;
-    CQXCurrency::m_bstrLoc.Empty();
-    CQXCurrency::m_bstrCurr.Empty();
-    CQXCurrency::m_ptrCompService.Release();
-    CQXCurrency::m_ptrDecimalData.Release();
-    CQXCurrency::m_ptrRoundedData.Release();
-  }
+  ~LookUps() override { qx::test::forgetTheHostOfAmounts(); }
   qx::test::SqliteFile sqlite() const { return qx::test::SqliteFile(file); }
   std::string tax(const char16_t* group, CQXCurrency net) {
     CQXCurrency amount(99);

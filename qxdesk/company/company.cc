@@ -4,10 +4,10 @@
 #include "qxdesk/company/data_helper.h"
 #include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/recordset.h"
-#include "qxdesk/company/type_library.h"
 #include "qxdesk/company/user_fields_md.h"
 #include "qxdesk/company/user_keys_md.h"
 #include "qxdesk/company/user_tables_md.h"
+#include "qxdesk/session/type_library.h"
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/automation/format.h"
 
@@ -17,6 +17,7 @@ namespace qx::desk {
 
 namespace {
 
+constexpr GUID kLibrary = hostId(0x0304);
 constexpr std::size_t kCookieBytes = 16;
 
 template <class Object, class... Args>
@@ -40,7 +41,7 @@ HRESULT Company::GetTypeInfo(UINT index, LCID, ITypeInfo** info) {
     if (info == nullptr) return E_POINTER;
     *info = nullptr;
     if (index != 0) return DISP_E_BADINDEX;
-    *info = companyTypeInfo().Detach();
+    *info = makeTypeInfo(kLibrary).Detach();
     return S_OK;
   });
 }

@@ -62,10 +62,8 @@ std::string companyName(const LoginTarget& target) {
 void addSettings(Database& database, const LoginTarget& target) {
   const auto row = database.prepare(
       "INSERT INTO [HVCOMP] ([Code], [CompanyName], [Country], [Currency], [SumPlaces], "
-      "[PricePlaces], "
-      "[RatePlaces], [QuantityPlaces], [PercentPlaces], [MeasurePlaces], [DecimalSign], "
-      "[GroupSign], [DateFormat], "
-      "[DateSign], [CurrencySide]) "
+      "[PricePlaces], [RatePlaces], [QuantityPlaces], [PercentPlaces], [MeasurePlaces], "
+      "[DecimalSign], [GroupSign], [DateFormat], [DateSign], [CurrencySide]) "
       "VALUES ('1', ?, 'DE', 'EUR', 2, 2, 6, 2, 2, 2, '.', ',', 1, '/', 'N')");
   row->bind(1, std::string_view(companyName(target)));
   row->step();

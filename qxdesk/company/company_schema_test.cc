@@ -32,7 +32,7 @@ class OpenTest : public testing::Test {
   }
   LastError openFailed(const std::u16string& text) const { return {kOpenFailed, text}; }
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
 };
 
 /// A connection of another program.
@@ -193,7 +193,7 @@ TEST_F(OpenTest, DamageThatAStatementMeetsIsTold) {
   file.close();
   if (company->Connect() == 0) {
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT * FROM HVITEM ORDER BY ItemNo")); }),
+    EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT * FROM HVITEM ORDER BY ItemNo")); }),
               kSqlFailure);
   }
   const LastError error = lastError(company);
@@ -223,13 +223,8 @@ TEST_F(OpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
   query(writer, u"UPDATE HVCOMP SET Country = 'FR'");
-  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"DE");
-  const auto rows = businessObject<IRecordset>(other, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
-            kSqlFailure);
-  EXPECT_EQ(lastError(other).text,
-            u"The company database is locked by another program. Try again when it has finished.");
-  EXPECT_EQ(codeOf([&] { other->StartTransaction(); }), kSqlFailure);
+  expectCountryIsLocked(other, u"DE");
+  EXPECT_EQ(raisedBy([&] { other->StartTransaction(); }), kSqlFailure);
   EXPECT_EQ(other->GetInTransaction(), VARIANT_FALSE);
   writer->EndTransaction(VARIANT_TRUE);
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
@@ -252,12 +247,12 @@ TEST_F(OpenTest, AFileThatIsDeletedWhileOpenIsTold) {
   const CComPtr<ICompany> company = connectTo(target());
   std::filesystem::remove(folder.file("company.db"));
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(company).text,
             u"The company database '" + toUtf16(folder.file("company.db")) +
                 u"' was moved or deleted while it was open. Connect again.");
-  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kSqlFailure);
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
 }
 
@@ -271,7 +266,7 @@ TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
     if (company->Connect() != 0) return 1;
     if (rowsOf(company, u"SELECT CompanyName FROM HVCOMP") != u"Demo") return 2;
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    if (codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }) !=
+    if (raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }) !=
         kSqlFailure) {
       return 3;
     }
@@ -280,7 +275,7 @@ TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
       return 4;
     }
     if (addTable(company, u"QX") != kSqlFailure) return 5;
-    return codeOf([&] { company->StartTransaction(); }) == kSqlFailure ? 0 : 6;
+    return raisedBy([&] { company->StartTransaction(); }) == kSqlFailure ? 0 : 6;
   });
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
   EXPECT_EQ(result, 0);

@@ -40,10 +40,8 @@ CurrencyPlace currencyPlaceOf(std::string_view text) {
 CompanySettings readSettings(Database& database) {
   const auto row = database.prepare(
       "SELECT [CompanyName], [Country], [Currency], [SumPlaces], [PricePlaces], [RatePlaces], "
-      "[QuantityPlaces], "
-      "[PercentPlaces], [MeasurePlaces], [DecimalSign], [GroupSign], [DateFormat], [DateSign], "
-      "[CurrencySide] "
-      "FROM [HVCOMP]");
+      "[QuantityPlaces], [PercentPlaces], [MeasurePlaces], [DecimalSign], [GroupSign], "
+      "[DateFormat], [DateSign], [CurrencySide] FROM [HVCOMP]");
   CompanySettings settings;
   if (!row->step()) return settings;
   const auto text = [&](int column) { return toUtf16(row->text(column)); };

@@ -1,7 +1,7 @@
 #include "qxdesk/company/company.h"
 
 #include "qxdesk/company/test_support.h"
-#include "qxdesk/company/type_library.h"
+#include "qxframework/automation/type_info.h"
 
 #include <set>
 
@@ -20,7 +20,7 @@ class ConnectTest : public testing::Test {
     throw DatabaseError(Fault::InputOutput, "not to be opened");
   }
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
 };
 
 TEST_F(ConnectTest, GoesThroughTheClient) {
@@ -81,9 +81,10 @@ TEST_F(ConnectTest, TellsInTheLanguageThatWasPut) {
 TEST_F(ConnectTest, RefusesAContextForAnotherCookie) {
   const CComPtr<ICompany> company = fresh();
   company->GetContextCookie();
-  EXPECT_EQ(
-      codeOf([&] { company->PutLoginContext(CComBSTR(encodeLoginContext(target(), u"another"))); }),
-      kContextRefused);
+  EXPECT_EQ(raisedBy([&] {
+              company->PutLoginContext(CComBSTR(encodeLoginContext(target(), u"another")));
+            }),
+            kContextRefused);
   EXPECT_EQ(lastError(company).code, kContextRefused);
   EXPECT_EQ(company->Connect(), kNoCompanyGiven);
 }
@@ -92,7 +93,7 @@ TEST_F(ConnectTest, TakesAContextOnce) {
   const CComPtr<ICompany> company = fresh();
   const CComBSTR context(encodeLoginContext(target(), company->GetContextCookie().View()));
   company->PutLoginContext(context);
-  EXPECT_EQ(codeOf([&] { company->PutLoginContext(context); }), kContextRefused);
+  EXPECT_EQ(raisedBy([&] { company->PutLoginContext(context); }), kContextRefused);
 }
 
 TEST_F(ConnectTest, RefusesAnApplicationThatIsNoClient) {
@@ -158,19 +159,19 @@ TEST_F(ConnectTest, ObjectsAnswerAfterDisconnectThatThereIsNoConnection) {
   const CComPtr<IRecordset> rows = query(company, u"SELECT CompanyName FROM HVCOMP");
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   company->Disconnect();
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM HVCOMP")); }), kNotConnected);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM HVCOMP")); }), kNotConnected);
   EXPECT_EQ(lastError(company),
             (LastError{kNotConnected, u"The company is not connected. Call Connect first."}));
   EXPECT_EQ(tables->Add(), kNotConnected);
-  EXPECT_EQ(codeOf([&] { company->GetBusinessObject(kRecordset); }), kNotConnected);
-  EXPECT_EQ(codeOf([&] { company->GetCompanyService(); }), kNotConnected);
-  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kNotConnected);
+  EXPECT_EQ(raisedBy([&] { company->GetBusinessObject(kRecordset); }), kNotConnected);
+  EXPECT_EQ(raisedBy([&] { company->GetCompanyService(); }), kNotConnected);
+  EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kNotConnected);
 }
 
 TEST_F(ConnectTest, AnUnknownBusinessObjectIsRefused) {
   const CComPtr<ICompany> company = connectTo(target());
   company->PutLanguage(ln_English);
-  EXPECT_EQ(codeOf([&] { company->GetBusinessObject(4711); }), kNotFound);
+  EXPECT_EQ(raisedBy([&] { company->GetBusinessObject(4711); }), kNotFound);
   EXPECT_EQ(lastError(company).text, u"There is no business object with the number 4711.");
 }
 

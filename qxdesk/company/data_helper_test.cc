@@ -56,8 +56,8 @@ TEST_P(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
 TEST_P(DataHelperTest, TheNullDateIsEmptyText) { EXPECT_EQ(dateText(0.0), u""); }
 
 TEST_P(DataHelperTest, ANumberThatIsNoDateIsRefused) {
-  EXPECT_EQ(codeOf([&] { helper->FormatDateToString(1e9); }), kInvalidValue);
-  EXPECT_EQ(codeOf([&] { helper->FormatDateToString(std::nan("")); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] { helper->FormatDateToString(1e9); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] { helper->FormatDateToString(std::nan("")); }), kInvalidValue);
 }
 
 TEST_P(DataHelperTest, DatesAreReadInTheFormOfTheCompany) {
@@ -80,7 +80,7 @@ TEST_P(DataHelperTest, EmptyTextIsTheNullDate) {
 TEST_P(DataHelperTest, TextThatIsNoDateIsRefused) {
   for (const char16_t* text :
        {u"abc", u"31/02/2024", u"1/2", u"1/2/3/4", u"1//2024", u"01/02/123", u"1234567", u"/"}) {
-    EXPECT_EQ(codeOf([&] { helper->FormatStringToDate(CComBSTR(text)); }), kInvalidValue);
+    EXPECT_EQ(raisedBy([&] { helper->FormatStringToDate(CComBSTR(text)); }), kInvalidValue);
   }
   EXPECT_EQ(lastError(company).text, u"'/' is not a date of the company's date form DD/MM/YYYY.");
 }
@@ -107,8 +107,8 @@ TEST_P(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
 }
 
 TEST_P(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
-  EXPECT_EQ(codeOf([&] { helper->FormatMoneyToString(std::nan(""), mpt_Sum); }), kInvalidValue);
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] { helper->FormatMoneyToString(std::nan(""), mpt_Sum); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] {
               helper->FormatMoneyToString(std::numeric_limits<double>::infinity(), mpt_Sum);
             }),
             kInvalidValue);
@@ -135,19 +135,19 @@ TEST_P(DataHelperTest, ARateBeforeTheFirstDayIsThatOfTheDayTheTimeBelongsTo) {
 }
 
 TEST_P(DataHelperTest, AMissingRateIsTold) {
-  EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear); }), kNotFound);
+  EXPECT_EQ(raisedBy([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear); }), kNotFound);
   EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 31/01/2023.");
 }
 
 TEST_P(DataHelperTest, AMissingRateOfTheNullDateIsToldWithItsDay) {
   for (const DATE date : {0.0, 0.25, -0.25}) {
-    EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), date); }), kNotFound);
+    EXPECT_EQ(raisedBy([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), date); }), kNotFound);
     EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 1899-12-30.");
   }
 }
 
 TEST_P(DataHelperTest, ARateOnWhatIsNoDateIsRefusedWithTheFormOfTheCompany) {
-  EXPECT_EQ(codeOf([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), 1e9); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), 1e9); }), kInvalidValue);
   EXPECT_EQ(lastError(company).text,
             u"'1000000000.000000' is not a date of the company's date form DD/MM/YYYY.");
 }
@@ -178,14 +178,14 @@ TEST_P(DataHelperTest, ForintsAreRoundedToWholeOnesInHungary) {
 
 TEST_P(DataHelperTest, AnUnknownDataInterfaceIsRefused) {
   const auto service = company->GetCompanyService();
-  EXPECT_EQ(codeOf([&] { service->GetDataInterface(12); }), kNotFound);
+  EXPECT_EQ(raisedBy([&] { service->GetDataInterface(12); }), kNotFound);
 }
 
 TEST_P(DataHelperTest, ForeignDataAreRefused) {
   const auto service = company->GetCompanyService();
   CComPtr<IRoundedData> rounded;
   EXPECT_EQ(service->raw_RoundDecimal(nullptr, &rounded), E_INVALIDARG);
-  EXPECT_EQ(codeOf([&] { round(std::nan("")); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] { round(std::nan("")); }), kInvalidValue);
 }
 
 QX_TEST_ON_ALL_MEDIA(DataHelperTest);

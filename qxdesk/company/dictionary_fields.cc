@@ -165,8 +165,7 @@ void Dictionary::addColumn(const std::string& table, const FieldShape& shape) {
 void Dictionary::insertFieldRow(const UserField& field) {
   const auto row = database_.prepare(
       "INSERT INTO [CUFD] ([TableID], [FieldID], [AliasID], [Description], [FieldType], "
-      "[FieldSubType], "
-      "[FieldSize], [EditSize], [DefaultValue], [Mandatory], [LinkedTable]) "
+      "[FieldSubType], [FieldSize], [EditSize], [DefaultValue], [Mandatory], [LinkedTable]) "
       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   bindField(*row, field);
   row->step();

@@ -36,8 +36,8 @@ std::optional<long> Dictionary::findKeyId(const std::string& table, std::string_
 
 std::vector<std::string> Dictionary::keyColumns(const std::string& table, long id) {
   const auto row = database_.prepare(
-      "SELECT [ColumnAlias] FROM [HVUKCOL] WHERE [TableName] = ? AND [KeyNo] = ? ORDER BY "
-      "[ColumnNo]");
+      "SELECT [ColumnAlias] FROM [HVUKCOL] WHERE [TableName] = ? AND [KeyNo] = ? "
+      "ORDER BY [ColumnNo]");
   row->bind(1, std::string_view(table));
   row->bind(2, static_cast<std::int64_t>(id));
   std::vector<std::string> columns;
@@ -118,8 +118,8 @@ void Dictionary::insertKeyRows(const UserKey& key) {
   std::int64_t number = 0;
   for (const std::string& column : key.columns) {
     const auto element = database_.prepare(
-        "INSERT INTO [HVUKCOL] ([TableName], [KeyNo], [ColumnNo], [ColumnAlias]) VALUES (?, ?, ?, "
-        "?)");
+        "INSERT INTO [HVUKCOL] ([TableName], [KeyNo], [ColumnNo], [ColumnAlias]) "
+        "VALUES (?, ?, ?, ?)");
     element->bind(1, std::string_view(key.table));
     element->bind(2, id);
     element->bind(3, number++);

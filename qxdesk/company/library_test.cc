@@ -30,7 +30,7 @@ class LibraryTest : public testing::Test {
 
   void* library;
   Entry entry = nullptr;
-  TemporaryFolder folder;
+  test::TempFolder folder;
 };
 
 TEST_F(LibraryTest, MakesACompanyThatConnects) {

@@ -17,7 +17,7 @@ TEST_P(MetadataKeysTest, AUniqueKeyRefusesEqualRows) {
   query(company, u"INSERT INTO [@QX] (Code, Name, U_A) VALUES ('1', 'n', 'x')");
   query(company, u"INSERT INTO [@QX] (Code, Name, U_A) VALUES ('2', 'n', 'y')");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
                   CComBSTR(u"INSERT INTO [@QX] (Code, Name, U_A) VALUES "
                            u"('3', 'n', 'x')"));
@@ -69,7 +69,7 @@ TEST_P(MetadataKeysTest, AKeyNeedsANameAndColumns) {
   EXPECT_EQ(addKey(company, u"QX", u"K234567890", false, {u"Name"}), 0);
   EXPECT_EQ(addKey(company, u"QX", u"k234567890", false, {u"Name"}), -2107);
   const auto elements = businessObject<IUserKeysMD>(company, kUserKeysMD)->GetElements();
-  EXPECT_EQ(codeOf([&] { elements->Add(); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] { elements->Add(); }), kInvalidValue);
 }
 
 TEST_P(MetadataKeysTest, AUniqueKeyOverEqualRowsIsRefused) {

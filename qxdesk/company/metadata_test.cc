@@ -223,9 +223,10 @@ TEST_P(MetadataTest, CurrentTimeAsDefaultAlsoGoesToATableWithRows) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code, U_A FROM [@QX] WHERE U_D > '20250101' ORDER BY Code"),
             u"1|x\n2|x");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('3', '2')")); }),
-      -2000)
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('3', '2')"));
+            }),
+            -2000)
       << "the unique key is lost";
 }
 
@@ -233,9 +234,10 @@ TEST_P(MetadataTest, AMandatoryFieldTakesNoNull) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"", true}), 0);
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', '1')")); }),
-      -2000);
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', '1')"));
+            }),
+            -2000);
   EXPECT_EQ(lastError(company).text,
             words(u"NOT NULL constraint failed: @QX.U_A",
                   u"null value in column \"u_a\" of relation \"@qx\" violates not-null "
@@ -292,7 +294,7 @@ TEST_P(MetadataTest, ValidValuesMustFitAndDifferAndBeSet) {
   addTable(company, u"QX");
   const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
   const auto values = fields->GetValidValues();
-  EXPECT_EQ(codeOf([&] { values->Add(); }), kInvalidValue);
+  EXPECT_EQ(raisedBy([&] { values->Add(); }), kInvalidValue);
   fields->PutTableName(CComBSTR(u"QX"));
   fields->PutName(CComBSTR(u"Kind"));
   fields->PutSize(1);
@@ -325,7 +327,7 @@ TEST_P(MetadataTest, AFieldCanGrowAndKeepsItsRowsAndKeys) {
   EXPECT_EQ(loadField(company, u"@QX", 0)->GetDescription().View(), u"Longer");
   EXPECT_EQ(loadField(company, u"@QX", 0)->GetSize(), 4);
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
                   CComBSTR(u"INSERT INTO [@QX] (Code, Name, U_A) VALUES "
                            u"('3', 'o', 'ab')"));

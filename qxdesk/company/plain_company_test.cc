@@ -20,7 +20,7 @@ class PlainSourceTest : public testing::Test {
     return rows->GetFields()->Item(index)->GetValue();
   }
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
   std::string connection = "Driver=SQLite3;Database=" + folder.file("plain.db");
   CComPtr<ICompany> company = connectTo(target());
 };
@@ -55,7 +55,7 @@ TEST_F(PlainSourceTest, TextsOfAnyCharacterComeBackAsTheyWere) {
 
 TEST_F(PlainSourceTest, AStatementThatTheSourceRefusesIsToldInItsWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM HVCOMP")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM HVCOMP")); }),
             kSqlFailure);
   EXPECT_NE(lastError(company).text.find(u"syntax error"), std::u16string::npos)
       << toUtf8(lastError(company).text);
@@ -71,9 +71,10 @@ TEST_F(PlainSourceTest, UserTablesFieldsAndKeysAreRealOnes) {
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   EXPECT_EQ(rowsOf(company, u"SELECT U_A, U_D FROM [@QX]"), u"x|2024-02-29 00:00:00");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')")); }),
-      kSqlFailure);
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"));
+            }),
+            kSqlFailure);
 }
 
 TEST_F(PlainSourceTest, AFieldThatGrowsKeepsItsRowsAndKeys) {

@@ -179,12 +179,7 @@ TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsI
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
   query(writer, u"UPDATE HVCOMP SET Country = 'FR'");
-  EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"DE");
-  const auto rows = businessObject<IRecordset>(other, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
-            kSqlFailure);
-  EXPECT_EQ(lastError(other).text,
-            u"The company database is locked by another program. Try again when it has finished.");
+  expectCountryIsLocked(other, u"DE");
   query(other, u"UPDATE HVITEM SET InStock = 1");
   writer->EndTransaction(VARIANT_TRUE);
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
@@ -245,7 +240,7 @@ TEST_F(PostgresOpenTest, AMissingServerIsTold) {
 }
 
 TEST_F(PostgresOpenTest, AServerThatDoesNotAnswerIsToldAfterTheTimeout) {
-  const TemporaryFolder folder;
+  const test::TempFolder folder;
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   folder.file(".s.PGSQL.5432").copy(address.sun_path, sizeof address.sun_path - 1);
@@ -284,7 +279,7 @@ TEST_F(PostgresOpenTest, AUserWithoutRightsIsToldInTheServersWords) {
                           ";Database=" + name + ";Uid=reader"));
   EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(company).text, u"permission denied for table hvcomp");
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
@@ -295,7 +290,7 @@ TEST_F(PostgresOpenTest, AServerThatOnlyReadsIsTold) {
   server.run(name, "ALTER DATABASE " + name + " SET default_transaction_read_only = on");
   const CComPtr<ICompany> company = connectTo(target());
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(company).text,
             u"The company database can only be read; there is no permission to write to it.");

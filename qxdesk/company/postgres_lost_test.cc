@@ -25,7 +25,7 @@ class PostgresLostTest : public testing::TestWithParam<PostgresServer::End> {
   }
   HRESULT run(const std::u16string& sql) {
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    return codeOf([&] { rows->DoQuery(CComBSTR(sql)); });
+    return raisedBy([&] { rows->DoQuery(CComBSTR(sql)); });
   }
   std::u16string codes() {
     return rowsOf(connectTo(target()), u"SELECT Code FROM [@QX] ORDER BY Code");
@@ -48,7 +48,7 @@ TEST_P(PostgresLostTest, IsToldInTheMiddleOfALoopOfQueries) {
   for (; code == S_OK && done < 10; ++done) {
     if (done == 5) server.stop(GetParam());
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    code = codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@QX]")); });
+    code = raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@QX]")); });
     EXPECT_EQ(rows->GetRecordCount(), done < 5 ? 1 : 0);
   }
   EXPECT_EQ(done, 6);
@@ -65,7 +65,7 @@ TEST_P(PostgresLostTest, IsToldByEveryCallAfterItUntilANewConnect) {
   EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
   EXPECT_EQ(addTable(company, u"QY"), kSqlFailure);
   expectLost();
-  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kSqlFailure);
   EXPECT_EQ(company->Connect(), kOpenFailed);
   server.start();
   EXPECT_EQ(company->Connect(), 0) << toUtf8(lastError(company).text);
@@ -81,7 +81,7 @@ TEST_P(PostgresLostTest, TakesTheOpenTransactionAlong) {
   server.stop(GetParam());
   EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"), kSqlFailure);
   expectLost();
-  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text,
             u"The database has rolled the transaction back after a failure; nothing of it was "
             u"kept.");
@@ -96,7 +96,7 @@ TEST_P(PostgresLostTest, ACommitThatMeetsItDoesNotClaimToHaveHappened) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
-  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
   const std::u16string text = lastError(company).text;
   EXPECT_TRUE(text.starts_with(kLost) ||
               text.starts_with(u"The connection to the database server was lost during the commit"))
@@ -156,7 +156,7 @@ TEST_P(PostgresEndedTest, AConnectionThatAnAdministratorEndsIsLost) {
              "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '" +
                  name().substr(0, name().find(';')) + "'");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
   EXPECT_TRUE(lastError(company).text.starts_with(kLost)) << toUtf8(lastError(company).text);
   EXPECT_EQ(rowsOf(another(), u"SELECT Country FROM HVCOMP"), u"DE");
 }
@@ -172,13 +172,13 @@ TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
   EXPECT_EQ(rowsOf(own, u"SELECT Country FROM HVCOMP"), u"DE");
   other.run("UPDATE hvcomp SET country = 'FR'");
   const auto rows = businessObject<IRecordset>(own, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(own).text,
             u"The database has ended the transaction in favour of another program's (could not "
             u"serialize access due to concurrent update); nothing of it was kept. Try again.");
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
-  EXPECT_EQ(codeOf([&] { own->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { own->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(rowsOf(own, u"SELECT COUNT(*) FROM HVITEM WHERE InStock = 5"), u"0");
   own->StartTransaction();
   query(own, u"UPDATE HVCOMP SET Country = 'IT'");

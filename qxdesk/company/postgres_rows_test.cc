@@ -130,7 +130,7 @@ TEST_P(PostgresRowsTest, ColumnsBehindAStarAreCalledAsInTheDictionary) {
 TEST_P(PostgresRowsTest, WordsThatTheServerTakesForDatesAreNone) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   for (const char16_t* word : {u"now", u"infinity", u"today", u"epoch"}) {
-    EXPECT_EQ(codeOf([&] {
+    EXPECT_EQ(raisedBy([&] {
                 rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Day) VALUES ('1', 'n', '" +
                                        std::u16string(word) + u"')"));
               }),
@@ -147,7 +147,7 @@ TEST_P(PostgresRowsTest, BlanksAtTheEndOfATextCount) {
   query(company, u"INSERT INTO [@T] (Code, Name, U_Short) VALUES ('1', 'n', 'a  ')");
   EXPECT_EQ(rowsOf(company, u"SELECT U_Short FROM [@T] WHERE U_Short <> 'a'"), u"a  ");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
                   CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Short) VALUES ('2', 'n', 'abc  ')"));
             }),
@@ -176,7 +176,7 @@ TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsNeitherKeptNorRead) {
   }
   query(company, u"INSERT INTO [@T] (Code, Name, U_Amount) VALUES ('1', 'n', 1e200)");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT U_Amount * U_Amount FROM [@T]")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT U_Amount * U_Amount FROM [@T]")); }),
             kSqlFailure);
   EXPECT_TRUE(lastError(company).text.starts_with(u"A number is out of the range of its column ("))
       << toUtf8(lastError(company).text);

@@ -99,9 +99,9 @@ TEST_P(RecordsetTest, AColumnIsFoundByIndexAndByNameInAnyCase) {
 TEST_P(RecordsetTest, AMissingColumnIsABadIndex) {
   const auto rows = query(company, u"SELECT Code FROM [@T]");
   const auto fields = rows->GetFields();
-  EXPECT_EQ(codeOf([&] { fields->Item(1); }), DISP_E_BADINDEX);
-  EXPECT_EQ(codeOf([&] { fields->Item(-1); }), DISP_E_BADINDEX);
-  EXPECT_EQ(codeOf([&] { fields->Item(u"nope"); }), DISP_E_BADINDEX);
+  EXPECT_EQ(raisedBy([&] { fields->Item(1); }), DISP_E_BADINDEX);
+  EXPECT_EQ(raisedBy([&] { fields->Item(-1); }), DISP_E_BADINDEX);
+  EXPECT_EQ(raisedBy([&] { fields->Item(u"nope"); }), DISP_E_BADINDEX);
   EXPECT_EQ(lastError(company), (LastError{DISP_E_BADINDEX, u"The rows have no column 'nope'."}));
 }
 
@@ -184,7 +184,7 @@ TEST_P(RecordsetTest, AFieldOfAnEarlierQueryIsGoneWithItsColumn) {
   const auto rows = query(company, u"SELECT Code, Name FROM [@T]");
   const auto name = rows->GetFields()->Item(1);
   rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]"));
-  EXPECT_EQ(codeOf([&] { name->GetValue(); }), DISP_E_BADINDEX);
+  EXPECT_EQ(raisedBy([&] { name->GetValue(); }), DISP_E_BADINDEX);
 }
 
 TEST_P(RecordsetTest, AFieldThatIsHeldKeepsItsRows) {
@@ -234,7 +234,7 @@ TEST_P(RecordsetTest, ChangesAndDeletesRows) {
 
 TEST_P(RecordsetTest, ARefusedStatementTellsItsPlace) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE\n Code = = 1")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE\n Code = = 1")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(company).code, -2000);
   EXPECT_TRUE(lastError(company).text.ends_with(u"(line 2, column 9)"))
@@ -243,11 +243,11 @@ TEST_P(RecordsetTest, ARefusedStatementTellsItsPlace) {
 
 TEST_P(RecordsetTest, AFailingStatementTellsTheEnginesWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT U_None FROM [@T]")); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT U_None FROM [@T]")); }), -2000);
   EXPECT_EQ(
       lastError(company),
       (LastError{-2000, words(u"no such column: U_None", u"column \"u_none\" does not exist")}));
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@NONE]")); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@NONE]")); }), -2000);
   EXPECT_EQ(
       lastError(company),
       (LastError{-2000, words(u"no such table: @NONE", u"relation \"@none\" does not exist")}));
@@ -256,25 +256,25 @@ TEST_P(RecordsetTest, AFailingStatementTellsTheEnginesWords) {
 TEST_P(RecordsetTest, AFailureLeavesNoRowsOfTheQueryBefore) {
   insert(u"A", u"1, NULL, NULL, NULL, NULL");
   const auto rows = query(company, u"SELECT Code FROM [@T]");
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"nonsense")); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"nonsense")); }), -2000);
   EXPECT_EQ(rows->GetRecordCount(), 0);
   EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE);
 }
 
 TEST_P(RecordsetTest, ASuccessClearsTheLastError) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"nonsense")); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"nonsense")); }), -2000);
   rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]"));
   EXPECT_EQ(lastError(company), (LastError{0, u""}));
 }
 
 TEST_P(RecordsetTest, RefusesASecondStatementAndAnEmptyOne) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]; DELETE FROM [@T]")); }),
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T]; DELETE FROM [@T]")); }),
             -2000);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR()); }), -2000);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"DROP TABLE [@T]")); }), -2000);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT name FROM sqlite_master")); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR()); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"DROP TABLE [@T]")); }), -2000);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT name FROM sqlite_master")); }), -2000);
 }
 
 TEST_P(RecordsetTest, TextsOfAnyCharacterComeBackAsTheyWere) {
@@ -285,7 +285,7 @@ TEST_P(RecordsetTest, TextsOfAnyCharacterComeBackAsTheyWere) {
 
 TEST_P(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
                   CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Text) VALUES "
                            u"('A', 'A', '123456789012345678901')"));
@@ -296,7 +296,7 @@ TEST_P(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
                   u"new row for relation \"@t\" violates check constraint \"U_Text: at most 20 "
                   u"characters\" (Failing row contains (A, A, null, null, null, "
                   u"123456789012345678901, null).)"));
-  EXPECT_EQ(codeOf([&] {
+  EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
                   CComBSTR(u"INSERT INTO [@T] (Code, Name, U_Count) VALUES "
                            u"('A', 'A', 'many')"));
@@ -309,7 +309,7 @@ TEST_P(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
 TEST_P(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPlace) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE Code = '\xD83D'")); }),
+      raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE Code = '\xD83D'")); }),
       -2000);
   EXPECT_EQ(lastError(company).text,
             u"the statement holds half of a surrogate pair (line 1, column 37)");
@@ -318,9 +318,10 @@ TEST_P(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPlace) {
 TEST_P(RecordsetTest, ADoubledCodeIsRefused) {
   insert(u"A", u"1, NULL, NULL, NULL, NULL");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name) VALUES ('A', 'A')")); }),
-      -2000);
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"INSERT INTO [@T] (Code, Name) VALUES ('A', 'A')"));
+            }),
+            -2000);
   EXPECT_EQ(
       lastError(company).text,
       words(u"UNIQUE constraint failed: @T.Code",

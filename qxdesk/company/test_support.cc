@@ -170,13 +170,13 @@ long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
   return keys->Add();
 }
 
-HRESULT codeOf(const std::function<void()>& operation) {
-  try {
-    operation();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return S_OK;
+void expectCountryIsLocked(const CComPtr<ICompany>& company, std::u16string_view before) {
+  EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), before);
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"The company database is locked by another program. Try again when it has finished.");
 }
 
 std::string TestPlace::database(const std::string& name) {

@@ -10,6 +10,7 @@
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/metadata.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -24,11 +25,7 @@
 
 namespace qx::desk {
 
-/// The path of a file in a folder of a test.
-class TemporaryFolder : public test::TempFolder {
- public:
-  std::string file(const std::string& name) const { return (path() / name).string(); }
-};
+using test::raisedBy;
 
 /// What a company is kept in.
 enum class Medium { Sqlite, Postgres };
@@ -43,7 +40,7 @@ class TestPlace {
   /// One with a new company in it, where that is quicker than making it.
   std::string companyDatabase();
 
-  TemporaryFolder folder;
+  test::TempFolder folder;
 
  private:
   Medium medium_;
@@ -120,8 +117,9 @@ long addField(const CComPtr<ICompany>& company, const FieldSetup& setup);
 long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
             const std::u16string& name, bool unique, const std::vector<std::u16string>& columns);
 
-/// `code` of an operation that must fail.
-HRESULT codeOf(const std::function<void()>& operation);
+/// The company's country, which another connection is writing, reads as `before` and is told to be
+/// locked when it is written.
+void expectCountryIsLocked(const CComPtr<ICompany>& company, std::u16string_view before);
 
 /// Tests with one connected company in a fresh file or database.
 class CompanyTest : public testing::TestWithParam<Medium> {

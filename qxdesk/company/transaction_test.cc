@@ -51,7 +51,7 @@ TEST_P(TransactionTest, AnySetFlagCommits) {
 
 TEST_P(TransactionTest, OnlyOneIsOpenAtATime) {
   company->StartTransaction();
-  EXPECT_EQ(codeOf([&] { company->StartTransaction(); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"A transaction is open already.");
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
 }
@@ -62,13 +62,13 @@ TEST_P(FileTransactionTest, ACommitIntoAFileThatHasGoneFails) {
   company->StartTransaction();
   insert(company, u"1");
   std::filesystem::remove(database);
-  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
   EXPECT_NE(lastError(company).text.find(u"company.db"), std::u16string::npos);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
 TEST_P(TransactionTest, EndingNoneFails) {
-  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"No transaction is open.");
 }
 
@@ -76,9 +76,10 @@ TEST_P(TransactionTest, AFailedStatementLeavesItOpen) {
   company->StartTransaction();
   insert(company, u"1");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')")); }),
-      kSqlFailure);
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')"));
+            }),
+            kSqlFailure);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
   insert(company, u"2");
   company->EndTransaction(VARIANT_TRUE);
@@ -125,9 +126,10 @@ TEST_P(TransactionTest, TheDeathOfTheProcessRollsBack) {
   EXPECT_EQ(codes(company), u"");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   // What it has written is locked, and with a file that is all of it.
-  EXPECT_EQ(
-      codeOf([&] { rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')")); }),
-      kSqlFailure);
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')"));
+            }),
+            kSqlFailure);
   EXPECT_TRUE(lastError(company).text.starts_with(u"The company database is locked"));
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
@@ -205,12 +207,12 @@ TEST_F(LostTransactionTest, RefusesFurtherStatementsUntilItIsEnded) {
   company->StartTransaction();
   database->open = false;
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(u"DELETE FROM HVCOMP")); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"DELETE FROM HVCOMP")); }), kSqlFailure);
   EXPECT_EQ(lastError(company).text,
             u"The database has rolled the transaction back after a failure; nothing of it was "
             u"kept.");
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
-  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
@@ -224,7 +226,7 @@ TEST_F(LostTransactionTest, CanBeRolledBackWithoutComplaint) {
 TEST_F(LostTransactionTest, AFailedCommitLeavesNoneOpen) {
   company->StartTransaction();
   database->failCommit = true;
-  EXPECT_EQ(codeOf([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
   EXPECT_FALSE(database->open);
   database->failCommit = false;

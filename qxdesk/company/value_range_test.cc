@@ -21,7 +21,7 @@ class ValueRangeTest : public CompanyTest {
   /// What the company says of a statement that it refuses.
   std::u16string refusalOf(const std::u16string& sql) const {
     const auto rows = businessObject<IRecordset>(company, kRecordset);
-    EXPECT_EQ(codeOf([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
+    EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
     return lastError(company).text;
   }
 };

@@ -49,8 +49,8 @@ TEST(Desk, BringsAFewFormsOfItsOwn) {
   EXPECT_EQ(desk.openSystemForm(u"3101")->uid(), u"F_2");
   EXPECT_EQ(desk.forms.byTypeAndCount(u"3101", 2)->uid(), u"F_2");
   EXPECT_EQ(desk.openSystemForm(u"1001")->title, u"Customer");
-  EXPECT_EQ(codeOf([&] { desk.openSystemForm(u"77"); }), kFormNotFound);
-  EXPECT_EQ(codeOf([&] { desk.openSystemForm(u"169"); }), kFormAlreadyExists);
+  EXPECT_EQ(raisedBy([&] { desk.openSystemForm(u"77"); }), kFormNotFound);
+  EXPECT_EQ(raisedBy([&] { desk.openSystemForm(u"169"); }), kFormAlreadyExists);
 }
 
 TEST(Desk, NamesTheCompanyAfterItsDatabaseUnlessTold) {

@@ -8,25 +8,25 @@ namespace qx::screens {
 namespace {
 
 TEST(FormModel, HoldsUidsToTenUnits) {
-  EXPECT_EQ(codeOf([] { FormModel(u"1234567890", u"1", false); }), S_OK);
-  EXPECT_EQ(codeOf([] { FormModel(u"12345678901", u"1", false); }), kStringTooLong10);
-  EXPECT_EQ(codeOf([] { FormModel(u"", u"1", false); }), kFormSettingUid);
+  EXPECT_EQ(raisedBy([] { FormModel(u"1234567890", u"1", false); }), S_OK);
+  EXPECT_EQ(raisedBy([] { FormModel(u"12345678901", u"1", false); }), kStringTooLong10);
+  EXPECT_EQ(raisedBy([] { FormModel(u"", u"1", false); }), kFormSettingUid);
   FormModel form(u"A", u"1", false);
   ItemModel item;
   item.uid = u"12345678901";
-  EXPECT_EQ(codeOf([&] { form.addItem(std::move(item)); }), kStringTooLong10);
-  EXPECT_EQ(codeOf([&] { form.addItem(ItemModel()); }), kItemAttributes);
-  EXPECT_EQ(codeOf([&] { form.addSource(u"12345678901", 9, 1); }), kStringTooLong10);
+  EXPECT_EQ(raisedBy([&] { form.addItem(std::move(item)); }), kStringTooLong10);
+  EXPECT_EQ(raisedBy([&] { form.addItem(ItemModel()); }), kItemAttributes);
+  EXPECT_EQ(raisedBy([&] { form.addSource(u"12345678901", 9, 1); }), kStringTooLong10);
 }
 
 TEST(FormModel, TakesAnItemUidOnce) {
   const auto form = makeAddOnForm(u"A");
   ItemModel item;
   item.uid = u"5";
-  EXPECT_EQ(codeOf([&] { form->addItem(std::move(item)); }), kItemAlreadyExists);
-  EXPECT_EQ(codeOf([&] { form->removeItem(u"5"); }), S_OK);
-  EXPECT_EQ(codeOf([&] { form->removeItem(u"5"); }), kInvalidItem);
-  EXPECT_EQ(codeOf([&] { form->item(u"5"); }), kInvalidItem);
+  EXPECT_EQ(raisedBy([&] { form->addItem(std::move(item)); }), kItemAlreadyExists);
+  EXPECT_EQ(raisedBy([&] { form->removeItem(u"5"); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { form->removeItem(u"5"); }), kInvalidItem);
+  EXPECT_EQ(raisedBy([&] { form->item(u"5"); }), kInvalidItem);
 }
 
 TEST(FormModel, ForgetsTheDefaultAndTheFocusOfARemovedItem) {
@@ -47,7 +47,7 @@ TEST(FormModel, SharesTheValueOfASourceWithTheControlsBoundToIt) {
   ItemModel& edit = form.addItem(std::move(item));
   edit.text.set(u"abc");
   EXPECT_EQ(form.findSource(u"UD")->value(), u"abc");
-  EXPECT_EQ(codeOf([&] { edit.text.set(u"abcdef"); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { edit.text.set(u"abcdef"); }), kInvalidFieldValue);
   EXPECT_EQ(edit.text.get(), u"abc");
 }
 
@@ -62,11 +62,11 @@ TEST(FormModel, CountsFreezes) {
 
 TEST(FormModel, RefusesModesDefaultsAndSizesThatDoNotExist) {
   FormModel form(u"A", u"1", false);
-  EXPECT_EQ(codeOf([&] { form.setMode(4); }), kFormSettingMode);
-  EXPECT_EQ(codeOf([&] { form.setMode(-1); }), kFormSettingMode);
-  EXPECT_EQ(codeOf([&] { form.setDefaultItem(u"none"); }), kFormSettingDefaultButton);
-  EXPECT_EQ(codeOf([&] { form.setWidth(-1); }), kFormSettingRect);
-  EXPECT_EQ(codeOf([&] { form.setHeight(-1); }), kFormSettingRect);
+  EXPECT_EQ(raisedBy([&] { form.setMode(4); }), kFormSettingMode);
+  EXPECT_EQ(raisedBy([&] { form.setMode(-1); }), kFormSettingMode);
+  EXPECT_EQ(raisedBy([&] { form.setDefaultItem(u"none"); }), kFormSettingDefaultButton);
+  EXPECT_EQ(raisedBy([&] { form.setWidth(-1); }), kFormSettingRect);
+  EXPECT_EQ(raisedBy([&] { form.setHeight(-1); }), kFormSettingRect);
 }
 
 TEST(ComboModel, SelectsByKeyBeforeShownText) {
@@ -78,7 +78,7 @@ TEST(ComboModel, SelectsByKeyBeforeShownText) {
   combo.select(*combo.find(u"Two"));
   EXPECT_EQ(combo.selected(), 1U);
   EXPECT_EQ(combo.find(u"3"), std::nullopt);
-  EXPECT_EQ(codeOf([&] { combo.select(2); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { combo.select(2); }), kInvalidFieldValue);
 }
 
 TEST(ComboModel, FollowsItsSelectionWhenEntriesGo) {
@@ -138,16 +138,16 @@ TEST_F(Matrix, CopiesTheSourcesIntoANewRow) {
 }
 
 TEST_F(Matrix, RefusesPlacesOutside) {
-  EXPECT_EQ(codeOf([&] { matrix_.addRows(1, 1); }), kIllegalOffset);
-  EXPECT_EQ(codeOf([&] { matrix_.addRows(-1, 0); }), kIllegalOffset);
-  EXPECT_EQ(codeOf([&] { matrix_.addRows(2'000'000'000, -1); }), kIllegalOffset);
-  EXPECT_EQ(codeOf([&] { matrix_.selectRow(0, true, true); }), kIllegalOffset);
-  EXPECT_EQ(codeOf([&] { matrix_.cell(1, *matrix_.columns()[0]); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.addRows(1, 1); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.addRows(-1, 0); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.addRows(2'000'000'000, -1); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.selectRow(0, true, true); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.cell(1, *matrix_.columns()[0]); }), kIllegalOffset);
   MatrixColumn other;
   matrix_.addRows(1, -1);
-  EXPECT_EQ(codeOf([&] { matrix_.cell(1, other); }), kInvalidColumn);
+  EXPECT_EQ(raisedBy([&] { matrix_.cell(1, other); }), kInvalidColumn);
   other.uid = u"A";
-  EXPECT_EQ(codeOf([&] { matrix_.addColumn(other); }), kColumnAlreadyExists);
+  EXPECT_EQ(raisedBy([&] { matrix_.addColumn(other); }), kColumnAlreadyExists);
 }
 
 TEST_F(Matrix, SelectsOneRowOrSeveral) {

@@ -52,8 +52,8 @@ TEST_F(FormsTest, LeavesAFormUnopenedWhoseLoadIsVetoed) {
 
 TEST_F(FormsTest, RefusesAUidThatIsTakenOrReserved) {
   desk_.forms.open(makeAddOnForm(u"A"));
-  EXPECT_EQ(codeOf([&] { desk_.forms.open(makeAddOnForm(u"A")); }), kFormAlreadyExists);
-  EXPECT_EQ(codeOf([&] { desk_.forms.open(makeAddOnForm(u"F_9")); }), kFormUidReserved);
+  EXPECT_EQ(raisedBy([&] { desk_.forms.open(makeAddOnForm(u"A")); }), kFormAlreadyExists);
+  EXPECT_EQ(raisedBy([&] { desk_.forms.open(makeAddOnForm(u"F_9")); }), kFormUidReserved);
 }
 
 TEST_F(FormsTest, ClosesWithCloseAndUnloadAndSelectsTheFormBefore) {
@@ -64,7 +64,7 @@ TEST_F(FormsTest, ClosesWithCloseAndUnloadAndSelectsTheFormBefore) {
   EXPECT_EQ(sink->log,
             (Log{"before item 20 A", "after item 20 A", "before item 17 A", "after item 17 A"}));
   EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
-  EXPECT_EQ(codeOf([&] { desk_.forms.close(form); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { desk_.forms.close(form); }), kInvalidForm);
 }
 
 TEST_F(FormsTest, StaysOpenWhenTheClosingOrTheUnloadIsVetoed) {
@@ -80,7 +80,7 @@ TEST_F(FormsTest, StaysOpenWhenTheClosingOrTheUnloadIsVetoed) {
 }
 
 TEST_F(FormsTest, KeepsTheMainMenuOpen) {
-  EXPECT_EQ(codeOf([&] { desk_.forms.close(desk_.forms.all()[0]); }), kFormFunctionNotSupported);
+  EXPECT_EQ(raisedBy([&] { desk_.forms.close(desk_.forms.all()[0]); }), kFormFunctionNotSupported);
 }
 
 TEST_F(FormsTest, HoldsBackAClosingUntilTheFormsOwnEventIsOver) {
@@ -111,7 +111,7 @@ TEST_F(FormsTest, ClosesAsAskedWhenTheActionIsRefused) {
     raiseError(kInvalidItem);
     return true;
   };
-  EXPECT_EQ(codeOf([&] { desk_.forms.whileBusy(form, refused); }), kInvalidItem);
+  EXPECT_EQ(raisedBy([&] { desk_.forms.whileBusy(form, refused); }), kInvalidItem);
   EXPECT_FALSE(form->isOpen());
 }
 
@@ -119,7 +119,7 @@ TEST_F(FormsTest, ClosesOnceWhenAHandlerClosesItInItsClosingEvent) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);
   const auto sink =
-      listen(desk_, [&](const std::string&, bool&) { codeOf([&] { desk_.forms.close(form); }); });
+      listen(desk_, [&](const std::string&, bool&) { raisedBy([&] { desk_.forms.close(form); }); });
   desk_.forms.close(form);
   EXPECT_EQ(sink->log.size(), 4U);
   EXPECT_FALSE(form->isOpen());

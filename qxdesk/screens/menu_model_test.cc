@@ -44,7 +44,7 @@ TEST(MenuModel, RefusesWhatDoesNotFitTheTree) {
   MenuModel menus;
   MenuEntry& leaf = *menus.add(*menus.root(), entry(u"A", u"leaf"), -1);
   const auto add = [&](MenuEntry& father, MenuProperties properties, long position) {
-    return codeOf([&] { menus.add(father, properties, position); });
+    return raisedBy([&] { menus.add(father, properties, position); });
   };
   EXPECT_EQ(add(*menus.root(), entry(u"A", u"again"), -1), kMenuAlreadyExists);
   EXPECT_EQ(add(leaf, entry(u"B", u"below a leaf"), -1), kInvalidMenuItem);
@@ -62,14 +62,14 @@ TEST(MenuModel, RemovesAnEntryWithAllBelowIt) {
   EXPECT_EQ(menus.find(u"A"), nullptr);
   EXPECT_EQ(menus.find(u"B"), nullptr);
   EXPECT_EQ(below->father(), nullptr);
-  EXPECT_EQ(codeOf([&] { menus.remove(*popup); }), kInvalidMenuItem);
-  EXPECT_EQ(codeOf([&] { menus.add(*menus.root(), entry(u"B", u"free again"), -1); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { menus.remove(*popup); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { menus.add(*menus.root(), entry(u"B", u"free again"), -1); }), S_OK);
 }
 
 TEST(MenuModel, KeepsTheClientsOwnEntries) {
   MenuModel menus;
   MenuEntry& own = *menus.addSystem(*menus.root(), entry(u"1", u"own"));
-  EXPECT_EQ(codeOf([&] { menus.remove(own); }), kNotAUserMenuItem);
+  EXPECT_EQ(raisedBy([&] { menus.remove(own); }), kNotAUserMenuItem);
   EXPECT_NE(menus.find(u"1"), nullptr);
 }
 

@@ -74,7 +74,7 @@ TEST_F(MessageBoxesTest, CompletesButtonsAndDefault) {
 
 TEST_F(MessageBoxesTest, FailsInsteadWhenBoxesNobodyAnswersAreRefused) {
   MessageBoxes strict(true);
-  EXPECT_EQ(codeOf([&] { strict.show(box(u"Sure?", 1)); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { strict.show(box(u"Sure?", 1)); }), kGeneralFailure);
   strict.queueAnswer(2);
   EXPECT_EQ(strict.show(box(u"Sure?", 1)), 2);
 }

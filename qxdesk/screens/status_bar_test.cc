@@ -32,11 +32,11 @@ TEST(StatusBar, LendsTheProgressBarToOneHolderAtATime) {
   auto first = bar.createProgress(u"Loading", 30, false);
   first->setValue(7);
   EXPECT_EQ(toUtf8(printStatus(bar)), "progress \"Loading\" 7/30\n");
-  EXPECT_EQ(codeOf([&] { bar.createProgress(u"x", 1, false); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { bar.createProgress(u"x", 1, false); }), kGeneralFailure);
   first->stop();
   first->stop();
-  EXPECT_EQ(codeOf([&] { first->setValue(1); }), kGeneralFailure);
-  EXPECT_EQ(codeOf([&] { first->setText(u"x"); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { first->setValue(1); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { first->setText(u"x"); }), kGeneralFailure);
   const auto second = bar.createProgress(u"x", 1, false);
   first.reset();
   EXPECT_EQ(bar.progress(), second);
@@ -61,7 +61,7 @@ TEST(StatusBar, KeepsTheValueWithinTheBar) {
 TEST(StatusBar, RespectsTheHolderInAnotherProcess) {
   bool taken = true;
   StatusBar bar(std::make_unique<FakeLock>(taken));
-  EXPECT_EQ(codeOf([&] { bar.createProgress(u"x", 1, false); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { bar.createProgress(u"x", 1, false); }), kGeneralFailure);
   EXPECT_TRUE(taken);
   taken = false;
   auto progress = bar.createProgress(u"x", 1, false);
@@ -74,7 +74,7 @@ TEST(StatusBar, LeavesAHolderBehindThatFindsTheBarGone) {
   auto bar = std::make_unique<StatusBar>(nullptr);
   const auto progress = bar->createProgress(u"x", 1, false);
   bar.reset();
-  EXPECT_EQ(codeOf([&] { progress->setValue(1); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { progress->setValue(1); }), kGeneralFailure);
 }
 
 }  // namespace

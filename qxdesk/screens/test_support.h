@@ -4,8 +4,8 @@
 
 #include "qxdesk/screens/desk.h"
 #include "qxdesk/screens/ui_codes.h"
-#include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
+#include "tests/support/raised_by.h"
 
 #include <functional>
 #include <memory>
@@ -14,6 +14,8 @@
 #include <vector>
 
 namespace qx::screens {
+
+using test::raisedBy;
 
 /// "before item 1 F_1.4", "after menu 3001": one event in a few words.
 struct EventWords {
@@ -85,17 +87,6 @@ inline ProbeSink::Handler veto(std::string words) {
   return [words](const std::string& event, bool& bubble) {
     if (event == words) bubble = false;
   };
-}
-
-/// The code with which `body` is refused, 0 if it is not.
-template <class Body>
-HRESULT codeOf(Body&& body) {
-  try {
-    body();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return S_OK;
 }
 
 inline DeskSettings testSettings() {

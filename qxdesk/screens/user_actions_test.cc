@@ -45,11 +45,11 @@ TEST_F(UserTest, CallsAMenuEventInnerThatIsRaisedWithinAnother) {
 }
 
 TEST_F(UserTest, RefusesMenuEntriesThatCannotBePicked) {
-  EXPECT_EQ(codeOf([&] { user_.pickMenu(u"none"); }), kInvalidMenuItem);
-  EXPECT_EQ(codeOf([&] { user_.pickMenu(u""); }), kInvalidMenuItem);
-  EXPECT_EQ(codeOf([&] { user_.pickMenu(u"1284"); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"none"); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u""); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"1284"); }), kInvalidMenuItem);
   desk_.menus.find(u"3000")->properties().enabled = false;
-  EXPECT_EQ(codeOf([&] { user_.pickMenu(u"3001"); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"3001"); }), kNotValidTarget);
 }
 
 TEST_F(UserTest, SendsTheShutDownWhenQuitIsPicked) {
@@ -188,8 +188,8 @@ TEST_F(UserTest, ClicksAndDoubleClicksIntoAMatrix) {
                             "before item 6 F_1.20.2.1", "after item 6 F_1.20.2.1",
                             "before item 7 F_1.20.2.1", "after item 7 F_1.20.2.1"}));
   EXPECT_TRUE(desk_.forms.find(u"F_1")->item(u"20").matrix->isRowSelected(1));
-  EXPECT_EQ(codeOf([&] { user_.click({u"F_1", u"20", u"2", 2}); }), kIllegalOffset);
-  EXPECT_EQ(codeOf([&] { user_.click({u"F_1", u"20", u"99", 1}); }), kInvalidColumn);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"F_1", u"20", u"2", 2}); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"F_1", u"20", u"99", 1}); }), kInvalidColumn);
 }
 
 TEST_F(UserTest, TypesIntoACell) {
@@ -203,22 +203,22 @@ TEST_F(UserTest, ChoosesInAComboBox) {
   user_.openForm(u"3101");
   EXPECT_TRUE(user_.choose({u"F_1", u"7"}, u"C"));
   EXPECT_EQ(desk_.forms.find(u"F_1")->item(u"7").combo->selected(), 1U);
-  EXPECT_EQ(codeOf([&] { user_.choose({u"F_1", u"7"}, u"X"); }), kInvalidFieldValue);
-  EXPECT_EQ(codeOf([&] { user_.choose({u"F_1", u"4"}, u"X"); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.choose({u"F_1", u"7"}, u"X"); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { user_.choose({u"F_1", u"4"}, u"X"); }), kNotValidTarget);
 }
 
 TEST_F(UserTest, ReachesOnlyWhatIsThereAndOnTheScreen) {
   const auto form = openForm();
-  EXPECT_EQ(codeOf([&] { user_.click({u"none", u"1"}); }), kInvalidForm);
-  EXPECT_EQ(codeOf([&] { user_.click({u"A", u"none"}); }), kInvalidItem);
-  EXPECT_EQ(codeOf([&] { user_.type({u"A", u"1"}, u"x"); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"none", u"1"}); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"none"}); }), kInvalidItem);
+  EXPECT_EQ(raisedBy([&] { user_.type({u"A", u"1"}, u"x"); }), kNotValidTarget);
   form->item(u"6").enabled = false;
-  EXPECT_EQ(codeOf([&] { user_.click({u"A", u"6"}); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"6"}); }), kNotValidTarget);
   form->item(u"5").visible = false;
-  EXPECT_EQ(codeOf([&] { user_.type({u"A", u"5"}, u"x"); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.type({u"A", u"5"}, u"x"); }), kNotValidTarget);
   desk_.forms.show(form, false);
-  EXPECT_EQ(codeOf([&] { user_.click({u"A", u"1"}); }), kNotValidTarget);
-  EXPECT_EQ(codeOf([&] { user_.selectForm(u"A"); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"1"}); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.selectForm(u"A"); }), kNotValidTarget);
   EXPECT_TRUE(UserActions(desk_, Hand::kAddOn).click({u"A", u"1"}));
 }
 

@@ -6,13 +6,14 @@
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/test_component.h"
 #include "qxframework/automation/text.h"
+#include "tests/support/registry_in_use.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -63,23 +64,17 @@ HRESULT code(REFCLSID clsid) {
 class Activation : public testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "qx-activation-XXXXXX");
-    folder_ = mkdtemp(pattern.data());
-    setenv("QX_REGISTRY", (folder_ / "registry.toml").c_str(), 1);
     g_traced.clear();
     qx::setDeveloperTraceSink([](std::u16string_view text) { g_traced += text; });
     registered("");
   }
   void TearDown() override {
     qx::setDeveloperTraceSink(nullptr);
-    unsetenv("QX_REGISTRY");
-    std::filesystem::remove_all(folder_);
     for (const DWORD cookie : cookies_) CoRevokeClassObject(cookie);
-    qx::resetActivation();
   }
 
   void registered(const std::string& text) {
-    std::ofstream(folder_ / "registry.toml") << text;
+    folder_.write("registry.toml", text);
     qx::resetActivation();
   }
   static std::string serverEntry(REFCLSID clsid, const std::string& path) {
@@ -94,7 +89,8 @@ class Activation : public testing::Test {
     return cookie;
   }
 
-  std::filesystem::path folder_;
+  qx::test::TempFolder folder_;
+  qx::test::RegistryInUse registry_{folder_.path() / "registry.toml"};
   std::vector<DWORD> cookies_;
 };
 
@@ -109,7 +105,7 @@ TEST_F(Activation, LoadsTheLibraryThatTheRegistryNames) {
 }
 
 TEST_F(Activation, ARelativePathCountsFromTheRegistryFile) {
-  std::filesystem::create_symlink(QX_TEST_COMPONENT, folder_ / "component.so");
+  std::filesystem::create_symlink(QX_TEST_COMPONENT, folder_.path() / "component.so");
   registered(serverEntry(kGreeterClass, "component.so"));
   EXPECT_EQ(greeting(), u"hello from the library");
 }
@@ -123,7 +119,7 @@ TEST_F(Activation, ALibraryThatIsMissingIsToldToTheDeveloper) {
 }
 
 TEST_F(Activation, AFileThatIsNoLibraryDoesNotLoad) {
-  std::ofstream(folder_ / "text.so") << "not a library";
+  folder_.write("text.so", "not a library");
   registered(serverEntry(kGreeterClass, "text.so"));
   EXPECT_EQ(code(kGreeterClass), CO_E_DLLNOTFOUND);
   EXPECT_NE(g_traced.find(u"text.so"), std::u16string::npos);
@@ -143,14 +139,14 @@ TEST_F(Activation, WhatTheLibraryAnswersIsTheResult) {
 TEST_F(Activation, AFailureIsNotRemembered) {
   registered(serverEntry(kGreeterClass, "component.so"));
   EXPECT_EQ(code(kGreeterClass), CO_E_DLLNOTFOUND);
-  std::filesystem::create_symlink(QX_TEST_COMPONENT, folder_ / "component.so");
+  std::filesystem::create_symlink(QX_TEST_COMPONENT, folder_.path() / "component.so");
   EXPECT_EQ(greeting(), u"hello from the library");
 }
 
 TEST_F(Activation, AFoundFactoryIsKeptUntilItIsForgotten) {
   registered(serverEntry(kGreeterClass, QX_TEST_COMPONENT));
   EXPECT_EQ(greeting(), u"hello from the library");
-  std::ofstream(folder_ / "registry.toml") << "";
+  folder_.write("registry.toml", "");
   EXPECT_EQ(greeting(), u"hello from the library");
   qx::resetActivation();
   EXPECT_EQ(code(kGreeterClass), REGDB_E_CLASSNOTREG);

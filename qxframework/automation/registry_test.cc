@@ -2,15 +2,13 @@
 
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
+#include "tests/support/scoped_variable.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <array>
 #include <filesystem>
-#include <fstream>
-#include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -24,46 +22,27 @@ void recordTrace(std::u16string_view text) { g_trace += text; }
 class RegistryTest : public testing::Test {
  protected:
   RegistryTest() {
-    std::string name = (std::filesystem::temp_directory_path() / "qx_registry_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    folder_ = name;
     g_trace.clear();
     setDeveloperTraceSink(recordTrace);
-    for (std::size_t index = 0; index < kVariables.size(); ++index) {
-      const char* value = getenv(kVariables[index]);
-      if (value != nullptr) before_[index] = value;
-      unsetenv(kVariables[index]);
-    }
   }
-  ~RegistryTest() override {
-    for (std::size_t index = 0; index < kVariables.size(); ++index) {
-      if (before_[index]) setenv(kVariables[index], before_[index]->c_str(), 1);
-      if (!before_[index]) unsetenv(kVariables[index]);
-    }
-    setDeveloperTraceSink(nullptr);
-    std::filesystem::remove_all(folder_);
-  }
+  ~RegistryTest() override { setDeveloperTraceSink(nullptr); }
 
-  std::filesystem::path write(const std::string& name, std::string_view content) const {
-    const std::filesystem::path file = folder_ / name;
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << content;
-    return file;
+  Registry read(std::string_view content) const {
+    return Registry(folder_.write("r.toml", content));
   }
-
-  Registry read(std::string_view content) const { return Registry(write("r.toml", content)); }
 
   /// The problem of a registry with this content, without the folder.
   std::string problem(std::string_view content) const {
     std::string text = read(content).problem();
-    const std::string prefix = folder_.string() + "/";
+    const std::string prefix = folder_.path().string() + "/";
     if (text.starts_with(prefix)) text.erase(0, prefix.size());
     return text;
   }
 
-  static constexpr std::array<const char*, 3> kVariables{"QX_REGISTRY", "XDG_CONFIG_HOME", "HOME"};
-  std::array<std::optional<std::string>, 3> before_;
-  std::filesystem::path folder_;
+  test::ScopedVariable ownFile_{"QX_REGISTRY", nullptr};
+  test::ScopedVariable config_{"XDG_CONFIG_HOME", nullptr};
+  test::ScopedVariable home_{"HOME", nullptr};
+  test::TempFolder folder_;
 };
 
 TEST_F(RegistryTest, ReadsTextsAndDoubleWords) {
@@ -135,7 +114,7 @@ ThreadingModel = 'Apartment'
     return registry.readString(HKEY_CLASSES_ROOT, key, name);
   };
   EXPECT_EQ(text(u"CLSID\\{1}\\InprocServer32", u""),
-            toUtf16((folder_.parent_path() / "lib/libqxdesk.so").string()));
+            toUtf16((folder_.path().parent_path() / "lib/libqxdesk.so").string()));
   EXPECT_EQ(text(u"CLSID\\{1}\\InprocServer32", u"ThreadingModel"), u"Apartment");
   EXPECT_EQ(text(u"CLSID\\{2}\\InprocServer32", u""), u"/opt/lib.so");
   EXPECT_EQ(text(u"CLSID\\{3}\\LocalServer32", u""), u"qxdesk");
@@ -145,7 +124,7 @@ TEST_F(RegistryTest, BrokenTomlIsToldWithItsPlaceAndToTheTrace) {
   const std::string text = problem("['HKEY_CURRENT_USER']\nName = \n");
   EXPECT_TRUE(text.starts_with("r.toml:2:")) << text;
   EXPECT_TRUE(text.ends_with("; correct the TOML")) << text;
-  EXPECT_EQ(g_trace, toUtf16("registry: " + folder_.string() + "/" + text + "\n"));
+  EXPECT_EQ(g_trace, toUtf16("registry: " + folder_.path().string() + "/" + text + "\n"));
 }
 
 TEST_F(RegistryTest, AnUnknownRootIsTold) {
@@ -162,7 +141,7 @@ TEST_F(RegistryTest, AValueOutsideOfAnyKeyIsTold) {
 
 TEST_F(RegistryTest, AValueOfAnotherKindIsToldAndTheRestCounts) {
   const Registry registry = read("[HKEY_CURRENT_USER]\nBad = -1\nGood = 'x'\nWorse = 1.5\n");
-  EXPECT_EQ(registry.problem(), (folder_ / "r.toml").string() +
+  EXPECT_EQ(registry.problem(), (folder_.path() / "r.toml").string() +
                                     ":2:7: the value is neither a text nor a double word; write a "
                                     "text in quotes or an integer from 0 to 4294967295");
   EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Good"), u"x");
@@ -175,34 +154,36 @@ TEST_F(RegistryTest, AValueThatStandsTwiceInDifferentCaseIsTold) {
 }
 
 TEST_F(RegistryTest, AMissingFileIsTold) {
-  const Registry registry(folder_ / "none.toml");
-  EXPECT_EQ(registry.problem(), (folder_ / "none.toml").string() +
+  const Registry registry(folder_.path() / "none.toml");
+  EXPECT_EQ(registry.problem(), (folder_.path() / "none.toml").string() +
                                     ": there is no such file; create it or set QX_REGISTRY");
 }
 
 TEST_F(RegistryTest, TheVariableNamesTheFileBeforeAllOthers) {
-  write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'user'\n");
-  setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
-  const std::filesystem::path own = write("own.toml", "[HKEY_CURRENT_USER]\nName = 'own'\n");
+  folder_.write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'user'\n");
+  setenv("XDG_CONFIG_HOME", (folder_.path() / "config").c_str(), 1);
+  const std::filesystem::path own =
+      folder_.write("own.toml", "[HKEY_CURRENT_USER]\nName = 'own'\n");
   setenv("QX_REGISTRY", own.c_str(), 1);
   EXPECT_EQ(Registry::reload().file(), own);
   EXPECT_EQ(Registry::current().readString(HKEY_CURRENT_USER, u"", u"Name"), u"own");
 }
 
 TEST_F(RegistryTest, TheUsersConfigurationFolderComesNext) {
-  write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'xdg'\n");
-  write(".config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'home'\n");
-  setenv("HOME", folder_.c_str(), 1);
+  folder_.write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'xdg'\n");
+  folder_.write(".config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'home'\n");
+  setenv("HOME", folder_.path().c_str(), 1);
   EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"home");
-  setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
+  setenv("XDG_CONFIG_HOME", (folder_.path() / "config").c_str(), 1);
   EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"xdg");
 }
 
 TEST_F(RegistryTest, IsReadAgainOnlyWhenAskedTo) {
-  const std::filesystem::path own = write("own.toml", "[HKEY_CURRENT_USER]\nName = 'old'\n");
+  const std::filesystem::path own =
+      folder_.write("own.toml", "[HKEY_CURRENT_USER]\nName = 'old'\n");
   setenv("QX_REGISTRY", own.c_str(), 1);
   Registry::reload();
-  write("own.toml", "[HKEY_CURRENT_USER]\nName = 'new'\n");
+  folder_.write("own.toml", "[HKEY_CURRENT_USER]\nName = 'new'\n");
   EXPECT_EQ(Registry::current().readString(HKEY_CURRENT_USER, u"", u"Name"), u"old");
   EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"new");
 }

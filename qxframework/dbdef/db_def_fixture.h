@@ -3,7 +3,6 @@
 // What the tests of CQXDbDef share: the fakes of the host, a log that is kept, a clock that stands
 // still, and definitions that stand beside the expectations.
 
-#include "qxframework/automation/com_error.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/os/clock.h"
@@ -11,28 +10,18 @@
 #include "tests/support/definition_file.h"
 #include "tests/support/fake_application.h"
 #include "tests/support/fake_company.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/recording_logger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace qx::test {
-
-/// The code that `call` raises, 0 if it raises none.
-inline HRESULT raisedBy(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return S_OK;
-}
 
 /// A definition of one user table "T", which has `content`.
 inline std::string userTable(std::string_view content) {

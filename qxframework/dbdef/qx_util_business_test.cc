@@ -4,6 +4,7 @@
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"
 #include "tests/support/amounts.h"
+#include "tests/support/amounts_at_the_host.h"
 #include "tests/support/fake_money.h"
 #include "tests/support/recording_logger.h"
 
@@ -153,12 +154,7 @@ class QxUtilTaxRoundedByTheHost : public QxUtilTax {
     CQXCurrency::m_ptrDecimalData = CComPtr<IDecimalData>(qx::makeObject<FakeDecimalData>(calls).p);
     rate(CComVariant(16.5));
   }
-  ~QxUtilTaxRoundedByTheHost() override {
-    CQXCurrency::m_RoundViaRX = false;
-    CQXCurrency::m_ptrCompService.Release();
-    CQXCurrency::m_ptrDecimalData.Release();
-    CQXCurrency::m_ptrRoundedData.Release();
-  }
+  ~QxUtilTaxRoundedByTheHost() override { qx::test::forgetTheHostOfAmounts(); }
 
   CComPtr<FakeCompanyService> service = qx::makeObject<FakeCompanyService>(calls);
 };

@@ -7,12 +7,12 @@
 #include "qxframework/host/controls.h"
 #include "qxframework/host/form.h"
 #include "qxframework/os/message_loop.h"
-#include "qxframework/os/test_support.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "tests/support/fake_application.h"
 #include "tests/support/fake_company.h"
 #include "tests/support/recording_logger.h"
+#include "tests/support/registry_in_use.h"
 #include "tests/support/temp_folder.h"
 
 #include <gmock/gmock.h>
@@ -186,11 +186,6 @@ TEST(QxUtilWindow, AWindowOfThisProcessHasItsProgram) {
 
 class QxUtilRegistry : public ::testing::Test {
  protected:
-  QxUtilRegistry() { qx::Registry::reload(); }
-  ~QxUtilRegistry() override {
-    environment_.reset();
-    qx::Registry::reload();
-  }
   static std::string content() {
     return "[\"HKEY_CURRENT_USER\\\\Software\\\\Halvex\"]\nName = \"value\"\nNumber = 7\n"
            "Longest = \"" +
@@ -200,8 +195,7 @@ class QxUtilRegistry : public ::testing::Test {
   TempFolder folder;
 
  private:
-  std::optional<qx::ScopedEnvironment> environment_{
-      std::in_place, "QX_REGISTRY", folder.write("registry.toml", content()).c_str()};
+  qx::test::RegistryInUse registry_{folder.write("registry.toml", content())};
 };
 
 TEST_F(QxUtilRegistry, ReadsATextOfKeyAndTail) {

@@ -9,13 +9,13 @@
 #include "qxframework/dbdef/qx_util.h"
 #include "qxframework/host/ids.h"
 #include "qxframework/os/test_support.h"
+#include "tests/support/fake_type_library.h"
 #include "tests/support/recording_logger.h"
+#include "tests/support/registry_in_use.h"
 #include "tests/support/temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <optional>
 
 namespace {
 
@@ -124,51 +124,13 @@ TEST(QxUtilVersionInfo, WhatIsNoModuleWithAVersionGivesAnEmptyLine) {
   EXPECT_TRUE(CQXUtil::GetVersionInfoFromResource(qx::toUtf16(QX_DBDEF_PLAIN)).IsEmpty());
 }
 
-class FakeTypeLib final : public qx::ComObject<ITypeLib> {
- public:
-  explicit FakeTypeLib(int& held) : held_(held) {}
-  HRESULT GetLibAttr(TLIBATTR** out) override {
-    ++held_;
-    *out = &attributes_;
-    return S_OK;
-  }
-  void ReleaseTLibAttr(TLIBATTR*) override { --held_; }
-
- private:
-  int& held_;
-  TLIBATTR attributes_{GUID{}, 9, 20};
-};
-
-// What a host library tells of itself, and where it stops telling.
-struct FakeLibrary {
-  bool hasTypeInfo = true;
-  bool hasTypeLib = true;
-  int heldAttributes = 0;
-};
-
-class FakeTypeInfo final : public qx::ComObject<ITypeInfo> {
- public:
-  explicit FakeTypeInfo(FakeLibrary& library) : library_(library) {}
-  HRESULT GetContainingTypeLib(ITypeLib** out, UINT* index) override {
-    *index = 0;
-    if (!library_.hasTypeLib) return E_NOINTERFACE;
-    return qx::giveObject<ITypeLib>(qx::makeObject<FakeTypeLib>(library_.heldAttributes).p, out);
-  }
-
- private:
-  FakeLibrary& library_;
-};
-
 class FakeObject final : public qx::NoDispatch<qx::ComObject<IDispatch>> {
  public:
-  explicit FakeObject(FakeLibrary& library) : library_(library) {}
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** out) override {
-    if (!library_.hasTypeInfo) return E_FAIL;
-    return qx::giveObject<ITypeInfo>(qx::makeObject<FakeTypeInfo>(library_).p, out);
-  }
+  explicit FakeObject(qx::test::FakeLibrary& library) : library_(library) {}
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** out) override { return library_.giveTypeInfo(out); }
 
  private:
-  FakeLibrary& library_;
+  qx::test::FakeLibrary& library_;
 };
 
 constexpr char kRegistry[] =
@@ -180,16 +142,8 @@ constexpr GUID kUnknownClass = qx::hostId(0x7002);
 
 class QxUtilLibraryVersion : public ::testing::Test {
  protected:
-  QxUtilLibraryVersion() {
-    environment_.emplace("QX_REGISTRY", folder_.write("registry.toml", registryText()).c_str());
-    qx::Registry::reload();
-    qx::resetActivation();
-  }
   ~QxUtilLibraryVersion() override {
     for (const DWORD cookie : cookies_) CoRevokeClassObject(cookie);
-    environment_.reset();
-    qx::Registry::reload();
-    qx::resetActivation();
   }
   void install(REFCLSID clsid) {
     const auto factory = qx::makeFactory([this] { return qx::makeObject<FakeObject>(library); });
@@ -197,7 +151,7 @@ class QxUtilLibraryVersion : public ::testing::Test {
     CoRegisterClassObject(clsid, factory, CLSCTX_SERVER, 0, &cookies_.back());
   }
 
-  FakeLibrary library;
+  qx::test::FakeLibrary library;
   RecordingLogger logger;
   CComBSTR version{u"before"};
 
@@ -214,7 +168,7 @@ class QxUtilLibraryVersion : public ::testing::Test {
   }
 
   TempFolder folder_;
-  std::optional<qx::ScopedEnvironment> environment_;
+  qx::test::RegistryInUse registry_{folder_.write("registry.toml", registryText())};
   std::vector<DWORD> cookies_;
 };
 

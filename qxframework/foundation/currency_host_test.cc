@@ -2,6 +2,7 @@
 
 #include "qxframework/foundation/currency.h"
 #include "tests/support/amounts.h"
+#include "tests/support/amounts_at_the_host.h"
 #include "tests/support/fake_money.h"
 #include "tests/support/raised_by.h"
 
@@ -22,14 +23,7 @@ class CurrencyAtTheHost : public ::testing::Test {
     service->rounded = 7.25;
     helper->rows = {{CComVariant(u"EUR 7,25")}};
   }
-  ~CurrencyAtTheHost() override {
-    CQXCurrency::m_RoundViaRX = false;
-    CQXCurrency::m_bstrLoc.Empty();
-    CQXCurrency::m_bstrCurr.Empty();
-    CQXCurrency::m_ptrCompService.Release();
-    CQXCurrency::m_ptrDecimalData.Release();
-    CQXCurrency::m_ptrRoundedData.Release();
-  }
+  ~CurrencyAtTheHost() override { qx::test::forgetTheHostOfAmounts(); }
   void logIn() {
     CQXCurrency::m_RoundViaRX = true;
     CQXCurrency::m_bstrCurr = u"EUR";

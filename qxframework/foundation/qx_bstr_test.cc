@@ -1,6 +1,6 @@
 #include "qxframework/foundation/qx_bstr.h"
 
-#include "qxframework/automation/com_error.h"
+#include "tests/support/raised_by.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,8 @@
 // and 8.
 
 namespace {
+
+using qx::test::raisedBy;
 
 TEST(QxBstr, LoadsTheTextOfItsLanguage) {
   CQXBSTR text(ln_German);
@@ -63,12 +65,7 @@ TEST(QxBstr, LengthConstructorsAllocateOrGiveNull) {
 }
 
 TEST(QxBstr, ANegativeLengthRaisesInvalidArgument) {
-  try {
-    CQXBSTR text(-1, u"abc", ln_English);
-    FAIL() << "nothing was raised";
-  } catch (const _com_error& error) {
-    EXPECT_EQ(error.Error(), E_INVALIDARG);
-  }
+  EXPECT_EQ(raisedBy([] { CQXBSTR(-1, u"abc", ln_English); }), E_INVALIDARG);
 }
 
 TEST(QxBstr, AGuidIsWrittenInBraces) {
@@ -115,12 +112,7 @@ TEST(QxBstr, FormatWithAMissingIdLeavesTheTextUntouched) {
 
 TEST(QxBstr, FormatOfANullTextRaisesInvalidArgument) {
   CQXBSTR text(ln_English);
-  try {
-    text.Format(static_cast<const OLECHAR*>(nullptr));
-    FAIL() << "nothing was raised";
-  } catch (const _com_error& error) {
-    EXPECT_EQ(error.Error(), E_INVALIDARG);
-  }
+  EXPECT_EQ(raisedBy([&] { text.Format(static_cast<const OLECHAR*>(nullptr)); }), E_INVALIDARG);
 }
 
 TEST(QxBstr, ComparesWithAResourceText) {

@@ -1,7 +1,7 @@
 #include "qxframework/os/debug_trace.h"
 
 #include "qxframework/automation/text.h"
-#include "qxframework/os/test_support.h"
+#include "tests/support/scoped_variable.h"
 
 #include <gtest/gtest.h>
 
@@ -33,9 +33,9 @@ TEST(DebugTrace, GoesToStandardErrorOnlyWhenWanted) {
   const TraceSink before = setDeveloperTraceSink(nullptr);
   testing::internal::CaptureStderr();
   {
-    const ScopedEnvironment off("QX_TRACE", nullptr);
+    const test::ScopedVariable off("QX_TRACE", nullptr);
     OutputDebugStringW(u"unseen\n");
-    const ScopedEnvironment on("QX_TRACE", "1");
+    const test::ScopedVariable on("QX_TRACE", "1");
     OutputDebugStringW(u"grün\n");
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "grün\n");

@@ -2,6 +2,7 @@
 
 #include "qxframework/os/shared_file.h"
 #include "qxframework/os/test_support.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -134,7 +135,7 @@ TEST_F(NamedMutexTest, AFolderThatIsMissingIsToldByAnException) {
 
 TEST_F(NamedMutexTest, IsInTheRuntimeFolder) {
   const std::filesystem::path place = folder_.path() / "deep" / "runtime";
-  const ScopedEnvironment environment("QX_RUNTIME_DIR", place.c_str());
+  const test::ScopedVariable environment("QX_RUNTIME_DIR", place.c_str());
   const NamedMutex mutex(u"Start");
   EXPECT_TRUE(std::filesystem::exists(place / "Start.mutex"));
 }
@@ -173,7 +174,7 @@ TEST_F(SharedFileTest, ALinkIsNotFollowed) {
 }
 
 TEST_F(SharedFileTest, TheDefaultFolderIsForEveryUserAndSticky) {
-  const ScopedEnvironment environment("QX_RUNTIME_DIR", nullptr);
+  const test::ScopedVariable environment("QX_RUNTIME_DIR", nullptr);
   struct stat status {};
   ASSERT_EQ(stat(runtimeFolder().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777, 01777U);

@@ -1,6 +1,7 @@
 #include "qxframework/os/resources.h"
 
 #include "qxframework/os/test_support.h"
+#include "tests/support/scoped_variable.h"
 
 #include <gtest/gtest.h>
 
@@ -22,8 +23,8 @@ class Resources : public testing::TestWithParam<const char*> {
 
   LoadedModule fixture_;
   HINSTANCE module_;
-  ScopedEnvironment all_{"LC_ALL", nullptr};
-  ScopedEnvironment lang_{"LANG", nullptr};
+  test::ScopedVariable all_{"LC_ALL", nullptr};
+  test::ScopedVariable lang_{"LANG", nullptr};
 };
 
 INSTANTIATE_TEST_SUITE_P(Fixtures, Resources,
@@ -64,7 +65,7 @@ TEST_P(Resources, WithoutALanguageServeEveryLanguage) {
 
 TEST_P(Resources, NeutralRequestTakesTheUsersLanguageThenTheFirst) {
   EXPECT_EQ(content(FindResourceExW(module_, 10, 5, 0)), "deutsch");
-  const ScopedEnvironment english("LC_ALL", "en_US.UTF-8");
+  const test::ScopedVariable english("LC_ALL", "en_US.UTF-8");
   EXPECT_EQ(content(FindResourceExW(module_, 10, 5, 0)), "english");
 }
 
@@ -97,14 +98,14 @@ TEST_P(Resources, StringEndsWithATerminator) {
 }
 
 TEST_P(Resources, SearchWithoutLanguageTakesTheUsersTable) {
-  const ScopedEnvironment polish("LANG", "pl_PL.UTF-8");
+  const test::ScopedVariable polish("LANG", "pl_PL.UTF-8");
   EXPECT_EQ(findStringAnyLanguage(module_, 1), u"Dobrze");
 }
 
 TEST_P(Resources, SearchWithoutLanguageTakesTheLanguageOfAnotherCountry) {
-  const ScopedEnvironment austria("LANG", "de_AT");
+  const test::ScopedVariable austria("LANG", "de_AT");
   EXPECT_EQ(findStringAnyLanguage(module_, 1), u"Einverstanden");
-  const ScopedEnvironment britain("LANG", "en_GB");
+  const test::ScopedVariable britain("LANG", "en_GB");
   EXPECT_EQ(findStringAnyLanguage(module_, 1), u"OK");
 }
 
@@ -112,7 +113,7 @@ TEST_P(Resources, SearchWithoutLanguageTakesTheFirstTableThatHasTheString) {
   EXPECT_EQ(findStringAnyLanguage(module_, 1), u"Einverstanden");
   EXPECT_EQ(findStringAnyLanguage(module_, 202), u"Initialization failed");
   EXPECT_EQ(findStringAnyLanguage(module_, 3), u"Tylko tu \U0001F600");
-  const ScopedEnvironment german("LANG", "de_DE.UTF-8");
+  const test::ScopedVariable german("LANG", "de_DE.UTF-8");
   EXPECT_EQ(findStringAnyLanguage(module_, 202), u"Initialization failed");
   EXPECT_EQ(findStringAnyLanguage(module_, 4), std::nullopt);
 }
@@ -131,22 +132,22 @@ TEST(ResourcesOfTheProgram, AModuleWithoutResourcesHasNone) {
 }
 
 TEST(UserLanguage, ComesFromLcAllBeforeLang) {
-  const ScopedEnvironment lang("LANG", "de_DE.UTF-8");
-  const ScopedEnvironment all("LC_ALL", nullptr);
+  const test::ScopedVariable lang("LANG", "de_DE.UTF-8");
+  const test::ScopedVariable all("LC_ALL", nullptr);
   EXPECT_EQ(userLanguage(), 1031);
-  const ScopedEnvironment empty("LC_ALL", "");
+  const test::ScopedVariable empty("LC_ALL", "");
   EXPECT_EQ(userLanguage(), 1031);
-  const ScopedEnvironment french("LC_ALL", "fr_FR@euro");
+  const test::ScopedVariable french("LC_ALL", "fr_FR@euro");
   EXPECT_EQ(userLanguage(), 1036);
 }
 
 TEST(UserLanguage, IsNoneForTheNeutralLocales) {
-  const ScopedEnvironment lang("LANG", nullptr);
+  const test::ScopedVariable lang("LANG", nullptr);
   for (const char* name : {"C", "POSIX", "C.UTF-8", ".UTF-8"}) {
-    const ScopedEnvironment all("LC_ALL", name);
+    const test::ScopedVariable all("LC_ALL", name);
     EXPECT_EQ(userLanguage(), 0) << name;
   }
-  const ScopedEnvironment longName("LC_ALL", std::string(5000, 'x').c_str());
+  const test::ScopedVariable longName("LC_ALL", std::string(5000, 'x').c_str());
   EXPECT_EQ(userLanguage(), 0);
 }
 

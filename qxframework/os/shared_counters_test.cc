@@ -1,6 +1,7 @@
 #include "qxframework/os/shared_counters.h"
 
 #include "qxframework/os/test_support.h"
+#include "tests/support/scoped_variable.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -134,7 +135,7 @@ TEST_F(SharedCountersTest, AFolderThatIsMissingIsToldByAnException) {
 }
 
 TEST_F(SharedCountersTest, AreInTheRuntimeFolder) {
-  const ScopedEnvironment environment("QX_RUNTIME_DIR", folder_.path().c_str());
+  const test::ScopedVariable environment("QX_RUNTIME_DIR", folder_.path().c_str());
   const SharedCounters counters(u"Attach");
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "Attach.counters"));
 }

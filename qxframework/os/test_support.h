@@ -10,7 +10,6 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -35,30 +34,6 @@ class LoadedModule {
 
  private:
   void* handle_;
-};
-
-/// Sets an environment variable (null: removes it) and puts the old value back.
-class ScopedEnvironment {
- public:
-  ScopedEnvironment(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    set(value);
-  }
-  ~ScopedEnvironment() { set(old_ ? old_->c_str() : nullptr); }
-  ScopedEnvironment(const ScopedEnvironment&) = delete;
-  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
- private:
-  void set(const char* value) const {
-    if (value != nullptr) {
-      setenv(name_.c_str(), value, 1);
-    } else {
-      unsetenv(name_.c_str());
-    }
-  }
-
-  std::string name_;
-  std::optional<std::string> old_;
 };
 
 /// A forked process that runs `body` and speaks with this one through two pipes. `body` gets the

@@ -57,10 +57,7 @@ class ObjectProxy : public testing::Test {
     company->runs.clear();
   }
   Texts statements() { return company->statements(); }
-  ULONG references() {
-    company->AddRef();
-    return company->Release();
-  }
+  ULONG references() { return qx::test::referencesTo(company); }
 
   qx::test::RecordingLogger logger;
   CComPtr<qx::test::ScriptedCompany> company = qx::test::makeScriptedCompany();

@@ -1,54 +1,32 @@
 #include "qxframework/resources/resource_loader.h"
 
-#include "qxframework/automation/com_error.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/recording_logger.h"
+#include "tests/support/scoped_variable.h"
+#include "tests/support/temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <functional>
 
 namespace {
 
+using qx::test::raisedBy;
 using qx::test::RecordingLogger;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using namespace std::string_literals;
 
-HRESULT raisedBy(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return S_OK;
-}
-
 // A folder that TMPDIR names while the object lives.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = std::filesystem::temp_directory_path() / "qx_loader_XXXXXX";
-    path_ = mkdtemp(name.data());
-    setenv("TMPDIR", path_.c_str(), 1);
-  }
-  ~TemporaryFolder() {
-    unsetenv("TMPDIR");
-    std::filesystem::permissions(path_, std::filesystem::perms::owner_all);
-    std::filesystem::remove_all(path_);
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
+class TemporaryPlace : public qx::test::TempFolder {
+  qx::test::ScopedVariable variable_{"TMPDIR", path().string()};
 };
 
 class ResourceLoaderTest : public ::testing::Test {
@@ -99,9 +77,8 @@ TEST_F(ResourceLoaderTest, ASourceWithStrayTextParsesFromItsFirstBracket) {
 }
 
 TEST_F(ResourceLoaderTest, ASourceWithoutABracketIsAFile) {
-  const TemporaryFolder folder;
-  const auto file = folder.path() / "form.xml";
-  std::ofstream(file) << "<fromfile/>";
+  const qx::test::TempFolder folder;
+  const auto file = folder.write("form.xml", "<fromfile/>");
   CComPtr<IXMLDOMDocument> document;
   loader.LoadXML(0, CComBSTR(qx::toUtf16(file.string())), document, nullptr, ln_English);
   EXPECT_EQ(document->documentElement()->nodeName().View(), u"fromfile");
@@ -279,7 +256,7 @@ TEST_F(ResourceLoaderTest, APassSeesWhatEarlierPassesWrote) {
 }
 
 TEST_F(ResourceLoaderTest, ALocalisedTextThatDoesNotParseIsDumpedAndRaised) {
-  const TemporaryFolder folder;
+  const TemporaryPlace folder;
   std::vector<XMLMAP> map{{u"A", 999, u"\x01"}, {}};  // a control character that no XML may hold
   CComPtr<IXMLDOMDocument> document;
   EXPECT_EQ(raisedBy([&] {
@@ -292,7 +269,7 @@ TEST_F(ResourceLoaderTest, ALocalisedTextThatDoesNotParseIsDumpedAndRaised) {
 }
 
 TEST_F(ResourceLoaderTest, ADumpThatCannotBeWrittenIsLoggedAndTheRestGoesOn) {
-  const TemporaryFolder folder;
+  const TemporaryPlace folder;
   std::filesystem::create_directory(folder.path() /
                                     "HVX_Form.xml");  // no file can be written there
   std::vector<XMLMAP> map{{u"A", 999, u"\x01"}, {}};

@@ -4,6 +4,7 @@
 #include "qxframework/logging/result_names.h"
 #include "qxframework/runtime/testing/fake_host.h"
 #include "qxframework/runtime/testing/test_addon.h"
+#include "tests/support/raised_by.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -57,15 +58,6 @@ class AddOnFormTest : public testing::Test {
     log.records.clear();
   }
   long attach() { return form->InitForm(host.application.p, hostForm); }
-  /// The code that InitForm raises, 0 when it returns.
-  HRESULT raisedByAttach() {
-    try {
-      attach();
-    } catch (const _com_error& error) {
-      return error.Error();
-    }
-    return S_OK;
-  }
   /// A form number that does not depend on the tests that ran before.
   long liveForms() {
     const long count = form->IncrementInstance() - 1;
@@ -141,14 +133,14 @@ TEST_F(AddOnFormTest, InitFormRaisesForANullApplicationOrForm) {
   EXPECT_THROW(form->InitForm(nullptr, hostForm), _com_error);
   EXPECT_THROW(form->InitForm(host.application.p, nullptr), _com_error);
   hostForm = nullptr;
-  EXPECT_EQ(raisedByAttach(), E_POINTER);
+  EXPECT_EQ(raisedBy([this] { attach(); }), E_POINTER);
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
 TEST_F(AddOnFormTest, InitFormClosesTheFormWhenOnInitFormFails) {
   const long count = liveForms();
   form->hooks["OnInitForm"] = [](short*) { return E_ACCESSDENIED; };
-  EXPECT_EQ(raisedByAttach(), E_ACCESSDENIED);
+  EXPECT_EQ(raisedBy([this] { attach(); }), E_ACCESSDENIED);
   EXPECT_THAT(host.calls, ElementsAre(".OnInitForm", "Form.Close(F1)"));
   EXPECT_THAT(messages(u"CQXAddOnForm::InitForm"), ElementsAre("OnFormInit() failed.\n"));
   EXPECT_EQ(liveForms(), count + 1) << "the count stays raised";
@@ -158,7 +150,7 @@ TEST_F(AddOnFormTest, InitFormClosesTheFormWhenOnInitFormFails) {
 TEST_F(AddOnFormTest, InitFormRaisesTheFirstFailureWhenTheFormDoesNotCloseEither) {
   form->hooks["OnInitForm"] = [](short*) { return E_ACCESSDENIED; };
   host.failures["Form.Close"] = E_FAIL;
-  EXPECT_EQ(raisedByAttach(), E_ACCESSDENIED);
+  EXPECT_EQ(raisedBy([this] { attach(); }), E_ACCESSDENIED);
   form->DecrementInstance();
 }
 
@@ -166,7 +158,7 @@ TEST_F(AddOnFormTest, InitFormClosesTheFormWhenItCannotBeRegistered) {
   TestAddOn unconnected(host);
   form = std::make_unique<OpenForm>(host, &unconnected, nullptr);
   host.calls.clear();
-  EXPECT_EQ(raisedByAttach(), E_FAIL);
+  EXPECT_EQ(raisedBy([this] { attach(); }), E_FAIL);
   EXPECT_THAT(host.calls, ElementsAre(".OnInitForm", "Form.Close(F1)"));
   EXPECT_THAT(messages(u"QXAddOnForm::RegisterForm"), ElementsAre("Register form failed.\n"));
   EXPECT_THAT(messages(u"CQXAddOnForm::InitForm"), ElementsAre("RegisterForm() failed.\n"));

@@ -4,6 +4,7 @@
 #include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/testing/fake_host.h"
 #include "qxframework/runtime/testing/test_addon.h"
+#include "tests/support/registry_in_use.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -177,25 +178,9 @@ TEST_F(CompanyConnectionTest, ReportsTheVersionsAndPlacesOfEveryPart) {
   EXPECT_THAT(log.messages(QXLoggerLib::sl_Error), IsEmpty());
 }
 
-/// The registry knows no class while this object lives.
-class EmptyRegistry {
- public:
-  EmptyRegistry() : before_(std::getenv("QX_REGISTRY")) { use("/nonexistent/registry.toml"); }
-  ~EmptyRegistry() { use(before_); }
-  EmptyRegistry(const EmptyRegistry&) = delete;
-  EmptyRegistry& operator=(const EmptyRegistry&) = delete;
-
- private:
-  static void use(const std::string& file) {
-    setenv("QX_REGISTRY", file.c_str(), 1);
-    resetActivation();
-  }
-  std::string before_;
-};
-
 TEST_F(CompanyConnectionTest, ReportsAsErrorsWhatCannotBeFound) {
-  const EmptyRegistry registry;
-  host.hasTypeInfo = false;
+  const RegistryInUse none("/nonexistent/registry.toml");
+  host.library.hasTypeInfo = false;
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(
       messages(),

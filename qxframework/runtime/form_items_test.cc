@@ -3,6 +3,7 @@
 #include "qxframework/runtime/testing/fake_controls.h"
 #include "qxframework/runtime/testing/fake_host.h"
 #include "qxframework/runtime/testing/test_addon.h"
+#include "tests/support/raised_by.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -45,12 +46,7 @@ TEST_F(FormItemsTest, GetFormItemFindsByUidAndByNumber) {
 }
 
 TEST_F(FormItemsTest, GetFormItemLogsAndRaisesAMiss) {
-  try {
-    form->GetFormItem(CComBSTR(u"nix"));
-    FAIL();
-  } catch (const _com_error& error) {
-    EXPECT_EQ(error.Error(), -7001);
-  }
+  EXPECT_EQ(raisedBy([this] { form->GetFormItem(CComBSTR(u"nix")); }), -7001);
   EXPECT_THAT(messagesOf(log, u"CQXAddOnForm::GetFormItem"),
               ElementsAre("Cannot find item [nix].\n"));
   EXPECT_TRUE(log.has(6, u"Leaving function [UI_API_ERR_INVALID_ITEM]\n"));

@@ -2,9 +2,8 @@
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/xml/test_document.h"
+#include "tests/support/temp_folder.h"
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace qx::xml {
@@ -28,25 +27,16 @@ std::string faultOfText(std::u16string_view text) {
 
 std::string rewritten(std::u16string_view text) { return plain(documentOf(text)->xml()); }
 
-/// A fresh folder that goes with the test.
 class DomDocumentFile : public testing::Test {
  protected:
-  DomDocumentFile() {
-    std::string name = (std::filesystem::temp_directory_path() / "qx_xml_XXXXXX").string();
-    folder_ = mkdtemp(name.data());
-  }
-  ~DomDocumentFile() override { std::filesystem::remove_all(folder_); }
-
-  std::string write(const std::string& name, std::string_view bytes) {
-    const auto path = folder_ / name;
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path.string();
+  std::string write(const std::string& name, std::string_view bytes) const {
+    return folder_.write(name, bytes).string();
   }
   static bool load(const CComPtr<IXMLDOMDocument>& document, const std::string& path) {
     return document->load(CComVariant(std::u16string_view(toUtf16(path)))) == VARIANT_TRUE;
   }
 
-  std::filesystem::path folder_;
+  test::TempFolder folder_;
 };
 
 // --- writing -------------------------------------------------------------------------------
@@ -277,16 +267,16 @@ TEST_F(DomDocumentFile, ReadsFileUrls) {
 }
 
 TEST_F(DomDocumentFile, TellsWhyAFileIsNotRead) {
-  const std::string missing = (folder_ / "missing.xml").string();
+  const std::string missing = (folder_.path() / "missing.xml").string();
   const auto document = documentOf(u"<before/>");
   EXPECT_FALSE(load(document, missing));
   EXPECT_EQ(document->parseError()->errorCode(), resultCode(0x80070002));
   EXPECT_EQ(faultOf(document),
             "failed|Cannot read " + missing + ": No such file or directory.\n|0|0|" + missing);
   EXPECT_EQ(plain(document->xml()), "");
-  EXPECT_FALSE(load(document, folder_.string()));
+  EXPECT_FALSE(load(document, folder_.path().string()));
   EXPECT_EQ(plain(document->parseError()->reason()),
-            "Cannot read " + folder_.string() + ": Is a directory.\n");
+            "Cannot read " + folder_.path().string() + ": Is a directory.\n");
   EXPECT_FALSE(load(document, "http://localhost/a.xml"));
   EXPECT_EQ(plain(document->parseError()->reason()),
             "Cannot read http://localhost/a.xml: not a file.\n");

@@ -1,22 +1,14 @@
 #include "qxframework/xml/dom.h"
 
 #include "qxframework/xml/test_document.h"
+#include "tests/support/raised_by.h"
 
 #include <string>
 
 namespace qx::xml {
 namespace {
 
-/// The result code that an operation raises; S_OK when it does not.
-template <class Operation>
-HRESULT raisedBy(Operation operation) {
-  try {
-    operation();
-    return S_OK;
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-}
+using test::raisedBy;
 
 // --- reading -------------------------------------------------------------------------------
 

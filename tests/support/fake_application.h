@@ -3,6 +3,7 @@
 // A client for tests: its number, its language, its forms, and a status bar whose progress bar may
 // be held by somebody else for a while.
 
+#include "tests/support/fake_form_list.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/host_stubs.h"
 
@@ -26,24 +27,6 @@ class FakeForm final : public StubForm {
 
   std::u16string uid;
   bool selected;
-};
-
-class FakeForms final : public StubForms {
- public:
-  explicit FakeForms(const std::vector<CComPtr<FakeForm>>& forms) : forms_(forms) {}
-
-  HRESULT raw_Count(long* out) override {
-    *out = static_cast<long>(forms_.size());
-    return S_OK;
-  }
-  HRESULT raw_Item(const VARIANT& index, IForm** out) override {
-    const auto position = static_cast<std::size_t>(index.lVal);
-    if (index.vt != VT_I4 || position >= forms_.size()) return E_INVALIDARG;
-    return giveObject<IForm>(forms_[position].p, out);
-  }
-
- private:
-  const std::vector<CComPtr<FakeForm>>& forms_;
 };
 
 class FakeProgressBar final : public StubProgressBar {
@@ -104,7 +87,7 @@ class FakeApplication final : public StubApplication<> {
     return giveObject<IStatusBar>(makeObject<FakeStatusBar>(calls_, barHeldFor).p, out);
   }
   HRESULT raw_GetForms(IForms** out) override {
-    return giveObject<IForms>(makeObject<FakeForms>(forms).p, out);
+    return giveObject<IForms>(makeObject<FakeFormList<FakeForm>>(calls_, forms).p, out);
   }
 
   long appId = 7;

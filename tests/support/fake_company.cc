@@ -230,69 +230,6 @@ class FakeUserKeys final : public StubUserKeysMD {
   FakeUserKey key_;
 };
 
-class FakeField final : public StubField {
- public:
-  explicit FakeField(CComVariant value) : value_(std::move(value)) {}
-  HRESULT raw_GetValue(VARIANT* out) override { return VariantCopy(out, &value_); }
-
- private:
-  CComVariant value_;
-};
-
-class FakeFields final : public StubFields {
- public:
-  explicit FakeFields(FakeRow row) : row_(std::move(row)) {}
-  HRESULT raw_Count(long* out) override {
-    *out = static_cast<long>(row_.size());
-    return S_OK;
-  }
-  HRESULT raw_Item(const VARIANT& index, IField** out) override {
-    const auto position = static_cast<std::size_t>(index.lVal);
-    if (index.vt != VT_I4 || position >= row_.size()) return E_INVALIDARG;
-    return giveObject<IField>(makeObject<FakeField>(row_[position]).p, out);
-  }
-
- private:
-  FakeRow row_;
-};
-
-class FakeRecordset final : public StubRecordset {
- public:
-  explicit FakeRecordset(FakeCompany& company, FakeRows rows = {})
-      : company_(company), rows_(std::move(rows)) {}
-
-  HRESULT raw_DoQuery(BSTR sql) override {
-    row_ = 0;
-    rows_.clear();
-    return company_.run(viewOfBstr(sql), rows_);
-  }
-  HRESULT raw_MoveFirst() override {
-    row_ = 0;
-    return company_.calls.enter("Recordset.MoveFirst");
-  }
-  HRESULT raw_MoveNext() override {
-    if (row_ < rows_.size()) ++row_;
-    return S_OK;
-  }
-  HRESULT raw_GetEoF(VARIANT_BOOL* out) override {
-    *out = row_ >= rows_.size() ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
-  }
-  HRESULT raw_GetRecordCount(long* out) override {
-    *out = static_cast<long>(rows_.size());
-    return S_OK;
-  }
-  HRESULT raw_GetFields(IFields** out) override {
-    if (row_ >= rows_.size()) return E_UNEXPECTED;
-    return giveObject<IFields>(makeObject<FakeFields>(rows_[row_]).p, out);
-  }
-
- private:
-  FakeCompany& company_;
-  FakeRows rows_;
-  std::size_t row_ = 0;
-};
-
 // The text between `before` and the next quote.
 std::u16string quotedBehind(std::u16string_view text, std::u16string_view before) {
   const std::size_t start = text.find(before);
@@ -342,7 +279,7 @@ HRESULT FakeCompany::raw_GetBusinessObject(long type, IDispatch** out) {
     case kUserKeysMD:
       return giveObject<IDispatch>(makeObject<FakeUserKeys>(*this).p, out);
     case kRecordset:
-      return giveObject<IDispatch>(makeObject<FakeRecordset>(*this).p, out);
+      return giveObject<IDispatch>(makeRecordset(*this, {}).p, out);
     case kDataHelper:
       return giveObject<IDispatch>(helper, out);
     default:
@@ -390,7 +327,10 @@ long FakeCompany::refuse(const std::string& operation, bool alreadyThere) {
 CComPtr<FakeCompany> makeCompany(HostCalls& calls) { return makeObject<FakeCompany>(calls); }
 
 CComPtr<IRecordset> makeRecordset(FakeCompany& company, FakeRows rows) {
-  return makeObject<FakeRecordset>(company, std::move(rows));
+  const auto run = [&company](std::u16string_view statement, FakeRows& found) {
+    return company.run(statement, found);
+  };
+  return makeObject<FakeRecordset>(company.calls, run, std::move(rows)).p;
 }
 
 }  // namespace qx::test

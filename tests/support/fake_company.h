@@ -3,7 +3,7 @@
 // A company for tests. It keeps a dictionary of user tables, fields and keys like a host does, and
 // answers statements from a table of texts; whatever it is asked for goes to one list in order.
 
-#include "qxframework/automation/variant.h"
+#include "tests/support/fake_rows.h"
 #include "tests/support/host_calls.h"
 #include "tests/support/host_stubs.h"
 
@@ -14,9 +14,6 @@
 #include <vector>
 
 namespace qx::test {
-
-using FakeRow = std::vector<CComVariant>;
-using FakeRows = std::vector<FakeRow>;
 
 struct FakeTable {
   std::u16string name = {};

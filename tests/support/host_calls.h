@@ -3,6 +3,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/automation/types.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -16,15 +17,25 @@ inline std::string narrow(const OLECHAR* text) {
 }
 
 /// What the fakes of the host were asked for, in order, as "Object.Operation(arguments)". Any
-/// operation, recorded or not, can be made to fail or to answer with a code by its name.
+/// operation, recorded or not, can be made to fail, to answer with a code or to run a hook by its
+/// name.
 class HostCalls {
  public:
-  HRESULT enter(const std::string& name) const {
+  HRESULT enter(const std::string& name) {
+    if (const auto entry = hooks.find(name); entry != hooks.end()) {
+      const auto hook = entry->second;  // it may take itself out of the list
+      hook();
+    }
     const auto failure = failures.find(name);
     return failure == failures.end() ? S_OK : failure->second;
   }
   HRESULT record(const std::string& name, const std::string& arguments) {
     calls.push_back(name + "(" + arguments + ")");
+    return enter(name);
+  }
+  /// Listed without brackets.
+  HRESULT record(const std::string& name) {
+    calls.push_back(name);
     return enter(name);
   }
   /// The calls that begin with `head`, without it.
@@ -47,6 +58,7 @@ class HostCalls {
 
   std::vector<std::string> calls;
   std::map<std::string, HRESULT> failures;
+  std::map<std::string, std::function<void()>> hooks;
   std::map<std::string, long> answers;
 };
 

@@ -1,6 +1,6 @@
 #include "tests/support/machine.h"
 
-#include "qxframework/automation/class_object.h"
+#include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <linux/capability.h>
@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -23,27 +23,19 @@ std::atomic<std::int64_t> g_skippedMilliseconds{0};
 
 std::function<void()> g_inPause;
 
-std::filesystem::path& folderOfMachine() {
-  static std::filesystem::path folder;
-  return folder;
-}
+std::optional<TempFolder> g_folder;
 
 class Machine final : public testing::Environment {
  public:
   void SetUp() override {
-    std::string folder = (std::filesystem::temp_directory_path() / "qx_system_XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    folderOfMachine() = folder;
-    std::ofstream(machineFolder() / "log.toml") << "level = 6\nfile_size_mb = 100\n";
-    setenv("QX_RUNTIME_DIR", (folder + "/run").c_str(), 1);
-    setenv("QX_LOG_DIR", (folder + "/log").c_str(), 1);
-    setenv("QX_LOG_SETTINGS", (folder + "/log.toml").c_str(), 1);
+    const TempFolder& folder = g_folder.emplace();
+    const auto settings = folder.write("log.toml", "level = 6\nfile_size_mb = 100\n");
+    setenv("QX_RUNTIME_DIR", (folder.path() / "run").c_str(), 1);
+    setenv("QX_LOG_DIR", (folder.path() / "log").c_str(), 1);
+    setenv("QX_LOG_SETTINGS", settings.c_str(), 1);
     setenv("QX_REGISTRY", buildRegistry().c_str(), 1);
   }
-  void TearDown() override {
-    std::error_code ignored;
-    std::filesystem::remove_all(machineFolder(), ignored);
-  }
+  void TearDown() override { g_folder.reset(); }
 };
 
 [[maybe_unused]] const testing::Environment* const g_machine =
@@ -51,36 +43,12 @@ class Machine final : public testing::Environment {
 
 }  // namespace
 
-const std::filesystem::path& machineFolder() { return folderOfMachine(); }
+const std::filesystem::path& machineFolder() { return g_folder->path(); }
 
 std::filesystem::path buildRegistry() { return QX_BUILD_FOLDER "/registry.toml"; }
 
 std::filesystem::path buildProgram(const std::string& name) {
   return std::filesystem::path(QX_BUILD_FOLDER "/bin") / name;
-}
-
-ScopedVariable::ScopedVariable(std::string name, const std::string& value)
-    : name_(std::move(name)), wasSet_(std::getenv(name_.c_str()) != nullptr) {
-  if (wasSet_) before_ = std::getenv(name_.c_str());
-  setenv(name_.c_str(), value.c_str(), 1);
-}
-
-ScopedVariable::~ScopedVariable() {
-  if (wasSet_) {
-    setenv(name_.c_str(), before_.c_str(), 1);
-  } else {
-    unsetenv(name_.c_str());
-  }
-}
-
-RegistryInUse::RegistryInUse(const std::filesystem::path& file) {
-  variable_.emplace("QX_REGISTRY", file.string());
-  resetActivation();
-}
-
-RegistryInUse::~RegistryInUse() {
-  variable_.reset();
-  resetActivation();
 }
 
 void obeyFilePermissions() {

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace qx::test {
@@ -19,32 +18,6 @@ const std::filesystem::path& machineFolder();
 std::filesystem::path buildRegistry();
 /// A program of this build.
 std::filesystem::path buildProgram(const std::string& name);
-
-/// An environment variable for the life of a test.
-class ScopedVariable {
- public:
-  ScopedVariable(std::string name, const std::string& value);
-  ~ScopedVariable();
-  ScopedVariable(const ScopedVariable&) = delete;
-  ScopedVariable& operator=(const ScopedVariable&) = delete;
-
- private:
-  std::string name_;
-  std::string before_;
-  bool wasSet_;
-};
-
-/// The registry that this process uses while it lives.
-class RegistryInUse {
- public:
-  explicit RegistryInUse(const std::filesystem::path& file);
-  ~RegistryInUse();
-  RegistryInUse(const RegistryInUse&) = delete;
-  RegistryInUse& operator=(const RegistryInUse&) = delete;
-
- private:
-  std::optional<ScopedVariable> variable_;
-};
 
 /// From here on the permissions of files hold for this process, also when it is the superuser's.
 void obeyFilePermissions();

@@ -27,6 +27,8 @@ class TempFolder {
   TempFolder& operator=(const TempFolder&) = delete;
 
   const std::filesystem::path& path() const { return path_; }
+  /// The path of the file `name` in it.
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
 
   /// Writes the file `name`, folders included; gives its path.
   std::filesystem::path write(const std::string& name, std::string_view content) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qxframework/os/test_support.h"
+#include "tests/support/scoped_variable.h"
 
 #include <ctime>
 #include <optional>
@@ -22,7 +22,7 @@ class ScopedTimeZone {
   ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
 
  private:
-  std::optional<ScopedEnvironment> variable_;
+  std::optional<ScopedVariable> variable_;
 };
 
 }  // namespace qx::test

@@ -1,6 +1,6 @@
 // qxrc: compiles a manifest of resources for embedding into a module. qx_embed_resources() runs it.
 
-#include "tools/qxrc/diagnostic.h"
+#include "tools/input/diagnostic.h"
 #include "tools/qxrc/image_writer.h"
 #include "tools/qxrc/manifest.h"
 
@@ -26,8 +26,8 @@ void writeFile(const std::string& path, const std::string& content) {
   stream.write(content.data(), static_cast<std::streamsize>(content.size()));
   stream.close();
   if (!stream) {
-    throw qx::qxrc::Diagnostic({path}, "the file cannot be written",
-                               "check the folder, its rights and the free space");
+    throw qx::input::Diagnostic({path}, "the file cannot be written",
+                                "check the folder, its rights and the free space");
   }
 }
 

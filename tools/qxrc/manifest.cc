@@ -1,8 +1,8 @@
 #include "tools/qxrc/manifest.h"
 
 #include "qxframework/os/resource_format.h"
-#include "tools/qxrc/diagnostic.h"
-#include "tools/qxrc/utf8.h"
+#include "tools/input/diagnostic.h"
+#include "tools/input/utf8.h"
 
 #include <toml++/toml.h>
 
@@ -16,6 +16,10 @@
 
 namespace qx::qxrc {
 namespace {
+
+using input::convertUtf8;
+using input::Diagnostic;
+using input::Location;
 
 constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kLargestLanguage = 0xFFFF;

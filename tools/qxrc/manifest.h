@@ -50,7 +50,7 @@ struct ResourceSet {
   std::vector<std::filesystem::path> inputs;  ///< every file that was read, the manifest first
 };
 
-/// Reads `manifest` and every file that it names. Throws Diagnostic.
+/// Reads `manifest` and every file that it names. Throws input::Diagnostic.
 ResourceSet readManifest(const std::filesystem::path& manifest);
 
 }  // namespace qx::qxrc

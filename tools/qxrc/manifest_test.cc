@@ -1,7 +1,7 @@
 #include "tools/qxrc/manifest.h"
 
 #include "tests/support/temp_folder.h"
-#include "tools/qxrc/diagnostic.h"
+#include "tools/input/diagnostic.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ class Manifest : public testing::Test {
   std::string refusal(std::string_view content) {
     try {
       read(content);
-    } catch (const Diagnostic& error) {
+    } catch (const input::Diagnostic& error) {
       std::string text = error.what();
       const std::string folder = folder_.path().string() + "/";
       for (std::size_t at; (at = text.find(folder)) != std::string::npos;) {
@@ -91,7 +91,7 @@ TEST_F(Manifest, NamesEveryFileThatItRead) {
 }
 
 TEST_F(Manifest, RefusesAMissingManifest) {
-  EXPECT_THROW(readManifest(folder_.path() / "none.toml"), Diagnostic);
+  EXPECT_THROW(readManifest(folder_.path() / "none.toml"), input::Diagnostic);
 }
 
 TEST_F(Manifest, RefusesBrokenTomlWithItsPlace) {

@@ -1,13 +1,18 @@
 #include "tools/qxrc/string_table.h"
 
-#include "tools/qxrc/diagnostic.h"
-#include "tools/qxrc/utf8.h"
+#include "tools/input/diagnostic.h"
+#include "tools/input/utf8.h"
 
 #include <charconv>
 #include <system_error>
 
 namespace qx::qxrc {
 namespace {
+
+using input::codePointCount;
+using input::convertUtf8;
+using input::Diagnostic;
+using input::Location;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t";

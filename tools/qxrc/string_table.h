@@ -20,7 +20,7 @@ namespace qx::qxrc {
 
 using StringTable = std::map<std::uint32_t, std::u16string>;
 
-/// The table in `content`; `file` is named in diagnostics. Throws Diagnostic.
+/// The table in `content`; `file` is named in diagnostics. Throws input::Diagnostic.
 StringTable parseStringTable(const std::string& file, std::string_view content);
 
 }  // namespace qx::qxrc

@@ -1,6 +1,6 @@
 #include "tools/qxrc/string_table.h"
 
-#include "tools/qxrc/diagnostic.h"
+#include "tools/input/diagnostic.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 std::string refusal(std::string_view content) {
   try {
     parseStringTable("1033.txt", content);
-  } catch (const Diagnostic& error) {
+  } catch (const input::Diagnostic& error) {
     return error.what();
   }
   return "accepted";

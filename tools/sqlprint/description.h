@@ -6,7 +6,7 @@
 #include "qxframework/automation/variant.h"
 #include "qxframework/persistence/condition.h"
 #include "qxframework/persistence/link_criteria.h"
-#include "tools/qxrc/diagnostic.h"
+#include "tools/input/diagnostic.h"
 
 #include <optional>
 #include <string>
@@ -15,8 +15,8 @@
 
 namespace qx::sqlprint {
 
-using qxrc::Diagnostic;
-using qxrc::Location;
+using input::Diagnostic;
+using input::Location;
 
 /// Which operation of the layer writes the statement.
 enum class Kind {

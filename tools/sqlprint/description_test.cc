@@ -155,13 +155,11 @@ const Refused kConditions[] = {
     {"BracketNeverClosed",
      where("{ field = \"A\", value = 1, open = 2 },\n{ field = \"B\", value = 1, close = 1 }"),
      "f:4:10: error: condition 1, on 'A', opens a bracket that is never closed; lower its 'open' "
-     "or "
-     "raise a 'close' behind it"},
+     "or raise a 'close' behind it"},
     {"BracketNeverOpened",
      where("{ field = \"A\", value = 1 },\n{ field = \"B\", value = 1, close = 1 }"),
      "f:5:1: error: condition 2, on 'B', closes a bracket that is not open; lower its 'close' or "
-     "raise "
-     "an 'open' ahead of it"},
+     "raise an 'open' ahead of it"},
     {"BracketOfAFieldWithControlCharacters",
      where("{ field = \"A\\u001b[2J\", value = 1, open = 1 }"),
      "f:4:10: error: condition 1, on 'A?[2J', opens a bracket that is never closed; lower its "
@@ -169,8 +167,7 @@ const Refused kConditions[] = {
     {"BracketClosedAheadOfItsOpening",
      where("{ field = \"A\", value = 1, close = 1 }, { field = \"B\", value = 1, open = 1 }"),
      "f:4:10: error: condition 1, on 'A', closes a bracket that is not open; lower its 'close' or "
-     "raise "
-     "an 'open' ahead of it"}};
+     "raise an 'open' ahead of it"}};
 INSTANTIATE_TEST_SUITE_P(Conditions, RefusedDescription, testing::ValuesIn(kConditions),
                          test::nameOf<Refused>);
 
@@ -265,8 +262,7 @@ const Refused kByTheLayer[] = {
      "this, so change it"},
     {"LoadWithoutConditions", "[load]\ntable = \"T\"\n",
      "f:1:1: error: No conditions are set for select; the persistence layer refuses this, so "
-     "change "
-     "it"},
+     "change it"},
     {"DeleteByMoreThanEqual",
      "[delete]\ntable = \"T\"\nwhere = [{ field = \"A\", value = 1 },\n"
      " { field = \"B\", is = \">\", value = 1 }]\n",

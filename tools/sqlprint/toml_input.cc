@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
-#include "tools/qxrc/utf8.h"
+#include "tools/input/utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@
 namespace qx::sqlprint {
 namespace {
 
-using qxrc::Diagnostic;
+using input::Diagnostic;
 
 constexpr int kMostKeyParts = 16;
 
@@ -21,7 +21,7 @@ void checkUtf8(const std::string& file, std::string_view content) {
   std::size_t line = 1;
   for (std::size_t start = 0; start <= content.size(); ++line) {
     const std::size_t end = std::min(content.find('\n', start), content.size());
-    qxrc::convertUtf8(content.substr(start, end - start), {file, line, 1});
+    input::convertUtf8(content.substr(start, end - start), {file, line, 1});
     start = end + 1;
   }
 }
@@ -52,7 +52,7 @@ class KeyDepthCheck {
     const std::size_t start = content_.rfind('\n', position_) + 1;  // 0 on the first line
     const auto line = static_cast<std::size_t>(
         std::count(content_.begin(), content_.begin() + static_cast<std::ptrdiff_t>(start), '\n'));
-    const std::size_t column = qxrc::codePointCount(content_.substr(start, position_ - start)) + 1;
+    const std::size_t column = input::codePointCount(content_.substr(start, position_ - start)) + 1;
     throw Diagnostic({file_, line + 1, column},
                      "a key has more than " + std::to_string(kMostKeyParts) + " parts",
                      "put a name that holds points in double quotes");

@@ -4,7 +4,7 @@
 // nodes. Everything that is refused is a Diagnostic with its place.
 
 #include "qxframework/automation/variant.h"
-#include "tools/qxrc/diagnostic.h"
+#include "tools/input/diagnostic.h"
 
 #include <toml++/toml.h>
 
@@ -31,12 +31,12 @@ class NodeReader {
  public:
   explicit NodeReader(std::string file) : file_(std::move(file)) {}
 
-  qxrc::Location at(const toml::source_region& source) const {
+  input::Location at(const toml::source_region& source) const {
     return {file_, source.begin.line, source.begin.column};
   }
   [[noreturn]] void refuse(const toml::source_region& source, const std::string& problem,
                            const std::string& remedy) const {
-    throw qxrc::Diagnostic(at(source), problem, remedy);
+    throw input::Diagnostic(at(source), problem, remedy);
   }
 
   const toml::table& table(const toml::node& node, std::string_view name) const;

@@ -17,7 +17,7 @@ TEST(EntryObject, RefusesAStringThatMakesNoSense) {
   const auto api = makeGuiApi();
   EXPECT_EQ(api->Connect(u"nonsense"), kConnectionStringNotValid);
   EXPECT_EQ(api->Connect(CComBSTR()), kConnectionStringNotValid);
-  EXPECT_EQ(raised([&] { api->GetApplication(-1); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { api->GetApplication(-1); }), kGeneralFailure);
 }
 
 TEST(EntryObject, RefusesAPlayScriptThatCannotBeRead) {
@@ -32,7 +32,7 @@ TEST_F(Entry, AcceptsAnyIdentifier) {
 }
 
 TEST_F(Entry, GivesTheConnectedClientAlone) {
-  EXPECT_EQ(raised([&] { api_->GetApplication(0); }), E_INVALIDARG);
+  EXPECT_EQ(raisedBy([&] { api_->GetApplication(0); }), E_INVALIDARG);
 }
 
 TEST_F(Entry, LeadsToTheVersionOfItsLibrary) {
@@ -137,13 +137,13 @@ TEST_F(Application, AsksAnAnswererForBoxes) {
 TEST_F(Application, ReportsBatchesByCodeAndDocument) {
   EXPECT_EQ(app_->LoadBatchActions(u"<Application/>"), S_OK);
   EXPECT_EQ(utf8(app_->GetLastBatchResults()), R"(<result actions="0" applied="0" failed="0"/>)");
-  EXPECT_EQ(raised([&] { app_->LoadBatchActions(CComBSTR()); }), kCannotLoadXml);
+  EXPECT_EQ(raisedBy([&] { app_->LoadBatchActions(CComBSTR()); }), kCannotLoadXml);
 }
 
 TEST_F(Application, LendsTheProgressBarToOneHolder) {
   const auto bar = app_->GetStatusBar();
   auto progress = bar->CreateProgressBar(u"Check database", 1, VARIANT_FALSE);
-  EXPECT_EQ(raised([&] { bar->CreateProgressBar(u"x", 1, VARIANT_FALSE); }), kGeneralFailure);
+  EXPECT_EQ(raisedBy([&] { bar->CreateProgressBar(u"x", 1, VARIANT_FALSE); }), kGeneralFailure);
   progress->PutText(u"half");
   progress->PutValue(1);
   EXPECT_EQ(progress->GetValue(), 1);
@@ -158,7 +158,7 @@ TEST_F(Application, LendsTheProgressBarToOneHolder) {
 
 TEST_F(Application, ShowsMessagesInTheStatusBar) {
   app_->GetStatusBar()->SetText(u"wrong count", 20, smt_Error);
-  EXPECT_EQ(raised([&] {
+  EXPECT_EQ(raisedBy([&] {
               app_->GetStatusBar()->SetText(u"x", 20, static_cast<HvStatusBarMessageType>(9));
             }),
             E_INVALIDARG);
@@ -170,9 +170,9 @@ TEST_F(Application, ShowsMessagesInTheStatusBar) {
 TEST_F(Application, LetsTheCallGateRefuseACall) {
   desk::CallGate& gate = desk::CallGate::instance();
   gate.refuse(2, E_ACCESSDENIED);
-  EXPECT_EQ(raised([&] { app_->GetAppId(); }), S_OK);
-  EXPECT_EQ(raised([&] { app_->GetForms(); }), E_ACCESSDENIED);
-  EXPECT_EQ(raised([&] { app_->GetForms(); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { app_->GetAppId(); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { app_->GetForms(); }), E_ACCESSDENIED);
+  EXPECT_EQ(raisedBy([&] { app_->GetForms(); }), S_OK);
   EXPECT_EQ(gate.count(), 3);
   CComBSTR menus;
   user_->PrintMenus(&menus);

@@ -2,29 +2,18 @@
 
 #include "qxdesk/screens/embedded/test_support.h"
 #include "qxframework/os/message_loop.h"
-
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
+#include "tests/support/scoped_variable.h"
+#include "tests/support/temp_folder.h"
 
 namespace qx::screens {
 namespace {
 
 class PlayingClient : public testing::Test {
  protected:
-  PlayingClient() {
-    std::string name = (std::filesystem::temp_directory_path() / "qx_play_XXXXXX").string();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-  }
-  ~PlayingClient() override { std::filesystem::remove_all(folder_); }
-
   CComPtr<IApplication> connect(const std::string& script) {
-    std::ofstream(folder_ / "play.txt") << script;
     const auto api = makeGuiApi();
     const std::string connection =
-        "embedded:?db=a&appid=11&play=" + (folder_ / "play.txt").string();
+        "embedded:?db=a&appid=11&play=" + folder_.write("play.txt", script).string();
     EXPECT_EQ(api->Connect(CComBSTR(toUtf16(connection))), 0);
     return api->GetApplication(-1);
   }
@@ -38,7 +27,7 @@ class PlayingClient : public testing::Test {
     return testing::internal::GetCapturedStdout();
   }
 
-  std::filesystem::path folder_;
+  test::TempFolder folder_;
 };
 
 TEST_F(PlayingClient, WaitsForTheStartAndPlaysInTheMessageLoop) {
@@ -78,9 +67,8 @@ TEST_F(PlayingClient, FinishesTheStepInWhichTheLastObjectGoes) {
 }
 
 TEST(SharedProgressBar, IsHeldByOneClientOfTheMachine) {
-  std::string name = (std::filesystem::temp_directory_path() / "qx_run_XXXXXX").string();
-  ASSERT_NE(mkdtemp(name.data()), nullptr);
-  setenv("QX_RUNTIME_DIR", name.c_str(), 1);
+  const test::TempFolder folder;
+  const test::ScopedVariable variable("QX_RUNTIME_DIR", folder.path().string());
   desk::ConnectionString connection;
   connection.database = "a";
   connection.appId = 12;
@@ -89,13 +77,11 @@ TEST(SharedProgressBar, IsHeldByOneClientOfTheMachine) {
     Client first(connection);
     Client second(connection);
     auto progress = first.desk().statusBar.createProgress(u"x", 1, false);
-    EXPECT_EQ(raised([&] { second.desk().statusBar.createProgress(u"x", 1, false); }),
+    EXPECT_EQ(raisedBy([&] { second.desk().statusBar.createProgress(u"x", 1, false); }),
               kGeneralFailure);
     progress->stop();
     EXPECT_NE(second.desk().statusBar.createProgress(u"x", 1, false), nullptr);
   }
-  unsetenv("QX_RUNTIME_DIR");
-  std::filesystem::remove_all(name);
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ TEST_F(Library, GivesTheEntryObjectAndTheGate) {
   CComPtr<desk::ICallGate> gate;
   ASSERT_EQ(create(desk::kScreensGateClass, &gate), S_OK);
   gate->RefuseCall(1, E_ACCESSDENIED);
-  EXPECT_EQ(raised([&] { api->GetApplication(-1); }), E_ACCESSDENIED);
+  EXPECT_EQ(raisedBy([&] { api->GetApplication(-1); }), E_ACCESSDENIED);
   CComPtr<IUnknown> none;
   EXPECT_EQ(create(CLSID_HalvexCompany, &none), CLASS_E_CLASSNOTAVAILABLE);
 }

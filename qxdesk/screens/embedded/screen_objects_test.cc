@@ -22,7 +22,7 @@ TEST_F(MenuObjects, FindEntriesAtAnyDepthAndGiveNullForAMiss) {
   EXPECT_EQ(sales->GetType(), mt_Popup);
   EXPECT_EQ(sales->GetSubMenus()->Count(), 2);
   EXPECT_EQ(sales->GetSubMenus()->Item(u"1288"), nullptr);
-  EXPECT_EQ(raised([&] { menus->Item(CComVariant(1.5)); }), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(raisedBy([&] { menus->Item(CComVariant(1.5)); }), DISP_E_TYPEMISMATCH);
 }
 
 TEST_F(MenuObjects, AddEntriesAndRemoveThem) {
@@ -33,20 +33,20 @@ TEST_F(MenuObjects, AddEntriesAndRemoveThem) {
   entry->PutEnabled(VARIANT_FALSE);
   EXPECT_EQ(entry->GetChecked(), VARIANT_TRUE);
   EXPECT_EQ(entry->GetEnabled(), VARIANT_FALSE);
-  EXPECT_EQ(raised([&] { below->Add(u"MN1", u"x", mt_String, 0); }), kMenuAlreadyExists);
+  EXPECT_EQ(raisedBy([&] { below->Add(u"MN1", u"x", mt_String, 0); }), kMenuAlreadyExists);
   below->Remove(entry);
-  EXPECT_EQ(raised([&] { entry->GetString(); }), kInvalidMenuItem);
-  EXPECT_EQ(raised([&] { below->Remove(entry); }), kInvalidMenuItem);
-  EXPECT_EQ(raised([&] { below->Remove(nullptr); }), E_POINTER);
+  EXPECT_EQ(raisedBy([&] { entry->GetString(); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { below->Remove(entry); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { below->Remove(nullptr); }), E_POINTER);
 }
 
 TEST_F(MenuObjects, RemoveOnlyWhatStandsBelowAndIsNotTheClients) {
   const auto menus = app_->GetMenus();
   const auto sales = menus->Item(u"3000")->GetSubMenus();
   const auto mine = menus->Item(u"43523")->GetSubMenus()->Add(u"MN1", u"x", mt_String, -1);
-  EXPECT_EQ(raised([&] { sales->Remove(mine); }), kInvalidMenuItem);
-  EXPECT_EQ(raised([&] { menus->Remove(menus->Item(u"3001")); }), kNotAUserMenuItem);
-  EXPECT_EQ(raised([&] { menus->Remove(mine); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { sales->Remove(mine); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { menus->Remove(menus->Item(u"3001")); }), kNotAUserMenuItem);
+  EXPECT_EQ(raisedBy([&] { menus->Remove(mine); }), S_OK);
 }
 
 TEST_F(FormObjects, AreFoundByIndexUidTypeAndSelection) {
@@ -59,10 +59,10 @@ TEST_F(FormObjects, AreFoundByIndexUidTypeAndSelection) {
   EXPECT_EQ(utf8(forms->GetFormByTypeAndCount(169, 1)->GetUniqueID()), "F_0");
   EXPECT_EQ(utf8(forms->GetActiveForm()->GetUniqueID()), "F_1");
   EXPECT_EQ(order->GetSelected(), VARIANT_TRUE);
-  EXPECT_EQ(raised([&] { forms->Item(2); }), kFormNotFound);
-  EXPECT_EQ(raised([&] { forms->Item(-1); }), kFormNotFound);
-  EXPECT_EQ(raised([&] { forms->GetFormByUID(u"none"); }), kFormNotFound);
-  EXPECT_EQ(raised([&] { forms->GetFormByTypeAndCount(3101, 2); }), kFormNotFound);
+  EXPECT_EQ(raisedBy([&] { forms->Item(2); }), kFormNotFound);
+  EXPECT_EQ(raisedBy([&] { forms->Item(-1); }), kFormNotFound);
+  EXPECT_EQ(raisedBy([&] { forms->GetFormByUID(u"none"); }), kFormNotFound);
+  EXPECT_EQ(raisedBy([&] { forms->GetFormByTypeAndCount(3101, 2); }), kFormNotFound);
 }
 
 TEST_F(FormObjects, KeepTheirProperties) {
@@ -82,8 +82,8 @@ TEST_F(FormObjects, KeepTheirProperties) {
   form->PutWidth(100);
   EXPECT_EQ(form->GetHeight(), 126);
   EXPECT_EQ(form->GetClientWidth(), 92);
-  EXPECT_EQ(raised([&] { form->PutMode(9); }), kFormSettingMode);
-  EXPECT_EQ(raised([&] { form->PutDefaultItem(u"none"); }), kFormSettingDefaultButton);
+  EXPECT_EQ(raisedBy([&] { form->PutMode(9); }), kFormSettingMode);
+  EXPECT_EQ(raisedBy([&] { form->PutDefaultItem(u"none"); }), kFormSettingDefaultButton);
 }
 
 TEST_F(FormObjects, CountFreezesAndUpdates) {
@@ -104,10 +104,10 @@ TEST_F(FormObjects, RefuseEverythingWhenTheFormIsClosed) {
   const auto items = form->GetItems();
   const auto edit = control<IEditText>(form, u"4");
   EXPECT_EQ(form->Close(), S_OK);
-  EXPECT_EQ(raised([&] { form->PutVisible(VARIANT_TRUE); }), kInvalidForm);
-  EXPECT_EQ(raised([&] { form->Close(); }), kInvalidForm);
-  EXPECT_EQ(raised([&] { items->Count(); }), kInvalidForm);
-  EXPECT_EQ(raised([&] { edit->GetString(); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { form->PutVisible(VARIANT_TRUE); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { form->Close(); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { items->Count(); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { edit->GetString(); }), kInvalidForm);
 }
 
 TEST_F(FormObjects, SayWhenAVetoKeepsTheFormOpen) {
@@ -153,7 +153,7 @@ TEST_F(ControlObjects, AreAskedForTheirOwnInterfaceAlone) {
   EXPECT_EQ(form->GetItems()->Item(u"20")->GetType(), 127);
   EXPECT_EQ(utf8(form->GetItems()->Item(0)->GetUniqueID()), "1");
   EXPECT_EQ(form->GetItems()->Count(), 11);
-  EXPECT_EQ(raised([&] { form->GetItems()->Item(u"none"); }), kInvalidItem);
+  EXPECT_EQ(raisedBy([&] { form->GetItems()->Item(u"none"); }), kInvalidItem);
 }
 
 TEST_F(ControlObjects, HoldCaptionsAndTexts) {
@@ -172,8 +172,8 @@ TEST_F(ControlObjects, HideAndDisableItems) {
   item->PutEnabled(VARIANT_FALSE);
   EXPECT_EQ(item->GetVisible(), VARIANT_FALSE);
   EXPECT_EQ(item->GetEnabled(), VARIANT_FALSE);
-  EXPECT_EQ(raised([&] { item->Click(0); }), kNotValidTarget);
-  EXPECT_EQ(raised([&] { item->Click(1); }), E_INVALIDARG);
+  EXPECT_EQ(raisedBy([&] { item->Click(0); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { item->Click(1); }), E_INVALIDARG);
 }
 
 TEST_F(ControlObjects, PressAButtonWhenItsItemIsClicked) {
@@ -181,7 +181,7 @@ TEST_F(ControlObjects, PressAButtonWhenItsItemIsClicked) {
   const auto sink = listen();
   EXPECT_EQ(form->GetItems()->Item(u"2")->Click(0), S_OK);
   EXPECT_EQ(sink->log[2], "100(F_1, before 1 3101 F_1.2..0.0, -1)");
-  EXPECT_EQ(raised([&] { form->GetUniqueID(); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { form->GetUniqueID(); }), kInvalidForm);
 }
 
 TEST_F(ControlObjects, ChooseInAComboBoxByKeyAndByIndex) {
@@ -197,9 +197,9 @@ TEST_F(ControlObjects, ChooseInAComboBoxByKeyAndByIndex) {
   combo->Select(1, 1);
   EXPECT_EQ(utf8(combo->GetSelected()->GetValue()), "Error");
   EXPECT_EQ(utf8(values->Item(u"C")->GetValue()), "Closed");
-  EXPECT_EQ(raised([&] { combo->Select(u"9", 1); }), kInvalidFieldValue);
-  EXPECT_EQ(raised([&] { combo->Select(3, 2); }), kInvalidFieldValue);
-  EXPECT_EQ(raised([&] { combo->Select(0, 3); }), E_INVALIDARG);
+  EXPECT_EQ(raisedBy([&] { combo->Select(u"9", 1); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { combo->Select(3, 2); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { combo->Select(0, 3); }), E_INVALIDARG);
   values->Remove(u"1", 1);
   EXPECT_EQ(combo->GetSelected(), nullptr);
 }
@@ -231,13 +231,13 @@ TEST_F(ControlObjects, FillAMatrixThroughItsDataSources) {
   matrix->SelectRow(2, VARIANT_TRUE, VARIANT_TRUE);
   EXPECT_EQ(matrix->IsRowSelected(1), VARIANT_FALSE);
   EXPECT_EQ(matrix->IsRowSelected(2), VARIANT_TRUE);
-  EXPECT_EQ(raised([&] { column->GetCells()->Item(0); }), kIllegalOffset);
-  EXPECT_EQ(raised([&] { source->PutValue(u"too long"); }), kInvalidFieldValue);
-  EXPECT_EQ(raised([&] { matrix->GetColumns()->Item(u"C9"); }), kInvalidColumn);
-  EXPECT_EQ(raised([&] { form->GetDataSources()->GetUserDataSources()->Item(u"V"); }),
+  EXPECT_EQ(raisedBy([&] { column->GetCells()->Item(0); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { source->PutValue(u"too long"); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { matrix->GetColumns()->Item(u"C9"); }), kInvalidColumn);
+  EXPECT_EQ(raisedBy([&] { form->GetDataSources()->GetUserDataSources()->Item(u"V"); }),
             kNotAUserDataSource);
   matrix->Clear();
-  EXPECT_EQ(raised([&] { cell->GetString(); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { cell->GetString(); }), kIllegalOffset);
 }
 
 TEST_F(ControlObjects, ClickIntoACell) {

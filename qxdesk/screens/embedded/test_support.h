@@ -12,6 +12,7 @@
 #include "qxframework/host/application.h"
 #include "qxframework/host/controls.h"
 #include "qxframework/host/events.h"
+#include "tests/support/raised_by.h"
 
 #include <gtest/gtest.h>
 
@@ -21,6 +22,8 @@
 #include <vector>
 
 namespace qx::screens {
+
+using test::raisedBy;
 
 inline std::string utf8(const CComBSTR& text) { return toUtf8(text.View()); }
 
@@ -123,16 +126,5 @@ class EmbeddedTest : public testing::Test {
   CComPtr<desk::IDeskUser> user_;
   DWORD cookie_ = 0;
 };
-
-/// The code that a call raises, 0 if it does not.
-template <class Body>
-HRESULT raised(Body&& body) {
-  try {
-    body();
-  } catch (const _com_error& error) {
-    return error.Error();
-  }
-  return S_OK;
-}
 
 }  // namespace qx::screens

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "qxframework/automation/com_ptr.h"
-#include "qxframework/automation/type_info.h"
+#include "qxdesk/session/type_library.h"
+#include "qxframework/host/ids.h"
 
 namespace qx::screens {
 
-/// The way from an object of the client to the version of its library, 9.20.
-CComPtr<ITypeInfo> makeTypeInfo();
+/// The client's library.
+inline constexpr GUID kScreensLibrary = hostId(0x0005);
 
 /// Base, with GetTypeInfo answered.
 template <class Base>
@@ -19,7 +19,7 @@ class WithTypeInfo : public Base {
   HRESULT GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
     return this->giveNew(info, [&] {
       if (index != 0) raiseError(DISP_E_BADINDEX);
-      return makeTypeInfo();
+      return desk::makeTypeInfo(kScreensLibrary);
     });
   }
 };

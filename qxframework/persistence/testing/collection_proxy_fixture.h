@@ -70,10 +70,7 @@ class CollectionProxy : public testing::Test {
     company->runs.clear();
   }
   Texts statements() { return company->statements(); }
-  ULONG references() {
-    company->AddRef();
-    return company->Release();
-  }
+  ULONG references() { return qx::test::referencesTo(company); }
 
   qx::test::RecordingLogger logger;
   CComPtr<qx::test::ScriptedCompany> company = qx::test::makeScriptedCompany();

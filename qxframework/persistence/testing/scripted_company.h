@@ -57,4 +57,10 @@ class ScriptedCompany final : public StubCompany {
 
 CComPtr<ScriptedCompany> makeScriptedCompany();
 
+/// How often `object` is held, by the caller's own count of it.
+inline ULONG referencesTo(IUnknown* object) {
+  object->AddRef();
+  return object->Release();
+}
+
 }  // namespace qx::test

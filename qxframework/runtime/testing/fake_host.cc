@@ -1,37 +1,18 @@
 #include "qxframework/runtime/testing/fake_host.h"
 
 #include "qxframework/automation/class_object.h"
+#include "tests/support/fake_form_list.h"
+#include "tests/support/fake_rows.h"
 
 namespace qx::test {
 namespace {
 
-class FakeTypeLib final : public ComObject<ITypeLib> {
- public:
-  HRESULT GetLibAttr(TLIBATTR** out) override {
-    static TLIBATTR attributes{CLSID_HalvexGuiApi, 9, 20};
-    *out = &attributes;
-    return S_OK;
-  }
-  void ReleaseTLibAttr(TLIBATTR*) override {}
-};
-
-class FakeTypeInfo final : public ComObject<ITypeInfo> {
- public:
-  HRESULT GetContainingTypeLib(ITypeLib** library, UINT* index) override {
-    *index = 0;
-    return giveObject<ITypeLib>(makeObject<FakeTypeLib>().p, library);
-  }
-};
-
-HRESULT giveTypeInfo(const FakeHost& host, ITypeInfo** out) {
-  if (!host.hasTypeInfo) return E_FAIL;
-  return giveObject<ITypeInfo>(makeObject<FakeTypeInfo>().p, out);
-}
-
 class FakeGuiApi final : public NoDispatch<ComObject<IHalvexGuiApi>> {
  public:
   explicit FakeGuiApi(FakeHost& host) : host_(host) {}
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** out) override { return giveTypeInfo(host_, out); }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** out) override {
+    return host_.library.giveTypeInfo(out);
+  }
   HRESULT raw_Connect(BSTR connection, long* out) override {
     *out = host_.connectAnswer;
     return host_.record("Gui.Connect", narrow(connection));
@@ -49,18 +30,9 @@ class FakeGuiApi final : public NoDispatch<ComObject<IHalvexGuiApi>> {
   FakeHost& host_;
 };
 
-class FakeForms final : public StubForms {
+class FakeForms final : public FakeFormList<FakeForm> {
  public:
-  explicit FakeForms(FakeHost& host) : host_(host) {}
-  HRESULT raw_Count(long* out) override {
-    *out = static_cast<long>(host_.forms.size());
-    return host_.enter("Forms.Count");
-  }
-  HRESULT raw_Item(const VARIANT& index, IForm** out) override {
-    const auto position = static_cast<std::size_t>(index.lVal);
-    if (index.vt != VT_I4 || position >= host_.forms.size()) return E_INVALIDARG;
-    return giveObject<IForm>(host_.forms[position].p, out);
-  }
+  explicit FakeForms(FakeHost& host) : FakeFormList(host, host.forms), host_(host) {}
   HRESULT raw_GetFormByTypeAndCount(long type, long count, IForm** out) override {
     const HRESULT hr = host_.enter("Forms.GetFormByTypeAndCount");
     if (hr < 0) return hr;
@@ -121,64 +93,29 @@ class FakeConnectionPoint final : public ComObject<IConnectionPoint> {
   FakeHost& host_;
 };
 
-using Row = std::vector<CComVariant>;
-
 CComVariant textValue(std::u16string_view text) { return CComVariant(text); }
 
-class FakeField final : public StubField {
- public:
-  explicit FakeField(CComVariant value) : value_(std::move(value)) {}
-  HRESULT raw_GetValue(VARIANT* out) override { return VariantCopy(out, &value_); }
-
- private:
-  CComVariant value_;
-};
-
-class FakeFields final : public StubFields {
- public:
-  explicit FakeFields(Row row) : row_(std::move(row)) {}
-  HRESULT raw_Item(const VARIANT& index, IField** out) override {
-    const auto position = static_cast<std::size_t>(index.lVal);
-    if (position >= row_.size()) return E_INVALIDARG;
-    return giveObject<IField>(makeObject<FakeField>(row_[position]).p, out);
+/// What a statement brings: at most one row.
+HRESULT runStatement(FakeHost& host, std::u16string_view text, FakeRows& rows) {
+  host.record("SQL", toUtf8(text));
+  const auto begins = [&](std::u16string_view head) { return text.starts_with(head); };
+  if (begins(u"select") && !host.hasVersionTable) return E_FAIL;
+  if (begins(u"select U_Version") && host.versionRow) {
+    rows.push_back({textValue(host.versionRow->version), textValue(host.versionRow->status)});
+  } else if (begins(u"select (case") && host.versionRow) {
+    rows.push_back({textValue(host.versionRow->fix)});
+  } else if (begins(u"SELECT")) {
+    rows.push_back({textValue(u"")});
   }
+  return host.enter(std::string("SQL ") + toUtf8(text.substr(0, 6)));
+}
 
- private:
-  Row row_;
-};
-
-/// At most one row, chosen by the statement.
-class FakeRecordset final : public StubRecordset {
- public:
-  explicit FakeRecordset(FakeHost& host, Row row = {}) : host_(host), row_(std::move(row)) {}
-  HRESULT raw_DoQuery(BSTR sql) override {
-    const std::u16string_view text = viewOfBstr(sql);
-    host_.record("SQL", narrow(sql));
-    row_.clear();
-    const auto begins = [&](std::u16string_view head) { return text.starts_with(head); };
-    if (begins(u"select") && !host_.hasVersionTable) return E_FAIL;
-    if (begins(u"select U_Version") && host_.versionRow) {
-      row_ = {textValue(host_.versionRow->version), textValue(host_.versionRow->status)};
-    } else if (begins(u"select (case") && host_.versionRow) {
-      row_ = {textValue(host_.versionRow->fix)};
-    } else if (begins(u"SELECT")) {
-      row_ = {CComVariant(u"")};
-    }
-    return host_.enter(std::string("SQL ") + toUtf8(text.substr(0, 6)));
-  }
-  HRESULT raw_MoveFirst() override { return S_OK; }
-  HRESULT raw_GetEoF(VARIANT_BOOL* out) override {
-    *out = row_.empty() ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
-  }
-  HRESULT raw_GetFields(IFields** out) override {
-    return giveObject<IFields>(makeObject<FakeFields>(row_).p, out);
-  }
-
- private:
-  FakeHost& host_;
-  Row row_;
-};
+CComPtr<FakeRecordset> makeRecordset(FakeHost& host, FakeRows rows = {}) {
+  const auto run = [&host](std::u16string_view text, FakeRows& found) {
+    return runStatement(host, text, found);
+  };
+  return makeObject<FakeRecordset>(host, run, std::move(rows));
+}
 
 class FakeUserFields final : public StubUserFieldsMD {
  public:
@@ -192,7 +129,7 @@ class FakeUserFields final : public StubUserFieldsMD {
   HRESULT raw_PutEditSize(long size) override { return put("PutEditSize", std::to_string(size)); }
   HRESULT raw_Update(long* out) override {
     *out = 0;
-    return put("Update", "");
+    return name_.empty() ? host_.record("UserFields.Update") : S_OK;
   }
   HRESULT raw_PutTableName(BSTR) override { return S_OK; }
   HRESULT raw_PutName(BSTR name) override { return name_ = narrow(name), S_OK; }
@@ -249,8 +186,7 @@ class FakeDataHelper final : public StubDataHelper {
 
  private:
   HRESULT answer(IRecordset** out) {
-    const Row row{host_.helperAnswer};
-    return giveObject<IRecordset>(makeObject<FakeRecordset>(host_, row).p, out);
+    return giveObject<IRecordset>(makeRecordset(host_, {FakeRow{host_.helperAnswer}}).p, out);
   }
 
   FakeHost& host_;
@@ -261,7 +197,9 @@ class FakeCompany final : public StubCompany {
   explicit FakeCompany(FakeHost& host) : host_(host) { ++host_.liveCompanies; }
   ~FakeCompany() override { --host_.liveCompanies; }
 
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** out) override { return giveTypeInfo(host_, out); }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** out) override {
+    return host_.library.giveTypeInfo(out);
+  }
   HRESULT raw_Connect(long* out) override {
     *out = 0;
     if (!host_.companyAnswers.empty()) {
@@ -283,7 +221,7 @@ class FakeCompany final : public StubCompany {
     if (hr < 0) return hr;
     switch (type) {
       case kRecordset:
-        return giveObject<IDispatch>(makeObject<FakeRecordset>(host_).p, out);
+        return giveObject<IDispatch>(makeRecordset(host_).p, out);
       case kUserFieldsMD:
         return giveObject<IDispatch>(makeObject<FakeUserFields>(host_).p, out);
       case kUserTablesMD:

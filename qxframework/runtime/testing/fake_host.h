@@ -7,13 +7,12 @@
 #include "qxframework/automation/connection_point.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
-#include "qxframework/automation/type_info.h"
 #include "qxframework/host/gui_api.h"
+#include "tests/support/fake_type_library.h"
+#include "tests/support/host_calls.h"
 #include "tests/support/host_stubs.h"
 
 #include <deque>
-#include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,12 +22,8 @@ namespace qx::test {
 class FakeApplication;
 class FakeForm;
 
-inline std::string narrow(const OLECHAR* text) {
-  return text == nullptr ? "null" : toUtf8(viewOf(text));
-}
-
 /// The state of the fakes.
-class FakeHost {
+class FakeHost : public HostCalls {
  public:
   /// Answers for HalvexGuiApi and the company class while it lives.
   FakeHost();
@@ -36,36 +31,16 @@ class FakeHost {
   FakeHost(const FakeHost&) = delete;
   FakeHost& operator=(const FakeHost&) = delete;
 
-  /// An operation that is not listed: `name` fails if it is to fail, its hook runs.
-  HRESULT enter(const std::string& name) {
-    if (const auto entry = hooks.find(name); entry != hooks.end()) {
-      const auto hook = entry->second;  // it may take itself out of the list
-      hook();
-    }
-    const auto failure = failures.find(name);
-    return failure == failures.end() ? S_OK : failure->second;
-  }
-  /// One that is, as name(arguments).
-  HRESULT record(const std::string& name, const std::string& arguments = "") {
-    calls.push_back(arguments.empty() ? name : name + "(" + arguments + ")");
-    return enter(name);
-  }
-  bool called(const std::string& call) const {
-    return std::find(calls.begin(), calls.end(), call) != calls.end();
-  }
+  bool called(const std::string& call) const { return has(call); }
   /// A new form of the client.
   FakeForm& addForm(std::u16string uid, bool selected = false);
   /// One event, as the client delivers it: `args` in the order of the call.
   HRESULT fire(DISPID id, std::vector<VARIANT> args);
 
-  std::vector<std::string> calls;
-  std::map<std::string, HRESULT> failures;
-  std::map<std::string, std::function<void()>> hooks;
-
   // Entry object and application.
   long connectAnswer = 0;
   bool givesApplication = true;
-  bool hasTypeInfo = true;
+  FakeLibrary library;
   long appId = 7;
   HvLanguages language = ln_English;
   VARIANT_BOOL startupDone = VARIANT_FALSE;

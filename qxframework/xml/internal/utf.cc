@@ -10,7 +10,9 @@
 namespace qx::xml {
 namespace {
 
-constexpr std::size_t kMaxUnits = std::numeric_limits<int32_t>::max() / 3;
+// The converter counts in 32 bits with a sign; within these limits no length is cut off.
+constexpr std::size_t kMaxBytes = std::numeric_limits<int32_t>::max();
+constexpr std::size_t kMaxUnits = kMaxBytes / 3;
 
 /// How many UTF-16 units the well-formed UTF-8 `text` takes.
 std::size_t utf16Length(std::string_view text) {
@@ -46,10 +48,9 @@ std::string utf8OrRaise(std::u16string_view text) {
 HRESULT giveUtf8(std::string_view text, BSTR* out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
+  if (text.size() > kMaxBytes) return E_OUTOFMEMORY;
   const std::size_t units = utf16Length(text);
-  if (units > kMaxUnits || text.size() > std::size_t{std::numeric_limits<int32_t>::max()}) {
-    return E_OUTOFMEMORY;
-  }
+  if (units > kMaxUnits) return E_OUTOFMEMORY;
   CComBSTR wide;
   wide.Attach(SysAllocStringLen(nullptr, static_cast<UINT>(units)));
   if (!wide) return E_OUTOFMEMORY;

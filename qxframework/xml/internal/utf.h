@@ -14,11 +14,13 @@
 
 namespace qx::xml {
 
-/// UTF-8 of `text`; none when a surrogate stands alone.
+/// UTF-8 of `text`; none when a surrogate stands alone, or when its length may not fit into the
+/// parser's, which is less than 2 GiB.
 std::optional<std::string> strictUtf8(std::u16string_view text);
-/// As strictUtf8; raises E_INVALIDARG when a surrogate stands alone.
+/// As strictUtf8; raises E_INVALIDARG when there is none.
 std::string utf8OrRaise(std::u16string_view text);
-/// Gives well-formed UTF-8 to an out parameter as a new wide string.
+/// Gives well-formed UTF-8 to an out parameter as a new wide string; E_OUTOFMEMORY when it is
+/// longer than that can be.
 HRESULT giveUtf8(std::string_view text, BSTR* out);
 /// True when every character may stand in an XML document.
 bool isXmlText(std::string_view utf8);

@@ -1,12 +1,12 @@
 #pragma once
 
-// What the resource compiler refuses: where it stands, what is wrong and what to do about it.
+// What a tool refuses in its input: where it stands, what is wrong and what to do about it.
 
 #include <cstddef>
 #include <stdexcept>
 #include <string>
 
-namespace qx::qxrc {
+namespace qx::input {
 
 /// A place in an input file; line and column count from 1, 0 means the file as a whole. Columns
 /// count code points.
@@ -30,4 +30,4 @@ class Diagnostic : public std::runtime_error {
   }
 };
 
-}  // namespace qx::qxrc
+}  // namespace qx::input

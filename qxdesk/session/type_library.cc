@@ -1,14 +1,14 @@
-#include "qxdesk/company/type_library.h"
+#include "qxdesk/session/type_library.h"
 
 #include "qxdesk/session/call_gate.h"
-#include "qxframework/host/ids.h"
 
 namespace qx::desk {
-
 namespace {
 
 class TypeLibrary final : public ComObject<ITypeLib> {
  public:
+  explicit TypeLibrary(const GUID& id) : attributes_{id, 9, 20} {}
+
   HRESULT GetLibAttr(TLIBATTR** attributes) override {
     return hostCall([&]() -> HRESULT {
       if (attributes == nullptr) return E_POINTER;
@@ -20,23 +20,30 @@ class TypeLibrary final : public ComObject<ITypeLib> {
   void ReleaseTLibAttr(TLIBATTR*) override {}
 
  private:
-  TLIBATTR attributes_{hostId(0x0304), kCompanyMajorVersion, kCompanyMinorVersion};
+  TLIBATTR attributes_;
 };
 
 class TypeInfo final : public ComObject<ITypeInfo> {
  public:
+  explicit TypeInfo(const GUID& id) : id_(id) {}
+
   HRESULT GetContainingTypeLib(ITypeLib** library, UINT* index) override {
     return hostCall([&]() -> HRESULT {
       if (library == nullptr) return E_POINTER;
-      *library = makeObject<TypeLibrary>().Detach();
+      *library = makeObject<TypeLibrary>(id_).Detach();
       if (index != nullptr) *index = 0;
       return S_OK;
     });
   }
+
+ private:
+  GUID id_;
 };
 
 }  // namespace
 
-CComPtr<ITypeInfo> companyTypeInfo() { return CComPtr<ITypeInfo>(makeObject<TypeInfo>().p); }
+CComPtr<ITypeInfo> makeTypeInfo(const GUID& id) {
+  return CComPtr<ITypeInfo>(makeObject<TypeInfo>(id).p);
+}
 
 }  // namespace qx::desk

@@ -1,11 +1,11 @@
-#include "tools/qxrc/utf8.h"
+#include "tools/input/utf8.h"
 
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 #include <cstdint>
 
-namespace qx::qxrc {
+namespace qx::input {
 namespace {
 
 /// The code point at `offset`, which moves behind it; negative for a malformed sequence.
@@ -47,4 +47,4 @@ std::size_t codePointCount(std::string_view text) {
   return count;
 }
 
-}  // namespace qx::qxrc
+}  // namespace qx::input
