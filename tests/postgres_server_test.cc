@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -33,6 +34,33 @@ TEST(PostgresServer, SortsByBytesAndStoresUtf8) {
   EXPECT_EQ(server.ask("postgres", "SELECT datcollate FROM pg_database WHERE datname = 'postgres'"),
             "C");
   EXPECT_EQ(server.ask("postgres", "SHOW listen_addresses"), "");
+}
+
+// Where the tests run as root, the groups of root must not reach the server.
+TEST(PostgresServer, RunsAsAnOrdinaryUser) {
+  std::ifstream state(PostgresServer::shared().folder() / "data/postmaster.pid");
+  std::string process;
+  ASSERT_TRUE(std::getline(state, process));
+  std::ifstream status("/proc/" + process + "/status");
+  std::string line, users, groups;
+  while (std::getline(status, line)) {
+    if (line.starts_with("Uid:")) users = line.substr(4);
+    if (line.starts_with("Groups:")) groups = line.substr(7);
+  }
+  EXPECT_EQ((" " + users).find("\t0"), std::string::npos) << users;
+  if (geteuid() == 0) {
+    EXPECT_EQ(groups.find_first_not_of(" \t"), std::string::npos) << groups;
+  }
+}
+
+TEST(PostgresServer, KeepsAClusterForEveryMajorVersion) {
+  PostgresServer& server = PostgresServer::shared();
+  const std::string version = server.ask("postgres", "SHOW server_version");
+  const std::string folder = QX_POSTGRES_CLUSTER "_" + version.substr(0, version.find('.'));
+  std::ifstream kept(folder + "/PG_VERSION");
+  std::string major;
+  EXPECT_TRUE(std::getline(kept, major)) << folder;
+  EXPECT_EQ(major, version.substr(0, version.find('.')));
 }
 
 TEST(PostgresServer, ComesBackWithItsDataAfterEveryEnd) {

@@ -108,6 +108,38 @@ constexpr std::array<Row, kTextCount> kRows{{
      u"davon blieb erhalten. Versuchen Sie es erneut.",
      u"La base de datos terminó la transacción en favor de otro programa (%1); no se conservó nada "
      u"de ella. Vuelva a intentarlo."},
+    {u"An earlier statement of the transaction failed, and the database takes no more of it (%1). "
+     u"It "
+     u"was rolled back; nothing of it was kept. Start the transaction again from its beginning.",
+     u"Eine frühere Anweisung der Transaktion ist fehlgeschlagen, und die Datenbank nimmt nichts "
+     u"weiter darin an (%1). Sie wurde zurückgenommen; nichts davon blieb erhalten. Beginnen Sie "
+     u"die Transaktion von vorn.",
+     u"Una instrucción anterior de la transacción falló y la base de datos no admite nada más en "
+     u"ella (%1). Se deshizo; no se conservó nada de ella. Vuelva a empezar la transacción desde "
+     u"el principio."},
+    {u"The statement was stopped before its end, by its time limit or by an administrator (%1). "
+     u"Try again; if it happens again, ask for fewer rows at a time or have the limit raised.",
+     u"Die Anweisung wurde vor ihrem Ende abgebrochen, durch ihr Zeitlimit oder einen "
+     u"Administrator (%1). Versuchen Sie es erneut; geschieht es wieder, fragen Sie weniger Zeilen "
+     u"auf einmal ab oder lassen Sie das Limit erhöhen.",
+     u"La instrucción se detuvo antes de terminar, por su límite de tiempo o por un administrador "
+     u"(%1). Vuelva a intentarlo; si ocurre de nuevo, pida menos filas a la vez o haga que se "
+     u"aumente el límite."},
+    {u"The user of the database has no right to do this (%1). Ask its administrator for the right, "
+     u"or connect as another user.",
+     u"Dem Benutzer der Datenbank fehlt das Recht dazu (%1). Bitten Sie den Administrator darum, "
+     u"oder verbinden Sie sich als anderer Benutzer.",
+     u"El usuario de la base de datos no tiene derecho a hacer esto (%1). Pida el permiso al "
+     u"administrador o conéctese con otro usuario."},
+    {u"A text is not the number or the date that its place needs (%1). Correct the value.",
+     u"Ein Text ist nicht die Zahl oder das Datum, das an seiner Stelle gebraucht wird (%1). "
+     u"Berichtigen Sie den Wert.",
+     u"Un texto no es el número o la fecha que se necesita en su lugar (%1). Corrija el valor."},
+    {u"This database cannot change tables within a transaction (%1). End the transaction first.",
+     u"Diese Datenbank kann Tabellen nicht innerhalb einer Transaktion ändern (%1). Beenden Sie "
+     u"zuerst die Transaktion.",
+     u"Esta base de datos no puede cambiar tablas dentro de una transacción (%1). Termine primero "
+     u"la transacción."},
     {u"The database server refused the login (%1). Check the user and the password.",
      u"Der Datenbankserver hat die Anmeldung abgelehnt (%1). Prüfen Sie Benutzer und Kennwort.",
      u"El servidor de base de datos rechazó el inicio de sesión (%1). Compruebe el usuario y la "

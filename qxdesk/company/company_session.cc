@@ -40,6 +40,16 @@ Text textOf(Fault fault) {
       return Text::CommitUnknown;
     case Fault::RolledBack:
       return Text::RolledBack;
+    case Fault::Aborted:
+      return Text::Aborted;
+    case Fault::Cancelled:
+      return Text::Cancelled;
+    case Fault::NoRight:
+      return Text::NoRight;
+    case Fault::BadValue:
+      return Text::BadValue;
+    case Fault::NoSavepoints:
+      return Text::NoSavepoints;
     case Fault::LoginRefused:
       return Text::LoginRefused;
     case Fault::NoDriver:
@@ -77,7 +87,8 @@ void CompanySession::open(const LoginTarget& target) {
     database = open_(target.database, environment_);
     ensureCompany(*database, target, environment_);
   } catch (const DatabaseError& error) {
-    throw asCompanyError(kOpenFailed, error);
+    if (error.fault() != Fault::Statement) throw asCompanyError(kOpenFailed, error);
+    throw CompanyError(kOpenFailed, Text::CannotOpen, databaseName(target.database), error.what());
   }
   if (database->route() != Route::AsTheyStand) {
     translator_ = std::make_unique<sql::Translator>(

@@ -29,10 +29,19 @@ std::string Database::queryText(std::string_view sql) {
   return statement->step() ? std::string(statement->text(0)) : std::string();
 }
 
+void Database::setSavepoint() { execute("SAVEPOINT qx_change"); }
+
+void Database::rollBackToSavepoint() {
+  execute("ROLLBACK TO SAVEPOINT qx_change");
+  releaseSavepoint();
+}
+
+void Database::releaseSavepoint() { execute("RELEASE SAVEPOINT qx_change"); }
+
 AtomicChange::AtomicChange(Database& database)
     : database_(database), nested_(database.inTransaction()) {
   if (nested_) {
-    database_.execute("SAVEPOINT qx_change");
+    database_.setSavepoint();
   } else {
     database_.begin();
   }
@@ -52,8 +61,7 @@ void AtomicChange::rollBack() noexcept {
   if (!database_.inTransaction()) return;
   try {
     if (nested_) {
-      database_.execute("ROLLBACK TO SAVEPOINT qx_change");
-      database_.execute("RELEASE SAVEPOINT qx_change");
+      database_.rollBackToSavepoint();
     } else {
       database_.rollback();
     }
@@ -64,7 +72,7 @@ void AtomicChange::rollBack() noexcept {
 
 void AtomicChange::commit() {
   if (nested_) {
-    database_.execute("RELEASE SAVEPOINT qx_change");
+    database_.releaseSavepoint();
   } else {
     database_.commit();
   }

@@ -35,6 +35,11 @@ enum class Fault {
   ConnectionLost,  // nothing can be done here any more
   CommitUnknown,   // it was lost while it committed
   RolledBack,      // the engine ended the transaction in favour of another one
+  Aborted,         // the engine takes nothing more in it, since a statement had failed
+  Cancelled,       // the statement ran out of its time, or somebody stopped it
+  NoRight,         // the user may not do this
+  BadValue,        // a text that is not what its place needs
+  NoSavepoints,    // the engine cannot take back a part of a transaction
   LoginRefused,
   NoDriver,
   NoServer,
@@ -123,6 +128,12 @@ class Database {
   virtual void rollback() = 0;
   /// False also after the engine rolled back by itself.
   virtual bool inTransaction() const = 0;
+
+  /// A point within the open transaction to which it can be rolled back. There is one at a time.
+  /// Raises NoSavepoints where the engine has none.
+  virtual void setSavepoint();
+  virtual void rollBackToSavepoint();
+  virtual void releaseSavepoint();
 
   virtual bool isReadOnly() const = 0;
   /// Why nothing can be done here any more, Moved or ConnectionLost; nothing while all is well.

@@ -17,6 +17,8 @@ struct CompanyEnvironment {
   std::function<void(std::span<std::uint8_t>)> fillRandom;
   /// How long a statement waits for another process that writes.
   int busyTimeoutMs = 10000;
+  /// How long a statement may run on a server that sets no limit of its own; 0 for ever.
+  int statementTimeoutSeconds = 600;
   /// How long a server may take to answer a new connection.
   int loginTimeoutSeconds = 15;
 };

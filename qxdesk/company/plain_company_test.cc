@@ -115,6 +115,68 @@ TEST_F(PlainSourceTest, LongTextsAndNullsArrive) {
   EXPECT_TRUE(rowsOf(company, u"SELECT U_M, Code FROM [@QX] ORDER BY Code") == text + u"|1\n|2");
 }
 
+TEST_F(PlainSourceTest, TextsBeyondTheLengthOfTheirColumnArrive) {
+  test::OdbcProgram other(connection);
+  other.run("CREATE TABLE loose (n integer, t varchar(3))");
+  other.run("INSERT INTO loose VALUES (1, 'abc'), (2, '0123456789'), (3, NULL), (4, 'x')");
+  EXPECT_EQ(rowsOf(company, u"SELECT n, t FROM loose ORDER BY n"), u"1|abc\n2|0123456789\n3|\n4|x");
+  other.run(
+      "UPDATE loose SET t = (SELECT group_concat(n, '') FROM (WITH RECURSIVE c(n) AS (SELECT "
+      "1 UNION ALL SELECT n + 1 FROM c WHERE n < 300) SELECT n FROM c)) WHERE n = 2");
+  EXPECT_EQ(rowsOf(company, u"SELECT t FROM loose WHERE n = 2").size(), 792U);
+}
+
+TEST_F(PlainSourceTest, ColumnsHaveTheirTypes) {
+  addTable(company, u"QX");
+  addField(company, {u"QX", u"A", kAlphaField, 0, 5});
+  addField(company, {u"QX", u"N", kNumericField});
+  addField(company, {u"QX", u"P", kFloatField, 80});
+  addField(company, {u"QX", u"D", kDateField});
+  query(company,
+        u"INSERT INTO [@QX] (Code, Name, U_A, U_N, U_P, U_D) VALUES ('1', 'n', '7', 7, 12.5, "
+        u"'2024-02-29 00:00:00')");
+  for (const char16_t* where : {u"", u" WHERE Code = 'none'"}) {
+    const auto rows =
+        query(company, u"SELECT U_A, U_N, U_P, U_D FROM [@QX]" + std::u16string(where));
+    EXPECT_EQ(field(rows, 0).vt, VT_BSTR);
+    EXPECT_EQ(field(rows, 1).vt, VT_I4);
+    EXPECT_EQ(field(rows, 2).vt, VT_R8);
+    EXPECT_EQ(field(rows, 3).vt, VT_DATE);
+  }
+  EXPECT_EQ(rowsOf(company, u"SELECT U_A, U_N, U_P, U_D FROM [@QX]"),
+            u"7|7|12.5|2024-02-29 00:00:00");
+}
+
+TEST_F(PlainSourceTest, ALockedSourceIsTold) {
+  const CComPtr<ICompany> impatient =
+      connectTo({"odbc:" + connection + ";Timeout=1", kMssql, ln_English, u"manager", u"Demo"});
+  test::OdbcProgram other(connection);
+  other.run("BEGIN IMMEDIATE");
+  const auto rows = businessObject<IRecordset>(impatient, kRecordset);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(impatient).text,
+            u"The company database is locked by another program. Try again when it has finished.");
+  other.run("ROLLBACK");
+  query(impatient, u"UPDATE HVCOMP SET Country = 'FR'");
+}
+
+// This driver resolves escapes whatever it is asked.
+TEST_F(PlainSourceTest, AnEscapeThatTheDriverWouldResolveIsRefused) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT {d '2024-01-31'}")); }), kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"the driver would rewrite what stands in braces in this statement; write it in the "
+            u"engine's own words, without braces");
+}
+
+TEST_F(PlainSourceTest, ASecondStatementIsNotLostSilently) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(
+      raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM HVCOMP; SELECT x FROM nowhere")); }),
+      kSqlFailure);
+}
+
 TEST_F(PlainSourceTest, ADatabaseOfSomethingElseIsToldWithoutThePassword) {
   const std::string other = "Driver=SQLite3;Database=" + folder.file("other.db");
   test::OdbcProgram(other).run("CREATE TABLE theirs (x int)");

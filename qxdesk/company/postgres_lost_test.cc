@@ -164,9 +164,12 @@ TEST_P(PostgresEndedTest, AConnectionThatAnAdministratorEndsIsLost) {
 TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
   const std::string connection = database.substr(std::string("odbc:").size());
   test::OdbcProgram other(connection);
-  other.run("ALTER DATABASE " + name().substr(0, name().find(';')) +
-            " SET default_transaction_isolation = 'repeatable read'");
-  const CComPtr<ICompany> own = another();
+  const auto strict = [](const std::string& path, const CompanyEnvironment& environment) {
+    std::unique_ptr<Database> opened = openDatabase(path, environment);
+    opened->execute("SET default_transaction_isolation = 'repeatable read'");
+    return opened;
+  };
+  const CComPtr<ICompany> own = connectThrough(strict, target());
   own->StartTransaction();
   query(own, u"UPDATE HVITEM SET InStock = 5");
   EXPECT_EQ(rowsOf(own, u"SELECT Country FROM HVCOMP"), u"DE");

@@ -3,6 +3,7 @@
 #include "tests/support/odbc_program.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <poll.h>
 #include <pwd.h>
 #include <sys/file.h>
@@ -14,7 +15,9 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -86,7 +89,10 @@ fs::path temporaryFolder() {
   const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
   const int in = open("/dev/null", O_RDONLY);
   if (out < 0 || in < 0 || dup2(in, 0) < 0 || dup2(out, 1) < 0 || dup2(out, 2) < 0) _exit(126);
-  if (geteuid() == 0 && (setgid(account.group) != 0 || setuid(account.user) != 0)) _exit(126);
+  if (geteuid() == 0 &&
+      (setgroups(0, nullptr) != 0 || setgid(account.group) != 0 || setuid(account.user) != 0)) {
+    _exit(126);
+  }
   prctl(PR_SET_PDEATHSIG, SIGQUIT);
   if (chdir("/") != 0) _exit(126);
   std::vector<char*> arguments;
@@ -97,6 +103,19 @@ fs::path temporaryFolder() {
 }
 
 std::string program(const char* name) { return std::string(QX_POSTGRES_BIN "/") + name; }
+
+/// "15" of "postgres (PostgreSQL) 15.18".
+std::string majorVersion() {
+  const std::unique_ptr<FILE, int (*)(FILE*)> output(
+      popen((program("postgres") + " --version").c_str(), "re"), pclose);
+  std::array<char, 200> text{};
+  if (output == nullptr || fgets(text.data(), text.size(), output.get()) == nullptr) {
+    cannot("it does not tell its version");
+  }
+  const std::string_view line(text.data());
+  const std::size_t begin = std::min(line.find_first_of("0123456789"), line.size());
+  return std::string(line.substr(begin, line.find_first_not_of("0123456789", begin) - begin));
+}
 
 void initialise(const fs::path& folder, const Account& account) {
   const pid_t child = fork();
@@ -111,9 +130,10 @@ void initialise(const fs::path& folder, const Account& account) {
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) cannot("initdb failed");
 }
 
-/// Making a cluster takes seconds, so the build folder keeps one to copy.
+/// Making a cluster takes seconds, so the build folder keeps one to copy for each major version: a
+/// newer server cannot run on it.
 void makeCluster(const fs::path& folder, const Account& account) {
-  const fs::path kept = QX_POSTGRES_CLUSTER;
+  const fs::path kept = QX_POSTGRES_CLUSTER "_" + majorVersion();
   const int lock = open((kept.string() + ".lock").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
   if (lock < 0 || flock(lock, LOCK_EX) != 0) cannot("no lock beside " + kept.string());
   if (!fs::exists(kept)) {

@@ -31,8 +31,8 @@ class OdbcColumn {
 
   const std::string& name() const { return name_; }
   sql::ColumnType type() const { return type_; }
-  /// Whether any cell has a place of known length.
-  bool isShort() const { return form_ != Form::Text || units_ > 0; }
+  /// Whether every cell fits its place, whatever it holds.
+  bool alwaysFits() const { return form_ != Form::Text; }
 
   /// Makes room for `rows` cells and binds it.
   void bind(std::size_t rows);

@@ -8,10 +8,14 @@
 #include <sqlucode.h>
 
 #include <array>
+#include <vector>
 
 namespace qx::desk {
 
 namespace {
+
+// Ample, since a driver that is given little room tells less.
+constexpr std::size_t kCompletedUnits = 16 * 1024;
 
 SQLPOINTER number(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
 
@@ -49,15 +53,27 @@ void OdbcConnection::connect(std::string_view connection, int timeoutSeconds) {
   SQLSetConnectAttrW(handles.connection, SQL_ATTR_LOGIN_TIMEOUT,
                      number(static_cast<SQLULEN>(timeoutSeconds)), 0);
   std::u16string text = toUtf16(connection);
+  std::vector<char16_t> completed(kCompletedUnits);
+  SQLSMALLINT length = 0;
   const SQLRETURN result =
       SQLDriverConnectW(handles.connection, nullptr, reinterpret_cast<SQLWCHAR*>(text.data()),
-                        SQL_NTS, nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
+                        SQL_NTS, reinterpret_cast<SQLWCHAR*>(completed.data()),
+                        static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(result)) {
     const OdbcDiagnosis diagnosis = diagnose(SQL_HANDLE_DBC, handles.connection, true);
     throw DatabaseError(faultOfConnect(diagnosis), diagnosis.message);
   }
   handles.connected = true;
+  completed.back() = 0;
+  completed_ = toUtf8(completed.data());
   wide_ = passesWideTexts();
+  moreResults_ = has(SQL_API_SQLMORERESULTS);
+}
+
+bool OdbcConnection::has(unsigned short function) const {
+  SQLUSMALLINT there = SQL_FALSE;
+  return SQL_SUCCEEDED(SQLGetFunctions(handles_->connection, function, &there)) &&
+         there == SQL_TRUE;
 }
 
 // The driver gives a statement back as it would send it.
@@ -169,19 +185,24 @@ void OdbcConnection::failConnection() { fail(SQL_HANDLE_DBC, handles_->connectio
 
 void OdbcConnection::fail(short kind, void* handle) {
   const OdbcDiagnosis diagnosis = diagnose(kind, handle, wide_);
-  const DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfState(diagnosis.state),
+  const DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfStatement(diagnosis),
                             diagnosis.message);
+  noteFailure(error);
+  throw error;
+}
+
+void OdbcConnection::noteFailure(const DatabaseError& error) {
   if (error.fault() == Fault::ConnectionLost) {
     lost_ = error;
     inTransaction_ = false;
   }
-  if (error.fault() == Fault::RolledBack && inTransaction_) {
+  const bool over = error.fault() == Fault::RolledBack || error.fault() == Fault::Aborted;
+  if (over && inTransaction_) {
     // Some engines have ended it already, others wait for the word.
     inTransaction_ = false;
     SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
     SQLSetConnectAttrW(handles_->connection, SQL_ATTR_AUTOCOMMIT, number(SQL_AUTOCOMMIT_ON), 0);
   }
-  throw error;
 }
 
 }  // namespace qx::desk

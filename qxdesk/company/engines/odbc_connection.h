@@ -31,8 +31,18 @@ class OdbcConnection {
   /// Raises when the connection is lost, also when nobody has noticed yet.
   void needAlive();
 
+  /// The driver's own account of how it is connected: all of its options. Holds the password.
+  const std::string& completed() const { return completed_; }
+
+  /// How long a statement may run, where the driver takes that; 0 for ever.
+  int statementTimeoutSeconds() const { return statementTimeoutSeconds_; }
+  void setStatementTimeoutSeconds(int seconds) { statementTimeoutSeconds_ = seconds; }
+
   /// Whether texts are UTF-16 on their way, else UTF-8.
   bool isWide() const { return wide_; }
+
+  /// Whether the driver tells of more than the first result of a statement.
+  bool hasMoreResults() const { return moreResults_; }
 
   /// Texts and numbers of SQLGetInfo.
   std::string info(unsigned short which) const;
@@ -54,11 +64,16 @@ class OdbcConnection {
   void endTransaction(short how);
   [[noreturn]] void failConnection();
   [[noreturn]] void fail(short kind, void* handle);
+  void noteFailure(const DatabaseError& error);
   bool isDead() const;
   bool passesWideTexts() const;
+  bool has(unsigned short function) const;
 
   std::unique_ptr<Handles> handles_;
+  std::string completed_;
+  int statementTimeoutSeconds_ = 0;
   bool wide_ = true;
+  bool moreResults_ = true;
   bool inTransaction_ = false;
   std::optional<DatabaseError> lost_;
 };

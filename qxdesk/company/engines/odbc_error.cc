@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <span>
 
 namespace qx::desk {
 
@@ -26,17 +27,15 @@ constexpr Meaning kMeanings[] = {
     {"57P03", Fault::NoServer},        // the server starts
     {"57P05", Fault::ConnectionLost},  // idle for too long
     {"25P03", Fault::ConnectionLost},  // idle in a transaction for too long
-    {"25P02", Fault::RolledBack},     {"25006", Fault::ReadOnly},
-    {"55P03", Fault::Locked},         {"HYT00", Fault::Locked},
-    {"HYT01", Fault::ConnectionLost}, {"53100", Fault::Full},
-    {"53300", Fault::TooManyUsers},   {"22001", Fault::TooLong},
-    {"22003", Fault::OutOfRange},     {"22007", Fault::BadDate},
-    {"22008", Fault::BadDate},        {"23505", Fault::Unique},
-    {"IM002", Fault::NoDriver},       {"IM003", Fault::NoDriver},
-    {"3D000", Fault::NoDatabase},     {"XX001", Fault::Damaged},
-    {"XX002", Fault::Damaged},        {"58030", Fault::InputOutput},
-    {"08", Fault::ConnectionLost},    {"23", Fault::Constraint},
-    {"28", Fault::LoginRefused},      {"40", Fault::RolledBack},
+    {"25P02", Fault::Aborted},        {"25006", Fault::ReadOnly},    {"55P03", Fault::Locked},
+    {"57014", Fault::Cancelled},      {"HYT00", Fault::Cancelled},   {"HY008", Fault::Cancelled},
+    {"HYT01", Fault::ConnectionLost}, {"53100", Fault::Full},        {"53300", Fault::TooManyUsers},
+    {"22001", Fault::TooLong},        {"22003", Fault::OutOfRange},  {"22007", Fault::BadDate},
+    {"22008", Fault::BadDate},        {"22P02", Fault::BadValue},    {"22018", Fault::BadValue},
+    {"23505", Fault::Unique},         {"42501", Fault::NoRight},     {"IM002", Fault::NoDriver},
+    {"IM003", Fault::NoDriver},       {"3D000", Fault::NoDatabase},  {"XX001", Fault::Damaged},
+    {"XX002", Fault::Damaged},        {"58030", Fault::InputOutput}, {"08", Fault::ConnectionLost},
+    {"23", Fault::Constraint},        {"28", Fault::LoginRefused},   {"40", Fault::RolledBack},
     {"53", Fault::InputOutput},
 };
 
@@ -45,7 +44,7 @@ struct Hint {
   Fault fault;
 };
 
-constexpr Hint kHints[] = {
+constexpr Hint kConnectHints[] = {
     {"Can't open lib", Fault::NoDriver},
     {"too many clients", Fault::TooManyUsers},
     {"too many connections", Fault::TooManyUsers},
@@ -55,6 +54,17 @@ constexpr Hint kHints[] = {
     {"pg_hba.conf", Fault::LoginRefused},
     {"role \"", Fault::LoginRefused},
     {"FATAL:  database \"", Fault::NoDatabase},
+    {"permission denied for database", Fault::NoRight},
+};
+
+// Of drivers that give the same state for everything.
+constexpr Hint kStatementHints[] = {
+    {"is locked", Fault::Locked},
+    {"readonly database", Fault::ReadOnly},
+    {"disk is full", Fault::Full},
+    {"UNIQUE constraint failed", Fault::Unique},
+    {"constraint failed", Fault::Constraint},
+    {"image is malformed", Fault::Damaged},
 };
 
 std::optional<OdbcDiagnosis> wideRecord(short kind, void* handle) {
@@ -88,6 +98,13 @@ bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+std::optional<Fault> faultOfWords(std::string_view words, std::span<const Hint> hints) {
+  for (const Hint& hint : hints) {
+    if (contains(words, hint.words)) return hint.fault;
+  }
+  return std::nullopt;
+}
+
 void dropFront(std::string& text, std::string_view prefix) {
   if (text.starts_with(prefix)) text.erase(0, prefix.size());
 }
@@ -99,6 +116,23 @@ void bracketLine(std::string& text, std::string_view mark) {
   const std::size_t end = std::min(text.find('\n', at + mark.size()), text.size());
   const std::string remark = text.substr(at + mark.size(), end - at - mark.size());
   text.replace(at, end - at, " (" + remark + ")");
+}
+
+// A break and the blanks around it become one blank.
+void joinLines(std::string& text) {
+  std::string line;
+  bool broken = false;
+  for (const char c : text) {
+    if (c == '\n' || c == '\r' || c == '\t') broken = true;
+    if (broken && (c == ' ' || c == '\n' || c == '\r' || c == '\t')) continue;
+    if (broken) {
+      while (line.ends_with(' ')) line.pop_back();
+      line += ' ';
+    }
+    broken = false;
+    line += c;
+  }
+  text = std::move(line);
 }
 
 void dropBehind(std::string& text, std::string_view mark) {
@@ -121,14 +155,27 @@ Fault faultOfState(std::string_view state) {
   return found == std::end(kMeanings) ? Fault::Statement : found->fault;
 }
 
-Fault faultOfConnect(const OdbcDiagnosis& diagnosis) {
-  const std::string_view words = diagnosis.message;
-  // Drivers give one state for all that a server says before a connection is there.
-  for (const Hint& hint : kHints) {
-    if (contains(words, hint.words)) return hint.fault;
-  }
+Fault faultOfStatement(const OdbcDiagnosis& diagnosis) {
   const Fault fault = faultOfState(diagnosis.state);
-  return fault == Fault::ConnectionLost || fault == Fault::Locked ? Fault::NoServer : fault;
+  if (!diagnosis.state.starts_with("HY000")) return fault;
+  return faultOfWords(diagnosis.message, kStatementHints).value_or(fault);
+}
+
+Fault faultOfConnect(const OdbcDiagnosis& diagnosis) {
+  // Drivers give one state for all that a server says before a connection is there.
+  if (const auto fault = faultOfWords(diagnosis.message, kConnectHints)) return *fault;
+  switch (const Fault fault = faultOfState(diagnosis.state)) {
+    case Fault::NoDriver:
+    case Fault::NoDatabase:
+    case Fault::LoginRefused:
+    case Fault::TooManyUsers:
+    case Fault::NoRight:
+    case Fault::Damaged:
+    case Fault::Full:
+      return fault;
+    default:
+      return Fault::NoServer;
+  }
 }
 
 std::string engineWords(std::string message) {
@@ -143,7 +190,8 @@ std::string engineWords(std::string message) {
   dropBehind(message, "\nError while");
   bracketLine(message, "\nDETAIL: ");
   bracketLine(message, "\nHINT: ");
-  while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
+  joinLines(message);
+  while (message.ends_with(' ')) message.pop_back();
   message.erase(0, std::min(message.find_first_not_of(' '), message.size()));
   return message;
 }

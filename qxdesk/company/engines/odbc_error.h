@@ -20,10 +20,12 @@ OdbcDiagnosis diagnose(short kind, void* handle, bool wide);
 
 /// Fault::Statement for a state that says nothing of use.
 Fault faultOfState(std::string_view state);
+/// Why a statement or the end of a transaction failed; by the words where the state says nothing.
+Fault faultOfStatement(const OdbcDiagnosis& diagnosis);
 /// Why a connection did not come about; tells from the message what the state leaves open.
 Fault faultOfConnect(const OdbcDiagnosis& diagnosis);
 
-/// Without "[driver]" in front, "ERROR: " and what the driver adds behind.
+/// Without "[driver]" in front, "ERROR: " and what the driver adds behind; one line.
 std::string engineWords(std::string message);
 
 }  // namespace qx::desk

@@ -29,4 +29,24 @@ std::string withEngineNames(std::string_view sql, const NameStyle& style) {
   return result;
 }
 
+bool hasEscape(std::string_view sql) {
+  struct Quote {
+    std::string_view open, close;
+  };
+  static constexpr Quote kQuotes[] = {
+      {"'", "'"}, {"\"", "\""}, {"[", "]"}, {"--", "\n"}, {"/*", "*/"}};
+  while (!sql.empty()) {
+    if (sql.front() == '{') return true;
+    const auto quote = std::find_if(std::begin(kQuotes), std::end(kQuotes),
+                                    [&](const Quote& q) { return sql.starts_with(q.open); });
+    std::size_t end = 1;
+    if (quote != std::end(kQuotes)) {
+      end = sql.find(quote->close, quote->open.size());
+      end = end == std::string_view::npos ? sql.size() : end + quote->close.size();
+    }
+    sql.remove_prefix(end);
+  }
+  return false;
+}
+
 }  // namespace qx::desk

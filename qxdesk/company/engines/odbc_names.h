@@ -15,4 +15,8 @@ struct NameStyle {
 /// quotes stays as it is.
 std::string withEngineNames(std::string_view sql, const NameStyle& style);
 
+/// Whether a statement has a brace outside of quotes, brackets and comments: what drivers take for
+/// an escape of theirs.
+bool hasEscape(std::string_view sql);
+
 }  // namespace qx::desk

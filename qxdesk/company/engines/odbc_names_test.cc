@@ -14,6 +14,16 @@ TEST(OdbcNames, AreWrittenInTheStyleOfTheEngine) {
   EXPECT_EQ(withEngineNames("SELECT [Code] FROM [HVCOMP]", {"", false}), "SELECT Code FROM HVCOMP");
 }
 
+TEST(OdbcNames, ABraceIsAnEscapeOnlyWhereNothingQuotesIt) {
+  EXPECT_TRUE(hasEscape("SELECT {d '2024-01-31'}"));
+  EXPECT_TRUE(hasEscape("SELECT '{' , {fn now()}"));
+  EXPECT_TRUE(hasEscape("SELECT 'it''s' {"));
+  EXPECT_FALSE(hasEscape("SELECT '{ts}', \"{\", [{], 'it''s {' -- {\n, 1 /* { */"));
+  EXPECT_FALSE(hasEscape("SELECT 1 -- {"));
+  EXPECT_FALSE(hasEscape("'{"));
+  EXPECT_FALSE(hasEscape(""));
+}
+
 TEST(OdbcNames, TextWithoutNamesStaysAsItIs) {
   EXPECT_EQ(withEngineNames("", {}), "");
   EXPECT_EQ(withEngineNames("SELECT 1", {}), "SELECT 1");

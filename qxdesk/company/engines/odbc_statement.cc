@@ -1,6 +1,7 @@
 #include "qxdesk/company/engines/odbc_statement.h"
 
 #include "qxdesk/company/engines/odbc_columns.h"
+#include "qxdesk/company/engines/odbc_names.h"
 #include "qxframework/automation/text.h"
 
 #include <sqlucode.h>
@@ -54,8 +55,10 @@ class OdbcStatement final : public Statement {
  public:
   OdbcStatement(OdbcConnection& connection, std::string_view sql)
       : connection_(connection), sql_(sql), statement_(connection.newStatement()) {
-    // The text stands as it is: braces are no escapes of the driver's.
-    SQLSetStmtAttrW(statement_, SQL_ATTR_NOSCAN, number(SQL_NOSCAN_ON), 0);
+    // What stands in braces is no escape for the driver to resolve.
+    keepsBraces_ = take(SQL_ATTR_NOSCAN, SQL_NOSCAN_ON);
+    const int seconds = connection_.statementTimeoutSeconds();
+    if (seconds > 0) take(SQL_ATTR_QUERY_TIMEOUT, static_cast<SQLULEN>(seconds));
   }
   ~OdbcStatement() override { SQLFreeHandle(SQL_HANDLE_STMT, statement_); }
   OdbcStatement(const OdbcStatement&) = delete;
@@ -88,6 +91,10 @@ class OdbcStatement final : public Statement {
   std::string_view text(int column) const override;
 
  private:
+  /// Whether the driver takes an attribute as it is given.
+  bool take(SQLINTEGER attribute, SQLULEN value) {
+    return SQLSetStmtAttrW(statement_, attribute, number(value), 0) == SQL_SUCCESS;
+  }
   Parameter& parameterAt(int number);
   void run();
   void runPrepared();
@@ -95,6 +102,7 @@ class OdbcStatement final : public Statement {
   void bindColumns();
   bool fetchBatch();
   void loadRow();
+  bool nextResult();
   void check(SQLRETURN result) {
     if (!SQL_SUCCEEDED(result)) connection_.failStatement(statement_);
   }
@@ -103,8 +111,10 @@ class OdbcStatement final : public Statement {
   std::string sql_;
   SQLHSTMT statement_;
   std::deque<Parameter> parameters_;  // their places are known to the driver
+  bool keepsBraces_ = true;
   bool prepared_ = false;
   bool ran_ = false;
+  bool ended_ = false;
 
   std::vector<OdbcColumn> columns_;
   std::vector<OdbcCell> cells_;
@@ -154,14 +164,24 @@ void OdbcStatement::bindDate(int parameter, std::string_view value) {
 
 bool OdbcStatement::step() {
   if (!ran_) run();
-  if (columns_.empty()) return false;
-  if (next_ == fetched_ && !fetchBatch()) return false;
+  if (columns_.empty() || ended_) return false;
+  if (next_ == fetched_ && !fetchBatch()) {
+    ended_ = true;
+    while (nextResult()) {
+    }
+    return false;
+  }
   loadRow();
   return true;
 }
 
 void OdbcStatement::run() {
   connection_.needAlive();
+  if (!keepsBraces_ && hasEscape(sql_)) {
+    throw DatabaseError(Fault::Statement,
+                        "the driver would rewrite what stands in braces in this statement; write "
+                        "it in the engine's own words, without braces");
+  }
   if (parameters_.empty()) {
     const SQLRETURN result = connection_.execute(statement_, sql_);
     if (result != SQL_NO_DATA) check(result);
@@ -169,9 +189,19 @@ void OdbcStatement::run() {
     runPrepared();
   }
   ran_ = true;
+  ended_ = false;
   fetched_ = 0;
   next_ = 0;
   if (!bound_) describe();
+  while (columns_.empty() && nextResult()) describe();
+}
+
+bool OdbcStatement::nextResult() {
+  if (!connection_.hasMoreResults()) return false;
+  const SQLRETURN result = SQLMoreResults(statement_);
+  if (result == SQL_NO_DATA) return false;
+  check(result);
+  return true;
 }
 
 void OdbcStatement::runPrepared() {
@@ -202,9 +232,9 @@ void OdbcStatement::describe() {
 void OdbcStatement::bindColumns() {
   constexpr unsigned kAnyCell = SQL_GD_ANY_COLUMN | SQL_GD_BLOCK | SQL_GD_BOUND;
   const bool anyCell = (connection_.infoNumber(SQL_GETDATA_EXTENSIONS) & kAnyCell) == kAnyCell;
-  const bool allShort = std::all_of(columns_.begin(), columns_.end(),
-                                    [](const OdbcColumn& column) { return column.isShort(); });
-  batchSize_ = anyCell || allShort ? kBatchRows : 1;
+  const bool allFit = std::all_of(columns_.begin(), columns_.end(),
+                                  [](const OdbcColumn& column) { return column.alwaysFits(); });
+  batchSize_ = anyCell || allFit ? kBatchRows : 1;
   states_.assign(batchSize_, SQL_ROW_NOROW);
   check(SQLSetStmtAttrW(statement_, SQL_ATTR_ROW_ARRAY_SIZE, number(batchSize_), 0));
   check(SQLSetStmtAttrW(statement_, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0));

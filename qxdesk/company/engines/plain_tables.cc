@@ -48,33 +48,39 @@ class DriverQuestion {
   SQLHSTMT statement_;
 };
 
+struct Offer {
+  SQLSMALLINT type;
+  std::string_view parameters = {};  // behind the name, "%" for the length
+};
+
 struct Wish {
   ColumnKind kind;
-  std::string_view parameters;  // behind the name, "%" for the length
-  std::vector<SQLSMALLINT> types;
+  std::vector<Offer> types;
   std::string_view standard;  // for a driver that tells none of them
 };
 
 // The best first.
 const std::vector<Wish>& wishes() {
   static const std::vector<Wish> all{
-      {ColumnKind::Text, "(%)", {SQL_WVARCHAR, SQL_VARCHAR}, "VARCHAR"},
-      {ColumnKind::Memo, "", {SQL_WLONGVARCHAR, SQL_LONGVARCHAR}, "CLOB"},
-      {ColumnKind::Integer, "", {SQL_INTEGER}, "INTEGER"},
-      {ColumnKind::SmallInteger, "", {SQL_SMALLINT, SQL_INTEGER}, "SMALLINT"},
-      {ColumnKind::Decimal, "(21,6)", {SQL_DECIMAL, SQL_NUMERIC}, "DECIMAL"},
-      {ColumnKind::Date, "", {SQL_TYPE_TIMESTAMP, SQL_TIMESTAMP}, "TIMESTAMP"},
+      {ColumnKind::Text, {{SQL_WVARCHAR, "(%)"}, {SQL_VARCHAR, "(%)"}}, "VARCHAR(%)"},
+      {ColumnKind::Memo, {{SQL_WLONGVARCHAR}, {SQL_LONGVARCHAR}}, "CLOB"},
+      {ColumnKind::Integer, {{SQL_INTEGER}}, "INTEGER"},
+      {ColumnKind::SmallInteger, {{SQL_SMALLINT}, {SQL_INTEGER}}, "SMALLINT"},
+      {ColumnKind::Decimal,
+       {{SQL_DECIMAL, "(21,6)"}, {SQL_NUMERIC, "(21,6)"}, {SQL_DOUBLE}, {SQL_FLOAT}},
+       "DECIMAL(21,6)"},
+      {ColumnKind::Date, {{SQL_TYPE_TIMESTAMP}, {SQL_TIMESTAMP}}, "TIMESTAMP"},
   };
   return all;
 }
 
 std::string typeFor(OdbcConnection& connection, const Wish& wish) {
-  for (const SQLSMALLINT type : wish.types) {
+  for (const Offer& offer : wish.types) {
     DriverQuestion question(connection);
-    const auto rows = question.answer(SQLGetTypeInfoW(question.handle(), type), {1});
-    if (!rows.empty()) return rows.front().front() + std::string(wish.parameters);
+    const auto rows = question.answer(SQLGetTypeInfoW(question.handle(), offer.type), {1});
+    if (!rows.empty()) return rows.front().front() + std::string(offer.parameters);
   }
-  return std::string(wish.standard) + std::string(wish.parameters);
+  return std::string(wish.standard);
 }
 
 std::string defaultOf(const ColumnDefault& value) {
