@@ -31,6 +31,11 @@ class CQXPersistentObject;
 /// last without one. Exists, Add and RemoveRange leave it. Which rows there are is as the query
 /// found it until a Refresh.
 ///
+/// GetByKey, Find, Update and Remove compare texts: a key's date is the literal of the engine and
+/// its number has a decimal point, while the row's value reads as a plain text by the user's
+/// locale. So a VT_DATE never matches (a text may, in the engine's form: "20240131", of KORDB
+/// "2024-01-31 00:00:00"), nor does a number with decimals where the locale has a decimal comma.
+///
 /// A copy shares the rows with the original, so a proxy in use is not to be copied.
 class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
  public:
@@ -52,7 +57,8 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   /// The first row with these values of any columns; false, with the container as it was, if there
   /// is none.
   bool Find(const TyFieldValues& keys, CQXValueContainer& container);
-  /// Asks the database, not the cursor.
+  /// Asks the database, not the cursor. True for one row: false for several as for none, and when
+  /// the statement fails.
   bool Exists(const TyFieldValues& keys);
   /// -1 for no limit. The next step is Load, which writes a new query only if the value is new.
   void SetMaxRecordCount(long maximum);
@@ -87,8 +93,11 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   /// The value of the name, else of the name with its small letters made capital, else a VT_I4 of
   /// 0.
   CComVariant GetValue(const TyFieldValues& values, const OLECHAR* name) const;
-  /// The key of the current row.
+  /// The key of the current row. Behind the last row, and without any, it is the refusal
+  /// "No valid current record found".
   qx_ptr<CConditions> BuildPrimaryKeyConditions();
+  /// A join with the constant of a text or a date is good for one query: Load quotes the constant
+  /// again when it writes another, which then matches nothing. Take a new proxy for that.
   void AddLinkTableCriteria(const CQXLinkTableCriteria& link);
   void SetCorrelationName(const OLECHAR* name);
 

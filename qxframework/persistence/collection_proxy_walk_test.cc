@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <stdexcept>
-#include <utility>
 
 namespace Persistence::test {
 namespace {
@@ -163,23 +162,23 @@ TEST_F(CollectionProxy, FirstLogsTheNamesOfTheRowAndNoOtherStepDoes) {
 
 TEST_F(CollectionProxy, EveryStepIsAScopeOfTheLogWithItsResult) {
   load();
-  const std::pair<const OLECHAR*, std::function<void()>> steps[] = {
-      {u"CQXPersistentCollectionProxy::Previous", [&] { (void)proxy.Previous(item); }},
-      {u"CQXPersistentCollectionProxy::First", [&] { (void)proxy.First(item); }},
-      {u"CQXPersistentCollectionProxy::Last", [&] { (void)proxy.Last(item); }},
-      {u"CQXPersistentCollectionProxy::Next", [&] { (void)proxy.Next(item); }}};
-  for (const auto& [name, step] : steps) {
+  const auto linesOf = [&](const std::function<void()>& step) {
     logger.records.clear();
-    try {
-      step();
-    } catch (const _com_error&) {
-      // In front of the first row there is none to read.
-    }
-    EXPECT_EQ(logger.records.front().function, name);
-    EXPECT_EQ(logger.records.front().message, u"Entering function\n");
-    EXPECT_EQ(logger.records.back().function, name);
-  }
-  EXPECT_EQ(logger.records.back().message, u"Leaving function [S_FALSE]\n");
+    step();
+    const auto& entering = logger.records.front();
+    const auto& leaving = logger.records.back();
+    return Texts{entering.function, entering.message, leaving.function, leaving.message};
+  };
+  const auto lines = [](const std::u16string& step, const std::u16string& result) {
+    const std::u16string scope = u"CQXPersistentCollectionProxy::" + step;
+    return Texts{scope, u"Entering function\n", scope, u"Leaving function [" + result + u"]\n"};
+  };
+  // In front of the first row there is none to read: the step went well, the reading does not.
+  EXPECT_EQ(linesOf([&] { EXPECT_THROW((void)proxy.Previous(item), _com_error); }),
+            lines(u"Previous", u"S_OK"));
+  EXPECT_EQ(linesOf([&] { (void)proxy.First(item); }), lines(u"First", u"S_OK"));
+  EXPECT_EQ(linesOf([&] { (void)proxy.Last(item); }), lines(u"Last", u"S_OK"));
+  EXPECT_EQ(linesOf([&] { (void)proxy.Next(item); }), lines(u"Next", u"S_FALSE"));
 }
 
 TEST_F(CollectionProxy, RefreshRepeatsTheQueryAndKeepsThePosition) {

@@ -26,7 +26,9 @@ class QX_API CQXLinkFieldCriteria {
  public:
   /// The two columns are equal.
   CQXLinkFieldCriteria(const OLECHAR* sourceField, const OLECHAR* destField);
-  /// The column compares with a constant; the source field is null.
+  /// The column compares with a constant; the source field is null. A proxy replaces a text or a
+  /// date by its literal when it writes a statement, so that a second statement has it quoted twice
+  /// and matches nothing: take a new proxy. What was given to the proxy stays as it is.
   CQXLinkFieldCriteria(const OLECHAR* destField, const CComVariant& destValue,
                        HvConditionOperation operation);
   CQXLinkFieldCriteria(const CQXLinkFieldCriteria& other) = default;
@@ -43,7 +45,8 @@ class QX_API CQXLinkFieldCriteria {
   CComVariant& GetDestValue() { return m_DestValue; }
   const CComVariant& GetDestValue() const { return m_DestValue; }
 
-  /// Texts compare by the user's locale, letter case included, values by qx::sameValue.
+  /// Texts compare by the user's locale, letter case included. Constants are equal if they are of
+  /// the same kind and equal by that locale, or both VT_NULL.
   friend QX_API bool operator==(const CQXLinkFieldCriteria& a, const CQXLinkFieldCriteria& b);
   friend bool operator!=(const CQXLinkFieldCriteria& a, const CQXLinkFieldCriteria& b) {
     return !(a == b);

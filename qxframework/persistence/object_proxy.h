@@ -39,7 +39,11 @@ class QX_API CQXPersistentObjectProxy {
   /// From the values of the row to the record. A name may have a correlation name and a point in
   /// front.
   virtual void MapToContainer(const TyFieldValues& values, CQXValueContainer& container) = 0;
-  /// From the record to the values, which are the ones that will be written.
+  /// From the record to the values, which are the ones that will be written. Add begins with an
+  /// empty map, Update with the row as it was read: a name that is there wants SetValue, since
+  /// adding it again writes it twice. Or clear the map first, so that nothing but the record's
+  /// columns is written. Under a correlation name with a field list it must be cleared, and with
+  /// joins: the map then has names such as "T0.Code" and the joined columns, which no UPDATE takes.
   virtual void ContainerToMap(const CQXValueContainer& container, TyFieldValues& values) = 0;
 
   bool IsConnected() const { return m_bConnected; }
@@ -51,12 +55,18 @@ class QX_API CQXPersistentObjectProxy {
   void GetFields(CQXValueContainer& container);
   /// Writes a new row through a new object, which has no table of its own.
   void Add(const CQXValueContainer& container);
-  /// Writes the row. The values from before are the key where there are no conditions.
+  /// Writes the values that ContainerToMap leaves. The columns of the row's conditions are its key
+  /// and not written; the values from before are the key where there are no conditions.
   void Update(const CQXValueContainer& container);
   void Remove();
+  /// Refreshes, and tells whether the statement ran: false when it failed. It does not look whether
+  /// the row is still there, which a collection proxy's Exists does.
   bool Exists();
-  /// Reads the row anew. A loaded proxy repeats the statement that read it.
+  /// Reads the row anew. A loaded proxy repeats the statement that read it, and does not look how
+  /// many rows there are now: one that is gone reads as a row of empty values.
   void Refresh();
+  /// A join with the constant of a text or a date wants a new proxy where a Load failed: the next
+  /// statement would quote the constant again.
   void AddLinkTableCriteria(const CQXLinkTableCriteria& link);
   void SetCorrelationName(const OLECHAR* name);
   /// Connects, and writes the SELECT of a choose list into `result`: columns with their titles.

@@ -34,7 +34,7 @@ class BadQueries : public qx::test::CompanyFixture {
     addOrder(u"A", u"Ann", dateValue(2024, 1, 31), 12.5, 3);
     addOrder(u"B", u"Ben", dateValue(2024, 2, 1), -0.25, 2);
   }
-  ~BadQueries() override {
+  void TearDown() override {
     Rows orders(company(), u"@ORDERS");
     orders.SetFields({u"U_No", u"U_Who"});
     orders.Load({u"Code"}, {});

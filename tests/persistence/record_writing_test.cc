@@ -21,6 +21,7 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class RecordWriting : public qx::test::CompanyFixture {
  protected:
@@ -189,6 +190,62 @@ TEST_F(RecordWriting, AnObjectUpdatesAndRemovesItsRow) {
   row.Remove();
   EXPECT_THAT(orders(), ElementsAre(kA, kC));
   EXPECT_TRUE(row.IsLoaded());
+}
+
+// The statement is repeated without a look at what it finds, and an empty answer is a row of empty
+// values.
+TEST_F(RecordWriting, AnObjectWhoseRowIsGoneStillExistsAndReadsAsEmpty) {
+  OneRow row;
+  row.Connect(company(), u"@ORDERS", true);
+  row.SetFields({u"Code", u"U_No", u"U_Day", u"U_Total", u"U_Count"});
+  row.Load(Conditions().add(u"U_No", co_Equal, u"B").get());
+  Rows rows(company(), u"@ORDERS");
+  rows.RemoveRange(values({{u"U_No", u"B"}}), {});
+  EXPECT_TRUE(row.Exists());
+  row.Refresh();
+  EXPECT_TRUE(row.IsLoaded());
+  Record record;
+  row.GetFields(record);
+  EXPECT_EQ(record.named(), "Code=|U_No=|U_Day=1899-12-30 00:00:00|U_Total=0|U_Count=0");
+  EXPECT_THAT(orders(), ElementsAre(kA, kC));
+}
+
+/// Writes the columns of its record and no others.
+class OnlyItsOwn final : public Persistence::CQXPersistentObjectProxy {
+ public:
+  void MapToContainer(const Persistence::TyFieldValues& row,
+                      Persistence::CQXValueContainer& container) override {
+    dynamic_cast<Record&>(container).row = row;
+  }
+  void ContainerToMap(const Persistence::CQXValueContainer& container,
+                      Persistence::TyFieldValues& row) override {
+    row = dynamic_cast<const Record&>(container).row;
+  }
+  using CQXPersistentObjectProxy::Connect;
+  using CQXPersistentObjectProxy::Load;
+};
+
+template <class Proxy>
+std::string updatedUnderACorrelationName(const CComPtr<ICompany>& company) {
+  Proxy row;
+  row.Connect(company, u"@ORDERS", true);
+  row.SetCorrelationName(u"T0");
+  row.SetFields({u"Code", u"U_Who"});
+  row.Load(Conditions().add(u"U_No", co_Equal, u"B").get());
+  Record record;
+  row.GetFields(record);
+  const std::string failure = failureOf([&] { row.Update(Record{{u"U_Who", u"Bea"}}); });
+  return record.named() + " " + failure;
+}
+
+// The row that was read has names which no UPDATE can have.
+TEST_F(RecordWriting, AnObjectUnderACorrelationNameIsUpdatedByAHookThatClearsTheRow) {
+  EXPECT_THAT(updatedUnderACorrelationName<OneRow>(company()),
+              StartsWith("T0.Code=00000001|T0.U_Who=Ben -2000: "));
+  EXPECT_THAT(orders(), ElementsAre(kA, kB, kC));
+  EXPECT_EQ(updatedUnderACorrelationName<OnlyItsOwn>(company()),
+            "T0.Code=00000001|T0.U_Who=Ben no failure");
+  EXPECT_THAT(orders(), ElementsAre(kA, "00000001|00000001|B|Bea|2024-02-01 00:00:00|-0.25|2", kC));
 }
 
 // A new object stands behind the two, and it does not know the table.

@@ -5,6 +5,7 @@
 
 #include "tests/persistence/record.h"
 
+#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -32,6 +33,7 @@ struct Golden {
 struct StatementContext {
   CComPtr<ICompany> company;
   CComPtr<IApplication> application;
+  std::string database;  ///< for what happens past the company
 };
 
 struct StatementCase {
@@ -40,7 +42,7 @@ struct StatementCase {
   std::string (*work)(const StatementContext& context);
   std::vector<Golden> statements;
   std::string answer;
-  std::string sybaseAnswer = {};  ///< where it is another one
+  std::map<std::string, std::string> otherAnswers = {};  ///< of engines that have another one
 };
 
 inline void PrintTo(const StatementCase& each, std::ostream* out) { *out << each.name; }

@@ -215,7 +215,7 @@ std::vector<StatementCase> collectionStatements() {
        {limitOn("SET ROWCOUNT 1 "), kOneCurrency, limitOn("SET ROWCOUNT 0"), kOneCurrency,
         kOneCurrency},
        "EUR",
-       "EUR\nGBP\nHUF\nUSD"},
+       {{"sybase", "EUR\nGBP\nHUF\nUSD"}}},
       {"Exists",
        &exists,
        {{"SELECT U_No FROM [@ORDERS]     WHERE U_No = N'A' ORDER BY Code",

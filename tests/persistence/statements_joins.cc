@@ -52,6 +52,21 @@ std::string joinedWithConstants(const StatementContext& context) {
   return joined(context, link);
 }
 
+// A constant is quoted in its place, so the second statement of a proxy has it quoted once more.
+std::string joinedTwiceWithAConstant(const StatementContext& context) {
+  CQXLinkTableCriteria link = lines(jm_Inner);
+  link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Item", CComVariant(u"I1"), co_Equal));
+  Rows rows(context.company, u"@ORDERS");
+  rows.SetCorrelationName(u"T0");
+  rows.SetFields({u"U_No"});
+  rows.AddLinkTableCriteria(link);
+  rows.Load({u"Code"}, {});
+  const std::string text = allOf(rows);
+  rows.SetMaxRecordCount(5);
+  rows.Load({u"Code"}, {});
+  return text + "\n-\n" + allOf(rows);
+}
+
 std::string joinedToHostTable(const StatementContext& context) {
   CQXLinkTableCriteria link(u"OFPR", u"T1", jm_Inner, false);
   link.AddLinkFieldCriteria(
@@ -92,6 +107,38 @@ Golden kind(const std::string& word) {
               R"( JOIN "@LINES" T1 ON T0."U_No" = T1."U_OrderNo"   ORDER BY T0."U_No" ASC)"};
 }
 
+// A number that is no kind of join leaves the word out, and three blanks in front of JOIN.
+const Golden kNoKind = {
+    "SELECT T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   JOIN [@LINES] T1 ON "
+    "T0.U_No = T1.U_OrderNo   ORDER BY T0.U_No ASC",
+    "SELECT T0.U_No AS \"T0.U_No\" ,T1.U_Item AS \"T1.U_Item\"  FROM @ORDERS T0   JOIN @LINES T1 "
+    "ON "
+    "T0.U_No = T1.U_OrderNo   ORDER BY T0.U_No ASC  ",
+    R"(SELECT T0."U_No" AS"T0.U_No",T1."U_Item" AS"T1.U_Item" FROM "@ORDERS" T0   JOIN "@LINES" T1 )"
+    R"(ON T0."U_No" = T1."U_OrderNo"   ORDER BY T0."U_No" ASC)"};
+
+const Golden kConstantQuotedOnce = {
+    "SELECT T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   INNER JOIN [@LINES] T1 "
+    "ON T0.U_No = T1.U_OrderNo AND T1.U_Item  =  N'I1'   ORDER BY T0.Code",
+    "SELECT T0.U_No AS \"T0.U_No\" ,T1.U_Item AS \"T1.U_Item\"  FROM @ORDERS T0   INNER JOIN "
+    "@LINES "
+    "T1 ON T0.U_No = T1.U_OrderNo AND T1.U_Item  =  N'I1'   ORDER BY T0.Code  ",
+    R"(SELECT T0."U_No" AS"T0.U_No",T1."U_Item" AS"T1.U_Item" FROM "@ORDERS" T0   INNER JOIN )"
+    R"("@LINES" T1 ON T0."U_No" = T1."U_OrderNo" AND T1."U_Item"  =  N'I1'   ORDER BY T0."Code")"};
+
+const Golden kConstantQuotedTwice = {
+    "SELECT TOP 5 T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   INNER JOIN "
+    "[@LINES] T1 ON T0.U_No = T1.U_OrderNo AND T1.U_Item  =  N'N''I1'''   ORDER BY T0.Code",
+    "SELECT T0.U_No AS \"T0.U_No\" ,T1.U_Item AS \"T1.U_Item\"  FROM @ORDERS T0   INNER JOIN "
+    "@LINES "
+    "T1 ON T0.U_No = T1.U_OrderNo AND T1.U_Item  =  N'N''I1'''   ORDER BY T0.Code  FETCH FIRST 5 "
+    "ROWS ONLY",
+    R"(SELECT TOP 5 T0."U_No" AS"T0.U_No",T1."U_Item" AS"T1.U_Item" FROM "@ORDERS" T0   INNER JOIN )"
+    R"("@LINES" T1 ON T0."U_No" = T1."U_OrderNo" AND T1."U_Item"  =  N'N''I1'''   ORDER BY )"
+    R"(T0."Code")",
+    "SELECT T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   INNER JOIN [@LINES] T1 "
+    "ON T0.U_No = T1.U_OrderNo AND T1.U_Item  =  N'N''I1'''   ORDER BY T0.Code"};
+
 }  // namespace
 
 std::vector<StatementCase> joinStatements() {
@@ -100,6 +147,14 @@ std::vector<StatementCase> joinStatements() {
       {"LeftOuter", &joinedBy<jm_LeftOuter>, {kind("LEFT OUTER")}, "A|I1\nA|I2\nB|\nC|"},
       {"RightOuter", &joinedBy<jm_RightOuter>, {kind("RIGHT OUTER")}, "A|I1\nA|I2\n|I3"},
       {"FullOuter", &joinedBy<jm_FullOuter>, {kind("FULL OUTER")}, "A|I1\nA|I2\nB|\nC|\n|I3"},
+      {"OfNoKind", &joinedBy<etTABLE_JOIN_MODE(4)>, {kNoKind}, "A|I1\nA|I2"},
+      {"WrittenTwiceWithAConstant",
+       &joinedTwiceWithAConstant,
+       {kConstantQuotedOnce,
+        {"-", "-", "-", "SET ROWCOUNT 5 "},
+        kConstantQuotedTwice,
+        {"-", "-", "-", "SET ROWCOUNT 0"}},
+       "A|I1\n-\n"},
       {"WithConstants",
        &joinedWithConstants,
        {{"SELECT T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   LEFT OUTER JOIN "

@@ -27,6 +27,7 @@ const Golden kNoCursorLoad = {"SELECT Code FROM [@ORDERS]     ORDER BY Code",
                               R"(SELECT "Code" FROM "@ORDERS"     ORDER BY "Code")"};
 
 constexpr char kA[] = "00000000|00000000|A|Ann|2024-01-31 00:00:00|12.5|3";
+constexpr char kAOfEight[] = "00000000|00000000|A|Ann|2024-01-31 00:00:00|12.5|8";
 constexpr char kB[] = "00000001|00000001|B|O'Brien|2024-02-01 00:00:00|-0.25|2";
 constexpr char kC[] = "00000002|00000002|C|Cid|2023-12-31 00:00:00|1234.5|2";
 
@@ -88,6 +89,45 @@ std::string removeByKey(const StatementContext& context) {
   rows.Load({u"Code"}, {});
   rows.Remove(values({{u"Code", u"00000001"}}));
   return orders(context);
+}
+
+std::string updateNothingButTheKey(const StatementContext& context) {
+  Rows rows(context.company, u"@ORDERS");
+  rows.SetFields({u"Code"});
+  rows.Load({u"Code"}, {});
+  return failureOf([&] {
+           rows.Update(values({{u"Code", u"00000001"}}), Record{{u"Code", u"00000009"}});
+         })
+      .substr(0, 7);
+}
+
+/// The row of the conditions gets the count 8 and is removed by the same conditions. How that went
+/// in its first `length` letters, and the rows.
+std::string updatedAndRemoved(const StatementContext& context, const Conditions& conditions,
+                              std::size_t length) {
+  OneRow row;
+  row.Connect(context.company, u"@ORDERS", true);
+  row.SetFields({u"U_Count"});
+  row.Load(conditions.get());
+  row.Update(Record{{u"U_Count", 8}});
+  const std::string removed = failureOf([&] { row.Remove(); }).substr(0, length);
+  return removed + "\n" + orders(context);
+}
+
+// With its brackets the condition is not true of the row, so that it is changed but not removed.
+std::string brackets(const StatementContext& context) {
+  Conditions conditions;
+  conditions.add(u"U_No", co_Equal, u"A").brackets(1, 0);
+  conditions.add(u"U_No", co_Equal, u"Z").orElse().brackets(0, 1);
+  conditions.add(u"U_Who", co_Equal, u"Cid");
+  return updatedAndRemoved(context, conditions, 10);
+}
+
+std::string bracketsOnALaterCondition(const StatementContext& context) {
+  Conditions conditions;
+  conditions.add(u"U_No", co_Equal, u"A");
+  conditions.add(u"U_Who", co_Equal, u"Zoe").orElse().brackets(1, 1);
+  return updatedAndRemoved(context, conditions, 7);
 }
 
 std::string selectUnderAlias(const StatementContext& context) {
@@ -185,6 +225,42 @@ std::vector<StatementCase> oneRowStatements() {
          R"(DELETE FROM "@ORDERS"  WHERE "U_Total" = N'12.5' AND "U_No" = N'A')"},
         kAllOrders},
        lines({kB, kC})},
+      {"UpdateOfNothingButTheKey",
+       &updateNothingButTheKey,
+       {kNoCursorLoad,
+        {"UPDATE [@ORDERS]  SET   WHERE Code = N'00000001'",
+         "UPDATE @ORDERS  SET   WHERE Code = N'00000001'",
+         R"(UPDATE "@ORDERS"  SET   WHERE "Code" = N'00000001')"}},
+       "-2000: "},
+      {"BracketsInDeleteOnly",
+       &brackets,
+       {{"SELECT U_Count FROM [@ORDERS]     WHERE U_No = N'A' OR U_No = N'Z' AND U_Who = N'Cid'",
+         "SELECT U_Count FROM @ORDERS     WHERE U_No = N'A' OR U_No = N'Z' AND U_Who = N'Cid'",
+         R"(SELECT "U_Count" FROM "@ORDERS"     WHERE "U_No" = N'A' OR "U_No" = N'Z' AND "U_Who" )"
+         "= N'Cid'"},
+        {"UPDATE [@ORDERS]  SET U_Count = 8  WHERE U_No = N'A' OR U_No = N'Z' AND U_Who = N'Cid'",
+         "UPDATE @ORDERS  SET U_Count = 8  WHERE U_No = N'A' OR U_No = N'Z' AND U_Who = N'Cid'",
+         R"(UPDATE "@ORDERS"  SET "U_Count" = 8  WHERE "U_No" = N'A' OR "U_No" = N'Z' AND )"
+         R"("U_Who" = N'Cid')"},
+        {"DELETE FROM [@ORDERS]  WHERE (U_No = N'A' OR U_No = N'Z') AND U_Who = N'Cid'",
+         "DELETE FROM @ORDERS  WHERE (U_No = N'A' OR U_No = N'Z') AND U_Who = N'Cid'",
+         R"(DELETE FROM "@ORDERS"  WHERE ("U_No" = N'A' OR "U_No" = N'Z') AND "U_Who" = N'Cid')"},
+        kAllOrders},
+       lines({"no failure", kAOfEight, kB, kC})},
+      // A DELETE has the bracket in front of the word, which no engine takes.
+      {"BracketsOnALaterCondition",
+       &bracketsOnALaterCondition,
+       {{"SELECT U_Count FROM [@ORDERS]     WHERE U_No = N'A' OR U_Who = N'Zoe'",
+         "SELECT U_Count FROM @ORDERS     WHERE U_No = N'A' OR U_Who = N'Zoe'",
+         R"(SELECT "U_Count" FROM "@ORDERS"     WHERE "U_No" = N'A' OR "U_Who" = N'Zoe')"},
+        {"UPDATE [@ORDERS]  SET U_Count = 8  WHERE U_No = N'A' OR U_Who = N'Zoe'",
+         "UPDATE @ORDERS  SET U_Count = 8  WHERE U_No = N'A' OR U_Who = N'Zoe'",
+         R"(UPDATE "@ORDERS"  SET "U_Count" = 8  WHERE "U_No" = N'A' OR "U_Who" = N'Zoe')"},
+        {"DELETE FROM [@ORDERS]  WHERE U_No = N'A'( OR U_Who = N'Zoe')",
+         "DELETE FROM @ORDERS  WHERE U_No = N'A'( OR U_Who = N'Zoe')",
+         R"(DELETE FROM "@ORDERS"  WHERE "U_No" = N'A'( OR "U_Who" = N'Zoe'))"},
+        kAllOrders},
+       lines({"-2000: ", kAOfEight, kB, kC})},
       {"RemoveByKey",
        &removeByKey,
        {kNoCursorLoad,

@@ -52,14 +52,15 @@ class Statements : public CompanyFixture, public testing::WithParamInterface<Sta
 
   static const std::string& answer() {
     const StatementCase& each = GetParam();
-    return medium().is(kSybase) && !each.sybaseAnswer.empty() ? each.sybaseAnswer : each.answer;
+    const auto other = each.otherAnswers.find(medium().engine);
+    return other == each.otherAnswers.end() ? each.answer : other->second;
   }
 
   StatementLog log;
 };
 
 TEST_P(Statements, AreWrittenWordForWordAndRun) {
-  const StatementContext context{spyOn(company(), &log), login->application()};
+  const StatementContext context{spyOn(company(), &log), login->application(), database};
   EXPECT_EQ(GetParam().work(context), answer());
   EXPECT_THAT(log.texts, testing::ElementsAreArray(expected()));
 }

@@ -11,6 +11,9 @@
 #include "qxframework/resources/resource_loader.h"
 #include "qxframework/runtime/framework_util.h"
 #include "tests/persistence/statement_cases.h"
+#include "tests/support/medium.h"
+
+#include <cmath>
 
 namespace qx::test {
 namespace {
@@ -69,6 +72,52 @@ std::string versionStore(const StatementContext& context) {
   return states + stateOf(definition.tables);
 }
 
+/// What the store reads of a row of an old release, in a transaction that goes on behind it: the
+/// version, what CheckVersion says, and what is written and read in the transaction besides.
+std::string storedBeforeEmergencyFixes(const StatementContext& context,
+                                       std::string (*change)(const std::string& table)) {
+  Definition definition(context);
+  definition.tables.SetInstalled(definition.version);
+  CompanyStore::run(context.database,
+                    change(medium().is(kDb2) ? R"("@qxextdbv")" : R"("@qxextdbversion")"));
+  context.company->StartTransaction();
+  Rows(context.company, u"@LINES").RemoveRange(values({{u"U_Item", u"I3"}}), {});
+  CQXVersion version(u"0.00.00.00.00");
+  definition.tables.GetDBVersion(version);
+  std::string result = toUtf8(version.GetVersionAsBSTR().View()) + " " + stateOf(definition.tables);
+  result += "|" + nextCode(context);
+  context.company->EndTransaction(VARIANT_TRUE);
+  return result + "|" + CompanyStore::ask(context.database, R"(SELECT COUNT(*) FROM "@lines")");
+}
+
+std::string withoutEmergencyFix(const StatementContext& context) {
+  return storedBeforeEmergencyFixes(
+      context, [](const std::string& table) { return "UPDATE " + table + " SET u_efnum = NULL"; });
+}
+
+std::string withoutEmergencyFixColumn(const StatementContext& context) {
+  return storedBeforeEmergencyFixes(context, [](const std::string& table) {
+    return "ALTER TABLE " + table + " DROP COLUMN u_efnum";
+  });
+}
+
+// DB2 and KORDB have no GETDATE(), and refuse the second row. That ends the rows, the first one
+// stays, and the run goes on.
+std::string definedTableWithTime(const StatementContext& context) {
+  Definition definition(context);
+  std::string result = std::to_string(definition.tables.Create(101, true, definition.version));
+  Rows rows(context.company, u"@DATED");
+  rows.SetFields({u"Code", u"U_Day"});
+  rows.Load({u"Code"}, {});
+  const double now = CQXDateTime(dv_Today);
+  Record record;
+  for (long at = rows.First(record); at == 0; at = rows.Next(record)) {
+    const double day = rows.GetValue(record.row, u"U_Day").date;
+    result += "\n" + record.of(u"Code") + (std::abs(day - now) < 2 ? " now" : " at another time");
+  }
+  return result;
+}
+
 std::string definedTable(const StatementContext& context) {
   Definition definition(context);
   std::string result = std::to_string(definition.tables.Create(100, true, definition.version));
@@ -109,6 +158,9 @@ const Golden kDeleteStamp = {
     R"(delete from "@QXEXTDBVERSION" where "U_ExtID" = 'ST' and "U_Version" = '3.01.00.00' and )"
     R"("U_EFNum"= '07')"};
 
+const Golden kNextOrder = {"SELECT MAX(Code) FROM [@ORDERS]", "SELECT MAX(Code) FROM @ORDERS",
+                           R"(SELECT MAX("Code") FROM "@ORDERS")"};
+
 const Golden kNextStamp = {"SELECT MAX(Code) FROM [@QXEXTDBVERSION]",
                            "SELECT MAX(Code) FROM @QXEXTDBV",
                            R"(SELECT MAX("Code") FROM "@QXEXTDBVERSION")"};
@@ -135,6 +187,18 @@ Golden fieldLookUp(const std::string& table, const std::string& field) {
               field + "'"};
 }
 
+const std::vector<Golden> kStoredBeforeEmergencyFixes = {
+    kDeleteStamp,
+    kNextStamp,
+    insertStamp("Installed"),
+    {"DELETE FROM [@LINES]  WHERE U_Item = N'I3'", "DELETE FROM @LINES  WHERE U_Item = N'I3'",
+     R"(DELETE FROM "@LINES"  WHERE "U_Item" = N'I3')"},
+    versionOf("ST"),
+    emergencyFixOf("ST"),
+    versionOf("ST"),
+    emergencyFixOf("ST"),
+    kNextOrder};
+
 const Golden kNextRow = {"SELECT MAX(Code) FROM [@STMT]", "SELECT MAX(Code) FROM @STMT",
                          R"(SELECT MAX("Code") FROM "@STMT")"};
 
@@ -142,11 +206,7 @@ const Golden kNextRow = {"SELECT MAX(Code) FROM [@STMT]", "SELECT MAX(Code) FROM
 
 std::vector<StatementCase> utilityStatements() {
   return {
-      {"NextCode",
-       &nextCode,
-       {{"SELECT MAX(Code) FROM [@ORDERS]", "SELECT MAX(Code) FROM @ORDERS",
-         R"(SELECT MAX("Code") FROM "@ORDERS")"}},
-       "00000003 3"},
+      {"NextCode", &nextCode, {kNextOrder}, "00000003 3"},
       {"Tax",
        &tax,
        {{"SELECT Code, Rate, EffecDate FROM VTG1 WHERE (Code = 'A2') AND (EffecDate<=GetDate()) "
@@ -175,6 +235,32 @@ std::vector<StatementCase> utilityStatements() {
         emergencyFixOf("ST"), versionOf("ST"), emergencyFixOf("ST"), kDeleteStamp, kNextStamp,
         insertStamp("Upgrade failed"), versionOf("ST"), emergencyFixOf("ST")},
        "104"},
+      {"VersionStoreWithoutEmergencyFix", &withoutEmergencyFix, kStoredBeforeEmergencyFixes,
+       "3.01.00.00.00 2|00000003 3|2"},
+      {"VersionStoreWithoutEmergencyFixColumn", &withoutEmergencyFixColumn,
+       kStoredBeforeEmergencyFixes, "3.01.00.00.00 2|00000003 3|2"},
+      {"DefinedTableWithTime",
+       &definedTableWithTime,
+       {{"SELECT MAX(Code) FROM [@DATED]", "SELECT MAX(Code) FROM @DATED",
+         R"(SELECT MAX("Code") FROM "@DATED")"},
+        {"insert into [@DATED] (Code, Name, U_Who) values ('00000000', '00000000', N'Ann')",
+         "insert into @DATED (Code, Name, U_Who) values ('00000000', '00000000', 'Ann')",
+         R"(insert into "@DATED"("Code", "Name", "U_Who") values ('00000000', '00000000', N'Ann'))",
+         "insert into [@DATED] (Code, Name, U_Who) values ('00000000', '00000000', 'Ann')"},
+        {"SELECT MAX(Code) FROM [@DATED]", "SELECT MAX(Code) FROM @DATED",
+         R"(SELECT MAX("Code") FROM "@DATED")"},
+        {"insert into [@DATED] (Code, Name, U_Day) values ('00000001', '00000001', GETDATE())",
+         "insert into @DATED (Code, Name, U_Day) values ('00000001', '00000001', GETDATE())",
+         R"(insert into "@DATED"("Code", "Name", "U_Day") values ('00000001', '00000001', )"
+         "GETDATE())"},
+        kDeleteStamp,
+        kNextStamp,
+        insertStamp("Installed"),
+        {"SELECT Code,U_Day FROM [@DATED]     ORDER BY Code",
+         "SELECT Code,U_Day FROM @DATED     ORDER BY Code  ",
+         R"(SELECT "Code","U_Day" FROM "@DATED"     ORDER BY "Code")"}},
+       "0\n00000000 at another time\n00000001 now",
+       {{"db2", "0\n00000000 at another time"}, {"kordb", "0\n00000000 at another time"}}},
       {"DefinedTable",
        &definedTable,
        {fieldLookUp("@STMT", "Who"),

@@ -4,8 +4,7 @@
 // dialect_<engine>.h, which derives from CommonDialect, hides what its engine wants otherwise and
 // adds what every engine has to say: kName, tableName, dateText, dateLiteral and writeTitle. The
 // classes for one row and for many are made from it in dialect_classes.h, and the engine's number
-// gets its case in withDialect; nothing else of this layer
-// knows the engines.
+// gets its case in withDialect there. Nothing else of this layer knows the engines.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/persistence/internal/persistent_base.h"

@@ -47,6 +47,8 @@ void Db2Dialect::writeTitle(CComBSTR& target, std::u16string_view title) {
   target += u"\" ";
 }
 
+// The statement has a blank in front of its limit. The limit begins with one of its own, and no
+// limit is a blank, too.
 std::u16string Db2Dialect::limitBehind(std::int32_t maximum, bool) {
   return maximum == -1 ? u"  " : format(u"  FETCH FIRST %d ROWS ONLY", maximum);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-// Where the database engine of a company turns into a class. Nothing else of this layer
-// knows the engines.
+// Where the database engine of a company turns into a class.
 
 #include "qxframework/automation/com_ptr.h"
 

@@ -14,6 +14,12 @@ namespace {
 
 constexpr long kNoRow = 1;
 
+// The scopes of the steps. Their lengths are known here, and not counted again with each step.
+constexpr std::u16string_view kFirst = u"CQXPersistentCollection::First";
+constexpr std::u16string_view kLast = u"CQXPersistentCollection::Last";
+constexpr std::u16string_view kNext = u"CQXPersistentCollection::Next";
+constexpr std::u16string_view kPrevious = u"CQXPersistentCollection::Previous";
+
 }  // namespace
 
 struct CQXPersistentCollection::SoughtColumn {
@@ -21,57 +27,38 @@ struct CQXPersistentCollection::SoughtColumn {
   CComVariant column;  // the name under which the record set has it
 };
 
-long CQXPersistentCollection::First(CQXPersistentObject* object) {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::First"), 0, 0);
-  hr = ToFirst();
-  if (hr == 0) LoadObjectFromCurrentRow(object);
+long CQXPersistentCollection::Step(std::u16string_view scope,
+                                   long (CQXPersistentCollection::*move)(),
+                                   CQXPersistentObject* object) {
+  CReturnValue<long> hr(scope, 0, 0);
+  hr = (this->*move)();
+  if (object != nullptr && hr == 0) LoadObjectFromCurrentRow(object);
   return hr;
+}
+
+long CQXPersistentCollection::First(CQXPersistentObject* object) {
+  return Step(kFirst, &CQXPersistentCollection::ToFirst, object);
 }
 
 long CQXPersistentCollection::Last(CQXPersistentObject* object) {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Last"), 0, 0);
-  hr = ToLast();
-  if (hr == 0) LoadObjectFromCurrentRow(object);
-  return hr;
+  return Step(kLast, &CQXPersistentCollection::ToLast, object);
 }
 
 long CQXPersistentCollection::Next(CQXPersistentObject* object) {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Next"), 0, 0);
-  hr = ToNext();
-  if (hr == 0) LoadObjectFromCurrentRow(object);
-  return hr;
+  return Step(kNext, &CQXPersistentCollection::ToNext, object);
 }
 
 long CQXPersistentCollection::Previous(CQXPersistentObject* object) {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Previous"), 0, 0);
-  hr = ToPrevious();
-  if (hr == 0) LoadObjectFromCurrentRow(object);
-  return hr;
+  return Step(kPrevious, &CQXPersistentCollection::ToPrevious, object);
 }
 
-long CQXPersistentCollection::First() {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::First"), 0, 0);
-  hr = ToFirst();
-  return hr;
-}
+long CQXPersistentCollection::First() { return First(nullptr); }
 
-long CQXPersistentCollection::Last() {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Last"), 0, 0);
-  hr = ToLast();
-  return hr;
-}
+long CQXPersistentCollection::Last() { return Last(nullptr); }
 
-long CQXPersistentCollection::Next() {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Next"), 0, 0);
-  hr = ToNext();
-  return hr;
-}
+long CQXPersistentCollection::Next() { return Next(nullptr); }
 
-long CQXPersistentCollection::Previous() {
-  CReturnValue<long> hr(std::u16string_view(u"CQXPersistentCollection::Previous"), 0, 0);
-  hr = ToPrevious();
-  return hr;
-}
+long CQXPersistentCollection::Previous() { return Previous(nullptr); }
 
 long CQXPersistentCollection::ToFirst() {
   return GetRecordCount() < 1 ? kNoRow : m_ptrRecordSet->MoveFirst();

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Persistence {
 
@@ -111,6 +112,9 @@ class CQXPersistentCollection : public CQXPersistentBase {
   CComBSTR BuildSelectText(const Limit& limit);
   void AppendOrder(CComBSTR& target) const;
   void RunStatements(CReturnValue<long>& hr, const Statements& statements);
+  /// The move in a scope of the log, and the row into the object unless that is null.
+  long Step(std::u16string_view scope, long (CQXPersistentCollection::*move)(),
+            CQXPersistentObject* object);
   long ToFirst();
   long ToLast();
   long ToNext();

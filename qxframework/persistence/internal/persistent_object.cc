@@ -100,14 +100,6 @@ void CQXPersistentObject::LoadFieldsFromFields(CComPtr<IFields> fields) {
   ReadFields(fields, m_FieldValues);
 }
 
-long CQXPersistentObject::FindFieldIndex(const OLECHAR* name) const {
-  const long index = m_FieldValues.FindIndex(name);
-  if (index != -1) return index;
-  for (long i = 0; i < m_FieldValues.GetCount(); ++i)
-    if (qx::toUpperByUnit(qx::viewOf(m_FieldValues.keyAt(i))) == qx::viewOf(name)) return i;
-  return -1;
-}
-
 qx_ptr<CConditions> CQXPersistentObject::GetConditionsFromOwnFields() const {
   qx_ptr<CConditions> conditions = CConditions::CreateNewInstance();
   for (const OLECHAR* key : m_vecKeyFields) {

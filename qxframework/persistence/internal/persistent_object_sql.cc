@@ -9,34 +9,41 @@
 #include <algorithm>
 #include <optional>
 #include <string>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace Persistence {
 namespace {
 
-/// Finds many names as FindFieldIndex finds one, with the capitals of all fields made once.
+/// Finds fields by name, or by the name in capitals. The capitals are made once for many names.
 class FieldLookup {
  public:
   explicit FieldLookup(const TyFieldValues& fields) : fields_(fields) {}
 
-  bool has(const CComBSTR& name) {
-    if (fields_.FindIndex(name) != -1) return true;
+  /// The position; -1 if there is none.
+  long indexOf(const OLECHAR* name) {
+    const long index = fields_.FindIndex(name);
+    if (index != -1) return index;
     if (!capitals_) readCapitals();
-    return capitals_->contains(std::u16string(qx::viewOf(name)));
+    const auto found = capitals_->find(std::u16string(qx::viewOf(name)));
+    return found == capitals_->end() ? -1 : found->second;
   }
 
  private:
   void readCapitals() {
     capitals_.emplace();
     for (long i = 0; i < fields_.GetCount(); ++i)
-      capitals_->insert(qx::toUpperByUnit(qx::viewOf(fields_.keyAt(i))));
+      capitals_->emplace(qx::toUpperByUnit(qx::viewOf(fields_.keyAt(i))), i);
   }
 
   const TyFieldValues& fields_;
-  std::optional<std::unordered_set<std::u16string>> capitals_;
+  std::optional<std::unordered_map<std::u16string, long>> capitals_;  // the first of each
 };
 
 }  // namespace
+
+long CQXPersistentObject::FindFieldIndex(const OLECHAR* name) const {
+  return FieldLookup(m_FieldValues).indexOf(name);
+}
 
 CComBSTR CQXPersistentObject::InsertText(const CComBSTR& nextCode) {
   CComBSTR columns;
@@ -138,7 +145,7 @@ std::vector<CQXPersistentObject::KeyColumn> CQXPersistentObject::KeyColumns(
   std::vector<KeyColumn> columns;
   for (long i = 0; i < keyValues.GetCount(); ++i) {
     CComBSTR name(KeyNameOf(qx::viewOf(keyValues.keyAt(i))));
-    if (fields.has(name)) columns.push_back({std::move(name), i});
+    if (fields.indexOf(name) != -1) columns.push_back({std::move(name), i});
   }
   return columns;
 }

@@ -348,6 +348,8 @@ TEST_P(PersistentObject, FieldsAreFoundByNameOrByTheirNameInUpperCase) {
   EXPECT_EQ(object->FindFieldIndex(u"code"), -1);
   EXPECT_EQ(object->FindFieldIndex(u"code2"), -1);
   EXPECT_EQ(object->FindFieldIndex(u""), -1);
+  object->GetFieldValues() = values({{u"Other", 1}, {u"coDe", 2}, {u"Code", 3}});
+  EXPECT_EQ(object->FindFieldIndex(u"CODE"), 1) << "the first of two";
 }
 
 TEST_P(PersistentObject, ALetterWithoutASingleCapitalStays) {

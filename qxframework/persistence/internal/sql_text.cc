@@ -1,5 +1,6 @@
 #include "qxframework/persistence/internal/sql_text.h"
 
+#include "qxframework/automation/com_error.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/persistence/persistence_exception.h"
 
@@ -27,9 +28,12 @@ OLECHAR* putDoubled(OLECHAR* to, std::u16string_view text) {
   return to;
 }
 
+// With units that are still to be written.
 CComBSTR ofLength(std::size_t length) {
-  if (length == 0) return CComBSTR(std::u16string_view());
-  return CComBSTR(static_cast<int>(length));
+  CComBSTR text;
+  text.m_str = newBstr(length);
+  if (text.m_str == nullptr) raiseError(E_OUTOFMEMORY);
+  return text;
 }
 
 constexpr LCID kEnglish = 1033;
