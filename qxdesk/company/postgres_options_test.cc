@@ -83,7 +83,7 @@ TEST_F(PostgresOptionsTest, ATransactionThatTheServerGaveUpIsRolledBackAndToldAs
 }
 
 TEST_F(PostgresOptionsTest, OptionsOfADataSourceHoldAsLittle) {
-  const TemporaryFolder folder;
+  const test::TempFolder folder;
   std::ofstream(folder.file("odbc.ini"))
       << "[qx_shop]\nDriver=PostgreSQL Unicode\nServername=" << server.folder().string()
       << "\nDatabase=" << name() << "\nUsername=qx\nLFConversion=1\nProtocol=7.4-1\n";
