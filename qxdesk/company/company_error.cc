@@ -109,8 +109,8 @@ constexpr std::array<Row, kTextCount> kRows{{
      u"La base de datos terminó la transacción en favor de otro programa (%1); no se conservó nada "
      u"de ella. Vuelva a intentarlo."},
     {u"An earlier statement of the transaction failed, and the database takes no more of it (%1). "
-     u"It "
-     u"was rolled back; nothing of it was kept. Start the transaction again from its beginning.",
+     u"It was rolled back; nothing of it was kept. Start the transaction again from its "
+     u"beginning.",
      u"Eine frühere Anweisung der Transaktion ist fehlgeschlagen, und die Datenbank nimmt nichts "
      u"weiter darin an (%1). Sie wurde zurückgenommen; nichts davon blieb erhalten. Beginnen Sie "
      u"die Transaktion von vorn.",

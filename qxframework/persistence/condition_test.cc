@@ -1,7 +1,7 @@
 #include "qxframework/persistence/condition.h"
 
 #include "qxframework/automation/com_error.h"
-#include "qxframework/persistence/condition_test_access.h"
+#include "qxframework/persistence/testing/condition_access.h"
 
 #include <gtest/gtest.h>
 

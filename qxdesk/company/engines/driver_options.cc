@@ -17,9 +17,8 @@ struct Option {
 };
 
 constexpr Option kOptions[] = {
-    // A statement that fails is undone alone: neither the whole transaction behind its back, so
-    // that
-    // the rest of it is committed without its beginning, nor nothing at all.
+    // A statement that fails is undone alone. Otherwise it would undo what stands before it in
+    // the transaction, unseen, so that the rest is committed without its beginning; or nothing.
     {"Protocol", "7.4-2", "7.4"},
     // Line feeds of texts stay what they are.
     {"LFConversion", "0"},

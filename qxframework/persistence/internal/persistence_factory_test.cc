@@ -4,6 +4,8 @@
 #include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
 
+#include <new>
+
 namespace Persistence {
 namespace {
 
@@ -16,6 +18,11 @@ void expectClasses(CQXPersistenceFactory& factory) {
   const std::unique_ptr<CQXPersistentCollection> collection(factory.CreatePersistentCollection());
   EXPECT_NE(dynamic_cast<Collection*>(collection.get()), nullptr);
 }
+
+class CompanyWithoutMemory final : public StubCompany {
+  HRESULT raw_GetDbServerType(long* out) override { return *out = 1, S_OK; }
+  HRESULT raw_GetBusinessObject(long, IDispatch**) override { throw std::bad_alloc(); }
+};
 
 struct PersistenceFactory : testing::Test {
   CComPtr<ScriptedCompany> company = makeScriptedCompany();
@@ -99,6 +106,10 @@ TEST_F(PersistenceFactory, WithoutMemoryGivesNull) {
   company->results["GetBusinessObject"] = E_OUTOFMEMORY;
   EXPECT_EQ(factory.CreatePersistentObject(), nullptr);
   EXPECT_EQ(factory.CreatePersistentCollection(), nullptr);
+
+  CQXPersistenceFactory starved{CComPtr<ICompany>(qx::makeObject<CompanyWithoutMemory>().p)};
+  EXPECT_EQ(starved.CreatePersistentObject(), nullptr);
+  EXPECT_EQ(starved.CreatePersistentCollection(), nullptr);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // The pieces of SQL that one row and many have in common.
 
 #include "qxframework/foundation/date_time.h"
-#include "qxframework/persistence/condition_test_access.h"
 #include "qxframework/persistence/internal/persistent_base_fixture.h"
+#include "qxframework/persistence/testing/condition_access.h"
 #include "qxframework/persistence/testing/query_parts.h"
 
 #include <cmath>
@@ -12,6 +12,7 @@ namespace Persistence {
 namespace {
 
 using namespace qx::test;
+using qx::ConditionAccess;
 using namespace std::literals;
 
 CQXLinkTableCriteria linkOnCode(const OLECHAR* table, const OLECHAR* correlation,
@@ -258,7 +259,7 @@ TEST(RemoveWhere, AllowsEqualOnly) {
 TEST(RemoveWhere, AllowsConstantsOnly) {
   for (const VARIANT_BOOL flag : {VARIANT_TRUE, VARIANT_BOOL{1}}) {
     const auto list = codeIs(u"A");
-    ConditionFlags::compareFields(*list->Item(0L), flag);
+    ConditionAccess::compareFields(*list->Item(0L), flag);
     EXPECT_EQ(refusalOf([&] { Plain().removeWhere(list); }),
               "-1: Only constants are allowed as values in the conditions");
   }
@@ -266,7 +267,7 @@ TEST(RemoveWhere, AllowsConstantsOnly) {
 
 TEST(RemoveWhere, TestsTheOperationFirst) {
   const auto list = conditions({{u"A", co_Less, u"1"}});
-  ConditionFlags::compareFields(*list->Item(0L), VARIANT_TRUE);
+  ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   EXPECT_EQ(refusalOf([&] { Plain().removeWhere(list); }),
             "-1: Only EQUAL is allowed as operation in the conditions");
 }

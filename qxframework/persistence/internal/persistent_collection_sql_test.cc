@@ -1,9 +1,9 @@
 // The statements of a set of rows, as each dialect writes them. None of these needs a company.
 
-#include "qxframework/persistence/condition_test_access.h"
 #include "qxframework/persistence/internal/dialect_classes.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
+#include "qxframework/persistence/testing/condition_access.h"
 #include "qxframework/persistence/testing/query_parts.h"
 
 #include <gmock/gmock.h>
@@ -12,6 +12,7 @@ namespace Persistence {
 namespace {
 
 using namespace qx::test;
+using qx::ConditionAccess;
 using namespace std::literals;
 using testing::ElementsAre;
 
@@ -194,7 +195,7 @@ TEST_P(CollectionSql, NoConditionsHaveNothingBehindWhere) {
 
 TEST_P(CollectionSql, FieldsAreNotCompared) {
   const auto list = codeIs(u"A");
-  ConditionFlags::compareFields(*list->Item(0L), VARIANT_TRUE);
+  ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   collection->SetConditions(list);
   EXPECT_EQ(refusalOf([&] { select(); }), "-1: Comparing of fields is not implemented");
 }

@@ -1,14 +1,15 @@
 // The statements of one row, as each dialect writes them. None of these needs a company.
 
-#include "qxframework/persistence/condition_test_access.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_object.h"
+#include "qxframework/persistence/testing/condition_access.h"
 #include "qxframework/persistence/testing/query_parts.h"
 
 namespace Persistence {
 namespace {
 
 using namespace qx::test;
+using qx::ConditionAccess;
 using namespace std::literals;
 
 class ObjectSql : public testing::TestWithParam<DialectParam> {
@@ -190,7 +191,7 @@ TEST_P(ObjectSql, AnUpdateWithConditionsThatAreNoneGoesByTheKeyValues) {
 
 TEST_P(ObjectSql, AnUpdateDoesNotCompareFields) {
   const auto list = codeIs(u"A");
-  ConditionFlags::compareFields(*list->Item(0L), VARIANT_TRUE);
+  ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   object->SetConditions(list);
   EXPECT_EQ(refusalOf([&] { object->UpdateText({}); }),
             "-1: Comparing of fields is not implemented");
@@ -247,6 +248,17 @@ TEST_P(ObjectSql, ASelectWritesEveryOperationAndNoBrackets) {
        "D <= CONVERT(datetime,N'20240131',112) AND E = 5"});
 }
 
+TEST_P(ObjectSql, AConditionOfAnAliasAndAValueAloneIsALikeOfTheBareValue) {
+  auto bare = CConditions::CreateNewInstance();
+  CCondition* const condition = bare->Add();
+  condition->PutAlias(u"Code");
+  condition->PutCondVal(u"A");
+  object->SetConditions(bare);
+  expectSelect({"SELECT * FROM @T     WHERE Code LIKE A",
+                R"(SELECT * FROM "@T"     WHERE "Code" LIKE A)",
+                "SELECT * FROM [@T]     WHERE Code LIKE A"});
+}
+
 TEST_P(ObjectSql, ASelectJoinsItsTables) {
   object->SetCorrelationName(u"T0");
   object->SetFields({u"Code"});
@@ -282,11 +294,11 @@ TEST_P(ObjectSql, ASelectOfNoConditionsHasNothingBehindWhere) {
 
 TEST_P(ObjectSql, ASelectDoesNotCompareFields) {
   const auto list = codeIs(u"A");
-  ConditionFlags::compareFields(*list->Item(0L), VARIANT_TRUE);
+  ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   object->SetConditions(list);
   EXPECT_EQ(refusalOf([&] { object->SelectText(); }), "-1: Comparing of fields is not implemented");
   // Only the full flag counts here.
-  ConditionFlags::compareFields(*list->Item(0L), 1);
+  ConditionAccess::compareFields(*list->Item(0L), 1);
   object->SetConditions(list);
   EXPECT_NE(utf8(object->SelectText()), "");
 }

@@ -19,9 +19,3 @@ struct ConditionAccess {
 };
 
 }  // namespace qx
-
-namespace qx::test {
-
-using ConditionFlags = ConditionAccess;
-
-}  // namespace qx::test
