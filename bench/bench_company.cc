@@ -2,10 +2,8 @@
 
 #include "qxdesk/sql/sqlite_guard.h"
 #include "qxdesk/sql/translator.h"
-#include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/metadata.h"
-#include "qxframework/host/recordset.h"
 
 #include <sqlite3.h>
 #include <unistd.h>
@@ -20,75 +18,6 @@ const std::vector<const OLECHAR*> kColumns = {u"Code",    u"Name",   u"U_Count",
                                               u"U_Share", u"U_From", u"U_Until", u"U_Note"};
 
 namespace {
-
-class RecordingRecordset final : public NoDispatch<ComObject<IRecordset>> {
- public:
-  RecordingRecordset(CComPtr<IRecordset> real, std::vector<std::u16string>& statements)
-      : real_(std::move(real)), statements_(statements) {}
-
-  HRESULT raw_GetFields(IFields** out) override { return real_->raw_GetFields(out); }
-  HRESULT raw_MoveNext() override { return real_->raw_MoveNext(); }
-  HRESULT raw_MovePrevious() override { return real_->raw_MovePrevious(); }
-  HRESULT raw_GetBoF(VARIANT_BOOL* out) override { return real_->raw_GetBoF(out); }
-  HRESULT raw_GetEoF(VARIANT_BOOL* out) override { return real_->raw_GetEoF(out); }
-  HRESULT raw_DoQuery(BSTR sql) override {
-    statements_.emplace_back(viewOfBstr(sql));
-    return real_->raw_DoQuery(sql);
-  }
-  HRESULT raw_GetRecordCount(long* out) override { return real_->raw_GetRecordCount(out); }
-  HRESULT raw_MoveFirst() override { return real_->raw_MoveFirst(); }
-  HRESULT raw_MoveLast() override { return real_->raw_MoveLast(); }
-
- private:
-  CComPtr<IRecordset> real_;
-  std::vector<std::u16string>& statements_;
-};
-
-class RecordingCompany final : public NoDispatch<ComObject<ICompany>> {
- public:
-  RecordingCompany(CComPtr<ICompany> real, std::vector<std::u16string>& statements)
-      : real_(std::move(real)), statements_(statements) {}
-
-  HRESULT raw_Connect(long* out) override { return real_->raw_Connect(out); }
-  HRESULT raw_Disconnect() override { return real_->raw_Disconnect(); }
-  HRESULT raw_PutLanguage(HvLanguages language) override {
-    return real_->raw_PutLanguage(language);
-  }
-  HRESULT raw_GetLastError(long* code, BSTR* text) override {
-    return real_->raw_GetLastError(code, text);
-  }
-  HRESULT raw_GetBusinessObject(long type, IDispatch** out) override {
-    if (type != kRecordset) return real_->raw_GetBusinessObject(type, out);
-    return guarded([&] {
-      CComQIPtr<IRecordset> recordset(real_->GetBusinessObject(type));
-      *out = makeObject<RecordingRecordset>(recordset, statements_).Detach();
-    });
-  }
-  HRESULT raw_GetCompanyService(ICompanyService** out) override {
-    return real_->raw_GetCompanyService(out);
-  }
-  HRESULT raw_GetContextCookie(BSTR* out) override { return real_->raw_GetContextCookie(out); }
-  HRESULT raw_PutLoginContext(BSTR context) override { return real_->raw_PutLoginContext(context); }
-  HRESULT raw_PutConnectionString(BSTR text) override {
-    return real_->raw_PutConnectionString(text);
-  }
-  HRESULT raw_PutUiApplication(IDispatch* application) override {
-    return real_->raw_PutUiApplication(application);
-  }
-  HRESULT raw_GetDbServerType(long* out) override { return real_->raw_GetDbServerType(out); }
-  HRESULT raw_GetConnected(VARIANT_BOOL* out) override { return real_->raw_GetConnected(out); }
-  HRESULT raw_GetInTransaction(VARIANT_BOOL* out) override {
-    return real_->raw_GetInTransaction(out);
-  }
-  HRESULT raw_StartTransaction() override { return real_->raw_StartTransaction(); }
-  HRESULT raw_EndTransaction(VARIANT_BOOL commit) override {
-    return real_->raw_EndTransaction(commit);
-  }
-
- private:
-  CComPtr<ICompany> real_;
-  std::vector<std::u16string>& statements_;
-};
 
 std::filesystem::path freshFolder() {
   auto folder = std::filesystem::temp_directory_path() / ("qx_bench_" + std::to_string(getpid()));
@@ -175,15 +104,10 @@ void fillTable(const std::string& file, const std::string& name, int rows) {
   run(db.get(), "COMMIT");
 }
 
-CComPtr<ICompany> recordStatements(const CComPtr<ICompany>& company,
-                                   std::vector<std::u16string>& statements) {
-  return CComPtr<ICompany>(makeObject<RecordingCompany>(company, statements).p);
-}
-
-std::string translated(const std::string& file, const std::u16string& statement) {
+std::string translated(const std::string& file, std::string_view statement) {
   const Db db = openRaw(file);
   const sql::SqliteCatalog catalog(db.get());
-  return sql::Translator(sql::Dialect::Mssql, &catalog).translate(toUtf8(statement)).text;
+  return sql::Translator(sql::Dialect::Mssql, &catalog).translate(statement).text;
 }
 
 }  // namespace qx::bench

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qx::bench {
@@ -37,10 +38,7 @@ void makeTable(const CComPtr<ICompany>& company, const std::u16string& name);
 /// Its rows, written raw. Codes count up from 0 as the framework's do, so they are in order.
 void fillTable(const std::string& file, const std::string& name, int rows);
 
-/// Passes everything on to a company and notes the statements that its recordsets are given.
-CComPtr<ICompany> recordStatements(const CComPtr<ICompany>& company,
-                                   std::vector<std::u16string>& statements);
 /// The text that SQLite gets for a statement.
-std::string translated(const std::string& file, const std::u16string& statement);
+std::string translated(const std::string& file, std::string_view statement);
 
 }  // namespace qx::bench

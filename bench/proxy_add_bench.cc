@@ -10,6 +10,7 @@
 #include "qxframework/persistence/condition.h"
 #include "qxframework/persistence/field_values.h"
 #include "qxframework/persistence/value_container.h"
+#include "tests/support/spying_company.h"
 
 #include <sqlite3.h>
 
@@ -76,13 +77,13 @@ void inTransaction(const CComPtr<ICompany>& company, Work&& work) {
   company->EndTransaction(VARIANT_FALSE);
 }
 
-std::vector<std::u16string> statementsOfAdds(const CComPtr<ICompany>& company) {
-  std::vector<std::u16string> statements;
-  const CComPtr<ICompany> recorder = qx::bench::recordStatements(company, statements);
+std::vector<std::string> statementsOfAdds(const CComPtr<ICompany>& company) {
+  qx::test::StatementLog log;
+  const CComPtr<ICompany> recorder = qx::test::spyOn(company, &log);
   inTransaction(company, [&] { addOurs(recorder); });
-  if (statements.size() != 2 * kAdds) throw std::runtime_error("an Add is two statements");
-  std::printf("%s\n%s\n", qx::toUtf8(statements[2]).c_str(), qx::toUtf8(statements[3]).c_str());
-  return statements;
+  if (log.texts.size() != 2 * kAdds) throw std::runtime_error("an Add is two statements");
+  std::printf("%s\n%s\n", log.texts[2].c_str(), log.texts[3].c_str());
+  return log.texts;
 }
 
 void print(const char* what, double seconds) {
@@ -93,11 +94,13 @@ void measure() {
   const qx::bench::BenchCompany bench;
   const CComPtr<ICompany> company = bench.company();
   qx::bench::makeTable(company, u"ADDED");
-  const std::vector<std::u16string> statements = statementsOfAdds(company);
-  const std::vector<CComBSTR> texts(statements.begin(), statements.end());
+  const std::vector<std::string> statements = statementsOfAdds(company);
+  std::vector<CComBSTR> texts;
   std::vector<std::string> rawTexts;
-  for (const std::u16string& statement : statements)
+  for (const std::string& statement : statements) {
+    texts.emplace_back(qx::toUtf16(statement));
     rawTexts.push_back(qx::bench::translated(bench.file(), statement));
+  }
 
   const auto ours = [&] { inTransaction(company, [&] { addOurs(company); }); };
   const auto besideTexts = qx::bench::compare(

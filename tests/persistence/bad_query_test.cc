@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/text.h"
 #include "tests/persistence/company_fixture.h"
-#include "tests/persistence/spying_company.h"
+#include "tests/support/spying_company.h"
 
 #include <gmock/gmock.h>
 

@@ -86,6 +86,20 @@ const ColumnLayout& columnNamed(const TableLayout& table, std::string_view name)
   return *found;
 }
 
+std::string defaultClause(const ColumnLayout& column, std::string_view now) {
+  const ColumnDefault& value = column.byDefault;
+  switch (value.kind) {
+    case ColumnDefault::Kind::None:
+      return {};
+    case ColumnDefault::Kind::Number:
+      return " DEFAULT " + value.value;
+    case ColumnDefault::Kind::CurrentTime:
+      return " DEFAULT " + std::string(now);
+    default:
+      return " DEFAULT " + quotedText(value.value);
+  }
+}
+
 std::string columnList(const std::vector<std::string>& names) {
   std::string list;
   for (const std::string& name : names) {

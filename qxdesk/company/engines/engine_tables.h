@@ -52,6 +52,8 @@ class EngineTables {
 
 /// The column of that name, in any case; raises std::out_of_range when there is none.
 const ColumnLayout& columnNamed(const TableLayout& table, std::string_view name);
+/// " DEFAULT " and the default, which is `now` where it is the time of writing; empty for none.
+std::string defaultClause(const ColumnLayout& column, std::string_view now);
 /// The names with commas between them, each in brackets.
 std::string columnList(const std::vector<std::string>& names);
 

@@ -83,19 +83,6 @@ std::string typeFor(OdbcConnection& connection, const Wish& wish) {
   return std::string(wish.standard);
 }
 
-std::string defaultOf(const ColumnDefault& value) {
-  switch (value.kind) {
-    case ColumnDefault::Kind::None:
-      return {};
-    case ColumnDefault::Kind::Number:
-      return " DEFAULT " + value.value;
-    case ColumnDefault::Kind::CurrentTime:
-      return " DEFAULT CURRENT_TIMESTAMP";
-    default:
-      return " DEFAULT " + quotedText(value.value);
-  }
-}
-
 }  // namespace
 
 PlainTables::PlainTables(OdbcConnection& connection) : connection_(connection) {
@@ -138,7 +125,8 @@ std::string PlainTables::typeOf(const ColumnLayout& column) const {
 
 // The default ahead of the obligation, as the standard has it.
 std::string PlainTables::declaration(const ColumnLayout& column) const {
-  return typeOf(column) + defaultOf(column.byDefault) + (column.mandatory ? " NOT NULL" : "");
+  return typeOf(column) + defaultClause(column, "CURRENT_TIMESTAMP") +
+         (column.mandatory ? " NOT NULL" : "");
 }
 
 std::string PlainTables::caselessKey(std::string_view column) const { return bracketed(column); }

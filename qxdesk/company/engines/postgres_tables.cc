@@ -7,6 +7,7 @@ namespace qx::desk {
 namespace {
 
 constexpr std::size_t kMaxName = 63;
+constexpr std::string_view kNow = "localtimestamp(0)";
 
 // Names of tables and columns are folded, those of checks are for reading and stay as they are.
 std::string checkName(const ColumnLayout& column, std::string_view promise) {
@@ -68,19 +69,6 @@ std::string typeOf(ColumnKind kind) {
   }
 }
 
-std::string defaultOf(const ColumnDefault& value) {
-  switch (value.kind) {
-    case ColumnDefault::Kind::None:
-      return {};
-    case ColumnDefault::Kind::Number:
-      return value.value;
-    case ColumnDefault::Kind::CurrentTime:
-      return "localtimestamp(0)";
-    default:
-      return quotedText(value.value);
-  }
-}
-
 // "@QX" as to_regclass reads it.
 std::string tableId(std::string_view table) {
   return "to_regclass(" + quotedText("\"" + lowerName(table) + "\"") + ")";
@@ -106,10 +94,8 @@ class PostgresTables final : public EngineTables {
     database.execute("DROP INDEX IF EXISTS " + bracketed(index));
   }
   std::string declaration(const ColumnLayout& column) const override {
-    std::string text = typeOf(column.kind) + checkOf(column);
-    if (column.mandatory) text += " NOT NULL";
-    const std::string value = defaultOf(column.byDefault);
-    return value.empty() ? text : text + " DEFAULT " + value;
+    return typeOf(column.kind) + checkOf(column) + (column.mandatory ? " NOT NULL" : "") +
+           defaultClause(column, kNow);
   }
   std::string caselessKey(std::string_view column) const override {
     return "UPPER(" + bracketed(column) + ")";
@@ -126,8 +112,8 @@ EngineTables::Keys PostgresTables::changeColumn(Database& database, const TableL
     database.execute(alter + "DROP CONSTRAINT " + checkName(before, promiseOf(before)));
     database.execute(alter + "ADD" + checkOf(now));
   }
-  const std::string value = defaultOf(now.byDefault);
-  database.execute(column + (value.empty() ? "DROP DEFAULT" : "SET DEFAULT " + value));
+  const std::string byDefault = defaultClause(now, kNow);
+  database.execute(column + (byDefault.empty() ? "DROP DEFAULT" : "SET" + byDefault));
   database.execute(column + (now.mandatory ? "SET NOT NULL" : "DROP NOT NULL"));
   return Keys::Kept;
 }

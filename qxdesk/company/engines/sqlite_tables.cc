@@ -54,19 +54,6 @@ std::string typeOf(const ColumnLayout& column) {
   }
 }
 
-std::string defaultOf(const ColumnDefault& value) {
-  switch (value.kind) {
-    case ColumnDefault::Kind::None:
-      return {};
-    case ColumnDefault::Kind::Number:
-      return " DEFAULT " + value.value;
-    case ColumnDefault::Kind::CurrentTime:
-      return " DEFAULT (datetime('now', 'localtime'))";
-    default:
-      return " DEFAULT " + quotedText(value.value);
-  }
-}
-
 std::vector<std::string> texts(Database& database, std::string_view sql, std::string_view value) {
   const auto row = database.prepare(sql);
   row->bind(1, value);
@@ -132,7 +119,8 @@ class SqliteTables final : public EngineTables {
   }
 
   std::string declaration(const ColumnLayout& column) const override {
-    return typeOf(column) + (column.mandatory ? " NOT NULL" : "") + defaultOf(column.byDefault);
+    return typeOf(column) + (column.mandatory ? " NOT NULL" : "") +
+           defaultClause(column, "(datetime('now', 'localtime'))");
   }
   std::string caselessKey(std::string_view column) const override {
     return bracketed(column) + " COLLATE NOCASE";

@@ -1,4 +1,4 @@
-#include "tests/persistence/spying_company.h"
+#include "tests/support/spying_company.h"
 
 #include "qxframework/automation/text.h"
 
