@@ -5,10 +5,10 @@
 #include "bench/measure.h"
 #include "bench/run_bench.h"
 #include "bench/walk_peers.h"
-#include "qxframework/automation/text.h"
 #include "qxframework/persistence/collection_proxy.h"
 #include "qxframework/persistence/condition.h"
 #include "qxframework/persistence/value_container.h"
+#include "tests/support/spying_company.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -48,10 +48,10 @@ long walkOurs(const CComPtr<ICompany>& company, const OLECHAR* table) {
 }
 
 std::string selectText(const qx::bench::BenchCompany& bench) {
-  std::vector<std::u16string> statements;
-  walkOurs(qx::bench::recordStatements(bench.company(), statements), u"@EMPTY");
-  const std::string sql = qx::bench::translated(bench.file(), statements.at(0));
-  std::printf("SELECT: %s\n     -> %s\n", qx::toUtf8(statements.at(0)).c_str(), sql.c_str());
+  qx::test::StatementLog log;
+  walkOurs(qx::test::spyOn(bench.company(), &log), u"@EMPTY");
+  const std::string sql = qx::bench::translated(bench.file(), log.texts.at(0));
+  std::printf("SELECT: %s\n     -> %s\n", log.texts.at(0).c_str(), sql.c_str());
   return sql;
 }
 
