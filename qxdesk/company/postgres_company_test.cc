@@ -245,6 +245,17 @@ TEST_F(PostgresOpenTest, AMissingDatabaseIsTold) {
   EXPECT_NE(text.find(u"\"nosuchdatabase\" does not exist"), std::u16string::npos);
 }
 
+TEST_F(PostgresOpenTest, ADatabaseOfAnotherEncodingIsRefused) {
+  const std::string latin = name + "latin";
+  server.run("postgres",
+             "CREATE DATABASE " + latin + " ENCODING 'LATIN1' LOCALE 'C' TEMPLATE template0");
+  const std::string database = "odbc:" + server.connection(latin);
+  EXPECT_EQ(failureOf(targetFor(database)).text,
+            u"The company database '" + toUtf16(database) +
+                u"' cannot be opened: its encoding is LATIN1; make a database with ENCODING "
+                u"'UTF8'.");
+}
+
 TEST_F(PostgresOpenTest, AMissingServerIsTold) {
   const std::u16string text =
       failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=/no/such/folder;Database=x")).text;
