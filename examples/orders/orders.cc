@@ -42,7 +42,7 @@ class Orders : public Persistence::CQXPersistentCollectionProxy {
     return key;
   }
   // From a row to the record, and from the record to what is written. The framework gives new rows
-  // their "Code" and "Name".
+  // their "Code" and "Name". A date that is null or invalid keeps its last number: 0 is none.
   void MapToContainer(const TyFieldValues& row, CQXValueContainer& container) override {
     auto& order = static_cast<Order&>(container);
     order.number = GetValue(row, u"U_No").bstrVal;
@@ -54,7 +54,7 @@ class Orders : public Persistence::CQXPersistentCollectionProxy {
     const auto& order = static_cast<const Order&>(container);
     row.Add(u"U_No", order.number);
     row.Add(u"U_Customer", order.customer);
-    row.Add(u"U_Day", CComVariant(static_cast<double>(order.day), VT_DATE));
+    row.Add(u"U_Day", CComVariant(order.day.IsValid() ? double{order.day} : 0.0, VT_DATE));
     row.Add(u"U_Total", order.total.ToDouble());
   }
 };

@@ -57,8 +57,15 @@ class QX_API CQXDbDef {
 
   /// Brings the database up to the definition in XML resource `resource`, stamping "Upgrading"
   /// ahead unless `noUpgradeStamp`, and "Installed" behind. "0.00.00.00.00" stands for the file
-  /// version and is replaced by it. E_FAIL when anything failed: no "Installed" stamp is then
-  /// written.
+  /// version and is replaced by it.
+  ///
+  /// E_FAIL, without the "Installed" stamp, for text that is no XML, a table or field that lacks
+  /// what it must have, is of an unknown type or refused by the host, a stamp that fails, and a
+  /// progress bar that nobody gave up in 30 minutes. What else fails is logged, and the run is
+  /// stamped and 0 all the same: a row ends its `data` element, a key its `userkeys`, and an
+  /// element that is not known is passed over. The host gets a `LinkedTable` as it is. Without a
+  /// `database` element, or with an empty one, the result is 0 as well, but nothing is stamped
+  /// behind: what was stamped "Upgrading" stays incomplete, and the progress bar stays up.
   long Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& version);
   /// The string ids of the keys behind "*RES*"; not owned, null for none.
   long SetResourceMap(CSimpleMap<CString, int>* map);

@@ -18,12 +18,15 @@ class CQXValueContainer;
 struct TyFieldValues;
 
 /// Rows that are stepped through one by one. A step gives 0 with the row in the container, or 1 if
-/// there is no row.
+/// there is no row; Previous has a last step of its own.
 class QX_API IQXObjCollectionForBrowser {
  public:
   virtual long First(CQXValueContainer& container) = 0;
   virtual long Last(CQXValueContainer& container) = 0;
   virtual long Next(CQXValueContainer& container) = 0;
+  /// From the first row it steps in front of it, where Bof is true, and reads what is there all the
+  /// same: 0 with an empty row or, where each row is read by its key, the exception "No record was
+  /// found with the given conditions". Only the step behind that gives 1.
   virtual long Previous(CQXValueContainer& container) = 0;
   virtual bool Eof() const = 0;
   virtual bool Bof() const = 0;

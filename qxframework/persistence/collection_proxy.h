@@ -51,20 +51,22 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   /// Runs the query. The caller keeps the names alive; null conditions select all rows.
   void Load(const std::vector<const OLECHAR*>& keyFields, qx_ptr<CConditions> conditions);
 
-  /// The row of a whole key, searched for in the cursor. A missing one is the refusal "No match
-  /// found".
+  /// The first row of a whole key, searched for in the cursor. A missing one is the refusal "No
+  /// match found". The key fields are those of Load, so ahead of it no key is whole; the same holds
+  /// for Exists, Update and Remove.
   void GetByKey(const TyFieldValues& keys, CQXValueContainer& container);
   /// The first row with these values of any columns; false, with the container as it was, if there
-  /// is none.
+  /// is none, as ahead of Load.
   bool Find(const TyFieldValues& keys, CQXValueContainer& container);
   /// Asks the database, not the cursor. True for one row: false for several as for none, and when
   /// the statement fails.
   bool Exists(const TyFieldValues& keys);
   /// -1 for no limit. The next step is Load, which writes a new query only if the value is new.
   void SetMaxRecordCount(long maximum);
-  /// Writes the row of a whole key, which must be among the rows of the query.
+  /// Writes every row that the table has of a whole key; one must be among the rows of the query.
+  /// The key columns are left out of what is written, and with no other the statement is refused.
   void Update(const TyFieldValues& keys, const CQXValueContainer& container);
-  /// Deletes the row of a whole key, which must be among the rows of the query.
+  /// Deletes every row that the table has of a whole key; one must be among the rows of the query.
   void Remove(const TyFieldValues& keys);
   /// One DELETE for all rows with these values. It knows EQUAL only, which is what it takes if
   /// there are no operations.
@@ -87,7 +89,9 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   /// To be set before Load.
   bool GetKeysOnly() const;
   void SetKeysOnly(bool keysOnly);
-  /// The columns to select; the caller keeps the names alive.
+  /// The columns to select; the caller keeps the names alive. Unless keys only are read, the key
+  /// fields must be among them: what searches by a column that the rows lack, and
+  /// BuildPrimaryKeyConditions, raises a _com_error of DISP_E_BADINDEX.
   void SetFields(const std::vector<const OLECHAR*>& fields);
   void SetSortFields(const CQXPersistenceSortFieldCollection& fields);
   /// The value of the name, else of the name with its small letters made capital, else a VT_I4 of
@@ -96,6 +100,9 @@ class QX_API CQXPersistentCollectionProxy : public IQXObjCollectionForBrowser {
   /// The key of the current row. Behind the last row, and without any, it is the refusal
   /// "No valid current record found".
   qx_ptr<CConditions> BuildPrimaryKeyConditions();
+  /// Conditions and sort fields are columns of the proxy's own table. The fields of the join must
+  /// not be the same list as SetFields has: the comma between the two would be missing.
+  ///
   /// A join with the constant of a text or a date is good for one query: Load quotes the constant
   /// again when it writes another, which then matches nothing. Take a new proxy for that.
   void AddLinkTableCriteria(const CQXLinkTableCriteria& link);

@@ -12,6 +12,7 @@ namespace {
 
 using Persistence::co_Equal;
 using Persistence::co_Greater;
+using Persistence::co_Like;
 using Persistence::CQXChooseListHelper;
 using Persistence::CQXLinkFieldCriteria;
 using Persistence::CQXLinkTableCriteria;
@@ -28,6 +29,8 @@ using qx::test::OneRow;
 using qx::test::Record;
 using qx::test::Rows;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
 using Titles = CSimpleMap<CComBSTR, CComBSTR>;
@@ -88,9 +91,38 @@ TEST_F(RecordJoins, AColumnComparesWithAConstant) {
   EXPECT_THAT(joined(link), UnorderedElementsAre("00000000|A|A2000|2", "00000001|B||0"));
 }
 
+TEST_F(RecordJoins, AConstantOfAnInnerJoinChoosesRowsByTheJoinedColumn) {
+  CQXLinkTableCriteria link = linesJoined(jm_Inner);
+  link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Item", CComVariant(u"A2%"), co_Like));
+  EXPECT_THAT(joined(link), ElementsAre("00000000|A|A2000|2"));
+}
+
 TEST_F(RecordJoins, ConditionsHoldForTheMasterTable) {
   EXPECT_THAT(joined(linesJoined(jm_LeftOuter), Conditions().add(u"U_No", co_Equal, u"B").get()),
               ElementsAre("00000001|B||0"));
+}
+
+TEST_F(RecordJoins, ConditionsOnAJoinedColumnAreRefused) {
+  for (const OLECHAR* column : {u"U_Item", u"T1.U_Item"}) {
+    EXPECT_THAT(failureOf([&] {
+                  joined(linesJoined(jm_Inner), Conditions().add(column, co_Equal, u"A2000").get());
+                }),
+                StartsWith("-2000: "));
+  }
+}
+
+TEST_F(RecordJoins, TheSameListOfFieldsOfBothTablesIsRefusedAndAnotherOrderIsNot) {
+  const auto linked = [&](const qx::test::Columns& fields) {
+    Rows rows(company(), u"@ORDERS");
+    rows.SetCorrelationName(u"T0");
+    rows.SetFields({u"Code", u"Name"});
+    CQXLinkTableCriteria link = linesJoined(jm_Inner);
+    link.SetFields(fields);
+    rows.AddLinkTableCriteria(link);
+    return failureOf([&] { rows.Load({u"Code"}, {}); });
+  };
+  EXPECT_THAT(linked({u"Code", u"Name"}), HasSubstr(" near 'T1"));
+  EXPECT_EQ(linked({u"Name", u"Code"}), "no failure");
 }
 
 TEST_F(RecordJoins, HostTablesJoinToUserTables) {

@@ -111,6 +111,50 @@ TEST_F(RecordReading, TheLastStepsTellThatThereIsNoRow) {
   EXPECT_EQ(record.text(), kA);
 }
 
+TEST_F(RecordReading, BackwardsAWalkThatDoesNotAskForBofHasAnEmptyRowTooMany) {
+  Rows orders(company(), u"@ORDERS");
+  load(orders);
+  std::vector<std::string> texts;
+  Record record;
+  for (long at = orders.Last(record); at == 0; at = orders.Previous(record))
+    texts.push_back(record.text());
+  EXPECT_THAT(texts, ElementsAre(kC, kB, kA, "|||1899-12-30 00:00:00|0|0"));
+  texts.clear();
+  for (long at = orders.Last(record); at == 0 && !orders.Bof(); at = orders.Previous(record))
+    texts.push_back(record.text());
+  EXPECT_THAT(texts, ElementsAre(kC, kB, kA));
+}
+
+TEST_F(RecordReading, WithKeysOnlyTheStepInFrontOfTheFirstRowFails) {
+  Rows orders(company(), u"@ORDERS");
+  orders.SetKeysOnly(true);
+  load(orders);
+  Record record;
+  ASSERT_EQ(orders.First(record), 0);
+  EXPECT_EQ(failureOf([&] { orders.Previous(record); }),
+            "No record was found with the given conditions");
+  EXPECT_EQ(record.text(), kA);
+  EXPECT_TRUE(orders.Bof());
+  EXPECT_EQ(orders.Previous(record), 1);
+  EXPECT_EQ(orders.Next(record), 0);
+  EXPECT_EQ(record.text(), kA);
+}
+
+TEST_F(RecordReading, WithKeysOnlyARowThatIsGoneIsSteppedOverBehindItsFailure) {
+  Rows orders(company(), u"@ORDERS");
+  orders.SetKeysOnly(true);
+  load(orders);
+  Rows others(company(), u"@ORDERS");
+  others.Load({u"Code"}, {});
+  others.Remove(values({{u"Code", u"00000001"}}));
+  Record record;
+  ASSERT_EQ(orders.First(record), 0);
+  EXPECT_EQ(failureOf([&] { orders.Next(record); }),
+            "No record was found with the given conditions");
+  EXPECT_EQ(orders.Next(record), 0);
+  EXPECT_EQ(record.text(), kC);
+}
+
 TEST_F(RecordReading, AnEmptyResultHasNoFirstAndNoLastRow) {
   Rows orders(company(), u"@ORDERS");
   load(orders, Conditions().add(u"U_No", co_Equal, u"none").get());
@@ -179,6 +223,30 @@ TEST_F(RecordReading, GetsARowByItsWholeKeyOnly) {
             }),
             "No match found");
   EXPECT_EQ(record.text(), kC);
+}
+
+TEST_F(RecordReading, ARowIsNotFoundByAKeyThatIsNotAmongTheFields) {
+  Rows orders(company(), u"@ORDERS");
+  orders.SetFields({u"U_Who"});
+  orders.Load({u"U_No"}, {});
+  const std::string badIndex = "_com_error " + std::to_string(DISP_E_BADINDEX);
+  const auto key = values({{u"U_No", u"A"}});
+  Record record;
+  EXPECT_EQ(failureOf([&] { orders.GetByKey(key, record); }), badIndex);
+  EXPECT_EQ(failureOf([&] { orders.Update(key, Record{{u"U_Who", u"Bea"}}); }), badIndex);
+  EXPECT_EQ(failureOf([&] { orders.Remove(key); }), badIndex);
+  ASSERT_EQ(orders.First(record), 0);
+  EXPECT_EQ(failureOf([&] { orders.BuildPrimaryKeyConditions(); }), badIndex);
+  EXPECT_TRUE(orders.Exists(key)) << "the database knows the column";
+}
+
+TEST_F(RecordReading, AheadOfLoadNothingIsFoundAndNoKeyIsWhole) {
+  Rows orders(company(), u"@ORDERS");
+  const auto key = values({{u"Code", u"00000000"}});
+  Record record;
+  EXPECT_FALSE(orders.Find(key, record));
+  EXPECT_EQ(failureOf([&] { orders.Exists(key); }),
+            "The given map of key fields does not match the key field list of this obejct");
 }
 
 TEST_F(RecordReading, AsksTheDatabaseWhetherARowExists) {

@@ -115,6 +115,44 @@ TEST_F(RecordWriting, UpdateOfNothingButTheKeyIsRefused) {
   EXPECT_THAT(orders(), ElementsAre(kA, kB, kC));
 }
 
+TEST_F(RecordWriting, UpdateLeavesTheKeyAsItIs) {
+  Rows rows(company(), u"@ORDERS");
+  rows.Load({u"U_No"}, {});
+  rows.Update(values({{u"U_No", u"A"}}), Record{{u"U_No", u"Z"}, {u"U_Count", 9}});
+  EXPECT_THAT(orders(), ElementsAre("00000000|00000000|A|Ann|2024-01-31 00:00:00|12.5|9", kB, kC));
+}
+
+TEST_F(RecordWriting, UpdateAndRemoveChangeAllRowsOfTheirKey) {
+  Rows rows(company(), u"@ORDERS");
+  rows.Load({u"U_Count"}, {});
+  const auto key = values({{u"U_Count", 2L}});
+  rows.Update(key, Record{{u"U_Who", u"Dan"}});
+  EXPECT_THAT(orders(), ElementsAre(kA, "00000001|00000001|B|Dan|2024-02-01 00:00:00|-0.25|2",
+                                    "00000002|00000002|C|Dan|2023-12-31 00:00:00|1234.5|2"));
+  rows.Remove(key);
+  EXPECT_THAT(orders(), ElementsAre(kA));
+}
+
+TEST_F(RecordWriting, ValuesThatDoNotFitTheirColumnAreConvertedWithoutAWord) {
+  const auto written = [&](const OLECHAR* column, const CComVariant& value) {
+    Rows rows(company(), u"@ORDERS");
+    rows.Add(Record{{column, value}});
+    rows.SetFields({column});
+    rows.Load({u"Code"}, {});
+    Record record;
+    rows.Last(record);
+    return record.text();
+  };
+  EXPECT_EQ(written(u"U_Count", 1.5), "1");
+  EXPECT_EQ(written(u"U_Count", -1.9), "-1");
+  EXPECT_EQ(written(u"U_Count", true), "-1");
+  EXPECT_EQ(written(u"U_Who", true), "-1");
+  EXPECT_EQ(written(u"U_Day", CComVariant(2958466.0, VT_DATE)), "1899-12-30 00:00:00")
+      << "the first day of the year 10000";
+  EXPECT_EQ(written(u"U_Day", CComVariant(-657435.0, VT_DATE)), "1899-12-30 00:00:00")
+      << "the last day of the year 99";
+}
+
 TEST_F(RecordWriting, KeysOfSeveralColumnsAndKindsUpdateTheirRow) {
   Rows rows(company(), u"@ORDERS");
   rows.SetFields({u"U_Count", u"U_No", u"U_Total"});
