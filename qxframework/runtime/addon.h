@@ -4,7 +4,7 @@
 // main, calls Connect and then runs its message loop until the event sink ends it:
 //
 //   MyAddOn addOn(connection, u"MYADDON", identifier);
-//   addOn.Connect(0);
+//   if (addOn.Connect(0) != 0 || addOn.GetEventSink() == nullptr) return 1;
 //   addOn.SetWndHandle(CreateMessageWindow({}));
 //   RunMessageLoop();
 //
