@@ -245,6 +245,16 @@ TEST_F(PostgresOpenTest, AMissingDatabaseIsTold) {
   EXPECT_NE(text.find(u"\"nosuchdatabase\" does not exist"), std::u16string::npos);
 }
 
+TEST_F(PostgresOpenTest, ADatabaseOfAnotherEncodingIsRefused) {
+  const std::string latin = name + "latin";
+  server.run("postgres",
+             "CREATE DATABASE " + latin + " ENCODING 'LATIN1' LOCALE 'C' TEMPLATE template0");
+  EXPECT_EQ(failureOf(targetFor("odbc:" + server.connection(latin))).text,
+            u"The company database '" + toUtf16(latin) +
+                u"' cannot be opened: its encoding is "
+                u"LATIN1; make a database with ENCODING 'UTF8'.");
+}
+
 TEST_F(PostgresOpenTest, AMissingServerIsTold) {
   const std::u16string text =
       failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=/no/such/folder;Database=x")).text;

@@ -6,6 +6,8 @@
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/types.h"
 
+#include <concepts>
+
 enum : VARTYPE {
   VT_EMPTY = 0,
   VT_NULL = 1,
@@ -119,9 +121,11 @@ class CComVariant : public VARIANT {
   CComVariant(const CComBSTR& text) { assignText(text.View()); }
   CComVariant(std::u16string_view text) { assignText(text); }
   CComVariant(int value) { vt = VT_I4, llVal = 0, lVal = value; }
+  /// With its lower 32 bits.
   CComVariant(long value) { vt = VT_I4, llVal = 0, lVal = static_cast<std::int32_t>(value); }
   CComVariant(short value) { vt = VT_I2, llVal = 0, iVal = value; }
-  CComVariant(bool value) {
+  template <std::same_as<bool> Bool>  // and nothing that converts to one, as pointers do
+  CComVariant(Bool value) {
     vt = VT_BOOL, llVal = 0, boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
   }
   CComVariant(double value, VARTYPE type = VT_R8) { vt = type, dblVal = value; }

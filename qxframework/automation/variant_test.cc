@@ -27,6 +27,7 @@ TEST(Variant, TakesTheKindOfWhatItIsMadeFrom) {
   EXPECT_EQ(CComVariant(short{7}).vt, VT_I2);
   EXPECT_EQ(CComVariant(true).boolVal, VARIANT_TRUE);
   EXPECT_EQ(CComVariant(false).boolVal, VARIANT_FALSE);
+  EXPECT_FALSE((std::is_constructible_v<CComVariant, const char*>)) << "no pointer is a truth";
   EXPECT_EQ(CComVariant(1.5).vt, VT_R8);
   EXPECT_EQ(CComVariant(1.5, VT_DATE).vt, VT_DATE);
   EXPECT_EQ(CComVariant(u"text").vt, VT_BSTR);

@@ -21,6 +21,7 @@ class Warnings {
     warnOfKeyValues();
     warnOfAnEmptyWhere();
     warnOfValues();
+    warnOfTitles();
     return std::move(all_);
   }
 
@@ -121,6 +122,17 @@ class Warnings {
       add(placeOf(table_, "values"),
           "nothing stands behind SET, which no engine takes; add a column that is none of 'keys' "
           "to 'values'");
+  }
+
+  void warnOfTitles() {
+    const bool quotes =
+        std::any_of(statement_.titles.begin(), statement_.titles.end(), [](const auto& title) {
+          return title.second.find_first_of(u"'\"") != std::u16string::npos;
+        });
+    if (quotes)
+      add(placeOf(table_, "fields"),
+          "the layer writes the quotes of a title as they are, and engines take them for its end; "
+          "write \u2019 or leave them out");
   }
 
   bool isKey(const std::u16string& name) const {

@@ -133,5 +133,15 @@ TEST(Warnings, TellOfAnUpdateThatSetsNothing) {
   EXPECT_TRUE(warningsOf(kUpdate + "keys = [\"a\"]\n" + where).empty());
 }
 
+TEST(Warnings, TellOfQuotesInTheTitlesOfAChooseList) {
+  const std::string list = "[choose-list]\ntable = \"T\"\n";
+  const std::vector<std::string> warning{
+      "f:3:10: warning: the layer writes the quotes of a title as they are, and engines take them "
+      "for its end; write \u2019 or leave them out"};
+  EXPECT_EQ(warningsOf(list + "fields = { A = \"it's\" }\n"), warning);
+  EXPECT_EQ(warningsOf(list + "fields = { A = 'a \"b\"' }\n"), warning);
+  EXPECT_TRUE(warningsOf(list + "fields = { A = \"it\u2019s\" }\n").empty());
+}
+
 }  // namespace
 }  // namespace qx::sqlprint

@@ -64,6 +64,7 @@ class PostgresDatabase final : public OdbcDatabase {
   PostgresDatabase(std::unique_ptr<OdbcConnection> connection,
                    const CompanyEnvironment& environment, bool readOnly)
       : OdbcDatabase(std::move(connection), {"\"", true}), catalog_(*this), readOnly_(readOnly) {
+    needUtf8();
     endForeignTransaction();
     execute(sql::kPostgresSettings);
     execute(settingsOf(environment));
@@ -77,6 +78,14 @@ class PostgresDatabase final : public OdbcDatabase {
   bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
 
  private:
+  // In any other encoding some letters would be refused one day, when they are first written.
+  void needUtf8() {
+    const std::string encoding = queryText("SHOW server_encoding");
+    if (encoding == "UTF8") return;
+    throw DatabaseError(Fault::Statement,
+                        "its encoding is " + encoding + "; make a database with ENCODING 'UTF8'");
+  }
+
   // Ends what the connection string's own statements began. The statement ROLLBACK would not do:
   // where nothing is open, the driver takes it for the end of a failure and never tidies up again.
   void endForeignTransaction() {

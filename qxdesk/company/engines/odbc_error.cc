@@ -109,13 +109,21 @@ void dropFront(std::string& text, std::string_view prefix) {
   if (text.starts_with(prefix)) text.erase(0, prefix.size());
 }
 
-// A line of its own, as servers send details, becomes a remark in brackets.
-void bracketLine(std::string& text, std::string_view mark) {
-  const std::size_t at = text.find(mark);
-  if (at == std::string::npos) return;
-  const std::size_t end = std::min(text.find('\n', at + mark.size()), text.size());
-  const std::string remark = text.substr(at + mark.size(), end - at - mark.size());
-  text.replace(at, end - at, " (" + remark + ")");
+// What servers send behind a message, each from a line of its own on.
+constexpr std::string_view kRemarks[] = {"\nDETAIL: ", "\nHINT: "};
+
+// They become remarks in brackets. One may have several lines: it ends where the next one begins.
+void bracketRemarks(std::string& text) {
+  for (const std::string_view mark : kRemarks) {
+    const std::size_t at = text.find(mark);
+    if (at == std::string::npos) continue;
+    std::size_t end = text.size();
+    for (const std::string_view next : kRemarks)
+      end = std::min(end, text.find(next, at + mark.size()));
+    std::string remark = text.substr(at + mark.size(), end - at - mark.size());
+    while (remark.ends_with('\n')) remark.pop_back();
+    text.replace(at, end - at, " (" + remark + ")");
+  }
 }
 
 // A break and the blanks around it become one blank.
@@ -188,8 +196,7 @@ std::string engineWords(std::string message) {
   dropFront(message, "FATAL: ");
   dropBehind(message, ";\nError while");
   dropBehind(message, "\nError while");
-  bracketLine(message, "\nDETAIL: ");
-  bracketLine(message, "\nHINT: ");
+  bracketRemarks(message);
   joinLines(message);
   while (message.ends_with(' ')) message.pop_back();
   message.erase(0, std::min(message.find_first_not_of(' '), message.size()));

@@ -66,7 +66,7 @@ TEST(OdbcError, TheWordsAreTheEnginesAlone) {
   EXPECT_EQ(engineWords("[vendor][ODBC driver] Login failed."), "Login failed.");
   EXPECT_EQ(engineWords("[never closed"), "[never closed");
   EXPECT_EQ(engineWords("ERROR: one\r\n  two\n\n\tthree\nDETAIL: four\nfive\nHINT: six\n"),
-            "one two three (four) five (six)");
+            "one two three (four five) (six)");
   EXPECT_EQ(engineWords("two  blanks"), "two  blanks");
   EXPECT_EQ(engineWords(""), "");
 }
