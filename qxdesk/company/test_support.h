@@ -50,11 +50,12 @@ class TestPlace {
 /// A clock that stands, sleeps that only count, random bytes that count up.
 CompanyEnvironment testEnvironment();
 
-/// Counts the statements that are prepared and refuses one of them.
+/// Counts the statements that are prepared and refuses one of them, and those with certain words.
 struct FaultPlan {
   int prepared = 0;
   int refuse = 0;  // number of the statement from 1; 0 refuses none
   Fault fault = Fault::InputOutput;
+  std::vector<std::string> refusedWords = {};
 };
 
 /// Opens the real database behind one that follows `plan`, which must outlive it.
