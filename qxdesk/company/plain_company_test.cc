@@ -170,6 +170,15 @@ TEST_F(PlainSourceTest, AnEscapeThatTheDriverWouldResolveIsRefused) {
             u"engine's own words, without braces");
 }
 
+// The driver would run what stands in front of it.
+TEST_F(PlainSourceTest, AZeroCharacterIsRefusedAndNothingRuns) {
+  const std::u16string sql(u"DELETE FROM HVCURR WHERE Currency = 'EUR'\0 AND 1 = 0", 52);
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure);
+  EXPECT_EQ(lastError(company).text, u"the statement holds a zero character (line 1, column 42)");
+  EXPECT_EQ(rowsOf(company, u"SELECT Currency FROM HVCURR WHERE Currency = 'EUR'"), u"EUR");
+}
+
 TEST_F(PlainSourceTest, ASecondStatementIsNotLostSilently) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(
