@@ -62,6 +62,7 @@ CompanyEnvironment testEnvironment() {
   CompanyEnvironment environment;
   environment.now = [] { return std::string("2024-01-31 12:30:15"); };
   environment.sleep = [](int) {};
+  environment.clock = [] { return std::chrono::steady_clock::time_point(); };
   environment.fillRandom = [next = std::uint8_t{0}](std::span<std::uint8_t> bytes) mutable {
     for (std::uint8_t& byte : bytes) byte = next++;
   };

@@ -47,7 +47,7 @@ class TestPlace {
   std::map<std::string, std::string> servers_;
 };
 
-/// A clock that stands, sleeps that only count, random bytes that count up.
+/// Clocks that stand, sleeps that only count, random bytes that count up.
 CompanyEnvironment testEnvironment();
 
 /// Counts the statements that are prepared and refuses one of them, and those with certain words.
