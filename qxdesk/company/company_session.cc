@@ -157,13 +157,14 @@ void CompanySession::startTransaction() {
 
 void CompanySession::endTransaction(bool commit) {
   needOpen();
-  if (!transaction_) throw CompanyError(kWrongTransactionState, Text::NoTransaction);
+  const bool open = std::exchange(transaction_, false);
+  // What was to be rolled back has gone with the connection, so that is no failure.
+  if (!isOpen() && (commit || !open)) throw database_->lost().value();
+  if (!open) throw CompanyError(kWrongTransactionState, Text::NoTransaction);
   if (!database_->inTransaction()) {
-    transaction_ = false;
     if (commit) throw CompanyError(kWrongTransactionState, Text::TransactionLost);
     return;
   }
-  transaction_ = false;
   if (commit) {
     commitOrRollBack();
   } else {

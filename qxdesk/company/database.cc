@@ -58,15 +58,18 @@ AtomicChange::~AtomicChange() {
 }
 
 void AtomicChange::rollBack() noexcept {
-  if (!database_.inTransaction()) return;
+  if (nested_ && rollsBack(&Database::rollBackToSavepoint)) return;
+  // Half of the change must not be committed with the rest, so the rest goes, too.
+  rollsBack(&Database::rollback);
+}
+
+// A failure is not told: the one that led here is on its way to the caller.
+bool AtomicChange::rollsBack(void (Database::*how)()) noexcept {
   try {
-    if (nested_) {
-      database_.rollBackToSavepoint();
-    } else {
-      database_.rollback();
-    }
+    if (database_.inTransaction()) (database_.*how)();
+    return true;
   } catch (const std::exception&) {
-    // The first failure is on its way to the caller; the engine rolls back when it closes.
+    return false;
   }
 }
 

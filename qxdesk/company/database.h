@@ -148,7 +148,7 @@ class Database {
 
 /// One change of the company's tables, made of several statements: all or nothing, alone or within
 /// an open transaction. Processes make such changes one after the other. Without commit() it is
-/// rolled back.
+/// rolled back, and where the engine cannot roll back a part of the open transaction, all of that.
 class AtomicChange {
  public:
   explicit AtomicChange(Database& database);
@@ -159,6 +159,7 @@ class AtomicChange {
 
  private:
   void rollBack() noexcept;
+  bool rollsBack(void (Database::*how)()) noexcept;
 
   Database& database_;
   bool nested_;

@@ -1,5 +1,6 @@
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/company/user_keys_md.h"
+#include "qxframework/automation/text.h"
 
 namespace qx::desk {
 namespace {
@@ -105,30 +106,31 @@ TEST_P(MetadataKeysTest, ARollbackTakesDictionaryAndTableBack) {
 }
 
 TEST_P(MetadataKeysTest, AFailureAtAnyStatementLeavesNothingHalfDone) {
+  FaultPlan plan;
+  const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), target());
+  const auto isThere = [&](const std::u16string& in, const std::u16string& of) {
+    return rowsOf(failing, u"SELECT COUNT(*) FROM " + in + u" = N'" + of + u"'") == u"1";
+  };
   for (int refuse = 1;; ++refuse) {
-    const LoginTarget one{place.database(std::to_string(refuse)), kMssql, ln_English, u"", u"Demo"};
-    FaultPlan plan;
-    const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), one);
+    const std::u16string name = u"QX" + toUtf16(std::to_string(refuse));
     plan = FaultPlan{0, refuse, Fault::Full};
-    const bool done = addTable(failing, u"QX") == 0 &&
-                      addField(failing, {u"QX", u"A", kAlphaField, 0, 5}) == 0 &&
-                      addKey(failing, u"QX", u"K", true, {u"A"}) == 0;
+    const bool done = addTable(failing, name) == 0 &&
+                      addField(failing, {name, u"A", kAlphaField, 0, 5}) == 0 &&
+                      addKey(failing, name, u"K", true, {u"A"}) == 0;
     plan = FaultPlan{};
     if (done) {
       EXPECT_GT(refuse, 10);
       break;
     }
     EXPECT_EQ(failing->GetInTransaction(), VARIANT_FALSE);
-    const bool table = !rowsOf(failing, u"SELECT TableName FROM HVUTAB").empty();
-    if (!table) {
-      EXPECT_EQ(addTable(failing, u"QX"), 0) << refuse;
+    if (!isThere(u"HVUTAB WHERE TableName", name)) {
+      EXPECT_EQ(addTable(failing, name), 0) << refuse;
     }
-    const bool field = !rowsOf(failing, u"SELECT AliasID FROM CUFD").empty();
-    if (!field) {
-      EXPECT_EQ(addField(failing, {u"QX", u"A", kAlphaField, 0, 5}), 0) << refuse;
+    if (!isThere(u"CUFD WHERE TableID", u"@" + name)) {
+      EXPECT_EQ(addField(failing, {name, u"A", kAlphaField, 0, 5}), 0) << refuse;
     }
-    const bool key = !rowsOf(failing, u"SELECT KeyName FROM HVUKEY").empty();
-    EXPECT_EQ(addKey(failing, u"QX", u"K", true, {u"A"}), key ? -2107 : 0) << refuse;
+    const bool key = isThere(u"HVUKEY WHERE TableName", u"@" + name);
+    EXPECT_EQ(addKey(failing, name, u"K", true, {u"A"}), key ? -2107 : 0) << refuse;
   }
 }
 

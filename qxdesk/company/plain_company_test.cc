@@ -170,6 +170,27 @@ TEST_F(PlainSourceTest, AnEscapeThatTheDriverWouldResolveIsRefused) {
             u"engine's own words, without braces");
 }
 
+TEST_F(PlainSourceTest, ANumberThatIsInfiniteIsTold) {
+  addTable(company, u"QX");
+  addField(company, {u"QX", u"P", kFloatField, 80});
+  query(company, u"INSERT INTO [@QX] (Code, Name, U_P) VALUES ('1', 'n', 9e999)");
+  for (const char16_t* sql : {u"SELECT U_P FROM [@QX]", u"SELECT 1e300 * 1e300", u"SELECT -9e999",
+                              u"SELECT U_P * 2 FROM [@QX]"}) {
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
+    EXPECT_EQ(lastError(company).text, u"A number is out of range (not a finite number).");
+  }
+}
+
+// The driver would run what stands in front of it.
+TEST_F(PlainSourceTest, AZeroCharacterIsRefusedAndNothingRuns) {
+  const std::u16string sql(u"DELETE FROM HVCURR WHERE Currency = 'EUR'\0 AND 1 = 0", 52);
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure);
+  EXPECT_EQ(lastError(company).text, u"the statement holds a zero character (line 1, column 42)");
+  EXPECT_EQ(rowsOf(company, u"SELECT Currency FROM HVCURR WHERE Currency = 'EUR'"), u"EUR");
+}
+
 TEST_F(PlainSourceTest, ASecondStatementIsNotLostSilently) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(

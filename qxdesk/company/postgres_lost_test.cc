@@ -34,6 +34,8 @@ class PostgresLostTest : public testing::TestWithParam<PostgresServer::End> {
     EXPECT_EQ(lastError(company).code, kSqlFailure);
     EXPECT_TRUE(lastError(company).text.starts_with(kLost)) << toUtf8(lastError(company).text);
   }
+  /// Walks rows while the server goes away, and with `isBack` comes back.
+  void expectNoEndOfTheRows(const std::string& cursor, bool isBack);
 
   void TearDown() override { server.start(); }
 
@@ -41,6 +43,27 @@ class PostgresLostTest : public testing::TestWithParam<PostgresServer::End> {
   std::string database = server.createDatabase();
   CComPtr<ICompany> company = connectTo(target());
 };
+
+void PostgresLostTest::expectNoEndOfTheRows(const std::string& cursor, bool isBack) {
+  server.start();
+  const auto opened = openDatabase(target().database + ";UseDeclareFetch=" + cursor + ";Fetch=50",
+                                   testEnvironment());
+  const auto rows = opened->prepareGuarded("SELECT generate_series(1, 100000)");
+  EXPECT_TRUE(rows->step());
+  server.stop(GetParam());
+  if (isBack) server.start();
+  int read = 1;
+  std::optional<Fault> fault;
+  try {
+    while (rows->step()) ++read;
+  } catch (const DatabaseError& error) {
+    fault = error.fault();
+  }
+  EXPECT_TRUE(read == 100'000 || fault == Fault::ConnectionLost) << read;
+  if (cursor == "1") {
+    EXPECT_LT(read, 100'000);
+  }
+}
 
 TEST_P(PostgresLostTest, IsToldInTheMiddleOfALoopOfQueries) {
   int done = 0;
@@ -81,11 +104,11 @@ TEST_P(PostgresLostTest, TakesTheOpenTransactionAlong) {
   server.stop(GetParam());
   EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"), kSqlFailure);
   expectLost();
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
-  EXPECT_EQ(lastError(company).text,
-            u"The database has rolled the transaction back after a failure; nothing of it was "
-            u"kept.");
-  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  for (const VARIANT_BOOL commit : {VARIANT_TRUE, VARIANT_TRUE, VARIANT_FALSE}) {
+    EXPECT_EQ(raisedBy([&] { company->EndTransaction(commit); }), kSqlFailure);
+    expectLost();
+    EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  }
   server.start();
   EXPECT_EQ(codes(), u"0");
   EXPECT_EQ(company->Connect(), 0);
@@ -110,9 +133,69 @@ TEST_P(PostgresLostTest, ARollbackThatMeetsItIsNoFailure) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
-  company->raw_EndTransaction(VARIANT_FALSE);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_FALSE); }), S_OK);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
+  expectLost();
   server.start();
+  EXPECT_EQ(codes(), u"0");
+}
+
+TEST_P(PostgresLostTest, ARollbackBehindItIsNoFailure) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  server.stop(GetParam());
+  EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_FALSE); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kSqlFailure);
+  expectLost();
+  server.start();
+  EXPECT_EQ(codes(), u"0");
+}
+
+// The old connection does not come back with the server.
+TEST_P(PostgresLostTest, IsToldWhenTheServerIsBackBeforeTheNextCall) {
+  server.stop(GetParam());
+  server.start();
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
+    expectLost();
+  }
+  EXPECT_EQ(company->Connect(), 0) << toUtf8(lastError(company).text);
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@QX]"), u"0");
+}
+
+TEST_P(PostgresLostTest, ATransactionDoesNotGoOnWhenTheServerIsBackBeforeTheNextCall) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  server.stop(GetParam());
+  server.start();
+  EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"), kSqlFailure);
+  expectLost();
+  EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('3', 'n')"), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  expectLost();
+  EXPECT_EQ(codes(), u"0");
+}
+
+TEST_P(PostgresLostTest, ACommitDoesNotClaimToHaveHappenedWhenTheServerIsBackBeforeIt) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  server.stop(GetParam());
+  server.start();
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_TRUE(
+      lastError(company).text.starts_with(u"The connection to the database server was lost"))
+      << toUtf8(lastError(company).text);
+  EXPECT_EQ(codes(), u"0");
+}
+
+TEST_P(PostgresLostTest, ARollbackIsNoFailureWhenTheServerIsBackBeforeIt) {
+  company->StartTransaction();
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  server.stop(GetParam());
+  server.start();
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_FALSE); }), S_OK);
   EXPECT_EQ(codes(), u"0");
 }
 
@@ -122,23 +205,10 @@ INSTANTIATE_TEST_SUITE_P(Ends, PostgresLostTest,
 
 // With a cursor the rows come from the server in portions.
 TEST_P(PostgresLostTest, IsNoEndOfTheRows) {
-  for (const char* cursor : {"0", "1"}) {
-    server.start();
-    const auto opened = openDatabase(target().database + ";UseDeclareFetch=" + cursor + ";Fetch=50",
-                                     testEnvironment());
-    const auto rows = opened->prepareGuarded("SELECT generate_series(1, 100000)");
-    EXPECT_TRUE(rows->step());
-    server.stop(GetParam());
-    int read = 1;
-    std::optional<Fault> fault;
-    try {
-      while (rows->step()) ++read;
-    } catch (const DatabaseError& error) {
-      fault = error.fault();
-    }
-    EXPECT_TRUE(read == 100'000 || fault == Fault::ConnectionLost) << cursor << ": " << read;
-    if (*cursor == '1') {
-      EXPECT_LT(read, 100'000);
+  for (const std::string cursor : {"0", "1"}) {
+    for (const bool isBack : {false, true}) {
+      SCOPED_TRACE(cursor + (isBack ? ", the server is back" : ""));
+      expectNoEndOfTheRows(cursor, isBack);
     }
   }
 }

@@ -1,5 +1,6 @@
 // Rows from a PostgreSQL server: as many, as long and as exact as they were written.
 
+#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
 #include "tests/support/odbc_program.h"
@@ -178,9 +179,25 @@ TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsNeitherKeptNorRead) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT U_Amount * U_Amount FROM [@T]")); }),
             kSqlFailure);
-  EXPECT_TRUE(lastError(company).text.starts_with(u"A number is out of the range of its column ("))
+  EXPECT_TRUE(lastError(company).text.starts_with(u"A number is out of range ("))
       << toUtf8(lastError(company).text);
   EXPECT_EQ(field(query(company, u"SELECT 1 / U_Amount / 1e200 FROM [@T]"), 0).dblVal, 0.0);
+}
+
+TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsToldByItsFirstDigits) {
+  const auto opened = openDatabase(database, testEnvironment());
+  const auto told = [&](const std::string& sql) -> std::string {
+    try {
+      opened->prepareGuarded(sql)->step();
+    } catch (const DatabaseError& error) {
+      EXPECT_EQ(error.fault(), Fault::OutOfRange);
+      return error.what();
+    }
+    return {};
+  };
+  EXPECT_EQ(told("SELECT 1e400::numeric"),
+            "not a number of this machine: 1" + std::string(39, '0') + "\u2026");
+  EXPECT_EQ(told("SELECT 'NaN'::numeric"), "not a number of this machine: NaN");
 }
 
 INSTANTIATE_TEST_SUITE_P(Postgres, PostgresRowsTest, testing::Values(Medium::Postgres));

@@ -10,16 +10,15 @@ namespace {
 
 using Told = std::vector<sql::OutputColumn>;
 
-// An engine that describes its results tells numbers wider than the statement means them.
+// What the statement tells counts for more than what the engine does: a server tells numbers wider
+// than they are meant, a file tells of a UNION its first part only.
 sql::ColumnType resultType(Database& database, const Statement& statement, int column,
                            const sql::OutputColumn* told) {
+  const bool isTold = told != nullptr && told->type != sql::ColumnType::Unknown;
+  if (isTold) return told->type;
   const sql::ColumnType declared = statement.declaredType(column);
-  if (told == nullptr) return declared;
-  const bool tellsAll = database.route() != Route::ToSqlite;
-  if (tellsAll && told->type != sql::ColumnType::Unknown) return told->type;
-  if (declared != sql::ColumnType::Unknown) return declared;
-  if (told->type != sql::ColumnType::Unknown || told->probe.empty()) return told->type;
-  return database.probe(told->probe);
+  const bool canProbe = told != nullptr && !told->probe.empty();
+  return declared == sql::ColumnType::Unknown && canProbe ? database.probe(told->probe) : declared;
 }
 
 // The columns of a table, when they stand in the result from `first` on.

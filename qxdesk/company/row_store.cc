@@ -105,6 +105,12 @@ class Scan {
   bool good_ = true;
 };
 
+// Some engines calculate on with what has become infinite, where others refuse.
+double finite(double value) {
+  if (std::isfinite(value)) return value;
+  throw DatabaseError(Fault::OutOfRange, "not a finite number");
+}
+
 }  // namespace
 
 // Its length stands in front of a text.
@@ -167,7 +173,7 @@ void RowStore::appendNull() { newCell(Kind::Null); }
 
 void RowStore::appendInteger(std::int64_t value) { newCell(Kind::Integer).integer = value; }
 
-void RowStore::appendReal(double value) { newCell(Kind::Real).real = value; }
+void RowStore::appendReal(double value) { newCell(Kind::Real).real = finite(value); }
 
 void RowStore::appendText(std::string_view utf8) { appendText(cellCount_ % columns_.size(), utf8); }
 

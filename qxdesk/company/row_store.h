@@ -51,6 +51,7 @@ class RowStore {
   /// Append one cell; a row is complete when every column has got its cell.
   void appendNull();
   void appendInteger(std::int64_t value);
+  /// Raises DatabaseError with OutOfRange for what is not finite.
   void appendReal(double value);
   void appendText(std::string_view utf8);
 

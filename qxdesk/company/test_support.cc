@@ -5,6 +5,8 @@
 #include "qxframework/automation/text.h"
 #include "tests/support/postgres_server.h"
 
+#include <algorithm>
+
 namespace qx::desk {
 
 namespace {
@@ -18,11 +20,11 @@ class FailingDatabase final : public Database {
   Route route() const override { return real_->route(); }
   const EngineTables& tables() const override { return real_->tables(); }
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    count();
+    count(sql);
     return real_->prepare(sql);
   }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
-    count();
+    count(sql);
     return real_->prepareGuarded(sql);
   }
   sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
@@ -31,19 +33,22 @@ class FailingDatabase final : public Database {
   bool isReadOnly() const override { return real_->isReadOnly(); }
   bool inTransaction() const override { return real_->inTransaction(); }
   void begin() override {
-    count();
+    count("BEGIN");
     real_->begin();
   }
   void commit() override {
-    count();
+    count("COMMIT");
     real_->commit();
   }
   void rollback() override { real_->rollback(); }
   std::optional<DatabaseError> lost() const override { return real_->lost(); }
 
  private:
-  void count() {
-    if (++plan_->prepared == plan_->refuse)
+  void count(std::string_view sql) {
+    const bool hasWords =
+        std::any_of(plan_->refusedWords.begin(), plan_->refusedWords.end(),
+                    [&](const std::string& words) { return sql.find(words) != sql.npos; });
+    if (++plan_->prepared == plan_->refuse || hasWords)
       throw DatabaseError(plan_->fault, "refused by the test");
   }
 
@@ -57,6 +62,7 @@ CompanyEnvironment testEnvironment() {
   CompanyEnvironment environment;
   environment.now = [] { return std::string("2024-01-31 12:30:15"); };
   environment.sleep = [](int) {};
+  environment.clock = [] { return std::chrono::steady_clock::time_point(); };
   environment.fillRandom = [next = std::uint8_t{0}](std::span<std::uint8_t> bytes) mutable {
     for (std::uint8_t& byte : bytes) byte = next++;
   };

@@ -47,14 +47,15 @@ class TestPlace {
   std::map<std::string, std::string> servers_;
 };
 
-/// A clock that stands, sleeps that only count, random bytes that count up.
+/// Clocks that stand, sleeps that only count, random bytes that count up.
 CompanyEnvironment testEnvironment();
 
-/// Counts the statements that are prepared and refuses one of them.
+/// Counts the statements that are prepared and refuses one of them, and those with certain words.
 struct FaultPlan {
   int prepared = 0;
   int refuse = 0;  // number of the statement from 1; 0 refuses none
   Fault fault = Fault::InputOutput;
+  std::vector<std::string> refusedWords = {};
 };
 
 /// Opens the real database behind one that follows `plan`, which must outlive it.

@@ -102,6 +102,35 @@ TEST_P(TransactionTest, AChangeOfTablesThatFailsWithinItLeavesTheRest) {
   EXPECT_EQ(rowsOf(another(), u"SELECT AliasID FROM CUFD"), u"A");
 }
 
+// Half of a change must not be committed with the rest.
+TEST_P(TransactionTest, AChangeOfTablesThatCannotBeTakenBackTakesTheWholeTransactionAlong) {
+  for (const char* first : {"INSERT INTO [HVUFVAL]", "RELEASE SAVEPOINT"}) {
+    FaultPlan plan;
+    const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), target());
+    failing->StartTransaction();
+    insert(failing, u"1");
+    const auto field = businessObject<IUserFieldsMD>(failing, kUserFieldsMD);
+    field->PutTableName(CComBSTR(u"QX"));
+    field->PutName(CComBSTR(u"A"));
+    field->PutSize(5);
+    const auto values = field->GetValidValues();
+    values->PutValue(CComBSTR(u"x"));
+    values->Add();
+    plan.refusedWords = {first, "ROLLBACK TO"};
+    EXPECT_EQ(field->Add(), kSqlFailure);
+    EXPECT_EQ(lastError(failing).text,
+              u"Reading or writing the company database failed (refused by the test).");
+    plan.refusedWords.clear();
+    EXPECT_EQ(addTable(failing, u"QY"), kSqlFailure);
+    EXPECT_EQ(lastError(failing).text,
+              u"The database has rolled the transaction back after a failure; nothing of it was "
+              u"kept.");
+    EXPECT_EQ(raisedBy([&] { failing->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+    EXPECT_EQ(codes(failing), u"");
+    EXPECT_EQ(rowsOf(failing, u"SELECT AliasID FROM CUFD"), u"");
+  }
+}
+
 TEST_P(TransactionTest, DisconnectRollsBack) {
   company->StartTransaction();
   insert(company, u"1");

@@ -85,15 +85,47 @@ TEST_P(ValueRangeTest, ATextOfADecimalHasFifteenDigitsAtMost) {
 TEST_P(ValueRangeTest, AWholeNumberOfMoreThan64BitsIsTold) {
   query(company, u"UPDATE [@T] SET U_Count = 2000000000");
   const std::u16string told = words(
-      u"A number is out of the range of its column (out of range: a whole number of more than 64 "
+      u"A number is out of range (out of range: a whole number of more than 64 "
       u"bits).",
-      u"A number is out of the range of its column (bigint out of range).");
+      u"A number is out of range (bigint out of range).");
   EXPECT_EQ(refusalOf(u"SELECT U_Count * U_Count * 4 FROM [@T]"), told);
   EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = U_Count * U_Count * 4"), told);
   EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = 1e19"), told);
   EXPECT_EQ(
       rowsOf(company, u"SELECT U_Count, U_Count * 4, SUM(U_Count) FROM [@T] GROUP BY U_Count"),
       u"2000000000|8000000000|2000000000");
+}
+
+TEST_P(ValueRangeTest, ANumberThatBecomesInfiniteIsTold) {
+  query(company, u"UPDATE [@T] SET U_Amount = 1e300");
+  const auto told = [&](const std::u16string& sign) {
+    const std::u16string digits = sign + u"1" + std::u16string(39 - sign.size(), u'0');
+    return u"A number is out of range (" +
+           words(u"not a finite number", u"not a number of this machine: " + digits + u"\u2026") +
+           u").";
+  };
+  EXPECT_EQ(refusalOf(u"SELECT U_Amount * U_Amount FROM [@T]"), told(u""));
+  EXPECT_EQ(refusalOf(u"SELECT -U_Amount * U_Amount AS x FROM [@T]"), told(u"-"));
+  EXPECT_EQ(refusalOf(u"SELECT 1e300 * 1e300"), told(u""));
+}
+
+// Whatever part a row comes from, and wherever the parts stand.
+TEST_P(ValueRangeTest, AColumnOfAUnionHasTheTypeOfAllItsParts) {
+  query(company, u"UPDATE [@T] SET U_Amount = 1.5, U_Count = 7");
+  for (const char16_t* sql :
+       {u"SELECT U_Count FROM [@T] UNION SELECT U_Amount FROM [@T] ORDER BY 1",
+        u"SELECT U_Amount FROM [@T] UNION ALL SELECT U_Count FROM [@T] ORDER BY 1",
+        u"SELECT x FROM (SELECT U_Count AS x FROM [@T] UNION SELECT U_Amount FROM [@T]) S "
+        u"ORDER BY 1"}) {
+    const auto rows = query(company, sql);
+    for (const double expected : {1.5, 7.0}) {
+      const CComVariant value = rows->GetFields()->Item(CComVariant(0L))->GetValue();
+      EXPECT_EQ(value.vt, VT_R8) << toUtf8(sql);
+      EXPECT_EQ(value.dblVal, expected);
+      rows->MoveNext();
+    }
+    EXPECT_EQ(rows->GetEoF(), VARIANT_TRUE);
+  }
 }
 
 QX_TEST_ON_ALL_MEDIA(ValueRangeTest);

@@ -38,6 +38,8 @@ std::string statementText(std::u16string_view text) {
       character = 0x10000U + ((character - kSurrogates) << 10U) + (low - kLowSurrogates);
     } else if (isHigh(character) || isLow(character)) {
       throw SqlError("the statement holds half of a surrogate pair", at);
+    } else if (character == 0) {
+      throw SqlError("the statement holds a zero character", at);
     }
     appendUtf8(utf8, character);
   }

@@ -1,6 +1,7 @@
 #include "tools/sqlprint/printer.h"
 
 #include "qxframework/automation/text.h"
+#include "tools/sqlprint/toml_input.h"
 
 namespace qx::sqlprint {
 namespace {
@@ -16,9 +17,10 @@ void appendEngine(std::string& out, const Statement& statement, const Engine& en
   }
 }
 
+/// One line whatever the name holds: what stands behind a line end would be a statement.
 std::string heading(const Statement& statement) {
-  return "-- " + std::string(nameOf(statement.kind)) + " " + toUtf8(statement.table) + ", line " +
-         std::to_string(statement.place.line) + "\n";
+  return "-- " + std::string(nameOf(statement.kind)) + " " + shown(toUtf8(statement.table)) +
+         ", line " + std::to_string(statement.place.line) + "\n";
 }
 
 }  // namespace

@@ -185,6 +185,12 @@ where = [{ field = "D", is = "<", raw = "getdate()" }]
             "SELECT * FROM T     WHERE D < getdate()\n");
 }
 
+TEST(SideBySide, AHeadingIsOneLineWhateverTheNameHolds) {
+  const std::string one = "[[delete]]\ntable = \"A\\r\\nDROP TABLE B \\u001B[2J\"\n";
+  const std::string both = shown(one + one);
+  EXPECT_EQ(both.substr(0, both.find('\n')), "-- delete A??DROP TABLE B ?[2J, line 1");
+}
+
 TEST(SideBySide, SeveralStatementsStandUnderHeadingsInTheOrderOfTheFile) {
   EXPECT_EQ(shown(R"([[select]]
 table = "B"

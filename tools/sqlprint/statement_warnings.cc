@@ -20,7 +20,9 @@ class Warnings {
     warnOfBrackets();
     warnOfKeyValues();
     warnOfAnEmptyWhere();
+    warnOfRawTexts();
     warnOfValues();
+    warnOfTimes(table_);
     warnOfTitles();
     return std::move(all_);
   }
@@ -39,8 +41,9 @@ class Warnings {
     return nodes_.at(node == nullptr ? table.source() : node->source());
   }
 
-  const toml::table& joinTable(std::size_t index) const {
-    return nodes_.table(*nodes_.list(*table_.get("join"), "join").get(index), "join");
+  /// The table at `index` of the list under `key`.
+  const toml::table& tableOf(std::string_view key, std::size_t index) const {
+    return nodes_.table(*nodes_.list(*table_.get(key), key).get(index), key);
   }
 
   void warnOfFields() {
@@ -55,11 +58,11 @@ class Warnings {
     for (std::size_t i = 0; i < statement_.joins.size(); ++i) {
       const Join& join = statement_.joins[i];
       if (keysOnly && statement_.as.empty() && comparesColumns(join))
-        add(placeOf(joinTable(i), "on"),
+        add(placeOf(tableOf("join", i), "on"),
             "the columns compare with those of a table without a name, which no engine takes; add "
             "as = \"T0\" to [select]");
       if (join.fields.empty()) continue;
-      const Location place = placeOf(joinTable(i), "fields");
+      const Location place = placeOf(tableOf("join", i), "fields");
       if (keysOnly) {
         add(place,
             "the fields of the join are not selected, since a collection fetches keys only unless "
@@ -112,6 +115,17 @@ class Warnings {
         "nothing stands behind WHERE, which no engine takes; add a condition to 'where'");
   }
 
+  void warnOfRawTexts() {
+    if (!statement_.where) return;
+    for (std::size_t i = 0; i < statement_.where->size(); ++i) {
+      const std::optional<std::u16string>& raw = (*statement_.where)[i].raw;
+      if (raw && raw->find_first_not_of(u" \t\r\n") == std::u16string::npos)
+        add(placeOf(tableOf("where", i), "raw"),
+            "nothing stands behind the operator, which no engine takes; write what the column "
+            "compares with");
+    }
+  }
+
   void warnOfValues() {
     if (is(Kind::insert) && statement_.values.empty())
       add(placeOf(table_, "values"),
@@ -122,6 +136,19 @@ class Warnings {
       add(placeOf(table_, "values"),
           "nothing stands behind SET, which no engine takes; add a column that is none of 'keys' "
           "to 'values'");
+  }
+
+  /// Dates stand nowhere but where a value does.
+  void warnOfTimes(const toml::node& node) {
+    if (const toml::table* const table = node.as_table())
+      for (const auto& entry : inOrder(*table)) warnOfTimes(*entry.second);
+    if (const toml::array* const list = node.as_array())
+      for (const toml::node& entry : *list) warnOfTimes(entry);
+    const auto moment = node.value_exact<toml::date_time>();
+    if (moment && moment->time != toml::time{})
+      add(nodes_.at(node.source()),
+          "the layer writes a date without its time of day; leave the time out, or in a condition "
+          "write the text of it as 'raw'");
   }
 
   void warnOfTitles() {

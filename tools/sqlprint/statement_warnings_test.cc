@@ -114,6 +114,39 @@ TEST(Warnings, TellOfAWhereWithNothingBehindIt) {
   EXPECT_TRUE(warningsOf(kSelect).empty());
 }
 
+TEST(Warnings, TellOfARawTextWithNothingInIt) {
+  const auto raw = [](const std::string& text) {
+    return warningsOf(kUpdate + "where = [{ field = \"B\", value = 1 },\n{ field = \"B\", raw = " +
+                      text + " }]\n");
+  };
+  const std::vector<std::string> warning{
+      "f:5:22: warning: nothing stands behind the operator, which no engine takes; write what the "
+      "column compares with"};
+  EXPECT_EQ(raw("\"\""), warning);
+  EXPECT_EQ(raw("\" \\t\\n\""), warning);
+  EXPECT_TRUE(raw("\"''\"").empty());
+}
+
+TEST(Warnings, TellOfATimeOfDayThatIsNotWritten) {
+  const auto warning = [](const std::string& place) {
+    return place +
+           ": warning: the layer writes a date without its time of day; leave the time out, or in "
+           "a condition write the text of it as 'raw'";
+  };
+  const std::string moment = "9999-12-31T23:59:59";
+  EXPECT_EQ(warningsOf("[load]\ntable = \"T\"\nwhere = [{ field = \"A\", value = " + moment +
+                       " }]\njoin = [{ table = \"B\", as = \"T1\", on = [{ to = \"K\", value = " +
+                       moment + " }] }]\n"),
+            (std::vector<std::string>{warning("f:3:33"), warning("f:4:61")}));
+  EXPECT_EQ(warningsOf("[update]\ntable = \"T\"\nkey-values = { B = " + moment +
+                       " }\nvalues = { B = 1, A = " + moment + " }\n"),
+            (std::vector<std::string>{warning("f:3:20"), warning("f:4:23")}));
+  EXPECT_EQ(warningsOf(kInsert + "values = { A = 2024-01-31 00:00:01 }\n"),
+            std::vector<std::string>{warning("f:3:16")});
+  EXPECT_TRUE(
+      warningsOf(kInsert + "values = { A = 2024-01-31, B = 2024-01-31T00:00:00 }\n").empty());
+}
+
 TEST(Warnings, TellOfAnInsertWithoutValues) {
   const std::string warning =
       "warning: the insert has no values, and then the layer writes lists that no engine takes; "

@@ -136,12 +136,14 @@ std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::
   return entries;
 }
 
-std::string quoted(std::string_view name) {
-  std::string shown(name);
-  for (char& unit : shown)
+std::string shown(std::string_view name) {
+  std::string visible(name);
+  for (char& unit : visible)
     if (static_cast<unsigned char>(unit) < 0x20 || unit == 0x7F) unit = '?';
-  return "'" + shown + "'";
+  return visible;
 }
+
+std::string quoted(std::string_view name) { return "'" + shown(name) + "'"; }
 
 void NodeReader::refuseType(const toml::node& node, std::string_view name,
                             const std::string& remedy) const {

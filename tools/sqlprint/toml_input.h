@@ -22,8 +22,10 @@ toml::table parseToml(const std::string& file, const std::string& content);
 /// The entries as they stand in the file; a table itself has them by name.
 std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::table& table);
 
-/// A name of the file in single quotes, for a message: control characters, which one in quotes may
-/// hold, do not reach the terminal.
+/// A name of the file for a message: control characters, which one in quotes may hold, do not reach
+/// the terminal.
+std::string shown(std::string_view name);
+/// The same in single quotes.
 std::string quoted(std::string_view name);
 
 /// Typed reads. `name` is what the file calls the value.

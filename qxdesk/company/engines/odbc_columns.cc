@@ -20,6 +20,13 @@ constexpr std::size_t kNumberBytes = 128;
 // The place of a text whose length is not known or great; longer ones are fetched again.
 constexpr std::size_t kCommonUnits = 255;
 
+// A server may tell hundreds of digits.
+std::string shortened(std::string_view digits) {
+  constexpr std::size_t kShown = 40;
+  if (digits.size() <= kShown) return std::string(digits);
+  return std::string(digits.substr(0, kShown)) + "\u2026";
+}
+
 double realOf(std::string_view digits) {
   const bool negative = digits.starts_with('-');
   const std::string_view number = digits.substr(negative ? 1 : 0);
@@ -28,7 +35,7 @@ double realOf(std::string_view digits) {
       return negative ? -*value : *value;
     }
   }
-  throw DatabaseError(Fault::OutOfRange, "not a number of this machine: " + std::string(digits));
+  throw DatabaseError(Fault::OutOfRange, "not a number of this machine: " + shortened(digits));
 }
 
 void setNumber(OdbcCell& cell, std::string_view digits) {

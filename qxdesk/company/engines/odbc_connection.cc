@@ -105,7 +105,12 @@ void OdbcConnection::commit() {
 }
 
 void OdbcConnection::rollback() {
-  if (!lost_) endTransaction(SQL_ROLLBACK);
+  if (lost_) return;
+  try {
+    endTransaction(SQL_ROLLBACK);
+  } catch (const DatabaseError& error) {
+    if (error.fault() != Fault::ConnectionLost) throw;
+  }
 }
 
 void OdbcConnection::endTransaction(short how) {

@@ -25,6 +25,7 @@ class OdbcConnection {
 
   void begin();
   void commit();
+  /// Of what went with the connection, too; later calls tell that it is lost.
   void rollback();
   bool inTransaction() const { return inTransaction_; }
   const std::optional<DatabaseError>& lost() const { return lost_; }

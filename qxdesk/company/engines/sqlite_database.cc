@@ -43,9 +43,11 @@ class SqliteDatabase final : public Database {
  public:
   SqliteDatabase(Connection db, const CompanyEnvironment& environment)
       : wait_{environment.sleep, environment.busyTimeoutMs},
+        limit_(environment.clock, environment.statementTimeoutSeconds),
         db_(std::move(db)),
         catalog_(db_.get()) {
     sqlite3_busy_handler(db_.get(), waitForLock, &wait_);
+    limit_.watch(db_.get());
     asDatabaseErrors([&] {
       sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase});
     });
@@ -55,11 +57,11 @@ class SqliteDatabase final : public Database {
   const EngineTables& tables() const override { return sqliteTables(); }
 
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    return prepareSqlite(db_.get(), sql);
+    return prepareSqlite(db_.get(), limit_, sql);
   }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
     return asDatabaseErrors(
-        [&] { return wrapSqlite(db_.get(), sql::prepareGuarded(db_.get(), sql)); });
+        [&] { return wrapSqlite(db_.get(), limit_, sql::prepareGuarded(db_.get(), sql)); });
   }
   sql::ColumnType probe(std::string_view sql) override {
     return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
@@ -67,7 +69,7 @@ class SqliteDatabase final : public Database {
   const sql::Catalog& catalog() override { return catalog_; }
   // Any statement that runs makes the engine compare its view of the tables with the file.
   void noticeChanges() override {
-    if (!look_) look_ = prepareSqlite(db_.get(), "SELECT 1 FROM sqlite_master LIMIT 1");
+    if (!look_) look_ = prepareSqlite(db_.get(), limit_, "SELECT 1 FROM sqlite_master LIMIT 1");
     look_->step();
     look_->reset();
   }
@@ -89,7 +91,9 @@ class SqliteDatabase final : public Database {
   }
 
  private:
-  BusyWait wait_;  // in front of the connection, which holds a pointer to it
+  // In front of the connection, which holds pointers to them.
+  BusyWait wait_;
+  SqliteTimeLimit limit_;
   Connection db_;
   sql::SqliteCatalog catalog_;
   std::unique_ptr<Statement> look_;

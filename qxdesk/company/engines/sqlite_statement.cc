@@ -32,8 +32,8 @@ std::string_view textOf(sqlite3_value* value) {
 
 class SqliteRows final : public Statement {
  public:
-  SqliteRows(sqlite3* db, sql::SqliteStatement statement)
-      : db_(db), statement_(std::move(statement)) {}
+  SqliteRows(sqlite3* db, SqliteTimeLimit& limit, sql::SqliteStatement statement)
+      : db_(db), limit_(limit), statement_(std::move(statement)) {}
 
   void bind(int parameter, std::int64_t value) override {
     check(sqlite3_bind_int64(statement_.get(), parameter, value));
@@ -48,13 +48,20 @@ class SqliteRows final : public Statement {
   }
   void bindDate(int parameter, std::string_view value) override { bind(parameter, value); }
   bool step() override {
+    if (!deadline_) deadline_ = limit_.deadlineFromNow();
+    limit_.set(*deadline_);
     const int result = sqlite3_step(statement_.get());
+    limit_.lift();
     if (result == SQLITE_ROW) return true;
     if (result == SQLITE_DONE) return false;
+    if (result == SQLITE_INTERRUPT) throw DatabaseError(Fault::Cancelled, limit_.reason());
     fail(db_);
   }
 
-  void reset() override { sqlite3_reset(statement_.get()); }
+  void reset() override {
+    sqlite3_reset(statement_.get());
+    deadline_.reset();
+  }
 
   int columnCount() const override { return sqlite3_column_count(statement_.get()); }
   std::string columnName(int column) const override {
@@ -95,6 +102,8 @@ class SqliteRows final : public Statement {
   }
 
   sqlite3* db_;
+  SqliteTimeLimit& limit_;
+  std::optional<SqliteTimeLimit::TimePoint> deadline_;
   sql::SqliteStatement statement_;
 };
 
@@ -134,16 +143,18 @@ Fault faultOf(int sqliteCode) {
   }
 }
 
-std::unique_ptr<Statement> prepareSqlite(sqlite3* db, std::string_view sql) {
+std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                         std::string_view sql) {
   sqlite3_stmt* raw = nullptr;
   const int result =
       sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
   if (result != SQLITE_OK) fail(db);
-  return wrapSqlite(db, sql::SqliteStatement(raw));
+  return wrapSqlite(db, limit, sql::SqliteStatement(raw));
 }
 
-std::unique_ptr<Statement> wrapSqlite(sqlite3* db, sql::SqliteStatement statement) {
-  return std::make_unique<SqliteRows>(db, std::move(statement));
+std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                      sql::SqliteStatement statement) {
+  return std::make_unique<SqliteRows>(db, limit, std::move(statement));
 }
 
 }  // namespace qx::desk

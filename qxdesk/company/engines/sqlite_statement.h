@@ -3,6 +3,7 @@
 // Statements of the embedded engine, and what its result codes mean.
 
 #include "qxdesk/company/database.h"
+#include "qxdesk/company/engines/sqlite_time_limit.h"
 #include "qxdesk/sql/sqlite_guard.h"
 
 #include <memory>
@@ -13,8 +14,10 @@ struct sqlite3;
 
 namespace qx::desk {
 
-std::unique_ptr<Statement> prepareSqlite(sqlite3* db, std::string_view sql);
-std::unique_ptr<Statement> wrapSqlite(sqlite3* db, sql::SqliteStatement statement);
+/// Both must outlive the statement, which counts the time from its first step on.
+std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit, std::string_view sql);
+std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                      sql::SqliteStatement statement);
 
 /// The fault that an extended result code tells of.
 Fault faultOf(int sqliteCode);
