@@ -140,8 +140,7 @@ void ExpressionEmitter::expression(const Expr& expr) {
       column(expr);
       break;
     case ExprKind::Negate:
-      out_ += '-';
-      nested(1, *expr.args[0], kPrimary);
+      negate(expr);
       break;
     case ExprKind::Plus:
     case ExprKind::Arithmetic:
@@ -171,6 +170,11 @@ void ExpressionEmitter::number(const Expr& expr) {
 }
 
 void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }
+
+void ExpressionEmitter::negate(const Expr& expr) {
+  out_ += '-';
+  nested(1, *expr.args[0], kPrimary);
+}
 
 void ExpressionEmitter::arithmetic(const Expr& expr) {
   binary(expr, expr.text, strengthOf(expr), strengthOf(expr) + 1);

@@ -24,6 +24,7 @@ class PostgresEmitter final : public StatementEmitter {
   void limitWithTies(const Select& select, std::int64_t count,
                      std::optional<std::int64_t> rowLimit) override;
   void date(const Expr& expr) override;
+  void negate(const Expr& expr) override;
   void arithmetic(const Expr& expr) override;
   void like(const Expr& expr) override;
   void textOperand(const Expr& expr, int strength) override;
@@ -33,6 +34,7 @@ class PostgresEmitter final : public StatementEmitter {
   void patternWithSets(const Expr& pattern, const Expr* escape);
   void dateOperand(const Expr& expr, int strength);
   void wholeOperand(const Expr& expr);
+  void position(const Expr& expr);
   void caseCall(std::string_view function, const Expr& expr);
   void now();
   void today();

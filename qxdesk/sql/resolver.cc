@@ -54,8 +54,19 @@ void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
   }
 }
 
-void textToDate(ExprPtr& value) {
-  if (value->type == ColumnType::Text) toDate(value);
+bool takesDate(Function function) {
+  switch (function) {
+    case Function::CompactDate:
+    case Function::IsoDate:
+    case Function::AddTime:
+    case Function::DaysBetween:
+    case Function::Year:
+    case Function::Month:
+    case Function::Day:
+      return true;
+    default:
+      return false;
+  }
 }
 
 ColumnType typeOfFunction(Function function) {
@@ -193,6 +204,7 @@ void Resolver::resolveExpr(Expr& expr) {
       expr.type = columnType(expr);
       break;
     case ExprKind::Negate:
+      requireNumber(expr.args[0], "-");
       expr.type = expr.args[0]->type;
       break;
     case ExprKind::Plus:
@@ -326,12 +338,8 @@ void Resolver::resolveCall(Expr& expr) {
     expr.type = expr.target.type;
     return;
   }
-  const bool takesDate = expr.function == Function::AddTime ||
-                         expr.function == Function::DaysBetween ||
-                         expr.function == Function::Year || expr.function == Function::Month ||
-                         expr.function == Function::Day;
-  if (takesDate) textToDate(expr.args[0]);
-  if (expr.function == Function::DaysBetween) textToDate(expr.args[1]);
+  if (takesDate(expr.function)) requireDate(expr.args[0]);
+  if (expr.function == Function::DaysBetween) requireDate(expr.args[1]);
   resolveNumbers(expr);
   if (expr.function == Function::Avg && traits_.wholeAverage &&
       expr.args[0]->type == ColumnType::Integer) {
@@ -359,8 +367,12 @@ void Resolver::resolveNumbers(Expr& expr) {
       }
       throw SqlError("ROUND takes a whole number of digits, 0 or more", expr.args[1]->at);
     case Function::AddTime:
-      if (expr.args[1]->kind == ExprKind::Text) return requireNumber(expr.args[1], "a date");
-      if (expr.args[1]->type == ColumnType::Text) castTo(ColumnType::Integer, expr.args[1]);
+      if (expr.args[1]->type == ColumnType::Text && expr.args[1]->kind != ExprKind::Text) {
+        return castTo(ColumnType::Integer, expr.args[1]);
+      }
+      return requireNumber(expr.args[1], "a date");
+    case Function::Substring:
+      for (std::size_t i = 1; i < expr.args.size(); ++i) requireNumber(expr.args[i], "SUBSTRING");
       return;
     default:
       return;
@@ -376,9 +388,7 @@ void Resolver::resolveCompare(Expr& expr) {
   for (ExprPtr& arg : expr.args) values.push_back(&arg);
   const bool equal = expr.kind == ExprKind::In || expr.text == "=" || expr.text == "<>";
   bringTogether(values, equal ? Meeting::Equal : Meeting::Ordered);
-  if (!expr.select) return;
-  const SelectItem& item = expr.select->cores.front().items.front();
-  if (item.value) checkAlike(*expr.args[0], item.value->type);
+  if (expr.select) bringToRows(expr.args[0], *expr.select);
 }
 
 // ---- columns
