@@ -199,6 +199,10 @@ bool isLiteral(const Expr& expr) {
   }
 }
 
+void typeNull(Expr& value, ColumnType type) {
+  if (value.kind == ExprKind::Null && value.type == ColumnType::Unknown) value.type = type;
+}
+
 void castTo(ColumnType type, ExprPtr& value) {
   value = makeCall(Function::Cast, std::move(value));
   value->target.type = type;
@@ -255,6 +259,7 @@ void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
 }
 
 void requireNumber(ExprPtr& value, std::string_view what) {
+  typeNull(*value, ColumnType::Decimal);
   if (value->type == ColumnType::Date) {
     throw SqlError(std::string(what) + " takes numbers, not dates", value->at);
   }

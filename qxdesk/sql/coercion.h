@@ -15,6 +15,9 @@ bool isLiteral(const Expr& expr);
 // True for digits with a sign, a point and an exponent as may be, and blanks around them.
 bool spellsNumber(std::string_view text);
 
+// NULL, which has no type by itself, takes the place of a value of this one.
+void typeNull(Expr& value, ColumnType type);
+
 void castTo(ColumnType type, ExprPtr& value);
 
 // A text becomes a date; a literal of the stored form. Raises SqlError for a literal that is none.

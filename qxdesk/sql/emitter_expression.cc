@@ -134,7 +134,7 @@ void ExpressionEmitter::expression(const Expr& expr) {
       date(expr);
       break;
     case ExprKind::Null:
-      out_ += "NULL";
+      null(expr);
       break;
     case ExprKind::Column:
       column(expr);
@@ -170,6 +170,8 @@ void ExpressionEmitter::number(const Expr& expr) {
 }
 
 void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }
+
+void ExpressionEmitter::null(const Expr& /*expr*/) { out_ += "NULL"; }
 
 void ExpressionEmitter::negate(const Expr& expr) {
   out_ += '-';

@@ -11,6 +11,11 @@ constexpr std::string_view kNoDate =
     R"(, '^(?! *\d{4}(-\d\d-\d\d|\d{4})([ T]([01]\d|2[0-3]):[0-5]\d(:[0-5]\d(\.\d*)?)?)? *$)', )"
     R"('not a date: ')";
 
+// The same for numbers, beside which the engine accepts words such as 'NaN', and tabs around them.
+constexpr std::string_view kNoNumber =
+    R"(, '^(?! *[+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)? *$)', 'not a number: ') )"
+    "AS numeric)";
+
 // The engine would round a fraction of a second, which may be another day.
 constexpr std::string_view kNoFraction = R"(, '(:\d\d)\.\d* *$', '\1')";
 
@@ -78,6 +83,26 @@ void PostgresEmitter::limitWithTies(const Select& select, std::int64_t count,
 void PostgresEmitter::date(const Expr& expr) {
   out_ += "timestamp ";
   quoted(expr.text, '\'');
+}
+
+// Where values of a type stand for it, NULL without one would be a text.
+void PostgresEmitter::null(const Expr& expr) {
+  switch (expr.type) {
+    case ColumnType::Text:
+      out_ += "CAST(NULL AS text)";
+      return;
+    case ColumnType::Integer:
+      out_ += "CAST(NULL AS bigint)";
+      return;
+    case ColumnType::Decimal:
+      out_ += "CAST(NULL AS numeric)";
+      return;
+    case ColumnType::Date:
+      out_ += "CAST(NULL AS timestamp)";
+      return;
+    default:
+      StatementEmitter::null(expr);
+  }
 }
 
 void PostgresEmitter::negate(const Expr& expr) {
@@ -359,10 +384,18 @@ void PostgresEmitter::cast(const Expr& expr) {
     case ColumnType::Integer:
       return castToWhole(argument);
     default:
-      if (!expr.target.size) return wrapped("CAST(", argument, " AS numeric)");
-      return wrapped("round(CAST(", argument,
-                     " AS numeric), " + std::to_string(*expr.target.size) + ")");
+      if (!expr.target.size) return asNumeric(argument);
+      const Open open(*this, kCallSymbols);
+      out_ += "round(";
+      asNumeric(argument);
+      out_ += ", " + std::to_string(*expr.target.size) + ")";
   }
+}
+
+void PostgresEmitter::asNumeric(const Expr& argument) {
+  const bool checked = argument.type == ColumnType::Text && argument.kind != ExprKind::Text;
+  if (!checked) return wrapped("CAST(", argument, " AS numeric)");
+  wrapped("CAST(regexp_replace(", argument, kNoNumber);
 }
 
 void PostgresEmitter::castToText(const Expr& argument, std::optional<int> size) {
@@ -375,7 +408,10 @@ void PostgresEmitter::castToText(const Expr& argument, std::optional<int> size) 
 // The engine would round.
 void PostgresEmitter::castToWhole(const Expr& argument) {
   if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS bigint)");
-  wrapped("CAST(trunc(CAST(", argument, " AS numeric)) AS bigint)");
+  const Open open(*this, 2 * kCallSymbols);
+  out_ += "CAST(trunc(";
+  asNumeric(argument);
+  out_ += ") AS bigint)";
 }
 
 }  // namespace qx::sql

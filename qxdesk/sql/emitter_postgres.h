@@ -24,6 +24,7 @@ class PostgresEmitter final : public StatementEmitter {
   void limitWithTies(const Select& select, std::int64_t count,
                      std::optional<std::int64_t> rowLimit) override;
   void date(const Expr& expr) override;
+  void null(const Expr& expr) override;
   void negate(const Expr& expr) override;
   void arithmetic(const Expr& expr) override;
   void like(const Expr& expr) override;
@@ -46,6 +47,7 @@ class PostgresEmitter final : public StatementEmitter {
   void cast(const Expr& expr);
   void castToText(const Expr& argument, std::optional<int> size);
   void castToWhole(const Expr& argument);
+  void asNumeric(const Expr& argument);
   void substring(const Expr& expr);
   void round(const Expr& expr);
   const std::string& told();

@@ -138,6 +138,84 @@ TEST_P(ExecutionTypeNeeded, ByAPartOfATextIsAWholePosition) {
             "abc|");
 }
 
+TEST_P(ExecutionTypeNeeded, IsNotToldByAStar) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const std::string star =
+      "* does not tell the types that are needed here; name the columns (line "
+      "1, column ";
+  EXPECT_EQ(answer(database, "INSERT INTO [@L] (Code, U_T, U_Text) SELECT * FROM [@L]"),
+            star + "45)");
+  EXPECT_EQ(answer(database, "INSERT INTO [@L] (Code, U_T) SELECT '9', T0.* FROM [@L] T0"),
+            star + "42)");
+  EXPECT_EQ(answer(database, "SELECT Code FROM [@T] UNION SELECT * FROM [@L]"), star + "36)");
+  EXPECT_EQ(answer(database, "SELECT 1 FROM [@T] WHERE Code IN (SELECT * FROM [@L])"),
+            star + "42)");
+  EXPECT_EQ(answer(database, "SELECT 1 FROM [@T] WHERE U_Date = (SELECT T0.* FROM [@L] T0)"),
+            star + "43)");
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM (SELECT * FROM [@T]) D WHERE EXISTS (SELECT * FROM "
+                         "[@L])"),
+            "5");
+}
+
+TEST_P(ExecutionTypeNeeded, ByACastToANumberIsItsSpelling) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const auto castOf = [&](const std::string& text) {
+    database.run("UPDATE [@L] SET U_Text = " + test::literal(text));
+    const std::string stored = answer(database,
+                                      "SELECT CAST(U_Text AS float), CAST(U_Text AS "
+                                      "decimal(9,1)), CAST(U_Text AS int) FROM [@L] "
+                                      "WHERE Code = '1'");
+    const std::string written =
+        answer(database, "SELECT CAST(" + test::literal(text) + " AS float)");
+    EXPECT_EQ(stored == "refused by the engine", written.starts_with("not a number: '")) << text;
+    return stored;
+  };
+  EXPECT_EQ(castOf(" 12.25 "), "12.25|12.3|12");
+  EXPECT_EQ(castOf("-.5e1"), "-5|-5|-5");
+  EXPECT_EQ(castOf("+3."), "3|3|3");
+  for (const char* text :
+       {"NaN", "inf", "-Infinity", "\t5", "5\n", "", " ", ".", "1e", "--1", "1 2", "0x10", "1_0"}) {
+    EXPECT_EQ(castOf(text), "refused by the engine") << text;
+  }
+  EXPECT_EQ(answer(database, "SELECT CAST('NaN' AS float)"),
+            "not a number: 'NaN' (line 1, column 13)");
+}
+
+// ---- NULL, which is of the type of what it stands for
+
+TEST_P(ExecutionTypeOf, NullIsThatOfTheOtherParts) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT NULL UNION SELECT NULL UNION SELECT 1 ORDER BY 1"), "NULL/1");
+  EXPECT_EQ(database.run("SELECT NULL, NULL, NULL UNION ALL SELECT NULL, NULL, U_Date FROM [@T] "
+                         "WHERE Code = '1' UNION ALL SELECT 'x', 2.5, NULL ORDER BY 1, 3"),
+            "NULL|NULL|NULL/NULL|NULL|2024-01-31 00:00:00/x|2.5|NULL");
+  EXPECT_EQ(database.translate("SELECT NULL UNION SELECT 1").columns[0].type, ColumnType::Integer);
+}
+
+TEST_P(ExecutionTypeOf, NullIsThatOfItsColumn) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  database.run(
+      "INSERT INTO [@T] (Code, U_A, U_B, U_Price, U_Date) SELECT '7', NULL, NULL, NULL, "
+      "NULL UNION ALL SELECT '8', NULL, NULL, NULL, NULL");
+  EXPECT_EQ(database.run("SELECT Code, U_A, U_B, U_Price, U_Date FROM [@T] WHERE Code > '5' ORDER "
+                         "BY Code"),
+            "7|NULL|NULL|NULL|NULL/8|NULL|NULL|NULL|NULL");
+}
+
+TEST_P(ExecutionTypeOf, NullIsANumberWhereOneIsNeeded) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT SUM(NULL), AVG(NULL) FROM [@T]"), "NULL|NULL");
+  EXPECT_EQ(database.run("SELECT ABS(NULL), -NULL, NULL * NULL, NULL - 1, 1 + NULL, NULL / 2, "
+                         "ROUND(NULL, 2), DATEADD(day, NULL, U_Date) FROM [@T] WHERE Code = '1'"),
+            "NULL|NULL|NULL|NULL|NULL|NULL|NULL|NULL");
+  const std::vector<OutputColumn> columns =
+      database.translate("SELECT NULL + 1, 1.5 * NULL, ABS(NULL), SUM(NULL)").columns;
+  EXPECT_EQ(columns[0].type, ColumnType::Integer);
+  EXPECT_EQ(columns[1].type, ColumnType::Decimal);
+  EXPECT_EQ(columns[2].type, ColumnType::Decimal);
+  EXPECT_EQ(columns[3].type, ColumnType::Decimal);
+}
+
 // ---- the ends of ranges
 
 TEST_P(ExecutionTypeRange, OfANegatedWholeNumberIsThatOf64Bits) {

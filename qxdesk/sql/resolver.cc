@@ -70,6 +70,16 @@ bool isNamed(const SelectItem& item, std::string_view name) {
   throw SqlError("there is no column " + std::string(column) + " in " + std::string(table), at);
 }
 
+// NULL beside a number is one; so is NULL beside NULL where nothing but numbers can stand.
+void typeNullsOf(Expr& arithmetic) {
+  Expr& left = *arithmetic.args[0];
+  Expr& right = *arithmetic.args[1];
+  const bool nulls = left.kind == ExprKind::Null && right.kind == ExprKind::Null;
+  if (nulls && (arithmetic.text == "*" || arithmetic.text == "-")) left.type = ColumnType::Integer;
+  if (isNumber(right.type)) typeNull(left, right.type);
+  if (isNumber(left.type)) typeNull(right, left.type);
+}
+
 bool takesDate(Function function) {
   switch (function) {
     case Function::CompactDate:
@@ -149,15 +159,23 @@ void Resolver::resolveSelect(Select& select) {
 }
 
 // The values that the parts of a UNION yield for one column, up to the first * of each.
-void Resolver::bringPartsTogether(Select& select) {
+void Resolver::bringPartsTogether(Select& select) const {
   for (std::size_t i = 0;; ++i) {
     std::vector<ExprPtr*> values;
     for (SelectCore& core : select.cores) {
-      if (i >= core.items.size() || !core.items[i].value) return;
+      if (i >= core.items.size()) return;
+      if (!core.items[i].value) return refuseStar(core.items[i]);
       values.push_back(&core.items[i].value);
     }
     bringTogether(values, Meeting::Choice);
+    for (ExprPtr* value : values) typeNull(**value, unitedType(select, i));
   }
+}
+
+// A * where types are needed, which it does not tell. Without a catalog nothing does.
+void Resolver::refuseStar(const SelectItem& item) const {
+  if (item.value || catalog_ == nullptr) return;
+  throw SqlError("* does not tell the types that are needed here; name the columns", item.at);
 }
 
 void Resolver::resolveKeys(const std::vector<Expr*>& keys, const SelectCore& core) {
@@ -209,8 +227,11 @@ void Resolver::resolveInsert(Statement& statement) {
 void Resolver::coerceSelectItems(const Statement& statement) {
   for (SelectCore& core : statement.select->cores) {
     const std::size_t count = std::min(core.items.size(), statement.columns.size());
-    for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
-      assignTo(statement.table, statement.columns[i].name, core.items[i].value);
+    for (std::size_t i = 0; i < count; ++i) {
+      SelectItem& item = core.items[i];
+      if (!item.value) return refuseStar(item);
+      assignTo(statement.table, statement.columns[i].name, item.value);
+      typeNull(*item.value, findInTable(statement.table, statement.columns[i].name).type);
     }
   }
 }
@@ -265,6 +286,7 @@ void Resolver::resolveExpr(Expr& expr) {
       break;
     case ExprKind::Subquery: {
       const SelectItem& item = expr.select->cores.front().items.front();
+      refuseStar(item);
       if (item.value) expr.type = unitedType(*expr.select, 0);
       break;
     }
@@ -298,6 +320,7 @@ void Resolver::resolveArithmetic(Expr& expr) {
       if (arg->type == ColumnType::Text) requireNumber(arg, expr.text);
     }
   }
+  typeNullsOf(expr);
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
   const bool days = expr.text == "+" || expr.text == "-";
@@ -374,14 +397,7 @@ void Resolver::resolveCall(Expr& expr) {
     expr.type = choiceType(choices);
     return;
   }
-  if (expr.function == Function::Cast) {
-    const bool number = expr.target.type != ColumnType::Text;
-    if (number && expr.args[0]->type == ColumnType::Date) {
-      throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
-    }
-    expr.type = expr.target.type;
-    return;
-  }
+  if (expr.function == Function::Cast) return resolveCast(expr);
   if (takesDate(expr.function)) requireDate(expr.args[0]);
   if (expr.function == Function::DaysBetween) requireDate(expr.args[1]);
   resolveNumbers(expr);
@@ -393,6 +409,18 @@ void Resolver::resolveCall(Expr& expr) {
   }
   expr.type = typeOfFunction(expr.function);
   if (expr.type == ColumnType::Unknown && !expr.args.empty()) expr.type = expr.args[0]->type;
+}
+
+void Resolver::resolveCast(Expr& expr) {
+  const Expr& value = *expr.args[0];
+  expr.type = expr.target.type;
+  if (expr.target.type == ColumnType::Text) return;
+  if (value.type == ColumnType::Date) {
+    throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
+  }
+  if (value.kind == ExprKind::Text && !spellsNumber(value.text)) {
+    throw SqlError("not a number: '" + value.text + "'", value.at);
+  }
 }
 
 // The arguments that have to be numbers.
@@ -432,7 +460,9 @@ void Resolver::resolveCompare(Expr& expr) {
   for (ExprPtr& arg : expr.args) values.push_back(&arg);
   const bool equal = expr.kind == ExprKind::In || expr.text == "=" || expr.text == "<>";
   bringTogether(values, equal ? Meeting::Equal : Meeting::Ordered);
-  if (expr.select) bringToRows(expr.args[0], *expr.select);
+  if (!expr.select) return;
+  refuseStar(expr.select->cores.front().items.front());
+  bringToRows(expr.args[0], *expr.select);
 }
 
 // ---- columns

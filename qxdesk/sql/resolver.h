@@ -26,11 +26,13 @@ class Resolver {
  private:
   void resolveSelect(Select& select);
   void resolveCore(SelectCore& core);
-  static void bringPartsTogether(Select& select);
+  void bringPartsTogether(Select& select) const;
+  void refuseStar(const SelectItem& item) const;
   void resolveExpr(Expr& expr);
   void resolvePlus(Expr& expr);
   void resolveArithmetic(Expr& expr);
   void resolveDivision(Expr& expr);
+  void resolveCast(Expr& expr);
   void resolveCase(Expr& expr);
   void resolveCall(Expr& expr);
   void resolveNumbers(Expr& expr);
