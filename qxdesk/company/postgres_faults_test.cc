@@ -30,7 +30,7 @@ class PostgresFaultsTest : public CompanyTest {
 TEST_P(PostgresFaultsTest, ATextThatIsNoNumber) {
   EXPECT_EQ(failureOf(u"SELECT CAST(ItemText AS int) FROM HVITEM WHERE ItemNo = 'A1000'"),
             u"A text is not the number or the date that its place needs (invalid input syntax for "
-            u"type numeric: \"Hammer\"). Correct the value.");
+            u"type numeric: \"not a number: Hammer\"). Correct the value.");
 }
 
 TEST_P(PostgresFaultsTest, AStatementThatIsStopped) {

@@ -69,14 +69,15 @@ struct Expr {
   bool star = false;        // COUNT(*)
   bool hasOperand = false;  // CASE x WHEN
   bool hasElse = false;
-  int height = 1;  // of the tree below, this node included
-  ColumnType type = ColumnType::Unknown;
+  int height = 1;                         // of the tree below, this node included
+  ColumnType type = ColumnType::Unknown;  // of NULL: of what it stands for, where that counts
 };
 
 struct SelectItem {
   ExprPtr value;              // null for * and x.*
   std::string starQualifier;  // x of x.*; empty for *
   std::optional<std::string> alias;
+  Position at;
 };
 
 enum class JoinKind { First, Comma, Inner, Left, Right, Full, Cross };

@@ -1,6 +1,7 @@
 #include "qxdesk/sql/coercion.h"
 
 #include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/output_columns.h"
 
 #include <algorithm>
 #include <string>
@@ -160,6 +161,14 @@ void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
   if (cut || value->type == ColumnType::Text) castTo(type, value);
 }
 
+// The only column of a subquery. A * tells no type, and so is none that is a text.
+void rowsToDates(Select& rows) {
+  for (SelectCore& core : rows.cores) {
+    ExprPtr& value = core.items.front().value;
+    if (value && value->type == ColumnType::Text) toDate(value);
+  }
+}
+
 void assignToText(ExprPtr& value) {
   if (!isNumber(value->type)) return;
   if (isSpelled(*value)) {
@@ -188,6 +197,10 @@ bool isLiteral(const Expr& expr) {
     default:
       return false;
   }
+}
+
+void typeNull(Expr& value, ColumnType type) {
+  if (value.kind == ExprKind::Null && value.type == ColumnType::Unknown) value.type = type;
 }
 
 void castTo(ColumnType type, ExprPtr& value) {
@@ -225,13 +238,18 @@ void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting) {
   }
 }
 
-void checkAlike(const Expr& value, ColumnType other) {
-  const bool numberMeets = isNumber(value.type) != isNumber(other);
-  if (!numberMeets || value.type == ColumnType::Unknown || other == ColumnType::Unknown) return;
-  const ColumnType kind = isNumber(value.type) ? other : value.type;
-  throw SqlError(std::string("a number meets a ") + (kind == ColumnType::Date ? "date" : "text") +
-                     " here; CAST one of them",
-                 value.at);
+void bringToRows(ExprPtr& value, Select& rows) {
+  if (!rows.cores.front().items.front().value) return;
+  const ColumnType other = unitedType(rows, 0);
+  if (value->type == ColumnType::Unknown || other == ColumnType::Unknown) return;
+  if (isNumber(value->type) != isNumber(other)) {
+    const ColumnType kind = isNumber(value->type) ? other : value->type;
+    throw SqlError(std::string("a number meets a ") + (kind == ColumnType::Date ? "date" : "text") +
+                       " here; CAST one of them",
+                   value->at);
+  }
+  if (value->type == ColumnType::Text && other == ColumnType::Date) toDate(value);
+  if (value->type == ColumnType::Date && other == ColumnType::Text) rowsToDates(rows);
 }
 
 void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
@@ -241,12 +259,20 @@ void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
 }
 
 void requireNumber(ExprPtr& value, std::string_view what) {
+  typeNull(*value, ColumnType::Decimal);
   if (value->type == ColumnType::Date) {
     throw SqlError(std::string(what) + " takes numbers, not dates", value->at);
   }
   if (value->type != ColumnType::Text) return;
   if (value->kind == ExprKind::Text) return toNumber(value);
   throw SqlError(std::string(what) + " takes numbers; CAST the text to one", value->at);
+}
+
+void requireDate(ExprPtr& value) {
+  if (isNumber(value->type)) {
+    throw SqlError("a date is expected here, not a number", value->at);
+  }
+  if (value->type == ColumnType::Text) toDate(value);
 }
 
 }  // namespace qx::sql

@@ -15,6 +15,9 @@ bool isLiteral(const Expr& expr);
 // True for digits with a sign, a point and an exponent as may be, and blanks around them.
 bool spellsNumber(std::string_view text);
 
+// NULL, which has no type by itself, takes the place of a value of this one.
+void typeNull(Expr& value, ColumnType type);
+
 void castTo(ColumnType type, ExprPtr& value);
 
 // A text becomes a date; a literal of the stored form. Raises SqlError for a literal that is none.
@@ -28,8 +31,9 @@ enum class Meeting { Equal, Ordered, Choice };
 // for texts that do not read so, and for values of both kinds that are no literals.
 void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting);
 
-// Raises SqlError when a value that is tested against a subquery is of another kind than that.
-void checkAlike(const Expr& value, ColumnType other);
+// Dates and texts become dates where a value is tested against the rows of a subquery. Raises
+// SqlError when the two are of different kinds.
+void bringToRows(ExprPtr& value, Select& rows);
 
 // Makes the value one that `column`, which is of this type, takes. Raises SqlError for a literal
 // that it does not take.
@@ -37,5 +41,8 @@ void assignTo(std::string_view column, ColumnType type, ExprPtr& value);
 
 // A literal text becomes a number; any other text is refused, since `what` takes numbers.
 void requireNumber(ExprPtr& value, std::string_view what);
+
+// A text becomes a date. Raises SqlError for a number and for a literal that is no date.
+void requireDate(ExprPtr& value);
 
 }  // namespace qx::sql

@@ -159,4 +159,9 @@ bool sameName(std::string_view a, std::string_view b) {
                     [](char x, char y) { return upperAscii(x) == upperAscii(y); });
 }
 
+bool NameLess::operator()(std::string_view a, std::string_view b) const {
+  return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                      [](char x, char y) { return upperAscii(x) < upperAscii(y); });
+}
+
 }  // namespace qx::sql

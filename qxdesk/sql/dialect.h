@@ -85,6 +85,12 @@ bool isFunctionOfAnyDialect(std::string_view name);
 // Equality of names and keywords: case-insensitive for ASCII letters, as the database has it.
 bool sameName(std::string_view a, std::string_view b);
 
+// An order of names in which those are equal that sameName() takes for the same.
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const;
+};
+
 // The letter in lower case, as names are folded; any other character as it is.
 constexpr char lowerAscii(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

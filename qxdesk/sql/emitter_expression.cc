@@ -134,14 +134,13 @@ void ExpressionEmitter::expression(const Expr& expr) {
       date(expr);
       break;
     case ExprKind::Null:
-      out_ += "NULL";
+      null(expr);
       break;
     case ExprKind::Column:
       column(expr);
       break;
     case ExprKind::Negate:
-      out_ += '-';
-      nested(1, *expr.args[0], kPrimary);
+      negate(expr);
       break;
     case ExprKind::Plus:
     case ExprKind::Arithmetic:
@@ -171,6 +170,13 @@ void ExpressionEmitter::number(const Expr& expr) {
 }
 
 void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }
+
+void ExpressionEmitter::null(const Expr& /*expr*/) { out_ += "NULL"; }
+
+void ExpressionEmitter::negate(const Expr& expr) {
+  out_ += '-';
+  nested(1, *expr.args[0], kPrimary);
+}
 
 void ExpressionEmitter::arithmetic(const Expr& expr) {
   binary(expr, expr.text, strengthOf(expr), strengthOf(expr) + 1);

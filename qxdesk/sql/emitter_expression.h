@@ -47,6 +47,8 @@ class ExpressionEmitter {
   // Raises SqlError for one beyond the largest double.
   virtual void number(const Expr& expr);
   virtual void date(const Expr& expr);
+  virtual void null(const Expr& expr);
+  virtual void negate(const Expr& expr);
   virtual void arithmetic(const Expr& expr);
   virtual void like(const Expr& expr) = 0;
   // A value of any type where a text is meant. Engines differ in how they spell decimals, if they

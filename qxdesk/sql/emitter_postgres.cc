@@ -11,6 +11,14 @@ constexpr std::string_view kNoDate =
     R"(, '^(?! *\d{4}(-\d\d-\d\d|\d{4})([ T]([01]\d|2[0-3]):[0-5]\d(:[0-5]\d(\.\d*)?)?)? *$)', )"
     R"('not a date: ')";
 
+// The same for numbers, beside which the engine accepts words such as 'NaN', and tabs around them.
+constexpr std::string_view kNoNumber =
+    R"(, '^(?! *[+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)? *$)', 'not a number: ') )"
+    "AS numeric)";
+
+// The engine would round a fraction of a second, which may be another day.
+constexpr std::string_view kNoFraction = R"(, '(:\d\d)\.\d* *$', '\1')";
+
 // The engine's dates end in the year 294276 and begin on the first Julian day, where it fails. A
 // date on its way there and back fails with years beyond 9999 or before 1, and comes back unchanged
 // otherwise.
@@ -38,6 +46,7 @@ std::string_view unitText(TimeUnit unit) {
 // Sums and products of whole numbers are 64 bits wide in either engine; so is what is made of them.
 bool isWide(const Expr& expr) {
   if (expr.kind == ExprKind::Arithmetic) return expr.text != "/" && expr.text != "%";
+  if (expr.kind == ExprKind::Negate) return expr.args[0]->kind != ExprKind::Number;
   return expr.kind == ExprKind::Call &&
          (expr.function == Function::Count || expr.function == Function::AvgWhole ||
           expr.function == Function::Cast || expr.function == Function::Sum);
@@ -74,6 +83,35 @@ void PostgresEmitter::limitWithTies(const Select& select, std::int64_t count,
 void PostgresEmitter::date(const Expr& expr) {
   out_ += "timestamp ";
   quoted(expr.text, '\'');
+}
+
+// Where values of a type stand for it, NULL without one would be a text.
+void PostgresEmitter::null(const Expr& expr) {
+  switch (expr.type) {
+    case ColumnType::Text:
+      out_ += "CAST(NULL AS text)";
+      return;
+    case ColumnType::Integer:
+      out_ += "CAST(NULL AS bigint)";
+      return;
+    case ColumnType::Decimal:
+      out_ += "CAST(NULL AS numeric)";
+      return;
+    case ColumnType::Date:
+      out_ += "CAST(NULL AS timestamp)";
+      return;
+    default:
+      StatementEmitter::null(expr);
+  }
+}
+
+void PostgresEmitter::negate(const Expr& expr) {
+  const Expr& value = *expr.args[0];
+  const bool fits = value.kind == ExprKind::Number || (isWide(value) && !isLong(value));
+  if (expr.type != ColumnType::Integer || fits) return StatementEmitter::negate(expr);
+  out_ += '-';
+  const Open open(*this, 1);
+  wrapped("CAST(", value, " AS bigint)");
 }
 
 // Division by zero yields NULL, as in the other engine.
@@ -230,12 +268,21 @@ void PostgresEmitter::substring(const Expr& expr) {
   textOperand(*expr.args[0], 0);
   for (std::size_t i = 1; i < expr.args.size(); ++i) {
     out_ += ", ";
-    wholeOperand(*expr.args[i]);
+    position(*expr.args[i]);
   }
   out_ += ')';
 }
 
+// Cut to a whole number and to what the engine takes, far beyond any text. Half a one stands for
+// NULL on its way, which the functions that choose the lower and the higher value pass over.
+void PostgresEmitter::position(const Expr& expr) {
+  if (isShortWhole(expr)) return expression(expr);
+  wrapped("CAST(NULLIF(least(greatest(coalesce(trunc(CAST(", expr,
+          " AS numeric)), 0.5), -1000000000), 1000000000), 0.5) AS integer)");
+}
+
 void PostgresEmitter::round(const Expr& expr) {
+  if (expr.type == ColumnType::Integer) return operand(*expr.args[0], kPrimary);
   wrapped("round(CAST(", *expr.args[0], " AS numeric), ");
   const Open open(*this, kCallSymbols);
   wholeOperand(*expr.args[1]);
@@ -269,15 +316,17 @@ void PostgresEmitter::today() {
 
 void PostgresEmitter::toDate(const Expr& argument) {
   if (argument.type == ColumnType::Date) return dateOperand(argument, kPrimary);
-  const Open open(*this, 2 * kCallSymbols);
-  out_ += "date_trunc('second', CAST(regexp_replace(";
+  const Open open(*this, 3 * kCallSymbols);
+  out_ += "CAST(regexp_replace(regexp_replace(";
   if (argument.type == ColumnType::Unknown) {
     wrapped("CAST(", argument, " AS text)");
   } else {
     textOperand(argument, 0);
   }
   out_ += kNoDate;
-  out_ += ") AS timestamp))";
+  out_ += ')';
+  out_ += kNoFraction;
+  out_ += ") AS timestamp)";
 }
 
 void PostgresEmitter::formatted(const Expr& argument, std::string_view format) {
@@ -335,10 +384,18 @@ void PostgresEmitter::cast(const Expr& expr) {
     case ColumnType::Integer:
       return castToWhole(argument);
     default:
-      if (!expr.target.size) return wrapped("CAST(", argument, " AS numeric)");
-      return wrapped("round(CAST(", argument,
-                     " AS numeric), " + std::to_string(*expr.target.size) + ")");
+      if (!expr.target.size) return asNumeric(argument);
+      const Open open(*this, kCallSymbols);
+      out_ += "round(";
+      asNumeric(argument);
+      out_ += ", " + std::to_string(*expr.target.size) + ")";
   }
+}
+
+void PostgresEmitter::asNumeric(const Expr& argument) {
+  const bool checked = argument.type == ColumnType::Text && argument.kind != ExprKind::Text;
+  if (!checked) return wrapped("CAST(", argument, " AS numeric)");
+  wrapped("CAST(regexp_replace(", argument, kNoNumber);
 }
 
 void PostgresEmitter::castToText(const Expr& argument, std::optional<int> size) {
@@ -351,7 +408,10 @@ void PostgresEmitter::castToText(const Expr& argument, std::optional<int> size) 
 // The engine would round.
 void PostgresEmitter::castToWhole(const Expr& argument) {
   if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS bigint)");
-  wrapped("CAST(trunc(CAST(", argument, " AS numeric)) AS bigint)");
+  const Open open(*this, 2 * kCallSymbols);
+  out_ += "CAST(trunc(";
+  asNumeric(argument);
+  out_ += ") AS bigint)";
 }
 
 }  // namespace qx::sql

@@ -24,6 +24,8 @@ class PostgresEmitter final : public StatementEmitter {
   void limitWithTies(const Select& select, std::int64_t count,
                      std::optional<std::int64_t> rowLimit) override;
   void date(const Expr& expr) override;
+  void null(const Expr& expr) override;
+  void negate(const Expr& expr) override;
   void arithmetic(const Expr& expr) override;
   void like(const Expr& expr) override;
   void textOperand(const Expr& expr, int strength) override;
@@ -33,6 +35,7 @@ class PostgresEmitter final : public StatementEmitter {
   void patternWithSets(const Expr& pattern, const Expr* escape);
   void dateOperand(const Expr& expr, int strength);
   void wholeOperand(const Expr& expr);
+  void position(const Expr& expr);
   void caseCall(std::string_view function, const Expr& expr);
   void now();
   void today();
@@ -44,6 +47,7 @@ class PostgresEmitter final : public StatementEmitter {
   void cast(const Expr& expr);
   void castToText(const Expr& argument, std::optional<int> size);
   void castToWhole(const Expr& argument);
+  void asNumeric(const Expr& argument);
   void substring(const Expr& expr);
   void round(const Expr& expr);
   const std::string& told();

@@ -25,8 +25,11 @@ std::string_view secondsText(TimeUnit unit) {
 // Open before the first argument of a function: its name, "(", DISTINCT.
 constexpr int kFirstArgumentSymbols = 3;
 
+// A sign before a number is a part of it.
 bool isWholeArithmetic(const Expr& expr) {
-  return expr.kind == ExprKind::Arithmetic && expr.type == ColumnType::Integer;
+  if (expr.type != ColumnType::Integer) return false;
+  return expr.kind == ExprKind::Arithmetic ||
+         (expr.kind == ExprKind::Negate && expr.args[0]->kind != ExprKind::Number);
 }
 
 }  // namespace
@@ -59,10 +62,19 @@ void SqliteEmitter::number(const Expr& expr) {
   if (!exact) out_ += "')";
 }
 
-// A result that 64 bits do not hold becomes a decimal in SQLite, and so does what is made of it:
-// one look at the last result tells.
+void SqliteEmitter::negate(const Expr& expr) {
+  if (!isWholeArithmetic(expr)) return StatementEmitter::negate(expr);
+  checked(expr);
+}
+
 void SqliteEmitter::arithmetic(const Expr& expr) {
   if (!isWholeArithmetic(expr)) return StatementEmitter::arithmetic(expr);
+  checked(expr);
+}
+
+// A result that 64 bits do not hold becomes a decimal in SQLite, and so does what is made of it:
+// one look at the last result tells.
+void SqliteEmitter::checked(const Expr& expr) {
   const Open open(*this, kFirstArgumentSymbols);
   out_ += "qx_whole(";
   unchecked(expr);
@@ -70,6 +82,11 @@ void SqliteEmitter::arithmetic(const Expr& expr) {
 }
 
 void SqliteEmitter::unchecked(const Expr& expr) {
+  if (expr.kind == ExprKind::Negate) {
+    out_ += '-';
+    const Open open(*this, 1);
+    return uncheckedOperand(*expr.args[0], kPrimary);
+  }
   const int strength = strengthOf(expr);
   uncheckedOperand(*expr.args[0], strength);
   out_ += ' ' + expr.text + ' ';
@@ -118,6 +135,11 @@ void SqliteEmitter::call(const Expr& expr) {
       return datePart(expr, "%d");
     case Function::Cast:
       return cast(expr);
+    case Function::Sum:
+      return sum(expr);
+    case Function::Abs:
+      if (expr.type != ColumnType::Integer) return StatementEmitter::call(expr);
+      return plainCall("qx_abs", expr);
     case Function::AvgWhole:
       return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
     case Function::Round:
@@ -130,6 +152,19 @@ void SqliteEmitter::call(const Expr& expr) {
       return textCall("qx_upper", expr);
     case Function::Lower:
       return textCall("qx_lower", expr);
+    default:
+      return StatementEmitter::call(expr);
+  }
+}
+
+// SQLite by itself adds decimals that it keeps as whole numbers within 64 bits, and fails on more
+// without telling why.
+void SqliteEmitter::sum(const Expr& expr) {
+  switch (expr.type) {
+    case ColumnType::Integer:
+      return plainCall("qx_sum", expr);
+    case ColumnType::Decimal:
+      return wrapped("sum(CAST(", *expr.args[0], " AS REAL))");
     default:
       return StatementEmitter::call(expr);
   }

@@ -13,12 +13,15 @@ class SqliteEmitter final : public StatementEmitter {
 
  private:
   void number(const Expr& expr) override;
+  void negate(const Expr& expr) override;
   void arithmetic(const Expr& expr) override;
   void like(const Expr& expr) override;
   void textOperand(const Expr& expr, int strength) override;
   void call(const Expr& expr) override;
+  void checked(const Expr& expr);
   void unchecked(const Expr& expr);
   void uncheckedOperand(const Expr& expr, int strength);
+  void sum(const Expr& expr);
   void addTime(const Expr& expr);
   void cast(const Expr& expr);
   void castToText(const Expr& argument, std::optional<int> size);

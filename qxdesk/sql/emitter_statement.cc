@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <utility>
 
 namespace qx::sql {
@@ -44,23 +45,36 @@ bool hasStar(const SelectCore& core) {
                      [](const SelectItem& item) { return !item.value; });
 }
 
-// An order key may be an alias of the list or a position in it; a window knows neither.
-const Expr& aliased(const SelectCore& core, const Expr& key) {
-  if (key.kind == ExprKind::Number) {
+// What the order keys of a SELECT mean: one may be an alias of the list or a position in it; a
+// window knows neither.
+class KeyMeanings {
+ public:
+  explicit KeyMeanings(const SelectCore& core) : core_(core), hasStar_(hasStar(core)) {
+    for (const SelectItem& item : core.items) {
+      if (item.value && item.alias) aliases_.emplace(*item.alias, item.value.get());
+    }
+  }
+
+  const Expr& of(const Expr& key) const {
+    if (key.kind == ExprKind::Number) return atPosition(key);
+    if (key.kind != ExprKind::Column || !key.qualifier.empty()) return key;
+    const auto alias = aliases_.find(key.text);
+    return alias == aliases_.end() ? key : *alias->second;
+  }
+
+ private:
+  const Expr& atPosition(const Expr& key) const {
     std::size_t position = 0;
     const char* end = key.text.data() + key.text.size();
     const bool whole = std::from_chars(key.text.data(), end, position).ptr == end;
-    const bool listed = whole && position >= 1 && position <= core.items.size() && !hasStar(core) &&
-                        core.items[position - 1].value;
-    if (listed) return *core.items[position - 1].value;
+    const bool listed = whole && position >= 1 && position <= core_.items.size() && !hasStar_;
+    return listed ? *core_.items[position - 1].value : key;
   }
-  if (key.kind == ExprKind::Column && key.qualifier.empty()) {
-    for (const SelectItem& item : core.items) {
-      if (item.value && item.alias && sameName(*item.alias, key.text)) return *item.value;
-    }
-  }
-  return key;
-}
+
+  const SelectCore& core_;
+  bool hasStar_;
+  std::map<std::string_view, const Expr*, NameLess> aliases_;
+};
 
 bool isAggregate(Function function) {
   switch (function) {
@@ -343,10 +357,11 @@ void StatementEmitter::countWithTies(const Select& select, std::int64_t count) {
 
 void StatementEmitter::orderOfRanks(const Select& select, const SelectCore& core) {
   const Open open(*this, kWindowSymbols - kOrderSymbols + kItemSymbols);
+  const KeyMeanings meanings(core);
   for (std::size_t i = 0; i < select.orderBy.size(); ++i) {
     separate(i);
     const OrderKey& key = select.orderBy[i];
-    orderKey(aliased(core, *key.value), key.descending);
+    orderKey(meanings.of(*key.value), key.descending);
   }
 }
 

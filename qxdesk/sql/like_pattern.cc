@@ -25,7 +25,10 @@ std::vector<char32_t> decoded(std::string_view text) {
 class Compiler {
  public:
   Compiler(std::string_view pattern, LikeSets sets, std::optional<char32_t> escape)
-      : pattern_(decoded(pattern)), sets_(sets), escape_(escape) {}
+      : pattern_(decoded(pattern)),
+        sets_(sets),
+        escape_(escape),
+        closedBefore_(behindLastBracket()) {}
 
   std::vector<LikeElement> run() {
     std::vector<LikeElement> elements;
@@ -45,9 +48,11 @@ class Compiler {
 
   static LikeElement plain(char32_t c) { return {.kind = LikeElement::Set, .ranges = {{c, c}}}; }
 
-  bool closes() const {
-    const auto from = pattern_.begin() + static_cast<std::ptrdiff_t>(next_);
-    return std::find(from, pattern_.end(), U']') != pattern_.end();
+  bool closes() const { return next_ < closedBefore_; }
+
+  std::size_t behindLastBracket() const {
+    const auto last = std::find(pattern_.rbegin(), pattern_.rend(), U']');
+    return static_cast<std::size_t>(pattern_.rend() - last);
   }
 
   LikeElement set() {
@@ -74,6 +79,7 @@ class Compiler {
   std::vector<char32_t> pattern_;
   LikeSets sets_;
   std::optional<char32_t> escape_;
+  std::size_t closedBefore_;  // behind the last ]; 0 when there is none
   std::size_t next_ = 0;
 };
 

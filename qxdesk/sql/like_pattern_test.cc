@@ -32,6 +32,13 @@ TEST(LikePattern, HasManyAndOneOfAnyCharacter) {
   EXPECT_FALSE(plain("", "_"));
 }
 
+TEST(LikePattern, OfBracketsBehindTheLastClosingOneHasNoSetThere) {
+  EXPECT_TRUE(sets("b[c", "[ab][c"));
+  EXPECT_FALSE(sets("bc", "[ab][c"));
+  const std::string open(200'000, '[');
+  EXPECT_TRUE(sets("b" + open, "[ab]" + open));
+}
+
 TEST(LikePattern, TakesAnEscapedCharacterAsItself) {
   EXPECT_TRUE(likeMatches("10%", "10!%", LikeSets::Off, U'!'));
   EXPECT_FALSE(likeMatches("10x", "10!%", LikeSets::Off, U'!'));

@@ -187,7 +187,7 @@ std::string Parser::quotedName(const Token& token) {
 // Where only aliases may be quoted, every quoted name has to be an alias of this statement.
 void Parser::checkQuotedReferences() const {
   for (const Token& token : quotedReferences_) {
-    if (contains(quotedAliases_, token.text)) continue;
+    if (quotedAliases_.contains(token.text)) continue;
     throw SqlError("the name " + excerpt(token.source) + " is not written as " +
                        std::string(traits_.name) + " has it; write " + excerpt(token.text),
                    token.at);
@@ -218,7 +218,7 @@ std::optional<std::string> Parser::columnAlias() {
     return takeName();
   }
   if (here().kind == TokenKind::QuotedName && traits_.quotedAliases) {
-    quotedAliases_.push_back(here().text);
+    quotedAliases_.insert(here().text);
     return takeName();
   }
   if (as) return name("an alias");
@@ -294,19 +294,17 @@ void Parser::insertColumns(Statement& statement) {
   if (!isSymbol("(")) failExpected("the list of columns in brackets");
   expectSymbol("(");
   do {
-    statement.columns.push_back(targetColumn(statement));
+    statement.columns.push_back(targetColumn());
   } while (acceptSymbol(","));
   expectSymbol(")");
 }
 
-TargetColumn Parser::targetColumn(const Statement& statement) {
+TargetColumn Parser::targetColumn() {
   TargetColumn column;
   column.at = here().at;
   column.name = name("a column name");
-  for (const TargetColumn& other : statement.columns) {
-    if (sameName(other.name, column.name)) {
-      throw SqlError("the column " + excerpt(column.name) + " is named twice", column.at);
-    }
+  if (!targetColumns_.insert(column.name).second) {
+    throw SqlError("the column " + excerpt(column.name) + " is named twice", column.at);
   }
   return column;
 }
@@ -337,7 +335,7 @@ Statement Parser::updateStatement() {
   statement.table = tableName();
   expectWord("SET");
   do {
-    TargetColumn column = targetColumn(statement);
+    TargetColumn column = targetColumn();
     expectSymbol("=");
     column.value = value();
     statement.columns.push_back(std::move(column));

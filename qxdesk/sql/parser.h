@@ -11,7 +11,8 @@
 #include "qxdesk/sql/engine.h"
 #include "qxdesk/sql/lexer.h"
 
-#include <initializer_list>
+#include <set>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -74,7 +75,7 @@ class Parser {
   Statement setRowCountStatement();
   void insertColumns(Statement& statement);
   void insertRows(Statement& statement);
-  TargetColumn targetColumn(const Statement& statement);
+  TargetColumn targetColumn();
   void endOfStatement();
 
   // SELECT.
@@ -143,8 +144,9 @@ class Parser {
   int depth_ = 0;
   std::vector<std::string> commonTableNames_;
   // Where only aliases may be quoted: the aliases, and the names that must be among them.
-  std::vector<std::string> quotedAliases_;
+  std::set<std::string, NameLess> quotedAliases_;
   std::vector<Token> quotedReferences_;
+  std::set<std::string, NameLess> targetColumns_;  // of an INSERT or UPDATE, so far
 };
 
 }  // namespace qx::sql

@@ -89,6 +89,7 @@ void Parser::limitOf(SelectCore& core) {
 
 SelectItem Parser::item() {
   SelectItem item;
+  item.at = here().at;
   if (acceptSymbol("*")) return item;
   if (isName(here()) && isSymbol(ahead(1), ".") && isSymbol(ahead(2), "*")) {
     item.starQualifier = name("a name");

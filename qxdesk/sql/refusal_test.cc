@@ -220,6 +220,29 @@ std::string repeated(std::string_view piece, int times) {
   return text;
 }
 
+TEST(RefusalStatements, OfAColumnThatIsNamedTwiceAmongMany) {
+  std::string text = "UPDATE T SET first = 0";
+  for (int i = 0; i < 20'000; ++i) text += ", c" + std::to_string(i) + " = 0";
+  EXPECT_EQ(refusal(Dialect::Mssql, text), "");
+  const std::string at = std::to_string(text.size() + 3);
+  EXPECT_EQ(refusal(Dialect::Mssql, text + ", C777 = 1"),
+            "the column C777 is named twice (line 1, column " + at + ")");
+}
+
+TEST(RefusalStatements, OfManyQuotedNamesNamesTheOneThatIsNoAlias) {
+  std::string list = "SELECT a AS \"a0\"";
+  std::string order = " FROM T ORDER BY \"A0\"";
+  for (int i = 1; i < 5'000; ++i) {
+    list += ", a AS \"a" + std::to_string(i) + "\"";
+    order += ", \"a" + std::to_string(i) + "\"";
+  }
+  const std::string text = list + order;
+  EXPECT_EQ(refusal(Dialect::Db2, text), "");
+  EXPECT_EQ(refusal(Dialect::Db2, text + ", \"b\""),
+            "the name \"b\" is not written as DB2 has it; write b (line 1, column " +
+                std::to_string(text.size() + 3) + ")");
+}
+
 TEST(RefusalDepth, OfNestingIsClearAndSafe) {
   const std::string tooDeep =
       "the statement is nested too deeply; simplify its brackets or subqueries";

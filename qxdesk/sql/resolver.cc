@@ -4,6 +4,7 @@
 #include "qxdesk/sql/output_columns.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace qx::sql {
@@ -54,8 +55,44 @@ void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
   }
 }
 
-void textToDate(ExprPtr& value) {
-  if (value->type == ColumnType::Text) toDate(value);
+// The name of a value in a list; null when it has none.
+const std::string* nameOf(const SelectItem& item) {
+  if (item.alias) return &*item.alias;
+  return item.value->kind == ExprKind::Column ? &item.value->text : nullptr;
+}
+
+bool isNamed(const SelectItem& item, std::string_view name) {
+  const std::string* own = nameOf(item);
+  return own != nullptr && sameName(*own, name);
+}
+
+[[noreturn]] void failLacking(std::string_view column, std::string_view table, Position at) {
+  throw SqlError("there is no column " + std::string(column) + " in " + std::string(table), at);
+}
+
+// NULL beside a number is one; so is NULL beside NULL where nothing but numbers can stand.
+void typeNullsOf(Expr& arithmetic) {
+  Expr& left = *arithmetic.args[0];
+  Expr& right = *arithmetic.args[1];
+  const bool nulls = left.kind == ExprKind::Null && right.kind == ExprKind::Null;
+  if (nulls && (arithmetic.text == "*" || arithmetic.text == "-")) left.type = ColumnType::Integer;
+  if (isNumber(right.type)) typeNull(left, right.type);
+  if (isNumber(left.type)) typeNull(right, left.type);
+}
+
+bool takesDate(Function function) {
+  switch (function) {
+    case Function::CompactDate:
+    case Function::IsoDate:
+    case Function::AddTime:
+    case Function::DaysBetween:
+    case Function::Year:
+    case Function::Month:
+    case Function::Day:
+      return true;
+    default:
+      return false;
+  }
 }
 
 ColumnType typeOfFunction(Function function) {
@@ -92,11 +129,19 @@ ColumnType typeOfFunction(Function function) {
 }  // namespace
 
 void Resolver::resolve(Statement& statement) {
-  targetTable_ = statement.table;
+  if (statement.kind != StatementKind::Insert) targetTable_ = statement.table;
+  checkTarget(statement);
   if (statement.select) resolveSelect(*statement.select);
   if (statement.kind == StatementKind::Insert) resolveInsert(statement);
   if (statement.kind == StatementKind::Update) resolveUpdate(statement);
   if (statement.where) resolveExpr(*statement.where);
+}
+
+void Resolver::checkTarget(const Statement& statement) const {
+  for (const TargetColumn& column : statement.columns) {
+    if (findInTable(statement.table, column.name).presence != Presence::Lacking) continue;
+    failLacking(column.name, statement.table, column.at);
+  }
 }
 
 void Resolver::resolveSelect(Select& select) {
@@ -107,19 +152,46 @@ void Resolver::resolveSelect(Select& select) {
   for (SelectCore& core : select.cores) resolveCore(core);
   if (select.cores.size() > 1) bringPartsTogether(select);
   scopes_.push_back(&select.cores.front());
-  for (OrderKey& key : select.orderBy) resolveExpr(*key.value);
+  std::vector<Expr*> keys;
+  for (OrderKey& key : select.orderBy) keys.push_back(key.value.get());
+  resolveKeys(keys, select.cores.front());
   scopes_.pop_back();
 }
 
 // The values that the parts of a UNION yield for one column, up to the first * of each.
-void Resolver::bringPartsTogether(Select& select) {
+void Resolver::bringPartsTogether(Select& select) const {
   for (std::size_t i = 0;; ++i) {
     std::vector<ExprPtr*> values;
     for (SelectCore& core : select.cores) {
-      if (i >= core.items.size() || !core.items[i].value) return;
+      if (i >= core.items.size()) return;
+      if (!core.items[i].value) return refuseStar(core.items[i]);
       values.push_back(&core.items[i].value);
     }
     bringTogether(values, Meeting::Choice);
+    for (ExprPtr* value : values) typeNull(**value, unitedType(select, i));
+  }
+}
+
+// A * where types are needed, which it does not tell. Without a catalog nothing does.
+void Resolver::refuseStar(const SelectItem& item) const {
+  if (item.value || catalog_ == nullptr) return;
+  throw SqlError("* does not tell the types that are needed here; name the columns", item.at);
+}
+
+void Resolver::resolveKeys(const std::vector<Expr*>& keys, const SelectCore& core) {
+  std::map<std::string_view, ColumnType, NameLess> list;
+  for (const SelectItem& item : core.items) {
+    if (!item.value || keys.empty()) continue;
+    if (const std::string* name = nameOf(item)) list.emplace(*name, item.value->type);
+  }
+  for (Expr* key : keys) {
+    const bool plain = key->kind == ExprKind::Column && key->qualifier.empty();
+    const auto named = plain ? list.find(key->text) : list.end();
+    if (named == list.end()) {
+      resolveExpr(*key);
+    } else {
+      key->type = named->second;
+    }
   }
 }
 
@@ -135,13 +207,14 @@ void Resolver::resolveCore(SelectCore& core) {
     if (item.value) resolveExpr(*item.value);
   }
   if (core.where) resolveExpr(*core.where);
-  for (ExprPtr& key : core.groupBy) resolveExpr(*key);
+  std::vector<Expr*> keys;
+  for (ExprPtr& key : core.groupBy) keys.push_back(key.get());
+  resolveKeys(keys, core);
   if (core.having) resolveExpr(*core.having);
   scopes_.pop_back();
 }
 
 void Resolver::resolveInsert(Statement& statement) {
-  targetTable_ = {};
   for (std::vector<ExprPtr>& row : statement.rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       resolveExpr(*row[i]);
@@ -154,14 +227,17 @@ void Resolver::resolveInsert(Statement& statement) {
 void Resolver::coerceSelectItems(const Statement& statement) {
   for (SelectCore& core : statement.select->cores) {
     const std::size_t count = std::min(core.items.size(), statement.columns.size());
-    for (std::size_t i = 0; i < count && core.items[i].value; ++i) {
-      assignTo(statement.table, statement.columns[i].name, core.items[i].value);
+    for (std::size_t i = 0; i < count; ++i) {
+      SelectItem& item = core.items[i];
+      if (!item.value) return refuseStar(item);
+      assignTo(statement.table, statement.columns[i].name, item.value);
+      typeNull(*item.value, findInTable(statement.table, statement.columns[i].name).type);
     }
   }
 }
 
 void Resolver::assignTo(std::string_view table, std::string_view column, ExprPtr& value) const {
-  sql::assignTo(column, typeInTable(table, column), value);
+  sql::assignTo(column, findInTable(table, column).type, value);
 }
 
 void Resolver::resolveUpdate(Statement& statement) {
@@ -193,6 +269,7 @@ void Resolver::resolveExpr(Expr& expr) {
       expr.type = columnType(expr);
       break;
     case ExprKind::Negate:
+      requireNumber(expr.args[0], "-");
       expr.type = expr.args[0]->type;
       break;
     case ExprKind::Plus:
@@ -209,6 +286,7 @@ void Resolver::resolveExpr(Expr& expr) {
       break;
     case ExprKind::Subquery: {
       const SelectItem& item = expr.select->cores.front().items.front();
+      refuseStar(item);
       if (item.value) expr.type = unitedType(*expr.select, 0);
       break;
     }
@@ -242,6 +320,7 @@ void Resolver::resolveArithmetic(Expr& expr) {
       if (arg->type == ColumnType::Text) requireNumber(arg, expr.text);
     }
   }
+  typeNullsOf(expr);
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
   const bool days = expr.text == "+" || expr.text == "-";
@@ -318,20 +397,9 @@ void Resolver::resolveCall(Expr& expr) {
     expr.type = choiceType(choices);
     return;
   }
-  if (expr.function == Function::Cast) {
-    const bool number = expr.target.type != ColumnType::Text;
-    if (number && expr.args[0]->type == ColumnType::Date) {
-      throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
-    }
-    expr.type = expr.target.type;
-    return;
-  }
-  const bool takesDate = expr.function == Function::AddTime ||
-                         expr.function == Function::DaysBetween ||
-                         expr.function == Function::Year || expr.function == Function::Month ||
-                         expr.function == Function::Day;
-  if (takesDate) textToDate(expr.args[0]);
-  if (expr.function == Function::DaysBetween) textToDate(expr.args[1]);
+  if (expr.function == Function::Cast) return resolveCast(expr);
+  if (takesDate(expr.function)) requireDate(expr.args[0]);
+  if (expr.function == Function::DaysBetween) requireDate(expr.args[1]);
   resolveNumbers(expr);
   if (expr.function == Function::Avg && traits_.wholeAverage &&
       expr.args[0]->type == ColumnType::Integer) {
@@ -341,6 +409,18 @@ void Resolver::resolveCall(Expr& expr) {
   }
   expr.type = typeOfFunction(expr.function);
   if (expr.type == ColumnType::Unknown && !expr.args.empty()) expr.type = expr.args[0]->type;
+}
+
+void Resolver::resolveCast(Expr& expr) {
+  const Expr& value = *expr.args[0];
+  expr.type = expr.target.type;
+  if (expr.target.type == ColumnType::Text) return;
+  if (value.type == ColumnType::Date) {
+    throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
+  }
+  if (value.kind == ExprKind::Text && !spellsNumber(value.text)) {
+    throw SqlError("not a number: '" + value.text + "'", value.at);
+  }
 }
 
 // The arguments that have to be numbers.
@@ -359,8 +439,12 @@ void Resolver::resolveNumbers(Expr& expr) {
       }
       throw SqlError("ROUND takes a whole number of digits, 0 or more", expr.args[1]->at);
     case Function::AddTime:
-      if (expr.args[1]->kind == ExprKind::Text) return requireNumber(expr.args[1], "a date");
-      if (expr.args[1]->type == ColumnType::Text) castTo(ColumnType::Integer, expr.args[1]);
+      if (expr.args[1]->type == ColumnType::Text && expr.args[1]->kind != ExprKind::Text) {
+        return castTo(ColumnType::Integer, expr.args[1]);
+      }
+      return requireNumber(expr.args[1], "a date");
+    case Function::Substring:
+      for (std::size_t i = 1; i < expr.args.size(); ++i) requireNumber(expr.args[i], "SUBSTRING");
       return;
     default:
       return;
@@ -377,67 +461,96 @@ void Resolver::resolveCompare(Expr& expr) {
   const bool equal = expr.kind == ExprKind::In || expr.text == "=" || expr.text == "<>";
   bringTogether(values, equal ? Meeting::Equal : Meeting::Ordered);
   if (!expr.select) return;
-  const SelectItem& item = expr.select->cores.front().items.front();
-  if (item.value) checkAlike(*expr.args[0], item.value->type);
+  refuseStar(expr.select->cores.front().items.front());
+  bringToRows(expr.args[0], *expr.select);
 }
 
 // ---- columns
 
-ColumnType Resolver::columnType(const Expr& column) const {
-  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
-    const ColumnType type =
-        typeInCore(**scope, column.qualifier, column.text, commonTables_.size());
-    if (type != ColumnType::Unknown) return type;
-  }
-  const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, targetTable_);
-  return ofTarget ? typeInTable(targetTable_, column.text) : ColumnType::Unknown;
+void Resolver::Found::add(Found other) {
+  presence = std::max(presence, other.presence);
+  if (type == ColumnType::Unknown) type = other.type;
 }
 
-ColumnType Resolver::typeInCore(const SelectCore& core, std::string_view qualifier,
-                                std::string_view column, std::size_t visible) const {
+ColumnType Resolver::columnType(const Expr& column) const {
+  Found found;
+  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+    found.add(findInCore(**scope, column.qualifier, column.text, commonTables_.size()));
+    if (found.certain()) return found.type;
+    const bool qualified = !column.qualifier.empty();
+    if (qualified && found.presence == Presence::Lacking) refuseLacking(column);
+  }
+  const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, targetTable_);
+  if (ofTarget && !targetTable_.empty()) found.add(findInTable(targetTable_, column.text));
+  const bool nowhere = found.presence == Presence::NoTable && column.qualifier.empty();
+  if (nowhere || found.presence == Presence::Lacking) refuseLacking(column);
+  return found.type;
+}
+
+Resolver::Found Resolver::findInCore(const SelectCore& core, std::string_view qualifier,
+                                     std::string_view column, std::size_t visible) const {
+  Found found;
   for (const Source& source : core.from) {
     const std::string& name = source.alias.empty() ? source.table : source.alias;
     if (!qualifier.empty() && !sameName(qualifier, name)) continue;
-    const ColumnType type = typeInSource(source, column, visible);
-    if (type != ColumnType::Unknown) return type;
+    found.add(findInSource(source, column, visible));
+    if (found.certain()) break;
   }
-  return ColumnType::Unknown;
+  return found;
 }
 
-ColumnType Resolver::typeInSource(const Source& source, std::string_view column,
-                                  std::size_t visible) const {
-  if (source.derived) return typeInSelect(*source.derived, column, visible);
+Resolver::Found Resolver::findInSource(const Source& source, std::string_view column,
+                                       std::size_t visible) const {
+  if (source.derived) return findInSelect(*source.derived, column, visible);
   for (std::size_t i = visible; i > 0; --i) {
     const CommonTable& table = *commonTables_[i - 1];
-    if (sameName(table.name, source.table)) return typeInSelect(*table.select, column, i - 1);
+    if (sameName(table.name, source.table)) return findInSelect(*table.select, column, i - 1);
   }
-  return typeInTable(source.table, column);
+  return findInTable(source.table, column);
 }
 
-ColumnType Resolver::typeInSelect(const Select& select, std::string_view column,
-                                  std::size_t visible) const {
+Resolver::Found Resolver::findInSelect(const Select& select, std::string_view column,
+                                       std::size_t visible) const {
   if (++lookups_ > kMaxLookups) {
     throw SqlError("the statement is too complex; name the columns instead of *",
                    select.cores.front().at);
   }
   const SelectCore& core = select.cores.front();
-  for (std::size_t i = 0; i < core.items.size(); ++i) {
+  Found found{.presence = Presence::Lacking};
+  for (std::size_t i = 0; i < core.items.size() && !found.certain(); ++i) {
     const SelectItem& item = core.items[i];
     if (!item.value) {
-      const ColumnType type = typeInCore(core, item.starQualifier, column, visible);
-      if (type != ColumnType::Unknown) return type;
-    } else if (item.alias
-                   ? sameName(*item.alias, column)
-                   : item.value->kind == ExprKind::Column && sameName(item.value->text, column)) {
-      return unitedType(select, i);
+      found.add(findInCore(core, item.starQualifier, column, visible));
+    } else if (isNamed(item, column)) {
+      found.add({.presence = Presence::There, .type = unitedType(select, i)});
     }
   }
-  return ColumnType::Unknown;
+  return found;
 }
 
-ColumnType Resolver::typeInTable(std::string_view table, std::string_view column) const {
-  if (catalog_ == nullptr || table.empty()) return ColumnType::Unknown;
-  return catalog_->columnType(table, column);
+Resolver::Found Resolver::findInTable(std::string_view table, std::string_view column) const {
+  if (catalog_ == nullptr) return {.presence = Presence::Open};
+  const ColumnType type = catalog_->columnType(table, column);
+  if (type != ColumnType::Unknown) return {.presence = Presence::There, .type = type};
+  const bool lacking = catalog_->lacksColumn(table, column);
+  return {.presence = lacking ? Presence::Lacking : Presence::Open};
+}
+
+// Nothing is known without a catalog.
+void Resolver::refuseLacking(const Expr& column) const {
+  if (catalog_ == nullptr) return;
+  std::vector<std::string_view> tables;
+  for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
+    for (const Source& source : (*scope)->from) {
+      const std::string& name = source.alias.empty() ? source.table : source.alias;
+      if (!column.qualifier.empty() && !sameName(column.qualifier, name)) continue;
+      tables.push_back(source.derived ? source.alias : source.table);
+    }
+  }
+  if (!targetTable_.empty()) tables.push_back(targetTable_);
+  if (tables.empty()) throw SqlError("there is no column " + column.text + " here", column.at);
+  const bool one = tables.size() == 1 || !column.qualifier.empty();
+  failLacking(column.text, one ? tables.front() : "any of the tables", column.at);
 }
 
 std::vector<const Expr*> decidingColumns(const Expr& expr) {

@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <memory>
 #include <variant>
 
@@ -23,11 +25,11 @@ static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) 
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
-    "abs",       "avg",         "coalesce",  "count",        "date",     "datetime",
-    "julianday", "length",      "like",      "ltrim",        "max",      "min",
-    "rank",      "replace",     "round",     "rtrim",        "strftime", "substr",
-    "sum",       "qx_add_time", "qx_cut",    "qx_whole",     "qx_date",  "qx_like",
-    "qx_lower",  "qx_now",      "qx_number", "qx_substring", "qx_text",  "qx_upper",
+    "abs",          "avg",      "coalesce", "count",    "date",     "datetime", "julianday",
+    "length",       "like",     "ltrim",    "max",      "min",      "rank",     "replace",
+    "round",        "rtrim",    "strftime", "substr",   "sum",      "qx_abs",   "qx_add_time",
+    "qx_cut",       "qx_whole", "qx_date",  "qx_like",  "qx_lower", "qx_now",   "qx_number",
+    "qx_substring", "qx_sum",   "qx_text",  "qx_upper",
 };
 
 std::string_view textOf(sqlite3_value* value) {
@@ -166,6 +168,47 @@ void wholeFunction(sqlite3_context* context, int /*count*/, sqlite3_value** valu
   guarded(context, [&] { failOutOfRange(kTooWide); });
 }
 
+void absFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    const sqlite3_int64 value = cutOf(values[0]);
+    if (value == std::numeric_limits<sqlite3_int64>::min()) failOutOfRange(kTooWide);
+    sqlite3_result_int64(context, std::abs(value));
+  });
+}
+
+// A sum of whole numbers, 128 bits wide, so that only the whole of it has to be in range. SQLite
+// hands it out filled with zeros.
+struct WholeSum {
+  sqlite3_uint64 low;
+  sqlite3_int64 high;
+  bool any;
+
+  void add(sqlite3_int64 value) {
+    const auto bits = static_cast<sqlite3_uint64>(value);
+    low += bits;
+    high += (low < bits ? 1 : 0) - (value < 0 ? 1 : 0);
+    any = true;
+  }
+  bool inRange() const { return high == (static_cast<sqlite3_int64>(low) < 0 ? -1 : 0); }
+};
+
+void sumStep(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return;
+  auto* sum = static_cast<WholeSum*>(sqlite3_aggregate_context(context, sizeof(WholeSum)));
+  if (sum == nullptr) return sqlite3_result_error_nomem(context);
+  guarded(context, [&] { sum->add(cutOf(values[0])); });
+}
+
+void sumEnd(sqlite3_context* context) {
+  const auto* sum = static_cast<WholeSum*>(sqlite3_aggregate_context(context, 0));
+  if (sum == nullptr || !sum->any) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    if (!sum->inRange()) failOutOfRange(kTooWide);
+    sqlite3_result_int64(context, static_cast<sqlite3_int64>(sum->low));
+  });
+}
+
 void cutFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] { sqlite3_result_int64(context, cutOf(values[0])); });
@@ -190,9 +233,10 @@ void substringFunction(sqlite3_context* context, int count, sqlite3_value** valu
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
     const std::string_view text = textOf(values[0]);
-    constexpr sqlite3_int64 kFar = 1LL << 40;  // beyond any text
+    constexpr sqlite3_int64 kFar = 1'000'000'000;  // beyond any text
     const sqlite3_int64 from = std::clamp(sqlite3_value_int64(values[1]), -kFar, kFar);
-    const sqlite3_int64 length = count > 2 ? std::min(sqlite3_value_int64(values[2]), kFar) : kFar;
+    const sqlite3_int64 length =
+        count > 2 ? std::min(sqlite3_value_int64(values[2]), kFar) : 2 * kFar + 1;
     if (length < 0) throw std::runtime_error("the length of a substring must not be negative");
     std::size_t begin = 0;
     sqlite3_int64 position = 1;
@@ -268,12 +312,20 @@ void registerFunction(sqlite3* db, const char* name, int arguments, SqliteFuncti
   if (result != SQLITE_OK) throw SqliteError(sqlite3_extended_errcode(db), sqlite3_errmsg(db));
 }
 
+void registerSum(sqlite3* db) {
+  const int result = sqlite3_create_function_v2(db, "qx_sum", 1, kFunctionFlags, nullptr, nullptr,
+                                                sumStep, sumEnd, nullptr);
+  if (result != SQLITE_OK) throw SqliteError(sqlite3_extended_errcode(db), sqlite3_errmsg(db));
+}
+
 }  // namespace
 
 void registerFunctions(sqlite3* db, const GuardSettings& settings) {
   registerFunction(db, "qx_now", 0, nowFunction, settings);
   registerFunction(db, "qx_date", 1, dateFunction, settings);
   registerFunction(db, "qx_add_time", 3, addTimeFunction, settings);
+  registerSum(db);
+  registerFunction(db, "qx_abs", 1, absFunction, settings);
   registerFunction(db, "qx_cut", 1, cutFunction, settings);
   registerFunction(db, "qx_whole", 1, wholeFunction, settings);
   registerFunction(db, "qx_number", 1, numberFunction, settings);

@@ -61,6 +61,24 @@ struct RowsOnlyScope {
   sqlite3* db;
 };
 
+// The names under which SQLite tells the number of a row in a table without such a column.
+bool namesRow(std::string_view column) {
+  return sameName(column, "rowid") || sameName(column, "oid") || sameName(column, "_rowid_");
+}
+
+bool isDeclared(sqlite3* db, std::string_view table, std::string_view column) {
+  sqlite3_stmt* raw = nullptr;
+  const int result = sqlite3_prepare_v2(
+      db, "SELECT 1 FROM pragma_table_info(?1) WHERE name = ?2 COLLATE NOCASE", -1, &raw, nullptr);
+  const SqliteStatement statement(raw);
+  if (result != SQLITE_OK) fail(db);
+  int index = 0;
+  for (const std::string_view text : {table, column}) {
+    sqlite3_bind_text(raw, ++index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+  }
+  return sqlite3_step(raw) == SQLITE_ROW;
+}
+
 bool isBlank(std::string_view text) {
   return text.find_first_not_of(std::string_view(" \t\r\n\f\0", 6)) == std::string_view::npos;
 }
@@ -116,7 +134,19 @@ ColumnType SqliteCatalog::columnType(std::string_view table, std::string_view co
                                                    std::string(column).c_str(), &declaration,
                                                    nullptr, nullptr, nullptr, nullptr);
   if (result != SQLITE_OK || declaration == nullptr) return ColumnType::Unknown;
+  if (namesRow(column) && !isDeclared(db_, table, column)) return ColumnType::Unknown;
   return typeOfDeclaration(declaration);
+}
+
+bool SqliteCatalog::lacksColumn(std::string_view table, std::string_view column) const {
+  const std::string name(table);
+  const auto told = [&](const char* of) {
+    return sqlite3_table_column_metadata(db_, nullptr, name.c_str(), of, nullptr, nullptr, nullptr,
+                                         nullptr, nullptr) == SQLITE_OK;
+  };
+  if (!told(nullptr)) return false;
+  if (!told(std::string(column).c_str())) return true;
+  return namesRow(column) && !isDeclared(db_, table, column);
 }
 
 }  // namespace qx::sql

@@ -62,6 +62,7 @@ class SqliteCatalog : public Catalog {
  public:
   explicit SqliteCatalog(sqlite3* db) : db_(db) {}
   ColumnType columnType(std::string_view table, std::string_view column) const override;
+  bool lacksColumn(std::string_view table, std::string_view column) const override;
 
  private:
   sqlite3* db_;

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <set>
 #include <stdexcept>
 
 namespace qx::sql::test {
@@ -110,6 +111,7 @@ class OdbcConnection final : public Connection, public Catalog {
       const std::string row = columns.substr(at, end - at);
       const std::size_t type = row.rfind('|');
       types_[row.substr(0, type)] = typeOfDeclaration(row.substr(type + 1));
+      tables_.insert(row.substr(0, row.find('|')));
       at = end + 1;
     }
   }
@@ -120,6 +122,12 @@ class OdbcConnection final : public Connection, public Catalog {
     const auto found = types_.find(storedName(Engine::Postgres, table) + "|" +
                                    storedName(Engine::Postgres, column));
     return found == types_.end() ? ColumnType::Unknown : found->second;
+  }
+
+  bool lacksColumn(std::string_view table, std::string_view column) const override {
+    const std::string name = storedName(Engine::Postgres, table);
+    return tables_.contains(name) &&
+           !types_.contains(name + "|" + storedName(Engine::Postgres, column));
   }
 
   std::string run(std::string_view sql) override {
@@ -149,6 +157,7 @@ class OdbcConnection final : public Connection, public Catalog {
  private:
   Handle connection_;
   std::map<std::string, ColumnType> types_;
+  std::set<std::string> tables_;
 };
 
 std::string replaced(std::string text, std::string_view what, std::string_view by) {

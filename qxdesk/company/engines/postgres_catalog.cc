@@ -43,11 +43,21 @@ std::string doubled(const std::string& name) {
 }  // namespace
 
 sql::ColumnType PostgresCatalog::columnType(std::string_view table, std::string_view column) const {
+  const Columns& columns = columnsOf(table);
+  const auto type = columns.find(lowerName(column));
+  return type == columns.end() ? sql::ColumnType::Unknown : type->second;
+}
+
+bool PostgresCatalog::lacksColumn(std::string_view table, std::string_view column) const {
+  const Columns& columns = columnsOf(table);
+  return !columns.empty() && columns.find(lowerName(column)) == columns.end();
+}
+
+const PostgresCatalog::Columns& PostgresCatalog::columnsOf(std::string_view table) const {
   const std::string folded = lowerName(table);
   auto found = tables_.find(folded);
   if (found == tables_.end()) found = tables_.emplace(folded, read(folded)).first;
-  const auto type = found->second.find(lowerName(column));
-  return type == found->second.end() ? sql::ColumnType::Unknown : type->second;
+  return found->second;
 }
 
 PostgresCatalog::Columns PostgresCatalog::read(const std::string& table) const {

@@ -16,12 +16,15 @@ class PostgresCatalog final : public sql::Catalog {
 
   /// Raises DatabaseError.
   sql::ColumnType columnType(std::string_view table, std::string_view column) const override;
+  /// Raises DatabaseError. False for a table without any column, too.
+  bool lacksColumn(std::string_view table, std::string_view column) const override;
   /// What was read; other processes may have changed it.
   void forget() { tables_.clear(); }
 
  private:
   using Columns = std::map<std::string, sql::ColumnType>;  // by folded name
 
+  const Columns& columnsOf(std::string_view table) const;
   Columns read(const std::string& table) const;
 
   Database& database_;

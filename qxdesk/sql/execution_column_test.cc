@@ -1,0 +1,155 @@
+// Which names are columns, on real databases. Engines take others for one, each in its own way: the
+// place of a row, a function of a whole row, a row itself, a name of the list within a condition.
+// Where the tables are known, none of them gets there.
+#include "qxdesk/sql/test_sqlite.h"
+#include "qxdesk/sql/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace qx::sql {
+namespace {
+
+using test::CompanyDatabase;
+using test::engineName;
+using test::engines;
+using test::EngineTest;
+
+class ExecutionColumn : public EngineTest {};
+
+std::string refusalOf(CompanyDatabase& database, std::string_view text) {
+  try {
+    database.run(text);
+    return {};
+  } catch (const SqlError& error) {
+    return error.what();
+  }
+}
+
+TEST_P(ExecutionColumn, ThatATableLacksIsRefused) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(refusalOf(database, "SELECT Nix FROM [@T]"),
+            "there is no column Nix in @T (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT T0.Code FROM [@T] T0 WHERE T0.Nix = 1"),
+            "there is no column Nix in @T (line 1, column 35)");
+  EXPECT_EQ(refusalOf(database, "SELECT Nix FROM [@T] T0, [@L] T1"),
+            "there is no column Nix in any of the tables (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT 1 FROM [@T] WHERE EXISTS (SELECT T1.U_B FROM [@L] T1)"),
+            "there is no column U_B in @L (line 1, column 41)");
+  EXPECT_EQ(refusalOf(database, "SELECT Nix"), "there is no column Nix here (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT 1 FROM [@T] T0 INNER JOIN [@L] T1 ON T0.Code = T1.Nix"),
+            "there is no column Nix in @L (line 1, column 55)");
+}
+
+TEST_P(ExecutionColumn, IsNoFunctionOfARowNorARowItself) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(refusalOf(database, "SELECT T0.count FROM [@T] T0"),
+            "there is no column count in @T (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT T0 FROM [@T] T0"),
+            "there is no column T0 in @T (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT D.count FROM (SELECT COUNT(*) FROM [@T]) D"),
+            "there is no column count in D (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT D FROM (SELECT Code FROM [@T]) D"),
+            "there is no column D in D (line 1, column 8)");
+}
+
+TEST_P(ExecutionColumn, IsNoPlaceOfARow) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  for (const std::string name : {"rowid", "OID", "_rowid_", "ctid", "xmin", "tableoid"}) {
+    const std::string lacking = "there is no column " + name + " in @T (line 1, column ";
+    EXPECT_EQ(refusalOf(database, "SELECT " + name + " FROM [@T]"), lacking + "8)");
+    EXPECT_EQ(refusalOf(database, "SELECT 1 FROM [@T] T0 WHERE T0." + name + " = 1"),
+              lacking + "29)");
+    EXPECT_EQ(refusalOf(database, "UPDATE [@T] SET " + name + " = 5"), lacking + "17)");
+    EXPECT_EQ(refusalOf(database, "INSERT INTO [@T] (Code, " + name + ") VALUES ('7', 7)"),
+              lacking + "25)");
+    EXPECT_EQ(refusalOf(database, "DELETE FROM [@T] WHERE " + name + " = 5"), lacking + "24)");
+  }
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T]"), "5");
+}
+
+TEST_P(ExecutionColumn, OfADerivedOrCommonTableStandsInItsList) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("WITH C AS (SELECT T0.*, T0.U_B + 1 AS Next FROM [@T] T0) SELECT D.CODE, "
+                         "D.next, C.u_b FROM (SELECT * FROM C) D INNER JOIN C ON C.Code = D.Code "
+                         "WHERE D.Code = '1'"),
+            "1|11|10");
+  EXPECT_EQ(refusalOf(database, "WITH C AS (SELECT T0.* FROM [@T] T0) SELECT C.Nix FROM C"),
+            "there is no column Nix in C (line 1, column 45)");
+  EXPECT_EQ(refusalOf(database, "SELECT Name FROM (SELECT Code FROM [@T]) D"),
+            "there is no column Name in D (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT D.rowid FROM (SELECT * FROM [@T]) D"),
+            "there is no column rowid in D (line 1, column 8)");
+}
+
+TEST_P(ExecutionColumn, OfAnOuterTableIsSeenFromWithin) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] T0 WHERE EXISTS (SELECT 1 FROM [@L] WHERE U_T = "
+                         "T0.Code AND U_B = 10)"),
+            "1");
+  database.run("UPDATE [@L] SET U_Text = (SELECT Name FROM [@T] T0 WHERE T0.Code = U_T)");
+  database.run(
+      "DELETE FROM [@L] WHERE EXISTS (SELECT 1 FROM [@T] WHERE [@T].Code = [@L].U_T AND "
+      "U_B = 20)");
+  EXPECT_EQ(database.run("SELECT u_text FROM [@l] ORDER BY CODE"), "one/NULL");
+  EXPECT_EQ(refusalOf(database, "INSERT INTO [@L] (Code, U_T) SELECT Code, U_T FROM [@T]"),
+            "there is no column U_T in @T (line 1, column 43)");
+  EXPECT_EQ(refusalOf(database, "INSERT INTO [@L] (Code, U_T) VALUES ('8', U_Text)"),
+            "there is no column U_Text here (line 1, column 43)");
+}
+
+TEST_P(ExecutionColumn, MayBeANameOfTheListInAnOrderButNowhereElse) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(database.run("SELECT Code AS'T0.Code', U_B * 2 AS Twice FROM [@T] WHERE U_B > 6 ORDER "
+                         "BY TWICE DESC, [T0.Code]"),
+            "2|40/1|20/5|14");
+  EXPECT_EQ(database.run("SELECT Code AS X FROM [@T] UNION SELECT U_T FROM [@L] ORDER BY x DESC"),
+            "9/5/4/3/2/1");
+  EXPECT_EQ(refusalOf(database, "SELECT U_B AS X FROM [@T] ORDER BY X + 1"),
+            "there is no column X in @T (line 1, column 36)");
+  EXPECT_EQ(refusalOf(database, "SELECT U_B AS X FROM [@T] WHERE X > 1"),
+            "there is no column X in @T (line 1, column 33)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] ORDER BY Nix"),
+            "there is no column Nix in @T (line 1, column 32)");
+}
+
+TEST_P(ExecutionColumn, OfATableThatIsMissingIsLeftToTheEngine) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  for (const char* text : {"SELECT Nix FROM Missing", "SELECT M.Nix FROM [@T], Missing M",
+                           "UPDATE Missing SET Nix = 1", "SELECT T9.Code FROM [@T]"}) {
+    try {
+      database.run(text);
+      ADD_FAILURE() << text;
+    } catch (const SqlError& error) {
+      ADD_FAILURE() << text << ": " << error.what();
+    } catch (const std::exception&) {
+      continue;
+    }
+  }
+}
+
+TEST(ExecutionColumnCatalog, TellsDeclaredColumnsFromTheNumberOfARow) {
+  test::SqliteConnection connection;
+  connection.runNative("CREATE TABLE Own (OID int, \"_ROWID_\" datetime)");
+  const Catalog& catalog = connection.catalog();
+  EXPECT_FALSE(catalog.lacksColumn("own", "oid"));
+  EXPECT_FALSE(catalog.lacksColumn("own", "_rowid_"));
+  EXPECT_TRUE(catalog.lacksColumn("own", "rowid"));
+  EXPECT_TRUE(catalog.lacksColumn("@T", "ROWID"));
+  EXPECT_FALSE(catalog.lacksColumn("@t", "CODE"));
+  EXPECT_FALSE(catalog.lacksColumn("missing", "rowid"));
+  EXPECT_EQ(catalog.columnType("own", "_rowid_"), ColumnType::Date);
+  EXPECT_EQ(catalog.columnType("@T", "rowid"), ColumnType::Unknown);
+}
+
+TEST(ExecutionColumnCatalog, ThatIsMissingLeavesAllNamesToTheEngine) {
+  EXPECT_EQ(test::refusal(Dialect::Mssql, "SELECT a, T0.b FROM T WHERE c = 1 ORDER BY d"), "");
+  EXPECT_EQ(test::refusal(Dialect::Mssql, "SELECT a FROM (SELECT b FROM T) D"), "");
+  EXPECT_EQ(test::refusal(Dialect::Mssql, "SELECT a"), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(AllEngines, ExecutionColumn, engines(), engineName);
+
+}  // namespace
+}  // namespace qx::sql
