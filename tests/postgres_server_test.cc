@@ -3,15 +3,14 @@
 #include "tests/support/odbc_program.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <stdexcept>
-#include <thread>
 
 namespace qx::test {
 namespace {
@@ -79,25 +78,60 @@ TEST(PostgresServer, ComesBackWithItsDataAfterEveryEnd) {
   EXPECT_EQ(server.ask(name, "SELECT count(*) FROM t"), "3");
 }
 
+/// A pipe of which the other process keeps the writing end until it is gone.
+class Lifeline {
+ public:
+  Lifeline() {
+    if (pipe(ends_.data()) != 0) throw std::runtime_error("no pipe");
+  }
+  ~Lifeline() {
+    close(ends_[0]);
+    letGo();
+  }
+  Lifeline(const Lifeline&) = delete;
+  Lifeline& operator=(const Lifeline&) = delete;
+
+  void tell(const std::string& text) const {
+    if (write(ends_[1], text.data(), text.size()) < 0) _exit(1);
+  }
+  /// Leaves the writing end to the others.
+  void letGo() {
+    if (ends_[1] >= 0) close(ends_[1]);
+    ends_[1] = -1;
+  }
+  /// What was told, once all who could tell more are gone; what there is when they do not go.
+  std::string untilTheEnd() const {
+    constexpr int kPatienceMs = 30'000;
+    std::string text;
+    pollfd line{ends_[0], POLLIN, 0};
+    while (poll(&line, 1, kPatienceMs) > 0) {
+      std::array<char, 200> part{};
+      const ssize_t got = read(ends_[0], part.data(), part.size());
+      if (got <= 0) return text;
+      text.append(part.data(), static_cast<std::size_t>(got));
+    }
+    ADD_FAILURE() << "the server is still there";
+    return text;
+  }
+
+ private:
+  std::array<int, 2> ends_{-1, -1};
+};
+
+// The keeper inherits the writing end, and so does the server: when it closes both are gone.
 TEST(PostgresServer, GoesWithItsProgram) {
-  std::array<int, 2> told{};
-  ASSERT_EQ(pipe(told.data()), 0);
+  Lifeline lifeline;
   const pid_t program = fork();
   if (program == 0) {
     const PostgresServer own;
-    const std::string folder = own.folder().string();
-    if (write(told[1], folder.data(), folder.size()) < 0) _exit(1);
+    lifeline.tell(own.folder().string());
     std::abort();
   }
-  std::array<char, 200> name{};
-  ASSERT_GT(read(told[0], name.data(), name.size() - 1), 0);
+  lifeline.letGo();
+  const std::string folder = lifeline.untilTheEnd();
   waitpid(program, nullptr, 0);
-  close(told[0]);
-  close(told[1]);
-  for (int i = 0; i < 1000 && std::filesystem::exists(name.data()); ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  EXPECT_FALSE(std::filesystem::exists(name.data()));
+  ASSERT_FALSE(folder.empty());
+  EXPECT_FALSE(std::filesystem::exists(folder)) << folder;
 }
 
 }  // namespace

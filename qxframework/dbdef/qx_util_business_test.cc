@@ -209,7 +209,13 @@ TEST_F(QxUtilRate, WhereTheHostFailsIsZeroAndEFail) {
   EXPECT_EQ(CQXUtil::GetCurrencyRate(-1, nullptr, 0, CComBSTR(), rate), E_FAIL);
 }
 
-TEST_F(QxUtilRate, WithoutARowIsZero) {
+TEST_F(QxUtilRate, WithoutARowOrARateInItIsZero) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  helper->rows = {{null}};
+  EXPECT_EQ(get(), 0);
+  EXPECT_EQ(textOf(rate), "0.000000");
+  rate = 99;
   helper->rows.clear();
   EXPECT_EQ(get(), 0);
   EXPECT_EQ(textOf(rate), "0.000000");
@@ -257,6 +263,21 @@ TEST_F(QxUtilPeriod, HasAStatementForEachEngineAndLogsIt) {
 TEST_F(QxUtilPeriod, ThatIsNotThereHasAnEmptyCategoryAlthoughFoundSaysThatTheQueryRan) {
   EXPECT_EQ(get(), 0);
   EXPECT_EQ(all(), "|0|-1|0");
+}
+
+TEST_F(QxUtilPeriod, WithNullsHasTheEmptyValueOfEach) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  const CComVariant category2024(u"2024"), first(45292.0, VT_DATE);
+  const auto periodOf = [&](const std::vector<CComVariant>& row) {
+    company->answer(kPeriod, {row});
+    const std::string result = std::to_string(get());
+    return result + " " + all();
+  };
+  EXPECT_EQ(periodOf({null, CComVariant(1L), first}), "0 |1|-1|45292");
+  EXPECT_EQ(periodOf({category2024, null, first}), "0 2024|0|-1|45292");
+  EXPECT_EQ(periodOf({category2024, CComVariant(1L), null}), "0 2024|1|-1|0");
+  EXPECT_EQ(periodOf({null, null, null}), "0 |0|-1|0");
 }
 
 TEST_F(QxUtilPeriod, OfNoDateIsThatOfTheEmptyDate) {

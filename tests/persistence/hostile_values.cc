@@ -1,6 +1,7 @@
 #include "tests/persistence/hostile_values.h"
 
 #include "qxframework/automation/ole_date_time.h"
+#include "tests/support/medium.h"
 
 #include <algorithm>
 #include <array>
@@ -29,23 +30,52 @@ std::u16string asReadBack(std::u16string text) {
   return text;
 }
 
+std::uint32_t seedOfMedium() {
+  constexpr std::uint32_t kFnvBasis = 2166136261;
+  constexpr std::uint32_t kFnvPrime = 16777619;
+  std::uint32_t seed = kFnvBasis;
+  for (const char letter : medium().engine + (medium().postgres ? ".postgres" : ".sqlite"))
+    seed = (seed ^ static_cast<unsigned char>(letter)) * kFnvPrime;
+  return seed;
+}
+
 std::u16string HostileValues::text(std::size_t length) {
   const std::size_t wanted = below(static_cast<std::uint32_t>(length) + 1);
   std::u16string text;
   while (true) {
-    const std::u16string_view piece = kPieces[below(std::size(kPieces))];
-    if (text.size() + piece.size() > wanted) return text;
-    text += piece;
+    const std::u16string next = piece();
+    if (text.size() + next.size() > wanted) return text;
+    text += next;
   }
 }
 
-double asReadBack(double number) {
+std::u16string HostileValues::piece() {
+  if (below(3) == 0) return character();
+  return std::u16string(kPieces[below(std::size(kPieces))]);
+}
+
+/// Any but zero and the halves of pairs; one in four has a code below 256.
+std::u16string HostileValues::character() {
+  constexpr std::uint32_t kPlanes = 17;
+  const char32_t code = below(4) == 0 ? below(0x100) : below(kPlanes) << 16 | below(0x10000);
+  if (code == 0 || (code >= 0xD800 && code < 0xE000)) return character();
+  if (code < 0x10000) return {static_cast<char16_t>(code)};
+  return {static_cast<char16_t>(0xD7C0 + (code >> 10)),
+          static_cast<char16_t>(0xDC00 + (code & 0x3FF))};
+}
+
+std::string asWritten(double number) {
   std::array<char, 40> text{};
   const auto end = std::to_chars(text.data(), text.data() + text.size(), number,
                                  std::chars_format::general, std::numeric_limits<double>::digits10)
                        .ptr;
+  return {text.data(), end};
+}
+
+double asReadBack(double number) {
+  const std::string text = asWritten(number);
   double read = 0;
-  std::from_chars(text.data(), end, read);
+  std::from_chars(text.data(), text.data() + text.size(), read);
   return read;
 }
 

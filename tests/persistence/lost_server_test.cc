@@ -119,6 +119,84 @@ TEST_P(LostServer, ThatIsBackServesTheSameCompanyObjectAgain) {
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
+// ---- a server that is back before it is missed
+
+class RestartedServer : public LostServer {
+ protected:
+  static void restart() {
+    stop();
+    PostgresServer::shared().start();
+  }
+};
+
+TEST_P(RestartedServer, InTheMiddleOfAWalkIsToldAndNotTakenForTheEnd) {
+  Rows rows(company(), u"@ORDERS");
+  rows.SetKeysOnly(true);
+  rows.SetFields({u"U_No"});
+  rows.Load({u"Code"}, {});
+  Record record;
+  ASSERT_EQ(rows.First(record), 0);
+  restart();
+  EXPECT_THAT(failureOf([&] { rows.Next(record); }), StartsWith(kLost));
+  EXPECT_EQ(record.text(), "A");
+  EXPECT_EQ(company()->GetConnected(), VARIANT_FALSE);
+  EXPECT_THAT(failureOf([&] { rows.Next(record); }), StartsWith(kLost))
+      << "not without a new connection";
+  comeBack();
+  EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
+}
+
+TEST_P(RestartedServer, InTheMiddleOfASearchIsToldByTheCompany) {
+  Rows rows(company(), u"@ORDERS");
+  rows.SetKeysOnly(true);
+  rows.Load({u"U_No"}, {});
+  restart();
+  Record record;
+  EXPECT_FALSE(rows.Find(values({{u"U_No", u"B"}}), record));
+  EXPECT_THAT("-2000: " + login->lastError(), StartsWith(kLost));
+}
+
+// What follows the loss must not run on a connection of its own, outside of the transaction.
+TEST_P(RestartedServer, InTheMiddleOfATransactionLeavesNothingOfIt) {
+  company()->StartTransaction();
+  addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
+  restart();
+  Rows rows(company(), u"@ORDERS");
+  EXPECT_THAT(failureOf([&] { rows.Add(Record{{u"U_No", u"E"}}); }), StartsWith(kLost));
+  EXPECT_THAT(failureOf([&] {
+                rows.RemoveRange(values({{u"U_No", u"A"}}), {});
+              }),
+              StartsWith(kLost));
+  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0) << "a commit must not seem to work";
+  comeBack();
+  EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
+}
+
+TEST_P(RestartedServer, BeforeTheCommitIsToldAndTheTransactionIsGone) {
+  company()->StartTransaction();
+  addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
+  restart();
+  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
+  EXPECT_THAT(login->lastError(), StartsWith(kLostAtCommit));
+  comeBack();
+  EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
+}
+
+// A transaction begins with its first statement.
+TEST_P(RestartedServer, BeforeANewTransactionIsToldByItsFirstStatement) {
+  restart();
+  company()->raw_StartTransaction();
+  Rows rows(company(), u"@ORDERS");
+  EXPECT_THAT(failureOf([&] { rows.Add(Record{{u"U_No", u"D"}}); }), StartsWith(kLost));
+  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
+  company()->raw_Disconnect();
+  login->reconnect();
+  company()->StartTransaction();
+  addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
+  company()->EndTransaction(VARIANT_TRUE);
+  EXPECT_THAT(numbers(), ElementsAre("A", "B", "C", "D"));
+}
+
 std::string nameOfEnd(const testing::TestParamInfo<PostgresServer::End>& info) {
   switch (info.param) {
     case PostgresServer::End::Fast:
@@ -138,5 +216,6 @@ std::vector<PostgresServer::End> endsOfMedium() {
 }
 
 INSTANTIATE_TEST_SUITE_P(End, LostServer, testing::ValuesIn(endsOfMedium()), nameOfEnd);
+INSTANTIATE_TEST_SUITE_P(End, RestartedServer, testing::ValuesIn(endsOfMedium()), nameOfEnd);
 
 }  // namespace
