@@ -174,19 +174,15 @@ class AnyValues : public qx::test::CompanyFixture {
   std::vector<Record> written;
 };
 
-/// About as many as the medium writes and reads within 20 seconds.
-std::size_t rowsOfMedium() {
-  const std::size_t cells = qx::test::medium().postgres ? 75'000 : 100'000;
-  return cells / kColumns.size() + 1;
-}
+constexpr std::size_t kCells = 100'000;
+constexpr std::size_t kRows = kCells / kColumns.size() + 1;
 
 TEST_F(AnyValues, AreReadBackAsTheyWereWritten) {
   SCOPED_TRACE("seed " + std::to_string(seed));
-  const std::size_t count = rowsOfMedium();
-  writeRows(count);
+  writeRows(kRows);
   Rows rows(company(), u"@VALUES");
   rows.Load({u"Code"}, {});
-  ASSERT_EQ(rows.GetRecordCount(), static_cast<long>(count));
+  ASSERT_EQ(rows.GetRecordCount(), static_cast<long>(kRows));
   Record record;
   long at = rows.First(record);
   for (const Record& row : written) {
