@@ -4,9 +4,9 @@
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/host/application.h"
 #include "tests/persistence/company_fixture.h"
-#include "tests/support/spying_company.h"
 #include "tests/persistence/statement_cases.h"
 #include "tests/support/param_name.h"
+#include "tests/support/spying_company.h"
 
 #include <gmock/gmock.h>
 
