@@ -15,17 +15,9 @@ using test::CompanyDatabase;
 using test::engineName;
 using test::engines;
 using test::EngineTest;
+using test::refusalOf;
 
 class ExecutionColumn : public EngineTest {};
-
-std::string refusalOf(CompanyDatabase& database, std::string_view text) {
-  try {
-    database.run(text);
-    return {};
-  } catch (const SqlError& error) {
-    return error.what();
-  }
-}
 
 TEST_P(ExecutionColumn, ThatATableLacksIsRefused) {
   CompanyDatabase database = company(Dialect::Mssql);

@@ -15,6 +15,7 @@ using test::engineName;
 using test::engines;
 using test::EngineTest;
 using test::literal;
+using test::refusalOf;
 
 class ExecutionMeeting : public EngineTest {};
 class ExecutionCast : public EngineTest {};
@@ -23,15 +24,6 @@ class ExecutionNumber : public EngineTest {};
 class ExecutionNames : public EngineTest {};
 class ExecutionLike : public EngineTest {};
 class ExecutionOneRow : public EngineTest {};
-
-std::string refusalOf(CompanyDatabase& database, std::string_view text) {
-  try {
-    database.run(text);
-    return {};
-  } catch (const SqlError& error) {
-    return error.what();
-  }
-}
 
 // ---- texts and numbers
 

@@ -48,4 +48,13 @@ std::string engineName(const testing::TestParamInfo<Engine>& info) {
   return std::string(traitsOf(info.param).name == "SQLite" ? "Sqlite" : "Postgres");
 }
 
+std::string refusalOf(CompanyDatabase& database, std::string_view text) {
+  try {
+    database.run(text);
+    return {};
+  } catch (const SqlError& error) {
+    return error.what();
+  }
+}
+
 }  // namespace qx::sql::test

@@ -56,6 +56,9 @@ class CompanyDatabase {
   Translator translator_;
 };
 
+// The front end's refusal of a statement; empty when it ran.
+std::string refusalOf(CompanyDatabase& database, std::string_view text);
+
 // For tests that hold on every engine. Those of PostgreSQL run together, with one server.
 class EngineTest : public testing::TestWithParam<Engine> {
  protected:
