@@ -6,7 +6,7 @@
 #include "bench/bench_addon.h"
 #include "bench/log_settings.h"
 #include "bench/measure.h"
-#include "qxdesk/screens/user.h"
+#include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/events.h"

@@ -4,7 +4,7 @@
 
 #include "bench/measure.h"
 #include "qxframework/foundation/currency.h"
-#include "tests/support/amounts.h"
+#include "testing/amounts.h"
 
 #include <algorithm>
 #include <array>

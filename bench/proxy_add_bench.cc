@@ -8,10 +8,10 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/host/recordset.h"
 #include "qxframework/persistence/collection_proxy.h"
-#include "qxframework/persistence/condition.h"
-#include "qxframework/persistence/field_values.h"
-#include "qxframework/persistence/value_container.h"
-#include "tests/support/spying_company.h"
+#include "qxframework/query/condition.h"
+#include "qxframework/query/field_values.h"
+#include "qxframework/query/value_container.h"
+#include "testing/spying_company.h"
 
 #include <sqlite3.h>
 

@@ -5,7 +5,7 @@
 #include "bench/log_settings.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 #include <cstdio>
 #include <exception>

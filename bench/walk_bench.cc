@@ -6,9 +6,9 @@
 #include "bench/run_bench.h"
 #include "bench/walk_peers.h"
 #include "qxframework/persistence/collection_proxy.h"
-#include "qxframework/persistence/condition.h"
-#include "qxframework/persistence/value_container.h"
-#include "tests/support/spying_company.h"
+#include "qxframework/query/condition.h"
+#include "qxframework/query/value_container.h"
+#include "testing/spying_company.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -3,7 +3,7 @@
 // The peers of walk_bench: the same SELECT on the same file by other means. Each gives the sum of
 // the column U_Count, so that all can be seen to have read the same.
 
-#include "qxframework/persistence/field_values.h"
+#include "qxframework/query/field_values.h"
 
 #include <functional>
 #include <string>

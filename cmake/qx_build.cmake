@@ -51,7 +51,7 @@ endfunction()
 # One test program, usually one per folder. Every test of it is a CTest entry with the folder's
 # name as its label, and none sees the locale of whoever runs it: a test that needs another one sets
 # it itself. With POSTGRES, the tests with "Postgres" in their names are one entry together, since
-# they share a server (tests/support/postgres_server.h).
+# they share a server (testing/postgres_server.h).
 function(qx_test name)
   if(NOT QX_BUILD_TESTS)
     return()

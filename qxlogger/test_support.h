@@ -5,9 +5,9 @@
 
 #include "qxlogger/file_api.h"
 #include "qxlogger/log_clock.h"
-#include "tests/support/scoped_variable.h"
-#include "tests/support/temp_folder.h"
-#include "tests/support/time_zone.h"
+#include "testing/scoped_variable.h"
+#include "testing/temp_folder.h"
+#include "testing/time_zone.h"
 
 #include <cstdint>
 #include <deque>

@@ -8,10 +8,10 @@
 #include "qxframework/foundation/version.h"
 #include "qxframework/os/clock.h"
 #include "qxframework/resources/resource_loader.h"
-#include "tests/support/definition_file.h"
-#include "tests/support/fake_application.h"
-#include "tests/support/fake_company.h"
-#include "tests/support/recording_logger.h"
+#include "testing/definition_file.h"
+#include "testing/fake_application.h"
+#include "testing/fake_company.h"
+#include "testing/recording_logger.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,11 +2,11 @@
 
 #include "qxdesk/company/company_service.h"
 #include "qxdesk/company/data_helper.h"
-#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/recordset.h"
 #include "qxdesk/company/user_fields_md.h"
 #include "qxdesk/company/user_keys_md.h"
 #include "qxdesk/company/user_tables_md.h"
+#include "qxdesk/engines/open_database.h"
 #include "qxdesk/session/type_library.h"
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/automation/format.h"

@@ -1,7 +1,7 @@
-#include "qxdesk/company/company_schema.h"
+#include "qxdesk/dictionary/company_schema.h"
 
-#include "qxdesk/company/table_layout.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/table_layout.h"
 #include "qxframework/automation/text.h"
 
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "qxdesk/company/company_session.h"
 
-#include "qxdesk/company/company_schema.h"
 #include "qxdesk/company/result_columns.h"
+#include "qxdesk/dictionary/company_schema.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"

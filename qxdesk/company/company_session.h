@@ -4,11 +4,11 @@
 // state, the last error. Every object holds the session, so it lives as long as the last of them;
 // after Disconnect they all answer that the company is not connected.
 
-#include "qxdesk/company/company_error.h"
-#include "qxdesk/company/company_settings.h"
-#include "qxdesk/company/database.h"
-#include "qxdesk/company/environment.h"
-#include "qxdesk/company/row_store.h"
+#include "qxdesk/dictionary/company_settings.h"
+#include "qxdesk/engines/company_error.h"
+#include "qxdesk/engines/database.h"
+#include "qxdesk/engines/environment.h"
+#include "qxdesk/engines/row_store.h"
 #include "qxdesk/session/call_gate.h"
 #include "qxdesk/session/login_context.h"
 

@@ -2,7 +2,7 @@
 
 // The display forms of dates and amounts by the settings of the company.
 
-#include "qxdesk/company/company_settings.h"
+#include "qxdesk/dictionary/company_settings.h"
 #include "qxframework/automation/types.h"
 
 #include <optional>

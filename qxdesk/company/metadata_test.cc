@@ -1,5 +1,5 @@
-#include "qxdesk/company/dictionary.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/dictionary/dictionary.h"
 
 #include <random>
 

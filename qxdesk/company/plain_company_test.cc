@@ -2,11 +2,11 @@
 // The source here is the SQLite driver, an engine that takes [x] and LIMIT by itself.
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/engines/open_database.h"
-#include "qxdesk/company/row_store.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/open_database.h"
+#include "qxdesk/engines/row_store.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/odbc_program.h"
+#include "testing/odbc_program.h"
 
 namespace qx::desk {
 namespace {

@@ -1,11 +1,11 @@
 // A company on a PostgreSQL server: how it opens, what users are told when it does not, and what
 // the dictionary promises when several processes change it.
 
-#include "qxdesk/company/company_schema.h"
-#include "qxdesk/company/engines/engine_tables.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/dictionary/company_schema.h"
+#include "qxdesk/engines/engine_tables.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/postgres_server.h"
+#include "testing/postgres_server.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -2,7 +2,7 @@
 
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/odbc_program.h"
+#include "testing/odbc_program.h"
 
 namespace qx::desk {
 namespace {

@@ -1,11 +1,11 @@
 // The server goes away while a company is open: it is told as that, never as an end of rows, and
 // nothing half done is kept.
 
-#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/open_database.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/odbc_program.h"
-#include "tests/support/postgres_server.h"
+#include "testing/odbc_program.h"
+#include "testing/postgres_server.h"
 
 namespace qx::desk {
 namespace {

@@ -1,11 +1,11 @@
 // A connection string may set the driver and the server as it likes: what they promise stays.
 
-#include "qxdesk/company/engines/odbc_connection.h"
-#include "qxdesk/company/engines/odbc_statement.h"
-#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/odbc_connection.h"
+#include "qxdesk/engines/odbc_statement.h"
+#include "qxdesk/engines/open_database.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/postgres_server.h"
+#include "testing/postgres_server.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -1,9 +1,9 @@
 // Rows from a PostgreSQL server: as many, as long and as exact as they were written.
 
-#include "qxdesk/company/engines/open_database.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/open_database.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/odbc_program.h"
+#include "testing/odbc_program.h"
 
 namespace qx::desk {
 namespace {

@@ -1,6 +1,6 @@
 #include "qxdesk/company/recordset.h"
 
-#include "qxdesk/company/company_error.h"
+#include "qxdesk/engines/company_error.h"
 #include "qxdesk/sql/sql_error.h"
 #include "qxdesk/sql/statement_text.h"
 

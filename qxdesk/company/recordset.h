@@ -6,7 +6,7 @@
 
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/company/object_base.h"
-#include "qxdesk/company/row_store.h"
+#include "qxdesk/engines/row_store.h"
 #include "qxframework/host/recordset.h"
 
 #include <memory>

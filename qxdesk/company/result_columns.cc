@@ -1,6 +1,6 @@
 #include "qxdesk/company/result_columns.h"
 
-#include "qxdesk/company/dictionary.h"
+#include "qxdesk/dictionary/dictionary.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 

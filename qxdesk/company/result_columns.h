@@ -3,7 +3,7 @@
 // What the columns of an add-on's query are called and what they hold: as the statement wrote them,
 // as the dictionary spells them behind a *, and where neither knows them, as the engine tells.
 
-#include "qxdesk/company/row_store.h"
+#include "qxdesk/engines/row_store.h"
 
 #include <vector>
 

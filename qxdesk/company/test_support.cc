@@ -1,9 +1,9 @@
 #include "qxdesk/company/test_support.h"
 
-#include "qxdesk/company/engines/open_database.h"
-#include "qxdesk/company/row_store.h"
+#include "qxdesk/engines/open_database.h"
+#include "qxdesk/engines/row_store.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/postgres_server.h"
+#include "testing/postgres_server.h"
 
 #include <algorithm>
 

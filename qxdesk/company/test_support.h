@@ -4,14 +4,14 @@
 // it over, and a database that fails on demand.
 
 #include "qxdesk/company/company.h"
-#include "qxdesk/company/environment.h"
-#include "qxdesk/company/field_type.h"
+#include "qxdesk/dictionary/field_type.h"
+#include "qxdesk/engines/environment.h"
 #include "qxdesk/session/login_context.h"
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/metadata.h"
-#include "tests/support/raised_by.h"
-#include "tests/support/temp_folder.h"
+#include "testing/raised_by.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

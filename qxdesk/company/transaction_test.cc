@@ -1,6 +1,6 @@
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/engines/sqlite_tables.h"
 #include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/sqlite_tables.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/dictionary.h"
 #include "qxdesk/company/object_base.h"
+#include "qxdesk/dictionary/dictionary.h"
 #include "qxframework/host/metadata.h"
 
 namespace qx::desk {

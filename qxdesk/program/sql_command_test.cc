@@ -1,6 +1,6 @@
 // The program itself, started as a process that has no environment and so no registry.
 
-#include "tests/support/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

@@ -1,7 +1,7 @@
 #include "qxdesk/sql/emitter_postgres.h"
 #include "qxdesk/sql/test_schema.h"
 #include "qxdesk/sql/test_support.h"
-#include "tests/support/postgres_server.h"
+#include "testing/postgres_server.h"
 
 #include <sql.h>
 #include <sqlext.h>

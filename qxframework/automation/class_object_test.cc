@@ -6,8 +6,8 @@
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/test_component.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/registry_in_use.h"
-#include "tests/support/temp_folder.h"
+#include "testing/registry_in_use.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

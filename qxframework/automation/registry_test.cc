@@ -2,8 +2,8 @@
 
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
-#include "tests/support/scoped_variable.h"
-#include "tests/support/temp_folder.h"
+#include "testing/scoped_variable.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

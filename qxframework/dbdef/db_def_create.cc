@@ -2,8 +2,7 @@
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/definition_node.h"
-#include "qxframework/dbdef/engine_sql.h"
-#include "qxframework/dbdef/qx_util.h"
+#include "qxframework/sql/engine_sql.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/host/application.h"
@@ -13,6 +12,7 @@
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/resources/resource_loader.h"
+#include "qxframework/util/qx_util.h"
 #include "qxframework/xml/dom.h"
 
 using qx::dbdef::forEachChild;

@@ -2,7 +2,7 @@
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/definition_node.h"
-#include "qxframework/dbdef/engine_sql.h"
+#include "qxframework/sql/engine_sql.h"
 #include "qxframework/foundation/numbers.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/company.h"

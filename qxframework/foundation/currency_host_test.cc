@@ -1,10 +1,10 @@
 // Money that asks the host: rounding and display forms.
 
 #include "qxframework/foundation/currency.h"
-#include "tests/support/amounts.h"
-#include "tests/support/amounts_at_the_host.h"
-#include "tests/support/fake_money.h"
-#include "tests/support/raised_by.h"
+#include "testing/amounts.h"
+#include "testing/amounts_at_the_host.h"
+#include "testing/fake_money.h"
+#include "testing/raised_by.h"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 // with much weight on the ends of the range, so that what raises and what wraps is compared too.
 
 #include "qxframework/foundation/currency.h"
-#include "tests/support/amounts.h"
+#include "testing/amounts.h"
 
 #include <gtest/gtest.h>
 

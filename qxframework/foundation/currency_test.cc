@@ -1,7 +1,7 @@
 #include "qxframework/foundation/currency.h"
 
-#include "tests/support/amounts.h"
-#include "tests/support/raised_by.h"
+#include "testing/amounts.h"
+#include "testing/raised_by.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/os/clock.h"
-#include "tests/support/fake_money.h"
-#include "tests/support/time_zone.h"
+#include "testing/fake_money.h"
+#include "testing/time_zone.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 #include "qxframework/foundation/qx_bstr.h"
 
-#include "tests/support/raised_by.h"
+#include "testing/raised_by.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "qxframework/foundation/time_stamp.h"
 
 #include "qxframework/os/clock.h"
-#include "tests/support/host_calls.h"
-#include "tests/support/host_stubs.h"
-#include "tests/support/time_zone.h"
+#include "testing/host_calls.h"
+#include "testing/host_stubs.h"
+#include "testing/time_zone.h"
 
 #include <gmock/gmock.h>
 

@@ -5,7 +5,7 @@
 #include "qxframework/os/debug_trace.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
-#include "tests/support/recording_logger.h"
+#include "testing/recording_logger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "qxframework/os/debug_trace.h"
 
 #include "qxframework/automation/text.h"
-#include "tests/support/scoped_variable.h"
+#include "testing/scoped_variable.h"
 
 #include <gtest/gtest.h>
 

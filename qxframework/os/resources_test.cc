@@ -1,7 +1,7 @@
 #include "qxframework/os/resources.h"
 
 #include "qxframework/os/test_support.h"
-#include "tests/support/scoped_variable.h"
+#include "testing/scoped_variable.h"
 
 #include <gtest/gtest.h>
 

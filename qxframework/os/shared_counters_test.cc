@@ -1,8 +1,8 @@
 #include "qxframework/os/shared_counters.h"
 
 #include "qxframework/os/test_support.h"
-#include "tests/support/scoped_variable.h"
-#include "tests/support/temp_folder.h"
+#include "testing/scoped_variable.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "qxframework/os/version_info.h"
 
 #include "qxframework/os/test_support.h"
-#include "tests/support/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

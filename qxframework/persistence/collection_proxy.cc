@@ -4,8 +4,8 @@
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/internal/proxy_parts.h"
-#include "qxframework/persistence/internal/value_lookup.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
+#include "qxframework/query/value_lookup.h"
 
 #include <utility>
 

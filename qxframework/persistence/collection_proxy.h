@@ -4,9 +4,9 @@
 // and its record, and from then on steps through records and finds, adds, changes and removes them
 // by their keys. The company's engine decides behind it which SQL is written.
 
-#include "qxframework/persistence/browser_collection.h"
-#include "qxframework/persistence/field_values.h"
-#include "qxframework/persistence/sort_field.h"
+#include "qxframework/query/browser_collection.h"
+#include "qxframework/query/field_values.h"
+#include "qxframework/query/sort_field.h"
 
 #include <memory>
 

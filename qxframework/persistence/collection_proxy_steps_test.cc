@@ -1,9 +1,9 @@
 // What a step gives to the record: always the current row, by the names of the statement run last.
 
 #include "qxframework/persistence/collection_proxy.h"
-#include "qxframework/persistence/condition.h"
 #include "qxframework/persistence/testing/proxy_records.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/query/condition.h"
 
 #include <gtest/gtest.h>
 

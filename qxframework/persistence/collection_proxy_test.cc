@@ -1,8 +1,8 @@
 #include "qxframework/persistence/collection_proxy.h"
 
 #include "qxframework/automation/com_error.h"
-#include "qxframework/persistence/link_criteria.h"
 #include "qxframework/persistence/testing/collection_proxy_fixture.h"
+#include "qxframework/query/link_criteria.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/internal/proxy_parts.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 namespace Persistence {
 

@@ -8,7 +8,7 @@
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/simple_map.h"
 #include "qxframework/foundation/qx_ptr.h"
-#include "qxframework/persistence/condition.h"
+#include "qxframework/query/condition.h"
 
 #include <memory>
 #include <vector>

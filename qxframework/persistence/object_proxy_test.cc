@@ -2,12 +2,12 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/persistence/choose_list_helper.h"
-#include "qxframework/persistence/link_criteria.h"
 #include "qxframework/persistence/testing/proxy_records.h"
 #include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/persistence/testing/vtable_slot.h"
-#include "tests/support/recording_logger.h"
+#include "qxframework/query/link_criteria.h"
+#include "testing/recording_logger.h"
 
 #include <gtest/gtest.h>
 

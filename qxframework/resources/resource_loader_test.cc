@@ -5,10 +5,10 @@
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
-#include "tests/support/raised_by.h"
-#include "tests/support/recording_logger.h"
-#include "tests/support/scoped_variable.h"
-#include "tests/support/temp_folder.h"
+#include "testing/raised_by.h"
+#include "testing/recording_logger.h"
+#include "testing/scoped_variable.h"
+#include "testing/temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

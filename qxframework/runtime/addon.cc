@@ -2,7 +2,6 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/automation/com_object.h"
-#include "qxframework/dbdef/qx_util.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/gui_api.h"
 #include "qxframework/logging/function_log.h"
@@ -11,6 +10,7 @@
 #include "qxframework/runtime/internal/attach_counters.h"
 #include "qxframework/runtime/internal/framework_texts.h"
 #include "qxframework/runtime/qx_idispatch.h"
+#include "qxframework/util/qx_util.h"
 
 #include <new>
 #include <system_error>

@@ -10,6 +10,7 @@
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
+#include "qxframework/forms/form_declaration.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/controls.h"
@@ -17,7 +18,6 @@
 #include "qxframework/host/form.h"
 #include "qxframework/host/recordset.h"
 #include "qxframework/resources/xml_map.h"
-#include "qxframework/runtime/form_declaration.h"
 
 #include <string>
 #include <vector>

@@ -4,7 +4,7 @@
 #include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/testing/fake_host.h"
 #include "qxframework/runtime/testing/test_addon.h"
-#include "tests/support/registry_in_use.h"
+#include "testing/registry_in_use.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

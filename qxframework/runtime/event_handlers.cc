@@ -1,7 +1,6 @@
 // The events one by one. Forms and the add-on are called by the rules of internal/guarded_call.h.
 
 #include "qxframework/automation/com_object.h"
-#include "qxframework/dbdef/qx_util.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/host/events.h"
 #include "qxframework/host/form.h"
@@ -10,6 +9,7 @@
 #include "qxframework/runtime/internal/framework_texts.h"
 #include "qxframework/runtime/internal/guarded_call.h"
 #include "qxframework/runtime/qx_idispatch.h"
+#include "qxframework/util/qx_util.h"
 
 #include <algorithm>
 

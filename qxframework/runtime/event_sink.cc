@@ -1,13 +1,13 @@
 #include "qxframework/runtime/event_sink.h"
 
 #include "qxframework/automation/com_object.h"
-#include "qxframework/dbdef/qx_util.h"
 #include "qxframework/host/events.h"
 #include "qxframework/host/form.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/runtime/addon_form.h"
 #include "qxframework/runtime/internal/event_args.h"
 #include "qxframework/runtime/internal/framework_texts.h"
+#include "qxframework/util/qx_util.h"
 
 #include <algorithm>
 #include <iterator>

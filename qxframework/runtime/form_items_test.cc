@@ -3,7 +3,7 @@
 #include "qxframework/runtime/testing/fake_controls.h"
 #include "qxframework/runtime/testing/fake_host.h"
 #include "qxframework/runtime/testing/test_addon.h"
-#include "tests/support/raised_by.h"
+#include "testing/raised_by.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

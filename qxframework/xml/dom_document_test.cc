@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/xml/test_document.h"
-#include "tests/support/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "qxframework/xml/dom.h"
 
 #include "qxframework/xml/test_document.h"
-#include "tests/support/raised_by.h"
+#include "testing/raised_by.h"
 
 #include <string>
 

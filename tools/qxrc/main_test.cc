@@ -1,6 +1,6 @@
 // The program itself: its files, its exit codes and what it prints.
 
-#include "tests/support/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tools/qxrc/manifest.h"
 
-#include "tests/support/temp_folder.h"
+#include "testing/temp_folder.h"
 #include "tools/input/diagnostic.h"
 
 #include <gtest/gtest.h>

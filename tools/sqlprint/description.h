@@ -4,8 +4,8 @@
 // the persistence layer keeps pointers to names only.
 
 #include "qxframework/automation/variant.h"
-#include "qxframework/persistence/condition.h"
-#include "qxframework/persistence/link_criteria.h"
+#include "qxframework/query/condition.h"
+#include "qxframework/query/link_criteria.h"
 #include "tools/input/diagnostic.h"
 
 #include <optional>

@@ -2,7 +2,7 @@
 
 #include "tools/sqlprint/description.h"
 
-#include "tests/support/param_name.h"
+#include "testing/param_name.h"
 #include "tools/sqlprint/printer.h"
 
 #include <gtest/gtest.h>

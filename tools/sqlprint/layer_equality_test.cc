@@ -1,8 +1,8 @@
 // What is printed for a description is what the layer's classes send with a company, unit by unit.
 
 #include "qxframework/automation/text.h"
-#include "qxframework/persistence/persistence_exception.h"
-#include "tests/support/param_name.h"
+#include "qxframework/query/persistence_exception.h"
+#include "testing/param_name.h"
 #include "tools/sqlprint/printer.h"
 #include "tools/sqlprint/testing/random_statement.h"
 #include "tools/sqlprint/testing/recording_company.h"

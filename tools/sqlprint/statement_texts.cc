@@ -2,11 +2,11 @@
 
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
-#include "qxframework/dbdef/engine_sql.h"
+#include "qxframework/sql/engine_sql.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 #include <memory>
 

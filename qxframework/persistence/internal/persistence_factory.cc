@@ -1,7 +1,7 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 
 #include "qxframework/persistence/internal/dialect_classes.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 #include <new>
 

@@ -13,8 +13,8 @@
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/qx_ptr.h"
 #include "qxframework/host/company.h"
-#include "qxframework/persistence/condition.h"
-#include "qxframework/persistence/link_criteria.h"
+#include "qxframework/query/condition.h"
+#include "qxframework/query/link_criteria.h"
 
 #include <string_view>
 #include <vector>

@@ -4,7 +4,7 @@
 // CQXPersistentObject. The class of an engine's dialect completes it (see dialect_classes.h).
 
 #include "qxframework/persistence/internal/persistent_base.h"
-#include "qxframework/persistence/sort_field.h"
+#include "qxframework/query/sort_field.h"
 
 #include <cstdint>
 #include <string>

@@ -5,7 +5,7 @@
 #include "qxframework/persistence/internal/dialect.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/sql_text.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 namespace Persistence {
 namespace {

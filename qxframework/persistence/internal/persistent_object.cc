@@ -3,7 +3,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/persistence/internal/sql_text.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 #include <exception>
 

@@ -4,8 +4,8 @@
 // engine's dialect completes it (see dialect_classes.h).
 
 #include "qxframework/automation/simple_map.h"
-#include "qxframework/persistence/field_values.h"
 #include "qxframework/persistence/internal/persistent_base.h"
+#include "qxframework/query/field_values.h"
 
 namespace Persistence {
 

@@ -1,10 +1,10 @@
 // The statements of one row.
 
 #include "qxframework/automation/text.h"
-#include "qxframework/dbdef/qx_util.h"
 #include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/internal/sql_text.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
+#include "qxframework/util/qx_util.h"
 
 #include <algorithm>
 #include <optional>

@@ -4,7 +4,7 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
-#include "tests/support/recording_logger.h"
+#include "testing/recording_logger.h"
 
 #include <gmock/gmock.h>
 

@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/format.h"
-#include "qxframework/persistence/persistence_exception.h"
+#include "qxframework/query/persistence_exception.h"
 
 #include <algorithm>
 

@@ -6,7 +6,7 @@
 #include "qxframework/persistence/testing/proxy_records.h"
 #include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
-#include "tests/support/recording_logger.h"
+#include "testing/recording_logger.h"
 
 #include <gtest/gtest.h>
 

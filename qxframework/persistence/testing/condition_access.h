@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qxframework/persistence/condition.h"
+#include "qxframework/query/condition.h"
 
 #include <memory>
 

@@ -2,9 +2,9 @@
 
 // The record that the tests of the proxies deal in, and the rows of its table.
 
-#include "qxframework/persistence/field_values.h"
 #include "qxframework/persistence/testing/scripted_company.h"
-#include "qxframework/persistence/value_container.h"
+#include "qxframework/query/field_values.h"
+#include "qxframework/query/value_container.h"
 
 #include <string>
 #include <utility>

@@ -4,10 +4,10 @@
 // the four dialects.
 
 #include "qxframework/automation/text.h"
-#include "qxframework/persistence/condition.h"
-#include "qxframework/persistence/field_values.h"
-#include "qxframework/persistence/persistence_exception.h"
-#include "tests/support/param_name.h"
+#include "qxframework/query/condition.h"
+#include "qxframework/query/field_values.h"
+#include "qxframework/query/persistence_exception.h"
+#include "testing/param_name.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 // cursor that goes in front of the first row and behind the last. What is run goes to one list, and
 // any statement can be made to fail by its number.
 
-#include "tests/support/host_stubs.h"
+#include "testing/host_stubs.h"
 
 #include <map>
 #include <string>

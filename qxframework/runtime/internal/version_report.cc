@@ -1,9 +1,9 @@
 #include "qxframework/runtime/internal/version_report.h"
 
-#include "qxframework/dbdef/qx_util.h"
 #include "qxframework/host/ids.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/runtime/internal/framework_texts.h"
+#include "qxframework/util/qx_util.h"
 
 namespace qx {
 namespace {

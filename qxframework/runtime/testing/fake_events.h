@@ -2,7 +2,7 @@
 
 // Events of the client for tests, and their arguments.
 
-#include "tests/support/host_stubs.h"
+#include "testing/host_stubs.h"
 
 #include <string>
 

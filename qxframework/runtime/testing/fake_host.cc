@@ -1,8 +1,8 @@
 #include "qxframework/runtime/testing/fake_host.h"
 
 #include "qxframework/automation/class_object.h"
-#include "tests/support/fake_form_list.h"
-#include "tests/support/fake_rows.h"
+#include "testing/fake_form_list.h"
+#include "testing/fake_rows.h"
 
 namespace qx::test {
 namespace {

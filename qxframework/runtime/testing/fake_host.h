@@ -8,9 +8,9 @@
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/gui_api.h"
-#include "tests/support/fake_type_library.h"
-#include "tests/support/host_calls.h"
-#include "tests/support/host_stubs.h"
+#include "testing/fake_type_library.h"
+#include "testing/host_calls.h"
+#include "testing/host_stubs.h"
 
 #include <deque>
 #include <optional>

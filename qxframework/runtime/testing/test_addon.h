@@ -10,7 +10,7 @@
 #include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/qx_idispatch.h"
 #include "qxframework/runtime/testing/fake_host.h"
-#include "tests/support/recording_logger.h"
+#include "testing/recording_logger.h"
 
 #include <functional>
 #include <map>

@@ -4,7 +4,7 @@
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/ids.h"
-#include "tests/support/temp_folder.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 

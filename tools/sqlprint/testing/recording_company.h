@@ -4,7 +4,7 @@
 // gives one row without columns, but for the highest code of a user table.
 
 #include "qxframework/host/company.h"
-#include "tests/support/host_stubs.h"
+#include "testing/host_stubs.h"
 
 #include <string>
 #include <vector>

@@ -1,0 +1,213 @@
+#include "qxdesk/engines/odbc_connection.h"
+
+#include "qxdesk/engines/odbc_error.h"
+#include "qxframework/automation/text.h"
+
+#include <sql.h>
+#include <sqlext.h>
+#include <sqlucode.h>
+
+#include <array>
+#include <vector>
+
+namespace qx::desk {
+
+namespace {
+
+// Ample, since a driver that is given little room tells less.
+constexpr std::size_t kCompletedUnits = 16 * 1024;
+
+SQLPOINTER number(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
+
+}  // namespace
+
+struct OdbcConnection::Handles {
+  ~Handles() {
+    if (connected) SQLDisconnect(connection);
+    if (connection != nullptr) SQLFreeHandle(SQL_HANDLE_DBC, connection);
+    if (environment != nullptr) SQLFreeHandle(SQL_HANDLE_ENV, environment);
+  }
+
+  SQLHENV environment = nullptr;
+  SQLHDBC connection = nullptr;
+  bool connected = false;
+};
+
+OdbcConnection::OdbcConnection(std::string_view connection, int timeoutSeconds)
+    : handles_(std::make_unique<Handles>()) {
+  connect(connection, timeoutSeconds);
+}
+
+OdbcConnection::~OdbcConnection() {
+  if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
+}
+
+void OdbcConnection::connect(std::string_view connection, int timeoutSeconds) {
+  Handles& handles = *handles_;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &handles.environment)) ||
+      !SQL_SUCCEEDED(
+          SQLSetEnvAttr(handles.environment, SQL_ATTR_ODBC_VERSION, number(SQL_OV_ODBC3), 0)) ||
+      !SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_DBC, handles.environment, &handles.connection))) {
+    throw DatabaseError(Fault::NoDriver, "the ODBC driver manager does not start");
+  }
+  SQLSetConnectAttrW(handles.connection, SQL_ATTR_LOGIN_TIMEOUT,
+                     number(static_cast<SQLULEN>(timeoutSeconds)), 0);
+  std::u16string text = toUtf16(connection);
+  std::vector<char16_t> completed(kCompletedUnits);
+  SQLSMALLINT length = 0;
+  const SQLRETURN result =
+      SQLDriverConnectW(handles.connection, nullptr, reinterpret_cast<SQLWCHAR*>(text.data()),
+                        SQL_NTS, reinterpret_cast<SQLWCHAR*>(completed.data()),
+                        static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
+  if (!SQL_SUCCEEDED(result)) {
+    const OdbcDiagnosis diagnosis = diagnose(SQL_HANDLE_DBC, handles.connection, true);
+    throw DatabaseError(faultOfConnect(diagnosis), diagnosis.message);
+  }
+  handles.connected = true;
+  completed.back() = 0;
+  completed_ = toUtf8(completed.data());
+  wide_ = passesWideTexts();
+  moreResults_ = has(SQL_API_SQLMORERESULTS);
+}
+
+bool OdbcConnection::has(unsigned short function) const {
+  SQLUSMALLINT there = SQL_FALSE;
+  return SQL_SUCCEEDED(SQLGetFunctions(handles_->connection, function, &there)) &&
+         there == SQL_TRUE;
+}
+
+// The driver gives a statement back as it would send it.
+bool OdbcConnection::passesWideTexts() const {
+  std::u16string sql = u"SELECT '\u00E4\u4E2D\U0001F600'";
+  std::array<char16_t, 64> back{};
+  SQLINTEGER length = 0;
+  const SQLRETURN result =
+      SQLNativeSqlW(handles_->connection, reinterpret_cast<SQLWCHAR*>(sql.data()),
+                    static_cast<SQLINTEGER>(sql.size()), reinterpret_cast<SQLWCHAR*>(back.data()),
+                    static_cast<SQLINTEGER>(back.size()), &length);
+  return !SQL_SUCCEEDED(result) || std::u16string_view(back.data()) == sql;
+}
+
+void OdbcConnection::begin() {
+  needAlive();
+  setAutocommit(false);
+  inTransaction_ = true;
+}
+
+void OdbcConnection::commit() {
+  needAlive();
+  try {
+    endTransaction(SQL_COMMIT);
+  } catch (const DatabaseError& error) {
+    if (error.fault() != Fault::ConnectionLost) throw;
+    throw DatabaseError(Fault::CommitUnknown, error.what());
+  }
+}
+
+void OdbcConnection::rollback() {
+  if (lost_) return;
+  try {
+    endTransaction(SQL_ROLLBACK);
+  } catch (const DatabaseError& error) {
+    if (error.fault() != Fault::ConnectionLost) throw;
+  }
+}
+
+void OdbcConnection::endTransaction(short how) {
+  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, handles_->connection, how))) failConnection();
+  inTransaction_ = false;
+  setAutocommit(true);
+}
+
+void OdbcConnection::setAutocommit(bool on) {
+  const SQLRETURN result =
+      SQLSetConnectAttrW(handles_->connection, SQL_ATTR_AUTOCOMMIT,
+                         number(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), 0);
+  if (!SQL_SUCCEEDED(result)) failConnection();
+}
+
+void OdbcConnection::needAlive() {
+  if (!lost_ && isDead()) {
+    lost_ = DatabaseError(Fault::ConnectionLost, "the server has gone");
+    inTransaction_ = false;
+  }
+  if (lost_) throw *lost_;
+}
+
+bool OdbcConnection::isDead() const {
+  SQLUINTEGER dead = SQL_CD_FALSE;
+  const SQLRETURN result = SQLGetConnectAttrW(handles_->connection, SQL_ATTR_CONNECTION_DEAD, &dead,
+                                              sizeof dead, nullptr);
+  return SQL_SUCCEEDED(result) && dead == SQL_CD_TRUE;
+}
+
+std::string OdbcConnection::info(unsigned short which) const {
+  std::array<char16_t, 256> text{};
+  SQLSMALLINT bytes = 0;
+  const SQLRETURN result = SQLGetInfoW(handles_->connection, which, text.data(),
+                                       static_cast<SQLSMALLINT>(sizeof text), &bytes);
+  if (!SQL_SUCCEEDED(result)) return {};
+  return toUtf8(std::u16string_view(text.data()));
+}
+
+unsigned OdbcConnection::infoNumber(unsigned short which) const {
+  SQLUINTEGER value = 0;
+  const SQLRETURN result = SQLGetInfoW(handles_->connection, which, &value, sizeof value, nullptr);
+  return SQL_SUCCEEDED(result) ? value : 0;
+}
+
+void* OdbcConnection::newStatement() {
+  if (lost_) throw *lost_;
+  SQLHSTMT statement = nullptr;
+  const SQLRETURN result = SQLAllocHandle(SQL_HANDLE_STMT, handles_->connection, &statement);
+  if (!SQL_SUCCEEDED(result)) failConnection();
+  return statement;
+}
+
+short OdbcConnection::prepare(void* statement, std::string& sql) const {
+  if (!wide_) {
+    return SQLPrepare(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
+                      static_cast<SQLINTEGER>(sql.size()));
+  }
+  std::u16string text = toUtf16(sql);
+  return SQLPrepareW(statement, reinterpret_cast<SQLWCHAR*>(text.data()),
+                     static_cast<SQLINTEGER>(text.size()));
+}
+
+short OdbcConnection::execute(void* statement, std::string& sql) const {
+  if (!wide_) {
+    return SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
+                         static_cast<SQLINTEGER>(sql.size()));
+  }
+  std::u16string text = toUtf16(sql);
+  return SQLExecDirectW(statement, reinterpret_cast<SQLWCHAR*>(text.data()),
+                        static_cast<SQLINTEGER>(text.size()));
+}
+
+void OdbcConnection::failStatement(void* statement) { fail(SQL_HANDLE_STMT, statement); }
+
+void OdbcConnection::failConnection() { fail(SQL_HANDLE_DBC, handles_->connection); }
+
+void OdbcConnection::fail(short kind, void* handle) {
+  const OdbcDiagnosis diagnosis = diagnose(kind, handle, wide_);
+  const DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfStatement(diagnosis),
+                            diagnosis.message);
+  noteFailure(error);
+  throw error;
+}
+
+void OdbcConnection::noteFailure(const DatabaseError& error) {
+  if (error.fault() == Fault::ConnectionLost) {
+    lost_ = error;
+    inTransaction_ = false;
+  }
+  const bool over = error.fault() == Fault::RolledBack || error.fault() == Fault::Aborted;
+  if (over && inTransaction_) {
+    // Some engines have ended it already, others wait for the word.
+    inTransaction_ = false;
+    SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
+    SQLSetConnectAttrW(handles_->connection, SQL_ATTR_AUTOCOMMIT, number(SQL_AUTOCOMMIT_ON), 0);
+  }
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,179 @@
+#include "qxdesk/engines/odbc_database.h"
+
+#include "qxdesk/engines/driver_options.h"
+#include "qxdesk/engines/odbc_names.h"
+#include "qxdesk/engines/odbc_statement.h"
+#include "qxdesk/engines/plain_savepoints.h"
+#include "qxdesk/engines/plain_tables.h"
+#include "qxdesk/engines/postgres_catalog.h"
+#include "qxdesk/engines/postgres_tables.h"
+#include "qxdesk/sql/emitter_postgres.h"
+
+#include <sql.h>
+#include <sqlext.h>
+
+namespace qx::desk {
+
+namespace {
+
+constexpr std::string_view kPostgres = "PostgreSQL";
+constexpr std::string_view kPostgresDriver = "psqlodbc";
+
+std::string settingsOf(const CompanyEnvironment& environment) {
+  return "SET client_min_messages = warning; "
+         // A process that waited for its turn to make the company must see what the other one made.
+         "SET default_transaction_isolation = 'read committed'; "
+         // A comparison with NULL is neither true nor false.
+         "SET transform_null_equals = off; "
+         "SET lock_timeout = " +
+         std::to_string(environment.busyTimeoutMs) + "; SELECT set_config('statement_timeout', '" +
+         std::to_string(environment.statementTimeoutSeconds) +
+         "s', false) WHERE current_setting('statement_timeout') = '0'";
+}
+
+class OdbcDatabase : public Database {
+ public:
+  OdbcDatabase(std::unique_ptr<OdbcConnection> connection, NameStyle names)
+      : connection_(std::move(connection)), names_(std::move(names)) {}
+
+  std::unique_ptr<Statement> prepare(std::string_view sql) override {
+    return makeOdbcStatement(*connection_, withEngineNames(sql, names_));
+  }
+  std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
+    return makeOdbcStatement(*connection_, sql);
+  }
+  // A driver describes expressions, too.
+  sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
+  void begin() override { connection_->begin(); }
+  void commit() override { connection_->commit(); }
+  void rollback() override { connection_->rollback(); }
+  bool inTransaction() const override { return connection_->inTransaction(); }
+  bool isReadOnly() const override { return connection_->info(SQL_DATA_SOURCE_READ_ONLY) == "Y"; }
+  std::optional<DatabaseError> lost() const override { return connection_->lost(); }
+
+ protected:
+  OdbcConnection& connection() { return *connection_; }
+
+ private:
+  std::unique_ptr<OdbcConnection> connection_;
+  NameStyle names_;
+};
+
+class PostgresDatabase final : public OdbcDatabase {
+ public:
+  PostgresDatabase(std::unique_ptr<OdbcConnection> connection,
+                   const CompanyEnvironment& environment, bool readOnly)
+      : OdbcDatabase(std::move(connection), {"\"", true}), catalog_(*this), readOnly_(readOnly) {
+    needUtf8();
+    endForeignTransaction();
+    execute(sql::kPostgresSettings);
+    execute(settingsOf(environment));
+    if (readOnly_) execute("SET default_transaction_read_only = on");
+  }
+
+  Route route() const override { return Route::ToPostgres; }
+  const EngineTables& tables() const override { return postgresTables(); }
+  const sql::Catalog& catalog() override { return catalog_; }
+  void noticeChanges() override { catalog_.forget(); }
+  bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
+
+ private:
+  // In any other encoding some letters would be refused one day, when they are first written.
+  void needUtf8() {
+    const std::string encoding = queryText("SHOW server_encoding");
+    if (encoding == "UTF8") return;
+    throw DatabaseError(Fault::Statement,
+                        "its encoding is " + encoding + "; make a database with ENCODING 'UTF8'");
+  }
+
+  // Ends what the connection string's own statements began. The statement ROLLBACK would not do:
+  // where nothing is open, the driver takes it for the end of a failure and never tidies up again.
+  void endForeignTransaction() {
+    begin();
+    rollback();
+  }
+
+  PostgresCatalog catalog_;
+  bool readOnly_;
+};
+
+class PlainDatabase final : public OdbcDatabase {
+ public:
+  PlainDatabase(std::unique_ptr<OdbcConnection> connection, NameStyle names)
+      : OdbcDatabase(std::move(connection), std::move(names)),
+        tables_(this->connection()),
+        savepoints_(*this, this->connection()) {}
+
+  Route route() const override { return Route::AsTheyStand; }
+  const EngineTables& tables() const override { return tables_; }
+  const sql::Catalog& catalog() override { return catalog_; }
+  void noticeChanges() override {}
+  void setSavepoint() override { savepoints_.set(); }
+  void rollBackToSavepoint() override { savepoints_.rollBack(); }
+  void releaseSavepoint() override { savepoints_.release(); }
+
+ private:
+  struct NoCatalog final : sql::Catalog {
+    sql::ColumnType columnType(std::string_view, std::string_view) const override {
+      return sql::ColumnType::Unknown;
+    }
+  };
+
+  PlainTables tables_;
+  PlainSavepoints savepoints_;
+  NoCatalog catalog_;
+};
+
+// A blank says that names cannot be quoted.
+std::string quoteOf(const OdbcConnection& connection) {
+  const std::string quote = connection.info(SQL_IDENTIFIER_QUOTE_CHAR);
+  return quote == " " ? std::string() : quote;
+}
+
+bool isPostgres(const OdbcConnection& connection) {
+  return connection.info(SQL_DBMS_NAME) == kPostgres ||
+         connection.info(SQL_DRIVER_NAME).starts_with(kPostgresDriver);
+}
+
+struct PostgresConnection {
+  std::unique_ptr<OdbcConnection> connection;
+  bool readOnly = false;
+};
+
+// Connects anew with what the options lack. What a short account hides shows after the first time.
+PostgresConnection withRightOptions(std::unique_ptr<OdbcConnection> opened, std::string text,
+                                    int timeoutSeconds) {
+  PostgresConnection result{std::move(opened)};
+  if (!result.connection->info(SQL_DRIVER_NAME).starts_with(kPostgresDriver)) return result;
+  constexpr int kTimes = 2;
+  std::string more = correctedOptions(result.connection->completed());
+  for (int i = 0; i < kTimes && !more.empty(); ++i) {
+    result.readOnly |= asksForReadOnly(result.connection->completed());
+    result.connection.reset();
+    text += more;
+    result.connection = std::make_unique<OdbcConnection>(text, timeoutSeconds);
+    more = correctedOptions(result.connection->completed());
+  }
+  if (more.empty()) return result;
+  throw DatabaseError(Fault::Statement,
+                      "the driver does not take the options " + more.substr(1) +
+                          "; take other values for them out of the connection string");
+}
+
+}  // namespace
+
+std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
+                                           const CompanyEnvironment& environment) {
+  auto opened = std::make_unique<OdbcConnection>(connection, environment.loginTimeoutSeconds);
+  if (isPostgres(*opened)) {
+    PostgresConnection right = withRightOptions(std::move(opened), std::string(connection),
+                                                environment.loginTimeoutSeconds);
+    return std::make_unique<PostgresDatabase>(std::move(right.connection), environment,
+                                              right.readOnly);
+  }
+  opened->setStatementTimeoutSeconds(environment.statementTimeoutSeconds);
+  const std::string quote = quoteOf(*opened);
+  return std::make_unique<PlainDatabase>(std::move(opened), NameStyle{quote, false});
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,306 @@
+#include "qxdesk/engines/odbc_statement.h"
+
+#include "qxdesk/engines/odbc_columns.h"
+#include "qxdesk/engines/odbc_names.h"
+#include "qxframework/automation/text.h"
+
+#include <sqlucode.h>
+
+#include <algorithm>
+#include <charconv>
+#include <deque>
+
+namespace qx::desk {
+
+namespace {
+
+constexpr std::size_t kBatchRows = 100;
+
+SQLPOINTER number(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
+
+SQLUSMALLINT digits(std::string_view text, std::size_t first, std::size_t count) {
+  SQLUSMALLINT value = 0;
+  if (text.size() >= first + count) {
+    std::from_chars(text.data() + first, text.data() + first + count, value);
+  }
+  return value;
+}
+
+template <class Things>
+auto& at(Things& things, int index) {
+  return things.at(static_cast<std::size_t>(index));
+}
+
+struct Parameter {
+  SQLSMALLINT cType = SQL_C_SBIGINT;
+  SQLSMALLINT sqlType = SQL_BIGINT;
+  SQLULEN size = 0;
+  SQLBIGINT integer = 0;
+  double real = 0;
+  SQL_TIMESTAMP_STRUCT date{};
+  std::u16string wide;
+  std::string narrow;
+  SQLLEN length = 0;
+
+  void* place() {
+    if (cType == SQL_C_WCHAR) return wide.data();
+    if (cType == SQL_C_CHAR) return narrow.data();
+    if (cType == SQL_C_DOUBLE) return &real;
+    if (cType == SQL_C_TYPE_TIMESTAMP) return &date;
+    return &integer;
+  }
+};
+
+class OdbcStatement final : public Statement {
+ public:
+  OdbcStatement(OdbcConnection& connection, std::string_view sql)
+      : connection_(connection), sql_(sql), statement_(connection.newStatement()) {
+    // What stands in braces is no escape for the driver to resolve.
+    keepsBraces_ = take(SQL_ATTR_NOSCAN, SQL_NOSCAN_ON);
+    const int seconds = connection_.statementTimeoutSeconds();
+    if (seconds > 0) take(SQL_ATTR_QUERY_TIMEOUT, static_cast<SQLULEN>(seconds));
+  }
+  ~OdbcStatement() override { SQLFreeHandle(SQL_HANDLE_STMT, statement_); }
+  OdbcStatement(const OdbcStatement&) = delete;
+  OdbcStatement& operator=(const OdbcStatement&) = delete;
+
+  void bind(int parameter, std::int64_t value) override {
+    parameterAt(parameter) = {};
+    parameterAt(parameter).integer = value;
+  }
+  void bind(int parameter, double value) override {
+    Parameter& place = parameterAt(parameter) = {};
+    place.cType = SQL_C_DOUBLE;
+    place.sqlType = SQL_DOUBLE;
+    place.real = value;
+  }
+  void bind(int parameter, std::string_view value) override;
+  void bindDate(int parameter, std::string_view value) override;
+  bool step() override;
+  void reset() override {
+    SQLFreeStmt(statement_, SQL_CLOSE);
+    ran_ = false;
+  }
+
+  int columnCount() const override { return static_cast<int>(columns_.size()); }
+  std::string columnName(int column) const override { return at(columns_, column).name(); }
+  sql::ColumnType declaredType(int column) const override { return at(columns_, column).type(); }
+  Storage storage(int column) const override { return at(cells_, column).storage; }
+  std::int64_t integer(int column) const override;
+  double real(int column) const override;
+  std::string_view text(int column) const override;
+
+ private:
+  /// Whether the driver takes an attribute as it is given.
+  bool take(SQLINTEGER attribute, SQLULEN value) {
+    return SQLSetStmtAttrW(statement_, attribute, number(value), 0) == SQL_SUCCESS;
+  }
+  Parameter& parameterAt(int number);
+  void run();
+  void runPrepared();
+  void describe();
+  void bindColumns();
+  bool fetchBatch();
+  void loadRow();
+  bool nextResult();
+  void check(SQLRETURN result) {
+    if (!SQL_SUCCEEDED(result)) connection_.failStatement(statement_);
+  }
+
+  OdbcConnection& connection_;
+  std::string sql_;
+  SQLHSTMT statement_;
+  std::deque<Parameter> parameters_;  // their places are known to the driver
+  bool keepsBraces_ = true;
+  bool prepared_ = false;
+  bool ran_ = false;
+  bool ended_ = false;
+
+  std::vector<OdbcColumn> columns_;
+  std::vector<OdbcCell> cells_;
+  std::vector<SQLUSMALLINT> states_;
+  bool bound_ = false;
+  SQLULEN batchSize_ = 1;
+  SQLULEN fetched_ = 0;
+  std::size_t next_ = 0;
+};
+
+Parameter& OdbcStatement::parameterAt(int number) {
+  const auto count = static_cast<std::size_t>(number);
+  if (parameters_.size() < count) parameters_.resize(count);
+  return parameters_[count - 1];
+}
+
+void OdbcStatement::bind(int parameter, std::string_view value) {
+  Parameter& place = parameterAt(parameter) = {};
+  if (connection_.isWide()) {
+    place.cType = SQL_C_WCHAR;
+    place.sqlType = SQL_WVARCHAR;
+    place.wide = toUtf16(value);
+    place.size = std::max<SQLULEN>(1, place.wide.size());
+    place.length = static_cast<SQLLEN>(place.wide.size() * sizeof(char16_t));
+  } else {
+    place.cType = SQL_C_CHAR;
+    place.sqlType = SQL_VARCHAR;
+    place.narrow = value;
+    place.size = std::max<SQLULEN>(1, value.size());
+    place.length = static_cast<SQLLEN>(value.size());
+  }
+}
+
+void OdbcStatement::bindDate(int parameter, std::string_view value) {
+  Parameter& place = parameterAt(parameter) = {};
+  place.cType = SQL_C_TYPE_TIMESTAMP;
+  place.sqlType = SQL_TYPE_TIMESTAMP;
+  place.size = 19;
+  place.date = {static_cast<SQLSMALLINT>(digits(value, 0, 4)),
+                digits(value, 5, 2),
+                digits(value, 8, 2),
+                digits(value, 11, 2),
+                digits(value, 14, 2),
+                digits(value, 17, 2),
+                0};
+}
+
+bool OdbcStatement::step() {
+  if (!ran_) run();
+  if (columns_.empty() || ended_) return false;
+  if (next_ == fetched_ && !fetchBatch()) {
+    ended_ = true;
+    while (nextResult()) {
+    }
+    return false;
+  }
+  loadRow();
+  return true;
+}
+
+void OdbcStatement::run() {
+  connection_.needAlive();
+  if (!keepsBraces_ && hasEscape(sql_)) {
+    throw DatabaseError(Fault::Statement,
+                        "the driver would rewrite what stands in braces in this statement; write "
+                        "it in the engine's own words, without braces");
+  }
+  if (parameters_.empty()) {
+    const SQLRETURN result = connection_.execute(statement_, sql_);
+    if (result != SQL_NO_DATA) check(result);
+  } else {
+    runPrepared();
+  }
+  ran_ = true;
+  ended_ = false;
+  fetched_ = 0;
+  next_ = 0;
+  if (!bound_) describe();
+  while (columns_.empty() && nextResult()) describe();
+}
+
+bool OdbcStatement::nextResult() {
+  if (!connection_.hasMoreResults()) return false;
+  const SQLRETURN result = SQLMoreResults(statement_);
+  if (result == SQL_NO_DATA) return false;
+  check(result);
+  return true;
+}
+
+void OdbcStatement::runPrepared() {
+  if (!prepared_) {
+    check(connection_.prepare(statement_, sql_));
+    prepared_ = true;
+  }
+  SQLUSMALLINT count = 0;
+  for (Parameter& parameter : parameters_) {
+    check(SQLBindParameter(statement_, ++count, SQL_PARAM_INPUT, parameter.cType, parameter.sqlType,
+                           parameter.size, 0, parameter.place(), parameter.length,
+                           &parameter.length));
+  }
+  const SQLRETURN result = SQLExecute(statement_);
+  if (result != SQL_NO_DATA) check(result);  // a change of no rows
+}
+
+void OdbcStatement::describe() {
+  SQLSMALLINT count = 0;
+  check(SQLNumResultCols(statement_, &count));
+  columns_.clear();
+  for (SQLUSMALLINT i = 1; i <= count; ++i) columns_.emplace_back(connection_, statement_, i);
+  cells_.assign(columns_.size(), {});
+  if (count > 0) bindColumns();
+  bound_ = true;
+}
+
+void OdbcStatement::bindColumns() {
+  constexpr unsigned kAnyCell = SQL_GD_ANY_COLUMN | SQL_GD_BLOCK | SQL_GD_BOUND;
+  const bool anyCell = (connection_.infoNumber(SQL_GETDATA_EXTENSIONS) & kAnyCell) == kAnyCell;
+  const bool allFit = std::all_of(columns_.begin(), columns_.end(),
+                                  [](const OdbcColumn& column) { return column.alwaysFits(); });
+  batchSize_ = anyCell || allFit ? kBatchRows : 1;
+  states_.assign(batchSize_, SQL_ROW_NOROW);
+  check(SQLSetStmtAttrW(statement_, SQL_ATTR_ROW_ARRAY_SIZE, number(batchSize_), 0));
+  check(SQLSetStmtAttrW(statement_, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0));
+  check(SQLSetStmtAttrW(statement_, SQL_ATTR_ROW_STATUS_PTR, states_.data(), 0));
+  if (batchSize_ == 1) return;
+  for (OdbcColumn& column : columns_) column.bind(batchSize_);
+}
+
+bool OdbcStatement::fetchBatch() {
+  next_ = 0;
+  fetched_ = 0;
+  const SQLRETURN result = SQLFetch(statement_);
+  if (result == SQL_NO_DATA) {
+    // Some drivers report the end of the connection as the end of the rows.
+    connection_.needAlive();
+    return false;
+  }
+  check(result);
+  return fetched_ > 0;
+}
+
+void OdbcStatement::loadRow() {
+  const std::size_t row = next_++;
+  if (states_[row] == SQL_ROW_ERROR) connection_.failStatement(statement_);
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    if (batchSize_ == 1) {
+      columns_[i].fetch(cells_[i]);
+    } else if (!columns_[i].read(row, cells_[i])) {
+      check(SQLSetPos(statement_, static_cast<SQLSETPOSIROW>(row + 1), SQL_POSITION,
+                      SQL_LOCK_NO_CHANGE));
+      columns_[i].fetch(cells_[i]);
+    }
+  }
+}
+
+std::int64_t OdbcStatement::integer(int column) const {
+  const OdbcCell& cell = at(cells_, column);
+  std::int64_t value = 0;
+  if (cell.storage == Storage::Integer) value = cell.integer;
+  if (cell.storage == Storage::Real) value = static_cast<std::int64_t>(cell.real);
+  if (cell.storage == Storage::Text) {
+    std::from_chars(cell.text.data(), cell.text.data() + cell.text.size(), value);
+  }
+  return value;
+}
+
+double OdbcStatement::real(int column) const {
+  const OdbcCell& cell = at(cells_, column);
+  double value = 0;
+  if (cell.storage == Storage::Integer) value = static_cast<double>(cell.integer);
+  if (cell.storage == Storage::Real) value = cell.real;
+  if (cell.storage == Storage::Text) {
+    std::from_chars(cell.text.data(), cell.text.data() + cell.text.size(), value);
+  }
+  return value;
+}
+
+std::string_view OdbcStatement::text(int column) const {
+  const OdbcCell& cell = at(cells_, column);
+  return cell.storage == Storage::Text ? std::string_view(cell.text) : std::string_view();
+}
+
+}  // namespace
+
+std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql) {
+  return std::make_unique<OdbcStatement>(connection, sql);
+}
+
+}  // namespace qx::desk

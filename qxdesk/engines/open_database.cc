@@ -1,0 +1,16 @@
+#include "qxdesk/engines/open_database.h"
+
+#include "qxdesk/engines/odbc_database.h"
+#include "qxdesk/engines/sqlite_database.h"
+#include "qxdesk/session/database_name.h"
+
+namespace qx::desk {
+
+std::unique_ptr<Database> openDatabase(const std::string& database,
+                                       const CompanyEnvironment& environment) {
+  const std::optional<std::string_view> connection = odbcConnection(database);
+  return connection ? openOdbcDatabase(*connection, environment)
+                    : openSqliteDatabase(database, environment);
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "qxdesk/engines/database.h"
+#include "qxdesk/engines/environment.h"
+
+#include <memory>
+#include <string>
+
+namespace qx::desk {
+
+/// Opens a file or an ODBC source, see qxdesk/session/database_name.h. Raises CompanyError with
+/// kOpenFailed, and DatabaseError.
+std::unique_ptr<Database> openDatabase(const std::string& database,
+                                       const CompanyEnvironment& environment);
+
+}  // namespace qx::desk

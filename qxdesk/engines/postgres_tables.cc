@@ -1,0 +1,128 @@
+#include "qxdesk/engines/postgres_tables.h"
+
+#include "qxdesk/engines/database.h"
+
+namespace qx::desk {
+
+namespace {
+
+constexpr std::size_t kMaxName = 63;
+constexpr std::string_view kNow = "localtimestamp(0)";
+
+// Names of tables and columns are folded, those of checks are for reading and stay as they are.
+std::string checkName(const ColumnLayout& column, std::string_view promise) {
+  std::string name = column.name + ": " + std::string(promise);
+  name.resize(std::min(name.size(), kMaxName));
+  return "\"" + name + "\"";
+}
+
+std::string check(const ColumnLayout& column, std::string_view promise,
+                  const std::string& condition) {
+  return " CONSTRAINT " + checkName(column, promise) + " CHECK (" + condition + ")";
+}
+
+std::string promiseOf(const ColumnLayout& column) {
+  switch (column.kind) {
+    case ColumnKind::Text:
+      return "at most " + std::to_string(column.size) + " characters";
+    case ColumnKind::Decimal:
+      return "a number";
+    case ColumnKind::Date:
+      return "a date of the form YYYY-MM-DD HH:MM:SS";
+    default:
+      return {};
+  }
+}
+
+// A type of limited length would cut blanks off silently and not name the column, and one of
+// limited places would round. A decimal is one that reads as a double, so neither infinite nor NaN.
+std::string checkOf(const ColumnLayout& column) {
+  const std::string name = bracketed(column.name);
+  switch (column.kind) {
+    case ColumnKind::Text:
+      return check(column, promiseOf(column),
+                   "char_length(" + name + ") <= " + std::to_string(column.size));
+    case ColumnKind::Decimal:
+      return check(column, promiseOf(column),
+                   name + " BETWEEN -1.7976931348623157e308 AND 1.7976931348623157e308");
+    case ColumnKind::Date:
+      return check(column, promiseOf(column),
+                   name + " BETWEEN '0001-01-01' AND '9999-12-31 23:59:59'");
+    default:
+      return {};
+  }
+}
+
+std::string typeOf(ColumnKind kind) {
+  switch (kind) {
+    case ColumnKind::Memo:
+      return "text COLLATE \"C\"";
+    case ColumnKind::Integer:
+    case ColumnKind::SmallInteger:
+      return "bigint";
+    case ColumnKind::Decimal:
+      return "numeric";
+    case ColumnKind::Date:
+      return "timestamp(0)";
+    default:
+      return "varchar COLLATE \"C\"";
+  }
+}
+
+// "@QX" as to_regclass reads it.
+std::string tableId(std::string_view table) {
+  return "to_regclass(" + quotedText("\"" + lowerName(table) + "\"") + ")";
+}
+
+class PostgresTables final : public EngineTables {
+ public:
+  bool exists(Database& database, std::string_view table) const override {
+    return database.queryInteger("SELECT COUNT(*) FROM pg_class WHERE oid = " + tableId(table)) > 0;
+  }
+  bool any(Database& database) const override {
+    return database.queryInteger(
+               "SELECT COUNT(*) FROM pg_class WHERE relkind IN ('r', 'p', 'v', 'm', 'f') AND "
+               "relnamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema())") >
+           0;
+  }
+  void lock(Database& database) const override {
+    database.execute("SELECT pg_advisory_xact_lock(hashtext('company tables'))");
+  }
+  Keys changeColumn(Database& database, const TableLayout& table,
+                    const ColumnLayout& before) const override;
+  void dropIndex(Database& database, std::string_view index) const override {
+    database.execute("DROP INDEX IF EXISTS " + bracketed(index));
+  }
+  std::string declaration(const ColumnLayout& column) const override {
+    return typeOf(column.kind) + checkOf(column) + (column.mandatory ? " NOT NULL" : "") +
+           defaultClause(column, kNow);
+  }
+  std::string caselessKey(std::string_view column) const override {
+    return "UPPER(" + bracketed(column) + ")";
+  }
+};
+
+// Type and name stay, so it is the check, the default and the obligation that change.
+EngineTables::Keys PostgresTables::changeColumn(Database& database, const TableLayout& table,
+                                                const ColumnLayout& before) const {
+  const ColumnLayout& now = columnNamed(table, before.name);
+  const std::string alter = "ALTER TABLE " + bracketed(table.name) + " ";
+  const std::string column = alter + "ALTER COLUMN " + bracketed(now.name) + " ";
+  if (checkOf(now) != checkOf(before)) {
+    database.execute(alter + "DROP CONSTRAINT " + checkName(before, promiseOf(before)));
+    database.execute(alter + "ADD" + checkOf(now));
+  }
+  const std::string byDefault = defaultClause(now, kNow);
+  database.execute(column + (byDefault.empty() ? "DROP DEFAULT" : "SET" + byDefault));
+  database.execute(column + (now.mandatory ? "SET NOT NULL" : "DROP NOT NULL"));
+  return Keys::Kept;
+}
+
+}  // namespace
+
+const EngineTables& postgresTables() {
+  static const PostgresTables tables;
+  return tables;
+}
+
+}  // namespace qx::desk

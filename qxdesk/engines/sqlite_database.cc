@@ -1,0 +1,221 @@
+#include "qxdesk/engines/sqlite_database.h"
+
+#include "qxdesk/engines/company_error.h"
+#include "qxdesk/engines/sqlite_statement.h"
+#include "qxdesk/engines/sqlite_tables.h"
+#include "qxdesk/sql/sqlite_guard.h"
+#include "qxframework/automation/text.h"
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace qx::desk {
+
+namespace {
+
+// Between two tries for a lock.
+constexpr int kBusyPauseMs = 10;
+
+struct ConnectionCloser {
+  void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
+};
+using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
+
+struct BusyWait {
+  std::function<void(int)> sleep;
+  int timeoutMs = 0;
+};
+
+int waitForLock(void* data, int tries) {
+  const BusyWait& wait = *static_cast<BusyWait*>(data);
+  if (tries >= wait.timeoutMs / kBusyPauseMs) return 0;
+  wait.sleep(kBusyPauseMs);
+  return 1;
+}
+
+std::string upperCase(std::string_view text) { return toUtf8(toUpper(toUtf16(text))); }
+std::string lowerCase(std::string_view text) { return toUtf8(toLower(toUtf16(text))); }
+
+class SqliteDatabase final : public Database {
+ public:
+  SqliteDatabase(Connection db, const CompanyEnvironment& environment)
+      : wait_{environment.sleep, environment.busyTimeoutMs},
+        limit_(environment.clock, environment.statementTimeoutSeconds),
+        db_(std::move(db)),
+        catalog_(db_.get()) {
+    sqlite3_busy_handler(db_.get(), waitForLock, &wait_);
+    limit_.watch(db_.get());
+    asDatabaseErrors([&] {
+      sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase});
+    });
+  }
+
+  Route route() const override { return Route::ToSqlite; }
+  const EngineTables& tables() const override { return sqliteTables(); }
+
+  std::unique_ptr<Statement> prepare(std::string_view sql) override {
+    return prepareSqlite(db_.get(), limit_, sql);
+  }
+  std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
+    return asDatabaseErrors(
+        [&] { return wrapSqlite(db_.get(), limit_, sql::prepareGuarded(db_.get(), sql)); });
+  }
+  sql::ColumnType probe(std::string_view sql) override {
+    return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
+  }
+  const sql::Catalog& catalog() override { return catalog_; }
+  // Any statement that runs makes the engine compare its view of the tables with the file.
+  void noticeChanges() override {
+    if (!look_) look_ = prepareSqlite(db_.get(), limit_, "SELECT 1 FROM sqlite_master LIMIT 1");
+    look_->step();
+    look_->reset();
+  }
+  // Writing from the start: a change that begins by reading could not wait for another writer.
+  void begin() override { execute("BEGIN IMMEDIATE"); }
+  // The engine would commit into a file that nobody has.
+  void commit() override {
+    if (const auto reason = lost()) throw *reason;
+    execute("COMMIT");
+  }
+  void rollback() override { execute("ROLLBACK"); }
+  bool inTransaction() const override { return sqlite3_get_autocommit(db_.get()) == 0; }
+  bool isReadOnly() const override { return sqlite3_db_readonly(db_.get(), "main") == 1; }
+  std::optional<DatabaseError> lost() const override {
+    int moved = 0;
+    const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    if (result != SQLITE_OK || moved == 0) return std::nullopt;
+    return DatabaseError(Fault::Moved, "the file has gone");
+  }
+
+ private:
+  // In front of the connection, which holds pointers to them.
+  BusyWait wait_;
+  SqliteTimeLimit limit_;
+  Connection db_;
+  sql::SqliteCatalog catalog_;
+  std::unique_ptr<Statement> look_;
+};
+
+[[noreturn]] void cannotOpen(const std::string& path, const std::string& reason) {
+  throw CompanyError(kOpenFailed, Text::CannotOpen, path, reason);
+}
+
+bool canRead(const std::string& path) { return access(path.c_str(), R_OK) == 0; }
+bool canWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
+
+// What the file system can tell better than the engine.
+void checkPlace(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path file(path);
+  std::filesystem::path folder = file.parent_path();
+  if (folder.empty()) folder = ".";
+  const std::filesystem::file_status status = std::filesystem::status(file, error);
+  if (status.type() == std::filesystem::file_type::directory) {
+    throw CompanyError(kOpenFailed, Text::IsFolder, path);
+  }
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw CompanyError(kOpenFailed, Text::NotADatabase, path);
+  }
+  if (status.type() == std::filesystem::file_type::not_found) {
+    if (!std::filesystem::is_directory(folder, error)) {
+      throw CompanyError(kOpenFailed, Text::FolderMissing, path);
+    }
+    if (!canWrite(folder.string())) throw CompanyError(kOpenFailed, Text::NoPermission, path);
+  } else if (!canRead(path)) {
+    throw CompanyError(kOpenFailed, Text::NoPermission, path);
+  }
+}
+
+// A file in write-ahead mode is read through two companion files. Where they cannot be made and
+// are not there, nobody is writing, and the file is read as it stands.
+bool standsStill(const std::string& path) {
+  std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  if (folder.empty()) folder = ".";
+  std::error_code error;
+  return !canWrite(path) && !canWrite(folder.string()) &&
+         !std::filesystem::exists(path + "-wal", error);
+}
+
+std::string asUri(const std::string& path) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (const char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '?' || c == '#' || c == '%') {
+      uri += '%';
+      uri += kDigits[byte >> 4];
+      uri += kDigits[byte & 0xF];
+    } else {
+      uri += c;
+    }
+  }
+  return uri;
+}
+
+Connection openConnection(const std::string& path) {
+  const bool still = standsStill(path);
+  const std::string name = still ? asUri(path) + "?immutable=1" : path;
+  const int flags =
+      still ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+  sqlite3* raw = nullptr;
+  const int result = sqlite3_open_v2(name.c_str(), &raw,
+                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  Connection db(raw);
+  if (result != SQLITE_OK) {
+    cannotOpen(path, raw == nullptr ? "out of memory" : sqlite3_errmsg(raw));
+  }
+  return db;
+}
+
+// The first read finds out whether the file is a database at all.
+void readHeader(Database& database, const std::string& path) {
+  try {
+    database.queryInteger("PRAGMA schema_version");
+    database.queryInteger("SELECT COUNT(*) FROM sqlite_master");
+  } catch (const DatabaseError& error) {
+    switch (error.fault()) {
+      case Fault::NotADatabase:
+        throw CompanyError(kOpenFailed, Text::NotADatabase, path);
+      case Fault::Damaged:
+        throw CompanyError(kOpenFailed, Text::Damaged, error.what());
+      case Fault::Locked:
+        throw CompanyError(kOpenFailed, Text::Locked);
+      default:
+        cannotOpen(path, error.what());
+    }
+  }
+}
+
+// Changing the mode needs the file for itself for a moment and does not wait by itself.
+void useWriteAheadLog(Database& database, const CompanyEnvironment& environment) {
+  for (int waited = 0;; waited += kBusyPauseMs) {
+    try {
+      database.execute("PRAGMA journal_mode = WAL");
+      database.execute("PRAGMA synchronous = NORMAL");
+      return;
+    } catch (const DatabaseError& error) {
+      if (error.fault() == Fault::ReadOnly) return;
+      if (error.fault() != Fault::Locked) throw;
+      if (waited >= environment.busyTimeoutMs) throw CompanyError(kOpenFailed, Text::Locked);
+    }
+    environment.sleep(kBusyPauseMs);
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
+                                             const CompanyEnvironment& environment) {
+  checkPlace(path);
+  // In full, since the engine takes some bare names for databases in memory or for URIs.
+  const std::string file = std::filesystem::absolute(path).string();
+  auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
+  readHeader(*database, path);
+  if (canWrite(path)) useWriteAheadLog(*database, environment);
+  return database;
+}
+
+}  // namespace qx::desk

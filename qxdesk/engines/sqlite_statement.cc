@@ -1,0 +1,160 @@
+#include "qxdesk/engines/sqlite_statement.h"
+
+#include <sqlite3.h>
+
+namespace qx::desk {
+
+namespace {
+
+[[noreturn]] void fail(sqlite3* db) {
+  throw DatabaseError(faultOf(sqlite3_extended_errcode(db)), sqlite3_errmsg(db));
+}
+
+Storage storageOf(int sqliteType) {
+  switch (sqliteType) {
+    case SQLITE_NULL:
+      return Storage::Null;
+    case SQLITE_INTEGER:
+      return Storage::Integer;
+    case SQLITE_FLOAT:
+      return Storage::Real;
+    default:
+      return Storage::Text;
+  }
+}
+
+std::string_view textOf(sqlite3_value* value) {
+  const unsigned char* text = sqlite3_value_text(value);
+  if (text == nullptr) return {};
+  return {reinterpret_cast<const char*>(text),
+          static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
+class SqliteRows final : public Statement {
+ public:
+  SqliteRows(sqlite3* db, SqliteTimeLimit& limit, sql::SqliteStatement statement)
+      : db_(db), limit_(limit), statement_(std::move(statement)) {}
+
+  void bind(int parameter, std::int64_t value) override {
+    check(sqlite3_bind_int64(statement_.get(), parameter, value));
+  }
+  void bind(int parameter, double value) override {
+    check(sqlite3_bind_double(statement_.get(), parameter, value));
+  }
+  void bind(int parameter, std::string_view value) override {
+    check(sqlite3_bind_text64(statement_.get(), parameter,
+                              value.data() == nullptr ? "" : value.data(), value.size(),
+                              SQLITE_TRANSIENT, SQLITE_UTF8));
+  }
+  void bindDate(int parameter, std::string_view value) override { bind(parameter, value); }
+  bool step() override {
+    if (!deadline_) deadline_ = limit_.deadlineFromNow();
+    limit_.set(*deadline_);
+    const int result = sqlite3_step(statement_.get());
+    limit_.lift();
+    if (result == SQLITE_ROW) return true;
+    if (result == SQLITE_DONE) return false;
+    if (result == SQLITE_INTERRUPT) throw DatabaseError(Fault::Cancelled, limit_.reason());
+    fail(db_);
+  }
+
+  void reset() override {
+    sqlite3_reset(statement_.get());
+    deadline_.reset();
+  }
+
+  int columnCount() const override { return sqlite3_column_count(statement_.get()); }
+  std::string columnName(int column) const override {
+    const char* name = sqlite3_column_name(statement_.get(), column);
+    return name == nullptr ? std::string() : std::string(name);
+  }
+  sql::ColumnType declaredType(int column) const override {
+    const char* declaration = sqlite3_column_decltype(statement_.get(), column);
+    return declaration == nullptr ? sql::ColumnType::Unknown : sql::typeOfDeclaration(declaration);
+  }
+  Storage storage(int column) const override {
+    return storageOf(sqlite3_column_type(statement_.get(), column));
+  }
+  std::int64_t integer(int column) const override {
+    return sqlite3_column_int64(statement_.get(), column);
+  }
+  double real(int column) const override { return sqlite3_column_double(statement_.get(), column); }
+  std::string_view text(int column) const override {
+    const unsigned char* text = sqlite3_column_text(statement_.get(), column);
+    if (text == nullptr) return {};
+    return {reinterpret_cast<const char*>(text),
+            static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+  }
+  // The value itself may be read since no other thread uses the connection.
+  StoredValue value(int column) const override {
+    sqlite3_value* const cell = sqlite3_column_value(statement_.get(), column);
+    StoredValue value;
+    value.storage = storageOf(sqlite3_value_type(cell));
+    if (value.storage == Storage::Integer) value.integer = sqlite3_value_int64(cell);
+    if (value.storage == Storage::Real) value.real = sqlite3_value_double(cell);
+    if (value.storage == Storage::Text) value.text = textOf(cell);
+    return value;
+  }
+
+ private:
+  void check(int result) {
+    if (result != SQLITE_OK) fail(db_);
+  }
+
+  sqlite3* db_;
+  SqliteTimeLimit& limit_;
+  std::optional<SqliteTimeLimit::TimePoint> deadline_;
+  sql::SqliteStatement statement_;
+};
+
+Fault constraintFault(int sqliteCode) {
+  return sqliteCode == SQLITE_CONSTRAINT_UNIQUE || sqliteCode == SQLITE_CONSTRAINT_PRIMARYKEY ||
+                 sqliteCode == SQLITE_CONSTRAINT_ROWID
+             ? Fault::Unique
+             : Fault::Constraint;
+}
+
+}  // namespace
+
+Fault faultOf(int sqliteCode) {
+  if (sqliteCode == sql::kBadDateCode) return Fault::BadDate;
+  if (sqliteCode == sql::kOutOfRangeCode) return Fault::OutOfRange;
+  switch (sqliteCode & 0xFF) {
+    case SQLITE_CONSTRAINT:
+      return constraintFault(sqliteCode);
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return Fault::Locked;
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+      return Fault::ReadOnly;
+    case SQLITE_CORRUPT:
+      return Fault::Damaged;
+    case SQLITE_NOTADB:
+      return Fault::NotADatabase;
+    case SQLITE_FULL:
+      return Fault::Full;
+    case SQLITE_IOERR:
+    case SQLITE_CANTOPEN:
+    case SQLITE_NOMEM:
+      return Fault::InputOutput;
+    default:
+      return Fault::Statement;
+  }
+}
+
+std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                         std::string_view sql) {
+  sqlite3_stmt* raw = nullptr;
+  const int result =
+      sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+  if (result != SQLITE_OK) fail(db);
+  return wrapSqlite(db, limit, sql::SqliteStatement(raw));
+}
+
+std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                      sql::SqliteStatement statement) {
+  return std::make_unique<SqliteRows>(db, limit, std::move(statement));
+}
+
+}  // namespace qx::desk

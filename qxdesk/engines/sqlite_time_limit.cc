@@ -1,0 +1,34 @@
+#include "qxdesk/engines/sqlite_time_limit.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+namespace qx::desk {
+
+namespace {
+
+// Of the engine's small steps between two questions: a fraction of a millisecond.
+constexpr int kOperations = 10'000;
+
+}  // namespace
+
+SqliteTimeLimit::SqliteTimeLimit(std::function<TimePoint()> clock, int seconds)
+    : clock_(std::move(clock)), most_(seconds) {}
+
+void SqliteTimeLimit::watch(sqlite3* db) {
+  if (most_.count() > 0) sqlite3_progress_handler(db, kOperations, isOver, this);
+}
+
+SqliteTimeLimit::TimePoint SqliteTimeLimit::deadlineFromNow() const { return clock_() + most_; }
+
+std::string SqliteTimeLimit::reason() const {
+  return "it ran for " + std::to_string(most_.count()) + " seconds";
+}
+
+int SqliteTimeLimit::isOver(void* data) {
+  const SqliteTimeLimit& limit = *static_cast<SqliteTimeLimit*>(data);
+  return limit.deadline_ && limit.clock_() >= *limit.deadline_ ? 1 : 0;
+}
+
+}  // namespace qx::desk

@@ -1,0 +1,258 @@
+#include "qxdesk/screens/batch/form_reader.h"
+
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxframework/automation/com_error.h"
+#include "qxframework/automation/text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx::screens {
+namespace {
+
+constexpr long kKnownItemTypes[] = {kButton, kStaticText, kEditText, kComboBox, kMatrix};
+
+std::u16string typeOf(const XmlElement& form) {
+  if (form.has(u"formtype")) return form.text(u"formtype");
+  return form.has(u"appformnumber") ? form.text(u"appformnumber") : u"-1";
+}
+
+}  // namespace
+
+std::shared_ptr<FormModel> FormReader::create(const XmlElement& element) {
+  const std::size_t faults = report_.errors().size();
+  std::shared_ptr<FormModel> form;
+  attempt(element, [&] {
+    form = std::make_shared<FormModel>(element.text(u"uid"), typeOf(element), false);
+    form->visible = true;
+  });
+  if (form == nullptr) return nullptr;
+  readForm(*form, element);
+  return report_.errors().size() == faults ? form : nullptr;
+}
+
+bool FormReader::update(FormModel& form, const XmlElement& element) {
+  const std::size_t faults = report_.errors().size();
+  readForm(form, element);
+  return report_.errors().size() == faults;
+}
+
+void FormReader::readForm(FormModel& form, const XmlElement& element) {
+  readFrame(form, element);
+  for (const XmlElement& sources : element.children(u"datasources")) readSources(form, sources);
+  for (const XmlElement& items : element.children(u"items")) readItems(form, items);
+  const std::u16string button = element.text(u"default_button");
+  if (button.empty() || (button == u"0" && form.findItem(button) == nullptr)) return;
+  attempt(element, [&] { form.setDefaultItem(button); });
+}
+
+void FormReader::readFrame(FormModel& form, const XmlElement& element) {
+  form.title = element.attribute(u"title").value_or(form.title);
+  form.objectType = element.attribute(u"objecttype").value_or(form.objectType);
+  number(element, u"type", kFormSettingRect, form.borderStyle);
+  number(element, u"left", kFormSettingRect, form.rect.left);
+  number(element, u"top", kFormSettingRect, form.rect.top);
+  long width = form.rect.width;
+  long height = form.rect.height;
+  number(element, u"width", kFormSettingRect, width);
+  number(element, u"height", kFormSettingRect, height);
+  attempt(element, [&] { form.setWidth(width); });
+  attempt(element, [&] { form.setHeight(height); });
+  number(element, u"color", kFormSettingColor, form.color);
+  number(element, u"pane", kFormSettingPane, form.pane);
+  long mode = form.mode();
+  number(element, u"mode", kFormSettingMode, mode);
+  attempt(element, [&] { form.setMode(mode); });
+  if (!form.isOpen()) flag(element, u"visible", kFormSettingVisible, form.visible);
+}
+
+void FormReader::readSources(FormModel& form, const XmlElement& element) {
+  for (const XmlElement& database : element.children(u"dbdatasources")) {
+    eachEntry(database, u"datasource",
+              [&](const XmlElement& source) { form.tables.push_back(source.text(u"tablename")); });
+  }
+  for (const XmlElement& user : element.children(u"userdatasources")) {
+    eachEntry(user, u"datasource", [&](const XmlElement& source) {
+      long type = 0;
+      long size = 0;
+      number(source, u"type", kUnknownFieldType, type);
+      number(source, u"size", kUnknownFieldType, size);
+      attempt(source, [&] { form.addSource(source.text(u"uid"), type, size); });
+    });
+  }
+}
+
+void FormReader::readItems(FormModel& form, const XmlElement& element) {
+  for (const XmlElement& child : element.children()) {
+    if (child.name() == u"action") {
+      readItemAction(form, child);
+    } else {
+      fail(child, kTagNotInPosition, u"<items> holds <action>");
+    }
+  }
+}
+
+void FormReader::readItemAction(FormModel& form, const XmlElement& action) {
+  const std::u16string type = action.text(u"type");
+  for (const XmlElement& element : action.children(u"item")) {
+    if (type == u"add") {
+      addItem(form, element);
+    } else if (type == u"update" || type == u"remove") {
+      attempt(element, [&] {
+        const std::u16string uid = element.text(u"uid");
+        ItemModel& item = form.item(uid);
+        if (type == u"remove") return form.removeItem(uid);
+        readItem(form, item, element);
+      });
+    } else {
+      return fail(action, kActionTypeNotValid, u"type is none of add, update, remove");
+    }
+  }
+}
+
+void FormReader::addItem(FormModel& form, const XmlElement& element) {
+  ItemModel item;
+  item.uid = element.text(u"uid");
+  number(element, u"type", kItemAttributes, item.type);
+  if (std::find(std::begin(kKnownItemTypes), std::end(kKnownItemTypes), item.type) ==
+      std::end(kKnownItemTypes)) {
+    return fail(element, kItemAttributes, u"type is none of 4, 8, 16, 113, 127");
+  }
+  attempt(element, [&] { readItem(form, form.addItem(std::move(item)), element); });
+}
+
+void FormReader::readItem(FormModel& form, ItemModel& item, const XmlElement& element) {
+  number(element, u"left", kItemAttributes, item.rect.left);
+  number(element, u"top", kItemAttributes, item.rect.top);
+  number(element, u"width", kItemAttributes, item.rect.width);
+  number(element, u"height", kItemAttributes, item.rect.height);
+  number(element, u"from_pane", kItemAttributes, item.fromPane);
+  number(element, u"form_pane", kItemAttributes, item.fromPane);
+  number(element, u"to_pane", kItemAttributes, item.toPane);
+  flag(element, u"visible", kItemAttributes, item.visible);
+  flag(element, u"enabled", kItemAttributes, item.enabled);
+  item.description = element.attribute(u"description").value_or(item.description);
+  item.linkTo = element.attribute(u"linkto").value_or(item.linkTo);
+  for (const XmlElement& specific : element.children(u"specific")) {
+    readSpecific(form, item, specific);
+  }
+}
+
+void FormReader::readSpecific(FormModel& form, ItemModel& item, const XmlElement& specific) {
+  item.caption = specific.attribute(u"caption").value_or(item.caption);
+  flag(specific, u"affectsformmode", kItemAttributes, item.affectsFormMode);
+  if (item.matrix != nullptr) {
+    number(specific, u"selectionmode", kItemAttributes, item.matrix->selectionMode);
+    readColumns(form, *item.matrix, specific);
+    return;
+  }
+  if (item.combo != nullptr) readValidValues(*item.combo, specific);
+  const auto source = readBinding(form, specific, kItemBindingData);
+  if (source == nullptr) return;
+  if (item.type == kEditText) {
+    item.text.bind(source);
+  } else if (item.combo != nullptr) {
+    item.combo->key().bind(source);
+  } else {
+    fail(specific, kItemBindingData, u"only edits, combo boxes and columns are bound");
+  }
+}
+
+void FormReader::readValidValues(ComboModel& combo, const XmlElement& specific) {
+  for (const XmlElement& values : specific.children(u"validvalues")) {
+    eachEntry(values, u"validvalue", [&](const XmlElement& value) {
+      combo.add(value.text(u"value"), value.text(u"description"));
+    });
+  }
+}
+
+void FormReader::readColumns(FormModel& form, MatrixModel& matrix, const XmlElement& specific) {
+  for (const XmlElement& columns : specific.children(u"columns")) {
+    eachEntry(columns, u"column",
+              [&](const XmlElement& column) { addColumn(form, matrix, column); });
+  }
+}
+
+void FormReader::addColumn(FormModel& form, MatrixModel& matrix, const XmlElement& element) {
+  MatrixColumn column;
+  column.uid = element.text(u"uid");
+  column.title = element.text(u"title");
+  column.description = element.text(u"description");
+  number(element, u"type", kColumnAttributes, column.type);
+  number(element, u"width", kColumnAttributes, column.width);
+  flag(element, u"visible", kColumnAttributes, column.visible);
+  flag(element, u"editable", kColumnAttributes, column.editable);
+  column.source = readBinding(form, element, kColumnBindingData);
+  attempt(element, [&] { matrix.addColumn(std::move(column)); });
+}
+
+std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const XmlElement& element,
+                                                        HRESULT code) {
+  for (const XmlElement& bind : element.children(u"databind")) {
+    bool bound = true;
+    flag(bind, u"databound", code, bound);
+    if (!bound) continue;
+    const std::u16string table = bind.text(u"table");
+    if (!table.empty()) {
+      if (std::find(form.tables.begin(), form.tables.end(), table) == form.tables.end()) {
+        fail(bind, code, u"the form has no database data source for table " + table);
+      }
+      return nullptr;
+    }
+    auto source = form.findSource(bind.text(u"alias"));
+    if (source == nullptr) {
+      fail(bind, code, u"the form has no user data source with the alias " + bind.text(u"alias"));
+    }
+    return source;
+  }
+  return nullptr;
+}
+
+void FormReader::eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body) {
+  for (const XmlElement& action : element.children(u"action")) {
+    if (action.text(u"type") != u"add") {
+      fail(action, kActionTypeNotValid, u"type is not add");
+      continue;
+    }
+    for (const XmlElement& child : action.children(entry)) body(child);
+  }
+}
+
+void FormReader::attempt(const XmlElement& element, const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const _com_error& error) {
+    fail(element, error.Error(), u"");
+  }
+}
+
+void FormReader::number(const XmlElement& element, std::u16string_view name, HRESULT code,
+                        long& out) {
+  const auto text = element.attribute(name);
+  if (!text || text->empty()) return;
+  if (const auto value = decimalNumber(*text)) {
+    out = *value;
+  } else {
+    fail(element, code, std::u16string(name) + u" is no number: " + *text);
+  }
+}
+
+void FormReader::flag(const XmlElement& element, std::u16string_view name, HRESULT code,
+                      bool& out) {
+  const auto text = element.attribute(name);
+  if (!text || text->empty()) return;
+  if (*text == u"1" || *text == u"-1" || *text == u"0") {
+    out = *text != u"0";
+  } else {
+    fail(element, code, std::u16string(name) + u" is neither 1 nor 0: " + *text);
+  }
+}
+
+void FormReader::fail(const XmlElement& element, HRESULT code, std::u16string_view reason) {
+  std::u16string detail = u"<" + element.name() + u">";
+  if (element.has(u"uid")) detail += u" " + element.text(u"uid");
+  if (!reason.empty()) detail.append(u": ").append(reason);
+  report_.fail(code, detail);
+}
+
+}  // namespace qx::screens

@@ -1,0 +1,72 @@
+#include "qxdesk/screens/model/desk.h"
+
+#include "qxdesk/screens/model/system_forms.h"
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxdesk/session/database_name.h"
+#include "qxframework/automation/com_error.h"
+#include "qxframework/automation/text.h"
+#include "qxframework/host/events.h"
+
+#include <utility>
+
+namespace qx::screens {
+
+Desk::Desk(DeskSettings settings, std::unique_ptr<ProgressLock> progressLock)
+    : forms(events),
+      statusBar(std::move(progressLock)),
+      boxes(settings.refuseUnattendedBoxes),
+      settings_(std::move(settings)) {
+  addSystemMenus(menus);
+  openSystemForm(kMainMenuForm);
+}
+
+Desk::~Desk() = default;
+
+void Desk::setDatabase(std::string database) {
+  settings_.database = std::move(database);
+  settings_.companyName.clear();
+}
+
+std::u16string Desk::databaseName() const {
+  return toUtf16(desk::databaseTitle(settings_.database));
+}
+
+std::u16string Desk::companyName() const {
+  return settings_.companyName.empty() ? databaseName() : settings_.companyName;
+}
+
+void Desk::setStartupDone(bool done) {
+  startupDone_ = done;
+  if (done && observer_) observer_();
+}
+
+std::shared_ptr<FormModel> Desk::openSystemForm(std::u16string_view typeEx) {
+  if (typeEx == kMainMenuForm && forms.byTypeAndCount(typeEx, 1) != nullptr) {
+    raiseError(kFormAlreadyExists);
+  }
+  auto form = makeSystemForm(typeEx, forms.nextSystemUid());
+  if (form == nullptr) raiseError(kFormNotFound);
+  return forms.open(form) ? form : nullptr;
+}
+
+void Desk::runMenuCommand(std::u16string_view menuUid) {
+  if (const auto type = systemFormOfMenu(menuUid); !type.empty()) {
+    openSystemForm(type);
+  } else if (menuUid == kQuitMenu) {
+    events.raise(AppEvent{kShutDown});
+  } else if (menuUid == kFindMenu) {
+    changeMode(kFindMode);
+  } else if (menuUid == kAddMenu) {
+    changeMode(kAddMode);
+  } else if (menuUid == kNextMenu || menuUid == kPreviousMenu || menuUid == kFirstMenu ||
+             menuUid == kLastMenu || menuUid == kDeleteMenu) {
+    changeMode(kOkMode);
+  }
+}
+
+void Desk::changeMode(long mode) {
+  const auto form = forms.selected();
+  if (form != nullptr && form->typeEx() != kMainMenuForm) form->setMode(mode);
+}
+
+}  // namespace qx::screens

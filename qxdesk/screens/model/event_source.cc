@@ -1,0 +1,33 @@
+#include "qxdesk/screens/model/event_source.h"
+
+#include <utility>
+
+namespace qx::screens {
+
+std::uint32_t EventSource::attach(std::shared_ptr<EventSink> sink) {
+  sinks_.emplace(++lastCookie_, std::move(sink));
+  return lastCookie_;
+}
+
+bool EventSource::detach(std::uint32_t cookie) { return sinks_.erase(cookie) != 0; }
+
+bool EventSource::raise(const Event& event) {
+  struct Depth {
+    int& count;
+    explicit Depth(int& depth) : count(depth) { ++count; }
+    ~Depth() { --count; }
+  } inside(depth_);
+  const std::uint32_t last = lastCookie_;
+  bool bubble = true;
+  for (auto at = sinks_.begin(); at != sinks_.end() && at->first <= last;) {
+    const std::uint32_t cookie = at->first;
+    const std::shared_ptr<EventSink> sink = at->second;  // lives through its own detaching
+    const bool was = bubble;
+    sink->deliver(event, bubble);
+    bubble = bubble && was;
+    at = sinks_.upper_bound(cookie);
+  }
+  return bubble;
+}
+
+}  // namespace qx::screens

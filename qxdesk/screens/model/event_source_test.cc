@@ -1,0 +1,94 @@
+#include "qxdesk/screens/model/event_source.h"
+
+#include "qxdesk/screens/model/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::screens {
+namespace {
+
+using Log = std::vector<std::string>;
+
+std::shared_ptr<ProbeSink> probe(ProbeSink::Handler handler = nullptr) {
+  return std::make_shared<ProbeSink>(std::move(handler));
+}
+
+TEST(EventSource, ReachesEverySinkInTheOrderOfAttachment) {
+  EventSource source;
+  Log order;
+  for (const char* name : {"a", "b"}) {
+    source.attach(probe([&order, name](const std::string&, bool&) { order.push_back(name); }));
+  }
+  EXPECT_TRUE(source.raise(AppEvent{66}));
+  EXPECT_EQ(order, (Log{"a", "b"}));
+}
+
+TEST(EventSource, ReportsAnObjectionThatALaterSinkCannotTakeBack) {
+  EventSource source;
+  bool cameIn = true;
+  source.attach(probe([](const std::string&, bool& bubble) { bubble = false; }));
+  source.attach(probe([&](const std::string&, bool& bubble) {
+    cameIn = bubble;
+    bubble = true;
+  }));
+  EXPECT_FALSE(source.raise(MenuEvent{u"1"}));
+  EXPECT_FALSE(cameIn);
+}
+
+TEST(EventSource, LetsASinkDetachItselfDuringAnEvent) {
+  EventSource source;
+  std::uint32_t cookie = 0;
+  const auto first = probe([&](const std::string&, bool&) { source.detach(cookie); });
+  const auto second = probe();
+  cookie = source.attach(first);
+  source.attach(second);
+  source.raise(AppEvent{64});
+  source.raise(AppEvent{66});
+  EXPECT_EQ(first->log, (Log{"app 64"}));
+  EXPECT_EQ(second->log, (Log{"app 64", "app 66"}));
+}
+
+TEST(EventSource, PassesOverASinkThatIsDetachedDuringTheEvent) {
+  EventSource source;
+  const auto second = probe();
+  std::uint32_t cookie = 0;
+  source.attach(probe([&](const std::string&, bool&) { source.detach(cookie); }));
+  cookie = source.attach(second);
+  source.raise(AppEvent{64});
+  EXPECT_EQ(second->log, Log{});
+}
+
+TEST(EventSource, KeepsTheEventFromASinkThatIsAttachedDuringIt) {
+  EventSource source;
+  const auto late = probe();
+  source.attach(probe([&, done = false](const std::string&, bool&) mutable {
+    if (!std::exchange(done, true)) source.attach(late);
+  }));
+  source.raise(AppEvent{64});
+  source.raise(AppEvent{65});
+  EXPECT_EQ(late->log, (Log{"app 65"}));
+}
+
+TEST(EventSource, CountsTheDepthOfNestedEvents) {
+  EventSource source;
+  std::vector<int> depths;
+  source.attach(probe([&](const std::string& words, bool&) {
+    depths.push_back(source.depth());
+    if (words == "app 64") source.raise(AppEvent{65});
+  }));
+  source.raise(AppEvent{64});
+  EXPECT_EQ(depths, (std::vector<int>{1, 2}));
+  EXPECT_EQ(source.depth(), 0);
+}
+
+TEST(EventSource, DoesNotKnowACookieTwice) {
+  EventSource source;
+  const auto cookie = source.attach(probe());
+  EXPECT_NE(cookie, 0U);
+  EXPECT_TRUE(source.detach(cookie));
+  EXPECT_FALSE(source.detach(cookie));
+  EXPECT_NE(source.attach(probe()), cookie);
+}
+
+}  // namespace
+}  // namespace qx::screens

@@ -1,0 +1,174 @@
+#include "qxdesk/screens/model/forms.h"
+
+#include "qxdesk/screens/model/test_support.h"
+#include "qxdesk/screens/user/desk_printer.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::screens {
+namespace {
+
+using Log = std::vector<std::string>;
+
+class FormsTest : public testing::Test {
+ protected:
+  std::string list() { return toUtf8(printForms(desk_.forms)); }
+
+  Desk desk_{testSettings()};
+};
+
+TEST_F(FormsTest, StartsWithTheFormThatOwnsTheMenuBar) {
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
+  EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", 1), desk_.forms.all()[0]);
+  EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", 2), nullptr);
+}
+
+TEST_F(FormsTest, OpensWithTheLoadEventsAndSelects) {
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(desk_.forms.open(makeAddOnForm(u"A")));
+  EXPECT_EQ(sink->log, (Log{"before item 16 A", "before item 19 F_0", "after item 19 F_0",
+                            "after item 16 A"}));
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\"\nA -1 \"\" selected\n");
+}
+
+TEST_F(FormsTest, OpensHiddenFormsBehindTheSelectedOne) {
+  const auto form = makeAddOnForm(u"A");
+  form->visible = false;
+  desk_.forms.open(form);
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\nA -1 \"\" hidden\n");
+  desk_.forms.show(form, true);
+  EXPECT_EQ(desk_.forms.selected(), form);
+  desk_.forms.show(form, false);
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\nA -1 \"\" hidden\n");
+}
+
+TEST_F(FormsTest, LeavesAFormUnopenedWhoseLoadIsVetoed) {
+  listen(desk_, veto("before item 16 A"));
+  const auto form = makeAddOnForm(u"A");
+  EXPECT_FALSE(desk_.forms.open(form));
+  EXPECT_FALSE(form->isOpen());
+  EXPECT_EQ(desk_.forms.find(u"A"), nullptr);
+}
+
+TEST_F(FormsTest, RefusesAUidThatIsTakenOrReserved) {
+  desk_.forms.open(makeAddOnForm(u"A"));
+  EXPECT_EQ(raisedBy([&] { desk_.forms.open(makeAddOnForm(u"A")); }), kFormAlreadyExists);
+  EXPECT_EQ(raisedBy([&] { desk_.forms.open(makeAddOnForm(u"F_9")); }), kFormUidReserved);
+}
+
+TEST_F(FormsTest, ClosesWithCloseAndUnloadAndSelectsTheFormBefore) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(desk_.forms.close(form));
+  EXPECT_EQ(sink->log,
+            (Log{"before item 20 A", "after item 20 A", "before item 17 A", "after item 17 A"}));
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
+  EXPECT_EQ(raisedBy([&] { desk_.forms.close(form); }), kInvalidForm);
+}
+
+TEST_F(FormsTest, StaysOpenWhenTheClosingOrTheUnloadIsVetoed) {
+  for (const char* event : {"before item 20 A", "before item 17 A"}) {
+    Desk desk(testSettings());
+    const auto form = makeAddOnForm(u"A");
+    desk.forms.open(form);
+    listen(desk, veto(event));
+    EXPECT_FALSE(desk.forms.close(form));
+    EXPECT_TRUE(form->isOpen());
+    EXPECT_FALSE(form->isClosing());
+  }
+}
+
+TEST_F(FormsTest, KeepsTheMainMenuOpen) {
+  EXPECT_EQ(raisedBy([&] { desk_.forms.close(desk_.forms.all()[0]); }), kFormFunctionNotSupported);
+}
+
+TEST_F(FormsTest, HoldsBackAClosingUntilTheFormsOwnEventIsOver) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  bool acted = false;
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words != "before item 6 A.5") return;
+    desk_.forms.close(form);
+    desk_.forms.close(form);
+    EXPECT_TRUE(form->isOpen());
+  });
+  ItemEvent click;
+  click.type = 6;
+  click.itemUid = u"5";
+  EXPECT_TRUE(desk_.forms.perform(form, click, [&] { acted = true; }));
+  EXPECT_FALSE(acted);
+  EXPECT_FALSE(form->isOpen());
+  EXPECT_EQ(sink->log, (Log{"before item 6 A.5", "before item 20 A", "after item 20 A",
+                            "before item 17 A", "after item 17 A"}));
+}
+
+TEST_F(FormsTest, ClosesAsAskedWhenTheActionIsRefused) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  const auto refused = [&] {
+    desk_.forms.close(form);
+    raiseError(kInvalidItem);
+    return true;
+  };
+  EXPECT_EQ(raisedBy([&] { desk_.forms.whileBusy(form, refused); }), kInvalidItem);
+  EXPECT_FALSE(form->isOpen());
+}
+
+TEST_F(FormsTest, ClosesOnceWhenAHandlerClosesItInItsClosingEvent) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  const auto sink =
+      listen(desk_, [&](const std::string&, bool&) { raisedBy([&] { desk_.forms.close(form); }); });
+  desk_.forms.close(form);
+  EXPECT_EQ(sink->log.size(), 4U);
+  EXPECT_FALSE(form->isOpen());
+}
+
+TEST_F(FormsTest, ClosesAFormThatIsClosedDuringItsLoad) {
+  const auto form = makeAddOnForm(u"A");
+  listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before item 16 A") desk_.forms.close(form);
+  });
+  desk_.forms.open(form);
+  EXPECT_FALSE(form->isOpen());
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
+}
+
+TEST_F(FormsTest, LetsADialogTakeTheFrontBackWithoutEnd) {
+  const auto dialog = makeAddOnForm(u"A");
+  const auto other = makeAddOnForm(u"B");
+  desk_.forms.open(other);
+  desk_.forms.open(dialog);
+  // Both insist on the front, as two dialogs over one another would.
+  listen(desk_, [&](const std::string& words, bool&) {
+    if (words.find("item 19 A") != std::string::npos) desk_.forms.select(dialog);
+    if (words.find("item 19 B") != std::string::npos) desk_.forms.select(other);
+  });
+  EXPECT_TRUE(desk_.forms.select(other));
+  EXPECT_EQ(desk_.forms.selected(), dialog);
+}
+
+TEST_F(FormsTest, SelectsAnotherFormWhenTheSelectedOneClosesOnItsDeactivation) {
+  const auto first = makeAddOnForm(u"A");
+  const auto second = makeAddOnForm(u"B");
+  desk_.forms.open(second);
+  desk_.forms.open(first);
+  listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before item 19 A") desk_.forms.close(first);
+  });
+  desk_.forms.select(second);
+  EXPECT_FALSE(first->isOpen());
+  EXPECT_EQ(desk_.forms.selected(), second);
+}
+
+TEST_F(FormsTest, KeepsTheSelectionWhenTheDeactivationIsVetoed) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  listen(desk_, veto("before item 19 A"));
+  EXPECT_FALSE(desk_.forms.select(desk_.forms.all()[0]));
+  EXPECT_EQ(desk_.forms.selected(), form);
+}
+
+}  // namespace
+}  // namespace qx::screens

@@ -1,0 +1,72 @@
+#include "qxdesk/screens/model/matrix_model.h"
+
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxframework/automation/com_error.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx::screens {
+namespace {
+
+// Far more than anybody looks at; a count beyond it is a mistake that would eat the memory.
+constexpr long kMostRows = 1'000'000;
+
+}  // namespace
+
+void MatrixModel::addColumn(MatrixColumn column) {
+  checkUid(column.uid, kColumnAttributes);
+  for (const auto& other : columns_) {
+    if (other->uid == column.uid) raiseError(kColumnAlreadyExists);
+  }
+  columns_.push_back(std::make_shared<MatrixColumn>(std::move(column)));
+  for (Row& row : rows_) row.cells.emplace_back();
+}
+
+void MatrixModel::addRows(long count, long position) {
+  if (count < 0 || position < -1 || position > rowCount()) raiseError(kIllegalOffset);
+  if (count > kMostRows - rowCount()) raiseError(kIllegalOffset);
+  Row row;
+  row.cells.reserve(columns_.size());
+  for (const auto& column : columns_) {
+    row.cells.push_back(column->source == nullptr ? std::u16string() : column->source->value());
+  }
+  const long at = position < 0 ? rowCount() : position;
+  rows_.insert(rows_.begin() + at, static_cast<std::size_t>(count), row);
+}
+
+void MatrixModel::checkRow(long row) const {
+  if (row < 1 || row > rowCount()) raiseError(kIllegalOffset);
+}
+
+void MatrixModel::selectRow(long row, bool select, bool multiple) {
+  checkRow(row);
+  if (select && (!multiple || selectionMode == kSelectOne)) {
+    for (Row& other : rows_) other.selected = false;
+  }
+  rows_[static_cast<std::size_t>(row - 1)].selected = select;
+}
+
+bool MatrixModel::isRowSelected(long row) const {
+  checkRow(row);
+  return rows_[static_cast<std::size_t>(row - 1)].selected;
+}
+
+std::size_t MatrixModel::columnIndex(const MatrixColumn& column) const {
+  const auto at = std::find_if(columns_.begin(), columns_.end(),
+                               [&](const auto& each) { return each.get() == &column; });
+  if (at == columns_.end()) raiseError(kInvalidColumn);
+  return static_cast<std::size_t>(at - columns_.begin());
+}
+
+const std::u16string& MatrixModel::cell(long row, const MatrixColumn& column) const {
+  checkRow(row);
+  return rows_[static_cast<std::size_t>(row - 1)].cells[columnIndex(column)];
+}
+
+void MatrixModel::setCell(long row, const MatrixColumn& column, std::u16string_view text) {
+  checkRow(row);
+  rows_[static_cast<std::size_t>(row - 1)].cells[columnIndex(column)] = text;
+}
+
+}  // namespace qx::screens

@@ -1,0 +1,58 @@
+#include "qxdesk/screens/model/status_bar.h"
+
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxframework/automation/com_error.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx::screens {
+
+void Progress::stop() {
+  if (std::exchange(stopped_, true)) return;
+  if (const auto bar = bar_.lock()) (*bar)->free();
+}
+
+void Progress::checkHeld() const {
+  if (stopped_ || bar_.expired()) raiseError(kGeneralFailure);
+}
+
+void Progress::setText(std::u16string text) {
+  checkHeld();
+  text_ = std::move(text);
+}
+
+void Progress::setValue(long value) {
+  checkHeld();
+  value_ = std::clamp(value, 0L, std::max(0L, maximum_));
+}
+
+StatusBar::StatusBar(std::unique_ptr<ProgressLock> lock)
+    : lock_(std::move(lock)), self_(std::make_shared<StatusBar*>(this)) {}
+
+StatusBar::~StatusBar() {
+  if (held_) free();
+}
+
+void StatusBar::show(StatusMessage message) { history_.push_back(std::move(message)); }
+
+std::shared_ptr<Progress> StatusBar::createProgress(std::u16string text, long maximum,
+                                                    bool stoppable) {
+  if (held_) raiseError(kGeneralFailure);
+  auto progress = std::make_shared<Progress>(self_, std::move(text), maximum, stoppable);
+  if (lock_ != nullptr && !lock_->tryAcquire()) {
+    progress->stopped_ = true;
+    raiseError(kGeneralFailure);
+  }
+  held_ = true;
+  holder_ = progress;
+  return progress;
+}
+
+void StatusBar::free() {
+  held_ = false;
+  holder_.reset();
+  if (lock_ != nullptr) lock_->release();
+}
+
+}  // namespace qx::screens

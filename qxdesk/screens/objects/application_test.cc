@@ -1,0 +1,291 @@
+#include "qxdesk/screens/objects/application.h"
+
+#include "qxdesk/screens/objects/test_support.h"
+#include "qxdesk/session/login_context.h"
+#include "qxdesk/session/ui_session.h"
+#include "qxframework/automation/type_info.h"
+
+namespace qx::screens {
+namespace {
+
+using Log = std::vector<std::string>;
+using Entry = EmbeddedTest;
+using Application = EmbeddedTest;
+using Events = EmbeddedTest;
+
+TEST(EntryObject, RefusesAStringThatMakesNoSense) {
+  const auto api = makeGuiApi();
+  EXPECT_EQ(api->Connect(u"nonsense"), kConnectionStringNotValid);
+  EXPECT_EQ(api->Connect(CComBSTR()), kConnectionStringNotValid);
+  EXPECT_EQ(raisedBy([&] { api->GetApplication(-1); }), kGeneralFailure);
+}
+
+TEST(EntryObject, RefusesAPlayScriptThatCannotBeRead) {
+  const auto api = makeGuiApi();
+  EXPECT_EQ(api->Connect(u"embedded:?db=a&appid=8&play=/nonexistent/p.txt"),
+            kConnectionStringNotValid);
+}
+
+TEST_F(Entry, AcceptsAnyIdentifier) {
+  EXPECT_EQ(api_->PutAddOnIdentifier(CComBSTR(std::u16string(88, u'A'))), S_OK);
+  EXPECT_EQ(api_->PutAddOnIdentifier(CComBSTR()), S_OK);
+}
+
+TEST_F(Entry, GivesTheConnectedClientAlone) {
+  EXPECT_EQ(raisedBy([&] { api_->GetApplication(0); }), E_INVALIDARG);
+}
+
+TEST_F(Entry, LeadsToTheVersionOfItsLibrary) {
+  for (IDispatch* object : {static_cast<IDispatch*>(api_.p), static_cast<IDispatch*>(app_.p)}) {
+    CComPtr<ITypeInfo> info;
+    ASSERT_EQ(object->GetTypeInfo(0, 0, &info), S_OK);
+    CComPtr<ITypeLib> library;
+    UINT index = 9;
+    ASSERT_EQ(info->GetContainingTypeLib(&library, &index), S_OK);
+    TLIBATTR* attributes = nullptr;
+    ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
+    EXPECT_EQ(attributes->wMajorVerNum, 9);
+    EXPECT_EQ(attributes->wMinorVerNum, 20);
+    library->ReleaseTLibAttr(attributes);
+    EXPECT_EQ(object->GetTypeInfo(1, 0, &info), DISP_E_BADINDEX);
+  }
+}
+
+TEST_F(Entry, SharesOneClientAmongTheConnectionsOfAnApplicationId) {
+  const auto second = makeGuiApi();
+  ASSERT_EQ(second->Connect(u"embedded:?db=other&appid=7&language=9"), 0);
+  const auto other = second->GetApplication(-1);
+  EXPECT_EQ(other->GetLanguage(), ln_English);
+  app_->GetMenus()->Add(u"X", u"mine", mt_String, -1);
+  EXPECT_NE(other->GetMenus()->Item(u"X"), nullptr);
+  const auto third = makeGuiApi();
+  ASSERT_EQ(third->Connect(u"embedded:?db=other&appid=6"), 0);
+  EXPECT_EQ(third->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
+}
+
+TEST_F(Entry, EndsTheClientWithTheLastObject) {
+  app_->GetMenus()->Add(u"X", u"mine", mt_String, -1);
+  const auto held = app_->GetStatusBar();
+  app_.Release();
+  user_.Release();
+  api_ = makeGuiApi();
+  ASSERT_EQ(api_->Connect(u"embedded:?db=a&appid=7"), 0);
+  EXPECT_NE(api_->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
+  api_.Release();
+  const_cast<CComPtr<IStatusBar>&>(held).Release();
+  api_ = makeGuiApi();
+  ASSERT_EQ(api_->Connect(u"embedded:?db=a&appid=7"), 0);
+  EXPECT_EQ(api_->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
+}
+
+TEST_F(Application, TellsWhoIsLoggedInToWhat) {
+  EXPECT_EQ(app_->GetAppId(), 7);
+  EXPECT_EQ(app_->GetLanguage(), ln_English);
+  const auto company = app_->GetCompanyInfo();
+  EXPECT_EQ(utf8(company->GetUserName()), "manager");
+  EXPECT_EQ(utf8(company->GetCompanyName()), "Harbour");
+  EXPECT_EQ(utf8(company->GetDatabaseName()), "Harbour");
+  EXPECT_EQ(user_->ChangeLanguage(9), S_OK);
+  EXPECT_EQ(app_->GetLanguage(), ln_German);
+  EXPECT_EQ(user_->ChangeLanguage(4), E_INVALIDARG);
+}
+
+TEST_F(Application, AnswersTheCookieOfACompanyObject) {
+  const desk::LoginTarget target{"/data/Harbour.db", 1, ln_English, u"manager", u"Harbour"};
+  const CComBSTR context = app_->GetCompanyInfo()->GetConnectionContext(u"cookie");
+  EXPECT_EQ(desk::decodeLoginContext(context.View(), u"cookie"), target);
+  const CComQIPtr<desk::IUiSession> session(app_.p);
+  CComBSTR direct;
+  ASSERT_EQ(session->GetLoginContext(CComBSTR(u"other"), &direct), S_OK);
+  EXPECT_EQ(desk::decodeLoginContext(direct.View(), u"other"), target);
+  EXPECT_EQ(desk::decodeLoginContext(direct.View(), u"cookie"), std::nullopt);
+}
+
+TEST_F(Application, KeepsTheStartUpFlag) {
+  EXPECT_EQ(app_->GetStartupDone(), VARIANT_FALSE);
+  app_->PutStartupDone(VARIANT_TRUE);
+  EXPECT_EQ(app_->GetStartupDone(), VARIANT_TRUE);
+}
+
+TEST_F(Application, AnswersBoxesFromTheUser) {
+  EXPECT_EQ(user_->QueueAnswer(2), S_OK);
+  EXPECT_EQ(user_->QueueAnswer(4), E_INVALIDARG);
+  EXPECT_EQ(app_->MessageBox(u"Exit?", 1, u"Exit", u"Upgrade", u""), 2);
+  CComBSTR text;
+  ASSERT_EQ(user_->GetLastBoxText(&text), S_OK);
+  EXPECT_EQ(utf8(text), "Exit?");
+  EXPECT_EQ(app_->MessageBox(u"Init", 1, u"OK", CComBSTR(), CComBSTR()), 1);
+}
+
+class Answerer final : public ComObject<desk::IBoxAnswerer> {
+ public:
+  HRESULT AnswerBox(BSTR text, long, long* button) override {
+    if (viewOfBstr(text) != u"known") return S_FALSE;
+    *button = 3;
+    return S_OK;
+  }
+};
+
+TEST_F(Application, AsksAnAnswererForBoxes) {
+  ASSERT_EQ(user_->SetBoxAnswerer(makeObject<Answerer>()), S_OK);
+  EXPECT_EQ(app_->MessageBox(u"known", 1, u"a", u"b", u"c"), 3);
+  EXPECT_EQ(app_->MessageBox(u"unknown", 2, u"a", u"b", u"c"), 2);
+  EXPECT_EQ(user_->SetBoxAnswerer(nullptr), S_OK);
+  EXPECT_EQ(app_->MessageBox(u"known", 1, u"a", u"b", u"c"), 1);
+}
+
+TEST_F(Application, ReportsBatchesByCodeAndDocument) {
+  EXPECT_EQ(app_->LoadBatchActions(u"<Application/>"), S_OK);
+  EXPECT_EQ(utf8(app_->GetLastBatchResults()), R"(<result actions="0" applied="0" failed="0"/>)");
+  EXPECT_EQ(raisedBy([&] { app_->LoadBatchActions(CComBSTR()); }), kCannotLoadXml);
+}
+
+TEST_F(Application, LendsTheProgressBarToOneHolder) {
+  const auto bar = app_->GetStatusBar();
+  auto progress = bar->CreateProgressBar(u"Check database", 1, VARIANT_FALSE);
+  EXPECT_EQ(raisedBy([&] { bar->CreateProgressBar(u"x", 1, VARIANT_FALSE); }), kGeneralFailure);
+  progress->PutText(u"half");
+  progress->PutValue(1);
+  EXPECT_EQ(progress->GetValue(), 1);
+  CComBSTR status;
+  user_->PrintStatus(&status);
+  EXPECT_EQ(utf8(status), "progress \"half\" 1/1\n");
+  progress->Stop();
+  auto next = bar->CreateProgressBar(u"x", 1, VARIANT_FALSE);
+  next.Release();
+  EXPECT_NE(bar->CreateProgressBar(u"x", 1, VARIANT_FALSE), nullptr);
+}
+
+TEST_F(Application, ShowsMessagesInTheStatusBar) {
+  app_->GetStatusBar()->SetText(u"wrong count", 20, smt_Error);
+  EXPECT_EQ(raisedBy([&] {
+              app_->GetStatusBar()->SetText(u"x", 20, static_cast<HvStatusBarMessageType>(9));
+            }),
+            E_INVALIDARG);
+  CComBSTR status;
+  user_->PrintStatus(&status);
+  EXPECT_EQ(utf8(status), "error: wrong count\n");
+}
+
+TEST_F(Application, LetsTheCallGateRefuseACall) {
+  desk::CallGate& gate = desk::CallGate::instance();
+  gate.refuse(2, E_ACCESSDENIED);
+  EXPECT_EQ(raisedBy([&] { app_->GetAppId(); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { app_->GetForms(); }), E_ACCESSDENIED);
+  EXPECT_EQ(raisedBy([&] { app_->GetForms(); }), S_OK);
+  EXPECT_EQ(gate.count(), 3);
+  CComBSTR menus;
+  user_->PrintMenus(&menus);
+  EXPECT_EQ(gate.count(), 3);
+}
+
+TEST_F(Application, RefusesNullOutPointers) {
+  EXPECT_EQ(app_->raw_GetForms(nullptr), E_POINTER);
+  EXPECT_EQ(app_->raw_GetAppId(nullptr), E_POINTER);
+  EXPECT_EQ(app_->raw_GetLastBatchResults(nullptr), E_POINTER);
+  EXPECT_EQ(app_->GetCompanyInfo()->raw_GetUserName(nullptr), E_POINTER);
+  EXPECT_EQ(user_->PickMenu(CComBSTR(u"1288"), nullptr), E_POINTER);
+}
+
+TEST_F(Events, ArriveWithTheArgumentsInReverseOrderAndTheVetoByReference) {
+  const auto form = openOrder();
+  const auto sink = listen();
+  VARIANT_BOOL done = VARIANT_FALSE;
+  user_->PickMenu(CComBSTR(u"1288"), &done);
+  user_->KeyDown(CComBSTR(u"F_1"), CComBSTR(u"4"), 65, &done);
+  user_->RightClick(CComBSTR(u"F_1"), CComBSTR(u"4"), &done);
+  user_->FireFormData(CComBSTR(u"F_1"), CComBSTR(u"17"), CComBSTR(u"99"), &done);
+  user_->FireStatusBar(CComBSTR(u"saved"), smt_Info);
+  user_->FireProgressBar(&done);
+  user_->FirePrint(CComBSTR(u"F_1"), &done);
+  user_->FireReportData(CComBSTR(u"F_1"), &done);
+  user_->Shutdown();
+  user_->ChangeCompany(CComBSTR(u"/data/Quay.db"));
+  user_->ServerTermination();
+  EXPECT_EQ(
+      sink->log,
+      (Log{"101(before 1288, -1)", "101(after 1288, -1)", "100(F_1, before 2 3101 F_1.4..0.65, -1)",
+           "100(F_1, after 2 3101 F_1.4..0.65, -1)", "107(before F_1.4, -1)",
+           "107(after F_1.4, -1)", "108(before F_1 17 99, -1)", "108(after F_1 17 99, -1)",
+           "103(saved, 3)", "104(object, -1)", "104(object, -1)", "105(object, -1)",
+           "105(object, -1)", "106(object, -1)", "106(object, -1)", "102(64)", "102(65)",
+           "102(67)"}));
+}
+
+TEST_F(Events, VetoBeforeTheActionAndAreNotAskedAfterIt) {
+  openOrder();
+  listen([](const std::string& words, VARIANT_BOOL* veto) {
+    const bool stop = words.starts_with("100(F_1, before 1 ") || words.find("after") != words.npos;
+    if (veto != nullptr && stop) *veto = VARIANT_FALSE;
+    return S_OK;
+  });
+  VARIANT_BOOL done = VARIANT_TRUE;
+  EXPECT_EQ(user_->PressItem(CComBSTR(u"F_1"), CComBSTR(u"1"), &done), S_OK);
+  EXPECT_EQ(done, VARIANT_FALSE);
+  EXPECT_EQ(user_->KeyDown(CComBSTR(u"F_1"), CComBSTR(u"4"), 65, &done), S_OK);
+  EXPECT_EQ(done, VARIANT_TRUE);
+}
+
+TEST_F(Events, TakeASinkThatFailsOrThrowsForOneWithoutObjection) {
+  const auto failing = listen([](const std::string&, VARIANT_BOOL* veto) {
+    *veto = VARIANT_FALSE;
+    return E_FAIL;
+  });
+  const auto throwing = listen([](const std::string&, VARIANT_BOOL*) -> HRESULT { throw 42; });
+  VARIANT_BOOL done = VARIANT_FALSE;
+  EXPECT_EQ(user_->PickMenu(CComBSTR(u"1288"), &done), S_OK);
+  EXPECT_EQ(done, VARIANT_TRUE);
+  EXPECT_EQ(failing->log.size(), 2U);
+  EXPECT_EQ(throwing->log.size(), 2U);
+}
+
+TEST_F(Events, LetASinkUnadviseItselfDuringAnEvent) {
+  const auto sink =
+      listen([this](const std::string&, VARIANT_BOOL*) { return point()->Unadvise(cookie_); });
+  user_->Shutdown();
+  user_->Shutdown();
+  EXPECT_EQ(sink->log, (Log{"102(64)"}));
+  EXPECT_EQ(point()->Unadvise(cookie_), CONNECT_E_NOCONNECTION);
+  long count = -1;
+  user_->GetSinkCount(&count);
+  EXPECT_EQ(count, 0);
+}
+
+TEST_F(Events, HaveOnePointForTheirInterface) {
+  IID iid{};
+  EXPECT_EQ(point()->GetConnectionInterface(&iid), S_OK);
+  EXPECT_EQ(iid, DIID_IApplicationEvents);
+  CComQIPtr<IConnectionPointContainer> container(app_.p);
+  CComPtr<IConnectionPoint> none;
+  EXPECT_EQ(container->FindConnectionPoint(IDispatch::kIid, &none), CONNECT_E_NOCONNECTION);
+  DWORD cookie = 0;
+  EXPECT_EQ(point()->Advise(nullptr, &cookie), E_POINTER);
+  EXPECT_EQ(point()->Advise(makeObject<Answerer>(), &cookie), CONNECT_E_CANNOTCONNECT);
+}
+
+TEST_F(Events, NestWhenAHandlerActs) {
+  const auto sink = listen([this](const std::string& words, VARIANT_BOOL*) {
+    if (words != "101(before 43523, -1)") return S_OK;
+    VARIANT_BOOL done = VARIANT_FALSE;
+    return user_->PickMenu(CComBSTR(u"1288"), &done);
+  });
+  VARIANT_BOOL done = VARIANT_FALSE;
+  user_->PickMenu(CComBSTR(u"43523"), &done);
+  EXPECT_EQ(sink->log, (Log{"101(before 43523, -1)", "101(before inner 1288, -1)",
+                            "101(after inner 1288, -1)", "101(after 43523, -1)"}));
+}
+
+TEST_F(Events, MayReleaseTheLastObjectOfTheClient) {
+  listen([this](const std::string&, VARIANT_BOOL*) {
+    app_.Release();
+    api_.Release();
+    user_.Release();
+    return S_OK;
+  });
+  desk::IDeskUser* user = user_.p;
+  EXPECT_EQ(user->Shutdown(), S_OK);
+  EXPECT_EQ(user_, nullptr);
+}
+
+}  // namespace
+}  // namespace qx::screens

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "qxdesk/screens/objects/client.h"
+#include "qxdesk/screens/user/user.h"
+#include "qxframework/automation/com_ptr.h"
+
+#include <memory>
+
+namespace qx::screens {
+
+CComPtr<desk::IDeskUser> makeDeskUser(std::shared_ptr<Client> client);
+
+}  // namespace qx::screens

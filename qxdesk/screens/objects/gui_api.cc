@@ -1,0 +1,68 @@
+#include "qxdesk/screens/objects/gui_api.h"
+
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxdesk/screens/objects/application.h"
+#include "qxdesk/screens/objects/host_object.h"
+#include "qxdesk/screens/objects/type_library.h"
+#include "qxdesk/screens/user/play_script.h"
+#include "qxdesk/session/connection_string.h"
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/automation/text.h"
+
+#include <iostream>
+#include <string>
+
+namespace qx::screens {
+namespace {
+
+/// Which of the running clients to give: always the connected one.
+constexpr long kConnectedClient = -1;
+
+void explain(const std::exception& error) {
+  developerTrace(toUtf16(std::string(error.what()) + "\n"));
+}
+
+class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
+ public:
+  GuiApi() : WithTypeInfo(nullptr) {}
+
+  /// The code of a string that makes no sense comes as the out value: a refusal, not a failure.
+  HRESULT raw_Connect(BSTR connection, long* out) override {
+    return give(out, [&] { return connect(viewOfBstr(connection)); });
+  }
+  HRESULT raw_GetApplication(long which, IApplication** out) override {
+    return giveNew(out, [&] {
+      if (which != kConnectedClient) raiseError(E_INVALIDARG);
+      if (connected_ == nullptr) raiseError(kGeneralFailure);
+      return makeApplication(connected_);
+    });
+  }
+  /// Any text is accepted: who may attach is no question here.
+  HRESULT raw_PutAddOnIdentifier(BSTR identifier) override {
+    return run([&] { identifier_ = viewOfBstr(identifier); });
+  }
+
+ private:
+  long connect(std::u16string_view connection) {
+    try {
+      connected_ = Client::attach(desk::parseConnectionString(connection));
+      return 0;
+    } catch (const desk::ConnectionStringError& error) {
+      explain(error);
+    } catch (const PlayScriptError& error) {
+      // Whoever wrote the script sits in front of this program.
+      std::cerr << error.what() << std::endl;
+      explain(error);
+    }
+    return kConnectionStringNotValid;
+  }
+
+  std::shared_ptr<Client> connected_;
+  std::u16string identifier_;
+};
+
+}  // namespace
+
+CComPtr<IHalvexGuiApi> makeGuiApi() { return CComPtr<IHalvexGuiApi>(makeObject<GuiApi>().p); }
+
+}  // namespace qx::screens

@@ -1,0 +1,44 @@
+#pragma once
+
+// How the objects of a form refer to what they show: weakly, so that a form that has been closed or
+// an item that has been removed shows as an error and nothing else.
+
+#include "qxdesk/screens/model/form_model.h"
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxframework/automation/com_error.h"
+
+#include <memory>
+
+namespace qx::screens {
+
+class FormLink {
+ public:
+  explicit FormLink(const std::shared_ptr<FormModel>& form) : form_(form) {}
+  /// Raises kInvalidForm when it is no longer open.
+  std::shared_ptr<FormModel> form() const {
+    auto form = form_.lock();
+    if (form == nullptr || !form->isOpen()) raiseError(kInvalidForm);
+    return form;
+  }
+
+ private:
+  std::weak_ptr<FormModel> form_;
+};
+
+class ItemLink : public FormLink {
+ public:
+  ItemLink(const std::shared_ptr<FormModel>& form, const std::shared_ptr<ItemModel>& item)
+      : FormLink(form), item_(item) {}
+  /// Raises kInvalidForm, and kInvalidItem when it is no longer on the form.
+  std::shared_ptr<ItemModel> item() const {
+    const auto owner = form();
+    auto item = item_.lock();
+    if (item == nullptr || owner->findItem(item->uid) != item) raiseError(kInvalidItem);
+    return item;
+  }
+
+ private:
+  std::weak_ptr<ItemModel> item_;
+};
+
+}  // namespace qx::screens

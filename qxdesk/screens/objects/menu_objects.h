@@ -1,0 +1,14 @@
+#pragma once
+
+#include "qxdesk/screens/objects/client.h"
+#include "qxframework/automation/com_ptr.h"
+#include "qxframework/host/menu.h"
+
+#include <memory>
+
+namespace qx::screens {
+
+/// The entries below `father`.
+CComPtr<IMenus> makeMenus(std::shared_ptr<Client> client, const std::shared_ptr<MenuEntry>& father);
+
+}  // namespace qx::screens

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "qxdesk/screens/objects/client.h"
+#include "qxframework/automation/com_ptr.h"
+#include "qxframework/host/application.h"
+
+#include <memory>
+
+namespace qx::screens {
+
+CComPtr<IStatusBar> makeStatusBar(std::shared_ptr<Client> client);
+
+}  // namespace qx::screens

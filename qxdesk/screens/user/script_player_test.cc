@@ -1,0 +1,146 @@
+#include "qxdesk/screens/user/script_player.h"
+
+#include "qxdesk/screens/model/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+namespace qx::screens {
+namespace {
+
+class Playing : public testing::Test {
+ protected:
+  std::string play(std::string_view script) {
+    std::string out;
+    std::deque<std::function<void()>> tasks;
+    ScriptPlayer player(
+        desk_, parsePlayScript(script, "demo.txt"),
+        [&](std::function<void()> task) { tasks.push_back(std::move(task)); },
+        [&](std::string_view text) { out += text; });
+    player.start();
+    player.start();
+    while (!tasks.empty()) {
+      EXPECT_EQ(tasks.size(), 1U);
+      const auto task = std::move(tasks.front());
+      tasks.pop_front();
+      task();
+      ++tasks_;
+    }
+    EXPECT_TRUE(player.finished());
+    return out;
+  }
+
+  Desk desk_{testSettings()};
+  int tasks_ = 0;
+};
+
+TEST_F(Playing, PlaysTheStepsAheadOfStartBeforeTheAddOnStarts) {
+  std::string out;
+  int posted = 0;
+  ScriptPlayer player(
+      desk_, parsePlayScript("status One\nstart\nstatus Two\n", "demo.txt"),
+      [&](std::function<void()>) { ++posted; }, [&](std::string_view text) { out += text; });
+  player.playAhead();
+  EXPECT_EQ(out, "the client's status bar says \"One\"\n");
+  EXPECT_EQ(posted, 0);
+  player.start();
+  EXPECT_EQ(posted, 1);
+}
+
+TEST_F(Playing, PlaysNothingAheadWithoutStart) {
+  std::string out;
+  ScriptPlayer player(
+      desk_, parsePlayScript("status One\n", "demo.txt"), [](std::function<void()>) {},
+      [&](std::string_view text) { out += text; });
+  player.playAhead();
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(Playing, PlaysTheRestAtOnceWhenTheClientHasEnded) {
+  EXPECT_EQ(play("shutdown\nstatus After\n"),
+            "shut the client down\nthe client's status bar says \"After\"\n");
+  EXPECT_EQ(tasks_, 1);
+}
+
+TEST_F(Playing, TellsEveryStepInPlainWords) {
+  EXPECT_EQ(play("menu 3001\n"
+                 "type * 4 C001\n"
+                 "cell F_1 20 1 1 Bolt\n"
+                 "choose F_1 7 Closed\n"
+                 "click F_1 20 1 1\n"
+                 "print forms\n"
+                 "press F_1 1\n"
+                 "close F_1\n"
+                 "open 1001\n"
+                 "language 9\n"
+                 "company /data/Quay.db\n"
+                 "status Good morning\n"
+                 "say And now:\n"
+                 "print status\n"),
+            "picked menu 3001\n"
+            "typed \"C001\" into item 4 of form F_1\n"
+            "typed \"Bolt\" into item 20, column 1, row 1 of form F_1\n"
+            "chose \"Closed\" in item 7 of form F_1\n"
+            "clicked item 20, column 1, row 1 of form F_1\n"
+            "F_0 169 \"Main Menu\"\nF_1 3101 \"Sales Order\" selected update\n"
+            "pressed item 1 of form F_1\n"
+            "closed form F_1\n"
+            "opened form of type 1001: F_2\n"
+            "changed the language to 9\n"
+            "changed the company to /data/Quay.db\n"
+            "the client's status bar says \"Good morning\"\n"
+            "And now:\n"
+            "Good morning\n");
+  EXPECT_EQ(tasks_, 14);
+}
+
+TEST_F(Playing, SaysWhatAnAddOnVetoed) {
+  desk_.forms.open(makeAddOnForm(u"A"));
+  listen(desk_, veto("before item 1 A.1"));
+  EXPECT_EQ(play("press A 1"), "pressed item 1 of form A: vetoed by the add-on\n");
+}
+
+TEST_F(Playing, SaysWhatTheClientRefusedAndGoesOn) {
+  EXPECT_EQ(play("press A 1\nmenu 101"), "line 1 refused: Invalid form (-7000)\npicked menu 101\n");
+}
+
+TEST_F(Playing, AnswersABoxWithTheAnswerThatFollowsItsAction) {
+  long answer = 0;
+  listen(desk_, [&](const std::string& words, bool&) {
+    if (words != "before menu 43523") return;
+    MessageBoxCall box;
+    box.text = u"Go on?";
+    box.buttons = {u"Yes", u"No", u""};
+    answer = desk_.boxes.show(box);
+  });
+  EXPECT_EQ(play("menu 43523\nanswer 2\nprint boxes"),
+            "box \"Go on?\": answered with button 2\n"
+            "picked menu 43523\n"
+            "\"Go on?\" [Yes] [No] -> 2\n");
+  EXPECT_EQ(answer, 2);
+}
+
+TEST_F(Playing, AnswersABoxWithTheAnswerThatPrecedesItsAction) {
+  long answer = 0;
+  listen(desk_, [&](const std::string& words, bool&) {
+    if (words != "before menu 43523") return;
+    MessageBoxCall box;
+    box.buttons = {u"Yes", u"No", u""};
+    answer = desk_.boxes.show(box);
+  });
+  play("answer 2\nmenu 43523");
+  EXPECT_EQ(answer, 2);
+}
+
+TEST_F(Playing, SaysThatNobodyAnswers) {
+  listen(desk_, [&](const std::string&, bool&) {
+    MessageBoxCall box;
+    box.text = u"Well?";
+    desk_.boxes.show(box);
+  });
+  EXPECT_EQ(play("shutdown"), "box \"Well?\": nobody answers\nshut the client down\n");
+}
+
+}  // namespace
+}  // namespace qx::screens

@@ -1,0 +1,322 @@
+#include "qxdesk/screens/user/user_actions.h"
+
+#include "qxdesk/screens/model/system_forms.h"
+#include "qxdesk/screens/model/ui_codes.h"
+#include "qxframework/automation/com_error.h"
+#include "qxframework/host/events.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx::screens {
+namespace {
+
+constexpr char16_t kBackspaceKey = 8;
+constexpr char16_t kTabKey = 9;
+constexpr char16_t kEnterKey = 13;
+constexpr char16_t kFirstPrintableKey = 32;
+
+bool isReachable(const MenuEntry& entry) {
+  for (const MenuEntry* at = &entry; at != nullptr; at = at->father()) {
+    if (!at->properties().enabled) return false;
+  }
+  return true;
+}
+
+bool takesText(const ItemModel& item, const std::shared_ptr<MatrixColumn>& column, long row) {
+  if (item.type == kEditText) return true;
+  return column != nullptr && row > 0 && column->editable;
+}
+
+bool isFull(const std::u16string& text, const std::shared_ptr<UserDataSource>& source) {
+  return source != nullptr && source->size() > 0 &&
+         text.size() >= static_cast<std::size_t>(source->size());
+}
+
+void markChanged(FormModel& form, ItemModel& item) {
+  item.changed = true;
+  if (item.affectsFormMode && form.mode() == kOkMode) form.setMode(kUpdateMode);
+}
+
+}  // namespace
+
+bool UserActions::pickMenu(std::u16string_view uid) {
+  const auto entry = desk_.menus.find(uid);
+  if (entry == nullptr || entry->father() == nullptr || entry->properties().type == mt_Separator) {
+    raiseError(kInvalidMenuItem);
+  }
+  if (!isReachable(*entry)) raiseError(kNotValidTarget);
+  const bool inner = desk_.events.depth() > 0;
+  return desk_.forms.whileBusy(desk_.forms.selected(), [&] {
+    if (!desk_.events.raise(MenuEvent{entry->uid(), inner, true})) return false;
+    desk_.runMenuCommand(entry->uid());
+    desk_.events.raise(MenuEvent{entry->uid(), inner, false});
+    return true;
+  });
+}
+
+std::shared_ptr<FormModel> UserActions::openForm(std::u16string_view typeEx) {
+  return desk_.openSystemForm(typeEx);
+}
+
+bool UserActions::closeForm(std::u16string_view uid) { return desk_.forms.close(formOf(uid)); }
+
+bool UserActions::selectForm(std::u16string_view uid) {
+  const auto form = formOf(uid);
+  if (!form->visible) raiseError(kNotValidTarget);
+  return desk_.forms.select(form);
+}
+
+std::shared_ptr<FormModel> UserActions::formOf(std::u16string_view uid) const {
+  auto form = desk_.forms.find(uid);
+  if (form == nullptr) raiseError(kInvalidForm);
+  return form;
+}
+
+UserActions::Target UserActions::reach(const Spot& spot) const {
+  Target target;
+  target.form = formOf(spot.form);
+  target.item = target.form->findItem(spot.item);
+  if (target.item == nullptr) raiseError(kInvalidItem);
+  if (target.item->matrix != nullptr) findCell(spot, target);
+  const bool onScreen = target.form->visible || hand_ == Hand::kAddOn;
+  if (!onScreen || !target.item->usable()) raiseError(kNotValidTarget);
+  return target;
+}
+
+void UserActions::findCell(const Spot& spot, Target& target) const {
+  const MatrixModel& matrix = *target.item->matrix;
+  target.row = spot.row;
+  if (spot.row < 0 || spot.row > matrix.rowCount()) raiseError(kIllegalOffset);
+  if (spot.column.empty()) return;
+  const auto& columns = matrix.columns();
+  const auto at = std::find_if(columns.begin(), columns.end(),
+                               [&](const auto& column) { return column->uid == spot.column; });
+  if (at == columns.end()) raiseError(kInvalidColumn);
+  target.column = *at;
+}
+
+bool UserActions::perform(const Target& target, long type, const std::function<void()>& action,
+                          long charPressed) {
+  ItemEvent event;
+  event.type = type;
+  event.itemUid = target.item->uid;
+  if (target.column != nullptr) event.colUid = target.column->uid;
+  event.row = target.row;
+  event.charPressed = charPressed;
+  return desk_.forms.perform(target.form, event, action);
+}
+
+bool UserActions::moveFocus(const Target& target) {
+  if (hand_ == Hand::kUser) {
+    const bool selected = desk_.forms.select(target.form);
+    if (!selected || !target.form->isSelected()) return false;  // another form keeps the front
+  }
+  if (target.form->focus == target.item->uid) return true;
+  return leave(target.form, target.item->uid);
+}
+
+bool UserActions::leave(const std::shared_ptr<FormModel>& form, std::u16string_view next) {
+  const auto old = form->findItem(form->focus);
+  if (old != nullptr && old->changed) {
+    if (!perform(Target{form, old, nullptr, 0}, kValidate, [&] { old->changed = false; })) {
+      return false;
+    }
+  }
+  form->focus = next;
+  return true;
+}
+
+bool UserActions::click(const Spot& spot) {
+  const Target target = reach(spot);
+  return desk_.forms.whileBusy(target.form, [&] { return moveFocus(target) && clickItem(target); });
+}
+
+bool UserActions::clickItem(const Target& target) {
+  const auto selectRow = [&] {
+    MatrixModel* matrix = target.item->matrix.get();
+    if (matrix == nullptr || target.row < 1 || target.row > matrix->rowCount()) return;
+    if (matrix->selectionMode != kSelectNone) matrix->selectRow(target.row, true, false);
+  };
+  if (!perform(target, kClick, selectRow)) return false;
+  if (target.item->type != kButton || target.form->isClosing() || !target.form->isOpen()) {
+    return true;
+  }
+  return perform(target, kItemPressed, [&] { runButton(target.form, target.item->uid); });
+}
+
+bool UserActions::doubleClick(const Spot& spot) {
+  const Target target = reach(spot);
+  return desk_.forms.whileBusy(target.form, [&] {
+    if (!moveFocus(target) || !clickItem(target)) return false;
+    if (target.form->isClosing()) return true;
+    return perform(target, kDoubleClick, [] {});
+  });
+}
+
+void UserActions::runButton(const std::shared_ptr<FormModel>& form, std::u16string_view uid) {
+  if (uid == kCancelButton || (uid == kOkButton && form->mode() == kOkMode)) {
+    desk_.forms.close(form);
+  } else if (uid == kOkButton) {
+    save(form);
+  }
+}
+
+bool UserActions::save(const std::shared_ptr<FormModel>& form) {
+  const auto done = [&] { form->setMode(kOkMode); };
+  if (form->objectType.empty() || form->mode() == kFindMode) {
+    done();
+    return true;
+  }
+  return raiseFormData(form, form->objectType, u"", done);
+}
+
+bool UserActions::raiseFormData(const std::shared_ptr<FormModel>& form,
+                                std::u16string_view objectType, std::u16string_view objectKey,
+                                const std::function<void()>& action) {
+  FormDataEvent event;
+  event.formUid = form->uid();
+  event.objectType = objectType;
+  event.objectKey = objectKey;
+  return desk_.forms.whileBusy(form, [&] {
+    if (!desk_.events.raise(event)) return false;
+    action();
+    event.before = false;
+    desk_.events.raise(event);
+    return true;
+  });
+}
+
+bool UserActions::key(const Spot& spot, char16_t pressed) {
+  const Target target = reach(spot);
+  return desk_.forms.whileBusy(target.form, [&] {
+    if (!moveFocus(target)) return false;
+    return perform(
+        target, kKeyDown, [&] { enter(target, pressed); }, pressed);
+  });
+}
+
+void UserActions::enter(const Target& target, char16_t pressed) {
+  if (pressed == kEnterKey) return pressDefaultButton(target.form);
+  if (pressed == kTabKey) {
+    leave(target.form, u"");
+    return;
+  }
+  if (!takesText(*target.item, target.column, target.row)) return;
+  if (pressed < kFirstPrintableKey && pressed != kBackspaceKey) return;
+  const bool isCell = target.column != nullptr;
+  MatrixModel* matrix = target.item->matrix.get();
+  if (isCell && target.row > matrix->rowCount()) return;
+  const auto source = isCell ? target.column->source : target.item->text.source();
+  std::u16string text = isCell ? matrix->cell(target.row, *target.column) : target.item->text.get();
+  if (pressed == kBackspaceKey) {
+    text.clear();
+  } else if (!isFull(text, source)) {
+    text += pressed;
+  }
+  if (isCell) {
+    matrix->setCell(target.row, *target.column, text);
+  } else {
+    target.item->text.set(text);
+  }
+  markChanged(*target.form, *target.item);
+}
+
+void UserActions::pressDefaultButton(const std::shared_ptr<FormModel>& form) {
+  const auto button = form->findItem(form->defaultItem());
+  if (button == nullptr || button->type != kButton || !button->usable()) return;
+  click(Spot{form->uid(), button->uid});
+}
+
+bool UserActions::type(const Spot& spot, std::u16string_view text) {
+  const Target target = reach(spot);
+  if (!takesText(*target.item, target.column, target.row)) raiseError(kNotValidTarget);
+  const bool isCell = target.column != nullptr;
+  return desk_.forms.whileBusy(target.form, [&] {
+    const std::u16string now =
+        isCell ? target.item->matrix->cell(target.row, *target.column) : target.item->text.get();
+    bool all = now.empty() || key(spot, kBackspaceKey);
+    for (const char16_t unit : text) {
+      if (target.form->isClosing() || !target.form->isOpen()) break;
+      all = key(spot, unit) && all;
+    }
+    return all;
+  });
+}
+
+bool UserActions::validate(const Spot& spot) {
+  const Target target = reach(spot);
+  return perform(target, kValidate, [&] { target.item->changed = false; });
+}
+
+bool UserActions::choose(const Spot& spot, std::u16string_view key) {
+  const Target target = reach(spot);
+  if (target.item->combo == nullptr) raiseError(kNotValidTarget);
+  const auto position = target.item->combo->find(key);
+  if (!position) raiseError(kInvalidFieldValue);
+  return desk_.forms.whileBusy(target.form, [&] {
+    if (!moveFocus(target)) return false;
+    return perform(target, kClick, [&] {
+      target.item->combo->select(*position);
+      markChanged(*target.form, *target.item);
+    });
+  });
+}
+
+bool UserActions::rightClick(const Spot& spot) {
+  const auto form = formOf(spot.form);
+  if (!spot.item.empty()) form->item(spot.item);
+  RightClickEvent event;
+  event.formUid = spot.form;
+  event.itemUid = spot.item;
+  return announce(event, form);
+}
+
+bool UserActions::formData(std::u16string_view form, std::u16string_view objectType,
+                           std::u16string_view objectKey) {
+  return raiseFormData(formOf(form), objectType, objectKey, [] {});
+}
+
+void UserActions::changeLanguage(HvLanguages language) {
+  desk_.setLanguage(language);
+  desk_.menus.removeAddOnEntries();  // the client builds its menu bar anew, without them
+  desk_.events.raise(AppEvent{kLanguageChanged});
+}
+
+void UserActions::changeCompany(std::string database) {
+  desk_.setDatabase(std::move(database));
+  desk_.menus.removeAddOnEntries();
+  desk_.events.raise(AppEvent{kCompanyChanged});
+}
+
+void UserActions::shutDown() { desk_.events.raise(AppEvent{kShutDown}); }
+
+void UserActions::serverTermination() { desk_.events.raise(AppEvent{kServerTermination}); }
+
+void UserActions::statusMessage(std::u16string text, HvStatusBarMessageType type) {
+  desk_.statusBar.show({text, type, 0});
+  desk_.events.raise(StatusBarEvent{std::move(text), type});
+}
+
+template <class E>
+bool UserActions::announce(E event, const std::shared_ptr<FormModel>& form) {
+  return desk_.forms.whileBusy(form, [&] {
+    event.before = true;
+    if (!desk_.events.raise(event)) return false;
+    event.before = false;
+    desk_.events.raise(event);
+    return true;
+  });
+}
+
+bool UserActions::progressBar() { return announce(ProgressBarEvent{}, nullptr); }
+
+bool UserActions::print(std::u16string_view form) {
+  return announce(PrintEvent{std::u16string(form)}, formOf(form));
+}
+
+bool UserActions::reportData(std::u16string_view form) {
+  return announce(ReportDataEvent{std::u16string(form)}, formOf(form));
+}
+
+}  // namespace qx::screens

@@ -1,0 +1,270 @@
+#include "qxdesk/screens/user/user_actions.h"
+
+#include "qxdesk/screens/model/test_support.h"
+#include "qxdesk/screens/user/desk_printer.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::screens {
+namespace {
+
+using Log = std::vector<std::string>;
+
+class UserTest : public testing::Test {
+ protected:
+  std::shared_ptr<FormModel> openForm(const char16_t* uid = u"A") {
+    const auto form = makeAddOnForm(uid);
+    desk_.forms.open(form);
+    return form;
+  }
+
+  Desk desk_{testSettings()};
+  UserActions user_{desk_};
+};
+
+TEST_F(UserTest, PicksAMenuEntryThatOpensAForm) {
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.pickMenu(u"3001"));
+  EXPECT_EQ(sink->log, (Log{"before menu 3001", "before item 16 F_1", "before item 19 F_0",
+                            "after item 19 F_0", "after item 16 F_1", "after menu 3001"}));
+}
+
+TEST_F(UserTest, DoesNothingForAMenuEntryThatAnAddOnVetoes) {
+  const auto sink = listen(desk_, veto("before menu 3001"));
+  EXPECT_FALSE(user_.pickMenu(u"3001"));
+  EXPECT_EQ(sink->log, (Log{"before menu 3001"}));
+}
+
+TEST_F(UserTest, CallsAMenuEventInnerThatIsRaisedWithinAnother) {
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before menu 43523") user_.pickMenu(u"1288");
+  });
+  user_.pickMenu(u"43523");
+  EXPECT_EQ(sink->log, (Log{"before menu 43523", "before inner menu 1288", "after inner menu 1288",
+                            "after menu 43523"}));
+}
+
+TEST_F(UserTest, RefusesMenuEntriesThatCannotBePicked) {
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"none"); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u""); }), kInvalidMenuItem);
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"1284"); }), kInvalidMenuItem);
+  desk_.menus.find(u"3000")->properties().enabled = false;
+  EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"3001"); }), kNotValidTarget);
+}
+
+TEST_F(UserTest, SendsTheShutDownWhenQuitIsPicked) {
+  const auto sink = listen(desk_);
+  user_.pickMenu(u"101");
+  EXPECT_EQ(sink->log, (Log{"before menu 101", "app 64", "after menu 101"}));
+}
+
+TEST_F(UserTest, ChangesTheModeOfTheSelectedFormByTheDataMenu) {
+  const auto form = openForm();
+  user_.pickMenu(u"1281");
+  EXPECT_EQ(form->mode(), kFindMode);
+  user_.pickMenu(u"1282");
+  EXPECT_EQ(form->mode(), kAddMode);
+  user_.pickMenu(u"1290");
+  EXPECT_EQ(form->mode(), kOkMode);
+}
+
+TEST_F(UserTest, ClosesAFormInOkModeBehindTheEventsOfTheOkButton) {
+  openForm();
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.click({u"A", u"1"}));
+  EXPECT_EQ(sink->log,
+            (Log{"before item 6 A.1", "after item 6 A.1", "before item 1 A.1", "after item 1 A.1",
+                 "before item 20 A", "after item 20 A", "before item 17 A", "after item 17 A"}));
+}
+
+TEST_F(UserTest, SavesInAnotherModeAndStaysOpen) {
+  user_.openForm(u"3101");
+  desk_.forms.find(u"F_1")->setMode(kAddMode);
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.click({u"F_1", u"1"}));
+  EXPECT_EQ(sink->log, (Log{"before item 6 F_1.1", "after item 6 F_1.1", "before item 1 F_1.1",
+                            "before data F_1 31 ", "after data F_1 31 ", "after item 1 F_1.1"}));
+  EXPECT_EQ(desk_.forms.find(u"F_1")->mode(), kOkMode);
+}
+
+TEST_F(UserTest, KeepsTheModeWhenTheSavingIsVetoed) {
+  user_.openForm(u"3101");
+  desk_.forms.find(u"F_1")->setMode(kAddMode);
+  listen(desk_, veto("before data F_1 31 "));
+  user_.click({u"F_1", u"1"});
+  EXPECT_EQ(desk_.forms.find(u"F_1")->mode(), kAddMode);
+}
+
+TEST_F(UserTest, StopsAtTheFirstVeto) {
+  openForm();
+  const auto sink = listen(desk_, veto("before item 6 A.6"));
+  EXPECT_FALSE(user_.click({u"A", u"6"}));
+  EXPECT_EQ(sink->log, (Log{"before item 6 A.6"}));
+  const auto press = listen(desk_, veto("before item 1 A.2"));
+  EXPECT_FALSE(user_.click({u"A", u"2"}));
+  EXPECT_NE(desk_.forms.find(u"A"), nullptr);
+}
+
+TEST_F(UserTest, LeavesAButtonUnpressedWhoseFormIsClosedByTheClick) {
+  const auto form = openForm();
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before item 6 A.6") desk_.forms.close(form);
+  });
+  EXPECT_TRUE(user_.click({u"A", u"6"}));
+  EXPECT_EQ(sink->log, (Log{"before item 6 A.6", "before item 20 A", "after item 20 A",
+                            "before item 17 A", "after item 17 A"}));
+}
+
+TEST_F(UserTest, TypesKeyByKeyAndLeavesOkMode) {
+  const auto form = openForm();
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.type({u"A", u"5"}, u"ab"));
+  EXPECT_EQ(sink->log, (Log{"before item 2 A.5 key 97", "after item 2 A.5 key 97",
+                            "before item 2 A.5 key 98", "after item 2 A.5 key 98"}));
+  EXPECT_EQ(form->item(u"5").text.get(), u"ab");
+  EXPECT_EQ(form->mode(), kUpdateMode);
+  EXPECT_TRUE(user_.type({u"A", u"5"}, u""));
+  EXPECT_EQ(form->item(u"5").text.get(), u"");
+  EXPECT_EQ(sink->log.back(), "after item 2 A.5 key 8");
+}
+
+TEST_F(UserTest, LeavesOutAKeyThatIsVetoed) {
+  const auto form = openForm();
+  listen(desk_, veto("before item 2 A.5 key 98"));
+  EXPECT_FALSE(user_.type({u"A", u"5"}, u"abc"));
+  EXPECT_EQ(form->item(u"5").text.get(), u"ac");
+}
+
+TEST_F(UserTest, KeepsOkModeForAnEditThatDoesNotAffectIt) {
+  const auto form = openForm();
+  form->item(u"5").affectsFormMode = false;
+  user_.type({u"A", u"5"}, u"a");
+  EXPECT_EQ(form->mode(), kOkMode);
+}
+
+TEST_F(UserTest, StopsAtTheSizeOfTheSource) {
+  const auto form = openForm();
+  form->addSource(u"UD", 9, 2);
+  form->item(u"5").text.bind(form->findSource(u"UD"));
+  EXPECT_TRUE(user_.type({u"A", u"5"}, u"abc"));
+  EXPECT_EQ(form->item(u"5").text.get(), u"ab");
+}
+
+TEST_F(UserTest, ValidatesAnEditThatWasTypedIntoWhenItIsLeft) {
+  openForm();
+  user_.type({u"A", u"5"}, u"a");
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.click({u"A", u"6"}));
+  EXPECT_EQ(sink->log, (Log{"before item 10 A.5", "after item 10 A.5", "before item 6 A.6",
+                            "after item 6 A.6", "before item 1 A.6", "after item 1 A.6"}));
+}
+
+TEST_F(UserTest, KeepsTheFocusOnAnEditWhoseValidationIsVetoed) {
+  const auto form = openForm();
+  user_.type({u"A", u"5"}, u"a");
+  const auto sink = listen(desk_, veto("before item 10 A.5"));
+  EXPECT_FALSE(user_.click({u"A", u"1"}));
+  EXPECT_EQ(form->focus, u"5");
+  EXPECT_EQ(sink->log, (Log{"before item 10 A.5"}));
+  EXPECT_FALSE(user_.validate({u"A", u"5"}));
+}
+
+TEST_F(UserTest, PressesTheDefaultButtonByEnterBetweenTheKeysEvents) {
+  openForm();
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.key({u"A", u"5"}, 13));
+  EXPECT_EQ(sink->log,
+            (Log{"before item 2 A.5 key 13", "before item 6 A.1", "after item 6 A.1",
+                 "before item 1 A.1", "after item 1 A.1", "after item 2 A.5 key 13",
+                 "before item 20 A", "after item 20 A", "before item 17 A", "after item 17 A"}));
+}
+
+TEST_F(UserTest, ClicksAndDoubleClicksIntoAMatrix) {
+  user_.openForm(u"3101");
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.click({u"F_1", u"20", u"2", 0}));
+  EXPECT_TRUE(user_.doubleClick({u"F_1", u"20", u"2", 1}));
+  EXPECT_EQ(sink->log, (Log{"before item 6 F_1.20.2.0", "after item 6 F_1.20.2.0",
+                            "before item 6 F_1.20.2.1", "after item 6 F_1.20.2.1",
+                            "before item 7 F_1.20.2.1", "after item 7 F_1.20.2.1"}));
+  EXPECT_TRUE(desk_.forms.find(u"F_1")->item(u"20").matrix->isRowSelected(1));
+  EXPECT_EQ(raisedBy([&] { user_.click({u"F_1", u"20", u"2", 2}); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"F_1", u"20", u"99", 1}); }), kInvalidColumn);
+}
+
+TEST_F(UserTest, TypesIntoACell) {
+  user_.openForm(u"3101");
+  EXPECT_TRUE(user_.type({u"F_1", u"20", u"2", 1}, u"12"));
+  const MatrixModel& lines = *desk_.forms.find(u"F_1")->item(u"20").matrix;
+  EXPECT_EQ(lines.cell(1, *lines.columns()[2]), u"12");
+}
+
+TEST_F(UserTest, ChoosesInAComboBox) {
+  user_.openForm(u"3101");
+  EXPECT_TRUE(user_.choose({u"F_1", u"7"}, u"C"));
+  EXPECT_EQ(desk_.forms.find(u"F_1")->item(u"7").combo->selected(), 1U);
+  EXPECT_EQ(raisedBy([&] { user_.choose({u"F_1", u"7"}, u"X"); }), kInvalidFieldValue);
+  EXPECT_EQ(raisedBy([&] { user_.choose({u"F_1", u"4"}, u"X"); }), kNotValidTarget);
+}
+
+TEST_F(UserTest, ReachesOnlyWhatIsThereAndOnTheScreen) {
+  const auto form = openForm();
+  EXPECT_EQ(raisedBy([&] { user_.click({u"none", u"1"}); }), kInvalidForm);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"none"}); }), kInvalidItem);
+  EXPECT_EQ(raisedBy([&] { user_.type({u"A", u"1"}, u"x"); }), kNotValidTarget);
+  form->item(u"6").enabled = false;
+  EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"6"}); }), kNotValidTarget);
+  form->item(u"5").visible = false;
+  EXPECT_EQ(raisedBy([&] { user_.type({u"A", u"5"}, u"x"); }), kNotValidTarget);
+  desk_.forms.show(form, false);
+  EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"1"}); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.selectForm(u"A"); }), kNotValidTarget);
+  EXPECT_TRUE(UserActions(desk_, Hand::kAddOn).click({u"A", u"1"}));
+}
+
+TEST_F(UserTest, DoesNotReachAFormWhileADialogKeepsTheFront) {
+  openForm(u"A");
+  const auto dialog = openForm(u"B");
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words.find("item 19 B") != std::string::npos) desk_.forms.select(dialog);
+  });
+  EXPECT_FALSE(user_.click({u"A", u"1"}));
+  EXPECT_EQ(sink->log, (Log{"before item 19 B", "after item 19 B"}));
+}
+
+TEST_F(UserTest, RaisesTheOtherEvents) {
+  openForm();
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.rightClick({u"A", u"5"}));
+  EXPECT_TRUE(user_.formData(u"A", u"2", u"C1"));
+  EXPECT_TRUE(user_.progressBar());
+  EXPECT_TRUE(user_.print(u"A"));
+  EXPECT_TRUE(user_.reportData(u"A"));
+  user_.statusMessage(u"saved", smt_Info);
+  user_.changeLanguage(ln_German);
+  user_.changeCompany("/data/Quay.db");
+  user_.shutDown();
+  user_.serverTermination();
+  EXPECT_EQ(sink->log, (Log{"before right A.5", "after right A.5", "before data A 2 C1",
+                            "after data A 2 C1", "before progress", "after progress",
+                            "before print A", "after print A", "before report A", "after report A",
+                            "status saved 3", "app 66", "app 65", "app 64", "app 67"}));
+  EXPECT_EQ(desk_.settings().language, ln_German);
+  EXPECT_EQ(desk_.databaseName(), u"Quay");
+  EXPECT_EQ(toUtf8(printStatus(desk_.statusBar)), "info: saved\n");
+}
+
+TEST_F(UserTest, HoldsBackTheClosingOfTheSelectedFormDuringAMenuEvent) {
+  const auto form = openForm();
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before menu 43523") {
+      desk_.forms.close(form);
+      EXPECT_TRUE(form->isOpen());
+    }
+  });
+  user_.pickMenu(u"43523");
+  EXPECT_FALSE(form->isOpen());
+}
+
+}  // namespace
+}  // namespace qx::screens

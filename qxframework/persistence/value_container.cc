@@ -1,7 +1,0 @@
-#include "qxframework/persistence/value_container.h"
-
-namespace Persistence {
-
-CQXValueContainer::~CQXValueContainer() = default;
-
-}  // namespace Persistence

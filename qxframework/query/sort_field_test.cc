@@ -1,0 +1,59 @@
+#include "qxframework/query/sort_field.h"
+
+#include <gtest/gtest.h>
+
+namespace Persistence {
+namespace {
+
+using qx::viewOf;
+
+TEST(SortField, OfANameAloneIsAscending) {
+  const CQXPersistenceSortField field(u"Code");
+  EXPECT_EQ(field.GetFieldName().View(), u"Code");
+  EXPECT_EQ(field.GetSortOrder(), so_Ascending);
+  EXPECT_EQ(field.GetSortOrder(), 0);
+}
+
+TEST(SortField, WritesItsOrderBehindABlank) {
+  EXPECT_EQ(viewOf(CQXPersistenceSortField(u"Code").GetSortOrderAsString()), u" ASC");
+  EXPECT_EQ(viewOf(CQXPersistenceSortField(u"Code", so_Descending).GetSortOrderAsString()),
+            u" DESC");
+}
+
+TEST(SortField, AnyOtherOrderIsDescending) {
+  for (int order : {2, -1, 1000}) {
+    const CQXPersistenceSortField field(u"Code", static_cast<etSORT_ORDER>(order));
+    EXPECT_EQ(field.GetSortOrder(), order);
+    EXPECT_EQ(viewOf(field.GetSortOrderAsString()), u" DESC");
+  }
+}
+
+TEST(SortField, EqualsOneOfTheSameNameAndOrder) {
+  const CQXPersistenceSortField field(u"Code", so_Descending);
+  EXPECT_TRUE(field == CQXPersistenceSortField(u"Code", so_Descending));
+  EXPECT_TRUE(field != CQXPersistenceSortField(u"Code"));
+  EXPECT_TRUE(field != CQXPersistenceSortField(u"code", so_Descending));
+  EXPECT_FALSE(field != CQXPersistenceSortField(field));
+}
+
+TEST(SortField, NamesThatCollateAlikeAreEqual) {
+  EXPECT_TRUE(CQXPersistenceSortField(u"caf\u00E9") == CQXPersistenceSortField(u"cafe\u0301"));
+}
+
+TEST(SortField, AssignmentTakesNameAndOrder) {
+  CQXPersistenceSortField field(u"Code");
+  field = CQXPersistenceSortField(u"Name", so_Descending);
+  EXPECT_TRUE(field == CQXPersistenceSortField(u"Name", so_Descending));
+}
+
+TEST(SortField, ACollectionIsCopiedByValueAndInOrder) {
+  const CQXPersistenceSortFieldCollection fields{CQXPersistenceSortField(u"B"),
+                                                 CQXPersistenceSortField(u"A", so_Descending)};
+  CQXPersistenceSortFieldCollection copy = fields;
+  EXPECT_EQ(copy, fields);
+  copy[0] = CQXPersistenceSortField(u"C");
+  EXPECT_EQ(fields[0].GetFieldName().View(), u"B");
+}
+
+}  // namespace
+}  // namespace Persistence

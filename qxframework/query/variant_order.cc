@@ -1,0 +1,41 @@
+#include "qxframework/query/variant_order.h"
+
+#include <compare>
+#include <optional>
+
+namespace qx {
+namespace {
+
+/// The order of two values of one of the kinds that compare as plain numbers.
+std::optional<std::strong_ordering> plainOrder(const VARIANT& a, const VARIANT& b) {
+  if (a.vt != b.vt) return std::nullopt;
+  switch (a.vt) {
+    case VT_NULL:
+      return std::strong_ordering::equal;
+    case VT_I1:
+      return a.cVal <=> b.cVal;
+    case VT_UI2:
+      return a.uiVal <=> b.uiVal;
+    case VT_UI4:
+      return a.ulVal <=> b.ulVal;
+    case VT_UI8:
+      return a.ullVal <=> b.ullVal;
+    default:
+      return std::nullopt;
+  }
+}
+
+}  // namespace
+
+bool sameValue(const VARIANT& a, const VARIANT& b) {
+  if (a.vt != b.vt) return false;
+  if (const auto order = plainOrder(a, b)) return *order == 0;
+  return VarCmp(&a, &b, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ;
+}
+
+bool valueBelow(const VARIANT& a, const VARIANT& b) {
+  if (const auto order = plainOrder(a, b)) return *order < 0;
+  return VarCmp(&a, &b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
+}
+
+}  // namespace qx

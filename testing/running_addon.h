@@ -1,0 +1,31 @@
+#pragma once
+
+// A started add-on with a client, a company's file and a log of its own: what most tests begin
+// with.
+
+#include "testing/embedded_client.h"
+#include "testing/recording_addon.h"
+#include "testing/recording_logger.h"
+#include "testing/temp_folder.h"
+
+#include <filesystem>
+
+namespace qx::test {
+
+class RunningAddOn {
+ public:
+  RunningAddOn() {
+    result = addOn.Connect(1);
+    record.take();
+  }
+
+  TempFolder folder;
+  std::filesystem::path file = folder.path() / "company.db";
+  RecordingLogger log;
+  EmbeddedClient desk{file};
+  Record record;
+  RecordingAddOn addOn{desk.connection(), record};
+  long result = -1;
+};
+
+}  // namespace qx::test

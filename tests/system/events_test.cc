@@ -1,0 +1,202 @@
+// The events of a running client on their way to the add-on: each kind reaches the hook that it
+// belongs to, in the order form first, add-on second, and a veto reaches the client.
+
+#include "qxframework/os/message_loop.h"
+#include "testing/param_name.h"
+#include "testing/running_addon.h"
+#include "testing/sqlite_file.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using qx::test::RunningAddOn;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr char kOrder[] = "3101";
+constexpr char kOkButton[] = "1";
+constexpr char kCustomer[] = "4";
+constexpr char kCommonEntry[] = "QX_551";
+
+long veto(short* bubble) {
+  *bubble = VARIANT_FALSE;
+  return S_OK;
+}
+
+class Events : public testing::Test, protected RunningAddOn {
+ protected:
+  /// An order form that the add-on has attached to.
+  std::string openOrder() {
+    std::string uid = desk.openForm(kOrder);
+    record.take();
+    return uid;
+  }
+};
+
+TEST_F(Events, AFormLoadReachesTheAddOnAfterTheActionOnly) {
+  desk.openForm(kOrder);
+  EXPECT_THAT(record.take(), ElementsAre("OnFormLoad 3101", "Form.OnInitForm"));
+}
+
+TEST_F(Events, AnItemEventReachesItsFormBeforeAndAfterTheAction) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.type(form, kCustomer, "C"));
+  EXPECT_THAT(record.take(),
+              ElementsAre("Form.OnItemEvent 2 '4' before", "Form.OnItemEvent 2 '4' after"));
+  EXPECT_TRUE(desk.validate(form, kCustomer));
+  EXPECT_THAT(record.take(),
+              ElementsAre("Form.OnItemEvent 10 '4' before", "Form.OnItemEvent 10 '4' after"));
+}
+
+TEST_F(Events, AVetoKeepsTheClientFromTheActionAndFromTheSecondEvent) {
+  const std::string form = openOrder();
+  record.hooks["Form.OnItemEvent"] = veto;
+  EXPECT_FALSE(desk.press(form, kOkButton));
+  EXPECT_THAT(record.take(), ElementsAre("Form.OnItemEvent 6 '1' before"));
+  EXPECT_THAT(desk.forms(), HasSubstr(form + " 3101"));
+}
+
+TEST_F(Events, TheFormIsDeletedWhenTheClientHasUnloadedIt) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.closeForm(form));
+  const auto lines = record.take();
+  ASSERT_GE(lines.size(), 2U);
+  EXPECT_EQ(lines.back(), "~Form");
+  EXPECT_EQ(lines[lines.size() - 2], "Form.OnUnloadForm");
+  EXPECT_THAT(desk.forms(), Not(HasSubstr(form)));
+}
+
+TEST_F(Events, AMenuEventReachesTheSelectedFormAndThenTheAddOn) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.pickMenu("1282"));
+  EXPECT_THAT(record.take(), ElementsAre("Form.OnMenuEvent 1282 before", "OnMenuEvent 1282 before",
+                                         "Form.OnMenuEvent 1282 after", "OnMenuEvent 1282 after"));
+}
+
+TEST_F(Events, AMenuEventThatTheFormVetoesDoesNotReachTheAddOn) {
+  const std::string form = openOrder();
+  record.hooks["Form.OnMenuEvent"] = veto;
+  EXPECT_FALSE(desk.pickMenu("1282"));
+  EXPECT_THAT(record.take(), ElementsAre("Form.OnMenuEvent 1282 before"));
+}
+
+TEST_F(Events, TheLogSettingsEntryIsTheFrameworksOwn) {
+  desk.pickMenu(kCommonEntry);
+  EXPECT_THAT(record.take(), IsEmpty());
+}
+
+TEST_F(Events, AStatusBarMessageReachesTheAddOnWithItsType) {
+  desk.status("Posted", smt_Warning);
+  EXPECT_THAT(record.take(), ElementsAre("OnStatusBarEvent 1 'Posted'"));
+}
+
+TEST_F(Events, AProgressBarEventReachesTheAddOnWithoutAnObjectThatIsNoMenuEvent) {
+  EXPECT_TRUE(desk.progressBar());
+  EXPECT_THAT(record.take(), ElementsAre("OnProgressBarEvent null", "OnProgressBarEvent null"));
+}
+
+TEST_F(Events, APrintEventReachesTheAddOnWhichMayVetoIt) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.print(form));
+  EXPECT_THAT(record.take(), ElementsAre("OnPrintEvent", "OnPrintEvent"));
+  record.hooks["OnPrintEvent"] = veto;
+  EXPECT_FALSE(desk.print(form));
+  EXPECT_THAT(record.take(), ElementsAre("OnPrintEvent"));
+}
+
+TEST_F(Events, AReportDataEventReachesTheAddOnWhichMayVetoIt) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.reportData(form));
+  EXPECT_THAT(record.take(), ElementsAre("OnReportDataEvent", "OnReportDataEvent"));
+  record.hooks["OnReportDataEvent"] = veto;
+  EXPECT_FALSE(desk.reportData(form));
+  EXPECT_THAT(record.take(), ElementsAre("OnReportDataEvent"));
+}
+
+TEST_F(Events, ARightClickReachesTheSelectedFormAndThenTheAddOn) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.rightClick(form, kCustomer));
+  EXPECT_THAT(record.take(),
+              ElementsAre("Form.OnRightClickEvent 4 before", "OnRightClickEvent 4 before",
+                          "Form.OnRightClickEvent 4 after", "OnRightClickEvent 4 after"));
+}
+
+TEST_F(Events, FormDataReachTheFormAndNotTheAddOn) {
+  const std::string form = openOrder();
+  EXPECT_TRUE(desk.formData(form, "17", "KEY"));
+  EXPECT_THAT(record.take(), ElementsAre("Form.OnFormDataEvent 17 KEY before",
+                                         "Form.OnFormDataEvent 17 KEY after"));
+  record.hooks["Form.OnFormDataEvent"] = veto;
+  EXPECT_FALSE(desk.formData(form, "17", "KEY"));
+}
+
+TEST_F(Events, ALanguageChangeReachesTheAddOnAndBuildsTheCommonMenuAnew) {
+  const std::string menus = desk.menus();
+  desk.changeLanguage(ln_German);
+  EXPECT_THAT(record.take(), ElementsAre("OnChangeLanguage"));
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Language changed to 'ln_German'\n"));
+  EXPECT_THAT(desk.menus(), testing::EndsWith("43523 \"Add-Ons\" popup\n"
+                                              "  QX_551 \"Protokolleinstellungen des "
+                                              "Halvex-Add-Ons\"\n"));
+  desk.changeLanguage(ln_English);
+  EXPECT_EQ(desk.menus(), menus);
+  EXPECT_FALSE(log.has(u"Failed to create add-on menu tree!"));
+}
+
+TEST_F(Events, ACompanyChangeConnectsTheNewCompanyAndPreparesIt) {
+  const std::string menus = desk.menus();
+  const std::string before = qx::test::dumpOf(file);
+  const auto other = folder.path() / "other.db";
+  desk.changeCompany(other);
+  EXPECT_THAT(record.take(), ElementsAre("OnChangeCompany"));
+  EXPECT_EQ(record.company->GetConnected(), VARIANT_TRUE);
+  EXPECT_EQ(qx::toUtf8(desk.application()->GetCompanyInfo()->GetDatabaseName().View()), "other");
+  EXPECT_THAT(qx::test::rowsOf(other, "SELECT U_ExtID, U_Status FROM \"@QXEXTDBVERSION\""),
+              ElementsAre("|Installed"));
+  EXPECT_EQ(qx::test::dumpOf(file), before);
+  EXPECT_EQ(desk.menus(), menus);
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Company changed.\n"));
+}
+
+TEST_F(Events, ACompanyThatCannotBeOpenedIsToldAndTheNextChangeWorks) {
+  desk.changeCompany(folder.path() / "missing" / "company.db");
+  EXPECT_THAT(record.take(), IsEmpty());
+  EXPECT_THAT(desk.boxes(), HasSubstr("The folder of the company database"));
+  desk.changeCompany(file);
+  EXPECT_THAT(record.take(), ElementsAre("OnChangeCompany"));
+}
+
+/// The ways in which the client ends an add-on.
+struct Stop {
+  std::string name;
+  void (qx::test::EmbeddedClient::*act)();
+  friend std::ostream& operator<<(std::ostream& out, const Stop& stop) { return out << stop.name; }
+};
+
+class Stopping : public testing::TestWithParam<Stop>, protected RunningAddOn {};
+
+TEST_P(Stopping, EndsTheAddOnItsMenuItsEventsAndItsMessageLoop) {
+  addOn.SetWndHandle(CreateMessageWindow({}));
+  const std::string form = desk.openForm(kOrder);
+  record.take();
+  (desk.*GetParam().act)();
+  EXPECT_EQ(RunMessageLoop(), 0);
+  EXPECT_THAT(record.take(), ElementsAre("OnApplicationUnload"));
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"Add-on stopped."));
+  EXPECT_THAT(desk.menus(), Not(HasSubstr(kCommonEntry)));
+  EXPECT_EQ(desk.sinks(), 0);
+  desk.press(form, kOkButton);
+  desk.status("Nobody listens", smt_None);
+  EXPECT_THAT(record.take(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(By, Stopping,
+                         testing::Values(Stop{"Shutdown", &qx::test::EmbeddedClient::shutDown},
+                                         Stop{"ServerTermination",
+                                              &qx::test::EmbeddedClient::terminate}),
+                         qx::test::nameOf<Stop>);
+
+}  // namespace

@@ -1,0 +1,58 @@
+// The smallest example, from its start to its end, with a user who reads his actions from a file.
+
+#include "testing/child_process.h"
+#include "testing/engines.h"
+#include "testing/machine.h"
+#include "testing/sqlite_file.h"
+#include "testing/temp_folder.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+namespace {
+
+using qx::test::ChildProcess;
+using qx::test::Engine;
+using testing::ElementsAre;
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  EXPECT_TRUE(stream) << file;
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class Hello : public testing::TestWithParam<Engine> {
+ protected:
+  std::string run() const {
+    ChildProcess hello({qx::test::buildProgram("hello").string(),
+                        "embedded:?db=" + file.string() + "&engine=" + GetParam().name +
+                            "&play=" QX_TEST_DATA "/hello.play"},
+                       {"QX_RUNTIME_DIR=" + (folder.path() / "run").string()});
+    const std::string text = hello.rest();
+    EXPECT_EQ(hello.wait(), 0);
+    return text;
+  }
+
+  qx::test::TempFolder folder;
+  std::filesystem::path file = folder.path() / "company.db";
+};
+
+TEST_P(Hello, GreetsGuardsTheOrderAndLeavesTheClientAsItWas) {
+  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_THAT(qx::test::rowsOf(file, "SELECT Code, U_Who FROM \"@HELLO\""),
+              ElementsAre("00000000|World"));
+  const std::string before = qx::test::dumpOf(file);
+  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(qx::test::dumpOf(file), before);
+}
+
+TEST_P(Hello, SaysWithoutACompanyThatItCannotStart) {
+  ChildProcess hello({qx::test::buildProgram("hello").string(), "embedded:?engine=oldsql"}, {});
+  EXPECT_EQ(hello.wait(), 1);
+  EXPECT_EQ(hello.rest(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Engine, Hello, qx::test::allEngines(), qx::test::nameOf<Engine>);
+
+}  // namespace

@@ -1,0 +1,65 @@
+// The smallest example on a PostgreSQL server: what it does on a file it does there, in the SQL of
+// every engine, on the first start and on the next.
+
+#include "testing/child_process.h"
+#include "testing/engines.h"
+#include "testing/machine.h"
+#include "testing/postgres_server.h"
+#include "testing/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace {
+
+using qx::test::ChildProcess;
+using qx::test::Engine;
+using qx::test::PostgresServer;
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  EXPECT_TRUE(stream) << file;
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class HelloOnPostgres : public testing::TestWithParam<Engine> {
+ protected:
+  std::string run() const {
+    ChildProcess hello({qx::test::buildProgram("hello").string(),
+                        "embedded:?db=odbc:" + server.connection(database) +
+                            "&engine=" + GetParam().name + "&play=" QX_TEST_DATA "/hello.play"},
+                       {"QX_RUNTIME_DIR=" + (folder.path() / "run").string()});
+    const std::string text = hello.rest();
+    EXPECT_EQ(hello.wait(), 0);
+    return text;
+  }
+  std::string versionRow() const {
+    return server.ask(database,
+                      "SELECT string_agg(code || ' ' || u_extid || ' ' || u_version || "
+                      "' ' || u_status, ', ' ORDER BY code) FROM \"@" +
+                          lower(GetParam().versionTable) + "\"");
+  }
+  static std::string lower(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+  }
+
+  PostgresServer& server = PostgresServer::shared();
+  std::string database = server.createDatabase();
+  qx::test::TempFolder folder;
+};
+
+TEST_P(HelloOnPostgres, DoesWhatItDoesOnAFile) {
+  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(server.ask(database, "SELECT code || ' ' || u_who FROM \"@hello\""), "00000000 World");
+  const std::string rows = versionRow();
+  EXPECT_EQ(rows, "00000000  9.20.00.01 Installed, 00000001 HELLO 1.00.00.00 Installed");
+  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(server.ask(database, "SELECT code || ' ' || u_who FROM \"@hello\""), "00000000 World");
+  EXPECT_EQ(versionRow(), rows);
+}
+
+INSTANTIATE_TEST_SUITE_P(Engine, HelloOnPostgres, qx::test::allEngines(), qx::test::nameOf<Engine>);
+
+}  // namespace

@@ -1,0 +1,120 @@
+// An add-on in a process of its own whose every phase a test controls: it reports each on the
+// standard output, one line, and where it halts it waits for a line on the standard input.
+//
+//   probe_addon DATABASE [HALT]
+//
+// | report         | then it waits for                                                 |
+// |----------------|-------------------------------------------------------------------|
+// | connecting     |                                                                   |
+// | log TEXT       |                                                                   |
+// | halted TEXT    | go: a log record that begins with HALT                            |
+// | box TEXT       | the number of a button                                            |
+// | loading COUNT  | go, tables or fail: OnApplicationLoad, COUNT add-ons are attached |
+// | tables STATE   | go: its own tables are created then                               |
+// | created RESULT |                                                                   |
+// | connected CODE | count, menus, stop or leave                                       |
+// | count COUNT    | the same                                                          |
+// | menus NUMBER   | the same; how often the common entry stands in the menu           |
+// | stopped        | the same                                                          |
+
+#include "qxframework/automation/text.h"
+#include "qxframework/dbdef/db_def.h"
+#include "qxframework/foundation/version.h"
+#include "testing/embedded_client.h"
+#include "testing/recording_addon.h"
+#include "testing/recording_logger.h"
+
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+constexpr unsigned kDefinition = 100;
+// All probes attach to one client as far as the machine's counters go.
+constexpr long kAppId = 1;
+
+void report(const std::string& line) { std::cout << line << std::endl; }
+
+// A test that is gone leaves nobody to ask.
+std::string command() {
+  std::string line;
+  if (!std::getline(std::cin, line)) std::_Exit(3);
+  return line;
+}
+
+void reportRecord(const qx::test::LogRecord& record, const std::string& halt) {
+  static constexpr std::u16string_view kReported[] = {
+      u"Entering critical section....",   u"Leaving critical section....",
+      u"Removing common menu of Add-Ons", u"Db is OK.\n",
+      u"Uncompleted update detected.\n",  u"Add-on stopped."};
+  for (const std::u16string_view text : kReported) {
+    if (record.message == text) report("log " + qx::toUtf8(text.substr(0, text.find(u'\n'))));
+  }
+  if (halt.empty() || !qx::toUtf8(record.message).starts_with(halt)) return;
+  report("halted " + halt);
+  command();
+}
+
+long createTables(const qx::test::Record& record) {
+  CQXResourceLoader loader;
+  CQXDbDef tables(record.application, record.company, loader, u"PROBE", ln_English,
+                  GetModuleHandleW(nullptr));
+  CQXDbDef::_DBCHECK state = CQXDbDef::dbc_Ok;
+  tables.CheckVersion(state);
+  report("tables " + std::to_string(state));
+  if (command() != "go") return E_FAIL;
+  CQXVersion version(u"0.00.00.00.00");
+  const long result = tables.Create(kDefinition, false, version);
+  report("created " + std::to_string(result));
+  return result;
+}
+
+long load(const qx::test::Record& record) {
+  report("loading " + std::to_string(CQXAddOn::GetAttachCount(kAppId)));
+  const std::string next = command();
+  if (next == "tables") return createTables(record);
+  return next == "go" ? S_OK : E_FAIL;
+}
+
+std::size_t commonEntries(const std::string& menus) {
+  std::size_t count = 0;
+  for (std::size_t at = menus.find("QX_551"); at != std::string::npos;
+       at = menus.find("QX_551", at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+void serve(qx::test::EmbeddedClient& desk) {
+  for (std::string next = command(); next != "leave"; next = command()) {
+    if (next == "count") report("count " + std::to_string(CQXAddOn::GetAttachCount(kAppId)));
+    if (next == "menus") report("menus " + std::to_string(commonEntries(desk.menus())));
+    if (next == "stop") {
+      desk.shutDown();
+      report("stopped");
+    }
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return std::cerr << "usage: probe_addon DATABASE [HALT]\n", 2;
+  qx::test::RecordingLogger log;
+  log.onRecord = [halt = std::string(argc > 2 ? argv[2] : "")](const qx::test::LogRecord& record) {
+    reportRecord(record, halt);
+  };
+  qx::test::EmbeddedClient desk(argv[1], {"mssql", "", kAppId});
+  desk.answerBoxes([](const std::string& text) {
+    report("box " + text);
+    return std::stol(command());
+  });
+  qx::test::Record record;
+  record.hooks["OnApplicationLoad"] = [&](short*) { return load(record); };
+  qx::test::RecordingAddOn addOn(desk.connection(), record);
+  report("connecting");
+  const long result = addOn.Connect(1);
+  report("connected " + std::to_string(result));
+  serve(desk);
+  return 0;
+}
