@@ -32,7 +32,7 @@ std::string homeFolder() {
   return found->pw_dir;
 }
 
-// The XDG Base Directory Specification says that a relative path in these variables is ignored.
+// By the XDG rules for base directories a relative path in these variables is ignored.
 std::string userFolder(const char* name, std::string_view belowHome) {
   if (std::string folder = variable(name); folder.starts_with('/')) return folder;
   const std::string home = homeFolder();

@@ -114,7 +114,7 @@ std::optional<ResourceNote> readNote(const ByteSource& elf, const Elf64_Phdr& se
 
 std::optional<ResourceNote> findResourceNote(std::span<const std::byte> notes,
                                              std::uint64_t alignment) {
-  // The ELF specification allows 8 for 64-bit notes, but nearly all tools write 4.
+  // 64-bit notes may be aligned to 8, but nearly all tools align them to 4.
   const std::uint64_t step = alignment == 8 ? 8 : 4;
   const auto padded = [step](std::uint64_t size) { return (size + step - 1) / step * step; };
   std::uint64_t offset = 0;

@@ -52,7 +52,7 @@ QX_API bool DestroyMessageWindow(HWND window);
 /// Appends a message to the queue of the window's thread, from any thread. A null window means the
 /// calling thread. Returns false if the window does not exist or belongs to another process.
 QX_API bool PostMessageW(HWND window, UINT message, std::uintptr_t wParam, std::intptr_t lParam);
-/// Ends the calling thread's loop after the messages that are in its queue.
+/// Ends the calling thread's loop as soon as its queue is empty.
 QX_API void PostQuitMessage(int exitCode);
 
 /// Waits for the next message of the calling thread and runs the tasks before it. Returns false for

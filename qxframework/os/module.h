@@ -28,7 +28,7 @@ QX_API HINSTANCE GetModuleHandleW(const OLECHAR* name);
 
 /// Writes the path of `module` (null: of the executable) with a terminator into `buffer` of `size`
 /// units and returns its length without the terminator. A path that does not fit is cut, still
-/// terminated, and the result is `size`. Returns 0 for an unloaded module or a null buffer.
+/// terminated, and the result is `size`. Returns 0 for an unloaded module or no buffer.
 QX_API DWORD GetModuleFileNameW(HINSTANCE module, OLECHAR* buffer, DWORD size);
 
 namespace qx {
