@@ -1,6 +1,6 @@
 #pragma once
 
-// The smallest add-on, for programs that measure the framework around it.
+// The smallest add-on, for programs that measure the framework.
 
 #include "qxframework/resources/resource_loader.h"
 #include "qxframework/runtime/addon.h"
@@ -12,7 +12,7 @@
 
 namespace qx::bench {
 
-/// A form that does nothing with its events.
+/// A form that ignores its events.
 class IdleForm : public CQXAddOnForm {
   DECLARE_XML_FORM_EX(u"BENCH", -1, u"BENCH")
  public:
@@ -45,19 +45,20 @@ class BenchHandler : public CQXIDispatch {
 
   CComPtr<IApplication> app;
   CComPtr<ICompany> company;
-  std::chrono::steady_clock::time_point loaded;  // when OnApplicationLoad was called
+  std::chrono::steady_clock::time_point loaded;  ///< the time of OnApplicationLoad
 
  private:
   const CQXAddOn* addOn_;
 };
 
+/// The add-on itself. After Connect its handler has the client and the company.
 class BenchAddOn : public CQXAddOn {
  public:
   using CQXAddOn::CQXAddOn;
   CQXIDispatch* CreateDispatch() override { return handler = new BenchHandler(this); }
   CQXResourceLoader* GetResourceLoader() override { return &loader_; }
 
-  BenchHandler* handler = nullptr;  // owned by the framework
+  BenchHandler* handler = nullptr;  ///< owned by the framework
 
  private:
   CQXResourceLoader loader_;

@@ -14,6 +14,7 @@
 
 namespace qx::bench {
 
+// The order of the columns is that of rowText().
 const std::vector<const OLECHAR*> kColumns = {u"Code",    u"Name",   u"U_Count", u"U_Price",
                                               u"U_Share", u"U_From", u"U_Until", u"U_Note"};
 
@@ -45,6 +46,7 @@ void addField(const CComPtr<ICompany>& company, const std::u16string& table,
   require(field->Add() == 0, "a user field cannot be added");
 }
 
+// Bypasses the company, because filling a table through it would take long.
 using Db = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
 
 Db openRaw(const std::string& file) {
@@ -62,7 +64,7 @@ void run(sqlite3* db, const std::string& sql) {
 
 std::string rowText(const std::string& table, int number) {
   std::array<char, 512> text{};
-  // A note in ten holds letters beyond ASCII.
+  // One note in ten has letters beyond ASCII.
   std::snprintf(text.data(), text.size(),
                 "INSERT INTO \"@%s\" VALUES ('%08X', 'Article %d', %d, %d.25, %d.5, "
                 "'2024-%02d-%02d 00:00:00', '2025-%02d-%02d 00:00:00', 'A note on article %d%s')",
@@ -87,7 +89,7 @@ BenchCompany::~BenchCompany() {
 }
 
 void makeTable(const CComPtr<ICompany>& company, const std::u16string& name) {
-  {  // one object of the dictionary at a time
+  {  // released before the fields are added: the host allows one metadata object at a time
     const CComQIPtr<IUserTablesMD> table(company->GetBusinessObject(kUserTablesMD));
     table->PutTableName(name);
     require(table->Add() == 0, "a user table cannot be added");
@@ -98,6 +100,7 @@ void makeTable(const CComPtr<ICompany>& company, const std::u16string& name) {
 }
 
 void fillTable(const std::string& file, const std::string& name, int rows) {
+  // In one transaction, as SQLite waits for the disk at the end of each.
   const Db db = openRaw(file);
   run(db.get(), "BEGIN");
   for (int i = 0; i < rows; ++i) run(db.get(), rowText(name, i));

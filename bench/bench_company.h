@@ -1,8 +1,8 @@
 #pragma once
 
-// A company in a fresh SQLite file, opened as an add-on gets it: by Connect, through the client and
-// the company library that class activation loads. In it user tables of eight columns: Code, Name
-// and six fields of all kinds.
+// A company in a new SQLite file, opened as in an add-on: by Connect, through the client and the
+// company library that class activation loads. Its user tables have eight columns: Code, Name and
+// six fields of all types.
 
 #include "bench/bench_addon.h"
 #include "qxframework/host/company.h"
@@ -14,17 +14,20 @@
 
 namespace qx::bench {
 
-/// The columns of a user table made by makeTable, in their order.
+/// The columns of a user table that makeTable() creates, in their order.
 extern const std::vector<const OLECHAR*> kColumns;
 
+/// A company and its add-on, in a temporary folder that is removed at the end.
 class BenchCompany {
  public:
+  /// Throws std::runtime_error if the company cannot be opened.
   BenchCompany();
   ~BenchCompany();
   BenchCompany(const BenchCompany&) = delete;
   BenchCompany& operator=(const BenchCompany&) = delete;
 
   const CComPtr<ICompany>& company() const { return addOn_.handler->company; }
+  /// Returns the path of the SQLite file.
   const std::string& file() const { return file_; }
 
  private:
@@ -33,12 +36,13 @@ class BenchCompany {
   BenchAddOn addOn_;
 };
 
-/// An empty user table.
+/// Creates an empty user table.
 void makeTable(const CComPtr<ICompany>& company, const std::u16string& name);
-/// Its rows, written raw. Codes count up from 0 as the framework's do, so they are in order.
+/// Writes rows into a user table directly. Codes count up from 0 like those of the framework, so
+/// they are in ascending order.
 void fillTable(const std::string& file, const std::string& name, int rows);
 
-/// The text that SQLite gets for a statement.
+/// Returns the text that SQLite receives for a statement.
 std::string translated(const std::string& file, std::string_view statement);
 
 }  // namespace qx::bench

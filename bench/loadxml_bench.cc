@@ -1,5 +1,5 @@
-// LoadXML of a form of 200 items with its mapping, beside libxml2 parsing, writing and parsing the
-// same text.
+// Measures LoadXML for a form of 200 items with its mapping, against libxml2 parsing, writing and
+// parsing the same text.
 
 #include "bench/log_settings.h"
 #include "bench/measure.h"
@@ -42,7 +42,7 @@ std::vector<XMLMAP> formMap() {
     map.emplace_back(qx::format(u"QX_ITEM_%d", i), 1000 + i, u"");
     map.emplace_back(qx::format(u"QX_TEXT_%d", i), 5000 + i, qx::format(u"Text number %d", i));
   }
-  map.emplace_back();
+  map.emplace_back();  // an empty entry ends a map
   return map;
 }
 

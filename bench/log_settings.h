@@ -1,13 +1,14 @@
 #pragma once
 
-// Sets what the logging component records, and waits until it honours it.
+// The settings of the logging component for a benchmark.
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/function_log.h"
 
 namespace qx::bench {
 
-/// False, with a word to the user, when the component is not there.
+/// Records messages up to `level` in files of `megabytes`, at once. Returns false and prints a
+/// message if the component is unavailable.
 inline bool recordUpTo(QXLoggerLib::HvSeverityLevel level, long megabytes) {
   const auto logger = createLogger();
   if (logger == nullptr || logger->WriteSettings(2, megabytes, level, nullptr) != S_OK) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// How the programs in bench/ measure: both sides of a comparison run in turns in one process, and
-// the best round of each counts, so that a busy machine slows neither side alone.
+// Measurement for the programs in bench/. Both sides of a comparison run alternately in one
+// process, and the best round of each counts, so that a busy machine does not slow one side alone.
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +10,7 @@
 
 namespace qx::bench {
 
-/// Seconds that `work` takes.
+/// Returns the seconds that `work` takes.
 template <class Work>
 double seconds(Work&& work) {
   const auto start = std::chrono::steady_clock::now();
@@ -18,13 +18,14 @@ double seconds(Work&& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// Best times of both sides over `rounds` turns, each of which calls each side once.
+/// The best times of both sides, in seconds.
 struct Best {
   double ours = std::numeric_limits<double>::max();
   double peer = std::numeric_limits<double>::max();
   double ratio() const { return ours / peer; }
 };
 
+/// Calls both sides `rounds` times alternately and returns their best times.
 template <class Ours, class Peer>
 Best compare(int rounds, Ours&& ours, Peer&& peer) {
   Best best;
@@ -35,12 +36,12 @@ Best compare(int rounds, Ours&& ours, Peer&& peer) {
   return best;
 }
 
-/// The line that every comparison prints.
+/// Prints the line by which scripts read a comparison.
 inline void printRatio(const char* name, double ratio) {
   std::printf("ratio %s %.3f\n", name, ratio);
 }
 
-/// Keeps the compiler from dropping a value.
+/// Prevents the compiler from removing the computation of `value`.
 template <class T>
 void keep(const T& value) {
   asm volatile("" : : "r,m"(value) : "memory");

@@ -1,6 +1,6 @@
-// Money beside the plainest code for the same job, a 64-bit count of millionths with the compiler's
-// 128-bit integers in the middle, and beside a decimal library. All sides get the same amounts and
-// must give the same results before anything is measured.
+// Measures money against the simplest code for the same job, a 64-bit number of millionths with
+// 128-bit intermediate results, and against a decimal library. All sides get the same amounts, and
+// their results are compared before anything is measured.
 
 #include "bench/measure.h"
 #include "qxframework/foundation/currency.h"
@@ -30,7 +30,8 @@ constexpr std::size_t kAmounts = 4096;
 constexpr int kRounds = 60;
 constexpr int kPasses = 8;
 
-// As it would be written without a class. The functions are calls, as those of a library are.
+// The arithmetic written without a class. Inlining is off, because functions of a library are calls
+// too.
 namespace plain {
 
 __extension__ typedef __int128 Wide;
@@ -83,8 +84,8 @@ struct Pair {
   std::int64_t price;
 };
 
-// Amounts up to a million with cents and prices up to ten thousand with six decimals, of both
-// signs.
+// Returns amounts up to a million with cents, of both signs, and prices up to ten thousand with six
+// decimals.
 std::vector<Pair> samples() {
   std::mt19937_64 random(42);
   std::uniform_int_distribution<std::int64_t> cents(-100'000'000, 100'000'000);
@@ -105,8 +106,8 @@ struct Operand {
   CQXCurrency price;
 };
 
-/// Calls the operation with each item, many times. It hands its result to keep() itself, so that a
-/// result that owns something is still there.
+// Calls the operation with each item, many times. The operation passes its result to keep() itself,
+// while a result that owns memory still exists.
 template <class Item, class Operation>
 void passes(const std::vector<Item>& items, Operation&& operation) {
   for (int i = 0; i < kPasses; ++i)
@@ -137,11 +138,12 @@ bool plainAgrees(const std::vector<Pair>& pairs) {
 
 #ifdef QX_HAS_MPDEC
 
-// Decimals with six places, as the library has them.
+// Decimals with six places in the library's representation. 38 digits hold every exact product.
 class Decimals {
  public:
   Decimals() {
     mpd_init(&cut_, 38);
+    // Multiplication cuts, division and rounding round half up, as the framework's money does.
     mpd_qsetround(&cut_, MPD_ROUND_DOWN);
     half_ = cut_;
     mpd_qsetround(&half_, MPD_ROUND_HALF_UP);
@@ -207,6 +209,7 @@ bool decimalsAgree(Decimals& decimals, const Operand& ours, const DecimalPair& t
              textOf(ours.amount * ours.price) &&
          Decimals::print(decimals.divide(theirs.amount, theirs.price)) ==
              textOf(ours.amount / ours.price) &&
+         // A rounded result has two decimals in the library and six in the framework.
          Decimals::print(decimals.round(theirs.price)) + "0000" == price &&
          Decimals::print(theirs.amount) == textOf(ours.amount);
 }
@@ -245,7 +248,7 @@ bool compareWithDecimals(const std::vector<Operand>& operands, const std::vector
 #else
 
 bool compareWithDecimals(const std::vector<Operand>&, const std::vector<Pair>&) {
-  std::puts("money-mpdec: NOT MEASURED: libmpdec is missing; scripts/fetch_libmpdec.sh makes it");
+  std::puts("money-mpdec: NOT MEASURED: libmpdec is missing; scripts/fetch_libmpdec.sh builds it");
   return true;
 }
 

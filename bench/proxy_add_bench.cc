@@ -1,5 +1,6 @@
-// Adding rows to a table through a proxy, in one transaction, beside running the same statements
-// without the layer: by a recordset of the company, and by the C interface of SQLite.
+// Measures adding rows to a table through a proxy, in one transaction, against running the same
+// statements without the persistence layer: by a recordset of the company, and by the C interface
+// of SQLite.
 
 #include "bench/bench_company.h"
 #include "bench/measure.h"
@@ -26,7 +27,7 @@ constexpr int kAdds = 10'000;
 
 struct Record : Persistence::CQXValueContainer {
   int number = 0;
-  CComBSTR code;  // empty where the layer finds the next one
+  CComBSTR code;  // empty if the layer determines the next one
 };
 
 class Rows : public Persistence::CQXPersistentCollectionProxy {
@@ -49,8 +50,8 @@ class Rows : public Persistence::CQXPersistentCollectionProxy {
   }
 };
 
-/// The two kinds of tables: of the host's the layer knows no key, so that an Add is the INSERT
-/// alone; for a user table it asks for the greatest code first.
+// The two kinds of tables: for a host table the layer knows no key, so an Add is only the INSERT;
+// for a user table it queries the greatest code first.
 enum class Kind { HostTable, UserTable };
 
 void addOurs(const CComPtr<ICompany>& company, Kind kind) {
@@ -83,7 +84,7 @@ void runRaw(const std::string& file, const std::vector<std::string>& statements)
   sqlite3_close(db);
 }
 
-/// The work in a transaction of its own, which leaves the table empty for the next one.
+// Does the work in a transaction that is rolled back, so that the table is empty for the next one.
 template <class Work>
 void inTransaction(const CComPtr<ICompany>& company, Work&& work) {
   company->StartTransaction();
@@ -97,7 +98,8 @@ std::vector<std::string> statementsOfAdds(const CComPtr<ICompany>& company, Kind
   inTransaction(company, [&] { addOurs(recorder, kind); });
   const std::size_t each = log.texts.size() / kAdds;
   if (log.texts.size() != (kind == Kind::UserTable ? 2 : 1) * std::size_t{kAdds})
-    throw std::runtime_error("an Add has other statements than were thought");
+    throw std::runtime_error("an Add runs other statements than expected");
+  // The second Add is typical: the first one finds an empty table.
   for (std::size_t i = each; i < 2 * each; ++i) std::printf("%s\n", log.texts[i].c_str());
   return log.texts;
 }

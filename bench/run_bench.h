@@ -1,6 +1,6 @@
 #pragma once
 
-// The edge of a benchmark program over a company: sets up the log and tells what went wrong.
+// The main function of a benchmark with a company: sets up the log and reports errors.
 
 #include "bench/log_settings.h"
 #include "qxframework/automation/com_error.h"
@@ -13,12 +13,13 @@
 
 namespace qx::bench {
 
+/// Prints an error and returns the exit code of a failure.
 inline int failed(const std::string& why) {
   std::fprintf(stderr, "bench: %s\n", why.c_str());
   return 1;
 }
 
-/// The exit code of the program.
+/// Runs `measure` and returns the exit code of the program.
 inline int run(void (*measure)()) {
   if (!recordUpTo(QXLoggerLib::sl_Error, 1)) return 1;
   try {

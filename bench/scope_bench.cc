@@ -1,5 +1,5 @@
-// A function scope beside spdlog with the same two lines: while errors only are recorded, against
-// formatting into the null sink; with the full trace, against the rotating file sink.
+// Measures a function scope against spdlog with the same two lines: while only errors are recorded,
+// against formatting into the null sink; with the full trace, against the rotating file sink.
 
 #include "bench/log_settings.h"
 #include "bench/measure.h"
@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kRounds = 15;
 constexpr int kScopes = 100'000;
-constexpr long kMegabytes = 512;  // no rotation while we measure
+constexpr long kMegabytes = 512;  // enough for all rounds without a rotation
 
 void oneScope(long i) {
   CReturnValue<long> hr(u"CQXEventSink::ItemEvent", 0, 1, false);
@@ -48,7 +48,7 @@ void print(const char* name, const qx::bench::Best& best) {
   qx::bench::printRatio(name, best.ratio());
 }
 
-// Where the time of a quiet scope goes.
+// Prints the parts of the time of a scope that records nothing.
 void printParts() {
   const auto logger = qx::createLogger();
   const _bstr_t function(u"CQXEventSink::ItemEvent");
@@ -82,6 +82,7 @@ int main() {
 
   if (!qx::bench::recordUpTo(QXLoggerLib::sl_Error, kMegabytes)) return 1;
   spdlog::logger null("null", std::make_shared<spdlog::sinks::null_sink_mt>());
+  // At the level of the messages, or spdlog would not format them, as the framework does.
   null.set_level(spdlog::level::trace);
   print("scope-quiet", measure(null));
   printParts();

@@ -1,5 +1,6 @@
-// Walking a table with a collection proxy, Load included: beside SQLite's C interface that copies
-// the same cells into the same kind of map, beside SOCI's dynamic rows, and for ten times the rows.
+// Measures walking a table with a collection proxy, including Load: against SQLite's C interface
+// copying the same cells into the same kind of map, against SOCI's dynamic rows, and with ten times
+// the rows.
 
 #include "bench/bench_company.h"
 #include "bench/measure.h"
@@ -47,6 +48,7 @@ long walkOurs(const CComPtr<ICompany>& company, const OLECHAR* table) {
   return sum.value;
 }
 
+// Takes the statement from the framework itself, so that the peers run the same one.
 std::string selectText(const qx::bench::BenchCompany& bench) {
   qx::test::StatementLog log;
   walkOurs(qx::test::spyOn(bench.company(), &log), u"@EMPTY");
@@ -55,7 +57,7 @@ std::string selectText(const qx::bench::BenchCompany& bench) {
   return sql;
 }
 
-// Megabytes that the process holds at most since resetPeak.
+// Returns the greatest resident memory since resetPeak(), in megabytes.
 double peakMemory() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);)
@@ -63,6 +65,7 @@ double peakMemory() {
   return 0;
 }
 
+// Writing 5 to this file resets the peak.
 void resetPeak() { std::ofstream("/proc/self/clear_refs") << 5; }
 
 void print(const char* what, double seconds, int rows) {
@@ -75,8 +78,8 @@ void require(long sum, long expected) {
                              std::to_string(expected) + " was written");
 }
 
-// Ten walks over the smaller table take as long as one over the larger, so that a busy machine
-// meets both alike.
+// Compares ten walks over the smaller table with one over the larger: both take about as long, so a
+// busy machine affects them alike.
 void measureGrowth(const qx::bench::BenchCompany& bench) {
   qx::bench::fillTable(bench.file(), "MANY", kManyRows);
   resetPeak();
@@ -110,6 +113,7 @@ void measure() {
       qx::bench::compare(
           kRounds, [] {}, [&] { require(qx::bench::walkSociIntoMap(bench.file(), sql), expected); })
           .peer;
+  // The proxy was measured twice; its best time of both counts.
   const double few = std::min(besideSqlite.ours, besideSoci.ours);
   print("ours", few, kRows);
   print("SQLite into the map", besideSqlite.peer, kRows);

@@ -2,7 +2,7 @@
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
 
-// Declares SQLite's names in a namespace of its own, so sqlite3.h must stay out of this file.
+// SOCI declares SQLite's names in a namespace of its own, so this file must not include sqlite3.h.
 #include "bench/measure.h"
 
 #include <soci/soci.h>
@@ -11,13 +11,14 @@
 namespace qx::bench {
 namespace {
 
+// The framework has dates as OLE dates, so a fair comparison includes their conversion.
 CComVariant dateOf(const std::tm& date) {
   return CComVariant(*dateFromCivil({date.tm_year + 1900, date.tm_mon + 1, date.tm_mday,
                                      date.tm_hour, date.tm_min, date.tm_sec}),
                      VT_DATE);
 }
 
-/// Hands the cell to `take` as the type that SOCI gives its column.
+// Passes the cell to `take` as the type that SOCI assigns to its column.
 template <class Take>
 void readCell(const soci::row& row, std::size_t column, Take&& take) {
   switch (row.get_properties(column).get_data_type()) {
@@ -54,7 +55,7 @@ CComVariant variantOf(const Value& value) {
 long walkSoci(const std::string& file, const std::string& sql) {
   soci::session session(soci::sqlite3, file);
   const soci::rowset<soci::row> rows = session.prepare << sql;
-  constexpr std::size_t kCount = 2;
+  constexpr std::size_t kCount = 2;  // the place of U_Count in the SELECT
   long sum = 0;
   for (const soci::row& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
@@ -71,6 +72,7 @@ long walkSociIntoMap(const std::string& file, const std::string& sql) {
   std::vector<CComBSTR> names;
   long sum = 0;
   for (const soci::row& row : rows) {
+    // Only in the first row: the names are the same for all.
     for (std::size_t i = names.size(); i < row.size(); ++i)
       names.emplace_back(toUtf16(row.get_properties(i).get_name()));
     Persistence::TyFieldValues values;

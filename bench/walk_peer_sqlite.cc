@@ -19,6 +19,7 @@ struct Column {
   Kind kind;
 };
 
+// Once per walk: the declared types do not change from row to row.
 std::vector<Column> columnsOf(sqlite3_stmt* statement) {
   std::vector<Column> columns;
   for (int i = 0; i < sqlite3_column_count(statement); ++i) {
@@ -32,7 +33,7 @@ std::vector<Column> columnsOf(sqlite3_stmt* statement) {
   return columns;
 }
 
-// Of the form YYYY-MM-DD HH:MM:SS.
+// The text has the form YYYY-MM-DD HH:MM:SS.
 DATE dateOf(const char* text) {
   const auto number = [text](int at, int length) {
     int value = 0;
@@ -45,6 +46,7 @@ DATE dateOf(const char* text) {
 
 CComVariant textOf(sqlite3_stmt* statement, int column) {
   const void* text = sqlite3_column_text16(statement, column);
+  // After the text, as SQLite requires: fetching it may convert it and change its length.
   const int bytes = sqlite3_column_bytes16(statement, column);
   return CComVariant(std::u16string_view(static_cast<const OLECHAR*>(text),
                                          static_cast<std::size_t>(bytes) / sizeof(OLECHAR)));
@@ -75,7 +77,7 @@ long walkSqlite(const std::string& file, const std::string& sql) {
     throw std::runtime_error(sqlite3_errmsg(db));
   }
   const std::vector<Column> columns = columnsOf(statement);
-  // One map for all rows, as our walk has it: the names are copied once.
+  // One map for all rows, as in the framework's walk, so the names are copied only once.
   Persistence::TyFieldValues values;
   for (const Column& column : columns) values.Add(column.name, CComVariant());
   long sum = 0;

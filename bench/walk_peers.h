@@ -1,7 +1,7 @@
 #pragma once
 
-// The peers of walk_bench: the same SELECT on the same file by other means. Each gives the sum of
-// the column U_Count, so that all can be seen to have read the same.
+// The peers of walk_bench: the same SELECT on the same file by other means. Each returns the sum of
+// the column U_Count, which shows that all of them have read the same rows.
 
 #include "qxframework/query/field_values.h"
 
@@ -10,14 +10,14 @@
 
 namespace qx::bench {
 
-/// What every walk does with a row: the container's side of MapToContainer.
+/// The work of every walk on a row: the container's side of MapToContainer.
 inline long small(const Persistence::TyFieldValues& values) { return values[u"U_Count"].lVal; }
 
-/// SQLite's C interface; the cells of a row go into a map of the framework's kind.
+/// Walks by SQLite's C interface and copies the cells of each row into a map like the framework's.
 long walkSqlite(const std::string& file, const std::string& sql);
-/// SOCI's dynamic rows; each cell is read as its type.
+/// Walks by SOCI's dynamic rows and reads each cell as its type.
 long walkSoci(const std::string& file, const std::string& sql);
-/// The same, and the cells go into a map of the framework's kind.
+/// Does the same and copies the cells into a map like the framework's.
 long walkSociIntoMap(const std::string& file, const std::string& sql);
 
 }  // namespace qx::bench

@@ -1,6 +1,7 @@
 #include "qxlogger/file_api.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,10 +12,11 @@
 namespace qx::logger {
 namespace {
 
-// Log files hold business data: the user's own.
+// Log files contain business data, so only the user may read them.
 constexpr mode_t kFileMode = 0600;
 constexpr mode_t kFolderMode = 0700;
 
+// Reads `errno` right after the call whose result it gets, before another call can change it.
 template <typename Result>
 Result orError(Result result) {
   return result < 0 ? static_cast<Result>(-errno) : result;
@@ -66,6 +68,7 @@ class SystemFiles final : public FileApi {
   }
 };
 
+// Failures are ignored: if a folder is missing in the end, opening the file reports it.
 void makeFolders(FileApi& files, const std::string& path) {
   for (auto slash = path.find('/', 1); slash != std::string::npos;
        slash = path.find('/', slash + 1)) {
@@ -76,12 +79,13 @@ void makeFolders(FileApi& files, const std::string& path) {
 }  // namespace
 
 FileApi& FileApi::system() {
-  // Never destroyed: the log is written until the very end of the process.
+  // Never destroyed, because destructors of statics still write log records.
   static auto* const files = new SystemFiles;
   return *files;
 }
 
 int openInFolder(FileApi& files, const std::string& path, int flags) {
+  // The folders nearly always exist, so they are created only after a failure.
   const int file = files.open(path, flags);
   if (file != -ENOENT || (flags & O_CREAT) == 0) return file;
   makeFolders(files, path);
@@ -92,6 +96,7 @@ int writeAll(FileApi& files, int file, const char* data, std::size_t size) {
   while (size > 0) {
     const std::int64_t taken = files.write(file, data, size);
     if (taken == -EINTR) continue;
+    // write() returns 0 without an `errno`; going on would never end.
     if (taken <= 0) return taken == 0 ? -EIO : static_cast<int>(taken);
     data += taken;
     size -= static_cast<std::size_t>(taken);
@@ -99,6 +104,14 @@ int writeAll(FileApi& files, int file, const char* data, std::size_t size) {
   return 0;
 }
 
+int lockFile(int file, int operation) {
+  while (::flock(file, operation) != 0) {
+    if (errno != EINTR) return -errno;
+  }
+  return 0;
+}
+
+// The previous descriptor is closed together with `other`.
 OpenFile& OpenFile::operator=(OpenFile&& other) noexcept {
   std::swap(files_, other.files_);
   std::swap(file_, other.file_);

@@ -1,16 +1,19 @@
 #pragma once
 
+// The disk, as the logging component uses it. All access goes through FileApi, so that a test can
+// make any operation fail.
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace qx::logger {
 
-/// Which file stands behind a path or descriptor, and in which state.
+/// The identity and the state of a file.
 struct FileInfo {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
-  std::int64_t size = 0;
+  std::int64_t size = 0;      ///< bytes
   std::int64_t modified = 0;  ///< nanoseconds
   std::int64_t changed = 0;   ///< nanoseconds
 
@@ -20,17 +23,16 @@ struct FileInfo {
   friend bool operator==(const FileInfo&, const FileInfo&) = default;
 };
 
-/// Every access of the logging component to the disk; tests put their faults in here.
-///
-/// All operations return a value below 0, the negated `errno`, on failure.
+/// File operations. On failure every operation returns the negated `errno`, which is below 0.
 class FileApi {
  public:
   virtual ~FileApi() = default;
-  /// The new descriptor, closed on exec.
+  /// Returns a new descriptor, closed on exec. A new file belongs to the user alone.
   virtual int open(const std::string& path, int flags) = 0;
   virtual int close(int file) = 0;
-  /// The number of bytes taken, which may be less than `size`.
+  /// Returns the number of bytes written, which may be less than `size`.
   virtual std::int64_t write(int file, const char* data, std::size_t size) = 0;
+  /// Returns the number of bytes read, which may be less than `size`; 0 at the end of the file.
   virtual std::int64_t readAt(int file, char* data, std::size_t size, std::int64_t offset) = 0;
   virtual int truncate(int file, std::int64_t size) = 0;
   virtual int sync(int file) = 0;
@@ -38,19 +40,25 @@ class FileApi {
   virtual int info(const std::string& path, FileInfo& info) = 0;
   virtual int rename(const std::string& from, const std::string& to) = 0;
   virtual int remove(const std::string& path) = 0;
-  /// Creates one folder; one that exists is a success.
+  /// Creates one folder. Succeeds if it exists.
   virtual int makeFolder(const std::string& path) = 0;
 
+  /// Returns the real disk, which lives as long as the process.
   static FileApi& system();
 };
 
-/// Opens `path`, creating its missing parent folders where `flags` create the file.
+/// Opens `path` and returns the descriptor, or the negated `errno`. If `flags` create the file,
+/// creates its missing parent folders too.
 int openInFolder(FileApi& files, const std::string& path, int flags);
 
-/// Writes all of `data`, over interruptions and short writes. 0, or the negated `errno`.
+/// Writes all of `data`, despite interruptions and short writes. Returns 0 or the negated `errno`.
 int writeAll(FileApi& files, int file, const char* data, std::size_t size);
 
-/// A descriptor that is closed with its owner.
+/// Calls flock() with `operation`, again after each interruption by a signal. Returns 0 or the
+/// negated `errno`, which is -EWOULDBLOCK if LOCK_NB was given and the lock is taken.
+int lockFile(int file, int operation);
+
+/// Owns a descriptor and closes it.
 class OpenFile {
  public:
   OpenFile() = default;
@@ -62,7 +70,7 @@ class OpenFile {
   ~OpenFile();
 
   bool isOpen() const { return file_ >= 0; }
-  /// The descriptor, or below 0 the negated `errno` of the failed open.
+  /// Returns the descriptor, or the negated `errno` of the failed open.
   int get() const { return file_; }
 
  private:

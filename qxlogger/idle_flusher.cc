@@ -28,13 +28,15 @@ void IdleFlusher::request() {
   if (!requested_.exchange(true)) sem_post(&wake_);
 }
 
+// The semaphore is initialised again, because the fork may have copied it with posts in it.
 void IdleFlusher::forgetThread() {
   sem_init(&wake_, 0, 0);
   requested_ = false;
   state_ = State::kNone;
 }
 
-// The thread takes no signals: they belong to the application.
+// A new thread inherits the signal mask, so all signals are blocked while it is created: the
+// application's handlers must not run on this thread.
 bool IdleFlusher::start() {
   State none = State::kNone;
   if (!state_.compare_exchange_strong(none, State::kStarting)) return none == State::kRunning;
@@ -54,6 +56,7 @@ void IdleFlusher::run() {
     }
     if (stopped_) return;
     pause_();
+    // Before the flush: a record that it misses because it comes later wakes the thread again.
     requested_.exchange(false);
     flush_();
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+// A background thread that writes out the end of a flood of records.
+
 #include <pthread.h>
 #include <semaphore.h>
 
@@ -8,26 +10,28 @@
 
 namespace qx::logger {
 
-/// Writes out what a flood of records has left pending, a moment after its last record: a thread
-/// that sleeps until a record is left pending, then pauses, then flushes.
+/// Flushes pending records a moment after they came: a thread that sleeps until a record is left
+/// pending, then pauses, then flushes. It uses a semaphore, because request() is called by
+/// processes that fork: a mutex could be held by a thread that the child does not have.
 class IdleFlusher {
  public:
-  /// `pause` and `flush` are called on the flusher's thread.
+  /// Starts no thread yet. `pause` and `flush` will be called on the flusher's thread.
   IdleFlusher(std::function<void()> pause, std::function<void()> flush);
   ~IdleFlusher();
   IdleFlusher(const IdleFlusher&) = delete;
   IdleFlusher& operator=(const IdleFlusher&) = delete;
 
-  /// Starts the thread at the first call. False if there is none: nothing may be left pending.
+  /// Starts the thread at the first call. Returns false if that fails, or another thread is just
+  /// doing it; then nothing may be left pending.
   bool isReady() { return state_.load(std::memory_order_acquire) == State::kRunning || start(); }
 
-  /// Asks for a flush after a pause from now.
+  /// Requests a flush after a pause. Requests during the pause are served by the same flush.
   void request();
 
-  /// Ends the thread after what it is doing.
+  /// Ends the thread after the flush that it is doing, if any.
   void stop();
 
-  /// For the child of a fork, which has no such thread. It gets one of its own when it needs it.
+  /// Called in the child of a fork, which has no flusher thread. isReady() starts a new one there.
   void forgetThread();
 
  private:

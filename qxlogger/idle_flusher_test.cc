@@ -32,7 +32,7 @@ TEST(IdleFlusher, StartsAgainAfterAStop) {
   flushes.acquire();
 }
 
-TEST(IdleFlusher, EndsWithoutEverHavingStarted) {
+TEST(IdleFlusher, NeverFlushesIfNeverStarted) {
   IdleFlusher flusher([] {}, [] { FAIL(); });
 }
 

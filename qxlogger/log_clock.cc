@@ -20,7 +20,7 @@ class SystemClock final : public LogClock {
 }  // namespace
 
 LogClock& LogClock::system() {
-  // Never destroyed: the log is written until the very end of the process.
+  // Never destroyed, because destructors of statics still write log records.
   static auto* const clock = new SystemClock;
   return *clock;
 }

@@ -1,18 +1,22 @@
 #pragma once
 
+// The time for the logging component.
+
 #include <cstdint>
 
 namespace qx::logger {
 
-/// The time as the logging component sees it; handed in, so that tests can set it.
+/// A source of time, passed in so that tests can set it.
 class LogClock {
  public:
   virtual ~LogClock() = default;
-  /// Nanoseconds of a clock that never goes back. Good to a few milliseconds, and very cheap.
+  /// Returns nanoseconds of a clock that never goes back. Exact to a few milliseconds only, but
+  /// very cheap.
   virtual std::int64_t coarseNanoseconds() = 0;
-  /// Nanoseconds since 1970-01-01 UTC.
+  /// Returns nanoseconds since 1970-01-01 UTC.
   virtual std::int64_t wallNanoseconds() = 0;
 
+  /// Returns the machine's clock, which lives as long as the process.
   static LogClock& system();
 };
 

@@ -1,6 +1,7 @@
 #include "qxlogger/log_paths.h"
 
-#include "qxlogger/text.h"
+#include "qxframework/automation/ascii.h"
+#include "qxframework/automation/text.h"
 
 #include <fmt/format.h>
 #include <pwd.h>
@@ -13,7 +14,7 @@ namespace qx::logger {
 namespace {
 
 constexpr std::string_view kNoModule = "nomodule";
-// A file name has 255 bytes; endings such as ".10.log" come on top.
+// A file name has at most 255 bytes, which leaves room for a hash and an ending such as ".10.log".
 constexpr std::size_t kLongestName = 200;
 
 std::string variable(const char* name) {
@@ -21,6 +22,7 @@ std::string variable(const char* name) {
   return value == nullptr ? std::string() : std::string(value);
 }
 
+// A service may run without HOME; the user database then names the folder.
 std::string homeFolder() {
   if (std::string home = variable("HOME"); !home.empty()) return home;
   passwd entry{};
@@ -30,8 +32,7 @@ std::string homeFolder() {
   return found->pw_dir;
 }
 
-// A relative folder in a base directory variable is to be ignored, by the XDG rules for base
-// directories.
+// By the XDG rules for base directories a relative path in these variables is ignored.
 std::string userFolder(const char* name, std::string_view belowHome) {
   if (std::string folder = variable(name); folder.starts_with('/')) return folder;
   const std::string home = homeFolder();
@@ -45,22 +46,20 @@ std::string place(const char* override, const char* base, std::string_view below
   return folder.empty() ? std::string() : fmt::format("{}/qxframework/{}", folder, name);
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 bool isPlain(char c) {
-  const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-  return letter || isDigit(c) || c == '-' || c == '_' || c == '.' ||
+  return isLetterOrDigit(c) || c == '-' || c == '_' || c == '.' ||
          static_cast<unsigned char>(c) >= 0x80;
 }
 
-// The dot of a name such as "Billing.12", which would look like a rotated file.
+// Returns the place of the dot in a name such as "Billing.12", which looks like a rotated file.
 std::size_t dotBeforeNumber(std::string_view name) {
   const std::size_t last = name.find_last_not_of("0123456789");
   const bool found = last != std::string_view::npos && last + 1 < name.size() && name[last] == '.';
   return found ? last : std::string_view::npos;
 }
 
-// FNV-1a, 64 bits (Fowler, Noll, Vo).
+// FNV-1a, 64 bits (Fowler, Noll, Vo). std::hash may differ between builds, and all processes must
+// agree on the file.
 std::uint64_t hash(std::string_view text) {
   std::uint64_t value = 0xcbf29ce484222325U;
   for (const char c : text) value = (value ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
@@ -69,6 +68,7 @@ std::uint64_t hash(std::string_view text) {
 
 std::string shortened(const std::string& name) {
   if (name.size() <= kLongestName) return name;
+  // Moves the cut to the start of a UTF-8 sequence, so that the name remains valid.
   std::size_t cut = kLongestName;
   while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80) --cut;
   return fmt::format("{}-{:016x}", name.substr(0, cut), hash(name));
@@ -88,6 +88,7 @@ std::string fileBaseName(std::u16string_view module) {
   const std::size_t risky = dotBeforeNumber(name);
   std::string result;
   for (std::size_t i = 0; i < name.size(); ++i) {
+    // A leading dot would hide the file, and ".." would leave the folder.
     const bool keep = isPlain(name[i]) && i != risky && !(i == 0 && name[i] == '.');
     if (keep) {
       result += name[i];

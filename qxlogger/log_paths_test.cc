@@ -15,7 +15,7 @@ TEST(LogPaths, NamesTheFilesAfterTheModule) {
             "bung");
 }
 
-TEST(LogPaths, HasANameForNoModule) { EXPECT_EQ(fileBaseName(u""), "nomodule"); }
+TEST(LogPaths, NamesTheFilesOfAnEmptyModule) { EXPECT_EQ(fileBaseName(u""), "nomodule"); }
 
 TEST(LogPaths, KeepsAModuleInsideItsFolder) {
   EXPECT_EQ(fileBaseName(u"../../etc/passwd"), "%2E.%2F..%2Fetc%2Fpasswd");
@@ -24,13 +24,13 @@ TEST(LogPaths, KeepsAModuleInsideItsFolder) {
   EXPECT_EQ(fileBaseName(std::u16string_view(u"a\0b", 3)), "a%00b");
 }
 
-TEST(LogPaths, TellsAModuleWithANumberFromARotatedFile) {
+TEST(LogPaths, EscapesTheDotBeforeANumberAsInARotatedFile) {
   EXPECT_EQ(fileBaseName(u"Billing.1"), "Billing%2E1");
   EXPECT_EQ(fileBaseName(u"Billing.v1"), "Billing.v1");
   EXPECT_EQ(fileBaseName(u"2024"), "2024");
 }
 
-TEST(LogPaths, ShortensLongNamesButKeepsThemApart) {
+TEST(LogPaths, CutsLongNamesButKeepsThemDistinct) {
   const std::string first = fileBaseName(std::u16string(300, u'\u00E4') + u"1");
   const std::string second = fileBaseName(std::u16string(300, u'\u00E4') + u"2");
   EXPECT_LT(first.size(), 240U);
@@ -55,7 +55,7 @@ TEST(LogPaths, IgnoresARelativeBaseFolder) {
   EXPECT_EQ(logFolder(), "/home/x/.local/state/qxframework/log");
 }
 
-TEST(LogPaths, CanBeOverridden) {
+TEST(LogPaths, CanBeOverriddenByVariables) {
   const test::ScopedVariable ownSettings("QX_LOG_SETTINGS", "/tmp/a.toml");
   const test::ScopedVariable ownFolder("QX_LOG_DIR", "/tmp/b");
   EXPECT_EQ(settingsPath(), "/tmp/a.toml");

@@ -18,10 +18,10 @@ namespace {
 
 constexpr std::int64_t kMegabyte = 1 << 20;
 
-// Asking the system costs more than all the rest of a record.
+// Cached, because the system call takes longer than all other work on a record.
 std::atomic<long> processId{0};
 
-// The process's own, for what runs at fork and exit.
+// The service of this process, for the handlers of fork and exit, which take no arguments.
 std::atomic<LogService*> theService{nullptr};
 
 long currentProcessId() {
@@ -33,7 +33,7 @@ long currentProcessId() {
   return id;
 }
 
-// How long the end of a flood may stay pending.
+// The pause is the time for which the end of a flood may remain pending.
 void pauseBeforeFlush() {
   constexpr timespec kPause{.tv_sec = 0, .tv_nsec = 20 * kNanosecondsPerMillisecond};
   nanosleep(&kPause, nullptr);
@@ -58,6 +58,7 @@ LogService::LogService(FileApi& files, LogClock& clock, Places places)
       flusher_(pauseBeforeFlush, [this] { flush(); }) {}
 
 LogService::~LogService() {
+  // First, because the flusher's thread walks the list that is deleted below.
   flusher_.stop();
   flush();
   Module* next = modules_;
@@ -78,7 +79,8 @@ LogService& LogService::instance() {
   return service;
 }
 
-// At exit nothing is left pending, and what comes later is written at once.
+// The handler of exit writes out what is pending. Records of later destructors are written at once,
+// because no one would flush them. The handler of fork runs in the child only.
 void LogService::prepareForkAndExit() {
   pthread_atfork(nullptr, nullptr, [] {
     processId = 0;
@@ -92,12 +94,13 @@ void LogService::prepareForkAndExit() {
 
 long LogService::write(long appId, std::u16string_view module, long level,
                        std::u16string_view function, std::u16string_view message) noexcept try {
+  // Nothing is formatted or converted before these tests: most records end here.
   if (level < kError || level > kDebug2) return kNotRecorded;
   const LogSettings& settings = monitor_.current();
   if (!settings.admits(level, module)) return kRecorded;
   return record(settings, appId, module, level, function, message);
 } catch (...) {
-  // Out of memory: the record is lost, the caller goes on.
+  // Out of memory: the record is lost, but the caller continues.
   return kNotRecorded;
 }
 
@@ -111,6 +114,7 @@ long LogService::record(const LogSettings& settings, long appId, std::u16string_
                                          .processId = process,
                                          .function = function,
                                          .message = message});
+  // Errors and warnings are in the file when the call returns, even if the process then crashes.
   const bool urgent = level <= kWarning || ending_;
   const LogLine line{
       .text = text, .time = time, .processId = process, .mayWait = !urgent && flusher_.isReady()};
@@ -121,6 +125,8 @@ long LogService::record(const LogSettings& settings, long appId, std::u16string_
   return result == Appended::kDropped ? kNotRecorded : kRecorded;
 }
 
+// A process has few modules, so a list serves. It is lock-free: two threads may create the same
+// module at once, but only one of them can put its own at the head; the other then finds it.
 LogService::Module& LogService::find(std::u16string_view name) {
   Module* head = modules_.load(std::memory_order_acquire);
   std::unique_ptr<Module> fresh;

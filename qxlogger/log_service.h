@@ -1,5 +1,7 @@
 #pragma once
 
+// The core of the logging component: one log per process.
+
 #include "qxlogger/idle_flusher.h"
 #include "qxlogger/settings_monitor.h"
 
@@ -10,15 +12,15 @@
 
 namespace qx::logger {
 
-/// What a write has come to. None of them is a failure of the caller.
-inline constexpr long kRecorded = 0;     ///< recorded, or not wanted by the settings
+/// The results of LogService::write(). None of them is an error of the caller.
+inline constexpr long kRecorded = 0;     ///< recorded, or excluded by the settings
 inline constexpr long kNotRecorded = 1;  ///< dropped, or of a level that does not exist
 
 /// The log of this process: its settings and a file set per module.
 ///
-/// There is one for the process, made at first use and never destroyed, so that whatever runs last
-/// can still log. An object per function scope is only a door to it. The tests of level and module
-/// come before all other work; nothing here takes a lock of its own, so a forked child can log.
+/// A process has one, created at first use and never destroyed, so that destructors of statics can
+/// still log. The objects that function scopes create only forward to it. Level and module are
+/// tested before all other work. The class takes no lock of its own, so a forked child can log.
 class LogService {
  public:
   struct Places {
@@ -26,21 +28,24 @@ class LogService {
     std::string logs;      ///< folder of the log files
   };
 
+  /// For tests. `files` and `clock` must outlive the service.
   LogService(FileApi& files, LogClock& clock, Places places);
   ~LogService();
   LogService(const LogService&) = delete;
   LogService& operator=(const LogService&) = delete;
 
+  /// Returns the service of this process.
   static LogService& instance();
 
-  /// Never throws and never fails.
+  /// Records `message` unless the settings exclude it. Returns kRecorded or kNotRecorded.
   long write(long appId, std::u16string_view module, long level, std::u16string_view function,
              std::u16string_view message) noexcept;
 
   LogSettings settings() { return monitor_.current(); }
+  /// Stores new settings, which this process honours at once.
   StoreResult store(const LogSettings& settings) { return monitor_.store(settings); }
 
-  /// Writes out what is pending.
+  /// Writes out all pending records.
   void flush();
 
  private:
@@ -55,7 +60,7 @@ class LogService {
   LogClock& clock_;
   const Places places_;
   SettingsMonitor monitor_;
-  std::atomic<Module*> modules_{nullptr};  // a list that only grows, at its head
+  std::atomic<Module*> modules_{nullptr};  // the head of a list that only grows there
   std::atomic<bool> ending_{false};
   IdleFlusher flusher_;
 };

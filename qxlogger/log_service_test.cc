@@ -13,7 +13,7 @@
 namespace qx::logger {
 namespace {
 
-class Service : public testing::Test {
+class LogServiceTest : public testing::Test {
  protected:
   void storeLevel(long level, const std::u16string& module = {}) {
     ASSERT_EQ(service.store({.level = level, .module = module}).error, 0);
@@ -34,7 +34,7 @@ class Service : public testing::Test {
   LogService service{files, clock, {.settings = folder / "log.toml", .logs = folder / "log"}};
 };
 
-TEST_F(Service, RecordsOnlyErrorsByDefault) {
+TEST_F(LogServiceTest, RecordsOnlyErrorsByDefault) {
   EXPECT_EQ(service.write(7, u"Billing", 1, u"CQXAddOn::Connect", u"Failed\n"), kRecorded);
   EXPECT_EQ(service.write(7, u"Billing", 2, u"CQXAddOn::Connect", u"Careful\n"), kRecorded);
   EXPECT_EQ(service.write(7, u"Other", 6, u"CQXAddOn::Connect", u"Entering function\n"), kRecorded);
@@ -42,15 +42,18 @@ TEST_F(Service, RecordsOnlyErrorsByDefault) {
   EXPECT_FALSE(std::filesystem::exists(folder / "log/Other.log"));
 }
 
-TEST_F(Service, TouchesNoFileForARecordThatIsNotWanted) {
+TEST_F(LogServiceTest, OpensNoFileForAnExcludedRecord) {
   files.onOpen = [](const std::string& path) -> int {
     ADD_FAILURE() << path;
     return -EACCES;
   };
-  for (long level = 2; level <= 6; ++level) service.write(0, u"Billing", level, u"f", u"text");
+  for (long level = 2; level <= 6; ++level) {
+    EXPECT_EQ(service.write(0, u"Billing", level, u"f", u"text"), kRecorded);
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder / "log"));
 }
 
-TEST_F(Service, RecordsAllSixSeveritiesAtTheLastLevel) {
+TEST_F(LogServiceTest, RecordsAllSixSeveritiesAtTheHighestLevel) {
   storeLevel(6);
   for (long level = 1; level <= 6; ++level) service.write(0, u"M", level, u"f", u"text");
   std::string all;
@@ -60,7 +63,7 @@ TEST_F(Service, RecordsAllSixSeveritiesAtTheLastLevel) {
   EXPECT_EQ(textOf("M.log"), all);
 }
 
-TEST_F(Service, KeepsAFileSetPerModule) {
+TEST_F(LogServiceTest, KeepsAFileSetPerModule) {
   storeLevel(6);
   service.write(1, u"A", 3, u"f", u"one");
   service.write(2, u"B", 3, u"f", u"two");
@@ -70,7 +73,7 @@ TEST_F(Service, KeepsAFileSetPerModule) {
   EXPECT_EQ(textOf("nomodule.log"), expected("Information\t3\tPID\tf\tthree\n"));
 }
 
-TEST_F(Service, RecordsOnlyTheModuleOfTheFilter) {
+TEST_F(LogServiceTest, RecordsOnlyTheModuleOfTheFilter) {
   storeLevel(6, u"BILLING");
   service.write(0, u"Billing", 3, u"f", u"text");
   service.write(0, u"Other", 1, u"f", u"text");
@@ -78,14 +81,14 @@ TEST_F(Service, RecordsOnlyTheModuleOfTheFilter) {
   EXPECT_EQ(textOf("Other.log"), "");
 }
 
-TEST_F(Service, RefusesALevelThatDoesNotExist) {
+TEST_F(LogServiceTest, RefusesALevelThatDoesNotExist) {
   storeLevel(6);
   EXPECT_EQ(service.write(0, u"M", 0, u"f", u"text"), kNotRecorded);
   EXPECT_EQ(service.write(0, u"M", 7, u"f", u"text"), kNotRecorded);
   EXPECT_EQ(textOf("M.log"), "");
 }
 
-TEST_F(Service, SaysWhenARecordIsDropped) {
+TEST_F(LogServiceTest, ReportsADroppedRecord) {
   files.onOpen = [](const std::string&) { return -EROFS; };
   EXPECT_EQ(service.write(0, u"M", 1, u"f", u"text"), kNotRecorded);
   files.onOpen = nullptr;
@@ -95,15 +98,18 @@ TEST_F(Service, SaysWhenARecordIsDropped) {
                                  expected("Error\t0\tPID\tf\ttext\n"));
 }
 
-TEST_F(Service, WritesErrorsAndWarningsAtOnce) {
+TEST_F(LogServiceTest, WritesErrorsAndWarningsAtOnce) {
   storeLevel(6);
   service.write(0, u"M", 6, u"f", u"1");
   service.write(0, u"M", 6, u"f", u"2");
   service.write(0, u"M", 2, u"f", u"3");
   EXPECT_TRUE(test::contentOf(folder / "log/M.log").ends_with("f\t3\n"));
+  service.write(0, u"M", 6, u"f", u"4");
+  service.write(0, u"M", 1, u"f", u"5");
+  EXPECT_TRUE(test::contentOf(folder / "log/M.log").ends_with("f\t5\n"));
 }
 
-TEST_F(Service, RotatesAtTheMegabytesOfTheSettings) {
+TEST_F(LogServiceTest, RotatesAtTheFileSizeOfTheSettings) {
   ASSERT_EQ(service.store({.fileCount = 3, .fileSize = 1, .level = 6}).error, 0);
   const std::u16string text(1023, u'x');
   for (int i = 0; i < 3000; ++i) service.write(0, u"M", 6, u"f", text);
@@ -115,7 +121,7 @@ TEST_F(Service, RotatesAtTheMegabytesOfTheSettings) {
   EXPECT_EQ(textOf("M.3.log"), "");
 }
 
-TEST_F(Service, HonoursSettingsThatAnotherProcessStores) {
+TEST_F(LogServiceTest, HonoursSettingsThatAnotherProcessStores) {
   ASSERT_EQ(storeSettings(files, folder / "log.toml", {.level = 6}).error, 0);
   clock.advance(kNanosecondsPerSecond);
   service.write(0, u"M", 6, u"f", u"text");

@@ -5,7 +5,7 @@
 namespace qx::logger {
 namespace {
 
-TEST(LogSettings, RecordErrorsOfAllModulesByDefault) {
+TEST(LogSettings, AdmitErrorsOfAllModulesByDefault) {
   const LogSettings settings;
   EXPECT_EQ(settings.fileCount, 2);
   EXPECT_EQ(settings.fileSize, 1);
@@ -14,7 +14,7 @@ TEST(LogSettings, RecordErrorsOfAllModulesByDefault) {
   EXPECT_FALSE(settings.admits(2, u"any"));
 }
 
-TEST(LogSettings, MoveValuesIntoTheirRanges) {
+TEST(LogSettings, AreMovedIntoTheirRanges) {
   EXPECT_EQ(withinLimits({.fileCount = 0, .fileSize = 0, .level = 0}),
             (LogSettings{.fileCount = 2, .fileSize = 1, .level = 1}));
   EXPECT_EQ(withinLimits({.fileCount = 11, .fileSize = -5, .level = 9}),
@@ -27,10 +27,12 @@ TEST(LogSettings, CompareTheModuleWithoutCase) {
   const LogSettings settings{.level = 6, .module = u"BILLING"};
   EXPECT_TRUE(settings.admits(6, u"Billing"));
   EXPECT_FALSE(settings.admits(6, u"Billing2"));
+  EXPECT_TRUE((LogSettings{.level = 6, .module = u"\u00DCBUNG"}).admits(6, u"\u00FCbung"));
   EXPECT_FALSE(settings.admits(1, u""));
+  EXPECT_FALSE(settings.admits(1, {})) << "a null text";
 }
 
-TEST(LogSettings, MatchLongModulesByTheTenCharactersThatTheFormKeeps) {
+TEST(LogSettings, MatchLongModulesByTheirFirstTenCharacters) {
   const LogSettings settings{.level = 6, .module = u"WAREHOUSEM"};
   EXPECT_TRUE(settings.admits(6, u"WarehouseManager"));
   EXPECT_TRUE(settings.admits(6, u"WarehouseM"));

@@ -1,18 +1,20 @@
-// The automation side of the logging component: the object that a function scope makes, its
-// factory, and the one entry of the shared object. An object holds nothing but its count.
+// The automation side of the logging component: the object that a function scope creates, its
+// factory, and the only exported function of the shared object. An object has no state except its
+// reference count.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_object.h"
+#include "qxframework/automation/text.h"
 #include "qxframework/logging/qx_logger.h"
 #include "qxlogger/log_service.h"
 #include "qxlogger/record.h"
-#include "qxlogger/text.h"
 
 #include <cerrno>
 
 namespace qx::logger {
 namespace {
 
+// The core knows neither result codes nor the interface, so the numbers are compared here.
 static_assert(kRecorded == S_OK && kNotRecorded == S_FALSE);
 static_assert(kError == QXLoggerLib::sl_Error && kDebug2 == QXLoggerLib::sl_Debug2);
 
@@ -48,13 +50,14 @@ class Logger final : public ComObject<NoDispatch<QXLoggerLib::IQXLogger>> {
     });
   }
 
-  // The result code has no room for the reason, so that goes into the log.
+  // The result code cannot carry the reason of a failure, so the reason is logged.
   HRESULT WriteSettings(long fileCount, long fileSize, long level, BSTR module) override {
     return guarded([&] {
       const LogSettings settings{.fileCount = fileCount,
                                  .fileSize = fileSize,
                                  .level = level,
                                  .module = std::u16string(viewOfBstr(module))};
+      // The file may contain anything and is corrected silently; a caller learns of its mistake.
       if (!(withinLimits(settings) == settings)) return E_INVALIDARG;
       LogService& service = LogService::instance();
       const StoreResult stored = service.store(settings);

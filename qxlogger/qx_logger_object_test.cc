@@ -1,4 +1,4 @@
-// The component as an add-on meets it: the shared object, loaded by its path.
+// Tests the component as an add-on uses it: the shared object, loaded by its path.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_object.h"
@@ -21,8 +21,8 @@ namespace {
 using QXLoggerLib::HvSeverityLevel;
 using QXLoggerLib::IQXLogger;
 
-// The component reads its places once per process, so all tests share one folder.
-class Component : public testing::Test {
+/// Loads the component. It reads its places once per process, so all tests share one folder.
+class LoggerComponent : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     folder = new test::TemporaryFolder;
@@ -37,7 +37,7 @@ class Component : public testing::Test {
     delete folder;
     folder = nullptr;
   }
-  void TearDown() override { makeLogger()->WriteSettings(2, 1, 1, nullptr); }
+  void TearDown() override { EXPECT_EQ(makeLogger()->WriteSettings(2, 1, 1, nullptr), S_OK); }
 
   static CComPtr<IQXLogger> makeLogger() {
     CComPtr<IClassFactory> factory;
@@ -64,7 +64,7 @@ class Component : public testing::Test {
   static inline Entry entry = nullptr;
 };
 
-TEST_F(Component, WritesARecord) {
+TEST_F(LoggerComponent, WritesARecord) {
   EXPECT_EQ(write(makeLogger(), u"Billing", QXLoggerLib::sl_Error, u"Connection failed\n"), S_OK);
   const std::string text = textOf("Billing.log");
   EXPECT_TRUE(std::regex_match(
@@ -74,12 +74,12 @@ TEST_F(Component, WritesARecord) {
       << text;
 }
 
-TEST_F(Component, TakesNullTexts) {
+TEST_F(LoggerComponent, AcceptsNullTexts) {
   EXPECT_EQ(makeLogger()->WriteLog(0, nullptr, QXLoggerLib::sl_Error, nullptr, nullptr), S_OK);
   EXPECT_TRUE(textOf("nomodule.log").ends_with("\t\t\n"));
 }
 
-TEST_F(Component, HasOnlyItsOwnClass) {
+TEST_F(LoggerComponent, RefusesOtherClassesAndInterfaces) {
   void* object = &object;
   EXPECT_EQ(entry(IQXLogger::kIid, IClassFactory::kIid, &object), CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(object, nullptr);
@@ -87,14 +87,14 @@ TEST_F(Component, HasOnlyItsOwnClass) {
   EXPECT_EQ(entry(QXLoggerLib::CLSID_QXLogger, IQXLogger::kIid, &object), E_NOINTERFACE);
 }
 
-TEST_F(Component, AnswersForTheAutomationBase) {
+TEST_F(LoggerComponent, ImplementsIDispatch) {
   CComPtr<IDispatch> dispatch;
   EXPECT_EQ(makeLogger()->QueryInterface(IDispatch::kIid, reinterpret_cast<void**>(&dispatch.p)),
             S_OK);
   EXPECT_NE(dispatch.p, nullptr);
 }
 
-TEST_F(Component, HasTheDefaultSettingsAtFirst) {
+TEST_F(LoggerComponent, HasTheDefaultSettingsAtFirst) {
   long count = 0;
   long size = 0;
   long level = 0;
@@ -106,7 +106,7 @@ TEST_F(Component, HasTheDefaultSettingsAtFirst) {
   EXPECT_EQ(module.View(), u"");
 }
 
-TEST_F(Component, KeepsSettingsForAllInstances) {
+TEST_F(LoggerComponent, SharesSettingsBetweenInstances) {
   EXPECT_EQ(makeLogger()->WriteSettings(10, 5, 6, CComBSTR(u"BILLING")), S_OK);
   long count = 0;
   long size = 0;
@@ -119,7 +119,7 @@ TEST_F(Component, KeepsSettingsForAllInstances) {
   EXPECT_EQ(module.View(), u"BILLING");
 }
 
-TEST_F(Component, RefusesSettingsOutOfRange) {
+TEST_F(LoggerComponent, RefusesSettingsOutOfRange) {
   const CComPtr<IQXLogger> logger = makeLogger();
   EXPECT_EQ(logger->WriteSettings(0, 1, 1, nullptr), E_INVALIDARG);
   EXPECT_EQ(logger->WriteSettings(11, 1, 1, nullptr), E_INVALIDARG);
@@ -128,13 +128,13 @@ TEST_F(Component, RefusesSettingsOutOfRange) {
   EXPECT_EQ(logger->WriteSettings(2, 1, 7, nullptr), E_INVALIDARG);
 }
 
-TEST_F(Component, RefusesToReadSettingsIntoNothing) {
+TEST_F(LoggerComponent, RefusesNullOutputsOfReadSettings) {
   long value = 0;
   EXPECT_EQ(makeLogger()->ReadSettings(nullptr, &value, &value, nullptr), E_POINTER);
   EXPECT_EQ(makeLogger()->ReadSettings(&value, &value, &value, nullptr), E_POINTER);
 }
 
-TEST_F(Component, FailsToStoreWhereTheSettingsFileIsAFolderAndLogsWhy) {
+TEST_F(LoggerComponent, LogsWhyTheSettingsCannotBeStored) {
   std::filesystem::remove(*folder / "log.toml");
   std::filesystem::create_directories(*folder / "log.toml/inside");
   EXPECT_EQ(makeLogger()->WriteSettings(2, 1, 6, nullptr), E_FAIL);
@@ -143,7 +143,7 @@ TEST_F(Component, FailsToStoreWhereTheSettingsFileIsAFolderAndLogsWhy) {
   std::filesystem::remove_all(*folder / "log.toml");
 }
 
-TEST_F(Component, LetsAForkedChildLog) {
+TEST_F(LoggerComponent, LetsAForkedChildLog) {
   EXPECT_EQ(makeLogger()->WriteSettings(2, 1, 6, nullptr), S_OK);
   const CComPtr<IQXLogger> logger = makeLogger();
   for (int i = 0; i < 50; ++i) write(logger, u"Fork", QXLoggerLib::sl_Debug2, u"parent");
@@ -159,7 +159,7 @@ TEST_F(Component, LetsAForkedChildLog) {
   EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), record), {}), 50);
 }
 
-TEST_F(Component, LeavesNothingPendingAtExit) {
+TEST_F(LoggerComponent, LeavesNothingPendingAtExit) {
   const pid_t child = fork();
   if (child == 0) {
     const CComPtr<IQXLogger> logger = makeLogger();

@@ -20,8 +20,9 @@ constexpr std::array<std::string_view, 6> kWords{"Error", "Warning", "Informatio
 // Room for all but the two texts: two numbers of up to 20 characters, and some 50 of fixed width.
 constexpr std::size_t kHeadSize = 112;
 
-// The parts of a time that stay the same for a second. Trivial, so that a record written while its
-// thread ends still finds it.
+// The parts of a time that are the same for a second, cached because localtime_r() takes a lock of
+// the process. The type has no destructor, so a record that is written while its thread ends can
+// still use the cache.
 struct Second {
   std::int64_t second = -1;
   char date[20] = {};   // 2024-02-29T13:37:00
@@ -57,6 +58,7 @@ std::string_view severityWord(long level) {
 }
 
 std::string formatRecord(const Record& record) {
+  // Callers end their messages with a line end or not; the line itself has exactly one.
   const std::u16string_view message = withoutLineEnds(record.message);
   const Second& second = cachedSecond(record.time / kNanosecondsPerSecond);
   fmt::basic_memory_buffer<char, kHeadSize> head;

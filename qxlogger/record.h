@@ -1,20 +1,23 @@
 #pragma once
 
+// The lines of a log file.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace qx::logger {
 
-/// The severities, frozen: callers in other libraries and the settings file use the numbers.
+/// The severities. Frozen: callers in other libraries and the settings file use the numbers.
 inline constexpr long kError = 1;
 inline constexpr long kWarning = 2;
 inline constexpr long kDebug2 = 6;
 
-/// "Error", "Warning", "Information", "Debug", "Debug1" or "Debug2"; else empty.
+/// Returns "Error", "Warning", "Information", "Debug", "Debug1" or "Debug2"; an empty text for any
+/// other level.
 std::string_view severityWord(long level);
 
-/// What one line of a log file says.
+/// The content of one line of a log file.
 struct Record {
   std::int64_t time = 0;  ///< nanoseconds since 1970-01-01 UTC
   long level = kError;
@@ -24,8 +27,8 @@ struct Record {
   std::u16string_view message;
 };
 
-/// The line of a record, always exactly one and with its line end. Six fields with a tab between
-/// them: local time with microseconds and offset from UTC, severity, application id, process id,
+/// Returns the line of a record, always exactly one, with its line end. It has six fields separated
+/// by tabs: local time with microseconds and offset from UTC, severity, application id, process id,
 /// function, message.
 std::string formatRecord(const Record& record);
 

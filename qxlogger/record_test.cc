@@ -23,7 +23,7 @@ TEST(LogRecord, IsOneLineOfSixFields) {
             "Entering function\n");
 }
 
-TEST(LogRecord, HasALineEndWhetherItsTextHasOneOrNot) {
+TEST(LogRecord, HasOneLineEndWithOrWithoutOneInItsMessage) {
   Record record = sample();
   const std::string with = formatRecord(record);
   record.message = u"Entering function";
@@ -32,7 +32,7 @@ TEST(LogRecord, HasALineEndWhetherItsTextHasOneOrNot) {
   EXPECT_EQ(formatRecord(record), with);
 }
 
-TEST(LogRecord, StaysOneLineWhateverItsTextsHold) {
+TEST(LogRecord, RemainsOneLineIfItsTextsHaveLineEnds) {
   const test::ScopedTimeZone zone("UTC0");
   Record record = sample();
   record.function = u"f\ng\t";
@@ -63,14 +63,14 @@ TEST(LogRecord, ShowsLocalTimeWithItsOffset) {
   EXPECT_EQ(formatRecord(record).substr(0, 32), "2024-02-29T09:04:58.789012-03:30");
 }
 
-TEST(LogRecord, WritesMicrosecondsWithAllTheirDigits) {
+TEST(LogRecord, PadsMicrosecondsToSixDigits) {
   const test::ScopedTimeZone zone("UTC0");
   Record record = sample();
   record.time = 1'709'210'101'000'007'999;
   EXPECT_EQ(formatRecord(record).substr(0, 32), "2024-02-29T12:35:01.000007+00:00");
 }
 
-TEST(LogRecord, KnowsTheWordsOfTheSixSeverities) {
+TEST(LogRecord, NamesTheSixSeverities) {
   EXPECT_EQ(severityWord(0), "");
   EXPECT_EQ(severityWord(1), "Error");
   EXPECT_EQ(severityWord(2), "Warning");

@@ -1,7 +1,7 @@
 #include "qxlogger/settings_file.h"
 
+#include "qxframework/automation/text.h"
 #include "qxlogger/file_api.h"
-#include "qxlogger/text.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -17,7 +17,7 @@
 namespace qx::logger {
 namespace {
 
-// The keys of the file, frozen.
+// The keys of the file. Frozen, because users write them too.
 constexpr std::string_view kFileCount = "file_count";
 constexpr std::string_view kFileSize = "file_size_mb";
 constexpr std::string_view kLevel = "level";
@@ -27,7 +27,7 @@ constexpr std::string_view kHead =
     "# Settings of the log. level: 1 Error, 2 Warning, 3 Information, 4 Debug, 5 Debug1, "
     "6 Debug2;\n# module: the only module to record, empty for all.\n";
 
-// A settings file is some hundred bytes; whatever is this long is none.
+// A settings file has some hundred bytes. The rest of a file of this size is not read.
 constexpr std::size_t kLongestFile = 1 << 20;
 
 std::string readFile(FileApi& files, const std::string& path) {
@@ -44,6 +44,7 @@ std::string readFile(FileApi& files, const std::string& path) {
   return text;
 }
 
+// A broken file counts as an empty one: the log must work without valid settings.
 toml::table parse(const std::string& text) {
   try {
     return toml::parse(text);
@@ -80,16 +81,10 @@ StoreResult failure(std::string_view step, const std::string& path, int error) {
   return {.error = -error, .text = fmt::format("{} {}: {}", step, path, std::strerror(-error))};
 }
 
-int lockExclusively(int file) {
-  while (::flock(file, LOCK_EX) != 0) {
-    if (errno != EINTR) return -errno;
-  }
-  return 0;
-}
-
 int writeTemporary(FileApi& files, const std::string& path, const std::string& text) {
   const OpenFile file(files, files.open(path, O_WRONLY | O_CREAT | O_TRUNC));
   if (!file.isOpen()) return file.get();
+  // Without the sync a power failure after the rename could leave an empty file under the name.
   const int written = writeAll(files, file.get(), text.data(), text.size());
   return written < 0 ? written : files.sync(file.get());
 }
@@ -115,10 +110,12 @@ LogSettings loadSettings(FileApi& files, const std::string& path) {
 
 StoreResult storeSettings(FileApi& files, const std::string& path, const LogSettings& settings) {
   if (path.empty()) return {.error = ENOENT, .text = "the user has no configuration folder"};
+  // The lock spans reading and replacing, so that of two processes none loses the other's keys. It
+  // is on a file of its own, because the settings file itself is replaced.
   const std::string lockPath = path + ".lock";
   const OpenFile lock(files, openInFolder(files, lockPath, O_RDWR | O_CREAT));
   if (!lock.isOpen()) return failure("cannot open", lockPath, lock.get());
-  if (const int error = lockExclusively(lock.get()); error < 0) {
+  if (const int error = lockFile(lock.get(), LOCK_EX); error < 0) {
     return failure("cannot lock", lockPath, error);
   }
   return replaceFile(files, path, toText(parse(readFile(files, path)), withinLimits(settings)));

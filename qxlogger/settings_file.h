@@ -1,5 +1,7 @@
 #pragma once
 
+// The file that keeps the settings of the log.
+
 #include "qxlogger/log_settings.h"
 
 #include <string>
@@ -8,18 +10,18 @@ namespace qx::logger {
 
 class FileApi;
 
-/// Why settings could not be stored.
+/// The result of storing settings.
 struct StoreResult {
   int error = 0;       ///< `errno` of the failed step, 0 for success
-  std::string text{};  ///< what failed, for a person
+  std::string text{};  ///< a message for a person, empty for success
 };
 
-/// The settings in the TOML file at `path`, moved into their ranges. A value that is missing or of
-/// the wrong kind is its default, and so are all when the file is missing or is no TOML.
+/// Returns the settings in the TOML file at `path`, moved into their ranges. A value that is
+/// missing or of the wrong type becomes its default; all do if the file is missing or no TOML.
 LogSettings loadSettings(FileApi& files, const std::string& path);
 
-/// Replaces the settings in the file, as one step: a reader sees the old file or the new one.
-/// Whatever else stands in the file is kept, but for comments.
+/// Replaces the settings in the file in one step: a reader sees the old file or the new one. Keeps
+/// other keys of the file, but not its comments.
 StoreResult storeSettings(FileApi& files, const std::string& path, const LogSettings& settings);
 
 }  // namespace qx::logger

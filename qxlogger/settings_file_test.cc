@@ -18,12 +18,12 @@ class SettingsFile : public testing::Test {
   std::string path = folder / "a/b/log.toml";
 };
 
-TEST_F(SettingsFile, GivesDefaultsWhereThereIsNone) {
+TEST_F(SettingsFile, LoadsDefaultsIfMissing) {
   EXPECT_EQ(loadSettings(files, path), LogSettings{});
   EXPECT_EQ(loadSettings(files, ""), LogSettings{});
 }
 
-TEST_F(SettingsFile, KeepsWhatIsStored) {
+TEST_F(SettingsFile, LoadsTheStoredSettings) {
   EXPECT_EQ(storeSettings(files, path, kSample).error, 0);
   EXPECT_EQ(loadSettings(files, path), kSample);
   EXPECT_EQ(test::contentOf(path),
@@ -33,7 +33,7 @@ TEST_F(SettingsFile, KeepsWhatIsStored) {
             "BUNG'\n");
 }
 
-TEST_F(SettingsFile, GivesDefaultsForABrokenFile) {
+TEST_F(SettingsFile, LoadsDefaultsIfBroken) {
   const std::string broken = folder / "log.toml";
   test::writeText(broken, "level = = 6\n");
   EXPECT_EQ(loadSettings(files, broken), LogSettings{});
@@ -41,13 +41,13 @@ TEST_F(SettingsFile, GivesDefaultsForABrokenFile) {
   EXPECT_EQ(loadSettings(files, broken), LogSettings{});
 }
 
-TEST_F(SettingsFile, TakesTheDefaultOnlyForTheValueThatIsWrong) {
+TEST_F(SettingsFile, LoadsTheDefaultOnlyForAnInvalidValue) {
   const std::string file = folder / "log.toml";
   test::writeText(file, "level = \"six\"\nfile_count = 99\nfile_size_mb = 7\nmodule = 3\n");
   EXPECT_EQ(loadSettings(files, file), (LogSettings{.fileCount = 10, .fileSize = 7}));
 }
 
-TEST_F(SettingsFile, KeepsKeysOfOthers) {
+TEST_F(SettingsFile, KeepsOtherKeys) {
   const std::string file = folder / "log.toml";
   test::writeText(file, "colour = \"blue\"\nlevel = 2\n");
   EXPECT_EQ(storeSettings(files, file, kSample).error, 0);
@@ -56,7 +56,7 @@ TEST_F(SettingsFile, KeepsKeysOfOthers) {
   EXPECT_EQ(loadSettings(files, file), kSample);
 }
 
-TEST_F(SettingsFile, LeavesTheOldFileWhenTheDiskIsFull) {
+TEST_F(SettingsFile, KeepsTheOldSettingsIfTheDiskIsFull) {
   ASSERT_EQ(storeSettings(files, path, kSample).error, 0);
   files.onWrite = [](std::size_t) { return -ENOSPC; };
   const StoreResult result = storeSettings(files, path, {});

@@ -36,21 +36,23 @@ StoreResult SettingsMonitor::store(const LogSettings& settings) {
 void SettingsMonitor::check(std::int64_t now) {
   std::int64_t due = nextCheck_.load(std::memory_order_relaxed);
   if (now < due) return;
+  // Of several threads that are due, the one that moves the time looks at the file.
   if (nextCheck_.compare_exchange_strong(due, now + kCheckInterval)) refresh();
 }
 
 void SettingsMonitor::refresh() {
   const Snapshot* present = snapshot_.load(std::memory_order_acquire);
-  // Looked at before it is read: a change in between shows as one more change next time.
+  // The state is taken before the content: a change between the two then shows at the next check.
   const FileInfo file = look();
   if (file == present->file) return;
   auto next = std::make_unique<Snapshot>(Snapshot{loadSettings(files_, path_), file, present});
   if (snapshot_.compare_exchange_strong(present, next.get(), std::memory_order_acq_rel)) {
+    // The list of snapshots owns it from here on.
     static_cast<void>(next.release());
   }
 }
 
-// A missing file is like one of no size at all.
+// A missing file has a state of its own, all zeros, so that its removal shows as a change.
 FileInfo SettingsMonitor::look() {
   FileInfo info;
   return files_.info(path_, info) == 0 ? info : FileInfo{};

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int64_t kHalfSecond = 500 * kNanosecondsPerMillisecond;
 
-class Monitor : public testing::Test {
+class SettingsMonitorTest : public testing::Test {
  protected:
   test::TemporaryFolder folder;
   test::FaultyFiles files;
@@ -21,7 +21,7 @@ class Monitor : public testing::Test {
   std::string path = folder / "log.toml";
 };
 
-TEST_F(Monitor, HonoursAForeignChangeWithinASecond) {
+TEST_F(SettingsMonitorTest, HonoursAChangeOfAnotherProcessWithinASecond) {
   SettingsMonitor monitor(files, clock, path);
   EXPECT_EQ(monitor.current().level, 1);
   ASSERT_EQ(storeSettings(files, path, {.level = 6}).error, 0);
@@ -33,23 +33,23 @@ TEST_F(Monitor, HonoursAForeignChangeWithinASecond) {
   EXPECT_EQ(monitor.current().level, 3);
 }
 
-TEST_F(Monitor, LooksAtTheFileOnlyTwiceASecond) {
+TEST_F(SettingsMonitorTest, ChecksTheFileTwiceASecond) {
   SettingsMonitor monitor(files, clock, path);
-  const int before = files.looks;
+  const int before = files.pathInfos;
   for (int i = 0; i < 1000; ++i) monitor.current();
-  EXPECT_EQ(files.looks, before);
+  EXPECT_EQ(files.pathInfos, before);
   clock.advance(kHalfSecond);
   for (int i = 0; i < 1000; ++i) monitor.current();
-  EXPECT_EQ(files.looks, before + 1);
+  EXPECT_EQ(files.pathInfos, before + 1);
 }
 
-TEST_F(Monitor, HonoursItsOwnChangeAtOnce) {
+TEST_F(SettingsMonitorTest, HonoursItsOwnChangeAtOnce) {
   SettingsMonitor monitor(files, clock, path);
   EXPECT_EQ(monitor.store({.level = 5}).error, 0);
   EXPECT_EQ(monitor.current().level, 5);
 }
 
-TEST_F(Monitor, GoesBackToDefaultsWhenTheFileGoes) {
+TEST_F(SettingsMonitorTest, ReturnsToDefaultsIfTheFileIsRemoved) {
   ASSERT_EQ(storeSettings(files, path, {.level = 6}).error, 0);
   SettingsMonitor monitor(files, clock, path);
   EXPECT_EQ(monitor.current().level, 6);
@@ -58,7 +58,7 @@ TEST_F(Monitor, GoesBackToDefaultsWhenTheFileGoes) {
   EXPECT_EQ(monitor.current(), LogSettings{});
 }
 
-TEST_F(Monitor, KeepsTheSettingsInForceWhenStoringFails) {
+TEST_F(SettingsMonitorTest, KeepsTheCurrentSettingsIfStoringFails) {
   SettingsMonitor monitor(files, clock, path);
   ASSERT_EQ(monitor.store({.level = 5}).error, 0);
   files.onWrite = [](std::size_t) { return -ENOSPC; };
@@ -66,7 +66,7 @@ TEST_F(Monitor, KeepsTheSettingsInForceWhenStoringFails) {
   EXPECT_EQ(monitor.current().level, 5);
 }
 
-TEST_F(Monitor, CanBeAskedWhileItChanges) {
+TEST_F(SettingsMonitorTest, CanBeReadWhileItChanges) {
   SettingsMonitor monitor(files, clock, path);
   std::thread reader([&] {
     for (int i = 0; i < 20000; ++i) EXPECT_LE(monitor.current().level, 6);

@@ -1,8 +1,8 @@
 #include "qxlogger/shared_log.h"
 
+#include "qxframework/automation/text.h"
 #include "qxlogger/record.h"
 #include "qxlogger/shared_region.h"
-#include "qxlogger/text.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -18,13 +18,14 @@
 namespace qx::logger {
 namespace {
 
-// Records that are closer than this belong to a flood.
+// Records that follow each other within this time, in nanoseconds, belong to a flood.
 constexpr std::int64_t kFloodGap = 5'000;
-// A flood is written in pieces of about this size; larger ones gain next to nothing.
+// A flood is written in pieces of about this many bytes; larger ones are hardly faster.
 constexpr std::uint32_t kPieceSize = 8 * 1024;
 constexpr std::int64_t kVerifyInterval = 500 * kNanosecondsPerMillisecond;
-// How far a file grows beyond its size until a failed rotation is tried again.
+// A file grows by this many bytes before a failed rotation is tried again.
 constexpr std::int64_t kRotationRetry = 64 * 1024;
+// Surplus files are removed up to this number, which is far more than the settings allow.
 constexpr long kMostRemoved = 100;
 
 std::uint32_t pendingSize(const SharedState& state) { return state.end - state.start; }
@@ -33,16 +34,20 @@ std::int64_t sizeWithPending(const SharedState& state) {
   return state.fileSize + pendingSize(state);
 }
 
+// Room in the buffer is reused only when it is empty, so that pending bytes never move: a copy
+// could be interrupted by a kill.
 void consume(SharedState& state, std::int64_t size) {
   state.start += static_cast<std::uint32_t>(size);
   if (state.start == state.end) state.start = state.end = 0;
 }
 
-// A clock that was set back by more than a second is no sign of a flood.
+// A record may be a little older than the last one, because its time is taken before the lock. One
+// that is older by a second or more comes after the clock was set back, which is no flood.
 bool isFlood(std::int64_t time, std::int64_t last) {
   return time - last < kFloodGap && last - time < kNanosecondsPerSecond;
 }
 
+// Holds the region's lock. If another holder has died, the log file may be ahead of the state.
 class Holder {
  public:
   explicit Holder(SharedRegion& region) : region_(region), lock_(region.lock()) {
@@ -62,8 +67,8 @@ class Holder {
 
 }  // namespace
 
-// This process's access to the shared memory, and to the current file as of one generation. The
-// fields below the region are guarded by its lock.
+// This process's access to the shared memory, and to the current file of one generation. The lock
+// of the region guards the fields from `file` on.
 struct SharedLog::Attachment {
   std::unique_ptr<SharedRegion> region;
   Attachment* previous = nullptr;
@@ -95,11 +100,11 @@ std::string SharedLog::path(long number) const {
                      : fmt::format("{}/{}.{}.log", folder_, name_, number);
 }
 
-// The number is that of the layout of the shared memory.
+// The number in the ending is the version of the shared memory's layout.
 std::string SharedLog::regionPath() const { return fmt::format("{}/.{}.sync1", folder_, name_); }
 
 Appended SharedLog::append(const LogLine& line, const LogLimits& limits) {
-  // The second attempt is for a shared file that somebody has removed.
+  // The second attempt follows if the file of the shared memory was removed meanwhile.
   for (int attempt = 0; attempt < 2; ++attempt) {
     Attachment* a = attach();
     if (a == nullptr) return Appended::kDropped;
@@ -127,7 +132,7 @@ bool SharedLog::flush() {
   return true;
 }
 
-// Without a lock: of several threads that open the shared memory at once, one wins.
+// Takes no lock: if several threads open the shared memory at once, one attachment is kept.
 SharedLog::Attachment* SharedLog::attach() {
   Attachment* present = current_.load(std::memory_order_acquire);
   if (present != nullptr) return present;
@@ -144,7 +149,7 @@ SharedLog::Attachment* SharedLog::attach() {
   return fresh.release();
 }
 
-// Another thread may still use what is detached, so it lives on.
+// Another thread may still use the attachment, so it is kept until the log is destroyed.
 void SharedLog::detach(Attachment* attachment) {
   Attachment* expected = attachment;
   if (!current_.compare_exchange_strong(expected, nullptr)) return;
@@ -153,21 +158,25 @@ void SharedLog::detach(Attachment* attachment) {
   }
 }
 
+// Counts in this process only; noteDropped() reports the number later.
 Appended SharedLog::dropHere(int error) {
   if (droppedHere_.fetch_add(1) == 0) dropErrorHere_ = error;
   return Appended::kDropped;
 }
 
-// False if the shared memory is no longer the one that others find.
+// Returns false if other processes no longer find this shared memory, because its file was removed.
 bool SharedLog::makeReady(Attachment& a, std::int64_t now) {
+  // Recovery comes first, because it opens the file and begins a new generation.
   if (a.region->needsRecovery()) recover(a);
   if (!a.file.isOpen() || a.generation != a.region->state().generation) reopen(a);
+  // A negative age means that the clock was set back; then it is verified at once.
   const std::int64_t age = now - a.verified;
   if (age >= 0 && age < kVerifyInterval) return true;
   a.verified = now;
   return verify(a);
 }
 
+// With O_APPEND, as every process writes at the end, wherever that is now.
 bool SharedLog::reopen(Attachment& a) {
   a.file = OpenFile(files_, openInFolder(files_, path(0), O_RDWR | O_APPEND | O_CREAT));
   a.generation = a.region->state().generation;
@@ -175,8 +184,8 @@ bool SharedLog::reopen(Attachment& a) {
   return a.file.isOpen();
 }
 
-// After a crash: finds out which of the pending bytes stand in the file already, and ends a line
-// that nobody will complete. Can be broken off and repeated at every point.
+// After a crash: finds the pending bytes that are in the file already, and ends a line that no
+// pending bytes complete. It may be interrupted at any point and is then repeated as a whole.
 bool SharedLog::recover(Attachment& a) {
   FileInfo info;
   if (!reopen(a) || files_.info(a.file.get(), info) < 0) return false;
@@ -188,6 +197,7 @@ bool SharedLog::recover(Attachment& a) {
     const char* pending = a.region->pending() + next.start;
     if (read == common && std::equal(there.begin(), there.end(), pending)) consume(next, common);
   }
+  // closeTail() may have written, so the size is read again.
   if (!closeTail(a, info.size, next.start) || files_.info(a.file.get(), info) < 0) return false;
   next.fileSize = info.size;
   a.generation = ++next.generation;
@@ -196,6 +206,7 @@ bool SharedLog::recover(Attachment& a) {
   return true;
 }
 
+// Writes a line end after a torn line, unless the pending bytes from `start` on are its rest.
 bool SharedLog::closeTail(Attachment& a, std::int64_t size, std::uint32_t start) {
   char last = '\n';
   if (size > 0 && files_.readAt(a.file.get(), &last, 1, size - 1) != 1) return false;
@@ -206,7 +217,8 @@ bool SharedLog::closeTail(Attachment& a, std::int64_t size, std::uint32_t start)
   return error == 0;
 }
 
-// People remove, move and empty log files. A shared memory that was removed is given up.
+// Users remove, move and empty log files while they are written. A shared memory whose file was
+// removed is abandoned after its pending records are written.
 bool SharedLog::verify(Attachment& a) {
   FileInfo mine;
   FileInfo there;
@@ -214,6 +226,7 @@ bool SharedLog::verify(Attachment& a) {
   SharedState next = a.region->state();
   if (files_.info(path(0), there) < 0 || !there.sameFile(mine)) {
     if (!reopen(a) || files_.info(a.file.get(), mine) < 0) return true;
+    // The new generation makes the other processes reopen the file too.
     a.generation = ++next.generation;
     next.rotateAt = 0;
   }
@@ -227,16 +240,19 @@ Appended SharedLog::store(Attachment& a, const LogLine& line, const LogLimits& l
   if (!makeRoom(a, line, limits)) return drop(a);
   if (line.text.size() > SharedRegion::kPendingCapacity) return writeLong(a, line.text);
   const bool flood = line.mayWait && isFlood(line.time, a.region->state().lastRecord);
+  // Into the shared memory first, even if it is written at once: a kill must not lose it.
   put(a, line.text, line.time);
   if (flood && pendingSize(a.region->state()) < kPieceSize) return Appended::kPending;
   const bool written = writePending(a);
+  // The time after the write, not before: otherwise a slow disk would make every flood look sparse.
   SharedState next = a.region->state();
   next.lastRecord = clock_.wallNanoseconds();
   a.region->commit(next);
   return written ? Appended::kWritten : Appended::kPending;
 }
 
-// Room in the file, by rotation, and in the shared memory, by writing it out. False for none.
+// Makes room in the file, by rotation, and in the shared memory, by writing it out. Returns false
+// if there is none. An empty file takes a record of any size.
 bool SharedLog::makeRoom(Attachment& a, const LogLine& line, const LogLimits& limits) {
   const auto size = static_cast<std::int64_t>(line.text.size());
   const auto isFull = [&] {
@@ -244,12 +260,14 @@ bool SharedLog::makeRoom(Attachment& a, const LogLine& line, const LogLimits& li
     const std::int64_t used = sizeWithPending(state);
     return used > 0 && used + size > std::max(limits.fileBytes, state.rotateAt);
   };
+  // Pending records belong to the file that they counted for, so they precede the rotation.
   if (isFull() && writePending(a)) rotate(a, limits.fileCount);
   if ((a.region->state().dropped > 0 || droppedHere_ > 0) && !noteDropped(a, line)) return false;
   if (a.region->state().end + size <= SharedRegion::kPendingCapacity) return true;
   return writePending(a);
 }
 
+// The bytes are copied before the state that covers them is committed.
 void SharedLog::put(Attachment& a, std::string_view text, std::int64_t time) {
   SharedState next = a.region->state();
   std::memcpy(a.region->pending() + next.end, text.data(), text.size());
@@ -276,7 +294,8 @@ bool SharedLog::writePending(Attachment& a) {
   return true;
 }
 
-// A record that does not fit into the shared memory. Nothing is pending.
+// Writes a record that does not fit into the shared memory. Nothing is pending. If it fails, the
+// part that was written is cut off, and if even that fails, recovery ends its line.
 Appended SharedLog::writeLong(Attachment& a, std::string_view text) {
   if (!a.file.isOpen() || a.region->needsRecovery()) return drop(a);
   SharedState next = a.region->state();
@@ -306,6 +325,7 @@ bool SharedLog::noteDropped(Attachment& a, const LogLine& line) {
                       .function = kOwnName,
                       .message = message};
   put(a, formatRecord(record), line.time);
+  // After put(): a kill in between has the number reported twice rather than never.
   next = a.region->state();
   next.dropped = 0;
   next.dropError = 0;
@@ -320,8 +340,8 @@ Appended SharedLog::drop(Attachment& a) {
   return Appended::kDropped;
 }
 
-// The current file becomes number 1. Nothing is pending. A crash before the commit leaves the
-// others writing into number 1 until the next owner of the lock has recovered.
+// Makes the current file number 1. Nothing is pending. A crash before the commit leaves the other
+// processes with number 1 as their open file until the next owner of the lock has recovered.
 void SharedLog::rotate(Attachment& a, long fileCount) {
   SharedState next = a.region->state();
   if (const int error = shiftFiles(fileCount); error < 0) {
@@ -338,7 +358,8 @@ void SharedLog::rotate(Attachment& a, long fileCount) {
   a.region->commit(next);
 }
 
-// Shifts only up to the first free number, so that a shift that was broken off loses no file.
+// Shifts the files up to the first free number only. So a shift that was interrupted leaves a gap,
+// and its repetition fills the gap instead of overwriting a file.
 int SharedLog::shiftFiles(long fileCount) {
   long target = 1;
   FileInfo info;
@@ -348,6 +369,7 @@ int SharedLog::shiftFiles(long fileCount) {
   for (; fileCount > 1 && target > 0 && error == 0; --target) {
     error = files_.rename(path(target - 1), path(target));
   }
+  // The rest goes if fewer files are kept than before.
   const auto removeFrom = std::max(fileCount, 1L);
   for (long i = removeFrom; i < kMostRemoved && files_.remove(path(i)) == 0; ++i) {
   }

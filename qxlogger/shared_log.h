@@ -1,5 +1,7 @@
 #pragma once
 
+// A set of rotating log files that many processes write.
+
 #include "qxlogger/file_api.h"
 #include "qxlogger/log_clock.h"
 
@@ -11,7 +13,7 @@
 
 namespace qx::logger {
 
-/// How much of one file set is kept.
+/// The number and the size of the files of one set.
 struct LogLimits {
   long fileCount = 2;
   std::int64_t fileBytes = 1 << 20;
@@ -22,31 +24,33 @@ struct LogLine {
   std::string_view text;  ///< with its line end
   std::int64_t time = 0;  ///< of the record, wall clock
   long processId = 0;     ///< of the writer
-  bool mayWait = false;   ///< may stay pending for a moment; somebody will call flush()
+  bool mayWait = false;   ///< may remain pending until the caller's flush(), a moment later
 };
 
+/// The result of appending a record: it is in the file, in the shared memory, or lost.
 enum class Appended { kWritten, kPending, kDropped };
 
 /// A set of rotating log files that any number of threads and processes write at once:
 /// "name.log" is the current one, "name.1.log" the one before, and so on.
 ///
-/// Each record becomes part of the set when it stands in the shared memory of the set, and from
-/// there it goes into the file, in order, with one `write` for one or many records. So a process
-/// that is killed loses and tears nothing: whoever comes next finishes what it has begun. Records
-/// are written at once, unless they come within microseconds of each other: a flood is written in
-/// pieces of some kilobytes, since a system call for each record takes longer than all the rest.
-/// (Mapping the log file itself would spare the call, but shows its readers a file that ends in
-/// zeros; the rotating file of spdlog keeps its records in a buffer that dies with the process,
-/// and rotates without knowing of other processes.)
+/// A record is safe once it is in the shared memory of the set. From there it goes into the file,
+/// in order, with one `write` for one or many records. A killed process therefore neither loses nor
+/// tears a record: the next process completes the write. Records are written at once, unless they
+/// come within microseconds of each other: such a flood is written in pieces of some kilobytes,
+/// because a system call per record takes longer than all other work. (Mapping the log file itself
+/// would avoid the call, but its readers would see a file that ends in zeros; the rotating file of
+/// spdlog keeps its records in a buffer that dies with the process, and its rotation ignores other
+/// processes.)
 ///
-/// While the disk refuses, records wait in the shared memory. When that is full, they are dropped
-/// and counted, and one record of the log itself says how many, ahead of the next one written.
+/// While the disk refuses writes, records wait in the shared memory. When that is full, they are
+/// dropped and counted, and a record of the log itself reports the number before the next record.
 class SharedLog {
  public:
-  /// The name of the lines that the log writes about itself.
+  /// The function name in the records that the log writes about itself.
   static constexpr std::u16string_view kOwnName = u"QXLogger";
 
-  /// `longestWait`, in nanoseconds, is for a process that holds the set and does not run.
+  /// Opens no file yet. `longestWait`, in nanoseconds, limits the wait for a process that holds the
+  /// set but is stopped.
   SharedLog(FileApi& files, LogClock& clock, std::string folder, std::string name,
             std::int64_t longestWait = 2 * kNanosecondsPerSecond);
   ~SharedLog();
@@ -55,10 +59,10 @@ class SharedLog {
 
   const std::string& name() const { return name_; }
 
-  /// Never waits for the disk to get better, and never fails: what cannot be kept is dropped.
+  /// Appends a record, or drops it if it cannot be kept. Never waits for the disk to recover.
   Appended append(const LogLine& line, const LogLimits& limits);
 
-  /// Writes what is pending, if this process has written here before. False if that failed.
+  /// Writes the pending records if this object has appended before. Returns false if that failed.
   bool flush();
 
  private:
@@ -93,7 +97,7 @@ class SharedLog {
   const std::int64_t longestWait_;
   std::atomic<Attachment*> current_{nullptr};
   std::atomic<Attachment*> retired_{nullptr};
-  std::atomic<std::uint64_t> droppedHere_{0};  // without access to the shared state
+  std::atomic<std::uint64_t> droppedHere_{0};  // while the shared state was inaccessible
   std::atomic<int> dropErrorHere_{0};
 };
 

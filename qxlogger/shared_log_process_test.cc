@@ -1,4 +1,4 @@
-// Several processes at one file set: children of the test, some of which are killed.
+// Tests several processes that write one file set: children of the test, some of which are killed.
 
 #include "qxlogger/shared_log.h"
 #include "qxlogger/test_support.h"
@@ -24,7 +24,7 @@ namespace qx::logger {
 namespace {
 
 constexpr LogLimits kRoomy{.fileCount = 2, .fileBytes = 1 << 30};
-constexpr const char* kPadding = "some text behind it, as long as that of most records";
+constexpr const char* kPadding = "a message that is about as long as that of most records";
 
 pid_t startChild(const std::function<void()>& body) {
   const pid_t child = fork();
@@ -58,14 +58,14 @@ class LogProcesses : public testing::Test {
       log.append(line(fmt::format("{} {} {}\n", writer, i, kPadding), i % 100 != 0), limits);
     }
   }
-  // All records, from the oldest file to the newest.
+  /// Returns all records, from the oldest file to the newest.
   std::string allText() const {
     std::string all;
     for (int i = 200; i > 0; --i) all += test::contentOf(folder / fmt::format("x.{}.log", i));
     return all + test::contentOf(folder / "x.log");
   }
-  // Checks that every line is a whole record, and that each writer's stand in their order without
-  // a gap or a double; how many there are of each.
+  /// Checks that every line is a whole record, and that the records of each writer are in their
+  /// order without gaps or duplicates. Returns the number of records of each writer.
   std::map<int, int> countByWriter() const {
     std::map<int, int> counts;
     std::istringstream lines(allText());
@@ -97,7 +97,7 @@ TEST_F(LogProcesses, LoseAndTearNothingAcrossManyRotations) {
   EXPECT_GT(folder.names().size(), 40U);
 }
 
-TEST_F(LogProcesses, ThreadsOfOneProcessLoseNothingEither) {
+TEST_F(LogProcesses, LoseNothingWithSeveralThreads) {
   std::vector<std::thread> threads;
   for (int writer = 0; writer < 4; ++writer) {
     threads.emplace_back([&, writer] { writeMany(writer, 2000, {90, 16 * 1024}); });
@@ -108,7 +108,7 @@ TEST_F(LogProcesses, ThreadsOfOneProcessLoseNothingEither) {
   EXPECT_EQ(countByWriter(), expected);
 }
 
-TEST_F(LogProcesses, KeepWhatAKilledOneHadLeftPending) {
+TEST_F(LogProcesses, KeepRecordsThatAKilledOneLeftPending) {
   log.append(line("first\n", false), kRoomy);
   const pid_t child = startChild([&] {
     test::FakeClock clock;
@@ -137,7 +137,7 @@ TEST_F(LogProcesses, CompleteALineInWhichAnotherWasKilled) {
   EXPECT_EQ(allText(), "first\na record\nlast\n");
 }
 
-TEST_F(LogProcesses, WriteNothingTwiceWhenOneIsKilledRightBehindItsWrite) {
+TEST_F(LogProcesses, RepeatNoRecordIfOneIsKilledRightAfterItsWrite) {
   log.append(line("first\n", false), kRoomy);
   const pid_t child = startChild([&] {
     files.afterWrite = killSelf;
@@ -160,7 +160,7 @@ TEST_F(LogProcesses, EndTheLineOfALargeRecordInWhichOneWasKilled) {
   EXPECT_EQ(allText(), "first\nyyyy\nlast\n");
 }
 
-// The number of the rename before which the rotating process dies.
+/// The parameter is the number of the rename before which the rotating process is killed.
 class KilledRotation : public LogProcesses, public testing::WithParamInterface<int> {};
 
 TEST_P(KilledRotation, LosesNoRecord) {
@@ -186,23 +186,25 @@ TEST_P(KilledRotation, LosesNoRecord) {
 
 INSTANTIATE_TEST_SUITE_P(AtEveryRename, KilledRotation, testing::Range(1, 12));
 
-// Records between two tellings: a flood.
+// The number of records between two bytes in the pipe: a flood.
 constexpr int kGroup = 50;
 
-// A child tells after each group of records; how often it has told when it is killed.
+/// Kills a child that writes a byte into `pipe` after each group of records, once it has completed
+/// `groups` of them. Returns the number of groups that it reported in all.
 int killWhileWriting(pid_t child, int pipe, int groups) {
-  int told = 0;
+  int reported = 0;
   char byte = 0;
-  while (told < groups && read(pipe, &byte, 1) == 1) ++told;
+  while (reported < groups && read(pipe, &byte, 1) == 1) ++reported;
   kill(child, SIGKILL);
   EXPECT_TRUE(wasKilled(child));
-  while (read(pipe, &byte, 1) == 1) ++told;
-  return told;
+  while (read(pipe, &byte, 1) == 1) ++reported;
+  EXPECT_GE(reported, groups);
+  return reported;
 }
 
 TEST_F(LogProcesses, LoseNoRecordThatAKilledOneHadWritten) {
   constexpr LogLimits kSmall{.fileCount = 90, .fileBytes = 32 * 1024};
-  std::map<int, int> told;
+  std::map<int, int> reported;
   for (int writer = 0; writer < 12; ++writer) {
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
@@ -213,12 +215,12 @@ TEST_F(LogProcesses, LoseNoRecordThatAKilledOneHadWritten) {
       }
     });
     close(ends[1]);
-    told[writer] = killWhileWriting(child, ends[0], 10 + writer);
+    reported[writer] = killWhileWriting(child, ends[0], 10 + writer);
     close(ends[0]);
   }
   log.append(line(fmt::format("99 0 {}\n", kPadding), false), kSmall);
   const std::map<int, int> written = countByWriter();
-  for (const auto& [writer, count] : told) {
+  for (const auto& [writer, count] : reported) {
     EXPECT_GE(written.at(writer), count * kGroup);
     EXPECT_LE(written.at(writer), (count + 1) * kGroup);
   }

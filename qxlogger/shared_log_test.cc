@@ -23,7 +23,7 @@ class LogFiles : public testing::Test {
     return log.append({.text = text, .time = clock.wall, .processId = 42, .mayWait = false},
                       limits);
   }
-  // One that belongs to a flood, since the clock stands still.
+  /// Appends a record that belongs to a flood, because the clock does not advance.
   Appended flood(const std::string& text) {
     return log.append({.text = text, .time = clock.wall, .processId = 42, .mayWait = true}, kRoomy);
   }
@@ -34,7 +34,7 @@ class LogFiles : public testing::Test {
   void refuseWrites(int error) {
     files.onWrite = [error](std::size_t) { return std::int64_t{-error}; };
   }
-  // Appends until the shared memory is full; the number of records kept.
+  /// Appends until the shared memory is full. Returns the number of records kept.
   int fill(const std::string& text) {
     int kept = 0;
     while (append(text) != Appended::kDropped) ++kept;
@@ -48,7 +48,7 @@ class LogFiles : public testing::Test {
   SharedLog log{files, clock, folder / "sub", "x"};
 };
 
-TEST_F(LogFiles, AreMadeWithTheirFolderByTheFirstRecord) {
+TEST_F(LogFiles, AreCreatedWithTheirFolderByTheFirstRecord) {
   EXPECT_FALSE(std::filesystem::exists(folder / "sub"));
   EXPECT_EQ(append("one\n"), Appended::kWritten);
   EXPECT_EQ(append("two\n"), Appended::kWritten);
@@ -65,13 +65,13 @@ TEST_F(LogFiles, RotateAtTheirSizeAndKeepTheirCount) {
   EXPECT_EQ(rotated(3), "");
 }
 
-TEST_F(LogFiles, StartOverWhenOnlyOneIsKept) {
+TEST_F(LogFiles, AreOverwrittenIfOnlyOneIsKept) {
   for (const char* text : {"1111\n", "2222\n", "3333\n"}) append(text, {1, 10});
   EXPECT_EQ(current(), "3333\n");
   EXPECT_EQ(rotated(1), "");
 }
 
-TEST_F(LogFiles, GoWhenFewerAreToBeKept) {
+TEST_F(LogFiles, AreRemovedIfFewerAreKept) {
   for (int i = 0; i < 10; ++i) append("1111\n", {5, 5});
   EXPECT_EQ(rotated(4), "1111\n");
   append("2222\n", {2, 5});
@@ -80,7 +80,7 @@ TEST_F(LogFiles, GoWhenFewerAreToBeKept) {
   EXPECT_EQ(rotated(2) + rotated(3) + rotated(4), "");
 }
 
-TEST_F(LogFiles, TakeARecordLargerThanAFile) {
+TEST_F(LogFiles, AcceptARecordLargerThanAFile) {
   append("1\n", kTiny);
   append("a record of many letters\n", kTiny);
   append("2\n", kTiny);
@@ -89,7 +89,7 @@ TEST_F(LogFiles, TakeARecordLargerThanAFile) {
   EXPECT_EQ(current(), "2\n");
 }
 
-TEST_F(LogFiles, LoseNoFileWhenARotationIsBrokenOff) {
+TEST_F(LogFiles, LoseNoRecordIfARotationIsInterrupted) {
   for (const char* text : {"1111\n", "2222\n", "3333\n"}) append(text, {5, 5});
   int renames = 0;
   files.onRename = [&](const std::string&) { return ++renames == 2 ? -EACCES : 0; };
@@ -104,7 +104,7 @@ TEST_F(LogFiles, LoseNoFileWhenARotationIsBrokenOff) {
   EXPECT_EQ(current(), large + "\n");
 }
 
-TEST_F(LogFiles, GrowOnWhereRotationIsRefused) {
+TEST_F(LogFiles, GrowOnIfRotationFails) {
   files.onRename = [](const std::string&) { return -EACCES; };
   for (const char* text : {"1111\n", "2222\n", "3333\n"}) {
     EXPECT_EQ(append(text, {2, 5}), Appended::kWritten);
@@ -130,7 +130,7 @@ TEST_F(LogFiles, TakeALongFloodInPieces) {
   EXPECT_LT(files.writes, 20);
 }
 
-TEST_F(LogFiles, TakeWhatIsPendingTogetherWithTheNextRecordAfterAPause) {
+TEST_F(LogFiles, TakePendingRecordsWithTheNextRecordAfterAPause) {
   flood("1\n");
   EXPECT_EQ(flood("2\n"), Appended::kPending);
   clock.advance(kNanosecondsPerMillisecond);
@@ -154,7 +154,7 @@ TEST_F(LogFiles, AreWholeAfterShortAndInterruptedWrites) {
   EXPECT_EQ(current(), "one record\nanother record\n");
 }
 
-TEST_F(LogFiles, GetWhatAFullDiskRefusedOnceThereIsRoom) {
+TEST_F(LogFiles, GetTheRecordsThatAFullDiskRefusedOnceThereIsRoom) {
   append("0\n");
   refuseWrites(ENOSPC);
   EXPECT_EQ(append("1\n"), Appended::kPending);
@@ -176,7 +176,7 @@ TEST_F(LogFiles, CompleteALineThatAFullDiskCutOff) {
   EXPECT_EQ(current(), "one record\ntwo\n");
 }
 
-TEST_F(LogFiles, SayOnceHowManyRecordsWereDropped) {
+TEST_F(LogFiles, ReportTheNumberOfDroppedRecordsOnce) {
   append("first\n");
   refuseWrites(ENOSPC);
   const std::string line = std::string(1023, 'x') + "\n";
@@ -194,7 +194,7 @@ TEST_F(LogFiles, SayOnceHowManyRecordsWereDropped) {
   EXPECT_EQ(current(), expected);
 }
 
-TEST_F(LogFiles, DropRecordsInAnUnwritableFolderAndSaySoLater) {
+TEST_F(LogFiles, DropRecordsInAnUnwritableFolderAndReportItLater) {
   files.onOpen = [](const std::string&) { return -EACCES; };
   EXPECT_EQ(append("1\n"), Appended::kDropped);
   EXPECT_EQ(append("2\n"), Appended::kDropped);
@@ -206,7 +206,7 @@ TEST_F(LogFiles, DropRecordsInAnUnwritableFolderAndSaySoLater) {
             "Records dropped: 2 (Permission denied)\n3\n");
 }
 
-TEST_F(LogFiles, KeepRecordsWhileOnlyTheFileCannotBeOpened) {
+TEST_F(LogFiles, KeepRecordsPendingWhileTheFileCannotBeOpened) {
   files.onOpen = [](const std::string& path) { return path.ends_with(".log") ? -EACCES : 0; };
   EXPECT_EQ(append("1\n"), Appended::kPending);
   files.onOpen = nullptr;
@@ -214,7 +214,7 @@ TEST_F(LogFiles, KeepRecordsWhileOnlyTheFileCannotBeOpened) {
   EXPECT_EQ(current(), "1\n2\n");
 }
 
-TEST_F(LogFiles, DropRecordsWhileAnotherProcessHoldsThemAndDoesNotRun) {
+TEST_F(LogFiles, DropRecordsWhileAStoppedProcessHoldsTheLock) {
   append("1\n");
   SharedLog impatient(files, clock, folder / "sub", "x", 0);
   const auto appendThere = [&](const char* text) {
@@ -239,7 +239,7 @@ TEST_F(LogFiles, DropRecordsOfAUserWithoutFolders) {
   EXPECT_EQ(homeless.append({.text = "1\n"}, kRoomy), Appended::kDropped);
 }
 
-TEST_F(LogFiles, TakeARecordLargerThanTheSharedMemory) {
+TEST_F(LogFiles, AcceptARecordLargerThanTheSharedMemory) {
   const std::string large = std::string(100'000, 'y') + "\n";
   flood("1\n");
   flood("2\n");
@@ -248,7 +248,7 @@ TEST_F(LogFiles, TakeARecordLargerThanTheSharedMemory) {
   EXPECT_EQ(current(), "1\n2\n" + large + "3\n");
 }
 
-TEST_F(LogFiles, HoldNoPartOfALargeRecordThatFailed) {
+TEST_F(LogFiles, ContainNoPartOfALargeRecordThatFailed) {
   const std::string large = std::string(100'000, 'y') + "\n";
   append("1\n");
   int call = 0;
@@ -260,7 +260,7 @@ TEST_F(LogFiles, HoldNoPartOfALargeRecordThatFailed) {
   EXPECT_TRUE(current().ends_with("\tRecords dropped: 1 (No space left on device)\n2\n"));
 }
 
-TEST_F(LogFiles, EndTheLineOfALargeRecordThatCannotBeTakenBack) {
+TEST_F(LogFiles, EndTheLineOfALargeRecordThatCannotBeCutOff) {
   append("1\n");
   int call = 0;
   files.onWrite = [&](std::size_t) { return ++call == 1 ? std::int64_t{3} : -EIO; };
@@ -273,7 +273,7 @@ TEST_F(LogFiles, EndTheLineOfALargeRecordThatCannotBeTakenBack) {
   EXPECT_TRUE(text.ends_with("Records dropped: 1 (Input/output error)\n2\n")) << text;
 }
 
-TEST_F(LogFiles, ComeBackWhenSomebodyRemovesThem) {
+TEST_F(LogFiles, AreCreatedAgainIfRemoved) {
   append("1\n");
   std::filesystem::remove(folder / "sub/x.log");
   clock.advance(kNanosecondsPerSecond);
@@ -281,7 +281,7 @@ TEST_F(LogFiles, ComeBackWhenSomebodyRemovesThem) {
   EXPECT_EQ(current(), "2\n");
 }
 
-TEST_F(LogFiles, ComeBackWhenSomebodyRemovesTheWholeFolder) {
+TEST_F(LogFiles, AreCreatedAgainIfTheirFolderIsRemoved) {
   append("1\n");
   std::filesystem::remove_all(folder / "sub");
   clock.advance(kNanosecondsPerSecond);
@@ -290,7 +290,7 @@ TEST_F(LogFiles, ComeBackWhenSomebodyRemovesTheWholeFolder) {
   EXPECT_EQ(current(), "2\n3\n");
 }
 
-TEST_F(LogFiles, CountTheirSizeAnewWhenSomebodyEmptiesThem) {
+TEST_F(LogFiles, StartFromSizeZeroIfEmptied) {
   append("1111\n2222\n");
   test::writeText(folder / "sub/x.log", "");
   clock.advance(kNanosecondsPerSecond);
@@ -308,21 +308,21 @@ TEST_F(LogFiles, AreSharedByTwoWriters) {
   EXPECT_EQ(current() + rotated(1) + rotated(2), "a\nb\na\nb\na\nb\n");
 }
 
-TEST_F(LogFiles, WithEndingsNobodyWroteGetALineEndFirst) {
+TEST_F(LogFiles, GetALineEndAfterATornLine) {
   std::filesystem::create_directory(folder / "sub");
   test::writeText(folder / "sub/x.log", "torn by a power fail");
   append("1\n");
   EXPECT_EQ(current(), "torn by a power fail\n1\n");
 }
 
-TEST_F(LogFiles, SurviveSharedMemoryFullOfRubbish) {
+TEST_F(LogFiles, SurviveCorruptSharedMemory) {
   std::filesystem::create_directory(folder / "sub");
   test::writeText(folder / "sub/.x.sync1", std::string(70'000, '\xA5'));
   EXPECT_EQ(append("1\n"), Appended::kWritten);
   EXPECT_EQ(current(), "1\n");
 }
 
-TEST_F(LogFiles, GoOnWhereAnEarlierProcessHasEnded) {
+TEST_F(LogFiles, ContinueAfterAnEarlierProcessHasEnded) {
   {
     SharedLog earlier(files, clock, folder / "sub", "x");
     earlier.append({.text = "1\n", .time = clock.wall, .mayWait = true}, kRoomy);

@@ -12,11 +12,11 @@
 
 namespace qx::logger {
 
-// Frozen, see the class comment.
+// Frozen, as the class comment says.
 struct SharedRegion::Layout {
   std::atomic<std::uint64_t> magic;
   std::atomic<std::uint32_t> needsRecovery;
-  std::atomic<std::uint32_t> valid;  // which of the two states
+  std::atomic<std::uint32_t> valid;  // the index of the valid state
   pthread_mutex_t mutex;
   SharedState states[2];
   char pending[kPendingCapacity];
@@ -26,16 +26,11 @@ namespace {
 
 constexpr std::uint64_t kMagic = 0x31474F4C58510A1A;
 constexpr std::int64_t kSecond = 1'000'000'000;
+// Only a process that is killed between locking and preparing causes another attempt.
 constexpr int kAttempts = 100;
 
-int lockFile(int file, int operation) {
-  while (::flock(file, operation) != 0) {
-    if (errno != EINTR) return -errno;
-  }
-  return 0;
-}
-
-// With the room taken on the disk, a full disk cannot hit a store into the mapping.
+// Allocates the space on the disk: a store into a hole of the mapping would end the process by
+// SIGBUS when the disk is full.
 int makeRoom(FileApi& files, int file, std::size_t size) {
   FileInfo info;
   if (const int error = files.info(file, info); error < 0) return error;
@@ -43,6 +38,7 @@ int makeRoom(FileApi& files, int file, std::size_t size) {
   return info.size >= length ? 0 : -posix_fallocate(file, 0, length);
 }
 
+// Robust: after the death of its owner, locking returns EOWNERDEAD instead of blocking for ever.
 int makeMutex(pthread_mutex_t& mutex) {
   pthread_mutexattr_t attributes;
   int error = pthread_mutexattr_init(&attributes);
@@ -54,6 +50,7 @@ int makeMutex(pthread_mutex_t& mutex) {
   return -error;
 }
 
+// Rejects the content of a file that a power failure or another program has damaged.
 template <typename Layout>
 bool isSane(const Layout& layout) {
   if (layout.magic != kMagic || layout.valid > 1) return false;
@@ -62,7 +59,8 @@ bool isSane(const Layout& layout) {
   return state.end == 0 || layout.pending[state.end - 1] == '\n';
 }
 
-// The one process that has the file: keeps what an earlier one has left pending.
+// The caller holds the exclusive lock, so no other process uses the region. Keeps the records that
+// an earlier one left pending. The magic number is last, so that it also marks the mutex as usable.
 template <typename Layout>
 int prepare(Layout& layout) {
   if (!isSane(layout)) {
@@ -75,15 +73,16 @@ int prepare(Layout& layout) {
   return error;
 }
 
-// Leaves the file locked in shared mode, which it stays for the life of the descriptor, so that
-// nobody prepares it again while it is in use.
+// Leaves the file locked in shared mode for the life of the descriptor, so that no process prepares
+// it again while it is in use.
 template <typename Layout>
 int enter(int file, Layout& layout) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (lockFile(file, LOCK_EX | LOCK_NB) == 0) {
       if (const int error = prepare(layout); error < 0) return error;
     }
-    // Changing the mode may let another process in between, which then prepares it too.
+    // Changing the mode is not atomic: another process may lock the file in between and prepare it
+    // too, which does no harm as this one has not used it yet.
     if (const int error = lockFile(file, LOCK_SH); error < 0) return error;
     if (layout.magic == kMagic) return 0;
   }
@@ -117,6 +116,7 @@ SharedRegion::SharedRegion(FileApi& files, OpenFile file, Layout* layout, std::i
 
 SharedRegion::~SharedRegion() { ::munmap(layout_, sizeof(Layout)); }
 
+// Tries without a time limit first, so that the usual case reads no clock.
 SharedRegion::Lock SharedRegion::lock() {
   switch (pthread_mutex_trylock(&layout_->mutex)) {
     case 0:
@@ -132,6 +132,7 @@ SharedRegion::Lock SharedRegion::lock() {
 }
 
 SharedRegion::Lock SharedRegion::waitForLock() {
+  // The monotonic clock, because setting the time of day must not prolong the wait.
   timespec until{};
   clock_gettime(CLOCK_MONOTONIC, &until);
   const std::int64_t end = until.tv_nsec + longestWait_;
@@ -158,6 +159,8 @@ const SharedState& SharedRegion::state() const {
   return layout_->states[layout_->valid.load(std::memory_order_relaxed) & 1];
 }
 
+// The release order makes the state visible before the index that points to it. Not even a kill
+// between the two stores leaves a mixed state.
 void SharedRegion::commit(const SharedState& next) {
   const std::uint32_t other = 1 - (layout_->valid.load(std::memory_order_relaxed) & 1);
   layout_->states[other] = next;

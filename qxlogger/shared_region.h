@@ -1,5 +1,7 @@
 #pragma once
 
+// The memory that processes writing the same log files share.
+
 #include "qxlogger/file_api.h"
 
 #include <pthread.h>
@@ -11,12 +13,12 @@
 
 namespace qx::logger {
 
-/// What all processes that write one file set know together.
+/// The state of one file set that all its writers share. Times are in nanoseconds, wall clock.
 struct SharedState {
-  std::uint64_t generation = 0;  ///< raised whenever the current file is another one
+  std::uint64_t generation = 0;  ///< raised whenever another file becomes the current one
   std::int64_t fileSize = 0;     ///< of the current file
-  std::int64_t rotateAt = 0;     ///< no rotation below this size; set where one has failed
-  std::int64_t lastRecord = 0;   ///< when the last record was done with, wall clock
+  std::int64_t rotateAt = 0;     ///< no rotation below this size; set after one has failed
+  std::int64_t lastRecord = 0;   ///< the time at which the last record was finished
   std::uint64_t dropped = 0;     ///< records lost since the last one that was written
   std::int32_t dropError = 0;    ///< `errno` of the first of them
   std::uint32_t start = 0;       ///< pending bytes: those from `start` up to `end`
@@ -25,42 +27,48 @@ struct SharedState {
 
 /// Memory that all processes writing one file set share, with its lock: a small file, mapped.
 ///
-/// Two things make it proof against a process that is killed at any instruction. The lock tells
-/// its next owner when an owner has died. And the state has two copies, of which one store says
-/// which is valid, so that it is always a state that somebody has wanted. The first process to
-/// open the file makes the lock anew, since one that was held at a power failure would stay held.
-/// The layout of the mapping is frozen: processes of different builds share it. Another layout
+/// Two things protect it against a process that is killed at any instruction. The lock reports to
+/// its next owner that an owner has died. And the state has two copies and a single number that
+/// says which one is valid, so a commit is never half done. The first process to open the file
+/// initialises the lock, because a lock that was held at a power failure would remain held. The
+/// layout of the mapping is frozen, because processes of different builds share it: another layout
 /// needs another file name.
 class SharedRegion {
  public:
+  /// The size of the buffer for pending records, in bytes.
   static constexpr std::uint32_t kPendingCapacity = 60 * 1024;
 
+  /// The result of lock(): held, held after an owner has died, or not held.
   enum class Lock { kHeld, kHeldAfterDeath, kFailed };
 
+  /// The limit of lock()'s wait unless another is given, in nanoseconds.
   static constexpr std::int64_t kLongestWait = 2'000'000'000;
 
-  /// Null, with the `errno`, where the file cannot be made, sized, locked or mapped. The wait, in
-  /// nanoseconds, is that of lock().
+  /// Opens or creates the region at `path`. Returns null, and the `errno` in `error`, if the file
+  /// cannot be created, sized, locked or mapped. `longestWait`, in nanoseconds, limits lock().
   static std::unique_ptr<SharedRegion> open(FileApi& files, const std::string& path, int& error,
                                             std::int64_t longestWait = kLongestWait);
   ~SharedRegion();
   SharedRegion(const SharedRegion&) = delete;
   SharedRegion& operator=(const SharedRegion&) = delete;
 
-  /// Waits only so long for a process that holds the lock and does not run, and not at all once it
-  /// has waited in vain, until it gets the lock again.
+  /// Locks the region. Waits for at most the limit, because the owner may be a stopped process;
+  /// after a wait that failed, fails at once until the lock is free again.
   Lock lock();
   void unlock();
 
-  // The rest is for the holder of the lock.
+  // The remaining operations require the lock.
 
+  /// Returns the valid state, which the next commit() does not change but the one after it does.
   const SharedState& state() const;
+  /// Replaces the state in one step.
   void commit(const SharedState& next);
+  /// Returns the buffer of kPendingCapacity bytes.
   char* pending();
-  /// Set until the state has been compared with the log file, after a crash.
+  /// True after a crash, until the state has been compared with the log file.
   bool needsRecovery() const;
   void setNeedsRecovery(bool needs);
-  /// Whether `path` still is the file of this region.
+  /// True if `path` still names the file of this region.
   bool isFileAt(const std::string& path) const;
 
  private:

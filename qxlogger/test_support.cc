@@ -26,7 +26,7 @@ int FaultyFiles::truncate(int file, std::int64_t size) {
 }
 
 int FaultyFiles::info(const std::string& path, FileInfo& info) {
-  ++looks;
+  ++pathInfos;
   return real_.info(path, info);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of this folder hand in: a clock that stands still, a disk that fails on demand,
-// and a folder that goes away.
+// A clock that advances only on demand, a disk that fails on demand, and a temporary folder, for
+// this folder's tests.
 
 #include "qxlogger/file_api.h"
 #include "qxlogger/log_clock.h"
@@ -24,6 +24,7 @@ using qx::test::ScopedVariable;
 /// 2024-02-29 12:34:56.789012 UTC.
 inline constexpr std::int64_t kLeapDay = 1'709'210'096'789'012'000;
 
+/// A clock that advances only by advance().
 class FakeClock final : public LogClock {
  public:
   std::int64_t coarseNanoseconds() override { return coarse; }
@@ -37,19 +38,20 @@ class FakeClock final : public LogClock {
   std::int64_t wall = kLeapDay;
 };
 
-/// The real disk, but for the faults that a test asks for.
+/// The real disk, with the faults that a test asks for.
 class FaultyFiles final : public FileApi {
  public:
-  /// Called with the size of the next write: what it returns instead of writing, or, if positive,
-  /// how many bytes are really written.
+  /// Called with the size of each write. Returns 0 or below to replace the write by that result, or
+  /// the greatest number of bytes to write.
   std::function<std::int64_t(std::size_t)> onWrite;
+  /// Called after each write that was not replaced.
   std::function<void()> afterWrite;
-  /// Called with the path: below 0 the open fails with it.
+  /// Called with the path, or the old path, before the operation. A result below 0 replaces it.
   std::function<int(const std::string&)> onOpen;
   std::function<int(const std::string&)> onRename;
   std::function<int()> onTruncate;
-  int writes = 0;
-  int looks = 0;  // at a path
+  int writes = 0;     ///< calls of write() so far
+  int pathInfos = 0;  ///< calls of info() with a path so far
 
   int open(const std::string& path, int flags) override;
   int close(int file) override { return real_.close(file); }
@@ -69,15 +71,18 @@ class FaultyFiles final : public FileApi {
   FileApi& real_ = FileApi::system();
 };
 
+/// A temporary folder whose files are listed by name.
 class TemporaryFolder : public qx::test::TempFolder {
  public:
+  /// Returns the path of a file in it.
   std::string operator/(const std::string& name) const { return file(name); }
-  /// The names in it that do not begin with a dot, sorted.
+  /// Returns the names in it that do not begin with a dot, sorted.
   std::vector<std::string> names() const;
 };
 
-/// The whole text of a file, empty if there is none.
+/// Returns the whole content of a file, an empty text if there is none.
 std::string contentOf(const std::string& path);
+/// Replaces the content of a file.
 void writeText(const std::string& path, const std::string& text);
 
 }  // namespace qx::logger::test

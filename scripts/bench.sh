@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Builds the release preset and runs every program in bench/. Each comparison prints one line
-# "ratio NAME R": our time over the peer's from the same run, lower is better.
+# "ratio NAME R": our time divided by the peer's in the same run; lower is better.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh bench
-scripts/fetch_libmpdec.sh build/release || echo "bench.sh: going on without libmpdec" >&2
+scripts/fetch_libmpdec.sh build/release || echo "bench.sh: continuing without libmpdec" >&2
 cmake --preset release -DQX_BUILD_TESTS=OFF -DQX_BUILD_FUZZERS=OFF >/dev/null
 cmake --build --preset release
+# Settings, logs and locks of their own, so that the user's stay unchanged.
 state=$(mktemp -d)
 trap 'rm -rf "$state"' EXIT
 export QX_REGISTRY="$PWD/build/release/registry.toml"

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Builds the framework and its stand-in host and runs the main job: an add-on connects, gets its
-# tables, its menu and its events, and quits.
+# Builds the framework and its stand-in host and demonstrates an add-on: it connects, creates its
+# tables, adds its menu, handles events and quits.
 #
 #   scripts/demo.sh [--check] [--engine mssql|sybase|db2|kordb]
 #
-# --check verifies what happened and exits 0 or 1; nothing is asked either way.
+# --check verifies the result and exits with 0 or 1. The script asks no questions.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -21,7 +21,7 @@ done
 case "$engine" in
   mssql | sybase | kordb) version_table=@QXEXTDBVERSION ;;
   db2) version_table=@QXEXTDBV ;;
-  *) echo "demo.sh: there is no engine '$engine'; use mssql, sybase, db2 or kordb" >&2; exit 2 ;;
+  *) echo "demo.sh: unknown engine '$engine'; use mssql, sybase, db2 or kordb" >&2; exit 2 ;;
 esac
 
 scripts/setup.sh
@@ -37,7 +37,7 @@ mkdir -p "$QX_RUNTIME_DIR" "$QX_LOG_DIR"
 printf 'level = 6\nfile_size_mb = 10\n' >"$QX_LOG_SETTINGS" # the full trace
 log="$QX_LOG_DIR/HELLO.log"
 
-# What the user does, and what is looked at before, during and after.
+# The actions of the user, and the states to print before, during and after them.
 cat >"$place/play.txt" <<'PLAY'
 say -- the menu before the add-on has started:
 print menus
@@ -57,7 +57,7 @@ print menus
 PLAY
 
 failed=0
-verify() { # verify WHAT COMMAND...: says whether it holds
+verify() { # verify WHAT COMMAND...: reports "ok" if the command succeeds
   local what=$1
   shift
   if "$@" >/dev/null; then
@@ -67,7 +67,8 @@ verify() { # verify WHAT COMMAND...: says whether it holds
     failed=1
   fi
 }
-run() { # run NAME: one start of the add-on; its log and output go to NAME.log and NAME.out
+run() { # run NAME TITLE: starts the add-on once and keeps its log and output in NAME.log, NAME.out
+  # So that the log has the records of this start only.
   rm -f "$QX_LOG_DIR"/HELLO.log
   echo
   echo "== $2"
@@ -77,7 +78,7 @@ run() { # run NAME: one start of the add-on; its log and output go to NAME.log a
 }
 logged() { grep -qF -- "$2" "$place/$1.log"; }
 printed() { grep -qF -- "$2" "$place/$1.out"; }
-menu_is_back() { # the menu printed first is the menu printed last
+menu_is_back() { # compares the first printed menu with the last
   local lines
   lines=$(sed -n '2,/"Add-Ons"/p' "$place/$1.out")
   [ "$lines" = "$(tail -n "$(wc -l <<<"$lines")" "$place/$1.out")" ]
@@ -94,6 +95,7 @@ version_rows >"$place/second.rows"
 
 echo
 echo "== What happened"
+# A missing line is reported below and must not end the script here.
 found() { grep "$@" | head -1 || true; }
 echo "host version: $(found -oF 'Current version of UI API is 9.20' "$place/first.log")"
 echo "tables created on the first start:"
@@ -117,7 +119,7 @@ verify "the second start created nothing" test -z "$(grep -o "Table '.*' created
 verify "the version table has the add-on's row" grep -qE 'HELLO \| 1\.00\.00\.00 \| 00 \| Installed' "$place/second.rows"
 verify "the second start left the version table alone" cmp "$place/first.rows" "$place/second.rows"
 verify "the menu got the common entry" printed second '  QX_551 "Halvex Add-On Log Settings"'
-verify "the menu was as before in the end" menu_is_back second
+verify "the menu is the same at the end as at the start" menu_is_back second
 verify "the item event reached its form, and the veto the host" printed second 'pressed item 1 of form F_1: vetoed by the add-on'
 verify "without the veto the host went on" grep -qx 'pressed item 1 of form F_1' "$place/second.out"
 verify "the log was written" test -s "$place/second.log"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds libmpdec, the decimal library that money_bench compares with, as a static library in
-# BUILD/third_party/libmpdec. Debian has no package of it, but its source stands in that of
-# python3.11, which comes through apt with the archive's signatures. A second run does nothing.
+# BUILD/third_party/libmpdec. Debian has no package of it, but its source is part of that of
+# python3.11, which apt downloads and checks by the archive's signatures. A second run does nothing.
 #
 #   scripts/fetch_libmpdec.sh [BUILD]       BUILD is this repository's build/release unless given
 set -euo pipefail
@@ -13,19 +13,20 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/lists/partial" "$work/source" "$work/objects"
 echo "deb-src http://deb.debian.org/debian bookworm main" > "$work/sources.list"
-# Lists of its own, so that the machine's package sources stay as they are.
+# With package lists of its own, so that the machine's package sources do not change.
 apt=(apt-get -qq -o "Dir::Etc::sourcelist=$work/sources.list" -o "Dir::Etc::sourceparts=-"
   -o "Dir::State::lists=$work/lists" -o "APT::Sandbox::User=$(id -un)" -o "Debug::NoLocking=1"
   -o "Dir::Cache::pkgcache=" -o "Dir::Cache::srcpkgcache=")
 "${apt[@]}" update
 if ! (cd "$work/source" && "${apt[@]}" source --download-only python3.11); then
-  echo "fetch_libmpdec.sh: the archive gave no source package python3.11" >&2
+  echo "fetch_libmpdec.sh: the archive has no source package python3.11" >&2
   exit 1
 fi
 tar -xzf "$work"/source/python3.11_*.orig.tar.gz -C "$work" --strip-components=3 --wildcards \
   '*/Modules/_decimal/libmpdec/*'
 
-# The library's own choice for each kind of machine, kept beside the header that asks for it.
+# The configuration that the library itself would choose. The header is installed too, because
+# mpdecimal.h includes it.
 {
   echo "#define CONFIG_64 1"
   if [ "$(uname -m)" = x86_64 ]; then
@@ -43,6 +44,7 @@ for source in "$work"/libmpdec/*.c; do
 done
 mkdir -p "$target/include"
 cp "$work"/libmpdec/{mpdecimal.h,pyconfig.h} "$target/include/"
+# Moved into place only when it is complete, because its presence ends the next run at once.
 rm -f "$work/libmpdec.a"
 ar rcs "$work/libmpdec.a" "$work"/objects/*.o
 mv "$work/libmpdec.a" "$target/libmpdec.a"

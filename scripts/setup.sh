@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that the build, the tests and the demo need, and nothing else. What is
-# there already is left alone, so that a second run needs no network and no rights.
+# Installs the Debian packages that the build, the tests and the demo need. Installed packages are
+# not touched, so a second run needs neither network nor root.
 set -euo pipefail
 
 packages=(
@@ -10,12 +10,12 @@ packages=(
   libgtest-dev libgmock-dev
   sqlite3 postgresql-15 libsqliteodbc
 )
-# Asked for by name: scripts/setup.sh bench clang
+# Optional groups by name: scripts/setup.sh bench clang
 for extra in "$@"; do
   case "$extra" in
     bench) packages+=(libspdlog-dev libsoci-dev libboost-dev) ;;
     clang) packages+=(clang libclang-rt-14-dev clang-format clang-tidy) ;;
-    *) echo "setup.sh: there is no group '$extra'; use 'bench' or 'clang'" >&2; exit 2 ;;
+    *) echo "setup.sh: unknown group '$extra'; use 'bench' or 'clang'" >&2; exit 2 ;;
   esac
 done
 
@@ -35,8 +35,8 @@ if [ "$(id -u)" -ne 0 ]; then
   as_root=(sudo)
 fi
 echo "Installing: ${missing[*]}"
-# The tests start a server of their own. On a machine without PostgreSQL its package would make and
-# run another one, so it is told not to; what a machine has already stays as it is.
+# The tests start a server of their own. Without PostgreSQL on the machine, its package would create
+# and start another one; this setting prevents that. Existing settings are not changed.
 if [[ " ${missing[*]} " == *" postgresql-15 "* ]] && [ ! -e /etc/postgresql-common ]; then
   "${as_root[@]}" mkdir -p /etc/postgresql-common
   echo "create_main_cluster = false" |

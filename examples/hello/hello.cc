@@ -1,5 +1,5 @@
-// The smallest useful add-on: it gives the company a table of its own, greets in the status bar,
-// and watches the order forms of the client: an order without a customer cannot be confirmed.
+// The smallest useful add-on: it creates a table of its own in the company, greets in the status
+// bar, and checks the order forms of the client: an order without a customer cannot be confirmed.
 
 #include "qxframework/qxframework.h"
 
@@ -11,7 +11,7 @@ namespace {
 // The client's order form, its OK button and the field with the customer.
 constexpr OLECHAR kOrderType[] = u"3101", kOkButton[] = u"1", kCustomer[] = u"4";
 
-// Stands for one order form of the client and gets its events.
+// Represents one order form of the client and receives its events.
 class OrderForm : public CQXAddOnForm {
   DECLARE_XML_FORM_EX(u"HELLO", -1, u"HELLO")
  public:
@@ -29,7 +29,7 @@ class OrderForm : public CQXAddOnForm {
   }
 };
 
-// Gets the events that no form has taken.
+// Receives the events that no form has handled.
 class Handler : public CQXIDispatch {
  public:
   explicit Handler(CQXAddOn* addOn) : m_AddOn(addOn) {}
@@ -52,11 +52,11 @@ class Handler : public CQXIDispatch {
     auto form = std::make_unique<OrderForm>(m_AddOn);
     form->PutCompany(m_Company);
     form->InitForm(m_App, m_App->GetForms()->GetFormByUID(event->GetFormUID()));
-    form.release();  // now the event sink's, which deletes it with the client's form
+    form.release();  // the event sink owns it now and deletes it with the client's form
     return S_OK;
   }
   long OnChangeCompany(ICompany* company) override { return m_Company = company, S_OK; }
-  // Nothing to do for the rest.
+  // The other events need no reaction.
   long OnReservedEvent() override { return S_OK; }
   long OnMenuEvent(IMenuEvent*, short*) override { return S_OK; }
   long OnChangeLanguage() override { return S_OK; }

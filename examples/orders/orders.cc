@@ -1,6 +1,6 @@
-// Keeps orders in a table of its own: a record, the proxy that carries it between the program and
-// the table, and what an add-on does with them. It takes two orders in, adds to one of them in a
-// transaction, and tells what there is in the status bar.
+// Keeps orders in a table of its own: a record, the proxy that moves it between the program and the
+// table, and an add-on that uses both. It adds two orders, raises the amount of one of them in a
+// transaction, and shows a summary in the status bar.
 
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"
@@ -24,14 +24,14 @@ struct Order : CQXValueContainer {
   CQXCurrency total;
 };
 
-// The orders of the table, under their numbers.
+// The orders of the table, by their numbers.
 class Orders : public Persistence::CQXPersistentCollectionProxy {
  public:
   explicit Orders(const CComPtr<ICompany>& company) {
     Connect(company, u"@ORDERS", true);
-    SetKeysOnly(false);  // the first query brings whole rows
+    SetKeysOnly(false);  // the first query reads whole rows, not only their keys
   }
-  // From here on the orders can be stepped through, newest first.
+  // Runs the query; after it First() and Next() step through the orders, newest first.
   void Open() {
     SetSortFields({CQXPersistenceSortField(u"U_Day", Persistence::so_Descending)});
     Load({u"U_No"}, {});
@@ -41,8 +41,9 @@ class Orders : public Persistence::CQXPersistentCollectionProxy {
     key.Add(u"U_No", number);
     return key;
   }
-  // From a row to the record, and from the record to what is written. The framework gives new rows
-  // their "Code" and "Name". A date that is null or invalid keeps its last number: 0 is none.
+  // The next two functions convert a row to the record, and the record to the values to write. The
+  // framework sets "Code" and "Name" of new rows. An invalid date keeps its last number, so 0 is
+  // written in its place.
   void MapToContainer(const TyFieldValues& row, CQXValueContainer& container) override {
     auto& order = static_cast<Order&>(container);
     order.number = GetValue(row, u"U_No").bstrVal;
@@ -65,7 +66,7 @@ void takeIn(const CComPtr<ICompany>& company, const Order& order) {
   if (!orders.Exists(Orders::Key(order.number))) orders.Add(order);
 }
 
-// All of it or nothing.
+// Changes the order completely or not at all.
 void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {
   company->StartTransaction();
   try {
@@ -94,7 +95,7 @@ std::u16string summary(const CComPtr<ICompany>& company) {
                     sum.ToString(), newest);
 }
 
-// Gets the events of the client; all but the first are of no interest here.
+// Receives the events of the client and uses the first one only.
 class Handler : public CQXIDispatch {
  public:
   explicit Handler(CQXAddOn* addOn) : m_AddOn(addOn) {}

@@ -1,4 +1,4 @@
-// Feeds arbitrary bytes to the reader of module files, as a file and as an image of resources.
+// Passes arbitrary bytes to the reader of module files, as a file and as an image of resources.
 
 #include "qxframework/os/elf_resources.h"
 #include "qxframework/os/resource_image.h"
@@ -13,12 +13,12 @@
 
 namespace {
 
+// Aborts, which the fuzzer reports, if a range outside the input is read.
 class MemorySource : public qx::ByteSource {
  public:
   explicit MemorySource(std::span<const std::byte> bytes) : bytes_(bytes) {}
   std::uint64_t size() const override { return bytes_.size(); }
   bool read(std::uint64_t offset, std::span<std::byte> out) const override {
-    // Callers check the range before they read.
     if (offset > bytes_.size() || out.size() > bytes_.size() - offset) std::abort();
     std::ranges::copy(bytes_.subspan(offset, out.size()), out.begin());
     return true;
@@ -28,7 +28,7 @@ class MemorySource : public qx::ByteSource {
   std::span<const std::byte> bytes_;
 };
 
-/// Touches everything that a look-up hands out.
+// Reads every byte that a look-up returns, so that the sanitizer notices one outside the image.
 std::size_t sum(std::span<const std::byte> bytes) {
   std::size_t total = 0;
   for (const std::byte byte : bytes) total += std::to_integer<std::size_t>(byte);
@@ -50,6 +50,7 @@ void lookUpEverything(const qx::ResourceImage& image) {
   std::int64_t last = -1;
   for (auto language = image.nextStringLanguage(last); language;
        language = image.nextStringLanguage(last)) {
+    // Languages must ascend even in a damaged table, or a walk over them would not end.
     if (*language <= last) std::abort();
     last = *language;
     for (const std::uint32_t id : {0U, 1U, 202U}) {
@@ -70,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (const auto section = qx::readResourceSection(MemorySource(bytes))) {
     if (const auto image = qx::ResourceImage::open(*section)) lookUpEverything(*image);
   }
-  // A copy, for its alignment and so that reading past the end is noticed.
+  // In a copy, which is aligned and whose end the sanitizer knows.
   const std::vector<std::byte> copy(bytes.begin(), bytes.end());
   if (const auto image = qx::ResourceImage::open(copy)) lookUpEverything(*image);
   return 0;

@@ -17,13 +17,13 @@ class SystemClock : public Clock {
   }
 };
 
-/// Null stands for the machine's clock.
+// Null means the machine's clock.
 std::atomic<Clock*> g_current{nullptr};
 
 }  // namespace
 
 Clock& systemClock() {
-  // Never destroyed: it is asked until the very end of the process.
+  // Never destroyed, because destructors of statics and ending threads still read the time.
   static auto* clock = new SystemClock;
   return *clock;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Time and waiting, as the framework sees them. Code that waits asks the current clock, so that a
-// test can put one in its place whose time passes without waiting.
+// Time and waiting. Code that reads the time or waits uses the current clock, so that a test can
+// replace it by a clock whose time passes without waiting.
 
 #include "qxframework/automation/export.h"
 
@@ -9,28 +9,29 @@
 
 namespace qx {
 
+/// A source of time, and a way to wait.
 class Clock {
  public:
   virtual ~Clock() = default;
-  /// The time of day; it may be set forth and back.
+  /// Returns the time of day. It jumps when the machine's clock is set.
   virtual std::chrono::system_clock::time_point now() = 0;
-  /// A time that only moves forward, for distances.
+  /// Returns a time that never goes back, for measuring intervals.
   virtual std::chrono::steady_clock::time_point monotonic() = 0;
-  /// Blocks the calling thread; nothing or less returns at once.
+  /// Blocks the calling thread. Returns at once if `duration` is zero or negative.
   virtual void sleepFor(std::chrono::milliseconds duration) = 0;
 };
 
-/// The machine's clock.
+/// Returns the machine's clock, which lives as long as the process.
 QX_API Clock& systemClock();
 
-/// The clock of this process: the machine's, unless another one was set.
+/// Returns the clock of this process: the machine's, unless another one was set.
 QX_API Clock& currentClock();
 
-/// Makes `clock` the current one, null the machine's; it must live until another one is set. The
-/// result is the clock before.
+/// Makes `clock`, or the machine's clock if it is null, the current one and returns the previous
+/// one. `clock` must live until another one is set.
 QX_API Clock& setCurrentClock(Clock* clock);
 
-/// A clock that stands still until it is moved; waiting moves it at once. For tests.
+/// A clock for tests. It advances only by advance() and by sleepFor(), which returns at once.
 class ManualClock : public Clock {
  public:
   explicit ManualClock(std::chrono::system_clock::time_point start = {}) : now_(start) {}
@@ -48,7 +49,7 @@ class ManualClock : public Clock {
   }
   /// Sets the time of day without any time passing.
   void setNow(std::chrono::system_clock::time_point now) { now_ = now; }
-  /// How often it was waited.
+  /// Returns the number of calls of sleepFor() so far.
   int sleeps() const { return sleeps_; }
 
  private:
@@ -57,7 +58,7 @@ class ManualClock : public Clock {
   int sleeps_ = 0;
 };
 
-/// Makes a clock the current one for as long as this object lives.
+/// Makes a clock the current one while this object lives, then restores the previous one.
 class ScopedClock {
  public:
   explicit ScopedClock(Clock& clock) : before_(setCurrentClock(&clock)) {}

@@ -7,21 +7,21 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(Clock, TheCurrentOneIsTheMachinesAtFirst) { EXPECT_EQ(&currentClock(), &systemClock()); }
+TEST(Clock, CurrentClockIsTheSystemClockByDefault) { EXPECT_EQ(&currentClock(), &systemClock()); }
 
-TEST(Clock, TheMachinesMonotonicTimeDoesNotGoBack) {
+TEST(Clock, MonotonicTimeDoesNotGoBack) {
   const auto first = systemClock().monotonic();
   EXPECT_GE(systemClock().monotonic(), first);
 }
 
-TEST(Clock, TheMachinesSleepTakesAtLeastItsTime) {
+TEST(Clock, SleepTakesAtLeastItsDuration) {
   const auto first = systemClock().monotonic();
   systemClock().sleepFor(milliseconds(1));
   EXPECT_GE(systemClock().monotonic() - first, milliseconds(1));
   systemClock().sleepFor(milliseconds(-1));
 }
 
-TEST(Clock, AScopeReplacesTheCurrentOneAndPutsItBack) {
+TEST(Clock, ScopeReplacesTheCurrentClockAndRestoresIt) {
   ManualClock outer;
   const ScopedClock outerScope(outer);
   {
@@ -32,14 +32,14 @@ TEST(Clock, AScopeReplacesTheCurrentOneAndPutsItBack) {
   EXPECT_EQ(&currentClock(), &outer);
 }
 
-TEST(Clock, NullMeansTheMachines) {
+TEST(Clock, SettingNullRestoresTheSystemClock) {
   ManualClock clock;
   EXPECT_EQ(&setCurrentClock(&clock), &systemClock());
   EXPECT_EQ(&setCurrentClock(nullptr), &clock);
   EXPECT_EQ(&currentClock(), &systemClock());
 }
 
-TEST(ManualClock, PassesTimeByWaitingWithoutWaiting) {
+TEST(ManualClock, SleepingAdvancesItWithoutWaiting) {
   ManualClock clock(std::chrono::system_clock::time_point(milliseconds(5)));
   const auto before = clock.monotonic();
   clock.sleepFor(std::chrono::minutes(30));

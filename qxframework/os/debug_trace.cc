@@ -11,6 +11,7 @@ namespace {
 std::atomic<qx::MessageBoxSink> g_sink{nullptr};
 
 void showOnStandardError(std::u16string_view text, std::u16string_view caption, UINT /*flags*/) {
+  // One write for the whole line, so that lines of several threads do not mix.
   const std::string line = qx::toUtf8(caption) + ": " + qx::toUtf8(text) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
 }

@@ -19,7 +19,7 @@ void recordBox(std::u16string_view text, std::u16string_view caption, UINT flags
       std::u16string(caption) + u"|" + std::u16string(text) + u"|" + toUtf16(std::to_string(flags));
 }
 
-TEST(DebugTrace, GoesToTheSinkAsItIs) {
+TEST(DebugTrace, GoesToTheSinkUnchanged) {
   g_seen.clear();
   const TraceSink before = setDeveloperTraceSink(recordTrace);
   OutputDebugStringW(u"one\n");
@@ -29,7 +29,7 @@ TEST(DebugTrace, GoesToTheSinkAsItIs) {
   EXPECT_EQ(g_seen, u"one\ntwo");
 }
 
-TEST(DebugTrace, GoesToStandardErrorOnlyWhenWanted) {
+TEST(DebugTrace, GoesToStandardErrorOnlyIfQxTraceIsSet) {
   const TraceSink before = setDeveloperTraceSink(nullptr);
   testing::internal::CaptureStderr();
   {
@@ -42,7 +42,7 @@ TEST(DebugTrace, GoesToStandardErrorOnlyWhenWanted) {
   setDeveloperTraceSink(before);
 }
 
-TEST(MessageBox, GoesToStandardErrorAndIsAnsweredWithOk) {
+TEST(MessageBox, IsPrintedOnStandardErrorAndReturnsOk) {
   testing::internal::CaptureStderr();
   EXPECT_EQ(MessageBoxW(nullptr, u"No host", u"Connection to UI-API", MB_OK), IDOK);
   EXPECT_EQ(MessageBoxW(nullptr, nullptr, nullptr, MB_OK), IDOK);

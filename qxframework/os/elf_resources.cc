@@ -16,12 +16,14 @@ namespace {
 
 namespace format = resource_format;
 
-/// More program headers or longer notes than this are not read: no module has them.
+// Limits far above what linkers write, so that a damaged file cannot ask for much memory.
 constexpr std::size_t kMostProgramHeaders = 1024;
 constexpr std::uint64_t kLongestNotes = 1U << 20U;
 
 class FileSource : public ByteSource {
  public:
+  // O_NONBLOCK, because opening a pipe without a writer would otherwise block for ever. A file that
+  // cannot be opened, or is not a regular one, has size 0 and so holds no module.
   explicit FileSource(const std::filesystem::path& file)
       : fd_(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     struct stat status {};
@@ -34,6 +36,7 @@ class FileSource : public ByteSource {
 
   bool read(std::uint64_t offset, std::span<std::byte> out) const override {
     while (!out.empty()) {
+      // pread() may return fewer bytes than asked for, and 0 if the file was truncated meanwhile.
       const ssize_t count = pread(fd_.get(), out.data(), out.size(), static_cast<off_t>(offset));
       if (count < 0 && errno == EINTR) continue;
       if (count <= 0) return false;
@@ -48,6 +51,7 @@ class FileSource : public ByteSource {
   std::uint64_t size_ = 0;
 };
 
+// Compares by subtraction, because the sum of a damaged offset and size may overflow.
 bool fits(std::uint64_t whole, std::uint64_t offset, std::uint64_t size) {
   return offset <= whole && size <= whole - offset;
 }
@@ -66,6 +70,8 @@ std::optional<std::vector<std::byte>> readRange(const ByteSource& source, std::u
   return bytes;
 }
 
+// Position-independent executables and shared objects are both ET_DYN. Object files (ET_REL) have
+// no program headers.
 bool isModule(const Elf64_Ehdr& header) {
   return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 &&
          header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_ident[EI_DATA] == ELFDATA2LSB &&
@@ -83,7 +89,8 @@ std::vector<Elf64_Phdr> readProgramHeaders(const ByteSource& elf) {
   return headers;
 }
 
-/// The place in a file of `fileSize` bytes of `size` bytes that are loaded to `address`.
+// Returns the offset in a file of `fileSize` bytes of the `size` bytes that are loaded at
+// `address`. It does not use the section headers, because a stripped file may have none.
 std::optional<std::uint64_t> fileOffset(const std::vector<Elf64_Phdr>& headers,
                                         std::uint64_t fileSize, std::uint64_t address,
                                         std::uint64_t size) {
@@ -107,6 +114,7 @@ std::optional<ResourceNote> readNote(const ByteSource& elf, const Elf64_Phdr& se
 
 std::optional<ResourceNote> findResourceNote(std::span<const std::byte> notes,
                                              std::uint64_t alignment) {
+  // 64-bit notes may be aligned to 8, but nearly all tools align them to 4.
   const std::uint64_t step = alignment == 8 ? 8 : 4;
   const auto padded = [step](std::uint64_t size) { return (size + step - 1) / step * step; };
   std::uint64_t offset = 0;
@@ -114,8 +122,10 @@ std::optional<ResourceNote> findResourceNote(std::span<const std::byte> notes,
     Elf64_Nhdr header{};
     std::memcpy(&header, notes.data() + offset, sizeof header);
     const std::uint64_t owner = offset + sizeof header;
+    // Both sizes have 32 bits, so these 64-bit sums cannot overflow.
     const std::uint64_t body = padded(owner + header.n_namesz);
     if (!fits(notes.size(), body, header.n_descsz)) return std::nullopt;
+    // The type is only unique together with the owner: every owner numbers its own notes.
     if (header.n_type == format::kNoteType && header.n_namesz == sizeof format::kNoteOwner &&
         header.n_descsz == sizeof(format::NoteBody) &&
         std::memcmp(notes.data() + owner, format::kNoteOwner, sizeof format::kNoteOwner) == 0) {
@@ -134,7 +144,8 @@ std::optional<std::vector<std::byte>> readResourceSection(const ByteSource& elf)
     const std::optional<ResourceNote> note = readNote(elf, segment);
     if (!note) continue;
     if (note->size > format::kLargestImage) return std::nullopt;
-    // Sums wrap around like addresses do; a wrong one is in no segment.
+    // The sum may wrap around, which is defined for unsigned numbers; a wrong address is in no
+    // segment.
     const std::uint64_t address =
         segment.p_vaddr + note->bodyOffset + static_cast<std::uint64_t>(note->relative);
     const std::optional<std::uint64_t> offset =

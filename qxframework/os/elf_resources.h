@@ -1,7 +1,7 @@
 #pragma once
 
-// Finds the image of resources in an ELF file without loading it, and in the notes of a module
-// that is loaded. Files may be anything, so every number in them is checked before it is used.
+// Finds the image of resources in an ELF file without loading it, and in the notes of a loaded
+// module. A file may have any content, so every number in it is checked before it is used.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,28 +12,29 @@
 
 namespace qx {
 
-/// Bytes that can be read from any place: a file, or memory in tests.
+/// Bytes with random access: a file, or memory in tests.
 class ByteSource {
  public:
   virtual ~ByteSource() = default;
   virtual std::uint64_t size() const = 0;
-  /// Fills `out` from `offset` on; false when not all of it can be read.
+  /// Fills `out` from `offset` on. Returns false if not all of it can be read.
   virtual bool read(std::uint64_t offset, std::span<std::byte> out) const = 0;
 };
 
-/// Where a note says that the image is.
+/// The place of the image according to its note. All numbers are in bytes.
 struct ResourceNote {
-  std::uint64_t bodyOffset;  ///< of the note's body from the start of the notes
-  std::int64_t relative;     ///< of the image from the body
-  std::uint64_t size;
+  std::uint64_t bodyOffset;  ///< from the start of the notes to the note's body
+  std::int64_t relative;     ///< from the body to the image
+  std::uint64_t size;        ///< of the image
 };
 
-/// The resource note among the notes of one segment whose alignment is `alignment`.
+/// Returns the resource note among the notes of one segment, whose alignment is `alignment`.
+/// Returns nothing if there is none or a note before it exceeds the segment.
 std::optional<ResourceNote> findResourceNote(std::span<const std::byte> notes,
                                              std::uint64_t alignment);
 
-/// A copy of the image's bytes; nothing when the file is not a 64-bit little-endian ELF module,
-/// when it is damaged, or when it has no resources. The content is not looked at.
+/// Returns a copy of the image's bytes, whose content is not checked. Returns nothing if the file
+/// is no 64-bit little-endian ELF module, is damaged, or has no resources.
 std::optional<std::vector<std::byte>> readResourceSection(const ByteSource& elf);
 std::optional<std::vector<std::byte>> readResourceSection(const std::filesystem::path& file);
 

@@ -18,6 +18,7 @@
 namespace qx {
 namespace {
 
+/// Bytes in memory. Fails the test if a range outside them is read.
 class MemorySource : public ByteSource {
  public:
   explicit MemorySource(std::span<const std::byte> bytes) : bytes_(bytes) {}
@@ -33,11 +34,16 @@ class MemorySource : public ByteSource {
   std::span<const std::byte> bytes_;
 };
 
+/// True if `part` occurs in `whole` in one piece.
+bool occursIn(std::span<const std::byte> whole, std::span<const std::byte> part) {
+  return part.empty() || !std::ranges::search(whole, part).empty();
+}
+
 /// The smallest module with resources: a header, two segments, one note, an image of 48 bytes.
 struct Module {
   Elf64_Ehdr header{};
   Elf64_Phdr segments[2]{};
-  std::uint32_t padding = 0;  // puts the note's body where its numbers are aligned
+  std::uint32_t padding = 0;  // aligns the numbers of the note's body to 8
   Elf64_Nhdr noteHeader{6, 16, resource_format::kNoteType};
   char owner[8]{"QXRES"};
   resource_format::NoteBody body{16, 48};
@@ -56,8 +62,9 @@ struct Module {
     segments[1] = {PT_NOTE, PF_R, noteOffset, kBase + noteOffset, kBase + noteOffset, 36, 36, 4};
   }
 
+  std::span<const std::byte> bytes() const { return std::as_bytes(std::span(this, 1)); }
   std::optional<std::vector<std::byte>> read() const {
-    return readResourceSection(MemorySource(std::as_bytes(std::span(this, 1))));
+    return readResourceSection(MemorySource(bytes()));
   }
 
   static constexpr std::uint64_t kBase = 0x400000;
@@ -69,17 +76,18 @@ TEST(ElfResources, AreFoundThroughTheNote) {
   const Module module;
   const auto section = module.read();
   ASSERT_TRUE(section);
+  const auto image = module.bytes().subspan(offsetof(Module, image));
+  EXPECT_TRUE(std::ranges::equal(*section, image));
   EXPECT_TRUE(ResourceImage::open(*section));
 }
 
-TEST(ElfResources, ForeignNotesAreSteppedOver) {
+TEST(ElfResources, NotesOfOtherOwnersAreSkipped) {
   // A note of the same type and size of another owner, then ours.
   std::vector<std::byte> notes;
   for (const char* owner : {"OTHER", "QXRES"}) {
     Module module;
     std::memcpy(module.owner, owner, 6);
-    const auto bytes =
-        std::as_bytes(std::span(&module, 1)).subspan(offsetof(Module, noteHeader), 36);
+    const auto bytes = module.bytes().subspan(offsetof(Module, noteHeader), 36);
     notes.insert(notes.end(), bytes.begin(), bytes.end());
   }
   const auto found = findResourceNote(notes, 4);
@@ -87,7 +95,7 @@ TEST(ElfResources, ForeignNotesAreSteppedOver) {
   EXPECT_EQ(found->bodyOffset, 56U);
 }
 
-TEST(ElfResources, OtherKindsOfFilesHaveNone) {
+TEST(ElfResources, OtherKindsOfFilesAreRefused) {
   const auto refused = [](auto change) {
     Module module;
     change(module.header);
@@ -103,7 +111,7 @@ TEST(ElfResources, OtherKindsOfFilesHaveNone) {
   EXPECT_TRUE(refused([](Elf64_Ehdr& header) { header.e_phoff = ~std::uint64_t{0}; }));
 }
 
-TEST(ElfResources, NumbersThatLeadOutsideAreRefused) {
+TEST(ElfResources, NumbersThatPointOutsideTheFileAreRefused) {
   const auto refused = [](auto change) {
     Module module;
     change(module);
@@ -124,16 +132,19 @@ TEST(ElfResources, NumbersThatLeadOutsideAreRefused) {
   EXPECT_TRUE(refused([](Module& module) { module.noteHeader.n_descsz = 0xFFFFFFFF; }));
 }
 
-TEST(ElfResources, ACutFileIsSurvivedAtEveryLength) {
+TEST(ElfResources, ATruncatedFileIsRefusedAtEveryLength) {
   const Module module;
-  const auto bytes = std::as_bytes(std::span(&module, 1));
-  for (std::size_t size = 0; size < bytes.size(); ++size) {
-    EXPECT_FALSE(readResourceSection(MemorySource(bytes.first(size)))) << size;
+  ASSERT_TRUE(module.read());
+  for (std::size_t size = 0; size < sizeof module; ++size) {
+    EXPECT_FALSE(readResourceSection(MemorySource(module.bytes().first(size)))) << size;
   }
 }
 
-TEST(ElfResources, AnyDamageIsSurvived) {
+TEST(ElfResources, ADamagedFileReturnsItsOwnBytesOrNothing) {
+  ASSERT_TRUE(Module().read());
   std::mt19937 random(7);
+  int refused = 0;
+  int readWhole = 0;
   for (int round = 0; round < 20000; ++round) {
     Module module;
     auto* bytes = reinterpret_cast<unsigned char*>(&module);
@@ -141,11 +152,24 @@ TEST(ElfResources, AnyDamageIsSurvived) {
       bytes[random() % sizeof module] = static_cast<unsigned char>(random());
     }
     const auto section = module.read();
-    if (section) ResourceImage::open(*section);
+    if (!section) {
+      ++refused;
+      continue;
+    }
+    // The damaged numbers may name another place, but only one in the file.
+    ASSERT_LE(section->size(), sizeof module);
+    ASSERT_TRUE(occursIn(module.bytes(), *section));
+    if (std::ranges::equal(*section, module.bytes().subspan(offsetof(Module, image)))) ++readWhole;
+    if (const auto image = ResourceImage::open(*section)) {
+      ASSERT_LE(image->header().size, section->size());
+    }
   }
+  // Both outcomes occur, so neither half of the test is empty.
+  EXPECT_GT(refused, 1000);
+  EXPECT_GT(readWhole, 1000);
 }
 
-TEST(ElfResources, AreNotLoadedWithTheWholeFile) {
+TEST(ElfResources, OnlyTheImageIsReadFromAFile) {
   const auto section = readResourceSection(std::filesystem::path(QX_OS_FIXTURE));
   ASSERT_TRUE(section);
   const auto image = ResourceImage::open(*section);

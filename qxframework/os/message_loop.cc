@@ -16,19 +16,20 @@
 
 namespace qx {
 
-/// What waits for one thread. The event descriptor is readable exactly while something does.
+// The items queued for one thread. Invariant: under the lock, the event descriptor is readable
+// exactly while there is an item or a quit code.
 class MessageQueue {
  public:
   struct Item {
     MSG message;
-    std::function<void()> task;  ///< if set, the item is a task and no message
+    std::function<void()> task;  // if set, the item is a task and no message
   };
 
   MessageQueue() : event_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
     if (!event_) throw std::system_error(errno, std::generic_category(), "no event descriptor");
   }
 
-  /// False when the thread has ended.
+  // Returns false if the thread has ended.
   bool push(Item item) {
     const std::lock_guard lock(mutex_);
     if (closed_) return false;
@@ -37,13 +38,14 @@ class MessageQueue {
     return true;
   }
 
+  // Not an item of the queue: messages that are posted later still precede the quit message.
   void quit(int exitCode) {
     const std::lock_guard lock(mutex_);
     quitCode_ = exitCode;
     signal();
   }
 
-  /// The next item, out of the queue. The quit message comes when nothing else is left.
+  // Removes and returns the next item; the quit message only if no other is left.
   std::optional<Item> take() {
     const std::lock_guard lock(mutex_);
     std::optional<Item> item;
@@ -58,7 +60,7 @@ class MessageQueue {
     return item;
   }
 
-  /// The next message, left in the queue. Nothing when a task or nothing is next.
+  // Returns the next message without removing it, or nothing if a task or nothing is next.
   std::optional<MSG> peek() {
     const std::lock_guard lock(mutex_);
     if (!items_.empty()) {
@@ -74,7 +76,6 @@ class MessageQueue {
     return items_.size();
   }
 
-  /// Whether a task is next.
   bool isTaskNext() {
     const std::lock_guard lock(mutex_);
     return !items_.empty() && items_.front().task;
@@ -82,12 +83,14 @@ class MessageQueue {
 
   void wait() const {
     pollfd entry{event_.get(), POLLIN, 0};
+    // A signal ends poll() even if its handler restarts other system calls.
     while (poll(&entry, 1, -1) < 0) {
       if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "poll");
     }
   }
 
   void close() {
+    // Destroyed after the lock is released: a task may own anything, even something that posts.
     std::deque<Item> dropped;
     const std::lock_guard lock(mutex_);
     closed_ = true;
@@ -101,6 +104,7 @@ class MessageQueue {
     return {{nullptr, WM_QUIT, static_cast<std::uintptr_t>(*quitCode_), 0}, nullptr};
   }
 
+  // The counter of the descriptor may become any number: one read resets it to 0.
   void signal() const { eventfd_write(event_.get(), 1); }
 
   void clearSignal() const {
@@ -117,22 +121,24 @@ class MessageQueue {
 
 namespace {
 
+// The handler is shared, so that a window can be destroyed while its handler runs.
 struct Window {
   std::shared_ptr<MessageQueue> queue;
   std::shared_ptr<const MessageHandler> handler;
 };
 
-/// The windows of this process by the lower half of their handle.
+// The windows of this process by the lower half of their handle.
 class WindowTable {
  public:
   static WindowTable& instance() {
-    // Never destroyed: threads end after the statics of a process are gone.
+    // Never destroyed, because threads may end after the process's statics were destroyed.
     static auto* table = new WindowTable;
     return *table;
   }
 
   std::uint32_t add(Window window) {
     const std::lock_guard lock(mutex_);
+    // Skips 0, and numbers still in use after the counter has wrapped around.
     while (++last_ == 0 || windows_.contains(last_)) {
     }
     windows_.emplace(last_, std::move(window));
@@ -147,7 +153,7 @@ class WindowTable {
   }
 
   bool remove(std::uint32_t serial, const std::shared_ptr<MessageQueue>& owner) {
-    // The handler is destroyed outside the lock: it may own anything.
+    // Destroyed after the lock is released: a handler may own anything, even another window.
     std::optional<Window> removed;
     const std::lock_guard lock(mutex_);
     const auto found = windows_.find(serial);
@@ -176,7 +182,7 @@ class WindowTable {
   std::uint32_t last_ = 0;
 };
 
-/// The calling thread's queue, closed when the thread ends.
+// The calling thread's queue, closed when the thread ends. Posters may hold it longer.
 class ThreadQueue {
  public:
   ThreadQueue() : queue_(std::make_shared<MessageQueue>()) {}
@@ -199,6 +205,8 @@ class ThreadQueue {
 constexpr unsigned kProcessShift = 32;
 static_assert(sizeof(HWND) == 8, "a window's handle holds a process id and a number");
 
+// The process id makes a handle of another process recognisable, instead of being mistaken for the
+// window of this process with the same number.
 HWND handleOf(std::uint32_t serial) {
   const auto process = static_cast<std::uintptr_t>(static_cast<std::uint32_t>(getpid()));
   return reinterpret_cast<HWND>(process << kProcessShift | serial);
@@ -208,14 +216,14 @@ std::uint32_t serialOf(HWND window) {
   return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
 }
 
-/// The window behind a handle, if it is one of this process.
+// Returns a copy, so that the handler is called without the table's lock.
 std::optional<Window> findWindow(HWND window) {
   if (windowProcessId(window) != getpid()) return std::nullopt;
   return WindowTable::instance().find(serialOf(window));
 }
 
-/// Runs the tasks that stand before the next message. Tasks that they post wait for the next time,
-/// so that this ends.
+// Runs the tasks that precede the next message. Tasks that these post are left for the next call;
+// otherwise a task that posts itself would never let PeekMessageW() return.
 void runTasks(MessageQueue& queue) {
   for (std::size_t left = queue.size(); left > 0 && queue.isTaskNext(); --left) {
     queue.take()->task();
@@ -245,7 +253,7 @@ std::optional<std::filesystem::path> processExecutable(pid_t process) {
   std::string path =
       std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/exe", error).string();
   if (error || process <= 0) return std::nullopt;
-  // The kernel marks an executable that was removed or replaced while it runs.
+  // The kernel appends this to the path of an executable that was removed or replaced.
   constexpr std::string_view kDeleted = " (deleted)";
   if (path.ends_with(kDeleted)) path.resize(path.size() - kDeleted.size());
   return path;
@@ -277,6 +285,7 @@ bool GetMessageW(MSG* message) {
   const std::shared_ptr<qx::MessageQueue> queue = qx::ThreadQueue::get();
   for (;;) {
     queue->wait();
+    // Removed from the queue before its task runs, so that a task that throws does not run again.
     const std::optional<qx::MessageQueue::Item> item = queue->take();
     if (!item) continue;
     if (!item->task) {

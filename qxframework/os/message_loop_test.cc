@@ -25,7 +25,7 @@ void onFreshThread(Body body) {
   std::thread(body).join();
 }
 
-TEST(MessageLoop, HandsMessagesToTheirWindowInOrder) {
+TEST(MessageLoop, DeliversMessagesToTheirWindowInOrder) {
   onFreshThread([] {
     std::vector<UINT> seen;
     const HWND window = CreateMessageWindow([&](const MSG& message) {
@@ -82,7 +82,7 @@ TEST(MessageLoop, DestroyMessageThatIsHandledDoesNotEndTheLoop) {
   });
 }
 
-TEST(MessageLoop, QuitComesAfterTheMessagesThatWait) {
+TEST(MessageLoop, QuitFollowsTheQueuedMessages) {
   onFreshThread([] {
     PostQuitMessage(5);
     PostMessageW(nullptr, WM_APP, 0, 0);
@@ -105,7 +105,7 @@ TEST(MessageLoop, PostingToADestroyedWindowIsRefused) {
   });
 }
 
-TEST(MessageLoop, MessagesOfAWindowThatIsGoneAreDropped) {
+TEST(MessageLoop, MessagesForADestroyedWindowAreDropped) {
   onFreshThread([] {
     const HWND window = CreateMessageWindow({});
     PostMessageW(window, WM_DESTROY, 0, 0);
@@ -128,7 +128,7 @@ TEST(MessageLoop, AWindowMayBeDestroyedInItsOwnHandler) {
   });
 }
 
-TEST(MessageLoop, AWindowIsDestroyedByItsOwnThreadOnly) {
+TEST(MessageLoop, OnlyItsOwnThreadCanDestroyAWindow) {
   const HWND window = CreateMessageWindow({});
   onFreshThread([window] { EXPECT_FALSE(DestroyMessageWindow(window)); });
   EXPECT_TRUE(DestroyMessageWindow(window));
@@ -165,7 +165,7 @@ TEST(MessageLoop, PostingToAnotherProcessIsRefused) {
   DestroyMessageWindow(window);
 }
 
-TEST(MessageLoop, PeekLeavesOrTakesTheMessage) {
+TEST(MessageLoop, PeekLeavesOrRemovesTheMessage) {
   onFreshThread([] {
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, PM_REMOVE));
@@ -181,7 +181,7 @@ TEST(MessageLoop, PeekLeavesOrTakesTheMessage) {
   });
 }
 
-TEST(MessageLoop, DescriptorIsReadableWhileSomethingWaits) {
+TEST(MessageLoop, DescriptorIsReadableWhileTheQueueIsNotEmpty) {
   onFreshThread([] {
     const int fd = messageLoopFd();
     MSG message;
@@ -218,7 +218,7 @@ TEST(Tasks, RunInTheLoopInOrderWithMessages) {
   });
 }
 
-TEST(Tasks, AreRunByPeekAndLeaveNothing) {
+TEST(Tasks, PeekRunsThemAndEmptiesTheQueue) {
   onFreshThread([] {
     int runs = 0;
     postTask([&] { ++runs; });
@@ -229,7 +229,7 @@ TEST(Tasks, AreRunByPeekAndLeaveNothing) {
   });
 }
 
-TEST(Tasks, ATaskThatPostsItselfDoesNotHoldPeekUp) {
+TEST(Tasks, ATaskThatPostsItselfDoesNotBlockPeek) {
   onFreshThread([] {
     int runs = 0;
     std::function<void()> again = [&] {
@@ -244,7 +244,7 @@ TEST(Tasks, ATaskThatPostsItselfDoesNotHoldPeekUp) {
   });
 }
 
-TEST(Tasks, ComeFromOtherThreads) {
+TEST(Tasks, CanBePostedFromOtherThreads) {
   const std::thread::id self = std::this_thread::get_id();
   std::thread::id ran;
   const TaskQueue queue = TaskQueue::ofThisThread();
@@ -259,13 +259,13 @@ TEST(Tasks, ComeFromOtherThreads) {
   EXPECT_EQ(ran, self);
 }
 
-TEST(Tasks, ForAThreadThatEndedAreRefused) {
+TEST(Tasks, AreRefusedAfterTheirThreadHasEnded) {
   std::promise<TaskQueue> handle;
   onFreshThread([&] { handle.set_value(TaskQueue::ofThisThread()); });
   EXPECT_FALSE(handle.get_future().get().post([] {}));
 }
 
-TEST(Tasks, WhatATaskThrowsComesOutOfTheLoopAndTheRestStays) {
+TEST(Tasks, AnExceptionLeavesTheLoopAndKeepsTheQueue) {
   onFreshThread([] {
     postTask([] { throw std::runtime_error("task"); });
     PostMessageW(nullptr, WM_APP, 0, 0);
@@ -285,7 +285,7 @@ TEST(Tasks, MayRunALoopOfTheirOwn) {
   });
 }
 
-TEST(WindowProcess, IsTheProcessThatMadeTheWindow) {
+TEST(WindowProcess, IsTheProcessThatCreatedTheWindow) {
   const HWND window = CreateMessageWindow({});
   EXPECT_EQ(windowProcessId(window), getpid());
   EXPECT_EQ(windowProcessId(nullptr), 0);
@@ -294,7 +294,7 @@ TEST(WindowProcess, IsTheProcessThatMadeTheWindow) {
   DestroyMessageWindow(window);
 }
 
-TEST(WindowProcess, ThatIsNoneHasNoExecutable) {
+TEST(WindowProcess, AProcessThatDoesNotExistHasNoExecutable) {
   EXPECT_EQ(processExecutable(0), std::nullopt);
   EXPECT_EQ(processExecutable(-1), std::nullopt);
   const pid_t child = fork();

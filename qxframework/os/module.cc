@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-/// What is known of a module. A record is never freed, since handles to it live on.
+// One record per module. Records are never freed, because callers keep handles of unloaded modules.
 struct HINSTANCE__ {
   struct Range {
     std::uintptr_t begin;
@@ -24,8 +24,8 @@ struct HINSTANCE__ {
   std::uintptr_t base = 0;
   std::u16string path;
   std::u16string fileName;
-  std::u16string internalName;  ///< empty without a version block
-  std::vector<Range> ranges;    ///< of the loaded segments
+  std::u16string internalName;  // empty without a version block
+  std::vector<Range> ranges;    // of the loaded segments
   std::optional<qx::ResourceImage> resources;
   bool loaded = false;
 };
@@ -35,7 +35,7 @@ namespace {
 
 using Module = HINSTANCE__;
 
-/// The path of the file that is mapped at `address`; empty when it is not a file.
+// Returns the path of the file that is mapped at `address`, empty if no file is.
 std::filesystem::path mappedFile(std::uintptr_t address) {
   std::ifstream maps("/proc/self/maps");
   for (std::string line; std::getline(maps, line);) {
@@ -56,7 +56,9 @@ std::filesystem::path pathOf(const dl_phdr_info& info, std::uintptr_t address) {
   const std::filesystem::path name = info.dlpi_name;
   if (name.is_absolute()) return name;
   std::error_code ignored;
-  // Only the executable has no name, and only what is no file has one without a folder.
+  // The loader reports the executable without a name, the kernel's vDSO without a folder, and a
+  // module by the path it was loaded with. A relative one says nothing once the working folder has
+  // changed, so the kernel's list of mappings is used instead.
   if (name.empty()) return std::filesystem::read_symlink("/proc/self/exe", ignored);
   return name.has_parent_path() ? mappedFile(address) : std::filesystem::path();
 }
@@ -71,6 +73,7 @@ std::vector<Module::Range> loadedRanges(const dl_phdr_info& info) {
   return ranges;
 }
 
+// Compares by subtraction, because a damaged note's address plus size may overflow.
 bool contains(const std::vector<Module::Range>& ranges, std::uintptr_t address,
               std::uint64_t size) {
   return std::ranges::any_of(ranges, [&](const Module::Range& range) {
@@ -83,6 +86,7 @@ std::optional<ResourceImage> findResources(const dl_phdr_info& info,
   for (const ElfW(Phdr) & segment : std::span(info.dlpi_phdr, info.dlpi_phnum)) {
     if (segment.p_type != PT_NOTE) continue;
     const std::uintptr_t start = info.dlpi_addr + segment.p_vaddr;
+    // The loader maps PT_LOAD segments only; notes outside them are not in memory.
     if (!contains(ranges, start, segment.p_memsz)) continue;
     const std::span notes(reinterpret_cast<const std::byte*>(start), segment.p_memsz);
     const std::optional<ResourceNote> note = findResourceNote(notes, segment.p_align);
@@ -104,17 +108,17 @@ std::u16string internalNameIn(const std::optional<ResourceImage>& resources) {
   return {};
 }
 
-/// All modules that were ever seen, the executable first.
+// All modules that were ever loaded, the executable first.
 class ModuleTable {
  public:
   static ModuleTable& instance() {
-    // Never destroyed: modules are asked for until the very end of the process.
+    // Never destroyed, because destructors of statics still look modules up.
     static auto* table = new ModuleTable;
     return *table;
   }
 
-  /// Calls `use` with the loaded module `module` (null: the executable), or with null when it is
-  /// not loaded, and gives its result.
+  // Calls `use` with the loaded module `module` (null: the executable), or with null if it is not
+  // loaded, and returns its result. The handle is only dereferenced once it is known to be one.
   template <typename Use>
   auto with(const Module* module, Use use) {
     const std::lock_guard lock(mutex_);
@@ -124,7 +128,7 @@ class ModuleTable {
     return use(known ? module : nullptr);
   }
 
-  /// The first loaded module for which `matches` is true, null when there is none.
+  // Returns the first loaded module for which `matches` is true, or null.
   template <typename Matches>
   Module* find(Matches matches) {
     const std::lock_guard lock(mutex_);
@@ -140,7 +144,7 @@ class ModuleTable {
     return std::ranges::any_of(modules_, [&](const auto& each) { return each.get() == module; });
   }
 
-  /// Scans the modules again if the loader's counts say that one came or went.
+  // Scans the modules again if the loader's counters show that one was loaded or unloaded.
   void refresh() {
     struct Scan {
       ModuleTable* table;
@@ -156,6 +160,7 @@ class ModuleTable {
 
   int visit(const dl_phdr_info& info, bool& started) {
     if (!started) {
+      // The counters are the same in every call of one iteration; a result other than 0 ends it.
       if (info.dlpi_adds == adds_ && info.dlpi_subs == subs_) return 1;
       adds_ = info.dlpi_adds;
       subs_ = info.dlpi_subs;
@@ -178,7 +183,8 @@ class ModuleTable {
     module.loaded = true;
   }
 
-  /// The record of the module at `base` from `path`, an earlier one if there is one.
+  // Returns the record of the module at `base`. A module that is loaded again at the same place
+  // keeps its record, so that its old handles are valid again.
   Module& record(std::uintptr_t base, const std::u16string& path) {
     for (const auto& module : modules_) {
       if (module->base == base && module->path == path) return *module;
@@ -221,6 +227,7 @@ HINSTANCE GetModuleHandleW(const OLECHAR* name) {
   if (name == nullptr) return table.find([](const HINSTANCE__&) { return true; });
   const std::u16string_view wanted = name;
   if (wanted.empty()) return nullptr;
+  // A search of its own, because any module's internal name takes precedence over all file names.
   HINSTANCE byName = table.find([&](const HINSTANCE__& module) {
     return !module.internalName.empty() && qx::equalsIgnoreCase(module.internalName, wanted);
   });

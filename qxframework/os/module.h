@@ -1,10 +1,10 @@
 #pragma once
 
-// The modules of this process: its executable and the shared objects that are loaded.
+// The modules of this process: its executable and the loaded shared objects.
 //
-// A module's identity is an HINSTANCE. It stays valid as a value when the module is unloaded:
-// every operation then answers as for a module that does not exist. The table of modules is kept
-// up to date with what the loader reports, which costs little when nothing was loaded.
+// An HINSTANCE identifies a module. It remains a valid value after the module is unloaded; every
+// operation then answers as for a module that does not exist. Each operation compares the table of
+// modules with the loader's counters first, which is cheap while no module is loaded or unloaded.
 
 #include "qxframework/automation/export.h"
 #include "qxframework/automation/types.h"
@@ -14,33 +14,33 @@
 #include <string>
 
 struct HINSTANCE__;
-/// An opaque pointer to a loaded module; null stands for the executable where a module is asked
-/// for.
+/// An opaque pointer to a module. As an argument, null means the executable.
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
 
-/// The length that module file names are usually limited to, terminator included.
+/// The usual size of a buffer for a module's path, in units with the terminator.
 inline constexpr DWORD MAX_PATH = 260;
 
-/// The loaded module with the internal name `name` in its version block (compared without case),
-/// or else with that file name or path. Null `name` gives the executable. Null when there is none.
+/// Returns the loaded module whose version block has the internal name `name` (compared without
+/// case), else the one with that file name or path, else null. For a null `name` returns the
+/// executable.
 QX_API HINSTANCE GetModuleHandleW(const OLECHAR* name);
 
 /// Writes the path of `module` (null: of the executable) with a terminator into `buffer` of `size`
-/// units. The result is the length without the terminator; when the path does not fit it is cut,
-/// still terminated, and the result is `size`. 0 when the module is not loaded.
+/// units and returns its length without the terminator. A path that does not fit is cut, still
+/// terminated, and the result is `size`. Returns 0 for an unloaded module or no buffer.
 QX_API DWORD GetModuleFileNameW(HINSTANCE module, OLECHAR* buffer, DWORD size);
 
 namespace qx {
 
-/// The module that the code or data at `address` belongs to; null when it belongs to none.
+/// Returns the module that the code or data at `address` belongs to, or null.
 QX_API HINSTANCE moduleOf(const void* address);
 
-/// The path of `module` (null: of the executable) in full; empty when the module is not loaded.
+/// Returns the full path of `module` (null: of the executable), empty if it is not loaded.
 QX_API std::u16string modulePath(HINSTANCE module);
 
-/// The resources of `module` (null: of the executable), valid while it is loaded. Nothing when it
-/// is not loaded or has none.
+/// Returns the resources of `module` (null: of the executable), valid while it is loaded. Returns
+/// nothing if it is not loaded or has none.
 std::optional<ResourceImage> moduleResources(HINSTANCE module);
 
 }  // namespace qx

@@ -13,10 +13,11 @@
 namespace qx {
 namespace {
 
+/// Returns the name that GetModuleFileNameW() writes into a buffer of `size` units.
 std::u16string fileNameOf(HINSTANCE module, DWORD size, DWORD& result) {
   std::u16string buffer(size + 1, u'#');
   result = GetModuleFileNameW(module, buffer.data(), size);
-  EXPECT_EQ(buffer.back(), u'#') << "written behind the buffer";
+  EXPECT_EQ(buffer.back(), u'#') << "written past the end of the buffer";
   return std::u16string(buffer.c_str());
 }
 
@@ -46,12 +47,12 @@ TEST(Module, IsFoundByFileNameAndPath) {
   EXPECT_EQ(GetModuleHandleW(toUtf16(path.filename().string()).c_str()), found);
 }
 
-TEST(Module, ThatIsNotLoadedIsNotFound) {
-  EXPECT_EQ(GetModuleHandleW(u"QXNobody.dll"), nullptr);
+TEST(Module, AnUnknownNameReturnsNull) {
+  EXPECT_EQ(GetModuleHandleW(u"QXMissing.dll"), nullptr);
   EXPECT_EQ(GetModuleHandleW(u""), nullptr);
 }
 
-TEST(Module, HandleOfAnUnloadedModuleFindsNothing) {
+TEST(Module, HandleOfAnUnloadedModuleReturnsNothing) {
   LoadedModule fixture(QX_OS_FIXTURE);
   const HINSTANCE handle = GetModuleHandleW(u"QXFixture.dll");
   ASSERT_NE(handle, nullptr);
@@ -86,13 +87,13 @@ TEST(Module, IsFoundByAnAddressInIt) {
   EXPECT_EQ(moduleOf(nullptr), nullptr);
 }
 
-TEST(ModuleFileName, GivesTheLengthWithoutTheTerminator) {
+TEST(ModuleFileName, ReturnsTheLengthWithoutTheTerminator) {
   DWORD result = 0;
   EXPECT_EQ(fileNameOf(nullptr, 1024, result), executablePath());
   EXPECT_EQ(result, executablePath().size());
 }
 
-TEST(ModuleFileName, ExactlyFits) {
+TEST(ModuleFileName, FitsABufferOfExactlyItsSize) {
   const auto length = static_cast<DWORD>(executablePath().size());
   DWORD result = 0;
   EXPECT_EQ(fileNameOf(nullptr, length + 1, result), executablePath());

@@ -10,9 +10,9 @@ namespace qx {
 
 struct NamedMutex::State {
   UniqueFd file;
-  /// Between threads that use the same object: the file's lock does not tell them apart.
+  // Excludes threads that use the same object: flock() belongs to the open file, not to a thread.
   std::recursive_mutex threads;
-  int depth = 0;
+  int depth = 0;  // guarded by `threads`; the file is locked while it is above 0
 };
 
 NamedMutex::NamedMutex(std::u16string_view name) : NamedMutex(name, runtimeFolder()) {}
@@ -25,6 +25,7 @@ NamedMutex::NamedMutex(std::u16string_view name, const std::filesystem::path& fo
 NamedMutex::~NamedMutex() = default;
 
 void NamedMutex::lock() {
+  // Until release() the guard undoes this lock if the one on the file throws.
   std::unique_lock threads(state_->threads);
   if (state_->depth == 0) lockFile(state_->file.get(), LOCK_EX);
   ++state_->depth;

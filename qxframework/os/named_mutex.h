@@ -1,9 +1,9 @@
 #pragma once
 
-// A lock that all processes of the machine share by its name. It is a lock on a file, so it ends
-// with the process that holds it, however that process ends; nobody waits for a dead holder.
+// A lock that the processes of a machine share by its name. It is a lock on a file, so the kernel
+// releases it when its holder ends, even if the holder is killed.
 //
-// A child that is forked while the lock is held keeps it alive until it ends or calls exec.
+// A child that is forked while the lock is held keeps it held until it ends or calls exec.
 
 #include "qxframework/automation/export.h"
 
@@ -13,24 +13,25 @@
 
 namespace qx {
 
-/// Not owned at first. The thread that holds it may lock it again through the same object and
-/// unlocks it as often; two objects of one name exclude each other, also in one process. It meets
-/// the needs of std::lock_guard.
+/// A recursive mutex, not locked at first: the thread that holds it may lock it again through the
+/// same object and unlocks it as often. Two objects of one name exclude each other, also within one
+/// process. Works with std::lock_guard.
 class QX_API NamedMutex {
  public:
-  /// Opens the mutex or creates it, in the machine's runtime folder (QX_RUNTIME_DIR, else
-  /// "qxframework" in /run/lock or /tmp). Throws std::system_error.
+  /// Opens or creates the mutex in `folder`, which is the machine's runtime folder if not given
+  /// (QX_RUNTIME_DIR, else "qxframework" in /run/lock or /tmp). Throws std::system_error if that
+  /// fails.
   explicit NamedMutex(std::u16string_view name);
   NamedMutex(std::u16string_view name, const std::filesystem::path& folder);
   ~NamedMutex();
   NamedMutex(const NamedMutex&) = delete;
   NamedMutex& operator=(const NamedMutex&) = delete;
 
-  /// Waits without a time limit. Throws std::system_error when the lock cannot be had.
+  /// Waits without a time limit. Throws std::system_error if locking fails.
   void lock();
-  /// False when another holds it.
+  /// Returns false if another thread, object or process holds it.
   bool try_lock();
-  /// To be called by the thread that holds it.
+  /// Undoes one lock(). Only the thread that holds the mutex may call it.
   void unlock();
 
  private:

@@ -28,7 +28,7 @@ class NamedMutexTest : public testing::Test {
   test::TempFolder folder_;
 };
 
-TEST_F(NamedMutexTest, IsNotOwnedAtFirst) {
+TEST_F(NamedMutexTest, IsNotLockedAtFirst) {
   const NamedMutex mutex(u"Start", folder_.path());
   EXPECT_TRUE(isFree());
 }
@@ -49,7 +49,7 @@ TEST_F(NamedMutexTest, DifferentNamesDoNotExcludeEachOther) {
   other.unlock();
 }
 
-TEST_F(NamedMutexTest, ItsThreadMayLockItAgainAndUnlocksItAsOften) {
+TEST_F(NamedMutexTest, ItsThreadCanLockItAgain) {
   NamedMutex mutex(u"Start", folder_.path());
   mutex.lock();
   EXPECT_TRUE(mutex.try_lock());
@@ -107,7 +107,7 @@ TEST_F(NamedMutexTest, AKilledHolderReleasesIt) {
 
 extern "C" void ignoreSignal(int) {}
 
-TEST_F(NamedMutexTest, WaitingSurvivesASignal) {
+TEST_F(NamedMutexTest, ASignalDoesNotEndTheWait) {
   NamedMutex mutex(u"Start", folder_.path());
   mutex.lock();
   struct sigaction action {};
@@ -122,14 +122,14 @@ TEST_F(NamedMutexTest, WaitingSurvivesASignal) {
     own.unlock();
   });
   ASSERT_EQ(child.end().hear(), 'w');
-  // Whether the signal meets the wait or comes just before it, the child must go on waiting.
+  // The signal may arrive during the wait or just before it; either way the child gets the lock.
   child.signal(SIGUSR1);
   mutex.unlock();
   EXPECT_EQ(child.end().hear(), 'l');
   sigaction(SIGUSR1, &before, nullptr);
 }
 
-TEST_F(NamedMutexTest, AFolderThatIsMissingIsToldByAnException) {
+TEST_F(NamedMutexTest, ThrowsIfTheFolderIsMissing) {
   EXPECT_THROW(NamedMutex(u"Start", folder_.path() / "none"), std::system_error);
 }
 
@@ -145,7 +145,7 @@ class SharedFileTest : public testing::Test {
   test::TempFolder folder_;
 };
 
-TEST_F(SharedFileTest, IsForEveryUserWhateverTheProcessMasks) {
+TEST_F(SharedFileTest, IsForEveryUserDespiteTheUmask) {
   const mode_t before = umask(0077);
   openSharedFile(folder_.path(), u"Start", ".x");
   umask(before);
@@ -154,14 +154,14 @@ TEST_F(SharedFileTest, IsForEveryUserWhateverTheProcessMasks) {
   EXPECT_EQ(status.st_mode & 0777, 0666U);
 }
 
-TEST_F(SharedFileTest, LeavesNoDraftBehind) {
+TEST_F(SharedFileTest, LeavesNoTemporaryFile) {
   openSharedFile(folder_.path(), u"Start", ".x");
   openSharedFile(folder_.path(), u"Start", ".x");
   const std::filesystem::directory_iterator files(folder_.path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 }
 
-TEST_F(SharedFileTest, NamesThatAreNoFileNamesAreSpelledOut) {
+TEST_F(SharedFileTest, UnsafeCharactersOfANameAreEscaped) {
   openSharedFile(folder_.path(), u"../a/ü.%2F", ".x");
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "%2E%2E%2Fa%2F%C3%BC%2E%252F.x"));
 }

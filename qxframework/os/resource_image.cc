@@ -8,6 +8,7 @@ namespace {
 
 namespace format = resource_format;
 
+// Copies the entry, because only the image's start is aligned: a damaged offset may be odd.
 template <typename Entry>
 Entry readAt(std::span<const std::byte> bytes, std::size_t offset) {
   Entry entry;
@@ -15,12 +16,14 @@ Entry readAt(std::span<const std::byte> bytes, std::size_t offset) {
   return entry;
 }
 
+// Compares by subtraction, because the sum of a damaged offset and size may overflow.
 bool fits(std::span<const std::byte> bytes, std::uint64_t offset, std::uint64_t size) {
   return offset <= bytes.size() && size <= bytes.size() - offset;
 }
 
-/// The index of the first entry, of `count` entries of type Entry at `offset`, that is not before
-/// what `isBefore` looks for.
+// Returns the index of the first of `count` entries at `offset` for which `isBefore` is false, or
+// `count`. It ends within the table even if damage has lost the order. std::lower_bound would need
+// an iterator that returns entries by value.
 template <typename Entry, typename IsBefore>
 std::uint32_t lowerBound(std::span<const std::byte> bytes, std::uint32_t offset,
                          std::uint32_t count, IsBefore isBefore) {
@@ -52,6 +55,7 @@ std::optional<ResourceImage> ResourceImage::open(std::span<const std::byte> byte
   const auto header = readAt<format::Header>(bytes, 0);
   if (header.magic != format::kMagic || header.version != format::kVersion) return std::nullopt;
   if (header.size < sizeof(format::Header) || header.size > bytes.size()) return std::nullopt;
+  // From here on no offset can reach padding or other bytes after the image.
   bytes = bytes.first(header.size);
   const auto tableFits = [bytes](std::uint32_t offset, std::uint64_t count, std::uint64_t size) {
     return fits(bytes, offset, count * size);
@@ -91,6 +95,7 @@ const std::byte* ResourceImage::findResourceAnyLanguage(std::uint32_t type,
 
 std::optional<std::span<const std::byte>> ResourceImage::resourceData(
     const std::byte* entry) const {
+  // As numbers: pointers of different objects must not be compared, and the caller may pass any.
   const auto address = reinterpret_cast<std::uintptr_t>(entry);
   const auto table = reinterpret_cast<std::uintptr_t>(bytes_.data()) + header_.resourceOffset;
   const std::uint64_t length = std::uint64_t{header_.resourceCount} * sizeof(format::ResourceEntry);
@@ -122,13 +127,14 @@ std::optional<std::uint32_t> ResourceImage::nextStringLanguage(std::int64_t lang
   if (index == header_.stringCount) return std::nullopt;
   const auto found = readAt<format::StringEntry>(
       bytes_, header_.stringOffset + std::size_t{index} * sizeof(format::StringEntry));
-  // In a damaged table the order is lost; a walk over the languages must end all the same.
+  // A damaged table may be out of order; a walk over the languages must still end.
   if (std::int64_t{found.language} <= language) return std::nullopt;
   return found.language;
 }
 
 std::optional<ResourceImage::VersionString> ResourceImage::versionString(
     std::uint32_t index) const {
+  // The limits bound the work of a caller that copies every string of a damaged image.
   if (index >= header_.versionCount || index >= format::kMostVersionStrings) return std::nullopt;
   const auto entry = readAt<format::VersionEntry>(
       bytes_, header_.versionOffset + std::size_t{index} * sizeof(format::VersionEntry));
@@ -145,6 +151,7 @@ std::optional<std::u16string_view> ResourceImage::text(std::uint32_t offset,
   if (offset % sizeof(char16_t) != 0) return std::nullopt;
   if (!fits(bytes_, offset, (std::uint64_t{length} + 1) * sizeof(char16_t))) return std::nullopt;
   const auto* units = reinterpret_cast<const char16_t*>(bytes_.data() + offset);
+  // Callers pass the text on as a terminated string, so the terminator is required.
   if (units[length] != 0) return std::nullopt;
   return std::u16string_view(units, length);
 }

@@ -1,8 +1,7 @@
 #pragma once
 
-// Reads an image of resources in place (the layout is in resource_format.h). Images come from
-// files of any origin, so nothing in them is believed: every offset is checked when it is used,
-// and what does not fit is answered with "no such resource".
+// Reads an image of resources in place (resource_format.h has the layout). An image may come from
+// any file, so every offset is checked when it is used; an invalid entry counts as missing.
 
 #include "qxframework/os/resource_format.h"
 
@@ -14,33 +13,36 @@
 
 namespace qx {
 
-/// A view: it owns nothing, copies are cheap, look-ups do not allocate.
+/// A view of an image's bytes. It owns nothing, copies are cheap, look-ups do not allocate.
 class ResourceImage {
  public:
-  /// The image in `bytes`, which must outlive the view. Empty when the header, the index tables or
-  /// the alignment (8) are not as they should be.
+  /// Returns a view of the image in `bytes`, which must outlive it. Returns nothing if the header
+  /// or the place of an index table is invalid, or the bytes are not aligned to 8.
   static std::optional<ResourceImage> open(std::span<const std::byte> bytes);
 
-  /// The address of the index entry of exactly this resource, null when there is none. It is not
+  /// Returns the address of the index entry of exactly this resource, or null. The address is not
   /// aligned and serves as the resource's identity only.
   const std::byte* findResource(std::uint32_t type, std::uint32_t id, std::uint32_t language) const;
-  /// The entry of the resource's first language, null when there is no such resource.
+  /// Returns the entry of the resource's first language, or null.
   const std::byte* findResourceAnyLanguage(std::uint32_t type, std::uint32_t id) const;
-  /// The bytes behind an address that findResource() gave; they may be empty. Nothing for an
-  /// address that is not an entry's or for an entry that points outside the image.
+  /// Returns the bytes of the resource whose entry findResource() returned; they may be empty.
+  /// Returns nothing if the address is no entry's or the entry points outside the image.
   std::optional<std::span<const std::byte>> resourceData(const std::byte* entry) const;
 
+  /// Returns string `id` of the table of `language`, which ends with a zero unit. Returns nothing
+  /// if it is missing or damaged.
   std::optional<std::u16string_view> findString(std::uint32_t language, std::uint32_t id) const;
-  /// The first language id above `language` that has a string table.
+  /// Returns the first language id above `language` that has a string table, or nothing.
   std::optional<std::uint32_t> nextStringLanguage(std::int64_t language) const;
 
-  /// The image as a whole; its header has been checked.
+  /// Returns the image's header. Its size and tables lie within the image.
   const resource_format::Header& header() const { return header_; }
+  /// One entry of the version block; both texts point into the image.
   struct VersionString {
     std::u16string_view key;
     std::u16string_view value;
   };
-  /// Version string `index`; nothing when there is none or its entry is damaged.
+  /// Returns version string `index`, or nothing if it is missing or damaged.
   std::optional<VersionString> versionString(std::uint32_t index) const;
 
  private:

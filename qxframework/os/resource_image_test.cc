@@ -15,7 +15,7 @@ namespace {
 
 namespace format = resource_format;
 
-/// A small image laid out by hand: one resource, two strings, one version string.
+/// A small image with fixed offsets: one resource, two strings, one version string.
 struct Image {
   struct Layout {
     format::Header header{format::kMagic, format::kVersion, 0, 1, 48, 2, 68, 1, 100, 1033, 1200, 0};
@@ -59,14 +59,14 @@ TEST(ResourceImage, IsRefusedWithAForeignHeader) {
   EXPECT_FALSE(version.open());
 }
 
-TEST(ResourceImage, IsRefusedWhenItIsCut) {
+TEST(ResourceImage, IsRefusedIfTruncated) {
   const Image image;
   for (std::size_t size = 0; size < sizeof image.layout; ++size) {
     EXPECT_FALSE(ResourceImage::open(image.bytes().first(size))) << size;
   }
 }
 
-TEST(ResourceImage, IsRefusedWhenItsSizeIsWrong) {
+TEST(ResourceImage, IsRefusedIfItsSizeIsWrong) {
   Image large;
   large.layout.header.size = sizeof large.layout + 1;
   EXPECT_FALSE(large.open());
@@ -75,7 +75,7 @@ TEST(ResourceImage, IsRefusedWhenItsSizeIsWrong) {
   EXPECT_FALSE(small.open());
 }
 
-TEST(ResourceImage, IsRefusedWhenATableLiesOutside) {
+TEST(ResourceImage, IsRefusedIfATableExceedsIt) {
   for (const auto field : {&format::Header::resourceCount, &format::Header::resourceOffset,
                            &format::Header::stringCount, &format::Header::stringOffset,
                            &format::Header::versionCount, &format::Header::versionOffset}) {
@@ -85,7 +85,7 @@ TEST(ResourceImage, IsRefusedWhenATableLiesOutside) {
   }
 }
 
-TEST(ResourceImage, IsRefusedOffItsAlignment) {
+TEST(ResourceImage, IsRefusedIfNotAligned) {
   std::vector<std::uint64_t> storage(18);
   const Image image;
   const auto bytes = std::as_writable_bytes(std::span(storage)).subspan(1, sizeof image.layout);
@@ -93,7 +93,7 @@ TEST(ResourceImage, IsRefusedOffItsAlignment) {
   EXPECT_FALSE(ResourceImage::open(bytes));
 }
 
-TEST(ResourceImage, DamagedEntriesAreNoResources) {
+TEST(ResourceImage, DamagedEntriesAreNotFound) {
   Image image;
   image.layout.resource.size = 0xFFFFFFF0;
   image.layout.strings[0].length = 0x7FFFFFFF;
@@ -114,7 +114,7 @@ TEST(ResourceImage, TextWithoutItsTerminatorIsNotFound) {
   EXPECT_EQ(image.open()->findString(1031, 1), std::nullopt);
 }
 
-TEST(ResourceImage, AddressesThatAreNoEntriesHaveNoData) {
+TEST(ResourceImage, OnlyTheAddressOfAnEntryHasData) {
   const Image image;
   const auto opened = image.open();
   ASSERT_TRUE(opened);
@@ -125,8 +125,18 @@ TEST(ResourceImage, AddressesThatAreNoEntriesHaveNoData) {
   EXPECT_EQ(opened->resourceData(entry + 20), std::nullopt);
 }
 
-TEST(ResourceImage, AnyDamageIsSurvived) {
+/// True if all of `part` lies within `image`.
+template <class Units>
+bool isWithin(const Image& image, const Units& part) {
+  const auto bytes = std::as_bytes(std::span(part));
+  const auto whole = image.bytes();
+  return bytes.data() >= whole.data() && bytes.data() + bytes.size() <= whole.data() + whole.size();
+}
+
+TEST(ResourceImage, ADamagedImageReturnsItsOwnBytesOrNothing) {
   std::mt19937 random(20);
+  int refused = 0;
+  int found = 0;
   for (int round = 0; round < 20000; ++round) {
     Image image;
     auto* bytes = reinterpret_cast<unsigned char*>(&image.layout);
@@ -134,14 +144,31 @@ TEST(ResourceImage, AnyDamageIsSurvived) {
       bytes[8 + random() % (sizeof image.layout - 8)] = static_cast<unsigned char>(random());
     }
     const auto opened = image.open();
-    if (!opened) continue;
-    opened->resourceData(opened->findResourceAnyLanguage(23, 200));
-    opened->findString(1031, 1);
+    if (!opened) {
+      ++refused;
+      continue;
+    }
+    if (const auto data = opened->resourceData(opened->findResourceAnyLanguage(23, 200))) {
+      ASSERT_TRUE(isWithin(image, *data));
+      ++found;
+    }
+    if (const auto text = opened->findString(1031, 1)) {
+      ASSERT_TRUE(isWithin(image, *text));
+      ASSERT_EQ(text->data()[text->size()], 0);
+      ++found;
+    }
     std::size_t languages = 0;
     for (auto last = opened->nextStringLanguage(-1); last; last = opened->nextStringLanguage(*last))
       ASSERT_LT(++languages, 100U);
-    VersionBlock::ofImage(*opened);
+    if (const auto version = opened->versionString(0)) {
+      ASSERT_TRUE(isWithin(image, version->key) && isWithin(image, version->value));
+      ++found;
+    }
+    ASSERT_EQ(VersionBlock::ofImage(*opened).has_value(), opened->header().versionCount > 0);
   }
+  // Both outcomes occur, so neither half of the test is empty.
+  EXPECT_GT(refused, 1000);
+  EXPECT_GT(found, 1000);
 }
 
 }  // namespace

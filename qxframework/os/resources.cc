@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The bits of a language id that name the language without the country.
+// The bits of a language id that name the language without the country.
 constexpr std::uint32_t kPrimaryLanguage = 0x3FF;
 
 const std::byte* entryOf(HRSRC resource) { return reinterpret_cast<const std::byte*>(resource); }
@@ -28,7 +28,7 @@ const std::byte* findNeutral(const qx::ResourceImage& image, unsigned type, unsi
   return image.findResourceAnyLanguage(type, id);
 }
 
-/// String `id` from the first table that `accepts` the language.
+// Returns string `id` from the first table whose language `accepts` admits.
 template <typename Accepts>
 std::optional<std::u16string_view> findInTables(const qx::ResourceImage& image, unsigned id,
                                                 Accepts accepts) {
@@ -56,6 +56,8 @@ HRSRC FindResourceExW(HINSTANCE module, unsigned type, unsigned id, unsigned sho
   return reinterpret_cast<HRSRC>(entry);
 }
 
+// The resource is looked up again, so that a handle of another module, or of one that has been
+// unloaded since, returns null instead of an address that is no longer mapped.
 HGLOBAL LoadResource(HINSTANCE module, HRSRC resource) {
   const auto data = dataOf(module, resource);
   return data ? data->data() : nullptr;
@@ -93,6 +95,7 @@ std::optional<std::u16string_view> findStringAnyLanguage(HINSTANCE module, unsig
 
 unsigned short userLanguage() {
   const std::string name = localeNameFrom(std::getenv("LC_ALL"), nullptr, std::getenv("LANG"));
+  // ICU's buffers for a name have this size; a longer one is no locale's.
   if (name.empty() || name.size() >= ULOC_FULLNAME_CAPACITY) return 0;
   return static_cast<unsigned short>(uloc_getLCID(name.c_str()));
 }

@@ -39,27 +39,27 @@ TEST_P(Resources, AreFoundByTypeAndNumber) {
   EXPECT_EQ(content(found), "<form/>");
 }
 
-TEST_P(Resources, OfNoBytesAreFoundWithSizeZero) {
+TEST_P(Resources, EmptyResourceIsFoundWithSizeZero) {
   const HRSRC found = FindResourceExW(module_, RT_HTML, 201, 0);
   ASSERT_NE(found, nullptr);
   EXPECT_NE(LoadResource(module_, found), nullptr);
   EXPECT_EQ(SizeofResource(module_, found), 0U);
 }
 
-TEST_P(Resources, ThatAreMissingGiveNull) {
+TEST_P(Resources, MissingResourceReturnsNull) {
   EXPECT_EQ(FindResourceExW(module_, RT_HTML, 199, 0), nullptr);
   EXPECT_EQ(FindResourceExW(module_, RT_HTML, 202, 0), nullptr);
   EXPECT_EQ(FindResourceExW(module_, 22, 200, 0), nullptr);
   EXPECT_EQ(FindResourceExW(module_, 24, 200, 0), nullptr);
 }
 
-TEST_P(Resources, OfALanguageAreFoundByIt) {
+TEST_P(Resources, AreFoundByLanguage) {
   EXPECT_EQ(content(FindResourceExW(module_, 10, 5, 1033)), "english");
   EXPECT_EQ(content(FindResourceExW(module_, 10, 5, 1031)), "deutsch");
   EXPECT_EQ(FindResourceExW(module_, 10, 5, 1045), nullptr);
 }
 
-TEST_P(Resources, WithoutALanguageServeEveryLanguage) {
+TEST_P(Resources, NeutralResourceServesEveryLanguage) {
   EXPECT_EQ(content(FindResourceExW(module_, RT_HTML, 200, 1045)), "<form/>");
 }
 
@@ -69,7 +69,7 @@ TEST_P(Resources, NeutralRequestTakesTheUsersLanguageThenTheFirst) {
   EXPECT_EQ(content(FindResourceExW(module_, 10, 5, 0)), "english");
 }
 
-TEST_P(Resources, OfAnotherModuleAreRefused) {
+TEST_P(Resources, ResourceOfAnotherModuleIsRefused) {
   const HRSRC found = FindResourceExW(module_, RT_HTML, 200, 0);
   EXPECT_EQ(LoadResource(nullptr, found), nullptr);
   EXPECT_EQ(SizeofResource(nullptr, found), 0U);
@@ -141,7 +141,7 @@ TEST(UserLanguage, ComesFromLcAllBeforeLang) {
   EXPECT_EQ(userLanguage(), 1036);
 }
 
-TEST(UserLanguage, IsNoneForTheNeutralLocales) {
+TEST(UserLanguage, IsZeroForTheNeutralLocales) {
   const test::ScopedVariable lang("LANG", nullptr);
   for (const char* name : {"C", "POSIX", "C.UTF-8", ".UTF-8"}) {
     const test::ScopedVariable all("LC_ALL", name);

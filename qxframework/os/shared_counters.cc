@@ -14,7 +14,7 @@ namespace qx {
 namespace {
 
 constexpr std::size_t kBytes = SharedCounters::kCount * sizeof(std::int32_t);
-static_assert(kBytes == 200);
+static_assert(kBytes == 200, "processes of different builds share the block");
 
 void resize(int fd, std::size_t size) {
   if (ftruncate(fd, static_cast<off_t>(size)) != 0) {
@@ -22,12 +22,13 @@ void resize(int fd, std::size_t size) {
   }
 }
 
-/// Every user holds the file's shared lock while it has the block. Who gets the exclusive lock is
-/// therefore alone and makes the block new. The step from one lock to the other is not atomic, so
-/// all openers take it one after the other, under `guard`.
+// Every user holds the file's shared lock while it has the block. A process that gets the exclusive
+// lock is therefore alone and resets the block. Changing from one lock to the other is not atomic,
+// so all openers do it one after the other, under `guard`.
 void join(int file, int guard) {
   lockFile(guard, LOCK_EX);
   if (lockFile(file, LOCK_EX | LOCK_NB)) {
+    // Growing from nothing fills the file with zeros.
     resize(file, 0);
     resize(file, kBytes);
   }
@@ -45,7 +46,7 @@ struct SharedCounters::State {
   State(const State&) = delete;
   State& operator=(const State&) = delete;
   ~State() {
-    // Before the lock goes with the file: nobody may make the block new under a user.
+    // Before the file is closed, which ends the lock: no process may reset a block in use.
     if (memory != MAP_FAILED) munmap(memory, kBytes);
   }
 };

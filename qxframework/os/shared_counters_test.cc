@@ -23,7 +23,7 @@ class SharedCountersTest : public testing::Test {
   test::TempFolder folder_;
 };
 
-TEST_F(SharedCountersTest, AreFiftyZerosForTheFirst) {
+TEST_F(SharedCountersTest, AreFiftyZerosForTheFirstUser) {
   const SharedCounters counters(u"Attach", folder_.path());
   for (std::size_t index = 0; index < SharedCounters::kCount; ++index) {
     EXPECT_EQ(counters.get(index), 0);
@@ -40,7 +40,7 @@ TEST_F(SharedCountersTest, AreSharedWithinAProcess) {
   EXPECT_EQ(std::atomic_ref(first.data()[49]).load(), 2);
 }
 
-TEST_F(SharedCountersTest, OfDifferentNamesAreDifferent) {
+TEST_F(SharedCountersTest, BlocksOfDifferentNamesAreSeparate) {
   SharedCounters first(u"Attach", folder_.path());
   first.add(0, 1);
   EXPECT_EQ(SharedCounters(u"Other", folder_.path()).get(0), 0);
@@ -67,7 +67,7 @@ TEST_F(SharedCountersTest, StartAgainAtZeroAfterTheLastUser) {
   EXPECT_EQ(open().get(0), 0);
 }
 
-TEST_F(SharedCountersTest, OutliveOneUserWhileAnotherHasThem) {
+TEST_F(SharedCountersTest, OutliveAUserWhileAnotherRemains) {
   auto first = std::make_unique<SharedCounters>(u"Attach", folder_.path());
   first->add(0, 4);
   const SharedCounters second(u"Attach", folder_.path());
@@ -75,7 +75,7 @@ TEST_F(SharedCountersTest, OutliveOneUserWhileAnotherHasThem) {
   EXPECT_EQ(open().get(0), 4);
 }
 
-TEST_F(SharedCountersTest, OfAKilledLastUserAreGone) {
+TEST_F(SharedCountersTest, StartAgainAtZeroAfterTheLastUserIsKilled) {
   ChildProcess child([this](const ChildProcess::End& parent) {
     SharedCounters counters = open();
     counters.add(3, 1);
@@ -87,7 +87,7 @@ TEST_F(SharedCountersTest, OfAKilledLastUserAreGone) {
   EXPECT_EQ(open().get(3), 0);
 }
 
-TEST_F(SharedCountersTest, OfAKilledUserStayWhileAnotherHasThem) {
+TEST_F(SharedCountersTest, OutliveAKilledUserWhileAnotherRemains) {
   ChildProcess child([this](const ChildProcess::End& parent) {
     SharedCounters counters = open();
     counters.add(3, 1);
@@ -103,7 +103,7 @@ TEST_F(SharedCountersTest, OfAKilledUserStayWhileAnotherHasThem) {
   EXPECT_EQ(open().get(3), 0);
 }
 
-TEST_F(SharedCountersTest, ALeftoverFileOfAnySizeIsMadeNew) {
+TEST_F(SharedCountersTest, ALeftoverFileOfAnySizeIsReset) {
   for (const std::size_t size : {1U, 200U, 5000U}) {
     std::ofstream(folder_.path() / "Attach.counters") << std::string(size, 'x');
     EXPECT_EQ(open().get(0), 0);
@@ -112,8 +112,8 @@ TEST_F(SharedCountersTest, ALeftoverFileOfAnySizeIsMadeNew) {
 }
 
 TEST_F(SharedCountersTest, ManyOpenersAtOnceAgreeOnOneBlock) {
-  // Each child opens, counts itself and keeps the block; if any of them had made the block new
-  // under another, the sum would be too small.
+  // Each child opens the block, counts itself and keeps the block. If one of them reset the block
+  // while another used it, the sum would be too small.
   constexpr int kChildren = 16;
   std::vector<std::unique_ptr<ChildProcess>> children;
   for (int index = 0; index < kChildren; ++index) {
@@ -130,7 +130,7 @@ TEST_F(SharedCountersTest, ManyOpenersAtOnceAgreeOnOneBlock) {
   EXPECT_EQ(open().get(7), kChildren);
 }
 
-TEST_F(SharedCountersTest, AFolderThatIsMissingIsToldByAnException) {
+TEST_F(SharedCountersTest, ThrowIfTheFolderIsMissing) {
   EXPECT_THROW(SharedCounters(u"Attach", folder_.path() / "none"), std::system_error);
 }
 

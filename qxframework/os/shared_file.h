@@ -1,7 +1,7 @@
 #pragma once
 
-// Files through which the processes of a machine meet: locks and shared memory. They lie in one
-// folder that several users share.
+// Files that the processes of a machine share for locks and shared memory. They are in one folder
+// that all users share.
 
 #include "qxframework/os/unique_fd.h"
 
@@ -10,19 +10,19 @@
 
 namespace qx {
 
-/// The machine-wide folder: QX_RUNTIME_DIR if that is set, else "qxframework" in /run/lock or,
-/// where that does not exist or may not be written, in /tmp. It is created if need be, for
-/// everybody to write but not to remove others' files. Throws std::system_error when there is none.
+/// Returns the machine-wide folder: QX_RUNTIME_DIR if that is set, else "qxframework" in /run/lock
+/// or, if that does not exist or is not writable, in /tmp. Creates it if it is missing, so that
+/// every user can write but not remove the files of others. Throws std::system_error if all fail.
 std::filesystem::path runtimeFolder();
 
-/// Opens the file for `name` and `suffix` in `folder` for reading and writing, and creates it first
-/// if need be, for every user. Characters of `name` that do not belong into a file name are
-/// replaced without making two names equal. Throws std::system_error.
+/// Opens the file for `name` and `suffix` in `folder` for reading and writing; creates it, for
+/// every user, if it is missing. Characters of `name` that are unsafe in a file name are escaped,
+/// so that different names keep different files. Throws std::system_error if that fails.
 UniqueFd openSharedFile(const std::filesystem::path& folder, std::u16string_view name,
                         std::string_view suffix);
 
-/// flock() with `operation`, again after each interruption. False only when LOCK_NB was given and
-/// the lock is taken. Throws std::system_error.
+/// Calls flock() with `operation`, again after each interruption by a signal. Returns false only if
+/// LOCK_NB was given and the lock is taken. Throws std::system_error if it fails otherwise.
 bool lockFile(int fd, int operation);
 
 }  // namespace qx

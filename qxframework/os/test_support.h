@@ -1,6 +1,6 @@
 #pragma once
 
-// Helpers of this folder's tests.
+// A loaded module and a child process, for this folder's tests.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -16,7 +16,7 @@
 
 namespace qx {
 
-/// A shared object that is loaded while this object lives.
+/// Loads a shared object and unloads it at the end of its life. Throws if that fails.
 class LoadedModule {
  public:
   explicit LoadedModule(const std::string& path) : handle_(dlopen(path.c_str(), RTLD_NOW)) {
@@ -36,16 +36,17 @@ class LoadedModule {
   void* handle_;
 };
 
-/// A forked process that runs `body` and speaks with this one through two pipes. `body` gets the
-/// child's end: say() tells the other side that a step is done, hear() waits for it.
+/// Forks a process that runs `body` and exchanges single characters with this one through two
+/// pipes, so that the two can proceed in steps. `body` gets the child's end.
 class ChildProcess {
  public:
   class End {
    public:
+    /// Sends a character to the other side.
     void say(char word) const {
       if (write(out_, &word, 1) != 1) std::abort();
     }
-    /// The other side's next word; 0 when it is gone.
+    /// Waits for the other side's next character. Returns 0 if the other side has ended.
     char hear() const {
       char word = 0;
       return read(in_, &word, 1) == 1 ? word : '\0';
@@ -91,7 +92,7 @@ class ChildProcess {
 
   void signal(int number) const { ::kill(process_, number); }
 
-  /// Kills the process as nothing can prevent, and waits until it is gone.
+  /// Kills the process by SIGKILL, which it cannot catch, and waits until it has ended.
   void kill() {
     if (process_ <= 0) return;
     ::kill(process_, SIGKILL);

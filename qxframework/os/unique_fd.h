@@ -1,12 +1,14 @@
 #pragma once
 
+// Ownership of a file descriptor.
+
 #include <unistd.h>
 
 #include <utility>
 
 namespace qx {
 
-/// Owns a file descriptor; -1 is none.
+/// Owns a file descriptor and closes it. A negative number means no descriptor.
 class UniqueFd {
  public:
   explicit UniqueFd(int fd = -1) : fd_(fd) {}

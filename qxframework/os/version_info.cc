@@ -22,6 +22,7 @@ std::optional<VersionBlock> VersionBlock::ofModule(HINSTANCE module) {
 std::optional<VersionBlock> VersionBlock::ofImage(const ResourceImage& image) {
   const resource_format::Header& header = image.header();
   if (header.versionCount == 0) return std::nullopt;
+  // The texts are copied, because a file's image lives only until ofFile() returns.
   VersionBlock block;
   block.translation_ = {header.language, header.codePage};
   for (std::uint32_t index = 0; index < header.versionCount; ++index) {

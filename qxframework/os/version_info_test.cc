@@ -32,7 +32,7 @@ TEST(VersionBlock, IsReadFromALoadedModule) {
   expectFixture(VersionBlock::ofModule(GetModuleHandleW(u"QXFixture.dll")));
 }
 
-TEST(VersionBlock, OfTheExecutableIsReadFromItsFileAndFromItself) {
+TEST(VersionBlock, OfTheExecutableIsReadFromMemoryAndFromItsFile) {
   const auto own = VersionBlock::ofModule(nullptr);
   ASSERT_TRUE(own);
   EXPECT_EQ(own->query(u"InternalName"), (VersionBlock::Value{u"QXOsTest.exe", 13}));
@@ -54,14 +54,14 @@ TEST(VersionBlock, KeysAreComparedWithoutCase) {
   EXPECT_EQ(block->query(u"fileversion"), (VersionBlock::Value{u"9.20.00.01", 11}));
 }
 
-TEST(VersionBlock, MissingKeyGivesNothing) {
+TEST(VersionBlock, MissingKeyReturnsNothing) {
   const auto block = VersionBlock::ofFile(QX_OS_FIXTURE);
   ASSERT_TRUE(block);
   EXPECT_EQ(block->query(u"SpecialBuild"), std::nullopt);
   EXPECT_EQ(block->query(u""), std::nullopt);
 }
 
-TEST(VersionBlock, IsMissingWhereThereIsNoModule) {
+TEST(VersionBlock, IsMissingInAFileThatIsNoModule) {
   const test::TempFolder folder;
   const std::filesystem::path text = folder.path() / "text";
   std::ofstream(text) << "no module";

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a tool refuses in its input: where it stands, what is wrong and what to do about it.
+// Errors in the input of a tool: the place, the problem and the remedy.
 
 #include <cstddef>
 #include <stdexcept>
@@ -8,15 +8,15 @@
 
 namespace qx::input {
 
-/// A place in an input file; line and column count from 1, 0 means the file as a whole. Columns
-/// count code points.
+/// A place in an input file. Line and column count from 1, columns in code points; line 0 means the
+/// file as a whole.
 struct Location {
   std::string file;
   std::size_t line = 0;
   std::size_t column = 0;
 };
 
-/// Raised for every refused input; `what()` reads "file:line:column: error: problem; remedy".
+/// Thrown for refused input. `what()` returns "file:line:column: error: problem; remedy".
 class Diagnostic : public std::runtime_error {
  public:
   Diagnostic(const Location& location, const std::string& problem, const std::string& remedy)

@@ -1,6 +1,6 @@
 #pragma once
 
-// Checked conversion of input text: a malformed sequence is refused with its place.
+// Conversion of input text that refuses a malformed sequence with its place.
 
 #include "tools/input/diagnostic.h"
 
@@ -10,10 +10,11 @@
 
 namespace qx::input {
 
-/// UTF-16 of `text`, which begins at `start`. Throws Diagnostic at the first malformed sequence.
+/// Converts `text`, a part of one line that begins at `start`, to UTF-16. Throws Diagnostic with
+/// the place of the first malformed sequence.
 std::u16string convertUtf8(std::string_view text, const Location& start);
 
-/// Number of code points in `text`, for columns.
+/// Returns the number of code points in `text`, for columns. Each malformed byte counts as one.
 std::size_t codePointCount(std::string_view text);
 
 }  // namespace qx::input

@@ -11,6 +11,7 @@ namespace {
 
 namespace format = resource_format;
 
+// All sizes, counts and offsets in the image have 32 bits and the same limit.
 std::uint32_t checked(std::size_t value) {
   if (value > format::kLargestImage) {
     throw std::length_error("error: the resources are larger than 256 MiB; embed less");
@@ -18,8 +19,8 @@ std::uint32_t checked(std::size_t value) {
   return static_cast<std::uint32_t>(value);
 }
 
-/// The image under construction: the index tables have their final size from the start, data is
-/// appended behind them.
+// Builds an image: the header and the index tables get their final size first, then the data is
+// appended after them and the entries are filled in.
 class ImageBuilder {
  public:
   explicit ImageBuilder(const ResourceSet& set) : set_(set) {
@@ -50,6 +51,7 @@ class ImageBuilder {
   }
 
  private:
+  // Places a table at `start` and returns its end.
   static std::size_t reserve(std::size_t start, std::size_t count, std::size_t entrySize,
                              std::uint32_t& countField, std::uint32_t& offsetField) {
     countField = checked(count);
@@ -57,10 +59,12 @@ class ImageBuilder {
     return start + count * entrySize;
   }
 
+  // The maps are sorted by their keys, which is the order that the readers search by.
   void writeResources() {
     std::size_t at = header_.resourceOffset;
     for (const auto& [key, data] : set_.resources) {
       const auto& [type, id, language] = key;
+      // Callers may read a resource as structures or UTF-16 text, so each one begins aligned.
       align(8);
       put(at,
           format::ResourceEntry{type, id, language, checked(image_.size()), checked(data.size())});
@@ -92,7 +96,7 @@ class ImageBuilder {
   std::uint32_t append(const std::u16string& text) {
     align(2);
     const std::uint32_t offset = checked(image_.size());
-    // c_str() has the terminating zero unit behind the text.
+    // c_str() includes the terminating zero unit.
     image_.append(reinterpret_cast<const char*>(text.c_str()),
                   (text.size() + 1) * sizeof(char16_t));
     return offset;
@@ -100,6 +104,7 @@ class ImageBuilder {
 
   void align(std::size_t step) { image_.resize((image_.size() + step - 1) / step * step); }
 
+  // Copies the bytes: storing through a pointer to T would be undefined in an array of char.
   template <typename T>
   void put(std::size_t offset, const T& value) {
     std::memcpy(image_.data() + offset, &value, sizeof value);
@@ -110,7 +115,7 @@ class ImageBuilder {
   std::string image_;
 };
 
-/// `path` between double quotes, for the assembler.
+// Returns `path` between double quotes, for the assembler.
 std::string quoted(const std::filesystem::path& path) {
   std::string out(1, '"');
   for (const char letter : path.string()) {
@@ -121,7 +126,7 @@ std::string quoted(const std::filesystem::path& path) {
   return out;
 }
 
-/// `path` as a word of a dependency file.
+// Returns `path` as a word of a dependency file, in the syntax of make.
 std::string escaped(const std::filesystem::path& path) {
   std::string out;
   for (const char letter : path.string()) {
@@ -132,8 +137,9 @@ std::string escaped(const std::filesystem::path& path) {
   return out;
 }
 
-// The source before and behind the image's path. The note refers to the image, so the linker keeps
-// both.
+// The source before and after the image's path. It is assembler text, because .incbin is quick for
+// a large image, unlike an array of numbers for the compiler. The note refers to the image, so the
+// linker keeps both. The assertion below checks the numbers in the note.
 constexpr std::string_view kSourceHead = R"==(// Written by qxrc: the resources of this module.
 asm(R"=(
   .pushsection .qxres,"a",%progbits
@@ -165,6 +171,7 @@ std::string buildImage(const ResourceSet& set) { return ImageBuilder(set).build(
 
 std::string embeddingSource(const std::filesystem::path& imageFile) {
   std::string source(kSourceHead);
+  // Absolute, because the compiler may run in another folder.
   source.append(quoted(std::filesystem::absolute(imageFile))).append(kSourceTail);
   return source;
 }

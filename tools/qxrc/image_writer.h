@@ -1,7 +1,7 @@
 #pragma once
 
-// Writes what a module gets: the image of its resources and the C++ source that places the image
-// into the module.
+// The outputs of the resource compiler: the image of a module's resources, the C++ source that puts
+// it into the module, and the dependencies of both.
 
 #include "tools/qxrc/manifest.h"
 
@@ -11,15 +11,15 @@
 
 namespace qx::qxrc {
 
-/// The image of `set` in the layout of resource_format.h. Equal sets give equal images. Throws
-/// std::length_error above 256 MiB.
+/// Returns the image of `set` in the layout of resource_format.h. Equal sets have equal images.
+/// Throws std::length_error if it exceeds 256 MiB.
 std::string buildImage(const ResourceSet& set);
 
-/// A C++ source file that puts the bytes of `imageFile` into the section ".qxres", with the note
-/// that leads there.
+/// Returns a C++ source file that puts the bytes of `imageFile` into the section ".qxres", with the
+/// note that leads there.
 std::string embeddingSource(const std::filesystem::path& imageFile);
 
-/// A dependency file for the build tool: `target` depends on `inputs`.
+/// Returns a dependency file for the build tool: `target` depends on `inputs`.
 std::string dependencyFile(const std::filesystem::path& target,
                            const std::vector<std::filesystem::path>& inputs);
 

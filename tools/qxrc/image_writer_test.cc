@@ -25,7 +25,7 @@ ResourceSet sampleSet() {
   return set;
 }
 
-TEST(ImageWriter, AnEmptySetIsAHeaderAlone) {
+TEST(ImageWriter, AnEmptySetIsOnlyAHeader) {
   const std::string image = buildImage({});
   ASSERT_EQ(image.size(), sizeof(resource_format::Header));
   const auto header = entryAt<resource_format::Header>(image, 0);
@@ -50,7 +50,7 @@ TEST(ImageWriter, SortsResourcesByTypeIdAndLanguage) {
   EXPECT_EQ(image.substr(third.offset, third.size), "<form/>");
 }
 
-TEST(ImageWriter, TextsStandAtEvenOffsetsWithAZeroUnitBehind) {
+TEST(ImageWriter, TextsBeginAtEvenOffsetsAndEndWithAZeroUnit) {
   const std::string image = buildImage(sampleSet());
   const auto header = entryAt<resource_format::Header>(image, 0);
   ASSERT_EQ(header.stringCount, 3U);
@@ -61,7 +61,7 @@ TEST(ImageWriter, TextsStandAtEvenOffsetsWithAZeroUnitBehind) {
   EXPECT_EQ(image.substr(german.offset, 10), std::string("e\0i\0n\0s\0\0\0", 10));
 }
 
-TEST(ImageWriter, EqualSetsGiveEqualImages) {
+TEST(ImageWriter, EqualSetsHaveEqualImages) {
   EXPECT_EQ(buildImage(sampleSet()), buildImage(sampleSet()));
 }
 

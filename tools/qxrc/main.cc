@@ -1,4 +1,5 @@
-// qxrc: compiles a manifest of resources for embedding into a module. qx_embed_resources() runs it.
+// qxrc compiles a manifest of resources for embedding into a module. The CMake function
+// qx_embed_resources() runs it.
 
 #include "tools/input/diagnostic.h"
 #include "tools/qxrc/image_writer.h"
@@ -24,6 +25,7 @@ struct Arguments {
 void writeFile(const std::string& path, const std::string& content) {
   std::ofstream stream(path, std::ios::binary | std::ios::trunc);
   stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+  // Only closing writes the last bytes out, so the state is checked after it.
   stream.close();
   if (!stream) {
     throw qx::input::Diagnostic({path}, "the file cannot be written",
@@ -31,7 +33,8 @@ void writeFile(const std::string& path, const std::string& content) {
   }
 }
 
-/// Everything is read and checked before the first file is written.
+// Reads and checks everything before the first file is written. The source is written last: it is
+// the file by which the build tool decides that the others are up to date.
 void compile(const Arguments& arguments) {
   const qx::qxrc::ResourceSet set = qx::qxrc::readManifest(arguments.manifest);
   writeFile(arguments.image, qx::qxrc::buildImage(set));

@@ -1,4 +1,4 @@
-// The program itself: its files, its exit codes and what it prints.
+// Tests the program itself: its files, its exit codes and its output.
 
 #include "testing/temp_folder.h"
 
@@ -57,7 +57,7 @@ TEST_F(QxrcProgram, WritesImageSourceAndDependencies) {
             folder + "/m.cc: \\\n  " + folder + "/m.toml \\\n  " + folder + "/form.xml\n");
 }
 
-TEST_F(QxrcProgram, ARefusedManifestIsToldAndLeavesNoFile) {
+TEST_F(QxrcProgram, ReportsARefusedManifestAndWritesNoFile) {
   folder_.write("m.toml", "[xml]\n200 = \"none.xml\"\n");
   const Outcome outcome = run();
   EXPECT_NE(outcome.exitCode, 0);

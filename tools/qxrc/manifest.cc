@@ -24,6 +24,7 @@ using input::Location;
 constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kLargestLanguage = 0xFFFF;
 
+// A folder opens like a file and only fails when it is read, so it is excluded first.
 std::optional<std::string> readFile(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;
@@ -32,6 +33,7 @@ std::optional<std::string> readFile(const std::filesystem::path& path) {
   return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
+// Reads one manifest. It stops at the first error, which it throws with its place.
 class ManifestReader {
  public:
   explicit ManifestReader(const std::filesystem::path& manifest)
@@ -58,6 +60,7 @@ class ManifestReader {
     }
   }
 
+  // Unknown names are refused everywhere: they are misspelt ones, which would otherwise be ignored.
   void readSection(const toml::key& key, const toml::node& node) {
     if (key == "version") return readVersion(table(node, "version"));
     if (key == "xml") return readXml(table(node, "xml"));
@@ -80,6 +83,7 @@ class ManifestReader {
                          "use language, code_page or the table version.strings");
       }
     }
+    // Zero strings mean in the image that there is no version block at all.
     if (set_.versionStrings.empty()) {
       throw Diagnostic(at(section.source()), "the version block has no strings",
                        "add a table [version.strings] or remove [version]");
@@ -93,16 +97,17 @@ class ManifestReader {
     }
     if (section.size() > resource_format::kMostVersionStrings) {
       throw Diagnostic(at(section.source()), "the version block has too many strings",
-                       "leave at most " + std::to_string(resource_format::kMostVersionStrings));
+                       "keep at most " + std::to_string(resource_format::kMostVersionStrings));
     }
   }
 
+  // The readers refuse longer texts as damage.
   std::u16string versionText(std::string_view value, const toml::source_region& source) const {
     std::u16string converted = convertUtf8(value, at(source));
     if (converted.size() <= resource_format::kLongestVersionText) return converted;
     throw Diagnostic(
         at(source), "the text is too long for a version block",
-        "leave at most " + std::to_string(resource_format::kLongestVersionText) + " units");
+        "shorten it to at most " + std::to_string(resource_format::kLongestVersionText) + " units");
   }
 
   void readXml(const toml::table& section) {
@@ -135,12 +140,13 @@ class ManifestReader {
     addResource({type, id, languageId}, entry.source(), load(member(entry, "file")));
   }
 
+  // The key is the identity of a resource: readers find only one resource per key.
   void addResource(const ResourceKey& key, const toml::source_region& source, std::string data) {
     if (set_.resources.emplace(key, std::move(data)).second) return;
     const auto& [type, id, language] = key;
     throw Diagnostic(at(source),
                      "resource type " + std::to_string(type) + " id " + std::to_string(id) +
-                         " language " + std::to_string(language) + " stands here a second time",
+                         " language " + std::to_string(language) + " is defined a second time here",
                      "remove one of the two or give it another id");
   }
 
@@ -148,16 +154,18 @@ class ManifestReader {
     for (const auto& [key, node] : section) {
       const std::uint32_t language = keyNumber(key, kLargestLanguage, "a language id");
       const std::string content = load(node);
+      // load() has just appended the table's path, which the table's own diagnostics name.
       StringTable parsed = parseStringTable(set_.inputs.back().string(), content);
+      // TOML itself refuses equal keys only: 1033 and 01033 are different keys of one language.
       if (!set_.strings.emplace(language, std::move(parsed)).second) {
         throw Diagnostic(at(key.source()),
-                         "language " + std::to_string(language) + " stands here a second time",
+                         "language " + std::to_string(language) + " is defined a second time here",
                          "remove one of the two tables");
       }
     }
   }
 
-  /// The content of the file that `node` names.
+  // Returns the content of the file that `node` names and records its path.
   std::string load(const toml::node& node) {
     const std::filesystem::path path = folder_ / text(node);
     std::optional<std::string> content = readFile(path);
@@ -181,6 +189,7 @@ class ManifestReader {
                      "add the line '" + std::string(name) + " = …'");
   }
 
+  // value_exact() converts nothing: a number is no text, and 1.0 is no integer.
   std::string text(const toml::node& node) const {
     if (const auto value = node.value_exact<std::string>()) return *value;
     throw Diagnostic(at(node.source()), "the value is not a text", "write it in double quotes");
@@ -195,6 +204,7 @@ class ManifestReader {
                      "write an integer from 0 to " + std::to_string(largest));
   }
 
+  // TOML keys are texts, even if they look like numbers. from_chars() accepts no sign.
   std::uint32_t keyNumber(const toml::key& key, std::uint32_t largest, const char* kind) const {
     const std::string_view digits = key.str();
     std::uint32_t value = 0;

@@ -14,7 +14,7 @@
 //     [xml]                      # XML files by number: resources of type 23, language neutral
 //     200 = "init_progress.xml"
 //
-//     [[resource]]               # any other resource, read as it stands; may be empty
+//     [[resource]]               # any other resource, stored unchanged; may be empty
 //     type = 10
 //     id = 5
 //     language = 1031            # 0, neutral, if left out
@@ -37,10 +37,10 @@
 
 namespace qx::qxrc {
 
-/// Type, id, language.
+/// The type, id and language of a resource.
 using ResourceKey = std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>;
 
-/// All that goes into an image, read and checked.
+/// The checked content of an image.
 struct ResourceSet {
   std::map<ResourceKey, std::string> resources;
   std::map<std::uint32_t, StringTable> strings;  ///< by language id
@@ -50,7 +50,7 @@ struct ResourceSet {
   std::vector<std::filesystem::path> inputs;  ///< every file that was read, the manifest first
 };
 
-/// Reads `manifest` and every file that it names. Throws input::Diagnostic.
+/// Reads `manifest` and every file that it names. Throws input::Diagnostic if one is refused.
 ResourceSet readManifest(const std::filesystem::path& manifest);
 
 }  // namespace qx::qxrc

@@ -19,7 +19,7 @@ class Manifest : public testing::Test {
     return readManifest(folder_.write("module.toml", content));
   }
 
-  /// The diagnostic without the folder's name.
+  /// Returns the diagnostic for `content` without the folder's name, or "accepted".
   std::string refusal(std::string_view content) {
     try {
       read(content);
@@ -69,7 +69,7 @@ file = "blob.bin"
   EXPECT_EQ(set.versionCodePage, 1252);
 }
 
-TEST_F(Manifest, TranslationIsEnglishAndUnicodeWhenLeftOut) {
+TEST_F(Manifest, LanguageAndCodePageDefaultToEnglishAndUnicode) {
   const ResourceSet set = read("[version.strings]\nFileVersion = \"1\"\n");
   EXPECT_EQ(set.versionLanguage, 1033);
   EXPECT_EQ(set.versionCodePage, 1200);
@@ -81,7 +81,7 @@ TEST_F(Manifest, AcceptsAnEmptyResource) {
             (std::map<ResourceKey, std::string>{{{23, 1, 0}, ""}}));
 }
 
-TEST_F(Manifest, NamesEveryFileThatItRead) {
+TEST_F(Manifest, ListsEveryFileThatItRead) {
   folder_.write("form.xml", "<form/>");
   folder_.write("1033.txt", "1 = a\n");
   const ResourceSet set = read("[strings]\n1033 = \"1033.txt\"\n[xml]\n1 = \"form.xml\"\n");
@@ -112,10 +112,11 @@ TEST_F(Manifest, RefusesAFolderInPlaceOfAFile) {
 
 TEST_F(Manifest, RefusesADuplicateResource) {
   folder_.write("a.xml", "<a/>");
-  EXPECT_EQ(refusal("[[resource]]\ntype = 10\nid = 1\nfile = \"a.xml\"\n"
-                    "[[resource]]\ntype = 10\nid = 1\nfile = \"a.xml\"\n"),
-            "module.toml:5:1: error: resource type 10 id 1 language 0 stands here a second time; "
-            "remove one of the two or give it another id");
+  EXPECT_EQ(
+      refusal("[[resource]]\ntype = 10\nid = 1\nfile = \"a.xml\"\n"
+              "[[resource]]\ntype = 10\nid = 1\nfile = \"a.xml\"\n"),
+      "module.toml:5:1: error: resource type 10 id 1 language 0 is defined a second time here; "
+      "remove one of the two or give it another id");
 }
 
 TEST_F(Manifest, RefusesADuplicateXmlNumber) {
@@ -163,18 +164,18 @@ TEST_F(Manifest, RefusesAVersionBlockWithoutStrings) {
 
 TEST_F(Manifest, RefusesMoreThanAVersionBlockHolds) {
   EXPECT_EQ(refusal("[version.strings]\na = \"" + std::string(32768, 'x') + "\"\n"),
-            "module.toml:2:5: error: the text is too long for a version block; leave at most "
-            "32767 units");
+            "module.toml:2:5: error: the text is too long for a version block; shorten it to at "
+            "most 32767 units");
   std::string many = "[version.strings]\n";
   for (int index = 0; index < 257; ++index) many += "k" + std::to_string(index) + " = \"\"\n";
   EXPECT_EQ(refusal(many),
-            "module.toml:1:1: error: the version block has too many strings; leave at most 256");
+            "module.toml:1:1: error: the version block has too many strings; keep at most 256");
 }
 
-TEST_F(Manifest, TellsThePlaceInAStringTable) {
+TEST_F(Manifest, ReportsThePlaceInAStringTable) {
   folder_.write("1033.txt", "1 = a\n1 = b\n");
   EXPECT_EQ(refusal("[strings]\n1033 = \"1033.txt\"\n"),
-            "1033.txt:2:1: error: string id 1 stands here a second time; remove one of the two "
+            "1033.txt:2:1: error: string id 1 is defined a second time here; remove one of the two "
             "lines or give it another id");
 }
 

@@ -2,14 +2,14 @@
 
 // A string table: one UTF-8 text file per language, one text per line.
 //
-//     # a comment; blank lines count for nothing
+//     # a comment; blank lines are skipped too
 //     202 = Initialization failed
 //     551 = Halvex Add-On\tLog Settings\n
 //
-// Left of the first `=` stands the decimal id. One blank behind the `=` is skipped; the text is all
-// that follows to the end of the line, further blanks included, `#` included. Escapes: `\n` line
-// feed, `\r` carriage return, `\t` tab, `\s` a blank (for texts that begin or end with one), `\\` a
-// backslash. A byte-order mark and CR before LF are skipped.
+// The decimal id precedes the first `=`. One blank after the `=` is skipped; the text is the rest
+// of the line, including further blanks and `#`. Escapes: `\n` line feed, `\r` carriage return,
+// `\t` tab, `\s` a blank (for texts that begin or end with one), `\\` a backslash. A byte-order
+// mark and CR before LF are skipped.
 
 #include <cstdint>
 #include <map>
@@ -18,9 +18,11 @@
 
 namespace qx::qxrc {
 
+/// Texts by their ids.
 using StringTable = std::map<std::uint32_t, std::u16string>;
 
-/// The table in `content`; `file` is named in diagnostics. Throws input::Diagnostic.
+/// Returns the table in `content`. Throws input::Diagnostic, which names `file`, for the first line
+/// that is refused.
 StringTable parseStringTable(const std::string& file, std::string_view content);
 
 }  // namespace qx::qxrc

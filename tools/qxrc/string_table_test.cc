@@ -10,6 +10,7 @@
 namespace qx::qxrc {
 namespace {
 
+/// Returns the diagnostic for `content`, or "accepted".
 std::string refusal(std::string_view content) {
   try {
     parseStringTable("1033.txt", content);
@@ -61,7 +62,7 @@ TEST(StringTable, RefusesALineWithoutAnEqualSign) {
             "1033.txt:2:3: error: the line has no '='; write 'id = text', or # before a comment");
 }
 
-TEST(StringTable, RefusesAnIdThatIsNoNumber) {
+TEST(StringTable, RefusesAnIdThatIsNotANumber) {
   EXPECT_EQ(refusal("QX_TEXT = a\n"),
             "1033.txt:1:1: error: 'QX_TEXT' is not a string id; begin the line with a decimal "
             "number from 0 to 4294967295");
@@ -72,7 +73,7 @@ TEST(StringTable, RefusesAnIdThatIsNoNumber) {
 
 TEST(StringTable, RefusesADuplicateId) {
   EXPECT_EQ(refusal("5 = a\n6 = b\n5 = c\n"),
-            "1033.txt:3:1: error: string id 5 stands here a second time; remove one of the two "
+            "1033.txt:3:1: error: string id 5 is defined a second time here; remove one of the two "
             "lines or give it another id");
 }
 
@@ -85,7 +86,7 @@ TEST(StringTable, RefusesAnUnknownEscapeAtItsColumnInCodePoints) {
 TEST(StringTable, RefusesABackslashAtTheEndOfTheLine) {
   EXPECT_EQ(refusal("5 = a\\\n6 = b\n"),
             "1033.txt:1:6: error: the line ends with a single backslash; write \\\\ for a "
-            "backslash; a text cannot go on in the next line");
+            "backslash; a text cannot continue on the next line");
 }
 
 TEST(StringTable, RefusesMalformedUtf8WithItsPlace) {

@@ -1,2 +1,2 @@
-// A shared library with resources, for the tests; nothing in it refers to them.
+// A shared library for the tests. No code in it refers to its resources.
 extern "C" __attribute__((visibility("default"))) int qxFixtureAnswer() { return 42; }
