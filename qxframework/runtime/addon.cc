@@ -19,12 +19,13 @@
 
 namespace {
 
-// Frozen: hosts know an add-on without an identifier of its own by this one.
+// Frozen: hosts recognise an add-on that brings no identifier by this one.
 constexpr OLECHAR kDefaultIdentifier[] =
     u"7345B5E8EC23B9F11C2E42C77ECB121327255F6061C5"
     u"7415E6FBCD522FA9222FF82643C2AA9C021171D9DC0C";
 static_assert(std::size(kDefaultIdentifier) == 88 + 1);
 
+// The host's answer that it refuses the connection or the application.
 constexpr long kRefused = 1;
 constexpr long kDefaultApplication = -1;
 
@@ -58,6 +59,7 @@ CQXAddOn::CQXAddOn(std::u16string connection, std::u16string moduleName, std::u1
 }
 
 CQXAddOn::~CQXAddOn() {
+  // UnadviseEvents calls no hook, so the handler may go before it.
   delete std::exchange(m_pDispatch, nullptr);
   if (m_pEventSink != nullptr) {
     m_pEventSink->UnadviseEvents();
@@ -71,12 +73,15 @@ CQXAddOn::~CQXAddOn() {
 }
 
 long CQXAddOn::Connect(unsigned char startupDone) {
+  // The application number is not known yet, so this scope logs with 0.
   Scope hr(u"CQXAddOn::Connect", 0, 0);
   hr = CoInitialize(nullptr);
   ReportHostVersion(hr);
   CComPtr<IHalvexGuiApi> api;
   hr = qx::createInstance(CLSID_HalvexGuiApi, CLSCTX_ALL, &api.p);
   if (hr < 0) {
+    // The machine has no host, which is no fault of the add-on: the user knows, and the result is
+    // 0.
     showConnectionError(hr);
     return hr = S_OK;
   }
@@ -87,6 +92,7 @@ long CQXAddOn::Connect(unsigned char startupDone) {
     return hr;
   }
   Start(hr, application, startupDone != 0);
+  // Results above 0 count as failures here, as in most tests of a start.
   if (hr != S_OK) {
     hr.LogError(u"Initialization failed");
     ShowInitializationFailed();
@@ -103,6 +109,7 @@ void CQXAddOn::ReportHostVersion(Scope& hr) {
 
 void CQXAddOn::OpenApplication(Scope& hr, IHalvexGuiApi* api, CComPtr<IApplication>& application) {
   if (m_strIdentifier.empty()) m_strIdentifier = kDefaultIdentifier;
+  // The result is ignored: a host may refuse the identifier and still accept the connection.
   api->raw_PutAddOnIdentifier(CComBSTR(m_strIdentifier));
 
   long answer = 0;
@@ -111,6 +118,7 @@ void CQXAddOn::OpenApplication(Scope& hr, IHalvexGuiApi* api, CComPtr<IApplicati
   if (hr == S_OK) {
     hr = api->raw_GetApplication(kDefaultApplication, &application);
     if (hr == kRefused) hr = E_FAIL;
+    // A host may report success and hand over nothing.
     if (hr == S_OK && application == nullptr) hr = E_POINTER;
     return;
   }
@@ -118,7 +126,8 @@ void CQXAddOn::OpenApplication(Scope& hr, IHalvexGuiApi* api, CComPtr<IApplicati
   if (hr == kRefused) hr = E_ABORT;
 }
 
-// A refusal above 0 gives no application: there is nothing to start then.
+// A host that refuses with a code above 0 hands over no application. There is nothing to start
+// then, and the code is the result of Connect.
 void CQXAddOn::Start(Scope& hr, const CComPtr<IApplication>& application, bool startupDone) {
   if (application == nullptr) return;
   try {
@@ -130,6 +139,8 @@ void CQXAddOn::Start(Scope& hr, const CComPtr<IApplication>& application, bool s
   if (hr >= 0) AdviseAlone(hr);
 }
 
+// The counter goes up before any hook runs: an add-on that starts meanwhile must not take itself
+// for the only one.
 void CQXAddOn::Attach(Scope& hr, const CComPtr<IApplication>& application) {
   m_ptrApp = application;
   m_lAppId = m_ptrApp->GetAppId();
@@ -142,6 +153,7 @@ void CQXAddOn::Attach(Scope& hr, const CComPtr<IApplication>& application) {
 }
 
 void CQXAddOn::BuildSink(Scope& hr, bool startupDone) {
+  // nothrow: without memory the host must still learn whether the start is done.
   m_pEventSink = new (std::nothrow) CQXEventSink(m_ptrApp, m_pDispatch, this);
   if (m_pEventSink != nullptr) keepUntilProcessEnds(m_pEventSink);
   m_ptrApp->PutStartupDone(startupDone ? VARIANT_TRUE : VARIANT_FALSE);
@@ -153,6 +165,8 @@ void CQXAddOn::BuildSink(Scope& hr, bool startupDone) {
   m_pEventSink->SetConnectionViaUI(m_bConnectionViaUI);
 }
 
+// Holds the machine-wide mutex for the whole of AdviseEvents. If AdviseEvents throws, the result is
+// the one from before, so the exception shows in the log only.
 void CQXAddOn::AdviseAlone(Scope& hr) {
   std::unique_lock<qx::NamedMutex> lock;
   try {

@@ -1,14 +1,14 @@
 #pragma once
 
-// An add-on as the framework sees it. An add-on derives from CQXAddOn, builds one object of it in
-// main, calls Connect and then runs its message loop until the event sink ends it:
+// The object that stands for the add-on in its own process. An add-on derives from CQXAddOn, builds
+// one object in main, calls Connect and then runs its message loop until the event sink ends it:
 //
 //   MyAddOn addOn(connection, u"MYADDON", identifier);
 //   if (addOn.Connect(0) != 0 || addOn.GetEventSink() == nullptr) return 1;
 //   addOn.SetWndHandle(CreateMessageWindow({}));
 //   RunMessageLoop();
 //
-// Everything happens on the thread that calls Connect; it must stay the thread of all host calls.
+// The thread that calls Connect must make all further calls, to the framework and to the host.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -30,44 +30,54 @@ class CReturnValue;
 
 class QX_API CQXAddOn {
  public:
-  /// `connection` is what the host passed to the add-on's process. `moduleName` goes with every log
-  /// record of the process. An empty `identifier` is replaced by a fixed one.
+  /// `connection` is the argument that the host passed to the add-on's process. `moduleName` is
+  /// written with every log record of the process. An empty `identifier` is replaced by a fixed
+  /// one.
   CQXAddOn(std::u16string connection, std::u16string moduleName, std::u16string identifier);
-  /// Ends the run, if it has not ended yet, and counts the add-on out.
+  /// Ends the run if it has not ended yet, and lowers the attach counter.
   virtual ~CQXAddOn();
   CQXAddOn(const CQXAddOn&) = delete;
   CQXAddOn& operator=(const CQXAddOn&) = delete;
 
-  /// Connects to the running client and starts the event sink; `startupDone` tells the client
-  /// whether the add-on counts as started already. Every failure but the first is the result:
-  /// where there is no host library at all, the user sees a box and the result is 0. Results above
-  /// 0 are returned as they are. What CreateDispatch throws comes out of here, unless it is a
-  /// _com_error: its code is the result. A host that refuses the identifier only is asked on.
+  /// Connects to the running client and starts the event sink. `startupDone` is 1 if the client
+  /// shall count the add-on as started already, else 0.
+  ///
+  /// Returns 0, the code of the failure, or a result above 0 of the host unchanged. If no host
+  /// library is installed, the user sees a box and the result is 0, with no event sink. A
+  /// _com_error that CreateDispatch throws becomes the result; any other exception of it leaves
+  /// this function. If the host refuses the identifier only, the start goes on.
   long Connect(unsigned char startupDone);
 
-  /// E_FAIL before Connect has made the sink.
+  /// Makes the form get the events of its host form; see CQXEventSink::RegisterForm. Returns E_FAIL
+  /// before Connect has created the sink.
   long RegisterForm(CQXAddOnForm* form) const;
-  /// `form` is the selected form of the client if it is ours and carries `extId`; see the sink.
+  /// Puts the client's selected form into `form` if it belongs to this add-on and has that
+  /// extension id; see CQXEventSink::GetSelectedForm. Returns E_FAIL before Connect has created the
+  /// sink.
   long GetSelectedForm(CComBSTR extId, CQXAddOnForm*& form);
-  /// One log record without a function scope; E_FAIL when there is no logging component.
+  /// Writes one log record without a scope. Returns E_FAIL if there is no logging component.
   long WriteLog(long appId, const OLECHAR* module, QXLoggerLib::HvSeverityLevel level,
                 const OLECHAR* function, const OLECHAR* message);
-  /// The window that gets the message that ends the loop. Nothing happens before Connect.
+  /// Sets the window that gets WM_DESTROY at the end of the run, which ends the message loop. Has
+  /// no effect before Connect.
   void SetWndHandle(HWND window);
-  /// Whether the company is reached through the client first; to be called before Connect.
+  /// Chooses how the company is connected: through the client first (the default), or by the
+  /// hand-shake only. Has an effect only before Connect.
   void SetConnectionViaUI(bool viaUI) { m_bConnectionViaUI = viaUI; }
+  /// Returns null before Connect, and after a Connect that found no host.
   CQXEventSink* GetEventSink() const { return m_pEventSink; }
 
-  /// The counters of the add-ons attached to a client, by its application number; they are shared
-  /// by all processes. 50 or more is E_FAIL, or 0 add-ons. A negative number is no error when
-  /// counting in, and counts nothing.
+  /// Count the add-ons that are attached to a client, by its application number from 0 to 49. All
+  /// processes of the machine share the counters. For 50 or more, the first two return E_FAIL and
+  /// the third returns 0. For a negative number, IncAttachCount returns 0 and counts nothing.
   static long IncAttachCount(long appId);
   static long DecAttachCount(long appId);
   static long GetAttachCount(long appId);
 
-  /// The add-on's handler of events, which passes to the framework. Called once, by Connect.
+  /// Returns a new handler of events, which the framework then owns. Called once, by Connect; null
+  /// makes Connect fail with E_FAIL.
   virtual CQXIDispatch* CreateDispatch() = 0;
-  /// The loader of the add-on's own resources, which stays the add-on's.
+  /// Returns the loader of the add-on's own resources. The add-on keeps its ownership.
   virtual CQXResourceLoader* GetResourceLoader() = 0;
 
  private:

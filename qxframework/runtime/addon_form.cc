@@ -8,7 +8,32 @@ namespace {
 
 using Scope = CReturnValue<long>;
 
+using TextScope = CReturnValue<CComBSTR>;
+
 constexpr std::uint32_t kSentinelId = 0xFFFFFFFF;
+
+// The host's types of items and columns that a click moves the focus to.
+constexpr long kButton = 4;
+constexpr long kEdit = 16;
+constexpr long kLinkedButton = 116;
+
+CComBSTR selectedValue(const CComPtr<IComboBox>& comboBox) {
+  const CComPtr<IValidValue> selected = comboBox->GetSelected();
+  return selected == nullptr ? CComBSTR(u"") : selected->GetValue();
+}
+
+// A combo box without a selection may return null or fail. Both read as empty.
+template <class Read>
+CComBSTR readIgnoringErrors(Read&& read, long appId) {
+  TextScope text(u"CQXAddOnForm::GetSelectedInComboBox", u"", appId);
+  try {
+    text = read();
+  } catch (const _com_error& error) {
+    text.LogError(u"Ignoring exception while getting selected in combo box : %s\n",
+                  TextScope::xstrerror(static_cast<unsigned long>(error.Error())));
+  }
+  return text;
+}
 
 }  // namespace
 
@@ -17,6 +42,7 @@ CQXAddOnForm::CQXAddOnForm(const CQXAddOn* addOn, long resourceId)
 
 CQXAddOnForm::~CQXAddOnForm() = default;
 
+// A child hands over its key when it closes, so the pointer to it would dangle.
 long CQXAddOnForm::put_Key(const OLECHAR* key) {
   m_bstrKey = key;
   m_pChild = nullptr;
@@ -87,6 +113,7 @@ long CQXAddOnForm::InitForm(CComPtr<IApplication> application, CComPtr<IForm> fo
   }
   m_ptrApp = application;
   m_ptrForm = form;
+  // Counted before the hook, which may make UIDs from the number.
   m_lInstance = IncrementInstance();
   hr = OnInitForm();
   if (hr < 0) {
@@ -103,13 +130,13 @@ long CQXAddOnForm::InitForm(CComPtr<IApplication> application, CComPtr<IForm> fo
   return hr;
 }
 
-// What went wrong first counts, whether the host can close the form or not.
+// The first failure is what the caller gets, so the result of the closing is ignored.
 void CQXAddOnForm::CloseAndRaise(long code) {
   m_ptrForm->raw_Close();
   qx::raiseError(code);
 }
 
-// The name in the log has always been written without the leading C.
+// Frozen: the name in the log lacks the leading C.
 long CQXAddOnForm::RegisterForm() {
   Scope hr(u"QXAddOnForm::RegisterForm", 0, LogId());
   hr = m_pAddOn == nullptr ? E_POINTER : m_pAddOn->RegisterForm(this);
@@ -133,6 +160,7 @@ CComBSTR CQXAddOnForm::CreateUID(const OLECHAR* type) {
 
 CComBSTR CQXAddOnForm::HVXItemUIDToResourceSymbol(long id) {
   for (const XMLMAP& row : m_vecXMLMap) {
+    // Rows after a closing row do not count, as in every symbol table.
     if (row.id == kSentinelId) break;
     if (row.id == static_cast<std::uint32_t>(id)) return CComBSTR(row.tag);
   }
@@ -153,7 +181,7 @@ CComPtr<IDataHelper> CQXAddOnForm::DataHelper() {
 
 namespace {
 
-// The host answers with one row of one field.
+// The data helper returns one row with one field.
 CComVariant onlyField(const CComPtr<IRecordset>& answer, VARTYPE type) {
   CComVariant value = answer->GetFields()->Item(CComVariant(0L))->GetValue();
   qx::raiseIfFailed(value.ChangeType(type));
@@ -162,7 +190,7 @@ CComVariant onlyField(const CComPtr<IRecordset>& answer, VARTYPE type) {
 
 }  // namespace
 
-// The log has always shown this one under the name of its opposite.
+// Frozen: the log shows this function under the name of its opposite.
 double CQXAddOnForm::DateFromString(const OLECHAR* text) {
   Scope hr(u"CQXAddOnForm::StringFromDate", 0, LogId());
   if (qx::viewOf(text).empty()) return 0;
@@ -184,4 +212,50 @@ CComBSTR CQXAddOnForm::StringFromDate(double date) {
     hr.LogError(u"Error converting DATE to String.\n");
   }
   return CComBSTR(u"");
+}
+
+CComPtr<IItem> CQXAddOnForm::GetFormItem(CComBSTR uid) {
+  Scope hr(u"CQXAddOnForm::GetFormItem", 0, LogId());
+  try {
+    return m_ptrForm->GetItems()->Item(CComVariant(uid));
+  } catch (const _com_error& error) {
+    hr = error.Error();
+    hr.LogError(u"Cannot find item [%s].\n", uid.View());
+    throw;
+  }
+}
+
+CComPtr<IItem> CQXAddOnForm::GetFormItem(long id) { return GetFormItem(DecimalUID(id)); }
+
+CComPtr<IDispatch> CQXAddOnForm::GetFormItemControl(const CComBSTR& uid) {
+  const Scope hr(u"CQXAddOnForm::GetFormItemSpecific", 0, LogId());
+  return GetFormItem(uid)->GetSpecific();
+}
+
+void CQXAddOnForm::SetItemFocus(CComBSTR uid) {
+  const CReturnValue<void> scope(u"CQXAddOnForm::SetItemFocus", LogId());
+  const CComPtr<IItem> item = GetFormItem(uid);
+  const long type = item->GetType();
+  if (type == kEdit || type == kButton) item->Click(0);
+}
+
+void CQXAddOnForm::SetItemFocus(unsigned int id) { SetItemFocus(DecimalUID(id)); }
+
+void CQXAddOnForm::SetItemFocus(unsigned int matrixId, unsigned int columnId, unsigned int row) {
+  const CReturnValue<void> scope(u"CQXAddOnForm::SetItemFocus", LogId());
+  const CComPtr<IMatrix> matrix = GetFormItemSpecific<IMatrix>(static_cast<long>(matrixId));
+  const CComPtr<IColumn> column = matrix->GetColumns()->Item(CComVariant(DecimalUID(columnId)));
+  const long type = column->GetType();
+  if (type != kEdit && type != kButton && type != kLinkedButton) return;
+  column->GetCells()->Item(CComVariant(static_cast<long>(row)))->Click(0, 0);
+}
+
+CComBSTR CQXAddOnForm::GetSelectedInComboBox(unsigned int id) {
+  return readIgnoringErrors(
+      [&] { return selectedValue(GetFormItemSpecific<IComboBox>(static_cast<long>(id))); },
+      LogId());
+}
+
+CComBSTR CQXAddOnForm::GetSelectedInComboBox(CComPtr<IComboBox> comboBox) {
+  return readIgnoringErrors([&] { return selectedValue(comboBox); }, LogId());
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-// The base class of every form that an add-on or the framework opens. One object stands for one
+// The base class of every form that an add-on or the framework opens. One object belongs to one
 // form of the host: it declares the symbols and the kind of the form, takes part in its creation,
-// registers with the event sink and gets the form's events there. When the host has unloaded the
+// registers with the event sink and gets the form's events from it. When the host has unloaded the
 // form, the sink calls UnloadForm and deletes the object.
 //
-// A form class states what it is with DECLARE_XML_FORM_EX (form_declaration.h) and overrides
+// A form class declares itself with DECLARE_XML_FORM_EX (form_declaration.h) and overrides
 // OnItemEvent and the hooks that it needs.
 
 #include "qxframework/automation/bstr.h"
@@ -24,7 +24,7 @@
 
 class CQXAddOn;
 
-/// What a form is opened for. The framework only passes it on.
+/// The purpose that a form is opened for. The framework only hands it on.
 enum _HVX_ADDON_FORM_MODE : int {
   afm_New = 1,
   afm_Copy = 2,
@@ -40,61 +40,69 @@ class QX_API CQXAddOnForm {
   CQXAddOnForm(const CQXAddOnForm&) = delete;
   CQXAddOnForm& operator=(const CQXAddOnForm&) = delete;
 
-  /// The declaration: the symbols with their closing row; form type, resource id and extension id;
-  /// one more, or one less, open form of the class, with the new number.
+  /// Appends the symbols of the form and the closing row.
   virtual void InitXMLMap() = 0;
+  /// Sets the form type, the resource id and the extension id.
   virtual void InitFormType() = 0;
+  /// Count the open forms of the class up and down, and return the new number.
   virtual long IncrementInstance() = 0;
   virtual long DecrementInstance() = 0;
-  /// A child form hands back a chosen record; the child is gone from then on.
+  /// Takes the key of the record that the user has chosen in a child form, and forgets the child.
   virtual long put_Key(const OLECHAR* key);
-  /// The form's events. `bubble` is the veto: 0 stops the host's action.
+  /// Events of the form. `bubble` is the veto: 0 stops the host's action. In an item event, a
+  /// negative result is logged as 1.
   virtual long OnItemEvent(CComPtr<IItemEvent> event, short* bubble) = 0;
   virtual long OnMenuEvent(CComPtr<IMenuEvent> event, short* bubble);
   virtual long OnFormDataEvent(CComPtr<IBusinessObjectInfo> info, short* bubble);
   virtual long OnRightClickEvent(CComPtr<IContextMenuInfo> info, short* bubble);
-  /// For a form whose frame is larger than its resource assumes.
+  /// Enlarges the form by 12 units in height if its frame is higher than 30, and by 8 in width if
+  /// it is wider than 10. For hosts whose frames are larger than the form's resource assumes.
   virtual long FixFormSize();
-  /// The host's form is there: fill its controls. A negative result closes the form.
+  /// Called when the host's form exists, to fill its controls. A negative result closes the form.
   virtual long OnInitForm();
-  /// All is done, before the form is shown.
+  /// Called when the form is complete, before it is shown.
   virtual long OnFormLoaded();
+  /// Called when the host has unloaded the form, before this object is deleted.
   virtual long OnUnloadForm();
 
   const CQXAddOn* GetAddOn() const { return m_pAddOn; }
-  /// E_POINTER, with both outputs untouched, while there is no host form.
+  /// Reads the UID of the host's form and the extension id. Returns E_POINTER and leaves both
+  /// outputs unchanged while there is no host form.
   long GetFormUID(CComBSTR& uid, CComBSTR& extId);
   long PutCompany(CComPtr<ICompany> company);
   long PutParent(CQXAddOnForm* parent);
   long PutChild(CQXAddOnForm* child);
   long PutCopyKey(CComBSTR& key);
-  /// For the form's own OnInitForm.
+  /// Stores the purpose, for the form's own OnInitForm.
   long PutInitialFormMode(_HVX_ADDON_FORM_MODE mode);
 
-  /// Attaches to a form that the host has opened. Failures are raised as _com_error, after the
-  /// host's form has been closed. The company is the caller's to set.
+  /// Attaches this object to a form that the host has opened. Throws _com_error: E_POINTER without
+  /// an application or a form; else after the host's form has been closed. The caller sets the
+  /// company with PutCompany.
   long InitForm(CComPtr<IApplication> application, CComPtr<IForm> form);
-  /// The end of the form, called by the sink: the result is that of OnUnloadForm.
+  /// Called by the sink at the end of the form. Returns the result of OnUnloadForm.
   long UnloadForm();
 
-  /// The symbol behind an item's number, or the number in decimal.
+  /// Returns the symbol of an item's number, or the number in decimal if it has none.
   CComBSTR HVXItemUIDToResourceSymbol(long id);
-  /// Between a date and its text in the company's form: 0 for an empty text or when the host cannot
-  /// read it, an empty text when the host cannot write it.
+  /// Convert between a date and its text in the company's format. Return 0 for an empty text or one
+  /// that the host cannot read, and an empty text for a date that the host cannot write.
   double DateFromString(const OLECHAR* text);
   CComBSTR StringFromDate(double date);
-  /// Clicks an edit or a button, or such a cell of a matrix (rows from 1); others are left alone.
+  /// Moves the focus by clicking an edit field or a button, or a cell of a matrix in a column of
+  /// such items or of linked buttons (rows from 1). Other items are left alone. Throws _com_error
+  /// if there is no such item.
   void SetItemFocus(CComBSTR uid);
   void SetItemFocus(unsigned int id);
   void SetItemFocus(unsigned int matrixId, unsigned int columnId, unsigned int row);
 
  protected:
-  /// "%s_%d" of `type` and the number of this form.
+  /// Returns "%s_%d" of `type` and the instance number of this form.
   CComBSTR CreateUID(const OLECHAR* type);
-  /// An item that is not there raises what the host raised.
+  /// Return an item by its UID or its number. Throw the host's _com_error if there is none.
   CComPtr<IItem> GetFormItem(CComBSTR uid);
   CComPtr<IItem> GetFormItem(long id);
-  /// The item's control; null when it is of another kind than `T`.
+  /// Returns the item's control, or null if the item is of another kind than `T`.
   template <class T>
   CComQIPtr<T> GetFormItemSpecific(CComBSTR uid) {
     return CComQIPtr<T>(GetFormItemControl(uid));
@@ -103,7 +111,8 @@ class QX_API CQXAddOnForm {
   CComQIPtr<T> GetFormItemSpecific(long id) {
     return CComQIPtr<T>(GetFormItemControl(DecimalUID(id)));
   }
-  /// The value of the selected entry, an empty text when there is none or it cannot be had.
+  /// Return the value of the selected entry, or an empty text if none is selected or the host
+  /// fails.
   CComBSTR GetSelectedInComboBox(unsigned int id);
   CComBSTR GetSelectedInComboBox(CComPtr<IComboBox> comboBox);
 
@@ -127,7 +136,7 @@ class QX_API CQXAddOnForm {
  private:
   long RegisterForm();
   void CloseAndRaise [[noreturn]] (long code);
-  /// The application number for the log, -1 when there is no application that tells it.
+  /// Returns the application number for the log, or -1 if there is no application or it fails.
   long LogId() const;
   static CComBSTR DecimalUID(long id);
   CComPtr<IDispatch> GetFormItemControl(const CComBSTR& uid);

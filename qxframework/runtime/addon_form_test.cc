@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Strings = std::vector<std::string>;
 
-/// Opens the protected side to the tests.
+/// Makes protected operations accessible to the tests.
 class OpenForm final : public TestForm {
  public:
   using CQXAddOnForm::CreateUID;
@@ -58,7 +58,7 @@ class AddOnFormTest : public testing::Test {
     log.records.clear();
   }
   long attach() { return form->InitForm(host.application.p, hostForm); }
-  /// A form number that does not depend on the tests that ran before.
+  /// Returns the number of the next form, whatever tests ran before.
   long liveForms() {
     const long count = form->IncrementInstance() - 1;
     form->DecrementInstance();
@@ -74,7 +74,7 @@ class AddOnFormTest : public testing::Test {
   std::unique_ptr<OpenForm> form;
 };
 
-TEST_F(AddOnFormTest, IsBornEmptyForADefaultForm) {
+TEST_F(AddOnFormTest, StartsEmptyInDefaultMode) {
   EXPECT_EQ(form->GetAddOn(), &addOn);
   EXPECT_EQ(form->m_lResourceId, -1);
   EXPECT_EQ(form->m_InitialFormMode, 3);
@@ -83,7 +83,7 @@ TEST_F(AddOnFormTest, IsBornEmptyForADefaultForm) {
   EXPECT_EQ(form->m_pChild, nullptr);
 }
 
-TEST_F(AddOnFormTest, TheDeclarationGivesSymbolsKindAndCounter) {
+TEST_F(AddOnFormTest, DeclarationDefinesSymbolsTypeAndCounter) {
   form->InitXMLMap();
   form->InitFormType();
   ASSERT_EQ(form->m_vecXMLMap.size(), 3U);
@@ -103,7 +103,7 @@ TEST_F(AddOnFormTest, TheDeclarationGivesSymbolsKindAndCounter) {
   EXPECT_EQ(sister.DecrementInstance(), count);
 }
 
-TEST_F(AddOnFormTest, EveryClassCountsItsOwnForms) {
+TEST_F(AddOnFormTest, EachClassCountsItsOwnForms) {
   PlainForm plain(&addOn);
   form->IncrementInstance();
   EXPECT_EQ(plain.IncrementInstance(), 1);
@@ -166,7 +166,7 @@ TEST_F(AddOnFormTest, InitFormClosesTheFormWhenItCannotBeRegistered) {
   form.reset();
 }
 
-TEST_F(AddOnFormTest, GetFormUIDWithoutAFormTouchesNeitherOutput) {
+TEST_F(AddOnFormTest, GetFormUIDWithoutAFormLeavesBothOutputsUnchanged) {
   CComBSTR uid(u"a");
   CComBSTR extId(u"b");
   EXPECT_EQ(form->GetFormUID(uid, extId), E_POINTER);
@@ -174,7 +174,7 @@ TEST_F(AddOnFormTest, GetFormUIDWithoutAFormTouchesNeitherOutput) {
   EXPECT_EQ(extId.View(), u"b");
 }
 
-TEST_F(AddOnFormTest, GetFormUIDGivesTheHostsUidAndTheExtension) {
+TEST_F(AddOnFormTest, GetFormUIDReturnsTheHostsUidAndTheExtension) {
   form->m_ptrForm = hostForm;
   CComBSTR uid;
   CComBSTR extId;
@@ -220,7 +220,7 @@ TEST_F(AddOnFormTest, CreateUIDIsTheTypeAndTheNumber) {
   EXPECT_EQ(form->CreateUID(u"QX_FLS").View(), u"QX_FLS_2");
 }
 
-TEST_F(AddOnFormTest, ItemNumbersReadAsTheirSymbols) {
+TEST_F(AddOnFormTest, ItemNumbersAreReplacedByTheirSymbols) {
   form->InitXMLMap();
   EXPECT_EQ(form->HVXItemUIDToResourceSymbol(902).View(), u"TST_ED");
   EXPECT_EQ(form->HVXItemUIDToResourceSymbol(77).View(), u"77");
@@ -228,7 +228,7 @@ TEST_F(AddOnFormTest, ItemNumbersReadAsTheirSymbols) {
   EXPECT_EQ(form->HVXItemUIDToResourceSymbol(-1).View(), u"-1");
 }
 
-TEST_F(AddOnFormTest, ItemNumbersBehindTheClosingRowAreNotSeen) {
+TEST_F(AddOnFormTest, SymbolsAfterTheClosingRowAreIgnored) {
   form->InitXMLMap();
   form->m_vecXMLMap.emplace_back(u"LATE", 5, u"");
   EXPECT_EQ(form->HVXItemUIDToResourceSymbol(5).View(), u"5");
@@ -248,7 +248,7 @@ TEST_F(AddOnFormTest, FixFormSizeCorrectsALargeFrameOnly) {
   EXPECT_EQ(host.calls.back(), "Form.PutWidth(219)");
 }
 
-TEST_F(AddOnFormTest, DatesAreReadAndWrittenByTheCompany) {
+TEST_F(AddOnFormTest, CompanyConvertsDates) {
   form->PutCompany(company);
   host.helperAnswer = CComVariant(38000.0, VT_DATE);
   EXPECT_EQ(form->DateFromString(u"14.01.04"), 38000.0);
@@ -258,13 +258,13 @@ TEST_F(AddOnFormTest, DatesAreReadAndWrittenByTheCompany) {
                                       "DataHelper.FormatDateToString(38000)"));
 }
 
-TEST_F(AddOnFormTest, AnEmptyDateIsZeroWithoutTheCompany) {
+TEST_F(AddOnFormTest, EmptyDateIsZeroWithoutAskingTheCompany) {
   EXPECT_EQ(form->DateFromString(u""), 0.0);
   EXPECT_EQ(form->DateFromString(nullptr), 0.0);
   EXPECT_THAT(messages(u"CQXAddOnForm::StringFromDate"), IsEmpty());
 }
 
-TEST_F(AddOnFormTest, DatesThatTheCompanyRefusesAreLoggedAndEmpty) {
+TEST_F(AddOnFormTest, DateThatTheCompanyRefusesIsLoggedAndEmpty) {
   form->PutCompany(company);
   host.failures["DataHelper.FormatStringToDate"] = E_FAIL;
   host.failures["DataHelper.FormatDateToString"] = E_FAIL;
@@ -275,7 +275,7 @@ TEST_F(AddOnFormTest, DatesThatTheCompanyRefusesAreLoggedAndEmpty) {
       ElementsAre("Error converting String to DATE.\n", "Error converting DATE to String.\n"));
 }
 
-TEST_F(AddOnFormTest, DatesWithoutACompanyAreLoggedAndEmpty) {
+TEST_F(AddOnFormTest, DateWithoutACompanyIsLoggedAndEmpty) {
   EXPECT_EQ(form->DateFromString(u"x"), 0.0);
   EXPECT_EQ(form->StringFromDate(1).View(), u"");
   EXPECT_EQ(messages(u"CQXAddOnForm::StringFromDate").size(), 2U);

@@ -65,13 +65,13 @@ TEST_F(AddOnTest, ConnectLogsUnderItsModuleAndWithoutAnApplication) {
             (LogRecord{0, u"TESTADDON", 6, u"CQXAddOn::Connect", u"Entering function\n"}));
 }
 
-TEST_F(AddOnTest, ConnectTellsTheClientThatTheStartIsDoneAlready) {
+TEST_F(AddOnTest, ConnectPassesStartupDoneToTheClient) {
   EXPECT_EQ(addOn->Connect(3), 0);
   EXPECT_TRUE(host.called("App.PutStartupDone(-1)"));
   EXPECT_FALSE(host.called("App.PutStartupDone(0)"));
 }
 
-TEST_F(AddOnTest, AnEmptyIdentifierConnectsWithTheFixedOne) {
+TEST_F(AddOnTest, EmptyIdentifierIsReplacedByTheFixedOne) {
   addOn = std::make_unique<TestAddOn>(host, u"");
   EXPECT_EQ(addOn->Connect(0), 0);
   const std::string fixed =
@@ -80,14 +80,14 @@ TEST_F(AddOnTest, AnEmptyIdentifierConnectsWithTheFixedOne) {
   EXPECT_EQ(fixed.find_first_not_of("0123456789ABCDEF"), 88U);
 }
 
-TEST_F(AddOnTest, TheIdentifierGoesToTheCompanyWhenTheClientIsNotWanted) {
+TEST_F(AddOnTest, IdentifierGoesToTheCompanyInTheHandShake) {
   addOn->SetConnectionViaUI(false);
   EXPECT_EQ(addOn->Connect(0), 0);
   EXPECT_FALSE(host.called("Company.PutUiApplication(app)"));
   EXPECT_TRUE(host.called("Company.PutConnectionString(IDENT)"));
 }
 
-TEST_F(AddOnTest, WithoutAHostLibraryTheUserSeesABoxAndTheResultIsZero) {
+TEST_F(AddOnTest, MissingHostLibraryShowsABoxAndReturnsZero) {
   host.failures["create Gui"] = REGDB_E_CLASSNOTREG;
   EXPECT_EQ(addOn->Connect(0), 0);
   EXPECT_THAT(BoxRecorder::boxes(),
@@ -97,7 +97,7 @@ TEST_F(AddOnTest, WithoutAHostLibraryTheUserSeesABoxAndTheResultIsZero) {
                                       "Current version of UI API is "));
 }
 
-TEST_F(AddOnTest, ARefusalOfOneIsAnAbort) {
+TEST_F(AddOnTest, RefusalOfOneBecomesAnAbort) {
   host.connectAnswer = 1;
   EXPECT_EQ(addOn->Connect(0), E_ABORT);
   EXPECT_THAT(messages(), ElementsAre("Current version of UI API is 9.20",
@@ -107,7 +107,7 @@ TEST_F(AddOnTest, ARefusalOfOneIsAnAbort) {
   EXPECT_EQ(CQXAddOn::GetAttachCount(7), 0);
 }
 
-TEST_F(AddOnTest, ANegativeRefusalIsKept) {
+TEST_F(AddOnTest, NegativeRefusalIsReturned) {
   host.connectAnswer = -7200;
   EXPECT_EQ(addOn->Connect(0), -7200);
   EXPECT_TRUE(log.has(1, u"Connection to UI-API failed: error -7200"));
@@ -115,13 +115,13 @@ TEST_F(AddOnTest, ANegativeRefusalIsKept) {
               ElementsAre("Connection to UI-API Error: Connection string not valid"));
 }
 
-TEST_F(AddOnTest, AHostThatIsGoneAtConnectIsARefusal) {
+TEST_F(AddOnTest, HostThatIsGoneAtConnectCountsAsARefusal) {
   host.failures["Gui.Connect"] = E_ACCESSDENIED;
   EXPECT_EQ(addOn->Connect(0), E_ACCESSDENIED);
   EXPECT_EQ(BoxRecorder::boxes().size(), 1U);
 }
 
-TEST_F(AddOnTest, APositiveRefusalIsReturnedAsItIs) {
+TEST_F(AddOnTest, PositiveRefusalIsReturnedUnchanged) {
   host.connectAnswer = 5;
   EXPECT_EQ(addOn->Connect(0), 5);
   EXPECT_THAT(messages(),
@@ -131,20 +131,20 @@ TEST_F(AddOnTest, APositiveRefusalIsReturnedAsItIs) {
   EXPECT_FALSE(host.called("CreateDispatch"));
 }
 
-TEST_F(AddOnTest, AnApplicationThatIsRefusedWithOneIsAFailure) {
+TEST_F(AddOnTest, ApplicationRefusedWithOneIsAFailure) {
   host.failures["Gui.GetApplication"] = 1;
   EXPECT_EQ(addOn->Connect(0), E_FAIL);
   EXPECT_THAT(BoxRecorder::boxes(),
               ElementsAre("Connection to UI-API Error: " + toUtf8(errorText(E_FAIL))));
 }
 
-TEST_F(AddOnTest, AMissingApplicationIsAFailure) {
+TEST_F(AddOnTest, MissingApplicationIsAFailure) {
   host.givesApplication = false;
   EXPECT_EQ(addOn->Connect(0), E_POINTER);
   EXPECT_EQ(BoxRecorder::boxes().size(), 1U);
 }
 
-TEST_F(AddOnTest, WithoutAHandlerNothingIsStartedAndTheClientShowsIt) {
+TEST_F(AddOnTest, MissingHandlerStopsTheStartAndIsShownInTheClient) {
   addOn->givesDispatch = false;
   EXPECT_EQ(addOn->Connect(0), E_FAIL);
   EXPECT_EQ(addOn->GetEventSink(), nullptr);
@@ -153,7 +153,7 @@ TEST_F(AddOnTest, WithoutAHandlerNothingIsStartedAndTheClientShowsIt) {
   EXPECT_EQ(messages().back(), "Initialization failed");
 }
 
-TEST_F(AddOnTest, AClientThatIsGoneAfterTheConnectionIsAFailureAndNoException) {
+TEST_F(AddOnTest, ClientThatIsGoneAfterTheConnectionIsAFailure) {
   host.failures["App.GetAppId"] = E_ACCESSDENIED;
   EXPECT_EQ(addOn->Connect(0), E_ACCESSDENIED);
   host.failures.clear();
@@ -164,7 +164,7 @@ TEST_F(AddOnTest, AClientThatIsGoneAfterTheConnectionIsAFailureAndNoException) {
   EXPECT_EQ(messages().back(), "Initialization failed");
 }
 
-TEST_F(AddOnTest, WhatCreateDispatchThrowsIsTheAddOnsOwn) {
+TEST_F(AddOnTest, ExceptionOfCreateDispatchReachesTheCaller) {
   class Throwing : public CQXAddOn {
    public:
     Throwing() : CQXAddOn(u"CONNECTION", u"TESTADDON", u"IDENT") {}
@@ -175,20 +175,20 @@ TEST_F(AddOnTest, WhatCreateDispatchThrowsIsTheAddOnsOwn) {
   EXPECT_THROW(throwing.Connect(0), ForeignThing);
 }
 
-TEST_F(AddOnTest, AFailedStartIsShownInTheClient) {
+TEST_F(AddOnTest, FailedStartIsShownInTheClient) {
   addOn->hooks["OnApplicationLoad"] = giving(E_ACCESSDENIED);
   EXPECT_EQ(addOn->Connect(0), E_ACCESSDENIED);
   EXPECT_EQ(host.calls.back(), kFailedBox);
   EXPECT_EQ(messages().back(), "Initialization failed");
 }
 
-TEST_F(AddOnTest, APositiveResultOfTheStartIsShownAsAFailureAndReturned) {
+TEST_F(AddOnTest, PositiveResultOfTheStartIsShownAndReturned) {
   addOn->hooks["OnApplicationLoad"] = giving(4);
   EXPECT_EQ(addOn->Connect(0), 4);
   EXPECT_EQ(host.calls.back(), kFailedBox);
 }
 
-TEST_F(AddOnTest, AStartThatThrowsIsLoggedAndLeavesTheResultAsItStood) {
+TEST_F(AddOnTest, StartThatThrowsIsLoggedAndKeepsTheResult) {
   host.hooks["Form.Freeze"] = [] { throw ForeignThing(); };
   EXPECT_EQ(addOn->Connect(0), 0);
   EXPECT_EQ(messages().back(), "Advise Events Error!");
@@ -220,7 +220,7 @@ TEST_F(AddOnTest, TheStartMutexIsHeldForTheWholeOfAdviseEventsOnly) {
                                 "load: held", "connected: free"));
 }
 
-TEST_F(AddOnTest, TwoAddOnsStartedAtOnceRunTheirStartsOneAfterTheOther) {
+TEST_F(AddOnTest, TwoAddOnsStartOneAfterTheOther) {
   NamedMutex gate(u"AddOnStartMutex");
   gate.lock();        // both stand in front of their start
   log.refuse = true;  // its list is not made for two threads
@@ -251,7 +251,7 @@ TEST_F(AddOnTest, TwoAddOnsStartedAtOnceRunTheirStartsOneAfterTheOther) {
   EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "OnApplicationLoad"), 2);
 }
 
-TEST_F(AddOnTest, WithoutALoggerAFullConnectRunsTheSameWayAndWritesNothing) {
+TEST_F(AddOnTest, ConnectWorksWithoutALogger) {
   addOn->Connect(0);
   const Strings expected = host.calls;
   addOn.reset();
@@ -265,9 +265,9 @@ TEST_F(AddOnTest, WithoutALoggerAFullConnectRunsTheSameWayAndWritesNothing) {
   EXPECT_TRUE(log.records.empty());
 }
 
-// The end.
+// The end of an add-on.
 
-TEST_F(AddOnTest, TheDestructorEndsTheRunAndCountsTheAddOnOut) {
+TEST_F(AddOnTest, DestructorEndsTheRunAndLowersTheCounter) {
   addOn->Connect(0);
   host.calls.clear();
   addOn.reset();
@@ -276,7 +276,7 @@ TEST_F(AddOnTest, TheDestructorEndsTheRunAndCountsTheAddOnOut) {
   EXPECT_EQ(host.liveCompanies, 0);
 }
 
-TEST_F(AddOnTest, AnEventBehindTheDestructorReachesTheSinkAndNobodyElse) {
+TEST_F(AddOnTest, EventAfterTheDestructorReachesTheSinkOnly) {
   addOn->Connect(0);
   addOn.reset();
   host.calls.clear();
@@ -287,7 +287,7 @@ TEST_F(AddOnTest, AnEventBehindTheDestructorReachesTheSinkAndNobodyElse) {
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(AddOnTest, AnAddOnDestroyedWithoutConnectTouchesNothing) {
+TEST_F(AddOnTest, AddOnDestroyedWithoutConnectCallsNothing) {
   CQXAddOn::IncAttachCount(7);
   addOn.reset();
   EXPECT_THAT(host.calls, IsEmpty());
@@ -296,9 +296,9 @@ TEST_F(AddOnTest, AnAddOnDestroyedWithoutConnectTouchesNothing) {
   CQXAddOn::DecAttachCount(7);
 }
 
-// Before the connection.
+// An add-on before Connect.
 
-TEST_F(AddOnTest, WithoutASinkFormsAreRefusedAndTheWindowIsForgotten) {
+TEST_F(AddOnTest, FormsAreRefusedBeforeConnect) {
   TestForm form(host, addOn.get(), nullptr);
   CQXAddOnForm* found = &form;
   EXPECT_EQ(addOn->RegisterForm(&form), E_FAIL);
@@ -308,7 +308,7 @@ TEST_F(AddOnTest, WithoutASinkFormsAreRefusedAndTheWindowIsForgotten) {
   EXPECT_EQ(addOn->GetEventSink(), nullptr);
 }
 
-TEST_F(AddOnTest, WithASinkFormsAreFoundThroughTheAddOn) {
+TEST_F(AddOnTest, FindsRegisteredFormsAfterConnect) {
   addOn->Connect(0);
   TestForm form(host, addOn.get(), &host.addForm(u"F1", true));
   EXPECT_EQ(addOn->RegisterForm(&form), 0);
@@ -324,7 +324,7 @@ TEST_F(AddOnTest, WriteLogForwardsItsFiveArguments) {
   EXPECT_EQ(log.records[0], (LogRecord{12, u"MODULE", 2, u"Function", u"Message"}));
 }
 
-TEST_F(AddOnTest, WriteLogWithoutALoggerIsAFailure) {
+TEST_F(AddOnTest, WriteLogFailsWithoutALogger) {
   log.refuse = true;
   EXPECT_EQ(addOn->WriteLog(12, u"MODULE", QXLoggerLib::sl_Warning, u"Function", u"Message"),
             E_FAIL);
@@ -332,7 +332,7 @@ TEST_F(AddOnTest, WriteLogWithoutALoggerIsAFailure) {
 
 // The attach counters.
 
-TEST(AttachCounters, CountUpAndDownPerApplication) {
+TEST(AttachCounters, CountPerApplication) {
   EXPECT_EQ(CQXAddOn::IncAttachCount(3), 0);
   EXPECT_EQ(CQXAddOn::IncAttachCount(3), 0);
   EXPECT_EQ(CQXAddOn::GetAttachCount(3), 2);
@@ -347,7 +347,7 @@ TEST(AttachCounters, StayAtZero) {
   EXPECT_EQ(CQXAddOn::GetAttachCount(3), 0);
 }
 
-TEST(AttachCounters, RefuseFiftyAndMore) {
+TEST(AttachCounters, RefuseApplicationNumbersFromFifty) {
   EXPECT_EQ(CQXAddOn::IncAttachCount(50), E_FAIL);
   EXPECT_EQ(CQXAddOn::DecAttachCount(50), E_FAIL);
   EXPECT_EQ(CQXAddOn::GetAttachCount(50), 0);
@@ -363,7 +363,7 @@ TEST(AttachCounters, CountNothingForANegativeNumber) {
   for (long id = 0; id < 50; ++id) EXPECT_EQ(CQXAddOn::GetAttachCount(id), 0) << id;
 }
 
-TEST(AttachCounters, AreSharedWithOtherUsersOfTheMachine) {
+TEST(AttachCounters, AreSharedBetweenUsersOfTheBlock) {
   CQXAddOn::IncAttachCount(6);
   SharedCounters other(kAttachCounters);
   EXPECT_EQ(other.get(6), 1);
@@ -374,7 +374,7 @@ TEST(AttachCounters, AreSharedWithOtherUsersOfTheMachine) {
   EXPECT_EQ(other.get(6), 0);
 }
 
-TEST(AttachCounters, AnApplicationNumberOfFiftyAlwaysLooksLikeTheLastOneOut) {
+TEST(AttachCounters, ApplicationNumberOfFiftyCountsNoAddOns) {
   FakeHost host;
   host.appId = 50;
   TestAddOn first(host);

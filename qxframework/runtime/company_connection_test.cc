@@ -40,8 +40,8 @@ class CompanyConnectionTest : public testing::Test {
     log.records.clear();
   }
   Strings messages() const { return messagesOf(log, u"CQXEventSink::DbConnect"); }
-  /// What is logged behind the report of the versions.
-  Strings messagesBehindReport() const {
+  /// Returns what is logged after the report of the versions.
+  Strings messagesAfterReport() const {
     Strings all = messages();
     all.erase(all.begin(), all.begin() + std::min<std::ptrdiff_t>(std::ssize(all), 10));
     return all;
@@ -63,75 +63,75 @@ TEST_F(CompanyConnectionTest, ConnectsThroughTheClientInItsLanguage) {
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(host.calls, ElementsAre("Company.PutLanguage(9)", "Company.PutUiApplication(app)",
                                       "Company.Connect"));
-  EXPECT_THAT(messagesBehindReport(), IsEmpty());
+  EXPECT_THAT(messagesAfterReport(), IsEmpty());
 }
 
-TEST_F(CompanyConnectionTest, ShakesHandsWhenTheClientDoesNotConnect) {
+TEST_F(CompanyConnectionTest, ShakesHandsIfTheClientDoesNotConnect) {
   host.companyAnswers = {-5, 0};
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient + kHandShake));
 }
 
-TEST_F(CompanyConnectionTest, ShakesHandsAtOnceWhenTheClientIsNotWanted) {
+TEST_F(CompanyConnectionTest, ShakesHandsAtOnceIfTheConnectionIsNotThroughTheClient) {
   sink.SetConnectionViaUI(false);
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(host.calls, ElementsAreArray(Strings{"Company.PutLanguage(3)"} + kHandShake));
 }
 
-TEST_F(CompanyConnectionTest, TellsTheUserWhyTheHandShakeFailed) {
+TEST_F(CompanyConnectionTest, ShowsWhyTheHandShakeFailed) {
   host.companyAnswers = {-5, -111};
   host.lastError = u"Wrong password";
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient + kHandShake + box("Wrong password")));
-  EXPECT_THAT(messagesBehindReport(),
+  EXPECT_THAT(messagesAfterReport(),
               ElementsAre("Error connecting to the company db: Wrong password\n"));
 }
 
-TEST_F(CompanyConnectionTest, APositiveAnswerOfTheHandShakeFailsToo) {
+TEST_F(CompanyConnectionTest, PositiveResultOfTheHandShakeIsAFailure) {
   host.companyAnswers = {1, 1};
   host.lastError = u"Busy";
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_EQ(host.calls.back(), box("Busy")[0]);
 }
 
-TEST_F(CompanyConnectionTest, ARaisedErrorOfTheClientIsNotFollowedByAHandShake) {
+TEST_F(CompanyConnectionTest, ErrorOfTheClientIsNotFollowedByAHandShake) {
   host.failures["Company.Connect"] = E_ACCESSDENIED;
   host.lastError = u"Gone";
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient + box("Gone")));
 }
 
-TEST_F(CompanyConnectionTest, WithoutAReasonTheUserReadsThatNothingResponds) {
+TEST_F(CompanyConnectionTest, FailureWithoutAReasonIsShownAsNoResponse) {
   host.failures["Company.Connect"] = E_ACCESSDENIED;
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_EQ(host.calls.back(), box("No response from RX-API (RX-API may not be installed)")[0]);
-  EXPECT_THAT(messagesBehindReport(),
+  EXPECT_THAT(messagesAfterReport(),
               ElementsAre("Error connecting to the company db: No response from RX-API (RX-API may "
                           "not be installed)\n"));
 }
 
-TEST_F(CompanyConnectionTest, ACompanyThatCannotBeCreatedIsNoResponseEither) {
+TEST_F(CompanyConnectionTest, CompanyThatCannotBeCreatedIsShownAsNoResponse) {
   host.failures["create Company"] = E_FAIL;
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_THAT(host.calls,
               ElementsAreArray(box("No response from RX-API (RX-API may not be installed)")));
 }
 
-TEST_F(CompanyConnectionTest, ABoxThatCannotBeShownChangesNothing) {
+TEST_F(CompanyConnectionTest, ResultIsTheSameIfTheBoxCannotBeShown) {
   host.failures["Company.Connect"] = E_ACCESSDENIED;
   host.failures["App.MessageBox"] = E_FAIL;
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
 }
 
-TEST_F(CompanyConnectionTest, AnotherExceptionIsLoggedAsNoResponse) {
+TEST_F(CompanyConnectionTest, OtherExceptionIsLoggedAsNoResponse) {
   host.hooks["Company.Connect"] = [] { throw ForeignThing(); };
   EXPECT_EQ(sink.DbConnect(), E_FAIL);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient));
-  EXPECT_THAT(messagesBehindReport(),
+  EXPECT_THAT(messagesAfterReport(),
               ElementsAre("No response from RX-API (RX-API may not be installed)"));
 }
 
-TEST_F(CompanyConnectionTest, DisconnectClosesAndReleasesTheCompany) {
+TEST_F(CompanyConnectionTest, DisconnectDisconnectsAndReleasesTheCompany) {
   sink.DbConnect();
   host.calls.clear();
   EXPECT_EQ(sink.DbDisconnect(), 0);
@@ -139,7 +139,7 @@ TEST_F(CompanyConnectionTest, DisconnectClosesAndReleasesTheCompany) {
   EXPECT_EQ(host.liveCompanies, 0);
 }
 
-TEST_F(CompanyConnectionTest, DisconnectSwallowsWhatIsRaisedAndReleasesAllTheSame) {
+TEST_F(CompanyConnectionTest, DisconnectReleasesTheCompanyEvenIfItFails) {
   sink.DbConnect();
   host.failures["Company.Disconnect"] = E_FAIL;
   EXPECT_EQ(sink.DbDisconnect(), 0);
@@ -150,18 +150,18 @@ TEST_F(CompanyConnectionTest, DisconnectSwallowsWhatIsRaisedAndReleasesAllTheSam
   EXPECT_EQ(host.liveCompanies, 0);
 }
 
-TEST_F(CompanyConnectionTest, DisconnectWithoutACompanyIsZero) {
+TEST_F(CompanyConnectionTest, DisconnectWithoutACompanyReturnsZero) {
   EXPECT_EQ(sink.DbDisconnect(), 0);
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-// The report of the versions. The registry of the tests says that all classes live in this program.
+// The report of the versions. The registry of the tests names this program for every class.
 
 std::string thisProgram() { return toUtf8(modulePath(nullptr)); }
 constexpr char kThisVersion[] =
     "Version='9.20.00.01';InternalName=QXFramework.dll;ProductVersion=9.20";
 
-TEST_F(CompanyConnectionTest, ReportsTheVersionsAndPlacesOfEveryPart) {
+TEST_F(CompanyConnectionTest, ReportsVersionAndPathOfEveryLibrary) {
   sink.DbConnect();
   const std::string version = kThisVersion;
   EXPECT_THAT(messages(),
@@ -178,7 +178,7 @@ TEST_F(CompanyConnectionTest, ReportsTheVersionsAndPlacesOfEveryPart) {
   EXPECT_THAT(log.messages(QXLoggerLib::sl_Error), IsEmpty());
 }
 
-TEST_F(CompanyConnectionTest, ReportsAsErrorsWhatCannotBeFound) {
+TEST_F(CompanyConnectionTest, ReportsMissingLibrariesAsErrors) {
   const RegistryInUse none("/nonexistent/registry.toml");
   host.library.hasTypeInfo = false;
   EXPECT_EQ(sink.DbConnect(), 0);

@@ -4,7 +4,7 @@
 
 namespace qx {
 
-/// A lock within the process that its holder may take again.
+/// A lock within the process that the thread that holds it may take again.
 using CriticalSection = std::recursive_mutex;
 using CriticalSectionLock = std::lock_guard<CriticalSection>;
 

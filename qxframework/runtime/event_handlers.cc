@@ -1,4 +1,4 @@
-// The events one by one. Forms and the add-on are called by the rules of internal/guarded_call.h.
+// The events one by one. Every call into a form or the add-on follows internal/guarded_call.h.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/foundation/qx_bstr.h"
@@ -19,9 +19,10 @@ constexpr OLECHAR kBubbleAtStart[] = u"BubbleEvent at start is %d";
 constexpr OLECHAR kBubbleOnExit[] = u"BubbleEvent on exit is %d";
 constexpr OLECHAR kFormThrew[] = u"Form %s threw exception";
 
+// Set by the folder of the stock forms, which is above this one.
 qx::LogSettingsOpener g_logSettingsOpener = nullptr;
 
-// The form type is read only to see that the event answers.
+// The form type is not used. It is read because an event that cannot name it is refused.
 long readItemEvent(IItemEvent* event, long& type, VARIANT_BOOL& before) {
   CComBSTR formType;
   long hr = event->raw_GetEventType(&type);
@@ -43,18 +44,18 @@ void CQXEventSink::SetLogSettingsOpener(qx::LogSettingsOpener opener) {
 template <class Operation>
 void CQXEventSink::AskForm(Scope& hr, CQXAddOnForm* form, const CComBSTR& uid, short* bubble,
                            Operation operation) {
-  const qx::RunningForms::Call call(m_runningForms, form);
+  const qx::RunningForms::Call call(m_forms.running(), form);
   qx::callWithBubble(
       hr, bubble, [&] { return operation(*form); }, kFormThrew, uid);
 }
 
-// The form that an event without a form of its own belongs to: the selected one, if it is ours.
+// Some events name no form. They belong to the selected form, if this add-on has registered it.
 template <class Operation>
 void CQXEventSink::AskSelectedForm(Scope& hr, short* bubble, Operation operation) {
   const CComPtr<IForm> selected = CQXUtil::GetSelectedForm(m_ptrApp);
   if (selected == nullptr) return;
   const CComBSTR uid = selected->GetUniqueID();
-  CQXAddOnForm* const form = FindForm(uid).value_or(nullptr);
+  CQXAddOnForm* const form = m_forms.find(uid).value_or(nullptr);
   if (form != nullptr) AskForm(hr, form, uid, bubble, operation);
 }
 
@@ -66,7 +67,7 @@ void CQXEventSink::AskAddOnUnlessVetoed(Scope& hr, short* bubble, const OLECHAR*
       hr, bubble, [&] { return operation(*m_pDispatch); }, message);
 }
 
-// The hooks whose failure does not show in the result.
+// For hooks whose exception leaves the result of the event unchanged.
 template <class Operation>
 void CQXEventSink::AskAddOn(Scope& hr, const OLECHAR* message, Operation operation) {
   if (m_pDispatch == nullptr) return;
@@ -99,23 +100,21 @@ void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, sho
   hr = readItemEvent(itemEvent, type, before);
   if (hr < 0) return;
 
-  const auto form = FindFormLoggingAll(hr, uid);
+  // One line per form for every item event, as support expects in a trace at the highest level.
+  m_forms.forEachUid([&](const CComBSTR& each) { hr.LogDbg2(u"Form map entry: %s", each); });
+  const auto form = m_forms.find(uid);
   if (!form) {
     if (type == qx::kFormLoad && before == VARIANT_FALSE) RouteFormLoad(hr, itemEvent, bubble);
     return;
   }
   if (*form == nullptr) return;
-  const qx::RunningForms::Call running(m_runningForms, *form);  // it lives to the end of the event
+  // The form may close itself in its operation. This call keeps the object until the event is over.
+  // The form may close itself in its operation. This call keeps the object until the event is over.
+  const qx::RunningForms::Call running(m_forms.running(), *form);
   AskForm(hr, *form, uid, bubble,
           [&](CQXAddOnForm& each) { return each.OnItemEvent(itemEvent.p, bubble); });
   if (hr < 0) hr = S_FALSE;
   if (type == qx::kFormUnload) EndForm(hr, uid, *form);
-}
-
-std::optional<CQXAddOnForm*> CQXEventSink::FindFormLoggingAll(Scope& hr, const CComBSTR& uid) {
-  const qx::CriticalSectionLock lock(m_cs);
-  for (const auto& [key, form] : m_mapForms) hr.LogDbg2(u"Form map entry: %s", key);
-  return FindForm(uid);
 }
 
 void CQXEventSink::RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble) {
@@ -126,18 +125,14 @@ void CQXEventSink::RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble) {
   if (hr < 0) hr = S_FALSE;
 }
 
-// The form's own operation may have let the host unload it already, nested in it: then there is
-// nothing left to do. The object goes with the last call into it.
+// The form's own operation may have let the host unload it already, nested in this event. Then the
+// registry does nothing here.
 void CQXEventSink::EndForm(Scope& hr, const CComBSTR& uid, CQXAddOnForm* form) {
-  if (!m_runningForms.beginEnd(form)) return;
-  if (!qx::endedWell([&] { form->UnloadForm(); })) {
+  m_forms.end(form, [&] {
+    if (qx::endedWell([&] { form->UnloadForm(); })) return;
     hr.LogError(kFormThrew, uid);
     hr = S_FALSE;
-  }
-  const qx::CriticalSectionLock lock(m_cs);
-  for (auto* forms : {&m_mapForms, &m_mapFormsLeftOpen}) {
-    std::erase_if(*forms, [form](const auto& entry) { return entry.second == form; });
-  }
+  });
 }
 
 long CQXEventSink::OnMenuEvent(IMenuEvent* event, short* bubble) {
@@ -164,6 +159,9 @@ void CQXEventSink::RouteMenuEvent(Scope& hr, IMenuEvent* event, short* bubble) {
     hr = E_INVALIDARG;
     return;
   }
+  // The common entries belong to the framework: the quit entry acts after the action, since the
+  // stop removes the very menu that is being used; the log settings entry acts before and vetoes
+  // the rest.
   if (isCommonMenuEntry(uid, qx::kTextQuit)) {
     if (!before) hr = UnloadApplication();
   } else if (isCommonMenuEntry(uid, qx::kTextLogSettings)) {
@@ -176,6 +174,7 @@ void CQXEventSink::RouteMenuEvent(Scope& hr, IMenuEvent* event, short* bubble) {
   }
 }
 
+// Vetoes the menu event only if the form opens.
 void CQXEventSink::OpenLogSettings(Scope& hr, short* bubble) {
   if (g_logSettingsOpener == nullptr) {
     hr.LogError(u"Failed to create instance of CFrmLogSettings.\n");
@@ -197,7 +196,7 @@ long CQXEventSink::StatusBarEvent(BSTR text, long type) {
   return hr;
 }
 
-// Events of the client as a whole: the add-on's handler alone has a say, and may veto.
+// Events that belong to no form go to the add-on's handler only, which may veto.
 template <class Operation>
 long CQXEventSink::PassToAddOn(const OLECHAR* name, short* bubble, const OLECHAR* message,
                                Operation operation) {
@@ -226,6 +225,7 @@ long CQXEventSink::ReportDataEvent(IDispatch* event, short* bubble) {
                      [&](CQXIDispatch& addOn) { return addOn.OnReportDataEvent(event, bubble); });
 }
 
+// Failures of the form do not keep the event from the add-on; only a veto does.
 long CQXEventSink::RightClickEvent(IContextMenuInfo* info, short* bubble) {
   if (m_bShutdown) return S_OK;
   Scope hr(u"CQXEventSink::RightClickEvent", 0, m_lAppId);
@@ -236,7 +236,7 @@ long CQXEventSink::RightClickEvent(IContextMenuInfo* info, short* bubble) {
   return hr;
 }
 
-// The veto counts, the result does not.
+// Returns 0 even if the form fails: the host reads the veto only.
 long CQXEventSink::FormDataEvent(IBusinessObjectInfo* info, short* bubble) {
   if (m_bShutdown) return S_OK;
   Scope hr(u"CQXEventSink::FormDataEvent", 0, m_lAppId);

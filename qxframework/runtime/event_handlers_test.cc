@@ -5,9 +5,9 @@ namespace {
 
 using testing::ElementsAre;
 
-// Events that go to the add-on alone.
+// Events that go to the add-on only.
 
-TEST_F(EventHandlersTest, TheResultOfTheAddOnsHandlerIsTheEvents) {
+TEST_F(EventHandlersTest, ReturnTheResultOfTheHandler) {
   hooks["OnStatusBarEvent"] = giving(5);
   hooks["OnProgressBarEvent"] = giving(6);
   hooks["OnPrintEvent"] = giving(E_FAIL);
@@ -18,7 +18,7 @@ TEST_F(EventHandlersTest, TheResultOfTheAddOnsHandlerIsTheEvents) {
   EXPECT_EQ(sink.ReportDataEvent(nullptr, &bubble), 8);
 }
 
-TEST_F(EventHandlersTest, WhateverTheseHandlersThrowLeavesTheResultAsItWas) {
+TEST_F(EventHandlersTest, KeepTheResultIfTheHandlerThrows) {
   for (const auto& [what, thrower] : throwers()) {
     for (const char* name :
          {"OnStatusBarEvent", "OnProgressBarEvent", "OnPrintEvent", "OnReportDataEvent"}) {
@@ -38,7 +38,7 @@ TEST_F(EventHandlersTest, WhateverTheseHandlersThrowLeavesTheResultAsItWas) {
   }
 }
 
-TEST_F(EventHandlersTest, AVetoThatComesInStaysForThemToo) {
+TEST_F(EventHandlersTest, HandlerCannotTakeAVetoBack) {
   hooks["OnProgressBarEvent"] = setting(-1);
   hooks["OnPrintEvent"] = setting(-1);
   hooks["OnReportDataEvent"] = setting(-1);
@@ -59,13 +59,13 @@ TEST_F(EventHandlersTest, RightClickGoesToTheSelectedFormAndThenToTheAddOn) {
   EXPECT_THAT(host.calls, ElementsAre("F1.OnRightClickEvent", "OnRightClickEvent"));
 }
 
-TEST_F(EventHandlersTest, AVetoOfTheFormKeepsTheRightClickFromTheAddOn) {
+TEST_F(EventHandlersTest, VetoOfTheFormKeepsTheRightClickFromTheAddOn) {
   form->hooks["OnRightClickEvent"] = setting(0);
   sink.RightClickEvent(makeObject<StubContextMenuInfo>().p, &bubble);
   EXPECT_THAT(host.calls, ElementsAre("F1.OnRightClickEvent"));
 }
 
-TEST_F(EventHandlersTest, WhateverIsThrownAtARightClickIsLoggedAndOne) {
+TEST_F(EventHandlersTest, ExceptionInARightClickIsLoggedAndReturnsOne) {
   for (const auto& [what, thrower] : throwers()) {
     log.records.clear();
     form->hooks["OnRightClickEvent"] = thrower;
@@ -85,7 +85,7 @@ TEST_F(EventHandlersTest, FormDataGoesToTheSelectedFormOnly) {
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, FormDataIsZeroEvenWhenTheFormThrew) {
+TEST_F(EventHandlersTest, FormDataReturnsZeroEvenIfTheFormThrows) {
   for (const auto& [what, thrower] : throwers()) {
     log.records.clear();
     form->hooks["OnFormDataEvent"] = thrower;
@@ -94,7 +94,7 @@ TEST_F(EventHandlersTest, FormDataIsZeroEvenWhenTheFormThrew) {
   }
 }
 
-TEST_F(EventHandlersTest, RightClickAndFormDataLeaveAVetoThatStands) {
+TEST_F(EventHandlersTest, RightClickAndFormDataKeepAVeto) {
   bubble = VARIANT_FALSE;
   form->hooks["OnRightClickEvent"] = form->hooks["OnFormDataEvent"] = [](short* veto) {
     *veto = VARIANT_TRUE;
@@ -107,7 +107,7 @@ TEST_F(EventHandlersTest, RightClickAndFormDataLeaveAVetoThatStands) {
   EXPECT_THAT(host.calls, ElementsAre("F1.OnRightClickEvent", "F1.OnFormDataEvent"));
 }
 
-TEST_F(EventHandlersTest, WithoutAHandlerOnlyTheFormsAreCalled) {
+TEST_F(EventHandlersTest, MissingHandlerLeavesEventsToTheForms) {
   CQXEventSink lonely(host.application.p, nullptr, &addOn);
   lonely.RegisterForm(form);
   const auto event = makeObject<FakeMenuEvent>(u"1281", kBefore);

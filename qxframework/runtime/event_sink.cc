@@ -19,6 +19,8 @@ struct CQXEventSink::EventEntry {
   void (*deliver)(CQXEventSink& sink, qx::EventArgs& args);
 };
 
+// InitXMLMap is called from the constructor, so an override in a derived class has no effect here;
+// the symbols are those of this class.
 CQXEventSink::CQXEventSink(IApplication* application, CQXIDispatch* dispatch, CQXAddOn* addOn)
     : m_ptrApp(application), m_pDispatch(dispatch), m_pAddOn(addOn) {
   m_lAppId = m_ptrApp->GetAppId();
@@ -42,7 +44,8 @@ HRESULT CQXEventSink::GetTypeInfo(UINT, LCID, ITypeInfo**) { return E_NOTIMPL; }
 
 HRESULT CQXEventSink::GetIDsOfNames(REFIID, OLECHAR**, UINT, LCID, DISPID*) { return E_NOTIMPL; }
 
-// The edge to the host: what a gone host raises between the calls into forms and add-on ends here.
+// The edge to the host. Calls into forms and the add-on are guarded one by one; the guard here
+// catches what a host that is gone raises between them.
 HRESULT CQXEventSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*,
                              EXCEPINFO*, UINT*) {
   if (!m_bEventsEnabled) return S_OK;
@@ -59,8 +62,9 @@ HRESULT CQXEventSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, 
   return S_OK;
 }
 
-// Every object is asked for the interface that its handler takes. The object of a progress bar
-// event is taken for a menu event, as the two have always shared that cast.
+// Every object is asked for the interface that its handler takes. Frozen: the object of a progress
+// bar event is asked for the interface of a menu event, so a host's progress bar object arrives as
+// null.
 void CQXEventSink::Dispatch(DISPID id, qx::EventArgs& args) {
   using Sink = CQXEventSink;
   using Args = qx::EventArgs;
@@ -109,16 +113,8 @@ long CQXEventSink::RegisterForm(CQXAddOnForm* form) {
   hr = form->GetFormUID(uid, extId);
   if (hr < 0) return hr;
   hr.LogInfo(u"Registering form '%s'\n", uid.View());
-  const qx::CriticalSectionLock lock(m_cs);
-  m_mapForms.emplace(uid, form);
+  m_forms.add(uid, form);
   return hr;
-}
-
-std::optional<CQXAddOnForm*> CQXEventSink::FindForm(const CComBSTR& uid) {
-  const qx::CriticalSectionLock lock(m_cs);
-  const auto entry = m_mapForms.find(uid);
-  if (entry == m_mapForms.end()) return std::nullopt;
-  return entry->second;
 }
 
 long CQXEventSink::GetSelectedForm(CComBSTR extId, CQXAddOnForm*& out) {
@@ -129,7 +125,7 @@ long CQXEventSink::GetSelectedForm(CComBSTR extId, CQXAddOnForm*& out) {
     hr.LogInfo(u"No selected form found.\n");
     return hr = S_FALSE;
   }
-  const auto form = FindForm(selected->GetUniqueID());
+  const auto form = m_forms.find(selected->GetUniqueID());
   if (!form) return hr = S_FALSE;
   out = *form;
   if (out == nullptr) return hr = S_FALSE;

@@ -1,12 +1,14 @@
 #pragma once
 
 // The one object that the host calls. An event enters at Invoke, goes to the form that it belongs
-// to and then to the add-on's handler; whatever these throw stays here. The sink also runs the
-// add-on from AdviseEvents, which connects the company and starts the events, to UnadviseEvents,
-// which ends the add-on's message loop; from then on events are answered with 0 and nothing else.
+// to and then to the add-on's handler. What these throw does not get past the sink.
 //
-// event_sink.cc has the dispatch and the forms, event_handlers.cc the events one by one,
-// event_sink_run.cc the run and company_connection.cc the connection to the company.
+// The sink also runs the add-on: AdviseEvents connects the company and starts the events,
+// UnadviseEvents ends the add-on's message loop. From then on every event is answered with 0.
+//
+// Three sources hold its operations: event_sink.cc the entry, event_handlers.cc the events one by
+// one, event_sink_run.cc the run. The forms are kept by FormRegistry, and the company is connected
+// by connectCompany.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -16,11 +18,9 @@
 #include "qxframework/os/message_loop.h"
 #include "qxframework/resources/xml_map.h"
 #include "qxframework/runtime/critical_section.h"
+#include "qxframework/runtime/form_registry.h"
 #include "qxframework/runtime/framework_util.h"
-#include "qxframework/runtime/running_forms.h"
 
-#include <map>
-#include <optional>
 #include <vector>
 
 class CQXAddOn;
@@ -38,13 +38,7 @@ namespace qx {
 
 class EventArgs;
 
-/// Order and equality of texts by their units, for keys that must match exactly.
-struct ExactOrder {
-  bool operator()(const CComBSTR& a, const CComBSTR& b) const { return a.View() < b.View(); }
-};
-
-/// Opens the log settings form for an add-on; the result is that of the form's creation, which may
-/// also be raised.
+/// Opens the log settings form for an add-on. Returns the result of the form's creation, or throws.
 using LogSettingsOpener = long (*)(CQXAddOn* addOn, CComPtr<IApplication> application,
                                    CComPtr<ICompany> company);
 
@@ -52,12 +46,12 @@ using LogSettingsOpener = long (*)(CQXAddOn* addOn, CComPtr<IApplication> applic
 
 class QX_API CQXEventSink : public IDispatch {
  public:
-  /// `dispatch` and `addOn` are not owned. Raises _com_error when the application does not answer.
+  /// Does not own `dispatch` and `addOn`. Throws _com_error if the application does not answer.
   CQXEventSink(IApplication* application, CQXIDispatch* dispatch, CQXAddOn* addOn);
   CQXEventSink(const CQXEventSink&) = delete;
   CQXEventSink& operator=(const CQXEventSink&) = delete;
 
-  /// The sink lives until the process ends: references are not counted.
+  /// References are not counted, since the sink lives until the process ends.
   HRESULT QueryInterface(REFIID iid, void** object) override;
   ULONG AddRef() override { return 0; }
   ULONG Release() override { return 0; }
@@ -65,21 +59,24 @@ class QX_API CQXEventSink : public IDispatch {
   HRESULT GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
   HRESULT GetIDsOfNames(REFIID reserved, OLECHAR** names, UINT count, LCID locale,
                         DISPID* ids) override;
-  /// Always 0: the host learns of a decision through the veto only.
+  /// The entry of all events. Always returns 0: the host learns of a decision through the veto
+  /// only.
   HRESULT Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* params,
                  VARIANT* result, EXCEPINFO* exception, UINT* badArgument) override;
-  /// Fills the symbols of the common menu.
+  /// Appends the symbols of the common menu and the closing row.
   virtual void InitXMLMap();
 
-  /// The form gets the events of its host form from now on. It is not owned, but it is deleted when
-  /// its host form has been unloaded. A form that stands there for the same host form stays.
+  /// Makes the form get the events of its host form. The sink does not own the form, but it deletes
+  /// the form when the host form has been unloaded. If another form is registered for the same host
+  /// form, that one stays. Returns E_INVALIDARG for null, E_POINTER for a form without a host form.
   long RegisterForm(CQXAddOnForm* form);
-  /// The selected form of the client, if it is registered and of that extension. 1 otherwise; `out`
-  /// is then null, but untouched when the selected form is not registered.
+  /// Puts the client's selected form into `out` and returns 0 if it is registered and of that
+  /// extension. Else returns 1; `out` is then null, or unchanged if the selected form is not
+  /// registered.
   long GetSelectedForm(CComBSTR extId, CQXAddOnForm*& out);
 
-  /// One event each. A result only goes to the log; `bubble`, the veto, must not be null and is
-  /// never taken back. They return 0 at once when the run has ended.
+  /// Handle one event each. Results go to the log only. `bubble` is the veto: it must not be null,
+  /// and a veto is never taken back. After the end of the run they return 0 at once.
   long ItemEvent(BSTR formUID, IDispatch* event, short* bubble);
   long OnMenuEvent(IMenuEvent* event, short* bubble);
   long OnAppEvent(long type);
@@ -90,26 +87,30 @@ class QX_API CQXEventSink : public IDispatch {
   long RightClickEvent(IContextMenuInfo* info, short* bubble);
   long FormDataEvent(IBusinessObjectInfo* info, short* bubble);
 
-  /// Starts the run: the company, the framework's tables, the common menu, the events, the add-on's
-  /// OnApplicationLoad.
+  /// Starts the run, in this order: company, the framework's tables, common menu, events, the
+  /// add-on's OnApplicationLoad.
   long AdviseEvents(IDispatch* application, CComBSTR& identifier);
-  /// Ends the run; a second call does nothing.
+  /// Ends the run and posts WM_DESTROY to the add-on's window. A second call does nothing.
   void UnadviseEvents();
+  /// Calls OnApplicationLoad. If it fails, the user sees a box and the run ends.
   long LoadApplication();
+  /// Calls OnApplicationUnload, removes the common menu if this is the client's last add-on, and
+  /// ends the run.
   long UnloadApplication();
-  /// Connects the company, through the client or by the cookie. 0x80040501 when that fails, after
-  /// the user has been told.
+  /// Connects the company; see qx::connectCompany for results and failures.
   long DbConnect();
   long DbDisconnect();
 
   void SetWndHandle(HWND window) { m_hWnd = window; }
   void SetConnectionViaUI(bool viaUI) { m_bConnectionViaUI = viaUI; }
 
-  /// Who opens the log settings form; null when there is no such form.
+  /// Sets the function that opens the log settings form; null if there is no such form. The form is
+  /// in a higher folder, which supplies it here.
   static void SetLogSettingsOpener(qx::LogSettingsOpener opener);
 
-  /// For callers of a form that may close itself meanwhile.
-  qx::RunningForms& runningForms() { return m_runningForms; }
+  /// The calls into forms that are running now. A caller of a form that may close itself opens a
+  /// RunningForms::Call there.
+  qx::RunningForms& runningForms() { return m_forms.running(); }
 
  private:
   using Scope = CReturnValue<long>;
@@ -117,11 +118,9 @@ class QX_API CQXEventSink : public IDispatch {
 
   // event_sink.cc
   void Dispatch(DISPID id, qx::EventArgs& args);
-  std::optional<CQXAddOnForm*> FindForm(const CComBSTR& uid);
 
   // event_handlers.cc
   void RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, short* bubble);
-  std::optional<CQXAddOnForm*> FindFormLoggingAll(Scope& hr, const CComBSTR& uid);
   void RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble);
   void EndForm(Scope& hr, const CComBSTR& uid, CQXAddOnForm* form);
   void RouteMenuEvent(Scope& hr, IMenuEvent* event, short* bubble);
@@ -140,16 +139,11 @@ class QX_API CQXEventSink : public IDispatch {
 
   // event_sink_run.cc
   bool ChangeCompany(Scope& hr);
-  void TellAddOn(Scope& hr, long type);
+  void PassToAddOn(Scope& hr, long type);
   void RebuildMenu(Scope& hr);
   void ConnectEvents(Scope& hr);
   void ShowSetUpFailed();
   void RemoveMenuIfLast();
-
-  // company_connection.cc
-  void ConnectCompany(Scope& hr);
-  void ShakeHands(Scope& hr);
-  void ReportConnectionError(Scope& hr, long code);
 
   std::vector<XMLMAP> m_vecXMLMap;
   HWND m_hWnd = nullptr;
@@ -166,9 +160,7 @@ class QX_API CQXEventSink : public IDispatch {
   DWORD m_dwCookie = 0;
   bool m_bConnectionViaUI = true;
   bool m_bEventsEnabled = true;
-  std::map<CComBSTR, CQXAddOnForm*, qx::ExactOrder> m_mapForms;
+  qx::FormMap m_mapForms;
   CQXAddOn* m_pAddOn;
-  // The forms that were open when the run ended. Nobody deletes them, but they are not lost.
-  std::map<CComBSTR, CQXAddOnForm*, qx::ExactOrder> m_mapFormsLeftOpen;
-  qx::RunningForms m_runningForms;
+  qx::FormRegistry m_forms{m_cs, m_mapForms};
 };

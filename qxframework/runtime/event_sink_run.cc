@@ -1,4 +1,4 @@
-// The run of the add-on: its start, the events of the client as a whole, and its stop.
+// The run of the add-on: its start, the application events, and its stop.
 
 #include "qxframework/foundation/languages.h"
 #include "qxframework/foundation/qx_bstr.h"
@@ -6,6 +6,7 @@
 #include "qxframework/host/events.h"
 #include "qxframework/os/message_loop.h"
 #include "qxframework/runtime/addon.h"
+#include "qxframework/runtime/company_connection.h"
 #include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/internal/framework_texts.h"
 #include "qxframework/runtime/internal/guarded_call.h"
@@ -47,14 +48,15 @@ long CQXEventSink::AdviseEvents(IDispatch* application, CComBSTR& identifier) {
   return hr;
 }
 
-// A menu that is not to be had changes nothing.
+// If the menu cannot be built, the add-on still runs: its forms do not need the menu.
 void CQXEventSink::RebuildMenu(Scope& hr) {
   if (m_FrameworkUtil.CreateMenuTree(m_ptrApp, &m_vecXMLMap) < 0) {
     hr.LogError(u"Failed to create add-on menu tree!");
   }
 }
 
-// The result of the database check ends here: the run goes on as far as the events can be had.
+// Overwrites the result of the database check on purpose: an add-on whose tables are not up to date
+// gets its events, so that the client can stop it.
 void CQXEventSink::ConnectEvents(Scope& hr) {
   if (m_ptrEventSource == nullptr) return;
   CComPtr<IConnectionPointContainer> container;
@@ -80,6 +82,7 @@ long CQXEventSink::LoadApplication() {
     hr.LogInfo(u"Add-on started.\n");
     if (m_ptrApp->GetStartupDone() == VARIANT_FALSE) m_ptrApp->PutStartupDone(VARIANT_TRUE);
   }
+  // 1 from OnApplicationLoad is a reservation of the add-on, not a failure of the start.
   if (hr == S_FALSE) hr = S_OK;
   return hr;
 }
@@ -106,6 +109,7 @@ long CQXEventSink::UnloadApplication() {
   qx::callAddOn(
       hr, [&] { return m_pDispatch->OnApplicationUnload(); },
       u"Add-on's OnApplicationUnload handler threw an exception");
+  // Frozen as an error, so it shows at every log level.
   hr.LogError(u"Add-on stopped.");
   RemoveMenuIfLast();
   UnadviseEvents();
@@ -115,10 +119,8 @@ long CQXEventSink::UnloadApplication() {
 void CQXEventSink::UnadviseEvents() {
   if (std::exchange(m_bShutdown, true)) return;
   CReturnValue<void> scope(u"CQXEventSink::UnadviseEvents", m_lAppId);
-  {
-    const qx::CriticalSectionLock lock(m_cs);
-    m_mapFormsLeftOpen.swap(m_mapForms);
-  }
+  // Their objects stay: the operation of a form may be what stops the add-on, and it still runs.
+  m_forms.leaveOpen();
   if (m_ptrEventSource != nullptr && m_ptrConnectionPoint != nullptr &&
       m_ptrConnectionPoint->Unadvise(m_dwCookie) != S_OK) {
     scope.LogError(u"Unadvise failed for Halvex application %d", m_lAppId);
@@ -131,7 +133,7 @@ long CQXEventSink::OnAppEvent(long type) {
   if (m_bShutdown) return S_OK;
   Scope hr(u"CQXEventSink::OnAppEvent", 0, m_lAppId);
   const bool companyChanged = type == qx::kCompanyChanged && ChangeCompany(hr);
-  if (hr >= 0) TellAddOn(hr, type);
+  if (hr >= 0) PassToAddOn(hr, type);
   if (companyChanged) {
     hr.LogInfo(u"Company changed.\n");
     RebuildMenu(hr);
@@ -142,7 +144,18 @@ long CQXEventSink::OnAppEvent(long type) {
   return hr;
 }
 
-// True when the connection stands, whatever came of the check of the tables.
+long CQXEventSink::DbConnect() {
+  return qx::connectCompany({.appId = m_lAppId,
+                             .client = m_ptrApp,
+                             .application = m_ptrEventSource,
+                             .throughClient = m_bConnectionViaUI,
+                             .identifier = m_bstrConnection},
+                            m_ptrCompany);
+}
+
+long CQXEventSink::DbDisconnect() { return qx::disconnectCompany(m_lAppId, m_ptrCompany); }
+
+// Returns true if the company is connected, even if the check of the tables has failed.
 bool CQXEventSink::ChangeCompany(Scope& hr) {
   hr.LogDbg0(u"Changing DB connection due to event aet_CompanyChanged.");
   if (m_ptrCompany != nullptr) DbDisconnect();
@@ -155,8 +168,8 @@ bool CQXEventSink::ChangeCompany(Scope& hr) {
   return true;
 }
 
-void CQXEventSink::TellAddOn(Scope& hr, long type) {
-  // One text serves the change of the company and that of the language.
+void CQXEventSink::PassToAddOn(Scope& hr, long type) {
+  // Frozen: the change of the language logs the text of the change of the company.
   static constexpr OLECHAR kThrew[] = u"Add-on's OnChangeCompany handler threw an exception";
   switch (type) {
     case qx::kShutDown:

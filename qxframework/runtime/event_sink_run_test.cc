@@ -39,7 +39,7 @@ class EventSinkRunTest : public testing::Test {
     host.calls.clear();
     log.records.clear();
   }
-  /// The calls without the statements, and without the XML of the batches.
+  /// Returns the calls without the SQL statements and without the XML of the batches.
   Strings steps() const {
     Strings out;
     for (const std::string& call : host.calls) {
@@ -78,7 +78,7 @@ TEST_F(EventSinkRunTest, AdviseEventsRunsTheStartInItsOrder) {
   EXPECT_EQ(host.sink, &sink);
 }
 
-TEST_F(EventSinkRunTest, AdviseEventsReadsTheApplicationNumberAnew) {
+TEST_F(EventSinkRunTest, AdviseEventsReadsTheApplicationNumberAgain) {
   host.appId = 9;
   EXPECT_EQ(advise(), 0);
   EXPECT_EQ(log.records.front().appId, 7);
@@ -115,14 +115,14 @@ TEST_F(EventSinkRunTest, AFailedDatabaseCheckSkipsTheMenuButNotOnApplicationLoad
               ElementsAre("ConnectionPoint.Advise", "OnApplicationLoad", "App.PutStartupDone(-1)"));
 }
 
-TEST_F(EventSinkRunTest, AMenuThatCannotBeBuiltChangesNothing) {
+TEST_F(EventSinkRunTest, StartGoesOnIfTheMenuCannotBeBuilt) {
   host.failures["App.LoadBatchActions"] = E_FAIL;
   EXPECT_EQ(advise(), 0);
   EXPECT_TRUE(log.has(1, u"Failed to create add-on menu tree!"));
   EXPECT_TRUE(host.called("OnApplicationLoad"));
 }
 
-TEST_F(EventSinkRunTest, WithoutAConnectionPointNothingIsLoaded) {
+TEST_F(EventSinkRunTest, MissingConnectionPointStopsTheStart) {
   host.failures["App.FindConnectionPoint"] = CONNECT_E_NOCONNECTION;
   EXPECT_EQ(advise(), CONNECT_E_NOCONNECTION);
   EXPECT_FALSE(host.called("OnApplicationLoad"));
@@ -131,7 +131,7 @@ TEST_F(EventSinkRunTest, WithoutAConnectionPointNothingIsLoaded) {
   EXPECT_EQ(messages(u"CQXEventSink::AdviseEvents").back(), "Leaving critical section....");
 }
 
-TEST_F(EventSinkRunTest, ARefusedAdviseLoadsNothing) {
+TEST_F(EventSinkRunTest, RefusedAdviseStopsTheStart) {
   host.failures["ConnectionPoint.Advise"] = CONNECT_E_ADVISELIMIT;
   EXPECT_EQ(advise(), CONNECT_E_ADVISELIMIT);
   EXPECT_FALSE(host.called("OnApplicationLoad"));
@@ -142,7 +142,7 @@ std::string setUpBox() {
          "), 1, OK, , )";
 }
 
-TEST_F(EventSinkRunTest, AFailedOnApplicationLoadEndsTheRun) {
+TEST_F(EventSinkRunTest, FailedOnApplicationLoadEndsTheRun) {
   hooks["OnApplicationLoad"] = giving(E_ACCESSDENIED);
   EXPECT_EQ(advise(), E_ACCESSDENIED);
   const Strings calls = steps();
@@ -153,7 +153,7 @@ TEST_F(EventSinkRunTest, AFailedOnApplicationLoadEndsTheRun) {
   EXPECT_EQ(host.liveCompanies, 0);
 }
 
-TEST_F(EventSinkRunTest, WhateverOnApplicationLoadThrowsEndsTheRun) {
+TEST_F(EventSinkRunTest, ExceptionOfOnApplicationLoadEndsTheRun) {
   for (const auto& [what, thrower] : throwers()) {
     CQXEventSink each(host.application.p, &dispatch, &addOn);
     hooks["OnApplicationLoad"] = thrower;
@@ -166,7 +166,7 @@ TEST_F(EventSinkRunTest, WhateverOnApplicationLoadThrowsEndsTheRun) {
   }
 }
 
-TEST_F(EventSinkRunTest, AFailedOnApplicationLoadLeavesTheMenuToTheOthers) {
+TEST_F(EventSinkRunTest, FailedOnApplicationLoadKeepsTheMenuForOtherAddOns) {
   CQXAddOn::IncAttachCount(host.appId);
   hooks["OnApplicationLoad"] = giving(E_FAIL);
   EXPECT_EQ(advise(), E_FAIL);
@@ -175,14 +175,14 @@ TEST_F(EventSinkRunTest, AFailedOnApplicationLoadLeavesTheMenuToTheOthers) {
   EXPECT_THAT(end, ElementsAre(setUpBox(), "ConnectionPoint.Unadvise(5)"));
 }
 
-TEST_F(EventSinkRunTest, AResultOfOneIsZeroAndOthersStay) {
+TEST_F(EventSinkRunTest, LoadResultOfOneBecomesZero) {
   hooks["OnApplicationLoad"] = giving(1);
   EXPECT_EQ(sink.LoadApplication(), 0);
   hooks["OnApplicationLoad"] = giving(2);
   EXPECT_EQ(sink.LoadApplication(), 2);
 }
 
-TEST_F(EventSinkRunTest, AClientThatCountsTheAddOnAsStartedIsNotToldAgain) {
+TEST_F(EventSinkRunTest, StartupDoneIsNotSetTwice) {
   host.startupDone = VARIANT_TRUE;
   EXPECT_EQ(advise(), 0);
   EXPECT_EQ(host.calls.back(), "OnApplicationLoad");
@@ -190,7 +190,7 @@ TEST_F(EventSinkRunTest, AClientThatCountsTheAddOnAsStartedIsNotToldAgain) {
 
 // The stop.
 
-TEST_F(EventSinkRunTest, UnadviseEventsReleasesAllAndDoesNothingASecondTime) {
+TEST_F(EventSinkRunTest, UnadviseEventsReleasesEverythingOnce) {
   TestForm form(host, &addOn, &host.addForm(u"F1", true));
   run();
   sink.RegisterForm(&form);
@@ -244,7 +244,7 @@ TEST_F(EventSinkRunTest, OnlyTheLastOfTwoAddOnsRemovesTheMenu) {
   EXPECT_THAT(steps(), ElementsAre("OnApplicationUnload", "remove menu"));
 }
 
-TEST_F(EventSinkRunTest, WhateverOnApplicationUnloadThrowsTheRunEnds) {
+TEST_F(EventSinkRunTest, ExceptionOfOnApplicationUnloadStillEndsTheRun) {
   for (const auto& [what, thrower] : throwers()) {
     CQXEventSink each(host.application.p, &dispatch, &addOn);
     hooks["OnApplicationUnload"] = thrower;
@@ -270,7 +270,7 @@ TEST_F(EventSinkRunTest, BothStoppingEventsStopTheAddOn) {
   }
 }
 
-TEST_F(EventSinkRunTest, CompanyChangeReconnectsTellsTheAddOnAndRebuildsTheMenu) {
+TEST_F(EventSinkRunTest, CompanyChangeReconnectsCallsTheAddOnAndRebuildsTheMenu) {
   run();
   EXPECT_EQ(sink.OnAppEvent(65), 0);
   EXPECT_THAT(steps(),
@@ -283,7 +283,7 @@ TEST_F(EventSinkRunTest, CompanyChangeReconnectsTellsTheAddOnAndRebuildsTheMenu)
   EXPECT_EQ(host.liveCompanies, 1);
 }
 
-TEST_F(EventSinkRunTest, CompanyChangeThatFailsTellsNobody) {
+TEST_F(EventSinkRunTest, FailedCompanyChangeDoesNotReachTheAddOn) {
   run();
   host.failures["Company.Connect"] = E_FAIL;
   EXPECT_EQ(sink.OnAppEvent(65), QX_E_CONNECTION);
@@ -294,7 +294,7 @@ TEST_F(EventSinkRunTest, CompanyChangeThatFailsTellsNobody) {
                           "Failed to connect to the database."));
 }
 
-TEST_F(EventSinkRunTest, CompanyChangeToTablesThatFailReturnsThatAndRebuildsTheMenu) {
+TEST_F(EventSinkRunTest, CompanyChangeWithFailedTablesReturnsTheFailureAndRebuildsTheMenu) {
   run();
   host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
   EXPECT_EQ(sink.OnAppEvent(65), QX_E_UPGRADE_RUNNING);
@@ -303,7 +303,7 @@ TEST_F(EventSinkRunTest, CompanyChangeToTablesThatFailReturnsThatAndRebuildsTheM
   EXPECT_EQ(messages(u"CQXEventSink::OnAppEvent").back(), "Company changed.\n");
 }
 
-TEST_F(EventSinkRunTest, LanguageChangeTellsTheAddOnAndRebuildsTheMenu) {
+TEST_F(EventSinkRunTest, LanguageChangeCallsTheAddOnAndRebuildsTheMenu) {
   run();
   host.language = ln_German;
   EXPECT_EQ(sink.OnAppEvent(66), 0);
@@ -313,7 +313,7 @@ TEST_F(EventSinkRunTest, LanguageChangeTellsTheAddOnAndRebuildsTheMenu) {
               ElementsAre("Language changed to 'ln_German'\n"));
 }
 
-TEST_F(EventSinkRunTest, AMenuThatCannotBeRebuiltDoesNotChangeTheResult) {
+TEST_F(EventSinkRunTest, ResultIsTheSameIfTheMenuCannotBeRebuilt) {
   run();
   host.failures["App.LoadBatchActions"] = E_FAIL;
   EXPECT_EQ(sink.OnAppEvent(66), 0);
@@ -322,7 +322,7 @@ TEST_F(EventSinkRunTest, AMenuThatCannotBeRebuiltDoesNotChangeTheResult) {
   EXPECT_EQ(std::count(logged.begin(), logged.end(), "Failed to create add-on menu tree!"), 2);
 }
 
-TEST_F(EventSinkRunTest, WhateverTheAddOnThrowsAtAChangeIsLoggedWithTheOneText) {
+TEST_F(EventSinkRunTest, ExceptionAtAChangeIsLoggedWithTheCommonText) {
   run();
   for (const auto& [what, thrower] : throwers()) {
     hooks["OnChangeCompany"] = thrower;
@@ -340,14 +340,14 @@ TEST_F(EventSinkRunTest, WhateverTheAddOnThrowsAtAChangeIsLoggedWithTheOneText) 
   }
 }
 
-TEST_F(EventSinkRunTest, ANegativeResultOfTheAddOnIsLogged) {
+TEST_F(EventSinkRunTest, NegativeResultOfTheAddOnIsLogged) {
   run();
   hooks["OnChangeLanguage"] = giving(E_ACCESSDENIED);
   EXPECT_EQ(sink.OnAppEvent(66), E_ACCESSDENIED);
   EXPECT_TRUE(log.has(1, u"Failed to dispatch application event.\n"));
 }
 
-TEST_F(EventSinkRunTest, AnUnknownApplicationEventIsAFailure) {
+TEST_F(EventSinkRunTest, UnknownApplicationEventIsAFailure) {
   EXPECT_EQ(sink.OnAppEvent(12), E_FAIL);
   EXPECT_THAT(messages(u"CQXEventSink::OnAppEvent"),
               ElementsAre("Unknown application event type: 12.\n",

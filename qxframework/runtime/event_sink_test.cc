@@ -23,7 +23,7 @@ class EventSinkTest : public testing::Test {
     host.sink = &sink;
     log.records.clear();
   }
-  /// Makes the application the sink's event source, as the start does, and forgets the calls.
+  /// Makes the application the sink's event source, as the start does, and clears the calls.
   void advise() {
     CComBSTR identifier(u"IDENT");
     ASSERT_EQ(sink.AdviseEvents(host.application.p, identifier), 0);
@@ -141,7 +141,7 @@ TEST_F(EventSinkTest, InvokeDeliversEveryEventToItsHandler) {
   EXPECT_EQ(bubble, -1);
 }
 
-TEST_F(EventSinkTest, InvokeGivesTheAddOnNullForAProgressBarObjectThatIsNoMenuEvent) {
+TEST_F(EventSinkTest, InvokePassesNullForAProgressBarObjectThatIsNotAMenuEvent) {
   const auto any = makeObject<FakeObject>();
   host.fire(104, {objectArg(any.p), vetoArg(&bubble)});
   EXPECT_THAT(host.calls, ElementsAre("no event", "OnProgressBarEvent"));
@@ -157,14 +157,14 @@ TEST_F(EventSinkTest, InvokeSurvivesArgumentsOfTheWrongKinds) {
   }
 }
 
-TEST_F(EventSinkTest, InvokeLetsTheAddOnVetoIntoTheVoidWhenTheHostGivesNoVeto) {
+TEST_F(EventSinkTest, InvokeAcceptsACallWithoutAVeto) {
   hooks["OnPrintEvent"] = [](short* veto) { return *veto = 0, 0L; };
   const auto any = makeObject<FakeObject>();
   EXPECT_EQ(host.fire(105, {objectArg(any.p), numberArg(0)}), S_OK);
   EXPECT_THAT(host.calls, ElementsAre("OnPrintEvent"));
 }
 
-TEST_F(EventSinkTest, InvokeReturnsSuccessWhenTheHostFailsBetweenTheCalls) {
+TEST_F(EventSinkTest, InvokeReturnsZeroIfTheHostFailsBetweenTheCalls) {
   host.failures["App.GetForms"] = E_ACCESSDENIED;
   const auto menu = makeObject<FakeMenuEvent>(u"1281", true);
   EXPECT_EQ(host.fire(101, {objectArg(menu.p), vetoArg(&bubble)}), S_OK);
@@ -209,7 +209,7 @@ TEST_F(EventSinkTest, GetSelectedFormFindsTheRegisteredFormOfTheExtension) {
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Requested ExtID='EXT' Form ExtID='EXT'\n"));
 }
 
-TEST_F(EventSinkTest, GetSelectedFormTakesTheFirstFormWhenNoneIsSelected) {
+TEST_F(EventSinkTest, GetSelectedFormTakesTheFirstFormIfNoneIsSelected) {
   TestForm form(host, &addOn, &host.addForm(u"F1"));
   host.addForm(u"F2");
   advise();
@@ -219,7 +219,7 @@ TEST_F(EventSinkTest, GetSelectedFormTakesTheFirstFormWhenNoneIsSelected) {
   EXPECT_EQ(found, &form);
 }
 
-TEST_F(EventSinkTest, GetSelectedFormOfAnotherExtensionGivesNullAndOne) {
+TEST_F(EventSinkTest, GetSelectedFormOfAnotherExtensionReturnsNullAndOne) {
   TestForm form(host, &addOn, &host.addForm(u"F1", true));
   advise();
   sink.RegisterForm(&form);
@@ -228,7 +228,7 @@ TEST_F(EventSinkTest, GetSelectedFormOfAnotherExtensionGivesNullAndOne) {
   EXPECT_EQ(found, nullptr);
 }
 
-TEST_F(EventSinkTest, GetSelectedFormLeavesTheOutputAloneForAFormOfTheHost) {
+TEST_F(EventSinkTest, GetSelectedFormLeavesTheOutputUnchangedForAFormOfTheHost) {
   TestForm form(host, &addOn, nullptr);
   host.addForm(u"F1", true);
   advise();
@@ -237,14 +237,14 @@ TEST_F(EventSinkTest, GetSelectedFormLeavesTheOutputAloneForAFormOfTheHost) {
   EXPECT_EQ(found, &form);
 }
 
-TEST_F(EventSinkTest, GetSelectedFormWithoutAnyFormIsOne) {
+TEST_F(EventSinkTest, GetSelectedFormReturnsOneWithoutForms) {
   advise();
   CQXAddOnForm* found = nullptr;
   EXPECT_EQ(sink.GetSelectedForm(u"EXT", found), 1);
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"No selected form found.\n"));
 }
 
-TEST_F(EventSinkTest, GetSelectedFormWarnsOfAFormWithoutAnExtension) {
+TEST_F(EventSinkTest, GetSelectedFormWarnsAboutAFormWithoutAnExtension) {
   TestForm form(host, &addOn, &host.addForm(u"F1", true));
   form.setExtId(u"");
   advise();

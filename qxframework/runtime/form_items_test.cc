@@ -45,14 +45,14 @@ TEST_F(FormItemsTest, GetFormItemFindsByUidAndByNumber) {
   EXPECT_EQ(form->GetFormItem(12L), form->GetFormItem(CComBSTR(u"12")));
 }
 
-TEST_F(FormItemsTest, GetFormItemLogsAndRaisesAMiss) {
+TEST_F(FormItemsTest, GetFormItemLogsAndThrowsForAMissingItem) {
   EXPECT_EQ(raisedBy([this] { form->GetFormItem(CComBSTR(u"nix")); }), -7001);
   EXPECT_THAT(messagesOf(log, u"CQXAddOnForm::GetFormItem"),
               ElementsAre("Cannot find item [nix].\n"));
   EXPECT_TRUE(log.has(6, u"Leaving function [UI_API_ERR_INVALID_ITEM]\n"));
 }
 
-TEST_F(FormItemsTest, GetFormItemSpecificGivesTheControlOrNullForAnotherKind) {
+TEST_F(FormItemsTest, GetFormItemSpecificReturnsNullForAnotherKind) {
   items->add(u"113", 113, makeObject<FakeComboBox>(true).p);
   EXPECT_NE(form->GetFormItemSpecific<IComboBox>(113L), nullptr);
   EXPECT_NE(form->GetFormItemSpecific<IComboBox>(CComBSTR(u"113")), nullptr);
@@ -69,7 +69,7 @@ TEST_F(FormItemsTest, SetItemFocusClicksEditsAndButtons) {
   EXPECT_THAT(host.calls, ElementsAre("item 1.Click(0)", "item ED.Click(0)"));
 }
 
-TEST_F(FormItemsTest, SetItemFocusLeavesStaticTextsAndMatrixesAlone) {
+TEST_F(FormItemsTest, SetItemFocusDoesNotClickOtherItems) {
   items->add(u"8", 8);
   items->add(u"9", 127);
   form->SetItemFocus(8);
@@ -90,7 +90,7 @@ TEST_F(FormItemsTest, SetItemFocusClicksACellOfThreeKindsOfColumns) {
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(FormItemsTest, GetSelectedInComboBoxGivesTheValueOrAnEmptyText) {
+TEST_F(FormItemsTest, GetSelectedInComboBoxReturnsTheValueOrAnEmptyText) {
   items->add(u"113", 113, makeObject<FakeComboBox>(true).p);
   items->add(u"114", 113, makeObject<FakeComboBox>(false).p);
   EXPECT_EQ(form->GetSelectedInComboBox(113).View(), u"KEY");
@@ -100,7 +100,7 @@ TEST_F(FormItemsTest, GetSelectedInComboBoxGivesTheValueOrAnEmptyText) {
       u"KEY");
 }
 
-TEST_F(FormItemsTest, GetSelectedInComboBoxSwallowsAndLogsWhatIsRaised) {
+TEST_F(FormItemsTest, GetSelectedInComboBoxLogsAFailureAndReturnsAnEmptyText) {
   items->add(u"115", 113, makeObject<FakeComboBox>(true, E_ACCESSDENIED).p);
   items->add(u"116", 16);
   EXPECT_EQ(form->GetSelectedInComboBox(115).View(), u"");

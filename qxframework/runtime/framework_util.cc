@@ -33,12 +33,13 @@ constexpr long kVersionSize = 15;
 
 constexpr long kSecondButton = 2;
 
-// What the definition holds is created; no stamp marks the run as under way.
+// Without the stamp "Upgrading": the version table, which would hold it, may be created here.
 long createTables(CQXDbDef& tables, unsigned resource) {
   CQXVersion version(kZeroVersion);
   return tables.Create(resource, true, version);
 }
 
+// Must run before the upgrade writes its stamp, which an old column would cut off.
 void widenVersionColumn(ICompany* company) {
   const CComQIPtr<IUserFieldsMD> field(company->GetBusinessObject(qx::kUserFieldsMD));
   if (field->GetByKey(kVersionTable, kVersionField) != VARIANT_TRUE) return;
@@ -72,7 +73,7 @@ long CQXFrameworkUtil::CheckDatabase(CComPtr<IApplication> app, CComPtr<ICompany
   return hr;
 }
 
-// A version table that cannot be read is one that is not there yet.
+// The query fails if the version table does not exist yet, which is what a new company looks like.
 CQXDbDef::_DBCHECK CQXFrameworkUtil::DatabaseState(CQXDbDef& tables) {
   CQXDbDef::_DBCHECK state = CQXDbDef::dbc_Ok;
   try {
@@ -84,6 +85,8 @@ CQXDbDef::_DBCHECK CQXFrameworkUtil::DatabaseState(CQXDbDef& tables) {
   return state;
 }
 
+// One branch per state of the tables. A newer framework has added columns that this one does not
+// use, so its tables serve as they are.
 void CQXFrameworkUtil::BringUpToDate(Scope& hr, CQXDbDef& tables, CQXDbDef::_DBCHECK state,
                                      IApplication* app, ICompany* company) {
   switch (state) {
@@ -118,6 +121,8 @@ void CQXFrameworkUtil::Upgrade(Scope& hr, CQXDbDef& tables, ICompany* company) {
   if (hr == S_OK && file > database) hr = tables.SetInstalled(file);
 }
 
+// Another process may still be upgrading, and the stamp does not show whether it runs or has died.
+// Only the user can know, so the user is asked twice.
 void CQXFrameworkUtil::RestartUpgrade(Scope& hr, CQXDbDef& tables, IApplication* app) {
   hr.LogWarning(u"Uncompleted update detected.\n");
   CQXVersion database(kZeroVersion);
@@ -149,6 +154,7 @@ long CQXFrameworkUtil::CreateMenuTree(CComPtr<IApplication> app, const std::vect
   CComPtr<IForm> menuBar;
   try {
     menuBar = app->GetForms()->GetFormByTypeAndCount(kMenuBarFormType, 1);
+    // Frozen, so that the user does not see the entries appear one by one.
     menuBar->Freeze(VARIANT_TRUE);
     hr = app->LoadBatchActions(MenuXML(app, kMenuAdd, map));
     menuBar->Freeze(VARIANT_FALSE);
@@ -156,6 +162,7 @@ long CQXFrameworkUtil::CreateMenuTree(CComPtr<IApplication> app, const std::vect
   } catch (const _com_error& error) {
     hr.LogError(u"Exception caught: %d", error.Error());
     hr = error.Error();
+    // The raw operations: a second failure must not replace the first.
     if (menuBar != nullptr) {
       menuBar->raw_Freeze(VARIANT_FALSE);
       menuBar->raw_Update();

@@ -13,18 +13,17 @@ class ICompany;
 template <class T>
 class CReturnValue;
 
-/// What every add-on does to the client that all share: it checks the framework's own tables, and
-/// adds and removes the common entries of the "Add-Ons" menu. As a loader it reads the framework's
-/// module.
+/// Looks after what all add-ons of a client share: the framework's own tables, and the common
+/// entries of the "Add-Ons" menu. As a resource loader it reads the framework's module.
 class QX_API CQXFrameworkUtil : public CQXResourceLoader {
  public:
   CQXFrameworkUtil();
 
-  /// Creates or upgrades the framework's tables where they are not as this module needs them.
-  /// Tables of a newer framework are left alone, with success. 0x80040503 when the user does not
-  /// want to restart an incomplete upgrade; the code of what a host object raised.
+  /// Creates or upgrades the framework's tables if this module needs it. Returns 0, also for tables
+  /// of a newer framework, which are left alone; 0x80040503 if the user refuses to restart an
+  /// incomplete upgrade; or the code of a failure of the host.
   long CheckDatabase(CComPtr<IApplication> app, CComPtr<ICompany> company);
-  /// `map` has the symbols of the entries. The menu bar is never left frozen.
+  /// Add and remove the common entries; `map` has their symbols. The menu bar is never left frozen.
   long CreateMenuTree(CComPtr<IApplication> app, const std::vector<XMLMAP>* map);
   long RemoveMenuTree(CComPtr<IApplication> app, const std::vector<XMLMAP>* map);
 

@@ -53,14 +53,14 @@ class FrameworkUtilTest : public testing::Test {
   std::vector<XMLMAP> map;
 };
 
-TEST_F(FrameworkUtilTest, CheckDatabaseLeavesTablesOfThisVersionAlone) {
+TEST_F(FrameworkUtilTest, CheckDatabaseLeavesTablesOfThisVersionUnchanged) {
   EXPECT_EQ(check(), 0);
   EXPECT_THAT(host.calls, ElementsAre(kSelectVersion, kSelectFix));
   EXPECT_THAT(messages(), ElementsAre("Db is OK.\n"));
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Db is OK.\n"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesWhereNoneCanBeRead) {
+TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfTheVersionCannotBeRead) {
   host.hasVersionTable = false;
   EXPECT_EQ(check(), 0);
   EXPECT_THAT(
@@ -71,7 +71,7 @@ TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesWhereNoneCanBeRead) {
   EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesWhereNoVersionIsKept) {
+TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfThereIsNoVersion) {
   host.versionRow.reset();
   EXPECT_EQ(check(), 0);
   EXPECT_TRUE(isCreated("ExtID"));
@@ -100,7 +100,7 @@ TEST_F(FrameworkUtilTest, CheckDatabaseWidensAVersionColumnBelowElevenCharacters
                           "UserFields.PutEditSize(15)", "UserFields.Update"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseLeavesAVersionColumnOfElevenCharactersAlone) {
+TEST_F(FrameworkUtilTest, CheckDatabaseKeepsAVersionColumnOfElevenCharacters) {
   host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
   host.versionFieldSize = 11;
   EXPECT_EQ(check(), 0);
@@ -108,7 +108,7 @@ TEST_F(FrameworkUtilTest, CheckDatabaseLeavesAVersionColumnOfElevenCharactersAlo
   EXPECT_FALSE(host.called("UserFields.Update"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseDoesNotWidenAColumnThatIsNotThere) {
+TEST_F(FrameworkUtilTest, CheckDatabaseDoesNotWidenAMissingColumn) {
   host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
   host.hasVersionField = false;
   host.versionFieldSize = 1;
@@ -116,21 +116,21 @@ TEST_F(FrameworkUtilTest, CheckDatabaseDoesNotWidenAColumnThatIsNotThere) {
   EXPECT_FALSE(host.called("UserFields.PutSize(15)"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseStampsNothingMoreWhenTheUpgradeFails) {
+TEST_F(FrameworkUtilTest, CheckDatabaseWritesNoStampIfTheUpgradeFails) {
   host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
   host.failures["UserFields.Add"] = E_FAIL;
   EXPECT_EQ(check(), E_FAIL);
   EXPECT_FALSE(host.called(kInsertStamp));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseLeavesNewerTablesAloneWithSuccess) {
+TEST_F(FrameworkUtilTest, CheckDatabaseAcceptsNewerTables) {
   host.versionRow = {u"9.30.00.00", u"Installed", u"00"};
   EXPECT_EQ(check(), 0);
   EXPECT_THAT(host.calls, ElementsAre(kSelectVersion, kSelectFix));
   EXPECT_THAT(messages(), ElementsAre("Db tables are for a newer version.\n"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseRestartsAnIncompleteUpgradeWhenTheUserAgreesTwice) {
+TEST_F(FrameworkUtilTest, CheckDatabaseRestartsAnIncompleteUpgradeIfTheUserAgreesTwice) {
   host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
   host.pressedButtons = {2, 2};
   EXPECT_EQ(check(), 0);
@@ -141,7 +141,7 @@ TEST_F(FrameworkUtilTest, CheckDatabaseRestartsAnIncompleteUpgradeWhenTheUserAgr
   EXPECT_EQ(host.calls.back(), kInsertStamp);
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseAsksNoSecondQuestionWhenTheFirstIsRefused) {
+TEST_F(FrameworkUtilTest, CheckDatabaseAsksOnceIfTheUserRefuses) {
   host.versionRow = {u"9.20.00.01", u"Upgrade failed", u"00"};
   host.pressedButtons = {1};
   EXPECT_EQ(check(), QX_E_UPGRADE_RUNNING);
@@ -149,21 +149,21 @@ TEST_F(FrameworkUtilTest, CheckDatabaseAsksNoSecondQuestionWhenTheFirstIsRefused
               ElementsAre(kSelectVersion, kSelectFix, kSelectVersion, kSelectFix, kFirstQuestion));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseDoesNothingWhenTheSecondQuestionIsRefused) {
+TEST_F(FrameworkUtilTest, CheckDatabaseDoesNothingIfTheUserRefusesTheSecondQuestion) {
   host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
   host.pressedButtons = {2, 1};
   EXPECT_EQ(check(), QX_E_UPGRADE_RUNNING);
   EXPECT_EQ(host.calls.back(), kSecondQuestion);
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseReportsTheCodeOfAHostThatFails) {
+TEST_F(FrameworkUtilTest, CheckDatabaseReturnsTheCodeOfAFailingHost) {
   host.failures["App.GetAppId"] = E_ACCESSDENIED;
   EXPECT_EQ(check(), E_ACCESSDENIED);
   EXPECT_THAT(messages(), ElementsAre("Exception caught when creating db tables.\n",
                                       "Failed to create/update framework db tables.\n"));
 }
 
-TEST_F(FrameworkUtilTest, CheckDatabaseLogsOneLineForAFailureOfTheTables) {
+TEST_F(FrameworkUtilTest, CheckDatabaseLogsAFailureOfTheTablesOnce) {
   host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
   host.hooks["Company.GetBusinessObject 152"] = [this] { host.hasVersionTable = false; };
   EXPECT_EQ(check(), QX_E_DATABASE);
@@ -192,7 +192,7 @@ TEST_F(FrameworkUtilTest, CreateMenuTreeAddsTheLogSettingsEntryUnderAFrozenMenuB
               ElementsAre("Form.Freeze(-1)", kMenuBatch, "Form.Freeze(0)", "Form.Update"));
 }
 
-TEST_F(FrameworkUtilTest, CreateMenuTreeLeavesTheMenuBarUnfrozenWhenTheBatchFails) {
+TEST_F(FrameworkUtilTest, CreateMenuTreeUnfreezesTheMenuBarIfTheBatchFails) {
   host.failures["App.LoadBatchActions"] = resultCode(-7043);
   EXPECT_EQ(util.CreateMenuTree(host.application.p, &map), -7043);
   EXPECT_THAT(host.calls,
@@ -201,7 +201,7 @@ TEST_F(FrameworkUtilTest, CreateMenuTreeLeavesTheMenuBarUnfrozenWhenTheBatchFail
               ElementsAre("Exception caught: -7043"));
 }
 
-TEST_F(FrameworkUtilTest, CreateMenuTreeTouchesNoFormWhenThereIsNoMenuBar) {
+TEST_F(FrameworkUtilTest, CreateMenuTreeFailsWithoutAMenuBar) {
   host.failures["Forms.GetFormByTypeAndCount"] = resultCode(-7008);
   EXPECT_EQ(util.CreateMenuTree(host.application.p, &map), -7008);
   EXPECT_THAT(host.calls, ElementsAre());
@@ -228,7 +228,7 @@ TEST_F(FrameworkUtilTest, RemoveMenuTreeLogsTheHostsReportOnAFailure) {
                           "Failed to remove menu: <result/>"));
 }
 
-TEST_F(FrameworkUtilTest, RemoveMenuTreeEndsWellWhenTheHostHasNoReportEither) {
+TEST_F(FrameworkUtilTest, RemoveMenuTreeWorksIfTheHostHasNoReport) {
   host.failures["App.LoadBatchActions"] = resultCode(-7043);
   host.failures["App.GetLastBatchResults"] = E_FAIL;
   EXPECT_EQ(util.RemoveMenuTree(host.application.p, &map), -7043);

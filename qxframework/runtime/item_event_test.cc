@@ -36,12 +36,12 @@ TEST_F(EventHandlersTest, ItemEventRefusesANullOrEmptyUidAndANullEvent) {
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(EventHandlersTest, ItemEventRefusesAnObjectThatIsNoItemEvent) {
+TEST_F(EventHandlersTest, ItemEventRefusesAnObjectOfAnotherKind) {
   EXPECT_EQ(sink.ItemEvent(CComBSTR(u"F1"), makeObject<FakeObject>().p, &bubble), E_POINTER);
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(EventHandlersTest, ItemEventThatCannotBeReadGoesToNobody) {
+TEST_F(EventHandlersTest, ItemEventThatCannotBeReadIsNotDelivered) {
   const auto event = makeObject<FakeItemEvent>(kClick, kBefore);
   event->refusal = E_ACCESSDENIED;
   EXPECT_EQ(sink.ItemEvent(CComBSTR(u"F1"), event.p, &bubble), E_ACCESSDENIED);
@@ -54,12 +54,12 @@ TEST_F(EventHandlersTest, FormLoadOfAnUnregisteredFormGoesToTheAddOnAfterTheActi
   EXPECT_THAT(host.calls, ElementsAre("OnFormLoad"));
 }
 
-TEST_F(EventHandlersTest, FormLoadOfAnUnregisteredFormBeforeTheActionCallsNobody) {
+TEST_F(EventHandlersTest, FormLoadOfAnUnregisteredFormBeforeTheActionIsNotDelivered) {
   EXPECT_EQ(item(kFormLoad, kBefore, u"HOST1"), 0);
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(EventHandlersTest, OtherEventsOfUnregisteredFormsCallNobody) {
+TEST_F(EventHandlersTest, OtherEventsOfUnregisteredFormsAreNotDelivered) {
   EXPECT_EQ(item(kClick, kAfter, u"HOST1"), 0);
   EXPECT_THAT(host.calls, IsEmpty());
 }
@@ -69,19 +69,19 @@ TEST_F(EventHandlersTest, FormLoadOfARegisteredFormGoesToTheForm) {
   EXPECT_THAT(host.calls, ElementsAre("F1.OnItemEvent"));
 }
 
-TEST_F(EventHandlersTest, ANegativeResultOfFormOrAddOnBecomesOneInItemEvents) {
+TEST_F(EventHandlersTest, NegativeResultBecomesOneInItemEvents) {
   form->hooks["OnItemEvent"] = giving(E_FAIL);
   hooks["OnFormLoad"] = giving(E_FAIL);
   EXPECT_EQ(item(kClick, kAfter), 1);
   EXPECT_EQ(item(kFormLoad, kAfter, u"HOST1"), 1);
 }
 
-TEST_F(EventHandlersTest, APositiveResultOfAFormStays) {
+TEST_F(EventHandlersTest, PositiveResultOfAFormIsKept) {
   form->hooks["OnItemEvent"] = giving(3);
   EXPECT_EQ(item(kClick, kAfter), 3);
 }
 
-TEST_F(EventHandlersTest, WhateverAFormThrowsEndsInTheItemEvent) {
+TEST_F(EventHandlersTest, ExceptionOfAFormEndsInTheItemEvent) {
   for (const auto& [what, thrower] : throwers()) {
     log.records.clear();
     form->hooks["OnItemEvent"] = thrower;
@@ -92,7 +92,7 @@ TEST_F(EventHandlersTest, WhateverAFormThrowsEndsInTheItemEvent) {
   EXPECT_EQ(item(kClick, kBefore), 0) << "the form stays registered";
 }
 
-TEST_F(EventHandlersTest, WhateverOnFormLoadThrowsEndsInTheItemEvent) {
+TEST_F(EventHandlersTest, ExceptionOfOnFormLoadEndsInTheItemEvent) {
   for (const auto& [what, thrower] : throwers()) {
     log.records.clear();
     hooks["OnFormLoad"] = thrower;
@@ -101,7 +101,7 @@ TEST_F(EventHandlersTest, WhateverOnFormLoadThrowsEndsInTheItemEvent) {
   }
 }
 
-TEST_F(EventHandlersTest, AFormThatVetoesAndThrowsLeavesTheVetoAndOne) {
+TEST_F(EventHandlersTest, FormThatVetoesAndThrowsKeepsTheVeto) {
   form->hooks["OnItemEvent"] = [](short* veto) -> long {
     *veto = 0;
     throw 42;
@@ -110,14 +110,14 @@ TEST_F(EventHandlersTest, AFormThatVetoesAndThrowsLeavesTheVetoAndOne) {
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, AVetoThatComesInStaysWhateverTheFormWrites) {
+TEST_F(EventHandlersTest, FormCannotTakeAVetoBack) {
   form->hooks["OnItemEvent"] = setting(-1);
   bubble = 0;
   item(kClick, kBefore);
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, AVetoThatComesInStaysAlsoWhenTheFormThrows) {
+TEST_F(EventHandlersTest, FormThatThrowsCannotTakeAVetoBack) {
   form->hooks["OnItemEvent"] = [](short* veto) -> long {
     *veto = -1;
     throw ForeignThing();
@@ -127,7 +127,7 @@ TEST_F(EventHandlersTest, AVetoThatComesInStaysAlsoWhenTheFormThrows) {
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, AVetoThatComesInStaysWhateverOnFormLoadWrites) {
+TEST_F(EventHandlersTest, OnFormLoadCannotTakeAVetoBack) {
   hooks["OnFormLoad"] = setting(-1);
   bubble = 0;
   item(kFormLoad, kAfter, u"HOST1");
@@ -142,7 +142,7 @@ TEST_F(EventHandlersTest, FormUnloadEndsAndDeletesTheForm) {
   EXPECT_EQ(host.calls.back(), "again");
 }
 
-TEST_F(EventHandlersTest, FormUnloadEndsTheFormOnWhicheverSideOfTheActionItComesFirst) {
+TEST_F(EventHandlersTest, FormUnloadEndsTheFormBeforeOrAfterTheAction) {
   EXPECT_EQ(item(kFormUnload, kBefore), 0);
   EXPECT_EQ(item(kFormUnload, kAfter), 0);
   EXPECT_THAT(host.calls, ElementsAre("F1.OnItemEvent", "F1.OnUnloadForm", "F1.~Form"));
@@ -166,7 +166,7 @@ TEST_F(EventHandlersTest, FormUnloadDeletesAFormThatThrows) {
   }
 }
 
-TEST_F(EventHandlersTest, AFormThatClosesItselfLivesUntilItsOwnCallReturns) {
+TEST_F(EventHandlersTest, FormThatClosesItselfLivesUntilItsCallReturns) {
   form->hooks["OnItemEvent"] = [this](short*) {
     form->hooks.clear();
     item(kFormUnload, kAfter);  // as the host does inside Close
@@ -178,7 +178,7 @@ TEST_F(EventHandlersTest, AFormThatClosesItselfLivesUntilItsOwnCallReturns) {
                                       "back in the form", "F1.~Form"));
 }
 
-TEST_F(EventHandlersTest, AFormUnloadedInsideItsUnloadIsEndedOnce) {
+TEST_F(EventHandlersTest, FormUnloadedInsideItsUnloadEventEndsOnce) {
   form->hooks["OnItemEvent"] = [this](short*) {
     form->hooks.clear();
     return item(kFormUnload, kAfter);
@@ -188,7 +188,7 @@ TEST_F(EventHandlersTest, AFormUnloadedInsideItsUnloadIsEndedOnce) {
               ElementsAre("F1.OnItemEvent", "F1.OnItemEvent", "F1.OnUnloadForm", "F1.~Form"));
 }
 
-TEST_F(EventHandlersTest, AStopInsideAnItemEventLetsTheEventEnd) {
+TEST_F(EventHandlersTest, StopInsideAnItemEventLetsTheEventFinish) {
   form->hooks["OnItemEvent"] = [this](short*) {
     sink.UnadviseEvents();
     return 0L;
@@ -197,7 +197,7 @@ TEST_F(EventHandlersTest, AStopInsideAnItemEventLetsTheEventEnd) {
   EXPECT_THAT(host.calls, ElementsAre("F1.OnItemEvent", "F1.OnUnloadForm", "F1.~Form"));
 }
 
-TEST_F(EventHandlersTest, AFormUnloadedInsideItsUnloadHookIsEndedOnce) {
+TEST_F(EventHandlersTest, FormUnloadedInsideItsUnloadHookEndsOnce) {
   form->hooks["OnUnloadForm"] = [this](short*) {
     form->hooks.clear();
     return item(kFormUnload, kAfter);

@@ -6,7 +6,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST_F(EventHandlersTest, NullMenuEventIsOneWithoutAScope) {
+TEST_F(EventHandlersTest, NullMenuEventReturnsOneWithoutAScope) {
   EXPECT_EQ(sink.OnMenuEvent(nullptr, &bubble), 1);
   EXPECT_TRUE(log.records.empty());
 }
@@ -37,27 +37,27 @@ TEST_F(EventHandlersTest, MenuEventThatCannotBeReadIsAnInvalidArgument) {
   EXPECT_TRUE(log.has(u"BubbleEvent on exit is -1"));
 }
 
-TEST_F(EventHandlersTest, MenuEventWithoutAnyFormGoesToTheAddOnAlone) {
+TEST_F(EventHandlersTest, MenuEventWithoutFormsGoesToTheAddOn) {
   host.forms.clear();
   EXPECT_EQ(menu(u"1281"), 0);
   EXPECT_THAT(host.calls, ElementsAre("OnMenuEvent"));
 }
 
-TEST_F(EventHandlersTest, MenuEventOnAFormOfTheHostGoesToTheAddOnAlone) {
+TEST_F(EventHandlersTest, MenuEventOnAFormOfTheHostGoesToTheAddOn) {
   host.forms[0]->selected = false;
   host.addForm(u"HOST1", true);
   EXPECT_EQ(menu(u"1281"), 0);
   EXPECT_THAT(host.calls, ElementsAre("OnMenuEvent"));
 }
 
-TEST_F(EventHandlersTest, AVetoOfTheFormKeepsTheMenuEventFromTheAddOn) {
+TEST_F(EventHandlersTest, VetoOfTheFormKeepsTheMenuEventFromTheAddOn) {
   form->hooks["OnMenuEvent"] = setting(0);
   EXPECT_EQ(menu(u"1281"), 0);
   EXPECT_THAT(host.calls, ElementsAre("F1.OnMenuEvent"));
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, AVetoOfTheHostKeepsTheMenuEventFromTheAddOn) {
+TEST_F(EventHandlersTest, VetoOfTheHostKeepsTheMenuEventFromTheAddOn) {
   form->hooks["OnMenuEvent"] = setting(-1);
   bubble = 0;
   menu(u"1281");
@@ -65,13 +65,13 @@ TEST_F(EventHandlersTest, AVetoOfTheHostKeepsTheMenuEventFromTheAddOn) {
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, TheAddOnMayVetoAMenuEvent) {
+TEST_F(EventHandlersTest, AddOnCanVetoAMenuEvent) {
   hooks["OnMenuEvent"] = setting(0, 4);
   EXPECT_EQ(menu(u"1281"), 4);
   EXPECT_EQ(bubble, 0);
 }
 
-TEST_F(EventHandlersTest, WhateverTheFormThrowsTheMenuEventStillGoesToTheAddOn) {
+TEST_F(EventHandlersTest, MenuEventReachesTheAddOnEvenIfTheFormThrows) {
   for (const auto& [what, thrower] : throwers()) {
     host.calls.clear();
     log.records.clear();
@@ -82,7 +82,7 @@ TEST_F(EventHandlersTest, WhateverTheFormThrowsTheMenuEventStillGoesToTheAddOn) 
   }
 }
 
-TEST_F(EventHandlersTest, WhateverTheAddOnThrowsEndsInTheMenuEvent) {
+TEST_F(EventHandlersTest, ExceptionOfTheAddOnEndsInTheMenuEvent) {
   for (const auto& [what, thrower] : throwers()) {
     log.records.clear();
     hooks["OnMenuEvent"] = thrower;
@@ -126,7 +126,7 @@ TEST_F(EventHandlersTest, LogSettingsEntryOpensTheFormBeforeTheActionAndVetoes) 
   EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(EventHandlersTest, LogSettingsFormThatCannotBeCreatedIsLogged) {
+TEST_F(EventHandlersTest, FailureToCreateTheLogSettingsFormIsLogged) {
   CQXEventSink::SetLogSettingsOpener([](CQXAddOn*, CComPtr<IApplication>,
                                         CComPtr<ICompany>) -> long { raiseError(E_ACCESSDENIED); });
   EXPECT_EQ(menu(u"QX_551", kBefore), E_ACCESSDENIED);

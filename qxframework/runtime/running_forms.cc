@@ -10,6 +10,8 @@ RunningForms::Call::Call(RunningForms& forms, CQXAddOnForm* form) : forms_(forms
   forms_.stack_.push_back(form_);
 }
 
+// Deletes the form with its outermost call: inner calls of the same form are still on the stack
+// then.
 RunningForms::Call::~Call() {
   forms_.stack_.pop_back();
   if (forms_.isRunning(form_) || std::erase(forms_.ended_, form_) == 0) return;

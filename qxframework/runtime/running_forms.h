@@ -6,15 +6,16 @@ class CQXAddOnForm;
 
 namespace qx {
 
-/// Forms that have a call on the stack. A form that closes itself in one of its operations gets its
-/// unload event nested in that very call; it is deleted when its last call has returned.
+/// The forms whose operations are running now. A form that closes itself in one of its operations
+/// gets its unload event inside that operation, so it must not be deleted before its last call has
+/// returned.
 class RunningForms {
  public:
   RunningForms() = default;
   RunningForms(const RunningForms&) = delete;
   RunningForms& operator=(const RunningForms&) = delete;
 
-  /// A call into a form, for as long as this object lives.
+  /// Marks a call into a form while this object lives.
   class Call {
    public:
     Call(RunningForms& forms, CQXAddOnForm* form);
@@ -27,8 +28,8 @@ class RunningForms {
     CQXAddOnForm* form_;
   };
 
-  /// The end of a form that has a call on the stack: it is deleted with its last call. False when
-  /// its end has begun already.
+  /// Begins the end of a form that has a running call: the form is deleted when its last call
+  /// returns. Returns false if its end has begun already.
   bool beginEnd(CQXAddOnForm* form);
 
  private:

@@ -8,7 +8,7 @@ namespace {
 
 constexpr long kCount = static_cast<long>(SharedCounters::kCount);
 
-// Kept until the process ends: a static add-on object may still count itself out then.
+// Never destroyed: a static add-on object lowers its counter while statics are being destroyed.
 SharedCounters& counters() {
   static auto* const block = new SharedCounters(kAttachCounters);
   return *block;

@@ -1,23 +1,24 @@
 #pragma once
 
-// How many add-ons are attached to each running client, over all add-on processes of the machine:
-// it tells an add-on whether it is the last one out. The index is the host's application number.
+// The number of add-ons attached to each running client, over all add-on processes of the machine.
+// An add-on that stops learns from it whether it is the client's last. The index is the host's
+// application number.
 
 namespace qx {
 
 /// The name of the shared block. Frozen: add-ons of different releases count together.
 inline constexpr char16_t kAttachCounters[] = u"AttachCounters";
 
-/// Opens the counters now, so that this process is one of their users from here on.
+/// Opens the counters, which makes this process one of their users until it ends.
 void openAttachCounters() noexcept;
 
-/// E_FAIL for an application number of 50 or more, or when the machine does not let us count. A
-/// negative number is no error and counts nothing.
+/// Adds 1. Returns E_FAIL for an application number of 50 or more, or if the shared memory cannot
+/// be opened. For a negative number, returns 0 and counts nothing.
 long incAttachCount(long appId) noexcept;
-/// E_FAIL for an application number below 0 or of 50 or more, or when the machine does not let us
-/// count. A counter at 0 stays there.
+/// Subtracts 1; a counter at 0 stays 0. Returns E_FAIL for an application number below 0 or above
+/// 49, or if the shared memory cannot be opened.
 long decAttachCount(long appId) noexcept;
-/// 0 for an application number without a counter.
+/// Returns the counter, or 0 for an application number that has none.
 long getAttachCount(long appId) noexcept;
 
 }  // namespace qx

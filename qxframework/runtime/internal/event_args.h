@@ -6,7 +6,8 @@
 namespace qx {
 
 /// The arguments of one event, read by their position in the host's call. An argument of another
-/// kind than asked for reads as null or 0, a veto of another kind as one that nobody sees.
+/// kind reads as null or 0. If the veto is of another kind, a substitute is returned and its value
+/// lost.
 class EventArgs {
  public:
   explicit EventArgs(const DISPPARAMS* params)
@@ -14,7 +15,7 @@ class EventArgs {
         count_(first_ == nullptr ? 0 : params->cArgs) {}
 
   UINT count() const { return count_; }
-  /// Borrowed from the host.
+  /// Returns a text that belongs to the host.
   BSTR text(UINT position) const {
     const VARIANT& value = at(position);
     if (value.vt == VT_BSTR) return value.bstrVal;
@@ -32,7 +33,7 @@ class EventArgs {
     if (value.vt == VT_UNKNOWN) return CComQIPtr<IDispatch>(value.punkVal);
     return nullptr;
   }
-  /// The object's interface `I`, null if it does not have it.
+  /// Returns the object's interface `I`, or null if it does not have it.
   template <class I>
   CComPtr<I> object(UINT position) const {
     return CComQIPtr<I>(object(position));
@@ -45,7 +46,7 @@ class EventArgs {
   }
 
  private:
-  // The arguments stand in reverse order.
+  // Dispatch calls pass arguments in reverse order.
   const VARIANT& at(UINT position) const { return first_[count_ - 1 - position]; }
 
   const VARIANT* first_;

@@ -27,7 +27,7 @@ class Call {
   DISPPARAMS params_;
 };
 
-TEST(EventArgs, CountNothingForANullCall) {
+TEST(EventArgs, AreNoneForANullCall) {
   EXPECT_EQ(EventArgs(nullptr).count(), 0U);
   DISPPARAMS params;
   params.cArgs = 3;  // without an array
@@ -43,7 +43,7 @@ TEST(EventArgs, ReadByPositionInTheOrderOfTheCall) {
   EXPECT_EQ(call.args().number(2), 3);
 }
 
-TEST(EventArgs, TakeATextByReference) {
+TEST(EventArgs, ReadATextByReference) {
   CComBSTR text(u"there");
   VARIANT reference;
   reference.vt = VT_BSTR | VT_BYREF;
@@ -54,7 +54,7 @@ TEST(EventArgs, TakeATextByReference) {
   EXPECT_EQ(Call({numberArg(1)}).args().text(0), nullptr);
 }
 
-TEST(EventArgs, ReadANumberOfAnyKindAndZeroForWhatIsNone) {
+TEST(EventArgs, ReadANumberOfAnyKindAndZeroForOthers) {
   VARIANT small;
   small.vt = VT_I2;
   small.iVal = -4;
@@ -78,7 +78,7 @@ TEST(EventArgs, AskAnObjectForTheInterface) {
   EXPECT_EQ(Call({numberArg(1)}).args().object<IMenuEvent>(0), nullptr);
 }
 
-TEST(EventArgs, GiveTheHostsVetoOrOneThatNobodySees) {
+TEST(EventArgs, ReturnTheHostsVetoOrASubstitute) {
   VARIANT_BOOL veto = -1;
   const Call call({vetoArg(&veto), numberArg(0), vetoArg(nullptr)});
   EventArgs args = call.args();

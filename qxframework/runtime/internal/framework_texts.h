@@ -10,10 +10,10 @@ class IApplication;
 
 namespace qx {
 
-/// The internal name by which the framework's module is found.
+/// The internal name in the version block of the framework's module, by which it is found.
 inline constexpr OLECHAR kFrameworkModule[] = u"QXFramework.dll";
 
-/// String ids of the framework; the same numbers stand in its string tables.
+/// String ids of the framework. Frozen: its string tables use the same numbers.
 enum FrameworkText : unsigned {
   kTextOk = 1,
   kTextExit = 101,
@@ -27,13 +27,14 @@ enum FrameworkText : unsigned {
   kTextNoResponse = 602,
 };
 
+/// Returns null if no loaded module has that name.
 HINSTANCE frameworkModule();
 
-/// String `id` of the framework's module in `language`, an empty text when there is none.
+/// Returns string `id` of the framework's module in `language`, or an empty text if it has none.
 CComBSTR frameworkText(FrameworkText id, HvLanguages language);
 
-/// Shows `text` in the client with one button. A client that cannot show it is no failure of the
-/// caller, who has one to report already.
+/// Shows `text` in a box of the client with one button. Failures are ignored, since the caller is
+/// reporting a failure already.
 void showInClient(IApplication* application, const CComBSTR& text, const CComBSTR& button,
                   const CComBSTR& otherButtons);
 

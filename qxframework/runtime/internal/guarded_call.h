@@ -1,13 +1,13 @@
 #pragma once
 
-// The two rules for every call into the code of a form or an add-on: what it throws goes no
-// further, and a veto stays a veto.
+// The two rules for every call into the code of a form or an add-on: no exception gets past the
+// call, and a veto is never taken back.
 
 #include "qxframework/logging/function_log.h"
 
 namespace qx {
 
-/// Runs `call`; false when it threw, whatever that was.
+/// Runs `call`. Returns false if it threw anything.
 template <class Call>
 bool endedWell(Call&& call) {
   try {
@@ -18,7 +18,7 @@ bool endedWell(Call&& call) {
   }
 }
 
-/// Sets a veto that stood before the call again behind it: `bubble` only ever goes from -1 to 0.
+/// Restores a veto that was set before the call: `bubble` can only change from -1 to 0.
 class BubbleRule {
  public:
   explicit BubbleRule(short* bubble) : bubble_(bubble), before_(*bubble) {}
@@ -33,8 +33,8 @@ class BubbleRule {
   short before_;
 };
 
-/// Takes the result of `call` as the scope's. When it throws, `message` is logged as an error and
-/// the scope's result stays as it was.
+/// Makes the result of `call` the scope's result and returns true. If `call` throws, logs `message`
+/// as an error, leaves the scope's result unchanged and returns false.
 template <class Call, class... Args>
 bool callAddOn(CReturnValue<long>& hr, Call&& call, const OLECHAR* message, const Args&... args) {
   if (endedWell([&] { hr = call(); })) return true;
@@ -42,7 +42,7 @@ bool callAddOn(CReturnValue<long>& hr, Call&& call, const OLECHAR* message, cons
   return false;
 }
 
-/// The same for a call that carries a veto. When it throws, the scope's result becomes 1.
+/// The same for a call that carries a veto. If `call` throws, the scope's result becomes 1.
 template <class Call, class... Args>
 void callWithBubble(CReturnValue<long>& hr, short* bubble, Call&& call, const OLECHAR* message,
                     const Args&... args) {

@@ -10,7 +10,7 @@ namespace {
 
 using Log = CReturnValue<long>;
 
-// One line: what was found, or that nothing was.
+// Logs one line: `found` with the text, or the error `missing` if the text is empty.
 void report(Log& log, const CString& text, const OLECHAR* found, const OLECHAR* missing) {
   if (text.GetLength() >= 1) {
     log.LogInfo(found, text.View());
@@ -33,6 +33,7 @@ void reportRXAPI(Log& log, long appId) {
          u"Failed to get version info from resource for RX API");
 }
 
+// The missing bracket at the end of two texts is frozen, as all log texts are.
 void reportUIAPI(Log& log) {
   report(log, CQXUtil::GetCOMObjectVersion(CLSID_HalvexGuiApi), u"Current version of UI API is %s",
          u"Failed to get version info for UI API");
@@ -53,6 +54,7 @@ void reportApplication(Log& log) {
          u"Failed to get version info from resource for UI API(Application");
 }
 
+// The framework is found by its version block; the add-on is the program of the process.
 void reportModules(Log& log) {
   report(log, CQXUtil::GetVersionInfoFromResource(modulePath(frameworkModule())),
          u"Current version of Framework (from resource) is %s",
@@ -71,6 +73,7 @@ void reportVersions(CReturnValue<long>& log, long appId) {
     reportApplication(log);
     reportModules(log);
   } catch (...) {
+    // The report is for support only. A start must not fail because of it.
     log.LogError(u"Unknown error happened when trying to get version info");
   }
 }

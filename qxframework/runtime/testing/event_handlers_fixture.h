@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests of the event handlers share: a running sink with one selected form, and events as
+// Shared by the tests of the event handlers: a running sink with one selected form, and events as
 // the client delivers them.
 
 #include "qxframework/host/events.h"

@@ -66,7 +66,7 @@ class FakeComboBox final : public StubComboBox {
   HRESULT refusal_;
 };
 
-/// A matrix with one column, whose cells tell their clicks.
+/// A matrix with one column, whose cells record their clicks.
 class FakeMatrix final : public StubMatrix {
  public:
   FakeMatrix(FakeHost& host, std::u16string column, long type)

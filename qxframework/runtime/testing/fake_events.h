@@ -47,7 +47,7 @@ class FakeMenuEvent final : public StubMenuEvent {
   bool inner_;
 };
 
-/// An object that has no event interface at all.
+/// An object without any event interface.
 class FakeObject final : public NoDispatch<ComObject<IDispatch>> {};
 
 inline VARIANT textArg(BSTR text) {

@@ -95,7 +95,7 @@ class FakeConnectionPoint final : public ComObject<IConnectionPoint> {
 
 CComVariant textValue(std::u16string_view text) { return CComVariant(text); }
 
-/// What a statement brings: at most one row.
+/// Returns the result of a statement: at most one row.
 HRESULT runStatement(FakeHost& host, std::u16string_view text, FakeRows& rows) {
   host.record("SQL", toUtf8(text));
   const auto begins = [&](std::u16string_view head) { return text.starts_with(head); };
@@ -143,7 +143,7 @@ class FakeUserFields final : public StubUserFieldsMD {
   }
 
  private:
-  // A field that is being described is not one that is being changed.
+  // Only a field that GetByKey has found can be changed; a new one is only described.
   HRESULT put(const std::string& what, const std::string& arguments) {
     return name_.empty() ? host_.record("UserFields." + what, arguments) : S_OK;
   }

@@ -1,8 +1,7 @@
 #pragma once
 
-// A host for tests. Every operation that changes something, or that a test may want to see, goes
-// to one list of calls in order; any operation, listed or not, can be made to fail or to run a
-// hook by its name.
+// A host for tests. Operations that change something are recorded in one list of calls, in order. A
+// test can make any operation fail or run a hook, by the operation's name.
 
 #include "qxframework/automation/connection_point.h"
 #include "qxframework/automation/format.h"
@@ -25,16 +24,16 @@ class FakeForm;
 /// The state of the fakes.
 class FakeHost : public HostCalls {
  public:
-  /// Answers for HalvexGuiApi and the company class while it lives.
+  /// Registers itself for HalvexGuiApi and the company class; the destructor revokes both.
   FakeHost();
   ~FakeHost();
   FakeHost(const FakeHost&) = delete;
   FakeHost& operator=(const FakeHost&) = delete;
 
   bool called(const std::string& call) const { return has(call); }
-  /// A new form of the client.
+  /// Adds a form of the client.
   FakeForm& addForm(std::u16string uid, bool selected = false);
-  /// One event, as the client delivers it: `args` in the order of the call.
+  /// Delivers one event to the sink; `args` in the order of the call.
   HRESULT fire(DISPID id, std::vector<VARIANT> args);
 
   // Entry object and application.
@@ -56,7 +55,7 @@ class FakeHost : public HostCalls {
   int liveCompanies = 0;
   long engine = 1;
 
-  // The version table: a row, no row, or no table.
+  // The version table has a row, or no row, or does not exist.
   struct VersionRow {
     std::u16string version;
     std::u16string status;
@@ -111,7 +110,7 @@ class FakeForm final : public StubForm {
   FakeHost& host_;
 };
 
-/// The connection point and its container are one object with the application.
+/// The application is also the container of the connection point.
 class FakeApplication final : public StubApplication<IConnectionPointContainer> {
  public:
   explicit FakeApplication(FakeHost& host) : host_(host) {}

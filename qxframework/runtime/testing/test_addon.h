@@ -1,7 +1,8 @@
 #pragma once
 
-// An add-on, its handler and its forms for tests. Their operations go to the host's list of calls
-// and run a hook if the test has set one: it gives the result, may set the veto and may throw.
+// An add-on, its handler and its forms for tests. Their operations are recorded in the host's list
+// of calls and run a hook if the test has set one. The hook returns the result, may veto and may
+// throw.
 
 #include "qxframework/os/debug_trace.h"
 #include "qxframework/resources/resource_loader.h"
@@ -12,6 +13,7 @@
 #include "qxframework/runtime/testing/fake_host.h"
 #include "testing/recording_logger.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <string>
@@ -20,7 +22,7 @@
 
 namespace qx::test {
 
-/// What an add-on may throw that is no exception of anybody's.
+/// A thrown object that is derived from no exception class.
 struct ForeignThing {};
 
 using Hook = std::function<long(short* bubble)>;
@@ -35,12 +37,13 @@ inline long runHook(FakeHost& host, const Hooks& hooks, const std::string& name,
   return hook(bubble);
 }
 
-/// One of each kind of thing that add-on code may throw.
-inline std::vector<std::pair<std::string, Hook>> throwers() {
-  return {{"an int", [](short*) -> long { throw 42; }},
-          {"a std::exception", [](short*) -> long { throw std::runtime_error("no"); }},
-          {"a _com_error", [](short*) -> long { throw _com_error(E_FAIL); }},
-          {"a foreign struct", [](short*) -> long { throw ForeignThing(); }}};
+/// Returns a hook for each kind of object that add-on code may throw. An array, so that no loop
+/// over it can be empty.
+inline std::array<std::pair<std::string, Hook>, 4> throwers() {
+  return {{{"an int", [](short*) -> long { throw 42; }},
+           {"a std::exception", [](short*) -> long { throw std::runtime_error("no"); }},
+           {"a _com_error", [](short*) -> long { throw _com_error(E_FAIL); }},
+           {"a foreign struct", [](short*) -> long { throw ForeignThing(); }}}};
 }
 
 class TestDispatch : public CQXIDispatch {
@@ -99,7 +102,7 @@ class TestAddOn final : public CQXAddOn {
   CQXResourceLoader loader_;
 };
 
-/// A form on a host form of the fake host. Its operations are recorded behind its UID.
+/// A form on a form of the fake host. Its operations are recorded as "UID.Operation".
 class TestForm : public CQXAddOnForm {
   DECLARE_XML_FORM_EX(u"TST", 900, u"EXT", {u"TST_TITLE", 901, u"Title"}, {u"TST_ED", 902, u""})
 
@@ -142,7 +145,7 @@ class TestForm : public CQXAddOnForm {
   std::string name_;
 };
 
-/// Collects the boxes of the system while it lives, as "caption: text".
+/// Records the system's message boxes while it lives, as "caption: text".
 class BoxRecorder {
  public:
   BoxRecorder() : before_(setMessageBoxSink(&take)) { boxes().clear(); }
@@ -163,7 +166,7 @@ class BoxRecorder {
   MessageBoxSink before_;
 };
 
-/// The messages of a function, without its trace lines.
+/// Returns the messages of a function without its trace lines.
 inline std::vector<std::string> messagesOf(const RecordingLogger& log,
                                            std::u16string_view function) {
   std::vector<std::string> out;

@@ -1,5 +1,5 @@
-// A machine of its own for every test process: its locks, counters and registry lie in a fresh
-// folder. The registry says that the host's classes live in this very program.
+// Gives every test process locks, counters and a registry of its own, in a temporary folder. The
+// registry names this program for the host's classes.
 
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/text.h"

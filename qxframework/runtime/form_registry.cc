@@ -1,0 +1,30 @@
+#include "qxframework/runtime/form_registry.h"
+
+namespace qx {
+
+void FormRegistry::add(const CComBSTR& uid, CQXAddOnForm* form) {
+  const CriticalSectionLock lock(lock_);
+  forms_.emplace(uid, form);
+}
+
+std::optional<CQXAddOnForm*> FormRegistry::find(const CComBSTR& uid) const {
+  const CriticalSectionLock lock(lock_);
+  const auto entry = forms_.find(uid);
+  if (entry == forms_.end()) return std::nullopt;
+  return entry->second;
+}
+
+void FormRegistry::leaveOpen() {
+  const CriticalSectionLock lock(lock_);
+  leftOpen_.swap(forms_);
+}
+
+// By the object and not by its UID: the host may have given the UID to another form meanwhile.
+void FormRegistry::remove(const CQXAddOnForm* form) {
+  const CriticalSectionLock lock(lock_);
+  for (FormMap* forms : {&forms_, &leftOpen_}) {
+    std::erase_if(*forms, [form](const auto& entry) { return entry.second == form; });
+  }
+}
+
+}  // namespace qx
