@@ -13,6 +13,10 @@ struct LanguageRow {
   unsigned short windowsId;
 };
 
+// Name and language id are kept apart because they do not follow each other: Serbian and Turkish
+// are known by name but have no resources of their own, and the Spanish of three regions shares an
+// id. Turkish has no ISO code of its own either. Clients and installed resources rely on each
+// entry.
 constexpr LanguageRow kRows[] = {
     {ln_Hebrew, u"ln_Hebrew", u"HE", 1037},
     {ln_Spanish_Ar, u"ln_Spanish_Ar", u"ES", 9226},
@@ -46,6 +50,7 @@ constexpr LanguageRow kRows[] = {
     {ln_Turkish_Tr, u"ln_Turkish_Tr", u"EN", 1033},
     {ln_TrdtnlChinese_Hk, u"ln_TrdtnlChinese_Hk", u"ZHTW", 1028},
 };
+// For a language of a newer client.
 constexpr LanguageRow kDefault{HvLanguages{}, u"UNKNOWN", u"EN", 1033};
 
 const LanguageRow& rowOf(HvLanguages language) {
