@@ -78,7 +78,7 @@ class ICompany : public IDispatch {
   /// Returns the server type of the company, one of qx::DbServerType: the dialect that statements
   /// have to be written in.
   virtual HRESULT raw_GetDbServerType(long* out) = 0;
-  /// True while the connection stands. It turns false once a call has found the connection lost.
+  /// True while the connection is open. It turns false once a call has found the connection lost.
   virtual HRESULT raw_GetConnected(VARIANT_BOOL* out) = 0;
   /// True between StartTransaction and EndTransaction.
   virtual HRESULT raw_GetInTransaction(VARIANT_BOOL* out) = 0;
