@@ -1,5 +1,7 @@
 #pragma once
 
+// Dates and times of day, as records and the SQL of the host have them.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/ole_date_time.h"

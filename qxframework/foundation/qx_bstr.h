@@ -1,5 +1,7 @@
 #pragma once
 
+// Localised strings: loaded from string tables, formatted and compared in a host language.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/host/enums.h"

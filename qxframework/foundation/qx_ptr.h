@@ -1,5 +1,7 @@
 #pragma once
 
+// Shared ownership within one thread, as the persistence layer's interfaces have it.
+
 #include "qxframework/foundation/thrown_text.h"
 
 #include <cstddef>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Exceptions that are plain texts. Add-ons catch them by pointer, so they stay pointers.
+
 #include "qxframework/automation/types.h"
 
 namespace qx {

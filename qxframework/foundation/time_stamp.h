@@ -1,5 +1,7 @@
 #pragma once
 
+// The stamp of a row: user, date and time of its last change.
+
 #include "qxframework/foundation/date_time.h"
 
 class IApplication;

@@ -1,5 +1,7 @@
 #pragma once
 
+// Version numbers of extensions and of their tables.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/wide_string.h"
 

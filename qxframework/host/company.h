@@ -29,7 +29,8 @@ enum BusinessObject : long {
   kDataHelper = 305,    ///< IDataHelper
 };
 
-/// Whose SQL the statements of a company are written in. Every other value counts as kMssql.
+/// Server types: the dialects in which the statements of a company are written. Every other value
+/// counts as kMssql.
 enum DbServerType : long { kMssql = 1, kDb2 = 2, kSybase = 3, kKordb = 9 };
 
 /// The number of ICompanyService::GetDataInterface for an IDecimalData.

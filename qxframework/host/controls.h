@@ -74,9 +74,10 @@ class IComboBox : public IDispatch {
   virtual HRESULT raw_GetSelected(IValidValue** out) = 0;
   /// Returns the choices.
   virtual HRESULT raw_GetValidValues(IValidValues** out) = 0;
-  /// Selects an entry and puts its key into the data source to which the box is bound. `mode` 1
-  /// finds it by key or, if no key fits, by shown text; 2 by index from 0. An entry that is not
-  /// there is refused with -7018, another `mode` with E_INVALIDARG.
+  /// Selects an entry, without the events of a user's choice, and puts its key into the data source
+  /// to which the box is bound. `mode` 1 finds the entry by key or, if no key fits, by shown text;
+  /// 2 by index from 0. An entry that is not there is refused with -7018, another `mode` with
+  /// E_INVALIDARG.
   virtual HRESULT raw_Select(const VARIANT& value, long mode) = 0;
 
   CComPtr<IValidValue> GetSelected() {

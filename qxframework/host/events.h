@@ -19,8 +19,8 @@
 
 namespace qx {
 
-/// Dispatch ids of the event interface, with the arguments of each in the order before the
-/// reversal.
+/// Dispatch ids of the event interface, with the arguments of each in their order before the
+/// reversal. An "object" is an IDispatch without operations of its own; a type is a VT_I4.
 enum EventId : DISPID {
   kItemEvent = 100,         // form UID, IItemEvent, veto
   kMenuEvent = 101,         // IMenuEvent, veto

@@ -1,5 +1,7 @@
 #pragma once
 
+// The dump of a form that does not parse.
+
 #include <string>
 #include <string_view>
 

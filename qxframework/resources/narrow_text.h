@@ -1,5 +1,7 @@
 #pragma once
 
+// The encodings of embedded XML.
+
 #include <string>
 #include <string_view>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Access to a module's embedded XML and localised strings.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/wide_string.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+// The symbol tables of XML resources, see resource_loader.h.
+
 #include "qxframework/automation/export.h"
 
 #include <cstdint>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Plain text as content of XML.
+
 #include "qxframework/automation/export.h"
 
 #include <string>

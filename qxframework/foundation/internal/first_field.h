@@ -1,5 +1,7 @@
 #pragma once
 
+// Results of the host's data helper, which arrive as recordsets.
+
 #include "qxframework/automation/variant.h"
 #include "qxframework/host/recordset.h"
 
