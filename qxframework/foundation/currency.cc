@@ -48,7 +48,7 @@ std::uint64_t magnitudeOf(std::int64_t value) {
   return value < 0 ? 0 - bits : bits;
 }
 
-// Add-ons rely on the test in double: it throws for some sums whose exact value fits.
+// Tested in double on purpose, although this throws for some sums whose exact value would fit.
 void checkSum(double sum) {
   if (std::fabs(sum) >= kEndOfRange) qx::raiseError(kOverflow);
 }
@@ -133,8 +133,8 @@ OLECHAR* putPair(OLECHAR* end, std::uint64_t pair) {
   return end - 2;
 }
 
-// Counts the digits of a number below 10^18 without a loop. 1233 / 4096 is the logarithm of 2, so
-// the first guess is right or one too low; the table decides. Zero has one digit.
+// Counts the digits of a number below 10^18 without a loop. 1233 / 4096 is log10(2), so the
+// first guess is right or one too low; the table decides. Zero has one digit.
 std::size_t digitCount(std::uint64_t number) {
   const auto bits = static_cast<std::size_t>(std::bit_width(number | 1));
   const std::size_t atLeast = bits * 1233 >> 12;

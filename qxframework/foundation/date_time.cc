@@ -37,7 +37,7 @@ struct Day {
 };
 
 // Returns all 0 for a text of another shape, which then makes no date. The digits themselves are
-// not checked: a bad one gives a number that makes no date either.
+// not checked.
 Day dayOf(const CString& text) {
   const int length = text.GetLength();
   if (length == 8) return {numberAt(text, 0, 4), numberAt(text, 4, 2), numberAt(text, 6, 2)};

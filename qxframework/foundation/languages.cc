@@ -13,10 +13,9 @@ struct LanguageRow {
   unsigned short windowsId;
 };
 
-// Name and language id are kept apart because they do not follow each other: Serbian and Turkish
-// are known by name but have no resources of their own, and the Spanish of three regions shares an
-// id. Turkish has no ISO code of its own either. Clients and installed resources rely on each
-// entry.
+// Name, ISO code and language id are listed separately, because none follows from another: Serbian
+// and Turkish have names but read the English resources, Turkish also has the ISO code of English,
+// and the Spanish of three regions shares an id. Installed resources rely on each entry.
 constexpr LanguageRow kRows[] = {
     {ln_Hebrew, u"ln_Hebrew", u"HE", 1037},
     {ln_Spanish_Ar, u"ln_Spanish_Ar", u"ES", 9226},
