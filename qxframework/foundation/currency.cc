@@ -28,10 +28,11 @@ namespace {
 constexpr std::uint64_t kUnit = 1'000'000;
 constexpr int kDecimals = 6;
 constexpr HRESULT kOverflow = -1;
-constexpr double kEndOfRange = 9223372036854775808.0;
+constexpr double kEndOfRange = 9223372036854775808.0;  // 2^63
 constexpr long kDigitsOf64Bits = 19;
 
-// 64-bit arithmetic that wraps.
+// 64-bit arithmetic that wraps: overflow of a signed number is undefined, so it goes through
+// unsigned ones.
 std::int64_t wrapped(std::uint64_t value) { return static_cast<std::int64_t>(value); }
 std::int64_t wrapAdd(std::int64_t a, std::int64_t b) {
   return wrapped(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
@@ -47,24 +48,26 @@ std::uint64_t magnitudeOf(std::int64_t value) {
   return value < 0 ? 0 - bits : bits;
 }
 
+// Tested in double on purpose, although this throws for some sums whose exact value would fit.
 void checkSum(double sum) {
   if (std::fabs(sum) >= kEndOfRange) qx::raiseError(kOverflow);
 }
 
+// A magnitude of 2^63 to 2^64 is not tested, so it wraps to the other sign.
 std::int64_t signedResult(const qx::CUInt128& magnitude, bool negative) {
   if (magnitude.upper() != 0) qx::raiseError(kOverflow);
   return wrapped(negative ? 0 - magnitude.lower() : magnitude.lower());
 }
 
-// What the processor does about an integer division by zero. In C++ the division itself is
-// undefined, so its signal is sent instead; no handler may carry on behind it.
+// Does what the processor does about an integer division by zero. In C++ the division itself is
+// undefined, so its signal is sent instead; a handler that returns ends in the abort.
 [[noreturn]] void divisionFault() {
   std::raise(SIGFPE);
   std::abort();
 }
 
-// The truncating conversion, which answers with the lowest number for what does not fit and for
-// what is not a number.
+// Converts as the processor does: a value out of range and a NaN become the lowest number. The
+// comparison is written so that a NaN fails it.
 std::int64_t truncated(double value) {
   if (!(value >= -kEndOfRange && value < kEndOfRange)) {
     return std::numeric_limits<std::int64_t>::min();
@@ -88,20 +91,20 @@ std::int64_t roundedTo(std::int64_t unit, std::int64_t half, std::int64_t value)
   return withSign(wrapAdd(withSign(value), half) / unit * unit);
 }
 
-// Half away from zero. Places in front of the point, as a negative number of digits asks for, still
-// add half of one.
+// Rounds half away from zero. A negative number of digits cuts places before the point, but what is
+// added stays 0.5.
 std::int64_t roundedHere(std::int64_t value, long digits) {
   // The usual number of places; a constant divides several times as fast.
   if (digits == 2) [[likely]]
     return roundedTo(10'000, 5'000, value);
   if (digits >= kDecimals) return value;
   const long cut = kDecimals - digits;
-  if (cut >= kDigitsOf64Bits) return 0;  // no digit is left
+  if (cut >= kDigitsOf64Bits) return 0;  // no digit is left, and the power would not fit
   const std::int64_t unit = powerOfTen(cut);
   return roundedTo(unit, digits > 0 ? unit / 2 : 500'000, value);
 }
 
-// The digits behind the point as millionths: a number read from `length` characters.
+// Scales the digits after the point, a number read from `length` characters, to millionths.
 std::int64_t scaledFraction(std::int64_t number, std::size_t length) {
   if (length <= kDecimals) {
     return wrapMultiply(number, powerOfTen(kDecimals - static_cast<long>(length)));
@@ -110,6 +113,7 @@ std::int64_t scaledFraction(std::int64_t number, std::size_t length) {
   return number;
 }
 
+// The texts "00" to "99": ToString writes two digits per division.
 struct Pair {
   OLECHAR tens;
   OLECHAR ones;
@@ -123,20 +127,21 @@ constexpr std::array<Pair, 100> kPairs = [] {
   return pairs;
 }();
 
-// Writes two digits in front of `end`; gives the place of the first.
+// Writes two digits that end before `end`; returns the place of the first.
 OLECHAR* putPair(OLECHAR* end, std::uint64_t pair) {
   std::memcpy(end - 2, &kPairs[pair], sizeof(Pair));
   return end - 2;
 }
 
-// Of a number below 10^18.
+// Counts the digits of a number below 10^18 without a loop. 1233 / 4096 is log10(2), so the
+// first guess is right or one too low; the table decides. Zero has one digit.
 std::size_t digitCount(std::uint64_t number) {
   const auto bits = static_cast<std::size_t>(std::bit_width(number | 1));
-  const std::size_t atLeast = bits * 1233 >> 12;  // by the logarithm of 2; one less or none
+  const std::size_t atLeast = bits * 1233 >> 12;
   return atLeast + (static_cast<std::int64_t>(number | 1) >= kPowersOfTen[atLeast] ? 1 : 0);
 }
 
-// With units that are still to be written.
+// Returns a text whose units the caller still has to write.
 CComBSTR ofLength(std::size_t length) {
   CComBSTR text;
   text.m_str = qx::newBstr(length);
@@ -150,11 +155,12 @@ double roundedByHost(ICompanyService* service, IDecimalData* data, double amount
   data->PutValue(amount);
   data->PutContext(context);
   data->PutCurrency(currency);
+  // Stored before its value is read: a result that cannot be read still replaces the last one.
   rounded = service->RoundDecimal(data);
   return rounded->GetValue();
 }
 
-// A function of its own, so that rounding here needs no frame.
+// A function of its own, so that Round needs no stack frame for the usual case.
 [[gnu::noinline, gnu::cold]] void roundByLogin(CQXCurrency& amount) {
   amount.FromDouble(roundedByHost(CQXCurrency::m_ptrCompService, CQXCurrency::m_ptrDecimalData,
                                   amount.ToDouble(), rc_Default, CQXCurrency::m_bstrCurr,
@@ -229,6 +235,7 @@ CQXCurrency CQXCurrency::operator/(const CQXCurrency& other) const {
   const std::uint64_t divisor = magnitudeOf(other.m_value);
   if (divisor == 0) divisionFault();
   const std::uint64_t whole = dividend / divisor;
+  // Seven decimals of the remainder: the seventh decides how the sixth is rounded.
   qx::CUInt128 rest(dividend % divisor);
   rest *= kUnit * 10;
   const std::uint64_t sevenDigits = rest.dividedBy(divisor).lower();
@@ -278,25 +285,27 @@ void CQXCurrency::FromString(const CString& text) {
   const std::u16string_view fraction = hasPoint ? all.substr(point + 1) : u"0";
   const std::int64_t integer = qx::leadingNumber64(all.substr(0, point));
   const std::int64_t millionths = scaledFraction(qx::leadingNumber64(fraction), fraction.size());
+  // The whole part is stored before the product can throw: callers find it after an overflow.
   m_value = integer;
   *this *= static_cast<long>(kUnit);
   m_value = integer < 0 ? wrapSubtract(m_value, millionths) : wrapAdd(m_value, millionths);
 }
 
 void CQXCurrency::FromBSTR(const CComBSTR& text) {
+  // A formatted copy ends at the first zero unit, which a CComBSTR may contain.
   CString copy;
   copy.Format(u"%s", text);
   FromString(copy);
 }
 
-// Written from its end into the string itself: the digits are counted first.
+// The digits are counted first and then written from the end, straight into the result.
 CComBSTR CQXCurrency::ToString() const {
   const std::uint64_t magnitude = magnitudeOf(m_value);
   std::uint64_t whole = magnitude / kUnit;
   auto fraction = static_cast<std::uint32_t>(magnitude % kUnit);
   const std::size_t sign = m_value < 0 ? 1 : 0;
   CComBSTR text = ofLength(sign + digitCount(whole) + 1 + kDecimals);
-  *text.m_str = u'-';  // the first digit goes over it where there is no sign
+  *text.m_str = u'-';  // overwritten by the first digit if there is no sign
   OLECHAR* first = text.m_str + text.Length();
   for (int i = 0; i < kDecimals; i += 2, fraction /= 100) first = putPair(first, fraction % 100);
   *--first = u'.';

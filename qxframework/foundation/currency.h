@@ -1,11 +1,11 @@
 #pragma once
 
-// Money: a signed 64-bit count of millionths, with exact arithmetic over 128-bit intermediates.
+// Money: a signed 64-bit count of millionths. Products and quotients are calculated in 128 bits.
 //
-// An overflow raises a _com_error of code -1 and leaves the value as it was, and so does a host
-// that fails, with the host's code. The operations that wrap instead say so. Rounding is done here
-// or by the host's settings, as the static data choose, which the add-on fills once after its login
-// and clears before it gives the company back. Nothing is guarded: one thread uses it all.
+// An overflow throws a _com_error with code -1, a failure of the host throws one with its code; the
+// amount then keeps its value, unless an operation says otherwise. Operations that wrap say so too.
+// The static members choose who rounds, this class or the host: an add-on sets them once after its
+// login and clears them before it releases the company. One thread uses all amounts.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -17,48 +17,53 @@ class ICompanyService;
 class IDecimalData;
 class IRoundedData;
 
+/// An amount of money with six decimal places, from -9,223,372,036,854.775808 to
+/// 9,223,372,036,854.775807.
 class QX_API CQXCurrency {
  public:
   CQXCurrency() = default;
   CQXCurrency(const CQXCurrency&) = default;
-  /// `integer` × 1,000,000 + `fraction`, without a look at signs: (-1, 500000) is -0.5. Wraps.
-  /// A `long` or a 64-bit number has no constructor of its own: write CQXCurrency(n, 0).
+  /// Makes the amount of `integer` × 1,000,000 + `fraction` millionths; the signs are independent,
+  /// so (-1, 500000) is -0.5. Wraps. A `long` or a 64-bit number has no constructor of its own:
+  /// write CQXCurrency(n, 0).
   CQXCurrency(std::int64_t integer, long fraction);
-  /// A whole number.
+  /// Makes a whole amount; every `int` fits.
   CQXCurrency(int amount);
-  /// As FromBSTR, and raises as that does.
+  /// Reads the text as FromBSTR does, and throws as that does.
   CQXCurrency(const CComBSTR& text);
-  /// As FromDouble.
+  /// Rounds as FromDouble does.
   CQXCurrency(double amount);
 
   CQXCurrency& operator=(const CQXCurrency&) = default;
-  /// Multiplies in 32 bits, unlike the constructor: 3000 becomes a negative amount.
+  /// Assigns a whole amount, but multiplies in 32 bits, unlike the constructor: 3000 becomes
+  /// -1294.967296.
   CQXCurrency& operator=(int amount);
-  /// As FromDouble.
+  /// Rounds as FromDouble does.
   CQXCurrency& operator=(double amount);
 
-  /// Guarded by the sum as doubles: near the ends of the range it raises where that reaches 2^63,
-  /// even if the exact sum does not.
+  /// Throws if the sum, computed in double, reaches 2^63 in magnitude; near the limits this can
+  /// happen although the exact sum would fit.
   CQXCurrency operator+(const CQXCurrency& other) const;
   CQXCurrency& operator+=(const CQXCurrency& other) { return *this = *this + other; }
+  /// Throws under the same condition.
   CQXCurrency operator-(const CQXCurrency& other) const;
-  /// Not checked: the lowest amount stays what it is.
+  /// Returns the amount with the other sign. Does not throw: the lowest amount stays as it is.
   CQXCurrency operator-() const;
   CQXCurrency& operator-=(const CQXCurrency& other) { return *this = *this - other; }
-  /// Truncates at the sixth decimal. Raises when the result's magnitude passes 64 bits; one that
-  /// passes only 63 wraps.
+  /// Returns the product, cut at the sixth decimal. Throws if the magnitude of the result needs
+  /// more than 64 bits; one that needs 64 wraps.
   CQXCurrency operator*(const CQXCurrency& other) const;
-  /// Exact; overflows alike. A double factor ends here, cut to a whole number, for `*` and for
-  /// `*=`: write CQXCurrency(2.5).
+  /// Returns the exact multiple; throws and wraps like the product. A double factor is converted to
+  /// this `long`, so its decimals are lost, also by `*=`: write CQXCurrency(2.5).
   CQXCurrency operator*(long factor) const;
   CQXCurrency& operator*=(const CQXCurrency& other) { return *this = *this * other; }
   CQXCurrency& operator*=(long factor) { return *this = *this * factor; }
-  /// Rounds half up in magnitude at the sixth decimal; overflows as `*`. Division by zero is the
-  /// fault of the processor: SIGFPE.
+  /// Returns the quotient, rounded at the sixth decimal, a half away from zero; throws and wraps
+  /// like the product. A division by zero sends SIGFPE and does not return.
   CQXCurrency operator/(const CQXCurrency& other) const;
   CQXCurrency& operator/=(const CQXCurrency& other) { return *this = *this / other; }
 
-  // By the number of millionths.
+  // Comparisons look at the number of millionths.
   bool operator==(const CQXCurrency& other) const { return m_value == other.m_value; }
   bool operator!=(const CQXCurrency& other) const { return m_value != other.m_value; }
   bool operator>=(const CQXCurrency& other) const { return m_value >= other.m_value; }
@@ -66,57 +71,62 @@ class QX_API CQXCurrency {
   bool operator<=(const CQXCurrency& other) const { return m_value <= other.m_value; }
   bool operator<(const CQXCurrency& other) const { return m_value < other.m_value; }
 
-  /// The whole part, cut towards zero, and the millionths beside it with the sign of the amount.
+  /// Returns the whole part, cut towards zero.
   std::int64_t GetInteger() const;
+  /// Returns the millionths beside the whole part, with the sign of the amount.
   long GetFraction() const;
   bool IsZero() const { return m_value == 0; }
 
-  /// By the host when m_RoundViaRX is set and the service and its data are there; `digits` is then
-  /// ignored. Else half away from zero, to no place for 0 and to m_DefaultDecimal places for any
-  /// other number; 6 and more leave the amount, and a negative number adds 0.5 and cuts in front of
-  /// the point. What the half carries beyond an end of the range wraps.
+  /// Rounds in the host if m_RoundViaRX, m_ptrCompService and m_ptrDecimalData are set; `digits` is
+  /// then ignored. Otherwise rounds here, a half away from zero: to a whole amount if `digits` is
+  /// 0, to m_DefaultDecimal places for any other number. With 6 or more places the amount stays as
+  /// it is; with fewer than 0 it adds 0.5 and cuts digits before the point. A carry over an end of
+  /// the range wraps.
   void Round(int digits);
-  /// Always here, and always to m_DefaultDecimal places.
+  /// Rounds here, always to m_DefaultDecimal places.
   void RoundByADD(int digits);
-  /// By the host if `always` is not 0 or `location` is "HU"; else nothing happens. A company, or a
-  /// service of it, that is missing raises E_POINTER.
+  /// Rounds in the host for `currency` and `context` if `always` is not 0 or `location` is "HU";
+  /// does nothing otherwise. Throws E_POINTER if the company or a service of it is null.
   void Round(CComPtr<ICompany> company, const CComBSTR& location, const CComBSTR& currency,
              RoundingContextEnum context, int always);
 
-  /// Rounds to the nearest millionth, a half away from zero, but less than one is 0. What has no
-  /// place in the range, and what is not a number, becomes the lowest amount.
+  /// Rounds to the nearest millionth, a half away from zero; less than one millionth is 0. A value
+  /// outside the range, an infinity or a NaN becomes the lowest amount.
   void FromDouble(double amount);
-  /// To about fifteen digits.
+  /// Returns the nearest double, which holds about fifteen digits.
   double ToDouble() const;
-  /// Reads "12.34" up to the first other character on each side of the point; no digits are 0.
-  /// Decimals beyond six are cut. Whatever stands behind the point counts as a place, so "3.5x" is
-  /// 3.05. The sign goes with the whole part, so "-0.5" loses it. A side too large for 64 bits
-  /// reads as the nearest end of their range. A whole part whose amount passes 64 bits raises and
-  /// stays behind as millionths; what passes only 63 wraps.
+  /// Reads a text such as "12.34": on each side of the first point a sign and digits up to the
+  /// first other character, as 64-bit numbers that stop at the ends of their range; no digits are
+  /// 0. Does not report text that it cannot read. Decimals beyond the sixth are cut. Every
+  /// character after the point counts as a place, so "3.5x" is 3.05. The sign belongs to the whole
+  /// part, so "-0.5" is 0.5. Throws if the whole part needs more than 64 bits as millionths; the
+  /// amount is then the whole part as a number of millionths. An amount that needs 64 bits wraps.
   void FromString(const CString& text);
-  /// As FromString, up to a zero in the text.
+  /// Reads the text up to its first zero unit as FromString does.
   void FromBSTR(const CComBSTR& text);
-  /// "-12.340000": always six decimals.
+  /// Returns a text such as "-12.340000", always with six decimals.
   CComBSTR ToString() const;
   CComBSTR ToBSTR() const { return ToString(); }
-  /// The host's display form. With a `precision` of 0 and the statics for country and currency
-  /// set, the amount is rounded first, as below. Raises what the host fails with.
+  /// Returns the amount in the company's display form. With mpt_Sum, and m_bstrLoc and m_bstrCurr
+  /// set, the host rounds the amount first, as in the next operation.
   CComBSTR StringFromMoney(CComPtr<ICompany> company, HvMoneyPrecisionTypes precision) const;
-  /// The display form of the amount as the host rounds it for `currency`.
+  /// Returns the display form of the amount as the host rounds it for `currency`; `location` is not
+  /// used.
   CComBSTR StringFromMoney(CComPtr<ICompany> company, const CComBSTR& location,
                            const CComBSTR& currency) const;
-  /// The greatest common divisor, of the numbers of millionths; 1.000000 if one of the two is 0.
+  /// Returns the greatest common divisor of the two numbers of millionths; 1.000000 if one of them
+  /// is 0.
   CQXCurrency GCD(const CQXCurrency& other) const;
 
-  static int m_DefaultDecimal;                         // decimal places of Round and RoundByADD
-  static bool m_RoundViaRX;                            // whether Round(int) asks the host
-  static CComBSTR m_bstrLoc;                           // country of the company
-  static CComBSTR m_bstrCurr;                          // currency code
-  static CComPtr<ICompany> m_ptrCompany;               // for the add-on; not used here
-  static CComQIPtr<ICompanyService> m_ptrCompService;  // with the next, what Round(int) asks
-  static CComQIPtr<IDecimalData> m_ptrDecimalData;
-  /// What Round(int) got last from the host. A host that fails to round leaves it; where only the
-  /// value cannot be read from it, it is the new one.
+  static int m_DefaultDecimal;                         ///< decimal places of Round and RoundByADD
+  static bool m_RoundViaRX;                            ///< true if Round(int) asks the host
+  static CComBSTR m_bstrLoc;                           ///< country of the company
+  static CComBSTR m_bstrCurr;                          ///< currency code
+  static CComPtr<ICompany> m_ptrCompany;               ///< for the add-on; not used here
+  static CComQIPtr<ICompanyService> m_ptrCompService;  ///< what Round(int) asks
+  static CComQIPtr<IDecimalData> m_ptrDecimalData;     ///< where Round(int) puts the amount
+  /// The last result that Round(int) got from the host. A failure to round keeps the one before; a
+  /// failure to read the value from the new one does not.
   static CComQIPtr<IRoundedData> m_ptrRoundedData;
 
  private:

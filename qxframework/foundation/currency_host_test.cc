@@ -1,4 +1,4 @@
-// Money that asks the host: rounding and display forms.
+// Operations of money that call the host: rounding and display forms.
 
 #include "qxframework/foundation/currency.h"
 #include "testing/amounts.h"
@@ -40,7 +40,7 @@ class CurrencyAtTheHost : public ::testing::Test {
   CQXCurrency amount{1.125};
 };
 
-TEST_F(CurrencyAtTheHost, RoundAsksTheServiceOfTheLoginAndIgnoresItsArgument) {
+TEST_F(CurrencyAtTheHost, RoundUsesTheHostAfterLoginAndIgnoresItsArgument) {
   logIn();
   for (const int digits : {0, 2, 5}) {
     calls.calls.clear();
@@ -54,7 +54,7 @@ TEST_F(CurrencyAtTheHost, RoundAsksTheServiceOfTheLoginAndIgnoresItsArgument) {
   EXPECT_EQ(CQXCurrency::m_ptrRoundedData->GetValue(), 7.25);
 }
 
-TEST_F(CurrencyAtTheHost, RoundDoesItItselfUntilAllIsSet) {
+TEST_F(CurrencyAtTheHost, RoundsWithoutTheHostUnlessAllStaticsAreSet) {
   const auto expectRoundedHere = [this](const char* without) {
     CQXCurrency rounded = amount;
     rounded.Round(2);
@@ -62,24 +62,24 @@ TEST_F(CurrencyAtTheHost, RoundDoesItItselfUntilAllIsSet) {
   };
   logIn();
   CQXCurrency::m_RoundViaRX = false;
-  expectRoundedHere("the wish");
+  expectRoundedHere("m_RoundViaRX");
   CQXCurrency::m_RoundViaRX = true;
   CQXCurrency::m_ptrDecimalData.Release();
-  expectRoundedHere("data");
+  expectRoundedHere("m_ptrDecimalData");
   logIn();
   CQXCurrency::m_ptrCompService.Release();
-  expectRoundedHere("a service");
+  expectRoundedHere("m_ptrCompService");
   EXPECT_THAT(calls.calls, IsEmpty());
 }
 
-TEST_F(CurrencyAtTheHost, RoundByADDNeverAsks) {
+TEST_F(CurrencyAtTheHost, RoundByADDNeverCallsTheHost) {
   logIn();
   amount.RoundByADD(5);
   EXPECT_EQ(textOf(amount), "1.130000");
   EXPECT_THAT(calls.calls, IsEmpty());
 }
 
-TEST_F(CurrencyAtTheHost, AFailureWhileRoundingLeavesTheValueAndTheDataRoundedLast) {
+TEST_F(CurrencyAtTheHost, FailedRoundingKeepsTheAmountAndTheLastResult) {
   logIn();
   CQXCurrency(1).Round(2);
   const CComPtr<IRoundedData> last = CQXCurrency::m_ptrRoundedData;
@@ -93,7 +93,7 @@ TEST_F(CurrencyAtTheHost, AFailureWhileRoundingLeavesTheValueAndTheDataRoundedLa
   }
 }
 
-TEST_F(CurrencyAtTheHost, RoundedDataThatCannotBeReadLeaveTheValueButAreKept) {
+TEST_F(CurrencyAtTheHost, UnreadableResultKeepsTheAmountButIsStored) {
   logIn();
   CQXCurrency(1).Round(2);
   const CComPtr<IRoundedData> last = CQXCurrency::m_ptrRoundedData;
@@ -104,7 +104,7 @@ TEST_F(CurrencyAtTheHost, RoundedDataThatCannotBeReadLeaveTheValueButAreKept) {
   EXPECT_NE(CQXCurrency::m_ptrRoundedData.p, last.p);
 }
 
-TEST_F(CurrencyAtTheHost, RoundForACompanyAsksWhenToldAlways) {
+TEST_F(CurrencyAtTheHost, RoundForACompanyCallsTheHostIfAlwaysIsSet) {
   amount.Round(company, CComBSTR(u"DE"), CComBSTR(u"USD"), static_cast<RoundingContextEnum>(3), 1);
   EXPECT_EQ(textOf(amount), "7.250000");
   EXPECT_THAT(calls.calls,
@@ -113,7 +113,7 @@ TEST_F(CurrencyAtTheHost, RoundForACompanyAsksWhenToldAlways) {
   EXPECT_FALSE(CQXCurrency::m_ptrRoundedData);
 }
 
-TEST_F(CurrencyAtTheHost, RoundForACompanyAsksForOneCountryUnasked) {
+TEST_F(CurrencyAtTheHost, RoundForACompanyInHungaryCallsTheHost) {
   amount.Round(company, CComBSTR(u"HU"), CComBSTR(u"HUF"), rc_Default, 0);
   EXPECT_EQ(textOf(amount), "7.250000");
 }
@@ -126,7 +126,7 @@ TEST_F(CurrencyAtTheHost, RoundForACompanyElsewhereDoesNothing) {
   EXPECT_THAT(calls.calls, IsEmpty());
 }
 
-TEST_F(CurrencyAtTheHost, AFailureWhileRoundingForACompanyLeavesTheValue) {
+TEST_F(CurrencyAtTheHost, FailedRoundingForACompanyKeepsTheAmount) {
   for (const char* operation : {"Company.GetCompanyService", "Service.GetDataInterface",
                                 "Data.PutValue", "Service.RoundDecimal", "Rounded.GetValue"}) {
     calls.failures = {{operation, E_ACCESSDENIED}};
@@ -141,14 +141,14 @@ TEST_F(CurrencyAtTheHost, AFailureWhileRoundingForACompanyLeavesTheValue) {
       E_POINTER);
 }
 
-TEST_F(CurrencyAtTheHost, AnAmountIsShownByTheHelper) {
+TEST_F(CurrencyAtTheHost, DisplayFormComesFromTheHost) {
   EXPECT_EQ(amount.StringFromMoney(company, mpt_Rate).View(), u"EUR 7,25");
   EXPECT_EQ(amount.StringFromMoney(company, mpt_Sum).View(), u"EUR 7,25");
   EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatMoneyToString(1.125, 2)",
                                        "Helper.FormatMoneyToString(1.125, 0)"));
 }
 
-TEST_F(CurrencyAtTheHost, AnAmountIsRoundedBeforeItIsShownWhenTheLoginIsKnown) {
+TEST_F(CurrencyAtTheHost, SumIsRoundedBeforeDisplayIfCountryAndCurrencyAreSet) {
   CQXCurrency::m_bstrLoc = u"DE";
   EXPECT_EQ(amount.StringFromMoney(company, mpt_Sum).View(), u"EUR 7,25");
   EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatMoneyToString(1.125, 0)"));
@@ -165,12 +165,12 @@ TEST_F(CurrencyAtTheHost, AnAmountIsRoundedBeforeItIsShownWhenTheLoginIsKnown) {
   EXPECT_EQ(textOf(amount), "1.125000");
 }
 
-TEST_F(CurrencyAtTheHost, ANumberInPlaceOfATextIsShownAsText) {
+TEST_F(CurrencyAtTheHost, NumericDisplayResultIsConvertedToText) {
   helper->rows = {{CComVariant(725L)}};
   EXPECT_EQ(amount.StringFromMoney(company, mpt_Rate).View(), u"725");
 }
 
-TEST_F(CurrencyAtTheHost, AFailureWhileShowingIsRaised) {
+TEST_F(CurrencyAtTheHost, FailedDisplayThrowsTheCodeOfTheHost) {
   calls.failures = {{"Helper.FormatMoneyToString", E_ACCESSDENIED}};
   EXPECT_EQ(raisedBy([&] { amount.StringFromMoney(company, mpt_Rate); }), E_ACCESSDENIED);
   calls.failures.clear();

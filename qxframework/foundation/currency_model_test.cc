@@ -1,9 +1,11 @@
-// Money against a model that works as one does on paper: numbers are rows of decimal digits, and
-// every operation is the school's. A million random operations of each kind (kOperations), seeded,
-// with much weight on the ends of the range, so that what raises and what wraps is compared too.
+// Compares money with a model that calculates as one does on paper: numbers are rows of decimal
+// digits, and every operation is the one from school. The operations are random, from a fixed seed,
+// and many lie near the ends of the range, so that overflows and wraps are compared too. Twenty
+// thousand of each kind are a normal run; QX_TEST_CASES_FACTOR=50 makes it a million.
 
 #include "qxframework/foundation/currency.h"
 #include "testing/amounts.h"
+#include "testing/cases.h"
 
 #include <gtest/gtest.h>
 
@@ -23,9 +25,9 @@ using qx::test::DefaultDecimal;
 using qx::test::fromMillionths;
 using qx::test::textOf;
 
-constexpr int kOperations = 1'000'000;
+std::size_t operations() { return qx::test::cases(20'000); }
 
-/// A number without a sign, the digit of the ones first. Only the digits in use are gone through.
+/// A decimal number without a sign, with the lowest digit first.
 class Paper {
  public:
   static constexpr std::size_t kDigits = 40;
@@ -59,7 +61,7 @@ class Paper {
     if (carry != 0) sum.put(sum.length_++, carry);
     return sum;
   }
-  /// `other` must not be the greater one.
+  /// Returns the difference; `other` must not be greater than this number.
   Paper operator-(const Paper& other) const {
     Paper difference;
     int borrow = 0;
@@ -85,7 +87,7 @@ class Paper {
     }
     return product.trim();
   }
-  /// Long division, the remainder dropped.
+  /// Returns the quotient by long division, without the remainder.
   Paper operator/(const Paper& divisor) const {
     Paper quotient;
     Paper rest;
@@ -101,7 +103,7 @@ class Paper {
     }
     return quotient.trim();
   }
-  /// `places` zeros more at the end, or so many digits less.
+  /// Returns the number with `places` zeros appended.
   Paper timesTen(std::size_t places) const {
     Paper moved;
     if (isZero()) return moved;
@@ -109,6 +111,7 @@ class Paper {
     moved.length_ = length_ + places;
     return moved;
   }
+  /// Returns the number without its last `places` digits.
   Paper withoutDigits(std::size_t places) const {
     Paper moved;
     if (length_ <= places) return moved;
@@ -143,7 +146,7 @@ class Paper {
     return *this;
   }
 
-  std::size_t length_ = 0;  // without zeros in front
+  std::size_t length_ = 0;  // without leading zeros
   std::array<signed char, kDigits> digit_{};
 };
 
@@ -172,7 +175,8 @@ Signed plus(const Signed& a, const Signed& b) {
   return {b.negative, b.magnitude - a.magnitude};
 }
 
-/// What is left of the number in 64 bits with a sign; it must be below 2^66 or so.
+/// Returns the number as a signed 64-bit number would hold it. Subtracts 2^64 until it fits, so the
+/// number must not be much larger than that.
 std::string wrapped(Signed number) {
   while (number.magnitude >= kTwo63) {
     if (number.negative && number.magnitude == kTwo63) break;
@@ -188,7 +192,7 @@ Signed wrappedNumber(const Signed& number) {
   return {negative, Paper(std::string_view(text).substr(negative ? 1 : 0))};
 }
 
-/// The nearest double: 53 bits, of two the even one.
+/// Rounds to the nearest double: to 53 bits, and to the even one of two that are equally near.
 Paper asDouble(const Paper& number) {
   static const Paper kTwo53("9007199254740992");
   if (!(number >= kTwo53)) return number;
@@ -205,7 +209,7 @@ Paper asDouble(const Paper& number) {
   return up && !rest.isZero() ? below + step : below;
 }
 
-const std::string kRaised = "raised";
+const std::string kThrown = "thrown";
 
 struct Addend {
   Signed exact;
@@ -220,12 +224,12 @@ Addend addendOf(std::int64_t value) {
 Addend minus(const Addend& number) { return {minus(number.exact), minus(number.rounded)}; }
 
 std::string modelSum(const Addend& a, const Addend& b) {
-  if (asDouble(plus(a.rounded, b.rounded).magnitude) >= kTwo63) return kRaised;
+  if (asDouble(plus(a.rounded, b.rounded).magnitude) >= kTwo63) return kThrown;
   return wrapped(plus(a.exact, b.exact));
 }
 
 std::string fromMagnitude(const Paper& magnitude, bool negative) {
-  return magnitude >= kTwo64 ? kRaised : wrapped({negative, magnitude});
+  return magnitude >= kTwo64 ? kThrown : wrapped({negative, magnitude});
 }
 
 std::string modelProduct(const Signed& a, const Signed& b) {
@@ -260,7 +264,7 @@ std::string modelText(const Signed& amount) {
          padded.substr(padded.size() - 6);
 }
 
-/// Blanks, a sign, digits; 64 bits, no further.
+/// Reads blanks, a sign and digits; stops at the ends of 64 bits.
 Signed modelNumber(std::string_view text) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   const bool negative = !text.empty() && text.front() == '-';
@@ -279,7 +283,7 @@ std::string modelFromText(const std::string& text) {
   millionths.magnitude = length < 6 ? millionths.magnitude.timesTen(6 - length)
                                     : millionths.magnitude.withoutDigits(length - 6);
   const Paper whole = integer.magnitude * kMillion;
-  if (whole >= kTwo64) return kRaised + " " + wrapped(integer);
+  if (whole >= kTwo64) return kThrown + " " + wrapped(integer);
   return wrapped(
       plus({integer.negative, whole}, integer.negative ? minus(millionths) : millionths));
 }
@@ -307,15 +311,36 @@ std::string outcome(Operation&& operation) {
   try {
     return rawOf(operation());
   } catch (const _com_error& error) {
-    return error.Error() == -1 ? kRaised : "another error";
+    return error.Error() == -1 ? kThrown : "another error";
   }
 }
+
+/// Counts overflows, so that a test notices when its random numbers no longer cause any.
+class Overflows {
+ public:
+  void count(bool overflow) {
+    ++operations_;
+    if (overflow) ++overflows_;
+  }
+  /// Expects at least one overflow in `operations` operations, but not only overflows. A run with
+  /// few cases proves nothing and is not judged.
+  void expectOneIn(std::int64_t operations) const {
+    if (operations_ < 1000) return;
+    EXPECT_GT(overflows_ * operations, operations_);
+    EXPECT_LT(overflows_, operations_);
+  }
+
+ private:
+  std::int64_t operations_ = 0;
+  std::int64_t overflows_ = 0;
+};
 
 class CurrencyModel : public ::testing::Test {
  protected:
   std::uint64_t below(std::uint64_t end) { return random_() % end; }
 
-  /// A number of any length, one near an end of the range, near 0, or near a power of two.
+  /// Returns a number of any length, or one near an end of the range, near 0 or near a power of
+  /// two.
   std::int64_t number() {
     const std::uint64_t near = below(2000);
     switch (below(8)) {
@@ -331,7 +356,7 @@ class CurrencyModel : public ::testing::Test {
         return std::bit_cast<std::int64_t>(random_()) >> below(63);
     }
   }
-  /// Another number that makes the sum come close to an end.
+  /// Returns any number, or one whose sum with `first` comes close to an end of the range.
   std::int64_t partnerOf(std::int64_t first) {
     if (below(2) == 0) return number();
     const std::uint64_t end = (std::uint64_t{1} << 63) + below(4096) - 2048;
@@ -351,9 +376,9 @@ class CurrencyModel : public ::testing::Test {
   std::mt19937_64 random_{20240131};
 };
 
-TEST_F(CurrencyModel, SumsAndDifferencesAreThoseOnPaper) {
-  int raised = 0;
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, SumsAndDifferencesMatchTheModel) {
+  Overflows overflows;
+  for (std::size_t i = operations(); i > 0; --i) {
     const std::int64_t a = number();
     const std::int64_t b = partnerOf(a);
     const Addend left = addendOf(a);
@@ -364,53 +389,52 @@ TEST_F(CurrencyModel, SumsAndDifferencesAreThoseOnPaper) {
     ASSERT_EQ(outcome([&] { return fromMillionths(a) - fromMillionths(b); }),
               modelSum(left, minus(right)))
         << a << " - " << b;
-    raised += sum == kRaised ? 1 : 0;
+    overflows.count(sum == kThrown);
   }
-  EXPECT_GT(raised, kOperations / 20);
-  EXPECT_LT(raised, kOperations);
+  overflows.expectOneIn(20);
 }
 
-TEST_F(CurrencyModel, ProductsAreThoseOnPaper) {
-  int raised = 0;
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, ProductsMatchTheModel) {
+  Overflows overflows;
+  for (std::size_t i = operations(); i > 0; --i) {
     const std::int64_t a = number();
     const std::int64_t b = number();
     const std::string product = modelProduct(of(a), of(b));
     ASSERT_EQ(outcome([&] { return fromMillionths(a) * fromMillionths(b); }), product)
         << a << " * " << b;
-    raised += product == kRaised ? 1 : 0;
+    overflows.count(product == kThrown);
   }
-  EXPECT_GT(raised, kOperations / 50);
+  overflows.expectOneIn(50);
 }
 
-TEST_F(CurrencyModel, MultiplesAreThoseOnPaper) {
-  int raised = 0;
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, MultiplesMatchTheModel) {
+  Overflows overflows;
+  for (std::size_t i = operations(); i > 0; --i) {
     const std::int64_t a = number();
     const long factor = number();
     const std::string product = modelMultiple(of(a), of(factor));
     ASSERT_EQ(outcome([&] { return fromMillionths(a) * factor; }), product) << a << " * " << factor;
-    raised += product == kRaised ? 1 : 0;
+    overflows.count(product == kThrown);
   }
-  EXPECT_GT(raised, kOperations / 50);
+  overflows.expectOneIn(50);
 }
 
-TEST_F(CurrencyModel, QuotientsAreThoseOnPaper) {
-  int raised = 0;
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, QuotientsMatchTheModel) {
+  Overflows overflows;
+  for (std::size_t i = operations(); i > 0; --i) {
     const std::int64_t a = number();
     std::int64_t b = number();
     if (b == 0) b = 3;
     const std::string quotient = modelQuotient(of(a), of(b));
     ASSERT_EQ(outcome([&] { return fromMillionths(a) / fromMillionths(b); }), quotient)
         << a << " / " << b;
-    raised += quotient == kRaised ? 1 : 0;
+    overflows.count(quotient == kThrown);
   }
-  EXPECT_GT(raised, kOperations / 50);
+  overflows.expectOneIn(50);
 }
 
-TEST_F(CurrencyModel, RoundedAmountsAreThoseOnPaper) {
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, RoundedAmountsMatchTheModel) {
+  for (std::size_t i = operations(); i > 0; --i) {
     const std::int64_t value = number();
     const int places = static_cast<int>(below(22)) - 14;
     const DefaultDecimal scope(places);
@@ -422,9 +446,9 @@ TEST_F(CurrencyModel, RoundedAmountsAreThoseOnPaper) {
   }
 }
 
-TEST_F(CurrencyModel, TextsAreReadAsOnPaper) {
-  int raised = 0;
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, ReadTextsMatchTheModel) {
+  Overflows overflows;
+  for (std::size_t i = operations(); i > 0; --i) {
     std::string text = side();
     if (below(4) != 0) text += "." + side();
     CQXCurrency read;
@@ -433,21 +457,21 @@ TEST_F(CurrencyModel, TextsAreReadAsOnPaper) {
       return read;
     });
     const std::string expected = modelFromText(text);
-    ASSERT_EQ(result == kRaised ? kRaised + " " + rawOf(read) : result, expected) << text;
-    raised += result == kRaised ? 1 : 0;
+    ASSERT_EQ(result == kThrown ? kThrown + " " + rawOf(read) : result, expected) << text;
+    overflows.count(result == kThrown);
   }
-  EXPECT_GT(raised, kOperations / 100);
+  overflows.expectOneIn(100);
 }
 
-TEST_F(CurrencyModel, AmountsAreWrittenAsOnPaper) {
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, WrittenTextsMatchTheModel) {
+  for (std::size_t i = operations(); i > 0; --i) {
     const std::int64_t value = number();
     ASSERT_EQ(textOf(fromMillionths(value)), modelText(of(value))) << value;
   }
 }
 
-TEST_F(CurrencyModel, DoublesAreTakenAsOnPaper) {
-  for (int i = 0; i < kOperations; ++i) {
+TEST_F(CurrencyModel, ConvertedDoublesMatchTheModel) {
+  for (std::size_t i = operations(); i > 0; --i) {
     double value = std::bit_cast<double>(random_());
     if (below(3) != 0)
       value = std::ldexp(static_cast<double>(number()), -static_cast<int>(below(24)));

@@ -34,13 +34,13 @@ std::string rounded(double amount, int digits, int defaultDecimal) {
   return textOf(value);
 }
 
-TEST(Currency, IsOneNumberOf64Bits) {
+TEST(Currency, HasTheSizeOfOne64BitNumber) {
   EXPECT_EQ(sizeof(CQXCurrency), 8U);
   EXPECT_TRUE(std::is_trivially_copyable_v<CQXCurrency>);
   EXPECT_FALSE(std::is_polymorphic_v<CQXCurrency>);
 }
 
-TEST(Currency, TheSharedDataStartUnset) {
+TEST(Currency, StaticMembersStartUnset) {
   EXPECT_EQ(CQXCurrency::m_DefaultDecimal, 2);
   EXPECT_FALSE(CQXCurrency::m_RoundViaRX);
   EXPECT_TRUE(CQXCurrency::m_bstrLoc.IsEmpty());
@@ -51,7 +51,7 @@ TEST(Currency, TheSharedDataStartUnset) {
   EXPECT_FALSE(CQXCurrency::m_ptrRoundedData);
 }
 
-TEST(Currency, IsBuiltFromItsPartsWithoutSignLogic) {
+TEST(Currency, PartsAreAddedWithIndependentSigns) {
   EXPECT_EQ(textOf(CQXCurrency()), "0.000000");
   EXPECT_EQ(textOf(CQXCurrency(12, 340000)), "12.340000");
   EXPECT_EQ(textOf(CQXCurrency(-1, 500000)), "-0.500000");
@@ -62,7 +62,7 @@ TEST(Currency, IsBuiltFromItsPartsWithoutSignLogic) {
   EXPECT_EQ(textOf(CQXCurrency(0.1)), "0.100000");
 }
 
-TEST(Currency, AnAssignedIntegerIsMultipliedIn32BitsButNotAConstructedOne) {
+TEST(Currency, AssignedIntegersWrapAt32BitsButConstructedOnesDoNot) {
   EXPECT_EQ(textOf(CQXCurrency(3000)), "3000.000000");
   EXPECT_EQ(textOf(CQXCurrency(std::numeric_limits<int>::min())), "-2147483648.000000");
   CQXCurrency amount;
@@ -78,7 +78,7 @@ TEST(Currency, AnAssignedIntegerIsMultipliedIn32BitsButNotAConstructedOne) {
   EXPECT_EQ(textOf(amount), "0.000000");
 }
 
-TEST(Currency, AssignsFromItsLikeAndFromADouble) {
+TEST(Currency, AssignsAmountsAndDoubles) {
   CQXCurrency amount;
   EXPECT_EQ(&(amount = 1.5), &amount);
   EXPECT_EQ(textOf(amount), "1.500000");
@@ -97,7 +97,7 @@ TEST(Currency, AddsAndSubtracts) {
   EXPECT_EQ(textOf(-amount), "-10.250000");
 }
 
-TEST(Currency, ASumNearTheTopRaisesWhereItsDoubleReachesTheEnd) {
+TEST(Currency, SumThrowsIfItsDoubleReachesTheUpperLimit) {
   EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) + fromMillionths(0); }),
             -1);  // the sum itself fits
   EXPECT_EQ(raisedBy([] { fromMillionths(kHighest - 511) + fromMillionths(0); }), -1);
@@ -106,7 +106,7 @@ TEST(Currency, ASumNearTheTopRaisesWhereItsDoubleReachesTheEnd) {
   EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) + fromMillionths(kHighest); }), -1);
 }
 
-TEST(Currency, ADifferenceNearTheBottomRaisesAlike) {
+TEST(Currency, SumAndDifferenceThrowAtTheLowerLimit) {
   EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) + fromMillionths(0); }), -1);
   EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) + fromMillionths(1); }), -1);
   EXPECT_EQ(raisedBy([] { fromMillionths(kLowest) - fromMillionths(1); }), -1);
@@ -114,7 +114,7 @@ TEST(Currency, ADifferenceNearTheBottomRaisesAlike) {
   EXPECT_EQ(millionthsOf(fromMillionths(kLowest) + fromMillionths(1024)), kLowest + 1024);
 }
 
-TEST(Currency, NegationIsNotCheckedAndTheLowestAmountStays) {
+TEST(Currency, NegatingTheLowestAmountKeepsIt) {
   EXPECT_EQ(millionthsOf(-fromMillionths(kLowest)), kLowest);
   EXPECT_EQ(millionthsOf(-fromMillionths(kHighest)), -kHighest);
 }
@@ -140,7 +140,7 @@ TEST(Currency, DivisionRoundsHalfUpInMagnitudeAtTheSixthDecimal) {
   EXPECT_EQ(textOf(amount), "3.500000");
 }
 
-TEST(Currency, MultipliesByALongWithoutTheDivision) {
+TEST(Currency, MultipliesByALongExactly) {
   CQXCurrency amount(1.25);
   EXPECT_EQ(textOf(amount * 4L), "5.000000");
   EXPECT_EQ(textOf(amount * -4L), "-5.000000");
@@ -152,7 +152,7 @@ TEST(Currency, MultipliesByALongWithoutTheDivision) {
   EXPECT_EQ(raisedBy([] { fromMillionths(kHighest) * 3L; }), -1);
 }
 
-TEST(Currency, ProductsAndQuotientsPassedOver63BitsWrapAndOver64Raise) {
+TEST(Currency, ProductsAndQuotientsWrapAbove63BitsAndThrowAbove64) {
   EXPECT_EQ(millionthsOf(fromMillionths(kHighest) * 2L), -2);
   EXPECT_EQ(millionthsOf(fromMillionths(kLowest) * CQXCurrency(1)), kLowest);
   EXPECT_EQ(millionthsOf(fromMillionths(kLowest) * CQXCurrency(-1)), kLowest);
@@ -165,7 +165,7 @@ TEST(Currency, ProductsAndQuotientsPassedOver63BitsWrapAndOver64Raise) {
   EXPECT_EQ(millionthsOf(fromMillionths(kLowest) / fromMillionths(kLowest)), 1'000'000);
 }
 
-TEST(Currency, AnOverflowLeavesTheValue) {
+TEST(Currency, OverflowKeepsTheAmount) {
   CQXCurrency amount = fromMillionths(kHighest);
   EXPECT_EQ(raisedBy([&] { amount += CQXCurrency(1); }), -1);
   EXPECT_EQ(raisedBy([&] { amount -= CQXCurrency(-1); }), -1);
@@ -175,7 +175,7 @@ TEST(Currency, AnOverflowLeavesTheValue) {
   EXPECT_EQ(millionthsOf(amount), kHighest);
 }
 
-TEST(CurrencyDeathTest, DivisionByZeroIsTheFaultOfTheProcessor) {
+TEST(CurrencyDeathTest, DivisionByZeroSendsSigfpe) {
   const auto divide = [](std::int64_t dividend) {
     std::signal(SIGFPE, SIG_DFL);  // a sanitizer has a handler of its own
     return fromMillionths(dividend) / CQXCurrency(0);
@@ -184,7 +184,7 @@ TEST(CurrencyDeathTest, DivisionByZeroIsTheFaultOfTheProcessor) {
   EXPECT_EXIT(divide(0), testing::KilledBySignal(SIGFPE), "");
 }
 
-TEST(CurrencyDeathTest, NothingGoesOnBehindADivisionByZeroThatIsIgnored) {
+TEST(CurrencyDeathTest, IgnoredDivisionByZeroAborts) {
   const auto divide = [] {
     std::signal(SIGFPE, SIG_IGN);
     std::signal(SIGABRT, SIG_DFL);
@@ -201,7 +201,7 @@ TEST(Currency, ComparesByValue) {
   EXPECT_TRUE(small <= small && small >= small && !(small < small) && !(small > small));
 }
 
-TEST(Currency, ItsPartsHaveTheSignOfTheValue) {
+TEST(Currency, IntegerAndFractionHaveTheSignOfTheAmount) {
   const CQXCurrency amount(-1.5);
   EXPECT_EQ(amount.GetInteger(), -1);
   EXPECT_EQ(amount.GetFraction(), -500000);
@@ -222,7 +222,7 @@ TEST(Currency, RoundsHalfAwayFromZero) {
   EXPECT_EQ(rounded(0.499999, 0, 2), "0.000000");
 }
 
-TEST(Currency, OnlyZeroAndTheDefaultAreNumbersOfPlaces) {
+TEST(Currency, RoundKnowsOnlyZeroAndTheDefaultPlaces) {
   EXPECT_EQ(rounded(1.23456, 5, 2), "1.230000");
   EXPECT_EQ(rounded(1.23456, -1, 2), "1.230000");
   EXPECT_EQ(rounded(1.23456, 0, 2), "1.000000");
@@ -230,13 +230,13 @@ TEST(Currency, OnlyZeroAndTheDefaultAreNumbersOfPlaces) {
   EXPECT_EQ(rounded(1.23456, 1, 0), "1.000000");
 }
 
-TEST(Currency, ADefaultOfSixPlacesOrMoreLeavesValuesAlone) {
+TEST(Currency, SixOrMoreDefaultPlacesKeepTheAmount) {
   EXPECT_EQ(rounded(1.234567, 2, 6), "1.234567");
   EXPECT_EQ(rounded(1.234567, 2, std::numeric_limits<int>::max()), "1.234567");
   EXPECT_EQ(rounded(1.234565, 2, 5), "1.234570");
 }
 
-TEST(Currency, ANegativeDefaultCutsBeforeThePoint) {
+TEST(Currency, NegativeDefaultPlacesCutBeforeThePoint) {
   EXPECT_EQ(rounded(1299.5, 2, -2), "1300.000000");  // the half that is added stays 0.5
   EXPECT_EQ(rounded(1299.25, 2, -2), "1200.000000");
   EXPECT_EQ(rounded(-1250.0, 2, -1), "-1250.000000");
@@ -253,7 +253,7 @@ TEST(Currency, RoundByADDIgnoresItsArgument) {
   }
 }
 
-TEST(Currency, RoundingAtAnEndOfTheRangeWraps) {
+TEST(Currency, RoundingOverAnEndOfTheRangeWraps) {
   CQXCurrency amount = fromMillionths(kHighest);
   amount.Round(2);
   EXPECT_EQ(millionthsOf(amount), -9223372036854770000);
@@ -262,7 +262,7 @@ TEST(Currency, RoundingAtAnEndOfTheRangeWraps) {
   EXPECT_EQ(millionthsOf(amount), 9223372036854770000);
 }
 
-TEST(Currency, FromDoubleDropsWhatIsLessThanAMillionth) {
+TEST(Currency, FromDoubleDropsLessThanAMillionth) {
   EXPECT_EQ(textOf(CQXCurrency(0.0000004)), "0.000000");
   EXPECT_EQ(textOf(CQXCurrency(0.0000006)), "0.000000");
   EXPECT_EQ(textOf(CQXCurrency(0.000001)), "0.000001");
@@ -276,7 +276,7 @@ TEST(Currency, FromDoubleRoundsHalfAwayFromZero) {
   EXPECT_EQ(textOf(CQXCurrency(1e12)), "1000000000000.000000");
 }
 
-TEST(Currency, ADoubleWithoutAPlaceInTheRangeIsTheLowestAmount) {
+TEST(Currency, DoubleOutsideTheRangeBecomesTheLowestAmount) {
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double amount :
        {infinity, -infinity, std::numeric_limits<double>::quiet_NaN(),
@@ -286,7 +286,7 @@ TEST(Currency, ADoubleWithoutAPlaceInTheRangeIsTheLowestAmount) {
   EXPECT_EQ(millionthsOf(CQXCurrency(9223372036854.77)), 9223372036854769664);
 }
 
-TEST(Currency, ToDoubleAndBack) {
+TEST(Currency, ConvertsToDouble) {
   EXPECT_EQ(CQXCurrency(-1.25).ToDouble(), -1.25);
   EXPECT_EQ(fromMillionths(1).ToDouble(), 0.000001);
   EXPECT_EQ(fromMillionths(kLowest).ToDouble(), -9223372036854.775808);
@@ -302,7 +302,7 @@ TEST(Currency, FromStringReadsBothSidesOfThePoint) {
   EXPECT_EQ(textOf(read(u"1.000001")), "1.000001");
 }
 
-TEST(Currency, FromStringLosesTheSignInFrontOfAZero) {
+TEST(Currency, FromStringLosesTheSignBeforeAZero) {
   EXPECT_EQ(textOf(read(u"-0.5")), "0.500000");
   EXPECT_EQ(textOf(read(u"-.5")), "0.500000");
   EXPECT_EQ(textOf(read(u"-0")), "0.000000");
@@ -312,7 +312,7 @@ TEST(Currency, FromStringReadsUpToTheFirstOtherCharacter) {
   EXPECT_EQ(textOf(read(u"")), "0.000000");
   EXPECT_EQ(textOf(read(u"abc")), "0.000000");
   EXPECT_EQ(textOf(read(u" \t12abc.5")), "12.500000");
-  EXPECT_EQ(textOf(read(u"+3.5x")), "3.050000");  // two characters stand behind the point
+  EXPECT_EQ(textOf(read(u"+3.5x")), "3.050000");  // two characters follow the point
   EXPECT_EQ(textOf(read(u"1.-5")), "0.950000");
   EXPECT_EQ(textOf(read(u"1.2.3")), "1.002000");
   EXPECT_EQ(textOf(read(u"1,5")), "1.000000");
@@ -322,7 +322,7 @@ TEST(Currency, FromStringReadsUpToTheFirstOtherCharacter) {
   EXPECT_EQ(textOf(CQXCurrency(CComBSTR(std::u16string_view(u"1\0.5", 4)))), "1.000000");
 }
 
-TEST(Currency, FromStringTakesADigitsSideTooLongForTheEndOf64Bits) {
+TEST(Currency, FromStringLimitsLongSidesTo64Bits) {
   EXPECT_EQ(textOf(read(u"0.9223372036854775807")), "0.922337");
   EXPECT_EQ(textOf(read(u"0.99999999999999999999")),
             "0.092233");  // the end of 19 digits, cut at 20
@@ -330,7 +330,7 @@ TEST(Currency, FromStringTakesADigitsSideTooLongForTheEndOf64Bits) {
   EXPECT_EQ(textOf(read((u"0." + std::u16string(1 << 20, u'0') + u"1").c_str())), "0.000000");
 }
 
-TEST(Currency, FromStringThatOverflowsLeavesTheWholePartAsMillionths) {
+TEST(Currency, FromStringOverflowKeepsTheWholePartAsMillionths) {
   CQXCurrency amount(7);
   EXPECT_EQ(raisedBy([&] { amount.FromString(CString(u"18446744073710")); }), -1);
   EXPECT_EQ(millionthsOf(amount), 18446744073710);
@@ -348,7 +348,7 @@ TEST(Currency, FromStringBetween63And64BitsWraps) {
   EXPECT_EQ(millionthsOf(read(u"9223372036855")), -9223372036854551616);
 }
 
-TEST(Currency, IsWrittenWithSixDecimals) {
+TEST(Currency, WritesSixDecimals) {
   EXPECT_EQ(textOf(CQXCurrency(-0.5)), "-0.500000");
   EXPECT_EQ(textOf(CQXCurrency(-1.5)), "-1.500000");
   EXPECT_EQ(textOf(CQXCurrency(-2)), "-2.000000");

@@ -12,7 +12,8 @@ namespace {
 
 constexpr qx::CivilTime kNoParts{-1, -1, -1, -1, -1, -1};
 
-// The parts of a valid date, or -1 each; not the status, which may say otherwise.
+// Returns the parts, or -1 each if the double is no date. The status is not asked here: it may
+// disagree with the double.
 qx::CivilTime partsOf(const COleDateTime& date) {
   qx::CivilTime parts = kNoParts;
   date.GetAsCivilTime(parts);
@@ -35,7 +36,8 @@ struct Day {
   int day = 0;
 };
 
-// All 0 for a text of another shape. What stands for a number is not looked at.
+// Returns all 0 for a text of another shape, which then makes no date. The digits themselves are
+// not checked.
 Day dayOf(const CString& text) {
   const int length = text.GetLength();
   if (length == 8) return {numberAt(text, 0, 4), numberAt(text, 4, 2), numberAt(text, 6, 2)};
@@ -76,6 +78,7 @@ CQXDateTime& CQXDateTime::operator=(double date) {
 }
 
 CQXDateTime& CQXDateTime::operator=(const COleDateTime& date) {
+  // Read before setParts writes: `date` may be this object.
   const DateTimeStatus status = date.GetStatus();
   const qx::CivilTime parts = partsOf(date);
   setParts(*this, parts);
@@ -91,6 +94,7 @@ CQXDateTime& CQXDateTime::operator=(const CQXDateTime& date) {
 }
 
 void CQXDateTime::Clear() {
+  // Parts of 0 make no date, so the double stays as it was.
   SetDateTime(0, 0, 0, 0, 0, 0);
   m_status = null;
 }
@@ -123,6 +127,7 @@ CComBSTR CQXDateTime::StringFromDate(CComPtr<ICompany> company) const {
   try {
     return displayForm(company, m_dt);
   } catch (...) {
+    // Every failure, a null company included, ends in a form that needs no host.
     return GetDateAsBSTR_ISO8601();
   }
 }
@@ -131,18 +136,20 @@ void CQXDateTime::SetDate(CComBSTR text) {
   CString copy;
   copy.Format(u"%s", text);
   const Day day = dayOf(copy);
+  // The status comes last: it is valid even if the parts made no date.
   SetDateTime(day.year, day.month, day.day, 0, 0, 0);
   m_status = valid;
 }
 
 void CQXDateTime::SetTime(long hhmm) {
-  // An hour beyond all clocks stays one in an `int`.
+  // Clamped: cut to an `int`, a huge number could become an hour that exists.
   const long hour = std::clamp(hhmm / 100, -1L, 24L);
   SetDateTime(GetYear(), GetMonth(), GetDay(), static_cast<int>(hour), static_cast<int>(hhmm % 100),
               0);
 }
 
 void CQXDateTime::AddMonths(int months) {
+  // A month below 1 is not carried into the year before: the date then becomes invalid.
   int year = GetYear() + months / 12;
   int month = GetMonth() + months % 12;
   if (month > 12) {

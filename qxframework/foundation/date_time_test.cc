@@ -47,7 +47,7 @@ TEST(DateTime, StartsAsNullOrAsToday) {
   EXPECT_TRUE(later.IsValid());
 }
 
-TEST(DateTime, ExactlyZeroIsNull) {
+TEST(DateTime, DoubleOfExactlyZeroIsNull) {
   EXPECT_TRUE(CQXDateTime(0.0).IsNull());
   EXPECT_TRUE(CQXDateTime(-0.0).IsNull());
   EXPECT_EQ(date(CQXDateTime(0.0)), "18991230");
@@ -56,7 +56,7 @@ TEST(DateTime, ExactlyZeroIsNull) {
   EXPECT_EQ(all(CQXDateTime(0.25)), "1899-12-30 6:0:0");
 }
 
-TEST(DateTime, ADoubleIsAssignedAsItIsConstructed) {
+TEST(DateTime, AssignedAndConstructedDoublesAgree) {
   CQXDateTime value(2024, 1, 31, 0, 0, 0);
   value = 0.0;
   EXPECT_TRUE(value.IsNull());
@@ -66,14 +66,14 @@ TEST(DateTime, ADoubleIsAssignedAsItIsConstructed) {
   EXPECT_FALSE(value.IsValid() || value.IsNull());
 }
 
-TEST(DateTime, ItsStartValuesAreNotAssigned) {
+TEST(DateTime, StartValuesCannotBeAssigned) {
   // They would be taken for a number of days.
   EXPECT_FALSE((std::is_assignable_v<CQXDateTime&, etQXDATEVALUE>));
   EXPECT_TRUE((std::is_assignable_v<CQXDateTime&, double>));
   EXPECT_TRUE((std::is_constructible_v<CQXDateTime, etQXDATEVALUE>));
 }
 
-TEST(DateTime, WhatIsNoDateAsADoubleIsInvalid) {
+TEST(DateTime, DoubleOutsideTheCalendarIsInvalid) {
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double number :
        {1e9, -1e9, infinity, -infinity, std::numeric_limits<double>::quiet_NaN(), -657435.0}) {
@@ -84,13 +84,13 @@ TEST(DateTime, WhatIsNoDateAsADoubleIsInvalid) {
   }
 }
 
-TEST(DateTime, TheLastNumbersThatAreDates) {
+TEST(DateTime, FirstAndLastDoublesOfTheCalendarAreValid) {
   EXPECT_TRUE(CQXDateTime(std::nextafter(-657435.0, 0)).IsValid());
   EXPECT_TRUE(CQXDateTime(2958465.9999).IsValid());
   EXPECT_FALSE(CQXDateTime(2958466.0).IsValid());
 }
 
-TEST(DateTime, APlainDateGivesItsDoubleWhenOneIsMadeOfItAndItsStatusWhenItIsAssigned) {
+TEST(DateTime, ConstructionFromAPlainDateLosesItsStatusButAssignmentDoesNot) {
   COleDateTime plain(2024, 1, 31, 0, 0, 0);
   plain.SetStatus(COleDateTime::invalid);
   EXPECT_EQ(date(CQXDateTime(plain)), "20240131");
@@ -115,7 +115,7 @@ TEST(DateTime, AnImpossibleDateIsInvalid) {
   EXPECT_FALSE(day(2100, 2, 29).IsValid());
 }
 
-TEST(DateTime, AnOleDateIsTakenByItsPartsWithItsStatus) {
+TEST(DateTime, AssigningAnOleDateCopiesPartsAndStatus) {
   CQXDateTime value;
   value = COleDateTime(2024, 2, 29, 13, 45, 59);
   EXPECT_EQ(all(value), "2024-2-29 13:45:59");
@@ -149,7 +149,7 @@ TEST(DateTime, ClearMakesItNull) {
   EXPECT_EQ(date(value), "18991230");
 }
 
-TEST(DateTime, HasItsTextForms) {
+TEST(DateTime, WritesItsTextForms) {
   const CQXDateTime value(2024, 1, 5, 9, 7, 59);
   EXPECT_EQ(value.GetDateAsBSTR().View(), u"20240105");
   EXPECT_EQ(value.GetDateAsBSTR_ISO8601().View(), u"2024-01-05");
@@ -158,7 +158,7 @@ TEST(DateTime, HasItsTextForms) {
   EXPECT_EQ(day(987, 6, 5).GetDateAsBSTR().View(), u"09870605");
 }
 
-TEST(DateTime, WithoutADateHasTheFormsOfTheEmptyOne) {
+TEST(DateTime, InvalidAndNullDatesWriteTheEmptyDate) {
   for (const CQXDateTime& value : {CQXDateTime(), CQXDateTime(invalidDate()), CQXDateTime(1e9)}) {
     EXPECT_EQ(value.GetDateAsBSTR().View(), u"18991230");
     EXPECT_EQ(value.GetDateAsBSTR_ISO8601().View(), u"1899-12-30");
@@ -176,7 +176,7 @@ TEST(DateTime, SetDateReadsThreeForms) {
   }
 }
 
-TEST(DateTime, SetDateIsValidWhateverTheText) {
+TEST(DateTime, SetDateIsValidForAnyText) {
   for (const char16_t* text :
        {u"", u"abc", u"20230229", u"2024/02/29", u"99999999", u"abcdefgh", u"2024-13-01",
         u"00.00.0000", u"2024-02-29 10:00:00", u"-1-1-1-1", u"\xD800\xD800\xD800\xD800\xD800"}) {
@@ -191,7 +191,7 @@ TEST(DateTime, SetDateIsValidWhateverTheText) {
   EXPECT_TRUE(CQXDateTime(CComBSTR(std::u16string(1 << 20, u'2'))).IsValid());
 }
 
-TEST(DateTime, SetDateOverAnInvalidDoubleIsValidWithoutParts) {
+TEST(DateTime, SetDateKeepsAnInvalidDoubleButIsValid) {
   CQXDateTime value(1e9);
   value.SetDate(CComBSTR(u"abc"));
   EXPECT_TRUE(value.IsValid());
@@ -229,7 +229,7 @@ TEST(DateTime, AddMonthsDoesNotClampTheDay) {
   EXPECT_EQ(all(value), "2024-3-31 0:0:0");
 }
 
-TEST(DateTime, AddMonthsGoesOverTheNewYearForwardOnly) {
+TEST(DateTime, AddMonthsPassesANewYearOnlyForward) {
   CQXDateTime value(2023, 12, 15, 13, 30, 0);
   value.AddMonths(1);
   EXPECT_EQ(all(value), "2024-1-15 0:0:0");  // the time is dropped
@@ -243,7 +243,7 @@ TEST(DateTime, AddMonthsGoesOverTheNewYearForwardOnly) {
   EXPECT_EQ(value.GetStatus(), COleDateTime::invalid);
 }
 
-TEST(DateTime, AddMonthsBeyondAllYearsIsInvalid) {
+TEST(DateTime, AddMonthsOutsideTheCalendarIsInvalid) {
   for (const int months : {std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
     CQXDateTime value = day(2024, 1, 31);
     value.AddMonths(months);
@@ -262,7 +262,7 @@ TEST(DateTime, AddDaysKeepsTheTime) {
   EXPECT_EQ(all(old), "1899-12-28 6:0:0");
 }
 
-TEST(DateTime, AddDaysLeavesTheCalendarAsInvalidAndNullAsNull) {
+TEST(DateTime, AddDaysOutsideTheCalendarIsInvalidAndKeepsNull) {
   for (const long days : {4000000L, -4000000L, std::numeric_limits<long>::max()}) {
     CQXDateTime value = day(2024, 2, 28);
     value.AddDays(days);
@@ -281,7 +281,7 @@ TEST(DateTime, SetDayDropsTheTime) {
   EXPECT_EQ(value.GetStatus(), COleDateTime::invalid);
 }
 
-TEST(DateTime, SpansInMonthsDoNotCountDays) {
+TEST(DateTime, SpansInMonthsIgnoreDays) {
   EXPECT_EQ(day(2024, 3, 1).GetDateSpanInMonths(day(2024, 2, 29)), 1);
   EXPECT_EQ(day(2024, 1, 31).GetDateSpanInMonths(day(2024, 1, 1)), 0);
   EXPECT_EQ(day(2022, 11, 1).GetDateSpanInMonths(day(2024, 2, 1)), -15);
@@ -303,13 +303,13 @@ class DateTimeAtTheHost : public ::testing::Test {
   CComPtr<qx::test::FakeDataHelper> helper = qx::makeObject<qx::test::FakeDataHelper>(*company);
 };
 
-TEST_F(DateTimeAtTheHost, IsShownByTheHelper) {
+TEST_F(DateTimeAtTheHost, DisplayFormComesFromTheHost) {
   helper->rows = {{CComVariant(u"29.02.24")}};
   EXPECT_EQ(CQXDateTime(45351.5).StringFromDate(company).View(), u"29.02.24");
   EXPECT_THAT(calls.calls, ElementsAre("Helper.FormatDateToString(45351.5)"));
 }
 
-TEST_F(DateTimeAtTheHost, IsShownInIsoFormWhereTheHostFails) {
+TEST_F(DateTimeAtTheHost, DisplayFormIsIsoIfTheHostFails) {
   const CQXDateTime value = day(2024, 2, 29);
   EXPECT_EQ(value.StringFromDate(company).View(), u"2024-02-29");  // the answer has no row
   calls.failures = {{"Helper.FormatDateToString", E_FAIL}};

@@ -13,6 +13,9 @@ struct LanguageRow {
   unsigned short windowsId;
 };
 
+// Name, ISO code and language id are listed separately, because none follows from another: Serbian
+// and Turkish have names but read the English resources, Turkish also has the ISO code of English,
+// and the Spanish of three regions shares an id. Installed resources rely on each entry.
 constexpr LanguageRow kRows[] = {
     {ln_Hebrew, u"ln_Hebrew", u"HE", 1037},
     {ln_Spanish_Ar, u"ln_Spanish_Ar", u"ES", 9226},
@@ -46,6 +49,7 @@ constexpr LanguageRow kRows[] = {
     {ln_Turkish_Tr, u"ln_Turkish_Tr", u"EN", 1033},
     {ln_TrdtnlChinese_Hk, u"ln_TrdtnlChinese_Hk", u"ZHTW", 1028},
 };
+// For a language of a newer client.
 constexpr LanguageRow kDefault{HvLanguages{}, u"UNKNOWN", u"EN", 1033};
 
 const LanguageRow& rowOf(HvLanguages language) {

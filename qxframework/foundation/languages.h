@@ -1,19 +1,19 @@
 #pragma once
 
-// What is known of the host's languages: name, ISO code and the language id whose string table
-// serves it.
+// The host's languages: the name of each, its ISO code, and the language id of its string tables.
 
 #include "qxframework/automation/types.h"
 #include "qxframework/host/enums.h"
 
 namespace qx {
 
-/// The name as the log prints it, "ln_German"; "UNKNOWN" for a value that is no language.
+/// Returns the name that the log prints, such as "ln_German"; "UNKNOWN" for any other value. The
+/// texts live as long as the program.
 QX_API const OLECHAR* languageName(HvLanguages language);
-/// The ISO code, "DE"; "EN" for a value that is not listed.
+/// Returns the ISO code, such as "DE"; "EN" for any other value.
 QX_API const OLECHAR* isoLanguageCode(HvLanguages language);
-/// The language id for resources, 1031; 1033 for a value that is not listed. Several languages
-/// share an id, and Serbian and Turkish read the English one.
+/// Returns the Windows language id for resources, such as 1031; 1033 for any other value. Several
+/// languages share an id, and Serbian and Turkish read the English one.
 QX_API unsigned short windowsLanguageId(HvLanguages language);
 
 }  // namespace qx

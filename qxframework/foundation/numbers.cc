@@ -1,40 +1,30 @@
 #include "qxframework/foundation/numbers.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <limits>
 
 namespace qx {
 namespace {
 
-bool isSpace(char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
-
-unsigned digitValue(char16_t unit) {
-  if (unit >= u'0' && unit <= u'9') return static_cast<unsigned>(unit - u'0');
-  if (unit >= u'a' && unit <= u'z') return static_cast<unsigned>(unit - u'a' + 10);
-  if (unit >= u'A' && unit <= u'Z') return static_cast<unsigned>(unit - u'A' + 10);
-  return std::numeric_limits<unsigned>::max();
-}
-
-bool hasHexPrefix(std::u16string_view text) {
-  return text.size() > 2 && text[0] == u'0' && (text[1] == u'x' || text[1] == u'X') &&
-         digitValue(text[2]) < 16;
-}
-
-// The magnitude may be one larger than `largest` for a negative number.
+// The magnitude of a negative number may exceed `largest` by one.
 std::int64_t readNumber(std::u16string_view text, unsigned base, std::uint64_t largest) {
   while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
   const bool negative = text.starts_with(u'-');
   if (negative || text.starts_with(u'+')) text.remove_prefix(1);
-  if (base == 16 && hasHexPrefix(text)) text.remove_prefix(2);
+  // A prefix without a digit after it may be skipped as well: the result is 0 either way.
+  if (base == 16 && (text.starts_with(u"0x") || text.starts_with(u"0X"))) text.remove_prefix(2);
   const std::uint64_t limit = negative ? largest + 1 : largest;
   std::uint64_t number = 0;
   for (const char16_t unit : text) {
-    const unsigned digit = digitValue(unit);
-    if (digit >= base) break;
-    if (number > (limit - digit) / base) {
+    const int digit = hexDigitValue(unit);
+    if (digit < 0 || static_cast<unsigned>(digit) >= base) break;
+    // Tested before the step: the product itself could overflow.
+    if (number > (limit - static_cast<unsigned>(digit)) / base) {
       number = limit;
       break;
     }
-    number = number * base + digit;
+    number = number * base + static_cast<unsigned>(digit);
   }
   return static_cast<std::int64_t>(negative ? 0 - number : number);
 }

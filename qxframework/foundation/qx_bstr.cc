@@ -13,6 +13,7 @@ namespace {
 
 constexpr unsigned short kEnglish = 1033;
 
+// English precedes the search over all languages: a text in an arbitrary one is the last resort.
 std::optional<std::u16string_view> lookUp(unsigned id, unsigned short langId, HINSTANCE module) {
   auto text = qx::findString(module, id, langId);
   if (!text) text = qx::findString(module, id, kEnglish);
@@ -30,12 +31,15 @@ bool CQXBSTR::LoadStringW(unsigned id, HvLanguages language, HINSTANCE module) {
 bool CQXBSTR::LoadStringW(unsigned id, unsigned short langId, HINSTANCE module) {
   const auto text = lookUp(id, langId, module);
   if (!text) return false;
+  // An empty resource string becomes an empty text with a pointer, not a null one: it was found.
   Attach(qx::newText(*text));
   return m_str != nullptr;
 }
 
 void CQXBSTR::FormatList(const OLECHAR* text, qx::FormatArgs args) {
   if (text == nullptr) qx::raiseError(E_INVALIDARG);
+  // Formatted apart from this string, which may be among the arguments. Too long counts as too
+  // large.
   CString formatted;
   try {
     formatted.FormatV(text, args);
@@ -48,7 +52,7 @@ void CQXBSTR::FormatList(const OLECHAR* text, qx::FormatArgs args) {
 }
 
 void CQXBSTR::FormatList(HvLanguages language, unsigned id, qx::FormatArgs args) {
-  CQXBSTR text(m_Language);  // beside this one, which may be among the arguments
+  CQXBSTR text(m_Language);  // apart from this string, which may be among the arguments
   if (text.LoadStringW(id, language, nullptr)) FormatList(text.m_str, args);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Localised strings: loaded from string tables, formatted and compared in a host language.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/host/enums.h"
@@ -7,24 +9,24 @@
 
 #include <type_traits>
 
-/// An owning wide string that remembers a host language, in which it loads, formats and compares
-/// its text by default.
-///
-/// An allocation failure raises a _com_error of E_OUTOFMEMORY.
+/// An owning UTF-16 string that remembers a host language, in which it loads, formats and compares
+/// its text by default. A failed allocation throws a _com_error with E_OUTOFMEMORY.
 class QX_API CQXBSTR : public CComBSTR {
  public:
+  /// Makes an empty string, with a null pointer.
   explicit CQXBSTR(HvLanguages language) : m_Language(language) {}
   CQXBSTR(const OLECHAR* text, HvLanguages language) : CComBSTR(text), m_Language(language) {}
-  /// A string of `length` units; null for 0.
+  /// Makes a string of `length` zero units; null for 0.
   CQXBSTR(int length, HvLanguages language) : CQXBSTR(length, nullptr, language) {}
-  /// A negative length raises E_INVALIDARG.
+  /// Copies `length` units of `text`. Throws E_INVALIDARG for a negative length.
   CQXBSTR(int length, const OLECHAR* text, HvLanguages language)
       : CComBSTR(length, text), m_Language(language) {}
   CQXBSTR(const CComBSTR& text, HvLanguages language) : CComBSTR(text), m_Language(language) {}
+  /// Writes the id in braces, with capital letters.
   CQXBSTR(const GUID& guid, HvLanguages language) : CComBSTR(guid), m_Language(language) {}
   CQXBSTR(const CQXBSTR& other) = default;
 
-  /// The first two keep the language, the last takes it.
+  /// Copies the text and keeps the language.
   CQXBSTR& operator=(const CComBSTR& text) {
     CComBSTR::operator=(text);
     return *this;
@@ -33,29 +35,33 @@ class QX_API CQXBSTR : public CComBSTR {
     CComBSTR::operator=(text);
     return *this;
   }
+  /// Copies the text and the language.
   CQXBSTR& operator=(const CQXBSTR& other) = default;
   operator _bstr_t() const { return _bstr_t(View()); }
 
   void PutLanguage(HvLanguages language) { m_Language = language; }
   HvLanguages GetLanguage() const { return m_Language; }
 
-  /// Takes string `id` of `module` (null: the executable): that of the language, else of 1033, else
-  /// what the system's default search finds. False, with the text as it was, when there is none.
-  /// A negative `language` means the string's own.
+  /// Loads string `id` of `module`; null is the executable. The table of the language is searched
+  /// first, then English (1033), then all others. Returns false, and keeps the text, if none has
+  /// it. A negative `language` means the language of this string.
   bool LoadStringW(unsigned id, HvLanguages language, HINSTANCE module);
+  /// Does the same with a Windows language id.
   bool LoadStringW(unsigned id, unsigned short langId, HINSTANCE module);
 
-  /// Replaces the text by the formatted one. A null format raises E_INVALIDARG.
+  /// Replaces the text by the formatted one; arguments may refer to this string. Throws
+  /// E_INVALIDARG for a null format.
   template <class... Args>
   void Format(const OLECHAR* text, const Args&... args) {
     withArgs([&](qx::FormatArgs list) { FormatList(text, list); }, args...);
   }
-  /// The same with string `id` of the executable as the format; nothing changes when there is none.
+  /// Formats string `id` of the executable in the same way. If there is none, nothing changes.
   template <class... Args>
   void Format(HvLanguages language, unsigned id, const Args&... args) {
     withArgs([&](qx::FormatArgs list) { FormatList(language, id, list); }, args...);
   }
-  // An integer only, so that a language in front always means the operation above.
+  /// Formats string `id` in the language of this string. `Id` is an integer type, so that a
+  /// language as the first argument always means the operation above.
   template <class Id, class... Args>
   requires std::is_integral_v<Id>
   void Format(Id id, const Args&... args) {
@@ -72,8 +78,8 @@ class QX_API CQXBSTR : public CComBSTR {
     FormatList(m_Language, static_cast<unsigned>(id), args);
   }
 
-  /// Whether the text equals string `id` of the executable by the user-default locale's comparison;
-  /// false when there is no such string. A negative `language` means the string's own.
+  /// True if the text equals string `id` of the executable in the comparison of the user-default
+  /// locale; false if there is no such string. A negative `language` means that of this string.
   bool Compare(unsigned id, HvLanguages language) const;
 
   HvLanguages m_Language;

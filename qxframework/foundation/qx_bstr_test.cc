@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
-// The program's own string tables stand in testdata/strings: 1033 has 1, 2, 3 and 7; 1031 has 1, 7
+#include <string_view>
+
+// The string tables of this program are in testdata/strings: 1033 has 1, 2, 3 and 7; 1031 has 1, 7
 // and 8.
 
 namespace {
@@ -17,32 +19,32 @@ TEST(QxBstr, LoadsTheTextOfItsLanguage) {
   EXPECT_EQ(text.View(), u"Hallo");
 }
 
-TEST(QxBstr, AnIdThatOnlyEnglishHasGivesTheEnglishText) {
+TEST(QxBstr, LoadFallsBackToEnglish) {
   CQXBSTR text(ln_English);
   EXPECT_TRUE(text.LoadStringW(2, ln_German, nullptr));
   EXPECT_EQ(text.View(), u"Only English");
 }
 
-TEST(QxBstr, AnIdThatNeitherHasComesFromTheDefaultSearch) {
+TEST(QxBstr, LoadFallsBackToAnyLanguage) {
   CQXBSTR text(ln_French_Fr);
   EXPECT_TRUE(text.LoadStringW(8, ln_French_Fr, nullptr));
   EXPECT_EQ(text.View(), u"Nur deutsch");
 }
 
-TEST(QxBstr, AMissingIdLeavesTheTextAsItWas) {
+TEST(QxBstr, LoadOfAMissingIdKeepsTheText) {
   CQXBSTR text(u"before", ln_English);
   EXPECT_FALSE(text.LoadStringW(999, ln_English, nullptr));
   EXPECT_FALSE(text.LoadStringW(999, static_cast<unsigned short>(1031), nullptr));
   EXPECT_EQ(text.View(), u"before");
 }
 
-TEST(QxBstr, AnEmptyResourceStringIsFound) {
+TEST(QxBstr, EmptyResourceStringIsFound) {
   CQXBSTR text(u"before", ln_English);
   EXPECT_TRUE(text.LoadStringW(3, ln_English, nullptr));
   EXPECT_TRUE(text.IsEmpty());
 }
 
-TEST(QxBstr, CopiesKeepTheLanguageAndAssignmentsOfOtherTextsDoNot) {
+TEST(QxBstr, CopiesTakeTheLanguageAndOtherTextsKeepIt) {
   const CQXBSTR german(u"x", ln_German);
   CQXBSTR copy(german);
   EXPECT_EQ(copy.GetLanguage(), ln_German);
@@ -57,18 +59,18 @@ TEST(QxBstr, CopiesKeepTheLanguageAndAssignmentsOfOtherTextsDoNot) {
   EXPECT_EQ(other.View(), u"x");
 }
 
-TEST(QxBstr, LengthConstructorsAllocateOrGiveNull) {
-  EXPECT_EQ(CQXBSTR(3, ln_English).Length(), 3U);
+TEST(QxBstr, LengthConstructorsAllocateOrMakeNull) {
+  EXPECT_EQ(CQXBSTR(3, ln_English).View(), std::u16string_view(u"\0\0\0", 3));
   EXPECT_EQ(CQXBSTR(0, ln_English).m_str, nullptr);
   EXPECT_EQ(CQXBSTR(2, u"abc", ln_English).View(), u"ab");
   EXPECT_EQ(CQXBSTR(0, u"abc", ln_English).m_str, nullptr);
 }
 
-TEST(QxBstr, ANegativeLengthRaisesInvalidArgument) {
+TEST(QxBstr, NegativeLengthThrowsInvalidArgument) {
   EXPECT_EQ(raisedBy([] { CQXBSTR(-1, u"abc", ln_English); }), E_INVALIDARG);
 }
 
-TEST(QxBstr, AGuidIsWrittenInBraces) {
+TEST(QxBstr, GuidIsWrittenInBraces) {
   const GUID guid{0x12345678, 0x9ABC, 0xDEF0, {1, 2, 3, 4, 5, 6, 7, 8}};
   EXPECT_EQ(CQXBSTR(guid, ln_English).View(), u"{12345678-9ABC-DEF0-0102-030405060708}");
 }
@@ -91,7 +93,7 @@ TEST(QxBstr, FormatsAResourceTextInTheGivenLanguageOrItsOwn) {
   EXPECT_EQ(text.GetLanguage(), ln_English);
 }
 
-TEST(QxBstr, FormatTakesPlainIntegersForIdsAndItsOwnTextForAnArgument) {
+TEST(QxBstr, FormatAcceptsIntegerIdsAndItsOwnTextAsArgument) {
   CQXBSTR text(u"x", ln_English);
   text.Format(ln_German, 7, text, 2);
   EXPECT_EQ(text.View(), u"x kostet 2");
@@ -104,13 +106,13 @@ TEST(QxBstr, FormatTakesPlainIntegersForIdsAndItsOwnTextForAnArgument) {
   EXPECT_EQ(text.View(), u"z kostet 4");
 }
 
-TEST(QxBstr, FormatWithAMissingIdLeavesTheTextUntouched) {
+TEST(QxBstr, FormatWithAMissingIdKeepsTheText) {
   CQXBSTR text(u"before", ln_English);
   EXPECT_NO_THROW(text.Format(999U, 1));
   EXPECT_EQ(text.View(), u"before");
 }
 
-TEST(QxBstr, FormatOfANullTextRaisesInvalidArgument) {
+TEST(QxBstr, FormatOfANullTextThrowsInvalidArgument) {
   CQXBSTR text(ln_English);
   EXPECT_EQ(raisedBy([&] { text.Format(static_cast<const OLECHAR*>(nullptr)); }), E_INVALIDARG);
 }

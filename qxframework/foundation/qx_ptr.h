@@ -1,16 +1,19 @@
 #pragma once
 
+// Shared ownership within one thread, as the persistence layer's interfaces have it.
+
 #include "qxframework/foundation/thrown_text.h"
 
 #include <cstddef>
 
-/// The counted pointer of the persistence and cache layers. Many pointers share one control block,
-/// which refers to one object and deletes it with the last pointer if it owns it. The count is a
-/// plain integer: a pointer and its copies belong to one thread.
+/// The counted pointer of the persistence layer. A pointer and its copies share one control block,
+/// which holds one object and, if it owns it, deletes it together with the last pointer. The count
+/// is a plain integer: a pointer and its copies belong to one thread.
 template <class T>
 class qx_ptr {
  public:
-  /// Null makes a null pointer. With `owner` false the object is never deleted.
+  /// Takes `object`, and its ownership if `owner` is true; otherwise the caller keeps the object
+  /// alive. Null makes a null pointer.
   qx_ptr(T* object, bool owner) {
     if (object != nullptr) m_pBlock = new Block{object, 1, owner};
   }
@@ -21,13 +24,13 @@ class qx_ptr {
 
   qx_ptr& operator=(const qx_ptr& other) {
     if (m_pBlock != other.m_pBlock) {
-      const qx_ptr kept(other);  // it may stand inside the object that is released
+      const qx_ptr kept(other);  // `other` may be a member of the object that is released
       release();
       share(kept);
     }
     return *this;
   }
-  /// For the idiom `p = NULL`: 0 releases, any other number throws a `char*`.
+  /// Releases the object, for the idiom `p = NULL`. Throws a `char*` for any number but 0.
   qx_ptr& operator=(int null) {
     if (null != 0) {
       qx::throwText(
@@ -37,12 +40,12 @@ class qx_ptr {
     return *this;
   }
 
-  /// Not tested for null.
+  /// Must not be called on a null pointer; this is not checked.
   T* operator->() const { return m_pBlock->m_pObject; }
   T& operator*() const { return *m_pBlock->m_pObject; }
-  /// The held object; null for a null pointer.
+  /// Returns the object, without ownership; null for a null pointer.
   T* get() const { return m_pBlock == nullptr ? nullptr : m_pBlock->m_pObject; }
-  /// By the address of the held object.
+  /// Compares with the address of the object.
   bool operator==(const T* object) const { return get() == object; }
   bool operator!=(const T* object) const { return get() != object; }
 
@@ -65,7 +68,7 @@ class qx_ptr {
     if (block->m_nRefs < 1) destroy(block);
   }
   // Not inlined: a compiler that sees several releases in a row, but not the counts between them,
-  // would warn of a use after the last.
+  // warns of a use after the last one.
   [[gnu::noinline]] static void destroy(Block* block) {
     if (block->m_bOwner) delete block->m_pObject;
     delete block;

@@ -43,7 +43,7 @@ TEST(QxPtr, NullHasNoObject) {
 
 int countOf(qx_ptr<Counted> pointer) { return pointer == nullptr ? 0 : 1; }
 
-TEST(QxPtr, IsMadeOfNullptrAndComparedWithIt) {
+TEST(QxPtr, ConstructsFromNullptrAndComparesWithIt) {
   int alive = 0;
   EXPECT_EQ(countOf(nullptr), 0);
   EXPECT_EQ(countOf({}), 0);
@@ -75,7 +75,7 @@ TEST(QxPtr, AssigningAnotherNumberThrowsItsText) {
   EXPECT_EQ(alive, 1);
 }
 
-TEST(QxPtr, AssignmentSharesAndReleasesWhatItHeld) {
+TEST(QxPtr, AssignmentSharesTheNewObjectAndReleasesTheOld) {
   int first = 0;
   int second = 0;
   qx_ptr<Counted> a(new Counted(first), true);
@@ -92,7 +92,7 @@ struct Chained {
   qx_ptr<Chained> next;
 };
 
-TEST(QxPtr, TakesAPointerThatStandsInsideTheObjectItReleases) {
+TEST(QxPtr, AssignsFromAMemberOfTheReleasedObject) {
   qx_ptr<Chained> head(new Chained, true);
   head->next = qx_ptr<Chained>(new Chained, true);
   Chained* const second = head->next.get();
@@ -100,7 +100,7 @@ TEST(QxPtr, TakesAPointerThatStandsInsideTheObjectItReleases) {
   EXPECT_EQ(head.get(), second);
 }
 
-TEST(QxPtr, ComparesTheObjectsAddress) {
+TEST(QxPtr, ComparesTheAddressOfTheObject) {
   int alive = 0;
   Counted object(alive);
   const qx_ptr<Counted> pointer(&object, false);

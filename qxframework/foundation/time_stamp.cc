@@ -15,7 +15,8 @@ int CQXTimeStamp::getTimeAsInt() const {
 void CQXTimeStamp::setCurrentStamp(CComPtr<IApplication> application) {
   const CComPtr<IHostCompany> company = application->GetCompanyInfo();
   const CComBSTR user = company->GetUserName();
-  // The host is asked for all it tells about itself; these two are not used.
+  // The two other texts are read as well, so a host that cannot give them fails here, but they are
+  // not used. All reads precede the first change of this stamp.
   company->GetCompanyName();
   company->GetDatabaseName();
   const auto now = qx::currentClock().now();

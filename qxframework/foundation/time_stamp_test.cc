@@ -53,7 +53,7 @@ TEST(TimeStamp, StartsAsNullWithoutAUser) {
   EXPECT_TRUE(std::has_virtual_destructor_v<CQXTimeStamp>);
 }
 
-TEST(TimeStamp, GivesDateTimeAndUserBack) {
+TEST(TimeStamp, ReturnsDateTimeAndUser) {
   CQXTimeStamp stamp;
   stamp.setStamp(kMorning, CComBSTR(u"anna"));
   EXPECT_EQ(stamp.getDateTime().m_dt, kMorning.m_dt);
@@ -72,14 +72,14 @@ TEST(TimeStamp, TheTimeAsANumberHasNoLeadingZeros) {
   EXPECT_EQ(stamp.getTimeAsInt(), 809);
 }
 
-TEST(TimeStamp, OfADateThatIsNoneIsNull) {
+TEST(TimeStamp, AnInvalidDateMakesItNull) {
   CQXTimeStamp stamp;
   stamp.setStamp(kMorning, CComBSTR(u"anna"));
   stamp.setStamp(CQXDateTime(2023, 2, 29, 0, 0, 0), CComBSTR(u"anna"));
   EXPECT_TRUE(stamp.IsNull());
 }
 
-TEST(TimeStamp, IsCopied) {
+TEST(TimeStamp, CopiesAreIndependent) {
   CQXTimeStamp first;
   first.setStamp(kMorning, CComBSTR(u"anna"));
   const CQXTimeStamp copy(first);
@@ -94,7 +94,7 @@ TEST(TimeStamp, IsCopied) {
   }
 }
 
-TEST(TimeStamp, ClearedIsNullWithAnEmptyUser) {
+TEST(TimeStamp, ClearMakesItNullWithAnEmptyUser) {
   CQXTimeStamp stamp;
   stamp.setStamp(kMorning, CComBSTR(u"anna"));
   stamp.Clear();
@@ -103,7 +103,7 @@ TEST(TimeStamp, ClearedIsNullWithAnEmptyUser) {
   EXPECT_NE(stamp.getUser().m_str, nullptr);
 }
 
-TEST(TimeStamp, TheCurrentStampHasTheClockAndTheClientsUser) {
+TEST(TimeStamp, CurrentStampHasTheLocalTimeAndTheClientsUser) {
   const qx::test::ScopedTimeZone zone("UTC-2");
   qx::ManualClock clock(std::chrono::system_clock::from_time_t(1706694615));  // 09:50:15 UTC
   const qx::ScopedClock inUse(clock);
@@ -117,7 +117,7 @@ TEST(TimeStamp, TheCurrentStampHasTheClockAndTheClientsUser) {
   EXPECT_THAT(calls.calls, ElementsAre("GetUserName()", "GetCompanyName()", "GetDatabaseName()"));
 }
 
-TEST(TimeStamp, AHostThatFailsLeavesTheStamp) {
+TEST(TimeStamp, HostFailureKeepsTheStamp) {
   for (const char* operation : {"GetUserName", "GetCompanyName", "GetDatabaseName"}) {
     HostCalls calls;
     calls.failures = {{operation, E_ACCESSDENIED}};

@@ -8,7 +8,9 @@ void CQXVersion::SetVersion(CString version) {
   int start = 0;
   for (int i = 0; i < 5; ++i) {
     const int dot = i < 4 ? version.Find(u'.', start) : -1;
-    // A dot at the very start counts as none: the whole text is then the first number.
+    // The last number, and a text without a further dot, take the rest; leadingNumber ends at a
+    // fifth dot. A dot at the very start counts as none: the whole text is then the first number,
+    // 0.
     if (dot < 1) {
       *numbers[i] = qx::leadingNumber(version.Mid(start).View());
       return;
@@ -28,7 +30,7 @@ CComBSTR CQXVersion::GetVersionWithoutEFAsBSTR() const {
 
 std::int64_t CQXVersion::GetInt64Value() const {
   const auto weighed = [](long number, std::uint64_t weight) {
-    return static_cast<std::uint64_t>(number) * weight;  // wraps instead of overflowing
+    return static_cast<std::uint64_t>(number) * weight;  // unsigned, so that it wraps
   };
   return static_cast<std::int64_t>(weighed(m_lEF, 100) + weighed(m_lExt, 10'000) +
                                    weighed(m_lSP, 10'000'000) + weighed(m_lMinor, 10'000'000'000) +

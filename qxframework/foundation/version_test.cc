@@ -21,14 +21,14 @@ TEST(Version, ReadsFiveNumbersAndPrintsThemBack) {
   EXPECT_EQ(version.GetVersionWithoutEFAsBSTR().View(), u"9.20.120.01");
 }
 
-TEST(Version, AShortTextGivesZerosForTheTail) {
+TEST(Version, MissingNumbersAreZero) {
   EXPECT_EQ(numbersOf(u"9"), (Numbers{9, 0, 0, 0, 0}));
   EXPECT_EQ(numbersOf(u"9.1"), (Numbers{9, 1, 0, 0, 0}));
   EXPECT_EQ(numbersOf(u"9.1.2"), (Numbers{9, 1, 2, 0, 0}));
   EXPECT_EQ(numbersOf(u"9.1.2.3"), (Numbers{9, 1, 2, 3, 0}));
 }
 
-TEST(Version, AnEmptyTextOrALeadingDotGivesFiveZeros) {
+TEST(Version, EmptyTextAndLeadingDotReadAsFiveZeros) {
   EXPECT_EQ(numbersOf(u""), Numbers{});
   EXPECT_EQ(numbersOf(u".5"), Numbers{});
 }
@@ -61,7 +61,7 @@ TEST(Version, SetEfChangesTheValueBy100PerUnit) {
   EXPECT_EQ(version.GetInt64Value(), before + 700);
 }
 
-TEST(Version, TheStatusTakesNoPartInComparisonsAndSurvivesSetVersion) {
+TEST(Version, StatusIsNotComparedAndSurvivesSetVersion) {
   CQXVersion a{CString(u"1.2")};
   CQXVersion b{CString(u"1.2")};
   a.SetStatus(u"Installed");
@@ -76,9 +76,14 @@ TEST(Version, TheSixComparisonsAgree) {
   const CQXVersion newer{CString(u"9.20")};
   EXPECT_TRUE(older < newer && older <= newer && older != newer);
   EXPECT_FALSE(older > newer || older >= newer || older == newer);
+  EXPECT_TRUE(newer > older && newer >= older && newer != older);
+  EXPECT_FALSE(newer < older || newer <= older || newer == older);
+  const CQXVersion same{CString(u"9.20.0")};
+  EXPECT_TRUE(newer == same && newer <= same && newer >= same);
+  EXPECT_FALSE(newer != same || newer < same || newer > same);
 }
 
-TEST(Version, HugeNumbersSaturateAndTheValueWraps) {
+TEST(Version, HugeNumbersStopAt32BitsAndTheValueWraps) {
   const CQXVersion version{CString(u"99999999999")};
   EXPECT_EQ(version.GetMajor(), 2147483647);
   EXPECT_EQ(version.GetInt64Value(),

@@ -1,7 +1,7 @@
 #pragma once
 
-// The running client as an add-on sees it: its forms, menus, status bar, boxes and batches. The
-// object is also a connection point container for the client's events (see events.h).
+// The running client as an add-on sees it: its forms, menus, status bar, message boxes and batches.
+// gui_api.h states the rules of all host interfaces.
 
 #include "qxframework/automation/host_call.h"
 #include "qxframework/automation/variant.h"
@@ -14,25 +14,39 @@ class IStatusBar;
 class IProgressBar;
 class IHostCompany;
 
+/// The client. The object is also an IConnectionPointContainer for the client's events, see
+/// events.h.
 class IApplication : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0102);
+  /// Returns the open forms. The collection changes as forms open and close.
   virtual HRESULT raw_GetForms(IForms** out) = 0;
+  /// Returns the company that the client itself is logged in to.
   virtual HRESULT raw_GetCompanyInfo(IHostCompany** out) = 0;
+  /// Returns the number of the client, as it appears in the log. Add-ons of one client share it.
   virtual HRESULT raw_GetAppId(long* out) = 0;
+  /// Returns the client's language. Event qx::kLanguageChanged reports a new one.
   virtual HRESULT raw_GetLanguage(HvLanguages* out) = 0;
-  /// A modal box; an empty or null caption leaves its button out. The out value is the button
-  /// pressed, counted from 1.
+  /// Shows a modal box and returns the number of the pressed button, 1 to 3. An empty caption
+  /// leaves its button out; a box without any caption has an "OK" as button 1. A `defaultButton`
+  /// that the box does not have counts as its first one. Fails with -1 if the client runs
+  /// unattended and refuses boxes.
   virtual HRESULT raw_MessageBox(BSTR text, long defaultButton, BSTR button1, BSTR button2,
                                  BSTR button3, long* out) = 0;
+  /// Returns the entries of the menu bar, below which all others are found.
   virtual HRESULT raw_GetMenus(IMenus** out) = 0;
-  /// Applies an `Application` document of menus or forms; GetLastBatchResults tells what came of
-  /// it.
+  /// Applies an XML document `Application` with actions on menus or forms: adds, updates and
+  /// removes. Each entry counts alone: the client applies every one that it can, and the call fails
+  /// with the code of the first that it cannot, such as -7040 for a text that is not XML.
   virtual HRESULT raw_LoadBatchActions(BSTR xml) = 0;
-  /// The report on the last batch, an XML document.
+  /// Returns the report on the last batch, an XML document with the number of applied and failed
+  /// entries and the errors. Empty before the first batch.
   virtual HRESULT raw_GetLastBatchResults(BSTR* out) = 0;
+  /// Returns the status bar of the client.
   virtual HRESULT raw_GetStatusBar(IStatusBar** out) = 0;
+  /// Returns true once an add-on has reported the end of its start.
   virtual HRESULT raw_GetStartupDone(VARIANT_BOOL* out) = 0;
+  /// Reports that the start of the add-on is over, or with false that it still runs.
   virtual HRESULT raw_PutStartupDone(VARIANT_BOOL done) = 0;
 
   CComPtr<IForms> GetForms() { return qx::getObject<IForms>(this, &IApplication::raw_GetForms); }
@@ -69,14 +83,19 @@ class IApplication : public IDispatch {
   ~IApplication() = default;
 };
 
-/// The company that the client itself is logged in to.
+/// The company that the client itself is logged in to. The texts change with event
+/// qx::kCompanyChanged.
 class IHostCompany : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0103);
+  /// Returns the name of the client's user.
   virtual HRESULT raw_GetUserName(BSTR* out) = 0;
+  /// Returns the name that the client shows for the company.
   virtual HRESULT raw_GetCompanyName(BSTR* out) = 0;
+  /// Returns the name of the company's database, without folder and extension.
   virtual HRESULT raw_GetDatabaseName(BSTR* out) = 0;
-  /// The answer to the cookie of ICompany::GetContextCookie, good for one PutLoginContext.
+  /// Returns the login context that answers `cookie`, a text from ICompany::GetContextCookie. The
+  /// context is good for one ICompany::PutLoginContext on the object that made the cookie.
   virtual HRESULT raw_GetConnectionContext(BSTR cookie, BSTR* out) = 0;
 
   CComBSTR GetUserName() { return qx::getText(this, &IHostCompany::raw_GetUserName); }
@@ -90,13 +109,18 @@ class IHostCompany : public IDispatch {
   ~IHostCompany() = default;
 };
 
+/// The line at the bottom of the client.
 class IStatusBar : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0104);
-  /// Fails while another holder has the bar.
+  /// Shows a progress bar at 0 and returns it. `maximum` is the value of a full bar; `stoppable`
+  /// lets the user stop it. Only one holder has the bar: the call fails with -1 while another one
+  /// does.
   virtual HRESULT raw_CreateProgressBar(BSTR text, long maximum, VARIANT_BOOL stoppable,
                                         IProgressBar** out) = 0;
-  /// `displayTime` is the display value of the client: 20 in all uses here.
+  /// Shows a message. `displayTime` is a display value of the client; the framework passes 20. A
+  /// `type` outside the enumeration is refused with E_INVALIDARG. An add-on's message raises no
+  /// event.
   virtual HRESULT raw_SetText(BSTR text, long displayTime, HvStatusBarMessageType type) = 0;
 
   CComPtr<IProgressBar> CreateProgressBar(const CComBSTR& text, long maximum,
@@ -112,13 +136,18 @@ class IStatusBar : public IDispatch {
   ~IStatusBar() = default;
 };
 
+/// The progress bar in the hands of its holder. Releasing the last reference stops it.
 class IProgressBar : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0105);
+  /// Replaces the text beside the bar. Fails with -1 after Stop.
   virtual HRESULT raw_PutText(BSTR text) = 0;
+  /// Moves the bar. A value outside 0 to the maximum counts as the nearer end. Fails with -1 after
+  /// Stop.
   virtual HRESULT raw_PutValue(long value) = 0;
+  /// Returns the last value, also after Stop.
   virtual HRESULT raw_GetValue(long* out) = 0;
-  /// Takes the bar away and lets the next holder have it.
+  /// Removes the bar, so that the next holder can have it. A second call has no effect.
   virtual HRESULT raw_Stop() = 0;
 
   HRESULT PutText(const CComBSTR& text) {

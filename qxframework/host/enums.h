@@ -1,8 +1,10 @@
 #pragma once
 
-// Enumerations to which the host gives the meaning. Their values are frozen.
+// Enumerations whose values the host defines. They are frozen.
 
-/// Languages of the host; the number is what the host reports.
+/// Languages of the client. The gaps are real. The client may report a value outside the list,
+/// which reads the English resources. Names and resource ids are in
+/// qxframework/foundation/languages.h.
 enum HvLanguages : int {
   ln_Hebrew = 1,
   ln_Spanish_Ar = 2,
@@ -37,11 +39,13 @@ enum HvLanguages : int {
   ln_TrdtnlChinese_Hk = 35
 };
 
+/// Kinds of menu entries: a command, a popup that holds further entries, a separator.
 enum HvMenuType : int { mt_String = 1, mt_Popup = 2, mt_Separator = 3 };
 
+/// Kinds of status bar messages.
 enum HvStatusBarMessageType : int { smt_None = 0, smt_Warning = 1, smt_Error = 2, smt_Info = 3 };
 
-/// Which of the company's decimal places an amount is shown with.
+/// Kinds of amounts. The company has a number of decimal places for each.
 enum HvMoneyPrecisionTypes : int {
   mpt_Sum = 0,
   mpt_Price = 1,
@@ -51,5 +55,7 @@ enum HvMoneyPrecisionTypes : int {
   mpt_Measure = 5
 };
 
-/// What an amount is rounded for. 7 is the one used where no context is passed.
+/// The purpose for which an amount is rounded; it chooses the number of decimal places. 7 is the
+/// default. The stand-in host rounds by 1 to 5 as for the HvMoneyPrecisionTypes of that number, and
+/// by every other value as for a sum.
 enum RoundingContextEnum : int { rc_Default = 7 };

@@ -1,8 +1,16 @@
 #pragma once
 
-// What the client delivers to an add-on: one dispatch call per event on the connection point of the
-// event interface, with the arguments in reverse order. The veto travels as VT_BYREF | VT_BOOL: the
-// handler sets it to 0 to stop the action.
+// The events that the client delivers to an add-on: one IDispatch::Invoke per event on each sink
+// that is advised at the connection point DIID_IApplicationEvents of the application object.
+// gui_api.h states the rules of all host interfaces.
+//
+// The arguments arrive in reverse order: rgvarg[0] is the last one. The veto is a VT_BYREF |
+// VT_BOOL; a sink sets it to 0 to stop the action, and what one sink has vetoed no later one can
+// allow. A veto counts only if Invoke returns a code that is not below 0. An event with a veto
+// comes twice: before the action and, unless a sink has vetoed, after it, when a veto is ignored.
+//
+// All events arrive on the thread of the client's message loop. The argument objects are snapshots,
+// good for as long as they are held.
 
 #include "qxframework/automation/host_call.h"
 #include "qxframework/automation/variant.h"
@@ -11,7 +19,8 @@
 
 namespace qx {
 
-/// Dispatch ids of the event interface, and the arguments of each.
+/// Dispatch ids of the event interface, with the arguments of each in their order before the
+/// reversal. An "object" is an IDispatch without operations of its own; a type is a VT_I4.
 enum EventId : DISPID {
   kItemEvent = 100,         // form UID, IItemEvent, veto
   kMenuEvent = 101,         // IMenuEvent, veto
@@ -24,39 +33,50 @@ enum EventId : DISPID {
   kFormDataEvent = 108,     // IBusinessObjectInfo, veto
 };
 
-/// Types of item events.
+/// Types of item events, from IItemEvent::GetEventType.
 enum ItemEventType : long {
-  kItemPressed = 1,
-  kKeyDown = 2,
-  kClick = 6,
-  kDoubleClick = 7,
-  kValidate = 10,
-  kFormLoad = 16,
-  kFormUnload = 17,
-  kFormDeactivate = 19,
-  kFormClose = 20,
+  kItemPressed = 1,      ///< a button, after its click
+  kKeyDown = 2,          ///< a key in an item
+  kClick = 6,            ///< the mouse on an item or a cell, or a choice in a combo box
+  kDoubleClick = 7,      ///< after two clicks
+  kValidate = 10,        ///< the user leaves an edit whose text has changed
+  kFormLoad = 16,        ///< a form opens
+  kFormUnload = 17,      ///< after kFormClose; after the action the form no longer exists
+  kFormDeactivate = 19,  ///< another form comes to the front
+  kFormClose = 20,       ///< a form is to be closed
 };
 
-/// Types of application events.
+/// Types of application events. They cannot be vetoed.
 enum AppEventType : long {
-  kShutDown = 64,
-  kCompanyChanged = 65,
-  kLanguageChanged = 66,
-  kServerTermination = 67,
+  kShutDown = 64,           ///< the client ends; the framework stops the add-on
+  kCompanyChanged = 65,     ///< the client is logged in to another company
+  kLanguageChanged = 66,    ///< IApplication::GetLanguage has a new value
+  kServerTermination = 67,  ///< the server of the client ends; the add-on stops as for kShutDown
 };
 
 }  // namespace qx
 
+/// An event of a form or of one of its items.
 class IItemEvent : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x011A);
+  /// Returns the type, see qx::ItemEventType.
   virtual HRESULT raw_GetEventType(long* out) = 0;
+  /// True before the action, when it can be vetoed; false after it.
   virtual HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) = 0;
+  /// Returns the type text of the form.
   virtual HRESULT raw_GetFormTypeEx(BSTR* out) = 0;
+  /// Returns the UID of the form, which is also the first argument of the event.
   virtual HRESULT raw_GetFormUID(BSTR* out) = 0;
+  /// Returns the UID of the item; empty for an event of the whole form.
   virtual HRESULT raw_GetItemUID(BSTR* out) = 0;
+  /// Returns the UID of the column; empty outside a matrix.
   virtual HRESULT raw_GetColUID(BSTR* out) = 0;
+  /// Returns the row of a matrix from 1; 0 is the head of a column, and every place outside a
+  /// matrix.
   virtual HRESULT raw_GetRow(long* out) = 0;
+  /// Returns the UTF-16 unit of qx::kKeyDown, also 8 backspace, 9 tab and 13 Enter; 0 for other
+  /// events.
   virtual HRESULT raw_GetCharPressed(long* out) = 0;
 
   long GetEventType() { return qx::getValue<long>(this, &IItemEvent::raw_GetEventType); }
@@ -74,11 +94,15 @@ class IItemEvent : public IDispatch {
   ~IItemEvent() = default;
 };
 
+/// A menu entry was picked.
 class IMenuEvent : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x011B);
+  /// Returns the UID of the entry.
   virtual HRESULT raw_GetMenuUID(BSTR* out) = 0;
+  /// True before the action, when it can be vetoed; false after it.
   virtual HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) = 0;
+  /// True if the entry was picked while the client was delivering another event.
   virtual HRESULT raw_GetInnerEvent(VARIANT_BOOL* out) = 0;
 
   CComBSTR GetMenuUID() { return qx::getText(this, &IMenuEvent::raw_GetMenuUID); }
@@ -93,11 +117,15 @@ class IMenuEvent : public IDispatch {
   ~IMenuEvent() = default;
 };
 
+/// A right click on a form.
 class IContextMenuInfo : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x011C);
+  /// Returns the UID of the form.
   virtual HRESULT raw_GetFormUID(BSTR* out) = 0;
+  /// Returns the UID of the item; empty for the form itself.
   virtual HRESULT raw_GetItemUID(BSTR* out) = 0;
+  /// True before the action, when it can be vetoed; false after it.
   virtual HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) = 0;
 
   CComBSTR GetFormUID() { return qx::getText(this, &IContextMenuInfo::raw_GetFormUID); }
@@ -110,12 +138,17 @@ class IContextMenuInfo : public IDispatch {
   ~IContextMenuInfo() = default;
 };
 
+/// A record that a form of the client reads or writes.
 class IBusinessObjectInfo : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x011D);
+  /// Returns the UID of the form.
   virtual HRESULT raw_GetFormUID(BSTR* out) = 0;
+  /// Returns the object type as a text, such as "2" for a customer.
   virtual HRESULT raw_GetType(BSTR* out) = 0;
+  /// Returns the key of the record; empty for one that is not saved yet.
   virtual HRESULT raw_GetObjectKey(BSTR* out) = 0;
+  /// True before the action, when it can be vetoed; false after it.
   virtual HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) = 0;
 
   CComBSTR GetFormUID() { return qx::getText(this, &IBusinessObjectInfo::raw_GetFormUID); }

@@ -1,6 +1,7 @@
 #pragma once
 
-// The open forms of the client and what they hold: items, controls and data sources.
+// The open forms of the client and what they hold: items, controls and data sources. gui_api.h
+// states the rules of all host interfaces.
 
 #include "qxframework/automation/host_call.h"
 #include "qxframework/automation/variant.h"
@@ -14,15 +15,21 @@ class IDataSources;
 class IUserDataSources;
 class IUserDataSource;
 
-/// All open forms.
+/// All open forms of the client, its own and those of add-ons, in the order of opening. A form that
+/// is not there is refused with -7008 (form not found).
 class IForms : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0106);
+  /// Returns the number of open forms. The form 169, which owns the menu bar, is one of them.
   virtual HRESULT raw_Count(long* out) = 0;
-  /// By index from 0 (VT_I4) or by UID (VT_BSTR). Fails when there is none.
+  /// Returns the form with the index or UID.
   virtual HRESULT raw_Item(const VARIANT& index, IForm** out) = 0;
+  /// Returns the form with exactly this UID.
   virtual HRESULT raw_GetFormByUID(BSTR uid, IForm** out) = 0;
+  /// Returns the `count`-th open form of the type, counted from 1. Only forms whose type text is
+  /// the decimal number `type` are found.
   virtual HRESULT raw_GetFormByTypeAndCount(long type, long count, IForm** out) = 0;
+  /// Returns the selected form.
   virtual HRESULT raw_GetActiveForm(IForm** out) = 0;
 
   long Count() { return qx::getValue<long>(this, &IForms::raw_Count); }
@@ -41,32 +48,55 @@ class IForms : public IDispatch {
   ~IForms() = default;
 };
 
+/// One open form. Sizes are in pixels.
 class IForm : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0107);
+  /// Returns the UID, by which events name the form. The client's own forms have UIDs that begin
+  /// with "F_".
   virtual HRESULT raw_GetUniqueID(BSTR* out) = 0;
+  /// Returns the type as a text, such as "169" or a name that an add-on chose.
   virtual HRESULT raw_GetTypeEx(BSTR* out) = 0;
+  /// True if this is the form in front, of which there is at most one.
   virtual HRESULT raw_GetSelected(VARIANT_BOOL* out) = 0;
-  /// No redrawing between -1 and 0.
+  /// Stops (true) or resumes (false) the drawing of the form, for many changes in a row. Calls are
+  /// counted: the form is drawn again after as many calls with false.
   virtual HRESULT raw_Freeze(VARIANT_BOOL freeze) = 0;
+  /// Draws the form anew.
   virtual HRESULT raw_Update() = 0;
+  /// Returns the items of the form.
   virtual HRESULT raw_GetItems(IItems** out) = 0;
+  /// Returns the data sources of the form.
   virtual HRESULT raw_GetDataSources(IDataSources** out) = 0;
+  /// Closes the form with its events qx::kFormClose and qx::kFormUnload. While an event of the form
+  /// is being handled it closes at the end of that event. Returns S_FALSE if an add-on vetoes. Form
+  /// 169 is refused with -7002.
   virtual HRESULT raw_Close() = 0;
+  /// True if the form is shown.
   virtual HRESULT raw_GetVisible(VARIANT_BOOL* out) = 0;
+  /// Shows the form and selects it, or hides it and selects the form that was in front before.
   virtual HRESULT raw_PutVisible(VARIANT_BOOL visible) = 0;
+  /// Brings the form to the front, with event qx::kFormDeactivate for the one that leaves it.
+  /// Returns S_FALSE if an add-on vetoes.
   virtual HRESULT raw_Select() = 0;
-  /// 1 is OK mode.
+  /// Returns the mode: 0 find, 1 OK, 2 update, 3 add.
   virtual HRESULT raw_GetMode(long* out) = 0;
+  /// Sets the mode. A number outside 0 to 3 is refused with -7067.
   virtual HRESULT raw_PutMode(long mode) = 0;
+  /// Returns the UID of the button that the Enter key presses; empty if there is none.
   virtual HRESULT raw_GetDefaultItem(BSTR* out) = 0;
+  /// Sets that button by its UID; the empty text sets none. A UID that is not on the form is
+  /// refused with -7066.
   virtual HRESULT raw_PutDefaultItem(BSTR uid) = 0;
+  /// Returns the text of the title bar.
   virtual HRESULT raw_GetTitle(BSTR* out) = 0;
   virtual HRESULT raw_PutTitle(BSTR title) = 0;
+  /// Returns the outer height. A negative size is refused with -7063, here and below.
   virtual HRESULT raw_GetHeight(long* out) = 0;
   virtual HRESULT raw_PutHeight(long height) = 0;
   virtual HRESULT raw_GetWidth(long* out) = 0;
   virtual HRESULT raw_PutWidth(long width) = 0;
+  /// Returns the height inside the frame. Setting it changes the outer height.
   virtual HRESULT raw_GetClientHeight(long* out) = 0;
   virtual HRESULT raw_PutClientHeight(long height) = 0;
   virtual HRESULT raw_GetClientWidth(long* out) = 0;
@@ -112,11 +142,13 @@ class IForm : public IDispatch {
   ~IForm() = default;
 };
 
+/// The items of one form.
 class IItems : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0108);
+  /// Returns the number of items.
   virtual HRESULT raw_Count(long* out) = 0;
-  /// By index from 0 or by UID. Fails when there is none.
+  /// Returns the item with the index or UID. One that is not there is refused with -7001.
   virtual HRESULT raw_Item(const VARIANT& uid, IItem** out) = 0;
 
   long Count() { return qx::getValue<long>(this, &IItems::raw_Count); }
@@ -128,18 +160,25 @@ class IItems : public IDispatch {
   ~IItems() = default;
 };
 
+/// One item of a form: the place of a control.
 class IItem : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x0109);
+  /// Returns the UID, by which events name the item.
   virtual HRESULT raw_GetUniqueID(BSTR* out) = 0;
-  /// 4 button, 8 static text, 16 edit, 113 combo box, 127 matrix.
+  /// Returns the kind of control: 4 button, 8 static text, 16 edit, 113 combo box, 127 matrix.
   virtual HRESULT raw_GetType(long* out) = 0;
-  /// The control, to be asked for IButton, IStaticText, IEditText, IComboBox or IMatrix.
+  /// Returns the control. Query it for the interface of the item's type: IButton, IStaticText,
+  /// IEditText, IComboBox or IMatrix.
   virtual HRESULT raw_GetSpecific(IDispatch** out) = 0;
-  /// `mode` is 0.
+  /// Clicks the item with all events of a user's click, and presses it if it is a button. Returns
+  /// S_FALSE if an add-on vetoes. `mode` is 0; any other is refused with E_INVALIDARG. A hidden or
+  /// disabled item is refused with -7023.
   virtual HRESULT raw_Click(long mode) = 0;
+  /// True if the item is shown while its form is.
   virtual HRESULT raw_GetVisible(VARIANT_BOOL* out) = 0;
   virtual HRESULT raw_PutVisible(VARIANT_BOOL visible) = 0;
+  /// True if the user can reach the item.
   virtual HRESULT raw_GetEnabled(VARIANT_BOOL* out) = 0;
   virtual HRESULT raw_PutEnabled(VARIANT_BOOL enabled) = 0;
 
@@ -162,9 +201,11 @@ class IItem : public IDispatch {
   ~IItem() = default;
 };
 
+/// The values of a form to which its controls are bound.
 class IDataSources : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x010A);
+  /// Returns the values that the form's definition declares.
   virtual HRESULT raw_GetUserDataSources(IUserDataSources** out) = 0;
 
   CComPtr<IUserDataSources> GetUserDataSources() {
@@ -175,10 +216,13 @@ class IDataSources : public IDispatch {
   ~IDataSources() = default;
 };
 
+/// The named values of one form.
 class IUserDataSources : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x010B);
+  /// Returns the number of values.
   virtual HRESULT raw_Count(long* out) = 0;
+  /// Returns the value with the index or UID. One that is not there is refused with -7016.
   virtual HRESULT raw_Item(const VARIANT& uid, IUserDataSource** out) = 0;
 
   long Count() { return qx::getValue<long>(this, &IUserDataSources::raw_Count); }
@@ -190,10 +234,14 @@ class IUserDataSources : public IDispatch {
   ~IUserDataSources() = default;
 };
 
+/// One named value, always as text. Every control that is bound to it shows it.
 class IUserDataSource : public IDispatch {
  public:
   static constexpr GUID kIid = qx::hostId(0x010C);
+  /// Returns the value.
   virtual HRESULT raw_GetValue(BSTR* out) = 0;
+  /// Replaces the value. A text of more UTF-16 units than the declared size is refused with -7018;
+  /// a size of 0 sets no limit.
   virtual HRESULT raw_PutValue(BSTR value) = 0;
 
   CComBSTR GetValue() { return qx::getText(this, &IUserDataSource::raw_GetValue); }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <initializer_list>
 
+// Exported once from here, so that the buffers of xstrerror are the same in all modules.
 template class CLogBase<long>;
 template class CLogBase<CReturnValue<void>>;
 template class CLogBase<CReturnValue<long>>;
@@ -22,8 +23,8 @@ namespace {
 
 constexpr UINT kSetForeground = 0x10000;
 
-// A BSTR whose units lie on the stack, so that a message costs no allocation. The layout is that of
-// SysAllocStringLen: the length in bytes stands right before the first unit.
+// A BSTR on the stack, so that a message costs no allocation. The layout is that of
+// SysAllocStringLen: the length in bytes directly precedes the first unit.
 struct StackBstr {
   std::uint32_t bytes = 0;
   OLECHAR text[kMaxLogMessage + 1];
@@ -31,12 +32,14 @@ struct StackBstr {
 
 void formatMessage(StackBstr& message, const OLECHAR* format, FormatArgs args) {
   const int length = formatInto(message.text, std::size(message.text), viewOf(format), args);
-  // The formatter tells a cut message by -1, so a cut text never gets dots.
+  // -1 means that the formatter has cut the message; it then fills the buffer and ends without
+  // dots.
   const auto units = length < 0 ? kMaxLogMessage : static_cast<std::size_t>(length);
   message.bytes = static_cast<std::uint32_t>(units * sizeof(OLECHAR));
 }
 
-/// The parts must fit into a message.
+// Joins the parts by hand: this runs twice per scope, mostly for lines that the settings drop. The
+// parts must fit into a message; all callers pass short fixed ones.
 void writeTrace(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
                 std::initializer_list<std::u16string_view> parts) {
   StackBstr message;
@@ -51,7 +54,7 @@ void writeTrace(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& funct
 }  // namespace
 
 CComBSTR& logModuleName() {
-  static CComBSTR* const name = new CComBSTR;  // outlives every scope, also those of exit handlers
+  static CComBSTR* const name = new CComBSTR;  // never freed: exit handlers may open scopes
   return *name;
 }
 
@@ -73,7 +76,7 @@ long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& 
     if (logger == nullptr) return S_OK;
     return logger->WriteLog(appId, logModuleName(), level, function, message.text);
   } catch (...) {
-    return S_OK;  // the message is lost, the caller goes on
+    return S_OK;  // the message is lost; logging must not fail the caller
   }
 }
 
@@ -92,6 +95,7 @@ void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t&
   if (logger == nullptr) return;
   try {
     const std::u16string_view name = resultName(result);
+    // Only a code without a name allocates a text.
     const std::u16string number = name.empty() ? resultText(result) : std::u16string();
     writeTrace(logger, appId, function,
                {u"Leaving function [", name.empty() ? number : name, u"]\n"});
@@ -101,6 +105,7 @@ void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t&
 }
 
 void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]) {
+  // The parameter is unsigned, the table is ordered by sign-extended codes.
   const std::u16string text = errorText(resultCode(static_cast<std::int64_t>(code)));
   const std::size_t length = std::min(text.size(), std::size(buffer) - 1);
   std::memcpy(buffer, text.data(), length * sizeof(OLECHAR));

@@ -1,7 +1,7 @@
 #pragma once
 
-// The function scope: one stack object, the first statement of every non-trivial function, that
-// traces entering and leaving, carries the function's result, and offers the log calls.
+// The function scope: a stack object, declared as the first statement of a function, that traces
+// entry and exit, carries the function's result and has the log calls.
 //
 //   long CQXThing::Open(long appId) {
 //     CReturnValue<long> hr(u"CQXThing::Open", 0, appId, false);
@@ -10,9 +10,9 @@
 //     return hr;
 //   }
 //
-// Everything ends in WriteLog of the logging component, which decides what it records. Logging
-// never fails the function that it serves: without the component a scope logs nothing, and whatever
-// goes wrong on the way is swallowed.
+// Every line goes to WriteLog of the logging component, which decides by its settings whether to
+// record it. Logging never fails the calling function: without the component a scope logs nothing,
+// and exceptions on the way are swallowed. A scope belongs to one thread.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -28,47 +28,53 @@ class IXMLDOMNode;
 
 namespace qx {
 
-/// The longest message; a longer one is cut without a mark.
+/// The longest message, in UTF-16 units; a longer one is cut without a mark.
 inline constexpr std::size_t kMaxLogMessage = 1023;
 
-/// The module name that goes with every record: empty until CQXAddOn sets it, then only read.
+/// Returns the module name that every record carries: empty until CQXAddOn sets it, read only from
+/// then on.
 QX_API CComBSTR& logModuleName();
 
-/// A new instance of the logging component; null, with a line to the developer trace, when there is
-/// none.
+/// Returns a new instance of the logging component. If there is none, writes a line to the
+/// developer trace and returns null.
 QX_API CComPtr<QXLoggerLib::IQXLogger> createLogger();
 
-/// Formats the message and writes it. E_FAIL for a level outside 1 to 6; otherwise the logger's
-/// result, or 0 when there is no logger or anything was thrown.
+/// Formats the message and writes it. Returns E_FAIL for a level outside 1 to 6, else the result of
+/// the logger, or 0 if there is no logger or anything was thrown.
 QX_API long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
                             QXLoggerLib::HvSeverityLevel level, const OLECHAR* format,
                             FormatArgs args) noexcept;
 
-/// The lines of a scope at its start and end, which most scopes write and most settings do not
-/// record: level Debug2 without the formatter. The latter has the name of the result.
+/// Writes the line at the start of a scope, at level Debug2. It does not use the formatter, because
+/// most scopes write it and most settings do not record it.
 QX_API void writeEnteringLine(QXLoggerLib::IQXLogger* logger, long appId,
                               const _bstr_t& function) noexcept;
+/// Writes the line at the end of a scope in the same way, with the name of the result.
 QX_API void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
                              long result) noexcept;
 
-/// Writes the sentence for `code` into a buffer of 1024 units.
+/// Writes the sentence for `code` into the buffer, cut to its size, with a terminating zero.
 QX_API void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]);
-/// Shows a modal error box of the system; see CLogBase::ErrorBox.
+/// Shows a modal error box of the system, see CLogBase::ErrorBox.
 QX_API void showErrorBox(const OLECHAR* title, const OLECHAR* format, FormatArgs args);
 
-/// The text of a scope's value in its leaving line.
+/// Returns the text of a scope's value for its leaving line.
 QX_API std::u16string printableValue(long value);
 inline const CComBSTR& printableValue(const CComBSTR& value) { return value; }
 inline std::u16string_view printableValue(const CString& value) { return value.View(); }
-/// The node's name, or "null".
+/// Returns the name of the node, or "null".
 QX_API CComBSTR printableValue(const CComPtr<IXMLDOMNode>& value);
 
 }  // namespace qx
 
+/// The log calls of a scope. T is the scope itself: each instantiation has its own buffer for
+/// xstrerror.
 template <class T>
 class QX_API CLogBase {
  public:
-  /// With `quiet` neither the entering nor the leaving line is written.
+  /// Creates a logger and writes the entering line. `function` is the qualified name that every
+  /// record carries, `appId` the number of the client, 0 while it is not known. If `quiet` is true
+  /// neither the entering nor the leaving line is written; the log calls still work.
   CLogBase(_bstr_t function, long appId, bool quiet)
       : m_lAppId(appId),
         m_bstrFunction(std::move(function)),
@@ -77,6 +83,7 @@ class QX_API CLogBase {
     if (!m_bQuiet) qx::writeEnteringLine(ptrQXLogger, m_lAppId, m_bstrFunction);
   }
 
+  /// Writes a formatted line at the level of its name. Line ends are neither added nor removed.
   template <class... Args>
   void LogError(const OLECHAR* format, const Args&... args) {
     Log(QXLoggerLib::sl_Error, format, args...);
@@ -102,8 +109,9 @@ class QX_API CLogBase {
     Log(QXLoggerLib::sl_Debug2, format, args...);
   }
 
-  /// A modal box of the system with the caption "<title> Error", or "Error" for an empty title: for
-  /// the time before the host can show one.
+  /// Shows a modal box of the system, for the time before the host can show one. The caption is
+  /// "<title> Error", or "Error" if the title is null or empty, cut to 255 units; the text is cut
+  /// to 1023.
   template <class... Args>
   static void ErrorBox(const OLECHAR* title, const OLECHAR* format, const Args&... args) {
     if constexpr (sizeof...(Args) == 0) {
@@ -114,7 +122,8 @@ class QX_API CLogBase {
     }
   }
 
-  /// The sentence for a result code. The text is good until the next call on this instantiation.
+  /// Returns the sentence for a result code. The text is valid until the next call on this
+  /// instantiation, on any thread.
   static OLECHAR* xstrerror(unsigned long code) {
     qx::copyErrorText(code, msgBuf);
     return msgBuf;
@@ -147,13 +156,15 @@ class QX_API CLogBase {
   static inline OLECHAR msgBuf[1024] = {};
 };
 
-/// The scope of a function that returns a T. It reads and assigns as a T.
+/// The scope of a function that returns a T. It converts to T and is assigned from T, so that the
+/// function can use it as its result variable. Its destructor writes the leaving line with the last
+/// value, also when an exception unwinds the function.
 template <class T>
 class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
  public:
   CReturnValue(_bstr_t function, T initial, long appId, bool quiet = false)
       : CLogBase<CReturnValue<T>>(std::move(function), appId, quiet), m_value(initial) {
-    *this = m_value;
+    *this = m_value;  // the assignment extends the sign of a code
   }
   CReturnValue(const CReturnValue&) = default;
   CReturnValue& operator=(const CReturnValue&) = default;
@@ -167,7 +178,7 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
   }
 
   CReturnValue& operator=(const T& value) {
-    // A result code keeps its sign whatever literal it was written as.
+    // `long` has 64 bits, so a literal such as 0x80004005 arrives as a positive number.
     if constexpr (std::is_same_v<T, long>) {
       m_value = qx::resultCode(value);
     } else {
@@ -176,6 +187,7 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
     return *this;
   }
   operator const T&() const { return m_value; }
+  /// Writes the value as the leaving line prints it; a code by its name.
   void ToString(CComBSTR& out) const {
     out = CComBSTR(qx::format(u"%s", qx::printableValue(m_value)));
   }
@@ -185,13 +197,14 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
     try {
       this->LogDbg2(u"Leaving function [%s]\n", qx::printableValue(m_value));
     } catch (...) {
-      // A value that cannot be printed costs its line, never the function.
+      // The value cannot be printed; the line is lost, and the destructor must not throw.
     }
   }
 
   T m_value;
 };
 
+/// The scope of a function without a result.
 template <>
 class QX_API CReturnValue<void> : public CLogBase<CReturnValue<void>> {
  public:

@@ -22,7 +22,7 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using namespace std::string_literals;
 
-// What went to the developer trace and to message boxes while the object lives.
+/// Collects the message boxes of the system while it lives.
 struct Boxes {
   Boxes() {
     texts().clear();
@@ -40,13 +40,14 @@ struct Boxes {
   qx::MessageBoxSink before;
 };
 
+/// Sets the module name of the log while it lives.
 class ModuleName {
  public:
   explicit ModuleName(const OLECHAR* name) { qx::logModuleName() = name; }
   ~ModuleName() { qx::logModuleName().Empty(); }
 };
 
-TEST(FunctionLog, ScopeWritesEnteringAndLeavingLinesWithItsFiveFields) {
+TEST(FunctionLog, ScopeWritesEnteringAndLeavingLinesWithAllFields) {
   RecordingLogger logger;
   ModuleName module(u"HELLO");
   { CReturnValue<long> hr(u"CQXThing::Open", 0, 7, false); }
@@ -56,7 +57,7 @@ TEST(FunctionLog, ScopeWritesEnteringAndLeavingLinesWithItsFiveFields) {
                   LogRecord{7, u"HELLO", 6, u"CQXThing::Open", u"Leaving function [S_OK]\n"}));
 }
 
-TEST(FunctionLog, QuietScopeWritesNoTraceLineButItsErrorsReachTheLogger) {
+TEST(FunctionLog, QuietScopeWritesItsErrorsButNoTraceLines) {
   RecordingLogger logger;
   {
     CReturnValue<long> hr(u"CQXThing::Open", 0, 7, true);
@@ -74,12 +75,15 @@ TEST(FunctionLog, EverySeverityHasItsNumber) {
   log.LogDbg0(u"4");
   log.LogDbg1(u"5");
   log.LogDbg2(u"6");
-  for (const LogRecord& record : logger.records)
-    EXPECT_EQ(record.message, qx::format(u"%d", record.level));
-  EXPECT_THAT(logger.records, SizeIs(6));
+  ASSERT_THAT(logger.records, SizeIs(6));
+  for (int level = 1; level <= 6; ++level) {
+    const LogRecord& record = logger.records[static_cast<std::size_t>(level - 1)];
+    EXPECT_EQ(record.message, qx::format(u"%d", level));
+    EXPECT_EQ(record.level, level);
+  }
 }
 
-TEST(FunctionLog, ARefusedArgumentShowsItsNameInTheLeavingLine) {
+TEST(FunctionLog, LeavingLineNamesTheResult) {
   RecordingLogger logger;
   {
     CReturnValue<long> hr(u"f", 0, 0, false);
@@ -89,7 +93,7 @@ TEST(FunctionLog, ARefusedArgumentShowsItsNameInTheLeavingLine) {
   EXPECT_EQ(logger.records.back().message, u"Leaving function [E_INVALIDARG]\n");
 }
 
-TEST(FunctionLog, AnUnnamedCodeShowsItsDigitsInTheLeavingLine) {
+TEST(FunctionLog, LeavingLineShowsTheDigitsOfAnUnnamedResult) {
   RecordingLogger logger;
   {
     CReturnValue<long> hr(u"f", 0, 0, false);
@@ -98,13 +102,13 @@ TEST(FunctionLog, AnUnnamedCodeShowsItsDigitsInTheLeavingLine) {
   EXPECT_EQ(logger.records.back().message, u"Leaving function [0x12345678]\n");
 }
 
-TEST(FunctionLog, TheInitialValueIsTheResult) {
+TEST(FunctionLog, InitialValueIsTheResult) {
   RecordingLogger logger;
   { CReturnValue<long> hr(u"f", 0x80004005, 0, false); }
   EXPECT_EQ(logger.records.back().message, u"Leaving function [E_FAIL]\n");
 }
 
-TEST(FunctionLog, AVoidScopeLeavesWithoutAValue) {
+TEST(FunctionLog, VoidScopeLeavesWithoutAValue) {
   RecordingLogger logger;
   {
     CReturnValue<void> log(u"f", 0, false);
@@ -123,7 +127,7 @@ TEST(FunctionLog, StringScopesLeaveWithTheirText) {
   EXPECT_EQ(logger.records.back().message, u"Leaving function [zwei]\n");
 }
 
-TEST(FunctionLog, ANodeScopeLeavesWithTheNameOfItsNode) {
+TEST(FunctionLog, NodeScopeLeavesWithTheNameOfItsNode) {
   RecordingLogger logger;
   CComPtr<IXMLDOMDocument> document;
   ASSERT_EQ(qx::createDocument(&document.p), S_OK);
@@ -133,7 +137,7 @@ TEST(FunctionLog, ANodeScopeLeavesWithTheNameOfItsNode) {
   EXPECT_EQ(logger.records.back().message, u"Leaving function [#document]\n");
 }
 
-TEST(FunctionLog, AMessageOf1023CharactersArrivesWholeAndOneOf1024IsCutWithoutDots) {
+TEST(FunctionLog, MessagesAreCutAfter1023CharactersWithoutDots) {
   RecordingLogger logger;
   CReturnValue<void> log(u"f", 0, true);
   log.LogInfo(u"%s", std::u16string(1023, u'a'));
@@ -152,7 +156,7 @@ TEST(FunctionLog, LineEndsAreNeitherAddedNorStripped) {
   EXPECT_THAT(logger.messages(), ElementsAre(u"with\n"s, u"without"s));
 }
 
-TEST(FunctionLog, WithoutALoggerTheScopeWorksAndTheDeveloperTraceSaysWhy) {
+TEST(FunctionLog, ScopeWorksWithoutALoggerAndTracesTheReason) {
   RecordingLogger logger;
   logger.refuse = true;
   static std::vector<std::u16string> traced;
@@ -161,7 +165,7 @@ TEST(FunctionLog, WithoutALoggerTheScopeWorksAndTheDeveloperTraceSaysWhy) {
       qx::setDeveloperTraceSink([](std::u16string_view text) { traced.emplace_back(text); });
   {
     CReturnValue<long> hr(u"f", 0, 0, false);
-    hr.LogError(u"nobody hears");
+    hr.LogError(u"lost");
     hr = 1;
     EXPECT_EQ(hr, 1);
   }
@@ -170,7 +174,7 @@ TEST(FunctionLog, WithoutALoggerTheScopeWorksAndTheDeveloperTraceSaysWhy) {
   EXPECT_THAT(traced, ElementsAre(u"CLog: Can't get QXLogger object\n"s));
 }
 
-TEST(FunctionLog, EveryScopeMakesItsOwnLogger) {
+TEST(FunctionLog, EveryScopeCreatesItsOwnLogger) {
   RecordingLogger logger;
   {
     CReturnValue<void> outer(u"f", 0, false);
@@ -179,7 +183,7 @@ TEST(FunctionLog, EveryScopeMakesItsOwnLogger) {
   EXPECT_EQ(logger.instances, 2);
 }
 
-TEST(FunctionLog, ALoggerThatThrowsCostsTheMessageOnly) {
+TEST(FunctionLog, ThrowingLoggerLosesOnlyTheMessage) {
   RecordingLogger logger;
   logger.throwOnWrite = true;
   CReturnValue<long> hr(u"f", 3, 0, false);
@@ -187,7 +191,7 @@ TEST(FunctionLog, ALoggerThatThrowsCostsTheMessageOnly) {
   EXPECT_EQ(hr, 3);
 }
 
-TEST(FunctionLog, ABadLevelIsRefusedAndWritesNothing) {
+TEST(FunctionLog, BadLevelIsRefusedAndWritesNothing) {
   RecordingLogger logger;
   const auto instance = qx::createLogger();
   using QXLoggerLib::HvSeverityLevel;
@@ -198,7 +202,7 @@ TEST(FunctionLog, ABadLevelIsRefusedAndWritesNothing) {
   EXPECT_THAT(logger.records, IsEmpty());
 }
 
-TEST(FunctionLog, TheLoggersResultIsReturned) {
+TEST(FunctionLog, ReturnsTheResultOfTheLogger) {
   RecordingLogger logger;
   logger.writeResult = S_FALSE;
   const auto instance = qx::createLogger();
@@ -206,7 +210,7 @@ TEST(FunctionLog, TheLoggersResultIsReturned) {
   EXPECT_EQ(qx::writeLogMessage(nullptr, 0, u"f", QXLoggerLib::sl_Error, u"x", {}), S_OK);
 }
 
-TEST(FunctionLog, AnUnwoundScopeWritesItsLeavingLineWithTheLastValue) {
+TEST(FunctionLog, UnwoundScopeLeavesWithTheLastValue) {
   RecordingLogger logger;
   try {
     CReturnValue<long> hr(u"f", 0, 0, false);
@@ -217,7 +221,7 @@ TEST(FunctionLog, AnUnwoundScopeWritesItsLeavingLineWithTheLastValue) {
   EXPECT_EQ(logger.records.back().message, u"Leaving function [E_POINTER]\n");
 }
 
-TEST(FunctionLog, ACopyHoldsTheLoggerToo) {
+TEST(FunctionLog, CopySharesTheLogger) {
   RecordingLogger logger;
   {
     CReturnValue<long> hr(u"f", 5, 0, true);
@@ -229,19 +233,19 @@ TEST(FunctionLog, ACopyHoldsTheLoggerToo) {
   EXPECT_EQ(logger.instances, 1);
 }
 
-TEST(FunctionLog, TheModuleNameIsEmptyUntilItIsSet) {
+TEST(FunctionLog, ModuleNameIsEmptyUntilItIsSet) {
   RecordingLogger logger;
   { CReturnValue<void> log(u"f", 0, false); }
   EXPECT_EQ(logger.records.front().module, u"");
 }
 
-TEST(ErrorBox, HasTheTitleInItsCaptionAndTheErrorIconInFront) {
+TEST(ErrorBox, ShowsTitleTextAndErrorIcon) {
   Boxes boxes;
   CLogBase<long>::ErrorBox(u"Connection to UI-API", u"code %d", 5);
   EXPECT_THAT(Boxes::texts(), ElementsAre(u"Connection to UI-API Error|code 5|10010"s));
 }
 
-TEST(ErrorBox, WithAnEmptyTitleHasTheCaptionError) {
+TEST(ErrorBox, EmptyTitleGivesTheCaptionError) {
   Boxes boxes;
   CLogBase<long>::ErrorBox(u"", u"x");
   CLogBase<long>::ErrorBox(nullptr, u"y");
@@ -255,18 +259,18 @@ TEST(ErrorBox, CutsCaptionAndTextToTheirBuffers) {
                                           std::u16string(1023, u'x') + u"|10010"));
 }
 
-TEST(Xstrerror, GivesTheSentenceOfACode) {
+TEST(Xstrerror, ReturnsTheSentenceOfACode) {
   EXPECT_EQ(CLogBase<long>::xstrerror(static_cast<unsigned long>(-7000L)), u"Invalid form"s);
   EXPECT_EQ(CLogBase<long>::xstrerror(0x80040503),
             u"Halvex Add-On terminated due to running or incomplete DB upgrade."s);
 }
 
-TEST(Xstrerror, GivesANumberThatNoTableHasTwice) {
+TEST(Xstrerror, ReturnsAnUnknownCodeInBothForms) {
   EXPECT_EQ(CLogBase<long>::xstrerror(static_cast<unsigned long>(-7007L)),
             u"Unknown error (-7007, 0xFFFFE4A1)"s);
 }
 
-TEST(Xstrerror, HasABufferForEachInstantiation) {
+TEST(Xstrerror, EachInstantiationHasItsOwnBuffer) {
   const OLECHAR* first = CLogBase<long>::xstrerror(static_cast<unsigned long>(-1L));
   const OLECHAR* second = CLogBase<CReturnValue<long>>::xstrerror(static_cast<unsigned long>(-2L));
   const OLECHAR* third =

@@ -7,7 +7,7 @@
 
 namespace QXLoggerLib {
 
-/// Severity of a record. The component records what is at or below the level of its settings.
+/// Severity of a record. The component records those at or below the level of its settings.
 enum HvSeverityLevel : int {
   sl_Error = 1,
   sl_Warning = 2,
@@ -17,21 +17,23 @@ enum HvSeverityLevel : int {
   sl_Debug2 = 6,
 };
 
-/// An instance is cheap: one is made for every traced function.
+/// The logging component. Instances are cheap: every scope creates one.
 class IQXLogger : public IDispatch {
  public:
   static constexpr GUID kIid{
       0x8E2A41C7, 0x0002, 0x4D0F, {0xB1, 0x66, 0x7A, 0x3C, 0x95, 0x0E, 0x42, 0xD8}};
-  /// Records one line. The texts are borrowed for the call. Never fails the caller for a full disk
-  /// or an unwritable folder: the result is then S_FALSE.
+  /// Records one line of the module. The texts, UTF-16, are borrowed for the call. Returns S_OK
+  /// also if the settings drop the line. Returns S_FALSE, which is no failure, if the line is lost:
+  /// for a level outside 1 to 6, a full disk or a folder that cannot be written.
   virtual HRESULT WriteLog(long appId, BSTR module, HvSeverityLevel level, BSTR function,
                            BSTR message) = 0;
-  /// The settings in force: number of files kept per module, megabytes per file, highest severity
-  /// number that is recorded, and the one module that is recorded (empty for all). `*module` is
-  /// new and belongs to the caller.
+  /// Returns the settings in force: the number of files per module, the megabytes per file, the
+  /// highest severity number that is recorded, and the one module that is recorded, empty for all.
+  /// The caller frees `*module`.
   virtual HRESULT ReadSettings(long* fileCount, long* fileSize, long* level, BSTR* module) = 0;
-  /// Stores the settings for all processes of the user, which honour them within a second.
-  /// E_INVALIDARG for a file count outside 1 to 10, a size below 1 or a level outside 1 to 6.
+  /// Stores the settings for all processes of the user, which follow them within a second. Returns
+  /// E_INVALIDARG for a file count outside 1 to 10, a size below 1 or a level outside 1 to 6, and
+  /// another failure if the settings cannot be stored; the log has the reason.
   virtual HRESULT WriteSettings(long fileCount, long fileSize, long level, BSTR module) = 0;
 
  protected:

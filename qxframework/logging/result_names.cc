@@ -14,9 +14,10 @@ struct ResultRow {
   std::u16string_view sentence;
 };
 
-// Ordered by code. A row without a name is the framework's own; one without a sentence is a
-// standard code, whose sentence would come from the system. The gaps in the host's numbers are
-// real.
+// Ordered by code, for the binary search. A row without a name is the framework's own. A row
+// without a sentence is a standard code: its sentence belongs to the system, which has none here.
+// The gaps in the host's numbers are real, and the spelling of its texts is what logs and add-ons
+// already show.
 constexpr ResultRow kRows[] = {
     {E_NOTIMPL, u"E_NOTIMPL", u""},
     {E_NOINTERFACE, u"E_NOINTERFACE", u""},
@@ -106,6 +107,7 @@ static_assert(std::is_sorted(std::begin(kRows), std::end(kRows),
                              }));
 
 const ResultRow* findRow(HRESULT code) {
+  // `long` has 64 bits: a code may arrive without its sign.
   const HRESULT wanted = resultCode(code);
   const auto* row = std::lower_bound(
       std::begin(kRows), std::end(kRows), wanted,

@@ -15,6 +15,12 @@ TEST(ResultNames, HostCodesHaveNamesAndSentences) {
 
 TEST(ResultNames, FrameworkCodesHaveSentencesOnly) {
   EXPECT_EQ(qx::resultSentence(QX_E_DATABASE), u"Error create/update database.");
+  EXPECT_EQ(qx::resultSentence(QX_E_CONNECTION), u"Error connecting to the company database.");
+  EXPECT_EQ(qx::resultSentence(QX_E_SOFTWARE_UPDATE),
+            u"Halvex Add-On terminated due to required software update.");
+  EXPECT_EQ(qx::resultSentence(QX_E_UPGRADE_RUNNING),
+            u"Halvex Add-On terminated due to running or incomplete DB upgrade.");
+  EXPECT_EQ(qx::resultName(QX_E_DATABASE), u"");
   EXPECT_EQ(qx::resultText(QX_E_DATABASE), u"0x80040500");
 }
 
@@ -25,12 +31,12 @@ TEST(ResultNames, StandardCodesHaveNamesOnly) {
   EXPECT_EQ(qx::errorText(E_INVALIDARG), u"Unknown error (-2147024809, 0x80070057)");
 }
 
-TEST(ResultNames, TheCodeIsTakenAs32Bits) {
+TEST(ResultNames, CodesCountAs32Bits) {
   EXPECT_EQ(qx::resultText(0x80004005), u"E_FAIL");
   EXPECT_EQ(qx::resultText(static_cast<long>(0xFFFFE4A8UL)), u"UI_API_ERR_INVALID_FORM");
 }
 
-TEST(ResultNames, AGapInTheNumbersIsNoRow) {
+TEST(ResultNames, NumbersInAGapAreUnknown) {
   EXPECT_EQ(qx::resultText(-7007), u"0xFFFFE4A1");
   EXPECT_EQ(qx::errorText(-7007), u"Unknown error (-7007, 0xFFFFE4A1)");
 }

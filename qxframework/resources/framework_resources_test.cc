@@ -1,4 +1,4 @@
-// The resources in the built shared library: complete in every language, and well-formed.
+// The resources of the built shared library: they are well-formed, and complete in every language.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -17,6 +17,9 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
 
 constexpr std::uint32_t kEnglish = 1033;
 
@@ -46,7 +49,7 @@ class FrameworkResources : public ::testing::Test {
   std::optional<std::vector<std::byte>> bytes_;
 };
 
-// "%s%d" of a format; "%%" stands for a sign and counts for nothing.
+/// Returns the conversions of a format, such as "%s%d". A "%%" is no conversion.
 std::string conversions(std::u16string_view format) {
   std::string found;
   for (std::size_t i = 0; i + 1 < format.size(); ++i) {
@@ -56,7 +59,7 @@ std::string conversions(std::u16string_view format) {
   return found;
 }
 
-TEST_F(FrameworkResources, SpeakTwentyFiveLanguages) {
+TEST_F(FrameworkResources, HaveTwentyFiveLanguages) {
   EXPECT_THAT(languages(), ElementsAre(1028, 1029, 1030, 1031, 1032, 1033, 1035, 1036, 1037, 1038,
                                        1040, 1041, 1042, 1043, 1045, 1046, 1049, 1051, 1053, 2052,
                                        2057, 2068, 2070, 3082, 9226));
@@ -65,6 +68,7 @@ TEST_F(FrameworkResources, SpeakTwentyFiveLanguages) {
 TEST_F(FrameworkResources, EveryLanguageHasTheTextsOfEnglish) {
   const auto english = stringIds(kEnglish);
   EXPECT_THAT(english, Contains(223U));
+  ASSERT_THAT(languages(), SizeIs(25));
   for (const std::uint32_t language : languages()) {
     EXPECT_EQ(stringIds(language), english) << "language " << language;
   }
@@ -72,6 +76,8 @@ TEST_F(FrameworkResources, EveryLanguageHasTheTextsOfEnglish) {
 
 TEST_F(FrameworkResources, EveryLanguageHasTheConversionsOfEnglish) {
   const auto ids = stringIds(kEnglish);
+  ASSERT_THAT(ids, Not(IsEmpty()));
+  ASSERT_THAT(languages(), SizeIs(25));
   for (const std::uint32_t language : languages()) {
     for (const std::uint32_t id : ids) {
       const auto text = image->findString(language, id);
@@ -84,7 +90,7 @@ TEST_F(FrameworkResources, EveryLanguageHasTheConversionsOfEnglish) {
   EXPECT_EQ(conversions(*image->findString(kEnglish, 700)), "%s");
 }
 
-TEST_F(FrameworkResources, TheTablesAndTheMenuBatchesParse) {
+TEST_F(FrameworkResources, TableAndMenuResourcesParse) {
   for (const std::uint32_t id : {400U, 401U, 500U, 501U, 502U, 503U}) {
     const auto data = image->resourceData(image->findResourceAnyLanguage(RT_HTML, id));
     ASSERT_TRUE(data) << id;

@@ -19,14 +19,15 @@
 
 namespace {
 
-constexpr int kUidLength = 10;
+constexpr int kUidLength = 10;  // the client refuses longer ones
 
 struct RewrittenAttribute {
   std::u16string_view opener;
-  bool identifier;  // a number stands for the symbol; otherwise a text does
+  bool identifier;  // true if the symbol becomes a number, false if it becomes a text
 };
 
-// In the order of the passes; each sees what the ones before wrote.
+// In the order of the passes, each of which reads the result of the one before. An opener is found
+// as a plain text, so it also matches an attribute whose name ends in it, such as myuid.
 constexpr RewrittenAttribute kAttributes[] = {
     {u"uid=\"", true},          {u"alias=\"", true},          {u"linkto=\"", true},
     {u"UniqueID=\"", true},     {u"FatherUID=\"", true},      {u"caption=\"", false},
@@ -40,7 +41,8 @@ bool isIdentifier(std::u16string_view opener) {
   });
 }
 
-// As text.find(part, from), by the C library's search, which skips instead of walking.
+// Does what text.find(part, from) does, but with the search of the C library, which skips ahead
+// instead of testing every position: a form is searched eleven times.
 std::size_t findText(std::u16string_view text, std::u16string_view part, std::size_t from) {
   constexpr std::size_t kUnit = sizeof(char16_t);
   const char* const bytes = reinterpret_cast<const char*>(text.data());
@@ -50,13 +52,13 @@ std::size_t findText(std::u16string_view text, std::u16string_view part, std::si
     if (found == nullptr) break;
     const auto offset = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
     at = offset / kUnit;
-    if (offset % kUnit == 0) return at;  // else the bytes matched across two units
+    if (offset % kUnit == 0) return at;  // otherwise the bytes matched across two units
   }
   return std::u16string_view::npos;
 }
 
-// Counts lines of a text as the position moves forward: a line feed counts once the position has
-// passed it.
+// Returns line numbers for positions that only move forward, so that the text is counted once. A
+// line feed counts once the position has passed it.
 class LineCounter {
  public:
   explicit LineCounter(std::u16string_view text) : text_(text) {}
@@ -71,14 +73,14 @@ class LineCounter {
   long lines_ = 1;
 };
 
-// One occurrence of an attribute: [prefix, symbol) and [symbol, end) are what may be looked up.
+// The value of one attribute in the text: `prefix@symbol`, or the symbol alone.
 struct AttributeValue {
-  std::size_t prefix;
-  std::size_t symbol;
-  std::size_t end;
+  std::size_t prefix;  // start of the value
+  std::size_t symbol;  // start of the symbol; equal to `prefix` without a prefix
+  std::size_t end;     // the closing quote
 };
 
-// The value behind the opener at `found`; nothing when its quote never closes.
+// Finds the value after the opener at `found`. Returns false if its quote never closes.
 bool locateValue(std::u16string_view text, std::size_t found, std::size_t openerLength,
                  AttributeValue& value) {
   value.prefix = value.symbol = found + openerLength;
@@ -96,7 +98,8 @@ template <class Scope>
   qx::raiseError(hr);
 }
 
-// Reads `source` into the document: a text from its first "<" on, else the file that it names.
+// Reads `source` into the document: a text without what precedes its first "<", such as a
+// byte-order mark, or the file of that name.
 bool parse(const CComBSTR& source, IXMLDOMDocument* document) {
   const std::u16string_view text = source.View();
   const std::size_t start = text.find(u'<');
@@ -110,7 +113,7 @@ template <class Scope>
 [[noreturn]] void failParse(Scope& hr, IXMLDOMDocument* document) {
   const CComPtr<IXMLDOMParseError> error = document->parseError();
   CString reason(error->reason());
-  reason.TrimRight();
+  reason.TrimRight();  // parsers end it with a line break, which would split the log line
   hr = E_INVALIDARG;
   hr.LogError(u"Load XML failed: %s [line: %d linepos: %d]\n", reason.GetString(), error->line(),
               error->linepos());
@@ -150,6 +153,8 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
   if (!parse(source, document)) failParse(hr, document);
   if (map == nullptr || map->empty()) return hr;
 
+  // The parsed text is rewritten, not the source: the parser has brought its quotes and entities
+  // into one form, on which the openers rely.
   MapTable table;
   FillTable(appId, document, *map, table);
   CString text(document->xml());
@@ -170,7 +175,9 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
 
 void CQXResourceLoader::FillTable(long appId, IXMLDOMDocument* document,
                                   const std::vector<XMLMAP>& map, MapTable& table) {
+  // The end row goes in as well: with its empty tag it serves attributes with an empty value.
   for (const XMLMAP& row : map) table.emplace(row.tag, row);
+  // LoadXML returns early for an empty map, so what follows is a safeguard only.
   if (!table.empty()) return;
   CReturnValue<void> log(u"CQXResourceLoader::LoadXML", appId, true);
   log.LogDbg0(u"Mapping table contains no mappings. Altenative mapping searched.\n");
@@ -189,7 +196,8 @@ void CQXResourceLoader::RemoveMapTable(long appId, IXMLDOMDocument* document) {
   if (mapTable != nullptr) application->removeChild(mapTable);
 }
 
-// One pass over the text, for the values of one attribute.
+// Makes one pass over the text, for the values of one attribute. A symbol without a row is no
+// failure: numbers and literal UIDs, which need no row, arrive here too.
 void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener,
                                        const MapTable& map, HvLanguages language, long appId) {
   CReturnValue<CString> result(u"CQXResourceLoader::FindAndReplace", CString(), appId, false);
@@ -200,6 +208,7 @@ void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener
   std::u16string out;
   std::size_t copied = 0;
   AttributeValue value{};
+  // The search runs over the old text, so this pass never finds an opener that it has written.
   for (std::size_t found = findText(all, opener, 0);
        found != std::u16string_view::npos && locateValue(all, found, opener.size(), value);
        found = findText(all, opener, value.end)) {
@@ -215,12 +224,13 @@ void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener
       if (identifier) {
         result.LogDbg0(u"[%s]: no mapping defined for %s attribute [line=%d].\n", symbol, bareName,
                        lines.lineAt(value.end));
+        // The cut is to the symbol alone; a prefix adds to the length.
         replacement = replacement.Left(kUidLength);
       }
     }
     const std::size_t prefixEnd = value.symbol == value.prefix ? value.prefix : value.symbol - 1;
     if (out.empty()) out.reserve(all.size() + all.size() / 8);
-    out += all.substr(copied, prefixEnd - copied);  // what was kept, and the prefix
+    out += all.substr(copied, prefixEnd - copied);  // the unchanged text and the prefix
     out += replacement.View();
     copied = value.end;
   }
@@ -228,17 +238,19 @@ void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener
     out += all.substr(copied);
     text = CString(std::move(out));
   }
-  result = text.Left(qx::kMaxLogMessage);  // for the leaving line, which shows no more
+  result = text.Left(qx::kMaxLogMessage);  // the leaving line shows no more, and a form is long
 }
 
 CString CQXResourceLoader::Replacement(const XMLMAP& row, bool identifier, HvLanguages language) {
   if (identifier) return CString(qx::format(u"%d", row.id)).Left(kUidLength);
   CQXBSTR text(language);
   if (!LoadStringW(text, row.id, language)) text = CComBSTR(row.value);
+  // Escaped, so that no translation can break the XML.
   return CString(qx::escapeXml(text.View()));
 }
 
 long CQXResourceLoader::GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable, MapTable& map) {
+  // The scope's name differs from the function's; logs are searched for it.
   CReturnValue<long> hr(u"CQXUtil::GetXMLMapTable", 0, appId, false);
   const CComPtr<IXMLDOMNodeList> children = mapTable->childNodes();
   if (children->length() == 0) {

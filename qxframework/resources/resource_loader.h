@@ -1,5 +1,7 @@
 #pragma once
 
+// Access to a module's embedded XML and localised strings.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/wide_string.h"
@@ -16,42 +18,49 @@ class CQXBSTR;
 class IXMLDOMDocument;
 class IXMLDOMNode;
 
-/// The one door to a module's embedded XML and localised strings. Given a symbol table it rewrites
-/// an XML text before anybody sees it: symbols in identifier attributes become numbers, symbols in
-/// text attributes become strings in the user's language.
+/// Reads the embedded XML and the localised strings of one module. With a symbol table it rewrites
+/// an XML text on loading: symbols in identifier attributes become numbers, symbols in text
+/// attributes become strings in the user's language.
 ///
-/// The first `long` of an operation is the host's application number for the log. Failures are
-/// logged and raised as _com_error; a missing child, attribute or mapping is no failure here.
+/// The first `long` of an operation is the number of the client, for the log. Failures are logged
+/// and thrown as a _com_error; a missing child, attribute or mapping is no failure.
 class QX_API CQXResourceLoader {
  public:
-  /// Null stands for the executable. The loader owns nothing.
+  /// Reads from `module`, which must stay loaded; null means the executable.
   explicit CQXResourceLoader(HINSTANCE module = nullptr);
-  /// Taken as it stands, null included.
+  /// Changes the module. Null is stored as null here; it still means the executable.
   void SetModuleHandle(HINSTANCE module) { m_hModule = module; }
 
-  /// Reads XML resource `id`. A text that begins with FF FE or FE FF is taken as 16-bit units as
-  /// they stand, mark included; any other is narrow text: UTF-8, or ISO-8859-1 if it is not
-  /// well-formed UTF-8, whatever its declaration says. E_INVALIDARG when there is none.
+  /// Reads XML resource `id` into `text`. Bytes that begin with FF FE or FE FF are copied as 16-bit
+  /// units, with the mark and without a swap; all others are UTF-8, or ISO-8859-1 if they are not
+  /// well-formed UTF-8. The declaration in the text does not count. Returns S_OK; throws
+  /// E_INVALIDARG if the resource is missing or empty.
   long GetResourceFileContents(long appId, unsigned int id, CComBSTR& text);
 
-  /// Parses `source`, a text from its first "<" on, or, without a "<", the name of a file, and
-  /// rewrites it by `map` if there is one. E_INVALIDARG when it does not parse.
+  /// Parses `source` into a new document: the text from its first "<" on or, without a "<", the
+  /// file of that name. If `map` is neither null nor empty, rewrites the text by it, with the
+  /// strings of `language`, and removes the document's own `maptable` element. Returns S_OK; throws
+  /// E_INVALIDARG if the text does not parse, before or after rewriting.
   long LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocument>& document,
                const std::vector<XMLMAP>* map, HvLanguages language);
 
-  /// The first child whose lower-cased name is `name` (to be given in lower case), or null. With
-  /// `expectedChildren` other than -1 the parent must have exactly that many.
+  /// Returns the first child with this name, which is given in lower case and compared with the
+  /// lower-cased name of the child. Returns null if there is none, with a line in the log if
+  /// `logMissing` is true. Returns null without a line if `expectedChildren` is not -1 and the
+  /// parent has another number of children.
   CComPtr<IXMLDOMNode> GetChildNode(long appId, CComPtr<IXMLDOMNode> parent, CComBSTR name,
                                     long expectedChildren, bool logMissing);
-  /// The value of an attribute; a null string when it is absent.
+  /// Returns the value of an attribute; a null string if the node does not have it.
   CComBSTR GetXMLAttributeValue(CComPtr<IXMLDOMNode> node, CComBSTR name);
 
-  /// String `id` of the module, as CQXBSTR::LoadStringW finds it; false when there is none.
+  /// Loads string `id` of the module as CQXBSTR::LoadStringW does. Returns false, and keeps `out`,
+  /// if there is none.
   bool LoadStringW(CQXBSTR& out, unsigned int id, HvLanguages language);
+  /// Does the same with a Windows language id.
   bool LoadStringW(CQXBSTR& out, unsigned int id, unsigned short langId);
 
  private:
-  /// Rows by their tag; the first row of a tag wins.
+  /// The rows by tag. The first row of a tag wins.
   using MapTable = std::unordered_map<std::u16string, XMLMAP>;
 
   void FillTable(long appId, IXMLDOMDocument* document, const std::vector<XMLMAP>& map,

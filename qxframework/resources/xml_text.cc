@@ -3,6 +3,7 @@
 namespace qx {
 
 std::u16string escapeXml(std::u16string_view text) {
+  // One pass over the input, so that no replacement is replaced again.
   std::u16string out;
   out.reserve(text.size());
   for (const char16_t unit : text) {

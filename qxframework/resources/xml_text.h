@@ -1,5 +1,7 @@
 #pragma once
 
+// Plain text as content of XML.
+
 #include "qxframework/automation/export.h"
 
 #include <string>
@@ -7,7 +9,8 @@
 
 namespace qx {
 
-/// `text` with & " ' < > replaced by the five entities, the ampersand first.
+/// Returns `text` with each & " ' < > replaced by its XML entity. An entity that the text already
+/// contains is escaped once more.
 QX_API std::u16string escapeXml(std::u16string_view text);
 
 }  // namespace qx

@@ -1,8 +1,7 @@
 #pragma once
 
-// The 128-bit number in the middle of a multiplication and a division of money. It is shown as four
-// 32-bit limbs, but kept and worked on as one of the machine's widest integers, so that it costs no
-// more than they do.
+// The 128-bit intermediate of products and quotients of money. Its interface shows four 32-bit
+// limbs; it is stored as the compiler's 128-bit integer, so it costs no more than that.
 
 #include "qxframework/foundation/thrown_text.h"
 
@@ -12,20 +11,21 @@
 
 namespace qx {
 
+/// An unsigned 128-bit number that remembers whether it ever overflowed.
 class CUInt128 {
  public:
   explicit constexpr CUInt128(std::uint64_t value) { put(value); }
-  /// Sign-extended: -1 has all bits set.
+  /// Extends the sign: -1 has all bits set.
   explicit constexpr CUInt128(int value) { put(static_cast<Wide>(value)); }
 
-  /// Limb 0 is the least significant one.
+  /// Returns 32 bits; `index` 0 is the least significant limb, 3 the most significant.
   constexpr std::uint32_t limb(std::size_t index) const {
     return static_cast<std::uint32_t>(m_limbs >> (32 * index));
   }
   constexpr std::uint64_t lower() const { return static_cast<std::uint64_t>(m_limbs); }
   constexpr std::uint64_t upper() const { return static_cast<std::uint64_t>(m_limbs >> 64); }
-  /// False once an addition or a multiplication, of this number or of one that went into it, has
-  /// carried out of the 128 bits. The limbs then hold what is left below.
+  /// False once an addition or a multiplication has carried out of the 128 bits, in this number or
+  /// in one that was added to it. The limbs then hold the lower 128 bits.
   constexpr bool isExact() const { return m_exact; }
 
   constexpr CUInt128& operator+=(const CUInt128& other) {
@@ -39,11 +39,11 @@ class CUInt128 {
     m_exact = m_exact && (high >> 64) == 0;
     return put((high << 64) | static_cast<std::uint64_t>(low));
   }
-  /// `bits` is 0 to 127. What is shifted out is lost, and is no overflow.
+  /// Shifts by 0 to 127 bits. Bits that are shifted out are lost, without an overflow.
   constexpr CUInt128& operator<<=(int bits) { return put(m_limbs << bits); }
 
-  /// The quotient, truncated, and the remainder if it is wanted. Throws the text "divide 0" by
-  /// throwText for a divisor of 0.
+  /// Returns the quotient, cut to a whole number, and stores the remainder unless `remainder` is
+  /// null. Throws the text "divide 0" by throwText if the divisor is 0.
   constexpr CUInt128 dividedBy(std::uint64_t divisor, std::uint64_t* remainder = nullptr) const {
     if (divisor == 0) throwText("divide 0");
     CUInt128 quotient(*this);
@@ -52,13 +52,15 @@ class CUInt128 {
       quotient.put(lower() / divisor);
       rest = lower() % divisor;
     } else if (divisor >> kSmallBits == 0 && upper() < divisor) {
-      // Two steps of 64 bits: for a constant divisor, such as that of money, multiplications do.
+      // Two divisions of 64 bits: for a constant divisor such as a million the compiler makes them
+      // multiplications. The upper half is below 2^20 here, so no shift loses bits.
       constexpr int kStep = 64 - kSmallBits;
       const std::uint64_t first = upper() << kSmallBits | lower() >> kStep;
       const std::uint64_t second = first % divisor << kStep | (lower() & ((1ULL << kStep) - 1));
       quotient.put(Wide{first / divisor} << kStep | second / divisor);
       rest = second % divisor;
     } else if (divisor != 1) {
+      // For a divisor of 1 the initial values are the result.
       const Wide whole = m_limbs / divisor;
       quotient.put(whole);
       rest = static_cast<std::uint64_t>(m_limbs - whole * divisor);
@@ -67,7 +69,7 @@ class CUInt128 {
     return quotient;
   }
 
-  /// By the limbs alone.
+  /// Compares the limbs; isExact does not count.
   friend constexpr bool operator==(const CUInt128& a, const CUInt128& b) {
     return a.m_limbs == b.m_limbs;
   }
@@ -77,7 +79,7 @@ class CUInt128 {
 
  private:
   __extension__ typedef unsigned __int128 Wide;
-  static constexpr int kSmallBits = 20;  // a million has no more
+  static constexpr int kSmallBits = 20;  // a million has 20
 
   constexpr CUInt128& put(Wide value) {
     m_limbs = value;

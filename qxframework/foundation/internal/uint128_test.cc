@@ -24,7 +24,7 @@ std::string limbsOf(const CUInt128& number) {
 
 CUInt128 shifted(CUInt128 number, int bits) { return number <<= bits; }
 
-TEST(UInt128, LimbsStandLeastSignificantFirst) {
+TEST(UInt128, LimbZeroIsTheLeastSignificant) {
   const CUInt128 number(std::uint64_t{0x1122334455667788});
   EXPECT_EQ(number.limb(0), 0x55667788U);
   EXPECT_EQ(number.limb(1), 0x11223344U);
@@ -33,21 +33,21 @@ TEST(UInt128, LimbsStandLeastSignificantFirst) {
   EXPECT_TRUE(number.isExact());
 }
 
-TEST(UInt128, ASignedNumberIsExtendedIntoTheUpperHalf) {
+TEST(UInt128, SignIsExtendedIntoTheUpperHalf) {
   EXPECT_EQ(limbsOf(CUInt128(-2)), "FFFFFFFF FFFFFFFF FFFFFFFF FFFFFFFE");
   EXPECT_EQ(limbsOf(CUInt128(std::numeric_limits<int>::min())),
             "FFFFFFFF FFFFFFFF FFFFFFFF 80000000");
   EXPECT_EQ(limbsOf(CUInt128(7)), "00000000 00000000 00000000 00000007");
 }
 
-TEST(UInt128, AnAdditionCarriesThroughAllLimbs) {
+TEST(UInt128, AdditionCarriesThroughAllLimbs) {
   CUInt128 number(kAllBits);
   number += CUInt128(1);
   EXPECT_EQ(limbsOf(number), "00000000 00000001 00000000 00000000");
   EXPECT_TRUE(number.isExact());
 }
 
-TEST(UInt128, AnAdditionThatCarriesOutClearsTheFlagForGood) {
+TEST(UInt128, AdditionOverflowClearsTheFlagForGood) {
   CUInt128 number(-1);
   number += CUInt128(1);
   EXPECT_EQ(limbsOf(number), "00000000 00000000 00000000 00000000");
@@ -60,7 +60,7 @@ TEST(UInt128, AnAdditionThatCarriesOutClearsTheFlagForGood) {
   EXPECT_FALSE(other.isExact());
 }
 
-TEST(UInt128, AMultiplicationFillsAll128Bits) {
+TEST(UInt128, MultiplicationFillsAll128Bits) {
   CUInt128 number(kAllBits);
   number *= kAllBits;
   EXPECT_EQ(limbsOf(number), "FFFFFFFF FFFFFFFE 00000000 00000001");
@@ -69,7 +69,7 @@ TEST(UInt128, AMultiplicationFillsAll128Bits) {
   EXPECT_EQ(number.lower(), 1U);
 }
 
-TEST(UInt128, AMultiplicationThatCarriesOutClearsTheFlag) {
+TEST(UInt128, MultiplicationOverflowClearsTheFlag) {
   CUInt128 edge = shifted(CUInt128(1), 64);
   edge *= kAllBits;
   EXPECT_EQ(limbsOf(edge), "FFFFFFFF FFFFFFFF 00000000 00000000");
@@ -84,7 +84,7 @@ TEST(UInt128, AMultiplicationThatCarriesOutClearsTheFlag) {
   EXPECT_EQ(far, CUInt128(0));
 }
 
-TEST(UInt128, AShiftMovesBitsAcrossLimbsAndDropsWhatLeaves) {
+TEST(UInt128, ShiftCrossesLimbsAndDropsTheUpperBits) {
   EXPECT_EQ(limbsOf(shifted(CUInt128(std::uint64_t{0x80000001}), 0)),
             "00000000 00000000 00000000 80000001");
   EXPECT_EQ(limbsOf(shifted(CUInt128(std::uint64_t{0x80000001}), 33)),
@@ -118,7 +118,7 @@ TEST(UInt128, DividesWithAndWithoutARemainder) {
   EXPECT_EQ(CUInt128(std::uint64_t{100}).dividedBy(7), CUInt128(14));
 }
 
-TEST(UInt128, DividesBySmallNumbersAndByTheNextLargerOnesAlike) {
+TEST(UInt128, DivisionsOfEverySizeInvertMultiplication) {
   // 2^64 × a + b for upper halves below, at and above the divisor, whose size decides how it goes.
   constexpr std::uint64_t kNumbers[] = {1,         2,         3,         999'999,      1'000'000,
                                         1'048'575, 1'048'576, 1'048'577, kAllBits / 3, kAllBits - 1,
@@ -137,7 +137,7 @@ TEST(UInt128, DividesBySmallNumbersAndByTheNextLargerOnesAlike) {
   }
 }
 
-TEST(UInt128, DivisionByOneGivesTheNumberAndNoRemainder) {
+TEST(UInt128, DivisionByOneKeepsTheNumber) {
   std::uint64_t rest = 99;
   EXPECT_EQ(CUInt128(-1).dividedBy(1, &rest), CUInt128(-1));
   EXPECT_EQ(rest, 0U);
@@ -158,7 +158,7 @@ std::string thrownAs(const CUInt128& dividend) {
   return "nothing";
 }
 
-TEST(UInt128, DivisionByZeroThrowsATextThatIsCaughtAsEitherCharacterPointer) {
+TEST(UInt128, DivisionByZeroThrowsATextForEitherCharacterPointer) {
   for (const CUInt128& number : {CUInt128(0), CUInt128(17), CUInt128(-1)}) {
     EXPECT_EQ(thrownAs<char*>(number), "divide 0");
     EXPECT_EQ(thrownAs<const char*>(number), "divide 0");
