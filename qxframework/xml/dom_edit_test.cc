@@ -228,6 +228,17 @@ TEST(DomEdit, AMovedSubtreeDeclaresItsNamespaces) {
   EXPECT_EQ(plain(target->selectSingleNode(u"/t/*/*")->namespaceURI()), "urn:p");
 }
 
+TEST(DomEdit, AnElementWithThePrefixXmlOutlivesItsFormerDocument) {
+  const auto target = documentOf(u"<t/>");
+  {
+    const auto source = documentOf(u"<s><xml:a><xml:b/></xml:a></s>");
+    target->documentElement()->appendChild(source->documentElement()->firstChild());
+  }
+  EXPECT_EQ(plain(target->xml()), "<t>\n  <xml:a>\n    <xml:b/>\n  </xml:a>\n</t>\n");
+  EXPECT_EQ(plain(target->selectSingleNode(u"/t/*")->namespaceURI()),
+            "http://www.w3.org/XML/1998/namespace");
+}
+
 TEST(DomEdit, OrphansOfAReloadedDocumentMoveIntoItsNewTree) {
   const auto document = documentOf(u"<old/>");
   const CComPtr<IXMLDOMElement> orphan = document->createElement(u"kept");

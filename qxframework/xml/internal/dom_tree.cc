@@ -30,6 +30,13 @@ void ownText(Text*& text, xmlDict* former) {
   text = copy;
 }
 
+// The namespace of "xml" belongs to the former document and may be freed with it. All others are
+// declared within the orphan and move with it; attachAttribute replaces that of an attribute without
+// element.
+void moveXmlNamespace(xmlNs*& ns, xmlDoc* to) {
+  if (isXmlNamespace(ns)) ns = keptByDocument(ns, to);
+}
+
 void moveObject(void* object, const std::shared_ptr<DomTree>& to) {
   if (object != nullptr) static_cast<NodeObject*>(object)->moveTo(to);
 }
@@ -37,6 +44,7 @@ void moveObject(void* object, const std::shared_ptr<DomTree>& to) {
 void moveNode(xmlNode* node, const std::shared_ptr<DomTree>& to, xmlDict* former) {
   ownText(node->name, former);
   if (node->type != XML_ELEMENT_NODE) ownText(node->content, former);
+  if (node->type == XML_ELEMENT_NODE) moveXmlNamespace(node->ns, to->document());
   node->doc = to->document();
   moveObject(node->_private, to);
 }
@@ -44,11 +52,7 @@ void moveNode(xmlNode* node, const std::shared_ptr<DomTree>& to, xmlDict* former
 void moveAttribute(xmlAttr* attribute, const std::shared_ptr<DomTree>& to, xmlDict* former) {
   ownText(attribute->name, former);
   attribute->doc = to->document();
-  // The namespace of "xml" belongs to the former document. Others are declared within the orphan
-  // and move with it; attachAttribute replaces that of an attribute without element.
-  if (isXmlNamespace(attribute->ns)) {
-    attribute->ns = keptByDocument(attribute->ns, to->document());
-  }
+  moveXmlNamespace(attribute->ns, to->document());
   for (xmlNode* text = attribute->children; text != nullptr; text = text->next) {
     moveNode(text, to, former);
   }
