@@ -20,8 +20,8 @@ void freeTree(xmlNode* root) {
   }
 }
 
-// Copies a string that belongs to the dictionary of the former document, because that document may
-// be freed before the string. libxml2 frees a string of a node only if no dictionary owns it.
+// Copies a string that belongs to the dictionary of the former document. That document may be freed
+// before the string, and the new one would free the string as its own.
 template <class Text>
 void ownText(Text*& text, xmlDict* former) {
   if (text == nullptr || former == nullptr || xmlDictOwns(former, text) == 0) return;
@@ -31,8 +31,8 @@ void ownText(Text*& text, xmlDict* former) {
 }
 
 // The namespace of "xml" belongs to the former document and may be freed with it. All others are
-// declared within the orphan and move with it; attachAttribute replaces that of an attribute without
-// element.
+// declared within the orphan and move with it; attachAttribute replaces that of an attribute
+// without element.
 void moveXmlNamespace(xmlNs*& ns, xmlDoc* to) {
   if (isXmlNamespace(ns)) ns = keptByDocument(ns, to);
 }
