@@ -166,8 +166,8 @@ class Parser {
       std::u16string_view text;
       int bits;
     };
-    // The longer ones come first, since the first match counts. "l" is 32 bits wide, whatever a
-    // long is here: results and ids are written with it.
+    // The longer ones come first, since the first match counts. "l" means 32 bits although a long
+    // has 64 here: formats write result codes and ids with it.
     static constexpr Length kLengths[] = {{u"ll", 64}, {u"I64", 64}, {u"I32", 32}, {u"hh", 8},
                                           {u"h", 16},  {u"l", 32},   {u"I", 64},   {u"j", 64},
                                           {u"z", 64},  {u"t", 64},   {u"L", 32},   {u"w", 32}};
@@ -282,7 +282,7 @@ void writePointer(Output& out, const Conversion& conversion, const FormatArg& ar
   writeDigits(out, full, u"", Digits(address, 16, true).view());
 }
 
-// Makes snprintf write a point in this thread, whatever locale the program has set.
+// Makes snprintf write a point in this thread, in every locale that the program may have set.
 class PointLocale {
  public:
   PointLocale() : before_(uselocale(plain())) {}

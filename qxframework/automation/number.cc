@@ -196,7 +196,7 @@ int compareExact(const Number& a, const Number& b) {
   return moneyLeft ? result : -result;
 }
 
-// A long double has 64 bits of mantissa here, so it holds every 64-bit integer and every double.
+// A long double has at least 64 bits of mantissa here, so it holds every 64-bit integer and double.
 long double comparable(const Number& number) {
   // Money compares with a real as its nearest double, so that 0.1 equals 1000 ten-thousandths.
   if (number.kind != Number::Kind::Integer) return number.real;

@@ -33,7 +33,7 @@ HRESULT ElementObject::raw_setAttributeNode(IXMLDOMAttribute* attribute,
   if (replaced == nullptr) return E_POINTER;
   *replaced = nullptr;
   return guarded([&] {
-    // A missing former attribute is no reservation here, so S_FALSE of the null node becomes S_OK.
+    // Success is S_OK here, also if no attribute was replaced and the null node returns S_FALSE.
     xmlAttr* const former = putAttribute(*this, implementationOf(attribute));
     const HRESULT result = giveNodeAs(tree(), former, replaced);
     return result < 0 ? result : S_OK;

@@ -58,7 +58,7 @@ class FaultCollector {
     if (!counts(error) || fault_.code < 0) return;
     const std::string reason = error.message == nullptr ? "" : error.message;
     fault_ = {E_FAIL, reason.ends_with('\n') ? reason : reason + '\n', error.line, error.int2};
-    // Errors of encodings have no position of their own.
+    // Errors of encodings come without a position.
     if (error.line <= 0) placeAtParser();
     if (fault_.position < 1) fault_.position = 1;
   }
@@ -195,7 +195,7 @@ ParseResult parseBytes(std::string_view bytes, int options) {
   return {std::move(document), {}};
 }
 
-// True for "scheme://" ahead of the first slash; a file name may contain "://" after one.
+// True for "scheme://" before any other slash; a file name may contain "://" after one.
 bool hasScheme(const std::string& source) {
   const std::size_t colon = source.find("://");
   return colon != std::string::npos && source.find('/') > colon;
