@@ -1,8 +1,8 @@
-// Makes a format and a list of arguments out of arbitrary bytes. Whatever they are, a format with
-// little room must give the front of the one with room enough and never write behind its end.
+// Makes a format and a list of arguments from arbitrary bytes. For all of them, formatting into a
+// small buffer must write the beginning of the whole text and must not write beyond the buffer.
 //
-// Bytes: the room, the number of arguments, for each a kind and its value, then the format, one
-// byte for a unit; 0x80 and above stand for units far up, surrogates among them.
+// Bytes: the capacity, the number of arguments, a kind and a value for each, then the format with
+// one byte for each unit. Bytes from 0x80 on become high units, some of them surrogates.
 
 #include "qxframework/automation/format.h"
 
@@ -19,6 +19,7 @@ namespace {
 
 constexpr OLECHAR kGuard = 0xBEEF;
 
+// Reads the input from the front; every read beyond its end yields zeros or an empty text.
 class Input {
  public:
   explicit Input(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -54,7 +55,7 @@ class Input {
   std::span<const std::uint8_t> bytes_;
 };
 
-/// The arguments, and the texts that they borrow.
+// The arguments, and the texts that they borrow. A deque does not move its elements when it grows.
 struct Arguments {
   std::deque<std::u16string> wide;
   std::deque<std::string> narrow;
@@ -86,6 +87,7 @@ void check(bool right) {
   if (!right) std::abort();
 }
 
+// Formats into `room` units, with a guard after them, and compares with the whole text.
 void compare(std::size_t room, const std::u16string& whole, const std::u16string& format,
              qx::FormatArgs args) {
   std::vector<OLECHAR> buffer(room + 1, kGuard);

@@ -1,5 +1,6 @@
-// Reads arbitrary text as a value of every kind. What reads must write, and what was written must
-// read again as the same text. Each byte is a unit; the first picks the locale.
+// Reads arbitrary text as a value of every kind. A value that was read must have a text, and that
+// text must read back to a value with the same text. The first byte picks the locale, each further
+// byte is a unit of the text.
 
 #include "qxframework/automation/variant.h"
 
@@ -15,7 +16,8 @@ void check(bool right) {
   if (!right) std::abort();
 }
 
-/// Whether `text` reads as `type`; then `text` becomes what the value writes.
+// Reads `text` as `type` and replaces it by the text of the value. Returns false if it has no such
+// form.
 bool rewrite(CComVariant& text, VARTYPE type, LCID locale) {
   CComVariant value;
   const HRESULT read = VariantChangeTypeEx(&value, &text, locale, 0, type);
@@ -37,6 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                              VT_R8, VT_CY, VT_DATE, VT_BOOL}) {
     CComVariant first{std::u16string_view(text)};
     if (!rewrite(first, type, locale)) continue;
+    // The first text may have blanks or groups; its rewritten form must not change any more.
     CComVariant second(first);
     check(rewrite(second, type, locale));
     check(VarCmp(&first, &second, locale, 0) == VARCMP_EQ);

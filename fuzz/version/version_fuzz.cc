@@ -1,5 +1,6 @@
-// Versions from arbitrary text: UTF-16 units when the first byte is odd, else UTF-8. What a version
-// prints must read back to the same five numbers, and the order of two versions must be one.
+// Reads versions from arbitrary text: UTF-16 units if the first byte is odd, else UTF-8. The text
+// of a version must read back to the same five numbers, and exactly one of <, > and == must hold
+// for two versions.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/version.h"
@@ -29,6 +30,7 @@ bool sameNumbers(const CQXVersion& a, const CQXVersion& b) {
          a.GetExt() == b.GetExt() && a.GetEF() == b.GetEF();
 }
 
+// The text without the fifth number must read back to the other four.
 void requireReadsBack(const CQXVersion& version) {
   const CQXVersion whole{CString(version.GetVersionAsBSTR())};
   require(sameNumbers(whole, version));

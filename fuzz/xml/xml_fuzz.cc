@@ -1,8 +1,8 @@
-// Documents from arbitrary text: UTF-16 units when the first byte is odd, else UTF-8.
+// Reads documents from arbitrary text: UTF-16 units if the first byte is odd, else UTF-8.
 //
-// A text that parses is walked, written and read back, which must give the same text. Then nodes
-// are moved about, removed, copied and released in an order that the input decides; whatever comes
-// of it must be well-formed, and nothing may be freed too early or too late.
+// A text that parses is walked, written and read back, and must be written the same again. Then
+// nodes are moved, removed, copied and released in an order that the input decides. The documents
+// must stay well-formed, and no node may be freed too early or too late.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/xml/dom.h"
@@ -39,6 +39,8 @@ Document newDocument() {
   return document;
 }
 
+// Visits the node and its descendants, checks that lists and maps agree with the links, and adds
+// all nodes to `seen`.
 void walk(const Node& node, std::vector<Node>& seen) {
   seen.push_back(node);
   node->nodeName(), node->baseName(), node->nodeValue(), node->text(), node->namespaceURI();
@@ -59,7 +61,7 @@ void walk(const Node& node, std::vector<Node>& seen) {
   require(count == children->length());
 }
 
-/// The document's text must read back to the same text.
+// The document's text must read back and be written the same again.
 void requireStable(const Document& document) {
   const CComBSTR once = document->xml();
   const Document again = newDocument();
@@ -67,7 +69,7 @@ void requireStable(const Document& document) {
   require(again->xml().View() == once.View());
 }
 
-/// Decides by the input, the same way each time.
+// Makes random choices that depend only on the input, so that every failure can be repeated.
 class Choice {
  public:
   Choice(const uint8_t* data, std::size_t size) {
@@ -84,6 +86,7 @@ class Choice {
   std::uint64_t state_ = 0xCBF29CE484222325u;
 };
 
+// Makes one change. It may be refused; only the state afterwards matters.
 void change(std::vector<Node>& nodes, Choice& choice) {
   const Node one = nodes[choice.below(nodes.size())];
   const Node other = nodes[choice.below(nodes.size())];
@@ -106,6 +109,7 @@ void change(std::vector<Node>& nodes, Choice& choice) {
       }
       break;
     default:
+      // A copy comes in and a random node goes, which may release the last pointer to its tree.
       if (other->nodeType() != NODE_DOCUMENT) nodes.push_back(other->cloneNode(true));
       std::swap(nodes[choice.below(nodes.size())], nodes.back());
       if (nodes.size() > 1) nodes.pop_back();
@@ -118,7 +122,7 @@ void moveAbout(const Document& first, const Document& second, Choice choice) {
   walk(second.p, nodes);
   for (int i = 0; i < 24; ++i) change(nodes, choice);
   for (const Document& document : {first, second}) {
-    if (document->documentElement().p == nullptr) continue;
+    if (document->documentElement().p == nullptr) continue;  // the root was removed
     require(newDocument()->loadXML(document->xml()) == VARIANT_TRUE);
   }
 }
@@ -129,6 +133,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::u16string text = textOf(data, size);
   const Document document = newDocument();
   if (document->loadXML(text) == VARIANT_FALSE) {
+    // A refused text leaves a reason and an empty document.
     require(document->parseError()->reason().View().ends_with(u'\n'));
     require(document->firstChild().p == nullptr);
     return 0;

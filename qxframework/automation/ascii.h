@@ -1,7 +1,7 @@
 #pragma once
 
-// Classes of ASCII characters and what follows from them, for char, char16_t and char32_t alike.
-// The locale has no say: a digit of another script is not a digit here.
+// Classes of ASCII characters and functions that follow from them, for char, char16_t and char32_t.
+// They do not depend on the locale: a digit of another script is not a digit here.
 
 #include <string_view>
 
@@ -38,6 +38,7 @@ constexpr bool isSpace(Unit unit) {
   return unit == ' ' || (unit >= '\t' && unit <= '\r');
 }
 
+/// Return the letter in the other case; every other character unchanged.
 template <class Unit>
 constexpr Unit toUpperAscii(Unit unit) {
   return isLowerLetter(unit) ? static_cast<Unit>(unit - 'a' + 'A') : unit;

@@ -7,7 +7,7 @@
 namespace qx {
 namespace {
 
-/// Every ASCII character, and some beyond, that `isOfClass` accepts.
+/// Returns the ASCII characters that `isOfClass` accepts.
 template <class Unit, class Class>
 std::basic_string<Unit> membersOf(Class isOfClass) {
   std::basic_string<Unit> members;

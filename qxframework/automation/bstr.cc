@@ -12,11 +12,12 @@
 
 namespace {
 
-// In front of the units of a string. The length stands where every reader of a BSTR looks for it;
-// what is in front of it, which keeps the units aligned to 8 bytes, is ours.
+// The head that precedes the units of a string. Every reader of a BSTR expects the length directly
+// before the first unit. The capacity before it is private to this file; it also keeps the units
+// aligned to 8 bytes.
 struct Head {
-  std::uint32_t room;   // in units, without the terminator
-  std::uint32_t bytes;  // the length
+  std::uint32_t room;   // the capacity in units, without the terminator
+  std::uint32_t bytes;  // the length, without the terminator
 };
 static_assert(sizeof(Head) == 8);
 
@@ -27,7 +28,8 @@ void setLength(BSTR text, std::size_t length) {
   text[length] = 0;
 }
 
-/// The block of a string, or a new one for null, with room for `room` units; null if out of memory.
+// Returns the string, or a new one for null, in a block with room for `room` units. Returns null if
+// memory is out; the old block is still valid then.
 BSTR reallocate(BSTR text, std::size_t room) {
   Head* const head = text == nullptr ? nullptr : headOf(text);
   void* const block = std::realloc(head, sizeof(Head) + (room + 1) * sizeof(OLECHAR));
@@ -44,10 +46,12 @@ BSTR raiseIfNull(BSTR text) {
 
 BSTR allocate(std::u16string_view text) { return raiseIfNull(qx::newText(text)); }
 
-/// The string, or a new one for null, in a block with room for `length` units. A block that must
-/// grow at least doubles. Nothing has changed when this raises.
+// Returns the string, or a new one for null, in a block with room for `length` units. A block that
+// must grow at least doubles, so that many appends copy each unit a constant number of times. The
+// string is unchanged if this throws.
 BSTR withRoom(BSTR text, std::size_t length) {
   const std::size_t room = text == nullptr ? 0 : headOf(text)->room;
+  // A null string gets a block even for a length of 0: after an append it is empty and not null.
   if (text != nullptr && length <= room) return text;
   if (length > qx::kLongestText) qx::raiseError(E_OUTOFMEMORY);
   return raiseIfNull(reallocate(text, std::max(length, std::min(2 * room, qx::kLongestText))));
@@ -83,6 +87,7 @@ void SysFreeString(BSTR text) {
 }
 
 BSTR qx::newText(std::u16string_view text) {
+  // Before the cast to 32 bits, which would cut a longer length off instead of refusing it.
   if (text.size() > kLongestText) return nullptr;
   return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
 }
@@ -103,6 +108,7 @@ CComBSTR::CComBSTR(const GUID& guid) : m_str(allocate(qx::guidText(guid))) {}
 CComBSTR::CComBSTR(const CComBSTR& other)
     : m_str(other.m_str == nullptr ? nullptr : allocate(other.View())) {}
 
+// The copy is made before the old text is freed, so `text` may also point into this string.
 CComBSTR& CComBSTR::operator=(const OLECHAR* text) {
   if (text != m_str) *this = CComBSTR(text);
   return *this;
@@ -114,6 +120,7 @@ CComBSTR& CComBSTR::operator=(const CComBSTR& other) {
 }
 
 CComBSTR& CComBSTR::operator=(CComBSTR&& other) noexcept {
+  // The destructor of `other` frees the old text.
   std::swap(m_str, other.m_str);
   return *this;
 }
@@ -136,7 +143,9 @@ HRESULT CComBSTR::CopyTo(BSTR* out) const {
 
 HRESULT CComBSTR::Append(std::u16string_view text) {
   const std::size_t length = Length();
-  // A part of this string moves along with it.
+  // The block may move when it grows, and a part of this string moves with it; only its offset
+  // stays true. std::greater_equal and std::less_equal order unrelated pointers too, the operators
+  // do not.
   const bool inside = m_str != nullptr && std::greater_equal<>()(text.data(), m_str) &&
                       std::less_equal<>()(text.data(), m_str + length);
   const auto offset = inside ? text.data() - m_str : 0;

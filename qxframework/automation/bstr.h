@@ -1,8 +1,8 @@
 #pragma once
 
-// Owning wide strings. A BSTR is a borrowed pointer to UTF-16 units with the length kept in front
-// of the first unit and a terminating zero behind the last, so that it may hold zeros; a null BSTR
-// counts as empty. CComBSTR owns one by value, _bstr_t is the same with a text's manners.
+// Owning wide strings. A BSTR is a borrowed pointer to UTF-16 units. Its length precedes the first
+// unit and a terminating zero follows the last, so that the text may contain zeros; a null BSTR
+// counts as empty. CComBSTR owns a BSTR. _bstr_t owns one too and is passed by value into calls.
 
 #include "qxframework/automation/types.h"
 
@@ -11,38 +11,42 @@
 #include <type_traits>
 #include <utility>
 
-/// A copy of `text`; null for null, when memory is out or when it is longer than kLongestText.
+/// Returns a copy of `text`, up to its terminator. Returns null if `text` is null or longer than
+/// kLongestText, and if memory is out. The caller frees the copy with SysFreeString.
 QX_API BSTR SysAllocString(const OLECHAR* text);
-/// A string of `length` units, copied from `text` or zero when that is null; null if out of memory
-/// or longer than kLongestText.
+/// Returns a new string of `length` units, copied from `text` or filled with zeros if `text` is
+/// null. Returns null if memory is out or `length` exceeds kLongestText.
 QX_API BSTR SysAllocStringLen(const OLECHAR* text, UINT length);
+/// Frees a string of one of the functions above; does nothing for null.
 QX_API void SysFreeString(BSTR text);
 
 namespace qx {
 
-/// A string of `length` units that are for the caller to write; null if out of memory.
+/// Returns a terminated string of `length` units with undefined content, for the caller to fill.
+/// Returns null if memory is out or `length` exceeds kLongestText.
 QX_API BSTR newBstr(std::size_t length);
 
 }  // namespace qx
 
-/// Length in UTF-16 units; 0 for null.
+/// Returns the length in UTF-16 units; 0 for null.
 inline UINT SysStringLen(const OLECHAR* text) {
   return text == nullptr ? 0 : reinterpret_cast<const std::uint32_t*>(text)[-1] / 2;
 }
 
 namespace qx {
 
-/// In units. The length in bytes has 32 bits.
+/// The largest number of units in a BSTR, whose length field counts bytes in 32 bits.
 constexpr std::size_t kLongestText = 0x7FFFFFFF;
 
-/// A new string of all units of `text`; null if it is too long or memory is out.
+/// Returns a new string with all units of `text`, zeros included. Returns null if `text` is longer
+/// than kLongestText or memory is out.
 QX_API BSTR newText(std::u16string_view text);
 
-/// `text` up to its terminator; empty for null.
+/// Returns a view of `text` up to its terminator; empty for null.
 inline std::u16string_view viewOf(const OLECHAR* text) {
   return text == nullptr ? std::u16string_view() : std::u16string_view(text);
 }
-/// All units of a BSTR, zeros included.
+/// Returns a view of all units of a BSTR, zeros included; empty for null.
 inline std::u16string_view viewOfBstr(const OLECHAR* text) {
   return text == nullptr ? std::u16string_view() : std::u16string_view(text, SysStringLen(text));
 }
@@ -50,15 +54,20 @@ inline std::u16string_view viewOfBstr(const OLECHAR* text) {
 }  // namespace qx
 
 /// An owning wide string. Comparisons are those of the user-default locale with no flags.
-/// An allocation failure raises a _com_error of E_OUTOFMEMORY.
+/// An operation that cannot allocate throws _com_error with E_OUTOFMEMORY.
 class QX_API CComBSTR {
  public:
+  /// Makes a null string.
   CComBSTR() = default;
+  /// Copies `text` up to its terminator; null stays null.
   CComBSTR(const OLECHAR* text);
   CComBSTR(std::u16string_view text);
   CComBSTR(const std::u16string& text) : CComBSTR(std::u16string_view(text)) {}
+  /// Copies `length` units, or takes as many zeros if `text` is null; a length of 0 makes a null
+  /// string. Throws E_INVALIDARG for a negative length.
   CComBSTR(int length, const OLECHAR* text);
   explicit CComBSTR(int length) : CComBSTR(length, nullptr) {}
+  /// Writes the brace form of `guid`.
   explicit CComBSTR(const GUID& guid);
   CComBSTR(const CComBSTR& other);
   CComBSTR(CComBSTR&& other) noexcept : m_str(std::exchange(other.m_str, nullptr)) {}
@@ -69,32 +78,36 @@ class QX_API CComBSTR {
   CComBSTR& operator=(CComBSTR&& other) noexcept;
 
   operator BSTR() const { return m_str; }
-  /// For out parameters; the string must be empty, else it leaks.
+  /// Returns the address for an out parameter. The string must be null, else its text leaks.
   BSTR* operator&() { return &m_str; }
   bool operator!() const { return m_str == nullptr; }
 
   UINT Length() const { return SysStringLen(m_str); }
   bool IsEmpty() const { return Length() == 0; }
   std::u16string_view View() const { return qx::viewOfBstr(m_str); }
+  /// Frees the text and makes the string null.
   void Empty();
+  /// Frees the text and takes ownership of `text`.
   void Attach(BSTR text);
+  /// Passes ownership to the caller and makes the string null.
   BSTR Detach() { return std::exchange(m_str, nullptr); }
-  /// A new copy for the caller, null for null.
+  /// Returns a new copy, which the caller owns; null for a null string.
   BSTR Copy() const;
+  /// Stores a new copy in `*out`. Returns E_POINTER if `out` is null.
   HRESULT CopyTo(BSTR* out) const;
-  /// `text` may be a part of this string. The room grows in steps, so that a long text can be put
-  /// together out of many short ones.
+  /// Appends `text`, which may be a part of this string. The capacity grows in steps, so that a
+  /// long text can be built from many short ones. Returns S_OK.
   HRESULT Append(std::u16string_view text);
-  /// Up to the terminator; null appends nothing.
+  /// Appends `text` up to its terminator; null appends nothing.
   HRESULT Append(const OLECHAR* text) { return Append(qx::viewOf(text)); }
-  /// All units, zeros included.
+  /// Appends all units of another string, zeros included.
   template <class Text>
   requires std::is_base_of_v<CComBSTR, Text> HRESULT Append(const Text& text) {
     return Append(text.View());
   }
   CComBSTR& operator+=(std::u16string_view text);
 
-  /// Equality and order by the comparison of the user-default locale with no flags.
+  /// Compare by the collation of the user-default locale, case included; null equals empty.
   friend QX_API bool operator==(const CComBSTR& a, const CComBSTR& b);
   friend QX_API bool operator==(const CComBSTR& a, const OLECHAR* b);
   friend QX_API bool operator<(const CComBSTR& a, const CComBSTR& b);
@@ -105,14 +118,14 @@ class QX_API CComBSTR {
   BSTR m_str = nullptr;
 };
 
-/// The owning string that goes by value into calls.
+/// An owning wide string that is passed by value into calls.
 class _bstr_t {
  public:
   _bstr_t() = default;
   _bstr_t(const OLECHAR* text) : m_text(text) {}
   _bstr_t(std::u16string_view text) : m_text(text) {}
   _bstr_t(const std::u16string& text) : m_text(text) {}
-  // Of a CComBSTR itself only: a class derived from it has its own conversion.
+  /// Copies a CComBSTR itself only; a class derived from it has its own conversion.
   template <class Text>
   requires std::is_same_v<Text, CComBSTR> _bstr_t(const Text& text) : m_text(text) {}
   operator BSTR() const { return m_text.m_str; }
@@ -120,7 +133,7 @@ class _bstr_t {
   std::u16string_view view() const { return m_text.View(); }
   BSTR copy() const { return m_text.Copy(); }
 
-  /// As CComBSTR compares.
+  /// Compare as CComBSTR does.
   friend bool operator==(const _bstr_t& a, const _bstr_t& b) { return a.m_text == b.m_text; }
   friend bool operator==(const _bstr_t& a, const CComBSTR& b) { return a.m_text == b; }
   friend bool operator==(const _bstr_t& a, const OLECHAR* b) { return a.m_text == b; }
@@ -131,8 +144,9 @@ class _bstr_t {
 
 namespace qx {
 
-/// Gives a new string to an out parameter; null for an empty text is not used: the string exists.
-/// E_OUTOFMEMORY for a text that is too long, too.
+/// Stores a new string in an out parameter. An empty text is stored as an empty string, never as
+/// null. Returns E_POINTER if `out` is null, and E_OUTOFMEMORY if memory is out or `text` is longer
+/// than kLongestText.
 inline HRESULT giveText(std::u16string_view text, BSTR* out) {
   if (out == nullptr) return E_POINTER;
   *out = newText(text);

@@ -24,21 +24,22 @@ namespace {
 using FactoryPtr = CComPtr<IClassFactory>;
 using GetClassObject = HRESULT (*)(REFCLSID clsid, REFIID iid, void** object);
 
-/// The factories of this process. Few classes are ever in use and most instances are of one or two
-/// of them, so a walk over a short list is the quickest look-up. A loaded factory is kept for ever,
-/// as its library is, so it is found without a lock or a reference; nearly every function of the
-/// framework makes a log object this way. Those that were registered come first and may go again:
-/// they are taken and released outside the lock only, since they may come back here.
+// The factories of this process. A process uses few classes, and most instances are of one or two
+// of them, so a walk over a short list is the quickest look-up. A loaded factory is kept for ever,
+// as its library is, so it is found without a lock or a reference: nearly every function of the
+// framework makes a log object this way. Registered factories take precedence and can be revoked.
+// Their code may call back into this table, so they are called and released only outside the lock.
 class FactoryTable {
  public:
-  /// Never destroyed: scopes of static objects still make instances when the process ends.
+  // Never destroyed: the scopes of static objects still make instances when the process ends.
   static FactoryTable& instance() {
     static auto* table = new FactoryTable;
     return *table;
   }
 
-  /// A registered one, with a reference; null if there is none.
+  // Returns a registered factory, with a reference; null if there is none.
   FactoryPtr findRegistered(REFCLSID clsid) const {
+    // The usual case is that none is registered at all; it costs no lock.
     if (registeredCount_.load(std::memory_order_acquire) == 0) return nullptr;
     const std::shared_lock lock(mutex_);
     for (auto entry = registered_.rbegin(); entry != registered_.rend(); ++entry)
@@ -46,7 +47,7 @@ class FactoryTable {
     return nullptr;
   }
 
-  /// A loaded one, which stays; null if there is none.
+  // Returns a loaded factory, which is kept for ever; null if there is none.
   IClassFactory* findLoaded(REFCLSID clsid) const {
     for (const Loaded* entry = loaded_.load(std::memory_order_acquire); entry != nullptr;
          entry = entry->next)
@@ -62,7 +63,7 @@ class FactoryTable {
   }
 
   bool revoke(DWORD cookie) {
-    FactoryPtr released;
+    FactoryPtr released;  // declared before the lock, so that it is released after it
     const std::unique_lock lock(mutex_);
     const auto entry = std::find_if(registered_.begin(), registered_.end(),
                                     [&](const Registered& each) { return each.cookie == cookie; });
@@ -73,16 +74,18 @@ class FactoryTable {
     return true;
   }
 
-  /// The one that is kept: two threads may load a class at once.
+  // Keeps a loaded factory and returns the kept one, which is another thread's if two threads have
+  // loaded the class at once.
   IClassFactory* keepLoaded(REFCLSID clsid, const FactoryPtr& factory) {
     const std::unique_lock lock(mutex_);
     if (IClassFactory* const kept = findLoaded(clsid)) return kept;
     const Loaded& entry = kept_.emplace_front(Loaded{clsid, factory, loaded_.load()});
+    // Published last: readers without the lock must find a complete entry.
     loaded_.store(&entry, std::memory_order_release);
     return factory.p;
   }
 
-  /// They are still kept, but not found any more.
+  // The entries stay in kept_: other threads may still walk them or use their factories.
   void forgetLoaded() { loaded_.store(nullptr, std::memory_order_release); }
 
  private:
@@ -98,7 +101,7 @@ class FactoryTable {
   };
 
   mutable std::shared_mutex mutex_;
-  std::vector<Registered> registered_;  // the latest answers first
+  std::vector<Registered> registered_;  // searched from the back: the latest takes precedence
   std::atomic<std::size_t> registeredCount_ = 0;
   DWORD lastCookie_ = 0;
   std::forward_list<Loaded> kept_;
@@ -115,12 +118,14 @@ std::string lastLoaderError() {
   return reason == nullptr ? "unknown reason" : reason;
 }
 
-/// The factory that the library named in the registry gives. The library stays loaded: its code
-/// stands behind every object it has made.
+// Stores the factory of the library that the registry names for the class. The library is never
+// closed, because its objects need its code for as long as they live.
 HRESULT loadFactory(REFCLSID clsid, FactoryPtr& factory) {
   const std::u16string key = u"CLSID\\" + guidText(clsid) + u"\\InprocServer32";
   const auto path = Registry::current().readString(HKEY_CLASSES_ROOT, key, u"");
   if (!path) return REGDB_E_CLASSNOTREG;
+  // RTLD_NOW reports a missing symbol here and not as a crash in a later call. RTLD_LOCAL keeps the
+  // entries of several libraries, which all have the same name, apart.
   void* library = dlopen(toUtf8(*path).c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) return loadFailed(clsid, lastLoaderError());
   const auto getClassObject = reinterpret_cast<GetClassObject>(dlsym(library, "DllGetClassObject"));
@@ -131,7 +136,8 @@ HRESULT loadFactory(REFCLSID clsid, FactoryPtr& factory) {
   return factory.p == nullptr ? E_UNEXPECTED : S_OK;
 }
 
-/// Makes an instance by a factory that is loaded if need be.
+// Makes an instance with the class's factory, which is loaded first if necessary. A failure is not
+// remembered: a library that is installed later is found by the next call.
 HRESULT createLoaded(REFCLSID clsid, IUnknown* outer, REFIID iid, void** object) {
   FactoryTable& table = FactoryTable::instance();
   IClassFactory* factory = table.findLoaded(clsid);
@@ -164,7 +170,7 @@ void CoUninitialize() {
   if (qx::initializeCount() > 0) --qx::initializeCount();
 }
 
-// Every class runs in the caller's process, whichever context is asked for.
+// The context is ignored: every class runs in the caller's process.
 HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID iid, void** object) {
   if (object == nullptr) return E_POINTER;
   *object = nullptr;

@@ -25,7 +25,7 @@ using qx::test::kRefusedClass;
 
 std::u16string g_traced;
 
-/// Counts what it makes.
+/// Greets with the text that it is made with.
 class Local final : public qx::ComObject<IGreeter> {
  public:
   explicit Local(std::u16string text) : text_(std::move(text)) {}
@@ -46,6 +46,7 @@ class Failing final : public qx::ComObject<IClassFactory> {
   HRESULT LockServer(int) override { return S_OK; }
 };
 
+/// Returns the greeting of a new object; "<failed>" if there is none.
 std::u16string greeting(REFCLSID clsid = kGreeterClass) {
   CComPtr<IGreeter> greeter;
   const HRESULT result = qx::createInstance(clsid, CLSCTX_ALL, &greeter.p);
@@ -55,12 +56,13 @@ std::u16string greeting(REFCLSID clsid = kGreeterClass) {
   return std::u16string(text.View());
 }
 
+/// Returns the result code of an activation.
 HRESULT code(REFCLSID clsid) {
   CComPtr<IGreeter> greeter;
   return qx::createInstance(clsid, CLSCTX_ALL, &greeter.p);
 }
 
-/// Gives each test a registry file of its own in a fresh folder.
+/// Provides each test with its own registry file in a new folder.
 class Activation : public testing::Test {
  protected:
   void SetUp() override {
@@ -73,6 +75,7 @@ class Activation : public testing::Test {
     for (const DWORD cookie : cookies_) CoRevokeClassObject(cookie);
   }
 
+  /// Replaces the registry.
   void registered(const std::string& text) {
     folder_.write("registry.toml", text);
     qx::resetActivation();
@@ -94,7 +97,7 @@ class Activation : public testing::Test {
   std::vector<DWORD> cookies_;
 };
 
-TEST_F(Activation, AClassThatNobodyKnowsIsNotRegistered) {
+TEST_F(Activation, AnUnknownClassIsNotRegistered) {
   EXPECT_EQ(code(kGreeterClass), REGDB_E_CLASSNOTREG);
 }
 
@@ -104,13 +107,13 @@ TEST_F(Activation, LoadsTheLibraryThatTheRegistryNames) {
   EXPECT_EQ(greeting(), u"hello from the library");
 }
 
-TEST_F(Activation, ARelativePathCountsFromTheRegistryFile) {
+TEST_F(Activation, ARelativePathIsRelativeToTheRegistryFile) {
   std::filesystem::create_symlink(QX_TEST_COMPONENT, folder_.path() / "component.so");
   registered(serverEntry(kGreeterClass, "component.so"));
   EXPECT_EQ(greeting(), u"hello from the library");
 }
 
-TEST_F(Activation, ALibraryThatIsMissingIsToldToTheDeveloper) {
+TEST_F(Activation, AMissingLibraryIsReportedToTheDeveloperTrace) {
   registered(serverEntry(kGreeterClass, "no-such-library.so"));
   EXPECT_EQ(code(kGreeterClass), CO_E_DLLNOTFOUND);
   EXPECT_NE(g_traced.find(qx::guidText(kGreeterClass)), std::u16string::npos);
@@ -131,7 +134,7 @@ TEST_F(Activation, ALibraryWithoutTheEntryDoesNotLoad) {
   EXPECT_NE(g_traced.find(u"DllGetClassObject"), std::u16string::npos);
 }
 
-TEST_F(Activation, WhatTheLibraryAnswersIsTheResult) {
+TEST_F(Activation, ReturnsTheRefusalOfTheLibrary) {
   registered(serverEntry(kRefusedClass, QX_TEST_COMPONENT));
   EXPECT_EQ(code(kRefusedClass), CLASS_E_CLASSNOTAVAILABLE);
 }
@@ -143,7 +146,7 @@ TEST_F(Activation, AFailureIsNotRemembered) {
   EXPECT_EQ(greeting(), u"hello from the library");
 }
 
-TEST_F(Activation, AFoundFactoryIsKeptUntilItIsForgotten) {
+TEST_F(Activation, ALoadedFactoryIsKeptUntilTheReset) {
   registered(serverEntry(kGreeterClass, QX_TEST_COMPONENT));
   EXPECT_EQ(greeting(), u"hello from the library");
   folder_.write("registry.toml", "");
@@ -152,7 +155,7 @@ TEST_F(Activation, AFoundFactoryIsKeptUntilItIsForgotten) {
   EXPECT_EQ(code(kGreeterClass), REGDB_E_CLASSNOTREG);
 }
 
-TEST_F(Activation, ARegisteredFactoryComesBeforeTheRegistry) {
+TEST_F(Activation, ARegisteredFactoryTakesPrecedenceOverTheRegistry) {
   registered(serverEntry(kGreeterClass, QX_TEST_COMPONENT));
   EXPECT_EQ(greeting(), u"hello from the library");
   const DWORD cookie = registerLocal(factoryOf(u"local"));
@@ -161,7 +164,7 @@ TEST_F(Activation, ARegisteredFactoryComesBeforeTheRegistry) {
   EXPECT_EQ(greeting(), u"hello from the library");
 }
 
-TEST_F(Activation, OfTwoRegisteredFactoriesTheLaterAnswers) {
+TEST_F(Activation, TheLaterOfTwoRegisteredFactoriesTakesPrecedence) {
   registerLocal(factoryOf(u"first"));
   const DWORD second = registerLocal(factoryOf(u"second"));
   EXPECT_EQ(greeting(), u"second");
@@ -178,23 +181,23 @@ TEST_F(Activation, RevokingReleasesTheFactoryAndWorksOnce) {
   EXPECT_EQ(CoRevokeClassObject(cookie), E_INVALIDARG);
 }
 
-TEST_F(Activation, ForgettingLeavesRegisteredFactoriesAlone) {
+TEST_F(Activation, TheResetKeepsRegisteredFactories) {
   registerLocal(factoryOf(u"local"));
   qx::resetActivation();
   EXPECT_EQ(greeting(), u"local");
 }
 
-TEST_F(Activation, WhatTheFactoryFailsWithIsTheResult) {
+TEST_F(Activation, ReturnsTheFailureOfTheFactory) {
   registerLocal(CComPtr<IClassFactory>(qx::makeObject<Failing>().p));
   EXPECT_EQ(code(kGreeterClass), E_ACCESSDENIED);
 }
 
-TEST_F(Activation, AFactoryThatRaisesGivesAResult) {
+TEST_F(Activation, TurnsAnExceptionOfTheFactoryIntoItsCode) {
   registerLocal(qx::makeFactory([]() -> CComPtr<Local> { qx::raiseError(E_ABORT); }));
   EXPECT_EQ(code(kGreeterClass), E_ABORT);
 }
 
-TEST_F(Activation, AnObjectWithoutTheInterfaceIsNotGiven) {
+TEST_F(Activation, RefusesAnInterfaceThatTheObjectDoesNotHave) {
   registerLocal(factoryOf(u"x"));
   CComPtr<IClassFactory> wrong;
   EXPECT_EQ(qx::createInstance(kGreeterClass, CLSCTX_ALL, &wrong.p), E_NOINTERFACE);

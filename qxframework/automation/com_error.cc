@@ -1,5 +1,7 @@
 #include "qxframework/automation/com_error.h"
 
+// Defined here so that the type information of the exception exists once, in this library. Handlers
+// in other libraries would not recognise a copy of it.
 _com_error::~_com_error() = default;
 
 const OLECHAR* _com_error::ErrorMessage() const {

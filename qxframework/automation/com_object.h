@@ -1,6 +1,6 @@
 #pragma once
 
-// The implementing side of the vocabulary: reference counting, interface look-up, the guard that
+// The implementing side of the interfaces: reference counting, interface look-up, the guard that
 // keeps exceptions inside a component, and class factories.
 
 #include "qxframework/automation/class_object.h"
@@ -14,8 +14,8 @@
 
 namespace qx {
 
-/// Runs `body` and turns whatever it raises into a result code: the edge of every component.
-/// `body` returns a result code or nothing, which counts as S_OK.
+/// Runs `body` and turns every exception into a result code. Every operation at the edge of a
+/// component runs inside it. `body` returns a result code or nothing, which counts as S_OK.
 template <class Body>
 HRESULT guarded(Body&& body) noexcept {
   try {
@@ -34,7 +34,7 @@ HRESULT guarded(Body&& body) noexcept {
   }
 }
 
-/// Gives a new reference to an out parameter.
+/// Stores `object` with a new reference in an out parameter. Returns E_POINTER if `out` is null.
 template <class T>
 HRESULT giveObject(T* object, T** out) {
   if (out == nullptr) return E_POINTER;
@@ -43,9 +43,10 @@ HRESULT giveObject(T* object, T** out) {
   return S_OK;
 }
 
-/// Counting and interface look-up for an object that implements `Interfaces`, the first of which
-/// also answers for IUnknown, and for IDispatch where it derives from that. The object is made
-/// with makeObject and deletes itself with the last reference.
+/// Implements counting and interface look-up for an object with `Interfaces`. The first interface
+/// also represents IUnknown, so that the object has one identity; an interface that derives from
+/// IDispatch also represents that. The object is made with makeObject and deletes itself with the
+/// last reference.
 template <class... Interfaces>
 class ComObject : public Interfaces... {
  public:
@@ -78,6 +79,7 @@ class ComObject : public Interfaces... {
   using FirstInterface = typename FirstOf<Interfaces...>::Type;
 
   IUnknown* first() { return static_cast<FirstInterface*>(this); }
+  /// True once `*object` is set, which ends the fold in QueryInterface at the first match.
   template <class I>
   bool answer(REFIID iid, void** object) {
     bool has = iid == I::kIid;
@@ -89,7 +91,7 @@ class ComObject : public Interfaces... {
   std::atomic<ULONG> count_{0};
 };
 
-/// The four IDispatch operations of an object that is not called by id.
+/// Implements the four IDispatch operations for an object that is not called by id.
 template <class Base>
 class NoDispatch : public Base {
  public:
@@ -107,13 +109,13 @@ class NoDispatch : public Base {
   }
 };
 
-/// A new object with one reference, held by the result.
+/// Returns a new object; the result holds its only reference.
 template <class T, class... Args>
 CComPtr<T> makeObject(Args&&... args) {
   return CComPtr<T>(new T(std::forward<Args>(args)...));
 }
 
-/// The factory of a class whose objects are made by `Make`, a callable that returns a CComPtr.
+/// A factory that makes the objects of its class with `Make`, a callable that returns a CComPtr.
 template <class Make>
 class ClassFactory final : public ComObject<IClassFactory> {
  public:
@@ -130,6 +132,7 @@ class ClassFactory final : public ComObject<IClassFactory> {
   Make make_;
 };
 
+/// Returns a factory that makes objects with `make`.
 template <class Make>
 CComPtr<IClassFactory> makeFactory(Make make) {
   return CComPtr<IClassFactory>(new ClassFactory<Make>(std::move(make)));

@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+/// Holds one reference to an object with the interface `T`, or null.
 template <class T>
 class CComPtr {
  public:
@@ -18,10 +19,10 @@ class CComPtr {
   }
   CComPtr(const CComPtr& other) : CComPtr(other.p) {}
   CComPtr(CComPtr&& other) noexcept : p(std::exchange(other.p, nullptr)) {}
-  /// From a pointer to a derived interface.
+  /// Copies a pointer to a derived interface.
   template <class Derived>
-    requires std::is_convertible_v<Derived*, T*>
-  CComPtr(const CComPtr<Derived>& other) : CComPtr(static_cast<T*>(other.p)) {}
+  requires std::is_convertible_v<Derived*, T*> CComPtr(const CComPtr<Derived>& other)
+      : CComPtr(static_cast<T*>(other.p)) {}
   ~CComPtr() {
     if (p != nullptr) p->Release();
   }
@@ -42,30 +43,34 @@ class CComPtr {
 
   operator T*() const { return p; }
   T& operator*() const { return *p; }
-  /// Raises E_POINTER for a null pointer, so that a missing object is an error and not a crash.
+  /// Throws E_POINTER for a null pointer, so that a missing object is an error and not a crash.
   T* operator->() const {
     if (p == nullptr) qx::raiseError(E_POINTER);
     return p;
   }
-  /// For out parameters; releases what was held.
+  /// Returns the address for an out parameter; releases the held object first.
   T** operator&() {
     Release();
     return &p;
   }
   bool operator!() const { return p == nullptr; }
 
+  /// Releases the held object and makes the pointer null.
   void Release() { CComPtr().Swap(*this); }
-  /// Takes over one reference.
+  /// Releases the held object and takes over the caller's reference to `object`.
   void Attach(T* object) {
     Release();
     p = object;
   }
+  /// Passes the reference to the caller and makes the pointer null.
   T* Detach() { return std::exchange(p, nullptr); }
+  /// Asks the object for the interface `Q`. Returns E_POINTER if this pointer is null.
   template <class Q>
   HRESULT QueryInterface(Q** out) const {
     if (p == nullptr) return E_POINTER;
     return p->QueryInterface(Q::kIid, reinterpret_cast<void**>(out));
   }
+  /// Stores the object with a new reference in `*out`. Returns E_POINTER if `out` is null.
   HRESULT CopyTo(T** out) const {
     if (out == nullptr) return E_POINTER;
     *out = p;
@@ -76,8 +81,8 @@ class CComPtr {
   T* p = nullptr;
 };
 
-/// A CComPtr that asks for its interface when it is given an object of another one; null when the
-/// object does not have it.
+/// A CComPtr that queries for its interface when it is assigned an object of another one. It is
+/// null if the object does not have the interface.
 template <class T>
 class CComQIPtr : public CComPtr<T> {
  public:

@@ -1,7 +1,8 @@
 #include "qxframework/automation/date_text.h"
 
+#include "qxframework/automation/ascii.h"
+#include "qxframework/automation/civil_time.h"
 #include "qxframework/automation/format.h"
-#include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
 
 #include <array>
@@ -9,13 +10,7 @@
 namespace qx {
 namespace {
 
-bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-bool isLetter(char16_t unit) {
-  return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
-}
-bool isBlank(char16_t unit) { return unit == u' ' || unit == u'\t' || unit == 0xA0; }
-
-/// 1..12 for an English month name of three letters or in full; 0 for another word.
+// Returns 1..12 for an English month name of three letters or in full; 0 for another word.
 int monthNamed(std::u16string_view word) {
   static constexpr std::array<std::u16string_view, 12> kMonths = {
       u"january", u"february", u"march",     u"april",   u"may",      u"june",
@@ -26,13 +21,15 @@ int monthNamed(std::u16string_view word) {
   return 0;
 }
 
+// The number of digits distinguishes a short year from a whole one: 0099 is not 1999.
 struct Number {
   int value = 0;
   int digits = 0;
 };
 
-/// Reads a date and a time off the front of a text. Every `read` operation answers whether what it
-/// names stood there; after a refusal the reader is not used any more.
+// Reads a date and a time from the front of a text. A `read` operation returns false if the text
+// does not continue with its part. The whole text is refused then, so a half-read part does no
+// harm.
 class Reader {
  public:
   explicit Reader(std::u16string_view text) : rest_(text) {}
@@ -40,6 +37,7 @@ class Reader {
   std::optional<DATE> readAll() {
     skipBlanks();
     if (rest_.empty()) return std::nullopt;
+    // Each part is read at most once and in either order: a second one is refused.
     while (!rest_.empty())
       if (!readPart()) return std::nullopt;
     if (!hasDate_) time_.year = 1899, time_.month = 12, time_.day = 30;
@@ -55,6 +53,7 @@ class Reader {
       read = readAfterNumber(*first);
     }
     skipBlanks();
+    // A "T" joins a date and the time after it. A digit must follow, else "2024-01-31T" would read.
     if (read && (peek() == u'T' || peek() == u't') && hasDate_ && !hasTime_) {
       rest_.remove_prefix(1);
       read = isDigit(peek());
@@ -62,12 +61,13 @@ class Reader {
     return read;
   }
 
+  // A number starts a date or a time; the sign or word after it decides which.
   bool readAfterNumber(Number first) {
     const char16_t sign = peek();
     if (sign == u':') return readTime(first);
     if (sign == u'/' || sign == u'-' || sign == u'.') return readDate(first, sign);
     skipBlanks();
-    if (isMorningOrEvening()) return readTime(first);
+    if (startsWithAmOrPm()) return readTime(first);
     return readMonthSecond(first);
   }
 
@@ -78,12 +78,14 @@ class Reader {
     if (!second || !take(sign)) return false;
     const auto third = takeNumber();
     if (!third) return false;
+    // A year of more than two digits comes first, as in ISO dates. Else the month comes first
+    // unless it cannot be a month; dateFromCivil refuses 13/13/2024.
     if (first.digits > 2) return setDate(first, second->value, third->value);
     if (first.value > 12) return setDate(*third, second->value, first.value);
     return setDate(*third, first.value, second->value);
   }
 
-  /// "31 Jan 2024", "31-Jan-2024": from the month on.
+  // Reads "31 Jan 2024" or "31-Jan-2024" from the month on.
   bool readMonthSecond(Number day, char16_t sign = 0) {
     const int month = monthNamed(takeWord());
     if (sign == 0) {
@@ -95,13 +97,13 @@ class Reader {
     return year && setDate(*year, month, day.value);
   }
 
-  /// "Jan 31, 2024"
+  // Reads "Jan 31, 2024".
   bool readMonthFirst() {
     const int month = monthNamed(takeWord());
     skipBlanks();
     const auto day = takeNumber();
     if (!day) return false;
-    take(u',');
+    take(u',');  // optional
     skipBlanks();
     const auto year = takeNumber();
     return year && setDate(*year, month, day->value);
@@ -122,7 +124,7 @@ class Reader {
     if (take(u':') && !readTwo(time_.minute)) return false;
     if (take(u':') && !readSecond()) return false;
     skipBlanks();
-    if (isMorningOrEvening() && !readMorningOrEvening()) return false;
+    if (startsWithAmOrPm() && !readAmOrPm()) return false;
     return hasTime_ = true;
   }
 
@@ -140,18 +142,20 @@ class Reader {
     return true;
   }
 
-  bool isMorningOrEvening() const {
+  bool startsWithAmOrPm() const {
     const std::u16string word = toLower(rest_.substr(0, 2));
     return (word == u"am" || word == u"pm") && (rest_.size() == 2 || !isLetter(rest_[2]));
   }
 
-  bool readMorningOrEvening() {
+  bool readAmOrPm() {
     const bool evening = toLower(takeWord()) == u"pm";
+    // 12 AM is midnight and 12 PM is noon.
     if (time_.hour < 1 || time_.hour > 12) return false;
     time_.hour = time_.hour % 12 + (evening ? 12 : 0);
     return true;
   }
 
+  // Returns a zero at the end, which no part accepts; a zero in the text is refused likewise.
   char16_t peek() const { return rest_.empty() ? u'\0' : rest_.front(); }
   bool take(char16_t unit) {
     if (peek() != unit) return false;
@@ -159,7 +163,7 @@ class Reader {
     return true;
   }
   void skipBlanks() {
-    while (isBlank(peek())) rest_.remove_prefix(1);
+    while (isInlineBlank(peek())) rest_.remove_prefix(1);
   }
   std::u16string_view takeWord() {
     std::size_t length = 0;
@@ -168,7 +172,8 @@ class Reader {
     rest_.remove_prefix(length);
     return word;
   }
-  /// At most four digits; nothing when there are none or more.
+  // Reads one to four digits. Returns nothing for none or more; the fifth digit stops the loop, so
+  // that the value cannot overflow.
   std::optional<Number> takeNumber() {
     Number number;
     for (; isDigit(peek()) && number.digits <= 4; ++number.digits) {
@@ -184,6 +189,7 @@ class Reader {
   bool hasTime_ = false;
 };
 
+// Returns the time on the clock of twelve hours, where both midnight and noon are 12.
 std::u16string timeText(const CivilTime& time) {
   const int hour = time.hour % 12 == 0 ? 12 : time.hour % 12;
   return format(u"%d:%02d:%02d %s", hour, time.minute, time.second, time.hour < 12 ? u"AM" : u"PM");
@@ -196,6 +202,7 @@ std::optional<std::u16string> textFromDate(DATE date) {
   if (!time) return std::nullopt;
   const bool midnight = time->hour == 0 && time->minute == 0 && time->second == 0;
   const bool firstDay = time->year == 1899 && time->month == 12 && time->day == 30;
+  // A date on the first day of the count is a time alone.
   if (firstDay) return timeText(*time);
   const std::u16string day = format(u"%d/%d/%04d", time->month, time->day, time->year);
   return midnight ? day : day + u" " + timeText(*time);

@@ -1,6 +1,6 @@
 #include "qxframework/automation/date_text.h"
 
-#include "qxframework/automation/ole_date_time.h"
+#include "qxframework/automation/civil_time.h"
 
 #include <gtest/gtest.h>
 
@@ -17,11 +17,16 @@ TEST(DateText, ReadsMonthDayYear) {
   EXPECT_EQ(qx::dateFromText(u"1.2.2024"), moment(2024, 1, 2));
 }
 
-TEST(DateText, ReadsDayFirstWhereTheMonthCannotBe) {
+TEST(DateText, BlanksTabsAndNoBreakSpacesMaySurroundIt) {
+  EXPECT_EQ(qx::dateFromText(u"\t\u00A01/31/2024\u00A0\t6:00\u00A0"), moment(2024, 1, 31, 6));
+  EXPECT_EQ(qx::dateFromText(u"1/31/2024\n"), std::nullopt);
+}
+
+TEST(DateText, ReadsTheDayFirstIfTheFirstNumberIsNoMonth) {
   EXPECT_EQ(qx::dateFromText(u"31/1/2024"), moment(2024, 1, 31));
 }
 
-TEST(DateText, ReadsYearFirstByItsFourDigits) {
+TEST(DateText, ReadsTheYearFirstIfItHasFourDigits) {
   EXPECT_EQ(qx::dateFromText(u"2024-01-31"), moment(2024, 1, 31));
   EXPECT_EQ(qx::dateFromText(u"2024/1/31"), moment(2024, 1, 31));
 }
@@ -56,7 +61,7 @@ TEST(DateText, ShortYearsFallBetween1930And2029) {
   EXPECT_EQ(qx::dateFromText(u"1/31/30"), moment(1930, 1, 31));
 }
 
-TEST(DateText, WhatIsNoDateDoesNotRead) {
+TEST(DateText, RefusesOtherTexts) {
   for (const char16_t* bad : {u"",
                               u"  ",
                               u"abc",
@@ -86,7 +91,7 @@ TEST(DateText, WhatIsNoDateDoesNotRead) {
   EXPECT_EQ(qx::dateFromText(std::u16string_view(u"1/31/2024\0", 10)), std::nullopt);
 }
 
-TEST(DateText, WhatIsWrittenReadsBack) {
+TEST(DateText, WrittenDatesReadBack) {
   for (const DATE date : {0.0, 0.25, 45322.0, 45322.75, -1.25, -657434.0, 2958465.5}) {
     const auto text = qx::textFromDate(date);
     ASSERT_TRUE(text) << date;
@@ -94,7 +99,7 @@ TEST(DateText, WhatIsWrittenReadsBack) {
   }
 }
 
-TEST(DateText, NoTextOutsideTheRangeOfDates) {
+TEST(DateText, ReturnsNoTextOutsideTheRangeOfDates) {
   EXPECT_EQ(qx::textFromDate(-657436.0), std::nullopt);
   EXPECT_EQ(qx::textFromDate(2958466.0), std::nullopt);
 }

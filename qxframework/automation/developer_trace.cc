@@ -10,8 +10,10 @@
 namespace qx {
 namespace {
 
-std::atomic<TraceSink> g_sink{nullptr};
+std::atomic<TraceSink> g_sink{nullptr};  // null: the standard error stream
 
+// Reads the variable each time, so that a program can switch the trace on while it runs. One write
+// keeps the message whole among those of other threads.
 void traceToStandardError(std::u16string_view text) {
   const char* wanted = std::getenv("QX_TRACE");
   if (wanted == nullptr || *wanted == 0) return;

@@ -1,8 +1,8 @@
 #pragma once
 
-// The channel on which the framework tells a developer what a user need not know: why a library
-// does not load, what a stack looked like. It goes to the standard error stream when the
-// environment variable QX_TRACE is set and not empty, or to a sink that a debugger's stand-in sets.
+// The channel for messages to a developer that a user need not see: the reason why a library does
+// not load, the text of a call stack. Messages go to the standard error stream if the environment
+// variable QX_TRACE is set and not empty, or to a sink that a program sets.
 
 #include "qxframework/automation/export.h"
 
@@ -10,12 +10,13 @@
 
 namespace qx {
 
-/// Takes one text as it was given; it may be called from any thread and must not raise.
+/// Receives one message unchanged. It may be called from any thread and must not throw.
 using TraceSink = void (*)(std::u16string_view text);
 
-/// Hands `text` to the sink, as it is: line ends are the caller's.
+/// Passes `text` unchanged to the sink; the caller supplies line ends.
 QX_API void developerTrace(std::u16string_view text);
-/// Replaces the sink, null for the standard one. The result is the one before, null if standard.
+/// Sets the sink; null restores the standard error stream. Returns the previous sink, null if it
+/// was the standard error stream.
 QX_API TraceSink setDeveloperTraceSink(TraceSink sink);
 
 }  // namespace qx

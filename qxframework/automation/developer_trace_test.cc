@@ -25,7 +25,7 @@ class DeveloperTrace : public testing::Test {
   }
 };
 
-TEST_F(DeveloperTrace, GoesToTheSinkAsItIs) {
+TEST_F(DeveloperTrace, ReachesTheSinkUnchanged) {
   EXPECT_EQ(qx::setDeveloperTraceSink(keep), nullptr);
   qx::developerTrace(u"one\n");
   qx::developerTrace(u"two");
@@ -40,7 +40,7 @@ TEST_F(DeveloperTrace, IsSilentWithoutTheVariable) {
   EXPECT_EQ(traced(u"lost\n"), "");
 }
 
-TEST_F(DeveloperTrace, GoesToTheErrorStreamInUtf8WithTheVariable) {
+TEST_F(DeveloperTrace, ReachesTheErrorStreamInUtf8WithTheVariable) {
   setenv("QX_TRACE", "1", 1);
   EXPECT_EQ(traced(u"K\u00F6ln\n"), "K\xC3\xB6ln\n");
 }

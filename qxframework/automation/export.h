@@ -1,4 +1,5 @@
 #pragma once
 
-// QX_API marks what libQXFramework.so exports; all else stays inside the library.
+// QX_API marks the symbols that libQXFramework.so exports. All others stay inside the library.
+
 #define QX_API __attribute__((visibility("default")))

@@ -1,5 +1,7 @@
 #include "qxframework/automation/format.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <locale.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -14,12 +16,13 @@
 namespace qx {
 namespace {
 
-// No width and no number of digits goes beyond this, so that a format cannot ask for endless text.
+// The limit of widths and numbers of digits, so that a format cannot demand endless text.
 constexpr int kMaxExtent = 4096;
-// The precision of a text only cuts it and may be as long as a text.
+// The limit of a precision. That of a text only cuts it and so may be as large as any text.
 constexpr int kMaxPrecision = 1 << 30;
 
-/// Takes the text and keeps what fits; counts all of it.
+// Receives the formatted text. It keeps the units that fit into the buffer and counts all of them,
+// so that one run yields either the text or the length that a second run needs.
 class Output {
  public:
   Output(OLECHAR* buffer, std::size_t room) : buffer_(buffer), room_(room) {}
@@ -46,7 +49,7 @@ class Output {
   std::size_t length_ = 0;
 };
 
-/// One conversion as it stands in the format.
+// One conversion of a format, from the '%' to its letter.
 struct Conversion {
   bool left = false;
   bool plus = false;
@@ -54,12 +57,12 @@ struct Conversion {
   bool alternate = false;
   bool zero = false;
   int width = 0;
-  int precision = -1;  // none
+  int precision = -1;  // -1 if the format has none
   int bits = 32;
   char16_t letter = 0;
 };
 
-/// Hands out the arguments of the call one after the other.
+// Returns the arguments of the call one after the other, then null.
 class Arguments {
  public:
   explicit Arguments(FormatArgs args) : args_(args) {}
@@ -74,14 +77,12 @@ bool isInteger(const FormatArg& arg) {
   return arg.kind == FormatArg::Kind::Signed || arg.kind == FormatArg::Kind::Unsigned;
 }
 
-bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-
-/// Reads a format from the front, one conversion at a time.
+// Reads a format from the front, one conversion at a time.
 class Parser {
  public:
   explicit Parser(std::u16string_view format) : format_(format) {}
 
-  /// The plain text up to the next conversion or the end; `%%` belongs to neither.
+  // Returns the plain text up to the next '%' or the end.
   std::u16string_view takePlain() {
     const std::size_t start = at_;
     at_ = std::min(format_.find(u'%', at_), format_.size());
@@ -89,18 +90,19 @@ class Parser {
   }
   bool done() const { return at_ >= format_.size(); }
 
-  /// What stands from the '%' on. Nothing when a "*" has no integer to take.
+  // Reads the conversion at the '%'. Returns nothing if a "*" has no integer as its argument.
   std::optional<Conversion> takeConversion(Arguments& arguments) {
     start_ = at_++;
     Conversion conversion;
     while (readFlag(conversion)) ++at_;
+    // The letter is read even after a failure, so that the plain text goes on after the conversion.
     const bool extents = readWidth(conversion, arguments) && readPrecision(conversion, arguments);
     readLength(conversion);
     conversion.letter = current();
     if (!done()) ++at_;
     return extents ? std::optional(conversion) : std::nullopt;
   }
-  /// The conversion taken last, as it is written.
+  // Returns the text of the conversion that was read last.
   std::u16string_view written() const { return format_.substr(start_, at_ - start_); }
 
  private:
@@ -130,6 +132,7 @@ class Parser {
 
   bool readWidth(Conversion& conversion, Arguments& arguments) {
     if (!readExtent(conversion.width, kMaxExtent, arguments)) return false;
+    // Only an argument for "*" can be negative; it asks for the left side.
     if (conversion.width < 0) conversion.left = true;
     conversion.width = std::abs(conversion.width);
     return true;
@@ -137,11 +140,11 @@ class Parser {
 
   bool readPrecision(Conversion& conversion, Arguments& arguments) {
     if (!skip(u".")) return true;
-    conversion.precision = 0;
+    conversion.precision = 0;  // for "." without digits; a negative argument leaves none
     return readExtent(conversion.precision, kMaxPrecision, arguments);
   }
 
-  /// Digits, or an argument for "*"; what is not there leaves `extent` alone.
+  // Reads digits, or an argument for "*". Without either, `extent` keeps its value.
   bool readExtent(int& extent, int limit, Arguments& arguments) {
     if (skip(u"*")) {
       const FormatArg* arg = arguments.next();
@@ -152,6 +155,7 @@ class Parser {
     }
     if (!isDigit(current())) return true;
     extent = 0;
+    // Limited at every digit, so that no number of digits overflows.
     for (; isDigit(current()); ++at_)
       extent = std::min(std::min(extent, limit / 10) * 10 + (current() - u'0'), limit);
     return true;
@@ -162,9 +166,12 @@ class Parser {
       std::u16string_view text;
       int bits;
     };
+    // The longer ones come first, since the first match counts. "l" means 32 bits although a long
+    // has 64 here: formats write result codes and ids with it.
     static constexpr Length kLengths[] = {{u"ll", 64}, {u"I64", 64}, {u"I32", 32}, {u"hh", 8},
                                           {u"h", 16},  {u"l", 32},   {u"I", 64},   {u"j", 64},
                                           {u"z", 64},  {u"t", 64},   {u"L", 32},   {u"w", 32}};
+    // Most conversions have no length.
     if (std::u16string_view(u"lIhjztLw").find(current()) == std::u16string_view::npos) return;
     for (const Length& length : kLengths) {
       if (!skip(length.text)) continue;
@@ -190,7 +197,7 @@ void writePadded(Output& out, const Conversion& conversion, std::u16string_view 
   if (conversion.left) out.fill(u' ', blanks);
 }
 
-/// The sign or base in front, zeros, digits: filled up to the width.
+// Writes the prefix (a sign or base), zeros and digits, and fills up to the width.
 void writeDigits(Output& out, const Conversion& conversion, std::u16string_view prefix,
                  std::u16string_view digits) {
   std::size_t zeros = 0;
@@ -198,6 +205,7 @@ void writeDigits(Output& out, const Conversion& conversion, std::u16string_view 
   if (wanted > static_cast<int>(digits.size()))
     zeros = static_cast<std::size_t>(wanted) - digits.size();
   std::size_t blanks = padding(conversion, prefix.size() + zeros + digits.size());
+  // As in C, the flag 0 has no effect beside "-" or a precision.
   if (conversion.zero && !conversion.left && conversion.precision < 0) {
     zeros += blanks;
     blanks = 0;
@@ -214,19 +222,20 @@ std::uint64_t withBits(std::int64_t value, int bits) {
   return bits == 64 ? all : all & ((std::uint64_t{1} << bits) - 1);
 }
 
+// Shifting up and down again repeats the sign bit of the narrow number.
 std::int64_t signedWithBits(std::int64_t value, int bits) {
   const int unused = 64 - bits;
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(value) << unused) >> unused;
 }
 
-/// The digits of a number, in room of their own.
+// The digits of a number, without an allocation.
 class Digits {
  public:
   Digits(std::uint64_t value, int base, bool upperCase) {
-    char narrow[24];
+    char narrow[24];  // 22 octal digits are the most
     const auto end = std::to_chars(narrow, narrow + sizeof narrow, value, base).ptr;
     for (const char* digit = narrow; digit != end; ++digit)
-      units_[length_++] = static_cast<char16_t>(upperCase && *digit >= 'a' ? *digit - 32 : *digit);
+      units_[length_++] = static_cast<char16_t>(upperCase ? toUpperAscii(*digit) : *digit);
   }
   std::u16string_view view() const { return {units_, length_}; }
 
@@ -238,11 +247,13 @@ class Digits {
 void writeSigned(Output& out, const Conversion& conversion, std::int64_t value) {
   const std::int64_t number = signedWithBits(value, conversion.bits);
   const auto bits = static_cast<std::uint64_t>(number);
+  // Negated as unsigned, because the lowest number has no positive counterpart.
   const Digits digits(number < 0 ? 0 - bits : bits, 10, false);
   const std::u16string_view sign = number < 0         ? u"-"
                                    : conversion.plus  ? u"+"
                                    : conversion.blank ? u" "
                                                       : u"";
+  // As in C, a precision of 0 writes no digit for 0.
   const bool nothing = number == 0 && conversion.precision == 0;
   writeDigits(out, conversion, sign, nothing ? std::u16string_view() : digits.view());
 }
@@ -256,6 +267,7 @@ void writeUnsigned(Output& out, const Conversion& conversion, std::int64_t value
   std::u16string_view prefix;
   if (conversion.alternate && number != 0 && base == 16) prefix = letter == u'X' ? u"0X" : u"0x";
   const int shown = nothing ? 0 : static_cast<int>(digits.view().size());
+  // As in C, "#" writes a leading zero for an octal number, unless there is one already.
   const bool startsWithZero = number == 0 && !nothing;
   if (conversion.alternate && base == 8 && !startsWithZero && conversion.precision <= shown)
     prefix = u"0";
@@ -270,7 +282,7 @@ void writePointer(Output& out, const Conversion& conversion, const FormatArg& ar
   writeDigits(out, full, u"", Digits(address, 16, true).view());
 }
 
-/// Numbers are written with a point whatever locale the program has set.
+// Makes snprintf write a point in this thread, in every locale that the program may have set.
 class PointLocale {
  public:
   PointLocale() : before_(uselocale(plain())) {}
@@ -280,12 +292,15 @@ class PointLocale {
 
  private:
   static locale_t plain() {
+    // Never freed: other threads may still be writing when the process ends.
     static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
     return locale;
   }
   locale_t before_;
 };
 
+// The digits of a real are left to the C library. The format for it is put together here, so the
+// author's own format never reaches snprintf.
 void writeReal(Output& out, const Conversion& conversion, double value) {
   char format[12] = "%";
   char* end = format + 1;
@@ -299,7 +314,8 @@ void writeReal(Output& out, const Conversion& conversion, double value) {
   *end++ = '*';
   *end++ = static_cast<char>(conversion.letter);
   *end = 0;
-  std::array<char, kMaxExtent + 512> text;  // the longest: all digits of the largest number
+  // Has room for a sign, the 309 digits of the largest number, a point and kMaxExtent decimals.
+  std::array<char, kMaxExtent + 512> text;
   const PointLocale point;
   const int length = std::snprintf(text.data(), text.size(), format, conversion.width,
                                    std::min(conversion.precision, kMaxExtent), value);
@@ -309,8 +325,9 @@ void writeReal(Output& out, const Conversion& conversion, double value) {
   }
 }
 
-/// How many units the UTF-8 text has, and its units, are found in one walk each: no room is needed
-/// for the whole.
+// Calls `take` for the first `limit` UTF-16 units of a UTF-8 text. Two walks, one to count and one
+// to write, replace a converted copy. A malformed sequence becomes U+FFFD as in toUtf16;
+// codePointAt does not serve here, because it does not return the length of such a sequence.
 template <class Take>
 void eachUnit(const FormatArg& arg, std::size_t limit, Take take) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(arg.narrow);
@@ -328,6 +345,7 @@ void eachUnit(const FormatArg& arg, std::size_t limit, Take take) {
 void writeNarrow(Output& out, const Conversion& conversion, const FormatArg& arg,
                  std::size_t limit) {
   std::size_t length = 0;
+  // Without a width, no padding depends on the length.
   if (conversion.width > 0) eachUnit(arg, limit, [&](char16_t) { ++length; });
   const std::size_t blanks = padding(conversion, length);
   if (!conversion.left) out.fill(u' ', blanks);
@@ -354,7 +372,7 @@ void writeUnit(Output& out, const Conversion& conversion, std::int64_t value) {
   writePadded(out, conversion, std::u16string_view(&unit, 1));
 }
 
-/// False when the argument does not suit the conversion.
+// Returns false and writes nothing if the argument does not suit the conversion.
 bool writeArgument(Output& out, const Conversion& conversion, const FormatArg& arg) {
   using Kind = FormatArg::Kind;
   switch (conversion.letter) {
@@ -392,6 +410,7 @@ void writeAll(Output& out, std::u16string_view format, FormatArgs args) {
     out.append(parser.takePlain());
     if (parser.done()) return;
     const auto conversion = parser.takeConversion(arguments);
+    // An unknown letter uses up no argument; an argument of an unsuitable kind is used up.
     if (conversion && conversion->letter == u'%') {
       out.fill(u'%', 1);
     } else if (conversion && !takesArgument(conversion->letter)) {
@@ -411,10 +430,12 @@ int formatInto(OLECHAR* buffer, std::size_t capacity, std::u16string_view format
   Output out(buffer, capacity - 1);
   writeAll(out, format, args);
   buffer[out.kept()] = 0;
+  // A length beyond int cannot be returned, so it counts as cut.
   return out.kept() < out.length() || out.length() > INT_MAX ? -1 : static_cast<int>(out.length());
 }
 
 std::u16string formatText(std::u16string_view format, FormatArgs args) {
+  // Most texts fit into the first buffer; a longer one is formatted again, into its exact length.
   std::array<OLECHAR, 512> room;
   Output first(room.data(), room.size());
   writeAll(first, format, args);

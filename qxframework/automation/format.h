@@ -1,14 +1,14 @@
 #pragma once
 
 // printf-style formatting of wide text with typed arguments. The arguments of a call are gathered
-// into an array of FormatArg, which stands in for a va_list: a conversion that does not suit its
+// into an array of FormatArg, which replaces a va_list: a conversion that does not suit its
 // argument, or has none, prints "?" and cannot read foreign memory.
 //
 // Conversions: %d %i %u %x %X %o %c %s %S %p %e %E %f %F %g %G %a %A %%, with flags, width and
-// precision (also "*"). Integers are taken as 32-bit unless the length says ll, I64, j, z or t, so
-// that a sign-extended result code prints its 8 digits under %08X. %s takes any wide or UTF-8
-// string; a null one prints "(null)". A letter that is no conversion stands as it is written. No
-// width and no number of digits goes beyond 4096.
+// precision (also "*"). An integer is read as 32 bits unless the length is ll, I64, j, z or t, so
+// that %08X prints the 8 digits of a sign-extended result code. %s takes any wide or UTF-8 string;
+// a null one prints "(null)". A conversion with an unknown letter is printed as it is written.
+// Widths and numbers of digits are limited to 4096.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/export.h"
@@ -23,7 +23,7 @@
 
 namespace qx {
 
-/// One argument of a format. It borrows texts: they must live until the call ends.
+/// One argument of a format. It borrows texts, which must live until the call ends.
 class FormatArg {
  public:
   enum class Kind { Signed, Unsigned, Real, Wide, Narrow, Pointer };
@@ -68,16 +68,18 @@ class FormatArg {
   std::size_t length = 0;  // units of a text
 };
 
-/// The stand-in for a va_list; it borrows the array of the call.
+/// The arguments of a call. It borrows the array.
 using FormatArgs = std::span<const FormatArg>;
 
-/// Formats into `buffer` of `capacity` units. The result is the length without the terminator, or
-/// -1 when the text was cut to `capacity` - 1 units; the buffer is terminated either way.
+/// Formats into `buffer`, which has room for `capacity` units, and terminates it. Returns the
+/// length without the terminator, or -1 if the text was cut to `capacity` - 1 units. Returns -1 and
+/// writes nothing if `buffer` is null or `capacity` is 0.
 QX_API int formatInto(OLECHAR* buffer, std::size_t capacity, std::u16string_view format,
                       FormatArgs args);
+/// Returns the formatted text.
 QX_API std::u16string formatText(std::u16string_view format, FormatArgs args);
 
-/// formatText(u"%s_%d", uid, 7)
+/// Returns the formatted text of a call such as format(u"%s_%d", uid, 7).
 template <class... Args>
 std::u16string format(const OLECHAR* text, const Args&... args) {
   if constexpr (sizeof...(Args) == 0) {

@@ -1,21 +1,18 @@
 #include "qxframework/automation/guid.h"
 
+#include "qxframework/automation/ascii.h"
+
 namespace qx {
 namespace {
 
+// Each # is a hexadecimal digit. Reading and writing both follow this shape.
 constexpr std::u16string_view kShape = u"{########-####-####-####-############}";
-
-int hexValue(char16_t unit) {
-  if (unit >= u'0' && unit <= u'9') return unit - u'0';
-  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
-  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
-  return -1;
-}
 
 }  // namespace
 
 std::u16string guidText(const GUID& guid) {
   constexpr char16_t kDigits[] = u"0123456789ABCDEF";
+  // The text has the bytes of the first three fields from the highest to the lowest.
   std::uint8_t bytes[16];
   for (int i = 0; i < 4; ++i) bytes[i] = static_cast<std::uint8_t>(guid.Data1 >> (24 - 8 * i));
   bytes[4] = static_cast<std::uint8_t>(guid.Data2 >> 8);
@@ -46,7 +43,7 @@ std::optional<GUID> guidFromText(std::u16string_view text) {
       if (text[i] != kShape[i]) return std::nullopt;
       continue;
     }
-    const int value = hexValue(text[i]);
+    const int value = hexDigitValue(text[i]);
     if (value < 0) return std::nullopt;
     bytes[digit / 2] = static_cast<std::uint8_t>(bytes[digit / 2] * 16 + value);
     ++digit;

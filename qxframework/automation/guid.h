@@ -1,5 +1,7 @@
 #pragma once
 
+// Class and interface identities as text.
+
 #include "qxframework/automation/types.h"
 
 #include <optional>
@@ -8,9 +10,9 @@
 
 namespace qx {
 
-/// The brace form "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}" in upper case.
+/// Returns the brace form "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}" in upper case.
 QX_API std::u16string guidText(const GUID& guid);
-/// Reads the brace form, in any case.
+/// Reads the brace form in upper or lower case. Returns nothing for any other text.
 QX_API std::optional<GUID> guidFromText(std::u16string_view text);
 
 }  // namespace qx

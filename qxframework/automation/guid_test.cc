@@ -11,23 +11,26 @@ TEST(Guid, IsWrittenInBracesAndUpperCase) {
   EXPECT_EQ(qx::guidText(kSample), u"{01234567-89AB-CDEF-1032-547698BADCFE}");
 }
 
-TEST(Guid, WhatIsWrittenReadsBackInAnyCase) {
+TEST(Guid, ReadsBackInUpperAndLowerCase) {
   EXPECT_EQ(qx::guidFromText(qx::guidText(kSample)), kSample);
   EXPECT_EQ(qx::guidFromText(u"{01234567-89ab-cdef-1032-547698badcfe}"), kSample);
 }
 
 TEST(Guid, EveryByteKeepsItsPlace) {
-  for (std::size_t digit = 0; digit < 38; ++digit) {
+  int digits = 0;
+  for (std::size_t place = 0; place < 38; ++place) {
     std::u16string text = u"{00000000-0000-0000-0000-000000000000}";
-    if (text[digit] != u'0') continue;
-    text[digit] = u'F';
+    if (text[place] != u'0') continue;
+    text[place] = u'F';
     const auto guid = qx::guidFromText(text);
-    ASSERT_TRUE(guid) << digit;
+    ASSERT_TRUE(guid) << place;
     EXPECT_EQ(qx::guidText(*guid), text);
+    ++digits;
   }
+  EXPECT_EQ(digits, 32);
 }
 
-TEST(Guid, WhatIsNotTheBraceFormDoesNotRead) {
+TEST(Guid, RefusesTextsThatAreNotTheBraceForm) {
   EXPECT_EQ(qx::guidFromText(u""), std::nullopt);
   EXPECT_EQ(qx::guidFromText(u"01234567-89AB-CDEF-1032-547698BADCFE"), std::nullopt);
   EXPECT_EQ(qx::guidFromText(u"{01234567-89AB-CDEF-1032-547698BADCF}"), std::nullopt);

@@ -1,8 +1,8 @@
 #pragma once
 
-// The calling side of an interface: what the inline wrappers of the host's interfaces are made of.
-// Each calls `method(args…, &out)` on `object`, raises _com_error for a code below 0 and returns
-// `out`.
+// The calling side of an interface. The inline wrappers of the host's interfaces are built from
+// these functions. Each one calls `method(args…, &out)` on `object`, throws _com_error for a
+// negative code and returns `out`.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_error.h"
@@ -11,6 +11,7 @@
 
 namespace qx {
 
+/// Calls an operation whose out value is an object.
 template <class Out, class I, class... Params, class... Args>
 CComPtr<Out> getObject(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   CComPtr<Out> out;
@@ -18,6 +19,7 @@ CComPtr<Out> getObject(I* object, HRESULT (I::*method)(Params...), Args&&... arg
   return out;
 }
 
+/// Calls an operation whose out value is a number, an enumerator or another plain value.
 template <class Out, class I, class... Params, class... Args>
 Out getValue(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   Out out{};
@@ -25,6 +27,7 @@ Out getValue(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   return out;
 }
 
+/// Calls an operation whose out value is a text; the result owns it.
 template <class I, class... Params, class... Args>
 CComBSTR getText(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   CComBSTR out;
@@ -32,6 +35,7 @@ CComBSTR getText(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   return out;
 }
 
+/// Calls an operation whose out value is a VARIANT; the result owns its content.
 template <class I, class... Params, class... Args>
 CComVariant getVariant(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   CComVariant out;
@@ -39,7 +43,7 @@ CComVariant getVariant(I* object, HRESULT (I::*method)(Params...), Args&&... arg
   return out;
 }
 
-/// For a call without an out value: the code of success.
+/// Calls an operation without an out value and returns its code, which is not negative.
 template <class I, class... Params, class... Args>
 HRESULT call(I* object, HRESULT (I::*method)(Params...), Args&&... args) {
   return raiseIfFailed((object->*method)(std::forward<Args>(args)...));

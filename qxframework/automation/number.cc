@@ -1,5 +1,8 @@
 #include "qxframework/automation/number.h"
 
+#include "qxframework/automation/ascii.h"
+#include "qxframework/automation/text.h"
+
 #include <locale.h>
 #include <stdlib.h>
 
@@ -16,70 +19,74 @@ namespace {
 constexpr std::uint64_t kMoneyUnit = 10000;
 constexpr double kTwoTo64 = 18446744073709551616.0;
 
+// Negated as unsigned, because the lowest number has no positive counterpart.
 std::uint64_t magnitudeOf(std::int64_t value) {
   const auto bits = static_cast<std::uint64_t>(value);
   return value < 0 ? 0 - bits : bits;
 }
 
-/// The nearest multiple, of two the even one.
+// Returns value / by, rounded to the nearest integer and halves to even.
 std::uint64_t dividedToEven(std::uint64_t value, std::uint64_t by) {
   const std::uint64_t whole = value / by;
   const std::uint64_t rest = value % by;
   return whole + (rest * 2 > by || (rest * 2 == by && whole % 2 == 1) ? 1 : 0);
 }
 
-/// The number without its fraction; nothing where it has more than 64 bits.
+// Returns the number rounded to an integer; nothing if its magnitude exceeds 64 bits.
 std::optional<Number> rounded(const Number& number) {
   Number whole = number;
   whole.kind = Number::Kind::Integer;
   if (number.kind == Number::Kind::Money)
     whole.magnitude = dividedToEven(number.magnitude, kMoneyUnit);
   if (number.kind == Number::Kind::Real) {
+    // nearbyint rounds halves to even in the default mode. The test is negated to refuse NaN too.
     const double nearest = std::nearbyint(std::fabs(number.real));
     if (!(nearest < kTwoTo64)) return std::nullopt;
     whole.magnitude = static_cast<std::uint64_t>(nearest);
   }
+  // -0.4 becomes 0, which fits into an unsigned kind; "-0" must not be refused there.
   if (whole.magnitude == 0) whole.negative = false;
   return whole;
 }
 
 std::optional<std::int64_t> withSign(std::uint64_t magnitude, bool negative) {
+  // The lowest number has a magnitude that no positive number has.
   constexpr std::uint64_t kLimit = std::uint64_t{1} << 63;
   if (magnitude > kLimit || (magnitude == kLimit && !negative)) return std::nullopt;
   return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
 }
 
-/// A number whose text has been taken apart: digits, of which `decimals` stand behind the point.
+// The parts of a number's text.
 struct Spelling {
-  std::string plain;  // digits, a point, an exponent, as std::from_chars reads them
-  std::string digits;
+  std::string plain;   // digits, a point and an exponent, in the form of the C locale
+  std::string digits;  // all digits, the last `decimals` of which follow the point
   std::size_t decimals = 0;
   bool negative = false;
   bool exponent = false;
 };
 
-bool isBlank(char16_t unit) { return unit == u' ' || unit == u'\t' || unit == 0xA0; }
-bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-
-// Some locales group by one of several blanks, which look alike to who types them.
+// Some locales group by a no-break space or a narrow one. They look like the blank that a user
+// types, so all three are accepted there.
 bool isGroup(char16_t unit, char16_t group) {
-  const auto narrow = [](char16_t each) { return each == u' ' || each == 0xA0 || each == 0x202F; };
-  return unit == group || (narrow(unit) && narrow(group));
+  const auto blank = [](char16_t each) { return each == u' ' || each == 0xA0 || each == 0x202F; };
+  return unit == group || (blank(unit) && blank(group));
 }
 
+// Takes the text of a number apart.
 class Speller {
  public:
   Speller(std::u16string_view text, NumberSigns signs) : rest_(text), signs_(signs) {}
 
   std::optional<Spelling> read() {
     trim();
+    // Brackets and a sign exclude each other, and a sign is read on one side only.
     const bool bracket = rest_.size() > 2 && rest_.front() == u'(' && rest_.back() == u')';
     if (bracket) rest_ = rest_.substr(1, rest_.size() - 2);
     const bool sign = !bracket && takeSign();
     readDigits();
     readFraction();
     if (out_.digits.empty() || !readExponent()) return std::nullopt;
-    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+    while (!rest_.empty() && isInlineBlank(rest_.front())) rest_.remove_prefix(1);
     if (!sign && !bracket) takeSign();
     if (!rest_.empty()) return std::nullopt;
     out_.negative = out_.negative || bracket;
@@ -88,15 +95,15 @@ class Speller {
 
  private:
   void trim() {
-    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
-    while (!rest_.empty() && isBlank(rest_.back())) rest_.remove_suffix(1);
+    while (!rest_.empty() && isInlineBlank(rest_.front())) rest_.remove_prefix(1);
+    while (!rest_.empty() && isInlineBlank(rest_.back())) rest_.remove_suffix(1);
   }
 
   bool takeSign() {
     if (rest_.empty() || (rest_.front() != u'-' && rest_.front() != u'+')) return false;
     out_.negative = rest_.front() == u'-';
     rest_.remove_prefix(1);
-    while (!rest_.empty() && isBlank(rest_.front())) rest_.remove_prefix(1);
+    while (!rest_.empty() && isInlineBlank(rest_.front())) rest_.remove_prefix(1);
     return true;
   }
 
@@ -109,6 +116,7 @@ class Speller {
     return true;
   }
 
+  // A group separator is accepted between any two digits; users do not count the digits of a group.
   void readDigits() {
     while (takeDigit()) {
       const bool grouped = rest_.size() > 1 && isGroup(rest_[0], signs_.group) && isDigit(rest_[1]);
@@ -119,7 +127,7 @@ class Speller {
   void readFraction() {
     if (rest_.empty() || rest_.front() != signs_.decimal) return;
     rest_.remove_prefix(1);
-    if (out_.plain.empty()) out_.plain += '0';
+    if (out_.plain.empty()) out_.plain += '0';  // for ".5"
     out_.plain += '.';
     while (takeDigit()) ++out_.decimals;
     if (out_.decimals == 0) out_.plain.pop_back();
@@ -137,7 +145,7 @@ class Speller {
     const std::size_t start = out_.plain.size();
     for (; !rest_.empty() && isDigit(rest_.front()); rest_.remove_prefix(1))
       out_.plain += static_cast<char>(rest_.front());
-    return out_.plain.size() > start;
+    return out_.plain.size() > start;  // "1e" is not a number
   }
 
   std::u16string_view rest_;
@@ -145,20 +153,22 @@ class Speller {
   Spelling out_;
 };
 
+// The program's locale may have another decimal separator, so strtod would misread the point.
 double realOf(const Spelling& spelling) {
   static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
   const double value = strtod_l(spelling.plain.c_str(), nullptr, plain);
   return spelling.negative ? -value : value;
 }
 
-/// The digits as an exact count of units or of ten-thousandths; false if they are too many.
+// Stores the digits as an exact number, an integer or one of ten-thousandths. Returns false if they
+// are too many for that. A long integer and an amount of money would lose digits as a double.
 bool readExact(const Spelling& spelling, Number& number) {
   if (spelling.exponent || spelling.decimals > 4) return false;
   std::string digits = spelling.digits;
   number.kind = Number::Kind::Integer;
   if (spelling.decimals > 0) {
     number.kind = Number::Kind::Money;
-    digits.append(4 - spelling.decimals, '0');
+    digits.append(4 - spelling.decimals, '0');  // 1.5 is 15000 ten-thousandths
   }
   const char* end = digits.data() + digits.size();
   return std::from_chars(digits.data(), end, number.magnitude).ec == std::errc();
@@ -174,7 +184,8 @@ int order(T a, T b) {
   return a < b ? -1 : a > b ? 1 : 0;
 }
 
-/// Two magnitudes of which none is a real number.
+// Compares the magnitudes of two numbers that are not real. An integer is compared with the whole
+// part of an amount, because it might overflow when multiplied.
 int compareExact(const Number& a, const Number& b) {
   if (a.kind == b.kind) return order(a.magnitude, b.magnitude);
   const bool moneyLeft = a.kind == Number::Kind::Money;
@@ -185,14 +196,15 @@ int compareExact(const Number& a, const Number& b) {
   return moneyLeft ? result : -result;
 }
 
-// A long double holds every 64-bit integer and every double.
+// A long double has at least 64 bits of mantissa here, so it holds every 64-bit integer and double.
 long double comparable(const Number& number) {
+  // Money compares with a real as its nearest double, so that 0.1 equals 1000 ten-thousandths.
   if (number.kind != Number::Kind::Integer) return number.real;
   const auto magnitude = static_cast<long double>(number.magnitude);
   return number.negative ? -magnitude : magnitude;
 }
 
-/// The bytes that a value of the kind takes; 0 for a kind that is not known or has none.
+// Returns the number of bytes of a value of the kind; 0 if the kind is unknown or has no value.
 std::size_t sizeOfKind(VARTYPE type) {
   switch (type) {
     case VT_I1:
@@ -225,14 +237,15 @@ std::size_t sizeOfKind(VARTYPE type) {
 
 }  // namespace
 
-std::optional<VARIANT> valueBehind(const VARIANT& value) {
+std::optional<VARIANT> dereferenced(const VARIANT& value) {
   if ((value.vt & VT_BYREF) == 0) return value;
-  VARIANT behind;
-  behind.vt = static_cast<VARTYPE>(value.vt & ~VT_BYREF);
-  const std::size_t size = sizeOfKind(behind.vt);
+  VARIANT target;
+  target.vt = static_cast<VARTYPE>(value.vt & ~VT_BYREF);
+  const std::size_t size = sizeOfKind(target.vt);
   if (size == 0 || value.byref == nullptr) return std::nullopt;
-  std::memcpy(&behind.llVal, value.byref, size);
-  return behind;
+  // Exactly the size of the kind: the variable that is referred to has no more bytes.
+  std::memcpy(&target.llVal, value.byref, size);
+  return target;
 }
 
 Number numberFromSigned(std::int64_t value) {
@@ -292,6 +305,7 @@ std::optional<Number> numberFromText(std::u16string_view text, NumberSigns signs
   Number number;
   number.real = realOf(*spelling);
   number.negative = spelling->negative;
+  // With an exponent, more than four decimals or too many digits, only the double is left.
   if (!readExact(*spelling, number)) number = numberFromReal(number.real);
   return number;
 }
@@ -314,6 +328,7 @@ std::optional<CY> toMoney(const Number& number) {
     if (units > std::numeric_limits<std::uint64_t>::max() / kMoneyUnit) return std::nullopt;
     units *= kMoneyUnit;
   } else if (number.kind == Number::Kind::Real) {
+    // Computed in double: an amount beyond 2^53 ten-thousandths loses its last digits here.
     const double scaled = std::nearbyint(std::fabs(number.real) * kMoneyUnit);
     if (!(scaled < kTwoTo64)) return std::nullopt;
     units = static_cast<std::uint64_t>(scaled);
@@ -323,9 +338,9 @@ std::optional<CY> toMoney(const Number& number) {
 }
 
 int compareNumbers(const Number& a, const Number& b) {
-  const bool noNumberA = std::isnan(a.real);
-  const bool noNumberB = std::isnan(b.real);
-  if (noNumberA || noNumberB) return order(!noNumberA, !noNumberB);
+  const bool isNanA = std::isnan(a.real);
+  const bool isNanB = std::isnan(b.real);
+  if (isNanA || isNanB) return order(!isNanA, !isNanB);
   if (a.kind == Number::Kind::Real || b.kind == Number::Kind::Real)
     return order(comparable(a), comparable(b));
   const int signA = signOf(a);
@@ -336,7 +351,7 @@ int compareNumbers(const Number& a, const Number& b) {
 
 std::u16string textFromReal(double value, int digits, NumberSigns signs) {
   char narrow[40];
-  const double shown = value == 0 ? 0.0 : value;  // no sign in front of zero
+  const double shown = value == 0 ? 0.0 : value;  // without the sign of -0.0
   const auto written =
       std::to_chars(narrow, narrow + sizeof narrow, shown, std::chars_format::general, digits);
   std::u16string text;
@@ -347,6 +362,7 @@ std::u16string textFromReal(double value, int digits, NumberSigns signs) {
 
 std::u16string textFromMoney(CY amount, NumberSigns signs) {
   const std::uint64_t magnitude = magnitudeOf(amount.int64);
+  // 10000 is added and its 1 cut off again, which keeps the leading zeros of the fraction.
   std::string fraction = std::to_string(magnitude % kMoneyUnit + kMoneyUnit).substr(1);
   fraction.resize(fraction.find_last_not_of('0') + 1);
   std::string narrow = (amount.int64 < 0 ? "-" : "") + std::to_string(magnitude / kMoneyUnit);

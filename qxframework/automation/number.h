@@ -1,7 +1,7 @@
 #pragma once
 
-// The number that a value of any kind stands for, exact where the kind is: what conversions and
-// comparisons between kinds go through.
+// The number in a value of any kind. Conversions and comparisons between kinds go through Number,
+// which is exact for every kind that is exact itself.
 
 #include "qxframework/automation/user_locale.h"
 #include "qxframework/automation/variant.h"
@@ -12,8 +12,10 @@
 
 namespace qx {
 
+/// A number with the precision of its origin.
 struct Number {
-  /// Integer and Money are exact: sign and magnitude, Money in ten-thousandths.
+  /// Integer and Money are exact: `negative` and `magnitude`, which counts ten-thousandths for
+  /// Money. Real has its value in `real` and its sign in `negative`; its magnitude is 0.
   enum class Kind { Integer, Money, Real };
 
   Kind kind = Kind::Integer;
@@ -22,32 +24,35 @@ struct Number {
   double real = 0;  // the nearest double, for every kind
 };
 
-/// The value itself, or the one that a VT_BYREF value points at, borrowed either way; nothing for a
-/// null pointer or a kind that is not known.
-std::optional<VARIANT> valueBehind(const VARIANT& value);
+/// Returns the value itself, or for VT_BYREF the value that it points to. The result borrows texts
+/// and objects. Returns nothing for a null pointer or an unknown kind.
+std::optional<VARIANT> dereferenced(const VARIANT& value);
 
 Number numberFromSigned(std::int64_t value);
 Number numberFromUnsigned(std::uint64_t value);
 Number numberFromMoney(CY amount);
 Number numberFromReal(double value);
-/// The number of an integer, real, money, date or boolean value; 0 for VT_EMPTY, nothing for the
-/// other kinds.
+/// Returns the number of an integer, real, money, date or boolean value, and 0 for VT_EMPTY.
+/// Returns nothing for the other kinds.
 std::optional<Number> numberOf(const VARIANT& value);
-/// Reads a number with the locale's signs between blanks: a sign in front or behind or brackets for
-/// a negative one, groups, a fraction, an exponent. One that is too large reads as infinite.
+/// Reads a number with the separators `signs`; blanks may surround it. It may have a leading or a
+/// trailing sign or brackets for a negative number, groups, a fraction and an exponent. A number
+/// beyond the range of double is infinite. Returns nothing for any other text.
 std::optional<Number> numberFromText(std::u16string_view text, NumberSigns signs);
 
-/// The nearest integer, of two the even one; nothing outside `low`..`high`.
+/// Return the nearest integer, halves rounded to even; nothing outside `low`..`high`.
 std::optional<std::int64_t> toInteger(const Number& number, std::int64_t low, std::int64_t high);
 std::optional<std::uint64_t> toUnsigned(const Number& number, std::uint64_t high);
+/// Returns the amount, rounded to ten-thousandths with halves to even; nothing if it does not fit.
 std::optional<CY> toMoney(const Number& number);
 
-/// -1, 0 or 1 by value. What is not a number comes before all numbers and equals itself.
+/// Returns -1, 0 or 1 by value. NaN precedes all numbers and equals itself.
 int compareNumbers(const Number& a, const Number& b);
 
-/// `digits` significant digits at most, with an exponent like "1E+20" where that is shorter.
+/// Returns `value` with at most `digits` significant digits, and with an exponent as in "1E+20"
+/// where the C library's %g writes one.
 std::u16string textFromReal(double value, int digits, NumberSigns signs);
-/// At most four decimals, no zeros at the end.
+/// Returns the amount with at most four decimals, without trailing zeros.
 std::u16string textFromMoney(CY amount, NumberSigns signs);
 
 }  // namespace qx

@@ -7,68 +7,15 @@
 #include <time.h>
 
 #include <chrono>
+#include <cmath>
 #include <ctime>
+#include <optional>
 #include <string>
 
 namespace qx {
 namespace {
 
-constexpr int kSecondsOfDay = 86400;
-
-// 1899-12-30 counted from 1970-01-01.
-constexpr int kFirstDay = -25569;
-
-bool isTimeOfDay(const CivilTime& time) {
-  return time.hour >= 0 && time.hour < 24 && time.minute >= 0 && time.minute < 60 &&
-         time.second >= 0 && time.second < 60;
-}
-
-}  // namespace
-
-std::optional<DATE> dateFromCivil(const CivilTime& time) {
-  if (time.year < 100 || time.year > 9999 || time.month < 1 || time.day < 1) return std::nullopt;
-  const std::chrono::year_month_day day(std::chrono::year(time.year),
-                                        std::chrono::month(static_cast<unsigned>(time.month)),
-                                        std::chrono::day(static_cast<unsigned>(time.day)));
-  if (time.month > 12 || time.day > 31 || !day.ok() || !isTimeOfDay(time)) return std::nullopt;
-  const auto days =
-      static_cast<int>(std::chrono::sys_days(day).time_since_epoch().count()) - kFirstDay;
-  const int seconds = (time.hour * 60 + time.minute) * 60 + time.second;
-  const double part = static_cast<double>(seconds) / kSecondsOfDay;
-  return days < 0 ? days - part : days + part;
-}
-
-std::optional<CivilTime> civilFromDate(DATE date) {
-  if (!(date > kFirstDate - 1.0 && date < kEndOfDates)) return std::nullopt;
-  auto days = static_cast<int>(date);
-  auto seconds = static_cast<int>(std::lround(std::fabs(date - days) * kSecondsOfDay));
-  if (seconds == kSecondsOfDay) {
-    ++days;
-    seconds = 0;
-  }
-  if (days >= static_cast<int>(kEndOfDates)) return std::nullopt;
-  const std::chrono::year_month_day day{std::chrono::sys_days(std::chrono::days(days + kFirstDay))};
-  return CivilTime{static_cast<int>(day.year()),
-                   static_cast<int>(static_cast<unsigned>(day.month())),
-                   static_cast<int>(static_cast<unsigned>(day.day())),
-                   seconds / 3600,
-                   seconds / 60 % 60,
-                   seconds % 60};
-}
-
-std::optional<CivilTime> localTime(std::int64_t unixSeconds) {
-  const auto moment = static_cast<std::time_t>(unixSeconds);
-  std::tm parts{};
-  if (localtime_r(&moment, &parts) == nullptr) return std::nullopt;
-  const int second =
-      parts.tm_sec > 59 ? 59 : parts.tm_sec;  // a leap second has no place of its own
-  return CivilTime{parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
-                   parts.tm_hour,        parts.tm_min,     second};
-}
-
-namespace {
-
-/// The moment as the C library has it, with the day of the week and of the year.
+// Returns the parts in the form of the C library, with the day of the week and of the year.
 std::tm toTm(const CivilTime& time) {
   const std::chrono::year year(time.year);
   const std::chrono::sys_days day = year / time.month / time.day;
@@ -90,13 +37,14 @@ std::tm toTm(const CivilTime& time) {
 
 namespace {
 
-// A span may reach from the first date to the last.
+// The longest span in days, which is two less than from the first date to the last.
 constexpr double kMaxDaysInSpan = 3615897.0;
 
 using SpanStatus = COleDateTimeSpan::DateTimeSpanStatus;
 using DateStatus = COleDateTime::DateTimeStatus;
 
-/// What a calculation has when its operands have these, as a number: null wins over invalid.
+// Returns the status of a result as a number: null if an operand is null, else invalid if one is
+// invalid. Dates and spans share the numbers, but not the enumeration.
 template <class A, class B>
 int joinedStatus(A a, B b) {
   if (a == A::null || b == B::null) return static_cast<int>(A::null);
@@ -107,12 +55,15 @@ int joinedStatus(A a, B b) {
 }  // namespace
 
 void COleDateTimeSpan::checkRange() {
+  // Negated, so that NaN is invalid too.
   if (!(std::fabs(m_span) <= kMaxDaysInSpan)) m_status = invalid;
 }
 
 std::int64_t COleDateTimeSpan::totalSeconds() const {
+  // Rounded, since 30 days as the difference of two doubles may be a little less than 30.
   const double seconds = m_span * 86400.0;
-  return std::fabs(seconds) < 1e18 ? std::llround(seconds) : 0;  // too long for parts
+  // An invalid span can be too long for an integer, or NaN; its parts are 0.
+  return std::fabs(seconds) < 1e18 ? std::llround(seconds) : 0;
 }
 
 void COleDateTimeSpan::SetDateTimeSpan(long days, int hours, int minutes, int seconds) {
@@ -122,6 +73,7 @@ void COleDateTimeSpan::SetDateTimeSpan(long days, int hours, int minutes, int se
 }
 
 COleDateTimeSpan COleDateTimeSpan::operator+(const COleDateTimeSpan& other) const {
+  // The constructor may find the sum out of range; an operand that is not valid overrides that.
   COleDateTimeSpan sum(m_span + other.m_span);
   const int status = joinedStatus(m_status, other.m_status);
   if (status != valid) sum.m_status = static_cast<SpanStatus>(status);
@@ -208,11 +160,13 @@ CString COleDateTime::Format(const OLECHAR* format) const {
   if (!GetAsCivilTime(time)) return CString(u"Invalid DateTime");
   static const locale_t english = newlocale(LC_ALL_MASK, "C", nullptr);
   const std::tm parts = qx::toTm(time);
-  // A leading mark tells an empty text from one that found no room.
+  // strftime returns 0 both for an empty text and for too little room. The leading mark makes every
+  // text longer than 0, so that 0 always means too little room.
   const std::string marked = "." + qx::toUtf8(qx::viewOf(format));
   std::string text(marked.size() * 4 + 64, '\0');
   std::size_t length = 0;
   while ((length = strftime_l(text.data(), text.size(), marked.c_str(), &parts, english)) == 0) {
+    // Far beyond the longest text that the conversions can write: something else is wrong.
     if (text.size() > marked.size() * 1024 + 65536) return CString();
     text.resize(text.size() * 4);
   }

@@ -1,56 +1,36 @@
 #pragma once
 
-// Dates as a double: whole days since 1899-12-30 in front of the point, the part of the day behind
-// it. Before that day the fraction still counts forward from midnight, so that -1.25 is six in the
-// morning of 1899-12-29: the numbers are not in order there, and arithmetic goes through a linear
-// count of days.
+// Dates and spans with a status, and their arithmetic. Doubles before 1899-12-30 are not in the
+// order of time (see civil_time.h), so arithmetic and comparison go through a linear count of days.
 
+#include "qxframework/automation/civil_time.h"
 #include "qxframework/automation/types.h"
 #include "qxframework/automation/wide_string.h"
 
 #include <cmath>
 #include <cstdint>
-#include <optional>
-#include <string_view>
 
 namespace qx {
 
-/// The parts of a date in the Gregorian calendar.
-struct CivilTime {
-  int year = 0;
-  int month = 0;
-  int day = 0;
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
-  friend bool operator==(const CivilTime&, const CivilTime&) = default;
-};
-
-inline constexpr DATE kFirstDate = -657434.0;   // 0100-01-01
-inline constexpr DATE kEndOfDates = 2958466.0;  // 10000-01-01, which is none any more
-
-/// The date of the parts; nothing when there is no such day or time, or the year is not 100..9999.
-QX_API std::optional<DATE> dateFromCivil(const CivilTime& time);
-/// The parts of the date, to the nearest second; nothing outside the years 100..9999.
-QX_API std::optional<CivilTime> civilFromDate(DATE date);
-/// Days and part of a day in proper order, and back.
+/// Returns the days since 1899-12-30 with the part of the day added, so that the results are in the
+/// order of time.
 inline double linearDays(DATE date) {
   return date >= 0 ? date : std::ceil(date) - (date - std::ceil(date));
 }
+/// Returns the date of a linear count of days; the inverse of linearDays.
 inline DATE dateFromLinear(double days) {
   return days >= 0 ? days : std::floor(days) - (days - std::floor(days));
 }
-/// The local time of the seconds since 1970-01-01 UTC.
-QX_API std::optional<CivilTime> localTime(std::int64_t unixSeconds);
 
 }  // namespace qx
 
-/// A stretch of time: a double of days and a status.
+/// A span of time: a double of days and a status.
 class QX_API COleDateTimeSpan {
  public:
   enum DateTimeSpanStatus { valid = 0, invalid = 1, null = 2 };
 
   COleDateTimeSpan() = default;
+  /// A span of `days`; invalid if it is longer than the range of dates.
   COleDateTimeSpan(double days) : m_span(days) { checkRange(); }
   COleDateTimeSpan(long days, int hours, int minutes, int seconds) {
     SetDateTimeSpan(days, hours, minutes, seconds);
@@ -58,14 +38,16 @@ class QX_API COleDateTimeSpan {
 
   DateTimeSpanStatus GetStatus() const { return m_status; }
   void SetStatus(DateTimeSpanStatus status) { m_status = status; }
+  /// Sets the sum of the parts, which need not be in the range of a day; the status becomes valid,
+  /// or invalid if the span is longer than the range of dates.
   void SetDateTimeSpan(long days, int hours, int minutes, int seconds);
 
-  /// The whole in one unit, to the nearest second and then cut towards zero.
+  /// Return the whole span in one unit, rounded to the nearest second and then cut towards zero.
   double GetTotalDays() const { return static_cast<double>(totalSeconds() / 86400); }
   double GetTotalHours() const { return static_cast<double>(totalSeconds() / 3600); }
   double GetTotalMinutes() const { return static_cast<double>(totalSeconds() / 60); }
   double GetTotalSeconds() const { return static_cast<double>(totalSeconds()); }
-  /// The parts; all have the sign of the span.
+  /// Return the parts, which all have the sign of the span.
   long GetDays() const { return static_cast<long>(totalSeconds() / 86400); }
   long GetHours() const { return static_cast<long>(totalSeconds() / 3600 % 24); }
   long GetMinutes() const { return static_cast<long>(totalSeconds() / 60 % 60); }
@@ -78,7 +60,7 @@ class QX_API COleDateTimeSpan {
   COleDateTimeSpan& operator-=(const COleDateTimeSpan& other) { return *this = *this - other; }
   operator double() const { return m_span; }
 
-  /// Spans that are not valid are equal when both are null, and are never in order.
+  /// Two spans that are not valid are equal if both are null; neither is less than the other.
   friend QX_API bool operator==(const COleDateTimeSpan& a, const COleDateTimeSpan& b);
   friend QX_API bool operator<(const COleDateTimeSpan& a, const COleDateTimeSpan& b);
   friend bool operator!=(const COleDateTimeSpan& a, const COleDateTimeSpan& b) { return !(a == b); }
@@ -102,11 +84,12 @@ class QX_API COleDateTime {
   enum DateTimeStatus { error = -1, valid = 0, invalid = 1, null = 2 };
 
   COleDateTime() = default;
+  /// Takes `date`; the status is invalid outside the years 100..9999.
   COleDateTime(DATE date);
   COleDateTime(int year, int month, int day, int hour, int minute, int second) {
     SetDateTime(year, month, day, hour, minute, second);
   }
-  /// The local time of the seconds since 1970-01-01 UTC.
+  /// Returns the local time of a number of seconds since 1970-01-01 UTC.
   static COleDateTime FromUnixTime(std::int64_t seconds);
 
   DateTimeStatus GetStatus() const { return m_status; }
@@ -118,24 +101,26 @@ class QX_API COleDateTime {
   int GetHour() const;
   int GetMinute() const;
   int GetSecond() const;
-  /// 1 is Sunday.
+  /// Returns 1 for Sunday to 7 for Saturday.
   int GetDayOfWeek() const;
-  /// 1 is the first of January.
+  /// Returns 1 for the first of January.
   int GetDayOfYear() const;
+  /// Stores the parts in `time`. Returns false and stores nothing if the date is not valid.
   bool GetAsCivilTime(qx::CivilTime& time) const;
 
-  /// The new status, as a number. A date that does not exist makes the status invalid and leaves
-  /// the double as it was.
+  /// Sets the date and returns the new status as a number. A date that does not exist makes the
+  /// status invalid and keeps the double.
   int SetDateTime(int year, int month, int day, int hour, int minute, int second);
   int SetDate(int year, int month, int day) { return SetDateTime(year, month, day, 0, 0, 0); }
-  /// A time without a day: on 1899-12-30.
+  /// Sets a time without a day, that is, on 1899-12-30.
   int SetTime(int hour, int minute, int second) {
     return SetDateTime(1899, 12, 30, hour, minute, second);
   }
-  /// Reads the date forms of the conversion from text; false and invalid if it does not read.
+  /// Reads the forms of dateFromText. Returns false and makes the date invalid and 0 for other
+  /// texts.
   bool ParseDateTime(const OLECHAR* text);
-  /// By the conversions of strftime, with English names. Empty for a null date, "Invalid DateTime"
-  /// for an invalid one.
+  /// Formats by the conversions of strftime, with English names. Returns an empty text for a null
+  /// date and "Invalid DateTime" for an invalid one.
   CString Format(const OLECHAR* format) const;
 
   COleDateTime operator+(const COleDateTimeSpan& span) const;
@@ -145,7 +130,7 @@ class QX_API COleDateTime {
   COleDateTimeSpan operator-(const COleDateTime& other) const;
   operator DATE() const { return m_dt; }
 
-  /// Dates that are not valid are equal when both are null, and are never in order.
+  /// Two dates that are not valid are equal if both are null; neither precedes the other.
   friend QX_API bool operator==(const COleDateTime& a, const COleDateTime& b);
   friend QX_API bool operator<(const COleDateTime& a, const COleDateTime& b);
   friend bool operator!=(const COleDateTime& a, const COleDateTime& b) { return !(a == b); }

@@ -8,62 +8,7 @@ namespace {
 
 using qx::CivilTime;
 
-TEST(CivilDate, TheCountStartsOnTheThirtiethOfDecember1899) {
-  EXPECT_EQ(qx::dateFromCivil({1899, 12, 30, 0, 0, 0}), 0.0);
-  EXPECT_EQ(qx::dateFromCivil({1899, 12, 31, 0, 0, 0}), 1.0);
-  EXPECT_EQ(qx::dateFromCivil({1900, 1, 1, 12, 0, 0}), 2.5);
-  EXPECT_EQ(qx::dateFromCivil({2024, 1, 31, 0, 0, 0}), 45322.0);
-  EXPECT_EQ(qx::dateFromCivil({1970, 1, 1, 0, 0, 0}), 25569.0);
-}
-
-TEST(CivilDate, BeforeTheStartTheFractionCountsForwardFromMidnight) {
-  EXPECT_EQ(qx::dateFromCivil({1899, 12, 29, 6, 0, 0}), -1.25);
-  EXPECT_EQ(qx::civilFromDate(-1.25), (CivilTime{1899, 12, 29, 6, 0, 0}));
-  EXPECT_EQ(qx::civilFromDate(-0.25), (CivilTime{1899, 12, 30, 6, 0, 0}));
-  EXPECT_EQ(qx::civilFromDate(-1.99999999), (CivilTime{1899, 12, 30, 0, 0, 0}));
-}
-
-TEST(CivilDate, TheRangeEndsAtTheYears100And9999) {
-  EXPECT_EQ(qx::dateFromCivil({100, 1, 1, 0, 0, 0}), -657434.0);
-  EXPECT_EQ(qx::dateFromCivil({99, 12, 31, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({9999, 12, 31, 0, 0, 0}), 2958465.0);
-  EXPECT_EQ(qx::dateFromCivil({10000, 1, 1, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::civilFromDate(-657434.75), (CivilTime{100, 1, 1, 18, 0, 0}));
-  EXPECT_EQ(qx::civilFromDate(-657435.0), std::nullopt);
-  EXPECT_EQ(qx::civilFromDate(2958465.9999), (CivilTime{9999, 12, 31, 23, 59, 51}));
-  EXPECT_EQ(qx::civilFromDate(2958465.9999999999), std::nullopt) << "rounds into the year 10000";
-  EXPECT_EQ(qx::civilFromDate(std::numeric_limits<double>::quiet_NaN()), std::nullopt);
-  EXPECT_EQ(qx::civilFromDate(std::numeric_limits<double>::infinity()), std::nullopt);
-}
-
-TEST(CivilDate, ImpossiblePartsAreNoDate) {
-  EXPECT_EQ(qx::dateFromCivil({2023, 2, 29, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({1900, 2, 29, 0, 0, 0}), std::nullopt);
-  EXPECT_TRUE(qx::dateFromCivil({2000, 2, 29, 0, 0, 0}));
-  EXPECT_EQ(qx::dateFromCivil({2024, 0, 1, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({2024, 13, 1, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({2024, 257, 1, 0, 0, 0}), std::nullopt) << "257 is 1 in 8 bits";
-  EXPECT_EQ(qx::dateFromCivil({2024, 1, 257, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({2024, 1, 0, 0, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({2024, 1, 1, 24, 0, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({2024, 1, 1, 0, 60, 0}), std::nullopt);
-  EXPECT_EQ(qx::dateFromCivil({2024, 1, 1, 0, 0, -1}), std::nullopt);
-}
-
-TEST(CivilDate, EveryDayAndSecondReadsBack) {
-  int step = 0;
-  for (int day = -657434; day <= 2958465; day += 97, ++step) {
-    const int seconds = static_cast<int>(step * 7919LL % 86400);
-    const double part = seconds / 86400.0;
-    const DATE date = day < 0 ? day - part : day + part;
-    const auto time = qx::civilFromDate(date);
-    ASSERT_TRUE(time) << date;
-    EXPECT_EQ(time->hour * 3600 + time->minute * 60 + time->second, seconds) << date;
-    EXPECT_EQ(qx::dateFromCivil(*time), date);
-  }
-}
-
-TEST(LinearDays, BringNegativeDatesIntoOrder) {
+TEST(LinearDays, AreInTheOrderOfTime) {
   EXPECT_EQ(qx::linearDays(1.25), 1.25);
   EXPECT_EQ(qx::linearDays(-1.25), -0.75);
   EXPECT_EQ(qx::linearDays(-1.0), -1.0);
@@ -84,7 +29,7 @@ TEST(OleDateTime, TakesADoubleInItsRange) {
   EXPECT_EQ(COleDateTime(3e6).GetStatus(), COleDateTime::invalid);
 }
 
-TEST(OleDateTime, APartOfWhatIsNotValidIsMinusOne) {
+TEST(OleDateTime, PartsOfADateThatIsNotValidAreMinusOne) {
   COleDateTime date(45322.5);
   date.SetStatus(COleDateTime::null);
   EXPECT_EQ(date.GetYear(), -1);
@@ -97,7 +42,7 @@ TEST(OleDateTime, APartOfWhatIsNotValidIsMinusOne) {
   EXPECT_EQ(date.GetDayOfYear(), -1);
 }
 
-TEST(OleDateTime, AnImpossibleDateIsInvalidAndLeavesTheDouble) {
+TEST(OleDateTime, AnImpossibleDateIsInvalidAndKeepsTheDouble) {
   EXPECT_EQ(COleDateTime(2023, 2, 29, 0, 0, 0).GetStatus(), COleDateTime::invalid);
   COleDateTime date(7.0);
   EXPECT_EQ(date.SetDateTime(0, 0, 0, 0, 0, 0), 1);
@@ -128,7 +73,7 @@ TEST(OleDateTime, LeavingTheRangeMakesItInvalid) {
   EXPECT_EQ(date.GetStatus(), COleDateTime::invalid);
 }
 
-TEST(OleDateTime, ANullOperandGivesANullResultBeforeAnInvalidOneCounts) {
+TEST(OleDateTime, ANullOperandTakesPrecedenceOverAnInvalidOne) {
   COleDateTime null;
   null.SetStatus(COleDateTime::null);
   COleDateTimeSpan invalid;
@@ -149,7 +94,7 @@ TEST(OleDateTime, ComparesInTheOrderOfTime) {
   EXPECT_TRUE(morning != evening);
 }
 
-TEST(OleDateTime, WhatIsNotValidIsInNoOrder) {
+TEST(OleDateTime, DatesThatAreNotValidAreInNoOrder) {
   COleDateTime null;
   null.SetStatus(COleDateTime::null);
   COleDateTime invalid;
@@ -158,6 +103,7 @@ TEST(OleDateTime, WhatIsNotValidIsInNoOrder) {
   EXPECT_FALSE(invalid == invalid);
   EXPECT_FALSE(null == COleDateTime(0.0));
   EXPECT_FALSE(null < COleDateTime(1.0));
+  EXPECT_FALSE(invalid < COleDateTime(1.0));
   EXPECT_FALSE(COleDateTime(1.0) < null);
 }
 
@@ -179,7 +125,7 @@ TEST(OleDateTime, FormatsByTheUsualConversions) {
   EXPECT_EQ(date.Format(nullptr), u"");
 }
 
-TEST(OleDateTime, FormatsWhatIsNotValidAsAWord) {
+TEST(OleDateTime, FormatsNullAsNothingAndInvalidAsAMessage) {
   COleDateTime date;
   date.SetStatus(COleDateTime::null);
   EXPECT_EQ(date.Format(u"%Y"), u"");
@@ -187,16 +133,17 @@ TEST(OleDateTime, FormatsWhatIsNotValidAsAWord) {
   EXPECT_EQ(date.Format(u"%Y"), u"Invalid DateTime");
 }
 
-TEST(OleDateTime, FollowsTheSystemsTimeInTheLocalZone) {
+TEST(OleDateTime, TakesTheLocalTimeOfUnixSeconds) {
   const std::int64_t noon = 1706702400;  // 2024-01-31 12:00:00 UTC
   const auto parts = qx::localTime(noon);
   ASSERT_TRUE(parts);
-  EXPECT_EQ(parts->year, 2024);
-  COleDateTime date = COleDateTime::FromUnixTime(noon);
+  const COleDateTime date = COleDateTime::FromUnixTime(noon);
   CivilTime read;
   ASSERT_TRUE(date.GetAsCivilTime(read));
   EXPECT_EQ(read, *parts);
   EXPECT_EQ((COleDateTime::FromUnixTime(noon + 3600) - date).GetTotalSeconds(), 3600.0);
+  EXPECT_EQ(COleDateTime::FromUnixTime(std::numeric_limits<std::int64_t>::max()).GetStatus(),
+            COleDateTime::invalid);
 }
 
 TEST(OleDateTimeSpan, PartsHaveTheSignOfTheWhole) {
@@ -238,7 +185,7 @@ TEST(OleDateTimeSpan, AddsSubtractsAndCompares) {
   EXPECT_TRUE(span >= span);
 }
 
-TEST(OleDateTimeSpan, TooLongIsInvalid) {
+TEST(OleDateTimeSpan, ATooLongSpanIsInvalid) {
   EXPECT_EQ(COleDateTimeSpan(4e6).GetStatus(), COleDateTimeSpan::invalid);
   EXPECT_EQ(COleDateTimeSpan(std::numeric_limits<double>::quiet_NaN()).GetStatus(),
             COleDateTimeSpan::invalid);

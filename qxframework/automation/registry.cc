@@ -21,7 +21,7 @@ constexpr std::array<std::u16string_view, 3> kRoots{u"HKEY_CLASSES_ROOT", u"HKEY
                                                     u"HKEY_LOCAL_MACHINE"};
 constexpr std::u16string_view kServerKey = u"\\inprocserver32";
 
-/// The installed registry, if the build names one, and the way there from the library's folder.
+// The path of the installed registry, if the build names one, absolute and relative to the library.
 #ifdef QX_DEFAULT_REGISTRY
 constexpr const char* kInstalled = QX_DEFAULT_REGISTRY;
 constexpr const char* kFromLibrary = QX_REGISTRY_FROM_LIBRARY;
@@ -36,8 +36,10 @@ std::u16string_view withoutEndingBackslashes(std::u16string_view key) {
   return key;
 }
 
-/// What a value is filed under. Lower case of the upper case folds as comparisons do.
+// Returns the index of a value. Upper case and then lower case equates the texts that a comparison
+// without case equates; lower case alone would keep the two small sigmas apart.
 std::u16string indexOf(std::u16string_view path, std::u16string_view valueName) {
+  // A line feed separates path and name, because a backslash would confuse a name with a sub-key.
   std::u16string text(withoutEndingBackslashes(path));
   text.append(1, u'\n').append(valueName);
   return toLower(toUpper(text));
@@ -48,6 +50,8 @@ std::filesystem::path environmentPath(const char* name) {
   return value != nullptr ? value : "";
 }
 
+// Returns the path of the user's registry; empty if the environment names no folder for it. A
+// relative XDG_CONFIG_HOME is invalid and ignored.
 std::filesystem::path userFile() {
   std::filesystem::path folder = environmentPath("XDG_CONFIG_HOME");
   if (!folder.is_absolute()) {
@@ -58,9 +62,10 @@ std::filesystem::path userFile() {
   return folder / "qxframework" / "registry.toml";
 }
 
-/// The registry that was installed with this library, wherever both have been moved since; empty
-/// when this code is no part of it or there is no such file.
+// Returns the registry that was installed with this library, also if both were moved together.
+// Returns an empty path if this code is linked into another program or there is no such file.
 std::filesystem::path besideLibrary() {
+  // Any address of this library will do; the loader knows the file that it belongs to.
   Dl_info info{};
   if (dladdr(&kLibraryName, &info) == 0 || info.dli_fname == nullptr) return {};
   const std::filesystem::path library = info.dli_fname;
@@ -85,14 +90,15 @@ struct Holder {
 };
 
 Holder& holder() {
-  // Never destroyed: it is asked until the very end of the process.
+  // Never destroyed: static objects still use the registry when the process ends.
   static auto* instance = new Holder;
   return *instance;
 }
 
 }  // namespace
 
-/// Fills a registry from its file.
+// Fills a registry from its file. It keeps the first fault and reads on, so that one bad entry does
+// not disable the other classes.
 class Registry::Reader {
  public:
   explicit Reader(Registry& registry) : registry_(registry) {}
@@ -117,38 +123,40 @@ class Registry::Reader {
       const toml::table root = toml::parse_file(registry_.file_.string());
       for (const auto& [key, node] : root) readRoot(key, node);
     } catch (const toml::parse_error& error) {
-      tell(error.source(), std::string(error.description()), "correct the TOML");
+      report(error.source(), std::string(error.description()), "correct the TOML");
     }
   }
 
   void readRoot(const toml::key& key, const toml::node& node) {
     const toml::table* table = node.as_table();
     if (table == nullptr) {
-      return tell(key.source(), "the value stands outside of any key",
-                  "put it below a key such as [\"HKEY_CLASSES_ROOT\\\\CLSID\"]");
+      return report(key.source(), "the value is outside of any key",
+                    "put it below a key such as [\"HKEY_CLASSES_ROOT\\\\CLSID\"]");
     }
     const std::u16string path = toUtf16(key.str());
     const std::u16string root = path.substr(0, path.find(u'\\'));
     for (const std::u16string_view known : kRoots) {
       if (equalsIgnoreCase(root, known)) return readTable(path, *table);
     }
-    tell(key.source(), std::string("'").append(toUtf8(root)).append("' is no root of keys"),
-         "begin with HKEY_CLASSES_ROOT, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
+    report(key.source(), std::string("'").append(toUtf8(root)).append("' is not a root key"),
+           "begin with HKEY_CLASSES_ROOT, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
   }
 
+  // Nested tables extend the path, so both ways to write a key have the same index.
   void readTable(const std::u16string& path, const toml::table& table) {
     for (const auto& [key, node] : table) {
       const std::u16string name = toUtf16(key.str());
       if (const toml::table* nested = node.as_table()) {
         readTable(path + u"\\" + name, *nested);
       } else if (const auto value = readValue(path, name, node)) {
-        file(key, indexOf(path, name), *value);
+        add(key, indexOf(path, name), *value);
       }
     }
   }
 
   std::optional<Value> readValue(const std::u16string& path, const std::u16string& name,
                                  const toml::node& node) {
+    // value_exact, since value would also convert between kinds.
     if (const auto text = node.value_exact<std::string>()) {
       const bool isServer = name.empty() && toLower(path).ends_with(kServerKey);
       return isServer ? toUtf16(resolved(*text)) : toUtf16(*text);
@@ -157,8 +165,8 @@ class Registry::Reader {
     if (number && *number >= 0 && *number <= std::numeric_limits<DWORD>::max()) {
       return static_cast<DWORD>(*number);
     }
-    tell(node.source(), "the value is neither a text nor a double word",
-         "write a text in quotes or an integer from 0 to 4294967295");
+    report(node.source(), "the value is neither a text nor a double word",
+           "write a text in quotes or an integer from 0 to 4294967295");
     return std::nullopt;
   }
 
@@ -169,14 +177,15 @@ class Registry::Reader {
         .string();
   }
 
-  void file(const toml::key& key, std::u16string index, const Value& value) {
+  // TOML itself refuses a key twice, but not in another case or in the other way to write it.
+  void add(const toml::key& key, std::u16string index, const Value& value) {
     if (registry_.values_.emplace(std::move(index), value).second) return;
-    tell(key.source(), "the value stands here a second time; the first one counts",
-         "remove one of the two");
+    report(key.source(), "the value is defined a second time; the first one counts",
+           "remove one of the two");
   }
 
-  void tell(const toml::source_region& source, const std::string& problem,
-            const std::string& remedy) {
+  void report(const toml::source_region& source, const std::string& problem,
+              const std::string& remedy) {
     if (!registry_.problem_.empty()) return;
     registry_.problem_ = registry_.file_.string() + ":" + std::to_string(source.begin.line) + ":" +
                          std::to_string(source.begin.column) + ": " + problem + "; " + remedy;

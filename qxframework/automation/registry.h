@@ -1,18 +1,19 @@
 #pragma once
 
-// The registry: a TOML file that says where component classes live, and holds whatever else a site
-// registers. It is read once; there is no way to write it from here.
+// The registry: a TOML file with the libraries of component classes and further entries of a site.
+// It is read once and never written by this library.
 //
 //     ["HKEY_CLASSES_ROOT\\CLSID\\{…}\\InprocServer32"]
 //     "" = "libqxdesk.so"          # the default value
 //     Priority = 3                 # a double word
 //
-// A key may also be spelled as nested tables. Keys and value names are compared without case. A
-// relative path in the default value of an InprocServer32 key counts from the file's folder.
+// A key may also be written as nested tables. Keys and value names are compared without case. A
+// relative path in the default value of an InprocServer32 key is relative to the file's folder.
 //
 // The file is the one that QX_REGISTRY names, else the user's qxframework/registry.toml in
-// XDG_CONFIG_HOME or ~/.config if it exists, else the one that was installed with the library. What is wrong with it is kept
-// in problem() and told once to the developer trace; what is right in it still counts.
+// XDG_CONFIG_HOME or ~/.config if it exists, else the one that was installed with the library. The
+// first fault in it is kept in problem() and reported once to the developer trace; all correct
+// entries still count.
 
 #include "qxframework/automation/export.h"
 #include "qxframework/automation/types.h"
@@ -33,28 +34,29 @@ inline constexpr HKEY HKEY_LOCAL_MACHINE = HKEY::LocalMachine;
 
 namespace qx {
 
+/// The entries of one registry file.
 class QX_API Registry {
  public:
-  /// The process's registry, read at the first use. The reference ends with reload().
+  /// Returns the registry of the process, which is read at the first use. The reference is valid
+  /// until reload().
   static const Registry& current();
-  /// Reads the registry again, also from another place if the environment says so.
+  /// Reads the registry of the process again, from another file if the environment has changed.
   static const Registry& reload();
 
-  /// Reads `file`; never fails, see problem().
+  /// Reads `file`. A faulty or missing file is no error here, see problem().
   explicit Registry(const std::filesystem::path& file);
 
-  /// The value `valueName` ("" is the default value) of `key` under `root`, if it is a text. A
-  /// backslash at the key's end counts for nothing.
+  /// Returns the text `valueName` ("" is the default value) of `key` under `root`; nothing if it is
+  /// missing or not a text. Backslashes at the end of the key are ignored.
   std::optional<std::u16string> readString(HKEY root, std::u16string_view key,
                                            std::u16string_view valueName) const;
-  /// The same for a double word.
+  /// Returns the double word `valueName` of `key`; nothing if it is missing or not a number.
   std::optional<DWORD> readDword(HKEY root, std::u16string_view key,
                                  std::u16string_view valueName) const;
 
-  /// The file that was read or tried.
+  /// Returns the file that was read, whether it exists or not.
   const std::filesystem::path& file() const { return file_; }
-  /// "file:line:column: what is wrong; what to do" of the first thing that is; empty if all is
-  /// well.
+  /// Returns the first fault as "file:line:column: fault; remedy"; empty if there is none.
   const std::string& problem() const { return problem_; }
 
  private:
@@ -65,7 +67,7 @@ class QX_API Registry {
 
   std::filesystem::path file_;
   std::string problem_;
-  /// By key, a line feed and value name, all in one case.
+  /// The values by key, a line feed and value name, all in one case.
   std::map<std::u16string, Value> values_;
 };
 

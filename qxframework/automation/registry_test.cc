@@ -31,7 +31,7 @@ class RegistryTest : public testing::Test {
     return Registry(folder_.write("r.toml", content));
   }
 
-  /// The problem of a registry with this content, without the folder.
+  /// Returns the problem of a registry with this content, without the folder.
   std::string problem(std::string_view content) const {
     std::string text = read(content).problem();
     const std::string prefix = folder_.path().string() + "/";
@@ -62,7 +62,7 @@ Level = 4294967295
   EXPECT_EQ(g_trace, u"");
 }
 
-TEST_F(RegistryTest, AValueOfTheOtherKindIsNotGiven) {
+TEST_F(RegistryTest, AValueOfTheOtherKindIsNotReturned) {
   const Registry registry = read("['HKEY_CURRENT_USER\\K']\nText = 'x'\nNumber = 1\n");
   EXPECT_EQ(registry.readDword(HKEY_CURRENT_USER, u"K", u"Text"), std::nullopt);
   EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"K", u"Number"), std::nullopt);
@@ -73,7 +73,7 @@ TEST_F(RegistryTest, KeysAndNamesAreComparedWithoutCase) {
   EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"CLSID\\{abc}", u"Name"), u"x");
 }
 
-TEST_F(RegistryTest, ABackslashAtTheEndOfAKeyCountsForNothing) {
+TEST_F(RegistryTest, ABackslashAtTheEndOfAKeyIsIgnored) {
   const Registry registry = read("['HKEY_CLASSES_ROOT\\A\\']\n'' = 'x'\n");
   EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"A\\", u""), u"x");
   EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"A", u""), u"x");
@@ -89,18 +89,18 @@ TEST_F(RegistryTest, ARootHasValuesOfItsOwn) {
   EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Name"), u"x");
 }
 
-TEST_F(RegistryTest, NestedTablesSpellAKeyToo) {
+TEST_F(RegistryTest, NestedTablesAreAKeyToo) {
   const Registry registry = read("[HKEY_CLASSES_ROOT.CLSID.'{ABC}']\nName = 'x'\n");
   EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"CLSID\\{ABC}", u"Name"), u"x");
 }
 
-TEST_F(RegistryTest, WhatIsMissingIsNotGiven) {
+TEST_F(RegistryTest, ReturnsNothingForAMissingKeyOrValue) {
   const Registry registry = read("['HKEY_CLASSES_ROOT\\A']\nName = 'x'\n");
   EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"A", u""), std::nullopt);
   EXPECT_EQ(registry.readString(HKEY_CLASSES_ROOT, u"B", u"Name"), std::nullopt);
 }
 
-TEST_F(RegistryTest, ARelativeServerPathCountsFromTheFilesFolder) {
+TEST_F(RegistryTest, ARelativeServerPathIsRelativeToTheFilesFolder) {
   const Registry registry = read(R"(
 ['HKEY_CLASSES_ROOT\CLSID\{1}\InprocServer32']
 '' = '../lib/libqxdesk.so'
@@ -120,26 +120,26 @@ ThreadingModel = 'Apartment'
   EXPECT_EQ(text(u"CLSID\\{3}\\LocalServer32", u""), u"qxdesk");
 }
 
-TEST_F(RegistryTest, BrokenTomlIsToldWithItsPlaceAndToTheTrace) {
+TEST_F(RegistryTest, ReportsBrokenTomlWithItsPositionAndToTheTrace) {
   const std::string text = problem("['HKEY_CURRENT_USER']\nName = \n");
   EXPECT_TRUE(text.starts_with("r.toml:2:")) << text;
   EXPECT_TRUE(text.ends_with("; correct the TOML")) << text;
   EXPECT_EQ(g_trace, toUtf16("registry: " + folder_.path().string() + "/" + text + "\n"));
 }
 
-TEST_F(RegistryTest, AnUnknownRootIsTold) {
+TEST_F(RegistryTest, ReportsAnUnknownRoot) {
   EXPECT_EQ(problem("['HKEY_USERS\\A']\nName = 'x'\n"),
-            "r.toml:1:2: 'HKEY_USERS' is no root of keys; begin with HKEY_CLASSES_ROOT, "
+            "r.toml:1:2: 'HKEY_USERS' is not a root key; begin with HKEY_CLASSES_ROOT, "
             "HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
 }
 
-TEST_F(RegistryTest, AValueOutsideOfAnyKeyIsTold) {
+TEST_F(RegistryTest, ReportsAValueOutsideOfAnyKey) {
   EXPECT_EQ(problem("Name = 'x'\n"),
-            "r.toml:1:1: the value stands outside of any key; put it below a key such as "
+            "r.toml:1:1: the value is outside of any key; put it below a key such as "
             "[\"HKEY_CLASSES_ROOT\\\\CLSID\"]");
 }
 
-TEST_F(RegistryTest, AValueOfAnotherKindIsToldAndTheRestCounts) {
+TEST_F(RegistryTest, ReportsAValueOfAnotherKindAndKeepsTheRest) {
   const Registry registry = read("[HKEY_CURRENT_USER]\nBad = -1\nGood = 'x'\nWorse = 1.5\n");
   EXPECT_EQ(registry.problem(), (folder_.path() / "r.toml").string() +
                                     ":2:7: the value is neither a text nor a double word; write a "
@@ -147,19 +147,22 @@ TEST_F(RegistryTest, AValueOfAnotherKindIsToldAndTheRestCounts) {
   EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Good"), u"x");
 }
 
-TEST_F(RegistryTest, AValueThatStandsTwiceInDifferentCaseIsTold) {
-  EXPECT_EQ(problem("[HKEY_CURRENT_USER]\nNAME = 'x'\nname = 'y'\n"),
-            "r.toml:3:1: the value stands here a second time; the first one counts; remove one of "
-            "the two");
+TEST_F(RegistryTest, ReportsAValueThatIsDefinedTwiceAndKeepsTheFirst) {
+  const std::string_view twice = "[HKEY_CURRENT_USER]\nNAME = 'x'\nname = 'y'\n";
+  EXPECT_EQ(read(twice).readString(HKEY_CURRENT_USER, u"", u"Name"), u"x");
+  EXPECT_EQ(
+      problem(twice),
+      "r.toml:3:1: the value is defined a second time; the first one counts; remove one of the "
+      "two");
 }
 
-TEST_F(RegistryTest, AMissingFileIsTold) {
+TEST_F(RegistryTest, ReportsAMissingFile) {
   const Registry registry(folder_.path() / "none.toml");
   EXPECT_EQ(registry.problem(), (folder_.path() / "none.toml").string() +
                                     ": there is no such file; create it or set QX_REGISTRY");
 }
 
-TEST_F(RegistryTest, TheVariableNamesTheFileBeforeAllOthers) {
+TEST_F(RegistryTest, TheVariableTakesPrecedenceOverTheUsersFile) {
   folder_.write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'user'\n");
   setenv("XDG_CONFIG_HOME", (folder_.path() / "config").c_str(), 1);
   const std::filesystem::path own =
@@ -169,7 +172,7 @@ TEST_F(RegistryTest, TheVariableNamesTheFileBeforeAllOthers) {
   EXPECT_EQ(Registry::current().readString(HKEY_CURRENT_USER, u"", u"Name"), u"own");
 }
 
-TEST_F(RegistryTest, TheUsersConfigurationFolderComesNext) {
+TEST_F(RegistryTest, TheUsersConfigurationFolderIsNext) {
   folder_.write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'xdg'\n");
   folder_.write(".config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'home'\n");
   setenv("HOME", folder_.path().c_str(), 1);
@@ -178,7 +181,7 @@ TEST_F(RegistryTest, TheUsersConfigurationFolderComesNext) {
   EXPECT_EQ(Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name"), u"xdg");
 }
 
-TEST_F(RegistryTest, IsReadAgainOnlyWhenAskedTo) {
+TEST_F(RegistryTest, IsReadAgainOnlyByReload) {
   const std::filesystem::path own =
       folder_.write("own.toml", "[HKEY_CURRENT_USER]\nName = 'old'\n");
   setenv("QX_REGISTRY", own.c_str(), 1);

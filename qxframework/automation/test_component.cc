@@ -1,5 +1,4 @@
-// A component library for the activation tests: one class that works and one that the library
-// refuses to give.
+// A component library for the activation tests. It implements one class and refuses all others.
 
 #include "qxframework/automation/test_component.h"
 

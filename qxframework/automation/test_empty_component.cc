@@ -1,4 +1,4 @@
-// A library for the activation tests that loads and has no classes to give.
+// A library for the activation tests that loads but has no classes and no entry for them.
 
 #include "qxframework/automation/export.h"
 

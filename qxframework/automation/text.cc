@@ -11,7 +11,7 @@ namespace {
 using CaseMap = int32_t (*)(UChar*, int32_t, const UChar*, int32_t, const char*, UErrorCode*);
 
 std::u16string mapCase(CaseMap map, std::u16string_view text) {
-  std::u16string out(text.size() * 3, u'\0');  // no mapping grows a unit beyond three
+  std::u16string out(text.size() * 3, u'\0');  // no mapping makes more than three units of one
   UErrorCode status = U_ZERO_ERROR;
   const int32_t length = map(out.data(), static_cast<int32_t>(out.size()), text.data(),
                              static_cast<int32_t>(text.size()), "", &status);
@@ -21,9 +21,11 @@ std::u16string mapCase(CaseMap map, std::u16string_view text) {
 
 }  // namespace
 
+// The macros are used here and not the functions of utf.h, which are calls for each code point:
+// this loop converts every text on its way to a database, a file or a log.
 std::string toUtf8(std::u16string_view text) {
   std::string out;
-  out.reserve(text.size());
+  out.reserve(text.size());  // enough for ASCII, which most texts are
   for (std::size_t i = 0; i < text.size();) {
     UChar32 point = 0;
     U16_NEXT_OR_FFFD(text.data(), i, text.size(), point);
@@ -36,7 +38,7 @@ std::string toUtf8(std::u16string_view text) {
 }
 
 std::u16string toUtf16(std::string_view text) {
-  std::u16string out(text.size(), u'\0');  // never more units than bytes
+  std::u16string out(text.size(), u'\0');  // a sequence never has more units than bytes
   int32_t length = 0;
   UErrorCode status = U_ZERO_ERROR;
   u_strFromUTF8WithSub(out.data(), static_cast<int32_t>(out.size()), &length, text.data(),
@@ -45,11 +47,14 @@ std::u16string toUtf16(std::string_view text) {
   return out;
 }
 
+// The locale "" is the root locale: names must not depend on the user's language, as the Turkish i
+// does.
 std::u16string toLower(std::u16string_view text) { return mapCase(u_strToLower, text); }
 std::u16string toUpper(std::u16string_view text) { return mapCase(u_strToUpper, text); }
 
 std::u16string toUpperByUnit(std::u16string_view text) {
   std::u16string upper(text);
+  // The simple mapping of one code point. Half of a pair has no mapping, so pairs stay as they are.
   for (char16_t& unit : upper) unit = static_cast<char16_t>(u_toupper(unit));
   return upper;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-// Conversions between UTF-16 and UTF-8, and case mapping, all by ICU.
+// Conversions between UTF-16 and UTF-8, case mapping and comparison without case, all by ICU.
+// Single code points are read and written in utf.h.
 
 #include "qxframework/automation/export.h"
 
@@ -9,17 +10,24 @@
 
 namespace qx {
 
-/// UTF-8 of `text`; an unpaired surrogate becomes U+FFFD.
+/// Returns the UTF-8 of `text`; an unpaired surrogate becomes U+FFFD.
 QX_API std::string toUtf8(std::u16string_view text);
-/// UTF-16 of `text`; a malformed sequence becomes U+FFFD.
+/// Returns the UTF-16 of `text`; a malformed sequence becomes U+FFFD.
 QX_API std::u16string toUtf16(std::string_view text);
-/// Lower and upper case by the rules of the root locale, as the host compares names.
+/// Return `text` in lower or upper case by the rules of the root locale, by which the host compares
+/// names.
 QX_API std::u16string toLower(std::u16string_view text);
 QX_API std::u16string toUpper(std::u16string_view text);
-/// Upper case unit by unit: a letter whose capital takes more than one unit stays as it is, and so
-/// does one that is a pair of units. The length stays the same.
+/// Returns `text` in upper case, mapped unit by unit so that the length stays the same. A letter
+/// whose capital takes several units, or that is a pair of units itself, is not mapped.
 QX_API std::u16string toUpperByUnit(std::u16string_view text);
-/// Equality without case, by simple case folding.
+/// True if the texts are equal without case, by the default case folding.
 QX_API bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b);
+
+/// True for the blanks that numbers and dates in a text may have around them: blank, tab and
+/// no-break space. A line end is none of them.
+constexpr bool isInlineBlank(char16_t unit) {
+  return unit == u' ' || unit == u'\t' || unit == 0xA0;
+}
 
 }  // namespace qx

@@ -7,7 +7,7 @@ namespace {
 const std::u16string kLoneLead = {u'a', char16_t{0xD83D}, u'b'};
 const std::u16string kLoneTrail = {u'a', char16_t{0xDE00}};
 
-TEST(Text, GoesToUtf8AndBackUnchanged) {
+TEST(Text, ConvertsToUtf8AndBackUnchanged) {
   const std::u16string text = u"K\u00F6ln \u20AC \U0001F600";
   EXPECT_EQ(qx::toUtf8(text), "K\xC3\xB6ln \xE2\x82\xAC \xF0\x9F\x98\x80");
   EXPECT_EQ(qx::toUtf16(qx::toUtf8(text)), text);
@@ -40,7 +40,7 @@ TEST(Text, EmptyStaysEmpty) {
   EXPECT_EQ(qx::toLower({}), u"");
 }
 
-TEST(Text, CaseMappingKnowsLettersThatGrow) {
+TEST(Text, CaseMappingMayLengthenAText) {
   EXPECT_EQ(qx::toUpper(u"stra\u00DFe"), u"STRASSE");
   EXPECT_EQ(qx::toUpper(u"\u0390"), u"\u0399\u0308\u0301");
   EXPECT_EQ(qx::toLower(u"\u00C4BC"), u"\u00E4bc");
@@ -55,9 +55,9 @@ TEST(Text, UpperCaseByUnitKeepsTheLength) {
   using namespace std::literals;
   EXPECT_EQ(qx::toUpperByUnit(u"Code_a\u00EF\u0131"), u"CODE_A\u00CFI");
   EXPECT_EQ(qx::toUpperByUnit(u"stra\u00DFe"), u"STRA\u00DFE");
-  // Where the full mapping gives two letters and the simple one gives another.
+  // The full mapping writes two letters here, the simple one writes a different one.
   EXPECT_EQ(qx::toUpperByUnit(u"\u1F80"), u"\u1F88");
-  // A pair of units has a capital, which the units alone have not.
+  // The pair has a capital, but neither of its units has one.
   EXPECT_EQ(qx::toUpperByUnit(u"\U00010428"), u"\U00010428");
   EXPECT_EQ(qx::toUpperByUnit(u"\xD800z\0y"sv), u"\xD800Z\0Y"sv);
   EXPECT_EQ(qx::toUpperByUnit(u""), u"");
@@ -68,6 +68,13 @@ TEST(Text, EqualityWithoutCaseFoldsBothSides) {
   EXPECT_TRUE(qx::equalsIgnoreCase(u"\u00C4", u"\u00E4"));
   EXPECT_FALSE(qx::equalsIgnoreCase(u"Code", u"Codes"));
   EXPECT_TRUE(qx::equalsIgnoreCase({}, {}));
+}
+
+TEST(Text, InlineBlanksAreTheBlankTheTabAndTheNoBreakSpace) {
+  std::u16string blanks;
+  for (unsigned unit = 0; unit < 0x10000; ++unit)
+    if (qx::isInlineBlank(static_cast<char16_t>(unit))) blanks += static_cast<char16_t>(unit);
+  EXPECT_EQ(blanks, u"\t \u00A0");
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #pragma once
 
-// The basic types of the automation vocabulary: UTF-16 text, result codes, class and interface
-// identities, and the two base interfaces.
+// The basic types of automation: UTF-16 text, result codes, class and interface identities, and the
+// two base interfaces.
 //
 // A result code is a `long` that always holds a sign-extended 32-bit value: 0 is success, a
-// positive value a reservation, a negative one a failure. `long` has 64 bits here, so a literal
-// such as 0x80004005 is positive until it passes through qx::resultCode().
+// positive value is success with a reservation, a negative one is a failure. `long` has 64 bits
+// here, so a literal such as 0x80004005 is positive until it passes through qx::resultCode().
 
 #include "qxframework/automation/export.h"
 
@@ -29,9 +29,12 @@ using VARTYPE = unsigned short;
 inline constexpr VARIANT_BOOL VARIANT_TRUE = -1;
 inline constexpr VARIANT_BOOL VARIANT_FALSE = 0;
 
+/// The id of the default locale of the user who runs the process.
+inline constexpr LCID LOCALE_USER_DEFAULT = 1024;
+
 namespace qx {
 
-/// The result code with the 32 bits of `code`, sign-extended.
+/// Returns the lower 32 bits of `code`, sign-extended.
 constexpr HRESULT resultCode(std::int64_t code) {
   return static_cast<HRESULT>(static_cast<std::int32_t>(static_cast<std::uint32_t>(code)));
 }
@@ -66,6 +69,7 @@ inline constexpr HRESULT CONNECT_E_CANNOTCONNECT = qx::resultCode(0x80040202);
 constexpr bool SUCCEEDED(HRESULT hr) { return hr >= 0; }
 constexpr bool FAILED(HRESULT hr) { return hr < 0; }
 
+/// An identity of 128 bits.
 struct GUID {
   std::uint32_t Data1;
   std::uint16_t Data2;
@@ -83,12 +87,14 @@ struct DISPPARAMS;
 struct EXCEPINFO;
 class ITypeInfo;
 
-/// Base of every interface. An interface class carries its identity as `kIid`.
+/// The base of every interface. An interface class declares its identity as `kIid`.
 class IUnknown {
  public:
   static constexpr GUID kIid{0x00000000, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-  /// E_NOINTERFACE and a null `*object` when the object does not have the interface.
+  /// Stores the interface with a new reference in `*object`. Returns E_NOINTERFACE and stores null
+  /// if the object does not have the interface.
   virtual HRESULT QueryInterface(REFIID iid, void** object) = 0;
+  /// Add and release a reference; return the number of references that remain.
   virtual ULONG AddRef() = 0;
   virtual ULONG Release() = 0;
 
@@ -96,7 +102,7 @@ class IUnknown {
   ~IUnknown() = default;
 };
 
-/// Base of the interfaces that can be called by dispatch id.
+/// The base of the interfaces whose operations can be called by dispatch id.
 class IDispatch : public IUnknown {
  public:
   static constexpr GUID kIid{0x00020400, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
@@ -104,7 +110,7 @@ class IDispatch : public IUnknown {
   virtual HRESULT GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) = 0;
   virtual HRESULT GetIDsOfNames(REFIID reserved, OLECHAR** names, UINT count, LCID locale,
                                 DISPID* ids) = 0;
-  /// `params->rgvarg` holds the arguments in reverse order.
+  /// Calls the operation `id`. `params->rgvarg` holds the arguments in reverse order.
   virtual HRESULT Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* params,
                          VARIANT* result, EXCEPINFO* exception, UINT* badArgument) = 0;
 

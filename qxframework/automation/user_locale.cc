@@ -1,5 +1,7 @@
 #include "qxframework/automation/user_locale.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <unicode/ucol.h>
 #include <unicode/uloc.h>
 #include <unicode/unum.h>
@@ -18,7 +20,6 @@
 namespace qx {
 namespace {
 
-constexpr LCID kUserDefault = 1024;
 constexpr LCID kEnglishUnitedStates = 1033;
 
 struct CloseCollator {
@@ -26,27 +27,31 @@ struct CloseCollator {
 };
 using CollatorPtr = std::unique_ptr<UCollator, CloseCollator>;
 
+// An unknown id has an empty name, that of the root locale.
 std::string localeName(LCID locale) {
-  if (locale == kUserDefault || locale == 0) return userLocaleName();
+  if (locale == LOCALE_USER_DEFAULT || locale == 0) return userLocaleName();
   char name[ULOC_FULLNAME_CAPACITY] = "";
   UErrorCode status = U_ZERO_ERROR;
   uloc_getLocaleForLCID(locale, name, ULOC_FULLNAME_CAPACITY, &status);
   return U_SUCCESS(status) ? name : "";
 }
 
-/// Whether a text has the visible signs and the blank of ASCII only.
+// True if the text consists of the blank and the visible characters of ASCII.
 bool isPlainText(std::u16string_view text) {
   return std::all_of(text.begin(), text.end(),
                      [](char16_t unit) { return unit >= u' ' && unit <= u'~'; });
 }
 
-/// The order of plain texts as a table. A locale that orders none of their signs, alone or in a
-/// group, in a way of its own has the root's order for them: by the signs one after the other as if
-/// all letters were small, then by length, then by the first letter that differs in case.
+// The order of plain texts as a table, which is much faster than the collator. It applies to
+// locales that do not tailor a plain character, alone or in a group. They have the root's order for
+// plain texts: first by the characters one after the other without case, then by length, then by
+// the first letter that differs in case.
 class PlainOrder {
  public:
-  static bool isThatOf(const UCollator* collator) {
+  // True if the locale of `collator` orders plain texts as the root locale does.
+  static bool appliesTo(const UCollator* collator) {
     UErrorCode status = U_ZERO_ERROR;
+    // The set of all characters and groups that the locale orders in a different way than the root.
     USet* const own = ucol_getTailoredSet(collator, &status);
     bool plain = U_SUCCESS(status) != 0;
     for (int32_t i = 0; plain && i < uset_getItemCount(own); ++i) plain = !isPlainItem(own, i);
@@ -55,6 +60,7 @@ class PlainOrder {
   }
 
   PlainOrder(const UCollator* collator, bool ignoreCase) : ignoreCase_(ignoreCase) {
+    // The ranks are read from the collator and not written down here, so they follow its version.
     std::array<char16_t, kLast - kFirst + 1> signs;
     std::iota(signs.begin(), signs.end(), kFirst);
     std::sort(signs.begin(), signs.end(), [&](const char16_t& a, const char16_t& b) {
@@ -64,13 +70,14 @@ class PlainOrder {
       ranks_[signs[i]] = static_cast<unsigned char>(i + 1);
   }
 
-  /// Of texts that are both plain.
+  // Compares two plain texts.
   int compare(std::u16string_view a, std::u16string_view b) const {
     int byCase = 0;
     for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
       if (a[i] == b[i]) continue;
-      const int order = ranks_[small(a[i])] - ranks_[small(b[i])];
+      const int order = ranks_[toLowerAscii(a[i])] - ranks_[toLowerAscii(b[i])];
       if (order != 0) return order;
+      // A difference in case decides only if nothing after it differs.
       if (byCase == 0) byCase = ranks_[a[i]] - ranks_[b[i]];
     }
     if (a.size() != b.size()) return a.size() < b.size() ? -1 : 1;
@@ -81,9 +88,8 @@ class PlainOrder {
   static constexpr char16_t kFirst = u' ';
   static constexpr char16_t kLast = u'~';
 
-  static char16_t small(char16_t sign) {
-    return sign >= u'A' && sign <= u'Z' ? static_cast<char16_t>(sign + (u'a' - u'A')) : sign;
-  }
+  // True if an item of the set, a range of characters or a group, touches plain texts. A group that
+  // does not fit into the buffer counts as one, which only costs speed.
   static bool isPlainItem(const USet* set, int32_t index) {
     std::array<UChar, 64> text;
     UChar32 first = 0;
@@ -99,6 +105,8 @@ class PlainOrder {
   bool ignoreCase_;
 };
 
+// The order of a locale. `plain` is empty if the table does not apply; a null collator means that
+// ICU has no data, and texts compare by unit then.
 struct Order {
   CollatorPtr collator;
   std::optional<PlainOrder> plain;
@@ -109,19 +117,21 @@ Order openOrder(LCID locale, bool ignoreCase) {
   Order order{CollatorPtr(ucol_open(localeName(locale).c_str(), &status)), std::nullopt};
   UCollator* const collator = order.collator.get();
   if (collator == nullptr) return order;
+  // Punctuation counts like any other character, in all locales.
   ucol_setAttribute(collator, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &status);
   ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_TERTIARY, &status);
-  if (PlainOrder::isThatOf(collator)) order.plain.emplace(collator, ignoreCase);
+  // Before the strength is lowered: the ranks must differ for upper and lower case.
+  if (PlainOrder::appliesTo(collator)) order.plain.emplace(collator, ignoreCase);
   if (ignoreCase) ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_SECONDARY, &status);
   return order;
 }
 
-/// The orders opened so far. They are never changed once they are here, so that any number of
-/// threads may compare by them.
+// The orders that were opened so far. An order never changes once it is in the map, and a map does
+// not move its entries, so any number of threads may compare by them without a lock.
 class Orders {
  public:
   static Orders& instance() {
-    static auto* orders = new Orders;  // outlives the comparisons of static objects
+    static auto* orders = new Orders;  // never destroyed: static objects may still compare texts
     return *orders;
   }
 
@@ -132,6 +142,8 @@ class Orders {
       const auto found = opened_.find(key);
       if (found != opened_.end()) return found->second;
     }
+    // Opened outside the lock, since it takes long. If two threads open the same order, the first
+    // one is kept.
     Order order = openOrder(locale, ignoreCase);
     const std::unique_lock lock(mutex_);
     return opened_.try_emplace(key, std::move(order)).first->second;
@@ -142,21 +154,22 @@ class Orders {
   std::map<std::pair<LCID, bool>, Order> opened_;
 };
 
-/// The order of a locale; the usual one without a lock.
+// Returns the order of a locale. Almost all comparisons use the user's; it costs no lock.
 const Order& orderOf(LCID locale, bool ignoreCase) {
-  if (!ignoreCase && locale == kUserDefault) {
-    static const Order& user = Orders::instance().get(kUserDefault, false);
+  if (!ignoreCase && locale == LOCALE_USER_DEFAULT) {
+    static const Order& user = Orders::instance().get(LOCALE_USER_DEFAULT, false);
     return user;
   }
   return Orders::instance().get(locale, ignoreCase);
 }
 
-// To look through a long text would cost more than to compare its beginning.
+// The check reads a whole text, the collator only its beginning, so the check must not cost more.
 bool isShortAndPlain(std::u16string_view text) {
   constexpr std::size_t kLongest = 64;
   return text.size() <= kLongest && isPlainText(text);
 }
 
+// Returns a separator; `fallback` if it does not fit into one unit.
 char16_t numberSign(const UNumberFormat* format, UNumberFormatSymbol symbol, char16_t fallback) {
   UChar text[8] = {};
   UErrorCode status = U_ZERO_ERROR;
@@ -180,6 +193,7 @@ NumberSigns readNumberSigns(LCID locale) {
 }  // namespace
 
 int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool ignoreCase) {
+  // Equal units are equal in every order; look-ups by name mostly compare equal texts.
   if (a == b) return 0;
   const Order& order = orderOf(locale, ignoreCase);
   if (order.plain && isShortAndPlain(a) && isShortAndPlain(b)) return order.plain->compare(a, b);
@@ -189,9 +203,10 @@ int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool igno
 }
 
 NumberSigns numberSigns(LCID locale) {
+  // Opening a format takes long: English has the defaults, and the user's locale is read once.
   if (locale == kEnglishUnitedStates) return NumberSigns{};
-  if (locale != kUserDefault) return readNumberSigns(locale);
-  static const NumberSigns user = readNumberSigns(kUserDefault);
+  if (locale != LOCALE_USER_DEFAULT) return readNumberSigns(locale);
+  static const NumberSigns user = readNumberSigns(LOCALE_USER_DEFAULT);
   return user;
 }
 
@@ -205,6 +220,7 @@ std::string localeNameFrom(const char* all, const char* collation, const char* l
   for (const char* value : {all, collation, language}) {
     if (value == nullptr || *value == 0) continue;
     std::string name(value);
+    // "de_DE.UTF-8@euro": the encoding and the variant do not matter for the order.
     name.resize(std::min(name.size(), name.find_first_of(".@")));
     return name == "C" || name == "POSIX" ? "" : name;
   }

@@ -1,7 +1,8 @@
 #pragma once
 
-// What the process's user sees: the locale that the environment names, its order of texts and its
-// number signs. A locale is asked for by its numeric id; 1024 is the user's default.
+// The locale of the user who runs the process, the order of texts in a locale and its separators in
+// numbers. A locale is given by its numeric id; 1024 is the user's default, which the environment
+// names.
 
 #include "qxframework/automation/types.h"
 
@@ -10,23 +11,26 @@
 
 namespace qx {
 
-/// Order of two texts: below 0, 0 or above 0. Letters that differ in case only differ, the small
-/// one first, unless `ignoreCase`; punctuation counts. An unknown id takes the root locale's order.
-/// Thread-safe.
+/// Compares two texts by a locale's collation. Returns a value below, equal to or above 0. Texts
+/// that differ in case only are different, lower case first, unless `ignoreCase` is set;
+/// punctuation counts. An unknown id uses the order of the root locale. Thread-safe.
 QX_API int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool ignoreCase);
 
-/// The signs that stand in a number.
+/// The separators in a number.
 struct NumberSigns {
   char16_t decimal = u'.';
   char16_t group = u',';
 };
+/// Returns the separators of a locale; the defaults above for a locale without separators of one
+/// unit.
 QX_API NumberSigns numberSigns(LCID locale);
 
-/// The user's default locale in the spelling "de_DE"; empty for the root locale. It is read from
-/// the environment at the first use and stays.
+/// Returns the user's default locale in the form "de_DE"; empty for the root locale. It is read
+/// from the environment at the first use and never changes after that.
 QX_API const std::string& userLocaleName();
-/// The locale name out of the values of LC_ALL, LC_COLLATE and LANG, the first that is neither
-/// null nor empty; "C" and "POSIX" name the root locale.
+/// Returns the locale name in the first of the values of LC_ALL, LC_COLLATE and LANG that is
+/// neither null nor empty. Returns an empty name, the root locale, for "C" and "POSIX" and if there
+/// is none.
 QX_API std::string localeNameFrom(const char* all, const char* collation, const char* language);
 
 }  // namespace qx

@@ -15,19 +15,19 @@
 
 namespace {
 
-// What compares or orders texts in any test rests on this. CTest sees to it.
-TEST(UserLocale, OfATestRunIsThatOfNoCountry) {
+// Tests that compare or order texts depend on this. CTest sets the environment for it.
+TEST(UserLocale, IsTheRootLocaleInATestRun) {
   EXPECT_EQ(qx::userLocaleName(), "") << "run the tests by ctest, or with LC_ALL=C.UTF-8";
 }
 
-TEST(UserLocale, IsTheFirstVariableThatSaysSomething) {
+TEST(UserLocale, IsTheFirstVariableThatIsNotEmpty) {
   EXPECT_EQ(qx::localeNameFrom("de_DE.UTF-8", "sv_SE", "en_US"), "de_DE");
   EXPECT_EQ(qx::localeNameFrom("", "sv_SE.UTF-8@x", "en_US"), "sv_SE");
   EXPECT_EQ(qx::localeNameFrom(nullptr, nullptr, "en_US.UTF-8"), "en_US");
   EXPECT_EQ(qx::localeNameFrom(nullptr, "", nullptr), "");
 }
 
-TEST(UserLocale, ThePlainLocaleIsTheRoot) {
+TEST(UserLocale, CAndPosixAreTheRootLocale) {
   EXPECT_EQ(qx::localeNameFrom("C", "sv_SE", nullptr), "");
   EXPECT_EQ(qx::localeNameFrom("C.UTF-8", nullptr, nullptr), "");
   EXPECT_EQ(qx::localeNameFrom(nullptr, nullptr, "POSIX"), "");
@@ -48,13 +48,13 @@ TEST(Collate, OrdersInTheUsersLocaleToo) {
   EXPECT_EQ(qx::collate({}, u"", 1024, false), 0);
 }
 
-TEST(Collate, AnUnknownLocaleTakesTheRootOrder) {
+TEST(Collate, AnUnknownLocaleHasTheRootOrder) {
   EXPECT_LT(qx::collate(u"a", u"B", 0x7777, false), 0);
 }
 
 int sign(int order) { return (order > 0) - (order < 0); }
 
-/// The library's own comparison, without the table for plain texts.
+/// Compares by ICU alone, without the table for plain texts.
 class Reference {
  public:
   Reference(LCID locale, bool ignoreCase) {
@@ -64,6 +64,7 @@ class Reference {
     collator_ = ucol_open(name.data(), &status);
     ucol_setAttribute(collator_, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &status);
     ucol_setStrength(collator_, ignoreCase ? UCOL_SECONDARY : UCOL_TERTIARY);
+    EXPECT_TRUE(U_SUCCESS(status)) << locale;
   }
   ~Reference() { ucol_close(collator_); }
   Reference(const Reference&) = delete;
@@ -77,8 +78,9 @@ class Reference {
   UCollator* collator_ = nullptr;
 };
 
-// Few letters, so that texts often differ late, in case only or in length; some reach the length
-// from which on texts are not looked through, and some hold a sign that is not plain.
+/// Returns a text of few letters, so that texts often differ late, in case only or in length. Some
+/// texts exceed the length of the table for plain texts, and some contain a character that is not
+/// plain.
 std::u16string randomText(std::mt19937& random) {
   static constexpr std::u16string_view kSigns = u"aAbBcChHzZjJdDsSlLnN_- .'0189~";
   std::u16string text(random() % 6, u' ');

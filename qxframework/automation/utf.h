@@ -1,6 +1,7 @@
 #pragma once
 
-// UTF-8 and UTF-16 one code point at a time. Whole texts are converted in text.h.
+// Reading and writing UTF-8 and UTF-16 one code point at a time. Whole texts are converted in
+// text.h.
 
 #include "qxframework/automation/export.h"
 
@@ -11,7 +12,7 @@
 
 namespace qx {
 
-/// Replaces what is not well-formed.
+/// The character that replaces malformed sequences.
 inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 
 /// A code point and the number of units that it takes: bytes of UTF-8, or 16-bit units of UTF-16.

@@ -62,7 +62,7 @@ TEST(Utf, NothingIsReadAtTheEnd) {
   EXPECT_FALSE(codePointAt(u"a"sv, 7));
 }
 
-TEST(Utf, AValueThatIsNoCharacterIsAppendedAsTheReplacement) {
+TEST(Utf, AnInvalidValueIsAppendedAsTheReplacementCharacter) {
   for (const char32_t value : {char32_t{0xD800}, char32_t{0xDFFF}, char32_t{0x110000}}) {
     std::string bytes;
     std::u16string units;

@@ -3,7 +3,9 @@
 HRESULT VariantClear(VARIANT* value) {
   if (value == nullptr) return E_POINTER;
   const VARIANT held = *value;
-  *value = VARIANT();  // first, so that an object's farewell finds the value already empty
+  // Before the object is released: its destructor may come back to this value and must find it
+  // empty.
+  *value = VARIANT();
   if (held.vt == VT_BSTR) SysFreeString(held.bstrVal);
   if ((held.vt == VT_DISPATCH || held.vt == VT_UNKNOWN) && held.punkVal != nullptr)
     held.punkVal->Release();
@@ -14,12 +16,14 @@ HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
   if (to == nullptr || from == nullptr) return E_POINTER;
   if (to == from) return S_OK;
   VARIANT copy = *from;
+  // By length, because the text may contain zeros.
   if (copy.vt == VT_BSTR && copy.bstrVal != nullptr) {
     copy.bstrVal = SysAllocStringLen(from->bstrVal, SysStringLen(from->bstrVal));
     if (copy.bstrVal == nullptr) return E_OUTOFMEMORY;
   }
   if ((copy.vt == VT_DISPATCH || copy.vt == VT_UNKNOWN) && copy.punkVal != nullptr)
     copy.punkVal->AddRef();
+  // Last: `from` may belong to the object that `to` releases.
   VariantClear(to);
   *to = copy;
   return S_OK;

@@ -1,13 +1,17 @@
 #pragma once
 
-// The tagged value of the automation calls, its comparison and its conversions.
+// The tagged value of automation calls. Its conversions and its comparison are in variant_convert.h
+// and variant_compare.h, which this header includes.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/types.h"
+#include "qxframework/automation/variant_compare.h"
+#include "qxframework/automation/variant_convert.h"
 
 #include <concepts>
 
+/// The kinds of values. Frozen: compiled add-ons and the host exchange these numbers.
 enum : VARTYPE {
   VT_EMPTY = 0,
   VT_NULL = 1,
@@ -33,12 +37,12 @@ enum : VARTYPE {
   VT_BYREF = 0x4000
 };
 
-/// An amount in ten-thousandths.
+/// An amount of money in ten-thousandths.
 struct CY {
   std::int64_t int64;
 };
 
-/// The raw tagged value. It owns nothing by itself; CComVariant does.
+/// The raw tagged value. It does not own its text or object; CComVariant does.
 struct VARIANT {
   VARTYPE vt = VT_EMPTY;
   union {
@@ -68,6 +72,7 @@ struct VARIANT {
   };
 };
 
+/// The arguments of a call by dispatch id.
 struct DISPPARAMS {
   VARIANT* rgvarg = nullptr;  // in reverse order of the call
   DISPID* rgdispidNamedArgs = nullptr;
@@ -75,6 +80,7 @@ struct DISPPARAMS {
   UINT cNamedArgs = 0;
 };
 
+/// The failure of a call by dispatch id.
 struct EXCEPINFO {
   HRESULT scode = S_OK;
   BSTR bstrDescription = nullptr;
@@ -82,33 +88,12 @@ struct EXCEPINFO {
 
 inline constexpr WORD DISPATCH_METHOD = 1;
 inline constexpr WORD DISPATCH_PROPERTYGET = 2;
-inline constexpr LCID LOCALE_USER_DEFAULT = 1024;
-inline constexpr HRESULT VARCMP_LT = 0;
-inline constexpr HRESULT VARCMP_EQ = 1;
-inline constexpr HRESULT VARCMP_GT = 2;
-inline constexpr HRESULT VARCMP_NULL = 3;
 
-/// Frees what the value holds and makes it VT_EMPTY.
+/// Frees the text or releases the object of the value and makes it VT_EMPTY.
 QX_API HRESULT VariantClear(VARIANT* value);
-/// Clears `to` and copies `from` with its text or object.
+/// Clears `to` and copies `from`, with a copy of its text or a reference to its object. `to` keeps
+/// its value if memory is out.
 QX_API HRESULT VariantCopy(VARIANT* to, const VARIANT* from);
-/// Converts `from` to `type` by the number and date forms of `locale` (1024 the user's default,
-/// 1033 English, United States). `to` may be `from`. DISP_E_TYPEMISMATCH when there is no such
-/// conversion or the text does not read, DISP_E_OVERFLOW when the value does not fit; `to` is left
-/// as it was then. Dates have the forms of 1033 in every locale. Of the flags, 1 keeps an object
-/// from being asked for its own value and 2 writes booleans as "True" and "False", not -1 and 0.
-QX_API HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, WORD flags,
-                                   VARTYPE type);
-inline HRESULT VariantChangeType(VARIANT* to, const VARIANT* from, WORD flags, VARTYPE type) {
-  return VariantChangeTypeEx(to, from, LOCALE_USER_DEFAULT, flags, type);
-}
-/// VARCMP_LT, VARCMP_EQ, VARCMP_GT; VARCMP_NULL when one side is VT_NULL. Numbers of all kinds
-/// compare by value and come before texts, which compare as VarBstrCmp does; VT_EMPTY counts as 0
-/// or as the empty text. DISP_E_TYPEMISMATCH for other pairs.
-QX_API HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID locale, ULONG flags);
-/// The comparison of two texts, up to their terminators, by the locale's collation; null counts as
-/// empty. Flag 1 ignores case.
-QX_API HRESULT VarBstrCmp(const OLECHAR* left, const OLECHAR* right, LCID locale, ULONG flags);
 
 /// A VARIANT that owns its text or object.
 class CComVariant : public VARIANT {
@@ -121,10 +106,11 @@ class CComVariant : public VARIANT {
   CComVariant(const CComBSTR& text) { assignText(text.View()); }
   CComVariant(std::u16string_view text) { assignText(text); }
   CComVariant(int value) { vt = VT_I4, llVal = 0, lVal = value; }
-  /// With its lower 32 bits.
+  /// Keeps the lower 32 bits of `value`.
   CComVariant(long value) { vt = VT_I4, llVal = 0, lVal = static_cast<std::int32_t>(value); }
   CComVariant(short value) { vt = VT_I2, llVal = 0, iVal = value; }
-  template <std::same_as<bool> Bool>  // and nothing that converts to one, as pointers do
+  /// Takes bool itself only: pointers would convert to it.
+  template <std::same_as<bool> Bool>
   CComVariant(Bool value) {
     vt = VT_BOOL, llVal = 0, boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
   }
@@ -146,23 +132,24 @@ class CComVariant : public VARIANT {
   }
 
   HRESULT Clear() { return VariantClear(this); }
-  /// Converts in place, or from `source`, by the user's default locale.
+  /// Converts this value in place, or `source` into it, by the user's default locale.
   HRESULT ChangeType(VARTYPE type, const VARIANT* source = nullptr) {
     return VariantChangeType(this, source == nullptr ? this : source, 0, type);
   }
-  /// Gives the value away; `out` is overwritten.
+  /// Moves the value to `*out`, which is overwritten and not cleared.
   HRESULT Detach(VARIANT* out) {
     moveTo(*out);
     return S_OK;
   }
 
  private:
-  // Member by member: a copy in one piece would wait for the single writes before it.
+  // Member by member: the processor cannot forward the earlier writes to single members to one wide
+  // read, which would have to wait for them.
   void moveTo(VARIANT& to) {
     to.vt = std::exchange(vt, VT_EMPTY);
     to.ullVal = ullVal;
   }
-  // Most values hold nothing that is to be freed.
+  // Checked inline, because most values hold nothing to free.
   void drop() {
     if (vt == VT_BSTR || vt == VT_DISPATCH || vt == VT_UNKNOWN) VariantClear(this);
   }

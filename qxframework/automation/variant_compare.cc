@@ -1,3 +1,5 @@
+#include "qxframework/automation/variant_compare.h"
+
 #include "qxframework/automation/number.h"
 #include "qxframework/automation/user_locale.h"
 #include "qxframework/automation/variant.h"
@@ -15,12 +17,13 @@ HRESULT compareText(std::u16string_view left, std::u16string_view right, LCID lo
 
 bool isTextLike(const VARIANT& value) { return value.vt == VT_BSTR || value.vt == VT_EMPTY; }
 
-/// An empty value counts as the empty text.
+// Returns the text of a VT_BSTR with all its units; VT_EMPTY counts as the empty text.
 std::u16string_view textIn(const VARIANT& value) {
   return value.vt == VT_BSTR ? viewOfBstr(value.bstrVal) : std::u16string_view();
 }
 
 HRESULT compareValues(const VARIANT& left, const VARIANT& right, LCID locale, ULONG flags) {
+  // The order of these steps decides for VT_EMPTY: beside a text it is the empty text, else 0.
   if (left.vt == VT_NULL || right.vt == VT_NULL) return VARCMP_NULL;
   if (left.vt == VT_ERROR && right.vt == VT_ERROR)
     return asResult(left.scode < right.scode ? -1 : left.scode > right.scode ? 1 : 0);
@@ -29,7 +32,8 @@ HRESULT compareValues(const VARIANT& left, const VARIANT& right, LCID locale, UL
   const auto leftNumber = numberOf(left);
   const auto rightNumber = numberOf(right);
   if (leftNumber && rightNumber) return asResult(compareNumbers(*leftNumber, *rightNumber));
-  if (leftNumber && right.vt == VT_BSTR) return VARCMP_LT;  // numbers come before texts
+  // A text is not read as a number here: "9" and 9 are different, and numbers precede texts.
+  if (leftNumber && right.vt == VT_BSTR) return VARCMP_LT;
   if (left.vt == VT_BSTR && rightNumber) return VARCMP_GT;
   return DISP_E_TYPEMISMATCH;
 }
@@ -39,8 +43,8 @@ HRESULT compareValues(const VARIANT& left, const VARIANT& right, LCID locale, UL
 
 HRESULT VarCmp(const VARIANT* left, const VARIANT* right, LCID locale, ULONG flags) {
   if (left == nullptr || right == nullptr) return E_POINTER;
-  const auto leftValue = qx::valueBehind(*left);
-  const auto rightValue = qx::valueBehind(*right);
+  const auto leftValue = qx::dereferenced(*left);
+  const auto rightValue = qx::dereferenced(*right);
   if (!leftValue || !rightValue) return DISP_E_TYPEMISMATCH;
   return qx::compareValues(*leftValue, *rightValue, locale, flags);
 }

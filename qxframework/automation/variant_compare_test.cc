@@ -1,3 +1,5 @@
+#include "qxframework/automation/variant_compare.h"
+
 #include "qxframework/automation/variant.h"
 
 #include <gtest/gtest.h>
@@ -85,7 +87,7 @@ TEST(VarBstrCmp, UnpairedSurrogatesCompare) {
   EXPECT_EQ(forward + backward, VARCMP_LT + VARCMP_GT);
 }
 
-TEST(VarCmp, NullOnEitherSideIsTold) {
+TEST(VarCmp, ReturnsNullIfEitherSideIsNull) {
   EXPECT_EQ(compare(ofKind(VT_NULL), 1), VARCMP_NULL);
   EXPECT_EQ(compare(u"a", ofKind(VT_NULL)), VARCMP_NULL);
   EXPECT_EQ(compare(ofKind(VT_NULL), ofKind(VT_NULL)), VARCMP_NULL);
@@ -124,7 +126,7 @@ TEST(VarCmp, LargeIntegersCompareExactly) {
   EXPECT_EQ(compare(int64((1LL << 53) + 1), CComVariant(9007199254740992.0)), VARCMP_GT);
 }
 
-TEST(VarCmp, WhatIsNotANumberComesFirstAndEqualsItself) {
+TEST(VarCmp, NanPrecedesAllNumbersAndEqualsItself) {
   const double none = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(compare(none, none), VARCMP_EQ);
   EXPECT_EQ(compare(none, -1e300), VARCMP_LT);
@@ -145,7 +147,7 @@ TEST(VarCmp, ZerosInATextCount) {
   EXPECT_EQ(compare(left, right), VARCMP_LT);
 }
 
-TEST(VarCmp, NumbersComeBeforeTexts) {
+TEST(VarCmp, NumbersPrecedeTexts) {
   EXPECT_EQ(compare(9, u"1"), VARCMP_LT);
   EXPECT_EQ(compare(u"1", 9.5), VARCMP_GT);
 }

@@ -1,6 +1,8 @@
+#include "qxframework/automation/variant_convert.h"
+
+#include "qxframework/automation/civil_time.h"
 #include "qxframework/automation/date_text.h"
 #include "qxframework/automation/number.h"
-#include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/automation/user_locale.h"
 #include "qxframework/automation/variant.h"
@@ -12,11 +14,12 @@
 namespace qx {
 namespace {
 
-// An object is not asked for its value.
+// Objects are not asked for their own value.
 constexpr WORD kNoValueOfObject = 1;
-// Booleans read as words.
+// Booleans become words.
 constexpr WORD kBooleanAsWord = 2;
 
+// The target of a conversion, from VariantChangeTypeEx.
 struct Request {
   VARTYPE type;
   LCID locale;
@@ -25,6 +28,8 @@ struct Request {
 
 bool isObject(VARTYPE type) { return type == VT_DISPATCH || type == VT_UNKNOWN; }
 
+// `digits` is the number that the kind holds for certain: with more of them, 0.1 would not be
+// written as "0.1".
 HRESULT textOfReal(double value, int digits, const Request& request, std::u16string& text) {
   if (!std::isfinite(value)) return DISP_E_OVERFLOW;
   text = textFromReal(value, digits, numberSigns(request.locale));
@@ -38,6 +43,7 @@ HRESULT textOfDate(DATE date, std::u16string& text) {
   return S_OK;
 }
 
+// The words are English in every locale, since they are read again in English only.
 std::u16string textOfBoolean(bool value, const Request& request) {
   if ((request.flags & kBooleanAsWord) != 0) return value ? u"True" : u"False";
   return value ? u"-1" : u"0";
@@ -66,6 +72,7 @@ HRESULT textOf(const VARIANT& from, const Request& request, std::u16string& text
     default:
       break;
   }
+  // Integers are left, and the kinds that have no text: VT_NULL, errors and objects.
   const auto number = numberOf(from);
   if (!number) return DISP_E_TYPEMISMATCH;
   text = textOfInteger(*number);
@@ -83,6 +90,7 @@ std::optional<Number> numberIn(const VARIANT& from, const Request& request) {
   return numberFromText(viewOfBstr(from.bstrVal), numberSigns(request.locale));
 }
 
+// A text is read as a date and never as the number of a date.
 HRESULT putDate(const VARIANT& from, const Request& request, VARIANT& out) {
   if (from.vt == VT_BSTR) {
     const auto date = dateFromText(viewOfBstr(from.bstrVal));
@@ -92,6 +100,7 @@ HRESULT putDate(const VARIANT& from, const Request& request, VARIANT& out) {
   }
   const auto number = numberIn(from, request);
   if (!number) return DISP_E_TYPEMISMATCH;
+  // Any number is a date as long as it is in the range of years.
   if (!civilFromDate(number->real)) return DISP_E_OVERFLOW;
   out.date = number->real;
   return S_OK;
@@ -100,6 +109,7 @@ HRESULT putDate(const VARIANT& from, const Request& request, VARIANT& out) {
 HRESULT putBoolean(const VARIANT& from, const Request& request, VARIANT& out) {
   if (from.vt == VT_BSTR) {
     const std::u16string_view text = viewOfBstr(from.bstrVal);
+    // The words count before numbers. Those between # are compared with case.
     const bool yes = equalsIgnoreCase(text, u"True") || text == u"#TRUE#";
     out.boolVal = yes ? VARIANT_TRUE : VARIANT_FALSE;
     if (yes || equalsIgnoreCase(text, u"False") || text == u"#FALSE#") return S_OK;
@@ -110,6 +120,7 @@ HRESULT putBoolean(const VARIANT& from, const Request& request, VARIANT& out) {
   return S_OK;
 }
 
+// Stores a number in the member of an integer kind, or returns DISP_E_OVERFLOW if it does not fit.
 template <class T>
 HRESULT putInteger(const Number& number, T VARIANT::*member, VARIANT& out) {
   constexpr T kHigh = std::numeric_limits<T>::max();
@@ -125,6 +136,7 @@ HRESULT putInteger(const Number& number, T VARIANT::*member, VARIANT& out) {
   return S_OK;
 }
 
+// NaN is not greater than the limit and so passes; infinity does not.
 HRESULT putReal(double value, double limit, VARIANT& out) {
   if (std::fabs(value) > limit) return DISP_E_OVERFLOW;
   if (out.vt == VT_R4) {
@@ -178,7 +190,9 @@ bool isUnsigned(VARTYPE type) {
 }
 
 HRESULT putNumber(const VARIANT& from, const Request& request, VARIANT& out) {
-  if (from.vt == VT_BOOL && isUnsigned(out.vt)) {  // true has all bits set, as -1 has
+  // True has all bits set, as -1 has, which would not fit into an unsigned kind as a number. All
+  // members share the lower bytes of the union.
+  if (from.vt == VT_BOOL && isUnsigned(out.vt)) {
     out.llVal = from.boolVal != VARIANT_FALSE ? -1 : 0;
     return S_OK;
   }
@@ -188,14 +202,15 @@ HRESULT putNumber(const VARIANT& from, const Request& request, VARIANT& out) {
 
 HRESULT putObject(const VARIANT& from, VARIANT& out) {
   if (!isObject(from.vt)) return DISP_E_TYPEMISMATCH;
-  if (from.punkVal == nullptr) return S_OK;
+  if (from.punkVal == nullptr) return S_OK;  // a null object has every interface
   const IID& iid = out.vt == VT_DISPATCH ? IDispatch::kIid : IUnknown::kIid;
   return from.punkVal->QueryInterface(iid, &out.byref);
 }
 
 HRESULT convert(const VARIANT& from, const Request& request, VARIANT& out);
 
-/// From the value that an object has by itself: its property 0.
+// Converts the own value of an object, its property 0. An object whose value is an object again is
+// not asked further, since two objects could refer to each other for ever.
 HRESULT convertValueOf(IDispatch* object, const Request& request, VARIANT& out) {
   if (object == nullptr || (request.flags & kNoValueOfObject) != 0) return DISP_E_TYPEMISMATCH;
   CComVariant value;
@@ -208,6 +223,8 @@ HRESULT convertValueOf(IDispatch* object, const Request& request, VARIANT& out) 
 
 HRESULT convert(const VARIANT& from, const Request& request, VARIANT& out) {
   if (from.vt == request.type) return VariantCopy(&out, &from);
+  // The kind is set before the value: the put functions read it to find the member. On failure the
+  // caller discards `out`, which owns nothing then.
   out.vt = request.type;
   if (isObject(request.type)) return putObject(from, out);
   if (from.vt == VT_DISPATCH) return convertValueOf(from.pdispVal, request, out);
@@ -230,11 +247,12 @@ HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, WORD 
                             VARTYPE type) {
   if (to == nullptr || from == nullptr) return E_POINTER;
   try {
-    const auto value = qx::valueBehind(*from);
+    const auto value = qx::dereferenced(*from);
     if (!value) return DISP_E_TYPEMISMATCH;
     VARIANT converted;
     const HRESULT result = qx::convert(*value, {type, locale, flags}, converted);
     if (result < 0) return result;
+    // After the conversion: `to` may be `from`, and keeps its value on failure.
     VariantClear(to);
     *to = converted;
     return S_OK;

@@ -1,3 +1,5 @@
+#include "qxframework/automation/variant_convert.h"
+
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/variant.h"
 
@@ -25,13 +27,13 @@ CComVariant real32(float value) { return with(VT_R4, &VARIANT::fltVal, value); }
 CComVariant int64(std::int64_t value) { return with(VT_I8, &VARIANT::llVal, value); }
 CComVariant unsigned64(std::uint64_t value) { return with(VT_UI8, &VARIANT::ullVal, value); }
 
-/// The result code of a conversion.
+/// Returns the result code of a conversion.
 HRESULT code(const CComVariant& from, VARTYPE type, LCID locale = kEnglish, WORD flags = 0) {
   CComVariant to;
   return VariantChangeTypeEx(&to, &from, locale, flags, type);
 }
 
-/// The converted value; VT_ERROR with the code if it fails.
+/// Returns the converted value; VT_ERROR with the result code if the conversion fails.
 CComVariant converted(const CComVariant& from, VARTYPE type, LCID locale = kEnglish,
                       WORD flags = 0) {
   CComVariant to;
@@ -88,9 +90,9 @@ TEST(VariantToText, DecimalsFollowTheLocale) {
   EXPECT_EQ(text(money(15000), kGerman), u"1,5");
 }
 
-TEST(VariantToText, NoOverrideFlagChangesNothing) { EXPECT_EQ(text(1.5, kEnglish, 4), u"1.5"); }
+TEST(VariantToText, TheNoOverrideFlagChangesNothing) { EXPECT_EQ(text(1.5, kEnglish, 4), u"1.5"); }
 
-TEST(VariantToText, WhatIsNoFiniteNumberHasNone) {
+TEST(VariantToText, InfinityAndNanAreAnOverflow) {
   EXPECT_EQ(code(std::numeric_limits<double>::infinity(), VT_BSTR), DISP_E_OVERFLOW);
   EXPECT_EQ(code(std::numeric_limits<double>::quiet_NaN(), VT_BSTR), DISP_E_OVERFLOW);
 }
@@ -117,7 +119,7 @@ TEST(VariantToText, DatesLeaveTheTimeOutAtMidnight) {
   EXPECT_EQ(text(date(0.0)), u"12:00:00 AM");
 }
 
-TEST(VariantToText, EmptyIsTheEmptyTextAndNullIsNone) {
+TEST(VariantToText, EmptyIsTheEmptyTextAndNullIsAMismatch) {
   EXPECT_EQ(text(CComVariant()), u"");
   CComVariant null;
   null.vt = VT_NULL;
@@ -136,13 +138,18 @@ TEST(TextToNumber, ReadsSignsGroupsAndExponents) {
   EXPECT_EQ(real(u"5."), 5);
 }
 
+TEST(TextToNumber, BlanksTabsAndNoBreakSpacesMaySurroundIt) {
+  EXPECT_EQ(real(u"\t\u00A0-\u00A05\u00A0\t"), -5);
+  EXPECT_EQ(code(u"5\n", VT_R8), DISP_E_TYPEMISMATCH);
+}
+
 TEST(TextToNumber, FollowsTheLocale) {
   EXPECT_EQ(real(u"1.234,5", kGerman), 1234.5);
   EXPECT_EQ(real(u"1,5", kGerman), 1.5);
   EXPECT_EQ(real(u"1 234,5", 1036), 1234.5) << "French, grouped by a plain blank";
 }
 
-TEST(TextToNumber, WhatDoesNotReadIsAMismatch) {
+TEST(TextToNumber, OtherTextsAreAMismatch) {
   for (const OLECHAR* bad : {u"", u" ", u"abc", u"1x", u"--1", u"-", u".", u"1e", u"1.2.3", u"+-1",
                              u"1 2", u"()", u"-(5)", u"1,5x", u"\u0661"})
     EXPECT_EQ(code(bad, VT_R8), DISP_E_TYPEMISMATCH) << testing::PrintToString(bad);
@@ -179,7 +186,7 @@ TEST(NumberToInteger, RoundsHalvesToTheEvenOne) {
   EXPECT_EQ(integer(money(-35000)), -4);
 }
 
-TEST(NumberToInteger, WhatDoesNotFitIsAnOverflow) {
+TEST(NumberToInteger, ANumberOutsideTheRangeIsAnOverflow) {
   EXPECT_EQ(integer(2147483647.4), std::numeric_limits<std::int32_t>::max());
   EXPECT_EQ(code(2147483647.5, VT_I4), DISP_E_OVERFLOW);
   EXPECT_EQ(code(40000, VT_I2), DISP_E_OVERFLOW);
@@ -193,7 +200,7 @@ TEST(NumberToInteger, WhatDoesNotFitIsAnOverflow) {
             std::numeric_limits<std::int64_t>::min());
 }
 
-TEST(NumberToReal, AShortRealMustBeAbleToHoldIt) {
+TEST(NumberToReal, AShortRealRefusesNumbersOutsideItsRange) {
   EXPECT_EQ(converted(1.5, VT_R4).fltVal, 1.5F);
   EXPECT_EQ(code(1e300, VT_R4), DISP_E_OVERFLOW);
   EXPECT_EQ(code(std::numeric_limits<double>::infinity(), VT_R4), DISP_E_OVERFLOW);
@@ -243,13 +250,13 @@ TEST(ToDate, TakesNumbersInTheRangeOfDates) {
   EXPECT_EQ(real(date(45322.25)), 45322.25);
 }
 
-TEST(ChangeType, OfEmptyGivesZeroOfEveryKind) {
+TEST(ChangeType, EmptyBecomesZeroOfEveryKind) {
   for (const VARTYPE type : {VT_I1, VT_I2, VT_I4, VT_I8, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_INT,
                              VT_UINT, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BOOL})
     EXPECT_EQ(converted(CComVariant(), type).llVal, 0) << type;
 }
 
-TEST(ChangeType, OfNullGivesOnlyNull) {
+TEST(ChangeType, NullBecomesOnlyNull) {
   CComVariant null;
   null.vt = VT_NULL;
   EXPECT_EQ(code(null, VT_NULL), S_OK);
@@ -258,7 +265,7 @@ TEST(ChangeType, OfNullGivesOnlyNull) {
   EXPECT_EQ(code(1, VT_EMPTY), DISP_E_TYPEMISMATCH);
 }
 
-TEST(ChangeType, OfAnErrorGivesOnlyAnError) {
+TEST(ChangeType, AnErrorBecomesOnlyAnError) {
   const CComVariant error = with(VT_ERROR, &VARIANT::scode, 5);
   EXPECT_EQ(converted(error, VT_ERROR).scode, 5);
   EXPECT_EQ(code(error, VT_I4), DISP_E_TYPEMISMATCH);
@@ -275,7 +282,7 @@ TEST(ChangeType, MayWorkInPlace) {
   EXPECT_EQ(qx::viewOfBstr(value.bstrVal), u"42");
 }
 
-TEST(ChangeType, AFailureLeavesTheTargetAlone) {
+TEST(ChangeType, AFailureKeepsTheTarget) {
   CComVariant target(u"kept");
   const CComVariant source(u"abc");
   EXPECT_EQ(VariantChangeTypeEx(&target, &source, kEnglish, 0, VT_I4), DISP_E_TYPEMISMATCH);
@@ -299,7 +306,7 @@ TEST(ChangeType, NullPointersAreRefused) {
   EXPECT_EQ(VariantChangeTypeEx(&value, nullptr, kEnglish, 0, VT_I4), E_POINTER);
 }
 
-/// An object whose own value is 7.
+/// An object with the value 7.
 class Valued final : public qx::ComObject<qx::NoDispatch<IDispatch>> {
  public:
   HRESULT Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
@@ -309,7 +316,7 @@ class Valued final : public qx::ComObject<qx::NoDispatch<IDispatch>> {
   }
 };
 
-TEST(ChangeType, AnObjectGivesTheValueThatItHas) {
+TEST(ChangeType, AnObjectBecomesItsOwnValue) {
   const CComPtr<Valued> object = qx::makeObject<Valued>();
   const CComVariant value(static_cast<IDispatch*>(object.p));
   EXPECT_EQ(integer(value), 7);
@@ -320,12 +327,12 @@ TEST(ChangeType, AnObjectGivesTheValueThatItHas) {
 /// An object without a value.
 class Plain final : public qx::ComObject<IUnknown> {};
 
-TEST(ChangeType, ObjectsTurnIntoTheInterfaceThatTheyHave) {
+TEST(ChangeType, ObjectsBecomeAnInterfaceThatTheyHave) {
   const CComPtr<Valued> valued = qx::makeObject<Valued>();
   const CComPtr<Plain> plain = qx::makeObject<Plain>();
   const CComVariant dispatch(static_cast<IDispatch*>(valued.p));
   const CComVariant unknown(static_cast<IUnknown*>(plain.p));
-  EXPECT_EQ(code(dispatch, VT_UNKNOWN), S_OK);
+  EXPECT_EQ(converted(dispatch, VT_UNKNOWN).punkVal, static_cast<IUnknown*>(valued.p));
   EXPECT_EQ(code(unknown, VT_DISPATCH), E_NOINTERFACE);
   EXPECT_EQ(code(unknown, VT_I4), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(code(1, VT_DISPATCH), DISP_E_TYPEMISMATCH);

@@ -21,7 +21,7 @@ class Counted final : public qx::ComObject<qx::NoDispatch<IDispatch>> {
 
 TEST(Variant, StartsEmpty) { EXPECT_EQ(VARIANT().vt, VT_EMPTY); }
 
-TEST(Variant, TakesTheKindOfWhatItIsMadeFrom) {
+TEST(Variant, HasTheKindOfItsArgument) {
   EXPECT_EQ(CComVariant(7).vt, VT_I4);
   EXPECT_EQ(CComVariant(7L).vt, VT_I4);
   EXPECT_EQ(CComVariant(short{7}).vt, VT_I2);
@@ -52,7 +52,7 @@ TEST(Variant, CopyOfANullTextIsANullText) {
   EXPECT_EQ(copy.bstrVal, nullptr);
 }
 
-TEST(Variant, CountsItsObject) {
+TEST(Variant, HoldsAReferenceToItsObject) {
   int alive = 0;
   CComPtr<Counted> object = qx::makeObject<Counted>(alive);
   {
@@ -77,13 +77,13 @@ TEST(Variant, MovingLeavesAnEmptyValue) {
   EXPECT_EQ(qx::viewOfBstr(second.bstrVal), u"text");
 }
 
-TEST(Variant, CopyToItselfKeepsTheValue) {
+TEST(Variant, CopyingToItselfKeepsTheValue) {
   CComVariant text(u"text");
   EXPECT_EQ(VariantCopy(&text, &text), S_OK);
   EXPECT_EQ(qx::viewOfBstr(text.bstrVal), u"text");
 }
 
-TEST(Variant, DetachGivesTheValueAway) {
+TEST(Variant, DetachMovesTheValue) {
   CComVariant text(u"text");
   VARIANT out;
   EXPECT_EQ(text.Detach(&out), S_OK);

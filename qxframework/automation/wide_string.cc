@@ -10,9 +10,11 @@
 
 namespace {
 
-// White space lies wholly in the basic plane, so single units tell.
-bool isSpace(OLECHAR unit) { return u_isUWhiteSpace(unit) != 0; }
+// The white space of Unicode, unlike qx::isSpace. It lies wholly in the basic plane, so that a
+// single unit is a whole code point here.
+bool isUnicodeSpace(OLECHAR unit) { return u_isUWhiteSpace(unit) != 0; }
 
+// Returns the position or count, limited to 0..limit.
 std::size_t clamped(int position, std::size_t limit) {
   return position <= 0 ? 0 : std::min(static_cast<std::size_t>(position), limit);
 }
@@ -63,12 +65,14 @@ int CString::ReverseFind(OLECHAR unit) const { return positionOf(m_text.rfind(un
 int CString::Replace(std::u16string_view from, std::u16string_view to) {
   if (from.empty()) return 0;
   int count = 0;
+  // Built beside the string: `to` may be a part of it, and replaced text is not searched again.
   std::u16string replaced;
   std::size_t start = 0;
   for (std::size_t found = 0; (found = m_text.find(from, start)) != std::u16string::npos; ++count) {
     replaced.append(m_text, start, found - start).append(to);
     start = found + from.size();
   }
+  // Without a match the string keeps its buffer.
   if (count > 0) m_text = replaced.append(m_text, start);
   return count;
 }
@@ -85,15 +89,16 @@ int CString::Insert(int position, std::u16string_view text) {
   return GetLength();
 }
 
+// The right end first, so that fewer units move to the front.
 CString& CString::Trim() { return TrimRight().TrimLeft(); }
 
 CString& CString::TrimRight() {
-  while (!m_text.empty() && isSpace(m_text.back())) m_text.pop_back();
+  while (!m_text.empty() && isUnicodeSpace(m_text.back())) m_text.pop_back();
   return *this;
 }
 
 CString& CString::TrimLeft() {
-  m_text.erase(m_text.begin(), std::find_if_not(m_text.begin(), m_text.end(), isSpace));
+  m_text.erase(m_text.begin(), std::find_if_not(m_text.begin(), m_text.end(), isUnicodeSpace));
   return *this;
 }
 

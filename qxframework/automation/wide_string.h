@@ -1,5 +1,7 @@
 #pragma once
 
+// The mutable string of add-on code.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/format.h"
 
@@ -7,8 +9,8 @@
 #include <string_view>
 #include <utility>
 
-/// The mutable wide string. Positions and lengths count UTF-16 units; a search that finds nothing
-/// gives -1. Comparison is by unit.
+/// A mutable wide string. Positions and lengths count UTF-16 units. A search returns -1 if it finds
+/// nothing. Comparison is by unit.
 class QX_API CString {
  public:
   CString() = default;
@@ -26,9 +28,9 @@ class QX_API CString {
   int GetLength() const { return static_cast<int>(m_text.size()); }
   bool IsEmpty() const { return m_text.empty(); }
   void Empty() { m_text.clear(); }
-  /// Zero behind the end.
+  /// Returns the unit at `position`; 0 outside the string.
   OLECHAR GetAt(int position) const;
-  /// Raises E_INVALIDARG outside the string.
+  /// Throws E_INVALIDARG if `position` is outside the string.
   void SetAt(int position, OLECHAR unit);
   CString& operator+=(std::u16string_view text) {
     m_text += text;
@@ -36,28 +38,37 @@ class QX_API CString {
   }
   void Append(std::u16string_view text) { m_text += text; }
 
-  /// Parts are cut to what there is, as are negative positions and counts.
+  /// Return a part of the string. Positions and counts are limited to the range of the string; a
+  /// negative one counts as 0.
   CString Left(int count) const;
   CString Right(int count) const;
   CString Mid(int first) const;
   CString Mid(int first, int count) const;
+  /// Return the first position at or after `start`; a negative start counts as 0.
   int Find(std::u16string_view text, int start = 0) const;
   int Find(OLECHAR unit, int start = 0) const;
   int ReverseFind(OLECHAR unit) const;
-  /// The number of replacements.
+  /// Replaces every `from`, from left to right, and returns the number of replacements. `to` may be
+  /// a part of this string. An empty `from` replaces nothing.
   int Replace(std::u16string_view from, std::u16string_view to);
+  /// Delete and insert units and return the new length. Positions and counts are limited to the
+  /// range of the string. `text` may be a part of this string.
   int Delete(int first, int count = 1);
   int Insert(int position, std::u16string_view text);
-  /// White space off both ends, the right end, the left end.
+  /// Remove Unicode white space at both ends, at the right end, at the left end.
   CString& Trim();
   CString& TrimRight();
   CString& TrimLeft();
+  /// Map the string in place by the case rules of the root locale.
   CString& MakeLower();
   CString& MakeUpper();
   int Compare(std::u16string_view other) const { return m_text.compare(other); }
+  /// Returns -1, 0 or 1 by the order of the case-folded texts.
   int CompareNoCase(std::u16string_view other) const;
+  /// Returns a new BSTR with all units, which the caller owns; null if memory is out.
   BSTR AllocSysString() const { return qx::newText(m_text); }
 
+  /// Sets the string to a formatted text; the arguments may include this string.
   template <class... Args>
   void Format(const OLECHAR* text, const Args&... args) {
     m_text = qx::format(text, args...);

@@ -6,13 +6,13 @@
 
 namespace {
 
-TEST(CString, OfNullIsEmpty) {
+TEST(CString, IsEmptyForANullPointer) {
   const CString text(static_cast<const OLECHAR*>(nullptr));
   EXPECT_TRUE(text.IsEmpty());
   EXPECT_EQ(text.GetString()[0], u'\0');
 }
 
-TEST(CString, PartsAreCutToWhatThereIs) {
+TEST(CString, PartsAreLimitedToTheString) {
   const CString text(u"abcdef");
   EXPECT_EQ(text.Left(2), u"ab");
   EXPECT_EQ(text.Left(9), u"abcdef");
@@ -28,7 +28,7 @@ TEST(CString, PartsAreCutToWhatThereIs) {
   EXPECT_EQ(text.Mid(1, -1), u"");
 }
 
-TEST(CString, FindGivesThePositionOrMinusOne) {
+TEST(CString, FindReturnsThePositionOrMinusOne) {
   const CString text(u"a.b.c");
   EXPECT_EQ(text.Find(u"."), 1);
   EXPECT_EQ(text.Find(u'.', 2), 3);
@@ -40,7 +40,7 @@ TEST(CString, FindGivesThePositionOrMinusOne) {
   EXPECT_EQ(text.ReverseFind(u'x'), -1);
 }
 
-TEST(CString, ReplaceCountsAndDoesNotLookAtWhatItPutIn) {
+TEST(CString, ReplaceCountsAndDoesNotSearchTheReplacement) {
   CString text(u"aaa");
   EXPECT_EQ(text.Replace(u"a", u"aa"), 3);
   EXPECT_EQ(text, u"aaaaaa");
@@ -57,7 +57,7 @@ TEST(CString, ReplaceMayTakeItsOwnText) {
   EXPECT_EQ(text, u"aab");
 }
 
-TEST(CString, DeleteAndInsertGiveTheNewLength) {
+TEST(CString, DeleteAndInsertReturnTheNewLength) {
   CString text(u"abcdef");
   EXPECT_EQ(text.Delete(1, 2), 4);
   EXPECT_EQ(text, u"adef");
@@ -73,7 +73,7 @@ TEST(CString, DeleteAndInsertGiveTheNewLength) {
   EXPECT_EQ(text, u"<<aXYd!aXYd!");
 }
 
-TEST(CString, TrimTakesWhiteSpaceOffTheEnds) {
+TEST(CString, TrimRemovesWhiteSpaceAtBothEnds) {
   CString text(u" \t\r\n\u00A0a b\u3000 ");
   EXPECT_EQ(CString(text).TrimLeft(), u"a b\u3000 ");
   EXPECT_EQ(CString(text).TrimRight(), u" \t\r\n\u00A0a b");
@@ -92,7 +92,7 @@ TEST(CString, UnitsAreReadAndSetByPosition) {
   EXPECT_THROW(text.SetAt(-1, u'X'), _com_error);
 }
 
-TEST(CString, CaseMappingChangesThePlace) {
+TEST(CString, CaseMappingChangesTheStringItself) {
   CString text(u"\u00C4bC");
   EXPECT_EQ(text.MakeLower(), u"\u00E4bc");
   EXPECT_EQ(text.MakeUpper(), u"\u00C4BC");

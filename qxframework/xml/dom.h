@@ -3,12 +3,12 @@
 // The XML document as a tree of objects. A document is parsed from a text or a file, walked and
 // changed through nodes, lists and attribute maps, and written back as text.
 //
-// Every operation is a virtual raw_X that returns a result code, and an inline X that raises
-// _com_error below 0 and returns the out value. Every text that goes out is a new string for the
-// caller. Lists and maps are live: they show the tree as it is when they are asked. A node keeps
-// its tree alive and stays valid when it is removed; one node is always one object, so two pointers
-// to it are equal. Nodes move between documents by appendChild, insertBefore and setAttributeNode.
-// A document and its nodes are to be used by one thread at a time.
+// Every operation is a virtual raw_X that returns a result code and stores its result in an out
+// parameter, and an inline X that throws _com_error for a negative code and returns the result. A
+// stored text is a new string, which the caller owns. Lists and maps are live: each call sees the
+// tree as it is then. A node keeps its tree alive and stays valid when it is removed. One node is
+// always one object, so two pointers to it are equal. Nodes move between documents by appendChild,
+// insertBefore and setAttributeNode. Only one thread at a time may use a document and its nodes.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -24,7 +24,7 @@ class IXMLDOMNode;
 class IXMLDOMNodeList;
 class IXMLDOMParseError;
 
-/// Frozen: callers compare with the numbers.
+/// The kind of a node. Frozen: callers compare with the numbers.
 enum DOMNodeType : long {
   NODE_ELEMENT = 1,
   NODE_ATTRIBUTE = 2,
@@ -37,69 +37,82 @@ enum DOMNodeType : long {
 
 // The interface ids below are frozen: compiled add-ons ask for them.
 
-/// Any node of a tree. A node of another implementation given as an argument is E_INVALIDARG.
+/// Any node of a tree. Operations return E_INVALIDARG for a node of another implementation as an
+/// argument, and E_POINTER for a null node or out parameter.
 class IXMLDOMNode : public IUnknown {
  public:
   static constexpr GUID kIid{
       0x525b2fe5, 0xc34d, 0x411d, {0x90, 0xf7, 0x4a, 0xa6, 0xa4, 0x93, 0xb5, 0x3e}};
 
-  /// The qualified name of an element or attribute, the target of a processing instruction, else
-  /// "#text", "#cdata-section", "#comment" or "#document".
+  /// Stores the qualified name of an element or attribute, the target of a processing instruction,
+  /// else "#text", "#cdata-section", "#comment" or "#document".
   virtual HRESULT raw_nodeName(BSTR* name) = 0;
+  /// Stores the kind of the node.
   virtual HRESULT raw_nodeType(DOMNodeType* type) = 0;
-  /// "element", "attribute", "text", "cdatasection", "processinginstruction", "comment",
+  /// Stores "element", "attribute", "text", "cdatasection", "processinginstruction", "comment" or
   /// "document".
   virtual HRESULT raw_nodeTypeString(BSTR* type) = 0;
-  /// The text of an attribute, text, CDATA section, comment or processing instruction; VT_NULL and
-  /// S_FALSE for an element or document.
+  /// Stores the text of an attribute, text, CDATA section, comment or processing instruction.
+  /// Stores VT_NULL and returns S_FALSE for an element or document.
   virtual HRESULT raw_nodeValue(VARIANT* value) = 0;
-  /// `value` is converted to text. E_FAIL for an element or document, E_INVALIDARG for a text that
-  /// could not be read back: control characters, "--" in a comment and their like.
+  /// Sets the text of the node to `value`, converted to text. Returns E_FAIL for an element or
+  /// document, and E_INVALIDARG for a text that would not read back: one with control characters,
+  /// with "--" in a comment, with "?>" in a processing instruction.
   virtual HRESULT raw_putNodeValue(const VARIANT& value) = 0;
-  /// All text and CDATA below the node in document order; of the other kinds their value.
+  /// Stores all text and CDATA below an element or document in document order; the value of other
+  /// nodes.
   virtual HRESULT raw_text(BSTR* text) = 0;
-  /// The name without prefix; an empty text and S_FALSE for nodes without a name.
+  /// Stores the name without prefix. Stores an empty text and returns S_FALSE for nodes without a
+  /// name.
   virtual HRESULT raw_baseName(BSTR* name) = 0;
-  /// Empty text and S_FALSE outside any namespace.
+  /// Stores the name of the node's namespace. Stores an empty text and returns S_FALSE outside any
+  /// namespace.
   virtual HRESULT raw_namespaceURI(BSTR* uri) = 0;
-  /// The node as text, two blanks of indentation per level where no text is beside the elements. A
-  /// document's text begins with the XML declaration, if it was read with one, and ends in a line
-  /// feed; an empty document gives an empty text. Attribute values stand between double quotes. No
-  /// encoding is named, since the text is wide.
+  /// Stores the node as XML. Elements without text beside them are indented by two blanks per
+  /// level. A document begins with the XML declaration, if it was read with one, and ends in a line
+  /// feed; an empty document is an empty text. Attribute values are in double quotes. The
+  /// declaration names no encoding, since the text is wide.
   virtual HRESULT raw_xml(BSTR* text) = 0;
 
-  /// Null and S_FALSE for a node without a parent; an attribute has none.
+  /// Stores the parent. Stores null and returns S_FALSE for a node without a parent; attributes
+  /// have none.
   virtual HRESULT raw_parentNode(IXMLDOMNode** parent) = 0;
-  /// The document that the node belongs to; null and S_FALSE for a document.
+  /// Stores the document that the node belongs to. Stores null and returns S_FALSE for a document.
   virtual HRESULT raw_ownerDocument(IXMLDOMDocument** document) = 0;
-  /// A live list; empty for nodes that cannot have children. Text that is only white space was
-  /// dropped when the document was read.
+  /// Stores a live list of the children, which is empty for nodes that cannot have any. Text of
+  /// white space only is not in it: it is dropped when a document is read.
   virtual HRESULT raw_childNodes(IXMLDOMNodeList** children) = 0;
-  /// Null and S_FALSE when there is none, as for the next two.
+  /// Store a neighbour of the node. Store null and return S_FALSE if there is none.
   virtual HRESULT raw_firstChild(IXMLDOMNode** child) = 0;
   virtual HRESULT raw_lastChild(IXMLDOMNode** child) = 0;
   virtual HRESULT raw_nextSibling(IXMLDOMNode** sibling) = 0;
-  /// A live map; null and S_FALSE for all but elements. Declarations of namespaces are not in it.
+  /// Stores a live map of an element's attributes, without its namespace declarations. Stores null
+  /// and returns S_FALSE for other nodes.
   virtual HRESULT raw_attributes(IXMLDOMNamedNodeMap** attributes) = 0;
 
-  /// Moves `child`, with all below it, from wherever it is to the end of this node's children.
-  /// E_INVALIDARG when it may not stand there: under itself, an attribute or document as a child, a
-  /// second root, text beside the root, anything under a node that has no children.
+  /// Moves `child` and its descendants from its present place to the end of this node's children,
+  /// and stores `child`. Returns E_INVALIDARG for an impossible child: this node or an ancestor of
+  /// it, an attribute, a document, a second root, text beside the root, any node below one without
+  /// children.
   virtual HRESULT raw_appendChild(IXMLDOMNode* child, IXMLDOMNode** appended) = 0;
-  /// As appendChild, ahead of `before`, which is a child of this node; at the end when it is null.
+  /// Moves `child` as appendChild does, to the place before `before`, a child of this node, or to
+  /// the end if `before` is null. Returns E_INVALIDARG if `before` is not a child of this node.
   virtual HRESULT raw_insertBefore(IXMLDOMNode* child, IXMLDOMNode* before,
                                    IXMLDOMNode** inserted) = 0;
-  /// E_INVALIDARG when `child` is not a child of this node.
+  /// Removes `child` from this node and stores it. Returns E_INVALIDARG if it is not a child of
+  /// this node.
   virtual HRESULT raw_removeChild(IXMLDOMNode* child, IXMLDOMNode** removed) = 0;
-  /// A copy without parent in the same document, with all below it when `deep`. A document's copy
-  /// is a new document.
+  /// Stores a copy without a parent that belongs to the same document, with all descendants if
+  /// `deep` is true. The copy of a document is a new document.
   virtual HRESULT raw_cloneNode(VARIANT_BOOL deep, IXMLDOMNode** copy) = 0;
 
-  /// The first node in document order that the XPath 1.0 expression selects from here; null and
-  /// S_FALSE when there is none, E_INVALIDARG for an expression that does not select nodes. The
-  /// prefixes in scope at this node (of a document, at its root element) can be used.
+  /// Stores the first node in document order that the XPath 1.0 expression selects from this node.
+  /// Stores null and returns S_FALSE if there is none. Returns E_INVALIDARG for an expression that
+  /// does not select nodes. The expression may use the prefixes in scope at this node; at a
+  /// document, those of its root element.
   virtual HRESULT raw_selectSingleNode(BSTR xpath, IXMLDOMNode** node) = 0;
-  /// All such nodes in document order, as they are now: this list is not live.
+  /// Stores a list of all nodes that the expression selects, in document order. This list is not
+  /// live.
   virtual HRESULT raw_selectNodes(BSTR xpath, IXMLDOMNodeList** nodes) = 0;
 
   CComBSTR nodeName() { return qx::getText(this, &IXMLDOMNode::raw_nodeName); }
@@ -148,19 +161,22 @@ class IXMLDOMNode : public IUnknown {
   ~IXMLDOMNode() = default;
 };
 
-/// A sequence of nodes with a cursor of its own.
+/// A sequence of nodes with a cursor.
 class IXMLDOMNodeList : public IUnknown {
  public:
   static constexpr GUID kIid{
       0xca8bdba0, 0x69d3, 0x4be2, {0x9c, 0xcb, 0xd0, 0x12, 0x17, 0x6f, 0xae, 0xfc}};
 
+  /// Stores the number of nodes.
   virtual HRESULT raw_length(long* length) = 0;
-  /// Counted from 0; null and S_FALSE outside the list. A walk upwards costs no more than nextNode.
+  /// Stores the node at `index`, counted from 0. Stores null and returns S_FALSE outside the list.
+  /// A walk by ascending index costs no more than nextNode.
   virtual HRESULT raw_item(long index, IXMLDOMNode** node) = 0;
-  /// The node behind the one given last, null and S_FALSE at the end. When the one given last has
-  /// been removed meanwhile, the walk goes on with the node that stood behind it.
+  /// Stores the node after the last one that this operation returned. If that node was removed
+  /// meanwhile, the walk continues with the node that followed it. Stores null and returns S_FALSE
+  /// at the end.
   virtual HRESULT raw_nextNode(IXMLDOMNode** node) = 0;
-  /// Sets the cursor ahead of the first node.
+  /// Sets the cursor before the first node.
   virtual HRESULT raw_reset() = 0;
 
   long length() { return qx::getValue<long>(this, &IXMLDOMNodeList::raw_length); }
@@ -182,14 +198,18 @@ class IXMLDOMNamedNodeMap : public IUnknown {
   static constexpr GUID kIid{
       0xe6d1d388, 0x189b, 0x4723, {0xad, 0x46, 0x07, 0xd7, 0x7e, 0x4a, 0xfe, 0x7c}};
 
+  /// Stores the number of attributes.
   virtual HRESULT raw_length(long* length) = 0;
-  /// Counted from 0; null and S_FALSE outside the map.
+  /// Stores the attribute at `index`, counted from 0. Stores null and returns S_FALSE outside the
+  /// map.
   virtual HRESULT raw_item(long index, IXMLDOMNode** attribute) = 0;
-  /// By the qualified name, case included; null and S_FALSE when there is none.
+  /// Stores the attribute with that qualified name, which is compared with case. Stores null and
+  /// returns S_FALSE if there is none.
   virtual HRESULT raw_getNamedItem(BSTR name, IXMLDOMNode** attribute) = 0;
-  /// As IXMLDOMElement::setAttributeNode; gives the attribute that was set.
+  /// Sets an attribute as IXMLDOMElement::setAttributeNode does and stores the attribute itself.
   virtual HRESULT raw_setNamedItem(IXMLDOMNode* attribute, IXMLDOMNode** set) = 0;
-  /// Gives the removed attribute; null and S_FALSE when there is none.
+  /// Removes the attribute with that qualified name and stores it. Stores null and returns S_FALSE
+  /// if there is none.
   virtual HRESULT raw_removeNamedItem(BSTR name, IXMLDOMNode** removed) = 0;
 
   long length() { return qx::getValue<long>(this, &IXMLDOMNamedNodeMap::raw_length); }
@@ -210,12 +230,13 @@ class IXMLDOMNamedNodeMap : public IUnknown {
   ~IXMLDOMNamedNodeMap() = default;
 };
 
+/// An attribute of an element, or one that belongs to no element yet.
 class IXMLDOMAttribute : public IXMLDOMNode {
  public:
   static constexpr GUID kIid{
       0x93d83230, 0x2834, 0x4aac, {0xb7, 0x97, 0x28, 0x4e, 0x5d, 0x30, 0xe3, 0x98}};
 
-  /// The same as nodeName and nodeValue.
+  /// Read and write the name and the value, as nodeName, nodeValue and putNodeValue do.
   virtual HRESULT raw_name(BSTR* name) = 0;
   virtual HRESULT raw_value(VARIANT* value) = 0;
   virtual HRESULT raw_putValue(const VARIANT& value) = 0;
@@ -228,23 +249,28 @@ class IXMLDOMAttribute : public IXMLDOMNode {
   ~IXMLDOMAttribute() = default;
 };
 
+/// An element. Attribute names are qualified names and compared with case.
 class IXMLDOMElement : public IXMLDOMNode {
  public:
   static constexpr GUID kIid{
       0x0b35d376, 0x2ec0, 0x4c3a, {0xbf, 0xf8, 0x03, 0xa9, 0x60, 0x76, 0x97, 0xbe}};
 
+  /// Stores the qualified name.
   virtual HRESULT raw_tagName(BSTR* name) = 0;
-  /// VT_BSTR; VT_NULL and S_FALSE when there is no such attribute.
+  /// Stores the value of an attribute as VT_BSTR. Stores VT_NULL and returns S_FALSE if there is no
+  /// such attribute.
   virtual HRESULT raw_getAttribute(BSTR name, VARIANT* value) = 0;
-  /// An attribute that exists gets the value and keeps its place, a new one stands last.
+  /// Sets the value of an attribute. An existing attribute keeps its place, a new one becomes the
+  /// last.
   virtual HRESULT raw_setAttribute(BSTR name, const VARIANT& value) = 0;
-  /// Null and S_FALSE when there is none.
+  /// Stores an attribute as a node. Stores null and returns S_FALSE if there is none.
   virtual HRESULT raw_getAttributeNode(BSTR name, IXMLDOMAttribute** attribute) = 0;
-  /// Gives the attribute of that name that was replaced, else null; the new one takes its place,
-  /// without such a one it stands last. E_INVALIDARG for an attribute of another element.
+  /// Adds an attribute node to the element. It replaces the attribute of the same name at its
+  /// place, or becomes the last. Stores the replaced attribute, null if there is none. Returns
+  /// E_INVALIDARG for an attribute of another element.
   virtual HRESULT raw_setAttributeNode(IXMLDOMAttribute* attribute,
                                        IXMLDOMAttribute** replaced) = 0;
-  /// S_FALSE when there is none.
+  /// Removes an attribute. Returns S_FALSE if there is none.
   virtual HRESULT raw_removeAttribute(BSTR name) = 0;
 
   CComBSTR tagName() { return qx::getText(this, &IXMLDOMElement::raw_tagName); }
@@ -266,21 +292,21 @@ class IXMLDOMElement : public IXMLDOMNode {
   ~IXMLDOMElement() = default;
 };
 
-/// What the last load or loadXML said. It is a copy and does not change with the next one.
+/// The fault of the last load or loadXML. It is a copy and does not change with the next load.
 class IXMLDOMParseError : public IUnknown {
  public:
   static constexpr GUID kIid{
       0x82615b1c, 0xcc90, 0x4a86, {0x91, 0x58, 0x3e, 0x19, 0x09, 0x0b, 0x46, 0x92}};
 
-  /// 0 after a success; 0x80070002 for a file that is not there, 0x80070005 for one that may not be
-  /// read, else E_FAIL.
+  /// Stores 0 after a success, 0x80070002 for a missing file, 0x80070005 for a file without
+  /// permission to read it, else E_FAIL; the codes are sign-extended.
   virtual HRESULT raw_errorCode(long* code) = 0;
-  /// A sentence that ends with a line end; empty after a success.
+  /// Stores a sentence that ends with a line end; empty after a success.
   virtual HRESULT raw_reason(BSTR* reason) = 0;
-  /// Both counted from 1; 0 when the fault has no place in the text.
+  /// Store the position of the fault, counted from 1; 0 if it has no position in the text.
   virtual HRESULT raw_line(long* line) = 0;
   virtual HRESULT raw_linepos(long* position) = 0;
-  /// The file name or URL as it was given; empty for a text.
+  /// Stores the path or URL of a load, unchanged; empty for a text.
   virtual HRESULT raw_url(BSTR* url) = 0;
 
   long errorCode() { return qx::getValue<long>(this, &IXMLDOMParseError::raw_errorCode); }
@@ -293,31 +319,34 @@ class IXMLDOMParseError : public IUnknown {
   ~IXMLDOMParseError() = default;
 };
 
-/// The root of a tree. Nodes that it creates belong to it and have no parent yet.
+/// The root of a tree. The nodes that it creates belong to it and have no parent yet.
 ///
-/// What is read: XML 1.0 with namespaces, elements at most 255 levels deep, a single text at most
-/// 10,000,000 bytes long. Nothing is fetched besides the file itself. A document type declaration
-/// is passed over; the declaration of an entity in it, and any reference but the five predefined
-/// ones and those by number, is an error.
+/// It reads XML 1.0 with namespaces, with elements up to 255 levels deep and single texts up to
+/// 10,000,000 bytes long. It fetches nothing but the file itself. A document type declaration is
+/// skipped, but it must not declare entities or default values of attributes. References are
+/// limited to the five predefined ones and those by number.
 class IXMLDOMDocument : public IXMLDOMNode {
  public:
   static constexpr GUID kIid{
       0x9307aa99, 0x7d2a, 0x47cd, {0xa3, 0x68, 0x43, 0xb3, 0x5a, 0xfa, 0x07, 0x84}};
 
-  /// Reads a file by a VT_BSTR path or "file:" URL, in the encoding that its byte-order mark or its
-  /// declaration names. Other kinds of values are E_INVALIDARG. VARIANT_FALSE and S_FALSE when
-  /// there is no well-formed document; the document is empty then and parseError says why.
-  /// Nodes of the former content stay valid, in a tree of their own.
+  /// Reads a file, given as a path or "file:" URL in a VT_BSTR, in the encoding that its byte-order
+  /// mark or its declaration names. Stores VARIANT_FALSE and returns S_FALSE if it is not a
+  /// well-formed document; the document is empty then and parseError holds the reason. Returns
+  /// E_INVALIDARG for other kinds of values. Nodes of the former content stay valid, in a separate
+  /// tree.
   virtual HRESULT raw_load(const VARIANT& source, VARIANT_BOOL* success) = 0;
-  /// As load, from a text. An encoding that its declaration names is passed over.
+  /// Reads a text as load reads a file. The encoding in its declaration is ignored.
   virtual HRESULT raw_loadXML(BSTR text, VARIANT_BOOL* success) = 0;
+  /// Stores the fault of the last load or loadXML.
   virtual HRESULT raw_parseError(IXMLDOMParseError** error) = 0;
-  /// Null and S_FALSE for an empty document.
+  /// Stores the root element. Stores null and returns S_FALSE for an empty document.
   virtual HRESULT raw_documentElement(IXMLDOMElement** element) = 0;
-  /// E_INVALIDARG for a text that is no XML name.
+  /// Create a node with a qualified name. Return E_INVALIDARG for a text that is not an XML name.
   virtual HRESULT raw_createElement(BSTR name, IXMLDOMElement** element) = 0;
   virtual HRESULT raw_createAttribute(BSTR name, IXMLDOMAttribute** attribute) = 0;
-  /// E_INVALIDARG for a text that could not be read back, see putNodeValue.
+  /// Create a node with a text. Return E_INVALIDARG for a text that would not read back, see
+  /// putNodeValue.
   virtual HRESULT raw_createTextNode(BSTR text, IXMLDOMNode** node) = 0;
   virtual HRESULT raw_createComment(BSTR text, IXMLDOMNode** node) = 0;
 

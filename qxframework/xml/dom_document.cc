@@ -15,8 +15,8 @@ HRESULT registerFactory() {
   });
 }
 
-/// Done while the library is loaded and not at the first use, so that whoever registers a factory
-/// for the class comes later and is heard.
+// Registered while the library is loaded and not at the first use, so that a factory of the program
+// is always the later one and takes precedence. The registration lasts as long as the process.
 const HRESULT kRegistration = registerFactory();
 
 }  // namespace

@@ -7,6 +7,7 @@
 namespace qx::xml {
 namespace {
 
+/// Appends `child` and returns the result code.
 HRESULT append(const CComPtr<IXMLDOMNode>& parent, IXMLDOMNode* child) {
   CComPtr<IXMLDOMNode> appended;
   return parent->raw_appendChild(child, &appended);
@@ -14,7 +15,7 @@ HRESULT append(const CComPtr<IXMLDOMNode>& parent, IXMLDOMNode* child) {
 
 // --- attributes ----------------------------------------------------------------------------
 
-TEST(DomEdit, ChangedAttributeKeepsItsPlaceAndANewOneStandsLast) {
+TEST(DomEdit, AChangedAttributeKeepsItsPlaceAndANewOneIsLast) {
   const auto document = documentOf(u"<r a='1' b='2'/>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
   root->attributes()->getNamedItem(u"a")->putNodeValue(u"x");
@@ -55,7 +56,7 @@ TEST(DomEdit, AttributeOfAnotherElementIsRefused) {
   EXPECT_EQ(b->raw_setAttributeNode(nullptr, &replaced), E_POINTER);
 }
 
-TEST(DomEdit, RemovedAttributeLivesOnAndMoves) {
+TEST(DomEdit, ARemovedAttributeStaysValidAndCanMove) {
   const auto document = documentOf(u"<p:r xmlns:p='urn:p' p:a='1' b='2'><s/></p:r>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
   const CComPtr<IXMLDOMNode> removed = root->attributes()->removeNamedItem(u"p:a");
@@ -69,7 +70,7 @@ TEST(DomEdit, RemovedAttributeLivesOnAndMoves) {
   EXPECT_EQ(plain(document->xml()), "<p:r xmlns:p=\"urn:p\">\n  <s p:a=\"1\"/>\n</p:r>\n");
 }
 
-TEST(DomEdit, AttributeMovesToADocumentThatDoesNotKnowItsNamespace) {
+TEST(DomEdit, AMovedAttributeDeclaresItsNamespaceInAnotherDocument) {
   CComPtr<IXMLDOMNode> attribute;
   {
     const auto source = documentOf(u"<p:r xmlns:p='urn:p' p:abc='longer text' xml:lang='de'/>");
@@ -86,7 +87,7 @@ TEST(DomEdit, AttributeMovesToADocumentThatDoesNotKnowItsNamespace) {
             "<t xmlns:p=\"urn:other\" xmlns:ns1=\"urn:p\" ns1:abc=\"longer text\"/>\n");
 }
 
-TEST(DomEdit, AttributeDoesNotHideAPrefixFromWhatIsBelow) {
+TEST(DomEdit, AMovedAttributeHidesNoPrefixFromDescendants) {
   const auto document =
       documentOf(u"<r xmlns:p='urn:1' xmlns:ns1='urn:2'><e><p:c/><ns1:d/></e></r>");
   const auto source = documentOf(u"<s xmlns:p='urn:other' p:a='1'/>");
@@ -111,7 +112,7 @@ TEST(DomEdit, BuildsADocumentFromNothing) {
             "<items>\n  <!-- first -->\n  <item>a &lt; b &amp; c</item>\n</items>\n");
 }
 
-TEST(DomEdit, InsertsAheadOfAChildAndMovesWithinAParent) {
+TEST(DomEdit, InsertsBeforeAChildAndMovesWithinAParent) {
   const auto document = documentOf(u"<r><a/><b/></r>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
   root->insertBefore(document->createElement(u"n"), root->firstChild());
@@ -123,7 +124,7 @@ TEST(DomEdit, InsertsAheadOfAChildAndMovesWithinAParent) {
   EXPECT_EQ(plain(root->lastChild()->nodeName()), "b");
 }
 
-TEST(DomEdit, AdjacentTextsStayNodesOfTheirOwn) {
+TEST(DomEdit, AdjacentTextsStaySeparateNodes) {
   const auto document = documentOf(u"<r>a</r>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
   const CComPtr<IXMLDOMNode> added = document->createTextNode(u"b");
@@ -133,7 +134,7 @@ TEST(DomEdit, AdjacentTextsStayNodesOfTheirOwn) {
   EXPECT_EQ(plain(document->xml()), "<r>ac</r>\n");
 }
 
-TEST(DomEdit, RefusesChildrenThatMayNotStandThere) {
+TEST(DomEdit, RefusesImpossibleChildren) {
   const auto document = documentOf(u"<r x='1'><a><b/></a>t</r>");
   const CComPtr<IXMLDOMNode> root = document->documentElement().p;
   const CComPtr<IXMLDOMNode> b = document->selectSingleNode(u"//b");
@@ -153,13 +154,13 @@ TEST(DomEdit, RefusesChildrenThatMayNotStandThere) {
   EXPECT_EQ(plain(document->xml()), "<r x=\"1\"><a><b/></a>t</r>\n");
 }
 
-/// A node that is none of this implementation's.
+/// An object of another implementation.
 class ForeignNode final : public ComObject<IUnknown> {};
 
 TEST(DomEdit, RefusesNodesOfAnotherImplementation) {
   const auto document = documentOf(u"<r/>");
   const auto foreign = makeObject<ForeignNode>();
-  // A pointer that answers no node interface reaches here only by force.
+  // Only a cast can pass a pointer that has no node interface.
   auto* const forced = reinterpret_cast<IXMLDOMNode*>(static_cast<IUnknown*>(foreign.p));
   EXPECT_EQ(append(document.p, forced), E_INVALIDARG);
 }
@@ -185,7 +186,7 @@ TEST(DomEdit, RootCanBeRemovedAndReplaced) {
   EXPECT_EQ(plain(document->xml()), "<?xml version=\"1.0\"?>\n<s/>\n");
 }
 
-TEST(DomEdit, SubtreeMovesToAnotherDocumentWithItsObjects) {
+TEST(DomEdit, ASubtreeMovesToAnotherDocumentWithItsObjects) {
   const auto target = documentOf(u"<t/>");
   CComPtr<IXMLDOMNode> inner;
   CComPtr<IXMLDOMNode> attribute;
@@ -212,7 +213,7 @@ TEST(DomEdit, MovedNodeOutlivesItsNewDocumentToo) {
   EXPECT_EQ(plain(moved->parentNode()->xml()), "<t>\n  <abc def=\"ghi\">jkl</abc>\n</t>");
 }
 
-TEST(DomEdit, MovedSubtreeTakesItsNamespacesAlong) {
+TEST(DomEdit, AMovedSubtreeDeclaresItsNamespaces) {
   CComPtr<IXMLDOMNode> moved;
   const auto target = documentOf(u"<t/>");
   {
@@ -227,7 +228,18 @@ TEST(DomEdit, MovedSubtreeTakesItsNamespacesAlong) {
   EXPECT_EQ(plain(target->selectSingleNode(u"/t/*/*")->namespaceURI()), "urn:p");
 }
 
-TEST(DomEdit, OrphansOfADocumentThatIsLoadedAnewMoveIntoTheNewContent) {
+TEST(DomEdit, AnElementWithThePrefixXmlOutlivesItsFormerDocument) {
+  const auto target = documentOf(u"<t/>");
+  {
+    const auto source = documentOf(u"<s><xml:a><xml:b/></xml:a></s>");
+    target->documentElement()->appendChild(source->documentElement()->firstChild());
+  }
+  EXPECT_EQ(plain(target->xml()), "<t>\n  <xml:a>\n    <xml:b/>\n  </xml:a>\n</t>\n");
+  EXPECT_EQ(plain(target->selectSingleNode(u"/t/*")->namespaceURI()),
+            "http://www.w3.org/XML/1998/namespace");
+}
+
+TEST(DomEdit, OrphansOfAReloadedDocumentMoveIntoItsNewTree) {
   const auto document = documentOf(u"<old/>");
   const CComPtr<IXMLDOMElement> orphan = document->createElement(u"kept");
   document->loadXML(u"<new/>");
@@ -235,7 +247,7 @@ TEST(DomEdit, OrphansOfADocumentThatIsLoadedAnewMoveIntoTheNewContent) {
   EXPECT_EQ(plain(document->xml()), "<new>\n  <kept/>\n</new>\n");
 }
 
-TEST(DomEdit, CopiesStandAlone) {
+TEST(DomEdit, CopiesAreIndependent) {
   const auto document = documentOf(u"<p:r xmlns:p='urn:p' a='1' p:b='2'><c>t</c></p:r>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
   EXPECT_EQ(plain(root->cloneNode(true)->xml()),
@@ -246,9 +258,13 @@ TEST(DomEdit, CopiesStandAlone) {
   EXPECT_EQ(plain(copy->xml()), plain(document->xml()));
   EXPECT_NE(copy.p, static_cast<IXMLDOMNode*>(document.p));
   EXPECT_EQ(plain(document->cloneNode(false)->xml()), "");
+  const std::string before = plain(document->xml());
+  copy->firstChild()->removeChild(copy->firstChild()->firstChild());
+  root->cloneNode(true)->attributes()->getNamedItem(u"a")->putNodeValue(u"changed");
+  EXPECT_EQ(plain(document->xml()), before);
 }
 
-TEST(DomEdit, CopyOfAnAttributeSurvivesTheMoveOfItsModel) {
+TEST(DomEdit, ACopiedAttributeKeepsItsNamespaceWhenTheOriginalMoves) {
   CComPtr<IXMLDOMNode> copy;
   {
     const auto source = documentOf(u"<p:r xmlns:p='urn:p' p:b='2'/>");
@@ -273,7 +289,7 @@ TEST(DomEdit, ValuesOfOtherKindsBecomeText) {
   EXPECT_EQ(attribute->raw_putNodeValue(null), DISP_E_TYPEMISMATCH);
 }
 
-TEST(DomEdit, RefusesTextThatCouldNotBeReadBack) {
+TEST(DomEdit, RefusesTextThatWouldNotReadBack) {
   const auto document = documentOf(u"<r a='1'><!--k--><?p i?><![CDATA[c]]></r>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
   const CComPtr<IXMLDOMNodeList> children = root->childNodes();

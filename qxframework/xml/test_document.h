@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests of the document share.
+// Helpers that the tests of the document share.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/text.h"
@@ -14,22 +14,23 @@
 
 namespace qx::xml {
 
-/// Text for comparisons and messages.
+/// Returns the text as UTF-8 for comparisons and messages.
 inline std::string plain(const CComBSTR& text) { return toUtf8(text.View()); }
 
-/// The text of a VT_BSTR value; the kind's number in brackets for another.
+/// Returns the text of a VT_BSTR value; the number of the kind in brackets for another value.
 inline std::string plain(const CComVariant& value) {
   if (value.vt == VT_BSTR) return toUtf8(viewOfBstr(value.bstrVal));
   return "[" + std::to_string(value.vt) + "]";
 }
 
+/// Returns a new empty document.
 inline CComPtr<IXMLDOMDocument> emptyDocument() {
   CComPtr<IXMLDOMDocument> document;
   raiseIfFailed(createDocument(&document));
   return document;
 }
 
-/// A document of a text that must parse.
+/// Returns a document that is read from `text`; the test fails if the text does not parse.
 inline CComPtr<IXMLDOMDocument> documentOf(std::u16string_view text) {
   CComPtr<IXMLDOMDocument> document = emptyDocument();
   const VARIANT_BOOL success = document->loadXML(text);
@@ -37,7 +38,7 @@ inline CComPtr<IXMLDOMDocument> documentOf(std::u16string_view text) {
   return document;
 }
 
-/// The names of the nodes from the list's cursor on.
+/// Returns the names of the nodes from the list's cursor to its end, separated by blanks.
 inline std::string namesOf(const CComPtr<IXMLDOMNodeList>& list) {
   std::string out;
   for (CComPtr<IXMLDOMNode> node = list->nextNode(); node.p != nullptr; node = list->nextNode()) {

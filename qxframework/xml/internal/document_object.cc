@@ -30,12 +30,13 @@ class ParseErrorObject final : public ComObject<IXMLDOMParseError> {
   std::string source_;
 };
 
-/// A tree for the document, or for a new empty one when it is null.
+// Returns a tree that owns the document, or a new empty document if it is null.
 TreePointer treeOf(DocumentHandle document) {
   if (document == nullptr) {
     document.reset(xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0")));
     if (document == nullptr) throw std::bad_alloc();
   }
+  // Released only after the allocation has succeeded, so that the document does not leak.
   auto tree = std::make_shared<DomTree>(document.get());
   static_cast<void>(document.release());
   return tree;
@@ -51,7 +52,9 @@ DocumentObject::DocumentObject(const TreePointer& tree) : DomNode(tree, rootOf(t
 
 template <class Parse>
 HRESULT DocumentObject::read(Parse parse, std::string source, VARIANT_BOOL* success) {
-  setTree(treeOf(nullptr));  // the former tree goes before the new one takes memory
+  // Before parsing, so that a large former tree is freed before the new one takes its memory. The
+  // document stays empty if the parse fails.
+  setTree(treeOf(nullptr));
   ParseResult result = parse();
   fault_ = std::move(result.fault);
   source_ = std::move(source);
@@ -61,7 +64,8 @@ HRESULT DocumentObject::read(Parse parse, std::string source, VARIANT_BOOL* succ
   return S_OK;
 }
 
-void DocumentObject::setTree(const TreePointer& tree) { standFor(tree, rootOf(tree)); }
+// Other nodes keep the former tree; its document node gets a new object if they ask for it.
+void DocumentObject::setTree(const TreePointer& tree) { bindTo(tree, rootOf(tree)); }
 
 HRESULT DocumentObject::raw_load(const VARIANT& source, VARIANT_BOOL* success) {
   if (success == nullptr) return E_POINTER;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The document: a node that can take another tree, and the maker of new nodes.
+// The document object. Unlike other nodes it can change to another tree, and it creates nodes.
 
 #include "qxframework/xml/internal/dom_node.h"
 #include "qxframework/xml/internal/parse.h"
@@ -9,10 +9,12 @@
 
 namespace qx::xml {
 
+/// The root node of a tree.
 class DocumentObject final : public DomNode<IXMLDOMDocument> {
  public:
-  /// An empty document.
+  /// Makes an empty document.
   DocumentObject();
+  /// Makes the object of the document of `tree`.
   explicit DocumentObject(const TreePointer& tree);
 
   HRESULT raw_load(const VARIANT& source, VARIANT_BOOL* success) override;
@@ -25,7 +27,7 @@ class DocumentObject final : public DomNode<IXMLDOMDocument> {
   HRESULT raw_createComment(BSTR text, IXMLDOMNode** node) override;
 
  private:
-  /// Empties the document and fills it with what `parse` returns; keeps its fault.
+  /// Empties the document and fills it with the result of `parse`, or keeps the fault.
   template <class Parse>
   HRESULT read(Parse parse, std::string source, VARIANT_BOOL* success);
   void setTree(const TreePointer& tree);

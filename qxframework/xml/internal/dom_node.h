@@ -1,7 +1,7 @@
 #pragma once
 
-// The edge of the component: a COM object for a node, whose operations run guarded, so that nothing
-// that is raised beneath leaves as an exception.
+// The edge of the component. A COM object for a node, whose operations run guarded, so that an
+// exception leaves as a result code.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/xml/internal/node_edit.h"
@@ -10,7 +10,7 @@
 
 namespace qx::xml {
 
-/// IXMLDOMNode's part of an object that implements `Interface`.
+/// Implements the operations of IXMLDOMNode for an object with `Interface`, which derives from it.
 template <class Interface>
 class DomNode : public ComObject<Interface>, public NodeObject {
  public:
@@ -18,6 +18,7 @@ class DomNode : public ComObject<Interface>, public NodeObject {
 
   IXMLDOMNode* asNode() override { return this; }
 
+  /// Knows IXMLDOMNode and NodeObject besides the interfaces of ComObject.
   HRESULT QueryInterface(REFIID iid, void** object) override {
     if (object == nullptr) return E_POINTER;
     if (iid == IXMLDOMNode::kIid) {
@@ -76,6 +77,7 @@ class DomNode : public ComObject<Interface>, public NodeObject {
   }
 
  protected:
+  /// Calls `operation` with this node and returns its result, or the code of its exception.
   template <class Operation, class... Args>
   HRESULT run(Operation operation, const Args&... args) noexcept {
     return guarded([&] { return operation(static_cast<NodeObject&>(*this), args...); });

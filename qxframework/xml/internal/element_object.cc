@@ -33,6 +33,7 @@ HRESULT ElementObject::raw_setAttributeNode(IXMLDOMAttribute* attribute,
   if (replaced == nullptr) return E_POINTER;
   *replaced = nullptr;
   return guarded([&] {
+    // Success is S_OK here, also if no attribute was replaced and the null node returns S_FALSE.
     xmlAttr* const former = putAttribute(*this, implementationOf(attribute));
     const HRESULT result = giveNodeAs(tree(), former, replaced);
     return result < 0 ? result : S_OK;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Elements and attributes.
+// The objects of elements and attributes.
 
 #include "qxframework/xml/internal/dom_node.h"
 

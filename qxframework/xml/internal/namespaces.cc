@@ -27,7 +27,8 @@ bool declaresPrefix(const xmlNode* element, std::string_view prefix) {
   return false;
 }
 
-/// A prefix that nothing at or above `element` declares, so that it hides none from what is below.
+// Returns a prefix that neither `element` nor an ancestor declares, so that a declaration on
+// `element` does not hide another one from its descendants.
 std::string freshPrefix(xmlNode* element) {
   int number = 1;
   std::string prefix = "ns1";
@@ -37,12 +38,13 @@ std::string freshPrefix(xmlNode* element) {
   return prefix;
 }
 
-/// A new declaration on `element`, under the prefix of `like` if that is free for it.
+// Declares the namespace of `like` on `element`, with the same prefix if that is free.
 xmlNs* declareOn(xmlNode* element, const xmlNs* like, bool prefixIsFree) {
   if (prefixIsFree) return orRaise(xmlNewNs(element, like->href, like->prefix));
   return orRaise(xmlNewNs(element, like->href, asXml(freshPrefix(element))));
 }
 
+// True if `ns` is declared on `node` or an ancestor of it up to `root`.
 bool declaredBetween(const xmlNode* node, const xmlNode* root, const xmlNs* ns) {
   for (;; node = node->parent) {
     for (const xmlNs* own = node->nsDef; own != nullptr; own = own->next) {
@@ -52,7 +54,8 @@ bool declaredBetween(const xmlNode* node, const xmlNode* root, const xmlNs* ns) 
   }
 }
 
-/// Replaces the declarations from above a tree by ones on its root.
+// Replaces the declarations of a root's ancestors by equal ones on the root. Each declaration is
+// replaced once, so that all nodes that share it share the new one too.
 class Declarer {
  public:
   explicit Declarer(xmlNode* root) : root_(root) {}
@@ -64,6 +67,7 @@ class Declarer {
       ns = own;
       return;
     }
+    // The root may declare the prefix for another namespace, which hides the one above it.
     xmlNs* const own = declareOn(root_, ns, !declaresPrefix(root_, viewOfXml(ns->prefix)));
     replaced_.emplace_back(ns, own);
     ns = own;
@@ -74,6 +78,7 @@ class Declarer {
   std::vector<std::pair<const xmlNs*, xmlNs*>> replaced_;
 };
 
+// libxml2 makes the namespace at the first search and keeps it in the document.
 xmlNs* xmlNamespaceOf(xmlDoc* document) {
   return orRaise(xmlSearchNs(document, reinterpret_cast<xmlNode*>(document),
                              reinterpret_cast<const xmlChar*>("xml")));
@@ -96,7 +101,9 @@ void declareWithin(xmlNode* root) {
 
 xmlNs* keptByDocument(const xmlNs* ns, xmlDoc* document) {
   if (ns == nullptr) return nullptr;
-  xmlNs* last = xmlNamespaceOf(document);  // stands first in the document's own list
+  // The namespace of "xml" is the first in the document's list of namespaces. Others are appended
+  // to the list, which libxml2 frees with the document.
+  xmlNs* last = xmlNamespaceOf(document);
   if (isXmlNamespace(ns)) return last;
   for (xmlNs* own = last; own != nullptr; own = own->next) {
     if (sameNamespace(own, ns)) return own;
@@ -109,6 +116,7 @@ xmlNs* keptByDocument(const xmlNs* ns, xmlDoc* document) {
 xmlNs* inScopeOf(xmlNode* element, const xmlNs* ns) {
   if (ns == nullptr) return nullptr;
   if (isXmlNamespace(ns)) return xmlNamespaceOf(element->doc);
+  // An attribute without prefix has no namespace, so the prefix must match and not only the name.
   xmlNs* const found = xmlSearchNs(element->doc, element, ns->prefix);
   if (found != nullptr && sameNamespace(found, ns)) return found;
   return declareOn(element, ns, found == nullptr);

@@ -20,7 +20,8 @@ Node* orRaise(Node* node) {
   return node;
 }
 
-/// True when the text can be written as the content of such a node and read back.
+// True if the text can be written as the content of such a node and reads back the same. A CDATA
+// section may contain "]]>", because it is written as two sections then.
 bool canHold(xmlElementType type, std::string_view text) {
   if (!isXmlText(text)) return false;
   if (type == XML_COMMENT_NODE) return text.find("--") == text.npos && !text.ends_with('-');
@@ -38,11 +39,13 @@ bool isBelowOrSame(const xmlNode* node, const xmlNode* ancestor) {
   return false;
 }
 
-void requireMayStandUnder(xmlNode* parent, const xmlNode* child) {
+// Throws if `child` cannot become a child of `parent`.
+void requirePossibleChild(xmlNode* parent, const xmlNode* child) {
   const auto type = child->type;
   if (parent->type == XML_DOCUMENT_NODE) {
     require(isRootLevelKind(type));
     const xmlNode* const root = xmlDocGetRootElement(reinterpret_cast<xmlDoc*>(parent));
+    // The present root may be moved among the comments beside it.
     require(type != XML_ELEMENT_NODE || root == nullptr || root == child);
     return;
   }
@@ -53,6 +56,7 @@ void requireMayStandUnder(xmlNode* parent, const xmlNode* child) {
 
 std::string validName(std::u16string_view name) {
   std::string out = utf8OrRaise(name);
+  // libxml2 would check only the part before a zero.
   require(out.find('\0') == out.npos && xmlValidateQName(asXml(out), 0) == 0);
   return out;
 }
@@ -63,6 +67,8 @@ std::string validText(xmlElementType type, std::u16string_view text) {
   return out;
 }
 
+// True if an element cannot have both attributes: they have the same qualified name, or the same
+// local name in the same namespace under two prefixes.
 bool sameAttribute(const xmlAttr* a, const xmlAttr* b) {
   const auto nameOf = [](const xmlAttr* x) {
     return qualifiedName(reinterpret_cast<const xmlNode*>(x));
@@ -81,6 +87,7 @@ xmlAttr* findRival(const xmlNode* element, const xmlAttr* attribute) {
 
 HRESULT copyDocument(const xmlDoc* document, bool deep, IXMLDOMNode** out) {
   DocumentHandle copy(orRaise(xmlCopyDoc(const_cast<xmlDoc*>(document), deep ? 1 : 0)));
+  // Released only after the tree owns it.
   const auto tree = std::make_shared<DomTree>(copy.get());
   return giveNode(tree, reinterpret_cast<xmlNode*>(copy.release()), out);
 }
@@ -88,12 +95,14 @@ HRESULT copyDocument(const xmlDoc* document, bool deep, IXMLDOMNode** out) {
 xmlNode* copyWithin(xmlNode* node, xmlDoc* document, bool deep) {
   if (node->type == XML_ATTRIBUTE_NODE) {
     auto* const attribute = reinterpret_cast<xmlAttr*>(node);
+    // Without an element, xmlCopyProp leaves the namespace out, and sometimes the document.
     xmlAttr* const copy = orRaise(xmlCopyProp(nullptr, attribute));
     copy->doc = document;
     for (xmlNode* text = copy->children; text != nullptr; text = text->next) text->doc = document;
     copy->ns = keptByDocument(attribute->ns, document);
     return reinterpret_cast<xmlNode*>(copy);
   }
+  // The third argument of xmlDocCopyNode.
   constexpr int kDeep = 1;
   constexpr int kAttributesOnly = 2;
   return orRaise(xmlDocCopyNode(node, document, deep ? kDeep : kAttributesOnly));
@@ -121,9 +130,12 @@ HRESULT insertChild(NodeObject& parent, IXMLDOMNode* child, IXMLDOMNode* before,
   NodeObject& moved = implementationOf(child);
   xmlNode* place = before == nullptr ? nullptr : implementationOf(before).node();
   require(place == nullptr || place->parent == parent.node());
+  // An attribute has its element as parent, but it is not a child.
   require(place == nullptr || place->type != XML_ATTRIBUTE_NODE);
-  requireMayStandUnder(parent.node(), moved.node());
+  requirePossibleChild(parent.node(), moved.node());
+  // A child that is inserted before itself keeps its place.
   if (place == moved.node()) place = place->next;
+  // A copy of the pointer: the former tree must outlive the objects' change to the new one.
   const TreePointer from = moved.tree();
   if (moved.node()->parent != nullptr) from->detach(moved.node());
   const TreePointer to = parent.tree();
@@ -153,6 +165,7 @@ HRESULT copyNode(NodeObject& node, bool deep, IXMLDOMNode** out) {
 xmlAttr* findAttribute(const xmlNode* element, std::u16string_view name) {
   const std::string wanted = utf8OrRaise(name);
   for (xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
+    // Compares the local name first, without putting a qualified name together.
     if (!wanted.ends_with(viewOfXml(attr->name))) continue;
     if (qualifiedName(reinterpret_cast<const xmlNode*>(attr)) == wanted) return attr;
   }
@@ -162,11 +175,12 @@ xmlAttr* findAttribute(const xmlNode* element, std::u16string_view name) {
 xmlAttr* putAttribute(NodeObject& element, NodeObject& attribute) {
   require(attribute.node()->type == XML_ATTRIBUTE_NODE);
   auto* const added = reinterpret_cast<xmlAttr*>(attribute.node());
-  if (added->parent == element.node()) return nullptr;
+  if (added->parent == element.node()) return nullptr;  // it is set already
   require(added->parent == nullptr);
   const TreePointer to = element.tree();
   const TreePointer from = attribute.tree();
   xmlAttr* const rival = findRival(element.node(), added);
+  // Read before the rival is detached, which clears its links.
   xmlAttr* const place = rival == nullptr ? nullptr : rival->next;
   if (rival != nullptr) to->detach(reinterpret_cast<xmlNode*>(rival));
   to->attachAttribute(*from, to, added, element.node(), place);

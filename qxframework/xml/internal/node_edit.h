@@ -1,7 +1,7 @@
 #pragma once
 
-// How nodes are changed, created and moved. The contracts are those of the operations in dom.h;
-// errors are raised.
+// Changing, creating and moving nodes. The contracts are those of the operations in dom.h, but
+// errors are thrown as _com_error.
 
 #include "qxframework/xml/internal/node_object.h"
 
@@ -10,19 +10,20 @@
 
 namespace qx::xml {
 
+/// Implement putNodeValue, insertBefore and appendChild, removeChild and cloneNode.
 HRESULT putValue(NodeObject& node, const VARIANT& value);
 HRESULT insertChild(NodeObject& parent, IXMLDOMNode* child, IXMLDOMNode* before, IXMLDOMNode** out);
 HRESULT takeChild(NodeObject& parent, IXMLDOMNode* child, IXMLDOMNode** out);
 HRESULT copyNode(NodeObject& node, bool deep, IXMLDOMNode** out);
 
-/// The attribute of that qualified name; null when there is none.
+/// Returns the attribute with that qualified name; null if there is none.
 xmlAttr* findAttribute(const xmlNode* element, std::u16string_view name);
-/// Sets an attribute node on the element and returns the one that it replaced, null for none.
+/// Sets an attribute node on the element. Returns the attribute that it replaced, null if none.
 xmlAttr* putAttribute(NodeObject& element, NodeObject& attribute);
-/// Sets the value of the attribute `name`, which is made if there is none.
+/// Sets the value of the attribute `name`, which is created if there is none.
 void putAttributeValue(NodeObject& element, std::u16string_view name, const VARIANT& value);
 
-/// New orphans of a tree.
+/// Return new orphans of a tree. Throw E_INVALIDARG for an impossible name or text.
 xmlNode* newElement(DomTree& tree, std::u16string_view name);
 xmlAttr* newAttribute(DomTree& tree, std::u16string_view name);
 xmlNode* newText(DomTree& tree, std::u16string_view text);

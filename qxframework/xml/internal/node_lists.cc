@@ -15,10 +15,12 @@ bool isChildOf(const CComPtr<IXMLDOMNode>& object, const xmlNode* parent) {
 xmlNode* LiveChain::first() const {
   xmlNode* const parent = parent_.node();
   if (kind_ == Kind::kAttributes) return reinterpret_cast<xmlNode*>(parent->properties);
+  // Attributes have their text as children in libxml2, but not in this model.
   const bool hasChildren = parent->type == XML_ELEMENT_NODE || parent->type == XML_DOCUMENT_NODE;
   return hasChildren ? parent->children : nullptr;
 }
 
+// The number of the state decides, because a remembered node may have been freed meanwhile.
 void LiveChain::refresh() {
   if (generation_ == tree()->generation()) return;
   generation_ = tree()->generation();
@@ -38,6 +40,7 @@ long LiveChain::length() {
 xmlNode* LiveChain::at(long index) {
   refresh();
   if (index < 0 || first() == nullptr) return nullptr;
+  // The chain is walked by its next links, so a lower index starts again at the front.
   if (index < index_) {
     index_ = 0;
     node_ = first();
@@ -59,29 +62,33 @@ HRESULT ChildList::raw_item(long index, IXMLDOMNode** node) {
   return guarded([&] { return giveNode(chain_.tree(), chain_.at(index), node); });
 }
 
-xmlNode* ChildList::nodeToGive() const {
+xmlNode* ChildList::nextAtCursor() const {
   if (!started_) return chain_.first();
   const xmlNode* const parent = chain_.parent().node();
-  if (isChildOf(given_, parent)) return implementationOf(given_).node()->next;
-  return isChildOf(behind_, parent) ? implementationOf(behind_).node() : nullptr;
+  // The successor is read from the tree as it is now, so that nodes inserted meanwhile are
+  // returned.
+  if (isChildOf(returned_, parent)) return implementationOf(returned_).node()->next;
+  return isChildOf(successor_, parent) ? implementationOf(successor_).node() : nullptr;
 }
 
 HRESULT ChildList::raw_nextNode(IXMLDOMNode** node) {
   return guarded([&] {
-    xmlNode* const next = nodeToGive();
+    xmlNode* const next = nextAtCursor();
     const HRESULT result = giveNode(chain_.tree(), next, node);
+    // The cursor stays at the end, so that nodes that are appended later are still returned.
     if (result != S_OK) return result;
     started_ = true;
-    given_ = *node;
-    behind_ = next->next == nullptr ? CComPtr<IXMLDOMNode>() : objectOf(chain_.tree(), next->next);
+    returned_ = *node;
+    successor_ =
+        next->next == nullptr ? CComPtr<IXMLDOMNode>() : objectOf(chain_.tree(), next->next);
     return result;
   });
 }
 
 HRESULT ChildList::raw_reset() {
   started_ = false;
-  given_.Release();
-  behind_.Release();
+  returned_.Release();
+  successor_.Release();
   return S_OK;
 }
 
@@ -139,6 +146,7 @@ HRESULT AttributeMap::raw_removeNamedItem(BSTR name, IXMLDOMNode** removed) {
   return guarded([&] {
     const TreePointer tree = chain_.tree();
     xmlAttr* const found = findAttribute(chain_.parent().node(), viewOfBstr(name));
+    // The object is made before the attribute is detached, which is then not lost if memory is out.
     const HRESULT result = giveNode(tree, reinterpret_cast<xmlNode*>(found), removed);
     if (found != nullptr) tree->detach(reinterpret_cast<xmlNode*>(found));
     return result;

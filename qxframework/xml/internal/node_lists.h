@@ -1,7 +1,7 @@
 #pragma once
 
-// Lists of nodes: the live children of a node, the live attributes of an element, and a fixed
-// selection.
+// Lists of nodes: the live children of a node, the live attributes of an element, and the fixed
+// result of a selection.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/xml/internal/node_object.h"
@@ -11,8 +11,8 @@
 
 namespace qx::xml {
 
-/// A node's children or attributes by number. It remembers the last place it looked at, so that a
-/// walk upwards is one step per node, and forgets it when the tree changes.
+/// A node's children or attributes by index. It remembers the last node that it returned, so that a
+/// walk by ascending index is one step per node, and forgets it when the tree changes.
 class LiveChain {
  public:
   enum class Kind { kChildren, kAttributes };
@@ -22,15 +22,17 @@ class LiveChain {
 
   NodeObject& parent() const { return parent_; }
   const TreePointer& tree() const { return parent_.tree(); }
+  /// Returns the first node; null if there is none.
   xmlNode* first() const;
   long length();
-  /// Null outside the chain.
+  /// Returns the node at `index`; null outside the chain.
   xmlNode* at(long index);
 
  private:
+  /// Forgets the remembered place and length if the tree has changed.
   void refresh();
 
-  CComPtr<IXMLDOMNode> object_;  // keeps parent_
+  CComPtr<IXMLDOMNode> object_;  // keeps parent_ alive
   NodeObject& parent_;
   Kind kind_;
   std::uint64_t generation_ = 0;
@@ -39,6 +41,7 @@ class LiveChain {
   xmlNode* node_ = nullptr;
 };
 
+/// The live list of a node's children.
 class ChildList final : public ComObject<IXMLDOMNodeList> {
  public:
   explicit ChildList(NodeObject& parent) : chain_(parent, LiveChain::Kind::kChildren) {}
@@ -49,16 +52,18 @@ class ChildList final : public ComObject<IXMLDOMNodeList> {
   HRESULT raw_reset() override;
 
  private:
-  xmlNode* nodeToGive() const;
+  /// Returns the node that nextNode stores next; null at the end.
+  xmlNode* nextAtCursor() const;
 
   LiveChain chain_;
   bool started_ = false;
-  // The cursor holds the node given last and the one behind it, to go on when the former is
-  // removed.
-  CComPtr<IXMLDOMNode> given_;
-  CComPtr<IXMLDOMNode> behind_;
+  // The cursor holds the node that was returned last and its successor then, with which the walk
+  // continues if the former was removed.
+  CComPtr<IXMLDOMNode> returned_;
+  CComPtr<IXMLDOMNode> successor_;
 };
 
+/// A list of selected nodes, which does not follow the tree.
 class FixedList final : public ComObject<IXMLDOMNodeList> {
  public:
   explicit FixedList(std::vector<CComPtr<IXMLDOMNode>> nodes) : nodes_(std::move(nodes)) {}
@@ -73,6 +78,7 @@ class FixedList final : public ComObject<IXMLDOMNodeList> {
   long next_ = 0;
 };
 
+/// The live map of an element's attributes.
 class AttributeMap final : public ComObject<IXMLDOMNamedNodeMap> {
  public:
   explicit AttributeMap(NodeObject& element) : chain_(element, LiveChain::Kind::kAttributes) {}

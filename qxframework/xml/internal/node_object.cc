@@ -7,7 +7,7 @@
 namespace qx::xml {
 namespace {
 
-/// A node of a kind that has no interface of its own: text, CDATA, comment, instruction.
+// A node of a kind without its own interface: text, CDATA, comment, processing instruction.
 class PlainNode final : public DomNode<IXMLDOMNode> {
  public:
   using DomNode::DomNode;
@@ -28,7 +28,8 @@ CComPtr<IXMLDOMNode> makeObjectOf(const TreePointer& tree, xmlNode* node) {
 
 }  // namespace
 
-void NodeObject::standFor(TreePointer tree, xmlNode* node) {
+// The former node must forget this object, else both nodes would point to it.
+void NodeObject::bindTo(TreePointer tree, xmlNode* node) {
   node_->_private = nullptr;
   node_ = node;
   node_->_private = this;
@@ -52,7 +53,7 @@ NodeObject& implementationOf(IUnknown* object) {
   if (object == nullptr) raiseError(E_POINTER);
   void* found = nullptr;
   if (object->QueryInterface(NodeObject::kIid, &found) < 0) raiseError(E_INVALIDARG);
-  object->Release();
+  object->Release();  // the argument itself still holds a reference
   return *static_cast<NodeObject*>(found);
 }
 

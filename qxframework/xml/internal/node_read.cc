@@ -12,7 +12,8 @@
 namespace qx::xml {
 namespace {
 
-/// The numbers of libxml2's kinds are those of DOMNodeType for all kinds that a tree holds.
+// libxml2 has the numbers of DOMNodeType for all kinds in a tree, so giveNodeType converts by a
+// cast.
 static_assert(int{XML_ELEMENT_NODE} == int{NODE_ELEMENT});
 static_assert(int{XML_ATTRIBUTE_NODE} == int{NODE_ATTRIBUTE});
 static_assert(int{XML_TEXT_NODE} == int{NODE_TEXT});
@@ -59,6 +60,8 @@ std::string_view kindOf(const xmlNode* node) {
   }
 }
 
+// The value of an attribute is in its children in libxml2, in pieces if it was read with
+// references.
 std::string valueOf(const xmlNode* node) {
   if (node->type != XML_ATTRIBUTE_NODE) return std::string(viewOfXml(node->content));
   std::string out;
@@ -77,7 +80,7 @@ std::string textBelow(xmlNode* root) {
   return out;
 }
 
-/// Success for a text, a reservation for an empty one.
+// Stores a text and returns S_OK, or S_FALSE for an empty one.
 HRESULT giveUtf8OrNone(std::string_view text, BSTR* out) {
   const HRESULT result = giveUtf8(text, out);
   return result == S_OK && text.empty() ? S_FALSE : result;
@@ -122,6 +125,7 @@ HRESULT giveBaseName(NodeObject& node, BSTR* out) {
 
 HRESULT giveNamespaceUri(NodeObject& node, BSTR* out) {
   const auto type = node.node()->type;
+  // A document has another field in the place of the namespace.
   const bool canHave = type == XML_ELEMENT_NODE || type == XML_ATTRIBUTE_NODE;
   const xmlNs* const ns = canHave ? node.node()->ns : nullptr;
   return giveUtf8OrNone(ns == nullptr ? std::string_view() : viewOfXml(ns->href), out);
@@ -130,6 +134,7 @@ HRESULT giveNamespaceUri(NodeObject& node, BSTR* out) {
 HRESULT giveXml(NodeObject& node, BSTR* out) { return giveUtf8(serialize(node.node()), out); }
 
 HRESULT giveParent(NodeObject& node, IXMLDOMNode** out) {
+  // The parent field of an attribute is its element, which is no parent in this model.
   const bool isAttribute = node.node()->type == XML_ATTRIBUTE_NODE;
   return giveNode(node.tree(), isAttribute ? nullptr : node.node()->parent, out);
 }
@@ -156,6 +161,7 @@ HRESULT giveLastChild(NodeObject& node, IXMLDOMNode** out) {
 
 HRESULT giveNextSibling(NodeObject& node, IXMLDOMNode** out) {
   const auto type = node.node()->type;
+  // Attributes are linked to each other by the same field.
   const bool hasSiblings = type != XML_ATTRIBUTE_NODE && type != XML_DOCUMENT_NODE;
   return giveNode(node.tree(), hasSiblings ? node.node()->next : nullptr, out);
 }
@@ -177,6 +183,7 @@ HRESULT selectFirst(NodeObject& node, BSTR xpath, IXMLDOMNode** out) {
 HRESULT selectAll(NodeObject& node, BSTR xpath, IXMLDOMNodeList** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
+  // Objects and not nodes, so that the list keeps its nodes alive when they are removed.
   std::vector<CComPtr<IXMLDOMNode>> objects;
   for (xmlNode* found : selectByPath(node.node(), utf8OrRaise(viewOfBstr(xpath)))) {
     objects.push_back(objectOf(node.tree(), found));

@@ -1,7 +1,7 @@
 #pragma once
 
-// What a node tells of itself and its neighbours. Each function is the body of the operation of
-// IXMLDOMNode that its name recalls; the contract stands there. Errors are raised.
+// Reading a node and its neighbours. Each function implements the operation of IXMLDOMNode with the
+// same name, where its contract is. Errors are returned or thrown as _com_error.
 
 #include "qxframework/xml/internal/node_object.h"
 

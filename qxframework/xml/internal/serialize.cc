@@ -9,9 +9,14 @@
 namespace qx::xml {
 namespace {
 
-constexpr std::size_t kDeepestIndentation = 30;  // levels; deeper ones stand no further right
+// The number of levels that are indented. Without a limit the text of a deep tree would be
+// quadratic.
+constexpr std::size_t kDeepestIndentation = 30;
 
-/// The reference that stands for `c` in a text, or in an attribute value; empty for itself.
+// Returns the reference for `c` in a text or in an attribute value; empty if it is written as it
+// is. A parser would change a carriage return anywhere, and line feeds and tabs in attribute
+// values, so they are written as references. ">" always is one, because "]]>" must not occur in a
+// text.
 constexpr std::string_view referenceFor(char c, bool inAttribute) {
   switch (c) {
     case '&':
@@ -33,7 +38,8 @@ constexpr std::string_view referenceFor(char c, bool inAttribute) {
   }
 }
 
-/// Which characters have a reference: a look-up per character, since most texts need none.
+// Returns a table of the characters with a reference. Most texts have none of them, so they cost
+// one look-up per character.
 constexpr std::array<bool, 256> charactersToReplace(bool inAttribute) {
   std::array<bool, 256> out{};
   for (std::size_t c = 0; c < out.size(); ++c) {
@@ -48,7 +54,8 @@ bool isText(const xmlNode* node) {
   return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
 }
 
-/// Writes one subtree, going down and up by the nodes' own links, so that depth costs no stack.
+// Writes one subtree. It walks by the links of the nodes and not by recursion, because a tree that
+// is built by operations may be deeper than the stack allows.
 class Writer {
  public:
   std::string write(const xmlNode* root) {
@@ -61,6 +68,7 @@ class Writer {
         breakLine();
         continue;
       }
+      // Goes up past all elements that end here.
       while (node != root && node->next == nullptr) {
         node = node->parent;
         leave(node);
@@ -130,7 +138,7 @@ class Writer {
     out_ += "?>";
   }
 
-  /// A section cannot hold its own end, so such a text becomes two sections.
+  // A section cannot contain its own end, so such a text is written as two sections.
   void cdata(std::string_view text) {
     out_ += "<![CDATA[";
     for (std::size_t end = text.find("]]>"); end != text.npos; end = text.find("]]>")) {
@@ -156,7 +164,8 @@ class Writer {
     out_ += viewOfXml(local);
   }
 
-  /// Beside text every blank counts, so from there down all stands on one line.
+  // Blanks count beside text, so an element with text among its children is written on one line,
+  // and so are all its descendants.
   void enter(const xmlNode* element) {
     ++depth_;
     if (oneLineDepth_ != 0) return;
@@ -193,10 +202,11 @@ class Writer {
 
   std::string out_;
   std::size_t depth_ = 0;
-  std::size_t oneLineDepth_ = 0;  // the depth of the outermost children beside text, 0 for none
+  std::size_t oneLineDepth_ = 0;  // the depth of the outermost children beside text; 0 if none
 };
 
-/// The declaration as it was read; libxml2 keeps in `standalone` whether there was one.
+// Returns the declaration as it was read. libxml2 stores -1 in `standalone` if there was none, and
+// -2 if there was one without that attribute.
 std::string xmlDeclaration(const xmlDoc* document) {
   if (document->standalone == -1) return {};
   std::string out = "<?xml version=\"";

@@ -1,18 +1,20 @@
 #pragma once
 
+// Writing nodes as XML text.
+
 #include <libxml/tree.h>
 
 #include <string>
 
 namespace qx::xml {
 
-/// The node as XML text, in UTF-8 that names no encoding.
+/// Returns the node as XML text in UTF-8, without naming an encoding.
 ///
-/// An element whose children hold no text and no CDATA has each child on a line of its own, two
-/// blanks deeper. A document ends in a line feed; an empty document is an empty text.
+/// Children of an element are each on their own line, two blanks deeper, unless there is text or
+/// CDATA among them. A document ends in a line feed; an empty document is an empty text.
 std::string serialize(const xmlNode* node);
 
-/// "prefix:name" or "name".
+/// Returns "prefix:name" or "name".
 std::string qualifiedName(const xmlNode* node);
 
 }  // namespace qx::xml

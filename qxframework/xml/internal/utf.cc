@@ -10,11 +10,13 @@
 namespace qx::xml {
 namespace {
 
-// The converter counts in 32 bits with a sign; within these limits no length is cut off.
+// ICU counts in 32 bits with a sign. Within these limits no length is cut off, and no unit of
+// UTF-16 takes more than three bytes.
 constexpr std::size_t kMaxBytes = std::numeric_limits<int32_t>::max();
 constexpr std::size_t kMaxUnits = kMaxBytes / 3;
 
-/// How many UTF-16 units the well-formed UTF-8 `text` takes.
+// Returns the number of UTF-16 units of well-formed UTF-8: one for each leading byte, two if that
+// leads a sequence of four.
 std::size_t utf16Length(std::string_view text) {
   std::size_t units = 0;
   for (const char c : text) {
@@ -29,7 +31,7 @@ std::size_t utf16Length(std::string_view text) {
 
 std::optional<std::string> strictUtf8(std::u16string_view text) {
   if (text.size() > kMaxUnits) return std::nullopt;
-  std::string out(text.size() * 3, '\0');  // no unit takes more than three bytes
+  std::string out(text.size() * 3, '\0');
   int32_t length = 0;
   UErrorCode status = U_ZERO_ERROR;
   u_strToUTF8(out.data(), static_cast<int32_t>(out.size()), &length, text.data(),
@@ -51,6 +53,7 @@ HRESULT giveUtf8(std::string_view text, BSTR* out) {
   if (text.size() > kMaxBytes) return E_OUTOFMEMORY;
   const std::size_t units = utf16Length(text);
   if (units > kMaxUnits) return E_OUTOFMEMORY;
+  // Converted in place, because a text may be as long as the whole document.
   CComBSTR wide;
   wide.Attach(SysAllocStringLen(nullptr, static_cast<UINT>(units)));
   if (!wide) return E_OUTOFMEMORY;
@@ -62,6 +65,8 @@ HRESULT giveUtf8(std::string_view text, BSTR* out) {
   return S_OK;
 }
 
+// Control characters are single bytes in UTF-8. U+FFFE and U+FFFF are the only other ones that XML
+// excludes; surrogates do not occur in well-formed UTF-8.
 bool isXmlText(std::string_view utf8) {
   for (std::size_t i = 0; i < utf8.size(); ++i) {
     const auto byte = static_cast<unsigned char>(utf8[i]);
@@ -73,6 +78,7 @@ bool isXmlText(std::string_view utf8) {
 }
 
 std::string textOf(const VARIANT& value) {
+  // Texts, the usual values, are read without a copy.
   if (value.vt == VT_EMPTY) return {};
   if (value.vt == VT_BSTR) return utf8OrRaise(viewOfBstr(value.bstrVal));
   if (value.vt == (VT_BYREF | VT_BSTR)) return utf8OrRaise(viewOfBstr(*value.pbstrVal));

@@ -1,6 +1,7 @@
 #pragma once
 
-// Texts on their way into and out of the parser, which works in UTF-8.
+// Converts texts for libxml2, which works in UTF-8, and back. Unlike text.h, nothing is replaced by
+// U+FFFD: a text that cannot be converted is refused, since it could not be read back.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/types.h"
@@ -14,23 +15,25 @@
 
 namespace qx::xml {
 
-/// UTF-8 of `text`; none when a surrogate stands alone, or when its length may not fit into the
-/// parser's, which is less than 2 GiB.
+/// Returns the UTF-8 of `text`. Returns nothing for an unpaired surrogate, and for a text whose
+/// UTF-8 might reach 2 GiB, the limit of the parser.
 std::optional<std::string> strictUtf8(std::u16string_view text);
-/// As strictUtf8; raises E_INVALIDARG when there is none.
+/// Returns the UTF-8 of `text` as strictUtf8 does; throws E_INVALIDARG where that returns nothing.
 std::string utf8OrRaise(std::u16string_view text);
-/// Gives well-formed UTF-8 to an out parameter as a new wide string; E_OUTOFMEMORY when it is
-/// longer than that can be.
+/// Stores well-formed UTF-8 in an out parameter as a new wide string. Returns E_OUTOFMEMORY if
+/// memory is out or the text is too long for a wide string.
 HRESULT giveUtf8(std::string_view text, BSTR* out);
-/// True when every character may stand in an XML document.
+/// True if an XML document may contain every character of the text.
 bool isXmlText(std::string_view utf8);
-/// The value as text, by the user's default locale; raises what the conversion says.
+/// Returns the value as text, converted by the user's default locale. Throws the error of the
+/// conversion.
 std::string textOf(const VARIANT& value);
 
+/// Returns the text as libxml2 takes it, borrowed.
 inline const xmlChar* asXml(const std::string& text) {
   return reinterpret_cast<const xmlChar*>(text.c_str());
 }
-/// Empty for null.
+/// Returns a view of a text of libxml2; empty for null.
 inline std::string_view viewOfXml(const xmlChar* text) {
   return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
 }

@@ -11,7 +11,7 @@ using test::raisedBy;
 
 constexpr std::size_t kOneMoreThan4GiB = 0x100000001;
 
-/// Texts of which nothing may be read: a length that is cut off to 32 bits would be 1.
+/// Return views of which only the length may be read. Cut off to 32 bits, it would be 1.
 std::u16string_view tooManyUnits(std::size_t units) {
   static const char16_t unit = u'x';
   return {&unit, units};
@@ -21,7 +21,7 @@ std::string_view tooManyBytes(std::size_t bytes) {
   return {&byte, bytes};
 }
 
-TEST(Utf, AWideTextThatIsTooLongIsRefusedAndNotCutOff) {
+TEST(XmlUtf, RefusesATooLongWideTextInsteadOfCuttingIt) {
   for (const std::size_t units : {kOneMoreThan4GiB, std::size_t{0x80000000},
                                   std::size_t{0x7FFFFFFF}, std::size_t{0x7FFFFFFF / 3 + 1}}) {
     EXPECT_EQ(strictUtf8(tooManyUnits(units)), std::nullopt) << units;
@@ -29,7 +29,7 @@ TEST(Utf, AWideTextThatIsTooLongIsRefusedAndNotCutOff) {
   }
 }
 
-TEST(Utf, ANarrowTextThatIsTooLongIsRefusedAndNotCutOff) {
+TEST(XmlUtf, RefusesATooLongNarrowTextInsteadOfCuttingIt) {
   for (const std::size_t bytes : {kOneMoreThan4GiB, std::size_t{0x80000000}}) {
     BSTR out = nullptr;
     EXPECT_EQ(giveUtf8(tooManyBytes(bytes), &out), E_OUTOFMEMORY) << bytes;
@@ -37,7 +37,7 @@ TEST(Utf, ANarrowTextThatIsTooLongIsRefusedAndNotCutOff) {
   }
 }
 
-TEST(Utf, ALoneSurrogateHasNoUtf8) {
+TEST(XmlUtf, ReturnsNoUtf8ForALoneSurrogate) {
   EXPECT_EQ(strictUtf8(u"a\U0001F600"), "a\xF0\x9F\x98\x80");
   const char16_t lone[] = {u'a', 0xD83D, u'b'};
   EXPECT_EQ(strictUtf8({lone, 3}), std::nullopt);

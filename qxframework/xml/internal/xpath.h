@@ -1,5 +1,7 @@
 #pragma once
 
+// Selecting nodes by XPath.
+
 #include <libxml/tree.h>
 
 #include <string>
@@ -7,8 +9,8 @@
 
 namespace qx::xml {
 
-/// The nodes that an XPath 1.0 expression selects from `node`, in document order. Raises
-/// E_INVALIDARG for an expression that does not read, costs too much or does not select nodes.
+/// Returns the nodes that an XPath 1.0 expression selects from `node`, in document order. Throws
+/// E_INVALIDARG for an expression that is malformed, takes too many steps or does not select nodes.
 std::vector<xmlNode*> selectByPath(xmlNode* node, const std::string& expression);
 
 }  // namespace qx::xml
