@@ -50,7 +50,7 @@ void SqliteEmitter::like(const Expr& expr) {
   expression(*expr.args[2]);
 }
 
-// SQLite reads some numbers as a double next to the nearest one. Those are handed over as a text
+// SQLite reads some numbers as a double next to the nearest one. Those are written as a text
 // that qx_number reads to the last digit.
 void SqliteEmitter::number(const Expr& expr) {
   const bool exact = readsExactly(expr.text);
@@ -106,7 +106,7 @@ void SqliteEmitter::textOperand(const Expr& expr, int strength) {
 void SqliteEmitter::call(const Expr& expr) {
   switch (expr.function) {
     case Function::Now:
-      // SQLite's CURRENT_TIMESTAMP is UTC; qx_now is local time, from the clock that was handed in.
+      // SQLite's CURRENT_TIMESTAMP is UTC; qx_now is local time, from the given clock.
       out_ += "qx_now()";
       return;
     case Function::Today:
@@ -189,7 +189,7 @@ void SqliteEmitter::castToWhole(const Expr& argument) {
   wrapped("qx_cut(", argument, ")");
 }
 
-// CAST AS TEXT does not cut, whatever length is written with it, hence substr().
+// SQLite ignores a length within CAST AS, hence substr().
 void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
   const bool decimal = argument.type == ColumnType::Decimal;
   const std::string_view end = decimal ? ")" : " AS TEXT)";

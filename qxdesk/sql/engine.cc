@@ -29,7 +29,7 @@ constexpr EngineTraits kSqlite = {
 
 constexpr EngineTraits kPostgres = {
     .name = "PostgreSQL",
-    .maxNameBytes = 63,  // the server cuts a longer name silently, so two names could become one
+    .maxNameBytes = 63,  // the server cuts a longer name, so two names could become one
     .ownTables = "pg_",
     .maxOpenSymbols = 1000,  // far below the engine's limit, and more than the parser accepts
     .foldsNames = true,
