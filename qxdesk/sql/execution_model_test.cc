@@ -111,10 +111,10 @@ std::string hostileText(std::mt19937& random) {
   return text;
 }
 
-// A long run with the factor 5 has 1500 texts for each dialect.
+// A long run with the factor 10 has 1500 texts for each dialect.
 TEST_P(ExecutionLiterals, HostileTextComesBackUnchangedInEveryDialect) {
   std::mt19937 random(20240215);
-  const std::size_t texts = qx::test::cases(300);
+  const std::size_t texts = qx::test::cases(150);
   for (const Dialect dialect : {Dialect::Mssql, Dialect::Sybase, Dialect::Db2, Dialect::Kordb}) {
     CompanyDatabase database = company(dialect);
     const bool quoted = dialect == Dialect::Kordb;
