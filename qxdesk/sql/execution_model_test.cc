@@ -138,15 +138,14 @@ TEST_P(ExecutionLiterals, LiteralMayHaveAMillionBytes) {
             std::to_string(text.size() / 11 * 9 + 1));
 }
 
-// TOP n WITH TIES returns every row that the keys do not put after the n-th. A long run with the
-// factor 2 has 200 rounds.
+// TOP n WITH TIES returns every row that the keys do not put after the n-th.
 TEST_P(ExecutionTies, RandomRowsAgreeWithAModel) {
   std::mt19937 random(7);
   const auto number = [&random](int high) {
     return std::uniform_int_distribution<>(0, high)(random);
   };
   CompanyDatabase database = company(Dialect::Mssql);
-  const std::size_t rounds = qx::test::cases(100);
+  const std::size_t rounds = qx::test::cases(200);
   for (std::size_t round = 0; round < rounds; ++round) {
     database.run("DELETE FROM [@L]");
     std::vector<int> keys;

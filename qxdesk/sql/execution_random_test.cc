@@ -28,8 +28,8 @@ std::vector<std::string> split(const std::string& text, char by) {
   return parts;
 }
 
-// Returns true for equal cells and for numbers whose difference is within the error of double
-// arithmetic.
+/// Returns true for equal cells and for numbers whose difference is within the error of double
+/// arithmetic.
 bool sameCell(const std::string& a, const std::string& b) {
   if (a == b) return true;
   char* endOfA = nullptr;
@@ -56,7 +56,7 @@ bool sameRows(const std::string& a, const std::string& b, bool ordered) {
   return true;
 }
 
-// Returns the rows, or the reason why there are none.
+/// Returns the rows, or the reason why there are none.
 std::string outcome(CompanyDatabase& database, const std::string& text) {
   try {
     return database.run(text);

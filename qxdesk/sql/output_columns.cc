@@ -7,7 +7,7 @@ namespace {
 // so that a short text describes 2^n columns.
 constexpr int kMaxSteps = 10'000;
 
-/// Walks the lists of a SELECT and of the tables that its stars name.
+// Walks the lists of a SELECT and of the tables that its stars name.
 class Lister {
  public:
   explicit Lister(const Select& statement) : commonTables_(statement.with) {}

@@ -56,8 +56,8 @@ int authorize(void* /*data*/, int action, const char* first, const char* second,
   }
 }
 
-/// Restricts a connection during its lifetime. The company's own statements, which make tables, run
-/// on the same connection without the restriction.
+// Restricts a connection during its lifetime. The company's own statements, which make tables, run
+// on the same connection without the restriction.
 struct RowsOnlyScope {
   explicit RowsOnlyScope(sqlite3* connection) : db(connection) { allowRowsOnly(db); }
   ~RowsOnlyScope() { allowEverything(db); }

@@ -27,7 +27,7 @@ class SqliteGuard : public testing::Test {
   std::string runTranslated(std::string_view text) {
     return database_.run(test::translated(Dialect::Mssql, text));
   }
-  // Returns the message of a translated text that fails when it runs; empty if it does not.
+  /// Returns the message of a translated text that fails when it runs; empty if it does not.
   std::string faultOf(std::string_view text) {
     try {
       runTranslated(text);

@@ -187,8 +187,8 @@ std::string tablesForPostgres() {
   return tables;
 }
 
-// Returns the name of a new database with the tables, which each test copies. `like` follows
-// TEMPLATE in the statement that creates it.
+/// Returns the name of a new database with the tables, which each test copies. `like` follows
+/// TEMPLATE in the statement that creates it.
 std::string makeModel(std::string_view like) {
   PostgresServer& server = PostgresServer::shared();
   const std::string name = server.createDatabase(like);
