@@ -1,13 +1,15 @@
 #include "qxdesk/sql/emitter_expression.h"
 
 #include "qxdesk/sql/numbers.h"
+#include "qxframework/automation/ascii.h"
 
 #include <algorithm>
 
 namespace qx::sql {
 namespace {
 
-// Longer chains of AND or OR are written as a balanced tree, since SQLite limits the depth.
+// SQLite limits the depth of an expression to 1000, and in a flat chain of AND or OR each operand
+// adds one. Longer chains are written as a balanced tree.
 constexpr std::size_t kMaxFlatChain = 100;
 
 }  // namespace
@@ -57,6 +59,7 @@ int ExpressionEmitter::strengthOf(const Expr& expr) {
     case ExprKind::Between:
     case ExprKind::IsNull:
     case ExprKind::Like:
+      // SQLite's text may be NOT qx_like(...), which binds like any NOT.
       return expr.negated && expr.kind == ExprKind::Like ? kNot : kPredicate;
     case ExprKind::Concat:
       return kConcat;
@@ -70,13 +73,17 @@ int ExpressionEmitter::strengthOf(const Expr& expr) {
   }
 }
 
+// PostgreSQL would fold an unquoted name by itself. Names are quoted so that no keyword and no odd
+// character has a meaning, and folded here so that case does not count all the same.
 void ExpressionEmitter::name(std::string_view name) {
   const std::size_t from = out_.size();
   quoted(name, '"');
   if (!engine_.foldsNames) return;
-  for (std::size_t i = from; i < out_.size(); ++i) out_[i] = lowerAscii(out_[i]);
+  for (std::size_t i = from; i < out_.size(); ++i) out_[i] = toLowerAscii(out_[i]);
 }
 
+// Doubling the quote is enough: SQLite knows no other escape, and kPostgresSettings makes a
+// backslash a plain character.
 void ExpressionEmitter::quoted(std::string_view text, char quote) {
   out_ += quote;
   for (const char c : text) {
@@ -90,18 +97,17 @@ void ExpressionEmitter::separate(std::size_t index) {
   if (index > 0) out_ += ", ";
 }
 
-ExpressionEmitter::Open::Open(ExpressionEmitter& emitter, int symbols)
+ExpressionEmitter::OpenSymbols::OpenSymbols(ExpressionEmitter& emitter, int symbols)
     : emitter_(emitter), symbols_(symbols) {
   emitter.open_ += symbols;
-  if (emitter.open_ > emitter.engine_.maxOpen) {
+  if (emitter.open_ > emitter.engine_.maxOpenSymbols) {
     throw SqlError("the statement is nested too deeply; simplify its brackets or subqueries",
                    emitter.at_);
   }
 }
 
-// `symbols` are open before each of the values.
 void ExpressionEmitter::list(const std::vector<ExprPtr>& values, std::size_t first, int symbols) {
-  const Open open(*this, symbols);
+  const OpenSymbols open(*this, symbols);
   for (std::size_t i = first; i < values.size(); ++i) {
     separate(i - first);
     expression(*values[i]);
@@ -109,15 +115,11 @@ void ExpressionEmitter::list(const std::vector<ExprPtr>& values, std::size_t fir
 }
 
 void ExpressionEmitter::operand(const Expr& expr, int strength) {
-  const bool brackets = strengthOf(expr) < strength;
-  const Open open(*this, brackets ? 1 : 0);
-  if (brackets) out_ += '(';
-  expression(expr);
-  if (brackets) out_ += ')';
+  bracketed(strengthOf(expr) < strength, [&] { expression(expr); });
 }
 
 void ExpressionEmitter::nested(int symbols, const Expr& expr, int strength) {
-  const Open open(*this, symbols);
+  const OpenSymbols open(*this, symbols);
   operand(expr, strength);
 }
 
@@ -163,6 +165,8 @@ void ExpressionEmitter::expression(const Expr& expr) {
   }
 }
 
+// SQLite reads a number beyond the largest double as infinity and PostgreSQL as a numeric, so the
+// same statement would mean two things.
 void ExpressionEmitter::number(const Expr& expr) {
   if (!nearestDouble(expr.text))
     throw SqlError("the number is out of range: " + expr.text, expr.at);
@@ -173,25 +177,31 @@ void ExpressionEmitter::date(const Expr& expr) { quoted(expr.text, '\''); }
 
 void ExpressionEmitter::null(const Expr& /*expr*/) { out_ += "NULL"; }
 
+// A sign before a sign goes into brackets: -- would begin a comment.
 void ExpressionEmitter::negate(const Expr& expr) {
   out_ += '-';
   nested(1, *expr.args[0], kPrimary);
 }
 
+// The right operand needs brackets already at equal strength: a - (b - c).
 void ExpressionEmitter::arithmetic(const Expr& expr) {
   binary(expr, expr.text, strengthOf(expr), strengthOf(expr) + 1);
 }
 
+// || binds tighter than * in SQLite and looser than + in PostgreSQL, so that no operand but a
+// primary one may go without brackets.
 void ExpressionEmitter::concat(const Expr& expr) {
   textOperand(*expr.args[0], kPrimary);
   out_ += " || ";
-  const Open open(*this, 2);
+  const OpenSymbols open(*this, 2);
   textOperand(*expr.args[1], kPrimary);
 }
 
 void ExpressionEmitter::condition(const Expr& expr) {
   switch (expr.kind) {
     case ExprKind::Compare:
+      // kConcat puts a comparison within a comparison into brackets; without them PostgreSQL
+      // refuses it.
       binary(expr, expr.text, kConcat, kConcat);
       break;
     case ExprKind::And:
@@ -246,7 +256,7 @@ void ExpressionEmitter::chain(const Expr& expr, std::size_t from, std::size_t to
   const std::string_view word = conjunction ? " AND " : " OR ";
   if (to - from > kMaxFlatChain) {
     const std::size_t middle = from + (to - from) / 2;
-    const Open open(*this, 3);
+    const OpenSymbols open(*this, 3);
     out_ += '(';
     chain(expr, from, middle);
     out_ += ')';
@@ -266,7 +276,7 @@ void ExpressionEmitter::in(const Expr& expr) {
   operand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT IN " : " IN ";
   if (expr.select) {
-    const Open open(*this, 2);
+    const OpenSymbols open(*this, 2);
     subselect(*expr.select);
     return;
   }
@@ -275,6 +285,8 @@ void ExpressionEmitter::in(const Expr& expr) {
   out_ += ')';
 }
 
+// The counts are those of SQLite's grammar, which keeps the pairs so far as one symbol: CASE, the
+// operand, the pairs, WHEN, a condition, THEN.
 void ExpressionEmitter::caseOf(const Expr& expr) {
   out_ += "CASE";
   std::size_t next = 0;
@@ -296,8 +308,10 @@ void ExpressionEmitter::caseOf(const Expr& expr) {
   out_ += " END";
 }
 
+// The row count of the connection does not limit a subquery, only the rows that a statement
+// returns.
 void ExpressionEmitter::subselect(const Select& select) {
-  const Open open(*this, 1);
+  const OpenSymbols open(*this, 1);
   out_ += '(';
   selectBody(select, std::nullopt);
   out_ += ')';
@@ -313,7 +327,7 @@ void ExpressionEmitter::plainCall(std::string_view function, const Expr& expr) {
 }
 
 void ExpressionEmitter::textCall(std::string_view function, const Expr& expr) {
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   out_ += function;
   out_ += '(';
   for (std::size_t i = 0; i < expr.args.size(); ++i) {
@@ -323,10 +337,21 @@ void ExpressionEmitter::textCall(std::string_view function, const Expr& expr) {
   out_ += ')';
 }
 
+void ExpressionEmitter::substringCall(std::string_view function, const Expr& expr) {
+  const OpenSymbols open(*this, kCallSymbols);
+  out_ += function;
+  textOperand(*expr.args[0], 0);
+  for (std::size_t i = 1; i < expr.args.size(); ++i) {
+    out_ += ", ";
+    position(*expr.args[i]);
+  }
+  out_ += ')';
+}
+
 void ExpressionEmitter::wrapped(std::string_view before, const Expr& argument,
                                 std::string_view after) {
   const auto brackets = static_cast<int>(std::count(before.begin(), before.end(), '('));
-  const Open open(*this, kCallSymbols * std::max(brackets, 1));
+  const OpenSymbols open(*this, kCallSymbols * std::max(brackets, 1));
   out_ += before;
   expression(argument);
   out_ += after;
@@ -341,7 +366,10 @@ void ExpressionEmitter::call(const Expr& expr) {
     case Function::TrimRight:
     case Function::Replace:
       return textCall(functionText(expr.function), expr);
+    case Function::Cast:
+      return cast(expr);
     case Function::LengthNoTail:
+      // The dialects' LEN passes over blanks at the end, which length() counts on both engines.
       textCall("length(rtrim", expr);
       out_ += ')';
       return;
@@ -356,6 +384,29 @@ void ExpressionEmitter::count(const Expr& expr) {
     return;
   }
   wrapped(expr.distinct ? "count(DISTINCT " : "count(", *expr.args[0], ")");
+}
+
+// Rounding to the scale is a call of its own, because SQLite ignores the scale of a CAST.
+void ExpressionEmitter::cast(const Expr& expr) {
+  const Expr& argument = *expr.args[0];
+  const std::optional<int> size = expr.target.size;
+  switch (expr.target.type) {
+    case ColumnType::Text:
+      return castToText(argument, size);
+    case ColumnType::Integer:
+      return castToWhole(argument);
+    default:
+      if (!size) return castToDecimal(argument);
+      const OpenSymbols open(*this, kCallSymbols);
+      out_ += "round(";
+      castToDecimal(argument);
+      out_ += ", " + std::to_string(*size) + ")";
+  }
+}
+
+bool ExpressionEmitter::mayHaveSets(const Expr& pattern) const {
+  const bool literal = pattern.kind == ExprKind::Text;
+  return dialect_.likeSets && (!literal || pattern.text.find('[') != std::string::npos);
 }
 
 }  // namespace qx::sql

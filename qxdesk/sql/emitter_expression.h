@@ -1,10 +1,12 @@
-// The expression half of an emitter: what every engine writes alike. It sets brackets by the
-// precedence of the engines' operators, which differ from the dialects' (|| binds tighter than *),
-// never by those of the incoming text. What an engine writes in its own way is virtual.
-//
-// SQLite's parser has a fixed stack of 100 symbols. The emitter counts the symbols that are open
-// wherever it writes something nested, and refuses what would not fit.
 #pragma once
+
+// The expression half of an emitter: the forms that both engines share. Brackets follow the
+// precedence of the engines' operators and not the brackets of the incoming text, because engines
+// and dialects differ there (|| binds tighter than * in SQLite). A form that differs between the
+// engines is a virtual operation.
+//
+// SQLite's parser has a fixed stack of 100 symbols. The emitter counts the symbols that are open at
+// every nested place and refuses a statement that would overflow the stack.
 
 #include "qxdesk/sql/ast.h"
 #include "qxdesk/sql/engine.h"
@@ -17,54 +19,61 @@
 
 namespace qx::sql {
 
-// How tightly an expression binds; a larger number binds tighter.
+/// The binding strength of an expression; a larger number binds tighter.
 enum Strength {
   kOr = 1,
   kAnd,
   kNot,
   kPredicate,
-  kConcat,  // stronger in SQLite, but always bracketed, so that nobody has to know
+  kConcat,  // tighter than kProduct in SQLite, looser than kSum in PostgreSQL; always in brackets
   kSum,
   kProduct,
   kSign,
   kPrimary,
 };
 
-// Open symbols before an argument of a function: its name, "(", DISTINCT, the arguments before,
-// ",".
+/// The symbols that are open before an argument of a function: the function's name, "(", DISTINCT,
+/// the arguments so far and ",".
 constexpr int kCallSymbols = 5;
 
 class ExpressionEmitter {
  public:
-  ExpressionEmitter(const DialectTraits& traits, const EngineTraits& engine)
-      : traits_(traits), engine_(engine) {}
+  ExpressionEmitter(const DialectTraits& dialect, const EngineTraits& engine)
+      : dialect_(dialect), engine_(engine) {}
   virtual ~ExpressionEmitter() = default;
   ExpressionEmitter(const ExpressionEmitter&) = delete;
   ExpressionEmitter& operator=(const ExpressionEmitter&) = delete;
 
  protected:
   virtual void selectBody(const Select& select, std::optional<std::int64_t> rowLimit) = 0;
-  // Raises SqlError for one beyond the largest double.
+  /// Throws SqlError for a number beyond the largest double.
   virtual void number(const Expr& expr);
   virtual void date(const Expr& expr);
   virtual void null(const Expr& expr);
   virtual void negate(const Expr& expr);
   virtual void arithmetic(const Expr& expr);
   virtual void like(const Expr& expr) = 0;
-  // A value of any type where a text is meant. Engines differ in how they spell decimals, if they
-  // take other types there at all.
+  /// Writes a value of any type as a text. The engines spell decimals differently, and PostgreSQL
+  /// takes no other type where a text is required.
   virtual void textOperand(const Expr& expr, int strength) = 0;
-  // The functions whose name and form the engines share.
+  /// Writes a function. The base class writes those that have the same name and form on both
+  /// engines.
   virtual void call(const Expr& expr);
+  /// The text has at most `size` characters if one is given.
+  virtual void castToText(const Expr& argument, std::optional<int> size) = 0;
+  virtual void castToWhole(const Expr& argument) = 0;
+  virtual void castToDecimal(const Expr& argument) = 0;
+  /// Writes the start or the length of a part of a text.
+  virtual void position(const Expr& expr) { expression(expr); }
 
-  // So many more symbols are open in the engine's parser while it lives.
-  class Open {
+  /// Counts symbols as open in the engine's parser during its lifetime.
+  class OpenSymbols {
    public:
-    // Raises SqlError when the stack would not hold them.
-    Open(ExpressionEmitter& emitter, int symbols);
-    ~Open() { emitter_.open_ -= symbols_; }
-    Open(const Open&) = delete;
-    Open& operator=(const Open&) = delete;
+    /// Throws SqlError if the parser's stack would overflow.
+    OpenSymbols(ExpressionEmitter& emitter, int symbols);
+    ~OpenSymbols() { emitter_.open_ -= symbols_; }
+    OpenSymbols(const OpenSymbols&) = delete;
+    OpenSymbols& operator=(const OpenSymbols&) = delete;
 
    private:
     ExpressionEmitter& emitter_;
@@ -74,23 +83,37 @@ class ExpressionEmitter {
   void name(std::string_view name);
   void quoted(std::string_view text, char quote);
   void expression(const Expr& expr);
-  // In brackets when it binds more loosely than `strength`.
+  /// Runs `write`, between brackets if `brackets` is true.
+  template <typename Write>
+  void bracketed(bool brackets, Write write) {
+    const OpenSymbols open(*this, brackets ? 1 : 0);
+    if (brackets) out_ += '(';
+    write();
+    if (brackets) out_ += ')';
+  }
+  /// Writes an expression, in brackets if it binds more loosely than `strength`.
   void operand(const Expr& expr, int strength);
-  // An operand with so many symbols of its expression open before it.
+  /// Writes an operand before which `symbols` of the enclosing expression are open.
   void nested(int symbols, const Expr& expr, int strength);
+  /// Writes the values from `first` on, separated by commas; `symbols` are open before each.
   void list(const std::vector<ExprPtr>& values, std::size_t first, int symbols);
-  // A comma before every element but the first.
+  /// Writes a comma before every element but the first.
   void separate(std::size_t index);
   void binary(const Expr& expr, std::string_view op, int left, int right);
   void plainCall(std::string_view function, const Expr& expr);
-  // All arguments are texts.
+  /// Writes a call whose arguments are all texts.
   void textCall(std::string_view function, const Expr& expr);
-  // The argument between two texts of which the first ends within the brackets of functions.
+  /// Writes a part of a text; `function` ends with its bracket.
+  void substringCall(std::string_view function, const Expr& expr);
+  /// Writes the argument between two texts; the brackets in `before` count as calls.
   void wrapped(std::string_view before, const Expr& argument, std::string_view after);
+
+  /// Returns true for a LIKE pattern that has sets such as [a-z], or whose value decides that.
+  bool mayHaveSets(const Expr& pattern) const;
 
   static int strengthOf(const Expr& expr);
 
-  const DialectTraits& traits_;
+  const DialectTraits& dialect_;
   const EngineTraits& engine_;
   std::string out_;
 
@@ -103,15 +126,16 @@ class ExpressionEmitter {
   void caseOf(const Expr& expr);
   void subselect(const Select& select);
   void count(const Expr& expr);
+  void cast(const Expr& expr);
 
   int open_ = 0;
-  Position at_;  // of the expression that was begun last
+  Position at_;  // of the latest expression, for the refusal of a nesting
 };
 
-// The name of a function that the engines call alike.
+/// Returns the name of a function that has the same name on both engines.
 std::string_view functionText(Function function);
 
-// A literal of at most nine digits and no sign.
+/// Returns true for a literal of at most nine digits without a sign, which fits 32 bits.
 bool isShortWhole(const Expr& expr);
 
 }  // namespace qx::sql

@@ -5,26 +5,31 @@
 namespace qx::sql {
 namespace {
 
-// A text that is no date becomes one that no cast takes, since the engine would also accept words
-// such as 'now', and forms that depend on its settings.
+// Arguments of a regexp_replace that puts words before a text of another form than a date, so that
+// the CAST around it fails. The engine's own CAST also accepts words such as 'now', and forms that
+// depend on its settings. A text of the right form matches nothing and stays as it is.
 constexpr std::string_view kNoDate =
     R"(, '^(?! *\d{4}(-\d\d-\d\d|\d{4})([ T]([01]\d|2[0-3]):[0-5]\d(:[0-5]\d(\.\d*)?)?)? *$)', )"
     R"('not a date: ')";
 
-// The same for numbers, beside which the engine accepts words such as 'NaN', and tabs around them.
+// The same for numbers: the engine's own CAST also accepts words such as 'NaN', and tabs around a
+// number.
 constexpr std::string_view kNoNumber =
     R"(, '^(?! *[+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)? *$)', 'not a number: ') )"
     "AS numeric)";
 
-// The engine would round a fraction of a second, which may be another day.
+// Cuts a fraction of a second. The engine would keep it, and would round 23:59:59.9999999 up to the
+// next day.
 constexpr std::string_view kNoFraction = R"(, '(:\d\d)\.\d* *$', '\1')";
 
-// The engine's dates end in the year 294276 and begin on the first Julian day, where it fails. A
-// date on its way there and back fails with years beyond 9999 or before 1, and comes back unchanged
-// otherwise.
+// Makes a date outside of the years 1 to 9999 fail without a second copy of its expression. The
+// engine's dates reach from the first Julian day to the year 294276. The first step moves
+// 9999-12-31 to the last possible day, the second moves 0001-01-01 to the first one, and the third
+// moves back, so that a date within the years comes out unchanged and any other one overflows.
 constexpr std::string_view kWithinYears =
     " + interval '103830043 days' - interval '105551469 days' + interval '1721426 days'";
 
+// statement_timestamp() and not now(), which would stand still during a transaction.
 constexpr std::string_view kServerNow =
     "date_trunc('second', CAST(statement_timestamp() AS timestamp))";
 
@@ -43,7 +48,8 @@ std::string_view unitText(TimeUnit unit) {
   }
 }
 
-// Sums and products of whole numbers are 64 bits wide in either engine; so is what is made of them.
+// Returns true for an expression that is a bigint in the engine's text already. A quotient is as
+// wide as its operands, so it does not count.
 bool isWide(const Expr& expr) {
   if (expr.kind == ExprKind::Arithmetic) return expr.text != "/" && expr.text != "%";
   if (expr.kind == ExprKind::Negate) return expr.args[0]->kind != ExprKind::Number;
@@ -52,13 +58,15 @@ bool isWide(const Expr& expr) {
           expr.function == Function::Cast || expr.function == Function::Sum);
 }
 
-// A literal that is a decimal in the engine by its length alone.
+// Returns true for a literal that may be a numeric in the engine because of its length alone. A
+// CAST makes it a bigint or fails, as a whole number beyond 64 bits has to.
 bool isLong(const Expr& expr) {
   constexpr std::size_t kSurelyFits = 18;
   const Expr& number = expr.kind == ExprKind::Negate ? *expr.args[0] : expr;
   return number.kind == ExprKind::Number && number.text.size() > kSurelyFits;
 }
 
+// A zero has no digit above 0 before its exponent.
 bool isNonZeroNumber(const Expr& expr) {
   return expr.kind == ExprKind::Number &&
          expr.text.find_first_of("123456789") < expr.text.find_first_of("eE");
@@ -66,7 +74,8 @@ bool isNonZeroNumber(const Expr& expr) {
 
 }  // namespace
 
-// The engine's own form, unless the row count of the connection may cut the ties.
+// Uses the engine's own form, unless a row count of the connection may cut the ties: the engine
+// takes no second limit.
 void PostgresEmitter::limitWithTies(const Select& select, std::int64_t count,
                                     std::optional<std::int64_t> rowLimit) {
   if (!rowLimit) {
@@ -80,12 +89,15 @@ void PostgresEmitter::limitWithTies(const Select& select, std::int64_t count,
 
 // ---- operators
 
-void PostgresEmitter::date(const Expr& expr) {
+void PostgresEmitter::timestamp(std::string_view text) {
   out_ += "timestamp ";
-  quoted(expr.text, '\'');
+  quoted(text, '\'');
 }
 
-// Where values of a type stand for it, NULL without one would be a text.
+void PostgresEmitter::date(const Expr& expr) { timestamp(expr.text); }
+
+// A NULL without a type becomes a text in a UNION or a derived table, and a text does not meet the
+// numbers or dates of the other parts.
 void PostgresEmitter::null(const Expr& expr) {
   switch (expr.type) {
     case ColumnType::Text:
@@ -105,16 +117,19 @@ void PostgresEmitter::null(const Expr& expr) {
   }
 }
 
+// The engine negates a 32-bit column in 32 bits, which fails for the lowest value.
 void PostgresEmitter::negate(const Expr& expr) {
   const Expr& value = *expr.args[0];
   const bool fits = value.kind == ExprKind::Number || (isWide(value) && !isLong(value));
   if (expr.type != ColumnType::Integer || fits) return StatementEmitter::negate(expr);
   out_ += '-';
-  const Open open(*this, 1);
+  const OpenSymbols open(*this, 1);
   wrapped("CAST(", value, " AS bigint)");
 }
 
-// Division by zero yields NULL, as in the other engine.
+// The engine computes with 32-bit columns and literals in 32 bits; a wide left operand makes the
+// result 64 bits wide, as on SQLite. A quotient is no larger than its left operand and needs no
+// width. A division by zero fails in the engine and is NULL on SQLite, hence NULLIF.
 void PostgresEmitter::arithmetic(const Expr& expr) {
   const int strength = strengthOf(expr);
   const Expr& left = *expr.args[0];
@@ -141,25 +156,25 @@ void PostgresEmitter::arithmetic(const Expr& expr) {
 void PostgresEmitter::like(const Expr& expr) {
   const Expr& pattern = *expr.args[1];
   const Expr* escape = expr.args.size() > 2 ? expr.args[2].get() : nullptr;
-  const bool literal = pattern.kind == ExprKind::Text;
-  const bool sets = traits_.likeSets && (!literal || pattern.text.find('[') != std::string::npos);
-  if (!sets) return plainLike(expr);
+  if (!mayHaveSets(pattern)) return plainLike(expr);
   textOperand(*expr.args[0], kPrimary);
   out_ += expr.negated ? " !~ " : " ~ ";
-  const Open open(*this, 2);
-  if (literal) {
+  const OpenSymbols open(*this, 2);
+  if (pattern.kind == ExprKind::Text) {
     quoted(postgresRegex(pattern.text, escape == nullptr ? "" : escape->text), '\'');
   } else {
     patternWithSets(pattern, escape);
   }
 }
 
-// The engine has an escape character unless it is told otherwise, and takes none at the end.
+// The engine's LIKE has the backslash as escape character unless ESCAPE '' switches it off, and it
+// fails if an escape character ends the pattern. The escapes of a literal pattern are resolved
+// here.
 void PostgresEmitter::plainLike(const Expr& expr) {
   const Expr& pattern = *expr.args[1];
   textOperand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT LIKE " : " LIKE ";
-  const Open open(*this, 2);
+  const OpenSymbols open(*this, 2);
   if (expr.args.size() < 3) {
     textOperand(pattern, kPrimary);
     out_ += " ESCAPE ''";
@@ -176,15 +191,15 @@ void PostgresEmitter::plainLike(const Expr& expr) {
 void PostgresEmitter::patternWithSets(const Expr& pattern, const Expr* escape) {
   const PatternQuery query = postgresPatternQuery(escape == nullptr ? "" : escape->text);
   out_ += query.before;
-  const Open open(*this, 2 * kCallSymbols);
+  const OpenSymbols open(*this, 2 * kCallSymbols);
   textOperand(pattern, 0);
   out_ += query.after;
 }
 
-// ---- values of another type where a text, a date or a whole number is meant
+// ---- values of another type where a text, a date or a whole number is required
 
-// A text as the other engine makes it of a value: decimals without trailing zeros, and to the 15
-// digits that a double has for certain, to which the engine rounds on the way back from one.
+// The text has the form that SQLite's qx_text has: decimals without trailing zeros and with the 15
+// digits that are certain in a double. A CAST from double precision to numeric rounds to 15 digits.
 void PostgresEmitter::textOperand(const Expr& expr, int strength) {
   switch (expr.type) {
     case ColumnType::Integer:
@@ -234,15 +249,14 @@ void PostgresEmitter::call(const Expr& expr) {
       return datePart(expr, "month");
     case Function::Day:
       return datePart(expr, "day");
-    case Function::Cast:
-      return cast(expr);
     case Function::Sum:
+      // The engine's sum of 64-bit numbers is a numeric; the cast fails beyond 64 bits.
       if (expr.type != ColumnType::Integer) return StatementEmitter::call(expr);
       return wrapped("CAST(sum(", *expr.args[0], ") AS bigint)");
     case Function::AvgWhole:
       return wrapped("CAST(trunc(avg(", *expr.args[0], ")) AS bigint)");
     case Function::Substring:
-      return substring(expr);
+      return substringCall("substr(", expr);
     case Function::Upper:
       return caseCall("upper(", expr);
     case Function::Lower:
@@ -254,69 +268,53 @@ void PostgresEmitter::call(const Expr& expr) {
   }
 }
 
-// The mapping of all letters, which the collation "C" does not know.
+// The collation "C" maps ASCII letters only, so the call has an ICU collation. The result gets "C"
+// back, since it may be compared or ordered.
 void PostgresEmitter::caseCall(std::string_view function, const Expr& expr) {
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   out_ += function;
   textOperand(*expr.args[0], kPrimary);
   out_ += R"( COLLATE "und-x-icu") COLLATE "C")";
 }
 
-void PostgresEmitter::substring(const Expr& expr) {
-  const Open open(*this, kCallSymbols);
-  out_ += "substr(";
-  textOperand(*expr.args[0], 0);
-  for (std::size_t i = 1; i < expr.args.size(); ++i) {
-    out_ += ", ";
-    position(*expr.args[i]);
-  }
-  out_ += ')';
-}
-
-// Cut to a whole number and to what the engine takes, far beyond any text. Half a one stands for
-// NULL on its way, which the functions that choose the lower and the higher value pass over.
+// Writes a value of any size as a 32-bit integer: the fraction is cut, and the limits are far
+// beyond any text. least() and greatest() pass over NULL and would return a limit for it, so NULL
+// is 0.5 on its way through them, which no whole number equals.
 void PostgresEmitter::position(const Expr& expr) {
   if (isShortWhole(expr)) return expression(expr);
   wrapped("CAST(NULLIF(least(greatest(coalesce(trunc(CAST(", expr,
           " AS numeric)), 0.5), -1000000000), 1000000000), 0.5) AS integer)");
 }
 
+// The engine's round() of a double takes no count of digits.
 void PostgresEmitter::round(const Expr& expr) {
   if (expr.type == ColumnType::Integer) return operand(*expr.args[0], kPrimary);
   wrapped("round(CAST(", *expr.args[0], " AS numeric), ");
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   wholeOperand(*expr.args[1]);
   out_ += ')';
 }
 
 // ---- dates
 
-const std::string& PostgresEmitter::told() {
-  if (told_.empty()) told_ = now_();
-  return told_;
+const std::string& PostgresEmitter::currentTime() {
+  if (currentTime_.empty()) currentTime_ = now_();
+  return currentTime_;
 }
 
 void PostgresEmitter::now() {
-  if (!now_) {
-    out_ += kServerNow;
-    return;
-  }
-  out_ += "timestamp ";
-  quoted(told(), '\'');
+  if (now_) return timestamp(currentTime());
+  out_ += kServerNow;
 }
 
 void PostgresEmitter::today() {
-  if (!now_) {
-    out_ += "date_trunc('day', CAST(statement_timestamp() AS timestamp))";
-    return;
-  }
-  out_ += "timestamp ";
-  quoted(told().substr(0, 10) + " 00:00:00", '\'');
+  if (now_) return timestamp(currentTime().substr(0, 10) + " 00:00:00");
+  out_ += "date_trunc('day', CAST(statement_timestamp() AS timestamp))";
 }
 
 void PostgresEmitter::toDate(const Expr& argument) {
   if (argument.type == ColumnType::Date) return dateOperand(argument, kPrimary);
-  const Open open(*this, 3 * kCallSymbols);
+  const OpenSymbols open(*this, 3 * kCallSymbols);
   out_ += "CAST(regexp_replace(regexp_replace(";
   if (argument.type == ColumnType::Unknown) {
     wrapped("CAST(", argument, " AS text)");
@@ -330,7 +328,7 @@ void PostgresEmitter::toDate(const Expr& argument) {
 }
 
 void PostgresEmitter::formatted(const Expr& argument, std::string_view format) {
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   out_ += "to_char(";
   dateOperand(argument, 0);
   out_ += ", '";
@@ -340,13 +338,14 @@ void PostgresEmitter::formatted(const Expr& argument, std::string_view format) {
 
 void PostgresEmitter::addTime(const Expr& expr) {
   const Expr& amount = *expr.args[1];
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   out_ += '(';
   dateOperand(*expr.args[0], kSum);
   out_ += " + ";
   if (amount.type == ColumnType::Integer) {
     nested(2, amount, kProduct);
   } else {
+    // A fraction of a count does not count, but the engine multiplies an interval by it.
     wrapped("trunc(CAST(", amount, " AS numeric))");
   }
   out_ += " * interval '1 ";
@@ -357,7 +356,7 @@ void PostgresEmitter::addTime(const Expr& expr) {
 }
 
 void PostgresEmitter::daysBetween(const Expr& expr) {
-  const Open open(*this, 2 * kCallSymbols);
+  const OpenSymbols open(*this, 2 * kCallSymbols);
   out_ += "(CAST(";
   dateOperand(*expr.args[1], 0);
   out_ += " AS date) - CAST(";
@@ -366,7 +365,7 @@ void PostgresEmitter::daysBetween(const Expr& expr) {
 }
 
 void PostgresEmitter::datePart(const Expr& expr, std::string_view part) {
-  const Open open(*this, 2 * kCallSymbols);
+  const OpenSymbols open(*this, 2 * kCallSymbols);
   out_ += "CAST(extract(";
   out_ += part;
   out_ += " FROM ";
@@ -376,41 +375,26 @@ void PostgresEmitter::datePart(const Expr& expr, std::string_view part) {
 
 // ---- casts
 
-void PostgresEmitter::cast(const Expr& expr) {
-  const Expr& argument = *expr.args[0];
-  switch (expr.target.type) {
-    case ColumnType::Text:
-      return castToText(argument, expr.target.size);
-    case ColumnType::Integer:
-      return castToWhole(argument);
-    default:
-      if (!expr.target.size) return asNumeric(argument);
-      const Open open(*this, kCallSymbols);
-      out_ += "round(";
-      asNumeric(argument);
-      out_ += ", " + std::to_string(*expr.target.size) + ")";
-  }
-}
-
-void PostgresEmitter::asNumeric(const Expr& argument) {
+// A literal text was checked when it was translated.
+void PostgresEmitter::castToDecimal(const Expr& argument) {
   const bool checked = argument.type == ColumnType::Text && argument.kind != ExprKind::Text;
   if (!checked) return wrapped("CAST(", argument, " AS numeric)");
   wrapped("CAST(regexp_replace(", argument, kNoNumber);
 }
 
 void PostgresEmitter::castToText(const Expr& argument, std::optional<int> size) {
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   out_ += "CAST(";
   textOperand(argument, 0);
   out_ += size ? " AS varchar(" + std::to_string(*size) + "))" : " AS text)";
 }
 
-// The engine would round.
+// The engine's own cast to bigint rounds; the dialects cut.
 void PostgresEmitter::castToWhole(const Expr& argument) {
   if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS bigint)");
-  const Open open(*this, 2 * kCallSymbols);
+  const OpenSymbols open(*this, 2 * kCallSymbols);
   out_ += "CAST(trunc(";
-  asNumeric(argument);
+  castToDecimal(argument);
   out_ += ") AS bigint)";
 }
 

@@ -5,8 +5,6 @@
 namespace qx::sql {
 namespace {
 
-bool hasSets(std::string_view pattern) { return pattern.find('[') != std::string_view::npos; }
-
 std::string_view secondsText(TimeUnit unit) {
   switch (unit) {
     case TimeUnit::Second:
@@ -22,10 +20,10 @@ std::string_view secondsText(TimeUnit unit) {
   }
 }
 
-// Open before the first argument of a function: its name, "(", DISTINCT.
+// Symbols that are open before the first argument of a function: its name, "(", DISTINCT.
 constexpr int kFirstArgumentSymbols = 3;
 
-// A sign before a number is a part of it.
+// A sign before a literal is part of the number: -5 is not arithmetic that could overflow.
 bool isWholeArithmetic(const Expr& expr) {
   if (expr.type != ColumnType::Integer) return false;
   return expr.kind == ExprKind::Arithmetic ||
@@ -34,27 +32,26 @@ bool isWholeArithmetic(const Expr& expr) {
 
 }  // namespace
 
-// SQLite's LIKE knows no sets such as [a-z]: patterns that hold one, or that may, go to a function
-// of our own.
+// SQLite's LIKE knows no sets such as [a-z]. A pattern that has one or may have one goes to a
+// function of our own.
 void SqliteEmitter::like(const Expr& expr) {
   const Expr& pattern = *expr.args[1];
-  const bool escape = expr.args.size() > 2;
-  const bool sets = traits_.likeSets && (pattern.kind != ExprKind::Text || hasSets(pattern.text));
-  if (sets) {
-    const Open open(*this, 1);
+  if (mayHaveSets(pattern)) {
+    const OpenSymbols open(*this, 1);
     textCall(expr.negated ? "NOT qx_like" : "qx_like", expr);
     return;
   }
   textOperand(*expr.args[0], kConcat);
   out_ += expr.negated ? " NOT LIKE " : " LIKE ";
-  const Open open(*this, 2);
+  const OpenSymbols open(*this, 2);
   textOperand(pattern, kPrimary);
-  if (!escape) return;
+  if (expr.args.size() < 3) return;
   out_ += " ESCAPE ";
   expression(*expr.args[2]);
 }
 
-// SQLite by itself takes some numbers for a double next to theirs.
+// SQLite reads some numbers as a double next to the nearest one. Those are written as a text
+// that qx_number reads to the last digit.
 void SqliteEmitter::number(const Expr& expr) {
   const bool exact = readsExactly(expr.text);
   if (!exact) out_ += "qx_number('";
@@ -72,10 +69,10 @@ void SqliteEmitter::arithmetic(const Expr& expr) {
   checked(expr);
 }
 
-// A result that 64 bits do not hold becomes a decimal in SQLite, and so does what is made of it:
-// one look at the last result tells.
+// A result that exceeds 64 bits silently becomes a decimal in SQLite, and every further result of
+// it is a decimal, too. So one check of the final result finds any overflow on the way.
 void SqliteEmitter::checked(const Expr& expr) {
-  const Open open(*this, kFirstArgumentSymbols);
+  const OpenSymbols open(*this, kFirstArgumentSymbols);
   out_ += "qx_whole(";
   unchecked(expr);
   out_ += ')';
@@ -84,26 +81,23 @@ void SqliteEmitter::checked(const Expr& expr) {
 void SqliteEmitter::unchecked(const Expr& expr) {
   if (expr.kind == ExprKind::Negate) {
     out_ += '-';
-    const Open open(*this, 1);
+    const OpenSymbols open(*this, 1);
     return uncheckedOperand(*expr.args[0], kPrimary);
   }
   const int strength = strengthOf(expr);
   uncheckedOperand(*expr.args[0], strength);
   out_ += ' ' + expr.text + ' ';
-  const Open open(*this, 2);
+  const OpenSymbols open(*this, 2);
   uncheckedOperand(*expr.args[1], strength + 1);
 }
 
 void SqliteEmitter::uncheckedOperand(const Expr& expr, int strength) {
   if (!isWholeArithmetic(expr)) return operand(expr, strength);
-  const bool brackets = strengthOf(expr) < strength;
-  const Open open(*this, brackets ? 1 : 0);
-  if (brackets) out_ += '(';
-  unchecked(expr);
-  if (brackets) out_ += ')';
+  bracketed(strengthOf(expr) < strength, [&] { unchecked(expr); });
 }
 
-// SQLite by itself would write whole decimals with or without a fraction, as it keeps them.
+// SQLite writes a whole decimal as 100 or 100.0, depending on the storage class in which a row
+// happens to keep it; qx_text has one form.
 void SqliteEmitter::textOperand(const Expr& expr, int strength) {
   if (expr.type == ColumnType::Decimal) return wrapped("qx_text(", expr, ")");
   operand(expr, strength);
@@ -112,6 +106,7 @@ void SqliteEmitter::textOperand(const Expr& expr, int strength) {
 void SqliteEmitter::call(const Expr& expr) {
   switch (expr.function) {
     case Function::Now:
+      // SQLite's CURRENT_TIMESTAMP is UTC; qx_now is local time, from the given clock.
       out_ += "qx_now()";
       return;
     case Function::Today:
@@ -133,21 +128,21 @@ void SqliteEmitter::call(const Expr& expr) {
       return datePart(expr, "%m");
     case Function::Day:
       return datePart(expr, "%d");
-    case Function::Cast:
-      return cast(expr);
     case Function::Sum:
       return sum(expr);
     case Function::Abs:
       if (expr.type != ColumnType::Integer) return StatementEmitter::call(expr);
       return plainCall("qx_abs", expr);
+    // SQLite's avg() is always a decimal; the cast cuts the fraction.
     case Function::AvgWhole:
       return wrapped("CAST(avg(", *expr.args[0], ") AS INTEGER)");
     case Function::Round:
-      // A whole number is round, but would come out as a decimal.
+      // A whole number is round already, and SQLite's round() would make it a decimal.
       if (expr.type == ColumnType::Integer) return operand(*expr.args[0], kPrimary);
       return StatementEmitter::call(expr);
     case Function::Substring:
       return substring(expr);
+    // SQLite's own upper() and lower() map ASCII letters only.
     case Function::Upper:
       return textCall("qx_upper", expr);
     case Function::Lower:
@@ -157,8 +152,9 @@ void SqliteEmitter::call(const Expr& expr) {
   }
 }
 
-// SQLite by itself adds decimals that it keeps as whole numbers within 64 bits, and fails on more
-// without telling why.
+// SQLite keeps a decimal such as 100.0 as a whole number. Its own sum() of such rows is limited to
+// 64 bits and then fails with a bare "integer overflow", so decimals are added as doubles, and
+// whole numbers by qx_sum, whose error has a code.
 void SqliteEmitter::sum(const Expr& expr) {
   switch (expr.type) {
     case ColumnType::Integer:
@@ -171,12 +167,13 @@ void SqliteEmitter::sum(const Expr& expr) {
 }
 
 void SqliteEmitter::daysBetween(const Expr& expr) {
+  // date() drops the time of day, so the difference counts midnights and not periods of 24 hours.
   wrapped("CAST(julianday(date(", *expr.args[1], ")) - ");
-  const Open open(*this, 4);
+  const OpenSymbols open(*this, 4);
   wrapped("julianday(date(", *expr.args[0], ")) AS INTEGER)");
 }
 
-// SQLite's own function would yield NULL, silently, for a date beyond the last or the first one.
+// SQLite's own datetime() silently returns NULL for a date after the year 9999; qx_add_time fails.
 void SqliteEmitter::addTime(const Expr& expr) {
   out_ += "qx_add_time(";
   list(expr.args, 0, kCallSymbols);
@@ -185,24 +182,14 @@ void SqliteEmitter::addTime(const Expr& expr) {
   out_ += ')';
 }
 
-void SqliteEmitter::cast(const Expr& expr) {
-  const Expr& argument = *expr.args[0];
-  const std::optional<int> size = expr.target.size;
-  switch (expr.target.type) {
-    case ColumnType::Text:
-      return castToText(argument, size);
-    case ColumnType::Integer:
-      if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS INTEGER)");
-      return wrapped("qx_cut(", argument, ")");
-    default:
-      if (!size) return asReal(argument);
-      const Open open(*this, kCallSymbols);
-      out_ += "round(";
-      asReal(argument);
-      out_ += ", " + std::to_string(*size) + ")";
-  }
+// SQLite's CAST turns a text that is no number into 0 and a decimal beyond 64 bits into the nearest
+// end of the range; qx_cut refuses both.
+void SqliteEmitter::castToWhole(const Expr& argument) {
+  if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS INTEGER)");
+  wrapped("qx_cut(", argument, ")");
 }
 
+// SQLite ignores a length within CAST AS, hence substr().
 void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
   const bool decimal = argument.type == ColumnType::Decimal;
   const std::string_view end = decimal ? ")" : " AS TEXT)";
@@ -211,32 +198,26 @@ void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
   out_ += ", 1, " + std::to_string(*size) + ")";
 }
 
-// SQLite by itself would take the number at the front of a text, or 0.
-void SqliteEmitter::asReal(const Expr& argument) {
+// SQLite's CAST takes the number at the start of a text, or 0; qx_number takes the whole text or
+// refuses it.
+void SqliteEmitter::castToDecimal(const Expr& argument) {
   const bool text = argument.type == ColumnType::Text;
   wrapped(text ? "CAST(qx_number(" : "CAST(", argument, text ? ") AS REAL)" : " AS REAL)");
 }
 
 void SqliteEmitter::datePart(const Expr& expr, std::string_view format) {
-  const Open open(*this, kCallSymbols);
+  const OpenSymbols open(*this, kCallSymbols);
   out_ += "CAST(strftime('";
   out_ += format;
   wrapped("', ", *expr.args[0], ") AS INTEGER)");
 }
 
-// SQLite's own function counts from the end where the start is negative, and backwards where the
-// length is.
+// SQLite's own substr() counts a negative start from the end of the text and a negative length
+// backwards. Literals that are surely positive need no check.
 void SqliteEmitter::substring(const Expr& expr) {
   bool plain = isShortWhole(*expr.args[1]) && expr.args[1]->text != "0";
   if (expr.args.size() > 2) plain = plain && isShortWhole(*expr.args[2]);
-  const Open open(*this, kCallSymbols);
-  out_ += plain ? "substr(" : "qx_substring(";
-  textOperand(*expr.args[0], 0);
-  for (std::size_t i = 1; i < expr.args.size(); ++i) {
-    out_ += ", ";
-    expression(*expr.args[i]);
-  }
-  out_ += ')';
+  substringCall(plain ? "substr(" : "qx_substring(", expr);
 }
 
 }  // namespace qx::sql

@@ -1,6 +1,7 @@
-// Writes a resolved syntax tree as SQLite text. The text relies on the functions that
-// sqlite_functions.h registers: those whose names begin with qx_, and a LIKE that minds the case.
 #pragma once
+
+// Writes a resolved syntax tree as SQLite text. The text relies on the functions that
+// sqlite_functions.h registers: those whose names begin with qx_, and a case-sensitive LIKE.
 
 #include "qxdesk/sql/emitter_statement.h"
 
@@ -8,8 +9,8 @@ namespace qx::sql {
 
 class SqliteEmitter final : public StatementEmitter {
  public:
-  explicit SqliteEmitter(const DialectTraits& traits)
-      : StatementEmitter(traits, traitsOf(Engine::Sqlite)) {}
+  explicit SqliteEmitter(const DialectTraits& dialect)
+      : StatementEmitter(dialect, traitsOf(Engine::Sqlite)) {}
 
  private:
   void number(const Expr& expr) override;
@@ -18,14 +19,15 @@ class SqliteEmitter final : public StatementEmitter {
   void like(const Expr& expr) override;
   void textOperand(const Expr& expr, int strength) override;
   void call(const Expr& expr) override;
+  void castToText(const Expr& argument, std::optional<int> size) override;
+  void castToWhole(const Expr& argument) override;
+  void castToDecimal(const Expr& argument) override;
+
   void checked(const Expr& expr);
   void unchecked(const Expr& expr);
   void uncheckedOperand(const Expr& expr, int strength);
   void sum(const Expr& expr);
   void addTime(const Expr& expr);
-  void cast(const Expr& expr);
-  void castToText(const Expr& argument, std::optional<int> size);
-  void asReal(const Expr& argument);
   void datePart(const Expr& expr, std::string_view format);
   void daysBetween(const Expr& expr);
   void substring(const Expr& expr);

@@ -16,6 +16,8 @@ std::string_view joinText(JoinKind kind) {
       return " RIGHT OUTER JOIN ";
     case JoinKind::Full:
       return " FULL OUTER JOIN ";
+    // In PostgreSQL a comma binds looser than JOIN, so that a later ON would not see the tables
+    // before the comma.
     case JoinKind::Comma:
     case JoinKind::Cross:
       return " CROSS JOIN ";
@@ -24,7 +26,9 @@ std::string_view joinText(JoinKind kind) {
   }
 }
 
-// Symbols that are open in SQLite's parser before each part of a statement.
+// Symbols that are open in SQLite's parser before each part of a statement: the most that the rules
+// of its grammar keep until the part is read. If a count is too low, the deepest accepted nesting
+// fails on a database (ExecutionDepth).
 constexpr int kStatementSymbols = 3;
 constexpr int kWithSymbols = 8;
 constexpr int kUnionSymbols = 2;
@@ -45,8 +49,8 @@ bool hasStar(const SelectCore& core) {
                      [](const SelectItem& item) { return !item.value; });
 }
 
-// What the order keys of a SELECT mean: one may be an alias of the list or a position in it; a
-// window knows neither.
+// Resolves the keys of an ORDER BY for a window, whose ORDER BY takes neither an alias of the list
+// nor a position in it. With a * in the list the text does not know the positions.
 class KeyMeanings {
  public:
   explicit KeyMeanings(const SelectCore& core) : core_(core), hasStar_(hasStar(core)) {
@@ -90,6 +94,7 @@ bool isAggregate(Function function) {
   }
 }
 
+// An aggregate within a subquery, which is not among the arguments, does not count.
 bool hasAggregate(const Expr& expr) {
   if (expr.kind == ExprKind::Call && isAggregate(expr.function)) return true;
   return std::any_of(expr.args.begin(), expr.args.end(),
@@ -107,7 +112,7 @@ bool yieldsOneRow(const SelectCore& core) {
 
 std::string StatementEmitter::statement(const Statement& statement,
                                         std::optional<std::int64_t> rowLimit) {
-  const Open open(*this, kStatementSymbols);
+  const OpenSymbols open(*this, kStatementSymbols);
   switch (statement.kind) {
     case StatementKind::Select:
       outerSelect(*statement.select, rowLimit);
@@ -129,6 +134,7 @@ std::string StatementEmitter::statement(const Statement& statement,
   return std::move(out_);
 }
 
+// The probe has no conditions and no groups, since they do not change the types of columns.
 std::string StatementEmitter::probe(const Select& select, const std::vector<const Expr*>& columns) {
   commonTables(select);
   out_ += "SELECT ";
@@ -173,10 +179,11 @@ void StatementEmitter::update(const Statement& statement, std::optional<std::int
   changedRows(statement, rowLimit);
 }
 
-// The WHERE of an UPDATE or DELETE, which cannot be limited but by naming the rows.
+// Neither engine takes a LIMIT in an UPDATE or DELETE. With a row count, a subselect of the same
+// table and condition picks the rows.
 void StatementEmitter::changedRows(const Statement& statement,
                                    std::optional<std::int64_t> rowLimit) {
-  const Open open(*this, rowLimit ? kWhereSymbols : 0);
+  const OpenSymbols open(*this, rowLimit ? kWhereSymbols : 0);
   if (rowLimit) {
     out_ += engine_.beforeLimitedRows;
     name(statement.table);
@@ -200,20 +207,22 @@ void StatementEmitter::commonTables(const Select& select) {
     separate(i);
     name(select.with[i].name);
     out_ += " AS (";
-    const Open open(*this, kWithSymbols);
+    const OpenSymbols open(*this, kWithSymbols);
     selectBody(*select.with[i].select, std::nullopt);
     out_ += ')';
   }
   out_ += ' ';
 }
 
+// A TOP limits its own part of a UNION, but a LIMIT without brackets would limit the whole. SQLite
+// takes no brackets around a part, hence a derived table there (beforeLimitedPart).
 void StatementEmitter::selectBody(const Select& select, std::optional<std::int64_t> rowLimit) {
   const bool single = select.cores.size() == 1;
   for (std::size_t i = 0; i < select.cores.size(); ++i) {
     const SelectCore& part = select.cores[i];
     if (i > 0) out_ += part.unionAll ? " UNION ALL " : " UNION ";
     const bool limited = !single && part.limit;
-    const Open open(*this, (i > 0 ? kUnionSymbols : 0) + (limited ? kSourceSymbols + 1 : 0));
+    const OpenSymbols open(*this, (i > 0 ? kUnionSymbols : 0) + (limited ? kSourceSymbols + 1 : 0));
     if (limited) out_ += engine_.beforeLimitedPart;
     core(select, part);
     if (!limited) continue;
@@ -235,8 +244,8 @@ void StatementEmitter::core(const Select& select, const SelectCore& core) {
   conditions(core);
 }
 
-// Where the list has a *, the names of the columns come from the database, which would name an
-// expression by its text.
+// If the list has a *, the names of the columns come from the database. SQLite would report an
+// expression's text as its name, so an expression without an alias gets the engine's empty name.
 void StatementEmitter::item(const SelectItem& item, bool nameUnnamed) {
   if (!item.value) {
     if (!item.starQualifier.empty()) {
@@ -261,7 +270,7 @@ void StatementEmitter::from(const SelectCore& core) {
     const Source& source = core.from[i];
     out_ += i == 0 ? " FROM " : joinText(source.join);
     if (source.derived) {
-      const Open open(*this, kSourceSymbols + 1);
+      const OpenSymbols open(*this, kSourceSymbols + 1);
       out_ += '(';
       selectBody(*source.derived, std::nullopt);
       out_ += ')';
@@ -311,14 +320,17 @@ void StatementEmitter::orderBy(const Select& select) {
   }
 }
 
+// Writes the place of NULL only if dialect and engine disagree about it. A dialect that sorts NULL
+// high has it last in ascending and first in descending order.
 void StatementEmitter::orderKey(const Expr& key, bool descending) {
   nested(kOrderSymbols, key, 0);
   if (descending) out_ += " DESC";
-  if (traits_.nullsHigh == engine_.nullsHigh) return;
-  out_ += descending == traits_.nullsHigh ? " NULLS FIRST" : " NULLS LAST";
+  if (dialect_.nullsHigh == engine_.nullsHigh) return;
+  out_ += descending == dialect_.nullsHigh ? " NULLS FIRST" : " NULLS LAST";
 }
 
-// TOP n or FETCH FIRST, and the row count of the connection: the smaller one counts.
+// The smaller of the statement's own limit (TOP n or FETCH FIRST) and the connection's row count
+// applies. An order that isOrdered() drops is that of a single row, which has no ties.
 void StatementEmitter::limit(const Select& select, std::optional<std::int64_t> rowLimit) {
   const SelectCore& first = select.cores.front();
   std::optional<std::int64_t> count = select.limit;
@@ -341,10 +353,12 @@ void StatementEmitter::limitWithTies(const Select& select, std::int64_t count,
   if (rowLimit) out_ += ")";
 }
 
-// How many rows TOP n WITH TIES yields: those of rank n or better.
+// Writes the number of rows that TOP n WITH TIES yields: those of rank n or better. Counting in the
+// LIMIT keeps the outer list as it is; ranks in a derived table would add a column under a *, and
+// are slower.
 void StatementEmitter::countWithTies(const Select& select, std::int64_t count) {
   const SelectCore& core = select.cores.front();
-  const Open open(*this, kLimitSymbols + kSourceSymbols + 5);
+  const OpenSymbols open(*this, kLimitSymbols + kSourceSymbols + 5);
   out_ += "(SELECT count(*) FROM (SELECT rank() OVER (ORDER BY ";
   orderOfRanks(select, core);
   out_ += ") AS \"rank\"";
@@ -356,7 +370,7 @@ void StatementEmitter::countWithTies(const Select& select, std::int64_t count) {
 }
 
 void StatementEmitter::orderOfRanks(const Select& select, const SelectCore& core) {
-  const Open open(*this, kWindowSymbols - kOrderSymbols + kItemSymbols);
+  const OpenSymbols open(*this, kWindowSymbols - kOrderSymbols + kItemSymbols);
   const KeyMeanings meanings(core);
   for (std::size_t i = 0; i < select.orderBy.size(); ++i) {
     separate(i);

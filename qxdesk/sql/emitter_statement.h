@@ -1,6 +1,8 @@
-// The statement half of an emitter: SELECTs and what surrounds them. Every name is quoted and every
-// literal written anew, so that nothing of the incoming text reaches the database undecoded.
 #pragma once
+
+// The statement half of an emitter: SELECT, INSERT, UPDATE and DELETE. Every name is quoted and
+// every literal is written anew from its decoded value, so no piece of the incoming text reaches
+// the database as it was.
 
 #include "qxdesk/sql/emitter_expression.h"
 
@@ -12,20 +14,20 @@ class StatementEmitter : public ExpressionEmitter {
  public:
   using ExpressionEmitter::ExpressionEmitter;
 
-  // The text of a SELECT, INSERT, UPDATE or DELETE. `rowLimit` is the row count set on the
-  // connection: no more rows than that are read or changed.
+  /// Returns the engine's text of a SELECT, INSERT, UPDATE or DELETE. `rowLimit` is the row count
+  /// set on the connection: at most that many rows are read or changed. Throws SqlError.
   std::string statement(const Statement& statement, std::optional<std::int64_t> rowLimit);
 
-  // A SELECT of `columns`, which stand in the first core of `select`, that yields no row: it is for
-  // reading their declared types.
+  /// Returns a SELECT of `columns` that yields no row and serves to read their declared types. The
+  /// columns are expressions of the first core of `select`.
   std::string probe(const Select& select, const std::vector<const Expr*>& columns);
 
  protected:
-  // The limit of a SELECT TOP `count` WITH TIES.
+  /// Writes the limit of a SELECT TOP `count` WITH TIES.
   virtual void limitWithTies(const Select& select, std::int64_t count,
                              std::optional<std::int64_t> rowLimit);
   void plainLimit(std::int64_t count);
-  // False for an order that the engine neither takes nor needs.
+  /// Returns false if there is no ORDER BY, or one that the engine neither takes nor needs.
   bool isOrdered(const Select& select) const;
 
  private:
@@ -46,7 +48,7 @@ class StatementEmitter : public ExpressionEmitter {
   void countWithTies(const Select& select, std::int64_t count);
   void orderOfRanks(const Select& select, const SelectCore& core);
 
-  const Select* namesUnnamed_ = nullptr;
+  const Select* namesUnnamed_ = nullptr;  // the SELECT whose unnamed columns get a name
 };
 
 }  // namespace qx::sql

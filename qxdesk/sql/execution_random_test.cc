@@ -1,6 +1,7 @@
-// The same random statements on both engines have to yield the same rows.
+// Both engines have to return the same rows for the same random statements.
 #include "qxdesk/sql/test_queries.h"
 #include "qxdesk/sql/test_support.h"
+#include "testing/cases.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +28,8 @@ std::vector<std::string> split(const std::string& text, char by) {
   return parts;
 }
 
-// Equal, or numbers that differ by no more than their arithmetic does.
+/// Returns true for equal cells and for numbers whose difference is within the error of double
+/// arithmetic.
 bool sameCell(const std::string& a, const std::string& b) {
   if (a == b) return true;
   char* endOfA = nullptr;
@@ -54,7 +56,7 @@ bool sameRows(const std::string& a, const std::string& b, bool ordered) {
   return true;
 }
 
-// The rows, or why there are none; a refusal of the translator with its text.
+/// Returns the rows, or the reason why there are none.
 std::string outcome(CompanyDatabase& database, const std::string& text) {
   try {
     return database.run(text);
@@ -65,11 +67,14 @@ std::string outcome(CompanyDatabase& database, const std::string& text) {
   }
 }
 
+/// The same company database on each engine.
 class BothEngines {
  public:
   explicit BothEngines(Dialect dialect)
       : sqlite_(Engine::Sqlite, dialect), postgres_(Engine::Postgres, dialect) {}
 
+  /// Both engines return the same rows, or the front end refuses the statement for both with the
+  /// same words. A failure of an engine is never expected.
   void expectSame(const RandomQuery& query) {
     const std::string expected = outcome(sqlite_, query.text);
     const std::string actual = outcome(postgres_, query.text);
@@ -80,28 +85,30 @@ class BothEngines {
         << postgres_.translate(query.text).text;
   }
 
-  int queriesWithRows() const { return rows_; }
+  std::size_t queriesWithRows() const { return rows_; }
 
  private:
   CompanyDatabase sqlite_;
   CompanyDatabase postgres_;
-  int rows_ = 0;
+  std::size_t rows_ = 0;
 };
 
 class ExecutionRandom : public testing::TestWithParam<Dialect> {};
 
-TEST_P(ExecutionRandom, PostgresAndSqliteYieldTheSame) {
-  constexpr int kRounds = 12;
-  constexpr int kQueries = 50;
+// A long run with the factor 3 has 12 rounds.
+TEST_P(ExecutionRandom, PostgresAndSqliteReturnTheSameRows) {
+  const std::size_t rounds = qx::test::cases(4);
+  constexpr std::size_t kQueries = 50;
   BothEngines engines(GetParam());
   QueryMaker maker(GetParam(), 20240215U + static_cast<unsigned>(GetParam()));
-  for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+  for (std::size_t round = 0; round < rounds && !HasFailure(); ++round) {
     for (const std::string& statement : maker.fill()) engines.expectSame({statement, true});
-    for (int i = 0; i < kQueries; ++i) engines.expectSame(maker.query());
+    for (std::size_t i = 0; i < kQueries; ++i) engines.expectSame(maker.query());
     for (int i = 0; i < 5; ++i) engines.expectSame({maker.change(), true});
     engines.expectSame(maker.everything());
   }
-  EXPECT_GT(engines.queriesWithRows(), kRounds * kQueries / 2);  // that something was compared
+  // Equal refusals and equal empty results do not count as a comparison.
+  EXPECT_GT(engines.queriesWithRows(), rounds * kQueries / 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllDialects, ExecutionRandom,

@@ -1,4 +1,4 @@
-// The translated statements run on a real database: what they yield and change.
+// The rows that translated statements return and change on a real database.
 #include "qxdesk/sql/test_support.h"
 
 #include <gtest/gtest.h>
@@ -32,6 +32,7 @@ struct Outcome {
 };
 
 void expectOutcomes(CompanyDatabase database, const std::vector<Outcome>& outcomes) {
+  ASSERT_FALSE(outcomes.empty());
   for (const Outcome& outcome : outcomes) {
     EXPECT_EQ(database.run(outcome.statement), outcome.rows) << outcome.statement;
   }
@@ -150,9 +151,9 @@ TEST_P(ExecutionKordb, RunsTheStatementsOfTheFramework) {
         "1|x/2|y/3|y/4|y"}});
 }
 
-// ---- what the dialects' engines do and those beneath by themselves do not
+// ---- rules of the dialects that the engines do not follow by themselves
 
-TEST_P(ExecutionComparison, CountsCaseAndBlanks) {
+TEST_P(ExecutionComparison, CaseAndTrailingBlanksCount) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_A = 'X'"), "");
   EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_A LIKE 'X%'"), "");
@@ -171,7 +172,7 @@ TEST_P(ExecutionOrder, NullIsLowestButHighestOnDb2) {
   EXPECT_EQ(database.run("SELECT Rate FROM VTG1 ORDER BY Rate DESC"), "NULL/19/16.5/15");
 }
 
-TEST_P(ExecutionDates, OfTheShortFormMeetDateColumns) {
+TEST_P(ExecutionDates, ShortFormIsComparedAsADate) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(
       database.run("SELECT [Code] FROM [@T] T0 WHERE T0.[U_Date] = N'20240131' ORDER BY Code"),
@@ -187,14 +188,14 @@ TEST_P(ExecutionDates, OfTheShortFormMeetDateColumns) {
   EXPECT_EQ(database.run("SELECT U_Date FROM [@T] WHERE Code = '6'"), "2024-03-02 00:00:00");
 }
 
-TEST_P(ExecutionDates, AreFoundThroughCommonAndDerivedTables) {
+TEST_P(ExecutionDates, DateColumnsAreFoundThroughCommonAndDerivedTables) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(database.run("WITH C AS (SELECT U_Date AS D, Code FROM [@T]) SELECT X.Code FROM "
                          "(SELECT * FROM C) X WHERE X.D = '20240131' ORDER BY X.Code"),
             "1/5");
 }
 
-TEST_P(ExecutionDates, ThatAreNoneAreRefused) {
+TEST_P(ExecutionDates, TextThatIsNoDateIsRefused) {
   CompanyDatabase database = company(Dialect::Mssql);
   try {
     database.run("SELECT Code FROM [@T]\nWHERE U_Date = '20240230'");
@@ -204,7 +205,7 @@ TEST_P(ExecutionDates, ThatAreNoneAreRefused) {
   }
 }
 
-TEST_P(ExecutionDates, ReadBackByTheirParts) {
+TEST_P(ExecutionDates, PartsOfADateAreReadBack) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(database.run("SELECT YEAR(U_Date), MONTH(U_Date), DAY(U_Date), "
                          "CONVERT(nvarchar(8), U_Date, 112), DATEDIFF(day, U_Date, getdate()) "
@@ -213,7 +214,7 @@ TEST_P(ExecutionDates, ReadBackByTheirParts) {
   EXPECT_EQ(database.run("SELECT getdate() + 1"), "2024-02-16 13:45:10");
 }
 
-TEST_P(ExecutionPatterns, KnowSetsWhereTheDialectHasThem) {
+TEST_P(ExecutionPatterns, SetsWorkInDialectsThatHaveThem) {
   CompanyDatabase mssql = company(Dialect::Mssql);
   EXPECT_EQ(mssql.run("SELECT Name FROM [@T] WHERE Name LIKE '[n-o]%' OR Name LIKE '%[^re]'"),
             "one/two");
@@ -222,12 +223,12 @@ TEST_P(ExecutionPatterns, KnowSetsWhereTheDialectHasThem) {
   EXPECT_EQ(db2.run("SELECT Name FROM @T WHERE Name LIKE 'f!o%' ESCAPE '!'"), "four");
 }
 
-TEST_P(ExecutionPlus, JoinsColumnsThatTheCatalogueKnowsAsTexts) {
+TEST_P(ExecutionPlus, ColumnsKnownAsTextsAreJoined) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(database.run("SELECT Code + Name, U_B + 1 FROM [@T] WHERE Code = '1'"), "1one|11");
 }
 
-TEST_P(ExecutionDivision, CutsWholeNumbersOnly) {
+TEST_P(ExecutionDivision, OnlyQuotientsOfWholeNumbersAreCut) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(database.run("SELECT U_B / 4, U_B % 4, U_Price / 8, U_B / 8.0, AVG(U_B) FROM [@T] "
                          "WHERE Code = '2' GROUP BY U_B, U_Price"),
@@ -238,7 +239,7 @@ TEST_P(ExecutionDivision, CutsWholeNumbersOnly) {
   EXPECT_EQ(kordb.run("SELECT AVG(U_B) FROM \"@T\" WHERE Code IN ('1', '4')"), "7.5");
 }
 
-TEST_P(ExecutionRowCount, LimitsReadsAndChangesOfRows) {
+TEST_P(ExecutionRowCount, RowCountLimitsReadsAndChanges) {
   CompanyDatabase database = company(Dialect::Sybase);
   database.run("SET ROWCOUNT 2");
   EXPECT_EQ(database.run("SELECT Code FROM [@T] ORDER BY Code"), "1/2");

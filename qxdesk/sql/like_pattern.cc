@@ -10,7 +10,8 @@
 namespace qx::sql {
 namespace {
 
-// The characters of a text; a byte that is no UTF-8 counts as a character of its own.
+// Returns the characters of a text. A byte that is not UTF-8 becomes a value beyond U+10FFFF, which
+// equals no character.
 std::vector<char32_t> decoded(std::string_view text) {
   std::vector<char32_t> characters;
   for (std::size_t i = 0; i < text.size();) {
@@ -28,7 +29,7 @@ class Compiler {
       : pattern_(decoded(pattern)),
         sets_(sets),
         escape_(escape),
-        closedBefore_(behindLastBracket()) {}
+        closedBefore_(afterLastBracket()) {}
 
   std::vector<LikeElement> run() {
     std::vector<LikeElement> elements;
@@ -39,6 +40,7 @@ class Compiler {
  private:
   LikeElement element() {
     const char32_t c = pattern_[next_++];
+    // An escape character at the end of the pattern stands for itself.
     if (escape_ && c == *escape_ && next_ < pattern_.size()) return plain(pattern_[next_++]);
     if (c == '%') return {.kind = LikeElement::Any, .ranges = {}};
     if (c == '_') return {.kind = LikeElement::One, .ranges = {}};
@@ -48,13 +50,15 @@ class Compiler {
 
   static LikeElement plain(char32_t c) { return {.kind = LikeElement::Set, .ranges = {{c, c}}}; }
 
+  // The last ] is found once: a search at every [ would take quadratic time in a pattern of many [.
   bool closes() const { return next_ < closedBefore_; }
 
-  std::size_t behindLastBracket() const {
+  std::size_t afterLastBracket() const {
     const auto last = std::find(pattern_.rbegin(), pattern_.rend(), U']');
     return static_cast<std::size_t>(pattern_.rend() - last);
   }
 
+  // A ] always follows, see closes(). A - before it is a plain member of the set.
   LikeElement set() {
     LikeElement element;
     if (pattern_[next_] == '^') {
@@ -79,7 +83,7 @@ class Compiler {
   std::vector<char32_t> pattern_;
   LikeSets sets_;
   std::optional<char32_t> escape_;
-  std::size_t closedBefore_;  // behind the last ]; 0 when there is none
+  std::size_t closedBefore_;  // the offset after the last ]; 0 if there is none
   std::size_t next_ = 0;
 };
 
@@ -98,7 +102,9 @@ std::vector<LikeElement> likeElements(std::string_view pattern, LikeSets sets,
   return Compiler(pattern, sets, escape).run();
 }
 
-// On a mismatch only the last % is tried again, one character further on.
+// On a mismatch only the last % is tried again, one character later. An earlier % never needs
+// another try, since the last one can take whatever the earlier one would have taken. So the time
+// is bounded by |text| x |pattern|, where a recursive match would need exponential time.
 bool likeMatches(std::string_view text, std::string_view pattern, LikeSets sets,
                  std::optional<char32_t> escape) {
   const std::vector<LikeElement> elements = likeElements(pattern, sets, escape);

@@ -15,7 +15,7 @@ bool sets(std::string_view text, std::string_view pattern) {
   return likeMatches(text, pattern, LikeSets::On, std::nullopt);
 }
 
-TEST(LikePattern, MatchesTheWholeTextAndMindsTheCase) {
+TEST(LikePattern, PatternMatchesTheWholeTextWithItsCase) {
   EXPECT_TRUE(plain("abc", "abc"));
   EXPECT_FALSE(plain("abc", "ABC"));
   EXPECT_FALSE(plain("abcd", "abc"));
@@ -23,7 +23,7 @@ TEST(LikePattern, MatchesTheWholeTextAndMindsTheCase) {
   EXPECT_TRUE(plain("", ""));
 }
 
-TEST(LikePattern, HasManyAndOneOfAnyCharacter) {
+TEST(LikePattern, PercentMatchesAnyTextAndUnderscoreOneCharacter) {
   EXPECT_TRUE(plain("abc", "%"));
   EXPECT_TRUE(plain("", "%%"));
   EXPECT_TRUE(plain("abcbc", "a%bc"));
@@ -32,21 +32,21 @@ TEST(LikePattern, HasManyAndOneOfAnyCharacter) {
   EXPECT_FALSE(plain("", "_"));
 }
 
-TEST(LikePattern, OfBracketsBehindTheLastClosingOneHasNoSetThere) {
+TEST(LikePattern, BracketAfterTheLastSetIsText) {
   EXPECT_TRUE(sets("b[c", "[ab][c"));
   EXPECT_FALSE(sets("bc", "[ab][c"));
   const std::string open(200'000, '[');
   EXPECT_TRUE(sets("b" + open, "[ab]" + open));
 }
 
-TEST(LikePattern, TakesAnEscapedCharacterAsItself) {
+TEST(LikePattern, EscapedCharacterStandsForItself) {
   EXPECT_TRUE(likeMatches("10%", "10!%", LikeSets::Off, U'!'));
   EXPECT_FALSE(likeMatches("10x", "10!%", LikeSets::Off, U'!'));
   EXPECT_TRUE(likeMatches("[a", "![a", LikeSets::On, U'!'));
   EXPECT_TRUE(likeMatches("a!", "a!", LikeSets::Off, U'!'));
 }
 
-TEST(LikePattern, HasSetsWhereTheyAreOn) {
+TEST(LikePattern, SetsMatchOnlyIfSwitchedOn) {
   EXPECT_TRUE(sets("b1", "[a-c][0-9]"));
   EXPECT_FALSE(sets("d1", "[a-c][0-9]"));
   EXPECT_TRUE(sets("d", "[^a-c]"));
@@ -57,12 +57,12 @@ TEST(LikePattern, HasSetsWhereTheyAreOn) {
   EXPECT_TRUE(plain("[a-c]", "[a-c]"));
 }
 
-TEST(LikePattern, TakesASetThatIsNotClosedAsText) {
+TEST(LikePattern, UnclosedSetIsText) {
   EXPECT_TRUE(sets("[a", "[a"));
   EXPECT_TRUE(sets("[", "["));
 }
 
-TEST(LikePattern, DoesNotBlowUpOnManyWildcards) {
+TEST(LikePattern, ManyWildcardsTakeNoExponentialTime) {
   std::string pattern;
   for (int i = 0; i < 1000; ++i) pattern += "%a";
   EXPECT_FALSE(plain(std::string(2000, 'a') + "b", pattern));

@@ -2,6 +2,7 @@
 
 #include "qxdesk/sql/like_pattern.h"
 #include "qxdesk/sql/utf8.h"
+#include "qxframework/automation/ascii.h"
 
 #include <array>
 #include <cstdio>
@@ -10,13 +11,15 @@
 namespace qx::sql {
 namespace {
 
-// Inside and outside of a regular expression's own sets.
+// An escape by number is valid inside and outside of a set and never has a meaning of its own.
 std::string codePoint(char32_t c) {
   std::array<char, 16> text{};
   std::snprintf(text.data(), text.size(), "\\U%08X", static_cast<unsigned>(c));
   return text.data();
 }
 
+// A regular expression has no empty set, since a ] right after [ is a member. The set of no
+// character is the negation of this range.
 constexpr std::string_view kEveryCharacter = "\\U00000001-\\U0010FFFF";
 
 std::optional<char32_t> characterOf(std::string_view escape) {
@@ -24,7 +27,7 @@ std::optional<char32_t> characterOf(std::string_view escape) {
   return character ? std::optional(character->value) : std::nullopt;
 }
 
-// One of a set. A range from a higher to a lower character holds none.
+// A range from a higher to a lower character has no member. The engine would refuse it.
 std::string setRegex(const LikeElement& set) {
   std::string members;
   for (const auto& [low, high] : set.ranges) {
@@ -39,8 +42,7 @@ std::string setRegex(const LikeElement& set) {
 }
 
 std::string plainRegex(char32_t c) {
-  const bool plain = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                     c == ' ' || c == '_' || c == '@' || c == '/';
+  const bool plain = isLetterOrDigit(c) || c == ' ' || c == '_' || c == '@' || c == '/';
   return plain ? std::string(1, static_cast<char>(c)) : codePoint(c);
 }
 
@@ -49,8 +51,9 @@ bool isPlain(const LikeElement& element) {
          element.ranges[0].first == element.ranges[0].second;
 }
 
-// The query cuts the pattern into its elements and writes each of them as the functions above do;
-// only a range from a higher to a lower character is an error.
+// The query cuts the pattern into its elements, writes each of them as the functions above do and
+// joins them in order. In contrast to a literal pattern, a range from a higher to a lower character
+// is an error of the engine.
 constexpr std::string_view kQueryStart =
     R"((SELECT '^(?:' || CASE WHEN p = '' THEN '' ELSE (SELECT string_agg(CASE )";
 constexpr std::string_view kQueryElements =
@@ -81,6 +84,7 @@ std::string escapedByBackslash(std::string_view pattern, std::string_view escape
 }
 
 std::string postgresRegex(std::string_view pattern, std::string_view escape) {
+  // LIKE matches whole texts, but ~ finds any part, hence the anchors.
   std::string result = "^(?:";
   for (const LikeElement& element : likeElements(pattern, LikeSets::On, characterOf(escape))) {
     if (element.kind == LikeElement::Any) {
@@ -104,6 +108,7 @@ PatternQuery postgresPatternQuery(std::string_view escape) {
               R"() THEN '\U' || lpad(to_hex(ascii(substr(m[1], 2))), 8, '0') )";
     elements = codePoint(*character) + ".|";
   }
+  // If [ is the escape character, it cannot begin a set.
   if (character != U'[') elements += R"(\[[^]]*\]|)";
   before += kQueryElements;
   before += elements;

@@ -1,21 +1,24 @@
-// LIKE patterns for PostgreSQL, whose own LIKE knows no sets such as [a-z]: a pattern with sets
-// becomes a regular expression, here where it is a literal, else by a query that the server runs.
 #pragma once
+
+// LIKE patterns for PostgreSQL, whose own LIKE has no sets such as [a-z]. A literal pattern with
+// sets becomes a regular expression here; for any other pattern the server makes the expression in
+// a query.
 
 #include <string>
 #include <string_view>
 
 namespace qx::sql {
 
-// `escape` is one character, or empty for none.
+// In all three functions `escape` is one character, or empty if there is none.
 
-// The pattern with a backslash before what stands for itself.
+/// Returns the pattern with a backslash before each character that stands for itself.
 std::string escapedByBackslash(std::string_view pattern, std::string_view escape);
 
-// The regular expression of a pattern that may have sets; it holds for the whole text.
+/// Returns a regular expression that matches the same whole texts as the pattern, sets included.
 std::string postgresRegex(std::string_view pattern, std::string_view escape);
 
-// A query in brackets that makes such an expression of the pattern between its two texts.
+/// The texts before and after a pattern that make a query in brackets, which returns the pattern's
+/// regular expression.
 struct PatternQuery {
   std::string before;
   std::string after;

@@ -20,8 +20,11 @@
 namespace qx::sql {
 namespace {
 
+// The header states the codes as numbers, so that it does not need SQLite's header.
 static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) == SQLITE_RANGE);
 
+// DETERMINISTIC lets SQLite evaluate a call with constant arguments once per statement. That holds
+// for qx_now, too: all rows of a statement get the same time.
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
@@ -32,6 +35,8 @@ constexpr std::string_view kAllowedFunctions[] = {
     "qx_substring", "qx_sum",   "qx_text",  "qx_upper",
 };
 
+// The text is read before its length: the call may convert the value, which changes the length. The
+// length counts, since a text may contain NULs.
 std::string_view textOf(sqlite3_value* value) {
   const unsigned char* text = sqlite3_value_text(value);
   if (text == nullptr) return {};
@@ -44,7 +49,7 @@ bool anyNull(int count, sqlite3_value** values) {
                      [](sqlite3_value* value) { return sqlite3_value_type(value) == SQLITE_NULL; });
 }
 
-void answerText(sqlite3_context* context, const std::string& text) {
+void resultText(sqlite3_context* context, const std::string& text) {
   sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
@@ -53,7 +58,8 @@ std::size_t characterLength(std::string_view text, std::size_t offset) {
   return character ? character->length : 1;
 }
 
-// No function that SQLite calls lets an exception out.
+// SQLite is C code, through which no exception may pass. The code is set after the message, because
+// sqlite3_result_error resets it.
 template <typename Body>
 void guarded(sqlite3_context* context, Body body) {
   try {
@@ -73,7 +79,7 @@ const GuardSettings& settingsOf(sqlite3_context* context) {
 }
 
 void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*values*/) {
-  guarded(context, [&] { answerText(context, settingsOf(context).now()); });
+  guarded(context, [&] { resultText(context, settingsOf(context).now()); });
 }
 
 [[noreturn]] void failOutOfRange(const std::string& number) {
@@ -82,6 +88,8 @@ void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*valu
 
 using Number = std::variant<sqlite3_int64, double>;
 
+// from_chars knows neither blanks nor a plus sign. A number that is whole but exceeds 64 bits, or
+// has a point or an exponent, becomes a double.
 Number numberIn(std::string_view text) {
   if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + std::string(text) + "'");
   const std::size_t first = text.find_first_not_of(" +");
@@ -108,7 +116,9 @@ Number numberOf(sqlite3_value* value) {
 
 constexpr const char* kTooWide = "a whole number of more than 64 bits";
 
-// Without its fraction.
+// Returns the number without its fraction. The limits are tested as doubles before the conversion,
+// which is undefined outside of them; 2^63 itself is a double, 2^63 - 1 is not. A NaN fails the
+// test as well.
 sqlite3_int64 cutOf(sqlite3_value* value) {
   constexpr double kEnd = 9223372036854775808.0;
   const Number number = numberOf(value);
@@ -127,10 +137,11 @@ std::string dateOf(sqlite3_value* value) {
 
 void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
-  guarded(context, [&] { answerText(context, dateOf(values[0])); });
+  guarded(context, [&] { resultText(context, dateOf(values[0])); });
 }
 
-// A date, a count, and the seconds of the unit that is counted. A fraction of the count is cut.
+// The arguments are a date, a count, and the seconds of the counted unit. A fraction of the count
+// is cut.
 void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
@@ -142,11 +153,11 @@ void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values
                                           std::string(textOf(values[2])) +
                                           " seconds is not within the years 1 to 9999");
     }
-    answerText(context, *date);
+    resultText(context, *date);
   });
 }
 
-// The number that a text spells, to its last digit, where the engine's own reading may differ.
+// Returns the number that a text spells; SQLite's own reading may miss the nearest double.
 void numberFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
@@ -159,8 +170,8 @@ void numberFunction(sqlite3_context* context, int count, sqlite3_value** values)
   });
 }
 
-// The result of arithmetic with whole numbers, which the engine makes a decimal where it is too
-// wide.
+// Returns the result of arithmetic with whole numbers. Fails for a decimal, which SQLite makes of a
+// result beyond 64 bits.
 void wholeFunction(sqlite3_context* context, int /*count*/, sqlite3_value** values) {
   if (sqlite3_value_type(values[0]) != SQLITE_FLOAT) {
     return sqlite3_result_value(context, values[0]);
@@ -172,13 +183,15 @@ void absFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
     const sqlite3_int64 value = cutOf(values[0]);
+    // 64 bits have no positive counterpart of their lowest number.
     if (value == std::numeric_limits<sqlite3_int64>::min()) failOutOfRange(kTooWide);
     sqlite3_result_int64(context, std::abs(value));
   });
 }
 
-// A sum of whole numbers, 128 bits wide, so that only the whole of it has to be in range. SQLite
-// hands it out filled with zeros.
+// A sum of whole numbers that is 128 bits wide, so that only the final sum has to be in range and
+// not the sums on the way, whose order the engine may choose. SQLite allocates it filled with zeros
+// and runs no constructor.
 struct WholeSum {
   sqlite3_uint64 low;
   sqlite3_int64 high;
@@ -187,6 +200,7 @@ struct WholeSum {
   void add(sqlite3_int64 value) {
     const auto bits = static_cast<sqlite3_uint64>(value);
     low += bits;
+    // The carry of the low half, and the sign that extends the value to 128 bits.
     high += (low < bits ? 1 : 0) - (value < 0 ? 1 : 0);
     any = true;
   }
@@ -200,6 +214,8 @@ void sumStep(sqlite3_context* context, int count, sqlite3_value** values) {
   guarded(context, [&] { sum->add(cutOf(values[0])); });
 }
 
+// A size of 0 asks for the sum without allocating one: there is none if no row was added, and a sum
+// of nothing is NULL.
 void sumEnd(sqlite3_context* context) {
   const auto* sum = static_cast<WholeSum*>(sqlite3_aggregate_context(context, 0));
   if (sum == nullptr || !sum->any) return sqlite3_result_null(context);
@@ -214,7 +230,9 @@ void cutFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   guarded(context, [&] { sqlite3_result_int64(context, cutOf(values[0])); });
 }
 
-// A decimal without an exponent and without zeros at the end, to the digits that are certain.
+// Writes a decimal without an exponent and without zeros at its end, to the digits that are
+// certain. A text that is no number stays as it is: it comes from a column whose declared type
+// SQLite did not enforce.
 void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   const int type = sqlite3_value_numeric_type(values[0]);
@@ -224,16 +242,18 @@ void textFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   guarded(context, [&] {
     const double value = sqlite3_value_double(values[0]);
     if (!std::isfinite(value)) failOutOfRange("a decimal that has become infinite");
-    answerText(context, plainText(value));
+    resultText(context, plainText(value));
   });
 }
 
-// The characters from the first position on that lie within the text; positions count from 1.
+// Returns the characters from the first position on that lie within the text; positions count
+// from 1. A start before the text uses up a part of the length.
 void substringFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
   guarded(context, [&] {
     const std::string_view text = textOf(values[0]);
-    constexpr sqlite3_int64 kFar = 1'000'000'000;  // beyond any text
+    // Positions are limited to values beyond any text, so that their sum cannot overflow.
+    constexpr sqlite3_int64 kFar = 1'000'000'000;
     const sqlite3_int64 from = std::clamp(sqlite3_value_int64(values[1]), -kFar, kFar);
     const sqlite3_int64 length =
         count > 2 ? std::min(sqlite3_value_int64(values[2]), kFar) : 2 * kFar + 1;
@@ -246,7 +266,7 @@ void substringFunction(sqlite3_context* context, int count, sqlite3_value** valu
     for (; position < from + length && end < text.size(); ++position) {
       end += characterLength(text, end);
     }
-    answerText(context, std::string(text.substr(begin, end - begin)));
+    resultText(context, std::string(text.substr(begin, end - begin)));
   });
 }
 
@@ -254,7 +274,7 @@ void mapCase(sqlite3_context* context, sqlite3_value* value,
              const std::function<std::string(std::string_view)>& mapping) {
   guarded(context, [&] {
     if (!mapping) throw std::runtime_error("no case mapping is set up for this connection");
-    answerText(context, mapping(textOf(value)));
+    resultText(context, mapping(textOf(value)));
   });
 }
 
@@ -268,7 +288,7 @@ void lowerFunction(sqlite3_context* context, int count, sqlite3_value** values) 
   mapCase(context, values[0], settingsOf(context).lower);
 }
 
-void answerLike(sqlite3_context* context, std::string_view text, std::string_view pattern,
+void resultLike(sqlite3_context* context, std::string_view text, std::string_view pattern,
                 LikeSets sets, sqlite3_value* escape) {
   guarded(context, [&] {
     std::optional<char32_t> escapeCharacter;
@@ -283,16 +303,16 @@ void answerLike(sqlite3_context* context, std::string_view text, std::string_vie
   });
 }
 
-// SQLite hands over the pattern first.
+// SQLite rewrites X LIKE Y to like(Y, X), so the pattern is the first argument.
 void likeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
-  answerLike(context, textOf(values[1]), textOf(values[0]), LikeSets::Off,
+  resultLike(context, textOf(values[1]), textOf(values[0]), LikeSets::Off,
              count > 2 ? values[2] : nullptr);
 }
 
 void likeWithSetsFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   if (anyNull(count, values)) return sqlite3_result_null(context);
-  answerLike(context, textOf(values[0]), textOf(values[1]), LikeSets::On,
+  resultLike(context, textOf(values[0]), textOf(values[1]), LikeSets::On,
              count > 2 ? values[2] : nullptr);
 }
 
@@ -305,7 +325,8 @@ using SqliteFunction = void (*)(sqlite3_context*, int, sqlite3_value**);
 void registerFunction(sqlite3* db, const char* name, int arguments, SqliteFunction function,
                       const GuardSettings& settings) {
   auto owned = std::make_unique<GuardSettings>(settings);
-  // The connection owns the copy from here on, also when this fails.
+  // SQLite destroys the copy when the connection closes or registers the name again, and also if
+  // this call fails. Each function has its own copy, since SQLite destroys one for each.
   const int result =
       sqlite3_create_function_v2(db, name, arguments, kFunctionFlags, owned.release(), function,
                                  nullptr, nullptr, destroySettings);

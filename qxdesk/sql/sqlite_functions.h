@@ -1,6 +1,7 @@
-// The functions of a SQLite connection that translated texts call and the engine does not have, or
-// has in another sense.
 #pragma once
+
+// Functions of a SQLite connection that translated texts call: those that the engine lacks, and
+// those that it has in another sense.
 
 #include "qxdesk/sql/sqlite_guard.h"
 
@@ -8,10 +9,10 @@
 
 namespace qx::sql {
 
-// Raises SqliteError. The connection keeps a copy of `settings`.
+/// Registers the functions. The connection keeps a copy of `settings`. Throws SqliteError.
 void registerFunctions(sqlite3* db, const GuardSettings& settings);
 
-// True for what translated texts call, the engine's own among it.
+/// Returns true for the functions that translated texts call, the engine's own ones included.
 bool isAllowedFunction(std::string_view name);
 
 }  // namespace qx::sql

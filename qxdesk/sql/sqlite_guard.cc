@@ -30,11 +30,14 @@ bool startsWith(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && sameName(text.substr(0, prefix.size()), prefix);
 }
 
+// A table-valued function such as pragma_table_info is read like a table.
 bool isOwnTable(const char* table) {
   const std::string_view name = table == nullptr ? "" : table;
   return startsWith(name, "sqlite_") || startsWith(name, "pragma_");
 }
 
+// Lists what is allowed: an action that a later version of SQLite adds is denied. A common table
+// that names itself arrives as SQLITE_RECURSIVE.
 int authorize(void* /*data*/, int action, const char* first, const char* second,
               const char* /*database*/, const char* /*trigger*/) {
   switch (action) {
@@ -53,6 +56,8 @@ int authorize(void* /*data*/, int action, const char* first, const char* second,
   }
 }
 
+// Restricts a connection during its lifetime. The company's own statements, which make tables, run
+// on the same connection without the restriction.
 struct RowsOnlyScope {
   explicit RowsOnlyScope(sqlite3* connection) : db(connection) { allowRowsOnly(db); }
   ~RowsOnlyScope() { allowEverything(db); }
@@ -61,7 +66,8 @@ struct RowsOnlyScope {
   sqlite3* db;
 };
 
-// The names under which SQLite tells the number of a row in a table without such a column.
+// Returns true for the names under which SQLite returns the number of a row, unless the table has a
+// column of that name.
 bool namesRow(std::string_view column) {
   return sameName(column, "rowid") || sameName(column, "oid") || sameName(column, "_rowid_");
 }
@@ -79,6 +85,7 @@ bool isDeclared(sqlite3* db, std::string_view table, std::string_view column) {
   return sqlite3_step(raw) == SQLITE_ROW;
 }
 
+// A trailing NUL is blank, too: SQLite stops at it and reports the rest as not used.
 bool isBlank(std::string_view text) {
   return text.find_first_not_of(std::string_view(" \t\r\n\f\0", 6)) == std::string_view::npos;
 }
@@ -87,8 +94,11 @@ bool isBlank(std::string_view text) {
 
 void setUpConnection(sqlite3* db, GuardSettings settings) {
   if (!settings.now) settings.now = systemTime;
+  // SQLite takes an unknown name in double quotes as a text, so a misspelt column would silently
+  // become its own name.
   sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(db, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  // No SQL, not even an unguarded one, can then corrupt the file.
   sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   registerFunctions(db, settings);
 }
@@ -108,10 +118,12 @@ SqliteStatement prepareGuarded(sqlite3* db, std::string_view text) {
   SqliteStatement statement(raw);
   if (result != SQLITE_OK) fail(db);
   const auto used = static_cast<std::size_t>(tail - text.data());
+  // SQLite prepares a blank text and a comment to no statement, without an error.
   if (!statement) throw SqliteError(SQLITE_ERROR, "the text holds no statement");
   if (!isBlank(text.substr(used))) {
     throw SqliteError(SQLITE_ERROR, "one statement per call; more text follows");
   }
+  // An unbound parameter is NULL, so a condition on it would silently find no row.
   if (sqlite3_bind_parameter_count(statement.get()) != 0) {
     throw SqliteError(SQLITE_ERROR, "the statement has open parameters");
   }
@@ -128,6 +140,8 @@ ColumnType probedType(sqlite3* db, std::string_view probe) {
   return type;
 }
 
+// sqlite3_table_column_metadata also describes rowid and its other names, as an INTEGER. No dialect
+// has such a column, so they count only if the table declares them.
 ColumnType SqliteCatalog::columnType(std::string_view table, std::string_view column) const {
   const char* declaration = nullptr;
   const int result = sqlite3_table_column_metadata(db_, nullptr, std::string(table).c_str(),
@@ -140,12 +154,14 @@ ColumnType SqliteCatalog::columnType(std::string_view table, std::string_view co
 
 bool SqliteCatalog::lacksColumn(std::string_view table, std::string_view column) const {
   const std::string name(table);
-  const auto told = [&](const char* of) {
-    return sqlite3_table_column_metadata(db_, nullptr, name.c_str(), of, nullptr, nullptr, nullptr,
-                                         nullptr, nullptr) == SQLITE_OK;
+  const auto exists = [&](const char* columnOrNull) {
+    return sqlite3_table_column_metadata(db_, nullptr, name.c_str(), columnOrNull, nullptr, nullptr,
+                                         nullptr, nullptr, nullptr) == SQLITE_OK;
   };
-  if (!told(nullptr)) return false;
-  if (!told(std::string(column).c_str())) return true;
+  // Without a column the call asks for the table. A missing one lacks nothing: the engine reports
+  // it.
+  if (!exists(nullptr)) return false;
+  if (!exists(std::string(column).c_str())) return true;
   return namesRow(column) && !isDeclared(db_, table, column);
 }
 

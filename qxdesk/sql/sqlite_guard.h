@@ -1,7 +1,8 @@
-// What a SQLite connection needs to run translated statements, and the second line of defence
-// behind the translator: texts are prepared so that they can do nothing but read and change rows,
-// in one statement, without open parameters.
 #pragma once
+
+// Prepares a SQLite connection for translated statements, and is the second line of defence after
+// the translator: a text can do nothing but read and change rows, in one statement, without open
+// parameters.
 
 #include "qxdesk/sql/column_type.h"
 
@@ -22,26 +23,26 @@ struct SqliteError : std::runtime_error {
   int code;  // SQLite's extended result code
 };
 
-// Extended result codes of our own, for values that a function does not take. SQLite has none of
-// its own beneath this one.
+/// Extended result codes of our own, for values that a function refuses. They extend SQLITE_RANGE,
+/// for which SQLite defines no extended codes.
 constexpr int kBadDateCode = 25 | (1 << 8);
 constexpr int kOutOfRangeCode = 25 | (2 << 8);
 
-// The world outside that statements can ask for.
+/// What statements can ask of the outside world.
 struct GuardSettings {
-  // Local time as "YYYY-MM-DD HH:MM:SS". Default: the system's clock.
+  // Returns local time as "YYYY-MM-DD HH:MM:SS". If empty, the system's clock is used.
   std::function<std::string()> now;
-  // Case mapping of UTF-8. Without one, UPPER or LOWER fail when they run.
+  // Map the case of UTF-8. If one is empty, the UPPER or LOWER of a statement fails when it runs.
   std::function<std::string(std::string_view)> upper;
   std::function<std::string(std::string_view)> lower;
 };
 
-// Registers the functions that translated texts use, among them a LIKE that minds the case, and
-// makes an unknown name in double quotes an error. Raises SqliteError. Once for each connection.
+/// Registers the functions that translated texts use, a case-sensitive LIKE among them, and makes
+/// an unknown name in double quotes an error. Runs once for each connection. Throws SqliteError.
 void setUpConnection(sqlite3* db, GuardSettings settings);
 
-// From now on the connection prepares only statements that read and change rows, outside of
-// SQLite's own tables, and call functions the translator uses; until allowEverything().
+/// Restricts the connection, until allowEverything(), to statements that read and change rows of
+/// tables other than SQLite's own and that call only the functions the translator uses.
 void allowRowsOnly(sqlite3* db);
 void allowEverything(sqlite3* db);
 
@@ -50,14 +51,14 @@ struct StatementCloser {
 };
 using SqliteStatement = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 
-// Prepares one translated text under allowRowsOnly(), which ends with the call. Raises SqliteError
-// when SQLite refuses it, when text is left over or when it has parameters.
+/// Prepares one translated text under allowRowsOnly(), which ends with the call. Throws SqliteError
+/// if SQLite refuses the text, if a second statement follows or if it has parameters.
 SqliteStatement prepareGuarded(sqlite3* db, std::string_view text);
 
-// The common type of the columns of a probe (OutputColumn::probe), by their declarations.
+/// Returns the common type of the columns of a probe (OutputColumn::probe), by their declarations.
 ColumnType probedType(sqlite3* db, std::string_view probe);
 
-// The declared types of the connection's own tables.
+/// The declared types of the connection's own tables.
 class SqliteCatalog : public Catalog {
  public:
   explicit SqliteCatalog(sqlite3* db) : db_(db) {}

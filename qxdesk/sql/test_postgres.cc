@@ -23,7 +23,10 @@ SQLCHAR* bytes(const std::string& text) {
   return reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.c_str()));
 }
 
-// An ODBC handle; freed with its statement or connection.
+// The class of the states that report a value: out of range, no number, no date.
+constexpr std::string_view kDataException = "22";
+
+/// Owns an ODBC handle.
 class Handle {
  public:
   Handle(SQLSMALLINT kind, SQLHANDLE parent) : kind_(kind) {
@@ -40,6 +43,7 @@ class Handle {
 
   SQLHANDLE get() const { return handle_; }
 
+  /// Throws unless the call succeeded: ValueFault for a data exception, else std::runtime_error.
   void check(SQLRETURN result) const {
     if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) return;
     std::array<SQLCHAR, 6> state{};
@@ -47,8 +51,11 @@ class Handle {
     SQLINTEGER native = 0;
     SQLGetDiagRec(kind_, handle_, 1, state.data(), &native, message.data(),
                   static_cast<SQLSMALLINT>(message.size()), nullptr);
-    throw std::runtime_error(reinterpret_cast<const char*>(state.data()) + std::string(" ") +
-                             reinterpret_cast<const char*>(message.data()));
+    const std::string_view code = reinterpret_cast<const char*>(state.data());
+    const std::string text =
+        std::string(code) + " " + reinterpret_cast<const char*>(message.data());
+    if (code.starts_with(kDataException)) throw ValueFault(0, text);
+    throw std::runtime_error(text);
   }
 
  private:
@@ -77,7 +84,7 @@ std::string shortest(const std::string& number) {
   return text.data();
 }
 
-// SQLGetData hands out a long cell in pieces.
+// SQLGetData returns a long cell in pieces.
 std::string cell(const Handle& statement, SQLUSMALLINT column) {
   std::string text;
   std::array<char, 4096> piece{};
@@ -93,6 +100,7 @@ std::string cell(const Handle& statement, SQLUSMALLINT column) {
   return isNumeric(statement, column) ? shortest(text) : text;
 }
 
+/// A connection to one database of the shared server, and the catalog of its tables.
 class OdbcConnection final : public Connection, public Catalog {
  public:
   explicit OdbcConnection(const std::string& database)
@@ -132,6 +140,7 @@ class OdbcConnection final : public Connection, public Catalog {
 
   std::string run(std::string_view sql) override {
     const Handle statement(SQL_HANDLE_STMT, connection_.get());
+    // Without it the driver would read ? and {} in a text as its own escapes.
     SQLSetStmtAttr(statement.get(), SQL_ATTR_NOSCAN, reinterpret_cast<SQLPOINTER>(SQL_NOSCAN_ON),
                    0);
     const std::string text(sql);
@@ -178,7 +187,8 @@ std::string tablesForPostgres() {
   return tables;
 }
 
-// `like` follows TEMPLATE in the statement that creates the database.
+/// Returns the name of a new database with the tables, which each test copies. `like` follows
+/// TEMPLATE in the statement that creates it.
 std::string makeModel(std::string_view like) {
   PostgresServer& server = PostgresServer::shared();
   const std::string name = server.createDatabase(like);

@@ -121,7 +121,8 @@ std::string QueryMaker::whole(int depth) {
   }
 }
 
-// Exact in both kinds of arithmetic: no division but by powers of two.
+// Every result is exact in decimal and in binary arithmetic, since the only divisors are powers of
+// two.
 std::string QueryMaker::decimal(int depth) {
   if (depth == 0 || below(3) == 0) return below(2) == 0 ? column("U_Price") : oneOf(kDecimals);
   switch (below(6)) {
@@ -252,7 +253,7 @@ std::string QueryMaker::source() {
 
 std::string QueryMaker::where() { return below(4) == 0 ? "" : " WHERE " + condition(2); }
 
-// A list with a limit; `rest` has an order that decides all rows.
+// Limits a list; `rest` has an order that decides all rows, so every engine keeps the same ones.
 std::string QueryMaker::limited(const std::string& list, const std::string& rest) {
   const std::string count = std::to_string(below(8));
   if (dialect_ == Dialect::Db2) {
@@ -265,7 +266,7 @@ RandomQuery QueryMaker::plain() {
   const std::string from = source();
   const std::string rest = from + where();
   const std::string direction = below(2) == 0 ? " DESC" : "";
-  // Code is a key of "@T", and Code of "@L" of that.
+  // Code is unique in each of the two tables, so the order decides all rows.
   std::string order = " ORDER BY COALESCE(" + column("U_A") + ", " + text(1) + ")" + direction +
                       ", T0." + name("Code");
   if (joined_) order += ", T1." + name("Code") + " DESC";

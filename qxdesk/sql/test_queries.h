@@ -1,6 +1,7 @@
-// Random statements over the tables "@T" and "@L" of the tests' databases, in any dialect, whose
-// results no engine may choose: an order decides all rows, or the rows count as a set.
 #pragma once
+
+// Random statements over the tables "@T" and "@L" of the tests' databases, in any dialect. Their
+// results leave no choice to the engine: an order decides all rows, or the rows count as a set.
 
 #include "qxdesk/sql/dialect.h"
 
@@ -12,19 +13,19 @@ namespace qx::sql::test {
 
 struct RandomQuery {
   std::string text;
-  bool ordered = false;  // the order of the rows counts
+  bool ordered = false;  // true if the order of the rows counts
 };
 
 class QueryMaker {
  public:
   QueryMaker(Dialect dialect, unsigned seed);
 
-  // Statements that empty the tables and fill them anew.
+  /// Returns statements that empty the tables and fill them anew.
   std::vector<std::string> fill();
   RandomQuery query();
-  // An UPDATE or DELETE.
+  /// Returns an UPDATE or DELETE.
   std::string change();
-  // All that change() can change.
+  /// Returns a query of everything that change() can change.
   RandomQuery everything();
 
  private:
@@ -60,8 +61,8 @@ class QueryMaker {
 
   Dialect dialect_;
   std::mt19937 random_;
-  bool joined_ = false;   // the query has T1, too
-  bool changes_ = false;  // the statement has no aliases
+  bool joined_ = false;   // true if the query has T1, too
+  bool changes_ = false;  // true for an UPDATE or DELETE, which has no aliases
 };
 
 }  // namespace qx::sql::test

@@ -1,11 +1,12 @@
-// The tables of the tests' company databases and the rows that their expectations speak of.
 #pragma once
+
+// The tables of the tests' company databases and the rows on which the expectations are based.
 
 #include <string_view>
 
 namespace qx::sql::test {
 
-// In SQLite's words; for PostgreSQL the types and the names are put in its own.
+/// In SQLite's SQL. test_postgres.cc replaces the types and folds the names for PostgreSQL.
 constexpr std::string_view kTables = R"(
   CREATE TABLE "@QXEXTDBVERSION" (Code nvarchar(50) PRIMARY KEY, Name nvarchar(50),
     U_ExtID nvarchar(5), U_Version nvarchar(15), U_EFNum nvarchar(10), U_Status nvarchar(20),
@@ -22,6 +23,7 @@ constexpr std::string_view kTables = R"(
   CREATE TABLE "@L" (Code nvarchar(50), U_T nvarchar(50), U_Text nvarchar(254));
 )";
 
+/// The names of the tables are in lower case, which both engines take.
 constexpr std::string_view kRows = R"(
   INSERT INTO "@qxextdbversion" VALUES
     ('00000000', '00000000', 'QX', '9.20.00.00', NULL, 'Installed', '2024-01-01 00:00:00'),

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdio>
 #include <stdexcept>
+#include <utility>
 
 namespace qx::sql::test {
 namespace {
@@ -44,7 +45,12 @@ SqliteConnection::SqliteConnection() : catalog_(nullptr) {
 }
 
 std::string SqliteConnection::run(std::string_view sql) {
-  return rows(prepareGuarded(db_.get(), sql));
+  SqliteStatement statement = prepareGuarded(db_.get(), sql);
+  try {
+    return rows(std::move(statement));
+  } catch (const SqliteError& error) {
+    throw ValueFault(error.code, error.what());
+  }
 }
 
 std::string SqliteConnection::runNative(std::string_view sql) {
@@ -66,7 +72,9 @@ std::string SqliteConnection::rows(SqliteStatement statement) {
       text += cell(statement.get(), i);
     }
   }
-  if (result != SQLITE_DONE) throw SqliteError(result, sqlite3_errmsg(db_.get()));
+  if (result != SQLITE_DONE) {
+    throw SqliteError(sqlite3_extended_errcode(db_.get()), sqlite3_errmsg(db_.get()));
+  }
   return text;
 }
 

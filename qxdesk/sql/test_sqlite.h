@@ -1,5 +1,6 @@
-// The SQLite side of the tests' databases, in memory.
 #pragma once
+
+// The SQLite databases of the tests, in memory.
 
 #include "qxdesk/sql/sqlite_guard.h"
 #include "qxdesk/sql/test_support.h"
@@ -14,7 +15,7 @@ class SqliteConnection final : public Connection {
 
   const Catalog& catalog() override { return catalog_; }
   std::string run(std::string_view sql) override;
-  // As it stands, without the guard.
+  /// Runs a text without the guard. Throws SqliteError.
   std::string runNative(std::string_view sql);
   sqlite3* db() { return db_.get(); }
 

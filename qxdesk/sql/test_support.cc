@@ -57,4 +57,14 @@ std::string refusalOf(CompanyDatabase& database, std::string_view text) {
   }
 }
 
+std::string answerOf(CompanyDatabase& database, std::string_view text) {
+  try {
+    return database.run(text);
+  } catch (const SqlError& error) {
+    return error.what();
+  } catch (const ValueFault&) {
+    return std::string(kRefusedByEngine);
+  }
+}
+
 }  // namespace qx::sql::test

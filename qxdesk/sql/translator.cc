@@ -11,30 +11,31 @@
 namespace qx::sql {
 namespace {
 
-std::unique_ptr<StatementEmitter> makeEmitter(const DialectTraits& traits, const Target& target) {
+std::unique_ptr<StatementEmitter> makeEmitter(const DialectTraits& dialect, const Target& target) {
   if (target.engine == Engine::Postgres) {
-    return std::make_unique<PostgresEmitter>(traits, target.now);
+    return std::make_unique<PostgresEmitter>(dialect, target.now);
   }
-  return std::make_unique<SqliteEmitter>(traits);
+  return std::make_unique<SqliteEmitter>(dialect);
 }
 
-// A type that neither the text nor the engine tells is found out by another query.
-std::string probeOf(const ListedColumn& column, const Select& select, const DialectTraits& traits,
+// SQLite reports the declared type of a plain column only, not of MAX(column) or CASE. If the
+// catalog does not know the type either, a query of the bare columns finds it.
+std::string probeOf(const ListedColumn& column, const Select& select, const DialectTraits& dialect,
                     const Target& target) {
   if (!traitsOf(target.engine).probes) return {};
-  if (column.told.type != ColumnType::Unknown || column.value == nullptr) return {};
+  if (column.output.type != ColumnType::Unknown || column.value == nullptr) return {};
   const std::vector<const Expr*> deciding = decidingColumns(*column.value);
-  return deciding.empty() ? std::string() : makeEmitter(traits, target)->probe(select, deciding);
+  return deciding.empty() ? std::string() : makeEmitter(dialect, target)->probe(select, deciding);
 }
 
-void tellColumns(Translation& translation, const Select& select, const DialectTraits& traits,
-                 const Target& target) {
+void describeColumns(Translation& translation, const Select& select, const DialectTraits& dialect,
+                     const Target& target) {
   bool complete = true;
   std::vector<OutputColumn> columns;
   for (ListedColumn& column : listedColumns(select)) {
-    complete = complete && column.told.starTable.empty();
-    column.told.probe = probeOf(column, select, traits, target);
-    columns.push_back(std::move(column.told));
+    complete = complete && column.output.starTable.empty();
+    column.output.probe = probeOf(column, select, dialect, target);
+    columns.push_back(std::move(column.output));
   }
   (complete ? translation.columns : translation.outline) = std::move(columns);
 }
@@ -42,9 +43,9 @@ void tellColumns(Translation& translation, const Select& select, const DialectTr
 }  // namespace
 
 Translation Translator::translate(std::string_view utf8) {
-  const DialectTraits& traits = traitsOf(dialect_);
+  const DialectTraits& dialect = traitsOf(dialect_);
   Statement statement = Parser(dialect_, traitsOf(target_.engine), lex(utf8)).parse();
-  Resolver(traits, catalog_).resolve(statement);
+  Resolver(dialect, catalog_).resolve(statement);
   Translation translation;
   translation.kind = statement.kind;
   if (statement.kind == StatementKind::SetRowCount) {
@@ -52,9 +53,9 @@ Translation Translator::translate(std::string_view utf8) {
     if (statement.rowCount > 0) rowLimit_ = statement.rowCount;
     return translation;
   }
-  translation.text = makeEmitter(traits, target_)->statement(statement, rowLimit_);
+  translation.text = makeEmitter(dialect, target_)->statement(statement, rowLimit_);
   if (statement.kind == StatementKind::Select) {
-    tellColumns(translation, *statement.select, traits, target_);
+    describeColumns(translation, *statement.select, dialect, target_);
   }
   return translation;
 }

@@ -1,9 +1,10 @@
-// The SQL front end: takes one statement in the dialect of a company's server type and yields the
-// text that a database engine runs with the same meaning. What it does not understand it refuses,
-// with the place; it never passes text through.
+#pragma once
+
+// The SQL front end: translates one statement from the dialect of a company's server type into text
+// of the same meaning for a database engine. It refuses a statement that it does not understand,
+// with the position, and never passes text through.
 //
 // Flow: lexer, parser (syntax tree), resolver (types), the engine's emitter.
-#pragma once
 
 #include "qxdesk/sql/ast.h"
 #include "qxdesk/sql/column_type.h"
@@ -24,30 +25,31 @@ namespace qx::sql {
 
 struct Translation {
   StatementKind kind = StatementKind::Select;
-  std::string text;  // empty for SetRowCount, which leaves nothing to run
-  // Of a SELECT, all of them; empty when its list has a * of a table.
+  std::string text;  // empty for SetRowCount, which runs nothing
+  // All columns of a SELECT; empty if its list has a * of a table.
   std::vector<OutputColumn> columns;
-  // Then: the list in order, with one entry (starTable) in the place of a table's columns.
+  // In that case: the list in order, with one entry (starTable) for all columns of a table.
   std::vector<OutputColumn> outline;
 };
 
-// Where translated statements run.
+/// The engine on which translated statements run, and its clock.
 struct Target {
   Engine engine = Engine::Sqlite;
-  // Local time as "YYYY-MM-DD HH:MM:SS", written into the text where a statement asks for it.
-  // Without it the server tells its own. SQLite asks the connection (sqlite_guard.h) instead.
+  // Returns local time as "YYYY-MM-DD HH:MM:SS"; the emitter writes it into the text where a
+  // statement asks for the time. If it is empty, PostgreSQL uses the server's time. SQLite ignores
+  // it and asks the connection (sqlite_guard.h).
   std::function<std::string()> now = {};
 };
 
 class Translator {
  public:
-  // `catalog` tells the types of columns, so that texts which meet dates become dates; without it
-  // (null) such texts stay texts. It must outlive the translator.
+  /// `catalog` knows the types of columns, so that texts compared with dates become dates; if it is
+  /// null, such texts stay texts. It outlives the translator.
   explicit Translator(Dialect dialect, const Catalog* catalog = nullptr, Target target = {})
       : dialect_(dialect), catalog_(catalog), target_(std::move(target)) {}
 
-  // The translation of one statement. Raises SqlError. A SET ROWCOUNT n limits every statement
-  // after it, until SET ROWCOUNT 0; so there is one translator for each connection.
+  /// Returns the translation of one statement. Throws SqlError. A SET ROWCOUNT n limits every later
+  /// statement until SET ROWCOUNT 0, so each connection needs its own translator.
   Translation translate(std::string_view utf8);
 
  private:

@@ -1,4 +1,5 @@
-// Golden text: what the framework writes in each dialect, and the PostgreSQL text it becomes.
+// Golden text: the statements that the framework writes in each dialect, and their PostgreSQL text.
+// The suites say Server, because "Postgres" in a test's name means that it needs a running one.
 #include "qxdesk/sql/test_support.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,7 @@ struct Golden {
 };
 
 void expectGolden(Dialect dialect, const std::vector<Golden>& pairs) {
+  ASSERT_FALSE(pairs.empty());
   for (const Golden& pair : pairs) {
     EXPECT_EQ(translatedForPostgres(dialect, pair.input), pair.output);
   }
@@ -106,15 +108,15 @@ const std::vector<Golden> kBracketStatements = {
     {"DELETE FROM [@T] WHERE [Code]=N'1'", R"(DELETE FROM "@t" WHERE "code" = '1')"},
 };
 
-TEST(TranslatorForServerMssql, TakesEveryStatementOfTheFramework) {
+TEST(TranslatorForServerMssql, TranslatesEveryStatementOfTheFramework) {
   expectGolden(Dialect::Mssql, kBracketStatements);
 }
 
-TEST(TranslatorForServerSybase, TakesEveryStatementOfTheFramework) {
+TEST(TranslatorForServerSybase, TranslatesEveryStatementOfTheFramework) {
   expectGolden(Dialect::Sybase, kBracketStatements);
 }
 
-TEST(TranslatorForServerDb2, TakesEveryStatementOfTheFramework) {
+TEST(TranslatorForServerDb2, TranslatesEveryStatementOfTheFramework) {
   expectGolden(
       Dialect::Db2,
       {{"select U_Version, U_Status  from @QXEXTDBV where U_ExtID = 'QX' order by "
@@ -151,7 +153,7 @@ TEST(TranslatorForServerDb2, TakesEveryStatementOfTheFramework) {
         R"(SELECT "code" AS "the code" FROM "@t" WHERE "u_a" = 'x')"}});
 }
 
-TEST(TranslatorForServerKordb, TakesEveryStatementOfTheFramework) {
+TEST(TranslatorForServerKordb, TranslatesEveryStatementOfTheFramework) {
   expectGolden(
       Dialect::Kordb,
       {{R"(select "U_Version", "U_Status" from "@QXEXTDBVERSION" where "U_ExtID" = )"
@@ -197,12 +199,12 @@ TEST(TranslatorForServerKordb, TakesEveryStatementOfTheFramework) {
 
 // ---- names
 
-TEST(TranslatorForServerNames, AreFoldedQuotedAndDecoded) {
+TEST(TranslatorForServerNames, NamesAreDecodedFoldedAndQuoted) {
   EXPECT_EQ(translatedForPostgres(Dialect::Mssql, "SELECT [A]]b], [C\"d], É FROM [X y]"),
             R"(SELECT "a]b", "c""d", "É" FROM "x y")");
 }
 
-TEST(TranslatorForServerNames, ThatWouldBeCutAreRefused) {
+TEST(TranslatorForServerNames, NamesThatTheServerWouldCutAreRefused) {
   const std::string longest(63, 'n');
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT " + longest + " FROM T", Engine::Postgres), "");
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT n" + longest + " FROM T", Engine::Sqlite), "");
@@ -221,7 +223,7 @@ TEST(TranslatorForServerNames, ThatWouldBeCutAreRefused) {
             refused + "13)");
 }
 
-TEST(TranslatorForServerNames, OfTheServersOwnTablesAreRefused) {
+TEST(TranslatorForServerNames, TablesOfTheServerItselfAreRefused) {
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT passwd FROM Pg_Shadow", Engine::Postgres),
             "the table Pg_Shadow is one of PostgreSQL's own, which statements cannot name (line 1, "
             "column 20)");
@@ -231,14 +233,14 @@ TEST(TranslatorForServerNames, OfTheServersOwnTablesAreRefused) {
 
 // ---- functions and operators
 
-TEST(TranslatorForServerTime, IsTheServersOwnWhereNoneIsHandedIn) {
+TEST(TranslatorForServerTime, ServerTimeIsUsedWithoutAClock) {
   Translator translator(Dialect::Db2, nullptr, {.engine = Engine::Postgres});
   EXPECT_EQ(translator.translate("SELECT CURRENT TIMESTAMP, CURRENT DATE FROM T").text,
             R"(SELECT date_trunc('second', CAST(statement_timestamp() AS timestamp)), )"
             R"(date_trunc('day', CAST(statement_timestamp() AS timestamp)) FROM "t")");
 }
 
-TEST(TranslatorForServerTime, IsAskedForOnceAStatement) {
+TEST(TranslatorForServerTime, ClockIsReadOncePerStatement) {
   int asked = 0;
   Translator translator(Dialect::Mssql, nullptr, {.engine = Engine::Postgres, .now = [&asked] {
                                                     ++asked;
@@ -250,7 +252,7 @@ TEST(TranslatorForServerTime, IsAskedForOnceAStatement) {
   EXPECT_EQ(asked, 1);
 }
 
-TEST(TranslatorForServerDates, UseTheServersArithmetic) {
+TEST(TranslatorForServerDates, DatesUseTheServersArithmetic) {
   expectGolden(
       Dialect::Mssql,
       {{"SELECT DATEADD(hour, -2, a) FROM T",
@@ -273,7 +275,7 @@ TEST(TranslatorForServerDates, UseTheServersArithmetic) {
         R"('(:\d\d)\.\d* *$', '\1') AS timestamp) FROM "t")"}});
 }
 
-TEST(TranslatorForServerNumbers, AreOfTheWidthAndFormOfTheOtherEngine) {
+TEST(TranslatorForServerNumbers, NumbersHaveTheWidthAndFormOfSqlite) {
   expectGolden(Dialect::Mssql,
                {{"SELECT 7 / 2, 1 + 2 * 3, 1.5 / CAST(a AS int), CAST(a AS decimal(21,6)) FROM T",
                  R"(SELECT 7 / 2, CAST(1 AS bigint) + CAST(2 AS bigint) * 3, CAST(1.5 AS numeric) )"
@@ -287,7 +289,7 @@ TEST(TranslatorForServerNumbers, AreOfTheWidthAndFormOfTheOtherEngine) {
                  R"(CAST(1 AS bigint) - CAST(9223372036854775808 AS bigint) FROM "t")"}});
 }
 
-TEST(TranslatorForServerTexts, AreMappedInAllScripts) {
+TEST(TranslatorForServerTexts, CaseIsMappedInAllScripts) {
   EXPECT_EQ(translatedForPostgres(Dialect::Mssql,
                                   "SELECT UPPER(a), LEN(a + 'x'), "
                                   "SUBSTRING(a, 2, b) FROM T"),
@@ -296,7 +298,7 @@ TEST(TranslatorForServerTexts, AreMappedInAllScripts) {
             R"(0.5), -1000000000), 1000000000), 0.5) AS integer)) FROM "t")");
 }
 
-TEST(TranslatorForServerPatterns, BecomeExpressionsWhereTheyHaveSets) {
+TEST(TranslatorForServerPatterns, PatternsWithSetsBecomeRegularExpressions) {
   expectGolden(
       Dialect::Mssql,
       {{"SELECT a FROM T WHERE a NOT LIKE '[a-c]%_.' AND b LIKE 'x''%'",
@@ -318,7 +320,7 @@ TEST(TranslatorForServerPatterns, BecomeExpressionsWhereTheyHaveSets) {
 
 // ---- limits
 
-TEST(TranslatorForServerRowCount, LimitsReadsAndChanges) {
+TEST(TranslatorForServerRowCount, RowCountLimitsReadsAndChanges) {
   const Target target{.engine = Engine::Postgres, .now = {}};
   Translator translator(Dialect::Sybase, nullptr, target);
   translator.translate("SET ROWCOUNT 7");
@@ -336,7 +338,7 @@ TEST(TranslatorForServerRowCount, LimitsReadsAndChanges) {
             R"(WHERE "rank" <= 2)))");
 }
 
-TEST(TranslatorForServerUnion, LimitsItsPartsInBrackets) {
+TEST(TranslatorForServerUnion, LimitedPartsOfAUnionAreInBrackets) {
   EXPECT_EQ(translatedForPostgres(Dialect::Mssql,
                                   "SELECT TOP 1 a FROM T UNION ALL SELECT b FROM U ORDER BY 1 "
                                   "DESC"),
@@ -346,7 +348,7 @@ TEST(TranslatorForServerUnion, LimitsItsPartsInBrackets) {
 
 // ---- result columns
 
-TEST(TranslatorForServerColumns, BehindAStarAreToldAsTheTableTheyAreOf) {
+TEST(TranslatorForServerColumns, StarIsListedAsItsTable) {
   const Target target{.engine = Engine::Postgres, .now = {}};
   const Translation translation =
       Translator(Dialect::Mssql, nullptr, target)
@@ -358,25 +360,25 @@ TEST(TranslatorForServerColumns, BehindAStarAreToldAsTheTableTheyAreOf) {
       R"(SELECT count("a") AS "over_all", max("b") AS "?column?", "t0".*, "x".* FROM "@t" AS )"
       R"("t0" CROSS JOIN (SELECT "c" AS "c.c", "v".* FROM "v") AS "x")");
   EXPECT_TRUE(translation.columns.empty());
-  std::string told;
+  std::string listed;
   for (const OutputColumn& column : translation.outline) {
-    told += column.name + "(" + column.starTable + column.probe + ")";
+    listed += column.name + "(" + column.starTable + column.probe + ")";
   }
-  EXPECT_EQ(told, "OVER_ALL()()(@T)C.c()(V)");
+  EXPECT_EQ(listed, "OVER_ALL()()(@T)C.c()(V)");
 }
 
-TEST(TranslatorForServerColumns, AreToldThroughCommonTables) {
+TEST(TranslatorForServerColumns, StarOfACommonTableListsItsColumns) {
   const Translation translation =
       Translator(Dialect::Mssql)
           .translate(
               "WITH A AS (SELECT a1 AS N'A1', b FROM A), B AS (SELECT A.*, MAX(c) FROM A GROUP BY "
               "b) SELECT B.*, A.b FROM B, A");
-  std::string told;
-  for (const OutputColumn& column : translation.columns) told += column.name + "/";
-  EXPECT_EQ(told, "A1/b//b/");
+  std::string listed;
+  for (const OutputColumn& column : translation.columns) listed += column.name + "/";
+  EXPECT_EQ(listed, "A1/b//b/");
 }
 
-TEST(TranslatorForServerColumns, OfStarsThatMultiplyAreNotTold) {
+TEST(TranslatorForServerColumns, TooManyColumnsAreNotListed) {
   std::string text = "WITH C0 AS (SELECT Code FROM [@T])";
   for (int i = 1; i < 40; ++i) {
     const std::string before = "C" + std::to_string(i - 1);
