@@ -1,7 +1,7 @@
 #include "qxframework/automation/bstr.h"
 
 #include "qxframework/automation/com_error.h"
-#include "tests/support/raised_by.h"
+#include "testing/raised_by.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "qxframework/automation/civil_time.h"
 
-#include "tests/support/scoped_variable.h"
+#include "testing/scoped_variable.h"
 
 #include <gtest/gtest.h>
 #include <time.h>

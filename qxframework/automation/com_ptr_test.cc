@@ -3,7 +3,7 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/host_call.h"
-#include "tests/support/raised_by.h"
+#include "testing/raised_by.h"
 
 #include <gtest/gtest.h>
 
