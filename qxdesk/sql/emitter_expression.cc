@@ -1,6 +1,7 @@
 #include "qxdesk/sql/emitter_expression.h"
 
 #include "qxdesk/sql/numbers.h"
+#include "qxframework/automation/ascii.h"
 
 #include <algorithm>
 
@@ -74,7 +75,7 @@ void ExpressionEmitter::name(std::string_view name) {
   const std::size_t from = out_.size();
   quoted(name, '"');
   if (!engine_.foldsNames) return;
-  for (std::size_t i = from; i < out_.size(); ++i) out_[i] = lowerAscii(out_[i]);
+  for (std::size_t i = from; i < out_.size(); ++i) out_[i] = toLowerAscii(out_[i]);
 }
 
 void ExpressionEmitter::quoted(std::string_view text, char quote) {

@@ -1,6 +1,6 @@
 #include "qxdesk/sql/engine.h"
 
-#include "qxdesk/sql/dialect.h"
+#include "qxframework/automation/ascii.h"
 
 #include <algorithm>
 
@@ -50,7 +50,7 @@ const EngineTraits& traitsOf(Engine engine) {
 std::string storedName(Engine engine, std::string_view name) {
   std::string stored(name);
   if (traitsOf(engine).foldsNames) {
-    std::transform(stored.begin(), stored.end(), stored.begin(), lowerAscii);
+    std::transform(stored.begin(), stored.end(), stored.begin(), toLowerAscii<char>);
   }
   return stored;
 }
