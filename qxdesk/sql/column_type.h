@@ -19,8 +19,9 @@ bool isNumber(ColumnType type);
 /// that is known.
 ColumnType commonType(ColumnType a, ColumnType b);
 
-/// The columns of the database as far as they are known. The front end asks for them to tell dates
-/// from texts, and to refuse names that an engine would take for something else than a column.
+/// The columns of the database as far as they are known. The front end asks for them to distinguish
+/// dates from texts, and to refuse names that an engine would take for something else than a
+/// column.
 class Catalog {
  public:
   virtual ~Catalog() = default;

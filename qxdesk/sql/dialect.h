@@ -13,7 +13,7 @@ enum class Dialect { Mssql, Sybase, Db2, Kordb };
 /// Returns the dialect of a company's server type: 2 is Db2, 3 Sybase, 9 Kordb, any other Mssql.
 Dialect dialectOf(int serverType);
 
-/// The first half says what is accepted, the second what accepted statements mean.
+/// True if the dialect has the form in the comment.
 struct DialectTraits {
   std::string_view name;     ///< as messages call it
   bool bracketNames;         ///< [x]

@@ -14,6 +14,7 @@ Parser::Parser(Dialect dialect, const EngineTraits& engine, std::vector<Token> t
 Statement Parser::parse() {
   Statement result = statement();
   endOfStatement();
+  // Last, because an alias may follow its uses.
   names_.checkQuotedReferences();
   return result;
 }
@@ -46,6 +47,7 @@ Statement Parser::selectStatement() {
 Statement Parser::setRowCountStatement() {
   Statement statement;
   statement.kind = StatementKind::SetRowCount;
+  // SET is no statement but for this one, so the dialect is checked before the second word.
   if (!context_.traits.setRowCount) {
     tokens_.fail("SET ROWCOUNT is not a statement of " + std::string(context_.traits.name) +
                  "; limit the SELECT");

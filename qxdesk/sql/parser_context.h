@@ -30,8 +30,8 @@ struct ParserContext {
   int depth = 0;  // of the nesting at here(), by weight; see NestingLevel
 };
 
-/// Counts nesting while it lives. A weight stands for the stack that a construct takes here and in
-/// the parser of the database engine: 1 for brackets, more for functions and subqueries.
+/// Counts nesting while it lives. A weight approximates the stack that a construct takes here and
+/// in the parser of the database engine: 1 for brackets, more for functions and subqueries.
 class NestingLevel {
  public:
   /// Throws SqlError with the place of the next token if the statement is nested too deeply.

@@ -72,6 +72,7 @@ ExprPtr ExpressionParser::andExpression() {
   return result;
 }
 
+// NOT binds looser than a comparison: NOT a = b is NOT (a = b).
 ExprPtr ExpressionParser::notExpression() {
   if (!tokens_.isWord("NOT")) return predicate();
   const NestingLevel level(context_, 1);
@@ -80,9 +81,13 @@ ExprPtr ExpressionParser::notExpression() {
   return result;
 }
 
+// Predicates do not chain: after "a = b" another "= c" is refused, since the dialects have no value
+// that a comparison yields.
 ExprPtr ExpressionParser::predicate() {
   if (tokens_.isWord("EXISTS")) return exists();
   ExprPtr left = sum();
+  // A NOT here precedes LIKE, IN or BETWEEN. Before another word it is left for the caller, which
+  // refuses it.
   const bool negated = tokens_.isWord("NOT");
   const Token& word = tokens_.ahead(negated ? 1 : 0);
   const bool isLike = isWord(word, "LIKE");
@@ -149,6 +154,7 @@ ExprPtr ExpressionParser::in(ExprPtr left, bool negated) {
     result->select = grammar_.subselect();
     return result;
   }
+  // Brackets of their own, which count like those around an expression; a subselect counts itself.
   const NestingLevel level(context_, 1);
   do {
     addArgument(*result, value());
@@ -176,6 +182,7 @@ ExprPtr ExpressionParser::exists() {
   return result;
 }
 
+// A loop and no recursion to the left: a - b - c is (a - b) - c, and a long chain takes no stack.
 ExprPtr ExpressionParser::sum() {
   ExprPtr left = product();
   while (tokens_.isSymbol("+") || tokens_.isSymbol("-") || tokens_.isSymbol("||")) {
@@ -183,6 +190,7 @@ ExprPtr ExpressionParser::sum() {
     const Token& op = tokens_.take();
     ExprPtr right = product();
     requireValue(*right);
+    // After the right side, since a unit of a duration may follow it.
     left = sumOf(op, std::move(left), std::move(right));
   }
   return left;
@@ -269,6 +277,7 @@ ExprPtr ExpressionParser::literal() {
   return result;
 }
 
+// With an operand the parts after WHEN are values that it is compared with, otherwise conditions.
 ExprPtr ExpressionParser::caseExpression() {
   const NestingLevel level(context_, kCaseWeight);
   ExprPtr result = makeExpr(ExprKind::Case, tokens_.take().at);
@@ -291,6 +300,7 @@ ExprPtr ExpressionParser::caseExpression() {
 }
 
 ExprPtr ExpressionParser::namedValue() {
+  // Before names, because CURRENT and its like are reserved words and would be refused as names.
   if (functions_.isMomentNext()) return functions_.moment();
   if (!context_.names.isNext()) tokens_.failExpected("an expression");
   // Only a plain word names a function; a name in quotes or brackets is a column.

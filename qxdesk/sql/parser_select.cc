@@ -8,7 +8,11 @@
 namespace qx::sql {
 namespace {
 
+// Ten subqueries within one another fill the depth that a statement may have.
 constexpr int kSubqueryWeight = 6;
+
+// SQLite takes 500 parts at most. Every common table is compared by name wherever a table is named,
+// so that their number multiplies.
 constexpr std::size_t kMaxUnionParts = 100;
 constexpr std::size_t kMaxCommonTables = 100;
 
@@ -102,6 +106,7 @@ SelectItem SelectParser::item() {
   SelectItem item;
   item.at = tokens_.here().at;
   if (tokens_.acceptSymbol("*")) return item;
+  // Three tokens decide: T0.a is the begin of an expression, and so is T0 alone.
   if (names_.isNext() && isSymbol(tokens_.ahead(1), ".") && isSymbol(tokens_.ahead(2), "*")) {
     item.starQualifier = names_.name("a name");
     tokens_.skip(2);
@@ -167,6 +172,7 @@ std::optional<JoinKind> SelectParser::joinKind() {
 Source SelectParser::source() {
   Source source;
   source.at = tokens_.here().at;
+  // Brackets around a join are not in the grammar, so that only a SELECT can follow.
   if (tokens_.acceptSymbol("(")) {
     if (!tokens_.isWord("SELECT")) tokens_.failExpected("SELECT");
     source.derived = subselect();
@@ -224,6 +230,7 @@ void SelectParser::fetchFirst(Select& select) {
   }
   tokens_.take();
   tokens_.expectWord("FIRST");
+  // FETCH FIRST ROW ONLY is one row.
   select.limit =
       tokens_.here().kind == TokenKind::Number ? tokens_.expectWhole("a number of rows") : 1;
   if (!tokens_.acceptWord("ROWS")) tokens_.expectWord("ROW");
