@@ -4,9 +4,9 @@
 //
 //     embedded:?db=FILE&engine=mssql&language=3&appid=1
 //
-// The scheme and the question mark are followed by keys with their values, in any order, separated
-// by
-// "&". A value may hold any character as %XX of its UTF-8 bytes; "&", "%" and "#" need it.
+// The scheme and the question mark are followed by keys with their values, in any order and
+// separated by "&". A value may hold any character as %XX of its UTF-8 bytes; "&", "%" and "#" need
+// it.
 //
 // | key      | value                                                              | if left out |
 // |----------|--------------------------------------------------------------------|-------------|
