@@ -123,8 +123,8 @@ void Resolver::assignSelect(const Statement& statement) {
       if (!item.value) return expressions_.refuseStar(item);
       const std::string& column = statement.columns[i].name;
       assign(statement.table, column, item.value);
-      // PostgreSQL gives a NULL in VALUES the type of its column, but takes one in a list for a text
-      // as soon as DISTINCT or UNION compares it.
+      // PostgreSQL gives a NULL in VALUES the type of its column, but takes one in a list for a
+      // text as soon as DISTINCT or UNION compares it.
       typeNull(*item.value, columns_.typeIn(statement.table, column));
     }
   }

@@ -193,8 +193,8 @@ void resolveCast(Expr& expr) {
   }
 }
 
-// Checks the arguments that have to be numbers. Of a text SQLite would take the number at its front,
-// while PostgreSQL has no such function.
+// Checks the arguments that have to be numbers. Of a text SQLite would take the number at its
+// front, while PostgreSQL has no such function.
 void resolveNumbers(Expr& expr) {
   switch (expr.function) {
     case Function::Sum:
