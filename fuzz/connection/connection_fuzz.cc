@@ -1,4 +1,5 @@
-// Whatever the text, it is either read or refused with a place inside it.
+// Feeds texts to the parser of connection strings. It must accept a text with valid values or
+// refuse it with a place inside of it.
 
 #include "qxdesk/session/connection_string.h"
 #include "qxframework/automation/text.h"

@@ -1,10 +1,13 @@
-// Feeds statements to the SQL front end in the dialect of this build, and, when it accepts one, its
-// text to SQLite. The first byte of an input is passed over. Whatever is accepted has to be a
-// single statement without parameters that SQLite's own parser takes: a refusal there may be about
-// names, never about syntax. The text for PostgreSQL has no server to run on here; what stands
-// outside of its names and literals is looked at instead.
+// Feeds statements to the SQL front end in the dialect of this build and, if it accepts one, its
+// text to SQLite. The first byte of an input is ignored.
+//
+// An accepted statement must become a single one without parameters that SQLite's parser takes:
+// SQLite may refuse a name but never the syntax. There is no PostgreSQL server here, so the text
+// for it is inspected outside of its names and literals.
+
 #include "qxdesk/sql/sqlite_guard.h"
 #include "qxdesk/sql/translator.h"
+#include "qxframework/automation/ascii.h"
 
 #include <sqlite3.h>
 
@@ -26,7 +29,9 @@ constexpr const char* kSchema = R"(
     T_RefDate datetime);
 )";
 
-// How the messages begin that must not come; what follows may quote names of the input.
+// The beginnings of SQLite's messages that are findings; the rest of a message may quote names of
+// the input. A parser that overflows is a finding, since the front end has to limit the depth
+// before.
 constexpr std::string_view kFindings[] = {
     "near \"",       "unrecognized token", "incomplete input", "parser stack overflow",
     "one statement", "the statement has",  "the text holds",   "not authorized",
@@ -61,7 +66,7 @@ void prepare(sqlite3* db, std::string_view input, const std::string& text) {
   std::abort();
 }
 
-// The position behind the name or literal that begins at `at`; npos when it does not end.
+// Returns the position after the name or literal that begins at `at`; npos if it does not end.
 std::size_t skipQuoted(const std::string& text, std::size_t at) {
   const char quote = text[at];
   for (;;) {
@@ -74,11 +79,11 @@ std::size_t skipQuoted(const std::string& text, std::size_t at) {
 
 bool isPlain(char c) {
   constexpr std::string_view kSymbols = " _.,()[]=<>!~+-*/%|";
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-         kSymbols.find(c) != std::string_view::npos;
+  return qx::isLetterOrDigit(c) || kSymbols.find(c) != std::string_view::npos;
 }
 
-// One statement: quotes and brackets that match, no comment, no parameter, no second statement.
+// Checks that the text is one statement: quotes and brackets match, and there is no comment, no
+// parameter and no second statement.
 void inspect(std::string_view input, const std::string& text) {
   constexpr std::size_t kMaxName = 63;
   int open = 0;
@@ -89,11 +94,15 @@ void inspect(std::string_view input, const std::string& text) {
       if (end == std::string::npos) fail(input, text, "a quote is open");
       const bool name = c == '"';
       if (name && end - at == 2) fail(input, text, "a name is empty");
+      // Every character may be a doubled quote.
       if (name && end - at > 2 * kMaxName + 2) fail(input, text, "a name is too long");
+      // "x"'y' would be a name and a literal without a blank, which no emitter writes on purpose.
       if (name && end < text.size() && text[end] == '\'') fail(input, text, "no blank");
       at = end;
       continue;
     }
+    // Semicolons, dollar signs and backslashes are not among the plain characters: they would end
+    // the statement, be parameters or start strings of another kind.
     if (!isPlain(c)) fail(input, text, "something that is no SQL of ours");
     const std::string_view two = std::string_view(text).substr(at, 2);
     if (two == "--" || two == "/*") fail(input, text, "a comment");
@@ -129,7 +138,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   translateForPostgres(kDialect, catalog, input, false);
   if (kHasRowCount) translateForPostgres(kDialect, catalog, input, true);
   try {
-    // A row count that is set applies to the same text once more, so that both forms are seen.
+    // Translated twice where the dialect has SET ROWCOUNT: without a limit and with one.
     const qx::sql::Translation translation = translator.translate(input);
     if (translation.kind == qx::sql::StatementKind::SetRowCount) return 0;
     prepare(db, input, translation.text);

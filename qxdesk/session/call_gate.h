@@ -1,8 +1,8 @@
 #pragma once
 
-// The edge of the host's objects: every operation runs inside hostCall, which keeps exceptions in
-// and, for tests, can refuse the n-th call into the library, whatever it is. Each of the host's two
-// libraries has a gate of its own, reached by class id.
+// The edge of the host's objects: every operation runs inside hostCall(), which lets no exception
+// out and can, for tests, refuse the n-th call into the library. Each of the host's two libraries
+// has its own gate, which is activated by class id.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/ids.h"
@@ -12,21 +12,22 @@ namespace qx::desk {
 inline constexpr CLSID kScreensGateClass = hostId(0x0301);
 inline constexpr CLSID kCompanyGateClass = hostId(0x0302);
 
-/// Plays the host that refuses a call.
+/// Lets a test play a host that refuses a call.
 class ICallGate : public IUnknown {
  public:
   static constexpr GUID kIid = hostId(0x0300);
-  /// Starts counting from 0 and lets call number `call` (from 1) end with `code` without running;
-  /// 0 refuses none.
+  /// Starts counting from 0. Call number `call`, from 1, then returns `code` without running; with
+  /// 0 no call is refused.
   virtual HRESULT RefuseCall(long call, HRESULT code) = 0;
-  /// Calls since the last RefuseCall.
+  /// Stores the number of calls since the last RefuseCall.
   virtual HRESULT GetCallCount(long* out) = 0;
 
  protected:
   ~ICallGate() = default;
 };
 
-/// The gate of the library that this is linked into. Host objects live on one thread.
+/// The gate of the library that this is linked into. Not locked, since host objects live on one
+/// thread.
 class CallGate {
  public:
   static CallGate& instance() {
@@ -60,7 +61,8 @@ class CallGateObject final : public ComObject<ICallGate> {
   }
 };
 
-/// The body of every operation of a host object.
+/// Runs the body of an operation of a host object. Returns its code, or that of the exception which
+/// left it.
 template <class Body>
 HRESULT hostCall(Body&& body) noexcept {
   if (const HRESULT refused = CallGate::instance().enter(); refused != S_OK) return refused;

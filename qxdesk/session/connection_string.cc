@@ -1,5 +1,6 @@
 #include "qxdesk/session/connection_string.h"
 
+#include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
 
 #include <optional>
@@ -15,6 +16,7 @@ struct Language {
   HvLanguages language;
 };
 
+// Names in lower case. Several names may mean one language.
 constexpr Language kLanguages[] = {{u"he", ln_Hebrew},           {u"es-ar", ln_Spanish_Ar},
                                    {u"en", ln_English},          {u"en-us", ln_English},
                                    {u"pl", ln_Polish},           {u"en-sg", ln_English_Sg},
@@ -33,12 +35,13 @@ constexpr Language kLanguages[] = {{u"he", ln_Hebrew},           {u"es-ar", ln_S
                                    {u"pt-br", ln_Portuguese_Br}, {u"ja", ln_Japanese_Jp},
                                    {u"tr", ln_Turkish_Tr},       {u"zh-hk", ln_TrdtnlChinese_Hk}};
 
-struct Engine {
+struct ServerType {
   std::u16string_view name;
   long type;
 };
 
-constexpr Engine kEngines[] = {{u"mssql", 1}, {u"db2", 2}, {u"sybase", 3}, {u"kordb", 9}};
+// The key is called engine, but it selects the dialect of the statements; see qx::DbServerType.
+constexpr ServerType kServerTypes[] = {{u"mssql", 1}, {u"db2", 2}, {u"sybase", 3}, {u"kordb", 9}};
 
 [[noreturn]] void fail(std::size_t position, const std::string& sentence) {
   throw ConnectionStringError(position, sentence);
@@ -46,31 +49,25 @@ constexpr Engine kEngines[] = {{u"mssql", 1}, {u"db2", 2}, {u"sybase", 3}, {u"ko
 
 std::string quoted(std::u16string_view text) { return "\"" + toUtf8(text) + "\""; }
 
-/// At most nine digits.
+// At most nine digits, so that the value cannot overflow.
 std::optional<long> naturalNumber(std::u16string_view text) {
   if (text.empty() || text.size() > 9) return std::nullopt;
   long value = 0;
   for (const char16_t unit : text) {
-    if (unit < u'0' || unit > u'9') return std::nullopt;
+    if (!isDigit(unit)) return std::nullopt;
     value = 10 * value + (unit - u'0');
   }
   return value;
 }
 
-int hexDigit(char16_t unit) {
-  if (unit >= u'0' && unit <= u'9') return unit - u'0';
-  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
-  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
-  return -1;
-}
-
-/// One value with its place in the whole text.
+// One value with its place in the whole text.
 struct Value {
   std::size_t position;
   std::u16string_view raw;
 };
 
-/// UTF-8 of a value with %XX resolved.
+// Returns the UTF-8 of a value with %XX resolved. The bytes may be parts of characters, so they are
+// checked together at the end.
 std::string decode(const Value& value) {
   std::string out;
   std::size_t plain = 0;
@@ -78,17 +75,19 @@ std::string decode(const Value& value) {
     if (value.raw[at] != u'%') continue;
     out += toUtf8(value.raw.substr(plain, at - plain));
     const std::u16string_view digits = value.raw.substr(at + 1, 2);
-    const int high = digits.size() == 2 ? hexDigit(digits[0]) : -1;
-    const int low = digits.size() == 2 ? hexDigit(digits[1]) : -1;
+    const int high = digits.size() == 2 ? hexDigitValue(digits[0]) : -1;
+    const int low = digits.size() == 2 ? hexDigitValue(digits[1]) : -1;
     if (high < 0 || low < 0) {
       fail(value.position + at, "% is not followed by two hexadecimal digits; write %25 for %");
     }
+    // Paths and names end at a zero byte in the libraries that get them.
     if (high == 0 && low == 0) fail(value.position + at, "%00 cannot stand in a value");
     out += static_cast<char>(16 * high + low);
     at += 2;
     plain = at + 1;
   }
   out += toUtf8(value.raw.substr(plain));
+  // The conversion replaces bytes that are no UTF-8, so that only a valid text comes back the same.
   if (toUtf8(toUtf16(out)) != out) {
     fail(value.position, "the value is not UTF-8; write every byte of a character as %XX");
   }
@@ -101,11 +100,10 @@ void readDatabase(ConnectionString& out, const Value& value) {
 }
 
 void readEngine(ConnectionString& out, const Value& value) {
-  for (const Engine& engine : kEngines) {
-    if (engine.name == value.raw) {
-      out.dbServerType = engine.type;
-      return;
-    }
+  for (const ServerType& server : kServerTypes) {
+    if (server.name != value.raw) continue;
+    out.dbServerType = server.type;
+    return;
   }
   fail(value.position,
        "unknown engine " + quoted(value.raw) + "; write mssql, sybase, db2 or kordb");
@@ -184,7 +182,7 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
                      "progress");
 }
 
-/// Where the first key stands.
+// Returns the place of the first key.
 std::size_t skipScheme(std::u16string_view text) {
   if (!text.starts_with(kScheme)) {
     fail(0,
@@ -202,6 +200,7 @@ ConnectionStringError::ConnectionStringError(std::size_t position, const std::st
       position_(position) {}
 
 HvLanguages languageFromText(std::u16string_view text) {
+  // A text of digits is a number and never a name.
   const auto number = naturalNumber(text);
   const std::u16string name = toLower(text);
   for (const Language& language : kLanguages) {
@@ -220,6 +219,7 @@ ConnectionString parseConnectionString(std::u16string_view text) {
     at += pair.size() + 1;
   }
   if (!seen.contains(u"db")) {
+    // At the end, where the key could be added.
     fail(text.size(), "the key db is missing; write embedded:?db=FILE");
   }
   return out;

@@ -1,11 +1,12 @@
 #pragma once
 
-// The text with which an add-on reaches the client:
+// The connection string by which an add-on reaches the client:
 //
 //     embedded:?db=FILE&engine=mssql&language=3&appid=1
 //
-// Behind the scheme and the question mark stand keys with their values, in any order, separated by
-// "&". A value may hold any character as %XX of its UTF-8 bytes; "&", "%" and "#" need it.
+// The scheme and the question mark are followed by keys with their values, in any order and
+// separated by "&". A value may hold any character as %XX of its UTF-8 bytes; "&", "%" and "#" need
+// it.
 //
 // | key      | value                                                              | if left out |
 // |----------|--------------------------------------------------------------------|-------------|
@@ -14,11 +15,11 @@
 // | engine   | mssql, sybase, db2 or kordb: the dialect of the statements         | mssql       |
 // | language | a number of the client, 3, or a name, en, de, pt-BR                | 3           |
 // | appid    | 0 or more: which client this is; the same number is the same client| 1           |
-// | user     | who is logged in                                                   | manager     |
+// | user     | the user that is logged in                                         | manager     |
 // | company  | the company's name                                                 | db's name   |
 // | play     | a file with the actions of a user                                  | none        |
-// | boxes    | default: a box nobody answers takes its default button; refuse: it | default     |
-// |          | fails                                                              |             |
+// | boxes    | default: a box without an answer takes its default button; refuse: | default     |
+// |          | it fails                                                           |             |
 // | progress | own: the progress bar is this process's; shared: all processes with| own         |
 // |          | this appid share one                                               |             |
 
@@ -42,22 +43,22 @@ struct ConnectionString {
   bool sharedProgressBar = false;
 };
 
-/// The text makes no sense. what() is a sentence in UTF-8 that says where, what is wrong and what
-/// to write instead.
+/// Reports a text that is no connection string. what() is a sentence in UTF-8 that names the place,
+/// the fault and the remedy.
 class ConnectionStringError : public std::runtime_error {
  public:
   ConnectionStringError(std::size_t position, const std::string& sentence);
-  /// In UTF-16 units, from 0.
+  /// Returns the place of the fault, in UTF-16 units from 0.
   std::size_t position() const { return position_; }
 
  private:
   std::size_t position_;
 };
 
-/// Raises ConnectionStringError.
+/// Parses a connection string. Throws ConnectionStringError.
 ConnectionString parseConnectionString(std::u16string_view text);
 
-/// A number of the client or a name in any case; 0 for any other text.
+/// Returns the language of a number of the client or of a name in any case; 0 for any other text.
 HvLanguages languageFromText(std::u16string_view text);
 
 }  // namespace qx::desk

@@ -14,7 +14,7 @@ std::string refusal(std::u16string_view text) {
   return "accepted";
 }
 
-TEST(ConnectionString, TakesDefaultsForAllButTheDatabase) {
+TEST(ConnectionString, NeedsOnlyTheDatabase) {
   const ConnectionString read = parseConnectionString(u"embedded:?db=company.db");
   EXPECT_EQ(read.database, "company.db");
   EXPECT_EQ(read.dbServerType, 1);
@@ -42,17 +42,19 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_TRUE(read.sharedProgressBar);
 }
 
-TEST(ConnectionString, GivesEachEngineItsServerType) {
+TEST(ConnectionString, ReadsTheServerTypeFromTheEngine) {
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=mssql").dbServerType, 1);
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=db2").dbServerType, 2);
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=sybase").dbServerType, 3);
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=kordb").dbServerType, 9);
 }
 
-TEST(ConnectionString, TakesALanguageByNumberOrByNameInAnyCase) {
+TEST(ConnectionString, AcceptsALanguageByNumberOrByNameInAnyCase) {
   EXPECT_EQ(languageFromText(u"35"), ln_TrdtnlChinese_Hk);
   EXPECT_EQ(languageFromText(u"pt-BR"), ln_Portuguese_Br);
   EXPECT_EQ(languageFromText(u"DE"), ln_German);
+  EXPECT_EQ(languageFromText(u"en"), ln_English);
+  EXPECT_EQ(languageFromText(u"en-US"), ln_English);
   EXPECT_EQ(languageFromText(u"4"), 0);
   EXPECT_EQ(languageFromText(u"xx"), 0);
   EXPECT_EQ(languageFromText(u""), 0);
@@ -63,11 +65,11 @@ TEST(ConnectionString, KeepsCharactersBeyondAsciiThatAreNotEncoded) {
             "\xC3\xA4\xF0\x9F\x98\x80");
 }
 
-TEST(ConnectionString, AllowsASeparatorBehindTheLastValue) {
+TEST(ConnectionString, AcceptsASeparatorAfterTheLastValue) {
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&").database, "a");
 }
 
-TEST(ConnectionString, RefusesWithPlaceAndRemedy) {
+TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
   EXPECT_EQ(refusal(u""),
             "connection string, character 1: unknown scheme \"\"; write embedded:?db=FILE");
   EXPECT_EQ(refusal(u"attached:?db=a"),
@@ -88,7 +90,7 @@ TEST(ConnectionString, RefusesWithPlaceAndRemedy) {
             "connection string, character 11: the key \"db\" has no value; write key=value");
 }
 
-TEST(ConnectionString, RefusesValuesThatMakeNoSense) {
+TEST(ConnectionString, RefusesInvalidValues) {
   EXPECT_EQ(refusal(u"embedded:?db=a&engine=other"),
             "connection string, character 23: unknown engine \"other\"; write mssql, sybase, db2 "
             "or kordb");
@@ -104,6 +106,14 @@ TEST(ConnectionString, RefusesValuesThatMakeNoSense) {
             "%25 for %");
   EXPECT_EQ(refusal(u"embedded:?db=a%00"),
             "connection string, character 15: %00 cannot stand in a value");
+  EXPECT_EQ(refusal(u"embedded:?db=a%zz"),
+            "connection string, character 15: % is not followed by two hexadecimal digits; write "
+            "%25 for %");
+  EXPECT_EQ(refusal(u"embedded:?db=a&appid=1234567890"),
+            "connection string, character 22: appid is no number from 0 to 999999999: "
+            "\"1234567890\"");
+  EXPECT_EQ(refusal(u"embedded:?db=a&progress=all"),
+            "connection string, character 25: progress is neither own nor shared: \"all\"");
   EXPECT_EQ(refusal(u"embedded:?db=%FF.db"),
             "connection string, character 14: the value is not UTF-8; write every byte of a "
             "character as %XX");
@@ -111,12 +121,12 @@ TEST(ConnectionString, RefusesValuesThatMakeNoSense) {
             "connection string, character 21: play is empty; name a file or leave the key out");
 }
 
-TEST(ConnectionString, TellsThePositionInUnitsFromZero) {
+TEST(ConnectionString, ReportsThePositionInUtf16UnitsFromZero) {
   try {
-    parseConnectionString(u"embedded:?db=a&x=1");
-    FAIL();
+    parseConnectionString(u"embedded:?db=\U0001F600&x=1");
+    FAIL() << "accepted";
   } catch (const ConnectionStringError& error) {
-    EXPECT_EQ(error.position(), 15U);
+    EXPECT_EQ(error.position(), 16U);
   }
 }
 

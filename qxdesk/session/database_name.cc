@@ -1,21 +1,24 @@
 #include "qxdesk/session/database_name.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <vector>
 
 namespace qx::desk {
-
 namespace {
 
 constexpr std::string_view kScheme = "odbc:";
 
 struct Part {
   std::string_view key;
-  std::string_view value;  // as it stands, in its braces
+  std::string_view value;  // as written, with its braces
 };
 
-/// The end of the part that starts the text: a semicolon, but none in braces.
+// Returns the end of the part that starts the text: its semicolon or the end of the text. In braces
+// a semicolon does not count and "}}" is a brace of the value. A brace that is never closed takes
+// the rest, so that a password in it is hidden as a whole.
 std::size_t partEnd(std::string_view text) {
   const std::size_t equals = text.find('=');
   std::size_t end = text.find(';');
@@ -38,19 +41,23 @@ std::vector<Part> partsOf(std::string_view connection) {
   return parts;
 }
 
+// Returns a key in the form in which it is compared: without blanks and in lower case, since
+// drivers accept " pwd " for PWD.
 std::string keyName(std::string_view key) {
   std::string name;
   for (const char c : key) {
-    if (c != ' ') name += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    if (c != ' ') name += toLowerAscii(c);
   }
   return name;
 }
 
 bool isSecret(std::string_view key) {
   const std::string name = keyName(key);
-  // pqopt holds options of the client library, which may hold a password.
-  for (const std::string_view word : {"pwd", "password", "secret", "token", "pqopt"})
+  // Every key with such a word in it, since drivers have more of them than could be listed. pqopt
+  // holds options of the client library, which may include a password.
+  for (const std::string_view word : {"pwd", "password", "secret", "token", "pqopt"}) {
     if (name.find(word) != std::string::npos) return true;
+  }
   return false;
 }
 
@@ -84,9 +91,11 @@ std::string databaseTitle(std::string_view database) {
   const std::optional<std::string_view> connection = odbcConnection(database);
   if (!connection) return std::filesystem::path(database).stem().string();
   const std::vector<Part> parts = partsOf(*connection);
+  // The database first, since one data source may lead to many.
   for (const std::string_view wanted : {"database", "dsn"}) {
     for (const Part& part : parts) {
       if (keyName(part.key) != wanted) continue;
+      // A driver may take a file's path as the database.
       return std::filesystem::path(withoutBraces(part.value)).stem().string();
     }
   }

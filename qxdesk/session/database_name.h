@@ -1,7 +1,7 @@
 #pragma once
 
-// What users see of the company database: a file's path, or "odbc:" and an ODBC connection string,
-// whose passwords nobody must see.
+// The name of a company database: the path of a file, or "odbc:" and an ODBC connection string,
+// whose passwords must not appear in messages.
 
 #include <optional>
 #include <string>
@@ -9,14 +9,14 @@
 
 namespace qx::desk {
 
-/// The ODBC connection string; nothing for a file.
+/// Returns the ODBC connection string; nothing for a file.
 std::optional<std::string_view> odbcConnection(std::string_view database);
 
-/// With its passwords replaced: for messages.
+/// Returns the name for messages, with the passwords replaced by "***".
 std::string databaseName(std::string_view database);
 
-/// A name for the company where none is given: that of the file, of the server's database or of the
-/// data source.
+/// Returns a name for a company that has none: that of the file without its extension, of the
+/// server's database or of the data source; "ODBC" if the connection string names neither.
 std::string databaseTitle(std::string_view database);
 
 }  // namespace qx::desk

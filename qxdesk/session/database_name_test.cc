@@ -5,7 +5,7 @@
 namespace qx::desk {
 namespace {
 
-TEST(DatabaseName, AFileIsShownAsItIs) {
+TEST(DatabaseName, AFileIsShownUnchanged) {
   EXPECT_EQ(databaseName("/data/Shop.db"), "/data/Shop.db");
   EXPECT_EQ(databaseTitle("/data/Shop.db"), "Shop");
   EXPECT_EQ(odbcConnection("/data/odbc:x"), std::nullopt);
@@ -20,24 +20,26 @@ TEST(DatabaseName, AConnectionIsShownWithoutItsPasswords) {
   EXPECT_EQ(databaseName("odbc:"), "odbc:");
 }
 
-TEST(DatabaseName, AConnectionIsCalledByItsDatabaseOrItsSource) {
+TEST(DatabaseName, TheTitleIsThatOfTheDatabaseOrTheDataSource) {
   EXPECT_EQ(databaseTitle("odbc:DSN=till;Database=shop"), "shop");
   EXPECT_EQ(databaseTitle("odbc:dsn={My shop}"), "My shop");
   EXPECT_EQ(databaseTitle("odbc:Driver=SQLite3;Database=/data/Shop.db"), "Shop");
   EXPECT_EQ(databaseTitle("odbc:Driver=SQLite3"), "ODBC");
 }
 
-TEST(DatabaseName, TheConnectionStringStandsBehindTheScheme) {
+TEST(DatabaseName, TheConnectionStringFollowsTheScheme) {
   EXPECT_EQ(odbcConnection("odbc:DSN=shop"), "DSN=shop");
 }
 
-TEST(DatabaseName, TheSchemeIsTakenInAnyCase) {
+TEST(DatabaseName, TheSchemeIsAcceptedInAnyCase) {
   EXPECT_EQ(odbcConnection("ODBC:DSN=shop"), "DSN=shop");
   EXPECT_EQ(databaseName("Odbc:DSN=shop;Pwd=x"), "odbc:DSN=shop;Pwd=***");
 }
 
-TEST(DatabaseName, APasswordOfAnotherKindIsNotShownEither) {
+TEST(DatabaseName, PasswordsUnderOtherKeysAreHiddenToo) {
   EXPECT_EQ(databaseName("odbc:SSLPassword=x;Uid=me"), "odbc:SSLPassword=***;Uid=me");
+  EXPECT_EQ(databaseName("odbc:Access Token=x"), "odbc:Access Token=***");
+  EXPECT_EQ(databaseName("odbc:ClientSecret=x"), "odbc:ClientSecret=***");
   EXPECT_EQ(databaseName("odbc:pqopt={password=x};Uid=me"), "odbc:pqopt=***;Uid=me");
 }
 

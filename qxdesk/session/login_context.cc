@@ -1,5 +1,6 @@
 #include "qxdesk/session/login_context.h"
 
+#include "qxframework/automation/ascii.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
 
@@ -9,10 +10,11 @@ namespace qx::desk {
 
 namespace {
 
-// The form is frozen, since client and add-on may be of different builds:
+// This form is frozen, since client and add-on may be of different builds:
 //   QXLC1|<checksum, 16 hex digits>|<n>:<field><n>:<field>…
 // with n the length of a field in UTF-16 units. The fields are database, server type, language,
-// user name and company name. The checksum runs over the cookie and all fields.
+// user name and company name. The checksum runs over the cookie and all fields. It detects changes
+// and contexts for another cookie, but it is no cryptographic signature.
 constexpr std::u16string_view kTag = u"QXLC1|";
 constexpr std::size_t kChecksumDigits = 16;
 constexpr std::size_t kMaxFieldDigits = 6;
@@ -20,6 +22,7 @@ constexpr std::size_t kMaxFieldDigits = 6;
 std::uint64_t mix(std::uint64_t hash, std::u16string_view text) {
   constexpr std::uint64_t kPrime = 0x00000100000001B3;  // FNV-1a
   for (const char16_t unit : text) {
+    // Low byte first, whatever the byte order of the machine.
     hash = (hash ^ (unit & 0xFF)) * kPrime;
     hash = (hash ^ (unit >> 8)) * kPrime;
   }
@@ -28,7 +31,7 @@ std::uint64_t mix(std::uint64_t hash, std::u16string_view text) {
 
 std::u16string checksum(std::u16string_view cookie, std::u16string_view fields) {
   constexpr std::uint64_t kBasis = 0xCBF29CE484222325;
-  // The length stands between the two, so that no unit can move from one to the other.
+  // The length separates the two, so that no unit can move from one to the other unnoticed.
   std::uint64_t hash = mix(kBasis, cookie);
   hash = mix(hash, format(u"|%u|", static_cast<unsigned>(cookie.size())));
   hash = mix(hash, fields);
@@ -41,13 +44,14 @@ void appendField(std::u16string& fields, std::u16string_view field) {
   fields += field;
 }
 
+// At most `maxDigits` digits, so that the value cannot overflow.
 std::optional<long> number(std::u16string_view text, std::size_t maxDigits) {
   const bool negative = !text.empty() && text.front() == u'-';
   if (negative) text.remove_prefix(1);
   if (text.empty() || text.size() > maxDigits) return std::nullopt;
   long value = 0;
   for (const char16_t unit : text) {
-    if (unit < u'0' || unit > u'9') return std::nullopt;
+    if (!isDigit(unit)) return std::nullopt;
     value = value * 10 + (unit - u'0');
   }
   return negative ? -value : value;
@@ -56,6 +60,7 @@ std::optional<long> number(std::u16string_view text, std::size_t maxDigits) {
 std::optional<std::u16string> takeField(std::u16string_view& rest) {
   const std::size_t colon = rest.find(u':');
   if (colon == std::u16string_view::npos) return std::nullopt;
+  // By its length and not up to a separator, since a name may hold any character.
   const std::optional<long> length = number(rest.substr(0, colon), kMaxFieldDigits);
   rest.remove_prefix(colon + 1);
   if (!length || *length < 0 || static_cast<std::size_t>(*length) > rest.size()) {

@@ -1,9 +1,9 @@
 #pragma once
 
-// What the client hands to an add-on's company object, so that it opens the same company: a text
-// that answers one cookie. The company object draws the cookie at random and keeps it to itself
-// until the client has answered, so a context that was written for another cookie, or was changed
-// on its way, does not decode.
+// The login context: a text by which the client lets an add-on's company object open the same
+// company. It answers one cookie. The company object draws the cookie at random and shows it to the
+// client only, so a context that was written for another cookie or was changed on its way does not
+// decode.
 
 #include "qxframework/host/enums.h"
 
@@ -14,10 +14,8 @@
 namespace qx::desk {
 
 struct LoginTarget {
-  /// UTF-8: the company database, see database_name.h.
-  std::string database;
-  /// See qx::DbServerType: the dialect in which statements are written.
-  long dbServerType = 1;
+  std::string database;   ///< UTF-8, see database_name.h
+  long dbServerType = 1;  ///< the dialect of the statements, see qx::DbServerType
   HvLanguages language = ln_English;
   std::u16string userName;
   std::u16string companyName;
@@ -25,10 +23,11 @@ struct LoginTarget {
   friend bool operator==(const LoginTarget&, const LoginTarget&) = default;
 };
 
-/// The context for `target` that answers `cookie`.
+/// Returns the context for `target` that answers `cookie`.
 std::u16string encodeLoginContext(const LoginTarget& target, std::u16string_view cookie);
 
-/// Nothing when `context` is no such text, was changed, or answers another cookie.
+/// Returns the target of a context. Returns nothing if the text is no context, was changed or
+/// answers another cookie.
 std::optional<LoginTarget> decodeLoginContext(std::u16string_view context,
                                               std::u16string_view cookie);
 

@@ -16,7 +16,7 @@ class TypeLibrary final : public ComObject<ITypeLib> {
       return S_OK;
     });
   }
-  // The block lives as long as the library.
+  // Nothing to free: the attributes are a member and live as long as this object.
   void ReleaseTLibAttr(TLIBATTR*) override {}
 
  private:

@@ -1,7 +1,8 @@
-// The syntax tree of one statement, free of any dialect: names and literals are decoded, functions
-// stand by their meaning, limits by their number. The parser builds it, the resolver fills in the
-// types, an emitter writes it for one database engine.
 #pragma once
+
+// The syntax tree of one statement, free of any dialect: names and literals are decoded, functions
+// are named by their meaning, limits are numbers. The parser builds it, the resolver fills in the
+// types, an emitter writes it for one database engine.
 
 #include "qxdesk/sql/column_type.h"
 #include "qxdesk/sql/dialect.h"
@@ -20,8 +21,9 @@ struct Select;
 using ExprPtr = std::unique_ptr<Expr>;
 using SelectPtr = std::unique_ptr<Select>;
 
+/// Values come first, conditions follow from Compare on; the parser compares with that border.
 enum class ExprKind {
-  // Values. `text` is the number, the text, the date (YYYY-MM-DD HH:MM:SS) or the column name.
+  // Values. Expr::text is the number, the text, the date (YYYY-MM-DD HH:MM:SS) or the column name.
   Number,
   Text,
   Date,
@@ -29,7 +31,7 @@ enum class ExprKind {
   Column,
   Negate,
   Arithmetic,  // text: + - * / %
-  Plus,        // + that may add or join; the resolver turns it into Arithmetic or Concat
+  Plus,        // a + that may add or join; the resolver makes Arithmetic or Concat of it
   Concat,
   Case,  // [operand,] when, then, when, then ... [, else]
   Call,
@@ -48,34 +50,35 @@ enum class ExprKind {
 
 enum class TimeUnit { Second, Minute, Hour, Day, Week };
 
-// Target of a CAST. `size` is the length of a text or the scale of a decimal, where given.
 struct CastTarget {
   ColumnType type = ColumnType::Unknown;
-  std::optional<int> size;
+  std::optional<int> size;  ///< the length of a text or the scale of a decimal, if given
 };
 
 struct Expr {
   ExprKind kind = ExprKind::Null;
   Position at;
   std::string text;
-  std::string qualifier;  // of a column; may be empty
-  std::vector<ExprPtr> args;
-  SelectPtr select;
+  std::string qualifier;      ///< of a column; may be empty
+  std::vector<ExprPtr> args;  ///< as listed at ExprKind
+  SelectPtr select;           ///< of Subquery, Exists and In; may be null in In
   Function function = Function::Count;
   TimeUnit unit = TimeUnit::Day;
   CastTarget target;
-  bool negated = false;     // NOT LIKE, NOT IN, NOT BETWEEN, IS NOT NULL
-  bool distinct = false;    // COUNT(DISTINCT x)
-  bool star = false;        // COUNT(*)
-  bool hasOperand = false;  // CASE x WHEN
+  bool negated = false;     ///< NOT LIKE, NOT IN, NOT BETWEEN, IS NOT NULL
+  bool distinct = false;    ///< COUNT(DISTINCT x)
+  bool star = false;        ///< COUNT(*)
+  bool hasOperand = false;  ///< CASE x WHEN
   bool hasElse = false;
-  int height = 1;                         // of the tree below, this node included
-  ColumnType type = ColumnType::Unknown;  // of NULL: of what it stands for, where that counts
+  int height = 1;  ///< of the tree from this node down, including it
+  /// Unknown until the resolver has run, and after it if only the database knows. A NULL has the
+  /// type of the value in whose place it is, where an engine needs one.
+  ColumnType type = ColumnType::Unknown;
 };
 
 struct SelectItem {
-  ExprPtr value;              // null for * and x.*
-  std::string starQualifier;  // x of x.*; empty for *
+  ExprPtr value;              ///< null for * and x.*
+  std::string starQualifier;  ///< x of x.*; empty for *
   std::optional<std::string> alias;
   Position at;
 };
@@ -84,7 +87,7 @@ enum class JoinKind { First, Comma, Inner, Left, Right, Full, Cross };
 
 struct Source {
   JoinKind join = JoinKind::First;
-  std::string table;  // empty for a derived table
+  std::string table;  ///< empty for a derived table
   std::string alias;
   SelectPtr derived;
   ExprPtr on;
@@ -96,18 +99,18 @@ struct OrderKey {
   bool descending = false;
 };
 
-// One SELECT without its order: a part of a UNION, or all there is.
+/// One SELECT without its order: a part of a UNION, or the only one.
 struct SelectCore {
   Position at;
   bool distinct = false;
-  std::optional<std::int64_t> limit;  // TOP n
+  std::optional<std::int64_t> limit;  ///< TOP n
   bool withTies = false;
   std::vector<SelectItem> items;
   std::vector<Source> from;
   ExprPtr where;
   std::vector<ExprPtr> groupBy;
   ExprPtr having;
-  bool unionAll = false;  // joined to the core before it by UNION ALL
+  bool unionAll = false;  ///< joined to the core before it by UNION ALL
 };
 
 struct CommonTable {
@@ -117,16 +120,16 @@ struct CommonTable {
 
 struct Select {
   std::vector<CommonTable> with;
-  std::vector<SelectCore> cores;  // at least one
+  std::vector<SelectCore> cores;  ///< at least one
   std::vector<OrderKey> orderBy;
-  std::optional<std::int64_t> limit;  // FETCH FIRST n ROWS ONLY
+  std::optional<std::int64_t> limit;  ///< FETCH FIRST n ROWS ONLY
 };
 
 enum class StatementKind { Select, Insert, Update, Delete, SetRowCount };
 
 struct TargetColumn {
   std::string name;
-  ExprPtr value;  // of an UPDATE; null in an INSERT
+  ExprPtr value;  ///< of an UPDATE; null in an INSERT
   Position at;
 };
 
@@ -134,10 +137,10 @@ struct Statement {
   StatementKind kind = StatementKind::Select;
   std::string table;
   std::vector<TargetColumn> columns;
-  std::vector<std::vector<ExprPtr>> rows;  // VALUES of an INSERT
-  SelectPtr select;                        // the SELECT, or that of an INSERT
+  std::vector<std::vector<ExprPtr>> rows;  ///< VALUES of an INSERT
+  SelectPtr select;                        ///< the SELECT, or that of an INSERT
   ExprPtr where;
-  std::int64_t rowCount = 0;
+  std::int64_t rowCount = 0;  ///< of SET ROWCOUNT
 };
 
 }  // namespace qx::sql

@@ -1,7 +1,9 @@
 #include "qxdesk/sql/coercion.h"
 
 #include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/numbers.h"
 #include "qxdesk/sql/output_columns.h"
+#include "qxframework/automation/ascii.h"
 
 #include <algorithm>
 #include <string>
@@ -9,8 +11,6 @@
 
 namespace qx::sql {
 namespace {
-
-constexpr std::string_view kDigits = "0123456789";
 
 ExprPtr makeNode(ExprKind kind, Position at, ColumnType type) {
   auto node = std::make_unique<Expr>();
@@ -28,12 +28,15 @@ ExprPtr makeCall(Function function, ExprPtr operand) {
   return call;
 }
 
+// Returns the number of digits from `from` on.
 std::size_t digitsAt(std::string_view text, std::size_t from) {
-  const std::size_t end = text.find_first_not_of(kDigits, from);
-  return (end == std::string_view::npos ? text.size() : end) - from;
+  std::size_t end = from;
+  while (end < text.size() && isDigit(text[end])) ++end;
+  return end - from;
 }
 
-// Length of the number without a sign at the front of a text; 0 when there is none.
+// Returns the length of the number without a sign that starts the text; 0 if none does. Written out
+// here because every library function accepts more: hexadecimal digits, "inf", a locale's point.
 std::size_t numberLength(std::string_view text) {
   const std::size_t whole = digitsAt(text, 0);
   std::size_t end = whole;
@@ -50,44 +53,39 @@ std::size_t numberLength(std::string_view text) {
   return digits == 0 ? end : exponent + digits;
 }
 
-std::string_view withoutBlanks(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
-}
-
 std::string_view withoutSign(std::string_view text) {
   if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);
   return text;
 }
 
-// The literal that a text spells; null when it spells no number.
+// Returns the literal that a text spells; null if it spells no number. A sign becomes a node of its
+// own, as the parser would make it.
 ExprPtr spelledNumber(const Expr& text) {
   if (!spellsNumber(text.text)) return nullptr;
-  const std::string_view trimmed = withoutBlanks(text.text);
-  const std::string_view rest = withoutSign(trimmed);
-  const bool negative = trimmed.front() == '-';
-  const bool whole = digitsAt(rest, 0) == rest.size();
-  ExprPtr number =
+  const std::string_view number = trimmed(text.text);
+  const std::string_view rest = withoutSign(number);
+  const bool whole = isWholeNumber(rest);
+  ExprPtr literal =
       makeNode(ExprKind::Number, text.at, whole ? ColumnType::Integer : ColumnType::Decimal);
-  number->text = rest;
-  if (!negative) return number;
-  ExprPtr result = makeNode(ExprKind::Negate, text.at, number->type);
+  literal->text = rest;
+  if (number.front() != '-') return literal;
+  ExprPtr result = makeNode(ExprKind::Negate, text.at, literal->type);
   result->height = 2;
-  result->args.push_back(std::move(number));
+  result->args.push_back(std::move(literal));
   return result;
 }
 
-// A number literal as text. Leading zeros of a whole one do not count.
+// Returns a number literal as text. A whole number loses its leading zeros: a column that holds '7'
+// equals 007 in every dialect.
 std::string spelling(const Expr& number) {
   if (number.kind == ExprKind::Negate) return "-" + spelling(*number.args[0]);
-  const bool whole = digitsAt(number.text, 0) == number.text.size();
+  if (!isWholeNumber(number.text)) return number.text;
   const std::size_t first = number.text.find_first_not_of('0');
-  if (!whole) return number.text;
   return first == std::string::npos ? "0" : number.text.substr(first);
 }
 
-// Signs before a sign are no spelling of a number.
+// True for a number literal with one sign at most. -(-5) is a literal too, but its digits and signs
+// are no text for it.
 bool isSpelled(const Expr& expr) {
   if (expr.kind == ExprKind::Negate) return expr.args[0]->kind == ExprKind::Number;
   return expr.kind == ExprKind::Number;
@@ -116,13 +114,16 @@ void toNumber(ExprPtr& text) {
                  (**number)->at);
 }
 
-// Which of the values the literals have to follow.
+// Returns whether the literals have to follow the texts; otherwise they follow the numbers. A value
+// that is no literal decides, since it cannot change. Between literals numbers decide, unless one
+// of them is to be chosen and a text spells no number: COALESCE(5, 'none') has to be a text.
 bool textsDecide(const std::vector<ExprPtr*>& values, Meeting meeting) {
   bool text = false;
   bool number = false;
   bool spelled = true;
   for (const ExprPtr* pointer : values) {
     const Expr& value = **pointer;
+    // -(-5) counts as no literal here, see isSpelled().
     const bool isText = value.type == ColumnType::Text;
     text = text || (isText && value.kind != ExprKind::Text);
     number = number || (isNumber(value.type) && !isSpelled(value));
@@ -135,6 +136,8 @@ bool textsDecide(const std::vector<ExprPtr*>& values, Meeting meeting) {
 void followTexts(const std::vector<ExprPtr*>& values, Meeting meeting) {
   for (ExprPtr* value : values) {
     if (!isNumber((*value)->type)) continue;
+    // A decimal has several spellings, 1.5 and 1.50, of which a text holds only one. Order by text
+    // is not order by number.
     if (!isSpelledWhole(**value) || meeting == Meeting::Ordered) failMixed(values, "text");
     spell(*value);
   }
@@ -157,11 +160,13 @@ void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
     }
     value = std::move(number);
   }
+  // SQLite would store the fraction in a column of whole numbers, PostgreSQL would round it; the
+  // dialects cut it, as their casts do.
   const bool cut = type == ColumnType::Integer && value->type == ColumnType::Decimal;
   if (cut || value->type == ColumnType::Text) castTo(type, value);
 }
 
-// The only column of a subquery. A * tells no type, and so is none that is a text.
+// Converts the only column of a subquery. The type of a * is unknown, so it is never a text.
 void rowsToDates(Select& rows) {
   for (SelectCore& core : rows.cores) {
     ExprPtr& value = core.items.front().value;
@@ -169,6 +174,8 @@ void rowsToDates(Select& rows) {
   }
 }
 
+// The engines' own conversions differ: SQLite writes a decimal as it keeps it, with or without a
+// fraction, and PostgreSQL with its trailing zeros.
 void assignToText(ExprPtr& value) {
   if (!isNumber(value->type)) return;
   if (isSpelled(*value)) {
@@ -181,7 +188,7 @@ void assignToText(ExprPtr& value) {
 }  // namespace
 
 bool spellsNumber(std::string_view text) {
-  const std::string_view rest = withoutSign(withoutBlanks(text));
+  const std::string_view rest = withoutSign(trimmed(text));
   return !rest.empty() && numberLength(rest) == rest.size();
 }
 
@@ -200,6 +207,7 @@ bool isLiteral(const Expr& expr) {
 }
 
 void typeNull(Expr& value, ColumnType type) {
+  // The first type stays: it is that of the innermost place.
   if (value.kind == ExprKind::Null && value.type == ColumnType::Unknown) value.type = type;
 }
 
@@ -209,6 +217,8 @@ void castTo(ColumnType type, ExprPtr& value) {
   value->type = type;
 }
 
+// SQLite compares dates as texts. Both sides must have the stored form, or '20240131' would come
+// after '2024-02-01 00:00:00'.
 void toDate(ExprPtr& value) {
   if (value->kind == ExprKind::Text) {
     const std::optional<std::string> date = storedDate(value->text);
@@ -229,6 +239,7 @@ void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting) {
   const bool numbers = any(isNumber);
   const bool texts = any([](ColumnType type) { return type == ColumnType::Text; });
   if (any([](ColumnType type) { return type == ColumnType::Date; })) {
+    // The number of a date counts from a day that differs between the dialects.
     if (numbers) failMixed(values, "date");
     for (ExprPtr* value : values) {
       if ((*value)->type == ColumnType::Text) toDate(*value);
@@ -242,6 +253,8 @@ void bringToRows(ExprPtr& value, Select& rows) {
   if (!rows.cores.front().items.front().value) return;
   const ColumnType other = unitedType(rows, 0);
   if (value->type == ColumnType::Unknown || other == ColumnType::Unknown) return;
+  // No literal follows the others, unlike in bringTogether(): only the common type of the rows is
+  // known here, not which of them are literals.
   if (isNumber(value->type) != isNumber(other)) {
     const ColumnType kind = isNumber(value->type) ? other : value->type;
     throw SqlError(std::string("a number meets a ") + (kind == ColumnType::Date ? "date" : "text") +
@@ -259,6 +272,7 @@ void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
 }
 
 void requireNumber(ExprPtr& value, std::string_view what) {
+  // PostgreSQL refuses SUM of a NULL without a type.
   typeNull(*value, ColumnType::Decimal);
   if (value->type == ColumnType::Date) {
     throw SqlError(std::string(what) + " takes numbers, not dates", value->at);

@@ -1,7 +1,9 @@
-// Bringing values of a syntax tree to one type where they meet. Engines differ in what they convert
-// by themselves, so nothing is left to them: a literal is written as what it has to be, other texts
-// are converted where that is safe, and the rest is refused. What has no known type stays as it is.
 #pragma once
+
+// Conversion of values of a syntax tree to one type where they meet. Engines differ in what they
+// convert by themselves, so nothing is left to them: a literal is written as the type that it has
+// to have, other texts are converted where that is safe, and the rest is refused. A value of
+// unknown type is never changed.
 
 #include "qxdesk/sql/ast.h"
 
@@ -10,39 +12,45 @@
 
 namespace qx::sql {
 
+/// True for a number, a text, a date or NULL, and for a number with signs.
 bool isLiteral(const Expr& expr);
 
-// True for digits with a sign, a point and an exponent as may be, and blanks around them.
+/// True for digits with an optional sign, point and exponent, and blanks around them.
 bool spellsNumber(std::string_view text);
 
-// NULL, which has no type by itself, takes the place of a value of this one.
+/// Gives a NULL that has no type yet the type of the value in whose place it is.
 void typeNull(Expr& value, ColumnType type);
 
+/// Wraps `value` in a CAST to `type`.
 void castTo(ColumnType type, ExprPtr& value);
 
-// A text becomes a date; a literal of the stored form. Raises SqlError for a literal that is none.
+/// Makes a date of a text; a literal gets the stored form. Throws SqlError for a literal that is no
+/// date.
 void toDate(ExprPtr& value);
 
-// How values meet: compared for equality, compared by order, or as results to choose from.
+/// The ways in which values meet: compared for equality, compared by order, or as results of which
+/// one is chosen.
 enum class Meeting { Equal, Ordered, Choice };
 
-// Dates and texts become dates. Of numbers and texts the literals follow the others: a text becomes
-// a number, a whole number a text (not where the order counts, since '10' < '9'). Raises SqlError
-// for texts that do not read so, and for values of both kinds that are no literals.
+/// Brings values that meet to one type. Beside a date, texts become dates. Of numbers and texts,
+/// the literals follow the others: a text becomes a number, a whole number a text (not where the
+/// order counts, since '10' < '9'). Throws SqlError for a text that has no such form, and if values
+/// of both kinds are no literals.
 void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting);
 
-// Dates and texts become dates where a value is tested against the rows of a subquery. Raises
-// SqlError when the two are of different kinds.
+/// Brings a value and the rows of the subquery with which it is compared to one type: texts become
+/// dates on either side. Throws SqlError if a number meets another kind.
 void bringToRows(ExprPtr& value, Select& rows);
 
-// Makes the value one that `column`, which is of this type, takes. Raises SqlError for a literal
-// that it does not take.
+/// Makes of the value one that `column`, which has this type, takes. Throws SqlError for a literal
+/// that it does not take.
 void assignTo(std::string_view column, ColumnType type, ExprPtr& value);
 
-// A literal text becomes a number; any other text is refused, since `what` takes numbers.
+/// Makes a number of a literal text. Throws SqlError for any other text and for a date, saying that
+/// `what` takes numbers.
 void requireNumber(ExprPtr& value, std::string_view what);
 
-// A text becomes a date. Raises SqlError for a number and for a literal that is no date.
+/// Makes a date of a text. Throws SqlError for a number and for a literal that is no date.
 void requireDate(ExprPtr& value);
 
 }  // namespace qx::sql

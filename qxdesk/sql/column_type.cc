@@ -8,6 +8,8 @@
 namespace qx::sql {
 namespace {
 
+// The types by which this system declares columns, and those of tables that others have made. A
+// type that is not listed is unknown rather than guessed: its values are then never converted.
 constexpr std::pair<std::string_view, ColumnType> kDeclarations[] = {
     {"char", ColumnType::Text},       {"nchar", ColumnType::Text},
     {"character", ColumnType::Text},  {"varchar", ColumnType::Text},
@@ -38,6 +40,7 @@ ColumnType typeOfDeclaration(std::string_view declaration) {
 ColumnType commonType(ColumnType a, ColumnType b) {
   if (a == ColumnType::Unknown) return b;
   if (isNumber(a) && isNumber(b)) return std::max(a, b);
+  // Values of other kinds have been brought to one by bringTogether(), where they meet.
   return a;
 }
 

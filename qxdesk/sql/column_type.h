@@ -1,33 +1,37 @@
-// The kinds of values that a result column may have, and how a declared type of a column maps to
-// them.
 #pragma once
+
+// The kinds of values that a column may have, and the kind of a declared type.
 
 #include <string_view>
 
 namespace qx::sql {
 
+/// Decimal follows Integer, as commonType() needs it.
 enum class ColumnType { Unknown, Text, Integer, Decimal, Date };
 
-// Kind of a declared type such as "nvarchar(50)", "decimal(21,6)", "datetime", "int";
-// Unknown for anything else. Case does not matter, nor what stands in brackets.
+/// Returns the kind of a declared type such as "nvarchar(50)", "decimal(21,6)", "datetime" or
+/// "int", in any case; Unknown for any other type. A length or scale in brackets does not count.
 ColumnType typeOfDeclaration(std::string_view declaration);
 
 bool isNumber(ColumnType type);
 
-// The kind that holds values of both: the wider of two numbers, else the first known one.
+/// Returns the kind that holds values of both: the wider of two numbers, otherwise the first kind
+/// that is known.
 ColumnType commonType(ColumnType a, ColumnType b);
 
-// What is known of the columns of the database. The front end asks it to tell dates from texts, and
-// columns from what engines take for one in ways of their own.
+/// The columns of the database as far as they are known. The front end asks for them to distinguish
+/// dates from texts, and to refuse names that an engine would take for something else than a
+/// column.
 class Catalog {
  public:
   virtual ~Catalog() = default;
 
-  // Unknown for a table or column that does not exist. Names compare case-insensitively.
+  /// Returns the type of a column; Unknown if the table or the column does not exist. Names are
+  /// compared in any case.
   virtual ColumnType columnType(std::string_view table, std::string_view column) const = 0;
 
-  // True when the table is there and has no such column. What an engine lets be named besides, such
-  // as the place of a row, is none.
+  /// True if the table exists and has no such column. Further names that an engine accepts there,
+  /// such as rowid, are no columns.
   virtual bool lacksColumn(std::string_view /*table*/, std::string_view /*column*/) const {
     return false;
   }

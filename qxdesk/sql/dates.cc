@@ -1,5 +1,7 @@
 #include "qxdesk/sql/dates.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -20,11 +22,11 @@ class Reader {
     return true;
   }
 
-  // A number of exactly `width` digits; clears ok() otherwise.
+  // Returns a number of exactly `width` digits; clears ok() if there are fewer.
   int digits(std::size_t width) {
     int value = 0;
     for (std::size_t i = 0; i < width; ++i) {
-      if (rest_.empty() || rest_.front() < '0' || rest_.front() > '9') {
+      if (rest_.empty() || !isDigit(rest_.front())) {
         ok_ = false;
         return 0;
       }
@@ -35,7 +37,7 @@ class Reader {
   }
 
   void skipDigits() {
-    while (!rest_.empty() && rest_.front() >= '0' && rest_.front() <= '9') rest_.remove_prefix(1);
+    while (!rest_.empty() && isDigit(rest_.front())) rest_.remove_prefix(1);
   }
 
   bool ok() const { return ok_; }
@@ -44,12 +46,6 @@ class Reader {
   std::string_view rest_;
   bool ok_ = true;
 };
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  return text;
-}
 
 int daysOfMonth(int year, int month) {
   constexpr std::array<int, 13> kDays = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -66,7 +62,7 @@ struct Moment {
   }
 };
 
-// The time behind the day; false when something else stands there.
+// Reads the time that may follow the day. Returns false if anything else follows.
 bool readTime(Reader& reader, Moment& moment) {
   if (reader.empty()) return true;
   if (!reader.accept(' ') && !reader.accept('T')) return false;
@@ -84,6 +80,7 @@ std::optional<Moment> readMoment(std::string_view text) {
   Reader reader(trimmed(text));
   Moment moment{};
   moment.year = reader.digits(4);
+  // Two dashes or none: 2024-0131 is no form of any dialect.
   const bool dashes = reader.accept('-');
   moment.month = reader.digits(2);
   if (dashes && !reader.accept('-')) return std::nullopt;
@@ -93,6 +90,7 @@ std::optional<Moment> readMoment(std::string_view text) {
 }
 
 std::string storedForm(const Moment& moment) {
+  // Room for six numbers of any size, so that the compiler sees no text cut.
   std::array<char, 72> stored{};
   std::snprintf(stored.data(), stored.size(), "%04d-%02d-%02d %02d:%02d:%02d", moment.year,
                 moment.month, moment.day, moment.hour, moment.minute, moment.second);
@@ -118,6 +116,7 @@ std::int64_t secondsOf(const Moment& moment) {
 
 Moment momentOf(std::int64_t seconds) {
   const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+  // Rounded down and not towards 0, for the times before 1970.
   const auto days = std::chrono::floor<std::chrono::days>(time);
   const std::chrono::year_month_day date(days);
   const auto ofDay = static_cast<int>((time - days).count());
@@ -141,6 +140,7 @@ std::optional<std::string> movedDate(std::string_view stored, std::int64_t count
   const std::optional<Moment> moment = readMoment(stored);
   if (!moment) return std::nullopt;
   const std::int64_t from = secondsOf(*moment);
+  // Divided instead of multiplied: the product of an add-on's number could overflow.
   if (count > (kLast - from) / seconds || count < -((from - kFirst) / seconds)) {
     return std::nullopt;
   }

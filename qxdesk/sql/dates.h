@@ -1,6 +1,7 @@
-// Dates as the company database keeps them: text of the one form "YYYY-MM-DD HH:MM:SS", so that
-// the order of texts is the order of times.
 #pragma once
+
+// Dates as the company database keeps them: text of the one form "YYYY-MM-DD HH:MM:SS", so that the
+// order of texts is the order of times.
 
 #include <cstdint>
 #include <optional>
@@ -9,13 +10,14 @@
 
 namespace qx::sql {
 
-// The stored form of a date written as YYYYMMDD, YYYY-MM-DD, or one of them with a blank or T and
-// a time HH:MM or HH:MM:SS (a fraction of seconds is cut). Blanks around it do not count. Nothing
-// when it is no such form or no day of the calendar (years 1 to 9999).
+/// Returns the stored form of a date written as YYYYMMDD or YYYY-MM-DD, with an optional time: a
+/// blank or T, then HH:MM or HH:MM:SS, whose fraction of a second is cut. Blanks around the date do
+/// not count. Returns nothing for another form and for a day that is not in the calendar of the
+/// years 1 to 9999.
 std::optional<std::string> storedDate(std::string_view text);
 
-// The date so many times `seconds`, which is above 0, after one of the stored form; before it where
-// `count` is negative. Nothing when that lies outside of the years 1 to 9999.
+/// Returns the date that is `count` times `seconds` after one of the stored form, or before it if
+/// `count` is negative. `seconds` must be above 0. Returns nothing outside of the years 1 to 9999.
 std::optional<std::string> movedDate(std::string_view stored, std::int64_t count,
                                      std::int64_t seconds);
 

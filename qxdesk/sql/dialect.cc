@@ -1,5 +1,7 @@
 #include "qxdesk/sql/dialect.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <algorithm>
 #include <array>
 
@@ -14,11 +16,13 @@ constexpr unsigned kDb2 = bit(Dialect::Db2);
 constexpr unsigned kKordb = bit(Dialect::Kordb);
 constexpr unsigned kBrackets = kMssql | kSybase;
 constexpr unsigned kAll = kMssql | kSybase | kDb2 | kKordb;
-constexpr int kMany = 100;
+constexpr int kMany = 100;  // far more than anyone writes, and within SQLite's limit of 127
 
+// MSSQL and Sybase share all but the name.
 constexpr DialectTraits kBracketTraits = {
     .name = "MSSQL",
     .bracketNames = true,
+    // A server setting decides there whether "x" is a name or a text; neither reading is safe.
     .quotedNames = false,
     .quotedAliases = false,
     .textAliases = true,
@@ -46,6 +50,8 @@ constexpr DialectTraits sybaseTraits() {
 constexpr DialectTraits kDb2Traits = {
     .name = "DB2",
     .bracketNames = false,
+    // Quotes make a name case-sensitive there. For a column that would change its meaning; an alias
+    // of the statement itself keeps it. See NameParser::checkQuotedReferences.
     .quotedNames = false,
     .quotedAliases = true,
     .textAliases = false,
@@ -57,7 +63,7 @@ constexpr DialectTraits kDb2Traits = {
     .plusJoinsText = false,
     .likeSets = false,
     .wholeAverage = true,
-    .nullsHigh = true,
+    .nullsHigh = true,  // the only dialect; without it rows would silently come in another order
     .currentWords = true,
     .currentUnderscore = false,
     .durations = true,
@@ -77,7 +83,7 @@ constexpr DialectTraits kKordbTraits = {
     .selectWithoutFrom = true,
     .plusJoinsText = false,
     .likeSets = false,
-    .wholeAverage = false,
+    .wholeAverage = false,  // AVG of 1 and 2 is 1.5 here and 1 in the others
     .nullsHigh = false,
     .currentWords = false,
     .currentUnderscore = true,
@@ -85,9 +91,13 @@ constexpr DialectTraits kKordbTraits = {
     .nowText = "CURRENT_TIMESTAMP",
 };
 
+// In the order of the enumeration.
 constexpr std::array<DialectTraits, 4> kTraits = {kBracketTraits, sybaseTraits(), kDb2Traits,
                                                   kKordbTraits};
 
+// Names that look alike may differ in meaning: LEN ignores trailing blanks and LENGTH counts them.
+// The argument counts of AddTime, DaysBetween, Cast and Convert are not checked against this table,
+// since their arguments have forms of their own (FunctionParser).
 constexpr FunctionRule kFunctions[] = {
     {"COUNT", Function::Count, 1, 1, kAll},
     {"MAX", Function::Max, 1, 1, kAll},
@@ -121,12 +131,12 @@ constexpr FunctionRule kFunctions[] = {
     {"ROUND", Function::Round, 2, 2, kAll},
 };
 
-char upperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 }  // namespace
 
-Dialect dialectOf(int engine) {
-  switch (engine) {
+// The numbers are those of qx::DbServerType. Any other one takes the dialect of a company that
+// names no server type.
+Dialect dialectOf(int serverType) {
+  switch (serverType) {
     case 2:
       return Dialect::Db2;
     case 3:
@@ -154,14 +164,17 @@ bool isFunctionOfAnyDialect(std::string_view name) {
                      [name](const FunctionRule& rule) { return sameName(rule.name, name); });
 }
 
+// Only ASCII letters are folded: SQLite compares names so, and the fold of further letters would
+// depend on a version of Unicode.
 bool sameName(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return upperAscii(x) == upperAscii(y); });
+                    [](char x, char y) { return toUpperAscii(x) == toUpperAscii(y); });
 }
 
 bool NameLess::operator()(std::string_view a, std::string_view b) const {
-  return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
-                                      [](char x, char y) { return upperAscii(x) < upperAscii(y); });
+  return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return toUpperAscii(x) < toUpperAscii(y);
+  });
 }
 
 }  // namespace qx::sql

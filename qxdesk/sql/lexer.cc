@@ -1,6 +1,7 @@
 #include "qxdesk/sql/lexer.h"
 
-#include "qxdesk/sql/utf8.h"
+#include "qxframework/automation/ascii.h"
+#include "qxframework/automation/utf.h"
 
 #include <array>
 #include <cstdio>
@@ -11,12 +12,10 @@ namespace {
 constexpr std::array<std::string_view, 5> kLongSymbols = {"<=", ">=", "<>", "!=", "||"};
 constexpr std::string_view kSymbols = "=<>+-*/%().,;";
 
-bool isBlank(char32_t c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool isDigit(char32_t c) { return c >= '0' && c <= '9'; }
-
-// Beyond ASCII everything names, but for blanks, controls and the invisible format characters.
+// Beyond ASCII every character may be part of a name but blanks, controls and invisible ones: a
+// name with one of those in it would look like another name, or like two.
 bool startsName(char32_t c) {
-  if (c < 0x80) return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+  if (c < 0x80) return isLetter(c) || c == '_';
   return c > 0xA0 && c != 0xAD && (c < 0x2000 || c > 0x206F) && c != 0x3000 && c != 0xFEFF;
 }
 
@@ -44,10 +43,11 @@ class Lexer {
   }
 
  private:
-  // The character here; 0 at the end.
+  // Returns the next character; 0 at the end. A zero character within the text cannot be confused
+  // with that, since it is refused: SQLite and some drivers take it for the end of the statement.
   char32_t peek() {
     if (offset_ >= text_.size()) return 0;
-    const auto character = readUtf8(text_, offset_);
+    const auto character = codePointAt(text_, offset_);
     if (!character) throw SqlError("the statement is not valid UTF-8", at_);
     if (character->value == 0) throw SqlError("the statement holds a zero character", at_);
     return character->value;
@@ -59,10 +59,10 @@ class Lexer {
     return text_.substr(offset_, prefix.size()) == prefix;
   }
 
-  // Steps over the character here. CR, LF and the pair of both end a line.
+  // CR, LF and the pair of both end a line. Columns count characters and not bytes, as editors do.
   void advance() {
     const char32_t c = peek();
-    offset_ += readUtf8(text_, offset_)->length;
+    offset_ += codePointAt(text_, offset_)->length;
     if (c == '\n' || (c == '\r' && !startsWith("\n"))) {
       ++at_.line;
       at_.column = 1;
@@ -77,11 +77,12 @@ class Lexer {
 
   void skipBlanksAndComments() {
     for (;;) {
+      // Before symbols are cut, since - and / are symbols too.
       if (startsWith("--")) {
         while (!atEnd() && peek() != '\n' && peek() != '\r') advance();
       } else if (startsWith("/*")) {
         skipBlockComment();
-      } else if (!atEnd() && isBlank(peek())) {
+      } else if (!atEnd() && isSpace(peek())) {
         advance();
       } else {
         return;
@@ -89,6 +90,8 @@ class Lexer {
     }
   }
 
+  // Comments nest, as in PostgreSQL but not in SQLite. They end here and reach neither engine, so
+  // that both run the same text.
   void skipBlockComment() {
     const Position start = at_;
     int open = 0;
@@ -117,6 +120,7 @@ class Lexer {
 
   void fill(Token& token) {
     const char32_t c = peek();
+    // N'x' before names, which may begin with N.
     if (c == '\'' || startsWith("N'") || startsWith("n'")) {
       token.kind = TokenKind::Text;
       if (c != '\'') advance();
@@ -138,8 +142,8 @@ class Lexer {
 
   void fillNumberOrSymbol(Token& token) {
     const char32_t c = peek();
-    const bool pointFirst =
-        c == '.' && offset_ + 1 < text_.size() && isDigit(static_cast<unsigned char>(at(1)));
+    // .5 is a number, but the point of T0.a is not.
+    const bool pointFirst = c == '.' && offset_ + 1 < text_.size() && isDigit(at(1));
     if (isDigit(c) || pointFirst) {
       token.kind = TokenKind::Number;
       token.text = number(token.at);
@@ -151,8 +155,8 @@ class Lexer {
 
   char at(std::size_t distance) const { return text_[offset_ + distance]; }
 
-  // The text between the character here and `close`, which counts as content when doubled. The
-  // token starts at `start`.
+  // Returns the text between the next character and `close`, which is content if it is doubled. An
+  // unclosed text is reported where its token starts, not at the end of the statement.
   std::string enclosed(char close, Position start, const char* unclosed) {
     std::string content;
     advance();
@@ -186,10 +190,11 @@ class Lexer {
   }
 
   void skipExponent() {
+    // An e without digits is no exponent; number() then refuses it as a name.
     std::size_t digit = 1;
     if (startsWith("e+") || startsWith("e-") || startsWith("E+") || startsWith("E-")) digit = 2;
     const bool exponent = (startsWith("e") || startsWith("E")) && offset_ + digit < text_.size() &&
-                          isDigit(static_cast<unsigned char>(at(digit)));
+                          isDigit(at(digit));
     if (!exponent) return;
     advance(digit);
     skipDigits();
@@ -203,6 +208,7 @@ class Lexer {
       skipDigits();
     }
     skipExponent();
+    // "SELECT 1a" would otherwise be the number 1 under the name a, and 1.2.3 two numbers.
     if (!atEnd() && (continuesName(peek()) || peek() == '.')) {
       throw SqlError("a blank or an operator is expected behind the number " +
                          std::string(text_.substr(from, offset_ - from)),

@@ -1,7 +1,8 @@
-// Cuts a statement text into tokens. Names and literals come out decoded (doubled quotes undone),
-// comments are skipped (block comments nest). All dialects' forms are cut alike here; whether a
-// form belongs to the dialect is the parser's question, which knows what to write instead.
 #pragma once
+
+// Cuts a statement text into tokens. Names and literals come out decoded (doubled quotes undone),
+// comments are skipped (block comments nest). All dialects' forms are cut alike here. The parser
+// decides which of them the dialect has, since it can say what to write instead.
 
 #include "qxdesk/sql/sql_error.h"
 
@@ -24,14 +25,14 @@ enum class TokenKind {
 
 struct Token {
   TokenKind kind = TokenKind::End;
-  std::string text;         // decoded
-  std::string_view source;  // as written; points into the lexed text
+  std::string text;         ///< decoded
+  std::string_view source;  ///< as written; points into the lexed text
   Position at;
 };
 
-// The tokens of `utf8`, the last one being End. Raises SqlError for a text that is not UTF-8, holds
-// a zero character, a character that no dialect has, or a string, name or comment that is not
-// closed. The tokens refer to `utf8`, which must outlive them.
+/// Returns the tokens of `utf8`, the last one being End. They refer to `utf8`, which must outlive
+/// them. Throws SqlError for a text that is not UTF-8, for a zero character, for a character that
+/// no dialect has, and for a string, name or comment that is not closed.
 std::vector<Token> lex(std::string_view utf8);
 
 }  // namespace qx::sql

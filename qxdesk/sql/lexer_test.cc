@@ -24,12 +24,12 @@ TEST(Lexer, ReadsNumbersWithPointAndExponent) {
             (std::vector<std::string>{"1", "1.5", ".5", "2.", "1E5", "1.5e-07", "2E+3", ""}));
 }
 
-TEST(Lexer, TakesTheLongestSymbol) {
+TEST(Lexer, ReadsTheLongestSymbolFirst) {
   EXPECT_EQ(texts("<=<>>=!=||<="),
             (std::vector<std::string>{"<=", "<>", ">=", "!=", "||", "<=", ""}));
 }
 
-TEST(Lexer, CountsLinesAndCharacters) {
+TEST(Lexer, CountsLinesAndCharactersFromOne) {
   const std::vector<Token> tokens = lex("é a\r\nb\rc\nd 'x\ny' e");
   std::vector<std::pair<int, int>> places;
   for (const Token& token : tokens) places.emplace_back(token.at.line, token.at.column);
@@ -43,8 +43,27 @@ TEST(Lexer, KeepsTheSourceOfATokenForMessages) {
   EXPECT_EQ(tokens[2].source, "");
 }
 
-TEST(Lexer, TakesLettersOfAnyScriptAsNames) {
+TEST(Lexer, AcceptsNamesInAnyScript) {
   EXPECT_EQ(texts("größe 漢字"), (std::vector<std::string>{"größe", "漢字", ""}));
+}
+
+TEST(Lexer, SkipsCommentsAndEveryKindOfBlank) {
+  EXPECT_EQ(texts("a\t\n\v\f\r b--c\nd /* e /* f */ g */ h --"),
+            (std::vector<std::string>{"a", "b", "d", "h", ""}));
+}
+
+TEST(Lexer, DistinguishesAPointAfterANameFromADecimalPoint) {
+  EXPECT_EQ(texts("T0.a T0 .5 a.*"),
+            (std::vector<std::string>{"T0", ".", "a", "T0", ".5", "a", ".", "*", ""}));
+}
+
+TEST(Lexer, AssignsEveryTokenItsKind) {
+  std::vector<TokenKind> kinds;
+  for (const Token& token : lex("a @b [c] \"d\" 'e' N'f' 1 +")) kinds.push_back(token.kind);
+  EXPECT_EQ(kinds,
+            (std::vector<TokenKind>{TokenKind::Name, TokenKind::AtName, TokenKind::BracketName,
+                                    TokenKind::QuotedName, TokenKind::Text, TokenKind::Text,
+                                    TokenKind::Number, TokenKind::Symbol, TokenKind::End}));
 }
 
 }  // namespace

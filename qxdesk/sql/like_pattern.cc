@@ -1,6 +1,6 @@
 #include "qxdesk/sql/like_pattern.h"
 
-#include "qxdesk/sql/utf8.h"
+#include "qxframework/automation/utf.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,7 +15,7 @@ namespace {
 std::vector<char32_t> decoded(std::string_view text) {
   std::vector<char32_t> characters;
   for (std::size_t i = 0; i < text.size();) {
-    const auto character = readUtf8(text, i);
+    const auto character = codePointAt(text, i);
     characters.push_back(character ? character->value
                                    : 0x110000U + static_cast<unsigned char>(text[i]));
     i += character ? character->length : 1;

@@ -1,7 +1,8 @@
-// Numbers as digits: what double a spelling means, and how a double is spelled. A company keeps
-// decimals as doubles or as what reads as them, so that the value that a statement spells is the
-// value that comes back, on every engine.
 #pragma once
+
+// Numbers as digits: the double that a spelling means, and the spelling of a double. A company
+// keeps decimals as doubles or as values that read as doubles, so the value that a statement spells
+// is the value that comes back, on every engine.
 
 #include <optional>
 #include <string>
@@ -9,18 +10,22 @@
 
 namespace qx::sql {
 
-// The double nearest to a number without a sign, in the form of a statement: digits with a point
-// and an exponent as may be. Below the smallest it is 0; nothing beyond the largest.
+/// True if a number in the form of a statement has no point and no exponent.
+bool isWholeNumber(std::string_view number);
+
+/// Returns the double nearest to a number without a sign, in the form of a statement: digits with
+/// an optional point and exponent. A number below the smallest double is 0; for one beyond the
+/// largest, nothing is returned.
 std::optional<double> nearestDouble(std::string_view number);
 
-// True when the number, read as SQLite does it with whole numbers of 64 bits and long doubles, is
-// sure to become itself or its nearest double. That is so for most that people write; numbers that
-// lie close to the middle between two doubles, of many digits or with great exponents may become
-// the wrong one.
+/// True if SQLite, which reads whole numbers with 64 bits and others as long doubles, is sure to
+/// take the number for itself or for its nearest double. That holds for most numbers that people
+/// write. Numbers of many digits or with great exponents may lie so close to the middle between two
+/// doubles that SQLite takes the wrong one.
 bool readsExactly(std::string_view number);
 
-// A finite double by the 15 digits that are certain, without an exponent and without zeros behind
-// the last one that counts.
+/// Returns a finite double with the 15 digits that are certain, without an exponent and without
+/// trailing zeros after the point.
 std::string plainText(double value);
 
 }  // namespace qx::sql

@@ -12,7 +12,16 @@
 namespace qx::sql {
 namespace {
 
-TEST(NearestDouble, ReadsEveryFormOfAStatement) {
+TEST(IsWholeNumber, HoldsForDigitsOnly) {
+  for (const char* number : {"0", "007", "123456789012345678901234567890"}) {
+    EXPECT_TRUE(isWholeNumber(number)) << number;
+  }
+  for (const char* number : {"1.", ".5", "1.0", "1e2", "1E+2", "-1", " 1"}) {
+    EXPECT_FALSE(isWholeNumber(number)) << number;
+  }
+}
+
+TEST(NearestDouble, ReadsEveryFormOfNumber) {
   EXPECT_EQ(nearestDouble("0"), 0.0);
   EXPECT_EQ(nearestDouble("007"), 7.0);
   EXPECT_EQ(nearestDouble("12.50"), 12.5);
@@ -24,7 +33,7 @@ TEST(NearestDouble, ReadsEveryFormOfAStatement) {
   EXPECT_EQ(nearestDouble("0.3000000000000000444089209850062616169452667236328125"), 0.1 + 0.2);
 }
 
-TEST(NearestDouble, EndsWithTheLargestAndTheSmallest) {
+TEST(NearestDouble, IsZeroBelowTheSmallestAndNothingAboveTheLargest) {
   EXPECT_EQ(nearestDouble("1.7976931348623157e308"), std::numeric_limits<double>::max());
   EXPECT_FALSE(nearestDouble("1.79769313486232E+308"));
   EXPECT_FALSE(nearestDouble("1e400"));
@@ -38,7 +47,7 @@ TEST(NearestDouble, EndsWithTheLargestAndTheSmallest) {
   EXPECT_EQ(nearestDouble(std::string(400, '0') + "1"), 1.0);
 }
 
-TEST(ReadsExactly, KnowsWhatEveryoneWrites) {
+TEST(ReadsExactly, HoldsForEverydayNumbers) {
   for (const char* number :
        {"0", "0.000", "1", "12.5", "0.1", "12.345678", "999999999.999999", "1e22",
         "123456789012345678", "9223372036854775807", "9223372036854775808"}) {
@@ -46,15 +55,16 @@ TEST(ReadsExactly, KnowsWhatEveryoneWrites) {
   }
 }
 
-TEST(ReadsExactly, LeavesOutWhatMayGoWrong) {
+TEST(ReadsExactly, ExcludesNumbersThatMayBeRoundedWrongly) {
   for (const char* number : {"1e300", "1.5E-300", "1234567890.123456789", "9223372036854775809",
                              "0.30000000000000004441", "1e400"}) {
     EXPECT_FALSE(readsExactly(number)) << number;
   }
 }
 
-// Numbers of as many digits as doubles have and of exponents around those of everyday.
-TEST(ReadsExactly, HoldsInTheEngine) {
+// Draws numbers of up to 15 digits, as many as a double holds for certain, with exponents from -25
+// to 24.
+TEST(ReadsExactly, AgreesWithSqlite) {
   test::SqliteConnection database;
   std::mt19937 random(20240131);
   int exact = 0;

@@ -1,6 +1,4 @@
-// The expression half of the parser. Values and conditions share one grammar, since both may stand
-// in brackets; what a place needs is checked when the expression is complete.
-#include "qxdesk/sql/parser.h"
+#include "qxdesk/sql/parser_expression.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,313 +6,316 @@
 namespace qx::sql {
 namespace {
 
-constexpr int kMaxHeight = 200;
 constexpr int kCaseWeight = 3;
 constexpr std::string_view kComparisons[] = {"=", "<>", "!=", "<", "<=", ">", ">="};
 
+// ExprKind lists the values first and the conditions from Compare on.
+bool isCondition(const Expr& expr) { return expr.kind >= ExprKind::Compare; }
+
+void requireValue(const Expr& expr) {
+  if (!isCondition(expr)) return;
+  throw SqlError("a value is expected here, not a condition", expr.at);
+}
+
+void requireCondition(const Expr& expr) {
+  if (isCondition(expr)) return;
+  throw SqlError("a condition is expected here, not a value; compare it with something", expr.at);
+}
+
+void addValue(Expr& parent, ExprPtr value) {
+  requireValue(*value);
+  addArgument(parent, std::move(value));
+}
+
+void addCondition(Expr& parent, ExprPtr condition) {
+  requireCondition(*condition);
+  addArgument(parent, std::move(condition));
+}
+
+bool isComparison(const Token& token) {
+  return token.kind == TokenKind::Symbol &&
+         std::find(std::begin(kComparisons), std::end(kComparisons), token.text) !=
+             std::end(kComparisons);
+}
+
 }  // namespace
 
-ExprPtr Parser::node(ExprKind kind, Position at) const {
-  auto result = std::make_unique<Expr>();
-  result->kind = kind;
-  result->at = at;
-  return result;
-}
-
-// Adds a child. The height is limited, since all that walks the tree recurses.
-void Parser::grow(Expr& parent, ExprPtr child) const {
-  parent.height = std::max(parent.height, child->height + 1);
-  if (parent.height > kMaxHeight) {
-    throw SqlError("the expression is too long; at most 200 operators in a row", parent.at);
-  }
-  parent.args.push_back(std::move(child));
-}
-
-ExprPtr Parser::value() {
+ExprPtr ExpressionParser::value() {
   ExprPtr result = orExpression();
   requireValue(*result);
   return result;
 }
 
-ExprPtr Parser::condition() {
+ExprPtr ExpressionParser::condition() {
   ExprPtr result = orExpression();
   requireCondition(*result);
   return result;
 }
 
-void Parser::requireValue(const Expr& expr) const {
-  if (expr.kind < ExprKind::Compare) return;
-  throw SqlError("a value is expected here, not a condition", expr.at);
-}
-
-void Parser::requireCondition(const Expr& expr) const {
-  if (expr.kind >= ExprKind::Compare) return;
-  throw SqlError("a condition is expected here, not a value; compare it with something", expr.at);
-}
-
-ExprPtr Parser::orExpression() {
+// One node holds a whole chain, so that a condition of a thousand alternatives is not a tree a
+// thousand levels high.
+ExprPtr ExpressionParser::orExpression() {
   ExprPtr first = andExpression();
-  if (!isWord("OR")) return first;
-  ExprPtr result = node(ExprKind::Or, first->at);
-  requireCondition(*first);
-  grow(*result, std::move(first));
-  while (acceptWord("OR")) {
-    ExprPtr next = andExpression();
-    requireCondition(*next);
-    grow(*result, std::move(next));
-  }
+  if (!tokens_.isWord("OR")) return first;
+  ExprPtr result = makeExpr(ExprKind::Or, first->at);
+  addCondition(*result, std::move(first));
+  while (tokens_.acceptWord("OR")) addCondition(*result, andExpression());
   return result;
 }
 
-ExprPtr Parser::andExpression() {
+ExprPtr ExpressionParser::andExpression() {
   ExprPtr first = notExpression();
-  if (!isWord("AND")) return first;
-  ExprPtr result = node(ExprKind::And, first->at);
-  requireCondition(*first);
-  grow(*result, std::move(first));
-  while (acceptWord("AND")) {
-    ExprPtr next = notExpression();
-    requireCondition(*next);
-    grow(*result, std::move(next));
-  }
+  if (!tokens_.isWord("AND")) return first;
+  ExprPtr result = makeExpr(ExprKind::And, first->at);
+  addCondition(*result, std::move(first));
+  while (tokens_.acceptWord("AND")) addCondition(*result, notExpression());
   return result;
 }
 
-ExprPtr Parser::notExpression() {
-  if (!isWord("NOT")) return predicate();
-  const Level level(*this, 1);
-  ExprPtr result = node(ExprKind::Not, take().at);
-  ExprPtr operand = notExpression();
-  requireCondition(*operand);
-  grow(*result, std::move(operand));
+// NOT binds looser than a comparison: NOT a = b is NOT (a = b).
+ExprPtr ExpressionParser::notExpression() {
+  if (!tokens_.isWord("NOT")) return predicate();
+  const NestingLevel level(context_, 1);
+  ExprPtr result = makeExpr(ExprKind::Not, tokens_.take().at);
+  addCondition(*result, notExpression());
   return result;
 }
 
-ExprPtr Parser::predicate() {
-  if (isWord("EXISTS")) return exists();
+// Predicates do not chain: after "a = b" another "= c" is refused, since the dialects have no value
+// that a comparison yields.
+ExprPtr ExpressionParser::predicate() {
+  if (tokens_.isWord("EXISTS")) return exists();
   ExprPtr left = sum();
-  const bool negated = isWord("NOT");
-  const Token& word = negated ? ahead(1) : here();
-  const bool like = isWord(word, "LIKE");
-  const bool in = isWord(word, "IN");
-  const bool between = isWord(word, "BETWEEN");
-  if (!like && !in && !between) return comparison(std::move(left));
+  // A NOT here precedes LIKE, IN or BETWEEN. Before another word it is left for the caller, which
+  // refuses it.
+  const bool negated = tokens_.isWord("NOT");
+  const Token& word = tokens_.ahead(negated ? 1 : 0);
+  const bool isLike = isWord(word, "LIKE");
+  const bool isIn = isWord(word, "IN");
+  const bool isBetween = isWord(word, "BETWEEN");
+  if (!isLike && !isIn && !isBetween) return comparison(std::move(left));
   requireValue(*left);
-  next_ += negated ? 2 : 1;
-  if (like) return this->like(std::move(left), negated);
-  if (in) return this->in(std::move(left), negated);
-  return this->between(std::move(left), negated);
+  tokens_.skip(negated ? 2 : 1);
+  if (isLike) return like(std::move(left), negated);
+  if (isIn) return in(std::move(left), negated);
+  return between(std::move(left), negated);
 }
 
-ExprPtr Parser::comparison(ExprPtr left) {
-  if (acceptWord("IS")) {
-    requireValue(*left);
-    ExprPtr result = node(ExprKind::IsNull, left->at);
-    result->negated = acceptWord("NOT");
-    expectWord("NULL");
-    grow(*result, std::move(left));
-    return result;
-  }
-  const Token& op = here();
-  const bool compares = op.kind == TokenKind::Symbol &&
-                        std::find(std::begin(kComparisons), std::end(kComparisons), op.text) !=
-                            std::end(kComparisons);
-  if (!compares) return left;
+ExprPtr ExpressionParser::comparison(ExprPtr left) {
+  if (tokens_.acceptWord("IS")) return nullTest(std::move(left));
+  if (!isComparison(tokens_.here())) return left;
   requireValue(*left);
-  ExprPtr result = node(ExprKind::Compare, left->at);
-  result->text = take().text;
+  ExprPtr result = makeExpr(ExprKind::Compare, left->at);
+  result->text = tokens_.take().text;
   if (result->text == "!=") result->text = "<>";
-  grow(*result, std::move(left));
-  ExprPtr right = sum();
-  requireValue(*right);
-  grow(*result, std::move(right));
+  addArgument(*result, std::move(left));
+  addValue(*result, sum());
   return result;
 }
 
-ExprPtr Parser::like(ExprPtr left, bool negated) {
-  ExprPtr result = node(ExprKind::Like, left->at);
+ExprPtr ExpressionParser::nullTest(ExprPtr left) {
+  requireValue(*left);
+  ExprPtr result = makeExpr(ExprKind::IsNull, left->at);
+  result->negated = tokens_.acceptWord("NOT");
+  tokens_.expectWord("NULL");
+  addArgument(*result, std::move(left));
+  return result;
+}
+
+ExprPtr ExpressionParser::like(ExprPtr left, bool negated) {
+  ExprPtr result = makeExpr(ExprKind::Like, left->at);
   result->negated = negated;
-  grow(*result, std::move(left));
-  ExprPtr pattern = sum();
-  requireValue(*pattern);
-  grow(*result, std::move(pattern));
-  if (!acceptWord("ESCAPE")) return result;
-  if (here().kind != TokenKind::Text) failExpected("one character in single quotes");
+  addArgument(*result, std::move(left));
+  addValue(*result, sum());
+  if (tokens_.acceptWord("ESCAPE")) addArgument(*result, escapeCharacter());
+  return result;
+}
+
+// Only a literal is accepted, since some patterns are rewritten and the escape character has to be
+// known for that.
+ExprPtr ExpressionParser::escapeCharacter() {
+  if (tokens_.here().kind != TokenKind::Text) {
+    tokens_.failExpected("one character in single quotes");
+  }
   ExprPtr escape = literal();
   const auto isLead = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
   if (std::count_if(escape->text.begin(), escape->text.end(), isLead) != 1) {
     throw SqlError("ESCAPE takes one character", escape->at);
   }
-  grow(*result, std::move(escape));
-  return result;
+  return escape;
 }
 
-ExprPtr Parser::in(ExprPtr left, bool negated) {
-  ExprPtr result = node(ExprKind::In, left->at);
+ExprPtr ExpressionParser::in(ExprPtr left, bool negated) {
+  ExprPtr result = makeExpr(ExprKind::In, left->at);
   result->negated = negated;
-  grow(*result, std::move(left));
-  expectSymbol("(");
-  if (isWord("SELECT")) {
-    result->select = subselect();
+  addArgument(*result, std::move(left));
+  tokens_.expectSymbol("(");
+  if (tokens_.isWord("SELECT")) {
+    result->select = grammar_.subselect();
     return result;
   }
-  const Level level(*this, 1);
+  // Brackets of their own, which count like those around an expression; a subselect counts itself.
+  const NestingLevel level(context_, 1);
   do {
-    grow(*result, value());
-  } while (acceptSymbol(","));
-  expectSymbol(")");
+    addArgument(*result, value());
+  } while (tokens_.acceptSymbol(","));
+  tokens_.expectSymbol(")");
   return result;
 }
 
-ExprPtr Parser::between(ExprPtr left, bool negated) {
-  ExprPtr result = node(ExprKind::Between, left->at);
+// The limits are sums and not expressions: the AND belongs to BETWEEN.
+ExprPtr ExpressionParser::between(ExprPtr left, bool negated) {
+  ExprPtr result = makeExpr(ExprKind::Between, left->at);
   result->negated = negated;
-  grow(*result, std::move(left));
-  ExprPtr low = sum();
-  requireValue(*low);
-  grow(*result, std::move(low));
-  expectWord("AND");
-  ExprPtr high = sum();
-  requireValue(*high);
-  grow(*result, std::move(high));
+  addArgument(*result, std::move(left));
+  addValue(*result, sum());
+  tokens_.expectWord("AND");
+  addValue(*result, sum());
   return result;
 }
 
-ExprPtr Parser::exists() {
-  ExprPtr result = node(ExprKind::Exists, take().at);
-  expectSymbol("(");
-  if (!isWord("SELECT")) failExpected("SELECT");
-  result->select = subselect();
+ExprPtr ExpressionParser::exists() {
+  ExprPtr result = makeExpr(ExprKind::Exists, tokens_.take().at);
+  tokens_.expectSymbol("(");
+  if (!tokens_.isWord("SELECT")) tokens_.failExpected("SELECT");
+  result->select = grammar_.subselect();
   return result;
 }
 
-ExprPtr Parser::sum() {
+// A loop and no recursion to the left: a - b - c is (a - b) - c, and a long chain takes no stack.
+ExprPtr ExpressionParser::sum() {
   ExprPtr left = product();
-  while (isSymbol("+") || isSymbol("-") || isSymbol("||")) {
+  while (tokens_.isSymbol("+") || tokens_.isSymbol("-") || tokens_.isSymbol("||")) {
     requireValue(*left);
-    const Token op = take();
+    const Token& op = tokens_.take();
     ExprPtr right = product();
     requireValue(*right);
-    left = sumOperator(op, std::move(left), std::move(right));
+    // After the right side, since a unit of a duration may follow it.
+    left = sumOf(op, std::move(left), std::move(right));
   }
   return left;
 }
 
-ExprPtr Parser::sumOperator(const Token& op, ExprPtr left, ExprPtr right) {
-  if (traits_.durations && op.text != "||" && timeUnit(here())) {
-    return duration(op, std::move(left), std::move(right));
+ExprPtr ExpressionParser::sumOf(const Token& op, ExprPtr left, ExprPtr right) {
+  const bool joins = op.text == "||";
+  if (!joins && functions_.isDurationUnitNext()) {
+    return functions_.duration(op, std::move(left), std::move(right));
   }
-  if (op.text == "||" && traits_.plusJoinsText) {
-    throw SqlError("|| is not an operator of " + std::string(traits_.name) + "; join texts by +",
-                   op.at);
+  if (joins && context_.traits.plusJoinsText) {
+    throw SqlError(
+        "|| is not an operator of " + std::string(context_.traits.name) + "; join texts by +",
+        op.at);
   }
-  const bool open = op.text == "+" && traits_.plusJoinsText;
-  ExprPtr result = node(op.text == "||" ? ExprKind::Concat
-                        : open          ? ExprKind::Plus
-                                        : ExprKind::Arithmetic,
-                        op.at);
+  ExprKind kind = joins ? ExprKind::Concat : ExprKind::Arithmetic;
+  // Whether this + adds or joins depends on the types, which only the resolver knows.
+  if (op.text == "+" && context_.traits.plusJoinsText) kind = ExprKind::Plus;
+  ExprPtr result = makeExpr(kind, op.at);
   result->text = op.text;
-  grow(*result, std::move(left));
-  grow(*result, std::move(right));
+  addArgument(*result, std::move(left));
+  addArgument(*result, std::move(right));
   return result;
 }
 
-ExprPtr Parser::product() {
+ExprPtr ExpressionParser::product() {
   ExprPtr left = sign();
-  while (isSymbol("*") || isSymbol("/") || isSymbol("%")) {
+  while (tokens_.isSymbol("*") || tokens_.isSymbol("/") || tokens_.isSymbol("%")) {
     requireValue(*left);
-    const Token op = take();
+    const Token& op = tokens_.take();
     ExprPtr right = sign();
     requireValue(*right);
-    ExprPtr result = node(ExprKind::Arithmetic, op.at);
+    ExprPtr result = makeExpr(ExprKind::Arithmetic, op.at);
     result->text = op.text;
-    grow(*result, std::move(left));
-    grow(*result, std::move(right));
+    addArgument(*result, std::move(left));
+    addArgument(*result, std::move(right));
     left = std::move(result);
   }
   return left;
 }
 
-ExprPtr Parser::sign() {
-  if (!isSymbol("-") && !isSymbol("+")) return primary();
-  const Level level(*this, 1);
-  const Token op = take();
+ExprPtr ExpressionParser::sign() {
+  if (!tokens_.isSymbol("-") && !tokens_.isSymbol("+")) return primary();
+  const NestingLevel level(context_, 1);
+  const Token& op = tokens_.take();
+  // A plus sign leaves no node, but its operand has to be a value all the same.
   ExprPtr operand = sign();
   requireValue(*operand);
   if (op.text == "+") return operand;
-  ExprPtr result = node(ExprKind::Negate, op.at);
-  grow(*result, std::move(operand));
+  ExprPtr result = makeExpr(ExprKind::Negate, op.at);
+  addArgument(*result, std::move(operand));
   return result;
 }
 
-ExprPtr Parser::primary() {
-  if (isSymbol("(")) return brackets();
-  if (here().kind == TokenKind::Text || here().kind == TokenKind::Number || isWord("NULL")) {
+ExprPtr ExpressionParser::primary() {
+  if (tokens_.isSymbol("(")) return brackets();
+  if (tokens_.here().kind == TokenKind::Text || tokens_.here().kind == TokenKind::Number ||
+      tokens_.isWord("NULL")) {
     return literal();
   }
-  if (isWord("CASE")) return caseExpression();
-  return nameExpression();
+  if (tokens_.isWord("CASE")) return caseExpression();
+  return namedValue();
 }
 
-ExprPtr Parser::brackets() {
-  const Level level(*this, 1);
-  const Position at = take().at;
-  if (!isWord("SELECT")) {
+ExprPtr ExpressionParser::brackets() {
+  const NestingLevel level(context_, 1);
+  const Position at = tokens_.take().at;
+  if (!tokens_.isWord("SELECT")) {
     ExprPtr result = orExpression();
-    expectSymbol(")");
+    tokens_.expectSymbol(")");
     return result;
   }
-  ExprPtr result = node(ExprKind::Subquery, at);
-  result->select = subselect();
+  ExprPtr result = makeExpr(ExprKind::Subquery, at);
+  result->select = grammar_.subselect();
   return result;
 }
 
-ExprPtr Parser::literal() {
-  const Token token = take();
-  ExprPtr result = node(ExprKind::Null, token.at);
+ExprPtr ExpressionParser::literal() {
+  const Token& token = tokens_.take();
+  ExprPtr result = makeExpr(ExprKind::Null, token.at);
   result->text = token.text;
   if (token.kind == TokenKind::Text) result->kind = ExprKind::Text;
   if (token.kind == TokenKind::Number) result->kind = ExprKind::Number;
   return result;
 }
 
-ExprPtr Parser::caseExpression() {
-  const Level level(*this, kCaseWeight);
-  ExprPtr result = node(ExprKind::Case, take().at);
-  if (!isWord("WHEN")) {
+// With an operand the parts after WHEN are values that it is compared with, otherwise conditions.
+ExprPtr ExpressionParser::caseExpression() {
+  const NestingLevel level(context_, kCaseWeight);
+  ExprPtr result = makeExpr(ExprKind::Case, tokens_.take().at);
+  if (!tokens_.isWord("WHEN")) {
     result->hasOperand = true;
-    grow(*result, value());
+    addArgument(*result, value());
   }
   do {
-    expectWord("WHEN");
-    grow(*result, result->hasOperand ? value() : condition());
-    expectWord("THEN");
-    grow(*result, value());
-  } while (isWord("WHEN"));
-  if (acceptWord("ELSE")) {
+    tokens_.expectWord("WHEN");
+    addArgument(*result, result->hasOperand ? value() : condition());
+    tokens_.expectWord("THEN");
+    addArgument(*result, value());
+  } while (tokens_.isWord("WHEN"));
+  if (tokens_.acceptWord("ELSE")) {
     result->hasElse = true;
-    grow(*result, value());
+    addArgument(*result, value());
   }
-  expectWord("END");
+  tokens_.expectWord("END");
   return result;
 }
 
-ExprPtr Parser::nameExpression() {
-  if (isWord("CURRENT") || isWord("CURRENT_TIMESTAMP") || isWord("CURRENT_DATE")) {
-    return currentMoment();
-  }
-  if (!isName(here())) failExpected("an expression");
-  if (here().kind == TokenKind::Name && isSymbol(ahead(1), "(")) return functionCall();
-  return columnExpression();
+ExprPtr ExpressionParser::namedValue() {
+  // Before names, because CURRENT and its like are reserved words and would be refused as names.
+  if (functions_.isMomentNext()) return functions_.moment();
+  if (!context_.names.isNext()) tokens_.failExpected("an expression");
+  // Only a plain word names a function; a name in quotes or brackets is a column.
+  const bool plain = tokens_.here().kind == TokenKind::Name;
+  if (plain && isSymbol(tokens_.ahead(1), "(")) return functions_.call();
+  return column();
 }
 
-ExprPtr Parser::columnExpression() {
-  ExprPtr result = node(ExprKind::Column, here().at);
-  result->text = name("a column name");
-  if (!acceptSymbol(".")) return result;
+ExprPtr ExpressionParser::column() {
+  ExprPtr result = makeExpr(ExprKind::Column, tokens_.here().at);
+  result->text = context_.names.name("a column name");
+  if (!tokens_.acceptSymbol(".")) return result;
   result->qualifier = std::move(result->text);
-  result->text = name("a column name");
-  if (isSymbol(".")) fail("a column name has at most two parts");
+  result->text = context_.names.name("a column name");
+  if (tokens_.isSymbol(".")) tokens_.fail("a column name has at most two parts");
   return result;
 }
 

@@ -1,7 +1,6 @@
-// The function calls of the parser: the plain ones by the dialect's table, and those that take
-// words of their own (a type, a date part, DISTINCT, *).
+#include "qxdesk/sql/parser_function.h"
+
 #include "qxdesk/sql/dates.h"
-#include "qxdesk/sql/parser.h"
 
 #include <utility>
 
@@ -13,7 +12,7 @@ struct UnitWord {
   TimeUnit unit;
 };
 
-// Singular words; a duration also takes them with an S.
+// Months and years are left out: engines differ in what a month after January 31 is.
 constexpr UnitWord kUnits[] = {
     {"SECOND", TimeUnit::Second}, {"MINUTE", TimeUnit::Minute}, {"HOUR", TimeUnit::Hour},
     {"DAY", TimeUnit::Day},       {"WEEK", TimeUnit::Week},
@@ -34,90 +33,112 @@ constexpr TypeWord kTypes[] = {
     {"DATETIME", ColumnType::Date},    {"TIMESTAMP", ColumnType::Date},
 };
 
+// True if the value is a date already, so that a conversion to a date would only repeat it.
 bool isDateCall(const Expr& expr) {
   return expr.kind == ExprKind::Call &&
          (expr.function == Function::Now || expr.function == Function::Today ||
           expr.function == Function::AddTime || expr.function == Function::ToDate);
 }
 
+constexpr int kCallWeight = 3;
 constexpr std::int64_t kCompactStyle = 112;  // YYYYMMDD
 constexpr std::int64_t kIsoStyle = 120;      // YYYY-MM-DD HH:MM:SS
 constexpr std::int64_t kMaxSize = 8000;
 
+// Converts `operand` to the target type. A literal that is to be a date becomes one here: the
+// engine would find out only when the statement runs, or not at all where it never reaches the row.
+ExprPtr converted(Position at, const CastTarget& target, ExprPtr operand) {
+  if (target.type == ColumnType::Date && operand->kind == ExprKind::Text) {
+    const std::optional<std::string> date = storedDate(operand->text);
+    if (!date) throw SqlError("not a date: '" + operand->text + "'", operand->at);
+    operand->kind = ExprKind::Date;
+    operand->text = *date;
+    return operand;
+  }
+  if (target.type == ColumnType::Date && isDateCall(*operand)) return operand;
+  ExprPtr result = makeExpr(ExprKind::Call, at);
+  result->function = target.type == ColumnType::Date ? Function::ToDate : Function::Cast;
+  result->target = target;
+  addArgument(*result, std::move(operand));
+  return result;
+}
+
 }  // namespace
 
-// CURRENT TIMESTAMP or CURRENT_TIMESTAMP, whichever the dialect has, and alike for DATE.
-ExprPtr Parser::currentMoment() {
-  const bool underscore = !isWord("CURRENT");
-  if (!(underscore ? traits_.currentUnderscore : traits_.currentWords)) {
-    fail(here().text + " is not a word of " + std::string(traits_.name) + "; write " +
-         std::string(traits_.nowText));
+bool FunctionParser::isMomentNext() const {
+  return tokens_.isWord("CURRENT") || tokens_.isWord("CURRENT_TIMESTAMP") ||
+         tokens_.isWord("CURRENT_DATE");
+}
+
+ExprPtr FunctionParser::moment() {
+  const DialectTraits& traits = context_.traits;
+  const Token& word = tokens_.here();
+  const bool twoWords = tokens_.isWord("CURRENT");
+  if (!(twoWords ? traits.currentWords : traits.currentUnderscore)) {
+    tokens_.fail(word.text + " is not a word of " + std::string(traits.name) + "; write " +
+                 std::string(traits.nowText));
   }
-  ExprPtr result = node(ExprKind::Call, here().at);
-  const Token word = take();
-  const Token what = underscore ? word : here();
-  const bool date = isWord(what, "DATE") || isWord(what, "CURRENT_DATE");
-  if (!underscore) {
-    if (!date && !isWord("TIMESTAMP")) failExpected("TIMESTAMP or DATE");
-    take();
+  if (twoWords) tokens_.take();
+  const bool date = tokens_.isWord("DATE") || tokens_.isWord("CURRENT_DATE");
+  if (twoWords && !date && !tokens_.isWord("TIMESTAMP")) {
+    tokens_.failExpected("TIMESTAMP or DATE");
   }
-  result->function = date ? Function::Today : Function::Now;
+  tokens_.take();
+  return makeCall(date ? Function::Today : Function::Now, word.at);
+}
+
+ExprPtr FunctionParser::call() {
+  const NestingLevel level(context_, kCallWeight);
+  const std::string_view dialect = context_.traits.name;
+  const Token& word = tokens_.here();
+  const FunctionRule* rule = findFunction(context_.dialect, word.text);
+  if (rule == nullptr && isFunctionOfAnyDialect(word.text)) {
+    tokens_.fail("function " + word.text + " is not one of " + std::string(dialect));
+  }
+  if (rule == nullptr) tokens_.fail("function " + word.text + " is not supported");
+  tokens_.take();
+  tokens_.expectSymbol("(");
+  ExprPtr result = arguments(word.at, *rule, word.text);
+  tokens_.expectSymbol(")");
   return result;
 }
 
-ExprPtr Parser::functionCall() {
-  const Level level(*this, 3);
-  const FunctionRule* rule = findFunction(dialect_, here().text);
-  if (rule == nullptr && isFunctionOfAnyDialect(here().text)) {
-    fail("function " + here().text + " is not one of " + std::string(traits_.name));
-  }
-  if (rule == nullptr) fail("function " + here().text + " is not supported");
-  const Token word = take();
-  expectSymbol("(");
-  ExprPtr result;
-  switch (rule->function) {
+ExprPtr FunctionParser::arguments(Position at, const FunctionRule& rule, std::string_view name) {
+  switch (rule.function) {
     case Function::Count:
-      result = countCall(word.at);
-      break;
+      return countCall(at);
     case Function::AddTime:
-      result = dateAddCall(word.at);
-      break;
+      return dateAddCall(at);
     case Function::DaysBetween:
-      result = dateDiffCall(word.at);
-      break;
+      return dateDiffCall(at);
     case Function::Cast:
-      result = castCall(word.at);
-      break;
+      return castCall(at);
     case Function::Convert:
-      result = convertCall(word.at);
-      break;
+      return convertCall(at);
     default:
-      result = plainCall(word.at, *rule, word.text);
+      return plainCall(at, rule, name);
   }
-  expectSymbol(")");
-  return result;
 }
 
-ExprPtr Parser::countCall(Position at) {
-  ExprPtr result = node(ExprKind::Call, at);
-  result->function = Function::Count;
-  result->star = acceptSymbol("*");
+ExprPtr FunctionParser::countCall(Position at) {
+  ExprPtr result = makeCall(Function::Count, at);
+  result->star = tokens_.acceptSymbol("*");
   if (result->star) return result;
-  result->distinct = acceptWord("DISTINCT");
-  grow(*result, value());
+  result->distinct = tokens_.acceptWord("DISTINCT");
+  addArgument(*result, grammar_.value());
   return result;
 }
 
-ExprPtr Parser::plainCall(Position at, const FunctionRule& rule, std::string_view name) {
-  ExprPtr result = node(ExprKind::Call, at);
-  result->function = rule.function;
-  while (!isSymbol(")")) {
-    if (!result->args.empty()) expectSymbol(",");
-    grow(*result, value());
+ExprPtr FunctionParser::plainCall(Position at, const FunctionRule& rule, std::string_view name) {
+  ExprPtr result = makeCall(rule.function, at);
+  while (!tokens_.isSymbol(")")) {
+    if (!result->args.empty()) tokens_.expectSymbol(",");
+    addArgument(*result, grammar_.value());
   }
   const int given = static_cast<int>(result->args.size());
   if (given >= rule.minArguments && given <= rule.maxArguments) {
     if (rule.function != Function::ToDate) return result;
+    // TIMESTAMP_ISO('20240131') is a conversion like CAST, with its check of a literal.
     return converted(at, {.type = ColumnType::Date, .size = {}}, std::move(result->args[0]));
   }
   const int expected = given < rule.minArguments ? rule.minArguments : rule.maxArguments;
@@ -129,49 +150,51 @@ ExprPtr Parser::plainCall(Position at, const FunctionRule& rule, std::string_vie
 
 // ---- date arithmetic
 
-// DATEADD(day, 1, x) and ADDDATE(x, 1).
-ExprPtr Parser::dateAddCall(Position at) {
-  ExprPtr result = node(ExprKind::Call, at);
-  result->function = Function::AddTime;
-  if (dialect_ == Dialect::Kordb) {
-    grow(*result, value());
-    expectSymbol(",");
-    grow(*result, value());
+// DATEADD(day, 1, x), and ADDDATE(x, 1), which counts in days.
+ExprPtr FunctionParser::dateAddCall(Position at) {
+  ExprPtr result = makeCall(Function::AddTime, at);
+  if (context_.dialect == Dialect::Kordb) {
+    addArgument(*result, grammar_.value());
+    tokens_.expectSymbol(",");
+    addArgument(*result, grammar_.value());
     return result;
   }
   result->unit = datePart();
-  expectSymbol(",");
-  ExprPtr amount = value();
-  expectSymbol(",");
-  grow(*result, value());
-  grow(*result, std::move(amount));
+  tokens_.expectSymbol(",");
+  // The amount precedes the date in the text and follows it in the tree.
+  ExprPtr amount = grammar_.value();
+  tokens_.expectSymbol(",");
+  addArgument(*result, grammar_.value());
+  addArgument(*result, std::move(amount));
   return result;
 }
 
-ExprPtr Parser::dateDiffCall(Position at) {
-  ExprPtr result = node(ExprKind::Call, at);
-  result->function = Function::DaysBetween;
-  const Position part = here().at;
+ExprPtr FunctionParser::dateDiffCall(Position at) {
+  ExprPtr result = makeCall(Function::DaysBetween, at);
+  const Position part = tokens_.here().at;
+  // The engines count the units of a difference differently: the borders between two times or the
+  // full units. Days between dates are the same either way.
   if (datePart() != TimeUnit::Day) throw SqlError("DATEDIFF is supported for day only", part);
-  expectSymbol(",");
-  grow(*result, value());
-  expectSymbol(",");
-  grow(*result, value());
+  tokens_.expectSymbol(",");
+  addArgument(*result, grammar_.value());
+  tokens_.expectSymbol(",");
+  addArgument(*result, grammar_.value());
   return result;
 }
 
-TimeUnit Parser::datePart() {
-  const std::optional<TimeUnit> unit = timeUnit(here());
-  const bool short_ = isWord("DD") || isWord("D");
-  if (!unit && !short_) failExpected("a date part (second, minute, hour, day or week)");
-  take();
+TimeUnit FunctionParser::datePart() {
+  const std::optional<TimeUnit> unit = timeUnit(tokens_.here());
+  const bool abbreviated = tokens_.isWord("DD") || tokens_.isWord("D");
+  if (!unit && !abbreviated)
+    tokens_.failExpected("a date part (second, minute, hour, day or week)");
+  tokens_.take();
   return unit.value_or(TimeUnit::Day);
 }
 
-std::optional<TimeUnit> Parser::timeUnit(const Token& token) const {
+std::optional<TimeUnit> FunctionParser::timeUnit(const Token& token) const {
   for (const UnitWord& unit : kUnits) {
     if (isWord(token, unit.word)) return unit.unit;
-    const bool plural = traits_.durations && token.kind == TokenKind::Name &&
+    const bool plural = context_.traits.durations && token.kind == TokenKind::Name &&
                         token.text.size() == unit.word.size() + 1 &&
                         (token.text.back() == 's' || token.text.back() == 'S');
     if (plural && sameName(std::string_view(token.text).substr(0, unit.word.size()), unit.word)) {
@@ -181,79 +204,75 @@ std::optional<TimeUnit> Parser::timeUnit(const Token& token) const {
   return std::nullopt;
 }
 
-// `left + amount DAYS`, the unit being the token here.
-ExprPtr Parser::duration(const Token& op, ExprPtr left, ExprPtr amount) {
-  ExprPtr result = node(ExprKind::Call, op.at);
-  result->function = Function::AddTime;
-  result->unit = timeUnit(take()).value();
-  grow(*result, std::move(left));
+bool FunctionParser::isDurationUnitNext() const {
+  return context_.traits.durations && timeUnit(tokens_.here());
+}
+
+ExprPtr FunctionParser::duration(const Token& op, ExprPtr left, ExprPtr amount) {
+  ExprPtr result = makeCall(Function::AddTime, op.at);
+  result->unit = timeUnit(tokens_.take()).value();
+  addArgument(*result, std::move(left));
   if (op.text == "-") {
-    ExprPtr negative = node(ExprKind::Negate, amount->at);
-    grow(*negative, std::move(amount));
+    ExprPtr negative = makeExpr(ExprKind::Negate, amount->at);
+    addArgument(*negative, std::move(amount));
     amount = std::move(negative);
   }
-  grow(*result, std::move(amount));
+  addArgument(*result, std::move(amount));
   return result;
 }
 
 // ---- conversions
 
-CastTarget Parser::castTarget() {
+ExprPtr FunctionParser::makeCall(Function function, Position at) const {
+  ExprPtr result = makeExpr(ExprKind::Call, at);
+  result->function = function;
+  return result;
+}
+
+CastTarget FunctionParser::castTarget() {
   CastTarget target;
   for (const TypeWord& type : kTypes) {
-    if (isWord(type.word)) target.type = type.type;
+    if (tokens_.isWord(type.word)) target.type = type.type;
   }
-  if (target.type == ColumnType::Unknown) failExpected("a type such as nvarchar(50) or int");
-  take();
-  if (!acceptSymbol("(")) return target;
-  std::int64_t size = count("a length");
-  if (target.type == ColumnType::Decimal) size = acceptSymbol(",") ? count("a scale") : 0;
-  if (size > kMaxSize) fail("a length is at most 8000");
-  if (size == 0 && target.type == ColumnType::Text) fail("a length is at least 1");
+  if (target.type == ColumnType::Unknown)
+    tokens_.failExpected("a type such as nvarchar(50) or int");
+  tokens_.take();
+  if (!tokens_.acceptSymbol("(")) return target;
+  std::int64_t size = tokens_.expectWhole("a length");
+  // Of a decimal only the scale is kept: its digits before the point are never cut.
+  if (target.type == ColumnType::Decimal)
+    size = tokens_.acceptSymbol(",") ? tokens_.expectWhole("a scale") : 0;
+  if (size > kMaxSize) tokens_.fail("a length is at most 8000");
+  if (size == 0 && target.type == ColumnType::Text) tokens_.fail("a length is at least 1");
   target.size = static_cast<int>(size);
-  expectSymbol(")");
+  tokens_.expectSymbol(")");
   return target;
 }
 
-ExprPtr Parser::castCall(Position at) {
-  ExprPtr operand = value();
-  expectWord("AS");
+ExprPtr FunctionParser::castCall(Position at) {
+  ExprPtr operand = grammar_.value();
+  tokens_.expectWord("AS");
   return converted(at, castTarget(), std::move(operand));
 }
 
 // CONVERT(datetime, '20240131', 112), CONVERT(nvarchar(8), x, 112), CONVERT(int, x).
-ExprPtr Parser::convertCall(Position at) {
+ExprPtr FunctionParser::convertCall(Position at) {
   const CastTarget target = castTarget();
-  expectSymbol(",");
-  ExprPtr operand = value();
-  if (!acceptSymbol(",")) return converted(at, target, std::move(operand));
-  const Position styleAt = here().at;
-  const std::int64_t style = count("the style 112 or 120");
+  tokens_.expectSymbol(",");
+  ExprPtr operand = grammar_.value();
+  if (!tokens_.acceptSymbol(",")) return converted(at, target, std::move(operand));
+  const Position styleAt = tokens_.here().at;
+  const std::int64_t style = tokens_.expectWhole("the style 112 or 120");
   if (style != kCompactStyle && style != kIsoStyle) {
     throw SqlError("CONVERT knows the styles 112 and 120 only", styleAt);
   }
+  // A style is the form of a date as text. Towards other types it changes nothing, since a text is
+  // read in either form.
   if (target.type != ColumnType::Text) return converted(at, target, std::move(operand));
-  ExprPtr formatted = node(ExprKind::Call, at);
-  formatted->function = style == kCompactStyle ? Function::CompactDate : Function::IsoDate;
-  grow(*formatted, std::move(operand));
+  ExprPtr formatted =
+      makeCall(style == kCompactStyle ? Function::CompactDate : Function::IsoDate, at);
+  addArgument(*formatted, std::move(operand));
   return converted(at, target, std::move(formatted));
-}
-
-// A literal that becomes a date is checked here already; what is a date stays as it is.
-ExprPtr Parser::converted(Position at, const CastTarget& target, ExprPtr operand) {
-  if (target.type == ColumnType::Date && operand->kind == ExprKind::Text) {
-    const std::optional<std::string> date = storedDate(operand->text);
-    if (!date) throw SqlError("not a date: '" + operand->text + "'", operand->at);
-    operand->kind = ExprKind::Date;
-    operand->text = *date;
-    return operand;
-  }
-  if (target.type == ColumnType::Date && isDateCall(*operand)) return operand;
-  ExprPtr result = node(ExprKind::Call, at);
-  result->function = target.type == ColumnType::Date ? Function::ToDate : Function::Cast;
-  result->target = target;
-  grow(*result, std::move(operand));
-  return result;
 }
 
 }  // namespace qx::sql

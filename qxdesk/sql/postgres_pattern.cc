@@ -1,8 +1,8 @@
 #include "qxdesk/sql/postgres_pattern.h"
 
 #include "qxdesk/sql/like_pattern.h"
-#include "qxdesk/sql/utf8.h"
 #include "qxframework/automation/ascii.h"
+#include "qxframework/automation/utf.h"
 
 #include <array>
 #include <cstdio>
@@ -23,7 +23,7 @@ std::string codePoint(char32_t c) {
 constexpr std::string_view kEveryCharacter = "\\U00000001-\\U0010FFFF";
 
 std::optional<char32_t> characterOf(std::string_view escape) {
-  const auto character = readUtf8(escape, 0);
+  const auto character = codePointAt(escape, 0);
   return character ? std::optional(character->value) : std::nullopt;
 }
 
@@ -77,7 +77,7 @@ std::string escapedByBackslash(std::string_view pattern, std::string_view escape
     } else {
       const char32_t c = element.ranges[0].first;
       if (c == '%' || c == '_' || c == '\\') result += '\\';
-      appendUtf8(result, c);
+      appendCodePoint(result, c);
     }
   }
   return result;

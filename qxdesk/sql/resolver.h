@@ -1,13 +1,20 @@
-// Fills in the types of a syntax tree, as far as they can be told without running anything, and
-// does what depends on them: it decides whether a + adds or joins, and brings values that meet to
-// one type, since some engines convert silently in ways of their own and some refuse. Texts become
-// dates of the stored form where they meet dates. A literal becomes a number where it meets
-// numbers, a text where it meets texts; what is left is refused.
 #pragma once
 
-#include "qxdesk/sql/ast.h"
+// Fills in the types of a syntax tree as far as they are known without running anything, and does
+// what depends on them. Engines convert silently, each in its own way, or refuse; so values that
+// meet are brought to one type here. Texts become dates of the stored form where they meet dates. A
+// literal becomes a number where it meets numbers and a text where it meets texts. All else is
+// refused.
+//
+// This class walks over statements and SELECTs in the order in which scopes open. Its parts are
+// ColumnLookup (resolver_columns.h), which knows the columns of the open scopes, and
+// ExpressionResolver (resolver_expression.h), which types one node at a time. Neither calls back:
+// subqueries are reached by the walk alone.
 
-#include <string>
+#include "qxdesk/sql/ast.h"
+#include "qxdesk/sql/resolver_columns.h"
+#include "qxdesk/sql/resolver_expression.h"
+
 #include <string_view>
 #include <vector>
 
@@ -15,68 +22,28 @@ namespace qx::sql {
 
 class Resolver {
  public:
-  // `catalog` may be null: the types of columns are then unknown.
+  /// `catalog` may be null; the types of columns are unknown then. Both must outlive the resolver.
   Resolver(const DialectTraits& traits, const Catalog* catalog)
-      : traits_(traits), catalog_(catalog) {}
+      : columns_(catalog), expressions_(traits, catalog != nullptr) {}
 
-  // Raises SqlError for a + whose meaning cannot be told and for a text that is no date where one
-  // is needed.
+  /// Resolves one statement. Throws SqlError for a + that may add or join, for a text that is no
+  /// date where one is needed, for values of kinds that do not go together, and for a column that
+  /// does not exist. To be called once.
   void resolve(Statement& statement);
 
  private:
   void resolveSelect(Select& select);
   void resolveCore(SelectCore& core);
-  void bringPartsTogether(Select& select) const;
-  void refuseStar(const SelectItem& item) const;
-  void resolveExpr(Expr& expr);
-  void resolvePlus(Expr& expr);
-  void resolveArithmetic(Expr& expr);
-  void resolveDivision(Expr& expr);
-  void resolveCast(Expr& expr);
-  void resolveCase(Expr& expr);
-  void resolveCall(Expr& expr);
-  void resolveNumbers(Expr& expr);
-  void resolveCompare(Expr& expr);
-  void resolveInsert(Statement& statement);
-  void resolveUpdate(Statement& statement);
-  void assignTo(std::string_view table, std::string_view column, ExprPtr& value) const;
-  void coerceSelectItems(const Statement& statement);
-
-  // How surely a column is where it is sought: there is no such table, the table lacks it, nobody
-  // can tell, it is there.
-  enum class Presence { NoTable, Lacking, Open, There };
-  struct Found {
-    Presence presence = Presence::NoTable;
-    ColumnType type = ColumnType::Unknown;
-
-    bool certain() const { return type != ColumnType::Unknown || presence == Presence::There; }
-    void add(Found other);
-  };
-
-  // Raises SqlError when the statement's tables are known and none has the column.
-  ColumnType columnType(const Expr& column) const;
-  void checkTarget(const Statement& statement) const;
-  // A key of an order or a group may be a name of the list.
   void resolveKeys(const std::vector<Expr*>& keys, const SelectCore& core);
-  // Of the common tables the first `visible` ones count: each sees those before it.
-  Found findInCore(const SelectCore& core, std::string_view qualifier, std::string_view column,
-                   std::size_t visible) const;
-  Found findInSource(const Source& source, std::string_view column, std::size_t visible) const;
-  Found findInSelect(const Select& select, std::string_view column, std::size_t visible) const;
-  Found findInTable(std::string_view table, std::string_view column) const;
-  void refuseLacking(const Expr& column) const;
+  void resolveExpr(Expr& expr);
+  void bringPartsTogether(Select& select) const;
+  void resolveInsert(Statement& statement);
+  void assignSelect(const Statement& statement);
+  void resolveUpdate(Statement& statement);
+  void assign(std::string_view table, std::string_view column, ExprPtr& value) const;
 
-  const DialectTraits& traits_;
-  const Catalog* catalog_;
-  std::vector<const SelectCore*> scopes_;  // innermost last
-  std::vector<const CommonTable*> commonTables_;
-  std::string targetTable_;  // of an UPDATE or DELETE
-  mutable int lookups_ = 0;  // steps spent so far on finding columns behind *
+  ColumnLookup columns_;
+  ExpressionResolver expressions_;
 };
-
-// The columns that decide the type of an expression whose type is unknown: the inner column of
-// MAX(x), the results of a CASE, the arguments of a COALESCE. Empty when it is a plain column or a
-// subquery, whose type the database tells itself, or when there is none.
-std::vector<const Expr*> decidingColumns(const Expr& expr);
 
 }  // namespace qx::sql

@@ -1,19 +1,18 @@
-// The columns half of the resolver: where a name stands for one, and of what type it is.
+#include "qxdesk/sql/resolver_columns.h"
+
 #include "qxdesk/sql/output_columns.h"
-#include "qxdesk/sql/resolver.h"
 
 #include <algorithm>
-#include <map>
 
 namespace qx::sql {
 namespace {
 
+// Stars over stars multiply: forty common tables that each list A.*, B.* of the one before would
+// take 2^40 steps.
 constexpr int kMaxLookups = 100'000;
 
-// The name of a value in a list; null when it has none.
-const std::string* nameOf(const SelectItem& item) {
-  if (item.alias) return &*item.alias;
-  return item.value->kind == ExprKind::Column ? &item.value->text : nullptr;
+const std::string& visibleName(const Source& source) {
+  return source.alias.empty() ? source.table : source.alias;
 }
 
 bool isNamed(const SelectItem& item, std::string_view name) {
@@ -27,65 +26,58 @@ bool isNamed(const SelectItem& item, std::string_view name) {
 
 }  // namespace
 
-void Resolver::checkTarget(const Statement& statement) const {
+const std::string* nameOf(const SelectItem& item) {
+  if (item.alias) return &*item.alias;
+  return item.value->kind == ExprKind::Column ? &item.value->text : nullptr;
+}
+
+void ColumnLookup::checkTarget(const Statement& statement) const {
   for (const TargetColumn& column : statement.columns) {
     if (findInTable(statement.table, column.name).presence != Presence::Lacking) continue;
     failLacking(column.name, statement.table, column.at);
   }
 }
 
-void Resolver::resolveKeys(const std::vector<Expr*>& keys, const SelectCore& core) {
-  std::map<std::string_view, ColumnType, NameLess> list;
-  for (const SelectItem& item : core.items) {
-    if (!item.value || keys.empty()) continue;
-    if (const std::string* name = nameOf(item)) list.emplace(*name, item.value->type);
-  }
-  for (Expr* key : keys) {
-    const bool plain = key->kind == ExprKind::Column && key->qualifier.empty();
-    const auto named = plain ? list.find(key->text) : list.end();
-    if (named == list.end()) {
-      resolveExpr(*key);
-    } else {
-      key->type = named->second;
-    }
-  }
-}
-
-void Resolver::Found::add(Found other) {
+void ColumnLookup::Found::add(Found other) {
   presence = std::max(presence, other.presence);
   if (type == ColumnType::Unknown) type = other.type;
 }
 
-ColumnType Resolver::columnType(const Expr& column) const {
+ColumnType ColumnLookup::typeOf(const Expr& column) {
   Found found;
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
     found.add(findInCore(**scope, column.qualifier, column.text, commonTables_.size()));
     if (found.certain()) return found.type;
+    // A qualifier means the innermost table of that name. An outer one of the same name may have
+    // the column, but the engine would not look there.
     const bool qualified = !column.qualifier.empty();
-    if (qualified && found.presence == Presence::Lacking) refuseLacking(column);
+    if (qualified && found.presence == Presence::Lacking) refuse(column);
   }
-  const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, targetTable_);
-  if (ofTarget && !targetTable_.empty()) found.add(findInTable(targetTable_, column.text));
+  // The row that an UPDATE or DELETE changes is visible in all its subqueries.
+  const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, target_);
+  if (ofTarget && !target_.empty()) found.add(findInTable(target_, column.text));
+  // An unknown qualifier is left to the engine, which refuses it in every form.
   const bool nowhere = found.presence == Presence::NoTable && column.qualifier.empty();
-  if (nowhere || found.presence == Presence::Lacking) refuseLacking(column);
+  if (nowhere || found.presence == Presence::Lacking) refuse(column);
   return found.type;
 }
 
-Resolver::Found Resolver::findInCore(const SelectCore& core, std::string_view qualifier,
-                                     std::string_view column, std::size_t visible) const {
+ColumnLookup::Found ColumnLookup::findInCore(const SelectCore& core, std::string_view qualifier,
+                                             std::string_view column, std::size_t visible) {
   Found found;
   for (const Source& source : core.from) {
-    const std::string& name = source.alias.empty() ? source.table : source.alias;
-    if (!qualifier.empty() && !sameName(qualifier, name)) continue;
+    if (!qualifier.empty() && !sameName(qualifier, visibleName(source))) continue;
     found.add(findInSource(source, column, visible));
+    // The first one wins; the engine refuses a name that two tables have.
     if (found.certain()) break;
   }
   return found;
 }
 
-Resolver::Found Resolver::findInSource(const Source& source, std::string_view column,
-                                       std::size_t visible) const {
+ColumnLookup::Found ColumnLookup::findInSource(const Source& source, std::string_view column,
+                                               std::size_t visible) {
   if (source.derived) return findInSelect(*source.derived, column, visible);
+  // A common table sees those before it, but not itself.
   for (std::size_t i = visible; i > 0; --i) {
     const CommonTable& table = *commonTables_[i - 1];
     if (sameName(table.name, source.table)) return findInSelect(*table.select, column, i - 1);
@@ -93,12 +85,13 @@ Resolver::Found Resolver::findInSource(const Source& source, std::string_view co
   return findInTable(source.table, column);
 }
 
-Resolver::Found Resolver::findInSelect(const Select& select, std::string_view column,
-                                       std::size_t visible) const {
+ColumnLookup::Found ColumnLookup::findInSelect(const Select& select, std::string_view column,
+                                               std::size_t visible) {
   if (++lookups_ > kMaxLookups) {
     throw SqlError("the statement is too complex; name the columns instead of *",
                    select.cores.front().at);
   }
+  // The first part of a UNION names the columns; the others only add to the types.
   const SelectCore& core = select.cores.front();
   Found found{.presence = Presence::Lacking};
   for (std::size_t i = 0; i < core.items.size() && !found.certain(); ++i) {
@@ -112,7 +105,12 @@ Resolver::Found Resolver::findInSelect(const Select& select, std::string_view co
   return found;
 }
 
-Resolver::Found Resolver::findInTable(std::string_view table, std::string_view column) const {
+ColumnType ColumnLookup::typeIn(std::string_view table, std::string_view column) const {
+  return findInTable(table, column).type;
+}
+
+ColumnLookup::Found ColumnLookup::findInTable(std::string_view table,
+                                              std::string_view column) const {
   if (catalog_ == nullptr) return {.presence = Presence::Open};
   const ColumnType type = catalog_->columnType(table, column);
   if (type != ColumnType::Unknown) return {.presence = Presence::There, .type = type};
@@ -120,18 +118,18 @@ Resolver::Found Resolver::findInTable(std::string_view table, std::string_view c
   return {.presence = lacking ? Presence::Lacking : Presence::Open};
 }
 
-// Nothing is known without a catalog.
-void Resolver::refuseLacking(const Expr& column) const {
+// Names the tables that were searched, so that the user sees in which one to look.
+void ColumnLookup::refuse(const Expr& column) const {
   if (catalog_ == nullptr) return;
   std::vector<std::string_view> tables;
   for (auto scope = scopes_.rbegin(); scope != scopes_.rend(); ++scope) {
     for (const Source& source : (*scope)->from) {
-      const std::string& name = source.alias.empty() ? source.table : source.alias;
-      if (!column.qualifier.empty() && !sameName(column.qualifier, name)) continue;
+      const bool named = sameName(column.qualifier, visibleName(source));
+      if (!column.qualifier.empty() && !named) continue;
       tables.push_back(source.derived ? source.alias : source.table);
     }
   }
-  if (!targetTable_.empty()) tables.push_back(targetTable_);
+  if (!target_.empty()) tables.push_back(target_);
   if (tables.empty()) throw SqlError("there is no column " + column.text + " here", column.at);
   const bool one = tables.size() == 1 || !column.qualifier.empty();
   failLacking(column.text, one ? tables.front() : "any of the tables", column.at);

@@ -5,7 +5,7 @@
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/like_pattern.h"
 #include "qxdesk/sql/numbers.h"
-#include "qxdesk/sql/utf8.h"
+#include "qxframework/automation/utf.h"
 
 #include <sqlite3.h>
 
@@ -54,7 +54,7 @@ void resultText(sqlite3_context* context, const std::string& text) {
 }
 
 std::size_t characterLength(std::string_view text, std::size_t offset) {
-  const auto character = readUtf8(text, offset);
+  const auto character = codePointAt(text, offset);
   return character ? character->length : 1;
 }
 
@@ -293,7 +293,7 @@ void resultLike(sqlite3_context* context, std::string_view text, std::string_vie
   guarded(context, [&] {
     std::optional<char32_t> escapeCharacter;
     if (escape != nullptr) {
-      const auto character = readUtf8(textOf(escape), 0);
+      const auto character = codePointAt(textOf(escape), 0);
       if (!character || character->length != textOf(escape).size()) {
         throw std::runtime_error("ESCAPE takes one character");
       }

@@ -23,7 +23,7 @@ TEST(StatementText, KeepsEveryCharacter) {
   EXPECT_EQ(statementText(u""), "");
 }
 
-TEST(StatementText, RefusesHalfOfASurrogatePairAndTellsItsPlace) {
+TEST(StatementText, RefusesAnUnpairedSurrogateWithItsPosition) {
   const std::string refused = "the statement holds half of a surrogate pair (line ";
   EXPECT_EQ(refusal(u"SELECT '\xD83D'"), refused + "1, column 9)");
   EXPECT_EQ(refusal(u"SELECT\r\n'\U0001F600\xDE00'"), refused + "2, column 3)");
@@ -31,8 +31,8 @@ TEST(StatementText, RefusesHalfOfASurrogatePairAndTellsItsPlace) {
   EXPECT_EQ(refusal(u"a\xD83D"), refused + "1, column 2)");
 }
 
-// In a literal, too: a driver would cut the statement there.
-TEST(StatementText, RefusesAZeroCharacterAndTellsItsPlace) {
+// Even in a literal: a driver would cut the statement there.
+TEST(StatementText, RefusesAZeroCharacterWithItsPosition) {
   const std::string refused = "the statement holds a zero character (line ";
   EXPECT_EQ(refusal({u"a\0b", 3}), refused + "1, column 2)");
   EXPECT_EQ(refusal({u"SELECT\n'\0'", 10}), refused + "2, column 2)");
