@@ -156,13 +156,13 @@ TEST(RefusalOfFunctions, UnknownFunctionsAndWrongArgumentsAreRefused) {
 
 TEST(RefusalOfTypes, PlusBetweenUnknownTypesIsRefused) {
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT a + b FROM T"),
-            "it cannot be told whether + adds numbers or joins texts; CAST one side to a type "
+            "it is not clear whether + adds numbers or joins texts; CAST one side to a type "
             "(line 1, column 10)");
 }
 
 TEST(RefusalOfTypes, DivisionOfUnknownTypesOrFractionsIsRefused) {
   EXPECT_EQ(refusal(Dialect::Db2, "SELECT a / 2 FROM T"),
-            "it cannot be told whether / takes whole numbers; CAST both sides to a type (line 1, "
+            "it is not clear whether / takes whole numbers; CAST both sides to a type (line 1, "
             "column 10)");
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT 1.5 % 2"),
             "% takes whole numbers; CAST both sides to int (line 1, column 12)");

@@ -149,9 +149,9 @@ void resolveDivision(Expr& expr) {
   if (left == ColumnType::Integer && right == ColumnType::Integer) return;
   const bool known = left != ColumnType::Unknown && right != ColumnType::Unknown;
   if (!known) {
-    throw SqlError("it cannot be told whether " + expr.text +
-                       " takes whole numbers; CAST both sides to a type",
-                   expr.at);
+    throw SqlError(
+        "it is not clear whether " + expr.text + " takes whole numbers; CAST both sides to a type",
+        expr.at);
   }
   if (expr.text == "%") throw SqlError("% takes whole numbers; CAST both sides to int", expr.at);
   expr.type = ColumnType::Decimal;
@@ -291,7 +291,7 @@ void ExpressionResolver::resolvePlus(Expr& expr) const {
   // a text.
   if (left == ColumnType::Unknown && right == ColumnType::Unknown) {
     throw SqlError(
-        "it cannot be told whether + adds numbers or joins texts; "
+        "it is not clear whether + adds numbers or joins texts; "
         "CAST one side to a type",
         expr.at);
   }
