@@ -130,9 +130,9 @@ check_tidy() {
     echo "check: .clang-tidy:1: clang-tidy 14 is missing; run scripts/setup.sh clang"
     return
   fi
-  # clang cannot read the precompiled headers of g++ and finds missing includes without them.
-  sed -E 's/-Winvalid-pch//g; s/ -include [^ ]*cmake_pch\.hxx//g' "$build/compile_commands.json" \
-    >"$scratch/compile_commands.json"
+  # clang cannot read the precompiled headers of g++, and without any it finds missing includes.
+  sed -E 's/ (-Xclang )?-include(-pch)? (-Xclang )?[^ ]*cmake_pch\.hxx(\.pch)?//g; s/ -Winvalid-pch//g' \
+    "$build/compile_commands.json" >"$scratch/compile_commands.json"
   { git diff --name-only --diff-filter=d "$since" -- '*.cc'
     git ls-files --others --exclude-standard -- '*.cc'; } | sort -u |
     while IFS= read -r file; do
