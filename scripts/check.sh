@@ -91,15 +91,16 @@ check_tests_run() {
   fi
   find "$build" \( -name CTestTestfile.cmake -o -name '*_include*.cmake' \) -print0 |
     xargs -0r cat | grep -E 'add_test\(|TEST_EXECUTABLE' >"$scratch/ctest" || true
-  # A compile command's object is in CMakeFiles/PROGRAM.dir.
+  # A compile command's object, the word after -o, is in CMakeFiles/PROGRAM.dir.
   awk -v root="$PWD/" -v tests="$tests" '
     FILENAME ~ /ctest$/ {
       n = split($0, word, /[^A-Za-z0-9_.+\/-]+/)
       for (i = 1; i <= n; i++) { sub(/^.*\//, "", word[i]); runs[word[i]] = 1 }
       next
     }
-    /"command":/ && match($0, /CMakeFiles\/[^\/ ]+\.dir\//) {
-      program = substr($0, RSTART + 11, RLENGTH - 16)
+    /"command":/ && match($0, / -o [^ ]*CMakeFiles\/[^\/ ]+\.dir\//) {
+      program = substr($0, RSTART, RLENGTH - 5)
+      sub(/.*\//, "", program)
     }
     /"file":/ {
       split($0, part, "\"")

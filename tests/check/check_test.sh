@@ -41,8 +41,9 @@ printf 'qx_test(whole SOURCES whole_test.cc)\n' >tests/CMakeLists.txt
 
 compile_command() { # compile_command PROGRAM FILE
   printf '{\n  "directory": "%s/build",\n' "$tree"
-  printf '  "command": "/usr/bin/g++ -std=c++20 -I%s -o CMakeFiles/%s.dir/x.o -c %s",\n' \
-    "$tree" "$1" "$tree/$2"
+  printf '  "command": "/usr/bin/g++ -std=c++20 -I%s -Winvalid-pch ' "$tree"
+  printf -- '-include /none/CMakeFiles/pch.dir/cmake_pch.hxx -o CMakeFiles/%s.dir/x.o -c %s",\n' \
+    "$1" "$tree/$2"
   printf '  "file": "%s"\n}' "$tree/$2"
 }
 mkdir build
