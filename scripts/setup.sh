@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config git ccache
+  g++ cmake ninja-build pkg-config git ccache clang-format-14
   libicu-dev libxml2-dev libtomlplusplus-dev libcli11-dev libfmt-dev libsqlite3-dev
   unixodbc-dev odbc-postgresql
   libgtest-dev libgmock-dev
@@ -14,7 +14,7 @@ packages=(
 for extra in "$@"; do
   case "$extra" in
     bench) packages+=(libspdlog-dev libsoci-dev libboost-dev) ;;
-    clang) packages+=(clang libclang-rt-14-dev clang-format clang-tidy) ;;
+    clang) packages+=(clang libclang-rt-14-dev clang-tidy) ;;
     *) echo "setup.sh: unknown group '$extra'; use 'bench' or 'clang'" >&2; exit 2 ;;
   esac
 done

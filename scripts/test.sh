@@ -12,7 +12,7 @@ scripts/setup.sh "${groups[@]}"
 
 cmake --preset "$preset" -DQX_BUILD_TESTS=ON -DQX_BUILD_FUZZERS=ON >/dev/null
 cmake --build --preset "$preset"
-scripts/check_tree.sh "build/$preset"
+scripts/check.sh "build/$preset"
 
 echo "Tests per folder:"
 ctest --test-dir "build/$preset" -N | sed -n 's|^ *Test *#[0-9]*: \(.*\)/[^/]*$|\1|p' |
