@@ -16,7 +16,7 @@ install(TARGETS QXFramework qxrc EXPORT QXFrameworkTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY qxframework DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h"
-  PATTERN "internal" EXCLUDE PATTERN "testdata" EXCLUDE PATTERN "*test*" EXCLUDE PATTERN "*_fixture.h" EXCLUDE)
+  PATTERN "qxframework/sql" EXCLUDE PATTERN "internal" EXCLUDE PATTERN "testdata" EXCLUDE PATTERN "*test*" EXCLUDE PATTERN "*_fixture.h" EXCLUDE)
 install(EXPORT QXFrameworkTargets NAMESPACE QX:: DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/QXFramework")
 configure_package_config_file(cmake/QXFrameworkConfig.cmake.in
   "${PROJECT_BINARY_DIR}/installed/QXFrameworkConfig.cmake"

@@ -1,11 +1,10 @@
 #include "testing/medium.h"
 
-#include "qxframework/host/company.h"
+#include "qxframework/host/dialect_names.h"
 #include "testing/postgres_server.h"
 #include "testing/sqlite_file.h"
 
 #include <cstdlib>
-#include <map>
 #include <stdexcept>
 
 namespace qx::test {
@@ -19,15 +18,13 @@ std::string chosen(const char* variable, const char* otherwise) {
 }
 
 Medium readMedium() {
-  static const std::map<std::string, long> kTypes = {
-      {"mssql", kMssql}, {"sybase", kSybase}, {"db2", kDb2}, {"kordb", kKordb}};
   const std::string engine = chosen("QX_TEST_ENGINE", "mssql");
   const std::string database = chosen("QX_TEST_DATABASE", "sqlite");
-  const auto type = kTypes.find(engine);
-  if (type == kTypes.end()) throw std::runtime_error("QX_TEST_ENGINE: " + engine);
+  const auto serverType = serverTypeNamed(engine);
+  if (!serverType) throw std::runtime_error("QX_TEST_ENGINE: " + engine);
   if (database != "sqlite" && database != "postgres")
     throw std::runtime_error("QX_TEST_DATABASE: " + database);
-  return {engine, database == "postgres", type->second};
+  return {engine, database == "postgres", *serverType};
 }
 
 std::string& model() {

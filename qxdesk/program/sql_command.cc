@@ -1,6 +1,7 @@
 #include "qxdesk/program/sql_command.h"
 
 #include "qxdesk/program/input.h"
+#include "qxframework/host/dialect_names.h"
 #include "tools/sqlprint/example.h"
 #include "tools/sqlprint/printer.h"
 
@@ -23,9 +24,8 @@ struct Options {
 };
 
 std::string output(const Options& options, const std::vector<sqlprint::Statement>& statements) {
-  for (const sqlprint::Engine& engine : sqlprint::kEngines)
-    if (options.engine == engine.name)
-      return sqlprint::bare(statements, engine.serverType, options.nul ? '\0' : '\n');
+  if (const auto serverType = serverTypeNamed(options.engine))
+    return sqlprint::bare(statements, *serverType, options.nul ? '\0' : '\n');
   return sqlprint::sideBySide(statements);
 }
 
@@ -56,7 +56,7 @@ void addSqlCommand(CLI::App& program, Task& task) {
   auto* const engine = command->add_option("--engine", options->engine,
                                            "Print that dialect's statements only, one per line");
   std::vector<std::string> names;
-  for (const sqlprint::Engine& each : sqlprint::kEngines) names.emplace_back(each.name);
+  for (const DialectName& each : kDialectNames) names.emplace_back(each.name);
   engine->check(CLI::IsMember(names));
   command->add_flag("-0,--null", options->nul, "End each statement with a zero, not a line end")
       ->needs(engine);

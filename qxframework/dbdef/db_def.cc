@@ -2,7 +2,7 @@
 
 #include "qxframework/dbdef/db_def.h"
 
-#include "qxframework/sql/engine_sql.h"
+#include "qxframework/dbdef/internal/definition_sql.h"
 #include "qxframework/foundation/numbers.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/host/application.h"
@@ -12,10 +12,10 @@
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/resources/resource_loader.h"
+#include "qxframework/sql/dialects.h"
+#include "qxframework/sql/recordset_cell.h"
 #include "qxframework/util/qx_util.h"
 #include "qxframework/xml/dom.h"
-
-using qx::dbdef::fieldText;
 
 namespace {
 
@@ -68,12 +68,12 @@ long CQXDbDef::GetFileVersion(CQXVersion& version) {
 long CQXDbDef::GetDBVersion(CQXVersion& version) {
   CReturnValue<long> hr(u"CQXDbDef::GetDBVersion", 0, m_lLogId, false);
   try {
-    const long engine = m_ptrCompany->GetDbServerType();
+    const qx::Dialect& dialect = qx::dialectOf(m_ptrCompany->GetDbServerType());
     const CComPtr<IRecordset> recordset = openRecordset(m_ptrCompany);
-    runLogged(hr, recordset, qx::format(qx::dbdef::kSelectVersion.of(engine), m_bstrExtId.View()));
+    runLogged(hr, recordset, qx::format(qx::dbdef::kSelectVersion.of(dialect), m_bstrExtId.View()));
     recordset->MoveFirst();
-    version.SetVersion(CString(fieldText(recordset, 0)));
-    version.SetStatus(CString(fieldText(recordset, 1)));
+    version.SetVersion(CString(qx::cellText(recordset, 0)));
+    version.SetStatus(CString(qx::cellText(recordset, 1)));
   } catch (const _com_error& error) {
     long code = 0;
     CComBSTR text;
@@ -92,12 +92,12 @@ long CQXDbDef::GetDBVersion(CQXVersion& version) {
 long CQXDbDef::ReadEmergencyFix() {
   CReturnValue<long> number(u"CQXDbDef::GetDBVersion", 0, m_lLogId, true);
   try {
-    const long engine = m_ptrCompany->GetDbServerType();
+    const qx::Dialect& dialect = qx::dialectOf(m_ptrCompany->GetDbServerType());
     const CComPtr<IRecordset> recordset = openRecordset(m_ptrCompany);
     runLogged(number, recordset,
-              qx::format(qx::dbdef::kSelectEmergencyFix.of(engine), m_bstrExtId.View()));
+              qx::format(qx::dbdef::kSelectEmergencyFix.of(dialect), m_bstrExtId.View()));
     recordset->MoveFirst();
-    number = qx::leadingNumber(fieldText(recordset, 0));
+    number = qx::leadingNumber(qx::cellText(recordset, 0));
   } catch (const _com_error&) {
     number = 0;  // the column is not there yet
   }
@@ -157,21 +157,21 @@ long CQXDbDef::SetDBStatus(CQXVersion& version) {
 long CQXDbDef::WriteStamp(const CComBSTR& status, const CComBSTR& version) {
   CReturnValue<long> hr(u"CQXDbDef::WriteStamp", 0, m_lLogId, false);
   try {
-    const long engine = m_ptrCompany->GetDbServerType();
+    const qx::Dialect& dialect = qx::dialectOf(m_ptrCompany->GetDbServerType());
     const CComPtr<IRecordset> recordset = openRecordset(m_ptrCompany);
     CQXVersion stamped(kZeroVersion);
     stamped.SetVersion(CString(m_bstrFileVersion));
     runLogged(hr, recordset,
-              qx::format(qx::dbdef::kDeleteStamp.of(engine), m_bstrExtId.View(),
+              qx::format(qx::dbdef::kDeleteStamp.of(dialect), m_bstrExtId.View(),
                          stamped.GetVersionWithoutEFAsBSTR().View(), stamped.GetEF()));
 
     const CComBSTR code = CQXUtil::GetNextCodeValue(
-        m_lLogId, m_ptrCompany, CComBSTR(qx::dbdef::kVersionTable.of(engine)), nullptr);
+        m_lLogId, m_ptrCompany, CComBSTR(qx::dbdef::kVersionTable.of(dialect)), nullptr);
     if (version.View() != kZeroVersion) stamped.SetVersion(CString(version));
-    runLogged(
-        hr, recordset,
-        qx::format(qx::dbdef::kInsertStamp.of(engine), code.View(), code.View(), m_bstrExtId.View(),
-                   stamped.GetVersionWithoutEFAsBSTR().View(), stamped.GetEF(), status.View()));
+    runLogged(hr, recordset,
+              qx::format(qx::dbdef::kInsertStamp.of(dialect), code.View(), code.View(),
+                         m_bstrExtId.View(), stamped.GetVersionWithoutEFAsBSTR().View(),
+                         stamped.GetEF(), status.View()));
   } catch (const _com_error& error) {
     hr.LogError(u"SQL failed: %s", hr.xstrerror(static_cast<unsigned long>(error.Error())));
     hr = QX_E_DATABASE;

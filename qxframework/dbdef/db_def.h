@@ -18,6 +18,10 @@ class IUserKeysMD_Elements;
 class IXMLDOMDocument;
 class IXMLDOMNode;
 
+namespace qx::dbdef {
+class SchemaProgress;
+}  // namespace qx::dbdef
+
 /// Keeps the tables of an extension in step with the version of its module: the table of installed
 /// versions on one side, the creation of tables, fields, keys and rows from an XML definition on
 /// the other. The definition is additive: what exists is left as it is.
@@ -94,6 +98,7 @@ class QX_API CQXDbDef {
   void DisplayProgressMessage(const CComBSTR& text);
   void SignalTableInitialized(const CComBSTR& table, long kind);
   void StopProgressBar();
+  qx::dbdef::SchemaProgress Progress();
 
   CComBSTR Attribute(CComPtr<IXMLDOMNode> node, const OLECHAR* name);
   CComBSTR TableName(CComPtr<IXMLDOMNode> node);

@@ -1,8 +1,9 @@
 // The schema side: brings the database up to a definition.
 
 #include "qxframework/dbdef/db_def.h"
-#include "qxframework/dbdef/definition_node.h"
-#include "qxframework/sql/engine_sql.h"
+#include "qxframework/dbdef/internal/definition_node.h"
+#include "qxframework/dbdef/internal/definition_sql.h"
+#include "qxframework/dbdef/internal/schema_progress.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/host/application.h"
@@ -12,6 +13,7 @@
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/resources/resource_loader.h"
+#include "qxframework/sql/dialects.h"
 #include "qxframework/util/qx_util.h"
 #include "qxframework/xml/dom.h"
 
@@ -21,9 +23,7 @@ using qx::dbdef::skipNode;
 
 namespace {
 
-constexpr long kWaitTimeout = 0x102;
 constexpr long kBarMinutes = 30;
-constexpr int kDescriptionLength = 29;  // of the host
 constexpr unsigned kCheckDatabaseText = 223;
 constexpr std::u16string_view kResourceMark = u"*RES*";
 
@@ -42,7 +42,8 @@ long CQXDbDef::Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& ve
   CReturnValue<long> hr(u"CQXDbDef::Create", 0, m_lLogId, false);
   try {
     if (version.GetVersionAsBSTR().View() == u"0.00.00.00.00") GetFileVersion(version);
-    if (GetProgressBar(kBarMinutes, FrameworkText(kCheckDatabaseText), 1) == kWaitTimeout) {
+    if (GetProgressBar(kBarMinutes, FrameworkText(kCheckDatabaseText), 1) ==
+        qx::dbdef::kWaitTimeout) {
       hr.LogError(u"Timeout received while waiting for progress bar");
       hr = E_FAIL;
       return hr;
@@ -151,8 +152,7 @@ long CQXDbDef::CreateTable(CComPtr<IXMLDOMNode> node) {
     return hr;
   }
   tables->PutTableName(name);
-  if (!!description)
-    tables->PutTableDescription(CComBSTR(CString(description).Left(kDescriptionLength).View()));
+  if (!!description) tables->PutTableDescription(qx::dbdef::hostDescription(description));
   if (const long number = tableTypeOf(type.View()); number != 0) tables->PutTableType(number);
   if (tables->Add() != 0) {
     hr.LogError(u"Failed to create table '%s': %s.\n", name.View(), LastErrorText().View());
@@ -165,14 +165,14 @@ long CQXDbDef::CreateTable(CComPtr<IXMLDOMNode> node) {
 
 long CQXDbDef::InsertData(const CComBSTR& table, CComPtr<IXMLDOMNode> node) {
   CReturnValue<long> hr(u"CQXDbDef::InsertData", 0, m_lLogId, false);
-  const long engine = m_ptrCompany->GetDbServerType();
+  const qx::Dialect& dialect = qx::dialectOf(m_ptrCompany->GetDbServerType());
   const std::u16string target = u"@" + std::u16string(table.View());
   const CComQIPtr<IRecordset> recordset(m_ptrCompany->GetBusinessObject(qx::kRecordset));
   forEachChild(node, [&](const CComPtr<IXMLDOMNode>& row) {
     if (!isElement(hr, row, u"row")) return;
     const CComBSTR code =
         CQXUtil::GetNextCodeValue(m_lLogId, m_ptrCompany, CComBSTR(target), nullptr);
-    qx::dbdef::RowInsert insert(engine, target, code.View());
+    qx::dbdef::RowInsert insert(dialect, target, code.View());
     const CComPtr<IXMLDOMNamedNodeMap> attributes = row->attributes();
     for (long i = 0; i < attributes->length(); ++i) {
       const CComPtr<IXMLDOMNode> attribute = attributes->item(i);
@@ -197,8 +197,8 @@ CComBSTR CQXDbDef::Attribute(CComPtr<IXMLDOMNode> node, const OLECHAR* name) {
 }
 
 CComBSTR CQXDbDef::TableName(CComPtr<IXMLDOMNode> node) {
-  return CComBSTR(qx::dbdef::tableNameOn(m_ptrCompany->GetDbServerType(),
-                                         Attribute(node, u"TableName").View()));
+  return CComBSTR(qx::dbdef::definedTableName(qx::dialectOf(m_ptrCompany->GetDbServerType()),
+                                              Attribute(node, u"TableName").View()));
 }
 
 // The attribute with "*RES*" replaced; null when it is absent. `failure` is logged with `name` when

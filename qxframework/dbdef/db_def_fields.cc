@@ -1,8 +1,8 @@
 // The schema side: user fields and their valid values.
 
 #include "qxframework/dbdef/db_def.h"
-#include "qxframework/dbdef/definition_node.h"
-#include "qxframework/sql/engine_sql.h"
+#include "qxframework/dbdef/internal/definition_node.h"
+#include "qxframework/dbdef/internal/definition_sql.h"
 #include "qxframework/foundation/numbers.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/company.h"
@@ -10,6 +10,7 @@
 #include "qxframework/host/recordset.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
+#include "qxframework/sql/dialects.h"
 #include "qxframework/xml/dom.h"
 
 #include <algorithm>
@@ -20,7 +21,6 @@ using qx::dbdef::isElement;
 
 namespace {
 
-constexpr int kDescriptionLength = 29;  // of the host
 constexpr long kNoSize = 0;
 constexpr long kSizeAttribute = -1;  // the definition must say
 
@@ -101,7 +101,7 @@ long CQXDbDef::CreateField(const CComBSTR& table, CComPtr<IXMLDOMNode> node, boo
   CComQIPtr<IUserFieldsMD> field(m_ptrCompany->GetBusinessObject(qx::kUserFieldsMD));
   field->PutTableName(table);
   field->PutName(name);
-  field->PutDescription(CComBSTR(CString(description).Left(kDescriptionLength).View()));
+  field->PutDescription(qx::dbdef::hostDescription(description));
   field->PutType(type->type);
   field->PutSubType(type->subType);
   if (type->size == kSizeAttribute) {
@@ -156,8 +156,8 @@ long CQXDbDef::UserFieldExists(const CComBSTR& table, const CComBSTR& field, boo
   CReturnValue<long> hr(u"CQXDbDef::UserFieldExists", 0, m_lLogId, false);
   try {
     const auto& shape = isUserTable ? qx::dbdef::kSelectUserField : qx::dbdef::kSelectTableField;
-    const std::u16string sql =
-        qx::format(shape.of(m_ptrCompany->GetDbServerType()), table.View(), field.View());
+    const std::u16string sql = qx::format(shape.of(qx::dialectOf(m_ptrCompany->GetDbServerType())),
+                                          table.View(), field.View());
     const CComQIPtr<IRecordset> recordset(m_ptrCompany->GetBusinessObject(qx::kRecordset));
     hr.LogError(u"SQL: \"%s\"\n", sql);
     hr = recordset->DoQuery(CComBSTR(sql));

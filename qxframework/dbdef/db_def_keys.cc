@@ -1,7 +1,7 @@
 // The schema side: user keys.
 
 #include "qxframework/dbdef/db_def.h"
-#include "qxframework/dbdef/definition_node.h"
+#include "qxframework/dbdef/internal/definition_node.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/metadata.h"

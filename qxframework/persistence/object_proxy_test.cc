@@ -3,10 +3,11 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/persistence/choose_list_helper.h"
 #include "qxframework/persistence/testing/proxy_records.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/persistence/testing/vtable_slot.h"
 #include "qxframework/query/link_criteria.h"
+#include "qxframework/query/testing/query_parts.h"
+#include "testing/param_name.h"
 #include "testing/recording_logger.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "qxframework/query/browser_collection.h"
 
 #include "qxframework/host/company.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/vtable_slot.h"
+#include "qxframework/query/testing/query_parts.h"
 #include "qxframework/query/value_container.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "qxframework/query/link_criteria.h"
 
-#include "qxframework/persistence/internal/field_names.h"
+#include "qxframework/query/field_names.h"
 #include "qxframework/query/variant_order.h"
 
 namespace Persistence {

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-namespace qx::dbdef {
+namespace qx {
 
-/// What stands in `path` behind the last "\\" or "/" and ahead of the last "." there.
+/// Returns the file name of `path`, which begins after the last "\\" or "/", without its extension.
 std::u16string_view programName(std::u16string_view path);
 
-}  // namespace qx::dbdef
+}  // namespace qx

@@ -25,14 +25,12 @@ CComBSTR CQXUtil::GetMenuUID(CQXBSTR prefix, long id) {
   return CComBSTR(qx::format(u"%s%d", prefix.View(), id));
 }
 
-std::u16string_view qx::dbdef::programName(std::u16string_view path) {
+std::u16string_view qx::programName(std::u16string_view path) {
   const std::u16string_view name = path.substr(path.find_last_of(u"\\/") + 1);
   return name.substr(0, name.rfind(u'.'));
 }
 
-CComBSTR CQXUtil::GetFileName() {
-  return CComBSTR(qx::dbdef::programName(qx::modulePath(nullptr)));
-}
+CComBSTR CQXUtil::GetFileName() { return CComBSTR(qx::programName(qx::modulePath(nullptr))); }
 
 CComBSTR CQXUtil::GetWindowModuleName(HWND window) {
   if (window == nullptr) return CComBSTR();

@@ -1,7 +1,6 @@
 // Helpers on host objects: codes of user tables, the status bar, the selected form.
 
 #include "qxframework/automation/format.h"
-#include "qxframework/sql/engine_sql.h"
 #include "qxframework/foundation/numbers.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/host/application.h"
@@ -9,24 +8,35 @@
 #include "qxframework/host/form.h"
 #include "qxframework/host/recordset.h"
 #include "qxframework/logging/function_log.h"
+#include "qxframework/sql/dialects.h"
+#include "qxframework/sql/recordset_cell.h"
+#include "qxframework/util/next_code.h"
 #include "qxframework/util/qx_util.h"
 
 namespace {
 
 constexpr long kDisplayValue = 20;
 
+const qx::TextByQuoting kSelectMaxCode{.brackets = u"SELECT MAX(Code) FROM [%s]",
+                                       .bare = u"SELECT MAX(Code) FROM %s",
+                                       .doubleQuotes = u"SELECT MAX(\"Code\") FROM \"%s\""};
+
 }  // namespace
+
+std::u16string qx::highestCodeQuery(const Dialect& dialect, std::u16string_view table) {
+  return format(kSelectMaxCode.of(dialect), table);
+}
 
 CComBSTR CQXUtil::GetNextCodeValue(long appId, CComPtr<ICompany> company, CComBSTR table,
                                    long* number) {
   CReturnValue<CComBSTR> code(u"CQXUtil::GetNextCodeValue", CComBSTR(u""), appId, false);
   try {
     const std::u16string sql =
-        qx::format(qx::dbdef::kSelectMaxCode.of(company->GetDbServerType()), table.View());
+        qx::highestCodeQuery(qx::dialectOf(company->GetDbServerType()), table.View());
     const CComQIPtr<IRecordset> recordset(company->GetBusinessObject(qx::kRecordset));
     code.LogDbg0(u"SQL: \"%s\"\n", sql);
     recordset->DoQuery(CComBSTR(sql));
-    const std::u16string highest = qx::dbdef::fieldText(recordset, 0);
+    const std::u16string highest = qx::cellText(recordset, 0);
     // The number has 32 bits: behind the highest comes the lowest.
     const long next = highest.empty() ? 0 : qx::resultCode(qx::leadingNumber(highest, 16) + 1);
     if (number != nullptr) *number = next;

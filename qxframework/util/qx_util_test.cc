@@ -164,14 +164,14 @@ TEST(QxUtilText, ReplaceXmlEntityCharsTakesTheAmpersandFirst) {
 }
 
 TEST(QxUtilText, GetFileNameIsTheProgramWithoutFolderAndExtension) {
-  EXPECT_EQ(CQXUtil::GetFileName().View(), u"qxframework_dbdef_test");
+  EXPECT_EQ(CQXUtil::GetFileName().View(), u"qxframework_util_test");
 }
 
 TEST(QxUtilText, AProgramNameIsCutBehindTheLastSeparatorAndAheadOfTheLastDot) {
-  EXPECT_EQ(qx::dbdef::programName(u"C:\\x\\app.v2.exe"), u"app.v2");
-  EXPECT_EQ(qx::dbdef::programName(u"/opt/a.b/app"), u"app");
-  EXPECT_EQ(qx::dbdef::programName(u"app.v2.exe"), u"app.v2");
-  EXPECT_EQ(qx::dbdef::programName(u""), u"");
+  EXPECT_EQ(qx::programName(u"C:\\x\\app.v2.exe"), u"app.v2");
+  EXPECT_EQ(qx::programName(u"/opt/a.b/app"), u"app");
+  EXPECT_EQ(qx::programName(u"app.v2.exe"), u"app.v2");
+  EXPECT_EQ(qx::programName(u""), u"");
 }
 
 TEST(QxUtilWindow, ANullWindowHasNoModule) {

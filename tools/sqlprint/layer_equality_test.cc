@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/query/persistence_exception.h"
-#include "testing/param_name.h"
+#include "qxframework/sql/testing/dialect_param.h"
 #include "tools/sqlprint/printer.h"
 #include "tools/sqlprint/testing/random_statement.h"
 #include "tools/sqlprint/testing/recording_company.h"
@@ -17,15 +17,7 @@ namespace {
 
 constexpr int kStatements = 2000;
 
-struct EngineParam {
-  std::string name;
-  DbServerType serverType;
-  friend std::ostream& operator<<(std::ostream& out, const EngineParam& engine) {
-    return out << engine.name;
-  }
-};
-
-class LayerEquality : public testing::TestWithParam<EngineParam> {};
+class LayerEquality : public testing::TestWithParam<test::DialectParam> {};
 
 std::u16string codeAhead(const std::u16string& code) {
   if (code.empty() || code == u"00000000") return {};
@@ -88,11 +80,8 @@ TEST_P(LayerEquality, ThousandsOfRandomDescriptionsPrintWhatTheClassesSend) {
                 "refused: Only EQUAL is allowed as operation in the conditions"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Engines, LayerEquality,
-                         testing::Values(EngineParam{"mssql", kMssql},
-                                         EngineParam{"sybase", kSybase}, EngineParam{"db2", kDb2},
-                                         EngineParam{"kordb", kKordb}),
-                         test::nameOf<EngineParam>);
+INSTANTIATE_TEST_SUITE_P(Dialects, LayerEquality, test::eachDialect(),
+                         test::nameOf<test::DialectParam>);
 
 }  // namespace
 }  // namespace qx::sqlprint

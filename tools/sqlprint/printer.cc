@@ -1,6 +1,7 @@
 #include "tools/sqlprint/printer.h"
 
 #include "qxframework/automation/text.h"
+#include "qxframework/host/dialect_names.h"
 #include "tools/sqlprint/toml_input.h"
 
 namespace qx::sqlprint {
@@ -8,9 +9,9 @@ namespace {
 
 constexpr std::size_t kTextColumn = 8;
 
-void appendEngine(std::string& out, const Statement& statement, const Engine& engine) {
-  std::string label = engine.name;
-  for (const std::u16string& text : statementTexts(statement, engine.serverType)) {
+void appendDialect(std::string& out, const Statement& statement, const DialectName& dialect) {
+  std::string label(dialect.name);
+  for (const std::u16string& text : statementTexts(statement, dialect.serverType)) {
     label.resize(kTextColumn, ' ');
     out += label + toUtf8(text) + "\n";
     label.clear();
@@ -30,7 +31,7 @@ std::string sideBySide(const std::vector<Statement>& statements) {
   for (const Statement& statement : statements) {
     if (!out.empty()) out += "\n";
     if (statements.size() > 1) out += heading(statement);
-    for (const Engine& engine : kEngines) appendEngine(out, statement, engine);
+    for (const DialectName& dialect : kDialectNames) appendDialect(out, statement, dialect);
   }
   return out;
 }

@@ -1,25 +1,18 @@
 #include "tools/sqlprint/statement_texts.h"
 
-#include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
-#include "qxframework/sql/engine_sql.h"
-#include "qxframework/persistence/internal/persistence_factory.h"
-#include "qxframework/persistence/internal/persistent_collection.h"
-#include "qxframework/persistence/internal/persistent_object.h"
+#include "qxframework/persistence/statement_writer.h"
 #include "qxframework/query/persistence_exception.h"
 
-#include <memory>
+#include <algorithm>
 
 namespace qx::sqlprint {
 namespace {
 
 using Persistence::CCondition;
 using Persistence::CConditions;
-using Persistence::CQXPersistentBase;
-using Persistence::CQXPersistentCollection;
-using Persistence::CQXPersistentObject;
 
-/// Does `work`; a refusal of the layer gets the place.
+// Does `work`. If the layer refuses, the refusal is reported with the place in the file.
 template <class Work>
 auto refusedAt(const Location& place, Work work) {
   try {
@@ -30,8 +23,8 @@ auto refusedAt(const Location& place, Work work) {
   }
 }
 
-Persistence::FieldNames pointersTo(const Names& names) {
-  Persistence::FieldNames pointers;
+std::vector<const OLECHAR*> pointersTo(const Names& names) {
+  std::vector<const OLECHAR*> pointers;
   for (const std::u16string& name : names) pointers.push_back(name.c_str());
   return pointers;
 }
@@ -42,11 +35,11 @@ Persistence::TyFieldValues fieldValuesOf(const NamedValues& values) {
   return made;
 }
 
-/// The layer makes the condition out of the value. One at a time, since values go by their names
-/// and a column may have several conditions.
-CCondition conditionOf(const CQXPersistentBase& sql, const Condition& given) {
-  const qx_ptr<CConditions> made = sql.BuildConditionsFromValues(
-      fieldValuesOf({{given.field, given.value}}), {given.operation}, false);
+// The layer makes the condition of the value. One condition at a time, since a list of values has a
+// name once only and a column may have several conditions.
+CCondition conditionOf(const Condition& given, DbServerType serverType) {
+  const qx_ptr<CConditions> made = StatementWriter::conditionsFromValues(
+      serverType, fieldValuesOf({{given.field, given.value}}), {given.operation});
   CCondition condition = *made->Item(0);
   if (given.raw) condition.PutCondVal(*given.raw);
   condition.PutRelationship(given.relationship);
@@ -55,10 +48,9 @@ CCondition conditionOf(const CQXPersistentBase& sql, const Condition& given) {
   return condition;
 }
 
-qx_ptr<CConditions> conditionsOf(const CQXPersistentBase& sql,
-                                 const std::vector<Condition>& given) {
+qx_ptr<CConditions> conditionsOf(const std::vector<Condition>& given, DbServerType serverType) {
   qx_ptr<CConditions> made = CConditions::CreateNewInstance();
-  for (const Condition& each : given) *made->Add() = conditionOf(sql, each);
+  for (const Condition& each : given) *made->Add() = conditionOf(each, serverType);
   return made;
 }
 
@@ -75,88 +67,67 @@ Persistence::CQXLinkTableCriteria linkOf(const Join& join) {
   return link;
 }
 
-void setUp(CQXPersistentBase& sql, const Statement& statement) {
-  sql.SetMasterTable(statement.table.c_str());
-  sql.SetUserTable(statement.userTable);
-  if (!statement.as.empty()) sql.SetCorrelationName(statement.as.c_str());
-  sql.SetKeyFields(pointersTo(statement.keys));
-  sql.SetFields(pointersTo(statement.fields));
-  if (statement.where) sql.SetConditions(conditionsOf(sql, *statement.where));
-  for (const Join& join : statement.joins) sql.AddLinkTable(linkOf(join));
-}
-
-std::unique_ptr<CQXPersistentObject> objectFor(const Statement& statement, long serverType) {
-  std::unique_ptr<CQXPersistentObject> object = persistentObjectFor(serverType);
-  setUp(*object, statement);
-  object->GetFieldValues() = fieldValuesOf(statement.values);
-  return object;
+StatementQuery queryOf(const Statement& statement, DbServerType serverType) {
+  StatementQuery query;
+  query.table = statement.table.c_str();
+  query.userTable = statement.userTable;
+  if (!statement.as.empty()) query.correlation = statement.as.c_str();
+  query.keys = pointersTo(statement.keys);
+  query.fields = pointersTo(statement.fields);
+  if (statement.where) query.conditions = conditionsOf(*statement.where, serverType);
+  for (const Join& join : statement.joins) query.joins.push_back(linkOf(join));
+  query.keysOnly = statement.keysOnly;
+  for (const SortField& field : statement.sort)
+    query.sortFields.emplace_back(field.field.c_str(), field.descending
+                                                           ? Persistence::so_Descending
+                                                           : Persistence::so_Ascending);
+  return query;
 }
 
 using Texts = std::vector<CComBSTR>;
 
-Texts selectTexts(const Statement& statement, long serverType) {
-  const std::unique_ptr<CQXPersistentCollection> collection = persistentCollectionFor(serverType);
-  setUp(*collection, statement);
-  collection->SetKeysOnly(statement.keysOnly);
-  Persistence::CQXPersistenceSortFieldCollection sort;
-  for (const SortField& field : statement.sort)
-    sort.emplace_back(field.field.c_str(),
-                      field.descending ? Persistence::so_Descending : Persistence::so_Ascending);
-  collection->SetSortFields(sort);
+Texts selectTexts(const Statement& statement, StatementWriter& writer) {
   if (statement.limit)
-    refusedAt(statement.limit->place,
-              [&] { collection->SetMaxRecordCount(statement.limit->count); });
-  collection->PrepareSelect();
-  return collection->SelectTexts();
+    refusedAt(statement.limit->place, [&] { writer.setMaximum(statement.limit->count); });
+  return writer.select();
 }
 
-/// On a user table the layer asks for the highest code first.
-Texts insertTexts(const Statement& statement, long serverType) {
-  Texts texts;
-  if (statement.userTable)
-    texts.push_back(
-        CComBSTR(format(dbdef::kSelectMaxCode.of(serverType), CComBSTR(statement.table).View())));
-  texts.push_back(objectFor(statement, serverType)->InsertText(CComBSTR(statement.nextCode)));
-  return texts;
-}
-
-Texts removeTexts(const Statement& statement, long serverType) {
-  const std::unique_ptr<CQXPersistentObject> object = objectFor(statement, serverType);
+Texts removeTexts(const Statement& statement, DbServerType serverType) {
+  StatementQuery query = queryOf(statement, serverType);
   try {
-    return {object->RemoveText()};
+    return {StatementWriter(serverType, query).remove()};
   } catch (const Persistence::CQXPersistenceException&) {
     // Each condition alone, to find the one that is refused.
     for (const Condition& condition : *statement.where) {
-      object->SetConditions(conditionsOf(*object, {condition}));
-      refusedAt(condition.place, [&] { object->RemoveText(); });
+      query.conditions = conditionsOf({condition}, serverType);
+      refusedAt(condition.place, [&] { StatementWriter(serverType, query).remove(); });
     }
     throw;
   }
 }
 
-Texts chooseListTexts(const Statement& statement, long serverType) {
+CComBSTR chooseListText(const Statement& statement, StatementWriter& writer) {
   CSimpleMap<CComBSTR, CComBSTR> titles;
   for (const auto& [field, title] : statement.titles) titles.Add(CComBSTR(field), CComBSTR(title));
-  CComBSTR text;
-  objectFor(statement, serverType)
-      ->GetSQLforChooseList(titles, CComBSTR(statement.whereText), text);
-  return {text};
+  return writer.chooseList(titles, CComBSTR(statement.whereText));
 }
 
-Texts textsOf(const Statement& statement, long serverType) {
+Texts textsOf(const Statement& statement, DbServerType serverType) {
+  if (statement.kind == Kind::remove) return removeTexts(statement, serverType);
+  StatementWriter writer(serverType, queryOf(statement, serverType));
   switch (statement.kind) {
     case Kind::select:
-      return selectTexts(statement, serverType);
+      return selectTexts(statement, writer);
     case Kind::load:
-      return {objectFor(statement, serverType)->SelectText()};
+      return {writer.load()};
     case Kind::insert:
-      return insertTexts(statement, serverType);
+      return writer.insert(fieldValuesOf(statement.values), CComBSTR(statement.nextCode));
     case Kind::update:
-      return {objectFor(statement, serverType)->UpdateText(fieldValuesOf(statement.keyValues))};
-    case Kind::remove:
-      return removeTexts(statement, serverType);
+      return {writer.update(fieldValuesOf(statement.values), fieldValuesOf(statement.keyValues))};
     case Kind::chooseList:
-      return chooseListTexts(statement, serverType);
+      return {chooseListText(statement, writer)};
+    case Kind::remove:
+      break;  // above: a refusal needs further writers
   }
   return {};
 }
@@ -174,16 +145,12 @@ std::vector<std::u16string> statementTexts(const Statement& statement, DbServerT
 std::vector<std::size_t> skippedKeyValues(const Statement& statement) {
   std::vector<std::size_t> skipped;
   if (statement.keyValues.empty()) return skipped;
-  // The engine plays no part in it.
-  const auto written = objectFor(statement, kMssql)->KeyColumns(fieldValuesOf(statement.keyValues));
-  auto next = written.begin();
-  for (std::size_t i = 0; i < statement.keyValues.size(); ++i) {
-    if (next != written.end() && next->position == static_cast<long>(i)) {
-      ++next;
-    } else {
-      skipped.push_back(i);
-    }
-  }
+  // Any dialect will do: the names of key values do not depend on it.
+  StatementWriter writer(kMssql, queryOf(statement, kMssql));
+  const std::vector<std::size_t> compared =
+      writer.comparedKeyValues(fieldValuesOf(statement.values), fieldValuesOf(statement.keyValues));
+  for (std::size_t i = 0; i < statement.keyValues.size(); ++i)
+    if (!std::binary_search(compared.begin(), compared.end(), i)) skipped.push_back(i);
   return skipped;
 }
 

@@ -1,28 +1,22 @@
 #pragma once
 
-// From a description to the statements that the persistence layer sends for it. The texts are the
-// layer's own: it is set up as an add-on would set it up, but for a company.
+// From a description to the statements that the persistence layer sends for it. The layer writes
+// the texts itself: it is set up as by an add-on, but without a company.
 
 #include "qxframework/host/company.h"
 #include "tools/sqlprint/description.h"
 
-#include <array>
+#include <string>
+#include <vector>
 
 namespace qx::sqlprint {
 
-struct Engine {
-  const char* name;
-  DbServerType serverType;
-};
-
-inline constexpr std::array<Engine, 4> kEngines{
-    {{"mssql", kMssql}, {"sybase", kSybase}, {"db2", kDb2}, {"kordb", kKordb}}};
-
-/// The statements in the order in which they are sent. What the layer refuses is a Diagnostic with
-/// the layer's own text.
+/// Returns the statements in the order in which they are sent. Throws Diagnostic with the layer's
+/// text if the layer refuses the statement.
 std::vector<std::u16string> statementTexts(const Statement& statement, DbServerType serverType);
 
-/// The positions of the key values that the layer leaves out of an update.
+/// Returns the positions of the key values that the layer leaves out of an update, in ascending
+/// order.
 std::vector<std::size_t> skippedKeyValues(const Statement& statement);
 
 }  // namespace qx::sqlprint

@@ -1,57 +1,60 @@
 #pragma once
 
-// The classes of the dialects: one template over the base of one row and one over that of many,
-// each filled with what an engine has of its own. A statement's text stands in the bases, once.
+// The classes of the dialects: one template over the base of a row and one over that of a set of
+// rows, each filled with the data of a dialect. The bases write the statements, once for all
+// dialects.
 
-#include "qxframework/foundation/date_time.h"
-#include "qxframework/persistence/internal/dialect_db2.h"
-#include "qxframework/persistence/internal/dialect_kordb.h"
-#include "qxframework/persistence/internal/dialect_mssql.h"
-#include "qxframework/persistence/internal/dialect_sybase.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/internal/sql_text.h"
+#include "qxframework/sql/dialects.h"
+#include "qxframework/sql/sql_text.h"
 
+#include <functional>
 #include <utility>
 
 namespace qx {
 
-/// `Base` with the pieces of SQL that engines disagree on.
-template <class Base, class Dialect>
+/// `Base` with the pieces of SQL that differ from dialect to dialect.
+template <class Base, const Dialect& kDialect>
 class InDialect : public Base {
  public:
   using Base::Base;
 
   CComBSTR GetSQLTableName(const OLECHAR* name) const override {
-    return Dialect::tableName(viewOf(name));
+    return tableName(kDialect, viewOf(name));
   }
   void GetSQLDate(CComVariant& value) const override {
-    value = textVariant(Dialect::dateLiteral(
-        *this, value.vt == VT_DATE ? Dialect::dateText(CQXDateTime(value.date)) : textOf(value)));
+    CComBSTR text = value.vt == VT_DATE ? std::invoke(kDialect.dateText, CQXDateTime(value.date))
+                                        : textOf(value);
+    value = textVariant(kDialect.dateLiteral(std::move(text), this->m_bNationalStrings));
   }
   void AppendFieldList(CComBSTR& target, const Persistence::FieldNames& fields,
                        const OLECHAR* correlation) const override {
-    this->AppendFields(target, fields, correlation, Dialect::kWriteField);
+    this->AppendFields(target, fields, correlation, &kDialect.fieldAlias);
   }
   CComBSTR GetSQLColumnName(CComBSTR name) const override {
-    return Dialect::columnName(std::move(name));
+    return columnName(kDialect, std::move(name));
   }
-  CComBSTR GetDateString(CQXDateTime date) const override { return Dialect::dateString(date); }
-  CComBSTR GetSQLAlias(CComBSTR name) const override { return Dialect::alias(name.View()); }
+  CComBSTR GetDateString(CQXDateTime date) const override {
+    return std::invoke(kDialect.rowDateText, date);
+  }
+  CComBSTR GetSQLAlias(CComBSTR name) const override {
+    return enclosed(name.View(), kDialect.alias);
+  }
 };
 
-template <class Dialect>
-class ObjectInDialect final : public InDialect<Persistence::CQXPersistentObject, Dialect> {
-  using Base = InDialect<Persistence::CQXPersistentObject, Dialect>;
+template <const Dialect& kDialect>
+class ObjectInDialect final : public InDialect<Persistence::CQXPersistentObject, kDialect> {
+  using Base = InDialect<Persistence::CQXPersistentObject, kDialect>;
 
  public:
   using Base::Base;
 
   bool Exists() override { return this->RunExists(); }
-  void Add() override { this->RunAdd(Dialect::kName); }
-  void Remove(const Persistence::TyFieldValues&) override { this->RunRemove(Dialect::kName); }
+  void Add() override { this->RunAdd(kDialect); }
+  void Remove(const Persistence::TyFieldValues&) override { this->RunRemove(kDialect); }
   void Update(const Persistence::TyFieldValues& keyValues) override {
-    this->RunUpdate(Dialect::kName, keyValues);
+    this->RunUpdate(kDialect, keyValues);
   }
   void Load(qx_ptr<Persistence::CConditions> conditions) override {
     this->SetConditions(std::move(conditions));
@@ -59,63 +62,41 @@ class ObjectInDialect final : public InDialect<Persistence::CQXPersistentObject,
   }
   void GetSQLforChooseList(const CSimpleMap<CComBSTR, CComBSTR>& fields, const CComBSTR& where,
                            CComBSTR& result) override {
-    result = this->ChooseListText(fields, where, Dialect::writeTitle);
+    result = this->ChooseListText(fields, where, kDialect.title);
   }
-  void Select() override { this->RunSelect(Dialect::kName); }
+  void Select() override { this->RunSelect(kDialect); }
 };
 
-template <class Dialect>
-class CollectionInDialect : public InDialect<Persistence::CQXPersistentCollection, Dialect> {
-  using Base = InDialect<Persistence::CQXPersistentCollection, Dialect>;
+template <const Dialect& kDialect>
+class CollectionInDialect : public InDialect<Persistence::CQXPersistentCollection, kDialect> {
+  using Base = InDialect<Persistence::CQXPersistentCollection, kDialect>;
 
  public:
   using Base::Base;
   using Base::Remove;
 
-  void Remove(qx_ptr<Persistence::CConditions> conditions) override {
-    this->RunRemove(Dialect::kName, conditions);
-  }
+  void Remove(qx_ptr<Persistence::CConditions> conditions) override { this->RunRemove(conditions); }
   void BuildKeyFieldList(CComBSTR& target) override {
-    this->AppendKeys(target, Dialect::kWriteField);
+    this->AppendKeys(target, &kDialect.fieldAlias);
   }
-  void Select() override { this->RunSelect(Dialect::kName); }
+  void Select() override { this->RunSelect(); }
 
  private:
-  typename Base::Limit GetLimit() const override {
-    return {Dialect::limitInFront(this->m_lMaxRecordCount),
-            Dialect::limitBehind(this->m_lMaxRecordCount, this->m_bSorted),
-            Dialect::kLimitsConnection && this->m_lMaxRecordCount != -1};
-  }
+  const Dialect& GetDialect() const override { return kDialect; }
 };
-
-/// Calls `work` with the dialect of a company's database server type: a value that has none of its
-/// own takes that of MSSQL.
-template <class Work>
-auto withDialect(long serverType, Work work) {
-  switch (serverType) {
-    case kDb2:
-      return work(Db2Dialect());
-    case kSybase:
-      return work(SybaseDialect());
-    case kKordb:
-      return work(KordbDialect());
-    default:
-      return work(MssqlDialect());
-  }
-}
 
 }  // namespace qx
 
 namespace Persistence {
 
-using CQXPersistentObjectDB2 = qx::ObjectInDialect<qx::Db2Dialect>;
-using CQXPersistentObjectKORDB = qx::ObjectInDialect<qx::KordbDialect>;
-using CQXPersistentObjectMSSQL = qx::ObjectInDialect<qx::MssqlDialect>;
-using CQXPersistentObjectSybase = qx::ObjectInDialect<qx::SybaseDialect>;
+using CQXPersistentObjectDB2 = qx::ObjectInDialect<qx::kDb2Dialect>;
+using CQXPersistentObjectKORDB = qx::ObjectInDialect<qx::kKordbDialect>;
+using CQXPersistentObjectMSSQL = qx::ObjectInDialect<qx::kMssqlDialect>;
+using CQXPersistentObjectSybase = qx::ObjectInDialect<qx::kSybaseDialect>;
 
-using CQXPersistentCollectionDB2 = qx::CollectionInDialect<qx::Db2Dialect>;
-using CQXPersistentCollectionKORDB = qx::CollectionInDialect<qx::KordbDialect>;
-using CQXPersistentCollectionMSSQL = qx::CollectionInDialect<qx::MssqlDialect>;
-using CQXPersistentCollectionSybase = qx::CollectionInDialect<qx::SybaseDialect>;
+using CQXPersistentCollectionDB2 = qx::CollectionInDialect<qx::kDb2Dialect>;
+using CQXPersistentCollectionKORDB = qx::CollectionInDialect<qx::kKordbDialect>;
+using CQXPersistentCollectionMSSQL = qx::CollectionInDialect<qx::kMssqlDialect>;
+using CQXPersistentCollectionSybase = qx::CollectionInDialect<qx::kSybaseDialect>;
 
 }  // namespace Persistence

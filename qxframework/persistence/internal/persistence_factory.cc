@@ -8,11 +8,36 @@
 namespace Persistence {
 namespace {
 
-/// What `make` makes; null if memory is out.
+// Makes an instance of the class that belongs to `dialect` in the list.
+template <class Made, template <const qx::Dialect&> class InDialect, const qx::Dialect&... kEach,
+          class... Args>
+std::unique_ptr<Made> makeFor(const qx::Dialect& dialect, qx::DialectList<kEach...>,
+                              const Args&... args) {
+  std::unique_ptr<Made> made;
+  const auto makeIf = [&]<const qx::Dialect & kOne>() {
+    if (&kOne == &dialect) made = std::make_unique<InDialect<kOne>>(args...);
+  };
+  (makeIf.template operator()<kEach>(), ...);
+  return made;
+}
+
+template <class... Args>
+std::unique_ptr<CQXPersistentObject> makeObject(const qx::Dialect& dialect, const Args&... args) {
+  return makeFor<CQXPersistentObject, qx::ObjectInDialect>(dialect, qx::AllDialects(), args...);
+}
+
+template <class... Args>
+std::unique_ptr<CQXPersistentCollection> makeCollection(const qx::Dialect& dialect,
+                                                        const Args&... args) {
+  return makeFor<CQXPersistentCollection, qx::CollectionInDialect>(dialect, qx::AllDialects(),
+                                                                   args...);
+}
+
+// Returns the result of `make`, or null if memory is out. A host reports that by its result code.
 template <class Make>
-auto unlessOutOfMemory(Make make) -> decltype(make()) {
+auto unlessOutOfMemory(Make make) -> decltype(make().release()) {
   try {
-    return make();
+    return make().release();
   } catch (const std::bad_alloc&) {
     return nullptr;
   } catch (const _com_error& error) {
@@ -37,20 +62,13 @@ void CQXPersistenceFactory::SetCompany(CComPtr<ICompany> company) {
 }
 
 CQXPersistentObject* CQXPersistenceFactory::CreatePersistentObject() {
-  return unlessOutOfMemory([this] {
-    return qx::withDialect(m_ptrCompany->GetDbServerType(),
-                           [this]<class Dialect>(Dialect) -> CQXPersistentObject* {
-                             return new qx::ObjectInDialect<Dialect>(m_ptrCompany);
-                           });
-  });
+  return unlessOutOfMemory(
+      [this] { return makeObject(qx::dialectOf(m_ptrCompany->GetDbServerType()), m_ptrCompany); });
 }
 
 CQXPersistentCollection* CQXPersistenceFactory::CreatePersistentCollection() {
   return unlessOutOfMemory([this] {
-    return qx::withDialect(m_ptrCompany->GetDbServerType(),
-                           [this]<class Dialect>(Dialect) -> CQXPersistentCollection* {
-                             return new qx::CollectionInDialect<Dialect>(m_ptrCompany);
-                           });
+    return makeCollection(qx::dialectOf(m_ptrCompany->GetDbServerType()), m_ptrCompany);
   });
 }
 
@@ -58,18 +76,13 @@ CQXPersistentCollection* CQXPersistenceFactory::CreatePersistentCollection() {
 
 namespace qx {
 
-std::unique_ptr<Persistence::CQXPersistentObject> persistentObjectFor(long serverType) {
-  return withDialect(serverType, []<class Dialect>(Dialect) {
-    return std::unique_ptr<Persistence::CQXPersistentObject>(
-        std::make_unique<ObjectInDialect<Dialect>>());
-  });
+std::unique_ptr<Persistence::CQXPersistentObject> persistentObjectFor(const Dialect& dialect) {
+  return Persistence::makeObject(dialect);
 }
 
-std::unique_ptr<Persistence::CQXPersistentCollection> persistentCollectionFor(long serverType) {
-  return withDialect(serverType, []<class Dialect>(Dialect) {
-    return std::unique_ptr<Persistence::CQXPersistentCollection>(
-        std::make_unique<CollectionInDialect<Dialect>>());
-  });
+std::unique_ptr<Persistence::CQXPersistentCollection> persistentCollectionFor(
+    const Dialect& dialect) {
+  return Persistence::makeCollection(dialect);
 }
 
 }  // namespace qx

@@ -1,6 +1,6 @@
 #pragma once
 
-// Where the database engine of a company turns into a class.
+// Choosing the classes of a company's dialect.
 
 #include "qxframework/automation/com_ptr.h"
 
@@ -8,22 +8,26 @@
 
 class ICompany;
 
+namespace qx {
+struct Dialect;
+}  // namespace qx
+
 namespace Persistence {
 
 class CQXPersistentCollection;
 class CQXPersistentObject;
 
-/// Makes the objects of a company's dialect. The server type is read anew for each of them.
+/// Makes the objects of a company's dialect. Each call reads the company's server type anew.
 class CQXPersistenceFactory {
  public:
   CQXPersistenceFactory();
   explicit CQXPersistenceFactory(CComPtr<ICompany> company);
   virtual ~CQXPersistenceFactory();
 
-  /// Refused with a CQXPersistenceException once there is a company.
+  /// Throws CQXPersistenceException if the factory already has a company.
   void SetCompany(CComPtr<ICompany> company);
-  /// A new object with a record set of its own, for the caller to delete; null if memory is out.
-  /// Without a company, and when it refuses, a _com_error is raised.
+  /// Returns a new object with a record set of its own, which the caller deletes; null if memory is
+  /// out. Throws _com_error without a company, and if the company refuses.
   CQXPersistentObject* CreatePersistentObject();
   CQXPersistentCollection* CreatePersistentCollection();
 
@@ -35,9 +39,10 @@ class CQXPersistenceFactory {
 
 namespace qx {
 
-/// An object of the dialect that goes with a database server type, with no company: it has the
-/// statements' texts and runs none.
-std::unique_ptr<Persistence::CQXPersistentObject> persistentObjectFor(long serverType);
-std::unique_ptr<Persistence::CQXPersistentCollection> persistentCollectionFor(long serverType);
+/// Returns an object of the dialect without a company. It writes the texts of statements and runs
+/// none of them.
+std::unique_ptr<Persistence::CQXPersistentObject> persistentObjectFor(const Dialect& dialect);
+std::unique_ptr<Persistence::CQXPersistentCollection> persistentCollectionFor(
+    const Dialect& dialect);
 
 }  // namespace qx

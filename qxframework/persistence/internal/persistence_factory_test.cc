@@ -1,8 +1,8 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 
 #include "qxframework/persistence/internal/dialect_classes.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/query/testing/query_parts.h"
 
 #include <new>
 

@@ -1,9 +1,9 @@
 #include "qxframework/persistence/internal/persistent_base.h"
 
 #include "qxframework/logging/function_log.h"
-#include "qxframework/persistence/internal/sql_text.h"
 #include "qxframework/query/field_values.h"
 #include "qxframework/query/persistence_exception.h"
+#include "qxframework/sql/sql_text.h"
 
 #include <stdexcept>
 

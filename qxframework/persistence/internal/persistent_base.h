@@ -23,26 +23,18 @@ class CQXDateTime;
 template <class T>
 class CReturnValue;
 
+namespace qx {
+struct Dialect;
+struct Enclosure;
+}  // namespace qx
+
 namespace Persistence {
 
 class CQXPersistenceException;
-class CQXPersistentBase;
 struct TyFieldValues;
 
 /// Names that the caller keeps alive.
 using FieldNames = std::vector<const OLECHAR*>;
-
-}  // namespace Persistence
-
-namespace qx {
-
-/// Writes one field of a field list; `correlation` is empty where there is none.
-using FieldWriter = void (*)(const Persistence::CQXPersistentBase& sql, CComBSTR& target,
-                             std::u16string_view correlation, std::u16string_view field);
-
-}  // namespace qx
-
-namespace Persistence {
 
 /// All refusals are a CQXPersistenceException of code -1. A failure of the company's objects is a
 /// _com_error unless an operation says otherwise.
@@ -125,8 +117,13 @@ class CQXPersistentBase {
   static long CountOf(const qx_ptr<CConditions>& conditions) {
     return conditions.get() == nullptr ? 0 : conditions->GetCount();
   }
+  /// Appends a field list; see AppendField.
   void AppendFields(CComBSTR& target, const FieldNames& fields, const OLECHAR* correlation,
-                    qx::FieldWriter write) const;
+                    const qx::Enclosure* alias) const;
+  /// Appends a field, or with a correlation name "T0.Code" and its alias. `alias` encloses both
+  /// names; if it is null, " AS" and GetSQLAlias of both names follow.
+  void AppendField(CComBSTR& target, std::u16string_view correlation, std::u16string_view field,
+                   const qx::Enclosure* alias) const;
   /// The correlation name and a point; nothing without one.
   void AppendCorrelation(CComBSTR& target) const;
   /// How a WHERE has its conditions.

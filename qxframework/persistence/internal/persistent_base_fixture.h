@@ -1,8 +1,8 @@
 #pragma once
 
 #include "qxframework/persistence/internal/persistent_base.h"
-#include "qxframework/persistence/internal/sql_text.h"
-#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/query/testing/query_parts.h"
+#include "qxframework/sql/sql_text.h"
 
 namespace qx::test {
 

@@ -1,11 +1,11 @@
 // The pieces of SQL that one row and many have in common.
 
 #include "qxframework/foundation/date_time.h"
-#include "qxframework/persistence/internal/dialect.h"
-#include "qxframework/persistence/internal/field_names.h"
 #include "qxframework/persistence/internal/persistent_base.h"
-#include "qxframework/persistence/internal/sql_text.h"
+#include "qxframework/query/field_names.h"
 #include "qxframework/query/persistence_exception.h"
+#include "qxframework/sql/dialect.h"
+#include "qxframework/sql/sql_text.h"
 
 namespace Persistence {
 namespace {
@@ -42,16 +42,12 @@ void CQXPersistentBase::GetSQLDate(CComVariant& value) const {
   value = qx::textVariant(GetSQLString(std::move(text)));
 }
 
-CComBSTR CQXPersistentBase::GetSQLColumnName(CComBSTR name) const {
-  return qx::CommonDialect::columnName(std::move(name));
-}
+CComBSTR CQXPersistentBase::GetSQLColumnName(CComBSTR name) const { return name; }
 
-CComBSTR CQXPersistentBase::GetDateString(CQXDateTime date) const {
-  return qx::CommonDialect::dateString(date);
-}
+CComBSTR CQXPersistentBase::GetDateString(CQXDateTime date) const { return date.GetDateAsBSTR(); }
 
 CComBSTR CQXPersistentBase::GetSQLAlias(CComBSTR name) const {
-  return qx::CommonDialect::alias(name.View());
+  return qx::joined({u"'", name.View(), u"'"});
 }
 
 const OLECHAR* CQXPersistentBase::GetOperationString(HvConditionOperation operation) {
@@ -96,11 +92,11 @@ void CQXPersistentBase::BuildSelectFieldList(CComBSTR& target) const {
 
 void CQXPersistentBase::AppendFieldList(CComBSTR& target, const FieldNames& fields,
                                         const OLECHAR* correlation) const {
-  AppendFields(target, fields, correlation, qx::CommonDialect::kWriteField);
+  AppendFields(target, fields, correlation, nullptr);
 }
 
 void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
-                                     const OLECHAR* correlation, qx::FieldWriter write) const {
+                                     const OLECHAR* correlation, const qx::Enclosure* alias) const {
   const std::u16string_view of = qx::viewOf(correlation);
   if (fields.empty()) {
     if (!target.IsEmpty()) target += u",";
@@ -111,8 +107,27 @@ void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
   const bool isOwnList = qx::sameNames(fields, m_vecFields);
   for (std::size_t i = 0; i < fields.size(); ++i) {
     if (i > 0 || !isOwnList) target += u",";
-    write(*this, target, of, qx::viewOf(fields[i]));
+    AppendField(target, of, qx::viewOf(fields[i]), alias);
   }
+}
+
+void CQXPersistentBase::AppendField(CComBSTR& target, std::u16string_view correlation,
+                                    std::u16string_view field, const qx::Enclosure* alias) const {
+  if (correlation.empty()) {
+    target += GetSQLColumnName(CComBSTR(field)).View();
+    return;
+  }
+  target += correlation;
+  target += u".";
+  target += GetSQLColumnName(CComBSTR(field)).View();
+  if (alias == nullptr) {
+    target += u" AS";
+    target += GetSQLAlias(qx::joined({correlation, u".", field})).View();
+    return;
+  }
+  for (const std::u16string_view piece :
+       {alias->opening, correlation, std::u16string_view(u"."), field, alias->closing})
+    target += piece;
 }
 
 void CQXPersistentBase::AppendJoins(CComBSTR& target) {

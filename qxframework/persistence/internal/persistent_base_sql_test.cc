@@ -3,7 +3,7 @@
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/persistence/internal/persistent_base_fixture.h"
 #include "qxframework/persistence/testing/condition_access.h"
-#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/query/testing/query_parts.h"
 
 #include <cmath>
 #include <limits>

@@ -1,8 +1,8 @@
 #include "qxframework/persistence/internal/persistent_base.h"
 
 #include "qxframework/persistence/internal/persistent_base_fixture.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/query/testing/query_parts.h"
 
 #include <stdexcept>
 

@@ -3,9 +3,9 @@
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/internal/sql_text.h"
 #include "qxframework/query/field_values.h"
 #include "qxframework/query/persistence_exception.h"
+#include "qxframework/sql/sql_text.h"
 
 #include <exception>
 

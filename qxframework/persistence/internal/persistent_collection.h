@@ -88,18 +88,13 @@ class CQXPersistentCollection : public CQXPersistentBase {
   CComBSTR RemoveText(const qx_ptr<CConditions>& conditions) const;
 
  protected:
-  /// How the dialect limits the rows of a SELECT.
-  struct Limit {
-    std::u16string inFront;     ///< of the field list
-    std::u16string behind;      ///< all else
-    bool ofConnection = false;  ///< by a statement before and one after
-  };
-  virtual Limit GetLimit() const = 0;
+  virtual const qx::Dialect& GetDialect() const = 0;
 
-  // The operations of a dialect class, whose name's end goes into the log.
-  void RunRemove(const OLECHAR* dialect, const qx_ptr<CConditions>& conditions);
-  void RunSelect(const OLECHAR* dialect);
-  void AppendKeys(CComBSTR& target, qx::FieldWriter write) const;
+  // The operations of a dialect's class. Its name is the scope in the log.
+  void RunRemove(const qx_ptr<CConditions>& conditions);
+  void RunSelect();
+  /// Appends the key fields, each as AppendField does.
+  void AppendKeys(CComBSTR& target, const qx::Enclosure* alias) const;
 
   bool m_bKeysOnly = true;
   bool m_bSorted = true;
@@ -109,7 +104,9 @@ class CQXPersistentCollection : public CQXPersistentBase {
  private:
   struct Statements;
   Statements BuildStatements();
-  CComBSTR BuildSelectText(const Limit& limit);
+  CComBSTR BuildSelectText();
+  /// Returns the text with the limit in it; an empty text without a limit or for null.
+  std::u16string LimitText(const OLECHAR* format) const;
   void AppendOrder(CComBSTR& target) const;
   void RunStatements(CReturnValue<long>& hr, const Statements& statements);
   /// The move in a scope of the log, and the row into the object unless that is null.

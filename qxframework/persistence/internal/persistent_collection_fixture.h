@@ -4,8 +4,9 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/query/testing/query_parts.h"
+#include "qxframework/sql/testing/dialect_param.h"
 #include "testing/recording_logger.h"
 
 #include <memory>

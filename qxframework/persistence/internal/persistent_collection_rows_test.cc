@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 using CollectionRows = CollectionFixture;
 
-INSTANTIATE_TEST_SUITE_P(Each, CollectionRows, allDialects(), nameOf<DialectParam>);
+INSTANTIATE_TEST_SUITE_P(Each, CollectionRows, eachDialect(), nameOf<DialectParam>);
 
 TEST_P(CollectionRows, SettingsAreCopiedWithoutJoins) {
   collection->SetUserTable(true);

@@ -2,10 +2,10 @@
 
 #include "qxframework/automation/format.h"
 #include "qxframework/logging/function_log.h"
-#include "qxframework/persistence/internal/dialect.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
-#include "qxframework/persistence/internal/sql_text.h"
 #include "qxframework/query/persistence_exception.h"
+#include "qxframework/sql/dialect.h"
+#include "qxframework/sql/sql_text.h"
 
 namespace Persistence {
 namespace {
@@ -14,7 +14,8 @@ constexpr std::u16string_view kClass = u"CQXPersistentCollection";
 
 }  // namespace
 
-/// A SELECT with what limits it on the connection, where its dialect does that: null texts if not.
+// A SELECT with the statements that limit the connection's rows. Their texts are null if there is
+// no limit or the dialect limits rows within the SELECT.
 struct CQXPersistentCollection::Statements {
   CComBSTR before;
   CComBSTR select;
@@ -22,17 +23,23 @@ struct CQXPersistentCollection::Statements {
 };
 
 CQXPersistentCollection::Statements CQXPersistentCollection::BuildStatements() {
-  const Limit limit = GetLimit();
+  const qx::RowLimit& limit = GetDialect().rowLimit;
   Statements statements;
-  statements.select = BuildSelectText(limit);
-  if (limit.ofConnection) {
-    statements.before = qx::format(u"SET ROWCOUNT %d ", m_lMaxRecordCount);
-    statements.behind = u"SET ROWCOUNT 0";
+  statements.select = BuildSelectText();
+  if (m_lMaxRecordCount != -1 && limit.statementBefore != nullptr) {
+    statements.before = LimitText(limit.statementBefore);
+    statements.behind = limit.statementAfter;
   }
   return statements;
 }
 
-CComBSTR CQXPersistentCollection::BuildSelectText(const Limit& limit) {
+std::u16string CQXPersistentCollection::LimitText(const OLECHAR* format) const {
+  if (m_lMaxRecordCount == -1 || format == nullptr) return {};
+  return qx::format(format, m_lMaxRecordCount);
+}
+
+CComBSTR CQXPersistentCollection::BuildSelectText() {
+  const qx::RowLimit& limit = GetDialect().rowLimit;
   CComBSTR fields;
   if (m_bKeysOnly) {
     BuildKeyFieldList(fields);
@@ -43,12 +50,15 @@ CComBSTR CQXPersistentCollection::BuildSelectText(const Limit& limit) {
   BuildWhereClause(where);
   CComBSTR joins(u" ");
   if (HasLinkTables()) AppendJoins(joins);
-  CComBSTR text = AssembleSelect(limit.inFront, fields, SelectTableText(), joins, where);
+  CComBSTR text =
+      AssembleSelect(LimitText(limit.beforeFields), fields, SelectTableText(), joins, where);
   if (m_bSorted) {
     text += u" ORDER BY ";
     AppendOrder(text);
   }
-  text += limit.behind;
+  text += LimitText(limit.atEnd);
+  if (m_lMaxRecordCount == -1) text += limit.endIfUnlimited;
+  if (!m_bSorted) text += limit.endIfUnsorted;
   return text;
 }
 
@@ -61,8 +71,8 @@ std::vector<CComBSTR> CQXPersistentCollection::SelectTexts() {
   return texts;
 }
 
-void CQXPersistentCollection::RunSelect(const OLECHAR* dialect) {
-  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Select"), 0, 0);
+void CQXPersistentCollection::RunSelect() {
+  CReturnValue<long> hr(ScopeName(kClass, GetDialect().classSuffix, u"Select"), 0, 0);
   const Statements statements = BuildStatements();
   try {
     RunStatements(hr, statements);
@@ -71,7 +81,8 @@ void CQXPersistentCollection::RunSelect(const OLECHAR* dialect) {
   }
 }
 
-// The connection's limit is lifted only behind a query that went well.
+// A failed query leaves the limit on the connection: the statement that lifts it runs only after a
+// successful one.
 void CQXPersistentCollection::RunStatements(CReturnValue<long>& hr, const Statements& statements) {
   CComQIPtr<IRecordset> limiter;
   if (statements.before.m_str != nullptr)
@@ -83,14 +94,12 @@ void CQXPersistentCollection::RunStatements(CReturnValue<long>& hr, const Statem
   if (statements.behind.m_str != nullptr) hr = limiter->DoQuery(statements.behind);
 }
 
-void CQXPersistentCollection::BuildKeyFieldList(CComBSTR& target) {
-  AppendKeys(target, qx::CommonDialect::kWriteField);
-}
+void CQXPersistentCollection::BuildKeyFieldList(CComBSTR& target) { AppendKeys(target, nullptr); }
 
-void CQXPersistentCollection::AppendKeys(CComBSTR& target, qx::FieldWriter write) const {
+void CQXPersistentCollection::AppendKeys(CComBSTR& target, const qx::Enclosure* alias) const {
   for (std::size_t i = 0; i < m_vecKeyFields.size(); ++i) {
     if (i > 0) target += u",";
-    write(*this, target, m_bstrCorrelationName.View(), qx::viewOf(m_vecKeyFields[i]));
+    AppendField(target, m_bstrCorrelationName.View(), qx::viewOf(m_vecKeyFields[i]), alias);
   }
 }
 
@@ -119,9 +128,8 @@ CComBSTR CQXPersistentCollection::RemoveText(const qx_ptr<CConditions>& conditio
   return DeleteText(conditions);
 }
 
-void CQXPersistentCollection::RunRemove(const OLECHAR* dialect,
-                                        const qx_ptr<CConditions>& conditions) {
-  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Remove"), 0, 0);
+void CQXPersistentCollection::RunRemove(const qx_ptr<CConditions>& conditions) {
+  CReturnValue<long> hr(ScopeName(kClass, GetDialect().classSuffix, u"Remove"), 0, 0);
   RunText(hr, RemoveText(conditions), u"Failed to delete from %s", TableText());
 }
 

@@ -4,7 +4,8 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/testing/condition_access.h"
-#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/query/testing/query_parts.h"
+#include "qxframework/sql/testing/dialect_param.h"
 
 #include <gmock/gmock.h>
 
@@ -39,38 +40,40 @@ class CollectionSql : public testing::TestWithParam<DialectParam> {
   }
 
   std::unique_ptr<CQXPersistentCollection> collection =
-      qx::persistentCollectionFor(GetParam().serverType);
+      qx::persistentCollectionFor(GetParam().dialect());
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, CollectionSql, allDialects(), nameOf<DialectParam>);
+INSTANTIATE_TEST_SUITE_P(Each, CollectionSql, eachDialect(), nameOf<DialectParam>);
 
 TEST_P(CollectionSql, KeysOnlySelectsTheKeysInTheirOrder) {
-  expectSelect({"SELECT Code FROM @T     ORDER BY Code  ",
-                R"(SELECT "Code" FROM "@T"     ORDER BY "Code")",
-                "SELECT Code FROM [@T]     ORDER BY Code"});
+  expectSelect({.mssql = "SELECT Code FROM [@T]     ORDER BY Code",
+                .db2 = "SELECT Code FROM @T     ORDER BY Code  ",
+                .kordb = R"(SELECT "Code" FROM "@T"     ORDER BY "Code")"});
 }
 
 TEST_P(CollectionSql, KeysOnlyNamesTheCorrelation) {
   collection->SetKeyFields({u"Code", u"Line"});
   collection->SetCorrelationName(u"T0");
-  expectSelect({R"(SELECT T0.Code AS "T0.Code" ,T0.Line AS "T0.Line"  FROM @T T0    )"
-                R"( ORDER BY T0.Code,T0.Line  )",
-                R"(SELECT T0."Code" AS"T0.Code",T0."Line" AS"T0.Line" FROM "@T" T0    )"
-                R"( ORDER BY T0."Code",T0."Line")",
-                "SELECT T0.Code AS'T0.Code',T0.Line AS'T0.Line' FROM [@T] T0    "
-                " ORDER BY T0.Code,T0.Line"});
+  expectSelect({.mssql = "SELECT T0.Code AS'T0.Code',T0.Line AS'T0.Line' FROM [@T] T0    "
+                         " ORDER BY T0.Code,T0.Line",
+                .db2 = R"(SELECT T0.Code AS "T0.Code" ,T0.Line AS "T0.Line"  FROM @T T0    )"
+                       R"( ORDER BY T0.Code,T0.Line  )",
+                .kordb = R"(SELECT T0."Code" AS"T0.Code",T0."Line" AS"T0.Line" FROM "@T" T0    )"
+                         R"( ORDER BY T0."Code",T0."Line")"});
 }
 
 TEST_P(CollectionSql, KeysOnlyWithoutKeysSelectsNothing) {
   collection->SetKeyFields({});
-  expectSelect({"SELECT  FROM @T     ORDER BY   ", R"(SELECT  FROM "@T"     ORDER BY )",
-                "SELECT  FROM [@T]     ORDER BY "});
+  expectSelect({.mssql = "SELECT  FROM [@T]     ORDER BY ",
+                .db2 = "SELECT  FROM @T     ORDER BY   ",
+                .kordb = R"(SELECT  FROM "@T"     ORDER BY )"});
 }
 
 TEST_P(CollectionSql, AllColumnsAreSelectedWithoutAFieldList) {
   collection->SetKeysOnly(false);
-  expectSelect({"SELECT * FROM @T     ORDER BY Code  ", R"(SELECT * FROM "@T"     ORDER BY "Code")",
-                "SELECT * FROM [@T]     ORDER BY Code"});
+  expectSelect({.mssql = "SELECT * FROM [@T]     ORDER BY Code",
+                .db2 = "SELECT * FROM @T     ORDER BY Code  ",
+                .kordb = R"(SELECT * FROM "@T"     ORDER BY "Code")"});
 }
 
 TEST_P(CollectionSql, TheWhereClauseHasBracketsBehindTheRelationship) {
@@ -78,15 +81,15 @@ TEST_P(CollectionSql, TheWhereClauseHasBracketsBehindTheRelationship) {
   collection->SetConditions(conditions({{u"Code", co_Like, u"A%", u"VT_BSTR", cr_Or, 1, 0},
                                         {u"U_N", co_Greater, u"3", u"VT_R8", cr_Or, 2, 1},
                                         {u"U_D", co_Less, u"20240131", u"VT_DATE", cr_And, 0, 2}}));
-  expectSelect({R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A"  FROM @T T0    )"
-                R"( WHERE (T0.Code LIKE N'A%' OR ((T0.U_N > 3) AND)"
-                R"( T0.U_D < TIMESTAMP_ISO(N'2024-01-31'))) ORDER BY T0.Code  )",
-                R"(SELECT T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A" FROM "@T" T0    )"
-                R"( WHERE (T0."Code" LIKE N'A%' OR ((T0."U_N" > 3) AND)"
-                R"( T0."U_D" < '20240131')) ORDER BY T0."Code")",
-                "SELECT T0.Code AS'T0.Code',T0.U_A AS'T0.U_A' FROM [@T] T0    "
-                " WHERE (T0.Code LIKE N'A%' OR ((T0.U_N > 3) AND"
-                " T0.U_D < CONVERT(datetime,N'20240131',112))) ORDER BY T0.Code"});
+  expectSelect({.mssql = "SELECT T0.Code AS'T0.Code',T0.U_A AS'T0.U_A' FROM [@T] T0    "
+                         " WHERE (T0.Code LIKE N'A%' OR ((T0.U_N > 3) AND"
+                         " T0.U_D < CONVERT(datetime,N'20240131',112))) ORDER BY T0.Code",
+                .db2 = R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A"  FROM @T T0    )"
+                       R"( WHERE (T0.Code LIKE N'A%' OR ((T0.U_N > 3) AND)"
+                       R"( T0.U_D < TIMESTAMP_ISO(N'2024-01-31'))) ORDER BY T0.Code  )",
+                .kordb = R"(SELECT T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A" FROM "@T" T0    )"
+                         R"( WHERE (T0."Code" LIKE N'A%' OR ((T0."U_N" > 3) AND)"
+                         R"( T0."U_D" < '20240131')) ORDER BY T0."Code")"});
 }
 
 TEST_P(CollectionSql, TheSortFieldsTakeThePlaceOfTheKey) {
@@ -94,19 +97,19 @@ TEST_P(CollectionSql, TheSortFieldsTakeThePlaceOfTheKey) {
   collection->SetSortFields({CQXPersistenceSortField(u"U_A", so_Descending),
                              CQXPersistenceSortField(u"U_B"),
                              CQXPersistenceSortField(u"U_C", etSORT_ORDER(7))});
-  expectSelect({R"(SELECT T0.Code AS "T0.Code"  FROM @T T0    )"
-                R"( ORDER BY T0.U_A DESC,T0.U_B ASC,T0.U_C DESC  )",
-                R"(SELECT T0."Code" AS"T0.Code" FROM "@T" T0    )"
-                R"( ORDER BY T0."U_A" DESC,T0."U_B" ASC,T0."U_C" DESC)",
-                "SELECT T0.Code AS'T0.Code' FROM [@T] T0    "
-                " ORDER BY T0.U_A DESC,T0.U_B ASC,T0.U_C DESC"});
+  expectSelect({.mssql = "SELECT T0.Code AS'T0.Code' FROM [@T] T0    "
+                         " ORDER BY T0.U_A DESC,T0.U_B ASC,T0.U_C DESC",
+                .db2 = R"(SELECT T0.Code AS "T0.Code"  FROM @T T0    )"
+                       R"( ORDER BY T0.U_A DESC,T0.U_B ASC,T0.U_C DESC  )",
+                .kordb = R"(SELECT T0."Code" AS"T0.Code" FROM "@T" T0    )"
+                         R"( ORDER BY T0."U_A" DESC,T0."U_B" ASC,T0."U_C" DESC)"});
 }
 
 TEST_P(CollectionSql, AHostTableStandsInItsForm) {
   collection->SetMasterTable(u"OFPR");
-  expectSelect({"SELECT Code FROM OFPR     ORDER BY Code  ",
-                R"(SELECT "Code" FROM "OFPR"     ORDER BY "Code")",
-                "SELECT Code FROM OFPR     ORDER BY Code"});
+  expectSelect({.mssql = "SELECT Code FROM OFPR     ORDER BY Code",
+                .db2 = "SELECT Code FROM OFPR     ORDER BY Code  ",
+                .kordb = R"(SELECT "Code" FROM "OFPR"     ORDER BY "Code")"});
 }
 
 TEST_P(CollectionSql, TenConditionsAndTwoJoins) {
@@ -127,18 +130,21 @@ TEST_P(CollectionSql, TenConditionsAndTwoJoins) {
     return text;
   };
   expectSelect(
-      {R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A" ,T1.U_C AS "T1.U_C" ,T2.* FROM @T T0  )"
-       " INNER JOIN @B T1 ON T0.U_B = T1.Code FULL OUTER JOIN OFPR T2 ON T2.U_Day  <  2.5  "
-       " WHERE " +
+      {.mssql =
+           "SELECT T0.Code AS'T0.Code',T0.U_A AS'T0.U_A',T1.U_C AS'T1.U_C',T2.* FROM [@T] T0  "
+           " INNER JOIN [@B] T1 ON T0.U_B = T1.Code FULL OUTER JOIN OFPR T2 ON T2.U_Day  <  2.5  "
+           " WHERE " +
+           ten("T0.U_A = N'x'") + " ORDER BY T0.Code",
+       .db2 =
+           R"(SELECT T0.Code AS "T0.Code" ,T0.U_A AS "T0.U_A" ,T1.U_C AS "T1.U_C" ,T2.* FROM @T T0  )"
+           " INNER JOIN @B T1 ON T0.U_B = T1.Code FULL OUTER JOIN OFPR T2 ON T2.U_Day  <  2.5  "
+           " WHERE " +
            ten("T0.U_A = N'x'") + " ORDER BY T0.Code  ",
-       R"(SELECT T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A",T1."U_C" AS"T1.U_C",T2.* FROM )"
-       R"("@T" T0   INNER JOIN "@B" T1 ON T0."U_B" = T1."Code" FULL OUTER JOIN OFPR T2 ON )"
-       R"(T2."U_Day"  <  2.5   WHERE )" +
-           ten(R"(T0."U_A" = N'x')") + R"( ORDER BY T0."Code")",
-       "SELECT T0.Code AS'T0.Code',T0.U_A AS'T0.U_A',T1.U_C AS'T1.U_C',T2.* FROM [@T] T0  "
-       " INNER JOIN [@B] T1 ON T0.U_B = T1.Code FULL OUTER JOIN OFPR T2 ON T2.U_Day  <  2.5  "
-       " WHERE " +
-           ten("T0.U_A = N'x'") + " ORDER BY T0.Code"});
+       .kordb =
+           R"(SELECT T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A",T1."U_C" AS"T1.U_C",T2.* FROM )"
+           R"("@T" T0   INNER JOIN "@B" T1 ON T0."U_B" = T1."Code" FULL OUTER JOIN OFPR T2 ON )"
+           R"(T2."U_Day"  <  2.5   WHERE )" +
+           ten(R"(T0."U_A" = N'x')") + R"( ORDER BY T0."Code")"});
 }
 
 TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
@@ -149,10 +155,11 @@ TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
     EXPECT_THAT(select(), ElementsAre("SET ROWCOUNT 5 ", plain, "SET ROWCOUNT 0"));
     return;
   }
-  expectSelect({R"(SELECT T0.Code AS "T0.Code"  FROM @T T0     ORDER BY T0.Code  )"
-                "FETCH FIRST 5 ROWS ONLY",
-                R"(SELECT TOP 5 T0."Code" AS"T0.Code" FROM "@T" T0     ORDER BY T0."Code")",
-                "SELECT TOP 5 T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code"});
+  expectSelect(
+      {.mssql = "SELECT TOP 5 T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code",
+       .db2 = R"(SELECT T0.Code AS "T0.Code"  FROM @T T0     ORDER BY T0.Code  )"
+              "FETCH FIRST 5 ROWS ONLY",
+       .kordb = R"(SELECT TOP 5 T0."Code" AS"T0.Code" FROM "@T" T0     ORDER BY T0."Code")"});
 }
 
 TEST_P(CollectionSql, ALimitIsWrittenWithItsLower32Bits) {
@@ -161,9 +168,9 @@ TEST_P(CollectionSql, ALimitIsWrittenWithItsLower32Bits) {
     EXPECT_EQ(select().front(), "SET ROWCOUNT 5 ");
     return;
   }
-  expectSelect({"SELECT Code FROM @T     ORDER BY Code  FETCH FIRST 5 ROWS ONLY",
-                R"(SELECT TOP 5 "Code" FROM "@T"     ORDER BY "Code")",
-                "SELECT TOP 5 Code FROM [@T]     ORDER BY Code"});
+  expectSelect({.mssql = "SELECT TOP 5 Code FROM [@T]     ORDER BY Code",
+                .db2 = "SELECT Code FROM @T     ORDER BY Code  FETCH FIRST 5 ROWS ONLY",
+                .kordb = R"(SELECT TOP 5 "Code" FROM "@T"     ORDER BY "Code")"});
 }
 
 TEST_P(CollectionSql, ALimitStandsInFrontOfAllColumns) {
@@ -171,26 +178,26 @@ TEST_P(CollectionSql, ALimitStandsInFrontOfAllColumns) {
   collection->SetMaxRecordCount(1);
   const auto texts = select();
   EXPECT_EQ(texts[texts.size() / 2],
-            (PerDialect{"SELECT * FROM @T     ORDER BY Code  FETCH FIRST 1 ROWS ONLY",
-                        R"(SELECT TOP 1 * FROM "@T"     ORDER BY "Code")",
-                        "SELECT TOP 1 * FROM [@T]     ORDER BY Code",
-                        "SELECT * FROM [@T]     ORDER BY Code"}
+            (PerDialect{.mssql = "SELECT TOP 1 * FROM [@T]     ORDER BY Code",
+                        .sybase = "SELECT * FROM [@T]     ORDER BY Code",
+                        .db2 = "SELECT * FROM @T     ORDER BY Code  FETCH FIRST 1 ROWS ONLY",
+                        .kordb = R"(SELECT TOP 1 * FROM "@T"     ORDER BY "Code")"}
                  .of(GetParam())));
 }
 
 TEST_P(CollectionSql, AClearedLimitIsNone) {
   collection->SetMaxRecordCount(5);
   collection->SetMaxRecordCount(-1);
-  expectSelect({"SELECT Code FROM @T     ORDER BY Code  ",
-                R"(SELECT "Code" FROM "@T"     ORDER BY "Code")",
-                "SELECT Code FROM [@T]     ORDER BY Code"});
+  expectSelect({.mssql = "SELECT Code FROM [@T]     ORDER BY Code",
+                .db2 = "SELECT Code FROM @T     ORDER BY Code  ",
+                .kordb = R"(SELECT "Code" FROM "@T"     ORDER BY "Code")"});
 }
 
 TEST_P(CollectionSql, NoConditionsHaveNothingBehindWhere) {
   collection->SetConditions(CConditions::CreateNewInstance());
-  expectSelect({"SELECT Code FROM @T     WHERE  ORDER BY Code  ",
-                R"(SELECT "Code" FROM "@T"     WHERE  ORDER BY "Code")",
-                "SELECT Code FROM [@T]     WHERE  ORDER BY Code"});
+  expectSelect({.mssql = "SELECT Code FROM [@T]     WHERE  ORDER BY Code",
+                .db2 = "SELECT Code FROM @T     WHERE  ORDER BY Code  ",
+                .kordb = R"(SELECT "Code" FROM "@T"     WHERE  ORDER BY "Code")"});
 }
 
 TEST_P(CollectionSql, FieldsAreNotCompared) {
@@ -209,14 +216,15 @@ TEST_P(CollectionSql, JoinsNeedACorrelationNameWhereAllFieldsAreSelected) {
 TEST_P(CollectionSql, ARemoveIsADeleteByItsConditions) {
   collection->SetCorrelationName(u"T0");
   collection->SetConditions(codeIs(u"not read"));
-  EXPECT_EQ(utf8(collection->RemoveText(conditions(
-                {{u"Code", co_Equal, u"O'Brien"}, {u"Day", co_Equal, u"20240131", u"VT_DATE"}}))),
-            (PerDialect{"DELETE FROM @T  WHERE Code = N'O''Brien' AND "
-                        "Day = TIMESTAMP_ISO(N'2024-01-31')",
-                        R"(DELETE FROM "@T"  WHERE "Code" = N'O''Brien' AND "Day" = '20240131')",
-                        "DELETE FROM [@T]  WHERE Code = N'O''Brien' AND "
-                        "Day = CONVERT(datetime,N'20240131',112)"}
-                 .of(GetParam())));
+  EXPECT_EQ(
+      utf8(collection->RemoveText(conditions(
+          {{u"Code", co_Equal, u"O'Brien"}, {u"Day", co_Equal, u"20240131", u"VT_DATE"}}))),
+      (PerDialect{.mssql = "DELETE FROM [@T]  WHERE Code = N'O''Brien' AND "
+                           "Day = CONVERT(datetime,N'20240131',112)",
+                  .db2 = "DELETE FROM @T  WHERE Code = N'O''Brien' AND "
+                         "Day = TIMESTAMP_ISO(N'2024-01-31')",
+                  .kordb = R"(DELETE FROM "@T"  WHERE "Code" = N'O''Brien' AND "Day" = '20240131')"}
+           .of(GetParam())));
 }
 
 TEST_P(CollectionSql, AValueKeepsItsUnits) {
@@ -230,15 +238,15 @@ TEST_P(CollectionSql, AValueKeepsItsUnits) {
 }
 
 // What is never asked for at present: a statement that is not sorted.
-template <class Dialect>
-class Unsorted final : public qx::CollectionInDialect<Dialect> {
+template <const qx::Dialect& kDialect>
+class Unsorted final : public qx::CollectionInDialect<kDialect> {
  public:
   Unsorted() { this->m_bSorted = false; }
 };
 
-template <class Dialect>
+template <const qx::Dialect& kDialect>
 std::vector<std::string> unsortedTexts(long maximum) {
-  Unsorted<Dialect> collection;
+  Unsorted<kDialect> collection;
   collection.SetMasterTable(u"OFPR");
   collection.SetKeysOnly(false);
   collection.SetMaxRecordCount(maximum);
@@ -248,13 +256,14 @@ std::vector<std::string> unsortedTexts(long maximum) {
 }
 
 TEST(UnsortedSelect, EndsAsItsDialectEndsIt) {
-  EXPECT_THAT(unsortedTexts<qx::Db2Dialect>(-1), ElementsAre("SELECT * FROM OFPR      "));
-  EXPECT_THAT(unsortedTexts<qx::Db2Dialect>(3),
+  EXPECT_THAT(unsortedTexts<qx::kDb2Dialect>(-1), ElementsAre("SELECT * FROM OFPR      "));
+  EXPECT_THAT(unsortedTexts<qx::kDb2Dialect>(3),
               ElementsAre("SELECT * FROM OFPR      FETCH FIRST 3 ROWS ONLY"));
-  EXPECT_THAT(unsortedTexts<qx::KordbDialect>(3), ElementsAre(R"(SELECT TOP 3 * FROM "OFPR"    )"));
-  EXPECT_THAT(unsortedTexts<qx::MssqlDialect>(3), ElementsAre("SELECT TOP 3 * FROM OFPR    "));
-  EXPECT_THAT(unsortedTexts<qx::SybaseDialect>(-1), ElementsAre("SELECT * FROM OFPR     "));
-  EXPECT_THAT(unsortedTexts<qx::SybaseDialect>(3),
+  EXPECT_THAT(unsortedTexts<qx::kKordbDialect>(3),
+              ElementsAre(R"(SELECT TOP 3 * FROM "OFPR"    )"));
+  EXPECT_THAT(unsortedTexts<qx::kMssqlDialect>(3), ElementsAre("SELECT TOP 3 * FROM OFPR    "));
+  EXPECT_THAT(unsortedTexts<qx::kSybaseDialect>(-1), ElementsAre("SELECT * FROM OFPR     "));
+  EXPECT_THAT(unsortedTexts<qx::kSybaseDialect>(3),
               ElementsAre("SET ROWCOUNT 3 ", "SELECT * FROM OFPR     ", "SET ROWCOUNT 0"));
 }
 

@@ -15,15 +15,16 @@ using testing::IsEmpty;
 
 using PersistentCollection = CollectionFixture;
 
-INSTANTIATE_TEST_SUITE_P(Each, PersistentCollection, allDialects(), nameOf<DialectParam>);
+INSTANTIATE_TEST_SUITE_P(Each, PersistentCollection, eachDialect(), nameOf<DialectParam>);
 
 using CollectionLimitedByTheConnection = CollectionFixture;
 
 INSTANTIATE_TEST_SUITE_P(Each, CollectionLimitedByTheConnection,
-                         testing::Values(DialectParam{"Sybase", 3}), nameOf<DialectParam>);
+                         testing::Values(DialectParam{"Sybase", qx::kSybase}),
+                         nameOf<DialectParam>);
 
 TEST_P(PersistentCollection, StartsWithKeysOnlyAndNoLimit) {
-  const auto fresh = qx::persistentCollectionFor(GetParam().serverType);
+  const auto fresh = qx::persistentCollectionFor(GetParam().dialect());
   EXPECT_TRUE(fresh->GetKeysOnly());
   EXPECT_EQ(fresh->GetMaxRecordCount(), -1);
   EXPECT_TRUE(fresh->GetSortFields().empty());
@@ -391,7 +392,7 @@ TEST_P(PersistentCollection, OnlyAllSixteenBitsAreTheEnd) {
 }
 
 TEST_P(PersistentCollection, WithoutACompanyNothingRuns) {
-  const auto idle = qx::persistentCollectionFor(GetParam().serverType);
+  const auto idle = qx::persistentCollectionFor(GetParam().dialect());
   idle->SetMasterTable(u"OFPR");
   idle->SetConditions(codeIs(u"A"));
   EXPECT_EQ(refusalOf([&] { idle->Refresh(); }), "-1: Unknown error");

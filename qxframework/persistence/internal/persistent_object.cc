@@ -2,8 +2,9 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/logging/function_log.h"
-#include "qxframework/persistence/internal/sql_text.h"
 #include "qxframework/query/persistence_exception.h"
+#include "qxframework/sql/dialect.h"
+#include "qxframework/sql/sql_text.h"
 
 #include <exception>
 
@@ -26,26 +27,26 @@ bool CQXPersistentObject::RunExists() {
   }
 }
 
-void CQXPersistentObject::RunAdd(const OLECHAR* dialect) {
-  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Add"), 0, 0);
+void CQXPersistentObject::RunAdd(const qx::Dialect& dialect) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect.classSuffix, u"Add"), 0, 0);
   CComBSTR columns;
   CComBSTR values;
   BuildInsertLists(columns, values);
   RunText(hr, AssembleInsert(columns, values), u"Failed to insert into %s", TableText());
 }
 
-void CQXPersistentObject::RunRemove(const OLECHAR* dialect) {
-  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Remove"), 0, 0);
+void CQXPersistentObject::RunRemove(const qx::Dialect& dialect) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect.classSuffix, u"Remove"), 0, 0);
   RunText(hr, RemoveText(), u"Failed to delete from %s", TableText());
 }
 
-void CQXPersistentObject::RunUpdate(const OLECHAR* dialect, const TyFieldValues& keyValues) {
-  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Update"), 0, 0);
+void CQXPersistentObject::RunUpdate(const qx::Dialect& dialect, const TyFieldValues& keyValues) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect.classSuffix, u"Update"), 0, 0);
   RunText(hr, UpdateText(keyValues), u"Failed to update %s", TableText());
 }
 
-void CQXPersistentObject::RunSelect(const OLECHAR* dialect) {
-  CReturnValue<long> hr(ScopeName(kClass, dialect, u"Select"), 0, 0);
+void CQXPersistentObject::RunSelect(const qx::Dialect& dialect) {
+  CReturnValue<long> hr(ScopeName(kClass, dialect.classSuffix, u"Select"), 0, 0);
   CComBSTR text = SelectText();
   const CComBSTR table = SelectTableText();
   hr.LogInfo(u"%s", text);

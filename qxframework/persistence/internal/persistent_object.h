@@ -64,15 +64,15 @@ class CQXPersistentObject : public CQXPersistentBase {
   CComBSTR SelectText();
 
  protected:
-  // The operations of a dialect class, whose name's end goes into the log.
+  // The operations of a dialect's class. Its name is the scope in the log.
   bool RunExists();
-  void RunAdd(const OLECHAR* dialect);
-  void RunRemove(const OLECHAR* dialect);
-  void RunUpdate(const OLECHAR* dialect, const TyFieldValues& keyValues);
-  void RunSelect(const OLECHAR* dialect);
-  using TitleWriter = void (*)(CComBSTR& target, std::u16string_view title);
+  void RunAdd(const qx::Dialect& dialect);
+  void RunRemove(const qx::Dialect& dialect);
+  void RunUpdate(const qx::Dialect& dialect, const TyFieldValues& keyValues);
+  void RunSelect(const qx::Dialect& dialect);
+  /// Returns the SELECT of a choose list; `title` encloses each column's title.
   CComBSTR ChooseListText(const CSimpleMap<CComBSTR, CComBSTR>& fields, const CComBSTR& where,
-                          TitleWriter writeTitle) const;
+                          const qx::Enclosure& title) const;
 
   TyFieldValues m_FieldValues;
 

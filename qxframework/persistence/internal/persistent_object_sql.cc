@@ -2,8 +2,9 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/internal/sql_text.h"
 #include "qxframework/query/persistence_exception.h"
+#include "qxframework/sql/dialect.h"
+#include "qxframework/sql/sql_text.h"
 #include "qxframework/util/qx_util.h"
 
 #include <algorithm>
@@ -182,12 +183,15 @@ void CQXPersistentObject::BuildSelectWhereClause(CComBSTR& target) {
 }
 
 CComBSTR CQXPersistentObject::ChooseListText(const CSimpleMap<CComBSTR, CComBSTR>& fields,
-                                             const CComBSTR& where, TitleWriter writeTitle) const {
+                                             const CComBSTR& where,
+                                             const qx::Enclosure& title) const {
   CComBSTR text(u"SELECT ");
   for (int i = 0; i < fields.GetSize(); ++i) {
     if (i > 0) text += u",";
     text += GetSQLColumnName(fields.GetKeyAt(i)).View();
-    writeTitle(text, fields.GetValueAt(i).View());
+    for (const std::u16string_view piece :
+         {title.opening, fields.GetValueAt(i).View(), title.closing})
+      text += piece;
   }
   if (fields.GetSize() == 0) text += u"* ";
   text += u"FROM ";

@@ -3,7 +3,8 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/testing/condition_access.h"
-#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/query/testing/query_parts.h"
+#include "qxframework/sql/testing/dialect_param.h"
 
 namespace Persistence {
 namespace {
@@ -31,51 +32,52 @@ class ObjectSql : public testing::TestWithParam<DialectParam> {
     EXPECT_EQ(utf8(object->SelectText()), texts.of(GetParam()));
   }
 
-  std::unique_ptr<CQXPersistentObject> object = qx::persistentObjectFor(GetParam().serverType);
+  std::unique_ptr<CQXPersistentObject> object = qx::persistentObjectFor(GetParam().dialect());
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, ObjectSql, allDialects(), nameOf<DialectParam>);
+INSTANTIATE_TEST_SUITE_P(Each, ObjectSql, eachDialect(), nameOf<DialectParam>);
 
 TEST_P(ObjectSql, AnInsertIntoAUserTableAddsCodeAndName) {
   object->GetFieldValues() = values({{u"U_A", u"x"}});
-  expectInsert({"INSERT INTO @T ( Code, Name, U_A)  VALUES ( N'1', N'1', N'x') ",
-                R"(INSERT INTO "@T" ( "Code", "Name", "U_A")  VALUES ( N'1', N'1', N'x') )",
-                "INSERT INTO [@T] ( Code, Name, U_A)  VALUES ( N'1', N'1', N'x') "});
+  expectInsert(
+      {.mssql = "INSERT INTO [@T] ( Code, Name, U_A)  VALUES ( N'1', N'1', N'x') ",
+       .db2 = "INSERT INTO @T ( Code, Name, U_A)  VALUES ( N'1', N'1', N'x') ",
+       .kordb = R"(INSERT INTO "@T" ( "Code", "Name", "U_A")  VALUES ( N'1', N'1', N'x') )"});
 }
 
 TEST_P(ObjectSql, AnInsertIntoAUserTableReplacesCodeAndName) {
   object->GetFieldValues() = values({{u"Name", u"mine"}, {u"U_A", u"x"}, {u"Code", u"mine"}});
-  expectInsert({"INSERT INTO @T ( Name, U_A, Code)  VALUES ( N'1', N'x', N'1') ",
-                R"(INSERT INTO "@T" ( "Name", "U_A", "Code")  VALUES ( N'1', N'x', N'1') )",
-                "INSERT INTO [@T] ( Name, U_A, Code)  VALUES ( N'1', N'x', N'1') "});
+  expectInsert(
+      {.mssql = "INSERT INTO [@T] ( Name, U_A, Code)  VALUES ( N'1', N'x', N'1') ",
+       .db2 = "INSERT INTO @T ( Name, U_A, Code)  VALUES ( N'1', N'x', N'1') ",
+       .kordb = R"(INSERT INTO "@T" ( "Name", "U_A", "Code")  VALUES ( N'1', N'x', N'1') )"});
   EXPECT_EQ(utf8(object->GetFieldValues().GetValue(u"Name")), "1");
 }
 
 TEST_P(ObjectSql, AnInsertAddsTheOneOfCodeAndNameThatIsMissing) {
   object->GetFieldValues() = values({{u"Name", u"mine"}});
-  expectInsert({"INSERT INTO @T ( Code, Name)  VALUES ( N'1', N'1') ",
-                R"(INSERT INTO "@T" ( "Code", "Name")  VALUES ( N'1', N'1') )",
-                "INSERT INTO [@T] ( Code, Name)  VALUES ( N'1', N'1') "});
+  expectInsert({.mssql = "INSERT INTO [@T] ( Code, Name)  VALUES ( N'1', N'1') ",
+                .db2 = "INSERT INTO @T ( Code, Name)  VALUES ( N'1', N'1') ",
+                .kordb = R"(INSERT INTO "@T" ( "Code", "Name")  VALUES ( N'1', N'1') )"});
 }
 
 TEST_P(ObjectSql, AnInsertIntoAHostTableLeavesCodeAndNameAlone) {
   object->SetUserTable(false);
   object->SetMasterTable(u"HVRATE");
   object->GetFieldValues() = values({{u"Code", u"it's"}, {u"Rate", 12.5}, {u"Day", someDate()}});
-  expectInsert(
-      {"INSERT INTO HVRATE ( Code, Rate, Day)  "
-       "VALUES ( N'it''s', 12.5, TIMESTAMP_ISO(N'2024-01-31')) ",
-       R"(INSERT INTO "HVRATE" ( "Code", "Rate", "Day")  )"
-       "VALUES ( N'it''s', 12.5, '2024-01-31 00:00:00') ",
-       "INSERT INTO HVRATE ( Code, Rate, Day)  "
-       "VALUES ( N'it''s', 12.5, CONVERT(datetime,N'20240131',112)) "});
+  expectInsert({.mssql = "INSERT INTO HVRATE ( Code, Rate, Day)  "
+                         "VALUES ( N'it''s', 12.5, CONVERT(datetime,N'20240131',112)) ",
+                .db2 = "INSERT INTO HVRATE ( Code, Rate, Day)  "
+                       "VALUES ( N'it''s', 12.5, TIMESTAMP_ISO(N'2024-01-31')) ",
+                .kordb = R"(INSERT INTO "HVRATE" ( "Code", "Rate", "Day")  )"
+                         "VALUES ( N'it''s', 12.5, '2024-01-31 00:00:00') "});
   EXPECT_EQ(utf8(object->GetFieldValues().GetValue(u"Code")), "it's");
 }
 
 TEST_P(ObjectSql, AnInsertOfNothingIntoAUserTableEndsInACommaOfTheCode) {
-  expectInsert({"INSERT INTO @T ( Code, Name, )  VALUES ( N'1', N'1', ) ",
-                R"(INSERT INTO "@T" ( "Code", "Name", )  VALUES ( N'1', N'1', ) )",
-                "INSERT INTO [@T] ( Code, Name, )  VALUES ( N'1', N'1', ) "});
+  expectInsert({.mssql = "INSERT INTO [@T] ( Code, Name, )  VALUES ( N'1', N'1', ) ",
+                .db2 = "INSERT INTO @T ( Code, Name, )  VALUES ( N'1', N'1', ) ",
+                .kordb = R"(INSERT INTO "@T" ( "Code", "Name", )  VALUES ( N'1', N'1', ) )"});
 }
 
 TEST_P(ObjectSql, AnInsertRefusesAValueWithoutText) {
@@ -94,29 +96,32 @@ TEST_P(ObjectSql, AnUpdateByConditionsWritesAllButTheKey) {
   object->GetFieldValues() = values({{u"Code", u"B"}, {u"U_A", u"x"}, {u"U_N", 12.5}});
   expectUpdate(
       values({{u"U_A", u"not read"}}),
-      {"UPDATE @T  SET U_A = N'x', U_N = 12.5  WHERE Code = N'A' OR U_N >= 3 AND "
-       "U_D < TIMESTAMP_ISO(N'2024-01-31')",
-       R"(UPDATE "@T"  SET "U_A" = N'x', "U_N" = 12.5  WHERE "Code" = N'A' OR "U_N" >= 3 AND )"
-       R"("U_D" < '20240131')",
-       "UPDATE [@T]  SET U_A = N'x', U_N = 12.5  WHERE Code = N'A' OR U_N >= 3 AND "
-       "U_D < CONVERT(datetime,N'20240131',112)"});
+      {.mssql = "UPDATE [@T]  SET U_A = N'x', U_N = 12.5  WHERE Code = N'A' OR U_N >= 3 AND "
+                "U_D < CONVERT(datetime,N'20240131',112)",
+       .db2 = "UPDATE @T  SET U_A = N'x', U_N = 12.5  WHERE Code = N'A' OR U_N >= 3 AND "
+              "U_D < TIMESTAMP_ISO(N'2024-01-31')",
+       .kordb =
+           R"(UPDATE "@T"  SET "U_A" = N'x', "U_N" = 12.5  WHERE "Code" = N'A' OR "U_N" >= 3 AND )"
+           R"("U_D" < '20240131')"});
 }
 
 TEST_P(ObjectSql, AnUpdateWithoutConditionsGoesByTheKeyValuesThatItHas) {
   object->GetFieldValues() = values({{u"Code", u"A"}, {u"U_A", u"x"}});
-  expectUpdate(values({{u"U_X", u"missing"}, {u"U_A", u"old"}, {u"Code", 5}}),
-               {"UPDATE @T  SET Code = N'A', U_A = N'x'  WHERE U_A = N'old' AND Code = 5",
-                R"(UPDATE "@T"  SET "Code" = N'A', "U_A" = N'x'  )"
-                R"(WHERE "U_A" = N'old' AND "Code" = 5)",
-                "UPDATE [@T]  SET Code = N'A', U_A = N'x'  WHERE U_A = N'old' AND Code = 5"});
+  expectUpdate(
+      values({{u"U_X", u"missing"}, {u"U_A", u"old"}, {u"Code", 5}}),
+      {.mssql = "UPDATE [@T]  SET Code = N'A', U_A = N'x'  WHERE U_A = N'old' AND Code = 5",
+       .db2 = "UPDATE @T  SET Code = N'A', U_A = N'x'  WHERE U_A = N'old' AND Code = 5",
+       .kordb = R"(UPDATE "@T"  SET "Code" = N'A', "U_A" = N'x'  )"
+                R"(WHERE "U_A" = N'old' AND "Code" = 5)"});
 }
 
 TEST_P(ObjectSql, AnUpdateFindsKeyValuesInUpperCase) {
   object->GetFieldValues() = values({{u"U_a", u"x"}, {u"u_b", u"x"}});
-  expectUpdate(values({{u"U_A", 1}, {u"u_B", 2}, {u"U_B", 3}}),
-               {"UPDATE @T  SET U_a = N'x', u_b = N'x'  WHERE U_A = 1 AND U_B = 3",
-                R"(UPDATE "@T"  SET "U_a" = N'x', "u_b" = N'x'  WHERE "U_A" = 1 AND "U_B" = 3)",
-                "UPDATE [@T]  SET U_a = N'x', u_b = N'x'  WHERE U_A = 1 AND U_B = 3"});
+  expectUpdate(
+      values({{u"U_A", 1}, {u"u_B", 2}, {u"U_B", 3}}),
+      {.mssql = "UPDATE [@T]  SET U_a = N'x', u_b = N'x'  WHERE U_A = 1 AND U_B = 3",
+       .db2 = "UPDATE @T  SET U_a = N'x', u_b = N'x'  WHERE U_A = 1 AND U_B = 3",
+       .kordb = R"(UPDATE "@T"  SET "U_a" = N'x', "u_b" = N'x'  WHERE "U_A" = 1 AND "U_B" = 3)"});
 }
 
 TEST_P(ObjectSql, AnUpdateCutsTheCorrelationNameOffKeyValues) {
@@ -125,24 +130,25 @@ TEST_P(ObjectSql, AnUpdateCutsTheCorrelationNameOffKeyValues) {
   object->SetKeyFields({u"Code"});
   object->GetFieldValues() = values({{u"Code", u"A"}, {u"U_A", u"x"}});
   expectUpdate(values({{u"T0.Code", u"A"}, {u"U_A", u"y"}, {u"T1.U_B.c", u"z"}}),
-               {"UPDATE @T  SET U_A = N'x'  WHERE Code = N'A' AND U_A = N'y'",
-                R"(UPDATE "@T"  SET "U_A" = N'x'  WHERE "Code" = N'A' AND "U_A" = N'y')",
-                "UPDATE [@T]  SET U_A = N'x'  WHERE Code = N'A' AND U_A = N'y'"});
+               {.mssql = "UPDATE [@T]  SET U_A = N'x'  WHERE Code = N'A' AND U_A = N'y'",
+                .db2 = "UPDATE @T  SET U_A = N'x'  WHERE Code = N'A' AND U_A = N'y'",
+                .kordb = R"(UPDATE "@T"  SET "U_A" = N'x'  WHERE "Code" = N'A' AND "U_A" = N'y')"});
 }
 
 TEST_P(ObjectSql, AnUpdateKeepsTheCorrelationNameOfKeyValuesWithoutAFieldList) {
   object->SetCorrelationName(u"T0");
   object->GetFieldValues() = values({{u"Code", u"A"}});
   expectUpdate(values({{u"T0.Code", u"A"}}),
-               {"UPDATE @T  SET Code = N'A'  WHERE ", R"(UPDATE "@T"  SET "Code" = N'A'  WHERE )",
-                "UPDATE [@T]  SET Code = N'A'  WHERE "});
+               {.mssql = "UPDATE [@T]  SET Code = N'A'  WHERE ",
+                .db2 = "UPDATE @T  SET Code = N'A'  WHERE ",
+                .kordb = R"(UPDATE "@T"  SET "Code" = N'A'  WHERE )"});
 }
 
 TEST_P(ObjectSql, AnUpdateWithoutConditionsByKeyValuesThatMatchNoFieldHasNothingBehindWhere) {
   object->GetFieldValues() = values({{u"Code", u"A"}});
-  const PerDialect texts{"UPDATE @T  SET Code = N'A'  WHERE ",
-                         R"(UPDATE "@T"  SET "Code" = N'A'  WHERE )",
-                         "UPDATE [@T]  SET Code = N'A'  WHERE "};
+  const PerDialect texts{.mssql = "UPDATE [@T]  SET Code = N'A'  WHERE ",
+                         .db2 = "UPDATE @T  SET Code = N'A'  WHERE ",
+                         .kordb = R"(UPDATE "@T"  SET "Code" = N'A'  WHERE )"};
   expectUpdate(values({{u"U_X", u"missing"}, {u"code", u"A"}}), texts);
   expectUpdate({}, texts);
 }
@@ -150,7 +156,7 @@ TEST_P(ObjectSql, AnUpdateWithoutConditionsByKeyValuesThatMatchNoFieldHasNothing
 // At a cost that grows with the columns and not with their square, or this takes minutes.
 TEST(UpdateText, ComparesTwentyThousandKeyValues) {
   constexpr int kColumns = 20000;
-  const auto object = qx::persistentObjectFor(1);
+  const auto object = qx::persistentObjectFor(qx::dialectOf(1));
   object->SetMasterTable(u"T");
   TyFieldValues keys;
   std::string where;
@@ -167,26 +173,27 @@ TEST_P(ObjectSql, AnUpdateOfKeyFieldsOnlySetsNothing) {
   object->SetKeyFields({u"Code"});
   object->SetConditions(codeIs(u"A"));
   object->GetFieldValues() = values({{u"Code", u"B"}});
-  expectUpdate({},
-               {"UPDATE @T  SET   WHERE Code = N'A'", R"(UPDATE "@T"  SET   WHERE "Code" = N'A')",
-                "UPDATE [@T]  SET   WHERE Code = N'A'"});
+  expectUpdate({}, {.mssql = "UPDATE [@T]  SET   WHERE Code = N'A'",
+                    .db2 = "UPDATE @T  SET   WHERE Code = N'A'",
+                    .kordb = R"(UPDATE "@T"  SET   WHERE "Code" = N'A')"});
 }
 
 TEST_P(ObjectSql, AnUpdateComparesKeyNamesInTheirCase) {
   object->SetKeyFields({u"code"});
   object->SetConditions(codeIs(u"A"));
   object->GetFieldValues() = values({{u"Code", u"B"}});
-  expectUpdate({}, {"UPDATE @T  SET Code = N'B'  WHERE Code = N'A'",
-                    R"(UPDATE "@T"  SET "Code" = N'B'  WHERE "Code" = N'A')",
-                    "UPDATE [@T]  SET Code = N'B'  WHERE Code = N'A'"});
+  expectUpdate({}, {.mssql = "UPDATE [@T]  SET Code = N'B'  WHERE Code = N'A'",
+                    .db2 = "UPDATE @T  SET Code = N'B'  WHERE Code = N'A'",
+                    .kordb = R"(UPDATE "@T"  SET "Code" = N'B'  WHERE "Code" = N'A')"});
 }
 
 TEST_P(ObjectSql, AnUpdateWithConditionsThatAreNoneGoesByTheKeyValues) {
   object->SetConditions(CConditions::CreateNewInstance());
   object->GetFieldValues() = values({{u"U_A", u"x"}});
-  expectUpdate(values({{u"U_A", u"y"}}), {"UPDATE @T  SET U_A = N'x'  WHERE U_A = N'y'",
-                                          R"(UPDATE "@T"  SET "U_A" = N'x'  WHERE "U_A" = N'y')",
-                                          "UPDATE [@T]  SET U_A = N'x'  WHERE U_A = N'y'"});
+  expectUpdate(values({{u"U_A", u"y"}}),
+               {.mssql = "UPDATE [@T]  SET U_A = N'x'  WHERE U_A = N'y'",
+                .db2 = "UPDATE @T  SET U_A = N'x'  WHERE U_A = N'y'",
+                .kordb = R"(UPDATE "@T"  SET "U_A" = N'x'  WHERE "U_A" = N'y')"});
 }
 
 TEST_P(ObjectSql, AnUpdateDoesNotCompareFields) {
@@ -202,34 +209,35 @@ TEST_P(ObjectSql, ARemoveGoesByTheConditions) {
   object->SetConditions(conditions({{u"Code", co_Equal, u"O'Brien"},
                                     {u"Price", co_Equal, u"12.5", u"VT_R8"},
                                     {u"Day", co_Equal, u"20240131", u"VT_DATE", cr_Or}}));
-  expectRemove(
-      {"DELETE FROM @T  WHERE Code = N'O''Brien' AND Price = N'12.5' OR "
-       "Day = TIMESTAMP_ISO(N'2024-01-31')",
-       R"(DELETE FROM "@T"  WHERE "Code" = N'O''Brien' AND "Price" = N'12.5' OR )"
-       R"("Day" = '20240131')",
-       "DELETE FROM [@T]  WHERE Code = N'O''Brien' AND Price = N'12.5' OR "
-       "Day = CONVERT(datetime,N'20240131',112)"});
+  expectRemove({.mssql = "DELETE FROM [@T]  WHERE Code = N'O''Brien' AND Price = N'12.5' OR "
+                         "Day = CONVERT(datetime,N'20240131',112)",
+                .db2 = "DELETE FROM @T  WHERE Code = N'O''Brien' AND Price = N'12.5' OR "
+                       "Day = TIMESTAMP_ISO(N'2024-01-31')",
+                .kordb = R"(DELETE FROM "@T"  WHERE "Code" = N'O''Brien' AND "Price" = N'12.5' OR )"
+                         R"("Day" = '20240131')"});
 }
 
 TEST_P(ObjectSql, ARemoveWithoutConditionsCannotRun) {
-  expectRemove(
-      {"DELETE FROM @T  WHERE ", R"(DELETE FROM "@T"  WHERE )", "DELETE FROM [@T]  WHERE "});
+  expectRemove({.mssql = "DELETE FROM [@T]  WHERE ",
+                .db2 = "DELETE FROM @T  WHERE ",
+                .kordb = R"(DELETE FROM "@T"  WHERE )"});
 }
 
 TEST_P(ObjectSql, ASelectWithoutJoinsHasFiveBlanksInFrontOfWhere) {
   object->SetCorrelationName(u"T0");
   object->SetFields({u"Code"});
   object->SetConditions(codeIs(u"A"));
-  expectSelect({R"(SELECT T0.Code AS "T0.Code"  FROM @T T0     WHERE T0.Code = N'A')",
-                R"(SELECT T0."Code" AS"T0.Code" FROM "@T" T0     WHERE T0."Code" = N'A')",
-                "SELECT T0.Code AS'T0.Code' FROM [@T] T0     WHERE T0.Code = N'A'"});
+  expectSelect(
+      {.mssql = "SELECT T0.Code AS'T0.Code' FROM [@T] T0     WHERE T0.Code = N'A'",
+       .db2 = R"(SELECT T0.Code AS "T0.Code"  FROM @T T0     WHERE T0.Code = N'A')",
+       .kordb = R"(SELECT T0."Code" AS"T0.Code" FROM "@T" T0     WHERE T0."Code" = N'A')"});
 }
 
 TEST_P(ObjectSql, ASelectWithoutACorrelationNameIsBare) {
   object->SetConditions(codeIs(u"A"));
-  expectSelect({"SELECT * FROM @T     WHERE Code = N'A'",
-                R"(SELECT * FROM "@T"     WHERE "Code" = N'A')",
-                "SELECT * FROM [@T]     WHERE Code = N'A'"});
+  expectSelect({.mssql = "SELECT * FROM [@T]     WHERE Code = N'A'",
+                .db2 = "SELECT * FROM @T     WHERE Code = N'A'",
+                .kordb = R"(SELECT * FROM "@T"     WHERE "Code" = N'A')"});
 }
 
 TEST_P(ObjectSql, ASelectWritesEveryOperationAndNoBrackets) {
@@ -239,13 +247,13 @@ TEST_P(ObjectSql, ASelectWritesEveryOperationAndNoBrackets) {
                                     {u"C", co_NotEqual, u"2", u"", cr_And, 0, 1},
                                     {u"D", co_LessOrEqual, u"20240131", u"VT_DATE"},
                                     {u"E", co_Equal, u"5", u"odd"}}));
-  expectSelect(
-      {"SELECT * FROM OFPR     WHERE A LIKE N'x%' OR B > 1 AND C <> 2 AND "
-       "D <= TIMESTAMP_ISO(N'2024-01-31') AND E = 5",
-       R"(SELECT * FROM "OFPR"     WHERE "A" LIKE N'x%' OR "B" > 1 AND "C" <> 2 AND )"
-       R"("D" <= '20240131' AND "E" = 5)",
-       "SELECT * FROM OFPR     WHERE A LIKE N'x%' OR B > 1 AND C <> 2 AND "
-       "D <= CONVERT(datetime,N'20240131',112) AND E = 5"});
+  expectSelect({.mssql = "SELECT * FROM OFPR     WHERE A LIKE N'x%' OR B > 1 AND C <> 2 AND "
+                         "D <= CONVERT(datetime,N'20240131',112) AND E = 5",
+                .db2 = "SELECT * FROM OFPR     WHERE A LIKE N'x%' OR B > 1 AND C <> 2 AND "
+                       "D <= TIMESTAMP_ISO(N'2024-01-31') AND E = 5",
+                .kordb =
+                    R"(SELECT * FROM "OFPR"     WHERE "A" LIKE N'x%' OR "B" > 1 AND "C" <> 2 AND )"
+                    R"("D" <= '20240131' AND "E" = 5)"});
 }
 
 TEST_P(ObjectSql, AConditionOfAnAliasAndAValueAloneIsALikeOfTheBareValue) {
@@ -254,9 +262,9 @@ TEST_P(ObjectSql, AConditionOfAnAliasAndAValueAloneIsALikeOfTheBareValue) {
   condition->PutAlias(u"Code");
   condition->PutCondVal(u"A");
   object->SetConditions(bare);
-  expectSelect({"SELECT * FROM @T     WHERE Code LIKE A",
-                R"(SELECT * FROM "@T"     WHERE "Code" LIKE A)",
-                "SELECT * FROM [@T]     WHERE Code LIKE A"});
+  expectSelect({.mssql = "SELECT * FROM [@T]     WHERE Code LIKE A",
+                .db2 = "SELECT * FROM @T     WHERE Code LIKE A",
+                .kordb = R"(SELECT * FROM "@T"     WHERE "Code" LIKE A)"});
 }
 
 TEST_P(ObjectSql, ASelectJoinsItsTables) {
@@ -271,15 +279,16 @@ TEST_P(ObjectSql, ASelectJoinsItsTables) {
   CQXLinkTableCriteria two(u"OFPR", u"T2", jm_LeftOuter, false);
   two.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Day", u"Day"));
   object->AddLinkTable(two);
-  expectSelect({R"(SELECT T0.Code AS "T0.Code" ,T1.U_C AS "T1.U_C" ,T2.* FROM @T T0  )"
-                R"( INNER JOIN @B T1 ON T0.U_B = T1.Code AND T1.U_Kind  <>  N'k')"
-                R"( LEFT OUTER JOIN OFPR T2 ON T0.U_Day = T2.Day   WHERE T0.Code = N'A')",
-                R"(SELECT T0."Code" AS"T0.Code",T1."U_C" AS"T1.U_C",T2.* FROM "@T" T0  )"
-                R"( INNER JOIN "@B" T1 ON T0."U_B" = T1."Code" AND T1."U_Kind"  <>  N'k')"
-                R"( LEFT OUTER JOIN OFPR T2 ON T0."U_Day" = T2."Day"   WHERE T0."Code" = N'A')",
-                "SELECT T0.Code AS'T0.Code',T1.U_C AS'T1.U_C',T2.* FROM [@T] T0  "
+  expectSelect(
+      {.mssql = "SELECT T0.Code AS'T0.Code',T1.U_C AS'T1.U_C',T2.* FROM [@T] T0  "
                 " INNER JOIN [@B] T1 ON T0.U_B = T1.Code AND T1.U_Kind  <>  N'k'"
-                " LEFT OUTER JOIN OFPR T2 ON T0.U_Day = T2.Day   WHERE T0.Code = N'A'"});
+                " LEFT OUTER JOIN OFPR T2 ON T0.U_Day = T2.Day   WHERE T0.Code = N'A'",
+       .db2 = R"(SELECT T0.Code AS "T0.Code" ,T1.U_C AS "T1.U_C" ,T2.* FROM @T T0  )"
+              R"( INNER JOIN @B T1 ON T0.U_B = T1.Code AND T1.U_Kind  <>  N'k')"
+              R"( LEFT OUTER JOIN OFPR T2 ON T0.U_Day = T2.Day   WHERE T0.Code = N'A')",
+       .kordb = R"(SELECT T0."Code" AS"T0.Code",T1."U_C" AS"T1.U_C",T2.* FROM "@T" T0  )"
+                R"( INNER JOIN "@B" T1 ON T0."U_B" = T1."Code" AND T1."U_Kind"  <>  N'k')"
+                R"( LEFT OUTER JOIN OFPR T2 ON T0."U_Day" = T2."Day"   WHERE T0."Code" = N'A')"});
 }
 
 TEST_P(ObjectSql, ASelectNeedsConditions) {
@@ -288,8 +297,9 @@ TEST_P(ObjectSql, ASelectNeedsConditions) {
 
 TEST_P(ObjectSql, ASelectOfNoConditionsHasNothingBehindWhere) {
   object->SetConditions(CConditions::CreateNewInstance());
-  expectSelect({"SELECT * FROM @T     WHERE ", R"(SELECT * FROM "@T"     WHERE )",
-                "SELECT * FROM [@T]     WHERE "});
+  expectSelect({.mssql = "SELECT * FROM [@T]     WHERE ",
+                .db2 = "SELECT * FROM @T     WHERE ",
+                .kordb = R"(SELECT * FROM "@T"     WHERE )"});
 }
 
 TEST_P(ObjectSql, ASelectDoesNotCompareFields) {

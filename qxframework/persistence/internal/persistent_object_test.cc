@@ -2,8 +2,9 @@
 
 #include "qxframework/logging/qx_logger.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/query/testing/query_parts.h"
+#include "qxframework/sql/testing/dialect_param.h"
 #include "testing/recording_logger.h"
 
 #include <gmock/gmock.h>
@@ -56,7 +57,7 @@ class PersistentObject : public testing::TestWithParam<DialectParam> {
   RecordingLogger logger;
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, PersistentObject, allDialects(), nameOf<DialectParam>);
+INSTANTIATE_TEST_SUITE_P(Each, PersistentObject, eachDialect(), nameOf<DialectParam>);
 
 TEST_P(PersistentObject, AddRunsItsTextAndLogsIt) {
   object->GetFieldValues() = values({{u"Code", u"A"}});
@@ -214,7 +215,7 @@ TEST_P(PersistentObject, ARefusalWhileTheTextIsBuiltIsNotLogged) {
 }
 
 TEST_P(PersistentObject, WithoutACompanyNothingRuns) {
-  const auto idle = qx::persistentObjectFor(GetParam().serverType);
+  const auto idle = qx::persistentObjectFor(GetParam().dialect());
   idle->SetMasterTable(u"OFPR");
   idle->SetConditions(codeIs(u"A"));
   EXPECT_EQ(refusalOf([&] { idle->Add(); }), "-1: Unknown error");
@@ -419,9 +420,9 @@ TEST_P(PersistentObject, ADateOfItsOwnFieldsIsALiteral) {
   object->SetKeyFields({u"Day"});
   object->GetFieldValues() = values({{u"Day", someDate()}});
   EXPECT_EQ(shown(object->GetConditionsFromOwnFields()),
-            (PerDialect{"Day|1|98|VT_DATE|TIMESTAMP_ISO(N'2024-01-31')",
-                        "Day|1|98|VT_DATE|'2024-01-31 00:00:00'",
-                        "Day|1|98|VT_DATE|CONVERT(datetime,N'20240131',112)"}
+            (PerDialect{.mssql = "Day|1|98|VT_DATE|CONVERT(datetime,N'20240131',112)",
+                        .db2 = "Day|1|98|VT_DATE|TIMESTAMP_ISO(N'2024-01-31')",
+                        .kordb = "Day|1|98|VT_DATE|'2024-01-31 00:00:00'"}
                  .of(GetParam())));
 }
 

@@ -4,8 +4,8 @@
 
 #include "qxframework/persistence/collection_proxy.h"
 #include "qxframework/persistence/testing/proxy_records.h"
-#include "qxframework/persistence/testing/query_parts.h"
 #include "qxframework/persistence/testing/scripted_company.h"
+#include "qxframework/query/testing/query_parts.h"
 #include "testing/recording_logger.h"
 
 #include <gtest/gtest.h>

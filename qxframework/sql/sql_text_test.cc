@@ -1,6 +1,6 @@
-#include "qxframework/persistence/internal/sql_text.h"
+#include "qxframework/sql/sql_text.h"
 
-#include "qxframework/persistence/testing/query_parts.h"
+#include "qxframework/query/testing/query_parts.h"
 
 #include <cmath>
 

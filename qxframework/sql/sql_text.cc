@@ -1,4 +1,4 @@
-#include "qxframework/persistence/internal/sql_text.h"
+#include "qxframework/sql/sql_text.h"
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/format.h"

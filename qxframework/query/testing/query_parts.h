@@ -1,13 +1,11 @@
 #pragma once
 
-// Short ways to say what a query is made of, and the suite parameter that runs a test for each of
-// the four dialects.
+// Short ways to write the parts of a query in a test, and to show what a query holds.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/query/condition.h"
 #include "qxframework/query/field_values.h"
 #include "qxframework/query/persistence_exception.h"
-#include "testing/param_name.h"
 
 #include <gtest/gtest.h>
 
@@ -16,33 +14,6 @@
 #include <vector>
 
 namespace qx::test {
-
-struct DialectParam {
-  std::string name;
-  long serverType;
-  friend std::ostream& operator<<(std::ostream& out, const DialectParam& dialect) {
-    return out << dialect.name;
-  }
-};
-
-inline auto allDialects() {
-  return testing::Values(DialectParam{"DB2", 2}, DialectParam{"KORDB", 9}, DialectParam{"MSSQL", 1},
-                         DialectParam{"Sybase", 3});
-}
-
-/// What each dialect writes; Sybase mostly writes what MSSQL does.
-struct PerDialect {
-  std::string db2;
-  std::string kordb;
-  std::string mssql;
-  std::string sybase = {};
-
-  const std::string& of(const DialectParam& dialect) const {
-    if (dialect.name == "DB2") return db2;
-    if (dialect.name == "KORDB") return kordb;
-    return dialect.name == "Sybase" && !sybase.empty() ? sybase : mssql;
-  }
-};
 
 inline std::string utf8(const CComBSTR& text) { return toUtf8(text.View()); }
 inline std::string utf8(const CComVariant& value) {
