@@ -32,8 +32,9 @@ Company::Company(CompanyEnvironment environment, OpenDatabase open)
 
 Company::~Company() = default;
 
+// The type information exists for the version of the library; nothing is called by its ids.
 HRESULT Company::GetTypeInfoCount(UINT* count) {
-  return hostCall([&] { return giveValue(1U, count); });
+  return run([&] { return giveValue(1U, count); });
 }
 
 HRESULT Company::GetTypeInfo(UINT index, LCID, ITypeInfo** info) {
@@ -55,7 +56,7 @@ HRESULT Company::raw_Disconnect() {
 }
 
 HRESULT Company::raw_PutLanguage(HvLanguages language) {
-  return hostCall([&] { session_->setLanguage(language); });
+  return run([&] { session_->setLanguage(language); });
 }
 
 HRESULT Company::raw_GetLastError(long* code, BSTR* text) {
@@ -68,6 +69,7 @@ HRESULT Company::raw_GetLastError(long* code, BSTR* text) {
 
 HRESULT Company::raw_GetBusinessObject(long type, IDispatch** out) {
   if (out == nullptr) return E_POINTER;
+  // Outside the call gate: also a refused call must not leave an undefined pointer.
   *out = nullptr;
   return companyCall(*session_, [&] {
     session_->needOpen();
@@ -112,7 +114,7 @@ HRESULT Company::raw_GetContextCookie(BSTR* out) {
 
 HRESULT Company::raw_PutLoginContext(BSTR context) {
   return companyCall(*session_, [&] {
-    // One try for a cookie, whatever comes of it.
+    // A cookie is good for one attempt, so that an old answer of the client cannot be used again.
     const std::u16string cookie = std::exchange(cookie_, {});
     target_ = cookie.empty() ? std::nullopt : decodeLoginContext(viewOfBstr(context), cookie);
     if (!target_) throw CompanyError(kContextRefused, Text::ContextRefused);
@@ -120,23 +122,23 @@ HRESULT Company::raw_PutLoginContext(BSTR context) {
 }
 
 HRESULT Company::raw_PutConnectionString(BSTR connection) {
-  return hostCall([&] { connectionString_ = viewOfBstr(connection); });
+  return run([&] { connectionString_ = viewOfBstr(connection); });
 }
 
 HRESULT Company::raw_PutUiApplication(IDispatch* application) {
-  return hostCall([&] { application_ = application; });
+  return run([&] { application_ = application; });
 }
 
 HRESULT Company::raw_GetDbServerType(long* out) {
-  return hostCall([&] { return giveValue(session_->serverType(), out); });
+  return give(out, [&] { return session_->serverType(); });
 }
 
 HRESULT Company::raw_GetConnected(VARIANT_BOOL* out) {
-  return hostCall([&] { return giveValue(variantBool(session_->isOpen()), out); });
+  return giveFlag(out, [&] { return session_->isOpen(); });
 }
 
 HRESULT Company::raw_GetInTransaction(VARIANT_BOOL* out) {
-  return hostCall([&] { return giveValue(variantBool(session_->inTransaction()), out); });
+  return giveFlag(out, [&] { return session_->inTransaction(); });
 }
 
 HRESULT Company::raw_StartTransaction() {
@@ -149,12 +151,14 @@ HRESULT Company::raw_EndTransaction(VARIANT_BOOL commit) {
 
 std::u16string Company::newCookie() {
   std::array<std::uint8_t, kCookieBytes> bytes{};
+  // Random, so that another process cannot guess the cookie and forge an answer of the client.
   session_->environment().fillRandom(bytes);
   std::u16string cookie;
   for (const std::uint8_t byte : bytes) cookie += format(u"%02X", byte);
   return cookie;
 }
 
+// An attached client takes precedence over a stored context.
 LoginTarget Company::chooseTarget() {
   if (application_.p != nullptr) return targetOfClient();
   if (!target_) throw CompanyError(kNoCompanyGiven, Text::NoCompanyGiven);

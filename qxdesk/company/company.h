@@ -1,10 +1,10 @@
 #pragma once
 
-// The company object: how it learns which company to open, the connection, the transaction, the
-// last error, and the objects that work on the connection.
+// The company object. It finds out which company to open, connects, keeps the transaction and the
+// last error, and makes the objects that work on the connection.
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/company.h"
 
 #include <optional>
@@ -12,7 +12,7 @@
 
 namespace qx::desk {
 
-class Company final : public HostObject<ICompany> {
+class Company final : public HostObjectBase<ICompany> {
  public:
   Company(CompanyEnvironment environment, OpenDatabase open);
   ~Company() override;
@@ -44,12 +44,12 @@ class Company final : public HostObject<ICompany> {
 
   SessionPtr session_;
   CComPtr<IDispatch> application_;
-  std::u16string cookie_;  // empty when none waits for its answer
+  std::u16string cookie_;  // empty unless one waits for its answer
   std::optional<LoginTarget> target_;
-  std::u16string connectionString_;  // names the add-on; any is taken
+  std::u16string connectionString_;  // names the add-on; every one is accepted
 };
 
-/// A company object over the real world.
+/// Returns a company object with the machine's clock, randomness and databases.
 CComPtr<ICompany> makeCompany();
 
 }  // namespace qx::desk

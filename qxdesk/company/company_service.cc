@@ -8,7 +8,8 @@ namespace qx::desk {
 
 namespace {
 
-/// How RoundDecimal reads a data object that was made here.
+/// The values of a data object that was made here. RoundDecimal asks for this interface and so
+/// refuses objects from elsewhere.
 class IDecimalValues : public IUnknown {
  public:
   static constexpr GUID kIid = hostId(0x0303);
@@ -20,16 +21,16 @@ class IDecimalValues : public IUnknown {
   ~IDecimalValues() = default;
 };
 
-class DecimalData final : public NoDispatch<ComObject<IDecimalData, IDecimalValues>> {
+class DecimalData final : public HostObjectBase<IDecimalData, IDecimalValues> {
  public:
   HRESULT raw_PutValue(double value) override {
-    return hostCall([&] { value_ = value; });
+    return run([&] { value_ = value; });
   }
   HRESULT raw_PutContext(RoundingContextEnum context) override {
-    return hostCall([&] { context_ = context; });
+    return run([&] { context_ = context; });
   }
   HRESULT raw_PutCurrency(BSTR currency) override {
-    return hostCall([&] { currency_ = viewOfBstr(currency); });
+    return run([&] { currency_ = viewOfBstr(currency); });
   }
 
   double value() const override { return value_; }
@@ -42,11 +43,11 @@ class DecimalData final : public NoDispatch<ComObject<IDecimalData, IDecimalValu
   std::u16string currency_;
 };
 
-class RoundedData final : public HostObject<IRoundedData> {
+class RoundedData final : public HostObjectBase<IRoundedData> {
  public:
   explicit RoundedData(double value) : value_(value) {}
   HRESULT raw_GetValue(double* out) override {
-    return hostCall([&] { return giveValue(value_, out); });
+    return give(out, [&] { return value_; });
   }
 
  private:
@@ -76,7 +77,7 @@ HRESULT CompanyService::raw_GetDataInterface(long type, IDispatch** out) {
 HRESULT CompanyService::raw_RoundDecimal(IDecimalData* data, IRoundedData** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
-  const CComQIPtr<IDecimalValues> values(data);
+  const CComQIPtr<IDecimalValues> values(data);  // null for a null argument, too
   if (values.p == nullptr) return E_INVALIDARG;
   return companyCall(*session_, [&] {
     *out = makeObject<RoundedData>(rounded(*values, session_->settings())).Detach();

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/company.h"
 
 namespace qx::desk {
 
-/// Rounding by the settings of the company.
-class CompanyService final : public HostObject<ICompanyService> {
+/// Rounds amounts by the settings of the company.
+class CompanyService final : public HostObjectBase<ICompanyService> {
  public:
   explicit CompanyService(SessionPtr session) : session_(std::move(session)) {}
 

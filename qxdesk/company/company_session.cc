@@ -17,7 +17,7 @@ sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
   return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now};
 }
 
-// How users are told of a fault; the engine's own words where they say it best.
+// Returns the sentence for a fault. For the others the engine's own message says it best.
 Text textOf(Fault fault) {
   switch (fault) {
     case Fault::Locked:
@@ -79,6 +79,7 @@ CompanySession::CompanySession(CompanyEnvironment environment, OpenDatabase open
 CompanySession::~CompanySession() = default;
 
 void CompanySession::open(const LoginTarget& target) {
+  // A lost connection needs no Disconnect before the next Connect.
   if (database_ != nullptr && !isOpen()) close();
   if (isOpen()) throw CompanyError(kOpenFailed, Text::AlreadyConnected);
   target_ = target;
@@ -87,10 +88,12 @@ void CompanySession::open(const LoginTarget& target) {
     database = open_(target.database, environment_);
     ensureCompany(*database, target, environment_);
   } catch (const DatabaseError& error) {
+    // A statement that does not run says nothing of the company, so its message gets the place.
     if (error.fault() != Fault::Statement) throw asCompanyError(kOpenFailed, error);
     throw CompanyError(kOpenFailed, Text::CannotOpen, databaseName(target.database), error.what());
   }
-  if (database->route() != Route::AsTheyStand) {
+  // The translator keeps a pointer to the catalogue; close() therefore destroys it first.
+  if (database->route() != Route::Unchanged) {
     translator_ = std::make_unique<sql::Translator>(
         sql::dialectOf(static_cast<int>(target.dbServerType)), &database->catalog(),
         targetOf(database->route(), environment_));
@@ -141,6 +144,7 @@ RowStore CompanySession::query(std::string_view utf8) {
 RowStore CompanySession::run(Database& database, std::string_view text,
                              const sql::Translation& translation) {
   const std::unique_ptr<Statement> statement = database.prepareGuarded(text);
+  // The first step comes before the columns: only then does every engine know them.
   bool row = statement->step();
   RowStore rows(resultColumns(database, *statement, translation));
   for (; row; row = statement->step()) rows.append(*statement);
@@ -157,10 +161,12 @@ void CompanySession::startTransaction() {
 
 void CompanySession::endTransaction(bool commit) {
   needOpen();
+  // Cleared first: whatever happens below, no transaction is open for the add-on afterwards.
   const bool open = std::exchange(transaction_, false);
-  // What was to be rolled back has gone with the connection, so that is no failure.
+  // The server rolled back with the loss of the connection, so a rollback is no failure.
   if (!isOpen() && (commit || !open)) throw database_->lost().value();
   if (!open) throw CompanyError(kWrongTransactionState, Text::NoTransaction);
+  // If the engine rolled back by itself, a rollback has nothing to do and a commit has failed.
   if (!database_->inTransaction()) {
     if (commit) throw CompanyError(kWrongTransactionState, Text::TransactionLost);
     return;
@@ -172,7 +178,7 @@ void CompanySession::endTransaction(bool commit) {
   }
 }
 
-// A commit that failed leaves nothing open, so that the next transaction can start.
+// Rolls back if the commit fails, so that the next transaction can start.
 void CompanySession::commitOrRollBack() {
   try {
     database_->commit();
@@ -184,6 +190,7 @@ void CompanySession::commitOrRollBack() {
 
 CompanyError CompanySession::asCompanyError(long code, const DatabaseError& error) const {
   const Text text = textOf(error.fault());
+  // The sentences of these two name the place; the others quote the engine.
   const bool aboutPlace = text == Text::Moved || text == Text::NotADatabase;
   return CompanyError(code, text, aboutPlace ? databaseName(target_.database) : error.what());
 }

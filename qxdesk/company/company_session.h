@@ -1,8 +1,8 @@
 #pragma once
 
-// What the objects of one company connection share: the open database, the translator with its
-// state, the last error. Every object holds the session, so it lives as long as the last of them;
-// after Disconnect they all answer that the company is not connected.
+// The part that all objects of one company connection share: the open database, the translator with
+// its state, the last error. Every object holds the session, so it lives as long as the last of
+// them; after Disconnect they all answer that the company is not connected.
 
 #include "qxdesk/dictionary/company_settings.h"
 #include "qxdesk/engines/company_error.h"
@@ -25,7 +25,7 @@ class Translator;
 
 namespace qx::desk {
 
-/// Opens the database of a target; a test puts a failing one in between here.
+/// Opens the database of a target; a test hands in one that fails.
 using OpenDatabase =
     std::function<std::unique_ptr<Database>(const std::string&, const CompanyEnvironment&)>;
 
@@ -36,24 +36,25 @@ class CompanySession {
   CompanySession(const CompanySession&) = delete;
   CompanySession& operator=(const CompanySession&) = delete;
 
-  /// Opens the company, and makes it first where the file is missing or empty. Raises CompanyError.
+  /// Opens the company, and makes it first if the database is missing or empty. Throws
+  /// CompanyError.
   void open(const LoginTarget& target);
-  /// An open transaction is rolled back.
+  /// Closes the company; an open transaction is rolled back.
   void close();
-  /// False also once the connection to a server is known to be lost.
+  /// Returns false also once the connection to a server is known to be lost.
   bool isOpen() const;
 
-  /// Raises kNotConnected.
+  /// Throws CompanyError with kNotConnected unless the company was opened.
   void needOpen() const;
-  /// For work on it. Also raises when the file is gone, the connection is lost or the engine has
-  /// ended the transaction.
+  /// Returns the database for work on it. Throws like needOpen(), and also if the file is gone, the
+  /// connection is lost or the engine has ended the transaction.
   Database& database();
   long serverType() const { return target_.dbServerType; }
   const CompanyEnvironment& environment() const { return environment_; }
   CompanySettings settings();
 
-  /// Runs one statement of an add-on; no columns when it is no query. Raises CompanyError with
-  /// kSqlFailure.
+  /// Runs one statement of an add-on and returns its rows, without columns if it is no query.
+  /// Throws CompanyError with kSqlFailure, and DatabaseError.
   RowStore query(std::string_view utf8);
 
   void startTransaction();
@@ -64,7 +65,8 @@ class CompanySession {
   long lastCode() const { return lastCode_; }
   const std::u16string& lastText() const { return lastText_; }
 
-  /// Runs `body`, an operation that leaves word in the last error: 0, or the code of the failure.
+  /// Runs `body`, the work of an operation, and keeps its failure as the last error. Returns 0 or
+  /// the code of the failure.
   template <class Body>
   long attempt(Body&& body) {
     lastCode_ = 0;
@@ -100,13 +102,13 @@ class CompanySession {
 
 using SessionPtr = std::shared_ptr<CompanySession>;
 
-/// The body of a host operation whose failure is its result code.
+/// Runs the body of a host operation that reports a failure by its result code.
 template <class Body>
 HRESULT companyCall(CompanySession& session, Body&& body) noexcept {
   return hostCall([&]() -> HRESULT { return session.attempt(body); });
 }
 
-/// The body of a host operation whose failure is its out value.
+/// Runs the body of a host operation that reports a failure by its out value.
 template <class Body>
 HRESULT companyCallWithCode(CompanySession& session, long* out, Body&& body) noexcept {
   return hostCall([&]() -> HRESULT {

@@ -23,7 +23,7 @@ class ConnectTest : public testing::Test {
   test::TempFolder folder;
 };
 
-TEST_F(ConnectTest, GoesThroughTheClient) {
+TEST_F(ConnectTest, ConnectsThroughTheClient) {
   const CComPtr<ICompany> company = makeCompany();
   const auto client = makeObject<FakeClient>(target());
   company->PutUiApplication(static_cast<IDispatch*>(client.p));
@@ -32,7 +32,7 @@ TEST_F(ConnectTest, GoesThroughTheClient) {
   EXPECT_EQ(company->GetDbServerType(), kSybase);
 }
 
-TEST_F(ConnectTest, GoesByTheCookie) {
+TEST_F(ConnectTest, ConnectsByTheCookie) {
   const CComPtr<ICompany> company = makeCompany();
   company->PutUiApplication(nullptr);
   const CComBSTR cookie = company->GetContextCookie();
@@ -54,7 +54,7 @@ TEST_F(ConnectTest, TakesTheCookieFromTheRandomSource) {
   EXPECT_EQ(fresh()->GetContextCookie().View(), u"000102030405060708090A0B0C0D0E0F");
 }
 
-TEST_F(ConnectTest, WithoutACompanySaysWhatToDo) {
+TEST_F(ConnectTest, WithoutACompanyTheErrorSaysWhatToDo) {
   const CComPtr<ICompany> company = fresh();
   EXPECT_EQ(company->Connect(), kNoCompanyGiven);
   EXPECT_EQ(lastError(company).code, kNoCompanyGiven);
@@ -65,7 +65,7 @@ TEST_F(ConnectTest, WithoutACompanySaysWhatToDo) {
   EXPECT_EQ(company->GetConnected(), VARIANT_FALSE);
 }
 
-TEST_F(ConnectTest, TellsInTheLanguageThatWasPut) {
+TEST_F(ConnectTest, ReportsInTheLanguageThatWasPut) {
   const CComPtr<ICompany> company = fresh();
   company->PutLanguage(ln_German);
   company->Connect();
@@ -101,17 +101,17 @@ TEST_F(ConnectTest, RefusesAnApplicationThatIsNoClient) {
   const CComPtr<ICompany> other = fresh();
   company->PutUiApplication(other.p);
   EXPECT_EQ(company->Connect(), kNoCompanyGiven);
-  EXPECT_TRUE(lastError(company).text.starts_with(u"The application that was given"));
+  EXPECT_TRUE(lastError(company).text.starts_with(u"The given application does not name"));
 }
 
-TEST_F(ConnectTest, TellsWhenTheClientRefuses) {
+TEST_F(ConnectTest, ReportsThatTheClientRefuses) {
   const CComPtr<ICompany> company = fresh();
   const auto client = makeObject<FakeClient>(target());
   client->refusal = E_FAIL;
   company->PutUiApplication(static_cast<IDispatch*>(client.p));
   EXPECT_EQ(company->Connect(), kNoCompanyGiven);
   EXPECT_EQ(lastError(company).text,
-            u"The client did not tell its company (0x80004005). Check that a company is open in "
+            u"The client did not name its company (0x80004005). Check that a company is open in "
             u"it.");
 }
 
@@ -137,7 +137,7 @@ TEST_F(ConnectTest, FallsBackToTheCookieWhenTheApplicationIsTakenAway) {
   EXPECT_EQ(lastError(company).text, u"");
 }
 
-TEST_F(ConnectTest, TwiceIsRefusedUntilDisconnect) {
+TEST_F(ConnectTest, ASecondConnectIsRefusedUntilDisconnect) {
   const CComPtr<ICompany> company = connectTo(target());
   EXPECT_EQ(company->Connect(), kOpenFailed);
   company->Disconnect();
@@ -145,7 +145,7 @@ TEST_F(ConnectTest, TwiceIsRefusedUntilDisconnect) {
   EXPECT_EQ(company->Connect(), 0);
 }
 
-TEST_F(ConnectTest, LosesNothingWhenTheCompanyObjectGoesBeforeItsRecordset) {
+TEST_F(ConnectTest, ARecordsetWorksOnAfterItsCompanyObjectIsReleased) {
   CComPtr<ICompany> company = connectTo(target());
   const CComPtr<IRecordset> rows = query(company, u"SELECT CompanyName FROM HVCOMP");
   company.Release();
@@ -153,7 +153,7 @@ TEST_F(ConnectTest, LosesNothingWhenTheCompanyObjectGoesBeforeItsRecordset) {
   EXPECT_EQ(cellText(rows->GetFields()->Item(0)->GetValue()), u"Demo");
 }
 
-TEST_F(ConnectTest, ObjectsAnswerAfterDisconnectThatThereIsNoConnection) {
+TEST_F(ConnectTest, ObjectsReportNotConnectedAfterDisconnect) {
   const CComPtr<ICompany> company = connectTo(target());
   company->PutLanguage(ln_English);
   const CComPtr<IRecordset> rows = query(company, u"SELECT CompanyName FROM HVCOMP");
@@ -175,7 +175,7 @@ TEST_F(ConnectTest, AnUnknownBusinessObjectIsRefused) {
   EXPECT_EQ(lastError(company).text, u"There is no business object with the number 4711.");
 }
 
-TEST_F(ConnectTest, TellsTheVersionOfItsLibrary) {
+TEST_F(ConnectTest, ReportsTheVersionOfItsLibrary) {
   const CComPtr<ICompany> company = fresh();
   CComPtr<ITypeInfo> info;
   ASSERT_EQ(company->GetTypeInfo(0, LOCALE_USER_DEFAULT, &info), S_OK);
@@ -204,20 +204,6 @@ TEST_F(ConnectTest, OutParametersMustBeGiven) {
   EXPECT_EQ(company->raw_GetBusinessObject(300, nullptr), E_POINTER);
   EXPECT_EQ(company->raw_GetContextCookie(nullptr), E_POINTER);
   EXPECT_EQ(company->raw_GetConnected(nullptr), E_POINTER);
-}
-
-TEST(ErrorTexts, AreThereInEveryLanguageOfTheTable) {
-  for (int i = 0; i < static_cast<int>(Text::End); ++i) {
-    const auto text = static_cast<Text>(i);
-    EXPECT_FALSE(sentence(text, {u"a", u"b"}, ln_English).empty()) << i;
-    EXPECT_FALSE(sentence(text, {u"a", u"b"}, ln_German).empty()) << i;
-    EXPECT_FALSE(sentence(text, {u"a", u"b"}, ln_Spanish).empty()) << i;
-  }
-}
-
-TEST(ErrorTexts, UseTheirArgumentsAsTheyStand) {
-  EXPECT_EQ(sentence(Text::TableMissing, {u"%2%1"}, ln_English), u"There is no table '%2%1'.");
-  EXPECT_EQ(sentence(Text::TableMissing, {}, ln_English), u"There is no table ''.");
 }
 
 }  // namespace

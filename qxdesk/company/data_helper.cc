@@ -2,6 +2,7 @@
 
 #include "qxdesk/company/display_format.h"
 #include "qxdesk/company/recordset.h"
+#include "qxdesk/engines/stored_date.h"
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
 
@@ -11,6 +12,7 @@ namespace qx::desk {
 
 namespace {
 
+// Answers are rows with one column, so that add-ons read them like the result of a query.
 RowStore oneRow(sql::ColumnType type) { return RowStore({{u"Result", type}}); }
 
 RowStore textRow(const std::u16string& text) {
@@ -22,6 +24,7 @@ RowStore textRow(const std::u16string& text) {
 RowStore dateRow(DATE date) {
   RowStore row = oneRow(sql::ColumnType::Date);
   const std::optional<std::string> stored = storedOfDate(date);
+  // The null date is null in rows, too, and reads as 0.0 again.
   if (date == 0.0 || !stored) {
     row.appendNull();
   } else {
@@ -44,7 +47,7 @@ RowStore numberRow(double number) {
   noDate(toUtf16(std::to_string(date)), settings);
 }
 
-// The form of the company has nothing for the null date, so that day is shown as it is stored.
+// The company's form of the null date is empty, so for messages that day is shown as it is stored.
 std::u16string shownDay(DATE day, const std::string& stored, const CompanySettings& settings) {
   constexpr std::size_t kLengthOfDay = 10;
   if (day == 0.0) return toUtf16(stored.substr(0, kLengthOfDay));
@@ -54,7 +57,9 @@ std::u16string shownDay(DATE day, const std::string& stored, const CompanySettin
 double rateOf(CompanySession& session, std::u16string_view currency, DATE date) {
   const CompanySettings settings = session.settings();
   if (currency == settings.localCurrency) return 1.0;
-  const DATE day = std::trunc(date);  // before the first day too the time counts from its midnight
+  // The fraction of a date counts forward from midnight even before day 0, so trunc is right there
+  // where floor would lead to the day before.
+  const DATE day = std::trunc(date);
   const std::optional<std::string> stored = storedOfDate(day);
   if (!stored) noDate(date, settings);
   const auto row = session.database().prepare(

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/company.h"
 
 namespace qx::desk {
 
-/// The object 305.
-class DataHelper final : public HostObject<IDataHelper> {
+/// The object 305: display forms of dates and amounts, and currency rates. Each answer is a
+/// recordset of one row and one column.
+class DataHelper final : public HostObjectBase<IDataHelper> {
  public:
   explicit DataHelper(SessionPtr session) : session_(std::move(session)) {}
 
@@ -18,7 +19,7 @@ class DataHelper final : public HostObject<IDataHelper> {
   HRESULT raw_GetCurrencyRate(BSTR currency, DATE date, IRecordset** out) override;
 
  private:
-  /// `make` gives the one row of the answer.
+  /// Answers with the row that `make` returns for the company's settings.
   template <class Make>
   HRESULT answer(IRecordset** out, Make&& make);
 

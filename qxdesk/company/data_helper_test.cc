@@ -55,7 +55,7 @@ TEST_P(DataHelperTest, DatesAreShownInTheFormOfTheCompany) {
 
 TEST_P(DataHelperTest, TheNullDateIsEmptyText) { EXPECT_EQ(dateText(0.0), u""); }
 
-TEST_P(DataHelperTest, ANumberThatIsNoDateIsRefused) {
+TEST_P(DataHelperTest, ANumberThatIsNotADateIsRefused) {
   EXPECT_EQ(raisedBy([&] { helper->FormatDateToString(1e9); }), kInvalidValue);
   EXPECT_EQ(raisedBy([&] { helper->FormatDateToString(std::nan("")); }), kInvalidValue);
 }
@@ -77,12 +77,12 @@ TEST_P(DataHelperTest, EmptyTextIsTheNullDate) {
   EXPECT_EQ(first(helper->FormatStringToDate(CComBSTR(u" "))).date, 0.0);
 }
 
-TEST_P(DataHelperTest, TextThatIsNoDateIsRefused) {
+TEST_P(DataHelperTest, TextThatIsNotADateIsRefused) {
   for (const char16_t* text :
        {u"abc", u"31/02/2024", u"1/2", u"1/2/3/4", u"1//2024", u"01/02/123", u"1234567", u"/"}) {
     EXPECT_EQ(raisedBy([&] { helper->FormatStringToDate(CComBSTR(text)); }), kInvalidValue);
   }
-  EXPECT_EQ(lastError(company).text, u"'/' is not a date of the company's date form DD/MM/YYYY.");
+  EXPECT_EQ(lastError(company).text, u"'/' is not a date in the company's date format DD/MM/YYYY.");
 }
 
 TEST_P(DataHelperTest, AmountsAreShownInTheFormOfTheCompany) {
@@ -98,7 +98,7 @@ TEST_P(DataHelperTest, AmountsAreShownInTheFormOfTheCompany) {
   EXPECT_EQ(amount(1234.5, mpt_Quantity), u"1.234,500");
 }
 
-TEST_P(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
+TEST_P(DataHelperTest, TheCurrencyIsOnTheSideThatTheCompanySets) {
   set(u"CurrencySide = 'L'");
   EXPECT_EQ(amount(1), u"EUR 1.00");
   EXPECT_EQ(amount(1, mpt_Percent), u"1.00");
@@ -106,7 +106,7 @@ TEST_P(DataHelperTest, TheCurrencyStandsWhereTheCompanyWantsIt) {
   EXPECT_EQ(amount(1, mpt_Price), u"1.00 EUR");
 }
 
-TEST_P(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
+TEST_P(DataHelperTest, AnAmountThatIsNotANumberIsRefused) {
   EXPECT_EQ(raisedBy([&] { helper->FormatMoneyToString(std::nan(""), mpt_Sum); }), kInvalidValue);
   EXPECT_EQ(raisedBy([&] {
               helper->FormatMoneyToString(std::numeric_limits<double>::infinity(), mpt_Sum);
@@ -114,7 +114,7 @@ TEST_P(DataHelperTest, AnAmountThatIsNoNumberIsRefused) {
             kInvalidValue);
 }
 
-TEST_P(DataHelperTest, ARateIsThatOfTheDay) {
+TEST_P(DataHelperTest, ARateIsTheOneOfItsDay) {
   query(company,
         u"INSERT INTO HVRATE (RateDate, Currency, Rate) VALUES ('20230131', 'USD', 1.0845)");
   const CComVariant rate = first(helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear));
@@ -123,7 +123,7 @@ TEST_P(DataHelperTest, ARateIsThatOfTheDay) {
   EXPECT_EQ(first(helper->GetCurrencyRate(CComBSTR(u"EUR"), day)).dblVal, 1.0);
 }
 
-TEST_P(DataHelperTest, ARateBeforeTheFirstDayIsThatOfTheDayTheTimeBelongsTo) {
+TEST_P(DataHelperTest, ARateBeforeDayZeroBelongsToTheDayOfItsTime) {
   query(company, u"INSERT INTO HVRATE (RateDate, Currency, Rate) VALUES ('18991229', 'USD', 1.25)");
   query(company, u"INSERT INTO HVRATE (RateDate, Currency, Rate) VALUES ('18991228', 'USD', 1.5)");
   const auto rateOn = [&](DATE date) {
@@ -134,22 +134,22 @@ TEST_P(DataHelperTest, ARateBeforeTheFirstDayIsThatOfTheDayTheTimeBelongsTo) {
   EXPECT_EQ(rateOn(-2.75), 1.5);
 }
 
-TEST_P(DataHelperTest, AMissingRateIsTold) {
+TEST_P(DataHelperTest, AMissingRateIsReported) {
   EXPECT_EQ(raisedBy([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), lastYear); }), kNotFound);
   EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 31/01/2023.");
 }
 
-TEST_P(DataHelperTest, AMissingRateOfTheNullDateIsToldWithItsDay) {
+TEST_P(DataHelperTest, AMissingRateOfTheNullDateIsReportedWithItsDay) {
   for (const DATE date : {0.0, 0.25, -0.25}) {
     EXPECT_EQ(raisedBy([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), date); }), kNotFound);
     EXPECT_EQ(lastError(company).text, u"There is no rate for the currency 'USD' on 1899-12-30.");
   }
 }
 
-TEST_P(DataHelperTest, ARateOnWhatIsNoDateIsRefusedWithTheFormOfTheCompany) {
+TEST_P(DataHelperTest, ARateOnANumberThatIsNotADateIsRefusedWithTheDateForm) {
   EXPECT_EQ(raisedBy([&] { helper->GetCurrencyRate(CComBSTR(u"USD"), 1e9); }), kInvalidValue);
   EXPECT_EQ(lastError(company).text,
-            u"'1000000000.000000' is not a date of the company's date form DD/MM/YYYY.");
+            u"'1000000000.000000' is not a date in the company's date format DD/MM/YYYY.");
 }
 
 TEST_P(DataHelperTest, RoundsHalfAwayFromZero) {
@@ -169,7 +169,7 @@ TEST_P(DataHelperTest, RoundsToTheDecimalsOfTheContext) {
   EXPECT_EQ(round(2.5), 3.0);
 }
 
-TEST_P(DataHelperTest, ForintsAreRoundedToWholeOnesInHungary) {
+TEST_P(DataHelperTest, ForintsAreRoundedToWholeNumbersInHungary) {
   EXPECT_EQ(round(10.5, u"HUF"), 10.5);
   set(u"Country = 'HU'");
   EXPECT_EQ(round(10.5, u"HUF"), 11.0);
@@ -181,14 +181,14 @@ TEST_P(DataHelperTest, AnUnknownDataInterfaceIsRefused) {
   EXPECT_EQ(raisedBy([&] { service->GetDataInterface(12); }), kNotFound);
 }
 
-TEST_P(DataHelperTest, ForeignDataAreRefused) {
+TEST_P(DataHelperTest, DataObjectsFromElsewhereAreRefused) {
   const auto service = company->GetCompanyService();
   CComPtr<IRoundedData> rounded;
   EXPECT_EQ(service->raw_RoundDecimal(nullptr, &rounded), E_INVALIDARG);
   EXPECT_EQ(raisedBy([&] { round(std::nan("")); }), kInvalidValue);
 }
 
-QX_TEST_ON_ALL_MEDIA(DataHelperTest);
+QX_TEST_ON_ALL_ENGINES(DataHelperTest);
 
 }  // namespace
 }  // namespace qx::desk

@@ -10,13 +10,14 @@ namespace qx::desk {
 
 namespace {
 
-// Digits with the point behind the first `point` of them; a negative point or one behind the last
-// digit stands for zeros that are not written.
+// The digits of a number with the decimal point after the first `point` of them. A negative `point`
+// or one beyond the last digit means zeros that are not written.
 struct Digits {
   std::string text;
   int point = 0;
 };
 
+// std::to_chars without a precision writes the fewest digits that read back as the same double.
 Digits shortestDigits(double magnitude) {
   std::array<char, 64> buffer{};
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
@@ -32,7 +33,8 @@ Digits shortestDigits(double magnitude) {
   return digits;
 }
 
-// Fills up with zeros so that the point stands within the text and `places` + 1 digits follow it.
+// Fills up with zeros so that the point is within the text and `places` + 1 digits follow it: the
+// last one decides the rounding.
 std::string spread(const Digits& digits, int places, std::size_t& point) {
   std::string text = digits.text;
   int at = digits.point;
@@ -46,7 +48,7 @@ std::string spread(const Digits& digits, int places, std::size_t& point) {
   return text;
 }
 
-// Adds one to the last digit; true when the number has become one digit longer.
+// Adds one to the last digit; returns true if the number became one digit longer.
 bool increment(std::string& text) {
   for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
     if (*digit != '9') {
@@ -80,6 +82,7 @@ std::optional<DecimalText> roundedDecimal(double value, int places) {
 }
 
 double doubleOf(const DecimalText& decimal) {
+  // The last zero keeps a number without places well formed.
   const std::string text = decimal.whole + "." + decimal.fraction + "0";
   double value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value);

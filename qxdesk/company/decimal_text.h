@@ -1,7 +1,7 @@
 #pragma once
 
-// Exact decimal arithmetic on the shortest decimal form of a double: 1.005 is 1.005 and not the
-// binary number just below it, so that rounding half away from zero gives 1.01.
+// Exact decimal arithmetic on the shortest decimal form of a double: 1.005 is taken as 1.005 and
+// not as the binary number just below it, so that rounding half away from zero returns 1.01.
 
 #include <optional>
 #include <string>
@@ -12,14 +12,14 @@ namespace qx::desk {
 struct DecimalText {
   bool negative = false;
   std::string whole;     // without leading zeros, at least "0"
-  std::string fraction;  // as many digits as were asked for
+  std::string fraction;  // as many digits as were requested
 };
 
-/// `value` rounded half away from zero to `places` (0 to 20) places; a zero has no sign. Nothing
-/// for an infinite value or one that is no number.
+/// Returns `value` rounded half away from zero to `places` (0 to 20) decimal places; a zero has no
+/// sign. Returns nothing for an infinite value or NaN.
 std::optional<DecimalText> roundedDecimal(double value, int places);
 
-/// The double nearest to that.
+/// Returns the nearest double.
 double doubleOf(const DecimalText& decimal);
 
 }  // namespace qx::desk

@@ -1,6 +1,7 @@
 #include "qxdesk/company/display_format.h"
 
 #include "qxdesk/company/decimal_text.h"
+#include "qxframework/automation/ascii.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t kGroup = 3;
 
-// The parts of a date in the order in which the company writes them: y, m and d.
+// Returns the parts of a date, y, m and d, in the order in which the company writes them.
 std::u16string_view order(DateForm form) {
   switch (form) {
     case DateForm::MonthDayYear:
@@ -37,15 +38,8 @@ std::u16string part(char16_t which, const CivilTime& time, bool shortYear) {
   return shortYear ? format(u"%02d", time.year % 100) : format(u"%04d", time.year);
 }
 
-bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
 bool isSeparator(char16_t unit) {
   return unit == u'.' || unit == u'/' || unit == u'-' || unit == u' ';
-}
-
-std::u16string_view trimmed(std::u16string_view text) {
-  while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == u' ') text.remove_suffix(1);
-  return text;
 }
 
 using Parts = std::vector<std::u16string>;
@@ -55,7 +49,7 @@ std::optional<Parts> separatedParts(std::u16string_view text) {
   for (const char16_t unit : text) {
     if (isDigit(unit)) {
       parts.back() += unit;
-    } else if (isSeparator(unit) && !parts.back().empty()) {
+    } else if (isSeparator(unit) && !parts.back().empty()) {  // no separator twice
       parts.emplace_back();
     } else {
       return std::nullopt;
@@ -64,7 +58,7 @@ std::optional<Parts> separatedParts(std::u16string_view text) {
   return parts;
 }
 
-// All digits together: two for the day and the month each, the rest for the year.
+// Cuts a date without separators: two digits for the day and the month each, the rest for the year.
 std::optional<Parts> cutDigits(const std::u16string& digits, std::u16string_view order) {
   if (digits.size() != 6 && digits.size() != 8) return std::nullopt;
   Parts parts;
@@ -83,9 +77,9 @@ int numberOf(const std::u16string& digits) {
   return value;
 }
 
-// Nothing for a part of the wrong length.
+// Returns nothing for a part of the wrong length.
 std::optional<int> partNumber(char16_t which, const std::u16string& digits) {
-  constexpr int kFirstYearOf1900 = 30;
+  constexpr int kFirstYearOf1900 = 30;  // 30 to 99 are 1930 to 1999, 00 to 29 are 2000 to 2029
   if (which != u'y') {
     if (digits.empty() || digits.size() > 2) return std::nullopt;
     return numberOf(digits);
@@ -107,6 +101,7 @@ std::u16string grouped(const std::string& whole, const std::u16string& separator
 
 std::u16string withCurrency(const std::u16string& number, HvMoneyPrecisionTypes precision,
                             const CompanySettings& settings) {
+  // Only sums and prices are money; rates, quantities and percentages have no currency.
   const bool money = precision == mpt_Sum || precision == mpt_Price;
   if (!money || settings.localCurrency.empty()) return number;
   switch (settings.currencyPlace) {
@@ -146,6 +141,7 @@ std::optional<DATE> dateOfText(std::u16string_view text, const CompanySettings& 
     if (!number) return std::nullopt;
     (parts[i] == u'd' ? time.day : parts[i] == u'm' ? time.month : time.year) = *number;
   }
+  // Refuses a day that the month does not have.
   return dateFromCivil(time);
 }
 

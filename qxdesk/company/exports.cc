@@ -1,7 +1,7 @@
 #include "qxdesk/company/company.h"
 #include "qxdesk/session/call_gate.h"
 
-// Where class activation comes in.
+// The entry through which class activation makes the objects of this library.
 extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFCLSID clsid,
                                                                             REFIID iid,
                                                                             void** object) {

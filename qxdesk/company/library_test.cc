@@ -1,4 +1,4 @@
-// The shared object as an add-on meets it: by its entry and its version block.
+// The shared object as an add-on uses it: by its entry and its version block.
 
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/session/call_gate.h"
@@ -42,7 +42,19 @@ TEST_F(LibraryTest, MakesACompanyThatConnects) {
   EXPECT_EQ(rowsOf(company, u"SELECT CompanyName FROM HVCOMP"), u"Demo");
 }
 
-TEST_F(LibraryTest, HasACallGateOfItsOwn) {
+TEST_F(LibraryTest, ReportsErrorsInTheSentencesOfItsOwnResources) {
+  const auto company = create<ICompany>(CLSID_HalvexCompany);
+  company->PutLanguage(ln_German);
+  EXPECT_NE(company->Connect(), 0);
+  EXPECT_TRUE(lastError(company).text.starts_with(u"Es ist keine Firma zum Verbinden bekannt."));
+  const CComBSTR cookie = company->GetContextCookie();
+  EXPECT_NE(company->raw_PutLoginContext(cookie), S_OK);
+  company->PutLanguage(ln_English);
+  EXPECT_NE(company->raw_StartTransaction(), S_OK);
+  EXPECT_EQ(lastError(company).text, u"The company is not connected. Call Connect first.");
+}
+
+TEST_F(LibraryTest, HasItsOwnCallGate) {
   const auto gate = create<ICallGate>(kCompanyGateClass);
   const auto company = create<ICompany>(CLSID_HalvexCompany);
   gate->RefuseCall(2, E_ABORT);
@@ -65,7 +77,8 @@ TEST_F(LibraryTest, RefusesOtherClasses) {
 TEST_F(LibraryTest, ExportsItsEntryOnly) {
   EXPECT_NE(dlsym(library, "DllGetClassObject"), nullptr);
   for (const char* name : {"SysAllocString", "CoCreateInstance", "VariantClear"}) {
-    // What the test program itself exports would be found by a global search only.
+    // The search may end in the test program or in a library that this one needs; only a symbol of
+    // this library itself would be wrong.
     Dl_info place{};
     void* symbol = dlsym(library, name);
     EXPECT_TRUE(symbol == nullptr || dladdr(symbol, &place) == 0 ||

@@ -1,5 +1,5 @@
 #include "qxdesk/company/test_support.h"
-#include "qxdesk/dictionary/dictionary.h"
+#include "qxdesk/dictionary/field_type.h"
 
 #include <random>
 
@@ -32,19 +32,19 @@ TEST_P(MetadataTest, ANewTableCanBeFoundAndUsed) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code, Name FROM [@QX_1]"), u"1|1");
 }
 
-TEST_P(MetadataTest, ATableIsFoundWithItsSignToo) {
+TEST_P(MetadataTest, ATableIsAlsoFoundByItsNameWithTheSign) {
   addTable(company, u"QX");
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   EXPECT_EQ(tables->GetByKey(CComBSTR(u"@QX")), VARIANT_TRUE);
 }
 
-TEST_P(MetadataTest, ATableThatIsThereIsNotAddedAgain) {
+TEST_P(MetadataTest, AnExistingTableIsNotAddedAgain) {
   EXPECT_EQ(addTable(company, u"QX"), 0);
   EXPECT_EQ(addTable(company, u"qx"), -2107);
-  EXPECT_EQ(lastError(company), (LastError{-2107, u"The table '@qx' exists already."}));
+  EXPECT_EQ(lastError(company), (LastError{-2107, u"The table '@qx' already exists."}));
 }
 
-TEST_P(MetadataTest, TableNamesKeepTheirRules) {
+TEST_P(MetadataTest, ABadTableNameIsRefused) {
   EXPECT_EQ(addTable(company, u""), kInvalidValue);
   EXPECT_EQ(addTable(company, u"A B"), kInvalidValue);
   EXPECT_EQ(lastError(company).text,
@@ -57,7 +57,7 @@ TEST_P(MetadataTest, TableNamesKeepTheirRules) {
             u"The table name 'A2345678901234567890' is longer than 19 characters.");
 }
 
-TEST_P(MetadataTest, TableNamesOnDb2HaveNineCharacters) {
+TEST_P(MetadataTest, TableNamesOnDb2HaveAtMostNineCharacters) {
   const CComPtr<ICompany> db2 = another(kDb2);
   EXPECT_EQ(addTable(db2, u"A23456789"), 0);
   EXPECT_EQ(addTable(db2, u"B234567890"), kInvalidValue);
@@ -70,7 +70,7 @@ TEST_P(MetadataTest, AnUnknownTableTypeIsRefused) {
   EXPECT_EQ(tables->Add(), kInvalidValue);
 }
 
-TEST_P(MetadataTest, ADescriptionHasThirtyCharacters) {
+TEST_P(MetadataTest, ADescriptionHasAtMostThirtyCharacters) {
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   tables->PutTableName(CComBSTR(u"QX"));
   tables->PutTableDescription(CComBSTR(std::u16string(31, u'x')));
@@ -79,7 +79,7 @@ TEST_P(MetadataTest, ADescriptionHasThirtyCharacters) {
   EXPECT_EQ(tables->Add(), 0);
 }
 
-TEST_P(MetadataTest, AnAddedObjectIsAsNew) {
+TEST_P(MetadataTest, AnObjectIsAsNewAfterAdd) {
   const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
   tables->PutTableName(CComBSTR(u"QX"));
   tables->PutTableDescription(CComBSTR(u"text"));
@@ -108,7 +108,7 @@ TEST_P(MetadataTest, ARemovedTableLeavesNothing) {
 
 // ---- fields
 
-TEST_P(MetadataTest, AFieldStandsInTheDictionary) {
+TEST_P(MetadataTest, AFieldHasItsRowInTheDictionary) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"ExtID", kAlphaField, 0, 5, u"QX"}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"Rdate", kDateField, 0, 0, u"GETDATE()"}), 0);
@@ -140,11 +140,11 @@ TEST_P(MetadataTest, ASystemTableTakesFieldsUnderItsPlainName) {
   EXPECT_EQ(rowsOf(company, u"SELECT U_Grade FROM HVPARTN WHERE PartnerNo = 'C1000'"), u"A1");
 }
 
-TEST_P(MetadataTest, AFieldThatIsThereIsNotAddedAgain) {
+TEST_P(MetadataTest, AnExistingFieldIsNotAddedAgain) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"a", kAlphaField, 0, 5}), -2107);
-  EXPECT_EQ(lastError(company).text, u"The field 'a' exists already in the table '@QX'.");
+  EXPECT_EQ(lastError(company).text, u"The field 'a' already exists in the table '@QX'.");
 }
 
 TEST_P(MetadataTest, AFieldNeedsItsTable) {
@@ -160,7 +160,7 @@ TEST_P(MetadataTest, AFieldNeedsAGoodNameTypeAndSize) {
   EXPECT_EQ(lastError(company).text, u"The field 'A' has the unknown type 5.");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 0}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 255}), kInvalidValue);
-  EXPECT_EQ(lastError(company).text, u"The size of the field 'A' must lie between 1 and 254.");
+  EXPECT_EQ(lastError(company).text, u"The size of the field 'A' must be between 1 and 254.");
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField, 0, 12}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 254}), 0);
   EXPECT_EQ(addField(company, {u"QX", u"B", kNumericField, 0, 11}), 0);
@@ -190,7 +190,7 @@ TEST_P(MetadataTest, ADefaultFillsWhatAnInsertLeavesOut) {
             u"a'b|42|1.5|2024-02-29 00:00:00|930");
 }
 
-TEST_P(MetadataTest, ADefaultMustSuitItsField) {
+TEST_P(MetadataTest, ADefaultThatDoesNotSuitItsFieldIsRefused) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 2, u"abc"}), kInvalidValue);
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField, 0, 9, u"1.5"}), kInvalidValue);
@@ -205,7 +205,7 @@ TEST_P(MetadataTest, ADefaultMustSuitItsField) {
   EXPECT_EQ(rowsOf(company, u"SELECT AliasID FROM CUFD"), u"");
 }
 
-TEST_P(MetadataTest, CurrentTimeAsDefaultIsThatOfTheInsert) {
+TEST_P(MetadataTest, CurrentTimeAsDefaultIsTheTimeOfTheInsert) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"D", kDateField, 0, 0, u"GETDATE()"}), 0);
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', '1')");
@@ -213,7 +213,7 @@ TEST_P(MetadataTest, CurrentTimeAsDefaultIsThatOfTheInsert) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@QX] WHERE U_D > '20250101'"), u"1");
 }
 
-TEST_P(MetadataTest, CurrentTimeAsDefaultAlsoGoesToATableWithRows) {
+TEST_P(MetadataTest, CurrentTimeAsDefaultCanBeAddedToATableWithRows) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"x"});
   addKey(company, u"QX", u"K", true, {u"A", u"Name"});
@@ -230,7 +230,7 @@ TEST_P(MetadataTest, CurrentTimeAsDefaultAlsoGoesToATableWithRows) {
       << "the unique key is lost";
 }
 
-TEST_P(MetadataTest, AMandatoryFieldTakesNoNull) {
+TEST_P(MetadataTest, AMandatoryFieldRefusesNull) {
   addTable(company, u"QX");
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"", true}), 0);
   const auto rows = businessObject<IRecordset>(company, kRecordset);
@@ -285,9 +285,13 @@ TEST_P(MetadataTest, ValidValuesAreNotEnforcedOnRows) {
   fields->PutTableName(CComBSTR(u"QX"));
   fields->PutName(CComBSTR(u"Kind"));
   fields->PutSize(1);
-  fields->GetValidValues()->PutValue(CComBSTR(u"Y"));
+  const auto values = fields->GetValidValues();
+  values->PutValue(CComBSTR(u"Y"));
+  values->Add();
   EXPECT_EQ(fields->Add(), 0);
+  EXPECT_EQ(rowsOf(company, u"SELECT FieldValue FROM HVUFVAL"), u"Y");
   query(company, u"INSERT INTO [@QX] (Code, Name, U_Kind) VALUES ('1', '1', 'Z')");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Kind FROM [@QX]"), u"Z");
 }
 
 TEST_P(MetadataTest, ValidValuesMustFitAndDifferAndBeSet) {
@@ -383,7 +387,7 @@ TEST_P(MetadataTest, EveryFieldTypeReadsBackAsItWasAdded) {
   EXPECT_EQ(query(company, u"SELECT * FROM [@P]")->GetFields()->Count(), 62);
 }
 
-QX_TEST_ON_ALL_MEDIA(MetadataTest);
+QX_TEST_ON_ALL_ENGINES(MetadataTest);
 
 }  // namespace
 }  // namespace qx::desk

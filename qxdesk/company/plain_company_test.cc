@@ -1,10 +1,7 @@
-// A company on an ODBC source that is no PostgreSQL: statements of add-ons reach it as they stand.
-// The source here is the SQLite driver, an engine that takes [x] and LIMIT by itself.
+// A company on an ODBC source other than PostgreSQL: statements of add-ons reach it unchanged. The
+// source here is the SQLite driver, an engine that accepts [x] and LIMIT by itself.
 
-#include "qxdesk/company/company_session.h"
 #include "qxdesk/company/test_support.h"
-#include "qxdesk/engines/open_database.h"
-#include "qxdesk/engines/row_store.h"
 #include "qxframework/automation/text.h"
 #include "testing/odbc_program.h"
 
@@ -42,7 +39,7 @@ TEST_F(PlainSourceTest, StatementsArriveUntouched) {
   EXPECT_EQ(rowsOf(company, u"SELECT typeof(1) || sqlite_version() LIKE 'integer3%'"), u"1");
 }
 
-TEST_F(PlainSourceTest, TextsOfAnyCharacterComeBackAsTheyWere) {
+TEST_F(PlainSourceTest, TextsOfAnyCharacterReadBackUnchanged) {
   const std::u16string text = u"\u00C4rger \U0001F600 \\ % _ \u4E2D";
   EXPECT_EQ(rowsOf(company, u"SELECT '" + text + u"' AS [\u4E2D]"), text);
   EXPECT_EQ(query(company, u"SELECT 1 AS [\u4E2D]")->GetFields()->Item(0)->GetName().View(),
@@ -53,7 +50,7 @@ TEST_F(PlainSourceTest, TextsOfAnyCharacterComeBackAsTheyWere) {
   EXPECT_EQ(rowsOf(connectTo(place), u"SELECT CompanyName FROM HVCOMP"), text);
 }
 
-TEST_F(PlainSourceTest, AStatementThatTheSourceRefusesIsToldInItsWords) {
+TEST_F(PlainSourceTest, ARefusalOfTheSourceIsReportedInItsWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT TOP 1 Code FROM HVCOMP")); }),
             kSqlFailure);
@@ -61,7 +58,7 @@ TEST_F(PlainSourceTest, AStatementThatTheSourceRefusesIsToldInItsWords) {
       << toUtf8(lastError(company).text);
 }
 
-TEST_F(PlainSourceTest, UserTablesFieldsAndKeysAreRealOnes) {
+TEST_F(PlainSourceTest, UserTablesFieldsAndKeysExistInTheSource) {
   EXPECT_EQ(addTable(company, u"QX"), 0) << toUtf8(lastError(company).text);
   EXPECT_EQ(addTable(company, u"qx"), kAlreadyExists);
   EXPECT_EQ(addField(company, {u"QX", u"A", kAlphaField, 0, 5, u"x"}), 0);
@@ -105,7 +102,7 @@ TEST_F(PlainSourceTest, TransactionsCommitAndRollBack) {
   EXPECT_EQ(test::OdbcProgram(connection).ask("SELECT Country FROM HVCOMP"), "FR");
 }
 
-TEST_F(PlainSourceTest, LongTextsAndNullsArrive) {
+TEST_F(PlainSourceTest, LongTextsAndNullsAreRead) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"M", kMemoField});
   const std::u16string text =
@@ -115,7 +112,7 @@ TEST_F(PlainSourceTest, LongTextsAndNullsArrive) {
   EXPECT_TRUE(rowsOf(company, u"SELECT U_M, Code FROM [@QX] ORDER BY Code") == text + u"|1\n|2");
 }
 
-TEST_F(PlainSourceTest, TextsBeyondTheLengthOfTheirColumnArrive) {
+TEST_F(PlainSourceTest, TextsLongerThanTheirColumnAreReadInFull) {
   test::OdbcProgram other(connection);
   other.run("CREATE TABLE loose (n integer, t varchar(3))");
   other.run("INSERT INTO loose VALUES (1, 'abc'), (2, '0123456789'), (3, NULL), (4, 'x')");
@@ -147,7 +144,7 @@ TEST_F(PlainSourceTest, ColumnsHaveTheirTypes) {
             u"7|7|12.5|2024-02-29 00:00:00");
 }
 
-TEST_F(PlainSourceTest, ALockedSourceIsTold) {
+TEST_F(PlainSourceTest, ALockedSourceIsReported) {
   const CComPtr<ICompany> impatient =
       connectTo({"odbc:" + connection + ";Timeout=1", kMssql, ln_English, u"manager", u"Demo"});
   test::OdbcProgram other(connection);
@@ -161,16 +158,16 @@ TEST_F(PlainSourceTest, ALockedSourceIsTold) {
   query(impatient, u"UPDATE HVCOMP SET Country = 'FR'");
 }
 
-// This driver resolves escapes whatever it is asked.
+// This driver resolves escapes although it is asked not to.
 TEST_F(PlainSourceTest, AnEscapeThatTheDriverWouldResolveIsRefused) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT {d '2024-01-31'}")); }), kSqlFailure);
   EXPECT_EQ(lastError(company).text,
-            u"the driver would rewrite what stands in braces in this statement; write it in the "
-            u"engine's own words, without braces");
+            u"the driver would rewrite the text between braces in this statement; write it in the "
+            u"engine's own SQL, without braces");
 }
 
-TEST_F(PlainSourceTest, ANumberThatIsInfiniteIsTold) {
+TEST_F(PlainSourceTest, AnInfiniteNumberIsReported) {
   addTable(company, u"QX");
   addField(company, {u"QX", u"P", kFloatField, 80});
   query(company, u"INSERT INTO [@QX] (Code, Name, U_P) VALUES ('1', 'n', 9e999)");
@@ -182,7 +179,7 @@ TEST_F(PlainSourceTest, ANumberThatIsInfiniteIsTold) {
   }
 }
 
-// The driver would run what stands in front of it.
+// The driver would run the text before it.
 TEST_F(PlainSourceTest, AZeroCharacterIsRefusedAndNothingRuns) {
   const std::u16string sql(u"DELETE FROM HVCURR WHERE Currency = 'EUR'\0 AND 1 = 0", 52);
   const auto rows = businessObject<IRecordset>(company, kRecordset);
@@ -191,14 +188,14 @@ TEST_F(PlainSourceTest, AZeroCharacterIsRefusedAndNothingRuns) {
   EXPECT_EQ(rowsOf(company, u"SELECT Currency FROM HVCURR WHERE Currency = 'EUR'"), u"EUR");
 }
 
-TEST_F(PlainSourceTest, ASecondStatementIsNotLostSilently) {
+TEST_F(PlainSourceTest, ASecondStatementIsNotIgnored) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(
       raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM HVCOMP; SELECT x FROM nowhere")); }),
       kSqlFailure);
 }
 
-TEST_F(PlainSourceTest, ADatabaseOfSomethingElseIsToldWithoutThePassword) {
+TEST_F(PlainSourceTest, ADatabaseOfAnotherProgramIsReportedWithoutThePassword) {
   const std::string other = "Driver=SQLite3;Database=" + folder.file("other.db");
   test::OdbcProgram(other).run("CREATE TABLE theirs (x int)");
   LoginTarget place = target();
@@ -207,6 +204,39 @@ TEST_F(PlainSourceTest, ADatabaseOfSomethingElseIsToldWithoutThePassword) {
   EXPECT_EQ(refused->Connect(), kOpenFailed);
   EXPECT_EQ(lastError(refused).text, u"The database 'odbc:" + toUtf16(other) +
                                          u";Pwd=***' has tables, but no company in it.");
+}
+
+/// Sources that refuse to open, played by a driver for tests.
+class PlainSourceOpenTest : public testing::Test {
+ protected:
+  static std::u16string failureOf(const std::string& options) {
+    CompanyEnvironment environment = testEnvironment();
+    environment.loginTimeoutSeconds = 7;
+    const CComPtr<ICompany> company = companyFor(
+        {"odbc:Driver=" QX_SCRIPTED_DRIVER ";" + options, kMssql, ln_English, u"m", u"D"},
+        environment);
+    EXPECT_EQ(company->Connect(), kOpenFailed);
+    return lastError(company).text;
+  }
+};
+
+TEST_F(PlainSourceOpenTest, AServerThatDoesNotAnswerIsReportedWithTheTimeout) {
+  EXPECT_EQ(failureOf("Server=silent"),
+            u"The database server cannot be reached (timeout of 7 s expired).");
+}
+
+TEST_F(PlainSourceOpenTest, AConnectionThatFailsForAnUnknownReasonIsReported) {
+  for (const char* state : {"HY000", "42000", "XYZ99"}) {
+    EXPECT_EQ(failureOf(std::string("Connect=") + state),
+              u"The database server cannot be reached (as the connection string says).");
+  }
+}
+
+TEST_F(PlainSourceOpenTest, AFailureAfterTheConnectionIsReportedWithItsPlaceAndNoPassword) {
+  const std::u16string driver = toUtf16(QX_SCRIPTED_DRIVER);
+  EXPECT_EQ(failureOf("Pwd=secret;Refuse=CREATE"),
+            u"The company database 'odbc:Driver=" + driver +
+                u";Pwd=***;Refuse=CREATE' cannot be opened: syntax error near CREATE.");
 }
 
 }  // namespace

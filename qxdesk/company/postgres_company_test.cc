@@ -1,9 +1,8 @@
-// A company on a PostgreSQL server: how it opens, what users are told when it does not, and what
-// the dictionary promises when several processes change it.
+// A company on a PostgreSQL server: opening it, the messages when it cannot be opened, and the
+// dictionary when several processes change it.
 
 #include "qxdesk/company/test_support.h"
-#include "qxdesk/dictionary/company_schema.h"
-#include "qxdesk/engines/engine_tables.h"
+#include "qxdesk/dictionary/system_tables.h"
 #include "qxframework/automation/text.h"
 #include "testing/postgres_server.h"
 
@@ -35,7 +34,7 @@ class PostgresOpenTest : public testing::Test {
   std::string name = server.createDatabase();
 };
 
-/// Runs `body` in many processes at the same moment; the exit codes.
+/// Runs `body` in many processes at the same moment and returns their exit codes.
 std::vector<int> atOnce(int processes, const std::function<int()>& body) {
   std::array<int, 2> start{};
   EXPECT_EQ(pipe(start.data()), 0);
@@ -76,7 +75,7 @@ TEST_F(PostgresOpenTest, AnEmptyDatabaseBecomesANewCompany) {
             u"Hammer|12.5");
 }
 
-TEST_F(PostgresOpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
+TEST_F(PostgresOpenTest, AnExistingCompanyStaysAsItIs) {
   addTable(connectTo(target()), u"QX");
   LoginTarget renamed = target();
   renamed.companyName = u"Other";
@@ -85,8 +84,9 @@ TEST_F(PostgresOpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
   EXPECT_EQ(addTable(company, u"QX"), kAlreadyExists);
 }
 
-TEST_F(PostgresOpenTest, AllTablesAreThereUnderTheirNames) {
+TEST_F(PostgresOpenTest, SystemTablesKeepTheNamesOfTheirColumns) {
   const CComPtr<ICompany> company = connectTo(target());
+  ASSERT_FALSE(systemTables().empty());
   for (const TableLayout& table : systemTables()) {
     const auto fields = query(company, u"SELECT * FROM " + toUtf16(table.name))->GetFields();
     ASSERT_EQ(fields->Count(), static_cast<long>(table.columns.size())) << table.name;
@@ -97,7 +97,7 @@ TEST_F(PostgresOpenTest, AllTablesAreThereUnderTheirNames) {
   }
 }
 
-TEST_F(PostgresOpenTest, ADatabaseOfSomethingElseIsToldAndLeftAlone) {
+TEST_F(PostgresOpenTest, ADatabaseOfAnotherProgramIsReportedAndLeftAlone) {
   server.run(name, "CREATE TABLE theirs (x int)");
   EXPECT_EQ(failureOf(target()),
             (LastError{kOpenFailed, u"The database 'odbc:" + toUtf16(server.connection(name)) +
@@ -108,7 +108,7 @@ TEST_F(PostgresOpenTest, ADatabaseOfSomethingElseIsToldAndLeftAlone) {
             "1");
 }
 
-TEST_F(PostgresOpenTest, ACompanyOfANewerVersionIsTold) {
+TEST_F(PostgresOpenTest, ACompanyOfANewerVersionIsReported) {
   connectTo(target());
   server.run(name, "UPDATE qxvr SET version = 99");
   EXPECT_EQ(failureOf(target()).text, u"The company database 'odbc:" +
@@ -116,7 +116,7 @@ TEST_F(PostgresOpenTest, ACompanyOfANewerVersionIsTold) {
                                           u"' was written by a newer version of this component.");
 }
 
-TEST_F(PostgresOpenTest, AFailureAtAnyStatementOfANewCompanyLeavesNoneOrAWholeOne) {
+TEST_F(PostgresOpenTest, AFailureAtAnyStatementLeavesNoCompanyOrAWholeOne) {
   const auto tables = [&] {
     return server.ask(name,
                       "SELECT COUNT(*) FROM pg_class WHERE relnamespace = 'public'::regnamespace");
@@ -136,7 +136,7 @@ TEST_F(PostgresOpenTest, AFailureAtAnyStatementOfANewCompanyLeavesNoneOrAWholeOn
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
 }
 
-TEST_F(PostgresOpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
+TEST_F(PostgresOpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllConnect) {
   const std::vector<int> codes = atOnce(6, [&] {
     const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
     const bool good = company->Connect() == 0 &&
@@ -147,7 +147,7 @@ TEST_F(PostgresOpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
   EXPECT_EQ(codes, std::vector<int>(6, 0));
 }
 
-TEST_F(PostgresOpenTest, ProcessesThatMakeItAtOnceGetItOnAServerOfStricterIsolationToo) {
+TEST_F(PostgresOpenTest, ProcessesThatMakeItAtOnceAllConnectUnderStricterIsolation) {
   for (const char* level : {"repeatable read", "serializable"}) {
     name = server.createDatabase();
     server.run("postgres",
@@ -161,7 +161,7 @@ TEST_F(PostgresOpenTest, ProcessesThatMakeItAtOnceGetItOnAServerOfStricterIsolat
   }
 }
 
-TEST_F(PostgresOpenTest, ProcessesThatAddTheSameAtOnceLeaveItOnceAndTellTheOthers) {
+TEST_F(PostgresOpenTest, OfProcessesThatAddTheSameAtOnceOneSucceeds) {
   connectTo(target());
   const std::vector<int> codes = atOnce(5, [&] {
     const CComPtr<ICompany> company = companyFor(target(), systemEnvironment());
@@ -186,7 +186,7 @@ TEST_F(PostgresOpenTest, ProcessesThatAddTheSameAtOnceLeaveItOnceAndTellTheOther
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVUKEY"), u"1");
 }
 
-TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
+TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsLockedAndReadsAsBefore) {
   const CComPtr<ICompany> writer = connectTo(target());
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
@@ -197,7 +197,7 @@ TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsI
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
-TEST_F(PostgresOpenTest, ATableThatAnotherConnectionAddsMakesItWait) {
+TEST_F(PostgresOpenTest, AChangeOfTablesWaitsForTheOneOfAnotherConnection) {
   const CComPtr<ICompany> writer = connectTo(target());
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
@@ -209,9 +209,9 @@ TEST_F(PostgresOpenTest, ATableThatAnotherConnectionAddsMakesItWait) {
   EXPECT_EQ(addTable(other, u"QX"), 0);
 }
 
-// ---- what users are told when there is no connection
+// ---- messages when there is no connection
 
-TEST_F(PostgresOpenTest, ARefusedLoginIsTold) {
+TEST_F(PostgresOpenTest, ARefusedLoginIsReported) {
   const LastError error =
       failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + server.folder().string() +
                           ";Database=" + name + ";Uid=nosuchuser;Pwd=secret"));
@@ -222,23 +222,23 @@ TEST_F(PostgresOpenTest, ARefusedLoginIsTold) {
                 u"user and the password.");
 }
 
-TEST_F(PostgresOpenTest, AnUnknownDriverIsTold) {
+TEST_F(PostgresOpenTest, AnUnknownDriverIsReported) {
   EXPECT_EQ(failureOf(targetFor("odbc:Driver=Nothing Here;Database=x;Pwd=secret")).text,
             u"There is no such ODBC driver or data source (Can't open lib 'Nothing Here' : file "
-            u"not found). 'odbcinst -q -d' and 'odbcinst -q -s' list those that there are.");
+            u"not found). 'odbcinst -q -d' and 'odbcinst -q -s' list the existing ones.");
 }
 
-TEST_F(PostgresOpenTest, AnUnknownSourceIsTold) {
+TEST_F(PostgresOpenTest, AnUnknownSourceIsReported) {
   EXPECT_TRUE(failureOf(targetFor("odbc:DSN=no_such_source"))
                   .text.starts_with(u"There is no such ODBC driver or data source ("));
 }
 
-TEST_F(PostgresOpenTest, ADriverWithoutItsLibraryIsTold) {
+TEST_F(PostgresOpenTest, ADriverWithoutItsLibraryIsReported) {
   EXPECT_TRUE(failureOf(targetFor("odbc:Driver=/no/such/driver.so;Database=x"))
                   .text.starts_with(u"There is no such ODBC driver or data source ("));
 }
 
-TEST_F(PostgresOpenTest, AMissingDatabaseIsTold) {
+TEST_F(PostgresOpenTest, AMissingDatabaseIsReported) {
   const std::u16string text =
       failureOf(targetFor("odbc:" + server.connection("nosuchdatabase"))).text;
   EXPECT_TRUE(text.starts_with(u"The database server has no such database (")) << toUtf8(text);
@@ -256,24 +256,24 @@ TEST_F(PostgresOpenTest, ADatabaseOfAnotherEncodingIsRefused) {
                 u"'UTF8'.");
 }
 
-TEST_F(PostgresOpenTest, AMissingServerIsTold) {
+TEST_F(PostgresOpenTest, AMissingServerIsReported) {
   const std::u16string text =
       failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=/no/such/folder;Database=x")).text;
   EXPECT_TRUE(text.starts_with(u"The database server cannot be reached (")) << toUtf8(text);
 }
 
-TEST_F(PostgresOpenTest, AServerThatIsFullIsTold) {
+TEST_F(PostgresOpenTest, AServerWithoutFreeConnectionsIsReported) {
   connectTo(target());
   server.run("postgres", "CREATE ROLE guest LOGIN CONNECTION LIMIT 0");
   const std::u16string text =
       failureOf(targetFor("odbc:Driver=PostgreSQL Unicode;Server=" + server.folder().string() +
                           ";Database=" + name + ";Uid=guest"))
           .text;
-  EXPECT_TRUE(text.starts_with(u"The database server takes no more connections at present ("))
+  EXPECT_TRUE(text.starts_with(u"The database server accepts no more connections at present ("))
       << toUtf8(text);
 }
 
-TEST_F(PostgresOpenTest, AUserWithoutRightsIsTold) {
+TEST_F(PostgresOpenTest, AUserWithoutRightsIsReported) {
   connectTo(target());
   server.run("postgres", "CREATE ROLE reader LOGIN");
   server.run(name, "GRANT SELECT ON ALL TABLES IN SCHEMA public TO reader");
@@ -290,7 +290,7 @@ TEST_F(PostgresOpenTest, AUserWithoutRightsIsTold) {
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
 }
 
-TEST_F(PostgresOpenTest, AServerThatOnlyReadsIsTold) {
+TEST_F(PostgresOpenTest, AServerThatOnlyReadsIsReported) {
   connectTo(target());
   server.run(name, "ALTER DATABASE " + name + " SET default_transaction_read_only = on");
   const CComPtr<ICompany> company = connectTo(target());

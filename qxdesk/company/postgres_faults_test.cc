@@ -1,4 +1,4 @@
-// What users are told when a PostgreSQL server refuses a statement.
+// The messages when a PostgreSQL server refuses a statement.
 
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
@@ -9,7 +9,7 @@ namespace {
 
 class PostgresFaultsTest : public CompanyTest {
  protected:
-  /// Makes every change of an item fail so.
+  /// Makes every change of an item fail with that state and message.
   void failWith(const std::string& state, const std::string& message) {
     test::OdbcProgram other(database.substr(std::string("odbc:").size()));
     other.run(
@@ -27,13 +27,14 @@ class PostgresFaultsTest : public CompanyTest {
   }
 };
 
-TEST_P(PostgresFaultsTest, ATextThatIsNoNumber) {
-  EXPECT_EQ(failureOf(u"SELECT CAST(ItemText AS int) FROM HVITEM WHERE ItemNo = 'A1000'"),
-            u"A text is not the number or the date that its place needs (invalid input syntax for "
-            u"type numeric: \"not a number: Hammer\"). Correct the value.");
+TEST_P(PostgresFaultsTest, ATextThatIsNotANumberIsReported) {
+  EXPECT_EQ(
+      failureOf(u"SELECT CAST(ItemText AS int) FROM HVITEM WHERE ItemNo = 'A1000'"),
+      u"A text is not the number or the date that is needed in its place (invalid input syntax "
+      u"for type numeric: \"not a number: Hammer\"). Correct the value.");
 }
 
-TEST_P(PostgresFaultsTest, AStatementThatIsStopped) {
+TEST_P(PostgresFaultsTest, AStatementThatTheServerStopsIsReported) {
   failWith("57014", "canceling statement due to statement timeout");
   EXPECT_EQ(failureOf(),
             u"The statement was stopped before its end, by its time limit or by an administrator "
@@ -41,24 +42,24 @@ TEST_P(PostgresFaultsTest, AStatementThatIsStopped) {
             u"for fewer rows at a time or have the limit raised.");
 }
 
-TEST_P(PostgresFaultsTest, ATransactionOfWhichTheServerTakesNoMore) {
+TEST_P(PostgresFaultsTest, AnAbortedTransactionIsReportedAndRolledBack) {
   failWith("25P02", "current transaction is aborted");
   company->StartTransaction();
   query(company, u"UPDATE HVCOMP SET Country = 'FR'");
   EXPECT_EQ(failureOf(),
-            u"An earlier statement of the transaction failed, and the database takes no more of it "
-            u"(current transaction is aborted). It was rolled back; nothing of it was kept. Start "
-            u"the transaction again from its beginning.");
+            u"An earlier statement of the transaction failed, and the database accepts no more of "
+            u"it (current transaction is aborted). The transaction was rolled back; nothing of it "
+            u"was kept. Start it again from its beginning.");
   EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
 }
 
-TEST_P(PostgresFaultsTest, AMessageOfSeveralLinesIsOne) {
+TEST_P(PostgresFaultsTest, AMessageOfSeveralLinesBecomesOneLine) {
   failWith("P0001", "one\\n  two\\r\\n\\nthree");
   EXPECT_EQ(failureOf(), u"one two three");
 }
 
-INSTANTIATE_TEST_SUITE_P(Postgres, PostgresFaultsTest, testing::Values(Medium::Postgres));
+INSTANTIATE_TEST_SUITE_P(Postgres, PostgresFaultsTest, testing::Values(Engine::Postgres));
 
 }  // namespace
 }  // namespace qx::desk

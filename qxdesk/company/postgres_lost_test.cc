@@ -1,5 +1,5 @@
-// The server goes away while a company is open: it is told as that, never as an end of rows, and
-// nothing half done is kept.
+// The server stops while a company is open: that is reported, never taken for the end of the rows,
+// and no half of a transaction is kept.
 
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/engines/open_database.h"
@@ -34,7 +34,7 @@ class PostgresLostTest : public testing::TestWithParam<PostgresServer::End> {
     EXPECT_EQ(lastError(company).code, kSqlFailure);
     EXPECT_TRUE(lastError(company).text.starts_with(kLost)) << toUtf8(lastError(company).text);
   }
-  /// Walks rows while the server goes away, and with `isBack` comes back.
+  /// Reads rows while the server stops, and with `isBack` starts again.
   void expectNoEndOfTheRows(const std::string& cursor, bool isBack);
 
   void TearDown() override { server.start(); }
@@ -65,7 +65,7 @@ void PostgresLostTest::expectNoEndOfTheRows(const std::string& cursor, bool isBa
   }
 }
 
-TEST_P(PostgresLostTest, IsToldInTheMiddleOfALoopOfQueries) {
+TEST_P(PostgresLostTest, IsReportedInTheMiddleOfALoopOfQueries) {
   int done = 0;
   HRESULT code = S_OK;
   for (; code == S_OK && done < 10; ++done) {
@@ -79,7 +79,7 @@ TEST_P(PostgresLostTest, IsToldInTheMiddleOfALoopOfQueries) {
   expectLost();
 }
 
-TEST_P(PostgresLostTest, IsToldByEveryCallAfterItUntilANewConnect) {
+TEST_P(PostgresLostTest, IsReportedByEveryCallUntilANewConnect) {
   server.stop(GetParam());
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
@@ -97,7 +97,7 @@ TEST_P(PostgresLostTest, IsToldByEveryCallAfterItUntilANewConnect) {
   EXPECT_EQ(addTable(company, u"QY"), 0);
 }
 
-TEST_P(PostgresLostTest, TakesTheOpenTransactionAlong) {
+TEST_P(PostgresLostTest, EndsTheOpenTransaction) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
@@ -115,7 +115,7 @@ TEST_P(PostgresLostTest, TakesTheOpenTransactionAlong) {
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
 }
 
-TEST_P(PostgresLostTest, ACommitThatMeetsItDoesNotClaimToHaveHappened) {
+TEST_P(PostgresLostTest, ACommitThatMeetsItDoesNotReportSuccess) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
@@ -141,7 +141,7 @@ TEST_P(PostgresLostTest, ARollbackThatMeetsItIsNoFailure) {
   EXPECT_EQ(codes(), u"0");
 }
 
-TEST_P(PostgresLostTest, ARollbackBehindItIsNoFailure) {
+TEST_P(PostgresLostTest, ARollbackAfterItIsNoFailure) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
@@ -153,8 +153,8 @@ TEST_P(PostgresLostTest, ARollbackBehindItIsNoFailure) {
   EXPECT_EQ(codes(), u"0");
 }
 
-// The old connection does not come back with the server.
-TEST_P(PostgresLostTest, IsToldWhenTheServerIsBackBeforeTheNextCall) {
+// The old connection stays lost when the server is back.
+TEST_P(PostgresLostTest, IsReportedEvenIfTheServerIsBackBeforeTheNextCall) {
   server.stop(GetParam());
   server.start();
   for (int i = 0; i < 2; ++i) {
@@ -165,7 +165,7 @@ TEST_P(PostgresLostTest, IsToldWhenTheServerIsBackBeforeTheNextCall) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@QX]"), u"0");
 }
 
-TEST_P(PostgresLostTest, ATransactionDoesNotGoOnWhenTheServerIsBackBeforeTheNextCall) {
+TEST_P(PostgresLostTest, ATransactionDoesNotGoOnIfTheServerIsBackBeforeTheNextCall) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
@@ -178,7 +178,7 @@ TEST_P(PostgresLostTest, ATransactionDoesNotGoOnWhenTheServerIsBackBeforeTheNext
   EXPECT_EQ(codes(), u"0");
 }
 
-TEST_P(PostgresLostTest, ACommitDoesNotClaimToHaveHappenedWhenTheServerIsBackBeforeIt) {
+TEST_P(PostgresLostTest, ACommitDoesNotReportSuccessIfTheServerIsBackBeforeIt) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
@@ -190,7 +190,7 @@ TEST_P(PostgresLostTest, ACommitDoesNotClaimToHaveHappenedWhenTheServerIsBackBef
   EXPECT_EQ(codes(), u"0");
 }
 
-TEST_P(PostgresLostTest, ARollbackIsNoFailureWhenTheServerIsBackBeforeIt) {
+TEST_P(PostgresLostTest, ARollbackIsNoFailureIfTheServerIsBackBeforeIt) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
@@ -203,8 +203,8 @@ INSTANTIATE_TEST_SUITE_P(Ends, PostgresLostTest,
                          testing::Values(PostgresServer::End::Fast, PostgresServer::End::Immediate,
                                          PostgresServer::End::Killed));
 
-// With a cursor the rows come from the server in portions.
-TEST_P(PostgresLostTest, IsNoEndOfTheRows) {
+// With a cursor the rows come from the server in portions, so the loss must be noticed.
+TEST_P(PostgresLostTest, IsNotTakenForTheEndOfTheRows) {
   for (const std::string cursor : {"0", "1"}) {
     for (const bool isBack : {false, true}) {
       SCOPED_TRACE(cursor + (isBack ? ", the server is back" : ""));
@@ -231,7 +231,7 @@ TEST_P(PostgresEndedTest, AConnectionThatAnAdministratorEndsIsLost) {
   EXPECT_EQ(rowsOf(another(), u"SELECT Country FROM HVCOMP"), u"DE");
 }
 
-TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
+TEST_P(PostgresEndedTest, ATransactionThatConflictsWithAnotherIsRolledBack) {
   const std::string connection = database.substr(std::string("odbc:").size());
   test::OdbcProgram other(connection);
   const auto strict = [](const std::string& path, const CompanyEnvironment& environment) {
@@ -248,7 +248,7 @@ TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(own).text,
-            u"The database has ended the transaction in favour of another program's (could not "
+            u"The database ended the transaction in favour of another program (could not "
             u"serialize access due to concurrent update); nothing of it was kept. Try again.");
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
   EXPECT_EQ(raisedBy([&] { own->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
@@ -259,7 +259,7 @@ TEST_P(PostgresEndedTest, ATransactionThatLosesAgainstAnotherIsRolledBack) {
   EXPECT_EQ(other.ask("SELECT country FROM hvcomp"), "IT");
 }
 
-INSTANTIATE_TEST_SUITE_P(Postgres, PostgresEndedTest, testing::Values(Medium::Postgres));
+INSTANTIATE_TEST_SUITE_P(Postgres, PostgresEndedTest, testing::Values(Engine::Postgres));
 
 }  // namespace
 }  // namespace qx::desk

@@ -1,4 +1,5 @@
-// A connection string may set the driver and the server as it likes: what they promise stays.
+// A connection string may set any option of the driver and the server; what the company relies on
+// is corrected.
 
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/engines/odbc_connection.h"
@@ -32,12 +33,12 @@ class PostgresOptionsTest : public testing::Test {
   }
 
   PostgresServer& server = PostgresServer::shared();
-  TestPlace place{Medium::Postgres};
+  TestPlace place{Engine::Postgres};
   std::string database = place.companyDatabase();
 };
 
-// A statement that fails is undone alone, whatever the driver was told to do then.
-TEST_F(PostgresOptionsTest, AFailureInATransactionNeverLeavesHalfOfIt) {
+// Whatever the connection string sets, a failed statement is undone alone.
+TEST_F(PostgresOptionsTest, AFailedStatementIsUndoneAlone) {
   addTable(connectTo(target("")), u"QX");
   for (const char* protocol : {"Protocol=7.4-0", "Protocol=7.4-1", "Protocol=7.4-2", "A1=7.4-0",
                                "a1=7.4-1", "AB=1;A1=7.4-1", "protocol=7.4-1;Protocol=7.4-0"}) {
@@ -63,7 +64,7 @@ TEST_F(PostgresOptionsTest, AFailureInATransactionNeverLeavesHalfOfIt) {
   }
 }
 
-TEST_F(PostgresOptionsTest, ATransactionThatTheServerGaveUpIsRolledBackAndToldAsThat) {
+TEST_F(PostgresOptionsTest, ATransactionThatTheServerAbortedIsRolledBackAndReported) {
   OdbcConnection connection(database.substr(5) + ";Protocol=7.4-0", 15);
   const auto faultOf = [&](const char* sql) -> std::optional<Fault> {
     try {
@@ -82,7 +83,7 @@ TEST_F(PostgresOptionsTest, ATransactionThatTheServerGaveUpIsRolledBackAndToldAs
   EXPECT_EQ(server.ask(name(), "SELECT country FROM hvcomp"), "DE");
 }
 
-TEST_F(PostgresOptionsTest, OptionsOfADataSourceHoldAsLittle) {
+TEST_F(PostgresOptionsTest, OptionsOfADataSourceAreCorrectedToo) {
   const test::TempFolder folder;
   std::ofstream(folder.file("odbc.ini"))
       << "[qx_shop]\nDriver=PostgreSQL Unicode\nServername=" << server.folder().string()
@@ -118,7 +119,7 @@ TEST_F(PostgresOptionsTest, ValuesKeepTheirTypes) {
   }
 }
 
-TEST_F(PostgresOptionsTest, AServerThatBearsAnotherNameIsKnown) {
+TEST_F(PostgresOptionsTest, AServerUnderAnotherNameIsRecognised) {
   const auto opened = openDatabase(target("AB=2").database, testEnvironment());
   EXPECT_EQ(opened->route(), Route::ToPostgres);
   EXPECT_EQ(rowsOf(connectTo(target("AB=2")), u"SELECT TOP 1 Currency FROM HVCURR ORDER BY 1"),
@@ -130,7 +131,7 @@ TEST_F(PostgresOptionsTest, RowsMayComeInPortions) {
   EXPECT_EQ(query(company, u"SELECT * FROM OFPR")->GetRecordCount(), 36);
 }
 
-TEST_F(PostgresOptionsTest, AConnectionThatOnlyReadsReadsAndRefusesToWrite) {
+TEST_F(PostgresOptionsTest, AReadOnlyConnectionReadsAndRefusesToWrite) {
   constexpr std::u16string_view kRefused =
       u"The company database can only be read; there is no permission to write to it.";
   for (const char* options : {"ReadOnly=1", "A0=1", "AB=1;ReadOnly=1"}) {
@@ -148,7 +149,7 @@ TEST_F(PostgresOptionsTest, AConnectionThatOnlyReadsReadsAndRefusesToWrite) {
   EXPECT_EQ(server.ask(name(), "SELECT country FROM hvcomp"), "DE");
 }
 
-TEST_F(PostgresOptionsTest, ACompanyIsNotMadeByAConnectionThatOnlyReads) {
+TEST_F(PostgresOptionsTest, AReadOnlyConnectionMakesNoCompany) {
   const CComPtr<ICompany> company =
       companyFor({"odbc:" + server.connection(server.createDatabase()) + ";ReadOnly=1", kMssql,
                   ln_English, u"manager", u"Demo"});
@@ -157,14 +158,14 @@ TEST_F(PostgresOptionsTest, ACompanyIsNotMadeByAConnectionThatOnlyReads) {
             u"The company database can only be read; there is no permission to write to it.");
 }
 
-TEST_F(PostgresOptionsTest, ATransactionThatTheConnectionStringBeginsHoldsNothingBack) {
+TEST_F(PostgresOptionsTest, ATransactionOfTheConnectionStringDoesNotHoldBackChanges) {
   query(connectTo(target("ConnSettings={BEGIN}")), u"UPDATE HVCOMP SET Country = 'FR'");
   EXPECT_EQ(server.ask(name(), "SELECT country FROM hvcomp"), "FR");
 }
 
-// The driver names what it prepares by the place of the statement in memory, and another one may
-// take that place.
-TEST_F(PostgresOptionsTest, NothingPreparedOutlivesItsStatement) {
+// The driver names what it prepares by the address of the statement, and a later one may get the
+// same address.
+TEST_F(PostgresOptionsTest, PreparedStatementsOfTheServerEndWithTheirStatement) {
   for (const char* options : {"", "ConnSettings={BEGIN}"}) {
     const auto opened = openDatabase(target(options).database, testEnvironment());
     const auto kept = [&] {
@@ -189,7 +190,7 @@ TEST_F(PostgresOptionsTest, NothingPreparedOutlivesItsStatement) {
   }
 }
 
-TEST_F(PostgresOptionsTest, SettingsOfTheConnectionStringThatChangeMeaningsDoNotHold) {
+TEST_F(PostgresOptionsTest, SettingsOfTheConnectionStringThatChangeMeaningsAreReset) {
   const std::string options =
       "ConnSettings={SET transform_null_equals = on; SET datestyle = 'German'; "
       "SET default_transaction_isolation = 'serializable'; SET search_path = public}";

@@ -1,4 +1,5 @@
-// Rows from a PostgreSQL server: as many, as long and as exact as they were written.
+// Rows from a PostgreSQL server: their number, the length of their texts, the precision of their
+// numbers, the types and names of their columns.
 
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/engines/open_database.h"
@@ -34,7 +35,7 @@ TEST_P(PostgresRowsTest, ALongTextIsReadInFull) {
               text + u"|1\nshort|2");
 }
 
-TEST_P(PostgresRowsTest, TextsAroundTheLengthOfTheirPlaceAreReadInFull) {
+TEST_P(PostgresRowsTest, TextsAroundTheSizeOfTheirBufferAreReadInFull) {
   for (const std::size_t length : {254U, 255U, 256U, 257U, 511U, 8189U, 8190U, 8191U, 40000U}) {
     const std::u16string text(length, u'\u00FC');
     query(company, u"DELETE FROM [@T]");
@@ -49,13 +50,15 @@ TEST_P(PostgresRowsTest, EveryColumnMayBeNull) {
       "NULL, NULL, NULL FROM generate_series(1, 250) g");
   const auto rows = query(company, u"SELECT * FROM [@T]");
   EXPECT_EQ(rows->GetRecordCount(), 250);
-  for (; rows->GetEoF() == VARIANT_FALSE; rows->MoveNext()) {
+  long seen = 0;
+  for (; rows->GetEoF() == VARIANT_FALSE; rows->MoveNext(), ++seen) {
     ASSERT_EQ(cellText(field(rows, u"Name")), u"");
     ASSERT_EQ(cellText(field(rows, u"U_Memo")), u"");
     ASSERT_EQ(field(rows, u"U_Amount").dblVal, 0.0);
     ASSERT_EQ(field(rows, u"U_Day").date, 0.0);
     ASSERT_EQ(field(rows, u"U_Count").lVal, 0);
   }
+  EXPECT_EQ(seen, 250);
 }
 
 TEST_P(PostgresRowsTest, ManyRowsComeInOrder) {
@@ -89,7 +92,7 @@ TEST_P(PostgresRowsTest, NumbersAreTheNearestDoubles) {
   }
 }
 
-TEST_P(PostgresRowsTest, ExpressionsHaveTheTypeThatTheyHaveOnAFile) {
+TEST_P(PostgresRowsTest, ExpressionsHaveTheSameTypesAsOnAFile) {
   query(company,
         u"INSERT INTO [@T] (Code, Name, U_Amount, U_Day, U_Count) VALUES "
         u"('1', 'n', 2.5, '20240131', 7)");
@@ -105,7 +108,7 @@ TEST_P(PostgresRowsTest, ExpressionsHaveTheTypeThatTheyHaveOnAFile) {
   EXPECT_EQ(field(rows, 5).dblVal, 2.5);
 }
 
-TEST_P(PostgresRowsTest, ColumnsBehindAStarAreCalledAsInTheDictionary) {
+TEST_P(PostgresRowsTest, ColumnsOfAStarAreNamedAsInTheDictionary) {
   addTable(company, u"S");
   addField(company, {u"S", u"MEMO", kAlphaField, 0, 5});
   query(company, u"INSERT INTO [@T] (Code, Name) VALUES ('1', 'n')");
@@ -128,7 +131,7 @@ TEST_P(PostgresRowsTest, ColumnsBehindAStarAreCalledAsInTheDictionary) {
   EXPECT_EQ(names(u"SELECT * FROM (SELECT u_memo, Code FROM [@T]) X"), u"u_memo Code ");
 }
 
-TEST_P(PostgresRowsTest, WordsThatTheServerTakesForDatesAreNone) {
+TEST_P(PostgresRowsTest, WordsThatTheServerReadsAsDatesAreRefused) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   for (const char16_t* word : {u"now", u"infinity", u"today", u"epoch"}) {
     EXPECT_EQ(raisedBy([&] {
@@ -168,7 +171,7 @@ TEST_P(PostgresRowsTest, ANumberOfManyDigitsIsReadInFull) {
   }
 }
 
-TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsNeitherKeptNorRead) {
+TEST_P(PostgresRowsTest, ANumberThatIsNotADoubleIsNeitherStoredNorRead) {
   for (const char* number : {"'NaN'", "'Infinity'", "'-Infinity'", "1e309", "-1e309"}) {
     EXPECT_THROW(another().run("INSERT INTO \"@t\" (code, u_amount) VALUES ('1', " +
                                std::string(number) + ")"),
@@ -184,9 +187,9 @@ TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsNeitherKeptNorRead) {
   EXPECT_EQ(field(query(company, u"SELECT 1 / U_Amount / 1e200 FROM [@T]"), 0).dblVal, 0.0);
 }
 
-TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsToldByItsFirstDigits) {
+TEST_P(PostgresRowsTest, ANumberThatIsNotADoubleIsReportedByItsFirstDigits) {
   const auto opened = openDatabase(database, testEnvironment());
-  const auto told = [&](const std::string& sql) -> std::string {
+  const auto refusalOf = [&](const std::string& sql) -> std::string {
     try {
       opened->prepareGuarded(sql)->step();
     } catch (const DatabaseError& error) {
@@ -195,12 +198,12 @@ TEST_P(PostgresRowsTest, ANumberThatIsNoDoubleIsToldByItsFirstDigits) {
     }
     return {};
   };
-  EXPECT_EQ(told("SELECT 1e400::numeric"),
+  EXPECT_EQ(refusalOf("SELECT 1e400::numeric"),
             "not a number of this machine: 1" + std::string(39, '0') + "\u2026");
-  EXPECT_EQ(told("SELECT 'NaN'::numeric"), "not a number of this machine: NaN");
+  EXPECT_EQ(refusalOf("SELECT 'NaN'::numeric"), "not a number of this machine: NaN");
 }
 
-INSTANTIATE_TEST_SUITE_P(Postgres, PostgresRowsTest, testing::Values(Medium::Postgres));
+INSTANTIATE_TEST_SUITE_P(Postgres, PostgresRowsTest, testing::Values(Engine::Postgres));
 
 }  // namespace
 }  // namespace qx::desk

@@ -23,7 +23,7 @@ std::string utf8Of(std::u16string_view statement) {
 Field::Field(Fields& fields, Recordset& recordset, std::size_t column)
     : HostPart(fields), recordset_(recordset), column_(column) {}
 
-// Another query may have fewer columns.
+// Another query on the same recordset may have fewer columns.
 bool Field::isThere() const { return column_ < recordset_.rows().columnCount(); }
 
 HRESULT Field::raw_GetName(BSTR* out) {
@@ -55,6 +55,7 @@ HRESULT Fields::raw_Item(const VARIANT& index, IField** out) {
     *out = nullptr;
     const std::size_t column = columnAt(index);
     if (column >= columnCount()) return noColumn(index);
+    // A field object for every column up to this one, so that its place is its column.
     while (fields_.size() <= column)
       fields_.push_back(std::make_unique<Field>(*this, recordset_, fields_.size()));
     return giveObject<IField>(fields_[column].get(), out);
@@ -62,8 +63,9 @@ HRESULT Fields::raw_Item(const VARIANT& index, IField** out) {
 }
 
 std::size_t Fields::columnAt(const VARIANT& index) const {
+  // The two usual kinds without a conversion, since loops over rows ask here for every cell.
   if (index.vt == VT_BSTR) return recordset_.rows().find(viewOfBstr(index.bstrVal));
-  if (index.vt == VT_I4) return static_cast<std::size_t>(index.lVal);  // huge for one below 0
+  if (index.vt == VT_I4) return static_cast<std::size_t>(index.lVal);  // below 0 becomes huge
   VARIANT number;
   if (VariantChangeType(&number, &index, 0, VT_I4) < 0) return columnCount();
   return static_cast<std::size_t>(number.lVal);
@@ -71,6 +73,7 @@ std::size_t Fields::columnAt(const VARIANT& index) const {
 
 HRESULT Fields::noColumn(const VARIANT& index) {
   CComVariant text;
+  // An object has no text; the message then names no column.
   if (text.ChangeType(VT_BSTR, &index) < 0) text = CComVariant(u"");
   return recordset_.session().attempt([&] {
     throw CompanyError(DISP_E_BADINDEX, Text::UnknownColumn,
@@ -90,6 +93,7 @@ HRESULT Recordset::raw_MovePrevious() {
   return hostCall([&] { position_ = std::max(position_ - 1, -1L); });
 }
 
+// An empty result is at both ends at once.
 HRESULT Recordset::raw_GetBoF(VARIANT_BOOL* out) {
   return hostCall([&] { return giveValue(variantBool(position_ < 0 || count() == 0), out); });
 }
@@ -101,6 +105,7 @@ HRESULT Recordset::raw_GetEoF(VARIANT_BOOL* out) {
 
 HRESULT Recordset::raw_DoQuery(BSTR sql) {
   return companyCall(*session_, [&] {
+    // Cleared first: after a failure no rows of the query before may be read.
     rows_ = {};
     position_ = 0;
     rows_ = session_->query(utf8Of(viewOfBstr(sql)));

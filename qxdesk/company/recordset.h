@@ -1,12 +1,13 @@
 #pragma once
 
-// The object 300: runs statements and keeps the rows of the last query. The cursor stands on a row,
-// before the first or behind the last. Where it stands on none, and in an empty result, fields read
-// as the empty value of their column, as a null does.
+// The object 300: runs statements and keeps the rows of the last query. The cursor is on a row,
+// before the first one or after the last one. If it is on no row, which includes an empty result,
+// fields read as the empty value of their column, as a null does.
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
+#include "qxdesk/company/host_part.h"
 #include "qxdesk/engines/row_store.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/recordset.h"
 
 #include <memory>
@@ -31,7 +32,8 @@ class Field final : public HostPart<IField> {
   std::size_t column_;
 };
 
-/// The columns of a recordset. A field that was given once stays, since it may still be held.
+/// The columns of a recordset. A field object, once made, is kept, since an add-on may still hold
+/// it.
 class Fields final : public HostPart<IFields> {
  public:
   explicit Fields(Recordset& recordset);
@@ -47,10 +49,10 @@ class Fields final : public HostPart<IFields> {
   std::vector<std::unique_ptr<Field>> fields_;
 };
 
-class Recordset final : public HostObject<IRecordset> {
+class Recordset final : public HostObjectBase<IRecordset> {
  public:
   explicit Recordset(SessionPtr session) : session_(std::move(session)) {}
-  /// With rows that are there already.
+  /// Makes a recordset that already has rows.
   Recordset(SessionPtr session, RowStore rows)
       : session_(std::move(session)), rows_(std::move(rows)) {}
 
@@ -66,7 +68,7 @@ class Recordset final : public HostObject<IRecordset> {
 
   CompanySession& session() { return *session_; }
   const RowStore& rows() const { return rows_; }
-  /// Of the current row, or the empty value.
+  /// Returns the value in the current row, or the empty value if there is none.
   CComVariant value(std::size_t column) const;
 
  private:
@@ -74,7 +76,7 @@ class Recordset final : public HostObject<IRecordset> {
 
   SessionPtr session_;
   RowStore rows_;
-  long position_ = 0;  // -1 before the first row, count() behind the last
+  long position_ = 0;  // -1 before the first row, count() after the last
   Fields fields_{*this};
 };
 

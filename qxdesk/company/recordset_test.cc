@@ -115,7 +115,7 @@ TEST_P(RecordsetTest, StartsOnTheFirstRow) {
   EXPECT_EQ(cellText(field(rows, 0)), u"A");
 }
 
-TEST_P(RecordsetTest, BehindTheLastRowIsTheEnd) {
+TEST_P(RecordsetTest, AfterTheLastRowIsTheEnd) {
   insert(u"A", u"1, NULL, NULL, NULL, NULL");
   const auto rows = query(company, u"SELECT Code FROM [@T]");
   EXPECT_EQ(rows->MoveNext(), S_OK);
@@ -232,7 +232,7 @@ TEST_P(RecordsetTest, ChangesAndDeletesRows) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T]"), u"");
 }
 
-TEST_P(RecordsetTest, ARefusedStatementTellsItsPlace) {
+TEST_P(RecordsetTest, ARefusedStatementIsReportedWithItsPosition) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE\n Code = = 1")); }),
             kSqlFailure);
@@ -241,7 +241,7 @@ TEST_P(RecordsetTest, ARefusedStatementTellsItsPlace) {
       << testing::PrintToString(lastError(company).text);
 }
 
-TEST_P(RecordsetTest, AColumnThatIsMissingIsToldWithItsPlace) {
+TEST_P(RecordsetTest, AMissingColumnIsReportedWithItsPosition) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   for (const std::u16string name : {u"U_None", u"ctid", u"rowid", u"T0"}) {
     EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT " + name + u" FROM [@T] T0")); }),
@@ -253,7 +253,7 @@ TEST_P(RecordsetTest, AColumnThatIsMissingIsToldWithItsPlace) {
   EXPECT_EQ(rowsOf(company, u"SELECT U_None FROM [@T]"), u"");
 }
 
-TEST_P(RecordsetTest, AFailingStatementTellsTheEnginesWords) {
+TEST_P(RecordsetTest, AFailedStatementIsReportedInTheEnginesWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@NONE]")); }), -2000);
   EXPECT_EQ(
@@ -285,13 +285,13 @@ TEST_P(RecordsetTest, RefusesASecondStatementAndAnEmptyOne) {
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT name FROM sqlite_master")); }), -2000);
 }
 
-TEST_P(RecordsetTest, TextsOfAnyCharacterComeBackAsTheyWere) {
+TEST_P(RecordsetTest, TextsOfAnyCharacterReadBackUnchanged) {
   const std::u16string text = u"Ärger \U0001F600 \\ % _ \u4E2D";
   insert(u"A", u"1, NULL, NULL, N'" + text + u"', NULL");
   EXPECT_EQ(rowsOf(company, u"SELECT U_Text FROM [@T]"), text);
 }
 
-TEST_P(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
+TEST_P(RecordsetTest, AValueThatItsColumnRefusesIsReportedByName) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(
@@ -314,7 +314,7 @@ TEST_P(RecordsetTest, AValueOutOfItsColumnIsRefusedByName) {
             u"the column U_Count takes a number, not 'many' (line 1, column 58)");
 }
 
-TEST_P(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPlace) {
+TEST_P(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPosition) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(
       raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] WHERE Code = '\xD83D'")); }),
@@ -354,7 +354,7 @@ TEST_P(RecordsetTest, KeepsManyRows) {
   EXPECT_EQ(seen, 1 << 14);
 }
 
-/// Statements of the four dialects over the same table.
+/// The statements of one of the four dialects over the same table.
 struct DialectCase {
   long serverType;
   std::u16string insert, select, limited, now;
@@ -362,11 +362,11 @@ struct DialectCase {
   std::u16string highest, field, rate, period;
 };
 
-class DialectTest : public testing::TestWithParam<std::tuple<DialectCase, Medium>> {
+class DialectTest : public testing::TestWithParam<std::tuple<DialectCase, Engine>> {
  protected:
   DialectTest()
       : dialect(std::get<DialectCase>(GetParam())),
-        place(std::get<Medium>(GetParam())),
+        place(std::get<Engine>(GetParam())),
         company(connectTo({place.database("c.db"), dialect.serverType, ln_English, u"", u"Demo"})) {
     EXPECT_EQ(addTable(company, u"QXT"), 0);
     EXPECT_EQ(addField(company, {u"QXT", u"Day", kDateField}), 0);
@@ -441,14 +441,14 @@ const auto kDialects = testing::Values(
                 u"(\"F_RefDate\"<='2024-01-31 00:00:00') AND '2024-01-31 00:00:00' "
                 u"<=(ADDDATE(\"T_RefDate\", 1))"});
 
-std::string dialectName(const testing::TestParamInfo<std::tuple<DialectCase, Medium>>& instance) {
+std::string dialectName(const testing::TestParamInfo<std::tuple<DialectCase, Engine>>& instance) {
   return "Type" + std::to_string(std::get<DialectCase>(instance.param).serverType);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sqlite, DialectTest,
-                         testing::Combine(kDialects, testing::Values(Medium::Sqlite)), dialectName);
+                         testing::Combine(kDialects, testing::Values(Engine::Sqlite)), dialectName);
 INSTANTIATE_TEST_SUITE_P(Postgres, DialectTest,
-                         testing::Combine(kDialects, testing::Values(Medium::Postgres)),
+                         testing::Combine(kDialects, testing::Values(Engine::Postgres)),
                          dialectName);
 
 TEST_P(RecordsetTest, SetRowCountLimitsEveryRecordsetOfItsCompany) {
@@ -462,7 +462,7 @@ TEST_P(RecordsetTest, SetRowCountLimitsEveryRecordsetOfItsCompany) {
   EXPECT_EQ(query(sybase, u"SELECT Code FROM [@T]")->GetRecordCount(), 3);
 }
 
-QX_TEST_ON_ALL_MEDIA(RecordsetTest);
+QX_TEST_ON_ALL_ENGINES(RecordsetTest);
 
 }  // namespace
 }  // namespace qx::desk

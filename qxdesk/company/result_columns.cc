@@ -1,6 +1,6 @@
 #include "qxdesk/company/result_columns.h"
 
-#include "qxdesk/dictionary/dictionary.h"
+#include "qxdesk/dictionary/dictionary_layouts.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 
@@ -8,22 +8,26 @@ namespace qx::desk {
 
 namespace {
 
-using Told = std::vector<sql::OutputColumn>;
+using Columns = std::vector<sql::OutputColumn>;
 
-// What the statement tells counts for more than what the engine does: a server tells numbers wider
-// than they are meant, a file tells of a UNION its first part only.
+// The type that the statement itself shows takes precedence over the engine's: a server reports
+// numbers in wider types than they are meant, and the embedded engine reports the type of the first
+// part of a UNION only.
 sql::ColumnType resultType(Database& database, const Statement& statement, int column,
-                           const sql::OutputColumn* told) {
-  const bool isTold = told != nullptr && told->type != sql::ColumnType::Unknown;
-  if (isTold) return told->type;
+                           const sql::OutputColumn* output) {
+  const bool isKnown = output != nullptr && output->type != sql::ColumnType::Unknown;
+  if (isKnown) return output->type;
   const sql::ColumnType declared = statement.declaredType(column);
-  const bool canProbe = told != nullptr && !told->probe.empty();
-  return declared == sql::ColumnType::Unknown && canProbe ? database.probe(told->probe) : declared;
+  const bool canProbe = output != nullptr && !output->probe.empty();
+  return declared == sql::ColumnType::Unknown && canProbe ? database.probe(output->probe)
+                                                          : declared;
 }
 
-// The columns of a table, when they stand in the result from `first` on.
-bool addTable(Database& database, const Statement& statement, const std::string& table, Told& all) {
-  const std::optional<TableLayout> layout = Dictionary(database, 0).storedLayout(table);
+// Appends the columns of a table if the result continues with exactly these; the dictionary may be
+// older than a column that another program added.
+bool addTable(Database& database, const Statement& statement, const std::string& table,
+              Columns& all) {
+  const std::optional<TableLayout> layout = DictionaryLayouts(database).storedLayout(table);
   if (!layout) return false;
   for (const ColumnLayout& column : layout->columns) {
     const int place = static_cast<int>(all.size());
@@ -35,9 +39,9 @@ bool addTable(Database& database, const Statement& statement, const std::string&
   return true;
 }
 
-// Every column of the result; nothing when a table is not the dictionary's.
-Told spelledOut(Database& database, const Statement& statement, const Told& outline) {
-  Told all;
+// Returns every column of the result, or none if a table is not in the dictionary.
+Columns spelledOut(Database& database, const Statement& statement, const Columns& outline) {
+  Columns all;
   for (const sql::OutputColumn& column : outline) {
     if (column.starTable.empty()) {
       all.push_back(column);
@@ -53,15 +57,17 @@ Told spelledOut(Database& database, const Statement& statement, const Told& outl
 std::vector<RowColumn> resultColumns(Database& database, const Statement& statement,
                                      const sql::Translation& translation) {
   const int count = statement.columnCount();
-  Told told = translation.columns;
-  // The embedded engine keeps names as they were written.
-  if (told.empty() && database.route() == Route::ToPostgres) {
-    told = spelledOut(database, statement, translation.outline);
+  Columns written = translation.columns;
+  // PostgreSQL returns folded names after a "*"; the embedded engine keeps them as they were
+  // written.
+  if (written.empty() && database.route() == Route::ToPostgres) {
+    written = spelledOut(database, statement, translation.outline);
   }
-  const bool known = told.size() == static_cast<std::size_t>(count);
+  // A list of names that does not fit the result is of no use; then the engine's own names count.
+  const bool known = written.size() == static_cast<std::size_t>(count);
   std::vector<RowColumn> columns;
   for (int i = 0; i < count; ++i) {
-    const sql::OutputColumn* output = known ? &told[static_cast<std::size_t>(i)] : nullptr;
+    const sql::OutputColumn* output = known ? &written[static_cast<std::size_t>(i)] : nullptr;
     columns.push_back({toUtf16(output != nullptr ? output->name : statement.columnName(i)),
                        resultType(database, statement, i, output)});
   }

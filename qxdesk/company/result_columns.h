@@ -1,7 +1,7 @@
 #pragma once
 
-// What the columns of an add-on's query are called and what they hold: as the statement wrote them,
-// as the dictionary spells them behind a *, and where neither knows them, as the engine tells.
+// The names and types of the columns of an add-on's query. A name is taken from the statement if it
+// is written there, for a "*" from the dictionary, and otherwise from the engine.
 
 #include "qxdesk/engines/row_store.h"
 
@@ -15,7 +15,7 @@ namespace qx::desk {
 
 class Database;
 
-/// For a statement that has made its first step. Raises DatabaseError.
+/// Returns the columns of a statement that has made its first step. Throws DatabaseError.
 std::vector<RowColumn> resultColumns(Database& database, const Statement& statement,
                                      const sql::Translation& translation);
 

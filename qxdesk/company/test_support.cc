@@ -1,79 +1,15 @@
 #include "qxdesk/company/test_support.h"
 
 #include "qxdesk/engines/open_database.h"
-#include "qxdesk/engines/row_store.h"
+#include "qxdesk/engines/stored_date.h"
 #include "qxframework/automation/text.h"
 #include "testing/postgres_server.h"
 
-#include <algorithm>
-
 namespace qx::desk {
-
-namespace {
-
-/// Passes everything on, but for the statement that the plan refuses.
-class FailingDatabase final : public Database {
- public:
-  FailingDatabase(std::unique_ptr<Database> real, FaultPlan* plan)
-      : real_(std::move(real)), plan_(plan) {}
-
-  Route route() const override { return real_->route(); }
-  const EngineTables& tables() const override { return real_->tables(); }
-  std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    count(sql);
-    return real_->prepare(sql);
-  }
-  std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
-    count(sql);
-    return real_->prepareGuarded(sql);
-  }
-  sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
-  const sql::Catalog& catalog() override { return real_->catalog(); }
-  void noticeChanges() override { real_->noticeChanges(); }
-  bool isReadOnly() const override { return real_->isReadOnly(); }
-  bool inTransaction() const override { return real_->inTransaction(); }
-  void begin() override {
-    count("BEGIN");
-    real_->begin();
-  }
-  void commit() override {
-    count("COMMIT");
-    real_->commit();
-  }
-  void rollback() override { real_->rollback(); }
-  std::optional<DatabaseError> lost() const override { return real_->lost(); }
-
- private:
-  void count(std::string_view sql) {
-    const bool hasWords =
-        std::any_of(plan_->refusedWords.begin(), plan_->refusedWords.end(),
-                    [&](const std::string& words) { return sql.find(words) != sql.npos; });
-    if (++plan_->prepared == plan_->refuse || hasWords)
-      throw DatabaseError(plan_->fault, "refused by the test");
-  }
-
-  std::unique_ptr<Database> real_;
-  FaultPlan* plan_;
-};
-
-}  // namespace
-
-CompanyEnvironment testEnvironment() {
-  CompanyEnvironment environment;
-  environment.now = [] { return std::string("2024-01-31 12:30:15"); };
-  environment.sleep = [](int) {};
-  environment.clock = [] { return std::chrono::steady_clock::time_point(); };
-  environment.fillRandom = [next = std::uint8_t{0}](std::span<std::uint8_t> bytes) mutable {
-    for (std::uint8_t& byte : bytes) byte = next++;
-  };
-  environment.busyTimeoutMs = 50;
-  return environment;
-}
 
 OpenDatabase failingOpen(FaultPlan* plan) {
   return [plan](const std::string& path, const CompanyEnvironment& environment) {
-    return std::unique_ptr<Database>(
-        std::make_unique<FailingDatabase>(openDatabase(path, environment), plan));
+    return failing(openDatabase(path, environment), plan);
   };
 }
 
@@ -186,7 +122,7 @@ void expectCountryIsLocked(const CComPtr<ICompany>& company, std::u16string_view
 }
 
 std::string TestPlace::database(const std::string& name) {
-  if (medium_ == Medium::Sqlite) return folder.file(name);
+  if (engine_ == Engine::Sqlite) return folder.file(name);
   std::string& connection = servers_[name];
   if (connection.empty()) {
     test::PostgresServer& server = test::PostgresServer::shared();
@@ -196,7 +132,7 @@ std::string TestPlace::database(const std::string& name) {
 }
 
 std::string TestPlace::companyDatabase() {
-  if (medium_ == Medium::Sqlite) return database("company.db");
+  if (engine_ == Engine::Sqlite) return database("company.db");
   test::PostgresServer& server = test::PostgresServer::shared();
   static const std::string model = [&server] {
     std::string name = server.createDatabase();

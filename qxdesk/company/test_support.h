@@ -1,11 +1,11 @@
 #pragma once
 
-// What the tests of this folder share: a company in a fresh temporary folder, a client that hands
-// it over, and a database that fails on demand.
+// Shared by the tests of this folder: a company in a fresh temporary folder or database, and a
+// client that hands it over.
 
 #include "qxdesk/company/company.h"
 #include "qxdesk/dictionary/field_type.h"
-#include "qxdesk/engines/environment.h"
+#include "qxdesk/engines/test_support.h"
 #include "qxdesk/session/login_context.h"
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/host/company.h"
@@ -27,41 +27,31 @@ namespace qx::desk {
 
 using test::raisedBy;
 
-/// What a company is kept in.
-enum class Medium { Sqlite, Postgres };
+/// The engine on which a test keeps its companies.
+enum class Engine { Sqlite, Postgres };
 
-/// Where the companies of one test are kept: files of a fresh folder, or fresh databases of the
+/// The place for the companies of one test: a fresh folder for files, or fresh databases of the
 /// test program's server.
 class TestPlace {
  public:
-  explicit TestPlace(Medium medium) : medium_(medium) {}
-  /// The same for the same name; missing or empty at first.
+  explicit TestPlace(Engine engine) : engine_(engine) {}
+  /// Returns the same database for the same name; it is missing or empty at first.
   std::string database(const std::string& name);
-  /// One with a new company in it, where that is quicker than making it.
+  /// Returns a database for a company; on a server it contains one already, since a copy is quicker
+  /// than a new one.
   std::string companyDatabase();
 
   test::TempFolder folder;
 
  private:
-  Medium medium_;
+  Engine engine_;
   std::map<std::string, std::string> servers_;
 };
 
-/// Clocks that stand, sleeps that only count, random bytes that count up.
-CompanyEnvironment testEnvironment();
-
-/// Counts the statements that are prepared and refuses one of them, and those with certain words.
-struct FaultPlan {
-  int prepared = 0;
-  int refuse = 0;  // number of the statement from 1; 0 refuses none
-  Fault fault = Fault::InputOutput;
-  std::vector<std::string> refusedWords = {};
-};
-
-/// Opens the real database behind one that follows `plan`, which must outlive it.
+/// Opens databases that fail by `plan`, which must outlive them.
 OpenDatabase failingOpen(FaultPlan* plan);
 
-/// The client's application object, as far as a company object asks it.
+/// The part of the client's application object that a company object uses.
 class FakeClient final : public NoDispatch<ComObject<IDispatch, IUiSession>> {
  public:
   explicit FakeClient(LoginTarget target) : target_(std::move(target)) {}
@@ -82,12 +72,12 @@ struct LastError {
 
 LastError lastError(const CComPtr<ICompany>& company);
 
-/// A company object that is connected by the cookie hand-shake; the test fails when it does not
-/// connect.
+/// Return a company object that is connected by the exchange of the cookie; the test fails if it
+/// does not connect.
 CComPtr<ICompany> connectTo(const LoginTarget& target,
                             const CompanyEnvironment& environment = testEnvironment());
 CComPtr<ICompany> connectThrough(const OpenDatabase& open, const LoginTarget& target);
-/// Only the hand-shake: Connect is left to the test.
+/// Return a company object after the exchange of the cookie; Connect is left to the test.
 CComPtr<ICompany> companyFor(const LoginTarget& target, const CompanyEnvironment& environment,
                              const OpenDatabase& open);
 CComPtr<ICompany> companyFor(const LoginTarget& target,
@@ -99,11 +89,11 @@ CComPtr<Interface> businessObject(const CComPtr<ICompany>& company, long type) {
 }
 
 CComPtr<IRecordset> query(const CComPtr<ICompany>& company, const std::u16string& sql);
-/// All rows as text: cells joined by "|", rows by "\n"; a date as "YYYY-MM-DD HH:MM:SS".
+/// Returns all rows as text: cells joined by "|", rows by "\n"; a date as "YYYY-MM-DD HH:MM:SS".
 std::u16string rowsOf(const CComPtr<ICompany>& company, const std::u16string& sql);
 std::u16string cellText(const VARIANT& value);
 
-/// 0 or the code of the failure.
+/// Return 0 or the code of the failure.
 long addTable(const CComPtr<ICompany>& company, const std::u16string& name);
 struct FieldSetup {
   std::u16string table;
@@ -118,20 +108,20 @@ long addField(const CComPtr<ICompany>& company, const FieldSetup& setup);
 long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
             const std::u16string& name, bool unique, const std::vector<std::u16string>& columns);
 
-/// The company's country, which another connection is writing, reads as `before` and is told to be
-/// locked when it is written.
+/// Expects that the company's country, which another connection is writing, reads as `before` and
+/// is reported as locked if it is written.
 void expectCountryIsLocked(const CComPtr<ICompany>& company, std::u16string_view before);
 
 /// Tests with one connected company in a fresh file or database.
-class CompanyTest : public testing::TestWithParam<Medium> {
+class CompanyTest : public testing::TestWithParam<Engine> {
  protected:
   CompanyTest();
   LoginTarget target(long serverType = 1) const;
   /// A second connection to the same company.
   CComPtr<ICompany> another(long serverType = 1) const { return connectTo(target(serverType)); }
-  /// What the medium of this test says.
+  /// Returns the words of the engine of this test.
   std::u16string words(std::u16string_view sqlite, std::u16string_view postgres) const {
-    return std::u16string(GetParam() == Medium::Sqlite ? sqlite : postgres);
+    return std::u16string(GetParam() == Engine::Sqlite ? sqlite : postgres);
   }
 
   TestPlace place;
@@ -139,9 +129,10 @@ class CompanyTest : public testing::TestWithParam<Medium> {
   CComPtr<ICompany> company;
 };
 
-/// One line in CTest for all tests on the server, one for each of the others.
-#define QX_TEST_ON_ALL_MEDIA(Suite)                                         \
-  INSTANTIATE_TEST_SUITE_P(Sqlite, Suite, testing::Values(Medium::Sqlite)); \
-  INSTANTIATE_TEST_SUITE_P(Postgres, Suite, testing::Values(Medium::Postgres))
+/// Runs a suite on both engines: one line in CTest for all tests on the server, one for each of the
+/// others.
+#define QX_TEST_ON_ALL_ENGINES(Suite)                                       \
+  INSTANTIATE_TEST_SUITE_P(Sqlite, Suite, testing::Values(Engine::Sqlite)); \
+  INSTANTIATE_TEST_SUITE_P(Postgres, Suite, testing::Values(Engine::Postgres))
 
 }  // namespace qx::desk

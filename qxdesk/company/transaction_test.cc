@@ -49,16 +49,16 @@ TEST_P(TransactionTest, AnySetFlagCommits) {
   EXPECT_EQ(codes(another()), u"1");
 }
 
-TEST_P(TransactionTest, OnlyOneIsOpenAtATime) {
+TEST_P(TransactionTest, ASecondStartIsRefused) {
   company->StartTransaction();
   EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kWrongTransactionState);
-  EXPECT_EQ(lastError(company).text, u"A transaction is open already.");
+  EXPECT_EQ(lastError(company).text, u"A transaction is already open.");
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
 }
 
 class FileTransactionTest : public TransactionTest {};
 
-TEST_P(FileTransactionTest, ACommitIntoAFileThatHasGoneFails) {
+TEST_P(FileTransactionTest, ACommitIntoADeletedFileFails) {
   company->StartTransaction();
   insert(company, u"1");
   std::filesystem::remove(database);
@@ -67,7 +67,7 @@ TEST_P(FileTransactionTest, ACommitIntoAFileThatHasGoneFails) {
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
-TEST_P(TransactionTest, EndingNoneFails) {
+TEST_P(TransactionTest, EndingWithoutATransactionFails) {
   EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"No transaction is open.");
 }
@@ -86,7 +86,7 @@ TEST_P(TransactionTest, AFailedStatementLeavesItOpen) {
   EXPECT_EQ(codes(company), u"1\n2");
 }
 
-TEST_P(TransactionTest, AChangeOfTablesThatFailsWithinItLeavesTheRest) {
+TEST_P(TransactionTest, AFailedChangeOfTablesLeavesTheRestOfTheTransaction) {
   company->StartTransaction();
   insert(company, u"1");
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
@@ -102,8 +102,8 @@ TEST_P(TransactionTest, AChangeOfTablesThatFailsWithinItLeavesTheRest) {
   EXPECT_EQ(rowsOf(another(), u"SELECT AliasID FROM CUFD"), u"A");
 }
 
-// Half of a change must not be committed with the rest.
-TEST_P(TransactionTest, AChangeOfTablesThatCannotBeTakenBackTakesTheWholeTransactionAlong) {
+// Half of a change must not be committed with the rest of the transaction.
+TEST_P(TransactionTest, AChangeOfTablesThatCannotBeUndoneRollsBackTheWholeTransaction) {
   for (const char* first : {"INSERT INTO [HVUFVAL]", "RELEASE SAVEPOINT"}) {
     FaultPlan plan;
     const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), target());
@@ -123,7 +123,7 @@ TEST_P(TransactionTest, AChangeOfTablesThatCannotBeTakenBackTakesTheWholeTransac
     plan.refusedWords.clear();
     EXPECT_EQ(addTable(failing, u"QY"), kSqlFailure);
     EXPECT_EQ(lastError(failing).text,
-              u"The database has rolled the transaction back after a failure; nothing of it was "
+              u"The database has rolled back the transaction after a failure; nothing of it was "
               u"kept.");
     EXPECT_EQ(raisedBy([&] { failing->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
     EXPECT_EQ(codes(failing), u"");
@@ -154,7 +154,7 @@ TEST_P(TransactionTest, TheDeathOfTheProcessRollsBack) {
   ASSERT_EQ(read(ready[0], &mark, 1), 1);
   EXPECT_EQ(codes(company), u"");
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  // What it has written is locked, and with a file that is all of it.
+  // Its rows are locked on a server; on a file everything is locked.
   EXPECT_EQ(raisedBy([&] {
               rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')"));
             }),
@@ -168,7 +168,7 @@ TEST_P(TransactionTest, TheDeathOfTheProcessRollsBack) {
   EXPECT_EQ(codes(company), u"1");
 }
 
-/// An engine that rolls back by itself, as one does whose disk is full.
+/// An engine that rolls back by itself, as an engine does when its disk is full.
 class LosingDatabase final : public Database {
  public:
   Route route() const override { return Route::ToSqlite; }
@@ -199,7 +199,7 @@ class LosingDatabase final : public Database {
       return sql::ColumnType::Unknown;
     }
   };
-  /// The answer to all questions is yes.
+  /// Answers 1 to every question, so that the company seems to exist.
   struct CompanyThere final : Statement {
     void bind(int, std::int64_t) override {}
     void bind(int, double) override {}
@@ -238,21 +238,21 @@ TEST_F(LostTransactionTest, RefusesFurtherStatementsUntilItIsEnded) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"DELETE FROM HVCOMP")); }), kSqlFailure);
   EXPECT_EQ(lastError(company).text,
-            u"The database has rolled the transaction back after a failure; nothing of it was "
+            u"The database has rolled back the transaction after a failure; nothing of it was "
             u"kept.");
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
   EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
-TEST_F(LostTransactionTest, CanBeRolledBackWithoutComplaint) {
+TEST_F(LostTransactionTest, CanBeRolledBackWithoutFailure) {
   company->StartTransaction();
   database->open = false;
   EXPECT_EQ(company->EndTransaction(VARIANT_FALSE), S_OK);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
-TEST_F(LostTransactionTest, AFailedCommitLeavesNoneOpen) {
+TEST_F(LostTransactionTest, AFailedCommitLeavesNoTransactionOpen) {
   company->StartTransaction();
   database->failCommit = true;
   EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
@@ -262,8 +262,36 @@ TEST_F(LostTransactionTest, AFailedCommitLeavesNoneOpen) {
   EXPECT_EQ(company->StartTransaction(), S_OK);
 }
 
-QX_TEST_ON_ALL_MEDIA(TransactionTest);
-INSTANTIATE_TEST_SUITE_P(Sqlite, FileTransactionTest, testing::Values(Medium::Sqlite));
+// The engine cannot undo alone a change that it has begun.
+TEST_P(FileTransactionTest, AChangeThatExceedsItsTimeEndsTheTransaction) {
+  using namespace std::chrono_literals;
+  std::chrono::steady_clock::time_point now;
+  std::chrono::seconds pace = 0s;
+  CompanyEnvironment environment = testEnvironment();
+  environment.clock = [&] { return now += pace; };
+  environment.statementTimeoutSeconds = 600;
+  const CComPtr<ICompany> limited = connectTo(target(), environment);
+  limited->StartTransaction();
+  insert(limited, u"1");
+  pace = 100s;
+  const auto rows = businessObject<IRecordset>(limited, kRecordset);
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(
+                  u"UPDATE HVITEM SET InStock = (SELECT COUNT(*) FROM OFPR A, OFPR B, OFPR C, OFPR "
+                  u"D, OFPR E, OFPR F)"));
+            }),
+            kSqlFailure);
+  EXPECT_EQ(lastError(limited).text,
+            u"The statement was stopped before its end, by its time limit or by an administrator "
+            u"(it ran for 600 seconds). Try again; if it happens again, ask for fewer rows at a "
+            u"time or have the limit raised.");
+  pace = 0s;
+  EXPECT_EQ(raisedBy([&] { limited->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(codes(limited), u"");
+}
+
+QX_TEST_ON_ALL_ENGINES(TransactionTest);
+INSTANTIATE_TEST_SUITE_P(Sqlite, FileTransactionTest, testing::Values(Engine::Sqlite));
 
 }  // namespace
 }  // namespace qx::desk

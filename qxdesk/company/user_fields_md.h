@@ -1,14 +1,14 @@
 #pragma once
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
-#include "qxdesk/dictionary/dictionary.h"
+#include "qxdesk/dictionary/dictionary_fields.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/metadata.h"
 
 namespace qx::desk {
 
-/// The object 152. After a successful Add it is as new.
-class UserFieldsMD final : public HostObject<IUserFieldsMD> {
+/// The object 152, user fields. After a successful Add it is as new.
+class UserFieldsMD final : public HostObjectBase<IUserFieldsMD> {
  public:
   explicit UserFieldsMD(SessionPtr session) : session_(std::move(session)) {}
 
@@ -39,7 +39,7 @@ class UserFieldsMD final : public HostObject<IUserFieldsMD> {
   std::vector<ValidValue>& validValues() { return field_.validValues; }
 
  private:
-  Dictionary dictionary() { return {session_->database(), session_->serverType()}; }
+  DictionaryFields dictionary() { return DictionaryFields(session_->database()); }
 
   SessionPtr session_;
   UserField field_;

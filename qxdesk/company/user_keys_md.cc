@@ -6,16 +6,16 @@ namespace qx::desk {
 
 namespace {
 
-/// The columns of the key object that it was taken from.
-class Elements final : public HostObject<IUserKeysMD_Elements> {
+/// The columns of a key object.
+class Elements final : public HostObjectBase<IUserKeysMD_Elements> {
  public:
   explicit Elements(CComPtr<UserKeysMD> key) : key_(std::move(key)) {}
 
   HRESULT raw_Count(long* out) override {
-    return hostCall([&] { return giveValue(static_cast<long>(key_->columns().size()), out); });
+    return give(out, [&] { return key_->columns().size(); });
   }
   HRESULT raw_PutColumnAlias(BSTR alias) override {
-    return hostCall([&] { next_ = toUtf8(viewOfBstr(alias)); });
+    return run([&] { next_ = toUtf8(viewOfBstr(alias)); });
   }
   HRESULT raw_Add() override {
     return companyCall(key_->session(), [&] {
@@ -35,7 +35,7 @@ HRESULT UserKeysMD::raw_GetByKey(BSTR table, long index, VARIANT_BOOL* out) {
   if (out == nullptr) return E_POINTER;
   *out = VARIANT_FALSE;
   return companyCall(*session_, [&] {
-    std::optional<UserKey> found = dictionary().findKey(toUtf8(viewOfBstr(table)), index);
+    std::optional<UserKey> found = dictionary().find(toUtf8(viewOfBstr(table)), index);
     loaded_ = found.has_value();
     if (loaded_) key_ = *std::move(found);
     *out = variantBool(loaded_);
@@ -43,32 +43,28 @@ HRESULT UserKeysMD::raw_GetByKey(BSTR table, long index, VARIANT_BOOL* out) {
 }
 
 HRESULT UserKeysMD::raw_GetKeyName(BSTR* out) {
-  return hostCall([&] { return giveText(toUtf16(key_.name), out); });
+  return giveString(out, [&] { return toUtf16(key_.name); });
 }
 
 HRESULT UserKeysMD::raw_PutKeyName(BSTR name) {
-  return hostCall([&] { key_.name = toUtf8(viewOfBstr(name)); });
+  return run([&] { key_.name = toUtf8(viewOfBstr(name)); });
 }
 
 HRESULT UserKeysMD::raw_PutTableName(BSTR name) {
-  return hostCall([&] { key_.table = toUtf8(viewOfBstr(name)); });
+  return run([&] { key_.table = toUtf8(viewOfBstr(name)); });
 }
 
 HRESULT UserKeysMD::raw_PutUnique(long unique) {
-  return hostCall([&] { key_.unique = unique != 0; });
+  return run([&] { key_.unique = unique != 0; });
 }
 
 HRESULT UserKeysMD::raw_GetElements(IUserKeysMD_Elements** out) {
-  return hostCall([&]() -> HRESULT {
-    if (out == nullptr) return E_POINTER;
-    *out = makeObject<Elements>(CComPtr<UserKeysMD>(this)).Detach();
-    return S_OK;
-  });
+  return giveNew(out, [&] { return makeObject<Elements>(CComPtr<UserKeysMD>(this)); });
 }
 
 HRESULT UserKeysMD::raw_Add(long* out) {
   return companyCallWithCode(*session_, out, [&] {
-    dictionary().addKey(key_);
+    dictionary().add(key_);
     key_ = {};
     loaded_ = false;
   });
@@ -77,7 +73,7 @@ HRESULT UserKeysMD::raw_Add(long* out) {
 HRESULT UserKeysMD::raw_Remove(long* out) {
   return companyCallWithCode(*session_, out, [&] {
     if (!loaded_) throw CompanyError(kNotFound, Text::NothingLoaded);
-    dictionary().removeKey(key_.table, key_.name);
+    dictionary().remove(key_.table, key_.name);
     key_ = {};
     loaded_ = false;
   });

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
-#include "qxdesk/dictionary/dictionary.h"
+#include "qxdesk/dictionary/dictionary_keys.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/metadata.h"
 
 namespace qx::desk {
 
-/// The object 193. After a successful Add or Remove it is as new.
-class UserKeysMD final : public HostObject<IUserKeysMD> {
+/// The object 193, keys. After a successful Add or Remove it is as new.
+class UserKeysMD final : public HostObjectBase<IUserKeysMD> {
  public:
   explicit UserKeysMD(SessionPtr session) : session_(std::move(session)) {}
 
@@ -25,7 +25,7 @@ class UserKeysMD final : public HostObject<IUserKeysMD> {
   std::vector<std::string>& columns() { return key_.columns; }
 
  private:
-  Dictionary dictionary() { return {session_->database(), session_->serverType()}; }
+  DictionaryKeys dictionary() { return DictionaryKeys(session_->database()); }
 
   SessionPtr session_;
   UserKey key_;

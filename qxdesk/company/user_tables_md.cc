@@ -8,7 +8,7 @@ HRESULT UserTablesMD::raw_GetByKey(BSTR name, VARIANT_BOOL* out) {
   if (out == nullptr) return E_POINTER;
   *out = VARIANT_FALSE;
   return companyCall(*session_, [&] {
-    std::optional<UserTable> found = dictionary().findTable(toUtf8(viewOfBstr(name)));
+    std::optional<UserTable> found = dictionary().find(toUtf8(viewOfBstr(name)));
     loaded_ = found.has_value();
     if (loaded_) table_ = *std::move(found);
     *out = variantBool(loaded_);
@@ -16,32 +16,32 @@ HRESULT UserTablesMD::raw_GetByKey(BSTR name, VARIANT_BOOL* out) {
 }
 
 HRESULT UserTablesMD::raw_GetTableName(BSTR* out) {
-  return hostCall([&] { return giveText(toUtf16(table_.name), out); });
+  return giveString(out, [&] { return toUtf16(table_.name); });
 }
 
 HRESULT UserTablesMD::raw_PutTableName(BSTR name) {
-  return hostCall([&] { table_.name = toUtf8(viewOfBstr(name)); });
+  return run([&] { table_.name = toUtf8(viewOfBstr(name)); });
 }
 
 HRESULT UserTablesMD::raw_GetTableDescription(BSTR* out) {
-  return hostCall([&] { return giveText(toUtf16(table_.description), out); });
+  return giveString(out, [&] { return toUtf16(table_.description); });
 }
 
 HRESULT UserTablesMD::raw_PutTableDescription(BSTR text) {
-  return hostCall([&] { table_.description = toUtf8(viewOfBstr(text)); });
+  return run([&] { table_.description = toUtf8(viewOfBstr(text)); });
 }
 
 HRESULT UserTablesMD::raw_GetTableType(long* out) {
-  return hostCall([&] { return giveValue(table_.type, out); });
+  return give(out, [&] { return table_.type; });
 }
 
 HRESULT UserTablesMD::raw_PutTableType(long type) {
-  return hostCall([&] { table_.type = type; });
+  return run([&] { table_.type = type; });
 }
 
 HRESULT UserTablesMD::raw_Add(long* out) {
   return companyCallWithCode(*session_, out, [&] {
-    dictionary().addTable(table_);
+    dictionary().add(table_);
     table_ = {};
     loaded_ = false;
   });
@@ -50,7 +50,7 @@ HRESULT UserTablesMD::raw_Add(long* out) {
 HRESULT UserTablesMD::raw_Remove(long* out) {
   return companyCallWithCode(*session_, out, [&] {
     if (!loaded_) throw CompanyError(kNotFound, Text::NothingLoaded);
-    dictionary().removeTable(table_.name);
+    dictionary().remove(table_.name);
     table_ = {};
     loaded_ = false;
   });

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "qxdesk/company/company_session.h"
-#include "qxdesk/company/object_base.h"
-#include "qxdesk/dictionary/dictionary.h"
+#include "qxdesk/dictionary/dictionary_tables.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/metadata.h"
 
 namespace qx::desk {
 
-/// The object 153. After a successful Add or Remove it is as new.
-class UserTablesMD final : public HostObject<IUserTablesMD> {
+/// The object 153, user tables. After a successful Add or Remove it is as new.
+class UserTablesMD final : public HostObjectBase<IUserTablesMD> {
  public:
   explicit UserTablesMD(SessionPtr session) : session_(std::move(session)) {}
 
@@ -23,7 +23,9 @@ class UserTablesMD final : public HostObject<IUserTablesMD> {
   HRESULT raw_Remove(long* out) override;
 
  private:
-  Dictionary dictionary() { return {session_->database(), session_->serverType()}; }
+  DictionaryTables dictionary() {
+    return DictionaryTables(session_->database(), session_->serverType());
+  }
 
   SessionPtr session_;
   UserTable table_;

@@ -1,5 +1,5 @@
-// Values at the ends of what a company keeps: the same ends in a file and on a server, and the same
-// words for what lies beyond them.
+// Values at the limits of what a company keeps: the same limits in a file and on a server, and the
+// same messages beyond them.
 
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
@@ -18,7 +18,7 @@ class ValueRangeTest : public CompanyTest {
     EXPECT_EQ(addField(company, {u"T", u"Count", kNumericField}), 0);
     query(company, u"INSERT INTO [@T] (Code, Name, U_Day) VALUES ('1', 'n', '99991231')");
   }
-  /// What the company says of a statement that it refuses.
+  /// Returns the message of a statement that must be refused.
   std::u16string refusalOf(const std::u16string& sql) const {
     const auto rows = businessObject<IRecordset>(company, kRecordset);
     EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
@@ -26,7 +26,7 @@ class ValueRangeTest : public CompanyTest {
   }
 };
 
-TEST_P(ValueRangeTest, ADateBeyondTheYear9999IsToldAndTheRowStays) {
+TEST_P(ValueRangeTest, ADateBeyondTheYear9999IsReportedAndTheRowStays) {
   EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Day = DATEADD(day, 1, U_Day)"),
             words(u"A value is not a date (9999-12-31 00:00:00 moved by 1 x 86400 seconds is not "
                   u"within the years 1 to 9999).",
@@ -34,15 +34,15 @@ TEST_P(ValueRangeTest, ADateBeyondTheYear9999IsToldAndTheRowStays) {
   EXPECT_EQ(rowsOf(company, u"SELECT U_Day FROM [@T]"), u"9999-12-31 00:00:00");
 }
 
-TEST_P(ValueRangeTest, ACountOfDaysOfAnySizeIsTold) {
+TEST_P(ValueRangeTest, AHugeCountOfDaysIsReported) {
   EXPECT_EQ(refusalOf(u"SELECT U_Day - 4611686018427387904 FROM [@T]"),
             words(u"A value is not a date (9999-12-31 00:00:00 moved by -4611686018427387904 x "
                   u"86400 seconds is not within the years 1 to 9999).",
                   u"A value is not a date (interval out of range)."));
 }
 
-// As the statement spells it.
-TEST_P(ValueRangeTest, ADecimalIsKeptWhateverItsSizeAndItsPlaces) {
+// The number reads back as the statement spells it.
+TEST_P(ValueRangeTest, ADecimalOfAnySizeAndPrecisionIsKept) {
   for (const std::string number :
        {"0.1234567", "0.0000001", "123456789012345.123", "999999999999999999999",
         "1.23456789012345E+300", "-9.87654321098765E-300", "1.7976931348623157E+308",
@@ -59,7 +59,7 @@ TEST_P(ValueRangeTest, ADecimalIsKeptWhateverItsSizeAndItsPlaces) {
   }
 }
 
-TEST_P(ValueRangeTest, ANumberBeyondTheLargestDoubleIsRefusedWithItsPlace) {
+TEST_P(ValueRangeTest, ANumberBeyondTheLargestDoubleIsRefusedWithItsPosition) {
   EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Amount = 1e309"),
             u"the number is out of range: 1e309 (line 1, column 28)");
   EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Amount = -1.79769313486232E+308"),
@@ -82,35 +82,35 @@ TEST_P(ValueRangeTest, ATextOfADecimalHasFifteenDigitsAtMost) {
             u"-0." + std::u16string(69, u'0') + u"25");
 }
 
-TEST_P(ValueRangeTest, AWholeNumberOfMoreThan64BitsIsTold) {
+TEST_P(ValueRangeTest, AWholeNumberOfMoreThan64BitsIsReported) {
   query(company, u"UPDATE [@T] SET U_Count = 2000000000");
-  const std::u16string told = words(
+  const std::u16string expected = words(
       u"A number is out of range (out of range: a whole number of more than 64 "
       u"bits).",
       u"A number is out of range (bigint out of range).");
-  EXPECT_EQ(refusalOf(u"SELECT U_Count * U_Count * 4 FROM [@T]"), told);
-  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = U_Count * U_Count * 4"), told);
-  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = 1e19"), told);
+  EXPECT_EQ(refusalOf(u"SELECT U_Count * U_Count * 4 FROM [@T]"), expected);
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = U_Count * U_Count * 4"), expected);
+  EXPECT_EQ(refusalOf(u"UPDATE [@T] SET U_Count = 1e19"), expected);
   EXPECT_EQ(
       rowsOf(company, u"SELECT U_Count, U_Count * 4, SUM(U_Count) FROM [@T] GROUP BY U_Count"),
       u"2000000000|8000000000|2000000000");
 }
 
-TEST_P(ValueRangeTest, ANumberThatBecomesInfiniteIsTold) {
+TEST_P(ValueRangeTest, ANumberThatBecomesInfiniteIsReported) {
   query(company, u"UPDATE [@T] SET U_Amount = 1e300");
-  const auto told = [&](const std::u16string& sign) {
+  const auto refusalFor = [&](const std::u16string& sign) {
     const std::u16string digits = sign + u"1" + std::u16string(39 - sign.size(), u'0');
     return u"A number is out of range (" +
            words(u"not a finite number", u"not a number of this machine: " + digits + u"\u2026") +
            u").";
   };
-  EXPECT_EQ(refusalOf(u"SELECT U_Amount * U_Amount FROM [@T]"), told(u""));
-  EXPECT_EQ(refusalOf(u"SELECT -U_Amount * U_Amount AS x FROM [@T]"), told(u"-"));
-  EXPECT_EQ(refusalOf(u"SELECT 1e300 * 1e300"), told(u""));
+  EXPECT_EQ(refusalOf(u"SELECT U_Amount * U_Amount FROM [@T]"), refusalFor(u""));
+  EXPECT_EQ(refusalOf(u"SELECT -U_Amount * U_Amount AS x FROM [@T]"), refusalFor(u"-"));
+  EXPECT_EQ(refusalOf(u"SELECT 1e300 * 1e300"), refusalFor(u""));
 }
 
-// Whatever part a row comes from, and wherever the parts stand.
-TEST_P(ValueRangeTest, AColumnOfAUnionHasTheTypeOfAllItsParts) {
+// The type does not depend on the part that a row comes from, nor on the order of the parts.
+TEST_P(ValueRangeTest, AColumnOfAUnionHasTheCommonTypeOfItsParts) {
   query(company, u"UPDATE [@T] SET U_Amount = 1.5, U_Count = 7");
   for (const char16_t* sql :
        {u"SELECT U_Count FROM [@T] UNION SELECT U_Amount FROM [@T] ORDER BY 1",
@@ -128,7 +128,7 @@ TEST_P(ValueRangeTest, AColumnOfAUnionHasTheTypeOfAllItsParts) {
   }
 }
 
-QX_TEST_ON_ALL_MEDIA(ValueRangeTest);
+QX_TEST_ON_ALL_ENGINES(ValueRangeTest);
 
 }  // namespace
 }  // namespace qx::desk

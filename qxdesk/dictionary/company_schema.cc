@@ -1,9 +1,10 @@
 #include "qxdesk/dictionary/company_schema.h"
 
+#include "qxdesk/dictionary/system_tables.h"
+#include "qxdesk/engines/atomic_change.h"
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/engines/engine_tables.h"
-#include "qxdesk/engines/row_store.h"
-#include "qxdesk/engines/table_layout.h"
+#include "qxdesk/engines/stored_date.h"
 #include "qxdesk/session/database_name.h"
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
@@ -15,7 +16,7 @@ namespace qx::desk {
 
 namespace {
 
-// A company that someone makes for trying things out has something in its look-up tables.
+// A new company is for trying things out, so its look-up tables are not empty.
 constexpr std::string_view kSampleRows[] = {
     "INSERT INTO [HVCURR] ([Currency], [CurrencyName], [Decimals]) VALUES ('EUR', 'Euro', -1)",
     "INSERT INTO [HVCURR] ([Currency], [CurrencyName], [Decimals]) VALUES ('USD', 'US Dollar', -1)",
@@ -38,6 +39,7 @@ struct TaxRate {
   std::int64_t percent;
 };
 
+// A2 changed once, so that a look-up by date has something to choose from.
 constexpr TaxRate kTaxRates[] = {{"A0", "2000-01-01 00:00:00", 0},
                                  {"A1", "2000-01-01 00:00:00", 7},
                                  {"A2", "2000-01-01 00:00:00", 16},
@@ -52,10 +54,11 @@ std::string insertInto(const char* table, const std::vector<std::string>& column
          ")";
 }
 
-// As many characters as the column takes.
+// Cuts the name to the length of its column, counted in UTF-16 units and never between the two
+// units of one character.
 std::string companyName(const LoginTarget& target) {
   std::u16string name = target.companyName.substr(0, kCompanyNameSize);
-  if (!name.empty() && (name.back() & 0xFC00) == 0xD800) name.pop_back();  // half a character
+  if (!name.empty() && (name.back() & 0xFC00) == 0xD800) name.pop_back();
   return toUtf8(name);
 }
 
@@ -69,6 +72,7 @@ void addSettings(Database& database, const LoginTarget& target) {
   row->step();
 }
 
+// From the environment's clock, so that a test decides which periods and rates a company gets.
 int currentYear(const CompanyEnvironment& environment) {
   const std::string now = environment.now();
   int year = 0;
@@ -91,7 +95,7 @@ std::string storedDay(int year, int month, int day) {
   return storedOfDate(dateFromCivil({year, month, day}).value()).value();
 }
 
-// Monthly periods of the year before this one, this one and the next.
+// Adds the monthly periods of last year, this year and next year.
 void addPeriods(Database& database, int thisYear) {
   constexpr int kMonths = 36;
   const auto row = database.prepare(insertInto(
@@ -114,7 +118,7 @@ void addPeriods(Database& database, int thisYear) {
   }
 }
 
-// A rate is looked up by its day, so every day of this year and the next has the same ones.
+// Adds rates for every day of this year and the next: a rate is looked up by its day.
 void addRates(Database& database, int year) {
   const auto row = database.prepare(insertInto("HVRATE", {"RateDate", "Currency", "Rate"}));
   const DATE end = *dateFromCivil({year + 2, 1, 1});
@@ -125,6 +129,7 @@ void addRates(Database& database, int year) {
     row->step();
     row->reset();
   }
+  // One statement for each further currency instead of 731: a server is slow row by row.
   for (const std::string_view other : {"'GBP', 1.17", "'HUF', 0.0025"}) {
     database.execute("INSERT INTO [HVRATE] ([RateDate], [Currency], [Rate]) SELECT [RateDate], " +
                      std::string(other) + " FROM [HVRATE] WHERE [Currency] = 'USD'");
@@ -133,6 +138,7 @@ void addRates(Database& database, int year) {
 
 void createTables(Database& database) {
   const EngineTables& tables = database.tables();
+  // The primary key of CUFD is the number of the field; names must differ without case as well.
   for (const TableLayout& table : systemTables()) tables.create(database, table, table.name);
   database.execute("CREATE UNIQUE INDEX [CUFD_ALIAS] ON [CUFD] ([TableID], " +
                    tables.caselessKey("AliasID") + ")");
@@ -144,7 +150,9 @@ bool hasCompany(Database& database) { return database.tables().exists(database, 
 void createCompany(Database& database, const LoginTarget& target,
                    const CompanyEnvironment& environment) {
   AtomicChange change(database);
-  if (hasCompany(database)) return;  // another process was quicker
+  // Asked again under the lock: another process may have made it in the meantime.
+  if (hasCompany(database)) return;
+  // Only an empty database becomes a company; tables without HVCOMP belong to another program.
   if (database.tables().any(database))
     throw CompanyError(kOpenFailed, Text::ForeignDatabase, databaseName(target.database));
   createTables(database);
@@ -160,6 +168,7 @@ void createCompany(Database& database, const LoginTarget& target,
 
 void ensureCompany(Database& database, const LoginTarget& target,
                    const CompanyEnvironment& environment) {
+  // The usual case first and without a lock, so that opening does not wait for a writer.
   if (!hasCompany(database)) createCompany(database, target, environment);
   if (database.tables().version(database) > kSchemaVersion) {
     throw CompanyError(kOpenFailed, Text::NewerDatabase, databaseName(target.database));

@@ -1,7 +1,6 @@
 #pragma once
 
-// Makes a company out of an empty database, once, also when several processes open it at the same
-// time.
+// Makes a company in an empty database, once, even if several processes open it at the same time.
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/engines/environment.h"
@@ -9,11 +8,11 @@
 
 namespace qx::desk {
 
-/// The version of the system tables; kept in the file.
+/// The version of the system tables; stored in the database.
 inline constexpr long kSchemaVersion = 1;
 
-/// Makes the company's tables when the database has none. Raises CompanyError with kOpenFailed for
-/// a database of something else or of a newer version, and DatabaseError.
+/// Makes the company's tables if the database has none. Throws CompanyError with kOpenFailed for a
+/// database of another program or of a newer version, and DatabaseError.
 void ensureCompany(Database& database, const LoginTarget& target,
                    const CompanyEnvironment& environment);
 

@@ -9,7 +9,7 @@ namespace qx::desk {
 
 namespace {
 
-// In the order in which the SELECT below names them.
+// In the order of the SELECT below.
 enum Column : int {
   kName,
   kCountry,
@@ -24,6 +24,7 @@ enum Column : int {
 
 constexpr std::int64_t kMaxDecimals = 6;
 
+// Users may write anything into HVCOMP, so each value is brought into its range.
 DateForm dateFormOf(std::int64_t number) {
   const bool known = number >= static_cast<long>(DateForm::DayMonthYear2) &&
                      number <= static_cast<long>(DateForm::YearMonthDay);
@@ -43,7 +44,7 @@ CompanySettings readSettings(Database& database) {
       "[QuantityPlaces], [PercentPlaces], [MeasurePlaces], [DecimalSign], [GroupSign], "
       "[DateFormat], [DateSign], [CurrencySide] FROM [HVCOMP]");
   CompanySettings settings;
-  if (!row->step()) return settings;
+  if (!row->step()) return settings;  // a deleted row leaves a company with the defaults
   const auto text = [&](int column) { return toUtf16(row->text(column)); };
   settings.name = text(kName);
   settings.country = text(kCountry);

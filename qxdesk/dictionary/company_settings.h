@@ -1,6 +1,6 @@
 #pragma once
 
-// How the company shows and rounds its numbers and dates: the row of the table HVCOMP.
+// The forms in which the company shows and rounds numbers and dates: the row of the table HVCOMP.
 
 #include "qxframework/host/enums.h"
 
@@ -11,7 +11,7 @@ namespace qx::desk {
 
 class Database;
 
-/// The order of a date's parts; the separator stands apart. The numbers are those in HVCOMP.
+/// The order of a date's parts, without the separator. The numbers are those in HVCOMP and frozen.
 enum class DateForm : long {
   DayMonthYear2 = 0,
   DayMonthYear = 1,
@@ -35,10 +35,11 @@ struct CompanySettings {
   CurrencyPlace currencyPlace = CurrencyPlace::None;
 };
 
-/// Raises DatabaseError.
+/// Reads the settings; without a row they are the defaults above. Throws DatabaseError.
 CompanySettings readSettings(Database& database);
 
-/// What an amount of that precision is rounded to; values outside the enumeration count as sums.
+/// Returns the decimal places of amounts of that precision, one of HvMoneyPrecisionTypes; any other
+/// number counts as mpt_Sum.
 inline int decimalsOf(const CompanySettings& settings, long precision) {
   const bool known = precision >= mpt_Sum && precision <= mpt_Measure;
   return settings.decimals[known ? static_cast<std::size_t>(precision) : 0];

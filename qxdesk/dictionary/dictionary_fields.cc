@@ -1,4 +1,9 @@
-#include "qxdesk/dictionary/dictionary.h"
+#include "qxdesk/dictionary/dictionary_fields.h"
+
+#include "qxdesk/dictionary/dictionary_keys.h"
+#include "qxdesk/dictionary/dictionary_layouts.h"
+#include "qxdesk/dictionary/dictionary_names.h"
+#include "qxdesk/engines/atomic_change.h"
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/engines/engine_tables.h"
 #include "qxframework/automation/text.h"
@@ -10,20 +15,6 @@ namespace qx::desk {
 namespace {
 
 constexpr std::size_t kMaxFieldName = 50;
-
-// The columns of CUFD that make a FieldShape, in the order in which shapeOf reads them.
-constexpr std::string_view kShapeColumns =
-    "[AliasID], [FieldType], [FieldSubType], [FieldSize], [Mandatory], [DefaultValue]";
-constexpr int kShapeColumnCount = 6;
-
-FieldShape shapeOf(const Statement& row) {
-  return {std::string(row.text(0)),
-          static_cast<long>(row.integer(1)),
-          static_cast<long>(row.integer(2)),
-          static_cast<long>(row.integer(3)),
-          row.text(4) == "Y",
-          std::string(row.text(5))};
-}
 
 void checkFieldName(const UserField& field, const std::string& table) {
   const std::string& name = field.shape.name;
@@ -51,22 +42,8 @@ void checkValidValues(const UserField& field) {
   }
 }
 
-void bindField(Statement& row, const UserField& field) {
-  const FieldShape& shape = field.shape;
-  row.bind(1, std::string_view(field.table));
-  row.bind(2, static_cast<std::int64_t>(field.index));
-  row.bind(3, std::string_view(shape.name));
-  row.bind(4, std::string_view(field.description));
-  row.bind(5, static_cast<std::int64_t>(shape.type));
-  row.bind(6, static_cast<std::int64_t>(shape.subType));
-  row.bind(7, static_cast<std::int64_t>(shape.size));
-  row.bind(8, static_cast<std::int64_t>(field.editSize == 0 ? shape.size : field.editSize));
-  row.bind(9, std::string_view(shape.defaultValue));
-  row.bind(10, std::string_view(shape.mandatory ? "Y" : "N"));
-  row.bind(11, std::string_view(field.linkedTable));
-}
-
 void checkUpdate(const UserField& field, const UserField& present) {
+  // The rows of the table have the old type and size; only a longer text fits them all.
   const FieldShape& now = present.shape;
   const FieldShape& next = field.shape;
   if (next.type != now.type || next.subType != now.subType || !sameName(next.name, now.name)) {
@@ -79,116 +56,51 @@ void checkUpdate(const UserField& field, const UserField& present) {
 
 }  // namespace
 
-bool Dictionary::fieldExists(const std::string& table, std::string_view name) {
-  return findShape(table, name).has_value();
-}
-
-std::optional<FieldShape> Dictionary::findShape(const std::string& table, std::string_view name) {
-  const auto row = database_.prepare("SELECT " + std::string(kShapeColumns) +
-                                     " FROM [CUFD] WHERE [TableID] = ? AND UPPER([AliasID]) = ?");
-  row->bind(1, std::string_view(table));
-  row->bind(2, std::string_view(upperName(name)));
-  if (!row->step()) return std::nullopt;
-  return shapeOf(*row);
-}
-
-std::vector<FieldShape> Dictionary::shapesOf(const std::string& table) {
-  const auto row = database_.prepare("SELECT " + std::string(kShapeColumns) +
-                                     " FROM [CUFD] WHERE [TableID] = ? ORDER BY [FieldID]");
-  row->bind(1, std::string_view(table));
-  std::vector<FieldShape> shapes;
-  while (row->step()) shapes.push_back(shapeOf(*row));
-  return shapes;
-}
-
-std::vector<ValidValue> Dictionary::validValuesOf(const std::string& table, long index) {
-  const auto row = database_.prepare(
-      "SELECT [FieldValue], [Description] FROM [HVUFVAL] WHERE [TableID] = ? AND [FieldID] = ? "
-      "ORDER BY [ValueNo]");
-  row->bind(1, std::string_view(table));
-  row->bind(2, static_cast<std::int64_t>(index));
-  std::vector<ValidValue> values;
-  while (row->step()) values.push_back({std::string(row->text(0)), std::string(row->text(1))});
-  return values;
-}
-
-std::optional<UserField> Dictionary::findField(std::string_view table, long index) {
-  const std::optional<std::string> real = resolveTable(table);
+std::optional<UserField> DictionaryFields::find(std::string_view table, long index) {
+  const std::optional<std::string> real = DictionaryLayouts(database_).resolve(table);
   if (!real) return std::nullopt;
-  const auto row = database_.prepare("SELECT " + std::string(kShapeColumns) +
-                                     ", [Description], [EditSize], [LinkedTable] FROM [CUFD] WHERE "
-                                     "[TableID] = ? AND [FieldID] = ?");
-  row->bind(1, std::string_view(*real));
-  row->bind(2, static_cast<std::int64_t>(index));
-  if (!row->step()) return std::nullopt;
-  UserField field;
-  field.table = *real;
-  field.index = index;
-  field.shape = shapeOf(*row);
-  field.description = row->text(kShapeColumnCount);
-  field.editSize = static_cast<long>(row->integer(kShapeColumnCount + 1));
-  field.linkedTable = row->text(kShapeColumnCount + 2);
-  field.validValues = validValuesOf(*real, index);
-  return field;
+  return FieldRows(database_).find(*real, index);
 }
 
-void Dictionary::addField(UserField field) {
+void DictionaryFields::add(UserField field) {
   AtomicChange change(database_);
-  field.table = needTable(field.table);
+  FieldRows rows(database_);
+  field.table = DictionaryLayouts(database_).need(field.table);
   checkFieldName(field, field.table);
   checkDescription(field.description);
   checkShape(field.shape);
   checkValidValues(field);
-  if (fieldExists(field.table, field.shape.name)) {
+  if (rows.findShape(field.table, field.shape.name)) {
     throw CompanyError(kAlreadyExists, Text::FieldExists, field.shape.name, field.table);
   }
-  field.index = static_cast<long>(database_.queryInteger(
-      "SELECT COALESCE(MAX([FieldID]) + 1, 0) FROM [CUFD] WHERE [TableID] = " +
-      quotedText(field.table)));
+  field.index = rows.nextIndex(field.table);
+  // The column first: its layout is made of the fields that the rows name so far.
   addColumn(field.table, field.shape);
-  insertFieldRow(field);
-  insertValidValues(field);
+  rows.insert(field);
   change.commit();
 }
 
-void Dictionary::addColumn(const std::string& table, const FieldShape& shape) {
+bool DictionaryFields::hasRows(const std::string& table) {
+  // HVCOMP has exactly one row, so the count is 1 or 0. Every engine accepts this form; SELECT
+  // without FROM or a limit of rows is spelled differently by each.
+  return database_.queryInteger("SELECT COUNT(*) FROM [HVCOMP] WHERE EXISTS (SELECT 1 FROM " +
+                                bracketed(table) + ")") != 0;
+}
+
+void DictionaryFields::addColumn(const std::string& table, const FieldShape& shape) {
   const bool rows = hasRows(table);
   if (rows && shape.mandatory && shape.defaultValue.empty()) {
     throw CompanyError(kInvalidValue, Text::MandatoryNeedsDefault, shape.name, table);
   }
-  TableLayout layout = layoutOf(table);
+  TableLayout layout = DictionaryLayouts(database_).layoutOf(table);
   const ColumnLayout column = columnOf(shape);
   layout.columns.push_back(column);
   database_.tables().addColumn(database_, layout, column);
 }
 
-void Dictionary::insertFieldRow(const UserField& field) {
-  const auto row = database_.prepare(
-      "INSERT INTO [CUFD] ([TableID], [FieldID], [AliasID], [Description], [FieldType], "
-      "[FieldSubType], [FieldSize], [EditSize], [DefaultValue], [Mandatory], [LinkedTable]) "
-      "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-  bindField(*row, field);
-  row->step();
-}
-
-void Dictionary::insertValidValues(const UserField& field) {
-  std::int64_t number = 0;
-  for (const ValidValue& value : field.validValues) {
-    const auto row = database_.prepare(
-        "INSERT INTO [HVUFVAL] ([TableID], [FieldID], [ValueNo], [FieldValue], [Description]) "
-        "VALUES (?, ?, ?, ?, ?)");
-    row->bind(1, std::string_view(field.table));
-    row->bind(2, static_cast<std::int64_t>(field.index));
-    row->bind(3, number++);
-    row->bind(4, std::string_view(value.value));
-    row->bind(5, std::string_view(value.description));
-    row->step();
-  }
-}
-
-void Dictionary::updateField(const UserField& given) {
+void DictionaryFields::update(const UserField& given) {
   AtomicChange change(database_);
-  const std::optional<UserField> present = findField(given.table, given.index);
+  const std::optional<UserField> present = find(given.table, given.index);
   if (!present) throw CompanyError(kNotFound, Text::FieldMissing, given.shape.name, given.table);
   UserField field = given;
   field.table = present->table;
@@ -196,22 +108,20 @@ void Dictionary::updateField(const UserField& given) {
   checkShape(field.shape);
   checkDescription(field.description);
   checkValidValues(field);
-  const std::string place = " WHERE [TableID] = " + quotedText(field.table) +
-                            " AND [FieldID] = " + std::to_string(field.index);
-  database_.execute("DELETE FROM [CUFD]" + place);
-  database_.execute("DELETE FROM [HVUFVAL]" + place);
-  insertFieldRow(field);
-  insertValidValues(field);
+  FieldRows rows(database_);
+  rows.remove(field.table, field.index);
+  rows.insert(field);
+  // After the rows: a table that is made anew takes its layout from them.
   changeColumn(field.table, columnOf(present->shape), columnOf(field.shape));
   change.commit();
 }
 
-void Dictionary::changeColumn(const std::string& table, const ColumnLayout& before,
-                              const ColumnLayout& after) {
+void DictionaryFields::changeColumn(const std::string& table, const ColumnLayout& before,
+                                    const ColumnLayout& after) {
   if (after == before) return;
-  const auto keys = database_.tables().changeColumn(database_, layoutOf(table), before);
-  if (keys == EngineTables::Keys::Kept) return;
-  for (long i = 0; const std::optional<UserKey> key = findKey(table, i); ++i) makeIndex(*key);
+  const TableLayout layout = DictionaryLayouts(database_).layoutOf(table);
+  const auto keys = database_.tables().changeColumn(database_, layout, before);
+  if (keys == EngineTables::Keys::Lost) DictionaryKeys(database_).remakeIndexes(table);
 }
 
 }  // namespace qx::desk

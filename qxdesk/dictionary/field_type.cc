@@ -2,6 +2,7 @@
 
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/sql/dates.h"
+#include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
 
 #include <algorithm>
@@ -42,12 +43,7 @@ ColumnLayout bareColumn(const FieldShape& shape) {
   }
 }
 
-std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
+// A memo has no limit; the size of an alpha field counts UTF-16 units, as the host counts them.
 ColumnDefault textDefault(const FieldShape& shape) {
   if (shape.type == kAlphaField &&
       toUtf16(shape.defaultValue).size() > static_cast<std::size_t>(shape.size)) {
@@ -62,6 +58,8 @@ ColumnDefault numberDefault(const FieldShape& shape) {
   Number number{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool whole = error == std::errc() && end == text.data() + text.size();
+  // The text becomes part of a CREATE TABLE, so nothing but one number may pass; from_chars also
+  // reads "inf" and "nan".
   const bool finite = text.find_first_of("iInN") == std::string_view::npos;
   if (!whole || !finite) refuse(Text::DefaultNotNumber, shape, shape.defaultValue);
   return {ColumnDefault::Kind::Number, std::string(text)};
@@ -74,7 +72,7 @@ ColumnDefault dateDefault(const FieldShape& shape) {
   return {ColumnDefault::Kind::Date, *date};
 }
 
-// "930", "0930" or "09:30".
+// Reads "930", "0930" or "09:30".
 ColumnDefault timeDefault(const FieldShape& shape) {
   constexpr std::size_t kMaxDigits = 4;
   std::string digits(trimmed(shape.defaultValue));

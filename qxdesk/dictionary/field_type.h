@@ -1,7 +1,7 @@
 #pragma once
 
-// Types of user fields: how a field of (type, sub-type, size) looks as a column, and how its
-// default value is written.
+// Types of user fields: the column that a field of a type, sub-type and size becomes, and the form
+// of its default value.
 
 #include "qxdesk/engines/table_layout.h"
 
@@ -19,7 +19,7 @@ enum FieldType : long {
   kFloatField = 4,
 };
 
-/// The sub-type that makes a date field a time of day, kept as hour * 100 + minute.
+/// The sub-type that makes a date field a time of day, stored as hour * 100 + minute.
 inline constexpr long kTimeSubType = 84;
 
 inline constexpr long kMaxAlphaSize = 254;
@@ -31,20 +31,21 @@ struct FieldShape {
   long subType = 0;
   long size = 0;
   bool mandatory = false;
-  std::string defaultValue;
+  std::string defaultValue = {};
 };
 
-/// Raises CompanyError for an unknown type and a size out of range. A numeric field without a size
-/// gets the largest one.
+/// Throws CompanyError for an unknown type and for a size out of range. A numeric field without a
+/// size gets the largest one.
 void checkShape(FieldShape& shape);
 
-/// The name of the column: "U_" and the field's name.
+/// Returns the name of the column: "U_" and the field's name.
 std::string columnName(std::string_view field);
 
-/// The column with its default. Raises CompanyError for a default that the type does not take.
+/// Returns the column with its default. Throws CompanyError for a default that does not suit the
+/// type.
 ColumnLayout columnOf(const FieldShape& shape);
 
-/// "GETDATE()" and its like: a new row gets the time of its making.
+/// True for "GETDATE()" and its equals in any dialect: a new row gets the current time.
 bool isCurrentTime(std::string_view defaultValue);
 
 }  // namespace qx::desk

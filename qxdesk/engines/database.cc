@@ -1,7 +1,5 @@
 #include "qxdesk/engines/database.h"
 
-#include "qxdesk/engines/engine_tables.h"
-
 namespace qx::desk {
 
 StoredValue Statement::value(int column) const {
@@ -15,6 +13,7 @@ StoredValue Statement::value(int column) const {
 
 void Database::execute(std::string_view sql) {
   const std::unique_ptr<Statement> statement = prepare(sql);
+  // A statement that returns rows has done its work only after the last one.
   while (statement->step()) {
   }
 }
@@ -33,54 +32,11 @@ void Database::setSavepoint() { execute("SAVEPOINT qx_change"); }
 
 void Database::rollBackToSavepoint() {
   execute("ROLLBACK TO SAVEPOINT qx_change");
+  // The rollback leaves the savepoint itself in place.
   releaseSavepoint();
 }
 
 void Database::releaseSavepoint() { execute("RELEASE SAVEPOINT qx_change"); }
-
-AtomicChange::AtomicChange(Database& database)
-    : database_(database), nested_(database.inTransaction()) {
-  if (nested_) {
-    database_.setSavepoint();
-  } else {
-    database_.begin();
-  }
-  try {
-    database_.tables().lock(database_);
-  } catch (...) {
-    rollBack();
-    throw;
-  }
-}
-
-AtomicChange::~AtomicChange() {
-  if (!done_) rollBack();
-}
-
-void AtomicChange::rollBack() noexcept {
-  if (nested_ && rollsBack(&Database::rollBackToSavepoint)) return;
-  // Half of the change must not be committed with the rest, so the rest goes, too.
-  rollsBack(&Database::rollback);
-}
-
-// A failure is not told: the one that led here is on its way to the caller.
-bool AtomicChange::rollsBack(void (Database::*how)()) noexcept {
-  try {
-    if (database_.inTransaction()) (database_.*how)();
-    return true;
-  } catch (const std::exception&) {
-    return false;
-  }
-}
-
-void AtomicChange::commit() {
-  if (nested_) {
-    database_.releaseSavepoint();
-  } else {
-    database_.commit();
-  }
-  done_ = true;
-}
 
 std::string bracketed(std::string_view name) { return "[" + std::string(name) + "]"; }
 

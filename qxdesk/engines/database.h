@@ -1,11 +1,14 @@
 #pragma once
 
-// The one door from the company objects to a database engine. An engine is a Database that makes
-// Statements; everything above works with these two, so that engines stand beside each other and a
-// test can put a failing one in between.
+// The one way from the company objects to a database engine. An engine is a Database that makes
+// Statements; everything above works with these two, so that any engine can take the place of
+// another and a test can put a failing one around it.
 //
 // Our own statements are written once for all engines: plain SQL, names in [brackets], parameters
-// as ?, in this order. A Database writes the names as its engine wants them.
+// as ?, counted in the order of the text. A Database writes the names as its engine needs them.
+//
+// EngineTables (engine_tables.h) is known here by name only: it works on a Database, and a Database
+// only says which one fits its engine.
 
 #include "qxdesk/sql/column_type.h"
 
@@ -20,25 +23,25 @@ namespace qx::desk {
 
 class EngineTables;
 
-/// Why a database refused, as far as users are told different things.
+/// Why a database refused, in the classes for which users read different messages.
 enum class Fault {
   Statement,   // the statement does not run: unknown name, wrong count of values
-  Constraint,  // a value that the table does not take
-  Unique,      // a key that is there already
+  Constraint,  // a value that the table does not accept
+  Unique,      // a key that already exists
   Locked,
   ReadOnly,
   Damaged,
   NotADatabase,
   Full,
   InputOutput,
-  Moved,           // the file was moved or deleted, so that what is written is lost
-  ConnectionLost,  // nothing can be done here any more
-  CommitUnknown,   // it was lost while it committed
+  Moved,           // the file was moved or deleted, so that all writes to it are lost
+  ConnectionLost,  // this connection can do nothing any more
+  CommitUnknown,   // the connection was lost during a commit
   RolledBack,      // the engine ended the transaction in favour of another one
-  Aborted,         // the engine takes nothing more in it, since a statement had failed
-  Cancelled,       // the statement ran out of its time, or somebody stopped it
+  Aborted,         // the engine accepts nothing more in it, since a statement had failed
+  Cancelled,       // the statement exceeded its time limit or was stopped
   NoRight,         // the user may not do this
-  BadValue,        // a text that is not what its place needs
+  BadValue,        // a text that is not the number or date needed in its place
   NoSavepoints,    // the engine cannot take back a part of a transaction
   LoginRefused,
   NoDriver,
@@ -63,7 +66,7 @@ class DatabaseError : public std::runtime_error {
 
 enum class Storage { Null, Integer, Real, Text };
 
-/// A value as it is stored; the one of its storage counts.
+/// A value as the engine stores it; only the member that `storage` names is set.
 struct StoredValue {
   Storage storage = Storage::Null;
   std::int64_t integer = 0;
@@ -76,99 +79,83 @@ class Statement {
  public:
   virtual ~Statement() = default;
 
-  /// Parameters count from 1. A date is given as text, YYYY-MM-DD HH:MM:SS.
+  /// Sets a parameter, counted from 1. bindDate() takes the stored form, YYYY-MM-DD HH:MM:SS.
   virtual void bind(int parameter, std::int64_t value) = 0;
   virtual void bind(int parameter, double value) = 0;
   virtual void bind(int parameter, std::string_view value) = 0;
   virtual void bindDate(int parameter, std::string_view value) = 0;
-  /// True when a row stands ready. Raises DatabaseError.
+  /// Goes to the next row, the first time by running the statement; returns false after the last
+  /// one. Throws DatabaseError.
   virtual bool step() = 0;
-  /// Back to the start, with the values that were bound.
+  /// Goes back to the start; the bound values stay.
   virtual void reset() = 0;
 
-  /// What is told of the columns holds after the first step().
+  /// The operations from here on are valid after the first step(); columns count from 0.
   virtual int columnCount() const = 0;
   virtual std::string columnName(int column) const = 0;
-  /// By the declaration of the table's column; for an expression what the engine tells, or Unknown.
+  /// Returns the type that the table declares for the column. For an expression it is the type
+  /// that the engine reports, or Unknown.
   virtual sql::ColumnType declaredType(int column) const = 0;
   virtual Storage storage(int column) const = 0;
   virtual std::int64_t integer(int column) const = 0;
   virtual double real(int column) const = 0;
   /// Valid until the next step(); empty for null.
   virtual std::string_view text(int column) const = 0;
-  /// All of it at once, for those who read every value of many rows.
+  /// Returns storage and value in one call, for callers that read every cell of many rows.
   virtual StoredValue value(int column) const;
 };
 
-/// What becomes of the statements of add-ons on their way to the engine.
-enum class Route { ToSqlite, ToPostgres, AsTheyStand };
+/// How the statements of add-ons reach the engine: translated for one of the two, or unchanged.
+enum class Route { ToSqlite, ToPostgres, Unchanged };
 
 class Database {
  public:
   virtual ~Database() = default;
 
   virtual Route route() const = 0;
-  /// How tables are made and changed here.
+  /// Makes and changes tables in this engine's way.
   virtual const EngineTables& tables() const = 0;
 
-  /// A statement of our own. Raises DatabaseError, or else its first step() does.
+  /// Prepares a statement of our own. Its failure is thrown as a DatabaseError here or by its
+  /// first step(), depending on the engine.
   virtual std::unique_ptr<Statement> prepare(std::string_view sql) = 0;
-  /// A statement of an add-on in the engine's SQL. On the routes that translate it can read and
-  /// change rows and nothing else.
+  /// Prepares a statement of an add-on, in the engine's SQL. On the routes that translate it can
+  /// read and change rows and nothing else.
   virtual std::unique_ptr<Statement> prepareGuarded(std::string_view sql) = 0;
-  /// The type that the columns of a translator's probe have in common.
+  /// Returns the type that all columns of a translator's probe share.
   virtual sql::ColumnType probe(std::string_view sql) = 0;
   virtual const sql::Catalog& catalog() = 0;
-  /// Takes note of what other processes changed in the tables; before the catalog is asked.
+  /// Makes the catalog see the tables as other processes have changed them.
   virtual void noticeChanges() = 0;
 
   virtual void begin() = 0;
-  /// When it raises, the transaction may be open still.
+  /// If it throws, the transaction may still be open.
   virtual void commit() = 0;
   virtual void rollback() = 0;
   /// False also after the engine rolled back by itself.
   virtual bool inTransaction() const = 0;
 
-  /// A point within the open transaction to which it can be rolled back. There is one at a time.
-  /// Raises NoSavepoints where the engine has none.
+  /// Sets a point within the open transaction to which it can be rolled back; there is one at a
+  /// time. Throws DatabaseError with NoSavepoints if the engine has none.
   virtual void setSavepoint();
   virtual void rollBackToSavepoint();
   virtual void releaseSavepoint();
 
   virtual bool isReadOnly() const = 0;
-  /// Why nothing can be done here any more, Moved or ConnectionLost; nothing while all is well.
+  /// Returns why this database cannot be used any more, Moved or ConnectionLost, or nothing if it
+  /// can.
   virtual std::optional<DatabaseError> lost() const = 0;
 
   /// Runs a statement of our own to its end.
   void execute(std::string_view sql);
-  /// The first value of the first row; 0 or empty when there is none.
+  /// Return the first value of the first row; 0 or empty if there is no row.
   std::int64_t queryInteger(std::string_view sql);
   std::string queryText(std::string_view sql);
 };
 
-/// One change of the company's tables, made of several statements: all or nothing, alone or within
-/// an open transaction. Processes make such changes one after the other. Without commit() it is
-/// rolled back, and where the engine cannot roll back a part of the open transaction, all of that.
-class AtomicChange {
- public:
-  explicit AtomicChange(Database& database);
-  ~AtomicChange();
-  AtomicChange(const AtomicChange&) = delete;
-  AtomicChange& operator=(const AtomicChange&) = delete;
-  void commit();
-
- private:
-  void rollBack() noexcept;
-  bool rollsBack(void (Database::*how)()) noexcept;
-
-  Database& database_;
-  bool nested_;
-  bool done_ = false;
-};
-
-/// A name in a statement of our own.
+/// Returns a name as our own statements write it: between brackets.
 std::string bracketed(std::string_view name);
-/// `text` between single quotes, inner ones doubled: a literal.
+/// Returns `text` as a literal: between single quotes, inner ones doubled.
 std::string quotedText(std::string_view text);
 
 }  // namespace qx::desk

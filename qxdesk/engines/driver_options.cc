@@ -1,5 +1,7 @@
 #include "qxdesk/engines/driver_options.h"
 
+#include "qxdesk/engines/table_layout.h"
+
 #include <algorithm>
 #include <optional>
 
@@ -10,19 +12,20 @@ namespace {
 struct Option {
   std::string_view name;
   std::string_view value;
-  /// What the driver tells when the option is not given and that means the same.
+  /// The value that the driver reports for an option that was not set, if it means the same.
   std::string_view unset = {};
-  /// An option of which the driver tells only when it is set.
+  /// True if the driver reports the option only when it is set.
   bool quiet = false;
 };
 
 constexpr Option kOptions[] = {
-    // A statement that fails is undone alone. Otherwise it would undo what stands before it in
-    // the transaction, unseen, so that the rest is committed without its beginning; or nothing.
+    // Only the failed statement is undone. With the other values a failure either undoes the
+    // whole transaction so far, silently, so that the rest is committed without its beginning, or
+    // leaves a transaction in which nothing works any more.
     {"Protocol", "7.4-2", "7.4"},
-    // Line feeds of texts stay what they are.
+    // Line feeds in texts are not rewritten to CR LF.
     {"LFConversion", "0"},
-    // The types of columns, by which their values are told.
+    // The types of columns, from which the types of their values follow.
     {"BI", "0"},
     {"D6", "-101"},  // NumericAs
     {"BoolsAsChar", "1"},
@@ -32,33 +35,26 @@ constexpr Option kOptions[] = {
     {"UnknownSizes", "0"},
     {"MaxVarcharSize", "255"},
     {"MaxLongVarcharSize", "8190"},
-    // The rows of a statement are those that the server sends for it.
+    // A function that returns a cursor returns the cursor and not its rows.
     {"FetchRefcursors", "0"},
-    // Statements are understood by the server alone.
+    // The server alone parses statements; the driver keeps its hands off them.
     {"Parse", "0"},
     {"UseServerSidePrepare", "1"},
-    // Neither the name of another server nor a shortened account.
+    // Otherwise the driver reports another product's name, or a short list of its options.
     {"AB", "0", {}, true},
 };
 
 constexpr Option kReadOnly{"ReadOnly", "0", {}, true};
 
-bool sameKey(std::string_view one, std::string_view other) {
-  const auto lower = [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  };
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                    [&](char a, char b) { return lower(a) == lower(b); });
-}
-
-// The last one, as the driver reads it.
+// If a key occurs twice, the driver obeys the last one. A password may contain "=", so only the
+// first one of a part separates key and value.
 std::optional<std::string_view> valueOf(std::string_view connection, std::string_view name) {
   std::optional<std::string_view> value;
   while (!connection.empty()) {
     const std::size_t end = std::min(connection.find(';'), connection.size());
     const std::string_view part = connection.substr(0, end);
     const std::size_t equals = part.find('=');
-    if (equals != std::string_view::npos && sameKey(part.substr(0, equals), name)) {
+    if (equals != std::string_view::npos && sameName(part.substr(0, equals), name)) {
       value = part.substr(equals + 1);
     }
     connection.remove_prefix(std::min(end + 1, connection.size()));
@@ -68,6 +64,7 @@ std::optional<std::string_view> valueOf(std::string_view connection, std::string
 
 bool isRight(const Option& option, std::string_view completed) {
   const std::optional<std::string_view> value = valueOf(completed, option.name);
+  // A short list lacks most options. What cannot be seen is set, which does no harm.
   if (!value) return option.quiet;
   return *value == option.value || (!option.unset.empty() && *value == option.unset);
 }

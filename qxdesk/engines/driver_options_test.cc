@@ -5,7 +5,7 @@
 namespace qx::desk {
 namespace {
 
-// What the driver tells of a connection string without options.
+// The driver's list for a connection string without options.
 const std::string kDefaults =
     "DRIVER=PostgreSQL Unicode;DATABASE=shop;SERVER=/s;PORT=;UID=me;PWD=a=b;SSLmode=disable;"
     "ReadOnly=0;Protocol=7.4;FakeOidIndex=0;ShowOidColumn=0;RowVersioning=0;ShowSystemTables=0;"
@@ -21,12 +21,12 @@ std::string with(const std::string& before, const std::string& after) {
   return completed;
 }
 
-TEST(DriverOptions, TheDriversOwnValuesAreRight) {
+TEST(DriverOptions, TheDriversDefaultsNeedNoCorrection) {
   EXPECT_EQ(correctedOptions(kDefaults), "");
   EXPECT_FALSE(asksForReadOnly(kDefaults));
 }
 
-TEST(DriverOptions, OneThatChangesValuesOrTransactionsIsCorrected) {
+TEST(DriverOptions, AnOptionThatChangesValuesOrTransactionsIsCorrected) {
   EXPECT_EQ(correctedOptions(with("Protocol=7.4", "Protocol=7.4-0")), ";Protocol=7.4-2");
   EXPECT_EQ(correctedOptions(with("Protocol=7.4", "Protocol=7.4-1")), ";Protocol=7.4-2");
   EXPECT_EQ(correctedOptions(with("Protocol=7.4", "Protocol=7.4-2")), "");
@@ -35,19 +35,19 @@ TEST(DriverOptions, OneThatChangesValuesOrTransactionsIsCorrected) {
   EXPECT_EQ(correctedOptions(kDefaults + ";AB=2;"), ";AB=0");
 }
 
-TEST(DriverOptions, OneThatOnlyTunesIsLeftToTheUser) {
+TEST(DriverOptions, AnOptionThatOnlyTunesIsLeftToTheUser) {
   EXPECT_EQ(correctedOptions(with("UseDeclareFetch=0", "UseDeclareFetch=1")), "");
   EXPECT_EQ(correctedOptions(with("Fetch=100", "Fetch=7")), "");
   EXPECT_EQ(correctedOptions(kDefaults + "KeepaliveTime=5;"), "");
 }
 
-TEST(DriverOptions, AWishToReadOnlyIsKnownAndTakenFromTheDriver) {
+TEST(DriverOptions, AReadOnlyOptionIsRecognisedAndTakenFromTheDriver) {
   const std::string completed = with("ReadOnly=0", "ReadOnly=1");
   EXPECT_TRUE(asksForReadOnly(completed));
   EXPECT_EQ(correctedOptions(completed), ";ReadOnly=0");
 }
 
-TEST(DriverOptions, OfAShortAccountAllAreSetButTheWishToReadOnlyThatItMayHide) {
+TEST(DriverOptions, AShortListOfOptionsIsCorrectedExceptForReadOnly) {
   const std::string completed =
       "DRIVER=x;DATABASE=d;SERVER=s;PORT=;UID=u;PWD=;CA=d;A7=100;CX=1c305008a;A1=7.4;AB=1;";
   EXPECT_EQ(correctedOptions(completed),

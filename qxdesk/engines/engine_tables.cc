@@ -9,7 +9,7 @@ namespace qx::desk {
 
 namespace {
 
-// For engines that have no place of their own for the version.
+// The version's place on engines that offer none in the database itself.
 constexpr std::string_view kVersionTable = "QXVR";
 
 std::vector<std::string> namesOf(const TableLayout& table) {
@@ -33,6 +33,7 @@ long EngineTables::version(Database& database) const {
 }
 
 void EngineTables::setVersion(Database& database, long version) const {
+  // DELETE and INSERT, because UPDATE would do nothing to a table that is still empty.
   if (!exists(database, kVersionTable)) {
     create(database, {std::string(kVersionTable), {integerColumn("Version")}, {}}, kVersionTable);
   }
@@ -61,6 +62,7 @@ void EngineTables::addColumn(Database& database, const TableLayout& table,
 EngineTables::Keys EngineTables::changeColumn(Database& database, const TableLayout& table,
                                               const ColumnLayout&) const {
   moveRows(database, table);
+  // The indexes were dropped with the old table.
   return Keys::Lost;
 }
 
@@ -69,6 +71,7 @@ void EngineTables::dropIndex(Database& database, std::string_view index) const {
 }
 
 void EngineTables::moveRows(Database& database, const TableLayout& table) const {
+  // Copied back and forth, because engines spell the renaming of a table differently.
   const std::string aside = "qx_old_" + table.name;
   create(database, table, aside);
   copyRows(database, table, table.name, aside);

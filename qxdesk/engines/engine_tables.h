@@ -1,7 +1,7 @@
 #pragma once
 
-// How one engine makes and changes tables: its types, its checks, its dictionary. Where engines
-// agree, the statement stands above them, in company_schema and the dictionary.
+// How one engine makes and changes tables: its types, its checks, its own catalogue. Statements on
+// which engines agree are in the layer above, the dictionary.
 
 #include "qxdesk/engines/table_layout.h"
 
@@ -12,6 +12,7 @@ namespace qx::desk {
 
 class Database;
 
+/// All operations with a database throw DatabaseError.
 class EngineTables {
  public:
   enum class Keys { Kept, Lost };
@@ -19,42 +20,43 @@ class EngineTables {
   virtual ~EngineTables() = default;
 
   virtual bool exists(Database& database, std::string_view table) const = 0;
-  /// Whether the database has any table.
+  /// True if the database has any table at all.
   virtual bool any(Database& database) const = 0;
 
-  /// What setVersion() wrote; 0 before.
+  /// Returns the version that setVersion() wrote, or 0.
   virtual long version(Database& database) const;
   virtual void setVersion(Database& database, long version) const;
 
-  /// Makes other processes wait that change tables or make the company too, until the end of the
+  /// Makes other processes that change tables or make the company wait until the end of the
   /// transaction.
   virtual void lock(Database& database) const = 0;
 
   void create(Database& database, const TableLayout& table, std::string_view name) const;
-  /// `table` has the new column already. The rows that are there take its default.
+  /// Adds `column`, which `table` already contains. Existing rows take its default.
   virtual void addColumn(Database& database, const TableLayout& table,
                          const ColumnLayout& column) const;
-  /// Gives the column `before` the form that `table` has for it. Tells whether the table's indexes
-  /// must be made again.
+  /// Gives the column `before` the form that `table` has for it. Returns Keys::Lost if the indexes
+  /// of the table must be made again.
   virtual Keys changeColumn(Database& database, const TableLayout& table,
                             const ColumnLayout& before) const;
   virtual void dropIndex(Database& database, std::string_view index) const;
 
-  /// Type, constraints and default, as they stand behind a column's name.
+  /// Returns the type, constraints and default that follow a column's name in CREATE TABLE.
   virtual std::string declaration(const ColumnLayout& column) const = 0;
-  /// A column of an index for which the case of letters does not count.
+  /// Returns a column of an index that ignores the case of letters.
   virtual std::string caselessKey(std::string_view column) const = 0;
 
  protected:
-  /// Moves the rows to a new table and back again, for an engine that cannot change a column.
+  /// Moves the rows to a new table and back, for an engine that cannot change a column.
   void moveRows(Database& database, const TableLayout& table) const;
 };
 
-/// The column of that name, in any case; raises std::out_of_range when there is none.
+/// Returns the column of that name, in any case; throws std::out_of_range if there is none.
 const ColumnLayout& columnNamed(const TableLayout& table, std::string_view name);
-/// " DEFAULT " and the default, which is `now` where it is the time of writing; empty for none.
+/// Returns " DEFAULT " and the default, or nothing if the column has none; `now` is the engine's
+/// expression for the time of writing.
 std::string defaultClause(const ColumnLayout& column, std::string_view now);
-/// The names with commas between them, each in brackets.
+/// Returns the names in brackets with commas between them.
 std::string columnList(const std::vector<std::string>& names);
 
 }  // namespace qx::desk

@@ -13,7 +13,7 @@ ColumnLayout withDefault(ColumnLayout column, ColumnDefault value) {
   return column;
 }
 
-TEST(EngineTables, SqliteColumnsPromiseByNamedChecks) {
+TEST(EngineTables, SqliteColumnsHaveNamedChecks) {
   const EngineTables& tables = sqliteTables();
   EXPECT_EQ(tables.declaration(textColumn("U_A", 5)),
             "nvarchar(5) CONSTRAINT [U_A: at most 5 characters] CHECK ([U_A] IS NULL OR "
@@ -32,7 +32,7 @@ TEST(EngineTables, SqliteColumnsPromiseByNamedChecks) {
             "('integer', 'real') AND abs([P]) < 9e999)");
 }
 
-TEST(EngineTables, PostgresColumnsPromiseTheSame) {
+TEST(EngineTables, PostgresColumnsHaveTheSameLimits) {
   const EngineTables& tables = postgresTables();
   EXPECT_EQ(
       tables.declaration(withDefault(textColumn("U_A", 5), {ColumnDefault::Kind::Text, "a'b"})),
@@ -49,7 +49,7 @@ TEST(EngineTables, PostgresColumnsPromiseTheSame) {
       "BETWEEN '0001-01-01' AND '9999-12-31 23:59:59') DEFAULT localtimestamp(0)");
 }
 
-TEST(EngineTables, PostgresNamesOfChecksFitAndStayDifferent) {
+TEST(EngineTables, PostgresNamesOfChecksAreCutToTheirLimit) {
   const std::string name(52, 'x');
   EXPECT_EQ(postgresTables().declaration(textColumn(name, 254)),
             "varchar COLLATE \"C\" CONSTRAINT \"" + name + ": at most 2\" CHECK (char_length([" +

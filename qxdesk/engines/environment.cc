@@ -1,5 +1,7 @@
 #include "qxdesk/engines/environment.h"
 
+#include "qxdesk/engines/stored_date.h"
+
 #include <sys/random.h>
 
 #include <chrono>
@@ -12,19 +14,17 @@ namespace qx::desk {
 namespace {
 
 std::string localNow() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  localtime_r(&now, &parts);
-  char text[32];
-  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts);
-  return std::string(text, length);
+  std::string text;
+  if (const auto now = localTime(std::time(nullptr))) assignStored(text, *now);
+  return text;
 }
 
 void fillFromKernel(std::span<std::uint8_t> bytes) {
   std::size_t done = 0;
   while (done < bytes.size()) {
+    // getrandom returns fewer bytes than asked for if a signal interrupts a long read.
     const ssize_t got = getrandom(bytes.data() + done, bytes.size() - done, 0);
-    if (got < 0) throw std::runtime_error("the system gives no random bytes");
+    if (got < 0) throw std::runtime_error("the system returns no random bytes");
     done += static_cast<std::size_t>(got);
   }
 }

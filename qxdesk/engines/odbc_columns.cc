@@ -1,6 +1,7 @@
 #include "qxdesk/engines/odbc_columns.h"
 
 #include "qxdesk/engines/odbc_connection.h"
+#include "qxdesk/engines/stored_date.h"
 #include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/numbers.h"
 #include "qxframework/automation/text.h"
@@ -9,24 +10,25 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace qx::desk {
 
 namespace {
 
-// The place of a number; those of more digits are fetched again, as long texts are.
+// The bytes of a place for a number; one with more digits is fetched again, as long texts are.
 constexpr std::size_t kNumberBytes = 128;
-// The place of a text whose length is not known or great; longer ones are fetched again.
+// The units of a place for a text of unknown or great length; longer texts are fetched again.
 constexpr std::size_t kCommonUnits = 255;
 
-// A server may tell hundreds of digits.
+// A server may send hundreds of digits.
 std::string shortened(std::string_view digits) {
   constexpr std::size_t kShown = 40;
   if (digits.size() <= kShown) return std::string(digits);
   return std::string(digits.substr(0, kShown)) + "\u2026";
 }
 
+// Not std::from_chars or strtod alone: "NaN" and "Infinity" are numbers to them and to PostgreSQL,
+// but not to the host.
 double realOf(std::string_view digits) {
   const bool negative = digits.starts_with('-');
   const std::string_view number = digits.substr(negative ? 1 : 0);
@@ -44,17 +46,14 @@ void setNumber(OdbcCell& cell, std::string_view digits) {
 }
 
 void setDate(OdbcCell& cell, const SQL_TIMESTAMP_STRUCT& date) {
-  std::array<char, 64> text{};
-  const int length =
-      std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02u:%02u:%02u", date.year,
-                    date.month, date.day, date.hour, date.minute, date.second);
   cell.storage = Storage::Text;
-  cell.text.assign(text.data(), static_cast<std::size_t>(length));
+  assignStored(cell.text, {date.year, date.month, date.day, date.hour, date.minute, date.second});
 }
 
 void setText(OdbcCell& cell, std::u16string_view text) {
   cell.storage = Storage::Text;
   cell.text.clear();
+  // Most texts are ASCII; copying them unit by unit is far cheaper than a conversion.
   const bool ascii = std::all_of(text.begin(), text.end(), [](char16_t c) { return c < 0x80; });
   if (!ascii) {
     cell.text = toUtf8(text);
@@ -116,7 +115,8 @@ void OdbcColumn::chooseForm(SQLSMALLINT sqlType, SQLULEN size) {
       return;
     case SQL_DECIMAL:
     case SQL_NUMERIC:
-      // As digits, so that the nearest number is found here and not by way of the locale.
+      // Fetched as digits and converted here, so that the result is the nearest double and the
+      // locale has no say in it.
       form_ = Form::Number;
       type_ = sql::ColumnType::Decimal;
       return;
@@ -128,11 +128,13 @@ void OdbcColumn::chooseForm(SQLSMALLINT sqlType, SQLULEN size) {
     default:
       form_ = Form::Text;
       type_ = sql::ColumnType::Text;
+      // The size counts characters: a character takes up to 2 units of UTF-16 or 4 of UTF-8.
       if (size > 0 && size <= kCommonUnits) units_ = size * (connection_.isWide() ? 2 : 4);
   }
 }
 
 void OdbcColumn::bind(std::size_t rows) {
+  // SQLBindCol keeps these addresses, so none of the vectors may grow until the next bind().
   lengths_.assign(rows, SQL_NULL_DATA);
   SQLSMALLINT cType = SQL_C_SBIGINT;
   void* place = nullptr;
@@ -174,6 +176,7 @@ bool OdbcColumn::read(std::size_t row, OdbcCell& cell) const {
       cell.real = reals_[row];
       break;
     case Form::Number:
+      // A negative length is SQL_NO_TOTAL: the driver does not know how much it cut off.
       if (length < 0 || length >= static_cast<SQLLEN>(kNumberBytes)) return false;
       setNumber(cell, {&numbers_[row * kNumberBytes], static_cast<std::size_t>(length)});
       break;
@@ -227,7 +230,8 @@ void OdbcColumn::fetch(OdbcCell& cell) {
   }
 }
 
-// In pieces, each of which the driver ends with a zero.
+// Reads the text in pieces. The driver ends each piece with a terminator, for which one unit of the
+// piece is lost.
 template <class Unit>
 void OdbcColumn::fetchText(SQLSMALLINT cType, OdbcCell& cell) {
   std::basic_string<Unit> text;
@@ -237,6 +241,7 @@ void OdbcColumn::fetchText(SQLSMALLINT cType, OdbcCell& cell) {
     const SQLRETURN result = getData(cType, piece.data(), piece.size() * sizeof(Unit), length);
     if (result == SQL_NO_DATA) break;
     if (length == SQL_NULL_DATA) return;
+    // `length` is what was left before this call, not what this call delivered.
     const std::size_t room = piece.size() - 1;
     const std::size_t rest =
         length == SQL_NO_TOTAL ? room + 1 : static_cast<std::size_t>(length) / sizeof(Unit);

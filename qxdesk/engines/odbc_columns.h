@@ -1,7 +1,7 @@
 #pragma once
 
-// The columns of an ODBC result: what they hold, where a batch of their cells is put, and how one
-// cell is read.
+// The columns of an ODBC result: the type of each, the memory for a batch of its cells, and the
+// reading of one cell.
 
 #include "qxdesk/engines/database.h"
 
@@ -16,7 +16,7 @@ namespace qx::desk {
 
 class OdbcConnection;
 
-/// One cell in the form that all engines share.
+/// One cell in the form that all engines share; only the member that `storage` names is set.
 struct OdbcCell {
   Storage storage = Storage::Null;
   std::int64_t integer = 0;
@@ -26,19 +26,19 @@ struct OdbcCell {
 
 class OdbcColumn {
  public:
-  /// Asks the statement about its column `number`, from 1.
+  /// Describes column `number` of the statement, counted from 1. Throws DatabaseError.
   OdbcColumn(OdbcConnection& connection, SQLHSTMT statement, SQLUSMALLINT number);
 
   const std::string& name() const { return name_; }
   sql::ColumnType type() const { return type_; }
-  /// Whether every cell fits its place, whatever it holds.
+  /// True if every possible value fits the place for a cell.
   bool alwaysFits() const { return form_ != Form::Text; }
 
-  /// Makes room for `rows` cells and binds it.
+  /// Makes places for `rows` cells and binds them. Throws DatabaseError.
   void bind(std::size_t rows);
-  /// The cell of a row of the batch. False when it is longer than its place.
+  /// Reads the cell in a row of the batch; returns false if it is longer than its place.
   bool read(std::size_t row, OdbcCell& cell) const;
-  /// Reads the cell of the row on which the statement stands, whatever its length.
+  /// Reads the cell of the statement's current row at any length. Throws DatabaseError.
   void fetch(OdbcCell& cell);
 
  private:
@@ -60,7 +60,7 @@ class OdbcColumn {
   std::string name_;
   sql::ColumnType type_ = sql::ColumnType::Unknown;
   Form form_ = Form::Text;
-  std::size_t units_ = 0;  // of a text's place, without the end; 0 if the length is not known
+  std::size_t units_ = 0;  // length of a text's place without the terminator; 0 if unknown
 
   std::vector<SQLLEN> lengths_;
   std::vector<SQLBIGINT> integers_;

@@ -14,7 +14,7 @@ namespace qx::desk {
 
 namespace {
 
-// Ample, since a driver that is given little room tells less.
+// Ample: a driver that is given little room cuts its list of options short without a warning.
 constexpr std::size_t kCompletedUnits = 16 * 1024;
 
 SQLPOINTER number(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
@@ -39,6 +39,7 @@ OdbcConnection::OdbcConnection(std::string_view connection, int timeoutSeconds)
 }
 
 OdbcConnection::~OdbcConnection() {
+  // SQLDisconnect refuses to close a connection with an open transaction.
   if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
 }
 
@@ -50,6 +51,7 @@ void OdbcConnection::connect(std::string_view connection, int timeoutSeconds) {
       !SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_DBC, handles.environment, &handles.connection))) {
     throw DatabaseError(Fault::NoDriver, "the ODBC driver manager does not start");
   }
+  // Its result does not matter: a driver without this attribute connects all the same.
   SQLSetConnectAttrW(handles.connection, SQL_ATTR_LOGIN_TIMEOUT,
                      number(static_cast<SQLULEN>(timeoutSeconds)), 0);
   std::u16string text = toUtf16(connection);
@@ -60,11 +62,12 @@ void OdbcConnection::connect(std::string_view connection, int timeoutSeconds) {
                         SQL_NTS, reinterpret_cast<SQLWCHAR*>(completed.data()),
                         static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(result)) {
+    // Wide, since the driver's abilities are unknown before a connection exists.
     const OdbcDiagnosis diagnosis = diagnose(SQL_HANDLE_DBC, handles.connection, true);
     throw DatabaseError(faultOfConnect(diagnosis), diagnosis.message);
   }
   handles.connected = true;
-  completed.back() = 0;
+  completed.back() = 0;  // a driver may fill the buffer without a terminator
   completed_ = toUtf8(completed.data());
   wide_ = passesWideTexts();
   moreResults_ = has(SQL_API_SQLMORERESULTS);
@@ -76,7 +79,9 @@ bool OdbcConnection::has(unsigned short function) const {
          there == SQL_TRUE;
 }
 
-// The driver gives a statement back as it would send it.
+// SQLNativeSql returns a statement as the driver would send it. If characters beyond the narrow
+// character set come back changed, the driver has no wide texts. A driver without the function is
+// given the benefit of the doubt.
 bool OdbcConnection::passesWideTexts() const {
   std::u16string sql = u"SELECT '\u00E4\u4E2D\U0001F600'";
   std::array<char16_t, 64> back{};
@@ -100,6 +105,7 @@ void OdbcConnection::commit() {
     endTransaction(SQL_COMMIT);
   } catch (const DatabaseError& error) {
     if (error.fault() != Fault::ConnectionLost) throw;
+    // The server may have committed before the answer was lost.
     throw DatabaseError(Fault::CommitUnknown, error.what());
   }
 }
@@ -109,6 +115,7 @@ void OdbcConnection::rollback() {
   try {
     endTransaction(SQL_ROLLBACK);
   } catch (const DatabaseError& error) {
+    // The server rolls back what a lost connection leaves open.
     if (error.fault() != Fault::ConnectionLost) throw;
   }
 }
@@ -126,9 +133,11 @@ void OdbcConnection::setAutocommit(bool on) {
   if (!SQL_SUCCEEDED(result)) failConnection();
 }
 
+// The driver is asked, since a connection may be lost without any call having failed: some drivers
+// report the loss as the end of the rows.
 void OdbcConnection::needAlive() {
   if (!lost_ && isDead()) {
-    lost_ = DatabaseError(Fault::ConnectionLost, "the server has gone");
+    lost_ = DatabaseError(Fault::ConnectionLost, "the server is gone");
     inTransaction_ = false;
   }
   if (lost_) throw *lost_;
@@ -190,6 +199,7 @@ void OdbcConnection::failConnection() { fail(SQL_HANDLE_DBC, handles_->connectio
 
 void OdbcConnection::fail(short kind, void* handle) {
   const OdbcDiagnosis diagnosis = diagnose(kind, handle, wide_);
+  // Drivers report a broken connection under many states, so the connection itself is asked first.
   const DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfStatement(diagnosis),
                             diagnosis.message);
   noteFailure(error);
@@ -203,7 +213,7 @@ void OdbcConnection::noteFailure(const DatabaseError& error) {
   }
   const bool over = error.fault() == Fault::RolledBack || error.fault() == Fault::Aborted;
   if (over && inTransaction_) {
-    // Some engines have ended it already, others wait for the word.
+    // Some engines have ended it already; others wait for ROLLBACK and refuse everything else.
     inTransaction_ = false;
     SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
     SQLSetConnectAttrW(handles_->connection, SQL_ATTR_AUTOCOMMIT, number(SQL_AUTOCOMMIT_ON), 0);

@@ -1,10 +1,10 @@
 #pragma once
 
-// One connection to an ODBC source: its handles, its transaction, and what its failures mean. Once
-// the connection is lost it stays lost, and the transaction with it.
+// One connection to an ODBC source: its handles, its transaction, and the meaning of its failures.
+// Once the connection is lost it stays lost, and the transaction with it.
 //
-// Texts travel as UTF-16. A driver that knows no wide texts would get them by way of the driver
-// manager, which drops what its narrow character set does not have; such a driver gets UTF-8.
+// Texts travel as UTF-16. For a driver without wide texts the driver manager would convert them and
+// drop every character that the narrow character set lacks; such a driver gets UTF-8.
 
 #include "qxdesk/engines/database.h"
 
@@ -17,7 +17,7 @@ namespace qx::desk {
 
 class OdbcConnection {
  public:
-  /// Raises DatabaseError when the source does not answer within `timeoutSeconds`.
+  /// Connects; throws DatabaseError, also if the source does not answer within `timeoutSeconds`.
   OdbcConnection(std::string_view connection, int timeoutSeconds);
   ~OdbcConnection();
   OdbcConnection(const OdbcConnection&) = delete;
@@ -25,36 +25,37 @@ class OdbcConnection {
 
   void begin();
   void commit();
-  /// Of what went with the connection, too; later calls tell that it is lost.
+  /// Succeeds also if the connection is lost, since the transaction ended with it; later calls
+  /// report the loss.
   void rollback();
   bool inTransaction() const { return inTransaction_; }
   const std::optional<DatabaseError>& lost() const { return lost_; }
-  /// Raises when the connection is lost, also when nobody has noticed yet.
+  /// Throws DatabaseError if the connection is lost, also if no statement has failed yet.
   void needAlive();
 
-  /// The driver's own account of how it is connected: all of its options. Holds the password.
+  /// Returns the driver's own list of all its options. It contains the password.
   const std::string& completed() const { return completed_; }
 
-  /// How long a statement may run, where the driver takes that; 0 for ever.
+  /// The time that a statement may run, if the driver supports a limit; 0 is no limit.
   int statementTimeoutSeconds() const { return statementTimeoutSeconds_; }
   void setStatementTimeoutSeconds(int seconds) { statementTimeoutSeconds_ = seconds; }
 
-  /// Whether texts are UTF-16 on their way, else UTF-8.
+  /// True if texts travel as UTF-16, false for UTF-8.
   bool isWide() const { return wide_; }
 
-  /// Whether the driver tells of more than the first result of a statement.
+  /// True if the driver can return more than the first result of a statement.
   bool hasMoreResults() const { return moreResults_; }
 
-  /// Texts and numbers of SQLGetInfo.
+  /// Return a text or a number of SQLGetInfo; empty or 0 if the driver does not know it.
   std::string info(unsigned short which) const;
   unsigned infoNumber(unsigned short which) const;
 
-  /// A new statement handle; the caller releases it by SQLFreeHandle.
+  /// Returns a new statement handle; the caller releases it with SQLFreeHandle.
   void* newStatement();
-  /// SQLPrepare and SQLExecDirect.
+  /// Call SQLPrepare and SQLExecDirect and return their result.
   short prepare(void* statement, std::string& sql) const;
   short execute(void* statement, std::string& sql) const;
-  /// Raises the DatabaseError that the handle of a statement tells of.
+  /// Throws the DatabaseError of a statement handle's diagnostic record.
   [[noreturn]] void failStatement(void* statement);
 
  private:

@@ -21,9 +21,10 @@ constexpr std::string_view kPostgresDriver = "psqlodbc";
 
 std::string settingsOf(const CompanyEnvironment& environment) {
   return "SET client_min_messages = warning; "
-         // A process that waited for its turn to make the company must see what the other one made.
+         // A process that waited for its turn to make the company must see what the other process
+         // made; a stricter isolation would still show the empty database.
          "SET default_transaction_isolation = 'read committed'; "
-         // A comparison with NULL is neither true nor false.
+         // "x = NULL" is neither true nor false, as on the other engines.
          "SET transform_null_equals = off; "
          "SET lock_timeout = " +
          std::to_string(environment.busyTimeoutMs) + "; SELECT set_config('statement_timeout', '" +
@@ -42,7 +43,7 @@ class OdbcDatabase : public Database {
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
     return makeOdbcStatement(*connection_, sql);
   }
-  // A driver describes expressions, too.
+  // Nothing to probe: a driver reports the types of expressions as well.
   sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
   void begin() override { connection_->begin(); }
   void commit() override { connection_->commit(); }
@@ -65,6 +66,8 @@ class PostgresDatabase final : public OdbcDatabase {
                    const CompanyEnvironment& environment, bool readOnly)
       : OdbcDatabase(std::move(connection), {"\"", true}), catalog_(*this), readOnly_(readOnly) {
     needUtf8();
+    // First of all statements that change anything: settings made inside a transaction of the
+    // connection string would end with it.
     endForeignTransaction();
     execute(sql::kPostgresSettings);
     execute(settingsOf(environment));
@@ -78,7 +81,7 @@ class PostgresDatabase final : public OdbcDatabase {
   bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
 
  private:
-  // In any other encoding some letters would be refused one day, when they are first written.
+  // Another encoding would work until someone first writes a letter that it lacks.
   void needUtf8() {
     const std::string encoding = queryText("SHOW server_encoding");
     if (encoding == "UTF8") return;
@@ -86,8 +89,9 @@ class PostgresDatabase final : public OdbcDatabase {
                         "its encoding is " + encoding + "; make a database with ENCODING 'UTF8'");
   }
 
-  // Ends what the connection string's own statements began. The statement ROLLBACK would not do:
-  // where nothing is open, the driver takes it for the end of a failure and never tidies up again.
+  // Ends a transaction that the connection string's own statements began. The statement ROLLBACK
+  // does not do: if nothing is open, the driver takes it for the end of a failed transaction and
+  // never releases its prepared statements again.
   void endForeignTransaction() {
     begin();
     rollback();
@@ -104,7 +108,7 @@ class PlainDatabase final : public OdbcDatabase {
         tables_(this->connection()),
         savepoints_(*this, this->connection()) {}
 
-  Route route() const override { return Route::AsTheyStand; }
+  Route route() const override { return Route::Unchanged; }
   const EngineTables& tables() const override { return tables_; }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override {}
@@ -124,12 +128,13 @@ class PlainDatabase final : public OdbcDatabase {
   NoCatalog catalog_;
 };
 
-// A blank says that names cannot be quoted.
+// Drivers return a blank if the engine cannot quote names.
 std::string quoteOf(const OdbcConnection& connection) {
   const std::string quote = connection.info(SQL_IDENTIFIER_QUOTE_CHAR);
   return quote == " " ? std::string() : quote;
 }
 
+// Options of the driver can change the name of the product that it reports, but not its own name.
 bool isPostgres(const OdbcConnection& connection) {
   return connection.info(SQL_DBMS_NAME) == kPostgres ||
          connection.info(SQL_DRIVER_NAME).starts_with(kPostgresDriver);
@@ -140,7 +145,8 @@ struct PostgresConnection {
   bool readOnly = false;
 };
 
-// Connects anew with what the options lack. What a short account hides shows after the first time.
+// Connects anew with the corrected options. A short list of options hides most of them; it becomes
+// a full one with the first correction, so a second one may be needed.
 PostgresConnection withRightOptions(std::unique_ptr<OdbcConnection> opened, std::string text,
                                     int timeoutSeconds) {
   PostgresConnection result{std::move(opened)};
@@ -156,8 +162,8 @@ PostgresConnection withRightOptions(std::unique_ptr<OdbcConnection> opened, std:
   }
   if (more.empty()) return result;
   throw DatabaseError(Fault::Statement,
-                      "the driver does not take the options " + more.substr(1) +
-                          "; take other values for them out of the connection string");
+                      "the driver does not accept the options " + more.substr(1) +
+                          "; remove other values for them from the connection string");
 }
 
 }  // namespace
@@ -171,6 +177,7 @@ std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
     return std::make_unique<PostgresDatabase>(std::move(right.connection), environment,
                                               right.readOnly);
   }
+  // PostgreSQL gets its limit as a setting of the session instead.
   opened->setStatementTimeoutSeconds(environment.statementTimeoutSeconds);
   const std::string quote = quoteOf(*opened);
   return std::make_unique<PlainDatabase>(std::move(opened), NameStyle{quote, false});

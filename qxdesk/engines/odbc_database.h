@@ -1,7 +1,7 @@
 #pragma once
 
-// A company database behind ODBC. PostgreSQL is recognised by what its driver calls it; statements
-// of add-ons for it go through the front end. Any other source gets them as they stand.
+// A company database that ODBC reaches. PostgreSQL is recognised by the name that its driver
+// reports; statements of add-ons for it are translated. Any other source gets them unchanged.
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/engines/environment.h"
@@ -11,7 +11,7 @@
 
 namespace qx::desk {
 
-/// Raises DatabaseError.
+/// Connects with an ODBC connection string. Throws DatabaseError.
 std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
                                            const CompanyEnvironment& environment);
 

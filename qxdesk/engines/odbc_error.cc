@@ -20,7 +20,7 @@ struct Meaning {
   Fault fault;
 };
 
-// The longer ones ahead of the shorter.
+// Searched from the top, so whole states precede the two characters of their class.
 constexpr Meaning kMeanings[] = {
     {"57P01", Fault::ConnectionLost},  // an administrator ended it
     {"57P02", Fault::ConnectionLost},  // the server crashes
@@ -44,6 +44,7 @@ struct Hint {
   Fault fault;
 };
 
+// The words of the driver manager and of servers while a connection is made.
 constexpr Hint kConnectHints[] = {
     {"Can't open lib", Fault::NoDriver},
     {"too many clients", Fault::TooManyUsers},
@@ -57,7 +58,7 @@ constexpr Hint kConnectHints[] = {
     {"permission denied for database", Fault::NoRight},
 };
 
-// Of drivers that give the same state for everything.
+// The words of engines whose drivers report HY000 for everything.
 constexpr Hint kStatementHints[] = {
     {"is locked", Fault::Locked},
     {"readonly database", Fault::ReadOnly},
@@ -77,7 +78,7 @@ std::optional<OdbcDiagnosis> wideRecord(short kind, void* handle) {
                      reinterpret_cast<SQLWCHAR*>(message.data()),
                      static_cast<SQLSMALLINT>(message.size()), &length);
   if (!SQL_SUCCEEDED(result)) return std::nullopt;
-  message.back() = 0;
+  message.back() = 0;  // a driver may fill the buffer without a terminator
   return OdbcDiagnosis{toUtf8(std::u16string_view(state.data(), 5)), toUtf8(message.data())};
 }
 
@@ -109,10 +110,11 @@ void dropFront(std::string& text, std::string_view prefix) {
   if (text.starts_with(prefix)) text.erase(0, prefix.size());
 }
 
-// What servers send behind a message, each from a line of its own on.
+// Additions that servers send after a message, each beginning on its own line.
 constexpr std::string_view kRemarks[] = {"\nDETAIL: ", "\nHINT: "};
 
-// They become remarks in brackets. One may have several lines: it ends where the next one begins.
+// Turns the additions into remarks in brackets. One may have several lines: it ends where the next
+// one begins.
 void bracketRemarks(std::string& text) {
   for (const std::string_view mark : kRemarks) {
     const std::size_t at = text.find(mark);
@@ -126,7 +128,7 @@ void bracketRemarks(std::string& text) {
   }
 }
 
-// A break and the blanks around it become one blank.
+// Replaces a line break and the blanks around it by one blank.
 void joinLines(std::string& text) {
   std::string line;
   bool broken = false;
@@ -143,7 +145,7 @@ void joinLines(std::string& text) {
   text = std::move(line);
 }
 
-void dropBehind(std::string& text, std::string_view mark) {
+void dropFrom(std::string& text, std::string_view mark) {
   text.erase(std::min(text.find(mark), text.size()));
 }
 
@@ -152,7 +154,7 @@ void dropBehind(std::string& text, std::string_view mark) {
 OdbcDiagnosis diagnose(short kind, void* handle, bool wide) {
   std::optional<OdbcDiagnosis> record =
       wide ? wideRecord(kind, handle) : narrowRecord(kind, handle);
-  if (!record) return {"HY000", "the driver tells no reason"};
+  if (!record) return {"HY000", "the driver reports no reason"};
   record->message = engineWords(std::move(record->message));
   return *std::move(record);
 }
@@ -170,7 +172,7 @@ Fault faultOfStatement(const OdbcDiagnosis& diagnosis) {
 }
 
 Fault faultOfConnect(const OdbcDiagnosis& diagnosis) {
-  // Drivers give one state for all that a server says before a connection is there.
+  // Drivers report one state for every message of a server before the connection exists.
   if (const auto fault = faultOfWords(diagnosis.message, kConnectHints)) return *fault;
   switch (const Fault fault = faultOfState(diagnosis.state)) {
     case Fault::NoDriver:
@@ -187,15 +189,18 @@ Fault faultOfConnect(const OdbcDiagnosis& diagnosis) {
 }
 
 std::string engineWords(std::string message) {
+  // The driver manager and the driver each put "[name]" before the message.
   while (message.starts_with('[')) {
     const std::size_t close = message.find(']');
     if (close == std::string::npos) break;
     message.erase(0, close + 1);
   }
+  // In this order: the driver's own sentence is cut off before lines are joined, since the line
+  // break is part of its mark.
   dropFront(message, "ERROR: ");
   dropFront(message, "FATAL: ");
-  dropBehind(message, ";\nError while");
-  dropBehind(message, "\nError while");
+  dropFrom(message, ";\nError while");
+  dropFrom(message, "\nError while");
   bracketRemarks(message);
   joinLines(message);
   while (message.ends_with(' ')) message.pop_back();

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the five characters of an SQLSTATE mean, and the engine's words without the additions of
-// drivers.
+// The meaning of an SQLSTATE, and the engine's own message without what drivers add to it.
 
 #include "qxdesk/engines/database.h"
 
@@ -15,17 +14,20 @@ struct OdbcDiagnosis {
   std::string message;
 };
 
-/// The first record of a handle, of a driver with wide texts or with UTF-8.
+/// Reads the first diagnostic record of a handle; `wide` is false for a driver that takes UTF-8.
 OdbcDiagnosis diagnose(short kind, void* handle, bool wide);
 
-/// Fault::Statement for a state that says nothing of use.
+/// Returns the fault of an SQLSTATE; Fault::Statement for a state that says nothing of use.
 Fault faultOfState(std::string_view state);
-/// Why a statement or the end of a transaction failed; by the words where the state says nothing.
+/// Returns why a statement or the end of a transaction failed. The message decides if the state
+/// says nothing.
 Fault faultOfStatement(const OdbcDiagnosis& diagnosis);
-/// Why a connection did not come about; tells from the message what the state leaves open.
+/// Returns why a connection could not be made. The message decides first, since drivers give one
+/// state for most of these failures.
 Fault faultOfConnect(const OdbcDiagnosis& diagnosis);
 
-/// Without "[driver]" in front, "ERROR: " and what the driver adds behind; one line.
+/// Returns the message on one line, without the leading "[driver]" and "ERROR: " and without the
+/// driver's own sentence at the end.
 std::string engineWords(std::string message);
 
 }  // namespace qx::desk

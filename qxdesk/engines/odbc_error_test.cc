@@ -5,7 +5,7 @@
 namespace qx::desk {
 namespace {
 
-TEST(OdbcError, AStateTellsTheFault) {
+TEST(OdbcError, AStateDecidesTheFault) {
   const std::pair<const char*, Fault> kStates[] = {
       {"08S01", Fault::ConnectionLost}, {"08006", Fault::ConnectionLost},
       {"57P01", Fault::ConnectionLost}, {"57P02", Fault::ConnectionLost},
@@ -29,7 +29,7 @@ TEST(OdbcError, AStateTellsTheFault) {
   for (const auto& [state, fault] : kStates) EXPECT_EQ(faultOfState(state), fault) << state;
 }
 
-TEST(OdbcError, WhyThereIsNoConnectionIsReadFromTheWordsToo) {
+TEST(OdbcError, TheWordsDecideTheFaultOfAConnection) {
   EXPECT_EQ(faultOfConnect({"01000", "Can't open lib 'x.so' : file not found"}), Fault::NoDriver);
   EXPECT_EQ(faultOfConnect({"IM002", "Data source name not found"}), Fault::NoDriver);
   EXPECT_EQ(faultOfConnect({"08001", R"(FATAL:  password authentication failed for user "a")"}),
@@ -48,7 +48,7 @@ TEST(OdbcError, WhyThereIsNoConnectionIsReadFromTheWordsToo) {
     EXPECT_EQ(faultOfConnect({state, "?"}), Fault::NoServer) << state;
 }
 
-TEST(OdbcError, WhereTheStateSaysNothingTheWordsTellTheFault) {
+TEST(OdbcError, TheWordsDecideTheFaultOfAGeneralState) {
   EXPECT_EQ(faultOfStatement({"HY000", "database is locked (5)"}), Fault::Locked);
   EXPECT_EQ(faultOfStatement({"HY000", "database table is locked"}), Fault::Locked);
   EXPECT_EQ(faultOfStatement({"HY000", "attempt to write a readonly database"}), Fault::ReadOnly);
@@ -59,7 +59,7 @@ TEST(OdbcError, WhereTheStateSaysNothingTheWordsTellTheFault) {
   EXPECT_EQ(faultOfStatement({"22001", "the text 'x is locked' is too long"}), Fault::TooLong);
 }
 
-TEST(OdbcError, TheWordsAreTheEnginesAlone) {
+TEST(OdbcError, AdditionsOfDriversAreCutOff) {
   EXPECT_EQ(engineWords("ERROR: no;\nError while executing the query"), "no");
   EXPECT_EQ(engineWords("ERROR: no\nDETAIL: Key (a)=(1).;\nError while executing the query"),
             "no (Key (a)=(1).)");

@@ -13,6 +13,7 @@ std::string withEngineNames(std::string_view sql, const NameStyle& style) {
     result += sql.substr(0, start);
     sql.remove_prefix(start);
     if (sql.empty()) break;
+    // An unclosed quote takes the rest of the text.
     const char close = sql.front() == '[' ? ']' : sql.front();
     const std::size_t end = std::min(sql.find(close, 1), sql.size() - 1);
     const std::string_view part = sql.substr(0, end + 1);
@@ -37,6 +38,7 @@ bool hasEscape(std::string_view sql) {
       {"'", "'"}, {"\"", "\""}, {"[", "]"}, {"--", "\n"}, {"/*", "*/"}};
   while (!sql.empty()) {
     if (sql.front() == '{') return true;
+    // Doubled quotes need no care: the second one opens a new quoted part at once.
     const auto quote = std::find_if(std::begin(kQuotes), std::end(kQuotes),
                                     [&](const Quote& q) { return sql.starts_with(q.open); });
     std::size_t end = 1;

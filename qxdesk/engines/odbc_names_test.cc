@@ -14,7 +14,7 @@ TEST(OdbcNames, AreWrittenInTheStyleOfTheEngine) {
   EXPECT_EQ(withEngineNames("SELECT [Code] FROM [HVCOMP]", {"", false}), "SELECT Code FROM HVCOMP");
 }
 
-TEST(OdbcNames, ABraceIsAnEscapeOnlyWhereNothingQuotesIt) {
+TEST(OdbcNames, ABraceIsAnEscapeOnlyOutsideQuotes) {
   EXPECT_TRUE(hasEscape("SELECT {d '2024-01-31'}"));
   EXPECT_TRUE(hasEscape("SELECT '{' , {fn now()}"));
   EXPECT_TRUE(hasEscape("SELECT 'it''s' {"));
@@ -24,7 +24,7 @@ TEST(OdbcNames, ABraceIsAnEscapeOnlyWhereNothingQuotesIt) {
   EXPECT_FALSE(hasEscape(""));
 }
 
-TEST(OdbcNames, TextWithoutNamesStaysAsItIs) {
+TEST(OdbcNames, TextWithoutNamesIsUnchanged) {
   EXPECT_EQ(withEngineNames("", {}), "");
   EXPECT_EQ(withEngineNames("SELECT 1", {}), "SELECT 1");
   EXPECT_EQ(withEngineNames("'", {}), "'");

@@ -31,6 +31,7 @@ auto& at(Things& things, int index) {
   return things.at(static_cast<std::size_t>(index));
 }
 
+// A bound value. The driver keeps its address until the statement has run.
 struct Parameter {
   SQLSMALLINT cType = SQL_C_SBIGINT;
   SQLSMALLINT sqlType = SQL_BIGINT;
@@ -55,7 +56,7 @@ class OdbcStatement final : public Statement {
  public:
   OdbcStatement(OdbcConnection& connection, std::string_view sql)
       : connection_(connection), sql_(sql), statement_(connection.newStatement()) {
-    // What stands in braces is no escape for the driver to resolve.
+    // Braces in a statement are the author's text, not an ODBC escape for the driver to resolve.
     keepsBraces_ = take(SQL_ATTR_NOSCAN, SQL_NOSCAN_ON);
     const int seconds = connection_.statementTimeoutSeconds();
     if (seconds > 0) take(SQL_ATTR_QUERY_TIMEOUT, static_cast<SQLULEN>(seconds));
@@ -91,7 +92,7 @@ class OdbcStatement final : public Statement {
   std::string_view text(int column) const override;
 
  private:
-  /// Whether the driver takes an attribute as it is given.
+  /// Sets an attribute; returns true if the driver accepts exactly this value.
   bool take(SQLINTEGER attribute, SQLULEN value) {
     return SQLSetStmtAttrW(statement_, attribute, number(value), 0) == SQL_SUCCESS;
   }
@@ -110,7 +111,7 @@ class OdbcStatement final : public Statement {
   OdbcConnection& connection_;
   std::string sql_;
   SQLHSTMT statement_;
-  std::deque<Parameter> parameters_;  // their places are known to the driver
+  std::deque<Parameter> parameters_;  // a deque, since the driver knows their addresses
   bool keepsBraces_ = true;
   bool prepared_ = false;
   bool ran_ = false;
@@ -137,7 +138,7 @@ void OdbcStatement::bind(int parameter, std::string_view value) {
     place.cType = SQL_C_WCHAR;
     place.sqlType = SQL_WVARCHAR;
     place.wide = toUtf16(value);
-    place.size = std::max<SQLULEN>(1, place.wide.size());
+    place.size = std::max<SQLULEN>(1, place.wide.size());  // drivers refuse a size of 0
     place.length = static_cast<SQLLEN>(place.wide.size() * sizeof(char16_t));
   } else {
     place.cType = SQL_C_CHAR;
@@ -152,7 +153,7 @@ void OdbcStatement::bindDate(int parameter, std::string_view value) {
   Parameter& place = parameterAt(parameter) = {};
   place.cType = SQL_C_TYPE_TIMESTAMP;
   place.sqlType = SQL_TYPE_TIMESTAMP;
-  place.size = 19;
+  place.size = 19;  // characters of the stored form, that is without fractions of a second
   place.date = {static_cast<SQLSMALLINT>(digits(value, 0, 4)),
                 digits(value, 5, 2),
                 digits(value, 8, 2),
@@ -167,6 +168,7 @@ bool OdbcStatement::step() {
   if (columns_.empty() || ended_) return false;
   if (next_ == fetched_ && !fetchBatch()) {
     ended_ = true;
+    // A later statement of the batch may have failed; only reading on shows that.
     while (nextResult()) {
     }
     return false;
@@ -179,9 +181,11 @@ void OdbcStatement::run() {
   connection_.needAlive();
   if (!keepsBraces_ && hasEscape(sql_)) {
     throw DatabaseError(Fault::Statement,
-                        "the driver would rewrite what stands in braces in this statement; write "
-                        "it in the engine's own words, without braces");
+                        "the driver would rewrite the text between braces in this statement; "
+                        "write it in the engine's own SQL, without braces");
   }
+  // Without parameters in one step: preparing costs another round trip to the server, and not every
+  // engine prepares a batch of statements.
   if (parameters_.empty()) {
     const SQLRETURN result = connection_.execute(statement_, sql_);
     if (result != SQL_NO_DATA) check(result);
@@ -192,6 +196,7 @@ void OdbcStatement::run() {
   ended_ = false;
   fetched_ = 0;
   next_ = 0;
+  // A statement that runs again keeps its columns and their bindings.
   if (!bound_) describe();
   while (columns_.empty() && nextResult()) describe();
 }
@@ -216,7 +221,7 @@ void OdbcStatement::runPrepared() {
                            &parameter.length));
   }
   const SQLRETURN result = SQLExecute(statement_);
-  if (result != SQL_NO_DATA) check(result);  // a change of no rows
+  if (result != SQL_NO_DATA) check(result);  // SQL_NO_DATA: the change affected no rows
 }
 
 void OdbcStatement::describe() {
@@ -234,6 +239,8 @@ void OdbcStatement::bindColumns() {
   const bool anyCell = (connection_.infoNumber(SQL_GETDATA_EXTENSIONS) & kAnyCell) == kAnyCell;
   const bool allFit = std::all_of(columns_.begin(), columns_.end(),
                                   [](const OdbcColumn& column) { return column.alwaysFits(); });
+  // SQLGetData on a bound column of a batch is an optional ability. Without it a text that did not
+  // fit its place could not be read again.
   batchSize_ = anyCell || allFit ? kBatchRows : 1;
   states_.assign(batchSize_, SQL_ROW_NOROW);
   check(SQLSetStmtAttrW(statement_, SQL_ATTR_ROW_ARRAY_SIZE, number(batchSize_), 0));
@@ -245,7 +252,7 @@ void OdbcStatement::bindColumns() {
 
 bool OdbcStatement::fetchBatch() {
   next_ = 0;
-  fetched_ = 0;
+  fetched_ = 0;  // the driver writes it during SQLFetch
   const SQLRETURN result = SQLFetch(statement_);
   if (result == SQL_NO_DATA) {
     // Some drivers report the end of the connection as the end of the rows.
@@ -263,6 +270,7 @@ void OdbcStatement::loadRow() {
     if (batchSize_ == 1) {
       columns_[i].fetch(cells_[i]);
     } else if (!columns_[i].read(row, cells_[i])) {
+      // SQLGetData reads from the current row of the batch, which SQLSetPos sets.
       check(SQLSetPos(statement_, static_cast<SQLSETPOSIROW>(row + 1), SQL_POSITION,
                       SQL_LOCK_NO_CHANGE));
       columns_[i].fetch(cells_[i]);
@@ -270,6 +278,8 @@ void OdbcStatement::loadRow() {
   }
 }
 
+// A value is converted as SQLite would do it: callers of our own statements ask for the kind that
+// they need, whatever type the source chose for the column.
 std::int64_t OdbcStatement::integer(int column) const {
   const OdbcCell& cell = at(cells_, column);
   std::int64_t value = 0;

@@ -8,8 +8,8 @@
 
 namespace qx::desk {
 
-/// Opens a file or an ODBC source, see qxdesk/session/database_name.h. Raises CompanyError with
-/// kOpenFailed, and DatabaseError.
+/// Opens a file or an ODBC source, named as in qxdesk/session/database_name.h. Throws CompanyError
+/// with kOpenFailed, and DatabaseError.
 std::unique_ptr<Database> openDatabase(const std::string& database,
                                        const CompanyEnvironment& environment);
 

@@ -16,6 +16,7 @@ struct Spelling {
   std::string_view set, rollBack, release;
 };
 
+// The last one has no release: such a savepoint ends with its transaction.
 constexpr std::array<Spelling, 3> kSpellings{{
     {"SAVEPOINT qx_change", "ROLLBACK TO SAVEPOINT qx_change", "RELEASE SAVEPOINT qx_change"},
     {"SAVEPOINT qx_change ON ROLLBACK RETAIN CURSORS", "ROLLBACK TO SAVEPOINT qx_change",
@@ -35,8 +36,10 @@ void PlainSavepoints::set() {
 }
 
 void PlainSavepoints::find() {
+  // A savepoint is of no use if the engine commits the transaction when a table changes.
   if (connection_.infoNumber(SQL_TXN_CAPABLE) != SQL_TC_ALL) {
-    none_ = DatabaseError(Fault::NoSavepoints, "it does not keep such changes in transactions");
+    none_ =
+        DatabaseError(Fault::NoSavepoints, "it does not keep changes of tables in transactions");
     return;
   }
   for (std::size_t i = 0; i < kSpellings.size(); ++i) {
@@ -47,7 +50,7 @@ void PlainSavepoints::find() {
       return;
     } catch (const DatabaseError& error) {
       if (error.fault() != Fault::Statement) throw;
-      // The first is the standard's, and what is said of it says most.
+      // The first spelling is the standard's, so the refusal of it explains most.
       if (i == 0) none_ = DatabaseError(Fault::NoSavepoints, error.what());
     }
   }

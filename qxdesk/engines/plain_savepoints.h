@@ -1,7 +1,7 @@
 #pragma once
 
-// A point in a transaction to which an engine about which nothing is known can be rolled back.
-// Engines spell it differently or have none, so the spellings are tried until one is taken.
+// Savepoints of an engine about which nothing is known. Engines spell them differently or have
+// none, so each spelling is tried until the engine accepts one.
 
 #include "qxdesk/engines/database.h"
 
@@ -14,12 +14,14 @@ class OdbcConnection;
 
 class PlainSavepoints {
  public:
-  /// Both must outlive this.
+  /// Both must outlive this object.
   PlainSavepoints(Database& database, const OdbcConnection& connection)
       : database_(database), connection_(connection) {}
 
-  /// Raises NoSavepoints, also where a change of a table ends the transaction.
+  /// Throws DatabaseError with NoSavepoints if the engine has none, or if it ends the transaction
+  /// when a table changes.
   void set();
+  /// Valid after set(); rollBack() also releases the savepoint.
   void rollBack();
   void release();
 
@@ -28,8 +30,8 @@ class PlainSavepoints {
 
   Database& database_;
   const OdbcConnection& connection_;
-  std::optional<std::size_t> spelling_;
-  std::optional<DatabaseError> none_;
+  std::optional<std::size_t> spelling_;  // index of the one that the engine accepted
+  std::optional<DatabaseError> none_;    // set once all were refused
 };
 
 }  // namespace qx::desk

@@ -1,7 +1,10 @@
 #include "qxdesk/engines/plain_savepoints.h"
 
-#include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/atomic_change.h"
 #include "qxdesk/engines/open_database.h"
+#include "qxdesk/engines/test_support.h"
+
+#include <gtest/gtest.h>
 
 namespace qx::desk {
 namespace {
@@ -12,7 +15,7 @@ class PlainSavepointsTest : public testing::Test {
     database = openDatabase("odbc:Driver=" QX_SCRIPTED_DRIVER ";" + options, testEnvironment());
   }
   std::string log() { return database->queryText("LOG"); }
-  /// What a change within a transaction is refused with; empty when it is not.
+  /// The words with which a change within a transaction is refused; empty if it is not.
   std::string refusal() {
     database->begin();
     std::string words;
@@ -30,13 +33,13 @@ class PlainSavepointsTest : public testing::Test {
   std::unique_ptr<Database> database;
 };
 
-TEST_F(PlainSavepointsTest, AreWrittenAsTheStandardHasThem) {
+TEST_F(PlainSavepointsTest, AreWrittenAsInTheStandard) {
   open("");
   EXPECT_EQ(refusal(), "");
   EXPECT_EQ(log(), "SAVEPOINT qx_change|RELEASE SAVEPOINT qx_change|rollback|");
 }
 
-TEST_F(PlainSavepointsTest, AreTriedInOtherWordsOnceWhereTheEngineDoesNotTakeThese) {
+TEST_F(PlainSavepointsTest, AreTriedOnceInEachSpellingUntilTheEngineAcceptsOne) {
   open("Refuse=SAVEPOINT");
   EXPECT_EQ(refusal(), "");
   EXPECT_EQ(refusal(), "");
@@ -45,7 +48,7 @@ TEST_F(PlainSavepointsTest, AreTriedInOtherWordsOnceWhereTheEngineDoesNotTakeThe
             "SAVE TRANSACTION qx_change|rollback|SAVE TRANSACTION qx_change|rollback|");
 }
 
-TEST_F(PlainSavepointsTest, AreRolledBackInTheSameWords) {
+TEST_F(PlainSavepointsTest, AreRolledBackInTheSameSpelling) {
   open("Refuse=SAVEPOINT");
   database->begin();
   { const AtomicChange change(*database); }
@@ -53,7 +56,7 @@ TEST_F(PlainSavepointsTest, AreRolledBackInTheSameWords) {
       << log();
 }
 
-TEST_F(PlainSavepointsTest, AreToldAsMissingWhereTheEngineHasNone) {
+TEST_F(PlainSavepointsTest, AreReportedAsMissingIfTheEngineHasNone) {
   open("Refuse=SAVEPOINT,SAVE ");
   EXPECT_EQ(refusal(), "syntax error near SAVEPOINT");
   const std::string before = log();
@@ -61,13 +64,13 @@ TEST_F(PlainSavepointsTest, AreToldAsMissingWhereTheEngineHasNone) {
   EXPECT_EQ(log(), before + "rollback|");
 }
 
-TEST_F(PlainSavepointsTest, AreNotTriedWhereAChangeOfATableEndsTheTransaction) {
+TEST_F(PlainSavepointsTest, AreNotTriedIfAChangeOfATableEndsTheTransaction) {
   open("Tables=commit");
-  EXPECT_EQ(refusal(), "it does not keep such changes in transactions");
+  EXPECT_EQ(refusal(), "it does not keep changes of tables in transactions");
   EXPECT_EQ(log(), "rollback|");
 }
 
-TEST_F(PlainSavepointsTest, AreNotNeededOutsideOfATransaction) {
+TEST_F(PlainSavepointsTest, AreNotNeededOutsideATransaction) {
   open("Tables=commit;Refuse=SAVE");
   AtomicChange change(*database);
   change.commit();

@@ -13,7 +13,7 @@ namespace qx::desk {
 
 namespace {
 
-// A handle for the driver's own questions and answers.
+// A handle for questions that the driver answers itself, such as its types.
 class DriverQuestion {
  public:
   explicit DriverQuestion(OdbcConnection& connection)
@@ -24,7 +24,8 @@ class DriverQuestion {
 
   SQLHSTMT handle() const { return statement_; }
 
-  /// The texts of some columns of the answer, in ascending order, row by row.
+  /// Returns the texts of some columns row by row; `columns` must ascend, since some drivers read
+  /// the cells of a row in order only.
   std::vector<std::vector<std::string>> answer(SQLRETURN asked,
                                                std::initializer_list<SQLUSMALLINT> columns) {
     std::vector<std::vector<std::string>> rows;
@@ -33,6 +34,7 @@ class DriverQuestion {
       std::vector<std::string>& row = rows.emplace_back();
       for (const SQLUSMALLINT column : columns) row.push_back(text(column));
     }
+    // SQLFetch may report a lost connection as the end of the rows.
     connection_.needAlive();
     return rows;
   }
@@ -50,16 +52,16 @@ class DriverQuestion {
 
 struct Offer {
   SQLSMALLINT type;
-  std::string_view parameters = {};  // behind the name, "%" for the length
+  std::string_view parameters = {};  // follow the name; "%" is the length
 };
 
 struct Wish {
   ColumnKind kind;
   std::vector<Offer> types;
-  std::string_view standard;  // for a driver that tells none of them
+  std::string_view standard;  // for a driver that reports none of them
 };
 
-// The best first.
+// The types that suit each kind of column, the best first.
 const std::vector<Wish>& wishes() {
   static const std::vector<Wish> all{
       {ColumnKind::Text, {{SQL_WVARCHAR, "(%)"}, {SQL_VARCHAR, "(%)"}}, "VARCHAR(%)"},
@@ -97,6 +99,8 @@ bool PlainTables::exists(Database&, std::string_view table) const {
 
 bool PlainTables::any(Database&) const { return !tableNames().empty(); }
 
+// Reads all names and compares them here: a pattern for SQLTables would take "_" for any character,
+// and the driver's idea of case is unknown.
 std::vector<std::string> PlainTables::tableNames() const {
   DriverQuestion question(connection_);
   std::u16string kind = u"TABLE";
@@ -123,7 +127,7 @@ std::string PlainTables::typeOf(const ColumnLayout& column) const {
   return type;
 }
 
-// The default ahead of the obligation, as the standard has it.
+// The default precedes NOT NULL, as in the standard.
 std::string PlainTables::declaration(const ColumnLayout& column) const {
   return typeOf(column) + defaultClause(column, "CURRENT_TIMESTAMP") +
          (column.mandatory ? " NOT NULL" : "");

@@ -8,16 +8,17 @@ namespace qx::desk {
 
 class OdbcConnection;
 
-/// Tables of a source about which nothing is known but what its driver tells: the names of its
-/// types, and the tables that there are. A column that changes is made anew with its table.
+/// Tables of a source about which only its driver gives information: the names of its types, and
+/// the existing tables. If a column changes, its table is made anew.
 class PlainTables final : public EngineTables {
  public:
-  /// Asks the driver for its types. The connection must outlive this.
+  /// Asks the driver for its types. The connection must outlive this object.
   explicit PlainTables(OdbcConnection& connection);
 
   bool exists(Database& database, std::string_view table) const override;
   bool any(Database& database) const override;
-  // Nothing that all sources have; what two processes do at once, the keys of the tables refuse.
+  // No lock is common to all sources. If two processes do the same at once, the primary keys of the
+  // dictionary refuse the second one.
   void lock(Database&) const override {}
   void addColumn(Database& database, const TableLayout& table,
                  const ColumnLayout& column) const override;
@@ -29,7 +30,7 @@ class PlainTables final : public EngineTables {
   std::string typeOf(const ColumnLayout& column) const;
 
   OdbcConnection& connection_;
-  /// "varchar(%)" with a place for the length, by kind.
+  /// The type by kind, such as "varchar(%)" with "%" for the length.
   std::map<ColumnKind, std::string> types_;
 };
 

@@ -7,7 +7,7 @@ namespace qx::desk {
 
 namespace {
 
-// By the numbers of the types, which never change.
+// The numbers of built-in types never change, unlike their names, which have synonyms.
 sql::ColumnType typeOf(std::int64_t oid) {
   switch (oid) {
     case 20:  // int8
@@ -60,6 +60,8 @@ const PostgresCatalog::Columns& PostgresCatalog::columnsOf(std::string_view tabl
   return found->second;
 }
 
+// to_regclass returns null for an unknown table, so that the answer is empty and not a failure.
+// The name is folded already, and quoted so that the server does not parse it.
 PostgresCatalog::Columns PostgresCatalog::read(const std::string& table) const {
   const auto row = database_.prepare(
       "SELECT attname, CAST(atttypid AS bigint) FROM pg_attribute "

@@ -1,5 +1,7 @@
 #pragma once
 
+// The types of the columns in a PostgreSQL database, for the translator.
+
 #include "qxdesk/sql/column_type.h"
 
 #include <map>
@@ -9,16 +11,16 @@ namespace qx::desk {
 
 class Database;
 
-/// The types of the columns in a PostgreSQL database, read table by table when they are asked for.
+/// Reads each table when it is first asked for, and keeps what it read.
 class PostgresCatalog final : public sql::Catalog {
  public:
   explicit PostgresCatalog(Database& database) : database_(database) {}
 
-  /// Raises DatabaseError.
+  /// Throws DatabaseError.
   sql::ColumnType columnType(std::string_view table, std::string_view column) const override;
-  /// Raises DatabaseError. False for a table without any column, too.
+  /// Returns false also for a table without any column. Throws DatabaseError.
   bool lacksColumn(std::string_view table, std::string_view column) const override;
-  /// What was read; other processes may have changed it.
+  /// Forgets everything that was read, since other processes may have changed it.
   void forget() { tables_.clear(); }
 
  private:

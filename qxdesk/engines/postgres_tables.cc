@@ -6,10 +6,11 @@ namespace qx::desk {
 
 namespace {
 
-constexpr std::size_t kMaxName = 63;
+constexpr std::size_t kMaxName = 63;  // bytes; the server cuts longer names with a notice
 constexpr std::string_view kNow = "localtimestamp(0)";
 
-// Names of tables and columns are folded, those of checks are for reading and stay as they are.
+// Names of tables and columns are folded. Names of checks appear in messages, so they are quoted
+// and keep their case.
 std::string checkName(const ColumnLayout& column, std::string_view promise) {
   std::string name = column.name + ": " + std::string(promise);
   name.resize(std::min(name.size(), kMaxName));
@@ -34,8 +35,9 @@ std::string promiseOf(const ColumnLayout& column) {
   }
 }
 
-// A type of limited length would cut blanks off silently and not name the column, and one of
-// limited places would round. A decimal is one that reads as a double, so neither infinite nor NaN.
+// Checks instead of limited types: varchar(n) cuts off blanks silently and does not name the column
+// in its refusal, and numeric(p,s) rounds. A decimal must read as a double, so it is neither
+// infinite nor NaN.
 std::string checkOf(const ColumnLayout& column) {
   const std::string name = bracketed(column.name);
   switch (column.kind) {
@@ -53,6 +55,7 @@ std::string checkOf(const ColumnLayout& column) {
   }
 }
 
+// COLLATE "C" compares texts byte by byte, as the embedded engine does.
 std::string typeOf(ColumnKind kind) {
   switch (kind) {
     case ColumnKind::Memo:
@@ -69,7 +72,7 @@ std::string typeOf(ColumnKind kind) {
   }
 }
 
-// "@QX" as to_regclass reads it.
+// to_regclass parses its argument as SQL, so the name is quoted within the literal.
 std::string tableId(std::string_view table) {
   return "to_regclass(" + quotedText("\"" + lowerName(table) + "\"") + ")";
 }
@@ -85,6 +88,7 @@ class PostgresTables final : public EngineTables {
                "relnamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema())") >
            0;
   }
+  // An advisory lock is released with the transaction, however that ends.
   void lock(Database& database) const override {
     database.execute("SELECT pg_advisory_xact_lock(hashtext('company tables'))");
   }
@@ -102,7 +106,7 @@ class PostgresTables final : public EngineTables {
   }
 };
 
-// Type and name stay, so it is the check, the default and the obligation that change.
+// The type and the name of a column never change, only its check, its default and its obligation.
 EngineTables::Keys PostgresTables::changeColumn(Database& database, const TableLayout& table,
                                                 const ColumnLayout& before) const {
   const ColumnLayout& now = columnNamed(table, before.name);

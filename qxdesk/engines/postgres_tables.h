@@ -4,8 +4,8 @@
 
 namespace qx::desk {
 
-/// Its own types; what they do not promise as the embedded engine does stands in named checks, so
-/// that a value is refused on both or on none.
+/// Returns the tables of PostgreSQL. They have its own types; named checks add the limits of the
+/// embedded engine's types, so that a value is refused by both engines or by neither.
 const EngineTables& postgresTables();
 
 }  // namespace qx::desk

@@ -1,13 +1,12 @@
 #include "qxdesk/engines/row_store.h"
 
-#include "qxframework/automation/ole_date_time.h"
+#include "qxdesk/engines/stored_date.h"
 #include "qxframework/automation/text.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -16,13 +15,15 @@ namespace qx::desk {
 
 namespace {
 
+// Add-ons read whole numbers as VT_I4; one that does not fit becomes a double.
 CComVariant integerValue(std::int64_t value) {
   const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&
                     value <= std::numeric_limits<std::int32_t>::max();
   return fits ? CComVariant(static_cast<long>(value)) : CComVariant(static_cast<double>(value));
 }
 
-/// Units from bytes; false where a byte is beyond ASCII.
+// Writes each byte as a unit; returns false if one is not ASCII. It does not stop early: without a
+// branch in the loop the compiler uses vector instructions.
 bool widen(std::string_view ascii, BSTR out) {
   unsigned char seen = 0;
   for (std::size_t i = 0; i < ascii.size(); ++i) {
@@ -33,6 +34,8 @@ bool widen(std::string_view ascii, BSTR out) {
   return seen < 0x80;
 }
 
+// Most texts are ASCII. They are widened straight into the new string; only the others pay for a
+// conversion and a second allocation.
 CComVariant textValue(std::string_view utf8) {
   CComVariant value;
   value.bstrVal = SysAllocStringLen(nullptr, static_cast<UINT>(utf8.size()));
@@ -49,8 +52,8 @@ CComVariant numberText(Number number) {
   return textValue({text.data(), static_cast<std::size_t>(end - text.data())});
 }
 
-// The text as it stands where it is no number, as a table may hold that this component did not
-// make.
+// A text that is no number is returned unchanged: a table that another program made may hold any
+// value in any column.
 CComVariant numberOfText(std::string_view text, sql::ColumnType type) {
   double real = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), real);
@@ -68,44 +71,19 @@ CComVariant fromInteger(std::int64_t value, sql::ColumnType type) {
 
 CComVariant fromReal(double value, sql::ColumnType type) {
   if (type == sql::ColumnType::Text) return numberText(value);
-  // An engine may give a sum of whole numbers a wider type.
+  // An engine may return the sum of whole numbers in a wider type.
   const bool whole = type == sql::ColumnType::Integer && value == std::trunc(value) &&
                      std::abs(value) <= std::numeric_limits<std::int32_t>::max();
   return whole ? CComVariant(static_cast<long>(value)) : CComVariant(value);
 }
 
-// A text in a column of dates is none.
+// A text in a column of dates is not a date; appendText() has already tried.
 CComVariant fromText(std::string_view text, sql::ColumnType type) {
   const bool number = type == sql::ColumnType::Integer || type == sql::ColumnType::Decimal;
   return number ? numberOfText(text, type) : textValue(text);
 }
 
-/// Reads the signs of a text one after the other; once something is not as it should be, all of it
-/// is wrong.
-class Scan {
- public:
-  explicit Scan(const char* text) : at_(text) {}
-  int number(int digits) {
-    int value = 0;
-    for (; digits > 0; --digits) {
-      const int digit = *at_++ - '0';
-      good_ &= digit >= 0 && digit <= 9;
-      value = value * 10 + digit;
-    }
-    return value;
-  }
-  int numberBehind(char sign, int digits) {
-    good_ &= *at_++ == sign;
-    return number(digits);
-  }
-  bool isGood() const { return good_; }
-
- private:
-  const char* at_;
-  bool good_ = true;
-};
-
-// Some engines calculate on with what has become infinite, where others refuse.
+// Some engines continue to calculate with infinite values, where others refuse.
 double finite(double value) {
   if (std::isfinite(value)) return value;
   throw DatabaseError(Fault::OutOfRange, "not a finite number");
@@ -113,7 +91,8 @@ double finite(double value) {
 
 }  // namespace
 
-// Its length stands in front of a text.
+// The length precedes the text, so that a cell needs the address only. memcpy, because a place is
+// not aligned.
 const char* TextBlocks::keep(std::string_view text) {
   const auto length = static_cast<std::uint32_t>(text.size());
   char* const place = take(sizeof length + text.size());
@@ -131,6 +110,7 @@ std::string_view TextBlocks::textAt(const char* place) {
 char* TextBlocks::take(std::size_t size) {
   constexpr std::size_t kLargestBlock = 64 * 1024;
   if (size > room_) {
+    // The rest of the old block stays unused.
     room_ = std::max(nextBlock_, size);
     blocks_.push_back(std::make_unique_for_overwrite<char[]>(room_));
     free_ = blocks_.back().get();
@@ -161,6 +141,7 @@ void RowStore::append(const Statement& statement) {
 }
 
 RowStore::Cell& RowStore::newCell(Kind kind) {
+  // A new block is not initialised, since each cell is written before it is read.
   const std::size_t place = cellCount_ % Block::kCells;
   if (place == 0) blocks_.push_back(std::make_unique_for_overwrite<Block>());
   ++cellCount_;
@@ -179,11 +160,13 @@ void RowStore::appendText(std::string_view utf8) { appendText(cellCount_ % colum
 
 void RowStore::appendText(std::size_t column, std::string_view utf8) {
   if (columns_[column].type == sql::ColumnType::Date) {
+    // Read once here instead of at every look at the cell, and without keeping the text.
     if (const std::optional<DATE> date = dateOfStored(utf8)) {
       newCell(Kind::Date).real = *date;
       return;
     }
   }
+  // Before newCell: if memory runs out here, no cell without a text remains.
   const char* const place = texts_.keep(utf8);
   newCell(Kind::Text).text = place;
 }
@@ -225,33 +208,6 @@ CComVariant RowStore::emptyValue(std::size_t column) const {
     default:
       return textValue({});
   }
-}
-
-std::optional<DATE> dateOfStored(std::string_view text) {
-  constexpr std::size_t kDateLength = 10;
-  constexpr std::size_t kFullLength = 19;
-  if (text.size() != kFullLength && text.size() != kDateLength) return std::nullopt;
-  Scan scan(text.data());
-  CivilTime time{};
-  time.year = scan.number(4);
-  time.month = scan.numberBehind('-', 2);
-  time.day = scan.numberBehind('-', 2);
-  if (text.size() == kFullLength) {
-    time.hour = scan.numberBehind(' ', 2);
-    time.minute = scan.numberBehind(':', 2);
-    time.second = scan.numberBehind(':', 2);
-  }
-  return scan.isGood() ? dateFromCivil(time) : std::nullopt;
-}
-
-std::optional<std::string> storedOfDate(DATE date) {
-  const std::optional<CivilTime> time = civilFromDate(date);
-  if (!time) return std::nullopt;
-  std::array<char, 32> text{};
-  const int length =
-      std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d", time->year,
-                    time->month, time->day, time->hour, time->minute, time->second);
-  return std::string(text.data(), static_cast<std::size_t>(length));
 }
 
 }  // namespace qx::desk

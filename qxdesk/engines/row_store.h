@@ -1,11 +1,11 @@
 #pragma once
 
-// The rows of one query, all of them, in compact form: a cell is 9 bytes, texts lie behind each
-// other in blocks. What is there never moves while rows are appended, so that many rows cost no
-// more than their own room. A cell becomes a tagged value only when it is asked for.
+// All rows of one query in compact form: a cell takes 9 bytes, texts follow each other in blocks.
+// Nothing moves while rows are appended, so many rows cost no more than their own memory. A cell
+// becomes a tagged value only when it is asked for.
 //
-// A column has one kind of value, also for its nulls, because add-ons read a null as the empty
-// value of the kind: text as empty text, numbers as 0, dates as the date 0.0.
+// A column has one kind of value, also for its nulls: add-ons read a null as the empty value of the
+// kind, which is empty text, 0, or the date 0.0.
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/sql/column_type.h"
@@ -28,7 +28,7 @@ struct RowColumn {
 /// Keeps texts, each in one piece, for as long as it lives.
 class TextBlocks {
  public:
-  /// Where the copy stands, for textAt.
+  /// Copies a text and returns its place, for textAt().
   const char* keep(std::string_view text);
   static std::string_view textAt(const char* place);
 
@@ -48,20 +48,21 @@ class RowStore {
 
   /// Appends the current row of `statement`, which has as many columns.
   void append(const Statement& statement);
-  /// Append one cell; a row is complete when every column has got its cell.
+  /// Append one cell; a row is complete once every column has its cell.
   void appendNull();
   void appendInteger(std::int64_t value);
-  /// Raises DatabaseError with OutOfRange for what is not finite.
+  /// Throws DatabaseError with OutOfRange for a number that is not finite.
   void appendReal(double value);
   void appendText(std::string_view utf8);
 
   std::size_t rowCount() const { return columns_.empty() ? 0 : cellCount_ / columns_.size(); }
   std::size_t columnCount() const { return columns_.size(); }
   const std::u16string& name(std::size_t column) const { return columns_[column].name; }
-  /// The first column of that name, in any case; columnCount() when there is none.
+  /// Returns the first column of that name, in any case, or columnCount() if there is none.
   std::size_t find(std::u16string_view name) const;
+  /// Returns the cell in the type of its column, if the stored value can be read so.
   CComVariant value(std::size_t row, std::size_t column) const;
-  /// What a null of the column reads as.
+  /// Returns the value as which a null of the column reads.
   CComVariant emptyValue(std::size_t column) const;
 
  private:
@@ -85,11 +86,5 @@ class RowStore {
   std::size_t cellCount_ = 0;
   TextBlocks texts_;
 };
-
-/// The date of the stored form "YYYY-MM-DD HH:MM:SS", also without the time; nothing for any other
-/// text.
-std::optional<DATE> dateOfStored(std::string_view text);
-/// The stored form of a date.
-std::optional<std::string> storedOfDate(DATE date);
 
 }  // namespace qx::desk

@@ -1,14 +1,14 @@
-// An ODBC driver for tests that plays engines which are not at hand. Its connection string says
-// what it lacks, its statements say what becomes of them:
+// An ODBC driver for tests that plays engines which are not installed. Its connection string names
+// what the engine lacks, and each statement names its own result:
 //
 //   ROW text      a result of one row with one text column
 //   NOTHING       a result without columns, as of a change
 //   FAIL state    a failure
-//   LOG           the statements that this connection was given before, as one row
-//   TIMEOUT       the seconds that this statement may take
+//   LOG           the earlier statements of this connection, as one row
+//   TIMEOUT       the time limit of this statement in seconds
 //   a;b           one result after the other
 //
-// Any other statement is taken as a change, but for those that begin with a word of `Refuse`.
+// Any other statement counts as a change. Those that begin with a word of the option `Refuse` fail.
 
 #include <sql.h>
 #include <sqlext.h>
@@ -70,7 +70,7 @@ SQLRETURN fail(Thing& thing, const std::string& state, const std::string& words)
   return SQL_ERROR;
 }
 
-/// The refused word with which a statement begins.
+/// Returns the refused word with which a statement begins, if any.
 std::optional<std::string> refusedWord(const Connection& connection, const std::string& sql) {
   std::string words = optionOf(connection, "Refuse");
   while (!words.empty()) {
@@ -116,8 +116,8 @@ SQLRETURN giveText(const std::string& text, SQLPOINTER place, SQLLEN room, SQLLE
   return shown == text.size() ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
 }
 
-SQLRETURN tell(const std::optional<Failure>& failure, SQLCHAR* state, SQLCHAR* words,
-               SQLSMALLINT room, SQLSMALLINT* length) {
+SQLRETURN report(const std::optional<Failure>& failure, SQLCHAR* state, SQLCHAR* words,
+                 SQLSMALLINT room, SQLSMALLINT* length) {
   if (!failure) return SQL_NO_DATA;
   giveText(failure->state, state, 6, nullptr);
   SQLLEN all = 0;
@@ -262,7 +262,8 @@ SQLRETURN SQL_API SQLFetch(SQLHSTMT handle) {
   return SQL_SUCCESS;
 }
 
-// The manager asks for wide texts where the caller does; the texts of tests are ASCII.
+// The driver manager asks for wide texts if the caller does. The texts of tests are ASCII, so a
+// copy unit by unit converts them.
 SQLRETURN SQL_API SQLGetData(SQLHSTMT handle, SQLUSMALLINT, SQLSMALLINT type, SQLPOINTER place,
                              SQLLEN room, SQLLEN* length) {
   const Statement& statement = statementOf(handle);
@@ -283,11 +284,11 @@ SQLRETURN SQL_API SQLGetDiagRec(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT 
                                 SQLSMALLINT room, SQLSMALLINT* length) {
   if (number != 1 || kind == SQL_HANDLE_ENV) return SQL_NO_DATA;
   if (native != nullptr) *native = 1;
-  return kind == SQL_HANDLE_DBC ? tell(connectionOf(handle).failure, state, words, room, length)
-                                : tell(statementOf(handle).failure, state, words, room, length);
+  return kind == SQL_HANDLE_DBC ? report(connectionOf(handle).failure, state, words, room, length)
+                                : report(statementOf(handle).failure, state, words, room, length);
 }
 
-// The manager asks a driver for its failures only when it has this one, too.
+// The driver manager asks for failures only if the driver exports this function, too.
 SQLRETURN SQL_API SQLGetDiagField(SQLSMALLINT, SQLHANDLE, SQLSMALLINT, SQLSMALLINT, SQLPOINTER,
                                   SQLSMALLINT, SQLSMALLINT*) {
   return SQL_NO_DATA;

@@ -16,7 +16,7 @@ namespace qx::desk {
 
 namespace {
 
-// Between two tries for a lock.
+// The pause between two attempts to get a lock.
 constexpr int kBusyPauseMs = 10;
 
 struct ConnectionCloser {
@@ -29,6 +29,8 @@ struct BusyWait {
   int timeoutMs = 0;
 };
 
+// The engine calls this while a lock is taken; 0 gives up. Its own sqlite3_busy_timeout would sleep
+// by itself, which a test could not control.
 int waitForLock(void* data, int tries) {
   const BusyWait& wait = *static_cast<BusyWait*>(data);
   if (tries >= wait.timeoutMs / kBusyPauseMs) return 0;
@@ -36,6 +38,7 @@ int waitForLock(void* data, int tries) {
   return 1;
 }
 
+// The engine's own UPPER and LOWER know ASCII letters only.
 std::string upperCase(std::string_view text) { return toUtf8(toUpper(toUtf16(text))); }
 std::string lowerCase(std::string_view text) { return toUtf8(toLower(toUtf16(text))); }
 
@@ -67,15 +70,17 @@ class SqliteDatabase final : public Database {
     return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
   }
   const sql::Catalog& catalog() override { return catalog_; }
-  // Any statement that runs makes the engine compare its view of the tables with the file.
+  // The catalogue reads the engine's cached schema. Any statement that runs makes the engine
+  // compare that cache with the file; this one is prepared once and touches one row.
   void noticeChanges() override {
     if (!look_) look_ = prepareSqlite(db_.get(), limit_, "SELECT 1 FROM sqlite_master LIMIT 1");
     look_->step();
     look_->reset();
   }
-  // Writing from the start: a change that begins by reading could not wait for another writer.
+  // IMMEDIATE: a transaction that begins by reading cannot wait when it later needs to write; the
+  // engine refuses it at once to avoid a deadlock.
   void begin() override { execute("BEGIN IMMEDIATE"); }
-  // The engine would commit into a file that nobody has.
+  // The engine would commit without failure into a file that has no name any more.
   void commit() override {
     if (const auto reason = lost()) throw *reason;
     execute("COMMIT");
@@ -87,11 +92,11 @@ class SqliteDatabase final : public Database {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
     if (result != SQLITE_OK || moved == 0) return std::nullopt;
-    return DatabaseError(Fault::Moved, "the file has gone");
+    return DatabaseError(Fault::Moved, "the file is gone");
   }
 
  private:
-  // In front of the connection, which holds pointers to them.
+  // Declared before the connection, which holds pointers to them and is destroyed first.
   BusyWait wait_;
   SqliteTimeLimit limit_;
   Connection db_;
@@ -106,7 +111,7 @@ class SqliteDatabase final : public Database {
 bool canRead(const std::string& path) { return access(path.c_str(), R_OK) == 0; }
 bool canWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
 
-// What the file system can tell better than the engine.
+// Checks what the engine would only report as "unable to open database file".
 void checkPlace(const std::string& path) {
   std::error_code error;
   const std::filesystem::path file(path);
@@ -129,8 +134,9 @@ void checkPlace(const std::string& path) {
   }
 }
 
-// A file in write-ahead mode is read through two companion files. Where they cannot be made and
-// are not there, nobody is writing, and the file is read as it stands.
+// A file in write-ahead mode is read through two companion files. If they do not exist and cannot
+// be made, no process is writing, and the file can be read as an immutable one. Without that the
+// engine refuses to open it.
 bool standsStill(const std::string& path) {
   std::filesystem::path folder = std::filesystem::path(path).parent_path();
   if (folder.empty()) folder = ".";
@@ -139,6 +145,7 @@ bool standsStill(const std::string& path) {
          !std::filesystem::exists(path + "-wal", error);
 }
 
+// Escapes the three characters that have a meaning in the engine's URIs.
 std::string asUri(const std::string& path) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
   std::string uri = "file:";
@@ -160,6 +167,7 @@ Connection openConnection(const std::string& path) {
   const std::string name = still ? asUri(path) + "?immutable=1" : path;
   const int flags =
       still ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+  // The engine returns a connection even if it fails, for the message; it must be closed, too.
   sqlite3* raw = nullptr;
   const int result = sqlite3_open_v2(name.c_str(), &raw,
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
@@ -170,7 +178,7 @@ Connection openConnection(const std::string& path) {
   return db;
 }
 
-// The first read finds out whether the file is a database at all.
+// The engine opens files lazily: only the first read shows if the file is a database at all.
 void readHeader(Database& database, const std::string& path) {
   try {
     database.queryInteger("PRAGMA schema_version");
@@ -189,7 +197,8 @@ void readHeader(Database& database, const std::string& path) {
   }
 }
 
-// Changing the mode needs the file for itself for a moment and does not wait by itself.
+// Changing the mode needs exclusive access for a moment, and the engine does not wait for that by
+// itself.
 void useWriteAheadLog(Database& database, const CompanyEnvironment& environment) {
   for (int waited = 0;; waited += kBusyPauseMs) {
     try {
@@ -210,7 +219,8 @@ void useWriteAheadLog(Database& database, const CompanyEnvironment& environment)
 std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
                                              const CompanyEnvironment& environment) {
   checkPlace(path);
-  // In full, since the engine takes some bare names for databases in memory or for URIs.
+  // The full path, since the engine takes ":memory:" for a database in memory and "file:..." for a
+  // URI.
   const std::string file = std::filesystem::absolute(path).string();
   auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
   readHeader(*database, path);

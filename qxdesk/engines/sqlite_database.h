@@ -10,8 +10,8 @@
 
 namespace qx::desk {
 
-/// Opens the file, or makes an empty one where there is none in an existing folder. A file that
-/// cannot be written is opened for reading. Raises CompanyError with kOpenFailed, which says why.
+/// Opens the file, or makes an empty one if the folder exists. A file that cannot be written is
+/// opened for reading. Throws CompanyError with kOpenFailed and the reason.
 std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
                                              const CompanyEnvironment& environment);
 

@@ -24,6 +24,7 @@ Storage storageOf(int sqliteType) {
 }
 
 std::string_view textOf(sqlite3_value* value) {
+  // The text first: it may convert the value, and the bytes count the converted one.
   const unsigned char* text = sqlite3_value_text(value);
   if (text == nullptr) return {};
   return {reinterpret_cast<const char*>(text),
@@ -42,12 +43,14 @@ class SqliteRows final : public Statement {
     check(sqlite3_bind_double(statement_.get(), parameter, value));
   }
   void bind(int parameter, std::string_view value) override {
+    // A null pointer would bind NULL instead of an empty text.
     check(sqlite3_bind_text64(statement_.get(), parameter,
                               value.data() == nullptr ? "" : value.data(), value.size(),
                               SQLITE_TRANSIENT, SQLITE_UTF8));
   }
   void bindDate(int parameter, std::string_view value) override { bind(parameter, value); }
   bool step() override {
+    // One deadline for all rows; set only during a step, since other statements share the limit.
     if (!deadline_) deadline_ = limit_.deadlineFromNow();
     limit_.set(*deadline_);
     const int result = sqlite3_step(statement_.get());
@@ -85,7 +88,8 @@ class SqliteRows final : public Statement {
     return {reinterpret_cast<const char*>(text),
             static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
   }
-  // The value itself may be read since no other thread uses the connection.
+  // One look-up of the cell instead of one per call. The value is not protected by a mutex, which
+  // is safe because one thread uses the connection.
   StoredValue value(int column) const override {
     sqlite3_value* const cell = sqlite3_column_value(statement_.get(), column);
     StoredValue value;
@@ -107,6 +111,7 @@ class SqliteRows final : public Statement {
   sql::SqliteStatement statement_;
 };
 
+// The engine reports a doubled key under three extended codes, depending on the kind of the key.
 Fault constraintFault(int sqliteCode) {
   return sqliteCode == SQLITE_CONSTRAINT_UNIQUE || sqliteCode == SQLITE_CONSTRAINT_PRIMARYKEY ||
                  sqliteCode == SQLITE_CONSTRAINT_ROWID
@@ -119,7 +124,7 @@ Fault constraintFault(int sqliteCode) {
 Fault faultOf(int sqliteCode) {
   if (sqliteCode == sql::kBadDateCode) return Fault::BadDate;
   if (sqliteCode == sql::kOutOfRangeCode) return Fault::OutOfRange;
-  switch (sqliteCode & 0xFF) {
+  switch (sqliteCode & 0xFF) {  // the lower byte is the class of an extended code
     case SQLITE_CONSTRAINT:
       return constraintFault(sqliteCode);
     case SQLITE_BUSY:

@@ -1,6 +1,6 @@
 #pragma once
 
-// Statements of the embedded engine, and what its result codes mean.
+// Statements of the embedded engine, and the meaning of its result codes.
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/engines/sqlite_time_limit.h"
@@ -14,15 +14,16 @@ struct sqlite3;
 
 namespace qx::desk {
 
-/// Both must outlive the statement, which counts the time from its first step on.
+/// Make a statement whose time counts from its first step. The connection and the limit must
+/// outlive it. prepareSqlite() throws DatabaseError.
 std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit, std::string_view sql);
 std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
                                       sql::SqliteStatement statement);
 
-/// The fault that an extended result code tells of.
+/// Returns the fault of an extended result code.
 Fault faultOf(int sqliteCode);
 
-/// Runs `body` and gives the failures of the guard the form that all engines share.
+/// Runs `body` and turns a failure of the guard into the DatabaseError that all engines share.
 template <class Body>
 auto asDatabaseErrors(Body&& body) {
   try {

@@ -6,6 +6,8 @@ namespace qx::desk {
 
 namespace {
 
+// The engine does not enforce declared types; a failed check is reported by its name, so the name
+// says what the column takes. Nulls are let through explicitly, since typeof(NULL) is 'null'.
 std::string check(std::string_view name, std::string_view promise, const std::string& condition) {
   return " CONSTRAINT " + bracketed(std::string(name) + ": " + std::string(promise)) + " CHECK (" +
          bracketed(name) + " IS NULL OR " + condition + ")";
@@ -22,14 +24,15 @@ std::string textType(const ColumnLayout& column) {
                "length(" + bracketed(column.name) + ") <= " + limit);
 }
 
-// '+0 days' makes the engine refuse a day that the month does not have.
+// Without '+0 days' the engine accepts 2024-02-31. IS and not "=": datetime() of a text that is no
+// date is null, and a check whose result is null passes.
 std::string dateType(const ColumnLayout& column) {
   const std::string name = bracketed(column.name);
   return "datetime" + check(column.name, "a date of the form YYYY-MM-DD HH:MM:SS",
                             name + " IS datetime(" + name + ", '+0 days')");
 }
 
-// What is beyond the largest double reads as infinite, in a statement of any program.
+// The engine reads a number beyond the largest double as infinite, in statements of any program.
 std::string decimalType(const ColumnLayout& column) {
   const std::string name = bracketed(column.name);
   return "decimal(21,6)" +
@@ -62,8 +65,9 @@ std::vector<std::string> texts(Database& database, std::string_view sql, std::st
   return values;
 }
 
-// The rows move to a new table of the new layout, which then takes the old one's name and indexes.
-// Columns that are new take their defaults.
+// The engine cannot change a column. The rows move to a new table of the new layout, which then
+// takes the old one's name and indexes. New columns take their defaults. ORDER BY rowid keeps the
+// order in which queries without ORDER BY return the rows.
 void rebuild(const EngineTables& tables, Database& database, const TableLayout& table) {
   const std::vector<std::string> indexes =
       texts(database,
@@ -90,19 +94,19 @@ class SqliteTables final : public EngineTables {
   bool any(Database& database) const override {
     return database.queryInteger("SELECT COUNT(*) FROM sqlite_master") > 0;
   }
-  // The version stands in the file's header.
+  // The file's header has a place for the version.
   long version(Database& database) const override {
     return static_cast<long>(database.queryInteger("PRAGMA user_version"));
   }
   void setVersion(Database& database, long version) const override {
     database.execute("PRAGMA user_version = " + std::to_string(version));
   }
-  // A transaction that may write has the file for itself from its beginning.
+  // BEGIN IMMEDIATE already locks the file against other writers.
   void lock(Database&) const override {}
 
   void addColumn(Database& database, const TableLayout& table,
                  const ColumnLayout& column) const override {
-    // Rows that are there cannot take a default that is not a constant.
+    // ALTER TABLE ADD COLUMN refuses a default that is not a constant.
     if (column.byDefault.kind == ColumnDefault::Kind::CurrentTime) {
       rebuild(*this, database, table);
     } else {

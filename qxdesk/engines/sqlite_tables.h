@@ -4,9 +4,9 @@
 
 namespace qx::desk {
 
-/// Declared types are those of the host's database, from which the types of result columns are
-/// told; what such a type promises (length of a text, form of a date) stands in a named check
-/// beside it, so that the engine's refusal names the column.
+/// Returns the tables of SQLite. The declared types are those of the host's database: they are what
+/// the types of result columns come from. The engine does not enforce them, so a named check states
+/// each limit (length of a text, form of a date), and the engine's refusal names the column.
 const EngineTables& sqliteTables();
 
 }  // namespace qx::desk

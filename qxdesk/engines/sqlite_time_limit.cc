@@ -8,7 +8,7 @@ namespace qx::desk {
 
 namespace {
 
-// Of the engine's small steps between two questions: a fraction of a millisecond.
+// The number of the engine's small steps between two callbacks, a fraction of a millisecond.
 constexpr int kOperations = 10'000;
 
 }  // namespace
@@ -26,6 +26,7 @@ std::string SqliteTimeLimit::reason() const {
   return "it ran for " + std::to_string(most_.count()) + " seconds";
 }
 
+// A result other than 0 interrupts the statement.
 int SqliteTimeLimit::isOver(void* data) {
   const SqliteTimeLimit& limit = *static_cast<SqliteTimeLimit*>(data);
   return limit.deadline_ && limit.clock_() >= *limit.deadline_ ? 1 : 0;

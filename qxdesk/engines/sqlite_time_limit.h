@@ -1,7 +1,8 @@
 #pragma once
 
-// How long a statement of the embedded engine may run. The engine asks in the middle of its work
-// whether to go on; the answer is no when the deadline of the statement that is stepping is past.
+// The time that a statement of the embedded engine may run. The engine calls back in the middle of
+// its work and asks if it may continue; the answer is no once the deadline of the statement that is
+// stepping has passed.
 
 #include <chrono>
 #include <functional>
@@ -16,20 +17,20 @@ class SqliteTimeLimit {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
 
-  /// No statement is stopped when `seconds` is 0.
+  /// With `seconds` 0 no statement is stopped.
   SqliteTimeLimit(std::function<TimePoint()> clock, int seconds);
   SqliteTimeLimit(const SqliteTimeLimit&) = delete;
   SqliteTimeLimit& operator=(const SqliteTimeLimit&) = delete;
 
-  /// The connection asks from now on; this must outlive it.
+  /// Watches the statements of a connection, which this object must outlive.
   void watch(sqlite3* db);
 
   TimePoint deadlineFromNow() const;
-  /// For one step, until lift().
+  /// Sets the deadline for one step, until lift().
   void set(TimePoint deadline) { deadline_ = deadline; }
   void lift() { deadline_.reset(); }
 
-  /// Why a statement was stopped.
+  /// Returns why a statement was stopped, for its message.
   std::string reason() const;
 
  private:

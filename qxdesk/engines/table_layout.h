@@ -1,7 +1,7 @@
 #pragma once
 
-// How the tables of a company look, whatever the engine: an engine's own types and checks come
-// in by engines/engine_tables.h.
+// The layout of a table, independent of the engine. An engine's own types and checks come from
+// qxdesk/engines/engine_tables.h.
 
 #include <string>
 #include <string_view>
@@ -40,21 +40,12 @@ ColumnLayout integerColumn(std::string_view name);
 ColumnLayout smallIntegerColumn(std::string_view name);
 ColumnLayout decimalColumn(std::string_view name);
 ColumnLayout dateColumn(std::string_view name);
-/// The same column that takes no null.
+/// Returns the same column as one that refuses nulls.
 ColumnLayout notNull(ColumnLayout column);
 
-/// The dictionary, the settings and the few business tables that every company has.
-const std::vector<TableLayout>& systemTables();
-/// Null when there is no system table of that name, in any case.
-const TableLayout* findSystemTable(std::string_view name);
-/// "@" and the name.
-std::string userTableName(std::string_view name);
-/// The columns of a new user table of that type; `name` without "@".
-TableLayout userTable(std::string_view name, long type);
-
-/// Equality without case for names of tables, fields and keys, which are ASCII.
+/// True if two names of tables, fields or keys, which are ASCII, are equal without regard to case.
 bool sameName(std::string_view a, std::string_view b);
-/// ASCII letters in upper or lower case.
+/// Return the name with its ASCII letters in upper or in lower case.
 std::string upperName(std::string_view name);
 std::string lowerName(std::string_view name);
 

@@ -1,16 +1,12 @@
 #pragma once
 
-#include "qxframework/automation/com_object.h"
+#include "qxdesk/session/host_object_base.h"
 
 namespace qx::desk {
 
-/// Base of the objects here: counted, one interface, not called by dispatch id.
-template <class Interface>
-using HostObject = NoDispatch<ComObject<Interface>>;
-
-/// Base of an object that is a member of another and lives as long as that: while it is held, it
-/// holds its owner once. The count is a plain one, since a part belongs to the thread that works
-/// with its owner, and rows are read by a part for each cell.
+/// Base of an object that is a member of another one and lives as long as that: while it is held,
+/// it holds its owner once. The count is a plain one, since a part belongs to the thread that works
+/// with its owner, and rows are read through a part for each cell.
 template <class Interface>
 class HostPart : public NoDispatch<Interface> {
  public:
@@ -33,7 +29,7 @@ class HostPart : public NoDispatch<Interface> {
   }
   ULONG Release() override {
     const ULONG left = --held_;
-    if (left == 0) owner_.Release();  // may be the end of this, too
+    if (left == 0) owner_.Release();  // may destroy the owner and with it this part
     return left;
   }
 
@@ -41,15 +37,5 @@ class HostPart : public NoDispatch<Interface> {
   IUnknown& owner_;
   ULONG held_ = 0;
 };
-
-/// Writes an out value; E_POINTER without one.
-template <class T>
-HRESULT giveValue(T value, T* out) {
-  if (out == nullptr) return E_POINTER;
-  *out = value;
-  return S_OK;
-}
-
-inline VARIANT_BOOL variantBool(bool value) { return value ? VARIANT_TRUE : VARIANT_FALSE; }
 
 }  // namespace qx::desk

@@ -1,7 +1,8 @@
-#include "qxdesk/dictionary/company_schema.h"
+// Opening a company on a file: new and existing ones, files that are refused, and files that other
+// programs lock, damage or delete.
 
 #include "qxdesk/company/test_support.h"
-#include "qxdesk/engines/table_layout.h"
+#include "qxdesk/dictionary/system_tables.h"
 #include "qxframework/automation/text.h"
 
 #include <fcntl.h>
@@ -16,7 +17,7 @@
 namespace qx::desk {
 namespace {
 
-class OpenTest : public testing::Test {
+class OpenCompanyTest : public testing::Test {
  protected:
   LoginTarget target(const std::string& file = "company.db") const {
     return LoginTarget{folder.file(file), kMssql, ln_English, u"manager", u"Demo"};
@@ -35,7 +36,7 @@ class OpenTest : public testing::Test {
   test::TempFolder folder;
 };
 
-/// A connection of another program.
+/// A connection of another program to the file.
 class ForeignProgram {
  public:
   explicit ForeignProgram(const std::string& file) {
@@ -47,7 +48,7 @@ class ForeignProgram {
   void run(const char* sql) {
     EXPECT_EQ(sqlite3_exec(db_, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db_);
   }
-  /// The first cell.
+  /// Returns the first cell of the answer.
   std::string ask(const char* sql) {
     std::string cell;
     const auto take = [](void* to, int, char** cells, char**) {
@@ -62,8 +63,8 @@ class ForeignProgram {
   sqlite3* db_ = nullptr;
 };
 
-/// Runs `body` in a process of its own, as a user without special rights; its result is the exit
-/// code. `body` must not use the connections of this process.
+/// Runs `body` in its own process as a user without special rights and returns its result. `body`
+/// must not use the connections of this process.
 int runAsNobody(const std::function<int()>& body) {
   constexpr uid_t kNobody = 65534;
   const pid_t child = fork();
@@ -76,7 +77,7 @@ int runAsNobody(const std::function<int()>& body) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST_F(OpenTest, AMissingFileBecomesANewCompany) {
+TEST_F(OpenCompanyTest, AMissingFileBecomesANewCompany) {
   const CComPtr<ICompany> company = connectTo(target());
   EXPECT_EQ(rowsOf(company, u"SELECT CompanyName, Currency FROM HVCOMP"), u"Demo|EUR");
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
@@ -94,12 +95,19 @@ TEST_F(OpenTest, AMissingFileBecomesANewCompany) {
             u"GBP|1.17\nHUF|0.0025\nUSD|0.92");
 }
 
-TEST_F(OpenTest, AnEmptyFileBecomesANewCompany) {
+TEST_F(OpenCompanyTest, AnEmptyFileBecomesANewCompany) {
   write("company.db", "");
-  connectTo(target());
+  const CComPtr<ICompany> company = connectTo(target());
+  EXPECT_EQ(rowsOf(company, u"SELECT CompanyName, Currency FROM HVCOMP"), u"Demo|EUR");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
+  EXPECT_EQ(rowsOf(company, u"SELECT ItemText FROM HVITEM WHERE ItemNo = 'A1000'"), u"Hammer");
+  company->Disconnect();
+  EXPECT_EQ(ForeignProgram(folder.file("company.db"))
+                .ask("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table'"),
+            std::to_string(systemTables().size()));
 }
 
-TEST_F(OpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
+TEST_F(OpenCompanyTest, AnExistingCompanyStaysAsItIs) {
   addTable(connectTo(target()), u"QX");
   LoginTarget renamed = target();
   renamed.companyName = u"Other";
@@ -108,20 +116,22 @@ TEST_F(OpenTest, TheCompanyStaysWhatItIsWhenOpenedAgain) {
   EXPECT_EQ(addTable(company, u"QX"), -2107);
 }
 
-TEST_F(OpenTest, AllTablesAreThereForStatements) {
+TEST_F(OpenCompanyTest, StatementsReachEverySystemTable) {
   const CComPtr<ICompany> company = connectTo(target());
+  ASSERT_FALSE(systemTables().empty());
   for (const TableLayout& table : systemTables()) {
-    query(company, u"SELECT * FROM " + toUtf16(table.name));
+    const auto fields = query(company, u"SELECT * FROM " + toUtf16(table.name))->GetFields();
+    EXPECT_EQ(fields->Count(), static_cast<long>(table.columns.size())) << table.name;
   }
 }
 
-TEST_F(OpenTest, AMissingFolderIsTold) {
+TEST_F(OpenCompanyTest, AMissingFolderIsReported) {
   EXPECT_EQ(failureOf(target("no/company.db")),
             openFailed(u"The folder of the company database '" +
                        toUtf16(folder.file("no/company.db")) + u"' does not exist."));
 }
 
-TEST_F(OpenTest, AFolderInPlaceOfAFileIsTold) {
+TEST_F(OpenCompanyTest, AFolderInsteadOfAFileIsReported) {
   LoginTarget place = target();
   place.database = folder.path().string();
   EXPECT_EQ(failureOf(place),
@@ -129,14 +139,14 @@ TEST_F(OpenTest, AFolderInPlaceOfAFileIsTold) {
                        u"' is a folder; a file is needed."));
 }
 
-TEST_F(OpenTest, ADeviceInPlaceOfAFileIsTold) {
+TEST_F(OpenCompanyTest, ADeviceInsteadOfAFileIsReported) {
   LoginTarget place = target();
   place.database = "/dev/null";
   EXPECT_EQ(failureOf(place), openFailed(u"'/dev/null' is not a database."));
   EXPECT_FALSE(std::filesystem::exists("/dev/null-journal"));
 }
 
-TEST_F(OpenTest, NamesThatTheEngineTakesForItsOwnAreFiles) {
+TEST_F(OpenCompanyTest, NamesWithAMeaningForTheEngineAreFilesHere) {
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path(folder.path());
   for (const char* name : {":memory:", "file:company.db"}) {
@@ -148,22 +158,25 @@ TEST_F(OpenTest, NamesThatTheEngineTakesForItsOwnAreFiles) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(OpenTest, AFileThatIsNoDatabaseIsTold) {
+TEST_F(OpenCompanyTest, AFileThatIsNotADatabaseIsReported) {
   write("company.db", std::string(5000, 'x'));
   EXPECT_EQ(failureOf(target()),
             openFailed(u"'" + toUtf16(folder.file("company.db")) + u"' is not a database."));
 }
 
-TEST_F(OpenTest, ADatabaseOfSomethingElseIsToldAndLeftAlone) {
+TEST_F(OpenCompanyTest, ADatabaseOfAnotherProgramIsReportedAndLeftAlone) {
   {
     ForeignProgram other(folder.file("company.db"));
     other.run("CREATE TABLE theirs (x)");
   }
   EXPECT_EQ(failureOf(target()), openFailed(u"The database '" + toUtf16(folder.file("company.db")) +
                                             u"' has tables, but no company in it."));
+  EXPECT_EQ(
+      ForeignProgram(folder.file("company.db")).ask("SELECT group_concat(name) FROM sqlite_master"),
+      "theirs");
 }
 
-TEST_F(OpenTest, ACompanyOfANewerVersionIsTold) {
+TEST_F(OpenCompanyTest, ACompanyOfANewerVersionIsReported) {
   connectTo(target());
   ForeignProgram(folder.file("company.db")).run("PRAGMA user_version = 99");
   EXPECT_EQ(failureOf(target()),
@@ -171,7 +184,7 @@ TEST_F(OpenTest, ACompanyOfANewerVersionIsTold) {
                        u"' was written by a newer version of this component."));
 }
 
-TEST_F(OpenTest, ADamagedFileIsTold) {
+TEST_F(OpenCompanyTest, ADamagedFileIsReported) {
   connectTo(target());
   std::fstream file(folder.file("company.db"), std::ios::in | std::ios::out | std::ios::binary);
   file.seekp(100);
@@ -181,7 +194,7 @@ TEST_F(OpenTest, ADamagedFileIsTold) {
   EXPECT_TRUE(error.text.starts_with(u"The company database is damaged (")) << toUtf8(error.text);
 }
 
-TEST_F(OpenTest, DamageThatAStatementMeetsIsTold) {
+TEST_F(OpenCompanyTest, DamageThatAStatementFindsIsReported) {
   const CComPtr<ICompany> company = connectTo(target());
   company->Disconnect();
   std::uintmax_t size = std::filesystem::file_size(folder.file("company.db"));
@@ -200,7 +213,7 @@ TEST_F(OpenTest, DamageThatAStatementMeetsIsTold) {
   EXPECT_TRUE(error.text.starts_with(u"The company database is damaged (")) << toUtf8(error.text);
 }
 
-TEST_F(OpenTest, AFileThatAnotherProgramHoldsIsToldAfterTheTimeout) {
+TEST_F(OpenCompanyTest, AFileThatAnotherProgramLocksIsReportedAfterTheTimeout) {
   connectTo(target());
   ForeignProgram other(folder.file("company.db"));
   other.run("PRAGMA locking_mode = EXCLUSIVE");
@@ -218,7 +231,7 @@ TEST_F(OpenTest, AFileThatAnotherProgramHoldsIsToldAfterTheTimeout) {
   other.run("COMMIT");
 }
 
-TEST_F(OpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
+TEST_F(OpenCompanyTest, ARowThatAnotherConnectionWritesIsLockedAndReadsAsBefore) {
   const CComPtr<ICompany> writer = connectTo(target());
   const CComPtr<ICompany> other = connectTo(target());
   writer->StartTransaction();
@@ -230,7 +243,7 @@ TEST_F(OpenTest, ARowThatAnotherConnectionWritesIsToldAsLockedAndReadAsItWas) {
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
-TEST_F(OpenTest, AWriterWaitsForAnother) {
+TEST_F(OpenCompanyTest, AWriterWaitsForAnother) {
   const CComPtr<ICompany> writer = connectTo(target());
   CompanyEnvironment environment = testEnvironment();
   environment.sleep = [&writer, done = false](int) mutable {
@@ -243,7 +256,7 @@ TEST_F(OpenTest, AWriterWaitsForAnother) {
   EXPECT_EQ(rowsOf(other, u"SELECT Country, Currency FROM HVCOMP"), u"FR|USD");
 }
 
-TEST_F(OpenTest, AFileThatIsDeletedWhileOpenIsTold) {
+TEST_F(OpenCompanyTest, AFileThatIsDeletedWhileOpenIsReported) {
   const CComPtr<ICompany> company = connectTo(target());
   std::filesystem::remove(folder.file("company.db"));
   const auto rows = businessObject<IRecordset>(company, kRecordset);
@@ -256,8 +269,8 @@ TEST_F(OpenTest, AFileThatIsDeletedWhileOpenIsTold) {
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
 }
 
-// A file that may only be read, in a folder that nobody may write to, and nobody has it open.
-TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
+// The file and its folder may only be read, and no process has the file open.
+TEST_F(OpenCompanyTest, AReadOnlyFileIsReadAndRefusesWrites) {
   connectTo(target());
   std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0444));
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
@@ -281,7 +294,7 @@ TEST_F(OpenTest, AReadOnlyFileIsReadAndRefusesWrites) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(OpenTest, AReadOnlyFileIsReadWhileItsOwnerWrites) {
+TEST_F(OpenCompanyTest, AReadOnlyFileIsReadWhileItsOwnerWrites) {
   const CComPtr<ICompany> owner = connectTo(target());
   query(owner, u"UPDATE HVCOMP SET Country = 'FR'");
   std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0444));
@@ -294,7 +307,7 @@ TEST_F(OpenTest, AReadOnlyFileIsReadWhileItsOwnerWrites) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(OpenTest, AFileWithoutPermissionIsTold) {
+TEST_F(OpenCompanyTest, AFileWithoutPermissionIsReported) {
   connectTo(target());
   std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0600));
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
@@ -303,11 +316,11 @@ TEST_F(OpenTest, AFileWithoutPermissionIsTold) {
     if (company->Connect() != kOpenFailed) return 1;
     return lastError(company).text.starts_with(u"There is no permission to open") ? 0 : 2;
   });
-  // Whoever owns the file may open it, so without special rights there is nothing to see here.
+  // Without special rights the tests run as the owner of the file, who may open it.
   EXPECT_EQ(result, geteuid() == 0 ? 0 : 1);
 }
 
-TEST_F(OpenTest, AFolderWithoutPermissionIsTold) {
+TEST_F(OpenCompanyTest, AFolderWithoutPermissionIsReported) {
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
   const int result = runAsNobody([&] {
     const CComPtr<ICompany> company = companyFor(target());
@@ -318,7 +331,7 @@ TEST_F(OpenTest, AFolderWithoutPermissionIsTold) {
   EXPECT_EQ(result, 0);
 }
 
-TEST_F(OpenTest, AFailureAtAnyStatementOfANewCompanyLeavesNoneOrAWholeOne) {
+TEST_F(OpenCompanyTest, AFailureAtAnyStatementLeavesNoCompanyOrAWholeOne) {
   const auto tables = [&] {
     return ForeignProgram(folder.file("company.db")).ask("SELECT COUNT(*) FROM sqlite_master");
   };
@@ -337,7 +350,7 @@ TEST_F(OpenTest, AFailureAtAnyStatementOfANewCompanyLeavesNoneOrAWholeOne) {
   EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM OFPR"), u"36");
 }
 
-TEST_F(OpenTest, ProcessesThatMakeTheSameCompanyAtOnceAllGetIt) {
+TEST_F(OpenCompanyTest, ProcessesThatMakeTheSameCompanyAtOnceAllConnect) {
   constexpr int kProcesses = 6;
   std::array<int, 2> start{};
   ASSERT_EQ(pipe(start.data()), 0);

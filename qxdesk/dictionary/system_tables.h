@@ -1,0 +1,23 @@
+#pragma once
+
+// The tables that every company has (the dictionary itself, the settings, a few business tables),
+// and the columns that a new user table begins with.
+
+#include "qxdesk/engines/table_layout.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qx::desk {
+
+/// Returns the system tables in the order in which a new company makes them.
+const std::vector<TableLayout>& systemTables();
+/// Finds a system table by name in any case; returns null if there is none.
+const TableLayout* findSystemTable(std::string_view name);
+/// Returns "@" and the name: the name of a user table in the database.
+std::string userTableName(std::string_view name);
+/// Returns the layout of a new user table of that type; `name` is without "@".
+TableLayout userTable(std::string_view name, long type);
+
+}  // namespace qx::desk

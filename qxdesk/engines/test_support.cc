@@ -1,0 +1,72 @@
+#include "qxdesk/engines/test_support.h"
+
+#include <algorithm>
+
+namespace qx::desk {
+
+namespace {
+
+/// Passes everything on, except for the statements that the plan refuses.
+class FailingDatabase final : public Database {
+ public:
+  FailingDatabase(std::unique_ptr<Database> real, FaultPlan* plan)
+      : real_(std::move(real)), plan_(plan) {}
+
+  Route route() const override { return real_->route(); }
+  const EngineTables& tables() const override { return real_->tables(); }
+  std::unique_ptr<Statement> prepare(std::string_view sql) override {
+    count(sql);
+    return real_->prepare(sql);
+  }
+  std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
+    count(sql);
+    return real_->prepareGuarded(sql);
+  }
+  sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
+  const sql::Catalog& catalog() override { return real_->catalog(); }
+  void noticeChanges() override { real_->noticeChanges(); }
+  bool isReadOnly() const override { return real_->isReadOnly(); }
+  bool inTransaction() const override { return real_->inTransaction(); }
+  void begin() override {
+    count("BEGIN");
+    real_->begin();
+  }
+  void commit() override {
+    count("COMMIT");
+    real_->commit();
+  }
+  void rollback() override { real_->rollback(); }
+  std::optional<DatabaseError> lost() const override { return real_->lost(); }
+
+ private:
+  void count(std::string_view sql) {
+    const bool hasWords =
+        std::any_of(plan_->refusedWords.begin(), plan_->refusedWords.end(),
+                    [&](const std::string& words) { return sql.find(words) != sql.npos; });
+    if (++plan_->prepared == plan_->refuse || hasWords)
+      throw DatabaseError(plan_->fault, "refused by the test");
+  }
+
+  std::unique_ptr<Database> real_;
+  FaultPlan* plan_;
+};
+
+}  // namespace
+
+CompanyEnvironment testEnvironment() {
+  CompanyEnvironment environment;
+  environment.now = [] { return std::string("2024-01-31 12:30:15"); };
+  environment.sleep = [](int) {};
+  environment.clock = [] { return std::chrono::steady_clock::time_point(); };
+  environment.fillRandom = [next = std::uint8_t{0}](std::span<std::uint8_t> bytes) mutable {
+    for (std::uint8_t& byte : bytes) byte = next++;
+  };
+  environment.busyTimeoutMs = 50;
+  return environment;
+}
+
+std::unique_ptr<Database> failing(std::unique_ptr<Database> real, FaultPlan* plan) {
+  return std::make_unique<FailingDatabase>(std::move(real), plan);
+}
+
+}  // namespace qx::desk
