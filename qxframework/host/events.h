@@ -8,6 +8,7 @@
 #include "qxframework/automation/variant.h"
 #include "qxframework/host/enums.h"
 #include "qxframework/host/ids.h"
+#include "qxframework/host/item_types.h"
 
 namespace qx {
 
@@ -22,27 +23,6 @@ enum EventId : DISPID {
   kReportDataEvent = 106,   // object, veto
   kRightClickEvent = 107,   // IContextMenuInfo, veto
   kFormDataEvent = 108,     // IBusinessObjectInfo, veto
-};
-
-/// Types of item events.
-enum ItemEventType : long {
-  kItemPressed = 1,
-  kKeyDown = 2,
-  kClick = 6,
-  kDoubleClick = 7,
-  kValidate = 10,
-  kFormLoad = 16,
-  kFormUnload = 17,
-  kFormDeactivate = 19,
-  kFormClose = 20,
-};
-
-/// Types of application events.
-enum AppEventType : long {
-  kShutDown = 64,
-  kCompanyChanged = 65,
-  kLanguageChanged = 66,
-  kServerTermination = 67,
 };
 
 }  // namespace qx
