@@ -29,7 +29,7 @@ class CompanyInfo final : public HostObject<IHostCompany> {
 }  // namespace
 
 CComPtr<IHostCompany> makeCompanyInfo(std::shared_ptr<Client> client) {
-  return CComPtr<IHostCompany>(makeObject<CompanyInfo>(std::move(client)).p);
+  return makeObject<CompanyInfo>(std::move(client));
 }
 
 std::u16string loginContextOf(const Desk& desk, std::u16string_view cookie) {

@@ -8,7 +8,7 @@
 
 namespace qx::screens {
 
-/// The point at which sinks for the client's events are attached.
+/// Returns the connection point to which an add-on attaches its event sink.
 CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

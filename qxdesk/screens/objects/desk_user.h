@@ -8,6 +8,7 @@
 
 namespace qx::screens {
 
+/// Returns the object that plays the user of the client.
 CComPtr<desk::IDeskUser> makeDeskUser(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

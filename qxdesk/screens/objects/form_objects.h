@@ -8,6 +8,7 @@
 
 namespace qx::screens {
 
+/// Returns the open forms.
 CComPtr<IForms> makeForms(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

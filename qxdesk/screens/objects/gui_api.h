@@ -5,7 +5,7 @@
 
 namespace qx::screens {
 
-/// A new entry object, not connected yet.
+/// Returns a new entry object, which is not connected yet.
 CComPtr<IHalvexGuiApi> makeGuiApi();
 
 }  // namespace qx::screens

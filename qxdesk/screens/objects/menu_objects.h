@@ -8,7 +8,7 @@
 
 namespace qx::screens {
 
-/// The entries below `father`.
+/// Returns the entries under `father`.
 CComPtr<IMenus> makeMenus(std::shared_ptr<Client> client, const std::shared_ptr<MenuEntry>& father);
 
 }  // namespace qx::screens

@@ -8,6 +8,7 @@
 
 namespace qx::screens {
 
+/// Returns the status bar.
 CComPtr<IStatusBar> makeStatusBar(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens
