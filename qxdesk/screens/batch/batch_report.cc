@@ -49,7 +49,7 @@ void write(std::u16string& out, std::u16string_view name, long value) {
 }
 
 void write(std::u16string& out, const BatchError& error) {
-  // Attributes that do not apply are left out; readers tell the kinds of errors apart by that.
+  // Attributes that do not apply are left out; by that a reader knows the kind of the error.
   out += u"<error";
   if (error.action != 0) {
     write(out, u"action", error.action);

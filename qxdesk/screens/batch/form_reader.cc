@@ -104,7 +104,7 @@ void FormReader::readItems(FormModel& form, const XmlElement& element) {
 void FormReader::readItemAction(FormModel& form, const XmlElement& action) {
   const std::u16string type = action.text(u"type");
   for (const XmlElement& element : action.children(u"item")) {
-    // An update needs no type: it changes the item that bears the UID, whatever its control.
+    // An update needs no type: it changes the item that has the UID, of any type.
     if (type == u"add") {
       addItem(form, element);
     } else if (type == u"update" || type == u"remove") {

@@ -21,8 +21,8 @@ class PlayingClient : public testing::Test {
   static std::string pump() {
     testing::internal::CaptureStdout();
     MSG message;
-    // Each script has fewer than ten steps, and a step posts the next one.
-    for (int steps = 0; steps < 10; ++steps) {
+    // One call runs the tasks that are queued; those that they post need a further one.
+    for (int calls = 0; calls < 10; ++calls) {
       while (PeekMessageW(&message, PM_REMOVE)) DispatchMessageW(&message);
     }
     return testing::internal::GetCapturedStdout();

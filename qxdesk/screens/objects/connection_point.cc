@@ -28,6 +28,7 @@ class ConnectionPoint final : public ComObject<IConnectionPoint> {
       // Events are dispatch calls; the event interface has no other form.
       CComQIPtr<IDispatch> target(sink);
       if (target == nullptr) return CONNECT_E_CANNOTCONNECT;
+      // The same sink may be attached again; it then gets each event once per cookie.
       *cookie = client_->desk().events.attach(std::make_shared<DispatchSink>(target));
       return S_OK;
     });

@@ -25,7 +25,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
       if (uid == nullptr) return E_POINTER;
       *uid = nullptr;
       const auto form = user.openForm(viewOfBstr(typeEx));
-      // A veto is no error; the null UID says it.
+      // A veto is no error; the null UID shows it.
       return form == nullptr ? S_OK : giveText(form->uid(), uid);
     });
   }
@@ -62,6 +62,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   }
   HRESULT KeyDown(BSTR form, BSTR item, long key, VARIANT_BOOL* done) override {
     return act(done, [&](UserActions& user) {
+      // Not truncated: another key would be pressed instead.
       if (key < 1 || key > 0xFFFF) raiseError(E_INVALIDARG);
       return user.key({textOf(form), textOf(item)}, static_cast<char16_t>(key));
     });
@@ -126,6 +127,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
     return play([](UserActions& user) { return user.serverTermination(), S_OK; });
   }
 
+  // The operations from here on raise no events, so nothing can release this object meanwhile.
   HRESULT QueueAnswer(long button) override {
     return guarded([&] {
       if (button < 1 || button > 3) return E_INVALIDARG;

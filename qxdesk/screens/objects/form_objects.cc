@@ -28,6 +28,7 @@ class FormObject final : public LinkedObject<IForm, FormLink> {
   HRESULT raw_Freeze(VARIANT_BOOL freeze) override {
     return run([&] { form()->freeze(freeze != VARIANT_FALSE); });
   }
+  // There is nothing to draw; tests ask for the count.
   HRESULT raw_Update() override {
     return run([&] { ++form()->updates; });
   }
@@ -90,6 +91,7 @@ class FormObject final : public LinkedObject<IForm, FormLink> {
   HRESULT raw_GetClientHeight(long* out) override {
     return give(out, [&] { return form()->clientHeight(); });
   }
+  // The frame has a fixed size, so the inner size sets the outer one.
   HRESULT raw_PutClientHeight(long height) override {
     return run([&] { form()->setHeight(height + kFrameHeight); });
   }

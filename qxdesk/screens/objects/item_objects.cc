@@ -34,6 +34,7 @@ class ItemObject final : public LinkedObject<IItem, ItemLink> {
   HRESULT raw_GetVisible(VARIANT_BOOL* out) override {
     return giveFlag(out, [&] { return item()->visible; });
   }
+  // An item that is hidden or disabled keeps the focus until the user acts on another one.
   HRESULT raw_PutVisible(VARIANT_BOOL visible) override {
     return run([&] { item()->visible = visible != VARIANT_FALSE; });
   }
@@ -67,6 +68,7 @@ class SourceLink : public FormLink {
   /// Returns the data source. Throws as form() does.
   std::shared_ptr<UserDataSource> source() const {
     form();
+    // A form keeps its sources as long as it is open, so this is only a safeguard.
     auto source = source_.lock();
     if (source == nullptr) raiseError(kNotAUserDataSource);
     return source;
@@ -83,6 +85,7 @@ class UserDataSourceObject final : public LinkedObject<IUserDataSource, SourceLi
   HRESULT raw_GetValue(BSTR* out) override {
     return giveString(out, [&] { return link().source()->value(); });
   }
+  // All controls that are bound to the source show the value at once.
   HRESULT raw_PutValue(BSTR value) override {
     return run([&] { link().source()->setValue(viewOfBstr(value)); });
   }

@@ -42,6 +42,7 @@ class CellTextObject final : public LinkedObject<IEditText, CellLink> {
   HRESULT raw_GetString(BSTR* out) override {
     return giveString(out, [&] { return item()->matrix->cell(link().row(), link().column()); });
   }
+  // Writes the cell alone. The data source of its column keeps the value for the next new row.
   HRESULT raw_PutString(BSTR text) override {
     return run([&] { item()->matrix->setCell(link().row(), link().column(), viewOfBstr(text)); });
   }
@@ -123,6 +124,7 @@ class MatrixObject final : public LinkedObject<IMatrix, ItemLink> {
       return makeObject<ColumnsObject>(clientPtr(), link());
     });
   }
+  // Cells that an add-on holds refuse with kIllegalOffset until their row exists again.
   HRESULT raw_Clear() override {
     return run([&] { item()->matrix->clear(); });
   }

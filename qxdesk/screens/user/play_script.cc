@@ -177,7 +177,7 @@ PlayStep parseStep(Line& line) {
 
 std::vector<PlayStep> parsePlayScript(std::string_view text, std::string_view file) {
   std::vector<PlayStep> steps;
-  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);  // the mark of some editors
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);  // a byte order mark
   for (int number = 1; !text.empty(); ++number) {
     const std::size_t end = text.find('\n');
     Line line(text.substr(0, end), number, file);

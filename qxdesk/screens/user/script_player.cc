@@ -79,8 +79,7 @@ void ScriptPlayer::playNext() {
 }
 
 PlayVerb ScriptPlayer::playOne() {
-  // Counted first: a box that opens during the step looks at the step that follows. The step is a
-  // copy since it must outlive all that the add-on does.
+  // Counted first: a box that opens during the step looks at the step that follows.
   const PlayStep step = steps_[next_++];
   std::string line;
   try {

@@ -81,9 +81,8 @@ std::shared_ptr<FormModel> UserActions::formOf(std::u16string_view uid) const {
 
 UserActions::Target UserActions::reach(const Spot& spot) const {
   Target target;
-  // Ids are resolved anew for each action and never kept: a handler of the action before may have
-  // closed the form or removed the item. Existence is checked before visibility, as the codes tell
-  // an add-on more about its mistake.
+  // Ids are resolved anew for each action: a handler of the action before may have closed the form
+  // or removed the item. A missing target gets its own code even if the form is hidden.
   target.form = formOf(spot.form);
   target.item = target.form->findItem(spot.item);
   if (target.item == nullptr) raiseError(kInvalidItem);

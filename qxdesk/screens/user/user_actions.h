@@ -67,7 +67,7 @@ class UserActions {
   bool reportData(std::u16string_view form);
 
  private:
-  /// A spot with its ids resolved.
+  /// A spot with its ids resolved. It keeps the parts alive if a handler removes them meanwhile.
   struct Target {
     std::shared_ptr<FormModel> form;
     std::shared_ptr<ItemModel> item;
