@@ -30,7 +30,7 @@ std::u16string_view withoutLineEnd(std::u16string_view text) {
   return text;
 }
 
-/// One document on its way into the desk.
+// One document on its way into the desk.
 class Batch {
  public:
   explicit Batch(Desk& desk) : desk_(desk) {}

@@ -1,5 +1,7 @@
 #pragma once
 
+// Numbers as scripts and batch documents write them.
+
 #include <optional>
 #include <string_view>
 

@@ -47,7 +47,8 @@ class FormModel {
   /// Adds an item and, if its type needs one, an empty combo or matrix. Throws kItemAttributes for
   /// an empty UID, kStringTooLong10 and kItemAlreadyExists.
   ItemModel& addItem(ItemModel item);
-  /// Removes an item; it is no longer the default item nor has it the focus. Throws kInvalidItem.
+  /// Removes an item. If it was the default item or had the focus, no item is or has it afterwards.
+  /// Throws kInvalidItem.
   void removeItem(std::u16string_view uid);
 
   const std::vector<std::shared_ptr<UserDataSource>>& sources() const { return sources_; }

@@ -11,7 +11,7 @@
 namespace qx::screens {
 namespace {
 
-/// Sets a variable while it lives and restores the old value at its end, also after an exception.
+// Sets a variable while it lives and restores the old value at its end, also after an exception.
 template <class T>
 class Held {
  public:
@@ -56,7 +56,7 @@ bool Forms::open(const std::shared_ptr<FormModel>& form) {
   const bool visible = std::exchange(form->visible, false);
   return whileBusy(form, [&] {
     if (!raise(*form, kFormLoad, true)) {
-      // A vetoed form was never open, so it goes without closing events, even if a handler has
+      // A vetoed form counts as never opened and goes without closing events, even if a handler has
       // asked for its close as well.
       std::erase(forms_, form);
       form->state_ = FormModel::State::kClosed;

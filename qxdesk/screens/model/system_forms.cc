@@ -52,7 +52,7 @@ void addButtons(FormModel& form, long top) {
   form.setDefaultItem(kOkButton);
 }
 
-/// Adds an item and a label for it, whose UID is the item's with an "L" in front.
+// Adds an item and a label for it, whose UID is the item's with an "L" in front.
 void addLabelled(FormModel& form, std::u16string_view uid, std::u16string label, long type,
                  long top) {
   ItemModel text = makeItem(u"L" + std::u16string(uid), kStaticText, {5, top, 100, 14});

@@ -17,7 +17,7 @@
 namespace qx::screens {
 namespace {
 
-/// Leads to the one connection point that there is.
+// Leads to the one connection point that there is.
 class EventContainer final : public ComObject<IConnectionPointContainer> {
  public:
   explicit EventContainer(std::shared_ptr<Client> client) : client_(std::move(client)) {}
@@ -35,7 +35,7 @@ class EventContainer final : public ComObject<IConnectionPointContainer> {
   std::shared_ptr<Client> client_;
 };
 
-/// Answers a company object of this process.
+// Answers a company object of this process.
 class UiSession final : public ComObject<desk::IUiSession> {
  public:
   explicit UiSession(std::shared_ptr<Client> client) : client_(std::move(client)) {}

@@ -1,5 +1,7 @@
 #pragma once
 
+// The root of the objects that an add-on gets.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/application.h"

@@ -12,7 +12,7 @@
 namespace qx::screens {
 namespace {
 
-/// Returns the clients of this process by application id. Those that have ended are null.
+// Returns the clients of this process by application id. Those that have ended are null.
 std::map<long, std::weak_ptr<Client>>& runningClients() {
   static std::map<long, std::weak_ptr<Client>> clients;
   return clients;
@@ -30,7 +30,7 @@ DeskSettings settingsOf(const desk::ConnectionString& connection) {
   return settings;
 }
 
-/// Guards the progress bar that the processes with one application id share.
+// Guards the progress bar that the processes with one application id share.
 class MachineProgressLock final : public ProgressLock {
  public:
   explicit MachineProgressLock(long appId)

@@ -8,7 +8,7 @@
 namespace qx::screens {
 namespace {
 
-/// An entry as it was when it was asked for: entries have no identity that could be followed.
+// An entry as it was when it was asked for: entries have no identity that could be followed.
 class ValidValueObject final : public HostObject<IValidValue> {
  public:
   ValidValueObject(std::shared_ptr<Client> client, ValidValue value)
@@ -25,8 +25,8 @@ class ValidValueObject final : public HostObject<IValidValue> {
   ValidValue value_;
 };
 
-/// Returns the position that `value` names by key or by index. Throws kInvalidFieldValue if there
-/// is none.
+// Returns the position that `value` names by key or by index. Throws kInvalidFieldValue if there
+// is none.
 std::size_t positionOf(const ComboModel& combo, const VARIANT& value, long mode) {
   if (mode == kByIndex) {
     const EntryName name = entryNameOf(value);
@@ -74,7 +74,7 @@ class ComboBoxObject final : public LinkedObject<IComboBox, ItemLink> {
  public:
   using LinkedObject::LinkedObject;
 
-  /// Returns null if nothing is selected.
+  // Returns null if nothing is selected.
   HRESULT raw_GetSelected(IValidValue** out) override {
     return giveNew(out, [&]() -> CComPtr<IValidValue> {
       const auto box = item();

@@ -1,5 +1,7 @@
 #pragma once
 
+// The objects of a combo box: the control, the list of its entries, and a single entry.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxdesk/screens/objects/links.h"
 #include "qxframework/automation/com_ptr.h"

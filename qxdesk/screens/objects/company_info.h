@@ -1,5 +1,7 @@
 #pragma once
 
+// The company that the user is logged in to, and the login of a company object to it.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/application.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+// The point to which add-ons attach their event sinks.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/connection_point.h"

@@ -11,7 +11,7 @@
 namespace qx::screens {
 namespace {
 
-/// A button or a static text.
+// A button or a static text.
 template <class Interface>
 class CaptionObject final : public LinkedObject<Interface, ItemLink> {
  public:

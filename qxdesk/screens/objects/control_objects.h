@@ -1,5 +1,8 @@
 #pragma once
 
+// The controls of items. Those of one value are made here; combo boxes and matrices have files of
+// their own.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxdesk/screens/objects/links.h"
 #include "qxframework/automation/com_ptr.h"

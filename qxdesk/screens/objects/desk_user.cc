@@ -12,7 +12,7 @@
 namespace qx::screens {
 namespace {
 
-/// Not a HostObject: its operations bypass the call gate.
+// Not a HostObject: its operations bypass the call gate.
 class DeskUser final : public ComObject<desk::IDeskUser> {
  public:
   explicit DeskUser(std::shared_ptr<Client> client) : client_(std::move(client)) {}
@@ -127,7 +127,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
     return play([](UserActions& user) { return user.serverTermination(), S_OK; });
   }
 
-  // The operations from here on raise no events, so nothing can release this object meanwhile.
+  // The operations from here on raise no events, so no handler of an add-on runs in them.
   HRESULT QueueAnswer(long button) override {
     return guarded([&] {
       if (button < 1 || button > 3) return E_INVALIDARG;
@@ -176,15 +176,15 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   }
 
  private:
-  /// Runs an action. Holds this object meanwhile: a handler of an event may release the last
-  /// reference to it.
+  // Runs an action. Holds this object meanwhile: a handler of an event may release the last
+  // reference to it.
   template <class Body>
   HRESULT play(Body&& body) {
     const CComPtr<desk::IDeskUser> self(this);
     UserActions user(desk());
     return guarded([&] { return body(user); });
   }
-  /// Does the same for an action that can be vetoed.
+  // Does the same for an action that can be vetoed.
   template <class Body>
   HRESULT act(VARIANT_BOOL* done, Body&& body) {
     return play([&](UserActions& user) -> HRESULT {

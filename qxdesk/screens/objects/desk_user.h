@@ -1,5 +1,7 @@
 #pragma once
 
+// The user of the desk, as tests and demonstrations play it from outside of this library.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/com_ptr.h"

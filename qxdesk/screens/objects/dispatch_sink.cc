@@ -24,7 +24,7 @@ struct IdOf {
   DISPID operator()(const FormDataEvent&) const { return kFormDataEvent; }
 };
 
-/// The arguments of one call. They are added in the order in which a caller would write them.
+// The arguments of one call. They are added in the order in which a caller would write them.
 class Arguments {
  public:
   explicit Arguments(const Event& event) {

@@ -76,7 +76,7 @@ class BusinessObjectArgument final : public EventArgument<IBusinessObjectInfo, F
   HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) override { return giveFlag(event_.before, out); }
 };
 
-/// These events have an object as argument, but it has nothing to say.
+// These events have an object as argument, but it has nothing to say.
 class PlainArgument final : public ComObject<NoDispatch<IDispatch>> {};
 
 struct Maker {

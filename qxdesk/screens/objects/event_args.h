@@ -1,5 +1,7 @@
 #pragma once
 
+// The objects that describe events to the sinks of add-ons.
+
 #include "qxdesk/screens/model/desk_events.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/types.h"

@@ -127,7 +127,7 @@ class FormsObject final : public HostObject<IForms> {
   }
 
  private:
-  /// Throws kFormNotFound for null: unlike a menu entry, a missing form is an error.
+  // Throws kFormNotFound for null: unlike a menu entry, a missing form is an error.
   CComPtr<IForm> object(const std::shared_ptr<FormModel>& form) const {
     if (form == nullptr) raiseError(kFormNotFound);
     return makeObject<FormObject>(clientPtr(), FormLink(form));

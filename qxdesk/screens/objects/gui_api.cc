@@ -15,7 +15,7 @@
 namespace qx::screens {
 namespace {
 
-/// The only accepted argument of GetApplication: the client of this connection.
+// The only accepted argument of GetApplication: the client of this connection.
 constexpr long kConnectedClient = -1;
 
 void explain(const std::exception& error) {
@@ -26,7 +26,7 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
  public:
   GuiApi() : WithTypeInfo(nullptr) {}  // the client is known after Connect
 
-  /// Writes 0 or the code of the refusal to `out`. The call itself succeeds in both cases.
+  // Writes 0 or the code of the refusal to `out`. The call itself succeeds in both cases.
   HRESULT raw_Connect(BSTR connection, long* out) override {
     return give(out, [&] { return connect(viewOfBstr(connection)); });
   }
@@ -37,7 +37,7 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
       return makeApplication(connected_);
     });
   }
-  /// Accepts any text: this host admits every add-on.
+  // Accepts any text: this host admits every add-on.
   HRESULT raw_PutAddOnIdentifier(BSTR identifier) override {
     return run([&] { identifier_ = viewOfBstr(identifier); });
   }

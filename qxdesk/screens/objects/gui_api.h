@@ -1,5 +1,7 @@
 #pragma once
 
+// The entry object, through which an add-on connects.
+
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/gui_api.h"
 

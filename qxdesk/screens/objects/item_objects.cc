@@ -65,7 +65,7 @@ class SourceLink : public FormLink {
  public:
   SourceLink(const FormLink& form, const std::shared_ptr<UserDataSource>& source)
       : FormLink(form), source_(source) {}
-  /// Returns the data source. Throws as form() does.
+  // Returns the data source. Throws as form() does.
   std::shared_ptr<UserDataSource> source() const {
     form();
     // A form keeps its sources as long as it is open, so this is only a safeguard.

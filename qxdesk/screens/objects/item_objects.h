@@ -1,5 +1,7 @@
 #pragma once
 
+// The items and the data sources of a form.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxdesk/screens/objects/links.h"
 #include "qxframework/automation/com_ptr.h"

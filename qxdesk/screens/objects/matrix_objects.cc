@@ -9,13 +9,13 @@
 namespace qx::screens {
 namespace {
 
-/// A column of a matrix. The reference is a strong one: columns are never removed, and one that
-/// outlives its matrix is reached through item(), which throws.
+// A column of a matrix. The reference is a strong one: columns are never removed, and one that
+// outlives its matrix is reached through item(), which throws.
 class ColumnLink : public ItemLink {
  public:
   ColumnLink(const ItemLink& item, std::shared_ptr<MatrixColumn> column)
       : ItemLink(item), column_(std::move(column)) {}
-  /// Returns the column. Throws as item() does.
+  // Returns the column. Throws as item() does.
   const MatrixColumn& column() const {
     item();
     return *column_;
@@ -25,7 +25,7 @@ class ColumnLink : public ItemLink {
   std::shared_ptr<MatrixColumn> column_;
 };
 
-/// A place in a matrix. It stays the same place when rows above it are added or cleared.
+// A place in a matrix. It stays the same place when rows above it are added or cleared.
 class CellLink : public ColumnLink {
  public:
   CellLink(const ColumnLink& column, long row) : ColumnLink(column), row_(row) {}

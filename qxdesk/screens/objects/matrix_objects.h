@@ -1,5 +1,7 @@
 #pragma once
 
+// The objects of a matrix: the control, its columns, their cells, and the texts in the cells.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxdesk/screens/objects/links.h"
 #include "qxframework/automation/com_ptr.h"

@@ -8,11 +8,11 @@
 namespace qx::screens {
 namespace {
 
-/// A weak reference to an entry.
+// A weak reference to an entry.
 class EntryLink {
  public:
   explicit EntryLink(const std::shared_ptr<MenuEntry>& entry) : entry_(entry) {}
-  /// Returns the entry. Throws kInvalidMenuItem if it has been removed.
+  // Returns the entry. Throws kInvalidMenuItem if it has been removed.
   std::shared_ptr<MenuEntry> entry() const {
     auto entry = entry_.lock();
     // A removed entry may still be held; it has no father. The root has none either.
@@ -56,7 +56,7 @@ class MenuItemObject final : public LinkedObject<IMenuItem, EntryLink> {
   std::shared_ptr<MenuEntry> entry() const { return link().entry(); }
 };
 
-/// Returns null for null: a miss is no error in the host's menus.
+// Returns null for null: a miss is no error in the host's menus.
 CComPtr<IMenuItem> makeMenuItem(const std::shared_ptr<Client>& client,
                                 const std::shared_ptr<MenuEntry>& entry) {
   if (entry == nullptr) return nullptr;
@@ -98,8 +98,8 @@ class MenusObject final : public LinkedObject<IMenus, EntryLink> {
 
  private:
   std::shared_ptr<MenuEntry> father() const { return link().entry(); }
-  /// Returns the entry, or null. An index counts the father's own entries, while a UID is found at
-  /// any depth under the father.
+  // Returns the entry, or null. An index counts the father's own entries, while a UID is found at
+  // any depth under the father.
   std::shared_ptr<MenuEntry> find(const EntryName& name) const {
     const auto owner = father();
     if (name.byIndex) return findEntry(owner->children(), name);

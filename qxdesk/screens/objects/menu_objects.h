@@ -1,5 +1,7 @@
 #pragma once
 
+// The menus and their entries.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/menu.h"

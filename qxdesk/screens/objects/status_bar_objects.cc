@@ -7,7 +7,7 @@
 namespace qx::screens {
 namespace {
 
-/// Holds the progress bar. The last release frees it, as Stop does.
+// Holds the progress bar. The last release frees it, as Stop does.
 class ProgressBarObject final : public HostObject<IProgressBar> {
  public:
   ProgressBarObject(std::shared_ptr<Client> client, std::shared_ptr<Progress> progress)

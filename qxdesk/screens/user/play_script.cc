@@ -10,9 +10,9 @@
 namespace qx::screens {
 namespace {
 
-/// An action. `shape` has a letter for each argument: w a word, n a number from 0, l a language, t
-/// the rest of the line (may be empty), p a thing to print. The arguments after "?" are optional,
-/// but only together.
+// An action. `shape` has a letter for each argument: w a word, n a number from 0, l a language, t
+// the rest of the line (may be empty), p a thing to print. The arguments after "?" are optional,
+// but only together.
 struct Command {
   std::string_view name;
   PlayVerb verb;
@@ -54,7 +54,7 @@ constexpr std::string_view kPrintable[] = {"menus", "forms", "form", "status", "
 // A carriage return counts, so that scripts with CR LF are read alike.
 bool isBlank(char byte) { return byte == ' ' || byte == '\t' || byte == '\r'; }
 
-/// Takes a line apart from left to right.
+// Takes a line apart from left to right.
 class Line {
  public:
   Line(std::string_view text, int number, std::string_view file)
@@ -78,7 +78,7 @@ class Line {
     at_ = text_.size();
     return text_.substr(start_);
   }
-  /// Throws, with the column of the word that was taken last.
+  // Throws, with the column of the word that was taken last.
   [[noreturn]] void fail(const std::string& sentence) const {
     throw PlayScriptError(std::string(file_) + ":" + std::to_string(number_) + ":" +
                           std::to_string(start_ + 1) + ": " + sentence);
