@@ -1,4 +1,4 @@
-// The entries of the shared object: all that it exports.
+// The exports of libqxdesk.so.
 
 #include "qxdesk/screens/objects/gui_api.h"
 #include "qxdesk/session/call_gate.h"

@@ -16,6 +16,7 @@
 #include "qxframework/automation/variant.h"
 #include "qxframework/host/enums.h"
 #include "qxframework/host/ids.h"
+#include "qxframework/host/item_types.h"
 
 namespace qx {
 
@@ -31,27 +32,6 @@ enum EventId : DISPID {
   kReportDataEvent = 106,   // object, veto
   kRightClickEvent = 107,   // IContextMenuInfo, veto
   kFormDataEvent = 108,     // IBusinessObjectInfo, veto
-};
-
-/// Types of item events, from IItemEvent::GetEventType.
-enum ItemEventType : long {
-  kItemPressed = 1,      ///< a button, after its click
-  kKeyDown = 2,          ///< a key in an item
-  kClick = 6,            ///< the mouse on an item or a cell, or a choice in a combo box
-  kDoubleClick = 7,      ///< after two clicks
-  kValidate = 10,        ///< the user leaves an edit whose text has changed
-  kFormLoad = 16,        ///< a form opens
-  kFormUnload = 17,      ///< after kFormClose; after the action the form no longer exists
-  kFormDeactivate = 19,  ///< another form comes to the front
-  kFormClose = 20,       ///< a form is to be closed
-};
-
-/// Types of application events. They cannot be vetoed.
-enum AppEventType : long {
-  kShutDown = 64,           ///< the client ends; the framework stops the add-on
-  kCompanyChanged = 65,     ///< the client is logged in to another company
-  kLanguageChanged = 66,    ///< IApplication::GetLanguage has a new value
-  kServerTermination = 67,  ///< the server of the client ends; the add-on stops as for kShutDown
 };
 
 }  // namespace qx

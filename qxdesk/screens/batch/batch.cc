@@ -3,6 +3,7 @@
 #include "qxdesk/screens/batch/batch_report.h"
 #include "qxdesk/screens/batch/form_reader.h"
 #include "qxdesk/screens/batch/xml_element.h"
+#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/xml/dom_document.h"
@@ -23,17 +24,21 @@ std::optional<Action> actionOf(std::u16string_view type) {
   return std::nullopt;
 }
 
+// The parser's messages end in a line feed.
 std::u16string_view withoutLineEnd(std::u16string_view text) {
   while (!text.empty() && text.back() <= u' ') text.remove_suffix(1);
   return text;
 }
 
+// One document on its way into the desk.
 class Batch {
  public:
   explicit Batch(Desk& desk) : desk_(desk) {}
 
   HRESULT run(std::u16string_view xml) {
     if (const auto root = parse(xml)) applyDocument(*root);
+    // Written last: a handler of the events in between may apply a batch of its own, and the report
+    // that an add-on reads after this call is that of this batch.
     desk_.lastBatchResults = report_.xml();
     return report_.result();
   }
@@ -96,9 +101,10 @@ void Batch::applyActions(const XmlElement& parent, std::u16string_view entryName
     }
     const std::u16string type = element.text(u"type");
     report_.beginAction(type);
+    // An unknown type is one error of the action; its entries are not looked at.
     const auto action = actionOf(type);
     if (!action) {
-      report_.fail(kActionTypeNotValid, u"the type is none of add, update, remove");
+      report_.fail(kActionTypeNotValid, u"the type is not add, update or remove");
       continue;
     }
     for (const XmlElement& entry : element.children()) {
@@ -113,6 +119,8 @@ void Batch::applyActions(const XmlElement& parent, std::u16string_view entryName
 }
 
 void Batch::applyEntry(Action action, const XmlElement& entry, const Entry& apply) {
+  // An entry may have several errors, or report one and return. It counts as applied only if none
+  // was added.
   const std::size_t faults = report_.errors().size();
   try {
     apply(action, entry);
@@ -130,6 +138,7 @@ bool flagOf(const XmlElement& menu, std::u16string_view name, bool otherwise) {
 void Batch::applyMenu(Action action, const XmlElement& menu) {
   if (action == Action::kAdd) return addMenu(menu);
   const std::u16string uid = menu.text(u"uniqueid");
+  // The empty UID would find the root, which no document may change.
   const auto entry = uid.empty() ? nullptr : desk_.menus.find(uid);
   if (entry == nullptr) raiseError(kInvalidMenuItem);
   if (action == Action::kRemove) return desk_.menus.remove(*entry);
@@ -137,6 +146,7 @@ void Batch::applyMenu(Action action, const XmlElement& menu) {
 }
 
 void Batch::addMenu(const XmlElement& menu) {
+  // A missing attribute is an error, but an empty one names the menu bar itself.
   const auto father = menu.has(u"fatheruid") ? desk_.menus.find(menu.text(u"fatheruid")) : nullptr;
   if (father == nullptr) {
     report_.fail(kInvalidMenuItem, u"there is no menu with the FatherUID " +
@@ -159,6 +169,7 @@ void Batch::addMenu(const XmlElement& menu) {
 
 void Batch::updateMenu(MenuEntry& entry, const XmlElement& menu) {
   MenuProperties& properties = entry.properties();
+  // Add-ons may check and disable the host's own entries, but not rename them.
   const bool renames = menu.has(u"string") || menu.has(u"image");
   if (renames && entry.isSystem()) raiseError(kNotAUserMenuItem);
   properties.text = menu.attribute(u"string").value_or(properties.text);
@@ -176,11 +187,12 @@ void Batch::applyForm(Action action, const XmlElement& element) {
     return;
   }
   FormReader(report_).update(*form, element);
+  // Last, since showing raises events: the handlers see the form with all of its changes.
   if (element.has(u"visible")) desk_.forms.show(form, flagOf(element, u"visible", true));
 }
 
 void Batch::addForm(const XmlElement& element) {
-  const auto form = FormReader(report_).create(element);
+  const auto form = FormReader(report_).create(element);  // null: the reader has reported why
   if (form == nullptr) return;
   if (!desk_.forms.open(form)) report_.fail(kGeneralFailure, u"an add-on vetoed the load");
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Applies an `Application` document: actions on menus and on forms.
+// Applies an `Application` document, which holds actions on menus and on forms:
 //
 //     <Application>
 //       <Menus><action type="add|update|remove"><Menu UniqueID=".." FatherUID=".." Type="1"
@@ -8,9 +8,9 @@
 //       <forms><action type="add|update|remove"><form uid="..">...</form></action></forms>
 //     </Application>
 //
-// Element and attribute names count without case. Every entry stands alone: what can be applied is
-// applied, and the report tells of the others. A form to be added is opened only when nothing in it
-// is wrong.
+// The case of element and attribute names does not matter. Entries are independent: those without
+// an error are applied, and the report lists the errors of the others. A new form is opened only if
+// nothing in it is wrong.
 
 #include "qxdesk/screens/model/desk.h"
 
@@ -18,7 +18,8 @@
 
 namespace qx::screens {
 
-/// 0, or the negative code of the first error; the report is left in desk.lastBatchResults.
+/// Returns 0 or the negative code of the first error, and writes the report to
+/// desk.lastBatchResults.
 HRESULT applyBatch(Desk& desk, std::u16string_view xml);
 
 }  // namespace qx::screens

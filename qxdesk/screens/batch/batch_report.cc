@@ -8,6 +8,8 @@
 namespace qx::screens {
 namespace {
 
+// Written by hand: an attribute value needs nothing but these, and a detail may quote any text of
+// the add-on's document. A parser would turn bare tabs and line ends in an attribute into blanks.
 std::u16string_view entityOf(char16_t unit) {
   switch (unit) {
     case u'&':
@@ -47,6 +49,7 @@ void write(std::u16string& out, std::u16string_view name, long value) {
 }
 
 void write(std::u16string& out, const BatchError& error) {
+  // Attributes that do not apply are left out; by that a reader knows the kind of the error.
   out += u"<error";
   if (error.action != 0) {
     write(out, u"action", error.action);
@@ -69,7 +72,7 @@ void write(std::u16string& out, const BatchError& error) {
 }  // namespace
 
 void BatchReport::beginAction(std::u16string_view type) {
-  place_ = BatchError();
+  place_ = BatchError();  // the entries count anew
   place_.action = ++actions_;
   place_.type = type;
 }
@@ -87,7 +90,7 @@ void BatchReport::fail(HRESULT code, std::u16string_view detail) {
 }
 
 void BatchReport::failDocument(HRESULT code, std::u16string_view detail, long line, long column) {
-  place_ = BatchError();
+  place_ = BatchError();  // such an error belongs to no action
   place_.line = line;
   place_.column = column;
   fail(code, detail);

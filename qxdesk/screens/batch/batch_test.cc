@@ -1,7 +1,7 @@
 #include "qxdesk/screens/batch/batch.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
-#include "qxdesk/screens/user/desk_printer.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ TEST_F(BatchTest, UpdatesAndRemovesMenus) {
   EXPECT_EQ(addOns(), "43523 \"Add-Ons\" popup\n  QX_551 \"Log\" checked\n");
 }
 
-TEST_F(BatchTest, ReportsAFatherThatIsNotThereAndAppliesTheOthers) {
+TEST_F(BatchTest, MissingFatherIsReportedAndTheOtherEntriesAreApplied) {
   EXPECT_EQ(apply(uR"(<Application><Menus><action type="add">
       <Menu Type="1" UniqueID="X1" String="x" FatherUID="4711"/>
       <Menu Type="1" UniqueID="X2" String="y" FatherUID="43523"/></action></Menus></Application>)"),
@@ -58,7 +58,7 @@ TEST_F(BatchTest, ReportsAFatherThatIsNotThereAndAppliesTheOthers) {
             R"(detail="there is no menu with the FatherUID 4711"/></errors></result>)");
 }
 
-TEST_F(BatchTest, ReportsEveryFaultOfMenusWithItsCode) {
+TEST_F(BatchTest, EachFaultOfAMenuIsReportedWithItsCode) {
   apply(kCommonMenu);
   EXPECT_EQ(apply(uR"(<Application><Menus><action type="add">
       <Menu Type="1" UniqueID="QX_551" String="x" FatherUID="43523"/>
@@ -86,10 +86,10 @@ TEST_F(BatchTest, ReportsEveryFaultOfMenusWithItsCode) {
       R"(<error action="3" type="update" entry="1" uid="3001" code="-7027" )"
       R"(text="Not an user menu item"/>)"
       R"(<error action="4" type="swap" code="-7050" text="Action type not valid" )"
-      R"(detail="the type is none of add, update, remove"/></errors></result>)");
+      R"(detail="the type is not add, update or remove"/></errors></result>)");
 }
 
-TEST_F(BatchTest, TellsLineAndColumnOfADocumentThatDoesNotParse) {
+TEST_F(BatchTest, ReportsLineAndColumnOfADocumentThatCannotBeParsed) {
   EXPECT_EQ(apply(u"<Application>\n  <Menus>\n</Application>"), kCannotLoadXml);
   EXPECT_NE(report().find(R"(<error line="3" column=")"), std::string::npos) << report();
   EXPECT_NE(report().find(R"(code="-7040" text="Can't load XML" detail=")"), std::string::npos);
@@ -162,14 +162,14 @@ TEST_F(BatchTest, AddsAForm) {
   EXPECT_EQ(apply(kForm), kFormAlreadyExists);
 }
 
-TEST_F(BatchTest, RaisesTheLoadOfAFormAndReportsItsVeto) {
+TEST_F(BatchTest, VetoOfTheLoadEventIsReported) {
   const auto sink = listen(desk_, veto("before item 16 QX_FCL_1"));
   EXPECT_EQ(apply(kForm), kGeneralFailure);
   EXPECT_EQ(desk_.forms.find(u"QX_FCL_1"), nullptr);
   EXPECT_NE(report().find("an add-on vetoed the load"), std::string::npos);
 }
 
-TEST_F(BatchTest, OpensNoFormInWhichSomethingIsWrongAndTellsAll) {
+TEST_F(BatchTest, FormWithFaultsIsNotOpenedAndAllOfThemAreReported) {
   EXPECT_EQ(apply(uR"(<Application><forms><action type="add"><form uid="A" width="wide">
       <datasources><userdatasources><action type="add"><datasource uid="U" type="x" size="1"/>
         </action></userdatasources></datasources>
@@ -183,14 +183,14 @@ TEST_F(BatchTest, OpensNoFormInWhichSomethingIsWrongAndTellsAll) {
       report(),
       R"(<result actions="1" applied="0" failed="6"><errors>)"
       R"(<error action="1" type="add" entry="1" uid="A" code="-7063" )"
-      R"(text="Form setting rectangle" detail="&lt;form&gt; A: width is no number: wide"/>)"
+      R"(text="Form setting rectangle" detail="&lt;form&gt; A: width is not a number: wide"/>)"
       R"(<error action="1" type="add" entry="1" uid="A" code="-7090" )"
       R"(text="Data sources unknow field type" )"
-      R"(detail="&lt;datasource&gt; U: type is no number: x"/>)"
+      R"(detail="&lt;datasource&gt; U: type is not a number: x"/>)"
       R"(<error action="1" type="add" entry="1" uid="A" code="-7012" )"
       R"(text="Item already exists" detail="&lt;item&gt; 1"/>)"
       R"(<error action="1" type="add" entry="1" uid="A" code="-7091" text="Item attributes" )"
-      R"(detail="&lt;item&gt; 2: type is none of 4, 8, 16, 113, 127"/>)"
+      R"(detail="&lt;item&gt; 2: type is not one of 4, 8, 16, 113, 127"/>)"
       R"(<error action="1" type="add" entry="1" uid="A" code="-7013" )"
       R"x(text="String too long (10)" detail="&lt;item&gt; 12345678901"/>)x"
       R"(<error action="1" type="add" entry="1" uid="A" code="-7092" text="Item binding data" )"
@@ -232,7 +232,7 @@ TEST_F(BatchTest, UpdatesAndRemovesForms) {
   EXPECT_EQ(apply(remove), kFormNotFound);
 }
 
-TEST_F(BatchTest, KeepsWhatIsRightOfAFormUpdate) {
+TEST_F(BatchTest, CorrectPartsOfAFormUpdateAreApplied) {
   apply(kForm);
   EXPECT_EQ(apply(uR"(<Application><forms><action type="update"><form uid="QX_FCL_1" title="New">
       <items><action type="remove"><item uid="none"/><item uid="9"/></action></items></form>
@@ -242,7 +242,7 @@ TEST_F(BatchTest, KeepsWhatIsRightOfAFormUpdate) {
   EXPECT_EQ(desk_.forms.find(u"QX_FCL_1")->findItem(u"9"), nullptr);
 }
 
-TEST_F(BatchTest, AllowsABatchWithinTheLoadOfAForm) {
+TEST_F(BatchTest, HandlerOfTheLoadEventMayApplyABatch) {
   listen(desk_, [&](const std::string& words, bool&) {
     if (words == "after item 16 QX_FCL_1") applyBatch(desk_, kCommonMenu);
   });
@@ -251,7 +251,7 @@ TEST_F(BatchTest, AllowsABatchWithinTheLoadOfAForm) {
   EXPECT_NE(desk_.menus.find(u"QX_551"), nullptr);
 }
 
-TEST_F(BatchTest, TakesTenThousandMenusInOneBatch) {
+TEST_F(BatchTest, AddsTenThousandMenusInOneBatch) {
   std::u16string xml = u"<Application><Menus><action type='add'>";
   for (int i = 0; i < 10000; ++i) {
     xml += u"<Menu Type='1' UniqueID='M" + toUtf16(std::to_string(i)) +

@@ -1,5 +1,6 @@
 #include "qxdesk/screens/batch/form_reader.h"
 
+#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
@@ -10,8 +11,10 @@
 namespace qx::screens {
 namespace {
 
+// The types for which the desk has a control; a linked button exists as a column only.
 constexpr long kKnownItemTypes[] = {kButton, kStaticText, kEditText, kComboBox, kMatrix};
 
+// Documents name the type by either attribute. "-1" is the type of forms without one.
 std::u16string typeOf(const XmlElement& form) {
   if (form.has(u"formtype")) return form.text(u"formtype");
   return form.has(u"appformnumber") ? form.text(u"appformnumber") : u"-1";
@@ -24,8 +27,9 @@ std::shared_ptr<FormModel> FormReader::create(const XmlElement& element) {
   std::shared_ptr<FormModel> form;
   attempt(element, [&] {
     form = std::make_shared<FormModel>(element.text(u"uid"), typeOf(element), false);
-    form->visible = true;
+    form->visible = true;  // unless the document says otherwise
   });
+  // Without a valid UID there is no form into which the rest could be read.
   if (form == nullptr) return nullptr;
   readForm(*form, element);
   return report_.errors().size() == faults ? form : nullptr;
@@ -38,10 +42,13 @@ bool FormReader::update(FormModel& form, const XmlElement& element) {
 }
 
 void FormReader::readForm(FormModel& form, const XmlElement& element) {
+  // Data sources come before items, which are bound to them, and items before the default button,
+  // which must be one of them.
   readFrame(form, element);
   for (const XmlElement& sources : element.children(u"datasources")) readSources(form, sources);
   for (const XmlElement& items : element.children(u"items")) readItems(form, items);
   const std::u16string button = element.text(u"default_button");
+  // 0 means no default button, unless an item has that UID.
   if (button.empty() || (button == u"0" && form.findItem(button) == nullptr)) return;
   attempt(element, [&] { form.setDefaultItem(button); });
 }
@@ -52,6 +59,7 @@ void FormReader::readFrame(FormModel& form, const XmlElement& element) {
   number(element, u"type", kFormSettingRect, form.borderStyle);
   number(element, u"left", kFormSettingRect, form.rect.left);
   number(element, u"top", kFormSettingRect, form.rect.top);
+  // Width, height and mode go through the form, which checks them. The other numbers are free.
   long width = form.rect.width;
   long height = form.rect.height;
   number(element, u"width", kFormSettingRect, width);
@@ -63,6 +71,7 @@ void FormReader::readFrame(FormModel& form, const XmlElement& element) {
   long mode = form.mode();
   number(element, u"mode", kFormSettingMode, mode);
   attempt(element, [&] { form.setMode(mode); });
+  // Showing an open form raises events, so the batch does it when all is read.
   if (!form.isOpen()) flag(element, u"visible", kFormSettingVisible, form.visible);
 }
 
@@ -95,17 +104,18 @@ void FormReader::readItems(FormModel& form, const XmlElement& element) {
 void FormReader::readItemAction(FormModel& form, const XmlElement& action) {
   const std::u16string type = action.text(u"type");
   for (const XmlElement& element : action.children(u"item")) {
+    // An update needs no type: it changes the item that has the UID, of any type.
     if (type == u"add") {
       addItem(form, element);
     } else if (type == u"update" || type == u"remove") {
       attempt(element, [&] {
         const std::u16string uid = element.text(u"uid");
-        ItemModel& item = form.item(uid);
+        ItemModel& item = form.item(uid);  // throws for an unknown UID, also for a removal
         if (type == u"remove") return form.removeItem(uid);
         readItem(form, item, element);
       });
     } else {
-      return fail(action, kActionTypeNotValid, u"type is none of add, update, remove");
+      return fail(action, kActionTypeNotValid, u"type is not add, update or remove");
     }
   }
 }
@@ -116,8 +126,9 @@ void FormReader::addItem(FormModel& form, const XmlElement& element) {
   number(element, u"type", kItemAttributes, item.type);
   if (std::find(std::begin(kKnownItemTypes), std::end(kKnownItemTypes), item.type) ==
       std::end(kKnownItemTypes)) {
-    return fail(element, kItemAttributes, u"type is none of 4, 8, 16, 113, 127");
+    return fail(element, kItemAttributes, u"type is not one of 4, 8, 16, 113, 127");
   }
+  // The item is added before its control is read, since adding creates the combo or the matrix.
   attempt(element, [&] { readItem(form, form.addItem(std::move(item)), element); });
 }
 
@@ -127,7 +138,7 @@ void FormReader::readItem(FormModel& form, ItemModel& item, const XmlElement& el
   number(element, u"width", kItemAttributes, item.rect.width);
   number(element, u"height", kItemAttributes, item.rect.height);
   number(element, u"from_pane", kItemAttributes, item.fromPane);
-  number(element, u"form_pane", kItemAttributes, item.fromPane);
+  number(element, u"form_pane", kItemAttributes, item.fromPane);  // a spelling that documents have
   number(element, u"to_pane", kItemAttributes, item.toPane);
   flag(element, u"visible", kItemAttributes, item.visible);
   flag(element, u"enabled", kItemAttributes, item.enabled);
@@ -141,6 +152,7 @@ void FormReader::readItem(FormModel& form, ItemModel& item, const XmlElement& el
 void FormReader::readSpecific(FormModel& form, ItemModel& item, const XmlElement& specific) {
   item.caption = specific.attribute(u"caption").value_or(item.caption);
   flag(specific, u"affectsformmode", kItemAttributes, item.affectsFormMode);
+  // A matrix is bound by its columns and not as a whole.
   if (item.matrix != nullptr) {
     number(specific, u"selectionmode", kItemAttributes, item.matrix->selectionMode);
     readColumns(form, *item.matrix, specific);
@@ -182,6 +194,7 @@ void FormReader::addColumn(FormModel& form, MatrixModel& matrix, const XmlElemen
   number(element, u"width", kColumnAttributes, column.width);
   flag(element, u"visible", kColumnAttributes, column.visible);
   flag(element, u"editable", kColumnAttributes, column.editable);
+  // A column with a wrong binding is added all the same, so that the report lists its other faults.
   column.source = readBinding(form, element, kColumnBindingData);
   attempt(element, [&] { matrix.addColumn(std::move(column)); });
 }
@@ -192,6 +205,8 @@ std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const X
     bool bound = true;
     flag(bind, u"databound", code, bound);
     if (!bound) continue;
+    // A binding to a table is accepted and checked, but the desk has no records to show, so the
+    // control keeps a text of its own.
     const std::u16string table = bind.text(u"table");
     if (!table.empty()) {
       if (std::find(form.tables.begin(), form.tables.end(), table) == form.tables.end()) {
@@ -210,6 +225,7 @@ std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const X
 
 void FormReader::eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body) {
   for (const XmlElement& action : element.children(u"action")) {
+    // Sources, columns and values can be added, but neither updated nor removed.
     if (action.text(u"type") != u"add") {
       fail(action, kActionTypeNotValid, u"type is not add");
       continue;
@@ -229,11 +245,11 @@ void FormReader::attempt(const XmlElement& element, const std::function<void()>&
 void FormReader::number(const XmlElement& element, std::u16string_view name, HRESULT code,
                         long& out) {
   const auto text = element.attribute(name);
-  if (!text || text->empty()) return;
+  if (!text || text->empty()) return;  // an empty value means unset
   if (const auto value = decimalNumber(*text)) {
     out = *value;
   } else {
-    fail(element, code, std::u16string(name) + u" is no number: " + *text);
+    fail(element, code, std::u16string(name) + u" is not a number: " + *text);
   }
 }
 
@@ -241,6 +257,7 @@ void FormReader::flag(const XmlElement& element, std::u16string_view name, HRESU
                       bool& out) {
   const auto text = element.attribute(name);
   if (!text || text->empty()) return;
+  // -1 is VARIANT_TRUE, written as a number.
   if (*text == u"1" || *text == u"-1" || *text == u"0") {
     out = *text != u"0";
   } else {

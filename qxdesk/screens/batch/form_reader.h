@@ -1,7 +1,8 @@
 #pragma once
 
-// Reads the `form` element of a batch document into a form. What is wrong goes to the report, each
-// fault with the code that fits the place and a sentence that names the element and the attribute.
+// Reads the `form` element of a batch document into a form. Reading goes on after a fault, so that
+// the report lists all faults of a form at once: each with the code for its place and with a
+// sentence that names the element and the attribute.
 
 #include "qxdesk/screens/batch/batch_report.h"
 #include "qxdesk/screens/batch/xml_element.h"
@@ -19,10 +20,10 @@ class FormReader {
  public:
   explicit FormReader(BatchReport& report) : report_(report) {}
 
-  /// A new form that is not opened yet, or null when anything in it is wrong.
+  /// Returns a new form that is not opened yet, or null if anything in the element is wrong.
   std::shared_ptr<FormModel> create(const XmlElement& element);
-  /// Changes what the element names: the form's attributes, and items by their actions "add",
-  /// "update" and "remove". What is right stays; false when anything was wrong.
+  /// Changes the form: its attributes, and its items by the actions "add", "update" and "remove".
+  /// Returns false if anything is wrong; the correct parts are applied all the same.
   bool update(FormModel& form, const XmlElement& element);
 
  private:
@@ -39,14 +40,17 @@ class FormReader {
   void readValidValues(ComboModel& combo, const XmlElement& specific);
   void readColumns(FormModel& form, MatrixModel& matrix, const XmlElement& specific);
   void addColumn(FormModel& form, MatrixModel& matrix, const XmlElement& element);
-  /// The source of the `databind` below `element`, null when it is not bound to one.
+  /// Returns the data source that the `databind` in `element` names, or null if it names none.
+  /// Faults get `code`.
   std::shared_ptr<UserDataSource> readBinding(FormModel& form, const XmlElement& element,
                                               HRESULT code);
 
-  /// Runs `body` for every `entry` of every `action` below `element`.
+  /// Runs `body` for each element named `entry` in each `action` of `element`.
   void eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body);
-  /// Runs `body`; a refusal of the model goes to the report.
+  /// Runs `body` and reports the error that the model throws, if any.
   void attempt(const XmlElement& element, const std::function<void()>& body);
+  /// Reads an attribute into `out`. Leaves `out` alone if the attribute is missing, empty or wrong;
+  /// the last is reported with `code`.
   void number(const XmlElement& element, std::u16string_view name, HRESULT code, long& out);
   void flag(const XmlElement& element, std::u16string_view name, HRESULT code, bool& out);
   void fail(const XmlElement& element, HRESULT code, std::u16string_view reason);

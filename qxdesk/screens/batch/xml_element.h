@@ -1,7 +1,7 @@
 #pragma once
 
-// Reading a batch document: elements and attributes by their names in lower case, since the
-// documents write them in either.
+// An element of a batch document. Element and attribute names are compared in lower case, since
+// documents write them in either case.
 
 #include "qxframework/xml/dom.h"
 
@@ -16,23 +16,20 @@ namespace qx::screens {
 
 class XmlElement {
  public:
-  /// Raises what the document raises.
+  /// Throws what the document throws.
   explicit XmlElement(const CComPtr<IXMLDOMNode>& node);
 
-  /// Without prefix, in lower case.
+  /// The name without its prefix, in lower case.
   const std::u16string& name() const { return name_; }
-  /// `name` in lower case; nothing when there is no such attribute.
+  /// Returns the value, or nothing if there is no such attribute. `name` is in lower case, as in
+  /// all operations here.
   std::optional<std::u16string> attribute(std::u16string_view name) const;
-  /// The attribute, or an empty text.
+  /// Returns the value, or an empty text if there is no such attribute.
   std::u16string text(std::u16string_view name) const { return attribute(name).value_or(u""); }
   bool has(std::u16string_view name) const { return attributes_.contains(name); }
-  /// All attributes by name.
-  const std::map<std::u16string, std::u16string, std::less<>>& attributes() const {
-    return attributes_;
-  }
-  /// The elements below, in order.
+  /// Returns the child elements in document order.
   std::vector<XmlElement> children() const;
-  /// Those of that name in lower case.
+  /// Returns the child elements with that name.
   std::vector<XmlElement> children(std::u16string_view name) const;
 
  private:
@@ -40,9 +37,5 @@ class XmlElement {
   std::u16string name_;
   std::map<std::u16string, std::u16string, std::less<>> attributes_;
 };
-
-/// The whole text as a decimal number with an optional sign; nothing for any other text, and for a
-/// number that does not fit 32 bits.
-std::optional<long> decimalNumber(std::u16string_view text);
 
 }  // namespace qx::screens

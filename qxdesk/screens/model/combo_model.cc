@@ -13,6 +13,7 @@ void ComboModel::add(std::u16string value, std::u16string key) {
 }
 
 std::optional<std::size_t> ComboModel::find(std::u16string_view key) const {
+  // A key of one entry may be the text of another, and the key wins.
   for (const auto member : {&ValidValue::description, &ValidValue::value}) {
     const auto at = std::find_if(values_.begin(), values_.end(),
                                  [&](const ValidValue& entry) { return entry.*member == key; });
@@ -23,6 +24,7 @@ std::optional<std::size_t> ComboModel::find(std::u16string_view key) const {
 
 void ComboModel::select(std::size_t position) {
   if (position >= values_.size()) raiseError(kInvalidFieldValue);
+  // The data source may refuse the key; then the old selection stays.
   key_.set(values_[position].description);
   selected_ = position;
 }
@@ -40,6 +42,8 @@ void ComboModel::remove(std::size_t position) {
 
 std::optional<std::size_t> ComboModel::selected() const {
   if (key_.source() == nullptr) return selected_;
+  // An add-on may write to the source at any time, so its value decides. Keys may repeat: the entry
+  // that was selected wins as long as its key fits.
   if (selected_ && values_[*selected_].description == key_.get()) return selected_;
   const auto at = std::find_if(values_.begin(), values_.end(), [&](const ValidValue& entry) {
     return entry.description == key_.get();

@@ -1,5 +1,7 @@
 #pragma once
 
+// The named values of a form, and the texts of the controls that are bound to them.
+
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
 
@@ -10,10 +12,10 @@
 
 namespace qx::screens {
 
-/// A named value of a form that controls are bound to.
+/// A named value of a form. Controls can be bound to it.
 class UserDataSource {
  public:
-  /// `size` is the most UTF-16 units that the value may have; 0 sets no limit.
+  /// `size` is the limit of the value in UTF-16 units; 0 means no limit.
   UserDataSource(std::u16string uid, long type, long size)
       : uid_(std::move(uid)), type_(type), size_(size) {}
 
@@ -21,7 +23,7 @@ class UserDataSource {
   long type() const { return type_; }
   long size() const { return size_; }
   const std::u16string& value() const { return value_; }
-  /// Raises kInvalidFieldValue for a value that is too long.
+  /// Throws kInvalidFieldValue if the value is longer than the limit.
   void setValue(std::u16string_view value) {
     if (size_ > 0 && value.size() > static_cast<std::size_t>(size_)) raiseError(kInvalidFieldValue);
     value_ = value;
@@ -34,10 +36,11 @@ class UserDataSource {
   std::u16string value_;
 };
 
-/// The text of a control: its own, or that of the source it is bound to.
+/// The text of a control: a text of its own or, if the control is bound, the value of the source.
 class BoundText {
  public:
   const std::u16string& get() const { return source_ == nullptr ? own_ : source_->value(); }
+  /// Throws kInvalidFieldValue if the source refuses the text.
   void set(std::u16string_view text) {
     if (source_ == nullptr) {
       own_ = text;
@@ -46,6 +49,7 @@ class BoundText {
     }
   }
   void bind(std::shared_ptr<UserDataSource> source) { source_ = std::move(source); }
+  /// Null if the control is not bound.
   const std::shared_ptr<UserDataSource>& source() const { return source_; }
 
  private:

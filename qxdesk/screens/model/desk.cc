@@ -5,7 +5,7 @@
 #include "qxdesk/session/database_name.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
-#include "qxframework/host/events.h"
+#include "qxframework/host/item_types.h"
 
 #include <utility>
 
@@ -17,14 +17,14 @@ Desk::Desk(DeskSettings settings, std::unique_ptr<ProgressLock> progressLock)
       boxes(settings.refuseUnattendedBoxes),
       settings_(std::move(settings)) {
   addSystemMenus(menus);
-  openSystemForm(kMainMenuForm);
+  openSystemForm(kMainMenuForm);  // no sink is attached yet, so no veto is possible
 }
 
 Desk::~Desk() = default;
 
 void Desk::setDatabase(std::string database) {
   settings_.database = std::move(database);
-  settings_.companyName.clear();
+  settings_.companyName.clear();  // it named the old company
 }
 
 std::u16string Desk::databaseName() const {
@@ -37,10 +37,12 @@ std::u16string Desk::companyName() const {
 
 void Desk::setStartupDone(bool done) {
   startupDone_ = done;
+  // An add-on may take its report back; that starts no script.
   if (done && observer_) observer_();
 }
 
 std::shared_ptr<FormModel> Desk::openSystemForm(std::u16string_view typeEx) {
+  // There is one main menu, while an order or a customer may be open several times.
   if (typeEx == kMainMenuForm && forms.byTypeAndCount(typeEx, 1) != nullptr) {
     raiseError(kFormAlreadyExists);
   }
@@ -60,12 +62,14 @@ void Desk::runMenuCommand(std::u16string_view menuUid) {
     changeMode(kAddMode);
   } else if (menuUid == kNextMenu || menuUid == kPreviousMenu || menuUid == kFirstMenu ||
              menuUid == kLastMenu || menuUid == kDeleteMenu) {
+    // The desk has no records. With records, the form would now show a stored one: OK mode.
     changeMode(kOkMode);
   }
 }
 
 void Desk::changeMode(long mode) {
   const auto form = forms.selected();
+  // The main menu shows no records and so has no modes.
   if (form != nullptr && form->typeEx() != kMainMenuForm) form->setMode(mode);
 }
 

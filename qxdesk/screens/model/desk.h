@@ -1,9 +1,8 @@
 #pragma once
 
-// The whole state of the client that the screens stand in for: who is logged in to what, its menus,
-// forms, status bar and boxes, and the source of its events. All of it belongs to one thread, and
-// every operation is an ordinary call. What stands in front of it, in the same process or at the
-// end of a wire, is no business of this model.
+// The state of the host's user interface: the login, the menus, forms, status bar and boxes, and
+// the source of events. It belongs to one thread, and every operation is an ordinary call. The
+// model knows neither XML nor scripts nor the objects through which an add-on reaches it.
 
 #include "qxdesk/screens/model/event_source.h"
 #include "qxdesk/screens/model/forms.h"
@@ -18,19 +17,21 @@
 
 namespace qx::screens {
 
-/// What the client is started with.
+/// The settings with which a desk starts.
 struct DeskSettings {
   std::string database;  ///< UTF-8: the file that the company library opens
   long dbServerType = 1;
   HvLanguages language = ln_English;
   long appId = 1;
   std::u16string userName = u"manager";
-  std::u16string companyName;  ///< empty: the database's name
+  std::u16string companyName;  ///< empty: the name of the database
   bool refuseUnattendedBoxes = false;
 };
 
 class Desk {
  public:
+  /// Opens the main menu. `progressLock` may be null: then no other process shares the progress
+  /// bar.
   explicit Desk(DeskSettings settings, std::unique_ptr<ProgressLock> progressLock = nullptr);
   ~Desk();
   Desk(const Desk&) = delete;
@@ -38,21 +39,23 @@ class Desk {
 
   const DeskSettings& settings() const { return settings_; }
   void setLanguage(HvLanguages language) { settings_.language = language; }
-  /// Another company on the same server type; its name follows the database's.
+  /// Changes to another company on the same server type. The company's name becomes that of the
+  /// database.
   void setDatabase(std::string database);
   std::u16string companyName() const;
-  /// The database without folder and extension.
+  /// Returns the database without folder and extension.
   std::u16string databaseName() const;
 
   bool startupDone() const { return startupDone_; }
-  /// Tells the observer whenever an add-on reports its start done.
+  /// Calls the observer each time an add-on reports that its start is done.
   void setStartupDone(bool done);
   void setStartupObserver(std::function<void()> observer) { observer_ = std::move(observer); }
 
-  /// Opens one of the client's own forms: "3101" a sales order, "1001" a customer. Null when a sink
-  /// objects. Raises kFormNotFound for a type that the client does not have.
+  /// Opens one of the host's own forms: "3101" a sales order, "1001" a customer. Returns null if a
+  /// sink vetoes. Throws kFormNotFound for a type that the host does not have.
   std::shared_ptr<FormModel> openSystemForm(std::u16string_view typeEx);
-  /// What picking one of the client's own entries does, at the moment between the two events.
+  /// Does what one of the host's own menu entries stands for. The caller raises the two menu events
+  /// around it. Does nothing for any other entry.
   void runMenuCommand(std::u16string_view menuUid);
 
   EventSource events;
@@ -60,7 +63,7 @@ class Desk {
   Forms forms;
   StatusBar statusBar;
   MessageBoxes boxes;
-  std::u16string lastBatchResults;
+  std::u16string lastBatchResults;  ///< the report of the last batch, as XML
 
  private:
   void changeMode(long mode);

@@ -1,14 +1,14 @@
 #pragma once
 
-// What happens in the client, as plain values. An event that can be vetoed comes twice: before the
-// action, and after it when nobody objected.
+// The events of the desk as plain values. An event that can be vetoed is raised twice: before the
+// action, and after it if no sink vetoed.
 
 #include <string>
 #include <variant>
 
 namespace qx::screens {
 
-/// See qx::ItemEventType for the types. `row` counts from 1; 0 is the head of a column.
+/// `type` is a qx::ItemEventType. `row` counts from 1; 0 is the head of a column.
 struct ItemEvent {
   long type = 0;
   std::u16string formUid;
@@ -20,19 +20,19 @@ struct ItemEvent {
   bool before = true;
 };
 
-/// `inner`: picked while the client was handling another event.
+/// `inner` is true if the entry was picked while another event was being delivered.
 struct MenuEvent {
   std::u16string menuUid;
   bool inner = false;
   bool before = true;
 };
 
-/// See qx::AppEventType. It cannot be vetoed.
+/// `type` is a qx::AppEventType. Cannot be vetoed.
 struct AppEvent {
   long type = 0;
 };
 
-/// A message of the client itself. It cannot be vetoed.
+/// A message of the host itself. Cannot be vetoed.
 struct StatusBarEvent {
   std::u16string text;
   long type = 0;

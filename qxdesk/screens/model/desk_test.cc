@@ -1,14 +1,14 @@
 #include "qxdesk/screens/model/desk.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
-#include "qxdesk/screens/user/desk_printer.h"
 
 #include <gtest/gtest.h>
 
 namespace qx::screens {
 namespace {
 
-TEST(Desk, BringsItsMenuBar) {
+TEST(Desk, HasTheMenuBarOfTheHost) {
   const Desk desk(testSettings());
   EXPECT_EQ(toUtf8(desk.menus.tree()),
             "100 \"File\" popup\n"
@@ -28,7 +28,7 @@ TEST(Desk, BringsItsMenuBar) {
             "43523 \"Add-Ons\" popup\n");
 }
 
-TEST(Desk, BringsAFewFormsOfItsOwn) {
+TEST(Desk, OpensTheFormsOfTheHost) {
   Desk desk(testSettings());
   const auto order = desk.openSystemForm(u"3101");
   EXPECT_EQ(toUtf8(printForm(*order)),
@@ -53,7 +53,7 @@ TEST(Desk, BringsAFewFormsOfItsOwn) {
   EXPECT_EQ(raisedBy([&] { desk.openSystemForm(u"169"); }), kFormAlreadyExists);
 }
 
-TEST(Desk, NamesTheCompanyAfterItsDatabaseUnlessTold) {
+TEST(Desk, CompanyIsNamedAfterItsDatabaseByDefault) {
   Desk desk(testSettings());
   EXPECT_EQ(desk.companyName(), u"Harbour");
   EXPECT_EQ(desk.databaseName(), u"Harbour");
@@ -65,15 +65,15 @@ TEST(Desk, NamesTheCompanyAfterItsDatabaseUnlessTold) {
   EXPECT_EQ(named.companyName(), u"Quay");
 }
 
-TEST(Desk, TellsItsObserverWhenAStartIsDone) {
+TEST(Desk, CallsItsObserverWhenAStartIsDone) {
   Desk desk(testSettings());
-  int told = 0;
-  desk.setStartupObserver([&] { ++told; });
+  int calls = 0;
+  desk.setStartupObserver([&] { ++calls; });
   desk.setStartupDone(false);
   EXPECT_FALSE(desk.startupDone());
   desk.setStartupDone(true);
   EXPECT_TRUE(desk.startupDone());
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(calls, 1);
 }
 
 }  // namespace

@@ -12,19 +12,22 @@ std::uint32_t EventSource::attach(std::shared_ptr<EventSink> sink) {
 bool EventSource::detach(std::uint32_t cookie) { return sinks_.erase(cookie) != 0; }
 
 bool EventSource::raise(const Event& event) {
+  // A handler may raise a further event; the depth goes down again even if delivery ends early.
   struct Depth {
     int& count;
     explicit Depth(int& depth) : count(depth) { ++count; }
     ~Depth() { --count; }
   } inside(depth_);
+  // Cookies only grow, so those after `last` belong to sinks that are attached during the event.
   const std::uint32_t last = lastCookie_;
   bool bubble = true;
   for (auto at = sinks_.begin(); at != sinks_.end() && at->first <= last;) {
     const std::uint32_t cookie = at->first;
-    const std::shared_ptr<EventSink> sink = at->second;  // lives through its own detaching
+    const std::shared_ptr<EventSink> sink = at->second;  // keeps a sink that detaches itself
     const bool was = bubble;
     sink->deliver(event, bubble);
     bubble = bubble && was;
+    // The call may have erased any entry, so the iterator is looked up again.
     at = sinks_.upper_bound(cookie);
   }
   return bubble;

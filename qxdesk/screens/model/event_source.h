@@ -1,7 +1,7 @@
 #pragma once
 
-// Where the client's events leave it. Raising an event is an ordinary call on the client's one
-// thread: every sink gets it in the order of attachment, and the answer is there when the call
+// Delivers the events of the desk to its sinks. Raising an event is an ordinary call on the desk's
+// thread: the sinks get the event in the order of attachment, and the answer is known when the call
 // returns. A sink may attach and detach sinks, itself included, while it handles an event.
 
 #include "qxdesk/screens/model/desk_events.h"
@@ -12,25 +12,26 @@
 
 namespace qx::screens {
 
-/// Whoever listens: an add-on in this process or, over a wire, in another one.
+/// Receives events.
 class EventSink {
  public:
   virtual ~EventSink() = default;
-  /// `bubble` comes in as the sinks before have left it; false objects to the action. Must not
-  /// raise: a sink that fails has no objection.
+  /// Handles an event. `bubble` comes in as the sinks before left it; a sink vetoes by setting it
+  /// to false. Must not throw: a sink that fails does not veto.
   virtual void deliver(const Event& event, bool& bubble) noexcept = 0;
 };
 
 class EventSource {
  public:
-  /// The cookie is never 0 and not used twice.
+  /// Returns a cookie for detach(), never 0 and never used twice.
   std::uint32_t attach(std::shared_ptr<EventSink> sink);
-  /// False for an unknown cookie.
+  /// Returns false for an unknown cookie.
   bool detach(std::uint32_t cookie);
-  /// False when a sink objects; a later one cannot take that back. A sink that is attached
-  /// meanwhile does not get this event, one that is detached meanwhile gets it no more.
+  /// Returns false if a sink vetoes; a later sink cannot take the veto back. A sink that is
+  /// attached during the event does not get it; one that is detached before its turn does not get
+  /// it either.
   bool raise(const Event& event);
-  /// How many events are being delivered, one inside the other.
+  /// The number of events that are being delivered, one inside the other.
   int depth() const { return depth_; }
   std::size_t sinkCount() const { return sinks_.size(); }
 

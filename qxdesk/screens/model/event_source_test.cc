@@ -7,8 +7,6 @@
 namespace qx::screens {
 namespace {
 
-using Log = std::vector<std::string>;
-
 std::shared_ptr<ProbeSink> probe(ProbeSink::Handler handler = nullptr) {
   return std::make_shared<ProbeSink>(std::move(handler));
 }
@@ -23,7 +21,7 @@ TEST(EventSource, ReachesEverySinkInTheOrderOfAttachment) {
   EXPECT_EQ(order, (Log{"a", "b"}));
 }
 
-TEST(EventSource, ReportsAnObjectionThatALaterSinkCannotTakeBack) {
+TEST(EventSource, LaterSinkCannotTakeAVetoBack) {
   EventSource source;
   bool cameIn = true;
   source.attach(probe([](const std::string&, bool& bubble) { bubble = false; }));
@@ -35,7 +33,7 @@ TEST(EventSource, ReportsAnObjectionThatALaterSinkCannotTakeBack) {
   EXPECT_FALSE(cameIn);
 }
 
-TEST(EventSource, LetsASinkDetachItselfDuringAnEvent) {
+TEST(EventSource, SinkMayDetachItselfDuringAnEvent) {
   EventSource source;
   std::uint32_t cookie = 0;
   const auto first = probe([&](const std::string&, bool&) { source.detach(cookie); });
@@ -48,7 +46,7 @@ TEST(EventSource, LetsASinkDetachItselfDuringAnEvent) {
   EXPECT_EQ(second->log, (Log{"app 64", "app 66"}));
 }
 
-TEST(EventSource, PassesOverASinkThatIsDetachedDuringTheEvent) {
+TEST(EventSource, SinkDetachedDuringAnEventDoesNotGetIt) {
   EventSource source;
   const auto second = probe();
   std::uint32_t cookie = 0;
@@ -58,7 +56,7 @@ TEST(EventSource, PassesOverASinkThatIsDetachedDuringTheEvent) {
   EXPECT_EQ(second->log, Log{});
 }
 
-TEST(EventSource, KeepsTheEventFromASinkThatIsAttachedDuringIt) {
+TEST(EventSource, SinkAttachedDuringAnEventDoesNotGetIt) {
   EventSource source;
   const auto late = probe();
   source.attach(probe([&, done = false](const std::string&, bool&) mutable {
@@ -81,7 +79,7 @@ TEST(EventSource, CountsTheDepthOfNestedEvents) {
   EXPECT_EQ(source.depth(), 0);
 }
 
-TEST(EventSource, DoesNotKnowACookieTwice) {
+TEST(EventSource, CookieIsUsedOnce) {
   EventSource source;
   const auto cookie = source.attach(probe());
   EXPECT_NE(cookie, 0U);

@@ -3,33 +3,13 @@
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace qx::screens {
-namespace {
-
-template <class Entries>
-typename Entries::value_type findUid(const Entries& entries, std::u16string_view uid) {
-  const auto at = std::find_if(entries.begin(), entries.end(), [&](const auto& entry) {
-    if constexpr (requires { entry->uid(); }) {
-      return entry->uid() == uid;
-    } else {
-      return entry->uid == uid;
-    }
-  });
-  return at == entries.end() ? nullptr : *at;
-}
-
-}  // namespace
 
 FormModel::FormModel(std::u16string uid, std::u16string typeEx, bool system)
     : uid_(std::move(uid)), typeEx_(std::move(typeEx)), system_(system) {
   checkUid(uid_, kFormSettingUid);
-}
-
-std::shared_ptr<ItemModel> FormModel::findItem(std::u16string_view uid) const {
-  return findUid(items_, uid);
 }
 
 ItemModel& FormModel::item(std::u16string_view uid) const {
@@ -41,8 +21,11 @@ ItemModel& FormModel::item(std::u16string_view uid) const {
 ItemModel& FormModel::addItem(ItemModel item) {
   checkUid(item.uid, kItemAttributes);
   if (findItem(item.uid) != nullptr) raiseError(kItemAlreadyExists);
+  // A control must be there before the item is visible to an add-on: the objects over the model
+  // follow the two pointers without a test.
   if (item.type == kComboBox && item.combo == nullptr) item.combo = std::make_unique<ComboModel>();
   if (item.type == kMatrix && item.matrix == nullptr) item.matrix = std::make_unique<MatrixModel>();
+  // Objects of an add-on hold an item weakly, so each one is an allocation of its own.
   items_.push_back(std::make_shared<ItemModel>(std::move(item)));
   return *items_.back();
 }
@@ -50,13 +33,10 @@ ItemModel& FormModel::addItem(ItemModel item) {
 void FormModel::removeItem(std::u16string_view uid) {
   const auto gone = findItem(uid);
   if (gone == nullptr) raiseError(kInvalidItem);
+  // `gone` keeps the item: `uid` may be a view into it.
   std::erase(items_, gone);
   if (defaultItem_ == uid) defaultItem_.clear();
   if (focus == uid) focus.clear();
-}
-
-std::shared_ptr<UserDataSource> FormModel::findSource(std::u16string_view uid) const {
-  return findUid(sources_, uid);
 }
 
 void FormModel::addSource(std::u16string uid, long type, long size) {
@@ -86,6 +66,7 @@ void FormModel::setWidth(long width) {
 }
 
 void FormModel::freeze(bool on) {
+  // A thaw without a freeze does nothing, so that a later freeze still counts.
   if (on) {
     ++freezeCount_;
   } else if (freezeCount_ > 0) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// One form of the client, what stands on it and the values behind it. It knows nothing of events;
-// opening, closing and selecting forms is the business of Forms.
+// A form with its items and its data sources. It raises no events: class Forms opens, closes and
+// selects forms.
 
 #include "qxdesk/screens/model/data_source.h"
 #include "qxdesk/screens/model/item_model.h"
@@ -16,13 +16,14 @@ namespace qx::screens {
 
 enum FormMode : long { kFindMode = 0, kOkMode = 1, kUpdateMode = 2, kAddMode = 3 };
 
-/// What the frame takes of a form's height and width.
+/// The part of a form's height and width that its frame takes.
 inline constexpr long kFrameHeight = 26;
 inline constexpr long kFrameWidth = 8;
 
 class FormModel {
  public:
-  /// Raises kFormSettingUid for an empty UID and kStringTooLong10.
+  /// `system` marks the host's own forms. Throws kFormSettingUid for an empty UID, and
+  /// kStringTooLong10.
   FormModel(std::u16string uid, std::u16string typeEx, bool system);
   FormModel(const FormModel&) = delete;
   FormModel& operator=(const FormModel&) = delete;
@@ -30,36 +31,48 @@ class FormModel {
   const std::u16string& uid() const { return uid_; }
   const std::u16string& typeEx() const { return typeEx_; }
   bool isSystem() const { return system_; }
-  /// False before it is opened and after it is closed.
+  /// False before opening and after closing.
   bool isOpen() const { return state_ == State::kOpen; }
   bool isSelected() const { return selected_; }
+  /// True while the closing events are raised, and if the form closes after the current event.
   bool isClosing() const { return closeAsked_ || closing_; }
 
   const std::vector<std::shared_ptr<ItemModel>>& items() const { return items_; }
-  std::shared_ptr<ItemModel> findItem(std::u16string_view uid) const;
-  /// Raises kInvalidItem when there is none.
+  /// Returns the item, or null.
+  std::shared_ptr<ItemModel> findItem(std::u16string_view uid) const {
+    return findByUid(items_, uid);
+  }
+  /// Returns the item. Throws kInvalidItem if there is none.
   ItemModel& item(std::u16string_view uid) const;
-  /// Raises kItemAttributes for an empty UID, kStringTooLong10, kItemAlreadyExists.
+  /// Adds an item and, if its type needs one, an empty combo or matrix. Throws kItemAttributes for
+  /// an empty UID, kStringTooLong10 and kItemAlreadyExists.
   ItemModel& addItem(ItemModel item);
-  /// Raises kInvalidItem.
+  /// Removes an item. If it was the default item or had the focus, no item is or has it afterwards.
+  /// Throws kInvalidItem.
   void removeItem(std::u16string_view uid);
 
   const std::vector<std::shared_ptr<UserDataSource>>& sources() const { return sources_; }
-  std::shared_ptr<UserDataSource> findSource(std::u16string_view uid) const;
-  /// Raises kNotAUserDataSource for an empty UID or one that is taken, kStringTooLong10.
+  /// Returns the data source, or null.
+  std::shared_ptr<UserDataSource> findSource(std::u16string_view uid) const {
+    return findByUid(sources_, uid);
+  }
+  /// Throws kNotAUserDataSource for an empty UID or one that is taken, and kStringTooLong10.
   void addSource(std::u16string uid, long type, long size);
 
-  /// Raises kFormSettingDefaultButton for an item that is not there; empty sets none.
+  /// Sets the button that enter presses; an empty UID sets none. Throws kFormSettingDefaultButton
+  /// if the form has no such item.
   void setDefaultItem(std::u16string_view uid);
   const std::u16string& defaultItem() const { return defaultItem_; }
-  /// Raises kFormSettingMode outside 0 to 3.
+  /// Throws kFormSettingMode for a value outside of FormMode.
   void setMode(long mode);
   long mode() const { return mode_; }
+  /// Sets the height, frame included. Throws kFormSettingRect for a negative value, as setWidth()
+  /// does.
   void setHeight(long height);
   void setWidth(long width);
   long clientHeight() const { return rect.height - kFrameHeight; }
   long clientWidth() const { return rect.width - kFrameWidth; }
-  /// Counted: the form draws again when every freeze has been taken back.
+  /// Counts up or, if the count is not 0, down. The form is drawn again at 0.
   void freeze(bool on);
   int freezeCount() const { return freezeCount_; }
 
@@ -69,10 +82,10 @@ class FormModel {
   long color = 0;
   long pane = 0;
   bool visible = false;
-  long updates = 0;                    ///< calls of Update
-  std::u16string focus;                ///< UID of the item that has it
-  std::u16string objectType;           ///< of a form that shows records: what OK saves
-  std::vector<std::u16string> tables;  ///< its database data sources
+  long updates = 0;                    ///< the number of calls of Update
+  std::u16string focus;                ///< UID of the item with the focus, or empty
+  std::u16string objectType;           ///< the object that OK saves; empty if the form shows none
+  std::vector<std::u16string> tables;  ///< the tables of its database data sources
 
  private:
   friend class Forms;
@@ -83,10 +96,10 @@ class FormModel {
   bool system_;
   State state_ = State::kNew;
   bool selected_ = false;
-  long selectedAt_ = 0;      // the higher, the later
-  int busy_ = 0;             // events on it that are being handled
-  bool closeAsked_ = false;  // to be closed when no longer busy
-  bool closing_ = false;
+  long selectedAt_ = 0;      // the number of its last selection; a later one is higher
+  int busy_ = 0;             // the number of events on it that are being handled
+  bool closeAsked_ = false;  // it closes when it is no longer busy
+  bool closing_ = false;     // its closing events are being raised
   std::vector<std::shared_ptr<ItemModel>> items_;
   std::vector<std::shared_ptr<UserDataSource>> sources_;
   std::u16string defaultItem_;

@@ -1,8 +1,8 @@
 #pragma once
 
-// The open forms and their life: opening, selecting and closing them with the events that go with
-// it. A form that an add-on closes while an event on that form is being handled closes when the
-// handling is over, so that no handler finds its form gone under its feet.
+// The open forms: opening, selecting and closing them, with the events of each. If an add-on closes
+// a form while an event on that form is being handled, the form closes after the handling, so that
+// a handler never loses its form in the middle of a call.
 
 #include "qxdesk/screens/model/event_source.h"
 #include "qxdesk/screens/model/form_model.h"
@@ -21,36 +21,40 @@ class Forms {
   Forms(const Forms&) = delete;
   Forms& operator=(const Forms&) = delete;
 
-  /// In the order of opening.
+  /// All open forms in the order of opening.
   const std::vector<std::shared_ptr<FormModel>>& all() const { return forms_; }
-  /// Null when there is none, as for the two below.
-  std::shared_ptr<FormModel> find(std::u16string_view uid) const;
-  /// The `count`-th open form of that type, from 1.
+  /// Returns the open form with that UID, or null.
+  std::shared_ptr<FormModel> find(std::u16string_view uid) const { return findByUid(forms_, uid); }
+  /// Returns the `count`-th open form of that type, from 1, or null.
   std::shared_ptr<FormModel> byTypeAndCount(std::u16string_view typeEx, long count) const;
+  /// Returns the selected form, or null.
   std::shared_ptr<FormModel> selected() const;
-  /// A UID for a form of the client itself: "F_" and a number that was not used before.
+  /// Returns a UID for one of the host's own forms: "F_" and a number that was not used before.
   std::u16string nextSystemUid();
 
-  /// Opens the form with the events of type 16, and shows and selects it if it is to be visible.
-  /// False when a sink objects: the form is not opened. Raises kFormAlreadyExists, and
-  /// kFormUidReserved for an add-on's form with a UID of the client's.
+  /// Opens the form with the events of type 16; shows and selects it if its `visible` is set.
+  /// Returns false if a sink vetoes; then the form is not opened. Throws kFormAlreadyExists, and
+  /// kFormUidReserved for an add-on's form whose UID begins with "F_".
   bool open(const std::shared_ptr<FormModel>& form);
-  /// Closes with the events of type 20 and 17, now or when the form's event is done. False when a
-  /// sink objects. Raises kFormFunctionNotSupported for the form that owns the menu bar.
+  /// Closes the form with the events of types 20 and 17, at once or after the event on this form
+  /// that is being handled. Returns false if a sink vetoes. Throws kInvalidForm for a form that is
+  /// not open and kFormFunctionNotSupported for the main menu.
   bool close(const std::shared_ptr<FormModel>& form);
-  /// Brings to the front, with the events of type 19 for the form that was there. False when a
-  /// sink objects. A selection from within those events happens without further ones.
+  /// Selects the form, with the events of type 19 for the form that was selected. Returns false if
+  /// a sink vetoes. A selection from within these events raises no further ones. Throws
+  /// kInvalidForm.
   bool select(const std::shared_ptr<FormModel>& form);
-  /// Showing selects; hiding the selected form selects the one before.
+  /// Shows or hides the form. Showing selects it; hiding the selected form selects the visible form
+  /// that was selected last. Throws kInvalidForm.
   void show(const std::shared_ptr<FormModel>& form, bool visible);
 
-  /// Raises the event before, acts if nobody objects, and raises it after; the form's names are
-  /// filled in. False when a sink objects. A handler that has asked for the form to close has left
-  /// nothing to act on.
+  /// Raises the event before, runs `action` and raises the event after; fills in the form's UID and
+  /// type. Returns false if a sink vetoes. If a handler closes the form in the event before,
+  /// `action` does not run, and the result is true.
   bool perform(const std::shared_ptr<FormModel>& form, ItemEvent event,
                const std::function<void()>& action);
-  /// Runs `body` as an event on the form: a close is held back until it is over. `form` may be
-  /// null.
+  /// Runs `body` as the handling of an event on the form: a call of close() takes effect after it.
+  /// `form` may be null. Returns the result of `body` and passes its exceptions on.
   bool whileBusy(const std::shared_ptr<FormModel>& form, const std::function<bool()>& body);
 
  private:
@@ -68,7 +72,7 @@ class Forms {
   bool selecting_ = false;
 };
 
-/// The form that owns the menu bar.
+/// The type of the main menu, the form that owns the menu bar.
 inline constexpr char16_t kMainMenuForm[] = u"169";
 
 }  // namespace qx::screens

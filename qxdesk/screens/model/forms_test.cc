@@ -1,14 +1,12 @@
 #include "qxdesk/screens/model/forms.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
-#include "qxdesk/screens/user/desk_printer.h"
 
 #include <gtest/gtest.h>
 
 namespace qx::screens {
 namespace {
-
-using Log = std::vector<std::string>;
 
 class FormsTest : public testing::Test {
  protected:
@@ -17,13 +15,13 @@ class FormsTest : public testing::Test {
   Desk desk_{testSettings()};
 };
 
-TEST_F(FormsTest, StartsWithTheFormThatOwnsTheMenuBar) {
+TEST_F(FormsTest, StartsWithTheMainMenuOpen) {
   EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
   EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", 1), desk_.forms.all()[0]);
   EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", 2), nullptr);
 }
 
-TEST_F(FormsTest, OpensWithTheLoadEventsAndSelects) {
+TEST_F(FormsTest, OpensWithTheLoadEventsAndSelectsTheForm) {
   const auto sink = listen(desk_);
   EXPECT_TRUE(desk_.forms.open(makeAddOnForm(u"A")));
   EXPECT_EQ(sink->log, (Log{"before item 16 A", "before item 19 F_0", "after item 19 F_0",
@@ -31,7 +29,7 @@ TEST_F(FormsTest, OpensWithTheLoadEventsAndSelects) {
   EXPECT_EQ(list(), "F_0 169 \"Main Menu\"\nA -1 \"\" selected\n");
 }
 
-TEST_F(FormsTest, OpensHiddenFormsBehindTheSelectedOne) {
+TEST_F(FormsTest, HiddenFormIsNotSelectedUntilItIsShown) {
   const auto form = makeAddOnForm(u"A");
   form->visible = false;
   desk_.forms.open(form);
@@ -42,7 +40,7 @@ TEST_F(FormsTest, OpensHiddenFormsBehindTheSelectedOne) {
   EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\nA -1 \"\" hidden\n");
 }
 
-TEST_F(FormsTest, LeavesAFormUnopenedWhoseLoadIsVetoed) {
+TEST_F(FormsTest, VetoedLoadLeavesTheFormClosed) {
   listen(desk_, veto("before item 16 A"));
   const auto form = makeAddOnForm(u"A");
   EXPECT_FALSE(desk_.forms.open(form));
@@ -56,7 +54,7 @@ TEST_F(FormsTest, RefusesAUidThatIsTakenOrReserved) {
   EXPECT_EQ(raisedBy([&] { desk_.forms.open(makeAddOnForm(u"F_9")); }), kFormUidReserved);
 }
 
-TEST_F(FormsTest, ClosesWithCloseAndUnloadAndSelectsTheFormBefore) {
+TEST_F(FormsTest, ClosesWithCloseAndUnloadEventsAndSelectsThePreviousForm) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);
   const auto sink = listen(desk_);
@@ -67,7 +65,7 @@ TEST_F(FormsTest, ClosesWithCloseAndUnloadAndSelectsTheFormBefore) {
   EXPECT_EQ(raisedBy([&] { desk_.forms.close(form); }), kInvalidForm);
 }
 
-TEST_F(FormsTest, StaysOpenWhenTheClosingOrTheUnloadIsVetoed) {
+TEST_F(FormsTest, VetoOfCloseOrUnloadKeepsTheFormOpen) {
   for (const char* event : {"before item 20 A", "before item 17 A"}) {
     Desk desk(testSettings());
     const auto form = makeAddOnForm(u"A");
@@ -79,11 +77,11 @@ TEST_F(FormsTest, StaysOpenWhenTheClosingOrTheUnloadIsVetoed) {
   }
 }
 
-TEST_F(FormsTest, KeepsTheMainMenuOpen) {
+TEST_F(FormsTest, MainMenuCannotBeClosed) {
   EXPECT_EQ(raisedBy([&] { desk_.forms.close(desk_.forms.all()[0]); }), kFormFunctionNotSupported);
 }
 
-TEST_F(FormsTest, HoldsBackAClosingUntilTheFormsOwnEventIsOver) {
+TEST_F(FormsTest, CloseDuringAnEventTakesEffectAfterIt) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);
   bool acted = false;
@@ -103,7 +101,7 @@ TEST_F(FormsTest, HoldsBackAClosingUntilTheFormsOwnEventIsOver) {
                             "before item 17 A", "after item 17 A"}));
 }
 
-TEST_F(FormsTest, ClosesAsAskedWhenTheActionIsRefused) {
+TEST_F(FormsTest, CloseTakesEffectEvenIfTheActionThrows) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);
   const auto refused = [&] {
@@ -115,7 +113,7 @@ TEST_F(FormsTest, ClosesAsAskedWhenTheActionIsRefused) {
   EXPECT_FALSE(form->isOpen());
 }
 
-TEST_F(FormsTest, ClosesOnceWhenAHandlerClosesItInItsClosingEvent) {
+TEST_F(FormsTest, CloseFromAClosingEventDoesNotCloseTwice) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);
   const auto sink =
@@ -125,7 +123,7 @@ TEST_F(FormsTest, ClosesOnceWhenAHandlerClosesItInItsClosingEvent) {
   EXPECT_FALSE(form->isOpen());
 }
 
-TEST_F(FormsTest, ClosesAFormThatIsClosedDuringItsLoad) {
+TEST_F(FormsTest, CloseDuringTheLoadEventClosesTheForm) {
   const auto form = makeAddOnForm(u"A");
   listen(desk_, [&](const std::string& words, bool&) {
     if (words == "before item 16 A") desk_.forms.close(form);
@@ -135,7 +133,7 @@ TEST_F(FormsTest, ClosesAFormThatIsClosedDuringItsLoad) {
   EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
 }
 
-TEST_F(FormsTest, LetsADialogTakeTheFrontBackWithoutEnd) {
+TEST_F(FormsTest, TwoDialogsCompeteForTheFrontWithoutEndlessEvents) {
   const auto dialog = makeAddOnForm(u"A");
   const auto other = makeAddOnForm(u"B");
   desk_.forms.open(other);
@@ -149,7 +147,7 @@ TEST_F(FormsTest, LetsADialogTakeTheFrontBackWithoutEnd) {
   EXPECT_EQ(desk_.forms.selected(), dialog);
 }
 
-TEST_F(FormsTest, SelectsAnotherFormWhenTheSelectedOneClosesOnItsDeactivation) {
+TEST_F(FormsTest, SelectionSucceedsIfTheOldFormClosesOnItsDeactivation) {
   const auto first = makeAddOnForm(u"A");
   const auto second = makeAddOnForm(u"B");
   desk_.forms.open(second);
@@ -162,7 +160,7 @@ TEST_F(FormsTest, SelectsAnotherFormWhenTheSelectedOneClosesOnItsDeactivation) {
   EXPECT_EQ(desk_.forms.selected(), second);
 }
 
-TEST_F(FormsTest, KeepsTheSelectionWhenTheDeactivationIsVetoed) {
+TEST_F(FormsTest, VetoedDeactivationKeepsTheSelection) {
   const auto form = makeAddOnForm(u"A");
   desk_.forms.open(form);
   listen(desk_, veto("before item 19 A"));

@@ -1,23 +1,18 @@
 #pragma once
 
+// An item of a form together with its control.
+
 #include "qxdesk/screens/model/combo_model.h"
 #include "qxdesk/screens/model/data_source.h"
 #include "qxdesk/screens/model/matrix_model.h"
+#include "qxframework/host/item_types.h"
 
 #include <memory>
 #include <string>
 
 namespace qx::screens {
 
-enum ItemType : long {
-  kButton = 4,
-  kStaticText = 8,
-  kEditText = 16,
-  kComboBox = 113,
-  kMatrix = 127,
-};
-
-/// The buttons that every form treats alike.
+/// The UIDs of the two buttons that have a meaning on every form.
 inline constexpr char16_t kOkButton[] = u"1";
 inline constexpr char16_t kCancelButton[] = u"2";
 
@@ -28,25 +23,25 @@ struct Rect {
   long height = 0;
 };
 
-/// An item of a form with its control. `combo` and `matrix` are there for items of that type alone.
+/// An item of a form. `combo` and `matrix` are set for items of these types and null for others.
 struct ItemModel {
   std::u16string uid;
-  long type = 0;
+  long type = 0;  ///< a qx::ItemType
   Rect rect;
   long fromPane = 0;
   long toPane = 0;
   bool visible = true;
   bool enabled = true;
   std::u16string description;
-  std::u16string linkTo;
+  std::u16string linkTo;        ///< UID of the item that a label belongs to
   std::u16string caption;       ///< of a button or static text
   BoundText text;               ///< of an edit
   bool affectsFormMode = true;  ///< a change takes the form out of OK mode
-  bool changed = false;         ///< typed into and not validated since
+  bool changed = false;         ///< the user has typed into it since its last validation
   std::unique_ptr<ComboModel> combo;
   std::unique_ptr<MatrixModel> matrix;
 
-  /// True when a user can reach it.
+  /// True if a user can reach the item.
   bool usable() const { return visible && enabled; }
 };
 

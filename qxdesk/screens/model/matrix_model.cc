@@ -9,23 +9,23 @@
 namespace qx::screens {
 namespace {
 
-// Far more than anybody looks at; a count beyond it is a mistake that would eat the memory.
+// Far more than a user looks at. A greater number is a mistake that would exhaust the memory.
 constexpr long kMostRows = 1'000'000;
 
 }  // namespace
 
 void MatrixModel::addColumn(MatrixColumn column) {
   checkUid(column.uid, kColumnAttributes);
-  for (const auto& other : columns_) {
-    if (other->uid == column.uid) raiseError(kColumnAlreadyExists);
-  }
+  if (findByUid(columns_, column.uid) != nullptr) raiseError(kColumnAlreadyExists);
   columns_.push_back(std::make_shared<MatrixColumn>(std::move(column)));
   for (Row& row : rows_) row.cells.emplace_back();
 }
 
 void MatrixModel::addRows(long count, long position) {
   if (count < 0 || position < -1 || position > rowCount()) raiseError(kIllegalOffset);
+  // Compared by a difference, since a sum could overflow.
   if (count > kMostRows - rowCount()) raiseError(kIllegalOffset);
+  // Each of the new rows is the same copy: the sources do not change in between.
   Row row;
   row.cells.reserve(columns_.size());
   for (const auto& column : columns_) {
@@ -41,6 +41,7 @@ void MatrixModel::checkRow(long row) const {
 
 void MatrixModel::selectRow(long row, bool select, bool multiple) {
   checkRow(row);
+  // kSelectOne overrules `multiple`. Other modes limit the user only, not an add-on.
   if (select && (!multiple || selectionMode == kSelectOne)) {
     for (Row& other : rows_) other.selected = false;
   }
@@ -53,6 +54,7 @@ bool MatrixModel::isRowSelected(long row) const {
 }
 
 std::size_t MatrixModel::columnIndex(const MatrixColumn& column) const {
+  // By address: a column of another matrix may have the same UID.
   const auto at = std::find_if(columns_.begin(), columns_.end(),
                                [&](const auto& each) { return each.get() == &column; });
   if (at == columns_.end()) raiseError(kInvalidColumn);

@@ -1,10 +1,11 @@
 #pragma once
 
-// The table of a form. Rows count from 1 as everywhere in the client. A row is made through the
-// data sources: AddRow copies what they hold into the new line.
+// The table of a form. Rows count from 1, as everywhere in the host. A new row gets the current
+// values of the data sources to which its columns are bound.
 
 #include "qxdesk/screens/model/data_source.h"
 #include "qxdesk/screens/model/uid.h"
+#include "qxframework/host/item_types.h"
 
 #include <memory>
 #include <string>
@@ -16,31 +17,33 @@ struct MatrixColumn {
   std::u16string uid;
   std::u16string title;
   std::u16string description;
-  long type = 16;
+  long type = kEditText;  ///< a qx::ItemType
   long width = 0;
   bool visible = true;
   bool editable = true;
-  std::shared_ptr<UserDataSource> source;  ///< null when it is not bound
+  std::shared_ptr<UserDataSource> source;  ///< null if the column is not bound
 };
 
-/// What a user's click on a row selects.
+/// The rows that a user's clicks select.
 enum SelectionMode : long { kSelectNone = 0, kSelectMany = 1, kSelectOne = 2 };
 
 class MatrixModel {
  public:
   const std::vector<std::shared_ptr<MatrixColumn>>& columns() const { return columns_; }
-  /// Raises kStringTooLong10, kColumnAttributes for an empty UID, kColumnAlreadyExists. Rows that
-  /// are there get an empty cell.
+  /// Adds a column; existing rows get an empty cell. Throws kColumnAttributes for an empty UID,
+  /// kStringTooLong10 and kColumnAlreadyExists.
   void addColumn(MatrixColumn column);
   long rowCount() const { return static_cast<long>(rows_.size()); }
   void clear() { rows_.clear(); }
-  /// Adds `count` rows behind row `position`, 0 being the front and -1 the end. Raises
-  /// kIllegalOffset for a position outside and a negative count.
+  /// Adds `count` rows after row `position`; 0 adds them at the beginning, -1 at the end. Throws
+  /// kIllegalOffset for a position outside, a negative count and more than a million rows.
   void addRows(long count, long position);
-  /// In a matrix that lets one row be selected, and without `multiple`, the others lose their
-  /// selection. Raises kIllegalOffset for a row outside, as do the operations below.
+  /// Selects a row or takes its selection back. The other rows lose their selection if `multiple`
+  /// is false or the mode is kSelectOne. Throws kIllegalOffset for a row outside, as the operations
+  /// below do.
   void selectRow(long row, bool select, bool multiple);
   bool isRowSelected(long row) const;
+  /// Throws kInvalidColumn for a column of another matrix, as setCell() does.
   const std::u16string& cell(long row, const MatrixColumn& column) const;
   void setCell(long row, const MatrixColumn& column, std::u16string_view text);
   void checkRow(long row) const;

@@ -38,6 +38,7 @@ MenuModel::MenuModel() {
 
 std::shared_ptr<MenuEntry> MenuModel::find(std::u16string_view uid) const {
   if (uid.empty()) return root_;
+  // An index, since a batch may add thousands of entries and each addition looks for its UID.
   const auto found = byUid_.find(std::u16string(uid));
   return found == byUid_.end() ? nullptr : found->second.lock();
 }
@@ -53,6 +54,7 @@ std::shared_ptr<MenuEntry> MenuModel::addSystem(MenuEntry& father, MenuPropertie
 
 std::shared_ptr<MenuEntry> MenuModel::insert(MenuEntry& father, MenuProperties properties,
                                              long position, bool system) {
+  // The root has the empty UID.
   if (properties.uid.empty() || father.properties_.type != mt_Popup) raiseError(kInvalidMenuItem);
   if (properties.type < mt_String || properties.type > mt_Separator) raiseError(kMenuInvalidType);
   if (position < -1) raiseError(kMenuPositionNotValid);
@@ -67,17 +69,18 @@ std::shared_ptr<MenuEntry> MenuModel::insert(MenuEntry& father, MenuProperties p
 }
 
 void MenuModel::remove(MenuEntry& entry) {
-  if (entry.system_) raiseError(kNotAUserMenuItem);
+  if (entry.system_) raiseError(kNotAUserMenuItem);  // the root counts as one of these
   if (entry.father_ == nullptr) raiseError(kInvalidMenuItem);
   auto& siblings = entry.father_->children_;
   const auto at = std::find_if(siblings.begin(), siblings.end(),
                                [&](const auto& sibling) { return sibling.get() == &entry; });
-  const std::shared_ptr<MenuEntry> gone = *at;
+  const std::shared_ptr<MenuEntry> gone = *at;  // `entry` must live until it is forgotten
   siblings.erase(at);
   forget(*gone);
 }
 
 void MenuModel::forget(MenuEntry& entry) {
+  // An add-on may still hold the entry. Without a father it is recognised as removed.
   byUid_.erase(entry.uid());
   entry.father_ = nullptr;
   for (const auto& child : entry.children_) forget(*child);
@@ -86,7 +89,7 @@ void MenuModel::forget(MenuEntry& entry) {
 void MenuModel::removeAddOnEntries() { removeAddOnEntriesBelow(*root_); }
 
 void MenuModel::removeAddOnEntriesBelow(MenuEntry& entry) {
-  const auto children = entry.children_;  // a copy: removal changes the list
+  const auto children = entry.children_;  // a copy, since removal changes the list
   for (const auto& child : children) {
     if (child->system_) {
       removeAddOnEntriesBelow(*child);

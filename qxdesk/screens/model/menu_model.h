@@ -1,7 +1,7 @@
 #pragma once
 
-// The menu bar: a tree of entries below a root that is not shown. An entry's UID is unique in the
-// whole tree. Entries of the client itself stay; those that add-ons bring can be removed again.
+// The menu bar: a tree of entries under a root that is not shown. A UID is unique in the whole
+// tree. The host's own entries stay; those that add-ons add can be removed again.
 
 #include "qxframework/host/enums.h"
 
@@ -23,8 +23,8 @@ struct MenuProperties {
   std::u16string image;
 };
 
-/// An entry of the tree. Whoever keeps one across calls keeps a std::weak_ptr: an entry that is
-/// removed is gone with everything below it.
+/// An entry of the tree. Keep a std::weak_ptr to it across calls: removing an entry ends it
+/// together with all entries under it.
 class MenuEntry {
  public:
   MenuEntry(MenuProperties properties, MenuEntry* father, bool system)
@@ -33,11 +33,11 @@ class MenuEntry {
   const std::u16string& uid() const { return properties_.uid; }
   MenuProperties& properties() { return properties_; }
   const MenuProperties& properties() const { return properties_; }
-  /// Null for the root and for an entry that has been removed.
+  /// Returns null for the root and for an entry that has been removed.
   MenuEntry* father() const { return father_; }
   bool isSystem() const { return system_; }
   const std::vector<std::shared_ptr<MenuEntry>>& children() const { return children_; }
-  /// True when this entry stands somewhere below `ancestor`.
+  /// True if `ancestor` is this entry's father, or the father of its father, and so on.
   bool isBelow(const MenuEntry& ancestor) const;
 
  private:
@@ -56,22 +56,22 @@ class MenuModel {
   MenuModel& operator=(const MenuModel&) = delete;
 
   const std::shared_ptr<MenuEntry>& root() const { return root_; }
-  /// Null when no entry has that UID; the empty UID is the root's.
+  /// Returns the entry with that UID, or null. The empty UID is the root's.
   std::shared_ptr<MenuEntry> find(std::u16string_view uid) const;
-  /// Adds an entry ahead of the one that now has `position` among the father's entries, counted
-  /// from 0; -1 or a position behind the end puts it last. Raises kInvalidMenuItem for an empty UID
-  /// or a father that is no popup, kMenuAlreadyExists, kMenuInvalidType, kMenuPositionNotValid for
-  /// a position below -1.
+  /// Adds an entry at `position` among the father's entries, from 0; -1 or a position past the end
+  /// adds it as the last one. Throws kInvalidMenuItem for an empty UID or a father that is no
+  /// popup, kMenuAlreadyExists, kMenuInvalidType, and kMenuPositionNotValid for a position less
+  /// than -1.
   std::shared_ptr<MenuEntry> add(MenuEntry& father, MenuProperties properties, long position);
-  /// The same for an entry of the client itself.
+  /// Adds one of the host's own entries as the last one. Throws as add() does.
   std::shared_ptr<MenuEntry> addSystem(MenuEntry& father, MenuProperties properties);
-  /// Removes the entry and all below it. Raises kNotAUserMenuItem for one of the client's own,
-  /// kInvalidMenuItem for one that is removed already.
+  /// Removes the entry and all entries under it. Throws kNotAUserMenuItem for one of the host's own
+  /// and kInvalidMenuItem for one that is already removed.
   void remove(MenuEntry& entry);
-  /// Removes what add-ons have added, and leaves the client's own entries as they are.
+  /// Removes the entries of add-ons and leaves the host's own as they are.
   void removeAddOnEntries();
-  /// One line per entry, two blanks of indentation per level: `UID "text"`, and behind it what is
-  /// not as usual: popup or separator, checked, disabled.
+  /// Returns one line per entry, indented by two blanks per level: `UID "text"` and, if they apply,
+  /// the words popup, separator, checked and disabled. A separator has no text.
   std::u16string tree() const;
 
  private:

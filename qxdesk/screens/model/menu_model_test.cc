@@ -15,19 +15,19 @@ MenuProperties entry(std::u16string uid, std::u16string text, HvMenuType type = 
   return properties;
 }
 
-TEST(MenuModel, InsertsByPositionAndPutsTheRestLast) {
+TEST(MenuModel, InsertsAtThePositionOrAtTheEnd) {
   MenuModel menus;
   MenuEntry& bar = *menus.add(*menus.root(), entry(u"A", u"Bar", mt_Popup), -1);
   menus.add(bar, entry(u"B", u"last"), -1);
   menus.add(bar, entry(u"C", u"first"), 0);
   menus.add(bar, entry(u"D", u"second"), 1);
-  menus.add(bar, entry(u"E", u"behind the end"), 99);
+  menus.add(bar, entry(u"E", u"past the end"), 99);
   EXPECT_EQ(toUtf8(menus.tree()),
             "A \"Bar\" popup\n"
             "  C \"first\"\n"
             "  D \"second\"\n"
             "  B \"last\"\n"
-            "  E \"behind the end\"\n");
+            "  E \"past the end\"\n");
 }
 
 TEST(MenuModel, PrintsSeparatorsChecksAndDisabledEntries) {
@@ -40,7 +40,7 @@ TEST(MenuModel, PrintsSeparatorsChecksAndDisabledEntries) {
   EXPECT_EQ(toUtf8(menus.tree()), "A separator\nB \"off\" checked disabled\n");
 }
 
-TEST(MenuModel, RefusesWhatDoesNotFitTheTree) {
+TEST(MenuModel, RefusesInvalidEntries) {
   MenuModel menus;
   MenuEntry& leaf = *menus.add(*menus.root(), entry(u"A", u"leaf"), -1);
   const auto add = [&](MenuEntry& father, MenuProperties properties, long position) {
@@ -54,7 +54,7 @@ TEST(MenuModel, RefusesWhatDoesNotFitTheTree) {
   EXPECT_EQ(add(*menus.root(), entry(u"B", u"x"), -2), kMenuPositionNotValid);
 }
 
-TEST(MenuModel, RemovesAnEntryWithAllBelowIt) {
+TEST(MenuModel, RemovesAnEntryWithAllEntriesUnderIt) {
   MenuModel menus;
   const auto popup = menus.add(*menus.root(), entry(u"A", u"popup", mt_Popup), -1);
   const auto below = menus.add(*popup, entry(u"B", u"below"), -1);
@@ -66,14 +66,14 @@ TEST(MenuModel, RemovesAnEntryWithAllBelowIt) {
   EXPECT_EQ(raisedBy([&] { menus.add(*menus.root(), entry(u"B", u"free again"), -1); }), S_OK);
 }
 
-TEST(MenuModel, KeepsTheClientsOwnEntries) {
+TEST(MenuModel, HostEntriesCannotBeRemoved) {
   MenuModel menus;
   MenuEntry& own = *menus.addSystem(*menus.root(), entry(u"1", u"own"));
   EXPECT_EQ(raisedBy([&] { menus.remove(own); }), kNotAUserMenuItem);
   EXPECT_NE(menus.find(u"1"), nullptr);
 }
 
-TEST(MenuModel, RemovesWhatAddOnsHaveAdded) {
+TEST(MenuModel, RemovesTheEntriesOfAddOns) {
   MenuModel menus;
   MenuEntry& own = *menus.addSystem(*menus.root(), entry(u"1", u"own", mt_Popup));
   menus.add(*menus.root(), entry(u"A", u"added"), 0);

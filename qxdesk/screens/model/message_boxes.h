@@ -1,8 +1,8 @@
 #pragma once
 
-// The modal boxes of the client. Nobody sits in front of it, so the answers come from a queue, or
-// from whoever plays the user; without an answer the default button is pressed and the text goes to
-// the developer trace.
+// The modal boxes of the host. No user sits in front of it, so answers come from a queue or from an
+// answerer that plays the user. Without an answer, the default button is pressed and the text goes
+// to the developer trace.
 
 #include <array>
 #include <deque>
@@ -18,25 +18,26 @@ struct MessageBoxCall {
   std::array<std::u16string, 3> buttons;  ///< an empty caption leaves the button out
   long defaultButton = 1;
   long answer = 0;          ///< the button that was pressed, from 1
-  bool unattended = false;  ///< nobody had an answer
+  bool unattended = false;  ///< there was no answer
 };
 
 class MessageBoxes {
  public:
+  /// Returns the button to press, or nothing if it has no answer to the box.
   using Answerer = std::function<std::optional<long>(const MessageBoxCall&)>;
 
-  /// A box that nobody answers fails instead of taking its default button.
+  /// With `refuseUnattended`, a box without an answer fails instead of taking its default button.
   explicit MessageBoxes(bool refuseUnattended) : refuseUnattended_(refuseUnattended) {}
 
-  /// Shows a box and gives the button pressed. A box without any caption gets "OK" as button 1; a
-  /// default button that is not there counts as the first. Raises kGeneralFailure when boxes
-  /// nobody answers are refused.
+  /// Shows a box and returns the button that was pressed. A box without any caption gets "OK" as
+  /// button 1; a default button that the box does not have becomes its first button. Throws
+  /// kGeneralFailure if there is no answer and such boxes are refused.
   long show(MessageBoxCall box);
-  /// The next box is answered with this button. One that the box does not have presses the default.
+  /// Answers the next box with this button. If the box does not have it, the default is pressed.
   void queueAnswer(long button) { answers_.push_back(button); }
-  /// Asked when no answer is queued; null for nobody.
+  /// Sets who is asked if no answer is queued; null for no answerer.
   void setAnswerer(Answerer answerer) { answerer_ = std::move(answerer); }
-  /// Every box so far.
+  /// All boxes so far.
   const std::vector<MessageBoxCall>& history() const { return history_; }
 
  private:

@@ -1,7 +1,7 @@
 #include "qxdesk/screens/model/message_boxes.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
-#include "qxdesk/screens/user/desk_printer.h"
 #include "qxframework/automation/developer_trace.h"
 
 #include <gtest/gtest.h>
@@ -34,9 +34,9 @@ class MessageBoxesTest : public testing::Test {
   TraceSink before_;
 };
 
-TEST_F(MessageBoxesTest, PressesTheDefaultAndTellsTheDeveloperWhenNobodyAnswers) {
+TEST_F(MessageBoxesTest, BoxWithoutAnswerTakesItsDefaultAndIsTraced) {
   EXPECT_EQ(boxes_.show(box(u"Sure?", 2)), 2);
-  EXPECT_EQ(toUtf8(traced), "Message box that nobody answers: Sure?\n");
+  EXPECT_EQ(toUtf8(traced), "Message box without an answer: Sure?\n");
 }
 
 TEST_F(MessageBoxesTest, TakesQueuedAnswersInOrder) {
@@ -48,23 +48,25 @@ TEST_F(MessageBoxesTest, TakesQueuedAnswersInOrder) {
   EXPECT_EQ(toUtf8(printBoxes(boxes_)), "\"a\" [Yes] [No] -> 2\n\"b\" [Yes] [No] -> 1\n");
 }
 
-TEST_F(MessageBoxesTest, AsksTheAnswererBehindTheQueue) {
+TEST_F(MessageBoxesTest, AsksTheAnswererIfNoAnswerIsQueued) {
   boxes_.setAnswerer([](const MessageBoxCall& call) -> std::optional<long> {
     if (call.text == u"known") return 2;
     return std::nullopt;
   });
+  boxes_.queueAnswer(1);
+  EXPECT_EQ(boxes_.show(box(u"known", 2)), 1);
   EXPECT_EQ(boxes_.show(box(u"known", 1)), 2);
   EXPECT_EQ(boxes_.show(box(u"unknown", 1)), 1);
-  EXPECT_EQ(toUtf8(traced), "Message box that nobody answers: unknown\n");
+  EXPECT_EQ(toUtf8(traced), "Message box without an answer: unknown\n");
 }
 
-TEST_F(MessageBoxesTest, PressesTheDefaultForAButtonThatTheBoxLacks) {
+TEST_F(MessageBoxesTest, AnswerWithAMissingButtonTakesTheDefault) {
   boxes_.queueAnswer(3);
   EXPECT_EQ(boxes_.show(box(u"Sure?", 2)), 2);
-  EXPECT_EQ(toUtf8(traced), "Message box without the button of the answer: Sure?\n");
+  EXPECT_EQ(toUtf8(traced), "Message box that lacks the button of its answer: Sure?\n");
 }
 
-TEST_F(MessageBoxesTest, CompletesButtonsAndDefault) {
+TEST_F(MessageBoxesTest, MissingButtonsAndDefaultAreFilledIn) {
   EXPECT_EQ(boxes_.show(box(u"a", 5)), 1);
   EXPECT_EQ(boxes_.show(box(u"b", 1, u"", u"No")), 2);
   EXPECT_EQ(boxes_.show(box(u"c", 1, u"", u"")), 1);
@@ -72,7 +74,7 @@ TEST_F(MessageBoxesTest, CompletesButtonsAndDefault) {
             "\"a\" [Yes] [No] -> 1\n\"b\" [No] -> 2\n\"c\" [OK] -> 1\n");
 }
 
-TEST_F(MessageBoxesTest, FailsInsteadWhenBoxesNobodyAnswersAreRefused) {
+TEST_F(MessageBoxesTest, BoxWithoutAnswerFailsIfSuchBoxesAreRefused) {
   MessageBoxes strict(true);
   EXPECT_EQ(raisedBy([&] { strict.show(box(u"Sure?", 1)); }), kGeneralFailure);
   strict.queueAnswer(2);

@@ -9,6 +9,7 @@
 namespace qx::screens {
 
 void Progress::stop() {
+  // Only the first call frees the bar: by the second it may have another holder.
   if (std::exchange(stopped_, true)) return;
   if (const auto bar = bar_.lock()) (*bar)->free();
 }
@@ -24,13 +25,14 @@ void Progress::setText(std::u16string text) {
 
 void Progress::setValue(long value) {
   checkHeld();
-  value_ = std::clamp(value, 0L, std::max(0L, maximum_));
+  value_ = std::clamp(value, 0L, std::max(0L, maximum_));  // a maximum may be negative
 }
 
 StatusBar::StatusBar(std::unique_ptr<ProgressLock> lock)
     : lock_(std::move(lock)), self_(std::make_shared<StatusBar*>(this)) {}
 
 StatusBar::~StatusBar() {
+  // A holder may outlive the bar and then frees nothing, so the lock is released here.
   if (held_) free();
 }
 
@@ -38,10 +40,11 @@ void StatusBar::show(StatusMessage message) { history_.push_back(std::move(messa
 
 std::shared_ptr<Progress> StatusBar::createProgress(std::u16string text, long maximum,
                                                     bool stoppable) {
+  // The lock is optional, so the bar knows its holder itself.
   if (held_) raiseError(kGeneralFailure);
   auto progress = std::make_shared<Progress>(self_, std::move(text), maximum, stoppable);
   if (lock_ != nullptr && !lock_->tryAcquire()) {
-    progress->stopped_ = true;
+    progress->stopped_ = true;  // or its end would free the bar of the other process
     raiseError(kGeneralFailure);
   }
   held_ = true;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The status bar: its messages and the progress bar, which one holder has at a time. When several
-// embedded clients are told to share the progress bar, a lock of the machine stands behind it.
+// The status bar: its messages, and the progress bar, which has one holder at a time. If processes
+// share the progress bar, a lock of the machine keeps the others from it.
 
 #include "qxframework/host/enums.h"
 
@@ -18,18 +18,18 @@ struct StatusMessage {
   long displayTime = 0;
 };
 
-/// What keeps other processes from the progress bar while it is held.
+/// Keeps other processes from the progress bar while it is held.
 class ProgressLock {
  public:
   virtual ~ProgressLock() = default;
-  /// False while another process holds it.
+  /// Returns false while another process holds it.
   virtual bool tryAcquire() = 0;
   virtual void release() = 0;
 };
 
 class StatusBar;
 
-/// The progress bar in the hands of its holder. It goes with stop() or with the object.
+/// The progress bar as its holder sees it. It is freed by stop() or with this object.
 class Progress {
  public:
   Progress(std::weak_ptr<StatusBar*> bar, std::u16string text, long maximum, bool stoppable)
@@ -38,9 +38,11 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  /// Frees the bar; a second call does nothing.
   void stop();
-  /// Raise kGeneralFailure when the bar has been stopped; a value is kept within 0 and maximum.
+  /// Throws kGeneralFailure if the bar has been stopped.
   void setText(std::u16string text);
+  /// Keeps the value within 0 and maximum(). Throws as setText() does.
   void setValue(long value);
   long value() const { return value_; }
   const std::u16string& text() const { return text_; }
@@ -62,17 +64,18 @@ class Progress {
 
 class StatusBar {
  public:
-  /// `lock` may be null: then the bar is this client's alone.
+  /// `lock` may be null: then no other process shares the bar.
   explicit StatusBar(std::unique_ptr<ProgressLock> lock);
   ~StatusBar();
   StatusBar(const StatusBar&) = delete;
   StatusBar& operator=(const StatusBar&) = delete;
 
   void show(StatusMessage message);
+  /// All messages so far.
   const std::vector<StatusMessage>& history() const { return history_; }
-  /// Raises kGeneralFailure while somebody else holds the bar.
+  /// Returns the progress bar to its new holder. Throws kGeneralFailure while it is held.
   std::shared_ptr<Progress> createProgress(std::u16string text, long maximum, bool stoppable);
-  /// Null when nobody holds the bar.
+  /// Returns the progress bar, or null if it is free.
   std::shared_ptr<Progress> progress() const { return holder_.lock(); }
 
  private:
@@ -80,7 +83,7 @@ class StatusBar {
   void free();
 
   std::unique_ptr<ProgressLock> lock_;
-  std::shared_ptr<StatusBar*> self_;  // what the holder looks the bar up by; gone with the bar
+  std::shared_ptr<StatusBar*> self_;  // how a holder finds the bar; it ends with the bar
   std::vector<StatusMessage> history_;
   std::weak_ptr<Progress> holder_;
   bool held_ = false;

@@ -1,7 +1,7 @@
 #include "qxdesk/screens/model/status_bar.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
-#include "qxdesk/screens/user/desk_printer.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ class FakeLock final : public ProgressLock {
   bool& taken_;
 };
 
-TEST(StatusBar, KeepsItsMessagesWithTheirKind) {
+TEST(StatusBar, KeepsMessagesWithTheirType) {
   StatusBar bar(nullptr);
   bar.show({u"plain", smt_None, 20});
   bar.show({u"careful", smt_Warning, 20});
@@ -27,7 +27,7 @@ TEST(StatusBar, KeepsItsMessagesWithTheirKind) {
   EXPECT_EQ(toUtf8(printStatus(bar)), "plain\nwarning: careful\nerror: broken\ninfo: well\n");
 }
 
-TEST(StatusBar, LendsTheProgressBarToOneHolderAtATime) {
+TEST(StatusBar, ProgressBarHasOneHolderAtATime) {
   StatusBar bar(nullptr);
   auto first = bar.createProgress(u"Loading", 30, false);
   first->setValue(7);
@@ -42,14 +42,14 @@ TEST(StatusBar, LendsTheProgressBarToOneHolderAtATime) {
   EXPECT_EQ(bar.progress(), second);
 }
 
-TEST(StatusBar, FreesTheProgressBarWithItsHolder) {
+TEST(StatusBar, ProgressBarIsFreedWithItsHolder) {
   StatusBar bar(nullptr);
   bar.createProgress(u"x", 1, false);
   EXPECT_EQ(bar.progress(), nullptr);
   EXPECT_NE(bar.createProgress(u"x", 1, false), nullptr);
 }
 
-TEST(StatusBar, KeepsTheValueWithinTheBar) {
+TEST(StatusBar, ValueIsKeptWithinTheMaximum) {
   StatusBar bar(nullptr);
   const auto progress = bar.createProgress(u"x", 10, true);
   progress->setValue(11);
@@ -58,7 +58,7 @@ TEST(StatusBar, KeepsTheValueWithinTheBar) {
   EXPECT_EQ(progress->value(), 0);
 }
 
-TEST(StatusBar, RespectsTheHolderInAnotherProcess) {
+TEST(StatusBar, ProgressBarHeldByAnotherProcessIsRefused) {
   bool taken = true;
   StatusBar bar(std::make_unique<FakeLock>(taken));
   EXPECT_EQ(raisedBy([&] { bar.createProgress(u"x", 1, false); }), kGeneralFailure);
@@ -70,7 +70,7 @@ TEST(StatusBar, RespectsTheHolderInAnotherProcess) {
   EXPECT_FALSE(taken);
 }
 
-TEST(StatusBar, LeavesAHolderBehindThatFindsTheBarGone) {
+TEST(StatusBar, HolderMayOutliveTheBar) {
   auto bar = std::make_unique<StatusBar>(nullptr);
   const auto progress = bar->createProgress(u"x", 1, false);
   bar.reset();

@@ -12,9 +12,10 @@ struct MenuRow {
   std::u16string_view uid;
   std::u16string_view text;
   HvMenuType type;
-  std::u16string_view form;  // what it opens
+  std::u16string_view form;  // the type of the form that it opens, or empty
 };
 
+// Fathers come before their entries. Add-ons and tests refer to the UIDs, so they are frozen.
 constexpr MenuRow kMenus[] = {
     {u"", u"100", u"File", mt_Popup, u""},
     {u"100", kQuitMenu, u"Quit", mt_String, u""},
@@ -51,6 +52,7 @@ void addButtons(FormModel& form, long top) {
   form.setDefaultItem(kOkButton);
 }
 
+// Adds an item and a label for it, whose UID is the item's with an "L" in front.
 void addLabelled(FormModel& form, std::u16string_view uid, std::u16string label, long type,
                  long top) {
   ItemModel text = makeItem(u"L" + std::u16string(uid), kStaticText, {5, top, 100, 14});
@@ -77,6 +79,7 @@ void fillSalesOrder(FormModel& form) {
   addLabelled(form, u"5", u"Name", kEditText, 20);
   addLabelled(form, u"6", u"Posting Date", kEditText, 35);
   addLabelled(form, u"7", u"Status", kComboBox, 50);
+  // The selection is made here and not by the user, so the form stays in OK mode.
   ComboModel& status = *form.item(u"7").combo;
   status.add(u"Open", u"O");
   status.add(u"Closed", u"C");
@@ -87,7 +90,7 @@ void fillSalesOrder(FormModel& form) {
   addColumn(lines, u"1", u"Item No.", 120);
   addColumn(lines, u"2", u"Quantity", 80);
   addColumn(lines, u"3", u"Unit Price", 80);
-  lines.addRows(1, -1);
+  lines.addRows(1, -1);  // the empty line into which a user types
 }
 
 void fillCustomer(FormModel& form) {
@@ -115,6 +118,7 @@ struct FormRow {
   void (*fill)(FormModel&);
 };
 
+// These types are frozen, too: an add-on's form class is bound to its type.
 constexpr FormRow kForms[] = {
     {kMainMenuForm, fillMainMenu}, {u"3101", fillSalesOrder}, {u"1001", fillCustomer}};
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the client brings along: its menu bar and a few of its own forms, so that an add-on finds
-// something to attach to.
+// The menu bar of the host and a few of its own forms, so that an add-on finds something to attach
+// to.
 
 #include "qxdesk/screens/model/form_model.h"
 #include "qxdesk/screens/model/menu_model.h"
@@ -12,10 +12,10 @@
 
 namespace qx::screens {
 
-/// The popup below which add-ons put their entries.
+/// The popup under which add-ons put their entries.
 inline constexpr char16_t kAddOnsMenu[] = u"43523";
 
-/// Entries of the client that act on the selected form or on the client.
+/// Entries of the host that act on the selected form, or end the host.
 inline constexpr char16_t kQuitMenu[] = u"101";
 inline constexpr char16_t kFindMenu[] = u"1281";
 inline constexpr char16_t kAddMenu[] = u"1282";
@@ -25,13 +25,13 @@ inline constexpr char16_t kPreviousMenu[] = u"1289";
 inline constexpr char16_t kFirstMenu[] = u"1290";
 inline constexpr char16_t kLastMenu[] = u"1291";
 
-/// Fills an empty menu bar.
+/// Fills an empty menu bar with the host's own entries.
 void addSystemMenus(MenuModel& menus);
-/// The type of the form that an entry opens, or an empty text.
+/// Returns the type of the form that an entry opens, or an empty text.
 std::u16string_view systemFormOfMenu(std::u16string_view menuUid);
 
-/// A new form of the client, visible and not opened yet: "169" the form that owns the menu bar,
-/// "3101" a sales order, "1001" a customer. Null for any other type.
+/// Returns a new form of the host, visible and not opened yet: "169" the main menu, "3101" a sales
+/// order, "1001" a customer. Returns null for any other type.
 std::shared_ptr<FormModel> makeSystemForm(std::u16string_view typeEx, std::u16string uid);
 
 }  // namespace qx::screens

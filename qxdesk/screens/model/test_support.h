@@ -1,6 +1,6 @@
 #pragma once
 
-// A sink that writes down what it gets and does what the test wants.
+// What the tests of the screens share: a sink that records events and can veto them, and a form.
 
 #include "qxdesk/screens/model/desk.h"
 #include "qxdesk/screens/model/ui_codes.h"
@@ -17,7 +17,10 @@ namespace qx::screens {
 
 using test::raisedBy;
 
-/// "before item 1 F_1.4", "after menu 3001": one event in a few words.
+/// Events or calls in a few words each, in their order.
+using Log = std::vector<std::string>;
+
+/// Describes an event in a few words: "before item 1 F_1.4", "after menu 3001".
 struct EventWords {
   static std::string phase(bool before) { return before ? "before " : "after "; }
   std::string operator()(const ItemEvent& event) const {
@@ -59,6 +62,7 @@ struct EventWords {
 
 inline std::string wordsOf(const Event& event) { return std::visit(EventWords(), event); }
 
+/// Records the words of each event and hands them to a handler, which may veto.
 class ProbeSink final : public EventSink {
  public:
   using Handler = std::function<void(const std::string& words, bool& bubble)>;
@@ -69,20 +73,20 @@ class ProbeSink final : public EventSink {
     if (handler_) handler_(log.back(), bubble);
   }
 
-  std::vector<std::string> log;
+  Log log;
 
  private:
   Handler handler_;
 };
 
-/// Attaches a probe to the desk.
+/// Attaches a probe to the desk and returns it.
 inline std::shared_ptr<ProbeSink> listen(Desk& desk, ProbeSink::Handler handler = nullptr) {
   auto sink = std::make_shared<ProbeSink>(std::move(handler));
   desk.events.attach(sink);
   return sink;
 }
 
-/// A handler that objects to one event.
+/// Returns a handler that vetoes one event.
 inline ProbeSink::Handler veto(std::string words) {
   return [words](const std::string& event, bool& bubble) {
     if (event == words) bubble = false;
@@ -95,7 +99,7 @@ inline DeskSettings testSettings() {
   return settings;
 }
 
-/// An add-on's form with OK, Cancel, an edit "5" and a button "6".
+/// Returns an add-on's form with OK, Cancel, an edit "5" and a button "6".
 inline std::shared_ptr<FormModel> makeAddOnForm(std::u16string uid) {
   auto form = std::make_shared<FormModel>(std::move(uid), u"-1", false);
   const auto add = [&](const char16_t* item, long type) {

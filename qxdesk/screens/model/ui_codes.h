@@ -1,7 +1,7 @@
 #pragma once
 
-// The codes with which the client refuses. Their numbers are frozen: add-ons compare with them, and
-// the framework has a name and a sentence for each.
+// The codes with which the host's user interface refuses a call. The numbers are frozen: add-ons
+// compare with them. The name and the sentence of each are in qxframework/logging/result_names.h.
 
 #include "qxframework/automation/types.h"
 

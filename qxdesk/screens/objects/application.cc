@@ -17,6 +17,7 @@
 namespace qx::screens {
 namespace {
 
+// Leads to the one connection point that there is.
 class EventContainer final : public ComObject<IConnectionPointContainer> {
  public:
   explicit EventContainer(std::shared_ptr<Client> client) : client_(std::move(client)) {}
@@ -34,6 +35,7 @@ class EventContainer final : public ComObject<IConnectionPointContainer> {
   std::shared_ptr<Client> client_;
 };
 
+// Answers a company object of this process.
 class UiSession final : public ComObject<desk::IUiSession> {
  public:
   explicit UiSession(std::shared_ptr<Client> client) : client_(std::move(client)) {}
@@ -69,14 +71,14 @@ class Application final : public WithTypeInfo<HostObject<IApplication>> {
       MessageBoxCall box;
       box.text = viewOfBstr(text);
       box.defaultButton = defaultButton;
-      box.buttons = {std::u16string(viewOfBstr(button1)), std::u16string(viewOfBstr(button2)),
-                     std::u16string(viewOfBstr(button3))};
+      box.buttons = {textOf(button1), textOf(button2), textOf(button3)};
       return desk().boxes.show(std::move(box));
     });
   }
   HRESULT raw_GetMenus(IMenus** out) override {
     return giveNew(out, [&] { return makeMenus(clientPtr(), desk().menus.root()); });
   }
+  // A batch with errors fails with the code of the first one, but what could be applied is applied.
   HRESULT raw_LoadBatchActions(BSTR xml) override {
     return run([&] { return applyBatch(desk(), viewOfBstr(xml)); });
   }
@@ -95,6 +97,8 @@ class Application final : public WithTypeInfo<HostObject<IApplication>> {
 };
 
 HRESULT Application::QueryInterface(REFIID iid, void** object) {
+  // Each query for another interface makes an object of its own, so this class implements the
+  // add-on's interface and nothing else.
   const HRESULT own = WithTypeInfo::QueryInterface(iid, object);
   if (own != E_NOINTERFACE) return own;
   return guarded([&]() -> HRESULT {
@@ -112,7 +116,7 @@ HRESULT Application::QueryInterface(REFIID iid, void** object) {
 }  // namespace
 
 CComPtr<IApplication> makeApplication(std::shared_ptr<Client> client) {
-  return CComPtr<IApplication>(makeObject<Application>(std::move(client)).p);
+  return makeObject<Application>(std::move(client));
 }
 
 }  // namespace qx::screens

@@ -1,5 +1,7 @@
 #pragma once
 
+// The root of the objects that an add-on gets.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/application.h"
@@ -8,8 +10,9 @@
 
 namespace qx::screens {
 
-/// The client as an add-on sees it. It answers also for IConnectionPointContainer, for IUiSession,
-/// by which a company object finds the client's database, and for IDeskUser, who plays its user.
+/// Returns the application object, through which an add-on reaches everything else. It also answers
+/// for IConnectionPointContainer (events), for IUiSession, by which a company object finds the
+/// database, and for IDeskUser, which plays the user.
 CComPtr<IApplication> makeApplication(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

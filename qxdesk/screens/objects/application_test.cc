@@ -8,12 +8,11 @@
 namespace qx::screens {
 namespace {
 
-using Log = std::vector<std::string>;
 using Entry = EmbeddedTest;
 using Application = EmbeddedTest;
 using Events = EmbeddedTest;
 
-TEST(EntryObject, RefusesAStringThatMakesNoSense) {
+TEST(EntryObject, RefusesAnInvalidConnectionString) {
   const auto api = makeGuiApi();
   EXPECT_EQ(api->Connect(u"nonsense"), kConnectionStringNotValid);
   EXPECT_EQ(api->Connect(CComBSTR()), kConnectionStringNotValid);
@@ -31,11 +30,11 @@ TEST_F(Entry, AcceptsAnyIdentifier) {
   EXPECT_EQ(api_->PutAddOnIdentifier(CComBSTR()), S_OK);
 }
 
-TEST_F(Entry, GivesTheConnectedClientAlone) {
+TEST_F(Entry, ReturnsOnlyTheConnectedClient) {
   EXPECT_EQ(raisedBy([&] { api_->GetApplication(0); }), E_INVALIDARG);
 }
 
-TEST_F(Entry, LeadsToTheVersionOfItsLibrary) {
+TEST_F(Entry, TypeInformationLeadsToTheVersion) {
   for (IDispatch* object : {static_cast<IDispatch*>(api_.p), static_cast<IDispatch*>(app_.p)}) {
     CComPtr<ITypeInfo> info;
     ASSERT_EQ(object->GetTypeInfo(0, 0, &info), S_OK);
@@ -51,7 +50,7 @@ TEST_F(Entry, LeadsToTheVersionOfItsLibrary) {
   }
 }
 
-TEST_F(Entry, SharesOneClientAmongTheConnectionsOfAnApplicationId) {
+TEST_F(Entry, ConnectionsWithOneApplicationIdShareAClient) {
   const auto second = makeGuiApi();
   ASSERT_EQ(second->Connect(u"embedded:?db=other&appid=7&language=9"), 0);
   const auto other = second->GetApplication(-1);
@@ -63,7 +62,7 @@ TEST_F(Entry, SharesOneClientAmongTheConnectionsOfAnApplicationId) {
   EXPECT_EQ(third->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
 }
 
-TEST_F(Entry, EndsTheClientWithTheLastObject) {
+TEST_F(Entry, ClientEndsWithItsLastObject) {
   app_->GetMenus()->Add(u"X", u"mine", mt_String, -1);
   const auto held = app_->GetStatusBar();
   app_.Release();
@@ -78,7 +77,7 @@ TEST_F(Entry, EndsTheClientWithTheLastObject) {
   EXPECT_EQ(api_->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
 }
 
-TEST_F(Application, TellsWhoIsLoggedInToWhat) {
+TEST_F(Application, ReportsUserCompanyAndLanguage) {
   EXPECT_EQ(app_->GetAppId(), 7);
   EXPECT_EQ(app_->GetLanguage(), ln_English);
   const auto company = app_->GetCompanyInfo();
@@ -90,7 +89,7 @@ TEST_F(Application, TellsWhoIsLoggedInToWhat) {
   EXPECT_EQ(user_->ChangeLanguage(4), E_INVALIDARG);
 }
 
-TEST_F(Application, AnswersTheCookieOfACompanyObject) {
+TEST_F(Application, EncodesTheLoginContextForTheCookie) {
   const desk::LoginTarget target{"/data/Harbour.db", 1, ln_English, u"manager", u"Harbour"};
   const CComBSTR context = app_->GetCompanyInfo()->GetConnectionContext(u"cookie");
   EXPECT_EQ(desk::decodeLoginContext(context.View(), u"cookie"), target);
@@ -107,7 +106,7 @@ TEST_F(Application, KeepsTheStartUpFlag) {
   EXPECT_EQ(app_->GetStartupDone(), VARIANT_TRUE);
 }
 
-TEST_F(Application, AnswersBoxesFromTheUser) {
+TEST_F(Application, BoxesTakeTheQueuedAnswers) {
   EXPECT_EQ(user_->QueueAnswer(2), S_OK);
   EXPECT_EQ(user_->QueueAnswer(4), E_INVALIDARG);
   EXPECT_EQ(app_->MessageBox(u"Exit?", 1, u"Exit", u"Upgrade", u""), 2);
@@ -126,7 +125,7 @@ class Answerer final : public ComObject<desk::IBoxAnswerer> {
   }
 };
 
-TEST_F(Application, AsksAnAnswererForBoxes) {
+TEST_F(Application, BoxesAskTheAnswerer) {
   ASSERT_EQ(user_->SetBoxAnswerer(makeObject<Answerer>()), S_OK);
   EXPECT_EQ(app_->MessageBox(u"known", 1, u"a", u"b", u"c"), 3);
   EXPECT_EQ(app_->MessageBox(u"unknown", 2, u"a", u"b", u"c"), 2);
@@ -140,7 +139,7 @@ TEST_F(Application, ReportsBatchesByCodeAndDocument) {
   EXPECT_EQ(raisedBy([&] { app_->LoadBatchActions(CComBSTR()); }), kCannotLoadXml);
 }
 
-TEST_F(Application, LendsTheProgressBarToOneHolder) {
+TEST_F(Application, ProgressBarHasOneHolder) {
   const auto bar = app_->GetStatusBar();
   auto progress = bar->CreateProgressBar(u"Check database", 1, VARIANT_FALSE);
   EXPECT_EQ(raisedBy([&] { bar->CreateProgressBar(u"x", 1, VARIANT_FALSE); }), kGeneralFailure);
@@ -167,7 +166,7 @@ TEST_F(Application, ShowsMessagesInTheStatusBar) {
   EXPECT_EQ(utf8(status), "error: wrong count\n");
 }
 
-TEST_F(Application, LetsTheCallGateRefuseACall) {
+TEST_F(Application, CallGateRefusesACall) {
   desk::CallGate& gate = desk::CallGate::instance();
   gate.refuse(2, E_ACCESSDENIED);
   EXPECT_EQ(raisedBy([&] { app_->GetAppId(); }), S_OK);
@@ -212,7 +211,7 @@ TEST_F(Events, ArriveWithTheArgumentsInReverseOrderAndTheVetoByReference) {
            "102(67)"}));
 }
 
-TEST_F(Events, VetoBeforeTheActionAndAreNotAskedAfterIt) {
+TEST_F(Events, VetoCountsOnlyBeforeTheAction) {
   openOrder();
   listen([](const std::string& words, VARIANT_BOOL* veto) {
     const bool stop = words.starts_with("100(F_1, before 1 ") || words.find("after") != words.npos;
@@ -226,7 +225,7 @@ TEST_F(Events, VetoBeforeTheActionAndAreNotAskedAfterIt) {
   EXPECT_EQ(done, VARIANT_TRUE);
 }
 
-TEST_F(Events, TakeASinkThatFailsOrThrowsForOneWithoutObjection) {
+TEST_F(Events, SinkThatFailsOrThrowsDoesNotVeto) {
   const auto failing = listen([](const std::string&, VARIANT_BOOL* veto) {
     *veto = VARIANT_FALSE;
     return E_FAIL;
@@ -239,7 +238,7 @@ TEST_F(Events, TakeASinkThatFailsOrThrowsForOneWithoutObjection) {
   EXPECT_EQ(throwing->log.size(), 2U);
 }
 
-TEST_F(Events, LetASinkUnadviseItselfDuringAnEvent) {
+TEST_F(Events, SinkMayUnadviseItselfDuringAnEvent) {
   const auto sink =
       listen([this](const std::string&, VARIANT_BOOL*) { return point()->Unadvise(cookie_); });
   user_->Shutdown();
@@ -251,7 +250,7 @@ TEST_F(Events, LetASinkUnadviseItselfDuringAnEvent) {
   EXPECT_EQ(count, 0);
 }
 
-TEST_F(Events, HaveOnePointForTheirInterface) {
+TEST_F(Events, OnlyTheEventInterfaceHasAConnectionPoint) {
   IID iid{};
   EXPECT_EQ(point()->GetConnectionInterface(&iid), S_OK);
   EXPECT_EQ(iid, DIID_IApplicationEvents);
@@ -263,7 +262,7 @@ TEST_F(Events, HaveOnePointForTheirInterface) {
   EXPECT_EQ(point()->Advise(makeObject<Answerer>(), &cookie), CONNECT_E_CANNOTCONNECT);
 }
 
-TEST_F(Events, NestWhenAHandlerActs) {
+TEST_F(Events, HandlerMayActDuringAnEvent) {
   const auto sink = listen([this](const std::string& words, VARIANT_BOOL*) {
     if (words != "101(before 43523, -1)") return S_OK;
     VARIANT_BOOL done = VARIANT_FALSE;
@@ -275,7 +274,7 @@ TEST_F(Events, NestWhenAHandlerActs) {
                             "101(after inner 1288, -1)", "101(after 43523, -1)"}));
 }
 
-TEST_F(Events, MayReleaseTheLastObjectOfTheClient) {
+TEST_F(Events, HandlerMayReleaseTheLastObjectOfTheClient) {
   listen([this](const std::string&, VARIANT_BOOL*) {
     app_.Release();
     api_.Release();

@@ -12,7 +12,7 @@
 namespace qx::screens {
 namespace {
 
-/// The clients of this process by application id.
+// Returns the clients of this process by application id. Those that have ended are null.
 std::map<long, std::weak_ptr<Client>>& runningClients() {
   static std::map<long, std::weak_ptr<Client>> clients;
   return clients;
@@ -30,7 +30,7 @@ DeskSettings settingsOf(const desk::ConnectionString& connection) {
   return settings;
 }
 
-/// The progress bar of all processes whose clients bear one application id.
+// Guards the progress bar that the processes with one application id share.
 class MachineProgressLock final : public ProgressLock {
  public:
   explicit MachineProgressLock(long appId)
@@ -52,6 +52,7 @@ std::unique_ptr<ProgressLock> lockOf(const desk::ConnectionString& connection) {
 std::shared_ptr<Client> Client::attach(const desk::ConnectionString& connection) {
   std::weak_ptr<Client>& place = runningClients()[connection.appId];
   if (auto running = place.lock()) return running;
+  // The script is read first: if it has an error, no client starts.
   std::vector<PlayStep> steps;
   if (!connection.playFile.empty()) steps = readPlayScript(connection.playFile);
   auto client = std::make_shared<Client>(connection);
@@ -66,15 +67,18 @@ Client::Client(const desk::ConnectionString& connection)
 Client::~Client() = default;
 
 void Client::play(std::vector<PlayStep> steps) {
-  // A step may be the end of everything: the client stays until it has been played.
+  // The message loop must not keep the client alive, so a task refers to it weakly. During a step
+  // it is kept: the step may make an add-on release its last object.
   const auto post = [weak = weak_from_this()](std::function<void()> task) {
     postTask([weak, task = std::move(task)] {
       if (const auto client = weak.lock()) task();
     });
   };
+  // Flushed line by line, since the output of the add-on itself mixes with it.
   const auto print = [](std::string_view text) { std::cout << text << std::flush; };
   player_.emplace(desk_, std::move(steps), post, print);
   player_->playAhead();
+  // The script waits until an add-on reports its start; by then it has attached its sink.
   desk_.setStartupObserver([this] { player_->start(); });
 }
 

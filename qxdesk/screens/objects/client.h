@@ -1,7 +1,8 @@
 #pragma once
 
-// An embedded client: the model, and the user's script if there is one. All connections of this
-// process with one application id share it; it ends with the last object that an add-on holds.
+// The embedded client: a desk, and the script that plays its user if there is one. All connections
+// of this process with the same application id share a client. It ends with the last object that an
+// add-on holds of it.
 
 #include "qxdesk/screens/model/desk.h"
 #include "qxdesk/screens/user/script_player.h"
@@ -16,9 +17,10 @@ namespace qx::screens {
 
 class Client : public std::enable_shared_from_this<Client> {
  public:
-  /// The client with the application id of `connection`, started if it does not run yet; one that
-  /// runs keeps its own settings. Raises PlayScriptError.
+  /// Returns the client with the application id of `connection`. Starts it if it does not run yet;
+  /// otherwise it keeps the settings with which it was started. Throws PlayScriptError.
   static std::shared_ptr<Client> attach(const desk::ConnectionString& connection);
+  /// Starts a client without a script that attach() does not find.
   explicit Client(const desk::ConnectionString& connection);
   ~Client();
   Client(const Client&) = delete;

@@ -17,11 +17,12 @@ class PlayingClient : public testing::Test {
     EXPECT_EQ(api->Connect(CComBSTR(toUtf16(connection))), 0);
     return api->GetApplication(-1);
   }
-  /// Runs what stands in the queue, and what that puts there, and says what was printed.
+  /// Runs the queued tasks and those that they post. Returns the output.
   static std::string pump() {
     testing::internal::CaptureStdout();
     MSG message;
-    for (int steps = 0; steps < 10; ++steps) {
+    // One call runs the tasks that are queued; those that they post need a further one.
+    for (int calls = 0; calls < 10; ++calls) {
       while (PeekMessageW(&message, PM_REMOVE)) DispatchMessageW(&message);
     }
     return testing::internal::GetCapturedStdout();
@@ -42,14 +43,14 @@ TEST_F(PlayingClient, WaitsForTheStartAndPlaysInTheMessageLoop) {
   EXPECT_EQ(pump(), "");
 }
 
-TEST_F(PlayingClient, PlaysNoMoreWhenTheLastObjectIsGone) {
+TEST_F(PlayingClient, StopsPlayingWhenTheLastObjectIsGone) {
   auto app = connect("menu 1288\n");
   app->PutStartupDone(VARIANT_TRUE);
   app.Release();
   EXPECT_EQ(pump(), "");
 }
 
-TEST_F(PlayingClient, FinishesTheStepInWhichTheLastObjectGoes) {
+TEST_F(PlayingClient, FinishesTheStepThatReleasesTheLastObject) {
   auto app = connect("shutdown\nprint forms\n");
   const CComQIPtr<IConnectionPointContainer> container(app.p);
   CComPtr<IConnectionPoint> point;

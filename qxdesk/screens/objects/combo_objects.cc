@@ -1,15 +1,14 @@
+#include "qxdesk/screens/objects/combo_objects.h"
+
 #include "qxdesk/screens/model/ui_codes.h"
-#include "qxdesk/screens/objects/control_objects.h"
 #include "qxdesk/screens/objects/host_object.h"
-#include "qxdesk/screens/objects/links.h"
-#include "qxframework/host/controls.h"
 
 #include <utility>
 
 namespace qx::screens {
 namespace {
 
-/// An entry as it was when it was asked for.
+// An entry as it was when it was asked for: entries have no identity that could be followed.
 class ValidValueObject final : public HostObject<IValidValue> {
  public:
   ValidValueObject(std::shared_ptr<Client> client, ValidValue value)
@@ -26,8 +25,8 @@ class ValidValueObject final : public HostObject<IValidValue> {
   ValidValue value_;
 };
 
-/// The position that `value` names by key or by index; raises kInvalidFieldValue when there is
-/// none.
+// Returns the position that `value` names by key or by index. Throws kInvalidFieldValue if there
+// is none.
 std::size_t positionOf(const ComboModel& combo, const VARIANT& value, long mode) {
   if (mode == kByIndex) {
     const EntryName name = entryNameOf(value);
@@ -36,6 +35,7 @@ std::size_t positionOf(const ComboModel& combo, const VARIANT& value, long mode)
     return static_cast<std::size_t>(name.index);
   }
   if (mode != kByKey) raiseError(E_INVALIDARG);
+  // A key may come as a number. The locale is fixed, so that its text is the same everywhere.
   CComVariant key;
   raiseIfFailed(VariantChangeTypeEx(&key, &value, 1033, 0, VT_BSTR));
   const auto position = combo.find(viewOfBstr(key.bstrVal));
@@ -43,81 +43,64 @@ std::size_t positionOf(const ComboModel& combo, const VARIANT& value, long mode)
   return *position;
 }
 
-class ValidValuesObject final : public HostObject<IValidValues> {
+class ValidValuesObject final : public LinkedObject<IValidValues, ItemLink> {
  public:
-  ValidValuesObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form,
-                    const std::shared_ptr<ItemModel>& item)
-      : HostObject(std::move(client)), link_(form, item) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_Count(long* out) override {
-    return give(out, [&] { return link_.item()->combo->values().size(); });
+    return give(out, [&] { return item()->combo->values().size(); });
   }
   HRESULT raw_Item(const VARIANT& index, IValidValue** out) override {
     return giveNew(out, [&] {
-      const auto item = link_.item();
-      const ComboModel& combo = *item->combo;
+      const auto box = item();
+      const ComboModel& combo = *box->combo;
       const long mode = index.vt == VT_BSTR ? kByKey : kByIndex;
-      return CComPtr<IValidValue>(
-          makeObject<ValidValueObject>(clientPtr(), combo.values()[positionOf(combo, index, mode)])
-              .p);
+      return makeObject<ValidValueObject>(clientPtr(),
+                                          combo.values()[positionOf(combo, index, mode)]);
     });
   }
   HRESULT raw_Add(BSTR value, BSTR description) override {
-    return run([&] {
-      link_.item()->combo->add(std::u16string(viewOfBstr(value)),
-                               std::u16string(viewOfBstr(description)));
-    });
+    return run([&] { item()->combo->add(textOf(value), textOf(description)); });
   }
   HRESULT raw_Remove(const VARIANT& value, long mode) override {
     return run([&] {
-      const auto item = link_.item();
-      item->combo->remove(positionOf(*item->combo, value, mode));
+      const auto box = item();
+      box->combo->remove(positionOf(*box->combo, value, mode));
     });
   }
-
- private:
-  ItemLink link_;
 };
 
-class ComboBoxObject final : public HostObject<IComboBox> {
+class ComboBoxObject final : public LinkedObject<IComboBox, ItemLink> {
  public:
-  ComboBoxObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form,
-                 const std::shared_ptr<ItemModel>& item)
-      : HostObject(std::move(client)), link_(form, item) {}
+  using LinkedObject::LinkedObject;
 
+  // Returns null if nothing is selected.
   HRESULT raw_GetSelected(IValidValue** out) override {
     return giveNew(out, [&]() -> CComPtr<IValidValue> {
-      const auto item = link_.item();
-      const auto selected = item->combo->selected();
+      const auto box = item();
+      const auto selected = box->combo->selected();
       if (!selected) return nullptr;
-      return CComPtr<IValidValue>(
-          makeObject<ValidValueObject>(clientPtr(), item->combo->values()[*selected]).p);
+      return makeObject<ValidValueObject>(clientPtr(), box->combo->values()[*selected]);
     });
   }
   HRESULT raw_GetValidValues(IValidValues** out) override {
     return giveNew(out, [&] {
-      const auto item = link_.item();
-      return CComPtr<IValidValues>(
-          makeObject<ValidValuesObject>(clientPtr(), link_.form(), item).p);
+      item();  // throws if the box is gone
+      return makeObject<ValidValuesObject>(clientPtr(), link());
     });
   }
   HRESULT raw_Select(const VARIANT& value, long mode) override {
     return run([&] {
-      const auto item = link_.item();
-      item->combo->select(positionOf(*item->combo, value, mode));
+      const auto box = item();
+      box->combo->select(positionOf(*box->combo, value, mode));
     });
   }
-
- private:
-  ItemLink link_;
 };
 
 }  // namespace
 
-CComPtr<IDispatch> makeComboBox(std::shared_ptr<Client> client,
-                                const std::shared_ptr<FormModel>& form,
-                                const std::shared_ptr<ItemModel>& item) {
-  return CComPtr<IDispatch>(makeObject<ComboBoxObject>(std::move(client), form, item).p);
+CComPtr<IComboBox> makeComboBox(std::shared_ptr<Client> client, const ItemLink& link) {
+  return makeObject<ComboBoxObject>(std::move(client), link);
 }
 
 }  // namespace qx::screens

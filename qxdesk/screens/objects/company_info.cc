@@ -29,10 +29,11 @@ class CompanyInfo final : public HostObject<IHostCompany> {
 }  // namespace
 
 CComPtr<IHostCompany> makeCompanyInfo(std::shared_ptr<Client> client) {
-  return CComPtr<IHostCompany>(makeObject<CompanyInfo>(std::move(client)).p);
+  return makeObject<CompanyInfo>(std::move(client));
 }
 
 std::u16string loginContextOf(const Desk& desk, std::u16string_view cookie) {
+  // Of this moment and not of the start: the user may have changed to another company.
   const DeskSettings& settings = desk.settings();
   const desk::LoginTarget target{settings.database, settings.dbServerType, settings.language,
                                  settings.userName, desk.companyName()};

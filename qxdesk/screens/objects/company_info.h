@@ -1,5 +1,7 @@
 #pragma once
 
+// The company that the user is logged in to, and the login of a company object to it.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/application.h"
@@ -10,10 +12,11 @@
 
 namespace qx::screens {
 
-/// The company that the client is logged in to.
+/// Returns the company that the client is logged in to.
 CComPtr<IHostCompany> makeCompanyInfo(std::shared_ptr<Client> client);
 
-/// What lets a company object that gave the cookie open the client's company.
+/// Returns the login context for `cookie`: a text with which the company object that made the
+/// cookie opens the same company.
 std::u16string loginContextOf(const Desk& desk, std::u16string_view cookie);
 
 }  // namespace qx::screens

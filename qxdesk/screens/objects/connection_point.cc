@@ -25,14 +25,16 @@ class ConnectionPoint final : public ComObject<IConnectionPoint> {
     return desk::hostCall([&]() -> HRESULT {
       if (sink == nullptr || cookie == nullptr) return E_POINTER;
       *cookie = 0;
+      // Events are dispatch calls; the event interface has no other form.
       CComQIPtr<IDispatch> target(sink);
       if (target == nullptr) return CONNECT_E_CANNOTCONNECT;
+      // The same sink may be attached again; it then gets each event once per cookie.
       *cookie = client_->desk().events.attach(std::make_shared<DispatchSink>(target));
       return S_OK;
     });
   }
   HRESULT Unadvise(DWORD cookie) override {
-    const CComPtr<IConnectionPoint> self(this);  // the sink may hold the last reference
+    const CComPtr<IConnectionPoint> self(this);  // the sink may hold the last one
     return desk::hostCall(
         [&] { return client_->desk().events.detach(cookie) ? S_OK : CONNECT_E_NOCONNECTION; });
   }
@@ -44,7 +46,7 @@ class ConnectionPoint final : public ComObject<IConnectionPoint> {
 }  // namespace
 
 CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Client> client) {
-  return CComPtr<IConnectionPoint>(makeObject<ConnectionPoint>(std::move(client)).p);
+  return makeObject<ConnectionPoint>(std::move(client));
 }
 
 }  // namespace qx::screens

@@ -1,5 +1,7 @@
 #pragma once
 
+// The point to which add-ons attach their event sinks.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/connection_point.h"
@@ -8,7 +10,7 @@
 
 namespace qx::screens {
 
-/// The point at which sinks for the client's events are attached.
+/// Returns the connection point to which an add-on attaches its event sink.
 CComPtr<IConnectionPoint> makeConnectionPoint(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

@@ -1,69 +1,58 @@
 #include "qxdesk/screens/objects/control_objects.h"
 
-#include "qxdesk/screens/model/ui_codes.h"
+#include "qxdesk/screens/objects/combo_objects.h"
 #include "qxdesk/screens/objects/host_object.h"
-#include "qxdesk/screens/objects/links.h"
+#include "qxdesk/screens/objects/matrix_objects.h"
 #include "qxframework/host/controls.h"
+#include "qxframework/host/item_types.h"
 
 #include <utility>
 
 namespace qx::screens {
 namespace {
 
-/// A button or a static text.
+// A button or a static text.
 template <class Interface>
-class CaptionObject final : public HostObject<Interface> {
+class CaptionObject final : public LinkedObject<Interface, ItemLink> {
  public:
-  CaptionObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form,
-                const std::shared_ptr<ItemModel>& item)
-      : HostObject<Interface>(std::move(client)), link_(form, item) {}
+  using LinkedObject<Interface, ItemLink>::LinkedObject;
 
   HRESULT raw_GetCaption(BSTR* out) override {
-    return this->giveString(out, [&] { return link_.item()->caption; });
+    return this->giveString(out, [&] { return this->item()->caption; });
   }
   HRESULT raw_PutCaption(BSTR caption) override {
-    return this->run([&] { link_.item()->caption = viewOfBstr(caption); });
+    return this->run([&] { this->item()->caption = viewOfBstr(caption); });
   }
-
- private:
-  ItemLink link_;
 };
 
-class EditTextObject final : public HostObject<IEditText> {
+class EditTextObject final : public LinkedObject<IEditText, ItemLink> {
  public:
-  EditTextObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form,
-                 const std::shared_ptr<ItemModel>& item)
-      : HostObject(std::move(client)), link_(form, item) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_GetString(BSTR* out) override {
-    return giveString(out, [&] { return link_.item()->text.get(); });
+    return giveString(out, [&] { return item()->text.get(); });
   }
+  // An add-on's text raises no events, needs no validation and leaves the form's mode alone.
   HRESULT raw_PutString(BSTR text) override {
-    return run([&] { link_.item()->text.set(viewOfBstr(text)); });
+    return run([&] { item()->text.set(viewOfBstr(text)); });
   }
-
- private:
-  ItemLink link_;
 };
 
 }  // namespace
 
-CComPtr<IDispatch> makeControl(std::shared_ptr<Client> client,
-                               const std::shared_ptr<FormModel>& form,
-                               const std::shared_ptr<ItemModel>& item) {
-  switch (item->type) {
+CComPtr<IDispatch> makeControl(std::shared_ptr<Client> client, const ItemLink& link) {
+  switch (link.item()->type) {
     case kButton:
-      return CComPtr<IDispatch>(
-          makeObject<CaptionObject<IButton>>(std::move(client), form, item).p);
+      return makeObject<CaptionObject<IButton>>(std::move(client), link);
     case kStaticText:
-      return CComPtr<IDispatch>(
-          makeObject<CaptionObject<IStaticText>>(std::move(client), form, item).p);
+      return makeObject<CaptionObject<IStaticText>>(std::move(client), link);
     case kEditText:
-      return CComPtr<IDispatch>(makeObject<EditTextObject>(std::move(client), form, item).p);
+      return makeObject<EditTextObject>(std::move(client), link);
     case kComboBox:
-      return makeComboBox(std::move(client), form, item);
+      return makeComboBox(std::move(client), link);
     default:
-      return makeMatrix(std::move(client), form, item);
+      // The form reader and the host's own forms make no other type.
+      return makeMatrix(std::move(client), link);
   }
 }
 

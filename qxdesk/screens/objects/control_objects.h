@@ -1,6 +1,10 @@
 #pragma once
 
+// The controls of items. Those of one value are made here; combo boxes and matrices have files of
+// their own.
+
 #include "qxdesk/screens/objects/client.h"
+#include "qxdesk/screens/objects/links.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/types.h"
 
@@ -8,19 +12,8 @@
 
 namespace qx::screens {
 
-/// The object behind an item: IButton, IStaticText, IEditText, IComboBox or IMatrix.
-CComPtr<IDispatch> makeControl(std::shared_ptr<Client> client,
-                               const std::shared_ptr<FormModel>& form,
-                               const std::shared_ptr<ItemModel>& item);
-
-/// The object behind a matrix: IMatrix.
-CComPtr<IDispatch> makeMatrix(std::shared_ptr<Client> client,
-                              const std::shared_ptr<FormModel>& form,
-                              const std::shared_ptr<ItemModel>& item);
-
-/// The object behind a combo box: IComboBox.
-CComPtr<IDispatch> makeComboBox(std::shared_ptr<Client> client,
-                                const std::shared_ptr<FormModel>& form,
-                                const std::shared_ptr<ItemModel>& item);
+/// Returns the control of an item: IButton, IStaticText, IEditText, IComboBox or IMatrix. Throws as
+/// the link does.
+CComPtr<IDispatch> makeControl(std::shared_ptr<Client> client, const ItemLink& link);
 
 }  // namespace qx::screens

@@ -1,10 +1,9 @@
 #include "qxdesk/screens/objects/desk_user.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/ui_codes.h"
-#include "qxdesk/screens/user/desk_printer.h"
+#include "qxdesk/screens/objects/host_object.h"
 #include "qxdesk/screens/user/user_actions.h"
-#include "qxframework/automation/bstr.h"
-#include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 
 #include <string>
@@ -13,8 +12,7 @@
 namespace qx::screens {
 namespace {
 
-std::u16string textOf(BSTR text) { return std::u16string(viewOfBstr(text)); }
-
+// Not a HostObject: its operations bypass the call gate.
 class DeskUser final : public ComObject<desk::IDeskUser> {
  public:
   explicit DeskUser(std::shared_ptr<Client> client) : client_(std::move(client)) {}
@@ -27,6 +25,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
       if (uid == nullptr) return E_POINTER;
       *uid = nullptr;
       const auto form = user.openForm(viewOfBstr(typeEx));
+      // A veto is no error; the null UID shows it.
       return form == nullptr ? S_OK : giveText(form->uid(), uid);
     });
   }
@@ -63,6 +62,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   }
   HRESULT KeyDown(BSTR form, BSTR item, long key, VARIANT_BOOL* done) override {
     return act(done, [&](UserActions& user) {
+      // Not truncated: another key would be pressed instead.
       if (key < 1 || key > 0xFFFF) raiseError(E_INVALIDARG);
       return user.key({textOf(form), textOf(item)}, static_cast<char16_t>(key));
     });
@@ -106,6 +106,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
 
   HRESULT ChangeLanguage(long language) override {
     return play([&](UserActions& user) {
+      // The numbers of the languages have gaps, so a cast would accept what is none.
       const HvLanguages known = desk::languageFromText(toUtf16(std::to_string(language)));
       if (known == 0) return E_INVALIDARG;
       user.changeLanguage(known);
@@ -126,6 +127,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
     return play([](UserActions& user) { return user.serverTermination(), S_OK; });
   }
 
+  // The operations from here on raise no events, so no handler of an add-on runs in them.
   HRESULT QueueAnswer(long button) override {
     return guarded([&] {
       if (button < 1 || button > 3) return E_INVALIDARG;
@@ -174,13 +176,15 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   }
 
  private:
-  /// The last reference to this object may go while the user acts.
+  // Runs an action. Holds this object meanwhile: a handler of an event may release the last
+  // reference to it.
   template <class Body>
   HRESULT play(Body&& body) {
     const CComPtr<desk::IDeskUser> self(this);
     UserActions user(desk());
     return guarded([&] { return body(user); });
   }
+  // Does the same for an action that can be vetoed.
   template <class Body>
   HRESULT act(VARIANT_BOOL* done, Body&& body) {
     return play([&](UserActions& user) -> HRESULT {
@@ -203,6 +207,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
 HRESULT DeskUser::SetBoxAnswerer(desk::IBoxAnswerer* answerer) {
   return guarded([&] {
     if (answerer == nullptr) return desk().boxes.setAnswerer(nullptr);
+    // The desk keeps the answerer until another one is set.
     const CComPtr<desk::IBoxAnswerer> held(answerer);
     desk().boxes.setAnswerer([held](const MessageBoxCall& box) -> std::optional<long> {
       long button = 0;
@@ -216,7 +221,7 @@ HRESULT DeskUser::SetBoxAnswerer(desk::IBoxAnswerer* answerer) {
 }  // namespace
 
 CComPtr<desk::IDeskUser> makeDeskUser(std::shared_ptr<Client> client) {
-  return CComPtr<desk::IDeskUser>(makeObject<DeskUser>(std::move(client)).p);
+  return makeObject<DeskUser>(std::move(client));
 }
 
 }  // namespace qx::screens

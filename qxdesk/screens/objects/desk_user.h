@@ -1,5 +1,7 @@
 #pragma once
 
+// The user of the desk, as tests and demonstrations play it from outside of this library.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/com_ptr.h"
@@ -8,6 +10,7 @@
 
 namespace qx::screens {
 
+/// Returns the object that plays the user of the client.
 CComPtr<desk::IDeskUser> makeDeskUser(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

@@ -24,7 +24,7 @@ struct IdOf {
   DISPID operator()(const FormDataEvent&) const { return kFormDataEvent; }
 };
 
-/// The arguments of one call, in the order of the call's text.
+// The arguments of one call. They are added in the order in which a caller would write them.
 class Arguments {
  public:
   explicit Arguments(const Event& event) {
@@ -56,7 +56,7 @@ class Arguments {
  private:
   void add(const CComVariant& value) { values_[values_.size() - ++count_] = value; }
 
-  std::array<CComVariant, 3> values_;  // filled from the end: reverse order
+  std::array<CComVariant, 3> values_;  // filled from the end, which reverses the order
   std::size_t count_ = 0;
 };
 
@@ -67,6 +67,8 @@ bool canBeVetoed(const Event& event) {
 }  // namespace
 
 void DispatchSink::deliver(const Event& event, bool& bubble) noexcept {
+  // The sink sees the veto of the sinks before it. If it takes the veto back, the event source
+  // restores it.
   VARIANT_BOOL flag = bubble ? VARIANT_TRUE : VARIANT_FALSE;
   const HRESULT result = guarded([&]() -> HRESULT {
     Arguments arguments(event);
@@ -75,10 +77,12 @@ void DispatchSink::deliver(const Event& event, bool& bubble) noexcept {
     return sink_->Invoke(std::visit(IdOf(), event), GUID{}, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
                          &params, nullptr, nullptr, nullptr);
   });
+  // A failed call may have written the flag before it failed.
   if (result >= 0) {
     bubble = flag != VARIANT_FALSE;
   } else {
-    guarded([] { developerTrace(u"An event sink failed; its objection does not count.\n"); });
+    // Guarded, since this function must not throw and the text may need memory.
+    guarded([] { developerTrace(u"An event sink failed; its veto does not count.\n"); });
   }
 }
 

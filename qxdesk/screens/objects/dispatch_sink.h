@@ -1,7 +1,7 @@
 #pragma once
 
-// Carries the client's events to a sink of the automation kind: one dispatch call per event with
-// the arguments in reverse order, and the veto as a reference to a flag.
+// Delivers events to an add-on's sink: one dispatch call per event, with the arguments in reverse
+// order and the veto as a reference to a flag.
 
 #include "qxdesk/screens/model/event_source.h"
 #include "qxframework/automation/com_ptr.h"
@@ -13,7 +13,7 @@ namespace qx::screens {
 class DispatchSink final : public EventSink {
  public:
   explicit DispatchSink(CComPtr<IDispatch> sink) : sink_(std::move(sink)) {}
-  /// A sink that fails or throws has not objected.
+  /// A sink that fails or throws does not veto.
   void deliver(const Event& event, bool& bubble) noexcept override;
 
  private:

@@ -10,6 +10,8 @@
 namespace qx::screens {
 namespace {
 
+// Unlike a HostObject, an argument holds no client: an add-on that keeps one does not keep the
+// client alive.
 template <class Out>
 HRESULT giveValue(Out value, Out* out) {
   return desk::hostCall([&]() -> HRESULT {
@@ -74,12 +76,13 @@ class BusinessObjectArgument final : public EventArgument<IBusinessObjectInfo, F
   HRESULT raw_GetBeforeAction(VARIANT_BOOL* out) override { return giveFlag(event_.before, out); }
 };
 
+// These events have an object as argument, but it has nothing to say.
 class PlainArgument final : public ComObject<NoDispatch<IDispatch>> {};
 
 struct Maker {
   template <class Argument, class Data>
   static CComPtr<IDispatch> make(const Data& event) {
-    return CComPtr<IDispatch>(makeObject<Argument>(event).p);
+    return makeObject<Argument>(event);
   }
   CComPtr<IDispatch> operator()(const ItemEvent& event) const {
     return make<ItemEventArgument>(event);
@@ -97,7 +100,7 @@ struct Maker {
   CComPtr<IDispatch> operator()(const StatusBarEvent&) const { return nullptr; }
   template <class Other>
   CComPtr<IDispatch> operator()(const Other&) const {
-    return CComPtr<IDispatch>(makeObject<PlainArgument>().p);
+    return makeObject<PlainArgument>();
   }
 };
 

@@ -1,14 +1,16 @@
 #pragma once
 
+// The objects that describe events to the sinks of add-ons.
+
 #include "qxdesk/screens/model/desk_events.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/types.h"
 
 namespace qx::screens {
 
-/// The object that tells a sink of the event: IItemEvent, IMenuEvent, IContextMenuInfo,
-/// IBusinessObjectInfo, or for progress bar, print and report events a plain IDispatch. Null for
-/// an event whose arguments are values. It is a copy: it stays true when the client goes on.
+/// Returns the object that describes the event to a sink: IItemEvent, IMenuEvent, IContextMenuInfo
+/// or IBusinessObjectInfo; a plain IDispatch for progress bar, print and report events. Returns
+/// null for an event whose arguments are values. The object is a copy, so a sink may keep it.
 CComPtr<IDispatch> makeEventArgument(const Event& event);
 
 }  // namespace qx::screens

@@ -12,10 +12,9 @@
 namespace qx::screens {
 namespace {
 
-class FormObject final : public HostObject<IForm> {
+class FormObject final : public LinkedObject<IForm, FormLink> {
  public:
-  FormObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form)
-      : HostObject(std::move(client)), link_(form) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_GetUniqueID(BSTR* out) override {
     return giveString(out, [&] { return form()->uid(); });
@@ -29,15 +28,23 @@ class FormObject final : public HostObject<IForm> {
   HRESULT raw_Freeze(VARIANT_BOOL freeze) override {
     return run([&] { form()->freeze(freeze != VARIANT_FALSE); });
   }
+  // There is nothing to draw; tests ask for the count.
   HRESULT raw_Update() override {
     return run([&] { ++form()->updates; });
   }
   HRESULT raw_GetItems(IItems** out) override {
-    return giveNew(out, [&] { return makeItems(clientPtr(), form()); });
+    return giveNew(out, [&] {
+      form();  // throws if the form is closed
+      return makeItems(clientPtr(), link());
+    });
   }
   HRESULT raw_GetDataSources(IDataSources** out) override {
-    return giveNew(out, [&] { return makeDataSources(clientPtr(), form()); });
+    return giveNew(out, [&] {
+      form();
+      return makeDataSources(clientPtr(), link());
+    });
   }
+  // S_OK also if the form closes after the event that is being handled: no veto is known by then.
   HRESULT raw_Close() override {
     return run([&] { return outcome(desk().forms.close(form())); });
   }
@@ -53,6 +60,7 @@ class FormObject final : public HostObject<IForm> {
   HRESULT raw_GetMode(long* out) override {
     return give(out, [&] { return form()->mode(); });
   }
+  // No event and no saving goes with a mode that an add-on sets.
   HRESULT raw_PutMode(long mode) override {
     return run([&] { form()->setMode(mode); });
   }
@@ -83,6 +91,7 @@ class FormObject final : public HostObject<IForm> {
   HRESULT raw_GetClientHeight(long* out) override {
     return give(out, [&] { return form()->clientHeight(); });
   }
+  // The frame has a fixed size, so the inner size sets the outer one.
   HRESULT raw_PutClientHeight(long height) override {
     return run([&] { form()->setHeight(height + kFrameHeight); });
   }
@@ -92,11 +101,6 @@ class FormObject final : public HostObject<IForm> {
   HRESULT raw_PutClientWidth(long width) override {
     return run([&] { form()->setWidth(width + kFrameWidth); });
   }
-
- private:
-  std::shared_ptr<FormModel> form() const { return link_.form(); }
-
-  FormLink link_;
 };
 
 class FormsObject final : public HostObject<IForms> {
@@ -107,17 +111,14 @@ class FormsObject final : public HostObject<IForms> {
     return give(out, [&] { return desk().forms.all().size(); });
   }
   HRESULT raw_Item(const VARIANT& index, IForm** out) override {
-    return giveNew(out, [&] {
-      const EntryName name = entryNameOf(index);
-      return object(
-          findEntry(desk().forms.all(), name, [](const auto& form) { return form.uid(); }));
-    });
+    return giveNew(out, [&] { return object(entryOf(desk().forms.all(), index, kFormNotFound)); });
   }
   HRESULT raw_GetFormByUID(BSTR uid, IForm** out) override {
     return giveNew(out, [&] { return object(desk().forms.find(viewOfBstr(uid))); });
   }
   HRESULT raw_GetFormByTypeAndCount(long type, long count, IForm** out) override {
     return giveNew(out, [&] {
+      // Types are texts; this operation reaches only those that are numbers.
       return object(desk().forms.byTypeAndCount(toUtf16(std::to_string(type)), count));
     });
   }
@@ -126,16 +127,17 @@ class FormsObject final : public HostObject<IForms> {
   }
 
  private:
+  // Throws kFormNotFound for null: unlike a menu entry, a missing form is an error.
   CComPtr<IForm> object(const std::shared_ptr<FormModel>& form) const {
     if (form == nullptr) raiseError(kFormNotFound);
-    return CComPtr<IForm>(makeObject<FormObject>(clientPtr(), form).p);
+    return makeObject<FormObject>(clientPtr(), FormLink(form));
   }
 };
 
 }  // namespace
 
 CComPtr<IForms> makeForms(std::shared_ptr<Client> client) {
-  return CComPtr<IForms>(makeObject<FormsObject>(std::move(client)).p);
+  return makeObject<FormsObject>(std::move(client));
 }
 
 }  // namespace qx::screens

@@ -15,7 +15,7 @@
 namespace qx::screens {
 namespace {
 
-/// Which of the running clients to give: always the connected one.
+// The only accepted argument of GetApplication: the client of this connection.
 constexpr long kConnectedClient = -1;
 
 void explain(const std::exception& error) {
@@ -24,9 +24,9 @@ void explain(const std::exception& error) {
 
 class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
  public:
-  GuiApi() : WithTypeInfo(nullptr) {}
+  GuiApi() : WithTypeInfo(nullptr) {}  // the client is known after Connect
 
-  /// The code of a string that makes no sense comes as the out value: a refusal, not a failure.
+  // Writes 0 or the code of the refusal to `out`. The call itself succeeds in both cases.
   HRESULT raw_Connect(BSTR connection, long* out) override {
     return give(out, [&] { return connect(viewOfBstr(connection)); });
   }
@@ -37,7 +37,7 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
       return makeApplication(connected_);
     });
   }
-  /// Any text is accepted: who may attach is no question here.
+  // Accepts any text: this host admits every add-on.
   HRESULT raw_PutAddOnIdentifier(BSTR identifier) override {
     return run([&] { identifier_ = viewOfBstr(identifier); });
   }
@@ -50,7 +50,7 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
     } catch (const desk::ConnectionStringError& error) {
       explain(error);
     } catch (const PlayScriptError& error) {
-      // Whoever wrote the script sits in front of this program.
+      // The author of the script runs this program and may not have the trace switched on.
       std::cerr << error.what() << std::endl;
       explain(error);
     }
@@ -63,6 +63,6 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
 
 }  // namespace
 
-CComPtr<IHalvexGuiApi> makeGuiApi() { return CComPtr<IHalvexGuiApi>(makeObject<GuiApi>().p); }
+CComPtr<IHalvexGuiApi> makeGuiApi() { return makeObject<GuiApi>(); }
 
 }  // namespace qx::screens

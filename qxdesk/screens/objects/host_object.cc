@@ -8,6 +8,7 @@ EntryName entryNameOf(const VARIANT& name) {
     out.uid = viewOfBstr(name.bstrVal);
     return out;
   }
+  // A double or a boolean would convert as well, but is a mistake of the add-on.
   CComVariant number;
   const bool isNumber = name.vt == VT_I2 || name.vt == VT_I4 || name.vt == VT_INT ||
                         name.vt == VT_UI2 || name.vt == VT_UI4 || name.vt == VT_UINT ||

@@ -3,7 +3,6 @@
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxdesk/screens/objects/control_objects.h"
 #include "qxdesk/screens/objects/host_object.h"
-#include "qxdesk/screens/objects/links.h"
 #include "qxdesk/screens/user/user_actions.h"
 
 #include <utility>
@@ -11,143 +10,122 @@
 namespace qx::screens {
 namespace {
 
-class ItemObject final : public HostObject<IItem> {
+class ItemObject final : public LinkedObject<IItem, ItemLink> {
  public:
-  ItemObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form,
-             const std::shared_ptr<ItemModel>& item)
-      : HostObject(std::move(client)), link_(form, item) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_GetUniqueID(BSTR* out) override {
-    return giveString(out, [&] { return link_.item()->uid; });
+    return giveString(out, [&] { return item()->uid; });
   }
   HRESULT raw_GetType(long* out) override {
-    return give(out, [&] { return link_.item()->type; });
+    return give(out, [&] { return item()->type; });
   }
   HRESULT raw_GetSpecific(IDispatch** out) override {
-    return giveNew(out, [&] {
-      const auto item = link_.item();
-      return makeControl(clientPtr(), link_.form(), item);
-    });
+    return giveNew(out, [&] { return makeControl(clientPtr(), link()); });
   }
   HRESULT raw_Click(long mode) override {
     return run([&]() -> HRESULT {
       if (mode != 0) return E_INVALIDARG;
-      const auto item = link_.item();
-      return outcome(UserActions(desk(), Hand::kAddOn).click({link_.form()->uid(), item->uid}));
+      // By ids, which the action resolves itself: its events may close the form.
+      const Spot spot{form()->uid(), item()->uid};
+      return outcome(UserActions(desk(), Actor::kAddOn).click(spot));
     });
   }
   HRESULT raw_GetVisible(VARIANT_BOOL* out) override {
-    return giveFlag(out, [&] { return link_.item()->visible; });
+    return giveFlag(out, [&] { return item()->visible; });
   }
+  // An item that is hidden or disabled keeps the focus until the user acts on another one.
   HRESULT raw_PutVisible(VARIANT_BOOL visible) override {
-    return run([&] { link_.item()->visible = visible != VARIANT_FALSE; });
+    return run([&] { item()->visible = visible != VARIANT_FALSE; });
   }
   HRESULT raw_GetEnabled(VARIANT_BOOL* out) override {
-    return giveFlag(out, [&] { return link_.item()->enabled; });
+    return giveFlag(out, [&] { return item()->enabled; });
   }
   HRESULT raw_PutEnabled(VARIANT_BOOL enabled) override {
-    return run([&] { link_.item()->enabled = enabled != VARIANT_FALSE; });
+    return run([&] { item()->enabled = enabled != VARIANT_FALSE; });
   }
-
- private:
-  ItemLink link_;
 };
 
-class ItemsObject final : public HostObject<IItems> {
+class ItemsObject final : public LinkedObject<IItems, FormLink> {
  public:
-  ItemsObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form)
-      : HostObject(std::move(client)), link_(form) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_Count(long* out) override {
-    return give(out, [&] { return link_.form()->items().size(); });
+    return give(out, [&] { return form()->items().size(); });
   }
   HRESULT raw_Item(const VARIANT& uid, IItem** out) override {
     return giveNew(out, [&] {
-      const auto form = link_.form();
-      const auto item = findEntry(form->items(), entryNameOf(uid),
-                                  [](const ItemModel& each) { return each.uid; });
-      if (item == nullptr) raiseError(kInvalidItem);
-      return CComPtr<IItem>(makeObject<ItemObject>(clientPtr(), form, item).p);
+      const auto found = entryOf(form()->items(), uid, kInvalidItem);
+      return makeObject<ItemObject>(clientPtr(), ItemLink(link(), found));
     });
   }
-
- private:
-  FormLink link_;
 };
 
-class UserDataSourceObject final : public HostObject<IUserDataSource> {
+class SourceLink : public FormLink {
  public:
-  UserDataSourceObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form,
-                       const std::shared_ptr<UserDataSource>& source)
-      : HostObject(std::move(client)), link_(form), source_(source) {}
-
-  HRESULT raw_GetValue(BSTR* out) override {
-    return giveString(out, [&] { return source()->value(); });
-  }
-  HRESULT raw_PutValue(BSTR value) override {
-    return run([&] { source()->setValue(viewOfBstr(value)); });
-  }
-
- private:
+  SourceLink(const FormLink& form, const std::shared_ptr<UserDataSource>& source)
+      : FormLink(form), source_(source) {}
+  // Returns the data source. Throws as form() does.
   std::shared_ptr<UserDataSource> source() const {
-    link_.form();
+    form();
+    // A form keeps its sources as long as it is open, so this is only a safeguard.
     auto source = source_.lock();
     if (source == nullptr) raiseError(kNotAUserDataSource);
     return source;
   }
 
-  FormLink link_;
+ private:
   std::weak_ptr<UserDataSource> source_;
 };
 
-class UserDataSourcesObject final : public HostObject<IUserDataSources> {
+class UserDataSourceObject final : public LinkedObject<IUserDataSource, SourceLink> {
  public:
-  UserDataSourcesObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form)
-      : HostObject(std::move(client)), link_(form) {}
+  using LinkedObject::LinkedObject;
+
+  HRESULT raw_GetValue(BSTR* out) override {
+    return giveString(out, [&] { return link().source()->value(); });
+  }
+  // All controls that are bound to the source show the value at once.
+  HRESULT raw_PutValue(BSTR value) override {
+    return run([&] { link().source()->setValue(viewOfBstr(value)); });
+  }
+};
+
+class UserDataSourcesObject final : public LinkedObject<IUserDataSources, FormLink> {
+ public:
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_Count(long* out) override {
-    return give(out, [&] { return link_.form()->sources().size(); });
+    return give(out, [&] { return form()->sources().size(); });
   }
   HRESULT raw_Item(const VARIANT& uid, IUserDataSource** out) override {
     return giveNew(out, [&] {
-      const auto form = link_.form();
-      const auto source = findEntry(form->sources(), entryNameOf(uid),
-                                    [](const UserDataSource& each) { return each.uid(); });
-      if (source == nullptr) raiseError(kNotAUserDataSource);
-      return CComPtr<IUserDataSource>(
-          makeObject<UserDataSourceObject>(clientPtr(), form, source).p);
+      const auto source = entryOf(form()->sources(), uid, kNotAUserDataSource);
+      return makeObject<UserDataSourceObject>(clientPtr(), SourceLink(link(), source));
     });
   }
-
- private:
-  FormLink link_;
 };
 
-class DataSourcesObject final : public HostObject<IDataSources> {
+class DataSourcesObject final : public LinkedObject<IDataSources, FormLink> {
  public:
-  DataSourcesObject(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form)
-      : HostObject(std::move(client)), link_(form) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_GetUserDataSources(IUserDataSources** out) override {
     return giveNew(out, [&] {
-      return CComPtr<IUserDataSources>(
-          makeObject<UserDataSourcesObject>(clientPtr(), link_.form()).p);
+      form();  // throws if the form is closed
+      return makeObject<UserDataSourcesObject>(clientPtr(), link());
     });
   }
-
- private:
-  FormLink link_;
 };
 
 }  // namespace
 
-CComPtr<IItems> makeItems(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form) {
-  return CComPtr<IItems>(makeObject<ItemsObject>(std::move(client), form).p);
+CComPtr<IItems> makeItems(std::shared_ptr<Client> client, const FormLink& link) {
+  return makeObject<ItemsObject>(std::move(client), link);
 }
 
-CComPtr<IDataSources> makeDataSources(std::shared_ptr<Client> client,
-                                      const std::shared_ptr<FormModel>& form) {
-  return CComPtr<IDataSources>(makeObject<DataSourcesObject>(std::move(client), form).p);
+CComPtr<IDataSources> makeDataSources(std::shared_ptr<Client> client, const FormLink& link) {
+  return makeObject<DataSourcesObject>(std::move(client), link);
 }
 
 }  // namespace qx::screens

@@ -1,6 +1,9 @@
 #pragma once
 
+// The items and the data sources of a form.
+
 #include "qxdesk/screens/objects/client.h"
+#include "qxdesk/screens/objects/links.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/form.h"
 
@@ -8,8 +11,9 @@
 
 namespace qx::screens {
 
-CComPtr<IItems> makeItems(std::shared_ptr<Client> client, const std::shared_ptr<FormModel>& form);
-CComPtr<IDataSources> makeDataSources(std::shared_ptr<Client> client,
-                                      const std::shared_ptr<FormModel>& form);
+/// Returns the items of a form.
+CComPtr<IItems> makeItems(std::shared_ptr<Client> client, const FormLink& link);
+/// Returns the data sources of a form.
+CComPtr<IDataSources> makeDataSources(std::shared_ptr<Client> client, const FormLink& link);
 
 }  // namespace qx::screens

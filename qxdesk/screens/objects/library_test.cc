@@ -1,4 +1,4 @@
-// The shared object from outside: what it exports and its version block.
+// The shared object from outside: its exports and its version block.
 
 #include "qxdesk/screens/objects/test_support.h"
 #include "qxframework/automation/class_object.h"
@@ -16,6 +16,7 @@ class Library : public testing::Test {
   template <class Interface>
   HRESULT create(REFCLSID clsid, Interface** out) {
     const auto entry = reinterpret_cast<Entry>(dlsym(library_, "DllGetClassObject"));
+    if (entry == nullptr) return E_FAIL;
     CComPtr<IClassFactory> factory;
     const HRESULT result = entry(clsid, IClassFactory::kIid, reinterpret_cast<void**>(&factory.p));
     if (result < 0) return result;
@@ -25,7 +26,7 @@ class Library : public testing::Test {
   void* library_ = dlopen(QX_DESK_LIBRARY, RTLD_NOW | RTLD_LOCAL);
 };
 
-TEST_F(Library, GivesTheEntryObjectAndTheGate) {
+TEST_F(Library, MakesTheEntryObjectAndTheGate) {
   ASSERT_NE(library_, nullptr) << dlerror();
   CComPtr<IHalvexGuiApi> api;
   ASSERT_EQ(create(CLSID_HalvexGuiApi, &api), S_OK);
@@ -39,11 +40,13 @@ TEST_F(Library, GivesTheEntryObjectAndTheGate) {
   EXPECT_EQ(create(CLSID_HalvexCompany, &none), CLASS_E_CLASSNOTAVAILABLE);
 }
 
-TEST_F(Library, ExportsNothingButItsEntry) {
+TEST_F(Library, ExportsOnlyItsEntry) {
+  ASSERT_NE(library_, nullptr) << dlerror();
+  EXPECT_NE(dlsym(library_, "DllGetClassObject"), nullptr);
   EXPECT_EQ(dlsym(library_, "_ZN2qx7screens10makeGuiApiEv"), nullptr);
 }
 
-TEST_F(Library, BearsTheVersionOfTheClient) {
+TEST_F(Library, HasTheVersionOfTheHost) {
   const auto block = VersionBlock::ofFile(QX_DESK_LIBRARY);
   ASSERT_TRUE(block.has_value());
   EXPECT_EQ(block->query(u"InternalName")->text, u"HalvexUICOM.dll");

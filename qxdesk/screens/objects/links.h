@@ -1,7 +1,7 @@
 #pragma once
 
-// How the objects of a form refer to what they show: weakly, so that a form that has been closed or
-// an item that has been removed shows as an error and nothing else.
+// The references of an add-on's objects to the parts of a form. They are weak: a form that has been
+// closed and an item that has been removed answer with an error.
 
 #include "qxdesk/screens/model/form_model.h"
 #include "qxdesk/screens/model/ui_codes.h"
@@ -14,7 +14,7 @@ namespace qx::screens {
 class FormLink {
  public:
   explicit FormLink(const std::shared_ptr<FormModel>& form) : form_(form) {}
-  /// Raises kInvalidForm when it is no longer open.
+  /// Returns the form. Throws kInvalidForm if it is no longer open.
   std::shared_ptr<FormModel> form() const {
     auto form = form_.lock();
     if (form == nullptr || !form->isOpen()) raiseError(kInvalidForm);
@@ -27,9 +27,10 @@ class FormLink {
 
 class ItemLink : public FormLink {
  public:
-  ItemLink(const std::shared_ptr<FormModel>& form, const std::shared_ptr<ItemModel>& item)
+  ItemLink(const FormLink& form, const std::shared_ptr<ItemModel>& item)
       : FormLink(form), item_(item) {}
-  /// Raises kInvalidForm, and kInvalidItem when it is no longer on the form.
+  /// Returns the item. Throws kInvalidForm as form() does, and kInvalidItem if the item is no
+  /// longer on the form.
   std::shared_ptr<ItemModel> item() const {
     const auto owner = form();
     auto item = item_.lock();

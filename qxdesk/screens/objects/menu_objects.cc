@@ -8,12 +8,14 @@
 namespace qx::screens {
 namespace {
 
-/// The entry that an object shows; raises kInvalidMenuItem when it has been removed.
+// A weak reference to an entry.
 class EntryLink {
  public:
   explicit EntryLink(const std::shared_ptr<MenuEntry>& entry) : entry_(entry) {}
-  std::shared_ptr<MenuEntry> get() const {
+  // Returns the entry. Throws kInvalidMenuItem if it has been removed.
+  std::shared_ptr<MenuEntry> entry() const {
     auto entry = entry_.lock();
+    // A removed entry may still be held; it has no father. The root has none either.
     const bool isRoot = entry != nullptr && entry->uid().empty();
     if (entry == nullptr || (!isRoot && entry->father() == nullptr)) raiseError(kInvalidMenuItem);
     return entry;
@@ -23,10 +25,9 @@ class EntryLink {
   std::weak_ptr<MenuEntry> entry_;
 };
 
-class MenuItemObject final : public HostObject<IMenuItem> {
+class MenuItemObject final : public LinkedObject<IMenuItem, EntryLink> {
  public:
-  MenuItemObject(std::shared_ptr<Client> client, const std::shared_ptr<MenuEntry>& entry)
-      : HostObject(std::move(client)), entry_(entry) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_GetUID(BSTR* out) override {
     return giveString(out, [&] { return entry()->uid(); });
@@ -52,25 +53,22 @@ class MenuItemObject final : public HostObject<IMenuItem> {
   HRESULT raw_PutEnabled(VARIANT_BOOL enabled) override {
     return run([&] { entry()->properties().enabled = enabled != VARIANT_FALSE; });
   }
-  std::shared_ptr<MenuEntry> entry() const { return entry_.get(); }
-
- private:
-  EntryLink entry_;
+  std::shared_ptr<MenuEntry> entry() const { return link().entry(); }
 };
 
+// Returns null for null: a miss is no error in the host's menus.
 CComPtr<IMenuItem> makeMenuItem(const std::shared_ptr<Client>& client,
                                 const std::shared_ptr<MenuEntry>& entry) {
   if (entry == nullptr) return nullptr;
-  return CComPtr<IMenuItem>(makeObject<MenuItemObject>(client, entry).p);
+  return makeObject<MenuItemObject>(client, EntryLink(entry));
 }
 
-class MenusObject final : public HostObject<IMenus> {
+class MenusObject final : public LinkedObject<IMenus, EntryLink> {
  public:
-  MenusObject(std::shared_ptr<Client> client, const std::shared_ptr<MenuEntry>& father)
-      : HostObject(std::move(client)), father_(father) {}
+  using LinkedObject::LinkedObject;
 
   HRESULT raw_Count(long* out) override {
-    return give(out, [&] { return father_.get()->children().size(); });
+    return give(out, [&] { return father()->children().size(); });
   }
   HRESULT raw_Item(const VARIANT& uid, IMenuItem** out) override {
     return giveNew(out, [&] { return makeMenuItem(clientPtr(), find(entryNameOf(uid))); });
@@ -82,40 +80,39 @@ class MenusObject final : public HostObject<IMenus> {
       properties.text = viewOfBstr(text);
       properties.type = type;
       return makeMenuItem(clientPtr(),
-                          desk().menus.add(*father_.get(), std::move(properties), position));
+                          desk().menus.add(*father(), std::move(properties), position));
     });
   }
   HRESULT raw_Remove(IMenuItem* item) override {
     return run([&]() -> HRESULT {
       if (item == nullptr) return E_POINTER;
+      // An item that is not of this host cannot be in its tree.
       const auto* object = dynamic_cast<MenuItemObject*>(item);
       if (object == nullptr) return E_INVALIDARG;
       const auto entry = object->entry();
-      if (!entry->isBelow(*father_.get())) return kInvalidMenuItem;
+      if (!entry->isBelow(*father())) return kInvalidMenuItem;
       desk().menus.remove(*entry);
       return S_OK;
     });
   }
 
  private:
+  std::shared_ptr<MenuEntry> father() const { return link().entry(); }
+  // Returns the entry, or null. An index counts the father's own entries, while a UID is found at
+  // any depth under the father.
   std::shared_ptr<MenuEntry> find(const EntryName& name) const {
-    const auto father = father_.get();
-    if (name.byIndex) {
-      return findEntry(father->children(), name,
-                       [](const MenuEntry& entry) { return entry.uid(); });
-    }
+    const auto owner = father();
+    if (name.byIndex) return findEntry(owner->children(), name);
     const auto entry = name.uid.empty() ? nullptr : desk().menus.find(name.uid);
-    return entry != nullptr && entry->isBelow(*father) ? entry : nullptr;
+    return entry != nullptr && entry->isBelow(*owner) ? entry : nullptr;
   }
-
-  EntryLink father_;
 };
 
 }  // namespace
 
 CComPtr<IMenus> makeMenus(std::shared_ptr<Client> client,
                           const std::shared_ptr<MenuEntry>& father) {
-  return CComPtr<IMenus>(makeObject<MenusObject>(std::move(client), father).p);
+  return makeObject<MenusObject>(std::move(client), EntryLink(father));
 }
 
 }  // namespace qx::screens

@@ -1,5 +1,7 @@
 #pragma once
 
+// The menus and their entries.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/menu.h"
@@ -8,7 +10,7 @@
 
 namespace qx::screens {
 
-/// The entries below `father`.
+/// Returns the entries under `father`.
 CComPtr<IMenus> makeMenus(std::shared_ptr<Client> client, const std::shared_ptr<MenuEntry>& father);
 
 }  // namespace qx::screens

@@ -1,16 +1,15 @@
-// The objects of menus, forms, items and controls as an add-on meets them.
+// The objects of menus, forms, items and controls as an add-on sees them.
 
 #include "qxdesk/screens/objects/test_support.h"
 
 namespace qx::screens {
 namespace {
 
-using Log = std::vector<std::string>;
 using MenuObjects = EmbeddedTest;
 using FormObjects = EmbeddedTest;
 using ControlObjects = EmbeddedTest;
 
-TEST_F(MenuObjects, FindEntriesAtAnyDepthAndGiveNullForAMiss) {
+TEST_F(MenuObjects, FindEntriesAtAnyDepthAndReturnNullForAMiss) {
   const auto menus = app_->GetMenus();
   EXPECT_EQ(menus->Count(), 4);
   EXPECT_EQ(utf8(menus->Item(u"3001")->GetString()), "Sales Order");
@@ -40,7 +39,7 @@ TEST_F(MenuObjects, AddEntriesAndRemoveThem) {
   EXPECT_EQ(raisedBy([&] { below->Remove(nullptr); }), E_POINTER);
 }
 
-TEST_F(MenuObjects, RemoveOnlyWhatStandsBelowAndIsNotTheClients) {
+TEST_F(MenuObjects, RemoveOnlyAddOnEntriesFromTheirOwnMenu) {
   const auto menus = app_->GetMenus();
   const auto sales = menus->Item(u"3000")->GetSubMenus();
   const auto mine = menus->Item(u"43523")->GetSubMenus()->Add(u"MN1", u"x", mt_String, -1);
@@ -99,7 +98,7 @@ TEST_F(FormObjects, CountFreezesAndUpdates) {
   EXPECT_EQ(updates, 1);
 }
 
-TEST_F(FormObjects, RefuseEverythingWhenTheFormIsClosed) {
+TEST_F(FormObjects, RefuseEveryCallAfterTheFormIsClosed) {
   const auto form = openOrder();
   const auto items = form->GetItems();
   const auto edit = control<IEditText>(form, u"4");
@@ -110,7 +109,7 @@ TEST_F(FormObjects, RefuseEverythingWhenTheFormIsClosed) {
   EXPECT_EQ(raisedBy([&] { edit->GetString(); }), kInvalidForm);
 }
 
-TEST_F(FormObjects, SayWhenAVetoKeepsTheFormOpen) {
+TEST_F(FormObjects, ReturnFalseFromAVetoedClose) {
   const auto form = openOrder();
   listen([](const std::string& words, VARIANT_BOOL* veto) {
     if (words.starts_with("100(F_1, before 20 ")) *veto = VARIANT_FALSE;
@@ -120,7 +119,7 @@ TEST_F(FormObjects, SayWhenAVetoKeepsTheFormOpen) {
   EXPECT_EQ(utf8(form->GetUniqueID()), "F_1");
 }
 
-TEST_F(FormObjects, CloseAfterTheirOwnEvent) {
+TEST_F(FormObjects, CloseAfterTheEventInWhichTheyAreClosed) {
   const auto form = openOrder();
   const auto sink = listen([&](const std::string& words, VARIANT_BOOL*) {
     if (words != "100(F_1, after 1 3101 F_1.2..0.0, -1)") return S_OK;
@@ -145,7 +144,7 @@ TEST_F(FormObjects, ShowAndSelect) {
   EXPECT_EQ(order->GetSelected(), VARIANT_TRUE);
 }
 
-TEST_F(ControlObjects, AreAskedForTheirOwnInterfaceAlone) {
+TEST_F(ControlObjects, HaveOnlyTheInterfaceOfTheirType) {
   const auto form = openOrder();
   const auto button = form->GetItems()->Item(u"1")->GetSpecific();
   EXPECT_NE(CComQIPtr<IButton>(button), nullptr);
@@ -180,6 +179,7 @@ TEST_F(ControlObjects, PressAButtonWhenItsItemIsClicked) {
   const auto form = openOrder();
   const auto sink = listen();
   EXPECT_EQ(form->GetItems()->Item(u"2")->Click(0), S_OK);
+  ASSERT_GT(sink->log.size(), 2U);
   EXPECT_EQ(sink->log[2], "100(F_1, before 1 3101 F_1.2..0.0, -1)");
   EXPECT_EQ(raisedBy([&] { form->GetUniqueID(); }), kInvalidForm);
 }

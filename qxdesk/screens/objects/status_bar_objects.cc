@@ -7,14 +7,14 @@
 namespace qx::screens {
 namespace {
 
-/// Holds the progress bar: releasing the last reference frees it.
+// Holds the progress bar. The last release frees it, as Stop does.
 class ProgressBarObject final : public HostObject<IProgressBar> {
  public:
   ProgressBarObject(std::shared_ptr<Client> client, std::shared_ptr<Progress> progress)
       : HostObject(std::move(client)), progress_(std::move(progress)) {}
 
   HRESULT raw_PutText(BSTR text) override {
-    return run([&] { progress_->setText(std::u16string(viewOfBstr(text))); });
+    return run([&] { progress_->setText(textOf(text)); });
   }
   HRESULT raw_PutValue(long value) override {
     return run([&] { progress_->setValue(value); });
@@ -37,16 +37,16 @@ class StatusBarObject final : public HostObject<IStatusBar> {
   HRESULT raw_CreateProgressBar(BSTR text, long maximum, VARIANT_BOOL stoppable,
                                 IProgressBar** out) override {
     return giveNew(out, [&] {
-      auto progress = desk().statusBar.createProgress(std::u16string(viewOfBstr(text)), maximum,
-                                                      stoppable != VARIANT_FALSE);
-      return CComPtr<IProgressBar>(
-          makeObject<ProgressBarObject>(clientPtr(), std::move(progress)).p);
+      auto progress =
+          desk().statusBar.createProgress(textOf(text), maximum, stoppable != VARIANT_FALSE);
+      return makeObject<ProgressBarObject>(clientPtr(), std::move(progress));
     });
   }
   HRESULT raw_SetText(BSTR text, long displayTime, HvStatusBarMessageType type) override {
     return run([&]() -> HRESULT {
       if (type < smt_None || type > smt_Info) return E_INVALIDARG;
-      desk().statusBar.show({std::u16string(viewOfBstr(text)), type, displayTime});
+      // Without the event of a status message: that one is for messages of the host itself.
+      desk().statusBar.show({textOf(text), type, displayTime});
       return S_OK;
     });
   }
@@ -55,7 +55,7 @@ class StatusBarObject final : public HostObject<IStatusBar> {
 }  // namespace
 
 CComPtr<IStatusBar> makeStatusBar(std::shared_ptr<Client> client) {
-  return CComPtr<IStatusBar>(makeObject<StatusBarObject>(std::move(client)).p);
+  return makeObject<StatusBarObject>(std::move(client));
 }
 
 }  // namespace qx::screens

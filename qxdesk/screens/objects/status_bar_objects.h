@@ -1,5 +1,7 @@
 #pragma once
 
+// The status bar, and the progress bar in it.
+
 #include "qxdesk/screens/objects/client.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/application.h"
@@ -8,6 +10,7 @@
 
 namespace qx::screens {
 
+/// Returns the status bar.
 CComPtr<IStatusBar> makeStatusBar(std::shared_ptr<Client> client);
 
 }  // namespace qx::screens

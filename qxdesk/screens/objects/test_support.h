@@ -1,36 +1,33 @@
 #pragma once
 
-// A connected client and a sink of the automation kind for tests of the binding.
+// A connected client and a sink as an add-on has it, for tests of the objects.
 
+#include "qxdesk/screens/model/test_support.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxdesk/screens/objects/gui_api.h"
 #include "qxdesk/screens/user/user.h"
 #include "qxdesk/session/call_gate.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/connection_point.h"
-#include "qxframework/automation/text.h"
 #include "qxframework/host/application.h"
 #include "qxframework/host/controls.h"
 #include "qxframework/host/events.h"
-#include "testing/raised_by.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace qx::screens {
 
-using test::raisedBy;
-
 inline std::string utf8(const CComBSTR& text) { return toUtf8(text.View()); }
 
-/// Writes down every call as "id(arguments)" in the order of the call's text.
+/// Records each call as "id(arguments)", the arguments in the order in which a caller writes them.
 class AutomationSink final : public ComObject<NoDispatch<IDispatch>> {
  public:
-  /// Gets the words and the veto, null for an event that has none; gives the result of the call.
+  /// Gets the words of the call and its veto, null for an event without one. Returns the result of
+  /// the call.
   using Handler = std::function<HRESULT(const std::string& words, VARIANT_BOOL* veto)>;
 
   explicit AutomationSink(Handler handler = nullptr) : handler_(std::move(handler)) {}
@@ -53,7 +50,7 @@ class AutomationSink final : public ComObject<NoDispatch<IDispatch>> {
     return handler_ ? handler_(log.back(), veto) : S_OK;
   }
 
-  std::vector<std::string> log;
+  Log log;
 
  private:
   static std::string phase(VARIANT_BOOL before) { return before ? "before" : "after"; }

@@ -1,14 +1,17 @@
 #pragma once
 
+// The type information of the two objects whose version an add-on reads: the entry object and the
+// application.
+
 #include "qxdesk/session/type_library.h"
 #include "qxframework/host/ids.h"
 
 namespace qx::screens {
 
-/// The client's library.
+/// The id of the type library of the screens.
 inline constexpr GUID kScreensLibrary = hostId(0x0005);
 
-/// Base, with GetTypeInfo answered.
+/// Adds GetTypeInfo to a HostObject; its result leads to the version of the host.
 template <class Base>
 class WithTypeInfo : public Base {
  public:

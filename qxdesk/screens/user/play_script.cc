@@ -1,6 +1,6 @@
 #include "qxdesk/screens/user/play_script.h"
 
-#include "qxdesk/screens/batch/xml_element.h"
+#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/session/connection_string.h"
 #include "qxframework/automation/text.h"
 
@@ -10,8 +10,9 @@
 namespace qx::screens {
 namespace {
 
-/// The shapes of an argument: w a word, n a number from 0, l a language, t the rest of the line
-/// (may be empty), p what to print; behind "?" all or none of them stand.
+// An action. `shape` has a letter for each argument: w a word, n a number from 0, l a language, t
+// the rest of the line (may be empty), p a thing to print. The arguments after "?" are optional,
+// but only together.
 struct Command {
   std::string_view name;
   PlayVerb verb;
@@ -50,8 +51,10 @@ constexpr Command kCommands[] = {
 
 constexpr std::string_view kPrintable[] = {"menus", "forms", "form", "status", "boxes"};
 
+// A carriage return counts, so that scripts with CR LF are read alike.
 bool isBlank(char byte) { return byte == ' ' || byte == '\t' || byte == '\r'; }
 
+// Takes a line apart from left to right.
 class Line {
  public:
   Line(std::string_view text, int number, std::string_view file)
@@ -64,7 +67,7 @@ class Line {
     return at_ == text_.size();
   }
   std::string_view word() {
-    atEnd();
+    atEnd();  // skips blanks
     start_ = at_;
     while (at_ < text_.size() && !isBlank(text_[at_])) ++at_;
     return text_.substr(start_, at_ - start_);
@@ -75,7 +78,7 @@ class Line {
     at_ = text_.size();
     return text_.substr(start_);
   }
-  /// About the word that was taken last.
+  // Throws, with the column of the word that was taken last.
   [[noreturn]] void fail(const std::string& sentence) const {
     throw PlayScriptError(std::string(file_) + ":" + std::to_string(number_) + ":" +
                           std::to_string(start_ + 1) + ": " + sentence);
@@ -104,7 +107,7 @@ const Command& commandOf(Line& line) {
 
 long readNumber(const Line& line, std::string_view word) {
   const auto value = decimalNumber(toUtf16(word));
-  if (!value || *value < 0) line.fail("\"" + std::string(word) + "\" is no number from 0");
+  if (!value || *value < 0) line.fail("\"" + std::string(word) + "\" is not a whole number from 0");
   return *value;
 }
 
@@ -124,6 +127,7 @@ void checkPrintable(const Line& line, std::string_view word) {
 
 void readArgument(Line& line, char shape, const Command& command, PlayStep& step) {
   const std::string_view word = shape == 't' ? line.rest() : line.word();
+  // A missing word is at the end of the line; the message names the whole command there.
   if (word.empty() && shape != 't') line.fail("write: " + std::string(command.usage));
   if (shape == 'n') {
     step.number = readNumber(line, word);
@@ -135,7 +139,7 @@ void readArgument(Line& line, char shape, const Command& command, PlayStep& step
   }
 }
 
-/// What the shapes cannot say.
+// Checks what the shapes cannot express.
 void checkStep(const Line& line, const Command& command, const PlayStep& step) {
   const bool isAnswer = step.verb == PlayVerb::kAnswer;
   if (isAnswer && (step.number < 1 || step.number > 3)) line.fail("a box has buttons 1 to 3");
@@ -151,6 +155,7 @@ void checkStep(const Line& line, const Command& command, const PlayStep& step) {
 PlayStep parseStep(Line& line) {
   const Command& command = commandOf(line);
   PlayStep step;
+  // The first fault from the left is reported; a script is read as a whole before it is played.
   step.verb = command.verb;
   step.line = line.number();
   for (const char shape : command.shape) {
@@ -163,7 +168,7 @@ PlayStep parseStep(Line& line) {
   checkStep(line, command, step);
   if (!line.atEnd()) {
     const std::string extra(line.word());
-    line.fail("\"" + extra + "\" is too much; write: " + std::string(command.usage));
+    line.fail("unexpected \"" + extra + "\"; write: " + std::string(command.usage));
   }
   return step;
 }
@@ -172,11 +177,11 @@ PlayStep parseStep(Line& line) {
 
 std::vector<PlayStep> parsePlayScript(std::string_view text, std::string_view file) {
   std::vector<PlayStep> steps;
-  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);  // a byte order mark
   for (int number = 1; !text.empty(); ++number) {
     const std::size_t end = text.find('\n');
     Line line(text.substr(0, end), number, file);
-    Line ahead = line;
+    Line ahead = line;  // a copy, so that the step is read from the beginning of the line
     if (!ahead.atEnd() && !ahead.word().starts_with('#')) steps.push_back(parseStep(line));
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
   }

@@ -1,32 +1,33 @@
 #pragma once
 
-// A script of what the user does, one action per line, UTF-8:
+// A script that plays the user: UTF-8, one action per line.
 //
 //     menu UID                     pick a menu entry
-//     open TYPE                    open one of the client's own forms
+//     open TYPE                    open one of the host's own forms
 //     close FORM | select FORM
-//     press FORM ITEM              click an item; a button is pressed by it
+//     press FORM ITEM              click an item; the click presses a button
 //     click FORM MATRIX COLUMN ROW | doubleclick FORM ITEM [COLUMN ROW]
-//     type FORM ITEM TEXT          the rest of the line; nothing clears the field
+//     type FORM ITEM TEXT          TEXT is the rest of the line; an empty TEXT clears the item
 //     cell FORM MATRIX COLUMN ROW TEXT
 //     key FORM ITEM CODE           13 is enter
-//     validate FORM ITEM           leave the field
-//     choose FORM ITEM KEY         an entry of a combo box
+//     validate FORM ITEM           leave the item
+//     choose FORM ITEM KEY         choose an entry of a combo box
 //     rightclick FORM [ITEM]
 //     formdata FORM TYPE KEY
-//     answer BUTTON                of the next message box, from 1
+//     answer BUTTON                press that button of the next message box, from 1
 //     language LANGUAGE | company FILE
 //     shutdown | terminate         application events 64 and 67
-//     status TEXT                  a message of the client itself
+//     status TEXT                  show a message of the host itself
 //     progress | printout FORM | report FORM
 //     print menus | forms | form FORM | status | boxes
-//     say TEXT                     a line of the script's own
-//     start                        the steps ahead of it are played before the add-on starts
+//     say TEXT                     print the text
+//     start                        the steps before it are played before the add-on starts
 //     # comment
 //
-// FORM is a UID, or * for the selected form. An answer ahead of the action that brings the box, or
-// behind it, is taken when the box opens. Behind the end of the client,
-// which ends the add-on's message loop, the rest of the script is played at once.
+// FORM is a UID, or * for the selected form. A box takes an earlier answer that no box has used
+// yet; if there is none and the step after the current one is an answer, it takes that. After
+// shutdown and terminate, which end the add-on's message loop, the rest of the script is played at
+// once.
 
 #include <stdexcept>
 #include <string>
@@ -64,22 +65,23 @@ enum class PlayVerb {
   kStart,
 };
 
+/// One line of the script.
 struct PlayStep {
   PlayVerb verb = PlayVerb::kMenu;
-  std::vector<std::u16string> words;  ///< the arguments; a text that is the rest of the line is one
+  std::vector<std::u16string> words;  ///< the arguments but for `number`; a TEXT is one of them
   long number = 0;                    ///< of a key, an answer, a row or a language
-  int line = 0;
+  int line = 0;                       ///< from 1
 };
 
-/// A line that makes no sense. what() is "FILE:LINE:COLUMN: sentence", line and column from 1.
+/// An error in a script. what() is "FILE:LINE:COLUMN: sentence"; line and column count from 1.
 class PlayScriptError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Raises PlayScriptError; `file` is its name in messages.
+/// Returns the steps of a script. Throws PlayScriptError; `file` is the name in its message.
 std::vector<PlayStep> parsePlayScript(std::string_view text, std::string_view file);
-/// The same for the content of a file. One that cannot be read is refused without line and column.
+/// Reads and parses a file. The message about a file that cannot be read has no line and column.
 std::vector<PlayStep> readPlayScript(const std::string& path);
 
 }  // namespace qx::screens

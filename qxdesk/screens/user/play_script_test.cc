@@ -14,7 +14,7 @@ std::string refusal(std::string_view text) {
   return "accepted";
 }
 
-TEST(PlayScript, ReadsActionsAndPassesOverCommentsAndEmptyLines) {
+TEST(PlayScript, ReadsActionsAndSkipsCommentsAndEmptyLines) {
   const auto steps = parsePlayScript(
       "\xEF\xBB\xBF# start\r\n\r\n  menu 43523\r\n\ttype F_1 4  C 001 \nanswer 2\nlanguage de",
       "x");
@@ -27,7 +27,7 @@ TEST(PlayScript, ReadsActionsAndPassesOverCommentsAndEmptyLines) {
   EXPECT_EQ(steps[3].number, 9);
 }
 
-TEST(PlayScript, TakesOptionalArgumentsTogetherOrNotAtAll) {
+TEST(PlayScript, OptionalArgumentsComeTogetherOrNotAtAll) {
   EXPECT_EQ(parsePlayScript("click * 5", "x")[0].words.size(), 2U);
   const auto cell = parsePlayScript("click * 20 2 4", "x")[0];
   EXPECT_EQ(cell.words, (std::vector<std::u16string>{u"*", u"20", u"2"}));
@@ -35,16 +35,16 @@ TEST(PlayScript, TakesOptionalArgumentsTogetherOrNotAtAll) {
   EXPECT_EQ(refusal("click * 20 2"), "demo.txt:1:13: write: click FORM ITEM [COLUMN ROW]");
 }
 
-TEST(PlayScript, LetsATextBeEmpty) {
+TEST(PlayScript, TextMayBeEmpty) {
   EXPECT_EQ(parsePlayScript("type A 5", "x")[0].words.back(), u"");
 }
 
-TEST(PlayScript, RefusesWithFileLineAndColumn) {
+TEST(PlayScript, ErrorsHaveFileLineAndColumn) {
   EXPECT_EQ(refusal("menu 1\n  menus 2").substr(0, 49),
             "demo.txt:2:3: unknown action \"menus\"; the actions");
   EXPECT_EQ(refusal("menu"), "demo.txt:1:5: write: menu UID");
-  EXPECT_EQ(refusal("menu 1 2"), "demo.txt:1:8: \"2\" is too much; write: menu UID");
-  EXPECT_EQ(refusal("answer yes"), "demo.txt:1:8: \"yes\" is no number from 0");
+  EXPECT_EQ(refusal("menu 1 2"), "demo.txt:1:8: unexpected \"2\"; write: menu UID");
+  EXPECT_EQ(refusal("answer yes"), "demo.txt:1:8: \"yes\" is not a whole number from 0");
   EXPECT_EQ(refusal("answer 4"), "demo.txt:1:8: a box has buttons 1 to 3");
   EXPECT_EQ(refusal("key A 5 65536"), "demo.txt:1:9: a key is 1 to 65535");
   EXPECT_EQ(refusal("language 4"), "demo.txt:1:10: unknown language \"4\"");
@@ -54,7 +54,7 @@ TEST(PlayScript, RefusesWithFileLineAndColumn) {
   EXPECT_EQ(refusal("company"), "demo.txt:1:8: write: company FILE");
 }
 
-TEST(PlayScript, SaysWhichFileCannotBeRead) {
+TEST(PlayScript, ErrorNamesTheFileThatCannotBeRead) {
   try {
     readPlayScript("/nonexistent/demo.txt");
     FAIL();

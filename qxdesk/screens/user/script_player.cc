@@ -1,6 +1,6 @@
 #include "qxdesk/screens/user/script_player.h"
 
-#include "qxdesk/screens/user/desk_printer.h"
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/logging/result_names.h"
@@ -21,6 +21,7 @@ std::string spotText(const Spot& spot) {
   return text + " of form " + toUtf8(spot.form);
 }
 
+// The words of a step are its arguments in order: form, item, then a column or a text.
 Spot spotOf(const PlayStep& step, const std::u16string& form) {
   Spot spot;
   spot.form = form;
@@ -45,6 +46,7 @@ ScriptPlayer::ScriptPlayer(Desk& desk, std::vector<PlayStep> steps, Post post, P
   desk_.boxes.setAnswerer([this](const MessageBoxCall& box) { return answer(box); });
 }
 
+// The desk outlives the player and must not call into it afterwards.
 ScriptPlayer::~ScriptPlayer() { desk_.boxes.setAnswerer(nullptr); }
 
 void ScriptPlayer::start() {
@@ -52,6 +54,7 @@ void ScriptPlayer::start() {
   postNext();
 }
 
+// Posts one task at a time, so that tasks of the add-on run between two steps.
 void ScriptPlayer::postNext() {
   if (finished()) return;
   post_([this] { playNext(); });
@@ -69,17 +72,20 @@ void ScriptPlayer::playNext() {
   if (finished()) return;
   const PlayVerb verb = playOne();
   if (verb == PlayVerb::kShutDown || verb == PlayVerb::kTerminate) {
-    while (!finished()) playOne();  // the loop that would run the next task is at its end
+    // The add-on leaves its message loop, which would have run the next task.
+    while (!finished()) playOne();
   }
   postNext();
 }
 
 PlayVerb ScriptPlayer::playOne() {
+  // Counted first: a box that opens during the step looks at the step that follows.
   const PlayStep step = steps_[next_++];
   std::string line;
   try {
     line = play(step);
   } catch (const _com_error& error) {
+    // A refused step does not end the script: a demonstration shows refusals, too.
     line = "line " + std::to_string(step.line) + " refused: " + toUtf8(errorText(error.Error())) +
            " (" + std::to_string(error.Error()) + ")\n";
   }
@@ -89,8 +95,9 @@ PlayVerb ScriptPlayer::playOne() {
 
 std::optional<long> ScriptPlayer::answer(const MessageBoxCall& box) {
   std::string text = "box \"" + toUtf8(box.text) + "\"";
+  // The box asks here only if no answer is queued, that is, if no `answer` step came earlier.
   if (finished() || steps_[next_].verb != PlayVerb::kAnswer) {
-    print_(text + ": nobody answers\n");
+    print_(text + ": no answer\n");
     return std::nullopt;
   }
   const long button = steps_[next_++].number;
@@ -100,6 +107,7 @@ std::optional<long> ScriptPlayer::answer(const MessageBoxCall& box) {
 
 std::u16string ScriptPlayer::formName(const std::u16string& word) const {
   if (word != u"*") return word;
+  // Resolved when the step runs: the selected form may be one that an earlier step has opened.
   const auto form = desk_.forms.selected();
   return form == nullptr ? word : form->uid();
 }

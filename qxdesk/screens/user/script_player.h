@@ -1,7 +1,8 @@
 #pragma once
 
-// Plays a script on the client, one step per task of the message loop, so that the add-on meets
-// every action where it meets those of a real user. Each step leaves one line of plain words.
+// Plays a script on the desk, one step per task of the message loop. So the add-on gets the events
+// of a step in its message loop, as it would those of a real user. Each step prints its outcome as
+// one line in plain words.
 
 #include "qxdesk/screens/model/desk.h"
 #include "qxdesk/screens/user/play_script.h"
@@ -20,18 +21,18 @@ class ScriptPlayer {
   using Post = std::function<void(std::function<void()>)>;
   using Print = std::function<void(std::string_view)>;
 
-  /// `post` runs a task later on this thread, unless the player is gone by then; `print` gets whole
-  /// lines with their line ends.
+  /// `post` runs a task later on this thread, but not after the end of the player. `print` gets
+  /// whole lines with their line ends. Answers the desk's message boxes from now on.
   ScriptPlayer(Desk& desk, std::vector<PlayStep> steps, Post post, Print print);
   ~ScriptPlayer();
   ScriptPlayer(const ScriptPlayer&) = delete;
   ScriptPlayer& operator=(const ScriptPlayer&) = delete;
 
-  /// Plays the steps ahead of the first `start`, if there is one, at once.
+  /// Plays the steps up to the first `start` at once; does nothing if the script has none.
   void playAhead();
-  /// Begins to play. A second call does nothing.
+  /// Posts the first step. A second call does nothing.
   void start();
-  /// True when every step has been played.
+  /// True if all steps have been played.
   bool finished() const { return next_ == steps_.size(); }
 
  private:

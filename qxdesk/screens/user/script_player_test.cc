@@ -9,8 +9,9 @@
 namespace qx::screens {
 namespace {
 
-class Playing : public testing::Test {
+class ScriptPlayerTest : public testing::Test {
  protected:
+  /// Plays a whole script, one task after the other, and returns its output.
   std::string play(std::string_view script) {
     std::string out;
     std::deque<std::function<void()>> tasks;
@@ -35,7 +36,7 @@ class Playing : public testing::Test {
   int tasks_ = 0;
 };
 
-TEST_F(Playing, PlaysTheStepsAheadOfStartBeforeTheAddOnStarts) {
+TEST_F(ScriptPlayerTest, PlaysTheStepsBeforeStartAtOnce) {
   std::string out;
   int posted = 0;
   ScriptPlayer player(
@@ -48,7 +49,7 @@ TEST_F(Playing, PlaysTheStepsAheadOfStartBeforeTheAddOnStarts) {
   EXPECT_EQ(posted, 1);
 }
 
-TEST_F(Playing, PlaysNothingAheadWithoutStart) {
+TEST_F(ScriptPlayerTest, PlaysNothingAtOnceWithoutStart) {
   std::string out;
   ScriptPlayer player(
       desk_, parsePlayScript("status One\n", "demo.txt"), [](std::function<void()>) {},
@@ -57,13 +58,13 @@ TEST_F(Playing, PlaysNothingAheadWithoutStart) {
   EXPECT_EQ(out, "");
 }
 
-TEST_F(Playing, PlaysTheRestAtOnceWhenTheClientHasEnded) {
+TEST_F(ScriptPlayerTest, PlaysTheRestAtOnceAfterTheShutdown) {
   EXPECT_EQ(play("shutdown\nstatus After\n"),
             "shut the client down\nthe client's status bar says \"After\"\n");
   EXPECT_EQ(tasks_, 1);
 }
 
-TEST_F(Playing, TellsEveryStepInPlainWords) {
+TEST_F(ScriptPlayerTest, PrintsTheOutcomeOfEachStep) {
   EXPECT_EQ(play("menu 3001\n"
                  "type * 4 C001\n"
                  "cell F_1 20 1 1 Bolt\n"
@@ -95,17 +96,17 @@ TEST_F(Playing, TellsEveryStepInPlainWords) {
   EXPECT_EQ(tasks_, 14);
 }
 
-TEST_F(Playing, SaysWhatAnAddOnVetoed) {
+TEST_F(ScriptPlayerTest, PrintsAVeto) {
   desk_.forms.open(makeAddOnForm(u"A"));
   listen(desk_, veto("before item 1 A.1"));
   EXPECT_EQ(play("press A 1"), "pressed item 1 of form A: vetoed by the add-on\n");
 }
 
-TEST_F(Playing, SaysWhatTheClientRefusedAndGoesOn) {
+TEST_F(ScriptPlayerTest, PrintsARefusalAndGoesOn) {
   EXPECT_EQ(play("press A 1\nmenu 101"), "line 1 refused: Invalid form (-7000)\npicked menu 101\n");
 }
 
-TEST_F(Playing, AnswersABoxWithTheAnswerThatFollowsItsAction) {
+TEST_F(ScriptPlayerTest, AnswersABoxWithTheAnswerThatFollowsItsAction) {
   long answer = 0;
   listen(desk_, [&](const std::string& words, bool&) {
     if (words != "before menu 43523") return;
@@ -121,7 +122,7 @@ TEST_F(Playing, AnswersABoxWithTheAnswerThatFollowsItsAction) {
   EXPECT_EQ(answer, 2);
 }
 
-TEST_F(Playing, AnswersABoxWithTheAnswerThatPrecedesItsAction) {
+TEST_F(ScriptPlayerTest, AnswersABoxWithTheAnswerThatPrecedesItsAction) {
   long answer = 0;
   listen(desk_, [&](const std::string& words, bool&) {
     if (words != "before menu 43523") return;
@@ -129,17 +130,18 @@ TEST_F(Playing, AnswersABoxWithTheAnswerThatPrecedesItsAction) {
     box.buttons = {u"Yes", u"No", u""};
     answer = desk_.boxes.show(box);
   });
-  play("answer 2\nmenu 43523");
+  EXPECT_EQ(play("answer 2\nmenu 43523"),
+            "will answer the next box with button 2\npicked menu 43523\n");
   EXPECT_EQ(answer, 2);
 }
 
-TEST_F(Playing, SaysThatNobodyAnswers) {
+TEST_F(ScriptPlayerTest, PrintsABoxWithoutAnswer) {
   listen(desk_, [&](const std::string&, bool&) {
     MessageBoxCall box;
     box.text = u"Well?";
     desk_.boxes.show(box);
   });
-  EXPECT_EQ(play("shutdown"), "box \"Well?\": nobody answers\nshut the client down\n");
+  EXPECT_EQ(play("shutdown"), "box \"Well?\": no answer\nshut the client down\n");
 }
 
 }  // namespace

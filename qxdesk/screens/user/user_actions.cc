@@ -3,7 +3,7 @@
 #include "qxdesk/screens/model/system_forms.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
-#include "qxframework/host/events.h"
+#include "qxframework/host/item_types.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,6 +16,7 @@ constexpr char16_t kTabKey = 9;
 constexpr char16_t kEnterKey = 13;
 constexpr char16_t kFirstPrintableKey = 32;
 
+// A user opens the popups from the menu bar down, so one that is disabled hides its entries.
 bool isReachable(const MenuEntry& entry) {
   for (const MenuEntry* at = &entry; at != nullptr; at = at->father()) {
     if (!at->properties().enabled) return false;
@@ -23,6 +24,7 @@ bool isReachable(const MenuEntry& entry) {
   return true;
 }
 
+// The head of a column (row 0) takes none.
 bool takesText(const ItemModel& item, const std::shared_ptr<MatrixColumn>& column, long row) {
   if (item.type == kEditText) return true;
   return column != nullptr && row > 0 && column->editable;
@@ -33,6 +35,7 @@ bool isFull(const std::u16string& text, const std::shared_ptr<UserDataSource>& s
          text.size() >= static_cast<std::size_t>(source->size());
 }
 
+// A change takes a form from OK to update mode. In find and add mode typing is the normal case.
 void markChanged(FormModel& form, ItemModel& item) {
   item.changed = true;
   if (item.affectsFormMode && form.mode() == kOkMode) form.setMode(kUpdateMode);
@@ -42,11 +45,14 @@ void markChanged(FormModel& form, ItemModel& item) {
 
 bool UserActions::pickMenu(std::u16string_view uid) {
   const auto entry = desk_.menus.find(uid);
+  // The root has no father and cannot be picked. A popup can: add-ons get events for it, too.
   if (entry == nullptr || entry->father() == nullptr || entry->properties().type == mt_Separator) {
     raiseError(kInvalidMenuItem);
   }
   if (!isReachable(*entry)) raiseError(kNotValidTarget);
   const bool inner = desk_.events.depth() > 0;
+  // The events of a menu belong to the form that is selected now: if a handler closes it, it stays
+  // until both events are over. The entry is kept by its pointer, since a handler may remove it.
   return desk_.forms.whileBusy(desk_.forms.selected(), [&] {
     if (!desk_.events.raise(MenuEvent{entry->uid(), inner, true})) return false;
     desk_.runMenuCommand(entry->uid());
@@ -75,25 +81,26 @@ std::shared_ptr<FormModel> UserActions::formOf(std::u16string_view uid) const {
 
 UserActions::Target UserActions::reach(const Spot& spot) const {
   Target target;
+  // Ids are resolved anew for each action: a handler of the action before may have closed the form
+  // or removed the item. A missing target gets its own code even if the form is hidden.
   target.form = formOf(spot.form);
   target.item = target.form->findItem(spot.item);
   if (target.item == nullptr) raiseError(kInvalidItem);
   if (target.item->matrix != nullptr) findCell(spot, target);
-  const bool onScreen = target.form->visible || hand_ == Hand::kAddOn;
+  // An add-on may fill a form before showing it, but a disabled item refuses an add-on as well.
+  const bool onScreen = target.form->visible || actor_ == Actor::kAddOn;
   if (!onScreen || !target.item->usable()) raiseError(kNotValidTarget);
   return target;
 }
 
 void UserActions::findCell(const Spot& spot, Target& target) const {
+  // The row is checked even without a column: a click may name the row alone.
   const MatrixModel& matrix = *target.item->matrix;
   target.row = spot.row;
   if (spot.row < 0 || spot.row > matrix.rowCount()) raiseError(kIllegalOffset);
   if (spot.column.empty()) return;
-  const auto& columns = matrix.columns();
-  const auto at = std::find_if(columns.begin(), columns.end(),
-                               [&](const auto& column) { return column->uid == spot.column; });
-  if (at == columns.end()) raiseError(kInvalidColumn);
-  target.column = *at;
+  target.column = findByUid(matrix.columns(), spot.column);
+  if (target.column == nullptr) raiseError(kInvalidColumn);
 }
 
 bool UserActions::perform(const Target& target, long type, const std::function<void()>& action,
@@ -108,19 +115,22 @@ bool UserActions::perform(const Target& target, long type, const std::function<v
 }
 
 bool UserActions::moveFocus(const Target& target) {
-  if (hand_ == Hand::kUser) {
+  if (actor_ == Actor::kUser) {
+    // Without a veto, a handler may still have selected another form, as a modal dialog does. Then
+    // the user's click reaches nothing.
     const bool selected = desk_.forms.select(target.form);
-    if (!selected || !target.form->isSelected()) return false;  // another form keeps the front
+    if (!selected || !target.form->isSelected()) return false;
   }
   if (target.form->focus == target.item->uid) return true;
   return leave(target.form, target.item->uid);
 }
 
 bool UserActions::leave(const std::shared_ptr<FormModel>& form, std::u16string_view next) {
+  // Looked up by its UID, since the item with the focus may have been removed.
   const auto old = form->findItem(form->focus);
   if (old != nullptr && old->changed) {
     if (!perform(Target{form, old, nullptr, 0}, kValidate, [&] { old->changed = false; })) {
-      return false;
+      return false;  // a vetoed validation keeps the focus where it is
     }
   }
   form->focus = next;
@@ -129,16 +139,19 @@ bool UserActions::leave(const std::shared_ptr<FormModel>& form, std::u16string_v
 
 bool UserActions::click(const Spot& spot) {
   const Target target = reach(spot);
+  // One click is several events. The form must live through all of them, so they count as one.
   return desk_.forms.whileBusy(target.form, [&] { return moveFocus(target) && clickItem(target); });
 }
 
 bool UserActions::clickItem(const Target& target) {
   const auto selectRow = [&] {
+    // A handler of the event before may have removed rows, so the row is checked again.
     MatrixModel* matrix = target.item->matrix.get();
     if (matrix == nullptr || target.row < 1 || target.row > matrix->rowCount()) return;
     if (matrix->selectionMode != kSelectNone) matrix->selectRow(target.row, true, false);
   };
   if (!perform(target, kClick, selectRow)) return false;
+  // The press follows the click's event after. It comes to nothing if a handler closes the form.
   if (target.item->type != kButton || target.form->isClosing() || !target.form->isOpen()) {
     return true;
   }
@@ -148,6 +161,7 @@ bool UserActions::clickItem(const Target& target) {
 bool UserActions::doubleClick(const Spot& spot) {
   const Target target = reach(spot);
   return desk_.forms.whileBusy(target.form, [&] {
+    // The first of two clicks is an ordinary one; if it closes the form, the second finds none.
     if (!moveFocus(target) || !clickItem(target)) return false;
     if (target.form->isClosing()) return true;
     return perform(target, kDoubleClick, [] {});
@@ -155,6 +169,7 @@ bool UserActions::doubleClick(const Spot& spot) {
 }
 
 void UserActions::runButton(const std::shared_ptr<FormModel>& form, std::u16string_view uid) {
+  // The veto of a close cannot be returned from here: the form is busy and closes later.
   if (uid == kCancelButton || (uid == kOkButton && form->mode() == kOkMode)) {
     desk_.forms.close(form);
   } else if (uid == kOkButton) {
@@ -163,6 +178,8 @@ void UserActions::runButton(const std::shared_ptr<FormModel>& form, std::u16stri
 }
 
 bool UserActions::save(const std::shared_ptr<FormModel>& form) {
+  // The mode changes between the two events, so a veto leaves it as it is. A form without records,
+  // and a form in find mode, saves nothing and raises no events of data.
   const auto done = [&] { form->setMode(kOkMode); };
   if (form->objectType.empty() || form->mode() == kFindMode) {
     done();
@@ -191,6 +208,8 @@ bool UserActions::key(const Spot& spot, char16_t pressed) {
   const Target target = reach(spot);
   return desk_.forms.whileBusy(target.form, [&] {
     if (!moveFocus(target)) return false;
+    // The key takes effect between its events, as the press of a default button does, whose own
+    // events are nested in those of the key.
     return perform(
         target, kKeyDown, [&] { enter(target, pressed); }, pressed);
   });
@@ -203,12 +222,15 @@ void UserActions::enter(const Target& target, char16_t pressed) {
     return;
   }
   if (!takesText(*target.item, target.column, target.row)) return;
+  // Other control keys have events but no effect.
   if (pressed < kFirstPrintableKey && pressed != kBackspaceKey) return;
   const bool isCell = target.column != nullptr;
   MatrixModel* matrix = target.item->matrix.get();
-  if (isCell && target.row > matrix->rowCount()) return;
+  if (isCell && target.row > matrix->rowCount()) return;  // a handler has removed the row
   const auto source = isCell ? target.column->source : target.item->text.source();
   std::u16string text = isCell ? matrix->cell(target.row, *target.column) : target.item->text.get();
+  // A text that has the size of its source takes no more keys, as a text field on a screen. Without
+  // this check, the source would throw in the middle of the events.
   if (pressed == kBackspaceKey) {
     text.clear();
   } else if (!isFull(text, source)) {
@@ -225,6 +247,7 @@ void UserActions::enter(const Target& target, char16_t pressed) {
 void UserActions::pressDefaultButton(const std::shared_ptr<FormModel>& form) {
   const auto button = form->findItem(form->defaultItem());
   if (button == nullptr || button->type != kButton || !button->usable()) return;
+  // The outcome is that of the key; the veto of the button does not undo the key.
   click(Spot{form->uid(), button->uid});
 }
 
@@ -235,6 +258,8 @@ bool UserActions::type(const Spot& spot, std::u16string_view text) {
   return desk_.forms.whileBusy(target.form, [&] {
     const std::u16string now =
         isCell ? target.item->matrix->cell(target.row, *target.column) : target.item->text.get();
+    // Key by key, and each key by its ids: a handler may disable or remove the item in between, and
+    // then the next key throws. A vetoed key is left out, and the rest is typed.
     bool all = now.empty() || key(spot, kBackspaceKey);
     for (const char16_t unit : text) {
       if (target.form->isClosing() || !target.form->isOpen()) break;
@@ -252,6 +277,7 @@ bool UserActions::validate(const Spot& spot) {
 bool UserActions::choose(const Spot& spot, std::u16string_view key) {
   const Target target = reach(spot);
   if (target.item->combo == nullptr) raiseError(kNotValidTarget);
+  // Looked up before any event: an entry that does not exist cannot be clicked.
   const auto position = target.item->combo->find(key);
   if (!position) raiseError(kInvalidFieldValue);
   return desk_.forms.whileBusy(target.form, [&] {
@@ -265,7 +291,7 @@ bool UserActions::choose(const Spot& spot, std::u16string_view key) {
 
 bool UserActions::rightClick(const Spot& spot) {
   const auto form = formOf(spot.form);
-  if (!spot.item.empty()) form->item(spot.item);
+  if (!spot.item.empty()) form->item(spot.item);  // throws if there is none
   RightClickEvent event;
   event.formUid = spot.form;
   event.itemUid = spot.item;
@@ -279,7 +305,9 @@ bool UserActions::formData(std::u16string_view form, std::u16string_view objectT
 
 void UserActions::changeLanguage(HvLanguages language) {
   desk_.setLanguage(language);
-  desk_.menus.removeAddOnEntries();  // the client builds its menu bar anew, without them
+  // The host builds its menu bar anew, without the entries of add-ons; they add them again when
+  // they get the event.
+  desk_.menus.removeAddOnEntries();
   desk_.events.raise(AppEvent{kLanguageChanged});
 }
 

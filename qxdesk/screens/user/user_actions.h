@@ -1,9 +1,9 @@
 #pragma once
 
-// What the user of the client can do, with the events that each action brings. False everywhere
-// means that an add-on objected and the action did not happen. What is not there is refused with
-// the codes of the client: kInvalidMenuItem, kInvalidForm, kInvalidItem, kInvalidColumn and
-// kIllegalOffset; what cannot be reached, because it is hidden or disabled, with kNotValidTarget.
+// The actions of a user, each with its events. An action returns false if an add-on vetoes it; then
+// it does not happen. A target that does not exist is refused by an exception with the host's code:
+// kInvalidMenuItem, kInvalidForm, kInvalidItem, kInvalidColumn or kIllegalOffset (a row); a target
+// that is hidden or disabled with kNotValidTarget.
 
 #include "qxdesk/screens/model/desk.h"
 
@@ -22,61 +22,66 @@ struct Spot {
   long row = 0;
 };
 
-/// Who acts: the user reaches only what is on the screen and brings the form to the front by it; an
-/// add-on may also act on a form that it has not shown yet.
-enum class Hand { kUser, kAddOn };
+/// The one who acts. The user reaches visible forms only, and the action selects the form. An
+/// add-on may also act on a form that it has not shown yet, and no form is selected.
+enum class Actor { kUser, kAddOn };
 
 class UserActions {
  public:
-  explicit UserActions(Desk& desk, Hand hand = Hand::kUser) : desk_(desk), hand_(hand) {}
+  explicit UserActions(Desk& desk, Actor actor = Actor::kUser) : desk_(desk), actor_(actor) {}
 
   bool pickMenu(std::u16string_view uid);
-  /// Null when an add-on objected.
+  /// Returns null if an add-on vetoes.
   std::shared_ptr<FormModel> openForm(std::u16string_view typeEx);
   bool closeForm(std::u16string_view uid);
   bool selectForm(std::u16string_view uid);
 
-  /// A click on the item: it gets the focus, which the item that had it leaves validated. A button
-  /// is pressed: OK in OK mode and Cancel close the form, OK in another mode saves.
+  /// Clicks an item. The item gets the focus, after the item that had it is validated. A click on a
+  /// button also presses it: Cancel, and OK in OK mode, close the form; OK in another mode saves.
   bool click(const Spot& spot);
   bool doubleClick(const Spot& spot);
-  /// One key into an edit or a cell, with its events; 8 clears the text, 13 presses the default
-  /// button, 9 leaves the item.
+  /// Presses one key in an edit or a cell: 8 clears the text, 13 presses the default button, 9
+  /// leaves the item.
   bool key(const Spot& spot, char16_t pressed);
-  /// Replaces the text, key by key. False when an add-on objected to a key; the other keys are
-  /// entered. Raises kNotValidTarget for an item that takes no text.
+  /// Replaces the text, key by key. Returns false if an add-on vetoes a key; the other keys are
+  /// entered. Throws kNotValidTarget for an item that takes no text.
   bool type(const Spot& spot, std::u16string_view text);
-  /// Leaves an edit.
+  /// Leaves an edit, which validates it. The focus does not move.
   bool validate(const Spot& spot);
-  /// Chooses the entry of a combo box by key or shown text. Raises kInvalidFieldValue.
+  /// Chooses an entry of a combo box by its key or its text. Throws kInvalidFieldValue if there is
+  /// no such entry and kNotValidTarget for an item of another type.
   bool choose(const Spot& spot, std::u16string_view key);
   bool rightClick(const Spot& spot);
   bool formData(std::u16string_view form, std::u16string_view objectType,
                 std::u16string_view objectKey);
 
+  /// Changes the language and removes the add-ons' menu entries, as changeCompany() does.
   void changeLanguage(HvLanguages language);
   void changeCompany(std::string database);
   void shutDown();
   void serverTermination();
-  /// A message of the client itself.
+  /// Shows a message of the host itself.
   void statusMessage(std::u16string text, HvStatusBarMessageType type);
   bool progressBar();
   bool print(std::u16string_view form);
   bool reportData(std::u16string_view form);
 
  private:
+  /// A spot with its ids resolved. It keeps the parts alive if a handler removes them meanwhile.
   struct Target {
     std::shared_ptr<FormModel> form;
     std::shared_ptr<ItemModel> item;
-    std::shared_ptr<MatrixColumn> column;  // null outside a matrix
+    std::shared_ptr<MatrixColumn> column;  // null outside of a matrix
     long row = 0;
   };
   std::shared_ptr<FormModel> formOf(std::u16string_view uid) const;
+  /// Resolves the ids. Throws if the actor cannot reach the spot.
   Target reach(const Spot& spot) const;
   void findCell(const Spot& spot, Target& target) const;
   bool perform(const Target& target, long type, const std::function<void()>& action,
                long charPressed = 0);
   bool moveFocus(const Target& target);
+  /// Validates the item with the focus if the user has changed it, and moves the focus to `next`.
   bool leave(const std::shared_ptr<FormModel>& form, std::u16string_view next);
   bool clickItem(const Target& target);
   void pressDefaultButton(const std::shared_ptr<FormModel>& form);
@@ -85,12 +90,12 @@ class UserActions {
   bool raiseFormData(const std::shared_ptr<FormModel>& form, std::u16string_view objectType,
                      std::u16string_view objectKey, const std::function<void()>& action);
   void enter(const Target& target, char16_t pressed);
-  /// Raises an event without form twice, around nothing.
+  /// Raises an event before and after; there is no action in between. `form` may be null.
   template <class E>
   bool announce(E event, const std::shared_ptr<FormModel>& form);
 
   Desk& desk_;
-  Hand hand_;
+  Actor actor_;
 };
 
 }  // namespace qx::screens

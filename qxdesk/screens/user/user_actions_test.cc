@@ -1,14 +1,12 @@
 #include "qxdesk/screens/user/user_actions.h"
 
+#include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
-#include "qxdesk/screens/user/desk_printer.h"
 
 #include <gtest/gtest.h>
 
 namespace qx::screens {
 namespace {
-
-using Log = std::vector<std::string>;
 
 class UserTest : public testing::Test {
  protected:
@@ -22,20 +20,20 @@ class UserTest : public testing::Test {
   UserActions user_{desk_};
 };
 
-TEST_F(UserTest, PicksAMenuEntryThatOpensAForm) {
+TEST_F(UserTest, PickedMenuEntryOpensItsForm) {
   const auto sink = listen(desk_);
   EXPECT_TRUE(user_.pickMenu(u"3001"));
   EXPECT_EQ(sink->log, (Log{"before menu 3001", "before item 16 F_1", "before item 19 F_0",
                             "after item 19 F_0", "after item 16 F_1", "after menu 3001"}));
 }
 
-TEST_F(UserTest, DoesNothingForAMenuEntryThatAnAddOnVetoes) {
+TEST_F(UserTest, VetoedMenuEntryDoesNothing) {
   const auto sink = listen(desk_, veto("before menu 3001"));
   EXPECT_FALSE(user_.pickMenu(u"3001"));
   EXPECT_EQ(sink->log, (Log{"before menu 3001"}));
 }
 
-TEST_F(UserTest, CallsAMenuEventInnerThatIsRaisedWithinAnother) {
+TEST_F(UserTest, MenuEventWithinAnotherIsMarkedInner) {
   const auto sink = listen(desk_, [&](const std::string& words, bool&) {
     if (words == "before menu 43523") user_.pickMenu(u"1288");
   });
@@ -52,13 +50,13 @@ TEST_F(UserTest, RefusesMenuEntriesThatCannotBePicked) {
   EXPECT_EQ(raisedBy([&] { user_.pickMenu(u"3001"); }), kNotValidTarget);
 }
 
-TEST_F(UserTest, SendsTheShutDownWhenQuitIsPicked) {
+TEST_F(UserTest, QuitRaisesTheShutDownEvent) {
   const auto sink = listen(desk_);
   user_.pickMenu(u"101");
   EXPECT_EQ(sink->log, (Log{"before menu 101", "app 64", "after menu 101"}));
 }
 
-TEST_F(UserTest, ChangesTheModeOfTheSelectedFormByTheDataMenu) {
+TEST_F(UserTest, DataMenuChangesTheModeOfTheSelectedForm) {
   const auto form = openForm();
   user_.pickMenu(u"1281");
   EXPECT_EQ(form->mode(), kFindMode);
@@ -68,7 +66,7 @@ TEST_F(UserTest, ChangesTheModeOfTheSelectedFormByTheDataMenu) {
   EXPECT_EQ(form->mode(), kOkMode);
 }
 
-TEST_F(UserTest, ClosesAFormInOkModeBehindTheEventsOfTheOkButton) {
+TEST_F(UserTest, OkInOkModeClosesTheFormAfterItsEvents) {
   openForm();
   const auto sink = listen(desk_);
   EXPECT_TRUE(user_.click({u"A", u"1"}));
@@ -77,7 +75,7 @@ TEST_F(UserTest, ClosesAFormInOkModeBehindTheEventsOfTheOkButton) {
                  "before item 20 A", "after item 20 A", "before item 17 A", "after item 17 A"}));
 }
 
-TEST_F(UserTest, SavesInAnotherModeAndStaysOpen) {
+TEST_F(UserTest, OkInAnotherModeSavesAndKeepsTheFormOpen) {
   user_.openForm(u"3101");
   desk_.forms.find(u"F_1")->setMode(kAddMode);
   const auto sink = listen(desk_);
@@ -87,7 +85,7 @@ TEST_F(UserTest, SavesInAnotherModeAndStaysOpen) {
   EXPECT_EQ(desk_.forms.find(u"F_1")->mode(), kOkMode);
 }
 
-TEST_F(UserTest, KeepsTheModeWhenTheSavingIsVetoed) {
+TEST_F(UserTest, VetoedSavingKeepsTheMode) {
   user_.openForm(u"3101");
   desk_.forms.find(u"F_1")->setMode(kAddMode);
   listen(desk_, veto("before data F_1 31 "));
@@ -105,7 +103,7 @@ TEST_F(UserTest, StopsAtTheFirstVeto) {
   EXPECT_NE(desk_.forms.find(u"A"), nullptr);
 }
 
-TEST_F(UserTest, LeavesAButtonUnpressedWhoseFormIsClosedByTheClick) {
+TEST_F(UserTest, ButtonIsNotPressedIfTheClickClosesItsForm) {
   const auto form = openForm();
   const auto sink = listen(desk_, [&](const std::string& words, bool&) {
     if (words == "before item 6 A.6") desk_.forms.close(form);
@@ -128,7 +126,7 @@ TEST_F(UserTest, TypesKeyByKeyAndLeavesOkMode) {
   EXPECT_EQ(sink->log.back(), "after item 2 A.5 key 8");
 }
 
-TEST_F(UserTest, LeavesOutAKeyThatIsVetoed) {
+TEST_F(UserTest, VetoedKeyIsLeftOut) {
   const auto form = openForm();
   listen(desk_, veto("before item 2 A.5 key 98"));
   EXPECT_FALSE(user_.type({u"A", u"5"}, u"abc"));
@@ -142,7 +140,7 @@ TEST_F(UserTest, KeepsOkModeForAnEditThatDoesNotAffectIt) {
   EXPECT_EQ(form->mode(), kOkMode);
 }
 
-TEST_F(UserTest, StopsAtTheSizeOfTheSource) {
+TEST_F(UserTest, TypingStopsAtTheSizeOfTheSource) {
   const auto form = openForm();
   form->addSource(u"UD", 9, 2);
   form->item(u"5").text.bind(form->findSource(u"UD"));
@@ -150,7 +148,7 @@ TEST_F(UserTest, StopsAtTheSizeOfTheSource) {
   EXPECT_EQ(form->item(u"5").text.get(), u"ab");
 }
 
-TEST_F(UserTest, ValidatesAnEditThatWasTypedIntoWhenItIsLeft) {
+TEST_F(UserTest, ChangedEditIsValidatedWhenTheFocusLeavesIt) {
   openForm();
   user_.type({u"A", u"5"}, u"a");
   const auto sink = listen(desk_);
@@ -159,7 +157,7 @@ TEST_F(UserTest, ValidatesAnEditThatWasTypedIntoWhenItIsLeft) {
                             "after item 6 A.6", "before item 1 A.6", "after item 1 A.6"}));
 }
 
-TEST_F(UserTest, KeepsTheFocusOnAnEditWhoseValidationIsVetoed) {
+TEST_F(UserTest, VetoedValidationKeepsTheFocus) {
   const auto form = openForm();
   user_.type({u"A", u"5"}, u"a");
   const auto sink = listen(desk_, veto("before item 10 A.5"));
@@ -169,7 +167,7 @@ TEST_F(UserTest, KeepsTheFocusOnAnEditWhoseValidationIsVetoed) {
   EXPECT_FALSE(user_.validate({u"A", u"5"}));
 }
 
-TEST_F(UserTest, PressesTheDefaultButtonByEnterBetweenTheKeysEvents) {
+TEST_F(UserTest, EnterPressesTheDefaultButtonBetweenTheEventsOfTheKey) {
   openForm();
   const auto sink = listen(desk_);
   EXPECT_TRUE(user_.key({u"A", u"5"}, 13));
@@ -207,7 +205,7 @@ TEST_F(UserTest, ChoosesInAComboBox) {
   EXPECT_EQ(raisedBy([&] { user_.choose({u"F_1", u"4"}, u"X"); }), kNotValidTarget);
 }
 
-TEST_F(UserTest, ReachesOnlyWhatIsThereAndOnTheScreen) {
+TEST_F(UserTest, RefusesMissingHiddenAndDisabledTargets) {
   const auto form = openForm();
   EXPECT_EQ(raisedBy([&] { user_.click({u"none", u"1"}); }), kInvalidForm);
   EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"none"}); }), kInvalidItem);
@@ -219,10 +217,10 @@ TEST_F(UserTest, ReachesOnlyWhatIsThereAndOnTheScreen) {
   desk_.forms.show(form, false);
   EXPECT_EQ(raisedBy([&] { user_.click({u"A", u"1"}); }), kNotValidTarget);
   EXPECT_EQ(raisedBy([&] { user_.selectForm(u"A"); }), kNotValidTarget);
-  EXPECT_TRUE(UserActions(desk_, Hand::kAddOn).click({u"A", u"1"}));
+  EXPECT_TRUE(UserActions(desk_, Actor::kAddOn).click({u"A", u"1"}));
 }
 
-TEST_F(UserTest, DoesNotReachAFormWhileADialogKeepsTheFront) {
+TEST_F(UserTest, ClickFailsWhileADialogKeepsTheFront) {
   openForm(u"A");
   const auto dialog = openForm(u"B");
   const auto sink = listen(desk_, [&](const std::string& words, bool&) {
@@ -254,15 +252,15 @@ TEST_F(UserTest, RaisesTheOtherEvents) {
   EXPECT_EQ(toUtf8(printStatus(desk_.statusBar)), "info: saved\n");
 }
 
-TEST_F(UserTest, HoldsBackTheClosingOfTheSelectedFormDuringAMenuEvent) {
+TEST_F(UserTest, CloseDuringAMenuEventTakesEffectAfterIt) {
   const auto form = openForm();
+  bool openDuringTheEvent = false;
   const auto sink = listen(desk_, [&](const std::string& words, bool&) {
-    if (words == "before menu 43523") {
-      desk_.forms.close(form);
-      EXPECT_TRUE(form->isOpen());
-    }
+    if (words == "before menu 43523") desk_.forms.close(form);
+    if (words == "after menu 43523") openDuringTheEvent = form->isOpen();
   });
-  user_.pickMenu(u"43523");
+  EXPECT_TRUE(user_.pickMenu(u"43523"));
+  EXPECT_TRUE(openDuringTheEvent);
   EXPECT_FALSE(form->isOpen());
 }
 

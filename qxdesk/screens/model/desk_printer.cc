@@ -1,4 +1,4 @@
-#include "qxdesk/screens/user/desk_printer.h"
+#include "qxdesk/screens/model/desk_printer.h"
 
 #include "qxframework/automation/text.h"
 

@@ -1,0 +1,69 @@
+#include "qxdesk/screens/model/matrix_model.h"
+
+#include "qxdesk/screens/model/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace qx::screens {
+namespace {
+
+class MatrixModelTest : public testing::Test {
+ protected:
+  MatrixModelTest() {
+    MatrixColumn bound;
+    bound.uid = u"A";
+    bound.source = source_;
+    matrix_.addColumn(bound);
+    MatrixColumn free;
+    free.uid = u"B";
+    matrix_.addColumn(free);
+  }
+  std::u16string cells(long column) {
+    std::u16string out;
+    for (long row = 1; row <= matrix_.rowCount(); ++row) {
+      out += matrix_.cell(row, *matrix_.columns()[static_cast<std::size_t>(column)]) + u"|";
+    }
+    return out;
+  }
+
+  std::shared_ptr<UserDataSource> source_ = std::make_shared<UserDataSource>(u"UD", 9, 10);
+  MatrixModel matrix_;
+};
+
+TEST_F(MatrixModelTest, NewRowGetsTheValuesOfTheSources) {
+  source_->setValue(u"one");
+  matrix_.addRows(1, -1);
+  source_->setValue(u"two");
+  matrix_.addRows(2, 0);
+  EXPECT_EQ(cells(0), u"two|two|one|");
+  EXPECT_EQ(cells(1), u"|||");
+}
+
+TEST_F(MatrixModelTest, RefusesRowsAndColumnsOutside) {
+  EXPECT_EQ(raisedBy([&] { matrix_.addRows(1, 1); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.addRows(-1, 0); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.addRows(2'000'000'000, -1); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.selectRow(0, true, true); }), kIllegalOffset);
+  EXPECT_EQ(raisedBy([&] { matrix_.cell(1, *matrix_.columns()[0]); }), kIllegalOffset);
+  MatrixColumn other;
+  matrix_.addRows(1, -1);
+  EXPECT_EQ(raisedBy([&] { matrix_.cell(1, other); }), kInvalidColumn);
+  other.uid = u"A";
+  EXPECT_EQ(raisedBy([&] { matrix_.addColumn(other); }), kColumnAlreadyExists);
+}
+
+TEST_F(MatrixModelTest, SelectsOneRowOrSeveral) {
+  matrix_.addRows(3, -1);
+  matrix_.selectRow(1, true, true);
+  matrix_.selectRow(2, true, true);
+  EXPECT_TRUE(matrix_.isRowSelected(1));
+  matrix_.selectRow(3, true, false);
+  EXPECT_FALSE(matrix_.isRowSelected(1));
+  matrix_.selectionMode = kSelectOne;
+  matrix_.selectRow(1, true, true);
+  EXPECT_FALSE(matrix_.isRowSelected(3));
+  EXPECT_TRUE(matrix_.isRowSelected(1));
+}
+
+}  // namespace
+}  // namespace qx::screens
