@@ -1,4 +1,6 @@
-// The program itself, started as a process that has no environment and so no registry.
+// Runs the program itself, as a process without an environment and so without a registry.
+
+#include "qxdesk/program/sql_command.h"
 
 #include "testing/temp_folder.h"
 

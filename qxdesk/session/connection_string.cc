@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/host/dialect_names.h"
 
 #include <optional>
 #include <set>
@@ -34,14 +35,6 @@ constexpr Language kLanguages[] = {{u"he", ln_Hebrew},           {u"es-ar", ln_S
                                    {u"sk", ln_Slovak_Sk},        {u"ko", ln_Korean_Kr},
                                    {u"pt-br", ln_Portuguese_Br}, {u"ja", ln_Japanese_Jp},
                                    {u"tr", ln_Turkish_Tr},       {u"zh-hk", ln_TrdtnlChinese_Hk}};
-
-struct ServerType {
-  std::u16string_view name;
-  long type;
-};
-
-// The key is called engine, but it selects the dialect of the statements; see qx::DbServerType.
-constexpr ServerType kServerTypes[] = {{u"mssql", 1}, {u"db2", 2}, {u"sybase", 3}, {u"kordb", 9}};
 
 [[noreturn]] void fail(std::size_t position, const std::string& sentence) {
   throw ConnectionStringError(position, sentence);
@@ -99,10 +92,10 @@ void readDatabase(ConnectionString& out, const Value& value) {
   if (out.database.empty()) fail(value.position, "db is empty; name the company database's file");
 }
 
+// The key is called engine, but it selects the dialect of the statements.
 void readEngine(ConnectionString& out, const Value& value) {
-  for (const ServerType& server : kServerTypes) {
-    if (server.name != value.raw) continue;
-    out.dbServerType = server.type;
+  if (const auto serverType = serverTypeNamed(toUtf8(value.raw))) {
+    out.dbServerType = *serverType;
     return;
   }
   fail(value.position,

@@ -1,6 +1,7 @@
 #include "qxframework/runtime/addon_form.h"
 
 #include "qxframework/automation/format.h"
+#include "qxframework/host/item_types.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/runtime/addon.h"
 
@@ -11,11 +12,6 @@ using Scope = CReturnValue<long>;
 using TextScope = CReturnValue<CComBSTR>;
 
 constexpr std::uint32_t kSentinelId = 0xFFFFFFFF;
-
-// The host's types of items and columns that a click moves the focus to.
-constexpr long kButton = 4;
-constexpr long kEdit = 16;
-constexpr long kLinkedButton = 116;
 
 CComBSTR selectedValue(const CComPtr<IComboBox>& comboBox) {
   const CComPtr<IValidValue> selected = comboBox->GetSelected();
@@ -236,7 +232,7 @@ void CQXAddOnForm::SetItemFocus(CComBSTR uid) {
   const CReturnValue<void> scope(u"CQXAddOnForm::SetItemFocus", LogId());
   const CComPtr<IItem> item = GetFormItem(uid);
   const long type = item->GetType();
-  if (type == kEdit || type == kButton) item->Click(0);
+  if (type == qx::kEditText || type == qx::kButton) item->Click(0);
 }
 
 void CQXAddOnForm::SetItemFocus(unsigned int id) { SetItemFocus(DecimalUID(id)); }
@@ -246,7 +242,7 @@ void CQXAddOnForm::SetItemFocus(unsigned int matrixId, unsigned int columnId, un
   const CComPtr<IMatrix> matrix = GetFormItemSpecific<IMatrix>(static_cast<long>(matrixId));
   const CComPtr<IColumn> column = matrix->GetColumns()->Item(CComVariant(DecimalUID(columnId)));
   const long type = column->GetType();
-  if (type != kEdit && type != kButton && type != kLinkedButton) return;
+  if (type != qx::kEditText && type != qx::kButton && type != qx::kLinkedButton) return;
   column->GetCells()->Item(CComVariant(static_cast<long>(row)))->Click(0, 0);
 }
 

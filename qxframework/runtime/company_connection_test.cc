@@ -1,3 +1,5 @@
+#include "qxframework/runtime/company_connection.h"
+
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/os/module.h"
