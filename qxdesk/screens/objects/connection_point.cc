@@ -1,7 +1,7 @@
 #include "qxdesk/screens/objects/connection_point.h"
 
 #include "qxdesk/screens/objects/dispatch_sink.h"
-#include "qxdesk/session/call_gate.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/ids.h"
 
@@ -15,11 +15,7 @@ class ConnectionPoint final : public ComObject<IConnectionPoint> {
   explicit ConnectionPoint(std::shared_ptr<Client> client) : client_(std::move(client)) {}
 
   HRESULT GetConnectionInterface(IID* iid) override {
-    return desk::hostCall([&]() -> HRESULT {
-      if (iid == nullptr) return E_POINTER;
-      *iid = DIID_IApplicationEvents;
-      return S_OK;
-    });
+    return desk::hostCall([&] { return desk::giveValue<IID>(DIID_IApplicationEvents, iid); });
   }
   HRESULT Advise(IUnknown* sink, DWORD* cookie) override {
     return desk::hostCall([&]() -> HRESULT {

@@ -168,11 +168,8 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
     });
   }
   HRESULT GetSinkCount(long* out) override {
-    return guarded([&]() -> HRESULT {
-      if (out == nullptr) return E_POINTER;
-      *out = static_cast<long>(desk().events.sinkCount());
-      return S_OK;
-    });
+    return guarded(
+        [&] { return desk::giveValue(static_cast<long>(desk().events.sinkCount()), out); });
   }
 
  private:
@@ -190,7 +187,7 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
     return play([&](UserActions& user) -> HRESULT {
       if (done == nullptr) return E_POINTER;
       *done = VARIANT_FALSE;
-      *done = body(user) ? VARIANT_TRUE : VARIANT_FALSE;
+      *done = desk::variantBool(body(user));
       return S_OK;
     });
   }

@@ -1,6 +1,6 @@
 #include "qxdesk/screens/objects/event_args.h"
 
-#include "qxdesk/session/call_gate.h"
+#include "qxdesk/session/host_object_base.h"
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/events.h"
@@ -14,16 +14,10 @@ namespace {
 // client alive.
 template <class Out>
 HRESULT giveValue(Out value, Out* out) {
-  return desk::hostCall([&]() -> HRESULT {
-    if (out == nullptr) return E_POINTER;
-    *out = value;
-    return S_OK;
-  });
+  return desk::hostCall([&] { return desk::giveValue(value, out); });
 }
 
-HRESULT giveFlag(bool value, VARIANT_BOOL* out) {
-  return giveValue<VARIANT_BOOL>(value ? VARIANT_TRUE : VARIANT_FALSE, out);
-}
+HRESULT giveFlag(bool value, VARIANT_BOOL* out) { return giveValue(desk::variantBool(value), out); }
 
 HRESULT giveString(const std::u16string& text, BSTR* out) {
   return desk::hostCall([&] { return giveText(text, out); });
