@@ -1,5 +1,7 @@
 #pragma once
 
+// The company's service object, which rounds amounts.
+
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/company.h"

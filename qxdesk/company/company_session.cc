@@ -88,7 +88,7 @@ void CompanySession::open(const LoginTarget& target) {
     database = open_(target.database, environment_);
     ensureCompany(*database, target, environment_);
   } catch (const DatabaseError& error) {
-    // A statement that does not run says nothing of the company, so its message gets the place.
+    // The engine's message on a statement does not say which database it is about.
     if (error.fault() != Fault::Statement) throw asCompanyError(kOpenFailed, error);
     throw CompanyError(kOpenFailed, Text::CannotOpen, databaseName(target.database), error.what());
   }
@@ -132,8 +132,11 @@ RowStore CompanySession::query(std::string_view utf8) {
   Database& open = database();
   if (translator_ == nullptr) return run(open, utf8, {});
   try {
+    // The translator asks the catalogue, which must show the tables as they are now.
     open.noticeChanges();
     const sql::Translation translation = translator_->translate(utf8);
+    // The translator keeps the limit and writes it into later statements; the engine sees none of
+    // it.
     if (translation.kind == sql::StatementKind::SetRowCount) return {};
     return run(open, translation.text, translation);
   } catch (const sql::SqlError& error) {

@@ -1,5 +1,7 @@
 #pragma once
 
+// The object that formats and reads dates and amounts for add-ons and looks up currency rates.
+
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/company.h"

@@ -76,6 +76,7 @@ std::optional<DecimalText> roundedDecimal(double value, int places) {
   result.whole = text.substr(0, point);
   result.whole.erase(0, std::min(result.whole.find_first_not_of('0'), result.whole.size() - 1));
   result.fraction = text.substr(point);
+  // A negative amount that rounds to zero must not read "-0.00".
   const bool zero = text.find_first_not_of('0') == std::string::npos;
   result.negative = value < 0 && !zero;
   return result;

@@ -167,6 +167,7 @@ std::optional<std::u16string> amountText(double amount, HvMoneyPrecisionTypes pr
 }
 
 int roundingPlaces(long context, std::u16string_view currency, const CompanySettings& settings) {
+  // Numbers beyond the enumeration count as sums; 7, "no context", is one of them.
   const bool sum = context < mpt_Price || context > mpt_Measure;
   if (sum && settings.country == u"HU" && currency == u"HUF") return 0;
   return decimalsOf(settings, context);

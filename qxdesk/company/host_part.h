@@ -1,5 +1,8 @@
 #pragma once
 
+// A base for objects that are members of another object and share its life, such as the fields of a
+// recordset.
+
 #include "qxdesk/session/host_object_base.h"
 
 namespace qx::desk {

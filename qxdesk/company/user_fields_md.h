@@ -1,5 +1,7 @@
 #pragma once
 
+// The object by which add-ons find, add and change user fields.
+
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/dictionary/dictionary_fields.h"
 #include "qxdesk/session/host_object_base.h"

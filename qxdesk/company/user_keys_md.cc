@@ -20,6 +20,7 @@ class Elements final : public HostObjectBase<IUserKeysMD_Elements> {
   HRESULT raw_Add() override {
     return companyCall(key_->session(), [&] {
       if (next_.empty()) throw CompanyError(kInvalidValue, Text::KeyColumnNotSet);
+      // Emptied, so that the same column is not added twice by mistake.
       key_->columns().push_back(std::exchange(next_, {}));
     });
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+// The object by which add-ons find, add and remove keys of tables.
+
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/dictionary/dictionary_keys.h"
 #include "qxdesk/session/host_object_base.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+// The object by which add-ons find, add and remove user tables.
+
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/dictionary/dictionary_tables.h"
 #include "qxdesk/session/host_object_base.h"

@@ -89,6 +89,7 @@ bool DictionaryFields::hasRows(const std::string& table) {
 
 void DictionaryFields::addColumn(const std::string& table, const FieldShape& shape) {
   const bool rows = hasRows(table);
+  // Existing rows take the default, and without one they would break NOT NULL at once.
   if (rows && shape.mandatory && shape.defaultValue.empty()) {
     throw CompanyError(kInvalidValue, Text::MandatoryNeedsDefault, shape.name, table);
   }

@@ -46,6 +46,7 @@ void DictionaryKeys::add(UserKey key) {
 
 // Replaces the aliases in the key by the real columns.
 void DictionaryKeys::check(UserKey& key) {
+  // The name first: the messages that follow quote it.
   checkKeyName(key);
   if (KeyRows(database_).findId(key.table, key.name)) {
     throw CompanyError(kAlreadyExists, Text::KeyExists, key.name, key.table);
@@ -79,6 +80,7 @@ void DictionaryKeys::makeIndex(const UserKey& key) {
   try {
     database_.execute(sql);
   } catch (const DatabaseError& error) {
+    // Rows that are already equal are the author's mistake and no failure of the database.
     if (error.fault() != Fault::Unique) throw;
     throw CompanyError(kInvalidValue, Text::KeyNotUnique, key.name, key.table);
   }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kMaxTableName = 19;
 constexpr std::size_t kMaxTableNameDb2 = 9;
-constexpr long kLastTableType = 4;
+constexpr long kLastTableType = 4;  // 0 is a plain table, 1 to 4 are master data and documents
 
 void checkTable(const UserTable& table, long serverType) {
   if (table.name.empty()) throw CompanyError(kInvalidValue, Text::TableNameEmpty);

@@ -28,6 +28,7 @@ bool isTime(const FieldShape& shape) {
 
 ColumnLayout bareColumn(const FieldShape& shape) {
   const std::string name = columnName(shape.name);
+  // Before the types: a time of day has the type of a date.
   if (isTime(shape)) return smallIntegerColumn(name);
   switch (shape.type) {
     case kMemoField:

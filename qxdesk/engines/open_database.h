@@ -1,5 +1,7 @@
 #pragma once
 
+// Opens a company database on the engine that its name selects.
+
 #include "qxdesk/engines/database.h"
 #include "qxdesk/engines/environment.h"
 

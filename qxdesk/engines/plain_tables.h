@@ -1,5 +1,7 @@
 #pragma once
 
+// Tables on an engine about which nothing is known.
+
 #include "qxdesk/engines/engine_tables.h"
 
 #include <map>

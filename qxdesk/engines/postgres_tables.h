@@ -1,5 +1,7 @@
 #pragma once
 
+// Tables on PostgreSQL.
+
 #include "qxdesk/engines/engine_tables.h"
 
 namespace qx::desk {

@@ -1,5 +1,7 @@
 #pragma once
 
+// Tables on SQLite.
+
 #include "qxdesk/engines/engine_tables.h"
 
 namespace qx::desk {
