@@ -2,7 +2,7 @@
 
 #include "qxdesk/company/display_format.h"
 #include "qxdesk/company/recordset.h"
-#include "qxdesk/engines/stored_date.h"
+#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
 
@@ -23,7 +23,7 @@ RowStore textRow(const std::u16string& text) {
 
 RowStore dateRow(DATE date) {
   RowStore row = oneRow(sql::ColumnType::Date);
-  const std::optional<std::string> stored = storedOfDate(date);
+  const std::optional<std::string> stored = sql::storedOfDate(date);
   // The null date is null in rows, too, and reads as 0.0 again.
   if (date == 0.0 || !stored) {
     row.appendNull();
@@ -60,7 +60,7 @@ double rateOf(CompanySession& session, std::u16string_view currency, DATE date) 
   // The fraction of a date counts forward from midnight even before day 0, so trunc is right there
   // where floor would lead to the day before.
   const DATE day = std::trunc(date);
-  const std::optional<std::string> stored = storedOfDate(day);
+  const std::optional<std::string> stored = sql::storedOfDate(day);
   if (!stored) noDate(date, settings);
   const auto row = session.database().prepare(
       "SELECT [Rate] FROM [HVRATE] WHERE [Currency] = ? AND [RateDate] = ?");

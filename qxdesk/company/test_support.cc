@@ -1,7 +1,7 @@
 #include "qxdesk/company/test_support.h"
 
 #include "qxdesk/engines/open_database.h"
-#include "qxdesk/engines/stored_date.h"
+#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/text.h"
 #include "testing/postgres_server.h"
 
@@ -60,7 +60,7 @@ CComPtr<IRecordset> query(const CComPtr<ICompany>& company, const std::u16string
 }
 
 std::u16string cellText(const VARIANT& value) {
-  if (value.vt == VT_DATE) return toUtf16(storedOfDate(value.date).value_or("no date"));
+  if (value.vt == VT_DATE) return toUtf16(sql::storedOfDate(value.date).value_or("no date"));
   CComVariant text;
   EXPECT_EQ(VariantChangeTypeEx(&text, &value, 1033, 0, VT_BSTR), S_OK);
   return std::u16string(viewOfBstr(text.bstrVal));

@@ -4,8 +4,8 @@
 #include "qxdesk/engines/atomic_change.h"
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/engines/engine_tables.h"
-#include "qxdesk/engines/stored_date.h"
 #include "qxdesk/session/database_name.h"
+#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
 
@@ -92,7 +92,7 @@ void addTaxRates(Database& database) {
 }
 
 std::string storedDay(int year, int month, int day) {
-  return storedOfDate(dateFromCivil({year, month, day}).value()).value();
+  return sql::storedOfDate(dateFromCivil({year, month, day}).value()).value();
 }
 
 // Adds the monthly periods of last year, this year and next year.
@@ -112,7 +112,7 @@ void addPeriods(Database& database, int thisYear) {
     row->bind(4, std::string_view(first).substr(0, 4));
     row->bind(5, std::int64_t{month});
     row->bindDate(6, first);
-    row->bindDate(7, storedOfDate(next - 1).value());
+    row->bindDate(7, sql::storedOfDate(next - 1).value());
     row->step();
     row->reset();
   }
@@ -123,7 +123,7 @@ void addRates(Database& database, int year) {
   const auto row = database.prepare(insertInto("HVRATE", {"RateDate", "Currency", "Rate"}));
   const DATE end = *dateFromCivil({year + 2, 1, 1});
   for (DATE day = *dateFromCivil({year, 1, 1}); day < end; ++day) {
-    row->bindDate(1, storedOfDate(day).value());
+    row->bindDate(1, sql::storedOfDate(day).value());
     row->bind(2, std::string_view("USD"));
     row->bind(3, 0.92);
     row->step();

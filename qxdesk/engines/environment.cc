@@ -1,6 +1,6 @@
 #include "qxdesk/engines/environment.h"
 
-#include "qxdesk/engines/stored_date.h"
+#include "qxdesk/sql/stored_date.h"
 
 #include <sys/random.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 std::string localNow() {
   std::string text;
-  if (const auto now = localTime(std::time(nullptr))) assignStored(text, *now);
+  if (const auto now = localTime(std::time(nullptr))) sql::assignStored(text, *now);
   return text;
 }
 

@@ -1,6 +1,6 @@
 #include "qxdesk/engines/row_store.h"
 
-#include "qxdesk/engines/stored_date.h"
+#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/text.h"
 
 #include <algorithm>
@@ -161,7 +161,7 @@ void RowStore::appendText(std::string_view utf8) { appendText(cellCount_ % colum
 void RowStore::appendText(std::size_t column, std::string_view utf8) {
   if (columns_[column].type == sql::ColumnType::Date) {
     // Read once here instead of at every look at the cell, and without keeping the text.
-    if (const std::optional<DATE> date = dateOfStored(utf8)) {
+    if (const std::optional<DATE> date = sql::dateOfStored(utf8)) {
       newCell(Kind::Date).real = *date;
       return;
     }

@@ -1,10 +1,11 @@
 #include "qxdesk/sql/dates.h"
 
+#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/ascii.h"
+#include "qxframework/automation/civil_time.h"
 
 #include <array>
 #include <chrono>
-#include <cstdio>
 
 namespace qx::sql {
 namespace {
@@ -53,17 +54,14 @@ int daysOfMonth(int year, int month) {
   return month == 2 && leap ? 29 : kDays.at(static_cast<std::size_t>(month));
 }
 
-struct Moment {
-  int year, month, day, hour = 0, minute = 0, second = 0;
-
-  bool valid() const {
-    return year >= 1 && month >= 1 && month <= 12 && day >= 1 && day <= daysOfMonth(year, month) &&
-           hour < 24 && minute < 60 && second < 60;
-  }
-};
+bool isRealTime(const CivilTime& time) {
+  return time.year >= 1 && time.month >= 1 && time.month <= 12 && time.day >= 1 &&
+         time.day <= daysOfMonth(time.year, time.month) && time.hour < 24 && time.minute < 60 &&
+         time.second < 60;
+}
 
 // Reads the time that may follow the day. Returns false if anything else follows.
-bool readTime(Reader& reader, Moment& moment) {
+bool readTime(Reader& reader, CivilTime& moment) {
   if (reader.empty()) return true;
   if (!reader.accept(' ') && !reader.accept('T')) return false;
   moment.hour = reader.digits(2);
@@ -76,25 +74,23 @@ bool readTime(Reader& reader, Moment& moment) {
   return reader.ok() && reader.empty();
 }
 
-std::optional<Moment> readMoment(std::string_view text) {
+std::optional<CivilTime> readCivilTime(std::string_view text) {
   Reader reader(trimmed(text));
-  Moment moment{};
+  CivilTime moment{};
   moment.year = reader.digits(4);
   // Two dashes or none: 2024-0131 is no form of any dialect.
   const bool dashes = reader.accept('-');
   moment.month = reader.digits(2);
   if (dashes && !reader.accept('-')) return std::nullopt;
   moment.day = reader.digits(2);
-  if (!reader.ok() || !readTime(reader, moment) || !moment.valid()) return std::nullopt;
+  if (!reader.ok() || !readTime(reader, moment) || !isRealTime(moment)) return std::nullopt;
   return moment;
 }
 
-std::string storedForm(const Moment& moment) {
-  // Room for six numbers of any size, so that the compiler sees no text cut.
-  std::array<char, 72> stored{};
-  std::snprintf(stored.data(), stored.size(), "%04d-%02d-%02d %02d:%02d:%02d", moment.year,
-                moment.month, moment.day, moment.hour, moment.minute, moment.second);
-  return stored.data();
+std::string storedForm(const CivilTime& time) {
+  std::string text;
+  assignStored(text, time);
+  return text;
 }
 
 constexpr std::int64_t kDay = 24 * 60 * 60;
@@ -109,12 +105,12 @@ constexpr std::int64_t firstSecondOf(int year, int month, int day) {
 constexpr std::int64_t kFirst = firstSecondOf(1, 1, 1);
 constexpr std::int64_t kLast = firstSecondOf(10000, 1, 1) - 1;
 
-std::int64_t secondsOf(const Moment& moment) {
+std::int64_t secondsOf(const CivilTime& moment) {
   return firstSecondOf(moment.year, moment.month, moment.day) + moment.hour * 3600 +
          moment.minute * 60 + moment.second;
 }
 
-Moment momentOf(std::int64_t seconds) {
+CivilTime momentOf(std::int64_t seconds) {
   const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
   // Rounded down and not towards 0, for the times before 1970.
   const auto days = std::chrono::floor<std::chrono::days>(time);
@@ -131,13 +127,13 @@ Moment momentOf(std::int64_t seconds) {
 }  // namespace
 
 std::optional<std::string> storedDate(std::string_view text) {
-  const std::optional<Moment> moment = readMoment(text);
+  const std::optional<CivilTime> moment = readCivilTime(text);
   return moment ? std::optional(storedForm(*moment)) : std::nullopt;
 }
 
 std::optional<std::string> movedDate(std::string_view stored, std::int64_t count,
                                      std::int64_t seconds) {
-  const std::optional<Moment> moment = readMoment(stored);
+  const std::optional<CivilTime> moment = readCivilTime(stored);
   if (!moment) return std::nullopt;
   const std::int64_t from = secondsOf(*moment);
   // Divided instead of multiplied: the product of an add-on's number could overflow.

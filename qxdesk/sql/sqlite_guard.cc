@@ -2,22 +2,20 @@
 
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/sqlite_functions.h"
+#include "qxdesk/sql/stored_date.h"
+#include "qxframework/automation/civil_time.h"
 
 #include <sqlite3.h>
 
-#include <array>
 #include <ctime>
 
 namespace qx::sql {
 namespace {
 
 std::string systemTime() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local);
-  return text.data();
+  std::string text;
+  if (const auto now = localTime(std::time(nullptr))) assignStored(text, *now);
+  return text;
 }
 
 [[noreturn]] void fail(sqlite3* db) {

@@ -1,9 +1,9 @@
-#include "qxdesk/engines/stored_date.h"
+#include "qxdesk/sql/stored_date.h"
 
 #include <array>
 #include <cstdio>
 
-namespace qx::desk {
+namespace qx::sql {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::optional<DATE> dateOfStored(std::string_view text) {
   return scan.isGood() ? dateFromCivil(time) : std::nullopt;
 }
 
-}  // namespace qx::desk
+}  // namespace qx::sql

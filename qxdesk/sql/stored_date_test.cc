@@ -1,12 +1,10 @@
-#include "qxdesk/engines/stored_date.h"
-
-#include "qxdesk/engines/environment.h"
+#include "qxdesk/sql/stored_date.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-namespace qx::desk {
+namespace qx::sql {
 namespace {
 
 TEST(StoredDate, ReadsItsOwnFormsOnly) {
@@ -44,9 +42,5 @@ TEST(StoredDate, ReadsWhatItWrites) {
   }
 }
 
-TEST(StoredDate, IsTheFormOfTheSystemsClock) {
-  EXPECT_TRUE(dateOfStored(systemEnvironment().now()));
-}
-
 }  // namespace
-}  // namespace qx::desk
+}  // namespace qx::sql
