@@ -1,6 +1,6 @@
 #include "testing/cases.h"
 
-#include "tests/support/scoped_variable.h"
+#include "testing/scoped_variable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

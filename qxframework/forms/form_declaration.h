@@ -1,8 +1,8 @@
 #pragma once
 
-// The declaration of a form class. It stands first in the class, with the form's type, the number
-// of its XML resource, the extension that it belongs to, and the rows of its symbol table, each
-// symbol, number and fallback text:
+// The declaration of a form class. It comes first in the class and has the form's type, the number
+// of its XML resource, its extension, and the rows of its symbol table. A row is a symbol, a number
+// and a fallback text:
 //
 //   class OrderForm : public CQXAddOnForm {
 //     DECLARE_XML_FORM_EX(u"ORDER", 1200, u"SALES",
@@ -12,15 +12,15 @@
 //     ...
 //   };
 //
-// It gives the class its four declaring operations and the number of its open forms. These are
-// macros because a class template cannot give the counter and the overrides to a class that has to
+// It defines the four declaring operations of the class and the number of its open forms. These are
+// macros because a class template cannot add the counter and the overrides to a class that must
 // derive from a form directly.
 
 #include "qxframework/resources/xml_map.h"
 
 #include <initializer_list>
 
-/// The form of an extension.
+/// Declares a form of an extension.
 #define DECLARE_XML_FORM_EX(type, resource, extension, ...)          \
  public:                                                             \
   void InitXMLMap() override {                                       \
@@ -39,5 +39,6 @@
  private:                                                            \
   static inline long s_lInstances = 0;
 
-/// A form without an extension: CQXAddOn::GetSelectedForm finds it only by an empty extension id.
+/// Declares a form without an extension. CQXAddOn::GetSelectedForm finds it only by an empty
+/// extension id.
 #define DECLARE_XML_FORM(type, resource, ...) DECLARE_XML_FORM_EX(type, resource, u"", __VA_ARGS__)
