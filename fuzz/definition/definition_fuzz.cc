@@ -1,8 +1,8 @@
-// Arbitrary database definitions, run twice against a company that keeps a dictionary. The first
-// byte chooses the engine, the second which statement fails, if any.
+// Arbitrary database definitions, run twice against a company with a dictionary. The first byte
+// chooses the server type, the second the statement that fails; 0 for none.
 //
-// Whatever the definition is, a run ends with success or E_FAIL, never with two objects of the
-// dictionary at a time, and a second run adds no table and no field to what a complete one made.
+// Every run ends with success or E_FAIL and never has two metadata objects at a time. After a
+// complete run a second one adds no table and no field.
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/version.h"
@@ -26,7 +26,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-// What every case uses; it lives as long as the process.
+// The parts that all cases share. They exist until the process ends.
 struct Surroundings {
   RecordingLogger logger;
   qx::ManualClock clock;
@@ -68,9 +68,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   surroundings.logger.records.clear();
   surroundings.file.write({reinterpret_cast<const char*>(data + 2), size - 2});
 
-  constexpr long kEngines[] = {1, 2, 3, 9};
+  constexpr long kServerTypes[] = {1, 2, 3, 9};
   Case one(surroundings);
-  one.company().engine = kEngines[data[0] % std::size(kEngines)];
+  one.company().engine = kServerTypes[data[0] % std::size(kServerTypes)];
   one.company().failStatement = data[1] % 16;
   if (one.run() != S_OK) return 0;
   const auto tables = one.company().tables;

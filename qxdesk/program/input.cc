@@ -10,7 +10,7 @@
 namespace qx::desk {
 namespace {
 
-// A description is written by hand; what is longer is something else, or has no end.
+// A description is written by hand. A longer input is something else, or has no end.
 constexpr std::size_t kLargestInput = std::size_t{16} << 20;
 
 std::string readAll(std::istream& stream, const std::string& name) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the subcommands read and print.
+// Input and output of the subcommands.
 
 #include <string>
 #include <string_view>
@@ -12,11 +12,11 @@ struct Input {
   std::string content;
 };
 
-/// The file, or the standard input for "-". Raises a std::runtime_error with what is wrong and what
-/// to do; so does print().
+/// Reads the file, or the standard input for "-". Throws std::runtime_error with the problem and
+/// the remedy; so does print().
 Input readInput(const std::string& file);
 
-/// To the standard output, as it stands.
+/// Writes the text to the standard output, unchanged.
 void print(std::string_view text);
 
 }  // namespace qx::desk

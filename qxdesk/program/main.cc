@@ -1,4 +1,4 @@
-// qxdesk: the program of the stand-in host. It wires the subcommands and nothing else.
+// qxdesk: the program of the stand-in host. It only connects the subcommands.
 
 #include "qxdesk/program/sql_command.h"
 #include "qxframework/automation/com_error.h"
@@ -22,6 +22,7 @@ int run(int argc, char** argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
+    // CLI11 has exit codes of its own for each mistake; help and version are no mistakes.
     return program.exit(error) == 0 ? 0 : kWrongUse;
   }
   return task();

@@ -29,7 +29,7 @@ std::string output(const Options& options, const std::vector<sqlprint::Statement
   return sqlprint::sideBySide(statements);
 }
 
-/// Nothing is printed before everything is read and written.
+// Prints nothing before everything is read and written, so that a refusal leaves no half output.
 int run(const Options& options) {
   if (options.example) {
     print(sqlprint::kExample);

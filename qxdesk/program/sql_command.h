@@ -8,11 +8,12 @@ class App;
 
 namespace qx::desk {
 
-/// What a subcommand does once the command line is read: its result is the exit code. A failure is
-/// an exception whose text is told.
+/// The work of a subcommand after the command line is read. Its result is the exit code. A failure
+/// is an exception, whose text is printed.
 using Task = std::function<int()>;
 
-/// `qxdesk sql`: prints the statements of a description in the dialects. It needs no connection.
+/// Adds `qxdesk sql`, which prints the statements of a description in the dialects. It needs no
+/// connection.
 void addSqlCommand(CLI::App& program, Task& task);
 
 }  // namespace qx::desk

@@ -2,6 +2,8 @@
 
 #include "qxdesk/program/sql_command.h"
 
+#include "qxdesk/program/sql_command.h"
+
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -50,7 +52,7 @@ class SqlCommand : public testing::Test {
   test::TempFolder folder_;
 };
 
-TEST_F(SqlCommand, PrintsAFileWithoutAnyConnection) {
+TEST_F(SqlCommand, PrintsAFileWithoutAConnection) {
   folder_.write("f.toml", kSelect);
   const Outcome outcome = run("sql f.toml");
   EXPECT_EQ(outcome.exitCode, 0);
@@ -69,7 +71,7 @@ TEST_F(SqlCommand, ReadsTheStandardInput) {
             "<stdin>:2:9: error: 'table' is a whole number; write a text in double quotes\n");
 }
 
-TEST_F(SqlCommand, PrintsOneEnginesStatementsBare) {
+TEST_F(SqlCommand, PrintsOneDialectsStatementsBare) {
   folder_.write("f.toml", kSelect);
   EXPECT_EQ(run("sql f.toml --engine kordb").output,
             "SELECT TOP 2 \"K\" FROM \"@T\"     ORDER BY \"K\"\n");
@@ -78,7 +80,7 @@ TEST_F(SqlCommand, PrintsOneEnginesStatementsBare) {
       std::string("SET ROWCOUNT 2 \0SELECT K FROM [@T]     ORDER BY K\0SET ROWCOUNT 0\0", 65));
 }
 
-TEST_F(SqlCommand, ARefusedFileIsToldAndPrintsNothing) {
+TEST_F(SqlCommand, ARefusedFileIsReportedAndPrintsNothing) {
   folder_.write("f.toml", std::string(kSelect) +
                               "[delete]\ntable = \"T\"\nwhere = [{ field = "
                               "\"A\", is = \">\", value = 1 }]\n");
@@ -90,7 +92,7 @@ TEST_F(SqlCommand, ARefusedFileIsToldAndPrintsNothing) {
             "persistence layer refuses this, so change it\n");
 }
 
-TEST_F(SqlCommand, AWarningLeavesTheOutputAndTheExitCodeAlone) {
+TEST_F(SqlCommand, AWarningDoesNotChangeOutputAndExitCode) {
   folder_.write("f.toml",
                 "[load]\ntable = \"T\"\nwhere = [{ field = \"A\", value = 1, open = 1, close = 1 "
                 "}]\n");
@@ -102,7 +104,7 @@ TEST_F(SqlCommand, AWarningLeavesTheOutputAndTheExitCodeAlone) {
             "order that needs none\n");
 }
 
-TEST_F(SqlCommand, AFileThatCannotBeReadIsTold) {
+TEST_F(SqlCommand, AFileThatCannotBeReadIsReported) {
   EXPECT_EQ(run("sql none.toml").errors,
             "none.toml: error: the file cannot be read; check the path and its rights\n");
   const Outcome folder = run("sql .");
@@ -112,14 +114,14 @@ TEST_F(SqlCommand, AFileThatCannotBeReadIsTold) {
             "/dev/zero: error: the file is larger than 16 MiB; divide it\n");
 }
 
-TEST_F(SqlCommand, OutputThatCannotBeWrittenIsTold) {
+TEST_F(SqlCommand, OutputThatCannotBeWrittenIsReported) {
   folder_.write("f.toml", kSelect);
   const Outcome outcome = run("sql f.toml", "/dev/full");
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.errors, "<stdout>: error: the output cannot be written; check where it goes\n");
 }
 
-TEST_F(SqlCommand, AWrongCommandLineIsToldWithAnotherCode) {
+TEST_F(SqlCommand, AWrongCommandLineIsReportedWithAnotherCode) {
   const Outcome noFile = run("sql");
   EXPECT_EQ(noFile.exitCode, 2);
   EXPECT_EQ(noFile.errors, "FILE is required\nRun with --help for more information.\n");
@@ -137,7 +139,7 @@ TEST_F(SqlCommand, AWrongCommandLineIsToldWithAnotherCode) {
   EXPECT_EQ(run("").exitCode, 2);
 }
 
-TEST_F(SqlCommand, ItsExampleIsAFileThatWorks) {
+TEST_F(SqlCommand, ItsExampleIsAValidFile) {
   const Outcome example = run("sql --example");
   EXPECT_EQ(example.exitCode, 0);
   folder_.write("in", example.output);
@@ -147,7 +149,7 @@ TEST_F(SqlCommand, ItsExampleIsAFileThatWorks) {
   EXPECT_TRUE(printed.output.starts_with("SELECT TOP 5 T0.Code AS'T0.Code',"));
 }
 
-TEST_F(SqlCommand, ItsHelpTellsTheFormWithAnExampleThatWorks) {
+TEST_F(SqlCommand, ItsHelpHasTheFormWithAValidExample) {
   const Outcome help = run("sql --help");
   EXPECT_EQ(help.exitCode, 0);
   const std::size_t begin = help.output.find("  [select]\n  table");

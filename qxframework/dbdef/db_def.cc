@@ -1,4 +1,4 @@
-// The version side: the table that records which version of which extension is installed.
+// The table of versions: which version of which extension is installed.
 
 #include "qxframework/dbdef/db_def.h"
 
@@ -71,10 +71,11 @@ long CQXDbDef::GetDBVersion(CQXVersion& version) {
     const qx::Dialect& dialect = qx::dialectOf(m_ptrCompany->GetDbServerType());
     const CComPtr<IRecordset> recordset = openRecordset(m_ptrCompany);
     runLogged(hr, recordset, qx::format(qx::dbdef::kSelectVersion.of(dialect), m_bstrExtId.View()));
-    recordset->MoveFirst();
+    recordset->MoveFirst();  // the highest code is the latest row
     version.SetVersion(CString(qx::cellText(recordset, 0)));
     version.SetStatus(CString(qx::cellText(recordset, 1)));
   } catch (const _com_error& error) {
+    // A missing table ends here, too: the caller knows it by the code that is thrown.
     long code = 0;
     CComBSTR text;
     m_ptrCompany->raw_GetLastError(&code, &text.m_str);
@@ -84,7 +85,7 @@ long CQXDbDef::GetDBVersion(CQXVersion& version) {
     hr = QX_E_DATABASE;
     qx::raiseError(hr);
   }
-  // Asked for by itself, since the tables of early releases do not have the column.
+  // A statement of its own, since the tables of early releases lack the column.
   if (!version.GetStatus().IsEmpty()) version.SetEF(ReadEmergencyFix());
   return hr;
 }
@@ -99,7 +100,7 @@ long CQXDbDef::ReadEmergencyFix() {
     recordset->MoveFirst();
     number = qx::leadingNumber(qx::cellText(recordset, 0));
   } catch (const _com_error&) {
-    number = 0;  // the column is not there yet
+    number = 0;  // the table has no such column yet
   }
   return number;
 }
@@ -112,6 +113,7 @@ long CQXDbDef::CheckVersion(_DBCHECK& result) {
   GetFileVersion(fileVersion);
   const CString status = dbVersion.GetStatus();
   const bool complete = status.View() == STATUS_INSTALLED.View();
+  // An empty status first, then a newer database, whose status does not matter.
   if (status.IsEmpty()) {
     result = dbc_NoVersion;
   } else if (dbVersion > fileVersion) {
@@ -152,8 +154,8 @@ long CQXDbDef::SetDBStatus(CQXVersion& version) {
   return hr;
 }
 
-// Delete, then insert, with no transaction around them: a failure in between leaves no row for that
-// version. What is deleted is the file version's row, whatever version is stamped.
+// Deletes, then inserts, without a transaction: a failure between the two leaves no row for that
+// version. The deleted row is that of the file version, whichever version is stamped.
 long CQXDbDef::WriteStamp(const CComBSTR& status, const CComBSTR& version) {
   CReturnValue<long> hr(u"CQXDbDef::WriteStamp", 0, m_lLogId, false);
   try {

@@ -1,5 +1,9 @@
 #pragma once
 
+// The tables of an extension in the company database: db_def.cc has the versions that are
+// installed, db_def_create.cc the run over a definition with tables and rows, db_def_fields.cc and
+// db_def_keys.cc its fields and keys, db_def_progress.cc the progress bar.
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/simple_map.h"
@@ -22,14 +26,14 @@ namespace qx::dbdef {
 class SchemaProgress;
 }  // namespace qx::dbdef
 
-/// Keeps the tables of an extension in step with the version of its module: the table of installed
-/// versions on one side, the creation of tables, fields, keys and rows from an XML definition on
-/// the other. The definition is additive: what exists is left as it is.
+/// Keeps the tables of an extension in step with the version of its module. It reads and writes the
+/// table of installed versions, and creates tables, fields, keys and rows from an XML definition. A
+/// definition only adds: tables, fields and keys that exist do not change.
 ///
-/// Faults are raised as _com_error of 0x80040500, where an operation does not say otherwise.
+/// Operations throw a _com_error of 0x80040500 unless they say otherwise.
 class QX_API CQXDbDef {
  public:
-  /// How the tables of the extension stand to its module.
+  /// The version of the extension's tables, compared with that of its module.
   enum _DBCHECK {
     dbc_Ok = 0,
     dbc_NoVersion = 1,   // no row for the extension
@@ -42,7 +46,7 @@ class QX_API CQXDbDef {
   static const CComBSTR STATUS_FAILED;     // "Upgrade failed"
   static const CComBSTR STATUS_INSTALLED;  // "Installed"
 
-  /// The file version is that of `module`, or of the framework for null.
+  /// Reads the file version of `module`, or of the framework for null.
   CQXDbDef(CComPtr<IApplication> application, CComPtr<ICompany> company, CQXResourceLoader& loader,
            CComBSTR extensionId, HvLanguages language, HINSTANCE module);
   ~CQXDbDef();
@@ -50,30 +54,32 @@ class QX_API CQXDbDef {
   CQXDbDef& operator=(const CQXDbDef&) = delete;
 
   long GetFileVersion(CQXVersion& version);
-  /// Version and status of the extension's latest row; an empty status when there is none.
+  /// Reads version and status of the extension's latest row; an empty status without a row.
   long GetDBVersion(CQXVersion& version);
   long CheckVersion(_DBCHECK& result);
-  /// Turns a row that reads "Installed" into "Upgrade failed"; E_FAIL for any other.
+  /// Stamps "Upgrade failed" if the status is "Installed"; returns E_FAIL for any other status.
   long SetInitFailed(CQXVersion& version);
   long SetInstalled(CQXVersion& version);
-  /// Writes the status that the version carries.
+  /// Stamps the status of `version`.
   long SetDBStatus(CQXVersion& version);
 
-  /// Brings the database up to the definition in XML resource `resource`, stamping "Upgrading"
-  /// ahead unless `noUpgradeStamp`, and "Installed" behind. "0.00.00.00.00" stands for the file
-  /// version and is replaced by it.
+  /// Brings the database up to the definition in XML resource `resource`. Stamps "Upgrading" first,
+  /// unless `noUpgradeStamp`, and "Installed" at the end. The version "0.00.00.00.00" is replaced
+  /// by the file version.
   ///
-  /// E_FAIL, without the "Installed" stamp, for text that is no XML, a table or field that lacks
-  /// what it must have, is of an unknown type or refused by the host, a stamp that fails, and a
-  /// progress bar that nobody gave up in 30 minutes. What else fails is logged, and the run is
-  /// stamped and 0 all the same: a row ends its `data` element, a key its `userkeys`, and an
-  /// element that is not known is passed over. The host gets a `LinkedTable` as it is. Without a
-  /// `database` element, or with an empty one, the result is 0 as well, but nothing is stamped
-  /// behind: what was stamped "Upgrading" stays incomplete, and the progress bar stays up.
+  /// Returns E_FAIL, without the stamp "Installed", for text that is no XML, for a table or a field
+  /// that lacks a required attribute, has an unknown type or is refused by the host, for a stamp
+  /// that fails, and if the progress bar is not free within 30 minutes. Other failures are only
+  /// logged, and the run ends with its stamp and 0: a row that fails ends its `data` element, a key
+  /// its `userkeys`, and an unknown element is skipped. The host gets a `LinkedTable` unchanged.
+  /// Without a `database` element, or with an empty one, the result is also 0, but the last stamp
+  /// is missing: a run stamped "Upgrading" stays incomplete, and the progress bar stays on the
+  /// screen.
   long Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& version);
-  /// The string ids of the keys behind "*RES*"; not owned, null for none.
+  /// Sets the string ids of the keys that follow "*RES*"; null for none. The caller owns the map.
   long SetResourceMap(CSimpleMap<CString, int>* map);
-  /// Replaces "*RES*KEY" by the string that the resource map has for KEY; any other text stays.
+  /// Replaces "*RES*KEY" by the string with the id that the resource map has for KEY. Leaves any
+  /// other text unchanged.
   long ReplaceByResource(CComBSTR& text);
 
  private:

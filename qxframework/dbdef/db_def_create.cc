@@ -1,4 +1,4 @@
-// The schema side: brings the database up to a definition.
+// A run over a definition: its tables and their rows.
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/internal/definition_node.h"
@@ -27,7 +27,8 @@ constexpr long kBarMinutes = 30;
 constexpr unsigned kCheckDatabaseText = 223;
 constexpr std::u16string_view kResourceMark = u"*RES*";
 
-// The host's number for a table type; 0 leaves the host's default.
+// Returns the host's number for a table type; 0 for any other text, which leaves the host's
+// default.
 long tableTypeOf(std::u16string_view text) {
   constexpr std::u16string_view kTypes[] = {u"MasterData", u"MasterDataLines", u"Document",
                                             u"DocumentLines"};
@@ -55,10 +56,13 @@ long CQXDbDef::Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& ve
     m_ResourceLoader.LoadXML(m_lLogId, text, m_ptrDocument, nullptr, m_Language);
     const CComPtr<IXMLDOMElement> root = m_ptrDocument->documentElement();
     const CComPtr<IXMLDOMNode> database = root->selectSingleNode(u"//database");
+    // Without tables there is neither a last stamp nor an end of the progress bar. This is the
+    // contract.
     if (database == nullptr) {
       hr.LogWarning(u"<database> XML tag not found - no DB tables will be created.");
       return hr;
     }
+    // The last group's result is the run's; a failed group does not end the run.
     if (!forEachChild(database, [&](const auto& child) { hr = CreateTables(child); })) {
       hr.LogWarning(u"No DB tables found under <database>.");
       return hr;
@@ -111,7 +115,7 @@ long CQXDbDef::CreateTables(CComPtr<IXMLDOMNode> node) {
   return hr;
 }
 
-// Fields, rows and keys of one table, in the order of the definition.
+// Creates fields, rows and keys of one table, in the order of the definition.
 void CQXDbDef::FillTable(const CComBSTR& table, CComPtr<IXMLDOMNode> node, bool isUserTable) {
   CReturnValue<void> log(u"CQXDbDef::CreateTables", m_lLogId, true);
   const bool found = forEachChild(node, [&](const CComPtr<IXMLDOMNode>& child) {
@@ -119,6 +123,7 @@ void CQXDbDef::FillTable(const CComBSTR& table, CComPtr<IXMLDOMNode> node, bool 
     if (tag.View() == u"userfields") {
       CreateUserFields(table, child, isUserTable);
     } else if (tag.View() == u"data") {
+      // A failure ends this element only; a failed field ends the whole run.
       try {
         InsertData(table, child);
       } catch (const _com_error&) {
@@ -145,7 +150,7 @@ long CQXDbDef::CreateTable(CComPtr<IXMLDOMNode> node) {
       node, u"TableDescription", u"Error trying to localize description of table '%s'.\n", name);
   const CComBSTR type = Attribute(node, u"TableType");
 
-  // The host wants one metadata object gone before the next is asked for: it ends with this block.
+  // The host allows one metadata object at a time: this one is released at the end of the block.
   const CComQIPtr<IUserTablesMD> tables(m_ptrCompany->GetBusinessObject(qx::kUserTablesMD));
   if (tables->GetByKey(name) == VARIANT_TRUE) {
     hr.LogInfo(u"Table '%s' already exists\n", name.View());
@@ -201,8 +206,8 @@ CComBSTR CQXDbDef::TableName(CComPtr<IXMLDOMNode> node) {
                                               Attribute(node, u"TableName").View()));
 }
 
-// The attribute with "*RES*" replaced; null when it is absent. `failure` is logged with `name` when
-// the text cannot be localised.
+// Returns the attribute with "*RES*" replaced; null if it is absent. Logs `failure` with `name` and
+// throws if the text cannot be localised.
 CComBSTR CQXDbDef::LocalisedText(CComPtr<IXMLDOMNode> node, const OLECHAR* attribute,
                                  const OLECHAR* failure, const CComBSTR& name) {
   CComBSTR text = Attribute(node, attribute);
@@ -214,7 +219,7 @@ CComBSTR CQXDbDef::LocalisedText(CComPtr<IXMLDOMNode> node, const OLECHAR* attri
   return text;
 }
 
-// A text of the framework's own module in the application's language; empty when there is none.
+// Returns a text of the framework's module in the application's language; empty if it has none.
 CComBSTR CQXDbDef::FrameworkText(unsigned int id) {
   CQXResourceLoader loader(GetModuleHandleW(u"QXFramework.dll"));
   CQXBSTR text(m_Language);

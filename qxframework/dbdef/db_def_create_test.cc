@@ -23,7 +23,7 @@ class DbDefCreate : public DbDefTest {
   }
 };
 
-TEST_F(DbDefCreate, StampsUpgradingAheadAndInstalledBehind) {
+TEST_F(DbDefCreate, StampsUpgradingFirstAndInstalledAtTheEnd) {
   EXPECT_EQ(create(userTable("<userkeys/>"), false), S_OK);
   EXPECT_THAT(stamps(), ElementsAre("Upgrading", "Installed"));
   const auto at = [this](std::string_view part) {
@@ -37,7 +37,7 @@ TEST_F(DbDefCreate, StampsUpgradingAheadAndInstalledBehind) {
   EXPECT_LT(at("'Installed'"), at("Bar.Stop()"));
 }
 
-TEST_F(DbDefCreate, WithoutTheUpgradeStampOnlyInstalledIsWritten) {
+TEST_F(DbDefCreate, WithoutTheUpgradeStampOnlyInstalledIsStamped) {
   EXPECT_EQ(create(userTable("<userkeys/>"), true), S_OK);
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
@@ -57,7 +57,7 @@ TEST_F(DbDefCreate, AnotherVersionIsStampedAsGiven) {
   EXPECT_EQ(version.GetVersionAsBSTR().View(), u"8.01.02.03.04");
 }
 
-TEST_F(DbDefCreate, WithoutADatabaseElementNothingIsStampedBehindAndTheBarStaysUp) {
+TEST_F(DbDefCreate, WithoutADatabaseElementTheLastStampIsMissingAndTheBarStays) {
   EXPECT_EQ(create("<tables/>", false), S_OK);
   EXPECT_THAT(log(u"CQXDbDef::Create"),
               ElementsAre("2 <database> XML tag not found - no DB tables will be created."));
@@ -65,14 +65,14 @@ TEST_F(DbDefCreate, WithoutADatabaseElementNothingIsStampedBehindAndTheBarStaysU
   EXPECT_TRUE(barIsUp());
 }
 
-TEST_F(DbDefCreate, AnEmptyDatabaseElementIsTheSame) {
+TEST_F(DbDefCreate, AnEmptyDatabaseElementHasTheSameEffect) {
   EXPECT_EQ(create("<database/>", false), S_OK);
   EXPECT_THAT(log(u"CQXDbDef::Create"), ElementsAre("2 No DB tables found under <database>."));
   EXPECT_THAT(stamps(), ElementsAre("Upgrading"));
   EXPECT_TRUE(barIsUp());
 }
 
-TEST_F(DbDefCreate, TheDatabaseElementMayStandAnywhere) {
+TEST_F(DbDefCreate, TheDatabaseElementIsFoundAnywhere) {
   EXPECT_EQ(create("<addon><x>" + userTable("<userkeys/>") + "</x></addon>"), S_OK);
   EXPECT_THAT(calls.of("Tables.Add"), ElementsAre("(T)"));
 }
@@ -121,7 +121,7 @@ TEST_F(DbDefCreate, TheVersionTableIsCreatedByItsOwnDefinitions) {
   EXPECT_EQ(company->fields.size(), 5U);
 }
 
-TEST_F(DbDefCreate, TheUpgradeOfTheVersionTableGivesAnOldOneTheEmergencyFix) {
+TEST_F(DbDefCreate, TheUpgradeOfTheVersionTableAddsTheEmergencyFix) {
   EXPECT_EQ(createResource(401), S_OK);
   ASSERT_NE(company->field(u"EFNum"), nullptr);
   EXPECT_EQ(company->field(u"EFNum")->defaultValue, u"00");
@@ -149,17 +149,17 @@ TEST_F(DbDefCreate, ATableThatExistsIsLeftAsItIs) {
   EXPECT_THAT(log(u"CQXDbDef::CreateTable"), ElementsAre("3 Table 'T' already exists\n"));
 }
 
-TEST_F(DbDefCreate, WithoutADescriptionNoneIsGiven) {
+TEST_F(DbDefCreate, AMissingDescriptionIsNotSet) {
   table("TableName=\"T\"");
   EXPECT_THAT(calls.of("Tables."), ElementsAre("GetByKey(T)", "PutTableName(T)", "Add(T)"));
 }
 
-TEST_F(DbDefCreate, AnEmptyDescriptionIsGiven) {
+TEST_F(DbDefCreate, AnEmptyDescriptionIsSet) {
   table("TableName=\"T\" TableDescription=\"\"");
   EXPECT_THAT(calls.of("Tables.PutTableDescription"), ElementsAre("()"));
 }
 
-TEST_F(DbDefCreate, ADescriptionOfFortyCharactersReachesTheHostAsTwentyNine) {
+TEST_F(DbDefCreate, ADescriptionIsCutToTwentyNineCharacters) {
   table("TableName=\"T\" TableDescription=\"1234567890123456789012345678901234567890\"");
   EXPECT_THAT(calls.of("Tables.PutTableDescription"),
               ElementsAre("(12345678901234567890123456789)"));
@@ -190,7 +190,7 @@ TEST_F(DbDefCreate, AnyOtherTableTypeLeavesTheHostsDefault) {
   EXPECT_THAT(calls.of("Tables.PutTableType"), IsEmpty());
 }
 
-TEST_F(DbDefCreate, ATableWithoutANameIsAFault) {
+TEST_F(DbDefCreate, ATableWithoutANameEndsTheRun) {
   for (const char* attributes : {"TableDescription=\"x\"", "TableName=\"\""}) {
     logger.records.clear();
     EXPECT_EQ(table(attributes), E_FAIL);
@@ -200,7 +200,7 @@ TEST_F(DbDefCreate, ATableWithoutANameIsAFault) {
   }
 }
 
-TEST_F(DbDefCreate, ATableThatTheHostRefusesEndsTheRunWithItsText) {
+TEST_F(DbDefCreate, ARefusedTableEndsTheRunWithTheHostsText) {
   calls.answers["Tables.Add"] = -1120;
   EXPECT_EQ(table("TableName=\"T\""), E_FAIL);
   EXPECT_THAT(complaints(),
@@ -208,13 +208,13 @@ TEST_F(DbDefCreate, ATableThatTheHostRefusesEndsTheRunWithItsText) {
   EXPECT_EQ(company->liveMetadata, 0);
 }
 
-TEST_F(DbDefCreate, AHostThatRaisesEndsTheRun) {
+TEST_F(DbDefCreate, AnExceptionOfTheHostEndsTheRun) {
   calls.failures["Tables.Add"] = E_ACCESSDENIED;
   EXPECT_EQ(table("TableName=\"T\""), E_FAIL);
   EXPECT_THAT(complaints(), ElementsAre(kGivenUp));
 }
 
-TEST_F(DbDefCreate, AHostThatGivesNoTablesObjectEndsTheRun) {
+TEST_F(DbDefCreate, AHostWithoutATablesObjectEndsTheRun) {
   calls.failures["Company.GetBusinessObject 153"] = E_FAIL;
   EXPECT_EQ(table("TableName=\"T\""), E_FAIL);
   EXPECT_THAT(complaints(), ElementsAre(kGivenUp));
@@ -230,9 +230,9 @@ TEST_F(DbDefCreate, Db2KeepsNamesOfNineCharactersAndCutsTenToEight) {
   EXPECT_EQ(company->field(u"F")->table, u"BCDEFGHI");
 }
 
-TEST_F(DbDefCreate, OtherEnginesKeepLongNames) {
-  for (const long engine : {1L, 3L, 4L, 9L}) {
-    company->engine = engine;
+TEST_F(DbDefCreate, OtherDialectsKeepLongNames) {
+  for (const long serverType : {1L, 3L, 4L, 9L}) {
+    company->engine = serverType;
     company->tables.clear();
     table("TableName=\"ABCDEFGHIJKLMN\"");
   }
@@ -248,7 +248,7 @@ TEST_F(DbDefCreate, ATablesGroupCreatesNoTable) {
   EXPECT_EQ(company->field(u"F")->table, u"HVITEM");
 }
 
-TEST_F(DbDefCreate, GroupsAndTablesAreWorkedInTheirOrder) {
+TEST_F(DbDefCreate, GroupsAndTablesAreHandledInTheirOrder) {
   create(
       "<database><tables><table TableName=\"A\"><userkeys/></table></tables>"
       "<usertables><table TableName=\"B\"><userkeys/></table>"
@@ -256,7 +256,7 @@ TEST_F(DbDefCreate, GroupsAndTablesAreWorkedInTheirOrder) {
   EXPECT_THAT(calls.of("Tables.Add"), ElementsAre("(B)", "(C)"));
 }
 
-TEST_F(DbDefCreate, TheChildrenOfATableAreWorkedInTheirOrder) {
+TEST_F(DbDefCreate, TheChildrenOfATableAreHandledInTheirOrder) {
   create(
       userTable("<userkeys><k Name=\"K\"><c Name=\"F\"/></k></userkeys>"
                 "<data><row F=\"1\"/></data>"
@@ -270,14 +270,14 @@ TEST_F(DbDefCreate, TheChildrenOfATableAreWorkedInTheirOrder) {
   EXPECT_LT(row, field);
 }
 
-TEST_F(DbDefCreate, AnEmptyGroupIsAnErrorOfNoConsequence) {
+TEST_F(DbDefCreate, AnEmptyGroupIsOnlyLogged) {
   EXPECT_EQ(create("<database><usertables/><tables/></database>"), S_OK);
   EXPECT_THAT(complaints(), ElementsAre("1 Nothing found under '<usertables>'.\n",
                                         "1 Nothing found under '<tables>'.\n"));
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
-TEST_F(DbDefCreate, AnEmptyTableIsCreatedAndComplainedOf) {
+TEST_F(DbDefCreate, AnEmptyTableIsCreatedAndLogged) {
   EXPECT_EQ(create("<database><usertables><table TableName=\"A\"/><usertable TableName=\"B\"/>"
                    "</usertables></database>"),
             S_OK);
@@ -286,7 +286,7 @@ TEST_F(DbDefCreate, AnEmptyTableIsCreatedAndComplainedOf) {
                                         "1 Nothing found under '<usertable>'.\n"));
 }
 
-TEST_F(DbDefCreate, EmptyFieldsAreNoFault) {
+TEST_F(DbDefCreate, AnEmptyListOfFieldsIsAccepted) {
   EXPECT_EQ(create(userTable("<userfields/>")), S_OK);
   EXPECT_THAT(complaints(), IsEmpty());
 }
@@ -304,7 +304,7 @@ TEST_F(DbDefCreate, CommentsAndUnknownElementsAreSkippedEverywhere) {
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
-TEST_F(DbDefCreate, TextIsNotUsed) {
+TEST_F(DbDefCreate, TextBetweenElementsIsIgnored) {
   EXPECT_EQ(create("<database>x<usertables>x<table TableName=\"T\">x<userfields>x"
                    "<userfield Name=\"F\" Type=\"FLAG\">x<ValidValues>x<ValidValue Value=\"v\"/>"
                    "</ValidValues></userfield></userfields><data>x<row A=\"1\">x</row></data>"
@@ -369,7 +369,7 @@ TEST_F(DbDefCreate, ReplaceByResourceLeavesAKeyThatTheMapLacks) {
   }
 }
 
-TEST_F(DbDefCreate, TenMegabytesAreWorkedThrough) {
+TEST_F(DbDefCreate, TenMegabytesAreHandled) {
   std::string definition = "<database><usertables>";
   std::size_t tables = 0;
   for (; definition.size() < 10'000'000; ++tables) {

@@ -16,7 +16,7 @@ class DbDefData : public DbDefTest {
   }
 };
 
-TEST_F(DbDefData, ARowIsInsertedWithACodeOfItsOwn) {
+TEST_F(DbDefData, ARowIsInsertedWithTheNextCode) {
   company->answer(u"SELECT MAX(Code) FROM [@T]", {{CComVariant(u"00000009")}});
   EXPECT_EQ(insert("<row Name=\"'O'Brien'\" Born=\"GETDATE()\" Size=\"12\"/>"), S_OK);
   EXPECT_THAT(statements(),
@@ -28,7 +28,7 @@ TEST_F(DbDefData, ARowIsInsertedWithACodeOfItsOwn) {
                           "('0000000A', '0000000A', N'O''Brien', GETDATE(), 12)\"\n"));
 }
 
-TEST_F(DbDefData, EachEngineHasItsForm) {
+TEST_F(DbDefData, EachDialectHasItsForm) {
   const std::string bracket = "insert into [@T] (Code, Name, U_N) values ('00000000', '00000000', ";
   const std::map<long, std::string> expected{
       {1, bracket + "N'O''Brien')"},
@@ -38,16 +38,16 @@ TEST_F(DbDefData, EachEngineHasItsForm) {
       {9,
        "insert into \"@T\"(\"Code\", \"Name\", \"U_N\") values ('00000000', '00000000', "
        "N'O''Brien')"}};
-  for (const auto& [engine, sql] : expected) {
-    company->engine = engine;
+  for (const auto& [serverType, sql] : expected) {
+    company->engine = serverType;
     calls.calls.clear();
     insert("<row N=\"'O'Brien'\"/>");
-    ASSERT_EQ(statements().size(), 2U) << engine;
-    EXPECT_EQ(statements()[1], sql) << engine;
+    ASSERT_EQ(statements().size(), 2U) << serverType;
+    EXPECT_EQ(statements()[1], sql) << serverType;
   }
 }
 
-TEST_F(DbDefData, OnDb2TheTargetIsTheCutName) {
+TEST_F(DbDefData, Db2InsertsIntoTheTableWithTheCutName) {
   company->engine = 2;
   create(
       "<database><tables><table TableName=\"ABCDEFGHIJ\"><data><row A=\"1\"/></data></table>"
@@ -65,14 +65,14 @@ TEST_F(DbDefData, ARowWithoutAttributesIsSkipped) {
                           "insert into [@T] (Code, Name, U_A) values ('00000000', '00000000', 1)"));
 }
 
-TEST_F(DbDefData, CommentsAreSkippedAndUnknownElementsWarnedOf) {
+TEST_F(DbDefData, CommentsAndUnknownElementsAreSkipped) {
   insert("<!-- one --><line A=\"1\"/><row A=\"2\"/>");
   EXPECT_EQ(statements().size(), 2U);
   EXPECT_THAT(complaints(),
               ElementsAre("1 Skipping comment node.\n", "2 Not know what to do with '<line>'.\n"));
 }
 
-TEST_F(DbDefData, AFailedRowEndsItsElementAndTheRowsBeforeItStay) {
+TEST_F(DbDefData, AFailedRowEndsItsElementAndKeepsTheRowsBeforeIt) {
   company->failStatement = 4;  // the second row's insert
   EXPECT_EQ(create(userTable("<data><row A=\"1\"/><row A=\"2\"/><row A=\"3\"/></data>"
                              "<data><row A=\"4\"/></data>")),
@@ -89,13 +89,13 @@ TEST_F(DbDefData, AFailedRowEndsItsElementAndTheRowsBeforeItStay) {
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
-TEST_F(DbDefData, WithoutARecordsetTheElementIsGivenUpAndTheNextGoesOn) {
+TEST_F(DbDefData, WithoutARecordsetTheRunGoesOnWithTheNextElement) {
   calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_EQ(insert("<row A=\"1\"/>"), E_FAIL);  // the stamp needs one too
   EXPECT_THAT(complaints(), testing::Contains("1 Unable to insert data into T"));
 }
 
-TEST_F(DbDefData, EveryRunInsertsTheRowsAnew) {
+TEST_F(DbDefData, EveryRunInsertsTheRowsAgain) {
   const char* const row = "insert into [@T] (Code, Name, U_A) values ('00000000', '00000000', 1)";
   insert("<row A=\"1\"/>");
   insert("<row A=\"1\"/>");

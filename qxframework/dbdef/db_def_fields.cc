@@ -1,4 +1,4 @@
-// The schema side: user fields and their valid values.
+// The user fields of a definition and their valid values.
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/internal/definition_node.h"
@@ -22,9 +22,9 @@ using qx::dbdef::isElement;
 namespace {
 
 constexpr long kNoSize = 0;
-constexpr long kSizeAttribute = -1;  // the definition must say
+constexpr long kSizeAttribute = -1;  // the definition has the size
 
-// What a type keyword of a definition is to the host.
+// A type keyword of a definition with the host's numbers for it.
 struct FieldType {
   std::u16string_view keyword;
   long type;
@@ -59,6 +59,7 @@ template <class Scope, class... Args>
   qx::raiseError(hr);
 }
 
+// The host may change the size: the edit size follows the value that it keeps.
 void setSize(IUserFieldsMD* field, long size) {
   field->PutSize(size);
   field->PutEditSize(field->GetSize());
@@ -92,6 +93,7 @@ long CQXDbDef::CreateField(const CComBSTR& table, CComPtr<IXMLDOMNode> node, boo
   hr.LogInfo(u"Name='%s' Desc='%s' Type='%s' Size='%s' DefVal='%s' LinkT='%s'\n", name.View(),
              description.View(), keyword.View(), size.View(), defaultValue.View(),
              linkedTable.View());
+  // Before the host's object exists: an unknown type has no effect on the host.
   const FieldType* const type = findFieldType(keyword.View());
   if (type == nullptr) {
     fail(hr, u"Unknown type '%s' of field '%s' in table '%s'.\n", keyword.View(), name.View(),
@@ -121,8 +123,9 @@ long CQXDbDef::CreateField(const CComBSTR& table, CComPtr<IXMLDOMNode> node, boo
     hr.LogInfo(u"Field '%s' in table '%s' created.\n", name.View(), table.View());
     return hr;
   }
+  // Read before the dictionary is queried, since that query sets the last error, too.
   const CComBSTR refusal = LastErrorText();
-  field.Release();  // the host wants it gone before anything else is asked for
+  field.Release();  // the host allows one metadata object at a time
   if (UserFieldExists(table, name, isUserTable) != 0) {
     fail(hr, u"Failed to create field '%s' in table '%s': %s.\n", name.View(), table.View(),
          refusal.View());
@@ -142,6 +145,7 @@ long CQXDbDef::SetValidValues(CComPtr<IUserFieldsMD> field, CComPtr<IXMLDOMNode>
         LocalisedText(child, u"Value", u"Error trying to localize valid value '%s'.\n", raw);
     const CComBSTR description = LocalisedText(
         child, u"Description", u"Error trying to localize description of valid value '%s'.\n", raw);
+    // Set first, then added, for the first value as well.
     values->PutValue(value);
     values->PutDescription(description);
     values->Add();
@@ -151,7 +155,7 @@ long CQXDbDef::SetValidValues(CComPtr<IUserFieldsMD> field, CComPtr<IXMLDOMNode>
   return hr;
 }
 
-// 0 when the dictionary has the field, 1 when it does not.
+// Returns 0 if the dictionary has the field, 1 if it does not.
 long CQXDbDef::UserFieldExists(const CComBSTR& table, const CComBSTR& field, bool isUserTable) {
   CReturnValue<long> hr(u"CQXDbDef::UserFieldExists", 0, m_lLogId, false);
   try {
@@ -159,7 +163,7 @@ long CQXDbDef::UserFieldExists(const CComBSTR& table, const CComBSTR& field, boo
     const std::u16string sql = qx::format(shape.of(qx::dialectOf(m_ptrCompany->GetDbServerType())),
                                           table.View(), field.View());
     const CComQIPtr<IRecordset> recordset(m_ptrCompany->GetBusinessObject(qx::kRecordset));
-    hr.LogError(u"SQL: \"%s\"\n", sql);
+    hr.LogError(u"SQL: \"%s\"\n", sql);  // at this level by contract, although it is no error
     hr = recordset->DoQuery(CComBSTR(sql));
     if (hr < 0) {
       hr.LogError(u"Failed to check existence of user defined field '%s' in table '%s'",

@@ -32,7 +32,7 @@ TEST_F(DbDefFields, AFieldIsSetUpInOrderAndAdded) {
                           "3 Field 'F' in table 'T' created.\n"));
 }
 
-TEST_F(DbDefFields, AbsentAttributesAreEmptyInTheLogAndNotGivenToTheHost) {
+TEST_F(DbDefFields, MissingAttributesAreEmptyInTheLogAndNotSet) {
   EXPECT_EQ(field("Name=\"F\" Type=\"DATE\""), S_OK);
   EXPECT_THAT(calls.of("Fields."), ElementsAre("PutTableName(T)", "PutName(F)", "PutDescription()",
                                                "PutType(3)", "PutSubType(0)", "Add(F)"));
@@ -72,7 +72,7 @@ TEST_F(DbDefFields, TheEditSizeIsTheSizeReadBack) {
   EXPECT_EQ(company->field(u"F")->editSize, 254);
 }
 
-TEST_F(DbDefFields, ASizeIsReadUpToItsFirstOtherCharacter) {
+TEST_F(DbDefFields, ASizeIsReadUpToTheFirstCharacterThatIsNoDigit) {
   field("Name=\"F\" Type=\"CHAR\" Size=\" 12 characters\"");
   EXPECT_EQ(company->field(u"F")->size, 12);
 }
@@ -82,7 +82,7 @@ TEST_F(DbDefFields, ASizeThatIsNoNumberIsZero) {
   EXPECT_THAT(calls.of("Fields.PutSize"), ElementsAre("(0)"));
 }
 
-TEST_F(DbDefFields, WithoutASizeACharFieldIsAFault) {
+TEST_F(DbDefFields, ACharFieldWithoutASizeEndsTheRun) {
   for (const char* attributes : {"Name=\"F\" Type=\"CHAR\"", "Name=\"F\" Type=\"NUMC\"",
                                  "Name=\"F\" Type=\"CHAR\" Size=\"\""}) {
     calls.calls.clear();
@@ -94,7 +94,7 @@ TEST_F(DbDefFields, WithoutASizeACharFieldIsAFault) {
   }
 }
 
-TEST_F(DbDefFields, WithoutANameItIsAFault) {
+TEST_F(DbDefFields, AFieldWithoutANameEndsTheRun) {
   for (const char* attributes : {"Type=\"INT\"", "Name=\"\" Type=\"INT\""}) {
     logger.records.clear();
     EXPECT_EQ(field(attributes), E_FAIL);
@@ -102,7 +102,7 @@ TEST_F(DbDefFields, WithoutANameItIsAFault) {
   }
 }
 
-TEST_F(DbDefFields, WithoutATypeItIsAFault) {
+TEST_F(DbDefFields, AFieldWithoutATypeEndsTheRun) {
   for (const char* attributes : {"Name=\"F\"", "Name=\"F\" Type=\"\""}) {
     logger.records.clear();
     EXPECT_EQ(field(attributes), E_FAIL);
@@ -110,7 +110,7 @@ TEST_F(DbDefFields, WithoutATypeItIsAFault) {
   }
 }
 
-TEST_F(DbDefFields, AnUnknownTypeIsAFaultBeforeTheHostIsAsked) {
+TEST_F(DbDefFields, AnUnknownTypeEndsTheRunBeforeTheHostIsCalled) {
   for (const char* type : {"STRING", "char", "INT "}) {
     logger.records.clear();
     EXPECT_EQ(field(std::string("Name=\"F\" Type=\"") + type + "\""), E_FAIL);
@@ -122,7 +122,7 @@ TEST_F(DbDefFields, AnUnknownTypeIsAFaultBeforeTheHostIsAsked) {
   EXPECT_THAT(calls.of("Fields."), IsEmpty());
 }
 
-TEST_F(DbDefFields, OnlyExactlyOneIsMandatory) {
+TEST_F(DbDefFields, OnlyTheExactTextOneMakesAFieldMandatory) {
   for (const char* value : {"0", "01", "true", "", "1 "}) {
     company->fields.clear();
     field(std::string("Name=\"F\" Type=\"INT\" Mandatory=\"") + value + "\"");
@@ -131,13 +131,13 @@ TEST_F(DbDefFields, OnlyExactlyOneIsMandatory) {
   EXPECT_THAT(calls.of("Fields.PutMandatory"), IsEmpty());
 }
 
-TEST_F(DbDefFields, AnEmptyDefaultIsGivenAndAnEmptyLinkedTableIsNot) {
+TEST_F(DbDefFields, AnEmptyDefaultIsSetAndAnEmptyLinkedTableIsNot) {
   field("Name=\"F\" Type=\"INT\" DefaultValue=\"\" LinkedTable=\"\"");
   EXPECT_THAT(calls.of("Fields.PutDefaultValue"), ElementsAre("()"));
   EXPECT_THAT(calls.of("Fields.PutLinkedTable"), IsEmpty());
 }
 
-TEST_F(DbDefFields, ADescriptionOfFortyCharactersReachesTheHostAsTwentyNine) {
+TEST_F(DbDefFields, ADescriptionIsCutToTwentyNineCharacters) {
   field("Name=\"F\" Type=\"INT\" Description=\"1234567890123456789012345678901234567890\"");
   EXPECT_EQ(company->field(u"F")->description, u"12345678901234567890123456789");
 }
@@ -150,7 +150,7 @@ TEST_F(DbDefFields, TheCutAppliesToTheLocalisedText) {
   EXPECT_EQ(company->field(u"F")->description, u"A localised description of fo");
 }
 
-TEST_F(DbDefFields, AFieldThatExistsIsFoundInTheDictionaryAndTheRunGoesOn) {
+TEST_F(DbDefFields, AnExistingFieldDoesNotEndTheRun) {
   company->fields.push_back({.table = u"T", .name = u"F"});
   EXPECT_EQ(create(userField("<userfield Name=\"F\" Type=\"INT\"/>"
                              "<userfield Name=\"G\" Type=\"INT\"/>")),
@@ -167,7 +167,7 @@ TEST_F(DbDefFields, AFieldThatExistsIsFoundInTheDictionaryAndTheRunGoesOn) {
                           "'F'\"\n"));
 }
 
-TEST_F(DbDefFields, TheFieldsObjectIsGoneBeforeTheDictionaryIsAsked) {
+TEST_F(DbDefFields, TheFieldsObjectIsReleasedBeforeTheDictionaryIsQueried) {
   company->fields.push_back({.table = u"T", .name = u"F"});
   EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), S_OK);
   EXPECT_EQ(statements().size(), 1U);
@@ -175,7 +175,7 @@ TEST_F(DbDefFields, TheFieldsObjectIsGoneBeforeTheDictionaryIsAsked) {
   EXPECT_EQ(company->mostMetadataAtStatement, 0);
 }
 
-TEST_F(DbDefFields, AFieldThatTheHostRefusesEndsTheRunWithItsText) {
+TEST_F(DbDefFields, ARefusedFieldEndsTheRunWithTheHostsText) {
   calls.answers["Fields.Add"] = -1;
   EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), E_FAIL);
   EXPECT_THAT(
@@ -183,7 +183,7 @@ TEST_F(DbDefFields, AFieldThatTheHostRefusesEndsTheRunWithItsText) {
       ElementsAre("1 Failed to create field 'F' in table 'T': The host refuses.\n", kGivenUp));
 }
 
-TEST_F(DbDefFields, TheDictionaryIsAskedInTheFormOfTheEngine) {
+TEST_F(DbDefFields, TheDictionaryIsQueriedInTheDialect) {
   const std::map<long, std::string> expected{
       {1, "SELECT FieldID FROM CUFD WHERE TableID = '@T' AND AliasID = 'F'"},
       {2, "SELECT FieldID FROM CUFD WHERE TableID = '@T' AND AliasID = 'F'"},
@@ -191,15 +191,15 @@ TEST_F(DbDefFields, TheDictionaryIsAskedInTheFormOfTheEngine) {
       {4, "SELECT FieldID FROM CUFD WHERE TableID = '@T' AND AliasID = 'F'"},
       {9, "SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = '@T' AND \"AliasID\" = 'F'"}};
   company->fields.push_back({.table = u"T", .name = u"F"});
-  for (const auto& [engine, sql] : expected) {
-    company->engine = engine;
+  for (const auto& [serverType, sql] : expected) {
+    company->engine = serverType;
     calls.calls.clear();
-    EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), S_OK) << engine;
-    EXPECT_THAT(statements(), ElementsAre(sql)) << engine;
+    EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), S_OK) << serverType;
+    EXPECT_THAT(statements(), ElementsAre(sql)) << serverType;
   }
 }
 
-TEST_F(DbDefFields, InATablesGroupTheDictionaryIsAskedWithTheNameAsGiven) {
+TEST_F(DbDefFields, InATablesGroupTheDictionaryIsQueriedWithTheNameAsGiven) {
   const std::string definition =
       "<database><tables><usertable TableName=\"HVITEM\"><userfields>"
       "<userfield Name=\"F\" Type=\"INT\"/></userfields></usertable></tables></database>";
@@ -215,7 +215,7 @@ TEST_F(DbDefFields, InATablesGroupTheDictionaryIsAskedWithTheNameAsGiven) {
                                         "AND \"AliasID\" = 'F'"));
 }
 
-TEST_F(DbDefFields, ADictionaryThatCannotBeAskedEndsTheRun) {
+TEST_F(DbDefFields, AFailedQueryOfTheDictionaryEndsTheRun) {
   calls.answers["Fields.Add"] = -1;
   company->failStatement = 1;
   EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), E_FAIL);
@@ -225,7 +225,7 @@ TEST_F(DbDefFields, ADictionaryThatCannotBeAskedEndsTheRun) {
                           kGivenUp));
 }
 
-TEST_F(DbDefFields, ValidValuesAreSetFirstAndAddedAfter) {
+TEST_F(DbDefFields, ValidValuesAreSetAndThenAdded) {
   EXPECT_EQ(field("Name=\"F\" Type=\"FLAG\"",
                   "<ValidValues><ValidValue Value=\"Y\" Description=\"Yes\"/>"
                   "<ValidValue Value=\"N\" Description=\"No\"/></ValidValues>"),
@@ -253,7 +253,7 @@ TEST_F(DbDefFields, AValidValueMayLackItsAttributes) {
   EXPECT_THAT(log(u"CQXDbDef::SetValidValues"), ElementsAre("3 Added Valid Value '' = ''\n"));
 }
 
-TEST_F(DbDefFields, EmptyValidValuesAreAnErrorOfNoConsequence) {
+TEST_F(DbDefFields, AnEmptyListOfValidValuesIsOnlyLogged) {
   EXPECT_EQ(field("Name=\"F\" Type=\"FLAG\"", "<ValidValues/>"), S_OK);
   EXPECT_THAT(complaints(), ElementsAre("1 Nothing found under '<ValidValues>'.\n"));
   EXPECT_NE(company->field(u"F"), nullptr);
@@ -271,7 +271,7 @@ TEST_F(DbDefFields, CommentsAndUnknownElementsAreSkippedEverywhere) {
   EXPECT_EQ(company->field(u"F")->validValues.size(), 1U);
 }
 
-TEST_F(DbDefFields, OneObjectOfTheDictionaryLivesAtATime) {
+TEST_F(DbDefFields, OnlyOneMetadataObjectExistsAtATime) {
   create(
       userField("<userfield Name=\"F\" Type=\"FLAG\"><ValidValues><ValidValue Value=\"Y\"/>"
                 "</ValidValues></userfield><userfield Name=\"F\" Type=\"INT\"/>"));

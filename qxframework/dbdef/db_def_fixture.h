@@ -1,7 +1,7 @@
 #pragma once
 
-// What the tests of CQXDbDef share: the fakes of the host, a log that is kept, a clock that stands
-// still, and definitions that stand beside the expectations.
+// The fixture of CQXDbDef's tests: fakes of the host, a recorded log, a clock that only sleeps
+// move, and definitions that are written beside the expectations.
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/version.h"
@@ -23,7 +23,7 @@
 
 namespace qx::test {
 
-/// A definition of one user table "T", which has `content`.
+/// Returns a definition of one user table "T" with `content`.
 inline std::string userTable(std::string_view content) {
   return "<database><usertables><usertable TableName=\"T\">" + std::string(content) +
          "</usertable></usertables></database>";
@@ -33,12 +33,12 @@ inline std::string userField(std::string_view field) {
   return userTable("<userfields>" + std::string(field) + "</userfields>");
 }
 
-/// 1 other engines, 2 bare names, 3 and 4 as 1, 9 double quotes.
-inline constexpr long kEngines[] = {1, 2, 3, 4, 9};
+/// Server types: 2 has bare names, 9 double quotes, the others brackets. 4 is none of the host's.
+inline constexpr long kServerTypes[] = {1, 2, 3, 4, 9};
 
 class DbDefTest : public ::testing::Test {
  protected:
-  /// Made at the first use: engine and language are to be set before.
+  /// Makes the object at the first call. Set server type and language before that.
   CQXDbDef& def() {
     if (!def_) def_.emplace(application, company, loader, u"QX", ln_English, module);
     return *def_;
@@ -51,7 +51,7 @@ class DbDefTest : public ::testing::Test {
     return def().Create(resource, noUpgradeStamp, version);
   }
 
-  /// "<level> <text>" of what `function` logged, the trace of its calls left out.
+  /// Returns the log of a function as "<level> <text>", without the trace of its calls.
   std::vector<std::string> log(std::u16string_view function) const {
     std::vector<std::string> lines;
     for (const LogRecord& record : logger.records) {
@@ -64,7 +64,7 @@ class DbDefTest : public ::testing::Test {
     }
     return lines;
   }
-  /// All the errors and warnings, in order.
+  /// Returns all errors and warnings, in order.
   std::vector<std::string> complaints() const {
     std::vector<std::string> lines;
     for (const LogRecord& record : logger.records)
@@ -72,14 +72,14 @@ class DbDefTest : public ::testing::Test {
         lines.push_back(std::to_string(record.level) + " " + toUtf8(record.message));
     return lines;
   }
-  /// The statements but for those of the version table.
+  /// Returns the statements, except those of the version table.
   std::vector<std::string> statements() const {
     std::vector<std::string> found;
     for (const std::string& each : company->statements())
       if (each.find("@QXEXTDBV") == std::string::npos) found.push_back(each);
     return found;
   }
-  /// The status words that were stamped, in order.
+  /// Returns the status words that were stamped, in order.
   std::vector<std::string> stamps() const {
     std::vector<std::string> found;
     for (const std::string& each : company->statements()) {

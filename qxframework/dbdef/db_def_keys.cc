@@ -1,4 +1,4 @@
-// The schema side: user keys.
+// The user keys of a definition.
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/internal/definition_node.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kKeyNameLength = 10;  // of the host
+constexpr int kKeyNameLength = 10;  // the host's limit
 
 CComPtr<IUserKeysMD> openKeys(ICompany* company) {
   return CComQIPtr<IUserKeysMD>(company->GetBusinessObject(qx::kUserKeysMD));
@@ -28,7 +28,7 @@ long CQXDbDef::CreateUserIndexes(const CComBSTR& table, CComPtr<IXMLDOMNode> nod
   }
   while (const CComPtr<IXMLDOMNode> child = children->nextNode()) {
     hr = AddOrRemoveUserIndex(table, child);
-    if (hr != 0) break;
+    if (hr != 0) break;  // the first failure ends the list
   }
   if (hr == 0) {
     hr.LogInfo(u"All user indexes for '%s' successfully created.\n", table.View());
@@ -82,12 +82,13 @@ long CQXDbDef::AddOrRemoveUserIndex(const CComBSTR& table, CComPtr<IXMLDOMNode> 
   return hr;
 }
 
-// A key that is not there, or will not go, is only reported: the next key has its turn.
+// A key that does not exist or cannot be removed is only logged: the run goes on with the next key.
 void CQXDbDef::RemoveUserIndex(CComPtr<IUserKeysMD> keys, const CComBSTR& table,
                                const CComBSTR& key) {
   CReturnValue<void> log(u"CQXDbDef::AddOrRemoveUserIndex", m_lLogId, true);
   log.LogInfo(u"Trying to remove the key %s in table %s.\n", key.View(), table.View());
   const CComBSTR target(u"@" + std::u16string(table.View()));
+  // The host has no look-up by name. The first index that it refuses follows the last key.
   for (long index = 0; keys->GetByKey(target, index) == VARIANT_TRUE; ++index) {
     if (keys->GetKeyName().View() != key.View()) continue;
     if (keys->Remove() == 0) {

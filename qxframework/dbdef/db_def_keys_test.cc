@@ -31,7 +31,7 @@ TEST_F(DbDefKeys, AKeyIsAddedWithItsColumns) {
               ElementsAre("3 All user indexes for 'T' successfully created.\n"));
 }
 
-TEST_F(DbDefKeys, UniqueZeroMissingAndAnyOtherValueAreAlike) {
+TEST_F(DbDefKeys, OnlyTheExactTextOneMakesAKeyUnique) {
   keys(
       "<k Name=\"A\" Unique=\"0\"><c Name=\"F\"/></k><k Name=\"B\"><c Name=\"F\"/></k>"
       "<k Name=\"C\" Unique=\"true\"><c Name=\"F\"/></k>"
@@ -39,7 +39,7 @@ TEST_F(DbDefKeys, UniqueZeroMissingAndAnyOtherValueAreAlike) {
   EXPECT_THAT(calls.of("Keys.PutUnique"), ElementsAre("(0)", "(0)", "(0)", "(0)"));
 }
 
-TEST_F(DbDefKeys, ANameOfTenCharactersStaysAndElevenAreCutToTenWithAWarning) {
+TEST_F(DbDefKeys, ANameOfElevenCharactersIsCutToTenWithAWarning) {
   EXPECT_EQ(keys("<k Name=\"ABCDEFGHIJ\"><c Name=\"F\"/></k>"
                  "<k Name=\"BCDEFGHIJKL\"><c Name=\"F\"/></k>"),
             S_OK);
@@ -48,7 +48,7 @@ TEST_F(DbDefKeys, ANameOfTenCharactersStaysAndElevenAreCutToTenWithAWarning) {
                                         "'<BCDEFGHIJKL>'.\n"));
 }
 
-TEST_F(DbDefKeys, AKeyThatTheHostRefusesIsReportedAndEndsTheList) {
+TEST_F(DbDefKeys, ARefusedKeyIsLoggedAndEndsTheList) {
   calls.answers["Keys.Add"] = -1;
   EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k><k Name=\"B\"><c Name=\"F\"/></k>"), S_OK);
   EXPECT_THAT(calls.of("Keys.Add"), ElementsAre("(A)"));
@@ -57,7 +57,7 @@ TEST_F(DbDefKeys, AKeyThatTheHostRefusesIsReportedAndEndsTheList) {
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
-TEST_F(DbDefKeys, AnExistingKeyIsOnlyReported) {
+TEST_F(DbDefKeys, AnExistingKeyIsOnlyLogged) {
   company->keys.push_back({u"T", u"A", 0, {u"F"}});
   EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k>"), S_OK);
   EXPECT_EQ(company->keys.size(), 1U);
@@ -73,7 +73,7 @@ TEST_F(DbDefKeys, AKeyWithoutColumnsIsNotAdded) {
                                         "1 Not all user indexes for 'T' were created.\n"));
 }
 
-TEST_F(DbDefKeys, AColumnWithoutANameIsPassedOver) {
+TEST_F(DbDefKeys, AColumnWithoutANameIsSkipped) {
   keys("<k Name=\"A\"><c/><c Name=\"F\"/></k>");
   EXPECT_THAT(calls.of("Elements."), ElementsAre("PutColumnAlias(F)", "Add()"));
 }
@@ -83,7 +83,7 @@ TEST_F(DbDefKeys, AnEmptyColumnNameIsAName) {
   EXPECT_THAT(calls.of("Elements."), ElementsAre("PutColumnAlias()", "Add()"));
 }
 
-TEST_F(DbDefKeys, WithoutANameTheKeyHasAnEmptyOne) {
+TEST_F(DbDefKeys, AKeyWithoutANameHasAnEmptyName) {
   EXPECT_EQ(keys("<k><c Name=\"F\"/></k>"), S_OK);
   EXPECT_THAT(calls.of("Keys.Add"), ElementsAre("()"));
 }
@@ -95,7 +95,7 @@ TEST_F(DbDefKeys, CommentsAreSkippedAmongKeysAndAmongColumns) {
               ElementsAre("1 Skipping comment node.\n", "1 Skipping comment node.\n"));
 }
 
-TEST_F(DbDefKeys, TextAmongKeysAndColumnsIsNotUsed) {
+TEST_F(DbDefKeys, TextBetweenKeysAndColumnsIsIgnored) {
   EXPECT_EQ(keys("text<k Name=\"A\">text<c Name=\"F\"/></k>"), S_OK);
   EXPECT_THAT(calls.of("Keys.Add"), ElementsAre("(A)"));
   EXPECT_THAT(calls.of("Elements."), ElementsAre("PutColumnAlias(F)", "Add()"));
@@ -112,7 +112,7 @@ TEST_F(DbDefKeys, ALeadingMinusRemovesTheKey) {
                           "3 Key has been removed successfully"));
 }
 
-TEST_F(DbDefKeys, AKeyToRemoveThatIsNotThereIsLoggedAndTheNextKeyGoesOn) {
+TEST_F(DbDefKeys, RemovingAMissingKeyIsLoggedAndTheNextKeyFollows) {
   company->keys = {{u"T", u"K0", 0, {}}};
   EXPECT_EQ(keys("<k Name=\"-K1\"/><k Name=\"K2\"><c Name=\"F\"/></k>"), S_OK);
   EXPECT_THAT(calls.of("Keys."),
@@ -124,7 +124,7 @@ TEST_F(DbDefKeys, AKeyToRemoveThatIsNotThereIsLoggedAndTheNextKeyGoesOn) {
               ElementsAre("3 All user indexes for 'T' successfully created.\n"));
 }
 
-TEST_F(DbDefKeys, AKeyThatWillNotGoIsLoggedAndTheNextKeyGoesOn) {
+TEST_F(DbDefKeys, AFailedRemovalIsLoggedAndTheNextKeyFollows) {
   company->keys = {{u"T", u"K1", 0, {}}};
   calls.answers["Keys.Remove"] = -5;
   EXPECT_EQ(keys("<k Name=\"-K1\"/><k Name=\"K2\"><c Name=\"F\"/></k>"), S_OK);
@@ -133,20 +133,20 @@ TEST_F(DbDefKeys, AKeyThatWillNotGoIsLoggedAndTheNextKeyGoesOn) {
   EXPECT_NE(company->key(u"K2"), nullptr);
 }
 
-TEST_F(DbDefKeys, AKeyMayBeRemovedAndAddedAnew) {
+TEST_F(DbDefKeys, AKeyCanBeRemovedAndAddedAgain) {
   company->keys = {{u"T", u"K1", 0, {u"OLD"}}};
   EXPECT_EQ(keys("<k Name=\"-K1\"/><k Name=\"K1\"><c Name=\"NEW\"/></k>"), S_OK);
   ASSERT_NE(company->key(u"K1"), nullptr);
   EXPECT_THAT(company->key(u"K1")->columns, ElementsAre(u"NEW"));
 }
 
-TEST_F(DbDefKeys, WithoutChildrenThereAreNoKeys) {
+TEST_F(DbDefKeys, AnEmptyListOfKeysIsLogged) {
   EXPECT_EQ(keys(""), S_OK);
   EXPECT_THAT(log(u"CQXDbDef::CreateUserIndexes"),
               ElementsAre("3 No user keys found under '<userkeys>'.\n"));
 }
 
-TEST_F(DbDefKeys, AHostThatGivesNoKeysObjectEndsTheRun) {
+TEST_F(DbDefKeys, AHostWithoutAKeysObjectEndsTheRun) {
   calls.failures["Company.GetBusinessObject 193"] = -2000;
   EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k>"), E_FAIL);
   EXPECT_THAT(complaints(),
@@ -155,7 +155,7 @@ TEST_F(DbDefKeys, AHostThatGivesNoKeysObjectEndsTheRun) {
   EXPECT_THAT(stamps(), IsEmpty());
 }
 
-TEST_F(DbDefKeys, OneObjectOfTheDictionaryLivesAtATime) {
+TEST_F(DbDefKeys, OnlyOneMetadataObjectExistsAtATime) {
   keys("<k Name=\"-X\"/><k Name=\"A\"><c Name=\"F\"/></k><k Name=\"B\"><c Name=\"F\"/></k>");
   EXPECT_EQ(company->mostMetadata, 1);
   EXPECT_EQ(company->liveMetadata, 0);

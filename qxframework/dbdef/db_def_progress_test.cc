@@ -1,4 +1,4 @@
-// Progress on the status bar, and waiting for it.
+// The progress of a run on the status bar, and the wait for the bar.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def_fixture.h"
@@ -22,7 +22,7 @@ class DbDefProgress : public DbDefTest {
   }
 };
 
-TEST_F(DbDefProgress, TheBarMovesPerFieldAndRunsPastItsMaximum) {
+TEST_F(DbDefProgress, TheBarMovesWithEachFieldAndPassesItsMaximum) {
   EXPECT_EQ(create(twoFields()), S_OK);
   EXPECT_THAT(calls.of("StatusBar."), ElementsAre("CreateProgressBar(Check database, 1, 0)"));
   EXPECT_THAT(calls.of("Bar."),
@@ -46,14 +46,14 @@ TEST_F(DbDefProgress, TextsAreInTheApplicationsLanguage) {
   EXPECT_THAT(calls.of("Bar.PutText"), ElementsAre("(Benutzerfelder für Tabelle T anlegen)"));
 }
 
-TEST_F(DbDefProgress, TheCounterStartsAnewWithTheNextRun) {
+TEST_F(DbDefProgress, TheCounterStartsAgainWithTheNextRun) {
   create(twoFields());
   calls.calls.clear();
   create(twoFields());
   EXPECT_THAT(calls.of("Bar.PutValue"), ElementsAre("(0)", "(1)", "(2)"));
 }
 
-TEST_F(DbDefProgress, ABarThatIsHeldIsWaitedFor) {
+TEST_F(DbDefProgress, ARunWaitsForABarThatIsHeld) {
   application->barHeldFor = 3;
   EXPECT_EQ(create(twoFields()), S_OK);
   EXPECT_EQ(clock.sleeps(), 3);
@@ -70,7 +70,7 @@ TEST_F(DbDefProgress, ABarThatIsFreeAtTheLastTryIsTaken) {
   EXPECT_EQ(waited(), minutes(30));
 }
 
-TEST_F(DbDefProgress, AfterThirtyMinutesTheRunIsGivenUpWithNothingStamped) {
+TEST_F(DbDefProgress, ARunEndsAfterThirtyMinutesWithoutAStamp) {
   application->barHeldFor = 61;
   EXPECT_EQ(create(twoFields(), false), E_FAIL);
   EXPECT_EQ(clock.sleeps(), 60);
@@ -81,19 +81,19 @@ TEST_F(DbDefProgress, AfterThirtyMinutesTheRunIsGivenUpWithNothingStamped) {
               ElementsAre("1 Timeout received while waiting for progress bar"));
 }
 
-TEST_F(DbDefProgress, AClientWithoutAStatusBarIsWaitedForToo) {
+TEST_F(DbDefProgress, ARunWaitsForAClientWithoutAStatusBarToo) {
   calls.failures["App.GetStatusBar"] = E_FAIL;
   EXPECT_EQ(create(twoFields()), E_FAIL);
   EXPECT_EQ(clock.sleeps(), 60);
 }
 
-TEST_F(DbDefProgress, ABarThatFailsToStopIsGivenUpAllTheSame) {
+TEST_F(DbDefProgress, ABarThatFailsToStopDoesNotFailTheRun) {
   calls.failures["Bar.Stop"] = E_FAIL;
   EXPECT_EQ(create(twoFields()), S_OK);
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
-TEST_F(DbDefProgress, ABarThatFailsInBetweenEndsTheRun) {
+TEST_F(DbDefProgress, ABarThatFailsDuringTheRunEndsIt) {
   calls.failures["Bar.PutText"] = E_FAIL;
   EXPECT_EQ(create(twoFields()), E_FAIL);
   EXPECT_THAT(calls.of("Fields."), IsEmpty());

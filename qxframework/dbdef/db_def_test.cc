@@ -1,4 +1,4 @@
-// The version side: reading, comparing and stamping the versions of extensions.
+// The table of versions: reading, comparing and stamping the versions of extensions.
 
 #include "qxframework/dbdef/db_def.h"
 
@@ -110,13 +110,13 @@ TEST_F(DbDefVersion, OnlyTheFirstRowCounts) {
   EXPECT_EQ(stored(version), "9.10.00.00.00 Upgrading");
 }
 
-TEST_F(DbDefVersion, WithoutRowsTheStatusIsEmptyAndTheEmergencyFixIsNotAskedFor) {
+TEST_F(DbDefVersion, WithoutRowsTheStatusIsEmptyAndTheEmergencyFixIsNotRead) {
   EXPECT_EQ(def().GetDBVersion(version), S_OK);
   EXPECT_EQ(stored(version), "0.00.00.00.00 ");
   EXPECT_THAT(company->statements(), ElementsAre(qx::toUtf8(kSelect)));
 }
 
-TEST_F(DbDefVersion, AStoredNullStatusCountsAsNone) {
+TEST_F(DbDefVersion, ANullStatusReadsAsEmpty) {
   company->answer(kSelect, {{CComVariant(u"9.10"), CComVariant()}});
   def().GetDBVersion(version);
   EXPECT_EQ(stored(version), "9.10.00.00.00 ");
@@ -130,7 +130,7 @@ TEST_F(DbDefVersion, ANullEmergencyFixReadsAsZero) {
   EXPECT_EQ(version.GetEF(), 0);
 }
 
-TEST_F(DbDefVersion, WithoutTheEmergencyFixColumnItIsZeroAndNothingIsSaid) {
+TEST_F(DbDefVersion, AMissingEmergencyFixColumnReadsAsZeroAndIsNotLogged) {
   storeRow(u"9.10", u"Installed", u"07");
   company->failStatement = 2;
   EXPECT_EQ(def().GetDBVersion(version), S_OK);
@@ -152,7 +152,7 @@ TEST_F(DbDefVersion, StatementsAreLoggedAtDebugLevelZeroBeforeTheyRun) {
                           "4 SQL: \"" + qx::toUtf8(kSelectFix) + "\"\n"));
 }
 
-TEST_F(DbDefVersion, AMissingTableIsLoggedAndRaisedAsTheDatabaseCode) {
+TEST_F(DbDefVersion, AMissingTableIsLoggedAndThrownAsTheDatabaseCode) {
   company->failStatement = 1;
   company->errorCode = -2000;
   company->errorText = u"no such table";
@@ -163,12 +163,12 @@ TEST_F(DbDefVersion, AMissingTableIsLoggedAndRaisedAsTheDatabaseCode) {
                           "1 Failed to get version for QX from db: RX API SQL failure"));
 }
 
-TEST_F(DbDefVersion, ACompanyThatGivesNoRecordsetIsRaisedAsTheDatabaseCode) {
+TEST_F(DbDefVersion, ACompanyWithoutARecordsetThrowsTheDatabaseCode) {
   calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_EQ(raisedBy([this] { def().GetDBVersion(version); }), QX_E_DATABASE);
 }
 
-TEST_F(DbDefVersion, CheckVersionPassesTheMissingTableOn) {
+TEST_F(DbDefVersion, CheckVersionLetsTheExceptionOfAMissingTableThrough) {
   company->failStatement = 1;
   auto result = CQXDbDef::dbc_Newer;
   EXPECT_EQ(raisedBy([&] { def().CheckVersion(result); }), QX_E_DATABASE);
@@ -177,7 +177,7 @@ TEST_F(DbDefVersion, CheckVersionPassesTheMissingTableOn) {
 
 TEST_F(DbDefVersion, WithoutARowThereIsNoVersion) { EXPECT_EQ(check(), CQXDbDef::dbc_NoVersion); }
 
-TEST_F(DbDefVersion, AnEmptyStatusIsNoVersionWhateverTheNumbers) {
+TEST_F(DbDefVersion, AnEmptyStatusIsNoVersionForAllNumbers) {
   storeRow(u"9.99", u"");
   EXPECT_EQ(check(), CQXDbDef::dbc_NoVersion);
 }
@@ -202,14 +202,14 @@ TEST_F(DbDefVersion, AStatusWordInAnotherCaseIsIncomplete) {
   EXPECT_EQ(check(), CQXDbDef::dbc_Incomplete);
 }
 
-TEST_F(DbDefVersion, ANewerDatabaseIsNewerWhateverItsStatus) {
+TEST_F(DbDefVersion, ANewerDatabaseIsNewerWithEveryStatus) {
   for (const char16_t* status : {u"Installed", u"Upgrading", u"Upgrade failed"}) {
     storeRow(u"9.20.00.02", status);
     EXPECT_EQ(check(), CQXDbDef::dbc_Newer);
   }
 }
 
-TEST_F(DbDefVersion, AnOlderDatabaseIsOlderOnceItsRunWasComplete) {
+TEST_F(DbDefVersion, AnOlderDatabaseIsOlderIfItsRunWasComplete) {
   storeRow(u"9.20.00.00", u"Installed");
   EXPECT_EQ(check(), CQXDbDef::dbc_Older);
   storeRow(u"9.20.00.00", u"Upgrading");
@@ -244,7 +244,7 @@ TEST_F(DbDefVersion, TheZeroVersionStampsTheFileVersion) {
             "getdate())");
 }
 
-TEST_F(DbDefVersion, AStampDrawsTheNextCode) {
+TEST_F(DbDefVersion, AStampHasTheNextCode) {
   company->answer(u"SELECT MAX(Code) FROM [@QXEXTDBVERSION]", {{CComVariant(u"0000000f")}});
   def().SetInstalled(version);
   EXPECT_EQ(company->statements().back(),
@@ -276,7 +276,7 @@ TEST_F(DbDefVersion, SetDBStatusStampsTheStatusOfTheVersion) {
             "getdate())");
 }
 
-TEST_F(DbDefVersion, AFailedDeleteIsLoggedAndRaisedBeforeACodeIsDrawn) {
+TEST_F(DbDefVersion, AFailedDeleteIsThrownBeforeACodeIsRead) {
   company->failStatement = 1;
   EXPECT_EQ(raisedBy([this] { def().SetInstalled(version); }), QX_E_DATABASE);
   EXPECT_EQ(company->statements().size(), 1U);
@@ -312,14 +312,14 @@ TEST_F(DbDefVersion, AFailureIsNotStampedWithoutARow) {
   EXPECT_THAT(log(u"CQXDbDef::SetInitFailed"), ElementsAre("1 Current status is , not changed!"));
 }
 
-TEST_F(DbDefVersion, SetInitFailedPassesTheMissingTableOn) {
+TEST_F(DbDefVersion, SetInitFailedLetsTheExceptionOfAMissingTableThrough) {
   company->failStatement = 1;
   EXPECT_EQ(raisedBy([this] { def().SetInitFailed(version); }), QX_E_DATABASE);
 }
 
-// The five statements of the version table on an engine.
-struct EngineStatements {
-  long engine;
+// The five statements of the version table for a server type.
+struct VersionStatements {
+  long serverType;
   const char* select;
   const char* selectFix;
   const char* erase;
@@ -340,12 +340,12 @@ constexpr const char* kBracketInsert =
     "insert into [@QXEXTDBVERSION] (Code, Name, U_ExtID, U_Version, U_EFNum, U_Status, U_Rdate)   "
     "values ('00000000', '00000000', 'QX', '9.20.00.01', '00', 'Installed', getdate())";
 
-constexpr EngineStatements bracketForm(long engine) {
-  return {engine,        kBracketSelect,  kBracketSelectFix,
+constexpr VersionStatements bracketForm(long serverType) {
+  return {serverType,    kBracketSelect,  kBracketSelectFix,
           kBracketErase, kBracketMaxCode, kBracketInsert};
 }
 
-constexpr EngineStatements kStatements[] = {
+constexpr VersionStatements kStatements[] = {
     bracketForm(1),
     bracketForm(3),
     bracketForm(4),
@@ -371,12 +371,12 @@ constexpr EngineStatements kStatements[] = {
      "'9.20.00.01', '00', 'Installed', CURRENT_TIMESTAMP)"},
 };
 
-class DbDefEngine : public DbDefTest, public ::testing::WithParamInterface<EngineStatements> {
+class DbDefDialect : public DbDefTest, public ::testing::WithParamInterface<VersionStatements> {
  protected:
-  DbDefEngine() { company->engine = GetParam().engine; }
+  DbDefDialect() { company->engine = GetParam().serverType; }
 };
 
-TEST_P(DbDefEngine, ReadsTheVersionInItsOwnForm) {
+TEST_P(DbDefDialect, ReadsTheVersionInItsOwnForm) {
   company->answer(qx::toUtf16(GetParam().select),
                   {{CComVariant(u"9.10"), CComVariant(u"Installed")}});
   company->answer(qx::toUtf16(GetParam().selectFix), {{CComVariant(u"03")}});
@@ -385,17 +385,17 @@ TEST_P(DbDefEngine, ReadsTheVersionInItsOwnForm) {
   EXPECT_EQ(version.GetVersionAsBSTR().View(), u"9.10.00.00.03");
 }
 
-TEST_P(DbDefEngine, StampsInItsOwnForm) {
+TEST_P(DbDefDialect, StampsInItsOwnForm) {
   def().SetInstalled(version);
   EXPECT_THAT(company->statements(),
               ElementsAre(GetParam().erase, GetParam().maxCode, GetParam().insert));
 }
 
-INSTANTIATE_TEST_SUITE_P(AllEngines, DbDefEngine, ::testing::ValuesIn(kStatements),
+INSTANTIATE_TEST_SUITE_P(AllServerTypes, DbDefDialect, ::testing::ValuesIn(kStatements),
                          [](const auto& each) {
-                           const long engine = each.param.engine;
-                           return engine < 0 ? std::string("Negative")
-                                             : "Engine" + std::to_string(engine);
+                           const long type = each.param.serverType;
+                           return type < 0 ? std::string("Negative")
+                                           : "ServerType" + std::to_string(type);
                          });
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 namespace Persistence {
 
-/// Writes the SELECT of a choose list in the dialect of the company's engine.
+/// Writes the SELECT of a choose list in the company's dialect.
 class QX_API CQXChooseListHelper : private CQXPersistentObjectProxy {
  public:
   CQXChooseListHelper();
@@ -12,12 +12,12 @@ class QX_API CQXChooseListHelper : private CQXPersistentObjectProxy {
   CQXChooseListHelper& operator=(const CQXChooseListHelper& other);
   ~CQXChooseListHelper() override;
 
-  /// There is no record: both do nothing.
+  /// Do nothing: a choose list has no record.
   void MapToContainer(const TyFieldValues& values, CQXValueContainer& container) override;
   void ContainerToMap(const CQXValueContainer& container, TyFieldValues& values) override;
 
-  /// The statement goes into `result`: the columns with their titles, all columns if there are
-  /// none.
+  /// Puts the statement into `result`: the columns with their titles, all columns if `fields` is
+  /// empty.
   static void GetSQL(CComPtr<ICompany> company, const CSimpleMap<CComBSTR, CComBSTR>& fields,
                      const CComBSTR& table, bool userTable, const CComBSTR& where,
                      CComBSTR& result);

@@ -12,6 +12,7 @@
 namespace Persistence {
 namespace {
 
+// The names of a row help to find the one that a record misspells.
 void LogNames(CReturnValue<long>& hr, const TyFieldValues& values) {
   hr.LogDbg2(u"keys in map:");
   for (long i = 0; i < values.GetCount(); ++i) hr.LogDbg2(u"%s", values.keyAt(i));
@@ -19,7 +20,7 @@ void LogNames(CReturnValue<long>& hr, const TyFieldValues& values) {
 
 }  // namespace
 
-/// A step of the cursor, with the row read into an object or without.
+// A step of the cursor in its two forms: with the row read into an object and without.
 struct CQXPersistentCollectionProxy::Step {
   std::u16string_view scope;
   long (CQXPersistentCollection::*move)();
@@ -34,6 +35,7 @@ CQXPersistentCollectionProxy& CQXPersistentCollectionProxy::operator=(
     const CQXPersistentCollectionProxy&) = default;
 
 CQXPersistentCollectionProxy::~CQXPersistentCollectionProxy() {
+  // The collection before the factory that made it.
   m_pCollection.reset();
   m_pFactory.reset();
 }
@@ -63,6 +65,7 @@ void CQXPersistentCollectionProxy::Load(const std::vector<const OLECHAR*>& keyFi
 void CQXPersistentCollectionProxy::GetByKey(const TyFieldValues& keys,
                                             CQXValueContainer& container) {
   const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
+  // A new object each time: one that has run a SELECT would repeat it.
   const auto object = NewObject();
   m_pCollection->GetByKey(conditions, object.get());
   MapToContainer(object->GetFieldValues(), container);
@@ -78,13 +81,14 @@ bool CQXPersistentCollectionProxy::Find(const TyFieldValues& keys, CQXValueConta
 
 bool CQXPersistentCollectionProxy::Exists(const TyFieldValues& keys) {
   const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
+  // Not the rows of the query: another user may have added the row.
   const auto object = NewObject();
   return m_pCollection->Exists(conditions, object.get());
 }
 
 void CQXPersistentCollectionProxy::SetMaxRecordCount(long maximum) {
   Connected().SetMaxRecordCount(maximum);
-  m_bLoaded = false;
+  m_bLoaded = false;  // even for the same limit; a refused one does not come here
 }
 
 void CQXPersistentCollectionProxy::Add(const CQXValueContainer& container) {
@@ -98,6 +102,7 @@ void CQXPersistentCollectionProxy::Update(const TyFieldValues& keys,
                                           const CQXValueContainer& container) {
   const qx_ptr<CConditions> conditions = EqualConditions(keys, true);
   const auto object = NewObject();
+  // Mapped before the search: a record that cannot be written moves no cursor.
   ContainerToMap(container, object->GetFieldValues());
   const auto found = FoundObject(conditions);
   m_pCollection->Update(conditions, object.get(), found->GetFieldValues());
@@ -146,6 +151,7 @@ long CQXPersistentCollectionProxy::Navigate(const Step& step, CQXValueContainer&
   CReturnValue<long> hr(step.scope, 0, 0);
   CQXPersistentCollection& collection = Loaded();
   if (collection.GetKeysOnly()) {
+    // The cursor has the key; the object reads the row by a SELECT of its own.
     const auto object = NewObject();
     hr = (collection.*step.load)(object.get());
     if (hr == 0) MapToContainer(object->GetFieldValues(), container);
@@ -153,7 +159,9 @@ long CQXPersistentCollectionProxy::Navigate(const Step& step, CQXValueContainer&
   }
   hr = (collection.*step.move)();
   if (hr != 0) return hr;
-  Row row = std::exchange(m_Row, {});  // the record's own code may step on while it reads it
+  // Taken out of the proxy: the record's code may move the cursor while it reads the row. After an
+  // exception the next step begins with an empty row, and reads its names.
+  Row row = std::exchange(m_Row, {});
   collection.CurrentRowToMap(row.values, row.statement);
   if (step.logsNames) LogNames(hr, row.values);
   MapToContainer(row.values, container);
@@ -169,6 +177,7 @@ long CQXPersistentCollectionProxy::GetRecordCount() const { return Loaded().GetR
 
 void CQXPersistentCollectionProxy::Refresh(CQXValueContainer& container) {
   CQXPersistentCollection& collection = Loaded();
+  // The key comes first, since Refresh replaces the rows.
   const qx_ptr<CConditions> key = CurrentRow();
   collection.Refresh();
   const auto object = NewObject();
@@ -222,7 +231,7 @@ std::unique_ptr<CQXPersistentObject> CQXPersistentCollectionProxy::NewObject() c
   return qx::ownedUnlessNull(m_pFactory->CreatePersistentObject());
 }
 
-/// The key of the current row; null if there is no row or its key cannot be had.
+// Returns the key of the current row; null if there is no row or its key cannot be read.
 qx_ptr<CConditions> CQXPersistentCollectionProxy::CurrentRow() const {
   try {
     return m_pCollection->GetConditionsFromCurrentRow();

@@ -1,4 +1,4 @@
-// What a step gives to the record: always the current row, by the names of the statement run last.
+// A step always gives the record the current row, under the names of the last statement.
 
 #include "qxframework/persistence/collection_proxy.h"
 #include "qxframework/persistence/testing/proxy_records.h"
@@ -19,7 +19,7 @@ using qx::test::items;
 const OLECHAR* const kCode = u"Code";
 const OLECHAR* const kName = u"Name";
 
-/// Notes every row as "Name=Value" texts.
+/// Records every row as "Name=Value" texts.
 class Rows final : public CQXPersistentCollectionProxy {
  public:
   Rows() = default;
@@ -77,7 +77,7 @@ TEST_F(CollectionProxySteps, ARepeatedQueryIsReadByItsOwnNames) {
   EXPECT_EQ(rows.seen.back(), u"Code=A Price=1 ");
 }
 
-TEST_F(CollectionProxySteps, ANameThatIsThereTwiceHasTheLastValueInEveryRow) {
+TEST_F(CollectionProxySteps, ARepeatedNameHasTheLastValueInEveryRow) {
   company->otherwise = {{u"Code", u"Code"}, {{u"A", u"X"}, {u"B", u"Y"}}};
   rows.SetMaxRecordCount(2);
   rows.Load({kCode}, {});
@@ -86,7 +86,7 @@ TEST_F(CollectionProxySteps, ANameThatIsThereTwiceHasTheLastValueInEveryRow) {
   EXPECT_EQ(rows.seen, (std::vector<std::u16string>{u"Code=X Code=X ", u"Code=Y Code=Y "}));
 }
 
-TEST_F(CollectionProxySteps, TheRecordMayStepOnWhileItReadsItsRow) {
+TEST_F(CollectionProxySteps, TheRecordMayMoveTheCursorWhileItReadsItsRow) {
   rows.First(item);
   rows.onRow = [&] { rows.Next(item); };
   rows.Next(item);
@@ -108,7 +108,7 @@ TEST_F(CollectionProxySteps, TheRecordMayRunAnotherQueryWhileItReadsItsRow) {
                                                     u"Name=Nut Price=1 "}));
 }
 
-TEST_F(CollectionProxySteps, ARecordThatFailsSpoilsNoLaterRow) {
+TEST_F(CollectionProxySteps, AFailedRecordDoesNotAffectLaterRows) {
   rows.First(item);
   rows.onRow = [] { throw std::runtime_error("the record cannot be filled"); };
   EXPECT_THROW(rows.Next(item), std::runtime_error);

@@ -25,7 +25,7 @@ TEST_F(CollectionProxy, StartsNeitherConnectedNorLoaded) {
   EXPECT_FALSE(proxy.IsLoaded());
 }
 
-TEST_F(CollectionProxy, RefusesWhatNeedsAConnectionBeforeIt) {
+TEST_F(CollectionProxy, RefusesOperationsThatNeedAConnection) {
   const TyFieldValues key = values({{kCode, u"A"}});
   const std::function<void()> operations[] = {
       [&] { proxy.Load({kCode}, {}); },        [&] { proxy.GetByKey(key, item); },
@@ -41,7 +41,7 @@ TEST_F(CollectionProxy, RefusesWhatNeedsAConnectionBeforeIt) {
         << i;
 }
 
-TEST_F(CollectionProxy, RefusesWhatNeedsRowsBeforeTheyAreLoaded) {
+TEST_F(CollectionProxy, RefusesOperationsThatNeedLoadedRows) {
   const std::function<void()> operations[] = {[&] { (void)proxy.First(item); },
                                               [&] { (void)proxy.Last(item); },
                                               [&] { (void)proxy.Next(item); },
@@ -77,7 +77,7 @@ TEST_F(CollectionProxy, AFailedConnectLeavesItUnconnected) {
   EXPECT_TRUE(proxy.IsConnected());
 }
 
-TEST_F(CollectionProxy, TakesTheDialectOfTheCompanyAndTheUserTableForm) {
+TEST_F(CollectionProxy, WritesTheCompanysDialectAndTheFormOfAUserTable) {
   company->serverType = 9;
   proxy.Connect(company.p, u"@T", true);
   proxy.Load({kCode}, {});
@@ -92,7 +92,7 @@ TEST_F(CollectionProxy, LoadRunsTheQueryOfItsConditions) {
             (Texts{u"SELECT Code FROM HVITEM     WHERE Code = N'O''Neil' ORDER BY Code"}));
 }
 
-TEST_F(CollectionProxy, ALoadedOneCannotBeLoadedAgainUntilTheLimitIsSet) {
+TEST_F(CollectionProxy, CanBeLoadedAgainOnlyAfterTheLimitIsSet) {
   load();
   EXPECT_EQ(refusalOf([&] { proxy.Load({kCode}, {}); }),
             "-1: Proxy is already connected to a initialized persistent collection");
@@ -104,7 +104,7 @@ TEST_F(CollectionProxy, ALoadedOneCannotBeLoadedAgainUntilTheLimitIsSet) {
   EXPECT_EQ(statements(), (Texts{u"SELECT TOP 2 * FROM HVITEM     ORDER BY Code"}));
 }
 
-TEST_F(CollectionProxy, TheSameLimitUnloadsItTooButKeepsTheStatement) {
+TEST_F(CollectionProxy, TheSameLimitUnloadsItAndKeepsTheStatement) {
   load();
   proxy.SetMaxRecordCount(-1);
   EXPECT_FALSE(proxy.IsLoaded());
@@ -112,7 +112,7 @@ TEST_F(CollectionProxy, TheSameLimitUnloadsItTooButKeepsTheStatement) {
   EXPECT_EQ(statements(), (Texts{kAllRows}));
 }
 
-TEST_F(CollectionProxy, WhatIsSetWhenItIsLoadedGoesIntoTheQueryAfterANewLimitOnly) {
+TEST_F(CollectionProxy, LaterSettingsTakeEffectAfterANewLimitOnly) {
   load();
   proxy.SetFields({kCode, kName});
   proxy.SetSortFields({CQXPersistenceSortField(kName)});
@@ -124,7 +124,7 @@ TEST_F(CollectionProxy, WhatIsSetWhenItIsLoadedGoesIntoTheQueryAfterANewLimitOnl
             u"SELECT TOP 7 Code,Name FROM HVITEM     WHERE Code = N'A' ORDER BY Name ASC");
 }
 
-TEST_F(CollectionProxy, ARefusedLimitLeavesItLoaded) {
+TEST_F(CollectionProxy, ARefusedLimitKeepsItLoaded) {
   load();
   EXPECT_EQ(refusalOf([&] { proxy.SetMaxRecordCount(0); }),
             "-1: Maximum record count must be greater than zero");
@@ -141,7 +141,7 @@ TEST_F(CollectionProxy, AFailedLoadLeavesItUnloaded) {
   EXPECT_EQ(refusalOf([&] { proxy.SetMaxRecordCount(3); }), "");
 }
 
-TEST_F(CollectionProxy, GetByKeyFindsTheRowInTheCursor) {
+TEST_F(CollectionProxy, GetByKeySearchesTheRowsOfTheQuery) {
   load();
   proxy.GetByKey(values({{kCode, u"B"}}), item);
   EXPECT_EQ(item.name, u"Screw");
@@ -160,7 +160,7 @@ TEST_F(CollectionProxy, GetByKeyOfAMissingRowIsRefused) {
   EXPECT_EQ(references(), before);
 }
 
-TEST_F(CollectionProxy, OnlyTheWholeKeyServesWhereAKeyIsWanted) {
+TEST_F(CollectionProxy, OnlyACompleteKeyIsAccepted) {
   load();
   const TyFieldValues other = values({{kName, u"Nail"}});
   const TyFieldValues tooMany = values({{kCode, u"A"}, {kName, u"Nail"}});
@@ -174,20 +174,20 @@ TEST_F(CollectionProxy, OnlyTheWholeKeyServesWhereAKeyIsWanted) {
   }
 }
 
-TEST_F(CollectionProxy, FindServesWithAnyColumns) {
+TEST_F(CollectionProxy, FindAcceptsAnyColumns) {
   load();
   EXPECT_TRUE(proxy.Find(values({{kName, u"Screw"}}), item));
   EXPECT_EQ(item.code, u"B");
 }
 
-TEST_F(CollectionProxy, FindWithoutAMatchIsFalseAndLeavesTheRecordAlone) {
+TEST_F(CollectionProxy, FindWithoutAMatchReturnsFalseAndKeepsTheRecord) {
   load();
   item.code = u"untouched";
   EXPECT_FALSE(proxy.Find(values({{kName, u"Bolt"}}), item));
   EXPECT_EQ(item.code, u"untouched");
 }
 
-TEST_F(CollectionProxy, ExistsAsksTheDatabaseAndLeavesTheCursor) {
+TEST_F(CollectionProxy, ExistsQueriesTheDatabaseAndKeepsTheCursor) {
   load();
   (void)proxy.First(item);
   company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'X'"] = items({{u"X", u"New"}});
@@ -227,7 +227,7 @@ TEST_F(CollectionProxy, UpdateWithKeysOnlyReadsTheRowFirst) {
                                  u"UPDATE HVITEM  SET Name = N'Bolt'  WHERE Code = N'B'"}));
 }
 
-TEST_F(CollectionProxy, UpdateWritesTheRecordIntoTheRowBeforeItLooksForTheKey) {
+TEST_F(CollectionProxy, UpdateMapsTheRecordBeforeItSearchesTheKey) {
   load();
   std::vector<std::string> moves = {"not asked"};
   proxy.writing = [&] { moves = company->moves; };
@@ -240,7 +240,7 @@ TEST_F(CollectionProxy, UpdateWritesTheRecordIntoTheRowBeforeItLooksForTheKey) {
   EXPECT_EQ(company->moves.front(), "MoveFirst");
 }
 
-TEST_F(CollectionProxy, ARecordThatCannotBeWrittenRunsNothingAndLeavesNothingBehind) {
+TEST_F(CollectionProxy, ARecordThatCannotBeMappedRunsNoStatement) {
   load();
   (void)proxy.First(item);
   company->moves.clear();
@@ -278,7 +278,7 @@ TEST_F(CollectionProxy, RemoveRangeWithoutOperationsDeletesAllEqualRowsAtOnce) {
   EXPECT_TRUE(company->moves.empty());
 }
 
-TEST_F(CollectionProxy, RemoveRangeKnowsNoOtherOperationThanEqual) {
+TEST_F(CollectionProxy, RemoveRangeRefusesOtherOperationsThanEqual) {
   load();
   EXPECT_EQ(refusalOf([&] {
               proxy.RemoveRange(values({{kName, u"Nail"}}), {co_Greater});
@@ -291,7 +291,7 @@ TEST_F(CollectionProxy, RemoveRangeKnowsNoOtherOperationThanEqual) {
   EXPECT_TRUE(statements().empty());
 }
 
-TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationGoIntoTheQuery) {
+TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationAreWritten) {
   connect();
   proxy.SetKeysOnly(false);
   proxy.SetFields({kCode, kName});
@@ -308,14 +308,14 @@ TEST_F(CollectionProxy, FieldsSortingJoinsAndCorrelationGoIntoTheQuery) {
                    u"T0.Name DESC"}));
 }
 
-TEST_F(CollectionProxy, ConditionsOfAnyValuesTakeTheGivenOperations) {
+TEST_F(CollectionProxy, ConditionsHaveTheGivenOperations) {
   connect();
   EXPECT_EQ(
       qx::test::shown(proxy.conditionsOf(values({{kName, u"A"}, {u"Qty", 7}}), {co_Like, co_Less})),
       "Name|0|98|VT_BSTR|A; Qty|3|98||7");
 }
 
-TEST_F(CollectionProxy, ADerivedClassAsksForEqualConditionsWithNoOperations) {
+TEST_F(CollectionProxy, ConditionsWithoutOperationsAreEqual) {
   connect();
   EXPECT_EQ(qx::test::shown(proxy.equalConditionsOf(values({{kName, u"A"}, {u"Qty", 7}}))),
             "Name|1|98|VT_BSTR|A; Qty|1|98||7");
@@ -327,7 +327,7 @@ TEST_F(CollectionProxy, NullConditionsSelectAllRows) {
   EXPECT_EQ(statements(), (Texts{u"SELECT Code FROM HVITEM     ORDER BY Code"}));
 }
 
-TEST_F(CollectionProxy, AValueIsLookedUpByTheNameOrByItsCapitals) {
+TEST_F(CollectionProxy, GetValueReadsTheNameOrTheNameInCapitals) {
   const TyFieldValues row = values({{u"Code", u"a"}, {u"CODE", u"b"}, {u"U_QTY", 7}});
   EXPECT_EQ(qx::test::utf8(proxy.GetValue(row, u"Code")), "a");
   EXPECT_EQ(qx::test::utf8(proxy.GetValue(row, u"code")), "b");
@@ -336,7 +336,7 @@ TEST_F(CollectionProxy, AValueIsLookedUpByTheNameOrByItsCapitals) {
   EXPECT_EQ(proxy.GetValue(row, u"Price").lVal, 0);
 }
 
-TEST_F(CollectionProxy, ReleasesTheCompanyInTheEnd) {
+TEST_F(CollectionProxy, ReleasesTheCompany) {
   const ULONG before = references();
   {
     Items other;
@@ -347,7 +347,7 @@ TEST_F(CollectionProxy, ReleasesTheCompanyInTheEnd) {
   EXPECT_EQ(references(), before);
 }
 
-TEST_F(CollectionProxy, ACopySharesTheRowsAndEitherMayGoFirst) {
+TEST_F(CollectionProxy, ACopySharesTheRowsAndEitherMayBeDestroyedFirst) {
   auto original = std::make_unique<Items>();
   original->Connect(company.p, u"HVITEM", false);
   original->SetKeysOnly(false);

@@ -14,7 +14,7 @@ using qx::test::items;
 using qx::test::refusalOf;
 using qx::test::values;
 
-TEST_F(CollectionProxy, StepsThroughTheRowsWithoutAStatement) {
+TEST_F(CollectionProxy, StepsRunNoStatement) {
   load();
   EXPECT_EQ(proxy.First(item), 0);
   EXPECT_EQ(item.code, u"A");
@@ -29,7 +29,7 @@ TEST_F(CollectionProxy, StepsThroughTheRowsWithoutAStatement) {
   EXPECT_EQ(company->recordsets, 1);
 }
 
-TEST_F(CollectionProxy, ALoopOverNextSeesEveryRowOnceAndEndsBehindTheLast) {
+TEST_F(CollectionProxy, ALoopOverNextReadsEveryRowOnce) {
   load();
   std::u16string seen;
   for (long hr = proxy.First(item); hr == 0; hr = proxy.Next(item)) seen += item.code;
@@ -46,7 +46,7 @@ TEST_F(CollectionProxy, ReportsEndBeginningAndCountOfTheRows) {
   EXPECT_FALSE(proxy.Eof());
 }
 
-TEST_F(CollectionProxy, AStepBackFromTheFirstRowEndsInFrontOfItAndFindsNoneToRead) {
+TEST_F(CollectionProxy, AStepBackFromTheFirstRowFailsToReadARow) {
   load();
   (void)proxy.First(item);
   item.code = u"untouched";
@@ -60,7 +60,7 @@ TEST_F(CollectionProxy, AStepBackFromTheFirstRowEndsInFrontOfItAndFindsNoneToRea
   EXPECT_FALSE(proxy.Bof());
 }
 
-TEST_F(CollectionProxy, AnEmptyResultHasNoFirstRowAndLeavesTheRecordAlone) {
+TEST_F(CollectionProxy, AnEmptyResultHasNoFirstRowAndKeepsTheRecord) {
   company->otherwise = items({});
   load();
   item.code = u"untouched";
@@ -71,7 +71,7 @@ TEST_F(CollectionProxy, AnEmptyResultHasNoFirstRowAndLeavesTheRecordAlone) {
   EXPECT_FALSE(logger.has(u"keys in map:"));
 }
 
-TEST_F(CollectionProxy, AnEmptyResultOfKeysLeavesTheRecordAloneToo) {
+TEST_F(CollectionProxy, AnEmptyResultOfKeysKeepsTheRecordToo) {
   company->otherwise = items({});
   connect();
   proxy.Load({kCode}, {});
@@ -105,7 +105,7 @@ TEST_F(CollectionProxy, WithKeysOnlyFindReadsTheRowThatItFound) {
   EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'B'"}));
 }
 
-TEST_F(CollectionProxy, WithKeysOnlyFindOfARowThatIsGoneFromTheTableIsFalse) {
+TEST_F(CollectionProxy, WithKeysOnlyFindOfADeletedRowReturnsFalse) {
   loadKeys();
   company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'B'"] = items({});
   item.code = u"untouched";
@@ -113,7 +113,7 @@ TEST_F(CollectionProxy, WithKeysOnlyFindOfARowThatIsGoneFromTheTableIsFalse) {
   EXPECT_EQ(item.code, u"untouched");
 }
 
-TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheSameRowAnew) {
+TEST_F(CollectionProxy, WithKeysOnlyRefreshReadsTheSameRowAgain) {
   loadKeys();
   (void)proxy.Last(item);
   company->runs.clear();
@@ -173,7 +173,7 @@ TEST_F(CollectionProxy, EveryStepIsAScopeOfTheLogWithItsResult) {
     const std::u16string scope = u"CQXPersistentCollectionProxy::" + step;
     return Texts{scope, u"Entering function\n", scope, u"Leaving function [" + result + u"]\n"};
   };
-  // In front of the first row there is none to read: the step went well, the reading does not.
+  // Before the first row there is no row to read: the step succeeds and the reading fails.
   EXPECT_EQ(linesOf([&] { EXPECT_THROW((void)proxy.Previous(item), _com_error); }),
             lines(u"Previous", u"S_OK"));
   EXPECT_EQ(linesOf([&] { (void)proxy.First(item); }), lines(u"First", u"S_OK"));
@@ -192,7 +192,7 @@ TEST_F(CollectionProxy, RefreshRepeatsTheQueryAndKeepsThePosition) {
   EXPECT_EQ(item.code, u"D");
 }
 
-TEST_F(CollectionProxy, RefreshGivesTheFirstRowIfTheOldOneIsGone) {
+TEST_F(CollectionProxy, RefreshReadsTheFirstRowIfTheOldOneIsGone) {
   load();
   (void)proxy.Last(item);
   company->otherwise = items({{u"A", u"Nail"}, {u"B", u"Screw"}});
@@ -200,7 +200,7 @@ TEST_F(CollectionProxy, RefreshGivesTheFirstRowIfTheOldOneIsGone) {
   EXPECT_EQ(item.code, u"A");
 }
 
-TEST_F(CollectionProxy, RefreshBehindTheLastRowGivesTheFirst) {
+TEST_F(CollectionProxy, RefreshAfterTheLastRowReadsTheFirst) {
   load();
   while (proxy.Next(item) == 0) {
   }
@@ -208,7 +208,7 @@ TEST_F(CollectionProxy, RefreshBehindTheLastRowGivesTheFirst) {
   EXPECT_EQ(item.code, u"A");
 }
 
-TEST_F(CollectionProxy, RefreshGivesTheFirstRowWhateverKeepsItFromTheCurrentOne) {
+TEST_F(CollectionProxy, RefreshReadsTheFirstRowIfTheCurrentOneCannotBeRead) {
   load();
   (void)proxy.Last(item);
   (void)proxy.Next(item);
@@ -218,7 +218,7 @@ TEST_F(CollectionProxy, RefreshGivesTheFirstRowWhateverKeepsItFromTheCurrentOne)
   EXPECT_EQ(item.code, u"Z");
 }
 
-TEST_F(CollectionProxy, RefreshOfAnEmptyResultIsRefusedAndLeavesItLoaded) {
+TEST_F(CollectionProxy, RefreshOfAnEmptyResultIsRefusedAndKeepsItLoaded) {
   load();
   company->otherwise = items({});
   EXPECT_EQ(refusalOf([&] { proxy.Refresh(item); }), "-1: Record set is empty");
@@ -226,7 +226,7 @@ TEST_F(CollectionProxy, RefreshOfAnEmptyResultIsRefusedAndLeavesItLoaded) {
   EXPECT_EQ(proxy.GetRecordCount(), 0);
 }
 
-TEST_F(CollectionProxy, TheFailureOfAHookPassesThroughAndReleasesTheObject) {
+TEST_F(CollectionProxy, AFailureOfTheMappingPassesThroughAndReleasesTheObject) {
   loadKeys();
   const ULONG before = references();
   proxy.throwing = true;

@@ -20,6 +20,7 @@ void CQXPersistentObjectProxy::Connect(CComPtr<ICompany> company, const OLECHAR*
                                        bool userTable) {
   std::shared_ptr<CQXPersistentObject> object = qx::connectedTo(
       m_pFactory, company, &CQXPersistenceFactory::CreatePersistentObject, table, userTable);
+  // The former object stays alive as long as the proxy, by contract.
   if (m_pObject != nullptr) m_vecReplaced.push_back(m_pObject);
   m_pObject = std::move(object);
   m_bConnected = true;
@@ -36,6 +37,7 @@ void CQXPersistentObjectProxy::GetByKey(qx_ptr<CConditions> conditions,
                                         CQXValueContainer& container) {
   TakeNewObject();
   m_pObject->Load(conditions);
+  // Load leaves the row in the record set, so the object's values are still empty.
   MapToContainer(m_pObject->GetFieldValues(), container);
   m_bLoaded = true;
 }
@@ -66,6 +68,8 @@ void CQXPersistentObjectProxy::Add(const CQXValueContainer& container) {
 
 void CQXPersistentObjectProxy::Update(const CQXValueContainer& container) {
   CQXPersistentObject& object = Loaded();
+  // The former values are the key if there are no conditions, so they are copied before the
+  // mapping.
   const TyFieldValues before = object.GetFieldValues();
   ContainerToMap(container, object.GetFieldValues());
   object.Update(before);
@@ -73,7 +77,7 @@ void CQXPersistentObjectProxy::Update(const CQXValueContainer& container) {
 
 void CQXPersistentObjectProxy::Remove() {
   CQXPersistentObject& object = Loaded();
-  object.Remove(object.GetFieldValues());
+  object.Remove(object.GetFieldValues());  // the values are ignored: the conditions decide
 }
 
 bool CQXPersistentObjectProxy::Exists() { return Loaded().Exists(); }
@@ -99,7 +103,8 @@ void CQXPersistentObjectProxy::GetSQLforChooseList(CComPtr<ICompany> company,
   m_pObject->GetSQLforChooseList(fields, where, result);
 }
 
-/// In place of the connected one, which goes first. Without a factory there is no company to ask.
+// Replaces the connected object, which is destroyed first. If making the new one fails, the proxy
+// is unconnected.
 void CQXPersistentObjectProxy::TakeNewObject() {
   if (m_bConnected) {
     m_pObject.reset();

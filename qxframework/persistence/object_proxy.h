@@ -1,8 +1,8 @@
 #pragma once
 
-// What business code derives from for one row: it writes the two hooks between a row's values and
-// its record, and deals in records and keys from then on. The company's engine decides behind it
-// which SQL is written.
+// The base of an add-on's class for one row. The derived class maps the values of the row to its
+// record and back, and works with records and keys. The proxy writes the SQL of the company's
+// dialect.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -23,12 +23,13 @@ class CQXPersistentObject;
 class CQXValueContainer;
 struct TyFieldValues;
 
-/// One row of a table: not connected until Connect, loaded once it has read or written a row.
+/// One row of a table. The proxy is unconnected until Connect, and loaded after it has read or
+/// written a row.
 ///
-/// What the state does not allow is refused with a CQXPersistenceException of code -1; those of the
-/// statements pass through. Columns, joins and a correlation name are set before the row is read
-/// for the first time. A copy shares the row with the original, so a proxy in use is not to be
-/// copied.
+/// An operation that the state does not allow throws CQXPersistenceException with code -1.
+/// Exceptions of failed statements pass through. Set columns, joins and a correlation name before
+/// the row is read for the first time. A copy shares the row with the original: do not copy a proxy
+/// in use.
 class QX_API CQXPersistentObjectProxy {
  public:
   CQXPersistentObjectProxy();
@@ -36,56 +37,60 @@ class QX_API CQXPersistentObjectProxy {
   CQXPersistentObjectProxy& operator=(const CQXPersistentObjectProxy& other);
   virtual ~CQXPersistentObjectProxy();
 
-  /// From the values of the row to the record. A name may have a correlation name and a point in
-  /// front.
+  /// Copies the values of the row into the record. A name may begin with a correlation name and a
+  /// point.
   virtual void MapToContainer(const TyFieldValues& values, CQXValueContainer& container) = 0;
-  /// From the record to the values, which are the ones that will be written. Add begins with an
-  /// empty map, Update with the row as it was read: a name that is there wants SetValue, since
-  /// adding it again writes it twice. Or clear the map first, so that nothing but the record's
-  /// columns is written. Under a correlation name with a field list it must be cleared, and with
-  /// joins: the map then has names such as "T0.Code" and the joined columns, which no UPDATE takes.
+  /// Copies the record into the values that are then written. For Add the map is empty. For Update
+  /// it holds the row that was read: set present names by SetValue, since a name that is added
+  /// again is written twice, or clear the map first to write the record's columns only. Always
+  /// clear it with joins, and under a correlation name with a field list: the map then has names
+  /// such as "T0.Code", which an UPDATE cannot take.
   virtual void ContainerToMap(const CQXValueContainer& container, TyFieldValues& values) = 0;
 
   bool IsConnected() const { return m_bConnected; }
   bool IsLoaded() const { return m_bLoaded; }
-  /// As the form that takes conditions.
+  /// Reads the row with this key, as the overload with conditions does.
   void GetByKey(const TyFieldValues& keys, CQXValueContainer& container);
-  /// The columns to select; the caller keeps the names alive.
+  /// Sets the columns to select; the caller keeps the names alive.
   void SetFields(const std::vector<const OLECHAR*>& fields);
+  /// Copies the values that were read last into the record.
   void GetFields(CQXValueContainer& container);
-  /// Writes a new row through a new object, which has no table of its own.
+  /// Inserts a row through a new object, which has no table: see GetByKey with conditions.
   void Add(const CQXValueContainer& container);
-  /// Writes the values that ContainerToMap leaves. The columns of the row's conditions are its key
-  /// and not written; the values from before are the key where there are no conditions.
+  /// Updates the row with the values that ContainerToMap leaves. The columns of the row's
+  /// conditions are its key and are not written. Without conditions the former values are the key.
   void Update(const CQXValueContainer& container);
+  /// Deletes the rows of the conditions.
   void Remove();
-  /// Refreshes, and tells whether the statement ran: false when it failed. It does not look whether
-  /// the row is still there, which a collection proxy's Exists does.
+  /// Refreshes and returns true if the statement succeeded. It does not check that the row still
+  /// exists; a collection proxy's Exists does.
   bool Exists();
-  /// Reads the row anew. A loaded proxy repeats the statement that read it, and does not look how
-  /// many rows there are now: one that is gone reads as a row of empty values.
+  /// Reads the row again. A loaded proxy repeats its statement without counting the rows: a row
+  /// that is gone reads as a row of empty values.
   void Refresh();
-  /// A join with the constant of a text or a date wants a new proxy where a Load failed: the next
+  /// Adds a join. If it has a constant text or date and Load fails, use a new proxy: the next
   /// statement would quote the constant again.
   void AddLinkTableCriteria(const CQXLinkTableCriteria& link);
   void SetCorrelationName(const OLECHAR* name);
-  /// Connects, and writes the SELECT of a choose list into `result`: columns with their titles.
+  /// Connects and puts the SELECT of a choose list into `result`: columns with their titles.
   void GetSQLforChooseList(CComPtr<ICompany> company, const CSimpleMap<CComBSTR, CComBSTR>& fields,
                            const CComBSTR& table, bool userTable, const CComBSTR& where,
                            CComBSTR& result);
 
  protected:
-  /// Takes a new object. The former one, if there is one, lives on as long as the proxy. The
-  /// factory stays with the company that it was made for. The table is named as for the Connect of
-  /// a collection proxy.
+  /// Connects the proxy to a table by a new object. A former object stays alive as long as the
+  /// proxy, and the factory keeps the company of the first call. `table` as in Connect of a
+  /// collection proxy.
   void Connect(CComPtr<ICompany> company, const OLECHAR* table, bool userTable);
-  /// Reads the row of the conditions. A loaded proxy repeats the statement that read its row,
-  /// whatever conditions it is given; these count for Update and Remove only.
+  /// Reads the row of the conditions. A loaded proxy repeats its statement instead; the conditions
+  /// then affect Update and Remove only.
   void Load(qx_ptr<CConditions> conditions);
-  /// Looks through a new object, which knows the company and nothing else of the former one: no
-  /// table, columns, correlation name or joins. The values that the record gets are its own, none.
+  /// Searches through a new object, which takes the company of the former one but not its table,
+  /// columns, correlation name or joins. The record keeps its current values; nothing is read into
+  /// it.
   void GetByKey(qx_ptr<CConditions> conditions, CQXValueContainer& container);
-  /// One condition for each value, by the operation at its position; EQUAL without operations.
+  /// Returns one condition for each value with the operation at the same position; all conditions
+  /// are EQUAL if `operations` is empty.
   qx_ptr<CConditions> GetConditionsFromKeyFields(
       const TyFieldValues& values, const std::vector<HvConditionOperation>& operations);
 

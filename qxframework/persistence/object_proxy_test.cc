@@ -4,9 +4,9 @@
 #include "qxframework/persistence/choose_list_helper.h"
 #include "qxframework/persistence/testing/proxy_records.h"
 #include "qxframework/persistence/testing/scripted_company.h"
-#include "qxframework/persistence/testing/vtable_slot.h"
 #include "qxframework/query/link_criteria.h"
 #include "qxframework/query/testing/query_parts.h"
+#include "qxframework/query/testing/vtable_slot.h"
 #include "testing/param_name.h"
 #include "testing/recording_logger.h"
 
@@ -66,7 +66,7 @@ class ObjectProxy : public testing::Test {
   Item item;
 };
 
-// Add-ons are built against this order. The destructor in front takes two slots.
+// Add-ons are built against this order. The destructor is first and takes two slots.
 TEST(ObjectProxyInterface, KeepsTheOrderOfItsVirtualOperations) {
   EXPECT_EQ(qx::test::slotOf(&CQXPersistentObjectProxy::MapToContainer), 2);
   EXPECT_EQ(qx::test::slotOf(&CQXPersistentObjectProxy::ContainerToMap), 3);
@@ -77,20 +77,20 @@ TEST_F(ObjectProxy, StartsNeitherConnectedNorLoaded) {
   EXPECT_FALSE(proxy.IsLoaded());
 }
 
-TEST_F(ObjectProxy, RefusesWhatNeedsAConnectionBeforeIt) {
+TEST_F(ObjectProxy, RefusesOperationsThatNeedAConnection) {
   const TyFieldValues key = values({{kCode, u"A"}});
   const std::function<void()> operations[] = {
       [&] { proxy.Load(codeIs(u"A")); }, [&] { proxy.SetFields({kCode}); },
       [&] { proxy.GetFields(item); }, [&] { (void)proxy.GetConditionsFromKeyFields(key, {}); },
       [&] { proxy.Refresh(); }, [&] { proxy.AddLinkTableCriteria({}); },
       [&] { proxy.SetCorrelationName(u"T0"); }, [&] { proxy.GetByKey(key, item); },
-      // These two have no refusal of their own; without a company there is nobody to ask.
+      // These two do not check the state; the missing company makes them fail.
       [&] { proxy.GetByKey(codeIs(u"A"), item); }, [&] { proxy.Add(item); }};
   for (std::size_t i = 0; i < std::size(operations); ++i)
     EXPECT_EQ(refusalOf(operations[i]), "-1: Proxy is not connected to a persistent object") << i;
 }
 
-TEST_F(ObjectProxy, RefusesWhatNeedsARowBeforeItIsLoaded) {
+TEST_F(ObjectProxy, RefusesOperationsThatNeedALoadedRow) {
   const std::function<void()> operations[] = {[&] { proxy.Update(item); }, [&] { proxy.Remove(); },
                                               [&] { (void)proxy.Exists(); }};
   for (const bool connected : {false, true}) {
@@ -122,7 +122,7 @@ TEST_F(ObjectProxy, AFailedLoadLeavesItUnloaded) {
   EXPECT_TRUE(proxy.IsConnected());
 }
 
-TEST_F(ObjectProxy, TakesTheDialectOfTheCompanyAndTheUserTableForm) {
+TEST_F(ObjectProxy, WritesTheCompanysDialectAndTheFormOfAUserTable) {
   company->serverType = 3;
   proxy.Connect(company.p, u"@T", true);
   proxy.SetFields({kCode, kName});
@@ -136,7 +136,7 @@ TEST_F(ObjectProxy, TakesTheDialectOfTheCompanyAndTheUserTableForm) {
                                  u"N'A'"}));
 }
 
-TEST_F(ObjectProxy, ALoadedOneRepeatsItsStatementAndTakesNewConditionsForWritingOnly) {
+TEST_F(ObjectProxy, ALoadedOneRepeatsItsStatementAndWritesByNewConditions) {
   load();
   proxy.Load(codeIs(u"B"));
   proxy.Refresh();
@@ -146,7 +146,7 @@ TEST_F(ObjectProxy, ALoadedOneRepeatsItsStatementAndTakesNewConditionsForWriting
   EXPECT_EQ(statements().back(), u"DELETE FROM HVITEM  WHERE Code = N'B'");
 }
 
-TEST_F(ObjectProxy, RefreshReadsTheRowAnew) {
+TEST_F(ObjectProxy, RefreshReadsTheRowAgain) {
   load();
   company->otherwise = items({{u"A", u"Changed"}});
   proxy.Refresh();
@@ -155,7 +155,7 @@ TEST_F(ObjectProxy, RefreshReadsTheRowAnew) {
   EXPECT_EQ(statements(), (Texts{u"SELECT * FROM HVITEM     WHERE Code = N'A'"}));
 }
 
-TEST_F(ObjectProxy, RefreshOfAConnectedOneNeedsItsConditions) {
+TEST_F(ObjectProxy, RefreshBeforeLoadNeedsConditions) {
   connect();
   EXPECT_EQ(refusalOf([&] { proxy.Refresh(); }),
             "-1: Persistent Object is not properly initialized, neither conditions nor key fields "
@@ -171,7 +171,7 @@ TEST_F(ObjectProxy, UpdateWritesTheRecordByTheConditionsOfTheRow) {
   EXPECT_EQ(statements(), (Texts{u"UPDATE HVITEM  SET Name = N'Bolt'  WHERE Code = N'A'"}));
 }
 
-TEST_F(ObjectProxy, UpdateWithoutConditionsIsByTheValuesFromBefore) {
+TEST_F(ObjectProxy, UpdateWithoutConditionsComparesTheFormerValues) {
   connect();
   item.code = u"A";
   item.name = u"Nail";
@@ -214,7 +214,7 @@ TEST_F(ObjectProxy, AFailedAddLeavesItConnectedAndUnloaded) {
   EXPECT_FALSE(proxy.IsLoaded());
 }
 
-TEST_F(ObjectProxy, AddThatGetsNoNewObjectLeavesItUnconnected) {
+TEST_F(ObjectProxy, AddWithoutANewObjectLeavesItUnconnected) {
   load();
   company->results["GetBusinessObject"] = E_FAIL;
   EXPECT_THROW(proxy.Add(item), _com_error);
@@ -224,7 +224,7 @@ TEST_F(ObjectProxy, AddThatGetsNoNewObjectLeavesItUnconnected) {
             "-1: Proxy is not connected to a persistent object");
 }
 
-TEST_F(ObjectProxy, GetByKeyLooksThroughANewObjectThatHasNoTable) {
+TEST_F(ObjectProxy, GetByKeySearchesThroughANewObjectThatHasNoTable) {
   load();
   proxy.SetFields({kCode});
   proxy.GetByKey(codeIs(u"B"), item);
@@ -234,7 +234,7 @@ TEST_F(ObjectProxy, GetByKeyLooksThroughANewObjectThatHasNoTable) {
   EXPECT_EQ(proxy.mapped, 0);
 }
 
-TEST_F(ObjectProxy, GetByKeyTakesTheValuesOfAKeyAsEqualConditions) {
+TEST_F(ObjectProxy, GetByKeyComparesTheValuesOfAKey) {
   connect();
   proxy.GetByKey(values({{kCode, u"B"}, {u"Line", 7}}), item);
   EXPECT_EQ(statements(), (Texts{u"SELECT * FROM      WHERE Code = N'B' AND Line = 7"}));
@@ -251,14 +251,14 @@ TEST_F(ObjectProxy, GetByKeyOfAMissingRowLeavesItConnectedAndUnloaded) {
   EXPECT_FALSE(proxy.IsLoaded());
 }
 
-TEST_F(ObjectProxy, ConditionsOfAnyValuesTakeTheGivenOperations) {
+TEST_F(ObjectProxy, ConditionsHaveTheGivenOperations) {
   connect();
   EXPECT_EQ(qx::test::shown(proxy.GetConditionsFromKeyFields(values({{kName, u"A"}, {u"Qty", 7}}),
                                                              {co_Like, co_Less})),
             "Name|0|98|VT_BSTR|A; Qty|3|98||7");
 }
 
-TEST_F(ObjectProxy, ASecondConnectTakesANewObjectAndKeepsTheFormerToTheEnd) {
+TEST_F(ObjectProxy, ASecondConnectKeepsTheFormerObjectAlive) {
   const ULONG before = references();
   {
     ItemProxy other;
@@ -272,7 +272,7 @@ TEST_F(ObjectProxy, ASecondConnectTakesANewObjectAndKeepsTheFormerToTheEnd) {
   EXPECT_EQ(references(), before);
 }
 
-TEST_F(ObjectProxy, ACopySharesTheRowAndEitherMayGoFirst) {
+TEST_F(ObjectProxy, ACopySharesTheRowAndEitherMayBeDestroyedFirst) {
   auto original = std::make_unique<ItemProxy>();
   original->Connect(company.p, u"HVITEM", false);
   original->Load(codeIs(u"A"));
@@ -320,7 +320,7 @@ INSTANTIATE_TEST_SUITE_P(
                         u"SELECT Code AS 'Code' ,Name AS 'The name' FROM [@T] WHERE Code > 'A'"}),
     qx::test::nameOf<ChooseListParam>);
 
-TEST_P(ChooseListSql, HasTheColumnsUnderTheirTitlesAndRunsNothing) {
+TEST_P(ChooseListSql, HasColumnsWithTitlesAndRunsNothing) {
   Titles titles;
   titles.Add(kCode, u"Code");
   titles.Add(kName, u"The name");
@@ -328,14 +328,14 @@ TEST_P(ChooseListSql, HasTheColumnsUnderTheirTitlesAndRunsNothing) {
   EXPECT_TRUE(company->runs.empty());
 }
 
-TEST_P(ChooseListSql, HasAllColumnsAndNoConditionIfNoneAreGiven) {
+TEST_P(ChooseListSql, HasAllColumnsAndNoConditionByDefault) {
   const std::u16string_view table = GetParam().name == "DB2"     ? u"@T"
                                     : GetParam().name == "KORDB" ? u"\"@T\""
                                                                  : u"[@T]";
   EXPECT_EQ(sqlOf({}, u"").View(), u"SELECT * FROM " + std::u16string(table));
 }
 
-TEST(ChooseListHelper, ItsHooksDoNothing) {
+TEST(ChooseListHelper, ItsMappingsDoNothing) {
   CQXChooseListHelper helper;
   Item item;
   item.code = u"untouched";
@@ -348,7 +348,7 @@ TEST(ChooseListHelper, ItsHooksDoNothing) {
   copy = helper;
 }
 
-TEST_F(ObjectProxy, WritesTheStatementOfAChooseListAndIsConnectedThen) {
+TEST_F(ObjectProxy, GetSQLforChooseListWritesTheStatementAndConnects) {
   Titles titles;
   titles.Add(kCode, u"Code");
   CComBSTR result;

@@ -9,6 +9,7 @@
 namespace qx {
 namespace {
 
+// As an add-on's proxies set up their objects.
 void setUp(Persistence::CQXPersistentBase& sql, const StatementQuery& query) {
   sql.SetMasterTable(query.table);
   sql.SetUserTable(query.userTable);
@@ -43,7 +44,7 @@ qx_ptr<Persistence::CConditions> StatementWriter::conditionsFromValues(
 void StatementWriter::setMaximum(long rows) { collection_->SetMaxRecordCount(rows); }
 
 std::vector<CComBSTR> StatementWriter::select() {
-  collection_->PrepareSelect();
+  collection_->PrepareSelect();  // as Refresh does
   return collection_->SelectTexts();
 }
 

@@ -1,8 +1,8 @@
 #include "qxframework/query/browser_collection.h"
 
 #include "qxframework/host/company.h"
-#include "qxframework/persistence/testing/vtable_slot.h"
 #include "qxframework/query/testing/query_parts.h"
+#include "qxframework/query/testing/vtable_slot.h"
 #include "qxframework/query/value_container.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ namespace {
 using qx::test::slotOf;
 using qx::test::utf8;
 
-/// Only the one operation that has a body is of interest.
+/// Implements what is abstract, in order to call GetValue.
 class Rows final : public IQXPersistentCollection {
  public:
   Rows() = default;
@@ -43,14 +43,13 @@ class Rows final : public IQXPersistentCollection {
   void SetKeysOnly(bool) override {}
 };
 
-TEST(PersistentCollectionInterface, IsAlsoThatOfABrowser) {
-  static_assert(std::is_base_of_v<IQXObjCollectionForBrowser, IQXPersistentCollection>);
-  static_assert(std::has_virtual_destructor_v<IQXObjCollectionForBrowser>);
-  static_assert(sizeof(IQXPersistentCollection) == sizeof(void*), "it holds nothing");
-}
+// Neither interface has fields, and both are destroyed through a pointer to the browser's.
+static_assert(std::is_base_of_v<IQXObjCollectionForBrowser, IQXPersistentCollection>);
+static_assert(std::has_virtual_destructor_v<IQXObjCollectionForBrowser>);
+static_assert(sizeof(IQXPersistentCollection) == sizeof(void*));
 
 // Add-ons are built against these orders. A destructor takes two slots.
-TEST(PersistentCollectionInterface, KeepsTheOrderOfTheBrowsersOperations) {
+TEST(PersistentCollectionInterface, BrowserOperationsKeepTheirSlots) {
   using Browser = IQXObjCollectionForBrowser;
   EXPECT_EQ(slotOf(&Browser::First), 0);
   EXPECT_EQ(slotOf(&Browser::Last), 1);
@@ -65,7 +64,7 @@ TEST(PersistentCollectionInterface, KeepsTheOrderOfTheBrowsersOperations) {
   EXPECT_EQ(slotOf(&Browser::ContainerToMap), 10);
 }
 
-TEST(PersistentCollectionInterface, PutsItsOwnOperationsBehindTheDestructorOfTheBrowsers) {
+TEST(PersistentCollectionInterface, ItsOwnOperationsFollowTheBrowsersDestructor) {
   using Collection = IQXPersistentCollection;
   EXPECT_EQ(slotOf(&Collection::Connect), 13);
   EXPECT_EQ(slotOf(&Collection::Exists), 14);
@@ -78,19 +77,19 @@ TEST(PersistentCollectionInterface, PutsItsOwnOperationsBehindTheDestructorOfThe
   EXPECT_EQ(slotOf(&Collection::GetValue), 21);
 }
 
-TEST(PersistentCollectionInterface, GivesTheValueOfTheNameAsItIsFirst) {
+TEST(PersistentCollectionInterface, GetValuePrefersTheNameAsGiven) {
   Rows rows;
   EXPECT_EQ(utf8(rows.GetValue(qx::test::values({{u"code", u"a"}, {u"CODE", u"b"}}), u"code")),
             "a");
 }
 
-TEST(PersistentCollectionInterface, GivesTheValueOfTheNameInCapitalsNext) {
+TEST(PersistentCollectionInterface, GetValueThenTakesTheNameInCapitals) {
   Rows rows;
   const TyFieldValues row = qx::test::values({{u"T0.U_QTY", u"b"}, {u"t0.u_qty", u"c"}});
   EXPECT_EQ(utf8(rows.GetValue(row, u"T0.U_Qty")), "b");
 }
 
-TEST(PersistentCollectionInterface, DoesNotTryTheNameInSmallLetters) {
+TEST(PersistentCollectionInterface, GetValueNeverTakesTheNameInSmallLetters) {
   Rows rows;
   const CComVariant value = rows.GetValue(qx::test::values({{u"code", u"a"}}), u"CODE");
   EXPECT_EQ(value.vt, VT_I4);

@@ -7,7 +7,7 @@
 namespace Persistence {
 namespace {
 
-/// Deletes a condition with its last list, unless it was let go.
+// Deletes a condition with its last list, unless Clear released it.
 struct Owner {
   bool owns = true;
   void operator()(CCondition* condition) const {
@@ -15,9 +15,9 @@ struct Owner {
   }
 };
 
-/// Runs `work` and lets nothing out, which is what the destructor and Remove promise to those who
-/// clean up while another failure is on its way. The end of a condition as it is today cannot fail;
-/// the promise is kept here, where it is made, and does not rest on that.
+// Runs `work` and lets no exception out. The destructor and Remove promise that to callers that
+// clean up while another failure is on its way. Destroying a condition cannot fail at present, but
+// the promise does not rely on it.
 template <class Work>
 void guarded(Work work) noexcept {
   try {
@@ -56,6 +56,8 @@ qx_ptr<CConditions> CConditions::Clone() const {
   return clone;
 }
 
+// A bare `new`: make_shared cannot reach the private constructor, and Clear(false) must be able to
+// give the condition away.
 CCondition* CConditions::Add() {
   auto* const condition = new CCondition;
   Add(condition);

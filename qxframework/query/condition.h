@@ -1,7 +1,7 @@
 #pragma once
 
-// What a query asks for: an ordered list of comparisons of a column with a value. The list says
-// nothing of the SQL that it becomes; that is the business of who writes the statement.
+// The conditions of a query: an ordered list of comparisons of a column with a value. The list is
+// independent of SQL; the code that writes a statement chooses the text of each condition.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/variant.h"
@@ -11,12 +11,12 @@
 #include <vector>
 
 namespace qx {
-struct ConditionAccess;  // what no operation of a condition or a list reaches
+struct ConditionAccess;  // tests reach by it what no operation sets
 }
 
 namespace Persistence {
 
-/// How a column compares with the value. Any other number is taken as co_Equal.
+/// The comparison of a column with a value. Any other number counts as co_Equal.
 enum HvConditionOperation : int {
   co_Like = 0,
   co_Equal = 1,
@@ -27,31 +27,32 @@ enum HvConditionOperation : int {
   co_NotEqual = 6
 };
 
-/// How a condition joins the one before it. Any other number is taken as cr_And.
+/// The word between a condition and the one before it. Any other number counts as cr_And.
 enum HvConditionRelationship : int { cr_And = 98, cr_Or = 99 };
 
-/// One comparison. A fresh one has empty texts and the operation co_Like.
+/// One comparison. A new one has empty texts and the operation co_Like.
 ///
-/// The texts that are given out may be null and live until they are put anew.
+/// A text that a getter returns may be null. It is valid until the text is set again.
 class QX_API CCondition {
  public:
   CCondition(const CCondition& other) = default;
   CCondition& operator=(const CCondition& other) = default;
   ~CCondition() = default;
 
-  /// VARIANT_TRUE if the condition compares two columns, which nothing can ask for as yet.
+  /// Returns VARIANT_TRUE if the condition compares two columns. No operation sets this.
   VARIANT_BOOL GetCompareFields() const { return m_CompareFields; }
-  /// The column, without any correlation name.
+  /// Returns the column, without a correlation name.
   const OLECHAR* GetAlias() const { return m_Alias; }
   void PutAlias(CComBSTR alias) { m_Alias = std::move(alias); }
   long GetBracketOpenNum() const { return m_BracketOpenNum; }
   void PutBracketOpenNum(long count) { m_BracketOpenNum = static_cast<std::int32_t>(count); }
   long GetBracketCloseNum() const { return m_BracketCloseNum; }
   void PutBracketCloseNum(long count) { m_BracketCloseNum = static_cast<std::int32_t>(count); }
-  /// The kind of the value, by which it is written: "VT_BSTR", "VT_R8", "VT_DATE", or another text.
+  /// Returns the kind of the value, which decides the form of its literal: "VT_BSTR", "VT_R8",
+  /// "VT_DATE" or another text.
   const OLECHAR* GetComparedAlias() const { return m_ComparedAlias; }
   void PutComparedAlias(CComBSTR kind) { m_ComparedAlias = std::move(kind); }
-  /// The value as text, whatever its kind.
+  /// Returns the value as a text, for every kind of value.
   const OLECHAR* GetCondVal() const { return m_CondVal; }
   void PutCondVal(CComBSTR value) { m_CondVal = std::move(value); }
   HvConditionOperation GetOperation() const { return m_Operation; }
@@ -59,7 +60,7 @@ class QX_API CCondition {
   HvConditionRelationship GetRelationship() const { return m_Relationship; }
   void PutRelationship(HvConditionRelationship relationship) { m_Relationship = relationship; }
 
-  /// All fields alike, the texts unit by unit; a null text equals an empty one.
+  /// True if all fields are equal. Texts compare unit by unit; a null text equals an empty one.
   friend QX_API bool operator==(const CCondition& a, const CCondition& b);
   friend bool operator!=(const CCondition& a, const CCondition& b) { return !(a == b); }
 
@@ -80,9 +81,9 @@ class QX_API CCondition {
 
 /// The ordered list of conditions, which owns them.
 ///
-/// A copy made by copying or assigning the list itself shares the conditions: a change through one
-/// list shows in the other, and a condition lives as long as any list that holds it. Clone gives a
-/// list of its own.
+/// A copied or assigned list shares the conditions with the original: a change through one list
+/// shows in the other, and a condition lives as long as any list that holds it. Clone returns a
+/// list with conditions of its own.
 class QX_API CConditions {
  public:
   CConditions(const CConditions& other) = default;
@@ -90,24 +91,26 @@ class QX_API CConditions {
   ~CConditions();
 
   static qx_ptr<CConditions> CreateNewInstance();
-  /// Gives up the reference that it is handed; the list dies with its last one.
+  /// Releases the given reference. The list is destroyed with its last reference.
   static void Remove(qx_ptr<CConditions> conditions);
   qx_ptr<CConditions> Clone() const;
 
-  /// A fresh condition at the end, owned by the list.
+  /// Appends a new condition and returns it; the list owns it.
   CCondition* Add();
-  /// Takes the condition over; it must belong to no list. Null raises E_POINTER.
+  /// Appends the condition and takes ownership of it; it must belong to no list. Throws a
+  /// _com_error of E_POINTER for null.
   void Add(CCondition* condition);
-  /// Empties the list. Without `destroy` the conditions live on, in the care of whoever holds them.
+  /// Empties the list. Without `destroy` the conditions stay alive: no list deletes them any more,
+  /// and the caller owns them.
   void Clear(bool destroy);
 
   long GetCount() const { return static_cast<long>(m_Conditions.size()); }
-  /// Raises std::out_of_range.
+  /// Returns the condition at a position from 0. Throws std::out_of_range.
   CCondition* Item(long index) const;
-  /// By the 32-bit integer of `index`, whatever its kind.
+  /// Returns the condition at the position in `index`, read as VT_I4 whatever its type is.
   CCondition* Item(const VARIANT& index) const { return Item(long{index.lVal}); }
 
-  /// Equal conditions in the same order.
+  /// True if the lists have equal conditions in the same order.
   friend QX_API bool operator==(const CConditions& a, const CConditions& b);
   friend bool operator!=(const CConditions& a, const CConditions& b) { return !(a == b); }
 

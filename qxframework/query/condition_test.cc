@@ -1,7 +1,7 @@
 #include "qxframework/query/condition.h"
 
 #include "qxframework/automation/com_error.h"
-#include "qxframework/persistence/testing/condition_access.h"
+#include "qxframework/query/testing/condition_access.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ qx_ptr<CConditions> full() {
   return list;
 }
 
-TEST(Condition, AFreshOneHasEmptyTextsAndTheLikeOperation) {
+TEST(Condition, ANewOneHasEmptyTextsAndTheLikeOperation) {
   const auto list = CConditions::CreateNewInstance();
   const CCondition* const condition = list->Add();
   ASSERT_NE(condition->GetAlias(), nullptr);
@@ -49,7 +49,7 @@ TEST(Condition, AFreshOneHasEmptyTextsAndTheLikeOperation) {
   EXPECT_EQ(condition->GetBracketCloseNum(), 0);
 }
 
-TEST(Condition, GivesBackWhatWasPut) {
+TEST(Condition, ReturnsWhatWasSet) {
   const auto list = full();
   const CCondition& condition = *list->Item(0);
   EXPECT_EQ(viewOf(condition.GetAlias()), u"Code");
@@ -61,7 +61,7 @@ TEST(Condition, GivesBackWhatWasPut) {
   EXPECT_EQ(condition.GetBracketCloseNum(), 3);
 }
 
-TEST(Condition, KeepsACopyOfATextAndGivesANullOneBackAsNull) {
+TEST(Condition, KeepsACopyOfATextAndReturnsNullForANullOne) {
   const auto list = CConditions::CreateNewInstance();
   CCondition& condition = *list->Add();
   CComBSTR alias(u"Code");
@@ -79,7 +79,7 @@ TEST(Condition, KeepsAllUnitsOfAValue) {
   EXPECT_EQ(qx::viewOfBstr(condition.GetCondVal()), u"a\0\xD800"sv);
 }
 
-TEST(Condition, ACopyIsEqualAndOfItsOwn) {
+TEST(Condition, ACopyIsEqualAndIndependent) {
   const auto list = full();
   CCondition copy(*list->Item(0));
   EXPECT_TRUE(copy == *list->Item(0));
@@ -88,7 +88,7 @@ TEST(Condition, ACopyIsEqualAndOfItsOwn) {
   EXPECT_EQ(viewOf(list->Item(0)->GetCondVal()), u"A");
 }
 
-TEST(Condition, AssignmentTakesEveryFieldTheFieldComparisonIncluded) {
+TEST(Condition, AssignmentCopiesEveryField) {
   const auto list = full();
   CCondition& fresh = *list->Add();
   fresh = *list->Item(0);
@@ -136,7 +136,7 @@ TEST(Conditions, KeepTheOrderOfAdding) {
   EXPECT_EQ(list->Item(1), second);
 }
 
-TEST(Conditions, AnIndexMayComeAsTheIntegerOfAVariantOfAnyKind) {
+TEST(Conditions, AVariantIndexIsReadAsItsIntegerWhateverItsType) {
   const auto list = CConditions::CreateNewInstance();
   list->Add();
   CCondition* const second = list->Add();
@@ -146,7 +146,7 @@ TEST(Conditions, AnIndexMayComeAsTheIntegerOfAVariantOfAnyKind) {
   EXPECT_EQ(list->Item(other), second);
 }
 
-TEST(Conditions, AnIndexOutOfRangeIsAFailure) {
+TEST(Conditions, AnIndexOutOfRangeIsRefused) {
   const auto list = CConditions::CreateNewInstance();
   list->Add();
   EXPECT_THROW((void)list->Item(1), std::out_of_range);
@@ -154,20 +154,20 @@ TEST(Conditions, AnIndexOutOfRangeIsAFailure) {
   EXPECT_THROW((void)list->Item(CComVariant(7)), std::out_of_range);
 }
 
-TEST(Conditions, TakeOverACondition) {
+TEST(Conditions, AddTakesOwnershipOfACondition) {
   const auto list = CConditions::CreateNewInstance();
   auto* const condition = new CCondition(*full()->Item(0));
   list->Add(condition);
   EXPECT_EQ(list->Item(0), condition);
 }
 
-TEST(Conditions, RefuseANullCondition) {
+TEST(Conditions, AddRefusesANullCondition) {
   const auto list = CConditions::CreateNewInstance();
   EXPECT_THROW(list->Add(nullptr), _com_error);
   EXPECT_EQ(list->GetCount(), 0);
 }
 
-TEST(Conditions, ACloneHasEqualConditionsOfItsOwnInTheSameOrder) {
+TEST(Conditions, ACloneHasEqualButIndependentConditionsInTheSameOrder) {
   const auto list = full();
   list->Add()->PutAlias(u"Second");
   const auto clone = list->Clone();
@@ -195,7 +195,7 @@ TEST(Conditions, ListsOfTheSameConditionsInAnotherOrderDiffer) {
   EXPECT_FALSE(*a == *b);
 }
 
-TEST(Conditions, ClearedWithTrueAreDeletedAndTheListIsEmpty) {
+TEST(Conditions, ClearWithDestroyDeletesTheConditions) {
   const auto list = full();
   const auto condition = ConditionAccess::watch(*list, 0);
   EXPECT_FALSE(condition.expired());
@@ -206,7 +206,7 @@ TEST(Conditions, ClearedWithTrueAreDeletedAndTheListIsEmpty) {
   EXPECT_EQ(list->GetCount(), 1);
 }
 
-TEST(Conditions, ClearedWithFalseLiveOnWhenTheListIsGone) {
+TEST(Conditions, ClearWithoutDestroyKeepsTheConditionsAlive) {
   CCondition* condition = nullptr;
   {
     const auto list = full();
@@ -227,7 +227,7 @@ TEST(Conditions, ACopyOfTheListSharesTheConditions) {
   EXPECT_EQ(viewOf(copy.Item(0)->GetAlias()), u"Changed");
 }
 
-TEST(Conditions, AssignmentOfAListSharesTheConditionsAndDropsTheFormerOnes) {
+TEST(Conditions, AssignmentSharesTheConditionsAndReleasesTheFormerOnes) {
   const auto list = full();
   CConditions other(*CConditions::CreateNewInstance());
   other.Add();
@@ -238,7 +238,7 @@ TEST(Conditions, AssignmentOfAListSharesTheConditionsAndDropsTheFormerOnes) {
   EXPECT_EQ(other.Item(0), list->Item(0));
 }
 
-TEST(Conditions, RemoveGivesUpItsReferenceAndLeavesTheOthers) {
+TEST(Conditions, RemoveReleasesItsReferenceOnly) {
   auto list = full();
   const qx_ptr<CConditions> second = list;
   CConditions::Remove(list);
@@ -246,7 +246,7 @@ TEST(Conditions, RemoveGivesUpItsReferenceAndLeavesTheOthers) {
   CConditions::Remove(qx_ptr<CConditions>());
 }
 
-TEST(Conditions, DieWithTheLastReferenceToTheirList) {
+TEST(Conditions, AreDeletedWithTheLastReferenceToTheirList) {
   auto list = full();
   const auto condition = ConditionAccess::watch(*list, 0);
   qx_ptr<CConditions> second = list;
@@ -258,14 +258,14 @@ TEST(Conditions, DieWithTheLastReferenceToTheirList) {
   EXPECT_TRUE(condition.expired());
 }
 
-TEST(Conditions, RemoveOfTheLastReferenceIsTheEndOfTheList) {
+TEST(Conditions, RemoveOfTheLastReferenceDeletesTheList) {
   auto list = full();
   const auto condition = ConditionAccess::watch(*list, 0);
   CConditions::Remove(std::exchange(list, qx_ptr<CConditions>()));
   EXPECT_TRUE(condition.expired());
 }
 
-TEST(Conditions, SharedByACopyOfTheListDieWithTheLastOfBoth) {
+TEST(Conditions, SharedByTwoListsAreDeletedWithTheLastOfThem) {
   auto list = full();
   const auto condition = ConditionAccess::watch(*list, 0);
   {

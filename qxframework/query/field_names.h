@@ -7,7 +7,7 @@
 
 namespace qx {
 
-/// Whether two lists have the same names in the same order, wherever these stand.
+/// True if two lists have equal names in the same order. The pointers may differ.
 inline bool sameNames(const std::vector<const OLECHAR*>& a, const std::vector<const OLECHAR*>& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](const OLECHAR* left, const OLECHAR* right) {

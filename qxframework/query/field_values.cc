@@ -8,6 +8,7 @@
 namespace Persistence {
 namespace {
 
+// A first reservation that fits most rows, so that a new row does not grow step by step.
 constexpr std::size_t kUsualColumns = 8;
 
 void checkComparable(const TyFieldValues& a, const TyFieldValues& b) {
@@ -38,6 +39,7 @@ TyFieldValues& TyFieldValues::operator=(const TyFieldValues& other) {
 
 TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
   if (this == &other) return *this;
+  // The entries of a map stay in place when the map moves, so the pointers to them stay valid.
   m_Values = std::move(other.m_Values);
   m_Names = std::move(other.m_Names);
   m_Places = std::move(other.m_Places);
@@ -47,11 +49,12 @@ TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
 }
 
 void TyFieldValues::Add(CComBSTR name, CComVariant value) {
-  // Room first, so that nothing can fail between the parts.
+  // Room first: after that nothing can fail, and the three members stay in step.
   makeRoom(m_Names);
   makeRoom(m_Places);
   Entry& entry = m_Values[name];
   entry.value = std::move(value);
+  // A name that is added again keeps its first position, which FindIndex returns.
   if (entry.position == -1) entry.position = GetCount();
   m_Names.push_back(std::move(name));
   m_Places.push_back(&entry);
@@ -87,6 +90,7 @@ const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {
 
 CComVariant TyFieldValues::GetValue(const OLECHAR* name) const {
   const CComVariant* const value = find(name);
+  // 0 instead of a failure: code that maps a row reads columns that a query may have left out.
   return value == nullptr ? CComVariant(0) : *value;
 }
 

@@ -42,13 +42,13 @@ TEST(FieldValues, PositionsAreInTheOrderOfAdding) {
   EXPECT_EQ(text(values.GetValueAt(1)), u"A");
 }
 
-TEST(FieldValues, APositionThatIsNotThereIsAFailure) {
+TEST(FieldValues, AMissingPositionIsRefused) {
   const TyFieldValues values = twoFields();
   EXPECT_THROW((void)values.GetKeyAt(2), std::out_of_range);
   EXPECT_THROW((void)values.GetValueAt(-1), std::out_of_range);
 }
 
-TEST(FieldValues, WhatIsGivenByPositionIsACopy) {
+TEST(FieldValues, GettersByPositionReturnCopies) {
   TyFieldValues values = twoFields();
   values.GetKeyAt(0) = u"Other";
   values.GetValueAt(0) = CComVariant(1);
@@ -56,7 +56,7 @@ TEST(FieldValues, WhatIsGivenByPositionIsACopy) {
   EXPECT_EQ(text(values.GetValueAt(0)), u"Nail");
 }
 
-TEST(FieldValues, ANameAddedTwiceStandsTwiceWithItsLastValue) {
+TEST(FieldValues, ANameAddedTwiceHasTwoPositionsWithItsLastValue) {
   TyFieldValues values;
   values.Add(u"Code", 1);
   values.Add(u"Name", 2);
@@ -78,7 +78,7 @@ TEST(FieldValues, NamesDifferByTheCaseOfALetter) {
   EXPECT_EQ(values.FindIndex(u"code"), -1);
 }
 
-TEST(FieldValues, NamesThatTheUsersLocaleTakesForOneAreOne) {
+TEST(FieldValues, NamesThatAreEqualInTheUsersLocaleAreOne) {
   TyFieldValues values;
   values.Add(u"caf\u00E9", 1);
   EXPECT_EQ(values.FindIndex(u"cafe\u0301"), 0);
@@ -99,7 +99,7 @@ TEST(FieldValues, EachPositionKeepsTheSpellingOfItsName) {
   EXPECT_EQ(values.FindIndex(u"cafe\u0301"), 0);
 }
 
-TEST(FieldValues, APlainNameMayEqualOneThatIsNot) {
+TEST(FieldValues, AnAsciiNameMayEqualOneWithOtherCharacters) {
   TyFieldValues values;
   values.Add(u"Co\u200Dde", 1);  // a sign that no order counts
   EXPECT_EQ(values.FindIndex(u"Code"), 0);
@@ -134,7 +134,7 @@ TEST(FieldValues, SetValueChangesTheValueAndNoPosition) {
 
 TEST(FieldValues, AMissingNameHasNoIndex) { EXPECT_EQ(twoFields().FindIndex(u"Price"), -1); }
 
-TEST(FieldValues, ANameSetOnlyHasAValueAndNoPosition) {
+TEST(FieldValues, SetValueOfANewNameGivesItNoPosition) {
   TyFieldValues values;
   values.SetValue(u"Code", 1);
   EXPECT_EQ(values.GetCount(), 0);
@@ -147,7 +147,7 @@ TEST(FieldValues, ANameSetOnlyHasAValueAndNoPosition) {
   }
 }
 
-TEST(FieldValues, ANameSetOnlyGetsItsPositionWhenItIsAdded) {
+TEST(FieldValues, ANameWithoutAPositionGetsOneByAdd) {
   TyFieldValues values;
   values.SetValue(u"Code", 1);
   values.SetValue(u"Name", 2);
@@ -169,7 +169,7 @@ TEST(FieldValues, LookUpOfAMissingNameThrowsAPlainText) {
   }
 }
 
-TEST(FieldValues, ThePlainTextIsCaughtAsOneOfConstantCharactersToo) {
+TEST(FieldValues, ThePlainTextCanBeCaughtAsConstantCharacters) {
   EXPECT_THROW((void)twoFields()[u"Price"], const char*);
 }
 
@@ -186,7 +186,7 @@ TEST(FieldValues, GetValueOfANameIsACopy) {
   EXPECT_EQ(text(values[u"Code"]), u"A");
 }
 
-TEST(FieldValues, ClearEmptiesBothParts) {
+TEST(FieldValues, ClearRemovesValuesAndPositions) {
   TyFieldValues values = twoFields();
   values.Clear();
   EXPECT_EQ(values.GetCount(), 0);
@@ -202,7 +202,7 @@ TEST(FieldValues, ANullNameIsTheEmptyOne) {
   EXPECT_EQ(values.FindIndex(nullptr), 0);
 }
 
-TEST(FieldValues, AssignmentReplacesWhatWasThereByThePositionsOfTheSource) {
+TEST(FieldValues, AssignmentReplacesAllByThePositionsOfTheSource) {
   TyFieldValues source = twoFields();
   source.Add(u"Name", u"Again");
   TyFieldValues target;
@@ -230,7 +230,7 @@ TEST(FieldValues, AssignmentOfItselfKeepsIt) {
   EXPECT_EQ(text(values.GetValueAt(0)), u"Nail");
 }
 
-TEST(FieldValues, AMovedMapIsTakenOverAndLeavesAnEmptyOne) {
+TEST(FieldValues, AMoveLeavesTheSourceEmpty) {
   TyFieldValues source = twoFields();
   const TyFieldValues target(std::move(source));
   EXPECT_EQ(target.GetCount(), 2);
@@ -238,7 +238,7 @@ TEST(FieldValues, AMovedMapIsTakenOverAndLeavesAnEmptyOne) {
   EXPECT_EQ(source.FindIndex(u"Code"), -1);
 }
 
-TEST(FieldValues, AssignmentOfAMovedMapReplacesWhatWasThereAndLeavesAnEmptyOne) {
+TEST(FieldValues, MoveAssignmentReplacesAllAndLeavesTheSourceEmpty) {
   TyFieldValues source = twoFields();
   source.Add(u"Name", u"Again");
   TyFieldValues target;
@@ -255,7 +255,7 @@ TEST(FieldValues, AssignmentOfAMovedMapReplacesWhatWasThereAndLeavesAnEmptyOne) 
   EXPECT_FALSE(source.contains(u"Old"));
 }
 
-TEST(FieldValues, AssignmentOfAMovedMapLeavesOutNamesWithoutAPosition) {
+TEST(FieldValues, MoveAssignmentLeavesOutNamesWithoutAPosition) {
   TyFieldValues source = twoFields();
   source.SetValue(u"Hidden", 1);
   source.SetValue(u"Later", 2);
@@ -269,7 +269,7 @@ TEST(FieldValues, AssignmentOfAMovedMapLeavesOutNamesWithoutAPosition) {
   EXPECT_FALSE(source.contains(u"Hidden"));  // NOLINT(bugprone-use-after-move)
 }
 
-TEST(FieldValues, ACopyOrAMovedMapLeavesOutNamesWithoutAPositionToo) {
+TEST(FieldValues, ConstructionByCopyOrMoveLeavesOutNamesWithoutAPosition) {
   TyFieldValues source = twoFields();
   source.SetValue(u"Hidden", 1);
   const TyFieldValues copy(source);
@@ -280,7 +280,7 @@ TEST(FieldValues, ACopyOrAMovedMapLeavesOutNamesWithoutAPositionToo) {
   EXPECT_EQ(moved.GetCount(), 2);
 }
 
-TEST(FieldValues, AMapMovedToItselfIsKept) {
+TEST(FieldValues, MoveToItselfKeepsTheValues) {
   TyFieldValues values = twoFields();
   TyFieldValues& same = values;
   values = std::move(same);
@@ -288,7 +288,7 @@ TEST(FieldValues, AMapMovedToItselfIsKept) {
   EXPECT_EQ(text(values.GetValueAt(0)), u"Nail");
 }
 
-TEST(FieldValues, AreFoundInPlaceOrNotAtAll) {
+TEST(FieldValues, FindReturnsThePlaceOrNull) {
   const TyFieldValues values = twoFields();
   ASSERT_NE(values.find(u"Code"), nullptr);
   EXPECT_EQ(text(*values.find(u"Code")), u"A");
@@ -312,7 +312,7 @@ TEST(FieldValues, ValuesAreComparedByPosition) {
   EXPECT_FALSE(twoFields() == swapped);
 }
 
-TEST(FieldValues, EqualityFollowsTheKindsOfTheValues) {
+TEST(FieldValues, ValuesOfDifferentTypesDiffer) {
   CComVariant null;
   null.vt = VT_NULL;
   EXPECT_TRUE(ofValues({null}) == ofValues({null}));
@@ -338,7 +338,7 @@ TEST(FieldValues, DifferentCountsCannotBeCompared) {
   EXPECT_THROW((void)(ofValues({1}) < ofValues({})), const OLECHAR*);
 }
 
-TEST(FieldValues, AreTheKeysOfAMap) {
+TEST(FieldValues, ServeAsKeysOfAMap) {
   std::map<TyFieldValues, int> rows;
   rows[ofValues({u"B", 1})] = 1;
   rows[ofValues({u"A", 2})] = 2;
@@ -349,7 +349,7 @@ TEST(FieldValues, AreTheKeysOfAMap) {
   EXPECT_EQ(rows.rbegin()->second, 4);
 }
 
-TEST(FieldValues, AreSharedAsTheKeysOfManyRows) {
+TEST(FieldValues, ServeAsTheKeysOfManyRows) {
   const qx_ptr<TyVector_KeyCollection> keys(new TyVector_KeyCollection, true);
   keys->push_back(ofValues({1}));
   const qx_ptr<TyVector_KeyCollection> same = keys;
@@ -387,7 +387,7 @@ void expectAlike(const TyFieldValues& values, const Model& model) {
   }
 }
 
-TEST(FieldValues, TenThousandStepsGoAsInAPlainMapAndList) {
+TEST(FieldValues, TenThousandStepsMatchAMapAndAList) {
   std::mt19937 dice(20240131);
   TyFieldValues values;
   Model model;

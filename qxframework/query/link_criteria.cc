@@ -28,6 +28,7 @@ CQXLinkTableCriteria::CQXLinkTableCriteria(const OLECHAR* tableName, const OLECH
       m_CorrelationName(correlationName, ln_English),
       m_UserTable(userTable) {}
 
+// The argument is a copy, so that an object assigned to itself does not loop over its growing list.
 CQXLinkTableCriteria& CQXLinkTableCriteria::operator=(CQXLinkTableCriteria other) {
   m_TableName = other.m_TableName;
   m_Update = other.m_Update;

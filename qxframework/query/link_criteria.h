@@ -1,7 +1,7 @@
 #pragma once
 
-// How a statement joins further tables to its master table: one CQXLinkTableCriteria for each
-// table, with one CQXLinkFieldCriteria for each comparison behind its ON.
+// The joins of a statement to its master table: one CQXLinkTableCriteria for each joined table,
+// with one CQXLinkFieldCriteria for each comparison after its ON.
 
 #include "qxframework/automation/simple_map.h"
 #include "qxframework/automation/variant.h"
@@ -12,7 +12,7 @@
 
 namespace Persistence {
 
-/// Any other number writes no kind of join.
+/// With any other number a statement has the word JOIN only.
 enum etTABLE_JOIN_MODE : int {
   jm_Inner = 0,
   jm_LeftOuter = 1,
@@ -20,33 +20,34 @@ enum etTABLE_JOIN_MODE : int {
   jm_FullOuter = 3
 };
 
-/// One comparison of a join: a column of the joined table with one of the master table, or with a
-/// constant.
+/// One comparison of a join: of a column of the joined table with a column of the master table or
+/// with a constant.
 class QX_API CQXLinkFieldCriteria {
  public:
-  /// The two columns are equal.
+  /// Compares the two columns for equality.
   CQXLinkFieldCriteria(const OLECHAR* sourceField, const OLECHAR* destField);
-  /// The column compares with a constant; the source field is null. A proxy replaces a text or a
-  /// date by its literal when it writes a statement, so that a second statement has it quoted twice
-  /// and matches nothing: take a new proxy. What was given to the proxy stays as it is.
+  /// Compares the column with a constant; the source field is null. A proxy replaces its copy of a
+  /// text or a date by the literal when it writes a statement. A second statement quotes the
+  /// literal again and matches nothing, so use a new proxy for it. The object passed to the proxy
+  /// does not change.
   CQXLinkFieldCriteria(const OLECHAR* destField, const CComVariant& destValue,
                        HvConditionOperation operation);
   CQXLinkFieldCriteria(const CQXLinkFieldCriteria& other) = default;
   CQXLinkFieldCriteria& operator=(const CQXLinkFieldCriteria& other) = default;
   virtual ~CQXLinkFieldCriteria();
 
-  /// The master table's column; null if the comparison is with a constant.
+  /// Returns the master table's column; null in a comparison with a constant.
   const CQXBSTR& GetSourceField() const { return m_SourceField; }
   const CQXBSTR& GetDestField() const { return m_DestField; }
   void SetSourceField(const OLECHAR* field) { m_SourceField = field; }
   void SetDestField(const OLECHAR* field) { m_DestField = field; }
   HvConditionOperation GetOperation() const { return m_Operation; }
-  /// The constant. Who writes it into a statement may change it.
+  /// Returns the constant. Writing a statement may change it.
   CComVariant& GetDestValue() { return m_DestValue; }
   const CComVariant& GetDestValue() const { return m_DestValue; }
 
-  /// Texts compare by the user's locale, letter case included. Constants are equal if they are of
-  /// the same kind and equal by that locale, or both VT_NULL.
+  /// Compares texts in the user's locale and with letter case. Constants are equal if they have the
+  /// same type and are equal in that locale, or if both are VT_NULL.
   friend QX_API bool operator==(const CQXLinkFieldCriteria& a, const CQXLinkFieldCriteria& b);
   friend bool operator!=(const CQXLinkFieldCriteria& a, const CQXLinkFieldCriteria& b) {
     return !(a == b);
@@ -69,7 +70,7 @@ class QX_API CQXLinkTableCriteria {
   CQXLinkTableCriteria(const OLECHAR* tableName, const OLECHAR* correlationName,
                        etTABLE_JOIN_MODE joinMode, bool userTable);
   CQXLinkTableCriteria(const CQXLinkTableCriteria& other) = default;
-  /// Takes everything over, but adds the link fields behind those that are there.
+  /// Copies all members, but appends the link fields to the present ones.
   CQXLinkTableCriteria& operator=(CQXLinkTableCriteria other);
   virtual ~CQXLinkTableCriteria();
 
@@ -81,7 +82,7 @@ class QX_API CQXLinkTableCriteria {
   etTABLE_JOIN_MODE GetJoinMode() const { return m_JoinMode; }
   void SetJoinMode(etTABLE_JOIN_MODE joinMode) { m_JoinMode = joinMode; }
 
-  /// By position, in the order of adding. Raises std::out_of_range.
+  /// Returns the link field at a position, in the order of adding. Throws std::out_of_range.
   CQXLinkFieldCriteria& GetLinkFieldCriteriaAt(int index) {
     return m_LinkFieldCriteria.GetValueAt(index);
   }
@@ -89,16 +90,16 @@ class QX_API CQXLinkTableCriteria {
     return m_LinkFieldCriteria.GetValueAt(index);
   }
   void AddLinkFieldCriteria(const CQXLinkFieldCriteria& criteria);
-  /// The number of link fields.
+  /// Returns the number of link fields.
   int GetSize() const { return m_LinkFieldCriteria.GetSize(); }
 
-  /// The columns to select. Only the pointers are kept: the caller keeps the texts alive.
+  /// Sets the columns to select. Only the pointers are kept, so the caller keeps the texts alive.
   void SetFields(const std::vector<const OLECHAR*>& fields) { m_Fields = fields; }
   const std::vector<const OLECHAR*>& GetFields() const { return m_Fields; }
-  /// Whether the name is that of a user table, which an engine may want in another form.
+  /// Returns true for the name of a user table, which some dialects enclose.
   bool IsUserTable() const { return m_UserTable; }
 
-  /// All of it alike, the names of the columns too.
+  /// True if all members are equal, including the names of the columns.
   friend QX_API bool operator==(const CQXLinkTableCriteria& a, const CQXLinkTableCriteria& b);
   friend bool operator!=(const CQXLinkTableCriteria& a, const CQXLinkTableCriteria& b) {
     return !(a == b);

@@ -48,7 +48,7 @@ TEST(LinkFieldCriteria, ItsTextsAreOfTheEnglishLanguage) {
   EXPECT_EQ(BareFieldCriteria().GetDestField().GetLanguage(), 3);
 }
 
-TEST(LinkFieldCriteria, ABareOneIsEmpty) {
+TEST(LinkFieldCriteria, ADefaultOneIsEmpty) {
   const BareFieldCriteria field{};
   EXPECT_EQ(field.GetSourceField().m_str, nullptr);
   EXPECT_EQ(field.GetDestField().m_str, nullptr);
@@ -65,7 +65,7 @@ TEST(LinkFieldCriteria, ItsFieldsCanBeSet) {
   EXPECT_EQ(field.GetSourceField().m_str, nullptr);
 }
 
-TEST(LinkFieldCriteria, ItsConstantCanBeRewrittenInPlace) {
+TEST(LinkFieldCriteria, ItsConstantCanBeChangedInPlace) {
   CQXLinkFieldCriteria field(u"U_Kind", CComVariant(u"A"), co_Equal);
   field.GetDestValue() = CComVariant(u"N'A'");
   EXPECT_EQ(CComBSTR(field.GetDestValue().bstrVal).View(), u"N'A'");
@@ -83,7 +83,7 @@ TEST(LinkFieldCriteria, EveryFieldCountsForEquality) {
   EXPECT_FALSE(columns != CQXLinkFieldCriteria(u"A", u"B"));
 }
 
-TEST(LinkFieldCriteria, ConstantsOfDifferentKindsDiffer) {
+TEST(LinkFieldCriteria, ConstantsOfDifferentTypesDiffer) {
   EXPECT_TRUE(CQXLinkFieldCriteria(u"K", CComVariant(1), co_Equal) !=
               CQXLinkFieldCriteria(u"K", CComVariant(1.0), co_Equal));
 }
@@ -100,7 +100,7 @@ TEST(LinkTableCriteria, ADefaultOneIsEmptyAndAnInnerJoin) {
   EXPECT_FALSE(made.IsUserTable());
 }
 
-TEST(LinkTableCriteria, GivesBackWhatItWasMadeOf) {
+TEST(LinkTableCriteria, ReturnsTheArgumentsOfItsConstructor) {
   const CQXLinkTableCriteria made(u"@T", u"T1", jm_FullOuter, true);
   EXPECT_EQ(made.GetTableName().View(), u"@T");
   EXPECT_EQ(made.GetCorrelationName().View(), u"T1");
@@ -128,11 +128,11 @@ TEST(LinkTableCriteria, KeepsLinkFieldsInTheOrderOfAdding) {
   EXPECT_THROW((void)made.GetLinkFieldCriteriaAt(-1), std::out_of_range);
 }
 
-TEST(LinkTableCriteria, KeepsThePointersOfTheCallersColumns) {
+TEST(LinkTableCriteria, KeepsPointersToTheCallersColumns) {
   EXPECT_EQ(table().GetFields(), (std::vector<const OLECHAR*>{kCode, kName}));
 }
 
-TEST(LinkTableCriteria, ColumnsAreEqualByTheirNamesWhereverTheseStand) {
+TEST(LinkTableCriteria, ColumnsAreComparedByNameAndNotByPointer) {
   const std::u16string code(kCode);
   const std::u16string name(kName);
   CQXLinkTableCriteria other = table();
@@ -142,7 +142,7 @@ TEST(LinkTableCriteria, ColumnsAreEqualByTheirNamesWhereverTheseStand) {
   EXPECT_TRUE(other != table());
 }
 
-TEST(LinkTableCriteria, ACopyIsEqualAndOfItsOwn) {
+TEST(LinkTableCriteria, ACopyIsEqualAndIndependent) {
   const CQXLinkTableCriteria made = table();
   CQXLinkTableCriteria copy(made);
   EXPECT_TRUE(copy == made);
@@ -150,13 +150,13 @@ TEST(LinkTableCriteria, ACopyIsEqualAndOfItsOwn) {
   EXPECT_TRUE(copy != made);
 }
 
-TEST(LinkTableCriteria, AssignmentIntoAnEmptyOneMakesItEqual) {
+TEST(LinkTableCriteria, AssignmentToAnEmptyOneMakesItEqual) {
   CQXLinkTableCriteria target;
   target = table();
   EXPECT_TRUE(target == table());
 }
 
-TEST(LinkTableCriteria, AssignmentKeepsTheOldLinkFieldsInFrontOfTheNew) {
+TEST(LinkTableCriteria, AssignmentAppendsTheLinkFields) {
   CQXLinkTableCriteria target(u"OLD", u"T9", jm_Inner, false);
   target.AddLinkFieldCriteria({u"Old", u"U_Old"});
   target = table();
@@ -171,7 +171,7 @@ TEST(LinkTableCriteria, AssignmentKeepsTheOldLinkFieldsInFrontOfTheNew) {
   EXPECT_EQ(target.GetFields().size(), 2U);
 }
 
-TEST(LinkTableCriteria, AssignmentOfItselfDoublesTheLinkFields) {
+TEST(LinkTableCriteria, AssignmentToItselfDoublesTheLinkFields) {
   CQXLinkTableCriteria made = table();
   const CQXLinkTableCriteria& same = made;
   made = same;
@@ -179,7 +179,7 @@ TEST(LinkTableCriteria, AssignmentOfItselfDoublesTheLinkFields) {
   EXPECT_TRUE(made.GetLinkFieldCriteriaAt(2) == made.GetLinkFieldCriteriaAt(0));
 }
 
-TEST(LinkTableCriteria, AllOfItCountsForEquality) {
+TEST(LinkTableCriteria, EveryMemberCountsForEquality) {
   const std::function<void(CQXLinkTableCriteria&)> changes[] = {
       [](CQXLinkTableCriteria& t) { t.SetTableName(u"@t"); },
       [](CQXLinkTableCriteria& t) { t.SetCorrelationName(u"T2"); },

@@ -6,20 +6,20 @@
 
 namespace Persistence {
 
-/// The failure of an operation of this layer, thrown by value: a text and a code, the host's own
-/// where it has them.
+/// The failure of an operation of the persistence layer, thrown by value: a text and a code. They
+/// are the host's, if the host reports any.
 class QX_API CQXPersistenceException : public std::exception {
  public:
-  /// "Unknown error" and -1.
+  /// Has the text "Unknown error" and the code -1.
   CQXPersistenceException();
-  /// Code -1.
+  /// Has the code -1.
   explicit CQXPersistenceException(const OLECHAR* text);
   CQXPersistenceException(long code, const OLECHAR* text);
   CQXPersistenceException(const CQXPersistenceException& other) = default;
   CQXPersistenceException& operator=(const CQXPersistenceException& other) = default;
   ~CQXPersistenceException() override;
 
-  /// Lives as long as the exception does, or until the text is set; null if it was set to null.
+  /// Returns the text, valid until it is set or the exception is destroyed; null if set to null.
   const OLECHAR* GetErrorString() const { return m_ErrorString; }
   long GetErrorCode() const { return m_ErrorCode; }
   void SetErrorString(const OLECHAR* text) { m_ErrorString = text; }

@@ -12,19 +12,19 @@ namespace {
 
 using qx::viewOf;
 
-TEST(PersistenceException, OfNothingIsAnUnknownErrorOfMinusOne) {
+TEST(PersistenceException, DefaultIsAnUnknownErrorWithCodeMinusOne) {
   const CQXPersistenceException error;
   EXPECT_EQ(viewOf(error.GetErrorString()), u"Unknown error");
   EXPECT_EQ(error.GetErrorCode(), -1);
 }
 
-TEST(PersistenceException, OfATextHasTheCodeMinusOne) {
+TEST(PersistenceException, WithATextHasTheCodeMinusOne) {
   const CQXPersistenceException error(u"No match found");
   EXPECT_EQ(viewOf(error.GetErrorString()), u"No match found");
   EXPECT_EQ(error.GetErrorCode(), -1);
 }
 
-TEST(PersistenceException, OfACodeAndATextHasBoth) {
+TEST(PersistenceException, WithACodeAndATextHasBoth) {
   const CQXPersistenceException error(-2035, u"Entry exists");
   EXPECT_EQ(viewOf(error.GetErrorString()), u"Entry exists");
   EXPECT_EQ(error.GetErrorCode(), -2035);
@@ -53,7 +53,7 @@ TEST(PersistenceException, IsThrownByValueAndCaughtAsAStandardException) {
   }
 }
 
-TEST(PersistenceException, ACopyIsOfItsOwn) {
+TEST(PersistenceException, ACopyIsIndependent) {
   CQXPersistenceException error(u"first");
   const CQXPersistenceException copy(error);
   error.SetErrorString(u"second");
@@ -66,7 +66,7 @@ struct Record : CQXValueContainer {
   int number = 0;
 };
 
-TEST(ValueContainer, IsABaseThatOnlyDerivedClassesMake) {
+TEST(ValueContainer, CanOnlyBeMadeByADerivedClass) {
   static_assert(!std::is_default_constructible_v<CQXValueContainer>);
   static_assert(std::has_virtual_destructor_v<CQXValueContainer>);
   static_assert(sizeof(CQXValueContainer) == sizeof(void*), "it holds nothing");

@@ -6,7 +6,7 @@
 
 namespace Persistence {
 
-/// Any other number sorts descending.
+/// Any other number counts as so_Descending.
 enum etSORT_ORDER : int { so_Ascending = 0, so_Descending = 1 };
 
 /// One column of an ORDER BY.
@@ -14,16 +14,16 @@ class QX_API CQXPersistenceSortField {
  public:
   CQXPersistenceSortField(const OLECHAR* fieldName, etSORT_ORDER order)
       : m_FieldName(fieldName), m_SortOrder(order) {}
-  /// Ascending.
+  /// Sorts in ascending order.
   explicit CQXPersistenceSortField(const OLECHAR* fieldName)
       : CQXPersistenceSortField(fieldName, so_Ascending) {}
 
   const CComBSTR& GetFieldName() const { return m_FieldName; }
   etSORT_ORDER GetSortOrder() const { return m_SortOrder; }
-  /// " ASC" or " DESC", the blank included.
+  /// Returns " ASC" or " DESC", with the blank.
   const OLECHAR* GetSortOrderAsString() const;
 
-  /// Names compare by the user's locale, letter case included.
+  /// Compares names in the user's locale and with letter case.
   friend QX_API bool operator==(const CQXPersistenceSortField& a, const CQXPersistenceSortField& b);
   friend bool operator!=(const CQXPersistenceSortField& a, const CQXPersistenceSortField& b) {
     return !(a == b);

@@ -7,14 +7,14 @@ namespace {
 
 using qx::viewOf;
 
-TEST(SortField, OfANameAloneIsAscending) {
+TEST(SortField, WithoutAnOrderIsAscending) {
   const CQXPersistenceSortField field(u"Code");
   EXPECT_EQ(field.GetFieldName().View(), u"Code");
   EXPECT_EQ(field.GetSortOrder(), so_Ascending);
   EXPECT_EQ(field.GetSortOrder(), 0);
 }
 
-TEST(SortField, WritesItsOrderBehindABlank) {
+TEST(SortField, WritesItsOrderAfterABlank) {
   EXPECT_EQ(viewOf(CQXPersistenceSortField(u"Code").GetSortOrderAsString()), u" ASC");
   EXPECT_EQ(viewOf(CQXPersistenceSortField(u"Code", so_Descending).GetSortOrderAsString()),
             u" DESC");
@@ -28,7 +28,7 @@ TEST(SortField, AnyOtherOrderIsDescending) {
   }
 }
 
-TEST(SortField, EqualsOneOfTheSameNameAndOrder) {
+TEST(SortField, IsEqualByNameAndOrder) {
   const CQXPersistenceSortField field(u"Code", so_Descending);
   EXPECT_TRUE(field == CQXPersistenceSortField(u"Code", so_Descending));
   EXPECT_TRUE(field != CQXPersistenceSortField(u"Code"));
@@ -40,7 +40,7 @@ TEST(SortField, NamesThatCollateAlikeAreEqual) {
   EXPECT_TRUE(CQXPersistenceSortField(u"caf\u00E9") == CQXPersistenceSortField(u"cafe\u0301"));
 }
 
-TEST(SortField, AssignmentTakesNameAndOrder) {
+TEST(SortField, AssignmentCopiesNameAndOrder) {
   CQXPersistenceSortField field(u"Code");
   field = CQXPersistenceSortField(u"Name", so_Descending);
   EXPECT_TRUE(field == CQXPersistenceSortField(u"Name", so_Descending));

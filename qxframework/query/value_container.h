@@ -4,7 +4,7 @@
 
 namespace Persistence {
 
-/// Base of the records of an add-on. It holds nothing, so copying copies nothing.
+/// Base of an add-on's records. It has no data, so copying does nothing.
 class QX_API CQXValueContainer {
  public:
   CQXValueContainer(const CQXValueContainer&) {}

@@ -8,9 +8,9 @@
 namespace qx {
 namespace {
 
-/// The name with every small letter, in the sense of the process's C locale, moved down by 32
-/// codes. That makes capitals of the letters of plain ASCII, of which column names are made; a
-/// letter whose capital stands elsewhere turns into some other character.
+// Returns the name with 32 subtracted from the code of each small letter, by the process's C
+// locale. That makes capitals of ASCII letters, which column names consist of. A letter whose
+// capital is not 32 codes away becomes some other character.
 std::u16string inCapitals(const OLECHAR* name) {
   constexpr char16_t kDistance = 32;
   std::u16string capitals(viewOf(name));

@@ -6,7 +6,8 @@
 namespace qx {
 namespace {
 
-/// The order of two values of one of the kinds that compare as plain numbers.
+// Returns the order of two values of one of the integer types, or of two VT_NULL; nothing for all
+// other values.
 std::optional<std::strong_ordering> plainOrder(const VARIANT& a, const VARIANT& b) {
   if (a.vt != b.vt) return std::nullopt;
   switch (a.vt) {

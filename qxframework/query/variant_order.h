@@ -4,11 +4,12 @@
 
 namespace qx {
 
-/// Two VT_NULL are the same, values of different kinds never are; for the rest VarCmp decides by
-/// the user's default locale.
+/// Returns true if both values are VT_NULL, or if they have the same type and VarCmp finds them
+/// equal in the user's default locale.
 bool sameValue(const VARIANT& a, const VARIANT& b);
-/// Neither of two VT_NULL is below the other; for the rest VarCmp decides, also between kinds. What
-/// does not compare is not below.
+/// Returns true if `a` is below `b`: unsigned integers of one type compare as numbers, other values
+/// by VarCmp in the user's default locale, whatever their types. Returns false for two VT_NULL and
+/// for values that VarCmp cannot compare.
 bool valueBelow(const VARIANT& a, const VARIANT& b);
 
 }  // namespace qx

@@ -14,13 +14,13 @@ CComVariant ofKind(VARTYPE kind, std::uint64_t bits) {
   return value;
 }
 
-TEST(VariantOrder, TwoNullsAreTheSameAndNeitherIsBelow) {
+TEST(VariantOrder, TwoNullsAreEqual) {
   const CComVariant null = ofKind(VT_NULL, 0);
   EXPECT_TRUE(sameValue(null, null));
   EXPECT_FALSE(valueBelow(null, null));
 }
 
-TEST(VariantOrder, ANullIsNotTheSameAsAnythingElseNorBelowOrAboveIt) {
+TEST(VariantOrder, ANullIsUnrelatedToOtherValues) {
   const CComVariant null = ofKind(VT_NULL, 0);
   for (const CComVariant& other : {CComVariant(), CComVariant(0), CComVariant(u"")}) {
     EXPECT_FALSE(sameValue(null, other));
@@ -29,19 +29,19 @@ TEST(VariantOrder, ANullIsNotTheSameAsAnythingElseNorBelowOrAboveIt) {
   }
 }
 
-TEST(VariantOrder, ValuesOfDifferentKindsAreNeverTheSame) {
+TEST(VariantOrder, ValuesOfDifferentTypesAreNeverEqual) {
   EXPECT_FALSE(sameValue(CComVariant(1), CComVariant(1.0)));
   EXPECT_FALSE(sameValue(CComVariant(1), CComVariant(short{1})));
   EXPECT_FALSE(sameValue(CComVariant(u"1"), CComVariant(1)));
   EXPECT_FALSE(sameValue(CComVariant(), CComVariant(u"")));
 }
 
-TEST(VariantOrder, ValuesOfDifferentKindsMayBeBelow) {
+TEST(VariantOrder, ValuesOfDifferentTypesHaveAnOrder) {
   EXPECT_TRUE(valueBelow(CComVariant(1), CComVariant(1.5)));
   EXPECT_FALSE(valueBelow(CComVariant(1.5), CComVariant(1)));
 }
 
-TEST(VariantOrder, SmallAndUnsignedIntegersCompareAsPlainNumbers) {
+TEST(VariantOrder, SmallAndUnsignedIntegersCompareAsNumbers) {
   for (VARTYPE kind : {VT_UI2, VT_UI4, VT_UI8}) {
     EXPECT_TRUE(sameValue(ofKind(kind, 0xFFFF), ofKind(kind, 0xFFFF)));
     EXPECT_FALSE(sameValue(ofKind(kind, 1), ofKind(kind, 2)));
@@ -53,12 +53,12 @@ TEST(VariantOrder, SmallAndUnsignedIntegersCompareAsPlainNumbers) {
   EXPECT_TRUE(valueBelow(ofKind(VT_UI8, 1), ofKind(VT_UI8, ~std::uint64_t{0})));
 }
 
-TEST(VariantOrder, OnlyTheBytesOfTheKindCount) {
+TEST(VariantOrder, OnlyTheBytesOfTheTypeCount) {
   EXPECT_TRUE(sameValue(ofKind(VT_I1, 0x1105), ofKind(VT_I1, 0x2205)));
   EXPECT_TRUE(sameValue(ofKind(VT_UI2, 0x110005), ofKind(VT_UI2, 0x220005)));
 }
 
-TEST(VariantOrder, NumbersDatesAndTextsCompareAsInTheirOwnOrder) {
+TEST(VariantOrder, NumbersDatesAndTextsHaveTheirUsualOrder) {
   EXPECT_TRUE(sameValue(CComVariant(7), CComVariant(7)));
   EXPECT_TRUE(valueBelow(CComVariant(-1), CComVariant(0)));
   EXPECT_TRUE(valueBelow(CComVariant(1.25), CComVariant(1.5)));
@@ -69,7 +69,7 @@ TEST(VariantOrder, NumbersDatesAndTextsCompareAsInTheirOwnOrder) {
   EXPECT_FALSE(valueBelow(CComVariant(u"B"), CComVariant(u"a")));
 }
 
-TEST(VariantOrder, WhatDoesNotCompareIsNeitherTheSameNorBelow) {
+TEST(VariantOrder, IncomparableValuesAreNeitherEqualNorBelow) {
   const CComVariant object = ofKind(VT_UNKNOWN, 0);
   EXPECT_FALSE(sameValue(object, object));
   EXPECT_FALSE(valueBelow(object, object));

@@ -25,7 +25,7 @@ struct Enclosure {
 };
 
 /// The ways to limit the rows of a SELECT. A dialect uses one of them and leaves the texts of the
-/// others null. In a text for a limited SELECT "%d" stands for the number of rows.
+/// others null. In a text for a limited SELECT "%d" is the number of rows.
 struct RowLimit {
   const OLECHAR* beforeFields = nullptr;     ///< follows "SELECT "
   const OLECHAR* atEnd = nullptr;            ///< follows the whole statement

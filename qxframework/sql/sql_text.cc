@@ -9,7 +9,7 @@
 namespace qx {
 namespace {
 
-// A quote is marked by 0x7F on the way to being doubled, so one that stood in the text is a quote.
+// By contract quotes become 0x7F before they are doubled, so a 0x7F in the text counts as a quote.
 constexpr bool isQuote(OLECHAR unit) { return unit == u'\'' || unit == 0x7F; }
 
 OLECHAR* put(OLECHAR* to, std::u16string_view text) {
@@ -28,7 +28,7 @@ OLECHAR* putDoubled(OLECHAR* to, std::u16string_view text) {
   return to;
 }
 
-// With units that are still to be written.
+// Returns a text of that length whose units are not written yet.
 CComBSTR ofLength(std::size_t length) {
   CComBSTR text;
   text.m_str = newBstr(length);
@@ -36,7 +36,7 @@ CComBSTR ofLength(std::size_t length) {
   return text;
 }
 
-constexpr LCID kEnglish = 1033;
+constexpr LCID kEnglish = 1033;  // writes a decimal point
 
 CComBSTR converted(const CComVariant& value, LCID locale, WORD flags) {
   if (value.vt == VT_BSTR) return CComBSTR(viewOfBstr(value.bstrVal));

@@ -15,12 +15,12 @@ TEST(SqlLiteral, DoublesQuotes) {
   EXPECT_EQ(utf8(qx::sqlLiteral(u"''a'", true)), "N'''''a'''");
 }
 
-TEST(SqlLiteral, TakesTheDeleteCharacterForAQuote) {
+TEST(SqlLiteral, TreatsTheDeleteCharacterAsAQuote) {
   EXPECT_EQ(utf8(qx::sqlLiteral(u"a\x7Fz", true)), "N'a''z'");
   EXPECT_EQ(utf8(qx::sqlLiteral(u"\x7F'\x7F", true)), "N''''''''");
 }
 
-TEST(SqlLiteral, HasNoPrefixWhereStringsAreNotNational) {
+TEST(SqlLiteral, HasThePrefixOnlyIfNational) {
   EXPECT_EQ(utf8(qx::sqlLiteral(u"a'b", false)), "'a''b'");
   EXPECT_EQ(utf8(qx::sqlLiteral(u"", false)), "''");
 }
@@ -37,7 +37,7 @@ TEST(SqlLiteral, OfAMillionQuotesIsTwoMillionQuotes) {
   EXPECT_EQ(qx::sqlLiteral(text, true).View(), u"N'" + text + text + u"'");
 }
 
-// What two passes over the text would give: quotes become 0x7F, each 0x7F two quotes.
+// Doubles quotes in two passes: each quote becomes 0x7F, then each 0x7F two quotes.
 std::u16string byTwoPasses(std::u16string text) {
   for (OLECHAR& unit : text)
     if (unit == u'\'') unit = 0x7F;
@@ -46,7 +46,7 @@ std::u16string byTwoPasses(std::u16string text) {
   return u"N'" + doubled + u"'";
 }
 
-TEST(SqlLiteral, IsThatOfTwoPassesForAnyText) {
+TEST(SqlLiteral, EqualsTheResultOfTwoPasses) {
   constexpr std::u16string_view kUnits =
       u"'\x7F"
       u"aB \n\"\xD83D\xDE00";
@@ -61,14 +61,14 @@ TEST(SqlLiteral, IsThatOfTwoPassesForAnyText) {
   }
 }
 
-TEST(Joined, PutsThePiecesBehindEachOther) {
+TEST(Joined, AppendsThePiecesToEachOther) {
   EXPECT_EQ(qx::joined({u"a", u"", u"b\0c"sv}).View(), u"ab\0c"sv);
   const CComBSTR nothing = qx::joined({});
   ASSERT_NE(nothing.m_str, nullptr);
   EXPECT_TRUE(nothing.IsEmpty());
 }
 
-TEST(TextOf, ATextIsItselfWithItsZeros) {
+TEST(TextOf, ATextIsUnchangedWithItsZeros) {
   EXPECT_EQ(qx::textOf(CComVariant(u"a\0b"sv)).View(), u"a\0b"sv);
   EXPECT_EQ(qx::neutralTextOf(CComVariant(u"a\0b"sv)).View(), u"a\0b"sv);
 }
@@ -78,7 +78,7 @@ TEST(TextOf, ANeutralNumberHasAPoint) {
   EXPECT_EQ(qx::neutralTextOf(CComVariant(7)).View(), u"7");
 }
 
-TEST(TextOf, RefusesAValueThatHasNone) {
+TEST(TextOf, RefusesAValueWithoutATextForm) {
   CComVariant null;
   null.vt = VT_NULL;
   EXPECT_EQ(refusalOf([&] { qx::textOf(null); }), "-1: A value of type 1 has no text form");
@@ -90,7 +90,7 @@ TEST(TextOf, RefusesAValueThatHasNone) {
             "-1: A value of type 13 has no text form");
 }
 
-TEST(TextVariant, TakesTheTextOver) {
+TEST(TextVariant, OwnsTheText) {
   const CComVariant value = qx::textVariant(CComBSTR(u"x"));
   EXPECT_EQ(value.vt, VT_BSTR);
   EXPECT_EQ(utf8(value), "x");

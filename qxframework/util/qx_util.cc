@@ -48,8 +48,9 @@ CComBSTR CQXUtil::ReplaceXMLEntityChars(CComBSTR text) {
   return CComBSTR(qx::escapeXml(text.View()));
 }
 
-// Depth 2 is left as it is, and the depth goes up with every sibling that is no comment: so the
-// third such sibling of a call begun at 0 keeps its comments.
+// At depth 2 nothing is removed, and the depth is raised by every sibling that is no comment, not
+// by every level. So in a call that begins at 0 the third such sibling keeps its comments. This is
+// the contract.
 long CQXUtil::RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long depth) {
   CReturnValue<long> hr(u"CQXUtil::RemoveXMLCommentNodes", 0, appId, false);
   if (depth == 2) return hr;
@@ -74,6 +75,7 @@ long CQXUtil::RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long 
       hr.LogError(u"Failed to remove comment node.\n");
       return hr;
     }
+    // The removal changes the children, so they are read again; `i` is now the next one's position.
     if (!readChildren()) return hr;
   }
   hr = S_OK;
@@ -82,7 +84,8 @@ long CQXUtil::RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long 
 
 void CQXUtil::ValidValuesRemoveAll(CComPtr<IValidValues> validValues) {
   CReturnValue<void> log(u"CQXUtil::ValidValuesRemoveAll", -1, false);
-  constexpr long kByIndex = 2;
+  constexpr long kByIndex = 2;  // the host's number
+  // As many times as there were values: a value that cannot be removed does not cause a loop.
   for (long left = validValues->Count(); left > 0; --left) {
     try {
       validValues->Remove(CComVariant(0L), kByIndex);
@@ -94,6 +97,7 @@ void CQXUtil::ValidValuesRemoveAll(CComPtr<IValidValues> validValues) {
 
 bool CQXUtil::getRegistryValue(HKEY root, const OLECHAR* key, const OLECHAR* valueName,
                                CString& out, const OLECHAR* keyTail) {
+  // The buffer of 4096 bytes is part of the contract: a longer text is no result.
   constexpr std::size_t kLongest = 4096 / sizeof(OLECHAR) - 1;
   const std::u16string path = std::u16string(qx::viewOf(key)) + std::u16string(qx::viewOf(keyTail));
   const auto value = qx::Registry::current().readString(root, path, qx::viewOf(valueName));

@@ -1,5 +1,15 @@
 #pragma once
 
+// CQXUtil: static functions about the surroundings of the framework. Each source file has one
+// subject:
+//
+// | file                | subject                                                              |
+// |---------------------|----------------------------------------------------------------------|
+// | qx_util.cc          | languages, texts, programs, the registry, XML comments, valid values |
+// | qx_util_version.cc  | versions of modules and of the host's libraries                      |
+// | qx_util_business.cc | taxes, currency rates and posting periods                            |
+// | qx_util_host.cc     | codes of user tables, the status bar, the selected form              |
+
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/registry.h"
@@ -16,81 +26,84 @@ class IForm;
 class IValidValues;
 class IXMLDOMNode;
 
-/// Static functions about the framework's surroundings: versions of modules and of the host's
-/// libraries, the registry, languages, texts, the status bar, small helpers on host objects, and
-/// what the company's tables know about taxes, rates and posting periods.
-///
-/// The first `long`, where there is one, is the application number for the log, -1 when there is no
-/// application. Version functions report by E_FAIL or an empty text and do not raise.
+/// Helpers for add-ons. `appId` is the application number for the log; -1 without an application.
+/// Version functions report a failure by E_FAIL or an empty text and throw nothing.
 class QX_API CQXUtil {
  public:
-  /// "DE"; "EN" for a language that is not listed.
+  /// Returns the ISO code of a language, such as "DE"; "EN" for an unknown language.
   static const OLECHAR* ISOLangIDFromHVXLanguage(HvLanguages language);
-  /// The language id for resources; 1033 for a language that is not listed.
+  /// Returns the language id of resources; 1033 for an unknown language.
   static unsigned short LangIDFromHVXLanguage(HvLanguages language);
 
-  /// Version of the framework's module, as GetFileVersionForModule.
+  /// Does the same as GetFileVersionForModule for the framework's module.
   static long GetFileVersion(long appId, OLECHAR* buffer, long size);
-  /// "9.20.00.01.7": the file version and, behind the last point, the fix of one character, "00"
-  /// without one. `size` in units. E_FAIL, with an empty buffer, for a module without a version
-  /// block, a file version of more than 15 characters or a buffer that is too small.
+  /// Writes "9.20.00.01.7" to the buffer: the file version and, after the last point, the fix of
+  /// one character, or "00" without a fix. `size` is in units. Returns E_FAIL and empties the
+  /// buffer for a module without a version block, a file version of more than 15 characters and a
+  /// buffer that is too small.
   static long GetFileVersionForModule(long appId, OLECHAR* buffer, long size, HINSTANCE module);
-  /// The version block of the file at `path`, which may stand in double quotes, on one line; empty
-  /// when there is none.
+  /// Returns the version block of a file on one line; an empty text if it has none. `path` may be
+  /// in double quotes.
   static CString GetVersionInfoFromResource(const CString& path);
 
-  /// The code behind the highest one of a user table, eight upper-case hexadecimal digits, and its
-  /// number; "00000000" for an empty table. An empty text when the query fails. Nothing reserves
-  /// the code.
+  /// Returns the code that follows the highest one of a user table, as eight upper-case hexadecimal
+  /// digits, and writes its number to `number` unless that is null. An empty table has the code
+  /// "00000000". Returns an empty text if the query fails. The code is not reserved.
   static CComBSTR GetNextCodeValue(long appId, CComPtr<ICompany> company, CComBSTR table,
                                    long* number);
-  /// The tax on `net` by the newest rate of `taxGroup` that is in force, rounded as
-  /// CQXCurrency::Round does; 0 when the group has none. This and the next two report by E_FAIL and
-  /// leave in the out arguments what they had reached. A code goes into the statement as it stands:
-  /// one that a user typed goes through ConvertStrToSqlFormat first.
+  /// Computes the tax on `net` by the newest rate of `taxGroup` that is in force, rounded as
+  /// CQXCurrency::Round does; 0 if the group has no rate. This function and the next two report
+  /// failures by E_FAIL; out arguments then keep the values that they have so far. A code is
+  /// written into the statement unchanged: apply ConvertStrToSqlFormat to one that a user typed.
   static long CalculateTaxFromNet(long appId, CComPtr<ICompany> company, CQXCurrency net,
                                   CComBSTR taxGroup, CQXCurrency& tax);
-  /// The host's rate of the currency on that day; E_FAIL with a rate of 0 when it has none.
+  /// Reads the host's rate of the currency on that day. E_FAIL and a rate of 0 if it has none.
   static long GetCurrencyRate(long appId, CComPtr<ICompany> company, double date,
                               const CComBSTR& currency, CQXCurrency& rate);
-  /// The period that the day belongs to. `found` is -1 whenever the query ran; with no period for
-  /// the day the category is empty, so ask for that. A period reaches over the day behind its last,
-  /// which may also be the first of the next: then either is found.
+  /// Reads the period of a day. If the day has no period, the category is empty; test that, since
+  /// `found` is -1 whenever the query succeeds. A period includes the day after its last day, which
+  /// may be the first day of the next period: then either is found.
   static long GetPostingPeriod(long appId, CComPtr<ICompany> company, double date,
                                CComBSTR& category, long& subNumber, long& found, double& firstDate);
-  /// "%s%d"
+  /// Returns the prefix followed by the number.
   static CComBSTR GetMenuUID(CQXBSTR prefix, long id);
 
-  /// "%d.%d" of the type library of the host's UI library and of its database library.
+  /// Read the version, as "9.20", of the type library of the host's UI library and of its database
+  /// library.
   static long GetHVXVersion(long appId, CComBSTR& version);
   static long GetRXAPIVersion(long appId, CComBSTR& version);
+  /// Returns the same for any class; an empty text if it cannot be read.
   static CString GetCOMObjectVersion(GUID clsid);
-  /// Where the registry says that the class lives; empty when it does not.
+  /// Returns the path of a class in the registry; an empty text if it has none.
   static CString GetCOMObjectPath(GUID clsid);
-  /// Reads `valueName` of the key `key` + `keyTail`; false when it is not there or of another type.
+  /// Read the value `valueName` of the key `key` + `keyTail`. Return false if it is missing or of
+  /// another type.
   static bool getRegistryValue(HKEY root, const OLECHAR* key, const OLECHAR* valueName,
                                CString& out, const OLECHAR* keyTail);
   static bool getRegistryLongValue(HKEY root, const OLECHAR* key, const OLECHAR* valueName,
                                    long& out, const OLECHAR* keyTail);
 
-  /// Removes comments below `node`. It goes two levels deep in a way of its own: see the source.
+  /// Removes comments below `node`, but not in all of its descendants: see the source.
   static long RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long depth);
+  /// Removes all values; logs those that cannot be removed.
   static void ValidValuesRemoveAll(CComPtr<IValidValues> validValues);
-  /// The executable of the process that owns the window; empty when it cannot be told.
+  /// Returns the executable of the process that owns the window; an empty text if it is unknown.
   static CComBSTR GetWindowModuleName(HWND window);
-  /// The program's name without folder and extension.
+  /// Returns the program's name without folder and extension.
   static CComBSTR GetFileName();
   /// Doubles each single quote.
   static void ConvertStrToSqlFormat(CComBSTR& text);
 
+  /// Show a message on the status bar. Return the host's result.
   static long SetStatusBarMessage(CComPtr<IApplication> application, HvStatusBarMessageType type,
                                   CComBSTR text);
   static long SetStatusBarErrorMessage(CComPtr<IApplication> application, CComBSTR text);
   static long SetStatusBarInfoMessage(CComPtr<IApplication> application, CComBSTR text);
   static long SetStatusBarWarningMessage(CComPtr<IApplication> application, CComBSTR text);
-  /// & " ' < > replaced by the five entities.
+  /// Replaces & " ' < and > by their entities.
   static CComBSTR ReplaceXMLEntityChars(CComBSTR text);
 
-  /// The first form of the client with its selected flag set, else the first form, else null.
+  /// Returns the first selected form of the client or, if none is selected, the first form; null if
+  /// there is no form.
   static CComPtr<IForm> GetSelectedForm(CComPtr<IApplication> application);
 };

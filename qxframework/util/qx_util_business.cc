@@ -1,4 +1,4 @@
-// What the company's tables and the host know about taxes, currency rates and posting periods.
+// Taxes, currency rates and posting periods, from the company's tables and the host.
 
 #include "qxframework/automation/format.h"
 #include "qxframework/foundation/currency.h"
@@ -62,6 +62,7 @@ long CQXUtil::CalculateTaxFromNet(long appId, CComPtr<ICompany> company, CQXCurr
     const CComPtr<IRecordset> rates = query(hr, company, sql);
     rates->MoveFirst();
     const CQXCurrency rate(qx::cellValue(rates, 1, VT_R8).dblVal);
+    // In this order: the product keeps the decimals that a division first would cut.
     tax = net * rate / CQXCurrency(100);
     tax.Round(2);
   } catch (const _com_error&) {
@@ -100,8 +101,9 @@ long CQXUtil::GetPostingPeriod(long appId, CComPtr<ICompany> company, double dat
     const CComPtr<IRecordset> period =
         query(hr, company, qx::format(kSelectPostingPeriod.of(dialect), day, day));
     category = CComBSTR(qx::cellText(period, 0));
+    // Cut to 16 bits by contract.
     subNumber = static_cast<short>(qx::cellValue(period, 1, VT_I4).lVal);
-    found = VARIANT_TRUE;
+    found = VARIANT_TRUE;  // also without a row: it says that the query succeeded
     firstDate = qx::cellValue(period, 2, VT_DATE).date;
   } catch (const _com_error&) {
     hr.LogError(u"Failed to get posting period.\n");

@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 struct Statement {
-  long engine;
+  long serverType;
   const char16_t* sql;
 };
 
@@ -91,9 +91,9 @@ TEST_F(QxUtilTax, IsRoundedToTwoDecimals) {
   EXPECT_EQ(textOf(tax), "2.340000");  // 2.3446
 }
 
-TEST_F(QxUtilTax, HasAStatementForEachEngineAndLogsIt) {
+TEST_F(QxUtilTax, HasAStatementForEachDialectAndLogsIt) {
   for (const Statement& each : kTaxRates) {
-    company->engine = each.engine;
+    company->engine = each.serverType;
     calls.calls.clear();
     logger.records.clear();
     EXPECT_EQ(calculate(CQXCurrency(100)), 0);
@@ -120,7 +120,7 @@ TEST_F(QxUtilTax, OfAGroupWithoutARateIsZero) {
   }
 }
 
-TEST_F(QxUtilTax, WhereTheHostFailsIsEFailAndStaysWhatItWas) {
+TEST_F(QxUtilTax, FailureOfTheHostReturnsEFailAndKeepsTheTax) {
   rate(CComVariant(16.5));
   for (const char* operation :
        {"Company.GetDbServerType", "Company.GetBusinessObject 300", "SQL", "Recordset.MoveFirst"}) {
@@ -136,7 +136,7 @@ TEST_F(QxUtilTax, WhereTheHostFailsIsEFailAndStaysWhatItWas) {
             E_FAIL);
 }
 
-TEST_F(QxUtilTax, ThatOverflowsOrReadsNoNumberIsEFail) {
+TEST_F(QxUtilTax, OverflowOrATextReturnsEFail) {
   rate(CComVariant(5000000.0));
   EXPECT_EQ(calculate(CQXCurrency(9000000000000, 0L)), E_FAIL);
   rate(CComVariant(u"much"));
@@ -144,7 +144,7 @@ TEST_F(QxUtilTax, ThatOverflowsOrReadsNoNumberIsEFail) {
   EXPECT_EQ(textOf(tax), "99.000000");
 }
 
-// The host rounds, as the static data of the amounts say while this lives.
+// Makes the host round amounts, by their static data, as long as the fixture exists.
 class QxUtilTaxRoundedByTheHost : public QxUtilTax {
  protected:
   QxUtilTaxRoundedByTheHost() {
@@ -159,12 +159,12 @@ class QxUtilTaxRoundedByTheHost : public QxUtilTax {
   CComPtr<FakeCompanyService> service = qx::makeObject<FakeCompanyService>(calls);
 };
 
-TEST_F(QxUtilTaxRoundedByTheHost, IsWhatTheHostMakesOfIt) {
+TEST_F(QxUtilTaxRoundedByTheHost, IsTheHostsResult) {
   EXPECT_EQ(calculate(CQXCurrency(100, 10000)), 0);
   EXPECT_EQ(textOf(tax), "16.500000");
 }
 
-TEST_F(QxUtilTaxRoundedByTheHost, IsEFailWithTheUnroundedTaxWhereTheHostFails) {
+TEST_F(QxUtilTaxRoundedByTheHost, FailureOfTheHostReturnsEFailAndTheUnroundedTax) {
   for (const char* operation : {"Data.PutValue", "Service.RoundDecimal", "Rounded.GetValue"}) {
     tax = 99;
     calls.failures = {{operation, E_ACCESSDENIED}};
@@ -188,7 +188,7 @@ class QxUtilRate : public QxUtilBusiness {
   CQXCurrency rate{99};
 };
 
-TEST_F(QxUtilRate, IsWhatTheHelperSays) {
+TEST_F(QxUtilRate, IsTheHelpersRate) {
   EXPECT_EQ(get(), 0);
   EXPECT_EQ(textOf(rate), "1.084500");
   EXPECT_THAT(calls.calls, ElementsAre("Helper.GetCurrencyRate(USD, 45322)"));
@@ -197,7 +197,7 @@ TEST_F(QxUtilRate, IsWhatTheHelperSays) {
             (LogRecord{7, u"", 6, u"CQXUtil::GetCurrencyRate", u"Leaving function [S_OK]\n"}));
 }
 
-TEST_F(QxUtilRate, WhereTheHostFailsIsZeroAndEFail) {
+TEST_F(QxUtilRate, FailureOfTheHostReturnsEFailAndZero) {
   for (const char* operation : {"Company.GetBusinessObject 305", "Helper.GetCurrencyRate"}) {
     calls.failures = {{operation, E_ACCESSDENIED}};
     logger.records.clear();
@@ -241,15 +241,15 @@ class QxUtilPeriod : public QxUtilBusiness {
   double firstDate = 5;
 };
 
-TEST_F(QxUtilPeriod, IsTheFirstThatTheStatementFinds) {
+TEST_F(QxUtilPeriod, IsTheFirstRowOfTheStatement) {
   answer(CComVariant(1L), CComVariant(45292.0, VT_DATE));
   EXPECT_EQ(get(), 0);
   EXPECT_EQ(all(), "2024|1|-1|45292");
 }
 
-TEST_F(QxUtilPeriod, HasAStatementForEachEngineAndLogsIt) {
+TEST_F(QxUtilPeriod, HasAStatementForEachDialectAndLogsIt) {
   for (const Statement& each : kPeriods) {
-    company->engine = each.engine;
+    company->engine = each.serverType;
     calls.calls.clear();
     logger.records.clear();
     EXPECT_EQ(get(), 0);
@@ -260,12 +260,12 @@ TEST_F(QxUtilPeriod, HasAStatementForEachEngineAndLogsIt) {
   }
 }
 
-TEST_F(QxUtilPeriod, ThatIsNotThereHasAnEmptyCategoryAlthoughFoundSaysThatTheQueryRan) {
+TEST_F(QxUtilPeriod, MissingPeriodHasAnEmptyCategoryAndFoundIsSet) {
   EXPECT_EQ(get(), 0);
   EXPECT_EQ(all(), "|0|-1|0");
 }
 
-TEST_F(QxUtilPeriod, WithNullsHasTheEmptyValueOfEach) {
+TEST_F(QxUtilPeriod, NullsReadAsEmptyValues) {
   CComVariant null;
   null.vt = VT_NULL;
   const CComVariant category2024(u"2024"), first(45292.0, VT_DATE);
@@ -280,7 +280,7 @@ TEST_F(QxUtilPeriod, WithNullsHasTheEmptyValueOfEach) {
   EXPECT_EQ(periodOf({null, null, null}), "0 |0|-1|0");
 }
 
-TEST_F(QxUtilPeriod, OfNoDateIsThatOfTheEmptyDate) {
+TEST_F(QxUtilPeriod, AnInvalidDateCountsAsTheEmptyDate) {
   for (const double date : {0.0, 1e9}) {
     calls.calls.clear();
     EXPECT_EQ(get(date), 0);
@@ -291,7 +291,7 @@ TEST_F(QxUtilPeriod, OfNoDateIsThatOfTheEmptyDate) {
   }
 }
 
-TEST_F(QxUtilPeriod, TheNumberIsTakenAs16Bits) {
+TEST_F(QxUtilPeriod, TheNumberIsCutTo16Bits) {
   answer(CComVariant(65537L), CComVariant(45292.0, VT_DATE));
   get();
   EXPECT_EQ(subNumber, 1);
@@ -300,7 +300,7 @@ TEST_F(QxUtilPeriod, TheNumberIsTakenAs16Bits) {
   EXPECT_EQ(subNumber, -32768);
 }
 
-TEST_F(QxUtilPeriod, WhereTheHostFailsIsEFailWithNothingFound) {
+TEST_F(QxUtilPeriod, FailureOfTheHostReturnsEFailAndNothingFound) {
   for (const char* operation :
        {"Company.GetDbServerType", "Company.GetBusinessObject 300", "SQL"}) {
     calls.failures = {{operation, E_ACCESSDENIED}};
@@ -312,7 +312,7 @@ TEST_F(QxUtilPeriod, WhereTheHostFailsIsEFailWithNothingFound) {
   }
 }
 
-TEST_F(QxUtilPeriod, AFailureOnTheWayLeavesWhatWasReached) {
+TEST_F(QxUtilPeriod, ALaterFailureKeepsTheValuesReadBefore) {
   answer(CComVariant(u"first"), CComVariant(45292.0, VT_DATE));
   EXPECT_EQ(get(), E_FAIL);
   EXPECT_EQ(all(), "2024|0|0|0");

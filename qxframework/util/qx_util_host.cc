@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr long kDisplayValue = 20;
+constexpr long kDisplayValue = 20;  // the host's number for the time of display
 
 const qx::TextByQuoting kSelectMaxCode{.brackets = u"SELECT MAX(Code) FROM [%s]",
                                        .bare = u"SELECT MAX(Code) FROM %s",
@@ -37,7 +37,7 @@ CComBSTR CQXUtil::GetNextCodeValue(long appId, CComPtr<ICompany> company, CComBS
     code.LogDbg0(u"SQL: \"%s\"\n", sql);
     recordset->DoQuery(CComBSTR(sql));
     const std::u16string highest = qx::cellText(recordset, 0);
-    // The number has 32 bits: behind the highest comes the lowest.
+    // The number has 32 bits: the highest is followed by the lowest.
     const long next = highest.empty() ? 0 : qx::resultCode(qx::leadingNumber(highest, 16) + 1);
     if (number != nullptr) *number = next;
     code = CComBSTR(qx::format(u"%08X", next));

@@ -61,7 +61,7 @@ class QxUtilNextCode : public ::testing::Test {
   std::u16string next(long* number = nullptr) {
     return std::u16string(CQXUtil::GetNextCodeValue(7, company, u"@T", number).View());
   }
-  std::u16string behind(const CComVariant& highest) {
+  std::u16string codeAfter(const CComVariant& highest) {
     company->answer(u"SELECT MAX(Code) FROM [@T]", {{highest}});
     return next();
   }
@@ -75,17 +75,17 @@ TEST_F(QxUtilNextCode, TheFirstCodeOfAnEmptyTableIsZero) {
   long number = 99;
   EXPECT_EQ(next(&number), u"00000000");
   EXPECT_EQ(number, 0);
-  EXPECT_EQ(behind(CComVariant()), u"00000000");
-  EXPECT_EQ(behind(CComVariant(u"")), u"00000000");
+  EXPECT_EQ(codeAfter(CComVariant()), u"00000000");
+  EXPECT_EQ(codeAfter(CComVariant(u"")), u"00000000");
 }
 
 TEST_F(QxUtilNextCode, TheNextCodeIsOneMoreInUpperCaseHexadecimal) {
-  EXPECT_EQ(behind(CComVariant(u"00000000")), u"00000001");
-  EXPECT_EQ(behind(CComVariant(u"00000009")), u"0000000A");
-  EXPECT_EQ(behind(CComVariant(u"0000ffff")), u"00010000");
-  EXPECT_EQ(behind(CComVariant(u"7")), u"00000008");
-  EXPECT_EQ(behind(CComVariant(u"xyz")), u"00000001");
-  EXPECT_EQ(behind(CComVariant(u"12AZ")), u"0000012B");  // read up to the first other character
+  EXPECT_EQ(codeAfter(CComVariant(u"00000000")), u"00000001");
+  EXPECT_EQ(codeAfter(CComVariant(u"00000009")), u"0000000A");
+  EXPECT_EQ(codeAfter(CComVariant(u"0000ffff")), u"00010000");
+  EXPECT_EQ(codeAfter(CComVariant(u"7")), u"00000008");
+  EXPECT_EQ(codeAfter(CComVariant(u"xyz")), u"00000001");
+  EXPECT_EQ(codeAfter(CComVariant(u"12AZ")), u"0000012B");  // read up to the first other character
 }
 
 TEST_F(QxUtilNextCode, TheNumberIsThatOfTheCode) {
@@ -95,12 +95,12 @@ TEST_F(QxUtilNextCode, TheNumberIsThatOfTheCode) {
   EXPECT_EQ(number, 256);
 }
 
-TEST_F(QxUtilNextCode, BehindTheHighestNumberComesTheLowest) {
-  EXPECT_EQ(behind(CComVariant(u"7FFFFFFF")), u"80000000");
+TEST_F(QxUtilNextCode, TheHighestNumberIsFollowedByTheLowest) {
+  EXPECT_EQ(codeAfter(CComVariant(u"7FFFFFFF")), u"80000000");
 }
 
 TEST_F(QxUtilNextCode, BeyondTheHighestNumberTheCodeStaysTheSame) {
-  // What does not fit reads as the highest number, so the codes of a table end there.
+  // A larger number reads as the highest one, so the codes of a table end there.
   for (const char16_t* highest : {u"80000000", u"FFFFFFFF", u"123456789ABC"}) {
     company->answer(u"SELECT MAX(Code) FROM [@T]", {{CComVariant(highest)}});
     long number = 0;
@@ -109,9 +109,9 @@ TEST_F(QxUtilNextCode, BeyondTheHighestNumberTheCodeStaysTheSame) {
   }
 }
 
-TEST_F(QxUtilNextCode, EachEngineHasItsStatement) {
-  for (const long engine : {1L, 2L, 3L, 4L, 9L}) {
-    company->engine = engine;
+TEST_F(QxUtilNextCode, EachDialectHasItsStatement) {
+  for (const long serverType : {1L, 2L, 3L, 4L, 9L}) {
+    company->engine = serverType;
     next();
   }
   EXPECT_THAT(company->statements(),
@@ -127,7 +127,7 @@ TEST_F(QxUtilNextCode, TheStatementIsLoggedAtDebugLevelZero) {
   EXPECT_EQ(logger.records.front().appId, 7);
 }
 
-TEST_F(QxUtilNextCode, AFailureIsLoggedAndGivesTheEmptyText) {
+TEST_F(QxUtilNextCode, AFailureIsLoggedAndReturnsAnEmptyText) {
   company->failStatement = 1;
   long number = 99;
   EXPECT_EQ(next(&number), u"");
@@ -135,7 +135,7 @@ TEST_F(QxUtilNextCode, AFailureIsLoggedAndGivesTheEmptyText) {
   EXPECT_THAT(logger.messages(1), ElementsAre(u"Failed to get max. Code value for table '@T'.\n"));
 }
 
-TEST_F(QxUtilNextCode, ACompanyThatGivesNoRecordsetIsAFailureToo) {
+TEST_F(QxUtilNextCode, ACompanyWithoutARecordsetIsAFailureToo) {
   calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_EQ(next(), u"");
 }
@@ -157,7 +157,7 @@ TEST(QxUtilText, ConvertStrToSqlFormatDoublesQuotesOnly) {
   EXPECT_EQ(converted(u""), u"");
 }
 
-TEST(QxUtilText, ReplaceXmlEntityCharsTakesTheAmpersandFirst) {
+TEST(QxUtilText, ReplaceXmlEntityCharsReplacesTheAmpersandFirst) {
   EXPECT_EQ(CQXUtil::ReplaceXMLEntityChars(u"a<b&c").View(), u"a&lt;b&amp;c");
   EXPECT_EQ(CQXUtil::ReplaceXMLEntityChars(u"\"'<>&amp;").View(), u"&quot;&apos;&lt;&gt;&amp;amp;");
   EXPECT_EQ(CQXUtil::ReplaceXMLEntityChars(u"").View(), u"");
@@ -167,7 +167,7 @@ TEST(QxUtilText, GetFileNameIsTheProgramWithoutFolderAndExtension) {
   EXPECT_EQ(CQXUtil::GetFileName().View(), u"qxframework_util_test");
 }
 
-TEST(QxUtilText, AProgramNameIsCutBehindTheLastSeparatorAndAheadOfTheLastDot) {
+TEST(QxUtilText, AProgramNameEndsAtTheLastDotAfterTheLastSeparator) {
   EXPECT_EQ(qx::programName(u"C:\\x\\app.v2.exe"), u"app.v2");
   EXPECT_EQ(qx::programName(u"/opt/a.b/app"), u"app");
   EXPECT_EQ(qx::programName(u"app.v2.exe"), u"app.v2");
@@ -204,7 +204,7 @@ TEST_F(QxUtilRegistry, ReadsATextOfKeyAndTail) {
   EXPECT_EQ(out.View(), u"value");
 }
 
-TEST_F(QxUtilRegistry, AnythingElseIsFalse) {
+TEST_F(QxUtilRegistry, ReturnsFalseForAnythingElse) {
   CString out(u"before");
   EXPECT_FALSE(
       CQXUtil::getRegistryValue(HKEY_CURRENT_USER, u"Software\\", u"None", out, u"Halvex"));
@@ -216,7 +216,7 @@ TEST_F(QxUtilRegistry, AnythingElseIsFalse) {
   EXPECT_EQ(out.View(), u"before");
 }
 
-TEST_F(QxUtilRegistry, ATextThatDoesNotFitTheBufferIsFalse) {
+TEST_F(QxUtilRegistry, ReturnsFalseForATextThatExceedsTheBuffer) {
   CString out;
   EXPECT_TRUE(
       CQXUtil::getRegistryValue(HKEY_CURRENT_USER, u"Software\\", u"Longest", out, u"Halvex"));
@@ -250,7 +250,7 @@ class QxUtilComments : public ::testing::Test {
   RecordingLogger logger;
 };
 
-TEST_F(QxUtilComments, AreRemovedAlsoWhereSeveralStandTogether) {
+TEST_F(QxUtilComments, SeveralInARowAreRemoved) {
   EXPECT_EQ(cleaned(u"<a><!--1--><!--2--><b/><!--3--></a>"), u"<a><b/></a>");
 }
 
@@ -277,7 +277,7 @@ TEST_F(QxUtilComments, RemovalIsAScope) {
   EXPECT_EQ(logger.records.front().function, u"CQXUtil::RemoveXMLCommentNodes");
 }
 
-// A list of values of a form; some cannot be removed.
+// The valid values of a form's item. Some of them cannot be removed.
 class FakeValidValues final : public StubValidValues {
  public:
   HRESULT raw_Count(long* out) override {
@@ -296,7 +296,7 @@ class FakeValidValues final : public StubValidValues {
   std::vector<std::vector<long>> removed;
 };
 
-TEST(QxUtilValidValues, TheFirstIsRemovedByIndexAsOftenAsThereAreSome) {
+TEST(QxUtilValidValues, TheFirstIsRemovedByIndexOncePerValue) {
   const auto values = qx::makeObject<FakeValidValues>();
   CQXUtil::ValidValuesRemoveAll(values);
   const std::vector<long> first{VT_I4, 0, 2};
@@ -339,7 +339,7 @@ TEST_F(QxUtilHost, StatusBarMessagesHaveTheirTypesAndTheDisplayValueTwenty) {
               ElementsAre("(e, 20, 2)", "(i, 20, 3)", "(w, 20, 1)", "(n, 20, 0)"));
 }
 
-TEST_F(QxUtilHost, AStatusBarThatRefusesGivesItsCode) {
+TEST_F(QxUtilHost, AStatusBarThatRefusesReturnsItsCode) {
   calls.failures["StatusBar.SetText"] = E_ACCESSDENIED;
   EXPECT_EQ(CQXUtil::SetStatusBarInfoMessage(application, u"i"), E_ACCESSDENIED);
 }
@@ -351,12 +351,12 @@ TEST_F(QxUtilHost, TheFirstSelectedFormIsFound) {
   EXPECT_EQ(selected(), u"B");
 }
 
-TEST_F(QxUtilHost, OfTwoFormsWithoutASelectedOneTheFirstIsGiven) {
+TEST_F(QxUtilHost, WithoutASelectedFormTheFirstIsReturned) {
   addForm(u"A", false);
   addForm(u"B", false);
   EXPECT_EQ(selected(), u"A");
 }
 
-TEST_F(QxUtilHost, WithoutFormsThereIsNone) { EXPECT_EQ(selected(), u"none"); }
+TEST_F(QxUtilHost, WithoutFormsNullIsReturned) { EXPECT_EQ(selected(), u"none"); }
 
 }  // namespace

@@ -21,16 +21,18 @@ namespace {
 constexpr UINT kLongestFileVersion = 16;
 constexpr UINT kLongestFix = 2;
 
-// "9.20.00.01.7", or nothing when the block has no file version of a usable length.
+// Returns "9.20.00.01.7"; nothing if the block has no file version or a longer one.
 std::optional<std::u16string> fileVersionText(const std::optional<qx::VersionBlock>& block) {
   if (!block) return std::nullopt;
   const auto version = block->query(u"FileVersion");
+  // A longer version would not fit into the tables that store it.
   if (!version || version->length > kLongestFileVersion) return std::nullopt;
   const auto fix = block->query(u"CustomerFix");
   const bool hasFix = fix && fix->length > 1 && fix->length <= kLongestFix;
   return version->text + u"." + (hasFix ? fix->text : u"00");
 }
 
+// Readies this thread for components; version functions may be called before anything else.
 class ComScope {
  public:
   ComScope() { CoInitialize(nullptr); }
@@ -39,8 +41,8 @@ class ComScope {
   ComScope& operator=(const ComScope&) = delete;
 };
 
-// "%d.%d" of the type library that the object's type information stands in. A host may answer with
-// success and give nothing.
+// Reads the version of the type library that has the type information. A host may report success
+// and still return null, so each object is checked.
 HRESULT typeLibraryVersion(ITypeInfo* info, std::u16string& version) {
   if (info == nullptr) return E_POINTER;
   CComPtr<ITypeLib> library;
@@ -88,7 +90,7 @@ void readLibraryVersion(Scope& hr, REFCLSID clsid, const LibraryTexts& texts, CC
   if (hr >= 0) version = CComBSTR(text);
 }
 
-// Without the quotes around it; empty for what is no path.
+// Returns the path without its quotes; an empty text for quotes with nothing in them.
 std::u16string_view unquoted(std::u16string_view path) {
   if (!path.starts_with(u'"')) return path;
   return path.size() < 3 ? std::u16string_view() : path.substr(1, path.size() - 2);
@@ -108,6 +110,7 @@ long CQXUtil::GetFileVersionForModule(long appId, OLECHAR* buffer, long size, HI
   buffer[0] = 0;
   OLECHAR name[MAX_PATH];
   const DWORD length = GetModuleFileNameW(module, name, MAX_PATH);
+  // A path that fills the buffer has been cut.
   if (length == 0 || length >= MAX_PATH) {
     hr.LogError(u"Failed to get module name");
     return hr;
@@ -168,7 +171,7 @@ long CQXUtil::GetHVXVersion(long appId, CComBSTR& version) {
 
 long CQXUtil::GetRXAPIVersion(long appId, CComBSTR& version) {
   CReturnValue<long> hr(u"CQXUtil::GetRXAPIVersion", 0, appId, false);
-  version.Empty();
+  version.Empty();  // unlike the version of the UI library, which keeps its former value
   const ComScope com;
   CLSID clsid{};
   hr = CLSIDFromProgID(kCompanyProgId, &clsid);
@@ -193,6 +196,7 @@ CString CQXUtil::GetCOMObjectVersion(GUID clsid) {
 CString CQXUtil::GetCOMObjectPath(GUID clsid) {
   const std::u16string key = qx::format(u"CLSID\\%s\\", qx::guidText(clsid));
   CString path;
+  // A class may have both; a library in the process is preferred.
   if (getRegistryValue(HKEY_CLASSES_ROOT, key.c_str(), u"", path, u"InprocServer32")) return path;
   if (getRegistryValue(HKEY_CLASSES_ROOT, key.c_str(), u"", path, u"LocalServer32")) return path;
   return CString();

@@ -25,7 +25,7 @@ using ::testing::IsEmpty;
 
 class QxUtilFileVersion : public ::testing::Test {
  protected:
-  // The version of the module in `file`, or "failed".
+  // Returns the version of the module in `file`, or "failed".
   std::u16string versionOf(const char* file) {
     const qx::LoadedModule loaded(file);
     path = qx::toUtf16(file);

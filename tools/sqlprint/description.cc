@@ -17,7 +17,7 @@ constexpr NamedKind kKinds[] = {{"select", Kind::select}, {"load", Kind::load},
                                 {"insert", Kind::insert}, {"update", Kind::update},
                                 {"delete", Kind::remove}, {"choose-list", Kind::chooseList}};
 
-/// A statement's table, which has no name but its kind's.
+// The table of a statement. Its only name is that of the kind.
 struct Entry {
   Kind kind;
   const toml::table* table;
@@ -45,7 +45,7 @@ class DescriptionReader {
   }
 
  private:
-  /// One table or a list of them for each kind, in the order of the file.
+  // Returns the tables of all statements in the order of the file. A kind has one table or a list.
   std::vector<Entry> entriesOf(const toml::table& root) const {
     std::vector<Entry> entries;
     for (const NamedKind& each : kKinds) {
@@ -58,6 +58,7 @@ class DescriptionReader {
         entries.push_back({each.kind, &nodes_.table(*node, each.name)});
       }
     }
+    // The parser keeps tables by name; their places give back the order.
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
       return a.table->source().begin < b.table->source().begin;
     });

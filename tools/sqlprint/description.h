@@ -1,7 +1,7 @@
 #pragma once
 
-// What a description file says of the statements, read and checked. The texts are kept here, since
-// the persistence layer keeps pointers to names only.
+// The content of a description file, read and checked. It owns the names, because the persistence
+// layer keeps pointers to them only.
 
 #include "qxframework/automation/variant.h"
 #include "qxframework/query/condition.h"
@@ -18,7 +18,7 @@ namespace qx::sqlprint {
 using input::Diagnostic;
 using input::Location;
 
-/// Which operation of the layer writes the statement.
+/// The operation of the layer that writes the statement.
 enum class Kind {
   select,     ///< a collection's SELECT
   load,       ///< one object's SELECT
@@ -38,13 +38,13 @@ struct Condition {
   Persistence::HvConditionOperation operation = Persistence::co_Equal;
   Persistence::HvConditionRelationship relationship = Persistence::cr_And;
   CComVariant value;  ///< VT_BSTR, VT_R8, VT_DATE or VT_I4; VT_EMPTY if there is raw
-  std::optional<std::u16string> raw;  ///< written as it stands
+  std::optional<std::u16string> raw;  ///< written unchanged
   long open = 0;
   long close = 0;
 };
 
 struct JoinField {
-  std::optional<std::u16string> from;  ///< nothing if the column compares with the value
+  std::optional<std::u16string> from;  ///< nothing if the column is compared with the value
   std::u16string to;
   Persistence::HvConditionOperation operation = Persistence::co_Equal;
   CComVariant value;
@@ -69,7 +69,7 @@ struct Limit {
   long count = 0;
 };
 
-/// One statement. A member that its kind has no use for stays as it is here.
+/// One statement. Members that its kind does not use keep these defaults.
 struct Statement {
   Kind kind = Kind::select;
   Location place;
@@ -79,7 +79,7 @@ struct Statement {
   Names keys;
   bool keysOnly = true;
   Names fields;
-  std::optional<std::vector<Condition>> where;  ///< nothing is not the same as no conditions
+  std::optional<std::vector<Condition>> where;  ///< nothing differs from an empty list
   std::vector<SortField> sort;
   std::optional<Limit> limit;
   std::vector<Join> joins;
@@ -95,10 +95,10 @@ struct Description {
   std::vector<std::string> warnings;  ///< "file:line:column: warning: what; what to do"
 };
 
-/// How the file calls the kind.
+/// Returns the name of the kind in a file.
 const char* nameOf(Kind kind);
 
-/// Reads a description; `file` is its name in messages. Throws Diagnostic.
+/// Reads a description; `file` is its name in messages. Throws Diagnostic if it is refused.
 Description readDescription(const std::string& file, const std::string& content);
 
 }  // namespace qx::sqlprint

@@ -1,4 +1,4 @@
-// What a description may not say, each with its place.
+// Descriptions that are refused, each with its place.
 
 #include "tools/sqlprint/description.h"
 
@@ -10,7 +10,7 @@
 namespace qx::sqlprint {
 namespace {
 
-/// The text of the refusal; what was printed if there is none.
+/// Returns the text of the refusal; the printed text if there is none.
 std::string refusalOf(const std::string& toml) {
   try {
     return "printed: " + sideBySide(readDescription("f", toml).statements);
@@ -30,7 +30,7 @@ struct Refused {
 
 class RefusedDescription : public testing::TestWithParam<Refused> {};
 
-TEST_P(RefusedDescription, IsToldWithItsPlaceAndWhatToDo) {
+TEST_P(RefusedDescription, IsReportedWithItsPlaceAndARemedy) {
   EXPECT_EQ(refusalOf(GetParam().toml), GetParam().text);
 }
 
@@ -68,7 +68,7 @@ const Refused kFiles[] = {
      "f:1:11: error: 'select' is a whole number; write a table: { key = value, … }"},
     {"VeryDeepKey", "[select]\na.b.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q = 1\n",
      "f:2:32: error: a key has more than 16 parts; put a name that holds points in double quotes"},
-    {"VeryDeepKeyBehindStrings",
+    {"VeryDeepKeyAfterStrings",
      "a = \"\"\"x\\\"\"\"\"\"\nb = '''y''''\nc = \"\\\"\"\nd = 'e' # \"\n"
      "\"a\".'b'.c.d.e.f.g.h.i.j.k.l.m.n.o.p.q = 1\n",
      "f:5:36: error: a key has more than 16 parts; put a name that holds points in double quotes"}};
@@ -155,19 +155,19 @@ const Refused kConditions[] = {
     {"BracketNeverClosed",
      where("{ field = \"A\", value = 1, open = 2 },\n{ field = \"B\", value = 1, close = 1 }"),
      "f:4:10: error: condition 1, on 'A', opens a bracket that is never closed; lower its 'open' "
-     "or raise a 'close' behind it"},
+     "or raise a 'close' after it"},
     {"BracketNeverOpened",
      where("{ field = \"A\", value = 1 },\n{ field = \"B\", value = 1, close = 1 }"),
      "f:5:1: error: condition 2, on 'B', closes a bracket that is not open; lower its 'close' or "
-     "raise an 'open' ahead of it"},
+     "raise an 'open' before it"},
     {"BracketOfAFieldWithControlCharacters",
      where("{ field = \"A\\u001b[2J\", value = 1, open = 1 }"),
      "f:4:10: error: condition 1, on 'A?[2J', opens a bracket that is never closed; lower its "
-     "'open' or raise a 'close' behind it"},
+     "'open' or raise a 'close' after it"},
     {"BracketClosedAheadOfItsOpening",
      where("{ field = \"A\", value = 1, close = 1 }, { field = \"B\", value = 1, open = 1 }"),
      "f:4:10: error: condition 1, on 'A', closes a bracket that is not open; lower its 'close' or "
-     "raise an 'open' ahead of it"}};
+     "raise an 'open' before it"}};
 INSTANTIATE_TEST_SUITE_P(Conditions, RefusedDescription, testing::ValuesIn(kConditions),
                          test::nameOf<Refused>);
 
@@ -271,7 +271,7 @@ const Refused kByTheLayer[] = {
 INSTANTIATE_TEST_SUITE_P(ByTheLayer, RefusedDescription, testing::ValuesIn(kByTheLayer),
                          test::nameOf<Refused>);
 
-TEST(Description, TakesKindsAndKeysInTheOrderOfTheFile) {
+TEST(Description, KeepsStatementsAndKeysInTheOrderOfTheFile) {
   const Description read = readDescription("f", R"(
 update = [ { table = "A", values = {} }, { table = "B", values = { z = 1, "a.b" = 2, m = 3 } } ]
 [insert]
@@ -302,7 +302,7 @@ table = "F"
   EXPECT_EQ(columns(read.statements[4].titles), u"y;x;");
 }
 
-TEST(Description, GivesTheValuesTheLayersTypes) {
+TEST(Description, ReadsValuesWithTheLayersTypes) {
   const Description read = readDescription("f", R"(
 [update]
 table = "T"
@@ -316,14 +316,14 @@ values = { a = "1", b = 1.0, c = 1, d = 2024-01-31, e = 2024-01-31T12:00:00, f =
   EXPECT_EQ(read.statements[0].values[5].second.date, 45322.25);
 }
 
-TEST(Description, KeepsAnEmptyListOfConditionsApartFromNone) {
+TEST(Description, DistinguishesAnEmptyListOfConditionsFromNone) {
   EXPECT_FALSE(readDescription("f", kSelect).statements[0].where.has_value());
   EXPECT_TRUE(readDescription("f", where("")).statements[0].where.has_value());
   EXPECT_EQ(refusalOf(where("")).substr(0, 57),
             "printed: mssql   SELECT K FROM T     WHERE  ORDER BY K\nsy");
 }
 
-TEST(Description, MayBeginWithAByteOrderMarkAndEndLinesLikeWindows) {
+TEST(Description, AcceptsAByteOrderMarkAndLineEndsOfWindows) {
   EXPECT_EQ(readDescription("f", "\xEF\xBB\xBF[delete]\r\ntable = \"T\"\r\n").statements.size(),
             1U);
 }

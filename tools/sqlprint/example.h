@@ -2,10 +2,10 @@
 
 namespace qx::sqlprint {
 
-/// A complete file with a statement of each kind, which works.
+/// A complete and valid file with a statement of each kind.
 extern const char* const kExample;
 
-/// The form of a file, for the help text.
+/// The description of the file format in the help text.
 extern const char* const kForm;
 
 }  // namespace qx::sqlprint

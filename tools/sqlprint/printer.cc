@@ -18,7 +18,7 @@ void appendDialect(std::string& out, const Statement& statement, const DialectNa
   }
 }
 
-/// One line whatever the name holds: what stands behind a line end would be a statement.
+// A single line for every name: text after a line end would read as a statement.
 std::string heading(const Statement& statement) {
   return "-- " + std::string(nameOf(statement.kind)) + " " + shown(toUtf8(statement.table)) +
          ", line " + std::to_string(statement.place.line) + "\n";

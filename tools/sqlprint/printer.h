@@ -6,11 +6,12 @@
 
 namespace qx::sqlprint {
 
-/// For the eye: the engines one below the other for each statement, under a heading if there are
-/// several statements. Throws Diagnostic as statementTexts does.
+/// Returns all dialects of each statement below each other, for people to compare. Several
+/// statements have headings. Throws Diagnostic as statementTexts does.
 std::string sideBySide(const std::vector<Statement>& statements);
 
-/// For a pipe: one engine's statements, each with `end` behind it and nothing else.
+/// Returns the statements of one dialect, each followed by `end`, for another program to read.
+/// Throws as sideBySide does.
 std::string bare(const std::vector<Statement>& statements, DbServerType serverType, char end);
 
 }  // namespace qx::sqlprint

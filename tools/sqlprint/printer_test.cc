@@ -1,4 +1,4 @@
-// Every kind of statement on every engine, compared whole.
+// Every kind of statement in every dialect, compared as a whole.
 
 #include "tools/sqlprint/printer.h"
 
@@ -35,7 +35,7 @@ limit = 5
 join = [ { table = "@LINES", as = "T1", kind = "left", fields = ["U_Item"], on = [ { from = "Code", to = "U_Order" }, { to = "U_Kind", value = "A" } ] } ]
 )";
 
-TEST(SideBySide, ShowsASelectWithEverythingInAllDialects) {
+TEST(SideBySide, ShowsASelectWithAllPartsInAllDialects) {
   EXPECT_EQ(
       shown(kJoined),
       R"(mssql   SELECT TOP 5 T0.Code AS'T0.Code',T0.U_Total AS'T0.U_Total',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   LEFT OUTER JOIN [@LINES] T1 ON T0.Code = T1.U_Order AND T1.U_Kind  =  N'A'   WHERE T0.U_Total > 12.5 OR (T0.U_Date <= CONVERT(datetime,N'20240131',112) AND T0.U_Name LIKE N'O''B%') ORDER BY T0.U_Date ASC,T0.Code DESC
@@ -47,7 +47,7 @@ kordb   SELECT TOP 5 T0."Code" AS"T0.Code",T0."U_Total" AS"T0.U_Total",T1."U_Ite
 )");
 }
 
-TEST(SideBySide, ShowsASelectOfTheKeysWhenNothingElseIsSaid) {
+TEST(SideBySide, ShowsASelectOfTheKeysByDefault) {
   EXPECT_EQ(shown("[select]\ntable = \"OFPR\"\nkeys = [\"PeriodNo\"]\n"),
             R"(mssql   SELECT PeriodNo FROM OFPR     ORDER BY PeriodNo
 sybase  SELECT PeriodNo FROM OFPR     ORDER BY PeriodNo
@@ -76,7 +76,7 @@ kordb   SELECT T0."Code" AS"T0.Code" FROM "@T" T0     WHERE T0."Code" = N'A'
 )");
 }
 
-TEST(SideBySide, ShowsAnInsertIntoAUserTableBehindTheQueryForItsCode) {
+TEST(SideBySide, ShowsAnInsertIntoAUserTableAfterTheQueryForItsCode) {
   EXPECT_EQ(shown(R"(
 [insert]
 table = "@T"
@@ -176,7 +176,7 @@ TEST(SideBySide, AUserTableOfAJoinGetsItsFormByTheFlag) {
       "T1.\"K\"   ORDER BY T0.\"K\"\n");
 }
 
-TEST(SideBySide, ARawConditionIsWrittenAsItStands) {
+TEST(SideBySide, ARawConditionIsWrittenUnchanged) {
   EXPECT_EQ(bareOn(kMssql, R"toml(
 [load]
 table = "T"
@@ -185,13 +185,13 @@ where = [{ field = "D", is = "<", raw = "getdate()" }]
             "SELECT * FROM T     WHERE D < getdate()\n");
 }
 
-TEST(SideBySide, AHeadingIsOneLineWhateverTheNameHolds) {
+TEST(SideBySide, AHeadingIsOneLineForEveryName) {
   const std::string one = "[[delete]]\ntable = \"A\\r\\nDROP TABLE B \\u001B[2J\"\n";
   const std::string both = shown(one + one);
   EXPECT_EQ(both.substr(0, both.find('\n')), "-- delete A??DROP TABLE B ?[2J, line 1");
 }
 
-TEST(SideBySide, SeveralStatementsStandUnderHeadingsInTheOrderOfTheFile) {
+TEST(SideBySide, SeveralStatementsHaveHeadingsInTheOrderOfTheFile) {
   EXPECT_EQ(shown(R"([[select]]
 table = "B"
 keys = ["K"]
@@ -223,12 +223,12 @@ kordb   SELECT "K" FROM "A"     ORDER BY "K"
 )");
 }
 
-TEST(Bare, PrintsOneEnginesStatementsInTheOrderOfSending) {
+TEST(Bare, PrintsOneDialectsStatementsInTheOrderOfSending) {
   EXPECT_EQ(bareOn(kSybase, "[select]\ntable = \"@T\"\nkeys = [\"K\"]\nlimit = 2\n"),
             "SET ROWCOUNT 2 \nSELECT K FROM [@T]     ORDER BY K\nSET ROWCOUNT 0\n");
 }
 
-TEST(Bare, EndsStatementsAsToldSoThatLineEndsInThemDoNotPart) {
+TEST(Bare, EndsStatementsWithTheGivenCharacter) {
   const auto statements =
       readDescription("f",
                       "[load]\ntable = \"T\"\nwhere = [{ field = \"A\", value = \"x\\ny\" }]\n")

@@ -6,6 +6,7 @@
 namespace qx::sqlprint {
 namespace {
 
+// Far above any need. A number like 10^9 would make a statement of gigabytes.
 constexpr long kMostBrackets = 100;
 
 template <class Value>
@@ -26,7 +27,7 @@ constexpr Word<Persistence::etTABLE_JOIN_MODE> kJoinModes[] = {
     {"right", Persistence::jm_RightOuter},
     {"full", Persistence::jm_FullOuter}};
 
-/// The value of the word that stands under `key`, the first one if there is none.
+// Returns the value of the word under `key`; the first value if the key is missing.
 template <class Value, std::size_t count>
 Value readWord(const NodeReader& nodes, const toml::table& table, const char* key,
                const Word<Value> (&words)[count]) {
@@ -46,7 +47,7 @@ long readBrackets(const NodeReader& nodes, const toml::table& table, const char*
   return node == nullptr ? 0 : nodes.number(*node, key, 0, kMostBrackets);
 }
 
-/// The value, the raw text or, with `other`, the column that a comparison is with.
+// Refuses a comparison that has both 'value' and the key `other`, or neither of them.
 void checkOneOf(const NodeReader& nodes, const toml::table& table, const std::string& what,
                 const char* other) {
   const bool hasValue = table.contains("value");
@@ -87,6 +88,7 @@ Condition readCondition(const NodeReader& nodes, const toml::table& table) {
                    remedy);
 }
 
+// The layer writes brackets unchecked, and a server reports a missing one without its place.
 void checkBrackets(const std::vector<Condition>& conditions) {
   std::vector<std::size_t> open;  // for each open bracket the condition that opened it
   for (std::size_t i = 0; i < conditions.size(); ++i) {
@@ -94,12 +96,12 @@ void checkBrackets(const std::vector<Condition>& conditions) {
     open.insert(open.end(), static_cast<std::size_t>(conditions[i].open), i);
     if (closing > open.size())
       refuseBracket(conditions, i, "closes a bracket that is not open",
-                    "lower its 'close' or raise an 'open' ahead of it");
+                    "lower its 'close' or raise an 'open' before it");
     open.resize(open.size() - closing);
   }
   if (!open.empty())
     refuseBracket(conditions, open.back(), "opens a bracket that is never closed",
-                  "lower its 'open' or raise a 'close' behind it");
+                  "lower its 'open' or raise a 'close' after it");
 }
 
 JoinField readJoinField(const NodeReader& nodes, const toml::table& table) {
@@ -113,6 +115,7 @@ JoinField readJoinField(const NodeReader& nodes, const toml::table& table) {
   field.operation = readOperation(nodes, table);
   if (const toml::node* const from = table.get("from")) {
     field.from = nodes.nonEmptyText(*from, "from");
+    // The layer ignores the operation of two columns, so another one would be lost silently.
     if (field.operation != Persistence::co_Equal)
       nodes.refuse(table.get("is")->source(), "two columns of a join compare by \"=\" only",
                    "leave 'is' out or compare with a value");

@@ -7,7 +7,7 @@
 namespace qx::sqlprint {
 namespace {
 
-/// What a statement of the kind may say.
+// Returns the keys that a statement of the kind may have.
 std::vector<std::string_view> keysOf(Kind kind) {
   switch (kind) {
     case Kind::select:
@@ -58,7 +58,7 @@ class StatementReader {
     statement_.userTable = readUserTable(nodes_, table_, statement_.table);
   }
 
-  /// Keys that the kind does not have are not there.
+  // Reads all keys of queries: checkKeys has refused those that the kind does not have.
   void readQuery() {
     if (const toml::node* node = find("as")) statement_.as = nodes_.nonEmptyText(*node, "as");
     if (const toml::node* node = find("keys")) statement_.keys = nodes_.names(*node, "keys");
@@ -102,6 +102,7 @@ class StatementReader {
 
   void readLimit(const toml::node& node) {
     using Limits = std::numeric_limits<std::int32_t>;
+    // A limit of 0 is left to the layer, which has a text for its refusal.
     statement_.limit =
         Limit{nodes_.at(node.source()), nodes_.number(node, "limit", Limits::min(), Limits::max())};
   }
@@ -110,6 +111,7 @@ class StatementReader {
     if (statement_.kind != Kind::insert && statement_.kind != Kind::update) return;
     statement_.values = namedValues(need("values", "values = { U_Total = 12.5 }"), "values");
     if (statement_.kind == Kind::insert) return readNextCode();
+    // An update has a key instead: by conditions or by values.
     const toml::node* const keyValues = find("key-values");
     if (keyValues == nullptr) return;
     if (statement_.where && !statement_.where->empty())
@@ -125,7 +127,7 @@ class StatementReader {
     return values;
   }
 
-  /// A code has the form in which the layer draws one.
+  // The code must have the form of those that the layer generates.
   void readNextCode() {
     const toml::node* const node = find("next-code");
     if (!statement_.userTable) {

@@ -5,18 +5,18 @@
 
 namespace qx::sqlprint {
 
-/// Reads one statement's table.
+/// Reads the table of one statement. This and the other functions throw Diagnostic for wrong input.
 Statement readStatement(const NodeReader& nodes, Kind kind, const toml::table& table);
 
-/// "=" and the like; EQUAL if there is no `is`.
+/// Reads the operation of `is`, such as "<="; EQUAL without it.
 Persistence::HvConditionOperation readOperation(const NodeReader& nodes, const toml::table& table);
-/// Whether a table's name is that of a user table: by `user-table`, else by its first character.
+/// Returns true for a user table: by `user-table` or, without it, by the name's first character.
 bool readUserTable(const NodeReader& nodes, const toml::table& table,
                    const std::u16string& tableName);
 
-/// The list `where`. Brackets that do not pair are refused.
+/// Reads the list `where`. Refuses brackets without their counterparts.
 std::vector<Condition> readConditions(const NodeReader& nodes, const toml::node& node);
-/// The list `join`.
+/// Reads the list `join`.
 std::vector<Join> readJoins(const NodeReader& nodes, const toml::node& node);
 
 }  // namespace qx::sqlprint

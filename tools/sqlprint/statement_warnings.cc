@@ -8,7 +8,7 @@
 namespace qx::sqlprint {
 namespace {
 
-/// Goes over one statement.
+// Collects the warnings of one statement.
 class Warnings {
  public:
   Warnings(const NodeReader& nodes, const toml::table& table, const Statement& statement)
@@ -35,13 +35,13 @@ class Warnings {
                    std::to_string(place.column) + ": warning: " + text);
   }
 
-  /// Where `key` stands in the table, the place of the table itself without it.
+  // Returns the place of `key` in the table; the place of the table if it has no such key.
   Location placeOf(const toml::table& table, std::string_view key) const {
     const toml::node* const node = table.get(key);
     return nodes_.at(node == nullptr ? table.source() : node->source());
   }
 
-  /// The table at `index` of the list under `key`.
+  // Returns the table at `index` of the list under `key`.
   const toml::table& tableOf(std::string_view key, std::size_t index) const {
     return nodes_.table(*nodes_.list(*table_.get(key), key).get(index), key);
   }
@@ -49,28 +49,29 @@ class Warnings {
   void warnOfFields() {
     if (is(Kind::select) && statement_.keysOnly && !statement_.fields.empty())
       add(placeOf(table_, "fields"),
-          "the fields are not selected, since a collection fetches keys only unless told "
-          "otherwise; add keys-only = false");
+          "the fields are not selected, since a collection fetches keys only by "
+          "default; add keys-only = false");
   }
 
   void warnOfJoins() {
     const bool keysOnly = is(Kind::select) && statement_.keysOnly;
     for (std::size_t i = 0; i < statement_.joins.size(); ++i) {
       const Join& join = statement_.joins[i];
+      // The layer itself refuses this only if it selects fields.
       if (keysOnly && statement_.as.empty() && comparesColumns(join))
         add(placeOf(tableOf("join", i), "on"),
-            "the columns compare with those of a table without a name, which no engine takes; add "
-            "as = \"T0\" to [select]");
+            "the columns compare with those of a table without a name, which no server accepts; "
+            "add as = \"T0\" to [select]");
       if (join.fields.empty()) continue;
       const Location place = placeOf(tableOf("join", i), "fields");
       if (keysOnly) {
         add(place,
-            "the fields of the join are not selected, since a collection fetches keys only unless "
-            "told otherwise; add keys-only = false");
+            "the fields of the join are not selected, since a collection fetches keys only by "
+            "default; add keys-only = false");
       } else if (join.fields == statement_.fields) {
         add(place,
-            "the fields of the join are those of the table, and then the layer writes no comma in "
-            "front of them, which no engine takes; change their order or their number");
+            "the fields of the join are those of the table, and then the layer writes no comma "
+            "before them, which no server accepts; change their order or their number");
       }
     }
   }
@@ -82,6 +83,7 @@ class Warnings {
 
   void warnOfBrackets() {
     if (!statement_.where) return;
+    // Three writers of a WHERE in the layer, and three forms of brackets: none, misplaced, right.
     const bool leavesOut = is(Kind::load) || is(Kind::update);
     for (std::size_t i = 0; i < statement_.where->size(); ++i) {
       const Condition& condition = (*statement_.where)[i];
@@ -91,13 +93,13 @@ class Warnings {
                                  "]; give the conditions an order that needs none");
       if (is(Kind::remove) && i > 0 && condition.open > 0)
         add(condition.place,
-            "in [delete] the layer writes the bracket in front of AND and OR, which no engine "
-            "takes; give the conditions an order that needs none");
+            "in [delete] the layer writes the bracket before AND and OR, which no server "
+            "accepts; give the conditions an order that needs none");
     }
   }
 
   void warnOfKeyValues() {
-    skipped_ = skippedKeyValues(statement_);
+    skipped_ = skippedKeyValues(statement_);  // read again by warnOfAnEmptyWhere
     if (skipped_.empty()) return;
     const auto entries = inOrder(nodes_.table(*table_.get("key-values"), "key-values"));
     for (const std::size_t position : skipped_)
@@ -112,7 +114,7 @@ class Warnings {
     if (statement_.where ? !statement_.where->empty() : !always) return;
     if (skipped_.size() < statement_.keyValues.size()) return;
     add(placeOf(table_, "where"),
-        "nothing stands behind WHERE, which no engine takes; add a condition to 'where'");
+        "nothing follows WHERE, which no server accepts; add a condition to 'where'");
   }
 
   void warnOfRawTexts() {
@@ -121,7 +123,7 @@ class Warnings {
       const std::optional<std::u16string>& raw = (*statement_.where)[i].raw;
       if (raw && raw->find_first_not_of(u" \t\r\n") == std::u16string::npos)
         add(placeOf(tableOf("where", i), "raw"),
-            "nothing stands behind the operator, which no engine takes; write what the column "
+            "nothing follows the operator, which no server accepts; write what the column "
             "compares with");
     }
   }
@@ -129,16 +131,16 @@ class Warnings {
   void warnOfValues() {
     if (is(Kind::insert) && statement_.values.empty())
       add(placeOf(table_, "values"),
-          "the insert has no values, and then the layer writes lists that no engine takes; add a "
+          "the insert has no values, and then the layer writes lists that no server accepts; add a "
           "column to 'values'");
     if (is(Kind::update) && std::all_of(statement_.values.begin(), statement_.values.end(),
                                         [this](const auto& value) { return isKey(value.first); }))
       add(placeOf(table_, "values"),
-          "nothing stands behind SET, which no engine takes; add a column that is none of 'keys' "
+          "nothing follows SET, which no server accepts; add a column that is none of 'keys' "
           "to 'values'");
   }
 
-  /// Dates stand nowhere but where a value does.
+  // Searches the whole table: a date can only be a value.
   void warnOfTimes(const toml::node& node) {
     if (const toml::table* const table = node.as_table())
       for (const auto& entry : inOrder(*table)) warnOfTimes(*entry.second);
@@ -158,7 +160,7 @@ class Warnings {
         });
     if (quotes)
       add(placeOf(table_, "fields"),
-          "the layer writes the quotes of a title as they are, and engines take them for its end; "
+          "the layer writes the quotes of a title as they are, and servers take them for its end; "
           "write \u2019 or leave them out");
   }
 

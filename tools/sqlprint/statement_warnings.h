@@ -5,8 +5,9 @@
 
 namespace qx::sqlprint {
 
-/// "file:line:column: warning: what; what to do" for what a statement says and the layer leaves out
-/// without a word, or writes in a way that no engine takes. `table` is what it was read from.
+/// Returns "file:line:column: warning: problem; remedy" for each part of a statement that the layer
+/// ignores, or writes in a form that no server accepts. `table` is the statement's table in the
+/// file.
 std::vector<std::string> warningsOf(const NodeReader& nodes, const toml::table& table,
                                     const Statement& statement);
 

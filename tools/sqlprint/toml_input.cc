@@ -17,6 +17,7 @@ using input::Diagnostic;
 
 constexpr int kMostKeyParts = 16;
 
+// Throws a Diagnostic with the place of the first character that is no UTF-8.
 void checkUtf8(const std::string& file, std::string_view content) {
   std::size_t line = 1;
   for (std::size_t start = 0; start <= content.size(); ++line) {
@@ -26,8 +27,8 @@ void checkUtf8(const std::string& file, std::string_view content) {
   }
 }
 
-/// Walks over a document to find keys of very many parts: the parser would nest a table for each of
-/// them and run out of stack. Strings and comments are stepped over.
+// Searches a document for keys of very many parts: the parser would nest a table for each part and
+// overflow the stack. Skips strings and comments.
 class KeyDepthCheck {
  public:
   KeyDepthCheck(const std::string& file, std::string_view content)
@@ -43,6 +44,7 @@ class KeyDepthCheck {
     if (unit == '#') return skipTo(content_.find('\n', position_));
     if (unit == '"' || unit == '\'') return skipString(unit);
     if (unit == '.') countPoint();
+    // These end a key. The point of a number is counted, too, which does no harm.
     if (std::string_view("=,[]{}\n").find(unit) != std::string_view::npos) points_ = 0;
     ++position_;
   }
@@ -64,10 +66,11 @@ class KeyDepthCheck {
     const std::string_view end = std::string_view(three).substr(0, isLong ? 3 : 1);
     for (position_ += end.size(); position_ < content_.size(); ++position_) {
       if (content_.substr(position_, end.size()) == end) {
-        // A long string may have quotes of its own right ahead of its end.
+        // A long string may have quotes of its own directly before its end.
         const std::size_t last = content_.find_first_not_of(quote, position_);
         return skipTo(isLong ? std::min(last, position_ + 5) : position_ + 1);
       }
+      // An unfinished string: the parser refuses it with its place.
       if (!isLong && content_[position_] == '\n') return;
       if (quote == '"' && content_[position_] == '\\') ++position_;
     }
@@ -136,6 +139,7 @@ std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::
   return entries;
 }
 
+// Bytes of characters outside of ASCII are left: checkUtf8 has accepted them.
 std::string shown(std::string_view name) {
   std::string visible(name);
   for (char& unit : visible)
@@ -168,6 +172,7 @@ std::u16string NodeReader::utf16(std::string_view text, const toml::source_regio
 }
 
 std::u16string NodeReader::text(const toml::node& node, std::string_view name) const {
+  // Exact reads throughout: the parser would convert 1 into true, and 1.0 into 1.
   const auto found = node.value_exact<std::string>();
   if (!found) refuseType(node, name, "write a text in double quotes");
   return utf16(*found, node.source(), name);
@@ -205,6 +210,7 @@ long NodeReader::number(const toml::node& node, std::string_view name, long leas
 CComVariant NodeReader::value(const toml::node& node, std::string_view name) const {
   using Limits = std::numeric_limits<std::int32_t>;
   if (node.is_string()) return CComVariant(std::u16string_view(text(node, name)));
+  // A VT_I4, the whole number of the layer.
   if (node.is_integer()) return CComVariant(number(node, name, Limits::min(), Limits::max()));
   if (const auto found = node.value_exact<double>()) {
     if (!std::isfinite(*found))
@@ -226,6 +232,7 @@ CComVariant NodeReader::date(const toml::node& node, std::string_view name) cons
     day = both->date;
     time = both->time;
   }
+  // The layer's texts of dates have whole seconds at most.
   if (time.nanosecond != 0)
     refuse(node.source(), quoted(name) + " has a fraction of a second", "write whole seconds");
   const std::optional<DATE> found =

@@ -1,7 +1,7 @@
 #pragma once
 
-// The TOML of a description: parsing with the checks that the parser lacks, and typed reads of its
-// nodes. Everything that is refused is a Diagnostic with its place.
+// The TOML of a description: parsing, with checks that the parser lacks, and typed reads of nodes.
+// Wrong input throws a Diagnostic with its place.
 
 #include "qxframework/automation/variant.h"
 #include "tools/input/diagnostic.h"
@@ -16,19 +16,19 @@
 
 namespace qx::sqlprint {
 
-/// `file` is the input's name in messages.
+/// Parses a description. `file` is its name in messages.
 toml::table parseToml(const std::string& file, const std::string& content);
 
-/// The entries as they stand in the file; a table itself has them by name.
+/// Returns the entries of a table in the order of the file; the table itself sorts them by name.
 std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::table& table);
 
-/// A name of the file for a message: control characters, which one in quotes may hold, do not reach
-/// the terminal.
+/// Returns a name in the file for a message. It has no control characters, which a quoted name may
+/// contain and which must not reach the terminal.
 std::string shown(std::string_view name);
-/// The same in single quotes.
+/// Returns the same in single quotes.
 std::string quoted(std::string_view name);
 
-/// Typed reads. `name` is what the file calls the value.
+/// Typed reads of nodes. `name` is the name of the value in the file.
 class NodeReader {
  public:
   explicit NodeReader(std::string file) : file_(std::move(file)) {}
@@ -43,18 +43,18 @@ class NodeReader {
 
   const toml::table& table(const toml::node& node, std::string_view name) const;
   const toml::array& list(const toml::node& node, std::string_view name) const;
-  /// No text holds a zero: names end there, and so do statements on their way to an engine.
+  /// Refuses a text with a zero: names end there, and so do statements on their way to a server.
   std::u16string text(const toml::node& node, std::string_view name) const;
   std::u16string nonEmptyText(const toml::node& node, std::string_view name) const;
   std::vector<std::u16string> names(const toml::node& node, std::string_view name) const;
   bool flag(const toml::node& node, std::string_view name) const;
   long number(const toml::node& node, std::string_view name, long least, long most) const;
-  /// A text, a number or a date as the layer's own type.
+  /// Returns a text, a number or a date as the layer's type.
   CComVariant value(const toml::node& node, std::string_view name) const;
-  /// A key as a column's name.
+  /// Returns a key as the name of a column.
   std::u16string columnName(const toml::key& key) const;
 
-  /// Refuses a key that is none of `known`. `what` is the table's name in messages.
+  /// Refuses keys other than `known`. `what` is the table's name in messages.
   void checkKeys(const toml::table& table, std::string_view what,
                  const std::vector<std::string_view>& known) const;
   /// Refuses a table without `key`; `example` is the line to add.

@@ -12,8 +12,8 @@ namespace {
 
 using namespace qx::test;
 
-/// Each piece of SQL is asked of the class for one row and of that for many.
-class Dialect : public testing::TestWithParam<DialectParam> {
+/// Checks each piece of SQL with the class for a row and with that for a set of rows.
+class DialectSql : public testing::TestWithParam<DialectParam> {
  protected:
   template <class Work>
   void expect(const PerDialect& texts, Work work) {
@@ -52,26 +52,26 @@ class Dialect : public testing::TestWithParam<DialectParam> {
       qx::persistentCollectionFor(GetParam().dialect());
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, Dialect, eachDialect(), nameOf<DialectParam>);
+INSTANTIATE_TEST_SUITE_P(Each, DialectSql, eachDialect(), nameOf<DialectParam>);
 
-TEST_P(Dialect, AUserTableStandsAsTheEngineWantsIt) {
+TEST_P(DialectSql, EnclosesAUserTable) {
   expectTable(u"@T", {.mssql = "[@T]", .db2 = "@T", .kordb = R"("@T")"});
 }
 
-TEST_P(Dialect, AHostTableIsBareButForKordb) {
+TEST_P(DialectSql, OnlyKordbEnclosesAHostTable) {
   expectTable(u"OFPR", {.mssql = "OFPR", .db2 = "OFPR", .kordb = R"("OFPR")"});
 }
 
-TEST_P(Dialect, AnEmptyOrNullTableNameIsNoFault) {
+TEST_P(DialectSql, AcceptsAnEmptyOrNullTableName) {
   expectTable(u"", {.mssql = "", .db2 = "", .kordb = R"("")"});
   expectTable(nullptr, {.mssql = "", .db2 = "", .kordb = R"("")"});
 }
 
-TEST_P(Dialect, AnAtSignFurtherBehindMakesNoUserTable) {
+TEST_P(DialectSql, ALaterAtSignMakesNoUserTable) {
   expectTable(u"A@T", {.mssql = "A@T", .db2 = "A@T", .kordb = R"("A@T")"});
 }
 
-TEST_P(Dialect, AFieldOfACorrelationHasAnAliasOfBoth) {
+TEST_P(DialectSql, AFieldWithACorrelationHasAnAliasOfBothNames) {
   expectFields({u"Code"}, u"T0",
                {.mssql = "T0.Code AS'T0.Code'",
                 .db2 = R"(T0.Code AS "T0.Code" )",
@@ -82,53 +82,53 @@ TEST_P(Dialect, AFieldOfACorrelationHasAnAliasOfBoth) {
                 .kordb = R"(T0."Code" AS"T0.Code",T0."U_A" AS"T0.U_A")"});
 }
 
-TEST_P(Dialect, AFieldWithoutACorrelationHasNoAlias) {
+TEST_P(DialectSql, AFieldWithoutACorrelationHasNoAlias) {
   expectFields({u"Code", u"U_A"}, nullptr,
                {.mssql = "Code,U_A", .db2 = "Code,U_A", .kordb = R"("Code","U_A")"});
   expectFields({u"Code"}, u"", {.mssql = "Code", .db2 = "Code", .kordb = R"("Code")"});
 }
 
-TEST_P(Dialect, NoFieldsAreAllColumns) {
+TEST_P(DialectSql, NoFieldsAreAllColumns) {
   expectFields({}, nullptr, {.mssql = "*", .db2 = "*", .kordb = "*"});
   expectFields({}, u"", {.mssql = "*", .db2 = "*", .kordb = "*"});
   expectFields({}, u"T0", {.mssql = "T0.*", .db2 = "T0.*", .kordb = "T0.*"});
 }
 
-TEST_P(Dialect, AColumnNameIsBareButForKordb) {
+TEST_P(DialectSql, OnlyKordbEnclosesAColumn) {
   expect({.mssql = "U_A", .db2 = "U_A", .kordb = R"("U_A")"},
          [](auto& sql) { return utf8(sql.GetSQLColumnName(CComBSTR(u"U_A"))); });
 }
 
-TEST_P(Dialect, AnAliasStandsInSingleQuotesButForKordb) {
+TEST_P(DialectSql, OnlyKordbWritesAnAliasInDoubleQuotes) {
   expect({.mssql = "'T0.A'", .db2 = "'T0.A'", .kordb = R"("T0.A")"},
          [](auto& sql) { return utf8(sql.GetSQLAlias(CComBSTR(u"T0.A"))); });
 }
 
-TEST_P(Dialect, ADateOfARowReadsAsTheEngineReadsIt) {
+TEST_P(DialectSql, ADateOfARowHasTheDialectsText) {
   expect({.mssql = "20240131", .db2 = "20240131", .kordb = "2024-01-31 00:00:00"},
          [](auto& sql) { return utf8(sql.GetDateString(CQXDateTime(2024, 1, 31, 17, 5, 9))); });
 }
 
-TEST_P(Dialect, ADateBecomesTheEnginesLiteral) {
+TEST_P(DialectSql, ADateBecomesTheDialectsLiteral) {
   expectDate(someDate(), {.mssql = "CONVERT(datetime,N'20240131',112)",
                           .db2 = "TIMESTAMP_ISO(N'2024-01-31')",
                           .kordb = "'2024-01-31 00:00:00'"});
 }
 
-TEST_P(Dialect, TheEmptyDateIsTheFirstDay) {
+TEST_P(DialectSql, TheEmptyDateIsTheFirstDay) {
   expectDate(CComVariant(0.0, VT_DATE), {.mssql = "CONVERT(datetime,N'18991230',112)",
                                          .db2 = "TIMESTAMP_ISO(N'1899-12-30')",
                                          .kordb = "'1899-12-30 00:00:00'"});
 }
 
-TEST_P(Dialect, ADateThatIsNoneIsTheFirstDay) {
+TEST_P(DialectSql, AnInvalidDateIsTheFirstDay) {
   for (const double none : {std::nan(""), HUGE_VAL, 1e300})
     expectDate(CComVariant(none, VT_DATE), {.mssql = "CONVERT(datetime,N'18991230',112)",
                                             .db2 = "TIMESTAMP_ISO(N'1899-12-30')",
                                             .kordb = "'1899-12-30 00:00:00'"});
 }
 
-TEST_P(Dialect, ATextOfADateIsWrapped) {
+TEST_P(DialectSql, ATextOfADateBecomesALiteral) {
   expectDate(u"20240131", {.mssql = "CONVERT(datetime,N'20240131',112)",
                            .db2 = "TIMESTAMP_ISO(N'2024-01-31')",
                            .kordb = "'20240131'"});
@@ -137,7 +137,7 @@ TEST_P(Dialect, ATextOfADateIsWrapped) {
                              .kordb = "'2024-01-31'"});
 }
 
-TEST_P(Dialect, ALiteralOfADateIsLeftAlone) {
+TEST_P(DialectSql, ALiteralOfADateStaysUnchanged) {
   expect({.mssql = "CONVERT(datetime,N'20240131',112)",
           .db2 = "TIMESTAMP_ISO(N'2024-01-31')",
           .kordb = "'2024-01-31 00:00:00'"},
@@ -149,7 +149,7 @@ TEST_P(Dialect, ALiteralOfADateIsLeftAlone) {
          });
 }
 
-TEST_P(Dialect, ATextAsLongAsTheHeadOfALiteralIsWrapped) {
+TEST_P(DialectSql, ATextAsLongAsTheFunctionsNameBecomesALiteral) {
   expectDate(u"TIMESTAMP-ISO", {.mssql = "CONVERT(datetime,N'TIMESTAMP-ISO',112)",
                                 .db2 = "TIMESTAMP_ISO(N'TIMESTAMP-ISO')",
                                 .kordb = "'TIMESTAMP-ISO'"});
@@ -158,7 +158,7 @@ TEST_P(Dialect, ATextAsLongAsTheHeadOfALiteralIsWrapped) {
                           .kordb = "'CONVERT'"});
   expectDate(u"CONVERT-",
              {.mssql = "CONVERT-", .db2 = "TIMESTAMP_ISO(N'CONVERT-')", .kordb = "'CONVERT-'"});
-  // Thirteen characters, but the dashes come first.
+  // Thirteen characters, but the dashes are inserted first.
   expectDate(u"TIMESTAMP_ISO", {.mssql = "CONVERT(datetime,N'TIMESTAMP_ISO',112)",
                                 .db2 = "TIMESTAMP_ISO(N'TIME-ST-AMP_ISO')",
                                 .kordb = "'TIMESTAMP_ISO'"});
@@ -167,7 +167,7 @@ TEST_P(Dialect, ATextAsLongAsTheHeadOfALiteralIsWrapped) {
                                  .kordb = "'TIMESTAMP_ISO-'"});
 }
 
-TEST_P(Dialect, ALiteralOfDb2WithoutADashGetsDashesAndIsWrappedAgain) {
+TEST_P(DialectSql, ALiteralOfDb2WithoutADashBecomesALiteralAgain) {
   expectDate(u"TIMESTAMP_ISO(N'20240131')",
              {.mssql = "CONVERT(datetime,N'TIMESTAMP_ISO(N''20240131'')',112)",
               .db2 = "TIMESTAMP_ISO(N'TIME-ST-AMP_ISO(N''20240131'')')",
@@ -178,7 +178,7 @@ TEST_P(Dialect, ALiteralOfDb2WithoutADashGetsDashesAndIsWrappedAgain) {
               .kordb = "'TIMESTAMP_ISO(N'2024-01-31')'"});
 }
 
-TEST_P(Dialect, AShortTextOfADateGetsItsDashesWhereItEnds) {
+TEST_P(DialectSql, AShortTextOfADateGetsItsDashesAtItsEnd) {
   expectDate(u"2024", {.mssql = "CONVERT(datetime,N'2024',112)",
                        .db2 = "TIMESTAMP_ISO(N'2024--')",
                        .kordb = "'2024'"});
@@ -186,19 +186,19 @@ TEST_P(Dialect, AShortTextOfADateGetsItsDashesWhereItEnds) {
              {.mssql = "CONVERT(datetime,N'',112)", .db2 = "TIMESTAMP_ISO(N'--')", .kordb = "''"});
 }
 
-TEST_P(Dialect, AnotherKindOfValueForADateIsTakenAsText) {
+TEST_P(DialectSql, AnotherTypeOfValueForADateIsReadAsText) {
   expectDate(20240131, {.mssql = "CONVERT(datetime,N'20240131',112)",
                         .db2 = "TIMESTAMP_ISO(N'2024-01-31')",
                         .kordb = "'20240131'"});
 }
 
-TEST_P(Dialect, KordbDoublesNoQuotesInADate) {
+TEST_P(DialectSql, KordbDoublesNoQuotesInADate) {
   expectDate(u"a-b'c", {.mssql = "CONVERT(datetime,N'a-b''c',112)",
                         .db2 = "TIMESTAMP_ISO(N'a-b''c')",
                         .kordb = "'a-b'c'"});
 }
 
-TEST_P(Dialect, AValueIsWrittenByItsKind) {
+TEST_P(DialectSql, AValueIsWrittenByItsType) {
   expectValue(u"O'Brien", {.mssql = "N'O''Brien'", .db2 = "N'O''Brien'", .kordb = "N'O''Brien'"});
   expectValue(12.5, {.mssql = "12.5", .db2 = "12.5", .kordb = "12.5"});
   expectValue(-3, {.mssql = "-3", .db2 = "-3", .kordb = "-3"});
@@ -209,7 +209,7 @@ TEST_P(Dialect, AValueIsWrittenByItsKind) {
                            .kordb = "'2024-01-31 00:00:00'"});
 }
 
-TEST_P(Dialect, AChooseListGivesItsColumnsTheirTitles) {
+TEST_P(DialectSql, AChooseListHasColumnsWithTitles) {
   CSimpleMap<CComBSTR, CComBSTR> fields;
   fields.Add(u"Code", u"No.");
   fields.Add(u"U_A", u"Some A");
@@ -225,15 +225,15 @@ TEST_P(Dialect, AChooseListGivesItsColumnsTheirTitles) {
            .of(GetParam())));
 }
 
-TEST_P(Dialect, AChooseListWithoutColumnsHasAllOfAHostTableAsItIs) {
+TEST_P(DialectSql, AChooseListWithoutColumnsSelectsAll) {
   object->SetMasterTable(u"OFPR");
   CComBSTR text(u"before");
   object->GetSQLforChooseList({}, CComBSTR(), text);
   EXPECT_EQ(utf8(text), "SELECT * FROM OFPR");
 }
 
-// The leading classes of each dialect, by their names.
-TEST(DialectClasses, AreWhatAServerTypeGives) {
+// The two classes of each dialect, by their names.
+TEST(DialectClasses, BelongToTheServerTypes) {
   const auto is = []<class Object, class Collection>(long serverType) {
     return dynamic_cast<Object*>(qx::persistentObjectFor(qx::dialectOf(serverType)).get()) !=
                nullptr &&

@@ -45,7 +45,7 @@ TEST_F(PersistenceFactory, AnyOtherServerTypeIsMssql) {
   }
 }
 
-TEST_F(PersistenceFactory, AServerTypeThatChangesYieldsAnotherDialect) {
+TEST_F(PersistenceFactory, AChangedServerTypeYieldsAnotherDialect) {
   company->serverType = 9;
   const std::unique_ptr<CQXPersistentObject> first(factory.CreatePersistentObject());
   company->serverType = 2;
@@ -71,7 +71,7 @@ TEST_F(PersistenceFactory, AnObjectOutlivesTheFactory) {
   EXPECT_EQ(object->GetCompany().p, company.p);
 }
 
-TEST_F(PersistenceFactory, RefusesASecondCompanyAndLetsItGo) {
+TEST_F(PersistenceFactory, RefusesASecondCompanyAndReleasesIt) {
   const auto other = makeScriptedCompany();
   EXPECT_EQ(refusalOf([&] { factory.SetCompany(CComPtr<ICompany>(other)); }),
             "-1: Factory is already linked to a company");
@@ -88,13 +88,13 @@ TEST_F(PersistenceFactory, TakesACompanyLater) {
   expectClasses<CQXPersistentObjectDB2, CQXPersistentCollectionDB2>(late);
 }
 
-TEST_F(PersistenceFactory, WithoutACompanyRaises) {
+TEST_F(PersistenceFactory, WithoutACompanyThrows) {
   CQXPersistenceFactory none;
   EXPECT_THROW(none.CreatePersistentObject(), _com_error);
   EXPECT_THROW(none.CreatePersistentCollection(), _com_error);
 }
 
-TEST_F(PersistenceFactory, ACompanyThatDoesNotAnswerRaises) {
+TEST_F(PersistenceFactory, ThrowsIfTheCompanyFails) {
   company->results["GetDbServerType"] = E_FAIL;
   EXPECT_THROW(factory.CreatePersistentObject(), _com_error);
   company->results.clear();
@@ -102,7 +102,7 @@ TEST_F(PersistenceFactory, ACompanyThatDoesNotAnswerRaises) {
   EXPECT_THROW(factory.CreatePersistentCollection(), _com_error);
 }
 
-TEST_F(PersistenceFactory, WithoutMemoryGivesNull) {
+TEST_F(PersistenceFactory, WithoutMemoryReturnsNull) {
   company->results["GetBusinessObject"] = E_OUTOFMEMORY;
   EXPECT_EQ(factory.CreatePersistentObject(), nullptr);
   EXPECT_EQ(factory.CreatePersistentCollection(), nullptr);

@@ -10,11 +10,11 @@
 namespace Persistence {
 namespace {
 
-// Spelled as it has always been.
+// The spelling is part of the contract.
 constexpr const OLECHAR* kKeyMismatch =
     u"The given map of key fields does not match the key field list of this obejct";
 
-/// The tag in a condition of a value of that kind; empty for one that is written as it stands.
+// Returns the tag of a type in a condition; empty if the value is written without a literal.
 const OLECHAR* tagOf(VARTYPE kind) {
   switch (kind) {
     case VT_BSTR:
@@ -36,6 +36,7 @@ CQXPersistentBase::CQXPersistentBase(CComPtr<ICompany> company) : m_ptrCompany(s
   m_ptrRecordSet = CComQIPtr<IRecordset>(m_ptrCompany->GetBusinessObject(qx::kRecordset));
 }
 
+// Remove keeps failures in, unlike the release of the member.
 CQXPersistentBase::~CQXPersistentBase() { CConditions::Remove(m_ptrConditions); }
 
 void CQXPersistentBase::TakeKeyFieldsOf(const CQXPersistentBase& other) {
@@ -76,6 +77,7 @@ qx_ptr<CConditions> CQXPersistentBase::BuildConditionsFromValues(
   return conditions;
 }
 
+// A value in a condition always has a decimal point, unlike the value of a row in AddKeyCondition.
 void CQXPersistentBase::AddValueCondition(CConditions& conditions, const CComBSTR& name,
                                           CComVariant value, HvConditionOperation operation) const {
   CCondition* const condition = AddCondition(conditions, name, operation);
@@ -118,6 +120,8 @@ void CQXPersistentBase::CopyConditionValues(CQXPersistentBase* object,
   }
 }
 
+// A field list with a correlation name gives each column the alias "T0.Code"; "*" and fields
+// without a correlation name keep the plain name.
 CComBSTR CQXPersistentBase::KeyColumnName(std::u16string_view key) const {
   if (m_bstrCorrelationName.IsEmpty() || m_vecFields.empty()) return CComBSTR(key);
   return qx::joined({m_bstrCorrelationName.View(), u".", key});
@@ -140,11 +144,12 @@ void CQXPersistentBase::FillExceptionFromCompany(CQXPersistenceException& except
     if (code != 0) exception.SetErrorCode(code);
     if (!text.IsEmpty()) exception.SetErrorString(text);
   } catch (const _com_error&) {
-    // A company that cannot tell leaves the exception as it is.
+    // The failed statement is the failure to report, not the failed question about it.
   }
 }
 
 long CQXPersistentBase::Query(const CComBSTR& text) {
+  // Before the query: after a failed one the names of the last row are of no use either.
   ++m_lStatementNumber;
   return m_ptrRecordSet->DoQuery(text);
 }

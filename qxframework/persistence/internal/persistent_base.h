@@ -1,10 +1,13 @@
 #pragma once
 
-// What one row and a set of rows have in common: the table they address, through whose company, and
-// every piece of SQL that is the same for both. The pieces that engines disagree on are virtual.
+// The common base of a row and a set of rows: their table and company, and the pieces of SQL that
+// are the same for both. The pieces that differ from dialect to dialect are virtual.
 //
-// Values are always written into the statement's text, never bound. A statement's text can be had
-// without a company; only running it needs one.
+// Values are always written into a statement's text, never bound. Writing a statement needs no
+// company; running it does.
+//
+// persistent_base.cc has settings, conditions, running and failures; persistent_base_sql.cc writes
+// the pieces of SQL. persistent_object and persistent_collection are divided in the same way.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_error.h"
@@ -36,11 +39,11 @@ struct TyFieldValues;
 /// Names that the caller keeps alive.
 using FieldNames = std::vector<const OLECHAR*>;
 
-/// All refusals are a CQXPersistenceException of code -1. A failure of the company's objects is a
-/// _com_error unless an operation says otherwise.
+/// An operation that refuses throws CQXPersistenceException with code -1. A failure of the
+/// company's objects is a _com_error unless an operation says otherwise.
 class CQXPersistentBase {
  public:
-  /// With no company: texts only.
+  /// Without a company: for texts of statements only.
   CQXPersistentBase();
   /// Gets a record set of its own from the company.
   explicit CQXPersistentBase(CComPtr<ICompany> company);
@@ -48,48 +51,49 @@ class CQXPersistentBase {
   CQXPersistentBase& operator=(const CQXPersistentBase&) = delete;
   virtual ~CQXPersistentBase();
 
-  /// The literal of a text. Every text passes through here on its way into a statement.
+  /// Returns the literal of a text.
   virtual CComBSTR GetSQLString(CComBSTR text) const;
   virtual CComBSTR GetSQLTableName(const OLECHAR* name) const = 0;
-  /// Replaces a date, or the text of one, by its literal.
+  /// Replaces a date, or the text of a date, by its literal.
   virtual void GetSQLDate(CComVariant& value) const;
-  /// A join's constant is replaced by its literal, so that writing a join again quotes it again.
+  /// Appends the joins. Replaces a join's constant by its literal, so a second call quotes it
+  /// again.
   virtual void AppendJoins(CComBSTR& target);
   virtual void AppendJoinConditions(CComBSTR& target, CQXLinkTableCriteria& link);
-  /// The fields behind what the target has; all columns if there are none. A list that equals the
-  /// object's own gets no comma in front.
+  /// Appends the fields, or "*" for an empty list. A comma precedes the first field unless the list
+  /// equals the object's own field list.
   virtual void AppendFieldList(CComBSTR& target, const FieldNames& fields,
                                const OLECHAR* correlation) const;
   virtual CComBSTR GetSQLColumnName(CComBSTR name) const;
-  /// The form in which a date of a row is put into a condition.
+  /// Returns the text of a row's date for a condition.
   virtual CComBSTR GetDateString(CQXDateTime date) const;
   virtual CComBSTR GetSQLAlias(CComBSTR name) const;
 
-  /// The operator with a blank on either side.
+  /// Return the operator or the word with a blank on either side.
   static const OLECHAR* GetOperationString(HvConditionOperation operation);
   static const OLECHAR* GetRelationshipString(HvConditionRelationship relationship);
-  /// The literal of a value. A date or a text is replaced by it in `value` too. VT_NULL, a number
-  /// that is not finite and whatever else has no text is refused: "A value of type 1 has no text
-  /// form".
+  /// Returns the literal of a value. A date or a text is also replaced by it in `value`. Refuses
+  /// VT_NULL, a number that is not finite, and other values without a text: "A value of type 1 has
+  /// no text form".
   CComBSTR GetSQLValue(CComVariant& value) const;
   void BuildSelectFieldList(CComBSTR& target) const;
-  /// The WHERE of a DELETE; null conditions count as none.
+  /// Appends the WHERE of a DELETE; null conditions count as none.
   void BuildRemoveWhereClause(CComBSTR& target, const qx_ptr<CConditions>& conditions) const;
-  /// One condition for each value: by the operation at its position, EQUAL if `operations` is
-  /// empty. With `check` the names must be the key fields in their order. A value is refused as by
-  /// GetSQLValue.
+  /// Returns one condition for each value with the operation at the same position, EQUAL if
+  /// `operations` is empty. With `check` the names must be the key fields in their order. Refuses
+  /// values as GetSQLValue does.
   qx_ptr<CConditions> BuildConditionsFromValues(const TyFieldValues& values,
                                                 const std::vector<HvConditionOperation>& operations,
                                                 bool check) const;
-  /// Gives the conditions of `object` the values of `given`, whose columns must be the same.
-  /// Raises std::out_of_range when `given` has fewer.
+  /// Copies the values of `given` into the conditions of `object`; the columns must be the same.
+  /// Throws std::out_of_range if `given` has fewer conditions.
   static void CopyConditionValues(CQXPersistentBase* object, const qx_ptr<CConditions>& given);
-  /// Takes the columns of the conditions as key fields. The names live until the next call.
+  /// Makes the columns of the conditions the key fields. The names are valid until the next call.
   void FillKeyFieldsFromConditions();
-  /// Puts the company's last error into the exception, as far as the company has one.
+  /// Copies the company's last error into the exception, if the company has one.
   void FillExceptionFromCompany(CQXPersistenceException& exception) const;
 
-  /// Keeps a copy; null for none.
+  /// Stores a copy; null for no conditions.
   void SetConditions(qx_ptr<CConditions> conditions);
   qx_ptr<CConditions> GetConditions() const { return m_ptrConditions; }
   CComPtr<ICompany> GetCompany() const { return m_ptrCompany; }
@@ -100,7 +104,7 @@ class CQXPersistentBase {
   void SetCorrelationName(const OLECHAR* name) { m_bstrCorrelationName = name; }
   const FieldNames& GetKeyFields() const { return m_vecKeyFields; }
   void SetKeyFields(const FieldNames& fields) { m_vecKeyFields = fields; }
-  /// Takes the key fields of another, and with them a share in the conditions that have the names.
+  /// Copies the key fields of another object and shares the conditions that own their names.
   void TakeKeyFieldsOf(const CQXPersistentBase& other);
   const FieldNames& GetFields() const { return m_vecFields; }
   void SetFields(const FieldNames& fields) { m_vecFields = fields; }
@@ -124,48 +128,50 @@ class CQXPersistentBase {
   /// names; if it is null, " AS" and GetSQLAlias of both names follow.
   void AppendField(CComBSTR& target, std::u16string_view correlation, std::u16string_view field,
                    const qx::Enclosure* alias) const;
-  /// The correlation name and a point; nothing without one.
+  /// Appends the correlation name and a point; nothing if there is no correlation name.
   void AppendCorrelation(CComBSTR& target) const;
-  /// How a WHERE has its conditions.
+  /// The form of the conditions in a WHERE.
   struct WhereForm {
-    bool withCorrelation = false;  ///< in front of the columns
+    bool withCorrelation = false;  ///< before each column
     bool withBrackets = false;
   };
-  /// The conditions of a WHERE of all but a DELETE. Refuses those that compare two columns.
+  /// Appends the conditions of a WHERE, except that of a DELETE. Refuses a comparison of two
+  /// columns.
   void AppendComparisons(CComBSTR& target, WhereForm form) const;
 
-  /// The table as a statement names it, in a SELECT with its correlation name.
+  /// Return the table as statements name it; a SELECT adds its correlation name.
   CComBSTR TableText() const;
   CComBSTR SelectTableText() const;
-  /// A SELECT up to its WHERE clause, which may begin with a blank as the joins may.
+  /// Returns a SELECT up to the end of its WHERE clause.
   static CComBSTR AssembleSelect(std::u16string_view limit, const CComBSTR& fields,
                                  const CComBSTR& table, const CComBSTR& joins,
                                  const CComBSTR& where);
   CComBSTR DeleteText(const qx_ptr<CConditions>& conditions) const;
 
-  /// The name under which a key field stands in the record set and in the row.
+  /// Returns the name that a key field has in the record set and in the row.
   CComBSTR KeyColumnName(std::u16string_view key) const;
   static CCondition* AddCondition(CConditions& conditions, const OLECHAR* column,
                                   HvConditionOperation operation);
-  /// Adds an EQUAL condition with the value as text by the user's locale. `kind` is what the value
-  /// was before a date became a text.
+  /// Adds an EQUAL condition with the value as a text in the user's locale. `kind` is the type that
+  /// the value had before a date became a text.
   static void AddKeyCondition(CConditions& conditions, const OLECHAR* column, VARTYPE kind,
                               const CComVariant& value);
 
-  /// The scope of a dialect's operation in the log: "CQXPersistentObjectDB2::Add".
+  /// Returns the scope of a dialect's operation in the log: "CQXPersistentObjectDB2::Add".
   static _bstr_t ScopeName(std::u16string_view className, std::u16string_view dialect,
                            std::u16string_view operation);
-  /// Logs the text and runs it; a _com_error becomes the exception of Fail.
+  /// Logs the text and runs it. Throws the exception of Fail for a _com_error.
   void RunText(CReturnValue<long>& hr, const CComBSTR& text, const OLECHAR* failure,
                const CComBSTR& table);
-  /// Runs a statement on the record set: all of them come through here. The host's result.
+  /// Runs a statement on the record set and returns the host's result. All statements pass through
+  /// here, so that they are counted.
   long Query(const CComBSTR& text);
-  /// Of the last statement, from 1.
+  /// Returns the number of the last statement, from 1.
   long GetStatementNumber() const { return m_lStatementNumber; }
-  /// Logs `failure`, which takes the table, and raises what the company has to say.
+  /// Logs `failure`, a format for the table, and throws the company's last error.
   [[noreturn]] void Fail(CReturnValue<long>& hr, const _com_error& error, const OLECHAR* failure,
                          const CComBSTR& table) const;
-  /// Adds each column of the current row.
+  /// Adds the columns of the current row to the values.
   static void ReadFields(IFields* fields, TyFieldValues& values);
 
   bool m_bNationalStrings = true;
@@ -187,15 +193,15 @@ class CQXPersistentBase {
   void AppendRemoveCondition(CComBSTR& target, const CCondition& condition) const;
   void AppendComparison(CComBSTR& target, const CCondition& condition, WhereForm form) const;
   void AppendConditionValue(CComBSTR& target, const CCondition& condition) const;
-  /// The value of a condition as the literal of a date, and as that of a text.
+  /// Return the value of a condition as the literal of a date, and as that of a text.
   CComBSTR DateLiteral(const CCondition& condition) const;
   CComBSTR TextLiteral(const CCondition& condition) const;
   void AddValueCondition(CConditions& conditions, const CComBSTR& name, CComVariant value,
                          HvConditionOperation operation) const;
 
   long m_lStatementNumber = 0;
-  // The conditions that key fields were last taken from. They are kept even when other key fields
-  // are set, since these may be the same names.
+  // The conditions that own the names of the key fields. They are kept when other key fields are
+  // set, because those may point to the same names.
   qx_ptr<CConditions> m_ptrKeyNames;
 };
 

@@ -1,4 +1,4 @@
-// The pieces of SQL that one row and many have in common.
+// The pieces of SQL that a row and a set of rows have in common.
 
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/persistence/internal/persistent_base.h"
@@ -28,7 +28,7 @@ std::u16string_view joinWord(etTABLE_JOIN_MODE mode) {
     case jm_FullOuter:
       return u" FULL OUTER";
   }
-  return {};
+  return {};  // a number from outside of the enumeration: only the word JOIN follows
 }
 
 }  // namespace
@@ -73,6 +73,7 @@ const OLECHAR* CQXPersistentBase::GetRelationshipString(HvConditionRelationship 
   return relationship == cr_Or ? u" OR " : u" AND ";
 }
 
+// A number is written by the English locale: SQL has a decimal point wherever the user is.
 CComBSTR CQXPersistentBase::GetSQLValue(CComVariant& value) const {
   if (value.vt == VT_DATE) {
     GetSQLDate(value);
@@ -99,11 +100,13 @@ void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
                                      const OLECHAR* correlation, const qx::Enclosure* alias) const {
   const std::u16string_view of = qx::viewOf(correlation);
   if (fields.empty()) {
+    // Here the comma depends on the target's text, with fields on their list.
     if (!target.IsEmpty()) target += u",";
     if (!of.empty()) (target += of) += u".";
     target += u"*";
     return;
   }
+  // Decided by content: the list of a join that equals the table's own list lacks its comma.
   const bool isOwnList = qx::sameNames(fields, m_vecFields);
   for (std::size_t i = 0; i < fields.size(); ++i) {
     if (i > 0 || !isOwnList) target += u",";
@@ -134,6 +137,7 @@ void CQXPersistentBase::AppendJoins(CComBSTR& target) {
   for (CQXLinkTableCriteria& link : m_vecLinkTables) {
     target += joinWord(link.GetJoinMode());
     target += u" JOIN ";
+    // A host's table is bare here in every dialect, unlike the master table.
     target += link.IsUserTable() ? GetSQLTableName(link.GetTableName()).View()
                                  : link.GetTableName().View();
     target += u" ";
@@ -163,12 +167,15 @@ void CQXPersistentBase::AppendLinkField(CComBSTR& target, const CQXLinkTableCrit
   target += u".";
   target += GetSQLColumnName(field.GetDestField()).View();
   if (!isConstant) return;
+  // The operator has blanks of its own, so there are two on either side.
   target += u" ";
   target += GetOperationString(field.GetOperation());
   target += u" ";
-  target += GetSQLValue(field.GetDestValue()).View();
+  target += GetSQLValue(field.GetDestValue()).View();  // replaces the constant by its literal
 }
 
+// Stricter than the other WHERE clauses, and different in its text: the opening brackets precede
+// the AND or OR, there is no correlation name, and a number becomes a quoted text.
 void CQXPersistentBase::BuildRemoveWhereClause(CComBSTR& target,
                                                const qx_ptr<CConditions>& conditions) const {
   target += u" WHERE ";
@@ -206,6 +213,7 @@ void CQXPersistentBase::AppendComparisons(CComBSTR& target, WhereForm form) cons
 
 void CQXPersistentBase::AppendComparison(CComBSTR& target, const CCondition& condition,
                                          WhereForm form) const {
+  // Only -1 counts; a DELETE refuses every value but 0.
   if (condition.GetCompareFields() == VARIANT_TRUE)
     throw CQXPersistenceException(u"Comparing of fields is not implemented");
   if (form.withBrackets) appendBrackets(target, u"(", condition.GetBracketOpenNum());
@@ -228,6 +236,7 @@ void CQXPersistentBase::AppendConditionValue(CComBSTR& target, const CCondition&
 }
 
 CComBSTR CQXPersistentBase::DateLiteral(const CCondition& condition) const {
+  // The value is a text, in the form that GetDateString or GetSQLDate has given it.
   CComVariant date(qx::viewOfBstr(condition.GetCondVal()));
   GetSQLDate(date);
   return CComBSTR(qx::viewOfBstr(date.bstrVal));
@@ -257,6 +266,8 @@ CComBSTR CQXPersistentBase::SelectTableText() const {
 CComBSTR CQXPersistentBase::AssembleSelect(std::u16string_view limit, const CComBSTR& fields,
                                            const CComBSTR& table, const CComBSTR& joins,
                                            const CComBSTR& where) {
+  // The joins and the WHERE begin with a blank of their own, so several blanks may follow the
+  // table.
   return qx::joined({u"SELECT ", limit, fields.View(), u" FROM ", table.View(), u" ", joins.View(),
                      u" ", where.View()});
 }

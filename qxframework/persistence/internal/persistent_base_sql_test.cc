@@ -1,8 +1,8 @@
-// The pieces of SQL that one row and many have in common.
+// The pieces of SQL that a row and a set of rows have in common.
 
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/persistence/internal/persistent_base_fixture.h"
-#include "qxframework/persistence/testing/condition_access.h"
+#include "qxframework/query/testing/condition_access.h"
 #include "qxframework/query/testing/query_parts.h"
 
 #include <cmath>
@@ -22,7 +22,7 @@ CQXLinkTableCriteria linkOnCode(const OLECHAR* table, const OLECHAR* correlation
   return made;
 }
 
-TEST(SqlString, IsNationalUnlessToldOtherwise) {
+TEST(SqlString, IsNationalByDefault) {
   Plain base;
   EXPECT_EQ(utf8(base.GetSQLString(u"O'Brien")), "N'O''Brien'");
   EXPECT_EQ(utf8(base.GetSQLString(CComBSTR())), "N''");
@@ -30,7 +30,7 @@ TEST(SqlString, IsNationalUnlessToldOtherwise) {
   EXPECT_EQ(utf8(base.GetSQLString(u"O'Brien")), "'O''Brien'");
 }
 
-TEST(SqlPieces, OfTheBaseTakeDatesForTexts) {
+TEST(SqlPieces, OfTheBaseWriteDatesAsTexts) {
   const Plain base;
   CComVariant date = someDate();
   base.GetSQLDate(date);
@@ -78,7 +78,7 @@ TEST(SqlValue, ChangesATextAndADateInPlace) {
   EXPECT_EQ(utf8(date), "N'20240131'");
 }
 
-TEST(SqlValue, LeavesANumberAsItIs) {
+TEST(SqlValue, LeavesANumberUnchanged) {
   const Plain base;
   CComVariant number(12.5);
   EXPECT_EQ(utf8(base.GetSQLValue(number)), "12.5");
@@ -93,7 +93,7 @@ TEST(SqlValue, WritesNumbersWithAPoint) {
   EXPECT_EQ(base.value(42), "42");
 }
 
-TEST(SqlValue, RefusesWhatHasNoText) {
+TEST(SqlValue, RefusesAValueWithoutAText) {
   const Plain base;
   CComVariant null;
   null.vt = VT_NULL;
@@ -115,7 +115,7 @@ TEST(SqlValue, KeepsEveryUnitOfALongText) {
   EXPECT_EQ(qx::viewOfBstr(value.bstrVal), expected);
 }
 
-TEST(FieldList, WithoutJoinsIsAStarWhereNothingIsSet) {
+TEST(FieldList, WithoutJoinsAndFieldsIsAStar) {
   Plain base;
   EXPECT_EQ(base.selectFields(), "*");
   base.SetCorrelationName(u"");
@@ -142,7 +142,7 @@ TEST(FieldList, OfJoinsNamesTheFieldsOfEachTable) {
   EXPECT_EQ(base.selectFields(), "T0.Code AS'T0.Code',T0.U_A AS'T0.U_A',T1.U_B AS'T1.U_B',T2.*");
 }
 
-TEST(FieldList, OfAJoinThatEqualsTheMastersLosesItsComma) {
+TEST(FieldList, OfAJoinThatEqualsTheMastersHasNoComma) {
   Plain base;
   base.SetCorrelationName(u"T0");
   const std::u16string code = u"Code", sameCode = u"Code";
@@ -154,7 +154,7 @@ TEST(FieldList, OfAJoinThatEqualsTheMastersLosesItsComma) {
             "T0.Code AS'T0.Code',T0.U_A AS'T0.U_A'T1.Code AS'T1.Code',T1.U_A AS'T1.U_A'");
 }
 
-TEST(FieldList, OfAJoinWithAllColumnsHasItsCommaBehindText) {
+TEST(FieldList, OfAJoinWithAllColumnsHasACommaAfterText) {
   Plain base;
   base.SetCorrelationName(u"T0");
   base.AddLinkTable(link(u"B", u"T1"));
@@ -204,7 +204,7 @@ TEST(Joins, PutTwoBlanksAroundTheOperatorOfAConstant) {
             " INNER JOIN B T1 ON T0.Code = T1.U_Code AND T1.U_N  >=  7 AND T1.U_S  LIKE  N'it''s'");
 }
 
-TEST(Joins, WrittenASecondTimeQuoteTheirTextsAgain) {
+TEST(Joins, QuoteTheirTextsAgainWhenWrittenTwice) {
   Plain base;
   base.SetCorrelationName(u"T0");
   CQXLinkTableCriteria made = link(u"B", u"T1");
@@ -214,7 +214,7 @@ TEST(Joins, WrittenASecondTimeQuoteTheirTextsAgain) {
   EXPECT_EQ(base.joins(), " INNER JOIN B T1 ON T1.U_S  =  N'N''x'''");
 }
 
-TEST(Joins, WithoutCriteriaEndBehindOn) {
+TEST(Joins, WithoutCriteriaEndAfterOn) {
   Plain base;
   base.AddLinkTable(link(u"B", u"T1"));
   EXPECT_EQ(base.joins(), " INNER JOIN B T1 ON ");
@@ -226,7 +226,7 @@ TEST(RemoveWhere, WritesConditionsWithoutACorrelationName) {
   EXPECT_EQ(base.removeWhere(codeIs(u"O'Brien")), " WHERE Code = N'O''Brien'");
 }
 
-TEST(RemoveWhere, PutsBracketsInFrontOfTheRelationship) {
+TEST(RemoveWhere, WritesBracketsBeforeTheRelationship) {
   EXPECT_EQ(Plain().removeWhere(
                 conditions({{u"A", co_Equal, u"1", u"", cr_And, 1, 0},
                             {u"B", co_Equal, u"2", u"", cr_Or, 2, 1},
@@ -272,7 +272,7 @@ TEST(RemoveWhere, TestsTheOperationFirst) {
             "-1: Only EQUAL is allowed as operation in the conditions");
 }
 
-TEST(RemoveWhere, OfNoConditionsHasNothingBehind) {
+TEST(RemoveWhere, WithoutConditionsEndsAfterWhere) {
   EXPECT_EQ(Plain().removeWhere(CConditions::CreateNewInstance()), " WHERE ");
   EXPECT_EQ(Plain().removeWhere({}), " WHERE ");
 }

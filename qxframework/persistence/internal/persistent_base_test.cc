@@ -38,14 +38,14 @@ TEST(PersistentBase, GetsARecordSetOfItsOwnFromTheCompany) {
   EXPECT_EQ(one.GetCompany().p, company.p);
 }
 
-TEST(PersistentBase, ACompanyThatGivesNoRecordSetIsAnError) {
+TEST(PersistentBase, ACompanyWithoutARecordSetIsAnError) {
   const auto company = makeScriptedCompany();
   company->results["GetBusinessObject"] = E_ACCESSDENIED;
   EXPECT_THROW(Plain{CComPtr<ICompany>(company)}, _com_error);
   EXPECT_THROW(Plain{CComPtr<ICompany>()}, _com_error);
 }
 
-TEST(PersistentBase, KeepsWhatIsSet) {
+TEST(PersistentBase, ReturnsWhatWasSet) {
   Plain base;
   base.SetMasterTable(u"@T");
   base.SetCorrelationName(u"T0");
@@ -77,14 +77,14 @@ TEST(PersistentBase, KeepsACopyOfConditions) {
   EXPECT_EQ(shown(base.GetConditions()), "null");
 }
 
-TEST(PersistentBase, ConditionsOfItsOwnCanBeSetAgain) {
+TEST(PersistentBase, AcceptsItsOwnConditions) {
   Plain base;
   base.SetConditions(codeIs(u"A"));
   base.SetConditions(base.GetConditions());
   EXPECT_EQ(shown(base.GetConditions()), "Code|1|98|VT_BSTR|A");
 }
 
-TEST(PersistentBase, KeyFieldsOfConditionsOutliveThem) {
+TEST(PersistentBase, KeyFieldsStayValidAfterTheirConditions) {
   Plain base;
   base.SetKeyFields({u"Before"});
   base.SetConditions(conditions({{u"Code", co_Equal, u"A"}, {u"U_Line", co_Less, u"3"}}));
@@ -95,7 +95,7 @@ TEST(PersistentBase, KeyFieldsOfConditionsOutliveThem) {
   EXPECT_EQ(qx::viewOf(base.GetKeyFields()[1]), u"U_Line");
 }
 
-TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemWhenSetAgain) {
+TEST(PersistentBase, KeyFieldsSetAgainStayValidAfterTheirConditions) {
   Plain base;
   base.SetConditions(codeIs(u"A"));
   base.FillKeyFieldsFromConditions();
@@ -105,7 +105,7 @@ TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemWhenSetAgain) {
   EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
 }
 
-TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemAtWhoeverTookThem) {
+TEST(PersistentBase, CopiedKeyFieldsStayValidAfterTheirConditions) {
   Plain taker;
   {
     Plain base;
@@ -117,7 +117,7 @@ TEST(PersistentBase, KeyFieldsOfConditionsOutliveThemAtWhoeverTookThem) {
   EXPECT_EQ(qx::viewOf(taker.GetKeyFields()[0]), u"Code");
 }
 
-TEST(PersistentBase, KeyFieldsTakenFromOneThatIsGivenThemOutliveTheOnesOfBefore) {
+TEST(PersistentBase, KeyFieldsCopiedFromPlainNamesKeepTheFormerValid) {
   Plain base;
   base.SetConditions(codeIs(u"A"));
   base.FillKeyFieldsFromConditions();
@@ -128,14 +128,14 @@ TEST(PersistentBase, KeyFieldsTakenFromOneThatIsGivenThemOutliveTheOnesOfBefore)
   EXPECT_EQ(qx::viewOf(base.GetKeyFields()[0]), u"Code");
 }
 
-TEST(PersistentBase, WithoutConditionsThereAreNoKeyFieldsToFill) {
+TEST(PersistentBase, WithoutConditionsKeyFieldsAreEmpty) {
   Plain base;
   base.SetKeyFields({u"Before"});
   base.FillKeyFieldsFromConditions();
   EXPECT_TRUE(base.GetKeyFields().empty());
 }
 
-TEST(ConditionsFromValues, TagValuesByTheirKind) {
+TEST(ConditionsFromValues, TagValuesByTheirType) {
   const Plain base;
   EXPECT_EQ(
       shown(base.BuildConditionsFromValues(
@@ -159,7 +159,7 @@ TEST(ConditionsFromValues, RefuseTooFewOperations) {
             "-1: Operations count is less than the count of key fields");
 }
 
-TEST(ConditionsFromValues, RefuseNamesThatAreNotTheKeyIfAskedTo) {
+TEST(ConditionsFromValues, RefuseNamesOtherThanTheKeyIfChecked) {
   Plain base;
   base.SetKeyFields({u"Code", u"Line"});
   const std::string refusal =
@@ -175,11 +175,11 @@ TEST(ConditionsFromValues, RefuseNamesThatAreNotTheKeyIfAskedTo) {
             "X|1|98|VT_BSTR|1");
 }
 
-TEST(ConditionsFromValues, OfNoValuesAreNone) {
+TEST(ConditionsFromValues, AreEmptyWithoutValues) {
   EXPECT_EQ(shown(Plain().BuildConditionsFromValues({}, {}, true)), "");
 }
 
-TEST(CopiedConditions, BringTheirValuesAndTags) {
+TEST(CopiedConditions, CopyValuesAndTags) {
   Plain object;
   object.SetConditions(conditions({{u"Code", co_Less, u"A", u"", cr_Or, 1, 1}}));
   CQXPersistentBase::CopyConditionValues(
@@ -188,7 +188,7 @@ TEST(CopiedConditions, BringTheirValuesAndTags) {
   EXPECT_EQ(object.GetConditions()->Item(0L)->GetBracketOpenNum(), 1);
 }
 
-TEST(CopiedConditions, MayNotBeMoreThanTheObjectHas) {
+TEST(CopiedConditions, AreRefusedIfThereAreMoreThanTheObjectHas) {
   Plain object;
   EXPECT_EQ(refusalOf([&] { CQXPersistentBase::CopyConditionValues(&object, codeIs(u"B")); }),
             "-1: More conditions than key fields");
@@ -200,7 +200,7 @@ TEST(CopiedConditions, MayNotBeMoreThanTheObjectHas) {
             "-1: More conditions than key fields");
 }
 
-TEST(CopiedConditions, MustBeOfTheSameColumns) {
+TEST(CopiedConditions, AreRefusedForOtherColumns) {
   Plain object;
   object.SetConditions(codeIs(u"A"));
   EXPECT_EQ(
@@ -210,7 +210,7 @@ TEST(CopiedConditions, MustBeOfTheSameColumns) {
       "-1: Field mismatch - field Code expected, code received");
 }
 
-TEST(CopiedConditions, ThatAreFewerAreAFailureOfTheList) {
+TEST(CopiedConditions, ThrowOutOfRangeIfThereAreFewer) {
   Plain object;
   object.SetConditions(codeIs(u"A"));
   EXPECT_THROW(CQXPersistentBase::CopyConditionValues(&object, CConditions::CreateNewInstance()),
@@ -218,7 +218,7 @@ TEST(CopiedConditions, ThatAreFewerAreAFailureOfTheList) {
   EXPECT_THROW(CQXPersistentBase::CopyConditionValues(&object, {}), std::out_of_range);
 }
 
-TEST(ExceptionFromCompany, TakesWhatTheCompanyHas) {
+TEST(ExceptionFromCompany, HasTheCompanysLastError) {
   const auto filled = [](long code, std::u16string text, HRESULT result = S_OK) {
     const auto company = makeScriptedCompany();
     company->errorCode = code;
@@ -237,7 +237,7 @@ TEST(ExceptionFromCompany, TakesWhatTheCompanyHas) {
   EXPECT_EQ(filled(-10, u"lost", E_FAIL), "-1: Unknown error");
 }
 
-TEST(ExceptionFromCompany, WithoutACompanyStaysAsItIs) {
+TEST(ExceptionFromCompany, WithoutACompanyIsUnchanged) {
   CQXPersistenceException exception(u"mine");
   Plain().FillExceptionFromCompany(exception);
   EXPECT_EQ(qx::viewOf(exception.GetErrorString()), u"mine");

@@ -14,7 +14,7 @@ namespace {
 
 constexpr long kNoRow = 1;
 
-// The scopes of the steps. Their lengths are known here, and not counted again with each step.
+// The scopes of the steps. As views their lengths are known, and not counted with each step.
 constexpr std::u16string_view kFirst = u"CQXPersistentCollection::First";
 constexpr std::u16string_view kLast = u"CQXPersistentCollection::Last";
 constexpr std::u16string_view kNext = u"CQXPersistentCollection::Next";
@@ -24,7 +24,7 @@ constexpr std::u16string_view kPrevious = u"CQXPersistentCollection::Previous";
 
 struct CQXPersistentCollection::SoughtColumn {
   const CCondition* condition;
-  CComVariant column;  // the name under which the record set has it
+  CComVariant column;  // its name in the record set
 };
 
 long CQXPersistentCollection::Step(std::u16string_view scope,
@@ -71,14 +71,16 @@ long CQXPersistentCollection::ToLast() {
 long CQXPersistentCollection::ToNext() {
   if (Eof()) return kNoRow;
   const long result = m_ptrRecordSet->MoveNext();
+  // The host moves after the last row with success.
   return result == 0 && Eof() ? kNoRow : result;
 }
 
-// Unlike the step forward, it does not look whether there is still a row.
+// Unlike the step forward, it does not check that there still is a row.
 long CQXPersistentCollection::ToPrevious() {
   return Bof() ? kNoRow : m_ptrRecordSet->MovePrevious();
 }
 
+// Only a value with all 16 bits set is true.
 bool CQXPersistentCollection::Eof() const { return m_ptrRecordSet->GetEoF() == VARIANT_TRUE; }
 
 bool CQXPersistentCollection::Bof() const { return m_ptrRecordSet->GetBoF() == VARIANT_TRUE; }
@@ -91,6 +93,7 @@ void CQXPersistentCollection::Refresh() {
     if (m_bstrLastQuery.IsEmpty())
       throw CQXPersistenceException(
           u"Query string is empty - it may not have been saved with alst select");
+    // The stored text, whatever the settings are by now.
     scope.LogInfo(u"%s", static_cast<const CComBSTR&>(m_bstrLastQuery));
     Query(m_bstrLastQuery);
     return;
@@ -116,7 +119,7 @@ void CQXPersistentCollection::SetMaxRecordCount(long maximum) {
   if (count != -1 && count < 1)
     throw CQXPersistenceException(u"Maximum record count must be greater than zero");
   m_lMaxRecordCount = count;
-  m_bSelected = false;
+  m_bSelected = false;  // the one way to a new statement for a collection in use
 }
 
 void CQXPersistentCollection::CurrentRowToMap(TyFieldValues& values) const {
@@ -127,6 +130,7 @@ void CQXPersistentCollection::CurrentRowToMap(TyFieldValues& values) const {
 void CQXPersistentCollection::CurrentRowToMap(TyFieldValues& values, long& statement) const {
   const CComPtr<IFields> fields = m_ptrRecordSet->GetFields();
   const long count = fields->Count();
+  // The count as well, for a map that the caller has changed.
   if (statement != GetStatementNumber() || count != values.GetCount()) {
     CurrentRowToMap(values);
     statement = GetStatementNumber();
@@ -164,7 +168,7 @@ void CQXPersistentCollection::LoadObjectFromCurrentRow(CQXPersistentObject* obje
 void CQXPersistentCollection::CopySettingsToObject(CQXPersistentObject* object, bool useOwnFields,
                                                    bool skipConditions) const {
   object->SetMasterTable(m_bstrMasterTable);
-  object->TakeKeyFieldsOf(*this);
+  object->TakeKeyFieldsOf(*this);  // with the conditions that own the names
   object->SetFields(m_vecFields);
   object->SetUserTable(m_bUserTable);
   object->SetCorrelationName(m_bstrCorrelationName);
@@ -187,6 +191,7 @@ bool CQXPersistentCollection::Exists(qx_ptr<CConditions> conditions, CQXPersiste
 void CQXPersistentCollection::Update(qx_ptr<CConditions> conditions, CQXPersistentObject* object,
                                      const TyFieldValues& keyValues) {
   CopySettingsToObject(object, false, false);
+  // The key of the current row gives the columns, the given conditions the values.
   CopyConditionValues(object, conditions);
   object->Update(keyValues);
 }
@@ -223,8 +228,11 @@ bool CQXPersistentCollection::FindInRecordSetNoThrow(qx_ptr<CConditions> conditi
 void CQXPersistentCollection::FindInRecordSet(qx_ptr<CConditions> conditions,
                                               CQXPersistentObject* object) {
   CReturnValue<void> scope(u"CQXPersistentCollection::FindInRecordSet", 0, true);
+  // The number is that of the conditions, although the text speaks of records. This is the
+  // contract.
   scope.LogInfo(u"Notice the performance: trying to find in record set from %d records in table %s",
                 CountOf(conditions), static_cast<const CComBSTR&>(m_bstrMasterTable));
+  // Names are made once and not per row: the scan reads every row.
   const std::vector<SoughtColumn> sought = SoughtColumns(conditions);
   m_ptrRecordSet->MoveFirst();
   while (!Eof()) {
@@ -248,13 +256,14 @@ std::vector<CQXPersistentCollection::SoughtColumn> CQXPersistentCollection::Soug
 }
 
 bool CQXPersistentCollection::IsMatch(const std::vector<SoughtColumn>& sought) const {
-  if (sought.empty()) return false;
+  if (sought.empty()) return false;  // no condition matches no row, not every row
   const CComPtr<IFields> fields = m_ptrRecordSet->GetFields();
   for (const auto& [condition, column] : sought) {
     if (condition->GetOperation() != co_Equal)
       throw CQXPersistenceException(u"Only EQUAL is allowed as condition operator");
     CComVariant value = fields->Item(column)->GetValue();
     WriteDate(value);
+    // By the user's locale, unlike the values of conditions. See collection_proxy.h.
     if (value.vt != VT_BSTR && value.ChangeType(VT_BSTR) < 0) return false;
     if (qx::viewOf(value.bstrVal) != qx::viewOf(condition->GetCondVal())) return false;
   }

@@ -1,7 +1,7 @@
 #pragma once
 
-// The rows of one SELECT, with the host's record set as a cursor over them. Row work is handed to a
-// CQXPersistentObject. The class of an engine's dialect completes it (see dialect_classes.h).
+// The rows of one SELECT, with the host's record set as the cursor. A CQXPersistentObject does the
+// work on single rows. The class of a dialect completes it (see dialect_classes.h).
 
 #include "qxframework/persistence/internal/persistent_base.h"
 #include "qxframework/query/sort_field.h"
@@ -18,19 +18,19 @@ class CQXPersistentCollection : public CQXPersistentBase {
  public:
   using CQXPersistentBase::CQXPersistentBase;
 
-  /// Deletes rows without touching the cursor.
+  /// Deletes rows. The cursor and its rows do not change.
   virtual void Remove(qx_ptr<CConditions> conditions) = 0;
   virtual void BuildKeyFieldList(CComBSTR& target);
   virtual void BuildWhereClause(CComBSTR& target);
   virtual void Select() = 0;
 
-  /// 0 and the row in the object, or 1 if there is no row.
+  /// Move the cursor. Return 0 with the row in the object, or 1 if there is no row.
   long First(CQXPersistentObject* object);
   long Last(CQXPersistentObject* object);
   long Next(CQXPersistentObject* object);
-  /// In front of the first row it still tries to load one.
+  /// Before the first row it still tries to load a row.
   long Previous(CQXPersistentObject* object);
-  /// The same without reading the row.
+  /// Move the cursor without reading the row.
   long First();
   long Last();
   long Next();
@@ -38,21 +38,21 @@ class CQXPersistentCollection : public CQXPersistentBase {
   bool Eof() const;
   bool Bof() const;
   long GetRecordCount() const;
-  /// Runs the query, or the same text again once it has been run.
+  /// Runs the query; after the first time it repeats the same text.
   void Refresh();
 
   void CurrentRowToMap(TyFieldValues& values) const;
-  /// The same where the map and `statement` are as an earlier call left them, or empty and 0: as
-  /// long as no other statement was run, the names are not read again.
+  /// Does the same faster for row after row. Pass the map and `statement` of the last call, or an
+  /// empty map and 0: the names are not read again unless another statement has been run.
   void CurrentRowToMap(TyFieldValues& values, long& statement) const;
-  /// The key of the current row. A value that has no text form, such as VT_NULL, is refused as by
-  /// GetSQLValue; so it is wherever an object is loaded from the row or gets the row's key.
+  /// Returns the key of the current row. Refuses a value without a text form, such as VT_NULL, as
+  /// GetSQLValue does. All operations that give an object the key of the row do so, too.
   qx_ptr<CConditions> GetConditionsFromCurrentRow() const;
-  /// With keys only by a SELECT of its own, otherwise from the cursor. The SELECT is the one that
-  /// the object has run before, if it has: with keys only each row wants a fresh object.
+  /// Loads the row from the cursor, or with keys only by the object's own SELECT. An object that
+  /// has run a SELECT repeats it, so with keys only each row needs a new object.
   void LoadObjectFromCurrentRow(CQXPersistentObject* object);
-  /// All settings but the joins. The object's conditions are the key of its own values or of the
-  /// current row, or stay as they are with `skipConditions`.
+  /// Copies all settings except the joins. The object's conditions become the key of its own values
+  /// or of the current row; with `skipConditions` they do not change.
   void CopySettingsToObject(CQXPersistentObject* object, bool useOwnFields,
                             bool skipConditions) const;
 
@@ -62,16 +62,17 @@ class CQXPersistentCollection : public CQXPersistentBase {
               const TyFieldValues& keyValues);
   void Remove(qx_ptr<CConditions> conditions, CQXPersistentObject* object,
               const TyFieldValues& keyValues);
-  /// The row of a key, searched for in the cursor.
+  /// Loads the row of a key, searched as by FindInRecordSet.
   void GetByKey(qx_ptr<CConditions> conditions, CQXPersistentObject* object);
-  /// Scans the rows from the first one. The cursor stays on the row that is found, else behind the
-  /// last. A value that has no text form matches nothing.
+  /// Searches the rows from the first one. The cursor stays on the row that is found; if there is
+  /// none, it ends after the last row and the search throws. A value without a text form matches
+  /// nothing.
   void FindInRecordSet(qx_ptr<CConditions> conditions, CQXPersistentObject* object);
-  /// False for any std::exception.
+  /// Returns false for any std::exception of FindInRecordSet.
   bool FindInRecordSetNoThrow(qx_ptr<CConditions> conditions, CQXPersistentObject* object);
 
-  /// -1 for no limit. A new value makes the next Refresh write a new statement. The engines take 32
-  /// bits, so higher ones are dropped first.
+  /// Sets the limit on the rows, -1 for none. A new value makes the next Refresh write a new
+  /// statement. Only the low 32 bits count, because the servers take no more.
   void SetMaxRecordCount(long maximum);
   long GetMaxRecordCount() const { return m_lMaxRecordCount; }
   bool GetKeysOnly() const { return m_bKeysOnly; }
@@ -79,11 +80,11 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void SetSortFields(const CQXPersistenceSortFieldCollection& fields) { m_SortFields = fields; }
   const CQXPersistenceSortFieldCollection& GetSortFields() const { return m_SortFields; }
 
-  /// What Refresh does ahead of Select: refuses what cannot be selected from, and takes the key
-  /// fields from the conditions if there are none. It needs no company.
+  /// Checks the settings before Select, and takes the key fields from the conditions if there are
+  /// none. Needs no company.
   void PrepareSelect();
-  /// The statements that Select runs, in order. They need no company. The constants of joins are
-  /// quoted anew with each call.
+  /// Returns the statements that Select runs, in their order; no company is needed. The constants
+  /// of joins are quoted anew with each call.
   std::vector<CComBSTR> SelectTexts();
   CComBSTR RemoveText(const qx_ptr<CConditions>& conditions) const;
 
@@ -109,14 +110,14 @@ class CQXPersistentCollection : public CQXPersistentBase {
   std::u16string LimitText(const OLECHAR* format) const;
   void AppendOrder(CComBSTR& target) const;
   void RunStatements(CReturnValue<long>& hr, const Statements& statements);
-  /// The move in a scope of the log, and the row into the object unless that is null.
+  /// Moves the cursor in a scope of the log, and loads the row unless the object is null.
   long Step(std::u16string_view scope, long (CQXPersistentCollection::*move)(),
             CQXPersistentObject* object);
   long ToFirst();
   long ToLast();
   long ToNext();
   long ToPrevious();
-  /// A date as a text, in the form for conditions.
+  /// Replaces a date by its text for conditions.
   void WriteDate(CComVariant& value) const;
   struct SoughtColumn;
   std::vector<SoughtColumn> SoughtColumns(const qx_ptr<CConditions>& conditions) const;

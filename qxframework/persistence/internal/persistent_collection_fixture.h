@@ -46,8 +46,8 @@ class CollectionFixture : public testing::TestWithParam<DialectParam> {
   }
   std::vector<LogRecord> log() const { return {logger.records.begin(), logger.records.end()}; }
   std::string code() const { return utf8(object->GetFieldValues().GetValue(u"Code")); }
-  void setUpFailure(int behind = 0) {
-    company->failStatement = static_cast<int>(company->runs.size()) + 1 + behind;
+  void setUpFailure(int later = 0) {
+    company->failStatement = static_cast<int>(company->runs.size()) + 1 + later;
     company->errorCode = -2035;
     company->errorText = u"Not today";
   }

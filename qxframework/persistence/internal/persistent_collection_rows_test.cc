@@ -1,4 +1,4 @@
-// Row work of a collection: what it does through an object, and the search in the cursor.
+// A collection's operations on rows: those through an object, and the search.
 
 #include "qxframework/persistence/internal/persistent_collection_fixture.h"
 
@@ -32,7 +32,7 @@ TEST_P(CollectionRows, SettingsAreCopiedWithoutJoins) {
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|mine");
 }
 
-TEST_P(CollectionRows, SettingsBringTheConditionsOfTheRowOrOfTheObject) {
+TEST_P(CollectionRows, SettingsIncludeTheConditionsOfTheRowOrOfTheObject) {
   refresh();
   object->GetFieldValues() = values({{u"Code", u"own"}});
   collection->CopySettingsToObject(object.get(), true, false);
@@ -41,7 +41,7 @@ TEST_P(CollectionRows, SettingsBringTheConditionsOfTheRowOrOfTheObject) {
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|A");
 }
 
-TEST_P(CollectionRows, AnObjectKeepsTheKeyFieldsOfConditionsBeyondTheCollection) {
+TEST_P(CollectionRows, CopiedKeyFieldsStayValidAfterTheCollection) {
   collection->SetKeyFields({});
   collection->SetConditions(codeIs(u"A"));
   refresh();
@@ -51,7 +51,7 @@ TEST_P(CollectionRows, AnObjectKeepsTheKeyFieldsOfConditionsBeyondTheCollection)
   EXPECT_EQ(qx::viewOf(object->GetKeyFields()[0]), u"Code");
 }
 
-TEST_P(CollectionRows, AddRunsTheObjectsInsertByItsOwnKey) {
+TEST_P(CollectionRows, AddRunsTheObjectsInsert) {
   object->GetFieldValues() = values({{u"Code", u"own"}, {u"U_N", 3.5}});
   collection->Add(object.get());
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|own");
@@ -68,7 +68,7 @@ TEST_P(CollectionRows, ExistsRunsASelectByTheGivenConditions) {
   EXPECT_FALSE(collection->Exists(codeIs(u"X"), object.get()));
 }
 
-TEST_P(CollectionRows, UpdateGivesTheKeyOfTheRowTheGivenValues) {
+TEST_P(CollectionRows, UpdateReplacesTheKeyOfTheRowByTheGivenValues) {
   refresh();
   object->GetFieldValues() = values({{u"Code", u"A"}, {u"U_N", 3.5}});
   collection->Update(codeIs(u"Z"), object.get(), values({{u"Code", u"not read"}}));
@@ -78,7 +78,7 @@ TEST_P(CollectionRows, UpdateGivesTheKeyOfTheRowTheGivenValues) {
                                   : u"UPDATE OFPR  SET U_N = 3.5  WHERE Code = N'Z'"));
 }
 
-TEST_P(CollectionRows, RemoveOfAnObjectGoesByTheGivenValues) {
+TEST_P(CollectionRows, RemoveOfAnObjectComparesTheGivenValues) {
   refresh();
   collection->Remove(codeIs(u"Z"), object.get(), {});
   EXPECT_EQ(company->runs.back().recordset, 2);
@@ -87,7 +87,7 @@ TEST_P(CollectionRows, RemoveOfAnObjectGoesByTheGivenValues) {
                                         : u"DELETE FROM OFPR  WHERE Code = N'Z'"));
 }
 
-TEST_P(CollectionRows, RowWorkIsRefusedForOtherColumnsThanTheKey) {
+TEST_P(CollectionRows, RowOperationsRefuseOtherColumnsThanTheKey) {
   refresh();
   const auto other = conditions({{u"U_N", co_Equal, u"1"}});
   EXPECT_EQ(refusalOf([&] { collection->Update(other, object.get(), {}); }),
@@ -97,7 +97,7 @@ TEST_P(CollectionRows, RowWorkIsRefusedForOtherColumnsThanTheKey) {
   EXPECT_EQ(company->runs.size(), 1U);
 }
 
-TEST_P(CollectionRows, RowWorkNeedsACurrentRow) {
+TEST_P(CollectionRows, RowOperationsNeedACurrentRow) {
   company->otherwise.rows.clear();
   refresh();
   EXPECT_EQ(refusalOf([&] { collection->Update(codeIs(u"A"), object.get(), {}); }),
@@ -120,7 +120,7 @@ TEST_P(CollectionRows, FindStopsOnTheFirstMatchAndLoadsIt) {
                  u"OFPR"}}));
 }
 
-TEST_P(CollectionRows, FindComparesTextsInTheirCase) {
+TEST_P(CollectionRows, FindComparesTextsWithTheirCase) {
   refresh();
   EXPECT_EQ(refusalOf([&] { collection->FindInRecordSet(codeIs(u"b"), object.get()); }),
             "-1: No match found");
@@ -156,7 +156,7 @@ TEST_P(CollectionRows, FindAllowsEqualOnly) {
             "-1: Only EQUAL is allowed as condition operator");
 }
 
-TEST_P(CollectionRows, FindLooksAtALaterConditionOnlyWhereTheFormerAreEqual) {
+TEST_P(CollectionRows, FindChecksALaterConditionOnlyIfTheFormerMatch) {
   refresh();
   const auto list = conditions({{u"Code", co_Equal, u"Z"}, {u"U_N", co_Less, u"1"}});
   EXPECT_EQ(refusalOf([&] { collection->FindInRecordSet(list, object.get()); }),
@@ -174,7 +174,7 @@ TEST_P(CollectionRows, FindComparesADateInTheFormForConditions) {
   EXPECT_TRUE(collection->FindInRecordSetNoThrow(key, object.get()));
 }
 
-TEST_P(CollectionRows, FindPassesOverValuesWithoutText) {
+TEST_P(CollectionRows, FindSkipsValuesWithoutText) {
   CComVariant null;
   null.vt = VT_NULL;
   company->otherwise = {{u"Code"}, {{null}, {std::nan("")}, {u"B"}}};
@@ -183,14 +183,14 @@ TEST_P(CollectionRows, FindPassesOverValuesWithoutText) {
   EXPECT_FALSE(collection->FindInRecordSetNoThrow(codeIs(u""), object.get()));
 }
 
-TEST_P(CollectionRows, FindOfAColumnThatIsNotThereIsTheHostsError) {
+TEST_P(CollectionRows, FindThrowsTheHostsErrorForAMissingColumn) {
   refresh();
   EXPECT_THROW(
       collection->FindInRecordSetNoThrow(conditions({{u"X", co_Equal, u"1"}}), object.get()),
       _com_error);
 }
 
-TEST_P(CollectionRows, AMoveThatFailsWhileFindingIsTheHostsErrorEvenWithoutThrowing) {
+TEST_P(CollectionRows, AFailedMoveOfFindIsThrownEvenByTheNoThrowForm) {
   refresh();
   company->results["MoveNext"] = E_FAIL;
   EXPECT_THROW(collection->FindInRecordSet(codeIs(u"B"), object.get()), _com_error);
@@ -216,14 +216,14 @@ TEST_P(CollectionRows, GetByKeyFindsTheRow) {
   EXPECT_EQ(code(), "C");
 }
 
-TEST_P(CollectionRows, GetByKeyTakesTheBeginningOfAKey) {
+TEST_P(CollectionRows, GetByKeyAcceptsTheBeginningOfAKey) {
   collection->SetKeyFields({u"Code", u"U_N"});
   refresh();
   collection->GetByKey(codeIs(u"B"), object.get());
   EXPECT_EQ(code(), "B");
 }
 
-TEST_P(CollectionRows, GetByKeyRefusesWhatIsNotTheKey) {
+TEST_P(CollectionRows, GetByKeyRefusesOtherColumns) {
   refresh();
   EXPECT_EQ(refusalOf([&] {
               collection->GetByKey(

@@ -19,7 +19,7 @@ constexpr std::u16string_view kClass = u"CQXPersistentCollection";
 struct CQXPersistentCollection::Statements {
   CComBSTR before;
   CComBSTR select;
-  CComBSTR behind;
+  CComBSTR after;
 };
 
 CQXPersistentCollection::Statements CQXPersistentCollection::BuildStatements() {
@@ -28,7 +28,7 @@ CQXPersistentCollection::Statements CQXPersistentCollection::BuildStatements() {
   statements.select = BuildSelectText();
   if (m_lMaxRecordCount != -1 && limit.statementBefore != nullptr) {
     statements.before = LimitText(limit.statementBefore);
-    statements.behind = limit.statementAfter;
+    statements.after = limit.statementAfter;
   }
   return statements;
 }
@@ -67,7 +67,7 @@ std::vector<CComBSTR> CQXPersistentCollection::SelectTexts() {
   std::vector<CComBSTR> texts;
   if (statements.before.m_str != nullptr) texts.push_back(std::move(statements.before));
   texts.push_back(std::move(statements.select));
-  if (statements.behind.m_str != nullptr) texts.push_back(std::move(statements.behind));
+  if (statements.after.m_str != nullptr) texts.push_back(std::move(statements.after));
   return texts;
 }
 
@@ -86,12 +86,13 @@ void CQXPersistentCollection::RunSelect() {
 void CQXPersistentCollection::RunStatements(CReturnValue<long>& hr, const Statements& statements) {
   CComQIPtr<IRecordset> limiter;
   if (statements.before.m_str != nullptr)
+    // A record set of its own, since a query on the collection's would replace the rows.
     limiter = CComQIPtr<IRecordset>(m_ptrCompany->GetBusinessObject(qx::kRecordset));
   hr.LogInfo(u"%s", statements.select);
-  SetLastQuery(statements.select);
+  SetLastQuery(statements.select);  // before it runs: a failed query is kept, too
   if (statements.before.m_str != nullptr) hr = limiter->DoQuery(statements.before);
   hr = Query(statements.select);
-  if (statements.behind.m_str != nullptr) hr = limiter->DoQuery(statements.behind);
+  if (statements.after.m_str != nullptr) hr = limiter->DoQuery(statements.after);
 }
 
 void CQXPersistentCollection::BuildKeyFieldList(CComBSTR& target) { AppendKeys(target, nullptr); }

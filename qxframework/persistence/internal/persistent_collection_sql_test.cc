@@ -1,9 +1,9 @@
-// The statements of a set of rows, as each dialect writes them. None of these needs a company.
+// The statements of a set of rows in each dialect. No company is needed.
 
 #include "qxframework/persistence/internal/dialect_classes.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
-#include "qxframework/persistence/testing/condition_access.h"
+#include "qxframework/query/testing/condition_access.h"
 #include "qxframework/query/testing/query_parts.h"
 #include "qxframework/sql/testing/dialect_param.h"
 
@@ -29,7 +29,7 @@ class CollectionSql : public testing::TestWithParam<DialectParam> {
     for (const CComBSTR& text : collection->SelectTexts()) texts.push_back(utf8(text));
     return texts;
   }
-  /// The one statement of a SELECT without a limit.
+  /// Returns the only statement of a SELECT without a limit.
   void expectSelect(const PerDialect& texts) {
     EXPECT_THAT(select(), ElementsAre(texts.of(GetParam())));
   }
@@ -51,7 +51,7 @@ TEST_P(CollectionSql, KeysOnlySelectsTheKeysInTheirOrder) {
                 .kordb = R"(SELECT "Code" FROM "@T"     ORDER BY "Code")"});
 }
 
-TEST_P(CollectionSql, KeysOnlyNamesTheCorrelation) {
+TEST_P(CollectionSql, KeysOnlyUsesTheCorrelationName) {
   collection->SetKeyFields({u"Code", u"Line"});
   collection->SetCorrelationName(u"T0");
   expectSelect({.mssql = "SELECT T0.Code AS'T0.Code',T0.Line AS'T0.Line' FROM [@T] T0    "
@@ -76,7 +76,7 @@ TEST_P(CollectionSql, AllColumnsAreSelectedWithoutAFieldList) {
                 .kordb = R"(SELECT * FROM "@T"     ORDER BY "Code")"});
 }
 
-TEST_P(CollectionSql, TheWhereClauseHasBracketsBehindTheRelationship) {
+TEST_P(CollectionSql, TheWhereClauseHasBracketsAfterTheRelationship) {
   setAliased();
   collection->SetConditions(conditions({{u"Code", co_Like, u"A%", u"VT_BSTR", cr_Or, 1, 0},
                                         {u"U_N", co_Greater, u"3", u"VT_R8", cr_Or, 2, 1},
@@ -92,7 +92,7 @@ TEST_P(CollectionSql, TheWhereClauseHasBracketsBehindTheRelationship) {
                          R"( T0."U_D" < '20240131')) ORDER BY T0."Code")"});
 }
 
-TEST_P(CollectionSql, TheSortFieldsTakeThePlaceOfTheKey) {
+TEST_P(CollectionSql, SortFieldsReplaceTheKeyInTheOrder) {
   collection->SetCorrelationName(u"T0");
   collection->SetSortFields({CQXPersistenceSortField(u"U_A", so_Descending),
                              CQXPersistenceSortField(u"U_B"),
@@ -105,7 +105,7 @@ TEST_P(CollectionSql, TheSortFieldsTakeThePlaceOfTheKey) {
                          R"( ORDER BY T0."U_A" DESC,T0."U_B" ASC,T0."U_C" DESC)"});
 }
 
-TEST_P(CollectionSql, AHostTableStandsInItsForm) {
+TEST_P(CollectionSql, AHostTableHasItsForm) {
   collection->SetMasterTable(u"OFPR");
   expectSelect({.mssql = "SELECT Code FROM OFPR     ORDER BY Code",
                 .db2 = "SELECT Code FROM OFPR     ORDER BY Code  ",
@@ -147,7 +147,7 @@ TEST_P(CollectionSql, TenConditionsAndTwoJoins) {
            ten(R"(T0."U_A" = N'x')") + R"( ORDER BY T0."Code")"});
 }
 
-TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
+TEST_P(CollectionSql, ALimitHasThePlaceOfItsDialect) {
   collection->SetCorrelationName(u"T0");
   collection->SetMaxRecordCount(5);
   const std::string plain = "SELECT T0.Code AS'T0.Code' FROM [@T] T0     ORDER BY T0.Code";
@@ -162,7 +162,7 @@ TEST_P(CollectionSql, ALimitStandsWhereTheEngineWantsIt) {
        .kordb = R"(SELECT TOP 5 T0."Code" AS"T0.Code" FROM "@T" T0     ORDER BY T0."Code")"});
 }
 
-TEST_P(CollectionSql, ALimitIsWrittenWithItsLower32Bits) {
+TEST_P(CollectionSql, ALimitIsWrittenWithItsLow32Bits) {
   collection->SetMaxRecordCount((1L << 33) + 5);
   if (GetParam().name == "Sybase") {
     EXPECT_EQ(select().front(), "SET ROWCOUNT 5 ");
@@ -173,7 +173,7 @@ TEST_P(CollectionSql, ALimitIsWrittenWithItsLower32Bits) {
                 .kordb = R"(SELECT TOP 5 "Code" FROM "@T"     ORDER BY "Code")"});
 }
 
-TEST_P(CollectionSql, ALimitStandsInFrontOfAllColumns) {
+TEST_P(CollectionSql, ALimitPrecedesAllColumns) {
   collection->SetKeysOnly(false);
   collection->SetMaxRecordCount(1);
   const auto texts = select();
@@ -185,7 +185,7 @@ TEST_P(CollectionSql, ALimitStandsInFrontOfAllColumns) {
                  .of(GetParam())));
 }
 
-TEST_P(CollectionSql, AClearedLimitIsNone) {
+TEST_P(CollectionSql, AClearedLimitIsNotWritten) {
   collection->SetMaxRecordCount(5);
   collection->SetMaxRecordCount(-1);
   expectSelect({.mssql = "SELECT Code FROM [@T]     ORDER BY Code",
@@ -193,27 +193,27 @@ TEST_P(CollectionSql, AClearedLimitIsNone) {
                 .kordb = R"(SELECT "Code" FROM "@T"     ORDER BY "Code")"});
 }
 
-TEST_P(CollectionSql, NoConditionsHaveNothingBehindWhere) {
+TEST_P(CollectionSql, WithoutConditionsNothingFollowsWhere) {
   collection->SetConditions(CConditions::CreateNewInstance());
   expectSelect({.mssql = "SELECT Code FROM [@T]     WHERE  ORDER BY Code",
                 .db2 = "SELECT Code FROM @T     WHERE  ORDER BY Code  ",
                 .kordb = R"(SELECT "Code" FROM "@T"     WHERE  ORDER BY "Code")"});
 }
 
-TEST_P(CollectionSql, FieldsAreNotCompared) {
+TEST_P(CollectionSql, AComparisonOfFieldsIsRefused) {
   const auto list = codeIs(u"A");
   ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   collection->SetConditions(list);
   EXPECT_EQ(refusalOf([&] { select(); }), "-1: Comparing of fields is not implemented");
 }
 
-TEST_P(CollectionSql, JoinsNeedACorrelationNameWhereAllFieldsAreSelected) {
+TEST_P(CollectionSql, JoinsNeedACorrelationNameUnlessKeysOnly) {
   collection->AddLinkTable(CQXLinkTableCriteria(u"B", u"T1", jm_Inner, false));
   collection->SetKeysOnly(false);
   EXPECT_EQ(refusalOf([&] { select(); }), "-1: Correlation name for master table is missing");
 }
 
-TEST_P(CollectionSql, ARemoveIsADeleteByItsConditions) {
+TEST_P(CollectionSql, RemoveIsADeleteByItsConditions) {
   collection->SetCorrelationName(u"T0");
   collection->SetConditions(codeIs(u"not read"));
   EXPECT_EQ(
@@ -237,7 +237,7 @@ TEST_P(CollectionSql, AValueKeepsItsUnits) {
             std::u16string_view::npos);
 }
 
-// What is never asked for at present: a statement that is not sorted.
+// A statement without ORDER BY, which no operation asks for at present.
 template <const qx::Dialect& kDialect>
 class Unsorted final : public qx::CollectionInDialect<kDialect> {
  public:
@@ -255,7 +255,7 @@ std::vector<std::string> unsortedTexts(long maximum) {
   return texts;
 }
 
-TEST(UnsortedSelect, EndsAsItsDialectEndsIt) {
+TEST(UnsortedSelect, HasTheEndOfItsDialect) {
   EXPECT_THAT(unsortedTexts<qx::kDb2Dialect>(-1), ElementsAre("SELECT * FROM OFPR      "));
   EXPECT_THAT(unsortedTexts<qx::kDb2Dialect>(3),
               ElementsAre("SELECT * FROM OFPR      FETCH FIRST 3 ROWS ONLY"));

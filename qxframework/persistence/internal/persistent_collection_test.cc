@@ -42,7 +42,7 @@ TEST_P(PersistentCollection, RefreshRunsTheSelectAndLogsIt) {
                                     {0, u"", 6, scope(u"Select"), u"Leaving function [S_OK]\n"}}));
 }
 
-TEST_P(PersistentCollection, ASecondRefreshRepeatsTheTextWhateverChanged) {
+TEST_P(PersistentCollection, ASecondRefreshRepeatsTheTextAfterChanges) {
   collection->Refresh();
   collection->SetConditions(codeIs(u"B"));
   collection->SetSortFields({CQXPersistenceSortField(u"U_N")});
@@ -75,7 +75,7 @@ TEST_P(PersistentCollection, ALimitBelowOneIsRefused) {
   EXPECT_EQ(collection->GetMaxRecordCount(), -1);
 }
 
-TEST_P(PersistentCollection, ALimitBeyond32BitsLosesItsHigherOnes) {
+TEST_P(PersistentCollection, ALimitLosesItsHigherBits) {
   constexpr long kBeyond = 1L << 32;
   collection->SetMaxRecordCount(kBeyond + 5);
   EXPECT_EQ(collection->GetMaxRecordCount(), 5);
@@ -131,7 +131,7 @@ TEST_P(CollectionLimitedByTheConnection,
   EXPECT_FALSE(collection->IsSelected());
 }
 
-TEST_P(PersistentCollection, ALimitThatCannotBeSetIsAFailureOfTheSelect) {
+TEST_P(PersistentCollection, AFailureToSetTheLimitFailsTheSelect) {
   collection->SetMaxRecordCount(2);
   company->results["GetBusinessObject"] = E_FAIL;
   company->errorText = u"No more record sets";
@@ -150,7 +150,7 @@ TEST_P(PersistentCollection, AFailedSelectIsLoggedWithItsTable) {
                 {0, u"", 3, scope(u"Select"), text},
                 {0, u"", 1, scope(u"Select"), u"Failed to select from " + table() + u" T0"},
                 {0, u"", 6, scope(u"Select"), u"Leaving function [RX_API_ERR_SQL_FAILURE]\n"}}));
-  // The text is kept before it is run.
+  // The text is stored before it is run.
   EXPECT_EQ(std::u16string(collection->GetLastQuery().View()), text);
 }
 
@@ -160,7 +160,7 @@ TEST_P(PersistentCollection, ARepeatedQueryThatFailsIsTheHostsError) {
   EXPECT_THROW(collection->Refresh(), _com_error);
 }
 
-TEST_P(PersistentCollection, RefreshRefusesWhatIsNotInitialised) {
+TEST_P(PersistentCollection, RefreshRefusesMissingSettings) {
   collection->SetKeyFields({});
   EXPECT_EQ(
       refusalOf([&] { collection->Refresh(); }),
@@ -175,7 +175,7 @@ TEST_P(PersistentCollection, RefreshRefusesWhatIsNotInitialised) {
   EXPECT_THAT(company->runs, IsEmpty());
 }
 
-TEST_P(PersistentCollection, RefreshTakesTheColumnsOfConditionsAsKeyWhereThereIsNone) {
+TEST_P(PersistentCollection, RefreshWithoutAKeyTakesTheColumnsOfTheConditions) {
   collection->SetKeyFields({});
   collection->SetConditions(conditions({{u"U_N", co_Greater, u"1", u"VT_R8"}}));
   collection->Refresh();
@@ -238,7 +238,7 @@ TEST_P(PersistentCollection, PreviousOfTheFirstRowStillTriesToLoadOne) {
   EXPECT_EQ(collection->Previous(object.get()), 1);
 }
 
-TEST_P(PersistentCollection, NextOfTheLastRowGivesOneAndIsBehindIt) {
+TEST_P(PersistentCollection, NextOfTheLastRowReturnsOneAndEndsAfterIt) {
   refresh();
   EXPECT_EQ(collection->Last(object.get()), 0);
   EXPECT_EQ(code(), "C");
@@ -265,7 +265,7 @@ TEST_P(PersistentCollection, AnEmptyResultTouchesNoObject) {
   EXPECT_EQ(collection->GetRecordCount(), 0);
 }
 
-TEST_P(PersistentCollection, AMoveThatGivesAReservationLoadsNothing) {
+TEST_P(PersistentCollection, AMoveWithAPositiveResultLoadsNothing) {
   refresh();
   for (const char* move : {"MoveFirst", "MoveLast", "MoveNext", "MovePrevious"})
     company->results[move] = 3;
@@ -321,7 +321,7 @@ TEST_P(PersistentCollection, WithKeysOnlyEachRowIsASelectOfItsOwn) {
   EXPECT_EQ(object->GetFieldValues().GetValue(u"U_N").dblVal, 99.5);
 }
 
-TEST_P(PersistentCollection, WithKeysOnlyAnObjectThatIsLoadedRepeatsItsSelect) {
+TEST_P(PersistentCollection, WithKeysOnlyALoadedObjectRepeatsItsSelect) {
   collection->SetKeysOnly(true);
   refresh();
   company->otherwise.rows.resize(1);
@@ -351,7 +351,7 @@ TEST_P(PersistentCollection, ConditionsFromTheRowAreItsKey) {
                 qx::toUtf8(dateInConditions()) + "; N|1|98||7");
 }
 
-TEST_P(PersistentCollection, ConditionsFromTheRowLookItsColumnsUpByTheCorrelationName) {
+TEST_P(PersistentCollection, ConditionsFromTheRowUseTheCorrelationName) {
   company->otherwise = {{u"Code", u"T0.Code"}, {{u"bare", u"named"}}};
   collection->SetCorrelationName(u"T0");
   refresh();
@@ -360,7 +360,7 @@ TEST_P(PersistentCollection, ConditionsFromTheRowLookItsColumnsUpByTheCorrelatio
   EXPECT_EQ(shown(collection->GetConditionsFromCurrentRow()), "Code|1|98|VT_BSTR|named");
 }
 
-TEST_P(PersistentCollection, ThereAreNoConditionsOfAKeyWithoutText) {
+TEST_P(PersistentCollection, ConditionsFromTheRowRefuseAKeyWithoutText) {
   CComVariant null;
   null.vt = VT_NULL;
   company->otherwise = {{u"Code"}, {{null}, {std::nan("")}, {HUGE_VAL}}};
@@ -373,7 +373,7 @@ TEST_P(PersistentCollection, ThereAreNoConditionsOfAKeyWithoutText) {
             "-1: A value of type 5 has no text form");
 }
 
-TEST_P(PersistentCollection, ThereAreNoConditionsBehindTheLastRow) {
+TEST_P(PersistentCollection, ConditionsFromTheRowNeedARow) {
   refresh();
   collection->Last();
   collection->Next();
@@ -381,7 +381,7 @@ TEST_P(PersistentCollection, ThereAreNoConditionsBehindTheLastRow) {
             "-1: No valid current record found");
 }
 
-TEST_P(PersistentCollection, OnlyAllSixteenBitsAreTheEnd) {
+TEST_P(PersistentCollection, OnlyAllSixteenBitsMeanTheEnd) {
   company->otherwise.rows.clear();
   refresh();
   EXPECT_TRUE(collection->Eof());

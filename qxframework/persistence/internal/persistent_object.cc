@@ -18,6 +18,8 @@ constexpr const OLECHAR* kNoQueryText =
 
 }  // namespace
 
+// No row, several rows and a failed statement are all "no". A failure that is no std::exception,
+// such as a _com_error, passes through.
 bool CQXPersistentObject::RunExists() {
   try {
     Reload();
@@ -72,6 +74,7 @@ void CQXPersistentObject::QueryOneRow(CReturnValue<long>& hr, CComBSTR text) {
 void CQXPersistentObject::Reload() {
   if (m_vecKeyFields.empty()) FillKeyFieldsFromConditions();
   if (m_bSelected) {
+    // The stored text, whatever the settings are by now. The rows are not counted here.
     if (m_bstrLastQuery.IsEmpty()) throw CQXPersistenceException(kNoQueryText);
     Query(m_bstrLastQuery);
   } else {

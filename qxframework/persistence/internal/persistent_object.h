@@ -1,7 +1,7 @@
 #pragma once
 
-// One row of one table: its INSERT, UPDATE, DELETE and SELECT, and its values. The class of an
-// engine's dialect completes it (see dialect_classes.h).
+// One row of one table: its values, and its INSERT, UPDATE, DELETE and SELECT. The class of a
+// dialect completes it (see dialect_classes.h).
 
 #include "qxframework/automation/simple_map.h"
 #include "qxframework/persistence/internal/persistent_base.h"
@@ -13,50 +13,51 @@ class CQXPersistentObject : public CQXPersistentBase {
  public:
   using CQXPersistentBase::CQXPersistentBase;
 
-  /// The row after a read, or the values to write.
+  /// Return the values of the row that was read, or those to write.
   TyFieldValues& GetFieldValues() { return m_FieldValues; }
   const TyFieldValues& GetFieldValues() const { return m_FieldValues; }
 
-  /// Whether Reload works: false for several rows as well as for none.
+  /// Returns true if Reload succeeds: false for no row and for several rows.
   virtual bool Exists() = 0;
   virtual void Add() = 0;
-  /// By the object's conditions; the argument is not read.
+  /// Deletes by the object's conditions; the argument is ignored.
   virtual void Remove(const TyFieldValues& keyValues) = 0;
-  /// By the object's conditions, or by `keyValues` if it has none. A value that is written and has
-  /// no text form is refused as by GetSQLValue, so that a column cannot be set to NULL.
+  /// Updates by the object's conditions, or by `keyValues` if it has none. Refuses a value without
+  /// a text form as GetSQLValue does, so a column cannot be set to NULL.
   virtual void Update(const TyFieldValues& keyValues) = 0;
-  /// Sets the conditions and runs Select; the row stays in the record set.
+  /// Sets the conditions and runs Select. The row stays in the record set.
   virtual void Load(qx_ptr<CConditions> conditions) = 0;
-  /// The SELECT of a choose list: columns with their titles, all columns if there are none.
+  /// Writes the SELECT of a choose list: columns with their titles, all columns if `fields` is
+  /// empty.
   virtual void GetSQLforChooseList(const CSimpleMap<CComBSTR, CComBSTR>& fields,
                                    const CComBSTR& where, CComBSTR& result) = 0;
-  /// On a user table "Code" and "Name" get the next code from the company.
+  /// Writes both lists. On a user table "Code" and "Name" get the next code from the company.
   virtual void BuildInsertLists(CComBSTR& columns, CComBSTR& values);
   virtual void BuildSetClause(CComBSTR& target);
   virtual void BuildUpdateWhereClause(CComBSTR& target, const TyFieldValues& keyValues);
   virtual void BuildSelectWhereClause(CComBSTR& target);
-  /// Refuses unless there is exactly one row.
+  /// Runs the SELECT. Refuses unless there is exactly one row.
   virtual void Select() = 0;
 
-  /// Reads the row: by Select the first time, by the same text afterwards.
+  /// Reads the row: by Select the first time, later by the same text.
   void Reload();
   void LoadFieldsFromRecordSet();
   void LoadFieldsFromFields(CComPtr<IFields> fields);
-  /// The position of a name, or of one that is the name in upper case; -1 if there is none.
+  /// Returns the position of the name, or of a field whose name in capitals equals it; -1 if none.
   long FindFieldIndex(const OLECHAR* name) const;
   struct KeyColumn {
     CComBSTR name;  ///< without the correlation name that a key value may have
     long position;  ///< of its key value
   };
-  /// What Update compares where it goes by key values: those whose names are found as by
-  /// FindFieldIndex. The others are skipped.
+  /// Returns the columns that an Update by key values compares: those that FindFieldIndex finds.
+  /// The others are skipped.
   std::vector<KeyColumn> KeyColumns(const TyFieldValues& keyValues) const;
-  /// The key of the row in the field values; a value that is missing counts as 0. One that has no
-  /// text form is refused as by GetSQLValue.
+  /// Returns the key of the row in the field values; a missing value counts as 0. Refuses a value
+  /// without a text form as GetSQLValue does.
   qx_ptr<CConditions> GetConditionsFromOwnFields() const;
 
-  /// The statements that Add, Update, Remove and Select run. They need no company. The code is for
-  /// user tables, where it replaces the values of "Code" and "Name".
+  /// Return the statements that Add, Update, Remove and Select run; no company is needed. On a user
+  /// table `nextCode` replaces the values of "Code" and "Name".
   CComBSTR InsertText(const CComBSTR& nextCode);
   CComBSTR UpdateText(const TyFieldValues& keyValues);
   CComBSTR RemoveText() const;

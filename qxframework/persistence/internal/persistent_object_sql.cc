@@ -15,12 +15,13 @@
 namespace Persistence {
 namespace {
 
-/// Finds fields by name, or by the name in capitals. The capitals are made once for many names.
+// Finds fields by name, or by the name in capitals: some servers return column names in capitals.
+// The capitals are made once for many names.
 class FieldLookup {
  public:
   explicit FieldLookup(const TyFieldValues& fields) : fields_(fields) {}
 
-  /// The position; -1 if there is none.
+  // Returns the position; -1 if there is none.
   long indexOf(const OLECHAR* name) {
     const long index = fields_.FindIndex(name);
     if (index != -1) return index;
@@ -37,7 +38,7 @@ class FieldLookup {
   }
 
   const TyFieldValues& fields_;
-  std::optional<std::unordered_map<std::u16string, long>> capitals_;  // the first of each
+  std::optional<std::unordered_map<std::u16string, long>> capitals_;  // the first position of each
 };
 
 }  // namespace
@@ -67,6 +68,7 @@ void CQXPersistentObject::BuildInsertLists(CComBSTR& columns, CComBSTR& values) 
 
 void CQXPersistentObject::AppendInsertLists(const CComBSTR& nextCode, CComBSTR& columns,
                                             CComBSTR& values) {
+  // On a user table the code columns come first, each followed by a comma.
   columns = u"( ";
   values = u"VALUES ( ";
   if (m_bUserTable) {
@@ -79,7 +81,7 @@ void CQXPersistentObject::AppendInsertLists(const CComBSTR& nextCode, CComBSTR& 
       values += u", ";
     }
     columns += GetSQLColumnName(m_FieldValues.keyAt(i)).View();
-    CComVariant value = m_FieldValues.valueAt(i);
+    CComVariant value = m_FieldValues.valueAt(i);  // a copy, since GetSQLValue changes it
     values += GetSQLValue(value).View();
   }
   columns += u") ";
@@ -89,7 +91,7 @@ void CQXPersistentObject::AppendInsertLists(const CComBSTR& nextCode, CComBSTR& 
 void CQXPersistentObject::AppendCode(const OLECHAR* name, const CComBSTR& code, CComBSTR& columns,
                                      CComBSTR& values) {
   if (m_FieldValues.contains(name)) {
-    m_FieldValues.SetValue(name, code);
+    m_FieldValues.SetValue(name, code);  // the caller's own code never counts
     return;
   }
   columns += GetSQLColumnName(name).View();
@@ -99,6 +101,7 @@ void CQXPersistentObject::AppendCode(const OLECHAR* name, const CComBSTR& code, 
 }
 
 CComBSTR CQXPersistentObject::UpdateText(const TyFieldValues& keyValues) {
+  // The WHERE first: of two values that are refused, the one of the key is reported.
   CComBSTR where;
   BuildUpdateWhereClause(where, keyValues);
   CComBSTR set;
@@ -169,7 +172,7 @@ CComBSTR CQXPersistentObject::SelectText() {
   CComBSTR fields;
   BuildSelectFieldList(fields);
   CComBSTR where(u" ");
-  BuildSelectWhereClause(where);
+  BuildSelectWhereClause(where);  // before the joins: a refusal leaves their constants unquoted
   CComBSTR joins(u" ");
   if (HasLinkTables()) AppendJoins(joins);
   return AssembleSelect({}, fields, SelectTableText(), joins, where);
@@ -195,6 +198,7 @@ CComBSTR CQXPersistentObject::ChooseListText(const CSimpleMap<CComBSTR, CComBSTR
   }
   if (fields.GetSize() == 0) text += u"* ";
   text += u"FROM ";
+  // A host's table is bare here, also in kordb.
   text += m_bUserTable ? TableText().View() : m_bstrMasterTable.View();
   if (!where.IsEmpty()) {
     text += u" WHERE ";

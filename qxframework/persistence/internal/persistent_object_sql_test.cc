@@ -1,8 +1,8 @@
-// The statements of one row, as each dialect writes them. None of these needs a company.
+// The statements of a row in each dialect. No company is needed.
 
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/testing/condition_access.h"
+#include "qxframework/query/testing/condition_access.h"
 #include "qxframework/query/testing/query_parts.h"
 #include "qxframework/sql/testing/dialect_param.h"
 
@@ -61,7 +61,7 @@ TEST_P(ObjectSql, AnInsertAddsTheOneOfCodeAndNameThatIsMissing) {
                 .kordb = R"(INSERT INTO "@T" ( "Code", "Name")  VALUES ( N'1', N'1') )"});
 }
 
-TEST_P(ObjectSql, AnInsertIntoAHostTableLeavesCodeAndNameAlone) {
+TEST_P(ObjectSql, AnInsertIntoAHostTableKeepsCodeAndName) {
   object->SetUserTable(false);
   object->SetMasterTable(u"HVRATE");
   object->GetFieldValues() = values({{u"Code", u"it's"}, {u"Rate", 12.5}, {u"Day", someDate()}});
@@ -74,7 +74,7 @@ TEST_P(ObjectSql, AnInsertIntoAHostTableLeavesCodeAndNameAlone) {
   EXPECT_EQ(utf8(object->GetFieldValues().GetValue(u"Code")), "it's");
 }
 
-TEST_P(ObjectSql, AnInsertOfNothingIntoAUserTableEndsInACommaOfTheCode) {
+TEST_P(ObjectSql, AnInsertOfNothingIntoAUserTableEndsWithAComma) {
   expectInsert({.mssql = "INSERT INTO [@T] ( Code, Name, )  VALUES ( N'1', N'1', ) ",
                 .db2 = "INSERT INTO @T ( Code, Name, )  VALUES ( N'1', N'1', ) ",
                 .kordb = R"(INSERT INTO "@T" ( "Code", "Name", )  VALUES ( N'1', N'1', ) )"});
@@ -105,7 +105,7 @@ TEST_P(ObjectSql, AnUpdateByConditionsWritesAllButTheKey) {
            R"("U_D" < '20240131')"});
 }
 
-TEST_P(ObjectSql, AnUpdateWithoutConditionsGoesByTheKeyValuesThatItHas) {
+TEST_P(ObjectSql, AnUpdateWithoutConditionsComparesKnownKeyValues) {
   object->GetFieldValues() = values({{u"Code", u"A"}, {u"U_A", u"x"}});
   expectUpdate(
       values({{u"U_X", u"missing"}, {u"U_A", u"old"}, {u"Code", 5}}),
@@ -124,7 +124,7 @@ TEST_P(ObjectSql, AnUpdateFindsKeyValuesInUpperCase) {
        .kordb = R"(UPDATE "@T"  SET "U_a" = N'x', "u_b" = N'x'  WHERE "U_A" = 1 AND "U_B" = 3)"});
 }
 
-TEST_P(ObjectSql, AnUpdateCutsTheCorrelationNameOffKeyValues) {
+TEST_P(ObjectSql, AnUpdateRemovesTheCorrelationNameFromKeyValues) {
   object->SetCorrelationName(u"T0");
   object->SetFields({u"Code"});
   object->SetKeyFields({u"Code"});
@@ -144,7 +144,7 @@ TEST_P(ObjectSql, AnUpdateKeepsTheCorrelationNameOfKeyValuesWithoutAFieldList) {
                 .kordb = R"(UPDATE "@T"  SET "Code" = N'A'  WHERE )"});
 }
 
-TEST_P(ObjectSql, AnUpdateWithoutConditionsByKeyValuesThatMatchNoFieldHasNothingBehindWhere) {
+TEST_P(ObjectSql, AnUpdateByUnknownKeyValuesEndsAfterWhere) {
   object->GetFieldValues() = values({{u"Code", u"A"}});
   const PerDialect texts{.mssql = "UPDATE [@T]  SET Code = N'A'  WHERE ",
                          .db2 = "UPDATE @T  SET Code = N'A'  WHERE ",
@@ -153,7 +153,7 @@ TEST_P(ObjectSql, AnUpdateWithoutConditionsByKeyValuesThatMatchNoFieldHasNothing
   expectUpdate({}, texts);
 }
 
-// At a cost that grows with the columns and not with their square, or this takes minutes.
+// If the cost grew with the square of the columns, this would take minutes.
 TEST(UpdateText, ComparesTwentyThousandKeyValues) {
   constexpr int kColumns = 20000;
   const auto object = qx::persistentObjectFor(qx::dialectOf(1));
@@ -178,7 +178,7 @@ TEST_P(ObjectSql, AnUpdateOfKeyFieldsOnlySetsNothing) {
                     .kordb = R"(UPDATE "@T"  SET   WHERE "Code" = N'A')"});
 }
 
-TEST_P(ObjectSql, AnUpdateComparesKeyNamesInTheirCase) {
+TEST_P(ObjectSql, AnUpdateComparesKeyNamesWithTheirCase) {
   object->SetKeyFields({u"code"});
   object->SetConditions(codeIs(u"A"));
   object->GetFieldValues() = values({{u"Code", u"B"}});
@@ -187,7 +187,7 @@ TEST_P(ObjectSql, AnUpdateComparesKeyNamesInTheirCase) {
                     .kordb = R"(UPDATE "@T"  SET "Code" = N'B'  WHERE "Code" = N'A')"});
 }
 
-TEST_P(ObjectSql, AnUpdateWithConditionsThatAreNoneGoesByTheKeyValues) {
+TEST_P(ObjectSql, AnUpdateWithAnEmptyListOfConditionsComparesKeyValues) {
   object->SetConditions(CConditions::CreateNewInstance());
   object->GetFieldValues() = values({{u"U_A", u"x"}});
   expectUpdate(values({{u"U_A", u"y"}}),
@@ -196,7 +196,7 @@ TEST_P(ObjectSql, AnUpdateWithConditionsThatAreNoneGoesByTheKeyValues) {
                 .kordb = R"(UPDATE "@T"  SET "U_A" = N'x'  WHERE "U_A" = N'y')"});
 }
 
-TEST_P(ObjectSql, AnUpdateDoesNotCompareFields) {
+TEST_P(ObjectSql, AnUpdateRefusesAComparisonOfFields) {
   const auto list = codeIs(u"A");
   ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   object->SetConditions(list);
@@ -204,7 +204,7 @@ TEST_P(ObjectSql, AnUpdateDoesNotCompareFields) {
             "-1: Comparing of fields is not implemented");
 }
 
-TEST_P(ObjectSql, ARemoveGoesByTheConditions) {
+TEST_P(ObjectSql, ARemoveComparesTheConditions) {
   object->SetCorrelationName(u"T0");
   object->SetConditions(conditions({{u"Code", co_Equal, u"O'Brien"},
                                     {u"Price", co_Equal, u"12.5", u"VT_R8"},
@@ -217,13 +217,13 @@ TEST_P(ObjectSql, ARemoveGoesByTheConditions) {
                          R"("Day" = '20240131')"});
 }
 
-TEST_P(ObjectSql, ARemoveWithoutConditionsCannotRun) {
+TEST_P(ObjectSql, ARemoveWithoutConditionsEndsAfterWhere) {
   expectRemove({.mssql = "DELETE FROM [@T]  WHERE ",
                 .db2 = "DELETE FROM @T  WHERE ",
                 .kordb = R"(DELETE FROM "@T"  WHERE )"});
 }
 
-TEST_P(ObjectSql, ASelectWithoutJoinsHasFiveBlanksInFrontOfWhere) {
+TEST_P(ObjectSql, ASelectWithoutJoinsHasFiveBlanksBeforeWhere) {
   object->SetCorrelationName(u"T0");
   object->SetFields({u"Code"});
   object->SetConditions(codeIs(u"A"));
@@ -256,7 +256,7 @@ TEST_P(ObjectSql, ASelectWritesEveryOperationAndNoBrackets) {
                     R"("D" <= '20240131' AND "E" = 5)"});
 }
 
-TEST_P(ObjectSql, AConditionOfAnAliasAndAValueAloneIsALikeOfTheBareValue) {
+TEST_P(ObjectSql, ANewConditionIsALikeOfTheBareValue) {
   auto bare = CConditions::CreateNewInstance();
   CCondition* const condition = bare->Add();
   condition->PutAlias(u"Code");
@@ -295,25 +295,25 @@ TEST_P(ObjectSql, ASelectNeedsConditions) {
   EXPECT_EQ(refusalOf([&] { object->SelectText(); }), "-1: No conditions are set for select");
 }
 
-TEST_P(ObjectSql, ASelectOfNoConditionsHasNothingBehindWhere) {
+TEST_P(ObjectSql, ASelectWithAnEmptyListOfConditionsEndsAfterWhere) {
   object->SetConditions(CConditions::CreateNewInstance());
   expectSelect({.mssql = "SELECT * FROM [@T]     WHERE ",
                 .db2 = "SELECT * FROM @T     WHERE ",
                 .kordb = R"(SELECT * FROM "@T"     WHERE )"});
 }
 
-TEST_P(ObjectSql, ASelectDoesNotCompareFields) {
+TEST_P(ObjectSql, ASelectRefusesAComparisonOfFields) {
   const auto list = codeIs(u"A");
   ConditionAccess::compareFields(*list->Item(0L), VARIANT_TRUE);
   object->SetConditions(list);
   EXPECT_EQ(refusalOf([&] { object->SelectText(); }), "-1: Comparing of fields is not implemented");
-  // Only the full flag counts here.
+  // Only the value -1 counts here.
   ConditionAccess::compareFields(*list->Item(0L), 1);
   object->SetConditions(list);
   EXPECT_NE(utf8(object->SelectText()), "");
 }
 
-TEST_P(ObjectSql, ASelectThatIsRefusedForItsConditionsLeavesTheJoinsUnwritten) {
+TEST_P(ObjectSql, ASelectRefusedForItsConditionsDoesNotWriteTheJoins) {
   object->SetCorrelationName(u"T0");
   CQXLinkTableCriteria one(u"B", u"T1", jm_Inner, false);
   one.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Kind", CComVariant(u"k"), co_Equal));
@@ -340,7 +340,7 @@ TEST_P(ObjectSql, AValueKeepsItsUnits) {
   EXPECT_TRUE(object->InsertText(CComBSTR()).View().ends_with(u"( N'" + odd + u"') "));
 }
 
-TEST_P(ObjectSql, AMillionUnitsAreWrittenWhole) {
+TEST_P(ObjectSql, AMillionUnitsAreWrittenCompletely) {
   const std::u16string million(1 << 20, u'\'');
   object->SetUserTable(false);
   object->GetFieldValues() = values({{u"U_A", CComVariant(std::u16string_view(million))}});

@@ -31,7 +31,7 @@ class PersistentObject : public testing::TestWithParam<DialectParam> {
            std::u16string(operation);
   }
   std::u16string table() const { return GetParam().name == "KORDB" ? u"\"OFPR\"" : u"OFPR"; }
-  /// The entering line, `message` at its level, and the leaving line, in one scope each.
+  /// Expects a scope with its two trace lines and `message` between them.
   void expectLog(std::u16string_view operation, const std::vector<LogRecord>& between,
                  const std::u16string& result) {
     std::vector<LogRecord> all{record(operation, 6, u"Entering function\n")};
@@ -88,7 +88,7 @@ TEST_P(PersistentObject, UpdateRunsItsTextAndLogsIt) {
   expectLog(u"Update", {ran(u"Update")}, u"S_OK");
 }
 
-TEST_P(PersistentObject, UpdateWritesTheWhereClauseAheadOfTheSetClause) {
+TEST_P(PersistentObject, UpdateWritesTheWhereClauseBeforeTheSetClause) {
   CComVariant null;
   null.vt = VT_NULL;
   object->GetFieldValues() = values({{u"Code", null}});
@@ -116,7 +116,7 @@ TEST_P(PersistentObject, SelectRunsItsTextOnTheObjectsRecordSetAndKeepsIt) {
   expectLog(u"Select", {ran(u"Select")}, u"S_OK");
 }
 
-TEST_P(PersistentObject, AStatementWithPercentSignsIsLoggedAsItIs) {
+TEST_P(PersistentObject, AStatementWithPercentSignsIsLoggedUnchanged) {
   object->SetConditions(conditions({{u"Code", co_Like, u"%s%n%d"}}));
   object->Select();
   expectLog(u"Select", {ran(u"Select")}, u"S_OK");
@@ -130,21 +130,21 @@ TEST_P(PersistentObject, AResultAboveZeroIsTheScopesResult) {
   expectLog(u"Remove", {ran(u"Remove")}, u"S_FALSE");
 }
 
-TEST_P(PersistentObject, AFailureOfAddRaisesWhatTheCompanySays) {
+TEST_P(PersistentObject, AFailureOfAddThrowsTheCompanysError) {
   setUpFailure();
   EXPECT_EQ(refusalOf([&] { object->Add(); }), "-2035: It is there");
   expectLog(u"Add", {ran(u"Add"), record(u"Add", 1, u"Failed to insert into " + table())},
             u"RX_API_ERR_SQL_FAILURE");
 }
 
-TEST_P(PersistentObject, AFailureOfUpdateRaisesWhatTheCompanySays) {
+TEST_P(PersistentObject, AFailureOfUpdateThrowsTheCompanysError) {
   setUpFailure();
   EXPECT_EQ(refusalOf([&] { object->Update({}); }), "-2035: It is there");
   expectLog(u"Update", {ran(u"Update"), record(u"Update", 1, u"Failed to update " + table())},
             u"RX_API_ERR_SQL_FAILURE");
 }
 
-TEST_P(PersistentObject, AFailureOfRemoveRaisesWhatTheCompanySays) {
+TEST_P(PersistentObject, AFailureOfRemoveThrowsTheCompanysError) {
   setUpFailure();
   EXPECT_EQ(refusalOf([&] { object->Remove({}); }), "-2035: It is there");
   expectLog(u"Remove", {ran(u"Remove"), record(u"Remove", 1, u"Failed to delete from " + table())},
@@ -162,7 +162,7 @@ TEST_P(PersistentObject, AFailureOfSelectNamesTheTableWithItsCorrelationName) {
   EXPECT_TRUE(object->GetLastQuery().IsEmpty());
 }
 
-TEST_P(PersistentObject, AFailureThatTheCompanyKnowsNothingOfIsUnknown) {
+TEST_P(PersistentObject, AFailureWithoutACompanysErrorIsUnknown) {
   setUpFailure(E_ACCESSDENIED);
   company->errorCode = 0;
   company->errorText = u"";
@@ -171,7 +171,7 @@ TEST_P(PersistentObject, AFailureThatTheCompanyKnowsNothingOfIsUnknown) {
             u"E_ACCESSDENIED");
 }
 
-TEST_P(PersistentObject, ACompanyThatIsGoneIsAnUnknownError) {
+TEST_P(PersistentObject, AFailureOfALostCompanyIsUnknown) {
   setUpFailure();
   company->results["GetLastError"] = E_FAIL;
   EXPECT_EQ(refusalOf([&] { object->Add(); }), "-1: Unknown error");
@@ -208,7 +208,7 @@ TEST_P(PersistentObject, ARecordCountThatFailsIsAFailureOfSelect) {
   EXPECT_EQ(refusalOf([&] { object->Select(); }), "-1: no count");
 }
 
-TEST_P(PersistentObject, ARefusalWhileTheTextIsBuiltIsNotLogged) {
+TEST_P(PersistentObject, ARefusalWhileTheTextIsWrittenIsNotLogged) {
   EXPECT_EQ(refusalOf([&] { object->Select(); }), "-1: No conditions are set for select");
   expectLog(u"Select", {}, u"S_OK");
   EXPECT_THAT(company->runs, IsEmpty());
@@ -242,7 +242,7 @@ TEST_P(PersistentObject, DoesNotExistForNoRowNorForTwo) {
   EXPECT_FALSE(object->Exists());
 }
 
-TEST_P(PersistentObject, DoesNotExistWhereTheQueryFailsOrCannotBeWritten) {
+TEST_P(PersistentObject, DoesNotExistIfTheQueryFailsOrCannotBeWritten) {
   EXPECT_FALSE(object->Exists());
   object->SetConditions(codeIs(u"A"));
   setUpFailure();
@@ -270,7 +270,7 @@ TEST_P(PersistentObject, ReloadReadsTheRow) {
   EXPECT_EQ(qx::viewOf(object->GetKeyFields()[0]), u"Code");
 }
 
-TEST_P(PersistentObject, ReloadForgetsTheFormerRow) {
+TEST_P(PersistentObject, ReloadReplacesTheFormerRow) {
   object->GetFieldValues() = values({{u"U_Old", 1}});
   object->SetConditions(codeIs(u"A"));
   object->Reload();
@@ -284,7 +284,7 @@ TEST_P(PersistentObject, ReloadKeepsTheKeyFieldsThatAreSet) {
   EXPECT_EQ(qx::viewOf(object->GetKeyFields()[0]), u"Mine");
 }
 
-TEST_P(PersistentObject, ASecondReloadRepeatsTheTextWhateverChanged) {
+TEST_P(PersistentObject, ASecondReloadRepeatsTheTextAfterChanges) {
   object->SetConditions(codeIs(u"A"));
   object->Reload();
   object->SetConditions(codeIs(u"B"));
@@ -296,7 +296,7 @@ TEST_P(PersistentObject, ASecondReloadRepeatsTheTextWhateverChanged) {
   EXPECT_TRUE(logger.records.empty());
 }
 
-TEST_P(PersistentObject, AFailedReloadLeavesSelectedAsItWas) {
+TEST_P(PersistentObject, AFailedReloadKeepsTheSelectedFlag) {
   object->SetConditions(codeIs(u"A"));
   setUpFailure();
   EXPECT_NE(refusalOf([&] { object->Reload(); }), "");
@@ -313,7 +313,7 @@ TEST_P(PersistentObject, AReloadOfStoredTextThatFailsIsTheHostsError) {
   EXPECT_TRUE(object->IsSelected());
 }
 
-TEST_P(PersistentObject, ReloadRefusesWhatIsNotInitialised) {
+TEST_P(PersistentObject, ReloadRefusesMissingSettings) {
   EXPECT_EQ(refusalOf([&] { object->Reload(); }),
             "-1: Persistent Object is not properly initialized, neither conditions nor key fields "
             "are set");
@@ -357,12 +357,12 @@ TEST_P(PersistentObject, ALetterWithoutASingleCapitalStays) {
   object->GetFieldValues() = values({{u"Ma\u00DF", 1}});
   EXPECT_EQ(object->FindFieldIndex(u"MA\u00DF"), 0);
   EXPECT_EQ(object->FindFieldIndex(u"MASS"), -1);
-  // One whose capital is a single letter, though its full one is of two.
+  // A letter with a single capital, although its full form in capitals has two letters.
   object->GetFieldValues() = values({{u"\u1F80", 1}});
   EXPECT_EQ(object->FindFieldIndex(u"\u1F88"), 0);
 }
 
-TEST_P(PersistentObject, ANameSetWithoutAPositionIsAFaultOfTheMap) {
+TEST_P(PersistentObject, ANameWithoutAPositionThrowsTheMapsText) {
   object->GetFieldValues() = values({{u"Code", u"A"}});
   object->GetFieldValues().SetValue(u"Stray", 1);
   const auto thrown = [](auto work) -> std::string {
@@ -410,7 +410,7 @@ TEST_P(PersistentObject, UpdateRefusesAValueOrAKeyValueWithoutText) {
             }),
             "-1: A value of type 5 has no text form");
   EXPECT_THAT(company->runs, IsEmpty());
-  // The key is not set, so it needs no text.
+  // The key is not written, so it needs no text.
   object->SetKeyFields({u"Code"});
   object->GetFieldValues() = values({{u"Code", null}, {u"Price", 1.5}});
   EXPECT_EQ(refusalOf([&] { object->Update({}); }), "");
@@ -426,7 +426,7 @@ TEST_P(PersistentObject, ADateOfItsOwnFieldsIsALiteral) {
                  .of(GetParam())));
 }
 
-TEST_P(PersistentObject, ConditionsOfItsOwnFieldsKnowTheCorrelationName) {
+TEST_P(PersistentObject, ConditionsOfItsOwnFieldsUseTheCorrelationName) {
   object->SetKeyFields({u"Code"});
   object->SetCorrelationName(u"T0");
   object->GetFieldValues() = values({{u"Code", u"bare"}, {u"T0.Code", u"named"}});

@@ -1,6 +1,6 @@
 #pragma once
 
-// What both proxies do alike with their factory: take what it makes, and give a new one its table.
+// The work with the factory that both proxies share.
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
@@ -9,15 +9,15 @@
 
 namespace qx {
 
-/// Owns what the factory made; E_OUTOFMEMORY is raised if that is null.
+/// Takes ownership of an object of the factory. Throws a _com_error of E_OUTOFMEMORY for null.
 template <class Made>
 std::unique_ptr<Made> ownedUnlessNull(Made* made) {
   if (made == nullptr) raiseError(E_OUTOFMEMORY);
   return std::unique_ptr<Made>(made);
 }
 
-/// What `create` makes for a table, out of the factory, which is made for the company the first
-/// time.
+/// Makes an object for a table by the factory's operation `create`. Makes the factory for the
+/// company if there is none yet.
 template <class Made>
 std::unique_ptr<Made> connectedTo(std::shared_ptr<Persistence::CQXPersistenceFactory>& factory,
                                   const CComPtr<ICompany>& company,

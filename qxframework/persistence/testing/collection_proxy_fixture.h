@@ -58,7 +58,7 @@ class CollectionProxy : public testing::Test {
     proxy.Load({kCode}, {});
     company->runs.clear();
   }
-  /// With keys only: the cursor has the keys, and each row is read by a statement of its own.
+  /// Sets keys only: the query reads the keys, and each row is read by a statement of its own.
   void loadKeys() {
     company->otherwise = {{u"Code"}, {{u"A"}, {u"B"}}};
     company->answers[u"SELECT * FROM HVITEM     WHERE Code = N'A'"] =

@@ -1,6 +1,6 @@
 #pragma once
 
-// The record that the tests of the proxies deal in, and the rows of its table.
+// The record of the proxies' tests, and the rows of its table.
 
 #include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/field_values.h"
@@ -35,7 +35,7 @@ inline void write(const Persistence::CQXValueContainer& container,
   row.Add(u"Name", std::u16string_view(item.name));
 }
 
-/// Rows of code and name.
+/// Returns rows with a code and a name.
 inline ScriptedRows items(const std::vector<std::pair<const OLECHAR*, const OLECHAR*>>& list) {
   ScriptedRows rows{{u"Code", u"Name"}, {}};
   for (const auto& [code, name] : list) rows.rows.push_back({CComVariant(code), CComVariant(name)});

@@ -1,8 +1,8 @@
 #pragma once
 
-// A company for tests whose record sets answer statements from a script: named columns, rows, and a
-// cursor that goes in front of the first row and behind the last. What is run goes to one list, and
-// any statement can be made to fail by its number.
+// A company for tests. Its record sets answer statements from a script: named columns, rows, and a
+// cursor that also has a position before the first row and one after the last. It records all
+// statements, and fails any of them by its number.
 
 #include "testing/host_stubs.h"
 
@@ -19,7 +19,7 @@ struct ScriptedRows {
 
 class ScriptedCompany final : public StubCompany {
  public:
-  /// A statement that went to a record set. These count from 1 in the order of their making.
+  /// A statement and the record set that ran it. Record sets are numbered from 1 as they are made.
   struct Run {
     int recordset;
     std::u16string statement;
@@ -31,21 +31,21 @@ class ScriptedCompany final : public StubCompany {
   HRESULT raw_GetDbServerType(long* out) override;
 
   std::vector<std::u16string> statements() const;
-  /// The code that `operation` ("MoveNext", "GetLastError" …) answers with; 0 unless scripted.
+  /// Returns the result of `operation` ("MoveNext", "GetLastError" …): 0 unless scripted.
   HRESULT resultOf(const std::string& operation) const;
 
   long serverType = 1;
   long errorCode = 0;
   std::u16string errorText;
-  /// The rows of a statement, and those of all other statements.
+  /// The rows by statement, and the rows of all other statements.
   std::map<std::u16string, ScriptedRows> answers;
   ScriptedRows otherwise;
-  /// The statement with this number, from 1, fails; 0 for none.
+  /// The number, from 1, of the statement that fails; 0 for none.
   int failStatement = 0;
   HRESULT statementFailure = resultCode(-2000);
   HRESULT statementResult = S_OK;
   std::map<std::string, HRESULT> results;
-  /// What the two end flags of a record set are when they are set.
+  /// The value of a record set's two end flags when they are set.
   VARIANT_BOOL truth = VARIANT_TRUE;
 
   std::vector<Run> runs;
@@ -57,7 +57,7 @@ class ScriptedCompany final : public StubCompany {
 
 CComPtr<ScriptedCompany> makeScriptedCompany();
 
-/// How often `object` is held, by the caller's own count of it.
+/// Returns the number of references to `object`, including that of the caller.
 inline ULONG referencesTo(IUnknown* object) {
   object->AddRef();
   return object->Release();

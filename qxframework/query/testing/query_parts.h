@@ -59,7 +59,7 @@ inline Persistence::TyFieldValues values(
   return made;
 }
 
-/// Conditions as "alias|operation|relationship|tag|value", each behind a ";".
+/// Returns conditions as "alias|operation|relationship|tag|value", separated by "; ".
 inline std::string shown(const qx_ptr<Persistence::CConditions>& list) {
   if (list.get() == nullptr) return "null";
   std::string text;
@@ -73,7 +73,7 @@ inline std::string shown(const qx_ptr<Persistence::CConditions>& list) {
   return text;
 }
 
-/// "code: text" of the refusal that `work` ends in, empty if it ends well.
+/// Returns "code: text" of the refusal of `work`; an empty text if it succeeds.
 template <class Work>
 std::string refusalOf(Work work) {
   try {

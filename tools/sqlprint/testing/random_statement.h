@@ -1,7 +1,7 @@
 #pragma once
 
-// Random descriptions: what they say, their text as a file, and the calls by which an add-on's
-// classes would have the same statement run.
+// Random descriptions: their content, their text as a file, and the calls of the layer's classes
+// that run the same statement.
 
 #include "tools/sqlprint/description.h"
 
@@ -12,7 +12,7 @@ class ICompany;
 
 namespace qx::test {
 
-/// Mostly sound; some are refused by the layer.
+/// Makes descriptions. Most are valid; the layer refuses some.
 class RandomStatements {
  public:
   explicit RandomStatements(std::uint32_t seed) : random_(seed) {}
@@ -39,10 +39,10 @@ class RandomStatements {
   std::mt19937 random_;  // gives the same numbers everywhere
 };
 
-/// The file that says it.
+/// Returns the description as the text of a file.
 std::string tomlOf(const sqlprint::Statement& statement);
 
-/// Has the layer run it, with a company. Deletes by an object, or by a collection.
+/// Runs the statement by the layer's classes with a company. Deletes by an object or a collection.
 void sendByLayer(const sqlprint::Statement& statement, ICompany* company, bool removeByCollection);
 
 }  // namespace qx::test

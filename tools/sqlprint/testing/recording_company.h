@@ -1,7 +1,7 @@
 #pragma once
 
-// A company of one engine that writes down each statement in the order of running. Every query
-// gives one row without columns, but for the highest code of a user table.
+// A company of one server type that records the statements in the order of running. Every query
+// returns one row, whose only value is the highest code of a user table.
 
 #include "qxframework/host/company.h"
 #include "testing/host_stubs.h"
@@ -56,7 +56,7 @@ class RecordingRecordset final : public StubRecordset {
   Recording& recording_;
 };
 
-/// The recording outlives the company.
+/// The caller keeps the recording alive as long as the company.
 class RecordingCompany final : public StubCompany {
  public:
   RecordingCompany(Recording& recording, long serverType)

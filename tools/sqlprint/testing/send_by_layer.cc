@@ -1,4 +1,4 @@
-// The calls by which an add-on's classes have a statement run.
+// The calls of the layer's classes that run a statement.
 
 #include "qxframework/host/company.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
@@ -117,7 +117,7 @@ void sendByObject(CQXPersistentObject& object, const Statement& statement) {
   object.Remove({});
 }
 
-/// A choose list's statement is run by the form, from the text that it is given.
+/// Runs the text of a choose list, as the form does that gets it.
 void chooseList(CQXPersistentObject& object, const Statement& statement) {
   CSimpleMap<CComBSTR, CComBSTR> titles;
   for (const auto& [column, title] : statement.titles) titles.Add(column, title);

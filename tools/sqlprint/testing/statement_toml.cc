@@ -1,4 +1,4 @@
-// A description as the text of a file.
+// Writes a description as the text of a file.
 
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"

@@ -5,13 +5,13 @@
 
 namespace qx::test {
 
-/// The slot of a virtual operation in its class's table, from 0; -1 if the operation is not
+/// Returns the slot of a virtual operation in its class's table, from 0; -1 if the operation is not
 /// virtual.
 ///
-/// Read out of the pointer to the operation as the Itanium C++ ABI lays it out: a word with the
-/// offset into the table and a word with the adjustment of `this`, with one bit that says that the
-/// operation is virtual. That bit is the lowest of the first word, but on ARM the lowest of the
-/// second, whose rest is shifted by one.
+/// Reads it from the pointer to the operation in the layout of the Itanium C++ ABI: a word with the
+/// offset into the table and a word with the adjustment of `this`. One bit marks a virtual
+/// operation: the lowest of the first word or, on ARM, the lowest of the second, whose other bits
+/// are shifted by one.
 template <class Operation>
 long slotOf(Operation operation) {
   struct Layout {
