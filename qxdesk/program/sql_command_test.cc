@@ -2,8 +2,6 @@
 
 #include "qxdesk/program/sql_command.h"
 
-#include "qxdesk/program/sql_command.h"
-
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
