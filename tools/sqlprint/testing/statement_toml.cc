@@ -27,7 +27,7 @@ std::string formatted(const char* format, auto... arguments) {
   return buffer.data();
 }
 
-std::string quoted(std::u16string_view text) {
+std::string inQuotes(std::u16string_view text) {
   std::string made = "\"";
   for (const char unit : toUtf8(text)) {
     const auto code = static_cast<unsigned char>(unit);
@@ -48,7 +48,7 @@ std::string numberText(double number) {
 }
 
 std::string valueText(const CComVariant& value) {
-  if (value.vt == VT_BSTR) return quoted(viewOfBstr(value.bstrVal));
+  if (value.vt == VT_BSTR) return inQuotes(viewOfBstr(value.bstrVal));
   if (value.vt == VT_R8) return numberText(value.dblVal);
   if (value.vt == VT_I4) return std::to_string(value.lVal);
   const CivilTime time = *civilFromDate(value.date);
@@ -65,20 +65,20 @@ std::string listText(const List& list, Write write) {
 }
 
 std::string namesText(const Names& names) {
-  return listText(names, [](const std::u16string& name) { return quoted(name); });
+  return listText(names, [](const std::u16string& name) { return inQuotes(name); });
 }
 
 std::string namedText(const NamedValues& values) {
   std::string made;
   for (const auto& [name, value] : values)
-    made += (made.empty() ? "" : ", ") + quoted(name) + " = " + valueText(value);
+    made += (made.empty() ? "" : ", ") + inQuotes(name) + " = " + valueText(value);
   return "{ " + made + " }";
 }
 
 std::string conditionText(const Condition& condition) {
-  std::string made = "{ field = " + quoted(condition.field);
+  std::string made = "{ field = " + inQuotes(condition.field);
   made += std::string(", is = \"") + kOperations[condition.operation] + "\"";
-  made += condition.raw ? ", raw = " + quoted(*condition.raw)
+  made += condition.raw ? ", raw = " + inQuotes(*condition.raw)
                         : ", value = " + valueText(condition.value);
   if (condition.relationship == Persistence::cr_Or) made += ", or = true";
   if (condition.open > 0) made += ", open = " + std::to_string(condition.open);
@@ -87,13 +87,13 @@ std::string conditionText(const Condition& condition) {
 }
 
 std::string joinText(const Join& join) {
-  std::string made = "{ table = " + quoted(join.table) + ", as = " + quoted(join.as);
+  std::string made = "{ table = " + inQuotes(join.table) + ", as = " + inQuotes(join.as);
   made += std::string(", user-table = ") + (join.userTable ? "true" : "false");
   made += std::string(", kind = \"") + kJoinModes[join.mode] + "\"";
   made += ", fields = " + namesText(join.fields);
   made += ", on = " + listText(join.on, [](const sqlprint::JoinField& field) {
-            const std::string to = "{ to = " + quoted(field.to);
-            if (field.from) return to + ", from = " + quoted(*field.from) + " }";
+            const std::string to = "{ to = " + inQuotes(field.to);
+            if (field.from) return to + ", from = " + inQuotes(*field.from) + " }";
             return to + ", is = \"" + kOperations[field.operation] +
                    "\", value = " + valueText(field.value) + " }";
           });
@@ -102,7 +102,7 @@ std::string joinText(const Join& join) {
 
 std::string queryText(const Statement& statement) {
   std::string made;
-  if (!statement.as.empty()) made += "as = " + quoted(statement.as) + "\n";
+  if (!statement.as.empty()) made += "as = " + inQuotes(statement.as) + "\n";
   if (!statement.keys.empty()) made += "keys = " + namesText(statement.keys) + "\n";
   if (!statement.keysOnly) made += "keys-only = false\n";
   if (!statement.fields.empty()) made += "fields = " + namesText(statement.fields) + "\n";
@@ -111,8 +111,8 @@ std::string queryText(const Statement& statement) {
     made += "sort = " +
             listText(statement.sort,
                      [](const sqlprint::SortField& field) {
-                       if (field.descending) return quoted(u"-" + field.field);
-                       return "{ field = " + quoted(field.field) + " }";
+                       if (field.descending) return inQuotes(u"-" + field.field);
+                       return "{ field = " + inQuotes(field.field) + " }";
                      }) +
             "\n";
   if (statement.limit) made += "limit = " + std::to_string(statement.limit->count) + "\n";
@@ -124,18 +124,18 @@ std::string queryText(const Statement& statement) {
 
 std::string tomlOf(const Statement& statement) {
   std::string made = "[" + std::string(sqlprint::nameOf(statement.kind)) + "]\n";
-  made += "table = " + quoted(statement.table) + "\n";
+  made += "table = " + inQuotes(statement.table) + "\n";
   if (statement.userTable != statement.table.starts_with(u'@'))
     made += std::string("user-table = ") + (statement.userTable ? "true" : "false") + "\n";
   made += queryText(statement);
-  if (!statement.nextCode.empty()) made += "next-code = " + quoted(statement.nextCode) + "\n";
+  if (!statement.nextCode.empty()) made += "next-code = " + inQuotes(statement.nextCode) + "\n";
   if (statement.kind == Kind::insert || statement.kind == Kind::update)
     made += "values = " + namedText(statement.values) + "\n";
   if (!statement.keyValues.empty()) made += "key-values = " + namedText(statement.keyValues) + "\n";
-  if (!statement.whereText.empty()) made += "where = " + quoted(statement.whereText) + "\n";
+  if (!statement.whereText.empty()) made += "where = " + inQuotes(statement.whereText) + "\n";
   std::string titles;
   for (const auto& [column, title] : statement.titles)
-    titles += (titles.empty() ? "" : ", ") + quoted(column) + " = " + quoted(title);
+    titles += (titles.empty() ? "" : ", ") + inQuotes(column) + " = " + inQuotes(title);
   if (!titles.empty()) made += "fields = { " + titles + " }\n";
   return made;
 }
