@@ -164,7 +164,7 @@ TEST(QxUtilText, ReplaceXmlEntityCharsTakesTheAmpersandFirst) {
 }
 
 TEST(QxUtilText, GetFileNameIsTheProgramWithoutFolderAndExtension) {
-  EXPECT_EQ(CQXUtil::GetFileName().View(), u"qxframework_dbdef_test");
+  EXPECT_EQ(CQXUtil::GetFileName().View(), u"qxframework_util_test");
 }
 
 TEST(QxUtilText, AProgramNameIsCutBehindTheLastSeparatorAndAheadOfTheLastDot) {
