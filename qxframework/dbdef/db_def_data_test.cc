@@ -39,7 +39,7 @@ TEST_F(DbDefData, EachEngineHasItsForm) {
        "insert into \"@T\"(\"Code\", \"Name\", \"U_N\") values ('00000000', '00000000', "
        "N'O''Brien')"}};
   for (const auto& [engine, sql] : expected) {
-    company->engine = engine;
+    company->serverType = engine;
     calls.calls.clear();
     insert("<row N=\"'O'Brien'\"/>");
     ASSERT_EQ(statements().size(), 2U) << engine;
@@ -48,7 +48,7 @@ TEST_F(DbDefData, EachEngineHasItsForm) {
 }
 
 TEST_F(DbDefData, OnDb2TheTargetIsTheCutName) {
-  company->engine = 2;
+  company->serverType = 2;
   create(
       "<database><tables><table TableName=\"ABCDEFGHIJ\"><data><row A=\"1\"/></data></table>"
       "</tables></database>");

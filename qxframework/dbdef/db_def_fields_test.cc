@@ -192,7 +192,7 @@ TEST_F(DbDefFields, TheDictionaryIsAskedInTheFormOfTheEngine) {
       {9, "SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = '@T' AND \"AliasID\" = 'F'"}};
   company->fields.push_back({.table = u"T", .name = u"F"});
   for (const auto& [engine, sql] : expected) {
-    company->engine = engine;
+    company->serverType = engine;
     calls.calls.clear();
     EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), S_OK) << engine;
     EXPECT_THAT(statements(), ElementsAre(sql)) << engine;
@@ -209,7 +209,7 @@ TEST_F(DbDefFields, InATablesGroupTheDictionaryIsAskedWithTheNameAsGiven) {
   EXPECT_THAT(statements(),
               ElementsAre("SELECT FieldID FROM CUFD WHERE TableID = 'HVITEM' AND AliasID = 'F'"));
   calls.calls.clear();
-  company->engine = 9;
+  company->serverType = 9;
   create(definition);
   EXPECT_THAT(statements(), ElementsAre("SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = 'HVITEM' "
                                         "AND \"AliasID\" = 'F'"));

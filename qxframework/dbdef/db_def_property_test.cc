@@ -100,7 +100,7 @@ TEST_F(DbDefProperty, ASecondRunAddsNothingButRows) {
     company->tables.clear();
     company->fields.clear();
     company->keys.clear();
-    company->engine = kEngines[seed % std::size(kEngines)];
+    company->serverType = kEngines[seed % std::size(kEngines)];
     DefinitionMaker maker(seed);
     const std::string definition = maker.make();
 

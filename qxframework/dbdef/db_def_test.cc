@@ -373,7 +373,7 @@ constexpr EngineStatements kStatements[] = {
 
 class DbDefEngine : public DbDefTest, public ::testing::WithParamInterface<EngineStatements> {
  protected:
-  DbDefEngine() { company->engine = GetParam().engine; }
+  DbDefEngine() { company->serverType = GetParam().engine; }
 };
 
 TEST_P(DbDefEngine, ReadsTheVersionInItsOwnForm) {

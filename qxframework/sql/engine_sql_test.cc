@@ -3,7 +3,7 @@
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/recordset.h"
-#include "testing/fake_company.h"
+#include "testing/scripted_company.h"
 
 #include <gtest/gtest.h>
 
@@ -116,7 +116,7 @@ TEST(RowInsert, FieldsStandInTheirOrder) {
 
 TEST(FieldText, IsEmptyForNullAndWithoutARow) {
   test::HostCalls calls;
-  const auto company = test::makeCompany(calls);
+  const auto company = test::makeScriptedCompany(calls);
   company->answer(u"none", {});
   company->answer(u"one", {{CComVariant(u"text"), CComVariant(12L), CComVariant()}});
   const CComQIPtr<IRecordset> recordset(company->GetBusinessObject(kRecordset));
