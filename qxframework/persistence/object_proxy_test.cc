@@ -4,10 +4,10 @@
 #include "qxframework/persistence/choose_list_helper.h"
 #include "qxframework/persistence/testing/proxy_records.h"
 #include "qxframework/persistence/testing/query_parts.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/persistence/testing/vtable_slot.h"
 #include "qxframework/query/link_criteria.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <gtest/gtest.h>
 
@@ -56,7 +56,7 @@ class ObjectProxy : public testing::Test {
     proxy.Load(codeIs(u"A"));
     company->runs.clear();
   }
-  Texts statements() { return company->statements(); }
+  Texts statements() { return company->statementTexts(); }
   ULONG references() { return qx::test::referencesTo(company); }
 
   qx::test::RecordingLogger logger;
@@ -215,7 +215,7 @@ TEST_F(ObjectProxy, AFailedAddLeavesItConnectedAndUnloaded) {
 
 TEST_F(ObjectProxy, AddThatGetsNoNewObjectLeavesItUnconnected) {
   load();
-  company->results["GetBusinessObject"] = E_FAIL;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_THROW(proxy.Add(item), _com_error);
   EXPECT_FALSE(proxy.IsConnected());
   EXPECT_FALSE(proxy.IsLoaded());

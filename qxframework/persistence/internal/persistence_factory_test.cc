@@ -2,7 +2,7 @@
 
 #include "qxframework/persistence/internal/dialect_classes.h"
 #include "qxframework/persistence/testing/query_parts.h"
-#include "qxframework/persistence/testing/scripted_company.h"
+#include "testing/scripted_company.h"
 
 #include <new>
 
@@ -95,15 +95,15 @@ TEST_F(PersistenceFactory, WithoutACompanyRaises) {
 }
 
 TEST_F(PersistenceFactory, ACompanyThatDoesNotAnswerRaises) {
-  company->results["GetDbServerType"] = E_FAIL;
+  company->calls.failures["Company.GetDbServerType"] = E_FAIL;
   EXPECT_THROW(factory.CreatePersistentObject(), _com_error);
-  company->results.clear();
-  company->results["GetBusinessObject"] = E_FAIL;
+  company->calls.failures.clear();
+  company->calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_THROW(factory.CreatePersistentCollection(), _com_error);
 }
 
 TEST_F(PersistenceFactory, WithoutMemoryGivesNull) {
-  company->results["GetBusinessObject"] = E_OUTOFMEMORY;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_OUTOFMEMORY;
   EXPECT_EQ(factory.CreatePersistentObject(), nullptr);
   EXPECT_EQ(factory.CreatePersistentCollection(), nullptr);
 

@@ -5,8 +5,8 @@
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
 #include "qxframework/persistence/testing/query_parts.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <memory>
 #include <string>
@@ -31,7 +31,7 @@ class CollectionFixture : public testing::TestWithParam<DialectParam> {
   }
   void refresh() {
     collection->Refresh();
-    company->moves.clear();
+    company->calls.calls.clear();
     logger.records.clear();
   }
   std::u16string scope(std::u16string_view operation) const {

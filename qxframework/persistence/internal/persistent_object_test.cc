@@ -3,8 +3,8 @@
 #include "qxframework/logging/qx_logger.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/testing/query_parts.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <gmock/gmock.h>
 
@@ -62,7 +62,7 @@ TEST_P(PersistentObject, AddRunsItsTextAndLogsIt) {
   object->GetFieldValues() = values({{u"Code", u"A"}});
   const CComBSTR text = object->InsertText(CComBSTR());
   object->Add();
-  EXPECT_THAT(company->statements(), ElementsAre(text.View()));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(text.View()));
   expectLog(u"Add", {record(u"Add", 3, std::u16string(text.View()))}, u"S_OK");
 }
 
@@ -83,7 +83,7 @@ TEST_P(PersistentObject, UpdateRunsItsTextAndLogsIt) {
   const auto keys = values({{u"Code", u"A"}});
   const CComBSTR text = object->UpdateText(keys);
   object->Update(keys);
-  EXPECT_THAT(company->statements(), ElementsAre(text.View()));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(text.View()));
   expectLog(u"Update", {ran(u"Update")}, u"S_OK");
 }
 
@@ -101,7 +101,7 @@ TEST_P(PersistentObject, RemoveRunsItsTextAndLogsIt) {
   object->SetConditions(codeIs(u"A"));
   const CComBSTR text = object->RemoveText();
   object->Remove({});
-  EXPECT_THAT(company->statements(), ElementsAre(text.View()));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(text.View()));
   expectLog(u"Remove", {ran(u"Remove")}, u"S_OK");
 }
 
@@ -123,7 +123,7 @@ TEST_P(PersistentObject, AStatementWithPercentSignsIsLoggedAsItIs) {
 }
 
 TEST_P(PersistentObject, AResultAboveZeroIsTheScopesResult) {
-  company->statementResult = 1;
+  company->calls.failures["SQL"] = 1;
   object->SetConditions(codeIs(u"A"));
   object->Remove({});
   expectLog(u"Remove", {ran(u"Remove")}, u"S_FALSE");
@@ -172,7 +172,7 @@ TEST_P(PersistentObject, AFailureThatTheCompanyKnowsNothingOfIsUnknown) {
 
 TEST_P(PersistentObject, ACompanyThatIsGoneIsAnUnknownError) {
   setUpFailure();
-  company->results["GetLastError"] = E_FAIL;
+  company->calls.failures["Company.GetLastError"] = E_FAIL;
   EXPECT_EQ(refusalOf([&] { object->Add(); }), "-1: Unknown error");
 }
 
@@ -201,7 +201,7 @@ TEST_P(PersistentObject, SelectRefusesTwoRows) {
 }
 
 TEST_P(PersistentObject, ARecordCountThatFailsIsAFailureOfSelect) {
-  company->results["GetRecordCount"] = E_FAIL;
+  company->calls.failures["Recordset.GetRecordCount"] = E_FAIL;
   company->errorText = u"no count";
   object->SetConditions(codeIs(u"A"));
   EXPECT_EQ(refusalOf([&] { object->Select(); }), "-1: no count");
