@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 
 namespace qx::logger::test {
 
@@ -43,11 +42,6 @@ std::vector<std::string> TemporaryFolder::names() const {
   }
   std::sort(names.begin(), names.end());
   return names;
-}
-
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 void writeText(const std::string& path, const std::string& text) {

@@ -5,6 +5,7 @@
 
 #include "qxlogger/file_api.h"
 #include "qxlogger/log_clock.h"
+#include "testing/file_content.h"
 #include "testing/scoped_variable.h"
 #include "testing/temp_folder.h"
 #include "testing/time_zone.h"
@@ -18,6 +19,7 @@
 
 namespace qx::logger::test {
 
+using qx::test::contentOf;
 using qx::test::ScopedTimeZone;
 using qx::test::ScopedVariable;
 
@@ -80,8 +82,6 @@ class TemporaryFolder : public qx::test::TempFolder {
   std::vector<std::string> names() const;
 };
 
-/// Returns the whole content of a file, an empty text if there is none.
-std::string contentOf(const std::string& path);
 /// Replaces the content of a file.
 void writeText(const std::string& path, const std::string& text);
 

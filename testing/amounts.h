@@ -1,6 +1,6 @@
 #pragma once
 
-// Amounts as tests and benchmarks see them: by their millionths and as text.
+// Conversions between amounts, their millionths and their texts.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
@@ -16,7 +16,7 @@ inline std::int64_t millionthsOf(const CQXCurrency& amount) {
   return amount.GetInteger() * 1'000'000 + amount.GetFraction();
 }
 
-/// The decimal places of rounding, for as long as this lives.
+/// Sets the decimal places of rounding while it lives.
 class DefaultDecimal {
  public:
   explicit DefaultDecimal(int places) : before_(CQXCurrency::m_DefaultDecimal) {

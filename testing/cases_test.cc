@@ -28,9 +28,9 @@ TEST(CasesTest, TheFactorRaisesAndLowersTheNumber) {
   EXPECT_EQ(casesWith("0.1", 25), 2U);
 }
 
-TEST(CasesTest, AtLeastOneCaseIsLeft) { EXPECT_EQ(casesWith("0.001", 10), 1U); }
+TEST(CasesTest, AtLeastOneCaseRemains) { EXPECT_EQ(casesWith("0.001", 10), 1U); }
 
-TEST(CasesDeathTest, AFactorThatIsNoNumberAboveZeroAborts) {
+TEST(CasesDeathTest, AFactorThatIsNotAPositiveNumberAborts) {
   for (const char* factor : {"", " 2", "2 ", "ten", "2x", "+2", "0", "-1", "nan", "inf", "1e300"})
     EXPECT_DEATH(casesWith(factor, 10),
                  testing::HasSubstr("QX_TEST_CASES_FACTOR=\"" + std::string(factor) + "\" makes"))

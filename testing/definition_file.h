@@ -1,8 +1,8 @@
 #pragma once
 
-// A text that a test hands to the resource loader at run time. A resource without a "<" names a
-// file: the programs that use this embed one with the text /proc/self/fd/200, and the file behind
-// that number lives in memory.
+// A text that the resource loader reads and a test sets at run time. A resource without a "<" names
+// a file. The programs that use this class embed a resource with the text /proc/self/fd/200, and
+// this class opens a file in memory under that descriptor.
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace qx::test {
 class DefinitionFile {
  public:
   static constexpr int kDescriptor = 200;
-  static constexpr unsigned kResource = 900;
+  static constexpr unsigned kResource = 900;  // the resource that names the file
 
   DefinitionFile() {
     const int made = memfd_create("definition", MFD_CLOEXEC);
@@ -27,6 +27,7 @@ class DefinitionFile {
   DefinitionFile(const DefinitionFile&) = delete;
   DefinitionFile& operator=(const DefinitionFile&) = delete;
 
+  /// Replaces the content. Throws std::runtime_error if the memory does not suffice.
   void write(std::string_view content) const {
     if (ftruncate(kDescriptor, 0) != 0 || pwrite(kDescriptor, content.data(), content.size(), 0) !=
                                               static_cast<ssize_t>(content.size())) {

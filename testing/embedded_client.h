@@ -1,7 +1,7 @@
 #pragma once
 
-// An embedded client of a test's own, and its user. Every object of it is another client, also on
-// the same database: a stopped add-on's event sink holds its client until the process ends.
+// An embedded client for one test, and its user. Two objects are two clients even if they share a
+// database, because the event sink of a stopped add-on holds its client until the process ends.
 
 #include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/bstr.h"
@@ -16,24 +16,26 @@ namespace qx::test {
 
 struct ClientOptions {
   std::string engine = "mssql";
-  std::string more;  ///< further keys of the connection string, each with "&" ahead
-  long appId = 0;    ///< 0: one that no client of this process has had
+  std::string more;  ///< further keys of the connection string, each preceded by "&"
+  long appId = 0;    ///< 0 for a number that is new in this process
 };
 
-/// The client runs from the first use of user() or application(), or from the add-on's Connect.
+/// The client starts with the first operation of its user, with application() or with the add-on's
+/// Connect, whichever is first.
 class EmbeddedClient {
  public:
   explicit EmbeddedClient(const std::filesystem::path& database, const ClientOptions& options = {});
 
-  /// What an add-on connects with.
+  /// Returns the connection string for an add-on.
   const std::u16string& connection() const { return connection_; }
   long appId() const { return appId_; }
   CComPtr<IApplication> application();
 
-  /// What the user does. The result is false when an add-on vetoed it; a refusal of the client is
-  /// raised as _com_error.
+  /// The user's actions. They return false if an add-on vetoes the action and throw _com_error if
+  /// the client refuses it.
   bool pickMenu(const std::string& uid);
-  std::string openForm(const std::string& type);  ///< the new form's UID; empty: vetoed
+  std::string openForm(
+      const std::string& type);  ///< returns the new form's UID, an empty text for a veto
   bool closeForm(const std::string& form);
   bool selectForm(const std::string& form);
   bool press(const std::string& form, const std::string& item);
@@ -50,9 +52,10 @@ class EmbeddedClient {
   void shutDown();
   void terminate();
   void queueAnswer(long button);
-  /// Asked for the button of each box for which no answer waits.
+  /// Sets the function that chooses the button of a box if no answer is queued.
   void answerBoxes(std::function<long(const std::string& text)> answer);
 
+  /// The state of the screens as the client prints it.
   std::string menus();
   std::string boxes();
   std::string statusBar();

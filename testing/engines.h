@@ -1,6 +1,6 @@
 #pragma once
 
-// The four database engines whose dialects the framework writes, for tests that hold for each.
+// The four dialects that the framework writes, for tests that hold for each.
 
 #include "testing/param_name.h"
 

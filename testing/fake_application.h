@@ -1,99 +1,87 @@
 #pragma once
 
-// A client for tests: its number, its language, its forms, and a status bar whose progress bar may
-// be held by somebody else for a while.
+// The client of the tests: its number and language, its forms, boxes, batches and status bar, and
+// the connection point of its events. Each call that changes something is recorded.
 
-#include "testing/fake_form_list.h"
+#include "qxframework/automation/connection_point.h"
 #include "testing/host_calls.h"
 #include "testing/host_stubs.h"
 
+#include <deque>
 #include <string>
 #include <vector>
 
 namespace qx::test {
 
-class FakeApplication;
-
 class FakeForm final : public StubForm {
  public:
-  FakeForm(std::u16string formUid, bool isSelected)
-      : uid(std::move(formUid)), selected(isSelected) {}
+  FakeForm(HostCalls& calls, std::u16string formUid, bool isSelected = false)
+      : uid(std::move(formUid)), selected(isSelected), calls_(calls) {}
 
-  HRESULT raw_GetUniqueID(BSTR* out) override { return giveText(uid, out); }
+  HRESULT raw_GetUniqueID(BSTR* out) override {
+    const HRESULT hr = calls_.enter("Form.GetUniqueID");
+    return hr < 0 ? hr : giveText(uid, out);
+  }
   HRESULT raw_GetSelected(VARIANT_BOOL* out) override {
     *out = selected ? VARIANT_TRUE : VARIANT_FALSE;
     return S_OK;
   }
+  HRESULT raw_Freeze(VARIANT_BOOL freeze) override {
+    return calls_.record("Form.Freeze", std::to_string(freeze));
+  }
+  HRESULT raw_Update() override { return calls_.record("Form.Update"); }
+  HRESULT raw_Close() override { return calls_.record("Form.Close", toUtf8(uid)); }
+  HRESULT raw_GetItems(IItems** out) override { return giveObject(items.p, out); }
+  HRESULT raw_GetHeight(long* out) override { return *out = height, S_OK; }
+  HRESULT raw_GetWidth(long* out) override { return *out = width, S_OK; }
+  HRESULT raw_GetClientHeight(long* out) override { return *out = clientHeight, S_OK; }
+  HRESULT raw_GetClientWidth(long* out) override { return *out = clientWidth, S_OK; }
+  HRESULT raw_PutHeight(long value) override {
+    return calls_.record("Form.PutHeight", std::to_string(value));
+  }
+  HRESULT raw_PutWidth(long value) override {
+    return calls_.record("Form.PutWidth", std::to_string(value));
+  }
 
   std::u16string uid;
   bool selected;
-};
-
-class FakeProgressBar final : public StubProgressBar {
- public:
-  explicit FakeProgressBar(HostCalls& calls) : calls_(calls) {}
-
-  HRESULT raw_PutText(BSTR text) override { return calls_.record("Bar.PutText", narrow(text)); }
-  HRESULT raw_PutValue(long value) override {
-    return calls_.record("Bar.PutValue", std::to_string(value));
-  }
-  HRESULT raw_Stop() override { return calls_.record("Bar.Stop", ""); }
+  long height = 100, width = 200, clientHeight = 100, clientWidth = 200;
+  CComPtr<IItems> items;
 
  private:
   HostCalls& calls_;
 };
 
-class FakeStatusBar final : public StubStatusBar {
+/// The application is also the container of the connection point.
+class FakeApplication final : public StubApplication<IConnectionPointContainer> {
  public:
-  FakeStatusBar(HostCalls& calls, int& heldFor) : calls_(calls), heldFor_(heldFor) {}
+  /// `calls` must outlive the application.
+  explicit FakeApplication(HostCalls& calls);
 
-  HRESULT raw_CreateProgressBar(BSTR text, long maximum, VARIANT_BOOL stoppable,
-                                IProgressBar** out) override {
-    const HRESULT hr =
-        calls_.record("StatusBar.CreateProgressBar", narrow(text) + ", " + std::to_string(maximum) +
-                                                         ", " + std::to_string(stoppable));
-    if (hr < 0) return hr;
-    if (heldFor_ > 0) {
-      --heldFor_;
-      return E_ACCESSDENIED;
-    }
-    return giveObject<IProgressBar>(makeObject<FakeProgressBar>(calls_).p, out);
-  }
-  HRESULT raw_SetText(BSTR text, long displayTime, HvStatusBarMessageType type) override {
-    return calls_.record("StatusBar.SetText", narrow(text) + ", " + std::to_string(displayTime) +
-                                                  ", " + std::to_string(type));
-  }
+  /// Opens a form as the user does.
+  FakeForm& addForm(std::u16string uid, bool selected = false);
 
- private:
-  HostCalls& calls_;
-  int& heldFor_;
-};
-
-class FakeApplication final : public StubApplication<> {
- public:
-  explicit FakeApplication(HostCalls& calls) : calls_(calls) {}
-
-  HRESULT raw_GetAppId(long* out) override {
-    *out = appId;
-    return S_OK;
-  }
-  HRESULT raw_GetLanguage(HvLanguages* out) override {
-    *out = language;
-    return calls_.enter("App.GetLanguage");
-  }
-  HRESULT raw_GetStatusBar(IStatusBar** out) override {
-    const HRESULT hr = calls_.enter("App.GetStatusBar");
-    if (hr < 0) return hr;
-    return giveObject<IStatusBar>(makeObject<FakeStatusBar>(calls_, barHeldFor).p, out);
-  }
-  HRESULT raw_GetForms(IForms** out) override {
-    return giveObject<IForms>(makeObject<FakeFormList<FakeForm>>(calls_, forms).p, out);
-  }
+  HRESULT raw_GetForms(IForms** out) override;
+  HRESULT raw_GetCompanyInfo(IHostCompany** out) override;
+  HRESULT raw_GetAppId(long* out) override;
+  HRESULT raw_GetLanguage(HvLanguages* out) override;
+  HRESULT raw_MessageBox(BSTR text, long defaultButton, BSTR button1, BSTR button2, BSTR button3,
+                         long* out) override;
+  HRESULT raw_LoadBatchActions(BSTR xml) override;
+  HRESULT raw_GetLastBatchResults(BSTR* out) override;
+  HRESULT raw_GetStatusBar(IStatusBar** out) override;
+  HRESULT raw_GetStartupDone(VARIANT_BOOL* out) override;
+  HRESULT raw_PutStartupDone(VARIANT_BOOL done) override;
+  HRESULT FindConnectionPoint(REFIID iid, IConnectionPoint** out) override;
 
   long appId = 7;
   HvLanguages language = ln_English;
-  int barHeldFor = 0;  // tries for which another holder has the bar
+  VARIANT_BOOL startupDone = VARIANT_FALSE;
+  std::deque<long> pressedButtons;  // of the boxes to come; 1 if there is none
+  int barHeldFor = 0;               // tries for which another process holds the progress bar
   std::vector<CComPtr<FakeForm>> forms;
+  CComPtr<FakeForm> menuBar;
+  IDispatch* sink = nullptr;  // advised at the connection point
 
  private:
   HostCalls& calls_;

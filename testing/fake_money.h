@@ -1,28 +1,34 @@
 #pragma once
 
-// What a company offers for amounts and dates: the helper with the display forms and rates, and the
-// rounding service. Each call goes to the list of the company's calls; the answers are set by the
-// test.
+// The objects of a company for amounts and dates: the helper with the display forms and rates, and
+// the rounding service. A test sets their answers; each call is recorded in the company's list.
 
-#include "testing/fake_company.h"
+#include "testing/scripted_company.h"
+#include "testing/scripted_recordset.h"
 
 #include <cstdio>
 #include <string>
 
 namespace qx::test {
 
+/// Returns the number with up to 15 digits.
 inline std::string shown(double number) {
   char text[40];
   std::snprintf(text, sizeof text, "%.15g", number);
   return text;
 }
 
+/// Records "Helper.Operation(arguments)" and answers each operation with `rows`. The company must
+/// outlive it.
 class FakeDataHelper final : public StubDataHelper {
  public:
-  explicit FakeDataHelper(FakeCompany& company) : company_(company) {}
+  explicit FakeDataHelper(ScriptedCompany& company) : company_(company) {}
 
   HRESULT raw_FormatDateToString(DATE date, IRecordset** out) override {
     return answer("FormatDateToString", shown(date), out);
+  }
+  HRESULT raw_FormatStringToDate(BSTR text, IRecordset** out) override {
+    return answer("FormatStringToDate", narrow(text), out);
   }
   HRESULT raw_FormatMoneyToString(double amount, HvMoneyPrecisionTypes precision,
                                   IRecordset** out) override {
@@ -32,15 +38,15 @@ class FakeDataHelper final : public StubDataHelper {
     return answer("GetCurrencyRate", narrow(currency) + ", " + shown(date), out);
   }
 
-  FakeRows rows;
+  std::vector<ScriptedRow> rows;
 
  private:
   HRESULT answer(const std::string& operation, const std::string& arguments, IRecordset** out) {
     const HRESULT hr = company_.calls.record("Helper." + operation, arguments);
-    return hr < 0 ? hr : giveObject<IRecordset>(makeRecordset(company_, rows), out);
+    return hr < 0 ? hr : giveObject<IRecordset>(makeRecordset(company_, {{}, rows}), out);
   }
 
-  FakeCompany& company_;
+  ScriptedCompany& company_;
 };
 
 class FakeDecimalData final : public NoDispatch<ComObject<IDecimalData>> {
@@ -73,6 +79,7 @@ class FakeRoundedData final : public NoDispatch<ComObject<IRoundedData>> {
   double value_;
 };
 
+/// Rounds every amount to `rounded`.
 class FakeCompanyService final : public NoDispatch<ComObject<ICompanyService>> {
  public:
   explicit FakeCompanyService(HostCalls& calls) : calls_(calls) {}

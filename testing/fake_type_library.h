@@ -1,6 +1,6 @@
 #pragma once
 
-// What a library of the host tells of itself: version 9.20, as far as it tells at all.
+// The type information of a host's library: version 9.20, unless the test makes it unavailable.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/type_info.h"
@@ -8,12 +8,12 @@
 namespace qx::test {
 
 struct FakeLibrary {
-  /// The type information of each of its objects; the library must outlive it.
+  /// Returns the type information of each of its objects. The library must outlive it.
   HRESULT giveTypeInfo(ITypeInfo** out);
 
   bool hasTypeInfo = true;
   bool hasTypeLib = true;
-  int heldAttributes = 0;  ///< taken from the library and not given back yet
+  int heldAttributes = 0;  ///< obtained and not yet released
 };
 
 class FakeTypeLib final : public ComObject<ITypeLib> {

@@ -1,8 +1,12 @@
 #pragma once
 
+// The record that all fakes of one host share: which operations were called, and what they are to
+// do instead of succeeding.
+
 #include "qxframework/automation/text.h"
 #include "qxframework/automation/types.h"
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <string>
@@ -11,46 +15,48 @@
 
 namespace qx::test {
 
+/// Returns the text as UTF-8, "null" for a null pointer.
 inline std::string narrow(const OLECHAR* text) {
   if (text == nullptr) return "null";
   return toUtf8(std::u16string_view(text));
 }
 
-/// What the fakes of the host were asked for, in order, as "Object.Operation(arguments)". Any
-/// operation, recorded or not, can be made to fail, to answer with a code or to run a hook by its
-/// name.
+/// Lists the calls in order as "Object.Operation(arguments)". A test makes any operation fail,
+/// return an error number or run a hook by its name, also operations that are not listed because
+/// they only read.
 class HostCalls {
  public:
+  /// Runs the hook of `name` and returns its failure, S_OK if the test has set none.
   HRESULT enter(const std::string& name) {
     if (const auto entry = hooks.find(name); entry != hooks.end()) {
-      const auto hook = entry->second;  // it may take itself out of the list
+      const auto hook = entry->second;  // a hook may remove itself from the map
       hook();
     }
     const auto failure = failures.find(name);
     return failure == failures.end() ? S_OK : failure->second;
   }
+  /// Lists the call with its arguments, then enters it.
   HRESULT record(const std::string& name, const std::string& arguments) {
     calls.push_back(name + "(" + arguments + ")");
     return enter(name);
   }
-  /// Listed without brackets.
+  /// Lists the call without brackets, then enters it.
   HRESULT record(const std::string& name) {
     calls.push_back(name);
     return enter(name);
   }
-  /// The calls that begin with `head`, without it.
+  /// Returns the calls that begin with `head`, without it.
   std::vector<std::string> of(std::string_view head) const {
     std::vector<std::string> found;
     for (const std::string& call : calls)
       if (call.starts_with(head)) found.push_back(call.substr(head.size()));
     return found;
   }
+  /// True if the list contains exactly this call.
   bool has(const std::string& call) const {
-    for (const std::string& each : calls)
-      if (each == call) return true;
-    return false;
+    return std::find(calls.begin(), calls.end(), call) != calls.end();
   }
-  /// The answer that `name` is to give instead of 0, an error number of the host.
+  /// Returns the error number that the test has set for `name`, 0 if none.
   long answer(const std::string& name) const {
     const auto found = answers.find(name);
     return found == answers.end() ? 0 : found->second;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The host's interfaces with every operation refused by E_NOTIMPL, for the fakes of tests, which
-// override what they need.
+// The host's interfaces with every operation refused by E_NOTIMPL. The fakes derive from them and
+// override the operations that they need.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/application.h"

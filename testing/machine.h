@@ -1,8 +1,8 @@
 #pragma once
 
-// The machine that a test program runs on: its locks, counters, logs and log settings lie in a
-// fresh folder, its registry is the one of this build. It stands before the first test and goes
-// with the program.
+// The surroundings of a test program. Its locks, counters, logs and log settings are in a fresh
+// folder, its registry is that of this build. They are set up before the first test and removed
+// after the last.
 
 #include <cstdint>
 #include <filesystem>
@@ -11,27 +11,27 @@
 
 namespace qx::test {
 
-/// The folder of the program's own machine.
+/// Returns the fresh folder.
 const std::filesystem::path& machineFolder();
 
-/// The registry of the build that the tests belong to.
+/// Returns the registry file of this build.
 std::filesystem::path buildRegistry();
-/// A program of this build.
+/// Returns the path of a program of this build.
 std::filesystem::path buildProgram(const std::string& name);
 
-/// From here on the permissions of files hold for this process, also when it is the superuser's.
+/// Makes file permissions apply to this process from now on, even if it runs as the superuser.
 void obeyFilePermissions();
 
-/// While it lives nobody in this process waits: a pause ends at once.
+/// Ends every pause (nanosleep) of this process at once while it lives.
 class SkippedPauses {
  public:
-  /// `inPause` is what the rest of the world does in each pause.
+  /// `inPause` runs in each pause, in place of what other processes do in that time.
   explicit SkippedPauses(std::function<void()> inPause = {});
   ~SkippedPauses();
   SkippedPauses(const SkippedPauses&) = delete;
   SkippedPauses& operator=(const SkippedPauses&) = delete;
 
-  /// What the pauses would have taken in all.
+  /// Returns the sum of the skipped pauses.
   static std::int64_t milliseconds();
 };
 

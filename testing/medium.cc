@@ -34,7 +34,7 @@ std::string& model() {
 
 constexpr std::string_view kOdbc = "odbc:";
 
-/// The server's name of a database of ours, by the "Database=" of its connection string.
+// Returns the name that follows "Database=" in a connection string.
 std::string serverName(const std::string& database) {
   constexpr std::string_view kKey = "Database=";
   const std::size_t begin = database.find(kKey);
@@ -46,8 +46,8 @@ std::string serverName(const std::string& database) {
 }  // namespace
 
 const Medium& medium() {
-  static const Medium chosenOne = readMedium();
-  return chosenOne;
+  static const Medium ofThisRun = readMedium();
+  return ofThisRun;
 }
 
 std::string CompanyStore::fresh(const fs::path& folder) {

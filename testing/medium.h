@@ -1,7 +1,8 @@
 #pragma once
 
-// The dialect and the database that a test program is run for: one program, run for each pair of
-// them. QX_TEST_ENGINE says mssql, sybase, db2 or kordb, QX_TEST_DATABASE sqlite or postgres.
+// The medium of a test program: the dialect and the database engine of its run. CTest runs one
+// program for each pair. QX_TEST_ENGINE is mssql, sybase, db2 or kordb and names the dialect;
+// QX_TEST_DATABASE is sqlite or postgres.
 
 #include <filesystem>
 #include <string>
@@ -9,30 +10,30 @@
 namespace qx::test {
 
 struct Medium {
-  std::string engine;  ///< as in a client's connection string
+  std::string engine;  ///< the dialect as a client's connection string names it
   bool postgres = false;
   long serverType = 0;  ///< see qx::DbServerType
 
   bool is(long type) const { return serverType == type; }
 };
 
-/// Raises std::runtime_error for names that mean nothing; left out they are mssql and sqlite.
+/// Returns the medium of this run, by default mssql on sqlite. Throws std::runtime_error if a
+/// variable has an unknown name.
 const Medium& medium();
 
-/// A place for companies, all of which begin as copies of one that was prepared.
+/// Creates the databases of companies. Once a test has prepared one, all later ones are its copies.
 class CompanyStore {
  public:
-  /// The database of a new company, as it stands in a client's connection string: an empty one, to
-  /// become a company with the first connection, or a copy of the one that was kept.
+  /// Creates a database and returns it as a client's connection string names it. It is a copy of
+  /// the model or, without one, empty until the first connection makes it a company.
   static std::string fresh(const std::filesystem::path& folder);
-  /// Makes `database` the one that fresh() copies from now on. Nobody may be connected to it.
+  /// Makes `database` the model that fresh() copies from now on. It must have no connection.
   static void keepAsModel(const std::string& database);
   static bool hasModel();
 
-  /// Runs a statement past the host and the framework, as another program would, in the words of
-  /// the database itself.
+  /// Runs a statement of the engine's own SQL as another program does, without host and framework.
   static void run(const std::string& database, const std::string& sql);
-  /// The first cell of the answer.
+  /// Runs a query likewise and returns the first cell of the answer.
   static std::string ask(const std::string& database, const std::string& sql);
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// Another program on an ODBC source: tests look behind the component's back with it.
+// Another program on an ODBC source. With it a test looks at a database and changes it without the
+// component under test.
 
 #include <memory>
 #include <string>
@@ -9,14 +10,14 @@ namespace qx::test {
 
 class OdbcProgram {
  public:
-  /// Raises std::runtime_error, as all operations do.
+  /// Connects. All operations throw std::runtime_error with the state and text of the driver.
   explicit OdbcProgram(const std::string& connection);
   ~OdbcProgram();
   OdbcProgram(const OdbcProgram&) = delete;
   OdbcProgram& operator=(const OdbcProgram&) = delete;
 
   void run(const std::string& sql);
-  /// The first cell as text; empty for null and for no row.
+  /// Returns the first cell as text, an empty text for null and without a row.
   std::string ask(const std::string& sql);
 
  private:

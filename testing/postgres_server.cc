@@ -1,5 +1,6 @@
 #include "testing/postgres_server.h"
 
+#include "testing/file_content.h"
 #include "testing/odbc_program.h"
 
 #include <fcntl.h>
@@ -18,7 +19,6 @@
 #include <cstdio>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -48,7 +48,7 @@ struct Account {
   gid_t group = getegid();
 };
 
-/// Who the server may run as.
+// Returns the account under which the server runs.
 Account serverAccount() {
   Account account;
   if (account.user != 0) return account;
@@ -62,8 +62,8 @@ void handOver(const fs::path& path, const Account& account) {
   if (lchown(path.c_str(), account.user, account.group) != 0) cannot("chown " + path.string());
 }
 
-/// Databases are made by the dozen, which a file system in memory does several times as fast; it
-/// takes a few hundred megabytes of it.
+// Tests create dozens of databases, which is several times as fast in a file system in memory. They
+// take a few hundred megabytes; a file system with less than the room below may fill up.
 bool isInMemoryWithRoom(const fs::path& folder) {
   constexpr std::uintmax_t kRoom = 4ULL << 30;
   std::error_code error;
@@ -72,7 +72,7 @@ bool isInMemoryWithRoom(const fs::path& folder) {
 }
 
 fs::path temporaryFolder() {
-  // A socket's path has 107 characters at most.
+  // The path of a Unix socket has at most 107 characters.
   fs::path parent = fs::temp_directory_path();
   if (isInMemoryWithRoom("/dev/shm")) parent = "/dev/shm";
   if (parent.string().size() > 60) parent = "/tmp";
@@ -83,7 +83,8 @@ fs::path temporaryFolder() {
   return name;
 }
 
-/// In a new process: leaves root, runs the program with its output in `log`, dies with its parent.
+// Runs in a new process: leaves root, then runs the program with its output in `log`. The program
+// ends with its parent.
 [[noreturn]] void become(const Account& account, const fs::path& log,
                          const std::vector<std::string>& words) {
   const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
@@ -104,13 +105,13 @@ fs::path temporaryFolder() {
 
 std::string program(const char* name) { return std::string(QX_POSTGRES_BIN "/") + name; }
 
-/// "15" of "postgres (PostgreSQL) 15.18".
+// Returns "15" for "postgres (PostgreSQL) 15.18".
 std::string majorVersion() {
   const std::unique_ptr<FILE, int (*)(FILE*)> output(
       popen((program("postgres") + " --version").c_str(), "re"), pclose);
   std::array<char, 200> text{};
   if (output == nullptr || fgets(text.data(), text.size(), output.get()) == nullptr) {
-    cannot("it does not tell its version");
+    cannot("it does not print its version");
   }
   const std::string_view line(text.data());
   const std::size_t begin = std::min(line.find_first_of("0123456789"), line.size());
@@ -130,8 +131,8 @@ void initialise(const fs::path& folder, const Account& account) {
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) cannot("initdb failed");
 }
 
-/// Making a cluster takes seconds, so the build folder keeps one to copy for each major version: a
-/// newer server cannot run on it.
+// Creating a cluster takes seconds, so the build folder keeps one to copy. It keeps one for each
+// major version because a server refuses the cluster of another.
 void makeCluster(const fs::path& folder, const Account& account) {
   const fs::path kept = QX_POSTGRES_CLUSTER "_" + majorVersion();
   const int lock = open((kept.string() + ".lock").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
@@ -164,23 +165,18 @@ std::vector<std::string> serverCommand(const fs::path& folder) {
   return words;
 }
 
-std::string contentOf(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
-
 void note(const fs::path& folder, const std::string& what) {
   std::ofstream(folder / "log", std::ios::app) << what << "\n";
 }
 
-/// The keeper: starts and stops the server as it is told, until the test program is gone.
+// The keeper process: starts and stops the server by command until the test program has ended.
 class Keeper {
  public:
   Keeper(fs::path folder, int line, pid_t parent)
       : folder_(std::move(folder)), line_(line), parent_(parent) {}
 
   void serve() {
+    // The connections of a killed server become children of the keeper, which can wait for them.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     while (const char what = nextCommand()) {
       const char answer = obey(what) ? kDone : kFailed;
@@ -192,10 +188,11 @@ class Keeper {
   }
 
  private:
-  // A child that a crashed test left behind may hold the line open, so the parent is looked at too.
+  // A child of a crashed test may hold the line open, so the end of the line alone does not show
+  // that the test program has ended.
   bool isAlone() const { return getppid() != parent_; }
 
-  // 0 when there is nobody to serve any more.
+  // Returns 0 if the test program has ended or asks for the end.
   char nextCommand() const {
     pollfd line{line_, POLLIN, 0};
     int ready = 0;
@@ -245,7 +242,8 @@ class Keeper {
     kill(server_, how == PostgresServer::End::Fast     ? SIGINT
                   : how == PostgresServer::End::Killed ? SIGKILL
                                                        : SIGQUIT);
-    // The connections of a server that was killed hold its memory until they notice.
+    // The connections of a killed server hold its shared memory until they notice its death; a new
+    // server would refuse to start before that.
     while (waitpid(-1, nullptr, 0) > 0) {
     }
     server_ = -1;
@@ -270,7 +268,7 @@ PostgresServer::PostgresServer() : folder_(temporaryFolder()), owner_(getpid()) 
   keeper_ = fork();
   if (keeper_ == 0) {
     close(ends[0]);
-    setsid();  // so that an interrupt from the terminal leaves time to clean up
+    setsid();  // an interrupt from the terminal must not end the keeper before it has cleaned up
     Keeper(folder_, ends[1], owner_).serve();
     _exit(0);
   }

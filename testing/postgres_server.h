@@ -1,11 +1,11 @@
 #pragma once
 
-// A private PostgreSQL server for the tests of one program: fresh databases in a temporary folder,
-// reached by a Unix socket only, so that no port is taken. A keeper process stands between the test
-// program and the server. It stops the server and removes the folder when the program ends, however
-// that ends, so that nothing is left behind.
+// A private PostgreSQL server for the tests of one program. Its databases are in a temporary
+// folder, and it listens on a Unix socket only, so it needs no port. A keeper process starts and
+// stops the server. When the test program ends, even by a crash, the keeper stops the server and
+// removes the folder.
 //
-// The server takes no root, so it runs as "postgres" or "nobody" where the tests run as root.
+// PostgreSQL refuses to run as root, so in tests of root it runs as "postgres" or "nobody".
 
 #include <sys/types.h>
 
@@ -17,12 +17,12 @@ namespace qx::test {
 
 class PostgresServer {
  public:
-  /// How a server goes away, from the gentlest: clients are told, are cut off with a word of
-  /// warning, find the process dead.
+  /// The ways to end a server. Fast ends its sessions with an error and shuts down in order.
+  /// Immediate warns the clients and exits. Killed leaves them a dead process.
   enum class End { Fast, Immediate, Killed };
 
-  /// The server of this test program, which starts when it is first asked for. Raises
-  /// std::runtime_error with the server's log when it does not start.
+  /// Returns the server of this test program, which the first call starts. Throws
+  /// std::runtime_error with the server's log if it does not start.
   static PostgresServer& shared();
 
   PostgresServer();
@@ -30,20 +30,19 @@ class PostgresServer {
   PostgresServer(const PostgresServer&) = delete;
   PostgresServer& operator=(const PostgresServer&) = delete;
 
-  /// A database that nobody has used; its name. A copy of `model` where one is given, to which
-  /// nobody must be connected.
+  /// Creates a database as a copy of `model`, which must have no connection. Returns its name.
   std::string createDatabase(std::string_view model = "template1");
-  /// An ODBC connection string.
+  /// Returns an ODBC connection string.
   std::string connection(std::string_view database) const;
-  /// Runs statements as another program would.
+  /// Runs statements as another program does.
   void run(std::string_view database, const std::string& sql) const;
-  /// The first cell of the answer as text.
+  /// Runs a query likewise and returns the first cell of the answer as text.
   std::string ask(std::string_view database, const std::string& sql) const;
 
   void stop(End how);
-  /// After stop(), with everything that was committed; nothing happens while it runs.
+  /// Starts the server again after stop(), with all committed data. Does nothing if it runs.
   void start();
-  /// Where its socket is.
+  /// Returns the folder of the socket.
   const std::filesystem::path& folder() const { return folder_; }
 
  private:

@@ -15,7 +15,7 @@
 namespace qx::test {
 namespace {
 
-TEST(PostgresServer, GivesDatabasesOfTheirOwn) {
+TEST(PostgresServer, CreatesSeparateDatabases) {
   PostgresServer& server = PostgresServer::shared();
   const std::string one = server.createDatabase();
   const std::string two = server.createDatabase();
@@ -35,7 +35,7 @@ TEST(PostgresServer, SortsByBytesAndStoresUtf8) {
   EXPECT_EQ(server.ask("postgres", "SHOW listen_addresses"), "");
 }
 
-// Where the tests run as root, the groups of root must not reach the server.
+// If the tests run as root, the server must not keep the groups of root.
 TEST(PostgresServer, RunsAsAnOrdinaryUser) {
   std::ifstream state(PostgresServer::shared().folder() / "data/postmaster.pid");
   std::string process;
@@ -62,7 +62,7 @@ TEST(PostgresServer, KeepsAClusterForEveryMajorVersion) {
   EXPECT_EQ(major, version.substr(0, version.find('.')));
 }
 
-TEST(PostgresServer, ComesBackWithItsDataAfterEveryEnd) {
+TEST(PostgresServer, KeepsItsDataAfterEveryKindOfEnd) {
   PostgresServer& server = PostgresServer::shared();
   const std::string name = server.createDatabase();
   server.run(name, "CREATE TABLE t (x int)");
@@ -78,7 +78,7 @@ TEST(PostgresServer, ComesBackWithItsDataAfterEveryEnd) {
   EXPECT_EQ(server.ask(name, "SELECT count(*) FROM t"), "3");
 }
 
-/// A pipe of which the other process keeps the writing end until it is gone.
+/// A pipe whose writing end other processes hold until they end.
 class Lifeline {
  public:
   Lifeline() {
@@ -91,15 +91,16 @@ class Lifeline {
   Lifeline(const Lifeline&) = delete;
   Lifeline& operator=(const Lifeline&) = delete;
 
-  void tell(const std::string& text) const {
-    if (write(ends_[1], text.data(), text.size()) < 0) _exit(1);
+  void write(const std::string& text) const {
+    if (::write(ends_[1], text.data(), text.size()) < 0) _exit(1);
   }
-  /// Leaves the writing end to the others.
+  /// Closes the writing end of this process.
   void letGo() {
     if (ends_[1] >= 0) close(ends_[1]);
     ends_[1] = -1;
   }
-  /// What was told, once all who could tell more are gone; what there is when they do not go.
+  /// Returns all that was written when no process holds the writing end any more. Fails the test if
+  /// one still holds it after half a minute.
   std::string untilTheEnd() const {
     constexpr int kPatienceMs = 30'000;
     std::string text;
@@ -118,13 +119,13 @@ class Lifeline {
   std::array<int, 2> ends_{-1, -1};
 };
 
-// The keeper inherits the writing end, and so does the server: when it closes both are gone.
-TEST(PostgresServer, GoesWithItsProgram) {
+// The keeper and the server inherit the writing end, so it closes when both have ended.
+TEST(PostgresServer, EndsWithItsProgram) {
   Lifeline lifeline;
   const pid_t program = fork();
   if (program == 0) {
     const PostgresServer own;
-    lifeline.tell(own.folder().string());
+    lifeline.write(own.folder().string());
     std::abort();
   }
   lifeline.letGo();

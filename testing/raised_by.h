@@ -4,7 +4,7 @@
 
 namespace qx::test {
 
-/// The code of the _com_error that the operation raises; 0 for none.
+/// Returns the code of the _com_error that the operation throws, 0 if it throws none.
 template <class Operation>
 HRESULT raisedBy(Operation&& operation) {
   try {

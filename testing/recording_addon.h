@@ -1,7 +1,7 @@
 #pragma once
 
-// An add-on that writes down what reaches it, one line each, and runs a hook in its place if the
-// test has set one. It attaches to every form that the client opens.
+// An add-on that records one line for each call that reaches it and runs the hook that the test has
+// set for the operation. It attaches a form object to every form that the client opens.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/host/application.h"
@@ -19,13 +19,13 @@
 
 namespace qx::test {
 
-/// `bubble` is null for operations without a veto.
+/// Returns the result of the operation. `bubble` is null for operations without a veto.
 using Hook = std::function<long(short* bubble)>;
 
-/// What the add-on, its handler and its forms share with the test.
+/// The state that the add-on, its handler and its forms share with the test.
 struct Record {
   std::vector<std::string> lines;
-  /// By the name of the operation, ahead of it "Form." for a form's.
+  /// By the name of the operation, which begins with "Form." for a form's.
   std::map<std::string, Hook> hooks;
   CComPtr<IApplication> application;
   CComPtr<ICompany> company;
@@ -34,10 +34,10 @@ struct Record {
     lines.push_back(detail.empty() ? name : name + " " + detail);
     const auto hook = hooks.find(name);
     if (hook == hooks.end()) return S_OK;
-    const Hook copy = hook->second;  // it may take itself out of the list
+    const Hook copy = hook->second;  // a hook may remove itself from the map
     return copy(bubble);
   }
-  /// The lines so far, which are forgotten.
+  /// Returns the lines so far and clears the list.
   std::vector<std::string> take() { return std::exchange(lines, {}); }
 };
 

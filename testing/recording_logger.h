@@ -1,6 +1,6 @@
 #pragma once
 
-// A logging component that keeps its records, registered for the life of a test.
+// A logging component that keeps its records, registered while a test runs.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/logging/qx_logger.h"
@@ -21,8 +21,7 @@ struct LogRecord {
   friend bool operator==(const LogRecord&, const LogRecord&) = default;
 };
 
-/// Takes the place of the logging component while it lives. Records of all instances go to one
-/// list.
+/// Replaces the logging component while it lives. All instances share one list of records.
 class RecordingLogger {
  public:
   RecordingLogger() {
@@ -37,14 +36,14 @@ class RecordingLogger {
   RecordingLogger(const RecordingLogger&) = delete;
   RecordingLogger& operator=(const RecordingLogger&) = delete;
 
-  /// Messages at `level` or worse, in order.
+  /// Returns the messages of `level` and of the more severe levels, in order.
   std::vector<std::u16string> messages(int level = QXLoggerLib::sl_Debug2) const {
     std::vector<std::u16string> out;
     for (const LogRecord& record : records)
       if (record.level <= level) out.push_back(record.message);
     return out;
   }
-  /// Messages of one function, without the two trace lines.
+  /// Returns the messages of one function without its "Entering" and "Leaving" lines.
   std::vector<std::u16string> messagesOf(std::u16string_view function) const {
     std::vector<std::u16string> out;
     for (const LogRecord& record : records) {
@@ -64,9 +63,9 @@ class RecordingLogger {
   }
 
   std::deque<LogRecord> records;
-  std::function<void(const LogRecord&)> onRecord;  // called behind each record, if set
+  std::function<void(const LogRecord&)> onRecord;  // called after each record, if set
   int instances = 0;
-  bool refuse = false;        // no instance can be made
+  bool refuse = false;        // no instance can be created
   bool throwOnWrite = false;  // WriteLog throws
   HRESULT writeResult = S_OK;
 

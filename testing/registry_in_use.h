@@ -8,7 +8,7 @@
 
 namespace qx::test {
 
-/// The registry that this process uses while it lives; it need not exist.
+/// Makes `file` the registry of this process while it lives. The file need not exist.
 class RegistryInUse {
  public:
   explicit RegistryInUse(const std::filesystem::path& file) {

@@ -1,7 +1,6 @@
 #pragma once
 
-// A started add-on with a client, a company's file and a log of its own: what most tests begin
-// with.
+// A started add-on with its own client, company file and log. Most system tests begin with it.
 
 #include "testing/embedded_client.h"
 #include "testing/recording_addon.h"
@@ -25,7 +24,7 @@ class RunningAddOn {
   EmbeddedClient desk{file};
   Record record;
   RecordingAddOn addOn{desk.connection(), record};
-  long result = -1;
+  long result = -1;  // of Connect
 };
 
 }  // namespace qx::test

@@ -7,8 +7,8 @@
 
 namespace qx::test {
 
-/// Sets an environment variable of this process (null: removes it) while it lives; then it is as it
-/// was before.
+/// Sets an environment variable of this process while it lives, or removes it if the value is null.
+/// The destructor restores the previous state.
 class ScopedVariable {
  public:
   ScopedVariable(std::string name, const char* value) : name_(std::move(name)) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// Stands between the framework and a company: notes every statement that is run, and refuses one of
-// them as the company would if its database failed.
+// A company between the framework and a real one. It notes every statement, and it can refuse one
+// of them as the company does if its database fails.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/company.h"
@@ -16,9 +16,10 @@ struct StatementLog {
   std::size_t refuse = 0;          ///< the number of the statement, from 1; 0 refuses none
 };
 
+/// The last error after a refused statement, as code and text.
 inline constexpr char kRefusal[] = "-2000: the database refused";
 
-/// `log` must outlive the company.
+/// Returns a company that forwards to `company`. `log` must outlive it.
 CComPtr<ICompany> spyOn(const CComPtr<ICompany>& company, StatementLog* log);
 
 }  // namespace qx::test

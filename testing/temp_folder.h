@@ -1,6 +1,6 @@
 #pragma once
 
-// A fresh folder for one test, removed with everything in it.
+// A fresh folder for one test. The destructor removes it with its content.
 
 #include <cstdlib>
 #include <filesystem>
@@ -27,10 +27,10 @@ class TempFolder {
   TempFolder& operator=(const TempFolder&) = delete;
 
   const std::filesystem::path& path() const { return path_; }
-  /// The path of the file `name` in it.
+  /// Returns the path of the file `name` in it.
   std::string file(const std::string& name) const { return (path_ / name).string(); }
 
-  /// Writes the file `name`, folders included; gives its path.
+  /// Writes the file `name`, creates its folders and returns its path.
   std::filesystem::path write(const std::string& name, std::string_view content) const {
     const std::filesystem::path file = path_ / name;
     std::filesystem::create_directories(file.parent_path());

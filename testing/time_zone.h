@@ -7,7 +7,8 @@
 
 namespace qx::test {
 
-/// The local time zone of this process while it lives; then the one before it.
+/// Sets the local time zone of this process while it lives. The destructor restores the previous
+/// one.
 class ScopedTimeZone {
  public:
   explicit ScopedTimeZone(const char* zone) {

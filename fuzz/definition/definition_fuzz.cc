@@ -10,8 +10,8 @@
 #include "qxframework/resources/resource_loader.h"
 #include "testing/definition_file.h"
 #include "testing/fake_application.h"
-#include "testing/fake_company.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -42,7 +42,7 @@ class Case {
     map_.Add(u"KEY", 223);
     def_.SetResourceMap(&map_);
   }
-  FakeCompany& company() { return *company_; }
+  ScriptedCompany& company() { return *company_; }
   long run() {
     CQXVersion version(u"0.00.00.00.00");
     const long result = def_.Create(DefinitionFile::kResource, false, version);
@@ -54,7 +54,7 @@ class Case {
 
  private:
   HostCalls calls_;
-  CComPtr<FakeCompany> company_ = makeCompany(calls_);
+  CComPtr<ScriptedCompany> company_ = makeScriptedCompany(calls_);
   CComPtr<FakeApplication> application_ = qx::makeObject<FakeApplication>(calls_);
   CSimpleMap<CString, int> map_;
   CQXDbDef def_;
@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   constexpr long kServerTypes[] = {1, 2, 3, 9};
   Case one(surroundings);
-  one.company().engine = kServerTypes[data[0] % std::size(kServerTypes)];
+  one.company().serverType = kServerTypes[data[0] % std::size(kServerTypes)];
   one.company().failStatement = data[1] % 16;
   if (one.run() != S_OK) return 0;
   const auto tables = one.company().tables;

@@ -128,7 +128,7 @@ TEST_F(DbDefCreate, TheUpgradeOfTheVersionTableAddsTheEmergencyFix) {
 }
 
 TEST_F(DbDefCreate, TheVersionTableIsCutToEightLettersOnDb2) {
-  company->engine = 2;
+  company->serverType = 2;
   EXPECT_EQ(createResource(400), S_OK);
   EXPECT_EQ(company->tables.front().name, u"QXEXTDBV");
   EXPECT_EQ(company->fields.front().table, u"QXEXTDBV");
@@ -221,7 +221,7 @@ TEST_F(DbDefCreate, AHostWithoutATablesObjectEndsTheRun) {
 }
 
 TEST_F(DbDefCreate, Db2KeepsNamesOfNineCharactersAndCutsTenToEight) {
-  company->engine = 2;
+  company->serverType = 2;
   create(
       "<database><usertables><usertable TableName=\"ABCDEFGHI\"><userkeys/></usertable>"
       "<table TableName=\"BCDEFGHIJK\"><userfields><userfield Name=\"F\" Type=\"INT\"/>"
@@ -232,7 +232,7 @@ TEST_F(DbDefCreate, Db2KeepsNamesOfNineCharactersAndCutsTenToEight) {
 
 TEST_F(DbDefCreate, OtherDialectsKeepLongNames) {
   for (const long serverType : {1L, 3L, 4L, 9L}) {
-    company->engine = serverType;
+    company->serverType = serverType;
     company->tables.clear();
     table("TableName=\"ABCDEFGHIJKLMN\"");
   }

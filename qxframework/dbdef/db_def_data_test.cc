@@ -39,7 +39,7 @@ TEST_F(DbDefData, EachDialectHasItsForm) {
        "insert into \"@T\"(\"Code\", \"Name\", \"U_N\") values ('00000000', '00000000', "
        "N'O''Brien')"}};
   for (const auto& [serverType, sql] : expected) {
-    company->engine = serverType;
+    company->serverType = serverType;
     calls.calls.clear();
     insert("<row N=\"'O'Brien'\"/>");
     ASSERT_EQ(statements().size(), 2U) << serverType;
@@ -48,7 +48,7 @@ TEST_F(DbDefData, EachDialectHasItsForm) {
 }
 
 TEST_F(DbDefData, Db2InsertsIntoTheTableWithTheCutName) {
-  company->engine = 2;
+  company->serverType = 2;
   create(
       "<database><tables><table TableName=\"ABCDEFGHIJ\"><data><row A=\"1\"/></data></table>"
       "</tables></database>");

@@ -192,7 +192,7 @@ TEST_F(DbDefFields, TheDictionaryIsQueriedInTheDialect) {
       {9, "SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = '@T' AND \"AliasID\" = 'F'"}};
   company->fields.push_back({.table = u"T", .name = u"F"});
   for (const auto& [serverType, sql] : expected) {
-    company->engine = serverType;
+    company->serverType = serverType;
     calls.calls.clear();
     EXPECT_EQ(field("Name=\"F\" Type=\"INT\""), S_OK) << serverType;
     EXPECT_THAT(statements(), ElementsAre(sql)) << serverType;
@@ -209,7 +209,7 @@ TEST_F(DbDefFields, InATablesGroupTheDictionaryIsQueriedWithTheNameAsGiven) {
   EXPECT_THAT(statements(),
               ElementsAre("SELECT FieldID FROM CUFD WHERE TableID = 'HVITEM' AND AliasID = 'F'"));
   calls.calls.clear();
-  company->engine = 9;
+  company->serverType = 9;
   create(definition);
   EXPECT_THAT(statements(), ElementsAre("SELECT \"FieldID\" FROM CUFD WHERE \"TableID\" = 'HVITEM' "
                                         "AND \"AliasID\" = 'F'"));

@@ -9,9 +9,9 @@
 #include "qxframework/resources/resource_loader.h"
 #include "testing/definition_file.h"
 #include "testing/fake_application.h"
-#include "testing/fake_company.h"
 #include "testing/raised_by.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -92,7 +92,7 @@ class DbDefTest : public ::testing::Test {
   }
 
   HostCalls calls;
-  CComPtr<FakeCompany> company = makeCompany(calls);
+  CComPtr<ScriptedCompany> company = makeScriptedCompany(calls);
   CComPtr<FakeApplication> application = makeObject<FakeApplication>(calls);
   RecordingLogger logger;
   CQXResourceLoader loader;

@@ -103,7 +103,7 @@ TEST_F(DbDefProperty, ASecondRunAddsNothingButRows) {
     company->tables.clear();
     company->fields.clear();
     company->keys.clear();
-    company->engine = kServerTypes[seed % std::size(kServerTypes)];
+    company->serverType = kServerTypes[seed % std::size(kServerTypes)];
     DefinitionMaker maker(seed);
     const std::string definition = maker.make();
 

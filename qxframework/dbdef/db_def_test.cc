@@ -373,7 +373,7 @@ constexpr VersionStatements kStatements[] = {
 
 class DbDefDialect : public DbDefTest, public ::testing::WithParamInterface<VersionStatements> {
  protected:
-  DbDefDialect() { company->engine = GetParam().serverType; }
+  DbDefDialect() { company->serverType = GetParam().serverType; }
 };
 
 TEST_P(DbDefDialect, ReadsTheVersionInItsOwnForm) {

@@ -2,8 +2,8 @@
 
 #include "qxframework/foundation/currency.h"
 #include "testing/amounts.h"
-#include "testing/amounts_at_the_host.h"
 #include "testing/fake_money.h"
+#include "testing/host_rounding.h"
 #include "testing/raised_by.h"
 
 #include <gmock/gmock.h>
@@ -23,7 +23,7 @@ class CurrencyAtTheHost : public ::testing::Test {
     service->rounded = 7.25;
     helper->rows = {{CComVariant(u"EUR 7,25")}};
   }
-  ~CurrencyAtTheHost() override { qx::test::forgetTheHostOfAmounts(); }
+  ~CurrencyAtTheHost() override { qx::test::resetHostRounding(); }
   void logIn() {
     CQXCurrency::m_RoundViaRX = true;
     CQXCurrency::m_bstrCurr = u"EUR";
@@ -33,7 +33,7 @@ class CurrencyAtTheHost : public ::testing::Test {
   }
 
   qx::test::HostCalls calls;
-  CComPtr<qx::test::FakeCompany> company = qx::test::makeCompany(calls);
+  CComPtr<qx::test::ScriptedCompany> company = qx::test::makeScriptedCompany(calls);
   CComPtr<qx::test::FakeCompanyService> service =
       qx::makeObject<qx::test::FakeCompanyService>(calls);
   CComPtr<qx::test::FakeDataHelper> helper = qx::makeObject<qx::test::FakeDataHelper>(*company);

@@ -299,7 +299,7 @@ class DateTimeAtTheHost : public ::testing::Test {
   DateTimeAtTheHost() { company->helper = helper.p; }
 
   qx::test::HostCalls calls;
-  CComPtr<qx::test::FakeCompany> company = qx::test::makeCompany(calls);
+  CComPtr<qx::test::ScriptedCompany> company = qx::test::makeScriptedCompany(calls);
   CComPtr<qx::test::FakeDataHelper> helper = qx::makeObject<qx::test::FakeDataHelper>(*company);
 };
 

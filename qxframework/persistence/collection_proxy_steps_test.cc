@@ -2,8 +2,8 @@
 
 #include "qxframework/persistence/collection_proxy.h"
 #include "qxframework/persistence/testing/proxy_records.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/condition.h"
+#include "testing/scripted_company.h"
 
 #include <gtest/gtest.h>
 

@@ -69,10 +69,10 @@ TEST_F(CollectionProxy, ASecondConnectIsRefusedAndReleasesItsCompany) {
 }
 
 TEST_F(CollectionProxy, AFailedConnectLeavesItUnconnected) {
-  company->results["GetBusinessObject"] = E_FAIL;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_THROW(connect(), _com_error);
   EXPECT_FALSE(proxy.IsConnected());
-  company->results.clear();
+  company->calls.failures.clear();
   connect();
   EXPECT_TRUE(proxy.IsConnected());
 }
@@ -230,20 +230,20 @@ TEST_F(CollectionProxy, UpdateWithKeysOnlyReadsTheRowFirst) {
 TEST_F(CollectionProxy, UpdateMapsTheRecordBeforeItSearchesTheKey) {
   load();
   std::vector<std::string> moves = {"not asked"};
-  proxy.writing = [&] { moves = company->moves; };
-  company->moves.clear();
+  proxy.writing = [&] { moves = company->calls.of("Recordset."); };
+  company->calls.calls.clear();
   EXPECT_EQ(refusalOf([&] {
               proxy.Update(values({{kCode, u"X"}}), item);
             }),
             "-1: Record not found in record set");
   EXPECT_TRUE(moves.empty());
-  EXPECT_EQ(company->moves.front(), "MoveFirst");
+  EXPECT_EQ(company->calls.of("Recordset.").front(), "MoveFirst");
 }
 
 TEST_F(CollectionProxy, ARecordThatCannotBeMappedRunsNoStatement) {
   load();
   (void)proxy.First(item);
-  company->moves.clear();
+  company->calls.calls.clear();
   const ULONG before = references();
   proxy.writing = [] { throw std::runtime_error("the record cannot be written"); };
   EXPECT_THROW(proxy.Add(item), std::runtime_error);
@@ -251,7 +251,7 @@ TEST_F(CollectionProxy, ARecordThatCannotBeMappedRunsNoStatement) {
   EXPECT_THROW(proxy.Update(values({{kCode, u"B"}}), item), std::runtime_error);
   EXPECT_EQ(references(), before);
   EXPECT_TRUE(statements().empty());
-  EXPECT_TRUE(company->moves.empty());
+  EXPECT_TRUE(company->calls.of("Recordset.").empty());
   EXPECT_TRUE(proxy.IsLoaded());
 }
 
@@ -275,7 +275,7 @@ TEST_F(CollectionProxy, RemoveRangeWithoutOperationsDeletesAllEqualRowsAtOnce) {
   load();
   proxy.RemoveRange(values({{kName, u"Nail"}, {u"Price", 12.5}}), {});
   EXPECT_EQ(statements(), (Texts{u"DELETE FROM HVITEM  WHERE Name = N'Nail' AND Price = N'12.5'"}));
-  EXPECT_TRUE(company->moves.empty());
+  EXPECT_TRUE(company->calls.of("Recordset.").empty());
 }
 
 TEST_F(CollectionProxy, RemoveRangeRefusesOtherOperationsThanEqual) {

@@ -212,7 +212,7 @@ TEST_F(CollectionProxy, RefreshReadsTheFirstRowIfTheCurrentOneCannotBeRead) {
   load();
   (void)proxy.Last(item);
   (void)proxy.Next(item);
-  company->results["GetEoF"] = E_FAIL;
+  company->calls.failures["Recordset.GetEoF"] = E_FAIL;
   company->otherwise = items({{u"Z", u"Last"}});
   proxy.Refresh(item);
   EXPECT_EQ(item.code, u"Z");

@@ -3,12 +3,12 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/persistence/choose_list_helper.h"
 #include "qxframework/persistence/testing/proxy_records.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/link_criteria.h"
 #include "qxframework/query/testing/query_parts.h"
 #include "qxframework/query/testing/vtable_slot.h"
 #include "testing/param_name.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ class ObjectProxy : public testing::Test {
     proxy.Load(codeIs(u"A"));
     company->runs.clear();
   }
-  Texts statements() { return company->statements(); }
+  Texts statements() { return company->statementTexts(); }
   ULONG references() { return qx::test::referencesTo(company); }
 
   qx::test::RecordingLogger logger;
@@ -216,7 +216,7 @@ TEST_F(ObjectProxy, AFailedAddLeavesItConnectedAndUnloaded) {
 
 TEST_F(ObjectProxy, AddWithoutANewObjectLeavesItUnconnected) {
   load();
-  company->results["GetBusinessObject"] = E_FAIL;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_THROW(proxy.Add(item), _com_error);
   EXPECT_FALSE(proxy.IsConnected());
   EXPECT_FALSE(proxy.IsLoaded());

@@ -2,8 +2,8 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/addon_fixture.h"
+#include "qxframework/runtime/framework_host_fixture.h"
 #include "testing/raised_by.h"
 
 #include <gmock/gmock.h>
@@ -67,7 +67,7 @@ class AddOnFormTest : public testing::Test {
   Strings messages(std::u16string_view function) const { return messagesOf(log, function); }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   TestAddOn addOn{host};
   CComPtr<ICompany> company;
   FakeForm* hostForm = nullptr;
@@ -250,12 +250,12 @@ TEST_F(AddOnFormTest, FixFormSizeCorrectsALargeFrameOnly) {
 
 TEST_F(AddOnFormTest, CompanyConvertsDates) {
   form->PutCompany(company);
-  host.helperAnswer = CComVariant(38000.0, VT_DATE);
+  host.helper->rows = {{CComVariant(38000.0, VT_DATE)}};
   EXPECT_EQ(form->DateFromString(u"14.01.04"), 38000.0);
-  host.helperAnswer = CComVariant(u"14.01.04");
+  host.helper->rows = {{CComVariant(u"14.01.04")}};
   EXPECT_EQ(form->StringFromDate(38000).View(), u"14.01.04");
-  EXPECT_THAT(host.calls, ElementsAre("DataHelper.FormatStringToDate(14.01.04)",
-                                      "DataHelper.FormatDateToString(38000)"));
+  EXPECT_THAT(host.calls, ElementsAre("Helper.FormatStringToDate(14.01.04)",
+                                      "Helper.FormatDateToString(38000)"));
 }
 
 TEST_F(AddOnFormTest, EmptyDateIsZeroWithoutAskingTheCompany) {
@@ -266,8 +266,8 @@ TEST_F(AddOnFormTest, EmptyDateIsZeroWithoutAskingTheCompany) {
 
 TEST_F(AddOnFormTest, DateThatTheCompanyRefusesIsLoggedAndEmpty) {
   form->PutCompany(company);
-  host.failures["DataHelper.FormatStringToDate"] = E_FAIL;
-  host.failures["DataHelper.FormatDateToString"] = E_FAIL;
+  host.failures["Helper.FormatStringToDate"] = E_FAIL;
+  host.failures["Helper.FormatDateToString"] = E_FAIL;
   EXPECT_EQ(form->DateFromString(u"x"), 0.0);
   EXPECT_EQ(form->StringFromDate(1).View(), u"");
   EXPECT_THAT(

@@ -4,9 +4,10 @@
 #include "qxframework/logging/result_names.h"
 #include "qxframework/os/named_mutex.h"
 #include "qxframework/os/shared_counters.h"
+#include "qxframework/runtime/addon_fixture.h"
+#include "qxframework/runtime/framework_host_fixture.h"
 #include "qxframework/runtime/internal/attach_counters.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "testing/message_recorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,7 +34,7 @@ class AddOnTest : public testing::Test {
  protected:
   ~AddOnTest() override {
     addOn.reset();
-    EXPECT_EQ(CQXAddOn::GetAttachCount(host.appId), 0);
+    EXPECT_EQ(CQXAddOn::GetAttachCount(host.application->appId), 0);
   }
   Strings messages() const { return messagesOf(log, u"CQXAddOn::Connect"); }
   Strings firstCalls(std::ptrdiff_t count) const {
@@ -41,8 +42,8 @@ class AddOnTest : public testing::Test {
   }
 
   RecordingLogger log;
-  BoxRecorder boxes;
-  FakeHost host;
+  MessageRecorder boxes;
+  FrameworkHost host;
   std::unique_ptr<TestAddOn> addOn = std::make_unique<TestAddOn>(host);
 };
 
@@ -56,7 +57,7 @@ TEST_F(AddOnTest, ConnectRunsTheWholeStart) {
   EXPECT_EQ(host.calls.back(), "App.PutStartupDone(-1)");
   EXPECT_THAT(messages(), ElementsAre("Current version of UI API is 9.20"));
   EXPECT_EQ(CQXAddOn::GetAttachCount(7), 1);
-  EXPECT_THAT(BoxRecorder::boxes(), IsEmpty());
+  EXPECT_THAT(MessageRecorder::boxes(), IsEmpty());
 }
 
 TEST_F(AddOnTest, ConnectLogsUnderItsModuleAndWithoutAnApplication) {
@@ -90,7 +91,7 @@ TEST_F(AddOnTest, IdentifierGoesToTheCompanyInTheHandShake) {
 TEST_F(AddOnTest, MissingHostLibraryShowsABoxAndReturnsZero) {
   host.failures["create Gui"] = REGDB_E_CLASSNOTREG;
   EXPECT_EQ(addOn->Connect(0), 0);
-  EXPECT_THAT(BoxRecorder::boxes(),
+  EXPECT_THAT(MessageRecorder::boxes(),
               ElementsAre("Connection to UI-API Error: " + toUtf8(errorText(REGDB_E_CLASSNOTREG))));
   EXPECT_THAT(host.calls, IsEmpty());
   EXPECT_THAT(messages(), ElementsAre("Failed to detect current version of UI API",
@@ -102,7 +103,7 @@ TEST_F(AddOnTest, RefusalOfOneBecomesAnAbort) {
   EXPECT_EQ(addOn->Connect(0), E_ABORT);
   EXPECT_THAT(messages(), ElementsAre("Current version of UI API is 9.20",
                                       "Connection to UI-API failed: error 1"));
-  EXPECT_THAT(BoxRecorder::boxes(),
+  EXPECT_THAT(MessageRecorder::boxes(),
               ElementsAre("Connection to UI-API Error: " + toUtf8(errorText(E_ABORT))));
   EXPECT_EQ(CQXAddOn::GetAttachCount(7), 0);
 }
@@ -111,14 +112,14 @@ TEST_F(AddOnTest, NegativeRefusalIsReturned) {
   host.connectAnswer = -7200;
   EXPECT_EQ(addOn->Connect(0), -7200);
   EXPECT_TRUE(log.has(1, u"Connection to UI-API failed: error -7200"));
-  EXPECT_THAT(BoxRecorder::boxes(),
+  EXPECT_THAT(MessageRecorder::boxes(),
               ElementsAre("Connection to UI-API Error: Connection string not valid"));
 }
 
 TEST_F(AddOnTest, HostThatIsGoneAtConnectCountsAsARefusal) {
   host.failures["Gui.Connect"] = E_ACCESSDENIED;
   EXPECT_EQ(addOn->Connect(0), E_ACCESSDENIED);
-  EXPECT_EQ(BoxRecorder::boxes().size(), 1U);
+  EXPECT_EQ(MessageRecorder::boxes().size(), 1U);
 }
 
 TEST_F(AddOnTest, PositiveRefusalIsReturnedUnchanged) {
@@ -127,21 +128,21 @@ TEST_F(AddOnTest, PositiveRefusalIsReturnedUnchanged) {
   EXPECT_THAT(messages(),
               ElementsAre("Current version of UI API is 9.20",
                           "Connection to UI-API failed: error 5", "Initialization failed"));
-  EXPECT_THAT(BoxRecorder::boxes(), IsEmpty());
+  EXPECT_THAT(MessageRecorder::boxes(), IsEmpty());
   EXPECT_FALSE(host.called("CreateDispatch"));
 }
 
 TEST_F(AddOnTest, ApplicationRefusedWithOneIsAFailure) {
   host.failures["Gui.GetApplication"] = 1;
   EXPECT_EQ(addOn->Connect(0), E_FAIL);
-  EXPECT_THAT(BoxRecorder::boxes(),
+  EXPECT_THAT(MessageRecorder::boxes(),
               ElementsAre("Connection to UI-API Error: " + toUtf8(errorText(E_FAIL))));
 }
 
 TEST_F(AddOnTest, MissingApplicationIsAFailure) {
   host.givesApplication = false;
   EXPECT_EQ(addOn->Connect(0), E_POINTER);
-  EXPECT_EQ(BoxRecorder::boxes().size(), 1U);
+  EXPECT_EQ(MessageRecorder::boxes().size(), 1U);
 }
 
 TEST_F(AddOnTest, MissingHandlerStopsTheStartAndIsShownInTheClient) {
@@ -208,7 +209,7 @@ TEST_F(AddOnTest, TheStartMutexIsHeldForTheWholeOfAdviseEventsOnly) {
   host.hooks["App.PutStartupDone"] = [&] { probe("sink built:"); };
   host.hooks["Company.Connect"] = [&] { probe("company:"); };
   host.hooks["SQL select"] = [&] { probe("tables:"); };
-  host.startupDone = VARIANT_TRUE;
+  host.application->startupDone = VARIANT_TRUE;
   addOn->hooks["OnApplicationLoad"] = [&](short*) {
     host.hooks.clear();
     probe("load:");
@@ -234,7 +235,7 @@ TEST_F(AddOnTest, TwoAddOnsStartOneAfterTheOther) {
     --inside;
     return 0L;
   };
-  host.startupDone = VARIANT_TRUE;
+  host.application->startupDone = VARIANT_TRUE;
   TestAddOn second(host);
   addOn->hooks["OnApplicationLoad"] = load;
   second.hooks["OnApplicationLoad"] = load;
@@ -256,7 +257,7 @@ TEST_F(AddOnTest, ConnectWorksWithoutALogger) {
   const Strings expected = host.calls;
   addOn.reset();
   host.calls.clear();
-  host.startupDone = VARIANT_FALSE;
+  host.application->startupDone = VARIANT_FALSE;
   log.records.clear();
   log.refuse = true;
   addOn = std::make_unique<TestAddOn>(host);
@@ -375,8 +376,8 @@ TEST(AttachCounters, AreSharedBetweenUsersOfTheBlock) {
 }
 
 TEST(AttachCounters, ApplicationNumberOfFiftyCountsNoAddOns) {
-  FakeHost host;
-  host.appId = 50;
+  FrameworkHost host;
+  host.application->appId = 50;
   TestAddOn first(host);
   TestAddOn second(host);
   first.Connect(0);

@@ -3,9 +3,9 @@
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/os/module.h"
+#include "qxframework/runtime/addon_fixture.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/framework_host_fixture.h"
 #include "testing/registry_in_use.h"
 
 #include <gmock/gmock.h>
@@ -53,7 +53,7 @@ class CompanyConnectionTest : public testing::Test {
   }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   Hooks hooks;
   TestAddOn addOn;
   TestDispatch dispatch;
@@ -61,7 +61,7 @@ class CompanyConnectionTest : public testing::Test {
 };
 
 TEST_F(CompanyConnectionTest, ConnectsThroughTheClientInItsLanguage) {
-  host.language = ln_German;
+  host.application->language = ln_German;
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(host.calls, ElementsAre("Company.PutLanguage(9)", "Company.PutUiApplication(app)",
                                       "Company.Connect"));
@@ -69,7 +69,7 @@ TEST_F(CompanyConnectionTest, ConnectsThroughTheClientInItsLanguage) {
 }
 
 TEST_F(CompanyConnectionTest, ShakesHandsIfTheClientDoesNotConnect) {
-  host.companyAnswers = {-5, 0};
+  host.company->connectAnswers = {-5, 0};
   EXPECT_EQ(sink.DbConnect(), 0);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient + kHandShake));
 }
@@ -81,8 +81,8 @@ TEST_F(CompanyConnectionTest, ShakesHandsAtOnceIfTheConnectionIsNotThroughTheCli
 }
 
 TEST_F(CompanyConnectionTest, ShowsWhyTheHandShakeFailed) {
-  host.companyAnswers = {-5, -111};
-  host.lastError = u"Wrong password";
+  host.company->connectAnswers = {-5, -111};
+  host.company->errorText = u"Wrong password";
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient + kHandShake + box("Wrong password")));
   EXPECT_THAT(messagesAfterReport(),
@@ -90,15 +90,15 @@ TEST_F(CompanyConnectionTest, ShowsWhyTheHandShakeFailed) {
 }
 
 TEST_F(CompanyConnectionTest, PositiveResultOfTheHandShakeIsAFailure) {
-  host.companyAnswers = {1, 1};
-  host.lastError = u"Busy";
+  host.company->connectAnswers = {1, 1};
+  host.company->errorText = u"Busy";
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_EQ(host.calls.back(), box("Busy")[0]);
 }
 
 TEST_F(CompanyConnectionTest, ErrorOfTheClientIsNotFollowedByAHandShake) {
   host.failures["Company.Connect"] = E_ACCESSDENIED;
-  host.lastError = u"Gone";
+  host.company->errorText = u"Gone";
   EXPECT_EQ(sink.DbConnect(), QX_E_CONNECTION);
   EXPECT_THAT(host.calls, ElementsAreArray(kThroughTheClient + box("Gone")));
 }

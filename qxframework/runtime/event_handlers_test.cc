@@ -1,4 +1,4 @@
-#include "qxframework/runtime/testing/event_handlers_fixture.h"
+#include "qxframework/runtime/event_handlers_fixture.h"
 
 namespace qx::test {
 namespace {

@@ -2,9 +2,9 @@
 
 #include "qxframework/host/events.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/runtime/testing/fake_events.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/addon_fixture.h"
+#include "qxframework/runtime/framework_host_fixture.h"
+#include "testing/fake_events.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ class EventSinkTest : public testing::Test {
  protected:
   EventSinkTest()
       : addOn(host), dispatch(host, hooks), sink(host.application.p, &dispatch, &addOn) {
-    host.sink = &sink;
+    host.application->sink = &sink;
     log.records.clear();
   }
   /// Makes the application the sink's event source, as the start does, and clears the calls.
@@ -35,7 +35,7 @@ class EventSinkTest : public testing::Test {
   }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   Hooks hooks;
   TestAddOn addOn;
   TestDispatch dispatch;

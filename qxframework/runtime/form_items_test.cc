@@ -1,8 +1,8 @@
 #include "qxframework/logging/result_names.h"
+#include "qxframework/runtime/addon_fixture.h"
 #include "qxframework/runtime/addon_form.h"
-#include "qxframework/runtime/testing/fake_controls.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/framework_host_fixture.h"
+#include "testing/fake_controls.h"
 #include "testing/raised_by.h"
 
 #include <gmock/gmock.h>
@@ -33,7 +33,7 @@ class FormItemsTest : public testing::Test {
   }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   TestAddOn addOn{host};
   CComPtr<FakeItems> items;
   std::unique_ptr<ItemForm> form;

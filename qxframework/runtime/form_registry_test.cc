@@ -1,7 +1,7 @@
 #include "qxframework/runtime/form_registry.h"
 
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/addon_fixture.h"
+#include "qxframework/runtime/framework_host_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ class FormRegistryTest : public testing::Test {
   bool isDeleted(const std::string& name) const { return host.called(name + ".~Form"); }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   TestAddOn addOn{host};
   CriticalSection lock;
   FormMap forms;

@@ -2,8 +2,8 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/addon_fixture.h"
+#include "qxframework/runtime/framework_host_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@ namespace qx::test {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using Strings = std::vector<std::string>;
 
 constexpr char kSelectVersion[] =
@@ -19,6 +20,8 @@ constexpr char kSelectVersion[] =
 constexpr char kSelectFix[] =
     "SQL(select (case when U_EFNum is null then '00' else U_EFNum end) as U_EFNum from "
     "[@QXEXTDBVERSION] where U_ExtID = '' order by Code desc)";
+const Strings kReadVersion{kSelectVersion, "Recordset.MoveFirst", kSelectFix,
+                           "Recordset.MoveFirst"};
 constexpr char kDeleteStamp[] =
     "SQL(delete from [@QXEXTDBVERSION] where U_ExtID = '' and U_Version = '9.20.00.01' and "
     "U_EFNum= '00')";
@@ -42,12 +45,24 @@ class FrameworkUtilTest : public testing::Test {
   }
   long check() { return util.CheckDatabase(host.application.p, company); }
   Strings messages() const { return messagesOf(log, u"CQXFrameworkUtil::CheckDatabase"); }
+  /// Returns the calls that change the host or find a field: without those that describe tables and
+  /// fields, look at them, show the progress or move the cursor.
+  Strings steps() const {
+    Strings out = host.calls;
+    std::erase_if(out, [](const std::string& call) {
+      for (const char* head : {"Tables.Get", "Tables.Put", "Fields.GetName", "Fields.GetSize",
+                               "Fields.Put", "StatusBar.", "Bar.", "Recordset."})
+        if (call.starts_with(head)) return true;
+      return false;
+    });
+    return out;
+  }
   bool isCreated(const std::string& field) const {
-    return host.called("UserFields.Add(" + field + ")");
+    return host.called("Fields.Add(" + field + ")");
   }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   CComPtr<ICompany> company;
   CQXFrameworkUtil util;
   std::vector<XMLMAP> map;
@@ -55,24 +70,23 @@ class FrameworkUtilTest : public testing::Test {
 
 TEST_F(FrameworkUtilTest, CheckDatabaseLeavesTablesOfThisVersionUnchanged) {
   EXPECT_EQ(check(), 0);
-  EXPECT_THAT(host.calls, ElementsAre(kSelectVersion, kSelectFix));
+  EXPECT_EQ(host.calls, kReadVersion);
   EXPECT_THAT(messages(), ElementsAre("Db is OK.\n"));
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"Db is OK.\n"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfTheVersionCannotBeRead) {
-  host.hasVersionTable = false;
+  host.removeVersionTable();
   EXPECT_EQ(check(), 0);
-  EXPECT_THAT(
-      host.calls,
-      ElementsAre(kSelectVersion, "UserTables.Add(QXEXTDBVERSION)", "UserFields.Add(ExtID)",
-                  "UserFields.Add(Version)", "UserFields.Add(EFNum)", "UserFields.Add(Status)",
-                  "UserFields.Add(Rdate)", kDeleteStamp, kSelectCode, kInsertStamp));
+  EXPECT_THAT(steps(),
+              ElementsAre(kSelectVersion, "Tables.Add(QXEXTDBVERSION)", "Fields.Add(ExtID)",
+                          "Fields.Add(Version)", "Fields.Add(EFNum)", "Fields.Add(Status)",
+                          "Fields.Add(Rdate)", kDeleteStamp, kSelectCode, kInsertStamp));
   EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfThereIsNoVersion) {
-  host.versionRow.reset();
+  host.removeVersion();
   EXPECT_EQ(check(), 0);
   EXPECT_TRUE(isCreated("ExtID"));
   EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
@@ -80,78 +94,81 @@ TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfThereIsNoVersion) {
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseUpgradesOlderTables) {
-  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
+  host.setVersion(u"9.10.00.00", u"Installed");
   EXPECT_EQ(check(), 0);
-  EXPECT_THAT(host.calls,
-              ElementsAre(kSelectVersion, kSelectFix, "UserFields.GetByKey(@QXEXTDBVERSION, 1)",
-                          kSelectVersion, kSelectFix, "UserFields.Add(EFNum)", kDeleteStamp,
+  EXPECT_THAT(steps(),
+              ElementsAre(kSelectVersion, kSelectFix, "Fields.GetByKey(@QXEXTDBVERSION, 1)",
+                          kSelectVersion, kSelectFix, "Fields.Add(EFNum)", kDeleteStamp,
                           kSelectCode, kInsertStamp, kDeleteStamp, kSelectCode, kInsertStamp));
   EXPECT_THAT(messages(), ElementsAre("Db tables are for version 9.10.00.00.00. Add-on version is "
                                       "9.20.00.01.00. Db is OK.\n"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseWidensAVersionColumnBelowElevenCharacters) {
-  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
-  host.versionFieldSize = 10;
+  host.setVersion(u"9.10.00.00", u"Installed");
+  host.setSizeOfVersionField(10);
   EXPECT_EQ(check(), 0);
-  const Strings widening(host.calls.begin() + 2, host.calls.begin() + 6);
-  EXPECT_THAT(widening,
-              ElementsAre("UserFields.GetByKey(@QXEXTDBVERSION, 1)", "UserFields.PutSize(15)",
-                          "UserFields.PutEditSize(15)", "UserFields.Update"));
+  const Strings all = host.of("Fields.");
+  const Strings widening(all.begin(), all.begin() + 5);
+  EXPECT_THAT(widening, ElementsAre("GetByKey(@QXEXTDBVERSION, 1)", "GetSize()", "PutSize(15)",
+                                    "PutEditSize(15)", "Update(Version)"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseKeepsAVersionColumnOfElevenCharacters) {
-  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
-  host.versionFieldSize = 11;
+  host.setVersion(u"9.10.00.00", u"Installed");
+  host.setSizeOfVersionField(11);
   EXPECT_EQ(check(), 0);
-  EXPECT_FALSE(host.called("UserFields.PutSize(15)"));
-  EXPECT_FALSE(host.called("UserFields.Update"));
+  EXPECT_FALSE(host.called("Fields.PutSize(15)"));
+  EXPECT_THAT(host.of("Fields.Update"), IsEmpty());
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseDoesNotWidenAMissingColumn) {
-  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
-  host.hasVersionField = false;
-  host.versionFieldSize = 1;
+  host.setVersion(u"9.10.00.00", u"Installed");
+  host.setSizeOfVersionField(1);
+  host.removeVersionField();
   EXPECT_EQ(check(), 0);
-  EXPECT_FALSE(host.called("UserFields.PutSize(15)"));
+  EXPECT_FALSE(host.called("Fields.PutSize(15)"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseWritesNoStampIfTheUpgradeFails) {
-  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
-  host.failures["UserFields.Add"] = E_FAIL;
+  host.setVersion(u"9.10.00.00", u"Installed");
+  host.failures["Fields.Add"] = E_FAIL;
   EXPECT_EQ(check(), E_FAIL);
   EXPECT_FALSE(host.called(kInsertStamp));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseAcceptsNewerTables) {
-  host.versionRow = {u"9.30.00.00", u"Installed", u"00"};
+  host.setVersion(u"9.30.00.00", u"Installed");
   EXPECT_EQ(check(), 0);
-  EXPECT_THAT(host.calls, ElementsAre(kSelectVersion, kSelectFix));
+  EXPECT_EQ(host.calls, kReadVersion);
   EXPECT_THAT(messages(), ElementsAre("Db tables are for a newer version.\n"));
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseRestartsAnIncompleteUpgradeIfTheUserAgreesTwice) {
-  host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
-  host.pressedButtons = {2, 2};
+  host.setVersion(u"9.20.00.01", u"Upgrading");
+  host.application->pressedButtons = {2, 2};
   EXPECT_EQ(check(), 0);
   EXPECT_THAT(messages(), ElementsAre("Uncompleted update detected.\n"));
-  const Strings begin(host.calls.begin(), host.calls.begin() + 7);
+  const Strings all = steps();
+  const Strings begin(all.begin(), all.begin() + 7);
   EXPECT_THAT(begin, ElementsAre(kSelectVersion, kSelectFix, kSelectVersion, kSelectFix,
-                                 kFirstQuestion, kSecondQuestion, "UserFields.Add(ExtID)"));
-  EXPECT_EQ(host.calls.back(), kInsertStamp);
+                                 kFirstQuestion, kSecondQuestion, "Fields.Add(ExtID)"));
+  EXPECT_EQ(steps().back(), kInsertStamp);
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseAsksOnceIfTheUserRefuses) {
-  host.versionRow = {u"9.20.00.01", u"Upgrade failed", u"00"};
-  host.pressedButtons = {1};
+  host.setVersion(u"9.20.00.01", u"Upgrade failed");
+  host.application->pressedButtons = {1};
   EXPECT_EQ(check(), QX_E_UPGRADE_RUNNING);
-  EXPECT_THAT(host.calls,
-              ElementsAre(kSelectVersion, kSelectFix, kSelectVersion, kSelectFix, kFirstQuestion));
+  Strings expected = kReadVersion;
+  expected.insert(expected.end(), kReadVersion.begin(), kReadVersion.end());
+  expected.emplace_back(kFirstQuestion);
+  EXPECT_EQ(host.calls, expected);
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseDoesNothingIfTheUserRefusesTheSecondQuestion) {
-  host.versionRow = {u"9.20.00.01", u"Upgrading", u"00"};
-  host.pressedButtons = {2, 1};
+  host.setVersion(u"9.20.00.01", u"Upgrading");
+  host.application->pressedButtons = {2, 1};
   EXPECT_EQ(check(), QX_E_UPGRADE_RUNNING);
   EXPECT_EQ(host.calls.back(), kSecondQuestion);
 }
@@ -164,8 +181,8 @@ TEST_F(FrameworkUtilTest, CheckDatabaseReturnsTheCodeOfAFailingHost) {
 }
 
 TEST_F(FrameworkUtilTest, CheckDatabaseLogsAFailureOfTheTablesOnce) {
-  host.versionRow = {u"9.10.00.00", u"Installed", u"00"};
-  host.hooks["Company.GetBusinessObject 152"] = [this] { host.hasVersionTable = false; };
+  host.setVersion(u"9.10.00.00", u"Installed");
+  host.hooks["Company.GetBusinessObject 152"] = [this] { host.removeVersionTable(); };
   EXPECT_EQ(check(), QX_E_DATABASE);
   EXPECT_THAT(messages(), ElementsAre("Failed to create/update framework db tables.\n"));
 }

@@ -1,4 +1,4 @@
-#include "qxframework/runtime/testing/event_handlers_fixture.h"
+#include "qxframework/runtime/event_handlers_fixture.h"
 
 namespace qx::test {
 namespace {
@@ -38,13 +38,13 @@ TEST_F(EventHandlersTest, MenuEventThatCannotBeReadIsAnInvalidArgument) {
 }
 
 TEST_F(EventHandlersTest, MenuEventWithoutFormsGoesToTheAddOn) {
-  host.forms.clear();
+  host.application->forms.clear();
   EXPECT_EQ(menu(u"1281"), 0);
   EXPECT_THAT(host.calls, ElementsAre("OnMenuEvent"));
 }
 
 TEST_F(EventHandlersTest, MenuEventOnAFormOfTheHostGoesToTheAddOn) {
-  host.forms[0]->selected = false;
+  host.application->forms[0]->selected = false;
   host.addForm(u"HOST1", true);
   EXPECT_EQ(menu(u"1281"), 0);
   EXPECT_THAT(host.calls, ElementsAre("OnMenuEvent"));

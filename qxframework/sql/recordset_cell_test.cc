@@ -2,7 +2,7 @@
 
 #include "qxframework/host/company.h"
 #include "qxframework/host/recordset.h"
-#include "testing/fake_company.h"
+#include "testing/scripted_company.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 TEST(CellText, IsEmptyForNullAndWithoutARow) {
   test::HostCalls calls;
-  const auto company = test::makeCompany(calls);
+  const auto company = test::makeScriptedCompany(calls);
   company->answer(u"none", {});
   company->answer(u"one", {{CComVariant(u"text"), CComVariant(12L), CComVariant()}});
   const CComQIPtr<IRecordset> recordset(company->GetBusinessObject(kRecordset));

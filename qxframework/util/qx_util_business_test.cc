@@ -4,8 +4,8 @@
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/util/qx_util.h"
 #include "testing/amounts.h"
-#include "testing/amounts_at_the_host.h"
 #include "testing/fake_money.h"
+#include "testing/host_rounding.h"
 #include "testing/recording_logger.h"
 
 #include <gmock/gmock.h>
@@ -59,7 +59,7 @@ constexpr Statement kPeriods[] = {
 class QxUtilBusiness : public ::testing::Test {
  protected:
   HostCalls calls;
-  CComPtr<FakeCompany> company = makeCompany(calls);
+  CComPtr<ScriptedCompany> company = makeScriptedCompany(calls);
   RecordingLogger logger;
 };
 
@@ -93,7 +93,7 @@ TEST_F(QxUtilTax, IsRoundedToTwoDecimals) {
 
 TEST_F(QxUtilTax, HasAStatementForEachDialectAndLogsIt) {
   for (const Statement& each : kTaxRates) {
-    company->engine = each.serverType;
+    company->serverType = each.serverType;
     calls.calls.clear();
     logger.records.clear();
     EXPECT_EQ(calculate(CQXCurrency(100)), 0);
@@ -154,7 +154,7 @@ class QxUtilTaxRoundedByTheHost : public QxUtilTax {
     CQXCurrency::m_ptrDecimalData = CComPtr<IDecimalData>(qx::makeObject<FakeDecimalData>(calls).p);
     rate(CComVariant(16.5));
   }
-  ~QxUtilTaxRoundedByTheHost() override { qx::test::forgetTheHostOfAmounts(); }
+  ~QxUtilTaxRoundedByTheHost() override { qx::test::resetHostRounding(); }
 
   CComPtr<FakeCompanyService> service = qx::makeObject<FakeCompanyService>(calls);
 };
@@ -249,7 +249,7 @@ TEST_F(QxUtilPeriod, IsTheFirstRowOfTheStatement) {
 
 TEST_F(QxUtilPeriod, HasAStatementForEachDialectAndLogsIt) {
   for (const Statement& each : kPeriods) {
-    company->engine = each.serverType;
+    company->serverType = each.serverType;
     calls.calls.clear();
     logger.records.clear();
     EXPECT_EQ(get(), 0);

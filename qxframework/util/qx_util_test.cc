@@ -10,9 +10,9 @@
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "testing/fake_application.h"
-#include "testing/fake_company.h"
 #include "testing/recording_logger.h"
 #include "testing/registry_in_use.h"
+#include "testing/scripted_company.h"
 #include "testing/temp_folder.h"
 
 #include <gmock/gmock.h>
@@ -67,7 +67,7 @@ class QxUtilNextCode : public ::testing::Test {
   }
 
   HostCalls calls;
-  CComPtr<FakeCompany> company = makeCompany(calls);
+  CComPtr<ScriptedCompany> company = makeScriptedCompany(calls);
   RecordingLogger logger;
 };
 
@@ -111,7 +111,7 @@ TEST_F(QxUtilNextCode, BeyondTheHighestNumberTheCodeStaysTheSame) {
 
 TEST_F(QxUtilNextCode, EachDialectHasItsStatement) {
   for (const long serverType : {1L, 2L, 3L, 4L, 9L}) {
-    company->engine = serverType;
+    company->serverType = serverType;
     next();
   }
   EXPECT_THAT(company->statements(),
@@ -317,10 +317,7 @@ TEST(QxUtilValidValues, AFailureIsLoggedAndTheLoopGoesOn) {
 
 class QxUtilHost : public ::testing::Test {
  protected:
-  CComPtr<FakeForm> addForm(const char16_t* uid, bool selected) {
-    application->forms.push_back(qx::makeObject<FakeForm>(uid, selected));
-    return application->forms.back();
-  }
+  void addForm(const char16_t* uid, bool selected) { application->addForm(uid, selected); }
   std::u16string selected() {
     const auto form = CQXUtil::GetSelectedForm(application);
     return form == nullptr ? u"none" : std::u16string(form->GetUniqueID().View());

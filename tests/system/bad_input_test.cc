@@ -6,11 +6,11 @@
 #include "qxframework/os/named_mutex.h"
 #include "testing/embedded_client.h"
 #include "testing/machine.h"
+#include "testing/message_recorder.h"
 #include "testing/param_name.h"
 #include "testing/registry_in_use.h"
 #include "testing/running_addon.h"
 #include "testing/sqlite_file.h"
-#include "testing/told.h"
 
 #include <gmock/gmock.h>
 
@@ -19,6 +19,7 @@
 namespace {
 
 using qx::test::EmbeddedClient;
+using qx::test::MessageRecorder;
 using qx::test::Record;
 using qx::test::RecordingAddOn;
 using qx::test::RecordingLogger;
@@ -27,7 +28,6 @@ using qx::test::RunningAddOn;
 using qx::test::SkippedPauses;
 using qx::test::SqliteFile;
 using qx::test::TempFolder;
-using qx::test::Told;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -258,13 +258,13 @@ TEST(HeldProgressBar, IsWaitedForHalfAnHourAndTheAddOnLoadsWithoutTables) {
 /// One attempt to connect when there may be no host at all.
 struct Attempt {
   explicit Attempt(const std::u16string& connection) {
-    const Told told;
+    const MessageRecorder recorder;
     Record record;
     RecordingAddOn addOn(connection, record);
     result = addOn.Connect(1);
     hasSink = addOn.GetEventSink() != nullptr;
-    boxes = Told::boxes();
-    trace = Told::trace();
+    boxes = MessageRecorder::boxes();
+    trace = MessageRecorder::trace();
     lines = record.lines;
   }
   long result = -1;

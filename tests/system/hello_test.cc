@@ -2,25 +2,19 @@
 
 #include "testing/child_process.h"
 #include "testing/engines.h"
+#include "testing/file_content.h"
 #include "testing/machine.h"
 #include "testing/sqlite_file.h"
 #include "testing/temp_folder.h"
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-
 namespace {
 
 using qx::test::ChildProcess;
+using qx::test::contentOfExisting;
 using qx::test::Engine;
 using testing::ElementsAre;
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  EXPECT_TRUE(stream) << file;
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 class Hello : public testing::TestWithParam<Engine> {
  protected:
@@ -39,11 +33,11 @@ class Hello : public testing::TestWithParam<Engine> {
 };
 
 TEST_P(Hello, GreetsGuardsTheOrderAndLeavesTheClientAsItWas) {
-  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_THAT(qx::test::rowsOf(file, "SELECT Code, U_Who FROM \"@HELLO\""),
               ElementsAre("00000000|World"));
   const std::string before = qx::test::dumpOf(file);
-  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_EQ(qx::test::dumpOf(file), before);
 }
 

@@ -7,9 +7,9 @@
 #include "qxframework/foundation/time_stamp.h"
 #include "qxframework/util/qx_util.h"
 #include "testing/amounts.h"
-#include "testing/amounts_at_the_host.h"
 #include "testing/embedded_client.h"
 #include "testing/engines.h"
+#include "testing/host_rounding.h"
 #include "testing/recording_addon.h"
 #include "testing/recording_logger.h"
 #include "testing/sqlite_file.h"
@@ -39,7 +39,7 @@ class LookUps : public testing::TestWithParam<Engine> {
         "'2024-03-31 00:00:00')");
     log.records.clear();
   }
-  ~LookUps() override { qx::test::forgetTheHostOfAmounts(); }
+  ~LookUps() override { qx::test::resetHostRounding(); }
   qx::test::SqliteFile sqlite() const { return qx::test::SqliteFile(file); }
   std::string tax(const char16_t* group, CQXCurrency net) {
     CQXCurrency amount(99);

@@ -2,6 +2,7 @@
 // the same way.
 
 #include "testing/child_process.h"
+#include "testing/file_content.h"
 #include "testing/machine.h"
 #include "testing/temp_folder.h"
 
@@ -12,14 +13,10 @@
 namespace {
 
 using qx::test::ChildProcess;
+using qx::test::contentOfExisting;
 using qx::test::TempFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// The files that a user sees there.
 std::vector<std::string> filesIn(const std::filesystem::path& folder) {
@@ -64,15 +61,16 @@ std::string runHello(const TempFolder& folder, const std::filesystem::path& regi
 TEST(LoggingComponent, ThatIsNotRegisteredCostsTheRecordsAndNothingElse) {
   const TempFolder folder;
   const auto registry = folder.write("registry.toml", registryWithoutLogger());
-  EXPECT_EQ(runHello(folder, registry), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(runHello(folder, registry), contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "log"));
 }
 
 TEST(LoggingComponent, WritesTheRecordsOfTheWholeRunUnderTheModulesName) {
   const TempFolder folder;
-  EXPECT_EQ(runHello(folder, qx::test::buildRegistry()), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(runHello(folder, qx::test::buildRegistry()),
+            contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_THAT(filesIn(folder.path() / "log"), ElementsAre("HELLO.log"));
-  const std::string text = contentOf(folder.path() / "log" / "HELLO.log");
+  const std::string text = contentOfExisting(folder.path() / "log" / "HELLO.log");
   EXPECT_THAT(text, HasSubstr("CQXEventSink::AdviseEvents\tEntering critical section....\n"));
   EXPECT_THAT(text, HasSubstr("CQXEventSink::UnloadApplication\tAdd-on stopped.\n"));
 }

@@ -3,25 +3,19 @@
 
 #include "testing/child_process.h"
 #include "testing/engines.h"
+#include "testing/file_content.h"
 #include "testing/machine.h"
 #include "testing/postgres_server.h"
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 namespace {
 
 using qx::test::ChildProcess;
+using qx::test::contentOfExisting;
 using qx::test::Engine;
 using qx::test::PostgresServer;
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  EXPECT_TRUE(stream) << file;
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 class HelloOnPostgres : public testing::TestWithParam<Engine> {
  protected:
@@ -51,11 +45,11 @@ class HelloOnPostgres : public testing::TestWithParam<Engine> {
 };
 
 TEST_P(HelloOnPostgres, DoesWhatItDoesOnAFile) {
-  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_EQ(server.ask(database, "SELECT code || ' ' || u_who FROM \"@hello\""), "00000000 World");
   const std::string rows = versionRow();
   EXPECT_EQ(rows, "00000000  9.20.00.01 Installed, 00000001 HELLO 1.00.00.00 Installed");
-  EXPECT_EQ(run(), contentOf(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_EQ(server.ask(database, "SELECT code || ' ' || u_who FROM \"@hello\""), "00000000 World");
   EXPECT_EQ(versionRow(), rows);
 }

@@ -4,9 +4,9 @@
 #include "qxframework/query/persistence_exception.h"
 #include "qxframework/sql/testing/dialect_param.h"
 #include "testing/cases.h"
+#include "testing/scripted_company.h"
 #include "tools/sqlprint/printer.h"
 #include "tools/sqlprint/testing/random_statement.h"
-#include "tools/sqlprint/testing/recording_company.h"
 
 #include <gtest/gtest.h>
 
@@ -26,17 +26,22 @@ std::u16string codeAhead(const std::u16string& code) {
 
 /// Returns the statements, each followed by a zero, or the refusal.
 std::string sent(const Statement& statement, DbServerType serverType, bool removeByCollection) {
-  test::Recording recording;
-  recording.highestCode = codeAhead(statement.nextCode);
-  const CComPtr<test::RecordingCompany> company =
-      makeObject<test::RecordingCompany>(recording, serverType);
+  const CComVariant highestCode(std::u16string_view(codeAhead(statement.nextCode)));
+  const CComPtr<test::ScriptedCompany> company = test::makeScriptedCompany();
+  company->serverType = serverType;
+  // Every query has one row without columns, except that for the highest code of a user table.
+  company->responder = [&](std::u16string_view text, test::ScriptedRows& rows) {
+    rows.rows.resize(1);
+    if (text.starts_with(u"SELECT MAX(")) rows.rows.front().push_back(highestCode);
+    return S_OK;
+  };
   try {
     test::sendByLayer(statement, company, removeByCollection);
   } catch (const Persistence::CQXPersistenceException& refusal) {
     return "refused: " + toUtf8(viewOf(refusal.GetErrorString()));
   }
   std::string all;
-  for (const std::u16string& text : recording.statements) (all += toUtf8(text)) += '\0';
+  for (const auto& run : company->runs) (all += toUtf8(run.statement)) += '\0';
   return all;
 }
 

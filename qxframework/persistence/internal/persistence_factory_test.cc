@@ -1,8 +1,8 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 
 #include "qxframework/persistence/internal/dialect_classes.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/testing/query_parts.h"
+#include "testing/scripted_company.h"
 
 #include <new>
 
@@ -95,15 +95,15 @@ TEST_F(PersistenceFactory, WithoutACompanyThrows) {
 }
 
 TEST_F(PersistenceFactory, ThrowsIfTheCompanyFails) {
-  company->results["GetDbServerType"] = E_FAIL;
+  company->calls.failures["Company.GetDbServerType"] = E_FAIL;
   EXPECT_THROW(factory.CreatePersistentObject(), _com_error);
-  company->results.clear();
-  company->results["GetBusinessObject"] = E_FAIL;
+  company->calls.failures.clear();
+  company->calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   EXPECT_THROW(factory.CreatePersistentCollection(), _com_error);
 }
 
 TEST_F(PersistenceFactory, WithoutMemoryReturnsNull) {
-  company->results["GetBusinessObject"] = E_OUTOFMEMORY;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_OUTOFMEMORY;
   EXPECT_EQ(factory.CreatePersistentObject(), nullptr);
   EXPECT_EQ(factory.CreatePersistentCollection(), nullptr);
 

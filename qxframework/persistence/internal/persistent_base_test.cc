@@ -1,8 +1,8 @@
 #include "qxframework/persistence/internal/persistent_base.h"
 
 #include "qxframework/persistence/internal/persistent_base_fixture.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/testing/query_parts.h"
+#include "testing/scripted_company.h"
 
 #include <stdexcept>
 
@@ -40,7 +40,7 @@ TEST(PersistentBase, GetsARecordSetOfItsOwnFromTheCompany) {
 
 TEST(PersistentBase, ACompanyWithoutARecordSetIsAnError) {
   const auto company = makeScriptedCompany();
-  company->results["GetBusinessObject"] = E_ACCESSDENIED;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_ACCESSDENIED;
   EXPECT_THROW(Plain{CComPtr<ICompany>(company)}, _com_error);
   EXPECT_THROW(Plain{CComPtr<ICompany>()}, _com_error);
 }
@@ -223,7 +223,7 @@ TEST(ExceptionFromCompany, HasTheCompanysLastError) {
     const auto company = makeScriptedCompany();
     company->errorCode = code;
     company->errorText = std::move(text);
-    company->results["GetLastError"] = result;
+    company->calls.failures["Company.GetLastError"] = result;
     return refusalOf([&] {
       CQXPersistenceException exception;
       Plain(CComPtr<ICompany>(company)).FillExceptionFromCompany(exception);

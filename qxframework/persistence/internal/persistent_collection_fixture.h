@@ -4,10 +4,10 @@
 #include "qxframework/persistence/internal/persistence_factory.h"
 #include "qxframework/persistence/internal/persistent_collection.h"
 #include "qxframework/persistence/internal/persistent_object.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/testing/query_parts.h"
 #include "qxframework/sql/testing/dialect_param.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <memory>
 #include <string>
@@ -32,7 +32,7 @@ class CollectionFixture : public testing::TestWithParam<DialectParam> {
   }
   void refresh() {
     collection->Refresh();
-    company->moves.clear();
+    company->calls.calls.clear();
     logger.records.clear();
   }
   std::u16string scope(std::u16string_view operation) const {

@@ -55,7 +55,7 @@ TEST_P(CollectionRows, AddRunsTheObjectsInsert) {
   object->GetFieldValues() = values({{u"Code", u"own"}, {u"U_N", 3.5}});
   collection->Add(object.get());
   EXPECT_EQ(shown(object->GetConditions()), "Code|1|98|VT_BSTR|own");
-  EXPECT_EQ(company->statements().back(), object->InsertText(CComBSTR()).View());
+  EXPECT_EQ(company->statementTexts().back(), object->InsertText(CComBSTR()).View());
 }
 
 TEST_P(CollectionRows, ExistsRunsASelectByTheGivenConditions) {
@@ -111,7 +111,7 @@ TEST_P(CollectionRows, FindStopsOnTheFirstMatchAndLoadsIt) {
   collection->FindInRecordSet(
       conditions({{u"Code", co_Equal, u"B"}, {u"U_N", co_Equal, u"2.5", u"VT_R8"}}), object.get());
   EXPECT_EQ(code(), "B");
-  EXPECT_THAT(company->moves, ElementsAre("MoveFirst", "MoveNext"));
+  EXPECT_THAT(company->calls.of("Recordset."), ElementsAre("MoveFirst", "MoveNext"));
   EXPECT_EQ(company->runs.size(), 1U);
   EXPECT_EQ(log(),
             (std::vector<LogRecord>{
@@ -192,11 +192,11 @@ TEST_P(CollectionRows, FindThrowsTheHostsErrorForAMissingColumn) {
 
 TEST_P(CollectionRows, AFailedMoveOfFindIsThrownEvenByTheNoThrowForm) {
   refresh();
-  company->results["MoveNext"] = E_FAIL;
+  company->calls.failures["Recordset.MoveNext"] = E_FAIL;
   EXPECT_THROW(collection->FindInRecordSet(codeIs(u"B"), object.get()), _com_error);
   EXPECT_THROW(collection->FindInRecordSetNoThrow(codeIs(u"B"), object.get()), _com_error);
   EXPECT_TRUE(collection->FindInRecordSetNoThrow(codeIs(u"A"), object.get()));
-  company->results["MoveFirst"] = E_FAIL;
+  company->calls.failures["Recordset.MoveFirst"] = E_FAIL;
   EXPECT_THROW(collection->FindInRecordSet(codeIs(u"A"), object.get()), _com_error);
   EXPECT_THROW(collection->FindInRecordSetNoThrow(codeIs(u"A"), object.get()), _com_error);
 }

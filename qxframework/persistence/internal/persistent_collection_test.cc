@@ -115,7 +115,7 @@ TEST_P(CollectionLimitedByTheConnection,
   collection->SetMaxRecordCount(2);
   setUpFailure();
   EXPECT_EQ(refusalOf([&] { collection->Refresh(); }), "-2035: Not today");
-  EXPECT_THAT(company->statements(), ElementsAre(u"SET ROWCOUNT 2 "));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(u"SET ROWCOUNT 2 "));
   EXPECT_EQ(logger.messages(1), std::vector<std::u16string>{u"Failed to select from OFPR"});
   EXPECT_FALSE(collection->IsSelected());
 }
@@ -133,7 +133,7 @@ TEST_P(CollectionLimitedByTheConnection,
 
 TEST_P(PersistentCollection, AFailureToSetTheLimitFailsTheSelect) {
   collection->SetMaxRecordCount(2);
-  company->results["GetBusinessObject"] = E_FAIL;
+  company->calls.failures["Company.GetBusinessObject 300"] = E_FAIL;
   company->errorText = u"No more record sets";
   EXPECT_EQ(refusalOf([&] { collection->Refresh(); }), isSybase() ? "-1: No more record sets" : "");
   EXPECT_EQ(company->runs.size(), isSybase() ? 0U : 1U);
@@ -226,7 +226,7 @@ TEST_P(PersistentCollection, WalksTheRowsBackwardsWithoutReadingThem) {
   EXPECT_TRUE(collection->Bof());
   EXPECT_EQ(collection->Previous(), 1);
   EXPECT_EQ(company->fieldsRead, 0);
-  EXPECT_THAT(company->moves,
+  EXPECT_THAT(company->calls.of("Recordset."),
               ElementsAre("MoveLast", "MovePrevious", "MovePrevious", "MovePrevious"));
 }
 
@@ -246,7 +246,7 @@ TEST_P(PersistentCollection, NextOfTheLastRowReturnsOneAndEndsAfterIt) {
   EXPECT_TRUE(collection->Eof());
   EXPECT_EQ(code(), "C");
   EXPECT_EQ(collection->Next(), 1);
-  EXPECT_THAT(company->moves, ElementsAre("MoveLast", "MoveNext"));
+  EXPECT_THAT(company->calls.of("Recordset."), ElementsAre("MoveLast", "MoveNext"));
 }
 
 TEST_P(PersistentCollection, AnEmptyResultTouchesNoObject) {
@@ -261,14 +261,14 @@ TEST_P(PersistentCollection, AnEmptyResultTouchesNoObject) {
   EXPECT_EQ(collection->Last(), 1);
   EXPECT_EQ(code(), "mine");
   EXPECT_TRUE(object->GetMasterTable().IsEmpty());
-  EXPECT_THAT(company->moves, IsEmpty());
+  EXPECT_THAT(company->calls.of("Recordset."), IsEmpty());
   EXPECT_EQ(collection->GetRecordCount(), 0);
 }
 
 TEST_P(PersistentCollection, AMoveWithAPositiveResultLoadsNothing) {
   refresh();
   for (const char* move : {"MoveFirst", "MoveLast", "MoveNext", "MovePrevious"})
-    company->results[move] = 3;
+    company->calls.failures[std::string("Recordset.") + move] = 3;
   EXPECT_EQ(collection->First(object.get()), 3);
   EXPECT_EQ(collection->Last(object.get()), 3);
   EXPECT_EQ(collection->Previous(object.get()), 3);
@@ -281,7 +281,7 @@ TEST_P(PersistentCollection, AMoveWithAPositiveResultLoadsNothing) {
 TEST_P(PersistentCollection, AMoveThatFailsIsTheHostsError) {
   refresh();
   for (const char* move : {"MoveFirst", "MoveLast", "MoveNext", "MovePrevious"})
-    company->results[move] = E_FAIL;
+    company->calls.failures[std::string("Recordset.") + move] = E_FAIL;
   EXPECT_THROW(collection->First(), _com_error);
   EXPECT_THROW(collection->Last(), _com_error);
   EXPECT_THROW(collection->Next(object.get()), _com_error);

@@ -2,10 +2,10 @@
 
 #include "qxframework/logging/qx_logger.h"
 #include "qxframework/persistence/internal/persistence_factory.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/testing/query_parts.h"
 #include "qxframework/sql/testing/dialect_param.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <gmock/gmock.h>
 
@@ -63,7 +63,7 @@ TEST_P(PersistentObject, AddRunsItsTextAndLogsIt) {
   object->GetFieldValues() = values({{u"Code", u"A"}});
   const CComBSTR text = object->InsertText(CComBSTR());
   object->Add();
-  EXPECT_THAT(company->statements(), ElementsAre(text.View()));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(text.View()));
   expectLog(u"Add", {record(u"Add", 3, std::u16string(text.View()))}, u"S_OK");
 }
 
@@ -84,7 +84,7 @@ TEST_P(PersistentObject, UpdateRunsItsTextAndLogsIt) {
   const auto keys = values({{u"Code", u"A"}});
   const CComBSTR text = object->UpdateText(keys);
   object->Update(keys);
-  EXPECT_THAT(company->statements(), ElementsAre(text.View()));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(text.View()));
   expectLog(u"Update", {ran(u"Update")}, u"S_OK");
 }
 
@@ -102,7 +102,7 @@ TEST_P(PersistentObject, RemoveRunsItsTextAndLogsIt) {
   object->SetConditions(codeIs(u"A"));
   const CComBSTR text = object->RemoveText();
   object->Remove({});
-  EXPECT_THAT(company->statements(), ElementsAre(text.View()));
+  EXPECT_THAT(company->statementTexts(), ElementsAre(text.View()));
   expectLog(u"Remove", {ran(u"Remove")}, u"S_OK");
 }
 
@@ -124,7 +124,7 @@ TEST_P(PersistentObject, AStatementWithPercentSignsIsLoggedUnchanged) {
 }
 
 TEST_P(PersistentObject, AResultAboveZeroIsTheScopesResult) {
-  company->statementResult = 1;
+  company->calls.failures["SQL"] = 1;
   object->SetConditions(codeIs(u"A"));
   object->Remove({});
   expectLog(u"Remove", {ran(u"Remove")}, u"S_FALSE");
@@ -173,7 +173,7 @@ TEST_P(PersistentObject, AFailureWithoutACompanysErrorIsUnknown) {
 
 TEST_P(PersistentObject, AFailureOfALostCompanyIsUnknown) {
   setUpFailure();
-  company->results["GetLastError"] = E_FAIL;
+  company->calls.failures["Company.GetLastError"] = E_FAIL;
   EXPECT_EQ(refusalOf([&] { object->Add(); }), "-1: Unknown error");
 }
 
@@ -202,7 +202,7 @@ TEST_P(PersistentObject, SelectRefusesTwoRows) {
 }
 
 TEST_P(PersistentObject, ARecordCountThatFailsIsAFailureOfSelect) {
-  company->results["GetRecordCount"] = E_FAIL;
+  company->calls.failures["Recordset.GetRecordCount"] = E_FAIL;
   company->errorText = u"no count";
   object->SetConditions(codeIs(u"A"));
   EXPECT_EQ(refusalOf([&] { object->Select(); }), "-1: no count");

@@ -4,9 +4,9 @@
 
 #include "qxframework/persistence/collection_proxy.h"
 #include "qxframework/persistence/testing/proxy_records.h"
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/testing/query_parts.h"
 #include "testing/recording_logger.h"
+#include "testing/scripted_company.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +69,7 @@ class CollectionProxy : public testing::Test {
     proxy.Load({kCode}, {});
     company->runs.clear();
   }
-  Texts statements() { return company->statements(); }
+  Texts statements() { return company->statementTexts(); }
   ULONG references() { return qx::test::referencesTo(company); }
 
   qx::test::RecordingLogger logger;

@@ -2,9 +2,9 @@
 
 // The record of the proxies' tests, and the rows of its table.
 
-#include "qxframework/persistence/testing/scripted_company.h"
 #include "qxframework/query/field_values.h"
 #include "qxframework/query/value_container.h"
+#include "testing/scripted_company.h"
 
 #include <string>
 #include <utility>

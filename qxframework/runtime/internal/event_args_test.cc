@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/host/events.h"
-#include "qxframework/runtime/testing/fake_events.h"
+#include "testing/fake_events.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
-#include "qxframework/persistence/testing/scripted_company.h"
+#include "testing/scripted_recordset.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qx::test {
 namespace {
@@ -9,6 +10,7 @@ class ScriptedRecordset;
 
 class ScriptedField final : public StubField {
  public:
+  /// `value` is null if the cursor is on no row.
   ScriptedField(std::u16string name, const CComVariant* value)
       : name_(std::move(name)), value_(value) {}
   HRESULT raw_GetName(BSTR* out) override { return giveText(name_, out); }
@@ -18,9 +20,10 @@ class ScriptedField final : public StubField {
 
  private:
   std::u16string name_;
-  const CComVariant* value_;  // null where there is no row
+  const CComVariant* value_;
 };
 
+/// The fields of the row on which the cursor is at the time of the call.
 class ScriptedFields final : public StubFields {
  public:
   ScriptedFields(CComPtr<ScriptedCompany> company, CComPtr<ScriptedRecordset> recordset)
@@ -35,17 +38,15 @@ class ScriptedFields final : public StubFields {
 
 class ScriptedRecordset final : public StubRecordset {
  public:
-  ScriptedRecordset(ScriptedCompany* company, int number) : company_(company), number_(number) {}
+  ScriptedRecordset(ScriptedCompany* company, int number, ScriptedRows rows)
+      : company_(company), number_(number), rows_(std::move(rows)) {}
 
   HRESULT raw_DoQuery(BSTR sql) override {
-    const std::u16string statement(viewOfBstr(sql));
-    company_->runs.push_back({number_, statement});
-    if (static_cast<int>(company_->runs.size()) == company_->failStatement)
-      return company_->statementFailure;
-    const auto answer = company_->answers.find(statement);
-    rows_ = answer == company_->answers.end() ? company_->otherwise : answer->second;
+    ScriptedRows found;
+    const HRESULT hr = company_->run(number_, viewOfBstr(sql), found);
+    rows_ = std::move(found);
     position_ = 0;
-    return company_->statementResult;
+    return hr;
   }
   HRESULT raw_MoveFirst() override { return moveTo("MoveFirst", 0); }
   HRESULT raw_MoveLast() override { return moveTo("MoveLast", count() - 1); }
@@ -55,32 +56,39 @@ class ScriptedRecordset final : public StubRecordset {
   }
   HRESULT raw_GetBoF(VARIANT_BOOL* out) override {
     *out = count() == 0 || position_ < 0 ? company_->truth : VARIANT_FALSE;
-    return company_->resultOf("GetBoF");
+    return company_->calls.enter("Recordset.GetBoF");
   }
   HRESULT raw_GetEoF(VARIANT_BOOL* out) override {
     *out = position_ >= count() ? company_->truth : VARIANT_FALSE;
-    return company_->resultOf("GetEoF");
+    return company_->calls.enter("Recordset.GetEoF");
   }
   HRESULT raw_GetRecordCount(long* out) override {
     *out = count();
-    return company_->resultOf("GetRecordCount");
+    return company_->calls.enter("Recordset.GetRecordCount");
   }
   HRESULT raw_GetFields(IFields** out) override {
     ++company_->fieldsRead;
     return giveObject<IFields>(makeObject<ScriptedFields>(company_, this).p, out);
   }
 
-  const ScriptedRows& rows() const { return rows_; }
+  const std::vector<std::u16string>& columns() const { return rows_.columns; }
+  /// Returns the number of values that a row has, 0 for unnamed columns without a row.
+  std::size_t width() const {
+    if (!rows_.columns.empty()) return rows_.columns.size();
+    return row() == nullptr ? 0 : row()->size();
+  }
   const CComVariant* value(std::size_t column) const {
-    if (position_ < 0 || position_ >= count()) return nullptr;
-    return &rows_.rows[static_cast<std::size_t>(position_)][column];
+    return row() == nullptr ? nullptr : &(*row())[column];
   }
 
  private:
   long count() const { return static_cast<long>(rows_.rows.size()); }
+  const ScriptedRow* row() const {
+    if (position_ < 0 || position_ >= count()) return nullptr;
+    return &rows_.rows[static_cast<std::size_t>(position_)];
+  }
   HRESULT moveTo(const char* operation, long position) {
-    company_->moves.push_back(operation);
-    const HRESULT hr = company_->resultOf(operation);
+    const HRESULT hr = company_->calls.record(std::string("Recordset.") + operation);
     if (hr >= 0) position_ = position;
     return hr;
   }
@@ -92,54 +100,29 @@ class ScriptedRecordset final : public StubRecordset {
 };
 
 HRESULT ScriptedFields::raw_Count(long* out) {
-  *out = static_cast<long>(recordset_->rows().columns.size());
+  *out = static_cast<long>(recordset_->width());
   return S_OK;
 }
 
 HRESULT ScriptedFields::raw_Item(const VARIANT& index, IField** out) {
   ++company_->itemsRead;
-  const auto& columns = recordset_->rows().columns;
+  const auto& columns = recordset_->columns();
   auto position = static_cast<std::size_t>(index.lVal);
   if (index.vt == VT_BSTR) {
     const auto found = std::find(columns.begin(), columns.end(), viewOfBstr(index.bstrVal));
+    if (found == columns.end()) return DISP_E_BADINDEX;
     position = static_cast<std::size_t>(found - columns.begin());
   }
-  if (position >= columns.size()) return DISP_E_BADINDEX;
-  return giveObject<IField>(
-      makeObject<ScriptedField>(columns[position], recordset_->value(position)).p, out);
+  if (position >= recordset_->width()) return DISP_E_BADINDEX;
+  const std::u16string name = columns.empty() ? u"" : columns[position];
+  return giveObject<IField>(makeObject<ScriptedField>(name, recordset_->value(position)).p, out);
 }
 
 }  // namespace
 
-HRESULT ScriptedCompany::resultOf(const std::string& operation) const {
-  const auto found = results.find(operation);
-  return found == results.end() ? S_OK : found->second;
+CComPtr<IRecordset> makeRecordset(ScriptedCompany& company, ScriptedRows rows) {
+  const int number = ++company.recordsets;
+  return makeObject<ScriptedRecordset>(&company, number, std::move(rows)).p;
 }
-
-HRESULT ScriptedCompany::raw_GetLastError(long* code, BSTR* text) {
-  *code = errorCode;
-  const HRESULT hr = resultOf("GetLastError");
-  return hr < 0 ? hr : giveText(errorText, text);
-}
-
-HRESULT ScriptedCompany::raw_GetDbServerType(long* out) {
-  *out = serverType;
-  return resultOf("GetDbServerType");
-}
-
-HRESULT ScriptedCompany::raw_GetBusinessObject(long type, IDispatch** out) {
-  if (type != kRecordset) return E_INVALIDARG;
-  const HRESULT hr = resultOf("GetBusinessObject");
-  if (hr < 0) return hr;
-  return giveObject<IDispatch>(makeObject<ScriptedRecordset>(this, ++recordsets).p, out);
-}
-
-std::vector<std::u16string> ScriptedCompany::statements() const {
-  std::vector<std::u16string> texts;
-  for (const Run& run : runs) texts.push_back(run.statement);
-  return texts;
-}
-
-CComPtr<ScriptedCompany> makeScriptedCompany() { return makeObject<ScriptedCompany>(); }
 
 }  // namespace qx::test

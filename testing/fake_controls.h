@@ -1,27 +1,28 @@
 #pragma once
 
-// Items of a form and their controls, for tests. Clicks go to the host's list of calls.
+// The items of a form and their controls. Clicks are recorded in the host's list of calls.
 
-#include "qxframework/runtime/testing/fake_host.h"
+#include "testing/host_calls.h"
+#include "testing/host_stubs.h"
 
 #include <map>
-#include <optional>
 #include <string>
 
 namespace qx::test {
 
+/// An item that records its clicks as "NAME.Click(mode)".
 class FakeItem final : public StubItem {
  public:
-  FakeItem(FakeHost& host, std::string name, long type, CComPtr<IDispatch> control)
-      : host_(host), name_(std::move(name)), type_(type), control_(std::move(control)) {}
+  FakeItem(HostCalls& calls, std::string name, long type, CComPtr<IDispatch> control)
+      : calls_(calls), name_(std::move(name)), type_(type), control_(std::move(control)) {}
   HRESULT raw_GetType(long* out) override { return *out = type_, S_OK; }
   HRESULT raw_GetSpecific(IDispatch** out) override { return giveObject(control_.p, out); }
   HRESULT raw_Click(long mode) override {
-    return host_.record(name_ + ".Click", std::to_string(mode));
+    return calls_.record(name_ + ".Click", std::to_string(mode));
   }
 
  private:
-  FakeHost& host_;
+  HostCalls& calls_;
   std::string name_;
   long type_;
   CComPtr<IDispatch> control_;
@@ -29,10 +30,10 @@ class FakeItem final : public StubItem {
 
 class FakeItems final : public StubItems {
  public:
-  explicit FakeItems(FakeHost& host) : host_(host) {}
+  explicit FakeItems(HostCalls& calls) : calls_(calls) {}
   void add(std::u16string uid, long type, CComPtr<IDispatch> control = nullptr) {
     const std::string name = "item " + toUtf8(uid);
-    items_[uid] = makeObject<FakeItem>(host_, name, type, std::move(control));
+    items_[uid] = makeObject<FakeItem>(calls_, name, type, std::move(control));
   }
   HRESULT raw_Item(const VARIANT& uid, IItem** out) override {
     const auto item =
@@ -42,7 +43,7 @@ class FakeItems final : public StubItems {
   }
 
  private:
-  FakeHost& host_;
+  HostCalls& calls_;
   std::map<std::u16string, CComPtr<FakeItem>> items_;
 };
 
@@ -52,6 +53,7 @@ class FakeValidValue final : public StubValidValue {
   HRESULT raw_GetDescription(BSTR* out) override { return giveText(u"Shown", out); }
 };
 
+/// Without a selected value, its raw_GetSelected returns `refusal` and no object.
 class FakeComboBox final : public StubComboBox {
  public:
   explicit FakeComboBox(bool selected, HRESULT refusal = S_OK)
@@ -69,66 +71,66 @@ class FakeComboBox final : public StubComboBox {
 /// A matrix with one column, whose cells record their clicks.
 class FakeMatrix final : public StubMatrix {
  public:
-  FakeMatrix(FakeHost& host, std::u16string column, long type)
-      : host_(host), column_(std::move(column)), type_(type) {}
+  FakeMatrix(HostCalls& calls, std::u16string column, long type)
+      : calls_(calls), column_(std::move(column)), type_(type) {}
   HRESULT raw_GetColumns(IColumns** out) override {
-    return giveObject<IColumns>(makeObject<Columns>(host_, column_, type_).p, out);
+    return giveObject<IColumns>(makeObject<Columns>(calls_, column_, type_).p, out);
   }
 
  private:
   class Cell final : public StubCell {
    public:
-    Cell(FakeHost& host, long row) : host_(host), row_(row) {}
+    Cell(HostCalls& calls, long row) : calls_(calls), row_(row) {}
     HRESULT raw_Click(long mode, long modifiers) override {
-      return host_.record("cell " + std::to_string(row_) + ".Click",
-                          std::to_string(mode) + ", " + std::to_string(modifiers));
+      return calls_.record("cell " + std::to_string(row_) + ".Click",
+                           std::to_string(mode) + ", " + std::to_string(modifiers));
     }
 
    private:
-    FakeHost& host_;
+    HostCalls& calls_;
     long row_;
   };
 
   class Cells final : public StubCells {
    public:
-    explicit Cells(FakeHost& host) : host_(host) {}
+    explicit Cells(HostCalls& calls) : calls_(calls) {}
     HRESULT raw_Item(const VARIANT& row, ICell** out) override {
-      return giveObject<ICell>(makeObject<Cell>(host_, row.lVal).p, out);
+      return giveObject<ICell>(makeObject<Cell>(calls_, row.lVal).p, out);
     }
 
    private:
-    FakeHost& host_;
+    HostCalls& calls_;
   };
 
   class Column final : public StubColumn {
    public:
-    Column(FakeHost& host, long type) : host_(host), type_(type) {}
+    Column(HostCalls& calls, long type) : calls_(calls), type_(type) {}
     HRESULT raw_GetType(long* out) override { return *out = type_, S_OK; }
     HRESULT raw_GetCells(ICells** out) override {
-      return giveObject<ICells>(makeObject<Cells>(host_).p, out);
+      return giveObject<ICells>(makeObject<Cells>(calls_).p, out);
     }
 
    private:
-    FakeHost& host_;
+    HostCalls& calls_;
     long type_;
   };
 
   class Columns final : public StubColumns {
    public:
-    Columns(FakeHost& host, std::u16string uid, long type)
-        : host_(host), uid_(std::move(uid)), type_(type) {}
+    Columns(HostCalls& calls, std::u16string uid, long type)
+        : calls_(calls), uid_(std::move(uid)), type_(type) {}
     HRESULT raw_Item(const VARIANT& index, IColumn** out) override {
       if (index.vt != VT_BSTR || viewOfBstr(index.bstrVal) != uid_) return resultCode(-7015);
-      return giveObject<IColumn>(makeObject<Column>(host_, type_).p, out);
+      return giveObject<IColumn>(makeObject<Column>(calls_, type_).p, out);
     }
 
    private:
-    FakeHost& host_;
+    HostCalls& calls_;
     std::u16string uid_;
     long type_;
   };
 
-  FakeHost& host_;
+  HostCalls& calls_;
   std::u16string column_;
   long type_;
 };

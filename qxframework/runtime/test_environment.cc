@@ -1,4 +1,4 @@
-// Gives every test process locks, counters and a registry of its own, in a temporary folder. The
+// Gives every test process locks, counters and a registry of its own in a temporary folder. The
 // registry names this program for the host's classes.
 
 #include "qxframework/automation/guid.h"

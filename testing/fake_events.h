@@ -1,6 +1,6 @@
 #pragma once
 
-// Events of the client for tests, and their arguments.
+// The events of a client and the arguments with which a sink receives them.
 
 #include "testing/host_stubs.h"
 
@@ -18,7 +18,7 @@ class FakeItemEvent final : public StubItemEvent {
   }
   HRESULT raw_GetFormTypeEx(BSTR* out) override { return giveText(u"TYPE", out); }
 
-  HRESULT refusal = S_OK;
+  HRESULT refusal = S_OK;  // of GetEventType
 
  private:
   long type_;
@@ -39,7 +39,7 @@ class FakeMenuEvent final : public StubMenuEvent {
     return refusal;
   }
 
-  HRESULT refusal = S_OK;
+  HRESULT refusal = S_OK;  // of GetInnerEvent
 
  private:
   std::u16string uid_;

@@ -1,14 +1,16 @@
-#include "testing/fake_company.h"
+#include "testing/fake_dictionary.h"
+
+#include "testing/scripted_company.h"
 
 #include <algorithm>
 
 namespace qx::test {
 namespace {
 
-// Counts the objects of the dictionary, of which the host wants one at a time.
+/// Counts the dictionary objects that exist.
 class LiveMetadata {
  public:
-  explicit LiveMetadata(FakeCompany& company) : company_(company) {
+  explicit LiveMetadata(ScriptedCompany& company) : company_(company) {
     ++company_.liveMetadata;
     company_.mostMetadata = std::max(company_.mostMetadata, company_.liveMetadata);
   }
@@ -17,12 +19,21 @@ class LiveMetadata {
   LiveMetadata& operator=(const LiveMetadata&) = delete;
 
  private:
-  FakeCompany& company_;
+  ScriptedCompany& company_;
 };
+
+/// Returns the entry with the number `index`, from 0, among those of `table`, which is named with
+/// its "@"; the end of the list if there are not so many.
+template <class Entry>
+auto nthOf(std::vector<Entry>& list, std::u16string_view table, long index) {
+  return std::find_if(list.begin(), list.end(), [&](const Entry& each) {
+    return u"@" + each.table == table && index-- == 0;
+  });
+}
 
 class FakeUserTables final : public StubUserTablesMD {
  public:
-  explicit FakeUserTables(FakeCompany& company) : company_(company), live_(company) {}
+  explicit FakeUserTables(ScriptedCompany& company) : company_(company), live_(company) {}
 
   HRESULT raw_GetByKey(BSTR name, VARIANT_BOOL* out) override {
     *out = has(viewOfBstr(name)) ? VARIANT_TRUE : VARIANT_FALSE;
@@ -54,7 +65,7 @@ class FakeUserTables final : public StubUserTablesMD {
                        [name](const FakeTable& each) { return each.name == name; });
   }
 
-  FakeCompany& company_;
+  ScriptedCompany& company_;
   LiveMetadata live_;
   FakeTable table_;
 };
@@ -84,8 +95,16 @@ class FakeValidValuesOfField final : public StubValidValuesMD {
 
 class FakeUserFields final : public StubUserFieldsMD {
  public:
-  explicit FakeUserFields(FakeCompany& company) : company_(company), live_(company) {}
+  explicit FakeUserFields(ScriptedCompany& company) : company_(company), live_(company) {}
 
+  HRESULT raw_GetByKey(BSTR table, long index, VARIANT_BOOL* out) override {
+    const HRESULT hr =
+        company_.calls.record("Fields.GetByKey", narrow(table) + ", " + std::to_string(index));
+    const auto found = nthOf(company_.fields, viewOfBstr(table), index);
+    *out = found == company_.fields.end() ? VARIANT_FALSE : VARIANT_TRUE;
+    if (found != company_.fields.end()) field_ = *found;
+    return hr;
+  }
   HRESULT raw_PutTableName(BSTR name) override { return put("PutTableName", field_.table, name); }
   HRESULT raw_PutName(BSTR name) override { return put("PutName", field_.name, name); }
   HRESULT raw_GetName(BSTR* out) override {
@@ -123,16 +142,25 @@ class FakeUserFields final : public StubUserFieldsMD {
   HRESULT raw_Add(long* out) override {
     const HRESULT hr = company_.calls.record("Fields.Add", toUtf8(field_.name));
     if (hr < 0) return hr;
-    const bool known = std::any_of(company_.fields.begin(), company_.fields.end(),
-                                   [this](const FakeUserField& each) {
-                                     return each.table == field_.table && each.name == field_.name;
-                                   });
-    *out = company_.refuse("Fields.Add", known);
+    *out = company_.refuse("Fields.Add", find() != company_.fields.end());
     if (*out == 0) company_.fields.push_back(field_);
+    return hr;
+  }
+  HRESULT raw_Update(long* out) override {
+    const HRESULT hr = company_.calls.record("Fields.Update", toUtf8(field_.name));
+    if (hr < 0) return hr;
+    *out = company_.refuse("Fields.Update", false);
+    const auto found = find();
+    if (*out == 0 && found != company_.fields.end()) *found = field_;
     return hr;
   }
 
  private:
+  std::vector<FakeUserField>::iterator find() {
+    return std::find_if(company_.fields.begin(), company_.fields.end(), [this](const auto& each) {
+      return each.table == field_.table && each.name == field_.name;
+    });
+  }
   HRESULT put(const std::string& operation, std::u16string& member, BSTR text) {
     member = viewOfBstr(text);
     return company_.calls.record("Fields." + operation, narrow(text));
@@ -142,7 +170,7 @@ class FakeUserFields final : public StubUserFieldsMD {
     return company_.calls.record("Fields." + operation, std::to_string(number));
   }
 
-  FakeCompany& company_;
+  ScriptedCompany& company_;
   LiveMetadata live_;
   FakeUserField field_;
 };
@@ -168,12 +196,12 @@ class FakeKeyElements final : public StubUserKeysMD_Elements {
 
 class FakeUserKeys final : public StubUserKeysMD {
  public:
-  explicit FakeUserKeys(FakeCompany& company) : company_(company), live_(company) {}
+  explicit FakeUserKeys(ScriptedCompany& company) : company_(company), live_(company) {}
 
   HRESULT raw_GetByKey(BSTR table, long index, VARIANT_BOOL* out) override {
     const HRESULT hr =
         company_.calls.record("Keys.GetByKey", narrow(table) + ", " + std::to_string(index));
-    const auto found = findKey(viewOfBstr(table), index);
+    const auto found = nthOf(company_.keys, viewOfBstr(table), index);
     *out = found == company_.keys.end() ? VARIANT_FALSE : VARIANT_TRUE;
     if (found != company_.keys.end()) key_ = *found;
     return hr;
@@ -212,125 +240,71 @@ class FakeUserKeys final : public StubUserKeysMD {
   }
 
  private:
-  using Keys = std::vector<FakeUserKey>;
-
-  Keys::iterator find() {
+  std::vector<FakeUserKey>::iterator find() {
     return std::find_if(company_.keys.begin(), company_.keys.end(), [this](const auto& each) {
       return each.table == key_.table && each.name == key_.name;
     });
   }
-  Keys::iterator findKey(std::u16string_view table, long index) {
-    return std::find_if(company_.keys.begin(), company_.keys.end(), [&](const auto& each) {
-      return u"@" + each.table == table && index-- == 0;
-    });
-  }
 
-  FakeCompany& company_;
+  ScriptedCompany& company_;
   LiveMetadata live_;
   FakeUserKey key_;
 };
 
-// The text between `before` and the next quote.
-std::u16string quotedBehind(std::u16string_view text, std::u16string_view before) {
-  const std::size_t start = text.find(before);
+/// Returns the text between `head` and the next quote, an empty text if `head` is not there.
+std::u16string quotedAfter(std::u16string_view text, std::u16string_view head) {
+  const std::size_t start = text.find(head);
   if (start == std::u16string_view::npos) return {};
-  const std::u16string_view rest = text.substr(start + before.size());
+  const std::u16string_view rest = text.substr(start + head.size());
   return std::u16string(rest.substr(0, rest.find(u'\'')));
+}
+
+/// Returns the text that a statement compares with `column`; db2 and kordb put its name in quotes.
+std::u16string comparedWith(std::u16string_view statement, const std::u16string& column) {
+  return quotedAfter(statement, column + u" = '") +
+         quotedAfter(statement, u"\"" + column + u"\" = '");
 }
 
 }  // namespace
 
-std::vector<std::string> FakeCompany::statements() const {
-  std::vector<std::string> found = calls.of("SQL(");
-  for (std::string& each : found) each.pop_back();
-  return found;
-}
-
-const FakeUserField* FakeCompany::field(std::u16string_view name) const {
+const FakeUserField* FakeDictionary::field(std::u16string_view name) const {
   for (const FakeUserField& each : fields)
     if (each.name == name) return &each;
   return nullptr;
 }
 
-const FakeUserKey* FakeCompany::key(std::u16string_view name) const {
+const FakeUserKey* FakeDictionary::key(std::u16string_view name) const {
   for (const FakeUserKey& each : keys)
     if (each.name == name) return &each;
   return nullptr;
 }
 
-HRESULT FakeCompany::raw_GetLastError(long* code, BSTR* text) {
-  *code = errorCode;
-  return giveText(errorText, text);
+bool FakeDictionary::isFieldLookUp(std::u16string_view statement) {
+  return statement.find(u" FROM CUFD WHERE ") != std::u16string_view::npos;
 }
 
-HRESULT FakeCompany::raw_GetDbServerType(long* out) {
-  *out = engine;
-  return calls.enter("Company.GetDbServerType");
+ScriptedRows FakeDictionary::lookUpField(std::u16string_view statement) const {
+  // A statement names a user table with its "@" and a table of the host without one.
+  std::u16string table = comparedWith(statement, u"TableID");
+  if (table.starts_with(u'@')) table.erase(0, 1);
+  const std::u16string name = comparedWith(statement, u"AliasID");
+  ScriptedRows rows;
+  for (std::size_t i = 0; i < fields.size(); ++i)
+    if (fields[i].table == table && fields[i].name == name)
+      rows.rows.push_back({CComVariant(static_cast<long>(i))});
+  return rows;
 }
 
-HRESULT FakeCompany::raw_GetBusinessObject(long type, IDispatch** out) {
-  const HRESULT hr = calls.enter("Company.GetBusinessObject " + std::to_string(type));
-  if (hr < 0) return hr;
-  switch (type) {
-    case kUserTablesMD:
-      return giveObject<IDispatch>(makeObject<FakeUserTables>(*this).p, out);
-    case kUserFieldsMD:
-      return giveObject<IDispatch>(makeObject<FakeUserFields>(*this).p, out);
-    case kUserKeysMD:
-      return giveObject<IDispatch>(makeObject<FakeUserKeys>(*this).p, out);
-    case kRecordset:
-      return giveObject<IDispatch>(makeRecordset(*this, {}).p, out);
-    case kDataHelper:
-      return giveObject<IDispatch>(helper, out);
-    default:
-      return E_INVALIDARG;
-  }
+CComPtr<IUserTablesMD> makeUserTables(ScriptedCompany& company) {
+  return makeObject<FakeUserTables>(company).p;
 }
 
-HRESULT FakeCompany::raw_GetCompanyService(ICompanyService** out) {
-  const HRESULT hr = calls.enter("Company.GetCompanyService");
-  return hr < 0 ? hr : giveObject<ICompanyService>(service, out);
+CComPtr<IUserFieldsMD> makeUserFields(ScriptedCompany& company) {
+  return makeObject<FakeUserFields>(company).p;
 }
 
-HRESULT FakeCompany::run(std::u16string_view statement, FakeRows& rows) {
-  const HRESULT hr = calls.record("SQL", toUtf8(statement));
-  mostMetadataAtStatement = std::max(mostMetadataAtStatement, liveMetadata);
-  if (++statementCount == failStatement) return statementFailure;
-  if (hr < 0) return hr;
-  if (const auto known = answers.find(std::u16string(statement)); known != answers.end()) {
-    rows = known->second;
-  } else if (statement.find(u" FROM CUFD WHERE ") != std::u16string_view::npos) {
-    // The dictionary names the field's table with its "@" if it is a user table.
-    std::u16string table =
-        quotedBehind(statement, u"TableID = '") + quotedBehind(statement, u"\"TableID\" = '");
-    if (table.starts_with(u'@')) table.erase(0, 1);
-    const std::u16string name =
-        quotedBehind(statement, u"AliasID = '") + quotedBehind(statement, u"\"AliasID\" = '");
-    for (std::size_t i = 0; i < fields.size(); ++i)
-      if (fields[i].table == table && fields[i].name == name)
-        rows.push_back({CComVariant(static_cast<long>(i))});
-  }
-  return hr;
-}
-
-long FakeCompany::refuse(const std::string& operation, bool alreadyThere) {
-  errorCode = calls.answer(operation);
-  if (errorCode != 0) {
-    errorText = u"The host refuses";
-  } else if (alreadyThere) {
-    errorCode = kAlreadyThere;
-    errorText = u"This entry already exists";
-  }
-  return errorCode;
-}
-
-CComPtr<FakeCompany> makeCompany(HostCalls& calls) { return makeObject<FakeCompany>(calls); }
-
-CComPtr<IRecordset> makeRecordset(FakeCompany& company, FakeRows rows) {
-  const auto run = [&company](std::u16string_view statement, FakeRows& found) {
-    return company.run(statement, found);
-  };
-  return makeObject<FakeRecordset>(company.calls, run, std::move(rows)).p;
+CComPtr<IUserKeysMD> makeUserKeys(ScriptedCompany& company) {
+  return makeObject<FakeUserKeys>(company).p;
 }
 
 }  // namespace qx::test

@@ -5,8 +5,8 @@
 
 namespace qx::test {
 
-/// Amounts know nothing of a host any more.
-inline void forgetTheHostOfAmounts() {
+/// Ends the rounding by the host: amounts round by themselves again and hold nothing of a company.
+inline void resetHostRounding() {
   CQXCurrency::m_RoundViaRX = false;
   CQXCurrency::m_bstrLoc.Empty();
   CQXCurrency::m_bstrCurr.Empty();

@@ -4,10 +4,10 @@
 // the client delivers them.
 
 #include "qxframework/host/events.h"
+#include "qxframework/runtime/addon_fixture.h"
 #include "qxframework/runtime/event_sink.h"
-#include "qxframework/runtime/testing/fake_events.h"
-#include "qxframework/runtime/testing/fake_host.h"
-#include "qxframework/runtime/testing/test_addon.h"
+#include "qxframework/runtime/framework_host_fixture.h"
+#include "testing/fake_events.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ class EventHandlersTest : public testing::Test {
  protected:
   EventHandlersTest()
       : addOn(host), dispatch(host, hooks), sink(host.application.p, &dispatch, &addOn) {
-    host.sink = &sink;
+    host.application->sink = &sink;
     form = new TestForm(host, &addOn, &host.addForm(u"F1", true));
     sink.RegisterForm(form);
     log.records.clear();
@@ -53,7 +53,7 @@ class EventHandlersTest : public testing::Test {
   bool logged(int level, std::u16string_view message) const { return log.has(level, message); }
 
   RecordingLogger log;
-  FakeHost host;
+  FrameworkHost host;
   Hooks hooks;
   TestAddOn addOn;
   TestDispatch dispatch;

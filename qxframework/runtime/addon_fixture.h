@@ -4,13 +4,12 @@
 // of calls and run a hook if the test has set one. The hook returns the result, may veto and may
 // throw.
 
-#include "qxframework/os/debug_trace.h"
 #include "qxframework/resources/resource_loader.h"
 #include "qxframework/runtime/addon.h"
 #include "qxframework/runtime/addon_form.h"
 #include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/qx_idispatch.h"
-#include "qxframework/runtime/testing/fake_host.h"
+#include "testing/fake_host.h"
 #include "testing/recording_logger.h"
 
 #include <array>
@@ -33,7 +32,7 @@ inline long runHook(FakeHost& host, const Hooks& hooks, const std::string& name,
   host.calls.push_back(prefix + name);
   const auto entry = hooks.find(name);
   if (entry == hooks.end()) return S_OK;
-  const Hook hook = entry->second;  // it may take itself out of the list
+  const Hook hook = entry->second;  // a hook may remove itself from the map
   return hook(bubble);
 }
 
@@ -143,27 +142,6 @@ class TestForm : public CQXAddOnForm {
   void record(const std::string& name) { host_.calls.push_back(name_ + "." + name); }
 
   std::string name_;
-};
-
-/// Records the system's message boxes while it lives, as "caption: text".
-class BoxRecorder {
- public:
-  BoxRecorder() : before_(setMessageBoxSink(&take)) { boxes().clear(); }
-  ~BoxRecorder() { setMessageBoxSink(before_); }
-  BoxRecorder(const BoxRecorder&) = delete;
-  BoxRecorder& operator=(const BoxRecorder&) = delete;
-
-  static std::vector<std::string>& boxes() {
-    static std::vector<std::string> list;
-    return list;
-  }
-
- private:
-  static void take(std::u16string_view text, std::u16string_view caption, UINT) {
-    boxes().push_back(toUtf8(caption) + ": " + toUtf8(text));
-  }
-
-  MessageBoxSink before_;
 };
 
 /// Returns the messages of a function without its trace lines.
