@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string chosen(const char* variable, const char* otherwise) {
+std::string valueOf(const char* variable, const char* otherwise) {
   const char* value = std::getenv(variable);
   return value == nullptr ? otherwise : value;
 }
@@ -21,13 +21,15 @@ std::string chosen(const char* variable, const char* otherwise) {
 Medium readMedium() {
   static const std::map<std::string, long> kTypes = {
       {"mssql", kMssql}, {"sybase", kSybase}, {"db2", kDb2}, {"kordb", kKordb}};
-  const std::string engine = chosen("QX_TEST_ENGINE", "mssql");
-  const std::string database = chosen("QX_TEST_DATABASE", "sqlite");
-  const auto type = kTypes.find(engine);
-  if (type == kTypes.end()) throw std::runtime_error("QX_TEST_ENGINE: " + engine);
-  if (database != "sqlite" && database != "postgres")
-    throw std::runtime_error("QX_TEST_DATABASE: " + database);
-  return {engine, database == "postgres", type->second};
+  const std::string dialect = valueOf("QX_TEST_DIALECT", "mssql");
+  const std::string engine = valueOf("QX_TEST_ENGINE", "sqlite");
+  const auto type = kTypes.find(dialect);
+  if (type == kTypes.end())
+    throw std::runtime_error("QX_TEST_DIALECT is \"" + dialect +
+                             "\"; write mssql, sybase, db2 or kordb");
+  if (engine != "sqlite" && engine != "postgres")
+    throw std::runtime_error("QX_TEST_ENGINE is \"" + engine + "\"; write sqlite or postgres");
+  return {dialect, engine == "postgres", type->second};
 }
 
 std::string& model() {
@@ -37,7 +39,8 @@ std::string& model() {
 
 constexpr std::string_view kOdbc = "odbc:";
 
-/// The server's name of a database of ours, by the "Database=" of its connection string.
+// Returns the name that the server has for a database of fresh(): the "Database=" of its connection
+// string.
 std::string serverName(const std::string& database) {
   constexpr std::string_view kKey = "Database=";
   const std::size_t begin = database.find(kKey);
@@ -49,8 +52,8 @@ std::string serverName(const std::string& database) {
 }  // namespace
 
 const Medium& medium() {
-  static const Medium chosenOne = readMedium();
-  return chosenOne;
+  static const Medium medium = readMedium();
+  return medium;
 }
 
 std::string CompanyStore::fresh(const fs::path& folder) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The dialect and the database that a test program is run for: one program, run for each pair of
-// them. QX_TEST_ENGINE says mssql, sybase, db2 or kordb, QX_TEST_DATABASE sqlite or postgres.
+// The medium of a test program: CTest runs the program once for each pair of dialect and engine.
+// QX_TEST_DIALECT is mssql, sybase, db2 or kordb; QX_TEST_ENGINE is sqlite or postgres.
 
 #include <filesystem>
 #include <string>
@@ -9,30 +9,32 @@
 namespace qx::test {
 
 struct Medium {
-  std::string engine;  ///< as in a client's connection string
-  bool postgres = false;
-  long serverType = 0;  ///< see qx::DbServerType
+  std::string dialect;    ///< as in a client's connection string
+  bool postgres = false;  ///< SQLite if false
+  long serverType = 0;    ///< see qx::DbServerType
 
   bool is(long type) const { return serverType == type; }
 };
 
-/// Raises std::runtime_error for names that mean nothing; left out they are mssql and sqlite.
+/// Returns the medium of this program; mssql on SQLite if the variables are not set. Throws
+/// std::runtime_error if one of them has an unknown value.
 const Medium& medium();
 
-/// A place for companies, all of which begin as copies of one that was prepared.
+/// Creates company databases on the engine of the medium, as copies of a prepared one if there is
+/// one.
 class CompanyStore {
  public:
-  /// The database of a new company, as it stands in a client's connection string: an empty one, to
-  /// become a company with the first connection, or a copy of the one that was kept.
+  /// Creates a database and returns its name for a client's connection string. It is a copy of the
+  /// model, or empty if there is none: then the first connection makes a company of it. SQLite
+  /// files are created in `folder`.
   static std::string fresh(const std::filesystem::path& folder);
-  /// Makes `database` the one that fresh() copies from now on. Nobody may be connected to it.
+  /// Makes `database` the model, which fresh() copies from now on. No connection to it may be open.
   static void keepAsModel(const std::string& database);
   static bool hasModel();
 
-  /// Runs a statement past the host and the framework, as another program would, in the words of
-  /// the database itself.
+  /// Runs a statement in the engine's own SQL, as another program would, without the host.
   static void run(const std::string& database, const std::string& sql);
-  /// The first cell of the answer.
+  /// Returns the first cell of a query, which is run as by run().
   static std::string ask(const std::string& database, const std::string& sql);
 };
 
