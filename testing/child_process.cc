@@ -40,7 +40,7 @@ struct Pipe {
   _exit(127);
 }
 
-/// The kernel's list has a line "1: -> FLOCK  ADVISORY  WRITE PID ..." for each waiting process.
+// The kernel's list has a line "1: -> FLOCK  ADVISORY  WRITE PID ..." for each waiting process.
 bool waitsForLock(pid_t pid) {
   std::ifstream locks("/proc/locks");
   const std::string wanted = " " + std::to_string(pid) + " ";
@@ -56,7 +56,7 @@ bool waitsForLock(pid_t pid) {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
                            const std::vector<std::string>& environment) {
-  signal(SIGPIPE, SIG_IGN);
+  signal(SIGPIPE, SIG_IGN);  // send() to a child that has ended must not end this process
   const Pipe in;
   const Pipe out;
   pid_ = fork();

@@ -1,6 +1,6 @@
 #pragma once
 
-// A child process that a test talks with line by line. It does not outlive its object.
+// A child process with which a test exchanges lines. It ends with its object at the latest.
 
 #include <sys/types.h>
 
@@ -12,8 +12,9 @@ namespace qx::test {
 
 class ChildProcess {
  public:
-  /// Starts `command`, the program first, with `environment` ("NAME=VALUE") on top of this
-  /// process's own. Its standard error stays this process's.
+  /// Starts `command`, whose first word is the program, with this process's environment and the
+  /// variables of `environment` ("NAME=VALUE") in addition. Standard error is inherited. Throws
+  /// std::runtime_error if no process can be created.
   ChildProcess(const std::vector<std::string>& command,
                const std::vector<std::string>& environment);
   ~ChildProcess();
@@ -21,25 +22,27 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   pid_t pid() const { return pid_; }
-  /// The next line, without its end; "<end>" when the child has closed its output, "<silence>" when
-  /// it says nothing for a minute.
+  /// Returns the next line without its end; "<end>" if the child has closed its output, "<silence>"
+  /// if it writes nothing for a minute.
   std::string line();
-  /// All that it still writes, up to its end.
+  /// Returns the rest of its output, up to its end.
   std::string rest();
+  /// Writes a line to its standard input; does nothing if it has ended.
   void send(const std::string& line);
-  /// Ends it as a crash would.
+  /// Kills it, as a crash would, and waits for its end.
   void kill();
-  /// Its exit code, or minus the signal that ended it.
+  /// Waits for its end. Returns its exit code, or minus the signal that ended it.
   int wait();
-  /// Waits until it waits for a lock on a file. False when it says something before that.
+  /// Waits until it blocks on a lock on a file. Returns false if it writes something or ends first,
+  /// or after a minute.
   bool blocksOnLock();
 
  private:
   bool readMore(int milliseconds);
 
   pid_t pid_ = -1;
-  int input_ = -1;   // what it reads
-  int output_ = -1;  // what it writes
+  int input_ = -1;   // its standard input
+  int output_ = -1;  // its standard output
   bool ended_ = false;
   std::string buffer_;
   std::optional<int> status_;

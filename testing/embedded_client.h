@@ -1,7 +1,7 @@
 #pragma once
 
-// An embedded client of a test's own, and its user. Every object of it is another client, also on
-// the same database: a stopped add-on's event sink holds its client until the process ends.
+// An embedded client and its user. Each object is another client, even on the same database,
+// because the event sink of a stopped add-on keeps its client until the process ends.
 
 #include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/bstr.h"
@@ -15,25 +15,27 @@
 namespace qx::test {
 
 struct ClientOptions {
-  std::string engine = "mssql";
-  std::string more;  ///< further keys of the connection string, each with "&" ahead
-  long appId = 0;    ///< 0: one that no client of this process has had
+  std::string dialect = "mssql";
+  std::string more;  ///< further keys of the connection string, each preceded by "&"
+  long appId = 0;    ///< 0 for the next one that no client of this process has used
 };
 
-/// The client runs from the first use of user() or application(), or from the add-on's Connect.
+/// A client. It starts with the first operation other than connection() and appId(), or with the
+/// Connect of an add-on.
 class EmbeddedClient {
  public:
   explicit EmbeddedClient(const std::filesystem::path& database, const ClientOptions& options = {});
 
-  /// What an add-on connects with.
+  /// Returns the connection string for an add-on.
   const std::u16string& connection() const { return connection_; }
   long appId() const { return appId_; }
   CComPtr<IApplication> application();
 
-  /// What the user does. The result is false when an add-on vetoed it; a refusal of the client is
-  /// raised as _com_error.
+  /// Actions of the user. They return false if an add-on vetoed the action, and throw _com_error if
+  /// the client refuses it.
   bool pickMenu(const std::string& uid);
-  std::string openForm(const std::string& type);  ///< the new form's UID; empty: vetoed
+  /// Returns the UID of the new form; empty if an add-on vetoed it.
+  std::string openForm(const std::string& type);
   bool closeForm(const std::string& form);
   bool selectForm(const std::string& form);
   bool press(const std::string& form, const std::string& item);
@@ -50,13 +52,15 @@ class EmbeddedClient {
   void shutDown();
   void terminate();
   void queueAnswer(long button);
-  /// Asked for the button of each box for which no answer waits.
+  /// Sets the function that returns the button for each message box without a queued answer.
   void answerBoxes(std::function<long(const std::string& text)> answer);
 
+  /// Return the state of the client as text, one line per entry.
   std::string menus();
   std::string boxes();
   std::string statusBar();
   std::string forms();
+  /// Returns the number of event sinks that add-ons have attached.
   long sinks();
 
  private:

@@ -77,7 +77,8 @@ std::int64_t SkippedPauses::milliseconds() { return g_skippedMilliseconds; }
 
 }  // namespace qx::test
 
-// Stands in front of the C library's own for this program and the libraries that it loads.
+// Replaces nanosleep of the C library in this program and in the libraries that it loads: the
+// dynamic linker finds the program's symbols first.
 extern "C" [[gnu::visibility("default")]] int nanosleep(const timespec* wanted, timespec* left) {
   if (qx::test::g_skipsPauses) {
     qx::test::g_skippedMilliseconds += wanted->tv_sec * 1000 + wanted->tv_nsec / 1'000'000;

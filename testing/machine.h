@@ -1,8 +1,8 @@
 #pragma once
 
-// The machine that a test program runs on: its locks, counters, logs and log settings lie in a
-// fresh folder, its registry is the one of this build. It stands before the first test and goes
-// with the program.
+// The machine of a test program: its locks, counters, logs and log settings are in a temporary
+// folder, and its registry is the one of this build. It is set up before the first test and removed
+// after the last. A program gets it by linking machine.cc.
 
 #include <cstdint>
 #include <filesystem>
@@ -11,27 +11,29 @@
 
 namespace qx::test {
 
-/// The folder of the program's own machine.
+/// Returns the temporary folder of this program's machine.
 const std::filesystem::path& machineFolder();
 
-/// The registry of the build that the tests belong to.
+/// Returns the path of the registry of this build.
 std::filesystem::path buildRegistry();
-/// A program of this build.
+/// Returns the path of a program of this build.
 std::filesystem::path buildProgram(const std::string& name);
 
-/// From here on the permissions of files hold for this process, also when it is the superuser's.
+/// Makes this process obey the permissions of files from now on, also if it runs as root. Throws
+/// std::runtime_error if that is not possible. A PostgresServer must be started before this: its
+/// keeper writes into a folder of another user.
 void obeyFilePermissions();
 
-/// While it lives nobody in this process waits: a pause ends at once.
+/// Makes every pause of this process end at once while it lives; one object at a time.
 class SkippedPauses {
  public:
-  /// `inPause` is what the rest of the world does in each pause.
+  /// `inPause` is called in each pause, for the actions of other programs at that time.
   explicit SkippedPauses(std::function<void()> inPause = {});
   ~SkippedPauses();
   SkippedPauses(const SkippedPauses&) = delete;
   SkippedPauses& operator=(const SkippedPauses&) = delete;
 
-  /// What the pauses would have taken in all.
+  /// Returns the sum of the skipped pauses.
   static std::int64_t milliseconds();
 };
 

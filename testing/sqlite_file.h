@@ -1,6 +1,6 @@
 #pragma once
 
-// A company's file, looked at and changed past the framework and the host.
+// A company's SQLite file, read and changed without the framework and the host.
 
 #include <filesystem>
 #include <memory>
@@ -11,27 +11,29 @@ struct sqlite3;
 
 namespace qx::test {
 
+/// A connection to a file. All operations throw std::runtime_error with SQLite's message.
 class SqliteFile {
  public:
-  /// Opens the file, which must exist. Failures raise std::runtime_error with the engine's words.
+  /// Opens the file, which must exist.
   explicit SqliteFile(const std::filesystem::path& path);
   ~SqliteFile();
   SqliteFile(const SqliteFile&) = delete;
   SqliteFile& operator=(const SqliteFile&) = delete;
 
   void execute(const std::string& sql);
-  /// One text per row, its values joined by "|"; a null is "NULL".
+  /// Returns the rows of a query, one text each, values joined by "|"; a null is "NULL".
   std::vector<std::string> rows(const std::string& sql);
-  /// Every table: its statement, then its rows. The time at which a version was stamped is left
-  /// out, since that is the only thing that a second run may change.
+  /// Returns every table as text: its CREATE statement, then its rows. Omits the columns U_Rdate,
+  /// the time of a version's installation: no other value may differ after a second run.
   std::string dump();
 
  private:
   sqlite3* db_ = nullptr;
 };
 
-/// SqliteFile(path).rows(sql)
+/// Returns SqliteFile(path).rows(sql).
 std::vector<std::string> rowsOf(const std::filesystem::path& path, const std::string& sql);
+/// Returns SqliteFile(path).dump().
 std::string dumpOf(const std::filesystem::path& path);
 
 }  // namespace qx::test

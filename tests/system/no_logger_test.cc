@@ -1,5 +1,5 @@
-// With and without the logging component: a run leaves one file of records, or none at all and goes
-// the same way.
+// The smallest example with and without the logging component: with it the run writes one log file,
+// without it none, and its output is the same.
 
 #include "testing/child_process.h"
 #include "testing/machine.h"
@@ -18,10 +18,11 @@ using testing::HasSubstr;
 
 std::string contentOf(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
+  EXPECT_TRUE(stream) << file;
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// The files that a user sees there.
+/// Returns the names of the files in a folder, without hidden ones; none if the folder is missing.
 std::vector<std::string> filesIn(const std::filesystem::path& folder) {
   std::vector<std::string> names;
   std::error_code missing;
@@ -32,7 +33,7 @@ std::vector<std::string> filesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-/// The registry of the build, but for the logging component.
+/// Returns the registry of the build without the class of the logging component.
 std::string registryWithoutLogger() {
   std::ifstream build(qx::test::buildRegistry());
   const std::string libraries = qx::test::buildRegistry().parent_path().string() + "/lib/";
@@ -48,7 +49,7 @@ std::string registryWithoutLogger() {
   return out;
 }
 
-/// What the example says in a whole run with this registry.
+/// Runs the example with a registry. Returns its output.
 std::string runHello(const TempFolder& folder, const std::filesystem::path& registry) {
   ChildProcess hello(
       {qx::test::buildProgram("hello").string(),
@@ -61,14 +62,14 @@ std::string runHello(const TempFolder& folder, const std::filesystem::path& regi
   return text;
 }
 
-TEST(LoggingComponent, ThatIsNotRegisteredCostsTheRecordsAndNothingElse) {
+TEST(LoggingComponent, LeavesNoFileAndTheSameOutputIfNotRegistered) {
   const TempFolder folder;
   const auto registry = folder.write("registry.toml", registryWithoutLogger());
   EXPECT_EQ(runHello(folder, registry), contentOf(QX_TEST_DATA "/hello.out"));
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "log"));
 }
 
-TEST(LoggingComponent, WritesTheRecordsOfTheWholeRunUnderTheModulesName) {
+TEST(LoggingComponent, WritesTheRecordsOfARunIntoTheFileOfTheModule) {
   const TempFolder folder;
   EXPECT_EQ(runHello(folder, qx::test::buildRegistry()), contentOf(QX_TEST_DATA "/hello.out"));
   EXPECT_THAT(filesIn(folder.path() / "log"), ElementsAre("HELLO.log"));
