@@ -1,4 +1,5 @@
-// Whatever the text, it is either read or refused with a place inside it.
+// Arbitrary connection strings. Each is read, with all required values, or refused with a position
+// inside the text.
 
 #include "qxdesk/session/connection_string.h"
 #include "qxframework/automation/text.h"

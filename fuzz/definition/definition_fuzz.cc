@@ -1,8 +1,8 @@
 // Arbitrary database definitions, run twice against a company that keeps a dictionary. The first
-// byte chooses the engine, the second which statement fails, if any.
+// byte selects the dialect, the second the statement that fails, if any.
 //
-// Whatever the definition is, a run ends with success or E_FAIL, never with two objects of the
-// dictionary at a time, and a second run adds no table and no field to what a complete one made.
+// Every run must return S_OK or E_FAIL and hold at most one dictionary object at a time. After a
+// successful run, a second one must add no table and no field.
 
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/version.h"
@@ -26,7 +26,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-// What every case uses; it lives as long as the process.
+// Objects that all inputs share; they live as long as the process.
 struct Surroundings {
   RecordingLogger logger;
   qx::ManualClock clock;

@@ -1,8 +1,8 @@
-// Feeds statements to the SQL front end in the dialect of this build, and, when it accepts one, its
-// text to SQLite. The first byte of an input is passed over. Whatever is accepted has to be a
-// single statement without parameters that SQLite's own parser takes: a refusal there may be about
-// names, never about syntax. The text for PostgreSQL has no server to run on here; what stands
-// outside of its names and literals is looked at instead.
+// Translates arbitrary statements of one dialect, the one of this target. If the translator accepts
+// a statement, SQLite must accept its translation as a single statement without parameters; it may
+// refuse unknown names, but no syntax. There is no server for the translation to PostgreSQL, so its
+// text outside of names and literals is checked instead. The first byte of the input is ignored.
+
 #include "qxdesk/sql/sqlite_guard.h"
 #include "qxdesk/sql/translator.h"
 
@@ -26,7 +26,8 @@ constexpr const char* kSchema = R"(
     T_RefDate datetime);
 )";
 
-// How the messages begin that must not come; what follows may quote names of the input.
+// Beginnings of messages that are findings. Only the beginning is compared, because the rest may
+// quote names of the input.
 constexpr std::string_view kFindings[] = {
     "near \"",       "unrecognized token", "incomplete input", "parser stack overflow",
     "one statement", "the statement has",  "the text holds",   "not authorized",
@@ -61,7 +62,7 @@ void prepare(sqlite3* db, std::string_view input, const std::string& text) {
   std::abort();
 }
 
-// The position behind the name or literal that begins at `at`; npos when it does not end.
+// Returns the position after the name or literal that begins at `at`; npos if it has no end.
 std::size_t skipQuoted(const std::string& text, std::size_t at) {
   const char quote = text[at];
   for (;;) {
@@ -78,7 +79,8 @@ bool isPlain(char c) {
          kSymbols.find(c) != std::string_view::npos;
 }
 
-// One statement: quotes and brackets that match, no comment, no parameter, no second statement.
+// Aborts unless the text is one statement: its quotes and brackets match, and it has no comment, no
+// parameter and no second statement.
 void inspect(std::string_view input, const std::string& text) {
   constexpr std::size_t kMaxName = 63;
   int open = 0;
@@ -129,7 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   translateForPostgres(kDialect, catalog, input, false);
   if (kHasRowCount) translateForPostgres(kDialect, catalog, input, true);
   try {
-    // A row count that is set applies to the same text once more, so that both forms are seen.
+    // The text is translated without and then with a row limit, since the limit changes it.
     const qx::sql::Translation translation = translator.translate(input);
     if (translation.kind == qx::sql::StatementKind::SetRowCount) return 0;
     prepare(db, input, translation.text);

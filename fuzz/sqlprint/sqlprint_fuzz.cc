@@ -1,5 +1,5 @@
-// Arbitrary descriptions of statements. Each is printed, the same every time, or refused with a
-// place that is in the file and with words that a terminal can show.
+// Arbitrary descriptions of statements. Each is printed, with the same result every time, or
+// refused with a position inside the file and a text without zero characters.
 
 #include "tools/sqlprint/printer.h"
 
@@ -15,7 +15,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-/// "f:line:column: error: …"
+// Aborts unless the refusal has the form "f:LINE:COLUMN: error: TEXT" and the line is in the file.
 void checkRefusal(const std::string& refusal, const std::string& content) {
   require(refusal.starts_with("f:"));
   char* end = nullptr;
