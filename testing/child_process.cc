@@ -25,7 +25,6 @@ struct Pipe {
   }
 };
 
-// Runs in the child and replaces it by the command. Its copies of the pipes close at that time.
 [[noreturn]] void become(const std::vector<std::string>& command,
                          const std::vector<std::string>& environment, int input, int output) {
   dup2(input, STDIN_FILENO);
@@ -41,7 +40,7 @@ struct Pipe {
   _exit(127);
 }
 
-// The kernel lists each waiting process in a line "1: -> FLOCK  ADVISORY  WRITE PID ...".
+// The kernel's list has a line "1: -> FLOCK  ADVISORY  WRITE PID ..." for each waiting process.
 bool waitsForLock(pid_t pid) {
   std::ifstream locks("/proc/locks");
   const std::string wanted = " " + std::to_string(pid) + " ";
@@ -57,14 +56,12 @@ bool waitsForLock(pid_t pid) {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
                            const std::vector<std::string>& environment) {
-  // Writing to a child that has ended must fail with EPIPE and not end the test program.
-  signal(SIGPIPE, SIG_IGN);
+  signal(SIGPIPE, SIG_IGN);  // send() to a child that has ended must not end this process
   const Pipe in;
   const Pipe out;
   pid_ = fork();
   if (pid_ < 0) throw std::runtime_error("no child process");
   if (pid_ == 0) become(command, environment, in.ends[0], out.ends[1]);
-  // Only the child may hold these ends: its output ends with the last writer.
   close(in.ends[0]);
   close(out.ends[1]);
   input_ = in.ends[1];

@@ -12,9 +12,9 @@ namespace qx::test {
 
 class ChildProcess {
  public:
-  /// Starts `command`, which begins with the program, in the environment of this process changed by
-  /// `environment` ("NAME=VALUE"). The child writes to the standard error stream of this process.
-  /// Throws std::runtime_error if no process can be created.
+  /// Starts `command`, whose first word is the program, with this process's environment and the
+  /// variables of `environment` ("NAME=VALUE") in addition. Standard error is inherited. Throws
+  /// std::runtime_error if no process can be created.
   ChildProcess(const std::vector<std::string>& command,
                const std::vector<std::string>& environment);
   ~ChildProcess();
@@ -22,27 +22,27 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   pid_t pid() const { return pid_; }
-  /// Returns the next line without its end. Returns "<end>" if the child has closed its output,
-  /// "<silence>" if it writes nothing for a minute.
+  /// Returns the next line without its end; "<end>" if the child has closed its output, "<silence>"
+  /// if it writes nothing for a minute.
   std::string line();
-  /// Returns the rest of the output, up to the child's end.
+  /// Returns the rest of its output, up to its end.
   std::string rest();
-  /// Writes a line to the child's input. Does nothing if the child has ended.
+  /// Writes a line to its standard input; does nothing if it has ended.
   void send(const std::string& line);
-  /// Ends the child as a crash does.
+  /// Kills it, as a crash would, and waits for its end.
   void kill();
-  /// Waits for the end. Returns the exit code, or the negative number of the signal that ended it.
+  /// Waits for its end. Returns its exit code, or minus the signal that ended it.
   int wait();
-  /// Waits until the child waits for a lock on a file. Returns false if it writes something or ends
-  /// before that, or after a minute.
+  /// Waits until it blocks on a lock on a file. Returns false if it writes something or ends first,
+  /// or after a minute.
   bool blocksOnLock();
 
  private:
   bool readMore(int milliseconds);
 
   pid_t pid_ = -1;
-  int input_ = -1;   // which the child reads
-  int output_ = -1;  // which the child writes
+  int input_ = -1;   // its standard input
+  int output_ = -1;  // its standard output
   bool ended_ = false;
   std::string buffer_;
   std::optional<int> status_;

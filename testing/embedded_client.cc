@@ -34,7 +34,7 @@ CComBSTR wide(const std::string& text) { return CComBSTR(toUtf16(text)); }
 
 EmbeddedClient::EmbeddedClient(const std::filesystem::path& database, const ClientOptions& options)
     : appId_(options.appId != 0 ? options.appId : nextAppId()),
-      connection_(toUtf16("embedded:?db=" + database.string() + "&engine=" + options.engine +
+      connection_(toUtf16("embedded:?db=" + database.string() + "&engine=" + options.dialect +
                           "&appid=" + std::to_string(appId_) + options.more)) {}
 
 CComPtr<IApplication> EmbeddedClient::application() {

@@ -1,7 +1,7 @@
 #pragma once
 
-// An embedded client for one test, and its user. Two objects are two clients even if they share a
-// database, because the event sink of a stopped add-on holds its client until the process ends.
+// An embedded client and its user. Each object is another client, even on the same database,
+// because the event sink of a stopped add-on keeps its client until the process ends.
 
 #include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/bstr.h"
@@ -15,13 +15,13 @@
 namespace qx::test {
 
 struct ClientOptions {
-  std::string engine = "mssql";
+  std::string dialect = "mssql";
   std::string more;  ///< further keys of the connection string, each preceded by "&"
-  long appId = 0;    ///< 0 for a number that is new in this process
+  long appId = 0;    ///< 0 for the next one that no client of this process has used
 };
 
-/// The client starts with the first operation of its user, with application() or with the add-on's
-/// Connect, whichever is first.
+/// A client. It starts with the first operation other than connection() and appId(), or with the
+/// Connect of an add-on.
 class EmbeddedClient {
  public:
   explicit EmbeddedClient(const std::filesystem::path& database, const ClientOptions& options = {});
@@ -31,11 +31,11 @@ class EmbeddedClient {
   long appId() const { return appId_; }
   CComPtr<IApplication> application();
 
-  /// The user's actions. They return false if an add-on vetoes the action and throw _com_error if
+  /// Actions of the user. They return false if an add-on vetoed the action, and throw _com_error if
   /// the client refuses it.
   bool pickMenu(const std::string& uid);
-  std::string openForm(
-      const std::string& type);  ///< returns the new form's UID, an empty text for a veto
+  /// Returns the UID of the new form; empty if an add-on vetoed it.
+  std::string openForm(const std::string& type);
   bool closeForm(const std::string& form);
   bool selectForm(const std::string& form);
   bool press(const std::string& form, const std::string& item);
@@ -52,14 +52,15 @@ class EmbeddedClient {
   void shutDown();
   void terminate();
   void queueAnswer(long button);
-  /// Sets the function that chooses the button of a box if no answer is queued.
+  /// Sets the function that returns the button for each message box without a queued answer.
   void answerBoxes(std::function<long(const std::string& text)> answer);
 
-  /// The state of the screens as the client prints it.
+  /// Return the state of the client as text, one line per entry.
   std::string menus();
   std::string boxes();
   std::string statusBar();
   std::string forms();
+  /// Returns the number of event sinks that add-ons have attached.
   long sinks();
 
  private:

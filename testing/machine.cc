@@ -55,8 +55,6 @@ void obeyFilePermissions() {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   __user_cap_data_struct data[2] = {};
   if (syscall(SYS_capget, &header, data) != 0) throw std::runtime_error("capget");
-  // These capabilities let the superuser read and write any file. Without them root is refused like
-  // other users, so tests of unreadable files also hold in a container.
   const std::uint32_t past = (1U << CAP_DAC_OVERRIDE) | (1U << CAP_DAC_READ_SEARCH);
   data[0].effective &= ~past;
   data[0].permitted &= ~past;
@@ -79,8 +77,8 @@ std::int64_t SkippedPauses::milliseconds() { return g_skippedMilliseconds; }
 
 }  // namespace qx::test
 
-// Replaces the function of the C library for this program and the libraries that it loads. The
-// visibility is what lets those libraries find it.
+// Replaces nanosleep of the C library in this program and in the libraries that it loads: the
+// dynamic linker finds the program's symbols first.
 extern "C" [[gnu::visibility("default")]] int nanosleep(const timespec* wanted, timespec* left) {
   if (qx::test::g_skipsPauses) {
     qx::test::g_skippedMilliseconds += wanted->tv_sec * 1000 + wanted->tv_nsec / 1'000'000;

@@ -12,19 +12,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string chosen(const char* variable, const char* otherwise) {
+std::string valueOf(const char* variable, const char* otherwise) {
   const char* value = std::getenv(variable);
   return value == nullptr ? otherwise : value;
 }
 
 Medium readMedium() {
-  const std::string engine = chosen("QX_TEST_ENGINE", "mssql");
-  const std::string database = chosen("QX_TEST_DATABASE", "sqlite");
-  const auto serverType = serverTypeNamed(engine);
-  if (!serverType) throw std::runtime_error("QX_TEST_ENGINE: " + engine);
-  if (database != "sqlite" && database != "postgres")
-    throw std::runtime_error("QX_TEST_DATABASE: " + database);
-  return {engine, database == "postgres", *serverType};
+  const std::string dialect = valueOf("QX_TEST_DIALECT", "mssql");
+  const std::string engine = valueOf("QX_TEST_ENGINE", "sqlite");
+  const auto serverType = serverTypeNamed(dialect);
+  if (!serverType)
+    throw std::runtime_error("QX_TEST_DIALECT is \"" + dialect +
+                             "\"; write mssql, sybase, db2 or kordb");
+  if (engine != "sqlite" && engine != "postgres")
+    throw std::runtime_error("QX_TEST_ENGINE is \"" + engine + "\"; write sqlite or postgres");
+  return {dialect, engine == "postgres", *serverType};
 }
 
 std::string& model() {
@@ -34,7 +36,8 @@ std::string& model() {
 
 constexpr std::string_view kOdbc = "odbc:";
 
-// Returns the name that follows "Database=" in a connection string.
+// Returns the name that the server has for a database of fresh(): the "Database=" of its connection
+// string.
 std::string serverName(const std::string& database) {
   constexpr std::string_view kKey = "Database=";
   const std::size_t begin = database.find(kKey);
@@ -46,8 +49,8 @@ std::string serverName(const std::string& database) {
 }  // namespace
 
 const Medium& medium() {
-  static const Medium ofThisRun = readMedium();
-  return ofThisRun;
+  static const Medium medium = readMedium();
+  return medium;
 }
 
 std::string CompanyStore::fresh(const fs::path& folder) {

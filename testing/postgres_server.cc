@@ -30,6 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kSuperUser = "qx";
+// The bytes of the protocol between the test program and its keeper: one command, one answer.
 constexpr char kStart = 's';
 constexpr char kStop[] = {'f', 'i', 'k'};  // by End
 constexpr char kEnd = 'e';
@@ -48,7 +49,7 @@ struct Account {
   gid_t group = getegid();
 };
 
-// Returns the account under which the server runs.
+// Returns the account that the server runs as.
 Account serverAccount() {
   Account account;
   if (account.user != 0) return account;
@@ -62,8 +63,8 @@ void handOver(const fs::path& path, const Account& account) {
   if (lchown(path.c_str(), account.user, account.group) != 0) cannot("chown " + path.string());
 }
 
-// Tests create dozens of databases, which is several times as fast in a file system in memory. They
-// take a few hundred megabytes; a file system with less than the room below may fill up.
+// Tests create dozens of databases, which is several times as fast on a file system in memory. They
+// need a few hundred megabytes of it.
 bool isInMemoryWithRoom(const fs::path& folder) {
   constexpr std::uintmax_t kRoom = 4ULL << 30;
   std::error_code error;
@@ -72,9 +73,9 @@ bool isInMemoryWithRoom(const fs::path& folder) {
 }
 
 fs::path temporaryFolder() {
-  // The path of a Unix socket has at most 107 characters.
   fs::path parent = fs::temp_directory_path();
   if (isInMemoryWithRoom("/dev/shm")) parent = "/dev/shm";
+  // The path of a Unix socket has 107 characters at most, and the name of PostgreSQL's is long.
   if (parent.string().size() > 60) parent = "/tmp";
   std::string name = (parent / "qx_pg_XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) cannot("no temporary folder");
@@ -83,8 +84,8 @@ fs::path temporaryFolder() {
   return name;
 }
 
-// Runs in a new process: leaves root, then runs the program with its output in `log`. The program
-// ends with its parent.
+// Turns a new process into the program: without root, with its output in `log`, and with a signal
+// to quit when the parent ends.
 [[noreturn]] void become(const Account& account, const fs::path& log,
                          const std::vector<std::string>& words) {
   const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
@@ -131,12 +132,29 @@ void initialise(const fs::path& folder, const Account& account) {
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) cannot("initdb failed");
 }
 
-// Creating a cluster takes seconds, so the build folder keeps one to copy. It keeps one for each
-// major version because a server refuses the cluster of another.
+// A lock on a file, held as long as the object lives.
+class FileLock {
+ public:
+  explicit FileLock(const std::string& file)
+      : descriptor_(open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666)) {
+    if (descriptor_ >= 0 && flock(descriptor_, LOCK_EX) == 0) return;
+    close(descriptor_);
+    cannot("no lock on " + file);
+  }
+  ~FileLock() { close(descriptor_); }
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+// Creates the cluster of a server. initdb takes seconds, so the build folder keeps one cluster to
+// copy. It keeps one per major version, because a server refuses the cluster of another version.
+// The lock makes test programs that start at the same time wait for the first initdb.
 void makeCluster(const fs::path& folder, const Account& account) {
   const fs::path kept = QX_POSTGRES_CLUSTER "_" + majorVersion();
-  const int lock = open((kept.string() + ".lock").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-  if (lock < 0 || flock(lock, LOCK_EX) != 0) cannot("no lock beside " + kept.string());
+  const FileLock lock(kept.string() + ".lock");
   if (!fs::exists(kept)) {
     const fs::path fresh = kept.string() + ".new";
     fs::remove_all(fresh);
@@ -151,7 +169,6 @@ void makeCluster(const fs::path& folder, const Account& account) {
     }
     fs::permissions(folder / "data", fs::perms(0700));
   }
-  close(lock);
 }
 
 std::vector<std::string> serverCommand(const fs::path& folder) {
@@ -169,14 +186,14 @@ void note(const fs::path& folder, const std::string& what) {
   std::ofstream(folder / "log", std::ios::app) << what << "\n";
 }
 
-// The keeper process: starts and stops the server by command until the test program has ended.
+// The keeper process: starts and stops the server on command until the test program ends.
 class Keeper {
  public:
   Keeper(fs::path folder, int line, pid_t parent)
       : folder_(std::move(folder)), line_(line), parent_(parent) {}
 
   void serve() {
-    // The connections of a killed server become children of the keeper, which can wait for them.
+    // The processes of a killed server become children of the keeper, which can then wait for them.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     while (const char what = nextCommand()) {
       const char answer = obey(what) ? kDone : kFailed;
@@ -188,11 +205,11 @@ class Keeper {
   }
 
  private:
-  // A child of a crashed test may hold the line open, so the end of the line alone does not show
-  // that the test program has ended.
+  // A surviving child of a crashed test program may hold the socket open, so the end of the line
+  // does not show the end of the program; the parent of this process does.
   bool isAlone() const { return getppid() != parent_; }
 
-  // Returns 0 if the test program has ended or asks for the end.
+  // Returns 0 when the test program has ended.
   char nextCommand() const {
     pollfd line{line_, POLLIN, 0};
     int ready = 0;
@@ -242,8 +259,8 @@ class Keeper {
     kill(server_, how == PostgresServer::End::Fast     ? SIGINT
                   : how == PostgresServer::End::Killed ? SIGKILL
                                                        : SIGQUIT);
-    // The connections of a killed server hold its shared memory until they notice its death; a new
-    // server would refuse to start before that.
+    // The connection processes of a killed server keep its shared memory until they notice its end;
+    // a new server would not start before that.
     while (waitpid(-1, nullptr, 0) > 0) {
     }
     server_ = -1;
@@ -278,14 +295,25 @@ PostgresServer::PostgresServer() : folder_(temporaryFolder()), owner_(getpid()) 
 }
 
 PostgresServer::~PostgresServer() {
-  if (getpid() != owner_) return;  // a child of a test
+  if (getpid() != owner_) {
+    // A child process of a test must neither stop the server nor end the connection of its parent.
+    [[maybe_unused]] static const OdbcProgram* const leftToTheParent = creator_.release();
+    return;
+  }
+  creator_.reset();
   if (write(line_, &kEnd, 1) == 1) waitpid(keeper_, nullptr, 0);
   close(line_);
 }
 
 std::string PostgresServer::createDatabase(std::string_view model) {
+  // A connection takes longer than the copy, so one serves all databases.
+  if (creator_ == nullptr) creator_ = std::make_unique<OdbcProgram>(connection("postgres"));
+  // Copying the files takes a third of the processor time of the default, which writes each block
+  // to the log as well. Servers before version 15 always copy files and do not know the option.
+  const bool hasStrategies = std::stoi(creator_->ask("SHOW server_version_num")) >= 150000;
   const std::string name = "company" + std::to_string(++databases_);
-  run("postgres", "CREATE DATABASE " + name + " TEMPLATE " + std::string(model));
+  creator_->run("CREATE DATABASE " + name + " TEMPLATE " + std::string(model) +
+                (hasStrategies ? " STRATEGY FILE_COPY" : ""));
   return name;
 }
 
@@ -302,7 +330,10 @@ std::string PostgresServer::ask(std::string_view database, const std::string& sq
   return OdbcProgram(connection(database)).ask(sql);
 }
 
-void PostgresServer::stop(End how) { command(kStop[static_cast<std::size_t>(how)]); }
+void PostgresServer::stop(End how) {
+  creator_.reset();
+  command(kStop[static_cast<std::size_t>(how)]);
+}
 
 void PostgresServer::start() { command(kStart); }
 

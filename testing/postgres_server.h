@@ -1,24 +1,27 @@
 #pragma once
 
-// A private PostgreSQL server for the tests of one program. Its databases are in a temporary
-// folder, and it listens on a Unix socket only, so it needs no port. A keeper process starts and
-// stops the server. When the test program ends, even by a crash, the keeper stops the server and
-// removes the folder.
+// A private PostgreSQL server for the tests of one program. Its data is in a temporary folder, and
+// it listens on a Unix socket only, so it needs no free port. The test program starts a keeper
+// process, which starts the server. The keeper stops the server and removes the folder when the
+// program ends, also after a crash.
 //
-// PostgreSQL refuses to run as root, so in tests of root it runs as "postgres" or "nobody".
+// PostgreSQL refuses to run as root: if the tests run as root, it runs as "postgres" or "nobody".
 
 #include <sys/types.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace qx::test {
 
+class OdbcProgram;
+
 class PostgresServer {
  public:
-  /// The ways to end a server. Fast ends its sessions with an error and shuts down in order.
-  /// Immediate warns the clients and exits. Killed leaves them a dead process.
+  /// A way to end the server. Fast: it rolls back and tells its clients. Immediate: it warns its
+  /// clients and exits without a checkpoint. Killed: the process is gone.
   enum class End { Fast, Immediate, Killed };
 
   /// Returns the server of this test program, which the first call starts. Throws
@@ -30,19 +33,21 @@ class PostgresServer {
   PostgresServer(const PostgresServer&) = delete;
   PostgresServer& operator=(const PostgresServer&) = delete;
 
-  /// Creates a database as a copy of `model`, which must have no connection. Returns its name.
+  /// Creates a database as a copy of `model`, to which no connection may be open, and returns its
+  /// name.
   std::string createDatabase(std::string_view model = "template1");
-  /// Returns an ODBC connection string.
+  /// Returns the ODBC connection string of a database.
   std::string connection(std::string_view database) const;
-  /// Runs statements as another program does.
+  /// Runs statements over a connection of its own, as another program would. Throws
+  /// std::runtime_error if one fails.
   void run(std::string_view database, const std::string& sql) const;
-  /// Runs a query likewise and returns the first cell of the answer as text.
+  /// Runs a query like run(). Returns the first cell as text; empty for null and for no row.
   std::string ask(std::string_view database, const std::string& sql) const;
 
   void stop(End how);
-  /// Starts the server again after stop(), with all committed data. Does nothing if it runs.
+  /// Starts the server again with all committed data. Does nothing if it runs.
   void start();
-  /// Returns the folder of the socket.
+  /// Returns the folder of its socket, its data and its log.
   const std::filesystem::path& folder() const { return folder_; }
 
  private:
@@ -52,7 +57,8 @@ class PostgresServer {
   std::filesystem::path folder_;
   pid_t owner_;
   pid_t keeper_ = -1;
-  int line_ = -1;  // to the keeper
+  int line_ = -1;                         // a socket to the keeper
+  std::unique_ptr<OdbcProgram> creator_;  // null until the first createDatabase() after a start
   int databases_ = 0;
 };
 

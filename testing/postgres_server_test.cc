@@ -32,10 +32,21 @@ TEST(PostgresServer, SortsByBytesAndStoresUtf8) {
   EXPECT_EQ(server.ask("postgres", "SELECT current_setting('server_encoding')"), "UTF8");
   EXPECT_EQ(server.ask("postgres", "SELECT datcollate FROM pg_database WHERE datname = 'postgres'"),
             "C");
-  EXPECT_EQ(server.ask("postgres", "SHOW listen_addresses"), "");
+  EXPECT_EQ(server.ask("postgres",
+                       "SELECT string_agg(x, '' ORDER BY x) FROM (VALUES ('b'), ('B'), "
+                       "('a')) AS texts(x)"),
+            "Bab");
+  EXPECT_EQ(server.ask("postgres", "SELECT octet_length(U&'\\00e9')"), "2");
 }
 
-// If the tests run as root, the server must not keep the groups of root.
+// ask() returns "" for no row as well, so the test compares inside the query.
+TEST(PostgresServer, ListensOnNoPort) {
+  EXPECT_EQ(PostgresServer::shared().ask(
+                "postgres", "SELECT 'none' WHERE current_setting('listen_addresses') = ''"),
+            "none");
+}
+
+// The server must have no groups of root either if the tests run as root.
 TEST(PostgresServer, RunsAsAnOrdinaryUser) {
   std::ifstream state(PostgresServer::shared().folder() / "data/postmaster.pid");
   std::string process;
@@ -46,13 +57,14 @@ TEST(PostgresServer, RunsAsAnOrdinaryUser) {
     if (line.starts_with("Uid:")) users = line.substr(4);
     if (line.starts_with("Groups:")) groups = line.substr(7);
   }
+  ASSERT_FALSE(users.empty());
   EXPECT_EQ((" " + users).find("\t0"), std::string::npos) << users;
   if (geteuid() == 0) {
     EXPECT_EQ(groups.find_first_not_of(" \t"), std::string::npos) << groups;
   }
 }
 
-TEST(PostgresServer, KeepsAClusterForEveryMajorVersion) {
+TEST(PostgresServer, KeepsAClusterInTheBuildFolderForItsMajorVersion) {
   PostgresServer& server = PostgresServer::shared();
   const std::string version = server.ask("postgres", "SHOW server_version");
   const std::string folder = QX_POSTGRES_CLUSTER "_" + version.substr(0, version.find('.'));
@@ -62,7 +74,7 @@ TEST(PostgresServer, KeepsAClusterForEveryMajorVersion) {
   EXPECT_EQ(major, version.substr(0, version.find('.')));
 }
 
-TEST(PostgresServer, KeepsItsDataAfterEveryKindOfEnd) {
+TEST(PostgresServer, StartsAgainWithItsDataAfterEveryEnd) {
   PostgresServer& server = PostgresServer::shared();
   const std::string name = server.createDatabase();
   server.run(name, "CREATE TABLE t (x int)");
@@ -78,7 +90,7 @@ TEST(PostgresServer, KeepsItsDataAfterEveryKindOfEnd) {
   EXPECT_EQ(server.ask(name, "SELECT count(*) FROM t"), "3");
 }
 
-/// A pipe whose writing end other processes hold until they end.
+/// A pipe whose writing end other processes hold: it closes when the last of them has ended.
 class Lifeline {
  public:
   Lifeline() {
@@ -86,21 +98,21 @@ class Lifeline {
   }
   ~Lifeline() {
     close(ends_[0]);
-    letGo();
+    closeWritingEnd();
   }
   Lifeline(const Lifeline&) = delete;
   Lifeline& operator=(const Lifeline&) = delete;
 
-  void write(const std::string& text) const {
-    if (::write(ends_[1], text.data(), text.size()) < 0) _exit(1);
+  void send(const std::string& text) const {
+    if (write(ends_[1], text.data(), text.size()) < 0) _exit(1);
   }
   /// Closes the writing end of this process.
-  void letGo() {
+  void closeWritingEnd() {
     if (ends_[1] >= 0) close(ends_[1]);
     ends_[1] = -1;
   }
-  /// Returns all that was written when no process holds the writing end any more. Fails the test if
-  /// one still holds it after half a minute.
+  /// Waits until all writing ends are closed and returns all text. Fails the test after 30 seconds
+  /// and returns the text so far.
   std::string untilTheEnd() const {
     constexpr int kPatienceMs = 30'000;
     std::string text;
@@ -111,7 +123,7 @@ class Lifeline {
       if (got <= 0) return text;
       text.append(part.data(), static_cast<std::size_t>(got));
     }
-    ADD_FAILURE() << "the server is still there";
+    ADD_FAILURE() << "the server is still running";
     return text;
   }
 
@@ -120,15 +132,15 @@ class Lifeline {
 };
 
 // The keeper and the server inherit the writing end, so it closes when both have ended.
-TEST(PostgresServer, EndsWithItsProgram) {
+TEST(PostgresServer, EndsWhenItsProgramAborts) {
   Lifeline lifeline;
   const pid_t program = fork();
   if (program == 0) {
     const PostgresServer own;
-    lifeline.write(own.folder().string());
+    lifeline.send(own.folder().string());
     std::abort();
   }
-  lifeline.letGo();
+  lifeline.closeWritingEnd();
   const std::string folder = lifeline.untilTheEnd();
   waitpid(program, nullptr, 0);
   ASSERT_FALSE(folder.empty());

@@ -1,6 +1,6 @@
 #pragma once
 
-// A company's file, read and changed without the framework and the host.
+// A company's SQLite file, read and changed without the framework and the host.
 
 #include <filesystem>
 #include <memory>
@@ -11,28 +11,29 @@ struct sqlite3;
 
 namespace qx::test {
 
+/// A connection to a file. All operations throw std::runtime_error with SQLite's message.
 class SqliteFile {
  public:
-  /// Opens the file, which must exist. All operations throw std::runtime_error with the engine's
-  /// message.
+  /// Opens the file, which must exist.
   explicit SqliteFile(const std::filesystem::path& path);
   ~SqliteFile();
   SqliteFile(const SqliteFile&) = delete;
   SqliteFile& operator=(const SqliteFile&) = delete;
 
   void execute(const std::string& sql);
-  /// Returns one text per row, its values joined by "|"; a null is "NULL".
+  /// Returns the rows of a query, one text each, values joined by "|"; a null is "NULL".
   std::vector<std::string> rows(const std::string& sql);
-  /// Returns the statement and the rows of every table, without the time stamps of versions: a
-  /// second run may change those and nothing else.
+  /// Returns every table as text: its CREATE statement, then its rows. Omits the columns U_Rdate,
+  /// the time of a version's installation: no other value may differ after a second run.
   std::string dump();
 
  private:
   sqlite3* db_ = nullptr;
 };
 
-/// Open the file for one query.
+/// Returns SqliteFile(path).rows(sql).
 std::vector<std::string> rowsOf(const std::filesystem::path& path, const std::string& sql);
+/// Returns SqliteFile(path).dump().
 std::string dumpOf(const std::filesystem::path& path);
 
 }  // namespace qx::test

@@ -1,5 +1,5 @@
-// Feeds texts to the parser of connection strings. It must accept a text with valid values or
-// refuse it with a place inside of it.
+// Arbitrary connection strings. Each is read, with all required values, or refused with a position
+// inside the text.
 
 #include "qxdesk/session/connection_string.h"
 #include "qxframework/automation/text.h"

@@ -1,4 +1,4 @@
-// Passes arbitrary bytes to the reader of module files, as a file and as an image of resources.
+// Arbitrary bytes, read as a module file and as a resource image.
 
 #include "qxframework/os/elf_resources.h"
 #include "qxframework/os/resource_image.h"
@@ -28,7 +28,7 @@ class MemorySource : public qx::ByteSource {
   std::span<const std::byte> bytes_;
 };
 
-// Reads every byte that a look-up returns, so that the sanitizer notices one outside the image.
+// Reads every byte that a look-up returns, so that the sanitizer reports a byte outside the image.
 std::size_t sum(std::span<const std::byte> bytes) {
   std::size_t total = 0;
   for (const std::byte byte : bytes) total += std::to_integer<std::size_t>(byte);
@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (const auto section = qx::readResourceSection(MemorySource(bytes))) {
     if (const auto image = qx::ResourceImage::open(*section)) lookUpEverything(*image);
   }
-  // In a copy, which is aligned and whose end the sanitizer knows.
+  // A copy is aligned, and the sanitizer detects reads beyond its end.
   const std::vector<std::byte> copy(bytes.begin(), bytes.end());
   if (const auto image = qx::ResourceImage::open(copy)) lookUpEverything(*image);
   return 0;

@@ -1,5 +1,6 @@
-// Arbitrary form documents, rewritten by a symbol table. The first byte says what the table holds.
-// The result is a document whose text reads back, or E_INVALIDARG is raised.
+// Arbitrary form documents, in which a symbol table replaces the names. The first byte selects the
+// rows of the table. The result must be a document whose text can be parsed again, or an
+// E_INVALIDARG.
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
@@ -43,13 +44,15 @@ void load(const std::u16string& text, const std::vector<XMLMAP>& map) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // A localised text that does not parse is dumped; here there is no room for it.
+  // The loader dumps a localised text that it cannot parse into the temporary folder. No file can
+  // be created in /proc/self, so fuzzing leaves none.
   static const int prepared = setenv("TMPDIR", "/proc/self", 1);
   require(prepared == 0);
   if (size == 0) return 0;
   const std::string_view bytes(reinterpret_cast<const char*>(data + 1), size - 1);
   const std::u16string text = qx::textOfResource(bytes);
-  if (text.find(u'<') == std::u16string::npos) return 0;  // it would name a file
+  if (text.find(u'<') == std::u16string::npos)
+    return 0;  // the loader would take it for a file name
   try {
     load(text, tableOf(data[0]));
   } catch (const _com_error& error) {

@@ -1,5 +1,5 @@
-// Arbitrary descriptions of statements. Each is printed, with the same text every time, or refused
-// with a place in the file and a text that a terminal can show.
+// Arbitrary descriptions of statements. Each is printed, with the same result every time, or
+// refused with a position inside the file and a text without zero characters.
 
 #include "tools/sqlprint/printer.h"
 
@@ -15,7 +15,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-/// Checks that a refusal reads "f:line:column: error: …" with a place in the file.
+// Aborts unless the refusal has the form "f:LINE:COLUMN: error: TEXT" and the line is in the file.
 void checkRefusal(const std::string& refusal, const std::string& content) {
   require(refusal.starts_with("f:"));
   char* end = nullptr;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs a build into a folder of its own, builds the add-on beside this script against it as a
-# stranger would, and runs that with the installed host.
+# Installs a build into a temporary folder, builds the add-on in addon/ against the installed
+# package only, and runs it with the installed host.
 #
 #   install_test.sh BUILD_FOLDER CMAKE GENERATOR COMPILER FLAGS
 set -euo pipefail
@@ -14,12 +14,12 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 "$cmake" --install "$build" --prefix "$place/prefix" >"$place/install.log" ||
   { cat "$place/install.log"; fail "the installation"; }
 
-# Headers of the framework's own classes and of its tests are none of an add-on's business.
+# Internal headers and headers of tests must not be installed.
 inner=$(find "$place/prefix" -path '*/internal/*' -o -path '*/testing/*' -o -name '*_fixture.h' \
   -o -name '*_test*.h')
 [ -z "$inner" ] || fail "headers that are not for add-ons: $inner"
 
-# The tree must not be needed: what the add-on finds, it finds below the prefix.
+# The add-on is copied out of the tree, so that it can find only installed files.
 cp -r "$addon" "$place/addon"
 "$cmake" -S "$place/addon" -B "$place/build" -G "$generator" -DCMAKE_PREFIX_PATH="$place/prefix" \
   -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >"$place/configure.log" ||
@@ -27,7 +27,8 @@ cp -r "$addon" "$place/addon"
 "$cmake" --build "$place/build" >"$place/build.log" ||
   { cat "$place/build.log"; fail "the build of the add-on"; }
 
-# The installed registry is found beside the library, although the prefix is not the configured one.
+# Without QX_REGISTRY the library must find the installed registry by its own location, since this
+# prefix is not the configured one.
 unset QX_REGISTRY
 export XDG_CONFIG_HOME="$place/config"
 export QX_RUNTIME_DIR="$place/run" QX_LOG_DIR="$place/log" QX_LOG_SETTINGS="$place/log.toml"

@@ -1,13 +1,15 @@
-// Values drawn at random, the same ones each time but others on each medium: what is written is
-// what is read back, and finds its row.
+// Random values on every medium: a value that was written is read back unchanged, and a condition
+// or a key with the value finds its row. The seed is fixed per medium, so a failure repeats.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/host/metadata.h"
+#include "testing/cases.h"
 #include "tests/media/company_fixture.h"
 #include "tests/media/hostile_values.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -16,6 +18,7 @@ namespace {
 using Persistence::co_Equal;
 using qx::test::asReadBack;
 using qx::test::asWritten;
+using qx::test::cases;
 using qx::test::cellText;
 using qx::test::Conditions;
 using qx::test::failureOf;
@@ -24,17 +27,18 @@ using qx::test::OneRow;
 using qx::test::Record;
 using qx::test::Rows;
 
-// Numbers of IUserFieldsMD.
+// The numbers of the field types in IUserFieldsMD.
 enum FieldKind : long { kText = 0, kMemo = 1, kWhole = 2, kDate = 3, kFloat = 4 };
-constexpr long kMoney = 37;  // sub-type of kFloat
+constexpr long kMoney = 37;  // a sub-type of kFloat
 
 struct Column {
-  const OLECHAR* name;  // behind "U_"
+  const OLECHAR* name;  // without the prefix "U_"
   FieldKind kind;
   long size = 0;
 };
 
-// A row takes a statement or two, however wide it is.
+// Wide rows, because the time of a test depends on the number of statements: a row takes one or two
+// of them for any number of columns.
 constexpr std::array kColumns = {
     Column{u"T0", kText, 20},  Column{u"T1", kText, 30},  Column{u"T2", kText, 50},
     Column{u"T3", kText, 20},  Column{u"T4", kText, 30},  Column{u"T5", kText, 50},
@@ -47,9 +51,12 @@ constexpr std::array kColumns = {
     Column{u"N2", kWhole, 11}, Column{u"N3", kWhole, 11}, Column{u"N4", kWhole, 11},
     Column{u"N5", kWhole, 11}, Column{u"N6", kWhole, 11}, Column{u"N7", kWhole, 11}};
 
-constexpr std::size_t kUpdated = 8;  // one in so many rows
+constexpr std::size_t kTextColumns = 8;  // U_T0 to U_T5, U_M0 and U_M1
+constexpr std::size_t kRowsOfEdges = HostileValues::kEdgeTexts / kTextColumns + 1;
+constexpr std::size_t kRowsPerUpdate = 8;
+static_assert(kRowsOfEdges < kRowsPerUpdate, "no update may replace an edge value");
 
-CComVariant draw(HostileValues& source, const Column& column) {
+CComVariant drawValue(HostileValues& source, const Column& column) {
   constexpr std::size_t kMemoLength = 120;
   switch (column.kind) {
     case kText:
@@ -65,14 +72,15 @@ CComVariant draw(HostileValues& source, const Column& column) {
   }
 }
 
-Record draw(HostileValues& source) {
+Record drawRecord(HostileValues& source) {
   Record record;
   for (const Column& column : kColumns)
-    record.row.Add((std::u16string(u"U_") + column.name).c_str(), draw(source, column));
+    record.row.Add((std::u16string(u"U_") + column.name).c_str(), drawValue(source, column));
   return record;
 }
 
-/// As it comes back: the quote that 0x7F becomes, the digits that a literal has, the day alone.
+/// Returns the value as a read returns it: a text with quotes for 0x7F, a number with the 15 digits
+/// of its literal, a date without its time.
 CComVariant expected(CComVariant value) {
   switch (value.vt) {
     case VT_BSTR:
@@ -87,7 +95,7 @@ CComVariant expected(CComVariant value) {
   }
 }
 
-bool isSame(const CComVariant& one, const CComVariant& other) {
+bool haveSameValue(const CComVariant& one, const CComVariant& other) {
   if (one.vt != other.vt) return false;
   return one.vt == VT_R8 ? one.dblVal == other.dblVal : cellText(one) == cellText(other);
 }
@@ -109,17 +117,17 @@ class AnyValues : public qx::test::CompanyFixture {
     if (column.size != 0) fields->PutSize(column.size);
     EXPECT_EQ(fields->Add(), 0) << login->lastError();
   }
-  /// Adds a row, which is given other values afterwards if it is one of those.
-  Record write(Rows& rows) {
-    Record record = draw(source);
+  /// Adds a row; every kRowsPerUpdate-th row then gets new values by an update. Appends the final
+  /// values to `written`.
+  void write(Rows& rows) {
+    Record record = drawRecord(source);
     EXPECT_EQ(failureOf([&] { rows.Add(record); }), "no failure") << record.named();
     const std::size_t number = written.size();
-    if (number % kUpdated == 0) {
-      record = draw(source);
+    if (number % kRowsPerUpdate == kRowsPerUpdate - 1) {
+      record = drawRecord(source);
       EXPECT_EQ(failureOf([&] { update(number, record); }), "no failure") << record.named();
     }
     written.push_back(record);
-    return record;
   }
   void update(std::size_t number, const Record& record) {
     OneRow row;
@@ -138,8 +146,8 @@ class AnyValues : public qx::test::CompanyFixture {
     std::snprintf(text.data(), text.size(), "%08X", static_cast<unsigned>(number));
     return qx::toUtf16(text.data());
   }
-  /// How many rows a condition on one column finds, of that code.
-  long found(std::size_t number, const OLECHAR* name, const CComVariant& value) const {
+  /// Returns the number of rows with the code of row `number` and the value in the column `name`.
+  long countRows(std::size_t number, const OLECHAR* name, const CComVariant& value) const {
     Rows rows(company(), u"@VALUES");
     rows.SetFields({u"Code"});
     Conditions conditions;
@@ -174,52 +182,55 @@ class AnyValues : public qx::test::CompanyFixture {
   std::vector<Record> written;
 };
 
-constexpr std::size_t kCells = 100'000;
-constexpr std::size_t kRows = kCells / kColumns.size() + 1;
-
+// QX_TEST_CASES_FACTOR=20 writes 100,000 values. The edge values are in the first rows, which are
+// written at any factor.
 TEST_F(AnyValues, AreReadBackAsTheyWereWritten) {
   SCOPED_TRACE("seed " + std::to_string(seed));
-  writeRows(kRows);
+  const std::size_t rowCount = std::max(cases(5'000) / kColumns.size() + 1, kRowsOfEdges);
+  writeRows(rowCount);
   Rows rows(company(), u"@VALUES");
   rows.Load({u"Code"}, {});
-  ASSERT_EQ(rows.GetRecordCount(), static_cast<long>(kRows));
+  ASSERT_EQ(rows.GetRecordCount(), static_cast<long>(rowCount));
   Record record;
   long at = rows.First(record);
   for (const Record& row : written) {
     ASSERT_EQ(at, 0);
     for (long i = 0; i < row.row.GetCount(); ++i) {
       const CComVariant& value = record.row[row.row.keyAt(i)];
-      ASSERT_TRUE(isSame(value, expected(row.row.valueAt(i)))) << row.named() << "\ncame back as\n"
-                                                               << record.named();
+      ASSERT_TRUE(haveSameValue(value, expected(row.row.valueAt(i))))
+          << row.named() << "\ncame back as\n"
+          << record.named();
     }
     at = rows.Next(record);
   }
-  EXPECT_EQ(at, 1);
+  EXPECT_EQ(at, 1) << "there are more rows than were written";
 }
 
-TEST_F(AnyValues, FindTheirRowByConditionsOnEachColumn) {
+// QX_TEST_CASES_FACTOR=2 takes 40 rows.
+TEST_F(AnyValues, FindTheirRowByAConditionOnOneColumn) {
   SCOPED_TRACE("seed " + std::to_string(seed));
-  constexpr std::size_t kSample = 40;
-  writeRows(kSample);
-  for (std::size_t i = 0; i < kSample; ++i) {
+  const std::size_t sample = std::max(cases(20), kRowsOfEdges);
+  writeRows(sample);
+  for (std::size_t i = 0; i < sample; ++i) {
     for (const OLECHAR* name : {u"U_T5", u"U_M0", u"U_F0", u"U_F1", u"U_D0", u"U_D1", u"U_N0"}) {
       const CComVariant value = expected(written[i].row[name]);
-      EXPECT_EQ(found(i, name, value), 1) << qx::toUtf8(name) << " = " << cellText(value);
+      EXPECT_EQ(countRows(i, name, value), 1) << qx::toUtf8(name) << " = " << cellText(value);
     }
   }
 }
 
-TEST_F(AnyValues, AreTheKeysByWhichTheirRowsAreRead) {
+// QX_TEST_CASES_FACTOR=2 takes 60 rows.
+TEST_F(AnyValues, ReadTheirRowsAsKeys) {
   SCOPED_TRACE("seed " + std::to_string(seed));
-  constexpr std::size_t kSample = 60;
-  writeRows(kSample);
+  const std::size_t sample = std::max(cases(30), kRowsOfEdges);
+  writeRows(sample);
   Rows rows(company(), u"@VALUES");
   rows.SetKeysOnly(true);
   rows.Load({u"U_T5", u"U_M0", u"U_F0", u"U_F1", u"U_D0", u"U_N0"}, {});
   Record record;
-  std::size_t found = 0;
-  for (long at = rows.First(record); at == 0; at = rows.Next(record)) ++found;
-  EXPECT_EQ(found, kSample);
+  std::size_t rowsRead = 0;
+  for (long at = rows.First(record); at == 0; at = rows.Next(record)) ++rowsRead;
+  EXPECT_EQ(rowsRead, sample);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Brackets of conditions that do not pair, in every kind of statement that writes them.
+// Unbalanced brackets of conditions, in every kind of statement that writes brackets.
 
 #include "qxframework/automation/text.h"
 #include "tests/media/unchanged_orders.h"
@@ -20,11 +20,13 @@ class BadBrackets : public qx::test::UnchangedOrders {
   static qx_ptr<Persistence::CConditions> bracketed(long open, long close) {
     return Conditions().add(u"U_No", co_Equal, u"A").brackets(open, close).get();
   }
-  std::string selecting(long open, long close) const {
+  /// Returns the failure of a SELECT.
+  std::string failureOfSelect(long open, long close) const {
     return loading(u"@ORDERS", {u"U_No"}, bracketed(open, close));
   }
-  /// The DELETE of an object has the brackets of the conditions that its SELECT left out.
-  std::string deleting(const qx_ptr<Persistence::CConditions>& conditions) const {
+  /// Returns the failure of the DELETE of an object, which writes the brackets. Its SELECT omits
+  /// them, so that it succeeds.
+  std::string failureOfDelete(const qx_ptr<Persistence::CConditions>& conditions) const {
     OneRow row;
     row.Connect(company(), u"@ORDERS", true);
     row.Load(conditions);
@@ -32,42 +34,43 @@ class BadBrackets : public qx::test::UnchangedOrders {
   }
 };
 
-TEST_F(BadBrackets, OfASelectAreRefusedWithTheirPlace) {
-  EXPECT_THAT(selecting(1, 0),
+TEST_F(BadBrackets, AreRefusedWithTheirPositionInASelect) {
+  EXPECT_THAT(failureOfSelect(1, 0),
               MatchesRegex("-2000: '\\)' is expected near 'ORDER' \\(line 1, column [0-9]+\\)"));
-  EXPECT_THAT(selecting(0, 1), MatchesRegex("-2000: one statement per call; unexpected text near "
-                                            "'\\)' \\(line 1, column [0-9]+\\)"));
-  EXPECT_THAT(selecting(3, 2),
+  EXPECT_THAT(failureOfSelect(0, 1),
+              MatchesRegex("-2000: one statement per call; unexpected text near "
+                           "'\\)' \\(line 1, column [0-9]+\\)"));
+  EXPECT_THAT(failureOfSelect(3, 2),
               MatchesRegex("-2000: '\\)' is expected near 'ORDER' \\(line 1, column [0-9]+\\)"));
-  EXPECT_THAT(selecting(10000, 10000), HasSubstr("nested too deeply"));
+  EXPECT_THAT(failureOfSelect(10000, 10000), HasSubstr("nested too deeply"));
 }
 
-TEST_F(BadBrackets, OfADeleteAreRefusedWithTheirPlace) {
-  EXPECT_THAT(deleting(bracketed(1, 0)),
+TEST_F(BadBrackets, AreRefusedWithTheirPositionInADelete) {
+  EXPECT_THAT(failureOfDelete(bracketed(1, 0)),
               MatchesRegex("-2000: '\\)' is expected at the end \\(line 1, column [0-9]+\\)"));
-  EXPECT_THAT(deleting(bracketed(0, 1)),
+  EXPECT_THAT(failureOfDelete(bracketed(0, 1)),
               MatchesRegex("-2000: one statement per call; unexpected text near '\\)' "
                            "\\(line 1, column [0-9]+\\)"));
-  EXPECT_THAT(deleting(bracketed(10000, 10000)), HasSubstr("nested too deeply"));
+  EXPECT_THAT(failureOfDelete(bracketed(10000, 10000)), HasSubstr("nested too deeply"));
 }
 
-// An opening bracket stands in front of the word that joins the conditions.
-TEST_F(BadBrackets, OfALaterConditionOfADeleteAreRefused) {
+// The opening bracket is written before the word that joins the conditions.
+TEST_F(BadBrackets, AreRefusedInALaterConditionOfADelete) {
   Conditions conditions;
   conditions.add(u"U_No", co_Equal, u"A");
   conditions.add(u"U_Who", co_Equal, u"Ann").brackets(1, 1);
-  EXPECT_THAT(deleting(conditions.get()), HasSubstr("-2000: "));
+  EXPECT_THAT(failureOfDelete(conditions.get()), HasSubstr("-2000: "));
 }
 
-TEST_F(BadBrackets, BelowNoneAreNone) {
-  EXPECT_EQ(selecting(-1, -1), "no failure");
-  EXPECT_EQ(selecting(-2000000000, -2), "no failure");
-  EXPECT_THAT(selecting(-1, 1), HasSubstr("near ')'"));
-  EXPECT_THAT(selecting(1, -1), HasSubstr("')' is expected"));
-  EXPECT_THAT(deleting(bracketed(-1, 1)), HasSubstr("near ')'"));
-  EXPECT_THAT(deleting(bracketed(1, -1)), HasSubstr("')' is expected"));
+TEST_F(BadBrackets, AreNotWrittenForNegativeCounts) {
+  EXPECT_EQ(failureOfSelect(-1, -1), "no failure");
+  EXPECT_EQ(failureOfSelect(-2000000000, -2), "no failure");
+  EXPECT_THAT(failureOfSelect(-1, 1), HasSubstr("near ')'"));
+  EXPECT_THAT(failureOfSelect(1, -1), HasSubstr("')' is expected"));
+  EXPECT_THAT(failureOfDelete(bracketed(-1, 1)), HasSubstr("near ')'"));
+  EXPECT_THAT(failureOfDelete(bracketed(1, -1)), HasSubstr("')' is expected"));
   addOrder(u"C", u"Cid", qx::test::dateValue(2024, 3, 1), 1, 1);
-  EXPECT_EQ(deleting(Conditions().add(u"U_No", co_Equal, u"C").brackets(-1, -3).get()),
+  EXPECT_EQ(failureOfDelete(Conditions().add(u"U_No", co_Equal, u"C").brackets(-1, -3).get()),
             "no failure");
 }
 

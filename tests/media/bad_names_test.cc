@@ -1,5 +1,5 @@
-// Names with brackets, quotes and whole statements in them, wherever a name can stand: the database
-// refuses the statement, and nothing is changed.
+// Names that contain brackets, quotes and whole statements, in every place that takes a name: the
+// database refuses the statement, and nothing changes.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/persistence/choose_list_helper.h"
@@ -46,13 +46,14 @@ constexpr const OLECHAR* kNames[] = {u"U_N]o",
 
 class BadNames : public qx::test::UnchangedOrders {
  protected:
-  /// What `work` does with each of the names must be refused by the database.
+  /// Expects that the database refuses `work` for each of the names.
   template <class Work>
   static void expectRefused(Work work) {
     for (const OLECHAR* name : kNames) {
       EXPECT_THAT(failureOf([&] { work(name); }), StartsWith("-2000: ")) << qx::toUtf8(name);
     }
   }
+  /// Returns the orders under a correlation name, not loaded.
   Rows ordersUnder(const OLECHAR* correlation) const {
     Rows rows(company(), u"@ORDERS");
     rows.SetCorrelationName(correlation);
@@ -74,7 +75,7 @@ class BadNames : public qx::test::UnchangedOrders {
   }
 };
 
-TEST_F(BadNames, OfSelectedColumnsAreRefused) {
+TEST_F(BadNames, AreRefusedAsSelectedColumns) {
   expectRefused([&](const OLECHAR* name) {
     Rows rows(company(), u"@ORDERS");
     rows.SetFields({name});
@@ -82,7 +83,7 @@ TEST_F(BadNames, OfSelectedColumnsAreRefused) {
   });
 }
 
-TEST_F(BadNames, OfColumnsInConditionsAreRefused) {
+TEST_F(BadNames, AreRefusedAsColumnsInConditions) {
   expectRefused([&](const OLECHAR* name) {
     Rows(company(), u"@ORDERS").Load({u"Code"}, Conditions().add(name, co_Equal, u"A").get());
   });
@@ -93,13 +94,13 @@ TEST_F(BadNames, OfColumnsInConditionsAreRefused) {
   });
 }
 
-TEST_F(BadNames, OfAddedColumnsAreRefused) {
+TEST_F(BadNames, AreRefusedAsAddedColumns) {
   expectRefused([&](const OLECHAR* name) {
     Rows(company(), u"@ORDERS").Add(Record{{name, u"A"}});
   });
 }
 
-TEST_F(BadNames, OfUpdatedColumnsAreRefused) {
+TEST_F(BadNames, AreRefusedAsUpdatedColumns) {
   expectRefused([&](const OLECHAR* name) {
     Rows rows(company(), u"@ORDERS");
     rows.Load({u"Code"}, {});
@@ -113,21 +114,22 @@ TEST_F(BadNames, OfUpdatedColumnsAreRefused) {
   });
 }
 
-TEST_F(BadNames, OfColumnsByWhichRowsAreRemovedAreRefused) {
+TEST_F(BadNames, AreRefusedAsColumnsInRemovals) {
   expectRefused([&](const OLECHAR* name) {
     Rows(company(), u"@ORDERS").RemoveRange(values({{name, u"A"}}), {});
   });
 }
 
-/// Where names are not quoted, a comment at the end of a query hides nothing but the order, and two
-/// quotes make a constant of all that stands between them.
-bool isHarmless(std::u16string_view name, bool selectedAndSorted) {
+/// True if the dialect accepts the name. KORDB quotes names and refuses all of them. In the others,
+/// a comment at the end of a query hides only the direction of the sorting, and a name of one
+/// quote, selected and sorted by, makes a constant of the text between its two places.
+bool isAccepted(std::u16string_view name, bool selectedAndSorted) {
   if (medium().is(qx::kKordb)) return false;
   if (!selectedAndSorted) return name == u"U_No--";
   return name == u"'" && !medium().is(qx::kDb2);  // DB2 selects nothing without a table
 }
 
-TEST_F(BadNames, OfKeyColumnsAreRefused) {
+TEST_F(BadNames, AreRefusedAsKeyColumns) {
   for (const bool keysOnly : {true, false}) {
     for (const OLECHAR* name : kNames) {
       const std::string outcome = failureOf([&] {
@@ -135,7 +137,7 @@ TEST_F(BadNames, OfKeyColumnsAreRefused) {
         rows.SetKeysOnly(keysOnly);
         rows.Load({name}, {});
       });
-      if (isHarmless(name, keysOnly)) {
+      if (isAccepted(name, keysOnly)) {
         EXPECT_EQ(outcome, "no failure") << qx::toUtf8(name);
       } else {
         EXPECT_THAT(outcome, StartsWith("-2000: ")) << qx::toUtf8(name);
@@ -144,14 +146,14 @@ TEST_F(BadNames, OfKeyColumnsAreRefused) {
   }
 }
 
-TEST_F(BadNames, OfSortFieldsAreRefused) {
+TEST_F(BadNames, AreRefusedAsSortFields) {
   for (const OLECHAR* name : kNames) {
     const std::string outcome = failureOf([&] {
       Rows rows(company(), u"@ORDERS");
       rows.SetSortFields({{name, so_Descending}});
       rows.Load({u"Code"}, {});
     });
-    if (isHarmless(name, false)) {
+    if (isAccepted(name, false)) {
       EXPECT_EQ(outcome, "no failure") << qx::toUtf8(name);
     } else {
       EXPECT_THAT(outcome, StartsWith("-2000: ")) << qx::toUtf8(name);
@@ -159,7 +161,7 @@ TEST_F(BadNames, OfSortFieldsAreRefused) {
   }
 }
 
-TEST_F(BadNames, OfJoinedColumnsAreRefused) {
+TEST_F(BadNames, AreRefusedAsJoinedColumns) {
   expectRefused([&](const OLECHAR* name) { loadJoin(linesJoined(u"T1", name)); });
   expectRefused([&](const OLECHAR* name) { loadJoin(linesJoined(u"T1", u"U_No", name)); });
   expectRefused([&](const OLECHAR* name) {
@@ -174,7 +176,7 @@ TEST_F(BadNames, OfJoinedColumnsAreRefused) {
   });
 }
 
-TEST_F(BadNames, OfJoinedTablesAreRefused) {
+TEST_F(BadNames, AreRefusedAsJoinedTables) {
   for (const bool userTable : {true, false}) {
     expectRefused([&](const OLECHAR* name) {
       CQXLinkTableCriteria link(name, u"T1", Persistence::jm_Inner, userTable);
@@ -184,12 +186,12 @@ TEST_F(BadNames, OfJoinedTablesAreRefused) {
   }
 }
 
-/// What can be a correlation name is one, though it names nothing else.
-bool isCorrelationName(std::u16string_view name) { return name == u"nowhere" || name.empty(); }
+/// True if the name is a valid correlation name; an empty one means that there is none.
+bool isValidCorrelation(std::u16string_view name) { return name == u"nowhere" || name.empty(); }
 
-TEST_F(BadNames, OfCorrelationsAreRefused) {
+TEST_F(BadNames, AreRefusedAsCorrelationNames) {
   for (const OLECHAR* name : kNames) {
-    if (isCorrelationName(name)) continue;
+    if (isValidCorrelation(name)) continue;
     EXPECT_THAT(failureOf([&] { ordersUnder(name).Load({u"Code"}, {}); }), StartsWith("-2000: "))
         << qx::toUtf8(name);
     EXPECT_THAT(failureOf([&] { loadJoin(linesJoined(name)); }), StartsWith("-2000: "))
@@ -199,7 +201,7 @@ TEST_F(BadNames, OfCorrelationsAreRefused) {
   EXPECT_THAT(failureOf([&] { loadJoin(linesJoined(u"")); }), StartsWith("-2000: "));
 }
 
-TEST_F(BadNames, OfTablesAreRefused) {
+TEST_F(BadNames, AreRefusedAsTables) {
   for (const OLECHAR* name :
        {u"@ORD]ERS", u"@ORDERS]", u"@ORD\"ERS", u"@ORDERS; DELETE FROM HVPARTN", u"@", u"@NOWHERE",
         u"NOWHERE", u"OR DERS", u"@ORDERS] T0 WHERE 1 = 1; DELETE FROM [HVPARTN", u"sqlite_master",
@@ -221,8 +223,10 @@ TEST_F(BadNames, OfTablesAreRefused) {
             "Collection is not properly initialized, master table name is not set");
 }
 
-/// Runs a choose list with that title.
-std::string chosen(const qx::test::Login& login, const OLECHAR* column, const OLECHAR* title) {
+/// Runs the query of a choose list with one column and its title. Returns "no failure" or the text
+/// of the company's last error.
+std::string failureOfChooseList(const qx::test::Login& login, const OLECHAR* column,
+                                const OLECHAR* title) {
   CSimpleMap<CComBSTR, CComBSTR> titles;
   titles.Add(column, title);
   CComBSTR text;
@@ -231,18 +235,21 @@ std::string chosen(const qx::test::Login& login, const OLECHAR* column, const OL
   return failure == "no failure" ? failure : login.lastError();
 }
 
-// The quote that a title must not have is that of the dialect.
-TEST_F(BadNames, OfTitlesInChooseListsAreRefused) {
+// DB2 and KORDB put titles into double quotes, the others into single quotes. A title must not
+// contain the quote of its dialect.
+TEST_F(BadNames, AreRefusedAsTitlesInChooseLists) {
   const bool doubleQuotes = medium().is(qx::kDb2) || medium().is(qx::kKordb);
-  EXPECT_NE(chosen(*login, u"U_No", doubleQuotes ? u"the \"best\"" : u"Ann's"), "no failure");
-  EXPECT_EQ(chosen(*login, u"U_No", doubleQuotes ? u"Ann's" : u"the \"best\""), "no failure");
-  EXPECT_NE(chosen(*login, u"U_No",
-                   doubleQuotes ? u"x\" FROM HVPARTN; DELETE FROM \"HVPARTN"
-                                : u"x' FROM HVPARTN; DELETE FROM [HVPARTN]"),
+  EXPECT_NE(failureOfChooseList(*login, u"U_No", doubleQuotes ? u"the \"best\"" : u"Ann's"),
             "no failure");
-  EXPECT_NE(chosen(*login, u"U_No", doubleQuotes ? u"\"" : u"'"), "no failure");
+  EXPECT_EQ(failureOfChooseList(*login, u"U_No", doubleQuotes ? u"Ann's" : u"the \"best\""),
+            "no failure");
+  EXPECT_NE(failureOfChooseList(*login, u"U_No",
+                                doubleQuotes ? u"x\" FROM HVPARTN; DELETE FROM \"HVPARTN"
+                                             : u"x' FROM HVPARTN; DELETE FROM [HVPARTN]"),
+            "no failure");
+  EXPECT_NE(failureOfChooseList(*login, u"U_No", doubleQuotes ? u"\"" : u"'"), "no failure");
   for (const OLECHAR* name : kNames)
-    EXPECT_NE(chosen(*login, name, u"Title"), "no failure") << qx::toUtf8(name);
+    EXPECT_NE(failureOfChooseList(*login, name, u"Title"), "no failure") << qx::toUtf8(name);
 }
 
 }  // namespace

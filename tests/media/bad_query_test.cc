@@ -1,4 +1,4 @@
-// Queries that make no sense are refused with a text that says why, and change nothing.
+// Invalid queries are refused with a reason and change nothing.
 
 #include "qxframework/automation/text.h"
 #include "tests/media/unchanged_orders.h"
@@ -25,7 +25,7 @@ using BadQueries = qx::test::UnchangedOrders;
 constexpr char kNoMatch[] =
     "The given map of key fields does not match the key field list of this obejct";
 
-TEST_F(BadQueries, KeyMapsMustBeTheKey) {
+TEST_F(BadQueries, KeyWithOtherColumnsIsRefused) {
   Rows orders(company(), u"@ORDERS");
   orders.Load({u"U_No", u"U_Who"}, {});
   Record record;
@@ -57,7 +57,7 @@ TEST_F(BadQueries, ValuesThatMatchNoRowFindNothing) {
             "No match found");
 }
 
-TEST_F(BadQueries, RemoveRangeKnowsEqualOnly) {
+TEST_F(BadQueries, RemoveRangeRefusesOperationsOtherThanEqual) {
   Rows orders(company(), u"@ORDERS");
   for (const HvConditionOperation operation : {co_Like, co_Greater, co_NotEqual}) {
     EXPECT_EQ(
@@ -72,16 +72,16 @@ TEST_F(BadQueries, RemoveRangeKnowsEqualOnly) {
             "Operations count is less than the count of key fields");
 }
 
-TEST_F(BadQueries, RemoveRangeOfNothingIsRefused) {
+TEST_F(BadQueries, RemoveRangeWithoutColumnsIsRefused) {
   Rows orders(company(), u"@ORDERS");
   EXPECT_THAT(failureOf([&] { orders.RemoveRange({}, {}); }), StartsWith("-2000: "));
 }
 
-TEST_F(BadQueries, NoConditionsAreNotTheSameAsNone) {
+TEST_F(BadQueries, EmptyListOfConditionsIsRefused) {
   EXPECT_THAT(loading(u"@ORDERS", {u"U_No"}, Conditions().get()), StartsWith("-2000: "));
 }
 
-TEST_F(BadQueries, AQueryWithoutKeyAndConditionsIsRefused) {
+TEST_F(BadQueries, QueryWithoutKeyAndConditionsIsRefused) {
   Rows orders(company(), u"@ORDERS");
   EXPECT_EQ(failureOf([&] { orders.Load({}, {}); }),
             "Collection is not properly initialized, neither conditions nor key fields are set");

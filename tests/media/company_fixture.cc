@@ -12,9 +12,9 @@
 namespace qx::test {
 namespace {
 
-// Numbers of IUserFieldsMD.
+// The numbers of the field types in IUserFieldsMD.
 enum FieldKind : long { kText = 0, kMemo = 1, kWhole = 2, kDate = 3, kFloat = 4 };
-constexpr long kMoney = 37;  // sub-type of kFloat
+constexpr long kMoney = 37;  // a sub-type of kFloat
 
 struct Field {
   const OLECHAR* table;
@@ -62,7 +62,8 @@ const TempFolder& modelFolder() {
   return folder;
 }
 
-void needModel() {
+// Every test gets a copy of this model: making the tables takes longer than most tests.
+void prepareModel() {
   if (CompanyStore::hasModel()) return;
   const std::string database = CompanyStore::fresh(modelFolder().path());
   makeTables(Login(database));
@@ -78,7 +79,7 @@ CComPtr<ICompany> newCompany() {
 }  // namespace
 
 Login::Login(const std::string& database)
-    : client_(database, {medium().engine, "", 0}), company_(newCompany()) {
+    : client_(database, {medium().dialect, "", 0}), company_(newCompany()) {
   reconnect();
 }
 
@@ -117,7 +118,7 @@ std::string Login::lastError() const {
 }
 
 CompanyFixture::CompanyFixture() {
-  needModel();
+  prepareModel();
   database = CompanyStore::fresh(folder.path());
   login = std::make_unique<Login>(database);
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-// A company with the tables of the persistence tests, reached as an add-on reaches it: by the
+// A company with the tables of the persistence tests. The tests reach it as an add-on does: by the
 // libraries that the registry of this build names.
 //
 // @ORDERS: No, Who (texts), Day (date), Total (money), Count (whole number), Note (memo)
 // @LINES: OrderNo, Item (texts), Qty (number)
 //
-// The framework's own tables are there, too.
+// The company also has the framework's own tables.
 
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/company.h"
@@ -23,7 +23,8 @@
 
 namespace qx::test {
 
-/// A user of the company at `database`, logged in through a client of his own.
+/// A login to the company at `database` through a client of its own. Throws std::runtime_error if
+/// the company cannot be opened.
 class Login {
  public:
   explicit Login(const std::string& database);
@@ -32,14 +33,14 @@ class Login {
   Login& operator=(const Login&) = delete;
 
   const CComPtr<ICompany>& company() const { return company_; }
-  /// With the same company object, which must be disconnected.
+  /// Connects the same company object again, which must be disconnected.
   void reconnect();
   CComPtr<IApplication> application() const { return client_.application(); }
-  /// Runs a statement of the dialect through a record set. Raises _com_error.
+  /// Runs a statement of the dialect through a record set. Throws _com_error.
   CComPtr<IRecordset> query(const std::u16string& sql) const;
-  /// The rows of a query, cells joined by "|".
+  /// Returns the rows of a query, one text each, cells joined by "|".
   std::vector<std::string> rows(const std::u16string& sql) const;
-  /// What the company says of the last failure.
+  /// Returns the text of the company's GetLastError().
   std::string lastError() const;
 
  private:
@@ -47,18 +48,19 @@ class Login {
   CComPtr<ICompany> company_;
 };
 
+/// Gives each test a company of its own, a copy of one that the program prepares once.
 class CompanyFixture : public testing::Test {
  protected:
   CompanyFixture();
 
   const CComPtr<ICompany>& company() const { return login->company(); }
-  /// One row of @ORDERS; Code and Name are drawn.
+  /// Adds a row to @ORDERS; the framework chooses Code and Name.
   void addOrder(const OLECHAR* no, const OLECHAR* who, const CComVariant& day, double total,
                 long count);
   void addLine(const OLECHAR* order, const OLECHAR* item, double quantity);
   void add(const OLECHAR* table, const Record& record);
-  /// The text of the dialect among texts that differ by it: one for MSSQL and Sybase, one for DB2,
-  /// one for KORDB.
+  /// Returns the text for the dialect of the medium: `mssql` for MSSQL and Sybase, `db2` for DB2,
+  /// `kordb` for KORDB.
   static const char* byDialect(const char* mssql, const char* db2, const char* kordb);
 
   TempFolder folder;

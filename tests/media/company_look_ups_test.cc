@@ -1,4 +1,4 @@
-// Taxes, currency rates and posting periods read from the tables of a company, on each database.
+// Taxes, currency rates and posting periods, read from the tables of a company on every medium.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
@@ -20,6 +20,7 @@ double day(int year, int month, int dayOfMonth, int hour = 0) {
 
 class CompanyLookUps : public qx::test::CompanyFixture {
  protected:
+  /// Removes the posting periods that a new company has.
   CompanyLookUps() { login->query(u"DELETE FROM OFPR"); }
 
   void addRate(const OLECHAR* group, const CComVariant& from, double rate) {
@@ -32,7 +33,8 @@ class CompanyLookUps : public qx::test::CompanyFixture {
                         {u"F_RefDate", from},
                         {u"T_RefDate", to}});
   }
-  /// Past the framework, which has no text for null. SQLite knows the names in any case.
+  /// Sets a column to null in all rows, without the framework, which cannot write null. The names
+  /// are in lower case in PostgreSQL; SQLite accepts any case.
   void setNull(const std::string& table, const std::string& column) const {
     const auto lower = [](std::string name) {
       for (char& letter : name) letter = static_cast<char>(std::tolower(letter));
@@ -65,9 +67,9 @@ class CompanyLookUps : public qx::test::CompanyFixture {
 
 constexpr char kNoPeriod[] = "0 '' 0 -1 1899-12-30 00:00:00";
 constexpr char kJanuary[] = "0 '2024' 1 -1 2024-01-01 00:00:00";
-const std::string kFailed = std::to_string(E_FAIL);
+const std::string kFail = std::to_string(E_FAIL);
 
-TEST_F(CompanyLookUps, ATaxIsThatOfTheNewestRateInForce) {
+TEST_F(CompanyLookUps, TaxUsesTheNewestRateInForce) {
   addRate(u"T", dateValue(2000, 1, 1), 16);
   addRate(u"T", dateValue(2001, 1, 1), 16.5);
   addRate(u"T", dateValue(9000, 1, 1), 50);
@@ -77,41 +79,41 @@ TEST_F(CompanyLookUps, ATaxIsThatOfTheNewestRateInForce) {
   EXPECT_EQ(tax(u"A2", CQXCurrency(100)), "0 19.000000");
 }
 
-TEST_F(CompanyLookUps, ATaxWithoutARateInForceIsZero) {
+TEST_F(CompanyLookUps, TaxWithoutARateInForceIsZero) {
   addRate(u"LATER", dateValue(9000, 1, 1), 50);
   EXPECT_EQ(tax(u"LATER", CQXCurrency(100)), "0 0.000000");
   EXPECT_EQ(tax(u"NONE", CQXCurrency(100)), "0 0.000000");
   EXPECT_EQ(tax(u"", CQXCurrency(100)), "0 0.000000");
 }
 
-TEST_F(CompanyLookUps, ATaxOfARateThatIsNullIsZero) {
+TEST_F(CompanyLookUps, TaxOfANullRateIsZero) {
   addRate(u"T", dateValue(2000, 1, 1), 16);
   setNull("VTG1", "Rate");
   EXPECT_EQ(tax(u"T", CQXCurrency(100)), "0 0.000000");
 }
 
-TEST_F(CompanyLookUps, ATaxOfAGroupThatBreaksTheStatementIsAFailure) {
-  EXPECT_EQ(tax(u"O'Brien", CQXCurrency(100)), kFailed + " 99.000000");
+TEST_F(CompanyLookUps, TaxOfAGroupWithASingleQuoteFails) {
+  EXPECT_EQ(tax(u"O'Brien", CQXCurrency(100)), kFail + " 99.000000");
   EXPECT_EQ(tax(u"O''Brien", CQXCurrency(100)), "0 0.000000");
 }
 
-TEST_F(CompanyLookUps, ACurrencyRateIsThatOfItsDay) {
+TEST_F(CompanyLookUps, CurrencyRateIsReadForTheGivenDay) {
   add(u"HVRATE",
       Record{{u"RateDate", dateValue(2019, 6, 5)}, {u"Currency", u"USD"}, {u"Rate", 1.0845}});
   EXPECT_EQ(rate(u"USD", day(2019, 6, 5)), "0 1.084500");
   EXPECT_EQ(rate(u"USD", day(2019, 6, 5, 18)), "0 1.084500");
   EXPECT_EQ(rate(u"EUR", day(2019, 6, 5)), "0 1.000000");
-  EXPECT_EQ(rate(u"USD", day(2019, 6, 6)), kFailed + " 0.000000");
-  EXPECT_EQ(rate(u"XXX", day(2019, 6, 5)), kFailed + " 0.000000");
-  EXPECT_EQ(rate(u"O'B", day(2019, 6, 5)), kFailed + " 0.000000");
+  EXPECT_EQ(rate(u"USD", day(2019, 6, 6)), kFail + " 0.000000");
+  EXPECT_EQ(rate(u"XXX", day(2019, 6, 5)), kFail + " 0.000000");
+  EXPECT_EQ(rate(u"O'B", day(2019, 6, 5)), kFail + " 0.000000");
 }
 
-TEST_F(CompanyLookUps, ACurrencyRateThatIsNullIsZero) {
+TEST_F(CompanyLookUps, NullCurrencyRateIsZero) {
   add(u"HVRATE", Record{{u"RateDate", dateValue(2019, 6, 5)}, {u"Currency", u"USD"}});
   EXPECT_EQ(rate(u"USD", day(2019, 6, 5)), "0 0.000000");
 }
 
-TEST_F(CompanyLookUps, APeriodReachesOverTheDayBehindItsLast) {
+TEST_F(CompanyLookUps, PeriodIncludesTheDayAfterItsLast) {
   addPeriod(1, dateValue(2024, 1, 1), dateValue(2024, 1, 31));
   addPeriod(3, dateValue(2024, 3, 1), dateValue(2024, 3, 31));
   EXPECT_EQ(period(day(2024, 1, 1)), kJanuary);
@@ -123,11 +125,11 @@ TEST_F(CompanyLookUps, APeriodReachesOverTheDayBehindItsLast) {
   EXPECT_EQ(period(0.0), kNoPeriod);
 }
 
-TEST_F(CompanyLookUps, ADayWithoutAnyPeriodFindsNone) {
+TEST_F(CompanyLookUps, NoPeriodIsFoundInAnEmptyTable) {
   EXPECT_EQ(period(day(2024, 1, 31)), kNoPeriod);
 }
 
-TEST_F(CompanyLookUps, APeriodWhoseCategoryIsNullHasAnEmptyOne) {
+TEST_F(CompanyLookUps, NullCategoryAndSubNumberReadAsEmptyAndZero) {
   addPeriod(1, dateValue(2024, 1, 1), dateValue(2024, 1, 31));
   setNull("OFPR", "Category");
   EXPECT_EQ(period(day(2024, 1, 31)), "0 '' 1 -1 2024-01-01 00:00:00");
@@ -135,7 +137,7 @@ TEST_F(CompanyLookUps, APeriodWhoseCategoryIsNullHasAnEmptyOne) {
   EXPECT_EQ(period(day(2024, 1, 31)), "0 '' 0 -1 2024-01-01 00:00:00");
 }
 
-TEST_F(CompanyLookUps, APeriodWithoutAnEndOrABeginIsNotFound) {
+TEST_F(CompanyLookUps, PeriodWithoutAnEndOrABeginningIsNotFound) {
   addPeriod(1, dateValue(2024, 1, 1), dateValue(2024, 1, 31));
   setNull("OFPR", "T_RefDate");
   EXPECT_EQ(period(day(2024, 1, 31)), kNoPeriod);

@@ -1,5 +1,5 @@
-// A user whose numbers have a decimal comma: statements still have the point, but for the keys of
-// current rows, which are written by his locale.
+// A locale with a decimal comma: statements keep the decimal point, except for the keys of current
+// rows, which the framework writes in the user's locale.
 
 #include "tests/media/company_fixture.h"
 
@@ -25,13 +25,13 @@ class DecimalComma : public qx::test::CompanyFixture {
   }
 };
 
-TEST_F(DecimalComma, IsTheUsersOwn) {
+TEST_F(DecimalComma, IsUsedByTextConversion) {
   CComVariant text(12.5);
   ASSERT_GE(text.ChangeType(VT_BSTR), 0);
   EXPECT_EQ(qx::test::cellText(text), "12,5");
 }
 
-TEST_F(DecimalComma, DoesNotReachValuesAndConditions) {
+TEST_F(DecimalComma, IsNotUsedInValuesAndConditions) {
   Rows orders(company(), u"@ORDERS");
   orders.SetFields({u"U_No", u"U_Total"});
   orders.Load({u"U_No"}, Conditions().add(u"U_Total", co_Greater, u"12.25", u"VT_R8").get());
@@ -44,7 +44,7 @@ TEST_F(DecimalComma, DoesNotReachValuesAndConditions) {
   EXPECT_THAT(rest.all(), ElementsAre("A|12.75"));
 }
 
-TEST_F(DecimalComma, MakesAnAmountWithDecimalsUselessAsAKey) {
+TEST_F(DecimalComma, MakesKeysWithDecimalsUnusable) {
   Rows orders(company(), u"@ORDERS");
   orders.SetKeysOnly(true);
   orders.Load({u"U_Total"}, {});

@@ -1,5 +1,5 @@
-// A database that fails at any statement: the add-on is told, what was done before it stays, and of
-// the step that failed nothing is written.
+// A database that refuses one statement, each in turn: the add-on receives the failure, earlier
+// steps keep their effect, and the step that failed writes nothing.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/query/link_criteria.h"
@@ -32,7 +32,7 @@ using testing::ElementsAreArray;
 
 using Steps = std::vector<std::function<void()>>;
 
-/// What an add-on does, one change in a step. The proxies live as long as the steps.
+/// The work of an add-on, in steps of one change each. The steps own the proxies that they use.
 struct Work {
   std::string name;
   Steps (*steps)(const CComPtr<ICompany>& company);
@@ -109,7 +109,8 @@ Steps object(const CComPtr<ICompany>& company) {
           [=] { at->row.Refresh(); }, [=] { at->row.Remove(); }};
 }
 
-/// A constant in a join wants new proxies for each try.
+/// Creates new proxies in each step: a proxy quotes the constant of a join again in each statement,
+/// so it cannot repeat one.
 Steps join(const CComPtr<ICompany>& company) {
   const auto joined = [](auto& proxy, const OLECHAR* item) {
     CQXLinkTableCriteria lines(u"@LINES", u"T1", Persistence::jm_Inner, true);
@@ -140,7 +141,7 @@ class FailingDatabase : public qx::test::CompanyFixture, public testing::WithPar
  protected:
   FailingDatabase() { begin(); }
 
-  /// A new company with rows to work on.
+  /// Starts with a new company and its rows.
   void begin() {
     if (used) {
       login.reset();
@@ -155,7 +156,7 @@ class FailingDatabase : public qx::test::CompanyFixture, public testing::WithPar
     log = {};
     steps = GetParam().steps(qx::test::spyOn(company(), &log));
   }
-  /// Everything that the steps could change.
+  /// Returns all rows that the steps could change.
   std::vector<std::string> rows() const {
     std::vector<std::string> all = rowsOf(u"HVCURR", u"Currency", {u"Currency", u"CurrencyName"});
     for (const auto& row : rowsOf(u"@ORDERS", u"Code", {u"Code", u"U_No", u"U_Who", u"U_Total"}))
@@ -171,7 +172,8 @@ class FailingDatabase : public qx::test::CompanyFixture, public testing::WithPar
     rows.Load({key}, {});
     return rows.all();
   }
-  /// The rows after each step of a database that does not fail, those from before in front.
+  /// Runs all steps without a refusal. Returns the rows before the first step and after each step,
+  /// and counts the statements.
   std::vector<std::vector<std::string>> rowsOfAllSteps() {
     std::vector<std::vector<std::string>> all{rows()};
     for (const auto& step : steps) {
@@ -181,7 +183,7 @@ class FailingDatabase : public qx::test::CompanyFixture, public testing::WithPar
     statements = log.texts.size();
     return all;
   }
-  /// Runs to the statement that is refused; the number of its step.
+  /// Runs the steps up to the refused statement. Returns the index of its step.
   std::size_t runIntoRefusal() {
     for (std::size_t step = 0; step < steps.size(); ++step) {
       const std::string outcome = failureOf(steps[step]);
@@ -189,56 +191,62 @@ class FailingDatabase : public qx::test::CompanyFixture, public testing::WithPar
         EXPECT_EQ(outcome, "no failure");
         continue;
       }
-      EXPECT_EQ(log.texts.size(), log.refuse) << "nothing more was tried";
+      EXPECT_EQ(log.texts.size(), log.refuse) << "a statement was run after the refused one";
       EXPECT_EQ(outcome, refusalOfLast());
       return step;
     }
     ADD_FAILURE() << "nothing was refused";
     return 0;
   }
-  /// A text that is run again is not wrapped up.
+  /// Returns the expected failure of the last statement. The failure of a statement that is
+  /// repeated is not wrapped into a CQXPersistenceException.
   std::string refusalOfLast() const {
     const auto times = std::count(log.texts.begin(), log.texts.end(), log.texts.back());
     return times == 1 ? kRefusal : "_com_error " + std::to_string(E_FAIL);
   }
-  /// A new code that cannot be read is empty, and told nowhere.
+  /// True if the refused statement reads the next code: its failure is not reported, and the code
+  /// stays empty (see FailingSearch).
   bool refusesANewCode(const std::vector<std::string>& texts) const {
     return texts[log.refuse - 1].starts_with("SELECT MAX(");
   }
-  /// Of Sybase the limit may be left behind.
-  void liftLimit() const {
+  /// Resets the row limit of Sybase, which remains set if the statement after it is refused.
+  void resetLimit() const {
     if (medium().is(qx::kSybase)) login->query(u"SET ROWCOUNT 0");
   }
 
-  bool used = false;
+  bool used = false;  ///< true once the company of the base class has been worked on
   qx::test::StatementLog log;
   Steps steps;
   std::size_t statements = 0;
 };
 
-TEST_P(FailingDatabase, TellsOfEveryStatementAndWritesNothingOfItsStep) {
+TEST_P(FailingDatabase, RefusedStatementIsReportedAndItsStepWritesNothing) {
   const auto after = rowsOfAllSteps();
   const std::vector<std::string> texts = log.texts;
   EXPECT_NE(after.front(), after.back());
+  std::size_t tried = 0;
   for (std::size_t refused = 1; refused <= statements; ++refused) {
     SCOPED_TRACE(texts[refused - 1]);
     begin();
     log.refuse = refused;
     if (refusesANewCode(texts)) continue;
     const std::size_t step = runIntoRefusal();
+    ++tried;
     log.refuse = 0;
-    liftLimit();
+    resetLimit();
     EXPECT_THAT(rows(), ElementsAreArray(after[step]));
     for (std::size_t i = step; i < steps.size(); ++i)
-      EXPECT_EQ(failureOf(steps[i]), "no failure") << "the work goes on at step " << i;
+      EXPECT_EQ(failureOf(steps[i]), "no failure") << "the work continues at step " << i;
     EXPECT_THAT(rows(), ElementsAreArray(after.back()));
   }
+  EXPECT_GE(tried, steps.size()) << "every step runs at least one statement";
 }
 
-TEST_P(FailingDatabase, LeavesNothingOfATransactionThatIsRolledBack) {
+TEST_P(FailingDatabase, RollbackAfterARefusedStatementLeavesNothing) {
   const auto before = rowsOfAllSteps().front();
   const std::vector<std::string> texts = log.texts;
   begin();
+  std::size_t tried = 0;
   for (std::size_t refused = 1; refused <= statements; ++refused) {
     SCOPED_TRACE(texts[refused - 1]);
     steps = GetParam().steps(qx::test::spyOn(company(), &log));
@@ -246,21 +254,23 @@ TEST_P(FailingDatabase, LeavesNothingOfATransactionThatIsRolledBack) {
     if (refusesANewCode(texts)) continue;
     company()->StartTransaction();
     runIntoRefusal();
-    EXPECT_EQ(company()->GetInTransaction(), VARIANT_TRUE) << "it is for the add-on to end it";
+    ++tried;
+    EXPECT_EQ(company()->GetInTransaction(), VARIANT_TRUE) << "the add-on must end the transaction";
     company()->EndTransaction(VARIANT_FALSE);
     log.refuse = 0;
-    liftLimit();
+    resetLimit();
     EXPECT_THAT(rows(), ElementsAreArray(before));
   }
+  EXPECT_GE(tried, steps.size()) << "every step runs at least one statement";
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, FailingDatabase,
-                         testing::Values(Work{"AHostTable", &hostTable},
-                                         Work{"AUserTable", &userTable}, Work{"AnObject", &object},
-                                         Work{"AJoin", &join}),
+INSTANTIATE_TEST_SUITE_P(Work, FailingDatabase,
+                         testing::Values(Work{"HostTable", &hostTable},
+                                         Work{"UserTable", &userTable}, Work{"Object", &object},
+                                         Work{"Join", &join}),
                          qx::test::nameOf<Work>);
 
-// ---- failures that are not told as such
+// ---- failures that are not reported
 
 class FailingSearch : public qx::test::CompanyFixture {
  protected:
@@ -268,7 +278,7 @@ class FailingSearch : public qx::test::CompanyFixture {
   CComPtr<ICompany> spied = qx::test::spyOn(company(), &log);
 };
 
-TEST_F(FailingSearch, CountsAsNotFound) {
+TEST_F(FailingSearch, ReturnsNotFound) {
   Rows currencies(spied, u"HVCURR");
   currencies.SetKeysOnly(true);
   currencies.Load({u"Currency"}, {});
@@ -293,7 +303,7 @@ TEST_F(FailingSearch, CountsAsNotFound) {
   EXPECT_TRUE(currencies.Exists(key));
 }
 
-TEST_F(FailingSearch, OfANewCodeLeavesItEmpty) {
+TEST_F(FailingSearch, LeavesANewCodeEmpty) {
   log.refuse = 1;
   Rows orders(spied, u"@ORDERS");
   EXPECT_EQ(failureOf([&] { orders.Add(Record{{u"U_No", u"C"}}); }), "no failure");

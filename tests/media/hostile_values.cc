@@ -22,6 +22,7 @@ constexpr std::u16string_view kPieces[] = {
     u"😀",    u"👩‍👧", u"\uFEFF", u"\uFFFD", u"\uFFFF", u"\u2028", u"\u00A0", u"a",
     u"Z",    u"0",           u"null",   u"$1",     u"$$",     u"E'\\x'", u"U&'",    u"&amp;",
     u"<x>",  u"\U0010FFFF",  u"--\n"};
+static_assert(std::size(kPieces) == HostileValues::kEdgeTexts);
 
 }  // namespace
 
@@ -34,12 +35,13 @@ std::uint32_t seedOfMedium() {
   constexpr std::uint32_t kFnvBasis = 2166136261;
   constexpr std::uint32_t kFnvPrime = 16777619;
   std::uint32_t seed = kFnvBasis;
-  for (const char letter : medium().engine + (medium().postgres ? ".postgres" : ".sqlite"))
+  for (const char letter : medium().dialect + (medium().postgres ? ".postgres" : ".sqlite"))
     seed = (seed ^ static_cast<unsigned char>(letter)) * kFnvPrime;
   return seed;
 }
 
 std::u16string HostileValues::text(std::size_t length) {
+  if (texts_ < std::size(kPieces)) return std::u16string(kPieces[texts_++]);
   const std::size_t wanted = below(static_cast<std::uint32_t>(length) + 1);
   std::u16string text;
   while (true) {
@@ -54,7 +56,7 @@ std::u16string HostileValues::piece() {
   return std::u16string(kPieces[below(std::size(kPieces))]);
 }
 
-/// Any but zero and the halves of pairs; one in four has a code below 256.
+// Any character but zero and halves of surrogate pairs; one in four has a code below 256.
 std::u16string HostileValues::character() {
   constexpr std::uint32_t kPlanes = 17;
   const char32_t code = below(4) == 0 ? below(0x100) : below(kPlanes) << 16 | below(0x10000);
@@ -96,6 +98,7 @@ double HostileValues::amount() {
                                              std::numeric_limits<double>::min(),
                                              -std::numeric_limits<double>::denorm_min(),
                                              std::numeric_limits<double>::denorm_min()};
+  if (amounts_ < kEdges.size()) return kEdges.at(amounts_++);
   switch (below(8)) {
     case 0:
       return kEdges.at(below(kEdges.size()));
@@ -126,11 +129,12 @@ double HostileValues::money() {
 int HostileValues::wholeNumber() {
   constexpr std::array<int, 5> kEdges = {0, 1, -1, std::numeric_limits<int>::max(),
                                          std::numeric_limits<int>::min()};
+  if (wholeNumbers_ < kEdges.size()) return kEdges.at(wholeNumbers_++);
   return below(4) == 0 ? kEdges.at(below(kEdges.size())) : static_cast<int>(random_());
 }
 
 double HostileValues::date() {
-  if (below(16) == 0) return 0;
+  if (dates_++ == 0 || below(16) == 0) return 0;
   const int year = 100 + static_cast<int>(below(9900));
   const int month = 1 + static_cast<int>(below(12));
   const int day = 1 + static_cast<int>(below(28));

@@ -1,5 +1,5 @@
-// A server that dies in the middle of work: the add-on is told, nothing is half written, and once
-// the server is back the work can be done again.
+// A server that ends in the middle of work: the add-on receives the failure, nothing is written in
+// part, and the work can be repeated once the server runs again.
 
 #include "qxframework/automation/text.h"
 #include "testing/postgres_server.h"
@@ -34,7 +34,8 @@ class LostServer : public qx::test::CompanyFixture,
     addOrder(u"C", u"Cid", dateValue(2023, 12, 31), 1234.5, 2);
   }
   static void stop() { PostgresServer::shared().stop(GetParam()); }
-  void comeBack() {
+  /// Starts the server and logs in again.
+  void startAgain() {
     PostgresServer::shared().start();
     login = std::make_unique<Login>(database);
   }
@@ -46,7 +47,7 @@ class LostServer : public qx::test::CompanyFixture,
   }
 };
 
-TEST_P(LostServer, InTheMiddleOfAWalkIsToldAndNotTakenForTheEnd) {
+TEST_P(LostServer, NextReportsTheLossAndNotTheEndOfTheRows) {
   Rows rows(company(), u"@ORDERS");
   rows.SetKeysOnly(true);
   rows.SetFields({u"U_No"});
@@ -56,15 +57,16 @@ TEST_P(LostServer, InTheMiddleOfAWalkIsToldAndNotTakenForTheEnd) {
   stop();
   EXPECT_THAT(failureOf([&] { rows.Next(record); }), StartsWith(kLost));
   EXPECT_EQ(record.text(), "A");
-  EXPECT_THAT(failureOf([&] { rows.Next(record); }), StartsWith(kLost)) << "it stays so";
+  EXPECT_THAT(failureOf([&] { rows.Next(record); }), StartsWith(kLost))
+      << "the next step reports the loss again";
   EXPECT_EQ(company()->GetConnected(), VARIANT_FALSE);
   Rows other(company(), u"@ORDERS");
   EXPECT_THAT(failureOf([&] { other.Load({u"Code"}, {}); }), StartsWith(kLost));
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-TEST_P(LostServer, InTheMiddleOfATransactionLeavesNothingOfIt) {
+TEST_P(LostServer, TransactionIsRolledBackAndItsCommitFails) {
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   Rows rows(company(), u"@ORDERS");
@@ -74,7 +76,7 @@ TEST_P(LostServer, InTheMiddleOfATransactionLeavesNothingOfIt) {
   EXPECT_THAT(failureOf([&] { rows.Remove(values({{u"U_No", u"B"}})); }), StartsWith(kLost));
   const HRESULT ended = company()->raw_EndTransaction(VARIANT_TRUE);
   EXPECT_LT(ended, 0) << "a commit must not seem to have worked";
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
@@ -82,8 +84,8 @@ TEST_P(LostServer, InTheMiddleOfATransactionLeavesNothingOfIt) {
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C", "D"));
 }
 
-// What a search cannot read counts as not found; the company knows better.
-TEST_P(LostServer, InTheMiddleOfASearchIsToldByTheCompany) {
+// A search returns "not found" if it cannot read; the loss is in the company's last error.
+TEST_P(LostServer, SearchFindsNothingAndTheCompanyReportsTheLoss) {
   Rows rows(company(), u"@ORDERS");
   rows.SetKeysOnly(true);
   rows.Load({u"U_No"}, {});
@@ -93,22 +95,22 @@ TEST_P(LostServer, InTheMiddleOfASearchIsToldByTheCompany) {
   EXPECT_THAT("-2000: " + login->lastError(), StartsWith(kLost));
   EXPECT_FALSE(rows.Exists(values({{u"U_No", u"B"}})));
   EXPECT_THAT("-2000: " + login->lastError(), StartsWith(kLost));
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-TEST_P(LostServer, AtTheCommitIsToldAndTheTransactionIsWholeOrGone) {
+TEST_P(LostServer, CommitReportsTheLossAndWritesNothing) {
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   addOrder(u"E", u"Eve", dateValue(2024, 3, 2), 2, 2);
   stop();
   EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
   EXPECT_THAT(login->lastError(), StartsWith(kLostAtCommit));
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-TEST_P(LostServer, ThatIsBackServesTheSameCompanyObjectAgain) {
+TEST_P(LostServer, SameCompanyObjectWorksAfterANewConnection) {
   stop();
   Rows rows(company(), u"@ORDERS");
   EXPECT_THAT(failureOf([&] { rows.Load({u"Code"}, {}); }), StartsWith(kLost));
@@ -119,7 +121,7 @@ TEST_P(LostServer, ThatIsBackServesTheSameCompanyObjectAgain) {
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-// ---- a server that is back before it is missed
+// ---- a server that runs again before the next statement
 
 class RestartedServer : public LostServer {
  protected:
@@ -129,7 +131,7 @@ class RestartedServer : public LostServer {
   }
 };
 
-TEST_P(RestartedServer, InTheMiddleOfAWalkIsToldAndNotTakenForTheEnd) {
+TEST_P(RestartedServer, NextReportsTheLossAndNotTheEndOfTheRows) {
   Rows rows(company(), u"@ORDERS");
   rows.SetKeysOnly(true);
   rows.SetFields({u"U_No"});
@@ -142,11 +144,11 @@ TEST_P(RestartedServer, InTheMiddleOfAWalkIsToldAndNotTakenForTheEnd) {
   EXPECT_EQ(company()->GetConnected(), VARIANT_FALSE);
   EXPECT_THAT(failureOf([&] { rows.Next(record); }), StartsWith(kLost))
       << "not without a new connection";
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-TEST_P(RestartedServer, InTheMiddleOfASearchIsToldByTheCompany) {
+TEST_P(RestartedServer, SearchFindsNothingAndTheCompanyReportsTheLoss) {
   Rows rows(company(), u"@ORDERS");
   rows.SetKeysOnly(true);
   rows.Load({u"U_No"}, {});
@@ -154,10 +156,12 @@ TEST_P(RestartedServer, InTheMiddleOfASearchIsToldByTheCompany) {
   Record record;
   EXPECT_FALSE(rows.Find(values({{u"U_No", u"B"}}), record));
   EXPECT_THAT("-2000: " + login->lastError(), StartsWith(kLost));
+  startAgain();
+  EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-// What follows the loss must not run on a connection of its own, outside of the transaction.
-TEST_P(RestartedServer, InTheMiddleOfATransactionLeavesNothingOfIt) {
+// Statements after the loss must not run on a new connection, outside of the transaction.
+TEST_P(RestartedServer, TransactionIsRolledBackAndItsCommitFails) {
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   restart();
@@ -168,22 +172,22 @@ TEST_P(RestartedServer, InTheMiddleOfATransactionLeavesNothingOfIt) {
               }),
               StartsWith(kLost));
   EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0) << "a commit must not seem to work";
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-TEST_P(RestartedServer, BeforeTheCommitIsToldAndTheTransactionIsGone) {
+TEST_P(RestartedServer, CommitReportsTheLossAndWritesNothing) {
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   restart();
   EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
   EXPECT_THAT(login->lastError(), StartsWith(kLostAtCommit));
-  comeBack();
+  startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
 
-// A transaction begins with its first statement.
-TEST_P(RestartedServer, BeforeANewTransactionIsToldByItsFirstStatement) {
+// StartTransaction sends nothing to the server: the transaction begins with its first statement.
+TEST_P(RestartedServer, FirstStatementOfANewTransactionReportsTheLoss) {
   restart();
   company()->raw_StartTransaction();
   Rows rows(company(), u"@ORDERS");
@@ -197,7 +201,7 @@ TEST_P(RestartedServer, BeforeANewTransactionIsToldByItsFirstStatement) {
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C", "D"));
 }
 
-std::string nameOfEnd(const testing::TestParamInfo<PostgresServer::End>& info) {
+std::string endName(const testing::TestParamInfo<PostgresServer::End>& info) {
   switch (info.param) {
     case PostgresServer::End::Fast:
       return "Fast";
@@ -208,14 +212,14 @@ std::string nameOfEnd(const testing::TestParamInfo<PostgresServer::End>& info) {
   }
 }
 
-/// A server that comes and goes takes its time, and no dialect knows how it went: so one of them
-/// sees all the ways, the others the worst.
+/// Returns the ways to end the server: all of them for MSSQL, the hardest one for the other
+/// dialects. A restart takes long, and the way does not depend on the dialect.
 std::vector<PostgresServer::End> endsOfMedium() {
   if (!qx::test::medium().is(qx::kMssql)) return {PostgresServer::End::Killed};
   return {PostgresServer::End::Fast, PostgresServer::End::Immediate, PostgresServer::End::Killed};
 }
 
-INSTANTIATE_TEST_SUITE_P(End, LostServer, testing::ValuesIn(endsOfMedium()), nameOfEnd);
-INSTANTIATE_TEST_SUITE_P(End, RestartedServer, testing::ValuesIn(endsOfMedium()), nameOfEnd);
+INSTANTIATE_TEST_SUITE_P(End, LostServer, testing::ValuesIn(endsOfMedium()), endName);
+INSTANTIATE_TEST_SUITE_P(End, RestartedServer, testing::ValuesIn(endsOfMedium()), endName);
 
 }  // namespace

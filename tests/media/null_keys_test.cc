@@ -1,5 +1,5 @@
-// Rows with null in a column of their key: a null reads as the empty value of its column, which is
-// what the key is then made of, and no row has that value.
+// Rows with null in a column of their key. A null reads as the empty value of its column, so the
+// key that a proxy builds from the row contains that value, which no row of the database has.
 
 #include "qxframework/automation/text.h"
 #include "tests/media/company_fixture.h"
@@ -20,12 +20,12 @@ constexpr char kNoRow[] = "No record was found with the given conditions";
 
 struct NullKey {
   const OLECHAR* column;
-  CComVariant empty;  ///< what its null reads as
+  CComVariant empty;  ///< the value as which null is read
 };
 
 class NullKeys : public qx::test::CompanyFixture {
  protected:
-  /// All columns but U_No are null in the one row.
+  /// Adds one row in which all columns but U_No are null.
   NullKeys() { add(u"@ORDERS", Record{{u"U_No", u"A"}}); }
 
   static std::vector<NullKey> keys() {
@@ -36,6 +36,7 @@ class NullKeys : public qx::test::CompanyFixture {
     rows.SetFields({u"U_No", u"U_Who", u"U_Day", u"U_Total", u"U_Count"});
     rows.Load({key}, {});
   }
+  /// Returns the one row, or the number of rows if it is not one.
   std::string row() const {
     Rows rows(company(), u"@ORDERS");
     rows.SetFields({u"U_No", u"U_Who", u"U_Day", u"U_Total", u"U_Count"});
@@ -47,7 +48,7 @@ class NullKeys : public qx::test::CompanyFixture {
 
 constexpr char kRow[] = "A||1899-12-30 00:00:00|0|0";
 
-TEST_F(NullKeys, OfWholeRowsAreSteppedOverAndFoundByTheEmptyValue) {
+TEST_F(NullKeys, AreReadAndFoundByTheEmptyValueInWholeRows) {
   for (const NullKey& key : keys()) {
     Rows rows(company(), u"@ORDERS");
     load(rows, key.column, false);
@@ -64,7 +65,7 @@ TEST_F(NullKeys, OfWholeRowsAreSteppedOverAndFoundByTheEmptyValue) {
   }
 }
 
-TEST_F(NullKeys, DoNotExistForTheDatabase) {
+TEST_F(NullKeys, DoNotExistInTheDatabase) {
   for (const NullKey& key : keys()) {
     for (const bool keysOnly : {false, true}) {
       Rows rows(company(), u"@ORDERS");
@@ -74,7 +75,7 @@ TEST_F(NullKeys, DoNotExistForTheDatabase) {
   }
 }
 
-TEST_F(NullKeys, OfWholeRowsUpdateAndRemoveNothingThoughNothingIsTold) {
+TEST_F(NullKeys, UpdateAndRemoveNothingWithoutAFailureInWholeRows) {
   for (const NullKey& key : keys()) {
     Rows rows(company(), u"@ORDERS");
     load(rows, key.column, false);
@@ -89,7 +90,7 @@ TEST_F(NullKeys, OfWholeRowsUpdateAndRemoveNothingThoughNothingIsTold) {
   }
 }
 
-TEST_F(NullKeys, WithKeysOnlyHaveNoRowToStepToOrToFind) {
+TEST_F(NullKeys, AreRefusedByStepsAndNotFoundWithKeysOnly) {
   for (const NullKey& key : keys()) {
     Rows rows(company(), u"@ORDERS");
     load(rows, key.column, true);
@@ -111,8 +112,8 @@ TEST_F(NullKeys, WithKeysOnlyHaveNoRowToStepToOrToFind) {
   }
 }
 
-// The null date reads as a day, and a key of it never matches in the cursor.
-TEST_F(NullKeys, OfDatesAreFoundByTheTextOfTheNullDateOnly) {
+// A null date reads as 1899-12-30, but a key with a date never matches in the cursor.
+TEST_F(NullKeys, AreFoundByTheTextOfTheNullDateOnlyIfTheyAreDates) {
   Rows rows(company(), u"@ORDERS");
   load(rows, u"U_Day", false);
   Record record;
@@ -129,7 +130,7 @@ TEST_F(NullKeys, OfDatesAreFoundByTheTextOfTheNullDateOnly) {
   EXPECT_EQ(failureOf([&] { byKey.First(record); }), kNoRow);
 }
 
-TEST_F(NullKeys, InOneOfSeveralColumnsCountAsInAll) {
+TEST_F(NullKeys, HaveTheSameEffectInOneOfSeveralColumns) {
   Rows rows(company(), u"@ORDERS");
   rows.SetKeysOnly(true);
   rows.Load({u"U_No", u"U_Who"}, {});

@@ -1,4 +1,5 @@
-// Numbers and days that are none, and those at the edges of money, in keys, conditions and joins.
+// Invalid numbers and dates in keys, new values, conditions and joins, and the limits of amounts of
+// money.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
@@ -27,13 +28,14 @@ using testing::ElementsAre;
 using testing::StartsWith;
 
 constexpr char kNoText[] = "A value of type 5 has no text form";
-constexpr double kNoNumbers[] = {std::numeric_limits<double>::quiet_NaN(),
-                                 std::numeric_limits<double>::infinity(),
-                                 -std::numeric_limits<double>::infinity()};
+constexpr double kInvalidNumbers[] = {std::numeric_limits<double>::quiet_NaN(),
+                                      std::numeric_limits<double>::infinity(),
+                                      -std::numeric_limits<double>::infinity()};
 
-class NoNumbers : public qx::test::UnchangedOrders {
+class InvalidNumbers : public qx::test::UnchangedOrders {
  protected:
-  std::string joining(const OLECHAR* column, const CComVariant& constant) const {
+  /// Returns the failure of a join by Code with a constant for one more column.
+  std::string failureOfJoin(const OLECHAR* column, const CComVariant& constant) const {
     CQXLinkTableCriteria link(u"@ORDERS", u"T1", Persistence::jm_Inner, true);
     link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"Code", u"Code"));
     link.AddLinkFieldCriteria(CQXLinkFieldCriteria(column, constant, co_Equal));
@@ -44,13 +46,13 @@ class NoNumbers : public qx::test::UnchangedOrders {
   }
 };
 
-TEST_F(NoNumbers, AreRefusedAsKeys) {
+TEST_F(InvalidNumbers, AreRefusedAsKeys) {
   for (const bool keysOnly : {false, true}) {
     Rows rows(company(), u"@ORDERS");
     rows.SetKeysOnly(keysOnly);
     rows.Load({u"U_Total"}, {});
     Record record{{u"kept", u"kept"}};
-    for (const double number : kNoNumbers) {
+    for (const double number : kInvalidNumbers) {
       const auto key = values({{u"U_Total", number}});
       EXPECT_EQ(failureOf([&] { rows.Find(key, record); }), kNoText);
       EXPECT_EQ(failureOf([&] { rows.GetByKey(key, record); }), kNoText);
@@ -63,8 +65,8 @@ TEST_F(NoNumbers, AreRefusedAsKeys) {
   }
 }
 
-TEST_F(NoNumbers, AreRefusedAsNewValues) {
-  for (const double number : kNoNumbers) {
+TEST_F(InvalidNumbers, AreRefusedAsNewValues) {
+  for (const double number : kInvalidNumbers) {
     Rows rows(company(), u"@ORDERS");
     rows.Load({u"Code"}, {});
     EXPECT_EQ(failureOf([&] {
@@ -79,11 +81,11 @@ TEST_F(NoNumbers, AreRefusedAsNewValues) {
   }
 }
 
-TEST_F(NoNumbers, AreRefusedInJoins) {
-  for (const double number : kNoNumbers) EXPECT_EQ(joining(u"U_Total", number), kNoText);
+TEST_F(InvalidNumbers, AreRefusedInJoins) {
+  for (const double number : kInvalidNumbers) EXPECT_EQ(failureOfJoin(u"U_Total", number), kNoText);
 }
 
-TEST_F(NoNumbers, AreRefusedInConditions) {
+TEST_F(InvalidNumbers, AreRefusedInConditions) {
   for (const OLECHAR* text : {u"nan", u"NaN", u"inf", u"-Infinity", u"1e400", u"-1e400", u"1e",
                               u"12,5", u"", u"'nan'", u"0x10"}) {
     const auto conditions = [&] {
@@ -98,9 +100,9 @@ TEST_F(NoNumbers, AreRefusedInConditions) {
   }
 }
 
-using NoDays = NoNumbers;
+using InvalidDates = InvalidNumbers;
 
-TEST_F(NoDays, AreRefusedInConditions) {
+TEST_F(InvalidDates, AreRefusedInConditions) {
   for (const OLECHAR* text : {u"20240230", u"2024-02-30", u"2024-02-30 00:00:00", u"20241301",
                               u"yesterday", u"", u"2024'0101", u"0"}) {
     const auto conditions = [&] {
@@ -115,15 +117,15 @@ TEST_F(NoDays, AreRefusedInConditions) {
   }
 }
 
-TEST_F(NoDays, AreRefusedInJoinsAsTexts) {
+TEST_F(InvalidDates, AreRefusedAsTextsInJoins) {
   for (const OLECHAR* text : {u"20240230", u"yesterday", u"2024-13-01"})
-    EXPECT_THAT(joining(u"U_Day", text), StartsWith("-2000: ")) << qx::toUtf8(text);
+    EXPECT_THAT(failureOfJoin(u"U_Day", text), StartsWith("-2000: ")) << qx::toUtf8(text);
 }
 
-// The literal of a date that is none is that of the null date.
-TEST_F(NoDays, CountAsTheNullDateInKeysAndJoins) {
+// An invalid date has the literal of the null date.
+TEST_F(InvalidDates, CountAsTheNullDateInKeysAndJoins) {
   for (const double date : {1e9, -1e9, std::numeric_limits<double>::quiet_NaN()}) {
-    EXPECT_EQ(joining(u"U_Day", CComVariant(date, VT_DATE)), "no failure");
+    EXPECT_EQ(failureOfJoin(u"U_Day", CComVariant(date, VT_DATE)), "no failure");
     Rows rows(company(), u"@ORDERS");
     rows.Load({u"U_Day"}, {});
     const auto key = values({{u"U_Day", CComVariant(date, VT_DATE)}});
@@ -134,11 +136,11 @@ TEST_F(NoDays, CountAsTheNullDateInKeysAndJoins) {
   }
 }
 
-// ---- the edges of money
+// ---- the limits of money
 
 class MoneyInTheDatabase : public qx::test::CompanyFixture {
  protected:
-  /// Writes an amount and reads it back.
+  /// Writes an amount, reads it back and returns its text.
   std::string throughDatabase(const CQXCurrency& amount) {
     Rows rows(company(), u"@ORDERS");
     rows.Add(Record{{u"U_Total", amount.ToDouble()}});
@@ -150,7 +152,7 @@ class MoneyInTheDatabase : public qx::test::CompanyFixture {
   }
 };
 
-TEST_F(MoneyInTheDatabase, OfFifteenDigitsComesBackAsItWas) {
+TEST_F(MoneyInTheDatabase, IsReadBackUnchangedWithFifteenDigits) {
   EXPECT_EQ(throughDatabase({0, 0}), "0.000000");
   EXPECT_EQ(throughDatabase({0, 1}), "0.000001");
   EXPECT_EQ(throughDatabase({0, -1}), "-0.000001");
@@ -159,17 +161,18 @@ TEST_F(MoneyInTheDatabase, OfFifteenDigitsComesBackAsItWas) {
   EXPECT_EQ(throughDatabase({9007199254, 740990}), "9007199254.740990") << "2^53 millionths";
 }
 
-// The sixteenth digit is rounded away, and beyond 2^53 millionths a double knows every second
-// number or less.
-TEST_F(MoneyInTheDatabase, OfMoreDigitsComesBackRounded) {
+// A literal has 15 digits, so the 16th is rounded away; beyond 2^53 millionths, a double cannot
+// hold every whole number of millionths.
+TEST_F(MoneyInTheDatabase, IsReadBackRoundedWithMoreDigits) {
   EXPECT_EQ(throughDatabase({1234567890, 123456}), "1234567890.123460");
   EXPECT_EQ(throughDatabase({999999999999, 990000}), "999999999999.990016");
   EXPECT_EQ(throughDatabase({-999999999999, -999000}), "-999999999999.998976");
   EXPECT_EQ(throughDatabase({9000000000000, 123456}), "9000000000000.118784");
 }
 
-// The fifteen digits of both ends are beyond them, and what has no place is the lowest amount.
-TEST_F(MoneyInTheDatabase, OfBothEndsOfItsRangeComesBackAsTheLowest) {
+// Rounded to 15 digits, both limits are out of range, and an amount out of range becomes the
+// lowest.
+TEST_F(MoneyInTheDatabase, IsReadBackAsTheLowestAmountAtBothLimits) {
   EXPECT_EQ(throughDatabase({9223372036854, 775807}), "-9223372036854.775808");
   EXPECT_EQ(throughDatabase({-9223372036854, -775808}), "-9223372036854.775808");
   EXPECT_EQ(throughDatabase({9223372036854, 770000}), "9223372036854.769664");

@@ -1,4 +1,4 @@
-// The example that keeps orders, as a program of its own, run twice on one company.
+// The example program `orders`, run twice on one company.
 
 #include "testing/child_process.h"
 #include "testing/machine.h"
@@ -18,7 +18,7 @@ class OrdersExample : public testing::Test {
  protected:
   std::string run() const {
     ChildProcess orders({qx::test::buildProgram("orders").string(),
-                         "embedded:?db=" + database + "&engine=" + medium().engine +
+                         "embedded:?db=" + database + "&engine=" + medium().dialect +
                              "&play=" QX_TEST_DATA "/orders.play"},
                         {"QX_RUNTIME_DIR=" + (folder.path() / "run").string()});
     const std::string text = orders.rest();
@@ -37,7 +37,7 @@ class OrdersExample : public testing::Test {
   std::string database = qx::test::CompanyStore::fresh(folder.path());
 };
 
-TEST_F(OrdersExample, TakesOrdersInAndAddsToThem) {
+TEST_F(OrdersExample, AddsOrdersInTheFirstRunAndUpdatesThemInTheSecond) {
   EXPECT_EQ(run(),
             "info: 2 orders, 131.500000 in all, the newest of 2024-02-29\n"
             "shut the client down\n");

@@ -29,11 +29,11 @@ std::string numberText(double number) {
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
 
-void take(const TyFieldValues& from, CQXValueContainer& container) {
+void readInto(const TyFieldValues& from, CQXValueContainer& container) {
   dynamic_cast<Record&>(container).row = from;
 }
 
-void give(const CQXValueContainer& container, TyFieldValues& to) {
+void addTo(const CQXValueContainer& container, TyFieldValues& to) {
   const TyFieldValues& from = dynamic_cast<const Record&>(container).row;
   for (long i = 0; i < from.GetCount(); ++i) {
     if (to.contains(from.keyAt(i))) {
@@ -97,11 +97,11 @@ Rows::Rows(const CComPtr<ICompany>& company, const OLECHAR* table) {
 }
 
 void Rows::MapToContainer(const TyFieldValues& row, CQXValueContainer& container) {
-  take(row, container);
+  readInto(row, container);
 }
 
 void Rows::ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) {
-  give(container, row);
+  addTo(container, row);
 }
 
 std::vector<std::string> Rows::all() {
@@ -116,17 +116,18 @@ std::vector<std::string> Rows::allBackwards() {
   Record record;
   for (long at = Last(record); at == 0 && !Bof(); at = Previous(record)) {
     texts.push_back(record.text());
+    // A test must end even if Bof() is never true.
     if (texts.size() == static_cast<std::size_t>(GetRecordCount())) break;
   }
   return texts;
 }
 
 void OneRow::MapToContainer(const TyFieldValues& row, CQXValueContainer& container) {
-  take(row, container);
+  readInto(row, container);
 }
 
 void OneRow::ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) {
-  give(container, row);
+  addTo(container, row);
 }
 
 Conditions& Conditions::add(const OLECHAR* column, Persistence::HvConditionOperation operation,

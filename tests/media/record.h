@@ -1,7 +1,7 @@
 #pragma once
 
-// The records and proxies of the persistence tests. A record is any row: its values as they came or
-// as they are to be written, so that one class serves every table and join.
+// The records and proxies of the persistence tests. A record holds any row, as it was read or as it
+// will be written, so one class serves every table and join.
 
 #include "qxframework/host/company.h"
 #include "qxframework/persistence/collection_proxy.h"
@@ -18,12 +18,13 @@ namespace qx::test {
 
 using Columns = std::vector<const OLECHAR*>;
 
-/// {{u"Code", u"1"}, {u"U_Total", 12.5}}
+/// Builds a list of values: values({{u"Code", u"1"}, {u"U_Total", 12.5}}).
 Persistence::TyFieldValues values(
     std::initializer_list<std::pair<const OLECHAR*, CComVariant>> fields);
 CComVariant dateValue(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
 
-/// A date as "YYYY-MM-DD HH:MM:SS", a number with all its digits and a point.
+/// Returns a cell as text: a date as "YYYY-MM-DD HH:MM:SS", a number with all its digits and a
+/// point.
 std::string cellText(const CComVariant& value);
 
 struct Record final : Persistence::CQXValueContainer {
@@ -32,11 +33,12 @@ struct Record final : Persistence::CQXValueContainer {
   Record(std::initializer_list<std::pair<const OLECHAR*, CComVariant>> fields)
       : row(values(fields)) {}
 
-  /// The cells joined by "|".
+  /// Returns the cells joined by "|".
   std::string text() const;
-  /// "Name=cell" for each, joined by "|".
+  /// Returns "Name=cell" for each cell, joined by "|".
   std::string named() const;
-  /// The cell of a name, in any case of its letters.
+  /// Returns the cell of a column, whose name is compared without regard to case; "no such column"
+  /// if there is none.
   std::string of(std::u16string_view name) const;
 
   Persistence::TyFieldValues row;
@@ -45,14 +47,15 @@ struct Record final : Persistence::CQXValueContainer {
 class Rows final : public Persistence::CQXPersistentCollectionProxy {
  public:
   Rows() = default;
-  /// Connected, and with everything selected.
+  /// Connects to the table and selects whole rows.
   Rows(const CComPtr<ICompany>& company, const OLECHAR* table);
   void MapToContainer(const Persistence::TyFieldValues& row,
                       Persistence::CQXValueContainer& container) override;
   void ContainerToMap(const Persistence::CQXValueContainer& container,
                       Persistence::TyFieldValues& row) override;
-  /// All rows by First and Next, one text each.
+  /// Returns all rows, one text each, read by First and Next.
   std::vector<std::string> all();
+  /// Returns all rows from the last to the first, read by Last and Previous.
   std::vector<std::string> allBackwards();
 };
 
@@ -68,13 +71,14 @@ class OneRow final : public Persistence::CQXPersistentObjectProxy {
   using CQXPersistentObjectProxy::Load;
 };
 
-/// Collects conditions; each is joined by AND unless told otherwise.
+/// Builds a list of conditions, joined by AND unless orElse() follows.
 class Conditions {
  public:
   Conditions& add(const OLECHAR* column, Persistence::HvConditionOperation operation,
                   const OLECHAR* value, const OLECHAR* kind = u"VT_BSTR");
-  /// Of the last one.
+  /// Joins the last condition to the one before it by OR.
   Conditions& orElse();
+  /// Sets the number of brackets around the last condition.
   Conditions& brackets(long open, long close);
   qx_ptr<Persistence::CConditions> get() const { return list_; }
 
@@ -83,11 +87,13 @@ class Conditions {
   Persistence::CCondition* last_ = nullptr;
 };
 
-/// The text of the CQXPersistenceException that `work` must raise, "code: text" where the code is
-/// not -1; "no failure" if it raises none, "_com_error" and the code for one of those.
+/// Runs `work` and returns how it fails: the text of a CQXPersistenceException, as "code: text"
+/// unless the code is -1, or "_com_error" and the code of a _com_error. Returns "no failure" if
+/// nothing is thrown. Other exceptions pass through.
 template <class Work>
 std::string failureOf(Work work);
 
+/// Returns the text of failureOf() for the exception that is being handled.
 std::string failureText();
 
 template <class Work>

@@ -1,4 +1,4 @@
-// Joined tables of every kind through the proxies, and the queries of choose lists.
+// Joins of every kind through the proxies, and the queries of choose lists.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/persistence/choose_list_helper.h"
@@ -51,7 +51,7 @@ class RecordJoins : public qx::test::CompanyFixture {
     addLine(u"A", u"A2000", 2);
     addLine(u"Z", u"A9999", 3);
   }
-  /// Orders under T0 with a joined table.
+  /// Returns the orders, under the correlation name T0, with a joined table.
   std::vector<std::string> joined(const CQXLinkTableCriteria& link,
                                   const qx_ptr<Persistence::CConditions>& conditions = {}) const {
     Rows rows(company(), u"@ORDERS");
@@ -63,7 +63,7 @@ class RecordJoins : public qx::test::CompanyFixture {
   }
 };
 
-TEST_F(RecordJoins, InnerGivesMatchingRowsOnly) {
+TEST_F(RecordJoins, InnerReturnsMatchingRowsOnly) {
   EXPECT_THAT(joined(linesJoined(jm_Inner)),
               UnorderedElementsAre("00000000|A|A1000|1.5", "00000000|A|A2000|2"));
 }
@@ -84,20 +84,20 @@ TEST_F(RecordJoins, FullKeepsBoth) {
                                    "||A9999|3"));
 }
 
-TEST_F(RecordJoins, AColumnComparesWithAConstant) {
+TEST_F(RecordJoins, ConstantRestrictsTheJoinedRowsOfALeftJoin) {
   CQXLinkTableCriteria link = linesJoined(jm_LeftOuter);
   link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Qty", CComVariant(1.75), co_Greater));
   link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Item", CComVariant(u"A2000"), co_Equal));
   EXPECT_THAT(joined(link), UnorderedElementsAre("00000000|A|A2000|2", "00000001|B||0"));
 }
 
-TEST_F(RecordJoins, AConstantOfAnInnerJoinChoosesRowsByTheJoinedColumn) {
+TEST_F(RecordJoins, ConstantOfAnInnerJoinSelectsRowsByTheJoinedColumn) {
   CQXLinkTableCriteria link = linesJoined(jm_Inner);
   link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Item", CComVariant(u"A2%"), co_Like));
   EXPECT_THAT(joined(link), ElementsAre("00000000|A|A2000|2"));
 }
 
-TEST_F(RecordJoins, ConditionsHoldForTheMasterTable) {
+TEST_F(RecordJoins, ConditionsApplyToTheMasterTable) {
   EXPECT_THAT(joined(linesJoined(jm_LeftOuter), Conditions().add(u"U_No", co_Equal, u"B").get()),
               ElementsAre("00000001|B||0"));
 }
@@ -111,7 +111,7 @@ TEST_F(RecordJoins, ConditionsOnAJoinedColumnAreRefused) {
   }
 }
 
-TEST_F(RecordJoins, TheSameListOfFieldsOfBothTablesIsRefusedAndAnotherOrderIsNot) {
+TEST_F(RecordJoins, SameListOfFieldsForBothTablesIsRefusedButNotInAnotherOrder) {
   const auto linked = [&](const qx::test::Columns& fields) {
     Rows rows(company(), u"@ORDERS");
     rows.SetCorrelationName(u"T0");
@@ -145,7 +145,7 @@ TEST_F(RecordJoins, HostTablesJoinToUserTables) {
                                                "00000001|B|Harbour Supplies|"));
 }
 
-TEST_F(RecordJoins, ColumnsBearTheNameOfTheirTable) {
+TEST_F(RecordJoins, ColumnsHaveTheCorrelationNameOfTheirTable) {
   Rows rows(company(), u"@ORDERS");
   rows.SetCorrelationName(u"T0");
   rows.SetFields({u"Code", u"U_No"});
@@ -157,7 +157,7 @@ TEST_F(RecordJoins, ColumnsBearTheNameOfTheirTable) {
   EXPECT_EQ(record.of(u"T1.U_Item").substr(0, 1), "A");
 }
 
-TEST_F(RecordJoins, SortFieldsAndLimitsHoldForTheJoin) {
+TEST_F(RecordJoins, SortFieldsAndLimitsApplyToTheJoin) {
   Rows rows(company(), u"@ORDERS");
   rows.SetCorrelationName(u"T0");
   rows.SetFields({u"Code", u"U_No"});
@@ -169,8 +169,8 @@ TEST_F(RecordJoins, SortFieldsAndLimitsHoldForTheJoin) {
   EXPECT_EQ(rows.all().front(), "00000001|B||0");
 }
 
-// The row of each step is read by its key, from the master table alone.
-TEST_F(RecordJoins, WithKeysOnlyTheStepsReadTheMasterTable) {
+// Each step reads its row by the key, from the master table only.
+TEST_F(RecordJoins, WithKeysOnlyStepsReadTheMasterTableOnly) {
   Rows rows(company(), u"@ORDERS");
   rows.SetKeysOnly(true);
   rows.SetCorrelationName(u"T0");
@@ -183,7 +183,7 @@ TEST_F(RecordJoins, WithKeysOnlyTheStepsReadTheMasterTable) {
   EXPECT_EQ(record.named(), "T0.Code=00000000|T0.U_No=A");
 }
 
-TEST_F(RecordJoins, ARowUnderACorrelationNameIsFoundUpdatedAndRemoved) {
+TEST_F(RecordJoins, RowUnderACorrelationNameIsFoundUpdatedAndRemoved) {
   for (const bool keysOnly : {true, false}) {
     Rows rows(company(), u"@ORDERS");
     rows.SetKeysOnly(keysOnly);
@@ -202,7 +202,7 @@ TEST_F(RecordJoins, ARowUnderACorrelationNameIsFoundUpdatedAndRemoved) {
   }
 }
 
-TEST_F(RecordJoins, AnObjectReadsItsRowWithTheJoinedOne) {
+TEST_F(RecordJoins, ObjectReadsItsRowWithTheJoinedRow) {
   OneRow row;
   row.Connect(company(), u"@ORDERS", true);
   row.SetCorrelationName(u"T0");
@@ -219,7 +219,7 @@ TEST_F(RecordJoins, AnObjectReadsItsRowWithTheJoinedOne) {
   EXPECT_EQ(record.text(), "00000000|A|A2000|2");
 }
 
-TEST_F(RecordJoins, AJoinWithoutACorrelationNameIsRefused) {
+TEST_F(RecordJoins, JoinWithoutACorrelationNameIsRefused) {
   Rows rows(company(), u"@ORDERS");
   rows.AddLinkTableCriteria(linesJoined(jm_Inner));
   EXPECT_EQ(failureOf([&] { rows.Load({u"Code"}, {}); }),
@@ -230,6 +230,7 @@ TEST_F(RecordJoins, AJoinWithoutACorrelationNameIsRefused) {
 
 class ChooseLists : public RecordJoins {
  protected:
+  /// Returns the query of a choose list with these columns and titles.
   std::u16string sql(const Titles& titles, const OLECHAR* table, const OLECHAR* where) const {
     CComBSTR text;
     CQXChooseListHelper::GetSQL(company(), titles, table, *table == u'@', where, text);
@@ -256,7 +257,7 @@ TEST_F(ChooseLists, AreWrittenInTheDialectAndRun) {
   EXPECT_EQ(rows->GetFields()->Item(CComVariant(1L))->GetName().View(), u"Order number");
 }
 
-TEST_F(ChooseLists, OfHostTablesRunWithAndWithoutColumns) {
+TEST_F(ChooseLists, RunOnHostTablesWithAndWithoutColumns) {
   Titles titles;
   titles.Add(u"PartnerName", u"Who");
   EXPECT_THAT(login->rows(sql(titles, u"HVPARTN", u"")),

@@ -1,5 +1,4 @@
-// Reading rows through the proxies: steps both ways, searches, sorting, limits, and what nulls read
-// as.
+// Reading rows through the proxies: steps in both directions, searches, sorting, limits and nulls.
 
 #include "qxframework/foundation/currency.h"
 #include "qxframework/query/persistence_exception.h"
@@ -36,7 +35,7 @@ class RecordReading : public qx::test::CompanyFixture {
     addOrder(u"B", u"Ben", dateValue(2024, 2, 1), -0.25, 2);
     addOrder(u"C", u"O'Brien", dateValue(2023, 12, 31), 1234.5, 2);
   }
-  /// The orders, loaded; the table's own columns in their order.
+  /// Loads the orders in the order of Code, with the columns of kA, kB and kC.
   void load(Rows& orders, const qx_ptr<Persistence::CConditions>& conditions = {}) const {
     orders.SetFields({u"Code", u"U_No", u"U_Who", u"U_Day", u"U_Total", u"U_Count"});
     orders.Load({u"Code"}, conditions);
@@ -89,7 +88,7 @@ TEST_F(RecordReading, WithKeysOnlyEachStepReadsTheRowAsItIsNow) {
             "No record was found with the given conditions");
 }
 
-TEST_F(RecordReading, TheLastStepsTellThatThereIsNoRow) {
+TEST_F(RecordReading, StepsBeyondTheEndsReportThatThereIsNoRow) {
   Rows orders(company(), u"@ORDERS");
   load(orders);
   Record record;
@@ -101,7 +100,7 @@ TEST_F(RecordReading, TheLastStepsTellThatThereIsNoRow) {
   EXPECT_EQ(orders.Previous(record), 0);
   EXPECT_EQ(record.text(), kC);
   EXPECT_EQ(orders.First(record), 0);
-  EXPECT_EQ(orders.Previous(record), 0) << "in front of the first row it still gives one";
+  EXPECT_EQ(orders.Previous(record), 0) << "one step before the first row returns an empty row";
   EXPECT_EQ(record.text(),
             "||"
             "|1899-12-30 00:00:00|0|0");
@@ -111,7 +110,7 @@ TEST_F(RecordReading, TheLastStepsTellThatThereIsNoRow) {
   EXPECT_EQ(record.text(), kA);
 }
 
-TEST_F(RecordReading, BackwardsAWalkThatDoesNotAskForBofHasAnEmptyRowTooMany) {
+TEST_F(RecordReading, BackwardWalkWithoutACheckOfBofReadsOneEmptyRow) {
   Rows orders(company(), u"@ORDERS");
   load(orders);
   std::vector<std::string> texts;
@@ -125,7 +124,7 @@ TEST_F(RecordReading, BackwardsAWalkThatDoesNotAskForBofHasAnEmptyRowTooMany) {
   EXPECT_THAT(texts, ElementsAre(kC, kB, kA));
 }
 
-TEST_F(RecordReading, WithKeysOnlyTheStepInFrontOfTheFirstRowFails) {
+TEST_F(RecordReading, WithKeysOnlyTheStepBeforeTheFirstRowFails) {
   Rows orders(company(), u"@ORDERS");
   orders.SetKeysOnly(true);
   load(orders);
@@ -140,7 +139,7 @@ TEST_F(RecordReading, WithKeysOnlyTheStepInFrontOfTheFirstRowFails) {
   EXPECT_EQ(record.text(), kA);
 }
 
-TEST_F(RecordReading, WithKeysOnlyARowThatIsGoneIsSteppedOverBehindItsFailure) {
+TEST_F(RecordReading, WithKeysOnlyARemovedRowFailsOnceAndIsThenPassed) {
   Rows orders(company(), u"@ORDERS");
   orders.SetKeysOnly(true);
   load(orders);
@@ -155,7 +154,7 @@ TEST_F(RecordReading, WithKeysOnlyARowThatIsGoneIsSteppedOverBehindItsFailure) {
   EXPECT_EQ(record.text(), kC);
 }
 
-TEST_F(RecordReading, AnEmptyResultHasNoFirstAndNoLastRow) {
+TEST_F(RecordReading, EmptyResultHasNoRowAndKeepsTheRecord) {
   Rows orders(company(), u"@ORDERS");
   load(orders, Conditions().add(u"U_No", co_Equal, u"none").get());
   Record record{{u"Kept", u"as it was"}};
@@ -199,7 +198,7 @@ TEST_F(RecordReading, FindsByAnyColumnOfWholeRows) {
   EXPECT_FALSE(orders.Find({}, record)) << "nothing is asked for";
 }
 
-TEST_F(RecordReading, FindsADateByTheTextThatTheEngineHasForIt) {
+TEST_F(RecordReading, FindsADateByTheTextOfTheDialectOnly) {
   Rows orders(company(), u"@ORDERS");
   load(orders);
   Record record;
@@ -208,10 +207,10 @@ TEST_F(RecordReading, FindsADateByTheTextThatTheEngineHasForIt) {
   EXPECT_TRUE(orders.Find(values({{u"U_Day", wide.c_str()}}), record));
   EXPECT_EQ(record.text(), kB);
   EXPECT_FALSE(orders.Find(values({{u"U_Day", dateValue(2024, 2, 1)}}), record))
-      << "a date becomes a literal of the engine, which no row reads as";
+      << "a date is compared as a literal of the dialect, which no cell is read as";
 }
 
-TEST_F(RecordReading, GetsARowByItsWholeKeyOnly) {
+TEST_F(RecordReading, ReturnsARowByItsWholeKeyOnly) {
   Rows orders(company(), u"@ORDERS");
   orders.SetFields({u"Code", u"U_No", u"U_Who", u"U_Day", u"U_Total", u"U_Count"});
   orders.Load({u"U_No", u"U_Who"}, {});
@@ -225,7 +224,7 @@ TEST_F(RecordReading, GetsARowByItsWholeKeyOnly) {
   EXPECT_EQ(record.text(), kC);
 }
 
-TEST_F(RecordReading, ARowIsNotFoundByAKeyThatIsNotAmongTheFields) {
+TEST_F(RecordReading, KeyThatIsNotAmongTheFieldsThrowsBadIndex) {
   Rows orders(company(), u"@ORDERS");
   orders.SetFields({u"U_Who"});
   orders.Load({u"U_No"}, {});
@@ -237,10 +236,10 @@ TEST_F(RecordReading, ARowIsNotFoundByAKeyThatIsNotAmongTheFields) {
   EXPECT_EQ(failureOf([&] { orders.Remove(key); }), badIndex);
   ASSERT_EQ(orders.First(record), 0);
   EXPECT_EQ(failureOf([&] { orders.BuildPrimaryKeyConditions(); }), badIndex);
-  EXPECT_TRUE(orders.Exists(key)) << "the database knows the column";
+  EXPECT_TRUE(orders.Exists(key)) << "Exists asks the database, which has the column";
 }
 
-TEST_F(RecordReading, AheadOfLoadNothingIsFoundAndNoKeyIsWhole) {
+TEST_F(RecordReading, BeforeLoadNothingIsFoundAndEveryKeyIsRefused) {
   Rows orders(company(), u"@ORDERS");
   const auto key = values({{u"Code", u"00000000"}});
   Record record;
@@ -249,24 +248,24 @@ TEST_F(RecordReading, AheadOfLoadNothingIsFoundAndNoKeyIsWhole) {
             "The given map of key fields does not match the key field list of this obejct");
 }
 
-TEST_F(RecordReading, AsksTheDatabaseWhetherARowExists) {
+TEST_F(RecordReading, ExistsAsksTheDatabaseAndNotTheCursor) {
   Rows orders(company(), u"@ORDERS");
   load(orders);
   EXPECT_TRUE(orders.Exists(values({{u"Code", u"00000002"}})));
   EXPECT_FALSE(orders.Exists(values({{u"Code", u"00000003"}})));
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   EXPECT_TRUE(orders.Exists(values({{u"Code", u"00000003"}})));
-  EXPECT_EQ(orders.GetRecordCount(), 3) << "the cursor has not seen it";
+  EXPECT_EQ(orders.GetRecordCount(), 3) << "the cursor was read before";
 }
 
-TEST_F(RecordReading, TwoRowsOfOneKeyDoNotExist) {
+TEST_F(RecordReading, ExistsIsFalseForAKeyOfTwoRows) {
   Rows orders(company(), u"@ORDERS");
   orders.Load({u"U_Count"}, {});
   EXPECT_TRUE(orders.Exists(values({{u"U_Count", 3L}})));
   EXPECT_FALSE(orders.Exists(values({{u"U_Count", 2L}})));
 }
 
-TEST_F(RecordReading, RefreshStaysOnItsRowOrGoesToTheFirst) {
+TEST_F(RecordReading, RefreshStaysOnTheRowAndAfterTheLastGoesToTheFirst) {
   for (const bool keysOnly : {false, true}) {
     Rows orders(company(), u"@ORDERS");
     orders.SetKeysOnly(keysOnly);
@@ -283,7 +282,7 @@ TEST_F(RecordReading, RefreshStaysOnItsRowOrGoesToTheFirst) {
     EXPECT_EQ(record.text(), kC);
     orders.Next(record);
     orders.Refresh(record);
-    EXPECT_EQ(record.text(), kA) << "behind the last row there was none to stay on";
+    EXPECT_EQ(record.text(), kA) << "after the last row there is no row to stay on";
   }
 }
 
@@ -296,7 +295,7 @@ TEST_F(RecordReading, LimitsTheRows) {
             "Maximum record count must be greater than zero");
   Rows whole(company(), u"@ORDERS");
   load(whole);
-  EXPECT_EQ(whole.GetRecordCount(), 3) << "the limit is that of its own query";
+  EXPECT_EQ(whole.GetRecordCount(), 3) << "another collection has no limit";
   orders.SetMaxRecordCount(-1);
   EXPECT_FALSE(orders.IsLoaded());
   load(orders);
@@ -352,8 +351,8 @@ TEST_F(RecordReading, JoinsConditionsByBracketsAndWords) {
 }
 
 TEST_F(RecordReading, NullsReadAsTheEmptyValueOfTheirColumn) {
-  Rows lines(company(), u"@ORDERS");
-  lines.Add(Record{{u"U_No", u"E"}});
+  Rows writer(company(), u"@ORDERS");
+  writer.Add(Record{{u"U_No", u"E"}});
   for (const bool keysOnly : {false, true}) {
     Rows orders(company(), u"@ORDERS");
     orders.SetKeysOnly(keysOnly);
@@ -369,7 +368,7 @@ TEST_F(RecordReading, NullsReadAsTheEmptyValueOfTheirColumn) {
   }
 }
 
-TEST_F(RecordReading, AllColumnsComeWhereNoneAreNamed) {
+TEST_F(RecordReading, AllColumnsAreReadIfNoneAreNamed) {
   Rows orders(company(), u"@ORDERS");
   orders.Load({u"Code"}, {});
   Record record;

@@ -1,5 +1,5 @@
 // Changing rows through the proxies: adding, updating and removing, by the collection and by the
-// single object, and what becomes of them in transactions.
+// single object, and the same in transactions.
 
 #include "qxframework/automation/text.h"
 #include "tests/media/company_fixture.h"
@@ -65,7 +65,7 @@ TEST_F(RecordWriting, NewRowsOfUserTablesGetTheNextCode) {
                                     "00000100|00000100|F||1899-12-30 00:00:00|0|0"));
 }
 
-TEST_F(RecordWriting, NewRowsOfHostTablesAreAsTheyAreGiven) {
+TEST_F(RecordWriting, NewRowsOfHostTablesKeepTheGivenKey) {
   Rows rows(company(), u"HVPARTN");
   rows.Add(
       Record{{u"PartnerNo", u"B1"}, {u"PartnerName", u"O'Brien & Söhne"}, {u"Balance", -1.25}});
@@ -92,7 +92,7 @@ TEST_F(RecordWriting, UpdateChangesTheRowOfTheKeyAndNothingElse) {
   }
 }
 
-TEST_F(RecordWriting, UpdateAndRemoveWantARowOfTheCursor) {
+TEST_F(RecordWriting, UpdateAndRemoveRefuseARowThatIsNotInTheCursor) {
   Rows rows(company(), u"@ORDERS");
   rows.Load({u"Code"}, {});
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
@@ -115,7 +115,7 @@ TEST_F(RecordWriting, UpdateOfNothingButTheKeyIsRefused) {
   EXPECT_THAT(orders(), ElementsAre(kA, kB, kC));
 }
 
-TEST_F(RecordWriting, UpdateLeavesTheKeyAsItIs) {
+TEST_F(RecordWriting, UpdateDoesNotChangeTheKey) {
   Rows rows(company(), u"@ORDERS");
   rows.Load({u"U_No"}, {});
   rows.Update(values({{u"U_No", u"A"}}), Record{{u"U_No", u"Z"}, {u"U_Count", 9}});
@@ -133,7 +133,7 @@ TEST_F(RecordWriting, UpdateAndRemoveChangeAllRowsOfTheirKey) {
   EXPECT_THAT(orders(), ElementsAre(kA));
 }
 
-TEST_F(RecordWriting, ValuesThatDoNotFitTheirColumnAreConvertedWithoutAWord) {
+TEST_F(RecordWriting, ValuesThatDoNotFitTheirColumnAreConvertedSilently) {
   const auto written = [&](const OLECHAR* column, const CComVariant& value) {
     Rows rows(company(), u"@ORDERS");
     rows.Add(Record{{column, value}});
@@ -183,13 +183,13 @@ TEST_F(RecordWriting, RemoveRangeDeletesAllRowsWithTheValues) {
   EXPECT_THAT(orders(), IsEmpty());
 }
 
-TEST_F(RecordWriting, RemoveRangeFindsAnAmountThoughItIsWrittenAsAText) {
+TEST_F(RecordWriting, RemoveRangeFindsAnAmountAlthoughItIsWrittenAsAText) {
   Rows rows(company(), u"@ORDERS");
   rows.RemoveRange(values({{u"U_Total", 12.5}}), {});
   EXPECT_THAT(orders(), ElementsAre(kB, kC));
 }
 
-TEST_F(RecordWriting, AnObjectReadsItsRowByConditions) {
+TEST_F(RecordWriting, ObjectReadsItsRowByConditions) {
   OneRow row;
   row.Connect(company(), u"@ORDERS", true);
   row.SetFields({u"U_No", u"U_Total"});
@@ -206,7 +206,7 @@ TEST_F(RecordWriting, AnObjectReadsItsRowByConditions) {
   EXPECT_EQ(record.named(), "U_No=B|U_Total=7.5");
 }
 
-TEST_F(RecordWriting, AnObjectRefusesNoneAndSeveralRows) {
+TEST_F(RecordWriting, ObjectRefusesConditionsOfNoRowAndOfSeveralRows) {
   OneRow row;
   row.Connect(company(), u"@ORDERS", true);
   EXPECT_EQ(failureOf([&] { row.Load(Conditions().add(u"U_No", co_Equal, u"Z").get()); }),
@@ -218,7 +218,7 @@ TEST_F(RecordWriting, AnObjectRefusesNoneAndSeveralRows) {
   EXPECT_TRUE(row.IsLoaded());
 }
 
-TEST_F(RecordWriting, AnObjectUpdatesAndRemovesItsRow) {
+TEST_F(RecordWriting, ObjectUpdatesAndRemovesItsRow) {
   OneRow row;
   row.Connect(company(), u"@ORDERS", true);
   row.SetFields({u"Code", u"U_No", u"U_Who"});
@@ -230,9 +230,9 @@ TEST_F(RecordWriting, AnObjectUpdatesAndRemovesItsRow) {
   EXPECT_TRUE(row.IsLoaded());
 }
 
-// The statement is repeated without a look at what it finds, and an empty answer is a row of empty
-// values.
-TEST_F(RecordWriting, AnObjectWhoseRowIsGoneStillExistsAndReadsAsEmpty) {
+// The object repeats its statement and does not check the number of rows; an empty result reads as
+// a row of empty values.
+TEST_F(RecordWriting, ObjectWhoseRowWasRemovedStillExistsAndReadsAsEmpty) {
   OneRow row;
   row.Connect(company(), u"@ORDERS", true);
   row.SetFields({u"Code", u"U_No", u"U_Day", u"U_Total", u"U_Count"});
@@ -248,8 +248,9 @@ TEST_F(RecordWriting, AnObjectWhoseRowIsGoneStillExistsAndReadsAsEmpty) {
   EXPECT_THAT(orders(), ElementsAre(kA, kC));
 }
 
-/// Writes the columns of its record and no others.
-class OnlyItsOwn final : public Persistence::CQXPersistentObjectProxy {
+/// A proxy whose ContainerToMap clears the row first, so that an update writes the columns of the
+/// record and no others.
+class ClearingRow final : public Persistence::CQXPersistentObjectProxy {
  public:
   void MapToContainer(const Persistence::TyFieldValues& row,
                       Persistence::CQXValueContainer& container) override {
@@ -263,6 +264,8 @@ class OnlyItsOwn final : public Persistence::CQXPersistentObjectProxy {
   using CQXPersistentObjectProxy::Load;
 };
 
+/// Loads an order under the correlation name T0 and updates it. Returns the row as it was read and
+/// the failure of the update.
 template <class Proxy>
 std::string updatedUnderACorrelationName(const CComPtr<ICompany>& company) {
   Proxy row;
@@ -276,18 +279,18 @@ std::string updatedUnderACorrelationName(const CComPtr<ICompany>& company) {
   return record.named() + " " + failure;
 }
 
-// The row that was read has names which no UPDATE can have.
-TEST_F(RecordWriting, AnObjectUnderACorrelationNameIsUpdatedByAHookThatClearsTheRow) {
+// The columns that were read have names such as "T0.Code", which an UPDATE cannot contain.
+TEST_F(RecordWriting, ObjectUnderACorrelationNameIsUpdatedOnlyIfItsHookClearsTheRow) {
   EXPECT_THAT(updatedUnderACorrelationName<OneRow>(company()),
               StartsWith("T0.Code=00000001|T0.U_Who=Ben -2000: "));
   EXPECT_THAT(orders(), ElementsAre(kA, kB, kC));
-  EXPECT_EQ(updatedUnderACorrelationName<OnlyItsOwn>(company()),
+  EXPECT_EQ(updatedUnderACorrelationName<ClearingRow>(company()),
             "T0.Code=00000001|T0.U_Who=Ben no failure");
   EXPECT_THAT(orders(), ElementsAre(kA, "00000001|00000001|B|Bea|2024-02-01 00:00:00|-0.25|2", kC));
 }
 
-// A new object stands behind the two, and it does not know the table.
-TEST_F(RecordWriting, AnObjectHasNoTableToAddToOrToGetByKeyFrom) {
+// Both operations work on a new inner object, which is not connected to the table.
+TEST_F(RecordWriting, ObjectRefusesAddAndGetByKey) {
   OneRow row;
   row.Connect(company(), u"@ORDERS", true);
   EXPECT_THAT(failureOf([&] { row.Add(Record{{u"U_No", u"X"}}); }), HasSubstr("-2000: "));
@@ -312,7 +315,7 @@ TEST_F(RecordWriting, HostTablesAreWrittenLikeUserTables) {
   EXPECT_THAT(partners(), ElementsAre("C1000|Hillside Tools|C|3.75", "C2000|Harbour|C|0"));
 }
 
-TEST_F(RecordWriting, ATransactionKeepsOrDropsAllOfIt) {
+TEST_F(RecordWriting, TransactionIsCommittedOrRolledBackAsAWhole) {
   for (const VARIANT_BOOL keep : {VARIANT_FALSE, VARIANT_TRUE}) {
     company()->StartTransaction();
     addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
@@ -320,7 +323,7 @@ TEST_F(RecordWriting, ATransactionKeepsOrDropsAllOfIt) {
     rows.Load({u"U_No"}, {});
     rows.Remove(values({{u"U_No", u"A"}}));
     rows.Update(values({{u"U_No", u"B"}}), Record{{u"U_Count", 9L}});
-    EXPECT_THAT(orders(), testing::SizeIs(3)) << "it sees its own changes";
+    EXPECT_THAT(orders(), testing::SizeIs(3)) << "the transaction reads its own changes";
     company()->EndTransaction(keep);
     if (keep == VARIANT_FALSE) {
       EXPECT_THAT(orders(), ElementsAre(kA, kB, kC));
@@ -330,7 +333,7 @@ TEST_F(RecordWriting, ATransactionKeepsOrDropsAllOfIt) {
                                     "00000003|00000003|D|Dan|2024-03-01 00:00:00|1|1"));
 }
 
-TEST_F(RecordWriting, AnotherUserSeesWhatIsCommitted) {
+TEST_F(RecordWriting, AnotherUserSeesCommittedRowsOnly) {
   const qx::test::Login other(database);
   Rows rows(other.company(), u"@ORDERS");
   rows.SetFields({u"U_No"});

@@ -1,5 +1,5 @@
-// Values at the edges: what is written is what is read back, and what cannot be written is refused.
-// Values that are drawn at random have a test of their own.
+// Values at the limits of their kind: they are read back as they were written, or the write is
+// refused. any_values_test.cc does the same with random values.
 
 #include "qxframework/automation/ole_date_time.h"
 #include "qxframework/automation/text.h"
@@ -21,7 +21,7 @@ using testing::MatchesRegex;
 
 class RoundTrip : public qx::test::CompanyFixture {
  protected:
-  /// Adds a row of one column and gives the column as it reads back.
+  /// Adds a row with a value in one column. Returns the value as it is read back, or the failure.
   std::string throughDatabase(const OLECHAR* column, const CComVariant& value) {
     Rows orders(company(), u"@ORDERS");
     const std::string failure = failureOf([&] { orders.Add(Record{{column, value}}); });
@@ -44,7 +44,7 @@ std::u16string_view textOf(const Record& record, const OLECHAR* name) {
   return qx::viewOfBstr(record.row[name].bstrVal);
 }
 
-TEST_F(RoundTrip, ALongTextComesBackWhole) {
+TEST_F(RoundTrip, LongTextIsReadBackWhole) {
   std::u16string text;
   while (text.size() < 1'000'000) text += u"it's 漢字 😀 \\ 100 % \"x\" [y]\r\n";
   Rows orders(company(), u"@ORDERS");
@@ -56,14 +56,14 @@ TEST_F(RoundTrip, ALongTextComesBackWhole) {
   EXPECT_TRUE(textOf(record, u"U_Note") == text);
 }
 
-TEST_F(RoundTrip, TheDeleteCharacterBecomesAQuote) {
+TEST_F(RoundTrip, DeleteCharacterIsReadBackAsAQuote) {
   EXPECT_EQ(throughDatabase(u"U_Who",
                             u"a\x7F"
                             u"b'c"),
             "a'b'c");
 }
 
-TEST_F(RoundTrip, TextsThatAreNoneAreRefusedAndNothingIsWritten) {
+TEST_F(RoundTrip, InvalidTextsAreRefusedAndNothingIsWritten) {
   for (const std::u16string_view text :
        {std::u16string_view(u"high\xD83D"), std::u16string_view(u"\xDE00low"),
         std::u16string_view(u"\xDE00\xD83D"), std::u16string_view(u"a\0b", 3)}) {
@@ -74,14 +74,14 @@ TEST_F(RoundTrip, TextsThatAreNoneAreRefusedAndNothingIsWritten) {
   }
 }
 
-TEST_F(RoundTrip, TextsThatAreTooLongAreRefusedAndNothingIsWritten) {
+TEST_F(RoundTrip, TooLongTextsAreRefusedAndNothingIsWritten) {
   const std::u16string text(51, u'x');
   EXPECT_THAT(throughDatabase(u"U_Who", text.c_str()), HasSubstr("-2000: "));
   EXPECT_EQ(count(), 0U);
   EXPECT_EQ(throughDatabase(u"U_Who", text.substr(1).c_str()), std::string(50, 'x'));
 }
 
-TEST_F(RoundTrip, WhatIsNoNumberIsRefusedAndNothingIsWritten) {
+TEST_F(RoundTrip, InvalidNumbersAreRefusedAndNothingIsWritten) {
   for (const double number :
        {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
         -std::numeric_limits<double>::infinity()}) {
@@ -90,7 +90,7 @@ TEST_F(RoundTrip, WhatIsNoNumberIsRefusedAndNothingIsWritten) {
   }
 }
 
-TEST_F(RoundTrip, NullAndNothingHaveNoText) {
+TEST_F(RoundTrip, NullAndEmptyVariantsAreRefused) {
   CComVariant null;
   null.vt = VT_NULL;
   EXPECT_EQ(throughDatabase(u"U_Total", null), "A value of type 1 has no text form");
@@ -106,7 +106,7 @@ TEST_F(RoundTrip, OtherKindsOfNumbersAreWrittenAsNumbers) {
   EXPECT_EQ(throughDatabase(u"U_Total", 0.000001), "1e-06");
 }
 
-TEST_F(RoundTrip, NumbersComeBackToFifteenDigitsWhateverTheirSize) {
+TEST_F(RoundTrip, NumbersOfAnySizeAreReadBackToFifteenDigits) {
   EXPECT_EQ(throughDatabase(u"U_Total", 0.123456789012345), "0.123456789012345");
   EXPECT_EQ(throughDatabase(u"U_Total", 0.12345678901234567), "0.123456789012346");
   EXPECT_EQ(throughDatabase(u"U_Total", 0.1 + 0.2), "0.3");
@@ -116,27 +116,27 @@ TEST_F(RoundTrip, NumbersComeBackToFifteenDigitsWhateverTheirSize) {
   EXPECT_EQ(throughDatabase(u"U_Total", std::numeric_limits<double>::denorm_min()), "5e-324");
 }
 
-// Its fifteen digits are above it.
-TEST_F(RoundTrip, TheLargestNumberIsRefusedAndNothingIsWritten) {
+// Rounded to 15 digits, the largest double is out of range.
+TEST_F(RoundTrip, LargestNumberIsRefusedAndNothingIsWritten) {
   EXPECT_THAT(throughDatabase(u"U_Total", std::numeric_limits<double>::max()),
               HasSubstr("-2000: the number is out of range: 1.79769313486232E+308 (line 1, "));
   EXPECT_EQ(count(), 0U);
 }
 
-TEST_F(RoundTrip, DatesAtTheEndsComeBack) {
+TEST_F(RoundTrip, DatesAtTheLimitsAreReadBackWithoutTheirTime) {
   EXPECT_EQ(throughDatabase(u"U_Day", dateValue(9999, 12, 31)), "9999-12-31 00:00:00");
   EXPECT_EQ(throughDatabase(u"U_Day", dateValue(100, 1, 1)), "0100-01-01 00:00:00");
   EXPECT_EQ(throughDatabase(u"U_Day", dateValue(2024, 2, 29)), "2024-02-29 00:00:00");
   EXPECT_EQ(throughDatabase(u"U_Day", dateValue(2024, 2, 29, 23, 59, 59)), "2024-02-29 00:00:00");
 }
 
-TEST_F(RoundTrip, TheNullDateAndDatesThatAreNoneComeBackAsTheNullDate) {
+TEST_F(RoundTrip, NullDateAndInvalidDatesAreReadBackAsTheNullDate) {
   for (const double date : {0.0, 1e9, -1e9, std::numeric_limits<double>::quiet_NaN()}) {
     EXPECT_EQ(throughDatabase(u"U_Day", CComVariant(date, VT_DATE)), "1899-12-30 00:00:00");
   }
 }
 
-TEST_F(RoundTrip, DaysThatDoNotExistAreRefusedAndNothingIsWritten) {
+TEST_F(RoundTrip, TextsThatAreNoDateAreRefusedAndNothingIsWritten) {
   for (const OLECHAR* text : {u"20240230", u"2024-02-30", u"yesterday"}) {
     EXPECT_THAT(throughDatabase(u"U_Day", text), HasSubstr("-2000: ")) << qx::toUtf8(text);
     EXPECT_EQ(count(), 0U);

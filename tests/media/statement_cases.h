@@ -1,7 +1,7 @@
 #pragma once
 
-// The statements that the framework runs, as tables: what is done, what is then run in each
-// dialect, word for word, and what the database answers.
+// The statements that the framework runs, as tables of cases: an operation, the statements that it
+// runs in each dialect, and its result.
 
 #include "tests/media/record.h"
 
@@ -14,41 +14,42 @@ class IApplication;
 
 namespace qx::test {
 
-/// One statement in the dialects; Sybase writes what MSSQL does unless told otherwise, and runs
-/// nothing for "-".
+/// One expected statement in all dialects. An empty `sybase` means the text of `mssql`; "-" means
+/// that the dialect runs no statement here.
 struct Golden {
   std::string mssql;
   std::string db2;
   std::string kordb;
   std::string sybase = {};
 
-  const std::string& of(const std::string& engine) const {
-    if (engine == "db2") return db2;
-    if (engine == "kordb") return kordb;
-    return engine == "sybase" && !sybase.empty() ? sybase : mssql;
+  const std::string& of(const std::string& dialect) const {
+    if (dialect == "db2") return db2;
+    if (dialect == "kordb") return kordb;
+    return dialect == "sybase" && !sybase.empty() ? sybase : mssql;
   }
 };
 
-/// What a case works on: orders A, B and C and their lines, host tables with two periods.
+/// The company of a case: it has the orders A, B and C, their lines and two posting periods.
 struct StatementContext {
   CComPtr<ICompany> company;
   CComPtr<IApplication> application;
-  std::string database;  ///< for what happens past the company
+  std::string database;  ///< for statements that bypass the company
 };
 
 struct StatementCase {
   std::string name;
-  /// What there is to see afterwards: rows joined by "\n".
+  /// Runs the operation and returns its result, usually the rows afterwards joined by "\n".
   std::string (*work)(const StatementContext& context);
   std::vector<Golden> statements;
   std::string answer;
-  std::map<std::string, std::string> otherAnswers = {};  ///< of engines that have another one
+  std::map<std::string, std::string> otherAnswers =
+      {};  ///< by dialect, where they differ from `answer`
 };
 
 inline void PrintTo(const StatementCase& each, std::ostream* out) { *out << each.name; }
 
-/// Rows of a collection, joined.
-std::string allOf(Rows& rows);
+/// Returns all rows of a collection, joined by "\n".
+std::string textOfAll(Rows& rows);
 
 std::vector<StatementCase> oneRowStatements();
 std::vector<StatementCase> collectionStatements();

@@ -1,5 +1,5 @@
-// The statements of sets of rows: SELECT with conditions, sort fields and limits, the row of each
-// step, and DELETE of a range.
+// The statements of collections: SELECT with conditions, sort fields and limits, the SELECT of one
+// row per step, and the DELETE of a range.
 
 #include "qxframework/query/sort_field.h"
 #include "tests/media/statement_cases.h"
@@ -21,7 +21,7 @@ std::string wholeRows(const StatementContext& context) {
   Rows rows(context.company, u"@ORDERS");
   rows.SetFields({u"U_No", u"U_Who"});
   rows.Load({u"Code"}, {});
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string keysOnly(const StatementContext& context) {
@@ -29,7 +29,7 @@ std::string keysOnly(const StatementContext& context) {
   rows.SetKeysOnly(true);
   rows.SetFields({u"U_Who"});
   rows.Load({u"U_Count", u"U_Total"}, Conditions().add(u"U_Count", co_Less, u"3", u"").get());
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string keysOnlyUnderAlias(const StatementContext& context) {
@@ -38,7 +38,7 @@ std::string keysOnlyUnderAlias(const StatementContext& context) {
   rows.SetCorrelationName(u"T0");
   rows.SetFields({u"U_No", u"U_Who"});
   rows.Load({u"U_No", u"U_Day"}, Conditions().add(u"U_No", co_Equal, u"B").get());
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string everyOperation(const StatementContext& context) {
@@ -58,7 +58,7 @@ std::string everyOperation(const StatementContext& context) {
                            .add(u"U_No", co_NotEqual, u"it's")
                            .brackets(0, 1)
                            .get());
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string byDate(const StatementContext& context) {
@@ -68,7 +68,7 @@ std::string byDate(const StatementContext& context) {
   writer.Connect(context.company, u"@ORDERS", true);
   rows.Load({u"Code"}, writer.GetConditionsFromKeyFields(
                            values({{u"U_Day", dateValue(2024, 1, 31)}}), {co_LessOrEqual}));
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string sorted(const StatementContext& context) {
@@ -76,7 +76,7 @@ std::string sorted(const StatementContext& context) {
   rows.SetFields({u"U_No"});
   rows.SetSortFields({{u"U_Count", so_Ascending}, {u"U_Day", so_Descending}});
   rows.Load({u"Code"}, {});
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string limited(const StatementContext& context) {
@@ -85,10 +85,10 @@ std::string limited(const StatementContext& context) {
   rows.SetFields({u"Code"});
   rows.SetMaxRecordCount(2);
   rows.Load({u"Code"}, {});
-  std::string text = allOf(rows);
+  std::string text = textOfAll(rows);
   rows.SetMaxRecordCount(-1);
   rows.Load({u"Code"}, {});
-  return text + "\n-\n" + allOf(rows);
+  return text + "\n-\n" + textOfAll(rows);
 }
 
 std::string repeated(const StatementContext& context) {
@@ -100,7 +100,7 @@ std::string repeated(const StatementContext& context) {
   rows.Refresh(record);
   rows.SetMaxRecordCount(1);
   rows.Load({u"CurrencyName"}, {});
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 std::string exists(const StatementContext& context) {
@@ -116,7 +116,7 @@ std::string removeRange(const StatementContext& context) {
   rows.RemoveRange(values({{u"U_Day", dateValue(2023, 12, 31)}}), {co_Equal});
   rows.SetFields({u"U_No"});
   rows.Load({u"Code"}, {});
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 const Golden kNumbersByCode = {"SELECT U_No FROM [@ORDERS]     ORDER BY Code",
@@ -209,7 +209,8 @@ std::vector<StatementCase> collectionStatements() {
          "SELECT T0.Code AS \"T0.Code\"  FROM @ORDERS T0     ORDER BY T0.Code  ",
          R"(SELECT T0."Code" AS"T0.Code" FROM "@ORDERS" T0     ORDER BY T0."Code")"}},
        "00000000\n00000001\n-\n00000000\n00000001\n00000002"},
-      // The limit of Sybase is over with the first run.
+      // A repeated statement is run again without its "SET ROWCOUNT", so Sybase applies the limit
+      // to the first run only.
       {"RepeatedWordForWord",
        &repeated,
        {limitOn("SET ROWCOUNT 1 "), kOneCurrency, limitOn("SET ROWCOUNT 0"), kOneCurrency,

@@ -52,7 +52,8 @@ std::string joinedWithConstants(const StatementContext& context) {
   return joined(context, link);
 }
 
-// A constant is quoted in its place, so the second statement of a proxy has it quoted once more.
+// A proxy quotes the constant in its stored criteria, so the next statement quotes it a second
+// time.
 std::string joinedTwiceWithAConstant(const StatementContext& context) {
   CQXLinkTableCriteria link = lines(jm_Inner);
   link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Item", CComVariant(u"I1"), co_Equal));
@@ -61,10 +62,10 @@ std::string joinedTwiceWithAConstant(const StatementContext& context) {
   rows.SetFields({u"U_No"});
   rows.AddLinkTableCriteria(link);
   rows.Load({u"Code"}, {});
-  const std::string text = allOf(rows);
+  const std::string text = textOfAll(rows);
   rows.SetMaxRecordCount(5);
   rows.Load({u"Code"}, {});
-  return text + "\n-\n" + allOf(rows);
+  return text + "\n-\n" + textOfAll(rows);
 }
 
 std::string joinedToHostTable(const StatementContext& context) {
@@ -90,14 +91,15 @@ std::string oneRowJoined(const StatementContext& context) {
   return record.of(u"T0.U_No") + "|" + record.of(u"T1.U_Item");
 }
 
-// A joined list that reads like the master's loses its comma, and no engine takes the statement.
+// If both tables select the same list of columns, the comma between the lists is missing, and every
+// engine refuses the statement.
 std::string joinedByTheSameColumns(const StatementContext& context) {
   CQXLinkTableCriteria link = lines(jm_Inner);
   link.SetFields({u"U_No"});
   return failureOf([&] { joined(context, link); }).substr(0, 7);
 }
 
-/// The join of one kind.
+/// Returns the statement of a join of the given kind.
 Golden kind(const std::string& word) {
   return {"SELECT T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   " + word +
               " JOIN [@LINES] T1 ON T0.U_No = T1.U_OrderNo   ORDER BY T0.U_No ASC",
@@ -107,8 +109,8 @@ Golden kind(const std::string& word) {
               R"( JOIN "@LINES" T1 ON T0."U_No" = T1."U_OrderNo"   ORDER BY T0."U_No" ASC)"};
 }
 
-// A number that is no kind of join leaves the word out, and three blanks in front of JOIN.
-const Golden kNoKind = {
+// An unknown kind of join has no word of its own: three blanks precede JOIN.
+const Golden kUnknownKind = {
     "SELECT T0.U_No AS'T0.U_No',T1.U_Item AS'T1.U_Item' FROM [@ORDERS] T0   JOIN [@LINES] T1 ON "
     "T0.U_No = T1.U_OrderNo   ORDER BY T0.U_No ASC",
     "SELECT T0.U_No AS \"T0.U_No\" ,T1.U_Item AS \"T1.U_Item\"  FROM @ORDERS T0   JOIN @LINES T1 "
@@ -147,7 +149,7 @@ std::vector<StatementCase> joinStatements() {
       {"LeftOuter", &joinedBy<jm_LeftOuter>, {kind("LEFT OUTER")}, "A|I1\nA|I2\nB|\nC|"},
       {"RightOuter", &joinedBy<jm_RightOuter>, {kind("RIGHT OUTER")}, "A|I1\nA|I2\n|I3"},
       {"FullOuter", &joinedBy<jm_FullOuter>, {kind("FULL OUTER")}, "A|I1\nA|I2\nB|\nC|\n|I3"},
-      {"OfNoKind", &joinedBy<etTABLE_JOIN_MODE(4)>, {kNoKind}, "A|I1\nA|I2"},
+      {"OfUnknownKind", &joinedBy<etTABLE_JOIN_MODE(4)>, {kUnknownKind}, "A|I1\nA|I2"},
       {"WrittenTwiceWithAConstant",
        &joinedTwiceWithAConstant,
        {kConstantQuotedOnce,

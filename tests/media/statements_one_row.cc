@@ -12,7 +12,7 @@ std::string orders(const StatementContext& context) {
   Rows rows(context.company, u"@ORDERS");
   rows.SetFields({u"Code", u"Name", u"U_No", u"U_Who", u"U_Day", u"U_Total", u"U_Count"});
   rows.Load({u"Code"}, {});
-  return allOf(rows);
+  return textOfAll(rows);
 }
 
 const Golden kAllOrders = {
@@ -101,8 +101,8 @@ std::string updateNothingButTheKey(const StatementContext& context) {
       .substr(0, 7);
 }
 
-/// The row of the conditions gets the count 8 and is removed by the same conditions. How that went
-/// in its first `length` letters, and the rows.
+/// Sets the count of the row of the conditions to 8, then removes the row by the same conditions.
+/// Returns the first `length` letters of the failure of the removal, and all rows.
 std::string updatedAndRemoved(const StatementContext& context, const Conditions& conditions,
                               std::size_t length) {
   OneRow row;
@@ -114,7 +114,8 @@ std::string updatedAndRemoved(const StatementContext& context, const Conditions&
   return removed + "\n" + orders(context);
 }
 
-// With its brackets the condition is not true of the row, so that it is changed but not removed.
+// The SELECT omits the brackets and finds the row. The DELETE has them, and with them the condition
+// is not true of the row: it is changed but not removed.
 std::string brackets(const StatementContext& context) {
   Conditions conditions;
   conditions.add(u"U_No", co_Equal, u"A").brackets(1, 0);
@@ -247,7 +248,7 @@ std::vector<StatementCase> oneRowStatements() {
          R"(DELETE FROM "@ORDERS"  WHERE ("U_No" = N'A' OR "U_No" = N'Z') AND "U_Who" = N'Cid')"},
         kAllOrders},
        lines({"no failure", kAOfEight, kB, kC})},
-      // A DELETE has the bracket in front of the word, which no engine takes.
+      // The DELETE writes the bracket before the word OR, which every engine refuses.
       {"BracketsOnALaterCondition",
        &bracketsOnALaterCondition,
        {{"SELECT U_Count FROM [@ORDERS]     WHERE U_No = N'A' OR U_Who = N'Zoe'",

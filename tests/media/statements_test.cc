@@ -1,5 +1,5 @@
-// Every statement that the framework runs, word for word in each dialect, and what it does on a
-// database.
+// Every statement that the framework runs, compared word for word in each dialect, and its result
+// on each engine.
 
 #include "qxframework/foundation/date_time.h"
 #include "qxframework/host/application.h"
@@ -12,7 +12,7 @@
 
 namespace qx::test {
 
-std::string allOf(Rows& rows) {
+std::string textOfAll(Rows& rows) {
   std::string text;
   for (const std::string& row : rows.all()) text += (text.empty() ? "" : "\n") + row;
   return text;
@@ -33,6 +33,7 @@ class Statements : public CompanyFixture, public testing::WithParamInterface<Sta
     addPeriod(1, 1, 31);
     addPeriod(2, 2, 29);
   }
+  /// Adds a period from the first to the last day of a month of 2024.
   void addPeriod(int entry, int month, int lastDay) {
     add(u"OFPR", Record{{u"PeriodNo", entry},
                         {u"Code", entry == 1 ? u"2024-01" : u"2024-02"},
@@ -41,28 +42,28 @@ class Statements : public CompanyFixture, public testing::WithParamInterface<Sta
                         {u"F_RefDate", dateValue(2024, month, 1)},
                         {u"T_RefDate", dateValue(2024, month, lastDay)}});
   }
-  static std::vector<std::string> expected() {
+  static std::vector<std::string> expectedTexts() {
     std::vector<std::string> texts;
     for (const Golden& each : GetParam().statements) {
-      const std::string& text = each.of(medium().engine);
+      const std::string& text = each.of(medium().dialect);
       if (text != "-") texts.push_back(text);
     }
     return texts;
   }
 
-  static const std::string& answer() {
+  static const std::string& expectedAnswer() {
     const StatementCase& each = GetParam();
-    const auto other = each.otherAnswers.find(medium().engine);
+    const auto other = each.otherAnswers.find(medium().dialect);
     return other == each.otherAnswers.end() ? each.answer : other->second;
   }
 
   StatementLog log;
 };
 
-TEST_P(Statements, AreWrittenWordForWordAndRun) {
+TEST_P(Statements, HaveTheExpectedTextAndResult) {
   const StatementContext context{spyOn(company(), &log), login->application(), database};
-  EXPECT_EQ(GetParam().work(context), answer());
-  EXPECT_THAT(log.texts, testing::ElementsAreArray(expected()));
+  EXPECT_EQ(GetParam().work(context), expectedAnswer());
+  EXPECT_THAT(log.texts, testing::ElementsAreArray(expectedTexts()));
 }
 
 const auto kName = nameOf<StatementCase>;

@@ -1,5 +1,4 @@
-// The statements of the look-ups, of the store of versions and of tables that are made by a
-// definition.
+// The statements of look-ups, of the version table and of tables that a definition creates.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
@@ -72,8 +71,9 @@ std::string versionStore(const StatementContext& context) {
   return states + stateOf(definition.tables);
 }
 
-/// What the store reads of a row of an old release, in a transaction that goes on behind it: the
-/// version, what CheckVersion says, and what is written and read in the transaction besides.
+/// Reads a row of the version table that an old release wrote, inside a transaction which must go
+/// on afterwards. Returns the version, the state from CheckVersion, the next code and the number of
+/// lines after the commit.
 std::string storedBeforeEmergencyFixes(const StatementContext& context,
                                        std::string (*change)(const std::string& table)) {
   Definition definition(context);
@@ -101,8 +101,8 @@ std::string withoutEmergencyFixColumn(const StatementContext& context) {
   });
 }
 
-// DB2 and KORDB have no GETDATE(), and refuse the second row. That ends the rows, the first one
-// stays, and the run goes on.
+// DB2 and KORDB have no GETDATE() and refuse the second row. The first row stays, and the rest of
+// the definition is run.
 std::string definedTableWithTime(const StatementContext& context) {
   Definition definition(context);
   std::string result = std::to_string(definition.tables.Create(101, true, definition.version));
@@ -128,7 +128,7 @@ std::string definedTable(const StatementContext& context) {
   return result;
 }
 
-/// The newest row of an extension.
+/// Returns the statement that reads the newest row of an extension.
 Golden versionOf(const std::string& extension) {
   return {"select U_Version, U_Status from [@QXEXTDBVERSION] where U_ExtID = '" + extension +
               "' order by Code desc",

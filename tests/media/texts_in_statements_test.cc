@@ -1,8 +1,9 @@
-// Texts that a statement could stumble over, wherever a text stands in one: what is written, what
-// is looked for and what is joined or removed by.
+// Texts that are hard to quote, in every place of a statement that takes a text: new values,
+// conditions, keys, constants of joins and the conditions of a removal.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/query/link_criteria.h"
+#include "testing/cases.h"
 #include "tests/media/company_fixture.h"
 #include "tests/media/hostile_values.h"
 
@@ -46,8 +47,8 @@ CComVariant variantOf(std::u16string_view text) { return CComVariant(text); }
 
 class TextsInStatements : public qx::test::CompanyFixture {
  protected:
-  /// @ORDERS: a row whose Note is the text, and one whose Note is another.
-  void begin(std::u16string_view text) {
+  /// Fills @ORDERS with two rows: "it", whose Note is the text, and "other", whose Note is "other".
+  void makeRows(std::u16string_view text) {
     Rows rows(company(), u"@ORDERS");
     rows.RemoveRange(values({{u"U_Count", 1L}}), {});
     rows.Add(Record{{u"U_No", u"it"}, {u"U_Note", variantOf(text)}, {u"U_Count", 1L}});
@@ -59,7 +60,7 @@ class TextsInStatements : public qx::test::CompanyFixture {
     rows.Load({u"U_No"}, conditions);
     return rows.all();
   }
-  /// One line, with the orders whose Note is the constant of the join.
+  /// Returns one line joined to the orders whose Note is the text, a constant of the join.
   std::vector<std::string> joinedBy(std::u16string_view text) const {
     Rows lines(company(), u"@LINES");
     lines.RemoveRange(values({{u"U_OrderNo", u"line"}}), {});
@@ -74,15 +75,16 @@ class TextsInStatements : public qx::test::CompanyFixture {
     joined.Load({u"Code"}, {});
     return joined.all();
   }
-  /// As the row reads, which is how it is to be found in the cursor.
+  /// Returns the Note of the row as it is read back: a search in the cursor compares with that.
   static Persistence::TyFieldValues keyOf(std::u16string_view text) {
     return values({{u"U_Note", variantOf(asReadBack(std::u16string(text)))}});
   }
+  /// Calls `check` with each of kTexts, after makeRows() with it.
   template <class Check>
   void withEachText(Check check) {
     for (const std::u16string_view text : kTexts) {
       SCOPED_TRACE(qx::toUtf8(text));
-      begin(text);
+      makeRows(text);
       check(text);
     }
   }
@@ -125,7 +127,7 @@ TEST_F(TextsInStatements, AreFoundByConditions) {
   });
 }
 
-// A bracket is the one character of the texts that means something in a pattern.
+// Brackets are skipped: among these texts they alone have a meaning in a pattern.
 TEST_F(TextsInStatements, AreFoundByPatterns) {
   withEachText([&](std::u16string_view text) {
     if (text == u"[x]") return;
@@ -135,7 +137,7 @@ TEST_F(TextsInStatements, AreFoundByPatterns) {
   });
 }
 
-TEST_F(TextsInStatements, AreFoundInTheCursor) {
+TEST_F(TextsInStatements, AreFoundByTheCursor) {
   withEachText([&](std::u16string_view text) {
     for (const bool keysOnly : {false, true}) {
       Rows rows(company(), u"@ORDERS");
@@ -152,7 +154,7 @@ TEST_F(TextsInStatements, AreFoundInTheCursor) {
   });
 }
 
-TEST_F(TextsInStatements, AreKeysThatExist) {
+TEST_F(TextsInStatements, ExistAsKeys) {
   withEachText([&](std::u16string_view text) {
     Rows rows(company(), u"@ORDERS");
     rows.Load({u"U_Note"}, {});
@@ -161,16 +163,16 @@ TEST_F(TextsInStatements, AreKeysThatExist) {
   });
 }
 
-TEST_F(TextsInStatements, AreConstantsOfJoins) {
+TEST_F(TextsInStatements, SelectRowsAsConstantsOfJoins) {
   withEachText(
       [&](std::u16string_view text) { EXPECT_THAT(joinedBy(text), ElementsAre("line|it")); });
 }
 
-TEST_F(TextsInStatements, AreKeysByWhichRowsAreRemoved) {
+TEST_F(TextsInStatements, RemoveRowsAsKeys) {
   withEachText([&](std::u16string_view text) {
     Rows(company(), u"@ORDERS").RemoveRange(values({{u"U_Note", variantOf(text)}}), {});
     EXPECT_THAT(numbers(), ElementsAre("other"));
-    begin(text);
+    makeRows(text);
     Rows rows(company(), u"@ORDERS");
     rows.SetFields({u"U_No", u"U_Note"});
     rows.Load({u"U_Note"}, {});
@@ -179,10 +181,12 @@ TEST_F(TextsInStatements, AreKeysByWhichRowsAreRemoved) {
   });
 }
 
-TEST_F(TextsInStatements, MayHaveAMillionUnits) {
+// QX_TEST_CASES_FACTOR=10 makes it a million UTF-16 units.
+TEST_F(TextsInStatements, MayBeVeryLong) {
+  const std::size_t length = qx::test::cases(100'000);
   std::u16string text;
-  while (text.size() < 1'000'000) text += u"it's 漢字 😀 \\ 100 \"x\" -- y\r\n";
-  begin(u"short");
+  while (text.size() < length) text += u"it's 漢字 😀 \\ 100 \"x\" -- y\r\n";
+  makeRows(u"short");
   Rows rows(company(), u"@ORDERS");
   rows.SetFields({u"U_No", u"U_Note"});
   rows.Load({u"U_No"}, {});
@@ -205,17 +209,19 @@ TEST_F(TextsInStatements, MayHaveAMillionUnits) {
   EXPECT_THAT(numbers(), ElementsAre("other"));
 }
 
-// ---- texts that are none
+// ---- texts that no database stores
 
-class TextsThatAreNone : public TextsInStatements {
+class InvalidTexts : public TextsInStatements {
  protected:
-  TextsThatAreNone() { begin(u"kept"); }
+  InvalidTexts() { makeRows(u"kept"); }
+  /// Fails a test that has changed a row.
   void TearDown() override {
     Rows rows(company(), u"@ORDERS");
     rows.SetFields({u"U_No", u"U_Note"});
     rows.Load({u"U_No"}, {});
     EXPECT_THAT(rows.all(), ElementsAre("it|kept", "other|other"));
   }
+  /// Expects that `work` is refused for each invalid text.
   template <class Work>
   static void expectRefused(Work work) {
     for (const std::u16string_view text :
@@ -228,7 +234,7 @@ class TextsThatAreNone : public TextsInStatements {
   }
 };
 
-TEST_F(TextsThatAreNone, AreRefusedInUpdates) {
+TEST_F(InvalidTexts, AreRefusedInUpdates) {
   expectRefused([&](std::u16string_view text) {
     Rows rows(company(), u"@ORDERS");
     rows.Load({u"U_No"}, {});
@@ -242,13 +248,13 @@ TEST_F(TextsThatAreNone, AreRefusedInUpdates) {
   });
 }
 
-TEST_F(TextsThatAreNone, AreRefusedInConditionsOfRowsThatAreRemoved) {
+TEST_F(InvalidTexts, AreRefusedInRemovals) {
   expectRefused([&](std::u16string_view text) {
     Rows(company(), u"@ORDERS").RemoveRange(values({{u"U_Note", variantOf(text)}}), {});
   });
 }
 
-TEST_F(TextsThatAreNone, AreRefusedInJoins) {
+TEST_F(InvalidTexts, AreRefusedInJoins) {
   expectRefused([&](std::u16string_view text) {
     CQXLinkTableCriteria link(u"@LINES", u"T1", Persistence::jm_LeftOuter, true);
     link.AddLinkFieldCriteria(CQXLinkFieldCriteria(u"U_Item", variantOf(text), co_Equal));
@@ -259,7 +265,7 @@ TEST_F(TextsThatAreNone, AreRefusedInJoins) {
   });
 }
 
-TEST_F(TextsThatAreNone, AreFoundNowhere) {
+TEST_F(InvalidTexts, AreNotFound) {
   Rows rows(company(), u"@ORDERS");
   rows.Load({u"U_Note"}, {});
   Record record;
@@ -270,8 +276,8 @@ TEST_F(TextsThatAreNone, AreFoundNowhere) {
   }
 }
 
-// A search in the cursor compares up to a zero character; a statement has the whole text.
-TEST_F(TextsThatAreNone, WithAZeroCharacterFindWhatStandsInFrontOfIt) {
+// A search in the cursor compares up to the first zero character; a statement takes the whole text.
+TEST_F(InvalidTexts, AreFoundByThePartBeforeAZeroCharacter) {
   Rows rows(company(), u"@ORDERS");
   rows.Load({u"U_Note"}, {});
   const auto key = values({{u"U_Note", variantOf(std::u16string_view(u"kept\0x", 6))}});
@@ -281,8 +287,9 @@ TEST_F(TextsThatAreNone, WithAZeroCharacterFindWhatStandsInFrontOfIt) {
   EXPECT_FALSE(rows.Exists(key));
 }
 
-// The setters of a condition take the text to its end, which a zero character is.
-TEST_F(TextsThatAreNone, AreRefusedInConditions) {
+// A text with a zero character cannot be tested here: the setters of a condition take a
+// zero-terminated text.
+TEST_F(InvalidTexts, AreRefusedInConditions) {
   for (const Persistence::HvConditionOperation operation : {co_Equal, co_Like}) {
     for (const OLECHAR* text : {u"high\xD83D", u"\xDE00low", u"\xDE00\xD83D"}) {
       EXPECT_THAT(failureOf([&] { numbers(Conditions().add(u"U_Note", operation, text).get()); }),

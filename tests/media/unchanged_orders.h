@@ -1,6 +1,6 @@
 #pragma once
 
-// Two orders that a test must leave as they are, whatever it asks for.
+// A fixture for statements that must be refused: it checks that two orders are unchanged.
 
 #include "tests/media/company_fixture.h"
 
@@ -11,7 +11,7 @@
 
 namespace qx::test {
 
-/// Fails the test behind which the orders are others, or a partner is missing.
+/// Fails a test after which the orders have changed or a partner is missing.
 class UnchangedOrders : public CompanyFixture {
  protected:
   UnchangedOrders() {
@@ -22,7 +22,7 @@ class UnchangedOrders : public CompanyFixture {
     EXPECT_THAT(orders(),
                 testing::ElementsAre("00000000|00000000|A|Ann|2024-01-31 00:00:00|12.5|3|",
                                      "00000001|00000001|B|Ben|2024-02-01 00:00:00|-0.25|2|"))
-        << "nothing was changed";
+        << "a refused statement changed an order";
     EXPECT_EQ(login->rows(u"SELECT * FROM HVPARTN").size(), 3U);
   }
   std::vector<std::string> orders() const {
@@ -30,7 +30,7 @@ class UnchangedOrders : public CompanyFixture {
     rows.Load({u"Code"}, {});
     return rows.all();
   }
-  /// What becomes of a query by Code.
+  /// Returns the failure of a query by Code, "no failure" if it succeeds.
   std::string loading(const OLECHAR* table, const Columns& fields,
                       const qx_ptr<Persistence::CConditions>& conditions = {}) const {
     Rows rows(company(), table);

@@ -1,5 +1,5 @@
-// What a user or an administrator can get wrong: the company's file, the registry, the connection
-// string. The result of Connect and the words that the user sees are the same each time.
+// Mistakes of users and administrators in the company's file, the registry and the connection
+// string: the result of Connect, and the message to the user or to the developer.
 
 #include "qxframework/automation/registry.h"
 #include "qxframework/logging/result_names.h"
@@ -35,7 +35,7 @@ using testing::StartsWith;
 
 constexpr char kNotStarted[] = "\"Initialization failed\" [OK] -> 1\n";
 
-/// The file that an add-on has started on once.
+/// Creates a company file on which an add-on has started once. Returns its path.
 std::filesystem::path preparedCompany(const TempFolder& folder) {
   const auto file = folder.path() / "company.db";
   EmbeddedClient desk(file);
@@ -53,9 +53,9 @@ void overwrite(const std::filesystem::path& file, std::streamoff from, std::size
 
 struct BadFile {
   std::string name;
-  /// Makes the bad thing in the folder; gives its path.
+  /// Creates the bad file in the folder and returns its path.
   std::filesystem::path (*make)(const TempFolder& folder);
-  /// What the box says, "%" for the path.
+  /// The text of the message box; "%" stands for the path.
   std::string text;
   friend std::ostream& operator<<(std::ostream& out, const BadFile& file) {
     return out << file.name;
@@ -124,7 +124,7 @@ const BadFile kBadFiles[] = {
 
 class CompanyFile : public testing::TestWithParam<BadFile> {};
 
-TEST_P(CompanyFile, IsToldToTheUserAndTheAddOnDoesNotStart) {
+TEST_P(CompanyFile, IsReportedToTheUserAndTheAddOnDoesNotStart) {
   const TempFolder folder;
   const std::filesystem::path file = GetParam().make(folder);
   EmbeddedClient desk(file);
@@ -139,7 +139,7 @@ TEST_P(CompanyFile, IsToldToTheUserAndTheAddOnDoesNotStart) {
 
 INSTANTIATE_TEST_SUITE_P(Bad, CompanyFile, testing::ValuesIn(kBadFiles), qx::test::nameOf<BadFile>);
 
-TEST(ReadOnlyCompany, ThatIsInOrderLetsTheAddOnStart) {
+TEST(ReadOnlyCompany, LetsTheAddOnStartWithTheFrameworksTables) {
   const TempFolder folder;
   const auto file = preparedCompany(folder);
   SqliteFile(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
@@ -154,7 +154,7 @@ TEST(ReadOnlyCompany, ThatIsInOrderLetsTheAddOnStart) {
   EXPECT_EQ(desk.boxes(), "");
 }
 
-TEST(ReadOnlyCompany, WithoutTheFrameworksTablesStillLoadsTheAddOn) {
+TEST(ReadOnlyCompany, LoadsTheAddOnWithoutTheFrameworksTables) {
   const TempFolder folder;
   const auto file = preparedCompany(folder);
   SqliteFile(file).execute("DELETE FROM \"@QXEXTDBVERSION\"; PRAGMA wal_checkpoint(TRUNCATE)");
@@ -169,7 +169,7 @@ TEST(ReadOnlyCompany, WithoutTheFrameworksTablesStillLoadsTheAddOn) {
   EXPECT_THAT(record.lines, ElementsAre("OnApplicationLoad"));
 }
 
-TEST(LockedCompany, IsWaitedForAndThenToldToTheUser) {
+TEST(LockedCompany, IsReportedToTheUserAfterAWait) {
   const TempFolder folder;
   const auto file = preparedCompany(folder);
   SqliteFile other(file);
@@ -186,7 +186,7 @@ TEST(LockedCompany, IsWaitedForAndThenToldToTheUser) {
   EXPECT_GE(SkippedPauses::milliseconds(), 10'000);
 }
 
-TEST(LockedCompany, ThatIsReleasedMeanwhileStarts) {
+TEST(LockedCompany, LetsTheAddOnStartIfReleasedDuringTheWait) {
   const TempFolder folder;
   const auto file = preparedCompany(folder);
   auto other = std::make_unique<SqliteFile>(file);
@@ -199,7 +199,7 @@ TEST(LockedCompany, ThatIsReleasedMeanwhileStarts) {
   EXPECT_EQ(other, nullptr);
 }
 
-/// Runs a statement as an add-on does; the text of GetLastError when it is refused.
+/// Runs a statement as an add-on does. Returns the text of GetLastError if it fails, else "".
 std::string query(ICompany* company, const std::u16string& sql) {
   try {
     CComQIPtr<IRecordset>(company->GetBusinessObject(qx::kRecordset))->DoQuery(CComBSTR(sql));
@@ -226,7 +226,7 @@ TEST(LockedCompany, RefusesAStatementOfARunningAddOnAndServesTheNext) {
   EXPECT_EQ(query(run.record.company, insert), "");
 }
 
-TEST(VanishedCompany, IsToldByTheNextStatementAndTheClientGoesOn) {
+TEST(VanishedCompany, FailsTheNextStatementAndTheClientContinues) {
   RunningAddOn run;
   EXPECT_EQ(query(run.record.company, u"select Currency from HVCURR"), "");
   std::filesystem::remove(run.file);
@@ -239,7 +239,7 @@ TEST(VanishedCompany, IsToldByTheNextStatementAndTheClientGoesOn) {
   EXPECT_EQ(query(run.record.company, u"select Currency from HVCURR"), "");
 }
 
-TEST(HeldProgressBar, IsWaitedForHalfAnHourAndTheAddOnLoadsWithoutTables) {
+TEST(HeldProgressBar, DelaysTheStartByHalfAnHourAndTheAddOnLoadsWithoutTables) {
   const TempFolder folder;
   EmbeddedClient desk(folder.path() / "company.db", {"mssql", "&progress=shared", 0});
   qx::NamedMutex other(u"HalvexProgressBar" + qx::toUtf16(std::to_string(desk.appId())));
@@ -255,7 +255,7 @@ TEST(HeldProgressBar, IsWaitedForHalfAnHourAndTheAddOnLoadsWithoutTables) {
   other.unlock();
 }
 
-/// One attempt to connect when there may be no host at all.
+/// Connects an add-on, possibly without a host, and keeps the result and the messages.
 struct Attempt {
   explicit Attempt(const std::u16string& connection) {
     const MessageRecorder recorder;
@@ -274,7 +274,7 @@ struct Attempt {
   std::vector<std::string> lines;
 };
 
-TEST(Registry, ThatIsMissingLeavesABoxAndAConnectionWithoutASink) {
+TEST(Registry, MissingFileIsReportedAndConnectSucceedsWithoutASink) {
   const TempFolder folder;
   const auto file = folder.path() / "registry.toml";
   const RegistryInUse registry(file);
@@ -287,7 +287,7 @@ TEST(Registry, ThatIsMissingLeavesABoxAndAConnectionWithoutASink) {
                                          "0x80040154)"));
 }
 
-TEST(Registry, ThatIsBrokenSaysWhere) {
+TEST(Registry, SyntaxErrorIsReportedWithItsLine) {
   const TempFolder folder;
   const auto file = folder.write("registry.toml", "# classes\n[\"HKEY_CLASSES_ROOT\\\\CLSID\"\n");
   const RegistryInUse registry(file);
@@ -299,7 +299,7 @@ TEST(Registry, ThatIsBrokenSaysWhere) {
                                          "0x80040154)"));
 }
 
-TEST(Registry, WithAValueThatMakesNoSenseSaysWhereAndCountsForTheRest) {
+TEST(Registry, InvalidValueIsReportedWithItsLineAndTheRestIsUsed) {
   const TempFolder folder;
   std::ifstream build(qx::test::buildRegistry());
   const std::string rest((std::istreambuf_iterator<char>(build)), {});
@@ -322,7 +322,7 @@ TEST(Registry, WithAValueThatMakesNoSenseSaysWhereAndCountsForTheRest) {
   EXPECT_THAT(record.lines, ElementsAre("OnApplicationLoad"));
 }
 
-TEST(Registry, ThatNamesALibraryThatDoesNotLoadSaysWhyToTheDeveloper) {
+TEST(Registry, LibraryThatDoesNotLoadIsTracedWithTheReason) {
   const TempFolder folder;
   folder.write("libbroken.so", "no library");
   const RegistryInUse registry(folder.write(
@@ -338,7 +338,7 @@ TEST(Registry, ThatNamesALibraryThatDoesNotLoadSaysWhyToTheDeveloper) {
                         (folder.path() / "libbroken.so").string()));
 }
 
-TEST(Registry, WithoutTheCompanysClassTellsTheUserThatThereIsNoAnswer) {
+TEST(Registry, MissingClassOfTheCompanyIsReportedAsNoResponse) {
   const TempFolder folder;
   const RegistryInUse registry(folder.write(
       "registry.toml",
@@ -357,7 +357,7 @@ TEST(Registry, WithoutTheCompanysClassTellsTheUserThatThereIsNoAnswer) {
 struct BadString {
   std::string name;
   std::u16string connection;
-  std::string told;  // to the developer
+  std::string traced;  // the end of the message to the developer
   friend std::ostream& operator<<(std::ostream& out, const BadString& string) {
     return out << string.name;
   }
@@ -383,20 +383,20 @@ const BadString kBadStrings[] = {
 
 class ConnectionText : public testing::TestWithParam<BadString> {};
 
-TEST_P(ConnectionText, IsRefusedAndExplainedToTheDeveloper) {
+TEST_P(ConnectionText, IsRefusedAndTracedWithItsPosition) {
   const Attempt attempt(GetParam().connection);
   EXPECT_EQ(attempt.result, -7200);
   EXPECT_FALSE(attempt.hasSink);
   EXPECT_THAT(attempt.boxes,
               ElementsAre("Connection to UI-API Error: Connection string not valid"));
-  EXPECT_EQ(attempt.trace, "connection string, character " + GetParam().told + "\n");
+  EXPECT_EQ(attempt.trace, "connection string, character " + GetParam().traced + "\n");
   EXPECT_THAT(attempt.lines, IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Bad, ConnectionText, testing::ValuesIn(kBadStrings),
                          qx::test::nameOf<BadString>);
 
-TEST(PlayScript, ThatMakesNoSenseRefusesTheConnection) {
+TEST(PlayScript, UnknownActionRefusesTheConnection) {
   const TempFolder folder;
   const auto script = folder.write("play.txt", "open 3101\njump high\n");
   const Attempt attempt(u"embedded:?db=" + qx::toUtf16((folder.path() / "company.db").string()) +

@@ -1,5 +1,5 @@
-// The events of a running client on their way to the add-on: each kind reaches the hook that it
-// belongs to, in the order form first, add-on second, and a veto reaches the client.
+// The events of a running client: each kind calls its hooks, the form's before the add-on's, and a
+// veto of a hook keeps the client from the action.
 
 #include "qxframework/os/message_loop.h"
 #include "testing/param_name.h"
@@ -28,7 +28,8 @@ long veto(short* bubble) {
 
 class Events : public testing::Test, protected RunningAddOn {
  protected:
-  /// An order form that the add-on has attached to.
+  Events() { EXPECT_EQ(result, S_OK); }
+  /// Opens an order form, to which the add-on attaches. Returns its UID.
   std::string openOrder() {
     std::string uid = desk.openForm(kOrder);
     record.take();
@@ -36,12 +37,12 @@ class Events : public testing::Test, protected RunningAddOn {
   }
 };
 
-TEST_F(Events, AFormLoadReachesTheAddOnAfterTheActionOnly) {
+TEST_F(Events, FormLoadReachesTheAddOnAfterTheActionOnly) {
   desk.openForm(kOrder);
   EXPECT_THAT(record.take(), ElementsAre("OnFormLoad 3101", "Form.OnInitForm"));
 }
 
-TEST_F(Events, AnItemEventReachesItsFormBeforeAndAfterTheAction) {
+TEST_F(Events, ItemEventReachesItsFormBeforeAndAfterTheAction) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.type(form, kCustomer, "C"));
   EXPECT_THAT(record.take(),
@@ -51,7 +52,7 @@ TEST_F(Events, AnItemEventReachesItsFormBeforeAndAfterTheAction) {
               ElementsAre("Form.OnItemEvent 10 '4' before", "Form.OnItemEvent 10 '4' after"));
 }
 
-TEST_F(Events, AVetoKeepsTheClientFromTheActionAndFromTheSecondEvent) {
+TEST_F(Events, VetoPreventsTheActionAndTheEventAfterIt) {
   const std::string form = openOrder();
   record.hooks["Form.OnItemEvent"] = veto;
   EXPECT_FALSE(desk.press(form, kOkButton));
@@ -59,7 +60,7 @@ TEST_F(Events, AVetoKeepsTheClientFromTheActionAndFromTheSecondEvent) {
   EXPECT_THAT(desk.forms(), HasSubstr(form + " 3101"));
 }
 
-TEST_F(Events, TheFormIsDeletedWhenTheClientHasUnloadedIt) {
+TEST_F(Events, FormIsDeletedAfterTheClientHasUnloadedIt) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.closeForm(form));
   const auto lines = record.take();
@@ -69,36 +70,38 @@ TEST_F(Events, TheFormIsDeletedWhenTheClientHasUnloadedIt) {
   EXPECT_THAT(desk.forms(), Not(HasSubstr(form)));
 }
 
-TEST_F(Events, AMenuEventReachesTheSelectedFormAndThenTheAddOn) {
+TEST_F(Events, MenuEventReachesTheSelectedFormAndThenTheAddOn) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.pickMenu("1282"));
   EXPECT_THAT(record.take(), ElementsAre("Form.OnMenuEvent 1282 before", "OnMenuEvent 1282 before",
                                          "Form.OnMenuEvent 1282 after", "OnMenuEvent 1282 after"));
 }
 
-TEST_F(Events, AMenuEventThatTheFormVetoesDoesNotReachTheAddOn) {
+TEST_F(Events, MenuEventWithAVetoOfTheFormDoesNotReachTheAddOn) {
   const std::string form = openOrder();
   record.hooks["Form.OnMenuEvent"] = veto;
   EXPECT_FALSE(desk.pickMenu("1282"));
   EXPECT_THAT(record.take(), ElementsAre("Form.OnMenuEvent 1282 before"));
 }
 
-TEST_F(Events, TheLogSettingsEntryIsTheFrameworksOwn) {
+// This program registers no form for the log settings, so the framework's handler logs a failure.
+TEST_F(Events, LogSettingsEntryIsHandledByTheFramework) {
   desk.pickMenu(kCommonEntry);
   EXPECT_THAT(record.take(), IsEmpty());
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"Failed to create instance of CFrmLogSettings.\n"));
 }
 
-TEST_F(Events, AStatusBarMessageReachesTheAddOnWithItsType) {
+TEST_F(Events, StatusBarMessageReachesTheAddOnWithItsType) {
   desk.status("Posted", smt_Warning);
   EXPECT_THAT(record.take(), ElementsAre("OnStatusBarEvent 1 'Posted'"));
 }
 
-TEST_F(Events, AProgressBarEventReachesTheAddOnWithoutAnObjectThatIsNoMenuEvent) {
+TEST_F(Events, ProgressBarEventReachesTheAddOnWithANullMenuEvent) {
   EXPECT_TRUE(desk.progressBar());
   EXPECT_THAT(record.take(), ElementsAre("OnProgressBarEvent null", "OnProgressBarEvent null"));
 }
 
-TEST_F(Events, APrintEventReachesTheAddOnWhichMayVetoIt) {
+TEST_F(Events, PrintEventReachesTheAddOnWhichMayVetoIt) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.print(form));
   EXPECT_THAT(record.take(), ElementsAre("OnPrintEvent", "OnPrintEvent"));
@@ -107,7 +110,7 @@ TEST_F(Events, APrintEventReachesTheAddOnWhichMayVetoIt) {
   EXPECT_THAT(record.take(), ElementsAre("OnPrintEvent"));
 }
 
-TEST_F(Events, AReportDataEventReachesTheAddOnWhichMayVetoIt) {
+TEST_F(Events, ReportDataEventReachesTheAddOnWhichMayVetoIt) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.reportData(form));
   EXPECT_THAT(record.take(), ElementsAre("OnReportDataEvent", "OnReportDataEvent"));
@@ -116,7 +119,7 @@ TEST_F(Events, AReportDataEventReachesTheAddOnWhichMayVetoIt) {
   EXPECT_THAT(record.take(), ElementsAre("OnReportDataEvent"));
 }
 
-TEST_F(Events, ARightClickReachesTheSelectedFormAndThenTheAddOn) {
+TEST_F(Events, RightClickReachesTheSelectedFormAndThenTheAddOn) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.rightClick(form, kCustomer));
   EXPECT_THAT(record.take(),
@@ -124,7 +127,7 @@ TEST_F(Events, ARightClickReachesTheSelectedFormAndThenTheAddOn) {
                           "Form.OnRightClickEvent 4 after", "OnRightClickEvent 4 after"));
 }
 
-TEST_F(Events, FormDataReachTheFormAndNotTheAddOn) {
+TEST_F(Events, FormDataEventReachesTheFormAndNotTheAddOn) {
   const std::string form = openOrder();
   EXPECT_TRUE(desk.formData(form, "17", "KEY"));
   EXPECT_THAT(record.take(), ElementsAre("Form.OnFormDataEvent 17 KEY before",
@@ -133,7 +136,7 @@ TEST_F(Events, FormDataReachTheFormAndNotTheAddOn) {
   EXPECT_FALSE(desk.formData(form, "17", "KEY"));
 }
 
-TEST_F(Events, ALanguageChangeReachesTheAddOnAndBuildsTheCommonMenuAnew) {
+TEST_F(Events, LanguageChangeReachesTheAddOnAndRebuildsTheCommonMenu) {
   const std::string menus = desk.menus();
   desk.changeLanguage(ln_German);
   EXPECT_THAT(record.take(), ElementsAre("OnChangeLanguage"));
@@ -146,7 +149,7 @@ TEST_F(Events, ALanguageChangeReachesTheAddOnAndBuildsTheCommonMenuAnew) {
   EXPECT_FALSE(log.has(u"Failed to create add-on menu tree!"));
 }
 
-TEST_F(Events, ACompanyChangeConnectsTheNewCompanyAndPreparesIt) {
+TEST_F(Events, CompanyChangeConnectsAndPreparesTheNewCompany) {
   const std::string menus = desk.menus();
   const std::string before = qx::test::dumpOf(file);
   const auto other = folder.path() / "other.db";
@@ -161,7 +164,7 @@ TEST_F(Events, ACompanyChangeConnectsTheNewCompanyAndPreparesIt) {
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Company changed.\n"));
 }
 
-TEST_F(Events, ACompanyThatCannotBeOpenedIsToldAndTheNextChangeWorks) {
+TEST_F(Events, CompanyThatCannotBeOpenedIsReportedAndTheNextChangeWorks) {
   desk.changeCompany(folder.path() / "missing" / "company.db");
   EXPECT_THAT(record.take(), IsEmpty());
   EXPECT_THAT(desk.boxes(), HasSubstr("The folder of the company database"));
@@ -169,7 +172,7 @@ TEST_F(Events, ACompanyThatCannotBeOpenedIsToldAndTheNextChangeWorks) {
   EXPECT_THAT(record.take(), ElementsAre("OnChangeCompany"));
 }
 
-/// The ways in which the client ends an add-on.
+/// A way in which the client ends an add-on.
 struct Stop {
   std::string name;
   void (qx::test::EmbeddedClient::*act)();
@@ -178,7 +181,7 @@ struct Stop {
 
 class Stopping : public testing::TestWithParam<Stop>, protected RunningAddOn {};
 
-TEST_P(Stopping, EndsTheAddOnItsMenuItsEventsAndItsMessageLoop) {
+TEST_P(Stopping, EndsTheMenuTheEventsAndTheMessageLoopOfTheAddOn) {
   addOn.SetWndHandle(CreateMessageWindow({}));
   const std::string form = desk.openForm(kOrder);
   record.take();
@@ -189,7 +192,7 @@ TEST_P(Stopping, EndsTheAddOnItsMenuItsEventsAndItsMessageLoop) {
   EXPECT_THAT(desk.menus(), Not(HasSubstr(kCommonEntry)));
   EXPECT_EQ(desk.sinks(), 0);
   desk.press(form, kOkButton);
-  desk.status("Nobody listens", smt_None);
+  desk.status("After the end", smt_None);
   EXPECT_THAT(record.take(), IsEmpty());
 }
 

@@ -1,4 +1,4 @@
-// The smallest example, from its start to its end, with a user who reads his actions from a file.
+// The smallest example, from its start to its end, with the actions of the user read from a file.
 
 #include "testing/child_process.h"
 #include "testing/engines.h"
@@ -9,10 +9,11 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+
 namespace {
 
 using qx::test::ChildProcess;
-using qx::test::contentOfExisting;
 using qx::test::Engine;
 using testing::ElementsAre;
 
@@ -32,16 +33,16 @@ class Hello : public testing::TestWithParam<Engine> {
   std::filesystem::path file = folder.path() / "company.db";
 };
 
-TEST_P(Hello, GreetsGuardsTheOrderAndLeavesTheClientAsItWas) {
-  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
+TEST_P(Hello, SecondRunPrintsTheSameAndChangesNothing) {
+  EXPECT_EQ(run(), qx::test::contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_THAT(qx::test::rowsOf(file, "SELECT Code, U_Who FROM \"@HELLO\""),
               ElementsAre("00000000|World"));
   const std::string before = qx::test::dumpOf(file);
-  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(run(), qx::test::contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_EQ(qx::test::dumpOf(file), before);
 }
 
-TEST_P(Hello, SaysWithoutACompanyThatItCannotStart) {
+TEST_P(Hello, WithoutACompanyEndsWithOneAndPrintsNothing) {
   ChildProcess hello({qx::test::buildProgram("hello").string(), "embedded:?engine=oldsql"}, {});
   EXPECT_EQ(hello.wait(), 1);
   EXPECT_EQ(hello.rest(), "");

@@ -1,5 +1,5 @@
-// An add-on whose hooks throw whatever they like: the client does not notice, the add-on stays
-// registered, and the next event reaches it.
+// An add-on whose hooks throw exceptions of any type: the exception does not reach the client, the
+// add-on stays registered, and the next event calls the hook again.
 
 #include "qxframework/automation/com_error.h"
 #include "testing/param_name.h"
@@ -17,8 +17,8 @@ using qx::test::RecordingAddOn;
 using qx::test::RecordingLogger;
 using qx::test::RunningAddOn;
 
-/// What an add-on may throw that is no exception of anybody's.
-struct ForeignThing {};
+/// A thrown type that is derived from no exception class.
+struct UnknownException {};
 
 struct Thrower {
   std::string name;
@@ -32,12 +32,13 @@ const Thrower kThrowers[] = {
     {"Int", [](short*) -> long { throw 42; }},
     {"StdException", [](short*) -> long { throw std::runtime_error("no"); }},
     {"ComError", [](short*) -> long { throw _com_error(E_FAIL); }},
-    {"ForeignStruct", [](short*) -> long { throw ForeignThing(); }},
+    {"ForeignStruct", [](short*) -> long { throw UnknownException(); }},
 };
 
 class ThrowingHooks : public testing::TestWithParam<Thrower> {};
 
-/// One hook, what makes the client call it, and what the log says then.
+/// A hook, the action of the user that makes the client call it, and the record that its exception
+/// leaves in the log.
 struct HookCase {
   std::string hook;
   std::function<void(RunningAddOn&, const std::string& form)> act;
@@ -88,6 +89,7 @@ TEST_P(ThrowingHooks, AreLoggedAndCalledAgainByTheNextEvent) {
   for (const HookCase& each : hookCases()) {
     SCOPED_TRACE(each.hook);
     RunningAddOn run;
+    ASSERT_EQ(run.result, S_OK);
     const std::string form = run.desk.openForm("3101");
     run.record.take();
     run.record.hooks[each.hook] = GetParam().throwIt;
@@ -104,7 +106,7 @@ TEST_P(ThrowingHooks, AreLoggedAndCalledAgainByTheNextEvent) {
   }
 }
 
-TEST_P(ThrowingHooks, OfAFormThatIsUnloadedDoNotKeepItAlive) {
+TEST_P(ThrowingHooks, DoNotKeepAnUnloadedFormAlive) {
   RunningAddOn run;
   const std::string form = run.desk.openForm("3101");
   run.record.hooks["Form.OnItemEvent"] = GetParam().throwIt;
@@ -114,7 +116,7 @@ TEST_P(ThrowingHooks, OfAFormThatIsUnloadedDoNotKeepItAlive) {
   EXPECT_EQ(run.record.lines.back(), "~Form");
 }
 
-TEST_P(ThrowingHooks, AtTheStartEndTheAddOnWithAWordToTheUser) {
+TEST_P(ThrowingHooks, AtTheStartEndTheAddOnWithAMessageToTheUser) {
   const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
   qx::test::TempFolder folder;
   RecordingLogger log;
@@ -131,10 +133,10 @@ TEST_P(ThrowingHooks, AtTheStartEndTheAddOnWithAWordToTheUser) {
   EXPECT_EQ(desk.sinks(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, ThrowingHooks, testing::ValuesIn(kThrowers),
+INSTANTIATE_TEST_SUITE_P(Type, ThrowingHooks, testing::ValuesIn(kThrowers),
                          qx::test::nameOf<Thrower>);
 
-TEST(FailingHooks, OfTheStartEndTheAddOnWithTheirResult) {
+TEST(FailingHooks, AtTheStartEndTheAddOnWithTheResultOfTheHook) {
   qx::test::TempFolder folder;
   RecordingLogger log;
   EmbeddedClient desk(folder.path() / "company.db");
@@ -145,7 +147,7 @@ TEST(FailingHooks, OfTheStartEndTheAddOnWithTheirResult) {
   EXPECT_EQ(desk.sinks(), 0);
 }
 
-TEST(FailingHooks, AReservationAtTheStartIsNoFailure) {
+TEST(FailingHooks, ResultAboveZeroAtTheStartIsNoFailure) {
   qx::test::TempFolder folder;
   EmbeddedClient desk(folder.path() / "company.db");
   Record record;

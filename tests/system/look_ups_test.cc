@@ -1,5 +1,5 @@
-// Taxes, rates and posting periods read from a company, and money and dates shown and rounded by
-// it, through the libraries that an add-on uses, in each dialect.
+// Taxes, rates and posting periods read from a company, and money and dates rounded and formatted
+// by it, through the libraries that an add-on uses, in each dialect.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/currency.h"
@@ -71,7 +71,7 @@ class LookUps : public testing::TestWithParam<Engine> {
   qx::test::RecordingAddOn addOn{desk.connection(), record};
 };
 
-TEST_P(LookUps, TheTaxIsThatOfTheNewestRateInForce) {
+TEST_P(LookUps, TaxUsesTheNewestRateInForce) {
   sqlite().execute(
       "INSERT INTO VTG1 VALUES ('T', '2000-01-01 00:00:00', 16), ('T', '2001-01-01 00:00:00', "
       "16.5), ('T', '9000-01-01 00:00:00', 50)");
@@ -82,7 +82,7 @@ TEST_P(LookUps, TheTaxIsThatOfTheNewestRateInForce) {
   EXPECT_THAT(log.messages(1), IsEmpty());
 }
 
-TEST_P(LookUps, TheTaxOfAGroupThatBreaksTheStatementIsAFailure) {
+TEST_P(LookUps, TaxOfAGroupWithASingleQuoteFails) {
   EXPECT_EQ(tax(u"O'Brien", CQXCurrency(100)), std::to_string(E_FAIL) + " 99.000000");
   EXPECT_THAT(log.messages(1),
               ElementsAre(u"Failed to calculate the tax amount from net price.\n"));
@@ -91,20 +91,20 @@ TEST_P(LookUps, TheTaxOfAGroupThatBreaksTheStatementIsAFailure) {
   EXPECT_EQ(tax(group, CQXCurrency(100)), "0 0.000000");
 }
 
-TEST_P(LookUps, ADateWithATimeOnTheLastDayOfAPeriodFindsIt) {
+TEST_P(LookUps, PeriodIsFoundByATimeOnItsLastDay) {
   EXPECT_EQ(period(day(2024, 1, 31, 18)), "0 2024 1 -1 20240101");
   EXPECT_EQ(period(day(2024, 1, 1)), "0 2024 1 -1 20240101");
   EXPECT_EQ(period(day(2024, 3, 15)), "0 2024 3 -1 20240301");
 }
 
-TEST_P(LookUps, APeriodReachesOverTheDayBehindItsLast) {
+TEST_P(LookUps, PeriodIncludesTheDayAfterItsLast) {
   EXPECT_EQ(period(day(2024, 2, 1)), "0 2024 1 -1 20240101");
   EXPECT_EQ(period(day(2024, 2, 2)), "0  0 -1 18991230");
   EXPECT_EQ(period(day(2023, 12, 31)), "0  0 -1 18991230");
   EXPECT_EQ(period(0.0), "0  0 -1 18991230");
 }
 
-TEST_P(LookUps, ARateIsThatOfTheDay) {
+TEST_P(LookUps, CurrencyRateIsReadForTheGivenDay) {
   sqlite().execute("INSERT INTO HVRATE VALUES ('2019-06-05 00:00:00', 'USD', 1.0845)");
   EXPECT_EQ(rate(u"USD", day(2019, 6, 5, 18)), "0 1.084500");
   EXPECT_EQ(rate(u"EUR", day(2019, 6, 5)), "0 1.000000");
@@ -112,7 +112,7 @@ TEST_P(LookUps, ARateIsThatOfTheDay) {
   EXPECT_THAT(log.messages(1), ElementsAre(u"Failed to get currency rate.\n"));
 }
 
-TEST_P(LookUps, ANewCompanyHasRatesForToday) {
+TEST_P(LookUps, NewCompanyHasRatesForToday) {
   const CQXDateTime today(dv_Today);
   EXPECT_EQ(rate(u"USD", today), "0 0.920000");
   EXPECT_EQ(rate(u"GBP", today), "0 1.170000");
@@ -145,7 +145,7 @@ TEST_P(LookUps, MoneyIsRoundedByTheServiceOfTheLogin) {
   EXPECT_EQ(CQXCurrency::m_ptrRoundedData->GetValue(), -11.0);
 }
 
-TEST_P(LookUps, MoneyAndDatesAreShownAsTheCompanyWants) {
+TEST_P(LookUps, MoneyAndDatesAreFormattedByTheSettingsOfTheCompany) {
   const CQXCurrency amount(1234.565);
   EXPECT_EQ(amount.StringFromMoney(record.company, mpt_Sum).View(), u"1,234.57");
   EXPECT_EQ(amount.StringFromMoney(record.company, mpt_Rate).View(), u"1,234.565000");
@@ -157,7 +157,7 @@ TEST_P(LookUps, MoneyAndDatesAreShownAsTheCompanyWants) {
   EXPECT_EQ(CQXDateTime(1e9).StringFromDate(record.company).View(), u"1899-12-30");
 }
 
-TEST_P(LookUps, AStampHasTheUserOfTheClient) {
+TEST_P(LookUps, TimeStampHasTheUserOfTheClient) {
   CQXTimeStamp stamp;
   stamp.setCurrentStamp(record.application);
   EXPECT_EQ(stamp.getUser().View(), u"manager");

@@ -1,5 +1,5 @@
-// With and without the logging component: a run leaves one file of records, or none at all and goes
-// the same way.
+// The smallest example with and without the logging component: with it the run writes one log file,
+// without it none, and its output is the same.
 
 #include "testing/child_process.h"
 #include "testing/file_content.h"
@@ -13,12 +13,11 @@
 namespace {
 
 using qx::test::ChildProcess;
-using qx::test::contentOfExisting;
 using qx::test::TempFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// The files that a user sees there.
+/// Returns the names of the files in a folder, without hidden ones; none if the folder is missing.
 std::vector<std::string> filesIn(const std::filesystem::path& folder) {
   std::vector<std::string> names;
   std::error_code missing;
@@ -29,7 +28,7 @@ std::vector<std::string> filesIn(const std::filesystem::path& folder) {
   return names;
 }
 
-/// The registry of the build, but for the logging component.
+/// Returns the registry of the build without the class of the logging component.
 std::string registryWithoutLogger() {
   std::ifstream build(qx::test::buildRegistry());
   const std::string libraries = qx::test::buildRegistry().parent_path().string() + "/lib/";
@@ -45,7 +44,7 @@ std::string registryWithoutLogger() {
   return out;
 }
 
-/// What the example says in a whole run with this registry.
+/// Runs the example with a registry. Returns its output.
 std::string runHello(const TempFolder& folder, const std::filesystem::path& registry) {
   ChildProcess hello(
       {qx::test::buildProgram("hello").string(),
@@ -58,19 +57,19 @@ std::string runHello(const TempFolder& folder, const std::filesystem::path& regi
   return text;
 }
 
-TEST(LoggingComponent, ThatIsNotRegisteredCostsTheRecordsAndNothingElse) {
+TEST(LoggingComponent, LeavesNoFileAndTheSameOutputIfNotRegistered) {
   const TempFolder folder;
   const auto registry = folder.write("registry.toml", registryWithoutLogger());
-  EXPECT_EQ(runHello(folder, registry), contentOfExisting(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(runHello(folder, registry), qx::test::contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "log"));
 }
 
-TEST(LoggingComponent, WritesTheRecordsOfTheWholeRunUnderTheModulesName) {
+TEST(LoggingComponent, WritesTheRecordsOfARunIntoTheFileOfTheModule) {
   const TempFolder folder;
   EXPECT_EQ(runHello(folder, qx::test::buildRegistry()),
-            contentOfExisting(QX_TEST_DATA "/hello.out"));
+            qx::test::contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_THAT(filesIn(folder.path() / "log"), ElementsAre("HELLO.log"));
-  const std::string text = contentOfExisting(folder.path() / "log" / "HELLO.log");
+  const std::string text = qx::test::contentOfExisting(folder.path() / "log" / "HELLO.log");
   EXPECT_THAT(text, HasSubstr("CQXEventSink::AdviseEvents\tEntering critical section....\n"));
   EXPECT_THAT(text, HasSubstr("CQXEventSink::UnloadApplication\tAdd-on stopped.\n"));
 }

@@ -1,5 +1,5 @@
-// The smallest example on a PostgreSQL server: what it does on a file it does there, in the SQL of
-// every engine, on the first start and on the next.
+// The smallest example on a PostgreSQL server, in every dialect: its output and its rows are those
+// on SQLite, on the first start and on the second.
 
 #include "testing/child_process.h"
 #include "testing/engines.h"
@@ -10,10 +10,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 namespace {
 
 using qx::test::ChildProcess;
-using qx::test::contentOfExisting;
 using qx::test::Engine;
 using qx::test::PostgresServer;
 
@@ -28,7 +29,8 @@ class HelloOnPostgres : public testing::TestWithParam<Engine> {
     EXPECT_EQ(hello.wait(), 0);
     return text;
   }
-  std::string versionRow() const {
+  /// Returns all rows of the version table in one text.
+  std::string versionRows() const {
     return server.ask(database,
                       "SELECT string_agg(code || ' ' || u_extid || ' ' || u_version || "
                       "' ' || u_status, ', ' ORDER BY code) FROM \"@" +
@@ -44,14 +46,14 @@ class HelloOnPostgres : public testing::TestWithParam<Engine> {
   qx::test::TempFolder folder;
 };
 
-TEST_P(HelloOnPostgres, DoesWhatItDoesOnAFile) {
-  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
+TEST_P(HelloOnPostgres, PrintsAndStoresTheSameAsOnSqlite) {
+  EXPECT_EQ(run(), qx::test::contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_EQ(server.ask(database, "SELECT code || ' ' || u_who FROM \"@hello\""), "00000000 World");
-  const std::string rows = versionRow();
+  const std::string rows = versionRows();
   EXPECT_EQ(rows, "00000000  9.20.00.01 Installed, 00000001 HELLO 1.00.00.00 Installed");
-  EXPECT_EQ(run(), contentOfExisting(QX_TEST_DATA "/hello.out"));
+  EXPECT_EQ(run(), qx::test::contentOfExisting(QX_TEST_DATA "/hello.out"));
   EXPECT_EQ(server.ask(database, "SELECT code || ' ' || u_who FROM \"@hello\""), "00000000 World");
-  EXPECT_EQ(versionRow(), rows);
+  EXPECT_EQ(versionRows(), rows);
 }
 
 INSTANTIATE_TEST_SUITE_P(Engine, HelloOnPostgres, qx::test::allEngines(), qx::test::nameOf<Engine>);

@@ -1,21 +1,22 @@
-// An add-on in a process of its own whose every phase a test controls: it reports each on the
-// standard output, one line, and where it halts it waits for a line on the standard input.
+// An add-on in a process of its own whose phases a test controls: it reports each phase as a line
+// on the standard output, and in some of them it waits for a line on the standard input.
 //
 //   probe_addon DATABASE [HALT]
 //
-// | report         | then it waits for                                                 |
-// |----------------|-------------------------------------------------------------------|
-// | connecting     |                                                                   |
-// | log TEXT       |                                                                   |
-// | halted TEXT    | go: a log record that begins with HALT                            |
-// | box TEXT       | the number of a button                                            |
-// | loading COUNT  | go, tables or fail: OnApplicationLoad, COUNT add-ons are attached |
-// | tables STATE   | go: its own tables are created then                               |
-// | created RESULT |                                                                   |
-// | connected CODE | count, menus, stop or leave                                       |
-// | count COUNT    | the same                                                          |
-// | menus NUMBER   | the same; how often the common entry stands in the menu           |
-// | stopped        | the same                                                          |
+// | report         | meaning                                    | it waits for          |
+// |----------------|--------------------------------------------|-----------------------|
+// | connecting     | Connect is called next                     |                       |
+// | log TEXT       | one of the log records of kReported        |                       |
+// | halted TEXT    | a log record begins with HALT              | go                    |
+// | box TEXT       | a message box is open                      | a button's number     |
+// | loading COUNT  | OnApplicationLoad, with COUNT add-ons      | go, tables or fail    |
+// | tables STATE   | it creates its own tables next             | go                    |
+// | created RESULT | its tables are created                     |                       |
+// | connected CODE | Connect has returned                       | count, menus, stop or |
+// |                |                                            | leave                 |
+// | count COUNT    | the add-ons that are attached              | the same              |
+// | menus NUMBER   | the common entries in the menu             | the same              |
+// | stopped        | the client is shut down                    | the same              |
 
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
@@ -30,12 +31,12 @@
 namespace {
 
 constexpr unsigned kDefinition = 100;
-// All probes attach to one client as far as the machine's counters go.
+// All probes use one application id, so that they share the attach counter of the machine.
 constexpr long kAppId = 1;
 
 void report(const std::string& line) { std::cout << line << std::endl; }
 
-// A test that is gone leaves nobody to ask.
+// Ends the process if the test has ended: no command can arrive any more.
 std::string command() {
   std::string line;
   if (!std::getline(std::cin, line)) std::_Exit(3);

@@ -1,5 +1,5 @@
 // Several add-on processes on one machine and one company: they start one at a time, the last one
-// out takes the common menu along, and one that crashes leaves nothing behind that stops the next.
+// to stop removes the common menu, and a crash of one does not keep the next from starting.
 
 #include "testing/child_process.h"
 #include "testing/machine.h"
@@ -30,7 +30,7 @@ constexpr char kSecondQuestion[] = "box Do you really want to restart the DB upg
 
 class Processes : public testing::Test {
  protected:
-  /// A probe of the test's own machine that has said that it connects.
+  /// Starts a probe, see probe_addon.cc, up to its report that it connects.
   std::unique_ptr<ChildProcess> start(const std::string& halt = "") {
     auto probe = std::make_unique<ChildProcess>(
         std::vector<std::string>{qx::test::buildProgram("probe_addon").string(), file.string(),
@@ -39,14 +39,16 @@ class Processes : public testing::Test {
     EXPECT_EQ(probe->line(), "connecting");
     return probe;
   }
-  /// A probe that waits in its OnApplicationLoad as the only add-on but `others`.
+  /// Starts a probe up to its OnApplicationLoad, where it waits; `others` add-ons are attached
+  /// already.
   std::unique_ptr<ChildProcess> startLoading(int others = 0) {
     auto probe = start();
     EXPECT_EQ(probe->line(), kEnter);
-    EXPECT_EQ(nextBeside(*probe, "log Db is OK."), "loading " + std::to_string(others + 1));
+    EXPECT_EQ(nextAfter(*probe, "log Db is OK."), "loading " + std::to_string(others + 1));
     return probe;
   }
-  static std::string nextBeside(ChildProcess& probe, const std::string& optional) {
+  /// Returns the next report of a probe, or the one after it if the next is `optional`.
+  static std::string nextAfter(ChildProcess& probe, const std::string& optional) {
     std::string line = probe.line();
     return line == optional ? probe.line() : line;
   }
@@ -55,6 +57,7 @@ class Processes : public testing::Test {
     EXPECT_EQ(probe.line(), kLeave);
     EXPECT_EQ(probe.line(), "connected 0");
   }
+  /// Sends a command and returns the next report.
   static std::string ask(ChildProcess& probe, const std::string& command) {
     probe.send(command);
     return probe.line();
@@ -85,7 +88,7 @@ TEST_F(Processes, StartOneAfterTheOther) {
   finishStart(*second);
 }
 
-TEST_F(Processes, TheLastToStopRemovesTheCommonMenuAndTheFirstDoesNot) {
+TEST_F(Processes, LastToStopRemovesTheCommonMenuAndTheFirstDoesNot) {
   const auto first = startLoading();
   finishStart(*first);
   const auto second = startLoading(1);
@@ -108,7 +111,7 @@ TEST_F(Processes, TheLastToStopRemovesTheCommonMenuAndTheFirstDoesNot) {
   EXPECT_EQ(second->wait(), 0);
 }
 
-TEST_F(Processes, AnAddOnThatFailsToLoadLeavesTheMutexAndItsCount) {
+TEST_F(Processes, AddOnThatFailsToLoadReleasesTheMutexAndItsCount) {
   const auto first = startLoading();
   first->send("fail");
   EXPECT_THAT(first->line(), StartsWith("box Set-up function of add-on failed"));
@@ -125,7 +128,7 @@ TEST_F(Processes, AnAddOnThatFailsToLoadLeavesTheMutexAndItsCount) {
   EXPECT_EQ(ask(*second, "count"), "count 1");
 }
 
-TEST_F(Processes, OneKilledWhileItLoadsReleasesTheMutexAndItsCountDoesNotOutliveIt) {
+TEST_F(Processes, KillWhileLoadingReleasesTheMutexAndTheCount) {
   const auto victim = startLoading();
   victim->kill();
   EXPECT_EQ(victim->wait(), -SIGKILL);
@@ -134,26 +137,26 @@ TEST_F(Processes, OneKilledWhileItLoadsReleasesTheMutexAndItsCountDoesNotOutlive
   EXPECT_EQ(ask(*next, "count"), "count 1");
 }
 
-TEST_F(Processes, AWaitingAddOnStartsAsSoonAsTheOneAheadOfItIsKilled) {
+TEST_F(Processes, WaitingAddOnStartsWhenTheOneBeforeItIsKilled) {
   const auto victim = startLoading();
   const auto next = start();
   EXPECT_TRUE(next->blocksOnLock());
   victim->kill();
   EXPECT_EQ(next->line(), kEnter);
   EXPECT_EQ(next->line(), "log Db is OK.");
-  // The counters have been in use all the time: the crash still counts.
+  // The waiting process has kept the counters open, so they still include the killed one.
   EXPECT_EQ(next->line(), "loading 2");
   finishStart(*next);
   EXPECT_EQ(ask(*next, "stop"), "log Add-on stopped.");
   EXPECT_EQ(next->line(), "stopped");
   next->send("leave");
   EXPECT_EQ(next->wait(), 0);
-  // Everybody has gone, and the counters with them.
+  // No process has the counters open any more, so the next one finds them zeroed.
   const auto last = startLoading();
   finishStart(*last);
 }
 
-TEST_F(Processes, OneKilledInsideAMessageBoxReleasesTheMutex) {
+TEST_F(Processes, KillInsideAMessageBoxReleasesTheMutex) {
   {
     const auto first = startLoading();
     finishStart(*first);
@@ -182,7 +185,7 @@ TEST_F(Processes, OneKilledInsideAMessageBoxReleasesTheMutex) {
   EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed"));
 }
 
-TEST_F(Processes, OneKilledWhileTheFrameworksTablesAreCreatedIsMadeGoodByTheNext) {
+TEST_F(Processes, NextStartCompletesTheFrameworksTablesAfterAKill) {
   const auto victim = start("Field 'Version' in table");
   EXPECT_EQ(victim->line(), kEnter);
   EXPECT_EQ(victim->line(), "halted Field 'Version' in table");
@@ -196,7 +199,7 @@ TEST_F(Processes, OneKilledWhileTheFrameworksTablesAreCreatedIsMadeGoodByTheNext
   EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed"));
 }
 
-TEST_F(Processes, OneKilledWhileItCreatesItsOwnTablesFindsTheUpgradeIncompleteAndCompletesIt) {
+TEST_F(Processes, NextStartCompletesTheAddOnsOwnTablesAfterAKill) {
   constexpr char kIncomplete[] = "tables 4";
   const auto victim = start("Field 'Kind' in table");
   EXPECT_EQ(victim->line(), kEnter);

@@ -1,5 +1,5 @@
-// A host that refuses one call of a start, each in turn: the start comes to an end, nothing is
-// thrown and the next start in the same process finds its way.
+// A host that refuses one call of a start, each in turn: the start ends without an exception, and
+// the next start in the same process succeeds.
 
 #include "qxdesk/session/call_gate.h"
 #include "qxframework/automation/class_object.h"
@@ -25,7 +25,7 @@ using testing::ElementsAre;
 struct Gate {
   std::string name;
   CLSID clsid;
-  HRESULT answer;  // of the call that is not done
+  HRESULT answer;  // the result of the refused call, which has no effect
   friend std::ostream& operator<<(std::ostream& out, const Gate& gate) { return out << gate.name; }
 };
 
@@ -37,7 +37,7 @@ class RefusedCall : public testing::TestWithParam<Gate> {
   }
   ~RefusedCall() override { gate->RefuseCall(0, S_OK); }
 
-  /// A company without the framework's tables.
+  /// Creates `fresh`, a company without the framework's tables.
   void makeCompany() const {
     const auto first = folder.path() / "first.db";
     EmbeddedClient desk(first);
@@ -47,11 +47,12 @@ class RefusedCall : public testing::TestWithParam<Gate> {
     made.execute("DROP TABLE \"@QXEXTDBVERSION\"; DELETE FROM CUFD; DELETE FROM HVUTAB");
     made.execute("VACUUM INTO '" + fresh.string() + "'");
   }
+  /// Replaces `file` by a copy of `fresh`.
   void renewCompany() const {
     for (const char* part : {"", "-wal", "-shm"}) std::filesystem::remove(file.string() + part);
     std::filesystem::copy_file(fresh, file);
   }
-  /// One start with call number `call` refused, 0 for none; how many calls it took.
+  /// Starts an add-on once; call number `call` is refused, none if 0. Returns the number of calls.
   long start(long call, long& result, Record& record) const {
     EmbeddedClient desk(file);
     gate->RefuseCall(call, GetParam().answer);
@@ -71,7 +72,7 @@ class RefusedCall : public testing::TestWithParam<Gate> {
   CComPtr<ICallGate> gate;
 };
 
-TEST_P(RefusedCall, NeverBreaksTheStartNorTheNextOne) {
+TEST_P(RefusedCall, EndsTheStartWithoutAnExceptionAndTheNextSucceeds) {
   const SkippedPauses pauses;
   long result = -1;
   Record whole;
@@ -94,8 +95,7 @@ TEST_P(RefusedCall, NeverBreaksTheStartNorTheNextOne) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Of, RefusedCall,
-
+    Gate, RefusedCall,
     testing::Values(Gate{"ScreensFailing", qx::desk::kScreensGateClass, E_FAIL},
                     Gate{"CompanyFailing", qx::desk::kCompanyGateClass, E_FAIL},
                     Gate{"ScreensReserved", qx::desk::kScreensGateClass, S_FALSE},

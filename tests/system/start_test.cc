@@ -1,4 +1,5 @@
-// The main job on a company's own file: what the first start creates, what the second finds.
+// The start of an add-on on a company's file: the first start creates the framework's tables, the
+// next ones find, upgrade or keep them.
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/dbdef/db_def.h"
@@ -76,7 +77,7 @@ TEST_P(Start, CreatesTheFrameworksTablesInAFreshDatabase) {
   EXPECT_THAT(rowsOf(file, "SELECT U_Rdate IS NULL FROM \"" + table() + "\""), ElementsAre("0"));
 }
 
-TEST_P(Start, FindsAllInOrderTheSecondTimeAndChangesNothing) {
+TEST_P(Start, FindsTheTablesTheSecondTimeAndChangesNothing) {
   Record record;
   EmbeddedClient first = client();
   { EXPECT_EQ(RecordingAddOn(first.connection(), record).Connect(1), 0); }
@@ -119,7 +120,7 @@ TEST_P(Start, LeavesTheTablesOfANewerReleaseAlone) {
   EXPECT_EQ(dumpOf(file), before);
 }
 
-TEST_P(Start, ADefinitionThatRunsTwiceChangesNothingButRowsOfData) {
+TEST_P(Start, RunsADefinitionTwiceAndAddsOnlyRowsOfData) {
   Record record;
   CQXResourceLoader loader;
   std::vector<long> results;
@@ -134,25 +135,27 @@ TEST_P(Start, ADefinitionThatRunsTwiceChangesNothingButRowsOfData) {
     EmbeddedClient desk = client();
     EXPECT_EQ(RecordingAddOn(desk.connection(), record).Connect(1), 0);
   };
-  const auto forgetData = [&] {
-    const std::string gained = "DELETE FROM \"@SYSTDATA\" WHERE Code > '00000001'";
+  // Returns the rows of data and removes those of the second run, so that the rest of the file can
+  // be compared.
+  const auto takeData = [&] {
+    const std::string removal = "DELETE FROM \"@SYSTDATA\" WHERE Code > '00000001'";
     const auto data = rowsOf(file, "SELECT Code, Name, U_Kind, U_Rate FROM \"@SYSTDATA\"");
-    qx::test::SqliteFile(file).execute(gained);
+    qx::test::SqliteFile(file).execute(removal);
     return data;
   };
   start();
-  EXPECT_THAT(forgetData(), ElementsAre("00000000|00000000|A|1.5", "00000001|00000001|B|2"));
+  EXPECT_THAT(takeData(), ElementsAre("00000000|00000000|A|1.5", "00000001|00000001|B|2"));
   const std::string before = dumpOf(file);
   start();
-  EXPECT_THAT(forgetData(), ElementsAre("00000000|00000000|A|1.5", "00000001|00000001|B|2",
-                                        "00000002|00000002|A|1.5", "00000003|00000003|B|2"));
+  EXPECT_THAT(takeData(), ElementsAre("00000000|00000000|A|1.5", "00000001|00000001|B|2",
+                                      "00000002|00000002|A|1.5", "00000003|00000003|B|2"));
   EXPECT_EQ(dumpOf(file), before);
   EXPECT_THAT(results, ElementsAre(0, 0));
   EXPECT_THAT(versions(), ElementsAre("00000000|00000000||9.20.00.01|00|Installed",
                                       "00000001|00000001|SYST|3.01.00.00|07|Installed"));
 }
 
-TEST_P(Start, PutsTheCommonEntryUnderTheAddOnsMenuUntilTheLastAddOnStops) {
+TEST_P(Start, AddsTheCommonMenuEntryAndRemovesItWhenTheLastAddOnStops) {
   EmbeddedClient desk = client();
   EXPECT_EQ(desk.menus(), kMenusBefore);
   Record record;

@@ -1,5 +1,5 @@
-// An upgrade of the framework's tables that did not complete: the user is asked twice, and the
-// add-on starts either way.
+// An incomplete upgrade of the framework's tables: the user is asked twice whether to restart it,
+// and the add-on starts with either answer.
 
 #include "qxframework/automation/text.h"
 #include "testing/embedded_client.h"
@@ -33,7 +33,7 @@ class InterruptedUpgrade : public testing::TestWithParam<Engine> {
  protected:
   InterruptedUpgrade() {
     EmbeddedClient desk = client();
-    RecordingAddOn(desk.connection(), record).Connect(1);
+    EXPECT_EQ(RecordingAddOn(desk.connection(), record).Connect(1), 0);
     record.take();
     setStatus("Upgrading");
   }
@@ -45,7 +45,7 @@ class InterruptedUpgrade : public testing::TestWithParam<Engine> {
   std::vector<std::string> versions() const {
     return qx::test::rowsOf(file, "SELECT U_ExtID, U_Version, U_EFNum, U_Status FROM " + table());
   }
-  /// Starts an add-on whose user gives these answers; what CheckDatabase says last.
+  /// Starts an add-on whose user gives these answers. Returns the last log record of CheckDatabase.
   std::u16string start(EmbeddedClient& desk, const std::vector<long>& answers) {
     for (const long answer : answers) desk.queueAnswer(answer);
     RecordingLogger log;
@@ -64,7 +64,7 @@ class InterruptedUpgrade : public testing::TestWithParam<Engine> {
   Record record;
 };
 
-TEST_P(InterruptedUpgrade, IsRefusedAtTheFirstQuestionWithoutASecond) {
+TEST_P(InterruptedUpgrade, IsNotRestartedAfterNoToTheFirstQuestion) {
   EmbeddedClient desk = client();
   EXPECT_EQ(start(desk, {kExit}), u"Leaving function [0x80040503]\n");
   EXPECT_EQ(desk.boxes(), kFirstBox + std::string("1\n"));
@@ -72,7 +72,7 @@ TEST_P(InterruptedUpgrade, IsRefusedAtTheFirstQuestionWithoutASecond) {
   EXPECT_THAT(record.take(), ElementsAre("OnApplicationLoad"));
 }
 
-TEST_P(InterruptedUpgrade, IsRefusedAtTheSecondQuestion) {
+TEST_P(InterruptedUpgrade, IsNotRestartedAfterNoToTheSecondQuestion) {
   EmbeddedClient desk = client();
   EXPECT_EQ(start(desk, {kUpgrade, kExit}), u"Leaving function [0x80040503]\n");
   EXPECT_EQ(desk.boxes(), kFirstBox + std::string("2\n") + kSecondBox + "1\n");
@@ -80,7 +80,7 @@ TEST_P(InterruptedUpgrade, IsRefusedAtTheSecondQuestion) {
   EXPECT_THAT(record.take(), ElementsAre("OnApplicationLoad"));
 }
 
-TEST_P(InterruptedUpgrade, CompletesWhenTheUserSaysYesTwice) {
+TEST_P(InterruptedUpgrade, IsCompletedAfterYesToBothQuestions) {
   EmbeddedClient desk = client();
   EXPECT_EQ(start(desk, {kUpgrade, kUpgrade}), u"Leaving function [S_OK]\n");
   EXPECT_EQ(desk.boxes(), kFirstBox + std::string("2\n") + kSecondBox + "2\n");
@@ -88,19 +88,21 @@ TEST_P(InterruptedUpgrade, CompletesWhenTheUserSaysYesTwice) {
   EXPECT_THAT(record.take(), ElementsAre("OnApplicationLoad"));
 }
 
-TEST_P(InterruptedUpgrade, ThatFailedIsAskedForToo) {
+TEST_P(InterruptedUpgrade, IsCompletedAfterYesToBothQuestionsIfItFailed) {
   setStatus("Upgrade failed");
   EmbeddedClient desk = client();
-  start(desk, {kUpgrade, kUpgrade});
+  EXPECT_EQ(start(desk, {kUpgrade, kUpgrade}), u"Leaving function [S_OK]\n");
+  EXPECT_EQ(desk.boxes(), kFirstBox + std::string("2\n") + kSecondBox + "2\n");
   EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed"));
 }
 
-TEST_P(InterruptedUpgrade, IsRefusedWhenNobodyAnswers) {
+TEST_P(InterruptedUpgrade, IsNotRestartedWithoutAnAnswer) {
   EmbeddedClient desk = client();
   EXPECT_EQ(start(desk, {}), u"Leaving function [0x80040503]\n");
+  EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Upgrading"));
 }
 
-TEST_P(InterruptedUpgrade, OfTheCompanyThatTheClientChangesToIsTheResultOfTheEvent) {
+TEST_P(InterruptedUpgrade, IsTheResultOfAChangeToItsCompany) {
   const auto other = folder.path() / "other.db";
   EmbeddedClient desk(other, {GetParam().name, "", 0});
   RecordingAddOn addOn(desk.connection(), record);

@@ -1,4 +1,5 @@
-// Starts, creates its table, says so from its string table, keeps records in the table and stops.
+// An add-on that creates its table, prints a text of its string table, keeps records in its table
+// and stops.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"

@@ -1,4 +1,5 @@
-// Business code that keeps records, with nothing but the header that holds them all.
+// Business code that keeps records. It includes qxframework.h only, the header that includes all
+// others.
 
 #include "records.h"
 
@@ -73,6 +74,7 @@ qx_ptr<CConditions> allBut(const OLECHAR* text) {
   return conditions;
 }
 
+// A second Connect of a connected proxy is refused.
 std::u16string refusalOfConnect(Notes& notes, ICompany* company) {
   try {
     notes.Connect(company, kTable, true);
