@@ -74,7 +74,7 @@ std::string decode(const Value& value) {
       fail(value.position + at, "% is not followed by two hexadecimal digits; write %25 for %");
     }
     // Paths and names end at a zero byte in the libraries that get them.
-    if (high == 0 && low == 0) fail(value.position + at, "%00 cannot stand in a value");
+    if (high == 0 && low == 0) fail(value.position + at, "%00 is not allowed in a value");
     out += static_cast<char>(16 * high + low);
     at += 2;
     plain = at + 1;
@@ -167,7 +167,7 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
   }
   for (const Key& key : kKeys) {
     if (key.name != name) continue;
-    if (!seen.insert(name).second) fail(position, "the key " + quoted(name) + " stands twice");
+    if (!seen.insert(name).second) fail(position, "the key " + quoted(name) + " is given twice");
     return key.read(out, Value{position + equals + 1, pair.substr(equals + 1)});
   }
   fail(position, "unknown key " + quoted(name) +

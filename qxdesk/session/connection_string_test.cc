@@ -85,7 +85,7 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
             "language, appid, user, company, play, boxes and progress");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
-            "connection string, character 16: the key \"db\" stands twice");
+            "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),
             "connection string, character 11: the key \"db\" has no value; write key=value");
 }
@@ -105,7 +105,7 @@ TEST(ConnectionString, RefusesInvalidValues) {
             "connection string, character 15: % is not followed by two hexadecimal digits; write "
             "%25 for %");
   EXPECT_EQ(refusal(u"embedded:?db=a%00"),
-            "connection string, character 15: %00 cannot stand in a value");
+            "connection string, character 15: %00 is not allowed in a value");
   EXPECT_EQ(refusal(u"embedded:?db=a%zz"),
             "connection string, character 15: % is not followed by two hexadecimal digits; write "
             "%25 for %");

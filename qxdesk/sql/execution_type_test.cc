@@ -132,7 +132,7 @@ TEST_P(ExecutionOperandType, SubstringCutsItsPositionsToWholeNumbers) {
 TEST_P(ExecutionOperandType, StarIsRefusedWhereTypesAreNeeded) {
   CompanyDatabase database = company(Dialect::Mssql);
   const std::string star =
-      "* does not tell the types that are needed here; name the columns (line "
+      "* does not show the types that are needed here; name the columns (line "
       "1, column ";
   EXPECT_EQ(answerOf(database, "INSERT INTO [@L] (Code, U_T, U_Text) SELECT * FROM [@L]"),
             star + "45)");

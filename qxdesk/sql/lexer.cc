@@ -210,7 +210,7 @@ class Lexer {
     skipExponent();
     // "SELECT 1a" would otherwise be the number 1 under the name a, and 1.2.3 two numbers.
     if (!atEnd() && (continuesName(peek()) || peek() == '.')) {
-      throw SqlError("a blank or an operator is expected behind the number " +
+      throw SqlError("a blank or an operator is expected after the number " +
                          std::string(text_.substr(from, offset_ - from)),
                      start);
     }

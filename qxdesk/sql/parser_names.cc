@@ -115,7 +115,7 @@ std::string NameParser::tableName() {
   }
   std::string table = name("a table name");
   if (tokens_.isSymbol(".")) {
-    tokens_.fail("a table name has one part only; leave out what stands before the point");
+    tokens_.fail("a table name has one part only; leave out the part before the point");
   }
   return table;
 }

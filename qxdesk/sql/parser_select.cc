@@ -131,7 +131,7 @@ void SelectParser::from(SelectCore& core) {
     comma = comma || *join == JoinKind::Comma;
     if (comma && (*join == JoinKind::Right || *join == JoinKind::Full)) {
       tokens_.fail(
-          "a RIGHT or FULL join behind a comma is not supported; write CROSS JOIN for the comma");
+          "a RIGHT or FULL join after a comma is not supported; write CROSS JOIN for the comma");
     }
     Source joined = source();
     joined.join = *join;
@@ -226,7 +226,7 @@ void SelectParser::fetchFirst(Select& select) {
   if (!tokens_.isWord("FETCH")) return;
   if (!context_.traits.fetchFirst) {
     tokens_.fail("FETCH FIRST is not a clause of " + std::string(context_.traits.name) +
-                 "; write TOP n behind SELECT");
+                 "; write TOP n after SELECT");
   }
   tokens_.take();
   tokens_.expectWord("FIRST");

@@ -48,7 +48,7 @@ TEST(Refusal, NamesTheExpectedTokenAndItsPosition) {
        {"SELECT a FROM T WHERE (A = 1( AND B = 2)", "')' is expected near '(' (line 1, column 29)"},
        {"SELECT a.b.c FROM T", "a column name has at most two parts (line 1, column 11)"},
        {"SELECT a FROM dbo.T",
-        "a table name has one part only; leave out what stands before the point (line 1, column "
+        "a table name has one part only; leave out the part before the point (line 1, column "
         "18)"},
        {"INSERT INTO T VALUES (1)",
         "the list of columns in brackets is expected near 'VALUES' (line 1, column 15)"},
@@ -80,7 +80,7 @@ TEST(Refusal, NamesTheUnsupportedClauseAndItsPosition) {
         "WITH TIES is not supported with DISTINCT (line 1, column 1)"},
        {"SELECT TOP 1 WITH TIES 1 ORDER BY 1", "TOP n WITH TIES needs FROM (line 1, column 1)"},
        {"SELECT a FROM A, B RIGHT JOIN C ON 1 = 1",
-        "a RIGHT or FULL join behind a comma is not supported; write CROSS JOIN for the comma "
+        "a RIGHT or FULL join after a comma is not supported; write CROSS JOIN for the comma "
         "(line 1, column 31)"},
        {"SELECT a FROM f(1)",
         "a table function is not supported; name a table (line 1, column 16)"},
@@ -125,10 +125,10 @@ TEST(RefusalOfText, UnclosedAndInvalidTextsAreRefused) {
        {"SELECT a ? b", "unexpected character '?' (line 1, column 10)"},
        {"SELECT a\u00A0FROM T", "unexpected character U+00A0 (line 1, column 9)"},
        {"SELECT 12abc",
-        "a blank or an operator is expected behind the number 12 (line 1, column "
+        "a blank or an operator is expected after the number 12 (line 1, column "
         "8)"},
        {"SELECT 1.2.3",
-        "a blank or an operator is expected behind the number 1.2 (line 1, column "
+        "a blank or an operator is expected after the number 1.2 (line 1, column "
         "8)"}});
 }
 
@@ -203,7 +203,7 @@ TEST(RefusalByDialect, LimitsOfAnotherDialectAreRefused) {
             "TOP is not a word of DB2; write FETCH FIRST n ROWS ONLY at the end (line 1, column "
             "8)");
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT a FROM T FETCH FIRST 5 ROWS ONLY"),
-            "FETCH FIRST is not a clause of MSSQL; write TOP n behind SELECT (line 1, column 17)");
+            "FETCH FIRST is not a clause of MSSQL; write TOP n after SELECT (line 1, column 17)");
   EXPECT_EQ(refusal(Dialect::Db2, "SET ROWCOUNT 5"),
             "SET ROWCOUNT is not a statement of DB2; limit the SELECT (line 1, column 1)");
   EXPECT_EQ(refusal(Dialect::Kordb, "SET ROWCOUNT 5"),

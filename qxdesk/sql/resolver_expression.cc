@@ -270,7 +270,7 @@ void ExpressionResolver::resolve(Expr& expr) const {
 
 void ExpressionResolver::refuseStar(const SelectItem& item) const {
   if (item.value || !hasCatalog_) return;
-  throw SqlError("* does not tell the types that are needed here; name the columns", item.at);
+  throw SqlError("* does not show the types that are needed here; name the columns", item.at);
 }
 
 void ExpressionResolver::resolveSubquery(Expr& expr) const {

@@ -223,7 +223,7 @@ TEST_F(AddOnTest, TheStartMutexIsHeldForTheWholeOfAdviseEventsOnly) {
 
 TEST_F(AddOnTest, TwoAddOnsStartOneAfterTheOther) {
   NamedMutex gate(u"AddOnStartMutex");
-  gate.lock();        // both stand in front of their start
+  gate.lock();        // both are waiting for their start
   log.refuse = true;  // its list is not made for two threads
   std::atomic<int> waiting = 0;
   std::atomic<int> inside = 0;

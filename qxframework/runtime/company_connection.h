@@ -16,7 +16,7 @@ namespace qx {
 /// What a connection is made from.
 struct CompanyLogin {
   long appId;                  ///< for the log
-  IApplication* client;        ///< tells the language and answers the hand-shake
+  IApplication* client;        ///< has the language and answers the hand-shake
   IDispatch* application;      ///< the same object as the company wants it
   bool throughClient;          ///< false: by the hand-shake at once
   const CComBSTR& identifier;  ///< the add-on's, for the hand-shake

@@ -56,7 +56,7 @@ class FormRegistry {
     std::forward<Unload>(unload)();
     remove(form);
   }
-  /// Takes all forms out of the map at the end of the run. They get no more events and nobody
+  /// Takes all forms out of the map at the end of the run. They get no more events and nothing
   /// deletes them, but they stay reachable, so that a leak check does not report them.
   void leaveOpen();
 

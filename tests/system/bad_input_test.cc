@@ -372,7 +372,7 @@ const BadString kBadStrings[] = {
     {"WithAnUnknownKey", u"embedded:?db=x&colour=red",
      "16: unknown key \"colour\"; the keys are db, engine, language, appid, user, company, play, "
      "boxes and progress"},
-    {"WithAKeyTwice", u"embedded:?db=x&db=y", "16: the key \"db\" stands twice"},
+    {"WithAKeyTwice", u"embedded:?db=x&db=y", "16: the key \"db\" is given twice"},
     {"WithAnUnknownEngine", u"embedded:?db=x&engine=oldsql",
      "23: unknown engine \"oldsql\"; write mssql, sybase, db2 or kordb"},
     {"WithAHalfEscape", u"embedded:?db=x%2",

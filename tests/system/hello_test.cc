@@ -1,7 +1,7 @@
 // The smallest example, from its start to its end, with the actions of the user read from a file.
 
 #include "testing/child_process.h"
-#include "testing/engines.h"
+#include "testing/dialects.h"
 #include "testing/file_content.h"
 #include "testing/machine.h"
 #include "testing/sqlite_file.h"
@@ -14,10 +14,10 @@
 namespace {
 
 using qx::test::ChildProcess;
-using qx::test::Engine;
+using qx::test::Dialect;
 using testing::ElementsAre;
 
-class Hello : public testing::TestWithParam<Engine> {
+class Hello : public testing::TestWithParam<Dialect> {
  protected:
   std::string run() const {
     ChildProcess hello({qx::test::buildProgram("hello").string(),
@@ -48,6 +48,6 @@ TEST_P(Hello, WithoutACompanyEndsWithOneAndPrintsNothing) {
   EXPECT_EQ(hello.rest(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, Hello, qx::test::allEngines(), qx::test::nameOf<Engine>);
+INSTANTIATE_TEST_SUITE_P(Dialect, Hello, qx::test::allDialects(), qx::test::nameOf<Dialect>);
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include "qxframework/foundation/time_stamp.h"
 #include "qxframework/util/qx_util.h"
 #include "testing/amounts.h"
+#include "testing/dialects.h"
 #include "testing/embedded_client.h"
-#include "testing/engines.h"
 #include "testing/host_rounding.h"
 #include "testing/recording_addon.h"
 #include "testing/recording_logger.h"
@@ -19,7 +19,7 @@
 
 namespace {
 
-using qx::test::Engine;
+using qx::test::Dialect;
 using qx::test::textOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -28,7 +28,7 @@ double day(int year, int month, int dayOfMonth, int hour = 0) {
   return CQXDateTime(year, month, dayOfMonth, hour, 0, 0);
 }
 
-class LookUps : public testing::TestWithParam<Engine> {
+class LookUps : public testing::TestWithParam<Dialect> {
  protected:
   LookUps() {
     EXPECT_EQ(addOn.Connect(1), 0);
@@ -164,6 +164,6 @@ TEST_P(LookUps, TimeStampHasTheUserOfTheClient) {
   EXPECT_FALSE(stamp.IsNull());
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, LookUps, qx::test::allEngines(), qx::test::nameOf<Engine>);
+INSTANTIATE_TEST_SUITE_P(Dialect, LookUps, qx::test::allDialects(), qx::test::nameOf<Dialect>);
 
 }  // namespace

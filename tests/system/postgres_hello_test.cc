@@ -2,7 +2,7 @@
 // on SQLite, on the first start and on the second.
 
 #include "testing/child_process.h"
-#include "testing/engines.h"
+#include "testing/dialects.h"
 #include "testing/file_content.h"
 #include "testing/machine.h"
 #include "testing/postgres_server.h"
@@ -15,10 +15,10 @@
 namespace {
 
 using qx::test::ChildProcess;
-using qx::test::Engine;
+using qx::test::Dialect;
 using qx::test::PostgresServer;
 
-class HelloOnPostgres : public testing::TestWithParam<Engine> {
+class HelloOnPostgres : public testing::TestWithParam<Dialect> {
  protected:
   std::string run() const {
     ChildProcess hello({qx::test::buildProgram("hello").string(),
@@ -56,6 +56,7 @@ TEST_P(HelloOnPostgres, PrintsAndStoresTheSameAsOnSqlite) {
   EXPECT_EQ(versionRows(), rows);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, HelloOnPostgres, qx::test::allEngines(), qx::test::nameOf<Engine>);
+INSTANTIATE_TEST_SUITE_P(Dialect, HelloOnPostgres, qx::test::allDialects(),
+                         qx::test::nameOf<Dialect>);
 
 }  // namespace

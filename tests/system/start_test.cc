@@ -4,8 +4,8 @@
 #include "qxframework/automation/class_object.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/version.h"
+#include "testing/dialects.h"
 #include "testing/embedded_client.h"
-#include "testing/engines.h"
 #include "testing/recording_addon.h"
 #include "testing/recording_logger.h"
 #include "testing/sqlite_file.h"
@@ -15,9 +15,9 @@
 
 namespace {
 
+using qx::test::Dialect;
 using qx::test::dumpOf;
 using qx::test::EmbeddedClient;
-using qx::test::Engine;
 using qx::test::Record;
 using qx::test::RecordingAddOn;
 using qx::test::RecordingLogger;
@@ -44,7 +44,7 @@ constexpr char kMenusBefore[] =
     "43523 \"Add-Ons\" popup\n";
 constexpr char kCommonEntry[] = "  QX_551 \"Halvex Add-On Log Settings\"\n";
 
-class Start : public testing::TestWithParam<Engine> {
+class Start : public testing::TestWithParam<Dialect> {
  protected:
   EmbeddedClient client() const { return EmbeddedClient(file, {GetParam().name, "", 0}); }
   std::string table() const { return "@" + GetParam().versionTable; }
@@ -166,6 +166,6 @@ TEST_P(Start, AddsTheCommonMenuEntryAndRemovesItWhenTheLastAddOnStops) {
   EXPECT_EQ(desk.menus(), kMenusBefore);
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, Start, qx::test::allEngines(), qx::test::nameOf<Engine>);
+INSTANTIATE_TEST_SUITE_P(Dialect, Start, qx::test::allDialects(), qx::test::nameOf<Dialect>);
 
 }  // namespace

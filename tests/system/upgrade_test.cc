@@ -2,8 +2,8 @@
 // and the add-on starts with either answer.
 
 #include "qxframework/automation/text.h"
+#include "testing/dialects.h"
 #include "testing/embedded_client.h"
-#include "testing/engines.h"
 #include "testing/recording_addon.h"
 #include "testing/recording_logger.h"
 #include "testing/sqlite_file.h"
@@ -13,8 +13,8 @@
 
 namespace {
 
+using qx::test::Dialect;
 using qx::test::EmbeddedClient;
-using qx::test::Engine;
 using qx::test::Record;
 using qx::test::RecordingAddOn;
 using qx::test::RecordingLogger;
@@ -29,7 +29,7 @@ constexpr char kSecondBox[] =
 constexpr long kExit = 1;
 constexpr long kUpgrade = 2;
 
-class InterruptedUpgrade : public testing::TestWithParam<Engine> {
+class InterruptedUpgrade : public testing::TestWithParam<Dialect> {
  protected:
   InterruptedUpgrade() {
     EmbeddedClient desk = client();
@@ -117,7 +117,7 @@ TEST_P(InterruptedUpgrade, IsTheResultOfAChangeToItsCompany) {
   EXPECT_EQ(log.records.back().message, u"Leaving function [0x80040503]\n");
 }
 
-INSTANTIATE_TEST_SUITE_P(Engine, InterruptedUpgrade, qx::test::allEngines(),
-                         qx::test::nameOf<Engine>);
+INSTANTIATE_TEST_SUITE_P(Dialect, InterruptedUpgrade, qx::test::allDialects(),
+                         qx::test::nameOf<Dialect>);
 
 }  // namespace

@@ -55,7 +55,7 @@ const Refused kFiles[] = {
      "f:1:6: error: the text is not valid UTF-8; save the file as UTF-8"},
     {"NoToml", "[select\n",
      "f:1:8: error: Error while parsing table header: expected ']', saw '\\n'; correct the TOML; "
-     "texts stand in double quotes, a table { … } on one line"},
+     "texts are in double quotes, a table { … } on one line"},
     {"Empty", "",
      "f:1:1: error: the file has no statement; write one, like [select]; qxdesk sql "
      "--example prints a whole file"},

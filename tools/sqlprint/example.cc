@@ -3,7 +3,7 @@
 namespace qx::sqlprint {
 
 const char* const kExample =
-    R"toml(# Statements for `qxdesk sql FILE`. Each kind may stand once, [select], or often, [[select]].
+    R"toml(# Statements for `qxdesk sql FILE`. Each kind may appear once, [select], or often, [[select]].
 
 # A collection's SELECT. Without keys-only = false it fetches the keys only, as the layer does.
 [[select]]
@@ -79,7 +79,7 @@ const char* const kForm =
   [choose-list]  table, fields = { column = "title" }, where = "text of SQL"
 Several of a kind: [[select]]. A table that begins with "@" is a user table; user-table = true or
 false says otherwise. where = [{ field, is, value, or, open, close }]: `is` is =, <>, >, <, >=, <=
-or like; raw = "…" in place of value is written as it stands. values = { column = value }: a text,
+or like; raw = "…" in place of value is written unchanged. values = { column = value }: a text,
 a number with a point, a whole number or a date give VT_BSTR, VT_R8, VT_I4 and VT_DATE.
 join = [{ table, as, kind, fields, on = [{ from, to }, { to, is, value }] }].
 

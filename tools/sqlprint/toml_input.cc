@@ -126,7 +126,7 @@ toml::table parseToml(const std::string& file, const std::string& content) {
   } catch (const toml::parse_error& error) {
     const toml::source_position& begin = error.source().begin;
     throw Diagnostic({file, begin.line, begin.column}, std::string(error.description()),
-                     "correct the TOML; texts stand in double quotes, a table { … } on one line");
+                     "correct the TOML; texts are in double quotes, a table { … } on one line");
   }
 }
 
