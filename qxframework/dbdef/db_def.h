@@ -2,7 +2,7 @@
 
 // The tables of an extension in the company database: db_def.cc has the versions that are
 // installed, db_def_create.cc the run over a definition with tables and rows, db_def_fields.cc and
-// db_def_keys.cc its fields and keys, db_def_progress.cc the progress bar.
+// db_def_keys.cc its fields and keys. internal/schema_progress.h shows the progress of a run.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"

@@ -1,5 +1,6 @@
 // A run over a definition: its tables and their rows.
 
+#include "qxframework/automation/format.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/internal/definition_node.h"
 #include "qxframework/dbdef/internal/definition_sql.h"
@@ -36,6 +37,8 @@ long tableTypeOf(std::u16string_view text) {
     if (kTypes[i] == text) return static_cast<long>(i) + 1;
   return 0;
 }
+constexpr unsigned kCreateTableText = 221;
+constexpr unsigned kCreateFieldsText = 222;
 
 }  // namespace
 
@@ -232,4 +235,28 @@ CComBSTR CQXDbDef::LastErrorText() {
   CComBSTR text;
   m_ptrCompany->GetLastError(code, text);
   return text;
+}
+
+// The progress of the run. SchemaProgress works on the two members.
+
+long CQXDbDef::GetProgressBar(long minutes, const CComBSTR& title, long maximum) {
+  return Progress().waitForBar(minutes, title, maximum);
+}
+
+long CQXDbDef::CreateProgressBar(const CComBSTR& title, long maximum) {
+  return Progress().createBar(title, maximum);
+}
+
+void CQXDbDef::DisplayProgressMessage(const CComBSTR& text) { Progress().show(text); }
+
+void CQXDbDef::SignalTableInitialized(const CComBSTR& table, long kind) {
+  CReturnValue<void> log(u"CQXDbDef::SignalTableInitialized", m_lLogId, false);
+  const CComBSTR shape = FrameworkText(kind == 1 ? kCreateTableText : kCreateFieldsText);
+  DisplayProgressMessage(CComBSTR(qx::format(shape, table.View())));
+}
+
+void CQXDbDef::StopProgressBar() { Progress().stop(); }
+
+qx::dbdef::SchemaProgress CQXDbDef::Progress() {
+  return {m_ptrApp, m_lLogId, m_ptrProgressBar, m_lProgress};
 }
