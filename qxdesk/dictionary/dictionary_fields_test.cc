@@ -42,7 +42,8 @@ TEST_F(DictionaryFieldsTest, MistakesAreRefusedAndNothingIsMade) {
       {{"B", kNumericField, 0, 9, false, "x"},
        "-2106 The default value 'x' of the field 'B' is not a number."},
   };
-  for (const auto& [shape, words] : kMistakes) EXPECT_EQ(failureOf([&] { add(shape); }), words);
+  for (const auto& [shape, words] : kMistakes)
+    EXPECT_EQ(failureOf([&, &wrong = shape] { add(wrong); }), words);
   EXPECT_EQ(rowsOf("SELECT [AliasID] FROM [CUFD]"), "A");
   EXPECT_EQ(rowsOf("SELECT COUNT(*) FROM pragma_table_info('@QX')"), "3");
 }

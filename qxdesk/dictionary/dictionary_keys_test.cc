@@ -47,7 +47,8 @@ TEST_F(DictionaryKeysTest, MistakesAreRefusedAndNothingIsMade) {
       {{"QX", "L", false, {"A", "U_A"}}, "-2106 The key 'L' names the column 'U_A' twice."},
       {{"NONE", "L", false, {"Name"}}, "-2105 There is no table 'NONE'."},
   };
-  for (const auto& [key, words] : kMistakes) EXPECT_EQ(failureOf([&] { keys.add(key); }), words);
+  for (const auto& [key, words] : kMistakes)
+    EXPECT_EQ(failureOf([&, &wrong = key] { keys.add(wrong); }), words);
   EXPECT_EQ(indexes(), "KEY @QX K");
   EXPECT_EQ(rowsOf("SELECT COUNT(*) FROM [HVUKEY]"), "1");
 }

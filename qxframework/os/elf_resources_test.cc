@@ -26,7 +26,8 @@ class MemorySource : public ByteSource {
   bool read(std::uint64_t offset, std::span<std::byte> out) const override {
     EXPECT_LE(offset, bytes_.size());
     EXPECT_LE(out.size(), bytes_.size() - offset);
-    std::ranges::copy(bytes_.subspan(offset, out.size()), out.begin());
+    const auto from = bytes_.subspan(offset, out.size());
+    std::copy(from.begin(), from.end(), out.begin());
     return true;
   }
 
@@ -36,7 +37,8 @@ class MemorySource : public ByteSource {
 
 /// True if `part` occurs in `whole` in one piece.
 bool occursIn(std::span<const std::byte> whole, std::span<const std::byte> part) {
-  return part.empty() || !std::ranges::search(whole, part).empty();
+  return std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end() ||
+         part.empty();
 }
 
 /// The smallest module with resources: a header, two segments, one note, an image of 48 bytes.
