@@ -58,7 +58,7 @@ tool() {
 check_machine_paths() {
   local remedy='use a relative path or a temporary folder'
   tr '\n' '\0' <"$scratch/files" |
-    xargs -0r grep -HnIoE '(^|[^[:alnum:]_.~-])/(work|root|tmp/h)/' |
+    xargs -0r grep -HnIoE '(^|[^[:alnum:]_.~-])/(root|mnt|Users)/' |
     sed -E 's/^([^:]*:[0-9]+):.*(\/[a-z\/]+\/)$/check: \1: the path \2 exists on one machine only; '"$remedy/" ||
     true
 }

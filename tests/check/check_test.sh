@@ -186,7 +186,7 @@ finds "a new file that is not formatted" 'low/unnoticed.cc:1' 'is not formatted'
 { seq -f '// Line %g.' 1001; } >low/long.cc
 finds "a file of more than 1000 lines" 'low/long.cc:1001' 'more than 1000 lines'
 
-echo "See /$(printf work)/notes." >notes.md
+echo "See /$(printf root)/notes." >notes.md
 finds "a path of one machine" 'notes.md:1' 'exists on one machine only'
 
 if command -v clang-tidy-14 clang-tidy >/dev/null; then
