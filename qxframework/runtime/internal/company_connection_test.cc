@@ -1,4 +1,4 @@
-#include "qxframework/runtime/company_connection.h"
+#include "qxframework/runtime/internal/company_connection.h"
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
