@@ -16,8 +16,6 @@ constexpr std::size_t kFormCapacity = 10;
 }  // namespace
 
 bool LogSettings::matchesModule(std::u16string_view recordModule) const {
-  // equalsIgnoreCase() takes a null text, which a missing module is, for equal to any other.
-  if (recordModule.empty()) return false;
   const bool maybeCut = module.size() == kFormCapacity && recordModule.size() > kFormCapacity;
   return equalsIgnoreCase(module, maybeCut ? recordModule.substr(0, kFormCapacity) : recordModule);
 }

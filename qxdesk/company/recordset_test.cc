@@ -105,6 +105,16 @@ TEST_P(RecordsetTest, AMissingColumnIsABadIndex) {
   EXPECT_EQ(lastError(company), (LastError{DISP_E_BADINDEX, u"The rows have no column 'nope'."}));
 }
 
+TEST_P(RecordsetTest, ANullTextNamesNoColumn) {
+  const auto rows = query(company, u"SELECT Code FROM [@T]");
+  const auto fields = rows->GetFields();
+  CComVariant name;
+  name.vt = VT_BSTR;
+  name.bstrVal = nullptr;
+  EXPECT_EQ(raisedBy([&] { fields->Item(name); }), DISP_E_BADINDEX);
+  EXPECT_EQ(lastError(company), (LastError{DISP_E_BADINDEX, u"The rows have no column ''."}));
+}
+
 TEST_P(RecordsetTest, StartsOnTheFirstRow) {
   insert(u"A", u"1, NULL, NULL, NULL, NULL");
   insert(u"B", u"2, NULL, NULL, NULL, NULL");

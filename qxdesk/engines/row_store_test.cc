@@ -77,6 +77,7 @@ TEST(RowStore, NamesAreFoundInAnyCase) {
   EXPECT_EQ(rows.find(u"CODE"), 0U);
   EXPECT_EQ(rows.find(u"äö"), 1U);
   EXPECT_EQ(rows.find(u"Name"), 2U);
+  EXPECT_EQ(rows.find({}), 2U) << "a null text";
 }
 
 }  // namespace

@@ -59,10 +59,19 @@ std::u16string toUpperByUnit(std::u16string_view text) {
   return upper;
 }
 
-bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b) {
+int compareIgnoreCase(std::u16string_view a, std::u16string_view b) {
+  // ICU refuses a null pointer even with a length of 0, and its result is then 0, as for equal
+  // texts.
+  const auto unitsOf = [](std::u16string_view text) {
+    return text.data() == nullptr ? u"" : text.data();
+  };
   UErrorCode status = U_ZERO_ERROR;
-  return u_strCaseCompare(a.data(), static_cast<int32_t>(a.size()), b.data(),
-                          static_cast<int32_t>(b.size()), U_FOLD_CASE_DEFAULT, &status) == 0;
+  return u_strCaseCompare(unitsOf(a), static_cast<int32_t>(a.size()), unitsOf(b),
+                          static_cast<int32_t>(b.size()), U_FOLD_CASE_DEFAULT, &status);
+}
+
+bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b) {
+  return compareIgnoreCase(a, b) == 0;
 }
 
 }  // namespace qx

@@ -21,7 +21,10 @@ QX_API std::u16string toUpper(std::u16string_view text);
 /// Returns `text` in upper case, mapped unit by unit so that the length stays the same. A letter
 /// whose capital takes several units, or that is a pair of units itself, is not mapped.
 QX_API std::u16string toUpperByUnit(std::u16string_view text);
-/// True if the texts are equal without case, by the default case folding.
+/// Compares two texts without case, by the default case folding. Returns a value below, equal to or
+/// above 0.
+QX_API int compareIgnoreCase(std::u16string_view a, std::u16string_view b);
+/// True if the texts are equal without case. A null text equals the empty one and no other.
 QX_API bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b);
 
 /// True for the blanks that numbers and dates in a text may have around them: blank, tab and

@@ -67,7 +67,21 @@ TEST(Text, EqualityWithoutCaseFoldsBothSides) {
   EXPECT_TRUE(qx::equalsIgnoreCase(u"Code", u"cODE"));
   EXPECT_TRUE(qx::equalsIgnoreCase(u"\u00C4", u"\u00E4"));
   EXPECT_FALSE(qx::equalsIgnoreCase(u"Code", u"Codes"));
+}
+
+TEST(Text, ANullTextEqualsOnlyTheEmptyOne) {
   EXPECT_TRUE(qx::equalsIgnoreCase({}, {}));
+  EXPECT_TRUE(qx::equalsIgnoreCase({}, u""));
+  EXPECT_TRUE(qx::equalsIgnoreCase(u"", {}));
+  EXPECT_FALSE(qx::equalsIgnoreCase({}, u"Code"));
+  EXPECT_FALSE(qx::equalsIgnoreCase(u"Code", {}));
+}
+
+TEST(Text, TheOrderWithoutCaseIsThatOfTheFoldedUnits) {
+  EXPECT_LT(qx::compareIgnoreCase(u"code", u"CODES"), 0);
+  EXPECT_GT(qx::compareIgnoreCase(u"B", u"a"), 0);
+  EXPECT_LT(qx::compareIgnoreCase({}, u"a"), 0);
+  EXPECT_GT(qx::compareIgnoreCase(u"a", {}), 0);
 }
 
 TEST(Text, InlineBlanksAreTheBlankTheTabAndTheNoBreakSpace) {

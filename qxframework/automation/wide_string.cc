@@ -4,7 +4,6 @@
 #include "qxframework/automation/text.h"
 
 #include <unicode/uchar.h>
-#include <unicode/ustring.h>
 
 #include <algorithm>
 
@@ -113,9 +112,6 @@ CString& CString::MakeUpper() {
 }
 
 int CString::CompareNoCase(std::u16string_view other) const {
-  UErrorCode status = U_ZERO_ERROR;
-  const int order =
-      u_strCaseCompare(m_text.data(), static_cast<int32_t>(m_text.size()), other.data(),
-                       static_cast<int32_t>(other.size()), U_FOLD_CASE_DEFAULT, &status);
+  const int order = qx::compareIgnoreCase(m_text, other);
   return order < 0 ? -1 : order > 0 ? 1 : 0;
 }

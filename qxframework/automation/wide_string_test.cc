@@ -104,6 +104,7 @@ TEST(CString, ComparesByUnitWithAndWithoutCase) {
   EXPECT_EQ(CString(u"B").CompareNoCase(u"a"), 1);
   EXPECT_EQ(CString(u"a").CompareNoCase(u"B"), -1);
   EXPECT_EQ(CString(u"").CompareNoCase({}), 0);
+  EXPECT_EQ(CString(u"a").CompareNoCase({}), 1);
 }
 
 TEST(CString, FormatMayPrintTheStringItself) {

@@ -228,9 +228,8 @@ HINSTANCE GetModuleHandleW(const OLECHAR* name) {
   const std::u16string_view wanted = name;
   if (wanted.empty()) return nullptr;
   // A search of its own, because any module's internal name takes precedence over all file names.
-  HINSTANCE byName = table.find([&](const HINSTANCE__& module) {
-    return !module.internalName.empty() && qx::equalsIgnoreCase(module.internalName, wanted);
-  });
+  HINSTANCE byName = table.find(
+      [&](const HINSTANCE__& module) { return qx::equalsIgnoreCase(module.internalName, wanted); });
   if (byName != nullptr) return byName;
   return table.find([&](const HINSTANCE__& module) {
     return module.path == wanted || module.fileName == wanted;

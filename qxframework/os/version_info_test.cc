@@ -59,6 +59,7 @@ TEST(VersionBlock, MissingKeyReturnsNothing) {
   ASSERT_TRUE(block);
   EXPECT_EQ(block->query(u"SpecialBuild"), std::nullopt);
   EXPECT_EQ(block->query(u""), std::nullopt);
+  EXPECT_EQ(block->query({}), std::nullopt) << "a null text";
 }
 
 TEST(VersionBlock, IsMissingInAFileThatIsNoModule) {
