@@ -5,7 +5,10 @@
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
 
+#include <algorithm>
 #include <array>
+#include <ctime>
+#include <span>
 
 namespace qx {
 namespace {
@@ -21,149 +24,95 @@ int monthNamed(std::u16string_view word) {
   return 0;
 }
 
-// The number of digits distinguishes a short year from a whole one: 0099 is not 1999.
-struct Number {
+enum class Half { None, Morning, Evening };
+
+// A number or the name of a month.
+struct Element {
   int value = 0;
-  int digits = 0;
+  int digits = 0;         // 0 for a name; distinguishes the year 99 from the year 0099
+  char16_t joint = u' ';  // the separator between the element before this one and this one
+  Half half = Half::None;
 };
+using Elements = std::span<const Element>;
 
-// Reads a date and a time from the front of a text. A `read` operation returns false if the text
-// does not continue with its part. The whole text is refused then, so a half-read part does no
-// harm.
-class Reader {
+bool isJoint(char16_t unit) {
+  return unit == u'/' || unit == u'-' || unit == u':' || unit == u'.' || unit == u',';
+}
+// Colon and point join the elements of a time; a blank or a comma separates a time from a date.
+bool joinsTime(const Element& element) { return element.joint == u':' || element.joint == u'.'; }
+bool isLoose(const Element& element) { return element.joint == u' ' || element.joint == u','; }
+
+// Splits a text into its elements.
+class Scanner {
  public:
-  explicit Reader(std::u16string_view text) : rest_(text) {}
+  explicit Scanner(std::u16string_view text) : rest_(text) {}
 
-  std::optional<DATE> readAll() {
+  // Returns false if the text has something else in it, or more elements than a date and a time.
+  bool read() {
     skipBlanks();
-    if (rest_.empty()) return std::nullopt;
-    // Each part is read at most once and in either order: a second one is refused.
-    while (!rest_.empty())
-      if (!readPart()) return std::nullopt;
-    if (!hasDate_) time_.year = 1899, time_.month = 12, time_.day = 30;
-    return dateFromCivil(time_);
+    while (!rest_.empty()) {
+      if (!readElement(takeJoint())) return false;
+      skipBlanks();
+    }
+    return true;
   }
+
+  Elements elements() const { return {list_.data(), count_}; }
 
  private:
-  bool readPart() {
-    bool read = false;
-    if (isLetter(peek())) {
-      read = readMonthFirst();
-    } else if (const auto first = takeNumber(); first) {
-      read = readAfterNumber(*first);
-    }
-    skipBlanks();
-    // A "T" joins a date and the time after it. A digit must follow, else "2024-01-31T" would read.
-    if (read && (peek() == u'T' || peek() == u't') && hasDate_ && !hasTime_) {
+  bool readElement(char16_t joint) {
+    if (count_ == 0 && joint != u' ') return false;
+    if (isDigit(peek())) return readNumber(joint);
+    const std::u16string_view word = takeWord();
+    if (joint == u' ' && count_ > 0 && (readHalf(word) || joinsIsoTime(word))) return true;
+    const int month = monthNamed(word);
+    return month != 0 && append({month, 0, joint, Half::None});
+  }
+
+  // Reads one to four digits; with more of them, the value could overflow.
+  bool readNumber(char16_t joint) {
+    Element number{0, 0, joint, Half::None};
+    for (; isDigit(peek()) && number.digits <= 4; ++number.digits) {
+      number.value = number.value * 10 + (peek() - u'0');
       rest_.remove_prefix(1);
-      read = isDigit(peek());
     }
-    return read;
+    const bool isSecond = joint == u':' && count_ > 1 && list_[count_ - 1].joint == u':';
+    if (isSecond) skipFraction();
+    return number.digits <= 4 && append(number);
   }
 
-  // A number starts a date or a time; the sign or word after it decides which.
-  bool readAfterNumber(Number first) {
-    const char16_t sign = peek();
-    if (sign == u':') return readTime(first);
-    if (sign == u'/' || sign == u'-' || sign == u'.') return readDate(first, sign);
-    skipBlanks();
-    if (startsWithAmOrPm()) return readTime(first);
-    return readMonthSecond(first);
-  }
-
-  bool readDate(Number first, char16_t sign) {
-    rest_.remove_prefix(1);
-    if (isLetter(peek())) return readMonthSecond(first, sign);
-    const auto second = takeNumber();
-    if (!second || !take(sign)) return false;
-    const auto third = takeNumber();
-    if (!third) return false;
-    // A year of more than two digits comes first, as in ISO dates. Else the month comes first
-    // unless it cannot be a month; dateFromCivil refuses 13/13/2024.
-    if (first.digits > 2) return setDate(first, second->value, third->value);
-    if (first.value > 12) return setDate(*third, second->value, first.value);
-    return setDate(*third, first.value, second->value);
-  }
-
-  // Reads "31 Jan 2024" or "31-Jan-2024" from the month on.
-  bool readMonthSecond(Number day, char16_t sign = 0) {
-    const int month = monthNamed(takeWord());
-    if (sign == 0) {
-      skipBlanks();
-    } else if (!take(sign)) {
-      return false;
-    }
-    const auto year = takeNumber();
-    return year && setDate(*year, month, day.value);
-  }
-
-  // Reads "Jan 31, 2024".
-  bool readMonthFirst() {
-    const int month = monthNamed(takeWord());
-    skipBlanks();
-    const auto day = takeNumber();
-    if (!day) return false;
-    take(u',');  // optional
-    skipBlanks();
-    const auto year = takeNumber();
-    return year && setDate(*year, month, day->value);
-  }
-
-  bool setDate(Number year, int month, int day) {
-    if (hasDate_ || month == 0) return false;
-    const bool shortYear = year.digits <= 2;
-    time_.year = year.value + (!shortYear ? 0 : year.value < 30 ? 2000 : 1900);
-    time_.month = month;
-    time_.day = day;
-    return hasDate_ = true;
-  }
-
-  bool readTime(Number hour) {
-    if (hasTime_) return false;
-    time_.hour = hour.value;
-    if (take(u':') && !readTwo(time_.minute)) return false;
-    if (take(u':') && !readSecond()) return false;
-    skipBlanks();
-    if (startsWithAmOrPm() && !readAmOrPm()) return false;
-    return hasTime_ = true;
-  }
-
-  bool readTwo(int& part) {
-    const auto number = takeNumber();
-    if (number) part = number->value;
-    return number && number->digits <= 2;
-  }
-
-  bool readSecond() {
-    if (!readTwo(time_.second)) return false;
-    if (!take(u'.')) return true;
-    if (!isDigit(peek())) return false;
-    while (isDigit(peek())) rest_.remove_prefix(1);
+  bool readHalf(std::u16string_view word) {
+    Element& hour = list_[count_ - 1];
+    const std::u16string name = toLower(word);
+    const bool morning = name == u"am" || name == u"a";
+    if (!morning && name != u"pm" && name != u"p") return false;
+    if (hour.digits == 0 || hour.half != Half::None) return false;
+    hour.half = morning ? Half::Morning : Half::Evening;
     return true;
   }
 
-  bool startsWithAmOrPm() const {
-    const std::u16string word = toLower(rest_.substr(0, 2));
-    return (word == u"am" || word == u"pm") && (rest_.size() == 2 || !isLetter(rest_[2]));
+  // True for the "T" in 2024-01-31T15:04. A digit must follow, else "2024-01-31T" would read.
+  bool joinsIsoTime(std::u16string_view word) const {
+    return (word == u"T" || word == u"t") && count_ == 3 && isDigit(peek());
   }
 
-  bool readAmOrPm() {
-    const bool evening = toLower(takeWord()) == u"pm";
-    // 12 AM is midnight and 12 PM is noon.
-    if (time_.hour < 1 || time_.hour > 12) return false;
-    time_.hour = time_.hour % 12 + (evening ? 12 : 0);
+  bool append(const Element& element) {
+    if (count_ == list_.size()) return false;
+    list_[count_++] = element;
     return true;
   }
 
-  // Returns a zero at the end, which no part accepts; a zero in the text is refused likewise.
+  // Returns a zero at the end, which no element accepts; a zero in the text is refused likewise.
   char16_t peek() const { return rest_.empty() ? u'\0' : rest_.front(); }
-  bool take(char16_t unit) {
-    if (peek() != unit) return false;
-    rest_.remove_prefix(1);
-    return true;
-  }
   void skipBlanks() {
     while (isInlineBlank(peek())) rest_.remove_prefix(1);
+  }
+  char16_t takeJoint() {
+    const char16_t joint = peek();
+    if (!isJoint(joint)) return u' ';
+    rest_.remove_prefix(1);
+    skipBlanks();
+    return joint;
   }
   std::u16string_view takeWord() {
     std::size_t length = 0;
@@ -172,22 +121,124 @@ class Reader {
     rest_.remove_prefix(length);
     return word;
   }
-  // Reads one to four digits. Returns nothing for none or more; the fifth digit stops the loop, so
-  // that the value cannot overflow.
-  std::optional<Number> takeNumber() {
-    Number number;
-    for (; isDigit(peek()) && number.digits <= 4; ++number.digits) {
-      number.value = number.value * 10 + (peek() - u'0');
-      rest_.remove_prefix(1);
-    }
-    return number.digits == 0 || number.digits > 4 ? std::nullopt : std::optional(number);
+  void skipFraction() {
+    if (peek() != u'.' || rest_.size() < 2 || !isDigit(rest_[1])) return;
+    rest_.remove_prefix(1);
+    while (isDigit(peek())) rest_.remove_prefix(1);
   }
 
   std::u16string_view rest_;
-  CivilTime time_;
-  bool hasDate_ = false;
-  bool hasTime_ = false;
+  std::array<Element, 6> list_;
+  std::size_t count_ = 0;
 };
+
+// Stores a time of day. Returns false if the elements are none.
+bool readTime(Elements elements, CivilTime& time) {
+  if (elements.size() > 3) return false;
+  for (const Element& element : elements)
+    if (element.digits < 1 || element.digits > 2) return false;
+  time.hour = elements[0].value;
+  time.minute = elements.size() > 1 ? elements[1].value : 0;
+  time.second = elements.size() > 2 ? elements[2].value : 0;
+  // 12 AM is midnight and 12 PM is noon. "13:00 PM" is 13:00: the hour says it already.
+  const Half half = elements.back().half;
+  if (half == Half::Morning && time.hour == 12) time.hour = 0;
+  if (half == Half::Evening && time.hour < 12) time.hour += 12;
+  return time.hour < 24 && time.minute < 60 && time.second < 60;
+}
+
+// Stores the elements of a date in the order of the letters Y, M and D. Returns false if there is
+// no such day.
+bool fillDate(Elements elements, std::string_view order, CivilTime& time) {
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    const int value = elements[i].value;
+    const int digits = elements[i].digits;
+    const bool isName = digits == 0;
+    // Only a year has more than two digits, and only a month has a name.
+    if (order[i] == 'Y' ? isName : digits > 2 || (isName && order[i] == 'D')) return false;
+    if (order[i] == 'M') time.month = value;
+    if (order[i] == 'D') time.day = value;
+    if (order[i] == 'Y') time.year = value + (digits > 2 ? 0 : value < 30 ? 2000 : 1900);
+  }
+  return dateFromCivil(time).has_value();
+}
+
+int yearOfToday() {
+  const auto now = localTime(std::time(nullptr));
+  return now ? now->year : 0;  // 0 is no year of a date, so the text is refused
+}
+
+// Stores a date. Returns false if the elements are none.
+bool readDate(Elements elements, std::optional<int> thisYear, CivilTime& time) {
+  const auto isDate = [&](std::string_view order) {
+    CivilTime tried = time;
+    const bool fits = fillDate(elements, order, tried);
+    if (fits) time = tried;
+    return fits;
+  };
+  if (elements.size() == 2) {
+    if (elements[1].joint == u'.') return false;  // a decimal number
+    time.year = thisYear ? *thisYear : yearOfToday();
+    time.day = 1;
+    return isDate("MD") || isDate("DM") || isDate("MY") || isDate("YM");
+  }
+  if (elements.size() != 3) return false;
+  // Only a whole year may be followed by the day: "2/30/10" is a typing error.
+  return isDate("MDY") || isDate("DMY") || isDate("YMD") ||
+         (elements[0].digits > 2 && isDate("YDM"));
+}
+
+// Returns the elements from `first` on that colons and points join to it. AM or PM ends them.
+Elements joinedFrom(Elements all, std::size_t first) {
+  std::size_t end = first + 1;
+  while (end < all.size() && joinsTime(all[end]) && all[end - 1].half == Half::None) ++end;
+  return all.subspan(first, end - first);
+}
+
+bool isClock(Elements joined) {
+  const auto hasColon = [](const Element& element) { return element.joint == u':'; };
+  return joined.back().half != Half::None ||
+         std::any_of(joined.begin() + 1, joined.end(), hasColon);
+}
+
+// Finds the time among the elements; an empty span if there is none. Returns nothing for two times.
+// Points join a time or a date. They join a date if something else is the time, or if they join the
+// whole text and it is no time of day.
+std::optional<Elements> findTime(Elements all) {
+  Elements clock;
+  Elements pointed;
+  for (std::size_t i = 0; i < all.size();) {
+    const Elements joined = joinedFrom(all, i);
+    i += joined.size();
+    if (joined.size() == 1 && joined.back().half == Half::None) continue;
+    Elements& found = isClock(joined) ? clock : pointed;
+    if (!found.empty()) return std::nullopt;
+    found = joined;
+  }
+  CivilTime ignored;
+  const bool isTime =
+      !pointed.empty() && (pointed.size() < all.size() || readTime(pointed, ignored));
+  return clock.empty() && isTime ? pointed : clock;
+}
+
+// The elements of a date and of a time; one of them may be empty.
+struct Parts {
+  Elements date;
+  Elements time;
+};
+
+// Returns nothing if the time tears the date in two, or if a sign joins the one to the other.
+std::optional<Parts> divided(Elements all) {
+  const auto time = findTime(all);
+  if (!time) return std::nullopt;
+  const std::size_t rest = all.size() - time->size();
+  if (time->empty() || rest == 0) return Parts{all.first(rest), *time};
+  const bool isFirst = time->data() == all.data();
+  if (!isFirst && &time->back() != &all.back()) return std::nullopt;
+  const Parts parts{isFirst ? all.last(rest) : all.first(rest), *time};
+  return isLoose(isFirst ? parts.date.front() : parts.time.front()) ? std::optional(parts)
+                                                                    : std::nullopt;
+}
 
 // Returns the time on the clock of twelve hours, where both midnight and noon are 12.
 std::u16string timeText(const CivilTime& time) {
@@ -208,6 +259,15 @@ std::optional<std::u16string> textFromDate(DATE date) {
   return midnight ? day : day + u" " + timeText(*time);
 }
 
-std::optional<DATE> dateFromText(std::u16string_view text) { return Reader(text).readAll(); }
+std::optional<DATE> dateFromText(std::u16string_view text, std::optional<int> thisYear) {
+  Scanner scanner(text);
+  if (!scanner.read() || scanner.elements().empty()) return std::nullopt;
+  const auto parts = divided(scanner.elements());
+  if (!parts) return std::nullopt;
+  CivilTime time{1899, 12, 30, 0, 0, 0};
+  if (!parts->time.empty() && !readTime(parts->time, time)) return std::nullopt;
+  if (!parts->date.empty() && !readDate(parts->date, thisYear, time)) return std::nullopt;
+  return dateFromCivil(time);
+}
 
 }  // namespace qx
