@@ -75,36 +75,52 @@ bool isGroup(char16_t unit, char16_t group) {
 // Takes the text of a number apart.
 class Speller {
  public:
-  Speller(std::u16string_view text, NumberSigns signs) : rest_(text), signs_(signs) {}
+  Speller(std::u16string_view text, const NumberSigns& signs) : rest_(text), signs_(signs) {}
 
   std::optional<Spelling> read() {
-    trim();
-    // Brackets and a sign exclude each other, and a sign is read on one side only.
-    const bool bracket = rest_.size() > 2 && rest_.front() == u'(' && rest_.back() == u')';
-    if (bracket) rest_ = rest_.substr(1, rest_.size() - 2);
-    const bool sign = !bracket && takeSign();
+    // The parts around the digits come in any order: "-$ 5", "$-5" and "($5)" are all usual.
+    while (takeBlank() || takeSign() || takeCurrency() || takeOpening()) continue;
     readDigits();
     readFraction();
     if (out_.digits.empty() || !readExponent()) return std::nullopt;
-    while (!rest_.empty() && isInlineBlank(rest_.front())) rest_.remove_prefix(1);
-    if (!sign && !bracket) takeSign();
-    if (!rest_.empty()) return std::nullopt;
-    out_.negative = out_.negative || bracket;
+    while (takeBlank() || takeSign() || takeCurrency() || takeClosing()) continue;
+    if (!rest_.empty() || isOpen_) return std::nullopt;
     return std::move(out_);
   }
 
  private:
-  void trim() {
-    while (!rest_.empty() && isInlineBlank(rest_.front())) rest_.remove_prefix(1);
-    while (!rest_.empty() && isInlineBlank(rest_.back())) rest_.remove_suffix(1);
+  bool takeBlank() {
+    if (rest_.empty() || !isInlineBlank(rest_.front())) return false;
+    rest_.remove_prefix(1);
+    return true;
   }
 
+  // Brackets and a sign exclude each other, and a sign is read on one side only.
   bool takeSign() {
-    if (rest_.empty() || (rest_.front() != u'-' && rest_.front() != u'+')) return false;
+    if (hasSign_ || rest_.empty() || (rest_.front() != u'-' && rest_.front() != u'+')) return false;
     out_.negative = rest_.front() == u'-';
     rest_.remove_prefix(1);
-    while (!rest_.empty() && isInlineBlank(rest_.front())) rest_.remove_prefix(1);
+    return hasSign_ = true;
+  }
+
+  bool takeOpening() {
+    if (hasSign_ || rest_.empty() || rest_.front() != u'(') return false;
+    rest_.remove_prefix(1);
+    return isOpen_ = hasSign_ = out_.negative = true;
+  }
+
+  bool takeClosing() {
+    if (!isOpen_ || rest_.empty() || rest_.front() != u')') return false;
+    rest_.remove_prefix(1);
+    isOpen_ = false;
     return true;
+  }
+
+  bool takeCurrency() {
+    const std::u16string_view sign = signs_.currency.data();
+    if (hasCurrency_ || sign.empty() || !rest_.starts_with(sign)) return false;
+    rest_.remove_prefix(sign.size());
+    return hasCurrency_ = true;
   }
 
   bool takeDigit() {
@@ -116,12 +132,10 @@ class Speller {
     return true;
   }
 
-  // A group separator is accepted between any two digits; users do not count the digits of a group.
+  // A group separator is accepted after any digit; users do not count the digits of a group.
   void readDigits() {
-    while (takeDigit()) {
-      const bool grouped = rest_.size() > 1 && isGroup(rest_[0], signs_.group) && isDigit(rest_[1]);
-      if (grouped) rest_.remove_prefix(1);
-    }
+    while (takeDigit())
+      if (!rest_.empty() && isGroup(rest_.front(), signs_.group)) rest_.remove_prefix(1);
   }
 
   void readFraction() {
@@ -149,8 +163,11 @@ class Speller {
   }
 
   std::u16string_view rest_;
-  NumberSigns signs_;
+  const NumberSigns& signs_;
   Spelling out_;
+  bool hasSign_ = false;
+  bool hasCurrency_ = false;
+  bool isOpen_ = false;  // a bracket is open
 };
 
 // The program's locale may have another decimal separator, so strtod would misread the point.
@@ -172,6 +189,36 @@ bool readExact(const Spelling& spelling, Number& number) {
   }
   const char* end = digits.data() + digits.size();
   return std::from_chars(digits.data(), end, number.magnitude).ec == std::errc();
+}
+
+std::u16string_view withoutInlineBlanks(std::u16string_view text) {
+  while (!text.empty() && isInlineBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isInlineBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+// Returns the bits of one digit if "&H" or "&O" introduces the text; 0 for any other text.
+int bitsOfDigit(std::u16string_view text) {
+  if (text.size() < 2 || text[0] != u'&') return 0;
+  const char16_t letter = toUpperAscii(text[1]);
+  return letter == u'H' ? 4 : letter == u'O' ? 3 : 0;
+}
+
+// Reads the digits behind "&H" or "&O". More than 64 bits fit no kind, as an infinite number does.
+std::optional<Number> numberFromBits(std::u16string_view digits, int bitsOfEach) {
+  std::uint64_t bits = 0;
+  bool fits = true;
+  if (digits.empty()) return std::nullopt;
+  for (const char16_t digit : digits) {
+    const int value = hexDigitValue(digit);
+    if (value < 0 || value >> bitsOfEach != 0) return std::nullopt;
+    fits = fits && bits >> (64 - bitsOfEach) == 0;
+    bits = bits << bitsOfEach | static_cast<std::uint64_t>(value);
+  }
+  if (!fits) return numberFromReal(std::numeric_limits<double>::infinity());
+  Number number = numberFromSigned(static_cast<std::int64_t>(bits));
+  number.isBits = true;
+  return number;
 }
 
 int signOf(const Number& number) {
@@ -204,7 +251,8 @@ long double comparable(const Number& number) {
   return number.negative ? -magnitude : magnitude;
 }
 
-// Returns the number of bytes of a value of the kind; 0 if the kind is unknown or has no value.
+}  // namespace
+
 std::size_t sizeOfKind(VARTYPE type) {
   switch (type) {
     case VT_I1:
@@ -235,7 +283,10 @@ std::size_t sizeOfKind(VARTYPE type) {
   }
 }
 
-}  // namespace
+bool isKnownKind(VARTYPE type) {
+  return type == VT_EMPTY || type == VT_NULL ||
+         sizeOfKind(static_cast<VARTYPE>(type & ~VT_BYREF)) != 0;
+}
 
 std::optional<VARIANT> dereferenced(const VARIANT& value) {
   if ((value.vt & VT_BYREF) == 0) return value;
@@ -299,7 +350,9 @@ std::optional<Number> numberOf(const VARIANT& value) {
   }
 }
 
-std::optional<Number> numberFromText(std::u16string_view text, NumberSigns signs) {
+std::optional<Number> numberFromText(std::u16string_view text, const NumberSigns& signs) {
+  const std::u16string_view inner = withoutInlineBlanks(text);
+  if (const int bits = bitsOfDigit(inner); bits != 0) return numberFromBits(inner.substr(2), bits);
   const auto spelling = Speller(text, signs).read();
   if (!spelling) return std::nullopt;
   Number number;
@@ -308,6 +361,10 @@ std::optional<Number> numberFromText(std::u16string_view text, NumberSigns signs
   // With an exponent, more than four decimals or too many digits, only the double is left.
   if (!readExact(*spelling, number)) number = numberFromReal(number.real);
   return number;
+}
+
+std::uint64_t bitsOf(const Number& number) {
+  return number.negative ? 0 - number.magnitude : number.magnitude;
 }
 
 std::optional<std::int64_t> toInteger(const Number& number, std::int64_t low, std::int64_t high) {
@@ -349,7 +406,7 @@ int compareNumbers(const Number& a, const Number& b) {
   return signA * compareExact(a, b);
 }
 
-std::u16string textFromReal(double value, int digits, NumberSigns signs) {
+std::u16string textFromReal(double value, int digits, const NumberSigns& signs) {
   char narrow[40];
   const double shown = value == 0 ? 0.0 : value;  // without the sign of -0.0
   const auto written =
@@ -360,7 +417,7 @@ std::u16string textFromReal(double value, int digits, NumberSigns signs) {
   return text;
 }
 
-std::u16string textFromMoney(CY amount, NumberSigns signs) {
+std::u16string textFromMoney(CY amount, const NumberSigns& signs) {
   const std::uint64_t magnitude = magnitudeOf(amount.int64);
   // 10000 is added and its 1 cut off again, which keeps the leading zeros of the fraction.
   std::string fraction = std::to_string(magnitude % kMoneyUnit + kMoneyUnit).substr(1);

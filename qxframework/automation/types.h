@@ -54,6 +54,7 @@ inline constexpr HRESULT E_HANDLE = qx::resultCode(0x80070006);
 inline constexpr HRESULT E_OUTOFMEMORY = qx::resultCode(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = qx::resultCode(0x80070057);
 inline constexpr HRESULT DISP_E_TYPEMISMATCH = qx::resultCode(0x80020005);
+inline constexpr HRESULT DISP_E_BADVARTYPE = qx::resultCode(0x80020008);
 inline constexpr HRESULT DISP_E_OVERFLOW = qx::resultCode(0x8002000A);
 inline constexpr HRESULT DISP_E_BADINDEX = qx::resultCode(0x8002000B);
 inline constexpr HRESULT DISP_E_MEMBERNOTFOUND = qx::resultCode(0x80020003);

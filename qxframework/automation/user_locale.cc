@@ -177,6 +177,20 @@ char16_t numberSign(const UNumberFormat* format, UNumberFormatSymbol symbol, cha
   return U_SUCCESS(status) && length == 1 ? text[0] : fallback;
 }
 
+// Reads the sign of the local currency. ICU gives the general currency sign for a locale without a
+// country; `currency` is unchanged then.
+void readCurrency(const UNumberFormat* format, std::array<char16_t, 6>& currency) {
+  constexpr UChar kNoCurrency = 0xA4;
+  UChar text[16] = {};
+  UErrorCode status = U_ZERO_ERROR;
+  const int32_t length = unum_getSymbol(format, UNUM_CURRENCY_SYMBOL, text, 16, &status);
+  if (U_SUCCESS(status) && text[0] == kNoCurrency) return;
+  currency = {};
+  // The last place remains for the zero.
+  if (U_SUCCESS(status) && length < static_cast<int32_t>(currency.size()))
+    std::copy_n(text, length, currency.begin());
+}
+
 NumberSigns readNumberSigns(LCID locale) {
   NumberSigns signs;
   UErrorCode status = U_ZERO_ERROR;
@@ -185,6 +199,7 @@ NumberSigns readNumberSigns(LCID locale) {
   if (U_SUCCESS(status)) {
     signs.decimal = numberSign(format, UNUM_DECIMAL_SEPARATOR_SYMBOL, signs.decimal);
     signs.group = numberSign(format, UNUM_GROUPING_SEPARATOR_SYMBOL, signs.group);
+    readCurrency(format, signs.currency);
   }
   unum_close(format);
   return signs;

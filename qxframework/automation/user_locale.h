@@ -6,6 +6,7 @@
 
 #include "qxframework/automation/types.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -16,13 +17,15 @@ namespace qx {
 /// punctuation counts. An unknown id uses the order of the root locale. Thread-safe.
 QX_API int collate(std::u16string_view a, std::u16string_view b, LCID locale, bool ignoreCase);
 
-/// The separators in a number.
+/// The signs in a number: its separators, and the sign of the local currency, which a zero ends. A
+/// locale whose currency has no sign, or one of more than five units, has an empty one.
 struct NumberSigns {
   char16_t decimal = u'.';
   char16_t group = u',';
+  std::array<char16_t, 6> currency = {u'$'};
 };
-/// Returns the separators of a locale; the defaults above for a locale without separators of one
-/// unit.
+/// Returns the signs of a locale; the default above for each separator that is not of one unit. A
+/// locale that belongs to no country, as the root does, has the default currency too.
 QX_API NumberSigns numberSigns(LCID locale);
 
 /// Returns the user's default locale in the form "de_DE"; empty for the root locale. It is read

@@ -40,6 +40,26 @@ TEST(UserLocale, NumberSignsAreThoseOfTheLocale) {
   EXPECT_EQ(qx::numberSigns(1031).group, u'.');
 }
 
+std::u16string currencyOf(LCID locale) { return qx::numberSigns(locale).currency.data(); }
+
+TEST(UserLocale, CurrencySignsAreThoseOfTheLocale) {
+  EXPECT_EQ(currencyOf(1033), u"$");
+  EXPECT_EQ(currencyOf(1031), u"\u20AC");
+  EXPECT_EQ(currencyOf(2057), u"\u00A3") << "English, Great Britain";
+  EXPECT_EQ(currencyOf(2055), u"CHF") << "German, Switzerland";
+}
+
+TEST(UserLocale, TheRootLocaleHasTheDefaultCurrency) {
+  EXPECT_EQ(currencyOf(1024), u"$");
+  EXPECT_EQ(currencyOf(0x7777), u"$") << "an unknown locale";
+}
+
+TEST(Collate, ANullTextPrecedesAllOthers) {
+  EXPECT_LT(qx::collate({}, u"a", 1033, false), 0);
+  EXPECT_LT(qx::collate({}, u"\u00E4", 1033, false), 0);
+  EXPECT_GT(qx::collate(u"\u00E4", {}, 1033, true), 0);
+}
+
 TEST(Collate, OrdersInTheUsersLocaleToo) {
   EXPECT_LT(qx::collate(u"a", u"b", 1024, false), 0);
   EXPECT_GT(qx::collate(u"b", u"A", 1024, false), 0);

@@ -87,6 +87,23 @@ TEST(VarBstrCmp, UnpairedSurrogatesCompare) {
   EXPECT_EQ(forward + backward, VARCMP_LT + VARCMP_GT);
 }
 
+TEST(VarBstrCmp, ZerosInABstrCount) {
+  const CComBSTR left(std::u16string_view(u"a\0b", 3));
+  const CComBSTR right(std::u16string_view(u"a\0c", 3));
+  const CComBSTR shorter(u"a");
+  EXPECT_EQ(VarBstrCmp(left, right, kEnglish, 0), VARCMP_LT);
+  EXPECT_EQ(VarBstrCmp(left.m_str, right.m_str, kEnglish, 0), VARCMP_LT);
+  EXPECT_EQ(VarBstrCmp(left, left, kEnglish, 0), VARCMP_EQ);
+  EXPECT_EQ(VarBstrCmp(shorter, CComBSTR(), kEnglish, 0), VARCMP_GT);
+  for (const auto& [a, b] : {std::pair(left, right), std::pair(right, left),
+                             std::pair(left, shorter), std::pair(shorter, left)})
+    EXPECT_EQ(VarBstrCmp(a, b, kEnglish, 0), compare(a, b));
+}
+
+TEST(VarBstrCmp, ATextThatIsNoBstrEndsAtItsTerminator) {
+  EXPECT_EQ(compareTexts(u"a\0b", u"a\0c"), VARCMP_EQ);
+}
+
 TEST(VarCmp, ReturnsNullIfEitherSideIsNull) {
   EXPECT_EQ(compare(ofKind(VT_NULL), 1), VARCMP_NULL);
   EXPECT_EQ(compare(u"a", ofKind(VT_NULL)), VARCMP_NULL);
@@ -115,6 +132,34 @@ TEST(VarCmp, NumbersCompareByValueAcrossKinds) {
   EXPECT_EQ(compare(CComVariant(2.0, VT_DATE), 2), VARCMP_EQ);
   EXPECT_EQ(compare(true, -1), VARCMP_EQ);
   EXPECT_EQ(compare(true, false), VARCMP_LT);
+}
+
+CComVariant real32(float number) {
+  CComVariant value = ofKind(VT_R4);
+  value.fltVal = number;
+  return value;
+}
+
+TEST(VarCmp, AShortRealComparesAtItsPrecision) {
+  EXPECT_EQ(compare(real32(0.1F), 0.1), VARCMP_EQ);
+  EXPECT_EQ(compare(0.1, real32(0.1F)), VARCMP_EQ);
+  EXPECT_EQ(compare(real32(0.1F), CComVariant(0.1, VT_DATE)), VARCMP_EQ);
+  EXPECT_EQ(compare(CComVariant(0.1, VT_DATE), real32(0.1F)), VARCMP_EQ);
+  EXPECT_EQ(compare(real32(0.1F), 0.1000001), VARCMP_LT);
+  EXPECT_EQ(compare(0.1000001, real32(0.1F)), VARCMP_GT);
+  EXPECT_EQ(compare(real32(16777216.0F), 16777217), VARCMP_LT) << "integers stay exact";
+  EXPECT_EQ(compare(real32(0.5F), money(5000)), VARCMP_EQ);
+}
+
+TEST(VarCmp, ARealBeyondTheShortOnesIsInfiniteBesideThem) {
+  const float infinity = std::numeric_limits<float>::infinity();
+  const float most = std::numeric_limits<float>::max();
+  EXPECT_EQ(compare(real32(most), 1e300), VARCMP_LT);
+  EXPECT_EQ(compare(real32(-most), -1e300), VARCMP_GT);
+  EXPECT_EQ(compare(real32(infinity), 1e300), VARCMP_EQ);
+  EXPECT_EQ(compare(real32(-infinity), -1e300), VARCMP_EQ);
+  EXPECT_EQ(compare(real32(most), static_cast<double>(most)), VARCMP_EQ);
+  EXPECT_EQ(compare(real32(0), std::numeric_limits<double>::quiet_NaN()), VARCMP_GT);
 }
 
 TEST(VarCmp, LargeIntegersCompareExactly) {
@@ -166,6 +211,15 @@ TEST(VarCmp, ObjectsDoNotCompare) {
   const CComVariant object(static_cast<IDispatch*>(nullptr));
   EXPECT_EQ(compare(object, 1), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(compare(object, object), DISP_E_TYPEMISMATCH);
+}
+
+TEST(VarCmp, AnUnknownKindIsABadOne) {
+  for (const int kind : {12, 14, 24, 99, 0x2000 | VT_I4, VT_BYREF | VT_EMPTY}) {
+    const CComVariant unknown = ofKind(static_cast<VARTYPE>(kind));
+    EXPECT_EQ(compare(unknown, 1), DISP_E_BADVARTYPE) << kind;
+    EXPECT_EQ(compare(1, unknown), DISP_E_BADVARTYPE) << kind;
+    EXPECT_EQ(compare(ofKind(VT_NULL), unknown), DISP_E_BADVARTYPE) << kind;
+  }
 }
 
 TEST(VarCmp, ReadsThroughReferences) {

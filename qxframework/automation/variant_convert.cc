@@ -8,8 +8,10 @@
 #include "qxframework/automation/variant.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
+#include <type_traits>
 
 namespace qx {
 namespace {
@@ -124,6 +126,12 @@ HRESULT putBoolean(const VARIANT& from, const Request& request, VARIANT& out) {
 template <class T>
 HRESULT putInteger(const Number& number, T VARIANT::*member, VARIANT& out) {
   constexpr T kHigh = std::numeric_limits<T>::max();
+  if (number.isBits) {
+    const std::uint64_t bits = bitsOf(number);
+    if (bits > std::numeric_limits<std::make_unsigned_t<T>>::max()) return DISP_E_OVERFLOW;
+    out.*member = static_cast<T>(bits);
+    return S_OK;
+  }
   if constexpr (std::is_signed_v<T>) {
     const auto value = toInteger(number, std::numeric_limits<T>::min(), kHigh);
     if (!value) return DISP_E_OVERFLOW;
@@ -189,11 +197,21 @@ bool isUnsigned(VARTYPE type) {
   return type == VT_UI1 || type == VT_UI2 || type == VT_UI4 || type == VT_UI8 || type == VT_UINT;
 }
 
+bool isInteger(VARTYPE type) {
+  return type == VT_I2 || type == VT_I4 || (type >= VT_I1 && type <= VT_UINT);
+}
+
 HRESULT putNumber(const VARIANT& from, const Request& request, VARIANT& out) {
   // True has all bits set, as -1 has, which would not fit into an unsigned kind as a number. All
   // members share the lower bytes of the union.
   if (from.vt == VT_BOOL && isUnsigned(out.vt)) {
     out.llVal = from.boolVal != VARIANT_FALSE ? -1 : 0;
+    return S_OK;
+  }
+  // Between kinds that differ in the sign only, the bits stay: -1 becomes the highest number.
+  const std::size_t size = sizeOfKind(out.vt);
+  if (isInteger(from.vt) && isInteger(out.vt) && size == sizeOfKind(from.vt)) {
+    std::memcpy(&out.llVal, &from.llVal, size);
     return S_OK;
   }
   const auto number = numberIn(from, request);
@@ -226,6 +244,7 @@ HRESULT convert(const VARIANT& from, const Request& request, VARIANT& out) {
   // The kind is set before the value: the put functions read it to find the member. On failure the
   // caller discards `out`, which owns nothing then.
   out.vt = request.type;
+  if (request.type == VT_EMPTY || request.type == VT_NULL) return S_OK;  // no value to convert
   if (isObject(request.type)) return putObject(from, out);
   if (from.vt == VT_DISPATCH) return convertValueOf(from.pdispVal, request, out);
   switch (request.type) {
@@ -246,6 +265,8 @@ HRESULT convert(const VARIANT& from, const Request& request, VARIANT& out) {
 HRESULT VariantChangeTypeEx(VARIANT* to, const VARIANT* from, LCID locale, WORD flags,
                             VARTYPE type) {
   if (to == nullptr || from == nullptr) return E_POINTER;
+  if (!qx::isKnownKind(from->vt) || !qx::isKnownKind(type) || (type & VT_BYREF) != 0)
+    return DISP_E_BADVARTYPE;
   try {
     const auto value = qx::dereferenced(*from);
     if (!value) return DISP_E_TYPEMISMATCH;

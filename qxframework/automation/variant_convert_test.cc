@@ -2,11 +2,14 @@
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/variant.h"
+#include "testing/cases.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <optional>
+#include <random>
+#include <utility>
 
 namespace {
 
@@ -149,9 +152,67 @@ TEST(TextToNumber, FollowsTheLocale) {
   EXPECT_EQ(real(u"1 234,5", 1036), 1234.5) << "French, grouped by a plain blank";
 }
 
+TEST(TextToNumber, ReadsTheSignOfTheCurrencyOnEitherSide) {
+  for (const LCID locale : {kEnglish, LCID{1024}}) {
+    EXPECT_EQ(real(u"$1,234.5", locale), 1234.5);
+    EXPECT_EQ(real(u"-$11", locale), -11);
+    EXPECT_EQ(real(u"$-11", locale), -11);
+    EXPECT_EQ(real(u" $ 11 ", locale), 11);
+    EXPECT_EQ(real(u"($11)", locale), -11);
+    EXPECT_EQ(real(u"$(11)", locale), -11);
+    EXPECT_EQ(real(u"11 $", locale), 11);
+    EXPECT_EQ(converted(u"$0.1", VT_CY, locale).cyVal.int64, 1000);
+  }
+  EXPECT_EQ(real(u"1.234,50 \u20AC", kGerman), 1234.5);
+  EXPECT_EQ(real(u"CHF 5", 2055), 5);
+}
+
+TEST(TextToNumber, AGroupSeparatorMayEndTheDigits) {
+  EXPECT_EQ(real(u"1,"), 1);
+  EXPECT_EQ(code(u"1,,", VT_R8), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(integer(u"1,2,"), 12);
+  EXPECT_EQ(real(u"1,.5"), 1.5);
+}
+
+TEST(TextToNumber, ReadsHexadecimalAndOctalDigitsAsBits) {
+  EXPECT_EQ(integer(u"&HF800"), 63488);
+  EXPECT_EQ(converted(u"&HF800", VT_I2).iVal, -2048);
+  EXPECT_EQ(converted(u"&hf800", VT_UI2).uiVal, 63488);
+  EXPECT_EQ(integer(u"&HFFFFFFFF"), -1);
+  EXPECT_EQ(integer(u" &O17 "), 15);
+  EXPECT_EQ(converted(u"&o377", VT_I1).cVal, -1);
+  EXPECT_EQ(converted(u"&HFFFFFFFF", VT_I8).llVal, 4294967295);
+  EXPECT_EQ(converted(u"&HFFFFFFFFFFFFFFFF", VT_I8).llVal, -1);
+  EXPECT_EQ(converted(u"&HFFFFFFFFFFFFFFFF", VT_UI8).ullVal,
+            std::numeric_limits<std::uint64_t>::max());
+}
+
+TEST(TextToNumber, BitsAreASignedNumberForOtherKinds) {
+  EXPECT_EQ(real(u"&HF800"), 63488);
+  EXPECT_EQ(real(u"&HFFFFFFFFFFFFFFFF"), -1);
+  EXPECT_EQ(converted(u"&H10", VT_CY).cyVal.int64, 160000);
+  EXPECT_EQ(converted(u"&H00", VT_BOOL).boolVal, VARIANT_FALSE);
+  EXPECT_EQ(converted(u"&H01", VT_BOOL).boolVal, VARIANT_TRUE);
+}
+
+TEST(TextToNumber, BitsThatDoNotFitAreAnOverflow) {
+  EXPECT_EQ(code(u"&HF800", VT_UI1), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(u"&HF800", VT_I1), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(u"&H100000000", VT_I4), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(u"&H10000000000000000", VT_I8), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(u"&H10000000000000000", VT_R8), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(u"&O2000000000000000000000", VT_UI8), DISP_E_OVERFLOW);
+  EXPECT_EQ(converted(u"&O1777777777777777777777", VT_I8).llVal, -1);
+  EXPECT_EQ(integer(u"&H0000000000000000000001"), 1);
+}
+
 TEST(TextToNumber, OtherTextsAreAMismatch) {
-  for (const OLECHAR* bad : {u"", u" ", u"abc", u"1x", u"--1", u"-", u".", u"1e", u"1.2.3", u"+-1",
-                             u"1 2", u"()", u"-(5)", u"1,5x", u"\u0661"})
+  for (const OLECHAR* bad :
+       {u"",      u" ",    u"abc",  u"1x",      u"--1",     u"-",    u".",   u"1e",   u"1e+",
+        u"1.2.3", u"+-1",  u"1 2",  u"()",      u"-(5)",    u"(-5)", u"(5",  u"5)",   u"(5))",
+        u"((5)",  u"5-(",  u"-5-",  u"1,5x",    u"\u0661",  u",",    u",1",  u"1,,2", u"1.2,3",
+        u"$",     u"$$5",  u"$5$",  u"\u20AC5", u"&",       u"&H",   u"&HG", u"&O8",  u"&X1",
+        u"-&H1",  u"&H-1", u"& H1", u"&H1,0",   u"&H\u0131"})
     EXPECT_EQ(code(bad, VT_R8), DISP_E_TYPEMISMATCH) << testing::PrintToString(bad);
 }
 
@@ -190,7 +251,8 @@ TEST(NumberToInteger, ANumberOutsideTheRangeIsAnOverflow) {
   EXPECT_EQ(integer(2147483647.4), std::numeric_limits<std::int32_t>::max());
   EXPECT_EQ(code(2147483647.5, VT_I4), DISP_E_OVERFLOW);
   EXPECT_EQ(code(40000, VT_I2), DISP_E_OVERFLOW);
-  EXPECT_EQ(code(-1, VT_UI4), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(-1, VT_UI8), DISP_E_OVERFLOW);
+  EXPECT_EQ(code(u"-1", VT_UI4), DISP_E_OVERFLOW);
   EXPECT_EQ(code(256, VT_UI1), DISP_E_OVERFLOW);
   EXPECT_EQ(code(128, VT_I1), DISP_E_OVERFLOW);
   EXPECT_EQ(code(1e300, VT_I8), DISP_E_OVERFLOW);
@@ -198,6 +260,27 @@ TEST(NumberToInteger, ANumberOutsideTheRangeIsAnOverflow) {
   EXPECT_EQ(converted(-0.4, VT_UI4).ulVal, 0U);
   EXPECT_EQ(converted(-9223372036854775808.0, VT_I8).llVal,
             std::numeric_limits<std::int64_t>::min());
+}
+
+TEST(NumberToInteger, AChangeOfSignKeepsTheBits) {
+  EXPECT_EQ(converted(-1, VT_UI4).ulVal, 0xFFFFFFFFU);
+  EXPECT_EQ(converted(-1, VT_UINT).uintVal, 0xFFFFFFFFU);
+  EXPECT_EQ(converted(short{-2}, VT_UI2).uiVal, 0xFFFE);
+  EXPECT_EQ(converted(with(VT_I1, &VARIANT::cVal, std::int8_t{-1}), VT_UI1).bVal, 255);
+  EXPECT_EQ(converted(int64(-1), VT_UI8).ullVal, std::numeric_limits<std::uint64_t>::max());
+  EXPECT_EQ(converted(with(VT_UI1, &VARIANT::bVal, std::uint8_t{200}), VT_I1).cVal, -56);
+  EXPECT_EQ(converted(with(VT_UI2, &VARIANT::uiVal, std::uint16_t{0xFFFF}), VT_I2).iVal, -1);
+  EXPECT_EQ(converted(with(VT_UI4, &VARIANT::ulVal, 0x80000000U), VT_I4).lVal,
+            std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(converted(with(VT_UINT, &VARIANT::uintVal, 0xFFFFFFFFU), VT_INT).intVal, -1);
+  EXPECT_EQ(converted(unsigned64(1ULL << 63), VT_I8).llVal,
+            std::numeric_limits<std::int64_t>::min());
+}
+
+TEST(NumberToInteger, AChangeOfSignReadsItsOwnBytesOnly) {
+  CComVariant from = int64(0x1122334455667788);
+  from.vt = VT_I4;
+  EXPECT_EQ(converted(from, VT_UI4).llVal, 0x55667788);
 }
 
 TEST(NumberToReal, AShortRealRefusesNumbersOutsideItsRange) {
@@ -226,6 +309,11 @@ TEST(ToBoolean, ReadsWordsAndNumbers) {
   EXPECT_EQ(code(u"yes", VT_BOOL), DISP_E_TYPEMISMATCH);
 }
 
+TEST(ToBoolean, ANullTextIsNoWord) {
+  EXPECT_EQ(code(with(VT_BSTR, &VARIANT::bstrVal, BSTR{}), VT_BOOL), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(code(u"", VT_BOOL), DISP_E_TYPEMISMATCH);
+}
+
 TEST(FromBoolean, TrueIsMinusOneOrAllBits) {
   EXPECT_EQ(integer(true), -1);
   EXPECT_EQ(real(true), -1.0);
@@ -237,6 +325,8 @@ TEST(FromBoolean, TrueIsMinusOneOrAllBits) {
 TEST(ToDate, ReadsTextInTheUsualForms) {
   EXPECT_EQ(converted(u"1/31/2024", VT_DATE).date, 45322.0);
   EXPECT_EQ(converted(u"2024-01-31 03:04:05", VT_DATE).date, 45322.0 + 11045.0 / 86400);
+  EXPECT_EQ(converted(u"2 January, 1970", VT_DATE, 1024).date, 25570.0);
+  EXPECT_EQ(text(converted(u"1/14", VT_DATE)).substr(0, 7), u"1/14/20") << "of this year";
   EXPECT_EQ(code(u"2/30/2024", VT_DATE), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(code(u"abc", VT_DATE), DISP_E_TYPEMISMATCH);
 }
@@ -256,16 +346,40 @@ TEST(ChangeType, EmptyBecomesZeroOfEveryKind) {
     EXPECT_EQ(converted(CComVariant(), type).llVal, 0) << type;
 }
 
-TEST(ChangeType, NullBecomesOnlyNull) {
+TEST(ChangeType, NullBecomesNoValueOfAnotherKind) {
   CComVariant null;
   null.vt = VT_NULL;
   EXPECT_EQ(code(null, VT_NULL), S_OK);
   EXPECT_EQ(code(null, VT_I4), DISP_E_TYPEMISMATCH);
-  EXPECT_EQ(code(1, VT_NULL), DISP_E_TYPEMISMATCH);
-  EXPECT_EQ(code(1, VT_EMPTY), DISP_E_TYPEMISMATCH);
 }
 
-TEST(ChangeType, AnErrorBecomesOnlyAnError) {
+TEST(ChangeType, EverythingBecomesEmptyAndNull) {
+  CComVariant null;
+  null.vt = VT_NULL;
+  const CComVariant error = with(VT_ERROR, &VARIANT::scode, 5);
+  const CComVariant object(static_cast<IDispatch*>(nullptr));
+  for (const CComVariant& from : {CComVariant(), null, CComVariant(1), CComVariant(1.5),
+                                  CComVariant(true), CComVariant(u"x"), error, object}) {
+    EXPECT_EQ(converted(from, VT_EMPTY).vt, VT_EMPTY) << from.vt;
+    EXPECT_EQ(converted(from, VT_NULL).vt, VT_NULL) << from.vt;
+  }
+  CComVariant inPlace(u"x");
+  EXPECT_EQ(inPlace.ChangeType(VT_EMPTY), S_OK);
+  EXPECT_EQ(inPlace.vt, VT_EMPTY);
+}
+
+TEST(ChangeType, AnUnknownKindIsABadOne) {
+  for (const int kind : {12, 14, 24, 99, 0x2000 | VT_I4, VT_BYREF | VT_EMPTY, VT_BYREF | VT_NULL}) {
+    CComVariant from(7);
+    EXPECT_EQ(code(from, static_cast<VARTYPE>(kind)), DISP_E_BADVARTYPE) << kind;
+    from.vt = static_cast<VARTYPE>(kind);
+    EXPECT_EQ(code(from, VT_I4), DISP_E_BADVARTYPE) << kind;
+    EXPECT_EQ(code(from, VT_EMPTY), DISP_E_BADVARTYPE) << kind;
+  }
+  EXPECT_EQ(code(7, VT_BYREF | VT_I4), DISP_E_BADVARTYPE) << "a reference has no room to refer to";
+}
+
+TEST(ChangeType, AnErrorBecomesNoValueOfAnotherKind) {
   const CComVariant error = with(VT_ERROR, &VARIANT::scode, 5);
   EXPECT_EQ(converted(error, VT_ERROR).scode, 5);
   EXPECT_EQ(code(error, VT_I4), DISP_E_TYPEMISMATCH);
@@ -337,6 +451,62 @@ TEST(ChangeType, ObjectsBecomeAnInterfaceThatTheyHave) {
   EXPECT_EQ(code(unknown, VT_I4), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(code(1, VT_DISPATCH), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(code(CComVariant(static_cast<IDispatch*>(nullptr)), VT_I4), DISP_E_TYPEMISMATCH);
+}
+
+// Properties of values that are drawn at random.
+
+std::u16string bitsText(std::uint64_t bits, std::uint64_t base) {
+  std::u16string digits;
+  do {
+    digits.insert(digits.begin(), u"0123456789abcdef"[bits % base]);
+    bits /= base;
+  } while (bits != 0);
+  return (base == 16 ? u"&H" : u"&o") + digits;
+}
+
+TEST(RandomValues, BitsReadBackAsTheyAreWritten) {
+  std::mt19937_64 random(1);
+  for (std::size_t i = qx::test::cases(5000); i > 0; --i) {
+    const std::uint64_t bits = random() >> random() % 64;
+    for (const std::uint64_t base : {16U, 8U}) {
+      const std::u16string written = bitsText(bits, base);
+      const CComVariant from{std::u16string_view(written)};
+      ASSERT_EQ(converted(from, VT_UI8).ullVal, bits) << testing::PrintToString(written);
+      ASSERT_EQ(converted(from, VT_I8).ullVal, bits) << testing::PrintToString(written);
+      ASSERT_EQ(code(from, VT_UI2), bits <= 0xFFFF ? S_OK : DISP_E_OVERFLOW) << bits;
+      ASSERT_EQ(code(from, VT_I2), bits <= 0xFFFF ? S_OK : DISP_E_OVERFLOW) << bits;
+    }
+  }
+}
+
+TEST(RandomValues, MoneyReadsBackInEveryDressOfALocale) {
+  std::mt19937_64 random(2);
+  for (std::size_t i = qx::test::cases(5000); i > 0; --i) {
+    const CComVariant amount = money(static_cast<std::int64_t>(random()) >> random() % 64);
+    for (const LCID locale : {kEnglish, kGerman}) {
+      const std::u16string sign = locale == kGerman ? u"\u20AC" : u"$";
+      const std::u16string plain = text(amount, locale);
+      for (const std::u16string& dressed :
+           {plain, sign + plain, plain + u" " + sign, u" " + plain + u"\t"}) {
+        const CComVariant read = converted(std::u16string_view(dressed), VT_CY, locale);
+        ASSERT_EQ(read.cyVal.int64, amount.cyVal.int64) << testing::PrintToString(dressed);
+      }
+    }
+  }
+}
+
+TEST(RandomValues, AChangeOfSignAndBackKeepsTheValue) {
+  std::mt19937_64 random(3);
+  constexpr std::pair<VARTYPE, VARTYPE> kPairs[] = {
+      {VT_I1, VT_UI1}, {VT_I2, VT_UI2}, {VT_I4, VT_UI4}, {VT_INT, VT_UINT}, {VT_I8, VT_UI8}};
+  for (std::size_t i = qx::test::cases(1000); i > 0; --i)
+    for (const auto& [withSign, withoutSign] : kPairs) {
+      CComVariant filled = converted(0, withSign);
+      filled.ullVal = random();
+      const CComVariant once = converted(filled, withoutSign);
+      const CComVariant back = converted(once, withSign);
+      ASSERT_EQ(VarCmp(&back, &filled, kEnglish, 0), VARCMP_EQ) << withSign;
+    }
 }
 
 }  // namespace
