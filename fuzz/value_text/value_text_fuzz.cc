@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr LCID kLocales[] = {1033, 1031, 1036};
+constexpr LCID kLocales[] = {1033, 1031, 1036, 1024};
 
 void check(bool right) {
   if (!right) std::abort();
@@ -33,7 +33,7 @@ bool rewrite(CComVariant& text, VARTYPE type, LCID locale) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  const LCID locale = kLocales[data[0] % 3];
+  const LCID locale = kLocales[data[0] % 4];
   const std::u16string text(data + 1, data + size);
   for (const VARTYPE type : {VT_I1, VT_I2, VT_I4, VT_I8, VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_R4,
                              VT_R8, VT_CY, VT_DATE, VT_BOOL}) {
