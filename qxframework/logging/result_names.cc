@@ -1,6 +1,9 @@
 #include "qxframework/logging/result_names.h"
 
 #include "qxframework/automation/format.h"
+#include "qxframework/automation/registry.h"
+#include "qxframework/automation/system_message.h"
+#include "qxframework/automation/text.h"
 
 #include <algorithm>
 #include <iterator>
@@ -15,7 +18,7 @@ struct ResultRow {
 };
 
 // Ordered by code, for the binary search. A row without a name is the framework's own. A row
-// without a sentence is a standard code: its sentence belongs to the system, which has none here.
+// without a sentence is a standard code, whose sentence is in the system's table.
 // The gaps in the host's numbers are real, and the spelling of its texts is what logs and add-ons
 // already show.
 constexpr ResultRow kRows[] = {
@@ -115,6 +118,17 @@ const ResultRow* findRow(HRESULT code) {
   return row != std::end(kRows) && row->code == wanted ? row : nullptr;
 }
 
+// Returns a sentence that says what to do about an error which the user of a machine can mend;
+// empty for other codes.
+std::u16string remedyFor(HRESULT code) {
+  if (code == CO_E_DLLNOTFOUND) return u". Set QX_TRACE=1 to see the reason";
+  if (code != REGDB_E_CLASSNOTREG) return {};
+  // The registry file decides which classes there are: the fault is in it, or it lacks the class.
+  const Registry& registry = Registry::current();
+  if (!registry.problem().empty()) return u". Registry: " + toUtf16(registry.problem());
+  return u". " + toUtf16(registry.file().string()) + u" names no library for it";
+}
+
 }  // namespace
 
 std::u16string_view resultName(HRESULT code) {
@@ -133,6 +147,11 @@ std::u16string resultText(HRESULT code) {
 }
 
 std::u16string errorText(HRESULT code) {
+  if (const OLECHAR* message = systemMessage(code)) {
+    std::u16string_view sentence = message;
+    sentence.remove_suffix(1);  // the full stop
+    return format(u"%s (%d, 0x%08X)%s", sentence, code, code, remedyFor(resultCode(code)));
+  }
   const std::u16string_view sentence = resultSentence(code);
   return sentence.empty() ? format(u"Unknown error (%d, 0x%08X)", code, code)
                           : std::u16string(sentence);

@@ -19,11 +19,13 @@ namespace qx {
 /// Returns the symbolic name of a code; empty if it has none. Here and below a code counts as a
 /// 32-bit value, and texts without a copy live as long as the program.
 QX_API std::u16string_view resultName(HRESULT code);
-/// Returns the English sentence for a code; empty if it has none.
+/// Returns the English sentence for a code of the host or the framework; empty if it has none.
 QX_API std::u16string_view resultSentence(HRESULT code);
 /// Returns the symbolic name, or "0x%08X" of the code.
 QX_API std::u16string resultText(HRESULT code);
-/// Returns the sentence, or "Unknown error (%d, 0x%08X)" with the code twice.
+/// Returns the system's sentence for a standard code, such as "Invalid pointer (%d, 0x%08X)" with
+/// the code twice; else the sentence of the host or the framework; else "Unknown error (…)"
+/// likewise. For a class that is not registered it also says what is wrong with the registry file.
 QX_API std::u16string errorText(HRESULT code);
 
 }  // namespace qx

@@ -1,8 +1,15 @@
 #include "qxframework/logging/result_names.h"
 
+#include "qxframework/automation/text.h"
+#include "testing/registry_in_use.h"
+#include "testing/temp_folder.h"
+
 #include <gtest/gtest.h>
 
 namespace {
+
+using qx::test::RegistryInUse;
+using qx::test::TempFolder;
 
 TEST(ResultNames, HostCodesHaveNamesAndSentences) {
   EXPECT_EQ(qx::resultName(-7000), u"UI_API_ERR_INVALID_FORM");
@@ -24,11 +31,46 @@ TEST(ResultNames, FrameworkCodesHaveSentencesOnly) {
   EXPECT_EQ(qx::resultText(QX_E_DATABASE), u"0x80040500");
 }
 
-TEST(ResultNames, StandardCodesHaveNamesOnly) {
+TEST(ResultNames, StandardCodesHaveNamesHere) {
   EXPECT_EQ(qx::resultText(S_OK), u"S_OK");
   EXPECT_EQ(qx::resultText(S_FALSE), u"S_FALSE");
   EXPECT_EQ(qx::resultText(E_UNEXPECTED), u"E_UNEXPECTED");
-  EXPECT_EQ(qx::errorText(E_INVALIDARG), u"Unknown error (-2147024809, 0x80070057)");
+  EXPECT_EQ(qx::resultSentence(E_UNEXPECTED), u"");
+}
+
+TEST(ResultNames, StandardCodesHaveTheSystemsSentenceWithTheCode) {
+  EXPECT_EQ(qx::errorText(S_OK), u"The operation completed (0, 0x00000000)");
+  EXPECT_EQ(qx::errorText(E_FAIL), u"Unspecified error (-2147467259, 0x80004005)");
+  EXPECT_EQ(qx::errorText(E_INVALIDARG), u"The parameter is incorrect (-2147024809, 0x80070057)");
+  EXPECT_EQ(qx::errorText(0x8007000E), u"Not enough memory (-2147024882, 0x8007000E)");
+  EXPECT_EQ(qx::errorText(DISP_E_BADVARTYPE), u"Bad variable type (-2147352568, 0x80020008)");
+}
+
+TEST(ResultNames, SentencesOfTheHostHaveNoCode) {
+  EXPECT_EQ(qx::errorText(-7000), u"Invalid form");
+  EXPECT_EQ(qx::errorText(QX_E_DATABASE), u"Error create/update database.");
+}
+
+TEST(ResultNames, AClassThatIsNotRegisteredLeadsToTheRegistryFile) {
+  const TempFolder folder;
+  const auto file = folder.path() / "registry.toml";
+  const std::string sentence = "Class not registered (-2147221164, 0x80040154). ";
+  {
+    const RegistryInUse missing(file);
+    EXPECT_EQ(qx::toUtf8(qx::errorText(REGDB_E_CLASSNOTREG)),
+              sentence + "Registry: " + file.string() +
+                  ": there is no such file; create it or set QX_REGISTRY");
+  }
+  folder.write("registry.toml", "[HKEY_CURRENT_USER]\n");
+  const RegistryInUse withoutTheClass(file);
+  EXPECT_EQ(qx::toUtf8(qx::errorText(0x80040154)),
+            sentence + file.string() + " names no library for it");
+}
+
+TEST(ResultNames, ALibraryThatDoesNotLoadLeadsToTheTrace) {
+  EXPECT_EQ(qx::errorText(CO_E_DLLNOTFOUND),
+            u"The library of the class does not load (-2147221000, 0x800401F8). Set QX_TRACE=1 to "
+            u"see the reason");
 }
 
 TEST(ResultNames, CodesCountAs32Bits) {

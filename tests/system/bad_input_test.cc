@@ -283,8 +283,10 @@ TEST(Registry, MissingFileIsReportedAndConnectSucceedsWithoutASink) {
   const Attempt attempt(u"embedded:?db=company.db");
   EXPECT_EQ(attempt.result, 0);
   EXPECT_FALSE(attempt.hasSink);
-  EXPECT_THAT(attempt.boxes, ElementsAre("Connection to UI-API Error: Unknown error (-2147221164, "
-                                         "0x80040154)"));
+  EXPECT_THAT(attempt.boxes,
+              ElementsAre("Connection to UI-API Error: Class not registered (-2147221164, "
+                          "0x80040154). Registry: " +
+                          file.string() + ": there is no such file; create it or set QX_REGISTRY"));
 }
 
 TEST(Registry, SyntaxErrorIsReportedWithItsLine) {
@@ -295,8 +297,10 @@ TEST(Registry, SyntaxErrorIsReportedWithItsLine) {
   EXPECT_THAT(qx::Registry::current().problem(), testing::EndsWith("; correct the TOML"));
   const Attempt attempt(u"embedded:?db=company.db");
   EXPECT_EQ(attempt.result, 0);
-  EXPECT_THAT(attempt.boxes, ElementsAre("Connection to UI-API Error: Unknown error (-2147221164, "
-                                         "0x80040154)"));
+  EXPECT_THAT(attempt.boxes,
+              ElementsAre("Connection to UI-API Error: Class not registered (-2147221164, "
+                          "0x80040154). Registry: " +
+                          qx::Registry::current().problem()));
 }
 
 TEST(Registry, InvalidValueIsReportedWithItsLineAndTheRestIsUsed) {
@@ -331,8 +335,9 @@ TEST(Registry, LibraryThatDoesNotLoadIsTracedWithTheReason) {
       "'' = 'libbroken.so'\n"));
   const Attempt attempt(u"embedded:?db=company.db");
   EXPECT_EQ(attempt.result, 0);
-  EXPECT_THAT(attempt.boxes, ElementsAre("Connection to UI-API Error: Unknown error (-2147221000, "
-                                         "0x800401F8)"));
+  EXPECT_THAT(attempt.boxes,
+              ElementsAre("Connection to UI-API Error: The library of the class does not load "
+                          "(-2147221000, 0x800401F8). Set QX_TRACE=1 to see the reason"));
   EXPECT_THAT(attempt.trace,
               HasSubstr("Class {6D1F0A52-0001-4E5B-9C37-2B80D461EA15} does not load: " +
                         (folder.path() / "libbroken.so").string()));
