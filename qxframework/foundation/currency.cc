@@ -59,9 +59,16 @@ std::int64_t signedResult(const qx::CUInt128& magnitude, bool negative) {
   return wrapped(negative ? 0 - magnitude.lower() : magnitude.lower());
 }
 
-// Does what the processor does about an integer division by zero. In C++ the division itself is
-// undefined, so its signal is sent instead; a handler that returns ends in the abort.
-[[noreturn]] void divisionFault() {
+// Faults as an integer division by zero does. In C++ that division is undefined, in the processor's
+// own language it is not. So the fault lies in the operator that divides, where a crash handler
+// looks for it, and it ends the process even where SIGFPE is ignored or blocked. ARM returns 0
+// instead of faulting: there, and if a handler steps over the instruction, the signal is sent.
+[[noreturn, gnu::always_inline]] inline void divisionFault() {
+#if defined(__x86_64__) || defined(__i386__)
+  std::uint32_t quotient = 1;
+  std::uint32_t rest = 0;
+  __asm__ volatile("divl %[zero]" : "+a"(quotient), "+d"(rest) : [zero] "r"(0) : "cc");
+#endif
   std::raise(SIGFPE);
   std::abort();
 }

@@ -59,7 +59,7 @@ class QX_API CQXCurrency {
   CQXCurrency& operator*=(const CQXCurrency& other) { return *this = *this * other; }
   CQXCurrency& operator*=(long factor) { return *this = *this * factor; }
   /// Returns the quotient, rounded at the sixth decimal, a half away from zero; throws and wraps
-  /// like the product. A division by zero sends SIGFPE and does not return.
+  /// like the product. A division by zero is a processor's fault (SIGFPE) and does not return.
   CQXCurrency operator/(const CQXCurrency& other) const;
   CQXCurrency& operator/=(const CQXCurrency& other) { return *this = *this / other; }
 
