@@ -28,8 +28,8 @@ enum class Half { None, Morning, Evening };
 
 // A number or the name of a month.
 struct Element {
-  int value = 0;
-  int digits = 0;         // 0 for a name; distinguishes the year 99 from the year 0099
+  int value;
+  int digits;             // 0 for a name; distinguishes the year 99 from the year 0099
   char16_t joint = u' ';  // the separator between the element before this one and this one
   Half half = Half::None;
 };
@@ -128,7 +128,7 @@ class Scanner {
   }
 
   std::u16string_view rest_;
-  std::array<Element, 6> list_;
+  std::array<Element, 6> list_{};
   std::size_t count_ = 0;
 };
 
@@ -197,8 +197,7 @@ Elements joinedFrom(Elements all, std::size_t first) {
 
 bool isClock(Elements joined) {
   const auto hasColon = [](const Element& element) { return element.joint == u':'; };
-  return joined.back().half != Half::None ||
-         std::any_of(joined.begin() + 1, joined.end(), hasColon);
+  return joined.back().half != Half::None || std::any_of(joined.begin(), joined.end(), hasColon);
 }
 
 // Finds the time among the elements; an empty span if there is none. Returns nothing for two times.

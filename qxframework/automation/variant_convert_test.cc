@@ -161,6 +161,7 @@ TEST(TextToNumber, ReadsTheSignOfTheCurrencyOnEitherSide) {
     EXPECT_EQ(real(u"($11)", locale), -11);
     EXPECT_EQ(real(u"$(11)", locale), -11);
     EXPECT_EQ(real(u"11 $", locale), 11);
+    EXPECT_EQ(real(u"(11) $ ", locale), -11);
     EXPECT_EQ(converted(u"$0.1", VT_CY, locale).cyVal.int64, 1000);
   }
   EXPECT_EQ(real(u"1.234,50 \u20AC", kGerman), 1234.5);
