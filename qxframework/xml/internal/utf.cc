@@ -19,13 +19,12 @@ constexpr std::size_t kMaxBytes = std::numeric_limits<int32_t>::max();
 constexpr std::size_t kMaxUnits = kMaxBytes / 3;
 
 // Returns the number of UTF-16 units of well-formed UTF-8: one for each leading byte, two if that
-// leads a sequence of four.
+// leads a sequence of four. Without branches, so that it becomes vector instructions.
 std::size_t utf16Length(std::string_view text) {
   std::size_t units = 0;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    units += static_cast<std::size_t>((byte & 0xC0) != 0x80);
-    units += static_cast<std::size_t>(byte >= 0xF0);
+    units += static_cast<std::size_t>((byte & 0xC0) != 0x80) + (byte >= 0xF0);
   }
   return units;
 }
@@ -34,30 +33,32 @@ std::size_t utf16Length(std::string_view text) {
 std::size_t utf8Length(std::u16string_view text) {
   std::size_t bytes = text.size();
   for (const char16_t unit : text) {
-    bytes += static_cast<std::size_t>(unit >= 0x80);
-    bytes += static_cast<std::size_t>(unit >= 0x800 && (unit & 0xF800) != 0xD800);
+    bytes += static_cast<std::size_t>(unit >= 0x80) + (unit >= 0x800) - ((unit & 0xF800) == 0xD800);
   }
   return bytes;
 }
 
-// Copies the blocks of 16 units that are ASCII from the start of `text` and returns their length.
-// Most of a document is ASCII, and a loop without an early exit becomes a few vector instructions.
+// Most of a document is ASCII, which is converted in blocks. A loop over a block has no early exit,
+// and a block is too long to be unrolled, so each loop becomes a few vector instructions.
+constexpr std::size_t kBlock = 32;
+
+// Copies the blocks of ASCII at the start of `text` and returns their length.
 template <class To, class From>
 std::size_t copyAscii(std::basic_string_view<From> text, To* out) {
-  constexpr std::size_t kBlock = 16;
   std::size_t done = 0;
   for (; text.size() - done >= kBlock; done += kBlock) {
-    unsigned all = 0;
+    const From* const block = text.data() + done;
+    std::make_unsigned_t<From> all = 0;
     for (std::size_t i = 0; i < kBlock; ++i) {
-      all |= static_cast<std::make_unsigned_t<From>>(text[done + i]);
+      all |= static_cast<std::make_unsigned_t<From>>(block[i]);
     }
     if (all >= 0x80) break;
-    for (std::size_t i = 0; i < kBlock; ++i) out[done + i] = static_cast<To>(text[done + i]);
+    for (std::size_t i = 0; i < kBlock; ++i) out[done + i] = static_cast<To>(block[i]);
   }
   return done;
 }
 
-// Writes well-formed UTF-8 of `text` to `out`, which has room for it. Returns false for an unpaired
+// Writes the UTF-8 of `text` to `out`, which has room for it. Returns false for an unpaired
 // surrogate.
 bool writeUtf8(std::u16string_view text, char* out) {
   std::size_t length = 0;
@@ -66,7 +67,7 @@ bool writeUtf8(std::u16string_view text, char* out) {
     i += ascii;
     length += ascii;
     // Then up to the end of the block that is not all ASCII.
-    for (const std::size_t end = std::min(i + 16, text.size()); i < end;) {
+    for (const std::size_t end = std::min(i + kBlock, text.size()); i < end;) {
       UChar32 point = 0;
       U16_NEXT(text.data(), i, text.size(), point);
       if (U_IS_SURROGATE(point)) return false;
@@ -84,7 +85,7 @@ bool writeUtf16(std::string_view text, char16_t* out) {
     const std::size_t ascii = copyAscii(text.substr(i), out + length);
     i += ascii;
     length += ascii;
-    for (const std::size_t end = std::min(i + 16, text.size()); i < end;) {
+    for (const std::size_t end = std::min(i + kBlock, text.size()); i < end;) {
       UChar32 point = 0;
       U8_NEXT(bytes, i, text.size(), point);
       if (point < 0) return false;
@@ -98,8 +99,12 @@ bool writeUtf16(std::string_view text, char16_t* out) {
 
 std::optional<std::string> strictUtf8(std::u16string_view text) {
   if (text.size() > kMaxUnits) return std::nullopt;
-  std::string out(utf8Length(text), '\0');
-  if (!writeUtf8(text, out.data())) return std::nullopt;
+  // Only what follows the ASCII at the start is counted before it is written.
+  std::string out(text.size(), '\0');
+  const std::size_t ascii = copyAscii(text, out.data());
+  const std::u16string_view rest = text.substr(ascii);
+  out.resize(ascii + utf8Length(rest));
+  if (!writeUtf8(rest, out.data() + ascii)) return std::nullopt;
   return out;
 }
 
