@@ -13,15 +13,25 @@ constexpr char kNoOpener = -1;
 QuotedText::QuotedText(std::u16string_view text, std::span<const std::u16string_view> openers)
     : openers_(openers) {
   for (const std::u16string_view opener : openers) lastLetters_ += opener[opener.size() - 3];
+  const auto marks = static_cast<std::size_t>(std::count(text.begin(), text.end(), kQuote));
+  pieces_.reserve(marks + 1);
+  kinds_.reserve(marks + 1);
+  lines_.reserve(marks + 1);
   std::size_t from = 0;
+  std::uint32_t lines = 0;
+  const auto add = [&](std::u16string_view piece) {
+    pieces_.push_back(piece);
+    kinds_ += kindOf(piece);
+    lines_.push_back(std::exchange(lines, 0));
+  };
   for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] > kQuote) continue;  // neither a mark nor a line feed, as nearly all units
+    if (text[i] == u'\n') ++lines;
     if (text[i] != kQuote) continue;
-    pieces_.push_back(text.substr(from, i - from));
+    add(text.substr(from, i - from));
     from = i + 1;
   }
-  pieces_.push_back(text.substr(from));
-  kinds_.reserve(pieces_.size());
-  for (const std::u16string_view piece : pieces_) kinds_ += kindOf(piece);
+  add(text.substr(from));
   isReplaced_.resize(pieces_.size());
 }
 
@@ -42,13 +52,12 @@ void QuotedText::replace(std::size_t piece, std::u16string value) {
   isReplaced_[piece] = true;
   // A value that ends like an opener makes the mark after it the start of a value of a later pass.
   kinds_[piece] = kindOf(pieces_[piece]);
+  const auto lines = std::count(pieces_[piece].begin(), pieces_[piece].end(), u'\n');
+  lines_[piece] = static_cast<std::uint32_t>(lines);
 }
 
 long QuotedText::LineCounter::endOf(std::size_t piece) {
-  for (; next_ <= piece; ++next_) {
-    const std::u16string_view text = pieces_[next_];
-    line_ += std::count(text.begin(), text.end(), u'\n');
-  }
+  for (; next_ <= piece; ++next_) line_ += lines_[next_];
   return line_;
 }
 
@@ -69,6 +78,7 @@ void QuotedText::forEachStretch(Take take) const {
 
 std::u16string QuotedText::start(std::size_t length) const {
   std::u16string out;
+  out.reserve(length);
   forEachStretch([&](std::u16string_view stretch) {
     out += stretch.substr(0, length - out.size());
     return out.size() < length;

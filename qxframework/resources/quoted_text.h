@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <span>
 #include <string>
@@ -39,14 +40,14 @@ class QuotedText {
   CComBSTR text() const;
 
  private:
-  /// Returns the lines of pieces that are asked for in ascending order, so that each is read once.
+  /// Returns the lines of pieces that are asked for in ascending order, so that each is added once.
   class LineCounter {
    public:
-    explicit LineCounter(const std::vector<std::u16string_view>& pieces) : pieces_(pieces) {}
+    explicit LineCounter(const std::vector<std::uint32_t>& lines) : lines_(lines) {}
     long endOf(std::size_t piece);
 
    private:
-    const std::vector<std::u16string_view>& pieces_;
+    const std::vector<std::uint32_t>& lines_;
     std::size_t next_ = 0;
     long line_ = 1;
   };
@@ -59,14 +60,15 @@ class QuotedText {
   std::span<const std::u16string_view> openers_;
   std::u16string lastLetters_;  // of the names in the openers
   std::vector<std::u16string_view> pieces_;
-  std::string kinds_;  // of each piece the number of the opener that it ends with
+  std::string kinds_;                 // of each piece the number of the opener that it ends with
+  std::vector<std::uint32_t> lines_;  // of each piece the number of its line feeds
   std::vector<bool> isReplaced_;
   std::deque<std::u16string> values_;  // of the replaced pieces
 };
 
 template <class Rewrite>
 void QuotedText::rewrite(std::size_t opener, Rewrite rewrite) {
-  LineCounter lines(pieces_);
+  LineCounter lines(lines_);
   std::vector<std::pair<std::size_t, std::u16string>> values;
   const auto kind = static_cast<char>(opener);
   // The last piece has no quotation mark after it, so it is no value. After a value the next opener

@@ -101,14 +101,13 @@ std::string readFile(const std::string& path, std::error_code& why) {
 
 ParseResult parseText(std::u16string_view text) {
   if (text.starts_with(u'\uFEFF')) text.remove_prefix(1);
-  // A zero would end the text for libxml2, and the rest would be ignored without an error.
-  const std::size_t zero = text.find(u'\0');
-  if (zero != std::u16string_view::npos) {
-    return {nullptr, faultWithoutPlace(E_FAIL, "The text holds a zero character.\n")};
-  }
   const std::optional<std::string> bytes = strictUtf8(text);
   if (!bytes) {
     return {nullptr, faultWithoutPlace(E_FAIL, "The text is no well-formed UTF-16.\n")};
+  }
+  // A zero would end the text for libxml2, and the rest would be ignored without an error.
+  if (bytes->find('\0') != std::string::npos) {
+    return {nullptr, faultWithoutPlace(E_FAIL, "The text holds a zero character.\n")};
   }
   // The bytes are UTF-8 now, for any encoding that the declaration names.
   return parseBytes(*bytes, XML_PARSE_IGNORE_ENC);

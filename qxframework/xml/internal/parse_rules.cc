@@ -188,6 +188,9 @@ void ParseRules::checkDefault(const xmlChar* attribute, const xmlChar* value) {
 }
 
 bool ParseRules::admitElement(const StartTag& tag) {
+  // Without a table of ids, which would point to attributes that may be freed or move to another
+  // document. Set at the root, since before it the flag would ask for external declarations.
+  if (parser_->nodeNr == 0) parser_->loadsubset |= XML_SKIP_IDS;
   // The new element is not among the open ones yet.
   if (parser_->nodeNr >= kMostLevels) {
     refuse("The elements are nested more than 255 levels deep.\n");
@@ -225,9 +228,6 @@ void finishTree(xmlDoc* document) {
     const bool dropped = node->type == XML_TEXT_NODE && isDropped(node);
     node = dropped ? removeNode(node, root) : nextInTree(node, root);
   }
-  // The table points to attributes, which may be freed or move to another document.
-  if (document->ids != nullptr) xmlFreeIDTable(static_cast<xmlIDTable*>(document->ids));
-  document->ids = nullptr;
 }
 
 }  // namespace qx::xml

@@ -46,7 +46,7 @@ class ParseRules {
 };
 
 /// Brings a tree that was read by the rules into the state that later operations rely on: no text
-/// of white space only but the one that is kept, the true names of namespaces, no table of ids.
+/// of white space only but the one that is kept, and the true names of namespaces.
 void finishTree(xmlDoc* document);
 
 }  // namespace qx::xml
