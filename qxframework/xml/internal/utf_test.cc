@@ -70,7 +70,7 @@ TEST(XmlUtf, ConvertsTextsOfEveryLengthBothWays) {
                                                                {u"\U0010FFFF", "\xF4\x8F\xBF\xBF"}};
   for (const auto& [wide, narrow] : characters) {
     for (std::size_t before = 0; before <= 66; ++before) {
-      for (const std::size_t after : {0, 1, 31, 32, 33, 70}) {
+      for (const std::size_t after : {0U, 1U, 31U, 32U, 33U, 70U}) {
         EXPECT_EQ(roundTrip(std::u16string(before, u'a') + wide + std::u16string(after, u'b')),
                   std::string(before, 'a') + narrow + std::string(after, 'b'));
       }
