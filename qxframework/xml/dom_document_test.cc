@@ -232,6 +232,14 @@ TEST(DomDocument, RefusesDefaultValuesThatDoNotFitTheDocument) {
             "failed|Namespace prefix p for a on r is not defined\n|2|3|");
   EXPECT_EQ(faultOfText(u"<!DOCTYPE r [<!ATTLIST r a CDATA '&e;'>]><r/>"),
             "failed|Entity 'e' not defined\n|1|38|");
+  for (const char* name : {":p", "p:", "a:b:c"}) {
+    const auto document = emptyDocument();
+    EXPECT_EQ(document->loadXML(
+                  toUtf16(std::string("<!DOCTYPE r [<!ATTLIST r ") + name + " CDATA 'x'>]><r/>")),
+              VARIANT_FALSE);
+    EXPECT_EQ(plain(document->parseError()->reason()),
+              "A default value has an attribute with an impossible name.\n");
+  }
   for (const char16_t* declaration :
        {u"xmlns:p CDATA ''", u"xmlns:xml CDATA 'urn:p'", u"xmlns:xmlns CDATA 'urn:p'",
         u"xmlns CDATA 'http://www.w3.org/2000/xmlns/'",

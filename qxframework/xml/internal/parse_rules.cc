@@ -59,7 +59,6 @@ bool isReservedNamespace(std::string_view name) {
   return name == "http://www.w3.org/XML/1998/namespace" || name == "http://www.w3.org/2000/xmlns/";
 }
 
-// The parser checks the declarations of namespaces in the text, but not the defaulted ones.
 bool isPossibleDefault(std::string_view attribute, std::string_view value) {
   if (attribute == "xmlns") return !isReservedNamespace(value);
   if (!attribute.starts_with("xmlns:")) return true;
@@ -179,8 +178,11 @@ ParseRules::ParseRules(xmlParserCtxt* parser, FaultCollector& faults)
   parser->sax->ignorableWhitespace = passOverIndentation;
 }
 
+// The parser checks the names and namespaces of the attributes in a tag, but not of defaulted ones.
 void ParseRules::checkDefault(const xmlChar* attribute, const xmlChar* value) {
-  if (!isPossibleDefault(viewOfXml(attribute), viewOfXml(value))) {
+  if (xmlValidateQName(attribute, 0) != 0) {
+    refuse("A default value has an attribute with an impossible name.\n");
+  } else if (!isPossibleDefault(viewOfXml(attribute), viewOfXml(value))) {
     refuse("A default value declares a namespace that is not allowed.\n");
   } else if (++defaults_ > kMostDefaults) {
     refuse("There are more than 1000 default values for attributes.\n");
