@@ -94,6 +94,11 @@ class Parser {
   std::optional<Conversion> takeConversion(Arguments& arguments) {
     start_ = at_++;
     Conversion conversion;
+    // Most conversions of log lines are this letter alone.
+    if (current() == u's') {
+      conversion.letter = format_[at_++];
+      return conversion;
+    }
     while (readFlag(conversion)) ++at_;
     // The letter is read even after a failure, so that the plain text goes on after the conversion.
     const bool extents = readWidth(conversion, arguments) && readPrecision(conversion, arguments);
@@ -400,7 +405,7 @@ bool writeArgument(Output& out, const Conversion& conversion, const FormatArg& a
 
 bool takesArgument(char16_t letter) {
   return letter != 0 &&
-         std::u16string_view(u"diuxXocsSpeEfFgGaA").find(letter) != std::u16string_view::npos;
+         std::u16string_view(u"sdiuxXocSpeEfFgGaA").find(letter) != std::u16string_view::npos;
 }
 
 void writeAll(Output& out, std::u16string_view format, FormatArgs args) {

@@ -13,6 +13,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 namespace {
 
 using ::testing::Contains;
@@ -36,10 +38,17 @@ class FrameworkResources : public ::testing::Test {
       found.push_back(*next);
     return found;
   }
+  /// Returns the ids of a language's entries in the table of strings, which a look-up must find.
   std::vector<std::uint32_t> stringIds(std::uint32_t language) const {
+    const qx::resource_format::Header& header = image->header();
     std::vector<std::uint32_t> found;
-    for (std::uint32_t id = 0; id <= 0xFFFF; ++id)
-      if (image->findString(language, id)) found.push_back(id);
+    for (std::size_t i = 0; i < header.stringCount; ++i) {
+      qx::resource_format::StringEntry entry;
+      std::memcpy(&entry, bytes_->data() + header.stringOffset + i * sizeof entry, sizeof entry);
+      if (entry.language != language) continue;
+      EXPECT_TRUE(image->findString(language, entry.id)) << language << "/" << entry.id;
+      found.push_back(entry.id);
+    }
     return found;
   }
 

@@ -9,87 +9,31 @@
 #include "qxframework/os/resources.h"
 #include "qxframework/resources/form_dump.h"
 #include "qxframework/resources/narrow_text.h"
+#include "qxframework/resources/quoted_text.h"
 #include "qxframework/resources/xml_text.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 
-#include <algorithm>
-#include <cstring>
+#include <cstdint>
 #include <iterator>
+#include <string>
 
 namespace {
 
-constexpr int kUidLength = 10;  // the client refuses longer ones
-
-struct RewrittenAttribute {
-  std::u16string_view opener;
-  bool identifier;  // true if the symbol becomes a number, false if it becomes a text
-};
+constexpr std::size_t kUidLength = 10;  // the client refuses longer ones
 
 // In the order of the passes, each of which reads the result of the one before. An opener is found
 // as a plain text, so it also matches an attribute whose name ends in it, such as myuid.
-constexpr RewrittenAttribute kAttributes[] = {
-    {u"uid=\"", true},          {u"alias=\"", true},          {u"linkto=\"", true},
-    {u"UniqueID=\"", true},     {u"FatherUID=\"", true},      {u"caption=\"", false},
-    {u"description=\"", false}, {u"title=\"", false},         {u"value=\"", false},
-    {u"String=\"", false},      {u"default_button=\"", true},
+constexpr std::u16string_view kOpeners[] = {
+    u"uid=\"",       u"alias=\"",   u"linkto=\"",         u"UniqueID=\"",
+    u"FatherUID=\"", u"caption=\"", u"description=\"",    u"title=\"",
+    u"value=\"",     u"String=\"",  u"default_button=\"",
 };
 
-bool isIdentifier(std::u16string_view opener) {
-  return std::any_of(std::begin(kAttributes), std::end(kAttributes), [opener](const auto& each) {
-    return each.identifier && each.opener == opener;
-  });
-}
-
-// Does what text.find(part, from) does, but with the search of the C library, which skips ahead
-// instead of testing every position: a form is searched eleven times.
-std::size_t findText(std::u16string_view text, std::u16string_view part, std::size_t from) {
-  constexpr std::size_t kUnit = sizeof(char16_t);
-  const char* const bytes = reinterpret_cast<const char*>(text.data());
-  for (std::size_t at = from; at < text.size(); ++at) {
-    const void* const found =
-        memmem(bytes + at * kUnit, (text.size() - at) * kUnit, part.data(), part.size() * kUnit);
-    if (found == nullptr) break;
-    const auto offset = static_cast<std::size_t>(static_cast<const char*>(found) - bytes);
-    at = offset / kUnit;
-    if (offset % kUnit == 0) return at;  // otherwise the bytes matched across two units
-  }
-  return std::u16string_view::npos;
-}
-
-// Returns line numbers for positions that only move forward, so that the text is counted once. A
-// line feed counts once the position has passed it.
-class LineCounter {
- public:
-  explicit LineCounter(std::u16string_view text) : text_(text) {}
-  long lineAt(std::size_t position) {
-    for (; next_ < position && next_ < text_.size(); ++next_) lines_ += text_[next_] == u'\n';
-    return lines_;
-  }
-
- private:
-  std::u16string_view text_;
-  std::size_t next_ = 0;
-  long lines_ = 1;
-};
-
-// The value of one attribute in the text: `prefix@symbol`, or the symbol alone.
-struct AttributeValue {
-  std::size_t prefix;  // start of the value
-  std::size_t symbol;  // start of the symbol; equal to `prefix` without a prefix
-  std::size_t end;     // the closing quote
-};
-
-// Finds the value after the opener at `found`. Returns false if its quote never closes.
-bool locateValue(std::u16string_view text, std::size_t found, std::size_t openerLength,
-                 AttributeValue& value) {
-  value.prefix = value.symbol = found + openerLength;
-  value.end = text.find(u'"', value.symbol);
-  if (value.end == std::u16string_view::npos) return false;
-  const std::size_t at = text.substr(value.symbol, value.end - value.symbol).find(u'@');
-  if (at != std::u16string_view::npos) value.symbol += at + 1;
-  return true;
-}
+// True if the symbol becomes a number, false if it becomes a text.
+constexpr bool kIdentifier[] = {true,  true,  true,  true,  true, false,
+                                false, false, false, false, true};
+static_assert(std::size(kOpeners) == std::size(kIdentifier));
 
 template <class Scope>
 [[noreturn]] void failResource(Scope& hr, const OLECHAR* text, unsigned int id) {
@@ -98,15 +42,20 @@ template <class Scope>
   qx::raiseError(hr);
 }
 
+// Passes the text itself, while the wrapper would copy it: a form is long.
+bool parseText(const CComBSTR& text, IXMLDOMDocument* document) {
+  VARIANT_BOOL parsed = VARIANT_FALSE;
+  qx::raiseIfFailed(document->raw_loadXML(text, &parsed));
+  return parsed != VARIANT_FALSE;
+}
+
 // Reads `source` into the document: a text without what precedes its first "<", such as a
 // byte-order mark, or the file of that name.
 bool parse(const CComBSTR& source, IXMLDOMDocument* document) {
   const std::u16string_view text = source.View();
   const std::size_t start = text.find(u'<');
-  const VARIANT_BOOL parsed = start == std::u16string_view::npos
-                                  ? document->load(CComVariant(source))
-                                  : document->loadXML(CComBSTR(text.substr(start)));
-  return parsed != VARIANT_FALSE;
+  if (start == text.npos) return document->load(CComVariant(source)) != VARIANT_FALSE;
+  return parseText(start == 0 ? source : CComBSTR(text.substr(start)), document);
 }
 
 template <class Scope>
@@ -153,16 +102,18 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
   if (!parse(source, document)) failParse(hr, document);
   if (map == nullptr || map->empty()) return hr;
 
+  std::vector<XMLMAP> ofDocument;
+  const MapTable table = MakeTable(appId, document, *map, ofDocument);
   // The parsed text is rewritten, not the source: the parser has brought its quotes and entities
   // into one form, on which the openers rely.
-  MapTable table;
-  FillTable(appId, document, *map, table);
-  CString text(document->xml());
-  for (const RewrittenAttribute& attribute : kAttributes) {
-    FindAndReplace(text, attribute.opener, table, language, appId);
+  const CComBSTR written = document->xml();
+  qx::QuotedText text(written.View(), kOpeners);
+  for (std::size_t i = 0; i < std::size(kOpeners); ++i) {
+    FindAndReplace(text, i, table, language, appId);
   }
-  if (document->loadXML(CComBSTR(text.View())) == VARIANT_FALSE) {
-    if (const auto path = qx::dumpForm(text.View()); !path.written) {
+  const CComBSTR rewritten = text.text();
+  if (!parseText(rewritten, document)) {
+    if (const auto path = qx::dumpForm(rewritten.View()); !path.written) {
       hr.LogError(u"Failed to dump form to %s -- access rights?", path.name);
     }
     hr = E_INVALIDARG;
@@ -173,20 +124,28 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
   return hr;
 }
 
-void CQXResourceLoader::FillTable(long appId, IXMLDOMDocument* document,
-                                  const std::vector<XMLMAP>& map, MapTable& table) {
+// The rows of the document's own table are kept in `ofDocument`, since the table only borrows them.
+CQXResourceLoader::MapTable CQXResourceLoader::MakeTable(long appId, IXMLDOMDocument* document,
+                                                         const std::vector<XMLMAP>& map,
+                                                         std::vector<XMLMAP>& ofDocument) {
+  // LoadXML returns early for an empty map, so the document's own table is a safeguard only.
+  if (map.empty()) {
+    CReturnValue<void> log(u"CQXResourceLoader::LoadXML", appId, true);
+    log.LogDbg0(u"Mapping table contains no mappings. Altenative mapping searched.\n");
+    const auto application = GetChildNode(appId, document, u"application", -1, true);
+    const auto mapTable =
+        application == nullptr ? nullptr : GetChildNode(appId, application, u"maptable", -1, true);
+    if (mapTable != nullptr) {
+      log.LogDbg0(u"Altenative mapping found in XML file.\n");
+      GetXMLMapTable(appId, mapTable, ofDocument);
+    }
+  }
+  MapTable table;
+  table.reserve(map.size() + ofDocument.size());
   // The end row goes in as well: with its empty tag it serves attributes with an empty value.
-  for (const XMLMAP& row : map) table.emplace(row.tag, row);
-  // LoadXML returns early for an empty map, so what follows is a safeguard only.
-  if (!table.empty()) return;
-  CReturnValue<void> log(u"CQXResourceLoader::LoadXML", appId, true);
-  log.LogDbg0(u"Mapping table contains no mappings. Altenative mapping searched.\n");
-  const auto application = GetChildNode(appId, document, u"application", -1, true);
-  if (application == nullptr) return;
-  const auto mapTable = GetChildNode(appId, application, u"maptable", -1, true);
-  if (mapTable == nullptr) return;
-  log.LogDbg0(u"Altenative mapping found in XML file.\n");
-  GetXMLMapTable(appId, mapTable, table);
+  for (const XMLMAP& row : map) table.emplace(row.tag, &row);
+  for (const XMLMAP& row : ofDocument) table.emplace(row.tag, &row);
+  return table;
 }
 
 void CQXResourceLoader::RemoveMapTable(long appId, IXMLDOMDocument* document) {
@@ -196,60 +155,49 @@ void CQXResourceLoader::RemoveMapTable(long appId, IXMLDOMDocument* document) {
   if (mapTable != nullptr) application->removeChild(mapTable);
 }
 
-// Makes one pass over the text, for the values of one attribute. A symbol without a row is no
-// failure: numbers and literal UIDs, which need no row, arrive here too.
-void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener,
+// Makes one pass over the text, for the values of one attribute: `prefix@symbol`, or the symbol
+// alone. A symbol without a row is no failure: numbers and literal UIDs, which need no row, arrive
+// here too.
+void CQXResourceLoader::FindAndReplace(qx::QuotedText& text, std::size_t attribute,
                                        const MapTable& map, HvLanguages language, long appId) {
   CReturnValue<CString> result(u"CQXResourceLoader::FindAndReplace", CString(), appId, false);
-  const bool identifier = isIdentifier(opener);
-  const std::u16string bareName(opener.substr(0, opener.size() - 2));
-  const std::u16string_view all = text.View();
-  LineCounter lines(all);
-  std::u16string out;
-  std::size_t copied = 0;
-  AttributeValue value{};
-  // The search runs over the old text, so this pass never finds an opener that it has written.
-  for (std::size_t found = findText(all, opener, 0);
-       found != std::u16string_view::npos && locateValue(all, found, opener.size(), value);
-       found = findText(all, opener, value.end)) {
-    const std::u16string symbol(all.substr(value.symbol, value.end - value.symbol));
-    const auto row = map.find(symbol);
-    CString replacement;
-    if (row != map.end()) {
-      replacement = Replacement(row->second, identifier, language);
-      result.LogDbg1(u"[%s]: '%s' => '%s'.\n", bareName, symbol, replacement.GetString());
-    } else {
-      if (value.symbol != value.prefix) replacement += u"@";
-      replacement += symbol;
-      if (identifier) {
-        result.LogDbg0(u"[%s]: no mapping defined for %s attribute [line=%d].\n", symbol, bareName,
-                       lines.lineAt(value.end));
-        // The cut is to the symbol alone; a prefix adds to the length.
-        replacement = replacement.Left(kUidLength);
-      }
+  const bool identifier = kIdentifier[attribute];
+  const std::u16string_view opener = kOpeners[attribute];
+  const std::u16string_view bareName = opener.substr(0, opener.size() - 2);
+  text.rewrite(attribute, [&](std::u16string_view value, const auto& line) {
+    const std::size_t at = value.find(u'@');
+    std::u16string out(value.substr(0, at == value.npos ? 0 : at));
+    const std::u16string_view symbol = at == value.npos ? value : value.substr(at + 1);
+    if (const auto row = map.find(symbol); row != map.end()) {
+      const std::u16string replacement = Replacement(*row->second, identifier, language);
+      result.LogDbg1(u"[%s]: '%s' => '%s'.\n", bareName, symbol, replacement);
+      return out += replacement;
     }
-    const std::size_t prefixEnd = value.symbol == value.prefix ? value.prefix : value.symbol - 1;
-    if (out.empty()) out.reserve(all.size() + all.size() / 8);
-    out += all.substr(copied, prefixEnd - copied);  // the unchanged text and the prefix
-    out += replacement.View();
-    copied = value.end;
-  }
-  if (copied > 0) {
-    out += all.substr(copied);
-    text = CString(std::move(out));
-  }
-  result = text.Left(qx::kMaxLogMessage);  // the leaving line shows no more, and a form is long
+    if (identifier) {
+      result.LogDbg0(u"[%s]: no mapping defined for %s attribute [line=%d].\n", symbol, bareName,
+                     line());
+    }
+    // The cut is to the symbol and its "@" alone; a prefix adds to the length.
+    const std::u16string_view kept = value.substr(out.size());
+    return out += identifier ? kept.substr(0, kUidLength) : kept;
+  });
+  // The leaving line shows no more, and a form is long.
+  result = CString(text.start(qx::kMaxLogMessage));
 }
 
-CString CQXResourceLoader::Replacement(const XMLMAP& row, bool identifier, HvLanguages language) {
-  if (identifier) return CString(qx::format(u"%d", row.id)).Left(kUidLength);
+std::u16string CQXResourceLoader::Replacement(const XMLMAP& row, bool identifier,
+                                              HvLanguages language) {
+  if (identifier) {
+    const std::string number = std::to_string(static_cast<std::int32_t>(row.id));
+    return std::u16string(number.begin(), number.end()).substr(0, kUidLength);
+  }
   CQXBSTR text(language);
-  if (!LoadStringW(text, row.id, language)) text = CComBSTR(row.value);
   // Escaped, so that no translation can break the XML.
-  return CString(qx::escapeXml(text.View()));
+  return qx::escapeXml(LoadStringW(text, row.id, language) ? text.View() : row.value);
 }
 
-long CQXResourceLoader::GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable, MapTable& map) {
+long CQXResourceLoader::GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable,
+                                       std::vector<XMLMAP>& map) {
   // The scope's name differs from the function's; logs are searched for it.
   CReturnValue<long> hr(u"CQXUtil::GetXMLMapTable", 0, appId, false);
   const CComPtr<IXMLDOMNodeList> children = mapTable->childNodes();
@@ -267,9 +215,9 @@ long CQXResourceLoader::GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable
     const CComBSTR id = GetXMLAttributeValue(node, u"id");
     const CComBSTR value = GetXMLAttributeValue(node, u"value");
     if (!tag.IsEmpty() && !id.IsEmpty()) {
-      const std::u16string key(tag.View());
-      map.emplace(key, XMLMAP(key, static_cast<std::uint32_t>(qx::leadingNumber(id.View())),
-                              std::u16string(value.View())));
+      map.emplace_back(std::u16string(tag.View()),
+                       static_cast<std::uint32_t>(qx::leadingNumber(id.View())),
+                       std::u16string(value.View()));
       hr.LogDbg0(u"Mapping added: '%s' '%s' '%s' \n", tag, id, value.View());
     } else if (!tag.IsEmpty()) {
       hr.LogWarning(u"ID for tag '%s' not provided. Skipping!\n", tag);

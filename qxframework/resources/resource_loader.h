@@ -18,6 +18,10 @@ class CQXBSTR;
 class IXMLDOMDocument;
 class IXMLDOMNode;
 
+namespace qx {
+class QuotedText;
+}
+
 /// Reads the embedded XML and the localised strings of one module. With a symbol table it rewrites
 /// an XML text on loading: symbols in identifier attributes become numbers, symbols in text
 /// attributes become strings in the user's language.
@@ -60,16 +64,16 @@ class QX_API CQXResourceLoader {
   bool LoadStringW(CQXBSTR& out, unsigned int id, unsigned short langId);
 
  private:
-  /// The rows by tag. The first row of a tag wins.
-  using MapTable = std::unordered_map<std::u16string, XMLMAP>;
+  /// The rows by tag, borrowed. The first row of a tag wins.
+  using MapTable = std::unordered_map<std::u16string_view, const XMLMAP*>;
 
-  void FillTable(long appId, IXMLDOMDocument* document, const std::vector<XMLMAP>& map,
-                 MapTable& table);
+  MapTable MakeTable(long appId, IXMLDOMDocument* document, const std::vector<XMLMAP>& map,
+                     std::vector<XMLMAP>& ofDocument);
   void RemoveMapTable(long appId, IXMLDOMDocument* document);
-  void FindAndReplace(CString& text, std::u16string_view opener, const MapTable& map,
+  void FindAndReplace(qx::QuotedText& text, std::size_t attribute, const MapTable& map,
                       HvLanguages language, long appId);
-  CString Replacement(const XMLMAP& row, bool identifier, HvLanguages language);
-  long GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable, MapTable& map);
+  std::u16string Replacement(const XMLMAP& row, bool identifier, HvLanguages language);
+  long GetXMLMapTable(long appId, CComPtr<IXMLDOMNode> mapTable, std::vector<XMLMAP>& map);
 
   HINSTANCE m_hModule;
 };

@@ -87,10 +87,9 @@ long CQXAddOn::Connect(unsigned char startupDone) {
   }
   CComPtr<IApplication> application;
   OpenApplication(hr, api, application);
-  if (hr < 0) {
-    showConnectionError(hr);
-    return hr;
-  }
+  // After a refusal above 0 there is no client either that could show a box.
+  if (hr < 0 || application == nullptr) showConnectionError(hr);
+  if (hr < 0) return hr;
   Start(hr, application, startupDone != 0);
   // Results above 0 count as failures here, as in most tests of a start.
   if (hr != S_OK) {

@@ -122,14 +122,23 @@ TEST_F(AddOnTest, HostThatIsGoneAtConnectCountsAsARefusal) {
   EXPECT_EQ(MessageRecorder::boxes().size(), 1U);
 }
 
-TEST_F(AddOnTest, PositiveRefusalIsReturnedUnchanged) {
+TEST_F(AddOnTest, PositiveRefusalIsShownAndReturnedUnchanged) {
   host.connectAnswer = 5;
   EXPECT_EQ(addOn->Connect(0), 5);
   EXPECT_THAT(messages(),
               ElementsAre("Current version of UI API is 9.20",
                           "Connection to UI-API failed: error 5", "Initialization failed"));
-  EXPECT_THAT(MessageRecorder::boxes(), IsEmpty());
+  EXPECT_THAT(MessageRecorder::boxes(),
+              ElementsAre("Connection to UI-API Error: Unknown error (5, 0x00000005)"));
   EXPECT_FALSE(host.called("CreateDispatch"));
+}
+
+TEST_F(AddOnTest, ApplicationRefusedWithAPositiveCodeIsShown) {
+  host.failures["Gui.GetApplication"] = 6;
+  EXPECT_EQ(addOn->Connect(0), 6);
+  EXPECT_THAT(MessageRecorder::boxes(),
+              ElementsAre("Connection to UI-API Error: Unknown error (6, 0x00000006)"));
+  EXPECT_EQ(messages().back(), "Initialization failed");
 }
 
 TEST_F(AddOnTest, ApplicationRefusedWithOneIsAFailure) {

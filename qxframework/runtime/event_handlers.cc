@@ -67,14 +67,6 @@ void CQXEventSink::AskAddOnUnlessVetoed(Scope& hr, short* bubble, const OLECHAR*
       hr, bubble, [&] { return operation(*m_pDispatch); }, message);
 }
 
-// For hooks whose exception leaves the result of the event unchanged.
-template <class Operation>
-void CQXEventSink::AskAddOn(Scope& hr, const OLECHAR* message, Operation operation) {
-  if (m_pDispatch == nullptr) return;
-  qx::callAddOn(
-      hr, [&] { return operation(*m_pDispatch); }, message);
-}
-
 long CQXEventSink::ItemEvent(BSTR formUID, IDispatch* event, short* bubble) {
   if (m_bShutdown) return S_OK;
   Scope hr(u"CQXEventSink::ItemEvent", 0, m_lAppId);
@@ -108,7 +100,6 @@ void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, sho
     return;
   }
   if (*form == nullptr) return;
-  // The form may close itself in its operation. This call keeps the object until the event is over.
   // The form may close itself in its operation. This call keeps the object until the event is over.
   const qx::RunningForms::Call running(m_forms.running(), *form);
   AskForm(hr, *form, uid, bubble,
@@ -191,8 +182,8 @@ void CQXEventSink::OpenLogSettings(Scope& hr, short* bubble) {
 long CQXEventSink::StatusBarEvent(BSTR text, long type) {
   if (m_bShutdown) return S_OK;
   Scope hr(u"CQXEventSink::StatusBarEvent", 0, m_lAppId);
-  AskAddOn(hr, u"Add-on's OnStatusBarEvent handler threw an exception",
-           [&](CQXIDispatch& addOn) { return addOn.OnStatusBarEvent(text, type); });
+  qx::askHandler(hr, m_pDispatch, u"Add-on's OnStatusBarEvent handler threw an exception",
+                 [&](CQXIDispatch& addOn) { return addOn.OnStatusBarEvent(text, type); });
   return hr;
 }
 
@@ -203,7 +194,7 @@ long CQXEventSink::PassToAddOn(const OLECHAR* name, short* bubble, const OLECHAR
   if (m_bShutdown) return S_OK;
   Scope hr(name, 0, m_lAppId);
   const qx::BubbleRule rule(bubble);
-  AskAddOn(hr, message, operation);
+  qx::askHandler(hr, m_pDispatch, message, operation);
   return hr;
 }
 

@@ -46,7 +46,8 @@ using LogSettingsOpener = long (*)(CQXAddOn* addOn, CComPtr<IApplication> applic
 
 class QX_API CQXEventSink : public IDispatch {
  public:
-  /// Does not own `dispatch` and `addOn`. Throws _com_error if the application does not answer.
+  /// Does not own `dispatch` and `addOn`. Without a `dispatch` the events reach the forms only.
+  /// Throws _com_error if the application does not answer.
   CQXEventSink(IApplication* application, CQXIDispatch* dispatch, CQXAddOn* addOn);
   CQXEventSink(const CQXEventSink&) = delete;
   CQXEventSink& operator=(const CQXEventSink&) = delete;
@@ -130,8 +131,6 @@ class QX_API CQXEventSink : public IDispatch {
                Operation operation);
   template <class Operation>
   void AskSelectedForm(Scope& hr, short* bubble, Operation operation);
-  template <class Operation>
-  void AskAddOn(Scope& hr, const OLECHAR* message, Operation operation);
   template <class Operation>
   long PassToAddOn(const OLECHAR* name, short* bubble, const OLECHAR* message, Operation operation);
   template <class Operation>

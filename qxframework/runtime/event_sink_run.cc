@@ -71,8 +71,10 @@ void CQXEventSink::ConnectEvents(Scope& hr) {
 
 long CQXEventSink::LoadApplication() {
   Scope hr(u"CQXEventSink::LoadApplication", 0, m_lAppId);
-  const auto load = [&] { return m_pDispatch->OnApplicationLoad(m_ptrEventSource, m_ptrCompany); };
-  if (!qx::callAddOn(hr, load, u"Exception not handled by Add-On\n")) hr = E_FAIL;
+  const auto load = [&](CQXIDispatch& addOn) {
+    return addOn.OnApplicationLoad(m_ptrEventSource, m_ptrCompany);
+  };
+  if (!qx::askHandler(hr, m_pDispatch, u"Exception not handled by Add-On\n", load)) hr = E_FAIL;
   if (hr < 0) {
     hr.LogWarning(u"OnApplicationLoad failed.\n");
     ShowSetUpFailed();
@@ -106,9 +108,8 @@ void CQXEventSink::RemoveMenuIfLast() {
 
 long CQXEventSink::UnloadApplication() {
   Scope hr(u"CQXEventSink::UnloadApplication", 0, m_lAppId);
-  qx::callAddOn(
-      hr, [&] { return m_pDispatch->OnApplicationUnload(); },
-      u"Add-on's OnApplicationUnload handler threw an exception");
+  qx::askHandler(hr, m_pDispatch, u"Add-on's OnApplicationUnload handler threw an exception",
+                 [](CQXIDispatch& addOn) { return addOn.OnApplicationUnload(); });
   // Frozen as an error, so it shows at every log level.
   hr.LogError(u"Add-on stopped.");
   RemoveMenuIfLast();
@@ -177,12 +178,12 @@ void CQXEventSink::PassToAddOn(Scope& hr, long type) {
       hr = UnloadApplication();
       break;
     case qx::kCompanyChanged:
-      qx::callAddOn(
-          hr, [&] { return m_pDispatch->OnChangeCompany(m_ptrCompany); }, kThrew);
+      qx::askHandler(hr, m_pDispatch, kThrew,
+                     [&](CQXIDispatch& addOn) { return addOn.OnChangeCompany(m_ptrCompany); });
       break;
     case qx::kLanguageChanged:
-      qx::callAddOn(
-          hr, [&] { return m_pDispatch->OnChangeLanguage(); }, kThrew);
+      qx::askHandler(hr, m_pDispatch, kThrew,
+                     [](CQXIDispatch& addOn) { return addOn.OnChangeLanguage(); });
       break;
     default:
       hr.LogError(u"Unknown application event type: %d.\n", type);

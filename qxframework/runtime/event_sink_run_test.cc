@@ -360,5 +360,32 @@ TEST_F(EventSinkRunTest, UnknownApplicationEventIsAFailure) {
                           "Failed to dispatch application event.\n"));
 }
 
+class EventSinkWithoutHandler : public EventSinkRunTest {
+ protected:
+  CQXEventSink bare{host.application.p, nullptr, &addOn};
+};
+
+TEST_F(EventSinkWithoutHandler, StartsAndStops) {
+  EXPECT_EQ(bare.AdviseEvents(host.application.p, identifier), 0);
+  EXPECT_EQ(messages(u"CQXEventSink::LoadApplication"), Strings{"Add-on started.\n"});
+  host.calls.clear();
+  EXPECT_EQ(bare.OnAppEvent(64), 0);
+  EXPECT_THAT(steps(), ElementsAre("remove menu", "ConnectionPoint.Unadvise(5)"));
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"Add-on stopped."));
+}
+
+TEST_F(EventSinkWithoutHandler, FollowsAChangeOfCompanyAndLanguage) {
+  ASSERT_EQ(bare.AdviseEvents(host.application.p, identifier), 0);
+  host.calls.clear();
+  EXPECT_EQ(bare.OnAppEvent(65), 0);
+  EXPECT_EQ(steps(), (Strings{"Company.Disconnect", "Company.PutLanguage(3)",
+                              "Company.PutUiApplication(app)", "Company.Connect", "Form.Freeze(-1)",
+                              "add menu", "Form.Freeze(0)", "Form.Update"}));
+  host.calls.clear();
+  EXPECT_EQ(bare.OnAppEvent(66), 0);
+  EXPECT_EQ(steps(), (Strings{"Form.Freeze(-1)", "add menu", "Form.Freeze(0)", "Form.Update"}));
+  EXPECT_EQ(log.messages(1), std::vector<std::u16string>());
+}
+
 }  // namespace
 }  // namespace qx::test

@@ -69,9 +69,10 @@ class IXMLDOMNode : public IUnknown {
   /// namespace.
   virtual HRESULT raw_namespaceURI(BSTR* uri) = 0;
   /// Stores the node as XML. Elements without text beside them are indented by two blanks per
-  /// level. A document begins with the XML declaration, if it was read with one, and ends in a line
-  /// feed; an empty document is an empty text. Attribute values are in double quotes. The
-  /// declaration names no encoding, since the text is wide.
+  /// level, except below xml:space="preserve". A text of white space only begins with a character
+  /// reference, so that it is kept when it is read. A document begins with the XML declaration, if
+  /// it was read with one, and ends in a line feed; an empty document is an empty text. Attribute
+  /// values are in double quotes. The declaration names no encoding, since the text is wide.
   virtual HRESULT raw_xml(BSTR* text) = 0;
 
   /// Stores the parent. Stores null and returns S_FALSE for a node without a parent; attributes
@@ -80,7 +81,8 @@ class IXMLDOMNode : public IUnknown {
   /// Stores the document that the node belongs to. Stores null and returns S_FALSE for a document.
   virtual HRESULT raw_ownerDocument(IXMLDOMDocument** document) = 0;
   /// Stores a live list of the children, which is empty for nodes that cannot have any. Text of
-  /// white space only is not in it: it is dropped when a document is read.
+  /// white space only is dropped when a document is read, unless xml:space="preserve" holds for it,
+  /// it has a character reference in it, or it is between two CDATA sections.
   virtual HRESULT raw_childNodes(IXMLDOMNodeList** children) = 0;
   /// Store a neighbour of the node. Store null and return S_FALSE if there is none.
   virtual HRESULT raw_firstChild(IXMLDOMNode** child) = 0;
@@ -209,7 +211,7 @@ class IXMLDOMNamedNodeMap : public IUnknown {
   /// Sets an attribute as IXMLDOMElement::setAttributeNode does and stores the attribute itself.
   virtual HRESULT raw_setNamedItem(IXMLDOMNode* attribute, IXMLDOMNode** set) = 0;
   /// Removes the attribute with that qualified name and stores it. Stores null and returns S_FALSE
-  /// if there is none.
+  /// if there is none. Removes nothing if `removed` is null.
   virtual HRESULT raw_removeNamedItem(BSTR name, IXMLDOMNode** removed) = 0;
 
   long length() { return qx::getValue<long>(this, &IXMLDOMNamedNodeMap::raw_length); }
@@ -322,9 +324,11 @@ class IXMLDOMParseError : public IUnknown {
 /// The root of a tree. The nodes that it creates belong to it and have no parent yet.
 ///
 /// It reads XML 1.0 with namespaces, with elements up to 255 levels deep and single texts up to
-/// 10,000,000 bytes long. It fetches nothing but the file itself. A document type declaration is
-/// skipped, but it must not declare entities or default values of attributes. References are
-/// limited to the five predefined ones and those by number.
+/// 10,000,000 bytes long; other versions of XML are refused. It fetches nothing but the file
+/// itself. A document type declaration is skipped, but for the default values of attributes in it:
+/// each element of that name gets those that it does not have, as attributes of its own. There may
+/// be 1,000 such values, and they may add up to 10,000,000 bytes to the document. A declaration of
+/// an entity is refused; references are limited to the five predefined ones and those by number.
 class IXMLDOMDocument : public IXMLDOMNode {
  public:
   static constexpr GUID kIid{

@@ -70,6 +70,26 @@ TEST(DomEdit, ARemovedAttributeStaysValidAndCanMove) {
   EXPECT_EQ(plain(document->xml()), "<p:r xmlns:p=\"urn:p\">\n  <s p:a=\"1\"/>\n</p:r>\n");
 }
 
+TEST(DomEdit, NothingIsRemovedWithoutAPlaceForTheResult) {
+  const auto document = documentOf(u"<r a='1'><b/></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  EXPECT_EQ(root->attributes()->raw_removeNamedItem(CComBSTR(u"a"), nullptr), E_POINTER);
+  EXPECT_EQ(root->raw_removeChild(root->firstChild(), nullptr), E_POINTER);
+  EXPECT_EQ(plain(root->xml()), "<r a=\"1\">\n  <b/>\n</r>");
+}
+
+TEST(DomEdit, NothingIsAddedWithoutAPlaceForTheResult) {
+  const auto document = documentOf(u"<r a='1'/>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  const CComPtr<IXMLDOMAttribute> attribute = document->createAttribute(u"a");
+  const CComPtr<IXMLDOMElement> child = document->createElement(u"c");
+  EXPECT_EQ(root->attributes()->raw_setNamedItem(attribute, nullptr), E_POINTER);
+  EXPECT_EQ(root->raw_setAttributeNode(attribute, nullptr), E_POINTER);
+  EXPECT_EQ(root->raw_appendChild(child, nullptr), E_POINTER);
+  EXPECT_EQ(root->raw_insertBefore(child, nullptr, nullptr), E_POINTER);
+  EXPECT_EQ(plain(root->xml()), "<r a=\"1\"/>");
+}
+
 TEST(DomEdit, AMovedAttributeDeclaresItsNamespaceInAnotherDocument) {
   CComPtr<IXMLDOMNode> attribute;
   {
@@ -313,6 +333,33 @@ TEST(DomEdit, RefusesTextThatWouldNotReadBack) {
   EXPECT_EQ(document->raw_createAttribute(CComBSTR(u""), &attribute), E_INVALIDARG);
   EXPECT_EQ(plain(document->xml()),
             "<r a=\"1\"><!--k--><?p i?><![CDATA[a]]]]><![CDATA[>b]]></r>\n");
+}
+
+TEST(DomEdit, BlankTextIsWrittenSoThatItReadsBack) {
+  const auto document = documentOf(u"<r><a/><b/><c xml:space='preserve'/></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  const auto add = [&](const char16_t* path, std::initializer_list<const char16_t*> texts) {
+    for (const char16_t* text : texts) {
+      document->selectSingleNode(path)->appendChild(document->createTextNode(text));
+    }
+  };
+  add(u"//a", {u"", u" ", u"\n", u""});
+  add(u"//b", {u" ", u"x", u" "});
+  add(u"//c", {u" "});
+  const std::string written =
+      "<r>\n  <a>&#32;\n</a>\n  <b> x </b>\n  <c xml:space=\"preserve\"> </c>\n</r>\n";
+  EXPECT_EQ(plain(document->xml()), written);
+  EXPECT_EQ(plain(documentOf(document->xml().View())->xml()), written);
+  EXPECT_EQ(plain(document->selectSingleNode(u"//a")->lastChild()->xml()), "");
+}
+
+TEST(DomEdit, AnAddedAttributePreservesSpaceAsOneThatWasRead) {
+  const auto document = documentOf(u"<r><a>&#32;<b/></a></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  root->setAttribute(u"xml:space", u"preserve");
+  EXPECT_EQ(plain(document->xml()), "<r xml:space=\"preserve\"><a> <b/></a></r>\n");
+  root->setAttribute(u"xml:space", u"default");
+  EXPECT_EQ(plain(document->xml()), "<r xml:space=\"default\">\n  <a>&#32;<b/></a>\n</r>\n");
 }
 
 TEST(DomEdit, TextAndCommentTakeNewValues) {

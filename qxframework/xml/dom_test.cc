@@ -72,20 +72,61 @@ TEST(DomNode, RefusesNullOutPointers) {
   EXPECT_EQ(createDocument(nullptr), E_POINTER);
 }
 
+/// Returns the texts of the root's children, in brackets; the name of a child that is no text.
+std::string contentOf(std::u16string_view text) {
+  const auto document = documentOf(text);
+  const CComPtr<IXMLDOMNodeList> children = document->documentElement()->childNodes();
+  std::string out;
+  for (CComPtr<IXMLDOMNode> node = children->nextNode(); node.p != nullptr;
+       node = children->nextNode()) {
+    const bool isText = node->nodeType() == NODE_TEXT || node->nodeType() == NODE_CDATA_SECTION;
+    out += isText ? "[" + plain(node->text()) + "]" : plain(node->nodeName());
+  }
+  return out;
+}
+
 TEST(DomNode, OmitsTextOfWhiteSpaceOnly) {
   const auto document = documentOf(
-      u"<r>\n  <a> </a>\r\n\t<b>&#32;&#10;</b> <![CDATA[ ]]> <c xml:space='preserve'>  "
-      u"</c>\n</r>\n");
+      u"<r>\n  <a> </a>\r\n\t<b>\n</b> <![CDATA[ ]]> <c xml:space='default'>  </c>\n</r>\n");
   const CComPtr<IXMLDOMNodeList> children = document->documentElement()->childNodes();
   EXPECT_EQ(namesOf(children), "a b #cdata-section c");
   EXPECT_EQ(children->item(0)->childNodes()->length(), 0);
   EXPECT_EQ(children->item(1)->childNodes()->length(), 0);
   EXPECT_EQ(children->item(3)->childNodes()->length(), 0);
+  EXPECT_EQ(contentOf(u"<r>\r\n <!--k--> \r\n<?p?>\t</r>"), "#commentp");
+  EXPECT_EQ(contentOf(u"<r>x<a/> <b/>\n</r>"), "[x]ab");
+}
+
+TEST(DomNode, KeepsWhiteSpaceThatIsPreserved) {
+  EXPECT_EQ(contentOf(u"<r xml:space='preserve'> <a/>\n</r>"), "[ ]a[\n]");
+  EXPECT_EQ(contentOf(u"<r xml:space='preserve'> </r>"), "[ ]");
+  EXPECT_EQ(contentOf(u"<r xml:space='other'> </r>"), "");
+  EXPECT_EQ(contentOf(u"<r space='preserve'> </r>"), "");
+  const auto inner = [](const char16_t* text) {
+    return plain(documentOf(text)->selectSingleNode(u"//a")->text());
+  };
+  EXPECT_EQ(inner(u"<r xml:space='preserve'><b><a>\t</a></b></r>"), "\t");
+  EXPECT_EQ(inner(u"<r xml:space='preserve'><b xml:space='default'><a>\t</a></b></r>"), "");
+  EXPECT_EQ(inner(u"<r><b xml:space='preserve'/><a>\t</a></r>"), "");
+}
+
+TEST(DomNode, KeepsWhiteSpaceWrittenAsReferences) {
+  EXPECT_EQ(contentOf(u"<r>&#32;</r>"), "[ ]");
+  EXPECT_EQ(contentOf(u"<r>&#x20;&#10;</r>"), "[ \n]");
+  EXPECT_EQ(contentOf(u"<r>\n <a/>\n &#9; \n<b/>\n</r>"), "a[\n \t \n]b");
+  EXPECT_EQ(contentOf(u"<r>\r\n&#13;\r\n</r>"), "[\n\r\n]");
+}
+
+TEST(DomNode, KeepsWhiteSpaceBetweenSections) {
+  EXPECT_EQ(contentOf(u"<r><![CDATA[b]]> <![CDATA[c]]>\n<![CDATA[d]]><e/></r>"),
+            "[b][ ][c][\n][d]e");
+  EXPECT_EQ(contentOf(u"<r> <![CDATA[b]]> <e/> <![CDATA[c]]> </r>"), "[b]e[c]");
 }
 
 TEST(DomNode, KeepsWhiteSpaceBesideOtherText) {
   const auto document = documentOf(u"<r> x <b/>\n y</r>");
   EXPECT_EQ(plain(document->text()), " x \n y");
+  EXPECT_EQ(contentOf(u"<r> \r\n x&amp; &amp;\t\r\n</r>"), "[ \n x& &\t\n]");
 }
 
 TEST(DomNode, HasANamespaceAndABaseName) {

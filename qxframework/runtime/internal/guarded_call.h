@@ -42,7 +42,18 @@ bool callAddOn(CReturnValue<long>& hr, Call&& call, const OLECHAR* message, cons
   return false;
 }
 
-/// The same for a call that carries a veto. If `call` throws, the scope's result becomes 1.
+/// Calls `operation` with the add-on's handler as callAddOn does. Without a handler there is
+/// nothing to call: returns true, and the scope's result is unchanged.
+template <class Handler, class Operation>
+bool askHandler(CReturnValue<long>& hr, Handler* handler, const OLECHAR* message,
+                Operation operation) {
+  if (handler == nullptr) return true;
+  return callAddOn(
+      hr, [&] { return operation(*handler); }, message);
+}
+
+/// Does what callAddOn does for a call that carries a veto. If `call` throws, the scope's result
+/// becomes 1.
 template <class Call, class... Args>
 void callWithBubble(CReturnValue<long>& hr, short* bubble, Call&& call, const OLECHAR* message,
                     const Args&... args) {

@@ -143,6 +143,8 @@ HRESULT AttributeMap::raw_setNamedItem(IXMLDOMNode* attribute, IXMLDOMNode** set
 }
 
 HRESULT AttributeMap::raw_removeNamedItem(BSTR name, IXMLDOMNode** removed) {
+  // Refused before anything is removed.
+  if (removed == nullptr) return E_POINTER;
   return guarded([&] {
     const TreePointer tree = chain_.tree();
     xmlAttr* const found = findAttribute(chain_.parent().node(), viewOfBstr(name));

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 namespace qx::xml {
 namespace {
@@ -50,8 +52,50 @@ constexpr std::array<bool, 256> charactersToReplace(bool inAttribute) {
 constexpr std::array<bool, 256> kReplacedInText = charactersToReplace(false);
 constexpr std::array<bool, 256> kReplacedInAttribute = charactersToReplace(true);
 
-bool isText(const xmlNode* node) {
-  return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
+bool isSection(const xmlNode* node) {
+  return node != nullptr && node->type == XML_CDATA_SECTION_NODE;
+}
+
+bool isText(const xmlNode* node) { return node->type == XML_TEXT_NODE || isSection(node); }
+
+bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == text.npos; }
+
+// True if the node is the first part of a text that is blank altogether. Texts without an element
+// between them are several nodes if they were added by operations, and one text when read again.
+bool beginsBlankText(const xmlNode* node) {
+  const auto isPart = [](const xmlNode* part) {
+    return part != nullptr && part->type == XML_TEXT_NODE;
+  };
+  std::string_view content = viewOfXml(node->content);
+  if (content.empty() || !isBlank(content)) return false;
+  const xmlNode* before = node->prev;
+  for (; isPart(before); before = before->prev) {
+    if (!viewOfXml(before->content).empty()) return false;
+  }
+  const xmlNode* after = node->next;
+  for (; isPart(after); after = after->next) {
+    if (!isBlank(viewOfXml(after->content))) return false;
+  }
+  return !isSection(before) || !isSection(after);
+}
+
+// Returns the element's own value of xml:space: true for "preserve", false for "default"; nothing
+// if it has another value or none. An attribute that an operation has added has its prefix in its
+// name.
+std::optional<bool> keepsSpace(const xmlNode* element) {
+  for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
+    const bool hasPrefix = attr->ns != nullptr && viewOfXml(attr->ns->prefix) == "xml";
+    const auto* const wanted = reinterpret_cast<const xmlChar*>(hasPrefix ? "space" : "xml:space");
+    // The first character saves most comparisons of this walk over all attributes.
+    if (*attr->name != *wanted || xmlStrEqual(attr->name, wanted) == 0) continue;
+    std::string value;
+    for (const xmlNode* text = attr->children; text != nullptr; text = text->next) {
+      value += viewOfXml(text->content);
+    }
+    if (value == "preserve") return true;
+    if (value == "default") return false;
+  }
+  return std::nullopt;
 }
 
 // Writes one subtree. It walks by the links of the nodes and not by recursion, because a tree that
@@ -86,7 +130,7 @@ class Writer {
         openElement(node);
         break;
       case XML_TEXT_NODE:
-        escape(viewOfXml(node->content), false);
+        text(node);
         break;
       case XML_CDATA_SECTION_NODE:
         cdata(viewOfXml(node->content));
@@ -148,6 +192,17 @@ class Writer {
     put(text, "]]>", "");
   }
 
+  // A blank text would be dropped when it is read, so it is written with a character reference.
+  void text(const xmlNode* node) {
+    std::string_view content = viewOfXml(node->content);
+    const bool kept = open_.empty() || open_.back().keepsSpace;
+    if (!kept && beginsBlankText(node)) {
+      put("&#", std::to_string(int{content.front()}), ";");
+      content.remove_prefix(1);
+    }
+    escape(content, false);
+  }
+
   void escape(std::string_view text, bool inAttribute) {
     const auto& replaced = inAttribute ? kReplacedInAttribute : kReplacedInText;
     std::size_t kept = 0;
@@ -164,30 +219,30 @@ class Writer {
     out_ += viewOfXml(local);
   }
 
-  // Blanks count beside text, so an element with text among its children is written on one line,
-  // and so are all its descendants.
+  // Blanks count beside text and where they are preserved, so the content of such an element is
+  // written on one line, with all descendants.
   void enter(const xmlNode* element) {
-    ++depth_;
-    if (oneLineDepth_ != 0) return;
-    for (const xmlNode* child = element->children; child != nullptr; child = child->next) {
-      if (!isText(child)) continue;
-      oneLineDepth_ = depth_;
-      return;
+    Level level = open_.empty() ? Level() : open_.back();
+    level.keepsSpace = keepsSpace(element).value_or(level.keepsSpace);
+    level.oneLine = level.oneLine || level.keepsSpace;
+    for (const xmlNode* child = element->children; child != nullptr && !level.oneLine;
+         child = child->next) {
+      level.oneLine = isText(child);
     }
+    open_.push_back(level);
   }
 
   void leave(const xmlNode* element) {
-    const bool oneLine = oneLineDepth_ != 0;
-    if (oneLineDepth_ == depth_) oneLineDepth_ = 0;
-    --depth_;
-    if (!oneLine) breakLineAt(depth_);
+    const bool oneLine = open_.back().oneLine;
+    open_.pop_back();
+    if (!oneLine) breakLineAt(open_.size());
     out_ += "</";
     name(element->ns, element->name);
     out_ += '>';
   }
 
   void breakLine() {
-    if (oneLineDepth_ == 0) breakLineAt(depth_);
+    if (!open_.back().oneLine) breakLineAt(open_.size());
   }
   void breakLineAt(std::size_t depth) {
     out_ += '\n';
@@ -200,9 +255,14 @@ class Writer {
     out_ += c;
   }
 
+  // An element that has been opened: its content on one line, its blank texts kept when read.
+  struct Level {
+    bool oneLine = false;
+    bool keepsSpace = false;
+  };
+
   std::string out_;
-  std::size_t depth_ = 0;
-  std::size_t oneLineDepth_ = 0;  // the depth of the outermost children beside text; 0 if none
+  std::vector<Level> open_;
 };
 
 // Returns the declaration as it was read. libxml2 stores -1 in `standalone` if there was none, and

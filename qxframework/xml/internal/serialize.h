@@ -11,7 +11,9 @@ namespace qx::xml {
 /// Returns the node as XML text in UTF-8, without naming an encoding.
 ///
 /// Children of an element are each on their own line, two blanks deeper, unless there is text or
-/// CDATA among them. A document ends in a line feed; an empty document is an empty text.
+/// CDATA among them or xml:space preserves blanks. A text of blanks that would be dropped when it
+/// is read begins with a character reference. A document ends in a line feed; an empty document is
+/// an empty text.
 std::string serialize(const xmlNode* node);
 
 /// Returns "prefix:name" or "name".

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 namespace qx::xml {
 namespace {
 
@@ -41,6 +44,58 @@ TEST(XmlUtf, ReturnsNoUtf8ForALoneSurrogate) {
   EXPECT_EQ(strictUtf8(u"a\U0001F600"), "a\xF0\x9F\x98\x80");
   const char16_t lone[] = {u'a', 0xD83D, u'b'};
   EXPECT_EQ(strictUtf8({lone, 3}), std::nullopt);
+}
+
+/// Returns `text` in UTF-8 and back. Fails if the way back does not end at the same text.
+std::string roundTrip(const std::u16string& text) {
+  const std::string narrow = strictUtf8(text).value_or("refused");
+  CComBSTR wide;
+  EXPECT_EQ(giveUtf8(narrow, &wide), S_OK);
+  EXPECT_EQ(wide.View(), std::u16string_view(text));
+  return narrow;
+}
+
+TEST(XmlUtf, ConvertsTextsOfEveryLengthBothWays) {
+  // Blocks of ASCII are converted apart, so other characters are put at every place around their
+  // ends.
+  const std::pair<std::u16string, std::string> characters[] = {{u"", ""},
+                                                               {u"\x7F", "\x7F"},
+                                                               {u"\x80", "\xC2\x80"},
+                                                               {u"\x7FF", "\xDF\xBF"},
+                                                               {u"\x800", "\xE0\xA0\x80"},
+                                                               {u"\xD7FF", "\xED\x9F\xBF"},
+                                                               {u"\xE000", "\xEE\x80\x80"},
+                                                               {u"\xFFFF", "\xEF\xBF\xBF"},
+                                                               {u"\U00010000", "\xF0\x90\x80\x80"},
+                                                               {u"\U0010FFFF", "\xF4\x8F\xBF\xBF"}};
+  for (const auto& [wide, narrow] : characters) {
+    for (std::size_t before = 0; before <= 66; ++before) {
+      for (const std::size_t after : {0U, 1U, 31U, 32U, 33U, 70U}) {
+        EXPECT_EQ(roundTrip(std::u16string(before, u'a') + wide + std::u16string(after, u'b')),
+                  std::string(before, 'a') + narrow + std::string(after, 'b'));
+      }
+    }
+  }
+}
+
+TEST(XmlUtf, RefusesALoneSurrogateAtEveryPlace) {
+  for (const char16_t lone :
+       {char16_t{0xD800}, char16_t{0xDBFF}, char16_t{0xDC00}, char16_t{0xDFFF}}) {
+    for (std::size_t before = 0; before <= 66; ++before) {
+      const std::u16string text = std::u16string(before, u'a') + lone;
+      EXPECT_EQ(strictUtf8(text), std::nullopt) << before;
+      EXPECT_EQ(strictUtf8(text + std::u16string(40, u'b')), std::nullopt) << before;
+    }
+  }
+}
+
+TEST(XmlUtf, FailsForMalformedUtf8) {
+  for (const char* text : {"\x80", "\xC2", "a\xE2\x82", "\xED\xA0\x80", "\xFF", "\xC0\x80"}) {
+    BSTR out = nullptr;
+    EXPECT_EQ(giveUtf8(text, &out), E_FAIL) << text;
+    EXPECT_EQ(out, nullptr);
+  }
+  EXPECT_EQ(giveUtf8("", nullptr), E_POINTER);
 }
 
 }  // namespace

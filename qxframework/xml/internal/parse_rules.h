@@ -1,0 +1,52 @@
+#pragma once
+
+// The rules by which a document is read, where they differ from those of libxml2: what a document
+// type declaration may do, how deep elements may be nested, and which white space is kept.
+
+#include "qxframework/xml/internal/fault_collector.h"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <cstddef>
+
+namespace qx::xml {
+
+/// Makes a parser follow the rules as long as it lives. A document that breaks one ends the parse,
+/// and `faults` has the reason.
+class ParseRules {
+ public:
+  ParseRules(xmlParserCtxt* parser, FaultCollector& faults);
+  ParseRules(const ParseRules&) = delete;
+  ParseRules& operator=(const ParseRules&) = delete;
+
+  /// The parts of a start tag as the parser passes them to its handler: the namespace declarations
+  /// in pairs of prefix and name, the attributes in groups of five with the defaulted ones last.
+  struct StartTag {
+    int namespaceCount;
+    const xmlChar** namespaces;
+    int attributeCount;
+    int defaultedCount;
+    const xmlChar** attributes;
+  };
+  /// Checks the declaration of a default value.
+  void checkDefault(const xmlChar* attribute, const xmlChar* value);
+  /// Returns false if the element breaks a rule and must not become a part of the tree.
+  bool admitElement(const StartTag& tag);
+  /// Ends the parse for a reason that ends with a line end.
+  void refuse(const char* reason) { faults_.refuse(reason); }
+
+ private:
+  void countDefaults(const StartTag& tag);
+
+  xmlParserCtxt* parser_;
+  FaultCollector& faults_;
+  int defaults_ = 0;            // default values that the document declares
+  std::size_t addedBytes_ = 0;  // the text that they have added to the document
+};
+
+/// Brings a tree that was read by the rules into the state that later operations rely on: no text
+/// of white space only but the one that is kept, and the true names of namespaces.
+void finishTree(xmlDoc* document);
+
+}  // namespace qx::xml
