@@ -198,17 +198,31 @@ TEST_F(Events, ArriveWithTheArgumentsInReverseOrderAndTheVetoByReference) {
   user_->FireProgressBar(&done);
   user_->FirePrint(CComBSTR(u"F_1"), &done);
   user_->FireReportData(CComBSTR(u"F_1"), &done);
-  user_->Shutdown();
   user_->ChangeCompany(CComBSTR(u"/data/Quay.db"));
+  user_->Shutdown();
   user_->ServerTermination();
-  EXPECT_EQ(
-      sink->log,
-      (Log{"101(before 1288, -1)", "101(after 1288, -1)", "100(F_1, before 2 3101 F_1.4..0.65, -1)",
-           "100(F_1, after 2 3101 F_1.4..0.65, -1)", "107(before F_1.4, -1)",
-           "107(after F_1.4, -1)", "108(before F_1 17 99, -1)", "108(after F_1 17 99, -1)",
-           "103(saved, 3)", "104(object, -1)", "104(object, -1)", "105(object, -1)",
-           "105(object, -1)", "106(object, -1)", "106(object, -1)", "102(64)", "102(65)",
-           "102(67)"}));
+  EXPECT_EQ(sink->log, (Log{"101(before 1288, -1)",
+                            "101(after 1288, -1)",
+                            "100(F_1, before 2 3101 F_1.4..0.65, -1)",
+                            "100(F_1, after 2 3101 F_1.4..0.65, -1)",
+                            "107(before F_1.4, -1)",
+                            "107(after F_1.4, -1)",
+                            "108(before F_1 17 99, -1)",
+                            "108(after F_1 17 99, -1)",
+                            "103(saved, 3)",
+                            "104(object, -1)",
+                            "104(object, -1)",
+                            "105(object, -1)",
+                            "105(object, -1)",
+                            "106(object, -1)",
+                            "106(object, -1)",
+                            "102(65)",
+                            "100(F_1, before 20 3101 F_1...0.0, -1)",
+                            "100(F_1, after 20 3101 F_1...0.0, -1)",
+                            "100(F_1, before 17 3101 F_1...0.0, -1)",
+                            "100(F_1, after 17 3101 F_1...0.0, -1)",
+                            "102(64)",
+                            "102(67)"}));
 }
 
 TEST_F(Events, VetoCountsOnlyBeforeTheAction) {
