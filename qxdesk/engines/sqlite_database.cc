@@ -209,10 +209,11 @@ Connection openConnection(const std::string& path) {
 }
 
 // The engine opens files lazily: only the first read shows if the file is a database at all.
-void readHeader(Database& database, const std::string& path) {
+// Returns true if it has tables.
+bool readHeader(Database& database, const std::string& path) {
   try {
     database.queryInteger("PRAGMA schema_version");
-    database.queryInteger("SELECT COUNT(*) FROM sqlite_master");
+    return database.tables().any(database);
   } catch (const DatabaseError& error) {
     switch (error.fault()) {
       case Fault::NotADatabase:
@@ -272,10 +273,14 @@ bool hasLostChanges(Database& database, const std::filesystem::path& path) {
 }
 
 // A company is in its file before the log begins, see Database::share(). So a file that has had a
-// log and has no tables has lost its company, and must not become a new one.
-void checkHistory(Database& database, const std::filesystem::path& path) {
-  const bool hadLog = database.queryText("PRAGMA journal_mode") == "wal";
-  if (hadLog && !database.tables().any(database)) companyLost(path);
+// log and has no tables has lost its company, and must not become a new one. The tables are looked
+// for after the log: another process may have made the company in the meantime.
+bool hasLostCompany(Database& database) {
+  return database.queryText("PRAGMA journal_mode") == "wal" && !database.tables().any(database);
+}
+
+void checkHistory(Database& database, const std::filesystem::path& path, bool hasTables) {
+  if (!hasTables && hasLostCompany(database)) companyLost(path);
   if (hasLostChanges(database, path)) {
     throw CompanyError(kOpenFailed, Text::LogDamaged, path.string(), logOf(path).string());
   }
@@ -293,8 +298,8 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
   // If the file is refused, its log stays as it is: it may still be of use.
   database->keepLog(holdsFrames(logOf(file)));
-  readHeader(*database, path);
-  checkHistory(*database, path);
+  const bool hasTables = readHeader(*database, path);
+  checkHistory(*database, path, hasTables);
   database->keepLog(false);
   return database;
 }
