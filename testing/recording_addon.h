@@ -100,6 +100,7 @@ class RecordingHandler : public CQXIDispatch {
     const long result = record_.run("OnFormLoad", toUtf8(event->GetFormTypeEx().View()), bubble);
     if (result < 0) return result;
     auto* form = new RecordingForm(addOn_, record_);  // passes to the event sink
+    form->PutCompany(record_.company);
     form->InitForm(record_.application, record_.application->GetForms()->GetFormByUID(uid));
     return result;
   }

@@ -99,9 +99,17 @@ void CompanySession::open(const LoginTarget& target) {
         targetOf(database->route(), environment_));
   }
   database_ = std::move(database);
+  // Otherwise all that has been written would stay in the file's log. A server notices the end of
+  // the process by itself, and its driver may have been shut down before this action runs.
+  if (database_->route() == Route::ToSqlite) atExit_.emplace([this] { letGo(); });
 }
 
 void CompanySession::close() {
+  atExit_.reset();
+  letGo();
+}
+
+void CompanySession::letGo() {
   transaction_ = false;
   translator_.reset();
   database_.reset();

@@ -4,6 +4,7 @@
 // its state, the last error. Every object holds the session, so it lives as long as the last of
 // them; after Disconnect they all answer that the company is not connected.
 
+#include "qxdesk/company/at_exit.h"
 #include "qxdesk/dictionary/company_settings.h"
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/engines/database.h"
@@ -36,8 +37,8 @@ class CompanySession {
   CompanySession(const CompanySession&) = delete;
   CompanySession& operator=(const CompanySession&) = delete;
 
-  /// Opens the company, and makes it first if the database is missing or empty. Throws
-  /// CompanyError.
+  /// Opens the company, and makes it first if the database is missing or empty. A company in a file
+  /// is closed at the end of the process at the latest. Throws CompanyError.
   void open(const LoginTarget& target);
   /// Closes the company; an open transaction is rolled back.
   void close();
@@ -87,6 +88,7 @@ class CompanySession {
   static RowStore run(Database& database, std::string_view text,
                       const sql::Translation& translation);
   void commitOrRollBack();
+  void letGo();
   HvLanguages language() const;
 
   CompanyEnvironment environment_;
@@ -94,6 +96,7 @@ class CompanySession {
   LoginTarget target_;
   std::unique_ptr<Database> database_;
   std::unique_ptr<sql::Translator> translator_;
+  std::optional<AtExit> atExit_;
   bool transaction_ = false;
   std::optional<HvLanguages> language_;
   long lastCode_ = 0;

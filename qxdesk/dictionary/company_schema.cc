@@ -173,6 +173,7 @@ void ensureCompany(Database& database, const LoginTarget& target,
   if (database.tables().version(database) > kSchemaVersion) {
     throw CompanyError(kOpenFailed, Text::NewerDatabase, databaseName(target.database));
   }
+  database.share();
 }
 
 }  // namespace qx::desk

@@ -108,6 +108,8 @@ enum class Text : unsigned {
   NotAnAmount = 76,
   NoRate = 77,
   UnknownDataInterface = 78,
+  CompanyLost = 79,
+  LogDamaged = 80,
   End  ///< One past the last.
 };
 

@@ -141,6 +141,12 @@ class Database {
   virtual void rollBackToSavepoint();
   virtual void releaseSavepoint();
 
+  /// Prepares the database for several processes at once. Called when the company in it is
+  /// complete: the embedded engine begins its write-ahead log here and not before, so that the
+  /// company is in the file itself whatever happens to the log. Throws CompanyError if another
+  /// program keeps the file, and DatabaseError.
+  virtual void share() {}
+
   virtual bool isReadOnly() const = 0;
   /// Returns why this database cannot be used any more, Moved or ConnectionLost, or nothing if it
   /// can.

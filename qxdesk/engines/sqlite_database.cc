@@ -3,7 +3,9 @@
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/engines/sqlite_statement.h"
 #include "qxdesk/engines/sqlite_tables.h"
+#include "qxdesk/engines/write_ahead_log.h"
 #include "qxdesk/sql/sqlite_guard.h"
+#include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
 
 #include <sqlite3.h>
@@ -88,6 +90,15 @@ class SqliteDatabase final : public Database {
   void rollback() override { execute("ROLLBACK"); }
   bool inTransaction() const override { return sqlite3_get_autocommit(db_.get()) == 0; }
   bool isReadOnly() const override { return sqlite3_db_readonly(db_.get(), "main") == 1; }
+  // Changing the mode needs exclusive access for a moment, and the engine does not wait for that by
+  // itself.
+  void share() override {
+    if (isReadOnly()) return;
+    for (int waited = 0; !useWriteAheadLog(); waited += kBusyPauseMs) {
+      if (waited >= wait_.timeoutMs) throw CompanyError(kOpenFailed, Text::Locked);
+      wait_.sleep(kBusyPauseMs);
+    }
+  }
   std::optional<DatabaseError> lost() const override {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
@@ -95,7 +106,26 @@ class SqliteDatabase final : public Database {
     return DatabaseError(Fault::Moved, "the file is gone");
   }
 
+  /// Decides if the last connection moves the log into the file when it closes, and removes it.
+  void keepLog(bool keep) {
+    sqlite3_db_config(db_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
+  }
+
  private:
+  // Returns false while another connection keeps the file. A folder that cannot be written has no
+  // room for a log; the file is used without one.
+  bool useWriteAheadLog() {
+    try {
+      execute("PRAGMA journal_mode = WAL");
+      execute("PRAGMA synchronous = NORMAL");
+      return true;
+    } catch (const DatabaseError& error) {
+      if (error.fault() == Fault::ReadOnly) return true;
+      if (error.fault() != Fault::Locked) throw;
+      return false;
+    }
+  }
+
   // Declared before the connection, which holds pointers to them and is destroyed first.
   BusyWait wait_;
   SqliteTimeLimit limit_;
@@ -179,10 +209,11 @@ Connection openConnection(const std::string& path) {
 }
 
 // The engine opens files lazily: only the first read shows if the file is a database at all.
-void readHeader(Database& database, const std::string& path) {
+// Returns true if it has tables.
+bool readHeader(Database& database, const std::string& path) {
   try {
     database.queryInteger("PRAGMA schema_version");
-    database.queryInteger("SELECT COUNT(*) FROM sqlite_master");
+    return database.tables().any(database);
   } catch (const DatabaseError& error) {
     switch (error.fault()) {
       case Fault::NotADatabase:
@@ -197,20 +228,61 @@ void readHeader(Database& database, const std::string& path) {
   }
 }
 
-// Changing the mode needs exclusive access for a moment, and the engine does not wait for that by
-// itself.
-void useWriteAheadLog(Database& database, const CompanyEnvironment& environment) {
-  for (int waited = 0;; waited += kBusyPauseMs) {
-    try {
-      database.execute("PRAGMA journal_mode = WAL");
-      database.execute("PRAGMA synchronous = NORMAL");
-      return;
-    } catch (const DatabaseError& error) {
-      if (error.fault() == Fault::ReadOnly) return;
-      if (error.fault() != Fault::Locked) throw;
-      if (waited >= environment.busyTimeoutMs) throw CompanyError(kOpenFailed, Text::Locked);
-    }
-    environment.sleep(kBusyPauseMs);
+[[noreturn]] void companyLost(const std::filesystem::path& path) {
+  throw CompanyError(kOpenFailed, Text::CompanyLost, path.string(), logOf(path).string());
+}
+
+// A log without its file, which the user has moved or deleted: it is of use only together with that
+// file, but the engine would delete it. Returns false if it cannot be renamed. Another process may
+// have done so already.
+bool setAside(const std::filesystem::path& log) {
+  const std::filesystem::path aside = log.string() + ".lost";
+  std::error_code error;
+  std::filesystem::rename(log, aside, error);
+  if (error) return error == std::errc::no_such_file_or_directory;
+  developerTrace(toUtf16("The log " + log.string() + " has no database file; it is now " +
+                         aside.string() + "\n"));
+  return true;
+}
+
+// Beside a missing or empty file the engine would delete the log unread. It takes a file of one
+// byte for an empty one. The log is looked at first: another process that makes a company at this
+// moment has a log only after the company is in the file.
+void checkRemains(const std::filesystem::path& path) {
+  if (!holdsFrames(logOf(path))) return;
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  const bool missing = error == std::errc::no_such_file_or_directory;
+  if (missing && setAside(logOf(path))) return;
+  if (missing || (!error && size <= 1)) companyLost(path);
+}
+
+// Looked at again under the lock of writers: without it, a transaction that is being written at
+// this moment could look like damage. If a writer keeps the lock, or this connection may not write,
+// the log is in use by a process that has read all of it.
+bool hasLostChanges(Database& database, const std::filesystem::path& path) {
+  if (!hasUnreadableChanges(logOf(path))) return false;
+  try {
+    database.begin();
+  } catch (const DatabaseError&) {
+    return false;
+  }
+  const bool lost = hasUnreadableChanges(logOf(path));
+  database.rollback();
+  return lost;
+}
+
+// A company is in its file before the log begins, see Database::share(). So a file that has had a
+// log and has no tables has lost its company, and must not become a new one. The tables are looked
+// for after the log: another process may have made the company in the meantime.
+bool hasLostCompany(Database& database) {
+  return database.queryText("PRAGMA journal_mode") == "wal" && !database.tables().any(database);
+}
+
+void checkHistory(Database& database, const std::filesystem::path& path, bool hasTables) {
+  if (!hasTables && hasLostCompany(database)) companyLost(path);
+  if (hasLostChanges(database, path)) {
+    throw CompanyError(kOpenFailed, Text::LogDamaged, path.string(), logOf(path).string());
   }
 }
 
@@ -222,9 +294,13 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   // The full path, since the engine takes ":memory:" for a database in memory and "file:..." for a
   // URI.
   const std::string file = std::filesystem::absolute(path).string();
+  checkRemains(path);
   auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
-  readHeader(*database, path);
-  if (canWrite(path)) useWriteAheadLog(*database, environment);
+  // If the file is refused, its log stays as it is: it may still be of use.
+  database->keepLog(holdsFrames(logOf(file)));
+  const bool hasTables = readHeader(*database, path);
+  checkHistory(*database, path, hasTables);
+  database->keepLog(false);
   return database;
 }
 

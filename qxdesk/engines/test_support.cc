@@ -25,6 +25,7 @@ class FailingDatabase final : public Database {
   sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
   const sql::Catalog& catalog() override { return real_->catalog(); }
   void noticeChanges() override { real_->noticeChanges(); }
+  void share() override { real_->share(); }
   bool isReadOnly() const override { return real_->isReadOnly(); }
   bool inTransaction() const override { return real_->inTransaction(); }
   void begin() override {

@@ -1,5 +1,6 @@
 #include "qxdesk/session/connection_string.h"
 
+#include "qxdesk/session/database_name.h"
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/dialect_names.h"
@@ -87,9 +88,29 @@ std::string decode(const Value& value) {
   return out;
 }
 
+std::u16string encode(std::string_view value) {
+  std::u16string out;
+  for (const char16_t unit : toUtf16(value)) {
+    if (unit == u'&') {
+      out += u"%26";
+    } else if (unit == u'%') {
+      out += u"%25";
+    } else if (unit == u'#') {
+      out += u"%23";
+    } else {
+      out += unit;
+    }
+  }
+  return out;
+}
+
 void readDatabase(ConnectionString& out, const Value& value) {
   out.database = decode(value);
   if (out.database.empty()) fail(value.position, "db is empty; name the company database's file");
+  // The place is that in the text as given, since no other value is replaced.
+  if (odbcConnection(out.database)) {
+    out.shown.replace(value.position, value.raw.size(), encode(databaseName(out.database)));
+  }
 }
 
 // The key is called engine, but it selects the dialect of the statements.
@@ -204,6 +225,7 @@ HvLanguages languageFromText(std::u16string_view text) {
 
 ConnectionString parseConnectionString(std::u16string_view text) {
   ConnectionString out;
+  out.shown = text;
   std::set<std::u16string_view> seen;
   std::size_t at = skipScheme(text);
   while (at < text.size()) {

@@ -41,6 +41,7 @@ struct ConnectionString {
   std::string playFile;        ///< UTF-8; empty: none
   bool refuseUnattendedBoxes = false;
   bool sharedProgressBar = false;
+  std::u16string shown;  ///< the text for messages: as given, with the passwords of db as "***"
 };
 
 /// Reports a text that is no connection string. what() is a sentence in UTF-8 that names the place,

@@ -42,6 +42,13 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_TRUE(read.sharedProgressBar);
 }
 
+TEST(ConnectionString, IsShownAsGivenButForPasswords) {
+  const auto shown = [](std::u16string_view text) { return parseConnectionString(text).shown; };
+  EXPECT_EQ(shown(u"embedded:?db=c%C3%A4.db&user=anna"), u"embedded:?db=c%C3%A4.db&user=anna");
+  EXPECT_EQ(shown(u"embedded:?appid=2&db=odbc:DSN=a%26b;PWD=x%23y&user=anna"),
+            u"embedded:?appid=2&db=odbc:DSN=a%26b;PWD=***&user=anna");
+}
+
 TEST(ConnectionString, ReadsTheServerTypeFromTheEngine) {
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=mssql").dbServerType, 1);
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=db2").dbServerType, 2);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 #include <vector>
 
 namespace qx::desk {
@@ -67,11 +68,24 @@ std::string_view withoutBraces(std::string_view value) {
              : value;
 }
 
+// Also for a file that does not exist yet. A path that cannot be resolved is compared as it is.
+std::filesystem::path realPath(std::string_view file) {
+  std::error_code error;
+  const std::filesystem::path path = std::filesystem::absolute(file, error);
+  std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
+  return error ? path : real;
+}
+
 }  // namespace
 
 std::optional<std::string_view> odbcConnection(std::string_view database) {
   if (keyName(database.substr(0, kScheme.size())) != kScheme) return std::nullopt;
   return database.substr(kScheme.size());
+}
+
+bool sameDatabase(std::string_view a, std::string_view b) {
+  if (odbcConnection(a) || odbcConnection(b)) return a == b;
+  return realPath(a) == realPath(b);
 }
 
 std::string databaseName(std::string_view database) {

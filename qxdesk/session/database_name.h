@@ -12,6 +12,10 @@ namespace qx::desk {
 /// Returns the ODBC connection string; nothing for a file.
 std::optional<std::string_view> odbcConnection(std::string_view database);
 
+/// True if both are the same file, whatever the way in which its path is written, or the same ODBC
+/// connection string.
+bool sameDatabase(std::string_view a, std::string_view b);
+
 /// Returns the name for messages, with the passwords replaced by "***".
 std::string databaseName(std::string_view database);
 

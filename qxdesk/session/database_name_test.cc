@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace qx::desk {
 namespace {
 
@@ -41,6 +43,20 @@ TEST(DatabaseName, PasswordsUnderOtherKeysAreHiddenToo) {
   EXPECT_EQ(databaseName("odbc:Access Token=x"), "odbc:Access Token=***");
   EXPECT_EQ(databaseName("odbc:ClientSecret=x"), "odbc:ClientSecret=***");
   EXPECT_EQ(databaseName("odbc:pqopt={password=x};Uid=me"), "odbc:pqopt=***;Uid=me");
+}
+
+TEST(DatabaseName, AFileIsTheSameByWhateverPath) {
+  const std::string here = std::filesystem::current_path().string();
+  EXPECT_TRUE(sameDatabase("a.db", here + "/a.db"));
+  EXPECT_TRUE(sameDatabase("./missing/../a.db", "a.db"));
+  EXPECT_FALSE(sameDatabase("a.db", "b.db"));
+  EXPECT_FALSE(sameDatabase("a.db", "A.db"));
+  EXPECT_FALSE(sameDatabase("odbc:DSN=a", here + "/odbc:DSN=a"));
+}
+
+TEST(DatabaseName, AnOdbcSourceIsTheSameByItsWholeText) {
+  EXPECT_TRUE(sameDatabase("odbc:DSN=a;Pwd=x", "odbc:DSN=a;Pwd=x"));
+  EXPECT_FALSE(sameDatabase("odbc:DSN=a;Pwd=x", "odbc:DSN=a;Pwd=y"));
 }
 
 }  // namespace

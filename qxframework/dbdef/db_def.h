@@ -74,7 +74,12 @@ class QX_API CQXDbDef {
   /// its `userkeys`, and an unknown element is skipped. The host gets a `LinkedTable` unchanged.
   /// Without a `database` element, or with an empty one, the result is also 0, but the last stamp
   /// is missing: a run stamped "Upgrading" stays incomplete, and the progress bar stays on the
-  /// screen.
+  /// screen, held by this object. A further call on the same object therefore waits 30 minutes for
+  /// its own bar and returns E_FAIL: destroy the object and use a new one for the next run.
+  ///
+  /// The status bar shows two things to the user: a key that the host refuses and that does not
+  /// exist, with its table and the reason, since the stamp "Installed" hides the loss; and what a
+  /// run is waiting for as long as the progress bar is not free.
   long Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& version);
   /// Sets the string ids of the keys that follow "*RES*"; null for none. The caller owns the map.
   long SetResourceMap(CSimpleMap<CString, int>* map);
@@ -97,10 +102,12 @@ class QX_API CQXDbDef {
   long CreateUserIndexes(const CComBSTR& table, CComPtr<IXMLDOMNode> node);
   long AddOrRemoveUserIndex(const CComBSTR& table, CComPtr<IXMLDOMNode> node);
   void RemoveUserIndex(CComPtr<IUserKeysMD> keys, const CComBSTR& table, const CComBSTR& key);
+  void ShowLostIndex(CComPtr<IUserKeysMD> keys, const CComBSTR& table, const CComBSTR& key);
   long AddUserIndexElement(CComPtr<IUserKeysMD_Elements> elements, CComPtr<IXMLDOMNode> node);
 
   long GetProgressBar(long minutes, const CComBSTR& title, long maximum);
   long CreateProgressBar(const CComBSTR& title, long maximum);
+  void ShowWait(long minutesLeft, bool ownBar);
   void DisplayProgressMessage(const CComBSTR& text);
   void SignalTableInitialized(const CComBSTR& table, long kind);
   void StopProgressBar();

@@ -39,6 +39,8 @@ long tableTypeOf(std::u16string_view text) {
 }
 constexpr unsigned kCreateTableText = 221;
 constexpr unsigned kCreateFieldsText = 222;
+constexpr unsigned kWaitForOtherText = 225;
+constexpr unsigned kWaitForOwnText = 226;
 
 }  // namespace
 
@@ -240,7 +242,17 @@ CComBSTR CQXDbDef::LastErrorText() {
 // The progress of the run. SchemaProgress works on the two members.
 
 long CQXDbDef::GetProgressBar(long minutes, const CComBSTR& title, long maximum) {
-  return Progress().waitForBar(minutes, title, maximum);
+  return Progress().waitForBar(minutes, title, maximum,
+                               [this](long left, bool own) { ShowWait(left, own); });
+}
+
+// A client that cannot show the message does not end the wait.
+void CQXDbDef::ShowWait(long minutesLeft, bool ownBar) {
+  try {
+    const CComBSTR shape = FrameworkText(ownBar ? kWaitForOwnText : kWaitForOtherText);
+    CQXUtil::SetStatusBarWarningMessage(m_ptrApp, CComBSTR(qx::format(shape, minutesLeft)));
+  } catch (const _com_error&) {
+  }
 }
 
 long CQXDbDef::CreateProgressBar(const CComBSTR& title, long maximum) {

@@ -1,5 +1,7 @@
 // The user keys of a definition.
 
+#include "qxframework/automation/format.h"
+#include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/dbdef/internal/definition_node.h"
 #include "qxframework/host/application.h"
@@ -7,14 +9,44 @@
 #include "qxframework/host/metadata.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/logging/result_names.h"
+#include "qxframework/util/qx_util.h"
 #include "qxframework/xml/dom.h"
+
+#include <optional>
+#include <string>
 
 namespace {
 
 constexpr int kKeyNameLength = 10;  // the host's limit
+constexpr long kMostKeys = 1000;    // of a table, for a host whose list never ends
+constexpr unsigned kKeyLostText = 224;
 
 CComPtr<IUserKeysMD> openKeys(ICompany* company) {
   return CComQIPtr<IUserKeysMD>(company->GetBusinessObject(qx::kUserKeysMD));
+}
+
+// Returns the name of the host's key with that index, in upper case; nothing if it has none or
+// fails.
+std::optional<std::u16string> keyAt(IUserKeysMD* keys, const CComBSTR& table, long index) {
+  VARIANT_BOOL found = VARIANT_FALSE;
+  CComBSTR name;
+  if (keys->raw_GetByKey(table, index, &found) < 0 || found != VARIANT_TRUE) return std::nullopt;
+  if (keys->raw_GetKeyName(&name) < 0) return std::nullopt;
+  return qx::toUpper(name.View());
+}
+
+// The host has no look-up by name. Its names of user tables begin with "@", those of its own tables
+// do not.
+bool hasKey(IUserKeysMD* keys, std::u16string_view table, const CComBSTR& key) {
+  const std::u16string name = qx::toUpper(key.View());
+  for (const CComBSTR& target : {CComBSTR(u"@" + std::u16string(table)), CComBSTR(table)}) {
+    for (long index = 0; index < kMostKeys; ++index) {
+      const std::optional<std::u16string> found = keyAt(keys, target, index);
+      if (!found) break;
+      if (*found == name) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -64,6 +96,7 @@ long CQXDbDef::AddOrRemoveUserIndex(const CComBSTR& table, CComPtr<IXMLDOMNode> 
         node, [&](const CComPtr<IXMLDOMNode>& child) { AddUserIndexElement(elements, child); });
     if (found) {
       hr = keys->Add();
+      if (hr != 0) ShowLostIndex(keys, table, CComBSTR(name.View()));
     } else {
       hr.LogError(u"No elements found for user key under '<%s>'.\n", node->nodeName().View());
       hr = QX_E_DATABASE;
@@ -80,6 +113,23 @@ long CQXDbDef::AddOrRemoveUserIndex(const CComBSTR& table, CComPtr<IXMLDOMNode> 
     qx::raiseError(hr);
   }
   return hr;
+}
+
+// The run ends as "Installed", so no later run makes the key: the user must know. A key that exists
+// is no loss; a second run of a definition finds all of them.
+void CQXDbDef::ShowLostIndex(CComPtr<IUserKeysMD> keys, const CComBSTR& table,
+                             const CComBSTR& key) {
+  try {
+    long code = 0;
+    CComBSTR reason;
+    m_ptrCompany->raw_GetLastError(&code, &reason);  // before the look-up, which has its own
+    if (hasKey(keys, table.View(), key)) return;
+    CQXUtil::SetStatusBarErrorMessage(
+        m_ptrApp,
+        CComBSTR(qx::format(FrameworkText(kKeyLostText), key.View(), table.View(), reason.View())));
+  } catch (const _com_error&) {
+    // The log has the failure in any case.
+  }
 }
 
 // A key that does not exist or cannot be removed is only logged: the run goes on with the next key.

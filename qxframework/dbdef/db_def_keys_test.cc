@@ -57,9 +57,41 @@ TEST_F(DbDefKeys, ARefusedKeyIsLoggedAndEndsTheList) {
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
+// The run ends as "Installed", so that no later run makes the key.
+TEST_F(DbDefKeys, TheUserSeesWhichKeyWasNotMadeAndWhy) {
+  calls.answers["Keys.Add"] = -1;
+  company->keys = {{u"T", u"OTHER", 0, {u"F"}}};
+  EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k>"), S_OK);
+  EXPECT_THAT(calls.of("StatusBar.SetText"),
+              ElementsAre("(The key A of the table T could not be created: The host refuses, 20, "
+                          "2)"));
+  EXPECT_THAT(stamps(), ElementsAre("Installed"));
+}
+
+TEST_F(DbDefKeys, TheMessageIsInTheLanguageOfTheApplication) {
+  application->language = ln_German;
+  calls.answers["Keys.Add"] = -1;
+  EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k>"), S_OK);
+  EXPECT_THAT(calls.of("StatusBar.SetText"),
+              ElementsAre("(Der Schlüssel A der Tabelle T konnte nicht angelegt werden: The host "
+                          "refuses, 20, 2)"));
+}
+
+TEST_F(DbDefKeys, AClientThatCannotShowTheMessageDoesNotEndTheRun) {
+  calls.answers["Keys.Add"] = -1;
+  for (const char* call : {"Company.GetLastError", "Keys.GetByKey", "StatusBar.SetText"}) {
+    calls.failures[call] = E_FAIL;
+    EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k>"), S_OK) << call;
+    calls.failures.erase(call);
+  }
+  EXPECT_THAT(stamps(), ElementsAre("Installed", "Installed", "Installed"));
+  EXPECT_EQ(calls.of("StatusBar.SetText").size(), 3U);
+}
+
 TEST_F(DbDefKeys, AnExistingKeyIsOnlyLogged) {
   company->keys.push_back({u"T", u"A", 0, {u"F"}});
   EXPECT_EQ(keys("<k Name=\"A\"><c Name=\"F\"/></k>"), S_OK);
+  EXPECT_THAT(calls.of("StatusBar.SetText"), IsEmpty());
   EXPECT_EQ(company->keys.size(), 1U);
   EXPECT_THAT(complaints(), ElementsAre("1 Failed to add user key 'A' to 'T'",
                                         "1 Not all user indexes for 'T' were created.\n"));

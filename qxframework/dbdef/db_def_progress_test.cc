@@ -8,6 +8,7 @@ namespace {
 using namespace qx::test;
 using std::chrono::minutes;
 using std::chrono::seconds;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -64,6 +65,38 @@ TEST_F(DbDefProgress, ARunWaitsForABarThatIsHeld) {
   EXPECT_THAT(stamps(), ElementsAre("Installed"));
 }
 
+TEST_F(DbDefProgress, TheUserSeesThatARunWaitsForAnotherAddOn) {
+  application->barHeldFor = 3;
+  EXPECT_EQ(create(twoFields()), S_OK);
+  const std::string text = "(Waiting for the progress bar, which another add-on is using ";
+  EXPECT_THAT(calls.of("StatusBar.SetText"), ElementsAre(text + "(30 minutes at most), 20, 1)",
+                                                         text + "(30 minutes at most), 20, 1)",
+                                                         text + "(29 minutes at most), 20, 1)"));
+}
+
+// The bar of a run without a `database` element is not freed, and the object holds it.
+TEST_F(DbDefProgress, TheUserSeesThatASecondRunWaitsForTheBarOfTheFirst) {
+  EXPECT_EQ(create("<other/>"), S_OK);
+  application->barHeldFor = 61;
+  EXPECT_EQ(create(twoFields()), E_FAIL);
+  EXPECT_EQ(waited(), minutes(30));
+  const auto messages = calls.of("StatusBar.SetText");
+  ASSERT_EQ(messages.size(), 60U);
+  const std::string text =
+      "(Waiting for the progress bar, which an earlier run of this add-on has left ";
+  EXPECT_EQ(messages.front(), text + "(30 minutes at most), 20, 1)");
+  EXPECT_EQ(messages.back(), text + "(1 minutes at most), 20, 1)");
+  EXPECT_THAT(log(u"CQXDbDef::Create"),
+              Contains("1 Timeout received while waiting for progress bar"));
+}
+
+TEST_F(DbDefProgress, AWaitGoesOnIfTheClientCannotShowIt) {
+  application->barHeldFor = 1;
+  calls.failures["StatusBar.SetText"] = E_FAIL;
+  EXPECT_EQ(create(twoFields()), S_OK);
+  EXPECT_THAT(stamps(), ElementsAre("Installed"));
+}
+
 TEST_F(DbDefProgress, ABarThatIsFreeAtTheLastTryIsTaken) {
   application->barHeldFor = 60;
   EXPECT_EQ(create(twoFields()), S_OK);
@@ -75,7 +108,7 @@ TEST_F(DbDefProgress, ARunEndsAfterThirtyMinutesWithoutAStamp) {
   EXPECT_EQ(create(twoFields(), false), E_FAIL);
   EXPECT_EQ(clock.sleeps(), 60);
   EXPECT_EQ(waited(), minutes(30));
-  EXPECT_EQ(calls.of("StatusBar.").size(), 61U);
+  EXPECT_EQ(calls.of("StatusBar.CreateProgressBar").size(), 61U);
   EXPECT_THAT(company->statements(), IsEmpty());
   EXPECT_THAT(log(u"CQXDbDef::Create"),
               ElementsAre("1 Timeout received while waiting for progress bar"));

@@ -187,13 +187,35 @@ TEST_P(Stopping, EndsTheMenuTheEventsAndTheMessageLoopOfTheAddOn) {
   record.take();
   (desk.*GetParam().act)();
   EXPECT_EQ(RunMessageLoop(), 0);
-  EXPECT_THAT(record.take(), ElementsAre("OnApplicationUnload"));
+  EXPECT_THAT(record.take(),
+              ElementsAre("Form.OnItemEvent 20 '' before", "Form.OnItemEvent 20 '' after",
+                          "Form.OnItemEvent 17 '' before", "Form.OnUnloadForm", "~Form",
+                          "OnApplicationUnload"));
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"Add-on stopped."));
   EXPECT_THAT(desk.menus(), Not(HasSubstr(kCommonEntry)));
   EXPECT_EQ(desk.sinks(), 0);
-  desk.press(form, kOkButton);
+  EXPECT_THAT(desk.forms(), Not(HasSubstr(form)));
+  desk.openForm(kOrder);
   desk.status("After the end", smt_None);
   EXPECT_THAT(record.take(), IsEmpty());
+}
+
+// The form object holds the company, as every form of an add-on may.
+TEST_P(Stopping, ClosesTheCompanySoThatItIsOneFile) {
+  desk.openForm(kOrder);
+  (desk.*GetParam().act)();
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-wal"));
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-shm"));
+  EXPECT_THAT(qx::test::rowsOf(file, "SELECT U_Status FROM \"@QXEXTDBVERSION\""),
+              ElementsAre("Installed"));
+}
+
+TEST_P(Stopping, AFormThatVetoesItsCloseDoesNotKeepTheCompanyOpen) {
+  record.hooks["Form.OnItemEvent"] = veto;
+  desk.openForm(kOrder);
+  (desk.*GetParam().act)();
+  EXPECT_EQ(record.take().back(), "OnApplicationUnload");
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-wal"));
 }
 
 INSTANTIATE_TEST_SUITE_P(By, Stopping,

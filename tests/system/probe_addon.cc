@@ -12,10 +12,11 @@
 // | loading COUNT  | OnApplicationLoad, with COUNT add-ons      | go, tables or fail    |
 // | tables STATE   | it creates its own tables next             | go                    |
 // | created RESULT | its tables are created                     |                       |
-// | connected CODE | Connect has returned                       | count, menus, stop or |
-// |                |                                            | leave                 |
+// | connected CODE | Connect has returned                       | count, menus, open,   |
+// |                |                                            | stop or leave         |
 // | count COUNT    | the add-ons that are attached              | the same              |
 // | menus NUMBER   | the common entries in the menu             | the same              |
+// | opened FORM    | a form is open, with a form object         | the same              |
 // | stopped        | the client is shut down                    | the same              |
 
 #include "qxframework/automation/text.h"
@@ -90,6 +91,7 @@ void serve(qx::test::EmbeddedClient& desk) {
   for (std::string next = command(); next != "leave"; next = command()) {
     if (next == "count") report("count " + std::to_string(CQXAddOn::GetAttachCount(kAppId)));
     if (next == "menus") report("menus " + std::to_string(commonEntries(desk.menus())));
+    if (next == "open") report("opened " + desk.openForm("3101"));
     if (next == "stop") {
       desk.shutDown();
       report("stopped");

@@ -185,6 +185,40 @@ TEST_F(Processes, KillInsideAMessageBoxReleasesTheMutex) {
   EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed"));
 }
 
+TEST_F(Processes, AnAddOnThatEndsWithAnOpenFormLeavesTheCompanyInOneFile) {
+  const auto probe = startLoading();
+  finishStart(*probe);
+  EXPECT_EQ(ask(*probe, "open"), "opened F_1");
+  probe->send("leave");
+  EXPECT_EQ(probe->wait(), 0);
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-wal"));
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-shm"));
+  EXPECT_THAT(versions(), ElementsAre("|9.20.00.01|00|Installed"));
+}
+
+TEST_F(Processes, AKilledAddOnLeavesItsTablesToTheNextWhichLeavesOneFile) {
+  const auto victim = startLoading();
+  EXPECT_EQ(ask(*victim, "tables"), "tables 1");
+  EXPECT_EQ(ask(*victim, "go"), "created 0");
+  EXPECT_EQ(victim->line(), kLeave);
+  EXPECT_EQ(victim->line(), "connected 0");
+  EXPECT_EQ(ask(*victim, "open"), "opened F_1");
+  victim->kill();
+  EXPECT_TRUE(std::filesystem::exists(file.string() + "-wal"));
+
+  const auto next = startLoading();
+  EXPECT_EQ(ask(*next, "tables"), "tables 0");
+  next->kill();
+  const auto last = startLoading();
+  finishStart(*last);
+  EXPECT_EQ(ask(*last, "stop"), "log Add-on stopped.");
+  EXPECT_EQ(last->line(), kRemove);
+  EXPECT_EQ(last->line(), "stopped");
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-wal"));
+  EXPECT_THAT(rowsOf(file, "SELECT Code, U_Kind, U_Rate FROM \"@SYSTDATA\""),
+              ElementsAre("00000000|A|1.5", "00000001|B|2"));
+}
+
 TEST_F(Processes, NextStartCompletesTheFrameworksTablesAfterAKill) {
   const auto victim = start("Field 'Version' in table");
   EXPECT_EQ(victim->line(), kEnter);

@@ -51,11 +51,16 @@ std::shared_ptr<FormModel> Desk::openSystemForm(std::u16string_view typeEx) {
   return forms.open(form) ? form : nullptr;
 }
 
+void Desk::stop(AppEvent event) {
+  forms.closeAll();
+  events.raise(event);
+}
+
 void Desk::runMenuCommand(std::u16string_view menuUid) {
   if (const auto type = systemFormOfMenu(menuUid); !type.empty()) {
     openSystemForm(type);
   } else if (menuUid == kQuitMenu) {
-    events.raise(AppEvent{kShutDown});
+    stop({kShutDown});
   } else if (menuUid == kFindMenu) {
     changeMode(kFindMode);
   } else if (menuUid == kAddMenu) {

@@ -54,6 +54,9 @@ class Desk {
   /// Opens one of the host's own forms: "3101" a sales order, "1001" a customer. Returns null if a
   /// sink vetoes. Throws kFormNotFound for a type that the host does not have.
   std::shared_ptr<FormModel> openSystemForm(std::u16string_view typeEx);
+  /// Ends the client, by an event of type kShutDown or kServerTermination. The forms close before,
+  /// as long as the add-ons still get events: then their form objects end and release the company.
+  void stop(AppEvent event);
   /// Does what one of the host's own menu entries stands for. The caller raises the two menu events
   /// around it. Does nothing for any other entry.
   void runMenuCommand(std::u16string_view menuUid);

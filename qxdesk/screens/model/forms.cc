@@ -25,6 +25,8 @@ class Held {
   T before_;
 };
 
+bool isMainMenu(const FormModel& form) { return form.isSystem() && form.typeEx() == kMainMenuForm; }
+
 }  // namespace
 
 std::shared_ptr<FormModel> Forms::byTypeAndCount(std::u16string_view typeEx, long count) const {
@@ -64,7 +66,8 @@ bool Forms::open(const std::shared_ptr<FormModel>& form) {
       return false;
     }
     // A handler has asked for the close: whileBusy raises the closing events, and nothing is shown.
-    if (form->isClosing()) return true;
+    // Or it has ended the client, and the form is closed already.
+    if (form->isClosing() || !form->isOpen()) return true;
     if (visible) show(form, true);
     raise(*form, kFormLoad, false);
     return true;
@@ -73,7 +76,7 @@ bool Forms::open(const std::shared_ptr<FormModel>& form) {
 
 bool Forms::close(const std::shared_ptr<FormModel>& form) {
   if (!form->isOpen()) raiseError(kInvalidForm);
-  if (form->isSystem() && form->typeEx() == kMainMenuForm) raiseError(kFormFunctionNotSupported);
+  if (isMainMenu(*form)) raiseError(kFormFunctionNotSupported);
   // A handler of the closing events may close the form once more; the first call goes on.
   if (form->closing_) return true;
   // During an event the answer is true, since the veto is not known before the event is over.
@@ -81,10 +84,22 @@ bool Forms::close(const std::shared_ptr<FormModel>& form) {
   return form->busy_ > 0 || closeNow(form);
 }
 
-bool Forms::closeNow(const std::shared_ptr<FormModel>& form) {
+void Forms::closeAll() {
+  // A copy, since the list changes. The order is that of a stack: a form that another one has
+  // opened goes before it.
+  const std::vector<std::shared_ptr<FormModel>> open = forms_;
+  for (auto form = open.rbegin(); form != open.rend(); ++form) {
+    // A handler may have closed it in the events of another one.
+    if ((*form)->isOpen() && !isMainMenu(**form)) closeNow(*form, Veto::Ignored);
+  }
+}
+
+bool Forms::closeNow(const std::shared_ptr<FormModel>& form, Veto veto) {
   form->closeAsked_ = false;  // after a veto the form is open as before
   const Held closing(form->closing_, true);
-  if (!raiseClosing(form)) return false;
+  if (!raiseClosing(*form, veto)) return false;
+  // A handler of these events may have ended the client, and that has closed the form.
+  if (!form->isOpen()) return true;
   // The last event finds the form closed: its objects refuse every call with kInvalidForm.
   std::erase(forms_, form);
   form->state_ = FormModel::State::kClosed;
@@ -96,12 +111,15 @@ bool Forms::closeNow(const std::shared_ptr<FormModel>& form) {
   return true;
 }
 
-bool Forms::raiseClosing(const std::shared_ptr<FormModel>& form) {
+bool Forms::raiseClosing(const FormModel& form, Veto veto) {
   // The user's wish to close comes first, with both of its events, and the unload follows. A veto
-  // of either keeps the form open.
-  if (!raise(*form, kFormClose, true)) return false;
-  raise(*form, kFormClose, false);
-  return raise(*form, kFormUnload, true);
+  // of either keeps the form open. Once it is closed, none of them comes any more.
+  const auto goesOn = [&](long type, bool before) {
+    return !form.isOpen() || raise(form, type, before) || veto == Veto::Ignored;
+  };
+  if (!goesOn(kFormClose, true)) return false;
+  goesOn(kFormClose, false);
+  return goesOn(kFormUnload, true);
 }
 
 bool Forms::select(const std::shared_ptr<FormModel>& form) {

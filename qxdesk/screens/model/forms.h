@@ -40,6 +40,10 @@ class Forms {
   /// that is being handled. Returns false if a sink vetoes. Throws kInvalidForm for a form that is
   /// not open and kFormFunctionNotSupported for the main menu.
   bool close(const std::shared_ptr<FormModel>& form);
+  /// Closes all forms but the main menu, the latest first, with the same events at once. No sink
+  /// can keep a form open, and a form whose event is being handled closes, too. A form that a
+  /// handler opens meanwhile stays open.
+  void closeAll();
   /// Selects the form, with the events of type 19 for the form that was selected. Returns false if
   /// a sink vetoes. A selection from within these events raises no further ones. Throws
   /// kInvalidForm.
@@ -60,8 +64,9 @@ class Forms {
  private:
   bool raise(const FormModel& form, long type, bool before);
   void closeIfAsked(const std::shared_ptr<FormModel>& form);
-  bool closeNow(const std::shared_ptr<FormModel>& form);
-  bool raiseClosing(const std::shared_ptr<FormModel>& form);
+  enum class Veto { Counts, Ignored };
+  bool closeNow(const std::shared_ptr<FormModel>& form, Veto veto = Veto::Counts);
+  bool raiseClosing(const FormModel& form, Veto veto);
   void putInFront(const std::shared_ptr<FormModel>& form);
   void selectTopmost();
 

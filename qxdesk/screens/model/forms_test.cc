@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace qx::screens {
 namespace {
 
@@ -79,6 +81,68 @@ TEST_F(FormsTest, VetoOfCloseOrUnloadKeepsTheFormOpen) {
 
 TEST_F(FormsTest, MainMenuCannotBeClosed) {
   EXPECT_EQ(raisedBy([&] { desk_.forms.close(desk_.forms.all()[0]); }), kFormFunctionNotSupported);
+}
+
+TEST_F(FormsTest, TheEndOfTheClientClosesAllFormsTheLatestFirst) {
+  desk_.forms.open(makeAddOnForm(u"A"));
+  desk_.forms.open(makeAddOnForm(u"B"));
+  const auto sink = listen(desk_);
+  desk_.stop({64});
+  EXPECT_EQ(sink->log, (Log{"before item 20 B", "after item 20 B", "before item 17 B",
+                            "after item 17 B", "before item 20 A", "after item 20 A",
+                            "before item 17 A", "after item 17 A", "app 64"}));
+  EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
+}
+
+TEST_F(FormsTest, NoVetoKeepsAFormOpenAtTheEndOfTheClient) {
+  for (const char* event : {"before item 20 A", "before item 17 A"}) {
+    Desk desk(testSettings());
+    const auto form = makeAddOnForm(u"A");
+    desk.forms.open(form);
+    const auto sink = listen(desk, veto(event));
+    desk.stop({67});
+    EXPECT_FALSE(form->isOpen());
+    EXPECT_EQ(sink->log, (Log{"before item 20 A", "after item 20 A", "before item 17 A",
+                              "after item 17 A", "app 67"}));
+  }
+}
+
+// The handler still runs when the client has ended, but the add-on gets no event any more.
+TEST_F(FormsTest, TheEndOfTheClientWithinAnEventClosesTheFormAtOnce) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before item 6 A.5") desk_.stop({64});
+  });
+  ItemEvent click;
+  click.type = 6;
+  click.itemUid = u"5";
+  EXPECT_TRUE(desk_.forms.perform(form, click, [] { FAIL() << "the form is closed"; }));
+  EXPECT_EQ(sink->log, (Log{"before item 6 A.5", "before item 20 A", "after item 20 A",
+                            "before item 17 A", "after item 17 A", "app 64"}));
+}
+
+TEST_F(FormsTest, TheEndOfTheClientWithinTheClosingEventsClosesTheFormOnce) {
+  const auto form = makeAddOnForm(u"A");
+  desk_.forms.open(form);
+  bool stopped = false;
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before item 20 A" && !std::exchange(stopped, true)) desk_.stop({64});
+  });
+  EXPECT_TRUE(desk_.forms.close(form));
+  EXPECT_EQ(sink->log, (Log{"before item 20 A", "before item 20 A", "after item 20 A",
+                            "before item 17 A", "after item 17 A", "app 64"}));
+  EXPECT_FALSE(form->isOpen());
+}
+
+TEST_F(FormsTest, TheEndOfTheClientWithinTheLoadEventClosesTheForm) {
+  const auto form = makeAddOnForm(u"A");
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    if (words == "before item 16 A") desk_.stop({64});
+  });
+  desk_.forms.open(form);
+  EXPECT_FALSE(form->isOpen());
+  EXPECT_EQ(sink->log.back(), "app 64");
 }
 
 TEST_F(FormsTest, CloseDuringAnEventTakesEffectAfterIt) {

@@ -3,6 +3,7 @@
 #include "qxdesk/screens/objects/test_support.h"
 #include "qxdesk/session/login_context.h"
 #include "qxdesk/session/ui_session.h"
+#include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/type_info.h"
 
 namespace qx::screens {
@@ -52,7 +53,7 @@ TEST_F(Entry, TypeInformationLeadsToTheVersion) {
 
 TEST_F(Entry, ConnectionsWithOneApplicationIdShareAClient) {
   const auto second = makeGuiApi();
-  ASSERT_EQ(second->Connect(u"embedded:?db=other&appid=7&language=9"), 0);
+  ASSERT_EQ(second->Connect(u"embedded:?db=/data/x/../Harbour.db&appid=7&language=9"), 0);
   const auto other = second->GetApplication(-1);
   EXPECT_EQ(other->GetLanguage(), ln_English);
   app_->GetMenus()->Add(u"X", u"mine", mt_String, -1);
@@ -62,18 +63,77 @@ TEST_F(Entry, ConnectionsWithOneApplicationIdShareAClient) {
   EXPECT_EQ(third->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
 }
 
+/// Keeps the developer's trace while it lives.
+class Trace {
+ public:
+  Trace() {
+    setDeveloperTraceSink([](std::u16string_view text) { lines += toUtf8(text); });
+  }
+  ~Trace() {
+    setDeveloperTraceSink(nullptr);
+    lines.clear();
+  }
+  Trace(const Trace&) = delete;
+  Trace& operator=(const Trace&) = delete;
+
+  static inline std::string lines;
+};
+
+TEST_F(Entry, AClientRefusesAConnectionToAnotherDatabase) {
+  const Trace trace;
+  const auto second = makeGuiApi();
+  EXPECT_EQ(second->Connect(u"embedded:?appid=7&db=/data/Quay.db"), kConnectionStringNotValid);
+  EXPECT_EQ(
+      trace.lines,
+      "the client with appid 7 was started with \"embedded:?db=/data/Harbour.db&appid=7\" and "
+      "cannot be used with \"embedded:?appid=7&db=/data/Quay.db\"; give db and engine the "
+      "same values, or take another appid\n");
+  EXPECT_EQ(raisedBy([&] { second->GetApplication(-1); }), kGeneralFailure);
+}
+
+TEST_F(Entry, AClientRefusesAConnectionWithAnotherEngine) {
+  const Trace trace;
+  EXPECT_EQ(makeGuiApi()->Connect(u"embedded:?db=/data/Harbour.db&engine=db2&appid=7"),
+            kConnectionStringNotValid);
+  EXPECT_EQ(
+      trace.lines,
+      "the client with appid 7 was started with \"embedded:?db=/data/Harbour.db&appid=7\" and "
+      "cannot be used with \"embedded:?db=/data/Harbour.db&engine=db2&appid=7\"; give db and "
+      "engine the same values, or take another appid\n");
+}
+
+TEST(EntryObject, RefusesAnotherServerWithoutPrintingPasswords) {
+  const Trace trace;
+  const auto first = makeGuiApi();
+  ASSERT_EQ(first->Connect(u"embedded:?db=odbc:DSN=a;Pwd=se%26cret&appid=13"), 0);
+  const auto kept = first->GetApplication(-1);
+  EXPECT_EQ(makeGuiApi()->Connect(u"embedded:?appid=13&db=odbc:DSN=b%25;Pwd=word&user=anna"),
+            kConnectionStringNotValid);
+  EXPECT_EQ(
+      trace.lines,
+      "the client with appid 13 was started with \"embedded:?db=odbc:DSN=a;Pwd=***&appid=13\" "
+      "and cannot be used with \"embedded:?appid=13&db=odbc:DSN=b%25;Pwd=***&user=anna\"; "
+      "give db and engine the same values, or take another appid\n");
+}
+
+TEST_F(Entry, AClientThatChangedItsCompanyIsFoundByTheOldDatabaseAndTheNew) {
+  EXPECT_EQ(user_->ChangeCompany(CComBSTR(u"/data/Quay.db")), S_OK);
+  EXPECT_EQ(makeGuiApi()->Connect(u"embedded:?db=/data/Quay.db&appid=7"), 0);
+  EXPECT_EQ(makeGuiApi()->Connect(u"embedded:?db=/data/Harbour.db&appid=7"), 0);
+}
+
 TEST_F(Entry, ClientEndsWithItsLastObject) {
   app_->GetMenus()->Add(u"X", u"mine", mt_String, -1);
   const auto held = app_->GetStatusBar();
   app_.Release();
   user_.Release();
   api_ = makeGuiApi();
-  ASSERT_EQ(api_->Connect(u"embedded:?db=a&appid=7"), 0);
+  ASSERT_EQ(api_->Connect(u"embedded:?db=/data/Harbour.db&appid=7"), 0);
   EXPECT_NE(api_->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
   api_.Release();
   const_cast<CComPtr<IStatusBar>&>(held).Release();
   api_ = makeGuiApi();
-  ASSERT_EQ(api_->Connect(u"embedded:?db=a&appid=7"), 0);
+  ASSERT_EQ(api_->Connect(u"embedded:?db=/data/Harbour.db&appid=7"), 0);
   EXPECT_EQ(api_->GetApplication(-1)->GetMenus()->Item(u"X"), nullptr);
 }
 
@@ -198,17 +258,31 @@ TEST_F(Events, ArriveWithTheArgumentsInReverseOrderAndTheVetoByReference) {
   user_->FireProgressBar(&done);
   user_->FirePrint(CComBSTR(u"F_1"), &done);
   user_->FireReportData(CComBSTR(u"F_1"), &done);
-  user_->Shutdown();
   user_->ChangeCompany(CComBSTR(u"/data/Quay.db"));
+  user_->Shutdown();
   user_->ServerTermination();
-  EXPECT_EQ(
-      sink->log,
-      (Log{"101(before 1288, -1)", "101(after 1288, -1)", "100(F_1, before 2 3101 F_1.4..0.65, -1)",
-           "100(F_1, after 2 3101 F_1.4..0.65, -1)", "107(before F_1.4, -1)",
-           "107(after F_1.4, -1)", "108(before F_1 17 99, -1)", "108(after F_1 17 99, -1)",
-           "103(saved, 3)", "104(object, -1)", "104(object, -1)", "105(object, -1)",
-           "105(object, -1)", "106(object, -1)", "106(object, -1)", "102(64)", "102(65)",
-           "102(67)"}));
+  EXPECT_EQ(sink->log, (Log{"101(before 1288, -1)",
+                            "101(after 1288, -1)",
+                            "100(F_1, before 2 3101 F_1.4..0.65, -1)",
+                            "100(F_1, after 2 3101 F_1.4..0.65, -1)",
+                            "107(before F_1.4, -1)",
+                            "107(after F_1.4, -1)",
+                            "108(before F_1 17 99, -1)",
+                            "108(after F_1 17 99, -1)",
+                            "103(saved, 3)",
+                            "104(object, -1)",
+                            "104(object, -1)",
+                            "105(object, -1)",
+                            "105(object, -1)",
+                            "106(object, -1)",
+                            "106(object, -1)",
+                            "102(65)",
+                            "100(F_1, before 20 3101 F_1...0.0, -1)",
+                            "100(F_1, after 20 3101 F_1...0.0, -1)",
+                            "100(F_1, before 17 3101 F_1...0.0, -1)",
+                            "100(F_1, after 17 3101 F_1...0.0, -1)",
+                            "102(64)",
+                            "102(67)"}));
 }
 
 TEST_F(Events, VetoCountsOnlyBeforeTheAction) {

@@ -1,5 +1,6 @@
 #include "qxdesk/screens/objects/client.h"
 
+#include "qxdesk/session/database_name.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/os/message_loop.h"
 #include "qxframework/os/named_mutex.h"
@@ -51,7 +52,10 @@ std::unique_ptr<ProgressLock> lockOf(const desk::ConnectionString& connection) {
 
 std::shared_ptr<Client> Client::attach(const desk::ConnectionString& connection) {
   std::weak_ptr<Client>& place = runningClients()[connection.appId];
-  if (auto running = place.lock()) return running;
+  if (auto running = place.lock()) {
+    running->checkCompany(connection);
+    return running;
+  }
   // The script is read first: if it has an error, no client starts.
   std::vector<PlayStep> steps;
   if (!connection.playFile.empty()) steps = readPlayScript(connection.playFile);
@@ -62,9 +66,21 @@ std::shared_ptr<Client> Client::attach(const desk::ConnectionString& connection)
 }
 
 Client::Client(const desk::ConnectionString& connection)
-    : desk_(settingsOf(connection), lockOf(connection)) {}
+    : connection_(connection), desk_(settingsOf(connection), lockOf(connection)) {}
 
 Client::~Client() = default;
+
+// The add-on would get the company of the running client and write to it. The client may have
+// changed its company since its start; an add-on that names the present one is right, too.
+void Client::checkCompany(const desk::ConnectionString& connection) const {
+  const bool same = desk::sameDatabase(connection.database, connection_.database) ||
+                    desk::sameDatabase(connection.database, desk_.settings().database);
+  if (same && connection.dbServerType == connection_.dbServerType) return;
+  throw OtherCompanyError("the client with appid " + std::to_string(connection.appId) +
+                          " was started with \"" + toUtf8(connection_.shown) +
+                          "\" and cannot be used with \"" + toUtf8(connection.shown) +
+                          "\"; give db and engine the same values, or take another appid");
+}
 
 void Client::play(std::vector<PlayStep> steps) {
   // The message loop must not keep the client alive, so a task refers to it weakly. During a step

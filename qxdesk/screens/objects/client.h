@@ -10,15 +10,24 @@
 
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
 namespace qx::screens {
 
+/// Reports a connection to a running client that has another company. what() is a sentence in UTF-8
+/// with both connection strings.
+class OtherCompanyError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 class Client : public std::enable_shared_from_this<Client> {
  public:
   /// Returns the client with the application id of `connection`. Starts it if it does not run yet;
-  /// otherwise it keeps the settings with which it was started. Throws PlayScriptError.
+  /// otherwise it keeps the settings with which it was started. Throws PlayScriptError, and
+  /// OtherCompanyError if the running client has another database or another dialect.
   static std::shared_ptr<Client> attach(const desk::ConnectionString& connection);
   /// Starts a client without a script that attach() does not find.
   explicit Client(const desk::ConnectionString& connection);
@@ -30,7 +39,9 @@ class Client : public std::enable_shared_from_this<Client> {
 
  private:
   void play(std::vector<PlayStep> steps);
+  void checkCompany(const desk::ConnectionString& connection) const;
 
+  desk::ConnectionString connection_;
   Desk desk_;
   std::optional<ScriptPlayer> player_;
 };

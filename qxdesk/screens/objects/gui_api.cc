@@ -49,6 +49,8 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
       return 0;
     } catch (const desk::ConnectionStringError& error) {
       explain(error);
+    } catch (const OtherCompanyError& error) {
+      explain(error);
     } catch (const PlayScriptError& error) {
       // The author of the script runs this program and may not have the trace switched on.
       std::cerr << error.what() << std::endl;

@@ -16,7 +16,7 @@
 //     formdata FORM TYPE KEY
 //     answer BUTTON                press that button of the next message box, from 1
 //     language LANGUAGE | company FILE
-//     shutdown | terminate         application events 64 and 67
+//     shutdown | terminate         close the forms, then application events 64 and 67
 //     status TEXT                  show a message of the host itself
 //     progress | printout FORM | report FORM
 //     print menus | forms | form FORM | status | boxes

@@ -62,6 +62,8 @@ class IDeskUser : public IUnknown {
   /// Returns E_INVALIDARG for a number that is no language.
   virtual HRESULT ChangeLanguage(long language) = 0;
   virtual HRESULT ChangeCompany(BSTR database) = 0;
+  /// End the client: close all forms but the main menu, whatever a sink vetoes, and raise the
+  /// event.
   virtual HRESULT Shutdown() = 0;
   virtual HRESULT ServerTermination() = 0;
 

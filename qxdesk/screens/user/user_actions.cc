@@ -317,9 +317,9 @@ void UserActions::changeCompany(std::string database) {
   desk_.events.raise(AppEvent{kCompanyChanged});
 }
 
-void UserActions::shutDown() { desk_.events.raise(AppEvent{kShutDown}); }
+void UserActions::shutDown() { desk_.stop({kShutDown}); }
 
-void UserActions::serverTermination() { desk_.events.raise(AppEvent{kServerTermination}); }
+void UserActions::serverTermination() { desk_.stop({kServerTermination}); }
 
 void UserActions::statusMessage(std::u16string text, HvStatusBarMessageType type) {
   desk_.statusBar.show({text, type, 0});

@@ -58,6 +58,7 @@ class UserActions {
   /// Changes the language and removes the add-ons' menu entries, as changeCompany() does.
   void changeLanguage(HvLanguages language);
   void changeCompany(std::string database);
+  /// End the client, see Desk::stop().
   void shutDown();
   void serverTermination();
   /// Shows a message of the host itself.

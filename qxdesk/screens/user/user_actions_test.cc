@@ -56,6 +56,16 @@ TEST_F(UserTest, QuitRaisesTheShutDownEvent) {
   EXPECT_EQ(sink->log, (Log{"before menu 101", "app 64", "after menu 101"}));
 }
 
+// The events of the menu belong to the selected form. It closes all the same, before the add-ons
+// hear of the end.
+TEST_F(UserTest, QuitClosesTheSelectedFormBeforeTheShutDownEvent) {
+  openForm();
+  const auto sink = listen(desk_);
+  user_.pickMenu(u"101");
+  EXPECT_EQ(sink->log, (Log{"before menu 101", "before item 20 A", "after item 20 A",
+                            "before item 17 A", "after item 17 A", "app 64", "after menu 101"}));
+}
+
 TEST_F(UserTest, DataMenuChangesTheModeOfTheSelectedForm) {
   const auto form = openForm();
   user_.pickMenu(u"1281");
@@ -243,10 +253,12 @@ TEST_F(UserTest, RaisesTheOtherEvents) {
   user_.changeCompany("/data/Quay.db");
   user_.shutDown();
   user_.serverTermination();
-  EXPECT_EQ(sink->log, (Log{"before right A.5", "after right A.5", "before data A 2 C1",
-                            "after data A 2 C1", "before progress", "after progress",
-                            "before print A", "after print A", "before report A", "after report A",
-                            "status saved 3", "app 66", "app 65", "app 64", "app 67"}));
+  EXPECT_EQ(sink->log,
+            (Log{"before right A.5", "after right A.5", "before data A 2 C1", "after data A 2 C1",
+                 "before progress", "after progress", "before print A", "after print A",
+                 "before report A", "after report A", "status saved 3", "app 66", "app 65",
+                 "before item 20 A", "after item 20 A", "before item 17 A", "after item 17 A",
+                 "app 64", "app 67"}));
   EXPECT_EQ(desk_.settings().language, ln_German);
   EXPECT_EQ(desk_.databaseName(), u"Quay");
   EXPECT_EQ(toUtf8(printStatus(desk_.statusBar)), "info: saved\n");

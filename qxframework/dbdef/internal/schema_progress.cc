@@ -17,7 +17,8 @@ SchemaProgress::SchemaProgress(IApplication* application, long logId, CComPtr<IP
                                long& value)
     : application_(application), logId_(logId), bar_(bar), value_(value) {}
 
-long SchemaProgress::waitForBar(long minutes, const CComBSTR& title, long maximum) {
+long SchemaProgress::waitForBar(long minutes, const CComBSTR& title, long maximum,
+                                const WaitNotice& notice) {
   CReturnValue<long> hr(u"CQXDbDef::GetProgressBar", 0, logId_, false);
   std::chrono::milliseconds left = std::chrono::minutes(minutes);
   for (hr = createBar(title, maximum); hr != 0; hr = createBar(title, maximum)) {
@@ -25,6 +26,8 @@ long SchemaProgress::waitForBar(long minutes, const CComBSTR& title, long maximu
       hr = kWaitTimeout;
       return hr;
     }
+    // Each time, since the host shows a message for a while only.
+    notice(std::chrono::ceil<std::chrono::minutes>(left).count(), bar_ != nullptr);
     currentClock().sleepFor(kPause);
     left -= kPause;
   }

@@ -6,6 +6,8 @@
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 
+#include <functional>
+
 class IApplication;
 class IProgressBar;
 
@@ -14,15 +16,20 @@ namespace qx::dbdef {
 /// The result of a wait that came to its end.
 inline constexpr long kWaitTimeout = 0x102;
 
+/// Tells the user that a run waits. `minutesLeft` is rounded up; `ownBar` is true if the object's
+/// own bar, which an earlier run has left, is the one that is waited for. Must not throw.
+using WaitNotice = std::function<void(long minutesLeft, bool ownBar)>;
+
 /// Works on the bar and the counter of a CQXDbDef, which outlives it. The log has its operations
 /// under the names of those of CQXDbDef.
 class SchemaProgress {
  public:
   SchemaProgress(IApplication* application, long logId, CComPtr<IProgressBar>& bar, long& value);
 
-  /// Gets a bar and returns 0. While there is none, tries again every 30 seconds. Returns
-  /// kWaitTimeout if the last try, after `minutes`, fails too.
-  long waitForBar(long minutes, const CComBSTR& title, long maximum);
+  /// Gets a bar and returns 0. While there is none, calls `notice` and tries again every 30
+  /// seconds. Returns kWaitTimeout if the last try, after `minutes`, fails too. A bar that this
+  /// object holds already is not freed for it, so that such a wait always lasts to its end.
+  long waitForBar(long minutes, const CComBSTR& title, long maximum, const WaitNotice& notice);
   /// Tries once to get a bar, and sets it and the counter to 0. Returns 0 or E_FAIL; does not
   /// throw.
   long createBar(const CComBSTR& title, long maximum);

@@ -17,6 +17,11 @@ using ::testing::IsEmpty;
 class SchemaProgressTest : public ::testing::Test {
  protected:
   SchemaProgress progress() { return {application, 7, bar, value}; }
+  long wait(long minutes) {
+    return progress().waitForBar(minutes, u"Title", 1, [this](long left, bool own) {
+      notices.push_back(std::to_string(left) + (own ? " own" : " other"));
+    });
+  }
   std::vector<std::string> barCalls() const { return calls.of("Bar."); }
 
   test::HostCalls calls;
@@ -25,6 +30,7 @@ class SchemaProgressTest : public ::testing::Test {
   ManualClock clock;
   CComPtr<IProgressBar> bar;
   long value = 5;
+  std::vector<std::string> notices;
 
  private:
   ScopedClock scopedClock_{clock};
@@ -47,28 +53,47 @@ TEST_F(SchemaProgressTest, ABarThatIsHeldIsNoBarAndKeepsTheCounter) {
 
 TEST_F(SchemaProgressTest, WaitsForABarUntilItIsFree) {
   application->barHeldFor = 2;
-  EXPECT_EQ(progress().waitForBar(30, u"Title", 1), S_OK);
+  EXPECT_EQ(wait(30), S_OK);
   EXPECT_EQ(clock.sleeps(), 2);
   EXPECT_NE(bar, nullptr);
 }
 
 TEST_F(SchemaProgressTest, TriesOnceMoreAfterTheLastPause) {
   application->barHeldFor = 2;
-  EXPECT_EQ(progress().waitForBar(1, u"Title", 1), S_OK);
+  EXPECT_EQ(wait(1), S_OK);
   EXPECT_EQ(clock.sleeps(), 2);
 }
 
 TEST_F(SchemaProgressTest, GivesUpAfterTheMinutes) {
   application->barHeldFor = 3;
-  EXPECT_EQ(progress().waitForBar(1, u"Title", 1), kWaitTimeout);
+  EXPECT_EQ(wait(1), kWaitTimeout);
   EXPECT_EQ(clock.sleeps(), 2);
   EXPECT_EQ(bar, nullptr);
 }
 
 TEST_F(SchemaProgressTest, DoesNotWaitForZeroMinutes) {
   application->barHeldFor = 1;
-  EXPECT_EQ(progress().waitForBar(0, u"Title", 1), kWaitTimeout);
+  EXPECT_EQ(wait(0), kWaitTimeout);
   EXPECT_EQ(clock.sleeps(), 0);
+  EXPECT_THAT(notices, IsEmpty());
+}
+
+TEST_F(SchemaProgressTest, GivesNoticeBeforeEachPauseWithTheMinutesThatAreLeft) {
+  application->barHeldFor = 4;
+  EXPECT_EQ(wait(2), S_OK);
+  EXPECT_THAT(notices, ElementsAre("2 other", "2 other", "1 other", "1 other"));
+}
+
+TEST_F(SchemaProgressTest, GivesNoticeThatTheBarIsItsOwn) {
+  progress().createBar(u"Title", 1);
+  application->barHeldFor = 1;
+  EXPECT_EQ(wait(2), S_OK);
+  EXPECT_THAT(notices, ElementsAre("2 own"));
+}
+
+TEST_F(SchemaProgressTest, GivesNoNoticeForABarThatIsFree) {
+  EXPECT_EQ(wait(30), S_OK);
+  EXPECT_THAT(notices, IsEmpty());
 }
 
 TEST_F(SchemaProgressTest, ShowsTextAndCountPastTheMaximum) {
@@ -114,7 +139,7 @@ TEST_F(SchemaProgressTest, StopWithoutABarOnlyClearsTheCounter) {
 }
 
 TEST_F(SchemaProgressTest, LogsUnderTheNamesOfTheSchemasOperations) {
-  progress().waitForBar(1, u"Title", 1);
+  wait(1);
   progress().show(u"one");
   progress().stop();
   std::vector<std::u16string> scopes;
