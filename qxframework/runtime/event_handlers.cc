@@ -109,12 +109,11 @@ void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, sho
   }
   if (*form == nullptr) return;
   // The form may close itself in its operation. This call keeps the object until the event is over.
-  // The form may close itself in its operation. This call keeps the object until the event is over.
   const qx::RunningForms::Call running(m_forms.running(), *form);
   AskForm(hr, *form, uid, bubble,
           [&](CQXAddOnForm& each) { return each.OnItemEvent(itemEvent.p, bubble); });
   if (hr < 0) hr = S_FALSE;
-  if (type == qx::kFormUnload) EndForm(hr, uid, *form);
+  if (type == qx::kFormUnload && !running.formIsGone()) EndForm(hr, uid, *form);
 }
 
 void CQXEventSink::RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble) {
