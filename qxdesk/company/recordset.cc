@@ -46,9 +46,12 @@ HRESULT Field::raw_GetType(long* out) {
     if (!isThere()) return DISP_E_BADINDEX;
     // A null has the empty value of its column's kind, so a value of any row shows the kind.
     switch (recordset_.value(column_).vt) {
-      case VT_BSTR: return giveValue<long>(kTextField, out);
-      case VT_DATE: return giveValue<long>(kDateField, out);
-      default: return giveValue<long>(kNumberField, out);
+      case VT_BSTR:
+        return giveValue<long>(kTextField, out);
+      case VT_DATE:
+        return giveValue<long>(kDateField, out);
+      default:
+        return giveValue<long>(kNumberField, out);
     }
   });
 }
