@@ -2,6 +2,7 @@
 
 // A logging component that keeps its records, registered while a test runs.
 
+#include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/logging/qx_logger.h"
 

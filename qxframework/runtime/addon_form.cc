@@ -151,7 +151,12 @@ long CQXAddOnForm::Create(const CComPtr<IApplication>& application,
     hr = S_OK;
   }
   xmlForm.reset();
-  m_ptrForm->PutVisible(VARIANT_TRUE);
+  try {
+    m_ptrForm->PutVisible(VARIANT_TRUE);
+  } catch (const _com_error& error) {
+    // A hidden form that has no object any more could never be closed by its user.
+    CloseAndRaise(error.Error());
+  }
   return hr;
 }
 
