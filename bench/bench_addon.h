@@ -20,7 +20,7 @@ class IdleForm : public CQXAddOnForm {
   long OnItemEvent(CComPtr<IItemEvent>, short*) override { return S_OK; }
 };
 
-/// Attaches to every form that the client opens.
+/// Attaches to every form that the client opens, unless `attaches` is false.
 class BenchHandler : public CQXIDispatch {
  public:
   explicit BenchHandler(const CQXAddOn* addOn) : addOn_(addOn) {}
@@ -31,6 +31,7 @@ class BenchHandler : public CQXIDispatch {
     return S_OK;
   }
   long OnFormLoad(IItemEvent* event, short*) override {
+    if (!attaches) return S_OK;
     auto* form = new IdleForm(addOn_);  // passes to the event sink
     form->InitForm(app, app->GetForms()->GetFormByUID(event->GetFormUID()));
     return S_OK;
@@ -43,6 +44,7 @@ class BenchHandler : public CQXIDispatch {
   long OnProgressBarEvent(IMenuEvent*, short*) override { return S_OK; }
   long OnStatusBarEvent(BSTR, long) override { return S_OK; }
 
+  bool attaches = true;
   CComPtr<IApplication> app;
   CComPtr<ICompany> company;
   std::chrono::steady_clock::time_point loaded;  ///< the time of OnApplicationLoad

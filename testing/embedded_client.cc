@@ -28,7 +28,9 @@ class Answerer final : public ComObject<desk::IBoxAnswerer> {
   std::function<long(const std::string&)> answer_;
 };
 
+// Turn an argument of a user's action into that of the client.
 CComBSTR wide(const std::string& text) { return CComBSTR(toUtf16(text)); }
+long wide(long number) { return number; }
 
 }  // namespace
 
@@ -51,10 +53,10 @@ desk::IDeskUser* EmbeddedClient::user() {
   return user_;
 }
 
-template <class Method, class... Texts>
-bool EmbeddedClient::act(Method method, const Texts&... texts) {
+template <class Method, class... Arguments>
+bool EmbeddedClient::act(Method method, const Arguments&... arguments) {
   VARIANT_BOOL done = VARIANT_FALSE;
-  raiseIfFailed((user()->*method)(wide(texts)..., &done));
+  raiseIfFailed((user()->*method)(wide(arguments)..., &done));
   return done == VARIANT_TRUE;
 }
 
@@ -94,6 +96,25 @@ bool EmbeddedClient::type(const std::string& form, const std::string& item,
 
 bool EmbeddedClient::validate(const std::string& form, const std::string& item) {
   return act(&desk::IDeskUser::Validate, form, item);
+}
+
+bool EmbeddedClient::choose(const std::string& form, const std::string& item,
+                            const std::string& key) {
+  return act(&desk::IDeskUser::ChooseValue, form, item, key);
+}
+
+bool EmbeddedClient::key(const std::string& form, const std::string& item, long code) {
+  return act(&desk::IDeskUser::KeyDown, form, item, code);
+}
+
+bool EmbeddedClient::clickCell(const std::string& form, const std::string& item,
+                               const std::string& column, long row) {
+  return act(&desk::IDeskUser::ClickCell, form, item, column, row);
+}
+
+bool EmbeddedClient::doubleClickCell(const std::string& form, const std::string& item,
+                                     const std::string& column, long row) {
+  return act(&desk::IDeskUser::DoubleClickCell, form, item, column, row);
 }
 
 bool EmbeddedClient::rightClick(const std::string& form, const std::string& item) {
@@ -140,6 +161,12 @@ void EmbeddedClient::answerBoxes(std::function<long(const std::string&)> answer)
 std::string EmbeddedClient::menus() { return printed(&desk::IDeskUser::PrintMenus); }
 std::string EmbeddedClient::boxes() { return printed(&desk::IDeskUser::PrintBoxes); }
 std::string EmbeddedClient::statusBar() { return printed(&desk::IDeskUser::PrintStatus); }
+std::string EmbeddedClient::form(const std::string& uid) {
+  CComBSTR text;
+  raiseIfFailed(user()->PrintForm(wide(uid), &text));
+  return toUtf8(text.View());
+}
+
 std::string EmbeddedClient::forms() { return printed(&desk::IDeskUser::PrintForms); }
 
 long EmbeddedClient::sinks() {

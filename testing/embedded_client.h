@@ -41,6 +41,15 @@ class EmbeddedClient {
   bool press(const std::string& form, const std::string& item);
   bool type(const std::string& form, const std::string& item, const std::string& text);
   bool validate(const std::string& form, const std::string& item);
+  /// Chooses an entry of a combo box by its key or its text.
+  bool choose(const std::string& form, const std::string& item, const std::string& key);
+  /// Presses one key in an item, such as 13 for Enter.
+  bool key(const std::string& form, const std::string& item, long code);
+  /// Click a cell of a matrix; row 0 is the head of the column.
+  bool clickCell(const std::string& form, const std::string& item, const std::string& column,
+                 long row);
+  bool doubleClickCell(const std::string& form, const std::string& item, const std::string& column,
+                       long row);
   bool rightClick(const std::string& form, const std::string& item);
   bool formData(const std::string& form, const std::string& type, const std::string& key);
   bool progressBar();
@@ -60,12 +69,14 @@ class EmbeddedClient {
   std::string boxes();
   std::string statusBar();
   std::string forms();
+  /// Throws _com_error for a form that is not open.
+  std::string form(const std::string& uid);
   /// Returns the number of event sinks that add-ons have attached.
   long sinks();
 
  private:
-  template <class Method, class... Texts>
-  bool act(Method method, const Texts&... texts);
+  template <class Method, class... Arguments>
+  bool act(Method method, const Arguments&... arguments);
   template <class Method>
   std::string printed(Method method);
   desk::IDeskUser* user();

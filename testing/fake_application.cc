@@ -21,6 +21,9 @@ class FakeForms final : public StubForms {
     return calls_.enter("Forms.Count");
   }
   HRESULT raw_Item(const VARIANT& index, IForm** out) override {
+    const HRESULT hr = calls_.enter("Forms.Item");
+    if (hr < 0) return hr;
+    if (index.vt == VT_BSTR) return giveObject<IForm>(find(index.bstrVal), out);
     const auto position = static_cast<std::size_t>(index.lVal);
     if (index.vt != VT_I4 || position >= application_->forms.size()) return E_INVALIDARG;
     return giveObject<IForm>(application_->forms[position].p, out);
@@ -33,6 +36,13 @@ class FakeForms final : public StubForms {
   }
 
  private:
+  /// Returns the form with that UID, or null.
+  IForm* find(const OLECHAR* uid) const {
+    for (const CComPtr<FakeForm>& form : application_->forms)
+      if (form->uid == uid) return form.p;
+    return nullptr;
+  }
+
   HostCalls& calls_;
   CComPtr<FakeApplication> application_;
 };
@@ -119,7 +129,9 @@ HRESULT FakeApplication::raw_MessageBox(BSTR text, long defaultButton, BSTR butt
 }
 
 HRESULT FakeApplication::raw_LoadBatchActions(BSTR xml) {
-  return calls_.record("App.LoadBatchActions", narrow(xml));
+  const HRESULT hr = calls_.record("App.LoadBatchActions", narrow(xml));
+  if (hr >= 0 && onBatch) onBatch(xml);
+  return hr;
 }
 
 HRESULT FakeApplication::raw_GetLastBatchResults(BSTR* out) {

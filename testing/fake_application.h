@@ -8,7 +8,9 @@
 #include "testing/host_stubs.h"
 
 #include <deque>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qx::test {
@@ -31,6 +33,9 @@ class FakeForm final : public StubForm {
   }
   HRESULT raw_Update() override { return calls_.record("Form.Update"); }
   HRESULT raw_Close() override { return calls_.record("Form.Close", toUtf8(uid)); }
+  HRESULT raw_PutVisible(VARIANT_BOOL visible) override {
+    return calls_.record("Form.PutVisible", std::to_string(visible));
+  }
   HRESULT raw_GetItems(IItems** out) override { return giveObject(items.p, out); }
   HRESULT raw_GetHeight(long* out) override { return *out = height, S_OK; }
   HRESULT raw_GetWidth(long* out) override { return *out = width, S_OK; }
@@ -82,6 +87,8 @@ class FakeApplication final : public StubApplication<IConnectionPointContainer> 
   std::vector<CComPtr<FakeForm>> forms;
   CComPtr<FakeForm> menuBar;
   IDispatch* sink = nullptr;  // advised at the connection point
+  /// Applies a batch; a test may open forms in it.
+  std::function<void(std::u16string_view xml)> onBatch;
 
  private:
   HostCalls& calls_;

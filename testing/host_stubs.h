@@ -217,6 +217,7 @@ class StubField : public NoDispatch<ComObject<IField>> {
  public:
   HRESULT raw_GetName(BSTR*) override { return E_NOTIMPL; }
   HRESULT raw_GetValue(VARIANT*) override { return E_NOTIMPL; }
+  HRESULT raw_GetType(long*) override { return E_NOTIMPL; }
 };
 
 class StubUserTablesMD : public NoDispatch<ComObject<IUserTablesMD>> {

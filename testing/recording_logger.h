@@ -2,6 +2,7 @@
 
 // A logging component that keeps its records, registered while a test runs.
 
+#include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/logging/qx_logger.h"
 
@@ -19,6 +20,15 @@ struct LogRecord {
   std::u16string function;
   std::u16string message;
   friend bool operator==(const LogRecord&, const LogRecord&) = default;
+};
+
+/// The settings of a logging component.
+struct RecordedSettings {
+  long fileCount = 2;
+  long fileSize = 1;
+  long level = 1;
+  std::u16string module;
+  friend bool operator==(const RecordedSettings&, const RecordedSettings&) = default;
 };
 
 /// Replaces the logging component while it lives. All instances share one list of records.
@@ -68,6 +78,8 @@ class RecordingLogger {
   bool refuse = false;        // no instance can be created
   bool throwOnWrite = false;  // WriteLog throws
   HRESULT writeResult = S_OK;
+  RecordedSettings settings;
+  HRESULT settingsResult = S_OK;  // of reading and of writing the settings
 
  private:
   class Instance final : public NoDispatch<ComObject<QXLoggerLib::IQXLogger>> {
@@ -82,8 +94,19 @@ class RecordingLogger {
       if (owner_.onRecord) owner_.onRecord(owner_.records.back());
       return owner_.writeResult;
     }
-    HRESULT ReadSettings(long*, long*, long*, BSTR*) override { return E_NOTIMPL; }
-    HRESULT WriteSettings(long, long, long, BSTR) override { return E_NOTIMPL; }
+    HRESULT ReadSettings(long* fileCount, long* fileSize, long* level, BSTR* module) override {
+      if (owner_.settingsResult < 0) return owner_.settingsResult;
+      *fileCount = owner_.settings.fileCount;
+      *fileSize = owner_.settings.fileSize;
+      *level = owner_.settings.level;
+      *module = newText(owner_.settings.module);
+      return S_OK;
+    }
+    HRESULT WriteSettings(long fileCount, long fileSize, long level, BSTR module) override {
+      if (owner_.settingsResult < 0) return owner_.settingsResult;
+      owner_.settings = {fileCount, fileSize, level, std::u16string(viewOfBstr(module))};
+      return S_OK;
+    }
 
    private:
     RecordingLogger& owner_;

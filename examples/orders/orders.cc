@@ -1,70 +1,19 @@
-// Keeps orders in a table of its own: a record, the proxy that moves it between the program and the
-// table, and an add-on that uses both. It adds two orders, raises the amount of one of them in a
-// transaction, and shows a summary in the status bar.
+// Keeps orders in a table of its own. At its start it adds two orders, raises the amount of one of
+// them in a transaction, and shows a summary in the status bar; its menu entry opens a form with
+// all orders (order_form.h).
 
-#include "qxframework/foundation/currency.h"
-#include "qxframework/foundation/date_time.h"
-#include "qxframework/qxframework.h"
+#include "order.h"
+#include "order_form.h"
+#include "qxframework/stock/addon_menu.h"
 
 #include <iostream>
+#include <memory>
 
 namespace {
 
-using Persistence::CQXPersistenceSortField;
-using Persistence::CQXValueContainer;
-using Persistence::TyFieldValues;
-
-struct Order : CQXValueContainer {
-  Order() = default;
-  Order(const OLECHAR* no, const OLECHAR* who, const CQXDateTime& when, CQXCurrency amount)
-      : number(no), customer(who), day(when), total(amount) {}
-
-  CComBSTR number, customer;
-  CQXDateTime day;
-  CQXCurrency total;
-};
-
-// The orders of the table, by their numbers.
-class Orders : public Persistence::CQXPersistentCollectionProxy {
- public:
-  explicit Orders(const CComPtr<ICompany>& company) {
-    Connect(company, u"@ORDERS", true);
-    SetKeysOnly(false);  // the first query reads whole rows, not only their keys
-  }
-  // Runs the query; after it First() and Next() step through the orders, newest first.
-  void Open() {
-    SetSortFields({CQXPersistenceSortField(u"U_Day", Persistence::so_Descending)});
-    Load({u"U_No"}, {});
-  }
-  static TyFieldValues Key(const CComBSTR& number) {
-    TyFieldValues key;
-    key.Add(u"U_No", number);
-    return key;
-  }
-  // The next two functions convert a row to the record, and the record to the values to write. The
-  // framework sets "Code" and "Name" of new rows. An invalid date keeps its last number, so 0 is
-  // written in its place.
-  void MapToContainer(const TyFieldValues& row, CQXValueContainer& container) override {
-    auto& order = static_cast<Order&>(container);
-    order.number = GetValue(row, u"U_No").bstrVal;
-    order.customer = GetValue(row, u"U_Customer").bstrVal;
-    order.day = GetValue(row, u"U_Day").date;
-    order.total = GetValue(row, u"U_Total").dblVal;
-  }
-  void ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) override {
-    const auto& order = static_cast<const Order&>(container);
-    row.Add(u"U_No", order.number);
-    row.Add(u"U_Customer", order.customer);
-    row.Add(u"U_Day", CComVariant(order.day.IsValid() ? double{order.day} : 0.0, VT_DATE));
-    row.Add(u"U_Total", order.total.ToDouble());
-  }
-};
-
-void takeIn(const CComPtr<ICompany>& company, const Order& order) {
-  Orders orders(company);
-  orders.Open();
-  if (!orders.Exists(Orders::Key(order.number))) orders.Add(order);
-}
+constexpr char16_t kAddOns[] = u"43523";  // the client's popup for add-ons
+constexpr char16_t kOrdersEntry[] = u"ORD_OPEN";
+constexpr unsigned kMenuText = 230;
 
 // Changes the order completely or not at all.
 void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {
@@ -95,14 +44,15 @@ std::u16string summary(const CComPtr<ICompany>& company) {
                     sum.ToString(), newest);
 }
 
-// Receives the events of the client and uses the first one only.
+// Receives the events of the client.
 class Handler : public CQXIDispatch {
  public:
   explicit Handler(CQXAddOn* addOn) : m_AddOn(addOn) {}
 
   long OnApplicationLoad(IDispatch* application, ICompany* company) override {
-    const CComQIPtr<IApplication> app(application);
-    CQXDbDef tables(app, company, *m_AddOn->GetResourceLoader(), u"ORDER", app->GetLanguage(),
+    m_App = CComQIPtr<IApplication>(application);
+    m_Company = company;
+    CQXDbDef tables(m_App, company, *m_AddOn->GetResourceLoader(), u"ORDER", m_App->GetLanguage(),
                     GetModuleHandleW(nullptr));
     CQXVersion version(u"0.00.00.00.00");
     if (tables.Create(100, false, version) < 0) return E_FAIL;
@@ -110,23 +60,50 @@ class Handler : public CQXIDispatch {
       takeIn(company, {u"A-1", u"O'Brien", {2024, 2, 29, 0, 0, 0}, 99.5});
       takeIn(company, {u"A-2", u"C2000", {2024, 1, 31, 0, 0, 0}, 22});
       addTo(company, u"A-1", 10);
-      CQXUtil::SetStatusBarInfoMessage(app, CComBSTR(summary(company)));
+      CQXUtil::SetStatusBarInfoMessage(m_App, CComBSTR(summary(company)));
     } catch (const Persistence::CQXPersistenceException& failure) {
-      CQXUtil::SetStatusBarErrorMessage(app, failure.GetErrorString());
+      CQXUtil::SetStatusBarErrorMessage(m_App, failure.GetErrorString());
+    }
+    AddMenu();
+    return S_OK;
+  }
+  // Entries of add-ons are gone when the client has changed its language or company.
+  long OnChangeLanguage() override { return AddMenu(); }
+  long OnChangeCompany(ICompany* company) override {
+    m_Company = company;
+    return AddMenu();
+  }
+  long OnApplicationUnload() override {
+    m_Menu.reset();
+    m_Company.Release();
+    return S_OK;
+  }
+  long OnMenuEvent(IMenuEvent* event, short*) override {
+    if (event->GetBeforeAction() == VARIANT_FALSE && event->GetMenuUID().View() == kOrdersEntry) {
+      qx::openForm(std::make_unique<OrderForm>(m_AddOn), m_App, m_Company);
     }
     return S_OK;
   }
   long OnFormLoad(IItemEvent*, short*) override { return S_OK; }
   long OnReservedEvent() override { return S_OK; }
-  long OnMenuEvent(IMenuEvent*, short*) override { return S_OK; }
-  long OnChangeLanguage() override { return S_OK; }
-  long OnChangeCompany(ICompany*) override { return S_OK; }
-  long OnApplicationUnload() override { return S_OK; }
   long OnProgressBarEvent(IMenuEvent*, short*) override { return S_OK; }
   long OnStatusBarEvent(BSTR, long) override { return S_OK; }
 
  private:
+  long AddMenu() {
+    CQXBSTR text(m_App->GetLanguage());
+    m_AddOn->GetResourceLoader()->LoadStringW(text, kMenuText, m_App->GetLanguage());
+    m_Menu.reset();  // before the new one: the UID is the same
+    m_Menu = std::make_unique<CQXAddOnMenu>(m_App->GetMenus()->Item(CComVariant(kAddOns)), m_App,
+                                            kOrdersEntry, text, mt_String, -1, VARIANT_TRUE,
+                                            VARIANT_FALSE);
+    return S_OK;
+  }
+
   CQXAddOn* m_AddOn;
+  CComPtr<IApplication> m_App;
+  CComPtr<ICompany> m_Company;
+  std::unique_ptr<CQXAddOnMenu> m_Menu;
 };
 
 class OrdersAddOn : public CQXAddOn {

@@ -41,6 +41,21 @@ HRESULT Field::raw_GetValue(VARIANT* out) {
   });
 }
 
+HRESULT Field::raw_GetType(long* out) {
+  return hostCall([&]() -> HRESULT {
+    if (!isThere()) return DISP_E_BADINDEX;
+    // A null has the empty value of its column's kind, so a value of any row shows the kind.
+    switch (recordset_.value(column_).vt) {
+      case VT_BSTR:
+        return giveValue<long>(kTextField, out);
+      case VT_DATE:
+        return giveValue<long>(kDateField, out);
+      default:
+        return giveValue<long>(kNumberField, out);
+    }
+  });
+}
+
 Fields::Fields(Recordset& recordset) : HostPart(recordset), recordset_(recordset) {}
 
 std::size_t Fields::columnCount() const { return recordset_.rows().columnCount(); }

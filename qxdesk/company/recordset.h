@@ -24,6 +24,7 @@ class Field final : public HostPart<IField> {
   Field(Fields& fields, Recordset& recordset, std::size_t column);
   HRESULT raw_GetName(BSTR* out) override;
   HRESULT raw_GetValue(VARIANT* out) override;
+  HRESULT raw_GetType(long* out) override;
 
  private:
   bool isThere() const;

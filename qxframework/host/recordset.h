@@ -11,6 +11,13 @@
 class IFields;
 class IField;
 
+namespace qx {
+
+/// Kinds of columns: the result of IField::GetType.
+enum RecordFieldType : long { kTextField = 0, kNumberField = 2, kDateField = 3 };
+
+}  // namespace qx
+
 /// Business object 300. It holds all rows of a query in memory, so that it can be walked in both
 /// directions, and one position: a row, before the first, or after the last.
 class IRecordset : public IDispatch {
@@ -87,9 +94,12 @@ class IField : public IDispatch {
   /// beyond 32 bits comes as VT_R8. A null, and any column while there is no current row, reads as
   /// the empty value of its kind: empty text, 0, the date 0.0.
   virtual HRESULT raw_GetValue(VARIANT* out) = 0;
+  /// Returns the kind of the column, a qx::RecordFieldType.
+  virtual HRESULT raw_GetType(long* out) = 0;
 
   CComBSTR GetName() { return qx::getText(this, &IField::raw_GetName); }
   CComVariant GetValue() { return qx::getVariant(this, &IField::raw_GetValue); }
+  long GetType() { return qx::getValue<long>(this, &IField::raw_GetType); }
 
  protected:
   ~IField() = default;

@@ -1,42 +1,58 @@
 #include "qxframework/runtime/addon_form.h"
 
+#include "qxframework/automation/com_object.h"
 #include "qxframework/automation/format.h"
-#include "qxframework/host/item_types.h"
+#include "qxframework/forms/addon_xml_form.h"
+#include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/runtime/addon.h"
+#include "qxframework/runtime/event_sink.h"
+#include "qxframework/runtime/internal/framework_texts.h"
+
+#include <algorithm>
+#include <memory>
 
 namespace {
 
 using Scope = CReturnValue<long>;
 
-using TextScope = CReturnValue<CComBSTR>;
-
 constexpr std::uint32_t kSentinelId = 0xFFFFFFFF;
 
-CComBSTR selectedValue(const CComPtr<IComboBox>& comboBox) {
-  const CComPtr<IValidValue> selected = comboBox->GetSelected();
-  return selected == nullptr ? CComBSTR(u"") : selected->GetValue();
+// Every form object of the process. Forms belong to the add-on's one thread, so no lock is needed.
+// It is never destroyed, since forms may be left open until the process ends.
+std::vector<CQXAddOnForm*>& liveForms() {
+  static auto* const forms = new std::vector<CQXAddOnForm*>;
+  return *forms;
 }
 
-// A combo box without a selection may return null or fail. Both read as empty.
-template <class Read>
-CComBSTR readIgnoringErrors(Read&& read, long appId) {
-  TextScope text(u"CQXAddOnForm::GetSelectedInComboBox", u"", appId);
-  try {
-    text = read();
-  } catch (const _com_error& error) {
-    text.LogError(u"Ignoring exception while getting selected in combo box : %s\n",
-                  TextScope::xstrerror(static_cast<unsigned long>(error.Error())));
-  }
-  return text;
+long applicationNumber(const CComPtr<IApplication>& application) {
+  long id = -1;
+  if (application != nullptr && application->raw_GetAppId(&id) < 0) id = -1;
+  return id;
 }
 
 }  // namespace
 
 CQXAddOnForm::CQXAddOnForm(const CQXAddOn* addOn, long resourceId)
-    : m_lResourceId(resourceId), m_pAddOn(addOn) {}
+    : m_lResourceId(resourceId), m_pAddOn(addOn) {
+  liveForms().push_back(this);
+}
 
-CQXAddOnForm::~CQXAddOnForm() = default;
+// The sink and other forms may still point to this object, if its owner deletes it while its host
+// form is open.
+CQXAddOnForm::~CQXAddOnForm() {
+  std::erase(liveForms(), this);
+  for (CQXAddOnForm* const other : liveForms()) {
+    if (other->m_pParent == this) other->m_pParent = nullptr;
+    if (other->m_pChild == this) other->m_pChild = nullptr;
+  }
+  qx::FormRegistry::forgetEverywhere(this);
+}
+
+bool CQXAddOnForm::IsLive(const CQXAddOnForm* form) {
+  const auto& forms = liveForms();
+  return std::find(forms.begin(), forms.end(), form) != forms.end();
+}
 
 // A child hands over its key when it closes, so the pointer to it would dangle.
 long CQXAddOnForm::put_Key(const OLECHAR* key) {
@@ -49,6 +65,7 @@ long CQXAddOnForm::OnMenuEvent(CComPtr<IMenuEvent>, short*) { return S_OK; }
 long CQXAddOnForm::OnFormDataEvent(CComPtr<IBusinessObjectInfo>, short*) { return S_OK; }
 long CQXAddOnForm::OnRightClickEvent(CComPtr<IContextMenuInfo>, short*) { return S_OK; }
 long CQXAddOnForm::OnInitForm() { return S_OK; }
+long CQXAddOnForm::OnCreateForm(CQXAddOnXMLForm*) { return S_OK; }
 long CQXAddOnForm::OnFormLoaded() { return S_OK; }
 long CQXAddOnForm::OnUnloadForm() { return S_OK; }
 
@@ -97,10 +114,114 @@ long CQXAddOnForm::PutInitialFormMode(_HVX_ADDON_FORM_MODE mode) {
   return S_OK;
 }
 
+// The client may unload the form while it is created: a hook closes it, or the user does. The sink
+// then deletes the object when this call ends, unless the call throws: then the caller does.
+long CQXAddOnForm::CreateForm(CComPtr<IApplication> application, CComPtr<ICompany> company) {
+  CQXEventSink* const sink = m_pAddOn == nullptr ? nullptr : m_pAddOn->GetEventSink();
+  if (sink == nullptr) return Create(application, company);
+  qx::RunningForms::Call call(sink->runningForms(), this);
+  try {
+    return Create(application, company);
+  } catch (...) {
+    call.leaveToCaller();
+    throw;
+  }
+}
+
+long CQXAddOnForm::Create(const CComPtr<IApplication>& application,
+                          const CComPtr<ICompany>& company) {
+  Scope hr(u"CQXAddOnForm::CreateForm", 0, applicationNumber(application));
+  InitXMLMap();
+  InitFormType();
+  m_ptrCompany = company;
+  m_ptrApp = application;
+  std::unique_ptr<CQXAddOnXMLForm> xmlForm = BuildXMLForm(hr);
+  // The count stays raised if a later step fails: only UnloadForm lowers it.
+  m_lInstance = IncrementInstance();
+  OpenInClient(hr, *xmlForm);
+  hr = qx::guarded([&] { return OnInitForm(); });
+  if (hr < 0) FailCreation(hr, u"OnInitForm() failed (form type = %s).\n");
+  hr = qx::guarded([&] { return RegisterForm(); });
+  if (hr < 0) FailCreation(hr, u"RegisterForm() failed (form type = %s).\n");
+  hr = qx::guarded([&] { return OnFormLoaded(); });
+  if (hr < 0) {
+    // The form decided not to open, which is no failure of its creator.
+    m_ptrForm->raw_Close();
+    hr.LogError(u"OnFormLoaded() failed (form type = %s).\n", m_bstrFormType.View());
+    hr = S_OK;
+  }
+  xmlForm.reset();
+  try {
+    m_ptrForm->PutVisible(VARIANT_TRUE);
+  } catch (const _com_error& error) {
+    // A hidden form that has no object any more could never be closed by its user.
+    CloseAndRaise(error.Error());
+  }
+  return hr;
+}
+
+// Loads the form's document and lets the form change it.
+std::unique_ptr<CQXAddOnXMLForm> CQXAddOnForm::BuildXMLForm(Scope& hr) {
+  CQXAddOnXMLForm* created = nullptr;
+  const bool isCreated = CreateXMLForm(&created);
+  std::unique_ptr<CQXAddOnXMLForm> xmlForm(created);
+  hr = isCreated ? qx::guarded([&] { return OnCreateForm(created); }) : E_FAIL;
+  if (hr < 0) {
+    hr.LogError(u"OnCreateForm() failed.\n");
+    qx::raiseError(hr);
+  }
+  return xmlForm;
+}
+
+// Sends the document to the client, which opens the form hidden, and finds the form.
+void CQXAddOnForm::OpenInClient(Scope& hr, CQXAddOnXMLForm& xmlForm) {
+  const auto element = xmlForm.GetForm();
+  // The document cuts the UID, and the client knows the form by what is left.
+  const CComBSTR uid = xmlForm.SetAttribute(element, u"uid", CreateUID(m_bstrFormType))->text();
+  xmlForm.SetAttribute(element, u"visible", u"0");
+  try {
+    hr = m_ptrApp->LoadBatchActions(xmlForm.GetXML());
+    hr.LogInfo(u"LoadBatchActions returned: %s\n", m_ptrApp->GetLastBatchResults().View());
+    m_ptrForm = m_ptrApp->GetForms()->Item(CComVariant(uid));
+    if (m_ptrForm == nullptr) {
+      hr = E_POINTER;
+      hr.LogError(u"LoadBatchActions succeeded but form does not exist!\n");
+      qx::raiseError(hr);
+    }
+  } catch (const _com_error& error) {
+    hr = error.Error();
+    hr.LogError(u"LoadBatchActions() failed (form type = %s): %s\n", m_bstrFormType.View(),
+                Scope::xstrerror(static_cast<unsigned long>(hr)));
+    throw;
+  }
+}
+
+void CQXAddOnForm::FailCreation(Scope& hr, const OLECHAR* message) {
+  m_ptrForm->raw_Close();
+  hr.LogError(message, m_bstrFormType.View());
+  qx::raiseError(hr);
+}
+
+bool CQXAddOnForm::CreateXMLForm(CQXAddOnXMLForm** xmlForm) {
+  const CQXResourceLoader* const loader =
+      m_pAddOn == nullptr ? nullptr : const_cast<CQXAddOn*>(m_pAddOn)->GetResourceLoader();
+  return loader != nullptr && CreateXMLFormFrom(xmlForm, *loader);
+}
+
+bool CQXAddOnForm::CreateXMLFormFrom(CQXAddOnXMLForm** xmlForm, const CQXResourceLoader& loader) {
+  const Scope hr(u"CQXAddOnForm::CreateXMLForm", 0, LogId());
+  const HvLanguages language = m_ptrApp->GetLanguage();
+  if (m_bstrXML.IsEmpty()) {
+    *xmlForm = new CQXAddOnXMLForm(LogId(), static_cast<unsigned int>(m_lResourceId), loader,
+                                   &m_vecXMLMap, language);
+  } else {
+    *xmlForm = new CQXAddOnXMLForm(LogId(), m_bstrXML, loader, &m_vecXMLMap, language);
+  }
+  return true;
+}
+
 long CQXAddOnForm::InitForm(CComPtr<IApplication> application, CComPtr<IForm> form) {
-  long appId = -1;
-  if (application != nullptr) application->raw_GetAppId(&appId);
-  Scope hr(u"CQXAddOnForm::InitForm", 0, appId);
+  Scope hr(u"CQXAddOnForm::InitForm", 0, applicationNumber(application));
   InitXMLMap();
   InitFormType();
   if (application == nullptr || form == nullptr) {
@@ -111,15 +232,13 @@ long CQXAddOnForm::InitForm(CComPtr<IApplication> application, CComPtr<IForm> fo
   m_ptrForm = form;
   // Counted before the hook, which may make UIDs from the number.
   m_lInstance = IncrementInstance();
-  hr = OnInitForm();
+  hr = qx::guarded([&] { return OnInitForm(); });
   if (hr < 0) {
     hr.LogError(u"OnFormInit() failed.\n");
     CloseAndRaise(hr);
   }
-  try {
-    hr = RegisterForm();
-  } catch (const _com_error& error) {
-    hr = error.Error();
+  hr = qx::guarded([&] { return RegisterForm(); });
+  if (hr < 0) {
     hr.LogError(u"RegisterForm() failed.\n");
     CloseAndRaise(hr);
   }
@@ -163,95 +282,22 @@ CComBSTR CQXAddOnForm::HVXItemUIDToResourceSymbol(long id) {
   return DecimalUID(id);
 }
 
-long CQXAddOnForm::LogId() const {
-  long id = -1;
-  if (m_ptrApp != nullptr && m_ptrApp->raw_GetAppId(&id) < 0) id = -1;
-  return id;
-}
+long CQXAddOnForm::LogId() const { return applicationNumber(m_ptrApp); }
 
 CComBSTR CQXAddOnForm::DecimalUID(long id) { return CComBSTR(qx::format(u"%d", id)); }
 
-CComPtr<IDataHelper> CQXAddOnForm::DataHelper() {
-  return CComQIPtr<IDataHelper>(m_ptrCompany->GetBusinessObject(qx::kDataHelper));
+CQXAddOnFormInternal::CQXAddOnFormInternal(const CQXAddOn* addOn)
+    : CQXAddOnForm(addOn, -1), m_Loader(qx::frameworkModule()) {}
+
+CQXAddOnFormInternal::~CQXAddOnFormInternal() = default;
+
+bool CQXAddOnFormInternal::CreateXMLForm(CQXAddOnXMLForm** xmlForm) {
+  return CreateXMLFormFrom(xmlForm, m_Loader);
 }
 
-namespace {
-
-// The data helper returns one row with one field.
-CComVariant onlyField(const CComPtr<IRecordset>& answer, VARTYPE type) {
-  CComVariant value = answer->GetFields()->Item(CComVariant(0L))->GetValue();
-  qx::raiseIfFailed(value.ChangeType(type));
-  return value;
-}
-
-}  // namespace
-
-// Frozen: the log shows this function under the name of its opposite.
-double CQXAddOnForm::DateFromString(const OLECHAR* text) {
-  Scope hr(u"CQXAddOnForm::StringFromDate", 0, LogId());
-  if (qx::viewOf(text).empty()) return 0;
-  try {
-    return onlyField(DataHelper()->FormatStringToDate(text), VT_DATE).date;
-  } catch (const _com_error& error) {
-    hr = error.Error();
-    hr.LogError(u"Error converting String to DATE.\n");
-  }
-  return 0;
-}
-
-CComBSTR CQXAddOnForm::StringFromDate(double date) {
-  Scope hr(u"CQXAddOnForm::StringFromDate", 0, LogId());
-  try {
-    return CComBSTR(onlyField(DataHelper()->FormatDateToString(date), VT_BSTR).bstrVal);
-  } catch (const _com_error& error) {
-    hr = error.Error();
-    hr.LogError(u"Error converting DATE to String.\n");
-  }
-  return CComBSTR(u"");
-}
-
-CComPtr<IItem> CQXAddOnForm::GetFormItem(CComBSTR uid) {
-  Scope hr(u"CQXAddOnForm::GetFormItem", 0, LogId());
-  try {
-    return m_ptrForm->GetItems()->Item(CComVariant(uid));
-  } catch (const _com_error& error) {
-    hr = error.Error();
-    hr.LogError(u"Cannot find item [%s].\n", uid.View());
-    throw;
-  }
-}
-
-CComPtr<IItem> CQXAddOnForm::GetFormItem(long id) { return GetFormItem(DecimalUID(id)); }
-
-CComPtr<IDispatch> CQXAddOnForm::GetFormItemControl(const CComBSTR& uid) {
-  const Scope hr(u"CQXAddOnForm::GetFormItemSpecific", 0, LogId());
-  return GetFormItem(uid)->GetSpecific();
-}
-
-void CQXAddOnForm::SetItemFocus(CComBSTR uid) {
-  const CReturnValue<void> scope(u"CQXAddOnForm::SetItemFocus", LogId());
-  const CComPtr<IItem> item = GetFormItem(uid);
-  const long type = item->GetType();
-  if (type == qx::kEditText || type == qx::kButton) item->Click(0);
-}
-
-void CQXAddOnForm::SetItemFocus(unsigned int id) { SetItemFocus(DecimalUID(id)); }
-
-void CQXAddOnForm::SetItemFocus(unsigned int matrixId, unsigned int columnId, unsigned int row) {
-  const CReturnValue<void> scope(u"CQXAddOnForm::SetItemFocus", LogId());
-  const CComPtr<IMatrix> matrix = GetFormItemSpecific<IMatrix>(static_cast<long>(matrixId));
-  const CComPtr<IColumn> column = matrix->GetColumns()->Item(CComVariant(DecimalUID(columnId)));
-  const long type = column->GetType();
-  if (type != qx::kEditText && type != qx::kButton && type != qx::kLinkedButton) return;
-  column->GetCells()->Item(CComVariant(static_cast<long>(row)))->Click(0, 0);
-}
-
-CComBSTR CQXAddOnForm::GetSelectedInComboBox(unsigned int id) {
-  return readIgnoringErrors(
-      [&] { return selectedValue(GetFormItemSpecific<IComboBox>(static_cast<long>(id))); },
-      LogId());
-}
-
-CComBSTR CQXAddOnForm::GetSelectedInComboBox(CComPtr<IComboBox> comboBox) {
-  return readIgnoringErrors([&] { return selectedValue(comboBox); }, LogId());
+CComBSTR CQXAddOnFormInternal::LoadText(unsigned int id) {
+  const HvLanguages language = m_ptrApp->GetLanguage();
+  CQXBSTR text(u"", language);
+  m_Loader.LoadStringW(text, id, language);
+  return text;
 }

@@ -6,7 +6,11 @@
 // form, the sink calls UnloadForm and deletes the object.
 //
 // A form class declares itself with DECLARE_XML_FORM_EX (form_declaration.h) and overrides
-// OnItemEvent and the hooks that it needs.
+// OnItemEvent and the hooks that it needs. qx::openForm opens a form:
+//
+//   qx::openForm(std::make_unique<OrderForm>(addOn), application, company);
+//
+// Two sources hold its operations: addon_form.cc the life of a form, addon_form_items.cc its items.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
@@ -17,12 +21,18 @@
 #include "qxframework/host/events.h"
 #include "qxframework/host/form.h"
 #include "qxframework/host/recordset.h"
+#include "qxframework/resources/resource_loader.h"
 #include "qxframework/resources/xml_map.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 class CQXAddOn;
+class CQXAddOnXMLForm;
+
+template <class T>
+class CReturnValue;
 
 /// The purpose that a form is opened for. The framework only hands it on.
 enum _HVX_ADDON_FORM_MODE : int {
@@ -35,7 +45,8 @@ class QX_API CQXAddOnForm {
  public:
   /// `addOn` is not owned. The form's declaration overwrites `resourceId`.
   CQXAddOnForm(const CQXAddOn* addOn, long resourceId);
-  /// Does not close the host's form.
+  /// Does not close the host's form. The object gets no more events, and other forms lose their
+  /// pointers to it.
   virtual ~CQXAddOnForm();
   CQXAddOnForm(const CQXAddOnForm&) = delete;
   CQXAddOnForm& operator=(const CQXAddOnForm&) = delete;
@@ -58,9 +69,18 @@ class QX_API CQXAddOnForm {
   /// Enlarges the form by 12 units in height if its frame is higher than 30, and by 8 in width if
   /// it is wider than 10. For hosts whose frames are larger than the form's resource assumes.
   virtual long FixFormSize();
+  /// Stores the new document of the form, whose text is that of the form if it has one, else that
+  /// of its resource. Returns false if there is none. Throws what the constructor of the document
+  /// throws.
+  virtual bool CreateXMLForm(CQXAddOnXMLForm** xmlForm);
   /// Called when the host's form exists, to fill its controls. A negative result closes the form.
+  /// A hook that throws fails with the code of the _com_error, else with E_FAIL.
   virtual long OnInitForm();
-  /// Called when the form is complete, before it is shown.
+  /// Called before the host's form exists, to change its document. After a negative result there
+  /// will be no form.
+  virtual long OnCreateForm(CQXAddOnXMLForm* xmlForm);
+  /// Called when the form is complete, before it is shown. A negative result closes the form, which
+  /// is no failure of the creation.
   virtual long OnFormLoaded();
   /// Called when the host has unloaded the form, before this object is deleted.
   virtual long OnUnloadForm();
@@ -76,12 +96,19 @@ class QX_API CQXAddOnForm {
   /// Stores the purpose, for the form's own OnInitForm.
   long PutInitialFormMode(_HVX_ADDON_FORM_MODE mode);
 
+  /// Opens the host's form from the document, registers it and shows it. Returns 0 or a result
+  /// above 0 of a hook. Throws _com_error with the code of the step that failed; the host's form is
+  /// closed then, and the caller still owns this object. After a return the sink owns it, and if
+  /// the form was closed on the way the object no longer exists: prefer qx::openForm.
+  long CreateForm(CComPtr<IApplication> application, CComPtr<ICompany> company);
   /// Attaches this object to a form that the host has opened. Throws _com_error: E_POINTER without
   /// an application or a form; else after the host's form has been closed. The caller sets the
   /// company with PutCompany.
   long InitForm(CComPtr<IApplication> application, CComPtr<IForm> form);
   /// Called by the sink at the end of the form. Returns the result of OnUnloadForm.
   long UnloadForm();
+  /// Returns true if `form` points to a form object that exists.
+  static bool IsLive(const CQXAddOnForm* form);
 
   /// Returns the symbol of an item's number, or the number in decimal if it has none.
   CComBSTR HVXItemUIDToResourceSymbol(long id);
@@ -97,6 +124,10 @@ class QX_API CQXAddOnForm {
   void SetItemFocus(unsigned int matrixId, unsigned int columnId, unsigned int row);
 
  protected:
+  /// Does the work of CreateXMLForm with the resources of `loader`.
+  bool CreateXMLFormFrom(CQXAddOnXMLForm** xmlForm, const CQXResourceLoader& loader);
+  /// Returns the application number for the log, or -1 if there is no application or it fails.
+  long LogId() const;
   /// Returns "%s_%d" of `type` and the instance number of this form.
   CComBSTR CreateUID(const OLECHAR* type);
   /// Return an item by its UID or its number. Throw the host's _com_error if there is none.
@@ -134,11 +165,42 @@ class QX_API CQXAddOnForm {
   long m_lInstance = 0;
 
  private:
+  long Create(const CComPtr<IApplication>& application, const CComPtr<ICompany>& company);
+  std::unique_ptr<CQXAddOnXMLForm> BuildXMLForm(CReturnValue<long>& hr);
+  void OpenInClient(CReturnValue<long>& hr, CQXAddOnXMLForm& xmlForm);
+  void FailCreation [[noreturn]] (CReturnValue<long>& hr, const OLECHAR* message);
   long RegisterForm();
   void CloseAndRaise [[noreturn]] (long code);
-  /// Returns the application number for the log, or -1 if there is no application or it fails.
-  long LogId() const;
   static CComBSTR DecimalUID(long id);
   CComPtr<IDispatch> GetFormItemControl(const CComBSTR& uid);
   CComPtr<IDataHelper> DataHelper();
 };
+
+/// The base class of the framework's own forms, whose documents are resources of the framework.
+class QX_API CQXAddOnFormInternal : public CQXAddOnForm {
+ public:
+  explicit CQXAddOnFormInternal(const CQXAddOn* addOn);
+  ~CQXAddOnFormInternal() override;
+  bool CreateXMLForm(CQXAddOnXMLForm** xmlForm) override;
+
+ protected:
+  /// Returns a string of the framework in the client's language; empty if there is none.
+  CComBSTR LoadText(unsigned int id);
+
+  CQXResourceLoader m_Loader;
+};
+
+namespace qx {
+
+/// Opens a form and returns it, or null if it was closed while it opened. The sink owns the form
+/// from then on and deletes it when the client has unloaded it. If CreateForm throws, deletes the
+/// form and passes the exception on.
+template <class Form>
+Form* openForm(std::unique_ptr<Form> form, const CComPtr<IApplication>& application,
+               const CComPtr<ICompany>& company) {
+  form->CreateForm(application, company);
+  Form* const opened = form.release();
+  return CQXAddOnForm::IsLive(opened) ? opened : nullptr;
+}
+
+}  // namespace qx

@@ -105,7 +105,7 @@ void CQXEventSink::RouteItemEvent(Scope& hr, BSTR formUID, IDispatch* event, sho
   AskForm(hr, *form, uid, bubble,
           [&](CQXAddOnForm& each) { return each.OnItemEvent(itemEvent.p, bubble); });
   if (hr < 0) hr = S_FALSE;
-  if (type == qx::kFormUnload) EndForm(hr, uid, *form);
+  if (type == qx::kFormUnload && !running.formIsGone()) EndForm(hr, uid, *form);
 }
 
 void CQXEventSink::RouteFormLoad(Scope& hr, IItemEvent* event, short* bubble) {

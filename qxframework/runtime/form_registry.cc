@@ -1,6 +1,30 @@
 #include "qxframework/runtime/form_registry.h"
 
+#include <vector>
+
 namespace qx {
+namespace {
+
+// As a rule the one registry of the process's one sink. Never destroyed, since sinks are not.
+std::vector<FormRegistry*>& registries() {
+  static auto* const all = new std::vector<FormRegistry*>;
+  return *all;
+}
+
+}  // namespace
+
+FormRegistry::FormRegistry(CriticalSection& lock, FormMap& forms) : lock_(lock), forms_(forms) {
+  registries().push_back(this);
+}
+
+FormRegistry::~FormRegistry() { std::erase(registries(), this); }
+
+void FormRegistry::forgetEverywhere(const CQXAddOnForm* form) {
+  for (FormRegistry* const registry : registries()) {
+    registry->remove(form);
+    registry->running_.forget(form);
+  }
+}
 
 void FormRegistry::add(const CComBSTR& uid, CQXAddOnForm* form) {
   const CriticalSectionLock lock(lock_);

@@ -28,7 +28,8 @@ using FormMap = std::map<CComBSTR, CQXAddOnForm*, ExactOrder>;
 class FormRegistry {
  public:
   /// Works on a map and a lock that belong to the caller.
-  FormRegistry(CriticalSection& lock, FormMap& forms) : lock_(lock), forms_(forms) {}
+  FormRegistry(CriticalSection& lock, FormMap& forms);
+  ~FormRegistry();
   FormRegistry(const FormRegistry&) = delete;
   FormRegistry& operator=(const FormRegistry&) = delete;
 
@@ -59,6 +60,9 @@ class FormRegistry {
   /// Takes all forms out of the map at the end of the run. They get no more events and nothing
   /// deletes them, but they stay reachable, so that a leak check does not report them.
   void leaveOpen();
+
+  /// Takes a form object that is being destroyed out of all registries of the process.
+  static void forgetEverywhere(const CQXAddOnForm* form);
 
  private:
   void remove(const CQXAddOnForm* form);

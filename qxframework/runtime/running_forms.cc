@@ -13,9 +13,19 @@ RunningForms::Call::Call(RunningForms& forms, CQXAddOnForm* form) : forms_(forms
 // Deletes the form with its outermost call: inner calls of the same form are still on the stack
 // then.
 RunningForms::Call::~Call() {
+  const bool gone = formIsGone();
   forms_.stack_.pop_back();
-  if (forms_.isRunning(form_) || std::erase(forms_.ended_, form_) == 0) return;
+  // A new form may have the address of the one that is gone.
+  if (gone || forms_.isRunning(form_) || std::erase(forms_.ended_, form_) == 0) return;
   delete form_;
+}
+
+void RunningForms::Call::leaveToCaller() { std::erase(forms_.ended_, form_); }
+
+void RunningForms::forget(const CQXAddOnForm* form) {
+  std::replace(stack_.begin(), stack_.end(), const_cast<CQXAddOnForm*>(form),
+               static_cast<CQXAddOnForm*>(nullptr));
+  std::erase(ended_, form);
 }
 
 bool RunningForms::beginEnd(CQXAddOnForm* form) {

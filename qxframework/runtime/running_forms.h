@@ -23,6 +23,12 @@ class RunningForms {
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
+    /// Returns true if the form object has been destroyed during the call. Only the innermost call
+    /// may be asked.
+    bool formIsGone() const { return forms_.stack_.back() == nullptr; }
+    /// Keeps the form from being deleted at the end of the call, for a caller that deletes it.
+    void leaveToCaller();
+
    private:
     RunningForms& forms_;
     CQXAddOnForm* form_;
@@ -31,11 +37,13 @@ class RunningForms {
   /// Begins the end of a form that has a running call: the form is deleted when its last call
   /// returns. Returns false if its end has begun already.
   bool beginEnd(CQXAddOnForm* form);
+  /// Called when a form object is destroyed.
+  void forget(const CQXAddOnForm* form);
 
  private:
   bool isRunning(const CQXAddOnForm* form) const;
 
-  std::vector<CQXAddOnForm*> stack_;
+  std::vector<CQXAddOnForm*> stack_;  // of the running calls; null for a destroyed form
   std::vector<CQXAddOnForm*> ended_;
 };
 

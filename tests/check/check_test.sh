@@ -103,6 +103,12 @@ insert() { sed -i "$2i $3" "$1"; } # insert FILE LINE TEXT
 passes "a good tree"
 passes "a good tree with its build folder" build
 
+echo examples >>scripts/layers.txt
+write examples/shop/order.h '#pragma once' '' '// An order.'
+write examples/shop/order.cc '#include "order.h"'
+git add -A
+passes "an example that names the file beside it"
+
 insert low/base.cc 2 '\\n#include "mid/part.h"'
 finds "a lower layer includes a higher one" 'low/base.cc:3' \
   'low includes "mid/part.h", but mid is no lower layer'

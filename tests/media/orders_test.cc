@@ -16,10 +16,10 @@ using testing::ElementsAre;
 
 class OrdersExample : public testing::Test {
  protected:
-  std::string run() const {
+  std::string run(const std::string& script) const {
     ChildProcess orders({qx::test::buildProgram("orders").string(),
                          "embedded:?db=" + database + "&engine=" + medium().dialect +
-                             "&play=" QX_TEST_DATA "/orders.play"},
+                             "&play=" QX_TEST_DATA "/" + script},
                         {"QX_RUNTIME_DIR=" + (folder.path() / "run").string()});
     const std::string text = orders.rest();
     EXPECT_EQ(orders.wait(), 0);
@@ -38,16 +38,85 @@ class OrdersExample : public testing::Test {
 };
 
 TEST_F(OrdersExample, AddsOrdersInTheFirstRunAndUpdatesThemInTheSecond) {
-  EXPECT_EQ(run(),
+  EXPECT_EQ(run("orders.play"),
             "info: 2 orders, 131.500000 in all, the newest of 2024-02-29\n"
             "shut the client down\n");
   EXPECT_THAT(orders(), ElementsAre("00000000|A-1|O'Brien|2024-02-29 00:00:00|109.5",
                                     "00000001|A-2|C2000|2024-01-31 00:00:00|22"));
-  EXPECT_EQ(run(),
+  EXPECT_EQ(run("orders.play"),
             "info: 2 orders, 141.500000 in all, the newest of 2024-02-29\n"
             "shut the client down\n");
   EXPECT_THAT(orders(), ElementsAre("00000000|A-1|O'Brien|2024-02-29 00:00:00|119.5",
                                     "00000001|A-2|C2000|2024-01-31 00:00:00|22"));
+}
+
+// The user forgets the customer, chooses one from the list, and adds the order; then the user does
+// the same in German.
+TEST_F(OrdersExample, ItsFormAddsAnOrderWithACustomerFromTheList) {
+  EXPECT_EQ(run("orders_form.play"), R"X(picked menu ORD_OPEN
+typed "A-3" into item 221 of form ORDERS_1
+pressed item 1 of form ORDERS_1: vetoed by the add-on
+info: 2 orders, 131.500000 in all, the newest of 2024-02-29
+error: Choose the customer of the order.
+pressed item 226 of form ORDERS_1
+clicked item 10805, column 10800020, row 0 of form QX_FCL_1
+typed "hill" into item 10804 of form QX_FCL_1
+QX_FCL_1 -1 "Choose from List" selected
+  source 10807 "hill"
+  source 10808 "3"
+  source 10800011 "S1000"
+  source 10800021 "Steel and Sons"
+  1 button "Choose" default
+  2 button "Cancel"
+  10804 edit "hill" focus
+  10803 static "Find"
+  10805 matrix of 3 rows
+    10806 "#" 10800010 "Number" 10800020 "Customer"
+     "1" "C2000" "Harbour Supplies"
+   * "2" "C1000" "Hillside Tools"
+     "3" "S1000" "Steel and Sons"
+  10802 static "Business partners (3 records)"
+pressed item 1 of form QX_FCL_1
+typed "1250.75" into item 224 of form ORDERS_1
+chose "C" in item 225 of form ORDERS_1
+pressed item 1 of form ORDERS_1
+ORDERS_1 -1 "Orders" selected
+  source ROW_NO "A-2"
+  source ROW_CUST "C2000"
+  source ROW_TOTAL "22.000000"
+  source ROW_TERMS "I"
+  source NEW_NO ""
+  source NEW_CUST ""
+  source NEW_TOTAL ""
+  source NEW_TERMS "C"
+  201 matrix of 3 rows
+    211 "Number" 212 "Customer" 214 "Amount" 215 "Terms"
+     "A-3" "C1000" "1250.750000" "C"
+     "A-1" "O'Brien" "109.500000" "I"
+     "A-2" "C2000" "22.000000" "I"
+  ST_1 static "Number"
+  221 edit ""
+  ST_2 static "Customer"
+  222 edit ""
+  226 button "..."
+  ST_3 static "Amount"
+  224 edit ""
+  ST_4 static "Terms"
+  225 combo "Cash" key "C" of 2
+  1 button "OK" default focus
+  2 button "Cancel"
+pressed item 2 of form ORDERS_1
+changed the language to 9
+picked menu ORD_OPEN
+F_0 169 "Main Menu"
+ORDERS_1 -1 "Aufträge" selected
+typed "A-4" into item 221 of form ORDERS_1
+pressed item 1 of form ORDERS_1: vetoed by the add-on
+info: 2 orders, 131.500000 in all, the newest of 2024-02-29
+error: Choose the customer of the order.
+error: Wählen Sie den Kunden des Auftrags.
+shut the client down
+)X");
 }
 
 }  // namespace

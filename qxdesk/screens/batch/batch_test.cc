@@ -162,6 +162,16 @@ TEST_F(BatchTest, AddsAForm) {
   EXPECT_EQ(apply(kForm), kFormAlreadyExists);
 }
 
+TEST_F(BatchTest, DefaultButtonThatTheFormLacksIsNone) {
+  ASSERT_EQ(apply(uR"(<Application><forms><action type="add"><form uid="A" default_button="1">
+      <items><action type="add"><item uid="5" type="8"/></action></items></form>
+      <form uid="B" default_button="0"/></action></forms></Application>)"),
+            0)
+      << report();
+  EXPECT_EQ(desk_.forms.find(u"A")->defaultItem(), u"");
+  EXPECT_EQ(desk_.forms.find(u"B")->defaultItem(), u"");
+}
+
 TEST_F(BatchTest, VetoOfTheLoadEventIsReported) {
   const auto sink = listen(desk_, veto("before item 16 QX_FCL_1"));
   EXPECT_EQ(apply(kForm), kGeneralFailure);

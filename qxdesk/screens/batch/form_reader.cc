@@ -43,14 +43,14 @@ bool FormReader::update(FormModel& form, const XmlElement& element) {
 
 void FormReader::readForm(FormModel& form, const XmlElement& element) {
   // Data sources come before items, which are bound to them, and items before the default button,
-  // which must be one of them.
+  // which is one of them.
   readFrame(form, element);
   for (const XmlElement& sources : element.children(u"datasources")) readSources(form, sources);
   for (const XmlElement& items : element.children(u"items")) readItems(form, items);
+  // Documents also name a button that the form lacks: 0, or 1 in a form without any buttons. Such a
+  // form has no default button.
   const std::u16string button = element.text(u"default_button");
-  // 0 means no default button, unless an item has that UID.
-  if (button.empty() || (button == u"0" && form.findItem(button) == nullptr)) return;
-  attempt(element, [&] { form.setDefaultItem(button); });
+  if (!button.empty() && form.findItem(button) != nullptr) form.setDefaultItem(button);
 }
 
 void FormReader::readFrame(FormModel& form, const XmlElement& element) {

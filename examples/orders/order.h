@@ -1,0 +1,35 @@
+#pragma once
+
+// An order, and the proxy that moves orders between the program and their table.
+
+#include "qxframework/foundation/currency.h"
+#include "qxframework/foundation/date_time.h"
+#include "qxframework/qxframework.h"
+
+struct Order : Persistence::CQXValueContainer {
+  Order() = default;
+  Order(const OLECHAR* no, const OLECHAR* who, const CQXDateTime& when, CQXCurrency amount)
+      : number(no), customer(who), day(when), total(amount) {}
+
+  CComBSTR number, customer;
+  CQXDateTime day;
+  CQXCurrency total;
+  CComBSTR terms{u"I"};  // I on invoice, C cash
+};
+
+/// The orders of the table, by their numbers.
+class Orders : public Persistence::CQXPersistentCollectionProxy {
+ public:
+  explicit Orders(const CComPtr<ICompany>& company);
+  /// Runs the query; after it First() and Next() step through the orders, newest first.
+  void Open();
+  static Persistence::TyFieldValues Key(const CComBSTR& number);
+  // The next two functions convert a row to the record, and the record to the values to write.
+  void MapToContainer(const Persistence::TyFieldValues& row,
+                      Persistence::CQXValueContainer& container) override;
+  void ContainerToMap(const Persistence::CQXValueContainer& container,
+                      Persistence::TyFieldValues& row) override;
+};
+
+/// Adds an order, unless there is one with its number.
+void takeIn(const CComPtr<ICompany>& company, const Order& order);
