@@ -258,6 +258,21 @@ TEST_F(FileFaults, ADamagedLogIsRefusedUntilItIsDeleted) {
   EXPECT_EQ(rowsOf(connectTo(target(u"New")), u"SELECT CompanyName FROM HVCOMP"), u"Demo");
 }
 
+TEST_F(FileFaults, TheLogOfAFileIsFoundThroughALink) {
+  leaveKilledCompany(3);
+  flipBit(logOf(file), kSumOfTheFirstFrame);
+  fs::create_directory(folder.path() / "links");
+  LoginTarget linked = target();
+  linked.database = (folder.path() / "links" / "link.db").string();
+  fs::create_symlink(file, linked.database);
+  const CComPtr<ICompany> company = companyFor(linked);
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  EXPECT_TRUE(lastError(company).text.starts_with(
+      u"The company database '" + toUtf16(linked.database) + u"' is damaged: the log '" +
+      logOf(file).u16string() + u"' has"))
+      << toUtf8(lastError(company).text);
+}
+
 // A process that has the file open has read all of the log; what the log's file then looks like is
 // of no interest.
 TEST_F(FileFaults, ALogThatIsInUseIsNotTakenForADamagedOne) {
