@@ -6,6 +6,7 @@
 #include "qxdesk/engines/open_database.h"
 #include "qxdesk/engines/write_ahead_log.h"
 #include "qxframework/automation/text.h"
+#include "testing/cases.h"
 #include "testing/faulty_disk.h"
 #include "testing/file_content.h"
 
@@ -220,14 +221,14 @@ long rowsAfterDamage(const CComPtr<ICompany>& company,
 /// Flips each time one bit of the log that a kill has left.
 TEST_F(FileFaults, AFlippedBitInTheLogIsReportedOrLosesTheLastTransactionAtMost) {
   constexpr int kRows = 12;
-  constexpr int kFlips = 80;
+  const std::size_t flips = test::cases(80);
   leaveKilledCompany(kRows);
   const std::string content = test::contentOf(file);
   const std::string log = test::contentOf(logOf(file));
   std::mt19937 random(20261122);
   std::uniform_int_distribution<std::uintmax_t> bits(0, 8 * log.size() - 1);
-  int reported = 0;
-  for (int i = 0; i < kFlips; ++i) {
+  std::size_t reported = 0;
+  for (std::size_t i = 0; i < flips; ++i) {
     removeAll();
     folder.write("company.db", content);
     folder.write("company.db-wal", log);
@@ -242,7 +243,7 @@ TEST_F(FileFaults, AFlippedBitInTheLogIsReportedOrLosesTheLastTransactionAtMost)
     EXPECT_EQ(test::contentOf(file), content) << "bit " << bit;
     EXPECT_EQ(test::contentOf(logOf(file)), damaged) << "bit " << bit;
   }
-  EXPECT_GT(reported, kFlips / 2);
+  EXPECT_GT(reported, flips / 2);
 }
 
 TEST_F(FileFaults, ADamagedLogIsRefusedUntilItIsDeleted) {
@@ -255,6 +256,21 @@ TEST_F(FileFaults, ADamagedLogIsRefusedUntilItIsDeleted) {
   }
   fs::remove(logOf(file));
   EXPECT_EQ(rowsOf(connectTo(target(u"New")), u"SELECT CompanyName FROM HVCOMP"), u"Demo");
+}
+
+TEST_F(FileFaults, TheLogOfAFileIsFoundThroughALink) {
+  leaveKilledCompany(3);
+  flipBit(logOf(file), kSumOfTheFirstFrame);
+  fs::create_directory(folder.path() / "links");
+  LoginTarget linked = target();
+  linked.database = (folder.path() / "links" / "link.db").string();
+  fs::create_symlink(file, linked.database);
+  const CComPtr<ICompany> company = companyFor(linked);
+  EXPECT_EQ(company->Connect(), kOpenFailed);
+  EXPECT_TRUE(lastError(company).text.starts_with(
+      u"The company database '" + toUtf16(linked.database) + u"' is damaged: the log '" +
+      logOf(file).u16string() + u"' has"))
+      << toUtf8(lastError(company).text);
 }
 
 // A process that has the file open has read all of the log; what the log's file then looks like is
@@ -272,7 +288,7 @@ TEST_F(FileFaults, ALogThatIsInUseIsNotTakenForADamagedOne) {
 }
 
 TEST_F(FileFaults, AFlippedBitInTheFileNeverMakesANewCompany) {
-  constexpr int kFlips = 120;
+  const std::size_t flips = test::cases(240);
   {
     const CComPtr<ICompany> company = connectTo(target());
     addTable(company, u"QX");
@@ -282,8 +298,8 @@ TEST_F(FileFaults, AFlippedBitInTheFileNeverMakesANewCompany) {
   std::mt19937 random(20261122);
   std::uniform_int_distribution<std::uintmax_t> bits(0, 8 * content.size() - 1);
   std::uniform_int_distribution<std::uintmax_t> headBits(0, 8 * 4096 - 1);
-  int reported = 0;
-  for (int i = 0; i < 2 * kFlips; ++i) {
+  std::size_t reported = 0;
+  for (std::size_t i = 0; i < flips; ++i) {
     removeAll();
     folder.write("company.db", content);
     // Half of them in the first page, which decides what the file is.
@@ -293,7 +309,7 @@ TEST_F(FileFaults, AFlippedBitInTheFileNeverMakesANewCompany) {
     EXPECT_NE(rows, -2) << "bit " << bit;
     if (rows == -1) ++reported;
   }
-  EXPECT_GT(reported, 0);
+  EXPECT_GT(reported, 0U);
 }
 
 TEST_F(FileFaults, AFileThatWasCutOffIsRefused) {

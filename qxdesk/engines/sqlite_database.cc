@@ -13,6 +13,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace qx::desk {
 
@@ -228,8 +229,20 @@ bool readHeader(Database& database, const std::string& path) {
   }
 }
 
-[[noreturn]] void companyLost(const std::filesystem::path& path) {
-  throw CompanyError(kOpenFailed, Text::CompanyLost, path.string(), logOf(path).string());
+/// A database file and its log. The engine follows links before it looks for the log.
+struct FileAndLog {
+  explicit FileAndLog(std::filesystem::path path) : file(std::move(path)) {
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::weakly_canonical(file, error);
+    log = logOf(error ? file : real);
+  }
+
+  std::filesystem::path file;
+  std::filesystem::path log;
+};
+
+[[noreturn]] void refuse(Text reason, const FileAndLog& place) {
+  throw CompanyError(kOpenFailed, reason, place.file.string(), place.log.string());
 }
 
 // A log without its file, which the user has moved or deleted: it is of use only together with that
@@ -248,26 +261,26 @@ bool setAside(const std::filesystem::path& log) {
 // Beside a missing or empty file the engine would delete the log unread. It takes a file of one
 // byte for an empty one. The log is looked at first: another process that makes a company at this
 // moment has a log only after the company is in the file.
-void checkRemains(const std::filesystem::path& path) {
-  if (!holdsFrames(logOf(path))) return;
+void checkRemains(const FileAndLog& place) {
+  if (!holdsFrames(place.log)) return;
   std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  const std::uintmax_t size = std::filesystem::file_size(place.file, error);
   const bool missing = error == std::errc::no_such_file_or_directory;
-  if (missing && setAside(logOf(path))) return;
-  if (missing || (!error && size <= 1)) companyLost(path);
+  if (missing && setAside(place.log)) return;
+  if (missing || (!error && size <= 1)) refuse(Text::CompanyLost, place);
 }
 
 // Looked at again under the lock of writers: without it, a transaction that is being written at
 // this moment could look like damage. If a writer keeps the lock, or this connection may not write,
 // the log is in use by a process that has read all of it.
-bool hasLostChanges(Database& database, const std::filesystem::path& path) {
-  if (!hasUnreadableChanges(logOf(path))) return false;
+bool hasLostChanges(Database& database, const std::filesystem::path& log) {
+  if (!hasUnreadableChanges(log)) return false;
   try {
     database.begin();
   } catch (const DatabaseError&) {
     return false;
   }
-  const bool lost = hasUnreadableChanges(logOf(path));
+  const bool lost = hasUnreadableChanges(log);
   database.rollback();
   return lost;
 }
@@ -279,11 +292,9 @@ bool hasLostCompany(Database& database) {
   return database.queryText("PRAGMA journal_mode") == "wal" && !database.tables().any(database);
 }
 
-void checkHistory(Database& database, const std::filesystem::path& path, bool hasTables) {
-  if (!hasTables && hasLostCompany(database)) companyLost(path);
-  if (hasLostChanges(database, path)) {
-    throw CompanyError(kOpenFailed, Text::LogDamaged, path.string(), logOf(path).string());
-  }
+void checkHistory(Database& database, const FileAndLog& place, bool hasTables) {
+  if (!hasTables && hasLostCompany(database)) refuse(Text::CompanyLost, place);
+  if (hasLostChanges(database, place.log)) refuse(Text::LogDamaged, place);
 }
 
 }  // namespace
@@ -294,12 +305,13 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   // The full path, since the engine takes ":memory:" for a database in memory and "file:..." for a
   // URI.
   const std::string file = std::filesystem::absolute(path).string();
-  checkRemains(path);
+  const FileAndLog place{std::filesystem::path(path)};
+  checkRemains(place);
   auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
   // If the file is refused, its log stays as it is: it may still be of use.
-  database->keepLog(holdsFrames(logOf(file)));
+  database->keepLog(holdsFrames(place.log));
   const bool hasTables = readHeader(*database, path);
-  checkHistory(*database, path, hasTables);
+  checkHistory(*database, place, hasTables);
   database->keepLog(false);
   return database;
 }
