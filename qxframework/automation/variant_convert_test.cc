@@ -137,6 +137,7 @@ TEST(TextToNumber, ReadsSignsGroupsAndExponents) {
   EXPECT_EQ(real(u"(5)"), -5);
   EXPECT_EQ(real(u"1e3"), 1000);
   EXPECT_EQ(real(u"1.25E-2"), 0.0125);
+  EXPECT_EQ(real(u"1e3 -"), -1000);
   EXPECT_EQ(real(u".5"), 0.5);
   EXPECT_EQ(real(u"5."), 5);
 }
@@ -209,11 +210,11 @@ TEST(TextToNumber, BitsThatDoNotFitAreAnOverflow) {
 
 TEST(TextToNumber, OtherTextsAreAMismatch) {
   for (const OLECHAR* bad :
-       {u"",      u" ",    u"abc",  u"1x",      u"--1",     u"-",    u".",   u"1e",   u"1e+",
-        u"1.2.3", u"+-1",  u"1 2",  u"()",      u"-(5)",    u"(-5)", u"(5",  u"5)",   u"(5))",
-        u"((5)",  u"5-(",  u"-5-",  u"1,5x",    u"\u0661",  u",",    u",1",  u"1,,2", u"1.2,3",
-        u"$",     u"$$5",  u"$5$",  u"\u20AC5", u"&",       u"&H",   u"&HG", u"&O8",  u"&X1",
-        u"-&H1",  u"&H-1", u"& H1", u"&H1,0",   u"&H\u0131"})
+       {u"",     u" ",     u"abc",   u"1x",    u"--1",  u"-",    u".",       u"1e",      u"1e+",
+        u"1e5x", u"1e5.5", u"1e5,0", u"1.2.3", u"+-1",  u"1 2",  u"()",      u"-(5)",    u"(-5)",
+        u"(5",   u"5)",    u"(5))",  u"((5)",  u"5-(",  u"-5-",  u"1,5x",    u"\u0661",  u",",
+        u",1",   u"1,,2",  u"1.2,3", u"$",     u"$$5",  u"$5$",  u"\u20AC5", u"&",       u"&H",
+        u"&HG",  u"&O8",   u"&X1",   u"-&H1",  u"&H-1", u"& H1", u"&H1,0",   u"&H\u0131"})
     EXPECT_EQ(code(bad, VT_R8), DISP_E_TYPEMISMATCH) << testing::PrintToString(bad);
 }
 
