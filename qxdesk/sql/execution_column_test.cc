@@ -163,6 +163,12 @@ TEST_P(ExecutionColumn, ColumnOfSeveralTablesIsRefusedWithItsPosition) {
             "1, column 73)");
   EXPECT_EQ(refusalOf(database, "SELECT T0.Code FROM [@T] T0, [@L] T0"),
             "several tables are called T0; give each an alias (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT D.Code FROM (SELECT T0.*, T1.* FROM [@T] T0, [@L] T1) D"),
+            "D has several columns Code; give each an alias (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database,
+                      "WITH C AS (SELECT Code, Name AS Code FROM [@T]) SELECT D.Name FROM "
+                      "(SELECT *, 1 AS Name FROM C) D WHERE D.Code = '1'"),
+            "D has several columns Code; give each an alias (line 1, column 105)");
   EXPECT_EQ(database.run("SELECT U_Text, Name" + from + " ORDER BY U_Text"),
             "first|one/second|two");
   EXPECT_EQ(database.run("SELECT Code FROM [@L] WHERE EXISTS (SELECT 1 FROM [@T] WHERE Code = "

@@ -128,10 +128,7 @@ const CommonTable* ColumnLookup::commonTable(std::string_view name, std::size_t&
 
 ColumnLookup::Found ColumnLookup::findInSelect(const Select& select, std::string_view column,
                                                std::size_t visible) {
-  if (++lookups_ > kMaxLookups) {
-    throw SqlError("the statement is too complex; name the columns instead of *",
-                   select.cores.front().at);
-  }
+  spendLookup(select);
   // The first part of a UNION names the columns; the others only add to the types.
   const SelectCore& core = select.cores.front();
   Found found{.presence = Presence::Lacking};
@@ -189,18 +186,61 @@ std::optional<std::size_t> ColumnLookup::countInSource(const Source& source, std
   return catalog_ == nullptr ? std::nullopt : catalog_->columnCount(source.table);
 }
 
+void ColumnLookup::spendLookup(const Select& select) {
+  if (++lookups_ <= kMaxLookups) return;
+  throw SqlError("the statement is too complex; name the columns instead of *",
+                 select.cores.front().at);
+}
+
+// Counts the columns of that name which a table surely has; two stand for any larger number, so
+// that stars over stars end early.
+int ColumnLookup::ownersInSource(const Source& source, std::string_view column,
+                                 std::size_t visible) {
+  if (source.derived) return ownersInSelect(*source.derived, column, visible);
+  if (const CommonTable* table = commonTable(source.table, visible)) {
+    return ownersInSelect(*table->select, column, visible);
+  }
+  return findInTable(source.table, column).presence == Presence::There ? 1 : 0;
+}
+
+int ColumnLookup::ownersInSelect(const Select& select, std::string_view column,
+                                 std::size_t visible) {
+  spendLookup(select);
+  const SelectCore& core = select.cores.front();
+  int count = 0;
+  for (std::size_t i = 0; i < core.items.size() && count < 2; ++i) {
+    const SelectItem& item = core.items[i];
+    if (item.value) {
+      count += isNamed(item, column) ? 1 : 0;
+      continue;
+    }
+    for (const Source& source : core.from) {
+      if (count < 2 && isMeant(source, item.starQualifier)) {
+        count += ownersInSource(source, column, visible);
+      }
+    }
+  }
+  return std::min(count, 2);
+}
+
 // The scopes around this SELECT do not count: its own tables come first.
 void ColumnLookup::refuseAmbiguous(const SelectCore& core, const Expr& column) {
-  if (catalog_ == nullptr || core.from.size() < 2) return;
+  if (catalog_ == nullptr) return;
+  // A single real table cannot have two columns of one name, and most statements read one.
+  if (core.from.size() == 1 && !core.from.front().derived && commonTables_.empty()) return;
   std::string tables;
-  int count = 0;
+  int owners = 0;
   for (const Source& source : core.from) {
     if (!isMeant(source, column.qualifier)) continue;
-    const Found found = findInSource(source, column.text, commonTables_.size());
-    if (found.presence != Presence::There) continue;
-    tables += (count++ == 0 ? "" : ", ") + visibleName(source);
+    const int count = ownersInSource(source, column.text, commonTables_.size());
+    const std::string& name = visibleName(source);
+    if (count > 1) {
+      throw SqlError(name + " has several columns " + column.text + "; give each an alias",
+                     column.at);
+    }
+    if (count == 1) tables += (owners++ == 0 ? "" : ", ") + name;
   }
-  if (count < 2) return;
+  if (owners < 2) return;
   if (!column.qualifier.empty()) {
     throw SqlError("several tables are called " + column.qualifier + "; give each an alias",
                    column.at);

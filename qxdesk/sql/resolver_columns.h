@@ -82,6 +82,9 @@ class ColumnLookup {
   std::optional<std::size_t> countInCore(const SelectCore& core, std::size_t visible);
   std::optional<std::size_t> countInSource(const Source& source, std::size_t visible);
   void checkTable(std::string_view table, Position at) const;
+  void spendLookup(const Select& select);
+  int ownersInSource(const Source& source, std::string_view column, std::size_t visible);
+  int ownersInSelect(const Select& select, std::string_view column, std::size_t visible);
   void refuseAmbiguous(const SelectCore& core, const Expr& column);
   void refuse(const Expr& column) const;
 
