@@ -64,6 +64,12 @@ TEST_P(ExecutionMixedTypes, PartsOfAUnionGetOneType) {
   EXPECT_EQ(columns[3].type, ColumnType::Date);
   EXPECT_EQ(database.run("SELECT Code FROM [@T] UNION SELECT U_B FROM [@T] ORDER BY 1"),
             "NULL/1/2/3/4/5/7/10/20");
+  const std::string united =
+      "SELECT Code FROM [@T] WHERE U_B < 10 UNION SELECT U_B FROM [@T] WHERE "
+      "Code = '1'";
+  EXPECT_EQ(database.run(united + " ORDER BY Code DESC"), "10/5/4");
+  EXPECT_EQ(database.run("SELECT D.code + 1 FROM (" + united + ") D ORDER BY D.Code"), "5/6/11");
+  EXPECT_EQ(database.translate(united).columns.at(0).name, "Code");
 }
 
 TEST_P(ExecutionMixedTypes, WrittenValueGetsTheTypeOfItsColumn) {
@@ -85,6 +91,13 @@ TEST_P(ExecutionMixedTypes, WrittenValueGetsTheTypeOfItsColumn) {
             "the column U_B takes a whole number, not '8.9' (line 1, column 23)");
   EXPECT_EQ(refusalOf(database, "UPDATE [@T] SET U_B = getdate()"),
             "the column U_B takes a number, not a date (line 1, column 23)");
+  database.run(
+      "INSERT INTO [@T] (Code, U_B) SELECT '2' + Code, Code FROM [@L] WHERE Code < '3' UNION "
+      "SELECT "
+      "'29', '4' ORDER BY Code DESC");
+  EXPECT_EQ(
+      database.run("SELECT Code, U_B FROM [@T] WHERE Code > '20' AND Code < '3' ORDER BY Code"),
+      "21|1/22|2/29|4");
   CompanyDatabase db2 = company(Dialect::Db2);
   db2.run("UPDATE @T SET U_B = '8.9' WHERE Code = '1'");
   EXPECT_EQ(db2.run("SELECT U_B FROM @T WHERE Code = '1'"), "8");

@@ -235,6 +235,8 @@ TEST(RefusalByDialect, TextOperatorsOfAnotherDialectAreRefused) {
             "|| is not an operator of MSSQL; join texts by + (line 1, column 10)");
   EXPECT_EQ(refusal(Dialect::Db2, "SELECT 'a' + b FROM T"),
             "+ does not join texts in DB2; write || (line 1, column 12)");
+  EXPECT_EQ(refusal(Dialect::Kordb, "SELECT CURRENT_DATE + '1' FROM T"),
+            "+ does not join texts in KORDB; write || (line 1, column 21)");
 }
 
 // Of each dialect's statements, none may pass in a dialect whose database would refuse it.

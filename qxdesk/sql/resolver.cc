@@ -22,6 +22,15 @@ bool isSameEntry(const SelectItem& a, const SelectItem& b) {
          sameName(a.value->text, b.value->text) && sameName(a.value->qualifier, b.value->qualifier);
 }
 
+// Runs a conversion of the value of an entry. A name that the entry has from its column stays.
+template <typename Convert>
+void convertNamed(SelectItem& item, Convert convert) {
+  const std::string* name = nameOf(item);
+  const std::optional<std::string> before = name ? std::optional(*name) : std::nullopt;
+  convert();
+  if (nameOf(item) == nullptr) item.alias = before;
+}
+
 }  // namespace
 
 // The entries of a list by their names, for the keys of an order or of groups.
@@ -186,7 +195,7 @@ void Resolver::bringPartsTogether(Select& select) const {
       if (!core.items[i].value) return expressions_.refuseStar(core.items[i]);
       values.push_back(&core.items[i].value);
     }
-    bringTogether(traits_, values);
+    convertNamed(select.cores.front().items[i], [&] { bringTogether(traits_, values); });
     // PostgreSQL matches the parts two by two: without a type, the NULLs of the first two would
     // make a column of texts, and a number in the third part would be refused.
     for (ExprPtr* value : values) typeNull(**value, unitedType(select, i));
@@ -212,7 +221,7 @@ void Resolver::assignSelect(const Statement& statement) {
       SelectItem& item = core.items[i];
       if (!item.value) return expressions_.refuseStar(item);
       const std::string& column = statement.columns[i].name;
-      assign(statement.table, column, item.value);
+      convertNamed(item, [&] { assign(statement.table, column, item.value); });
       // PostgreSQL gives a NULL in VALUES the type of its column, but takes one in a list for a
       // text as soon as DISTINCT or UNION compares it.
       typeNull(*item.value, columns_.typeIn(statement.table, column));

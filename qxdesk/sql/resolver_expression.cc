@@ -82,6 +82,16 @@ bool movesDate(const Expr& expr) {
          expr.args[1]->type != ColumnType::Date;
 }
 
+// SQLite would compute with the year, as the number at the front of the stored text.
+void refuseDates(const Expr& arithmetic) {
+  if (arithmetic.args[0]->type != ColumnType::Date &&
+      arithmetic.args[1]->type != ColumnType::Date) {
+    return;
+  }
+  throw SqlError("dates cannot be used with " + arithmetic.text + " here; use a date function",
+                 arithmetic.at);
+}
+
 void toAddTime(Expr& expr) {
   if (expr.text == "-") {
     auto negative = std::make_unique<Expr>();
@@ -291,15 +301,18 @@ void ExpressionResolver::bringOperandsTogether(Expr& arithmetic) const {
 
 void ExpressionResolver::resolveArithmetic(Expr& expr) const {
   bringOperandsTogether(expr);
-  // A text beside a + has been taken for a join before, or is refused below.
-  if (expr.text != "+") {
-    for (ExprPtr& arg : expr.args) {
-      if (arg->type == ColumnType::Text) requireNumber(arg, expr.text);
+  for (ExprPtr& arg : expr.args) {
+    if (arg->type != ColumnType::Text) continue;
+    // A dialect that joins by + has taken the text for a number, or the + for a join.
+    if (expr.text == "+") {
+      throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||",
+                     expr.at);
     }
+    requireNumber(arg, expr.text);
   }
   typeNullsOf(expr);
   if (movesDate(expr)) return toAddTime(expr);
-  refuseOperands(expr);
+  refuseDates(expr);
   if (expr.text == "/" || expr.text == "%") return resolveDivision(expr);
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
@@ -308,20 +321,6 @@ void ExpressionResolver::resolveArithmetic(Expr& expr) const {
     expr.type = ColumnType::Decimal;
   } else if (left == ColumnType::Integer && right == ColumnType::Integer) {
     expr.type = ColumnType::Integer;
-  }
-}
-
-void ExpressionResolver::refuseOperands(const Expr& expr) const {
-  const auto any = [&expr](ColumnType type) {
-    return expr.args[0]->type == type || expr.args[1]->type == type;
-  };
-  // SQLite would compute with the year, as the number at the front of the stored text.
-  if (any(ColumnType::Date)) {
-    throw SqlError("dates cannot be used with " + expr.text + " here; use a date function",
-                   expr.at);
-  }
-  if (expr.text == "+" && any(ColumnType::Text)) {
-    throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||", expr.at);
   }
 }
 

@@ -32,7 +32,6 @@ class ExpressionResolver {
   void resolvePlus(Expr& expr) const;
   void resolveArithmetic(Expr& expr) const;
   void bringOperandsTogether(Expr& arithmetic) const;
-  void refuseOperands(const Expr& expr) const;
   ColumnType resolveChoice(const std::vector<ExprPtr*>& values) const;
   void resolveCase(Expr& expr) const;
   void resolveIsNull(Expr& expr) const;
