@@ -113,7 +113,8 @@ bool readLiteral(ColumnType type, ExprPtr& text) {
 
 [[noreturn]] void failDateMeetsNumber(const Expr& number) {
   // The number of a date counts from a day that differs between the dialects.
-  throw SqlError("a number meets a date here; CAST one of them", number.at);
+  throw SqlError("a number meets a date here; write the date as '20240131', or use a date function",
+                 number.at);
 }
 
 // The column of a derived table by which wrap() names the values.
@@ -285,6 +286,10 @@ void bringToRows(const DialectTraits& dialect, ExprPtr& value, Select& rows) {
   if (!rows.cores.front().items.front().value) return;
   const ColumnType own = value->type;
   const ColumnType other = unitedType(rows, 0);
+  // PostgreSQL takes the rows of SELECT NULL for texts.
+  for (SelectCore& core : rows.cores) {
+    if (core.items.front().value) typeNull(*core.items.front().value, own);
+  }
   const bool date = own == ColumnType::Date || other == ColumnType::Date;
   if (date && (isNumber(own) || isNumber(other))) failDateMeetsNumber(*value);
   if (own == ColumnType::Text && date) {

@@ -116,6 +116,8 @@ TEST_P(ExecutionPrecedence, PlusOfATextAndADateIsRefused) {
             "a text meets a date at the +" + remedy + "14)");
   EXPECT_EQ(refusalOf(database, "SELECT getdate() - '1'"),
             "a text meets a date at the -" + remedy + "18)");
+  EXPECT_EQ(refusalOf(database, "SELECT getdate() * '1'"),
+            "dates cannot be used with * here; use a date function (line 1, column 18)");
   EXPECT_EQ(database.run("SELECT 'on ' + CONVERT(nvarchar(8), U_Date, 112), U_Date + CAST(Code AS "
                          "int) FROM [@T] WHERE Code = '1'"),
             "on 20240131|2024-02-01 00:00:00");
@@ -174,7 +176,8 @@ TEST_P(ExecutionPrecedence, TextIsComparedWithANumberAsANumber) {
   database.run("UPDATE [@L] SET U_Text = '007' WHERE Code = '1'");
   EXPECT_EQ(database.run("SELECT Code FROM [@L] WHERE Code = '1' AND U_Text = 7"), "1");
   EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] WHERE U_Date > 5"),
-            "a number meets a date here; CAST one of them (line 1, column 38)");
+            "a number meets a date here; write the date as '20240131', or use a date function "
+            "(line 1, column 38)");
 }
 
 TEST_P(ExecutionPrecedence, SubqueryIsComparedLikeAList) {
@@ -228,7 +231,8 @@ TEST_P(ExecutionPrecedence, ChoiceOfTextsAndNumbersIsANumber) {
   EXPECT_EQ(refusalOf(database, "SELECT COALESCE(NULL, 'a', 1)"),
             "not a number: 'a' (line 1, column 23)");
   EXPECT_EQ(refusalOf(database, "SELECT CASE WHEN 1 = 1 THEN U_Date ELSE 5 END FROM [@T]"),
-            "a number meets a date here; CAST one of them (line 1, column 41)");
+            "a number meets a date here; write the date as '20240131', or use a date function "
+            "(line 1, column 41)");
   const std::vector<OutputColumn> columns = database.translate(choice).columns;
   ASSERT_EQ(columns.size(), 1U);
   EXPECT_EQ(columns[0].type, ColumnType::Integer);
@@ -250,9 +254,11 @@ TEST_P(ExecutionPrecedence, IsNullHasTheTypeOfItsFirstValue) {
   EXPECT_EQ(refusalOf(database, "SELECT ISNULL(U_B, 'x') FROM [@T]"),
             "not a number: 'x' (line 1, column 20)");
   EXPECT_EQ(refusalOf(database, "SELECT ISNULL(U_Date, 0) FROM [@T]"),
-            "a number meets a date here; CAST one of them (line 1, column 23)");
+            "a number meets a date here; write the date as '20240131', or use a date function "
+            "(line 1, column 23)");
   EXPECT_EQ(refusalOf(database, "SELECT ISNULL(U_Price, U_Date) FROM [@T]"),
-            "a number meets a date here; CAST one of them (line 1, column 24)");
+            "a number meets a date here; write the date as '20240131', or use a date function "
+            "(line 1, column 24)");
 }
 
 TEST(ExecutionPrecedenceFault, TextThatIsNoNumberHasItsCode) {

@@ -49,7 +49,8 @@ TEST_P(ExecutionResultType, TextsOfASubqueryBecomeDatesWhenComparedWithDates) {
                          "= [@T].Code) ORDER BY Code"),
             "2/4");
   EXPECT_EQ(answerOf(database, "SELECT 1 FROM [@T] WHERE U_Date IN (SELECT U_B FROM [@T])"),
-            "a number meets a date here; CAST one of them (line 1, column 26)");
+            "a number meets a date here; write the date as '20240131', or use a date function "
+            "(line 1, column 26)");
 }
 
 TEST_P(ExecutionResultType, TextAsADateLosesItsFractionOfASecond) {
@@ -200,6 +201,13 @@ TEST_P(ExecutionResultType, NullIsANumberInArithmetic) {
   EXPECT_EQ(database.run("SELECT ABS(NULL), -NULL, NULL * NULL, NULL - 1, 1 + NULL, NULL / 2, "
                          "ROUND(NULL, 2), DATEADD(day, NULL, U_Date) FROM [@T] WHERE Code = '1'"),
             "NULL|NULL|NULL|NULL|NULL|NULL|NULL|NULL");
+  EXPECT_EQ(database.run("SELECT U_Date - NULL, U_Date + NULL FROM [@T] WHERE Code = '1'"),
+            "NULL|NULL");
+  EXPECT_EQ(company(Dialect::Db2).run("SELECT NULL + NULL FROM @T WHERE Code = '1'"), "NULL");
+  EXPECT_EQ(
+      database.run("SELECT COUNT(*) FROM [@T] WHERE U_B IN (SELECT NULL) OR U_Date IN (SELECT "
+                   "NULL UNION SELECT NULL)"),
+      "0");
   const std::vector<OutputColumn> columns =
       database.translate("SELECT NULL + 1, 1.5 * NULL, ABS(NULL), SUM(NULL)").columns;
   ASSERT_EQ(columns.size(), 4U);

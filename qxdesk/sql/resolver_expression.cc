@@ -62,13 +62,13 @@ void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
 }
 
 // A NULL beside a number becomes a number, and so does one beside another NULL if the operator
-// takes nothing else: PostgreSQL refuses an operator between two values without a type. NULL + NULL
-// stays open, since it may join, and a division of two of them is refused.
+// takes nothing else: PostgreSQL refuses an operator between two values without a type. A + that
+// may join is not among them, and a division of two NULLs is refused.
 void typeNullsOf(Expr& arithmetic) {
   Expr& left = *arithmetic.args[0];
   Expr& right = *arithmetic.args[1];
   const bool nulls = left.kind == ExprKind::Null && right.kind == ExprKind::Null;
-  if (nulls && (arithmetic.text == "*" || arithmetic.text == "-")) left.type = ColumnType::Integer;
+  if (nulls && arithmetic.text != "/" && arithmetic.text != "%") left.type = ColumnType::Integer;
   if (isNumber(right.type)) typeNull(left, right.type);
   if (isNumber(left.type)) typeNull(right, left.type);
 }
@@ -93,6 +93,7 @@ void refuseDates(const Expr& arithmetic) {
 }
 
 void toAddTime(Expr& expr) {
+  typeNull(*expr.args[1], ColumnType::Integer);
   if (expr.text == "-") {
     auto negative = std::make_unique<Expr>();
     negative->kind = ExprKind::Negate;
@@ -284,11 +285,12 @@ void ExpressionResolver::resolvePlus(Expr& expr) const {
 void ExpressionResolver::bringOperandsTogether(Expr& arithmetic) const {
   if (!traits_.plusJoinsText) return;
   const bool plus = arithmetic.text == "+";
+  const bool moves = plus || arithmetic.text == "-";
   for (std::size_t i = 0; i < 2; ++i) {
     ExprPtr& text = arithmetic.args[i];
     const ColumnType other = arithmetic.args[1 - i]->type;
     if (text->type != ColumnType::Text) continue;
-    if (other == ColumnType::Date) {
+    if (other == ColumnType::Date && moves) {
       throw SqlError("a text meets a date at the " + arithmetic.text +
                          "; CONVERT the date to a text, or CAST the text to a number of days",
                      arithmetic.at);
