@@ -117,12 +117,14 @@ bool readLiteral(ColumnType type, ExprPtr& text) {
                  number.at);
 }
 
-// The column of a derived table by which wrap() names the values.
+// The names that wrap() gives to a column without one and to the derived table. No statement of an
+// add-on has them by chance.
 constexpr std::string_view kWrappedColumn = "qx value";
 constexpr std::string_view kWrappedRows = "qx rows";
 
-// Moves a SELECT of one column into a derived table of one that is like it. The conversion of the
-// outer list then leaves the order of the inner one alone, which may decide what TOP returns.
+// Makes a SELECT of one column the derived table of a new SELECT, which lists that column. A
+// conversion in the new list does not touch the order within the derived table, which may decide
+// the rows of a TOP. It also lets PostgreSQL sort a DISTINCT list by the column as it was.
 void wrap(Select& rows) {
   SelectItem& inner = rows.cores.front().items.front();
   const bool named = inner.alias || inner.value->kind == ExprKind::Column;

@@ -26,8 +26,8 @@ struct DialectTraits {
   bool setRowCount;          ///< SET ROWCOUNT n
   bool selectWithoutFrom;    ///< SELECT 1
   bool plusJoinsText;        ///< 'a' + 'b'; without it, text is joined by ||
-  bool wholeTexts;           ///< a text is a whole number only if it spells one, or blank: 0
-  bool monthNames;           ///< a date as text is Jan 31 2024 10:59AM; else 2024-01-31 10:59:00
+  bool wholeTexts;           ///< only digits are a whole number, not '1.5'; a blank text is 0
+  bool monthNames;           ///< a date as a text is Jan 31 2024 10:59AM, not 2024-01-31 10:59:00
   bool likeSets;             ///< [a-z] and [^a-z] in LIKE patterns
   bool wholeAverage;         ///< AVG of whole numbers is a whole number
   bool nullsHigh;            ///< NULL sorts above every value

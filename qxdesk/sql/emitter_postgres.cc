@@ -23,8 +23,8 @@ constexpr std::string_view kBlankIsZero = R"(, '^ *$', '0'))";
 constexpr std::string_view kNoWhole = R"(, '^(?! *[+-]?[0-9]+ *$)', 'not a whole number: ') )"
                                       "AS bigint)";
 
-// Replaces the zero before a day or an hour of one digit by a blank. A year has four
-// digits, so that none matches.
+// Replaces the zero before a day or an hour of one digit by a blank. A year has four digits, so
+// that it never matches.
 constexpr std::string_view kBlankPadding = R"(, ' 0(\d[ :])', '  \1', 'g')";
 
 // Cuts a fraction of a second. The engine would keep it, and would round 23:59:59.9999999 up to the

@@ -205,6 +205,14 @@ TEST_P(ExecutionPrecedence, ConversionKeepsTheOrderOfASubquery) {
   EXPECT_EQ(database.run(numbers + "TOP 2 U_T FROM [@L] ORDER BY U_T)"), "1");
   EXPECT_EQ(database.run(numbers + "TOP 2 U_T + '' FROM [@L] ORDER BY 1)"), "1");
   EXPECT_EQ(database.run(numbers + "DISTINCT U_T FROM [@L] ORDER BY U_T)"), "1");
+  EXPECT_EQ(
+      database.run("SELECT Code FROM [@T] T0 WHERE U_B - 9 IN (SELECT TOP 1 T1.Code FROM [@L] "
+                   "T1 WHERE T1.U_T = T0.Code ORDER BY T1.Code)"),
+      "1");
+  database.run("UPDATE [@L] SET U_Text = '20240131'");
+  EXPECT_EQ(database.run("SELECT Code FROM [@T] WHERE U_Date IN (SELECT DISTINCT U_Text FROM [@L] "
+                         "ORDER BY U_Text) ORDER BY Code"),
+            "1/5");
   EXPECT_EQ(database.run(numbers + "U_T AS K FROM [@L] UNION SELECT '20' ORDER BY K) ORDER BY 1"),
             "1/2");
 }
