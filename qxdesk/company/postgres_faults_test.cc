@@ -31,6 +31,10 @@ TEST_P(PostgresFaultsTest, ATextThatIsNotANumberIsReported) {
   EXPECT_EQ(
       failureOf(u"SELECT CAST(ItemText AS int) FROM HVITEM WHERE ItemNo = 'A1000'"),
       u"A text is not the number or the date that is needed in its place (invalid input syntax "
+      u"for type bigint: \"not a whole number: Hammer\"). Correct the value.");
+  EXPECT_EQ(
+      failureOf(u"SELECT CAST(ItemText AS float) FROM HVITEM WHERE ItemNo = 'A1000'"),
+      u"A text is not the number or the date that is needed in its place (invalid input syntax "
       u"for type numeric: \"not a number: Hammer\"). Correct the value.");
 }
 

@@ -265,10 +265,39 @@ TEST_P(RecordsetTest, AMissingColumnIsReportedWithItsPosition) {
 
 TEST_P(RecordsetTest, AFailedStatementIsReportedInTheEnginesWords) {
   const auto rows = businessObject<IRecordset>(company, kRecordset);
-  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code FROM [@NONE]")); }), -2000);
-  EXPECT_EQ(
-      lastError(company),
-      (LastError{-2000, words(u"no such table: @NONE", u"relation \"@none\" does not exist")}));
+  EXPECT_EQ(raisedBy([&] {
+              rows->DoQuery(CComBSTR(u"SELECT Code FROM [@T] UNION SELECT Code, Name FROM [@T]"));
+            }),
+            -2000);
+  EXPECT_EQ(lastError(company),
+            (LastError{-2000, words(u"SELECTs to the left and right of UNION do not have the same "
+                                    u"number of result columns",
+                                    u"each UNION query must have the same number of columns")}));
+}
+
+TEST_P(RecordsetTest, AMissingTableIsReportedWithItsPosition) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Code\n  FROM [@NONE]")); }), -2000);
+  EXPECT_EQ(lastError(company), (LastError{-2000, u"there is no table @NONE (line 2, column 8)"}));
+  addTable(company, u"NONE");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@NONE]"), u"");
+}
+
+TEST_P(RecordsetTest, APlusOfATextThatIsNoNumberIsReported) {
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  insert(u"00000009", u"1, NULL, NULL, NULL, NULL");
+  EXPECT_EQ(rowsOf(company, u"SELECT MAX(Code) + 1 FROM [@T]"), u"10");
+  insert(u"0000000A", u"1, NULL, NULL, NULL, NULL");
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT MAX(Code) + 1 FROM [@T]")); }), -2000);
+  EXPECT_EQ(lastError(company).text,
+            u"A text is not the number or the date that is needed in its place (" +
+                words(u"not a number: '0000000A'",
+                      u"invalid input syntax for type bigint: \"not a whole number: 0000000A\"") +
+                u"). Correct the value.");
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT 'No ' + U_Count FROM [@T]")); }), -2000);
+  EXPECT_EQ(lastError(company).text,
+            u"not a number: 'No '; + adds beside a number, CAST the number to a text to join (line "
+            u"1, column 8)");
 }
 
 TEST_P(RecordsetTest, AFailureLeavesNoRowsOfTheQueryBefore) {
@@ -322,6 +351,10 @@ TEST_P(RecordsetTest, AValueThatItsColumnRefusesIsReportedByName) {
             -2000);
   EXPECT_EQ(lastError(company).text,
             u"the column U_Count takes a number, not 'many' (line 1, column 58)");
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE [@T] SET U_Day = 45000")); }), -2000);
+  EXPECT_EQ(lastError(company).text,
+            u"the column U_Day takes a date, such as '20240131' or '2024-01-31 10:59:00', not the "
+            u"number 45000 (line 1, column 25)");
 }
 
 TEST_P(RecordsetTest, HalfOfASurrogatePairIsRefusedWithItsPosition) {

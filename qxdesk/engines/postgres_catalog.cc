@@ -53,6 +53,12 @@ bool PostgresCatalog::lacksColumn(std::string_view table, std::string_view colum
   return !columns.empty() && columns.find(lowerName(column)) == columns.end();
 }
 
+bool PostgresCatalog::lacksTable(std::string_view table) const { return columnsOf(table).empty(); }
+
+std::optional<std::size_t> PostgresCatalog::columnCount(std::string_view table) const {
+  return columnsOf(table).size();
+}
+
 const PostgresCatalog::Columns& PostgresCatalog::columnsOf(std::string_view table) const {
   const std::string folded = lowerName(table);
   auto found = tables_.find(folded);

@@ -20,6 +20,10 @@ class PostgresCatalog final : public sql::Catalog {
   sql::ColumnType columnType(std::string_view table, std::string_view column) const override;
   /// Returns false also for a table without any column. Throws DatabaseError.
   bool lacksColumn(std::string_view table, std::string_view column) const override;
+  /// Returns true also for a table without any column. Throws DatabaseError.
+  bool lacksTable(std::string_view table) const override;
+  /// Throws DatabaseError.
+  std::optional<std::size_t> columnCount(std::string_view table) const override;
   /// Forgets everything that was read, since other processes may have changed it.
   void forget() { tables_.clear(); }
 

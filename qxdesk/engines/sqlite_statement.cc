@@ -124,6 +124,7 @@ Fault constraintFault(int sqliteCode) {
 Fault faultOf(int sqliteCode) {
   if (sqliteCode == sql::kBadDateCode) return Fault::BadDate;
   if (sqliteCode == sql::kOutOfRangeCode) return Fault::OutOfRange;
+  if (sqliteCode == sql::kBadNumberCode) return Fault::BadValue;
   switch (sqliteCode & 0xFF) {  // the lower byte is the class of an extended code
     case SQLITE_CONSTRAINT:
       return constraintFault(sqliteCode);

@@ -136,6 +136,7 @@ struct TargetColumn {
 struct Statement {
   StatementKind kind = StatementKind::Select;
   std::string table;
+  Position tableAt;
   std::vector<TargetColumn> columns;
   std::vector<std::vector<ExprPtr>> rows;  ///< VALUES of an INSERT
   SelectPtr select;                        ///< the SELECT, or that of an INSERT

@@ -58,18 +58,17 @@ std::string_view withoutSign(std::string_view text) {
   return text;
 }
 
-// Returns the literal that a text spells; null if it spells no number. A sign becomes a node of its
-// own, as the parser would make it.
-ExprPtr spelledNumber(const Expr& text) {
-  if (!spellsNumber(text.text)) return nullptr;
-  const std::string_view number = trimmed(text.text);
+// Returns the literal that a text spells, which must be a number. A sign becomes a node of its own,
+// as the parser would make it.
+ExprPtr spelledNumber(std::string_view text, Position at) {
+  const std::string_view number = trimmed(text);
   const std::string_view rest = withoutSign(number);
   const bool whole = isWholeNumber(rest);
   ExprPtr literal =
-      makeNode(ExprKind::Number, text.at, whole ? ColumnType::Integer : ColumnType::Decimal);
+      makeNode(ExprKind::Number, at, whole ? ColumnType::Integer : ColumnType::Decimal);
   literal->text = rest;
   if (number.front() != '-') return literal;
-  ExprPtr result = makeNode(ExprKind::Negate, text.at, literal->type);
+  ExprPtr result = makeNode(ExprKind::Negate, at, literal->type);
   result->height = 2;
   result->args.push_back(std::move(literal));
   return result;
@@ -91,74 +90,83 @@ bool isSpelled(const Expr& expr) {
   return expr.kind == ExprKind::Number;
 }
 
-bool isSpelledWhole(const Expr& expr) {
-  return isSpelled(expr) && expr.type == ColumnType::Integer;
-}
-
 void spell(ExprPtr& number) {
   ExprPtr text = makeNode(ExprKind::Text, number->at, ColumnType::Text);
   text->text = spelling(*number);
   number = std::move(text);
 }
 
-void toNumber(ExprPtr& text) {
-  ExprPtr number = spelledNumber(*text);
-  if (!number) throw SqlError("not a number: '" + text->text + "'", text->at);
-  text = std::move(number);
+// Returns the type that a text takes beside a number of `type`.
+ColumnType numberBeside(const DialectTraits& dialect, ColumnType type) {
+  return dialect.wholeTexts ? type : ColumnType::Decimal;
 }
 
-[[noreturn]] void failMixed(const std::vector<ExprPtr*>& values, std::string_view kind) {
-  const auto number = std::find_if(values.begin(), values.end(),
-                                   [](const ExprPtr* value) { return isNumber((*value)->type); });
-  throw SqlError("a number meets a " + std::string(kind) + " here; CAST one of them",
-                 (**number)->at);
+// Makes a number of a literal text. Returns false if it spells none, or none of `type`. A blank
+// text is the whole number 0 in the dialects that take whole numbers only.
+bool readLiteral(ColumnType type, ExprPtr& text) {
+  const bool whole = type == ColumnType::Integer;
+  const bool blank = whole && trimmed(text->text).empty();
+  if (!blank && !(whole ? spellsWholeNumber(text->text) : spellsNumber(text->text))) return false;
+  text = spelledNumber(blank ? "0" : text->text, text->at);
+  return true;
 }
 
-// Returns whether the literals have to follow the texts; otherwise they follow the numbers. A value
-// that is no literal decides, since it cannot change. Between literals numbers decide, unless one
-// of them is to be chosen and a text spells no number: COALESCE(5, 'none') has to be a text.
-bool textsDecide(const std::vector<ExprPtr*>& values, Meeting meeting) {
-  bool text = false;
-  bool number = false;
-  bool spelled = true;
-  for (const ExprPtr* pointer : values) {
-    const Expr& value = **pointer;
-    // -(-5) counts as no literal here, see isSpelled().
-    const bool isText = value.type == ColumnType::Text;
-    text = text || (isText && value.kind != ExprKind::Text);
-    number = number || (isNumber(value.type) && !isSpelled(value));
-    spelled = spelled && (!isText || (value.kind == ExprKind::Text && spelledNumber(value)));
+[[noreturn]] void failDateMeetsNumber(const Expr& number) {
+  // The number of a date counts from a day that differs between the dialects.
+  throw SqlError("a number meets a date here; write the date as '20240131', or use a date function",
+                 number.at);
+}
+
+// The names that wrap() gives to a column without one and to the derived table. No statement of an
+// add-on has them by chance.
+constexpr std::string_view kWrappedColumn = "qx value";
+constexpr std::string_view kWrappedRows = "qx rows";
+
+// Makes a SELECT of one column the derived table of a new SELECT, which lists that column. A
+// conversion in the new list does not touch the order within the derived table, which may decide
+// the rows of a TOP. It also lets PostgreSQL sort a DISTINCT list by the column as it was.
+void wrap(Select& rows) {
+  SelectItem& inner = rows.cores.front().items.front();
+  const bool named = inner.alias || inner.value->kind == ExprKind::Column;
+  if (!named) inner.alias = kWrappedColumn;
+  ExprPtr value = makeNode(ExprKind::Column, inner.at, unitedType(rows, 0));
+  value->text = inner.alias ? *inner.alias : inner.value->text;
+  SelectCore outer;
+  outer.at = rows.cores.front().at;
+  outer.items.emplace_back();
+  outer.items.back().value = std::move(value);
+  outer.items.back().at = inner.at;
+  outer.from.emplace_back();
+  outer.from.back().alias = kWrappedRows;
+  outer.from.back().derived = std::make_unique<Select>(std::move(rows));
+  rows = Select{};
+  rows.cores.push_back(std::move(outer));
+}
+
+// Converts the texts in the only column of a subquery. The type of a * is unknown, so it is never a
+// text.
+template <typename Convert>
+void convertRows(Select& rows, Convert convert) {
+  if (!rows.orderBy.empty()) wrap(rows);
+  for (SelectCore& core : rows.cores) {
+    ExprPtr& value = core.items.front().value;
+    if (value && value->type == ColumnType::Text) convert(value);
   }
-  if (text && number) failMixed(values, "text");
-  return text || (!number && meeting == Meeting::Choice && !spelled);
 }
 
-void followTexts(const std::vector<ExprPtr*>& values, Meeting meeting) {
-  for (ExprPtr* value : values) {
-    if (!isNumber((*value)->type)) continue;
-    // A decimal has several spellings, 1.5 and 1.50, of which a text holds only one. Order by text
-    // is not order by number.
-    if (!isSpelledWhole(**value) || meeting == Meeting::Ordered) failMixed(values, "text");
-    spell(*value);
-  }
+[[noreturn]] void failAssignment(std::string_view column, std::string_view takes,
+                                 const std::string& value, Position at) {
+  throw SqlError(
+      "the column " + std::string(column) + " takes " + std::string(takes) + ", not " + value, at);
 }
 
-void bringNumbersTogether(const std::vector<ExprPtr*>& values, Meeting meeting) {
-  if (textsDecide(values, meeting)) return followTexts(values, meeting);
-  for (ExprPtr* value : values) {
-    if ((*value)->type == ColumnType::Text) toNumber(*value);
-  }
-}
-
-void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
-  if (value->kind == ExprKind::Text) {
-    ExprPtr number = spelledNumber(*value);
-    if (!number) {
-      throw SqlError(
-          "the column " + std::string(column) + " takes a number, not '" + value->text + "'",
-          value->at);
-    }
-    value = std::move(number);
+void assignToNumber(const DialectTraits& dialect, std::string_view column, ColumnType type,
+                    ExprPtr& value) {
+  if (value->type == ColumnType::Date) failAssignment(column, "a number", "a date", value->at);
+  if (value->kind == ExprKind::Text && !readLiteral(numberBeside(dialect, type), value)) {
+    const bool whole = type == ColumnType::Integer && spellsNumber(value->text);
+    failAssignment(column, whole ? "a whole number" : "a number", "'" + value->text + "'",
+                   value->at);
   }
   // SQLite would store the fraction in a column of whole numbers, PostgreSQL would round it; the
   // dialects cut it, as their casts do.
@@ -166,21 +174,26 @@ void assignToNumber(std::string_view column, ColumnType type, ExprPtr& value) {
   if (cut || value->type == ColumnType::Text) castTo(type, value);
 }
 
-// Converts the only column of a subquery. The type of a * is unknown, so it is never a text.
-void rowsToDates(Select& rows) {
-  for (SelectCore& core : rows.cores) {
-    ExprPtr& value = core.items.front().value;
-    if (value && value->type == ColumnType::Text) toDate(value);
+void assignToDate(std::string_view column, ExprPtr& value) {
+  constexpr std::string_view kForms = "a date, such as '20240131' or '2024-01-31 10:59:00'";
+  // The number of a date counts from a day that differs between the dialects.
+  if (isNumber(value->type)) {
+    const std::string number = isSpelled(*value) ? "the number " + spelling(*value) : "a number";
+    failAssignment(column, kForms, number, value->at);
   }
+  if (value->type != ColumnType::Text) return;
+  if (value->kind == ExprKind::Text && !storedDate(value->text)) {
+    failAssignment(column, kForms, "'" + value->text + "'", value->at);
+  }
+  toDate(value);
 }
 
 // The engines' own conversions differ: SQLite writes a decimal as it keeps it, with or without a
 // fraction, and PostgreSQL with its trailing zeros.
 void assignToText(ExprPtr& value) {
-  if (!isNumber(value->type)) return;
-  if (isSpelled(*value)) {
+  if (isNumber(value->type) && isSpelled(*value)) {
     spell(value);
-  } else {
+  } else if (isNumber(value->type) || value->type == ColumnType::Date) {
     castTo(ColumnType::Text, value);
   }
 }
@@ -190,6 +203,16 @@ void assignToText(ExprPtr& value) {
 bool spellsNumber(std::string_view text) {
   const std::string_view rest = withoutSign(trimmed(text));
   return !rest.empty() && numberLength(rest) == rest.size();
+}
+
+bool spellsWholeNumber(std::string_view text) {
+  const std::string_view rest = withoutSign(trimmed(text));
+  return !rest.empty() && isWholeNumber(rest);
+}
+
+std::string notTheNumber(std::string_view text) {
+  return (spellsNumber(text) ? "not a whole number: '" : "not a number: '") + std::string(text) +
+         "'";
 }
 
 bool isLiteral(const Expr& expr) {
@@ -231,43 +254,71 @@ void toDate(ExprPtr& value) {
   value->type = ColumnType::Date;
 }
 
-void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting) {
-  const auto any = [&values](auto is) {
-    return std::any_of(values.begin(), values.end(),
-                       [&is](const ExprPtr* value) { return is((*value)->type); });
-  };
-  const bool numbers = any(isNumber);
-  const bool texts = any([](ColumnType type) { return type == ColumnType::Text; });
-  if (any([](ColumnType type) { return type == ColumnType::Date; })) {
-    // The number of a date counts from a day that differs between the dialects.
-    if (numbers) failMixed(values, "date");
-    for (ExprPtr* value : values) {
-      if ((*value)->type == ColumnType::Text) toDate(*value);
+void toNumber(const DialectTraits& dialect, ColumnType type, ExprPtr& text, std::string_view hint) {
+  const ColumnType target = numberBeside(dialect, type);
+  if (text->kind != ExprKind::Text) return castTo(target, text);
+  if (readLiteral(target, text)) return;
+  throw SqlError(notTheNumber(text->text) + std::string(hint), text->at);
+}
+
+void bringTogether(const DialectTraits& dialect, const std::vector<ExprPtr*>& values) {
+  ColumnType numbers = ColumnType::Unknown;
+  const Expr* number = nullptr;
+  bool dates = false;
+  for (const ExprPtr* value : values) {
+    const ColumnType type = (*value)->type;
+    dates = dates || type == ColumnType::Date;
+    if (!isNumber(type)) continue;
+    numbers = commonType(numbers, type);
+    if (number == nullptr) number = value->get();
+  }
+  if (dates && number != nullptr) failDateMeetsNumber(*number);
+  if (!dates && number == nullptr) return;
+  for (ExprPtr* value : values) {
+    if ((*value)->type != ColumnType::Text) continue;
+    if (dates) {
+      toDate(*value);
+    } else {
+      toNumber(dialect, numbers, *value);
     }
-  } else if (numbers && texts) {
-    bringNumbersTogether(values, meeting);
   }
 }
 
-void bringToRows(ExprPtr& value, Select& rows) {
+void bringToRows(const DialectTraits& dialect, ExprPtr& value, Select& rows) {
   if (!rows.cores.front().items.front().value) return;
+  const ColumnType own = value->type;
   const ColumnType other = unitedType(rows, 0);
-  if (value->type == ColumnType::Unknown || other == ColumnType::Unknown) return;
-  // No literal follows the others, unlike in bringTogether(): only the common type of the rows is
-  // known here, not which of them are literals.
-  if (isNumber(value->type) != isNumber(other)) {
-    const ColumnType kind = isNumber(value->type) ? other : value->type;
-    throw SqlError(std::string("a number meets a ") + (kind == ColumnType::Date ? "date" : "text") +
-                       " here; CAST one of them",
-                   value->at);
+  // PostgreSQL takes the rows of SELECT NULL for texts.
+  for (SelectCore& core : rows.cores) {
+    if (core.items.front().value) typeNull(*core.items.front().value, own);
   }
-  if (value->type == ColumnType::Text && other == ColumnType::Date) toDate(value);
-  if (value->type == ColumnType::Date && other == ColumnType::Text) rowsToDates(rows);
+  const bool date = own == ColumnType::Date || other == ColumnType::Date;
+  if (date && (isNumber(own) || isNumber(other))) failDateMeetsNumber(*value);
+  if (own == ColumnType::Text && date) {
+    toDate(value);
+  } else if (own == ColumnType::Text && isNumber(other)) {
+    toNumber(dialect, other, value);
+  } else if (other == ColumnType::Text && date) {
+    convertRows(rows, toDate);
+  } else if (other == ColumnType::Text && isNumber(own)) {
+    convertRows(rows, [&](ExprPtr& text) { toNumber(dialect, own, text); });
+  }
 }
 
-void assignTo(std::string_view column, ColumnType type, ExprPtr& value) {
-  if (type == ColumnType::Date && value->type == ColumnType::Text) toDate(value);
-  if (isNumber(type)) assignToNumber(column, type, value);
+void follow(const DialectTraits& dialect, ColumnType type, ExprPtr& value) {
+  const bool date = type == ColumnType::Date;
+  if (date && isNumber(value->type)) failDateMeetsNumber(*value);
+  if (isNumber(type) && value->type == ColumnType::Date) failDateMeetsNumber(*value);
+  if (date && value->type == ColumnType::Text) toDate(value);
+  if (isNumber(type) && value->type == ColumnType::Text) toNumber(dialect, type, value);
+  if (type == ColumnType::Integer && value->type == ColumnType::Decimal) castTo(type, value);
+  if (type == ColumnType::Text) assignToText(value);
+}
+
+void assignTo(const DialectTraits& dialect, std::string_view column, ColumnType type,
+              ExprPtr& value) {
+  if (type == ColumnType::Date) assignToDate(column, value);
+  if (isNumber(type)) assignToNumber(dialect, column, type, value);
   if (type == ColumnType::Text) assignToText(value);
 }
 
@@ -278,7 +329,10 @@ void requireNumber(ExprPtr& value, std::string_view what) {
     throw SqlError(std::string(what) + " takes numbers, not dates", value->at);
   }
   if (value->type != ColumnType::Text) return;
-  if (value->kind == ExprKind::Text) return toNumber(value);
+  if (value->kind == ExprKind::Text) {
+    if (readLiteral(ColumnType::Decimal, value)) return;
+    throw SqlError(notTheNumber(value->text), value->at);
+  }
   throw SqlError(std::string(what) + " takes numbers; CAST the text to one", value->at);
 }
 

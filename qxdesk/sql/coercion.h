@@ -1,9 +1,10 @@
 #pragma once
 
 // Conversion of values of a syntax tree to one type where they meet. Engines differ in what they
-// convert by themselves, so nothing is left to them: a literal is written as the type that it has
-// to have, other texts are converted where that is safe, and the rest is refused. A value of
-// unknown type is never changed.
+// convert by themselves, so nothing is left to them. The dialects rank the types: beside a date a
+// text becomes a date, beside a number it becomes a number. A literal is converted here, or refused
+// with its place; any other text is converted when the statement runs, which fails for a text that
+// spells no such value. A number and a date never meet. A value of unknown type is never changed.
 
 #include "qxdesk/sql/ast.h"
 
@@ -18,6 +19,12 @@ bool isLiteral(const Expr& expr);
 /// True for digits with an optional sign, point and exponent, and blanks around them.
 bool spellsNumber(std::string_view text);
 
+/// True for digits with an optional sign, and blanks around them.
+bool spellsWholeNumber(std::string_view text);
+
+/// Returns the words of a refusal: the text is no number, or a number but not a whole one.
+std::string notTheNumber(std::string_view text);
+
 /// Gives a NULL that has no type yet the type of the value in whose place it is.
 void typeNull(Expr& value, ColumnType type);
 
@@ -28,23 +35,29 @@ void castTo(ColumnType type, ExprPtr& value);
 /// date.
 void toDate(ExprPtr& value);
 
-/// The ways in which values meet: compared for equality, compared by order, or as results of which
-/// one is chosen.
-enum class Meeting { Equal, Ordered, Choice };
+/// Makes a number of a text that meets one of `type`. Beside a whole number the text has to be
+/// whole, too, in a dialect with DialectTraits::wholeTexts; the others take any number. Throws
+/// SqlError for a literal that is no such number, with `hint` behind its words.
+void toNumber(const DialectTraits& dialect, ColumnType type, ExprPtr& text,
+              std::string_view hint = {});
 
-/// Brings values that meet to one type. Beside a date, texts become dates. Of numbers and texts,
-/// the literals follow the others: a text becomes a number, a whole number a text (not where the
-/// order counts, since '10' < '9'). Throws SqlError for a text that has no such form, and if values
-/// of both kinds are no literals.
-void bringTogether(const std::vector<ExprPtr*>& values, Meeting meeting);
+/// Brings values that meet to one type: compared, or as results of which one is chosen. Throws
+/// SqlError for a literal that cannot take the type, and if a number meets a date.
+void bringTogether(const DialectTraits& dialect, const std::vector<ExprPtr*>& values);
 
-/// Brings a value and the rows of the subquery with which it is compared to one type: texts become
-/// dates on either side. Throws SqlError if a number meets another kind.
-void bringToRows(ExprPtr& value, Select& rows);
+/// Brings a value and the rows of the subquery with which it is compared to one type, as
+/// bringTogether() does.
+void bringToRows(const DialectTraits& dialect, ExprPtr& value, Select& rows);
+
+/// Gives a value the type of the one that it stands in for: a text becomes a number or a date, a
+/// number or a date a text, and a decimal loses its fraction beside a whole number. Throws SqlError
+/// like bringTogether().
+void follow(const DialectTraits& dialect, ColumnType type, ExprPtr& value);
 
 /// Makes of the value one that `column`, which has this type, takes. Throws SqlError for a literal
-/// that it does not take.
-void assignTo(std::string_view column, ColumnType type, ExprPtr& value);
+/// that it does not take, for a date in a column of numbers and for a number in one of dates.
+void assignTo(const DialectTraits& dialect, std::string_view column, ColumnType type,
+              ExprPtr& value);
 
 /// Makes a number of a literal text. Throws SqlError for any other text and for a date, saying that
 /// `what` takes numbers.

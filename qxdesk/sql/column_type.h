@@ -2,6 +2,8 @@
 
 // The kinds of values that a column may have, and the kind of a declared type.
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace qx::sql {
@@ -34,6 +36,14 @@ class Catalog {
   /// such as rowid, are no columns.
   virtual bool lacksColumn(std::string_view /*table*/, std::string_view /*column*/) const {
     return false;
+  }
+
+  /// True if the database is known to have no such table and no view of that name.
+  virtual bool lacksTable(std::string_view /*table*/) const { return false; }
+
+  /// Returns the number of columns of a table; nothing if it is not known.
+  virtual std::optional<std::size_t> columnCount(std::string_view /*table*/) const {
+    return std::nullopt;
   }
 };
 

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdio>
 
 namespace qx::sql {
 namespace {
@@ -129,6 +130,19 @@ CivilTime momentOf(std::int64_t seconds) {
 std::optional<std::string> storedDate(std::string_view text) {
   const std::optional<CivilTime> moment = readCivilTime(text);
   return moment ? std::optional(storedForm(*moment)) : std::nullopt;
+}
+
+std::optional<std::string> monthDate(std::string_view text) {
+  constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  const std::optional<CivilTime> moment = readCivilTime(text);
+  if (!moment) return std::nullopt;
+  const int hour = moment->hour % 12 == 0 ? 12 : moment->hour % 12;
+  std::array<char, 64> form{};
+  std::snprintf(form.data(), form.size(), "%s %2d %04d %2d:%02d%s",
+                kMonths.at(static_cast<std::size_t>(moment->month - 1)), moment->day, moment->year,
+                hour, moment->minute, moment->hour < 12 ? "AM" : "PM");
+  return form.data();
 }
 
 std::optional<std::string> movedDate(std::string_view stored, std::int64_t count,

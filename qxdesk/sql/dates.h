@@ -16,6 +16,11 @@ namespace qx::sql {
 /// years 1 to 9999.
 std::optional<std::string> storedDate(std::string_view text);
 
+/// Returns a date in the form that it has as a text in the dialects with DialectTraits::monthNames:
+/// "Jan 31 2024 10:59AM", with day and hour padded by blanks to two characters. Returns nothing for
+/// a text that storedDate() refuses.
+std::optional<std::string> monthDate(std::string_view text);
+
 /// Returns the date that is `count` times `seconds` after one of the stored form, or before it if
 /// `count` is negative. `seconds` must be above 0. Returns nothing outside of the years 1 to 9999.
 std::optional<std::string> movedDate(std::string_view stored, std::int64_t count,

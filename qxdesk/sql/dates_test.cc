@@ -67,5 +67,14 @@ TEST(MovedDate, RefusesHugeCountsWithoutOverflow) {
   }
 }
 
+TEST(MonthDate, HasDayAndHourOfTwoCharacters) {
+  EXPECT_EQ(monthDate("2024-01-31 10:59:58"), "Jan 31 2024 10:59AM");
+  EXPECT_EQ(monthDate("2024-02-01 08:05:00"), "Feb  1 2024  8:05AM");
+  EXPECT_EQ(monthDate("20231210"), "Dec 10 2023 12:00AM");
+  EXPECT_EQ(monthDate("2023-09-09 12:30:00"), "Sep  9 2023 12:30PM");
+  EXPECT_EQ(monthDate("0001-05-20 20:08:00"), "May 20 0001  8:08PM");
+  EXPECT_FALSE(monthDate("20240231"));
+}
+
 }  // namespace
 }  // namespace qx::sql

@@ -26,6 +26,8 @@ struct DialectTraits {
   bool setRowCount;          ///< SET ROWCOUNT n
   bool selectWithoutFrom;    ///< SELECT 1
   bool plusJoinsText;        ///< 'a' + 'b'; without it, text is joined by ||
+  bool wholeTexts;           ///< only digits are a whole number, not '1.5'; a blank text is 0
+  bool monthNames;           ///< a date as a text is Jan 31 2024 10:59AM, not 2024-01-31 10:59:00
   bool likeSets;             ///< [a-z] and [^a-z] in LIKE patterns
   bool wholeAverage;         ///< AVG of whole numbers is a whole number
   bool nullsHigh;            ///< NULL sorts above every value
@@ -46,6 +48,7 @@ enum class Function {
   Avg,
   AvgWhole,  // of whole numbers, cut to one; the resolver sets it in place of Avg
   Coalesce,
+  IsNull,  // the second value in place of a NULL; has the type of the first
   Now,
   Today,
   ToDate,       // text or date to a date

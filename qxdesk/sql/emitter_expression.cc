@@ -25,6 +25,7 @@ std::string_view functionText(Function function) {
     case Function::Avg:
       return "avg";
     case Function::Coalesce:
+    case Function::IsNull:
       return "coalesce";
     case Function::Length:
       return "length";

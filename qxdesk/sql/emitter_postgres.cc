@@ -18,6 +18,15 @@ constexpr std::string_view kNoNumber =
     R"(, '^(?! *[+-]?([0-9]+\.?[0-9]*|\.[0-9]+)([eE][+-]?[0-9]+)? *$)', 'not a number: ') )"
     "AS numeric)";
 
+// Arguments that let only whole numbers through, and take a blank text for 0.
+constexpr std::string_view kBlankIsZero = R"(, '^ *$', '0'))";
+constexpr std::string_view kNoWhole = R"(, '^(?! *[+-]?[0-9]+ *$)', 'not a whole number: ') )"
+                                      "AS bigint)";
+
+// Replaces the zero before a day or an hour of one digit by a blank. A year has four digits, so
+// that it never matches.
+constexpr std::string_view kBlankPadding = R"(, ' 0(\d[ :])', '  \1', 'g')";
+
 // Cuts a fraction of a second. The engine would keep it, and would round 23:59:59.9999999 up to the
 // next day.
 constexpr std::string_view kNoFraction = R"(, '(:\d\d)\.\d* *$', '\1')";
@@ -208,6 +217,7 @@ void PostgresEmitter::textOperand(const Expr& expr, int strength) {
       return wrapped("CAST(trim_scale(CAST(CAST(", expr,
                      " AS double precision) AS numeric)) AS text)");
     case ColumnType::Date:
+      if (dialect_.monthNames) return monthDate(expr);
       if (expr.kind == ExprKind::Date) return quoted(expr.text, '\'');
       return formatted(expr, "YYYY-MM-DD HH24:MI:SS");
     default:
@@ -336,6 +346,14 @@ void PostgresEmitter::formatted(const Expr& argument, std::string_view format) {
   out_ += "')";
 }
 
+void PostgresEmitter::monthDate(const Expr& argument) {
+  const OpenSymbols open(*this, kCallSymbols);
+  out_ += "regexp_replace(";
+  formatted(argument, "Mon DD YYYY HH12:MIAM");
+  out_ += kBlankPadding;
+  out_ += ')';
+}
+
 void PostgresEmitter::addTime(const Expr& expr) {
   const Expr& amount = *expr.args[1];
   const OpenSymbols open(*this, kCallSymbols);
@@ -392,10 +410,17 @@ void PostgresEmitter::castToText(const Expr& argument, std::optional<int> size) 
 // The engine's own cast to bigint rounds; the dialects cut.
 void PostgresEmitter::castToWhole(const Expr& argument) {
   if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS bigint)");
+  if (argument.type == ColumnType::Text && dialect_.wholeTexts) return textToWhole(argument);
   const OpenSymbols open(*this, 2 * kCallSymbols);
   out_ += "CAST(trunc(";
   castToDecimal(argument);
   out_ += ") AS bigint)";
+}
+
+void PostgresEmitter::textToWhole(const Expr& argument) {
+  if (argument.kind == ExprKind::Text) return wrapped("CAST(", argument, " AS bigint)");
+  wrapped("CAST(regexp_replace(regexp_replace(", argument, kBlankIsZero);
+  out_ += kNoWhole;
 }
 
 }  // namespace qx::sql

@@ -47,10 +47,12 @@ class PostgresEmitter final : public StatementEmitter {
   void today();
   void toDate(const Expr& argument);
   void formatted(const Expr& argument, std::string_view format);
+  void monthDate(const Expr& argument);
   void addTime(const Expr& expr);
   void daysBetween(const Expr& expr);
   void datePart(const Expr& expr, std::string_view part);
   void round(const Expr& expr);
+  void textToWhole(const Expr& argument);
   const std::string& currentTime();
 
   const std::function<std::string()>& now_;

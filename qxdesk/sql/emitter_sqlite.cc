@@ -97,9 +97,16 @@ void SqliteEmitter::uncheckedOperand(const Expr& expr, int strength) {
 }
 
 // SQLite writes a whole decimal as 100 or 100.0, depending on the storage class in which a row
-// happens to keep it; qx_text has one form.
+// happens to keep it; qx_text has one form. A date is kept as a text, but not always in the form
+// that it has as one.
+std::string_view SqliteEmitter::textFunction(const Expr& expr) const {
+  if (expr.type == ColumnType::Decimal) return "qx_text(";
+  return expr.type == ColumnType::Date && dialect_.monthNames ? "qx_month_date(" : "";
+}
+
 void SqliteEmitter::textOperand(const Expr& expr, int strength) {
-  if (expr.type == ColumnType::Decimal) return wrapped("qx_text(", expr, ")");
+  const std::string_view function = textFunction(expr);
+  if (!function.empty()) return wrapped(function, expr, ")");
   operand(expr, strength);
 }
 
@@ -186,15 +193,17 @@ void SqliteEmitter::addTime(const Expr& expr) {
 // end of the range; qx_cut refuses both.
 void SqliteEmitter::castToWhole(const Expr& argument) {
   if (argument.type == ColumnType::Integer) return wrapped("CAST(", argument, " AS INTEGER)");
-  wrapped("qx_cut(", argument, ")");
+  const bool wholeText = dialect_.wholeTexts && argument.type == ColumnType::Text;
+  wrapped(wholeText ? "qx_whole_text(" : "qx_cut(", argument, ")");
 }
 
 // SQLite ignores a length within CAST AS, hence substr().
 void SqliteEmitter::castToText(const Expr& argument, std::optional<int> size) {
-  const bool decimal = argument.type == ColumnType::Decimal;
-  const std::string_view end = decimal ? ")" : " AS TEXT)";
-  if (!size) return wrapped(decimal ? "qx_text(" : "CAST(", argument, end);
-  wrapped(decimal ? "substr(qx_text(" : "substr(CAST(", argument, end);
+  const std::string_view function = textFunction(argument);
+  const std::string before(function.empty() ? "CAST(" : function);
+  const std::string_view end = function.empty() ? " AS TEXT)" : ")";
+  if (!size) return wrapped(before, argument, end);
+  wrapped("substr(" + before, argument, end);
   out_ += ", 1, " + std::to_string(*size) + ")";
 }
 

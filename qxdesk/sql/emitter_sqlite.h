@@ -23,6 +23,8 @@ class SqliteEmitter final : public StatementEmitter {
   void castToWhole(const Expr& argument) override;
   void castToDecimal(const Expr& argument) override;
 
+  /// Returns the function that makes a text of the value, with its bracket; empty if it needs none.
+  std::string_view textFunction(const Expr& expr) const;
   void checked(const Expr& expr);
   void unchecked(const Expr& expr);
   void uncheckedOperand(const Expr& expr, int strength);

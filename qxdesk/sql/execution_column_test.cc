@@ -107,21 +107,108 @@ TEST_P(ExecutionColumn, AliasOfTheListIsAColumnInOrderByOnly) {
             "there is no column Nix in @T (line 1, column 32)");
 }
 
-TEST_P(ExecutionColumn, MissingTableIsReportedByTheEngine) {
+TEST_P(ExecutionColumn, MissingTableIsRefusedWithItsPosition) {
   CompanyDatabase database = company(Dialect::Mssql);
-  const bool sqlite = GetParam() == Engine::Sqlite;
-  for (const char* text : {"SELECT Nix FROM Missing", "SELECT M.Nix FROM [@T], Missing M",
-                           "UPDATE Missing SET Nix = 1", "SELECT T9.Code FROM [@T]"}) {
-    try {
-      database.run(text);
-      ADD_FAILURE() << text;
-    } catch (const SqlError& error) {
-      ADD_FAILURE() << text << ": " << error.what();
-    } catch (const std::exception& error) {
-      // The state of PostgreSQL is 42P01 or 42703, an undefined table or column.
-      EXPECT_THAT(error.what(), testing::StartsWith(sqlite ? "no such " : "42")) << text;
-    }
-  }
+  EXPECT_EQ(refusalOf(database, "SELECT Nix FROM Missing"),
+            "there is no table Missing (line 1, column 17)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code\nFROM [@T] T0\n  INNER JOIN [@NONE] T1 ON 1 = 1"),
+            "there is no table @NONE (line 3, column 14)");
+  EXPECT_EQ(refusalOf(database, "SELECT M.Nix FROM [@T], Missing M"),
+            "there is no table Missing (line 1, column 25)");
+  EXPECT_EQ(refusalOf(database, "SELECT 1 WHERE 1 IN (SELECT Nix FROM Missing)"),
+            "there is no table Missing (line 1, column 38)");
+  EXPECT_EQ(refusalOf(database, "WITH C AS (SELECT 1 AS a FROM C) SELECT a FROM C"),
+            "there is no table C (line 1, column 31)");
+  EXPECT_EQ(refusalOf(database, "UPDATE Missing SET Nix = 1"),
+            "there is no table Missing (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "DELETE FROM Missing"),
+            "there is no table Missing (line 1, column 13)");
+  EXPECT_EQ(refusalOf(database, "INSERT INTO Missing (a) VALUES (1)"),
+            "there is no table Missing (line 1, column 13)");
+  EXPECT_EQ(database.run("WITH C AS (SELECT 1 AS a) SELECT a FROM C"), "1");
+}
+
+TEST_P(ExecutionColumn, UnknownTableBeforeAColumnIsRefusedWithItsPosition) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(refusalOf(database, "SELECT T9.Code FROM [@T]"),
+            "there is no table T9 here (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT [@T].Code FROM [@T] T0"),
+            "there is no table @T here (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code, T9.* FROM [@T]"),
+            "there is no table T9 here (line 1, column 14)");
+  EXPECT_EQ(refusalOf(database, "SELECT T0.Code FROM [@T] T0 ORDER BY T9.Code"),
+            "there is no table T9 here (line 1, column 38)");
+  EXPECT_EQ(refusalOf(database, "UPDATE [@T] SET U_A = T9.Code"),
+            "there is no table T9 here (line 1, column 23)");
+  EXPECT_EQ(refusalOf(database, "INSERT INTO [@T] (Code) VALUES (T9.Code)"),
+            "there is no table T9 here (line 1, column 33)");
+  EXPECT_EQ(database.run("SELECT COUNT(*) FROM [@T] T0 WHERE EXISTS (SELECT 1 FROM [@L] T1 WHERE "
+                         "T1.U_T = T0.Code)"),
+            "2");
+}
+
+TEST_P(ExecutionColumn, ColumnOfSeveralTablesIsRefusedWithItsPosition) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const std::string from = " FROM [@T] T0 INNER JOIN [@L] T1 ON T0.Code = T1.U_T";
+  EXPECT_EQ(refusalOf(database, "SELECT Code" + from),
+            "the column Code is in several tables (T0, T1); write the table's name before it (line "
+            "1, column 8)");
+  EXPECT_EQ(refusalOf(database,
+                      "SELECT T0.Code FROM [@T] T0, (SELECT Code FROM [@L]) D\n WHERE "
+                      "code > '1'"),
+            "the column code is in several tables (T0, D); write the table's name before it (line "
+            "2, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT U_B" + from + " ORDER BY Code"),
+            "the column Code is in several tables (T0, T1); write the table's name before it (line "
+            "1, column 73)");
+  EXPECT_EQ(refusalOf(database, "SELECT T0.Code FROM [@T] T0, [@L] T0"),
+            "several tables are called T0; give each an alias (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database, "SELECT D.Code FROM (SELECT T0.*, T1.* FROM [@T] T0, [@L] T1) D"),
+            "D has several columns Code; give each an alias (line 1, column 8)");
+  EXPECT_EQ(refusalOf(database,
+                      "WITH C AS (SELECT Code, Name AS Code FROM [@T]) SELECT D.Name FROM "
+                      "(SELECT *, 1 AS Name FROM C) D WHERE D.Code = '1'"),
+            "D has several columns Code; give each an alias (line 1, column 105)");
+  EXPECT_EQ(database.run("SELECT U_Text, Name" + from + " ORDER BY U_Text"),
+            "first|one/second|two");
+  EXPECT_EQ(database.run("SELECT Code FROM [@L] WHERE EXISTS (SELECT 1 FROM [@T] WHERE Code = "
+                         "U_T) ORDER BY Code"),
+            "1/2");
+}
+
+TEST_P(ExecutionColumn, NameInTheOrderMeansItsEntryOfTheList) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  const std::string from =
+      " FROM [@T] T0 INNER JOIN [@L] T1 ON T0.Code = T1.U_T ORDER BY Code DESC";
+  EXPECT_EQ(database.run("SELECT T0.Code" + from), "2/1");
+  EXPECT_EQ(database.run("SELECT T0.Code, T0.Code" + from), "2|2/1|1");
+  EXPECT_EQ(database.run("SELECT T1.U_Text AS Code, T0.U_B" + from), "second|20/first|10");
+  EXPECT_EQ(refusalOf(database, "SELECT T0.Code, T1.Code" + from),
+            "several columns of the list are called Code; write the position, or the table's name "
+            "before it (line 1, column 86)");
+}
+
+TEST_P(ExecutionColumn, PositionBeyondTheListIsRefusedWithItsPlace) {
+  CompanyDatabase database = company(Dialect::Mssql);
+  EXPECT_EQ(refusalOf(database, "SELECT Code, Name FROM [@T] ORDER BY 1, 3 DESC"),
+            "ORDER BY 3 is out of range; the list has 2 columns (line 1, column 41)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] ORDER BY 0"),
+            "ORDER BY 0 is out of range; the list has 1 column (line 1, column 32)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] UNION SELECT U_T FROM [@L] ORDER BY 2"),
+            "ORDER BY 2 is out of range; the list has 1 column (line 1, column 59)");
+  EXPECT_EQ(refusalOf(database, "SELECT Code FROM [@T] ORDER BY 99999999999999999999"),
+            "ORDER BY 99999999999999999999 is out of range; the list has 1 column (line 1, column "
+            "32)");
+  EXPECT_EQ(refusalOf(database, "SELECT COUNT(*) FROM [@T] GROUP BY 2"),
+            "GROUP BY 2 is out of range; the list has 1 column (line 1, column 36)");
+  EXPECT_EQ(refusalOf(database, "SELECT * FROM [@T] T0 ORDER BY 7"),
+            "ORDER BY 7 is out of range; the list has 6 columns (line 1, column 32)");
+  EXPECT_EQ(refusalOf(database,
+                      "WITH C AS (SELECT T1.*, 1 AS a FROM [@L] T1) SELECT D.*, 2 FROM "
+                      "(SELECT * FROM C) D ORDER BY 6"),
+            "ORDER BY 6 is out of range; the list has 5 columns (line 1, column 94)");
+  EXPECT_EQ(database.run("SELECT T0.*, 1 FROM [@L] T0 ORDER BY 4, 3 DESC"),
+            "3|9|stray|1/2|2|second|1/1|1|first|1");
 }
 
 TEST(ExecutionColumnCatalog, DeclaredColumnDiffersFromTheRowNumber) {
@@ -134,8 +221,18 @@ TEST(ExecutionColumnCatalog, DeclaredColumnDiffersFromTheRowNumber) {
   EXPECT_TRUE(catalog.lacksColumn("@T", "ROWID"));
   EXPECT_FALSE(catalog.lacksColumn("@t", "CODE"));
   EXPECT_FALSE(catalog.lacksColumn("missing", "rowid"));
+  EXPECT_FALSE(catalog.lacksTable("OWN"));
+  EXPECT_TRUE(catalog.lacksTable("missing"));
+  EXPECT_EQ(catalog.columnCount("own"), 2U);
   EXPECT_EQ(catalog.columnType("own", "_rowid_"), ColumnType::Date);
   EXPECT_EQ(catalog.columnType("@T", "rowid"), ColumnType::Unknown);
+}
+
+TEST(ExecutionColumnCatalog, ViewCountsAsATable) {
+  test::SqliteConnection connection;
+  connection.runNative("CREATE VIEW Both AS SELECT Code, Name FROM \"@T\"");
+  EXPECT_FALSE(connection.catalog().lacksTable("both"));
+  EXPECT_EQ(connection.catalog().columnCount("Both"), 2U);
 }
 
 TEST(ExecutionColumnCatalog, EveryNameIsAcceptedWithoutACatalog) {

@@ -119,7 +119,8 @@ TEST_P(ExecutionWhole, CastsReachTheEndsOf64BitsAndRefuseMore) {
   EXPECT_EQ(database.run("SELECT CAST('9223372036854775807' AS bigint), CAST(1e18 AS int), "
                          "CAST(-1.5e18 AS int), CAST('-9223372036854775808' AS int)"),
             "9223372036854775807|1000000000000000000|-1500000000000000000|-9223372036854775808");
-  for (const char* number : {"1e19", "-1e19", "9.3e18", "'9223372036854775808'", "'1e300'"}) {
+  for (const char* number :
+       {"1e19", "-1e19", "9.3e18", "'9223372036854775808'", "CAST('1e300' AS float)"}) {
     EXPECT_EQ(answerOf(database, "SELECT CAST(" + std::string(number) + " AS int)"),
               kRefusedByEngine)
         << number;

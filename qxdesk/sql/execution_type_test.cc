@@ -27,8 +27,8 @@ class ExecutionTypeRange : public EngineTest {};
 TEST_P(ExecutionResultType, RoundedWholeNumberIsWhole) {
   CompanyDatabase database = company(Dialect::Mssql);
   EXPECT_EQ(database.run("SELECT ROUND(U_B, 2) / 4, CAST(ROUND(U_B, 2) AS nvarchar(10)), "
-                         "LEN(ROUND(U_B, 1)), 'x' + ROUND(U_B + 1, 1) FROM [@T] WHERE Code = '1'"),
-            "2|10|2|x11");
+                         "LEN(ROUND(U_B, 1)), '5' + ROUND(U_B + 1, 1) FROM [@T] WHERE Code = '1'"),
+            "2|10|2|16");
 }
 
 TEST_P(ExecutionResultType, TextsOfASubqueryBecomeDatesWhenComparedWithDates) {
@@ -49,7 +49,8 @@ TEST_P(ExecutionResultType, TextsOfASubqueryBecomeDatesWhenComparedWithDates) {
                          "= [@T].Code) ORDER BY Code"),
             "2/4");
   EXPECT_EQ(answerOf(database, "SELECT 1 FROM [@T] WHERE U_Date IN (SELECT U_B FROM [@T])"),
-            "a number meets a date here; CAST one of them (line 1, column 26)");
+            "a number meets a date here; write the date as '20240131', or use a date function "
+            "(line 1, column 26)");
 }
 
 TEST_P(ExecutionResultType, TextAsADateLosesItsFractionOfASecond) {
@@ -154,16 +155,15 @@ TEST_P(ExecutionOperandType, CastToANumberTakesSpelledNumbersOnly) {
     database.run("UPDATE [@L] SET U_Text = " + test::literal(text));
     const std::string stored = answerOf(database,
                                         "SELECT CAST(U_Text AS float), CAST(U_Text AS "
-                                        "decimal(9,1)), CAST(U_Text AS int) FROM [@L] "
-                                        "WHERE Code = '1'");
+                                        "decimal(9,1)) FROM [@L] WHERE Code = '1'");
     const std::string written =
         answerOf(database, "SELECT CAST(" + test::literal(text) + " AS float)");
     EXPECT_EQ(stored == kRefusedByEngine, written.starts_with("not a number: '")) << text;
     return stored;
   };
-  EXPECT_EQ(castOf(" 12.25 "), "12.25|12.3|12");
-  EXPECT_EQ(castOf("-.5e1"), "-5|-5|-5");
-  EXPECT_EQ(castOf("+3."), "3|3|3");
+  EXPECT_EQ(castOf(" 12.25 "), "12.25|12.3");
+  EXPECT_EQ(castOf("-.5e1"), "-5|-5");
+  EXPECT_EQ(castOf("+3."), "3|3");
   for (const char* text :
        {"NaN", "inf", "-Infinity", "\t5", "5\n", "", " ", ".", "1e", "--1", "1 2", "0x10", "1_0"}) {
     EXPECT_EQ(castOf(text), kRefusedByEngine) << text;
@@ -201,6 +201,13 @@ TEST_P(ExecutionResultType, NullIsANumberInArithmetic) {
   EXPECT_EQ(database.run("SELECT ABS(NULL), -NULL, NULL * NULL, NULL - 1, 1 + NULL, NULL / 2, "
                          "ROUND(NULL, 2), DATEADD(day, NULL, U_Date) FROM [@T] WHERE Code = '1'"),
             "NULL|NULL|NULL|NULL|NULL|NULL|NULL|NULL");
+  EXPECT_EQ(database.run("SELECT U_Date - NULL, U_Date + NULL FROM [@T] WHERE Code = '1'"),
+            "NULL|NULL");
+  EXPECT_EQ(company(Dialect::Db2).run("SELECT NULL + NULL FROM @T WHERE Code = '1'"), "NULL");
+  EXPECT_EQ(
+      database.run("SELECT COUNT(*) FROM [@T] WHERE U_B IN (SELECT NULL) OR U_Date IN (SELECT "
+                   "NULL UNION SELECT NULL)"),
+      "0");
   const std::vector<OutputColumn> columns =
       database.translate("SELECT NULL + 1, 1.5 * NULL, ABS(NULL), SUM(NULL)").columns;
   ASSERT_EQ(columns.size(), 4U);
@@ -219,7 +226,7 @@ TEST_P(ExecutionTypeRange, NegatedWholeNumberStaysWithin64Bits) {
   EXPECT_EQ(answerOf(database, "SELECT " + lowest + where), "-9223372036854775808");
   EXPECT_EQ(answerOf(database, "SELECT -" + lowest + where), kRefusedByEngine);
   EXPECT_EQ(answerOf(database, "SELECT -" + lowest + " - 1" + where), kRefusedByEngine);
-  EXPECT_EQ(answerOf(database, "SELECT -" + lowest + " + 'x'" + where), kRefusedByEngine);
+  EXPECT_EQ(answerOf(database, "SELECT -" + lowest + " + '1'" + where), kRefusedByEngine);
   EXPECT_EQ(answerOf(database, "SELECT -(-9223372036854775808)"), kRefusedByEngine);
   EXPECT_EQ(answerOf(database, "SELECT -(" + lowest + " + 1)" + where), "9223372036854775807");
 }

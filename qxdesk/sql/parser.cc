@@ -63,6 +63,7 @@ Statement Parser::insertStatement() {
   statement.kind = StatementKind::Insert;
   tokens_.expectWord("INSERT");
   tokens_.expectWord("INTO");
+  statement.tableAt = tokens_.here().at;
   statement.table = names_.tableName();
   insertColumns(statement);
   if (tokens_.isWord("SELECT")) {
@@ -119,6 +120,7 @@ Statement Parser::updateStatement() {
   Statement statement;
   statement.kind = StatementKind::Update;
   tokens_.expectWord("UPDATE");
+  statement.tableAt = tokens_.here().at;
   statement.table = names_.tableName();
   tokens_.expectWord("SET");
   do {
@@ -136,6 +138,7 @@ Statement Parser::deleteStatement() {
   statement.kind = StatementKind::Delete;
   tokens_.expectWord("DELETE");
   tokens_.expectWord("FROM");
+  statement.tableAt = tokens_.here().at;
   statement.table = names_.tableName();
   if (tokens_.acceptWord("WHERE")) statement.where = expressions_.condition();
   return statement;

@@ -79,7 +79,7 @@ ExprPtr FunctionParser::moment() {
                  std::string(traits.nowText));
   }
   if (twoWords) tokens_.take();
-  const bool date = tokens_.isWord("DATE") || tokens_.isWord("CURRENT_DATE");
+  const bool date = tokens_.isWord(twoWords ? "DATE" : "CURRENT_DATE");
   if (twoWords && !date && !tokens_.isWord("TIMESTAMP")) {
     tokens_.failExpected("TIMESTAMP or DATE");
   }
@@ -171,10 +171,7 @@ ExprPtr FunctionParser::dateAddCall(Position at) {
 
 ExprPtr FunctionParser::dateDiffCall(Position at) {
   ExprPtr result = makeCall(Function::DaysBetween, at);
-  const Position part = tokens_.here().at;
-  // The engines count the units of a difference differently: the borders between two times or the
-  // full units. Days between dates are the same either way.
-  if (datePart() != TimeUnit::Day) throw SqlError("DATEDIFF is supported for day only", part);
+  dayPart();
   tokens_.expectSymbol(",");
   addArgument(*result, grammar_.value());
   tokens_.expectSymbol(",");
@@ -182,9 +179,23 @@ ExprPtr FunctionParser::dateDiffCall(Position at) {
   return result;
 }
 
+// The engines count the units of a difference differently: the borders between two times or the
+// full units. Days between dates are the same either way.
+void FunctionParser::dayPart() {
+  if (tokens_.here().kind != TokenKind::Name) tokens_.failExpected("the date part day");
+  if (!tokens_.isWord("DAY") && !isDayAbbreviated()) {
+    tokens_.fail("DATEDIFF counts days only; write day instead of " + excerpt(tokens_.here().text));
+  }
+  tokens_.take();
+}
+
+bool FunctionParser::isDayAbbreviated() const {
+  return tokens_.isWord("DD") || tokens_.isWord("D");
+}
+
 TimeUnit FunctionParser::datePart() {
   const std::optional<TimeUnit> unit = timeUnit(tokens_.here());
-  const bool abbreviated = tokens_.isWord("DD") || tokens_.isWord("D");
+  const bool abbreviated = isDayAbbreviated();
   if (!unit && !abbreviated)
     tokens_.failExpected("a date part (second, minute, hour, day or week)");
   tokens_.take();

@@ -55,6 +55,8 @@ class FunctionParser {
   ExprPtr makeCall(Function function, Position at) const;
   std::optional<TimeUnit> timeUnit(const Token& token) const;
   TimeUnit datePart();
+  void dayPart();
+  bool isDayAbbreviated() const;
   CastTarget castTarget();
 
   ParserContext& context_;

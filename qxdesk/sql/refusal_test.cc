@@ -149,9 +149,16 @@ TEST(RefusalOfFunctions, UnknownFunctionsAndWrongArgumentsAreRefused) {
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT CONVERT(datetime, a, 103) FROM T"),
             "CONVERT knows the styles 112 and 120 only (line 1, column 29)");
   EXPECT_EQ(refusal(Dialect::Mssql, "SELECT DATEDIFF(hour, a, b) FROM T"),
-            "DATEDIFF is supported for day only (line 1, column 17)");
+            "DATEDIFF counts days only; write day instead of hour (line 1, column 17)");
+  EXPECT_EQ(refusal(Dialect::Sybase, "SELECT DATEDIFF(month, a, b) FROM T"),
+            "DATEDIFF counts days only; write day instead of month (line 1, column 17)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT DATEDIFF(1, a, b) FROM T"),
+            "the date part day is expected near '1' (line 1, column 17)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT DATEDIFF(dd, a, b) FROM T"), "");
   EXPECT_EQ(refusal(Dialect::Db2, "SELECT CURRENT TIME FROM T"),
             "TIMESTAMP or DATE is expected near 'TIME' (line 1, column 16)");
+  EXPECT_EQ(refusal(Dialect::Db2, "SELECT CURRENT CURRENT_DATE FROM T"),
+            "TIMESTAMP or DATE is expected near 'CURRENT_DATE' (line 1, column 16)");
 }
 
 TEST(RefusalOfTypes, PlusBetweenUnknownTypesIsRefused) {
@@ -228,6 +235,8 @@ TEST(RefusalByDialect, TextOperatorsOfAnotherDialectAreRefused) {
             "|| is not an operator of MSSQL; join texts by + (line 1, column 10)");
   EXPECT_EQ(refusal(Dialect::Db2, "SELECT 'a' + b FROM T"),
             "+ does not join texts in DB2; write || (line 1, column 12)");
+  EXPECT_EQ(refusal(Dialect::Kordb, "SELECT CURRENT_DATE + '1' FROM T"),
+            "+ does not join texts in KORDB; write || (line 1, column 21)");
 }
 
 // Of each dialect's statements, none may pass in a dialect whose database would refuse it.

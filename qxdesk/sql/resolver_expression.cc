@@ -3,6 +3,7 @@
 #include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/numbers.h"
 #include "qxdesk/sql/output_columns.h"
+#include "qxframework/automation/ascii.h"
 
 #include <utility>
 
@@ -61,16 +62,19 @@ void collectColumns(const Expr& expr, std::vector<const Expr*>& columns) {
 }
 
 // A NULL beside a number becomes a number, and so does one beside another NULL if the operator
-// takes nothing else: PostgreSQL refuses an operator between two values without a type. NULL + NULL
-// stays open, since it may join, and a division of two of them is refused.
+// takes nothing else: PostgreSQL refuses an operator between two values without a type. A + that
+// may join is not among them, and a division of two NULLs is refused.
 void typeNullsOf(Expr& arithmetic) {
   Expr& left = *arithmetic.args[0];
   Expr& right = *arithmetic.args[1];
   const bool nulls = left.kind == ExprKind::Null && right.kind == ExprKind::Null;
-  if (nulls && (arithmetic.text == "*" || arithmetic.text == "-")) left.type = ColumnType::Integer;
+  if (nulls && arithmetic.text != "/" && arithmetic.text != "%") left.type = ColumnType::Integer;
   if (isNumber(right.type)) typeNull(left, right.type);
   if (isNumber(left.type)) typeNull(right, left.type);
 }
+
+// True for the types that take precedence over a text.
+bool isRanked(ColumnType type) { return isNumber(type) || type == ColumnType::Date; }
 
 // True for a date plus or minus a number, which is that many days later or earlier.
 bool movesDate(const Expr& expr) {
@@ -78,7 +82,18 @@ bool movesDate(const Expr& expr) {
          expr.args[1]->type != ColumnType::Date;
 }
 
+// SQLite would compute with the year, as the number at the front of the stored text.
+void refuseDates(const Expr& arithmetic) {
+  if (arithmetic.args[0]->type != ColumnType::Date &&
+      arithmetic.args[1]->type != ColumnType::Date) {
+    return;
+  }
+  throw SqlError("dates cannot be used with " + arithmetic.text + " here; use a date function",
+                 arithmetic.at);
+}
+
 void toAddTime(Expr& expr) {
+  typeNull(*expr.args[1], ColumnType::Integer);
   if (expr.text == "-") {
     auto negative = std::make_unique<Expr>();
     negative->kind = ExprKind::Negate;
@@ -156,41 +171,6 @@ void resolveDivision(Expr& expr) {
   if (expr.text == "%") throw SqlError("% takes whole numbers; CAST both sides to int", expr.at);
   expr.type = ColumnType::Decimal;
   castTo(ColumnType::Decimal, expr.args[0]);
-}
-
-// Returns the type of a choice after bringing its values to one type. The types are read
-// afterwards, since a literal may have become another one.
-ColumnType resolveChoice(const std::vector<ExprPtr*>& values) {
-  bringTogether(values, Meeting::Choice);
-  std::vector<const Expr*> choices;
-  for (const ExprPtr* value : values) choices.push_back(value->get());
-  return choiceType(choices);
-}
-
-void resolveCase(Expr& expr) {
-  std::vector<ExprPtr*> results;
-  for (const std::size_t i : caseResults(expr)) results.push_back(&expr.args[i]);
-  expr.type = resolveChoice(results);
-  if (!expr.hasOperand) return;
-  // CASE x WHEN y compares x with every y as by =.
-  std::vector<ExprPtr*> compared = {&expr.args[0]};
-  const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
-  for (std::size_t i = 1; i < end; i += 2) compared.push_back(&expr.args[i]);
-  bringTogether(compared, Meeting::Equal);
-}
-
-void resolveCast(Expr& expr) {
-  const Expr& value = *expr.args[0];
-  expr.type = expr.target.type;
-  // Everything can be written as a text.
-  if (expr.target.type == ColumnType::Text) return;
-  if (value.type == ColumnType::Date) {
-    throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
-  }
-  // A literal is refused here, with its place. Any other text fails when the statement runs.
-  if (value.kind == ExprKind::Text && !spellsNumber(value.text)) {
-    throw SqlError("not a number: '" + value.text + "'", value.at);
-  }
 }
 
 // Checks the arguments that have to be numbers. Of a text SQLite would take the number at its
@@ -282,7 +262,9 @@ void ExpressionResolver::resolveSubquery(Expr& expr) const {
 void ExpressionResolver::resolvePlus(Expr& expr) const {
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
-  if (left == ColumnType::Text || right == ColumnType::Text) {
+  const bool text = left == ColumnType::Text || right == ColumnType::Text;
+  const bool other = isRanked(left) || isRanked(right);
+  if (text && !other) {
     expr.kind = ExprKind::Concat;
     expr.type = ColumnType::Text;
     return;
@@ -299,16 +281,40 @@ void ExpressionResolver::resolvePlus(Expr& expr) const {
   resolveArithmetic(expr);
 }
 
-void ExpressionResolver::resolveArithmetic(Expr& expr) const {
-  // A text beside a + has been taken for a join before, or is refused below.
-  if (expr.text != "+") {
-    for (ExprPtr& arg : expr.args) {
-      if (arg->type == ColumnType::Text) requireNumber(arg, expr.text);
+// Converts a text to the number beside it, as the dialects do that also join by +.
+void ExpressionResolver::bringOperandsTogether(Expr& arithmetic) const {
+  if (!traits_.plusJoinsText) return;
+  const bool plus = arithmetic.text == "+";
+  const bool moves = plus || arithmetic.text == "-";
+  for (std::size_t i = 0; i < 2; ++i) {
+    ExprPtr& text = arithmetic.args[i];
+    const ColumnType other = arithmetic.args[1 - i]->type;
+    if (text->type != ColumnType::Text) continue;
+    if (other == ColumnType::Date && moves) {
+      throw SqlError("a text meets a date at the " + arithmetic.text +
+                         "; CONVERT the date to a text, or CAST the text to a number of days",
+                     arithmetic.at);
     }
+    if (!isNumber(other)) continue;
+    toNumber(traits_, other, text,
+             plus ? "; + adds beside a number, CAST the number to a text to join" : "");
+  }
+}
+
+void ExpressionResolver::resolveArithmetic(Expr& expr) const {
+  bringOperandsTogether(expr);
+  for (ExprPtr& arg : expr.args) {
+    if (arg->type != ColumnType::Text) continue;
+    // A dialect that joins by + has taken the text for a number, or the + for a join.
+    if (expr.text == "+") {
+      throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||",
+                     expr.at);
+    }
+    requireNumber(arg, expr.text);
   }
   typeNullsOf(expr);
   if (movesDate(expr)) return toAddTime(expr);
-  refuseOperands(expr);
+  refuseDates(expr);
   if (expr.text == "/" || expr.text == "%") return resolveDivision(expr);
   const ColumnType left = expr.args[0]->type;
   const ColumnType right = expr.args[1]->type;
@@ -320,18 +326,52 @@ void ExpressionResolver::resolveArithmetic(Expr& expr) const {
   }
 }
 
-void ExpressionResolver::refuseOperands(const Expr& expr) const {
-  const auto any = [&expr](ColumnType type) {
-    return expr.args[0]->type == type || expr.args[1]->type == type;
-  };
-  // SQLite would compute with the year, as the number at the front of the stored text.
-  if (any(ColumnType::Date)) {
-    throw SqlError("dates cannot be used with " + expr.text + " here; use a date function",
-                   expr.at);
+// Returns the type of a choice after bringing its values to one type. The types are read
+// afterwards, since a literal may have become another one.
+ColumnType ExpressionResolver::resolveChoice(const std::vector<ExprPtr*>& values) const {
+  bringTogether(traits_, values);
+  std::vector<const Expr*> choices;
+  for (const ExprPtr* value : values) choices.push_back(value->get());
+  return choiceType(choices);
+}
+
+void ExpressionResolver::resolveCase(Expr& expr) const {
+  std::vector<ExprPtr*> results;
+  for (const std::size_t i : caseResults(expr)) results.push_back(&expr.args[i]);
+  expr.type = resolveChoice(results);
+  if (!expr.hasOperand) return;
+  // CASE x WHEN y compares x with every y as by =.
+  std::vector<ExprPtr*> compared = {&expr.args[0]};
+  const std::size_t end = expr.args.size() - (expr.hasElse ? 1 : 0);
+  for (std::size_t i = 1; i < end; i += 2) compared.push_back(&expr.args[i]);
+  bringTogether(traits_, compared);
+}
+
+// Unlike in a COALESCE the first value alone decides, unless it is a NULL or its type is unknown.
+void ExpressionResolver::resolveIsNull(Expr& expr) const {
+  const ColumnType first = expr.args[0]->type;
+  if (first == ColumnType::Unknown) {
+    expr.type = resolveChoice(argumentsOf(expr));
+    return;
   }
-  if (expr.text == "+" && any(ColumnType::Text)) {
-    throw SqlError("+ does not join texts in " + std::string(traits_.name) + "; write ||", expr.at);
+  follow(traits_, first, expr.args[1]);
+  expr.type = first;
+}
+
+void ExpressionResolver::resolveCast(Expr& expr) const {
+  Expr& value = *expr.args[0];
+  expr.type = expr.target.type;
+  // Everything can be written as a text.
+  if (expr.target.type == ColumnType::Text) return;
+  if (value.type == ColumnType::Date) {
+    throw SqlError("a date cannot be CAST to a number; use a date function", expr.at);
   }
+  // A literal is refused here, with its place. Any other text fails when the statement runs.
+  if (value.kind != ExprKind::Text) return;
+  const bool whole = traits_.wholeTexts && expr.target.type == ColumnType::Integer;
+  if (whole && trimmed(value.text).empty()) value.text = "0";
+  if (whole ? spellsWholeNumber(value.text) : spellsNumber(value.text)) return;
+  throw SqlError(notTheNumber(value.text), value.at);
 }
 
 void ExpressionResolver::resolveCall(Expr& expr) const {
@@ -339,6 +379,7 @@ void ExpressionResolver::resolveCall(Expr& expr) const {
     expr.type = resolveChoice(argumentsOf(expr));
     return;
   }
+  if (expr.function == Function::IsNull) return resolveIsNull(expr);
   if (expr.function == Function::Cast) return resolveCast(expr);
   if (takesDate(expr.function)) requireDate(expr.args[0]);
   if (expr.function == Function::DaysBetween) requireDate(expr.args[1]);
@@ -355,12 +396,10 @@ void ExpressionResolver::resolveCall(Expr& expr) const {
 }
 
 void ExpressionResolver::resolveMeeting(Expr& expr) const {
-  // A whole number and a text may be compared as texts by equality only: '10' < '9'.
-  const bool equal = expr.kind == ExprKind::In || expr.text == "=" || expr.text == "<>";
-  bringTogether(argumentsOf(expr), equal ? Meeting::Equal : Meeting::Ordered);
+  bringTogether(traits_, argumentsOf(expr));
   if (!expr.select) return;
   refuseStar(expr.select->cores.front().items.front());
-  bringToRows(expr.args[0], *expr.select);
+  bringToRows(traits_, expr.args[0], *expr.select);
 }
 
 std::vector<const Expr*> decidingColumns(const Expr& expr) {

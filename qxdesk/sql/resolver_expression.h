@@ -2,7 +2,8 @@
 
 // The types of expressions, and everything in them that depends on types: whether a + adds or
 // joins, a date plus a number of days, the conversion of values that meet (coercion.h), and the
-// choice between the two averages.
+// choice between the two averages. A + joins two texts; beside a number it adds, and the text has
+// to be a number.
 //
 // Each rule looks at one node whose arguments have been resolved; the walk over the tree is the
 // Resolver's.
@@ -30,7 +31,11 @@ class ExpressionResolver {
  private:
   void resolvePlus(Expr& expr) const;
   void resolveArithmetic(Expr& expr) const;
-  void refuseOperands(const Expr& expr) const;
+  void bringOperandsTogether(Expr& arithmetic) const;
+  ColumnType resolveChoice(const std::vector<ExprPtr*>& values) const;
+  void resolveCase(Expr& expr) const;
+  void resolveIsNull(Expr& expr) const;
+  void resolveCast(Expr& expr) const;
   void resolveCall(Expr& expr) const;
   void resolveMeeting(Expr& expr) const;
   void resolveSubquery(Expr& expr) const;

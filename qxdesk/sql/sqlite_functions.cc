@@ -5,6 +5,7 @@
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/like_pattern.h"
 #include "qxdesk/sql/numbers.h"
+#include "qxframework/automation/ascii.h"
 #include "qxframework/automation/utf.h"
 
 #include <sqlite3.h>
@@ -21,18 +22,20 @@ namespace qx::sql {
 namespace {
 
 // The header states the codes as numbers, so that it does not need SQLite's header.
-static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) == SQLITE_RANGE);
+static_assert((kBadDateCode & 0xFF) == SQLITE_RANGE && (kOutOfRangeCode & 0xFF) == SQLITE_RANGE &&
+              (kBadNumberCode & 0xFF) == SQLITE_RANGE);
 
 // DETERMINISTIC lets SQLite evaluate a call with constant arguments once per statement. That holds
 // for qx_now, too: all rows of a statement get the same time.
 constexpr int kFunctionFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
 
 constexpr std::string_view kAllowedFunctions[] = {
-    "abs",          "avg",      "coalesce", "count",    "date",     "datetime", "julianday",
-    "length",       "like",     "ltrim",    "max",      "min",      "rank",     "replace",
-    "round",        "rtrim",    "strftime", "substr",   "sum",      "qx_abs",   "qx_add_time",
-    "qx_cut",       "qx_whole", "qx_date",  "qx_like",  "qx_lower", "qx_now",   "qx_number",
-    "qx_substring", "qx_sum",   "qx_text",  "qx_upper",
+    "abs",       "avg",      "coalesce",      "count",         "date",         "datetime",
+    "julianday", "length",   "like",          "ltrim",         "max",          "min",
+    "rank",      "replace",  "round",         "rtrim",         "strftime",     "substr",
+    "sum",       "qx_abs",   "qx_add_time",   "qx_cut",        "qx_whole",     "qx_date",
+    "qx_like",   "qx_lower", "qx_now",        "qx_number",     "qx_substring", "qx_sum",
+    "qx_text",   "qx_upper", "qx_month_date", "qx_whole_text",
 };
 
 // The text is read before its length: the call may convert the value, which changes the length. The
@@ -91,7 +94,7 @@ using Number = std::variant<sqlite3_int64, double>;
 // from_chars knows neither blanks nor a plus sign. A number that is whole but exceeds 64 bits, or
 // has a point or an exponent, becomes a double.
 Number numberIn(std::string_view text) {
-  if (!spellsNumber(text)) throw std::runtime_error("not a number: '" + std::string(text) + "'");
+  if (!spellsNumber(text)) throw SqliteError(kBadNumberCode, notTheNumber(text));
   const std::size_t first = text.find_first_not_of(" +");
   text = text.substr(first, text.find_last_not_of(' ') + 1 - first);
   sqlite3_int64 whole = 0;
@@ -140,6 +143,11 @@ void dateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
   guarded(context, [&] { resultText(context, dateOf(values[0])); });
 }
 
+void monthDateFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] { resultText(context, monthDate(dateOf(values[0])).value()); });
+}
+
 // The arguments are a date, a count, and the seconds of the counted unit. A fraction of the count
 // is cut.
 void addTimeFunction(sqlite3_context* context, int count, sqlite3_value** values) {
@@ -167,6 +175,20 @@ void numberFunction(sqlite3_context* context, int count, sqlite3_value** values)
     } else {
       sqlite3_result_int64(context, std::get<sqlite3_int64>(number));
     }
+  });
+}
+
+// Returns the whole number that a text spells; a blank text is 0. A value that is a number already
+// comes from a column whose declared type SQLite did not enforce; it is cut as by a cast.
+void wholeTextFunction(sqlite3_context* context, int count, sqlite3_value** values) {
+  if (anyNull(count, values)) return sqlite3_result_null(context);
+  guarded(context, [&] {
+    if (sqlite3_value_type(values[0]) == SQLITE_TEXT) {
+      const std::string_view text = textOf(values[0]);
+      if (trimmed(text).empty()) return sqlite3_result_int64(context, 0);
+      if (!spellsWholeNumber(text)) throw SqliteError(kBadNumberCode, notTheNumber(text));
+    }
+    sqlite3_result_int64(context, cutOf(values[0]));
   });
 }
 
@@ -344,12 +366,14 @@ void registerSum(sqlite3* db) {
 void registerFunctions(sqlite3* db, const GuardSettings& settings) {
   registerFunction(db, "qx_now", 0, nowFunction, settings);
   registerFunction(db, "qx_date", 1, dateFunction, settings);
+  registerFunction(db, "qx_month_date", 1, monthDateFunction, settings);
   registerFunction(db, "qx_add_time", 3, addTimeFunction, settings);
   registerSum(db);
   registerFunction(db, "qx_abs", 1, absFunction, settings);
   registerFunction(db, "qx_cut", 1, cutFunction, settings);
   registerFunction(db, "qx_whole", 1, wholeFunction, settings);
   registerFunction(db, "qx_number", 1, numberFunction, settings);
+  registerFunction(db, "qx_whole_text", 1, wholeTextFunction, settings);
   registerFunction(db, "qx_substring", 2, substringFunction, settings);
   registerFunction(db, "qx_substring", 3, substringFunction, settings);
   registerFunction(db, "qx_text", 1, textFunction, settings);

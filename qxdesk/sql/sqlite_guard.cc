@@ -70,17 +70,24 @@ bool namesRow(std::string_view column) {
   return sameName(column, "rowid") || sameName(column, "oid") || sameName(column, "_rowid_");
 }
 
-bool isDeclared(sqlite3* db, std::string_view table, std::string_view column) {
+// Returns the number of columns that a table or view declares, of all names or of the given one.
+int declaredColumns(sqlite3* db, std::string_view table, std::string_view column = {}) {
   sqlite3_stmt* raw = nullptr;
   const int result = sqlite3_prepare_v2(
-      db, "SELECT 1 FROM pragma_table_info(?1) WHERE name = ?2 COLLATE NOCASE", -1, &raw, nullptr);
+      db, "SELECT count(*) FROM pragma_table_info(?1) WHERE ?2 = '' OR name = ?2 COLLATE NOCASE",
+      -1, &raw, nullptr);
   const SqliteStatement statement(raw);
   if (result != SQLITE_OK) fail(db);
   int index = 0;
-  for (const std::string_view text : {table, column}) {
+  for (const std::string& text : {std::string(table), std::string(column)}) {
     sqlite3_bind_text(raw, ++index, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
   }
-  return sqlite3_step(raw) == SQLITE_ROW;
+  if (sqlite3_step(raw) != SQLITE_ROW) fail(db);
+  return sqlite3_column_int(raw, 0);
+}
+
+bool isDeclared(sqlite3* db, std::string_view table, std::string_view column) {
+  return declaredColumns(db, table, column) > 0;
 }
 
 // A trailing NUL is blank, too: SQLite stops at it and reports the rest as not used.
@@ -148,6 +155,18 @@ ColumnType SqliteCatalog::columnType(std::string_view table, std::string_view co
   if (result != SQLITE_OK || declaration == nullptr) return ColumnType::Unknown;
   if (namesRow(column) && !isDeclared(db_, table, column)) return ColumnType::Unknown;
   return typeOfDeclaration(declaration);
+}
+
+// The look-up in the parsed schema is quick, but knows tables only. Views are looked for after it,
+// and so are SQLite's own tables, which the guard refuses in its own words.
+bool SqliteCatalog::lacksTable(std::string_view table) const {
+  const int found = sqlite3_table_column_metadata(db_, nullptr, std::string(table).c_str(), nullptr,
+                                                  nullptr, nullptr, nullptr, nullptr, nullptr);
+  return found != SQLITE_OK && declaredColumns(db_, table) == 0;
+}
+
+std::optional<std::size_t> SqliteCatalog::columnCount(std::string_view table) const {
+  return static_cast<std::size_t>(declaredColumns(db_, table));
 }
 
 bool SqliteCatalog::lacksColumn(std::string_view table, std::string_view column) const {

@@ -27,6 +27,7 @@ struct SqliteError : std::runtime_error {
 /// for which SQLite defines no extended codes.
 constexpr int kBadDateCode = 25 | (1 << 8);
 constexpr int kOutOfRangeCode = 25 | (2 << 8);
+constexpr int kBadNumberCode = 25 | (3 << 8);
 
 /// What statements can ask of the outside world.
 struct GuardSettings {
@@ -64,6 +65,8 @@ class SqliteCatalog : public Catalog {
   explicit SqliteCatalog(sqlite3* db) : db_(db) {}
   ColumnType columnType(std::string_view table, std::string_view column) const override;
   bool lacksColumn(std::string_view table, std::string_view column) const override;
+  bool lacksTable(std::string_view table) const override;
+  std::optional<std::size_t> columnCount(std::string_view table) const override;
 
  private:
   sqlite3* db_;

@@ -138,6 +138,17 @@ class OdbcConnection final : public Connection, public Catalog {
            !types_.contains(name + "|" + storedName(Engine::Postgres, column));
   }
 
+  bool lacksTable(std::string_view table) const override {
+    return !tables_.contains(storedName(Engine::Postgres, table));
+  }
+
+  std::optional<std::size_t> columnCount(std::string_view table) const override {
+    const std::string prefix = storedName(Engine::Postgres, table) + "|";
+    return static_cast<std::size_t>(
+        std::count_if(types_.begin(), types_.end(),
+                      [&](const auto& type) { return type.first.starts_with(prefix); }));
+  }
+
   std::string run(std::string_view sql) override {
     const Handle statement(SQL_HANDLE_STMT, connection_.get());
     // Without it the driver would read ? and {} in a text as its own escapes.

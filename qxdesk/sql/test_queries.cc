@@ -71,9 +71,12 @@ std::string QueryMaker::text(int depth) {
 
 std::string QueryMaker::textFunction(int depth) {
   const std::string part = dialect_ == Dialect::Db2 ? "SUBSTR(" : "SUBSTRING(";
-  switch (below(9)) {
+  switch (below(10)) {
     case 0:
       return joined(text(depth), text(depth));
+    case 8:
+      return "CAST(" + date(depth) + " AS " +
+             (dialect_ == Dialect::Db2 ? "VARCHAR(30))" : "NVARCHAR(30))");
     case 1:
       return "UPPER(" + text(depth) + ")";
     case 2:
@@ -101,7 +104,9 @@ std::string QueryMaker::whole(int depth) {
     return below(2) == 0 ? column("U_B") : std::to_string(below(12) - 3);
   }
   const std::string length = hasBrackets(dialect_) ? "LEN(" : "LENGTH(";
-  switch (below(8)) {
+  switch (below(hasBrackets(dialect_) ? 9 : 8)) {
+    case 7:
+      return "(YEAR(" + date(depth - 1) + ") - MONTH(" + date(0) + "))";
     case 0:
       return "(" + whole(depth - 1) + " + " + whole(depth - 1) + ")";
     case 1:
@@ -117,7 +122,7 @@ std::string QueryMaker::whole(int depth) {
     case 6:
       return "ABS(-" + whole(0) + ")";
     default:
-      return "(YEAR(" + date(depth - 1) + ") - MONTH(" + date(0) + "))";
+      return "(" + column("Code") + " + " + whole(depth - 1) + ")";
   }
 }
 
@@ -204,7 +209,7 @@ std::string QueryMaker::comparison(int depth) {
     case 3:
       return column("U_Date") + op + "N'" + oneOf(kDates) + "'";
     case 4:
-      return column("Code") + (below(2) == 0 ? " = " : " <> ") + std::to_string(below(12));
+      return column("Code") + op + (below(2) == 0 ? std::to_string(below(12)) : whole(depth));
     default:
       return text(depth) + op + text(depth);
   }
@@ -212,11 +217,14 @@ std::string QueryMaker::comparison(int depth) {
 
 std::string QueryMaker::membership(int depth) {
   const std::string word = below(2) == 0 ? " IN (" : " NOT IN (";
-  switch (below(5)) {
+  switch (below(6)) {
     case 0:
       return whole(depth) + word + "1, " + whole(0) + ", '7')";
     case 1:
       return text(depth) + word + literal() + ", " + text(0) + ")";
+    case 5:
+      return whole(depth) + word + "SELECT " + name("U_T") + " FROM " + name("@L") + " WHERE " +
+             name("Code") + " <> '3')";
     case 2:
       return text(0) + word + "SELECT " + name("U_Text") + " FROM " + name("@L") + " WHERE " +
              name("U_T") + " IS NOT NULL)";

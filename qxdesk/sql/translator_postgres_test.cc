@@ -281,12 +281,30 @@ TEST(TranslatorForServerNumbers, NumbersHaveTheWidthAndFormOfSqlite) {
                  R"(SELECT 7 / 2, CAST(1 AS bigint) + CAST(2 AS bigint) * 3, CAST(1.5 AS numeric) )"
                  R"(/ NULLIF(CAST(trunc(CAST("a" AS numeric)) AS bigint), 0), )"
                  R"(round(CAST("a" AS numeric), 6) FROM "t")"},
-                {"SELECT ROUND(a, 2), 'x' + 1.50, ABS(a) FROM T",
-                 R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(trim_scale(CAST(CAST(1.50 )"
-                 R"(AS double precision) AS numeric)) AS text), abs("a") FROM "t")"},
+                {"SELECT ROUND(a, 2), 'x' + CAST(1.50 AS nvarchar), ABS(a) FROM T",
+                 R"(SELECT round(CAST("a" AS numeric), 2), 'x' || CAST(CAST(trim_scale(CAST(CAST()"
+                 R"(1.50 AS double precision) AS numeric)) AS text) AS text), abs("a") FROM "t")"},
                 {"SELECT SUM(1), SUM(a), SUM(1) + 1, 1 - 9223372036854775808 FROM T",
                  R"(SELECT CAST(sum(1) AS bigint), sum("a"), CAST(sum(1) AS bigint) + 1, )"
                  R"(CAST(1 AS bigint) - CAST(9223372036854775808 AS bigint) FROM "t")"}});
+}
+
+TEST(TranslatorForServerNumbers, TextBesideANumberIsRead) {
+  expectGolden(Dialect::Mssql,
+               {{"SELECT LTRIM(a) + 1, '5' + 3, CAST('' AS int) FROM T",
+                 R"(SELECT CAST(regexp_replace(regexp_replace(ltrim("a"), '^ *$', '0'), )"
+                 R"('^(?! *[+-]?[0-9]+ *$)', 'not a whole number: ') AS bigint) + 1, )"
+                 R"(CAST(5 AS bigint) + 3, CAST('0' AS bigint) FROM "t")"}});
+}
+
+TEST(TranslatorForServerDates, DateAsATextIsWrittenByDialect) {
+  constexpr std::string_view kText = "SELECT CAST(CURRENT_DATE AS nvarchar) FROM T";
+  EXPECT_EQ(translatedForPostgres(Dialect::Kordb, kText),
+            R"(SELECT CAST(to_char(timestamp '2024-02-15 00:00:00', 'YYYY-MM-DD HH24:MI:SS') AS )"
+            R"(text) FROM "t")");
+  EXPECT_EQ(translatedForPostgres(Dialect::Mssql, "SELECT CAST(getdate() AS nvarchar(6)) FROM T"),
+            R"(SELECT CAST(regexp_replace(to_char(timestamp '2024-02-15 13:45:10', )"
+            R"('Mon DD YYYY HH12:MIAM'), ' 0(\d[ :])', '  \1', 'g') AS varchar(6)) FROM "t")");
 }
 
 TEST(TranslatorForServerTexts, CaseIsMappedInAllScripts) {

@@ -293,15 +293,14 @@ TEST(TranslatorDates, EachDialectAddsUnitsToDates) {
 }
 
 TEST(TranslatorCommonTables, CommonTableSeesOnlyEarlierOnes) {
-  test::CompanyDatabase database(Engine::Sqlite, Dialect::Mssql);
-  EXPECT_EQ(database.translate("WITH A AS (SELECT * FROM A) SELECT x FROM A").text,
+  EXPECT_EQ(translated(Dialect::Mssql, "WITH A AS (SELECT * FROM A) SELECT x FROM A"),
             R"(WITH "A" AS (SELECT * FROM "A") SELECT "x" FROM "A")");
-  EXPECT_EQ(database
-                .translate("WITH A AS (SELECT * FROM B), B AS (SELECT * FROM A) SELECT A.x + 'a' "
-                           "FROM A, B")
-                .text,
+  EXPECT_EQ(translated(Dialect::Mssql,
+                       "WITH A AS (SELECT * FROM B), B AS (SELECT * FROM A) SELECT A.x + 'a' "
+                       "FROM A, B"),
             R"(WITH "A" AS (SELECT * FROM "B"), "B" AS (SELECT * FROM "A") SELECT "A"."x" || 'a' )"
             R"(FROM "A" CROSS JOIN "B")");
+  test::CompanyDatabase database(Engine::Sqlite, Dialect::Mssql);
   const Translation hidden = database.translate(
       "WITH [@L] AS (SELECT U_T FROM [@L]), B AS (SELECT * FROM [@L]) SELECT U_T FROM B");
   ASSERT_EQ(hidden.columns.size(), 1U);
@@ -379,6 +378,23 @@ TEST(TranslatorColumns, ColumnsHaveTheTypesThatTheTextDetermines) {
     EXPECT_EQ(translation.columns[i].type, expected[i].first) << i;
     EXPECT_EQ(translation.columns[i].probe, expected[i].second) << i;
   }
+}
+
+TEST(TranslatorNumbers, TextBesideANumberIsRead) {
+  EXPECT_EQ(translated(Dialect::Mssql,
+                       "SELECT CAST(a AS nvarchar(5)) + 1, LTRIM(a) + 1.5, '5' + 3, '' + 3, "
+                       "CAST(LTRIM(a) AS int), CAST('' AS int) FROM T"),
+            R"(SELECT qx_whole(qx_whole_text(substr(CAST("a" AS TEXT), 1, 5)) + 1), )"
+            R"(CAST(qx_number(ltrim("a")) AS REAL) + 1.5, qx_whole(5 + 3), qx_whole(0 + 3), )"
+            R"(qx_whole_text(ltrim("a")), qx_whole_text('0') FROM "T")");
+}
+
+TEST(TranslatorDates, DateAsATextIsWrittenByDialect) {
+  constexpr std::string_view kText = "SELECT CAST(CAST(a AS datetime) AS nvarchar(6)) FROM T";
+  EXPECT_EQ(translated(Dialect::Sybase, kText),
+            R"(SELECT substr(qx_month_date(qx_date("a")), 1, 6) FROM "T")");
+  EXPECT_EQ(translated(Dialect::Kordb, kText),
+            R"(SELECT substr(CAST(qx_date("a") AS TEXT), 1, 6) FROM "T")");
 }
 
 TEST(TranslatorNumbers, ResultsThatSqliteWouldChangeAreChecked) {
