@@ -36,14 +36,9 @@ class Orders : public Persistence::CQXPersistentCollectionProxy {
     SetSortFields({CQXPersistenceSortField(u"U_Day", Persistence::so_Descending)});
     Load({u"U_No"}, {});
   }
-  static TyFieldValues Key(const CComBSTR& number) {
-    TyFieldValues key;
-    key.Add(u"U_No", number);
-    return key;
-  }
+  static TyFieldValues Key(const CComBSTR& number) { return {{u"U_No", number}}; }
   // The next two functions convert a row to the record, and the record to the values to write. The
-  // framework sets "Code" and "Name" of new rows. An invalid date keeps its last number, so 0 is
-  // written in its place.
+  // framework sets "Code" and "Name" of new rows.
   void MapToContainer(const TyFieldValues& row, CQXValueContainer& container) override {
     auto& order = static_cast<Order&>(container);
     order.number = GetValue(row, u"U_No").bstrVal;
@@ -55,8 +50,8 @@ class Orders : public Persistence::CQXPersistentCollectionProxy {
     const auto& order = static_cast<const Order&>(container);
     row.Add(u"U_No", order.number);
     row.Add(u"U_Customer", order.customer);
-    row.Add(u"U_Day", CComVariant(order.day.IsValid() ? double{order.day} : 0.0, VT_DATE));
-    row.Add(u"U_Total", order.total.ToDouble());
+    row.Add(u"U_Day", order.day);
+    row.Add(u"U_Total", order.total);
   }
 };
 
