@@ -14,9 +14,13 @@ configure_file(cmake/registry.toml.in "${PROJECT_BINARY_DIR}/installed/registry.
 
 install(TARGETS QXFramework qxrc EXPORT QXFrameworkTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(DIRECTORY qxframework DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+# The headers, which tests also install alone. The last is the interface by which a program plays the
+# user of the stand-in host.
+install(DIRECTORY qxframework DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT headers
   FILES_MATCHING PATTERN "*.h"
   PATTERN "qxframework/sql" EXCLUDE PATTERN "internal" EXCLUDE PATTERN "testdata" EXCLUDE PATTERN "*test*" EXCLUDE PATTERN "*_fixture.h" EXCLUDE)
+install(FILES qxdesk/screens/user/user.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qxdesk/screens/user"
+  COMPONENT headers)
 install(EXPORT QXFrameworkTargets NAMESPACE QX:: DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/QXFramework")
 configure_package_config_file(cmake/QXFrameworkConfig.cmake.in
   "${PROJECT_BINARY_DIR}/installed/QXFrameworkConfig.cmake"

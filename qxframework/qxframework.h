@@ -2,6 +2,8 @@
 
 // All that a usual add-on needs. Code that needs less includes the single headers.
 
+#include "qxframework/automation/class_object.h"
+#include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/currency.h"
@@ -9,7 +11,10 @@
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/time_stamp.h"
 #include "qxframework/foundation/version.h"
+#include "qxframework/host/gui_api.h"
 #include "qxframework/logging/function_log.h"
+#include "qxframework/logging/result_names.h"
+#include "qxframework/os/debug_trace.h"
 #include "qxframework/os/message_loop.h"
 #include "qxframework/persistence/choose_list_helper.h"
 #include "qxframework/persistence/collection_proxy.h"
@@ -24,5 +29,7 @@
 #include "qxframework/resources/resource_loader.h"
 #include "qxframework/runtime/addon.h"
 #include "qxframework/runtime/addon_form.h"
+#include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/qx_idispatch.h"
 #include "qxframework/util/qx_util.h"
+#include "qxframework/xml/dom.h"

@@ -14,11 +14,7 @@ void Orders::Open() {
   Load({u"U_No"}, {});
 }
 
-TyFieldValues Orders::Key(const CComBSTR& number) {
-  TyFieldValues key;
-  key.Add(u"U_No", number);
-  return key;
-}
+TyFieldValues Orders::Key(const CComBSTR& number) { return {{u"U_No", number}}; }
 
 void Orders::MapToContainer(const TyFieldValues& row, CQXValueContainer& container) {
   auto& order = static_cast<Order&>(container);
@@ -29,14 +25,13 @@ void Orders::MapToContainer(const TyFieldValues& row, CQXValueContainer& contain
   order.terms = GetValue(row, u"U_Terms").bstrVal;
 }
 
-// The framework sets "Code" and "Name" of new rows. An invalid date keeps its last number, so 0 is
-// written in its place.
+// The framework sets "Code" and "Name" of new rows.
 void Orders::ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) {
   const auto& order = static_cast<const Order&>(container);
   row.Add(u"U_No", order.number);
   row.Add(u"U_Customer", order.customer);
-  row.Add(u"U_Day", CComVariant(order.day.IsValid() ? double{order.day} : 0.0, VT_DATE));
-  row.Add(u"U_Total", order.total.ToDouble());
+  row.Add(u"U_Day", order.day);
+  row.Add(u"U_Total", order.total);
   row.Add(u"U_Terms", order.terms);
 }
 

@@ -3,7 +3,6 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/user_locale.h"
-#include "qxframework/automation/variant.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -55,6 +54,13 @@ BSTR withRoom(BSTR text, std::size_t length) {
   if (text != nullptr && length <= room) return text;
   if (length > qx::kLongestText) qx::raiseError(E_OUTOFMEMORY);
   return raiseIfNull(reallocate(text, std::max(length, std::min(2 * room, qx::kLongestText))));
+}
+
+CComBSTR joined(std::u16string_view a, std::u16string_view b) {
+  CComBSTR text;
+  text.m_str = raiseIfNull(qx::newBstr(a.size() + b.size()));
+  std::copy(b.begin(), b.end(), std::copy(a.begin(), a.end(), text.m_str));
+  return text;
 }
 
 }  // namespace
@@ -162,6 +168,12 @@ CComBSTR& CComBSTR::operator+=(std::u16string_view text) {
   Append(text);
   return *this;
 }
+
+CComBSTR operator+(const CComBSTR& a, const CComBSTR& b) { return joined(a.View(), b.View()); }
+
+CComBSTR operator+(const CComBSTR& a, const OLECHAR* b) { return joined(a.View(), qx::viewOf(b)); }
+
+CComBSTR operator+(const OLECHAR* a, const CComBSTR& b) { return joined(qx::viewOf(a), b.View()); }
 
 bool operator==(const CComBSTR& a, const CComBSTR& b) {
   return qx::collate(a.View(), b.View(), LOCALE_USER_DEFAULT, false) == 0;

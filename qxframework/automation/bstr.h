@@ -6,10 +6,14 @@
 
 #include "qxframework/automation/types.h"
 
+#include <concepts>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+
+class CComBSTR;
+class CString;
 
 /// Returns a copy of `text`, up to its terminator. Returns null if `text` is null or longer than
 /// kLongestText, and if memory is out. The caller frees the copy with SysFreeString.
@@ -51,6 +55,10 @@ inline std::u16string_view viewOfBstr(const OLECHAR* text) {
   return text == nullptr ? std::u16string_view() : std::u16string_view(text, SysStringLen(text));
 }
 
+/// The strings that are appended with all their units, zeros included.
+template <class Text>
+concept OwningText = std::is_base_of_v<CComBSTR, Text> || std::is_same_v<CString, Text>;
+
 }  // namespace qx
 
 /// An owning wide string. Comparisons are those of the user-default locale with no flags.
@@ -63,6 +71,9 @@ class QX_API CComBSTR {
   CComBSTR(const OLECHAR* text);
   CComBSTR(std::u16string_view text);
   CComBSTR(const std::u16string& text) : CComBSTR(std::u16string_view(text)) {}
+  /// Takes CString itself only: what converts to it has a conversion of its own to this class.
+  template <std::same_as<CString> Text>
+  CComBSTR(const Text& text) : CComBSTR(text.View()) {}
   /// Copies `length` units, or takes as many zeros if `text` is null; a length of 0 makes a null
   /// string. Throws E_INVALIDARG for a negative length.
   CComBSTR(int length, const OLECHAR* text);
@@ -76,6 +87,10 @@ class QX_API CComBSTR {
   CComBSTR& operator=(const OLECHAR* text);
   CComBSTR& operator=(const CComBSTR& other);
   CComBSTR& operator=(CComBSTR&& other) noexcept;
+  template <std::same_as<CString> Text>
+  CComBSTR& operator=(const Text& text) {
+    return *this = CComBSTR(text.View());
+  }
 
   operator BSTR() const { return m_str; }
   /// Returns the address for an out parameter. The string must be null, else its text leaks.
@@ -101,11 +116,20 @@ class QX_API CComBSTR {
   /// Appends `text` up to its terminator; null appends nothing.
   HRESULT Append(const OLECHAR* text) { return Append(qx::viewOf(text)); }
   /// Appends all units of another string, zeros included.
-  template <class Text>
-  requires std::is_base_of_v<CComBSTR, Text> HRESULT Append(const Text& text) {
+  template <qx::OwningText Text>
+  HRESULT Append(const Text& text) {
     return Append(text.View());
   }
   CComBSTR& operator+=(std::u16string_view text);
+  template <qx::OwningText Text>
+  CComBSTR& operator+=(const Text& text) {
+    return *this += text.View();
+  }
+
+  /// Return the joined text; null counts as empty. The result is never null.
+  friend QX_API CComBSTR operator+(const CComBSTR& a, const CComBSTR& b);
+  friend QX_API CComBSTR operator+(const CComBSTR& a, const OLECHAR* b);
+  friend QX_API CComBSTR operator+(const OLECHAR* a, const CComBSTR& b);
 
   /// Compare by the collation of the user-default locale, case included; null equals empty.
   friend QX_API bool operator==(const CComBSTR& a, const CComBSTR& b);
@@ -125,9 +149,11 @@ class _bstr_t {
   _bstr_t(const OLECHAR* text) : m_text(text) {}
   _bstr_t(std::u16string_view text) : m_text(text) {}
   _bstr_t(const std::u16string& text) : m_text(text) {}
-  /// Copies a CComBSTR itself only; a class derived from it has its own conversion.
+  /// Copies a CString or a CComBSTR itself; a class derived from it has its own conversion.
   template <class Text>
-  requires std::is_same_v<Text, CComBSTR> _bstr_t(const Text& text) : m_text(text) {}
+  requires(std::is_same_v<Text, CComBSTR> || std::is_same_v<Text, CString>)
+      _bstr_t(const Text& text)
+      : m_text(text) {}
   operator BSTR() const { return m_text.m_str; }
   UINT length() const { return m_text.Length(); }
   std::u16string_view view() const { return m_text.View(); }

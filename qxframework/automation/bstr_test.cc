@@ -255,4 +255,35 @@ TEST(GiveText, ReturnsOutOfMemoryForATooLongText) {
   EXPECT_EQ(out, nullptr);
 }
 
+TEST(CComBSTR, PlusJoinsAllUnits) {
+  const CComBSTR text(u"a\0b"sv);
+  EXPECT_EQ((text + u"c").View(), u"a\0bc"sv);
+  EXPECT_EQ((u"c" + text).View(), u"ca\0b"sv);
+  EXPECT_EQ((text + text).View(), u"a\0ba\0b"sv);
+  EXPECT_EQ((text + std::u16string(u"c")).View(), u"a\0bc"sv);
+}
+
+TEST(CComBSTR, PlusTakesNullAsEmptyAndIsNeverNull) {
+  const CComBSTR null;
+  EXPECT_EQ((null + u"c").View(), u"c");
+  const CComBSTR none = null + static_cast<const OLECHAR*>(nullptr);
+  EXPECT_NE(none.m_str, nullptr);
+  EXPECT_EQ(none.Length(), 0U);
+}
+
+TEST(CComBSTR, IsMadeOfAndAssignedAnArgumentString) {
+  const _bstr_t argument(u"text");
+  CComBSTR text(argument);
+  EXPECT_EQ(text.View(), u"text");
+  text = _bstr_t(u"other");
+  EXPECT_EQ(text.View(), u"other");
+}
+
+TEST(CComBSTR, PlusAssignsAnotherString) {
+  CComBSTR text(u"a");
+  text += CComBSTR(u"b");
+  text += u"c";
+  EXPECT_EQ(text.View(), u"abc");
+}
+
 }  // namespace

@@ -9,8 +9,8 @@ class QX_API _com_error {
  public:
   explicit _com_error(HRESULT code) : m_code(qx::resultCode(code)) {}
   virtual ~_com_error();
-  /// Returns the sign-extended code.
-  HRESULT Error() const { return m_code; }
+  /// Returns the sign-extended code, which also compares with literals such as 0x80040500.
+  qx::ResultCode Error() const { return qx::ResultCode(m_code); }
   /// Returns an English sentence for the code, "Unknown error." for an unlisted one; never null.
   const OLECHAR* ErrorMessage() const;
 

@@ -10,7 +10,7 @@
 
 /// Holds one reference to an object with the interface `T`, or null.
 template <class T>
-class CComPtr {
+class QX_API CComPtr {
  public:
   CComPtr() = default;
   CComPtr(std::nullptr_t) {}

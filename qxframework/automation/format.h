@@ -39,6 +39,7 @@ class FormatArg {
   template <class T>
   requires std::is_enum_v<T> FormatArg(T value)
       : FormatArg(static_cast<std::underlying_type_t<T>>(value)) {}
+  FormatArg(ResultCode code) : FormatArg(static_cast<HRESULT>(code)) {}
   FormatArg(double value) : kind(Kind::Real), real(value) {}
   FormatArg(const OLECHAR* text)
       : kind(Kind::Wide), wide(text), length(text == nullptr ? 0 : viewOf(text).size()) {}
@@ -47,6 +48,7 @@ class FormatArg {
     if (wide == nullptr) wide = u"";
   }
   FormatArg(const std::u16string& text) : FormatArg(std::u16string_view(text)) {}
+  FormatArg(const CString& text);
   FormatArg(const CComBSTR& text) : FormatArg(static_cast<const OLECHAR*>(text.m_str)) {}
   FormatArg(const _bstr_t& text) : FormatArg(static_cast<const OLECHAR*>(text)) {}
   FormatArg(const char* text)

@@ -10,6 +10,7 @@
 #include "qxframework/automation/export.h"
 
 #include <compare>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 
@@ -38,6 +39,28 @@ namespace qx {
 constexpr HRESULT resultCode(std::int64_t code) {
   return static_cast<HRESULT>(static_cast<std::int32_t>(static_cast<std::uint32_t>(code)));
 }
+
+/// A result code as exceptions return it. It converts to a HRESULT, but equals every whole number
+/// with the same lower 32 bits: `error.Error() == 0x80040500` is true for that code, although the
+/// literal is a positive number.
+class ResultCode {
+ public:
+  constexpr explicit ResultCode(HRESULT code) : code_(resultCode(code)) {}
+  constexpr operator HRESULT() const { return code_; }
+
+  friend constexpr bool operator==(ResultCode a, ResultCode b) { return a.code_ == b.code_; }
+  template <std::integral Number>
+  friend constexpr bool operator==(ResultCode code, Number number) {
+    return code.code_ == resultCode(static_cast<std::int64_t>(number));
+  }
+
+ private:
+  HRESULT code_;
+};
+
+/// The integer types from int upwards. The smaller ones convert to int.
+template <class T>
+concept WideInteger = std::integral<T> && sizeof(T) >= sizeof(int);
 
 }  // namespace qx
 

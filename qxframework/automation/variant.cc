@@ -1,5 +1,7 @@
 #include "qxframework/automation/variant.h"
 
+#include "qxframework/automation/ole_date_time.h"
+
 HRESULT VariantClear(VARIANT* value) {
   if (value == nullptr) return E_POINTER;
   const VARIANT held = *value;
@@ -28,3 +30,7 @@ HRESULT VariantCopy(VARIANT* to, const VARIANT* from) {
   *to = copy;
   return S_OK;
 }
+
+// A date that is not valid keeps its last number, which must not be taken for a date.
+CComVariant::CComVariant(const COleDateTime& day)
+    : CComVariant(day.GetStatus() == COleDateTime::valid ? day.m_dt : 0.0, VT_DATE) {}

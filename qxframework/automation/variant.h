@@ -10,6 +10,12 @@
 #include "qxframework/automation/variant_convert.h"
 
 #include <concepts>
+#include <string>
+#include <string_view>
+#include <utility>
+
+class COleDateTime;
+class CString;
 
 /// The kinds of values. Frozen: compiled add-ons and the host exchange these numbers.
 enum : VARTYPE {
@@ -105,9 +111,24 @@ class CComVariant : public VARIANT {
   CComVariant(const OLECHAR* text) { assignText(qx::viewOf(text)); }
   CComVariant(const CComBSTR& text) { assignText(text.View()); }
   CComVariant(std::u16string_view text) { assignText(text); }
+  CComVariant(const std::u16string& text) { assignText(text); }
+  template <std::same_as<CString> Text>
+  CComVariant(const Text& text) {
+    assignText(text.View());
+  }
   CComVariant(int value) { vt = VT_I4, llVal = 0, lVal = value; }
-  /// Keeps the lower 32 bits of `value`.
-  CComVariant(long value) { vt = VT_I4, llVal = 0, lVal = static_cast<std::int32_t>(value); }
+  /// Takes a whole number: as VT_I4 if it fits 32 bits with a sign, else as VT_I8, or as VT_UI8
+  /// if it does not fit that either.
+  CComVariant(long value) { assignNumber(value); }
+  template <qx::WideInteger Number>
+  CComVariant(Number value) {
+    const auto number = static_cast<std::int64_t>(value);
+    if (std::unsigned_integral<Number> && number < 0) {
+      vt = VT_UI8, ullVal = static_cast<std::uint64_t>(value);
+    } else {
+      assignNumber(number);
+    }
+  }
   CComVariant(short value) { vt = VT_I2, llVal = 0, iVal = value; }
   /// Takes bool itself only: pointers would convert to it.
   template <std::same_as<bool> Bool>
@@ -115,6 +136,8 @@ class CComVariant : public VARIANT {
     vt = VT_BOOL, llVal = 0, boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
   }
   CComVariant(double value, VARTYPE type = VT_R8) { vt = type, dblVal = value; }
+  /// Takes a VT_DATE; 0.0, the empty date of the database, if `day` is not valid.
+  QX_API CComVariant(const COleDateTime& day);
   CComVariant(IDispatch* object) { vt = VT_DISPATCH, assignObject(object); }
   CComVariant(IUnknown* object) { vt = VT_UNKNOWN, assignObject(object); }
   ~CComVariant() { drop(); }
@@ -154,6 +177,13 @@ class CComVariant : public VARIANT {
     if (vt == VT_BSTR || vt == VT_DISPATCH || vt == VT_UNKNOWN) VariantClear(this);
   }
   void assignText(std::u16string_view text) { vt = VT_BSTR, bstrVal = CComBSTR(text).Detach(); }
+  void assignNumber(std::int64_t value) {
+    if (std::in_range<std::int32_t>(value)) {
+      vt = VT_I4, llVal = 0, lVal = static_cast<std::int32_t>(value);
+    } else {
+      vt = VT_I8, llVal = value;
+    }
+  }
   void assignObject(IUnknown* object) {
     punkVal = object;
     if (object != nullptr) object->AddRef();

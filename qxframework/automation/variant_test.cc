@@ -1,6 +1,8 @@
 #include "qxframework/automation/variant.h"
 
 #include "qxframework/automation/com_object.h"
+#include "qxframework/automation/ole_date_time.h"
+#include "qxframework/automation/wide_string.h"
 
 #include <gtest/gtest.h>
 
@@ -110,6 +112,50 @@ TEST(Variant, NullPointersAreRefused) {
   EXPECT_EQ(VariantClear(nullptr), E_POINTER);
   EXPECT_EQ(VariantCopy(nullptr, &value), E_POINTER);
   EXPECT_EQ(VariantCopy(&value, nullptr), E_POINTER);
+}
+
+TEST(Variant, TakesAnyOwningText) {
+  EXPECT_EQ(qx::viewOfBstr(CComVariant(std::u16string(u"a\0b", 3)).bstrVal).size(), 3U);
+  EXPECT_EQ(qx::viewOfBstr(CComVariant(CString(u"text")).bstrVal), u"text");
+  EXPECT_EQ(qx::viewOfBstr(CComVariant(_bstr_t(u"text")).bstrVal), u"text");
+}
+
+TEST(Variant, WholeNumberThatFits32BitsIsI4) {
+  for (const CComVariant& value :
+       {CComVariant(42ul), CComVariant(std::size_t{42}), CComVariant(42u), CComVariant(42ll),
+        CComVariant(42ull), CComVariant(42L)}) {
+    EXPECT_EQ(value.vt, VT_I4);
+    EXPECT_EQ(value.lVal, 42);
+    EXPECT_EQ(value.llVal, 42);
+  }
+  EXPECT_EQ(CComVariant(std::int64_t{-2147483647 - 1}).vt, VT_I4);
+  EXPECT_EQ(CComVariant(std::int64_t{-2147483647 - 1}).lVal, -2147483647 - 1);
+}
+
+TEST(Variant, WiderWholeNumberKeepsItsBits) {
+  EXPECT_EQ(CComVariant(std::int64_t{1} << 40).vt, VT_I8);
+  EXPECT_EQ(CComVariant(std::int64_t{1} << 40).llVal, std::int64_t{1} << 40);
+  EXPECT_EQ(CComVariant(std::int64_t{2147483648}).vt, VT_I8);
+  EXPECT_EQ(CComVariant(std::int64_t{-2147483649}).llVal, -2147483649);
+  EXPECT_EQ(CComVariant(4294967295u).vt, VT_I8);
+  EXPECT_EQ(CComVariant(4294967295u).llVal, 4294967295);
+  EXPECT_EQ(CComVariant(~std::uint64_t{0}).vt, VT_UI8);
+  EXPECT_EQ(CComVariant(~std::uint64_t{0}).ullVal, ~std::uint64_t{0});
+}
+
+TEST(Variant, DateStaysADate) {
+  const COleDateTime day(2024, 2, 29, 12, 0, 0);
+  EXPECT_EQ(CComVariant(day).vt, VT_DATE);
+  EXPECT_EQ(CComVariant(day).date, 45351.5);
+}
+
+TEST(Variant, DateThatIsNotValidBecomesTheEmptyDate) {
+  COleDateTime day(2024, 2, 29, 12, 0, 0);
+  for (const auto status : {COleDateTime::null, COleDateTime::invalid, COleDateTime::error}) {
+    day.SetStatus(status);
+    EXPECT_EQ(CComVariant(day).vt, VT_DATE);
+    EXPECT_EQ(CComVariant(day).date, 0.0);
+  }
 }
 
 }  // namespace

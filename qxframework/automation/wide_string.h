@@ -5,12 +5,27 @@
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/format.h"
 
+#include <compare>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
+namespace qx {
+
+/// The other owning strings. Beside one of them a CString keeps its own comparison, and the two
+/// joined are a CString.
+template <class Text>
+concept OtherText = std::is_base_of_v<CComBSTR, Text> || std::is_same_v<_bstr_t, Text>;
+
+/// Return all units of such a string.
+inline std::u16string_view unitsOf(const CComBSTR& text) { return text.View(); }
+inline std::u16string_view unitsOf(const _bstr_t& text) { return text.view(); }
+
+}  // namespace qx
+
 /// A mutable wide string. Positions and lengths count UTF-16 units. A search returns -1 if it finds
-/// nothing. Comparison is by unit.
+/// nothing. Comparison is by unit, also with a CComBSTR or a _bstr_t.
 class QX_API CString {
  public:
   CString() = default;
@@ -35,6 +50,10 @@ class QX_API CString {
   CString& operator+=(std::u16string_view text) {
     m_text += text;
     return *this;
+  }
+  template <qx::OwningText Text>
+  CString& operator+=(const Text& text) {
+    return *this += text.View();
   }
   void Append(std::u16string_view text) { m_text += text; }
 
@@ -79,7 +98,21 @@ class QX_API CString {
 
   friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
   friend bool operator==(const CString& a, const OLECHAR* b) { return a.m_text == qx::viewOf(b); }
-  friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; }
+  template <qx::OtherText Text>
+  friend bool operator==(const CString& a, const Text& b) {
+    return a.View() == qx::unitsOf(b);
+  }
+  friend std::strong_ordering operator<=>(const CString& a, const CString& b) {
+    return a.View() <=> b.View();
+  }
+  friend std::strong_ordering operator<=>(const CString& a, const OLECHAR* b) {
+    return a.View() <=> qx::viewOf(b);
+  }
+  template <qx::OtherText Text>
+  friend std::strong_ordering operator<=>(const CString& a, const Text& b) {
+    return a.View() <=> qx::unitsOf(b);
+  }
+
   friend CString operator+(const CString& a, const CString& b) {
     return CString(a.m_text + b.m_text);
   }
@@ -89,7 +122,17 @@ class QX_API CString {
   friend CString operator+(const OLECHAR* a, const CString& b) {
     return CString(std::u16string(qx::viewOf(a)) + b.m_text);
   }
+  template <qx::OtherText Text>
+  friend CString operator+(const CString& a, const Text& b) {
+    return CString(a.m_text + std::u16string(qx::unitsOf(b)));
+  }
+  template <qx::OtherText Text>
+  friend CString operator+(const Text& a, const CString& b) {
+    return CString(std::u16string(qx::unitsOf(a)) + b.m_text);
+  }
 
  private:
   std::u16string m_text;
 };
+
+inline qx::FormatArg::FormatArg(const CString& text) : FormatArg(text.GetString()) {}

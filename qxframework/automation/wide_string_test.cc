@@ -1,6 +1,7 @@
 #include "qxframework/automation/wide_string.h"
 
 #include "qxframework/automation/com_error.h"
+#include "qxframework/automation/variant.h"
 
 #include <gtest/gtest.h>
 
@@ -128,6 +129,56 @@ TEST(CString, BecomesABstrWithAllItsUnits) {
   CComBSTR copy;
   copy.Attach(text.AllocSysString());
   EXPECT_EQ(copy.View(), text.View());
+}
+
+TEST(CString, ComparesByUnitWithTheOwningStrings) {
+  const CString status(u"Installed");
+  const CComBSTR installed(u"Installed");
+  EXPECT_TRUE(status == installed);
+  EXPECT_TRUE(installed == status);
+  EXPECT_TRUE(status != CComBSTR(u"installed"));
+  EXPECT_TRUE(CComBSTR(u"installed") != status);
+  EXPECT_TRUE(status == _bstr_t(u"Installed"));
+  EXPECT_TRUE(status < CComBSTR(u"Upgrading"));
+  EXPECT_TRUE(CComBSTR(u"Upgrading") > status);
+  EXPECT_FALSE(CString(u"caf\u00E9") == CComBSTR(u"cafe\u0301")) << "by unit, not by collation";
+}
+
+TEST(CString, IsOrderedByItsTextAndNotByItsAddress) {
+  const CString texts[] = {CString(u"b"), CString(u"a")};
+  EXPECT_TRUE(texts[0] > texts[1]);
+  EXPECT_TRUE(texts[1] < texts[0]);
+  EXPECT_TRUE(texts[0] >= texts[0]);
+  EXPECT_TRUE(texts[1] <= u"a");
+  EXPECT_TRUE(texts[0] > u"a");
+}
+
+TEST(CString, JoinedWithAnOwningStringIsACString) {
+  const CComBSTR bstr(u"b");
+  EXPECT_EQ(CString(u"a") + bstr, u"ab");
+  EXPECT_EQ(bstr + CString(u"a"), u"ba");
+  EXPECT_EQ(_bstr_t(u"b") + CString(u"a"), u"ba");
+  CString text(u"a");
+  text += bstr;
+  text += CString(u"c");
+  EXPECT_EQ(text, u"abc");
+}
+
+CComBSTR sameText(const CComBSTR& text) { return text; }
+_bstr_t sameText(int, _bstr_t text) { return text; }
+
+TEST(CString, IsPassedAndAssignedAsAnOwningString) {
+  const CString text(std::u16string(u"a\0b", 3));
+  EXPECT_EQ(sameText(text).View(), text.View());
+  EXPECT_EQ(sameText(0, text).view(), text.View());
+  CComBSTR copy;
+  copy = text;
+  EXPECT_EQ(copy.View(), text.View());
+  copy += text;
+  EXPECT_EQ(copy.Length(), 6U);
+  const CComVariant value(text);
+  EXPECT_EQ(value.vt, VT_BSTR);
+  EXPECT_EQ(qx::viewOfBstr(value.bstrVal), text.View());
 }
 
 }  // namespace

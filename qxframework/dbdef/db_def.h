@@ -8,13 +8,13 @@
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/automation/simple_map.h"
 #include "qxframework/automation/wide_string.h"
+#include "qxframework/foundation/version.h"
+#include "qxframework/host/application.h"
+#include "qxframework/host/company.h"
 #include "qxframework/host/enums.h"
 #include "qxframework/os/module.h"
+#include "qxframework/resources/resource_loader.h"
 
-class CQXResourceLoader;
-class CQXVersion;
-class IApplication;
-class ICompany;
 class IProgressBar;
 class IUserFieldsMD;
 class IUserKeysMD;
@@ -30,7 +30,8 @@ class SchemaProgress;
 /// table of installed versions, and creates tables, fields, keys and rows from an XML definition. A
 /// definition only adds: tables, fields and keys that exist do not change.
 ///
-/// Operations throw a _com_error of 0x80040500 unless they say otherwise.
+/// Operations throw a _com_error of QX_E_DATABASE (0x80040500, see result_names.h) unless they say
+/// otherwise.
 class QX_API CQXDbDef {
  public:
   /// The version of the extension's tables, compared with that of its module.

@@ -196,6 +196,12 @@ CQXCurrency::CQXCurrency(std::int64_t integer, long fraction)
 
 CQXCurrency::CQXCurrency(int amount) : m_value(std::int64_t{amount} * std::int64_t{kUnit}) {}
 
+std::int64_t CQXCurrency::millionthsOf(std::int64_t integer) {
+  constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max() / std::int64_t{kUnit};
+  if (integer < -kLargest || integer > kLargest) qx::raiseError(kOverflow);
+  return integer * std::int64_t{kUnit};
+}
+
 CQXCurrency::CQXCurrency(const CComBSTR& text) { FromBSTR(text); }
 
 CQXCurrency::CQXCurrency(double amount) { FromDouble(amount); }
@@ -284,6 +290,8 @@ void CQXCurrency::FromDouble(double amount) {
 double CQXCurrency::ToDouble() const {
   return static_cast<double>(m_value) / static_cast<double>(kUnit);
 }
+
+CQXCurrency::operator CComVariant() const { return CComVariant(ToDouble()); }
 
 void CQXCurrency::FromString(const CString& text) {
   const std::u16string_view all = text.View();

@@ -12,6 +12,10 @@
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/host/enums.h"
 
+#include <concepts>
+#include <cstdint>
+
+class CComVariant;
 class ICompany;
 class ICompanyService;
 class IDecimalData;
@@ -24,11 +28,13 @@ class QX_API CQXCurrency {
   CQXCurrency() = default;
   CQXCurrency(const CQXCurrency&) = default;
   /// Makes the amount of `integer` × 1,000,000 + `fraction` millionths; the signs are independent,
-  /// so (-1, 500000) is -0.5. Wraps. A `long` or a 64-bit number has no constructor of its own:
-  /// write CQXCurrency(n, 0).
+  /// so (-1, 500000) is -0.5. Wraps.
   CQXCurrency(std::int64_t integer, long fraction);
   /// Makes a whole amount; every `int` fits.
   CQXCurrency(int amount);
+  /// Makes a whole amount of any wider integer. Throws if it does not fit.
+  template <qx::WideInteger Number>
+  CQXCurrency(Number amount) : m_value(millionthsOf(integerOf(amount))) {}
   /// Reads the text as FromBSTR does, and throws as that does.
   CQXCurrency(const CComBSTR& text);
   /// Rounds as FromDouble does.
@@ -38,6 +44,12 @@ class QX_API CQXCurrency {
   /// Assigns a whole amount, but multiplies in 32 bits, unlike the constructor: 3000 becomes
   /// -1294.967296.
   CQXCurrency& operator=(int amount);
+  /// Assigns a whole amount as the constructor makes it, without the 32 bits of the operation
+  /// above: 3000L becomes 3000. Throws if it does not fit.
+  template <qx::WideInteger Number>
+  CQXCurrency& operator=(Number amount) {
+    return *this = CQXCurrency(amount);
+  }
   /// Rounds as FromDouble does.
   CQXCurrency& operator=(double amount);
 
@@ -56,6 +68,11 @@ class QX_API CQXCurrency {
   /// Returns the exact multiple; throws and wraps like the product. A double factor is converted to
   /// this `long`, so its decimals are lost, also by `*=`: write CQXCurrency(2.5).
   CQXCurrency operator*(long factor) const;
+  /// Returns the same for a whole factor on the left; a double there does not compile.
+  template <std::integral Number>
+  friend CQXCurrency operator*(Number factor, const CQXCurrency& amount) {
+    return amount * integerOf(factor);
+  }
   CQXCurrency& operator*=(const CQXCurrency& other) { return *this = *this * other; }
   CQXCurrency& operator*=(long factor) { return *this = *this * factor; }
   /// Returns the quotient, rounded at the sixth decimal, a half away from zero; throws and wraps
@@ -95,6 +112,8 @@ class QX_API CQXCurrency {
   void FromDouble(double amount);
   /// Returns the nearest double, which holds about fifteen digits.
   double ToDouble() const;
+  /// Returns ToDouble as VT_R8, for the values of a row.
+  operator CComVariant() const;
   /// Reads a text such as "12.34": on each side of the first point a sign and digits up to the
   /// first other character, as 64-bit numbers that stop at the ends of their range; no digits are
   /// 0. Does not report text that it cannot read. Decimals beyond the sixth are cut. Every
@@ -135,6 +154,15 @@ class QX_API CQXCurrency {
     amount.m_value = value;
     return amount;
   }
+
+  /// Returns the number itself; throws if it is above the range of 64 bits with a sign.
+  template <std::integral Number>
+  static std::int64_t integerOf(Number number) {
+    const auto integer = static_cast<std::int64_t>(number);
+    if (std::unsigned_integral<Number> && integer < 0) qx::raiseError(-1);
+    return integer;
+  }
+  static std::int64_t millionthsOf(std::int64_t integer);
 
   std::int64_t m_value = 0;
 };

@@ -1,5 +1,6 @@
 #include "qxframework/foundation/currency.h"
 
+#include "qxframework/automation/variant.h"
 #include "testing/amounts.h"
 #include "testing/raised_by.h"
 
@@ -404,6 +405,55 @@ TEST(Currency, GCDIsInMillionths) {
   EXPECT_EQ(textOf(CQXCurrency(17).GCD(CQXCurrency(0))), "1.000000");
   EXPECT_EQ(millionthsOf(fromMillionths(kLowest).GCD(fromMillionths(1024))), 1024);
   EXPECT_EQ(millionthsOf(fromMillionths(kLowest).GCD(fromMillionths(kLowest))), kLowest);
+}
+
+TEST(Currency, WiderIntegersMakeWholeAmounts) {
+  EXPECT_EQ(textOf(CQXCurrency(3L)), "3.000000");
+  EXPECT_EQ(textOf(CQXCurrency(3u)), "3.000000");
+  EXPECT_EQ(textOf(CQXCurrency(std::int64_t{-9223372036854})), "-9223372036854.000000");
+  EXPECT_EQ(textOf(CQXCurrency(9223372036854ull)), "9223372036854.000000");
+}
+
+TEST(Currency, WiderIntegersBeyondTheRangeThrow) {
+  EXPECT_EQ(raisedBy([] { CQXCurrency(9223372036855L); }), -1);
+  EXPECT_EQ(raisedBy([] { CQXCurrency(-9223372036855L); }), -1);
+  EXPECT_EQ(raisedBy([] { CQXCurrency{kLowest}; }), -1);
+  EXPECT_EQ(raisedBy([] { CQXCurrency(~std::uint64_t{0}); }), -1);
+  CQXCurrency amount(7);
+  EXPECT_EQ(raisedBy([&] { amount = kHighest; }), -1);
+  EXPECT_EQ(textOf(amount), "7.000000");
+}
+
+TEST(Currency, AssignmentOfALongDoesNotMultiplyIn32Bits) {
+  CQXCurrency amount;
+  amount = 3L;
+  EXPECT_EQ(textOf(amount), "3.000000");
+  amount = 3000L;
+  EXPECT_EQ(textOf(amount), "3000.000000");
+  amount = 3000u;
+  EXPECT_EQ(textOf(amount), "3000.000000");
+  amount = 3000;
+  EXPECT_EQ(textOf(amount), "-1294.967296");
+}
+
+template <class Factor>
+concept Multiplies = requires(Factor factor, CQXCurrency amount) {
+  factor* amount;
+};
+
+TEST(Currency, WholeFactorMayBeOnTheLeft) {
+  const CQXCurrency amount(1.5);
+  EXPECT_EQ(textOf(2 * amount), "3.000000");
+  EXPECT_EQ(textOf(-2L * amount), "-3.000000");
+  EXPECT_EQ(textOf(2u * amount), "3.000000");
+  EXPECT_EQ(raisedBy([&] { ~std::uint64_t{0} * amount; }), -1);
+  EXPECT_FALSE(Multiplies<double>) << "its decimals would be lost";
+}
+
+TEST(Currency, BecomesAVariantWithDecimals) {
+  const CComVariant value = CQXCurrency(12.5);
+  EXPECT_EQ(value.vt, VT_R8);
+  EXPECT_EQ(value.dblVal, 12.5);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "qxframework/host/enums.h"
 #include "qxframework/os/module.h"
 
+#include <concepts>
 #include <type_traits>
 
 /// An owning UTF-16 string that remembers a host language, in which it loads, formats and compares
@@ -22,6 +23,8 @@ class QX_API CQXBSTR : public CComBSTR {
   CQXBSTR(int length, const OLECHAR* text, HvLanguages language)
       : CComBSTR(length, text), m_Language(language) {}
   CQXBSTR(const CComBSTR& text, HvLanguages language) : CComBSTR(text), m_Language(language) {}
+  template <std::same_as<CString> Text>
+  CQXBSTR(const Text& text, HvLanguages language) : CComBSTR(text), m_Language(language) {}
   /// Writes the id in braces, with capital letters.
   CQXBSTR(const GUID& guid, HvLanguages language) : CComBSTR(guid), m_Language(language) {}
   CQXBSTR(const CQXBSTR& other) = default;
@@ -32,6 +35,11 @@ class QX_API CQXBSTR : public CComBSTR {
     return *this;
   }
   CQXBSTR& operator=(const OLECHAR* text) {
+    CComBSTR::operator=(text);
+    return *this;
+  }
+  template <std::same_as<CString> Text>
+  CQXBSTR& operator=(const Text& text) {
     CComBSTR::operator=(text);
     return *this;
   }
@@ -48,6 +56,11 @@ class QX_API CQXBSTR : public CComBSTR {
   bool LoadStringW(unsigned id, HvLanguages language, HINSTANCE module);
   /// Does the same with a Windows language id.
   bool LoadStringW(unsigned id, unsigned short langId, HINSTANCE module);
+  /// Deleted: a plain number such as 9 does not say which of the two it is. Write ln_German or
+  /// static_cast<unsigned short>(1031).
+  template <std::integral Number>
+  requires(!std::is_same_v<Number, unsigned short>) bool LoadStringW(unsigned id, Number language,
+                                                                     HINSTANCE module) = delete;
 
   /// Replaces the text by the formatted one; arguments may refer to this string. Throws
   /// E_INVALIDARG for a null format.

@@ -1,5 +1,6 @@
 #include "qxframework/foundation/qx_bstr.h"
 
+#include "qxframework/automation/wide_string.h"
 #include "testing/raised_by.h"
 
 #include <gtest/gtest.h>
@@ -122,6 +123,31 @@ TEST(QxBstr, ComparesWithAResourceText) {
   EXPECT_TRUE(text.Compare(1, static_cast<HvLanguages>(-1)));
   EXPECT_FALSE(text.Compare(1, ln_English));
   EXPECT_FALSE(text.Compare(999, ln_German));
+}
+
+template <class Language>
+concept Loads = requires(CQXBSTR text, Language language) {
+  text.LoadStringW(1, language, nullptr);
+};
+
+TEST(QxBstr, LoadStringRefusesANumberThatMayBeEitherKindOfLanguage) {
+  EXPECT_TRUE(Loads<HvLanguages>);
+  EXPECT_TRUE(Loads<unsigned short>);
+  EXPECT_FALSE(Loads<int>);
+  EXPECT_FALSE(Loads<long>);
+}
+
+TEST(QxBstr, IsMadeOfAndAssignedEveryOwningString) {
+  const CString source(u"text");
+  CQXBSTR text(source, ln_German);
+  EXPECT_EQ(text.View(), u"text");
+  text = CString(u"other");
+  EXPECT_EQ(text.View(), u"other");
+  text = std::u16string(u"third");
+  EXPECT_EQ(text.View(), u"third");
+  EXPECT_EQ(CQXBSTR(std::u16string(u"fourth"), ln_German).View(), u"fourth");
+  EXPECT_EQ(CQXBSTR(_bstr_t(u"fifth"), ln_German).View(), u"fifth");
+  EXPECT_EQ(text.GetLanguage(), ln_German);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "qxframework/foundation/thrown_text.h"
 
+#include <concepts>
 #include <cstddef>
 
 /// The counted pointer of the persistence layer. A pointer and its copies share one control block,
@@ -30,8 +31,10 @@ class qx_ptr {
     }
     return *this;
   }
-  /// Releases the object, for the idiom `p = NULL`. Throws a `char*` for any number but 0.
-  qx_ptr& operator=(int null) {
+  /// Releases the object, for the idiom `p = NULL`. Throws a `char*` for any number but 0. A
+  /// template, because compilers warn when NULL becomes an int, but not when its type is deduced.
+  template <std::integral Number>
+  qx_ptr& operator=(Number null) {
     if (null != 0) {
       qx::throwText(
           "miss usage of operator != overload, the first int parameter could only be NULL");
@@ -45,6 +48,8 @@ class qx_ptr {
   T& operator*() const { return *m_pBlock->m_pObject; }
   /// Returns the object, without ownership; null for a null pointer.
   T* get() const { return m_pBlock == nullptr ? nullptr : m_pBlock->m_pObject; }
+  /// True if the pointer is not null.
+  explicit operator bool() const { return get() != nullptr; }
   /// Compares with the address of the object.
   bool operator==(const T* object) const { return get() == object; }
   bool operator!=(const T* object) const { return get() != object; }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -108,6 +109,25 @@ TEST(QxPtr, ComparesTheAddressOfTheObject) {
   EXPECT_TRUE(pointer == &object);
   EXPECT_FALSE(pointer == nullptr);
   EXPECT_TRUE(pointer != nullptr);
+}
+
+TEST(QxPtr, AssigningNullReleasesTheObject) {
+  int alive = 0;
+  qx_ptr<Counted> pointer(new Counted(alive), true);
+  pointer = NULL;  // NOLINT(modernize-use-nullptr): the idiom under test, without a warning
+  EXPECT_EQ(alive, 0);
+  EXPECT_TRUE(pointer == NULL);  // NOLINT(modernize-use-nullptr)
+}
+
+TEST(QxPtr, IsTrueUnlessItIsNull) {
+  int alive = 0;
+  Counted object(alive);
+  const qx_ptr<Counted> pointer(&object, false);
+  const qx_ptr<Counted> null;
+  EXPECT_TRUE(pointer ? true : false);
+  EXPECT_FALSE(null ? true : false);
+  EXPECT_TRUE(!null);
+  static_assert(!std::is_convertible_v<qx_ptr<Counted>, bool>, "it must not become a number");
 }
 
 }  // namespace

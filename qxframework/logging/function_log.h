@@ -21,10 +21,14 @@
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/logging/qx_logger.h"
 
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
-class IXMLDOMNode;
+class QX_API IXMLDOMNode;
 
 namespace qx {
 
@@ -58,8 +62,19 @@ QX_API void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]);
 /// Shows a modal error box of the system, see CLogBase::ErrorBox.
 QX_API void showErrorBox(const OLECHAR* title, const OLECHAR* format, FormatArgs args);
 
+/// The values of a scope that can be null: pointers and texts.
+template <class T>
+concept ComparesWithNull = requires(const T& value) {
+  value == nullptr;
+};
+
 /// Returns the text of a scope's value for its leaving line.
 QX_API std::u16string printableValue(long value);
+/// Returns "true" or "false". Takes bool itself only; other integers are result codes.
+template <std::same_as<bool> Bool>
+std::u16string_view printableValue(Bool value) {
+  return value ? u"true" : u"false";
+}
 inline const CComBSTR& printableValue(const CComBSTR& value) { return value; }
 inline std::u16string_view printableValue(const CString& value) { return value.View(); }
 /// Returns the name of the node, or "null".
@@ -187,6 +202,16 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
     return *this;
   }
   operator const T&() const { return m_value; }
+  /// True if a pointer or a text is null.
+  friend bool operator==(const CReturnValue& result,
+                         std::nullptr_t) requires qx::ComparesWithNull<T> {
+    return result.m_value == nullptr;
+  }
+  /// Compares a result code with a literal such as 0x80040500, by the lower 32 bits.
+  template <std::unsigned_integral Code>
+  friend bool operator==(const CReturnValue& result, Code code) requires std::same_as<T, long> {
+    return result.m_value == qx::resultCode(static_cast<std::int64_t>(code));
+  }
   /// Writes the value as the leaving line prints it; a code by its name.
   void ToString(CComBSTR& out) const {
     out = CComBSTR(qx::format(u"%s", qx::printableValue(m_value)));

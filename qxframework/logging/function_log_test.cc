@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/developer_trace.h"
+#include "qxframework/logging/result_names.h"
 #include "qxframework/os/debug_trace.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
@@ -135,6 +136,37 @@ TEST(FunctionLog, NodeScopeLeavesWithTheNameOfItsNode) {
   EXPECT_EQ(logger.records.back().message, u"Leaving function [null]\n");
   { CReturnValue<CComPtr<IXMLDOMNode>> node(u"f", document.p, 0, false); }
   EXPECT_EQ(logger.records.back().message, u"Leaving function [#document]\n");
+}
+
+TEST(FunctionLog, BoolScopeLeavesWithItsTruth) {
+  RecordingLogger logger;
+  { CReturnValue<bool> result(u"F", true, 0, false); }
+  { CReturnValue<bool> result(u"F", false, 0, false); }
+  ASSERT_THAT(logger.records, SizeIs(4));
+  EXPECT_EQ(logger.records[1].message, u"Leaving function [true]\n");
+  EXPECT_EQ(logger.records[3].message, u"Leaving function [false]\n");
+  CComBSTR text;
+  CReturnValue<bool>(u"F", true, 0, true).ToString(text);
+  EXPECT_EQ(text.View(), u"true");
+}
+
+TEST(FunctionLog, PointerScopeComparesWithNull) {
+  const RecordingLogger logger;
+  CReturnValue<CComPtr<IXMLDOMNode>> node(u"F", nullptr, 0, true);
+  EXPECT_TRUE(node == nullptr);
+  CComPtr<IXMLDOMDocument> document;
+  ASSERT_EQ(qx::createDocument(&document.p), S_OK);
+  node = CComPtr<IXMLDOMNode>(document);
+  EXPECT_TRUE(node != nullptr);
+}
+
+TEST(FunctionLog, CodeScopeEqualsTheLiteralOfItsCode) {
+  const RecordingLogger logger;
+  CReturnValue<long> hr(u"F", 0, 0, true);
+  hr = 0x80040500;
+  EXPECT_TRUE(hr == 0x80040500);
+  EXPECT_TRUE(hr != 0x80040501);
+  EXPECT_TRUE(hr == QX_E_DATABASE);
 }
 
 TEST(FunctionLog, MessagesAreCutAfter1023CharactersWithoutDots) {

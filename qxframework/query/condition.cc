@@ -37,6 +37,8 @@ bool operator==(const CCondition& a, const CCondition& b) {
          a.m_BracketCloseNum == b.m_BracketCloseNum;
 }
 
+CCondition::~CCondition() = default;
+
 CConditions::~CConditions() {
   guarded([this] { Clear(true); });
 }

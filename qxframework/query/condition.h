@@ -37,7 +37,7 @@ class QX_API CCondition {
  public:
   CCondition(const CCondition& other) = default;
   CCondition& operator=(const CCondition& other) = default;
-  ~CCondition() = default;
+  ~CCondition();
 
   /// Returns VARIANT_TRUE if the condition compares two columns. No operation sets this.
   VARIANT_BOOL GetCompareFields() const { return m_CompareFields; }

@@ -26,6 +26,10 @@ bool TyFieldValues::NameOrder::operator()(const OLECHAR* a, const OLECHAR* b) co
   return VarBstrCmp(a, b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
 }
 
+TyFieldValues::TyFieldValues(std::initializer_list<std::pair<CComBSTR, CComVariant>> fields) {
+  for (const auto& [name, value] : fields) Add(name, value);
+}
+
 TyFieldValues::TyFieldValues(const TyFieldValues& other) { *this = other; }
 
 TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept { *this = std::move(other); }

@@ -8,6 +8,7 @@
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/variant.h"
 
+#include <initializer_list>
 #include <map>
 #include <utility>
 #include <vector>
@@ -16,6 +17,8 @@ namespace Persistence {
 
 struct QX_API TyFieldValues {
   TyFieldValues() = default;
+  /// Adds the fields in their order: TyFieldValues{{u"U_No", u"A-1"}, {u"U_Line", 2}}.
+  TyFieldValues(std::initializer_list<std::pair<CComBSTR, CComVariant>> fields);
   /// Takes the values that `other` has at positions, in their order. A value without a position is
   /// lost. A move leaves `other` empty.
   TyFieldValues(const TyFieldValues& other);
@@ -38,7 +41,8 @@ struct QX_API TyFieldValues {
   }
 
   /// Sets the value and assigns the next position to the name. A name that is added again has two
-  /// positions.
+  /// positions. A CComVariant can be made of a text, a number, a truth, a date and an amount; a
+  /// date that is not valid becomes the empty date, an amount a number with decimals.
   void Add(CComBSTR name, CComVariant value);
   /// Sets the value of a name that has a position. Another name gets a value without a position.
   void SetValue(CComBSTR name, CComVariant value);

@@ -1,5 +1,7 @@
 #include "qxframework/query/field_values.h"
 
+#include "qxframework/foundation/currency.h"
+#include "qxframework/foundation/date_time.h"
 #include "qxframework/foundation/qx_ptr.h"
 
 #include <gtest/gtest.h>
@@ -408,6 +410,37 @@ TEST(FieldValues, TenThousandStepsMatchAMapAndAList) {
     }
     ASSERT_NO_FATAL_FAILURE(expectAlike(values, model)) << step;
   }
+}
+
+TEST(FieldValues, ListOfFieldsAddsThemInOrder) {
+  const TyFieldValues values{{u"B", 1}, {u"A", u"x"}};
+  ASSERT_EQ(values.GetCount(), 2);
+  EXPECT_EQ(values.keyAt(0).View(), u"B");
+  EXPECT_EQ(values.valueAt(0).lVal, 1);
+  EXPECT_EQ(values.keyAt(1).View(), u"A");
+  EXPECT_EQ(text(values.valueAt(1)), u"x");
+  EXPECT_EQ((TyFieldValues{{u"A", u"x"}}).GetCount(), 1);
+  EXPECT_EQ((TyFieldValues{}).GetCount(), 0);
+}
+
+TEST(FieldValues, AddTakesTheFrameworksOwnValues) {
+  TyFieldValues values;
+  values.Add(u"Unsigned", 7u);
+  values.Add(u"Text", std::u16string(u"text"));
+  values.Add(CString(u"String"), CString(u"string"));
+  values.Add(u"Date", CQXDateTime(2024, 2, 29, 0, 0, 0));
+  values.Add(u"NoDate", CQXDateTime());
+  values.Add(u"Amount", CQXCurrency(12.5));
+  EXPECT_EQ(values[u"Unsigned"].vt, VT_I4);
+  EXPECT_EQ(values[u"Unsigned"].lVal, 7);
+  EXPECT_EQ(text(values[u"Text"]), u"text");
+  EXPECT_EQ(text(values[u"String"]), u"string");
+  EXPECT_EQ(values[u"Date"].vt, VT_DATE);
+  EXPECT_EQ(values[u"Date"].date, 45351.0);
+  EXPECT_EQ(values[u"NoDate"].vt, VT_DATE);
+  EXPECT_EQ(values[u"NoDate"].date, 0.0);
+  EXPECT_EQ(values[u"Amount"].vt, VT_R8);
+  EXPECT_EQ(values[u"Amount"].dblVal, 12.5);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ class QX_API CQXPersistenceSortField {
   CQXPersistenceSortField(const OLECHAR* fieldName, etSORT_ORDER order)
       : m_FieldName(fieldName), m_SortOrder(order) {}
   /// Sorts in ascending order.
-  explicit CQXPersistenceSortField(const OLECHAR* fieldName)
+  CQXPersistenceSortField(const OLECHAR* fieldName)
       : CQXPersistenceSortField(fieldName, so_Ascending) {}
 
   const CComBSTR& GetFieldName() const { return m_FieldName; }

@@ -55,5 +55,16 @@ TEST(SortField, ACollectionIsCopiedByValueAndInOrder) {
   EXPECT_EQ(fields[0].GetFieldName().View(), u"B");
 }
 
+CQXPersistenceSortFieldCollection listOf(const CQXPersistenceSortFieldCollection& fields) {
+  return fields;
+}
+
+TEST(SortField, ListTakesNamesAlone) {
+  const CQXPersistenceSortFieldCollection ascending{CQXPersistenceSortField(u"A")};
+  EXPECT_EQ(listOf({{u"A"}}), ascending);
+  EXPECT_EQ(listOf({u"A"}), ascending);
+  EXPECT_EQ(listOf({{u"A"}, {u"B", so_Descending}}).at(1).GetSortOrder(), so_Descending);
+}
+
 }  // namespace
 }  // namespace Persistence

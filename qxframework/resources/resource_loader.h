@@ -9,8 +9,10 @@
 #include "qxframework/os/module.h"
 #include "qxframework/resources/xml_map.h"
 
+#include <concepts>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -24,10 +26,11 @@ class QuotedText;
 
 /// Reads the embedded XML and the localised strings of one module. With a symbol table it rewrites
 /// an XML text on loading: symbols in identifier attributes become numbers, symbols in text
-/// attributes become strings in the user's language.
+/// attributes become strings in the user's language; xml_map.h has the rules.
 ///
 /// The first `long` of an operation is the number of the client, for the log. Failures are logged
-/// and thrown as a _com_error; a missing child, attribute or mapping is no failure.
+/// and thrown as a _com_error. A missing child, attribute or mapping is no failure, but a null node
+/// is: it throws E_POINTER. So test the result of GetChildNode before you pass it on.
 class QX_API CQXResourceLoader {
  public:
   /// Reads from `module`, which must stay loaded; null means the executable.
@@ -62,6 +65,10 @@ class QX_API CQXResourceLoader {
   bool LoadStringW(CQXBSTR& out, unsigned int id, HvLanguages language);
   /// Does the same with a Windows language id.
   bool LoadStringW(CQXBSTR& out, unsigned int id, unsigned short langId);
+  /// Deleted, as in CQXBSTR: a plain number does not say which of the two it is.
+  template <std::integral Number>
+  requires(!std::is_same_v<Number, unsigned short>) bool LoadStringW(CQXBSTR& out, unsigned int id,
+                                                                     Number language) = delete;
 
  private:
   /// The rows by tag, borrowed. The first row of a tag wins.

@@ -329,6 +329,22 @@ TEST_F(ResourceLoaderTest, LoadsStringsOfItsModule) {
   EXPECT_EQ(text.View(), u"OK");
 }
 
+TEST_F(ResourceLoaderTest, LoadStringRefusesANumberThatMayBeEitherKindOfLanguage) {
+  const auto loads = [](auto language) {
+    return requires(CQXResourceLoader reader, CQXBSTR text) {
+      reader.LoadStringW(text, 1, language);
+    };
+  };
+  EXPECT_TRUE(loads(ln_German));
+  EXPECT_TRUE(loads(static_cast<unsigned short>(1031)));
+  EXPECT_FALSE(loads(9));
+}
+
+TEST_F(ResourceLoaderTest, NullNodeIsRefusedWithEPointer) {
+  EXPECT_EQ(raisedBy([&] { loader.GetChildNode(0, nullptr, u"menus", -1, false); }), E_POINTER);
+  EXPECT_EQ(raisedBy([&] { loader.GetXMLAttributeValue(nullptr, u"uid"); }), E_POINTER);
+}
+
 TEST_F(ResourceLoaderTest, LoadsTenMegabytes) {
   std::u16string text = u"<Application>";
   long items = 0;

@@ -1,6 +1,23 @@
 #pragma once
 
-// The symbol tables of XML resources, see resource_loader.h.
+// The symbol tables of XML resources. CQXResourceLoader::LoadXML replaces symbols by such a table:
+//
+// | attributes                                                     | a symbol becomes |
+// |----------------------------------------------------------------|-------------------------------|
+// | uid, alias, linkto, UniqueID, FatherUID, default_button        | the row's id, as a decimal |
+// | caption, description, title, value, String                     | string `id` in the user's | |
+// | language, else the row's text |
+//
+// The value of an attribute is a symbol, or `prefix@symbol`: the prefix stays, and the "@" goes if
+// the symbol has a row. With a row (QX_MENU, 302) UniqueID="QX_@QX_MENU" becomes UniqueID="QX_302".
+//
+// A value without a row stays as it is, so numbers and literal UIDs need none. But the symbol of an
+// identifier, with its "@", is cut to the ten characters of a UID; a prefix comes on top of the
+// ten.
+//
+// A table ends with a row without a tag. That row serves the attributes with an empty value: uid=""
+// becomes uid="-1", caption="" stays empty. Names of attributes count with case, and an attribute
+// whose name only ends in one of these, such as myuid, is rewritten too.
 
 #include "qxframework/automation/export.h"
 

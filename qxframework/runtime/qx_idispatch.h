@@ -19,7 +19,7 @@ class QX_API CQXIDispatch {
   CQXIDispatch() = default;
   CQXIDispatch(const CQXIDispatch&) = default;
   CQXIDispatch& operator=(const CQXIDispatch&) = default;
-  virtual ~CQXIDispatch() = default;
+  virtual ~CQXIDispatch();
 
   /// Reserved. The framework never calls it.
   virtual long OnReservedEvent() = 0;

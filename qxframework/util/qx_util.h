@@ -83,7 +83,12 @@ class QX_API CQXUtil {
   static bool getRegistryLongValue(HKEY root, const OLECHAR* key, const OLECHAR* valueName,
                                    long& out, const OLECHAR* keyTail);
 
-  /// Removes comments below `node`, but not in all of its descendants: see the source.
+  /// Removes the comments that are children of `node` and, by calls of itself, those below. Not all
+  /// of them: a call with a `depth` of 2 removes nothing, and each child that is no comment gets a
+  /// depth that is 1 higher than that of the child before it; the first one gets `depth`. So in a
+  /// call with a depth of 0 the third such child keeps its comments. Comments below the first,
+  /// second and fourth are removed by the same rule. Returns S_OK, or the code of a node that
+  /// cannot be read or changed; throws E_POINTER for a null node.
   static long RemoveXMLCommentNodes(long appId, CComPtr<IXMLDOMNode> node, long depth);
   /// Removes all values; logs those that cannot be removed.
   static void ValidValuesRemoveAll(CComPtr<IValidValues> validValues);

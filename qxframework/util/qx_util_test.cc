@@ -10,6 +10,7 @@
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "testing/fake_application.h"
+#include "testing/raised_by.h"
 #include "testing/recording_logger.h"
 #include "testing/registry_in_use.h"
 #include "testing/scripted_company.h"
@@ -270,6 +271,10 @@ TEST_F(QxUtilComments, AtDepthTwoNothingIsTouched) {
 
 TEST_F(QxUtilComments, AtADepthBeyondTwoTheyAreRemoved) {
   EXPECT_EQ(cleaned(u"<a><!--1--></a>", 3), u"<a/>");
+}
+
+TEST_F(QxUtilComments, ANullNodeIsRefusedWithEPointer) {
+  EXPECT_EQ(raisedBy([] { CQXUtil::RemoveXMLCommentNodes(7, nullptr, 0); }), E_POINTER);
 }
 
 TEST_F(QxUtilComments, RemovalIsAScope) {

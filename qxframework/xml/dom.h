@@ -39,7 +39,7 @@ enum DOMNodeType : long {
 
 /// Any node of a tree. Operations return E_INVALIDARG for a node of another implementation as an
 /// argument, and E_POINTER for a null node or out parameter.
-class IXMLDOMNode : public IUnknown {
+class QX_API IXMLDOMNode : public IUnknown {
  public:
   static constexpr GUID kIid{
       0x525b2fe5, 0xc34d, 0x411d, {0x90, 0xf7, 0x4a, 0xa6, 0xa4, 0x93, 0xb5, 0x3e}};
