@@ -35,7 +35,7 @@ int makeRoom(FileApi& files, int file, std::size_t size) {
   FileInfo info;
   if (const int error = files.info(file, info); error < 0) return error;
   const auto length = static_cast<std::int64_t>(size);
-  return info.size >= length ? 0 : -posix_fallocate(file, 0, length);
+  return info.size >= length ? 0 : allocateFile(file, length);
 }
 
 // Robust: after the death of its owner, locking returns EOWNERDEAD instead of blocking for ever.
