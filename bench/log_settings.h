@@ -7,11 +7,11 @@
 
 namespace qx::bench {
 
-/// Records messages up to `level` in files of `megabytes`, at once. Returns false and prints a
-/// message if the component is unavailable.
-inline bool recordUpTo(QXLoggerLib::HvSeverityLevel level, long megabytes) {
+/// Records messages up to `level` in `files` files of `megabytes`, at once. Returns false and
+/// prints a message if the component is unavailable.
+inline bool recordUpTo(QXLoggerLib::HvSeverityLevel level, long megabytes, long files = 2) {
   const auto logger = createLogger();
-  if (logger == nullptr || logger->WriteSettings(2, megabytes, level, nullptr) != S_OK) {
+  if (logger == nullptr || logger->WriteSettings(files, megabytes, level, nullptr) != S_OK) {
     std::fprintf(stderr, "bench: the logging component does not answer; is QX_REGISTRY set?\n");
     return false;
   }

@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <utility>
 
 namespace qx::logger {
@@ -36,6 +38,32 @@ int fill(int result, const struct stat& from, FileInfo& info) {
   return 0;
 }
 
+// Runs `call`, which returns a negated `errno`, without the signal SIGXFSZ. The kernel raises it
+// when a file would pass the process's limit, and its default action ends the process; a log call
+// must fail instead. The signal goes to the calling thread, so it is blocked for this thread only
+// and taken back before it can arrive. One that was already pending is the application's and
+// remains.
+template <typename Call>
+auto withoutLimitSignal(Call call) {
+  sigset_t signal;
+  sigset_t before;
+  sigset_t pending;
+  sigemptyset(&signal);
+  sigaddset(&signal, SIGXFSZ);
+  sigemptyset(&pending);
+  pthread_sigmask(SIG_BLOCK, &signal, &before);
+  // Only a signal that was blocked before can be pending.
+  if (sigismember(&before, SIGXFSZ) == 1) sigpending(&pending);
+  const auto result = call();
+  if (result == -EFBIG && sigismember(&pending, SIGXFSZ) == 0) {
+    constexpr timespec kNoWait{};
+    while (sigtimedwait(&signal, nullptr, &kNoWait) < 0 && errno == EINTR) {
+    }
+  }
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return result;
+}
+
 class SystemFiles final : public FileApi {
  public:
   int open(const std::string& path, int flags) override {
@@ -43,7 +71,7 @@ class SystemFiles final : public FileApi {
   }
   int close(int file) override { return orError(::close(file)); }
   std::int64_t write(int file, const char* data, std::size_t size) override {
-    return orError(std::int64_t{::write(file, data, size)});
+    return withoutLimitSignal([&] { return orError(std::int64_t{::write(file, data, size)}); });
   }
   std::int64_t readAt(int file, char* data, std::size_t size, std::int64_t offset) override {
     return orError(std::int64_t{::pread(file, data, size, offset)});
@@ -102,6 +130,10 @@ int writeAll(FileApi& files, int file, const char* data, std::size_t size) {
     size -= static_cast<std::size_t>(taken);
   }
   return 0;
+}
+
+int allocateFile(int file, std::int64_t size) {
+  return withoutLimitSignal([&] { return -posix_fallocate(file, 0, size); });
 }
 
 int lockFile(int file, int operation) {

@@ -30,7 +30,8 @@ class FileApi {
   /// Returns a new descriptor, closed on exec. A new file belongs to the user alone.
   virtual int open(const std::string& path, int flags) = 0;
   virtual int close(int file) = 0;
-  /// Returns the number of bytes written, which may be less than `size`.
+  /// Returns the number of bytes written, which may be less than `size`. Beyond the process's limit
+  /// for files (RLIMIT_FSIZE) fails with EFBIG and raises no signal.
   virtual std::int64_t write(int file, const char* data, std::size_t size) = 0;
   /// Returns the number of bytes read, which may be less than `size`; 0 at the end of the file.
   virtual std::int64_t readAt(int file, char* data, std::size_t size, std::int64_t offset) = 0;
@@ -53,6 +54,10 @@ int openInFolder(FileApi& files, const std::string& path, int flags);
 
 /// Writes all of `data`, despite interruptions and short writes. Returns 0 or the negated `errno`.
 int writeAll(FileApi& files, int file, const char* data, std::size_t size);
+
+/// Allocates the space of a file up to `size` on the disk. Returns 0 or the negated `errno`. Beyond
+/// the process's limit for files fails with EFBIG and raises no signal.
+int allocateFile(int file, std::int64_t size);
 
 /// Calls flock() with `operation`, again after each interruption by a signal. Returns 0 or the
 /// negated `errno`, which is -EWOULDBLOCK if LOCK_NB was given and the lock is taken.

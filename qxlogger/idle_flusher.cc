@@ -24,7 +24,11 @@ void IdleFlusher::stop() {
   state_ = State::kNone;
 }
 
+// The first test saves the write for most records of a flood. Its result is never too old: a flush
+// that missed the caller's record took the lock of the log after run() had cleared the flag and
+// before the caller did, so that the caller sees the flag cleared.
 void IdleFlusher::request() {
+  if (requested_.load(std::memory_order_acquire)) return;
   if (!requested_.exchange(true)) sem_post(&wake_);
 }
 

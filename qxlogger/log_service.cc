@@ -1,7 +1,6 @@
 #include "qxlogger/log_service.h"
 
 #include "qxlogger/log_paths.h"
-#include "qxlogger/record.h"
 #include "qxlogger/shared_log.h"
 
 #include <pthread.h>
@@ -20,9 +19,6 @@ constexpr std::int64_t kMegabyte = 1 << 20;
 
 // Cached, because the system call takes longer than all other work on a record.
 std::atomic<long> processId{0};
-
-// The service of this process, for the handlers of fork and exit, which take no arguments.
-std::atomic<LogService*> theService{nullptr};
 
 long currentProcessId() {
   long id = processId.load(std::memory_order_relaxed);
@@ -68,11 +64,12 @@ LogService::~LogService() {
   }
 }
 
-LogService& LogService::instance() {
+LogService& LogService::makeForProcess() {
+  // The first of several threads makes it, and the others wait.
   static LogService& service = []() -> LogService& {
     auto* made = new LogService(FileApi::system(), LogClock::system(),
                                 {.settings = settingsPath(), .logs = logFolder()});
-    theService = made;
+    ofProcess_ = made;
     prepareForkAndExit();
     return *made;
   }();
@@ -84,28 +81,17 @@ LogService& LogService::instance() {
 void LogService::prepareForkAndExit() {
   pthread_atfork(nullptr, nullptr, [] {
     processId = 0;
-    theService.load()->flusher_.forgetThread();
+    ofProcess_.load()->flusher_.forgetThread();
   });
   std::atexit([] {
-    theService.load()->ending_ = true;
-    theService.load()->flush();
+    ofProcess_.load()->ending_ = true;
+    ofProcess_.load()->flush();
   });
-}
-
-long LogService::write(long appId, std::u16string_view module, long level,
-                       std::u16string_view function, std::u16string_view message) noexcept try {
-  // Nothing is formatted or converted before these tests: most records end here.
-  if (level < kError || level > kDebug2) return kNotRecorded;
-  const LogSettings& settings = monitor_.current();
-  if (!settings.admits(level, module)) return kRecorded;
-  return record(settings, appId, module, level, function, message);
-} catch (...) {
-  // Out of memory: the record is lost, but the caller continues.
-  return kNotRecorded;
 }
 
 long LogService::record(const LogSettings& settings, long appId, std::u16string_view module,
-                        long level, std::u16string_view function, std::u16string_view message) {
+                        long level, std::u16string_view function,
+                        std::u16string_view message) noexcept try {
   const std::int64_t time = clock_.wallNanoseconds();
   const long process = currentProcessId();
   const std::string text = formatRecord({.time = time,
@@ -123,6 +109,9 @@ long LogService::record(const LogSettings& settings, long appId, std::u16string_
   const Appended result = find(module).log.append(line, limits);
   if (result == Appended::kPending) flusher_.request();
   return result == Appended::kDropped ? kNotRecorded : kRecorded;
+} catch (...) {
+  // Out of memory: the record is lost, but the caller continues.
+  return kNotRecorded;
 }
 
 // A process has few modules, so a list serves. It is lock-free: two threads may create the same

@@ -3,6 +3,7 @@
 // The core of the logging component: one log per process.
 
 #include "qxlogger/idle_flusher.h"
+#include "qxlogger/record.h"
 #include "qxlogger/settings_monitor.h"
 
 #include <atomic>
@@ -35,11 +36,32 @@ class LogService {
   LogService& operator=(const LogService&) = delete;
 
   /// Returns the service of this process.
-  static LogService& instance();
+  static LogService& instance() {
+    LogService* const service = ofProcess_.load(std::memory_order_acquire);
+    return service != nullptr ? *service : makeForProcess();
+  }
+
+  /// Returns the settings in force if they admit a record of this level and module, else null.
+  /// Nothing of a record is formatted or converted before this test: most records end here.
+  const LogSettings* settingsFor(long level, std::u16string_view module) noexcept {
+    const LogSettings& settings = monitor_.current();
+    return level >= kError && settings.admits(level, module) ? &settings : nullptr;
+  }
+  /// Records `message` as `settings` say. Returns kRecorded or kNotRecorded.
+  long record(const LogSettings& settings, long appId, std::u16string_view module, long level,
+              std::u16string_view function, std::u16string_view message) noexcept;
 
   /// Records `message` unless the settings exclude it. Returns kRecorded or kNotRecorded.
   long write(long appId, std::u16string_view module, long level, std::u16string_view function,
-             std::u16string_view message) noexcept;
+             std::u16string_view message) noexcept {
+    const LogSettings* settings = settingsFor(level, module);
+    if (settings == nullptr) return resultOfExcluded(level);
+    return record(*settings, appId, module, level, function, message);
+  }
+  /// Returns the result for a record that settingsFor() excludes.
+  static long resultOfExcluded(long level) {
+    return level < kError || level > kDebug2 ? kNotRecorded : kRecorded;
+  }
 
   LogSettings settings() { return monitor_.current(); }
   /// Stores new settings, which this process honours at once.
@@ -51,10 +73,12 @@ class LogService {
  private:
   struct Module;
 
-  long record(const LogSettings& settings, long appId, std::u16string_view module, long level,
-              std::u16string_view function, std::u16string_view message);
+  static LogService& makeForProcess();
   Module& find(std::u16string_view name);
   static void prepareForkAndExit();
+
+  // For instance(), and for the handlers of fork and exit, which take no arguments.
+  static inline std::atomic<LogService*> ofProcess_{nullptr};
 
   FileApi& files_;
   LogClock& clock_;

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <regex>
 #include <string>
+#include <thread>
 
 namespace qx::logger {
 namespace {
@@ -92,6 +93,40 @@ TEST_F(LoggerComponent, ImplementsIDispatch) {
   EXPECT_EQ(makeLogger()->QueryInterface(IDispatch::kIid, reinterpret_cast<void**>(&dispatch.p)),
             S_OK);
   EXPECT_NE(dispatch.p, nullptr);
+}
+
+TEST_F(LoggerComponent, MakesNoInstanceWithAnInterfaceThatItLacks) {
+  CComPtr<IClassFactory> factory;
+  ASSERT_EQ(
+      entry(QXLoggerLib::CLSID_QXLogger, IClassFactory::kIid, reinterpret_cast<void**>(&factory.p)),
+      S_OK);
+  void* object = &object;
+  EXPECT_EQ(factory->CreateInstance(nullptr, IClassFactory::kIid, &object), E_NOINTERFACE);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(factory->CreateInstance(factory, IQXLogger::kIid, &object), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(factory->CreateInstance(nullptr, IQXLogger::kIid, nullptr), E_POINTER);
+  CComPtr<IUnknown> unknown;
+  EXPECT_EQ(factory->CreateInstance(nullptr, IUnknown::kIid, reinterpret_cast<void**>(&unknown.p)),
+            S_OK);
+}
+
+TEST_F(LoggerComponent, InstancesAreDistinctWhileTheyLive) {
+  const CComPtr<IQXLogger> first = makeLogger();
+  const CComPtr<IQXLogger> second = makeLogger();
+  EXPECT_NE(first.p, second.p);
+  EXPECT_EQ(first.p->AddRef(), 2U);
+  EXPECT_EQ(first.p->Release(), 1U);
+  EXPECT_EQ(write(first, u"Billing", QXLoggerLib::sl_Debug2, u"x"), S_OK);
+}
+
+TEST_F(LoggerComponent, AnInstanceOutlivesTheThreadThatMadeIt) {
+  CComPtr<IQXLogger> logger;
+  std::thread([&] {
+    makeLogger();  // released, so that the thread keeps its memory
+    logger = makeLogger();
+  }).join();
+  EXPECT_EQ(write(logger, u"Billing", QXLoggerLib::sl_Debug2, u"x"), S_OK);
+  std::thread([&] { logger.Release(); }).join();
 }
 
 TEST_F(LoggerComponent, HasTheDefaultSettingsAtFirst) {

@@ -33,11 +33,13 @@ StoreResult SettingsMonitor::store(const LogSettings& settings) {
   return result;
 }
 
-void SettingsMonitor::check(std::int64_t now) {
+void SettingsMonitor::check(std::int64_t now) noexcept try {
   std::int64_t due = nextCheck_.load(std::memory_order_relaxed);
   if (now < due) return;
   // Of several threads that are due, the one that moves the time looks at the file.
   if (nextCheck_.compare_exchange_strong(due, now + kCheckInterval)) refresh();
+} catch (...) {
+  // Out of memory: the settings remain as they are until the next check.
 }
 
 void SettingsMonitor::refresh() {

@@ -29,7 +29,7 @@ class SettingsMonitor {
   SettingsMonitor& operator=(const SettingsMonitor&) = delete;
 
   /// Returns the settings, which remain valid and unchanged as long as the monitor lives.
-  const LogSettings& current() {
+  const LogSettings& current() noexcept {
     const std::int64_t now = clock_.coarseNanoseconds();
     if (now >= nextCheck_.load(std::memory_order_relaxed)) check(now);
     return snapshot_.load(std::memory_order_acquire)->settings;
@@ -45,7 +45,7 @@ class SettingsMonitor {
     const Snapshot* previous;
   };
 
-  void check(std::int64_t now);
+  void check(std::int64_t now) noexcept;
   void refresh();
   FileInfo look();
 

@@ -23,8 +23,8 @@ constexpr std::int64_t kFloodGap = 5'000;
 // A flood is written in pieces of about this many bytes; larger ones are hardly faster.
 constexpr std::uint32_t kPieceSize = 8 * 1024;
 constexpr std::int64_t kVerifyInterval = 500 * kNanosecondsPerMillisecond;
-// A file grows by this many bytes before a failed rotation is tried again.
-constexpr std::int64_t kRotationRetry = 64 * 1024;
+// A file may grow beyond its limit by this many bytes if it cannot be rotated.
+constexpr std::int64_t kOvergrowth = 64 * 1024;
 // Surplus files are removed up to this number, which is far more than the settings allow.
 constexpr long kMostRemoved = 100;
 
@@ -76,6 +76,8 @@ struct SharedLog::Attachment {
   int error = 0;  // `errno` of the last failure
   std::uint64_t generation = 0;
   std::int64_t verified = 0;
+  std::int64_t rotationFailed = 0;  // the time of the last failure
+  std::int64_t unrotatedSize = -1;  // of the file at that time
 };
 
 SharedLog::SharedLog(FileApi& files, LogClock& clock, std::string folder, std::string name,
@@ -124,6 +126,8 @@ bool SharedLog::flush() {
   {
     const Holder holder(*a->region);
     if (!holder.held()) return false;
+    // Without this test a process that ends would create the file anew that its user has removed.
+    if (pendingSize(a->region->state()) == 0) return true;
     const bool stays = makeReady(*a, clock_.wallNanoseconds());
     const bool written = writePending(*a);
     if (stays) return written;
@@ -261,7 +265,11 @@ bool SharedLog::makeRoom(Attachment& a, const LogLine& line, const LogLimits& li
     return used > 0 && used + size > std::max(limits.fileBytes, state.rotateAt);
   };
   // Pending records belong to the file that they counted for, so they precede the rotation.
-  if (isFull() && writePending(a)) rotate(a, limits.fileCount);
+  if (isFull() && writePending(a) && mayRotate(a, line.time)) rotate(a, line.time, limits);
+  if (isFull() && pendingSize(a.region->state()) == 0) {
+    noteUnrotated(a, line);
+    return false;
+  }
   if ((a.region->state().dropped > 0 || droppedHere_ > 0) && !noteDropped(a, line)) return false;
   if (a.region->state().end + size <= SharedRegion::kPendingCapacity) return true;
   return writePending(a);
@@ -311,26 +319,43 @@ Appended SharedLog::writeLong(Attachment& a, std::string_view text) {
   return Appended::kWritten;
 }
 
-bool SharedLog::noteDropped(Attachment& a, const LogLine& line) {
-  if (!writePending(a)) return false;
-  SharedState next = a.region->state();
-  const std::uint64_t count = next.dropped + droppedHere_.exchange(0);
-  const int error = next.dropError != 0 ? next.dropError : dropErrorHere_.load();
-  const std::u16string message = toUtf16(
-      fmt::format("Records dropped: {} ({})", count, std::generic_category().message(error)));
+// Puts a record of the log itself after the pending ones. The caller has made room for it.
+void SharedLog::putOwn(Attachment& a, const LogLine& line, const std::string& message) {
+  const std::u16string text = toUtf16(message);
   const Record record{.time = line.time,
                       .level = kWarning,
                       .appId = 0,
                       .processId = line.processId,
                       .function = kOwnName,
-                      .message = message};
+                      .message = text};
   put(a, formatRecord(record), line.time);
-  // After put(): a kill in between has the number reported twice rather than never.
+}
+
+bool SharedLog::noteDropped(Attachment& a, const LogLine& line) {
+  if (!writePending(a)) return false;
+  SharedState next = a.region->state();
+  const std::uint64_t count = next.dropped + droppedHere_.exchange(0);
+  const int error = next.dropError != 0 ? next.dropError : dropErrorHere_.load();
+  putOwn(a, line,
+         fmt::format("Records dropped: {} ({})", count, std::generic_category().message(error)));
+  // After the record: a kill in between has the number reported twice rather than never.
   next = a.region->state();
   next.dropped = 0;
   next.dropError = 0;
   a.region->commit(next);
   return true;
+}
+
+// The last record of a file that can neither grow nor be rotated says why it is the last one.
+// Nothing is pending.
+void SharedLog::noteUnrotated(Attachment& a, const LogLine& line) {
+  if (a.region->state().dropped > 0) return;
+  const int error = a.error;
+  putOwn(a, line,
+         fmt::format("Records are dropped until the log files can be rotated ({})",
+                     std::generic_category().message(error)));
+  writePending(a);
+  a.error = error;
 }
 
 Appended SharedLog::drop(Attachment& a) {
@@ -340,13 +365,22 @@ Appended SharedLog::drop(Attachment& a) {
   return Appended::kDropped;
 }
 
+// A rotation that fails is repeated when the file has grown, or else as often as verify() runs: it
+// takes many system calls.
+bool SharedLog::mayRotate(const Attachment& a, std::int64_t now) const {
+  const std::int64_t age = now - a.rotationFailed;
+  return a.unrotatedSize != a.region->state().fileSize || age < 0 || age >= kVerifyInterval;
+}
+
 // Makes the current file number 1. Nothing is pending. A crash before the commit leaves the other
 // processes with number 1 as their open file until the next owner of the lock has recovered.
-void SharedLog::rotate(Attachment& a, long fileCount) {
+void SharedLog::rotate(Attachment& a, std::int64_t now, const LogLimits& limits) {
   SharedState next = a.region->state();
-  if (const int error = shiftFiles(fileCount); error < 0) {
+  if (const int error = shiftFiles(limits.fileCount); error < 0) {
     a.error = -error;
-    next.rotateAt = next.fileSize + kRotationRetry;
+    a.rotationFailed = now;
+    a.unrotatedSize = next.fileSize;
+    next.rotateAt = limits.fileBytes + kOvergrowth;
     a.region->commit(next);
     return;
   }

@@ -42,8 +42,11 @@ enum class Appended { kWritten, kPending, kDropped };
 /// spdlog keeps its records in a buffer that dies with the process, and its rotation ignores other
 /// processes.)
 ///
-/// While the disk refuses writes, records wait in the shared memory. When that is full, they are
-/// dropped and counted, and a record of the log itself reports the number before the next record.
+/// While the disk refuses writes, or the process has reached its limit for files, records wait in
+/// the shared memory. When that is full, they are dropped and counted, and a record of the log
+/// itself reports the number before the next record. The same happens to records for which a file
+/// that cannot be rotated has no room: what is in the files is never given up for them. Such a file
+/// grows by 64 KB beyond its limit, so that a rotation that fails once or twice costs no record.
 class SharedLog {
  public:
   /// The function name in the records that the log writes about itself.
@@ -85,9 +88,12 @@ class SharedLog {
   void put(Attachment& a, std::string_view text, std::int64_t time);
   bool writePending(Attachment& a);
   Appended writeLong(Attachment& a, std::string_view text);
+  void putOwn(Attachment& a, const LogLine& line, const std::string& message);
   bool noteDropped(Attachment& a, const LogLine& line);
+  void noteUnrotated(Attachment& a, const LogLine& line);
   Appended drop(Attachment& a);
-  void rotate(Attachment& a, long fileCount);
+  bool mayRotate(const Attachment& a, std::int64_t now) const;
+  void rotate(Attachment& a, std::int64_t now, const LogLimits& limits);
   int shiftFiles(long fileCount);
 
   FileApi& files_;

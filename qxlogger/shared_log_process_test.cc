@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -158,6 +159,32 @@ TEST_F(LogProcesses, EndTheLineOfALargeRecordInWhichOneWasKilled) {
   EXPECT_TRUE(wasKilled(child));
   log.append(line("last\n", false), kRoomy);
   EXPECT_EQ(allText(), "first\nyyyy\nlast\n");
+}
+
+TEST_F(LogProcesses, LiveOnIfTheirFilesReachTheLimitOfTheProcess) {
+  constexpr rlim_t kLimit = 100'000;
+  const pid_t child = startChild([&] {
+    const rlimit limit{.rlim_cur = kLimit, .rlim_max = kLimit};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    int written = 0;
+    while (log.append(line(fmt::format("0 {} {}\n", written, kPadding), false), kRoomy) !=
+           Appended::kDropped) {
+      ++written;
+    }
+  });
+  EXPECT_EQ(statusOf(child), 0);
+  EXPECT_EQ(allText().size(), kLimit);
+  // The parent has no limit, so it completes what the child has left pending.
+  log.append(line("last\n", false), kRoomy);
+  const std::string text = allText();
+  const auto note = text.rfind('\n', text.rfind("\tWarning\t"));
+  EXPECT_TRUE(text.ends_with("\tQXLogger\tRecords dropped: 1 (File too large)\nlast\n"));
+  std::istringstream records(text.substr(0, note + 1));
+  int count = 0;
+  for (std::string record; std::getline(records, record); ++count) {
+    ASSERT_EQ(record, fmt::format("0 {} {}", count, kPadding));
+  }
+  EXPECT_GT(count, 2000);
 }
 
 /// The parameter is the number of the rename before which the rotating process is killed.

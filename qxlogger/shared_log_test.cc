@@ -112,6 +112,40 @@ TEST_F(LogFiles, GrowOnIfRotationFails) {
   EXPECT_EQ(current(), "1111\n2222\n3333\n");
 }
 
+TEST_F(LogFiles, StopGrowingAtSomeDistanceBeyondTheirSizeIfRotationKeepsFailing) {
+  constexpr LogLimits kSmall{.fileCount = 2, .fileBytes = 1000};
+  files.onRename = [](const std::string&) { return -EACCES; };
+  const std::string text = std::string(99, 'x') + "\n";
+  std::string expected;
+  for (int i = 0; i < 665; ++i, expected += text) {
+    ASSERT_EQ(append(text, kSmall), Appended::kWritten) << i;
+  }
+  EXPECT_EQ(append(text, kSmall), Appended::kDropped);
+  EXPECT_EQ(append(text, kSmall), Appended::kDropped);
+  expected +=
+      "2024-02-29T12:34:56.789012+00:00\tWarning\t0\t42\tQXLogger\t"
+      "Records are dropped until the log files can be rotated (Permission denied)\n";
+  EXPECT_EQ(current(), expected);
+  files.onRename = nullptr;
+  clock.advance(kNanosecondsPerSecond);
+  EXPECT_EQ(append("last\n", kSmall), Appended::kWritten);
+  EXPECT_EQ(rotated(1), expected);
+  EXPECT_EQ(current(),
+            "2024-02-29T12:34:57.789012+00:00\tWarning\t0\t42\tQXLogger\t"
+            "Records dropped: 2 (Permission denied)\nlast\n");
+}
+
+TEST_F(LogFiles, AreNotRotatedAgainForEachRecordIfRotationKeepsFailing) {
+  int renames = 0;
+  files.onRename = [&](const std::string&) {
+    ++renames;
+    return -EACCES;
+  };
+  const std::string text(70'000, 'x');
+  for (int i = 0; i < 100; ++i) append(text + "\n", kTiny);
+  EXPECT_LT(renames, 5);
+}
+
 TEST_F(LogFiles, TakeAFloodInOneWrite) {
   EXPECT_EQ(flood("first\n"), Appended::kWritten);
   const int before = files.writes;
@@ -288,6 +322,15 @@ TEST_F(LogFiles, AreCreatedAgainIfTheirFolderIsRemoved) {
   EXPECT_EQ(append("2\n"), Appended::kWritten);
   EXPECT_EQ(append("3\n"), Appended::kWritten);
   EXPECT_EQ(current(), "2\n3\n");
+}
+
+TEST_F(LogFiles, AreNotCreatedAgainWithoutARecordIfTheirFolderIsEmptied) {
+  append("1\n");
+  std::filesystem::remove_all(folder / "sub");
+  std::filesystem::create_directory(folder / "sub");
+  clock.advance(kNanosecondsPerSecond);
+  EXPECT_TRUE(log.flush());
+  EXPECT_TRUE(std::filesystem::is_empty(folder / "sub"));
 }
 
 TEST_F(LogFiles, StartFromSizeZeroIfEmptied) {

@@ -12,16 +12,6 @@
 
 namespace qx::logger {
 
-// Frozen, as the class comment says.
-struct SharedRegion::Layout {
-  std::atomic<std::uint64_t> magic;
-  std::atomic<std::uint32_t> needsRecovery;
-  std::atomic<std::uint32_t> valid;  // the index of the valid state
-  pthread_mutex_t mutex;
-  SharedState states[2];
-  char pending[kPendingCapacity];
-};
-
 namespace {
 
 constexpr std::uint64_t kMagic = 0x31474F4C58510A1A;
@@ -29,13 +19,24 @@ constexpr std::int64_t kSecond = 1'000'000'000;
 // Only a process that is killed between locking and preparing causes another attempt.
 constexpr int kAttempts = 100;
 
+constexpr int kAttemptsBeforeSleep = 50;
+
+// Leaves the processor to the other thread on the same core for some ten nanoseconds.
+void pauseBriefly() {
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
+
 // Allocates the space on the disk: a store into a hole of the mapping would end the process by
 // SIGBUS when the disk is full.
 int makeRoom(FileApi& files, int file, std::size_t size) {
   FileInfo info;
   if (const int error = files.info(file, info); error < 0) return error;
   const auto length = static_cast<std::int64_t>(size);
-  return info.size >= length ? 0 : -posix_fallocate(file, 0, length);
+  return info.size >= length ? 0 : allocateFile(file, length);
 }
 
 // Robust: after the death of its owner, locking returns EOWNERDEAD instead of blocking for ever.
@@ -116,19 +117,25 @@ SharedRegion::SharedRegion(FileApi& files, OpenFile file, Layout* layout, std::i
 
 SharedRegion::~SharedRegion() { ::munmap(layout_, sizeof(Layout)); }
 
-// Tries without a time limit first, so that the usual case reads no clock.
+// Tries without a time limit first, so that the usual case reads no clock, and several times: most
+// owners have the lock for a part of a microsecond, and to sleep and be woken takes many of them.
 SharedRegion::Lock SharedRegion::lock() {
-  switch (pthread_mutex_trylock(&layout_->mutex)) {
-    case 0:
-      return Lock::kHeld;
-    case EOWNERDEAD:
-      pthread_mutex_consistent(&layout_->mutex);
-      return Lock::kHeldAfterDeath;
-    case EBUSY:
-      return waitedInVain_ ? Lock::kFailed : waitForLock();
-    default:
-      return Lock::kFailed;
+  for (int attempt = 0; attempt < kAttemptsBeforeSleep; ++attempt) {
+    switch (pthread_mutex_trylock(&layout_->mutex)) {
+      case 0:
+        return Lock::kHeld;
+      case EOWNERDEAD:
+        pthread_mutex_consistent(&layout_->mutex);
+        return Lock::kHeldAfterDeath;
+      case EBUSY:
+        if (waitedInVain_) return Lock::kFailed;
+        pauseBriefly();
+        break;
+      default:
+        return Lock::kFailed;
+    }
   }
+  return waitForLock();
 }
 
 SharedRegion::Lock SharedRegion::waitForLock() {
@@ -154,24 +161,6 @@ void SharedRegion::unlock() {
   waitedInVain_.store(false, std::memory_order_relaxed);
   pthread_mutex_unlock(&layout_->mutex);
 }
-
-const SharedState& SharedRegion::state() const {
-  return layout_->states[layout_->valid.load(std::memory_order_relaxed) & 1];
-}
-
-// The release order makes the state visible before the index that points to it. Not even a kill
-// between the two stores leaves a mixed state.
-void SharedRegion::commit(const SharedState& next) {
-  const std::uint32_t other = 1 - (layout_->valid.load(std::memory_order_relaxed) & 1);
-  layout_->states[other] = next;
-  layout_->valid.store(other, std::memory_order_release);
-}
-
-char* SharedRegion::pending() { return layout_->pending; }
-
-bool SharedRegion::needsRecovery() const { return layout_->needsRecovery != 0; }
-
-void SharedRegion::setNeedsRecovery(bool needs) { layout_->needsRecovery = needs ? 1 : 0; }
 
 bool SharedRegion::isFileAt(const std::string& path) const {
   FileInfo mine;

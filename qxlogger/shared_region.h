@@ -60,19 +60,34 @@ class SharedRegion {
   // The remaining operations require the lock.
 
   /// Returns the valid state, which the next commit() does not change but the one after it does.
-  const SharedState& state() const;
-  /// Replaces the state in one step.
-  void commit(const SharedState& next);
+  const SharedState& state() const {
+    return layout_->states[layout_->valid.load(std::memory_order_relaxed) & 1];
+  }
+  /// Replaces the state in one step: not even a kill at any point leaves a mixed state.
+  void commit(const SharedState& next) {
+    const std::uint32_t other = 1 - (layout_->valid.load(std::memory_order_relaxed) & 1);
+    layout_->states[other] = next;
+    // The release order makes the state visible before the index that points to it.
+    layout_->valid.store(other, std::memory_order_release);
+  }
   /// Returns the buffer of kPendingCapacity bytes.
-  char* pending();
+  char* pending() { return layout_->pending; }
   /// True after a crash, until the state has been compared with the log file.
-  bool needsRecovery() const;
-  void setNeedsRecovery(bool needs);
+  bool needsRecovery() const { return layout_->needsRecovery != 0; }
+  void setNeedsRecovery(bool needs) { layout_->needsRecovery = needs ? 1 : 0; }
   /// True if `path` still names the file of this region.
   bool isFileAt(const std::string& path) const;
 
  private:
-  struct Layout;
+  // Frozen, as the class comment says.
+  struct Layout {
+    std::atomic<std::uint64_t> magic;
+    std::atomic<std::uint32_t> needsRecovery;
+    std::atomic<std::uint32_t> valid;  // the index of the valid state
+    pthread_mutex_t mutex;
+    SharedState states[2];
+    char pending[kPendingCapacity];
+  };
 
   SharedRegion(FileApi& files, OpenFile file, Layout* layout, std::int64_t longestWait);
   Lock waitForLock();

@@ -38,12 +38,42 @@ BSTR reallocate(BSTR text, std::size_t room) {
   return reinterpret_cast<BSTR>(moved + 1);
 }
 
+// Returns a new string of `length` units with undefined content; null if memory is out or the
+// length exceeds kLongestText.
+BSTR fresh(std::size_t length) {
+  if (length > qx::kLongestText) return nullptr;
+  const BSTR units = reallocate(nullptr, length);
+  if (units != nullptr) setLength(units, length);
+  return units;
+}
+
+BSTR copyOf(std::u16string_view text) {
+  const BSTR units = fresh(text.size());
+  if (units != nullptr && !text.empty()) {
+    std::memcpy(units, text.data(), text.size() * sizeof(OLECHAR));
+  }
+  return units;
+}
+
+// As std::char_traits does, but four units at a time: nearly every function of the framework makes
+// a string of its name.
+std::u16string_view viewOfText(const OLECHAR* text) {
+  std::size_t length = 0;
+  while (true) {
+    if (text[length] == 0) return {text, length};
+    if (text[length + 1] == 0) return {text, length + 1};
+    if (text[length + 2] == 0) return {text, length + 2};
+    if (text[length + 3] == 0) return {text, length + 3};
+    length += 4;
+  }
+}
+
 BSTR raiseIfNull(BSTR text) {
   if (text == nullptr) qx::raiseError(E_OUTOFMEMORY);
   return text;
 }
 
-BSTR allocate(std::u16string_view text) { return raiseIfNull(qx::newText(text)); }
+BSTR allocate(std::u16string_view text) { return raiseIfNull(copyOf(text)); }
 
 // Returns the string, or a new one for null, in a block with room for `length` units. A block that
 // must grow at least doubles, so that many appends copy each unit a constant number of times. The
@@ -65,22 +95,12 @@ CComBSTR joined(std::u16string_view a, std::u16string_view b) {
 
 }  // namespace
 
-BSTR qx::newBstr(std::size_t length) {
-  if (length > kLongestText) return nullptr;
-  const BSTR units = reallocate(nullptr, length);
-  if (units != nullptr) setLength(units, length);
-  return units;
-}
+BSTR qx::newBstr(std::size_t length) { return fresh(length); }
 
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
-  const BSTR units = qx::newBstr(length);
-  if (units == nullptr) return nullptr;
-  const std::size_t bytes = length * sizeof(OLECHAR);
-  if (text != nullptr) {
-    std::memcpy(units, text, bytes);
-  } else {
-    std::memset(units, 0, bytes);
-  }
+  if (text != nullptr) return copyOf({text, length});
+  const BSTR units = fresh(length);
+  if (units != nullptr) std::memset(units, 0, length * sizeof(OLECHAR));
   return units;
 }
 
@@ -92,14 +112,10 @@ void SysFreeString(BSTR text) {
   if (text != nullptr) std::free(headOf(text));
 }
 
-BSTR qx::newText(std::u16string_view text) {
-  // Before the cast to 32 bits, which would cut a longer length off instead of refusing it.
-  if (text.size() > kLongestText) return nullptr;
-  return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-}
+BSTR qx::newText(std::u16string_view text) { return copyOf(text); }
 
 CComBSTR::CComBSTR(const OLECHAR* text)
-    : m_str(text == nullptr ? nullptr : allocate(qx::viewOf(text))) {}
+    : m_str(text == nullptr ? nullptr : allocate(viewOfText(text))) {}
 
 CComBSTR::CComBSTR(std::u16string_view text) : m_str(allocate(text)) {}
 

@@ -9,12 +9,16 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstdint>
+#include <cstring>
 #include <forward_list>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,6 +27,12 @@ namespace {
 
 using FactoryPtr = CComPtr<IClassFactory>;
 using GetClassObject = HRESULT (*)(REFCLSID clsid, REFIID iid, void** object);
+
+// The compiler's own comparison looks at each of the eleven parts of an id.
+bool isSame(REFCLSID a, REFCLSID b) {
+  static_assert(std::has_unique_object_representations_v<CLSID>);
+  return std::memcmp(&a, &b, sizeof(CLSID)) == 0;
+}
 
 // The factories of this process. A process uses few classes, and most instances are of one or two
 // of them, so a walk over a short list is the quickest look-up. A loaded factory is kept for ever,
@@ -37,13 +47,16 @@ class FactoryTable {
     return *table;
   }
 
+  // Returns false if no factory is registered for the class, the usual case; it costs no lock.
+  bool mayBeRegistered(REFCLSID clsid) const {
+    return countOf(clsid).load(std::memory_order_acquire) != 0;
+  }
+
   // Returns a registered factory, with a reference; null if there is none.
   FactoryPtr findRegistered(REFCLSID clsid) const {
-    // The usual case is that none is registered at all; it costs no lock.
-    if (registeredCount_.load(std::memory_order_acquire) == 0) return nullptr;
     const std::shared_lock lock(mutex_);
     for (auto entry = registered_.rbegin(); entry != registered_.rend(); ++entry)
-      if (entry->clsid == clsid) return entry->factory;
+      if (isSame(entry->clsid, clsid)) return entry->factory;
     return nullptr;
   }
 
@@ -51,14 +64,14 @@ class FactoryTable {
   IClassFactory* findLoaded(REFCLSID clsid) const {
     for (const Loaded* entry = loaded_.load(std::memory_order_acquire); entry != nullptr;
          entry = entry->next)
-      if (entry->clsid == clsid) return entry->factory.p;
+      if (isSame(entry->clsid, clsid)) return entry->factory.p;
     return nullptr;
   }
 
   DWORD registerFactory(REFCLSID clsid, FactoryPtr factory) {
     const std::unique_lock lock(mutex_);
     registered_.push_back({clsid, std::move(factory), ++lastCookie_});
-    ++registeredCount_;
+    ++countOf(clsid);
     return lastCookie_;
   }
 
@@ -69,8 +82,8 @@ class FactoryTable {
                                     [&](const Registered& each) { return each.cookie == cookie; });
     if (entry == registered_.end()) return false;
     released = std::move(entry->factory);
+    --countOf(entry->clsid);
     registered_.erase(entry);
-    --registeredCount_;
     return true;
   }
 
@@ -100,9 +113,23 @@ class FactoryTable {
     const Loaded* next;
   };
 
+  using Count = std::atomic<std::size_t>;
+
+  // The classes are spread over the counts by all bits of their ids. Classes that share a count
+  // only take the lock without need.
+  const Count& countOf(REFCLSID clsid) const {
+    std::uint64_t halves[2];
+    std::memcpy(halves, &clsid, sizeof halves);
+    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15;
+    return registeredCounts_[((halves[0] ^ halves[1]) * kGolden) >> (64 - kCountBits)];
+  }
+  Count& countOf(REFCLSID clsid) { return const_cast<Count&>(std::as_const(*this).countOf(clsid)); }
+
+  static constexpr int kCountBits = 6;
+
   mutable std::shared_mutex mutex_;
   std::vector<Registered> registered_;  // searched from the back: the latest takes precedence
-  std::atomic<std::size_t> registeredCount_ = 0;
+  std::array<Count, std::size_t{1} << kCountBits> registeredCounts_{};
   DWORD lastCookie_ = 0;
   std::forward_list<Loaded> kept_;
   std::atomic<const Loaded*> loaded_ = nullptr;
@@ -136,16 +163,25 @@ HRESULT loadFactory(REFCLSID clsid, FactoryPtr& factory) {
   return factory.p == nullptr ? E_UNEXPECTED : S_OK;
 }
 
-// Makes an instance with the class's factory, which is loaded first if necessary. A failure is not
-// remembered: a library that is installed later is found by the next call.
-HRESULT createLoaded(REFCLSID clsid, IUnknown* outer, REFIID iid, void** object) {
-  FactoryTable& table = FactoryTable::instance();
+// Loads and keeps the factory of a class. A failure is not remembered: a library that is installed
+// later is found by the next call.
+HRESULT provideFactory(REFCLSID clsid, IClassFactory*& factory) {
+  FactoryPtr fresh;
+  const HRESULT result = loadFactory(clsid, fresh);
+  if (result >= 0) factory = FactoryTable::instance().keepLoaded(clsid, fresh);
+  return result;
+}
+
+// Makes an instance with the factory that is registered for the class, or else with the one that
+// its library has.
+[[gnu::noinline]] HRESULT createSeldom(FactoryTable& table, REFCLSID clsid, IUnknown* outer,
+                                       REFIID iid, void** object) {
+  const FactoryPtr registered = table.findRegistered(clsid);
+  if (registered.p != nullptr) return registered.p->CreateInstance(outer, iid, object);
   IClassFactory* factory = table.findLoaded(clsid);
   if (factory == nullptr) {
-    FactoryPtr fresh;
-    const HRESULT result = loadFactory(clsid, fresh);
+    const HRESULT result = provideFactory(clsid, factory);
     if (result < 0) return result;
-    factory = table.keepLoaded(clsid, fresh);
   }
   return factory->CreateInstance(outer, iid, object);
 }
@@ -175,9 +211,13 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD, REFIID iid, voi
   if (object == nullptr) return E_POINTER;
   *object = nullptr;
   return qx::guarded([&] {
-    const qx::FactoryPtr factory = qx::FactoryTable::instance().findRegistered(clsid);
-    if (factory.p != nullptr) return factory.p->CreateInstance(outer, iid, object);
-    return qx::createLoaded(clsid, outer, iid, object);
+    qx::FactoryTable& table = qx::FactoryTable::instance();
+    // Every scope makes an instance of a loaded class, so this case stands apart.
+    if (!table.mayBeRegistered(clsid)) {
+      IClassFactory* const factory = table.findLoaded(clsid);
+      if (factory != nullptr) return factory->CreateInstance(outer, iid, object);
+    }
+    return qx::createSeldom(table, clsid, outer, iid, object);
   });
 }
 

@@ -172,6 +172,19 @@ TEST_F(Activation, TheLaterOfTwoRegisteredFactoriesTakesPrecedence) {
   EXPECT_EQ(greeting(), u"first");
 }
 
+TEST_F(Activation, OtherRegisteredClassesDoNotHideOneThatIsLoaded) {
+  registered(serverEntry(kGreeterClass, QX_TEST_COMPONENT));
+  const CComPtr<IClassFactory> other = factoryOf(u"other");
+  for (std::uint32_t i = 0; i < 200; ++i) {
+    DWORD cookie = 0;
+    ASSERT_EQ(CoRegisterClassObject(CLSID{i, 0, 0, {}}, other.p, 0, 0, &cookie), S_OK);
+    cookies_.push_back(cookie);
+  }
+  EXPECT_EQ(greeting(), u"hello from the library");
+  EXPECT_EQ(greeting(CLSID{199, 0, 0, {}}), u"other");
+  EXPECT_EQ(code(CLSID{200, 0, 0, {}}), REGDB_E_CLASSNOTREG);
+}
+
 TEST_F(Activation, RevokingReleasesTheFactoryAndWorksOnce) {
   const CComPtr<IClassFactory> factory = factoryOf(u"x");
   const DWORD cookie = registerLocal(factory);

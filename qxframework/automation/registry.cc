@@ -1,11 +1,13 @@
 #include "qxframework/automation/registry.h"
 
+#include "qxframework/automation/ascii.h"
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
 
 #include <dlfcn.h>
 #include <toml++/toml.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <limits>
@@ -42,7 +44,12 @@ std::u16string indexOf(std::u16string_view path, std::u16string_view valueName) 
   // A line feed separates path and name, because a backslash would confuse a name with a sub-key.
   std::u16string text(withoutEndingBackslashes(path));
   text.append(1, u'\n').append(valueName);
-  return toLower(toUpper(text));
+  // Most keys are ASCII, whose letters need no table.
+  if (std::ranges::any_of(text, [](char16_t unit) { return unit >= 0x80; })) {
+    return toLower(toUpper(text));
+  }
+  std::ranges::transform(text, text.begin(), toLowerAscii<char16_t>);
+  return text;
 }
 
 std::filesystem::path environmentPath(const char* name) {

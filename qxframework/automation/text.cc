@@ -1,9 +1,14 @@
 #include "qxframework/automation/text.h"
 
+#include "qxframework/automation/ascii.h"
+
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
+
+#include <algorithm>
+#include <optional>
 
 namespace qx {
 namespace {
@@ -17,6 +22,19 @@ std::u16string mapCase(CaseMap map, std::u16string_view text) {
                              static_cast<int32_t>(text.size()), "", &status);
   out.resize(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
   return out;
+}
+
+// Returns the result for texts that ASCII characters decide, as they do for nearly all names;
+// nothing if another character is reached first, or a text is empty.
+std::optional<bool> equalsAsAscii(std::u16string_view a, std::u16string_view b) {
+  const std::size_t common = std::min(a.size(), b.size());
+  if (common == 0) return std::nullopt;
+  for (std::size_t i = 0; i < common; ++i) {
+    if (a[i] >= 0x80 || b[i] >= 0x80) return std::nullopt;
+    if (toLowerAscii(a[i]) != toLowerAscii(b[i])) return false;
+  }
+  // No character is folded to nothing, so that the longer text differs.
+  return a.size() == b.size();
 }
 
 }  // namespace
@@ -71,6 +89,7 @@ int compareIgnoreCase(std::u16string_view a, std::u16string_view b) {
 }
 
 bool equalsIgnoreCase(std::u16string_view a, std::u16string_view b) {
+  if (const auto equal = equalsAsAscii(a, b)) return *equal;
   return compareIgnoreCase(a, b) == 0;
 }
 

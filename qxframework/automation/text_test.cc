@@ -67,6 +67,11 @@ TEST(Text, EqualityWithoutCaseFoldsBothSides) {
   EXPECT_TRUE(qx::equalsIgnoreCase(u"Code", u"cODE"));
   EXPECT_TRUE(qx::equalsIgnoreCase(u"\u00C4", u"\u00E4"));
   EXPECT_FALSE(qx::equalsIgnoreCase(u"Code", u"Codes"));
+  EXPECT_FALSE(qx::equalsIgnoreCase(u"Coda", u"Code\u00C4"));
+  // The Kelvin sign folds to k, and the sharp s to two letters.
+  EXPECT_TRUE(qx::equalsIgnoreCase(u"\u212Aey", u"KEY"));
+  EXPECT_TRUE(qx::equalsIgnoreCase(u"STRASSE", u"stra\u00DFe"));
+  EXPECT_FALSE(qx::equalsIgnoreCase(u"@", u"`"));
 }
 
 TEST(Text, ANullTextEqualsOnlyTheEmptyOne) {

@@ -2,13 +2,13 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/automation/developer_trace.h"
+#include "qxframework/logging/internal/fixed_bstr.h"
 #include "qxframework/logging/result_names.h"
 #include "qxframework/os/debug_trace.h"
 #include "qxframework/xml/dom.h"
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 
 // Exported once from here, so that the buffers of xstrerror are the same in all modules.
 template class CLogBase<long>;
@@ -38,17 +38,25 @@ void formatMessage(StackBstr& message, const OLECHAR* format, FormatArgs args) {
   message.bytes = static_cast<std::uint32_t>(units * sizeof(OLECHAR));
 }
 
-// Joins the parts by hand: this runs twice per scope, mostly for lines that the settings drop. The
-// parts must fit into a message; all callers pass short fixed ones.
+CComPtr<QXLoggerLib::IQXLogger> makeLogger() {
+  CComPtr<QXLoggerLib::IQXLogger> logger;
+  if (createInstance(QXLoggerLib::CLSID_QXLogger, CLSCTX_SERVER, &logger.p) < 0) {
+    developerTrace(u"CLog: Can't get QXLogger object\n");
+  }
+  return logger;
+}
+
+constexpr FixedBstr<32> kEntering{u"Entering function\n"};
+constexpr FixedBstr<32> kLeaving{u"Leaving function\n"};
+
 void writeTrace(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
-                std::initializer_list<std::u16string_view> parts) {
-  StackBstr message;
-  OLECHAR* end = message.text;
-  for (const std::u16string_view part : parts) end = std::copy(part.begin(), part.end(), end);
-  *end = 0;
-  message.bytes =
-      static_cast<std::uint32_t>(static_cast<std::size_t>(end - message.text) * sizeof(OLECHAR));
-  logger->WriteLog(appId, logModuleName(), QXLoggerLib::sl_Debug2, function, message.text);
+                BSTR message) noexcept {
+  if (logger == nullptr) return;
+  try {
+    logger->WriteLog(appId, logModuleName(), QXLoggerLib::sl_Debug2, function, message);
+  } catch (...) {
+    // The line is lost, the caller goes on.
+  }
 }
 
 }  // namespace
@@ -58,13 +66,7 @@ CComBSTR& logModuleName() {
   return *name;
 }
 
-CComPtr<QXLoggerLib::IQXLogger> createLogger() {
-  CComPtr<QXLoggerLib::IQXLogger> logger;
-  if (createInstance(QXLoggerLib::CLSID_QXLogger, CLSCTX_SERVER, &logger.p) < 0) {
-    developerTrace(u"CLog: Can't get QXLogger object\n");
-  }
-  return logger;
-}
+CComPtr<QXLoggerLib::IQXLogger> createLogger() { return makeLogger(); }
 
 long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
                      QXLoggerLib::HvSeverityLevel level, const OLECHAR* format,
@@ -82,26 +84,28 @@ long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& 
 
 void writeEnteringLine(QXLoggerLib::IQXLogger* logger, long appId,
                        const _bstr_t& function) noexcept {
-  if (logger == nullptr) return;
-  try {
-    writeTrace(logger, appId, function, {u"Entering function\n"});
-  } catch (...) {
-    // The line is lost, the caller goes on.
-  }
+  writeTrace(logger, appId, function, kEntering.bstr());
+}
+
+CComPtr<QXLoggerLib::IQXLogger> enterScope(const _bstr_t& function, long appId, bool quiet) {
+  CComPtr<QXLoggerLib::IQXLogger> logger = makeLogger();
+  if (!quiet) writeTrace(logger, appId, function, kEntering.bstr());
+  return logger;
+}
+
+void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId,
+                      const _bstr_t& function) noexcept {
+  writeTrace(logger, appId, function, kLeaving.bstr());
 }
 
 void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
                       long result) noexcept {
-  if (logger == nullptr) return;
-  try {
-    const std::u16string_view name = resultName(result);
-    // Only a code without a name allocates a text.
-    const std::u16string number = name.empty() ? resultText(result) : std::u16string();
-    writeTrace(logger, appId, function,
-               {u"Leaving function [", name.empty() ? number : name, u"]\n"});
-  } catch (...) {
-    // The line is lost, the caller goes on.
+  if (const BSTR message = leavingMessage(result)) {
+    return writeTrace(logger, appId, function, message);
   }
+  const FormatArg number(result);
+  writeLogMessage(logger, appId, function, QXLoggerLib::sl_Debug2, u"Leaving function [0x%08X]\n",
+                  {&number, 1});
 }
 
 void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]) {

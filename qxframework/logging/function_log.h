@@ -49,13 +49,33 @@ QX_API long writeLogMessage(QXLoggerLib::IQXLogger* logger, long appId, const _b
                             QXLoggerLib::HvSeverityLevel level, const OLECHAR* format,
                             FormatArgs args) noexcept;
 
-/// Writes the line at the start of a scope, at level Debug2. It does not use the formatter, because
-/// most scopes write it and most settings do not record it.
+/// Writes the line at the start of a scope, at level Debug2. Its message is a constant and not
+/// formatted, because nearly all scopes write it and most settings do not record it.
 QX_API void writeEnteringLine(QXLoggerLib::IQXLogger* logger, long appId,
                               const _bstr_t& function) noexcept;
-/// Writes the line at the end of a scope in the same way, with the name of the result.
+/// Returns the result of createLogger(), after writing the entering line to it unless `quiet`.
+QX_API CComPtr<QXLoggerLib::IQXLogger> enterScope(const _bstr_t& function, long appId, bool quiet);
+/// Writes the line at the end of a scope in the same way, with the name of the result if it has
+/// one.
 QX_API void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId, const _bstr_t& function,
                              long result) noexcept;
+QX_API void writeLeavingLine(QXLoggerLib::IQXLogger* logger, long appId,
+                             const _bstr_t& function) noexcept;
+
+/// Returns a view of a text in an array, up to its terminator. If the array is a literal, the
+/// compiler knows the length: nearly every function makes a string of its name.
+template <std::size_t N>
+[[gnu::always_inline]] inline std::u16string_view viewOfArray(const OLECHAR (&text)[N]) {
+  if constexpr (N > 1) {
+    // Of a buffer that is filled at run time the compiler knows nothing, and of an array that is
+    // longer than its text it knows the zeros.
+    if (__builtin_constant_p(text[N - 1] == 0 && text[N - 2] != 0) && text[N - 1] == 0 &&
+        text[N - 2] != 0) {
+      return {text, N - 1};
+    }
+  }
+  return viewOf(text);
+}
 
 /// Writes the sentence for `code` into the buffer, cut to its size, with a terminating zero.
 QX_API void copyErrorText(unsigned long code, OLECHAR (&buffer)[1024]);
@@ -94,9 +114,14 @@ class QX_API CLogBase {
       : m_lAppId(appId),
         m_bstrFunction(std::move(function)),
         m_bQuiet(quiet),
-        ptrQXLogger(qx::createLogger()) {
-    if (!m_bQuiet) qx::writeEnteringLine(ptrQXLogger, m_lAppId, m_bstrFunction);
-  }
+        ptrQXLogger(qx::enterScope(m_bstrFunction, appId, quiet)) {}
+  /// The same for a name in an array, usually a literal, without a second string on the way.
+  template <std::size_t N>
+  CLogBase(const OLECHAR (&function)[N], long appId, bool quiet)
+      : m_lAppId(appId),
+        m_bstrFunction(qx::viewOfArray(function)),
+        m_bQuiet(quiet),
+        ptrQXLogger(qx::enterScope(m_bstrFunction, appId, quiet)) {}
 
   /// Writes a formatted line at the level of its name. Line ends are neither added nor removed.
   template <class... Args>
@@ -181,6 +206,11 @@ class QX_API CReturnValue : public CLogBase<CReturnValue<T>> {
       : CLogBase<CReturnValue<T>>(std::move(function), appId, quiet), m_value(initial) {
     *this = m_value;  // the assignment extends the sign of a code
   }
+  template <std::size_t N>
+  CReturnValue(const OLECHAR (&function)[N], T initial, long appId, bool quiet = false)
+      : CLogBase<CReturnValue<T>>(function, appId, quiet), m_value(initial) {
+    *this = m_value;
+  }
   CReturnValue(const CReturnValue&) = default;
   CReturnValue& operator=(const CReturnValue&) = default;
   ~CReturnValue() {
@@ -235,10 +265,13 @@ class QX_API CReturnValue<void> : public CLogBase<CReturnValue<void>> {
  public:
   CReturnValue(_bstr_t function, long appId, bool quiet = false)
       : CLogBase<CReturnValue<void>>(std::move(function), appId, quiet) {}
+  template <std::size_t N>
+  CReturnValue(const OLECHAR (&function)[N], long appId, bool quiet = false)
+      : CLogBase<CReturnValue<void>>(function, appId, quiet) {}
   CReturnValue(const CReturnValue&) = default;
   CReturnValue& operator=(const CReturnValue&) = default;
   ~CReturnValue() {
-    if (!m_bQuiet) LogDbg2(u"Leaving function\n");
+    if (!m_bQuiet) qx::writeLeavingLine(ptrQXLogger, m_lAppId, m_bstrFunction);
   }
   void ToString(CComBSTR& out) const { out = u"(void)"; }
 };

@@ -67,6 +67,25 @@ TEST(FunctionLog, QuietScopeWritesItsErrorsButNoTraceLines) {
   EXPECT_THAT(logger.records, ElementsAre(LogRecord{7, u"", 1, u"CQXThing::Open", u"lost it"}));
 }
 
+TEST(FunctionLog, NameMayComeFromALiteralABufferOrAString) {
+  RecordingLogger logger;
+  static constexpr OLECHAR kLonger[16] = u"constant";
+  OLECHAR buffer[16] = u"buffer";
+  buffer[7] = u'x';  // follows the terminator
+  const std::u16string text = u"string";
+  const OLECHAR* pointer = text.c_str();
+  { CReturnValue<void> log(u"literal", 0, false); }
+  { CReturnValue<long> log(kLonger, 0, 0, false); }
+  { CReturnValue<CString> log(buffer, CString(u""), 0, false); }
+  { CReturnValue<void> log(pointer, 0, false); }
+  { CReturnValue<long> log(u"", 0, 0, false); }
+  std::vector<std::u16string> names;
+  for (std::size_t i = 0; i < logger.records.size(); i += 2) {
+    names.push_back(logger.records[i].function);
+  }
+  EXPECT_THAT(names, ElementsAre(u"literal"s, u"constant"s, u"buffer"s, u"string"s, u""s));
+}
+
 TEST(FunctionLog, EverySeverityHasItsNumber) {
   RecordingLogger logger;
   CReturnValue<void> log(u"f", 0, true);

@@ -4,8 +4,10 @@
 #include "qxframework/automation/registry.h"
 #include "qxframework/automation/system_message.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/logging/internal/fixed_bstr.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace qx {
@@ -109,13 +111,30 @@ static_assert(std::is_sorted(std::begin(kRows), std::end(kRows),
                                return a.code < b.code;
                              }));
 
+// Has room for the longest name, which has 39 units.
+using LeavingMessage = FixedBstr<64>;
+
+// The messages of the rows, made by the compiler: nearly every function of the framework leaves
+// with one of them, and most settings do not record it.
+constexpr auto kLeavingMessages = [] {
+  std::array<LeavingMessage, std::size(kRows)> messages{};
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    messages[i] = LeavingMessage{u"Leaving function [", kRows[i].name, u"]\n"};
+  }
+  return messages;
+}();
+
 const ResultRow* findRow(HRESULT code) {
   // `long` has 64 bits: a code may arrive without its sign.
   const HRESULT wanted = resultCode(code);
+  // The two most frequent codes, which are the last rows, cost no search.
+  constexpr const ResultRow* kZero = std::end(kRows) - 2;
+  static_assert(kZero[0].code == S_OK && kZero[1].code == S_FALSE);
+  if (wanted >= S_OK) return wanted <= S_FALSE ? kZero + wanted : nullptr;
   const auto* row = std::lower_bound(
-      std::begin(kRows), std::end(kRows), wanted,
+      std::begin(kRows), kZero, wanted,
       [](const ResultRow& candidate, HRESULT value) { return candidate.code < value; });
-  return row != std::end(kRows) && row->code == wanted ? row : nullptr;
+  return row->code == wanted ? row : nullptr;
 }
 
 // Returns a sentence that says what to do about an error which the user of a machine can mend;
@@ -134,6 +153,12 @@ std::u16string remedyFor(HRESULT code) {
 std::u16string_view resultName(HRESULT code) {
   const ResultRow* row = findRow(code);
   return row == nullptr ? std::u16string_view() : row->name;
+}
+
+BSTR leavingMessage(HRESULT code) {
+  const ResultRow* row = findRow(code);
+  if (row == nullptr || row->name.empty()) return nullptr;
+  return kLeavingMessages[static_cast<std::size_t>(row - kRows)].bstr();
 }
 
 std::u16string_view resultSentence(HRESULT code) {

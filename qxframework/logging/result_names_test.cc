@@ -1,10 +1,13 @@
 #include "qxframework/logging/result_names.h"
 
+#include "qxframework/automation/bstr.h"
 #include "qxframework/automation/text.h"
 #include "testing/registry_in_use.h"
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 
@@ -76,6 +79,25 @@ TEST(ResultNames, ALibraryThatDoesNotLoadLeadsToTheTrace) {
 TEST(ResultNames, CodesCountAs32Bits) {
   EXPECT_EQ(qx::resultText(0x80004005), u"E_FAIL");
   EXPECT_EQ(qx::resultText(static_cast<long>(0xFFFFE4A8UL)), u"UI_API_ERR_INVALID_FORM");
+}
+
+TEST(ResultNames, EveryNamedCodeHasItsLeavingMessage) {
+  int named = 0;
+  const auto expectMessage = [&](HRESULT code) {
+    const std::u16string name(qx::resultName(code));
+    const BSTR message = qx::leavingMessage(code);
+    EXPECT_EQ(message == nullptr, name.empty()) << code;
+    if (message == nullptr) return;
+    ++named;
+    EXPECT_EQ(qx::viewOfBstr(message), u"Leaving function [" + name + u"]\n");
+    EXPECT_EQ(qx::viewOf(message), qx::viewOfBstr(message));
+  };
+  for (HRESULT code = -8000; code <= 10; ++code) expectMessage(code);
+  for (const HRESULT code : {E_NOTIMPL, E_POINTER, E_UNEXPECTED, QX_E_DATABASE, E_INVALIDARG}) {
+    expectMessage(code);
+  }
+  EXPECT_EQ(named, 63 + 2 + 4);  // of the host, of success, and of the list
+  EXPECT_EQ(qx::viewOfBstr(qx::leavingMessage(0)), u"Leaving function [S_OK]\n");
 }
 
 TEST(ResultNames, NumbersInAGapAreUnknown) {
