@@ -21,6 +21,7 @@ namespace qx {
 QX_API std::u16string_view resultName(HRESULT code);
 /// Returns the message with which a scope leaves, "Leaving function [S_OK]\n" for 0, as a BSTR that
 /// lives as long as the program and must not be changed; null if the code has no name.
+QX_API BSTR leavingMessage(HRESULT code);
 /// Returns the English sentence for a code of the host or the framework; empty if it has none.
 QX_API std::u16string_view resultSentence(HRESULT code);
 /// Returns the symbolic name, or "0x%08X" of the code.
