@@ -42,10 +42,11 @@ class QX_API CQXAddOn {
   /// Connects to the running client and starts the event sink. `startupDone` is 1 if the client
   /// shall count the add-on as started already, else 0.
   ///
-  /// Returns 0, the code of the failure, or a result above 0 of the host unchanged. If no host
-  /// library is installed, the user sees a box and the result is 0, with no event sink. A
-  /// _com_error that CreateDispatch throws becomes the result; any other exception of it leaves
-  /// this function. If the host refuses the identifier only, the start goes on.
+  /// Returns 0, the code of the failure, or a result above 0 of the host unchanged. The user sees
+  /// every failure in a box: of the system until the client is connected, then of the client. If no
+  /// host library is installed, the result after the box is 0, with no event sink. A _com_error
+  /// that CreateDispatch throws becomes the result; any other exception of it leaves this function.
+  /// If the host refuses the identifier only, the start goes on.
   long Connect(unsigned char startupDone);
 
   /// Makes the form get the events of its host form; see CQXEventSink::RegisterForm. Returns E_FAIL

@@ -215,6 +215,8 @@ TEST(DomNodeList, FollowsChangesOfTheTree) {
   root->appendChild(document->createElement(u"d"));
   EXPECT_EQ(list->length(), 3);
   EXPECT_EQ(plain(list->item(1)->nodeName()), "c");
+  root->removeChild(root->firstChild());
+  EXPECT_EQ(list->length(), 2);
 }
 
 TEST(DomNodeList, FollowsANewLoadOfItsDocument) {
