@@ -20,6 +20,7 @@
 #include "qxframework/automation/types.h"
 #include "qxframework/automation/wide_string.h"
 #include "qxframework/logging/qx_logger.h"
+#include "qxframework/xml/dom_forward.h"
 
 #include <concepts>
 #include <cstddef>
@@ -27,8 +28,6 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
-
-class QX_API IXMLDOMNode;
 
 namespace qx {
 

@@ -15,12 +15,12 @@
 #include "qxframework/automation/host_call.h"
 #include "qxframework/automation/types.h"
 #include "qxframework/automation/variant.h"
+#include "qxframework/xml/dom_forward.h"
 
 class IXMLDOMAttribute;
 class IXMLDOMDocument;
 class IXMLDOMElement;
 class IXMLDOMNamedNodeMap;
-class IXMLDOMNode;
 class IXMLDOMNodeList;
 class IXMLDOMParseError;
 
