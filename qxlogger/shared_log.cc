@@ -20,8 +20,9 @@ namespace {
 
 // Records that follow each other within this time, in nanoseconds, belong to a flood.
 constexpr std::int64_t kFloodGap = 5'000;
-// A flood is written in pieces of about this many bytes; larger ones are hardly faster.
-constexpr std::uint32_t kPieceSize = 8 * 1024;
+// A flood is written in pieces of about this many bytes. Larger ones would be little faster, and
+// after a kill more of the last records would be missing from the file until the next process writes.
+constexpr std::uint32_t kPieceSize = 16 * 1024;
 constexpr std::int64_t kVerifyInterval = 500 * kNanosecondsPerMillisecond;
 // A file may grow beyond its limit by this many bytes if it cannot be rotated.
 constexpr std::int64_t kOvergrowth = 64 * 1024;
