@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <utility>
@@ -104,6 +105,28 @@ TEST_F(LogFiles, LoseNoRecordIfARotationIsInterrupted) {
   EXPECT_EQ(current(), large + "\n");
 }
 
+TEST_F(LogFiles, AreNeverReplacedByARotation) {
+  std::vector<std::string> replaced;
+  files.onRename = [&](const std::string& from) {
+    const std::string number = from.substr(from.find("x.") + 2);
+    const int next = number == "log" ? 1 : std::atoi(number.c_str()) + 1;
+    if (!rotated(next).empty()) replaced.push_back(from);
+    return 0;
+  };
+  for (const char* text : {"1\n", "2\n", "3\n", "4\n", "5\n", "6\n"}) append(text, {3, 2});
+  EXPECT_EQ(replaced, std::vector<std::string>{});
+  EXPECT_EQ(rotated(2) + rotated(1) + current(), "4\n5\n6\n");
+  EXPECT_EQ(rotated(3), "");
+}
+
+TEST_F(LogFiles, KeepTheOldestIfARotationFailsHalfway) {
+  for (const char* text : {"1\n", "2\n", "3\n"}) append(text, {3, 2});
+  int renames = 0;
+  files.onRename = [&](const std::string&) { return ++renames == 2 ? -EACCES : 0; };
+  append("4\n", {3, 2});
+  EXPECT_EQ(rotated(3) + rotated(2) + rotated(1) + current(), "1\n2\n3\n4\n");
+}
+
 TEST_F(LogFiles, GrowOnIfRotationFails) {
   files.onRename = [](const std::string&) { return -EACCES; };
   for (const char* text : {"1111\n", "2222\n", "3333\n"}) {
@@ -160,8 +183,8 @@ TEST_F(LogFiles, TakeAFloodInOneWrite) {
 TEST_F(LogFiles, TakeALongFloodInPieces) {
   const std::string line = std::string(99, 'x') + "\n";
   for (int i = 0; i < 1000; ++i) flood(line);
-  EXPECT_GT(files.writes, 10);
-  EXPECT_LT(files.writes, 20);
+  EXPECT_GT(files.writes, 5);
+  EXPECT_LT(files.writes, 10);
 }
 
 TEST_F(LogFiles, TakePendingRecordsWithTheNextRecordAfterAPause) {
