@@ -9,6 +9,7 @@
 #include "qxframework/os/resources.h"
 #include "qxframework/resources/form_dump.h"
 #include "qxframework/resources/narrow_text.h"
+#include "qxframework/resources/rewritten_attributes.h"
 #include "qxframework/resources/xml_text.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
@@ -19,26 +20,10 @@
 
 namespace {
 
-constexpr int kUidLength = 10;  // the client refuses longer ones
-
-struct RewrittenAttribute {
-  std::u16string_view opener;
-  bool identifier;  // true if the symbol becomes a number, false if it becomes a text
-};
-
-// In the order of the passes, each of which reads the result of the one before. An opener is found
-// as a plain text, so it also matches an attribute whose name ends in it, such as myuid.
-constexpr RewrittenAttribute kAttributes[] = {
-    {u"uid=\"", true},          {u"alias=\"", true},          {u"linkto=\"", true},
-    {u"UniqueID=\"", true},     {u"FatherUID=\"", true},      {u"caption=\"", false},
-    {u"description=\"", false}, {u"title=\"", false},         {u"value=\"", false},
-    {u"String=\"", false},      {u"default_button=\"", true},
-};
-
 bool isIdentifier(std::u16string_view opener) {
-  return std::any_of(std::begin(kAttributes), std::end(kAttributes), [opener](const auto& each) {
-    return each.identifier && each.opener == opener;
-  });
+  return std::any_of(
+      std::begin(qx::kRewrittenAttributes), std::end(qx::kRewrittenAttributes),
+      [opener](const auto& each) { return each.identifier && each.opener == opener; });
 }
 
 // Does what text.find(part, from) does, but with the search of the C library, which skips ahead
@@ -158,7 +143,7 @@ long CQXResourceLoader::LoadXML(long appId, CComBSTR source, CComPtr<IXMLDOMDocu
   MapTable table;
   FillTable(appId, document, *map, table);
   CString text(document->xml());
-  for (const RewrittenAttribute& attribute : kAttributes) {
+  for (const qx::RewrittenAttribute& attribute : qx::kRewrittenAttributes) {
     FindAndReplace(text, attribute.opener, table, language, appId);
   }
   if (document->loadXML(CComBSTR(text.View())) == VARIANT_FALSE) {
@@ -225,7 +210,7 @@ void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener
         result.LogDbg0(u"[%s]: no mapping defined for %s attribute [line=%d].\n", symbol, bareName,
                        lines.lineAt(value.end));
         // The cut is to the symbol alone; a prefix adds to the length.
-        replacement = replacement.Left(kUidLength);
+        replacement = replacement.Left(qx::kUidLength);
       }
     }
     const std::size_t prefixEnd = value.symbol == value.prefix ? value.prefix : value.symbol - 1;
@@ -242,7 +227,7 @@ void CQXResourceLoader::FindAndReplace(CString& text, std::u16string_view opener
 }
 
 CString CQXResourceLoader::Replacement(const XMLMAP& row, bool identifier, HvLanguages language) {
-  if (identifier) return CString(qx::format(u"%d", row.id)).Left(kUidLength);
+  if (identifier) return CString(qx::format(u"%d", row.id)).Left(qx::kUidLength);
   CQXBSTR text(language);
   if (!LoadStringW(text, row.id, language)) text = CComBSTR(row.value);
   // Escaped, so that no translation can break the XML.
