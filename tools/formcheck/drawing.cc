@@ -17,6 +17,9 @@ constexpr long kLineHeight = 16;
 constexpr long kNarrowestCharacter = 4;
 // A number beyond any screen, which bounds the drawing.
 constexpr long kMostPixels = 4000;
+// Many tiny items that all want cells of their own would fill the memory.
+constexpr long kMostCells = 1000;
+constexpr long kMostLines = 500;
 
 constexpr long kFewestBoxLines = 4;  // the border, the heads, the line beneath them, the border
 
@@ -49,7 +52,8 @@ class Drawing {
     forEachShown([this](const Item& item) { addItem(item); });
     columns_.settle();
     lines_.settle();
-    canvas_.emplace(columns_.cell(width_), lines_.cell(height_));
+    innerWidth_ = std::min(columns_.cell(width_), kMostCells);
+    canvas_.emplace(innerWidth_, std::min(lines_.cell(height_), kMostLines));
     forEachShown([this](const Item& item) { drawItem(item); });
     return framed();
   }
@@ -195,20 +199,19 @@ class Drawing {
   }
 
   std::string framed() const {
-    const long inner = columns_.cell(width_);
-    Canvas top(inner, 1);
-    top.fill(0, 0, u'-', inner);
+    Canvas top(innerWidth_, 1);
+    top.fill(0, 0, u'-', innerWidth_);
     if (!form_.title.empty()) {
-      const long text = std::min(static_cast<long>(cellsOf(form_.title)), inner - 4);
+      const long text = std::min(static_cast<long>(cellsOf(form_.title)), innerWidth_ - 4);
       top.fill(1, 0, u' ', text + 2);
       top.put(2, 0, form_.title, text);
     }
     std::string out = "+" + top.rows().front() + "+\n";
     for (const std::string& row : canvas_->rows()) {
       const long cells = static_cast<long>(cellsOf(toUtf16(row)));
-      out += "|" + row + std::string(static_cast<std::size_t>(inner - cells), ' ') + "|\n";
+      out += "|" + row + std::string(static_cast<std::size_t>(innerWidth_ - cells), ' ') + "|\n";
     }
-    return out + "+" + std::string(static_cast<std::size_t>(inner), '-') + "+\n";
+    return out + "+" + std::string(static_cast<std::size_t>(innerWidth_), '-') + "+\n";
   }
 
   const Form& form_;
@@ -216,6 +219,7 @@ class Drawing {
   long height_;
   Axis columns_{kCellWidth};
   Axis lines_{kLineHeight};
+  long innerWidth_ = 0;  // in cells
   std::optional<Canvas> canvas_;
 };
 

@@ -255,5 +255,19 @@ TEST(Drawing, AFormBeyondAnyScreenIsCut) {
   EXPECT_EQ(std::count(huge.begin(), huge.end(), '\n'), 252);
 }
 
+TEST(Drawing, ManyTinyItemsDoNotMakeItEndless) {
+  std::string items;
+  for (int top = 0; top < 1000; top += 4) {
+    const std::string place = " width=\"4\" height=\"4\" top=\"" + std::to_string(top) +
+                              "\" left=\"" + std::to_string(top) + "\"/>";
+    items += "<Item uid=\"1\" type=\"127\"" + place + "<Item uid=\"1\" type=\"113\"" + place;
+  }
+  const std::string drawing =
+      drawn("<form width=\"1000\" height=\"1000\"><items><action type=\"add\">" + items +
+            "</action></items></form>");
+  EXPECT_EQ(drawing.find('\n'), 1002U);
+  EXPECT_EQ(std::count(drawing.begin(), drawing.end(), '\n'), 502);
+}
+
 }  // namespace
 }  // namespace qx::formcheck
