@@ -3,6 +3,7 @@
 #include "qxframework/xml/internal/utf.h"
 #include "qxframework/xml/internal/walk.h"
 
+#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/uri.h>
@@ -100,6 +101,17 @@ void refuseAttributeDefault(void* context, const xmlChar*, const xmlChar*, int, 
   if (value != nullptr) refuse(context, "A default value for an attribute is not allowed.\n");
 }
 
+// The default handlers would add a comment or an instruction of a document type declaration to the
+// node for the declaration, and lose its memory because there is none.
+void takeComment(void* context, const xmlChar* text) {
+  if (static_cast<xmlParserCtxt*>(context)->inSubset == 0) xmlSAX2Comment(context, text);
+}
+
+void takeInstruction(void* context, const xmlChar* target, const xmlChar* text) {
+  if (static_cast<xmlParserCtxt*>(context)->inSubset == 0)
+    xmlSAX2ProcessingInstruction(context, target, text);
+}
+
 // Lets the parser read a document type declaration without storing it. Without the first handler
 // there is no node for the declaration, so the default handlers of its parts would have no place to
 // store to.
@@ -111,6 +123,8 @@ void passOverDocumentType(xmlSAXHandler& handler) {
   handler.attributeDecl = refuseAttributeDefault;
   handler.entityDecl = refuseEntity;
   handler.unparsedEntityDecl = refuseUnparsedEntity;
+  handler.comment = takeComment;
+  handler.processingInstruction = takeInstruction;
 }
 
 // Replaces each "&#38;" in the names of namespaces by "&". The parser does so itself in all other
