@@ -6,6 +6,7 @@
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "tools/formcheck/tag_scanner.h"
+#include "tools/input/shown.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -75,10 +76,11 @@ Place placeInWhole(std::u16string_view ahead, long line, long position) {
 
 void reportRefusal(IXMLDOMDocument* document, std::u16string_view ahead, Findings& findings) {
   const auto error = document->parseError();
-  const CComBSTR reason = error->reason();
-  const std::u16string_view text = trimmed(reason.View(), u" \r\n.");
+  // The parser quotes the document, line ends included.
+  std::string reason = toUtf8(trimmed(error->reason().View(), u" \r\n."));
+  std::replace(reason.begin(), reason.end(), '\n', ' ');
   findings.error(placeInWhole(ahead, error->line(), error->linepos()),
-                 "the document is not well-formed: " + toUtf8(text), "correct the XML");
+                 "the document is not well-formed: " + input::shown(reason), "correct the XML");
 }
 
 }  // namespace

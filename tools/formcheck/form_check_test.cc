@@ -325,6 +325,9 @@ TEST(FormCheck, ReportsADocumentThatIsNotWellFormed) {
   EXPECT_EQ(findings("<!DOCTYPE a [<!ENTITY b 'c'>]><Application/>"),
             "f:1:28: error: the document is not well-formed: The declaration of an entity is not "
             "allowed; correct the XML\n");
+  EXPECT_EQ(findings("<a><!-- ü\nc </a>"),
+            "f:2:7: error: the document is not well-formed: Comment not terminated  <!-- ü c </; "
+            "correct the XML\n");
   EXPECT_EQ(findings("no document"),
             "f:1:1: error: the file holds no XML; give a form document, in UTF-8, ISO-8859-1 or "
             "little-endian UTF-16\n");
