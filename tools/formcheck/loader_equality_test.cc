@@ -3,7 +3,6 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/resources/resource_loader.h"
-#include "qxframework/resources/xml_text.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "tools/formcheck/document.h"
@@ -34,6 +33,10 @@ constexpr const char16_t* kValues[] = {u"",
                                        u"1234567890",
                                        u"12345678901",
                                        u"a text of its own",
+                                       u"A&amp;B",
+                                       u"A&lt;@ORDER",
+                                       u"12345&amp;7890",
+                                       u"1&quot;&#10;&gt;@LONG_SYMBOL",
                                        u"SPECIAL",
                                        u"ENGLISH",
                                        u"LINES",
@@ -86,6 +89,16 @@ std::vector<std::string> valuesByCheck(std::uint32_t language) {
   return values;
 }
 
+std::string messages(std::u16string_view text, const std::vector<XMLMAP>& given) {
+  Findings findings;
+  auto root = readDocument(text, findings);
+  const ModuleTexts texts("/proc/self/exe");
+  replaceSymbols(*root, symbolTable(given, *root, findings), texts, 1033, findings);
+  std::string all;
+  for (const Finding& finding : findings.sorted()) all += messageOf("f", finding);
+  return all;
+}
+
 TEST(LoaderEquality, EveryValueBecomesWhatTheLoaderMakesOfIt) {
   for (const auto& [language, windowsId] :
        {std::pair(ln_English, 1033U), std::pair(ln_German, 1031U), std::pair(ln_Polish, 1045U)}) {
@@ -95,7 +108,7 @@ TEST(LoaderEquality, EveryValueBecomesWhatTheLoaderMakesOfIt) {
   }
 }
 
-// A text that no XML may hold makes the loader refuse the document, which is reported.
+// Two faults make the loader refuse the rewritten document. Both are reported.
 TEST(LoaderEquality, ATextThatTheLoaderCannotPutIntoTheDocumentIsReported) {
   const std::vector<XMLMAP> given{{u"BELL", 99, u"a\u0007"}};
   const std::u16string text = u"<Application caption=\"BELL\"/>";
@@ -116,6 +129,19 @@ TEST(LoaderEquality, ATextThatTheLoaderCannotPutIntoTheDocumentIsReported) {
       "the symbol table, 'a?'; add it to the string table\n"
       "f:1:23: error: the text of 'BELL' holds U+0007, which no XML may hold, so the form does "
       "not open; correct the string\n");
+}
+
+TEST(LoaderEquality, AUidThatIsCutWithinAReferenceIsReported) {
+  const std::u16string text = u"<Application uid=\"1234567&amp;9\"/>";
+  std::vector<XMLMAP> map(1);
+  CQXResourceLoader loader;
+  CComPtr<IXMLDOMDocument> loaded;
+  EXPECT_THROW(loader.LoadXML(0, CComBSTR(text), loaded, &map, ln_English), _com_error);
+  EXPECT_EQ(messages(text, {}),
+            "f:1:19: error: '1234567&9' is cut within a reference, since it is written "
+            "'1234567&amp;9', so the form does not open; write letters and digits\n"
+            "f:1:19: error: cut UID: '1234567&am' remains of '1234567&9'; write at most 10 "
+            "characters, or a symbol of the symbol table\n");
 }
 
 }  // namespace

@@ -55,7 +55,48 @@ std::u16string asAttributeValue(std::u16string_view text) {
   return out;
 }
 
-// A value in its parts: `prefix@symbol`, or the symbol alone.
+struct Reference {
+  char16_t character;
+  std::u16string_view written;
+};
+
+// The characters that the document object writes as references into attribute values. The loader
+// replaces symbols in the text that it writes, so a reference counts with all its characters.
+constexpr Reference kReferences[] = {{u'&', u"&amp;"},  {u'<', u"&lt;"},   {u'>', u"&gt;"},
+                                     {u'"', u"&quot;"}, {u'\r', u"&#13;"}, {u'\n', u"&#10;"},
+                                     {u'\t', u"&#9;"}};
+
+std::u16string written(std::u16string_view value) {
+  std::u16string out;
+  for (const char16_t unit : value) {
+    const auto* const found =
+        std::find_if(std::begin(kReferences), std::end(kReferences),
+                     [&](const auto& each) { return each.character == unit; });
+    if (found == std::end(kReferences)) {
+      out.push_back(unit);
+    } else {
+      out += found->written;
+    }
+  }
+  return out;
+}
+
+// Returns the value that is written so; nothing if a reference is cut off.
+std::optional<std::u16string> valueOf(std::u16string_view text) {
+  std::u16string out;
+  while (!text.empty()) {
+    const auto* const found =
+        std::find_if(std::begin(kReferences), std::end(kReferences),
+                     [&](const auto& each) { return text.starts_with(each.written); });
+    const bool isReference = found != std::end(kReferences);
+    if (!isReference && text.front() == u'&') return std::nullopt;
+    out.push_back(isReference ? found->character : text.front());
+    text.remove_prefix(isReference ? found->written.size() : 1);
+  }
+  return out;
+}
+
+// A value as it is written, in its parts: `prefix@symbol`, or the symbol alone.
 struct Parts {
   std::u16string prefix;
   std::u16string symbol;
@@ -86,7 +127,7 @@ class Replacer {
   void replace(const Element& element, Attribute& attribute) {
     const Role role = roleOf(attribute.name);
     if (role == Role::plain) return;
-    const Parts parts = partsOf(attribute.value);
+    const Parts parts = partsOf(written(attribute.value));
     const XMLMAP* const row = symbols_.find(parts.symbol);
     attribute.mapped = row != nullptr;
     if (role == Role::identifier) {
@@ -94,7 +135,7 @@ class Replacer {
       // A form that opens gets its UID from its type, so what the document says does not count.
       if (element.key != u"form") checkIdentifier(element, attribute, parts);
     } else if (row != nullptr) {
-      attribute.result = parts.prefix + textOf(attribute, *row);
+      attribute.result = valueOf(parts.prefix).value_or(u"") + textOf(attribute, *row);
     } else if (looksLikeSymbol(parts.symbol)) {
       findings_.note(attribute.place,
                      "no mapping replaces " + quoted(parts.symbol) + ", so the form shows it",
@@ -103,11 +144,19 @@ class Replacer {
   }
 
   // The cut applies to what follows the prefix.
-  static void replaceIdentifier(Attribute& attribute, const Parts& parts, const XMLMAP* row) {
+  void replaceIdentifier(Attribute& attribute, const Parts& parts, const XMLMAP* row) {
     std::u16string uid = (parts.hasPrefix ? u"@" : u"") + parts.symbol;
     if (row != nullptr) uid = toUtf16(decimal(static_cast<std::int32_t>(row->id)));
     attribute.cut = uid.size() > kUidLimit;
-    attribute.result = parts.prefix + uid.substr(0, kUidLimit);
+    const std::u16string text = parts.prefix + uid.substr(0, kUidLimit);
+    const auto value = valueOf(text);
+    attribute.result = value.value_or(text);
+    if (!value) {
+      findings_.error(attribute.place,
+                      quoted(attribute.value) + " is cut within a reference, since it is written " +
+                          quoted(parts.prefix + uid) + ", so the form does not open",
+                      "write letters and digits");
+    }
   }
 
   void checkIdentifier(const Element& element, const Attribute& attribute, const Parts& parts) {
