@@ -60,6 +60,16 @@ TEST(Axis, RoundingDoesNotAddUp) {
   EXPECT_EQ(axis.cell(1600), 100);
 }
 
+TEST(Axis, TakesAnEdgeForOneWithTheEdgeAheadOfIt) {
+  Axis axis(8);
+  axis.add(1, 60, 1);
+  axis.add(5, 60, 1);
+  axis.add(8, 60, 1);
+  axis.settle();
+  EXPECT_EQ(axis.cell(5), 0);
+  EXPECT_EQ(axis.cell(8), 0);
+}
+
 TEST(Axis, WidensAnIntervalBetweenEdgesThatItTakesForOne) {
   Axis axis(8);
   axis.add(8, 10, 4);

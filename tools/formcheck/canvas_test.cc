@@ -57,6 +57,13 @@ TEST(Canvas, HalfOfAWideCharacterThatIsDrawnOverBecomesABlank) {
   EXPECT_THAT(second.rows(), ElementsAre(" 字"));
 }
 
+TEST(Canvas, AnEllipsisReplacesAWholeWideCharacter) {
+  Canvas canvas(4, 1);
+  canvas.put(0, 0, u"設定", 4);
+  canvas.put(0, 0, u"abc", 1);
+  EXPECT_THAT(canvas.rows(), ElementsAre("… 定"));
+}
+
 TEST(Canvas, AWideTextThatIsCutKeepsWholeCharacters) {
   Canvas canvas(8, 1);
   canvas.put(0, 0, u"設定字", 5);

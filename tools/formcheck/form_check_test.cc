@@ -188,6 +188,8 @@ TEST(FormCheck, ReportsWhatIsMissingOrNoNumber) {
   EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"1\" left=\"99999999999\" top=\"2147483648\"/>")),
             "f:5:30: error: '99999999999' is no whole number of 32 bits; write the left in digits\n"
             "f:5:48: error: '2147483648' is no whole number of 32 bits; write the top in digits\n");
+  EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"1\" left=\"-\" top=\"+1\"/>")),
+            "f:5:30: error: '-' is no whole number of 32 bits; write the left in digits\n");
 }
 
 TEST(FormCheck, ReportsAnActionThatDoesNotAdd) {
@@ -249,17 +251,18 @@ TEST(FormCheck, ReportsADataBindWhoseSourceIsMissing) {
 
 TEST(FormCheck, ReportsAnItemOutsideOfItsForm) {
   EXPECT_EQ(
-      findings(items(R"(<Item type="16" uid="1" left="10" top="-3" width="191" height="9"/>
+      findings(items(R"(<Item type="16" uid="0" left="-1" visible="0"/><!--
+--><Item type="16" uid="1" left="10" top="-3" width="191" height="9"/>
 <Item type="16" uid="2" left="200" top="100" width="0" height="0"/>
 <Item type="16" uid="3" left="0" top="90" width="200" height="14"/>
 <Item type="16" uid="4" top="101" visible="1"/>)")),
-      "f:5:31: error: the item ends at 201 pixels, and the form has a width of 200; move the "
+      "f:6:34: error: the item ends at 201 pixels, and the form has a width of 200; move the "
       "item or enlarge the form\n"
-      "f:5:40: error: the item begins 3 pixels outside of the form; give it a top of 0 or "
+      "f:6:43: error: the item begins 3 pixels outside of the form; give it a top of 0 or "
       "more\n"
-      "f:7:39: error: the item ends at 104 pixels, and the form has a height of 100; move the "
+      "f:8:39: error: the item ends at 104 pixels, and the form has a height of 100; move the "
       "item or enlarge the form\n"
-      "f:8:30: error: the item ends at 101 pixels, and the form has a height of 100; move the "
+      "f:9:30: error: the item ends at 101 pixels, and the form has a height of 100; move the "
       "item or enlarge the form\n");
 }
 
@@ -328,6 +331,10 @@ TEST(FormCheck, ReportsADocumentThatIsNotWellFormed) {
   EXPECT_EQ(findings("<a><!-- ü\nc </a>"),
             "f:2:7: error: the document is not well-formed: Comment not terminated  <!-- ü c </; "
             "correct the XML\n");
+  EXPECT_EQ(
+      findings("ab<a"),
+      "f:1:5: error: the document is not well-formed: Couldn't find end of Start Tag a line 1; "
+      "correct the XML\n");
   EXPECT_EQ(findings("no document"),
             "f:1:1: error: the file holds no XML; give a form document, in UTF-8, ISO-8859-1 or "
             "little-endian UTF-16\n");
@@ -406,6 +413,12 @@ TEST(FormCheck, QuotesLongTextInPart) {
   EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + std::string(59, 'x') + "𝄞yz\"/>")),
             "f:5:21: error: cut UID: 'xxxxxxxxxx' remains of '" + std::string(59, 'x') +
                 "…'; write at most 10 characters, or a symbol of the symbol table\n");
+  EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + std::string(61, 'x') + "\"/>")),
+            "f:5:21: error: cut UID: 'xxxxxxxxxx' remains of '" + std::string(60, 'x') +
+                "…'; write at most 10 characters, or a symbol of the symbol table\n");
+  EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + std::string(60, 'x') + "\"/>")),
+            "f:5:21: error: cut UID: 'xxxxxxxxxx' remains of '" + std::string(60, 'x') +
+                "'; write at most 10 characters, or a symbol of the symbol table\n");
 }
 
 }  // namespace

@@ -46,6 +46,7 @@ TEST(TagScanner, PassesOverCommentsSectionsAndInstructions) {
 
 TEST(TagScanner, PassesOverADocumentType) {
   EXPECT_THAT(scanned(u"<!DOCTYPE a SYSTEM 'x>'>\n<a/>"), ElementsAre("a 2:1"));
+  EXPECT_THAT(scanned(u"<!DOCTYPE a SYSTEM '<b>'><a/>"), ElementsAre("a 1:26"));
   EXPECT_THAT(scanned(u"<!DOCTYPE a [<!ELEMENT b (c)><!-- ' ]> --><?p ]> ?>"
                       u"<!NOTATION n SYSTEM \"]>\">] >\n<a/>"),
               ElementsAre("a 2:1"));
