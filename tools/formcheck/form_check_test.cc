@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace qx::formcheck {
 namespace {
