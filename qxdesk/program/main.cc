@@ -1,5 +1,6 @@
 // qxdesk: the program of the stand-in host. It only connects the subcommands.
 
+#include "qxdesk/program/form_command.h"
 #include "qxdesk/program/sql_command.h"
 #include "qxframework/automation/com_error.h"
 
@@ -18,6 +19,7 @@ int run(int argc, char** argv) {
   CLI::App program("The stand-in host of Halvex add-ons.", "qxdesk");
   program.require_subcommand(1);
   qx::desk::Task task;
+  qx::desk::addFormCommand(program, task);
   qx::desk::addSqlCommand(program, task);
   try {
     program.parse(argc, argv);

@@ -1,25 +1,13 @@
-// Runs the program itself, as a process without an environment and so without a registry.
-
 #include "qxdesk/program/sql_command.h"
 
-#include "testing/temp_folder.h"
+#include "qxdesk/program/test_program.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace qx::desk {
 namespace {
-
-struct Outcome {
-  int exitCode;
-  std::string output;
-  std::string errors;
-};
 
 constexpr const char* kSelect = "[select]\ntable = \"@T\"\nkeys = [\"K\"]\nlimit = 2\n";
 constexpr const char* kSideBySide =
@@ -30,25 +18,7 @@ constexpr const char* kSideBySide =
     "db2     SELECT K FROM @T     ORDER BY K  FETCH FIRST 2 ROWS ONLY\n"
     "kordb   SELECT TOP 2 \"K\" FROM \"@T\"     ORDER BY \"K\"\n";
 
-class SqlCommand : public testing::Test {
- protected:
-  /// Runs it in the folder; "in" is its standard input, empty if nothing was written there.
-  Outcome run(const std::string& arguments, const std::string& output = "out") const {
-    if (!std::filesystem::exists(folder_.path() / "in")) folder_.write("in", "");
-    const std::string command = "cd '" + folder_.path().string() +
-                                "' && env -i " QX_DESK_PROGRAM " " + arguments + " <in >" + output +
-                                " 2>err";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, content("out"), content("err")};
-  }
-
-  std::string content(const char* name) const {
-    std::ifstream stream(folder_.path() / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
-
-  test::TempFolder folder_;
-};
+class SqlCommand : public test::TestProgram {};
 
 TEST_F(SqlCommand, PrintsAFileWithoutAConnection) {
   folder_.write("f.toml", kSelect);

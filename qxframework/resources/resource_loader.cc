@@ -10,30 +10,25 @@
 #include "qxframework/resources/form_dump.h"
 #include "qxframework/resources/narrow_text.h"
 #include "qxframework/resources/quoted_text.h"
+#include "qxframework/resources/rewritten_attributes.h"
 #include "qxframework/resources/xml_text.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <iterator>
 #include <string>
 
 namespace {
 
-constexpr std::size_t kUidLength = 10;  // the client refuses longer ones
-
-// In the order of the passes, each of which reads the result of the one before. An opener is found
-// as a plain text, so it also matches an attribute whose name ends in it, such as myuid.
-constexpr std::u16string_view kOpeners[] = {
-    u"uid=\"",       u"alias=\"",   u"linkto=\"",         u"UniqueID=\"",
-    u"FatherUID=\"", u"caption=\"", u"description=\"",    u"title=\"",
-    u"value=\"",     u"String=\"",  u"default_button=\"",
-};
-
-// True if the symbol becomes a number, false if it becomes a text.
-constexpr bool kIdentifier[] = {true,  true,  true,  true,  true, false,
-                                false, false, false, false, true};
-static_assert(std::size(kOpeners) == std::size(kIdentifier));
+constexpr auto kOpeners = [] {
+  std::array<std::u16string_view, std::size(qx::kRewrittenAttributes)> openers;
+  std::transform(std::begin(qx::kRewrittenAttributes), std::end(qx::kRewrittenAttributes),
+                 openers.begin(), [](const auto& attribute) { return attribute.opener; });
+  return openers;
+}();
 
 template <class Scope>
 [[noreturn]] void failResource(Scope& hr, const OLECHAR* text, unsigned int id) {
@@ -161,7 +156,7 @@ void CQXResourceLoader::RemoveMapTable(long appId, IXMLDOMDocument* document) {
 void CQXResourceLoader::FindAndReplace(qx::QuotedText& text, std::size_t attribute,
                                        const MapTable& map, HvLanguages language, long appId) {
   CReturnValue<CString> result(u"CQXResourceLoader::FindAndReplace", CString(), appId, false);
-  const bool identifier = kIdentifier[attribute];
+  const bool identifier = qx::kRewrittenAttributes[attribute].identifier;
   const std::u16string_view opener = kOpeners[attribute];
   const std::u16string_view bareName = opener.substr(0, opener.size() - 2);
   text.rewrite(attribute, [&](std::u16string_view value, const auto& line) {
@@ -179,7 +174,7 @@ void CQXResourceLoader::FindAndReplace(qx::QuotedText& text, std::size_t attribu
     }
     // The cut is to the symbol and its "@" alone; a prefix adds to the length.
     const std::u16string_view kept = value.substr(out.size());
-    return out += identifier ? kept.substr(0, kUidLength) : kept;
+    return out += identifier ? kept.substr(0, qx::kUidLength) : kept;
   });
   // The leaving line shows no more, and a form is long.
   result = CString(text.start(qx::kMaxLogMessage));
@@ -189,7 +184,7 @@ std::u16string CQXResourceLoader::Replacement(const XMLMAP& row, bool identifier
                                               HvLanguages language) {
   if (identifier) {
     const std::string number = std::to_string(static_cast<std::int32_t>(row.id));
-    return std::u16string(number.begin(), number.end()).substr(0, kUidLength);
+    return std::u16string(number.begin(), number.end()).substr(0, qx::kUidLength);
   }
   CQXBSTR text(language);
   // Escaped, so that no translation can break the XML.

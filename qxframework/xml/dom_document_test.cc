@@ -163,6 +163,12 @@ TEST(DomDocument, AddedAttributesAreLikeOthers) {
   EXPECT_EQ(plain(other->xml()), "<s a=\"1\"/>\n");
 }
 
+// Run with the leak checker, this also shows that what is skipped is freed.
+TEST(DomDocument, SkipsCommentsAndInstructionsOfADocumentType) {
+  EXPECT_EQ(rewritten(u"<!DOCTYPE r [<!-- a --><?b c?>]><!-- d --><?e f?><r/>"),
+            "<!-- d -->\n<?e f?>\n<r/>\n");
+}
+
 TEST(DomDocument, ReadsDuplicateIdsLikeOtherAttributes) {
   EXPECT_EQ(rewritten(u"<r><a xml:id='x'/><b xml:id='x'/></r>"),
             "<r>\n  <a xml:id=\"x\"/>\n  <b xml:id=\"x\"/>\n</r>\n");

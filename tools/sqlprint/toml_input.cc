@@ -139,14 +139,6 @@ std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::
   return entries;
 }
 
-// Bytes of characters outside of ASCII are left: checkUtf8 has accepted them.
-std::string shown(std::string_view name) {
-  std::string visible(name);
-  for (char& unit : visible)
-    if (static_cast<unsigned char>(unit) < 0x20 || unit == 0x7F) unit = '?';
-  return visible;
-}
-
 std::string quoted(std::string_view name) { return "'" + shown(name) + "'"; }
 
 void NodeReader::refuseType(const toml::node& node, std::string_view name,

@@ -5,6 +5,7 @@
 
 #include "qxframework/automation/variant.h"
 #include "tools/input/diagnostic.h"
+#include "tools/input/shown.h"
 
 #include <toml++/toml.h>
 
@@ -22,10 +23,9 @@ toml::table parseToml(const std::string& file, const std::string& content);
 /// Returns the entries of a table in the order of the file; the table itself sorts them by name.
 std::vector<std::pair<const toml::key*, const toml::node*>> inOrder(const toml::table& table);
 
-/// Returns a name in the file for a message. It has no control characters, which a quoted name may
-/// contain and which must not reach the terminal.
-std::string shown(std::string_view name);
-/// Returns the same in single quotes.
+/// A quoted name may contain control characters, which must not reach the terminal.
+using input::shown;
+/// Returns a name in the file for a message, shown in single quotes.
 std::string quoted(std::string_view name);
 
 /// Typed reads of nodes. `name` is the name of the value in the file.

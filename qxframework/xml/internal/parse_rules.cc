@@ -42,6 +42,17 @@ void declareAttribute(void* context, const xmlChar*, const xmlChar* attribute, i
   if (value != nullptr) rulesOf(context).checkDefault(attribute, value);
 }
 
+// The default handlers would add a comment or an instruction of a document type declaration to the
+// node for the declaration, and lose its memory because there is none.
+void takeComment(void* context, const xmlChar* text) {
+  if (static_cast<xmlParserCtxt*>(context)->inSubset == 0) xmlSAX2Comment(context, text);
+}
+
+void takeInstruction(void* context, const xmlChar* target, const xmlChar* text) {
+  if (static_cast<xmlParserCtxt*>(context)->inSubset == 0)
+    xmlSAX2ProcessingInstruction(context, target, text);
+}
+
 // Lets the parser read a document type declaration without storing it. Without the first handler
 // there is no node for the declaration, so the default handlers of its parts would have no place to
 // store to.
@@ -53,6 +64,8 @@ void passOverDocumentType(xmlSAXHandler& handler) {
   handler.attributeDecl = declareAttribute;
   handler.entityDecl = refuseEntity;
   handler.unparsedEntityDecl = refuseUnparsedEntity;
+  handler.comment = takeComment;
+  handler.processingInstruction = takeInstruction;
 }
 
 bool isReservedNamespace(std::string_view name) {
