@@ -25,7 +25,8 @@ struct ExactOrder {
 
 using FormMap = std::map<CComBSTR, CQXAddOnForm*, ExactOrder>;
 
-class FormRegistry {
+/// Exported for the inline destructor of the sink that holds it.
+class QX_API FormRegistry {
  public:
   /// Works on a map and a lock that belong to the caller.
   FormRegistry(CriticalSection& lock, FormMap& forms);

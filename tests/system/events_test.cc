@@ -85,10 +85,11 @@ TEST_F(Events, MenuEventWithAVetoOfTheFormDoesNotReachTheAddOn) {
 }
 
 // This program registers no form for the log settings, so the framework's handler logs a failure.
-TEST_F(Events, LogSettingsEntryIsHandledByTheFramework) {
-  desk.pickMenu(kCommonEntry);
-  EXPECT_THAT(record.take(), IsEmpty());
-  EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"Failed to create instance of CFrmLogSettings.\n"));
+TEST_F(Events, LogSettingsEntryOpensTheDialogAndReachesNoHandler) {
+  EXPECT_FALSE(desk.pickMenu(kCommonEntry)) << "the client is to do nothing more";
+  EXPECT_THAT(desk.forms(), HasSubstr("\"Halvex Add-On Log Settings\" selected"));
+  // The add-on of these tests attaches to every form that opens.
+  EXPECT_THAT(record.take(), ElementsAre("OnFormLoad -1", "Form.OnInitForm"));
 }
 
 TEST_F(Events, StatusBarMessageReachesTheAddOnWithItsType) {
