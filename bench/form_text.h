@@ -5,6 +5,7 @@
 #include "qxframework/automation/format.h"
 #include "qxframework/resources/xml_map.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -29,11 +30,21 @@ inline std::u16string formText(int items) {
 
 /// Returns the symbol table of that form with its closing row.
 inline std::vector<XMLMAP> formMap(int items) {
-  std::vector<XMLMAP> map{{u"QX_FORM", 1, u""}, {u"QX_TITLE", 2, u"A form"}};
+  std::vector<XMLMAP> map;
+  const auto add = [&map](const std::u16string& symbol, std::uint32_t id,
+                          const std::u16string& text) {
+    XMLMAP row;
+    row.tag = symbol;
+    row.id = id;
+    row.value = text;
+    map.push_back(row);
+  };
+  add(u"QX_FORM", 1, u"");
+  add(u"QX_TITLE", 2, u"A form");
   for (int i = 0; i < items; ++i) {
     const auto number = static_cast<std::uint32_t>(i);
-    map.emplace_back(qx::format(u"QX_ITEM_%d", i), 1000 + number, u"");
-    map.emplace_back(qx::format(u"QX_TEXT_%d", i), 5000 + number, qx::format(u"Text number %d", i));
+    add(qx::format(u"QX_ITEM_%d", i), 1000 + number, u"");
+    add(qx::format(u"QX_TEXT_%d", i), 5000 + number, qx::format(u"Text number %d", i));
   }
   map.emplace_back();
   return map;
