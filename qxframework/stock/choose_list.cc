@@ -1,7 +1,6 @@
 #include "qxframework/stock/choose_list.h"
 
 #include "qxframework/automation/com_error.h"
-#include "qxframework/host/metadata.h"
 #include "qxframework/host/recordset.h"
 #include "qxframework/logging/function_log.h"
 #include "qxframework/runtime/addon_form.h"
