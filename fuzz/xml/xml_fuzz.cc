@@ -1,12 +1,14 @@
 // Reads documents from arbitrary text: UTF-16 units if the first byte is odd, else UTF-8.
 //
-// A text that parses is walked, written and read back, and must be written the same again. Then
-// nodes are moved, removed, copied and released in an order that the input decides. The documents
-// must stay well-formed, and no node may be freed too early or too late.
+// The reader of plain elements must read the same or refuse for the same reason. A text that parses
+// is walked, written and read back, and must be written the same again. Then nodes are moved,
+// removed, copied and released in an order that the input decides. The documents must stay
+// well-formed, and no node may be freed too early or too late.
 
 #include "qxframework/automation/text.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
+#include "qxframework/xml/element_tree.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -59,6 +61,36 @@ void walk(const Node& node, std::vector<Node>& seen) {
     walk(child, seen);
   }
   require(count == children->length());
+}
+
+void requireSame(const Node& node, const qx::xml::ElementTree& element) {
+  require(element.line > 0 && element.column > 0);
+  require(node->baseName().View() == element.name);
+  const auto attributes = node->attributes();
+  require(attributes->length() == static_cast<long>(element.attributes.size()));
+  for (std::size_t i = 0; i < element.attributes.size(); ++i) {
+    const Node attribute = attributes->item(static_cast<long>(i));
+    require(attribute->nodeName().View() == element.attributes[i].name);
+    require(attribute->text().View() == element.attributes[i].value);
+  }
+  std::size_t next = 0;
+  const auto children = node->childNodes();
+  for (Node child = children->nextNode(); child.p != nullptr; child = children->nextNode()) {
+    if (child->nodeType() != NODE_ELEMENT) continue;
+    require(next < element.children.size());
+    requireSame(child, element.children[next++]);
+  }
+  require(next == element.children.size());
+}
+
+void requireSame(const Document& document, std::u16string_view text) {
+  const qx::xml::ElementsRead read = qx::xml::readElements(text);
+  const auto root = document->documentElement();
+  require(read.root.has_value() == (root.p != nullptr));
+  if (read.root) return requireSame(Node(root.p), *read.root);
+  const auto error = document->parseError();
+  require(read.reason == error->reason().View());
+  require(read.line == error->line() && read.column == error->linepos());
 }
 
 // The document's text must read back and be written the same again.
@@ -132,7 +164,9 @@ void moveAbout(const Document& first, const Document& second, Choice choice) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::u16string text = textOf(data, size);
   const Document document = newDocument();
-  if (document->loadXML(text) == VARIANT_FALSE) {
+  const bool parses = document->loadXML(text) == VARIANT_TRUE;
+  requireSame(document, text);
+  if (!parses) {
     // A refused text leaves a reason and an empty document.
     require(document->parseError()->reason().View().ends_with(u'\n'));
     require(document->firstChild().p == nullptr);

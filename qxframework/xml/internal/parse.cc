@@ -27,7 +27,7 @@ ParseFault faultWithoutPlace(HRESULT code, std::string reason) {
   return {code, std::move(reason), 0, 0};
 }
 
-ParseResult parseBytes(std::string_view bytes, int options) {
+ParseResult parseBytes(std::string_view bytes, int options, TagHandler* tags = nullptr) {
   if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) {
     return {nullptr, faultWithoutPlace(E_FAIL, "The document is too long.\n")};
   }
@@ -37,16 +37,17 @@ ParseResult parseBytes(std::string_view bytes, int options) {
   const std::unique_ptr<xmlParserCtxt, FreeParser> parser(xmlNewParserCtxt());
   if (parser == nullptr) throw std::bad_alloc();
   FaultCollector collector(parser.get());
-  const ParseRules rules(parser.get(), collector);
+  ParseRules rules(parser.get(), collector, tags);
   // Without XML_PARSE_HUGE, libxml2 bounds the length of texts. XML_PARSE_NOBLANKS would replace
   // the handler of white space.
   DocumentHandle document(xmlCtxtReadMemory(parser.get(), bytes.data(),
                                             static_cast<int>(bytes.size()), nullptr, nullptr,
                                             XML_PARSE_NONET | options));
+  rules.rethrow();
   if (collector.fault().code < 0) return {nullptr, collector.fault()};
   // No error was reported, but there is no document either; that must not pass for an empty one.
   if (document == nullptr) return {nullptr, {E_FAIL, "The document cannot be read.\n", 1, 1}};
-  finishTree(document.get());
+  if (tags == nullptr) finishTree(document.get());
   return {std::move(document), {}};
 }
 
@@ -99,18 +100,29 @@ std::string readFile(const std::string& path, std::error_code& why) {
 
 }  // namespace
 
-ParseResult parseText(std::u16string_view text) {
+std::optional<std::string> documentBytes(std::u16string_view text, ParseFault& fault) {
   if (text.starts_with(u'\uFEFF')) text.remove_prefix(1);
-  const std::optional<std::string> bytes = strictUtf8(text);
+  std::optional<std::string> bytes = strictUtf8(text);
   if (!bytes) {
-    return {nullptr, faultWithoutPlace(E_FAIL, "The text is no well-formed UTF-16.\n")};
+    fault = faultWithoutPlace(E_FAIL, "The text is no well-formed UTF-16.\n");
+  } else if (bytes->find('\0') != std::string::npos) {
+    // A zero would end the text for libxml2, and the rest would be ignored without an error.
+    fault = faultWithoutPlace(E_FAIL, "The text holds a zero character.\n");
+    bytes.reset();
   }
-  // A zero would end the text for libxml2, and the rest would be ignored without an error.
-  if (bytes->find('\0') != std::string::npos) {
-    return {nullptr, faultWithoutPlace(E_FAIL, "The text holds a zero character.\n")};
-  }
-  // The bytes are UTF-8 now, for any encoding that the declaration names.
-  return parseBytes(*bytes, XML_PARSE_IGNORE_ENC);
+  return bytes;
+}
+
+// The bytes of a wide text are UTF-8, for any encoding that its declaration names.
+ParseResult parseText(std::u16string_view text) {
+  ParseResult out;
+  const std::optional<std::string> bytes = documentBytes(text, out.fault);
+  return bytes ? parseBytes(*bytes, XML_PARSE_IGNORE_ENC) : std::move(out);
+}
+
+// Without a tree nobody but the parser itself can replace the five entities of XML in the values.
+ParseFault parseTags(const std::string& utf8, TagHandler& tags) {
+  return parseBytes(utf8, XML_PARSE_IGNORE_ENC | XML_PARSE_NOENT, &tags).fault;
 }
 
 ParseResult parseFile(const std::string& source) {

@@ -8,6 +8,7 @@
 #include <libxml/tree.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,8 +34,16 @@ struct ParseResult {
   ParseFault fault;
 };
 
+class TagHandler;
+
 /// Parses wide text; ignores the encoding in its declaration.
 ParseResult parseText(std::u16string_view text);
+/// Passes the elements of a wide text, converted to `utf8`, to a handler instead of making a tree.
+/// What the handler throws ends the parse and is thrown here.
+ParseFault parseTags(const std::string& utf8, TagHandler& tags);
+/// Returns the UTF-8 of a text that may be a document; nothing, and the reason in `fault`, for one
+/// that cannot.
+std::optional<std::string> documentBytes(std::u16string_view text, ParseFault& fault);
 /// Parses a file, given as a path or "file:" URL, in the encoding of its byte-order mark or
 /// declaration.
 ParseResult parseFile(const std::string& source);

@@ -81,19 +81,6 @@ bool isPossibleDefault(std::string_view attribute, std::string_view value) {
 
 // --- elements ----------------------------------------------------------------------------------
 
-// One of the five-part groups of a start tag.
-struct Attribute {
-  std::string_view name;
-  std::string_view prefix;
-  std::string_view value;
-
-  explicit Attribute(const xmlChar** parts)
-      : name(viewOfXml(parts[0])),
-        prefix(viewOfXml(parts[1])),
-        value(reinterpret_cast<const char*>(parts[3]),
-              static_cast<std::size_t>(parts[4] - parts[3])) {}
-};
-
 void startElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
                   int namespaceCount, const xmlChar** namespaces, int attributeCount,
                   int defaultedCount, const xmlChar** attributes) {
@@ -104,6 +91,34 @@ void startElement(void* context, const xmlChar* name, const xmlChar* prefix, con
   // defaulted ones unless it were asked for external declarations too.
   xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount, 0,
                         attributes);
+}
+
+void passOnStart(void* context, const xmlChar* name, const xmlChar*, const xmlChar*,
+                 int namespaceCount, const xmlChar** namespaces, int attributeCount,
+                 int defaultedCount, const xmlChar** attributes) {
+  const ParseRules::StartTag tag{namespaceCount, namespaces, attributeCount, defaultedCount,
+                                 attributes};
+  if (!rulesOf(context).admitElement(tag)) return;
+  const xmlParserInput& input = *parserOf(context).input;
+  const auto position = input.consumed + static_cast<std::size_t>(input.cur - input.base);
+  rulesOf(context).pass(
+      [&](TagHandler& tags) { tags.startElement(viewOfXml(name), tag, position); });
+}
+
+void passOnEnd(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
+  // After a refusal the parser closes nothing more.
+  rulesOf(context).pass([](TagHandler& tags) { tags.endElement(); });
+}
+
+// Only the elements are wanted.
+void passOnElements(xmlSAXHandler& handler) {
+  handler.startElementNs = passOnStart;
+  handler.endElementNs = passOnEnd;
+  handler.characters = nullptr;
+  handler.ignorableWhitespace = nullptr;
+  handler.cdataBlock = nullptr;
+  handler.comment = nullptr;
+  handler.processingInstruction = nullptr;
 }
 
 // --- white space -------------------------------------------------------------------------------
@@ -182,10 +197,20 @@ void settleNamespaceNames(xmlNode* element) {
 
 }  // namespace
 
-ParseRules::ParseRules(xmlParserCtxt* parser, FaultCollector& faults)
-    : parser_(parser), faults_(faults) {
+ParseRules::Attribute::Attribute(const xmlChar** parts)
+    : name(viewOfXml(parts[0])),
+      prefix(viewOfXml(parts[1])),
+      value(reinterpret_cast<const char*>(parts[3]),
+            static_cast<std::size_t>(parts[4] - parts[3])) {}
+
+ParseRules::ParseRules(xmlParserCtxt* parser, FaultCollector& faults, TagHandler* tags)
+    : parser_(parser), faults_(faults), tags_(tags) {
   parser->_private = this;
   passOverDocumentType(*parser->sax);
+  if (tags != nullptr) {
+    passOnElements(*parser->sax);
+    return;
+  }
   parser->sax->startElementNs = startElement;
   parser->sax->characters = addText;
   parser->sax->ignorableWhitespace = passOverIndentation;
@@ -205,9 +230,9 @@ void ParseRules::checkDefault(const xmlChar* attribute, const xmlChar* value) {
 bool ParseRules::admitElement(const StartTag& tag) {
   // Without a table of ids, which would point to attributes that may be freed or move to another
   // document. Set at the root, since before it the flag would ask for external declarations.
-  if (parser_->nodeNr == 0) parser_->loadsubset |= XML_SKIP_IDS;
+  if (parser_->nameNr == 0) parser_->loadsubset |= XML_SKIP_IDS;
   // The new element is not among the open ones yet.
-  if (parser_->nodeNr >= kMostLevels) {
+  if (parser_->nameNr >= kMostLevels) {
     refuse("The elements are nested more than 255 levels deep.\n");
     return false;
   }
@@ -234,6 +259,19 @@ void ParseRules::countDefaults(const StartTag& tag) {
   for (int i = 0; i < 2 * tag.namespaceCount; ++i) {
     addedBytes_ += viewOfXml(tag.namespaces[i]).size() + kPunctuation;
   }
+}
+
+void ParseRules::pass(const std::function<void(TagHandler&)>& work) {
+  try {
+    work(*tags_);
+  } catch (...) {
+    thrown_ = std::current_exception();
+    refuse("The document was given up.\n");
+  }
+}
+
+void ParseRules::rethrow() const {
+  if (thrown_ != nullptr) std::rethrow_exception(thrown_);
 }
 
 void finishTree(xmlDoc* document) {

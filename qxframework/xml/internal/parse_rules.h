@@ -9,14 +9,20 @@
 #include <libxml/tree.h>
 
 #include <cstddef>
+#include <exception>
+#include <functional>
+#include <string_view>
 
 namespace qx::xml {
+
+class TagHandler;
 
 /// Makes a parser follow the rules as long as it lives. A document that breaks one ends the parse,
 /// and `faults` has the reason.
 class ParseRules {
  public:
-  ParseRules(xmlParserCtxt* parser, FaultCollector& faults);
+  /// With `tags`, the elements go to it and no tree is made.
+  ParseRules(xmlParserCtxt* parser, FaultCollector& faults, TagHandler* tags = nullptr);
   ParseRules(const ParseRules&) = delete;
   ParseRules& operator=(const ParseRules&) = delete;
 
@@ -29,6 +35,17 @@ class ParseRules {
     int defaultedCount;
     const xmlChar** attributes;
   };
+  /// One of the groups of five.
+  struct Attribute {
+    explicit Attribute(const xmlChar** parts);
+    std::string_view name;
+    std::string_view prefix;
+    std::string_view value;
+  };
+  /// Runs `work` on the handler of the tags. What it throws must not pass through libxml2: it ends
+  /// the parse and waits for rethrow().
+  void pass(const std::function<void(TagHandler&)>& work);
+  void rethrow() const;
   /// Checks the declaration of a default value.
   void checkDefault(const xmlChar* attribute, const xmlChar* value);
   /// Returns false if the element breaks a rule and must not become a part of the tree.
@@ -41,8 +58,20 @@ class ParseRules {
 
   xmlParserCtxt* parser_;
   FaultCollector& faults_;
+  TagHandler* tags_;
+  std::exception_ptr thrown_;
   int defaults_ = 0;            // default values that the document declares
   std::size_t addedBytes_ = 0;  // the text that they have added to the document
+};
+
+/// Receives the elements of a document while it is parsed.
+class TagHandler {
+ public:
+  virtual ~TagHandler() = default;
+  /// Takes a start tag; `position` is a byte of it behind the name.
+  virtual void startElement(std::string_view name, const ParseRules::StartTag& tag,
+                            std::size_t position) = 0;
+  virtual void endElement() = 0;
 };
 
 /// Brings a tree that was read by the rules into the state that later operations rely on: no text
