@@ -177,6 +177,17 @@ TEST_F(ChooseList, WithoutACompanyIsRefused) {
   EXPECT_THAT(messages(u"CQXChooseList::GetKey"), ElementsAre("Company pointer not set.\n"));
 }
 
+TEST_F(ChooseList, WithoutAParentIsRefusedBeforeItsQueryRuns) {
+  PlainForm* const owner = std::exchange(parent, nullptr);
+  for (const bool alwaysShow : {false, true}) {
+    log.records.clear();
+    EXPECT_EQ(raisedBy([&] { choose(u"SELECT 'C1' AS No", alwaysShow); }), E_POINTER);
+    EXPECT_THAT(messages(u"CQXChooseList::GetKey"), ElementsAre("Parent form not set.\n"));
+  }
+  parent = owner;
+  EXPECT_FALSE(isOpen());
+}
+
 TEST_F(ChooseList, OfAQueryThatFailsLogsTheStatementAndThrows) {
   EXPECT_EQ(raisedBy([this] { choose(u"SELECT nonsense FROM nowhere"); }), -2000);
   const Strings lines = messages(u"CQXChooseList::GetKey");
