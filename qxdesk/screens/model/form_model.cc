@@ -39,9 +39,18 @@ void FormModel::removeItem(std::u16string_view uid) {
   if (focus == uid) focus.clear();
 }
 
+std::vector<std::shared_ptr<ItemModel>> FormModel::tabOrder() const {
+  std::vector<std::shared_ptr<ItemModel>> out;
+  for (const auto& item : items_) {
+    if (item->type != kStaticText && isUsable(*item)) out.push_back(item);
+  }
+  return out;
+}
+
 void FormModel::addSource(std::u16string uid, long type, long size) {
   checkUid(uid, kNotAUserDataSource);
   if (findSource(uid) != nullptr) raiseError(kNotAUserDataSource);
+  if (size < 0) raiseError(kUnknownFieldType);
   sources_.push_back(std::make_shared<UserDataSource>(std::move(uid), type, size));
 }
 

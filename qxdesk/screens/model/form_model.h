@@ -51,12 +51,21 @@ class FormModel {
   /// Throws kInvalidItem.
   void removeItem(std::u16string_view uid);
 
+  /// True if a user can act on the item: it is visible, enabled and on the form's pane.
+  bool isUsable(const ItemModel& item) const {
+    return item.visible && item.enabled && item.isOnPane(pane);
+  }
+  /// Returns the items through which the tab key goes, in its order: the usable ones that take the
+  /// focus, in the order of items().
+  std::vector<std::shared_ptr<ItemModel>> tabOrder() const;
+
   const std::vector<std::shared_ptr<UserDataSource>>& sources() const { return sources_; }
   /// Returns the data source, or null.
   std::shared_ptr<UserDataSource> findSource(std::u16string_view uid) const {
     return findByUid(sources_, uid);
   }
-  /// Throws kNotAUserDataSource for an empty UID or one that is taken, and kStringTooLong10.
+  /// Throws kNotAUserDataSource for an empty UID or one that is taken, kStringTooLong10, and
+  /// kUnknownFieldType for a negative size.
   void addSource(std::u16string uid, long type, long size);
 
   /// Sets the button that enter presses; an empty UID sets none. Throws kFormSettingDefaultButton

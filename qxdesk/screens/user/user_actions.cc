@@ -89,7 +89,7 @@ UserActions::Target UserActions::reach(const Spot& spot) const {
   if (target.item->matrix != nullptr) findCell(spot, target);
   // An add-on may fill a form before showing it, but a disabled item refuses an add-on as well.
   const bool onScreen = target.form->visible || actor_ == Actor::kAddOn;
-  if (!onScreen || !target.item->usable()) raiseError(kNotValidTarget);
+  if (!onScreen || !target.form->isUsable(*target.item)) raiseError(kNotValidTarget);
   return target;
 }
 
@@ -246,7 +246,7 @@ void UserActions::enter(const Target& target, char16_t pressed) {
 
 void UserActions::pressDefaultButton(const std::shared_ptr<FormModel>& form) {
   const auto button = form->findItem(form->defaultItem());
-  if (button == nullptr || button->type != kButton || !button->usable()) return;
+  if (button == nullptr || button->type != kButton || !form->isUsable(*button)) return;
   // The outcome is that of the key; the veto of the button does not undo the key.
   click(Spot{form->uid(), button->uid});
 }
