@@ -94,6 +94,13 @@ bool EmbeddedClient::type(const std::string& form, const std::string& item,
   return act(&desk::IDeskUser::TypeInto, form, item, text);
 }
 
+bool EmbeddedClient::typeIntoCell(const std::string& form, const std::string& item,
+                                  const std::string& column, long row, const std::string& text) {
+  return act(&desk::IDeskUser::TypeIntoCell, form, item, column, row, text);
+}
+
+bool EmbeddedClient::tab(const std::string& form) { return act(&desk::IDeskUser::PressTab, form); }
+
 bool EmbeddedClient::validate(const std::string& form, const std::string& item) {
   return act(&desk::IDeskUser::Validate, form, item);
 }
@@ -168,6 +175,12 @@ std::string EmbeddedClient::form(const std::string& uid) {
 }
 
 std::string EmbeddedClient::forms() { return printed(&desk::IDeskUser::PrintForms); }
+
+std::string EmbeddedClient::focus(const std::string& form) {
+  CComBSTR item;
+  raiseIfFailed(user()->GetFocus(wide(form), &item));
+  return toUtf8(item.View());
+}
 
 long EmbeddedClient::sinks() {
   long count = 0;

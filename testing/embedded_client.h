@@ -40,6 +40,10 @@ class EmbeddedClient {
   bool selectForm(const std::string& form);
   bool press(const std::string& form, const std::string& item);
   bool type(const std::string& form, const std::string& item, const std::string& text);
+  bool typeIntoCell(const std::string& form, const std::string& item, const std::string& column,
+                    long row, const std::string& text);
+  /// Presses the tab key, which moves the focus.
+  bool tab(const std::string& form);
   bool validate(const std::string& form, const std::string& item);
   /// Chooses an entry of a combo box by its key or its text.
   bool choose(const std::string& form, const std::string& item, const std::string& key);
@@ -73,6 +77,8 @@ class EmbeddedClient {
   std::string form(const std::string& uid);
   /// Returns the number of event sinks that add-ons have attached.
   long sinks();
+  /// Returns the UID of the item with the focus; empty if none has it.
+  std::string focus(const std::string& form);
 
  private:
   template <class Method, class... Arguments>

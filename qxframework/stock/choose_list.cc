@@ -66,6 +66,12 @@ long CQXChooseList::GetKey(CComBSTR subtitle, CComBSTR findText, CComBSTR sql, b
     hr.LogError(u"Company pointer not set.\n");
     qx::raiseError(hr);
   }
+  // Refused before the query runs: without a parent there is no one to take the key.
+  if (parent == nullptr) {
+    hr = E_POINTER;
+    hr.LogError(u"Parent form not set.\n");
+    qx::raiseError(hr);
+  }
   const CComPtr<IRecordset> records = runQuery(hr, company, sql);
   if (!alwaysShow && records->GetRecordCount() == 1) {
     putOnlyKey(hr, *records.p, *parent);

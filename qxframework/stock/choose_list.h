@@ -26,8 +26,8 @@ class QX_API CQXChooseList {
   /// `allowCopy` add a button that opens `targetForm` for a new record or a copy; the form belongs
   /// to the caller until then. `hideFirstColumn` hides the key, which needs a second column.
   ///
-  /// Returns 0. Throws E_POINTER without a company, the client's code for a failed query or form,
-  /// and E_INVALIDARG for a single row whose key is neither text nor number.
+  /// Returns 0. Throws E_POINTER without a company or a parent, the client's code for a failed
+  /// query or form, and E_INVALIDARG for a single row whose key is neither text nor number.
   static long GetKey(CComBSTR subtitle, CComBSTR findText, CComBSTR sql, bool allowNew,
                      bool allowCopy, CQXAddOnForm* parent, CComPtr<IApplication> application,
                      CComPtr<ICompany> company, bool alwaysShow, bool hideFirstColumn,

@@ -1,6 +1,7 @@
 #include "qxframework/stock/init_progress.h"
 
 #include "qxframework/automation/text.h"
+#include "qxframework/host/controls.h"
 #include "qxframework/host/form.h"
 #include "qxframework/os/clock.h"
 #include "qxframework/stock/stock_fixture.h"
@@ -8,7 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qx::test {
@@ -151,6 +154,65 @@ TEST_F(InitProgress, AfterTheUserClosedTheFormTheNextMessageOpensANewOne) {
   EXPECT_THAT(open(), IsEmpty());
   EXPECT_EQ(handle.DisplayProgressMessage(u"More", 1), 0);
   EXPECT_EQ(bar(uid()), "#..............");
+}
+
+/// A clock during whose first sleep the user acts.
+class ClockWithUser final : public ManualClock {
+ public:
+  explicit ClockWithUser(std::function<void()> act) : act_(std::move(act)) {}
+  void sleepFor(std::chrono::milliseconds duration) override {
+    ManualClock::sleepFor(duration);
+    if (const auto act = std::exchange(act_, nullptr)) act();
+  }
+
+ private:
+  std::function<void()> act_;
+};
+
+TEST_F(InitProgress, AFormThatTheUserClosesWhileReadingTheEndIsOpenedOnceMore) {
+  ClockWithUser clock([this] { EXPECT_TRUE(desk.closeForm(uid())); });
+  setCurrentClock(&clock);
+  auto handle = progress();
+  handle.OpenInitForm();
+  EXPECT_EQ(handle.CloseInitForm(true), 0);
+  EXPECT_THAT(messages(u"CQXInitProgress::CloseInitForm"),
+              ElementsAre("Failed to close progress form, try to reopen"));
+  EXPECT_EQ(message(uid()), "\"Initialization completed successfully\"");
+  EXPECT_EQ(bar(uid()), "###############");
+  EXPECT_EQ(hostForm(uid())->GetVisible(), VARIANT_FALSE);
+  EXPECT_EQ(clock.sleeps(), 2);
+}
+
+TEST_F(InitProgress, EveryOperationAfterTheUserClosedTheFormOpensANewOne) {
+  const std::function<long(CQXInitProgress&)> operations[] = {
+      [](CQXInitProgress& handle) { return handle.OpenInitForm(); },
+      [](CQXInitProgress& handle) { return handle.DisplayProgressMessage(u"x", 1); },
+      [](CQXInitProgress& handle) { return handle.CloseInitForm(true); },
+      [](CQXInitProgress& handle) { return handle.CloseInitForm(false); }};
+  for (const auto& operation : operations) {
+    auto handle = progress();
+    handle.OpenInitForm();
+    desk.closeForm(uid());
+    EXPECT_EQ(operation(handle), 0);
+    EXPECT_EQ(open().size(), 1U);
+    desk.closeForm(uid());
+  }
+}
+
+TEST_F(InitProgress, SixteenStepsAtOnceFillTheBarAndBeginAnew) {
+  auto handle = progress();
+  handle.OpenInitForm();
+  handle.DisplayProgressMessage(u"", 16);
+  EXPECT_EQ(bar(uid()), "#..............");
+}
+
+TEST_F(InitProgress, AMessageMayHoldAnyUnit) {
+  const std::u16string any = u"<&\"'> \x01\n\xFFFE" + std::u16string(1, char16_t{0xD83D}) + u" %s";
+  auto handle = progress();
+  EXPECT_EQ(handle.DisplayProgressMessage(any.c_str(), 0), 0);
+  const CComQIPtr<IStaticText> label(
+      hostForm(uid())->GetItems()->Item(CComVariant(u"205"))->GetSpecific());
+  EXPECT_EQ(label->GetCaption().View(), any);
 }
 
 TEST_F(InitProgress, ACopyNoticesThatTheUserClosedTheForm) {

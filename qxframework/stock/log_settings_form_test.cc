@@ -139,7 +139,7 @@ TEST_F(LogSettingsForm, CancelStoresNothing) {
 
 TEST_F(LogSettingsForm, RefusesACountOutOfRangeAndKeepsTheFocus) {
   open();
-  for (const char* count : {"0", "11", "-1", "x"}) {
+  for (const char* count : {"0", "11", "-1", "x", ""}) {
     desk.type(form, kCount, count);
     EXPECT_FALSE(desk.validate(form, kCount)) << count;
     EXPECT_THAT(item(kCount), EndsWith("focus")) << count;
@@ -205,6 +205,30 @@ TEST_F(LogSettingsForm, DoesNotStoreARefusedValueButTheOthers) {
   EXPECT_THAT(messages(u"CFrmLogSettings::SaveLoggingData"),
               Contains("Invalid log count (99) specified!\n"));
   EXPECT_THAT(desk.statusBar(), HasSubstr("error: File count must be between 1 and 10\n"));
+}
+
+TEST_F(LogSettingsForm, AValidEntryKeepsOkModeAfterTheTabKey) {
+  open();
+  for (const char* item : {kCount, kSize}) {
+    desk.type(form, item, "3");
+    hostForm()->PutMode(2);
+    EXPECT_TRUE(desk.tab(form)) << item;
+    EXPECT_EQ(hostForm()->GetMode(), 1) << item;
+    desk.type(form, item, "0");
+    EXPECT_FALSE(desk.tab(form)) << item;
+    EXPECT_EQ(desk.focus(form), item);
+    desk.type(form, item, "3");
+    EXPECT_TRUE(desk.tab(form)) << item;
+  }
+}
+
+TEST_F(LogSettingsForm, OtherEventsPass) {
+  open();
+  EXPECT_TRUE(desk.press(form, "304"));
+  EXPECT_TRUE(desk.rightClick(form, kCount));
+  EXPECT_TRUE(desk.selectForm(form));
+  EXPECT_TRUE(desk.closeForm(form));
+  EXPECT_EQ(log.settings, RecordedSettings{});
 }
 
 TEST_F(LogSettingsForm, ASecondDialogHasASecondUid) {

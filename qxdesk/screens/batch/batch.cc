@@ -66,16 +66,16 @@ std::optional<XmlElement> Batch::parse(std::u16string_view xml) {
   raiseIfFailed(createDocument(&document));
   if (document->loadXML(_bstr_t(xml)) != VARIANT_TRUE) {
     const auto error = document->parseError();
-    report_.failDocument(kCannotLoadXml, withoutLineEnd(error->reason().View()), error->line(),
-                         error->linepos());
+    report_.failDocument(kCannotLoadXml, withoutLineEnd(error->reason().View()),
+                         {error->line(), error->linepos()});
     return std::nullopt;
   }
-  return XmlElement(CComPtr<IXMLDOMNode>(document->documentElement().p));
+  return XmlElement::rootOf(*document.p, xml);
 }
 
 void Batch::applyDocument(const XmlElement& root) {
   if (root.name() != u"application") {
-    report_.failDocument(kTagNotInPosition, u"the root element is not <Application>", 0, 0);
+    report_.failDocument(kTagNotInPosition, u"the root element is not <Application>", root.place());
     return;
   }
   for (const XmlElement& child : root.children()) {
@@ -86,7 +86,8 @@ void Batch::applyDocument(const XmlElement& root) {
       applyActions(child, u"form", u"uid",
                    [this](Action action, const XmlElement& entry) { applyForm(action, entry); });
     } else {
-      report_.failDocument(kTagNotInPosition, u"<Application> holds <" + child.name() + u">", 0, 0);
+      report_.failDocument(kTagNotInPosition, u"<Application> holds <" + child.name() + u">",
+                           child.place());
     }
   }
 }
@@ -96,11 +97,12 @@ void Batch::applyActions(const XmlElement& parent, std::u16string_view entryName
   for (const XmlElement& element : parent.children()) {
     if (element.name() != u"action") {
       report_.failDocument(kTagNotInPosition,
-                           u"<" + parent.name() + u"> holds <" + element.name() + u">", 0, 0);
+                           u"<" + parent.name() + u"> holds <" + element.name() + u">",
+                           element.place());
       continue;
     }
     const std::u16string type = element.text(u"type");
-    report_.beginAction(type);
+    report_.beginAction(type, element.place());
     // An unknown type is one error of the action; its entries are not looked at.
     const auto action = actionOf(type);
     if (!action) {
@@ -108,7 +110,7 @@ void Batch::applyActions(const XmlElement& parent, std::u16string_view entryName
       continue;
     }
     for (const XmlElement& entry : element.children()) {
-      report_.beginEntry(entry.text(uidName));
+      report_.beginEntry(entry.text(uidName), entry.place());
       if (entry.name() == entryName) {
         applyEntry(*action, entry, apply);
       } else {

@@ -59,9 +59,9 @@ void write(std::u16string& out, const BatchError& error) {
     write(out, u"entry", error.entry);
     write(out, u"uid", error.uid);
   }
-  if (error.line != 0) {
-    write(out, u"line", error.line);
-    write(out, u"column", error.column);
+  if (error.place.line != 0) {
+    write(out, u"line", error.place.line);
+    write(out, u"column", error.place.column);
   }
   write(out, u"code", error.code);
   write(out, u"text", resultSentence(error.code));
@@ -71,29 +71,34 @@ void write(std::u16string& out, const BatchError& error) {
 
 }  // namespace
 
-void BatchReport::beginAction(std::u16string_view type) {
-  place_ = BatchError();  // the entries count anew
-  place_.action = ++actions_;
-  place_.type = type;
+void BatchReport::beginAction(std::u16string_view type, const Place& place) {
+  current_ = BatchError();  // the entries count anew
+  current_.action = ++actions_;
+  current_.type = type;
+  current_.place = place;
 }
 
-void BatchReport::beginEntry(std::u16string_view uid) {
-  ++place_.entry;
-  place_.uid = uid;
+void BatchReport::beginEntry(std::u16string_view uid, const Place& place) {
+  ++current_.entry;
+  current_.uid = uid;
+  current_.place = place;
 }
 
 void BatchReport::fail(HRESULT code, std::u16string_view detail) {
-  BatchError error = place_;
+  fail(code, detail, current_.place);
+}
+
+void BatchReport::fail(HRESULT code, std::u16string_view detail, const Place& place) {
+  BatchError error = current_;
   error.code = code;
   error.detail = detail;
+  error.place = place;
   errors_.push_back(std::move(error));
 }
 
-void BatchReport::failDocument(HRESULT code, std::u16string_view detail, long line, long column) {
-  place_ = BatchError();  // such an error belongs to no action
-  place_.line = line;
-  place_.column = column;
-  fail(code, detail);
+void BatchReport::failDocument(HRESULT code, std::u16string_view detail, const Place& place) {
+  current_ = BatchError();  // such an error belongs to no action
+  fail(code, detail, place);
 }
 
 std::u16string BatchReport::xml() const {

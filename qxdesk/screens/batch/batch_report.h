@@ -3,12 +3,14 @@
 // The result of a batch as one line of XML:
 //
 //     <result actions="2" applied="3" failed="1"><errors><error action="1" type="add" entry="2"
-//     uid="X" code="-7026" text="Invalid menu item"/></errors></result>
+//     uid="X" line="4" column="5" code="-7026" text="Invalid menu item"/></errors></result>
 //
-// `action` and `entry` count from 1. An error may have a `detail`, a sentence about the fault in
-// the entry. The error of a document that cannot be parsed has `line` and `column` instead of the
-// first four attributes.
+// `action` and `entry` count from 1. `line` and `column` are the place of the element at fault, or
+// of the character at which parsing ends. An error may have a `detail`, a sentence about the fault.
+// The error of a document that cannot be parsed or whose outline is wrong has no `action`, `type`,
+// `entry` and `uid`.
 
+#include "qxdesk/screens/batch/element_places.h"
 #include "qxframework/automation/types.h"
 
 #include <string>
@@ -23,8 +25,7 @@ struct BatchError {
   std::u16string type;
   long entry = 0;  ///< 0: the action as a whole
   std::u16string uid;
-  long line = 0;  ///< 0: unknown
-  long column = 0;
+  Place place;
   HRESULT code = 0;
   std::u16string detail;
 };
@@ -32,15 +33,17 @@ struct BatchError {
 class BatchReport {
  public:
   /// Begins an action, to which the following calls belong.
-  void beginAction(std::u16string_view type);
+  void beginAction(std::u16string_view type, const Place& place);
   /// Begins an entry of the action.
-  void beginEntry(std::u16string_view uid);
+  void beginEntry(std::u16string_view uid, const Place& place);
   /// Counts the entry as applied.
   void applied() { ++applied_; }
-  /// Adds an error of the current entry.
+  /// Adds an error of the current entry, or of the action if no entry has begun.
   void fail(HRESULT code, std::u16string_view detail = {});
-  /// Adds an error of the document as a whole; `line` is 0 if the place is unknown.
-  void failDocument(HRESULT code, std::u16string_view detail, long line, long column);
+  /// Adds an error of the current entry for an element within it.
+  void fail(HRESULT code, std::u16string_view detail, const Place& place);
+  /// Adds an error of the document as a whole.
+  void failDocument(HRESULT code, std::u16string_view detail, const Place& place);
 
   const std::vector<BatchError>& errors() const { return errors_; }
   /// Returns S_OK or the code of the first error.
@@ -48,7 +51,7 @@ class BatchReport {
   std::u16string xml() const;
 
  private:
-  BatchError place_;
+  BatchError current_;  // the action and the entry at hand
   long actions_ = 0;
   long applied_ = 0;
   std::vector<BatchError> errors_;

@@ -52,10 +52,11 @@ TEST_F(BatchTest, MissingFatherIsReportedAndTheOtherEntriesAreApplied) {
       <Menu Type="1" UniqueID="X2" String="y" FatherUID="43523"/></action></Menus></Application>)"),
             kInvalidMenuItem);
   EXPECT_EQ(addOns(), "43523 \"Add-Ons\" popup\n  X2 \"y\"\n");
-  EXPECT_EQ(report(),
-            R"(<result actions="1" applied="1" failed="1"><errors><error action="1" type="add" )"
-            R"(entry="1" uid="X1" code="-7026" text="Invalid menu item" )"
-            R"(detail="there is no menu with the FatherUID 4711"/></errors></result>)");
+  EXPECT_EQ(
+      report(),
+      R"(<result actions="1" applied="1" failed="1"><errors><error action="1" type="add" )"
+      R"(entry="1" uid="X1" line="2" column="7" code="-7026" )"
+      R"(text="Invalid menu item" detail="there is no menu with the FatherUID 4711"/></errors></result>)");
 }
 
 TEST_F(BatchTest, EachFaultOfAMenuIsReportedWithItsCode) {
@@ -72,21 +73,22 @@ TEST_F(BatchTest, EachFaultOfAMenuIsReportedWithItsCode) {
   EXPECT_EQ(
       report(),
       R"(<result actions="4" applied="0" failed="8"><errors>)"
-      R"(<error action="1" type="add" entry="1" uid="QX_551" code="-7130" )"
+      R"(<error action="1" type="add" entry="1" uid="QX_551" line="2" column="7" code="-7130" )"
       R"(text="Menu already exists"/>)"
-      R"(<error action="1" type="add" entry="2" uid="X2" code="-7132" text="Menu invalid type"/>)"
-      R"(<error action="1" type="add" entry="3" uid="X3" code="-7133" )"
+      R"(<error action="1" type="add" entry="2" uid="X2" line="3" column="7" code="-7132" )"
+      R"(text="Menu invalid type"/>)"
+      R"(<error action="1" type="add" entry="3" uid="X3" line="4" column="7" code="-7133" )"
       R"(text="Menu position not valid"/>)"
-      R"(<error action="1" type="add" entry="4" uid="X4" code="-7133" )"
+      R"(<error action="1" type="add" entry="4" uid="X4" line="5" column="7" code="-7133" )"
       R"(text="Menu position not valid"/>)"
-      R"(<error action="2" type="remove" entry="1" uid="43523" code="-7027" )"
+      R"(<error action="2" type="remove" entry="1" uid="43523" line="6" column="38" code="-7027" )"
       R"(text="Not an user menu item"/>)"
-      R"(<error action="2" type="remove" entry="2" uid="X9" code="-7026" )"
+      R"(<error action="2" type="remove" entry="2" uid="X9" line="6" column="62" code="-7026" )"
       R"(text="Invalid menu item"/>)"
-      R"(<error action="3" type="update" entry="1" uid="3001" code="-7027" )"
+      R"(<error action="3" type="update" entry="1" uid="3001" line="7" column="29" code="-7027" )"
       R"(text="Not an user menu item"/>)"
-      R"(<error action="4" type="swap" code="-7050" text="Action type not valid" )"
-      R"(detail="the type is not add, update or remove"/></errors></result>)");
+      R"(<error action="4" type="swap" line="8" column="7" code="-7050" )"
+      R"(text="Action type not valid" detail="the type is not add, update or remove"/></errors></result>)");
 }
 
 TEST_F(BatchTest, ReportsLineAndColumnOfADocumentThatCannotBeParsed) {
@@ -98,10 +100,11 @@ TEST_F(BatchTest, ReportsLineAndColumnOfADocumentThatCannotBeParsed) {
 
 TEST_F(BatchTest, RefusesElementsInTheWrongPlace) {
   EXPECT_EQ(apply(u"<Menus/>"), kTagNotInPosition);
-  EXPECT_EQ(report(),
-            R"(<result actions="0" applied="0" failed="1"><errors><error code="-7051" )"
-            R"(text="Tag not in position" detail="the root element is not &lt;Application&gt;"/>)"
-            R"(</errors></result>)");
+  EXPECT_EQ(
+      report(),
+      R"(<result actions="0" applied="0" failed="1"><errors><error line="1" column="1" code="-7051" )"
+      R"(text="Tag not in position" detail="the root element is not &lt;Application&gt;"/>)"
+      R"(</errors></result>)");
   EXPECT_EQ(apply(u"<Application><Tables/></Application>"), kTagNotInPosition);
   EXPECT_EQ(apply(u"<Application><Menus><Menu/></Menus></Application>"), kTagNotInPosition);
   EXPECT_EQ(apply(u"<Application><Menus><action type='add'><form/></action></Menus>"
@@ -192,19 +195,19 @@ TEST_F(BatchTest, FormWithFaultsIsNotOpenedAndAllOfThemAreReported) {
   EXPECT_EQ(
       report(),
       R"(<result actions="1" applied="0" failed="6"><errors>)"
-      R"(<error action="1" type="add" entry="1" uid="A" code="-7063" )"
+      R"(<error action="1" type="add" entry="1" uid="A" line="1" column="40" code="-7063" )"
       R"(text="Form setting rectangle" detail="&lt;form&gt; A: width is not a number: wide"/>)"
-      R"(<error action="1" type="add" entry="1" uid="A" code="-7090" )"
+      R"(<error action="1" type="add" entry="1" uid="A" line="2" column="56" code="-7090" )"
       R"(text="Data sources unknow field type" )"
       R"(detail="&lt;datasource&gt; U: type is not a number: x"/>)"
-      R"(<error action="1" type="add" entry="1" uid="A" code="-7012" )"
+      R"(<error action="1" type="add" entry="1" uid="A" line="4" column="57" code="-7012" )"
       R"(text="Item already exists" detail="&lt;item&gt; 1"/>)"
-      R"(<error action="1" type="add" entry="1" uid="A" code="-7091" text="Item attributes" )"
-      R"(detail="&lt;item&gt; 2: type is not one of 4, 8, 16, 113, 127"/>)"
-      R"(<error action="1" type="add" entry="1" uid="A" code="-7013" )"
+      R"(<error action="1" type="add" entry="1" uid="A" line="5" column="9" code="-7091" )"
+      R"(text="Item attributes" detail="&lt;item&gt; 2: type is not one of 4, 8, 16, 113, 127"/>)"
+      R"(<error action="1" type="add" entry="1" uid="A" line="5" column="34" code="-7013" )"
       R"x(text="String too long (10)" detail="&lt;item&gt; 12345678901"/>)x"
-      R"(<error action="1" type="add" entry="1" uid="A" code="-7092" text="Item binding data" )"
-      R"(detail="&lt;databind&gt;: the form has no user data source with the alias V"/>)"
+      R"(<error action="1" type="add" entry="1" uid="A" line="6" column="43" code="-7092" )"
+      R"(text="Item binding data" detail="&lt;databind&gt;: the form has no user data source with the alias V"/>)"
       R"(</errors></result>)");
 }
 

@@ -13,11 +13,17 @@ namespace {
 
 // The types for which the desk has a control; a linked button exists as a column only.
 constexpr long kKnownItemTypes[] = {kButton, kStaticText, kEditText, kComboBox, kMatrix};
+constexpr long kKnownColumnTypes[] = {kButton, kStaticText, kEditText, kComboBox, kLinkedButton};
 
 // Documents name the type by either attribute. "-1" is the type of forms without one.
 std::u16string typeOf(const XmlElement& form) {
   if (form.has(u"formtype")) return form.text(u"formtype");
   return form.has(u"appformnumber") ? form.text(u"appformnumber") : u"-1";
+}
+
+template <class Values, class Value>
+bool contains(const Values& values, const Value& value) {
+  return std::find(std::begin(values), std::end(values), value) != std::end(values);
 }
 
 }  // namespace
@@ -44,6 +50,7 @@ bool FormReader::update(FormModel& form, const XmlElement& element) {
 void FormReader::readForm(FormModel& form, const XmlElement& element) {
   // Data sources come before items, which are bound to them, and items before the default button,
   // which is one of them.
+  allowOnly(element, {u"datasources", u"items"});
   readFrame(form, element);
   for (const XmlElement& sources : element.children(u"datasources")) readSources(form, sources);
   for (const XmlElement& items : element.children(u"items")) readItems(form, items);
@@ -59,13 +66,8 @@ void FormReader::readFrame(FormModel& form, const XmlElement& element) {
   number(element, u"type", kFormSettingRect, form.borderStyle);
   number(element, u"left", kFormSettingRect, form.rect.left);
   number(element, u"top", kFormSettingRect, form.rect.top);
-  // Width, height and mode go through the form, which checks them. The other numbers are free.
-  long width = form.rect.width;
-  long height = form.rect.height;
-  number(element, u"width", kFormSettingRect, width);
-  number(element, u"height", kFormSettingRect, height);
-  attempt(element, [&] { form.setWidth(width); });
-  attempt(element, [&] { form.setHeight(height); });
+  size(element, u"width", kFormSettingRect, form.rect.width);
+  size(element, u"height", kFormSettingRect, form.rect.height);
   number(element, u"color", kFormSettingColor, form.color);
   number(element, u"pane", kFormSettingPane, form.pane);
   long mode = form.mode();
@@ -76,6 +78,7 @@ void FormReader::readFrame(FormModel& form, const XmlElement& element) {
 }
 
 void FormReader::readSources(FormModel& form, const XmlElement& element) {
+  allowOnly(element, {u"dbdatasources", u"userdatasources"});
   for (const XmlElement& database : element.children(u"dbdatasources")) {
     eachEntry(database, u"datasource",
               [&](const XmlElement& source) { form.tables.push_back(source.text(u"tablename")); });
@@ -92,17 +95,13 @@ void FormReader::readSources(FormModel& form, const XmlElement& element) {
 }
 
 void FormReader::readItems(FormModel& form, const XmlElement& element) {
-  for (const XmlElement& child : element.children()) {
-    if (child.name() == u"action") {
-      readItemAction(form, child);
-    } else {
-      fail(child, kTagNotInPosition, u"<items> holds <action>");
-    }
-  }
+  allowOnly(element, {u"action"});
+  for (const XmlElement& action : element.children(u"action")) readItemAction(form, action);
 }
 
 void FormReader::readItemAction(FormModel& form, const XmlElement& action) {
   const std::u16string type = action.text(u"type");
+  allowOnly(action, {u"item"});
   for (const XmlElement& element : action.children(u"item")) {
     // An update needs no type: it changes the item that has the UID, of any type.
     if (type == u"add") {
@@ -124,8 +123,7 @@ void FormReader::addItem(FormModel& form, const XmlElement& element) {
   ItemModel item;
   item.uid = element.text(u"uid");
   number(element, u"type", kItemAttributes, item.type);
-  if (std::find(std::begin(kKnownItemTypes), std::end(kKnownItemTypes), item.type) ==
-      std::end(kKnownItemTypes)) {
+  if (!contains(kKnownItemTypes, item.type)) {
     return fail(element, kItemAttributes, u"type is not one of 4, 8, 16, 113, 127");
   }
   // The item is added before its control is read, since adding creates the combo or the matrix.
@@ -133,15 +131,15 @@ void FormReader::addItem(FormModel& form, const XmlElement& element) {
 }
 
 void FormReader::readItem(FormModel& form, ItemModel& item, const XmlElement& element) {
-  number(element, u"left", kItemAttributes, item.rect.left);
-  number(element, u"top", kItemAttributes, item.rect.top);
-  number(element, u"width", kItemAttributes, item.rect.width);
-  number(element, u"height", kItemAttributes, item.rect.height);
+  allowOnly(element, {u"specific"});
+  readRect(element, item.rect);
   number(element, u"from_pane", kItemAttributes, item.fromPane);
   number(element, u"form_pane", kItemAttributes, item.fromPane);  // a spelling that documents have
   number(element, u"to_pane", kItemAttributes, item.toPane);
   flag(element, u"visible", kItemAttributes, item.visible);
   flag(element, u"enabled", kItemAttributes, item.enabled);
+  flag(element, u"disp_desc", kItemAttributes, item.showsDescription);
+  flag(element, u"right_just", kItemAttributes, item.rightJustified);
   item.description = element.attribute(u"description").value_or(item.description);
   item.linkTo = element.attribute(u"linkto").value_or(item.linkTo);
   for (const XmlElement& specific : element.children(u"specific")) {
@@ -149,15 +147,21 @@ void FormReader::readItem(FormModel& form, ItemModel& item, const XmlElement& el
   }
 }
 
+void FormReader::readRect(const XmlElement& element, Rect& rect) {
+  number(element, u"left", kItemAttributes, rect.left);
+  number(element, u"top", kItemAttributes, rect.top);
+  size(element, u"width", kItemAttributes, rect.width);
+  size(element, u"height", kItemAttributes, rect.height);
+}
+
 void FormReader::readSpecific(FormModel& form, ItemModel& item, const XmlElement& specific) {
+  // What one kind of control does not use is passed over, be it an attribute or an element.
+  allowOnly(specific, {u"databind", u"columns", u"validvalues"});
   item.caption = specific.attribute(u"caption").value_or(item.caption);
   flag(specific, u"affectsformmode", kItemAttributes, item.affectsFormMode);
   // A matrix is bound by its columns and not as a whole.
-  if (item.matrix != nullptr) {
-    number(specific, u"selectionmode", kItemAttributes, item.matrix->selectionMode);
-    readColumns(form, *item.matrix, specific);
-    return;
-  }
+  if (item.matrix != nullptr) return readMatrix(form, *item.matrix, specific);
+  if (item.type == kEditText) readStyle(specific, item.style);
   if (item.combo != nullptr) readValidValues(*item.combo, specific);
   const auto source = readBinding(form, specific, kItemBindingData);
   if (source == nullptr) return;
@@ -168,6 +172,26 @@ void FormReader::readSpecific(FormModel& form, ItemModel& item, const XmlElement
   } else {
     fail(specific, kItemBindingData, u"only edits, combo boxes and columns are bound");
   }
+}
+
+void FormReader::readStyle(const XmlElement& specific, EditStyle& style) {
+  number(specific, u"forecolor", kItemAttributes, style.foreColor);
+  number(specific, u"backcolor", kItemAttributes, style.backColor);
+  number(specific, u"text_style", kItemAttributes, style.textStyle);
+  size(specific, u"font_size", kItemAttributes, style.fontSize);
+  flag(specific, u"supp_zeros", kItemAttributes, style.suppressesZeros);
+}
+
+void FormReader::readMatrix(FormModel& form, MatrixModel& matrix, const XmlElement& specific) {
+  number(specific, u"layout", kItemAttributes, matrix.layout);
+  long mode = matrix.selectionMode;
+  number(specific, u"selectionmode", kItemAttributes, mode);
+  if (mode >= kSelectNone && mode <= kSelectOne) {
+    matrix.selectionMode = mode;
+  } else {
+    fail(specific, kItemAttributes, u"selectionmode is not one of 0, 1, 2");
+  }
+  readColumns(form, matrix, specific);
 }
 
 void FormReader::readValidValues(ComboModel& combo, const XmlElement& specific) {
@@ -186,14 +210,20 @@ void FormReader::readColumns(FormModel& form, MatrixModel& matrix, const XmlElem
 }
 
 void FormReader::addColumn(FormModel& form, MatrixModel& matrix, const XmlElement& element) {
+  allowOnly(element, {u"databind"});
   MatrixColumn column;
   column.uid = element.text(u"uid");
   column.title = element.text(u"title");
   column.description = element.text(u"description");
   number(element, u"type", kColumnAttributes, column.type);
-  number(element, u"width", kColumnAttributes, column.width);
+  if (!contains(kKnownColumnTypes, column.type)) {
+    fail(element, kColumnAttributes, u"type is not one of 4, 8, 16, 113, 116");
+  }
+  size(element, u"width", kColumnAttributes, column.width);
   flag(element, u"visible", kColumnAttributes, column.visible);
   flag(element, u"editable", kColumnAttributes, column.editable);
+  flag(element, u"disp_desc", kColumnAttributes, column.showsDescription);
+  flag(element, u"right_just", kColumnAttributes, column.rightJustified);
   // A column with a wrong binding is added all the same, so that the report lists its other faults.
   column.source = readBinding(form, element, kColumnBindingData);
   attempt(element, [&] { matrix.addColumn(std::move(column)); });
@@ -223,13 +253,27 @@ std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const X
   return nullptr;
 }
 
+void FormReader::allowOnly(const XmlElement& element, Names names) {
+  // An element that is passed over would be a misspelt item that is missing on the screen.
+  for (const XmlElement& child : element.children()) {
+    if (contains(names, child.name())) continue;
+    std::u16string reason = u"<" + element.name() + u"> holds only";
+    for (const std::u16string_view name : names) {
+      reason.append(name == *names.begin() ? u" <" : u", <").append(name).append(u">");
+    }
+    fail(child, kTagNotInPosition, reason);
+  }
+}
+
 void FormReader::eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body) {
+  allowOnly(element, {u"action"});
   for (const XmlElement& action : element.children(u"action")) {
     // Sources, columns and values can be added, but neither updated nor removed.
     if (action.text(u"type") != u"add") {
       fail(action, kActionTypeNotValid, u"type is not add");
       continue;
     }
+    allowOnly(action, {entry});
     for (const XmlElement& child : action.children(entry)) body(child);
   }
 }
@@ -253,6 +297,17 @@ void FormReader::number(const XmlElement& element, std::u16string_view name, HRE
   }
 }
 
+void FormReader::size(const XmlElement& element, std::u16string_view name, HRESULT code,
+                      long& out) {
+  long value = out;
+  number(element, name, code, value);
+  if (value >= 0) {
+    out = value;
+  } else {
+    fail(element, code, std::u16string(name) + u" is negative: " + element.text(name));
+  }
+}
+
 void FormReader::flag(const XmlElement& element, std::u16string_view name, HRESULT code,
                       bool& out) {
   const auto text = element.attribute(name);
@@ -269,7 +324,7 @@ void FormReader::fail(const XmlElement& element, HRESULT code, std::u16string_vi
   std::u16string detail = u"<" + element.name() + u">";
   if (element.has(u"uid")) detail += u" " + element.text(u"uid");
   if (!reason.empty()) detail.append(u": ").append(reason);
-  report_.fail(code, detail);
+  report_.fail(code, detail, element.place());
 }
 
 }  // namespace qx::screens

@@ -9,8 +9,8 @@
 #include "qxdesk/screens/model/form_model.h"
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +28,7 @@ class FormReader {
 
  private:
   using Step = std::function<void(const XmlElement&)>;
+  using Names = std::initializer_list<std::u16string_view>;
 
   void readForm(FormModel& form, const XmlElement& element);
   void readFrame(FormModel& form, const XmlElement& element);
@@ -36,7 +37,10 @@ class FormReader {
   void readItemAction(FormModel& form, const XmlElement& action);
   void addItem(FormModel& form, const XmlElement& element);
   void readItem(FormModel& form, ItemModel& item, const XmlElement& element);
+  void readRect(const XmlElement& element, Rect& rect);
   void readSpecific(FormModel& form, ItemModel& item, const XmlElement& specific);
+  void readStyle(const XmlElement& specific, EditStyle& style);
+  void readMatrix(FormModel& form, MatrixModel& matrix, const XmlElement& specific);
   void readValidValues(ComboModel& combo, const XmlElement& specific);
   void readColumns(FormModel& form, MatrixModel& matrix, const XmlElement& specific);
   void addColumn(FormModel& form, MatrixModel& matrix, const XmlElement& element);
@@ -45,6 +49,8 @@ class FormReader {
   std::shared_ptr<UserDataSource> readBinding(FormModel& form, const XmlElement& element,
                                               HRESULT code);
 
+  /// Reports each child element that has none of these names.
+  void allowOnly(const XmlElement& element, Names names);
   /// Runs `body` for each element named `entry` in each `action` of `element`.
   void eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body);
   /// Runs `body` and reports the error that the model throws, if any.
@@ -52,6 +58,9 @@ class FormReader {
   /// Reads an attribute into `out`. Leaves `out` alone if the attribute is missing, empty or wrong;
   /// the last is reported with `code`.
   void number(const XmlElement& element, std::u16string_view name, HRESULT code, long& out);
+  /// Does the same for a number that must not be negative.
+  void size(const XmlElement& element, std::u16string_view name, HRESULT code, long& out);
+  /// Does the same for a 1 or 0.
   void flag(const XmlElement& element, std::u16string_view name, HRESULT code, bool& out);
   void fail(const XmlElement& element, HRESULT code, std::u16string_view reason);
 

@@ -4,17 +4,30 @@
 
 namespace qx::screens {
 
-XmlElement::XmlElement(const CComPtr<IXMLDOMNode>& node)
-    : node_(node), name_(toLower(node->baseName().View())) {
+XmlElement XmlElement::rootOf(IXMLDOMDocument& document, std::u16string_view text) {
+  const std::vector<Place> places = elementPlaces(text);
+  std::span<const Place> left(places);
+  return XmlElement(CComPtr<IXMLDOMNode>(document.documentElement().p), left);
+}
+
+XmlElement::XmlElement(const CComPtr<IXMLDOMNode>& node, std::span<const Place>& places)
+    : name_(toLower(node->baseName().View())) {
+  if (!places.empty()) {
+    place_ = places.front();
+    places = places.subspan(1);
+  }
+  // Of two names that differ in case only, the first counts.
   const auto map = node->attributes();
-  if (map == nullptr) return;
-  // Read once: a form with many items asks for a dozen attributes of each. Of two names that differ
-  // in case only, the first counts.
   for (long i = 0, count = map->length(); i < count; ++i) {
     const auto attribute = map->item(i);
     const CComVariant value = attribute->nodeValue();
     attributes_.emplace(toLower(attribute->nodeName().View()),
                         value.vt == VT_BSTR ? viewOfBstr(value.bstrVal) : std::u16string_view());
+  }
+  const auto nodes = node->childNodes();
+  while (const auto child = nodes->nextNode()) {
+    // Texts and comments between elements mean nothing here.
+    if (child->nodeType() == NODE_ELEMENT) children_.push_back(XmlElement(child, places));
   }
 }
 
@@ -24,19 +37,11 @@ std::optional<std::u16string> XmlElement::attribute(std::u16string_view name) co
   return found->second;
 }
 
-std::vector<XmlElement> XmlElement::children() const {
-  std::vector<XmlElement> out;
-  const auto nodes = node_->childNodes();
-  while (const auto node = nodes->nextNode()) {
-    // Texts and comments between elements mean nothing here.
-    if (node->nodeType() == NODE_ELEMENT) out.emplace_back(node);
+XmlElement::List XmlElement::children(std::u16string_view name) const {
+  List out;
+  for (const XmlElement& child : children_) {
+    if (child.name() == name) out.emplace_back(child);
   }
-  return out;
-}
-
-std::vector<XmlElement> XmlElement::children(std::u16string_view name) const {
-  std::vector<XmlElement> out = children();
-  std::erase_if(out, [&](const XmlElement& child) { return child.name() != name; });
   return out;
 }
 

@@ -1,41 +1,53 @@
 #pragma once
 
-// An element of a batch document. Element and attribute names are compared in lower case, since
-// documents write them in either case.
+// An element of a batch document with all that it holds. Element and attribute names are compared
+// in lower case, since documents write them in either case.
 
+#include "qxdesk/screens/batch/element_places.h"
 #include "qxframework/xml/dom.h"
 
+#include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace qx::screens {
 
 class XmlElement {
  public:
-  /// Throws what the document throws.
-  explicit XmlElement(const CComPtr<IXMLDOMNode>& node);
+  using List = std::vector<std::reference_wrapper<const XmlElement>>;
+
+  /// Returns the root of a document; `text` is what it was parsed from. Throws what the document
+  /// throws.
+  static XmlElement rootOf(IXMLDOMDocument& document, std::u16string_view text);
 
   /// The name without its prefix, in lower case.
   const std::u16string& name() const { return name_; }
+  /// The place of the start tag in the text of the document.
+  const Place& place() const { return place_; }
   /// Returns the value, or nothing if there is no such attribute. `name` is in lower case, as in
   /// all operations here.
   std::optional<std::u16string> attribute(std::u16string_view name) const;
   /// Returns the value, or an empty text if there is no such attribute.
   std::u16string text(std::u16string_view name) const { return attribute(name).value_or(u""); }
   bool has(std::u16string_view name) const { return attributes_.contains(name); }
-  /// Returns the child elements in document order.
-  std::vector<XmlElement> children() const;
+  /// The child elements in document order.
+  const std::vector<XmlElement>& children() const { return children_; }
   /// Returns the child elements with that name.
-  std::vector<XmlElement> children(std::u16string_view name) const;
+  List children(std::u16string_view name) const;
 
  private:
-  CComPtr<IXMLDOMNode> node_;
+  /// Reads the element and those in it. `places` are those of the elements from this one on; each
+  /// element takes the first.
+  XmlElement(const CComPtr<IXMLDOMNode>& node, std::span<const Place>& places);
+
   std::u16string name_;
+  Place place_;
   std::map<std::u16string, std::u16string, std::less<>> attributes_;
+  std::vector<XmlElement> children_;
 };
 
 }  // namespace qx::screens

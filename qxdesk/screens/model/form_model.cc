@@ -3,9 +3,20 @@
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qx::screens {
+namespace {
+
+constexpr long kMostPixels = 0x7FFF'FFFF;
+
+long checkedSize(long size) {
+  if (size < 0 || size > kMostPixels) raiseError(kFormSettingRect);
+  return size;
+}
+
+}  // namespace
 
 FormModel::FormModel(std::u16string uid, std::u16string typeEx, bool system)
     : uid_(std::move(uid)), typeEx_(std::move(typeEx)), system_(system) {
@@ -39,9 +50,30 @@ void FormModel::removeItem(std::u16string_view uid) {
   if (focus == uid) focus.clear();
 }
 
+std::vector<std::shared_ptr<ItemModel>> FormModel::tabOrder() const {
+  std::vector<std::shared_ptr<ItemModel>> out;
+  for (const auto& item : items_) {
+    if (takesFocus(*item)) out.push_back(item);
+  }
+  return out;
+}
+
+std::u16string FormModel::nextFocus(std::u16string_view uid) const {
+  const auto order = tabOrder();
+  if (order.empty()) return {};
+  // Counted among all items: the one that has the focus may have become unusable.
+  const auto from = std::find_if(items_.begin(), items_.end(),
+                                 [&](const auto& item) { return item->uid == uid; });
+  for (auto at = from; at != items_.end(); ++at) {
+    if (at != from && takesFocus(**at)) return (*at)->uid;
+  }
+  return order.front()->uid;
+}
+
 void FormModel::addSource(std::u16string uid, long type, long size) {
   checkUid(uid, kNotAUserDataSource);
   if (findSource(uid) != nullptr) raiseError(kNotAUserDataSource);
+  if (size < 0) raiseError(kUnknownFieldType);
   sources_.push_back(std::make_shared<UserDataSource>(std::move(uid), type, size));
 }
 
@@ -55,15 +87,14 @@ void FormModel::setMode(long mode) {
   mode_ = mode;
 }
 
-void FormModel::setHeight(long height) {
-  if (height < 0) raiseError(kFormSettingRect);
-  rect.height = height;
-}
+void FormModel::setHeight(long height) { rect.height = checkedSize(height); }
 
-void FormModel::setWidth(long width) {
-  if (width < 0) raiseError(kFormSettingRect);
-  rect.width = width;
-}
+void FormModel::setWidth(long width) { rect.width = checkedSize(width); }
+
+// The argument is checked before the sum, which could overflow, and the sum once more.
+void FormModel::setClientHeight(long height) { setHeight(checkedSize(height) + kFrameHeight); }
+
+void FormModel::setClientWidth(long width) { setWidth(checkedSize(width) + kFrameWidth); }
 
 void FormModel::freeze(bool on) {
   // A thaw without a freeze does nothing, so that a later freeze still counts.

@@ -51,12 +51,25 @@ class FormModel {
   /// Throws kInvalidItem.
   void removeItem(std::u16string_view uid);
 
+  /// True if a user can act on the item: it is visible, enabled and on the form's pane.
+  bool isUsable(const ItemModel& item) const {
+    return item.visible && item.enabled && item.isOnPane(pane);
+  }
+  /// Returns the items through which the tab key goes, in its order: the usable ones that take the
+  /// focus, in the order of items().
+  std::vector<std::shared_ptr<ItemModel>> tabOrder() const;
+  /// Returns the UID of the item that gets the focus from `uid` by the tab key: the next one of the
+  /// tab order, the first after the last. Also for an item that is not usable or is missing; then
+  /// the order begins at its place or anew. Returns an empty text if no item takes the focus.
+  std::u16string nextFocus(std::u16string_view uid) const;
+
   const std::vector<std::shared_ptr<UserDataSource>>& sources() const { return sources_; }
   /// Returns the data source, or null.
   std::shared_ptr<UserDataSource> findSource(std::u16string_view uid) const {
     return findByUid(sources_, uid);
   }
-  /// Throws kNotAUserDataSource for an empty UID or one that is taken, and kStringTooLong10.
+  /// Throws kNotAUserDataSource for an empty UID or one that is taken, kStringTooLong10, and
+  /// kUnknownFieldType for a negative size.
   void addSource(std::u16string uid, long type, long size);
 
   /// Sets the button that enter presses; an empty UID sets none. Throws kFormSettingDefaultButton
@@ -66,10 +79,13 @@ class FormModel {
   /// Throws kFormSettingMode for a value outside of FormMode.
   void setMode(long mode);
   long mode() const { return mode_; }
-  /// Sets the height, frame included. Throws kFormSettingRect for a negative value, as setWidth()
-  /// does.
+  /// Set the size, frame included. Throw kFormSettingRect for a negative value and for one beyond
+  /// 32 bits.
   void setHeight(long height);
   void setWidth(long width);
+  /// Set the size by what is inside the frame. Throw as setHeight() does.
+  void setClientHeight(long height);
+  void setClientWidth(long width);
   long clientHeight() const { return rect.height - kFrameHeight; }
   long clientWidth() const { return rect.width - kFrameWidth; }
   /// Counts up or, if the count is not 0, down. The form is drawn again at 0.
@@ -89,6 +105,9 @@ class FormModel {
 
  private:
   friend class Forms;
+  bool takesFocus(const ItemModel& item) const {
+    return item.type != kStaticText && isUsable(item);
+  }
   enum class State { kNew, kOpen, kClosed };
 
   std::u16string uid_;

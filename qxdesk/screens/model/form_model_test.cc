@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace qx::screens {
 namespace {
 
@@ -67,6 +69,60 @@ TEST(FormModel, RefusesInvalidModesDefaultItemsAndSizes) {
   EXPECT_EQ(raisedBy([&] { form.setDefaultItem(u"none"); }), kFormSettingDefaultButton);
   EXPECT_EQ(raisedBy([&] { form.setWidth(-1); }), kFormSettingRect);
   EXPECT_EQ(raisedBy([&] { form.setHeight(-1); }), kFormSettingRect);
+}
+
+TEST(FormModel, RefusesSizesBeyond32Bits) {
+  FormModel form(u"A", u"1", false);
+  for (const long size : {0x8000'0000L, std::numeric_limits<long>::max()}) {
+    EXPECT_EQ(raisedBy([&] { form.setHeight(size); }), kFormSettingRect);
+    EXPECT_EQ(raisedBy([&] { form.setWidth(size); }), kFormSettingRect);
+    EXPECT_EQ(raisedBy([&] { form.setClientHeight(size); }), kFormSettingRect);
+    EXPECT_EQ(raisedBy([&] { form.setClientWidth(size); }), kFormSettingRect);
+  }
+  EXPECT_EQ(raisedBy([&] { form.setClientHeight(0x7FFF'FFFF); }), kFormSettingRect)
+      << "the frame comes on top";
+  form.setClientHeight(0);
+  EXPECT_EQ(form.rect.height, kFrameHeight);
+}
+
+ItemModel itemOf(const char16_t* uid, long type) {
+  ItemModel item;
+  item.uid = uid;
+  item.type = type;
+  return item;
+}
+
+TEST(FormModel, TabKeyGoesThroughTheUsableItemsInTheirOrder) {
+  FormModel form(u"A", u"1", false);
+  EXPECT_EQ(form.nextFocus(u""), u"") << "nothing takes the focus";
+  form.addItem(itemOf(u"label", kStaticText));
+  form.addItem(itemOf(u"edit", kEditText));
+  form.addItem(itemOf(u"hidden", kEditText)).visible = false;
+  form.addItem(itemOf(u"disabled", kButton)).enabled = false;
+  ItemModel& onPane = form.addItem(itemOf(u"pane", kButton));
+  onPane.fromPane = onPane.toPane = 2;
+  form.addItem(itemOf(u"combo", kComboBox));
+  form.addItem(itemOf(u"matrix", kMatrix));
+  form.addItem(itemOf(u"button", kButton));
+  std::vector<std::u16string> order;
+  for (const auto& item : form.tabOrder()) order.push_back(item->uid);
+  EXPECT_EQ(order, (std::vector<std::u16string>{u"edit", u"combo", u"matrix", u"button"}));
+  EXPECT_EQ(form.nextFocus(u"edit"), u"combo");
+  EXPECT_EQ(form.nextFocus(u"button"), u"edit") << "the last is followed by the first";
+  EXPECT_EQ(form.nextFocus(u"hidden"), u"combo");
+  EXPECT_EQ(form.nextFocus(u"none"), u"edit");
+  form.pane = 2;
+  EXPECT_EQ(form.nextFocus(u"edit"), u"pane");
+}
+
+TEST(FormModel, ItemIsOnThePanesOfItsRange) {
+  ItemModel item;
+  EXPECT_TRUE(item.isOnPane(0) && item.isOnPane(7)) << "0 to 0 is every pane";
+  item.fromPane = 2;
+  item.toPane = 3;
+  EXPECT_FALSE(item.isOnPane(1));
+  EXPECT_TRUE(item.isOnPane(2) && item.isOnPane(3));
+  EXPECT_FALSE(item.isOnPane(4));
 }
 
 }  // namespace

@@ -23,6 +23,15 @@ struct Rect {
   long height = 0;
 };
 
+/// How an edit is drawn.
+struct EditStyle {
+  long foreColor = -1;  ///< -1: as other edits
+  long backColor = -1;
+  long textStyle = 0;
+  long fontSize = 0;  ///< 0: as other edits
+  bool suppressesZeros = false;
+};
+
 /// An item of a form. `combo` and `matrix` are set for items of these types and null for others.
 struct ItemModel {
   std::u16string uid;
@@ -32,17 +41,22 @@ struct ItemModel {
   long toPane = 0;
   bool visible = true;
   bool enabled = true;
+  bool showsDescription = false;  ///< the description of a value in place of the value
+  bool rightJustified = false;
   std::u16string description;
   std::u16string linkTo;        ///< UID of the item that a label belongs to
   std::u16string caption;       ///< of a button or static text
   BoundText text;               ///< of an edit
+  EditStyle style;              ///< of an edit
   bool affectsFormMode = true;  ///< a change takes the form out of OK mode
   bool changed = false;         ///< the user has typed into it since its last validation
   std::unique_ptr<ComboModel> combo;
   std::unique_ptr<MatrixModel> matrix;
 
-  /// True if a user can reach the item.
-  bool usable() const { return visible && enabled; }
+  /// True if the item is on that pane of its form. One whose range is 0 to 0 is on every pane.
+  bool isOnPane(long pane) const {
+    return (fromPane == 0 && toPane == 0) || (fromPane <= pane && pane <= toPane);
+  }
 };
 
 }  // namespace qx::screens

@@ -21,6 +21,8 @@ struct MatrixColumn {
   long width = 0;
   bool visible = true;
   bool editable = true;
+  bool showsDescription = false;  ///< the description of a value in place of the value
+  bool rightJustified = false;
   std::shared_ptr<UserDataSource> source;  ///< null if the column is not bound
 };
 
@@ -49,6 +51,7 @@ class MatrixModel {
   void checkRow(long row) const;
 
   long selectionMode = kSelectNone;
+  long layout = 0;
 
  private:
   struct Row {

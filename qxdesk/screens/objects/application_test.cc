@@ -215,6 +215,27 @@ TEST_F(Application, ProgressBarHasOneHolder) {
   EXPECT_NE(bar->CreateProgressBar(u"x", 1, VARIANT_FALSE), nullptr);
 }
 
+TEST_F(Application, UserMovesTheFocusByTheTabKey) {
+  openOrder();
+  CComBSTR form(u"F_1");
+  VARIANT_BOOL done = VARIANT_FALSE;
+  const auto focus = [&] {
+    CComBSTR item;
+    EXPECT_EQ(user_->GetFocus(form, &item), S_OK);
+    return utf8(item);
+  };
+  EXPECT_EQ(focus(), "");
+  EXPECT_EQ(user_->PressItem(form, CComBSTR(u"4"), &done), S_OK);
+  EXPECT_EQ(user_->PressTab(form, &done), S_OK);
+  EXPECT_EQ(done, VARIANT_TRUE);
+  EXPECT_EQ(focus(), "5");
+  EXPECT_EQ(user_->PressTab(CComBSTR(u"none"), &done), kInvalidForm);
+  EXPECT_EQ(user_->PressTab(form, nullptr), E_POINTER);
+  CComBSTR item;
+  EXPECT_EQ(user_->GetFocus(CComBSTR(u"none"), &item), kInvalidForm);
+  EXPECT_EQ(user_->GetFocus(form, nullptr), E_POINTER);
+}
+
 TEST_F(Application, ShowsMessagesInTheStatusBar) {
   app_->GetStatusBar()->SetText(u"wrong count", 20, smt_Error);
   EXPECT_EQ(raisedBy([&] {

@@ -171,6 +171,12 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
     return guarded(
         [&] { return desk::giveValue(static_cast<long>(desk().events.sinkCount()), out); });
   }
+  HRESULT PressTab(BSTR form, VARIANT_BOOL* done) override {
+    return act(done, [&](UserActions& user) { return user.tab(viewOfBstr(form)); });
+  }
+  HRESULT GetFocus(BSTR form, BSTR* item) override {
+    return guarded([&] { return giveText(find(form).focus, item); });
+  }
 
  private:
   // Runs an action. Holds this object meanwhile: a handler of an event may release the last

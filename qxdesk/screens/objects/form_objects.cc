@@ -93,13 +93,13 @@ class FormObject final : public LinkedObject<IForm, FormLink> {
   }
   // The frame has a fixed size, so the inner size sets the outer one.
   HRESULT raw_PutClientHeight(long height) override {
-    return run([&] { form()->setHeight(height + kFrameHeight); });
+    return run([&] { form()->setClientHeight(height); });
   }
   HRESULT raw_GetClientWidth(long* out) override {
     return give(out, [&] { return form()->clientWidth(); });
   }
   HRESULT raw_PutClientWidth(long width) override {
-    return run([&] { form()->setWidth(width + kFrameWidth); });
+    return run([&] { form()->setClientWidth(width); });
   }
 };
 

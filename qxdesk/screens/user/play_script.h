@@ -9,7 +9,7 @@
 //     click FORM MATRIX COLUMN ROW | doubleclick FORM ITEM [COLUMN ROW]
 //     type FORM ITEM TEXT          TEXT is the rest of the line; an empty TEXT clears the item
 //     cell FORM MATRIX COLUMN ROW TEXT
-//     key FORM ITEM CODE           13 is enter
+//     key FORM ITEM CODE           13 is enter; 9 is tab, which moves the focus
 //     validate FORM ITEM           leave the item
 //     choose FORM ITEM KEY         choose an entry of a combo box
 //     rightclick FORM [ITEM]

@@ -43,7 +43,7 @@ class IDeskUser : public IUnknown {
   virtual HRESULT TypeInto(BSTR form, BSTR item, BSTR text, VARIANT_BOOL* done) = 0;
   virtual HRESULT TypeIntoCell(BSTR form, BSTR item, BSTR column, long row, BSTR text,
                                VARIANT_BOOL* done) = 0;
-  /// Presses one key: 8 clears the text, 9 leaves the item, 13 presses the default button. Returns
+  /// Presses one key: 8 clears the text, 9 moves the focus, 13 presses the default button. Returns
   /// E_INVALIDARG for a number outside of 1 to 65535.
   virtual HRESULT KeyDown(BSTR form, BSTR item, long key, VARIANT_BOOL* done) = 0;
   /// Leaves an edit, which validates it.
@@ -84,6 +84,12 @@ class IDeskUser : public IUnknown {
   virtual HRESULT GetFormCounts(BSTR form, long* freezes, long* updates) = 0;
   /// Returns the number of event sinks that are attached.
   virtual HRESULT GetSinkCount(long* out) = 0;
+
+  /// Presses the tab key in the item with the focus: the item is validated if it has changed, and
+  /// the next one gets the focus. Without a focus, the first item gets it.
+  virtual HRESULT PressTab(BSTR form, VARIANT_BOOL* done) = 0;
+  /// Returns the UID of the item with the focus; empty if none has it.
+  virtual HRESULT GetFocus(BSTR form, BSTR* item) = 0;
 
  protected:
   ~IDeskUser() = default;

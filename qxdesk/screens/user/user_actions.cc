@@ -89,7 +89,7 @@ UserActions::Target UserActions::reach(const Spot& spot) const {
   if (target.item->matrix != nullptr) findCell(spot, target);
   // An add-on may fill a form before showing it, but a disabled item refuses an add-on as well.
   const bool onScreen = target.form->visible || actor_ == Actor::kAddOn;
-  if (!onScreen || !target.item->usable()) raiseError(kNotValidTarget);
+  if (!onScreen || !target.form->isUsable(*target.item)) raiseError(kNotValidTarget);
   return target;
 }
 
@@ -210,17 +210,35 @@ bool UserActions::key(const Spot& spot, char16_t pressed) {
     if (!moveFocus(target)) return false;
     // The key takes effect between its events, as the press of a default button does, whose own
     // events are nested in those of the key.
-    return perform(
-        target, kKeyDown, [&] { enter(target, pressed); }, pressed);
+    bool done = true;
+    const auto effect = [&] { done = enter(target, pressed); };
+    return perform(target, kKeyDown, effect, pressed) && done;
   });
 }
 
-void UserActions::enter(const Target& target, char16_t pressed) {
-  if (pressed == kEnterKey) return pressDefaultButton(target.form);
-  if (pressed == kTabKey) {
-    leave(target.form, u"");
-    return;
+bool UserActions::tab(std::u16string_view uid) {
+  const auto form = formOf(uid);
+  if (!form->visible) raiseError(kNotValidTarget);
+  const auto item = form->findItem(form->focus);
+  if (item != nullptr && form->isUsable(*item)) return key({form->uid(), item->uid}, kTabKey);
+  return desk_.forms.whileBusy(form, [&] {
+    if (!desk_.forms.select(form) || !form->isSelected()) return false;
+    return leave(form, form->nextFocus(form->focus));
+  });
+}
+
+bool UserActions::enter(const Target& target, char16_t pressed) {
+  if (pressed == kTabKey) return leave(target.form, target.form->nextFocus(target.item->uid));
+  if (pressed == kEnterKey) {
+    // The outcome is that of the key; the veto of the button does not undo the key.
+    pressDefaultButton(target.form);
+  } else {
+    enterText(target, pressed);
   }
+  return true;
+}
+
+void UserActions::enterText(const Target& target, char16_t pressed) {
   if (!takesText(*target.item, target.column, target.row)) return;
   // Other control keys have events but no effect.
   if (pressed < kFirstPrintableKey && pressed != kBackspaceKey) return;
@@ -246,8 +264,7 @@ void UserActions::enter(const Target& target, char16_t pressed) {
 
 void UserActions::pressDefaultButton(const std::shared_ptr<FormModel>& form) {
   const auto button = form->findItem(form->defaultItem());
-  if (button == nullptr || button->type != kButton || !button->usable()) return;
-  // The outcome is that of the key; the veto of the button does not undo the key.
+  if (button == nullptr || button->type != kButton || !form->isUsable(*button)) return;
   click(Spot{form->uid(), button->uid});
 }
 

@@ -40,9 +40,13 @@ class UserActions {
   /// button also presses it: Cancel, and OK in OK mode, close the form; OK in another mode saves.
   bool click(const Spot& spot);
   bool doubleClick(const Spot& spot);
-  /// Presses one key in an edit or a cell: 8 clears the text, 13 presses the default button, 9
-  /// leaves the item.
+  /// Presses one key in an item or a cell: 8 clears the text, 13 presses the default button, 9
+  /// moves the focus to the next item of the form, after the item that had it is validated. Returns
+  /// false as well if an add-on vetoes this validation.
   bool key(const Spot& spot, char16_t pressed);
+  /// Presses the tab key in the item with the focus. If no usable item has it, moves the focus to
+  /// the next one without the events of a key.
+  bool tab(std::u16string_view form);
   /// Replaces the text, key by key. Returns false if an add-on vetoes a key; the other keys are
   /// entered. Throws kNotValidTarget for an item that takes no text.
   bool type(const Spot& spot, std::u16string_view text);
@@ -90,7 +94,9 @@ class UserActions {
   bool save(const std::shared_ptr<FormModel>& form);
   bool raiseFormData(const std::shared_ptr<FormModel>& form, std::u16string_view objectType,
                      std::u16string_view objectKey, const std::function<void()>& action);
-  void enter(const Target& target, char16_t pressed);
+  /// Returns false if an add-on keeps the focus where it is.
+  bool enter(const Target& target, char16_t pressed);
+  void enterText(const Target& target, char16_t pressed);
   /// Raises an event before and after; there is no action in between. `form` may be null.
   template <class E>
   bool announce(E event, const std::shared_ptr<FormModel>& form);
