@@ -6,7 +6,7 @@
 #include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
-#include "qxframework/xml/dom_document.h"
+#include "qxframework/xml/element_tree.h"
 
 #include <functional>
 #include <optional>
@@ -62,15 +62,10 @@ class Batch {
 };
 
 std::optional<XmlElement> Batch::parse(std::u16string_view xml) {
-  CComPtr<IXMLDOMDocument> document;
-  raiseIfFailed(createDocument(&document));
-  if (document->loadXML(_bstr_t(xml)) != VARIANT_TRUE) {
-    const auto error = document->parseError();
-    report_.failDocument(kCannotLoadXml, withoutLineEnd(error->reason().View()),
-                         {error->line(), error->linepos()});
-    return std::nullopt;
-  }
-  return XmlElement::rootOf(*document.p, xml);
+  xml::ElementsRead read = xml::readElements(xml);
+  if (read.root) return XmlElement(*std::move(read.root));
+  report_.failDocument(kCannotLoadXml, withoutLineEnd(read.reason), {read.line, read.column});
+  return std::nullopt;
 }
 
 void Batch::applyDocument(const XmlElement& root) {

@@ -10,7 +10,7 @@
 // The error of a document that cannot be parsed or whose outline is wrong has no `action`, `type`,
 // `entry` and `uid`.
 
-#include "qxdesk/screens/batch/element_places.h"
+#include "qxdesk/screens/batch/place.h"
 #include "qxframework/automation/types.h"
 
 #include <string>

@@ -6,6 +6,7 @@
 #include "qxdesk/screens/batch/batch.h"
 #include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/test_support.h"
+#include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 
 #include <gmock/gmock.h>

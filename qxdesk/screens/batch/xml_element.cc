@@ -1,40 +1,42 @@
 #include "qxdesk/screens/batch/xml_element.h"
 
-#include "qxframework/automation/text.h"
+#include "qxframework/automation/ascii.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace qx::screens {
 
-XmlElement XmlElement::rootOf(IXMLDOMDocument& document, std::u16string_view text) {
-  const std::vector<Place> places = elementPlaces(text);
-  std::span<const Place> left(places);
-  return XmlElement(CComPtr<IXMLDOMNode>(document.documentElement().p), left);
+namespace {
+
+// The names that mean something here are ASCII.
+void toLowerInPlace(std::u16string& name) {
+  std::transform(name.begin(), name.end(), name.begin(), toLowerAscii<char16_t>);
 }
 
-XmlElement::XmlElement(const CComPtr<IXMLDOMNode>& node, std::span<const Place>& places)
-    : name_(toLower(node->baseName().View())) {
-  if (!places.empty()) {
-    place_ = places.front();
-    places = places.subspan(1);
-  }
-  // Of two names that differ in case only, the first counts.
-  const auto map = node->attributes();
-  for (long i = 0, count = map->length(); i < count; ++i) {
-    const auto attribute = map->item(i);
-    const CComVariant value = attribute->nodeValue();
-    attributes_.emplace(toLower(attribute->nodeName().View()),
-                        value.vt == VT_BSTR ? viewOfBstr(value.bstrVal) : std::u16string_view());
-  }
-  const auto nodes = node->childNodes();
-  while (const auto child = nodes->nextNode()) {
-    // Texts and comments between elements mean nothing here.
-    if (child->nodeType() == NODE_ELEMENT) children_.push_back(XmlElement(child, places));
-  }
+}  // namespace
+
+XmlElement::XmlElement(xml::ElementTree&& element)
+    : name_(std::move(element.name)),
+      place_{element.line, element.column},
+      attributes_(std::move(element.attributes)) {
+  toLowerInPlace(name_);
+  for (Attribute& attribute : attributes_) toLowerInPlace(attribute.name);
+  children_.reserve(element.children.size());
+  for (xml::ElementTree& child : element.children) children_.emplace_back(std::move(child));
+}
+
+// Of two names that differ in case only, the first counts.
+const XmlElement::Attribute* XmlElement::find(std::u16string_view name) const {
+  const auto found = std::find_if(attributes_.begin(), attributes_.end(),
+                                  [&](const Attribute& each) { return each.name == name; });
+  return found == attributes_.end() ? nullptr : &*found;
 }
 
 std::optional<std::u16string> XmlElement::attribute(std::u16string_view name) const {
-  const auto found = attributes_.find(name);
-  if (found == attributes_.end()) return std::nullopt;
-  return found->second;
+  const Attribute* const found = find(name);
+  if (found == nullptr) return std::nullopt;
+  return found->value;
 }
 
 XmlElement::List XmlElement::children(std::u16string_view name) const {

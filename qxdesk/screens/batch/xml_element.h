@@ -3,13 +3,11 @@
 // An element of a batch document with all that it holds. Element and attribute names are compared
 // in lower case, since documents write them in either case.
 
-#include "qxdesk/screens/batch/element_places.h"
-#include "qxframework/xml/dom.h"
+#include "qxdesk/screens/batch/place.h"
+#include "qxframework/xml/element_tree.h"
 
 #include <functional>
-#include <map>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,9 +18,7 @@ class XmlElement {
  public:
   using List = std::vector<std::reference_wrapper<const XmlElement>>;
 
-  /// Returns the root of a document; `text` is what it was parsed from. Throws what the document
-  /// throws.
-  static XmlElement rootOf(IXMLDOMDocument& document, std::u16string_view text);
+  explicit XmlElement(xml::ElementTree&& element);
 
   /// The name without its prefix, in lower case.
   const std::u16string& name() const { return name_; }
@@ -33,20 +29,21 @@ class XmlElement {
   std::optional<std::u16string> attribute(std::u16string_view name) const;
   /// Returns the value, or an empty text if there is no such attribute.
   std::u16string text(std::u16string_view name) const { return attribute(name).value_or(u""); }
-  bool has(std::u16string_view name) const { return attributes_.contains(name); }
+  bool has(std::u16string_view name) const { return find(name) != nullptr; }
   /// The child elements in document order.
   const std::vector<XmlElement>& children() const { return children_; }
   /// Returns the child elements with that name.
   List children(std::u16string_view name) const;
 
  private:
-  /// Reads the element and those in it. `places` are those of the elements from this one on; each
-  /// element takes the first.
-  XmlElement(const CComPtr<IXMLDOMNode>& node, std::span<const Place>& places);
+  using Attribute = xml::ElementTree::Attribute;
+
+  const Attribute* find(std::u16string_view name) const;
 
   std::u16string name_;
   Place place_;
-  std::map<std::u16string, std::u16string, std::less<>> attributes_;
+  // Too few for a map to be faster.
+  std::vector<Attribute> attributes_;
   std::vector<XmlElement> children_;
 };
 
