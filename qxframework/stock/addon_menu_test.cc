@@ -1,6 +1,8 @@
 #include "qxframework/stock/addon_menu.h"
 
 #include "qxframework/automation/text.h"
+#include "qxframework/foundation/qx_bstr.h"
+#include "qxframework/util/qx_util.h"
 #include "testing/running_addon.h"
 
 #include <gmock/gmock.h>
@@ -64,6 +66,15 @@ TEST_F(AddOnMenu, AppearsWithTheNodeAndDisappearsWithIt) {
   menu.reset();
   EXPECT_THAT(entries(), IsEmpty());
   EXPECT_THAT(errors(), IsEmpty());
+}
+
+TEST_F(AddOnMenu, EntryOfANumberedUidIsPickedByTheUser) {
+  const CComBSTR uid = CQXUtil::GetMenuUID(CQXBSTR(u"MN", ln_English), 7);
+  const auto menu = make(uid, mt_String);
+  EXPECT_NE(entry(u"MN7"), nullptr);
+  record.take();
+  EXPECT_TRUE(desk.pickMenu("MN7"));
+  EXPECT_THAT(record.take(), ElementsAre("OnMenuEvent MN7 before", "OnMenuEvent MN7 after"));
 }
 
 TEST_F(AddOnMenu, ReplacesAnEntryThatAnEarlierRunLeft) {

@@ -1,5 +1,7 @@
 // The choose list: its dialog, used as a user does, and the key that its parent gets.
 
+#include "qxframework/stock/choose_list.h"
+
 #include "qxframework/stock/choose_list_fixture.h"
 
 #include <gmock/gmock.h>

@@ -8,9 +8,12 @@
 #include "qxdesk/screens/model/test_support.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
+#include "testing/cases.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <random>
 
 namespace qx::screens {
 namespace {
@@ -373,6 +376,55 @@ const Fault kColumnFaults[] = {
      "6:1 -7051 <bind>: <column> holds only <databind>"},
 };
 INSTANTIATE_TEST_SUITE_P(OfAColumn, MalformedForm, testing::ValuesIn(kColumnFaults), nameOfFault);
+
+// A form with every element, as a page of text whose parts a test can exchange.
+std::u16string wholeForm() {
+  return formOf(u"title='T' width='300' default_button='1' mode='1' visible='1'",
+                u"<datasources><dbdatasources><action type='add'><datasource tablename='T'/>"
+                u"</action></dbdatasources><userdatasources><action type='add'>"
+                u"<datasource uid='U' type='9' size='5'/></action></userdatasources></datasources>"
+                u"<items><action type='add'><item uid='1' type='4'><specific caption='C'/></item>"
+                u"<item uid='2' type='16'><specific font_size='12'><databind alias='U'/></specific>"
+                u"</item><item uid='3' type='113'><specific><ValidValues><action type='add'>"
+                u"<ValidValue value='V' description='D'/></action></ValidValues></specific></item>"
+                u"<item uid='4' type='127'><specific SelectionMode='2'><columns>"
+                u"<action type='add'><column uid='C' type='16'><databind alias='U'/></column>"
+                u"</action></columns></specific></item></action></items>");
+}
+
+TEST_F(FormReaderTest, DamagedDocumentOpensItsFormOrLeavesNothing) {
+  const std::u16string whole = wholeForm();
+  ASSERT_EQ(apply(whole), 0);
+  const std::u16string parts[] = {
+      u"'",    u"<",      u">",      u"/",      u"-1",      u"99999999999",
+      u"&#1;", u"&lt;",   u"uid",    u"type",   u"<item/>", u"<action type='remove'/>",
+      u"A",    u"\xFFFE", u"\xD800", u"x='1' ", u"'' ",     u"\U0001F600"};
+  std::mt19937 random(20261122);
+  const auto below = [&](std::size_t limit) {
+    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
+  };
+  std::size_t opened = 0;
+  const std::size_t count = test::cases(2000);
+  for (std::size_t i = 0; i < count; ++i) {
+    std::u16string damaged = whole;
+    for (std::size_t changes = 1 + below(2); changes > 0; --changes) {
+      damaged.replace(below(damaged.size()), below(12), parts[below(std::size(parts))]);
+    }
+    Desk desk(testSettings());
+    const std::string before = toUtf8(printForms(desk.forms));
+    const HRESULT code = applyBatch(desk, damaged);
+    desk_.lastBatchResults = desk.lastBatchResults;
+    EXPECT_EQ(code < 0, !faults().empty()) << toUtf8(damaged);
+    if (code < 0) {
+      EXPECT_EQ(toUtf8(printForms(desk.forms)), before) << toUtf8(damaged);
+    } else {
+      for (const auto& form : desk.forms.all()) printForm(*form);
+      ++opened;
+    }
+  }
+  EXPECT_GT(opened, 0U);
+  EXPECT_LT(opened, count);
+}
 
 TEST_F(FormReaderTest, RefusedFormLeavesItsUidFree) {
   faultsOf(formOf(u"width='x'", u""));

@@ -31,6 +31,7 @@ constexpr Command kCommands[] = {
     {"type", PlayVerb::kType, "wwt", "type FORM ITEM TEXT"},
     {"cell", PlayVerb::kCell, "wwwnt", "cell FORM MATRIX COLUMN ROW TEXT"},
     {"key", PlayVerb::kKey, "wwn", "key FORM ITEM CODE"},
+    {"tab", PlayVerb::kTab, "w", "tab FORM"},
     {"validate", PlayVerb::kValidate, "ww", "validate FORM ITEM"},
     {"choose", PlayVerb::kChoose, "wwt", "choose FORM ITEM KEY"},
     {"rightclick", PlayVerb::kRightClick, "w?w", "rightclick FORM [ITEM]"},

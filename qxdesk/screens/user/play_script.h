@@ -10,6 +10,7 @@
 //     type FORM ITEM TEXT          TEXT is the rest of the line; an empty TEXT clears the item
 //     cell FORM MATRIX COLUMN ROW TEXT
 //     key FORM ITEM CODE           13 is enter; 9 is tab, which moves the focus
+//     tab FORM                     press the tab key where the focus is
 //     validate FORM ITEM           leave the item
 //     choose FORM ITEM KEY         choose an entry of a combo box
 //     rightclick FORM [ITEM]
@@ -47,6 +48,7 @@ enum class PlayVerb {
   kType,
   kCell,
   kKey,
+  kTab,
   kValidate,
   kChoose,
   kRightClick,

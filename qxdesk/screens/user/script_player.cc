@@ -160,6 +160,8 @@ std::string ScriptPlayer::playOnForm(const PlayStep& step) {
       return "clicked " + spotText(spot) + outcome(user_.click(spot));
     case PlayVerb::kDoubleClick:
       return "double-clicked " + spotText(spot) + outcome(user_.doubleClick(spot));
+    case PlayVerb::kTab:
+      return "tab key in" + onForm + outcome(user_.tab(form));
     case PlayVerb::kRightClick:
       return "right-clicked " + spotText(spot) + outcome(user_.rightClick(spot));
     case PlayVerb::kFormData:

@@ -96,6 +96,15 @@ TEST_F(ScriptPlayerTest, PrintsTheOutcomeOfEachStep) {
   EXPECT_EQ(tasks_, 14);
 }
 
+TEST_F(ScriptPlayerTest, MovesTheFocusByTheTabKey) {
+  EXPECT_EQ(play("menu 3001\ntype * 4 C001\ntab *\ntab none\n"),
+            "picked menu 3001\n"
+            "typed \"C001\" into item 4 of form F_1\n"
+            "tab key in form F_1\n"
+            "line 4 refused: Invalid form (-7000)\n");
+  EXPECT_EQ(desk_.forms.find(u"F_1")->focus, u"5");
+}
+
 TEST_F(ScriptPlayerTest, PrintsAVeto) {
   desk_.forms.open(makeAddOnForm(u"A"));
   listen(desk_, veto("before item 1 A.1"));

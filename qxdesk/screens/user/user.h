@@ -22,8 +22,8 @@ class IBoxAnswerer : public IUnknown {
 
 /// Plays the user. `done` becomes VARIANT_FALSE if an add-on vetoes the action. A target that does
 /// not exist is refused with the host's codes: -7026 menu, -7000 form, -7001 item, -7015 column,
-/// -7028 row; one that is hidden or disabled with -7023. A null `done` or `out` is refused with
-/// E_POINTER.
+/// -7028 row; one that is hidden, disabled or on another pane with -7023. A null `done` or `out` is
+/// refused with E_POINTER.
 class IDeskUser : public IUnknown {
  public:
   static constexpr GUID kIid = hostId(0x0210);

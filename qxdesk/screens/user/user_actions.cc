@@ -90,6 +90,8 @@ UserActions::Target UserActions::reach(const Spot& spot) const {
   // An add-on may fill a form before showing it, but a disabled item refuses an add-on as well.
   const bool onScreen = target.form->visible || actor_ == Actor::kAddOn;
   if (!onScreen || !target.form->isUsable(*target.item)) raiseError(kNotValidTarget);
+  const bool hidesColumn = target.column != nullptr && !target.column->visible;
+  if (hidesColumn && actor_ == Actor::kUser) raiseError(kNotValidTarget);
   return target;
 }
 
@@ -121,7 +123,8 @@ bool UserActions::moveFocus(const Target& target) {
     const bool selected = desk_.forms.select(target.form);
     if (!selected || !target.form->isSelected()) return false;
   }
-  if (target.form->focus == target.item->uid) return true;
+  // A label takes no focus, so the item that has it is not left.
+  if (target.item->type == kStaticText || target.form->focus == target.item->uid) return true;
   return leave(target.form, target.item->uid);
 }
 

@@ -242,6 +242,64 @@ TEST_F(UserTest, ItemOnAnotherPaneCannotBeReached) {
   EXPECT_TRUE(user_.click({u"A", u"6"}));
 }
 
+TEST_F(UserTest, EnterPressesNothingWithoutAUsableDefaultButton) {
+  const auto form = openForm();
+  const auto sink = listen(desk_);
+  const Log keyOnly{"before item 2 A.5 key 13", "after item 2 A.5 key 13"};
+  const auto enter = [&] {
+    sink->log.clear();
+    EXPECT_TRUE(user_.key({u"A", u"5"}, 13));
+    return sink->log;
+  };
+  form->item(u"1").enabled = false;
+  EXPECT_EQ(enter(), keyOnly);
+  form->item(u"1").enabled = true;
+  form->item(u"1").visible = false;
+  EXPECT_EQ(enter(), keyOnly);
+  form->setDefaultItem(u"5");
+  EXPECT_EQ(enter(), keyOnly) << "an edit is no button";
+  form->setDefaultItem(u"");
+  EXPECT_EQ(enter(), keyOnly);
+}
+
+TEST_F(UserTest, LabelTakesNoFocusAndLeavesTheItemThatHasIt) {
+  user_.openForm(u"3101");
+  user_.type({u"F_1", u"4"}, u"a");
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.click({u"F_1", u"L4"}));
+  EXPECT_EQ(sink->log, (Log{"before item 6 F_1.L4", "after item 6 F_1.L4"}));
+  EXPECT_EQ(desk_.forms.find(u"F_1")->focus, u"4");
+}
+
+TEST_F(UserTest, HiddenColumnIsReachedByAnAddOnOnly) {
+  user_.openForm(u"3101");
+  desk_.forms.find(u"F_1")->item(u"20").matrix->columns()[2]->visible = false;
+  const Spot spot{u"F_1", u"20", u"2", 1};
+  EXPECT_EQ(raisedBy([&] { user_.click(spot); }), kNotValidTarget);
+  EXPECT_EQ(raisedBy([&] { user_.type(spot, u"1"); }), kNotValidTarget);
+  EXPECT_TRUE(UserActions(desk_, Actor::kAddOn).click(spot));
+}
+
+TEST_F(UserTest, ClickSelectsTheRowsThatTheMatrixAllows) {
+  user_.openForm(u"3101");
+  MatrixModel& lines = *desk_.forms.find(u"F_1")->item(u"20").matrix;
+  lines.addRows(1, -1);
+  const auto selectedAfterClicks = [&](long mode) {
+    lines.selectionMode = mode;
+    for (const long row : {1L, 2L}) {
+      user_.click({u"F_1", u"20", u"1", row});
+    }
+    std::string out;
+    for (const long row : {1L, 2L}) out += lines.isRowSelected(row) ? '*' : '-';
+    return out;
+  };
+  EXPECT_EQ(selectedAfterClicks(kSelectNone), "--");
+  EXPECT_EQ(selectedAfterClicks(kSelectOne), "-*");
+  EXPECT_EQ(selectedAfterClicks(kSelectMany), "-*") << "a click selects one row";
+  lines.selectRow(1, true, true);
+  EXPECT_TRUE(lines.isRowSelected(1) && lines.isRowSelected(2)) << "an add-on may select both";
+}
+
 TEST_F(UserTest, ClicksAndDoubleClicksIntoAMatrix) {
   user_.openForm(u"3101");
   const auto sink = listen(desk_);
