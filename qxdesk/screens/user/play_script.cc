@@ -1,7 +1,7 @@
 #include "qxdesk/screens/user/play_script.h"
 
-#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/session/connection_string.h"
+#include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
 
 #include <fstream>
