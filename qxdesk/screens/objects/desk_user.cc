@@ -3,6 +3,7 @@
 #include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxdesk/screens/objects/host_object.h"
+#include "qxdesk/screens/user/form_drawing.h"
 #include "qxdesk/screens/user/user_actions.h"
 #include "qxframework/automation/text.h"
 
@@ -170,6 +171,9 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   HRESULT GetSinkCount(long* out) override {
     return guarded(
         [&] { return desk::giveValue(static_cast<long>(desk().events.sinkCount()), out); });
+  }
+  HRESULT DrawForm(BSTR form, BSTR* out) override {
+    return guarded([&] { return giveText(drawForm(find(form), desk().statusBar), out); });
   }
 
  private:

@@ -45,6 +45,7 @@ constexpr Command kCommands[] = {
     {"printout", PlayVerb::kPrintOut, "w", "printout FORM"},
     {"report", PlayVerb::kReport, "w", "report FORM"},
     {"print", PlayVerb::kPrint, "p?w", "print menus|forms|form FORM|status|boxes"},
+    {"draw", PlayVerb::kDraw, "w", "draw FORM"},
     {"say", PlayVerb::kSay, "t", "say TEXT"},
     {"start", PlayVerb::kStart, "", "start"},
 };

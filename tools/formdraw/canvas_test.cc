@@ -1,9 +1,9 @@
-#include "tools/formcheck/canvas.h"
+#include "tools/formdraw/canvas.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 using ::testing::ElementsAre;
@@ -84,4 +84,4 @@ TEST(Canvas, AControlCharacterIsABlank) {
 }
 
 }  // namespace
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw
