@@ -60,12 +60,12 @@ class Reader {
   std::size_t next_ = 0;
 };
 
-// The parser does not see what precedes the first "<".
+// The parser does not see what precedes the first "<". A fault of the text as a whole has no line.
 Place placeInWhole(std::u16string_view ahead, long line, long position) {
   Place place;
   for (const char16_t unit : ahead)
     place = unit == u'\n' ? Place{place.line + 1, 1} : Place{place.line, place.column + 1};
-  if (line < 1 || position < 1) return place;
+  if (line < 1) return place;
   const auto column = static_cast<std::size_t>(position);
   if (line == 1) return {place.line, place.column + column - 1};
   return {place.line + static_cast<std::size_t>(line) - 1, column};

@@ -343,6 +343,14 @@ TEST(FormCheck, ReportsADocumentThatIsNotWellFormed) {
   EXPECT_EQ(report("").drawing, "");
 }
 
+// The parser refuses such a text as a whole, without a place.
+TEST(FormCheck, ReportsATextThatIsNoUtf16AtItsBeginning) {
+  using namespace std::string_literals;
+  EXPECT_EQ(findings("\xFF\xFE \0\n\0 \0<\0a\0>\0\0\xD8"s),
+            "f:2:2: error: the document is not well-formed: The text is no well-formed UTF-16; "
+            "correct the XML\n");
+}
+
 TEST(FormCheck, ReportsADocumentThatLacksTheOutline) {
   EXPECT_EQ(findings("<?xml version=\"1.0\"?>\n<database/>"),
             "f:2:1: error: the root element is <database>; write <Application>, as in a form "

@@ -292,13 +292,9 @@ TEST(Drawing, HasTheStatusBarBeneathTheForm) {
 
 TEST(Drawing, AFormWithoutASizeIsAsLargeAsItsItems) {
   const std::string small = "+------+\n|      |\n| [___]|\n+------+\n";
-  EXPECT_EQ(draw({u"",
-                  0,
-                  0,
-                  {item(kEditText, {8, 16, 40, 14}), hidden(item(kEditText, {0, 0, 99, 99}))},
-                  {}}),
-            small);
-  EXPECT_EQ(draw({u"", -1, -kFar, {item(kEditText, {8, 16, 40, 14})}, {}}), small);
+  const ItemPicture edit = item(kEditText, {8, 16, 40, 14});
+  EXPECT_EQ(draw({u"", 0, 0, {hidden(item(kEditText, {0, 0, 99, 99})), edit}, {}}), small);
+  EXPECT_EQ(draw({u"", -1, -kFar, {edit}, {}}), small);
   EXPECT_EQ(draw({}), "+----+\n|    |\n+----+\n");
 }
 
