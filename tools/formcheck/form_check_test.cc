@@ -419,6 +419,21 @@ TEST(FormCheck, ReadsTheEncodingsOfResources) {
             "document\n");
 }
 
+// The first and the last pair that a cut could divide.
+TEST(FormCheck, QuotesNoHalfOfAPair) {
+  const auto remark = [](const std::string& shown) {
+    return "f:5:21: error: cut UID: 'xxxxxxxxxx' remains of '" + shown +
+           "…'; write at most 10 characters, or a symbol of the symbol table\n";
+  };
+  for (const std::string pair : {"\U00010000", "\U0010FFFF"}) {
+    const std::string most(58, 'x');
+    EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + most + "x" + pair + "y\"/>")),
+              remark(most + "x"));
+    EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + most + pair + "y\"/>")),
+              remark(most + pair));
+  }
+}
+
 TEST(FormCheck, QuotesLongTextInPart) {
   EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + std::string(59, 'x') + "𝄞yz\"/>")),
             "f:5:21: error: cut UID: 'xxxxxxxxxx' remains of '" + std::string(59, 'x') +
