@@ -174,6 +174,12 @@ std::string EmbeddedClient::form(const std::string& uid) {
   return toUtf8(text.View());
 }
 
+std::string EmbeddedClient::drawing(const std::string& uid) {
+  CComBSTR text;
+  raiseIfFailed(user()->DrawForm(wide(uid), &text));
+  return toUtf8(text.View());
+}
+
 std::string EmbeddedClient::forms() { return printed(&desk::IDeskUser::PrintForms); }
 
 std::string EmbeddedClient::focus(const std::string& form) {

@@ -75,6 +75,8 @@ class EmbeddedClient {
   std::string forms();
   /// Throws _com_error for a form that is not open.
   std::string form(const std::string& uid);
+  /// Returns the drawing of the form; empty if it is hidden. Throws as form() does.
+  std::string drawing(const std::string& uid);
   /// Returns the number of event sinks that add-ons have attached.
   long sinks();
   /// Returns the UID of the item with the focus; empty if none has it.

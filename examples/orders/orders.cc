@@ -1,19 +1,24 @@
 // Keeps orders in a table of its own. At its start it adds two orders, raises the amount of one of
-// them in a transaction, and shows a summary in the status bar; its menu entry opens a form with
-// all orders (order_form.h).
+// them in a transaction, and shows a summary in the status bar. One menu entry opens a form with
+// all orders (order_form.h), another one takes in many (sample_orders.h).
 
 #include "order.h"
 #include "order_form.h"
 #include "qxframework/stock/addon_menu.h"
+#include "sample_orders.h"
 
 #include <iostream>
 #include <memory>
+#include <vector>
 
 namespace {
 
 constexpr char16_t kAddOns[] = u"43523";  // the client's popup for add-ons
 constexpr char16_t kOrdersEntry[] = u"ORD_OPEN";
-constexpr unsigned kMenuText = 230;
+constexpr char16_t kSamplesEntry[] = u"ORD_SAMPLE";
+constexpr unsigned kOrdersText = 230;
+constexpr unsigned kSamplesText = 234;
+constexpr unsigned kTakingInText = 235;
 
 // Changes the order completely or not at all.
 void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {
@@ -70,17 +75,22 @@ class Handler : public CQXIDispatch {
   // Entries of add-ons are gone when the client has changed its language or company.
   long OnChangeLanguage() override { return AddMenu(); }
   long OnChangeCompany(ICompany* company) override {
+    m_Samples.reset();
     m_Company = company;
     return AddMenu();
   }
   long OnApplicationUnload() override {
-    m_Menu.reset();
+    m_Menu.clear();
+    m_Samples.reset();
     m_Company.Release();
     return S_OK;
   }
   long OnMenuEvent(IMenuEvent* event, short*) override {
-    if (event->GetBeforeAction() == VARIANT_FALSE && event->GetMenuUID().View() == kOrdersEntry) {
+    if (event->GetBeforeAction() == VARIANT_TRUE) return S_OK;
+    if (event->GetMenuUID().View() == kOrdersEntry) {
       qx::openForm(std::make_unique<OrderForm>(m_AddOn), m_App, m_Company);
+    } else if (event->GetMenuUID().View() == kSamplesEntry) {
+      TakeInSamples();
     }
     return S_OK;
   }
@@ -91,19 +101,32 @@ class Handler : public CQXIDispatch {
 
  private:
   long AddMenu() {
-    CQXBSTR text(m_App->GetLanguage());
-    m_AddOn->GetResourceLoader()->LoadStringW(text, kMenuText, m_App->GetLanguage());
-    m_Menu.reset();  // before the new one: the UID is the same
-    m_Menu = std::make_unique<CQXAddOnMenu>(m_App->GetMenus()->Item(CComVariant(kAddOns)), m_App,
-                                            kOrdersEntry, text, mt_String, -1, VARIANT_TRUE,
-                                            VARIANT_FALSE);
+    m_Menu.clear();  // before the new entries: their UIDs are the same
+    const CComPtr<IMenuItem> addOns = m_App->GetMenus()->Item(CComVariant(kAddOns));
+    const auto add = [&](const OLECHAR* uid, unsigned text) {
+      m_Menu.push_back(std::make_unique<CQXAddOnMenu>(addOns, m_App, uid, Text(text), mt_String, -1,
+                                                      VARIANT_TRUE, VARIANT_FALSE));
+    };
+    add(kOrdersEntry, kOrdersText);
+    add(kSamplesEntry, kSamplesText);
     return S_OK;
+  }
+  void TakeInSamples() {
+    if (m_Samples != nullptr && m_Samples->IsRunning()) return;
+    m_Samples = std::make_shared<SampleOrders>(m_App, m_Company, m_AddOn, Text(kTakingInText));
+    m_Samples->Start();
+  }
+  CComBSTR Text(unsigned id) {
+    CQXBSTR text(m_App->GetLanguage());
+    m_AddOn->GetResourceLoader()->LoadStringW(text, id, m_App->GetLanguage());
+    return text;
   }
 
   CQXAddOn* m_AddOn;
   CComPtr<IApplication> m_App;
   CComPtr<ICompany> m_Company;
-  std::unique_ptr<CQXAddOnMenu> m_Menu;
+  std::vector<std::unique_ptr<CQXAddOnMenu>> m_Menu;
+  std::shared_ptr<SampleOrders> m_Samples;
 };
 
 class OrdersAddOn : public CQXAddOn {

@@ -6,7 +6,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/resources/narrow_text.h"
 #include "tools/formcheck/form_check.h"
-#include "tools/formcheck/text_width.h"
+#include "tools/formdraw/text_width.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -70,7 +70,7 @@ void checkDrawing(const std::string& drawing) {
   for (std::string_view rest = drawing; !rest.empty();) {
     const std::size_t end = rest.find('\n');
     require(end != rest.npos);
-    const std::size_t cells = qx::formcheck::cellsOf(qx::toUtf16(rest.substr(0, end)));
+    const std::size_t cells = qx::formdraw::cellsOf(qx::toUtf16(rest.substr(0, end)));
     require(cells == width.value_or(cells));
     width = cells;
     rest.remove_prefix(end + 1);

@@ -96,6 +96,23 @@ TEST_F(OrdersExample, AddsOrdersInTheFirstRunAndUpdatesThemInTheSecond) {
                                     "00000001|A-2|C2000|2024-01-31 00:00:00|22"));
 }
 
+// The user picks the entry again while the job runs, which changes nothing. The client ends before
+// the job does.
+TEST_F(OrdersExample, ItsLongJobShowsItsProgressAndEndsWithTheClient) {
+  EXPECT_EQ(run("orders_samples.play"), R"X(picked menu ORD_SAMPLE
+picked menu ORD_SAMPLE
++- Halvex Add-On Initialization ------------+
+|                                           |
+| Taking in orders                          |
+|                                           |
+| (_)(_)(_)(_)(_)(_)(_)(_)(_)(_)(_)(_)(_)(_)|
++-------------------------------------------+
+ info: 2 orders, 131.500000 in all, the newest of 2024-02-29
+shut the client down
+)X");
+  EXPECT_EQ(orders().size(), 23U);
+}
+
 // The user forgets the customer, chooses one from the list, and adds the order; then the user does
 // the same in German.
 TEST_F(OrdersExample, ItsFormAddsAnOrderWithACustomerFromTheList) {

@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/com_error.h"
+#include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
@@ -9,14 +10,10 @@
 #include "tools/input/shown.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <stdexcept>
 
 namespace qx::formcheck {
 namespace {
-
-// The digits of 2^31.
-constexpr std::size_t kMostDigits = 10;
 
 // Both trees have the same elements in the same order, so one step in the list of tags goes with
 // one step in the document.
@@ -63,12 +60,12 @@ class Reader {
   std::size_t next_ = 0;
 };
 
-// The parser does not see what precedes the first "<".
+// The parser does not see what precedes the first "<". A fault of the text as a whole has no line.
 Place placeInWhole(std::u16string_view ahead, long line, long position) {
   Place place;
   for (const char16_t unit : ahead)
     place = unit == u'\n' ? Place{place.line + 1, 1} : Place{place.line, place.column + 1};
-  if (line < 1 || position < 1) return place;
+  if (line < 1) return place;
   const auto column = static_cast<std::size_t>(position);
   if (line == 1) return {place.line, place.column + column - 1};
   return {place.line + static_cast<std::size_t>(line) - 1, column};
@@ -98,7 +95,7 @@ std::u16string_view Element::text(std::u16string_view lowerName) const {
 }
 
 std::optional<long> Element::number(std::u16string_view lowerName) const {
-  return wholeNumber(text(lowerName));
+  return decimalNumber(text(lowerName));
 }
 
 Place Element::placeOf(std::u16string_view lowerName) const {
@@ -110,20 +107,6 @@ const Element* Element::child(std::u16string_view wanted) const {
   const auto found = std::find_if(children.begin(), children.end(),
                                   [&](const auto& each) { return each.key == wanted; });
   return found == children.end() ? nullptr : &*found;
-}
-
-std::optional<long> wholeNumber(std::u16string_view text) {
-  const bool negative = text.starts_with(u'-');
-  if (negative || text.starts_with(u'+')) text.remove_prefix(1);
-  if (text.empty() || text.size() > kMostDigits) return std::nullopt;
-  long value = 0;
-  for (const char16_t unit : text) {
-    if (!isDigit(unit)) return std::nullopt;
-    value = value * 10 + (unit - u'0');
-  }
-  if (negative) value = -value;
-  if (value != static_cast<std::int32_t>(value)) return std::nullopt;
-  return value;
 }
 
 std::optional<Element> readDocument(std::u16string_view text, Findings& findings) {

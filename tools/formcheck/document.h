@@ -44,9 +44,6 @@ struct Element {
   const Element* child(std::u16string_view wanted) const;
 };
 
-/// Returns the value of a text that is a decimal 32-bit number with an optional sign.
-std::optional<long> wholeNumber(std::u16string_view text);
-
 /// Returns the root element of a text, which the framework would read from its first "<" on.
 /// Returns nothing after a finding for a text that is not well-formed.
 std::optional<Element> readDocument(std::u16string_view text, Findings& findings);

@@ -22,7 +22,7 @@ std::vector<const Element*> entriesOf(const Element& parent, std::u16string_view
   return entries;
 }
 
-Rect rectOf(const Element& element) {
+formdraw::Rect rectOf(const Element& element) {
   const auto number = [&](std::u16string_view name) { return element.number(name).value_or(0); };
   return {number(u"left"), number(u"top"), number(u"width"), number(u"height")};
 }
@@ -39,6 +39,7 @@ Item itemOf(const Element& element) {
   item.type = element.number(u"type").value_or(0);
   item.rect = rectOf(element);
   item.visible = element.flag(u"visible");
+  item.enabled = element.flag(u"enabled");
   item.rightJustified = element.number(u"right_just").value_or(0) != 0;
   if (item.specific == nullptr) return item;
   item.caption = item.specific->text(u"caption");

@@ -3,20 +3,13 @@
 // A form as its document describes it, after the symbols are replaced.
 
 #include "tools/formcheck/document.h"
+#include "tools/formdraw/form_picture.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace qx::formcheck {
-
-/// A place and a size on the screen, in pixels. An item's place is relative to the form.
-struct Rect {
-  long left = 0;
-  long top = 0;
-  long width = 0;
-  long height = 0;
-};
 
 struct Column {
   const Element* element = nullptr;
@@ -29,8 +22,9 @@ struct Item {
   const Element* element = nullptr;
   const Element* specific = nullptr;  ///< null if the item has none
   long type = 0;                      ///< a qx::ItemType, or the number of another type
-  Rect rect;
+  formdraw::Rect rect;
   bool visible = true;
+  bool enabled = true;
   bool rightJustified = false;
   std::u16string caption;
   std::vector<Column> columns;  ///< of a matrix
@@ -40,7 +34,7 @@ struct Item {
 struct Form {
   const Element* element = nullptr;
   std::u16string title;
-  Rect rect;
+  formdraw::Rect rect;
   std::vector<const Element*> userSources;
   std::vector<const Element*> tableSources;
   std::vector<Item> items;

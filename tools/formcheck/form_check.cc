@@ -2,11 +2,12 @@
 
 #include "qxframework/resources/narrow_text.h"
 #include "tools/formcheck/document.h"
-#include "tools/formcheck/drawing.h"
 #include "tools/formcheck/form.h"
 #include "tools/formcheck/form_checks.h"
+#include "tools/formcheck/form_picture.h"
 #include "tools/formcheck/symbols.h"
 #include "tools/formcheck/vocabulary.h"
+#include "tools/formdraw/drawing.h"
 
 #include <algorithm>
 
@@ -26,7 +27,7 @@ std::string check(std::string_view content, const Setting& setting, Findings& fi
   checkLinks(*form, findings);
   checkPlaces(*form, findings);
   checkWidths(*form, findings);
-  return draw(*form);
+  return formdraw::draw(pictureOf(*form));
 }
 
 }  // namespace

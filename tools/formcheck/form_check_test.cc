@@ -343,6 +343,14 @@ TEST(FormCheck, ReportsADocumentThatIsNotWellFormed) {
   EXPECT_EQ(report("").drawing, "");
 }
 
+// The parser refuses such a text as a whole, without a place.
+TEST(FormCheck, ReportsATextThatIsNoUtf16AtItsBeginning) {
+  using namespace std::string_literals;
+  EXPECT_EQ(findings("\xFF\xFE \0\n\0 \0<\0a\0>\0\0\xD8"s),
+            "f:2:2: error: the document is not well-formed: The text is no well-formed UTF-16; "
+            "correct the XML\n");
+}
+
 TEST(FormCheck, ReportsADocumentThatLacksTheOutline) {
   EXPECT_EQ(findings("<?xml version=\"1.0\"?>\n<database/>"),
             "f:2:1: error: the root element is <database>; write <Application>, as in a form "
@@ -409,6 +417,21 @@ TEST(FormCheck, ReadsTheEncodingsOfResources) {
   EXPECT_EQ(findings("\xEF\xBB\xBF<database/>"),
             "f:1:1: error: the root element is <database>; write <Application>, as in a form "
             "document\n");
+}
+
+// The first and the last pair that a cut could divide.
+TEST(FormCheck, QuotesNoHalfOfAPair) {
+  const auto remark = [](const std::string& shown) {
+    return "f:5:21: error: cut UID: 'xxxxxxxxxx' remains of '" + shown +
+           "…'; write at most 10 characters, or a symbol of the symbol table\n";
+  };
+  for (const std::string pair : {"\U00010000", "\U0010FFFF"}) {
+    const std::string most(58, 'x');
+    EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + most + "x" + pair + "y\"/>")),
+              remark(most + "x"));
+    EXPECT_EQ(findings(items("<Item type=\"4\" uid=\"" + most + pair + "y\"/>")),
+              remark(most + pair));
+  }
 }
 
 TEST(FormCheck, QuotesLongTextInPart) {

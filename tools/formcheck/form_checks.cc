@@ -2,7 +2,7 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/host/item_types.h"
-#include "tools/formcheck/text_width.h"
+#include "tools/formdraw/text_width.h"
 
 #include <algorithm>
 #include <map>
@@ -118,7 +118,7 @@ void checkExtent(const Element& item, std::u16string_view startName, long start,
 
 void checkText(const Place& place, std::u16string_view text, const std::string& owner, long width,
                long lines, Findings& findings) {
-  const long least = pixelsAtLeast(text);
+  const long least = formdraw::pixelsAtLeast(text);
   if (width <= 0 || least <= width * lines) return;
   findings.error(place,
                  "the text " + quoted(text) + " takes " + pixels(least) + " or more, and the " +
@@ -167,7 +167,7 @@ void checkPlaces(const Form& form, Findings& findings) {
   for (const Item& item : form.items) {
     // An invisible item may wait anywhere until the form's code moves and shows it.
     if (!item.visible) continue;
-    const Rect& rect = item.rect;
+    const formdraw::Rect& rect = item.rect;
     checkExtent(*item.element, u"left", rect.left, rect.width, form.rect.width, "width", findings);
     checkExtent(*item.element, u"top", rect.top, rect.height, form.rect.height, "height", findings);
   }

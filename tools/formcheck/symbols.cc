@@ -49,7 +49,7 @@ std::string hexadecimal(char32_t character) {
 std::u16string asAttributeValue(std::u16string_view text) {
   std::u16string out;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n') continue;
+    if (text.substr(i).starts_with(u"\r\n")) continue;
     out.push_back(isSpace(text[i]) ? u' ' : text[i]);
   }
   return out;

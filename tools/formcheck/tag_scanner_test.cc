@@ -59,6 +59,9 @@ TEST(TagScanner, AQuotedMarkOfAnElementsEndIsText) {
 
 TEST(TagScanner, CountsCharactersAndNotUnits) {
   EXPECT_THAT(scanned(u"<a x='𝄞ä' y=''/>"), ElementsAre("a 1:1, x 1:4 1:7, y 1:11 1:14"));
+  // The first and the last pair, and the character that follows the pairs.
+  EXPECT_THAT(scanned(u"<a x='\U00010000\U0010FFFF\uE000' y=''/>"),
+              ElementsAre("a 1:1, x 1:4 1:7, y 1:12 1:15"));
 }
 
 // The scan must end within any text, although only well-formed ones have a meaning.

@@ -1,5 +1,6 @@
 #include "tools/formcheck/vocabulary.h"
 
+#include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
 #include "tools/formcheck/symbols.h"
 
@@ -200,7 +201,7 @@ class Checker {
                           ", since the case of its letters counts",
                       "write " + quoted(found->name));
     } else if (found->kind == Kind::number && !attribute.value.empty() &&
-               !wholeNumber(attribute.value)) {
+               !decimalNumber(attribute.value)) {
       findings_.error(attribute.place, quoted(attribute.value) + " is no whole number of 32 bits",
                       "write the " + toUtf8(found->name) + " in digits");
     }

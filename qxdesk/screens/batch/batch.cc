@@ -3,9 +3,9 @@
 #include "qxdesk/screens/batch/batch_report.h"
 #include "qxdesk/screens/batch/form_reader.h"
 #include "qxdesk/screens/batch/xml_element.h"
-#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
+#include "qxframework/automation/decimal_number.h"
 #include "qxframework/xml/element_tree.h"
 
 #include <functional>

@@ -1,8 +1,8 @@
 #include "qxdesk/screens/batch/form_reader.h"
 
-#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
+#include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
 
 #include <algorithm>

@@ -111,10 +111,14 @@ std::u16string printForm(const FormModel& form) {
   return out;
 }
 
+std::u16string statusLine(const StatusMessage& message) {
+  return std::u16string(prefixOf(message.type)) + message.text;
+}
+
 std::u16string printStatus(const StatusBar& statusBar) {
   std::u16string out;
   for (const StatusMessage& message : statusBar.history()) {
-    out.append(prefixOf(message.type)).append(message.text).append(u"\n");
+    out += statusLine(message) + u"\n";
   }
   if (const auto bar = statusBar.progress()) {
     out += u"progress " + quoted(bar->text()) + u" " + number(bar->value()) + u"/" +

@@ -14,8 +14,10 @@ std::u16string printForms(const Forms& forms);
 /// Returns the form's line, then its data sources and its items, one per line; the rows of a matrix
 /// follow its line.
 std::u16string printForm(const FormModel& form);
-/// Returns one line per message, which begins with "warning: ", "error: " or "info: " unless it is
-/// plain. While the progress bar is held, its line follows.
+/// Returns the message on one line without a line end. It begins with "warning: ", "error: " or
+/// "info: " unless it is plain.
+std::u16string statusLine(const StatusMessage& message);
+/// Returns the statusLine() of each message. While the progress bar is held, its line follows.
 std::u16string printStatus(const StatusBar& statusBar);
 /// Returns one line per box: `"text" [button] [button] -> answer`.
 std::u16string printBoxes(const MessageBoxes& boxes);

@@ -369,6 +369,22 @@ TEST_F(Events, HandlerMayActDuringAnEvent) {
                             "101(after inner 1288, -1)", "101(after 43523, -1)"}));
 }
 
+TEST_F(Application, DrawsAFormForItsUser) {
+  app_->LoadBatchActions(
+      CComBSTR(u"<Application><forms><action type=\"add\"><form uid=\"A\" title=\"T\" width=\"88\" "
+               u"height=\"42\"><items><action type=\"add\"><item type=\"16\" uid=\"E\" left=\"8\" "
+               u"width=\"64\" height=\"14\"/></action></items></form></action></forms>"
+               u"</Application>"));
+  VARIANT_BOOL done = VARIANT_FALSE;
+  ASSERT_EQ(user_->TypeInto(CComBSTR(u"A"), CComBSTR(u"E"), CComBSTR(u"ab"), &done), S_OK);
+  ASSERT_EQ(user_->FireStatusBar(CComBSTR(u"saved"), smt_Info), S_OK);
+  CComBSTR drawing;
+  ASSERT_EQ(user_->DrawForm(CComBSTR(u"A"), &drawing), S_OK);
+  EXPECT_EQ(toUtf8(drawing.View()), "+- T ------+\n| {ab____} |\n+----------+\n info: saved\n");
+  EXPECT_EQ(user_->DrawForm(CComBSTR(u"B"), &drawing), kInvalidForm);
+  EXPECT_EQ(user_->DrawForm(CComBSTR(u"A"), nullptr), E_POINTER);
+}
+
 TEST_F(Events, HandlerMayReleaseTheLastObjectOfTheClient) {
   listen([this](const std::string&, VARIANT_BOOL*) {
     app_.Release();

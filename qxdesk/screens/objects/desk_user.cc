@@ -3,6 +3,7 @@
 #include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxdesk/screens/objects/host_object.h"
+#include "qxdesk/screens/user/form_drawing.h"
 #include "qxdesk/screens/user/user_actions.h"
 #include "qxframework/automation/text.h"
 
@@ -176,6 +177,9 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   }
   HRESULT GetFocus(BSTR form, BSTR* item) override {
     return guarded([&] { return giveText(find(form).focus, item); });
+  }
+  HRESULT DrawForm(BSTR form, BSTR* out) override {
+    return guarded([&] { return giveText(drawForm(find(form), desk().statusBar), out); });
   }
 
  private:

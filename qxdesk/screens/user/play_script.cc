@@ -1,7 +1,7 @@
 #include "qxdesk/screens/user/play_script.h"
 
-#include "qxdesk/screens/model/decimal_number.h"
 #include "qxdesk/session/connection_string.h"
+#include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
 
 #include <fstream>
@@ -46,6 +46,7 @@ constexpr Command kCommands[] = {
     {"printout", PlayVerb::kPrintOut, "w", "printout FORM"},
     {"report", PlayVerb::kReport, "w", "report FORM"},
     {"print", PlayVerb::kPrint, "p?w", "print menus|forms|form FORM|status|boxes"},
+    {"draw", PlayVerb::kDraw, "w", "draw FORM"},
     {"say", PlayVerb::kSay, "t", "say TEXT"},
     {"start", PlayVerb::kStart, "", "start"},
 };

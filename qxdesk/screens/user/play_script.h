@@ -21,6 +21,7 @@
 //     status TEXT                  show a message of the host itself
 //     progress | printout FORM | report FORM
 //     print menus | forms | form FORM | status | boxes
+//     draw FORM                    print the form as the user sees it
 //     say TEXT                     print the text
 //     start                        the steps before it are played before the add-on starts
 //     # comment
@@ -63,6 +64,7 @@ enum class PlayVerb {
   kPrintOut,
   kReport,
   kPrint,
+  kDraw,
   kSay,
   kStart,
 };

@@ -51,6 +51,7 @@ TEST(PlayScript, ErrorsHaveFileLineAndColumn) {
   EXPECT_EQ(refusal("print all"),
             "demo.txt:1:7: cannot print \"all\"; print menus, forms, form, status or boxes");
   EXPECT_EQ(refusal("print form"), "demo.txt:1:7: write: print menus|forms|form FORM|status|boxes");
+  EXPECT_EQ(refusal("draw"), "demo.txt:1:5: write: draw FORM");
   EXPECT_EQ(refusal("company"), "demo.txt:1:8: write: company FILE");
 }
 

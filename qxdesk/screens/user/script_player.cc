@@ -1,6 +1,7 @@
 #include "qxdesk/screens/user/script_player.h"
 
 #include "qxdesk/screens/model/desk_printer.h"
+#include "qxdesk/screens/user/form_drawing.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/logging/result_names.h"
@@ -120,6 +121,8 @@ std::string ScriptPlayer::play(const PlayStep& step) {
       return openForm(step);
     case PlayVerb::kPrint:
       return toUtf8(print(step));
+    case PlayVerb::kDraw:
+      return draw(formName(step.words[0]));
     case PlayVerb::kSay:
       return toUtf8(step.words[0]) + "\n";
     case PlayVerb::kStart:
@@ -222,6 +225,13 @@ std::u16string ScriptPlayer::print(const PlayStep& step) const {
   if (what == u"boxes") return printBoxes(desk_.boxes);
   const auto form = desk_.forms.find(formName(step.words[1]));
   return form == nullptr ? u"there is no form " + step.words[1] + u"\n" : printForm(*form);
+}
+
+std::string ScriptPlayer::draw(const std::u16string& uid) const {
+  const auto form = desk_.forms.find(uid);
+  if (form == nullptr) return "there is no form " + toUtf8(uid) + "\n";
+  const std::u16string drawing = drawForm(*form, desk_.statusBar);
+  return drawing.empty() ? "form " + toUtf8(uid) + " is hidden\n" : toUtf8(drawing);
 }
 
 }  // namespace qx::screens

@@ -45,6 +45,7 @@ class ScriptPlayer {
   std::string playClient(const PlayStep& step);
   std::string openForm(const PlayStep& step);
   std::u16string print(const PlayStep& step) const;
+  std::string draw(const std::u16string& uid) const;
   std::u16string formName(const std::u16string& word) const;
   std::optional<long> answer(const MessageBoxCall& box);
 

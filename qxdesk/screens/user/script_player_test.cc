@@ -105,6 +105,17 @@ TEST_F(ScriptPlayerTest, MovesTheFocusByTheTabKey) {
   EXPECT_EQ(desk_.forms.find(u"F_1")->focus, u"5");
 }
 
+TEST_F(ScriptPlayerTest, DrawsAForm) {
+  const auto form = std::make_shared<FormModel>(u"A", u"-1", false);
+  form->rect = {0, 0, 40 + kFrameWidth, 16 + kFrameHeight};
+  form->title = u"T";
+  form->visible = true;
+  desk_.forms.open(form);
+  EXPECT_EQ(play("draw *\ndraw B"), "+- T -+\n|     |\n+-----+\nthere is no form B\n");
+  desk_.forms.show(form, false);
+  EXPECT_EQ(play("draw A"), "form A is hidden\n");
+}
+
 TEST_F(ScriptPlayerTest, PrintsAVeto) {
   desk_.forms.open(makeAddOnForm(u"A"));
   listen(desk_, veto("before item 1 A.1"));

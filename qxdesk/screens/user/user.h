@@ -84,6 +84,10 @@ class IDeskUser : public IUnknown {
   virtual HRESULT GetFormCounts(BSTR form, long* freezes, long* updates) = 0;
   /// Returns the number of event sinks that are attached.
   virtual HRESULT GetSinkCount(long* out) = 0;
+  /// Draws the form as the user sees it, in plain text, with the status bar beneath it; a test can
+  /// compare the whole. Returns an empty text for a hidden form. The manual of the stand-in host
+  /// has the signs of the drawing.
+  virtual HRESULT DrawForm(BSTR form, BSTR* out) = 0;
 
   /// Presses the tab key in the item with the focus: the item is validated if it has changed, and
   /// the next one gets the focus. Without a focus, the first item gets it.

@@ -1,8 +1,8 @@
-#include "tools/formcheck/axis.h"
+#include "tools/formdraw/axis.h"
 
 #include <gtest/gtest.h>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 TEST(Axis, PutsEdgesAtTheCellOfTheirPixel) {
@@ -79,4 +79,4 @@ TEST(Axis, WidensAnIntervalBetweenEdgesThatItTakesForOne) {
 }
 
 }  // namespace
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -1,9 +1,9 @@
-#include "tools/formcheck/canvas.h"
+#include "tools/formdraw/canvas.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 using ::testing::ElementsAre;
@@ -12,7 +12,8 @@ TEST(Canvas, DrawsTextOverWhatIsThere) {
   Canvas canvas(8, 2);
   canvas.fill(1, 0, u'_', 6);
   canvas.put(2, 0, u"ab", 9);
-  EXPECT_THAT(canvas.rows(), ElementsAre(" _ab___", ""));
+  canvas.fill(3, 1, u'x', 1);
+  EXPECT_THAT(canvas.rows(), ElementsAre(" _ab___", "   x"));
 }
 
 TEST(Canvas, ATextBeyondItsLimitEndsInAnEllipsis) {
@@ -84,4 +85,4 @@ TEST(Canvas, AControlCharacterIsABlank) {
 }
 
 }  // namespace
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -1,12 +1,12 @@
-#include "tools/formcheck/canvas.h"
+#include "tools/formdraw/canvas.h"
 
 #include "qxframework/automation/utf.h"
-#include "tools/formcheck/text_width.h"
+#include "tools/formdraw/text_width.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 constexpr char32_t kEllipsis = U'…';
@@ -72,4 +72,4 @@ std::vector<std::string> Canvas::rows() const {
   return out;
 }
 
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

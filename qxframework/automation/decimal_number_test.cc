@@ -1,8 +1,8 @@
-#include "qxdesk/screens/model/decimal_number.h"
+#include "qxframework/automation/decimal_number.h"
 
 #include <gtest/gtest.h>
 
-namespace qx::screens {
+namespace qx {
 namespace {
 
 TEST(DecimalNumber, ReadsDigitsWithAnOptionalSign) {
@@ -27,4 +27,4 @@ TEST(DecimalNumber, RefusesNumbersBeyond32Bits) {
 }
 
 }  // namespace
-}  // namespace qx::screens
+}  // namespace qx

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 
 class Canvas {
  public:
@@ -30,4 +30,4 @@ class Canvas {
   std::vector<std::vector<std::string>> rows_;
 };
 
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -1,7 +1,7 @@
-// Drawings are compared whole. Those of the framework's own forms take the texts of its library and
-// the symbol tables of their classes.
+// Drawings of documents, compared whole. Those of the framework's own forms take the texts of its
+// library and the symbol tables of their classes.
 
-#include "tools/formcheck/drawing.h"
+#include "tools/formcheck/form_picture.h"
 
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/languages.h"
@@ -77,12 +77,7 @@ std::string drawn(const std::string& form) {
       .drawing;
 }
 
-std::string drawnItems(const std::string& items) {
-  return drawn("<form title=\"T\" width=\"160\" height=\"64\"><items><action type=\"add\">" +
-               items + "</action></items></form>");
-}
-
-TEST(Drawing, TheProgressFormShowsItsMessage) {
+TEST(FormPicture, TheProgressFormShowsItsMessage) {
   EXPECT_EQ(reportOn(kProgress, ln_English).drawing, R"(+- Halvex Add-On Initialization ---------+
 |                                        |
 | Initializing Halvex Add-On             |
@@ -93,7 +88,7 @@ TEST(Drawing, TheProgressFormShowsItsMessage) {
 )");
 }
 
-TEST(Drawing, TheLogSettingsFormShowsItsLabelledControlsAndButtons) {
+TEST(FormPicture, TheLogSettingsFormShowsItsLabelledControlsAndButtons) {
   EXPECT_EQ(reportOn(kLogSettings, ln_English).drawing,
             R"(+- Halvex Add-On Log Settings ----------------------------------+
 |                                                               |
@@ -111,7 +106,7 @@ TEST(Drawing, TheLogSettingsFormShowsItsLabelledControlsAndButtons) {
 )");
 }
 
-TEST(Drawing, TheChooseListFormShowsItsMatrix) {
+TEST(FormPicture, TheChooseListFormShowsItsMatrix) {
   EXPECT_EQ(reportOn(kChooseList, ln_English).drawing,
             R"(+- Choose from List -----------------------------------------+
 |                                                            |
@@ -135,7 +130,7 @@ TEST(Drawing, TheChooseListFormShowsItsMatrix) {
 )");
 }
 
-TEST(Drawing, EastAsianLettersTakeTwoCells) {
+TEST(FormPicture, EastAsianLettersTakeTwoCells) {
   EXPECT_EQ(reportOn(kLogSettings, ln_Japanese_Jp).drawing,
             R"(+- Halvex アドオンのログ設定 ----------------------------------------+
 |                                                                    |
@@ -153,7 +148,7 @@ TEST(Drawing, EastAsianLettersTakeTwoCells) {
 )");
 }
 
-TEST(Drawing, StockFormsHaveNoFaultInAnyLanguage) {
+TEST(FormPicture, StockFormsHaveNoFaultInAnyLanguage) {
   int languages = 0;
   for (int number = ln_Hebrew; number <= ln_TrdtnlChinese_Hk; ++number) {
     const auto language = static_cast<HvLanguages>(number);
@@ -169,106 +164,31 @@ TEST(Drawing, StockFormsHaveNoFaultInAnyLanguage) {
   EXPECT_EQ(languages, 31);
 }
 
-TEST(Drawing, HasAPictureForEachTypeOfItem) {
-  EXPECT_EQ(drawnItems(R"(<Item uid="1" type="8" left="8" width="48" height="14">
-<Specific caption="Label"/></Item>
-<Item uid="2" type="16" left="64" width="80" height="14"/>
-<Item uid="3" type="113" left="64" top="16" width="80" height="14"/>
-<Item uid="4" type="99" left="64" top="32" width="80" height="14"/>
-<Item uid="5" type="8" left="8" top="16" width="48" height="14" right_just="1">
+TEST(FormPicture, HasWhatTheDocumentSaysOfEachItem) {
+  EXPECT_EQ(drawn(R"(<form title="T" width="160" height="128"><items><action type="add">
+<Item uid="1" type="8" left="8" width="48" height="14"><Specific caption="Label"/></Item>
+<Item uid="2" type="16" left="64" width="80" height="14"><Specific caption="none"/></Item>
+<Item uid="3" type="8" left="8" top="16" width="48" height="14" right_just="1">
 <Specific caption="Sum"/></Item>
-<Item uid="6" type="4" left="8" top="48" width="64" height="16"><Specific caption="設"/></Item>)"),
-            R"(+- T ----------------+
-| Label  [________]  |
-|    Sum [______ v]  |
-|        [?_______]  |
-| [  設  ]           |
-+--------------------+
-)");
-}
-
-TEST(Drawing, LeavesOutWhatIsInvisibleOrOutside) {
-  EXPECT_EQ(drawnItems(R"(<Item uid="1" type="16" visible="0" width="80" height="14"/>
-<Item uid="2" type="16" left="200" width="80" height="14"/>
-<Item uid="3" type="16" top="64" width="80" height="14"/>
-<Item uid="4" type="16" left="-80" top="-14" width="80" height="14"/>
-<Item uid="5" type="16" width="0" height="14"/>
-<Item uid="6" type="16" left="120" top="16" width="80" height="14"/>)"),
-            R"(+- T ----------------+
-|                    |
-|               [___]|
-|                    |
-|                    |
-+--------------------+
-)");
-}
-
-TEST(Drawing, AMatrixHasTheHeadsOfItsVisibleColumns) {
-  EXPECT_EQ(drawnItems(R"(<Item uid="1" type="127" left="8" width="136" height="60"><Specific>
-<columns><action type="add"><column uid="1" title="#" width="24"/>
+<Item uid="4" type="113" left="64" top="16" width="80" height="14" enabled="0"/>
+<Item uid="5" type="16" left="8" top="32" width="80" height="14" visible="0"/>
+<Item uid="6" type="127" left="8" top="32" width="136" height="60"><Specific><columns>
+<action type="add"><column uid="1" title="#" width="24"/>
 <column uid="2" title="Hidden" width="24" visible="0"/>
-<column uid="3" title="A text that is too wide" width="40"/>
-<column uid="4" title="Name" width="300"/><column uid="5" title="Out" width="9"/>
-</action></columns></Specific></Item>)"),
-            R"(+- T -------------------------+
-| +---+------------+-------+  |
-| | # | A text tha…| Name  |  |
-| +---+------------+-------+  |
-| +---+------------+-------+  |
-+-----------------------------+
+<column uid="3" title="Name" width="80"/></action></columns></Specific></Item>
+<Item uid="7" type="4" left="8" top="100" width="64" height="16"><Specific caption="Go"/></Item>
+</action></items></form>)"),
+            R"(+- T -----------------+
+| Label   [________]  |
+|     Sum (______ v)  |
+| +---+---------+--+  |
+| | # | Name    |  |  |
+| +---+---------+--+  |
+| +---+---------+--+  |
+| [  Go   ]           |
+|                     |
++---------------------+
 )");
-}
-
-TEST(Drawing, WidensAnItemForItsText) {
-  EXPECT_EQ(drawnItems(R"(<Item uid="1" type="8" left="8" width="64" height="14">
-<Specific caption="Twelve chars"/></Item>
-<Item uid="2" type="16" left="80" width="40" height="14"/>)"),
-            R"(+- T --------------------+
-| Twelve chars [___]     |
-|                        |
-|                        |
-|                        |
-+------------------------+
-)");
-}
-
-TEST(Drawing, ATextThatIsCertainlyTooWideEndsInAnEllipsis) {
-  EXPECT_EQ(drawnItems(R"(<Item uid="1" type="8" left="8" width="16" height="14">
-<Specific caption="Twelve chars"/></Item>)"),
-            R"(+- T ------------------+
-| Twe…                 |
-|                      |
-|                      |
-|                      |
-+----------------------+
-)");
-}
-
-TEST(Drawing, AFormWithoutASizeIsAsLargeAsItsItems) {
-  EXPECT_EQ(drawn("<form><items><action type=\"add\"><Item uid=\"1\" type=\"16\" left=\"8\" "
-                  "top=\"16\" width=\"40\" height=\"14\"/></action></items></form>"),
-            "+------+\n|      |\n| [___]|\n+------+\n");
-  EXPECT_EQ(drawn("<form/>"), "+----+\n|    |\n+----+\n");
-}
-
-TEST(Drawing, AFormBeyondAnyScreenIsCut) {
-  const std::string huge = drawn("<form width=\"2147483647\" height=\"2147483647\"/>");
-  EXPECT_EQ(huge.substr(0, huge.find('\n')), "+" + std::string(500, '-') + "+");
-  EXPECT_EQ(std::count(huge.begin(), huge.end(), '\n'), 252);
-}
-
-TEST(Drawing, ManyTinyItemsDoNotMakeItEndless) {
-  std::string items;
-  for (int top = 0; top < 1000; top += 4) {
-    const std::string place = " width=\"4\" height=\"4\" top=\"" + std::to_string(top) +
-                              "\" left=\"" + std::to_string(top) + "\"/>";
-    items += "<Item uid=\"1\" type=\"127\"" + place + "<Item uid=\"1\" type=\"113\"" + place;
-  }
-  const std::string drawing =
-      drawn("<form width=\"1000\" height=\"1000\"><items><action type=\"add\">" + items +
-            "</action></items></form>");
-  EXPECT_EQ(drawing.find('\n'), 1002U);
-  EXPECT_EQ(std::count(drawing.begin(), drawing.end(), '\n'), 502);
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
-#include "qxdesk/screens/model/decimal_number.h"
+#include "qxframework/automation/decimal_number.h"
 
 #include "qxframework/automation/ascii.h"
 
 #include <cstdint>
 
-namespace qx::screens {
+namespace qx {
 namespace {
 
 // The digits of 2^31. Ten digits cannot overflow the 64 bits of a long either.
@@ -26,4 +26,4 @@ std::optional<long> decimalNumber(std::u16string_view text) {
   return value;
 }
 
-}  // namespace qx::screens
+}  // namespace qx

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 
 /// Returns the number of pixels that a text takes at least, in any font that the client uses: 4 for
 /// a narrow character, 5 for another one, 10 for a wide East Asian one, 0 for a mark that combines
@@ -17,4 +17,4 @@ std::size_t cellsOf(char32_t character);
 /// Returns the number of cells of a text.
 std::size_t cellsOf(std::u16string_view text);
 
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -1,10 +1,10 @@
-#include "tools/formcheck/text_width.h"
+#include "tools/formdraw/text_width.h"
 
 #include "qxframework/automation/utf.h"
 
 #include <unicode/uchar.h>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 constexpr long kNarrowPixels = 4;
@@ -56,4 +56,4 @@ std::size_t cellsOf(std::u16string_view text) {
   return cells;
 }
 
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -7,7 +7,7 @@
 #include <map>
 #include <vector>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 
 class Axis {
  public:
@@ -31,4 +31,4 @@ class Axis {
   std::map<long, long> cells_;
 };
 
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -1,8 +1,8 @@
-#include "tools/formcheck/text_width.h"
+#include "tools/formdraw/text_width.h"
 
 #include <gtest/gtest.h>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 TEST(TextWidth, TakesFourPixelsForANarrowCharacterAndFiveForAnother) {
@@ -30,4 +30,4 @@ TEST(TextWidth, CountsAPairOfSurrogatesOnceAndAHalfOfOneToo) {
 }
 
 }  // namespace
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw

@@ -1,8 +1,8 @@
-#include "tools/formcheck/axis.h"
+#include "tools/formdraw/axis.h"
 
 #include <algorithm>
 
-namespace qx::formcheck {
+namespace qx::formdraw {
 namespace {
 
 // Edges that the eye takes for one: a label and its edit often differ by a pixel or two.
@@ -42,4 +42,4 @@ void Axis::settle() {
   }
 }
 
-}  // namespace qx::formcheck
+}  // namespace qx::formdraw
