@@ -46,9 +46,10 @@ void putOnlyKey(Scope& hr, IRecordset& records, CQXAddOnForm& parent) {
   parent.put_Key(key.bstrVal);
 }
 
-// A target form that is missing is reported with the words for the list itself. Frozen.
+// A target form that is missing is reported with the words for the list itself. Frozen. The caller
+// may also have deleted it since it opened the list.
 void refuseMissing(Scope& hr, const CQXAddOnForm* form) {
-  if (form != nullptr) return;
+  if (CQXAddOnForm::IsLive(form)) return;
   hr = E_POINTER;
   hr.LogError(kNoInstance, wordsOf(hr));
   qx::raiseError(hr);

@@ -32,7 +32,8 @@ class QX_API CQXChooseList {
                      bool allowCopy, CQXAddOnForm* parent, CComPtr<IApplication> application,
                      CComPtr<ICompany> company, bool alwaysShow, bool hideFirstColumn,
                      CQXAddOnForm* targetForm);
-  /// Opens `form` as a child of `parent` with initial mode 1, for a new record. Returns 0.
+  /// Opens `form` as a child of `parent` with initial mode 1, for a new record. Returns 0. Throws
+  /// E_POINTER for a form that is null or deleted, and what CreateForm throws; as does the next.
   static long ChooseListNew(CQXAddOnForm* form, CComPtr<IApplication> application,
                             CComPtr<ICompany> company, CQXAddOnForm* parent);
   /// Opens `form` as a child of `parent` with initial mode 2, for a copy of the record `key`.

@@ -2,6 +2,7 @@
 // user reaches.
 
 #include "qxframework/host/controls.h"
+#include "qxframework/logging/function_log.h"
 #include "qxframework/stock/choose_list_fixture.h"
 
 #include <gmock/gmock.h>
@@ -181,6 +182,32 @@ TEST_F(ChooseListRows, CopyWithoutASelectionIsAnErrorAndOpensNothing) {
   EXPECT_THAT(messages(u"CFrmAddOnChooseList::OnItemEvent"), Contains(StartsWith("Error: ")));
   EXPECT_EQ(target->m_ptrForm, nullptr);
   EXPECT_TRUE(isOpen());
+}
+
+TEST_F(ChooseListRows, NewAndCopyOfATargetThatIsGoneAreLogged) {
+  auto target = std::make_unique<PlainForm>(&addOn);
+  choose(kCustomers, true, false, true, true, target.get());
+  target.reset();
+  desk.clickCell(list, kMatrix, "10800010", 1);
+  for (const char* button : {kNew, kCopy}) {
+    log.records.clear();
+    desk.press(list, button);
+    const bool isNew = std::string(button) == kNew;
+    EXPECT_THAT(
+        messages(isNew ? u"CQXChooseList::ChooseListNew" : u"CQXChooseList::ChooseListCopy"),
+        ElementsAre("Failed to create instance of CFrmAddOnChooseList (" +
+                    toUtf8(CReturnValue<long>::xstrerror(0x80004003UL)) + ").\n"));
+    EXPECT_TRUE(isOpen());
+  }
+}
+
+TEST_F(ChooseListRows, OfAFindTextThatItsFieldDoesNotTakeIsRefused) {
+  findText = std::u16string(80, u'x').c_str();
+  EXPECT_EQ(choose(kCustomers), 0);
+  desk.press(list, kCancel);
+  findText = std::u16string(81, u'x').c_str();
+  EXPECT_EQ(raisedBy([this] { choose(kCustomers); }), -7018);
+  EXPECT_FALSE(isOpen());
 }
 
 TEST_F(ChooseListRows, EveryRecordCommandLeavesItInOkMode) {

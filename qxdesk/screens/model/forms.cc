@@ -30,6 +30,7 @@ bool isMainMenu(const FormModel& form) { return form.isSystem() && form.typeEx()
 }  // namespace
 
 std::shared_ptr<FormModel> Forms::byTypeAndCount(std::u16string_view typeEx, long count) const {
+  if (count < 1) return nullptr;  // counting down from there would never end at 0
   for (const auto& form : forms_) {
     if (form->typeEx() == typeEx && --count == 0) return form;
   }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <utility>
 
 namespace qx::screens {
@@ -21,6 +22,12 @@ TEST_F(FormsTest, StartsWithTheMainMenuOpen) {
   EXPECT_EQ(list(), "F_0 169 \"Main Menu\" selected\n");
   EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", 1), desk_.forms.all()[0]);
   EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", 2), nullptr);
+}
+
+TEST_F(FormsTest, CountsTheFormsOfATypeFromOne) {
+  for (const long count : {0L, -1L, std::numeric_limits<long>::min()}) {
+    EXPECT_EQ(desk_.forms.byTypeAndCount(u"169", count), nullptr) << count;
+  }
 }
 
 TEST_F(FormsTest, OpensWithTheLoadEventsAndSelectsTheForm) {
