@@ -94,12 +94,6 @@ class ChooseList : public StockForms {
     }
     return out;
   }
-  /// Returns the line of the drawing with the buttons.
-  std::string buttons() {
-    const std::string drawing = desk.drawing(list);
-    const std::size_t at = drawing.find("|[ Choose ]");
-    return at == std::string::npos ? "" : drawing.substr(at, drawing.find('\n', at) - at);
-  }
   CComBSTR subtitle;
   CComBSTR findText;
   PlainForm* parent = nullptr;
@@ -133,34 +127,6 @@ TEST_F(ChooseList, ShowsTheRowsInTheOrderOfTheFirstColumn) {
 )X");
   EXPECT_TRUE(parent->m_pChild != nullptr);
   EXPECT_THAT(parent->keys, IsEmpty());
-}
-
-TEST_F(ChooseList, IsLaidOutForItsUser) {
-  subtitle = u"Customers";
-  PlainForm target(&addOn);
-  choose(kCustomers, true, false, true, true, &target);
-  EXPECT_EQ(desk.drawing(list), R"(+- Choose from List ----------------------------------------+
-|Customers (3 records)                                      |
-|Find       [____________________]                          |
-|+---+------------------+----------------+---------------++ |
-|| # | No               | Name           | Amount        || |
-|+---+------------------+----------------+---------------++ |
-|| 1 | C1               | Beta           | 3             || |
-|| 2 | C2               | beta           | 20            || |
-|| 3 | C3               | alpha          | 100           || |
-||   |                  |                |               || |
-||   |                  |                |               || |
-||   |                  |                |               || |
-||   |                  |                |               || |
-|+---+------------------+----------------+---------------++ |
-|                                                           |
-|[ Choose ] [ Cancel ] [ New  ][ Copy  ]                    |
-|                                                           |
-+-----------------------------------------------------------+
-)");
-  desk.press(list, kCancel);
-  choose(kCustomers, true, false, false, true, &target);
-  EXPECT_EQ(buttons(), "|[ Choose ] [ Cancel ] [ Copy ]                             |");
 }
 
 TEST_F(ChooseList, CountsTheRecordsInTheSubtitle) {
