@@ -68,6 +68,22 @@ TEST_F(StockDrawings, TheCopyButtonTakesThePlaceOfAMissingNewButton) {
       testing::HasSubstr("\n|[ Choose ] [ Cancel ] [ Copy ]                             |\n"));
 }
 
+// The text of the find field is looked for in the column that sorts, so the selection moves.
+TEST_F(StockDrawings, SortingSelectsTheRowThatTheFindFieldNames) {
+  CQXChooseList::GetKey(u"", u"b", u"SELECT 'b1' AS No, 'x' AS Name UNION ALL SELECT 'c2', 'b2'",
+                        false, false, &asker, record.application, record.company, true, false,
+                        nullptr);
+  EXPECT_THAT(
+      drawn("QX_FCL_"),
+      testing::HasSubstr("\n|> 1 | b1                       | x                      || |"
+                         "\n|| 2 | c2                       | b2                     || |\n"));
+  desk.clickCell(openForms(record.application, "QX_FCL_").back(), "10805", "10800020", 0);
+  EXPECT_THAT(
+      drawn("QX_FCL_"),
+      testing::HasSubstr("\n|> 1 | c2                       | b2                     || |"
+                         "\n|| 2 | b1                       | x                      || |\n"));
+}
+
 TEST_F(StockDrawings, TheProgressFormShowsItsTextAndItsFilledCells) {
   CQXInitProgress progress(record.application, record.company, &addOn);
   progress.OpenInitForm();
