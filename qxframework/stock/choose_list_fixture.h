@@ -93,12 +93,6 @@ class ChooseList : public StockForms {
     }
     return out;
   }
-  /// Returns the line of the drawing with the buttons.
-  std::string buttons() {
-    const std::string drawing = desk.drawing(list);
-    const std::size_t at = drawing.find("|[ Choose ]");
-    return at == std::string::npos ? "" : drawing.substr(at, drawing.find('\n', at) - at);
-  }
   CComBSTR subtitle;
   CComBSTR findText;
   PlainForm* parent = nullptr;

@@ -41,34 +41,6 @@ TEST_F(ChooseList, ShowsTheRowsInTheOrderOfTheFirstColumn) {
   EXPECT_THAT(parent->keys, IsEmpty());
 }
 
-TEST_F(ChooseList, IsLaidOutForItsUser) {
-  subtitle = u"Customers";
-  PlainForm target(&addOn);
-  choose(kCustomers, true, false, true, true, &target);
-  EXPECT_EQ(desk.drawing(list), R"(+- Choose from List ----------------------------------------+
-|Customers (3 records)                                      |
-|Find       [____________________]                          |
-|+---+------------------+----------------+---------------++ |
-|| # | No               | Name           | Amount        || |
-|+---+------------------+----------------+---------------++ |
-|| 1 | C1               | Beta           | 3             || |
-|| 2 | C2               | beta           | 20            || |
-|| 3 | C3               | alpha          | 100           || |
-||   |                  |                |               || |
-||   |                  |                |               || |
-||   |                  |                |               || |
-||   |                  |                |               || |
-|+---+------------------+----------------+---------------++ |
-|                                                           |
-|[ Choose ] [ Cancel ] [ New  ][ Copy  ]                    |
-|                                                           |
-+-----------------------------------------------------------+
-)");
-  desk.press(list, kCancel);
-  choose(kCustomers, true, false, false, true, &target);
-  EXPECT_EQ(buttons(), "|[ Choose ] [ Cancel ] [ Copy ]                             |");
-}
-
 TEST_F(ChooseList, CountsTheRecordsInTheSubtitle) {
   choose(u"SELECT 'A' AS No");
   EXPECT_THAT(linesWith("  10802 static "), ElementsAre("\"(1 record)\""));

@@ -240,9 +240,13 @@ class Drawing {
   }
 
   void drawStatic(const ItemPicture& item, const Cells& cells) {
-    const long text = std::min(static_cast<long>(cellsOf(item.text)), cells.width());
-    const long left = item.rightJustified ? cells.right - text : cells.left;
-    canvas_->put(left, cells.top, item.text, text);
+    putText(cells.left, cells.top, item.text, cells.width(), item.rightJustified);
+  }
+
+  // Draws a text at the left or the right end of so many cells.
+  void putText(long left, long line, std::u16string_view text, long room, bool rightJustified) {
+    const long taken = std::min(static_cast<long>(cellsOf(text)), room);
+    canvas_->put(rightJustified ? left + room - taken : left, line, text, taken);
   }
 
   // An item of a type that has no picture of its own is a field with a question mark.
@@ -250,8 +254,8 @@ class Drawing {
     const bool isCombo = item.type == kComboBox;
     const bool isKnown = isCombo || item.type == kEditText;
     canvas_->fill(cells.left + 1, cells.top, u'_', cells.width() - 2);
-    canvas_->put(cells.left + 1, cells.top, isKnown ? item.text : u"?",
-                 cells.width() - (isCombo ? 4 : 2));
+    putText(cells.left + 1, cells.top, isKnown ? std::u16string_view(item.text) : u"?",
+            cells.width() - (isCombo ? 4 : 2), item.rightJustified);
     if (isCombo) canvas_->put(cells.right - 3, cells.top, u" v", 2);
     drawSides(item, cells, cells.top);
   }
@@ -266,10 +270,13 @@ class Drawing {
       const long left = columns_.cell(span.from);
       const long right = std::min(columns_.cell(span.to), cells.right - 1);
       drawRule(right, cells);
-      canvas_->put(left + 2, cells.top + 1, item.columns[index].title, right - left - 2);
+      const ColumnPicture& column = item.columns[index];
+      const long room = right - left - 2;
+      canvas_->put(left + 2, cells.top + 1, column.title, room);
+      // A text at the right end keeps a blank before the line.
       for (long row = rows.from; row < rows.to; ++row)
-        canvas_->put(left + 2, cells.top + kHeadLines + row - rows.from, item.rows.text(row, index),
-                     right - left - 2);
+        putText(left + 2, cells.top + kHeadLines + row - rows.from, item.rows.text(row, index),
+                column.rightJustified ? room - 1 : room, column.rightJustified);
     });
     drawRowMarks(item, cells, rows);
     if (!item.enabled || item.hasFocus)

@@ -74,6 +74,25 @@ TEST(Drawing, HasAPictureForEachTypeOfItem) {
 )");
 }
 
+TEST(Drawing, ShowsTextsAtTheirRightEnd) {
+  ItemPicture edit = item(kEditText, {8, 0, 80, 14}, u"12.50");
+  edit.rightJustified = true;
+  ItemPicture combo = item(kComboBox, {8, 16, 80, 14}, u"Cash");
+  combo.rightJustified = true;
+  ItemPicture matrix = numbered(1, {}, {8, 32, 112, 80});
+  matrix.columns = {{u"#", 40, true, true}, {u"Hidden", 24, false}, {u"Name", 72, true, true}};
+  EXPECT_EQ(drawn({edit, combo, matrix}, 128, 112), R"(+- T ------------+
+| [___12.50]     |
+| [__Cash v]     |
+| +----+-------+ |
+| | #  | Name  | |
+| +----+-------+ |
+| |  1 | Row 1 | |
+| +----+-------+ |
++----------------+
+)");
+}
+
 TEST(Drawing, ShowsWhatIsTypedAndChosen) {
   EXPECT_EQ(
       drawn({item(kEditText, {8, 0, 80, 14}, u"C2000"), item(kComboBox, {8, 16, 80, 14}, u"Cash"),

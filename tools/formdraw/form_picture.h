@@ -21,6 +21,7 @@ struct ColumnPicture {
   std::u16string title;
   long width = 0;
   bool visible = true;
+  bool rightJustified = false;  ///< the texts of its rows; the title is not
 };
 
 /// The rows of a matrix. They are asked for one by one, since few of many are seen. Rows and
@@ -37,7 +38,7 @@ struct ItemPicture {
   bool visible = true;
   bool enabled = true;
   bool hasFocus = false;
-  bool rightJustified = false;         ///< of a static text
+  bool rightJustified = false;         ///< the text of a static text, edit or combo box
   std::u16string text;                 ///< the caption, or what an edit or a combo box shows
   std::vector<ColumnPicture> columns;  ///< of a matrix
   RowsPicture rows;                    ///< of a matrix

@@ -11,12 +11,6 @@ namespace {
 
 constexpr long kProgressCells = 20;
 
-// 0 and 0 is every pane.
-bool isOnPane(const ItemModel& item, long pane) {
-  if (item.fromPane == 0 && item.toPane == 0) return true;
-  return item.fromPane <= pane && pane <= item.toPane;
-}
-
 std::u16string textOf(const ItemModel& item) {
   if (item.type == kEditText) return item.text.get();
   if (item.combo == nullptr) return item.caption;
@@ -26,7 +20,8 @@ std::u16string textOf(const ItemModel& item) {
 
 void addMatrix(const MatrixModel& matrix, formdraw::ItemPicture& picture) {
   for (const auto& column : matrix.columns())
-    picture.columns.push_back({column->title, column->width, column->visible});
+    picture.columns.push_back(
+        {column->title, column->width, column->visible, column->rightJustified});
   picture.rows.count = matrix.rowCount();
   // The model counts rows from 1.
   picture.rows.text = [&matrix](long row, std::size_t column) {
@@ -39,9 +34,10 @@ formdraw::ItemPicture pictureOf(const FormModel& form, const ItemModel& item) {
   formdraw::ItemPicture picture;
   picture.type = item.type;
   picture.rect = {item.rect.left, item.rect.top, item.rect.width, item.rect.height};
-  picture.visible = item.visible && isOnPane(item, form.pane);
+  picture.visible = item.visible && item.isOnPane(form.pane);
   picture.enabled = item.enabled;
   picture.hasFocus = item.uid == form.focus;
+  picture.rightJustified = item.rightJustified;
   picture.text = textOf(item);
   if (item.matrix != nullptr) addMatrix(*item.matrix, picture);
   return picture;
