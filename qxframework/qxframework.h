@@ -5,6 +5,8 @@
 #include "qxframework/automation/class_object.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/cache/load_parameter.h"
+#include "qxframework/cache/sql_generator.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/forms/addon_xml_form.h"
 #include "qxframework/foundation/currency.h"
