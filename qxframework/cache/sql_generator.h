@@ -103,16 +103,6 @@ class CQXSQLGenerator {
   bool quotesDouble() const;
 
  private:
-  void appendList(CComBSTR& text, const std::vector<const OLECHAR*>& names,
-                  const OLECHAR* correlation, const OLECHAR* aliasPrefix) const;
-  void appendLinkedFields(CComBSTR& text, const TyLoadParameter& param) const;
-  void appendCondition(CComBSTR& text, const CCondition& condition,
-                       const TyLoadParameter& param) const;
-  void appendAssignments(CComBSTR& text, const TyFieldValues& values,
-                         std::u16string_view separator) const;
-  CCondition* addCondition(CConditions& conditions, const CComBSTR& name, const CComVariant& value,
-                           HvConditionOperation operation) const;
-
   bool m_bUnicodeLiterals;
   CComPtr<ICompany> m_ptrCompany;
 };
