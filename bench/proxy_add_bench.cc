@@ -89,7 +89,7 @@ template <class Work>
 void inTransaction(const CComPtr<ICompany>& company, Work&& work) {
   company->StartTransaction();
   work();
-  company->EndTransaction(VARIANT_FALSE);
+  company->EndTransaction(et_RollBack);
 }
 
 std::vector<std::string> statementsOfAdds(const CComPtr<ICompany>& company, Kind kind) {

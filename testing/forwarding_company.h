@@ -42,9 +42,10 @@ class ForwardingCompany : public NoDispatch<ComObject<ICompany>> {
     return real_->raw_GetInTransaction(out);
   }
   HRESULT raw_StartTransaction() override { return real_->raw_StartTransaction(); }
-  HRESULT raw_EndTransaction(VARIANT_BOOL commit) override {
-    return real_->raw_EndTransaction(commit);
+  HRESULT raw_EndTransaction(HvEndTransaction end) override {
+    return real_->raw_EndTransaction(end);
   }
+  HRESULT raw_GetCompanyDB(BSTR* out) override { return real_->raw_GetCompanyDB(out); }
 
  private:
   CComPtr<ICompany> real_;

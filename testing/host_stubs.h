@@ -181,7 +181,8 @@ class StubCompany : public NoDispatch<ComObject<ICompany>> {
   HRESULT raw_GetConnected(VARIANT_BOOL*) override { return E_NOTIMPL; }
   HRESULT raw_GetInTransaction(VARIANT_BOOL*) override { return E_NOTIMPL; }
   HRESULT raw_StartTransaction() override { return E_NOTIMPL; }
-  HRESULT raw_EndTransaction(VARIANT_BOOL) override { return E_NOTIMPL; }
+  HRESULT raw_EndTransaction(HvEndTransaction) override { return E_NOTIMPL; }
+  HRESULT raw_GetCompanyDB(BSTR*) override { return E_NOTIMPL; }
 };
 
 class StubDataHelper : public NoDispatch<ComObject<IDataHelper>> {

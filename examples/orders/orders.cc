@@ -25,9 +25,9 @@ void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency
     orders.GetByKey(Orders::Key(number), order);
     order.total += amount;
     orders.Update(Orders::Key(number), order);
-    company->EndTransaction(VARIANT_TRUE);
+    company->EndTransaction(et_Commit);
   } catch (...) {
-    company->raw_EndTransaction(VARIANT_FALSE);
+    company->raw_EndTransaction(et_RollBack);
     throw;
   }
 }

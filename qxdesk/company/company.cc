@@ -10,6 +10,7 @@
 #include "qxdesk/session/type_library.h"
 #include "qxdesk/session/ui_session.h"
 #include "qxframework/automation/format.h"
+#include "qxframework/automation/text.h"
 
 #include <array>
 
@@ -145,8 +146,15 @@ HRESULT Company::raw_StartTransaction() {
   return companyCall(*session_, [&] { session_->startTransaction(); });
 }
 
-HRESULT Company::raw_EndTransaction(VARIANT_BOOL commit) {
-  return companyCall(*session_, [&] { session_->endTransaction(commit != VARIANT_FALSE); });
+HRESULT Company::raw_EndTransaction(HvEndTransaction end) {
+  return companyCall(*session_, [&] { session_->endTransaction(end == et_Commit); });
+}
+
+HRESULT Company::raw_GetCompanyDB(BSTR* out) {
+  if (out == nullptr) return E_POINTER;
+  *out = nullptr;
+  return companyCall(*session_,
+                     [&] { raiseIfFailed(giveText(toUtf16(session_->nameOfDatabase()), out)); });
 }
 
 std::u16string Company::newCookie() {

@@ -34,7 +34,8 @@ class Company final : public HostObjectBase<ICompany> {
   HRESULT raw_GetConnected(VARIANT_BOOL* out) override;
   HRESULT raw_GetInTransaction(VARIANT_BOOL* out) override;
   HRESULT raw_StartTransaction() override;
-  HRESULT raw_EndTransaction(VARIANT_BOOL commit) override;
+  HRESULT raw_EndTransaction(HvEndTransaction end) override;
+  HRESULT raw_GetCompanyDB(BSTR* out) override;
 
  private:
   std::u16string newCookie();

@@ -125,6 +125,11 @@ void CompanySession::needOpen() const {
   if (database_ == nullptr) throw CompanyError(kNotConnected, Text::NotConnected);
 }
 
+std::string CompanySession::nameOfDatabase() const {
+  needOpen();
+  return databaseName(target_.database);
+}
+
 Database& CompanySession::database() {
   needOpen();
   if (const auto reason = database_->lost()) throw *reason;

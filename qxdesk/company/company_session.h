@@ -51,6 +51,8 @@ class CompanySession {
   /// connection is lost or the engine has ended the transaction.
   Database& database();
   long serverType() const { return target_.dbServerType; }
+  /// Returns the name of the database for messages. Throws like needOpen().
+  std::string nameOfDatabase() const;
   const CompanyEnvironment& environment() const { return environment_; }
   CompanySettings settings();
 

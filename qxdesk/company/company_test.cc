@@ -1,6 +1,7 @@
 #include "qxdesk/company/company.h"
 
 #include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
 #include "qxframework/automation/type_info.h"
 
 #include <set>
@@ -41,6 +42,15 @@ TEST_F(ConnectTest, ConnectsByTheCookie) {
   company->PutConnectionString(CComBSTR(u"anything"));
   EXPECT_EQ(company->Connect(), 0);
   EXPECT_EQ(company->GetConnected(), VARIANT_TRUE);
+}
+
+TEST_F(ConnectTest, NamesTheDatabaseOfTheConnection) {
+  const CComPtr<ICompany> company = makeCompany();
+  EXPECT_EQ(raisedBy([&] { company->GetCompanyDB(); }), kNotConnected);
+  const auto client = makeObject<FakeClient>(target());
+  company->PutUiApplication(static_cast<IDispatch*>(client.p));
+  company->Connect();
+  EXPECT_EQ(company->GetCompanyDB().View(), toUtf16(folder.file("company.db")));
 }
 
 TEST_F(ConnectTest, DrawsAnotherCookieEachTime) {

@@ -284,7 +284,7 @@ TEST_F(FileFaults, ALogThatIsInUseIsNotTakenForADamagedOne) {
   const CComPtr<ICompany> other = companyFor(target());
   EXPECT_EQ(other->Connect(), 0);
   flipBit(logOf(file), kSumOfTheFirstFrame);
-  writer->EndTransaction(VARIANT_TRUE);
+  writer->EndTransaction(et_Commit);
 }
 
 TEST_F(FileFaults, AFlippedBitInTheFileNeverMakesANewCompany) {

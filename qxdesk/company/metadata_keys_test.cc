@@ -101,7 +101,7 @@ TEST_P(MetadataKeysTest, ARollbackUndoesDictionaryAndTable) {
   EXPECT_EQ(addField(company, {u"QX", u"A", kNumericField}), 0);
   EXPECT_EQ(addTable(company, u"QX"), -2107);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
-  company->EndTransaction(VARIANT_FALSE);
+  company->EndTransaction(et_RollBack);
   EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM HVUTAB"), u"");
   EXPECT_EQ(addTable(company, u"QX"), 0);
 }

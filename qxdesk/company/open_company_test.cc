@@ -239,7 +239,7 @@ TEST_F(OpenCompanyTest, ARowThatAnotherConnectionWritesIsLockedAndReadsAsBefore)
   expectCountryIsLocked(other, u"DE");
   EXPECT_EQ(raisedBy([&] { other->StartTransaction(); }), kSqlFailure);
   EXPECT_EQ(other->GetInTransaction(), VARIANT_FALSE);
-  writer->EndTransaction(VARIANT_TRUE);
+  writer->EndTransaction(et_Commit);
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
@@ -247,7 +247,7 @@ TEST_F(OpenCompanyTest, AWriterWaitsForAnother) {
   const CComPtr<ICompany> writer = connectTo(target());
   CompanyEnvironment environment = testEnvironment();
   environment.sleep = [&writer, done = false](int) mutable {
-    if (!std::exchange(done, true)) writer->EndTransaction(VARIANT_TRUE);
+    if (!std::exchange(done, true)) writer->EndTransaction(et_Commit);
   };
   const CComPtr<ICompany> other = connectTo(target(), environment);
   writer->StartTransaction();

@@ -93,12 +93,12 @@ TEST_F(PlainSourceTest, AFieldThatGrowsKeepsItsRowsAndKeys) {
 TEST_F(PlainSourceTest, TransactionsCommitAndRollBack) {
   company->StartTransaction();
   query(company, u"UPDATE HVCOMP SET Country = 'FR'");
-  company->EndTransaction(VARIANT_FALSE);
+  company->EndTransaction(et_RollBack);
   EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
   company->StartTransaction();
   query(company, u"UPDATE HVCOMP SET Country = 'FR'");
   EXPECT_EQ(addTable(company, u"QX"), 0) << toUtf8(lastError(company).text);
-  company->EndTransaction(VARIANT_TRUE);
+  company->EndTransaction(et_Commit);
   EXPECT_EQ(test::OdbcProgram(connection).ask("SELECT Country FROM HVCOMP"), "FR");
 }
 

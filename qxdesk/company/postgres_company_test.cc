@@ -193,7 +193,7 @@ TEST_F(PostgresOpenTest, ARowThatAnotherConnectionWritesIsLockedAndReadsAsBefore
   query(writer, u"UPDATE HVCOMP SET Country = 'FR'");
   expectCountryIsLocked(other, u"DE");
   query(other, u"UPDATE HVITEM SET InStock = 1");
-  writer->EndTransaction(VARIANT_TRUE);
+  writer->EndTransaction(et_Commit);
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
@@ -205,7 +205,7 @@ TEST_F(PostgresOpenTest, AChangeOfTablesWaitsForTheOneOfAnotherConnection) {
   EXPECT_EQ(addTable(other, u"QY"), kSqlFailure);
   EXPECT_EQ(lastError(other).text,
             u"The company database is locked by another program. Try again when it has finished.");
-  writer->EndTransaction(VARIANT_FALSE);
+  writer->EndTransaction(et_RollBack);
   EXPECT_EQ(addTable(other, u"QX"), 0);
 }
 

@@ -54,7 +54,7 @@ TEST_P(PostgresFaultsTest, AnAbortedTransactionIsReportedAndRolledBack) {
             u"An earlier statement of the transaction failed, and the database accepts no more of "
             u"it (current transaction is aborted). The transaction was rolled back; nothing of it "
             u"was kept. Start it again from its beginning.");
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kWrongTransactionState);
   EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
 }
 

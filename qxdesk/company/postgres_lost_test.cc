@@ -104,8 +104,8 @@ TEST_P(PostgresLostTest, EndsTheOpenTransaction) {
   server.stop(GetParam());
   EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"), kSqlFailure);
   expectLost();
-  for (const VARIANT_BOOL commit : {VARIANT_TRUE, VARIANT_TRUE, VARIANT_FALSE}) {
-    EXPECT_EQ(raisedBy([&] { company->EndTransaction(commit); }), kSqlFailure);
+  for (const HvEndTransaction end : {et_Commit, et_Commit, et_RollBack}) {
+    EXPECT_EQ(raisedBy([&] { company->EndTransaction(end); }), kSqlFailure);
     expectLost();
     EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
   }
@@ -119,7 +119,7 @@ TEST_P(PostgresLostTest, ACommitThatMeetsItDoesNotReportSuccess) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kSqlFailure);
   const std::u16string text = lastError(company).text;
   EXPECT_TRUE(text.starts_with(kLost) ||
               text.starts_with(u"The connection to the database server was lost during the commit"))
@@ -133,7 +133,7 @@ TEST_P(PostgresLostTest, ARollbackThatMeetsItIsNoFailure) {
   company->StartTransaction();
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_FALSE); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_RollBack); }), S_OK);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
   EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
   expectLost();
@@ -146,7 +146,7 @@ TEST_P(PostgresLostTest, ARollbackAfterItIsNoFailure) {
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
   EXPECT_EQ(run(u"SELECT Code FROM [@QX]"), kSqlFailure);
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_FALSE); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_RollBack); }), S_OK);
   EXPECT_EQ(raisedBy([&] { company->StartTransaction(); }), kSqlFailure);
   expectLost();
   server.start();
@@ -173,7 +173,7 @@ TEST_P(PostgresLostTest, ATransactionDoesNotGoOnIfTheServerIsBackBeforeTheNextCa
   EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('2', 'n')"), kSqlFailure);
   expectLost();
   EXPECT_EQ(run(u"INSERT INTO [@QX] (Code, Name) VALUES ('3', 'n')"), kSqlFailure);
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kSqlFailure);
   expectLost();
   EXPECT_EQ(codes(), u"0");
 }
@@ -183,7 +183,7 @@ TEST_P(PostgresLostTest, ACommitDoesNotReportSuccessIfTheServerIsBackBeforeIt) {
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
   server.start();
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kSqlFailure);
   EXPECT_TRUE(
       lastError(company).text.starts_with(u"The connection to the database server was lost"))
       << toUtf8(lastError(company).text);
@@ -195,7 +195,7 @@ TEST_P(PostgresLostTest, ARollbackIsNoFailureIfTheServerIsBackBeforeIt) {
   query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
   server.stop(GetParam());
   server.start();
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_FALSE); }), S_OK);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_RollBack); }), S_OK);
   EXPECT_EQ(codes(), u"0");
 }
 
@@ -251,11 +251,11 @@ TEST_P(PostgresEndedTest, ATransactionThatConflictsWithAnotherIsRolledBack) {
             u"The database ended the transaction in favour of another program (could not "
             u"serialize access due to concurrent update); nothing of it was kept. Try again.");
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
-  EXPECT_EQ(raisedBy([&] { own->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { own->EndTransaction(et_Commit); }), kWrongTransactionState);
   EXPECT_EQ(rowsOf(own, u"SELECT COUNT(*) FROM HVITEM WHERE InStock = 5"), u"0");
   own->StartTransaction();
   query(own, u"UPDATE HVCOMP SET Country = 'IT'");
-  own->EndTransaction(VARIANT_TRUE);
+  own->EndTransaction(et_Commit);
   EXPECT_EQ(other.ask("SELECT country FROM hvcomp"), "IT");
 }
 

@@ -51,14 +51,14 @@ TEST_F(PostgresOptionsTest, AFailedStatementIsUndoneAlone) {
                                u"', 'n')"));
       });
     };
-    for (const VARIANT_BOOL commit : {VARIANT_FALSE, VARIANT_TRUE}) {
+    for (const HvEndTransaction end : {et_RollBack, et_Commit}) {
       company->StartTransaction();
       EXPECT_EQ(insert(u"1"), S_OK);
       EXPECT_EQ(insert(u"1"), kSqlFailure);
       EXPECT_EQ(insert(u"2"), S_OK);
-      EXPECT_EQ(raisedBy([&] { company->EndTransaction(commit); }), S_OK);
+      EXPECT_EQ(raisedBy([&] { company->EndTransaction(end); }), S_OK);
       EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@QX] ORDER BY Code"),
-                commit == VARIANT_TRUE ? u"1\n2" : u"")
+                end == et_Commit ? u"1\n2" : u"")
           << protocol;
     }
   }

@@ -28,7 +28,7 @@ TEST_P(TransactionTest, ACommitKeepsTheRows) {
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
   insert(company, u"1");
   EXPECT_EQ(codes(another()), u"");
-  company->EndTransaction(VARIANT_TRUE);
+  company->EndTransaction(et_Commit);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
   EXPECT_EQ(codes(another()), u"1");
 }
@@ -38,15 +38,15 @@ TEST_P(TransactionTest, ARollbackForgetsThem) {
   company->StartTransaction();
   insert(company, u"1");
   EXPECT_EQ(codes(company), u"0\n1");
-  company->EndTransaction(VARIANT_FALSE);
+  company->EndTransaction(et_RollBack);
   EXPECT_EQ(codes(company), u"0");
 }
 
-TEST_P(TransactionTest, AnySetFlagCommits) {
+TEST_P(TransactionTest, AnUnknownEndRollsBack) {
   company->StartTransaction();
   insert(company, u"1");
-  company->EndTransaction(1);
-  EXPECT_EQ(codes(another()), u"1");
+  company->EndTransaction(static_cast<HvEndTransaction>(-1));
+  EXPECT_EQ(codes(another()), u"");
 }
 
 TEST_P(TransactionTest, ASecondStartIsRefused) {
@@ -62,13 +62,13 @@ TEST_P(FileTransactionTest, ACommitIntoADeletedFileFails) {
   company->StartTransaction();
   insert(company, u"1");
   std::filesystem::remove(database);
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kSqlFailure);
   EXPECT_NE(lastError(company).text.find(u"company.db"), std::u16string::npos);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
 TEST_P(TransactionTest, EndingWithoutATransactionFails) {
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kWrongTransactionState);
   EXPECT_EQ(lastError(company).text, u"No transaction is open.");
 }
 
@@ -82,7 +82,7 @@ TEST_P(TransactionTest, AFailedStatementLeavesItOpen) {
             kSqlFailure);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
   insert(company, u"2");
-  company->EndTransaction(VARIANT_TRUE);
+  company->EndTransaction(et_Commit);
   EXPECT_EQ(codes(company), u"1\n2");
 }
 
@@ -96,7 +96,7 @@ TEST_P(TransactionTest, AFailedChangeOfTablesLeavesTheRestOfTheTransaction) {
   insert(company, u"2");
   EXPECT_EQ(addKey(company, u"QX", u"K3", true, {u"A"}), 0);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
-  company->EndTransaction(VARIANT_TRUE);
+  company->EndTransaction(et_Commit);
   EXPECT_EQ(codes(another()), u"1\n2");
   EXPECT_EQ(rowsOf(another(), u"SELECT KeyName FROM HVUKEY ORDER BY KeyName"), u"K\nK3");
   EXPECT_EQ(rowsOf(another(), u"SELECT AliasID FROM CUFD"), u"A");
@@ -125,7 +125,7 @@ TEST_P(TransactionTest, AChangeOfTablesThatCannotBeUndoneRollsBackTheWholeTransa
     EXPECT_EQ(lastError(failing).text,
               u"The database has rolled back the transaction after a failure; nothing of it was "
               u"kept.");
-    EXPECT_EQ(raisedBy([&] { failing->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+    EXPECT_EQ(raisedBy([&] { failing->EndTransaction(et_Commit); }), kWrongTransactionState);
     EXPECT_EQ(codes(failing), u"");
     EXPECT_EQ(rowsOf(failing, u"SELECT AliasID FROM CUFD"), u"");
   }
@@ -241,21 +241,21 @@ TEST_F(LostTransactionTest, RefusesFurtherStatementsUntilItIsEnded) {
             u"The database has rolled back the transaction after a failure; nothing of it was "
             u"kept.");
   EXPECT_EQ(addTable(company, u"QX"), kSqlFailure);
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kWrongTransactionState);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
 TEST_F(LostTransactionTest, CanBeRolledBackWithoutFailure) {
   company->StartTransaction();
   database->open = false;
-  EXPECT_EQ(company->EndTransaction(VARIANT_FALSE), S_OK);
+  EXPECT_EQ(company->EndTransaction(et_RollBack), S_OK);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
 }
 
 TEST_F(LostTransactionTest, AFailedCommitLeavesNoTransactionOpen) {
   company->StartTransaction();
   database->failCommit = true;
-  EXPECT_EQ(raisedBy([&] { company->EndTransaction(VARIANT_TRUE); }), kSqlFailure);
+  EXPECT_EQ(raisedBy([&] { company->EndTransaction(et_Commit); }), kSqlFailure);
   EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
   EXPECT_FALSE(database->open);
   database->failCommit = false;
@@ -286,7 +286,7 @@ TEST_P(FileTransactionTest, AChangeThatExceedsItsTimeEndsTheTransaction) {
             u"(it ran for 600 seconds). Try again; if it happens again, ask for fewer rows at a "
             u"time or have the limit raised.");
   pace = 0s;
-  EXPECT_EQ(raisedBy([&] { limited->EndTransaction(VARIANT_TRUE); }), kWrongTransactionState);
+  EXPECT_EQ(raisedBy([&] { limited->EndTransaction(et_Commit); }), kWrongTransactionState);
   EXPECT_EQ(codes(limited), u"");
 }
 

@@ -87,8 +87,12 @@ class ICompany : public IDispatch {
   /// -2000 if the database can only be read.
   virtual HRESULT raw_StartTransaction() = 0;
   /// Commits or rolls back the open transaction. Fails with -2104 if none is open, or if the engine
-  /// has ended it by itself and `commit` is true. After a failure no transaction is open.
-  virtual HRESULT raw_EndTransaction(VARIANT_BOOL commit) = 0;
+  /// has ended it by itself and it should be committed. After a failure no transaction is open.
+  virtual HRESULT raw_EndTransaction(HvEndTransaction end) = 0;
+  /// Returns the name of the company database, by which two companies can be told apart: the path
+  /// of a file, or an ODBC connection string with its passwords as "***". Fails with -2100 without
+  /// a connection.
+  virtual HRESULT raw_GetCompanyDB(BSTR* out) = 0;
 
   long Connect() { return qx::getValue<long>(this, &ICompany::raw_Connect); }
   HRESULT Disconnect() { return qx::call(this, &ICompany::raw_Disconnect); }
@@ -123,9 +127,10 @@ class ICompany : public IDispatch {
     return qx::getValue<VARIANT_BOOL>(this, &ICompany::raw_GetInTransaction);
   }
   HRESULT StartTransaction() { return qx::call(this, &ICompany::raw_StartTransaction); }
-  HRESULT EndTransaction(VARIANT_BOOL commit) {
-    return qx::call(this, &ICompany::raw_EndTransaction, commit);
+  HRESULT EndTransaction(HvEndTransaction end) {
+    return qx::call(this, &ICompany::raw_EndTransaction, end);
   }
+  CComBSTR GetCompanyDB() { return qx::getText(this, &ICompany::raw_GetCompanyDB); }
 
  protected:
   ~ICompany() = default;

@@ -59,3 +59,6 @@ enum HvMoneyPrecisionTypes : int {
 /// default. The stand-in host rounds by 1 to 5 as for the HvMoneyPrecisionTypes of that number, and
 /// by every other value as for a sum.
 enum RoundingContextEnum : int { rc_Default = 7 };
+
+/// How a transaction ends. Every other value rolls back.
+enum HvEndTransaction : int { et_Commit = 0, et_RollBack = 1 };

@@ -139,7 +139,7 @@ class AnyValues : public qx::test::CompanyFixture {
     company()->StartTransaction();
     Rows rows(company(), u"@VALUES");
     while (written.size() < count && !HasFailure()) write(rows);
-    company()->EndTransaction(VARIANT_TRUE);
+    company()->EndTransaction(et_Commit);
   }
   static std::u16string codeOf(std::size_t number) {
     std::array<char, 9> text{};

@@ -256,7 +256,7 @@ TEST_P(FailingDatabase, RollbackAfterARefusedStatementLeavesNothing) {
     runIntoRefusal();
     ++tried;
     EXPECT_EQ(company()->GetInTransaction(), VARIANT_TRUE) << "the add-on must end the transaction";
-    company()->EndTransaction(VARIANT_FALSE);
+    company()->EndTransaction(et_RollBack);
     log.refuse = 0;
     resetLimit();
     EXPECT_THAT(rows(), ElementsAreArray(before));

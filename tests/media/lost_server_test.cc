@@ -74,13 +74,13 @@ TEST_P(LostServer, TransactionIsRolledBackAndItsCommitFails) {
   rows.Remove(values({{u"U_No", u"A"}}));
   stop();
   EXPECT_THAT(failureOf([&] { rows.Remove(values({{u"U_No", u"B"}})); }), StartsWith(kLost));
-  const HRESULT ended = company()->raw_EndTransaction(VARIANT_TRUE);
+  const HRESULT ended = company()->raw_EndTransaction(et_Commit);
   EXPECT_LT(ended, 0) << "a commit must not seem to have worked";
   startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
-  company()->EndTransaction(VARIANT_TRUE);
+  company()->EndTransaction(et_Commit);
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C", "D"));
 }
 
@@ -104,7 +104,7 @@ TEST_P(LostServer, CommitReportsTheLossAndWritesNothing) {
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   addOrder(u"E", u"Eve", dateValue(2024, 3, 2), 2, 2);
   stop();
-  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
+  EXPECT_LT(company()->raw_EndTransaction(et_Commit), 0);
   EXPECT_THAT(login->lastError(), StartsWith(kLostAtCommit));
   startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
@@ -171,7 +171,7 @@ TEST_P(RestartedServer, TransactionIsRolledBackAndItsCommitFails) {
                 rows.RemoveRange(values({{u"U_No", u"A"}}), {});
               }),
               StartsWith(kLost));
-  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0) << "a commit must not seem to work";
+  EXPECT_LT(company()->raw_EndTransaction(et_Commit), 0) << "a commit must not seem to work";
   startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
 }
@@ -180,7 +180,7 @@ TEST_P(RestartedServer, CommitReportsTheLossAndWritesNothing) {
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
   restart();
-  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
+  EXPECT_LT(company()->raw_EndTransaction(et_Commit), 0);
   EXPECT_THAT(login->lastError(), StartsWith(kLostAtCommit));
   startAgain();
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C"));
@@ -192,12 +192,12 @@ TEST_P(RestartedServer, FirstStatementOfANewTransactionReportsTheLoss) {
   company()->raw_StartTransaction();
   Rows rows(company(), u"@ORDERS");
   EXPECT_THAT(failureOf([&] { rows.Add(Record{{u"U_No", u"D"}}); }), StartsWith(kLost));
-  EXPECT_LT(company()->raw_EndTransaction(VARIANT_TRUE), 0);
+  EXPECT_LT(company()->raw_EndTransaction(et_Commit), 0);
   company()->raw_Disconnect();
   login->reconnect();
   company()->StartTransaction();
   addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
-  company()->EndTransaction(VARIANT_TRUE);
+  company()->EndTransaction(et_Commit);
   EXPECT_THAT(numbers(), ElementsAre("A", "B", "C", "D"));
 }
 

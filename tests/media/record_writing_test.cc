@@ -316,7 +316,7 @@ TEST_F(RecordWriting, HostTablesAreWrittenLikeUserTables) {
 }
 
 TEST_F(RecordWriting, TransactionIsCommittedOrRolledBackAsAWhole) {
-  for (const VARIANT_BOOL keep : {VARIANT_FALSE, VARIANT_TRUE}) {
+  for (const HvEndTransaction end : {et_RollBack, et_Commit}) {
     company()->StartTransaction();
     addOrder(u"D", u"Dan", dateValue(2024, 3, 1), 1, 1);
     Rows rows(company(), u"@ORDERS");
@@ -324,8 +324,8 @@ TEST_F(RecordWriting, TransactionIsCommittedOrRolledBackAsAWhole) {
     rows.Remove(values({{u"U_No", u"A"}}));
     rows.Update(values({{u"U_No", u"B"}}), Record{{u"U_Count", 9L}});
     EXPECT_THAT(orders(), testing::SizeIs(3)) << "the transaction reads its own changes";
-    company()->EndTransaction(keep);
-    if (keep == VARIANT_FALSE) {
+    company()->EndTransaction(end);
+    if (end == et_RollBack) {
       EXPECT_THAT(orders(), ElementsAre(kA, kB, kC));
     }
   }
@@ -343,7 +343,7 @@ TEST_F(RecordWriting, AnotherUserSeesCommittedRowsOnly) {
   Record record;
   rows.Refresh(record);
   EXPECT_THAT(rows.all(), ElementsAre("A", "B", "C"));
-  company()->EndTransaction(VARIANT_TRUE);
+  company()->EndTransaction(et_Commit);
   rows.Refresh(record);
   EXPECT_THAT(rows.all(), ElementsAre("A", "B", "C", "D"));
 }

@@ -86,7 +86,7 @@ std::string storedBeforeEmergencyFixes(const StatementContext& context,
   definition.tables.GetDBVersion(version);
   std::string result = toUtf8(version.GetVersionAsBSTR().View()) + " " + stateOf(definition.tables);
   result += "|" + nextCode(context);
-  context.company->EndTransaction(VARIANT_TRUE);
+  context.company->EndTransaction(et_Commit);
   return result + "|" + CompanyStore::ask(context.database, R"(SELECT COUNT(*) FROM "@lines")");
 }
 
