@@ -39,6 +39,11 @@ HRESULT ScriptedCompany::raw_GetLastError(long* code, BSTR* text) {
   return hr < 0 ? hr : giveText(errorText, text);
 }
 
+HRESULT ScriptedCompany::raw_GetCompanyDB(BSTR* out) {
+  const HRESULT hr = calls.enter("Company.GetCompanyDB");
+  return hr < 0 ? hr : giveText(companyDB, out);
+}
+
 HRESULT ScriptedCompany::raw_GetBusinessObject(long type, IDispatch** out) {
   const HRESULT hr = calls.enter("Company.GetBusinessObject " + std::to_string(type));
   if (hr < 0) return hr;

@@ -47,6 +47,7 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   HRESULT raw_Disconnect() override;
   HRESULT raw_PutLanguage(HvLanguages language) override;
   HRESULT raw_GetLastError(long* code, BSTR* text) override;
+  HRESULT raw_GetCompanyDB(BSTR* out) override;
   HRESULT raw_GetBusinessObject(long type, IDispatch** out) override;
   HRESULT raw_GetCompanyService(ICompanyService** out) override;
   HRESULT raw_GetContextCookie(BSTR* out) override;
@@ -69,6 +70,7 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   long errorCode = 0;
   std::u16string errorText;
 
+  std::u16string companyDB = u"COMPANY";  // the name of its database
   std::map<std::u16string, ScriptedRows> answers;
   std::function<HRESULT(std::u16string_view statement, ScriptedRows& rows)> responder;
   ScriptedRows otherwise;

@@ -21,7 +21,11 @@
 #include "qxframework/query/field_values.h"
 
 #include <map>
+#include <string>
 #include <vector>
+
+template <class T>
+class CReturnValue;
 
 namespace Persistence {
 
@@ -57,6 +61,8 @@ class QX_API CDBRecordCache {
   static CComBSTR CountersText();
   /// Writes the same lines to the log at level Information.
   static void LogCounters();
+  /// Starts all counts anew. Tables without a cache are left out from now on.
+  static void ResetCounters();
 
   /// Sends what is buffered. Statements that cannot be sent are written to the log as errors.
   virtual ~CDBRecordCache();
@@ -130,12 +136,39 @@ class QX_API CDBRecordCache {
  private:
   using MissReason = long CacheMisses::*;
   using FlushReason = long CacheFlushes::*;
-  class BusyLoading;
+  enum class Reading { Nothing, Rows, LostRows };
   class FlushingFor;
+  class ReadingRows;
   class RecordSetAside;
 
+  static std::vector<qx_ptr<CDBRecordCache>> instances();
   static void flushAll(FlushReason reason);
   static void clearAll(bool flush, bool discardBuffered, FlushReason reason);
+  void logLostStatements() const;
+  bool isReadingRows() const { return m_reading != Reading::Nothing; }
+
+  // The parts of Load.
+  void refuseWhileReading(const TyLoadParameter& param) const;
+  MissReason reasonToReload(const TyLoadParameter_WithPrefetchKeys& param,
+                            const COleDateTime& now) const;
+  void forgetForLoad();
+  int rowsFromMemory(const TyLoadParameter_WithPrefetchKeys& param, TyRowsByKey& returnRows) const;
+  int loadFromDatabase(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
+                       TyRowsByKey& returnRows, const COleDateTime& now, CReturnValue<void>& scope);
+  int rowsOfLoad(const TyLoadParameter_WithPrefetchKeys& param, TyRowsByKey& returnRows);
+  std::u16string reasonText(const TyLoadParameter_WithPrefetchKeys& param, MissReason reason,
+                            const COleDateTime& now) const;
+  void countLoad(const TyLoadParameter_WithPrefetchKeys& param, MissReason reason,
+                 const COleDateTime& now);
+  CComPtr<IRecordset> runSelect(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
+                                const OLECHAR* logFormat, CReturnValue<void>& scope);
+
+  // The parts of the writes.
+  long takeCode(const CComBSTR& table, bool addCode);
+  TyRow rowToKeep(const TyRow& row, bool addCode, long code) const;
+  void keepAdded(const TyRow& row);
+  qx_ptr<TyVector_KeyCollection> listOf(const TyRow& row) const;
+  void forget(const TyFieldValues& key);
 
   static std::map<CComBSTR, qx_ptr<CDBRecordCache>> sm_instanceMap;
   static CComBSTR sm_hvxCompanyDBName;
@@ -156,7 +189,8 @@ class QX_API CDBRecordCache {
   // Beyond the declared fields, which other modules may know by their places.
   qx_ptr<CacheCounters> m_ptrCounters;
   FlushReason m_flushReason = &CacheFlushes::request;
-  bool m_bReadingRows = false;
+  Reading m_reading = Reading::Nothing;
+  std::size_t m_nStatementsRun = 0;  // of the buffered ones, by the last flush
 };
 
 }  // namespace Persistence
