@@ -90,6 +90,23 @@ HRESULT ScriptedCompany::raw_GetDbServerType(long* out) {
   return calls.enter("Company.GetDbServerType");
 }
 
+HRESULT ScriptedCompany::raw_GetInTransaction(VARIANT_BOOL* out) {
+  *out = inTransaction;
+  return calls.enter("Company.GetInTransaction");
+}
+
+HRESULT ScriptedCompany::raw_StartTransaction() {
+  const HRESULT hr = calls.record("Company.StartTransaction");
+  if (hr >= 0) inTransaction = VARIANT_TRUE;
+  return hr;
+}
+
+// As at a host, no transaction is open afterwards, even if the call fails.
+HRESULT ScriptedCompany::raw_EndTransaction(HvEndTransaction end) {
+  inTransaction = VARIANT_FALSE;
+  return calls.record("Company.EndTransaction", std::to_string(end));
+}
+
 HRESULT ScriptedCompany::run(int number, std::u16string_view statement, ScriptedRows& rows) {
   runs.push_back({number, std::u16string(statement)});
   mostMetadataAtStatement = std::max(mostMetadataAtStatement, liveMetadata);

@@ -55,6 +55,9 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   HRESULT raw_PutConnectionString(BSTR connection) override;
   HRESULT raw_PutUiApplication(IDispatch* application) override;
   HRESULT raw_GetDbServerType(long* out) override;
+  HRESULT raw_GetInTransaction(VARIANT_BOOL* out) override;
+  HRESULT raw_StartTransaction() override;
+  HRESULT raw_EndTransaction(HvEndTransaction end) override;
 
   /// Records a statement of the record set `number` and answers it. `rows` is set on success.
   HRESULT run(int number, std::u16string_view statement, ScriptedRows& rows);
@@ -64,6 +67,7 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
 
   HostCalls& calls;
   long serverType = kMssql;
+  VARIANT_BOOL inTransaction = VARIANT_FALSE;
   std::deque<long> connectAnswers;  // of the calls of Connect to come; 0 if there is none
 
   // The last error.
