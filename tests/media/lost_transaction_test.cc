@@ -17,12 +17,16 @@ using testing::StartsWith;
 
 class LostTransaction : public qx::test::TransactionFixture {
  protected:
+  LostTransaction() { login = newLogin(); }
+  std::unique_ptr<Login> newLogin() const {
+    return std::make_unique<Login>(database, qx::test::kAcceptBrackets);
+  }
   static void stop() { PostgresServer::shared().stop(PostgresServer::End::Killed); }
   /// Starts the server, logs in again and commits an order.
   void startAgain() {
     PostgresServer::shared().start();
     Persistence::CDBRecordCache::ClearAllCaches(false, true);
-    login = std::make_unique<Login>(database);
+    login = newLogin();
     const auto transaction = start();
     buffer(u"N");
     transaction->Commit();

@@ -22,6 +22,9 @@ std::string failureOfTransaction(Work work) {
   }
 }
 
+/// Lets the stand-in accept the record cache's statements in db2, too.
+inline constexpr char kAcceptBrackets[] = "&accept=brackets";
+
 class TransactionFixture : public CompanyFixture {
  public:
   /// Buffers the INSERT of an order in the record cache.

@@ -123,7 +123,7 @@ TEST_F(Transactions, AProcessThatDiesInsideATransactionLeavesNothing) {
   EXPECT_THAT(numbersOfAnother(), ElementsAre("A", "D"));
 }
 
-// The statements of the record cache have brackets or quotes, and DB2 has neither.
+// The statements of the record cache have brackets, which only the other dialects accept.
 TEST_F(Transactions, ABufferedRowIsCommittedInEveryDialectButDb2) {
   const bool accepted = !qx::test::medium().is(qx::kDb2);
   const auto transaction = start();
