@@ -170,7 +170,8 @@ struct Hooked : CDBRecordCache {
                             TyFieldValues& prefetch, std::vector<CComBSTR>& names,
                             TyRow& row) override {
     CDBRecordCache::LoadRowFromRecordSet(recordSet, keysOnly, key, prefetch, names, row);
-    if (hook) hook();
+    const std::function<void()> now = hook;  // a hook may remove itself
+    if (now) now();
   }
   std::function<void()> hook;
 };

@@ -70,7 +70,7 @@ long CDBRecordCache::takeCode(const CComBSTR& table, bool addCode) {
   constexpr long kAllBits = 0xFFFFFFFF;
   if (addCode && m_lNextCode < 0) m_lNextCode = nextCodeOf(m_ptrCompany, table) & kAllBits;
   const long code = m_lNextCode;
-  if (code >= 0) m_lNextCode = (code + 1) & kAllBits;
+  if (code >= 0) m_lNextCode = code + 1;
   return code;
 }
 

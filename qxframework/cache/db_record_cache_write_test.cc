@@ -170,12 +170,12 @@ TEST_F(CacheWrite, AGeneratedCodeIsTheKeyInMemory) {
   EXPECT_THAT(keysOf(1), ElementsAre("Code=A", "Code=B", "Code=000000FF"));
 }
 
-TEST_F(CacheWrite, CodesAbove31BitsCountOnToTheEndAndWrap) {
-  company->answers[u"SELECT MAX(Code) FROM [@T]"] = {{u""}, {{u"FFFFFFFC"}}};
+TEST_F(CacheWrite, CodesAbove31BitsCountOnFromMemoryToo) {
+  company->answers[u"SELECT MAX(Code) FROM [@T]"] = {{u""}, {{u"7FFFFFFE"}}};
   for (int i = 1; i <= 4; ++i) cache()->Add(u"@T", true, rowWithoutCode(i));
   EXPECT_THAT(statements(), ElementsAre("SELECT MAX(Code) FROM [@T]"));
-  EXPECT_THAT(flushed(), ElementsAre(insertWithCode("FFFFFFFD", 1), insertWithCode("FFFFFFFE", 2),
-                                     insertWithCode("FFFFFFFF", 3), insertWithCode("00000000", 4)));
+  EXPECT_THAT(flushed(), ElementsAre(insertWithCode("7FFFFFFF", 1), insertWithCode("80000000", 2),
+                                     insertWithCode("80000001", 3), insertWithCode("80000002", 4)));
 }
 
 TEST_F(CacheWrite, ACodeThatCannotBeReadIsAFailureAndNothingIsBuffered) {
