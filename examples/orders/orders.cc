@@ -1,23 +1,28 @@
 // Keeps orders in a table of its own. At its start it adds two orders, raises the amount of one of
-// them in a transaction, and shows a summary in the status bar; its menu entry opens a form with
-// all orders (order_form.h).
+// them in a transaction, and shows a summary in the status bar. One of its menu entries opens a
+// form with all orders (order_form.h), the other tries a rise in prices out (order_rise.h).
 
 #include "order.h"
 #include "order_form.h"
+#include "order_rise.h"
 #include "qxframework/stock/addon_menu.h"
 
 #include <iostream>
 #include <memory>
+#include <vector>
 
 namespace {
 
 constexpr char16_t kAddOns[] = u"43523";  // the client's popup for add-ons
 constexpr char16_t kOrdersEntry[] = u"ORD_OPEN";
-constexpr unsigned kMenuText = 230;
+constexpr char16_t kRiseEntry[] = u"ORD_RISE";
+constexpr unsigned kOrdersText = 230;
+constexpr unsigned kRiseText = 234;
+constexpr long kRise = 10;
 
 // Changes the order completely or not at all.
-void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {
-  company->StartTransaction();
+void addTo(CComPtr<ICompany> company, const CComBSTR& number, CQXCurrency amount) {
+  const qx_ptr<CQXTransaction> transaction = CQXTransactionManager::Start(company);
   try {
     Orders orders(company);
     orders.Open();
@@ -25,9 +30,9 @@ void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency
     orders.GetByKey(Orders::Key(number), order);
     order.total += amount;
     orders.Update(Orders::Key(number), order);
-    company->EndTransaction(et_Commit);
+    transaction->Commit();
   } catch (...) {
-    company->raw_EndTransaction(et_RollBack);
+    transaction->Rollback();
     throw;
   }
 }
@@ -56,14 +61,12 @@ class Handler : public CQXIDispatch {
                     GetModuleHandleW(nullptr));
     CQXVersion version(u"0.00.00.00.00");
     if (tables.Create(100, false, version) < 0) return E_FAIL;
-    try {
+    Report([&] {
       takeIn(company, {u"A-1", u"O'Brien", {2024, 2, 29, 0, 0, 0}, 99.5});
       takeIn(company, {u"A-2", u"C2000", {2024, 1, 31, 0, 0, 0}, 22});
       addTo(company, u"A-1", 10);
-      CQXUtil::SetStatusBarInfoMessage(m_App, CComBSTR(summary(company)));
-    } catch (const Persistence::CQXPersistenceException& failure) {
-      CQXUtil::SetStatusBarErrorMessage(m_App, failure.GetErrorString());
-    }
+      return summary(company);
+    });
     AddMenu();
     return S_OK;
   }
@@ -74,13 +77,17 @@ class Handler : public CQXIDispatch {
     return AddMenu();
   }
   long OnApplicationUnload() override {
-    m_Menu.reset();
+    m_Menus.clear();
     m_Company.Release();
     return S_OK;
   }
   long OnMenuEvent(IMenuEvent* event, short*) override {
-    if (event->GetBeforeAction() == VARIANT_FALSE && event->GetMenuUID().View() == kOrdersEntry) {
+    if (event->GetBeforeAction() != VARIANT_FALSE) return S_OK;
+    const CComBSTR entry = event->GetMenuUID();
+    if (entry.View() == kOrdersEntry) {
       qx::openForm(std::make_unique<OrderForm>(m_AddOn), m_App, m_Company);
+    } else if (entry.View() == kRiseEntry) {
+      Report([&] { return riseReport(m_Company, kRise); });
     }
     return S_OK;
   }
@@ -90,20 +97,44 @@ class Handler : public CQXIDispatch {
   long OnStatusBarEvent(BSTR, long) override { return S_OK; }
 
  private:
+  // Shows the text that `work` returns in the status bar, or how it failed. A transaction reports
+  // its failures as plain texts.
+  template <class Work>
+  void Report(Work work) {
+    try {
+      CQXUtil::SetStatusBarInfoMessage(m_App, CComBSTR(work()));
+    } catch (const Persistence::CQXPersistenceException& failure) {
+      CQXUtil::SetStatusBarErrorMessage(m_App, failure.GetErrorString());
+    } catch (const _com_error& failure) {
+      CQXUtil::SetStatusBarErrorMessage(m_App, LastError(failure));
+    } catch (const char* failure) {
+      CQXUtil::SetStatusBarErrorMessage(m_App, CComBSTR(qx::toUtf16(failure)));
+    }
+  }
+  CComBSTR LastError(const _com_error& failure) {
+    long code = 0;
+    CComBSTR text;
+    m_Company->GetLastError(code, text);
+    return code == failure.Error() ? text : CComBSTR(failure.ErrorMessage());
+  }
   long AddMenu() {
-    CQXBSTR text(m_App->GetLanguage());
-    m_AddOn->GetResourceLoader()->LoadStringW(text, kMenuText, m_App->GetLanguage());
-    m_Menu.reset();  // before the new one: the UID is the same
-    m_Menu = std::make_unique<CQXAddOnMenu>(m_App->GetMenus()->Item(CComVariant(kAddOns)), m_App,
-                                            kOrdersEntry, text, mt_String, -1, VARIANT_TRUE,
-                                            VARIANT_FALSE);
+    m_Menus.clear();  // before the new ones: the UIDs are the same
+    AddEntry(kOrdersEntry, kOrdersText);
+    AddEntry(kRiseEntry, kRiseText);
     return S_OK;
+  }
+  void AddEntry(const OLECHAR* uid, unsigned textId) {
+    CQXBSTR text(m_App->GetLanguage());
+    m_AddOn->GetResourceLoader()->LoadStringW(text, textId, m_App->GetLanguage());
+    m_Menus.push_back(std::make_unique<CQXAddOnMenu>(m_App->GetMenus()->Item(CComVariant(kAddOns)),
+                                                     m_App, uid, text, mt_String, -1, VARIANT_TRUE,
+                                                     VARIANT_FALSE));
   }
 
   CQXAddOn* m_AddOn;
   CComPtr<IApplication> m_App;
   CComPtr<ICompany> m_Company;
-  std::unique_ptr<CQXAddOnMenu> m_Menu;
+  std::vector<std::unique_ptr<CQXAddOnMenu>> m_Menus;
 };
 
 class OrdersAddOn : public CQXAddOn {
