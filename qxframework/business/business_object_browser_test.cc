@@ -173,6 +173,7 @@ TEST_F(BusinessObjectBrowser, AnExceptionOfTheCollectionPassesThrough) {
   setBoth();
   collection->throwing = true;
   EXPECT_EQ(failureOf([&] { browser->Next(); }), "-1: Can't move next, EOF or BOF met");
+  EXPECT_EQ(logger.records.back().message, u"Leaving function [S_OK]\n");
 }
 
 TEST_F(BusinessObjectBrowser, ANewCollectionReplacesTheFormerOne) {

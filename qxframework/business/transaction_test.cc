@@ -23,6 +23,9 @@ constexpr char kHostIsOut[] = "Not in transaction when try to commit";
 
 int depth() { return CQXTransactionManager::GetCurrentDepth(); }
 
+/// The depth before any test.
+const int kFirstDepth = depth();
+
 static_assert(!std::is_default_constructible_v<CQXTransaction>);
 static_assert(std::is_copy_constructible_v<CQXTransaction>);
 static_assert(std::is_copy_assignable_v<CQXTransaction>);
@@ -54,6 +57,8 @@ class Transaction : public BusinessTest {
 };
 
 // ---- depth 0
+
+TEST_F(Transaction, AProcessBeginsAtDepthZero) { EXPECT_EQ(kFirstDepth, 0); }
 
 TEST_F(Transaction, AtDepthZeroAStartStartsTheHostsTransactionAfterTheCacheIsTold) {
   EXPECT_EQ(depth(), 0);

@@ -25,7 +25,7 @@ using qx::test::Login;
 
 constexpr char kStep = 's';
 constexpr char kCommitted = 'c';
-/// The steps at which a process is killed are drawn up to this one, in its second transaction.
+/// The last step at which a process is killed; it is in the fourth transaction of the process.
 constexpr int kLastStep = 45;
 constexpr int kRowsOfATransaction = 8;
 
@@ -69,7 +69,8 @@ class Writer {
       const auto inner = CQXTransactionManager::Start(company_);
       buffer(u"@ORDERS", u"U_No", name);
       buffer(u"@LINES", u"U_OrderNo", name);
-      // One row in four goes past the buffer, and one goes out ahead of the commit.
+      // One row in four goes past the buffer. In each second transaction the two rows above leave
+      // the buffer ahead of the commit.
       writeDirectly(name);
       if (number % 2 == 1) CDBRecordCache::FlushAllCaches();
       buffer(u"@ORDERS", u"U_No", name);
