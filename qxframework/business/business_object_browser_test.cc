@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 #include <type_traits>
 
@@ -75,16 +76,15 @@ class Browser final : public CQXBusinessObjectBrowser {
 
 class BusinessObjectBrowser : public BusinessTest {
  protected:
-  using Step = long (CQXBusinessObjectBrowser::*)();
-  struct Named {
-    Step step;
+  struct Step {
     std::string name;
+    std::function<long(CQXBusinessObjectBrowser&)> take;
   };
-  static std::vector<Named> steps() {
-    return {{&CQXBusinessObjectBrowser::First, "First"},
-            {&CQXBusinessObjectBrowser::Previous, "Previous"},
-            {&CQXBusinessObjectBrowser::Next, "Next"},
-            {&CQXBusinessObjectBrowser::Last, "Last"}};
+  static std::vector<Step> steps() {
+    return {{"First", [](CQXBusinessObjectBrowser& it) { return it.First(); }},
+            {"Previous", [](CQXBusinessObjectBrowser& it) { return it.Previous(); }},
+            {"Next", [](CQXBusinessObjectBrowser& it) { return it.Next(); }},
+            {"Last", [](CQXBusinessObjectBrowser& it) { return it.Last(); }}};
   }
 
   Calls calls;
@@ -124,10 +124,10 @@ TEST_F(BusinessObjectBrowser, TracesItsConstructionAfterThatOfItsBase) {
 
 TEST_F(BusinessObjectBrowser, StepsThroughTheCollectionWithTheContainer) {
   setBoth();
-  for (const Named& each : steps()) {
+  for (const Step& each : steps()) {
     for (const long answer : {0L, 1L, 7L, static_cast<long>(E_FAIL)}) {
       collection->answer = answer;
-      EXPECT_EQ((browser->*each.step)(), answer) << each.name;
+      EXPECT_EQ(each.take(*browser), answer) << each.name;
       EXPECT_EQ(std::exchange(calls, {}), Calls{each.name});
       EXPECT_EQ(std::exchange(collection->given, nullptr), container);
     }
@@ -137,9 +137,9 @@ TEST_F(BusinessObjectBrowser, StepsThroughTheCollectionWithTheContainer) {
 TEST_F(BusinessObjectBrowser, TracesEachStepWithItsResult) {
   setBoth();
   collection->answer = 1;
-  for (const Named& each : steps()) {
+  for (const Step& each : steps()) {
     logger.records.clear();
-    (browser->*each.step)();
+    each.take(*browser);
     ASSERT_EQ(logger.records.size(), 2U);
     EXPECT_EQ(qx::toUtf8(logger.records[0].function), "CQXBusinessObjectBrowser::" + each.name);
     EXPECT_EQ(logger.records[0].message, u"Entering function\n");
@@ -149,7 +149,7 @@ TEST_F(BusinessObjectBrowser, TracesEachStepWithItsResult) {
 
 TEST_F(BusinessObjectBrowser, WithoutAContainerStepsAreRefusedAndEndsAreStillAnswered) {
   browser->setPCol(collection);
-  for (const Named& each : steps()) EXPECT_EQ((browser->*each.step)(), E_POINTER) << each.name;
+  for (const Step& each : steps()) EXPECT_EQ(each.take(*browser), E_POINTER) << each.name;
   EXPECT_THAT(calls, IsEmpty());
   collection->eof = true;
   EXPECT_TRUE(browser->EoF());
@@ -163,7 +163,7 @@ TEST_F(BusinessObjectBrowser, WithoutAContainerStepsAreRefusedAndEndsAreStillAns
 TEST_F(BusinessObjectBrowser, WithoutACollectionStepsAreRefusedAndNoEndIsReached) {
   browser->setCntr(container);
   logger.records.clear();
-  for (const Named& each : steps()) EXPECT_EQ((browser->*each.step)(), E_POINTER) << each.name;
+  for (const Step& each : steps()) EXPECT_EQ(each.take(*browser), E_POINTER) << each.name;
   EXPECT_EQ(logger.records.back().message, u"Leaving function [E_POINTER]\n");
   EXPECT_FALSE(browser->EoF());
   EXPECT_FALSE(browser->BoF());
