@@ -94,5 +94,6 @@ class QX_API CQXTransactionManager {
   static int GetCurrentDepth();
 
  protected:
+  /// The depth. Only tests set it.
   static int sm_nCurrentCount;
 };
