@@ -39,6 +39,11 @@ HRESULT ScriptedCompany::raw_GetLastError(long* code, BSTR* text) {
   return hr < 0 ? hr : giveText(errorText, text);
 }
 
+HRESULT ScriptedCompany::raw_GetCompanyDB(BSTR* out) {
+  const HRESULT hr = calls.enter("Company.GetCompanyDB");
+  return hr < 0 ? hr : giveText(companyDB, out);
+}
+
 HRESULT ScriptedCompany::raw_GetBusinessObject(long type, IDispatch** out) {
   const HRESULT hr = calls.enter("Company.GetBusinessObject " + std::to_string(type));
   if (hr < 0) return hr;
@@ -83,6 +88,23 @@ HRESULT ScriptedCompany::raw_PutUiApplication(IDispatch* application) {
 HRESULT ScriptedCompany::raw_GetDbServerType(long* out) {
   *out = serverType;
   return calls.enter("Company.GetDbServerType");
+}
+
+HRESULT ScriptedCompany::raw_GetInTransaction(VARIANT_BOOL* out) {
+  *out = inTransaction;
+  return calls.enter("Company.GetInTransaction");
+}
+
+HRESULT ScriptedCompany::raw_StartTransaction() {
+  const HRESULT hr = calls.record("Company.StartTransaction");
+  if (hr >= 0) inTransaction = VARIANT_TRUE;
+  return hr;
+}
+
+// As at a host, no transaction is open afterwards, even if the call fails.
+HRESULT ScriptedCompany::raw_EndTransaction(HvEndTransaction end) {
+  inTransaction = VARIANT_FALSE;
+  return calls.record("Company.EndTransaction", std::to_string(end));
 }
 
 HRESULT ScriptedCompany::run(int number, std::u16string_view statement, ScriptedRows& rows) {

@@ -47,6 +47,7 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   HRESULT raw_Disconnect() override;
   HRESULT raw_PutLanguage(HvLanguages language) override;
   HRESULT raw_GetLastError(long* code, BSTR* text) override;
+  HRESULT raw_GetCompanyDB(BSTR* out) override;
   HRESULT raw_GetBusinessObject(long type, IDispatch** out) override;
   HRESULT raw_GetCompanyService(ICompanyService** out) override;
   HRESULT raw_GetContextCookie(BSTR* out) override;
@@ -54,6 +55,9 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   HRESULT raw_PutConnectionString(BSTR connection) override;
   HRESULT raw_PutUiApplication(IDispatch* application) override;
   HRESULT raw_GetDbServerType(long* out) override;
+  HRESULT raw_GetInTransaction(VARIANT_BOOL* out) override;
+  HRESULT raw_StartTransaction() override;
+  HRESULT raw_EndTransaction(HvEndTransaction end) override;
 
   /// Records a statement of the record set `number` and answers it. `rows` is set on success.
   HRESULT run(int number, std::u16string_view statement, ScriptedRows& rows);
@@ -63,12 +67,14 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
 
   HostCalls& calls;
   long serverType = kMssql;
+  VARIANT_BOOL inTransaction = VARIANT_FALSE;
   std::deque<long> connectAnswers;  // of the calls of Connect to come; 0 if there is none
 
   // The last error.
   long errorCode = 0;
   std::u16string errorText;
 
+  std::u16string companyDB = u"COMPANY";  // the name of its database
   std::map<std::u16string, ScriptedRows> answers;
   std::function<HRESULT(std::u16string_view statement, ScriptedRows& rows)> responder;
   ScriptedRows otherwise;

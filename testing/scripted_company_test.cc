@@ -51,6 +51,22 @@ TEST_F(ScriptedCompanyTest, CursorGoesBeforeTheFirstRowAndAfterTheLast) {
               ElementsAre("MovePrevious", "MoveNext", "MoveLast", "MoveNext"));
 }
 
+TEST_F(ScriptedCompanyTest, ATransactionIsOpenFromItsStartToItsEnd) {
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  company->calls.failures["Company.StartTransaction"] = E_FAIL;
+  EXPECT_EQ(company->raw_StartTransaction(), E_FAIL);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  company->calls.failures.clear();
+  company->StartTransaction();
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_TRUE);
+  company->calls.failures["Company.EndTransaction"] = E_FAIL;
+  EXPECT_EQ(company->raw_EndTransaction(et_RollBack), E_FAIL);
+  EXPECT_EQ(company->GetInTransaction(), VARIANT_FALSE);
+  EXPECT_THAT(company->calls.calls,
+              ElementsAre("Company.StartTransaction", "Company.StartTransaction",
+                          "Company.EndTransaction(1)"));
+}
+
 TEST_F(ScriptedCompanyTest, AnswersItsStatementsBeforeAllOthers) {
   company->answer(u"known", {{CComVariant(7L)}});
   const auto rows = recordset();

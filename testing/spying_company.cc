@@ -13,6 +13,7 @@ class SpyingRecordset final : public NoDispatch<ComObject<IRecordset>> {
 
   HRESULT raw_DoQuery(BSTR sql) override {
     log_->texts.push_back(toUtf8(viewOfBstr(sql)));
+    if (log_->onStatement) log_->onStatement();
     if (log_->texts.size() == log_->refuse) return E_FAIL;
     return real_->raw_DoQuery(sql);
   }

@@ -6,14 +6,16 @@
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/company.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace qx::test {
 
 struct StatementLog {
-  std::vector<std::string> texts;  ///< UTF-8
-  std::size_t refuse = 0;          ///< the number of the statement, from 1; 0 refuses none
+  std::vector<std::string> texts;     ///< UTF-8
+  std::size_t refuse = 0;             ///< the number of the statement, from 1; 0 refuses none
+  std::function<void()> onStatement;  ///< called ahead of each statement, if set
 };
 
 /// The last error after a refused statement, as code and text.

@@ -16,17 +16,26 @@ void Orders::Open() {
 
 TyFieldValues Orders::Key(const CComBSTR& number) { return {{u"U_No", number}}; }
 
-void Orders::MapToContainer(const TyFieldValues& row, CQXValueContainer& container) {
+CachedOrders::CachedOrders(const CComPtr<ICompany>& company) {
+  const std::vector<CComBSTR> keyFields{u"U_No"};
+  Connect(company, u"@ORDERS", true, nullptr);
+  GetLoadParameter()->SetKeyFields(&keyFields);
+  GetLoadParameter()->SetPrefetchBehavior(Persistence::pb_AllRows, nullptr, -1);
+}
+
+template <class Collection>
+void OrderRows<Collection>::MapToContainer(const TyFieldValues& row, CQXValueContainer& container) {
   auto& order = static_cast<Order&>(container);
-  order.number = GetValue(row, u"U_No").bstrVal;
-  order.customer = GetValue(row, u"U_Customer").bstrVal;
-  order.day = GetValue(row, u"U_Day").date;
-  order.total = GetValue(row, u"U_Total").dblVal;
-  order.terms = GetValue(row, u"U_Terms").bstrVal;
+  order.number = this->GetValue(row, u"U_No").bstrVal;
+  order.customer = this->GetValue(row, u"U_Customer").bstrVal;
+  order.day = this->GetValue(row, u"U_Day").date;
+  order.total = this->GetValue(row, u"U_Total").dblVal;
+  order.terms = this->GetValue(row, u"U_Terms").bstrVal;
 }
 
 // The framework sets "Code" and "Name" of new rows.
-void Orders::ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) {
+template <class Collection>
+void OrderRows<Collection>::ContainerToMap(const CQXValueContainer& container, TyFieldValues& row) {
   const auto& order = static_cast<const Order&>(container);
   row.Add(u"U_No", order.number);
   row.Add(u"U_Customer", order.customer);
@@ -34,6 +43,9 @@ void Orders::ContainerToMap(const CQXValueContainer& container, TyFieldValues& r
   row.Add(u"U_Total", order.total);
   row.Add(u"U_Terms", order.terms);
 }
+
+template class OrderRows<Persistence::CQXPersistentCollectionProxy>;
+template class OrderRows<Persistence::CQXPersistentCollection_CacheBased>;
 
 void takeIn(const CComPtr<ICompany>& company, const Order& order) {
   Orders orders(company);

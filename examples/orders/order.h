@@ -1,6 +1,6 @@
 #pragma once
 
-// An order, and the proxy that moves orders between the program and their table.
+// An order, and the collections that move orders between the program and their table.
 
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"
@@ -17,18 +17,29 @@ struct Order : Persistence::CQXValueContainer {
   CComBSTR terms{u"I"};  // I on invoice, C cash
 };
 
+/// Converts a row to the record, and the record to the values to write, for both collections below.
+template <class Collection>
+class OrderRows : public Collection {
+ public:
+  void MapToContainer(const Persistence::TyFieldValues& row,
+                      Persistence::CQXValueContainer& container) override;
+  void ContainerToMap(const Persistence::CQXValueContainer& container,
+                      Persistence::TyFieldValues& row) override;
+};
+
 /// The orders of the table, by their numbers.
-class Orders : public Persistence::CQXPersistentCollectionProxy {
+class Orders : public OrderRows<Persistence::CQXPersistentCollectionProxy> {
  public:
   explicit Orders(const CComPtr<ICompany>& company);
   /// Runs the query; after it First() and Next() step through the orders, newest first.
   void Open();
   static Persistence::TyFieldValues Key(const CComBSTR& number);
-  // The next two functions convert a row to the record, and the record to the values to write.
-  void MapToContainer(const Persistence::TyFieldValues& row,
-                      Persistence::CQXValueContainer& container) override;
-  void ContainerToMap(const Persistence::CQXValueContainer& container,
-                      Persistence::TyFieldValues& row) override;
+};
+
+/// The orders of the record cache: all collections of this class share the rows of one query.
+class CachedOrders : public OrderRows<Persistence::CQXPersistentCollection_CacheBased> {
+ public:
+  explicit CachedOrders(const CComPtr<ICompany>& company);
 };
 
 /// Adds an order, unless there is one with its number.

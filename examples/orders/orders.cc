@@ -1,9 +1,11 @@
 // Keeps orders in a table of its own. At its start it adds two orders, raises the amount of one of
 // them in a transaction, and shows a summary in the status bar. One menu entry opens a form with
-// all orders (order_form.h), another one takes in many (sample_orders.h).
+// all orders (order_form.h), one takes in many (sample_orders.h), and one tries a rise in prices out
+// (order_rise.h).
 
 #include "order.h"
 #include "order_form.h"
+#include "order_rise.h"
 #include "qxframework/stock/addon_menu.h"
 #include "sample_orders.h"
 
@@ -16,13 +18,16 @@ namespace {
 constexpr char16_t kAddOns[] = u"43523";  // the client's popup for add-ons
 constexpr char16_t kOrdersEntry[] = u"ORD_OPEN";
 constexpr char16_t kSamplesEntry[] = u"ORD_SAMPLE";
+constexpr char16_t kRiseEntry[] = u"ORD_RISE";
 constexpr unsigned kOrdersText = 230;
 constexpr unsigned kSamplesText = 234;
 constexpr unsigned kTakingInText = 235;
+constexpr unsigned kRiseText = 236;
+constexpr long kRise = 10;
 
 // Changes the order completely or not at all.
-void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {
-  company->StartTransaction();
+void addTo(CComPtr<ICompany> company, const CComBSTR& number, CQXCurrency amount) {
+  const qx_ptr<CQXTransaction> transaction = CQXTransactionManager::Start(company);
   try {
     Orders orders(company);
     orders.Open();
@@ -30,9 +35,9 @@ void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency
     orders.GetByKey(Orders::Key(number), order);
     order.total += amount;
     orders.Update(Orders::Key(number), order);
-    company->EndTransaction(et_Commit);
+    transaction->Commit();
   } catch (...) {
-    company->raw_EndTransaction(et_RollBack);
+    transaction->Rollback();
     throw;
   }
 }
@@ -61,14 +66,12 @@ class Handler : public CQXIDispatch {
                     GetModuleHandleW(nullptr));
     CQXVersion version(u"0.00.00.00.00");
     if (tables.Create(100, false, version) < 0) return E_FAIL;
-    try {
+    Report([&] {
       takeIn(company, {u"A-1", u"O'Brien", {2024, 2, 29, 0, 0, 0}, 99.5});
       takeIn(company, {u"A-2", u"C2000", {2024, 1, 31, 0, 0, 0}, 22});
       addTo(company, u"A-1", 10);
-      CQXUtil::SetStatusBarInfoMessage(m_App, CComBSTR(summary(company)));
-    } catch (const Persistence::CQXPersistenceException& failure) {
-      CQXUtil::SetStatusBarErrorMessage(m_App, failure.GetErrorString());
-    }
+      return summary(company);
+    });
     AddMenu();
     return S_OK;
   }
@@ -86,11 +89,14 @@ class Handler : public CQXIDispatch {
     return S_OK;
   }
   long OnMenuEvent(IMenuEvent* event, short*) override {
-    if (event->GetBeforeAction() == VARIANT_TRUE) return S_OK;
-    if (event->GetMenuUID().View() == kOrdersEntry) {
+    if (event->GetBeforeAction() != VARIANT_FALSE) return S_OK;
+    const CComBSTR entry = event->GetMenuUID();
+    if (entry.View() == kOrdersEntry) {
       qx::openForm(std::make_unique<OrderForm>(m_AddOn), m_App, m_Company);
-    } else if (event->GetMenuUID().View() == kSamplesEntry) {
+    } else if (entry.View() == kSamplesEntry) {
       TakeInSamples();
+    } else if (entry.View() == kRiseEntry) {
+      Report([&] { return riseReport(m_Company, kRise); });
     }
     return S_OK;
   }
@@ -100,6 +106,26 @@ class Handler : public CQXIDispatch {
   long OnStatusBarEvent(BSTR, long) override { return S_OK; }
 
  private:
+  // Shows the text that `work` returns in the status bar, or how it failed. A transaction reports
+  // its failures as plain texts.
+  template <class Work>
+  void Report(Work work) {
+    try {
+      CQXUtil::SetStatusBarInfoMessage(m_App, CComBSTR(work()));
+    } catch (const Persistence::CQXPersistenceException& failure) {
+      CQXUtil::SetStatusBarErrorMessage(m_App, failure.GetErrorString());
+    } catch (const _com_error& failure) {
+      CQXUtil::SetStatusBarErrorMessage(m_App, LastError(failure));
+    } catch (const char* failure) {
+      CQXUtil::SetStatusBarErrorMessage(m_App, CComBSTR(qx::toUtf16(failure)));
+    }
+  }
+  CComBSTR LastError(const _com_error& failure) {
+    long code = 0;
+    CComBSTR text;
+    m_Company->GetLastError(code, text);
+    return code == failure.Error() ? text : CComBSTR(failure.ErrorMessage());
+  }
   long AddMenu() {
     m_Menu.clear();  // before the new entries: their UIDs are the same
     const CComPtr<IMenuItem> addOns = m_App->GetMenus()->Item(CComVariant(kAddOns));
@@ -109,6 +135,7 @@ class Handler : public CQXIDispatch {
     };
     add(kOrdersEntry, kOrdersText);
     add(kSamplesEntry, kSamplesText);
+    add(kRiseEntry, kRiseText);
     return S_OK;
   }
   void TakeInSamples() {

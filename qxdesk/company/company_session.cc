@@ -95,8 +95,8 @@ void CompanySession::open(const LoginTarget& target) {
   // The translator keeps a pointer to the catalogue; close() therefore destroys it first.
   if (database->route() != Route::Unchanged) {
     translator_ = std::make_unique<sql::Translator>(
-        sql::dialectOf(static_cast<int>(target.dbServerType)), &database->catalog(),
-        targetOf(database->route(), environment_));
+        sql::dialectOf(static_cast<int>(target.dbServerType), target.acceptBrackets),
+        &database->catalog(), targetOf(database->route(), environment_));
   }
   database_ = std::move(database);
   // Otherwise all that has been written would stay in the file's log. A server notices the end of

@@ -169,15 +169,20 @@ void readProgress(ConnectionString& out, const Value& value) {
   out.sharedProgressBar = readChoice(value, "progress", u"own", u"shared");
 }
 
+void readAccept(ConnectionString& out, const Value& value) {
+  out.acceptBrackets = readChoice(value, "accept", u"own", u"brackets");
+}
+
 struct Key {
   std::u16string_view name;
   void (*read)(ConnectionString&, const Value&);
 };
 
-constexpr Key kKeys[] = {
-    {u"db", readDatabase}, {u"engine", readEngine}, {u"language", readLanguage},
-    {u"appid", readAppId}, {u"user", readUser},     {u"company", readCompany},
-    {u"play", readPlay},   {u"boxes", readBoxes},   {u"progress", readProgress}};
+constexpr Key kKeys[] = {{u"db", readDatabase},     {u"engine", readEngine},
+                         {u"accept", readAccept},   {u"language", readLanguage},
+                         {u"appid", readAppId},     {u"user", readUser},
+                         {u"company", readCompany}, {u"play", readPlay},
+                         {u"boxes", readBoxes},     {u"progress", readProgress}};
 
 void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::size_t position,
               std::u16string_view pair) {
@@ -192,8 +197,8 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
     return key.read(out, Value{position + equals + 1, pair.substr(equals + 1)});
   }
   fail(position, "unknown key " + quoted(name) +
-                     "; the keys are db, engine, language, appid, user, company, play, boxes and "
-                     "progress");
+                     "; the keys are db, engine, accept, language, appid, user, company, play, "
+                     "boxes and progress");
 }
 
 // Returns the place of the first key.

@@ -13,6 +13,8 @@
 // | db       | the file of the company database, or "odbc:" and an ODBC           | required    |
 // |          | connection string                                                  |             |
 // | engine   | mssql, sybase, db2 or kordb: the dialect of the statements         | mssql       |
+// | accept   | own: the forms of the dialect only; brackets: in db2 also those    | own         |
+// |          | that the record cache writes                                       |             |
 // | language | a number of the client, 3, or a name, en, de, pt-BR                | 3           |
 // | appid    | 0 or more: which client this is; the same number is the same client| 1           |
 // | user     | the user that is logged in                                         | manager     |
@@ -34,6 +36,7 @@ namespace qx::desk {
 struct ConnectionString {
   std::string database;   ///< UTF-8, see database_name.h
   long dbServerType = 1;  ///< see qx::DbServerType
+  bool acceptBrackets = false;
   HvLanguages language = ln_English;
   long appId = 1;
   std::u16string userName = u"manager";

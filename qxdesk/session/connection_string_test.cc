@@ -23,13 +23,15 @@ TEST(ConnectionString, NeedsOnlyTheDatabase) {
   EXPECT_EQ(read.userName, u"manager");
   EXPECT_EQ(read.companyName, u"");
   EXPECT_EQ(read.playFile, "");
+  EXPECT_FALSE(read.acceptBrackets);
   EXPECT_FALSE(read.refuseUnattendedBoxes);
   EXPECT_FALSE(read.sharedProgressBar);
 }
 
 TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   const ConnectionString read = parseConnectionString(
-      u"embedded:?progress=shared&boxes=refuse&play=demo.txt&company=Acme%20%26%20Sons&user=anna"
+      u"embedded:?accept=brackets&progress=shared&boxes=refuse&play=demo.txt&company=Acme%20%26%"
+      u"20Sons&user=anna"
       u"&appid=7&language=9&engine=kordb&db=/tmp/c%C3%A4.db");
   EXPECT_EQ(read.database, "/tmp/c\xC3\xA4.db");
   EXPECT_EQ(read.dbServerType, 9);
@@ -38,6 +40,7 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_EQ(read.userName, u"anna");
   EXPECT_EQ(read.companyName, u"Acme & Sons");
   EXPECT_EQ(read.playFile, "demo.txt");
+  EXPECT_TRUE(read.acceptBrackets);
   EXPECT_TRUE(read.refuseUnattendedBoxes);
   EXPECT_TRUE(read.sharedProgressBar);
 }
@@ -90,7 +93,7 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 14: db is empty; name the company database's file");
   EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
             "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
-            "language, appid, user, company, play, boxes and progress");
+            "accept, language, appid, user, company, play, boxes and progress");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
             "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),
@@ -119,6 +122,8 @@ TEST(ConnectionString, RefusesInvalidValues) {
   EXPECT_EQ(refusal(u"embedded:?db=a&appid=1234567890"),
             "connection string, character 22: appid is no number from 0 to 999999999: "
             "\"1234567890\"");
+  EXPECT_EQ(refusal(u"embedded:?db=a&accept=all"),
+            "connection string, character 23: accept is neither own nor brackets: \"all\"");
   EXPECT_EQ(refusal(u"embedded:?db=a&progress=all"),
             "connection string, character 25: progress is neither own nor shared: \"all\"");
   EXPECT_EQ(refusal(u"embedded:?db=%FF.db"),

@@ -71,6 +71,9 @@ std::optional<std::u16string> takeField(std::u16string_view& rest) {
   return field;
 }
 
+// Follows the other fields only if the setting is on, so that the usual form stays as it is.
+constexpr std::u16string_view kAcceptBrackets = u"8:brackets";
+
 std::optional<LoginTarget> readFields(std::u16string_view rest) {
   constexpr std::size_t kMaxNumberDigits = 9;
   std::optional<std::u16string> fields[5];
@@ -80,9 +83,10 @@ std::optional<LoginTarget> readFields(std::u16string_view rest) {
   }
   const std::optional<long> serverType = number(*fields[1], kMaxNumberDigits);
   const std::optional<long> language = number(*fields[2], kMaxNumberDigits);
-  if (!rest.empty() || !serverType || !language) return std::nullopt;
+  const bool acceptBrackets = rest == kAcceptBrackets;
+  if ((!rest.empty() && !acceptBrackets) || !serverType || !language) return std::nullopt;
   return LoginTarget{toUtf8(*fields[0]), *serverType, static_cast<HvLanguages>(*language),
-                     *fields[3], *fields[4]};
+                     *fields[3],         *fields[4],  acceptBrackets};
 }
 
 }  // namespace
@@ -94,6 +98,7 @@ std::u16string encodeLoginContext(const LoginTarget& target, std::u16string_view
   appendField(fields, format(u"%d", static_cast<int>(target.language)));
   appendField(fields, target.userName);
   appendField(fields, target.companyName);
+  if (target.acceptBrackets) fields += kAcceptBrackets;
   return std::u16string(kTag) + checksum(cookie, fields) + u"|" + fields;
 }
 

@@ -19,6 +19,7 @@ struct LoginTarget {
   HvLanguages language = ln_English;
   std::u16string userName;
   std::u16string companyName;
+  bool acceptBrackets = false;  ///< see sql::Dialect::Db2Brackets
 
   friend bool operator==(const LoginTarget&, const LoginTarget&) = default;
 };

@@ -25,6 +25,14 @@ TEST(LoginContext, HasItsFrozenForm) {
             u"QXLC1|D2582E52D9EA65EC|5:/c.db1:21:37:manager4:Demo");
 }
 
+TEST(LoginContext, SaysThatBracketsAreAcceptedOnlyIfTheyAre) {
+  LoginTarget target{"/c.db", 2, ln_English, u"manager", u"Demo"};
+  target.acceptBrackets = true;
+  const std::u16string context = encodeLoginContext(target, u"K1");
+  EXPECT_EQ(context.substr(context.rfind(u'|')), u"|5:/c.db1:21:37:manager4:Demo8:brackets");
+  EXPECT_EQ(decodeLoginContext(context, u"K1"), target);
+}
+
 TEST(LoginContext, AnswersItsOwnCookieOnly) {
   const std::u16string context = encodeLoginContext(sampleTarget(), u"cookie");
   EXPECT_FALSE(decodeLoginContext(context, u"Cookie"));

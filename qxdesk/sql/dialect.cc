@@ -12,7 +12,7 @@ constexpr unsigned bit(Dialect dialect) { return 1U << static_cast<unsigned>(dia
 
 constexpr unsigned kMssql = bit(Dialect::Mssql);
 constexpr unsigned kSybase = bit(Dialect::Sybase);
-constexpr unsigned kDb2 = bit(Dialect::Db2);
+constexpr unsigned kDb2 = bit(Dialect::Db2) | bit(Dialect::Db2Brackets);
 constexpr unsigned kKordb = bit(Dialect::Kordb);
 constexpr unsigned kBrackets = kMssql | kSybase;
 constexpr unsigned kAll = kMssql | kSybase | kDb2 | kKordb;
@@ -74,6 +74,14 @@ constexpr DialectTraits kDb2Traits = {
     .nowText = "CURRENT TIMESTAMP",
 };
 
+constexpr DialectTraits db2BracketTraits() {
+  DialectTraits traits = kDb2Traits;
+  traits.bracketNames = true;
+  traits.textAliases = true;
+  traits.top = true;
+  return traits;
+}
+
 constexpr DialectTraits kKordbTraits = {
     .name = "KORDB",
     .bracketNames = false,
@@ -98,8 +106,8 @@ constexpr DialectTraits kKordbTraits = {
 };
 
 // In the order of the enumeration.
-constexpr std::array<DialectTraits, 4> kTraits = {kBracketTraits, sybaseTraits(), kDb2Traits,
-                                                  kKordbTraits};
+constexpr std::array<DialectTraits, 5> kTraits = {kBracketTraits, sybaseTraits(), kDb2Traits,
+                                                  kKordbTraits, db2BracketTraits()};
 
 // Names that look alike may differ in meaning: LEN ignores trailing blanks and LENGTH counts them.
 // The argument counts of AddTime, DaysBetween, Cast and Convert are not checked against this table,
@@ -141,10 +149,10 @@ constexpr FunctionRule kFunctions[] = {
 
 // The numbers are those of qx::DbServerType. Any other one takes the dialect of a company that
 // names no server type.
-Dialect dialectOf(int serverType) {
+Dialect dialectOf(int serverType, bool acceptBrackets) {
   switch (serverType) {
     case 2:
-      return Dialect::Db2;
+      return acceptBrackets ? Dialect::Db2Brackets : Dialect::Db2;
     case 3:
       return Dialect::Sybase;
     case 9:

@@ -1,6 +1,6 @@
 #pragma once
 
-// The four dialects in which statements arrive, described as data: the forms of names, literals,
+// The dialects in which statements arrive, described as data: the forms of names, literals,
 // limits and operators that each one has, and its functions. A form of another dialect is refused,
 // so that a statement written for the wrong database fails in development and not at a customer.
 
@@ -8,10 +8,13 @@
 
 namespace qx::sql {
 
-enum class Dialect { Mssql, Sybase, Db2, Kordb };
+/// Db2Brackets is Db2 with the forms of Mssql that the record cache writes for every server: [x],
+/// TOP n [WITH TIES] and AS 'x'. A real server refuses them.
+enum class Dialect { Mssql, Sybase, Db2, Kordb, Db2Brackets };
 
-/// Returns the dialect of a company's server type: 2 is Db2, 3 Sybase, 9 Kordb, any other Mssql.
-Dialect dialectOf(int serverType);
+/// Returns the dialect of a company's server type: 2 is Db2, or Db2Brackets with `acceptBrackets`,
+/// 3 Sybase, 9 Kordb, any other Mssql.
+Dialect dialectOf(int serverType, bool acceptBrackets = false);
 
 /// True if the dialect has the form in the comment.
 struct DialectTraits {

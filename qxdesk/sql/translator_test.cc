@@ -107,6 +107,34 @@ TEST(TranslatorSybase, TranslatesEveryStatementOfTheFramework) {
   expectGolden(Dialect::Sybase, kBracketStatements);
 }
 
+// The order of NULL stays that of Db2.
+TEST(TranslatorDb2, TranslatesTheStatementsOfTheRecordCacheIfBracketsAreAccepted) {
+  expectGolden(
+      Dialect::Db2Brackets,
+      {{"SELECT T0.[Code] AS N'__kf__.Code', T0.*\r\nFROM [@T] T0\r\nWHERE T0.[U_A] = "
+        "N'x'\r\nORDER BY T0.[Code] ASC\r\n",
+        R"(SELECT "T0"."Code" AS "__kf__.Code", "T0".* FROM "@T" AS "T0" WHERE "T0"."U_A" = 'x' )"
+        R"(ORDER BY "T0"."Code" NULLS LAST)"},
+       {"WITH [a*b] AS \r\n(\r\nSELECT top 2 WITH TIES [Code] AS N'__kf__.Code' \r\nFROM "
+        "[@T]\r\nWHERE ([Code] >= N'x')\r\nORDER BY [Code] ASC\r\n)\r\n\r\nSELECT * "
+        "\r\nFROM [a*b] \r\nORDER BY [__kf__.Code] ASC",
+        R"(WITH "a*b" AS (SELECT "Code" AS "__kf__.Code" FROM "@T" WHERE "Code" >= 'x' ORDER BY )"
+        R"("Code" NULLS LAST LIMIT (SELECT count(*) FROM (SELECT rank() OVER (ORDER BY "Code" )"
+        R"(NULLS LAST) AS "rank" FROM "@T" WHERE "Code" >= 'x') WHERE "rank" <= 2)) SELECT * )"
+        R"(FROM "a*b" ORDER BY "__kf__.Code" NULLS LAST)"},
+       {"DELETE FROM [@T] WHERE [Code]=N'1'", R"(DELETE FROM "@T" WHERE "Code" = '1')"},
+       {"SELECT VALUE(Code, '') AS \"A\" FROM @T FETCH FIRST 2 ROWS ONLY",
+        R"(SELECT coalesce("Code", '') AS "A" FROM "@T" LIMIT 2)"}});
+}
+
+TEST(TranslatorDb2, HasBracketsOnlyIfTheyAreAccepted) {
+  EXPECT_EQ(dialectOf(2), Dialect::Db2);
+  EXPECT_EQ(dialectOf(2, true), Dialect::Db2Brackets);
+  EXPECT_EQ(dialectOf(1, true), Dialect::Mssql);
+  EXPECT_EQ(dialectOf(3, true), Dialect::Sybase);
+  EXPECT_EQ(dialectOf(9, true), Dialect::Kordb);
+}
+
 TEST(TranslatorDb2, TranslatesEveryStatementOfTheFramework) {
   expectGolden(
       Dialect::Db2,

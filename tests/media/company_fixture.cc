@@ -78,8 +78,8 @@ CComPtr<ICompany> newCompany() {
 
 }  // namespace
 
-Login::Login(const std::string& database)
-    : client_(database, {medium().dialect, "", 0}), company_(newCompany()) {
+Login::Login(const std::string& database, const std::string& more)
+    : client_(database, {medium().dialect, more, 0}), company_(newCompany()) {
   reconnect();
 }
 

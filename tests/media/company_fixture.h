@@ -27,7 +27,8 @@ namespace qx::test {
 /// the company cannot be opened.
 class Login {
  public:
-  explicit Login(const std::string& database);
+  /// `more` has further keys of the connection string, each preceded by "&".
+  explicit Login(const std::string& database, const std::string& more = {});
   ~Login();
   Login(const Login&) = delete;
   Login& operator=(const Login&) = delete;

@@ -21,10 +21,11 @@ using testing::ElementsAre;
 
 class OrdersExample : public testing::Test {
  protected:
-  std::string run(const std::string& script) const {
+  /// `more` has further keys of the connection string, each preceded by "&".
+  std::string run(const std::string& script, const std::string& more = {}) const {
     ChildProcess orders({qx::test::buildProgram("orders").string(),
                          "embedded:?db=" + database + "&engine=" + medium().dialect +
-                             "&play=" QX_TEST_DATA "/" + script},
+                             "&play=" QX_TEST_DATA "/" + script + more},
                         {"QX_RUNTIME_DIR=" + (folder.path() / "run").string(),
                          "QX_LOG_DIR=" + folder.path().string(),
                          "QX_LOG_SETTINGS=" + (folder.path() / "log.toml").string()});
@@ -111,6 +112,26 @@ picked menu ORD_SAMPLE
 shut the client down
 )X");
   EXPECT_EQ(orders().size(), 23U);
+}
+
+TEST_F(OrdersExample, TriesARiseOutWithOneQueryAndChangesNothing) {
+  constexpr char kReport[] =
+      "info: 131.500000 now, 144.650000 after a rise of 10 percent (1 query, 2 loads from "
+      "memory)\n";
+  const std::string summary = "info: 2 orders, 131.500000 in all, the newest of 2024-02-29\n";
+  EXPECT_EQ(run("orders_rise.play", "&accept=brackets"),
+            summary + "picked menu ORD_RISE\n" + summary + kReport + "picked menu ORD_RISE\n" +
+                summary + kReport + kReport + "shut the client down\n");
+  EXPECT_THAT(orders(), ElementsAre("00000000|A-1|O'Brien|2024-02-29 00:00:00|109.5",
+                                    "00000001|A-2|C2000|2024-01-31 00:00:00|22"));
+}
+
+TEST_F(OrdersExample, ReportsThatADb2ServerRefusesTheRecordCache) {
+  const std::string output = run("orders_rise.play");
+  EXPECT_EQ(output.find("error: the name [U_No] is not written as DB2 has it; write U_No (line 1, "
+                        "column 8)\n") != std::string::npos,
+            medium().is(qx::kDb2))
+      << output;
 }
 
 // The user forgets the customer, chooses one from the list, and adds the order; then the user does

@@ -86,8 +86,8 @@ TEST_F(Entry, AClientRefusesAConnectionToAnotherDatabase) {
   EXPECT_EQ(
       trace.lines,
       "the client with appid 7 was started with \"embedded:?db=/data/Harbour.db&appid=7\" and "
-      "cannot be used with \"embedded:?appid=7&db=/data/Quay.db\"; give db and engine the "
-      "same values, or take another appid\n");
+      "cannot be used with \"embedded:?appid=7&db=/data/Quay.db\"; give db, engine "
+      "and accept the same values, or take another appid\n");
   EXPECT_EQ(raisedBy([&] { second->GetApplication(-1); }), kGeneralFailure);
 }
 
@@ -98,8 +98,19 @@ TEST_F(Entry, AClientRefusesAConnectionWithAnotherEngine) {
   EXPECT_EQ(
       trace.lines,
       "the client with appid 7 was started with \"embedded:?db=/data/Harbour.db&appid=7\" and "
-      "cannot be used with \"embedded:?db=/data/Harbour.db&engine=db2&appid=7\"; give db and "
-      "engine the same values, or take another appid\n");
+      "cannot be used with \"embedded:?db=/data/Harbour.db&engine=db2&appid=7\"; give db, "
+      "engine and accept the same values, or take another appid\n");
+}
+
+TEST_F(Entry, AClientRefusesAConnectionThatAcceptsOtherForms) {
+  const Trace trace;
+  EXPECT_EQ(makeGuiApi()->Connect(u"embedded:?db=/data/Harbour.db&accept=brackets&appid=7"),
+            kConnectionStringNotValid);
+  EXPECT_EQ(
+      trace.lines,
+      "the client with appid 7 was started with \"embedded:?db=/data/Harbour.db&appid=7\" and "
+      "cannot be used with \"embedded:?db=/data/Harbour.db&accept=brackets&appid=7\"; give db, "
+      "engine and accept the same values, or take another appid\n");
 }
 
 TEST(EntryObject, RefusesAnotherServerWithoutPrintingPasswords) {
@@ -113,7 +124,7 @@ TEST(EntryObject, RefusesAnotherServerWithoutPrintingPasswords) {
       trace.lines,
       "the client with appid 13 was started with \"embedded:?db=odbc:DSN=a;Pwd=***&appid=13\" "
       "and cannot be used with \"embedded:?appid=13&db=odbc:DSN=b%25;Pwd=***&user=anna\"; "
-      "give db and engine the same values, or take another appid\n");
+      "give db, engine and accept the same values, or take another appid\n");
 }
 
 TEST_F(Entry, AClientThatChangedItsCompanyIsFoundByTheOldDatabaseAndTheNew) {

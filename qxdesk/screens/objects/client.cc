@@ -28,6 +28,7 @@ DeskSettings settingsOf(const desk::ConnectionString& connection) {
   settings.userName = connection.userName;
   settings.companyName = connection.companyName;
   settings.refuseUnattendedBoxes = connection.refuseUnattendedBoxes;
+  settings.acceptBrackets = connection.acceptBrackets;
   return settings;
 }
 
@@ -75,11 +76,13 @@ Client::~Client() = default;
 void Client::checkCompany(const desk::ConnectionString& connection) const {
   const bool same = desk::sameDatabase(connection.database, connection_.database) ||
                     desk::sameDatabase(connection.database, desk_.settings().database);
-  if (same && connection.dbServerType == connection_.dbServerType) return;
+  if (same && connection.dbServerType == connection_.dbServerType &&
+      connection.acceptBrackets == connection_.acceptBrackets)
+    return;
   throw OtherCompanyError("the client with appid " + std::to_string(connection.appId) +
                           " was started with \"" + toUtf8(connection_.shown) +
                           "\" and cannot be used with \"" + toUtf8(connection.shown) +
-                          "\"; give db and engine the same values, or take another appid");
+                          "\"; give db, engine and accept the same values, or take another appid");
 }
 
 void Client::play(std::vector<PlayStep> steps) {

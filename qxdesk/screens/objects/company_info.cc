@@ -36,7 +36,7 @@ std::u16string loginContextOf(const Desk& desk, std::u16string_view cookie) {
   // Of this moment and not of the start: the user may have changed to another company.
   const DeskSettings& settings = desk.settings();
   const desk::LoginTarget target{settings.database, settings.dbServerType, settings.language,
-                                 settings.userName, desk.companyName()};
+                                 settings.userName, desk.companyName(),    settings.acceptBrackets};
   return desk::encodeLoginContext(target, cookie);
 }
 

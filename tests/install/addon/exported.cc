@@ -194,6 +194,44 @@ void useProxies() {
   used(raisedBy(getSql) == E_POINTER, "CQXChooseListHelper");
 }
 
+// Returns the text with which a transaction is refused.
+template <class Operation>
+std::string_view thrownText(Operation operation) {
+  try {
+    operation();
+    return "";
+  } catch (const char* text) {
+    return text;
+  }
+}
+
+class Entry : public CQXBusinessObject {
+ public:
+  using CQXBusinessObject::CQXBusinessObject;
+  using CQXBusinessObject::TransactionCommit;
+};
+
+void useBusiness() {
+  CComPtr<ICompany> none;
+  used(raisedBy([&] { CQXTransactionManager::Start(none); }) == E_POINTER &&
+           CQXTransactionManager::GetCurrentDepth() == 1,
+       "CQXTransactionManager");
+  const qx_ptr<CQXTransaction> inner = CQXTransactionManager::Start(none);
+  CQXTransaction copy(*inner);
+  copy = *inner;
+  used(thrownText([&] { copy.Rollback(); }) == "Invalid company pointer in CQXTransaction object",
+       "CQXTransaction");
+  raisedBy([&] { CQXTransactionManager::Rollback(none); });
+  Entry entry(none);
+  used(thrownText([&] { entry.TransactionCommit(); }) == "Not in Transaction, can't commit" &&
+           Entry(entry).GetLastErrorNumber() == 0,
+       "CQXBusinessObject");
+  CQXBusinessObjectBrowser browser(none);
+  browser.setPCol(new Rows);
+  browser.setCntr(new Row);
+  used(refusal([&] { browser.First(); }) == -1, "CQXBusinessObjectBrowser");
+}
+
 }  // namespace
 
 int main() {
@@ -203,5 +241,6 @@ int main() {
   useRuntime();
   useQueries();
   useProxies();
+  useBusiness();
   std::cout << uses << " uses" << std::endl;
 }
