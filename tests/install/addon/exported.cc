@@ -194,6 +194,27 @@ void useProxies() {
   used(raisedBy(getSql) == E_POINTER, "CQXChooseListHelper");
 }
 
+class CachedRows : public CQXPersistentCollection_CacheBased {
+ public:
+  void MapToContainer(const TyFieldValues&, CQXValueContainer&) override {}
+  void ContainerToMap(const CQXValueContainer&, TyFieldValues&) override {}
+};
+
+void useCache() {
+  TyLoadParameter param;
+  const std::vector<CComBSTR> keys{u"Code"};
+  param.SetKeyFields(&keys);
+  used(param.GetKeyFields()->size() == 1 && param == TyLoadParameter(param), "TyLoadParameter");
+  TyLoadParameter_WithPrefetchKeys prefetch;
+  prefetch.SetPrefetchBehavior(pb_AllRows, nullptr, 0);
+  used(TyLoadParameter_WithPrefetchKeys(prefetch).GetPrefetchBehavior() == pb_AllRows,
+       "TyLoadParameter_WithPrefetchKeys");
+  CachedRows rows;
+  Row row;
+  rows.AddIndex(u"byNo", {u"U_No"});
+  used(refusal([&] { CachedRows(rows).First(row); }) == -1, "CQXPersistentCollection_CacheBased");
+}
+
 }  // namespace
 
 int main() {
@@ -203,5 +224,6 @@ int main() {
   useRuntime();
   useQueries();
   useProxies();
+  useCache();
   std::cout << uses << " uses" << std::endl;
 }
