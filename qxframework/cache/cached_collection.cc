@@ -214,7 +214,7 @@ long CQXPersistentCollection_CacheBased::Previous(CQXValueContainer* container) 
 }
 
 void CQXPersistentCollection_CacheBased::requireRow() const {
-  if (GetRecordCount() < 1 || Eof() || Bof())
+  if (Eof() || Bof())  // without rows, both
     throw CQXPersistenceException(u"Can't move next, EOF or BOF met");
 }
 

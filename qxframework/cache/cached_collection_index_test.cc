@@ -102,6 +102,11 @@ TEST_F(CachedCollectionIndex, WithoutRowsNothingIsFoundUnderAnyName) {
   EXPECT_FALSE(parts.FindInIndex(u"byX", number(1), &part));
 }
 
+TEST_F(CachedCollectionIndex, HasTheOnlyRow) {
+  answerRows({{u"A", 1}});
+  EXPECT_THAT(found(u"byN", number(1)), ElementsAre("Code=A"));
+}
+
 TEST_F(CachedCollectionIndex, AFieldThatTheRowsLackIsRefused) {
   parts.AddIndex(u"byX", {u"U_N", u"U_X"});
   EXPECT_EQ(refusalOf([this] {

@@ -247,6 +247,20 @@ TEST_F(CachedCollection, WithoutRowsIsAtBothEnds) {
   EXPECT_FALSE(parts.FindByKey(code(u"A"), &part));
 }
 
+TEST_F(CachedCollection, OneRowIsTheFirstAndTheLast) {
+  answerRows({{u"A", 1}});
+  EXPECT_EQ(parts.First(part), 0);
+  EXPECT_EQ(part.text(), "Code=A U_N=1");
+  part = Part();
+  EXPECT_EQ(parts.Last(part), 0);
+  EXPECT_EQ(part.text(), "Code=A U_N=1");
+  parts.Refresh(part);
+  EXPECT_TRUE(parts.FindByKey(code(u"A"), &part));
+  EXPECT_EQ(parts.Next(part), 1);
+  EXPECT_EQ(parts.First(part), 0);
+  EXPECT_EQ(parts.Previous(part), 1);
+}
+
 TEST_F(CachedCollection, MovesAsAPlainListDoes) {
   const std::string all = "ABCDEFG";
   company->otherwise = {{u"__kf__.Code", u"Code"}, {}};

@@ -108,8 +108,8 @@ bool operator==(const TyFieldValues& a, const TyFieldValues& b) {
 bool operator<(const TyFieldValues& a, const TyFieldValues& b) {
   checkComparable(a, b);
   for (long i = 0; i < a.GetCount(); ++i) {
-    if (qx::valueBelow(a.valueAt(i), b.valueAt(i))) return true;
-    if (qx::valueBelow(b.valueAt(i), a.valueAt(i))) return false;
+    const int order = qx::valueOrder(a.valueAt(i), b.valueAt(i));
+    if (order != 0) return order < 0;
   }
   return false;
 }

@@ -1,5 +1,7 @@
 #include "qxframework/query/variant_order.h"
 
+#include "qxframework/automation/user_locale.h"
+
 #include <compare>
 #include <optional>
 
@@ -34,9 +36,13 @@ bool sameValue(const VARIANT& a, const VARIANT& b) {
   return VarCmp(&a, &b, LOCALE_USER_DEFAULT, 0) == VARCMP_EQ;
 }
 
-bool valueBelow(const VARIANT& a, const VARIANT& b) {
-  if (const auto order = plainOrder(a, b)) return *order < 0;
-  return VarCmp(&a, &b, LOCALE_USER_DEFAULT, 0) == VARCMP_LT;
+int valueOrder(const VARIANT& a, const VARIANT& b) {
+  // Most keys are texts, and maps of many rows compare them at each step of a search.
+  if (a.vt == VT_BSTR && b.vt == VT_BSTR)
+    return collate(viewOfBstr(a.bstrVal), viewOfBstr(b.bstrVal), LOCALE_USER_DEFAULT, false);
+  if (const auto order = plainOrder(a, b)) return *order < 0 ? -1 : *order > 0 ? 1 : 0;
+  const HRESULT order = VarCmp(&a, &b, LOCALE_USER_DEFAULT, 0);
+  return order == VARCMP_LT ? -1 : order == VARCMP_GT ? 1 : 0;
 }
 
 }  // namespace qx

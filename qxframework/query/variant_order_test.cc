@@ -69,6 +69,21 @@ TEST(VariantOrder, NumbersDatesAndTextsHaveTheirUsualOrder) {
   EXPECT_FALSE(valueBelow(CComVariant(u"B"), CComVariant(u"a")));
 }
 
+TEST(VariantOrder, ASearchLearnsTheOrderFromOneComparison) {
+  EXPECT_LT(valueOrder(CComVariant(u"a"), CComVariant(u"B")), 0);
+  EXPECT_GT(valueOrder(CComVariant(u"B"), CComVariant(u"a")), 0);
+  EXPECT_EQ(valueOrder(CComVariant(u"a"), CComVariant(u"a")), 0);
+  EXPECT_LT(valueOrder(CComVariant(9), CComVariant(u"10")), 0);
+  EXPECT_GT(valueOrder(CComVariant(u"10"), CComVariant(9)), 0);
+  EXPECT_GT(valueOrder(CComVariant(2.5), CComVariant(2)), 0);
+  EXPECT_GT(valueOrder(ofKind(VT_UI4, 0xFFFF), ofKind(VT_UI4, 1)), 0);
+  EXPECT_EQ(valueOrder(ofKind(VT_NULL, 0), ofKind(VT_NULL, 1)), 0);
+  EXPECT_EQ(valueOrder(ofKind(VT_UNKNOWN, 0), CComVariant(1)), 0);
+  const CComVariant noText = ofKind(VT_BSTR, 0);
+  EXPECT_EQ(valueOrder(noText, CComVariant(u"")), 0);
+  EXPECT_LT(valueOrder(noText, CComVariant(u"a")), 0);
+}
+
 TEST(VariantOrder, IncomparableValuesAreNeitherEqualNorBelow) {
   const CComVariant object = ofKind(VT_UNKNOWN, 0);
   EXPECT_FALSE(sameValue(object, object));

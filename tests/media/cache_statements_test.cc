@@ -136,6 +136,24 @@ TEST_F(CacheStatements, TheFirstRowsFromAKeyOfSeveralFieldsComeInTheOrderOfItsFi
   EXPECT_THAT(select(), ElementsAre("B|O'Brien|2"));
 }
 
+// As the guide warns: the groups after the first do not repeat the conditions.
+TEST_F(CacheStatements, RowsAfterTheFirstFieldOfAKeyComeWhateverTheConditions) {
+  param->SetConditions(Conditions().add(u"U_Count", co_Equal, u"1", u"VT_R8").get());
+  behave(pb_FirstRowsFrom, {{u"U_Who", u"Cid"}}, 9);
+  EXPECT_THAT(select(), ElementsAre("D|Cid|1"));
+  behave(pb_FirstRowsFrom, {{u"U_Who", u"Cid"}, {u"U_No", u"A"}}, 9);
+  EXPECT_THAT(select(), ElementsAre("D|Cid|D|1", "B|O'Brien|B|2", "F|Zoe|F|9"));
+}
+
+TEST_F(CacheStatements, SortFieldsOfACommonTableAreRefusedBesideACorrelationAndFields) {
+  param->SetMajorTableCorrelationName(u"T0");
+  sortBy({CQXPersistenceSortField(u"U_Count")});
+  behave(pb_FirstRowsFrom, {{u"U_Who", u"Cid"}}, 1);
+  EXPECT_EQ(failureOf([this] { select(); }), "_com_error -2000");
+  setFields({});
+  EXPECT_EQ(failureOf([this] { select(); }), "no failure");
+}
+
 TEST_F(CacheStatements, AllRowsFromAKeyCome) {
   behave(pb_FirstRowsFrom, {{u"U_Who", u"Cid"}}, 100001);
   EXPECT_THAT(select(), ElementsAre("C|Cid|2", "D|Cid|1", "E|Cid|9", "B|O'Brien|2", "F|Zoe|9"));

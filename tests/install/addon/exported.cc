@@ -232,6 +232,27 @@ void useBusiness() {
   used(refusal([&] { browser.First(); }) == -1, "CQXBusinessObjectBrowser");
 }
 
+class CachedRows : public CQXPersistentCollection_CacheBased {
+ public:
+  void MapToContainer(const TyFieldValues&, CQXValueContainer&) override {}
+  void ContainerToMap(const CQXValueContainer&, TyFieldValues&) override {}
+};
+
+void useCache() {
+  TyLoadParameter param;
+  const std::vector<CComBSTR> keys{u"Code"};
+  param.SetKeyFields(&keys);
+  used(param.GetKeyFields()->size() == 1 && param == TyLoadParameter(param), "TyLoadParameter");
+  TyLoadParameter_WithPrefetchKeys prefetch;
+  prefetch.SetPrefetchBehavior(pb_AllRows, nullptr, 0);
+  used(TyLoadParameter_WithPrefetchKeys(prefetch).GetPrefetchBehavior() == pb_AllRows,
+       "TyLoadParameter_WithPrefetchKeys");
+  CachedRows rows;
+  Row row;
+  rows.AddIndex(u"byNo", {u"U_No"});
+  used(refusal([&] { CachedRows(rows).First(row); }) == -1, "CQXPersistentCollection_CacheBased");
+}
+
 }  // namespace
 
 int main() {
@@ -242,5 +263,6 @@ int main() {
   useQueries();
   useProxies();
   useBusiness();
+  useCache();
   std::cout << uses << " uses" << std::endl;
 }
