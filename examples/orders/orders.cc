@@ -1,7 +1,7 @@
 // Keeps orders in a table of its own. At its start it adds two orders, raises the amount of one of
 // them in a transaction, and shows a summary in the status bar. One menu entry opens a form with
-// all orders (order_form.h), one takes in many (sample_orders.h), and one tries a rise in prices out
-// (order_rise.h).
+// all orders (order_form.h), one takes in many (sample_orders.h), and one tries a rise in prices
+// out (order_rise.h).
 
 #include "order.h"
 #include "order_form.h"
