@@ -227,6 +227,16 @@ TEST_F(CachedCollectionIndex, ACopyHasIndexesOfItsOwn) {
   EXPECT_TRUE(second.FindInIndex(u"byN", number(2), &part));
 }
 
+TEST_F(CachedCollectionIndex, AnAssignmentReplacesTheIndexes) {
+  Parts target;
+  setUp(target);
+  target.AddIndex(u"old", {u"U_N"});
+  target = parts;
+  EXPECT_TRUE(target.FindInIndex(u"byN", number(2), &part));
+  EXPECT_EQ(refusalOf([&] { target.FindInIndex(u"old", number(2), &part); }),
+            "-1: The collection has no index old: call AddIndex before a search");
+}
+
 TEST_F(CachedCollectionIndex, WantsAsManyValuesAsItHasFields) {
   try {
     found(u"byN", values({{u"U_N", 1}, {u"Code", u"A"}}));

@@ -249,6 +249,8 @@ TEST_F(CachedCollection, WithoutRowsIsAtBothEnds) {
 
 TEST_F(CachedCollection, OneRowIsTheFirstAndTheLast) {
   answerRows({{u"A", 1}});
+  EXPECT_FALSE(parts.Bof());
+  EXPECT_FALSE(parts.Eof());
   EXPECT_EQ(parts.First(part), 0);
   EXPECT_EQ(part.text(), "Code=A U_N=1");
   part = Part();

@@ -474,6 +474,13 @@ TEST_F(KeyOfValues, BuildsTheKeyInItsOrderFromOtherValues) {
   EXPECT_EQ(key->GetValueAt(1).lVal, 2);
 }
 
+TEST_F(KeyOfValues, BuildsTheKeyIfOnlyItsFirstFieldIsOutOfPlace) {
+  TyFieldValues shifted{{u"U_Who", u"Ann"}, {u"U_Line", 2}, {u"U_No", u"A"}};
+  const qx_ptr<TyFieldValues> key = param.GetKeyFromNameValueMap(shifted);
+  ASSERT_EQ(key->GetCount(), 2);
+  EXPECT_EQ(utf8(key->GetValueAt(0)), "A");
+}
+
 TEST_F(KeyOfValues, ThrowsForAKeyFieldWithoutAValue) {
   TyFieldValues lacking{{u"U_No", u"A"}};
   try {
