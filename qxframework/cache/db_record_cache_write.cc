@@ -103,6 +103,7 @@ TyRow CDBRecordCache::rowToKeep(const TyRow& row, bool addCode, long code) const
 }
 
 void CDBRecordCache::keepAdded(const TyRow& row) {
+  m_mapFoundRows.clear();
   m_mapRows.insert_or_assign(row.m_KeyFields, qx_ptr<TyRow>(new TyRow(row), true));
   // A value that was not read starts no list: the list would lack the rows of the database.
   const auto list = listOf(row);
@@ -142,6 +143,7 @@ void CDBRecordCache::forget(const TyFieldValues& key) {
   const auto list = listOf(*found->second);
   // By the key in memory: the caller's may be an element of this list.
   if (list != nullptr) std::erase(*list, found->first);
+  m_mapFoundRows.clear();
   m_mapRows.erase(found);
 }
 
