@@ -139,7 +139,7 @@ class QX_API CDBRecordCache {
   /// The rows of a list of keys.
   struct FoundRows {
     std::size_t keyCount = 0;
-    std::vector<TyRowsByKey::const_iterator> rows;
+    TyRowsByKey rows;
   };
   enum class Reading { Nothing, Rows, LostRows };
   class FlushingFor;
@@ -163,7 +163,7 @@ class QX_API CDBRecordCache {
   int rowsOfLoad(const TyLoadParameter_WithPrefetchKeys& param, TyRowsByKey& returnRows);
   void addListedRows(const TyVector_KeyCollection& list, TyRowsByKey& returnRows) const;
   FoundRows findRows(const TyVector_KeyCollection& keys) const;
-  static void addRows(const FoundRows& found, TyRowsByKey& returnRows);
+  static void addRows(const TyRowsByKey& rows, TyRowsByKey& returnRows);
   std::u16string reasonText(const TyLoadParameter_WithPrefetchKeys& param, MissReason reason,
                             const COleDateTime& now) const;
   void countLoad(const TyLoadParameter_WithPrefetchKeys& param, MissReason reason,
@@ -200,7 +200,7 @@ class QX_API CDBRecordCache {
   qx_ptr<CacheCounters> m_ptrCounters;
   FlushReason m_flushReason = &CacheFlushes::request;
   Reading m_reading = Reading::Nothing;
-  // By the lists that were returned since a row was last added or removed.
+  // By the lists that were returned since a row was last changed.
   mutable std::map<const TyVector_KeyCollection*, FoundRows> m_mapFoundRows;
   TyFieldValues m_EmptyFields;       // with the names of the rows that are being read
   std::size_t m_nStatementsRun = 0;  // of the buffered ones, by the last flush

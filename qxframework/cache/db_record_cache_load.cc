@@ -178,7 +178,7 @@ int CDBRecordCache::rowsOfLoad(const TyLoadParameter_WithPrefetchKeys& param,
 
 void CDBRecordCache::_getReturnRowsFromKeyCollection(const TyVector_KeyCollection& keys,
                                                      TyRowsByKey& returnRows) const {
-  addRows(findRows(keys), returnRows);
+  addRows(findRows(keys).rows, returnRows);
 }
 
 // One of the cache's own lists needs no look-ups when it is asked for again, so that a page takes
@@ -187,29 +187,28 @@ void CDBRecordCache::addListedRows(const TyVector_KeyCollection& list,
                                    TyRowsByKey& returnRows) const {
   FoundRows& found = m_mapFoundRows[&list];
   if (found.keyCount != list.size()) found = findRows(list);
-  addRows(found, returnRows);
+  addRows(found.rows, returnRows);
 }
 
 CDBRecordCache::FoundRows CDBRecordCache::findRows(const TyVector_KeyCollection& keys) const {
   FoundRows found{keys.size(), {}};
   for (const TyFieldValues& key : keys) {
     const auto row = m_mapRows.find(key);
-    if (row != m_mapRows.end()) found.rows.push_back(row);
+    if (row != m_mapRows.end()) found.rows.insert_or_assign(found.rows.end(), key, row->second);
   }
   return found;
 }
 
-void CDBRecordCache::addRows(const FoundRows& found, TyRowsByKey& returnRows) {
-  for (const auto& row : found.rows)
-    returnRows.insert_or_assign(returnRows.end(), row->first, row->second);
+void CDBRecordCache::addRows(const TyRowsByKey& rows, TyRowsByKey& returnRows) {
+  if (returnRows.empty()) {
+    returnRows = rows;  // without comparisons
+    return;
+  }
+  for (const auto& [key, row] : rows) returnRows.insert_or_assign(returnRows.end(), key, row);
 }
 
 void CDBRecordCache::_getAllRowsAsReturnRows(TyRowsByKey& returnRows) const {
-  if (returnRows.empty()) {
-    returnRows = m_mapRows;  // without comparisons
-    return;
-  }
-  for (const auto& [key, row] : m_mapRows) returnRows.insert_or_assign(returnRows.end(), key, row);
+  addRows(m_mapRows, returnRows);
 }
 
 CComPtr<IRecordset> CDBRecordCache::runSelect(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,

@@ -126,7 +126,9 @@ void CDBRecordCache::Update(const CComBSTR& table, const TyRow& row) {
   RunSQL_AddUpdateRemove(sql);
   if (m_ptrLastLoadParameter == nullptr) return;
   const auto found = m_mapRows.find(row.m_KeyFields);
-  if (found != m_mapRows.end()) found->second = qx_ptr<TyRow>(new TyRow(row), true);
+  if (found == m_mapRows.end()) return;
+  m_mapFoundRows.clear();
+  found->second = qx_ptr<TyRow>(new TyRow(row), true);
 }
 
 void CDBRecordCache::DeleteByKey(const CComBSTR& table, const TyFieldValues& key) {
