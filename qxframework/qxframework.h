@@ -5,6 +5,7 @@
 #include "qxframework/automation/class_object.h"
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/cache/db_record_cache.h"
 #include "qxframework/cache/load_parameter.h"
 #include "qxframework/cache/sql_generator.h"
 #include "qxframework/dbdef/db_def.h"

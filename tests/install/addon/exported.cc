@@ -194,6 +194,18 @@ void useProxies() {
   used(raisedBy(getSql) == E_POINTER, "CQXChooseListHelper");
 }
 
+void useCache() {
+  CDBRecordCache::ClearAllCaches(true, false);
+  CDBRecordCache::FlushAllCaches();
+  CDBRecordCache::BeforeTransaction_Start();
+  CDBRecordCache::LogCounters();
+  used(CDBRecordCache::AllCounters().empty() && CDBRecordCache::CountersText().IsEmpty(),
+       "CDBRecordCache");
+  used(raisedBy([] { CDBRecordCache::GetInstance(CComPtr<ICompany>(), u"@T"); }) == E_POINTER,
+       "CDBRecordCache");
+  used(CacheCounters().Text().Length() > 0, "CacheCounters");
+}
+
 }  // namespace
 
 int main() {
@@ -203,5 +215,6 @@ int main() {
   useRuntime();
   useQueries();
   useProxies();
+  useCache();
   std::cout << uses << " uses" << std::endl;
 }
