@@ -9,6 +9,7 @@
 #include "qxframework/business/business_object_browser.h"
 #include "qxframework/business/transaction.h"
 #include "qxframework/cache/cached_collection.h"
+#include "qxframework/cache/db_record_cache.h"
 #include "qxframework/cache/load_parameter.h"
 #include "qxframework/cache/sql_generator.h"
 #include "qxframework/dbdef/db_def.h"

@@ -144,6 +144,7 @@ void CDBRecordCache::logLostStatements() const {
 void CDBRecordCache::ClearCache(bool clearRows, bool flushFirst) {
   if (flushFirst) FlushToDB();
   if (!clearRows) return;
+  m_mapFoundRows.clear();
   m_mapRows.clear();
   m_mapPrefetchedKeys.clear();
   m_bLoaded = false;

@@ -136,6 +136,11 @@ class QX_API CDBRecordCache {
  private:
   using MissReason = long CacheMisses::*;
   using FlushReason = long CacheFlushes::*;
+  /// The rows of a list of keys.
+  struct FoundRows {
+    std::size_t keyCount = 0;
+    TyRowsByKey rows;
+  };
   enum class Reading { Nothing, Rows, LostRows };
   class FlushingFor;
   class ReadingRows;
@@ -156,10 +161,15 @@ class QX_API CDBRecordCache {
   int loadFromDatabase(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
                        TyRowsByKey& returnRows, const COleDateTime& now, CReturnValue<void>& scope);
   int rowsOfLoad(const TyLoadParameter_WithPrefetchKeys& param, TyRowsByKey& returnRows);
+  void addListedRows(const TyVector_KeyCollection& list, TyRowsByKey& returnRows) const;
+  FoundRows findRows(const TyVector_KeyCollection& keys) const;
+  static void addRows(const TyRowsByKey& rows, TyRowsByKey& returnRows);
   std::u16string reasonText(const TyLoadParameter_WithPrefetchKeys& param, MissReason reason,
                             const COleDateTime& now) const;
   void countLoad(const TyLoadParameter_WithPrefetchKeys& param, MissReason reason,
                  const COleDateTime& now);
+  static void readNames(IFields& fields, long columns, std::vector<CComBSTR>& names);
+  const TyFieldValues& emptyFields(const std::vector<CComBSTR>& names, long first);
   CComPtr<IRecordset> runSelect(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
                                 const OLECHAR* logFormat, CReturnValue<void>& scope);
 
@@ -190,6 +200,9 @@ class QX_API CDBRecordCache {
   qx_ptr<CacheCounters> m_ptrCounters;
   FlushReason m_flushReason = &CacheFlushes::request;
   Reading m_reading = Reading::Nothing;
+  // By the lists that were returned since a row was last changed.
+  mutable std::map<const TyVector_KeyCollection*, FoundRows> m_mapFoundRows;
+  TyFieldValues m_EmptyFields;       // with the names of the rows that are being read
   std::size_t m_nStatementsRun = 0;  // of the buffered ones, by the last flush
 };
 

@@ -9,6 +9,7 @@
 #include "qxframework/query/persistence_exception.h"
 #include "qxframework/sql/recordset_cell.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace Persistence {
@@ -125,7 +126,7 @@ int CDBRecordCache::rowsFromMemory(const TyLoadParameter_WithPrefetchKeys& param
   if (param.HasPrefetchFields()) {
     const auto found = m_mapPrefetchedKeys.find(*param.GetPrefetchFields());
     if (found == m_mapPrefetchedKeys.end()) return -1;
-    _getReturnRowsFromKeyCollection(*found->second, returnRows);
+    addListedRows(*found->second, returnRows);
     return static_cast<int>(found->second->size());
   }
   if (m_ptrLastLoadParameter == nullptr) return -1;
@@ -171,20 +172,43 @@ int CDBRecordCache::rowsOfLoad(const TyLoadParameter_WithPrefetchKeys& param,
   // A start key without rows is kept too, so that the next load of it needs no query.
   qx_ptr<TyVector_KeyCollection>& keys = m_mapPrefetchedKeys[*param.GetPrefetchFields()];
   if (keys == nullptr) keys = qx_ptr<TyVector_KeyCollection>(new TyVector_KeyCollection, true);
-  _getReturnRowsFromKeyCollection(*keys, returnRows);
+  addListedRows(*keys, returnRows);
   return static_cast<int>(keys->size());
 }
 
 void CDBRecordCache::_getReturnRowsFromKeyCollection(const TyVector_KeyCollection& keys,
                                                      TyRowsByKey& returnRows) const {
+  addRows(findRows(keys).rows, returnRows);
+}
+
+// One of the cache's own lists needs no look-ups when it is asked for again, so that a page takes
+// no longer among many rows than among few.
+void CDBRecordCache::addListedRows(const TyVector_KeyCollection& list,
+                                   TyRowsByKey& returnRows) const {
+  FoundRows& found = m_mapFoundRows[&list];
+  if (found.keyCount != list.size()) found = findRows(list);
+  addRows(found.rows, returnRows);
+}
+
+CDBRecordCache::FoundRows CDBRecordCache::findRows(const TyVector_KeyCollection& keys) const {
+  FoundRows found{keys.size(), {}};
   for (const TyFieldValues& key : keys) {
     const auto row = m_mapRows.find(key);
-    if (row != m_mapRows.end()) returnRows.insert_or_assign(returnRows.end(), key, row->second);
+    if (row != m_mapRows.end()) found.rows.insert_or_assign(found.rows.end(), key, row->second);
   }
+  return found;
+}
+
+void CDBRecordCache::addRows(const TyRowsByKey& rows, TyRowsByKey& returnRows) {
+  if (returnRows.empty()) {
+    returnRows = rows;  // without comparisons
+    return;
+  }
+  for (const auto& [key, row] : rows) returnRows.insert_or_assign(returnRows.end(), key, row);
 }
 
 void CDBRecordCache::_getAllRowsAsReturnRows(TyRowsByKey& returnRows) const {
-  for (const auto& [key, row] : m_mapRows) returnRows.insert_or_assign(returnRows.end(), key, row);
+  addRows(m_mapRows, returnRows);
 }
 
 CComPtr<IRecordset> CDBRecordCache::runSelect(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
@@ -206,6 +230,7 @@ void CDBRecordCache::LoadRecordSetRowsToCache(const qx_ptr<TyLoadParameter_WithP
   param->FillKeyFieldsInfo(key);
   param->FillPrefetchFieldsInfo(prefetch);
   PrefetchedKeys prefetched(m_mapPrefetchedKeys);
+  m_mapFoundRows.clear();
   while (recordSet->GetEoF() == VARIANT_FALSE) {
     qx_ptr<TyRow> row(new TyRow, true);
     LoadRowFromRecordSet(recordSet, param->IsKeyFieldsOnly(), key, prefetch, names, *row);
@@ -222,23 +247,42 @@ void CDBRecordCache::LoadRowFromRecordSet(IRecordset* recordSet, bool keysOnly, 
   CReturnValue<void> scope(u"CDBRecordCache::LoadRowFromRecordSet", qx::kCacheLogId);
   const CComPtr<IFields> fields = recordSet->GetFields();
   const long columns = fields->Count();
-  const bool namesAreKnown = std::cmp_equal(names.size(), columns);
-  if (!namesAreKnown) names.clear();
+  if (!std::cmp_equal(names.size(), columns)) readNames(*fields.p, columns, names);
   const long firstOther = key.GetCount() + prefetch.GetCount();
+  row.m_Fields = emptyFields(names, firstOther);
   for (long i = 0; i < columns; ++i) {
-    const CComPtr<IField> field = fields->Item(CComVariant(i));
-    if (!namesAreKnown) names.push_back(field->GetName());
-    CComVariant value = field->GetValue();
+    CComVariant value = fields->Item(CComVariant(i))->GetValue();
     if (i < key.GetCount()) {
       key.SetValueAt(i, std::move(value));
     } else if (i < firstOther) {
       prefetch.SetValueAt(i - key.GetCount(), std::move(value));
     } else {
-      row.m_Fields.Add(names[static_cast<std::size_t>(i)], std::move(value));
+      row.m_Fields.SetValueAt(i - firstOther, std::move(value));
     }
   }
   row.m_KeyFields = key;
   if (keysOnly) row.m_Fields = key;
+}
+
+void CDBRecordCache::readNames(IFields& fields, long columns, std::vector<CComBSTR>& names) {
+  names.clear();
+  for (long i = 0; i < columns; ++i) names.push_back(fields.Item(CComVariant(i))->GetName());
+}
+
+// The rows of a load share their names with this one.
+const TyFieldValues& CDBRecordCache::emptyFields(const std::vector<CComBSTR>& names, long first) {
+  const auto begin = names.begin() + std::min(first, static_cast<long>(names.size()));
+  const auto isKnown = [&] {
+    if (m_EmptyFields.GetCount() != names.end() - begin) return false;
+    for (long i = 0; i < m_EmptyFields.GetCount(); ++i)
+      if (m_EmptyFields.keyAt(i).View() != begin[i].View()) return false;
+    return true;
+  };
+  if (!isKnown()) {
+    m_EmptyFields.Clear();
+    for (auto name = begin; name != names.end(); ++name) m_EmptyFields.Add(*name, CComVariant());
+  }
+  return m_EmptyFields;
 }
 
 qx_ptr<TyRow> CDBRecordCache::GetByKey_DirectFromDB(

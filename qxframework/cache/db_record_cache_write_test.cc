@@ -302,6 +302,41 @@ TEST_F(CacheWrite, ADeleteByFieldValuesDropsAllRowsAndIsBuffered) {
               ElementsAre("DELETE FROM [@T] WHERE [U_G]=1 AND [U_N]=10", selectFrom(1)));
 }
 
+TEST_F(CacheWrite, APageThatWasServedFollowsEveryWrite) {
+  const auto served = [this] {
+    load(from(1));
+    return shown(rows);
+  };
+  EXPECT_EQ(served().size(), 2U);
+  EXPECT_EQ(served().size(), 2U);
+  cache()->Update(u"@T", {code(u"A"), values({{u"U_G", 2}})});
+  EXPECT_THAT(served(), ElementsAre("Code=A | U_G=2", "Code=B | Code=B U_G=1 U_N=20"));
+  cache()->DeleteByKey(u"@T", code(u"A"));  // its key stays in the list
+  EXPECT_THAT(served(), ElementsAre("Code=B | Code=B U_G=1 U_N=20"));
+  cache()->Add(u"@T", false, rowOf(u"A", 7, 1));  // back under the key in the list
+  EXPECT_THAT(served(), ElementsAre("Code=A | Code=A U_G=7 U_N=1", "Code=B | Code=B U_G=1 U_N=20"));
+  cache()->DeleteByKey(u"@T", code(u"B"));
+  cache()->Add(u"@T", false, rowOf(u"X", 1, 2));
+  EXPECT_THAT(served(), ElementsAre("Code=A | Code=A U_G=7 U_N=1", "Code=X | Code=X U_G=1 U_N=2"));
+}
+
+TEST_F(CacheWrite, AClassOfAnAddOnFillsRowsByItself) {
+  struct Open : CDBRecordCache {
+    using CDBRecordCache::_getAllRowsAsReturnRows;
+    using CDBRecordCache::_getReturnRowsFromKeyCollection;
+    explicit Open(const CComPtr<ICompany>& of) : CDBRecordCache(of) {}
+  };
+  Open open(host());
+  open.Load(from(1), rows);
+  rows.clear();
+  const TyVector_KeyCollection keys{code(u"C"), code(u"Z"), code(u"A")};
+  open._getReturnRowsFromKeyCollection(keys, rows);
+  EXPECT_THAT(shown(rows),
+              ElementsAre("Code=A | Code=A U_G=1 U_N=10", "Code=C | Code=C U_G=2 U_N=30"));
+  open._getAllRowsAsReturnRows(rows);
+  EXPECT_EQ(rows.size(), 3U);
+}
+
 // The time in which rows were dropped and the parameter kept.
 
 TEST_F(CacheWrite, AWriteAfterTheRowsWereDroppedIsInMemoryUntilTheNextLoad) {

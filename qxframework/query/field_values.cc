@@ -36,54 +36,105 @@ TyFieldValues::TyFieldValues(TyFieldValues&& other) noexcept { *this = std::move
 
 TyFieldValues& TyFieldValues::operator=(const TyFieldValues& other) {
   if (this == &other) return *this;
-  Clear();
-  for (const CComBSTR& name : other.m_Names) Add(name, other[name]);
+  if (other.hasValuesWithoutPosition()) {
+    Clear();
+    copyPositions(other);
+  } else {
+    m_Body = other.m_Body;
+  }
   return *this;
 }
 
 TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
   if (this == &other) return *this;
-  // The entries of a map stay in place when the map moves, so the pointers to them stay valid.
-  m_Values = std::move(other.m_Values);
-  m_Names = std::move(other.m_Names);
-  m_Places = std::move(other.m_Places);
+  if (other.hasValuesWithoutPosition()) {
+    *this = static_cast<const TyFieldValues&>(other);
+  } else {
+    m_Body = std::move(other.m_Body);
+  }
   other.Clear();
-  std::erase_if(m_Values, [](const auto& entry) { return entry.second.position == -1; });
   return *this;
 }
 
+bool TyFieldValues::hasValuesWithoutPosition() const {
+  if (m_Body == nullptr) return false;
+  const std::vector<long>& positions = m_Body->names->firstPosition;
+  return std::find(positions.begin(), positions.end(), -1) != positions.end();
+}
+
+void TyFieldValues::copyPositions(const TyFieldValues& other) {
+  for (long i = 0; i < other.GetCount(); ++i) Add(other.keyAt(i), other.valueAt(i));
+}
+
+const TyFieldValues::Names& TyFieldValues::allNames() const {
+  static const Names none;
+  return m_Body == nullptr ? none : *m_Body->names;
+}
+
+TyFieldValues::Body& TyFieldValues::ownBody() {
+  if (m_Body == nullptr) {
+    m_Body = std::make_shared<Body>();
+    m_Body->names = std::make_shared<Names>();
+  } else if (m_Body.use_count() > 1) {
+    m_Body = std::make_shared<Body>(*m_Body);
+  }
+  return *m_Body;
+}
+
+TyFieldValues::Names& TyFieldValues::ownNames() {
+  Body& body = ownBody();
+  if (body.names.use_count() > 1) body.names = std::make_shared<Names>(*body.names);
+  return *body.names;
+}
+
+std::size_t TyFieldValues::slotOf(const CComBSTR& name) {
+  if (m_Body != nullptr) {
+    const auto found = m_Body->names->slots.find(name.m_str);
+    if (found != m_Body->names->slots.end()) return found->second;
+  }
+  Names& names = ownNames();
+  // Room first: after that nothing can fail, and the parts stay in step.
+  makeRoom(m_Body->values);
+  makeRoom(names.firstPosition);
+  const std::size_t slot = m_Body->values.size();
+  names.slots.emplace(name, slot);
+  names.firstPosition.push_back(-1);
+  m_Body->values.emplace_back();
+  return slot;
+}
+
 void TyFieldValues::Add(CComBSTR name, CComVariant value) {
-  // Room first: after that nothing can fail, and the three members stay in step.
-  makeRoom(m_Names);
-  makeRoom(m_Places);
-  Entry& entry = m_Values[name];
-  entry.value = std::move(value);
+  Names& names = ownNames();
+  makeRoom(names.byPosition);
+  makeRoom(names.slotByPosition);
+  const std::size_t slot = slotOf(name);
+  m_Body->values[slot] = std::move(value);
   // A name that is added again keeps its first position, which FindIndex returns.
-  if (entry.position == -1) entry.position = GetCount();
-  m_Names.push_back(std::move(name));
-  m_Places.push_back(&entry);
+  if (names.firstPosition[slot] == -1) names.firstPosition[slot] = GetCount();
+  names.byPosition.push_back(std::move(name));
+  names.slotByPosition.push_back(slot);
 }
 
 void TyFieldValues::SetValue(CComBSTR name, CComVariant value) {
-  m_Values[std::move(name)].value = std::move(value);
+  const std::size_t slot = slotOf(name);
+  ownBody().values[slot] = std::move(value);
 }
 
 long TyFieldValues::FindIndex(const OLECHAR* name) const {
-  const auto found = m_Values.find(name);
-  if (found == m_Values.end()) return -1;
-  if (found->second.position == -1) qx::throwText("internal unknown error");
-  return found->second.position;
+  const Names& names = allNames();
+  const auto found = names.slots.find(name);
+  if (found == names.slots.end()) return -1;
+  const long position = names.firstPosition[found->second];
+  if (position == -1) qx::throwText("internal unknown error");
+  return position;
 }
 
-void TyFieldValues::Clear() {
-  m_Values.clear();
-  m_Names.clear();
-  m_Places.clear();
-}
+void TyFieldValues::Clear() { m_Body.reset(); }
 
 const CComVariant* TyFieldValues::find(const OLECHAR* name) const {
-  const auto found = m_Values.find(name);
-  return found == m_Values.end() ? nullptr : &found->second.value;
+  const Names& names = allNames();
+  const auto found = names.slots.find(name);
+  return found == names.slots.end() ? nullptr : &m_Body->values[found->second];
 }
 
 const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {

@@ -4,12 +4,17 @@
 // keeps the order in which the names were added. Positions count from 0 in that order.
 //
 // Names compare in the user's locale and with letter case. A name ends at its first zero.
+//
+// Copies share their values, and all maps that were copied from one share its names, until one of
+// them is changed: rows of one query differ in their values only, and the record cache has a key in
+// several places.
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/variant.h"
 
 #include <initializer_list>
 #include <map>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -28,16 +33,19 @@ struct QX_API TyFieldValues {
   ~TyFieldValues() = default;
 
   /// Returns the number of positions.
-  long GetCount() const { return static_cast<long>(m_Names.size()); }
+  long GetCount() const {
+    return m_Body == nullptr ? 0 : static_cast<long>(m_Body->names->byPosition.size());
+  }
   /// Return copies. Throw std::out_of_range for a position that does not exist.
   CComBSTR GetKeyAt(long position) const { return keyAt(position); }
   CComVariant GetValueAt(long position) const { return valueAt(position); }
   /// Return the same without a copy; the reference is valid until the next change.
   const CComBSTR& keyAt(long position) const {
-    return m_Names.at(static_cast<std::size_t>(position));
+    return allNames().byPosition.at(static_cast<std::size_t>(position));
   }
   const CComVariant& valueAt(long position) const {
-    return m_Places.at(static_cast<std::size_t>(position))->value;
+    const std::size_t slot = slotAt(position);  // throws without values
+    return m_Body->values[slot];
   }
 
   /// Sets the value and assigns the next position to the name. A name that is added again has two
@@ -48,7 +56,8 @@ struct QX_API TyFieldValues {
   void SetValue(CComBSTR name, CComVariant value);
   /// Sets the value of the name at a position. Throws std::out_of_range.
   void SetValueAt(long position, CComVariant value) {
-    m_Places.at(static_cast<std::size_t>(position))->value = std::move(value);
+    const std::size_t slot = slotAt(position);
+    ownBody().values[slot] = std::move(value);
   }
   /// Returns the first position of the name; -1 if it has no value. Throws the `char*` "internal
   /// unknown error" for a name whose value was only set by SetValue.
@@ -75,15 +84,31 @@ struct QX_API TyFieldValues {
     using is_transparent = void;
     bool operator()(const OLECHAR* a, const OLECHAR* b) const;
   };
-  /// A value with the first position of its name; -1 if the name has none.
-  struct Entry {
-    CComVariant value;
-    long position = -1;
+  /// Names with the slots of their values. A value without a position has a slot too.
+  struct Names {
+    std::map<CComBSTR, std::size_t, NameOrder> slots;
+    std::vector<long> firstPosition;  // by slot; -1 without one
+    std::vector<CComBSTR> byPosition;
+    std::vector<std::size_t> slotByPosition;
+  };
+  struct Body {
+    std::shared_ptr<Names> names;
+    std::vector<CComVariant> values;  // by slot
   };
 
-  std::map<CComBSTR, Entry, NameOrder> m_Values;
-  std::vector<CComBSTR> m_Names;  // by position
-  std::vector<Entry*> m_Places;   // by position, into the map, whose entries stay where they are
+  const Names& allNames() const;
+  std::size_t slotAt(long position) const {
+    return allNames().slotByPosition.at(static_cast<std::size_t>(position));
+  }
+  /// Return parts that no other map shares.
+  Body& ownBody();
+  Names& ownNames();
+  /// Returns the slot of the name, a new one without a position if it has none.
+  std::size_t slotOf(const CComBSTR& name);
+  bool hasValuesWithoutPosition() const;
+  void copyPositions(const TyFieldValues& other);
+
+  std::shared_ptr<Body> m_Body;  // null while there are no values
 };
 
 /// A row: the fields of its key and its other fields.

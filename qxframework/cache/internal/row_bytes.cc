@@ -4,6 +4,7 @@ namespace qx {
 namespace {
 
 using Persistence::TyFieldValues;
+using Persistence::TyRow;
 
 // What the memory manager adds to each piece, and the links of an element of a map.
 constexpr long long kPiece = 16;
@@ -14,14 +15,15 @@ long long textBytes(std::u16string_view text) {
   return kPiece + kLengthAndEnd + static_cast<long long>(text.size() * sizeof(OLECHAR));
 }
 
-// Names are held twice: by position and as the keys of a map.
+// The names are those of all rows of a load, and a key has one copy of its values for all places.
+constexpr long long kHolder = sizeof(TyFieldValues);
+
 long long bytesOf(const TyFieldValues& values) {
-  constexpr long long kPerField = kPiece + kMapLinks + 2 * sizeof(CComBSTR) + sizeof(CComVariant) +
-                                  sizeof(long) + sizeof(void*);
-  long long bytes = sizeof(TyFieldValues) + 2 * kPiece;
+  constexpr long long kCounts = 16;  // of the shared pointer
+  long long bytes = 2 * kPiece + kCounts + 2 * sizeof(void*) + sizeof(std::vector<CComVariant>);
   for (long i = 0; i < values.GetCount(); ++i) {
     const CComVariant& value = values.valueAt(i);
-    bytes += kPerField + 2 * textBytes(values.keyAt(i).View());
+    bytes += static_cast<long long>(sizeof(CComVariant));
     if (value.vt == VT_BSTR) bytes += textBytes(viewOfBstr(value.bstrVal));
   }
   return bytes;
@@ -32,7 +34,9 @@ long long bytesOf(const TyFieldValues& values) {
 long long bytesOf(const Persistence::TyRowsByKey& rows) {
   long long bytes = 0;
   for (const auto& [key, row] : rows) {
-    bytes += kPiece + kMapLinks + bytesOf(key) + kPiece + sizeof(row) + bytesOf(row->m_KeyFields) +
+    constexpr long long kRowCounts = 24;  // of the counted pointer
+    bytes += kPiece + kMapLinks + kHolder + static_cast<long long>(sizeof(row)) + bytesOf(key) +
+             2 * kPiece + kRowCounts + static_cast<long long>(sizeof(TyRow)) +
              bytesOf(row->m_Fields);
   }
   return bytes;
@@ -42,8 +46,8 @@ long long bytesOf(const std::map<Persistence::TyFieldValues,
                                  qx_ptr<Persistence::TyVector_KeyCollection>>& lists) {
   long long bytes = 0;
   for (const auto& [value, keys] : lists) {
-    bytes += kPiece + kMapLinks + bytesOf(value) + 2 * kPiece + sizeof(*keys);
-    for (const TyFieldValues& key : *keys) bytes += bytesOf(key);
+    bytes += kPiece + kMapLinks + kHolder + bytesOf(value) + 2 * kPiece +
+             static_cast<long long>(sizeof(*keys)) + kHolder * static_cast<long long>(keys->size());
   }
   return bytes;
 }

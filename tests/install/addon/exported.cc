@@ -253,6 +253,18 @@ void useCache() {
   used(refusal([&] { CachedRows(rows).First(row); }) == -1, "CQXPersistentCollection_CacheBased");
 }
 
+void useCaches() {
+  CDBRecordCache::ClearAllCaches(true, false);
+  CDBRecordCache::FlushAllCaches();
+  CDBRecordCache::BeforeTransaction_Start();
+  CDBRecordCache::LogCounters();
+  used(CDBRecordCache::AllCounters().empty() && CDBRecordCache::CountersText().IsEmpty(),
+       "CDBRecordCache");
+  used(raisedBy([] { CDBRecordCache::GetInstance(CComPtr<ICompany>(), u"@T"); }) == E_POINTER,
+       "CDBRecordCache");
+  used(CacheCounters().Text().Length() > 0, "CacheCounters");
+}
+
 }  // namespace
 
 int main() {
@@ -263,6 +275,7 @@ int main() {
   useQueries();
   useProxies();
   useBusiness();
+  useCaches();
   useCache();
   std::cout << uses << " uses" << std::endl;
 }
