@@ -156,7 +156,7 @@ class QX_API CDBRecordCache {
   void refuseWhileReading(const TyLoadParameter& param) const;
   MissReason reasonToReload(const TyLoadParameter_WithPrefetchKeys& param,
                             const COleDateTime& now) const;
-  void forgetForLoad();
+  void clearForLoad();
   int rowsFromMemory(const TyLoadParameter_WithPrefetchKeys& param, TyRowsByKey& returnRows) const;
   int loadFromDatabase(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
                        TyRowsByKey& returnRows, const COleDateTime& now, CReturnValue<void>& scope);

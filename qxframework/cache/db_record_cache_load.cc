@@ -61,7 +61,9 @@ int CDBRecordCache::Load(qx_ptr<TyLoadParameter_WithPrefetchKeys> param, TyRowsB
   }
   countLoad(*param, reason, now);
   if (reason == nullptr) return count;
-  if (reason != &CacheMisses::keyNotSeen) forgetForLoad();
+  clearForLoad();
+  // For a start key that was not seen the parameter stays until the rows are there.
+  if (reason != &CacheMisses::keyNotSeen) m_ptrLastLoadParameter = 0;
   return loadFromDatabase(param, returnRows, now, scope);
 }
 
@@ -114,11 +116,9 @@ void CDBRecordCache::countLoad(const TyLoadParameter_WithPrefetchKeys& param, Mi
   }
 }
 
-void CDBRecordCache::forgetForLoad() {
+void CDBRecordCache::clearForLoad() {
   const FlushingFor because(*this, &CacheFlushes::load);
   ClearCache(true, true);
-  m_ptrLastLoadParameter = 0;
-  m_bLoaded = false;
 }
 
 int CDBRecordCache::rowsFromMemory(const TyLoadParameter_WithPrefetchKeys& param,
@@ -137,10 +137,6 @@ int CDBRecordCache::rowsFromMemory(const TyLoadParameter_WithPrefetchKeys& param
 int CDBRecordCache::loadFromDatabase(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
                                      TyRowsByKey& returnRows, const COleDateTime& now,
                                      CReturnValue<void>& scope) {
-  {
-    const FlushingFor because(*this, &CacheFlushes::load);
-    ClearCache(true, true);
-  }
   const CComPtr<IRecordset> recordSet = runSelect(param, u"'%s'", scope);
   {
     ReadingRows reading(*this);
