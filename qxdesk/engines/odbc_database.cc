@@ -78,6 +78,10 @@ class PostgresDatabase final : public OdbcDatabase {
   const EngineTables& tables() const override { return postgresTables(); }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override { catalog_.forget(); }
+  bool keepsStatements() const override { return true; }
+  std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int /*parameters*/) override {
+    return makeRepeatedOdbcStatement(connection(), sql);
+  }
   bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
 
  private:

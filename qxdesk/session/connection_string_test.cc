@@ -90,7 +90,7 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 14: db is empty; name the company database's file");
   EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
             "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
-            "language, appid, user, company, play, boxes and progress");
+            "language, appid, user, company, play, boxes, progress and statements");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
             "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),

@@ -13,11 +13,13 @@ namespace {
 // This form is frozen, since client and add-on may be of different builds:
 //   QXLC1|<checksum, 16 hex digits>|<n>:<field><n>:<field>…
 // with n the length of a field in UTF-16 units. The fields are database, server type, language,
-// user name and company name. The checksum runs over the cookie and all fields. It detects changes
-// and contexts for another cookie, but it is no cryptographic signature.
+// user name and company name. A sixth one, "fresh", follows if statements are not kept; older
+// builds refuse such a context. The checksum runs over the cookie and all fields. It detects
+// changes and contexts for another cookie, but it is no cryptographic signature.
 constexpr std::u16string_view kTag = u"QXLC1|";
 constexpr std::size_t kChecksumDigits = 16;
 constexpr std::size_t kMaxFieldDigits = 6;
+constexpr std::u16string_view kFresh = u"fresh";
 
 std::uint64_t mix(std::uint64_t hash, std::u16string_view text) {
   constexpr std::uint64_t kPrime = 0x00000100000001B3;  // FNV-1a
@@ -78,11 +80,14 @@ std::optional<LoginTarget> readFields(std::u16string_view rest) {
     field = takeField(rest);
     if (!field) return std::nullopt;
   }
+  const std::optional<std::u16string> last = rest.empty() ? std::nullopt : takeField(rest);
+  const bool fresh = last == kFresh;
+  if (last && !fresh) return std::nullopt;
   const std::optional<long> serverType = number(*fields[1], kMaxNumberDigits);
   const std::optional<long> language = number(*fields[2], kMaxNumberDigits);
   if (!rest.empty() || !serverType || !language) return std::nullopt;
   return LoginTarget{toUtf8(*fields[0]), *serverType, static_cast<HvLanguages>(*language),
-                     *fields[3], *fields[4]};
+                     *fields[3],         *fields[4],  !fresh};
 }
 
 }  // namespace
@@ -94,6 +99,7 @@ std::u16string encodeLoginContext(const LoginTarget& target, std::u16string_view
   appendField(fields, format(u"%d", static_cast<int>(target.language)));
   appendField(fields, target.userName);
   appendField(fields, target.companyName);
+  if (!target.keepsStatements) appendField(fields, kFresh);
   return std::u16string(kTag) + checksum(cookie, fields) + u"|" + fields;
 }
 

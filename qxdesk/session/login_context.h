@@ -19,6 +19,7 @@ struct LoginTarget {
   HvLanguages language = ln_English;
   std::u16string userName;
   std::u16string companyName;
+  bool keepsStatements = true;  ///< false: every statement is translated and prepared anew
 
   friend bool operator==(const LoginTarget&, const LoginTarget&) = default;
 };
