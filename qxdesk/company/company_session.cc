@@ -231,9 +231,7 @@ std::optional<RowStore> CompanySession::translateAndRun(Database& database, std:
     translation = translator_->translateForUse(utf8, nullptr);
   }
   if (!translation.repeatable) return run(database, translation.text, translation);
-  std::unique_ptr<Statement> statement =
-      database.prepareRepeated(translation.text, static_cast<int>(translation.parameters.size()));
-  KeptStatement kept(*shape, std::move(translation), std::move(statement));
+  KeptStatement kept(*shape, std::move(translation));
   std::optional<RowStore> rows = runKept(database, kept);
   // Never so: the values of the statement itself fit.
   if (!rows) throw std::logic_error("a statement does not take its own values");
@@ -244,9 +242,19 @@ std::optional<RowStore> CompanySession::translateAndRun(Database& database, std:
 
 // Returns nothing if the values do not fit, which a translation of the text reports.
 std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatement& kept) {
-  if (!kept.bind(shape_, environment_.now)) return std::nullopt;
-  Statement& statement = kept.statement();
-  const Rewinding rewinding(statement);
+  if (database.repeatsInOneTurn()) {
+    Statement& statement = kept.statement(database);
+    if (!kept.bind(shape_, environment_.now)) return std::nullopt;
+    const Rewinding rewinding(statement);
+    return rowsOf(database, statement, kept);
+  }
+  const std::optional<std::string> text = kept.textWith(shape_, environment_.now);
+  if (!text) return std::nullopt;
+  const std::unique_ptr<Statement> statement = database.prepareGuarded(*text);
+  return rowsOf(database, *statement, kept);
+}
+
+RowStore CompanySession::rowsOf(Database& database, Statement& statement, KeptStatement& kept) {
   bool row = statement.step();
   if (kept.columns == nullptr) {
     kept.columns = std::make_shared<const std::vector<RowColumn>>(

@@ -15,17 +15,16 @@ using sql::ShapeLiteral;
 using sql::StatementShape;
 
 // The shape has whole numbers of at most 18 digits.
-std::int64_t wholeOf(const ShapeLiteral& literal) {
+std::int64_t wholeOf(std::string_view digits) {
   std::int64_t value = 0;
-  std::from_chars(literal.source.data(), literal.source.data() + literal.source.size(), value);
+  std::from_chars(digits.data(), digits.data() + digits.size(), value);
   return value;
 }
 
 }  // namespace
 
-KeptStatement::KeptStatement(const StatementShape& shape, sql::Translation translation,
-                             std::unique_ptr<Statement> statement)
-    : translation_(std::move(translation)), statement_(std::move(statement)) {
+KeptStatement::KeptStatement(const StatementShape& shape, sql::Translation translation)
+    : translation_(std::move(translation)) {
   std::vector<bool> bound(shape.literals.size());
   for (const BoundValue& value : translation_.parameters) {
     if (value.literal >= 0) bound[static_cast<std::size_t>(value.literal)] = true;
@@ -41,46 +40,72 @@ bool KeptStatement::serves(const StatementShape& shape) const {
   });
 }
 
-bool KeptStatement::bind(const StatementShape& shape, const std::function<std::string()>& now) {
+Statement& KeptStatement::statement(Database& database) {
+  if (statement_ == nullptr) {
+    statement_ = database.prepareRepeated(translation_.text,
+                                          static_cast<int>(translation_.parameters.size()));
+  }
+  return *statement_;
+}
+
+// Calls `take` with each value and its text as an engine reads it: a date in the stored form, a
+// number with its sign. Returns false if a literal is no date.
+template <class Take>
+bool KeptStatement::eachValue(const StatementShape& shape, const std::function<std::string()>& now,
+                              Take take) const {
   std::string time;  // one for the whole statement
-  int parameter = 0;
   for (const BoundValue& value : translation_.parameters) {
-    ++parameter;
-    if (value.source == BoundValue::Source::Literal) {
-      const auto index = static_cast<std::size_t>(value.literal);
-      if (!bindLiteral(parameter, value, shape.literals[index])) return false;
+    if (value.source != BoundValue::Source::Literal) {
+      if (time.empty()) time = now();
+      const bool today = value.source == BoundValue::Source::Today;
+      take(value, today ? time.substr(0, 10) + " 00:00:00" : time);
       continue;
     }
-    if (time.empty()) time = now();
-    const bool today = value.source == BoundValue::Source::Today;
-    statement_->bindDate(parameter, today ? time.substr(0, 10) + " 00:00:00" : time);
+    const ShapeLiteral& literal = shape.literals[static_cast<std::size_t>(value.literal)];
+    const bool plain = literal.source.find('\'') == std::string_view::npos;
+    if (value.type == ColumnType::Date) {
+      const std::optional<std::string> date = sql::storedDate(valueOf(literal));
+      if (!date) return false;
+      take(value, *date);
+    } else if (value.negative) {
+      take(value, "-" + std::string(literal.source));
+    } else if (plain) {
+      take(value, literal.source);
+    } else {
+      take(value, valueOf(literal));
+    }
   }
   return true;
 }
 
-bool KeptStatement::bindLiteral(int parameter, const BoundValue& value,
-                                const ShapeLiteral& literal) {
-  switch (value.type) {
-    case ColumnType::Integer:
-      statement_->bind(parameter, value.negative ? -wholeOf(literal) : wholeOf(literal));
-      return true;
-    case ColumnType::Decimal:
-      statement_->bindDecimal(parameter,
-                              value.negative ? "-" + std::string(literal.source) : literal.source);
-      return true;
-    case ColumnType::Date: {
-      const std::optional<std::string> date = sql::storedDate(valueOf(literal));
-      if (date) statement_->bindDate(parameter, *date);
-      return date.has_value();
+bool KeptStatement::bind(const StatementShape& shape, const std::function<std::string()>& now) {
+  int parameter = 0;
+  return eachValue(shape, now, [&](const BoundValue& value, std::string_view text) {
+    ++parameter;
+    switch (value.type) {
+      case ColumnType::Integer:
+        return statement_->bind(parameter, wholeOf(text));
+      case ColumnType::Decimal:
+        return statement_->bindDecimal(parameter, text);
+      case ColumnType::Date:
+        return statement_->bindDate(parameter, text);
+      default:
+        return statement_->bind(parameter, text);
     }
-    default:
-      if (literal.source.find('\'') == std::string_view::npos) {
-        statement_->bind(parameter, literal.source);
-      } else {
-        statement_->bind(parameter, valueOf(literal));
-      }
-      return true;
-  }
+  });
+}
+
+std::optional<std::string> KeptStatement::textWith(const StatementShape& shape,
+                                                   const std::function<std::string()>& now) const {
+  std::string text;
+  std::size_t done = 0;
+  const bool good = eachValue(shape, now, [&](const BoundValue& value, std::string_view written) {
+    text.append(translation_.text, done, value.at - done);
+    text += sql::isNumber(value.type) ? std::string(written) : quotedText(written);
+    done = value.at + 1;
+  });
+  if (!good) return std::nullopt;
+  return text.append(translation_.text, done);
 }
 
 const KeptStatements::Key& KeptStatements::keyOf(const StatementShape& shape,

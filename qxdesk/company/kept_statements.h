@@ -27,23 +27,29 @@ namespace qx::desk {
 
 class KeptStatement {
  public:
-  KeptStatement(const sql::StatementShape& shape, sql::Translation translation,
-                std::unique_ptr<Statement> statement);
+  KeptStatement(const sql::StatementShape& shape, sql::Translation translation);
 
   /// Returns true if a statement of the same shape has this translation: the literals that are in
   /// the text are equal.
   bool serves(const sql::StatementShape& shape) const;
-  /// Sets the parameters. Returns false if a literal is no date where a date is needed.
+  /// Sets the parameters of statement(). Returns false if a literal is no date where a date is
+  /// needed.
   bool bind(const sql::StatementShape& shape, const std::function<std::string()>& now);
+  /// Returns the text with the values in it; nothing if bind() would return false.
+  std::optional<std::string> textWith(const sql::StatementShape& shape,
+                                      const std::function<std::string()>& now) const;
 
-  Statement& statement() { return *statement_; }
+  /// Returns the prepared statement, which the first call prepares. Throws DatabaseError.
+  Statement& statement(Database& database);
   const sql::Translation& translation() const { return translation_; }
 
   /// The columns of its rows; null before its first run.
   RowColumns columns;
 
  private:
-  bool bindLiteral(int parameter, const sql::BoundValue& value, const sql::ShapeLiteral& literal);
+  template <class Take>
+  bool eachValue(const sql::StatementShape& shape, const std::function<std::string()>& now,
+                 Take take) const;
 
   sql::Translation translation_;
   std::unique_ptr<Statement> statement_;

@@ -155,34 +155,13 @@ TEST_P(KeptStatementsTest, ManyShapesTakeNoMoreMemoryThanTheMostThatAreKept) {
 
 QX_TEST_ON_ALL_ENGINES(KeptStatementsTest);
 
-/// A statement without rows that remembers its values.
-struct PlainStatement final : Statement {
-  void bind(int, std::int64_t value) override { bound += std::to_string(value) + ";"; }
-  void bind(int, double value) override { bound += std::to_string(value) + ";"; }
-  void bind(int, std::string_view value) override { bound += std::string(value) + ";"; }
-  void bindDate(int parameter, std::string_view value) override { bind(parameter, value); }
-  bool step() override { return false; }
-  void reset() override {}
-  int columnCount() const override { return 0; }
-  std::string columnName(int) const override { return {}; }
-  sql::ColumnType declaredType(int) const override { return sql::ColumnType::Unknown; }
-  Storage storage(int) const override { return Storage::Null; }
-  std::int64_t integer(int) const override { return 0; }
-  double real(int) const override { return 0; }
-  std::string_view text(int) const override { return {}; }
-
-  std::string bound;
-};
-
 sql::StatementShape shapeOf(const std::string& text) {
   sql::StatementShape shape;
   EXPECT_TRUE(sql::findShape(text, shape));
   return shape;
 }
 
-KeptStatement statementFor(const sql::StatementShape& shape) {
-  return {shape, sql::Translation{}, std::make_unique<PlainStatement>()};
-}
+KeptStatement statementFor(const sql::StatementShape& shape) { return {shape, sql::Translation{}}; }
 
 TEST(KeptStatements, AreBoundedAndTheOneUsedLongestAgoGoes) {
   KeptStatements kept;

@@ -128,6 +128,9 @@ class Database {
   /// Returns true if statements can be prepared for many runs. Then no change of a table goes
   /// unnoticed by a text with the catalogue's check: it fails with TablesChanged or Statement.
   virtual bool keepsStatements() const { return false; }
+  /// Returns false if at this moment a repeated statement takes more turns to a server than its
+  /// text with the values written into it.
+  virtual bool repeatsInOneTurn() const { return true; }
   /// Prepares a translated statement that runs many times, with other values of its parameters. If
   /// a table has changed, it fails like prepareGuarded() or with TablesChanged before it has done
   /// anything. Null if statements are not kept.

@@ -20,6 +20,7 @@ struct BoundValue {
   int literal = -1;       ///< which one of the shape, from 0
   bool negative = false;  ///< a number after a minus sign
   ColumnType type = ColumnType::Unknown;
+  std::size_t at = 0;  ///< of its "?" in the text
 };
 
 /// Marks the chosen literals and the calls of Now and Today as bound. `catalog` may be null.

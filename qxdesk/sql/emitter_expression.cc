@@ -171,8 +171,9 @@ void ExpressionEmitter::expression(const Expr& expr) {
 }
 
 void ExpressionEmitter::boundValue(const BoundValue& value) {
-  boundValues_.push_back(value);
   placeholder(value.type);
+  boundValues_.push_back(value);
+  boundValues_.back().at = out_.rfind('?');
 }
 
 // SQLite reads a number beyond the largest double as infinity and PostgreSQL as a numeric, so the
