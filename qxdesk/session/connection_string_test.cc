@@ -30,7 +30,7 @@ TEST(ConnectionString, NeedsOnlyTheDatabase) {
 TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   const ConnectionString read = parseConnectionString(
       u"embedded:?progress=shared&boxes=refuse&play=demo.txt&company=Acme%20%26%20Sons&user=anna"
-      u"&appid=7&language=9&engine=kordb&db=/tmp/c%C3%A4.db");
+      u"&appid=7&language=9&engine=kordb&statements=fresh&db=/tmp/c%C3%A4.db");
   EXPECT_EQ(read.database, "/tmp/c\xC3\xA4.db");
   EXPECT_EQ(read.dbServerType, 9);
   EXPECT_EQ(read.language, ln_German);
@@ -40,6 +40,7 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_EQ(read.playFile, "demo.txt");
   EXPECT_TRUE(read.refuseUnattendedBoxes);
   EXPECT_TRUE(read.sharedProgressBar);
+  EXPECT_FALSE(read.keepsStatements);
 }
 
 TEST(ConnectionString, IsShownAsGivenButForPasswords) {
@@ -119,6 +120,8 @@ TEST(ConnectionString, RefusesInvalidValues) {
   EXPECT_EQ(refusal(u"embedded:?db=a&appid=1234567890"),
             "connection string, character 22: appid is no number from 0 to 999999999: "
             "\"1234567890\"");
+  EXPECT_EQ(refusal(u"embedded:?db=a&statements=old"),
+            "connection string, character 27: statements is neither kept nor fresh: \"old\"");
   EXPECT_EQ(refusal(u"embedded:?db=a&progress=all"),
             "connection string, character 25: progress is neither own nor shared: \"all\"");
   EXPECT_EQ(refusal(u"embedded:?db=%FF.db"),
