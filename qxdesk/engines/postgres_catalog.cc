@@ -78,7 +78,8 @@ std::string PostgresCatalog::unchangedCheck(const std::vector<std::string>& tabl
     check += "(SELECT CASE WHEN min(age(xmin)) = age(CAST('" + table.newest +
              "' AS xid)) THEN true ELSE CAST('" + std::string(kTablesChangedWords) +
              "' || count(*) AS boolean) END FROM pg_catalog.pg_attribute WHERE attrelid = " +
-             std::to_string(table.number) + " AND attrelid = " + regclass(lowerName(name)) + ")";
+             std::to_string(table.number) +
+             " AND attnum > 0 AND attrelid = " + regclass(lowerName(name)) + ")";
   }
   return check;
 }
@@ -90,12 +91,12 @@ const PostgresCatalog::Table& PostgresCatalog::tableOf(std::string_view table) c
   return found->second;
 }
 
-// The rows about dropped columns and the server's own count for the newest one only.
+// The rows about dropped columns count for the newest one only.
 PostgresCatalog::Table PostgresCatalog::read(const std::string& name) const {
   const auto row = database_.prepare(
       "SELECT attname, CAST(atttypid AS bigint), CAST(attrelid AS bigint), CAST(xmin AS text), "
-      "CASE WHEN attnum > 0 AND NOT attisdropped THEN 1 ELSE 0 END FROM pg_attribute "
-      "WHERE attrelid = " +
+      "CASE WHEN attisdropped THEN 0 ELSE 1 END FROM pg_attribute "
+      "WHERE attnum > 0 AND attrelid = " +
       regclass(name) + " ORDER BY age(xmin)");
   Table table;
   while (row->step()) {

@@ -78,7 +78,7 @@ class RowStore {
     const char* text;
   };
   struct Block {
-    static constexpr std::size_t kCells = 256;
+    static constexpr std::size_t kCells = 64;  // small enough for the allocator to keep
     Cell cells[kCells];
     Kind kinds[kCells];
   };
