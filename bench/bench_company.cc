@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace qx::bench {
@@ -24,6 +25,21 @@ std::filesystem::path freshFolder() {
   auto folder = std::filesystem::temp_directory_path() / ("qx_bench_" + std::to_string(getpid()));
   std::filesystem::create_directory(folder);
   return folder;
+}
+
+// QX_BENCH_STATEMENTS=fresh shows what keeping statements is worth.
+std::string statementsMode() {
+  const char* mode = std::getenv("QX_BENCH_STATEMENTS");
+  return mode == nullptr ? "kept" : mode;
+}
+
+// The clients of one process differ by their application ids.
+std::u16string connectionTo(const std::string& database) {
+  static int next = 1;
+  std::string encoded;
+  for (const char c : database) encoded += c == '&' ? "%26" : c == '%' ? "%25" : std::string(1, c);
+  return toUtf16("embedded:?db=" + encoded + "&appid=" + std::to_string(next++) +
+                 "&statements=" + statementsMode());
 }
 
 void require(bool good, const char* what) {
@@ -79,11 +95,17 @@ std::string rowText(const std::string& table, int number) {
 BenchCompany::BenchCompany()
     : folder_(freshFolder()),
       file_((folder_ / "company.db").string()),
-      addOn_(toUtf16("embedded:?db=" + file_), u"BENCH", u"") {
+      addOn_(toUtf16("embedded:?db=" + file_ + "&statements=" + statementsMode()), u"BENCH", u"") {
+  require(addOn_.Connect(1) == 0 && company() != nullptr, "the company does not open");
+}
+
+BenchCompany::BenchCompany(const std::string& database)
+    : addOn_(connectionTo(database), u"BENCH", u"") {
   require(addOn_.Connect(1) == 0 && company() != nullptr, "the company does not open");
 }
 
 BenchCompany::~BenchCompany() {
+  if (folder_.empty()) return;
   std::error_code error;
   std::filesystem::remove_all(folder_, error);
 }

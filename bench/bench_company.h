@@ -22,6 +22,9 @@ class BenchCompany {
  public:
   /// Throws std::runtime_error if the company cannot be opened.
   BenchCompany();
+  /// Opens a company on a server; `database` is "odbc:" and an ODBC connection string. Every object
+  /// is a client of its own.
+  explicit BenchCompany(const std::string& database);
   ~BenchCompany();
   BenchCompany(const BenchCompany&) = delete;
   BenchCompany& operator=(const BenchCompany&) = delete;

@@ -3,7 +3,9 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <stdexcept>
 #include <string_view>
@@ -66,7 +68,68 @@ CComVariant cellOf(sqlite3_stmt* statement, int column, Kind kind) {
   }
 }
 
+struct Database {
+  explicit Database(const std::string& file) {
+    if (sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
+        SQLITE_OK) {
+      throw std::runtime_error(sqlite3_errmsg(db));
+    }
+  }
+  ~Database() { sqlite3_close_v2(db); }
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  sqlite3_stmt* prepare(const char* sql) const {
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) != SQLITE_OK)
+      throw std::runtime_error(sqlite3_errmsg(db));
+    return statement;
+  }
+  sqlite3* db = nullptr;
+};
+
+std::vector<std::string> codes(const Database& database, int rows, bool keysFirst) {
+  std::vector<std::string> all;
+  if (keysFirst) {
+    sqlite3_stmt* statement = database.prepare("SELECT \"Code\" FROM \"@FEW\"");
+    while (sqlite3_step(statement) == SQLITE_ROW)
+      all.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)));
+    sqlite3_finalize(statement);
+    return all;
+  }
+  for (int i = 0; i < rows; ++i) {
+    std::array<char, 16> code{};
+    std::snprintf(code.data(), code.size(), "%08X", static_cast<unsigned>(numberAt(i, rows)));
+    all.emplace_back(code.data());
+  }
+  return all;
+}
+
 }  // namespace
+
+long readOneByOne(const std::string& file, int rows, bool keysFirst) {
+  const Database database(file);
+  sqlite3_stmt* statement = database.prepare(
+      "SELECT \"Code\", \"Name\", \"U_Count\", \"U_Price\", \"U_Share\", \"U_From\", "
+      "\"U_Until\", \"U_Note\" FROM \"@FEW\" WHERE \"Code\" = ?");
+  const std::vector<Column> columns = columnsOf(statement);
+  Persistence::TyFieldValues values;
+  for (const Column& column : columns) values.Add(column.name, CComVariant());
+  long sum = 0;
+  for (const std::string& code : codes(database, rows, keysFirst)) {
+    sqlite3_bind_text(statement, 1, code.data(), static_cast<int>(code.size()), SQLITE_STATIC);
+    while (sqlite3_step(statement) == SQLITE_ROW) {
+      int index = 0;
+      for (const Column& column : columns) {
+        values.SetValueAt(index, cellOf(statement, index, column.kind));
+        ++index;
+      }
+      sum += small(values);
+    }
+    sqlite3_reset(statement);
+  }
+  sqlite3_finalize(statement);
+  return sum;
+}
 
 long walkSqlite(const std::string& file, const std::string& sql) {
   sqlite3* db = nullptr;

@@ -6,6 +6,7 @@
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 
+#include <stdexcept>
 #include <utility>
 
 namespace qx::desk {
@@ -71,6 +72,22 @@ Text textOf(Fault fault) {
   }
 }
 
+// True if a statement may have failed because the tables are not those that it was translated for.
+// A server reports a missing name so, before the check in the text runs.
+bool mayBeOutdated(const Database& database, const DatabaseError& error) {
+  return error.fault() == Fault::TablesChanged ||
+         (error.fault() == Fault::Statement && database.route() != Route::ToSqlite);
+}
+
+// Ends the run of a kept statement, so that it holds no lock of the database.
+struct Rewinding {
+  explicit Rewinding(Statement& rewound) : statement(rewound) {}
+  ~Rewinding() { statement.reset(); }
+  Rewinding(const Rewinding&) = delete;
+  Rewinding& operator=(const Rewinding&) = delete;
+  Statement& statement;
+};
+
 }  // namespace
 
 CompanySession::CompanySession(CompanyEnvironment environment, OpenDatabase open)
@@ -99,6 +116,7 @@ void CompanySession::open(const LoginTarget& target) {
         &database->catalog(), targetOf(database->route(), environment_));
   }
   database_ = std::move(database);
+  keepsStatements_ = database_->keepsStatements() && target.keepsStatements;
   // Otherwise all that has been written would stay in the file's log. A server notices the end of
   // the process by itself, and its driver may have been shut down before this action runs.
   if (database_->route() == Route::ToSqlite) atExit_.emplace([this] { letGo(); });
@@ -111,6 +129,7 @@ void CompanySession::close() {
 
 void CompanySession::letGo() {
   transaction_ = false;
+  kept_.clear();
   translator_.reset();
   database_.reset();
 }
@@ -145,16 +164,110 @@ RowStore CompanySession::query(std::string_view utf8) {
   Database& open = database();
   if (translator_ == nullptr) return run(open, utf8, {});
   try {
-    // The translator asks the catalogue, which must show the tables as they are now.
-    open.noticeChanges();
-    const sql::Translation translation = translator_->translate(utf8);
-    // The translator keeps the limit and writes it into later statements; the engine sees none of
-    // it.
-    if (translation.kind == sql::StatementKind::SetRowCount) return {};
-    return run(open, translation.text, translation);
+    return keepsStatements_ ? queryKept(open, utf8) : queryAnew(open, utf8);
   } catch (const sql::SqlError& error) {
     throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
   }
+}
+
+RowStore CompanySession::queryAnew(Database& database, std::string_view utf8) {
+  // The translator asks the catalogue, which must show the tables as they are now.
+  database.noticeChanges();
+  const sql::Translation translation = translator_->translate(utf8);
+  // The translator keeps the limit and writes it into later statements; the engine sees none of
+  // it.
+  if (translation.kind == sql::StatementKind::SetRowCount) return {};
+  return run(database, translation.text, translation);
+}
+
+RowStore CompanySession::queryKept(Database& database, std::string_view utf8) {
+  const bool changed = changesSeen_ != database.changesOfTables();
+  changesSeen_ = database.changesOfTables();
+  if (changed) kept_.clear();
+  const sql::StatementShape* shape = sql::findShape(utf8, shape_) ? &shape_ : nullptr;
+  KeptStatement* const kept = shape ? kept_.find(*shape, translator_->rowLimit()) : nullptr;
+  if (kept == nullptr) return runNew(database, utf8, shape, changed);
+  try {
+    if (std::optional<RowStore> rows = runKept(database, *kept)) return *std::move(rows);
+  } catch (const DatabaseError& error) {
+    if (!mayBeOutdated(database, error)) throw;
+    if (error.fault() == Fault::TablesChanged) {
+      kept_.clear();
+    } else {
+      kept_.drop(*kept);
+    }
+    return runNew(database, utf8, shape, true);
+  }
+  return runNew(database, utf8, shape, changed);
+}
+
+// Translates by what is known of the tables, and again with the tables as they are now if that
+// refuses the statement or fails: the catalogue of a server costs turns, so that it is not read
+// anew for every statement. The embedded engine's is always read as it is now.
+RowStore CompanySession::runNew(Database& database, std::string_view utf8,
+                                const sql::StatementShape* shape, bool notice) {
+  constexpr int kAttempts = 5;
+  bool noticed = notice || database.route() == Route::ToSqlite;
+  for (int attempt = 1;; ++attempt, noticed = true) {
+    if (noticed) database.noticeChanges();
+    try {
+      if (std::optional<RowStore> rows = translateAndRun(database, utf8, shape, noticed)) {
+        return *std::move(rows);
+      }
+    } catch (const sql::SqlError&) {
+      if (noticed) throw;
+    } catch (const DatabaseError& error) {
+      const bool again = error.fault() == Fault::TablesChanged ? attempt < kAttempts : !noticed;
+      if (!again || !mayBeOutdated(database, error)) throw;
+    }
+  }
+}
+
+// Returns nothing if the text would not notice a change of the tables, and `noticed` is false.
+std::optional<RowStore> CompanySession::translateAndRun(Database& database, std::string_view utf8,
+                                                        const sql::StatementShape* shape,
+                                                        bool noticed) {
+  sql::Translation translation = translator_->translateForUse(utf8, shape);
+  // The translator keeps the limit and writes it into later statements; the engine sees none of
+  // it.
+  if (translation.kind == sql::StatementKind::SetRowCount) return RowStore();
+  if (!translation.checked && !noticed) return std::nullopt;
+  if (!translation.repeatable && !translation.parameters.empty()) {
+    translation = translator_->translateForUse(utf8, nullptr);
+  }
+  if (!translation.repeatable) return run(database, translation.text, translation);
+  KeptStatement kept(*shape, std::move(translation));
+  std::optional<RowStore> rows = runKept(database, kept);
+  // Never so: the values of the statement itself fit.
+  if (!rows) throw std::logic_error("a statement does not take its own values");
+  // Kept after its first run, so that no statement is that cannot run.
+  kept_.add(*shape, translator_->rowLimit(), std::move(kept));
+  return rows;
+}
+
+// Returns nothing if the values do not fit, which a translation of the text reports.
+std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatement& kept) {
+  if (database.repeatsInOneTurn()) {
+    Statement& statement = kept.statement(database);
+    if (!kept.bind(shape_, environment_.now)) return std::nullopt;
+    const Rewinding rewinding(statement);
+    return rowsOf(database, statement, kept);
+  }
+  const std::optional<std::string> text = kept.textWith(shape_, environment_.now);
+  if (!text) return std::nullopt;
+  const std::unique_ptr<Statement> statement = database.prepareGuarded(*text);
+  return rowsOf(database, *statement, kept);
+}
+
+RowStore CompanySession::rowsOf(Database& database, Statement& statement, KeptStatement& kept) {
+  bool row = statement.step();
+  if (kept.columns == nullptr) {
+    kept.columns = std::make_shared<const std::vector<RowColumn>>(
+        resultColumns(database, statement, kept.translation()));
+  }
+  RowStore rows(kept.columns);
+  for (; row; row = statement.step()) rows.append(statement);
+  return rows;
 }
 
 RowStore CompanySession::run(Database& database, std::string_view text,

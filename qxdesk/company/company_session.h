@@ -5,6 +5,7 @@
 // them; after Disconnect they all answer that the company is not connected.
 
 #include "qxdesk/company/at_exit.h"
+#include "qxdesk/company/kept_statements.h"
 #include "qxdesk/dictionary/company_settings.h"
 #include "qxdesk/engines/company_error.h"
 #include "qxdesk/engines/database.h"
@@ -18,11 +19,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-
-namespace qx::sql {
-struct Translation;
-class Translator;
-}  // namespace qx::sql
 
 namespace qx::desk {
 
@@ -87,6 +83,14 @@ class CompanySession {
  private:
   CompanyError asCompanyError(long code, const DatabaseError& error) const;
   void remember(const CompanyError& error);
+  RowStore queryAnew(Database& database, std::string_view utf8);
+  RowStore queryKept(Database& database, std::string_view utf8);
+  RowStore runNew(Database& database, std::string_view utf8, const sql::StatementShape* shape,
+                  bool notice);
+  std::optional<RowStore> translateAndRun(Database& database, std::string_view utf8,
+                                          const sql::StatementShape* shape, bool noticed);
+  std::optional<RowStore> runKept(Database& database, KeptStatement& kept);
+  static RowStore rowsOf(Database& database, Statement& statement, KeptStatement& kept);
   static RowStore run(Database& database, std::string_view text,
                       const sql::Translation& translation);
   void commitOrRollBack();
@@ -98,6 +102,10 @@ class CompanySession {
   LoginTarget target_;
   std::unique_ptr<Database> database_;
   std::unique_ptr<sql::Translator> translator_;
+  KeptStatements kept_;
+  bool keepsStatements_ = false;
+  std::uint64_t changesSeen_ = 0;  // the changes of tables by this process for which kept_ is right
+  sql::StatementShape shape_;      // of the current statement; kept for its memory
   std::optional<AtExit> atExit_;
   bool transaction_ = false;
   std::optional<HvLanguages> language_;

@@ -25,6 +25,7 @@ AtomicChange::~AtomicChange() {
 }
 
 void AtomicChange::rollBack() noexcept {
+  database_.tableChanged();
   if (nested_ && rollsBack(&Database::rollBackToSavepoint)) return;
   // Half of the change must not be committed with the rest, so the rest goes, too.
   rollsBack(&Database::rollback);
@@ -42,6 +43,7 @@ bool AtomicChange::rollsBack(void (Database::*how)()) noexcept {
 }
 
 void AtomicChange::commit() {
+  database_.tableChanged();
   if (nested_) {
     database_.releaseSavepoint();
   } else {

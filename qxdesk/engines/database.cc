@@ -1,5 +1,7 @@
 #include "qxdesk/engines/database.h"
 
+#include "qxdesk/sql/numbers.h"
+
 namespace qx::desk {
 
 StoredValue Statement::value(int column) const {
@@ -9,6 +11,16 @@ StoredValue Statement::value(int column) const {
   if (value.storage == Storage::Real) value.real = real(column);
   if (value.storage == Storage::Text) value.text = text(column);
   return value;
+}
+
+void Statement::bindDecimal(int parameter, std::string_view value) {
+  const bool negative = value.starts_with('-');
+  const double size = sql::nearestDouble(value.substr(negative ? 1 : 0)).value_or(0);
+  bind(parameter, negative ? -size : size);
+}
+
+std::unique_ptr<Statement> Database::prepareRepeated(std::string_view /*sql*/, int /*parameters*/) {
+  return nullptr;
 }
 
 void Database::execute(std::string_view sql) {

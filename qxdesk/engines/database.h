@@ -51,6 +51,7 @@ enum class Fault {
   TooLong,
   OutOfRange,
   BadDate,
+  TablesChanged,  // a kept statement was made for tables that have changed; nothing has run
 };
 
 /// what() is the engine's own message.
@@ -84,6 +85,8 @@ class Statement {
   virtual void bind(int parameter, double value) = 0;
   virtual void bind(int parameter, std::string_view value) = 0;
   virtual void bindDate(int parameter, std::string_view value) = 0;
+  /// Sets a decimal, spelled with an optional minus sign, digits and a point.
+  virtual void bindDecimal(int parameter, std::string_view value);
   /// Goes to the next row, the first time by running the statement; returns false after the last
   /// one. Throws DatabaseError.
   virtual bool step() = 0;
@@ -122,11 +125,24 @@ class Database {
   /// Prepares a statement of an add-on, in the engine's SQL. On the routes that translate it can
   /// read and change rows and nothing else.
   virtual std::unique_ptr<Statement> prepareGuarded(std::string_view sql) = 0;
+  /// Returns true if statements can be prepared for many runs. Then no change of a table goes
+  /// unnoticed by a text with the catalogue's check: it fails with TablesChanged or Statement.
+  virtual bool keepsStatements() const { return false; }
+  /// Returns false if at this moment a repeated statement takes more turns to a server than its
+  /// text with the values written into it.
+  virtual bool repeatsInOneTurn() const { return true; }
+  /// Prepares a translated statement that runs many times, with other values of its parameters. If
+  /// a table has changed, it fails like prepareGuarded() or with TablesChanged before it has done
+  /// anything. Null if statements are not kept.
+  virtual std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int parameters);
   /// Returns the type that all columns of a translator's probe share.
   virtual sql::ColumnType probe(std::string_view sql) = 0;
   virtual const sql::Catalog& catalog() = 0;
   /// Makes the catalog see the tables as other processes have changed them.
   virtual void noticeChanges() = 0;
+  /// Counts the changes of tables by this process; tableChanged() adds one.
+  std::uint64_t changesOfTables() const { return changesOfTables_; }
+  void tableChanged() { ++changesOfTables_; }
 
   virtual void begin() = 0;
   /// If it throws, the transaction may still be open.
@@ -157,6 +173,9 @@ class Database {
   /// Return the first value of the first row; 0 or empty if there is no row.
   std::int64_t queryInteger(std::string_view sql);
   std::string queryText(std::string_view sql);
+
+ private:
+  std::uint64_t changesOfTables_ = 0;
 };
 
 /// Returns a name as our own statements write it: between brackets.

@@ -78,6 +78,13 @@ class PostgresDatabase final : public OdbcDatabase {
   const EngineTables& tables() const override { return postgresTables(); }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override { catalog_.forget(); }
+  bool keepsStatements() const override { return true; }
+  // In a transaction the driver sets a point of return before each statement. It sends that along
+  // with a text, but in a turn of its own before a prepared statement.
+  bool repeatsInOneTurn() const override { return !inTransaction(); }
+  std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int /*parameters*/) override {
+    return makeRepeatedOdbcStatement(connection(), sql);
+  }
   bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
 
  private:

@@ -58,8 +58,11 @@ constexpr Hint kConnectHints[] = {
     {"permission denied for database", Fault::NoRight},
 };
 
-// The words of engines whose drivers report HY000 for everything.
+// The words of engines whose drivers report HY000 for everything, and of libpq, whose driver
+// reports a connection that is lost during a prepared statement so.
 constexpr Hint kStatementHints[] = {
+    {"server closed the connection", Fault::ConnectionLost},
+    {"no connection to the server", Fault::ConnectionLost},
     {"is locked", Fault::Locked},
     {"readonly database", Fault::ReadOnly},
     {"disk is full", Fault::Full},
@@ -67,6 +70,11 @@ constexpr Hint kStatementHints[] = {
     {"constraint failed", Fault::Constraint},
     {"image is malformed", Fault::Damaged},
 };
+
+// A kept statement that failed because of a change of its tables: by the check in its text, or by
+// the server, which does not run a prepared query whose columns are others now.
+constexpr std::string_view kTablesChanged[] = {kTablesChangedWords,
+                                               "cached plan must not change result type"};
 
 std::optional<OdbcDiagnosis> wideRecord(short kind, void* handle) {
   std::array<char16_t, 6> state{};
@@ -167,6 +175,10 @@ Fault faultOfState(std::string_view state) {
 
 Fault faultOfStatement(const OdbcDiagnosis& diagnosis) {
   const Fault fault = faultOfState(diagnosis.state);
+  for (const std::string_view words : kTablesChanged) {
+    const bool state = diagnosis.state == "22P02" || diagnosis.state == "0A000";
+    if (state && contains(diagnosis.message, words)) return Fault::TablesChanged;
+  }
   if (!diagnosis.state.starts_with("HY000")) return fault;
   return faultOfWords(diagnosis.message, kStatementHints).value_or(fault);
 }

@@ -9,6 +9,9 @@
 
 namespace qx::desk {
 
+/// Begins the value that fails in the check of a statement for unchanged tables.
+constexpr std::string_view kTablesChangedWords = "the tables have changed; rows about them: ";
+
 struct OdbcDiagnosis {
   std::string state = "HY000";
   std::string message;

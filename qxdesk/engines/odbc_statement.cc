@@ -54,8 +54,11 @@ struct Parameter {
 
 class OdbcStatement final : public Statement {
  public:
-  OdbcStatement(OdbcConnection& connection, std::string_view sql)
-      : connection_(connection), sql_(sql), statement_(connection.newStatement()) {
+  OdbcStatement(OdbcConnection& connection, std::string_view sql, bool repeated)
+      : connection_(connection),
+        sql_(sql),
+        repeated_(repeated),
+        statement_(connection.newStatement()) {
     // Braces in a statement are the author's text, not an ODBC escape for the driver to resolve.
     keepsBraces_ = take(SQL_ATTR_NOSCAN, SQL_NOSCAN_ON);
     const int seconds = connection_.statementTimeoutSeconds();
@@ -77,6 +80,8 @@ class OdbcStatement final : public Statement {
   }
   void bind(int parameter, std::string_view value) override;
   void bindDate(int parameter, std::string_view value) override;
+  // As its digits, since a double would not be the same number in the engine.
+  void bindDecimal(int parameter, std::string_view value) override { bind(parameter, value); }
   bool step() override;
   void reset() override {
     SQLFreeStmt(statement_, SQL_CLOSE);
@@ -110,6 +115,7 @@ class OdbcStatement final : public Statement {
 
   OdbcConnection& connection_;
   std::string sql_;
+  bool repeated_;
   SQLHSTMT statement_;
   std::deque<Parameter> parameters_;  // a deque, since the driver knows their addresses
   bool keepsBraces_ = true;
@@ -186,7 +192,7 @@ void OdbcStatement::run() {
   }
   // Without parameters in one step: preparing costs another round trip to the server, and not every
   // engine prepares a batch of statements.
-  if (parameters_.empty()) {
+  if (parameters_.empty() && !repeated_) {
     const SQLRETURN result = connection_.execute(statement_, sql_);
     if (result != SQL_NO_DATA) check(result);
   } else {
@@ -310,7 +316,12 @@ std::string_view OdbcStatement::text(int column) const {
 }  // namespace
 
 std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql) {
-  return std::make_unique<OdbcStatement>(connection, sql);
+  return std::make_unique<OdbcStatement>(connection, sql, false);
+}
+
+std::unique_ptr<Statement> makeRepeatedOdbcStatement(OdbcConnection& connection,
+                                                     std::string_view sql) {
+  return std::make_unique<OdbcStatement>(connection, sql, true);
 }
 
 }  // namespace qx::desk

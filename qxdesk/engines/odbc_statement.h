@@ -18,5 +18,9 @@ namespace qx::desk {
 /// Prepares a statement in the engine's own SQL; the driver is asked to leave its braces alone. It
 /// runs with the first step(). The connection must outlive it.
 std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql);
+/// The same for a statement that runs many times: it is prepared on the server even if it has no
+/// parameters.
+std::unique_ptr<Statement> makeRepeatedOdbcStatement(OdbcConnection& connection,
+                                                     std::string_view sql);
 
 }  // namespace qx::desk

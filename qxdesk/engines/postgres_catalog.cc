@@ -1,6 +1,7 @@
 #include "qxdesk/engines/postgres_catalog.h"
 
 #include "qxdesk/engines/database.h"
+#include "qxdesk/engines/odbc_error.h"
 #include "qxdesk/engines/table_layout.h"
 
 namespace qx::desk {
@@ -40,6 +41,13 @@ std::string doubled(const std::string& name) {
   return result;
 }
 
+// Returns the number of a table as the server finds it by its folded name. to_regclass returns null
+// for an unknown table, so that the answer is empty and not a failure. The name is quoted so that
+// the server does not parse it.
+std::string regclass(const std::string& table) {
+  return "to_regclass(" + quotedText("\"" + doubled(table) + "\"") + ")";
+}
+
 }  // namespace
 
 sql::ColumnType PostgresCatalog::columnType(std::string_view table, std::string_view column) const {
@@ -59,23 +67,45 @@ std::optional<std::size_t> PostgresCatalog::columnCount(std::string_view table) 
   return columnsOf(table).size();
 }
 
-const PostgresCatalog::Columns& PostgresCatalog::columnsOf(std::string_view table) const {
+// A change of a column writes its row anew, and a table that was made anew has another number. The
+// count makes the CAST depend on the rows, so that the server does not compute it ahead.
+std::string PostgresCatalog::unchangedCheck(const std::vector<std::string>& tables) const {
+  std::string check;
+  for (const std::string& name : tables) {
+    const Table& table = tableOf(name);
+    if (table.columns.empty()) continue;
+    if (!check.empty()) check += " AND ";
+    check += "(SELECT CASE WHEN min(age(xmin)) = age(CAST('" + table.newest +
+             "' AS xid)) THEN true ELSE CAST('" + std::string(kTablesChangedWords) +
+             "' || count(*) AS boolean) END FROM pg_catalog.pg_attribute WHERE attrelid = " +
+             std::to_string(table.number) +
+             " AND attnum > 0 AND attrelid = " + regclass(lowerName(name)) + ")";
+  }
+  return check;
+}
+
+const PostgresCatalog::Table& PostgresCatalog::tableOf(std::string_view table) const {
   const std::string folded = lowerName(table);
   auto found = tables_.find(folded);
   if (found == tables_.end()) found = tables_.emplace(folded, read(folded)).first;
   return found->second;
 }
 
-// to_regclass returns null for an unknown table, so that the answer is empty and not a failure.
-// The name is folded already, and quoted so that the server does not parse it.
-PostgresCatalog::Columns PostgresCatalog::read(const std::string& table) const {
+// The rows about dropped columns count for the newest one only.
+PostgresCatalog::Table PostgresCatalog::read(const std::string& name) const {
   const auto row = database_.prepare(
-      "SELECT attname, CAST(atttypid AS bigint) FROM pg_attribute "
-      "WHERE attrelid = to_regclass(" +
-      quotedText("\"" + doubled(table) + "\"") + ") AND attnum > 0 AND NOT attisdropped");
-  Columns columns;
-  while (row->step()) columns[std::string(row->text(0))] = typeOf(row->integer(1));
-  return columns;
+      "SELECT attname, CAST(atttypid AS bigint), CAST(attrelid AS bigint), CAST(xmin AS text), "
+      "CASE WHEN attisdropped THEN 0 ELSE 1 END FROM pg_attribute "
+      "WHERE attnum > 0 AND attrelid = " +
+      regclass(name) + " ORDER BY age(xmin)");
+  Table table;
+  while (row->step()) {
+    if (table.newest.empty()) table.newest = row->text(3);
+    table.number = row->integer(2);
+    if (row->integer(4) == 0) continue;
+    table.columns[std::string(row->text(0))] = typeOf(row->integer(1));
+  }
+  return table;
 }
 
 }  // namespace qx::desk

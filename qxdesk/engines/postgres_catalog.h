@@ -4,8 +4,10 @@
 
 #include "qxdesk/sql/column_type.h"
 
+#include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace qx::desk {
 
@@ -24,17 +26,26 @@ class PostgresCatalog final : public sql::Catalog {
   bool lacksTable(std::string_view table) const override;
   /// Throws DatabaseError.
   std::optional<std::size_t> columnCount(std::string_view table) const override;
+  /// Compares the newest row that describes a column of the table with the newest one that was
+  /// read. The server does so in the statement's own turn. Throws DatabaseError.
+  std::string unchangedCheck(const std::vector<std::string>& tables) const override;
   /// Forgets everything that was read, since other processes may have changed it.
   void forget() { tables_.clear(); }
 
  private:
   using Columns = std::map<std::string, sql::ColumnType>;  // by folded name
+  struct Table {
+    Columns columns;
+    std::int64_t number = 0;  // of the table in the server's catalogue
+    std::string newest;       // the transaction that wrote the newest row about a column
+  };
 
-  const Columns& columnsOf(std::string_view table) const;
-  Columns read(const std::string& table) const;
+  const Table& tableOf(std::string_view table) const;
+  const Columns& columnsOf(std::string_view table) const { return tableOf(table).columns; }
+  Table read(const std::string& table) const;
 
   Database& database_;
-  mutable std::map<std::string, Columns> tables_;
+  mutable std::map<std::string, Table> tables_;
 };
 
 }  // namespace qx::desk

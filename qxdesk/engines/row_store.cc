@@ -121,7 +121,7 @@ char* TextBlocks::take(std::size_t size) {
 }
 
 void RowStore::append(const Statement& statement) {
-  for (std::size_t column = 0; column < columns_.size(); ++column) {
+  for (std::size_t column = 0; column < columnCount(); ++column) {
     const StoredValue value = statement.value(static_cast<int>(column));
     switch (value.storage) {
       case Storage::Null:
@@ -156,10 +156,10 @@ void RowStore::appendInteger(std::int64_t value) { newCell(Kind::Integer).intege
 
 void RowStore::appendReal(double value) { newCell(Kind::Real).real = finite(value); }
 
-void RowStore::appendText(std::string_view utf8) { appendText(cellCount_ % columns_.size(), utf8); }
+void RowStore::appendText(std::string_view utf8) { appendText(cellCount_ % columnCount(), utf8); }
 
 void RowStore::appendText(std::size_t column, std::string_view utf8) {
-  if (columns_[column].type == sql::ColumnType::Date) {
+  if ((*columns_)[column].type == sql::ColumnType::Date) {
     // Read once here instead of at every look at the cell, and without keeping the text.
     if (const std::optional<DATE> date = sql::dateOfStored(utf8)) {
       newCell(Kind::Date).real = *date;
@@ -172,17 +172,16 @@ void RowStore::appendText(std::size_t column, std::string_view utf8) {
 }
 
 std::size_t RowStore::find(std::u16string_view name) const {
-  const auto found = std::find_if(columns_.begin(), columns_.end(), [&](const RowColumn& column) {
-    return equalsIgnoreCase(column.name, name);
-  });
-  return static_cast<std::size_t>(found - columns_.begin());
+  std::size_t column = 0;
+  while (column < columnCount() && !equalsIgnoreCase(this->name(column), name)) ++column;
+  return column;
 }
 
 CComVariant RowStore::value(std::size_t row, std::size_t column) const {
-  const std::size_t index = row * columns_.size() + column;
+  const std::size_t index = row * columnCount() + column;
   const Block& block = *blocks_[index / Block::kCells];
   const Cell& cell = block.cells[index % Block::kCells];
-  const sql::ColumnType type = columns_[column].type;
+  const sql::ColumnType type = (*columns_)[column].type;
   switch (block.kinds[index % Block::kCells]) {
     case Kind::Integer:
       return fromInteger(cell.integer, type);
@@ -198,7 +197,7 @@ CComVariant RowStore::value(std::size_t row, std::size_t column) const {
 }
 
 CComVariant RowStore::emptyValue(std::size_t column) const {
-  switch (columns_[column].type) {
+  switch ((*columns_)[column].type) {
     case sql::ColumnType::Integer:
       return CComVariant(0L);
     case sql::ColumnType::Decimal:

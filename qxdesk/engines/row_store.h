@@ -25,6 +25,9 @@ struct RowColumn {
   sql::ColumnType type = sql::ColumnType::Unknown;
 };
 
+/// Shared, since the rows of a statement that runs again have the same columns.
+using RowColumns = std::shared_ptr<const std::vector<RowColumn>>;
+
 /// Keeps texts, each in one piece, for as long as it lives.
 class TextBlocks {
  public:
@@ -44,7 +47,9 @@ class TextBlocks {
 class RowStore {
  public:
   RowStore() = default;
-  explicit RowStore(std::vector<RowColumn> columns) : columns_(std::move(columns)) {}
+  explicit RowStore(std::vector<RowColumn> columns)
+      : RowStore(std::make_shared<const std::vector<RowColumn>>(std::move(columns))) {}
+  explicit RowStore(RowColumns columns) : columns_(std::move(columns)) {}
 
   /// Appends the current row of `statement`, which has as many columns.
   void append(const Statement& statement);
@@ -55,9 +60,9 @@ class RowStore {
   void appendReal(double value);
   void appendText(std::string_view utf8);
 
-  std::size_t rowCount() const { return columns_.empty() ? 0 : cellCount_ / columns_.size(); }
-  std::size_t columnCount() const { return columns_.size(); }
-  const std::u16string& name(std::size_t column) const { return columns_[column].name; }
+  std::size_t rowCount() const { return columnCount() == 0 ? 0 : cellCount_ / columnCount(); }
+  std::size_t columnCount() const { return columns_ == nullptr ? 0 : columns_->size(); }
+  const std::u16string& name(std::size_t column) const { return (*columns_)[column].name; }
   /// Returns the first column of that name, in any case, or columnCount() if there is none.
   std::size_t find(std::u16string_view name) const;
   /// Returns the cell in the type of its column, if the stored value can be read so.
@@ -73,7 +78,7 @@ class RowStore {
     const char* text;
   };
   struct Block {
-    static constexpr std::size_t kCells = 256;
+    static constexpr std::size_t kCells = 64;  // small enough for the allocator to keep
     Cell cells[kCells];
     Kind kinds[kCells];
   };
@@ -81,7 +86,7 @@ class RowStore {
   void appendText(std::size_t column, std::string_view utf8);
   Cell& newCell(Kind kind);
 
-  std::vector<RowColumn> columns_;
+  RowColumns columns_;  // may be null: no columns
   std::vector<std::unique_ptr<Block>> blocks_;
   std::size_t cellCount_ = 0;
   TextBlocks texts_;

@@ -69,6 +69,13 @@ class SqliteDatabase final : public Database {
     return asDatabaseErrors(
         [&] { return wrapSqlite(db_.get(), limit_, sql::prepareGuarded(db_.get(), sql)); });
   }
+  bool keepsStatements() const override { return true; }
+  std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int parameters) override {
+    return asDatabaseErrors([&] {
+      return wrapRepeatedSqlite(db_.get(), limit_,
+                                sql::prepareRepeated(db_.get(), sql, parameters));
+    });
+  }
   sql::ColumnType probe(std::string_view sql) override {
     return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
   }

@@ -33,8 +33,8 @@ std::string_view textOf(sqlite3_value* value) {
 
 class SqliteRows final : public Statement {
  public:
-  SqliteRows(sqlite3* db, SqliteTimeLimit& limit, sql::SqliteStatement statement)
-      : db_(db), limit_(limit), statement_(std::move(statement)) {}
+  SqliteRows(sqlite3* db, SqliteTimeLimit& limit, sql::SqliteStatement statement, bool repeated)
+      : db_(db), limit_(limit), repeated_(repeated), statement_(std::move(statement)) {}
 
   void bind(int parameter, std::int64_t value) override {
     check(sqlite3_bind_int64(statement_.get(), parameter, value));
@@ -53,10 +53,13 @@ class SqliteRows final : public Statement {
     // One deadline for all rows; set only during a step, since other statements share the limit.
     if (!deadline_) deadline_ = limit_.deadlineFromNow();
     limit_.set(*deadline_);
-    const int result = sqlite3_step(statement_.get());
+    int result = sqlite3_step(statement_.get());
     limit_.lift();
     if (result == SQLITE_ROW) return true;
     if (result == SQLITE_DONE) return false;
+    // A repeated statement tells its reason only now, see sql::prepareRepeated().
+    if (repeated_) result = sqlite3_reset(statement_.get());
+    if (result == SQLITE_SCHEMA) throw DatabaseError(Fault::TablesChanged, sqlite3_errmsg(db_));
     if (result == SQLITE_INTERRUPT) throw DatabaseError(Fault::Cancelled, limit_.reason());
     fail(db_);
   }
@@ -107,6 +110,7 @@ class SqliteRows final : public Statement {
 
   sqlite3* db_;
   SqliteTimeLimit& limit_;
+  bool repeated_;
   std::optional<SqliteTimeLimit::TimePoint> deadline_;
   sql::SqliteStatement statement_;
 };
@@ -160,7 +164,12 @@ std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit,
 
 std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
                                       sql::SqliteStatement statement) {
-  return std::make_unique<SqliteRows>(db, limit, std::move(statement));
+  return std::make_unique<SqliteRows>(db, limit, std::move(statement), false);
+}
+
+std::unique_ptr<Statement> wrapRepeatedSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                              sql::SqliteStatement statement) {
+  return std::make_unique<SqliteRows>(db, limit, std::move(statement), true);
 }
 
 }  // namespace qx::desk

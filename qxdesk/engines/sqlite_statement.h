@@ -19,6 +19,9 @@ namespace qx::desk {
 std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit, std::string_view sql);
 std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
                                       sql::SqliteStatement statement);
+/// The same for a statement of sql::prepareRepeated().
+std::unique_ptr<Statement> wrapRepeatedSqlite(sqlite3* db, SqliteTimeLimit& limit,
+                                              sql::SqliteStatement statement);
 
 /// Returns the fault of an extended result code.
 Fault faultOf(int sqliteCode);

@@ -22,6 +22,11 @@ class FailingDatabase final : public Database {
     count(sql);
     return real_->prepareGuarded(sql);
   }
+  bool keepsStatements() const override { return plan_->keepsStatements; }
+  std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int parameters) override {
+    count(sql);
+    return real_->prepareRepeated(sql, parameters);
+  }
   sql::ColumnType probe(std::string_view sql) override { return real_->probe(sql); }
   const sql::Catalog& catalog() override { return real_->catalog(); }
   void noticeChanges() override { real_->noticeChanges(); }

@@ -21,6 +21,7 @@ struct FaultPlan {
   int refuse = 0;  // number of the statement from 1; 0 refuses none
   Fault fault = Fault::InputOutput;
   std::vector<std::string> refusedWords = {};
+  bool keepsStatements = false;  // with it, the statements of add-ons are kept
 };
 
 /// Returns a database that passes everything on to `real`, except for the statements that `plan`

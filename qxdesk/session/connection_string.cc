@@ -165,6 +165,10 @@ void readBoxes(ConnectionString& out, const Value& value) {
   out.refuseUnattendedBoxes = readChoice(value, "boxes", u"default", u"refuse");
 }
 
+void readStatements(ConnectionString& out, const Value& value) {
+  out.keepsStatements = !readChoice(value, "statements", u"kept", u"fresh");
+}
+
 void readProgress(ConnectionString& out, const Value& value) {
   out.sharedProgressBar = readChoice(value, "progress", u"own", u"shared");
 }
@@ -178,11 +182,12 @@ struct Key {
   void (*read)(ConnectionString&, const Value&);
 };
 
-constexpr Key kKeys[] = {{u"db", readDatabase},     {u"engine", readEngine},
-                         {u"accept", readAccept},   {u"language", readLanguage},
-                         {u"appid", readAppId},     {u"user", readUser},
-                         {u"company", readCompany}, {u"play", readPlay},
-                         {u"boxes", readBoxes},     {u"progress", readProgress}};
+constexpr Key kKeys[] = {{u"db", readDatabase},          {u"engine", readEngine},
+                         {u"accept", readAccept},        {u"language", readLanguage},
+                         {u"appid", readAppId},          {u"user", readUser},
+                         {u"company", readCompany},      {u"play", readPlay},
+                         {u"boxes", readBoxes},          {u"progress", readProgress},
+                         {u"statements", readStatements}};
 
 void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::size_t position,
               std::u16string_view pair) {
@@ -198,7 +203,7 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
   }
   fail(position, "unknown key " + quoted(name) +
                      "; the keys are db, engine, accept, language, appid, user, company, play, "
-                     "boxes and progress");
+                     "boxes, progress and statements");
 }
 
 // Returns the place of the first key.

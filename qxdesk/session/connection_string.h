@@ -22,6 +22,8 @@
 // | play     | a file with the actions of a user                                  | none        |
 // | boxes    | default: a box without an answer takes its default button; refuse: | default     |
 // |          | it fails                                                           |             |
+// | statements | kept: statements stay translated and prepared by their shape; fresh: | kept      |
+// |          | every statement is translated and prepared anew                    |             |
 // | progress | own: the progress bar is this process's; shared: all processes with| own         |
 // |          | this appid share one                                               |             |
 
@@ -43,6 +45,7 @@ struct ConnectionString {
   std::u16string companyName;  ///< empty: not given
   std::string playFile;        ///< UTF-8; empty: none
   bool refuseUnattendedBoxes = false;
+  bool keepsStatements = true;
   bool sharedProgressBar = false;
   std::u16string shown;  ///< the text for messages: as given, with the passwords of db as "***"
 };

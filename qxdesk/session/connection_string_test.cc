@@ -32,7 +32,7 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   const ConnectionString read = parseConnectionString(
       u"embedded:?accept=brackets&progress=shared&boxes=refuse&play=demo.txt&company=Acme%20%26%"
       u"20Sons&user=anna"
-      u"&appid=7&language=9&engine=kordb&db=/tmp/c%C3%A4.db");
+      u"&appid=7&language=9&engine=kordb&statements=fresh&db=/tmp/c%C3%A4.db");
   EXPECT_EQ(read.database, "/tmp/c\xC3\xA4.db");
   EXPECT_EQ(read.dbServerType, 9);
   EXPECT_EQ(read.language, ln_German);
@@ -43,6 +43,7 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_TRUE(read.acceptBrackets);
   EXPECT_TRUE(read.refuseUnattendedBoxes);
   EXPECT_TRUE(read.sharedProgressBar);
+  EXPECT_FALSE(read.keepsStatements);
 }
 
 TEST(ConnectionString, IsShownAsGivenButForPasswords) {
@@ -93,7 +94,7 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 14: db is empty; name the company database's file");
   EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
             "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
-            "accept, language, appid, user, company, play, boxes and progress");
+            "accept, language, appid, user, company, play, boxes, progress and statements");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
             "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),
@@ -124,6 +125,8 @@ TEST(ConnectionString, RefusesInvalidValues) {
             "\"1234567890\"");
   EXPECT_EQ(refusal(u"embedded:?db=a&accept=all"),
             "connection string, character 23: accept is neither own nor brackets: \"all\"");
+  EXPECT_EQ(refusal(u"embedded:?db=a&statements=old"),
+            "connection string, character 27: statements is neither kept nor fresh: \"old\"");
   EXPECT_EQ(refusal(u"embedded:?db=a&progress=all"),
             "connection string, character 25: progress is neither own nor shared: \"all\"");
   EXPECT_EQ(refusal(u"embedded:?db=%FF.db"),

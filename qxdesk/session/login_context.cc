@@ -13,11 +13,14 @@ namespace {
 // This form is frozen, since client and add-on may be of different builds:
 //   QXLC1|<checksum, 16 hex digits>|<n>:<field><n>:<field>…
 // with n the length of a field in UTF-16 units. The fields are database, server type, language,
-// user name and company name. The checksum runs over the cookie and all fields. It detects changes
-// and contexts for another cookie, but it is no cryptographic signature.
+// user name and company name. Words follow for settings that differ from the usual ones; builds
+// that do not know a word refuse the context. The checksum runs over the cookie and all fields. It
+// detects changes and contexts for another cookie, but it is no cryptographic signature.
 constexpr std::u16string_view kTag = u"QXLC1|";
 constexpr std::size_t kChecksumDigits = 16;
 constexpr std::size_t kMaxFieldDigits = 6;
+constexpr std::u16string_view kBrackets = u"brackets";
+constexpr std::u16string_view kFresh = u"fresh";
 
 std::uint64_t mix(std::uint64_t hash, std::u16string_view text) {
   constexpr std::uint64_t kPrime = 0x00000100000001B3;  // FNV-1a
@@ -71,8 +74,21 @@ std::optional<std::u16string> takeField(std::u16string_view& rest) {
   return field;
 }
 
-// Follows the other fields only if the setting is on, so that the usual form stays as it is.
-constexpr std::u16string_view kAcceptBrackets = u"8:brackets";
+// Reads the words for settings. Returns false for an unknown one.
+bool readWords(std::u16string_view rest, LoginTarget& target) {
+  while (!rest.empty()) {
+    const std::optional<std::u16string> word = takeField(rest);
+    if (!word) return false;
+    if (*word == kBrackets) {
+      target.acceptBrackets = true;
+    } else if (*word == kFresh) {
+      target.keepsStatements = false;
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
 
 std::optional<LoginTarget> readFields(std::u16string_view rest) {
   constexpr std::size_t kMaxNumberDigits = 9;
@@ -83,10 +99,11 @@ std::optional<LoginTarget> readFields(std::u16string_view rest) {
   }
   const std::optional<long> serverType = number(*fields[1], kMaxNumberDigits);
   const std::optional<long> language = number(*fields[2], kMaxNumberDigits);
-  const bool acceptBrackets = rest == kAcceptBrackets;
-  if ((!rest.empty() && !acceptBrackets) || !serverType || !language) return std::nullopt;
-  return LoginTarget{toUtf8(*fields[0]), *serverType, static_cast<HvLanguages>(*language),
-                     *fields[3],         *fields[4],  acceptBrackets};
+  if (!serverType || !language) return std::nullopt;
+  LoginTarget target{toUtf8(*fields[0]), *serverType, static_cast<HvLanguages>(*language),
+                     *fields[3], *fields[4]};
+  if (!readWords(rest, target)) return std::nullopt;
+  return target;
 }
 
 }  // namespace
@@ -98,7 +115,8 @@ std::u16string encodeLoginContext(const LoginTarget& target, std::u16string_view
   appendField(fields, format(u"%d", static_cast<int>(target.language)));
   appendField(fields, target.userName);
   appendField(fields, target.companyName);
-  if (target.acceptBrackets) fields += kAcceptBrackets;
+  if (target.acceptBrackets) appendField(fields, kBrackets);
+  if (!target.keepsStatements) appendField(fields, kFresh);
   return std::u16string(kTag) + checksum(cookie, fields) + u"|" + fields;
 }
 

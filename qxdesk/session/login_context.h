@@ -20,6 +20,7 @@ struct LoginTarget {
   std::u16string userName;
   std::u16string companyName;
   bool acceptBrackets = false;  ///< see sql::Dialect::Db2Brackets
+  bool keepsStatements = true;  ///< false: every statement is translated and prepared anew
 
   friend bool operator==(const LoginTarget&, const LoginTarget&) = default;
 };

@@ -19,6 +19,12 @@ TEST(LoginContext, ReadsBackEveryField) {
   EXPECT_EQ(decodeLoginContext(encodeLoginContext(empty, u""), u""), empty);
 }
 
+TEST(LoginContext, ReadsBackThatStatementsAreNotKept) {
+  LoginTarget target = sampleTarget();
+  target.keepsStatements = false;
+  EXPECT_EQ(decodeLoginContext(encodeLoginContext(target, u"cookie"), u"cookie"), target);
+}
+
 TEST(LoginContext, HasItsFrozenForm) {
   const LoginTarget target{"/c.db", 2, ln_English, u"manager", u"Demo"};
   EXPECT_EQ(encodeLoginContext(target, u"K1"),

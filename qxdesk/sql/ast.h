@@ -71,6 +71,10 @@ struct Expr {
   bool hasOperand = false;  ///< CASE x WHEN
   bool hasElse = false;
   int height = 1;  ///< of the tree from this node down, including it
+  /// Which literal of the statement's shape this is as written or as a date, from 0; -1: none. Of a
+  /// Negate that is bound, that of the number.
+  int literal = -1;
+  bool bound = false;  ///< a parameter takes its place; see bound_values.h
   /// Unknown until the resolver has run, and after it if only the database knows. A NULL has the
   /// type of the value in whose place it is, where an engine needs one.
   ColumnType type = ColumnType::Unknown;

@@ -4,7 +4,9 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace qx::sql {
 
@@ -44,6 +46,12 @@ class Catalog {
   /// Returns the number of columns of a table; nothing if it is not known.
   virtual std::optional<std::size_t> columnCount(std::string_view /*table*/) const {
     return std::nullopt;
+  }
+
+  /// Returns a condition in the engine's SQL that is true as long as the tables are as they are
+  /// known here, and that fails the statement otherwise; empty if the engine needs none.
+  virtual std::string unchangedCheck(const std::vector<std::string>& /*tables*/) const {
+    return {};
   }
 };
 

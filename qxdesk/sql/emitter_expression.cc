@@ -126,6 +126,10 @@ void ExpressionEmitter::nested(int symbols, const Expr& expr, int strength) {
 
 void ExpressionEmitter::expression(const Expr& expr) {
   at_ = expr.at;
+  if (isBound(expr) && expr.literal >= 0) {
+    const bool negative = expr.kind == ExprKind::Negate;
+    return boundValue({.literal = expr.literal, .negative = negative, .type = expr.type});
+  }
   switch (expr.kind) {
     case ExprKind::Number:
       number(expr);
@@ -164,6 +168,12 @@ void ExpressionEmitter::expression(const Expr& expr) {
     default:
       condition(expr);
   }
+}
+
+void ExpressionEmitter::boundValue(const BoundValue& value) {
+  placeholder(value.type);
+  boundValues_.push_back(value);
+  boundValues_.back().at = out_.rfind('?');
 }
 
 // SQLite reads a number beyond the largest double as infinity and PostgreSQL as a numeric, so the

@@ -9,6 +9,7 @@
 // every nested place and refuses a statement that would overflow the stack.
 
 #include "qxdesk/sql/ast.h"
+#include "qxdesk/sql/bound_values.h"
 #include "qxdesk/sql/engine.h"
 
 #include <cstdint>
@@ -44,10 +45,19 @@ class ExpressionEmitter {
   ExpressionEmitter(const ExpressionEmitter&) = delete;
   ExpressionEmitter& operator=(const ExpressionEmitter&) = delete;
 
+  /// From here on the values that are marked as bound are written as parameters.
+  void bindValues() { binds_ = true; }
+  /// Returns the parameters of the text in their order.
+  const std::vector<BoundValue>& boundValues() const { return boundValues_; }
+  /// Returns true if the text contains the time of its translation.
+  bool hasFixedTime() const { return fixedTime_; }
+
  protected:
   virtual void selectBody(const Select& select, std::optional<std::int64_t> rowLimit) = 0;
   /// Throws SqlError for a number beyond the largest double.
   virtual void number(const Expr& expr);
+  /// Writes the place of a parameter whose value has the type.
+  virtual void placeholder(ColumnType /*type*/) { out_ += '?'; }
   virtual void date(const Expr& expr);
   virtual void null(const Expr& expr);
   virtual void negate(const Expr& expr);
@@ -79,6 +89,12 @@ class ExpressionEmitter {
     ExpressionEmitter& emitter_;
     int symbols_;
   };
+
+  /// Returns true if a parameter takes the place of the expression.
+  bool isBound(const Expr& expr) const { return binds_ && expr.bound; }
+  /// Writes a parameter.
+  void boundValue(const BoundValue& value);
+  void noteFixedTime() { fixedTime_ = true; }
 
   void name(std::string_view name);
   void quoted(std::string_view text, char quote);
@@ -128,6 +144,9 @@ class ExpressionEmitter {
   void count(const Expr& expr);
   void cast(const Expr& expr);
 
+  bool binds_ = false;
+  bool fixedTime_ = false;
+  std::vector<BoundValue> boundValues_;
   int open_ = 0;
   Position at_;  // of the latest expression, for the refusal of a nesting
 };

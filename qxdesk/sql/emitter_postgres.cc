@@ -105,6 +105,24 @@ void PostgresEmitter::timestamp(std::string_view text) {
 
 void PostgresEmitter::date(const Expr& expr) { timestamp(expr.text); }
 
+// A number or date gets the type that it has as a literal. A text has none there either; its place
+// gives it one.
+void PostgresEmitter::placeholder(ColumnType type) {
+  switch (type) {
+    case ColumnType::Integer:
+      out_ += "CAST(? AS bigint)";
+      return;
+    case ColumnType::Decimal:
+      out_ += "CAST(? AS numeric)";
+      return;
+    case ColumnType::Date:
+      out_ += "CAST(? AS timestamp)";
+      return;
+    default:
+      StatementEmitter::placeholder(type);
+  }
+}
+
 // A NULL without a type becomes a text in a UNION or a derived table, and a text does not meet the
 // numbers or dates of the other parts.
 void PostgresEmitter::null(const Expr& expr) {
@@ -240,9 +258,9 @@ void PostgresEmitter::wholeOperand(const Expr& expr) {
 void PostgresEmitter::call(const Expr& expr) {
   switch (expr.function) {
     case Function::Now:
-      return now();
+      return now(expr);
     case Function::Today:
-      return today();
+      return today(expr);
     case Function::ToDate:
       return toDate(*expr.args[0]);
     case Function::CompactDate:
@@ -312,13 +330,25 @@ const std::string& PostgresEmitter::currentTime() {
   return currentTime_;
 }
 
-void PostgresEmitter::now() {
-  if (now_) return timestamp(currentTime());
-  out_ += kServerNow;
+void PostgresEmitter::now(const Expr& expr) {
+  if (!now_) {
+    out_ += kServerNow;
+  } else if (isBound(expr)) {
+    boundValue({.source = BoundValue::Source::Now, .type = ColumnType::Date});
+  } else {
+    noteFixedTime();
+    timestamp(currentTime());
+  }
 }
 
-void PostgresEmitter::today() {
-  if (now_) return timestamp(currentTime().substr(0, 10) + " 00:00:00");
+void PostgresEmitter::today(const Expr& expr) {
+  if (now_ && isBound(expr)) {
+    return boundValue({.source = BoundValue::Source::Today, .type = ColumnType::Date});
+  }
+  if (now_) {
+    noteFixedTime();
+    return timestamp(currentTime().substr(0, 10) + " 00:00:00");
+  }
   out_ += "date_trunc('day', CAST(statement_timestamp() AS timestamp))";
 }
 

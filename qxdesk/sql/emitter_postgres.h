@@ -25,6 +25,7 @@ class PostgresEmitter final : public StatementEmitter {
  private:
   void limitWithTies(const Select& select, std::int64_t count,
                      std::optional<std::int64_t> rowLimit) override;
+  void placeholder(ColumnType type) override;
   void date(const Expr& expr) override;
   void null(const Expr& expr) override;
   void negate(const Expr& expr) override;
@@ -43,8 +44,8 @@ class PostgresEmitter final : public StatementEmitter {
   void dateOperand(const Expr& expr, int strength);
   void wholeOperand(const Expr& expr);
   void caseCall(std::string_view function, const Expr& expr);
-  void now();
-  void today();
+  void now(const Expr& expr);
+  void today(const Expr& expr);
   void toDate(const Expr& argument);
   void formatted(const Expr& argument, std::string_view format);
   void monthDate(const Expr& argument);

@@ -157,6 +157,14 @@ void StatementEmitter::insert(const Statement& statement, std::optional<std::int
   }
   out_ += ") ";
   if (statement.select) return outerSelect(*statement.select, rowLimit);
+  // VALUES has no condition. Several rows stay without a check: a UNION of them would give types of
+  // its own to values that have none.
+  checked_ = check_.empty() || statement.rows.size() == 1;
+  if (!check_.empty() && checked_) {
+    out_ += "SELECT ";
+    list(statement.rows.front(), 0, kValuesSymbols);
+    return where(nullptr, true);
+  }
   out_ += "VALUES ";
   for (std::size_t i = 0; i < statement.rows.size(); ++i) {
     separate(i);
@@ -188,7 +196,7 @@ void StatementEmitter::changedRows(const Statement& statement,
     out_ += engine_.beforeLimitedRows;
     name(statement.table);
   }
-  where(statement.where);
+  where(statement.where, true);
   if (!rowLimit) return;
   plainLimit(*rowLimit);
   out_ += engine_.afterLimitedRows;
@@ -196,6 +204,7 @@ void StatementEmitter::changedRows(const Statement& statement,
 
 void StatementEmitter::outerSelect(const Select& select, std::optional<std::int64_t> rowLimit) {
   namesUnnamed_ = &select;
+  checks_ = &select.cores.front();
   commonTables(select);
   selectBody(select, rowLimit);
 }
@@ -288,14 +297,17 @@ void StatementEmitter::from(const SelectCore& core) {
   }
 }
 
-void StatementEmitter::where(const ExprPtr& condition) {
-  if (!condition) return;
+void StatementEmitter::where(const ExprPtr& condition, bool checks) {
+  const bool check = checks && !check_.empty();
+  if (!condition && !check) return;
   out_ += " WHERE ";
-  nested(kWhereSymbols, *condition, 0);
+  if (check) out_ += check_;
+  if (check && condition) out_ += " AND ";
+  if (condition) nested(kWhereSymbols, *condition, check ? kNot : 0);
 }
 
 void StatementEmitter::conditions(const SelectCore& core) {
-  where(core.where);
+  where(core.where, &core == checks_);
   if (!core.groupBy.empty()) {
     out_ += " GROUP BY ";
     list(core.groupBy, 0, kGroupSymbols);

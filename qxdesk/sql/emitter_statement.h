@@ -18,6 +18,12 @@ class StatementEmitter : public ExpressionEmitter {
   /// set on the connection: at most that many rows are read or changed. Throws SqlError.
   std::string statement(const Statement& statement, std::optional<std::int64_t> rowLimit);
 
+  /// Sets a condition in the engine's SQL that fails a statement whose tables have changed. Every
+  /// text has it, if it is not empty and isChecked() does not return false.
+  void setCheck(std::string check) { check_ = std::move(check); }
+  /// Returns false if the text of a statement has no place for the check.
+  bool isChecked() const { return checked_; }
+
   /// Returns a SELECT of `columns` that yields no row and serves to read their declared types. The
   /// columns are expressions of the first core of `select`.
   std::string probe(const Select& select, const std::vector<const Expr*>& columns);
@@ -40,7 +46,7 @@ class StatementEmitter : public ExpressionEmitter {
   void core(const Select& select, const SelectCore& core);
   void item(const SelectItem& item, bool nameUnnamed);
   void from(const SelectCore& core);
-  void where(const ExprPtr& condition);
+  void where(const ExprPtr& condition, bool checks);
   void conditions(const SelectCore& core);
   void orderBy(const Select& select);
   void orderKey(const Expr& key, bool descending);
@@ -49,6 +55,9 @@ class StatementEmitter : public ExpressionEmitter {
   void orderOfRanks(const Select& select, const SelectCore& core);
 
   const Select* namesUnnamed_ = nullptr;  // the SELECT whose unnamed columns get a name
+  std::string check_;
+  bool checked_ = true;
+  const SelectCore* checks_ = nullptr;  // the SELECT whose condition has the check
 };
 
 }  // namespace qx::sql

@@ -28,6 +28,7 @@ struct Token {
   std::string text;         ///< decoded
   std::string_view source;  ///< as written; points into the lexed text
   Position at;
+  int literal = -1;  ///< which literal of the statement's shape this is, from 0; -1: none
 };
 
 /// Returns the tokens of `utf8`, the last one being End. They refer to `utf8`, which must outlive

@@ -272,6 +272,7 @@ ExprPtr ExpressionParser::literal() {
   const Token& token = tokens_.take();
   ExprPtr result = makeExpr(ExprKind::Null, token.at);
   result->text = token.text;
+  result->literal = token.literal;
   if (token.kind == TokenKind::Text) result->kind = ExprKind::Text;
   if (token.kind == TokenKind::Number) result->kind = ExprKind::Number;
   return result;

@@ -34,10 +34,15 @@ bool isOwnTable(const char* table) {
   return startsWith(name, "sqlite_") || startsWith(name, "pragma_");
 }
 
+// The connection whose statements the authorizer restricts at this moment. Setting and removing the
+// authorizer around each statement instead would expire all prepared statements of the connection.
+thread_local sqlite3* rowsOnly = nullptr;
+
 // Lists what is allowed: an action that a later version of SQLite adds is denied. A common table
 // that names itself arrives as SQLITE_RECURSIVE.
-int authorize(void* /*data*/, int action, const char* first, const char* second,
+int authorize(void* connection, int action, const char* first, const char* second,
               const char* /*database*/, const char* /*trigger*/) {
+  if (connection != rowsOnly) return SQLITE_OK;
   switch (action) {
     case SQLITE_SELECT:
     case SQLITE_RECURSIVE:
@@ -53,16 +58,6 @@ int authorize(void* /*data*/, int action, const char* first, const char* second,
       return SQLITE_DENY;
   }
 }
-
-// Restricts a connection during its lifetime. The company's own statements, which make tables, run
-// on the same connection without the restriction.
-struct RowsOnlyScope {
-  explicit RowsOnlyScope(sqlite3* connection) : db(connection) { allowRowsOnly(db); }
-  ~RowsOnlyScope() { allowEverything(db); }
-  RowsOnlyScope(const RowsOnlyScope&) = delete;
-  RowsOnlyScope& operator=(const RowsOnlyScope&) = delete;
-  sqlite3* db;
-};
 
 // Returns true for the names under which SQLite returns the number of a row, unless the table has a
 // column of that name.
@@ -106,20 +101,24 @@ void setUpConnection(sqlite3* db, GuardSettings settings) {
   // No SQL, not even an unguarded one, can then corrupt the file.
   sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   registerFunctions(db, settings);
+  sqlite3_set_authorizer(db, authorize, db);
 }
 
-void allowRowsOnly(sqlite3* db) { sqlite3_set_authorizer(db, authorize, nullptr); }
-
-void allowEverything(sqlite3* db) { sqlite3_set_authorizer(db, nullptr, nullptr); }
+// The company's own statements, which make tables, run on the same connection without it.
+RowsOnly::RowsOnly(sqlite3* db) : before_(rowsOnly) { rowsOnly = db; }
+RowsOnly::~RowsOnly() { rowsOnly = before_; }
 
 void StatementCloser::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
-SqliteStatement prepareGuarded(sqlite3* db, std::string_view text) {
-  const RowsOnlyScope scope(db);
+namespace {
+
+using Prepare = decltype(sqlite3_prepare_v2);
+
+SqliteStatement prepareOne(sqlite3* db, std::string_view text, int parameters, Prepare prepare) {
+  const RowsOnly scope(db);
   sqlite3_stmt* raw = nullptr;
   const char* tail = nullptr;
-  const int result =
-      sqlite3_prepare_v2(db, text.data(), static_cast<int>(text.size()), &raw, &tail);
+  const int result = prepare(db, text.data(), static_cast<int>(text.size()), &raw, &tail);
   SqliteStatement statement(raw);
   if (result != SQLITE_OK) fail(db);
   const auto used = static_cast<std::size_t>(tail - text.data());
@@ -129,10 +128,22 @@ SqliteStatement prepareGuarded(sqlite3* db, std::string_view text) {
     throw SqliteError(SQLITE_ERROR, "one statement per call; more text follows");
   }
   // An unbound parameter is NULL, so a condition on it would silently find no row.
-  if (sqlite3_bind_parameter_count(statement.get()) != 0) {
+  if (sqlite3_bind_parameter_count(statement.get()) != parameters) {
     throw SqliteError(SQLITE_ERROR, "the statement has open parameters");
   }
   return statement;
+}
+
+}  // namespace
+
+SqliteStatement prepareGuarded(sqlite3* db, std::string_view text) {
+  return prepareOne(db, text, 0, sqlite3_prepare_v2);
+}
+
+// By the first version of the call. The second one would prepare the statement again by itself when
+// a table has changed, and run a text that was translated for the table as it was.
+SqliteStatement prepareRepeated(sqlite3* db, std::string_view text, int parameters) {
+  return prepareOne(db, text, parameters, sqlite3_prepare);
 }
 
 ColumnType probedType(sqlite3* db, std::string_view probe) {

@@ -38,23 +38,39 @@ struct GuardSettings {
   std::function<std::string(std::string_view)> lower;
 };
 
-/// Registers the functions that translated texts use, a case-sensitive LIKE among them, and makes
-/// an unknown name in double quotes an error. Runs once for each connection. Throws SqliteError.
+/// Registers the functions that translated texts use, a case-sensitive LIKE among them, installs
+/// the authorizer of RowsOnly, and makes an unknown name in double quotes an error. Runs once for
+/// each connection. Throws SqliteError.
 void setUpConnection(sqlite3* db, GuardSettings settings);
 
-/// Restricts the connection, until allowEverything(), to statements that read and change rows of
-/// tables other than SQLite's own and that call only the functions the translator uses.
-void allowRowsOnly(sqlite3* db);
-void allowEverything(sqlite3* db);
+/// While it lives, statements that this thread prepares on the connection can only read and change
+/// rows of tables other than SQLite's own, and call only the functions the translator uses. The
+/// connection must have been set up.
+class RowsOnly {
+ public:
+  explicit RowsOnly(sqlite3* db);
+  ~RowsOnly();
+  RowsOnly(const RowsOnly&) = delete;
+  RowsOnly& operator=(const RowsOnly&) = delete;
+
+ private:
+  sqlite3* before_;
+};
 
 struct StatementCloser {
   void operator()(sqlite3_stmt* statement) const;
 };
 using SqliteStatement = std::unique_ptr<sqlite3_stmt, StatementCloser>;
 
-/// Prepares one translated text under allowRowsOnly(), which ends with the call. Throws SqliteError
-/// if SQLite refuses the text, if a second statement follows or if it has parameters.
+/// Prepares one translated text under RowsOnly. Throws SqliteError if SQLite refuses the text, if a
+/// second statement follows or if it has parameters.
 SqliteStatement prepareGuarded(sqlite3* db, std::string_view text);
+
+/// Prepares a text with `parameters` parameters that is run many times. If a table has changed
+/// since then, its first step fails before anything has run, and sqlite3_reset() returns
+/// SQLITE_SCHEMA; the code of every other failure is that of sqlite3_reset(), too. Throws like
+/// prepareGuarded().
+SqliteStatement prepareRepeated(sqlite3* db, std::string_view text, int parameters);
 
 /// Returns the common type of the columns of a probe (OutputColumn::probe), by their declarations.
 ColumnType probedType(sqlite3* db, std::string_view probe);

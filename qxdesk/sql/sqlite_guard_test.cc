@@ -63,17 +63,41 @@ TEST_F(SqliteGuard, RestrictionEndsWithThePreparation) {
   EXPECT_EQ(database_.runNative("CREATE TABLE X (a)"), "");
 }
 
-TEST_F(SqliteGuard, RestrictionStaysUntilItIsLifted) {
-  allowRowsOnly(db());
-  try {
-    database_.runNative("CREATE TABLE X (a)");
-    ADD_FAILURE();
-  } catch (const SqliteError& error) {
-    EXPECT_STREQ(error.what(), "not authorized");
+TEST_F(SqliteGuard, RestrictionLastsAsLongAsItsScope) {
+  {
+    const RowsOnly scope(db());
+    try {
+      database_.runNative("CREATE TABLE X (a)");
+      ADD_FAILURE();
+    } catch (const SqliteError& error) {
+      EXPECT_STREQ(error.what(), "not authorized");
+    }
+    EXPECT_EQ(database_.runNative("SELECT count(*) FROM OFPR"), "2");
   }
-  EXPECT_EQ(database_.runNative("SELECT count(*) FROM OFPR"), "2");
-  allowEverything(db());
   EXPECT_EQ(database_.runNative("CREATE TABLE X (a)"), "");
+}
+
+TEST_F(SqliteGuard, RestrictionConcernsOneConnection) {
+  SqliteConnection other;
+  const RowsOnly scope(db());
+  EXPECT_EQ(other.runNative("CREATE TABLE X (a)"), "");
+}
+
+TEST_F(SqliteGuard, GuardingAStatementKeepsTheOthersPrepared) {
+  const SqliteStatement kept =
+      prepareRepeated(db(), "SELECT count(*) FROM OFPR WHERE SubNum < ?", 1);
+  EXPECT_EQ(guardRefusal(db(), "SELECT 1"), "");
+  // A statement that has expired fails here instead.
+  EXPECT_EQ(sqlite3_step(kept.get()), SQLITE_ROW);
+}
+
+TEST_F(SqliteGuard, ARepeatedStatementFailsOnceATableHasChanged) {
+  const SqliteStatement kept = prepareRepeated(db(), "DELETE FROM OFPR WHERE SubNum = ?", 1);
+  database_.runNative("ALTER TABLE OFPR ADD U_New int");
+  sqlite3_bind_int(kept.get(), 1, 1);
+  EXPECT_EQ(sqlite3_step(kept.get()), SQLITE_ERROR);
+  EXPECT_EQ(sqlite3_reset(kept.get()), SQLITE_SCHEMA);
+  EXPECT_EQ(database_.runNative("SELECT count(*) FROM OFPR"), "2");
 }
 
 TEST_F(SqliteGuard, RefusesASecondStatementParametersAndABlankText) {

@@ -1,11 +1,13 @@
 #include "qxdesk/sql/translator.h"
 
+#include "qxdesk/sql/bound_values.h"
 #include "qxdesk/sql/emitter_postgres.h"
 #include "qxdesk/sql/emitter_sqlite.h"
 #include "qxdesk/sql/lexer.h"
 #include "qxdesk/sql/parser.h"
 #include "qxdesk/sql/resolver.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace qx::sql {
@@ -40,20 +42,103 @@ void describeColumns(Translation& translation, const Select& select, const Diale
   (complete ? translation.columns : translation.outline) = std::move(columns);
 }
 
+// Numbers the tokens of the shape's literals.
+void nameLiterals(std::vector<Token>& tokens, std::string_view utf8, const StatementShape& shape) {
+  std::size_t next = 0;
+  for (Token& token : tokens) {
+    if (next == shape.literals.size()) return;
+    const auto at = static_cast<std::size_t>(token.source.data() - utf8.data());
+    if (token.source.empty() || at != shape.literals[next].at) continue;
+    token.literal = static_cast<int>(next++);
+  }
+}
+
+void addTables(const Select& select, std::vector<std::string>& tables);
+
+void addTablesBelow(const Expr& expr, std::vector<std::string>& tables) {
+  if (expr.select) addTables(*expr.select, tables);
+  for (const ExprPtr& arg : expr.args) addTablesBelow(*arg, tables);
+}
+
+void addTablesBelow(const ExprPtr& expr, std::vector<std::string>& tables) {
+  if (expr) addTablesBelow(*expr, tables);
+}
+
+void addTables(const SelectCore& core, std::vector<std::string>& tables) {
+  for (const SelectItem& item : core.items) addTablesBelow(item.value, tables);
+  for (const Source& source : core.from) {
+    if (source.derived) {
+      addTables(*source.derived, tables);
+    } else {
+      tables.push_back(source.table);
+    }
+    addTablesBelow(source.on, tables);
+  }
+  addTablesBelow(core.where, tables);
+  for (const ExprPtr& key : core.groupBy) addTablesBelow(key, tables);
+  addTablesBelow(core.having, tables);
+}
+
+void addTables(const Select& select, std::vector<std::string>& tables) {
+  for (const CommonTable& table : select.with) addTables(*table.select, tables);
+  for (const SelectCore& core : select.cores) addTables(core, tables);
+  for (const OrderKey& key : select.orderBy) addTablesBelow(key.value, tables);
+}
+
+// Returns the names of all tables that a statement reads or changes, each once. Those of common
+// tables may be among them; a real table of such a name then counts, too.
+std::vector<std::string> tablesOf(const Statement& statement) {
+  std::vector<std::string> tables;
+  if (!statement.table.empty()) tables.push_back(statement.table);
+  if (statement.select) addTables(*statement.select, tables);
+  addTablesBelow(statement.where, tables);
+  for (const TargetColumn& column : statement.columns) addTablesBelow(column.value, tables);
+  for (const std::vector<ExprPtr>& row : statement.rows) {
+    for (const ExprPtr& value : row) addTablesBelow(value, tables);
+  }
+  std::sort(tables.begin(), tables.end(), NameLess{});
+  tables.erase(std::unique(tables.begin(), tables.end(), sameName), tables.end());
+  return tables;
+}
+
 }  // namespace
 
-Translation Translator::translate(std::string_view utf8) {
+Statement Translator::parse(std::string_view utf8, const StatementShape* shape) const {
+  std::vector<Token> tokens = lex(utf8);
+  if (shape != nullptr) nameLiterals(tokens, utf8, *shape);
+  Statement statement = Parser(dialect_, traitsOf(target_.engine), std::move(tokens)).parse();
+  Resolver(traitsOf(dialect_), catalog_).resolve(statement);
+  if (shape != nullptr) chooseBoundValues(statement, catalog_);
+  return statement;
+}
+
+// SET ROWCOUNT runs nothing; later statements have the limit in their texts.
+bool Translator::setsRowLimit(const Statement& statement) {
+  if (statement.kind != StatementKind::SetRowCount) return false;
+  rowLimit_ = std::nullopt;
+  if (statement.rowCount > 0) rowLimit_ = statement.rowCount;
+  return true;
+}
+
+Translation Translator::translate(std::string_view utf8) { return translate(utf8, nullptr, false); }
+
+Translation Translator::translateForUse(std::string_view utf8, const StatementShape* shape) {
+  return translate(utf8, shape, catalog_ != nullptr);
+}
+
+Translation Translator::translate(std::string_view utf8, const StatementShape* shape, bool checks) {
   const DialectTraits& dialect = traitsOf(dialect_);
-  Statement statement = Parser(dialect_, traitsOf(target_.engine), lex(utf8)).parse();
-  Resolver(dialect, catalog_).resolve(statement);
+  const Statement statement = parse(utf8, shape);
   Translation translation;
   translation.kind = statement.kind;
-  if (statement.kind == StatementKind::SetRowCount) {
-    rowLimit_ = std::nullopt;
-    if (statement.rowCount > 0) rowLimit_ = statement.rowCount;
-    return translation;
-  }
-  translation.text = makeEmitter(dialect, target_)->statement(statement, rowLimit_);
+  if (setsRowLimit(statement)) return translation;
+  const std::unique_ptr<StatementEmitter> emitter = makeEmitter(dialect, target_);
+  if (shape != nullptr) emitter->bindValues();
+  if (checks) emitter->setCheck(catalog_->unchangedCheck(tablesOf(statement)));
+  translation.text = emitter->statement(statement, rowLimit_);
+  translation.parameters = emitter->boundValues();
+  translation.checked = emitter->isChecked();
+  translation.repeatable = shape != nullptr && translation.checked && !emitter->hasFixedTime();
   if (statement.kind == StatementKind::Select) {
     describeColumns(translation, *statement.select, dialect, target_);
   }

@@ -7,11 +7,13 @@
 // Flow: lexer, parser (syntax tree), resolver (types), the engine's emitter.
 
 #include "qxdesk/sql/ast.h"
+#include "qxdesk/sql/bound_values.h"
 #include "qxdesk/sql/column_type.h"
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/engine.h"
 #include "qxdesk/sql/output_columns.h"
 #include "qxdesk/sql/sql_error.h"
+#include "qxdesk/sql/statement_shape.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,6 +32,12 @@ struct Translation {
   std::vector<OutputColumn> columns;
   // In that case: the list in order, with one entry (starTable) for all columns of a table.
   std::vector<OutputColumn> outline;
+  // The parameters of the text in order; none if it was not translated for its shape.
+  std::vector<BoundValue> parameters;
+  // True if the text serves all statements of the shape whose other literals are equal.
+  bool repeatable = false;
+  // False if the text notices no change of the tables, see Catalog::unchangedCheck().
+  bool checked = true;
 };
 
 /// The engine on which translated statements run, and its clock.
@@ -51,8 +59,19 @@ class Translator {
   /// Returns the translation of one statement. Throws SqlError. A SET ROWCOUNT n limits every later
   /// statement until SET ROWCOUNT 0, so each connection needs its own translator.
   Translation translate(std::string_view utf8);
+  /// The same for a statement whose literals may become parameters. `shape` is that of `utf8`; null
+  /// if it has none. The text checks that the tables are unchanged.
+  Translation translateForUse(std::string_view utf8, const StatementShape* shape);
+
+  /// The limit of SET ROWCOUNT, which is part of what a text means.
+  const std::optional<std::int64_t>& rowLimit() const { return rowLimit_; }
+  const Target& target() const { return target_; }
 
  private:
+  Translation translate(std::string_view utf8, const StatementShape* shape, bool checks);
+  Statement parse(std::string_view utf8, const StatementShape* shape) const;
+  bool setsRowLimit(const Statement& statement);
+
   Dialect dialect_;
   const Catalog* catalog_;
   Target target_;

@@ -250,7 +250,7 @@ TEST_P(FailingDatabase, RollbackAfterARefusedStatementLeavesNothing) {
   for (std::size_t refused = 1; refused <= statements; ++refused) {
     SCOPED_TRACE(texts[refused - 1]);
     steps = GetParam().steps(qx::test::spyOn(company(), &log));
-    log = {{}, refused};
+    log = {.texts = {}, .refuse = refused, .onStatement = {}};
     if (refusesANewCode(texts)) continue;
     company()->StartTransaction();
     runIntoRefusal();

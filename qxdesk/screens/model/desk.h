@@ -24,7 +24,8 @@ struct DeskSettings {
   HvLanguages language = ln_English;
   long appId = 1;
   std::u16string userName = u"manager";
-  std::u16string companyName;  ///< empty: the name of the database
+  std::u16string companyName;   ///< empty: the name of the database
+  bool keepsStatements = true;  ///< see qx::desk::LoginTarget
   bool refuseUnattendedBoxes = false;
   bool acceptBrackets = false;
 };

@@ -27,6 +27,7 @@ DeskSettings settingsOf(const desk::ConnectionString& connection) {
   settings.appId = connection.appId;
   settings.userName = connection.userName;
   settings.companyName = connection.companyName;
+  settings.keepsStatements = connection.keepsStatements;
   settings.refuseUnattendedBoxes = connection.refuseUnattendedBoxes;
   settings.acceptBrackets = connection.acceptBrackets;
   return settings;

@@ -1,0 +1,204 @@
+#include "qxdesk/company/kept_statements.h"
+
+#include "qxdesk/company/test_support.h"
+#include "qxdesk/engines/open_database.h"
+#include "qxframework/automation/text.h"
+#include "testing/odbc_program.h"
+#include "testing/sqlite_file.h"
+
+#include <malloc.h>
+
+namespace qx::desk {
+namespace {
+
+class KeptStatementsTest : public CompanyTest {
+ protected:
+  KeptStatementsTest() {
+    EXPECT_EQ(addTable(company, u"T"), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Count", kNumericField}), 0);
+    EXPECT_EQ(addField(company, {u"T", u"Day", kDateField}), 0);
+    company = watched();
+    plan.prepared = 0;
+  }
+  CComPtr<ICompany> watched(bool keeps = true) {
+    plan.keepsStatements = true;
+    LoginTarget login = target();
+    login.keepsStatements = keeps;
+    return connectThrough(failingOpen(&plan), login);
+  }
+  /// Returns the number of statements that one statement of an add-on lets the engine prepare.
+  int preparedBy(const std::u16string& sql) {
+    const int before = plan.prepared;
+    query(company, sql);
+    return plan.prepared - before;
+  }
+  void runElsewhere(const std::string& onSqlite, const std::string& onPostgres) {
+    if (GetParam() == Engine::Sqlite) {
+      test::SqliteFile(database).execute(onSqlite);
+    } else {
+      test::OdbcProgram(database.substr(std::string("odbc:").size())).run(onPostgres);
+    }
+  }
+  std::u16string failureOf(const std::u16string& sql) {
+    const auto rows = businessObject<IRecordset>(company, kRecordset);
+    EXPECT_EQ(rows->raw_DoQuery(CComBSTR(sql)), kSqlFailure);
+    return lastError(company).text;
+  }
+
+  FaultPlan plan;
+};
+
+TEST_P(KeptStatementsTest, ASecondStatementOfAShapeIsNotPrepared) {
+  EXPECT_GT(preparedBy(u"INSERT INTO [@T] (Code, Name, U_Count, U_Day) VALUES ('1', N'a', 5, "
+                       u"CONVERT(datetime, '20240131', 112))"),
+            0);
+  EXPECT_EQ(preparedBy(u"INSERT INTO [@T] (Code, Name, U_Count, U_Day) VALUES (N'2', 'O''N', 70, "
+                       u"CONVERT(datetime, '20240201', 112))"),
+            0);
+  EXPECT_GT(preparedBy(u"SELECT Name, U_Count, U_Day FROM [@T] WHERE Code = '1'"), 0);
+  EXPECT_EQ(preparedBy(u"SELECT Name, U_Count, U_Day FROM [@T] WHERE Code = '2'"), 0);
+  EXPECT_EQ(rowsOf(company, u"SELECT Name, U_Count, U_Day FROM [@T] WHERE Code = '1'"),
+            u"a|5|2024-01-31 00:00:00");
+  EXPECT_EQ(rowsOf(company, u"SELECT Name, U_Count, U_Day FROM [@T] WHERE Code = '2'"),
+            u"O'N|70|2024-02-01 00:00:00");
+}
+
+TEST_P(KeptStatementsTest, LiteralsOfTheListMakeAnotherStatement) {
+  query(company, u"INSERT INTO [@T] (Code, Name) VALUES ('1', 'n')");
+  EXPECT_EQ(rowsOf(company, u"SELECT 'a', 1, Code FROM [@T] ORDER BY 3"), u"a|1|1");
+  EXPECT_EQ(rowsOf(company, u"SELECT 'b', 2, Code FROM [@T] ORDER BY 3"), u"b|2|1");
+  EXPECT_EQ(preparedBy(u"SELECT 'a', 1, Code FROM [@T] ORDER BY 3"), 0);
+  EXPECT_EQ(failureOf(u"SELECT 'a', 1, Code FROM [@T] ORDER BY 4"),
+            u"ORDER BY 4 is out of range; the list has 3 columns (line 1, column 40)");
+}
+
+TEST_P(KeptStatementsTest, AValueThatDoesNotFitIsRefusedAtItsPlace) {
+  query(company, u"UPDATE [@T] SET U_Day = '20240131' WHERE Code = '1'");
+  EXPECT_EQ(failureOf(u"UPDATE [@T] SET U_Day = '20240230' WHERE Code = '1'"),
+            u"the column U_Day takes a date, such as '20240131' or '2024-01-31 10:59:00', not "
+            u"'20240230' (line 1, column 25)");
+}
+
+TEST_P(KeptStatementsTest, ALongStatementIsNotKept) {
+  const std::u16string text(sql::kMaxShapeBytes, u'x');
+  const std::u16string sql = u"SELECT Code FROM [@T] WHERE Name <> '" + text + u"'";
+  query(company, sql);
+  EXPECT_GT(preparedBy(sql), 0);
+}
+
+TEST_P(KeptStatementsTest, NothingIsKeptIfStatementsAreFresh) {
+  company = watched(false);
+  query(company, u"SELECT Code FROM [@T] WHERE Name = '1'");
+  EXPECT_GT(preparedBy(u"SELECT Code FROM [@T] WHERE Name = '1'"), 0);
+}
+
+TEST_P(KeptStatementsTest, AnotherProgramsChangeOfATypeIsSeen) {
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('1', 'n', 7)");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count / 2 = 3"), u"1");
+  runElsewhere(
+      "ALTER TABLE \"@T\" DROP COLUMN U_Count; "
+      "ALTER TABLE \"@T\" ADD COLUMN U_Count decimal(19,6); UPDATE \"@T\" SET U_Count = 7",
+      "ALTER TABLE \"@t\" ALTER COLUMN u_count TYPE numeric(19,6)");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count / 2 = 3"), u"");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count / 2 = 3.5"), u"1");
+}
+
+TEST_P(KeptStatementsTest, AnotherProgramsChangeOfATypeIsSeenByAChange) {
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('1', 'n', 7)");
+  query(company, u"UPDATE [@T] SET Name = 'half' WHERE U_Count / 2 = 3");
+  query(company, u"UPDATE [@T] SET Name = 'n' WHERE U_Count / 2 = 3");
+  runElsewhere(
+      "ALTER TABLE \"@T\" DROP COLUMN U_Count; "
+      "ALTER TABLE \"@T\" ADD COLUMN U_Count decimal(19,6); UPDATE \"@T\" SET U_Count = 7",
+      "ALTER TABLE \"@t\" ALTER COLUMN u_count TYPE numeric(19,6)");
+  query(company, u"UPDATE [@T] SET Name = 'half' WHERE U_Count / 2 = 3");
+  EXPECT_EQ(rowsOf(company, u"SELECT Name FROM [@T]"), u"n");
+}
+
+TEST_P(KeptStatementsTest, ANewFieldOfAnotherConnectionIsSeenInAStar) {
+  query(company, u"INSERT INTO [@T] (Code, Name) VALUES ('1', 'n')");
+  EXPECT_EQ(rowsOf(company, u"SELECT * FROM [@T] WHERE Code = '1'"), u"1|n|0|1899-12-30 00:00:00");
+  EXPECT_EQ(addField(another(), {u"T", u"More", kTextField, 0, 10}), 0);
+  EXPECT_EQ(rowsOf(company, u"SELECT * FROM [@T] WHERE Code = '1'"), u"1|n|0|1899-12-30 00:00:00|");
+}
+
+TEST_P(KeptStatementsTest, TwoNewFieldsOfOneTransactionAreSeen) {
+  company->StartTransaction();
+  EXPECT_EQ(addField(company, {u"T", u"First", kTextField, 0, 10}), 0);
+  query(company, u"INSERT INTO [@T] (Code, Name, U_First) VALUES ('1', 'n', 'x')");
+  EXPECT_EQ(addField(company, {u"T", u"Second", kTextField, 0, 10}), 0);
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Second) VALUES ('2', 'n', 'x')");
+  company->EndTransaction(VARIANT_FALSE);
+  EXPECT_EQ(failureOf(u"INSERT INTO [@T] (Code, Name, U_First) VALUES ('1', 'n', 'x')"),
+            u"there is no column U_First in @T (line 1, column 31)");
+}
+
+TEST_P(KeptStatementsTest, ADroppedTableIsMissedAtItsPlace) {
+  query(company, u"SELECT Code FROM [@T] WHERE Name = '1'");
+  runElsewhere("DROP TABLE \"@T\"", "DROP TABLE \"@t\"");
+  EXPECT_EQ(failureOf(u"SELECT Code FROM [@T] WHERE Name = '2'"),
+            u"there is no table @T (line 1, column 18)");
+}
+
+TEST_P(KeptStatementsTest, ManyShapesTakeNoMoreMemoryThanTheMostThatAreKept) {
+  const auto run = [&](int from, int to) {
+    for (int i = from; i < to; ++i) {
+      query(company, u"SELECT Code AS C" + toUtf16(std::to_string(i)) +
+                         u" FROM [@T] WHERE Name = 'a name' AND U_Count = 5");
+    }
+  };
+  run(0, 300);
+  const std::size_t before = mallinfo2().uordblks;
+  run(300, 1200);
+  EXPECT_LT(mallinfo2().uordblks, before + 100'000);
+}
+
+QX_TEST_ON_ALL_ENGINES(KeptStatementsTest);
+
+sql::StatementShape shapeOf(const std::string& text) {
+  sql::StatementShape shape;
+  EXPECT_TRUE(sql::findShape(text, shape));
+  return shape;
+}
+
+KeptStatement statementFor(const sql::StatementShape& shape) { return {shape, sql::Translation{}}; }
+
+TEST(KeptStatements, AreBoundedAndTheOneUsedLongestAgoGoes) {
+  KeptStatements kept;
+  const std::string first = "SELECT a0";
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < KeptStatements::kMost; ++i) {
+    texts.push_back("SELECT a" + std::to_string(i));
+    kept.add(shapeOf(texts.back()), {}, statementFor(shapeOf(texts.back())));
+  }
+  EXPECT_NE(kept.find(shapeOf(texts[0]), {}), nullptr);
+  kept.add(shapeOf("SELECT b"), {}, statementFor(shapeOf("SELECT b")));
+  EXPECT_EQ(kept.size(), KeptStatements::kMost);
+  EXPECT_NE(kept.find(shapeOf(texts[0]), {}), nullptr);
+  EXPECT_EQ(kept.find(shapeOf(texts[1]), {}), nullptr);
+  EXPECT_NE(kept.find(shapeOf(texts[2]), {}), nullptr);
+}
+
+TEST(KeptStatements, ARowLimitMakesAnotherStatement) {
+  KeptStatements kept;
+  const sql::StatementShape shape = shapeOf("SELECT a FROM t WHERE b = 1");
+  kept.add(shape, {}, statementFor(shape));
+  EXPECT_EQ(kept.find(shape, 5), nullptr);
+  kept.add(shape, 5, statementFor(shape));
+  EXPECT_NE(kept.find(shape, 5), nullptr);
+  EXPECT_EQ(kept.find(shape, 6), nullptr);
+}
+
+TEST(KeptStatements, ADroppedStatementIsNotFound) {
+  KeptStatements kept;
+  const std::string text = "SELECT a FROM t WHERE b = 1";
+  KeptStatement& one = kept.add(shapeOf(text), {}, statementFor(shapeOf(text)));
+  EXPECT_EQ(kept.find(shapeOf("SELECT a FROM t WHERE b = 2"), {}), nullptr);
+  EXPECT_EQ(kept.find(shapeOf(text), {}), &one);
+  kept.drop(one);
+  EXPECT_EQ(kept.find(shapeOf(text), {}), nullptr);
+  EXPECT_EQ(kept.size(), 0U);
+}
+
+}  // namespace
+}  // namespace qx::desk
