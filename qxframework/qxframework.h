@@ -6,6 +6,8 @@
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
+#include "qxframework/diagnostics/fault_guard.h"
+#include "qxframework/diagnostics/stack_walker.h"
 #include "qxframework/forms/addon_xml_form.h"
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"

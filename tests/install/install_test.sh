@@ -26,7 +26,7 @@ library=$(find "$place/prefix" -name libQXFramework.so)
 nm -DC --defined-only "$library" | sed -e ':again' -e 's/> >/>>/' -e 't again' >"$place/symbols"
 while IFS= read -r name; do
   case "$name" in '' | '#'*) continue ;; esac
-  grep -qE "^[0-9a-f]+ [A-Za-z] ((vtable|typeinfo) for )?$name(::|\$)" "$place/symbols" ||
+  grep -qE "^[0-9a-f]+ [A-Za-z] ((vtable|typeinfo) for )?$name(::|\(|\$)" "$place/symbols" ||
     fail "the library does not export $name"
 done <"$addon/../exported.txt"
 
