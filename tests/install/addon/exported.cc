@@ -194,9 +194,26 @@ void useProxies() {
   used(raisedBy(getSql) == E_POINTER, "CQXChooseListHelper");
 }
 
+class Lines : public StackWalker {
+ public:
+  int entries = 0;
+
+ protected:
+  void OnCallstackEntry(CallstackEntryType, CallstackEntry&) override { ++entries; }
+  void OnOutput(const char*) override {}
+};
+
+void useStacks() {
+  used(qx::installFaultGuard(), "installFaultGuard");
+  used(qx::guardThisThread(), "guardThisThread");
+  Lines lines;
+  used(lines.ShowCallstack() && lines.entries > 2, "StackWalker");
+}
+
 }  // namespace
 
 int main() {
+  useStacks();
   useScopes();
   useValues();
   useMoney();
