@@ -107,8 +107,9 @@ struct Pipe {
   int in = -1;
 };
 
-// Runs in the memory of the dying process, whose thread waits until this has become the program.
-// Signals stay blocked until then, since their handlers would run in that memory.
+// Runs in the memory of the dying process, on a stack of its own, until it has become the program:
+// that needs no copy of a process that may be large. Signals stay blocked until then, since their
+// handlers would run in that memory.
 int becomeProgram(void* data) {
   const auto* report = static_cast<const Pipe*>(data);
   prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -159,8 +160,8 @@ End dumpByProgram(const FaultReport& report, std::int64_t deadline) {
   if (g_prepared->program[0] == 0) return End::kBadly;
   Pipe pipe;
   if (pipe.in < 0 || pipe.out < 0) return End::kBadly;
-  const pid_t child =
-      startChild(becomeProgram, g_prepared->stack, kStarterStack, CLONE_VM | CLONE_VFORK, &pipe);
+  // Without CLONE_VFORK, which would wait for the start of the program without a limit.
+  const pid_t child = startChild(becomeProgram, g_prepared->stack, kStarterStack, CLONE_VM, &pipe);
   close(pipe.out);
   // Some systems let a process be read by its parents only, or by whom it names. The program reads
   // the report first, and so nothing before this.
