@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
@@ -30,6 +31,69 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+
+// The layout, on which derived classes in add-ons rely
+
+// Returns the slot of a virtual function, which its pointer holds, in bytes and plus 1 on x86-64.
+template <class Function>
+std::size_t slotOf(Function function) {
+  std::size_t words[2];
+  static_assert(sizeof function == sizeof words);
+  std::memcpy(words, &function, sizeof words);
+#if defined(__x86_64__)
+  return (words[0] - 1) / sizeof(void*);
+#else
+  return words[0] / sizeof(void*);
+#endif
+}
+
+// The destructor takes the slots 0 and 1.
+TEST(StackWalkerLayout, HasTheOperationsInTheirSlots) {
+  struct Slots : StackWalker {
+    static void check() {
+      EXPECT_EQ(slotOf(&Slots::OnSymInit), 2U);
+      EXPECT_EQ(slotOf(&Slots::OnLoadModule), 3U);
+      EXPECT_EQ(slotOf(&Slots::OnCallstackEntry), 4U);
+      EXPECT_EQ(slotOf(&Slots::OnDbgHelpErr), 5U);
+      EXPECT_EQ(slotOf(&Slots::OnOutput), 6U);
+    }
+  };
+  Slots::check();
+}
+
+TEST(StackWalkerLayout, HasTheFieldsInTheirOrder) {
+  const RecordingWalker walker(5, "/symbols", 77, qx::processHandle(88));
+  const auto at = [&]<class T>(std::size_t offset, T value) {
+    std::memcpy(&value,
+                reinterpret_cast<const char*>(static_cast<const StackWalker*>(&walker)) + offset,
+                sizeof value);
+    return value;
+  };
+  EXPECT_EQ(sizeof(StackWalker), 48U);
+  EXPECT_NE(at(8, std::uint64_t{}), 0U);                                // m_sw
+  EXPECT_EQ(at(16, std::uint64_t{}), 88U);                              // m_hProcess
+  EXPECT_EQ(at(24, DWORD{}), 77U);                                      // m_dwProcessId
+  EXPECT_FALSE(at(28, false));                                          // m_modulesLoaded
+  EXPECT_STREQ(at(32, static_cast<const char*>(nullptr)), "/symbols");  // m_szSymPath
+  EXPECT_EQ(at(40, 0), 5 | 16);                                         // m_options
+}
+
+TEST(StackWalkerLayout, HasTheFieldsOfAnEntryInTheirOrder) {
+  using Entry = RecordingWalker::CallstackEntry;
+  EXPECT_EQ(offsetof(Entry, offset), 0U);
+  EXPECT_EQ(offsetof(Entry, name), 8U);
+  EXPECT_EQ(offsetof(Entry, undName), 1032U);
+  EXPECT_EQ(offsetof(Entry, undFullName), 2056U);
+  EXPECT_EQ(offsetof(Entry, offsetFromSymbol), 3080U);
+  EXPECT_EQ(offsetof(Entry, offsetFromLine), 3088U);
+  EXPECT_EQ(offsetof(Entry, lineNumber), 3092U);
+  EXPECT_EQ(offsetof(Entry, lineFileName), 3096U);
+  EXPECT_EQ(offsetof(Entry, symType), 4120U);
+  EXPECT_EQ(offsetof(Entry, symTypeString), 4128U);
+  EXPECT_EQ(offsetof(Entry, moduleName), 4136U);
+  EXPECT_EQ(offsetof(Entry, baseOfImage), 5160U);
+  EXPECT_EQ(offsetof(Entry, loadedImageName), 5168U);
+}
 
 // The lines
 
@@ -280,6 +344,14 @@ TEST(StackWalk, NamesFunctionsWithFilesAndLines) {
   EXPECT_EQ(caller.undName, "(anonymous namespace)::callWalk");
   EXPECT_EQ(caller.line, static_cast<unsigned>(kWalkLine));
   EXPECT_THAT(caller.file, EndsWith("qxframework/diagnostics/stack_walker_test.cc"));
+  EXPECT_EQ(caller.fromSymbol, g_address - reinterpret_cast<std::uint64_t>(&callWalk));
+  // The line of the call is not the function's first one.
+  EXPECT_GT(caller.fromLine, 0U);
+  EXPECT_LT(caller.fromLine, caller.fromSymbol);
+  EXPECT_EQ(caller.image, std::filesystem::read_symlink("/proc/self/exe").string());
+  Dl_info info;
+  ASSERT_NE(dladdr(reinterpret_cast<void*>(&callWalk), &info), 0);
+  EXPECT_EQ(caller.base, reinterpret_cast<std::uint64_t>(info.dli_fbase));
   EXPECT_EQ(walker.find("main").type, 1);
   EXPECT_EQ(walker.entries.back().type, 2);
 }

@@ -15,7 +15,8 @@ class RecordingWalker : public StackWalker {
     int type;
     std::string name, undName, undFullName, file, module, symType;
     unsigned line;
-    std::uint64_t offset;
+    std::uint64_t offset, fromSymbol, fromLine, base;
+    std::string image;
   };
 
   using StackWalker::CallstackEntry;
@@ -48,7 +49,9 @@ class RecordingWalker : public StackWalker {
   }
   void OnCallstackEntry(CallstackEntryType type, CallstackEntry& entry) override {
     entries.push_back({type, entry.name, entry.undName, entry.undFullName, entry.lineFileName,
-                       entry.moduleName, entry.symTypeString, entry.lineNumber, entry.offset});
+                       entry.moduleName, entry.symTypeString, entry.lineNumber, entry.offset,
+                       entry.offsetFromSymbol, entry.offsetFromLine, entry.baseOfImage,
+                       entry.loadedImageName});
     StackWalker::OnCallstackEntry(type, entry);
   }
   void OnDbgHelpErr(const char* function, DWORD error, std::uint64_t address) override {

@@ -68,6 +68,7 @@ DwarfFunctions functionsOf(void* library) {
   find(library, "dwfl_module_nextcu", found.nextUnit);
   find(library, "dwarf_haspc", found.unitHas);
   find(library, "dwarf_getsrc_die", found.lineAt);
+  find(library, "dwarf_lineaddr", found.lineAddress);
   find(library, "dwarf_lineno", found.lineNumber);
   find(library, "dwarf_linesrc", found.lineFile);
   return found;

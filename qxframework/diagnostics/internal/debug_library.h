@@ -33,6 +33,7 @@ struct DwarfFunctions {
   decltype(&::dwfl_module_nextcu) nextUnit;
   decltype(&::dwarf_haspc) unitHas;
   decltype(&::dwarf_getsrc_die) lineAt;
+  decltype(&::dwarf_lineaddr) lineAddress;
   decltype(&::dwarf_lineno) lineNumber;
   decltype(&::dwarf_linesrc) lineFile;
 };

@@ -119,7 +119,8 @@ TEST_P(MissingLineFunction, LeavesOutTheLinesOnly) {
 
 INSTANTIATE_TEST_SUITE_P(Each, MissingLineFunction,
                          testing::Values("dwfl_module_addrdie", "dwfl_module_nextcu", "dwarf_haspc",
-                                         "dwarf_getsrc_die", "dwarf_lineno", "dwarf_linesrc"),
+                                         "dwarf_getsrc_die", "dwarf_lineaddr", "dwarf_lineno",
+                                         "dwarf_linesrc"),
                          [](const auto& each) { return std::string(each.param); });
 
 }  // namespace

@@ -207,9 +207,12 @@ bool lineAt(SymbolSession& session, std::uint64_t address, DWORD* displacement, 
   Dwarf_Line* found = unit != nullptr ? dw.lineAt(unit, wanted - bias) : nullptr;
   int number = 0;
   const char* file = found != nullptr ? dw.lineFile(found, nullptr, nullptr) : nullptr;
-  if (file == nullptr || dw.lineNumber(found, &number) != 0) return fails(ERROR_INVALID_ADDRESS);
+  Dwarf_Addr start = 0;
+  if (file == nullptr || dw.lineNumber(found, &number) != 0 || dw.lineAddress(found, &start) != 0) {
+    return fails(ERROR_INVALID_ADDRESS);
+  }
   line.number = static_cast<DWORD>(number);
-  *displacement = static_cast<DWORD>(address - wanted);
+  *displacement = static_cast<DWORD>(address - bias - start);
   copyText(file, line.file, sizeof line.file);
   return true;
 }
@@ -352,7 +355,8 @@ bool findFunctions(const DwarfFunctions& dw, DebugHelp& table) {
   table.SymGetOptions = getOptions;
   table.SymSetOptions = setOptions;
   if (has(dw.moduleAt)) table.SymFunctionTableAccess64 = functionTable;
-  if (has(dw.unitAt, dw.nextUnit, dw.unitHas, dw.lineAt, dw.lineNumber, dw.lineFile)) {
+  if (has(dw.unitAt, dw.nextUnit, dw.unitHas, dw.lineAt, dw.lineAddress, dw.lineNumber,
+          dw.lineFile)) {
     table.SymGetLineFromAddr64 = lineAt;
   }
   if (has(dw.moduleAt, dw.moduleInfo)) table.SymGetModuleBase64 = moduleBase;
