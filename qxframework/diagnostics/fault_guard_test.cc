@@ -21,7 +21,7 @@ using testing::Not;
 using testing::StartsWith;
 
 constexpr char kFirstFrame[] =
-    "fault_probe.cc \\([0-9]+\\): \\(anonymous namespace\\)::writeToNull\\(\\)";
+    "fault_probe.cc \\([0-9]+\\): \\(anonymous namespace\\)::writeToNowhere\\(\\)";
 constexpr char kMainFrame[] = "fault_probe.cc \\([0-9]+\\): main";
 
 class FaultGuard : public testing::Test {

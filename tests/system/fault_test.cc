@@ -123,14 +123,14 @@ std::string nameOf(const testing::TestParamInfo<Fault>& each) { return each.para
 
 INSTANTIATE_TEST_SUITE_P(
     Each, FaultInAnEventHandler,
-    testing::Values(Fault{"segv", SIGSEGV, "Segmentation fault", "writeToNull()", "*nowhere = 1"},
-                    Fault{"abort", SIGABRT, "Aborted",
-                          "provoke(std::basic_string_view<char, std::char_traits<char> >)",
-                          "std::abort();"},
-                    Fault{"throw", SIGABRT, "Aborted", "throwError()", "throw std::runtime_error"},
-                    Fault{"overflow", SIGSEGV, "Segmentation fault", "overflow(int)",
-                          "overflowAgain(depth + space"},
-                    Fault{"null", SIGSEGV, "Segmentation fault", "callNull()", "nothing();"}),
+    testing::Values(
+        Fault{"segv", SIGSEGV, "Segmentation fault", "writeToNowhere()", "*nowhere = 1"},
+        Fault{"abort", SIGABRT, "Aborted",
+              "provoke(std::basic_string_view<char, std::char_traits<char> >)", "std::abort();"},
+        Fault{"throw", SIGABRT, "Aborted", "throwError()", "throw std::runtime_error"},
+        Fault{"overflow", SIGSEGV, "Segmentation fault", "overflow(int)",
+              "overflowAgain(depth + space"},
+        Fault{"null", SIGSEGV, "Segmentation fault", "callNull()", "nothing();"}),
     nameOf);
 
 #ifndef QX_SANITIZED

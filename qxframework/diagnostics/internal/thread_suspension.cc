@@ -117,7 +117,7 @@ bool ThreadSuspension::suspend(pid_t thread, CONTEXT& context) {
   resume();
   if (thread <= 0 || thread == gettid()) return false;
   installHandler();
-  const std::uint32_t ticket = g_lastTicket = (g_lastTicket + 1) & 0xFFFFFF;
+  const std::uint32_t ticket = g_lastTicket = g_lastTicket % 0xFFFFFF + 1;
   g_word.store(word(ticket, kRequested), std::memory_order_release);
   if (!sendRequest(thread, ticket) || !waitForAnswer(thread, ticket)) {
     g_word.store(kFree, std::memory_order_release);

@@ -1,7 +1,7 @@
 #pragma once
 
 // Stops another thread of this process, so that its stack can be walked: a signal makes the thread
-// store its registers and wait.
+// store its registers and wait. A call such as poll() in the thread may therefore return EINTR.
 
 #include "qxframework/diagnostics/exception_context.h"
 

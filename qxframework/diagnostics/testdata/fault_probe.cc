@@ -16,8 +16,9 @@ namespace {
 
 volatile int sink = 0;
 
-[[gnu::noinline]] void writeToNull() {
-  int* volatile nowhere = nullptr;
+// A null pointer would be noticed by the sanitizer, which ends the program in its own way.
+[[gnu::noinline]] void writeToNowhere() {
+  int* volatile nowhere = reinterpret_cast<int*>(0x40);
   *nowhere = 1;
 }
 
@@ -44,7 +45,7 @@ void overflowInThread() {
 // the time.
 void faultInManyThreads() {
   std::thread threads[4];
-  for (std::thread& each : threads) each = std::thread(writeToNull);
+  for (std::thread& each : threads) each = std::thread(writeToNowhere);
   for (std::thread& each : threads) each.join();
 }
 
@@ -66,6 +67,6 @@ int main(int argc, char** argv) {
   }
   if (fault == "terminate") std::terminate();
   if (fault == "overflow") overflow(0);
-  if (fault != "none") writeToNull();
+  if (fault != "none") writeToNowhere();
   return 0;
 }
