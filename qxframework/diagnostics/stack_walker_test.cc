@@ -20,6 +20,7 @@
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -297,6 +298,21 @@ TEST(StackWalkerModules, HaveTheirVersionWithItsOption) {
   EXPECT_THAT(executableLine(63 & ~8), testing::Not(HasSubstr("fileVersion")));
 }
 
+TEST(StackWalkerModules, ThatTheLibraryRefusesHaveItsErrorAsTheirResult) {
+  qx::diagnostics::setFunctionFinder([](void* library, const char* name) -> void* {
+    constexpr auto kRefuse = [](Dwfl*, const char*, Dwarf_Addr, Dwarf_Addr) -> Dwfl_Module* {
+      return nullptr;
+    };
+    if (std::string_view(name) != "dwfl_report_module") return dlsym(library, name);
+    return reinterpret_cast<void*>(+kRefuse);
+  });
+  RecordingWalker walker;
+  EXPECT_TRUE(walker.LoadModules());
+  qx::diagnostics::setFunctionFinder(nullptr);
+  ASSERT_GT(walker.lines.size(), 2U);
+  EXPECT_THAT(walker.lines[2], HasSubstr("(result: 487), SymType: '-unknown-', PDB: ''"));
+}
+
 TEST(StackWalkerModules, OfAnotherProcessComeFromItsMappings) {
   RecordingWalker walker(63, nullptr, static_cast<unsigned long>(getppid()),
                          qx::processHandle(getppid()));
@@ -460,6 +476,21 @@ TEST(StackWalk, GoesOnBehindACallOfANullPointer) {
   EXPECT_EQ(wild.entries[0].offset, 0U);
   EXPECT_EQ(wild.entries[1].undName, "(anonymous namespace)::callWalk");
   EXPECT_EQ(wild.entries[1].line, static_cast<unsigned>(kWalkLine));
+}
+
+// Claims that all is read, and stores nothing.
+bool readNothing(HANDLE, std::uint64_t, void*, DWORD, DWORD* count, void*) {
+  *count = 0;
+  return true;
+}
+
+TEST(StackWalk, EndsWhereTheCallbackReadsTooLittle) {
+  RecordingWalker walker;
+  const CONTEXT context = contextAt(reinterpret_cast<std::uint64_t>(&contextAt) + 1, nullptr);
+  EXPECT_TRUE(walker.ShowCallstack(nullptr, &context, readNothing));
+  ASSERT_EQ(walker.entries.size(), 1U);
+  EXPECT_EQ(walker.entries[0].undName, "(anonymous namespace)::contextAt");
+  EXPECT_THAT(walker.errors, ElementsAre("StackWalk64"));
 }
 
 int g_reads = 0;
