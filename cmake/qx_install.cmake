@@ -12,6 +12,7 @@ file(RELATIVE_PATH QX_LIBRARY_PREFIX
 string(APPEND QX_LIBRARY_PREFIX "/")
 configure_file(cmake/registry.toml.in "${PROJECT_BINARY_DIR}/installed/registry.toml" @ONLY)
 
+install(TARGETS qxdump RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS QXFramework qxrc EXPORT QXFrameworkTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 # The headers, which tests also install alone. The last is the interface by which a program plays the

@@ -13,6 +13,8 @@
 #include "qxframework/cache/load_parameter.h"
 #include "qxframework/cache/sql_generator.h"
 #include "qxframework/dbdef/db_def.h"
+#include "qxframework/diagnostics/fault_guard.h"
+#include "qxframework/diagnostics/stack_walker.h"
 #include "qxframework/forms/addon_xml_form.h"
 #include "qxframework/foundation/currency.h"
 #include "qxframework/foundation/date_time.h"

@@ -83,6 +83,7 @@ class Hello : public CQXAddOn {
 }  // namespace
 
 int main(int argc, char** argv) {
+  qx::installFaultGuard();  // a crash leaves its call stack on the standard output
   if (argc != 2) return std::cerr << "usage: hello CONNECTION\n", 2;
   Hello addOn(qx::toUtf16(argv[1]), u"HELLO", u"");
   if (addOn.Connect(1) != 0 || addOn.GetEventSink() == nullptr) return 1;

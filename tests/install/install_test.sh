@@ -26,7 +26,7 @@ library=$(find "$place/prefix" -name libQXFramework.so)
 nm -DC --defined-only "$library" | sed -e ':again' -e 's/> >/>>/' -e 't again' >"$place/symbols"
 while IFS= read -r name; do
   case "$name" in '' | '#'*) continue ;; esac
-  grep -qE "^[0-9a-f]+ [A-Za-z] ((vtable|typeinfo) for )?$name(::|\$)" "$place/symbols" ||
+  grep -qE "^[0-9a-f]+ [A-Za-z] ((vtable|typeinfo) for )?$name(::|\(|\$)" "$place/symbols" ||
     fail "the library does not export $name"
 done <"$addon/../exported.txt"
 
@@ -62,7 +62,7 @@ if [ -z "$flags" ] && command -v "$other" >/dev/null; then compilers+=("$other")
 for each in "${compilers[@]}"; do
   folder=build_${each##*/}
   build "$folder" "$each"
-  run "$folder/exported" "41 uses"
+  run "$folder/exported" "44 uses"
   run "$folder/outside" "Hello from outside, tables 0, version 2.05.00.00.00
 two one changed, Proxy is already connected to a persistent collection" \
     "embedded:?db=$place/$folder.db"

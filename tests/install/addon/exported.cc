@@ -265,9 +265,26 @@ void useCaches() {
   used(CacheCounters().Text().Length() > 0, "CacheCounters");
 }
 
+class Lines : public StackWalker {
+ public:
+  int entries = 0;
+
+ protected:
+  void OnCallstackEntry(CallstackEntryType, CallstackEntry&) override { ++entries; }
+  void OnOutput(const char*) override {}
+};
+
+void useStacks() {
+  used(qx::installFaultGuard(), "installFaultGuard");
+  used(qx::guardThisThread(), "guardThisThread");
+  Lines lines;
+  used(lines.ShowCallstack() && lines.entries > 2, "StackWalker");
+}
+
 }  // namespace
 
 int main() {
+  useStacks();
   useScopes();
   useValues();
   useMoney();
