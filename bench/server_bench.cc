@@ -141,7 +141,7 @@ void measureTurns(const CComPtr<ICompany>& company, const TurnCounter& counter) 
   printTurns(counter, "keys-only-step", [&] { rows.First(record); });
   company->StartTransaction();
   printTurns(counter, "add-in-transaction", [&] { rows.Add(record); });
-  company->EndTransaction(VARIANT_FALSE);
+  company->EndTransaction(et_RollBack);
 }
 
 void require(long sum) {

@@ -356,9 +356,9 @@ class KeptStatementsModel : public testing::TestWithParam<Medium> {
 
 void KeptStatementsModel::endOrStartTransaction() {
   if (transaction_) {
-    const VARIANT_BOOL commit = statements_.below(2) == 0 ? VARIANT_TRUE : VARIANT_FALSE;
-    onBoth(commit ? "commit" : "rollback",
-           [&](Side& side) { side.company().EndTransaction(commit); });
+    const HvEndTransaction end = statements_.below(2) == 0 ? et_Commit : et_RollBack;
+    onBoth(end == et_Commit ? "commit" : "rollback",
+           [&](Side& side) { side.company().EndTransaction(end); });
   } else {
     onBoth("transaction", [](Side& side) { side.company().StartTransaction(); });
   }

@@ -128,7 +128,7 @@ TEST_P(KeptStatementsTest, TwoNewFieldsOfOneTransactionAreSeen) {
   query(company, u"INSERT INTO [@T] (Code, Name, U_First) VALUES ('1', 'n', 'x')");
   EXPECT_EQ(addField(company, {u"T", u"Second", kTextField, 0, 10}), 0);
   query(company, u"INSERT INTO [@T] (Code, Name, U_Second) VALUES ('2', 'n', 'x')");
-  company->EndTransaction(VARIANT_FALSE);
+  company->EndTransaction(et_RollBack);
   EXPECT_EQ(failureOf(u"INSERT INTO [@T] (Code, Name, U_First) VALUES ('1', 'n', 'x')"),
             u"there is no column U_First in @T (line 1, column 31)");
 }

@@ -41,7 +41,7 @@ class Turns : public qx::test::CompanyFixture {
   int turnsInTransaction(Work work) {
     company()->StartTransaction();
     const int turns = turnsOf(work);
-    company()->EndTransaction(VARIANT_FALSE);
+    company()->EndTransaction(et_RollBack);
     return turns;
   }
   void addOne() { addOrder(u"D", u"Don", dateValue(2024, 3, 1), 1.5, next_++); }
