@@ -90,6 +90,13 @@ void CDBRecordCache::clearAll(bool flush, bool discardBuffered, FlushReason reas
   sm_hvxCompany.Release();
 }
 
+void CDBRecordCache::ReleaseAllCaches() {
+  if (sm_instanceMap.empty()) return;
+  // Each for itself: one that fails must not keep the others from being sent.
+  for (const qx_ptr<CDBRecordCache>& cache : instances()) cache->flushForTheLastTime();
+  clearAll(false, true, &CacheFlushes::lastUse);
+}
+
 void CDBRecordCache::FlushAllCaches() { flushAll(&CacheFlushes::request); }
 
 void CDBRecordCache::flushAll(FlushReason reason) {
@@ -125,14 +132,19 @@ CDBRecordCache::CDBRecordCache(const CComPtr<ICompany>& company)
 }
 
 CDBRecordCache::~CDBRecordCache() {
+  flushForTheLastTime();
+  ClearCache(true, false);
+  m_ptrLastLoadParameter = 0;
+  delete m_pSQLGenerator;
+}
+
+void CDBRecordCache::flushForTheLastTime() {
   try {
     const FlushingFor because(*this, &CacheFlushes::lastUse);
-    ClearCache(true, true);
+    FlushToDB();
   } catch (...) {
     logLostStatements();
   }
-  m_ptrLastLoadParameter = 0;
-  delete m_pSQLGenerator;
 }
 
 void CDBRecordCache::logLostStatements() const {

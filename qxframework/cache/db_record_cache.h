@@ -47,6 +47,9 @@ class QX_API CDBRecordCache {
   /// its last holder releases it.
   static void ClearAllCaches(bool flush, bool discardBuffered);
   static void FlushAllCaches();
+  /// Sends all statements and forgets the caches and the company, at the end of an add-on. What
+  /// cannot be sent is written to the log as errors. Without caches nothing is logged.
+  static void ReleaseAllCaches();
   /// Called by the transaction manager. The first two send all statements: those from before a
   /// transaction do not belong to it, those of a transaction do. The third drops the statements and
   /// forgets all caches. Any failure becomes a CQXPersistenceException "Failed in
@@ -149,6 +152,7 @@ class QX_API CDBRecordCache {
   static std::vector<qx_ptr<CDBRecordCache>> instances();
   static void flushAll(FlushReason reason);
   static void clearAll(bool flush, bool discardBuffered, FlushReason reason);
+  void flushForTheLastTime();
   void logLostStatements() const;
   bool isReadingRows() const { return m_reading != Reading::Nothing; }
 

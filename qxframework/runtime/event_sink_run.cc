@@ -1,5 +1,6 @@
 // The run of the add-on: its start, the application events, and its stop.
 
+#include "qxframework/cache/db_record_cache.h"
 #include "qxframework/foundation/languages.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/host/application.h"
@@ -126,6 +127,8 @@ void CQXEventSink::UnadviseEvents() {
       m_ptrConnectionPoint->Unadvise(m_dwCookie) != S_OK) {
     scope.LogError(u"Unadvise failed for Halvex application %d", m_lAppId);
   }
+  // They hold the company and may have statements that were not sent.
+  Persistence::CDBRecordCache::ReleaseAllCaches();
   m_ptrCompany.Release();
   if (m_hWnd != nullptr) PostMessageW(std::exchange(m_hWnd, nullptr), WM_DESTROY, 0, 0);
 }

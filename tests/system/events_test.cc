@@ -1,6 +1,7 @@
 // The events of a running client: each kind calls its hooks, the form's before the add-on's, and a
 // veto of a hook keeps the client from the action.
 
+#include "qxframework/cache/db_record_cache.h"
 #include "qxframework/os/message_loop.h"
 #include "testing/param_name.h"
 #include "testing/running_addon.h"
@@ -209,6 +210,17 @@ TEST_P(Stopping, ClosesTheCompanySoThatItIsOneFile) {
   EXPECT_FALSE(std::filesystem::exists(file.string() + "-shm"));
   EXPECT_THAT(qx::test::rowsOf(file, "SELECT U_Status FROM \"@QXEXTDBVERSION\""),
               ElementsAre("Installed"));
+}
+
+TEST_P(Stopping, SendsWhatTheRecordCacheHoldsBack) {
+  const CComBSTR table(u"@QXEXTDBVERSION");
+  Persistence::TyRow row;
+  row.m_Fields = {{u"Code", u"T1"}, {u"Name", u"T1"}, {u"U_ExtID", u"T"}};
+  Persistence::CDBRecordCache::GetInstance(record.company, table)->Add(table, false, row);
+  (desk.*GetParam().act)();
+  EXPECT_FALSE(std::filesystem::exists(file.string() + "-wal"));
+  EXPECT_THAT(qx::test::rowsOf(file, "SELECT Code FROM \"@QXEXTDBVERSION\" WHERE U_ExtID = 'T'"),
+              ElementsAre("T1"));
 }
 
 TEST_P(Stopping, AFormThatVetoesItsCloseDoesNotKeepTheCompanyOpen) {
