@@ -54,10 +54,12 @@ qx_ptr<Param> pages(const std::u16string& table, int first) {
   return param;
 }
 
+// Loads rows and releases them, as the peer does: the release of many rows must not be counted in
+// the next load of few.
 std::size_t loadOurs(const CComPtr<ICompany>& company, const std::u16string& table) {
-  CDBRecordCache::ClearAllCaches(false, true);
   TyRowsByKey rows;
   CDBRecordCache::GetInstance(company, CComBSTR(table))->Load(parameter(table), rows);
+  CDBRecordCache::ClearAllCaches(false, true);
   return rows.size();
 }
 

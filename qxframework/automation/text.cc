@@ -56,7 +56,10 @@ std::string toUtf8(std::u16string_view text) {
 }
 
 std::u16string toUtf16(std::string_view text) {
-  std::u16string out(text.size(), u'\0');  // a sequence never has more units than bytes
+  const bool ascii = std::all_of(text.begin(), text.end(),
+                                 [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  if (ascii) return {text.begin(), text.end()};  // most texts are; ICU takes several times as long
+  std::u16string out(text.size(), u'\0');        // a sequence never has more units than bytes
   int32_t length = 0;
   UErrorCode status = U_ZERO_ERROR;
   u_strFromUTF8WithSub(out.data(), static_cast<int32_t>(out.size()), &length, text.data(),
