@@ -328,26 +328,11 @@ void CQXSQLGenerator::BuildWhere(CComBSTR& text, const CConditions& conditions,
 }
 
 const OLECHAR* CQXSQLGenerator::RelationshipToSQL(HvConditionRelationship relationship) const {
-  return relationship == cr_Or ? u" OR " : u" AND ";
+  return qx::relationshipText(relationship);
 }
 
 const OLECHAR* CQXSQLGenerator::OperationToSQL(HvConditionOperation operation) const {
-  switch (operation) {
-    case co_Like:
-      return u" LIKE ";
-    case co_Greater:
-      return u" > ";
-    case co_Less:
-      return u" < ";
-    case co_GreaterOrEqual:
-      return u" >= ";
-    case co_LessOrEqual:
-      return u" <= ";
-    case co_NotEqual:
-      return u" <> ";
-    default:
-      return u" = ";
-  }
+  return qx::operationText(operation);
 }
 
 void CQXSQLGenerator::BuildJoins(CComBSTR& text, const TyLoadParameter& param) const {

@@ -83,4 +83,27 @@ CComBSTR sqlLiteral(std::u16string_view text, bool national) {
   return literal;
 }
 
+const OLECHAR* operationText(Persistence::HvConditionOperation operation) {
+  switch (operation) {
+    case Persistence::co_Like:
+      return u" LIKE ";
+    case Persistence::co_Greater:
+      return u" > ";
+    case Persistence::co_Less:
+      return u" < ";
+    case Persistence::co_GreaterOrEqual:
+      return u" >= ";
+    case Persistence::co_LessOrEqual:
+      return u" <= ";
+    case Persistence::co_NotEqual:
+      return u" <> ";
+    default:
+      return u" = ";
+  }
+}
+
+const OLECHAR* relationshipText(Persistence::HvConditionRelationship relationship) {
+  return relationship == Persistence::cr_Or ? u" OR " : u" AND ";
+}
+
 }  // namespace qx

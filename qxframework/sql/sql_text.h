@@ -4,6 +4,7 @@
 
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/variant.h"
+#include "qxframework/query/condition.h"
 
 #include <initializer_list>
 #include <string_view>
@@ -24,5 +25,10 @@ CComBSTR textOf(const CComVariant& value);
 CComBSTR neutralTextOf(const CComVariant& value);
 /// Returns a variant that owns the text.
 CComVariant textVariant(CComBSTR text);
+
+/// Return the operator or the word with a blank on either side; " = " and " AND " for a number
+/// outside of the enumeration.
+const OLECHAR* operationText(Persistence::HvConditionOperation operation);
+const OLECHAR* relationshipText(Persistence::HvConditionRelationship relationship);
 
 }  // namespace qx

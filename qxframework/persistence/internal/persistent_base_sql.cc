@@ -51,26 +51,11 @@ CComBSTR CQXPersistentBase::GetSQLAlias(CComBSTR name) const {
 }
 
 const OLECHAR* CQXPersistentBase::GetOperationString(HvConditionOperation operation) {
-  switch (operation) {
-    case co_Like:
-      return u" LIKE ";
-    case co_Greater:
-      return u" > ";
-    case co_Less:
-      return u" < ";
-    case co_GreaterOrEqual:
-      return u" >= ";
-    case co_LessOrEqual:
-      return u" <= ";
-    case co_NotEqual:
-      return u" <> ";
-    default:
-      return u" = ";
-  }
+  return qx::operationText(operation);
 }
 
 const OLECHAR* CQXPersistentBase::GetRelationshipString(HvConditionRelationship relationship) {
-  return relationship == cr_Or ? u" OR " : u" AND ";
+  return qx::relationshipText(relationship);
 }
 
 // A number is written by the English locale: SQL has a decimal point wherever the user is.
