@@ -39,6 +39,8 @@ if(QX_SANITIZE)
   add_link_options(-fsanitize=${QX_SANITIZE})
 endif()
 
+include(qx_hardening)
+
 # Further options of test programs. A debugger shows the lines and calls of the tests themselves, but
 # their variables only if QX_TEST_DEBUG is -g; the code under test keeps its full debug information.
 add_library(qx_test_options INTERFACE)
