@@ -18,9 +18,8 @@ namespace qx {
 /// process. Works with std::lock_guard.
 class QX_API NamedMutex {
  public:
-  /// Opens or creates the mutex in `folder`, which is the machine's runtime folder if not given
-  /// (QX_RUNTIME_DIR, else "qxframework" in /run/lock or /tmp). Throws std::system_error if that
-  /// fails.
+  /// Opens or creates the mutex in `folder`, which is runtimeFolder() (shared_file.h) if not given.
+  /// Throws std::system_error if that fails.
   explicit NamedMutex(std::u16string_view name);
   NamedMutex(std::u16string_view name, const std::filesystem::path& folder);
   ~NamedMutex();

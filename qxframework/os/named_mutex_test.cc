@@ -1,12 +1,10 @@
 #include "qxframework/os/named_mutex.h"
 
-#include "qxframework/os/shared_file.h"
 #include "qxframework/os/test_support.h"
 #include "testing/scoped_variable.h"
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <mutex>
@@ -138,46 +136,6 @@ TEST_F(NamedMutexTest, IsInTheRuntimeFolder) {
   const test::ScopedVariable environment("QX_RUNTIME_DIR", place.c_str());
   const NamedMutex mutex(u"Start");
   EXPECT_TRUE(std::filesystem::exists(place / "Start.mutex"));
-}
-
-class SharedFileTest : public testing::Test {
- protected:
-  test::TempFolder folder_;
-};
-
-TEST_F(SharedFileTest, IsForEveryUserDespiteTheUmask) {
-  const mode_t before = umask(0077);
-  openSharedFile(folder_.path(), u"Start", ".x");
-  umask(before);
-  struct stat status {};
-  ASSERT_EQ(stat((folder_.path() / "Start.x").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0666U);
-}
-
-TEST_F(SharedFileTest, LeavesNoTemporaryFile) {
-  openSharedFile(folder_.path(), u"Start", ".x");
-  openSharedFile(folder_.path(), u"Start", ".x");
-  const std::filesystem::directory_iterator files(folder_.path());
-  EXPECT_EQ(std::distance(begin(files), end(files)), 1);
-}
-
-TEST_F(SharedFileTest, UnsafeCharactersOfANameAreEscaped) {
-  openSharedFile(folder_.path(), u"../a/ü.%2F", ".x");
-  EXPECT_TRUE(std::filesystem::exists(folder_.path() / "%2E%2E%2Fa%2F%C3%BC%2E%252F.x"));
-}
-
-TEST_F(SharedFileTest, ALinkIsNotFollowed) {
-  const std::filesystem::path victim = folder_.path() / "victim";
-  std::filesystem::create_symlink(victim, folder_.path() / "Start.x");
-  EXPECT_THROW(openSharedFile(folder_.path(), u"Start", ".x"), std::system_error);
-  EXPECT_FALSE(std::filesystem::exists(victim));
-}
-
-TEST_F(SharedFileTest, TheDefaultFolderIsForEveryUserAndSticky) {
-  const test::ScopedVariable environment("QX_RUNTIME_DIR", nullptr);
-  struct stat status {};
-  ASSERT_EQ(stat(runtimeFolder().c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 01777U);
 }
 
 }  // namespace

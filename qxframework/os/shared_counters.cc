@@ -2,11 +2,10 @@
 
 #include "qxframework/os/shared_file.h"
 
+#include <fcntl.h>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <system_error>
 
@@ -22,15 +21,44 @@ void resize(int fd, std::size_t size) {
   }
 }
 
+// Locks one counter until the end of its life. The lock belongs to the open file, so that two
+// objects of one process exclude each other.
+class CounterLock {
+ public:
+  CounterLock(int file, off_t offset) : file_(file), offset_(offset) { set(F_WRLCK); }
+  ~CounterLock() { set(F_UNLCK); }
+  CounterLock(const CounterLock&) = delete;
+  CounterLock& operator=(const CounterLock&) = delete;
+
+ private:
+  void set(short kind) const {
+    struct flock range {};
+    range.l_type = kind;
+    range.l_whence = SEEK_SET;
+    range.l_start = offset_;
+    range.l_len = sizeof(std::int32_t);
+    while (fcntl(file_, F_OFD_SETLKW, &range) != 0 && errno == EINTR) {
+    }
+  }
+
+  int file_;
+  off_t offset_;
+};
+
+off_t offsetOf(std::size_t index) { return static_cast<off_t>(index * sizeof(std::int32_t)); }
+
 // Every user holds the file's shared lock while it has the block. A process that gets the exclusive
 // lock is therefore alone and resets the block. Changing from one lock to the other is not atomic,
 // so all openers do it one after the other, under `guard`.
 void join(int file, int guard) {
   lockFile(guard, LOCK_EX);
   if (lockFile(file, LOCK_EX | LOCK_NB)) {
-    // Growing from nothing fills the file with zeros.
+    // Growing from nothing fills the file with zeros. The room is taken now, so that no later
+    // write can fail for want of it.
     resize(file, 0);
-    resize(file, kBytes);
+    if (const int error = posix_fallocate(file, 0, kBytes); error != 0) {
+      throw std::system_error(error, std::generic_category(), "cannot size the shared counters");
+    }
   }
   lockFile(file, LOCK_SH);
   lockFile(guard, LOCK_UN);
@@ -40,15 +68,6 @@ void join(int file, int guard) {
 
 struct SharedCounters::State {
   UniqueFd file;
-  void* memory = MAP_FAILED;
-
-  State() = default;
-  State(const State&) = delete;
-  State& operator=(const State&) = delete;
-  ~State() {
-    // Before the file is closed, which ends the lock: no process may reset a block in use.
-    if (memory != MAP_FAILED) munmap(memory, kBytes);
-  }
 };
 
 SharedCounters::SharedCounters(std::u16string_view name) : SharedCounters(name, runtimeFolder()) {}
@@ -58,22 +77,25 @@ SharedCounters::SharedCounters(std::u16string_view name, const std::filesystem::
   const UniqueFd guard = openSharedFile(folder, name, ".guard");
   state_->file = openSharedFile(folder, name, ".counters");
   join(state_->file.get(), guard.get());
-  state_->memory = mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_SHARED, state_->file.get(), 0);
-  if (state_->memory == MAP_FAILED) {
-    throw std::system_error(errno, std::generic_category(), "cannot map the shared counters");
-  }
 }
 
 SharedCounters::~SharedCounters() = default;
 
-std::int32_t* SharedCounters::data() const { return static_cast<std::int32_t*>(state_->memory); }
-
 std::int32_t SharedCounters::get(std::size_t index) const {
-  return std::atomic_ref(data()[index]).load();
+  std::int32_t value = 0;
+  const auto read = pread(state_->file.get(), &value, sizeof value, offsetOf(index));
+  return read == sizeof value ? value : 0;
 }
 
 std::int32_t SharedCounters::add(std::size_t index, std::int32_t delta) {
-  return std::atomic_ref(data()[index]).fetch_add(delta) + delta;
+  const int file = state_->file.get();
+  const CounterLock lock(file, offsetOf(index));
+  const std::int32_t before = get(index);
+  // The unsigned sum wraps where the signed one would not be defined.
+  const auto value = static_cast<std::int32_t>(static_cast<std::uint32_t>(before) +
+                                               static_cast<std::uint32_t>(delta));
+  const bool written = pwrite(file, &value, sizeof value, offsetOf(index)) == sizeof value;
+  return written ? value : before;
 }
 
 }  // namespace qx

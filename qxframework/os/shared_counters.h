@@ -1,7 +1,10 @@
 #pragma once
 
-// Counters in memory that the processes of a machine share. They exist while at least one process
-// uses them, so the first process to open them finds zeros, even if earlier ones crashed.
+// Counters that the processes of a user, or of a machine, share. They exist while at least one
+// process uses them, so the first process to open them finds zeros, even if earlier ones crashed.
+//
+// They are in a small file that is read and written for each operation. It is not mapped: a process
+// that uses a mapping dies if someone else shortens the file.
 
 #include "qxframework/automation/export.h"
 
@@ -18,22 +21,18 @@ class QX_API SharedCounters {
  public:
   static constexpr std::size_t kCount = 50;
 
-  /// Opens or creates the block `name` in `folder`, which is the machine's runtime folder if not
-  /// given (QX_RUNTIME_DIR, else "qxframework" in /run/lock or /tmp). Throws std::system_error if
-  /// that fails.
+  /// Opens or creates the block `name` in `folder`, which is runtimeFolder() (shared_file.h) if not
+  /// given. Throws std::system_error if that fails, also for want of room on the disk.
   explicit SharedCounters(std::u16string_view name);
   SharedCounters(std::u16string_view name, const std::filesystem::path& folder);
   ~SharedCounters();
   SharedCounters(const SharedCounters&) = delete;
   SharedCounters& operator=(const SharedCounters&) = delete;
 
-  /// Returns the counters, valid while this object lives. Other processes change them at any time:
-  /// access them by std::atomic_ref or by the operations below.
-  std::int32_t* data() const;
-
-  /// Returns the value of counter `index`, which must be below kCount.
+  /// Returns the value of counter `index`, which must be below kCount; 0 if it cannot be read.
   std::int32_t get(std::size_t index) const;
-  /// Adds `delta` to counter `index`, which must be below kCount, and returns the new value.
+  /// Adds `delta` to counter `index`, which must be below kCount, and returns the new value. No
+  /// other process's change gets lost. If it cannot be written, the counter stays as it was.
   std::int32_t add(std::size_t index, std::int32_t delta);
 
  private:

@@ -5,9 +5,11 @@
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
-#include <atomic>
+#include <cstdint>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -37,7 +39,7 @@ TEST_F(SharedCountersTest, AreSharedWithinAProcess) {
   SharedCounters second(u"Attach", folder_.path());
   EXPECT_EQ(second.get(49), 3);
   EXPECT_EQ(second.add(49, -1), 2);
-  EXPECT_EQ(std::atomic_ref(first.data()[49]).load(), 2);
+  EXPECT_EQ(first.get(49), 2);
 }
 
 TEST_F(SharedCountersTest, BlocksOfDifferentNamesAreSeparate) {
@@ -128,6 +130,47 @@ TEST_F(SharedCountersTest, ManyOpenersAtOnceAgreeOnOneBlock) {
   for (const auto& child : children) child->end().say('g');
   for (const auto& child : children) ASSERT_EQ(child->end().hear(), 'c');
   EXPECT_EQ(open().get(7), kChildren);
+}
+
+TEST_F(SharedCountersTest, OutliveAFileThatSomeoneShortens) {
+  SharedCounters counters = open();
+  counters.add(3, 2);
+  std::filesystem::resize_file(folder_.path() / "Attach.counters", 0);
+  EXPECT_EQ(counters.get(3), 0);
+  EXPECT_EQ(counters.add(3, 1), 1);
+  EXPECT_EQ(counters.get(3), 1);
+}
+
+TEST_F(SharedCountersTest, WrapAround) {
+  SharedCounters counters = open();
+  counters.add(0, std::numeric_limits<std::int32_t>::max());
+  EXPECT_EQ(counters.add(0, 1), std::numeric_limits<std::int32_t>::min());
+}
+
+TEST_F(SharedCountersTest, TakeTheirRoomOnTheDiskAtOnce) {
+  const SharedCounters counters = open();
+  struct stat status {};
+  ASSERT_EQ(stat((folder_.path() / "Attach.counters").c_str(), &status), 0);
+  EXPECT_GT(status.st_blocks, 0);
+}
+
+TEST_F(SharedCountersTest, LoseNoChangeOfManyProcesses) {
+  constexpr int kChildren = 4;
+  constexpr int kChanges = 500;
+  SharedCounters own = open();
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  for (int index = 0; index < kChildren; ++index) {
+    children.push_back(std::make_unique<ChildProcess>([this](const ChildProcess::End& parent) {
+      SharedCounters counters = open();
+      parent.hear();
+      for (int i = 0; i < kChanges; ++i) counters.add(5, 1);
+      parent.say('d');
+      parent.hear();
+    }));
+  }
+  for (const auto& child : children) child->end().say('g');
+  for (const auto& child : children) ASSERT_EQ(child->end().hear(), 'd');
+  EXPECT_EQ(own.get(5), kChildren * kChanges);
 }
 
 TEST_F(SharedCountersTest, ThrowIfTheFolderIsMissing) {

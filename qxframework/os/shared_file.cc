@@ -18,35 +18,58 @@
 namespace qx {
 namespace {
 
+constexpr mode_t kOwnFile = 0600;
 constexpr mode_t kEveryUsersFile = 0666;
-constexpr mode_t kEveryUsersFolder = 01777;  // sticky: only its owner removes a file
+constexpr mode_t kOwnFolder = 0700;
+constexpr mode_t kOthersMayWrite = S_IWGRP | S_IWOTH;
 
 [[noreturn]] void raise(const std::string& what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-// lstat() and not stat(): in a folder that all users write, another user's link could redirect this
-// one's files.
-bool isUsable(const std::filesystem::path& folder) {
-  struct stat status {};
-  return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-         access(folder.c_str(), W_OK | X_OK) == 0;
+// lstat() and not stat(): where other users write, a link of theirs could redirect this one's
+// files.
+bool lookAt(const std::filesystem::path& path, struct stat& status) {
+  return lstat(path.c_str(), &status) == 0;
 }
 
-// Creates `folder` for every user unless it exists. It gets its name only after its rights, so that
-// no other user's process finds a folder that it may not use yet.
-bool provideFolder(const std::filesystem::path& folder) {
-  if (isUsable(folder)) return true;
-  const std::filesystem::path draft = folder.string() + "." + std::to_string(getpid());
-  if (mkdir(draft.c_str(), 0700) != 0) return false;
-  // In a step of its own, because the process's umask removes bits from the mode of mkdir().
-  const bool shared = chmod(draft.c_str(), kEveryUsersFolder) == 0;
-  // Without NOREPLACE the rename would replace an empty folder that another process just created.
-  if (!shared ||
-      renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, folder.c_str(), RENAME_NOREPLACE) != 0) {
-    rmdir(draft.c_str());
+// An administrator has made this folder for all users: nobody but root could give it to root, and
+// in a sticky one nobody removes another user's file.
+bool isForEveryUser(const std::filesystem::path& folder) {
+  struct stat status {};
+  return lookAt(folder, status) && S_ISDIR(status.st_mode) && status.st_uid == 0 &&
+         (status.st_mode & S_ISVTX) != 0 && (status.st_mode & S_IWOTH) != 0;
+}
+
+// Nobody but this user (and root) can put anything into it.
+bool isOwn(const std::filesystem::path& folder) {
+  struct stat status {};
+  return lookAt(folder, status) && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
+         (status.st_mode & kOthersMayWrite) == 0;
+}
+
+bool provideOwn(const std::filesystem::path& folder) {
+  return mkdir(folder.c_str(), kOwnFolder) == 0 || isOwn(folder);
+}
+
+// A process with more rights than its user must not take a folder from that user's environment, so
+// it sees none.
+std::filesystem::path variable(const char* name) {
+  const char* value = secure_getenv(name);
+  return value != nullptr ? value : "";
+}
+
+std::filesystem::path givenFolder() {
+  std::filesystem::path wanted = variable("QX_RUNTIME_DIR");
+  if (wanted.empty()) return wanted;
+  // Each process would take it for another folder.
+  if (!wanted.is_absolute()) {
+    errno = EINVAL;
+    raise("QX_RUNTIME_DIR is '" + wanted.string() + "'; give it the full path of a folder");
   }
-  return isUsable(folder);
+  std::error_code ignored;
+  std::filesystem::create_directories(wanted, ignored);
+  return wanted;
 }
 
 std::string fileNameFor(std::u16string_view name, std::string_view suffix) {
@@ -61,22 +84,23 @@ std::string fileNameFor(std::u16string_view name, std::string_view suffix) {
 }
 
 // Creates a file under a name that no other process opens, and gives it its rights.
-UniqueFd createPrivately(const std::filesystem::path& file) {
-  UniqueFd fd(open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+UniqueFd createPrivately(const std::filesystem::path& file, mode_t mode) {
+  UniqueFd fd(open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kOwnFile));
   if (!fd) raise("cannot create " + file.string());
-  if (fchmod(fd.get(), kEveryUsersFile) != 0) raise("cannot share " + file.string());
+  // In a step of its own, because the process's umask removes bits from the mode of open().
+  if (fchmod(fd.get(), mode) != 0) raise("cannot share " + file.string());
   return fd;
 }
 
-// Creates `file` unless another process has done so meanwhile. As with the folder, the name appears
-// only after the rights are set. link() and not rename(), because it never replaces a file.
-void createShared(const std::filesystem::path& file) {
+// Creates `file` unless another process has done so meanwhile. The name appears only after the
+// rights are set. link() and not rename(), because it never replaces a file.
+void createShared(const std::filesystem::path& file, mode_t mode) {
   static std::atomic<unsigned> serial{0};
   const std::filesystem::path draft =
       file.string() + "." + std::to_string(getpid()) + "." + std::to_string(serial++);
   // One that a killed process with the same id has left.
   unlink(draft.c_str());
-  const UniqueFd fd = createPrivately(draft);
+  const UniqueFd fd = createPrivately(draft, mode);
   const int result = link(draft.c_str(), file.c_str());
   const int error = errno;
   unlink(draft.c_str());
@@ -84,30 +108,56 @@ void createShared(const std::filesystem::path& file) {
   if (result != 0 && error != EEXIST) raise("cannot create " + file.string());
 }
 
+// A device or a pipe could block, and a file of someone else, or one with a second name, could be
+// any file of the machine.
+void needPlainFile(int fd, const std::filesystem::path& file, bool everyUsers) {
+  struct stat status {};
+  if (fstat(fd, &status) != 0) raise("cannot look at " + file.string());
+  const bool draftToo = status.st_nlink <= 2;  // another process may be about to unlink its draft
+  if (S_ISREG(status.st_mode) && draftToo && (everyUsers || status.st_uid == geteuid())) return;
+  errno = EPERM;
+  raise(file.string() + " is not a plain file of this user; remove it");
+}
+
 }  // namespace
 
-std::filesystem::path runtimeFolder() {
-  if (const char* wanted = std::getenv("QX_RUNTIME_DIR"); wanted != nullptr && *wanted != 0) {
-    std::error_code ignored;
-    std::filesystem::create_directories(wanted, ignored);
-    return wanted;
+RuntimePlaces standardRuntimePlaces() {
+  const std::string user = std::to_string(geteuid());
+  return {"/run/lock/qxframework", "/run/user/" + user, variable("XDG_RUNTIME_DIR"),
+          "/tmp/qxframework-" + user};
+}
+
+std::filesystem::path runtimeFolder() { return runtimeFolder(standardRuntimePlaces()); }
+
+std::filesystem::path runtimeFolder(const RuntimePlaces& places) {
+  if (std::filesystem::path wanted = givenFolder(); !wanted.empty()) return wanted;
+  if (isForEveryUser(places.everyUsers)) return places.everyUsers;
+  // The first one does not depend on the environment, in which the processes of a user may differ.
+  for (const std::filesystem::path& base : {places.users, places.environments}) {
+    const std::filesystem::path folder = base / "qxframework";
+    if (base.is_absolute() && isOwn(base) && provideOwn(folder)) return folder;
   }
-  for (const char* folder : {"/run/lock/qxframework", "/tmp/qxframework"}) {
-    if (provideFolder(folder)) return folder;
-  }
-  raise("no folder for locks in /run/lock or /tmp; set QX_RUNTIME_DIR");
+  if (provideOwn(places.last)) return places.last;
+  errno = EPERM;
+  raise(
+      places.last.string() +
+      " belongs to another user or is open to others; set QX_RUNTIME_DIR to a folder of your own");
 }
 
 UniqueFd openSharedFile(const std::filesystem::path& folder, std::u16string_view name,
                         std::string_view suffix) {
   const std::filesystem::path file = folder / fileNameFor(name, suffix);
+  const bool everyUsers = isForEveryUser(folder);
   for (;;) {
     // Without O_CREAT: in a sticky folder the kernel may refuse it for files of other users
-    // (fs.protected_regular).
-    UniqueFd fd(open(file.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
-    if (fd) return fd;
+    // (fs.protected_regular). O_NONBLOCK, since opening a pipe would wait for its other end.
+    UniqueFd fd(open(file.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (fd) {
+      needPlainFile(fd.get(), file, everyUsers);
+      return fd;
+    }
     if (errno != ENOENT) raise("cannot open " + file.string());
-    createShared(file);
+    createShared(file, everyUsers ? kEveryUsersFile : kOwnFile);
   }
 }
 

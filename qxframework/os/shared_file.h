@@ -1,7 +1,8 @@
 #pragma once
 
-// Files that the processes of a machine share for locks and shared memory. They are in one folder
-// that all users share.
+// Files that the processes of a user, or of all users of a machine, share for locks and counters.
+// They are in one folder, which no one can fill with files of another user's making: it is this
+// user's own, or an administrator has made it for all.
 
 #include "qxframework/os/unique_fd.h"
 
@@ -10,14 +11,33 @@
 
 namespace qx {
 
-/// Returns the machine-wide folder: QX_RUNTIME_DIR if that is set, else "qxframework" in /run/lock
-/// or, if that does not exist or is not writable, in /tmp. Creates it if it is missing, so that
-/// every user can write but not remove the files of others. Throws std::system_error if all fail.
-std::filesystem::path runtimeFolder();
+/// Where runtimeFolder() looks.
+struct RuntimePlaces {
+  /// A folder for every user. It counts only if it belongs to root, is sticky and can be written by
+  /// all, which an administrator has to bring about; it is never created.
+  std::filesystem::path everyUsers;
+  /// Folders in which the user's own "qxframework" is, if they are this user's and no one else can
+  /// write to them; empty ones are left out.
+  std::filesystem::path users;
+  std::filesystem::path environments;
+  /// The user's own folder where both are missing.
+  std::filesystem::path last;
+};
 
-/// Opens the file for `name` and `suffix` in `folder` for reading and writing; creates it, for
-/// every user, if it is missing. Characters of `name` that are unsafe in a file name are escaped,
-/// so that different names keep different files. Throws std::system_error if that fails.
+/// Returns /run/lock/qxframework, /run/user/UID, XDG_RUNTIME_DIR and /tmp/qxframework-UID.
+RuntimePlaces standardRuntimePlaces();
+
+/// Returns QX_RUNTIME_DIR if that is set, else the first of the places that is safe. Creates a
+/// user's own folder if it is missing. A process with more rights than its user ignores the
+/// environment. Throws std::system_error if there is none, or QX_RUNTIME_DIR is not a full path.
+std::filesystem::path runtimeFolder();
+std::filesystem::path runtimeFolder(const RuntimePlaces& places);
+
+/// Opens the file for `name` and `suffix` in `folder` for reading and writing, and creates it if it
+/// is missing: for every user in a folder for every user, else for this user alone. Characters of
+/// `name` that are unsafe in a file name are escaped, so that different names keep different files.
+/// Throws std::system_error if that fails, and for a link, for what is not a plain file, and for
+/// another user's file outside of a folder for every user.
 UniqueFd openSharedFile(const std::filesystem::path& folder, std::u16string_view name,
                         std::string_view suffix);
 
