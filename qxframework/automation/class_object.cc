@@ -5,6 +5,7 @@
 #include "qxframework/automation/guid.h"
 #include "qxframework/automation/registry.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/trusted_file.h"
 
 #include <dlfcn.h>
 
@@ -151,6 +152,9 @@ HRESULT loadFactory(REFCLSID clsid, FactoryPtr& factory) {
   const std::u16string key = u"CLSID\\" + guidText(clsid) + u"\\InprocServer32";
   const auto path = Registry::current().readString(HKEY_CLASSES_ROOT, key, u"");
   if (!path) return REGDB_E_CLASSNOTREG;
+  if (const std::string reason = distrust(toUtf8(*path)); !reason.empty()) {
+    return loadFailed(clsid, toUtf8(*path) + ": " + reason);
+  }
   // RTLD_NOW reports a missing symbol here and not as a crash in a later call. RTLD_LOCAL keeps the
   // entries of several libraries, which all have the same name, apart.
   void* library = dlopen(toUtf8(*path).c_str(), RTLD_NOW | RTLD_LOCAL);

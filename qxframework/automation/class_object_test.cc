@@ -121,6 +121,19 @@ TEST_F(Activation, AMissingLibraryIsReportedToTheDeveloperTrace) {
   EXPECT_EQ(g_traced.back(), u'\n');
 }
 
+TEST_F(Activation, ALibraryThatOthersCanReplaceDoesNotLoad) {
+  const std::filesystem::path library = folder_.path() / "component.so";
+  std::filesystem::copy_file(QX_TEST_COMPONENT, library);
+  std::filesystem::permissions(library, std::filesystem::perms::others_write,
+                               std::filesystem::perm_options::add);
+  registered(serverEntry(kGreeterClass, "component.so"));
+  EXPECT_EQ(code(kGreeterClass), CO_E_DLLNOTFOUND);
+  EXPECT_NE(g_traced.find(u"component.so: other users can write to it"), std::u16string::npos);
+  std::filesystem::permissions(library, std::filesystem::perms::others_write,
+                               std::filesystem::perm_options::remove);
+  EXPECT_EQ(greeting(), u"hello from the library");
+}
+
 TEST_F(Activation, AFileThatIsNoLibraryDoesNotLoad) {
   folder_.write("text.so", "not a library");
   registered(serverEntry(kGreeterClass, "text.so"));

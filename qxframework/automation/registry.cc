@@ -3,13 +3,14 @@
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/toml_depth.h"
+#include "qxframework/automation/trusted_file.h"
 
 #include <dlfcn.h>
 #include <toml++/toml.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <mutex>
@@ -52,18 +53,16 @@ std::u16string indexOf(std::u16string_view path, std::u16string_view valueName) 
   return text;
 }
 
-std::filesystem::path environmentPath(const char* name) {
-  const char* value = std::getenv(name);
-  return value != nullptr ? value : "";
-}
+// A registry has some thousand bytes.
+constexpr std::size_t kLongestFile = 1 << 20;
 
 // Returns the path of the user's registry; empty if the environment names no folder for it. A
-// relative XDG_CONFIG_HOME is invalid and ignored.
+// relative path in these variables is invalid and ignored.
 std::filesystem::path userFile() {
-  std::filesystem::path folder = environmentPath("XDG_CONFIG_HOME");
+  std::filesystem::path folder = trustedVariable("XDG_CONFIG_HOME");
   if (!folder.is_absolute()) {
-    const std::filesystem::path home = environmentPath("HOME");
-    if (home.empty()) return {};
+    const std::filesystem::path home = trustedVariable("HOME");
+    if (!home.is_absolute()) return {};
     folder = home / ".config";
   }
   return folder / "qxframework" / "registry.toml";
@@ -83,7 +82,7 @@ std::filesystem::path besideLibrary() {
 }
 
 std::filesystem::path registryFile() {
-  if (std::filesystem::path wanted = environmentPath("QX_REGISTRY"); !wanted.empty()) return wanted;
+  if (std::filesystem::path wanted = trustedVariable("QX_REGISTRY"); !wanted.empty()) return wanted;
   std::error_code error;
   std::filesystem::path users = userFile();
   if (!users.empty() && std::filesystem::exists(users, error)) return users;
@@ -121,13 +120,28 @@ class Registry::Reader {
           registry_.file_.string() + ": there is no such file; create it or set QX_REGISTRY";
       return;
     }
-    parse();
+    // The folder of a relative path is another one for each process.
+    if (!registry_.file_.is_absolute()) {
+      registry_.problem_ = registry_.file_.string() + ": the path is relative; give the full path";
+      return;
+    }
+    const TrustedText content = readTrusted(registry_.file_, kLongestFile);
+    if (!content.problem.empty()) {
+      registry_.problem_ = registry_.file_.string() + ": " + content.problem;
+      return;
+    }
+    parse(content.text);
   }
 
  private:
-  void parse() {
+  void parse(const std::string& text) {
+    if (const auto deep = findDeepKey(text)) {
+      return reportAt(deep->line, deep->column,
+                      "the key has more than " + std::to_string(kDeepestTomlKey) + " levels",
+                      "use fewer dots");
+    }
     try {
-      const toml::table root = toml::parse_file(registry_.file_.string());
+      const toml::table root = toml::parse(text, registry_.file_.string());
       for (const auto& [key, node] : root) readRoot(key, node);
     } catch (const toml::parse_error& error) {
       report(error.source(), std::string(error.description()), "correct the TOML");
@@ -193,9 +207,13 @@ class Registry::Reader {
 
   void report(const toml::source_region& source, const std::string& problem,
               const std::string& remedy) {
+    reportAt(source.begin.line, source.begin.column, problem, remedy);
+  }
+
+  void reportAt(long line, long column, const std::string& problem, const std::string& remedy) {
     if (!registry_.problem_.empty()) return;
-    registry_.problem_ = registry_.file_.string() + ":" + std::to_string(source.begin.line) + ":" +
-                         std::to_string(source.begin.column) + ": " + problem + "; " + remedy;
+    registry_.problem_ = registry_.file_.string() + ":" + std::to_string(line) + ":" +
+                         std::to_string(column) + ": " + problem + "; " + remedy;
   }
 
   Registry& registry_;

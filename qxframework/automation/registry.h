@@ -13,7 +13,9 @@
 // The file is the one that QX_REGISTRY names, else the user's qxframework/registry.toml in
 // XDG_CONFIG_HOME or ~/.config if it exists, else the one that was installed with the library. The
 // first fault in it is kept in problem() and reported once to the developer trace; all correct
-// entries still count.
+// entries still count. Its path must be absolute, and the file and the libraries that it names
+// count only if nobody but this user and root can have written them (trusted_file.h). A process
+// with more rights than its user reads the installed file only.
 
 #include "qxframework/automation/export.h"
 #include "qxframework/automation/types.h"

@@ -162,6 +162,48 @@ TEST_F(RegistryTest, ReportsAMissingFile) {
                                     ": there is no such file; create it or set QX_REGISTRY");
 }
 
+TEST_F(RegistryTest, ReportsAKeyOfManyLevelsInsteadOfReadingIt) {
+  std::string key = "HKEY_CURRENT_USER";
+  for (int i = 0; i < 40000; ++i) key += ".a";
+  EXPECT_EQ(problem(key + " = 1\n"),
+            "r.toml:1:80: the key has more than 32 levels; use fewer dots");
+}
+
+TEST_F(RegistryTest, ReportsARelativePathInsteadOfReadingTheFile) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  const std::filesystem::path file = folder_.write("r.toml", "[HKEY_CURRENT_USER]\nName = 'x'\n");
+  std::filesystem::current_path(file.parent_path());
+  const Registry registry("r.toml");
+  std::filesystem::current_path(before);
+  EXPECT_EQ(registry.problem(), "r.toml: the path is relative; give the full path");
+  EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Name"), std::nullopt);
+}
+
+TEST_F(RegistryTest, ReportsAFileThatOthersCanWriteInsteadOfReadingIt) {
+  const std::filesystem::path file = folder_.write("r.toml", "[HKEY_CURRENT_USER]\nName = 'x'\n");
+  std::filesystem::permissions(file, std::filesystem::perms::others_write,
+                               std::filesystem::perm_options::add);
+  const Registry registry(file);
+  EXPECT_EQ(registry.problem(),
+            file.string() + ": other users can write to it; take the right from them (chmod go-w)");
+  EXPECT_EQ(registry.readString(HKEY_CURRENT_USER, u"", u"Name"), std::nullopt);
+}
+
+TEST_F(RegistryTest, ReportsAFileThatIsTooLongInsteadOfReadingIt) {
+  EXPECT_EQ(problem("#" + std::string(1 << 20, 'x')),
+            "r.toml: it is longer than 1048576 bytes; shorten it");
+}
+
+TEST_F(RegistryTest, ARelativeHomeNamesNoFile) {
+  folder_.write("home/.config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'x'\n");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());
+  setenv("HOME", "home", 1);
+  const auto name = Registry::reload().readString(HKEY_CURRENT_USER, u"", u"Name");
+  std::filesystem::current_path(before);
+  EXPECT_EQ(name, std::nullopt);
+}
+
 TEST_F(RegistryTest, TheVariableTakesPrecedenceOverTheUsersFile) {
   folder_.write("config/qxframework/registry.toml", "[HKEY_CURRENT_USER]\nName = 'user'\n");
   setenv("XDG_CONFIG_HOME", (folder_.path() / "config").c_str(), 1);

@@ -1,0 +1,116 @@
+#include "qxframework/automation/trusted_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+namespace qx {
+namespace {
+
+class File {
+ public:
+  // O_NONBLOCK, since opening a pipe would wait for its other end.
+  explicit File(const std::filesystem::path& path)
+      : fd_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
+  ~File() {
+    if (fd_ >= 0) close(fd_);
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+std::string systemReason(int error) { return std::generic_category().message(error); }
+
+// A group with the user's own number is, by the custom of the system's tools, the group of this
+// user alone.
+bool othersMayWrite(const struct stat& status) {
+  const bool ownGroup = status.st_gid == getegid() && getegid() == geteuid();
+  return (status.st_mode & S_IWOTH) != 0 || ((status.st_mode & S_IWGRP) != 0 && !ownGroup);
+}
+
+std::string ownerProblem(const struct stat& status, const std::string& what) {
+  if (status.st_uid == 0 || status.st_uid == geteuid()) return "";
+  return what + " belongs to user " + std::to_string(status.st_uid) +
+         "; only files of this user or of root are used";
+}
+
+std::string fileProblem(const struct stat& status) {
+  if (!S_ISREG(status.st_mode)) return "it is not a plain file; replace it by one";
+  if (std::string problem = ownerProblem(status, "it"); !problem.empty()) return problem;
+  return othersMayWrite(status)
+             ? "other users can write to it; take the right from them (chmod go-w)"
+             : "";
+}
+
+// In a sticky folder nobody can replace another user's file.
+std::string folderProblem(const std::filesystem::path& folder) {
+  struct stat status {};
+  if (stat(folder.c_str(), &status) != 0) return "";
+  const std::string what = "its folder " + folder.string();
+  if (std::string problem = ownerProblem(status, what); !problem.empty()) return problem;
+  const bool open = othersMayWrite(status) && (status.st_mode & S_ISVTX) == 0;
+  return open ? "other users can write to " + what + "; take the right from them (chmod go-w)" : "";
+}
+
+// Of a link both the folder of the link and that of its target count.
+std::string foldersProblem(const std::filesystem::path& file) {
+  const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
+  if (std::string problem = folderProblem(folder); !problem.empty()) return problem;
+  std::error_code error;
+  if (!std::filesystem::is_symlink(file, error)) return "";
+  const std::filesystem::path target = std::filesystem::canonical(file, error);
+  return error ? "" : folderProblem(target.parent_path());
+}
+
+std::string problemOf(const struct stat& status, const std::filesystem::path& file) {
+  std::string problem = fileProblem(status);
+  return problem.empty() ? foldersProblem(file) : problem;
+}
+
+std::string longer(std::size_t limit) {
+  return "it is longer than " + std::to_string(limit) + " bytes; shorten it";
+}
+
+}  // namespace
+
+std::string trustedVariable(const char* name) {
+  const char* value = secure_getenv(name);
+  return value != nullptr ? value : "";
+}
+
+std::string distrust(const std::filesystem::path& file) {
+  struct stat status {};
+  return stat(file.c_str(), &status) == 0 ? problemOf(status, file) : "";
+}
+
+TrustedText readTrusted(const std::filesystem::path& path, std::size_t limit) {
+  const File file(path);
+  struct stat status {};
+  if (file.get() < 0 || fstat(file.get(), &status) != 0) {
+    return {"", "it cannot be read (" + systemReason(errno) + ")"};
+  }
+  TrustedText result{"", problemOf(status, path)};
+  if (!result.problem.empty()) return result;
+  // One byte more than allowed shows that there is too much, whatever the size was before.
+  result.text.resize(limit + 1);
+  std::size_t size = 0;
+  ssize_t got = 1;
+  while (got > 0 && size <= limit) {
+    got = read(file.get(), result.text.data() + size, limit + 1 - size);
+    if (got < 0) return {"", "it cannot be read (" + systemReason(errno) + ")"};
+    size += static_cast<std::size_t>(got);
+  }
+  if (size > limit) return {"", longer(limit)};
+  result.text.resize(size);
+  return result;
+}
+
+}  // namespace qx
