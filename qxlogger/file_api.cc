@@ -34,7 +34,9 @@ int fill(int result, const struct stat& from, FileInfo& info) {
           .inode = from.st_ino,
           .size = from.st_size,
           .modified = nanoseconds(from.st_mtim),
-          .changed = nanoseconds(from.st_ctim)};
+          .changed = nanoseconds(from.st_ctim),
+          .plain = S_ISREG(from.st_mode),
+          .own = from.st_uid == geteuid() && from.st_nlink == 1};
   return 0;
 }
 
@@ -113,11 +115,18 @@ FileApi& FileApi::system() {
 }
 
 int openInFolder(FileApi& files, const std::string& path, int flags) {
+  // O_NONBLOCK, since opening a pipe would wait for its other end; for a file it means nothing.
+  const int safe = flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+  int file = files.open(path, safe);
   // The folders nearly always exist, so they are created only after a failure.
-  const int file = files.open(path, flags);
-  if (file != -ENOENT || (flags & O_CREAT) == 0) return file;
-  makeFolders(files, path);
-  return files.open(path, flags);
+  if (file == -ENOENT && (flags & O_CREAT) != 0) {
+    makeFolders(files, path);
+    file = files.open(path, safe);
+  }
+  FileInfo info;
+  if (file < 0 || (files.info(file, info) == 0 && info.plain && info.own)) return file;
+  files.close(file);
+  return -EPERM;
 }
 
 int writeAll(FileApi& files, int file, const char* data, std::size_t size) {

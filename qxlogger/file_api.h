@@ -16,6 +16,8 @@ struct FileInfo {
   std::int64_t size = 0;      ///< bytes
   std::int64_t modified = 0;  ///< nanoseconds
   std::int64_t changed = 0;   ///< nanoseconds
+  bool plain = false;         ///< no folder, device or pipe
+  bool own = false;           ///< of this user, and with one name only
 
   bool sameFile(const FileInfo& other) const {
     return device == other.device && inode == other.inode;
@@ -48,8 +50,10 @@ class FileApi {
   static FileApi& system();
 };
 
-/// Opens `path` and returns the descriptor, or the negated `errno`. If `flags` create the file,
-/// creates its missing parent folders too.
+/// Opens a file of this user's own and returns the descriptor, or the negated `errno`. If `flags`
+/// create the file, creates its missing parent folders too. Follows no link, and fails with EPERM
+/// for what is no plain file, belongs to another user or has a second name: in a folder that others
+/// can write, it could be any file of the machine.
 int openInFolder(FileApi& files, const std::string& path, int flags);
 
 /// Writes all of `data`, despite interruptions and short writes. Returns 0 or the negated `errno`.

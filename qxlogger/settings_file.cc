@@ -1,6 +1,7 @@
 #include "qxlogger/settings_file.h"
 
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/toml_depth.h"
 #include "qxlogger/file_api.h"
 
 #include <fcntl.h>
@@ -30,11 +31,15 @@ constexpr std::string_view kHead =
 // A settings file has some hundred bytes. The rest of a file of this size is not read.
 constexpr std::size_t kLongestFile = 1 << 20;
 
+// Links are followed: users keep their settings elsewhere. O_NONBLOCK, since opening a pipe would
+// wait for its other end.
 std::string readFile(FileApi& files, const std::string& path) {
-  const OpenFile file(files, files.open(path, O_RDONLY));
+  const OpenFile file(files, files.open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY));
+  FileInfo info;
+  if (!file.isOpen() || files.info(file.get(), info) < 0 || !info.plain) return {};
   std::string text;
   char part[4096];
-  while (file.isOpen() && text.size() < kLongestFile) {
+  while (text.size() < kLongestFile) {
     const std::int64_t size =
         files.readAt(file.get(), part, sizeof part, static_cast<std::int64_t>(text.size()));
     if (size == -EINTR) continue;
@@ -46,6 +51,7 @@ std::string readFile(FileApi& files, const std::string& path) {
 
 // A broken file counts as an empty one: the log must work without valid settings.
 toml::table parse(const std::string& text) {
+  if (findDeepKey(text)) return {};
   try {
     return toml::parse(text);
   } catch (const toml::parse_error&) {
@@ -82,7 +88,9 @@ StoreResult failure(std::string_view step, const std::string& path, int error) {
 }
 
 int writeTemporary(FileApi& files, const std::string& path, const std::string& text) {
-  const OpenFile file(files, files.open(path, O_WRONLY | O_CREAT | O_TRUNC));
+  // One that a killed process has left, or a link that someone else has put there.
+  files.remove(path);
+  const OpenFile file(files, files.open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW));
   if (!file.isOpen()) return file.get();
   // Without the sync a power failure after the rename could leave an empty file under the name.
   const int written = writeAll(files, file.get(), text.data(), text.size());

@@ -3,8 +3,11 @@
 #include "qxlogger/test_support.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <string>
 
 namespace qx::logger {
 namespace {
@@ -39,6 +42,31 @@ TEST_F(SettingsFile, LoadsDefaultsIfBroken) {
   EXPECT_EQ(loadSettings(files, broken), LogSettings{});
   test::writeText(broken, std::string("\0\xFF\x01", 3));
   EXPECT_EQ(loadSettings(files, broken), LogSettings{});
+}
+
+TEST_F(SettingsFile, LoadsDefaultsIfAKeyHasThousandsOfLevels) {
+  const std::string deep = folder / "log.toml";
+  std::string key = "a";
+  for (int i = 0; i < 40000; ++i) key += ".a";
+  test::writeText(deep, key + " = 1\nlevel = 6\n");
+  EXPECT_EQ(loadSettings(files, deep), LogSettings{});
+}
+
+TEST_F(SettingsFile, LoadsDefaultsFromAPipeWithoutWaiting) {
+  const std::string pipe = folder / "log.toml";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(loadSettings(files, pipe), LogSettings{});
+}
+
+TEST_F(SettingsFile, AreLoadedThroughALinkButNotStoredThroughOne) {
+  test::writeText(folder / "elsewhere", "level = 6\n");
+  std::filesystem::create_symlink(folder / "elsewhere", folder / "log.toml");
+  EXPECT_EQ(loadSettings(files, folder / "log.toml").level, 6);
+  test::writeText(folder / "victim", "precious");
+  std::filesystem::create_symlink(folder / "victim", folder / "log.toml.new");
+  EXPECT_EQ(storeSettings(files, folder / "log.toml", kSample).error, 0);
+  EXPECT_EQ(test::contentOf(folder / "victim"), "precious");
+  EXPECT_EQ(loadSettings(files, folder / "log.toml"), kSample);
 }
 
 TEST_F(SettingsFile, LoadsTheDefaultOnlyForAnInvalidValue) {

@@ -1,5 +1,6 @@
 #include "qxlogger/shared_log.h"
 
+#include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
 #include "qxlogger/record.h"
 #include "qxlogger/shared_region.h"
@@ -167,7 +168,16 @@ void SharedLog::detach(Attachment* attachment) {
 // Counts in this process only; noteDropped() reports the number later.
 Appended SharedLog::dropHere(int error) {
   if (droppedHere_.fetch_add(1) == 0) dropErrorHere_ = error;
+  tellFailure(error);
   return Appended::kDropped;
+}
+
+// Once only. The record that reports the number of lost ones comes when the log works again, which
+// may be never.
+void SharedLog::tellFailure(int error) {
+  if (told_.test_and_set()) return;
+  developerTrace(toUtf16(fmt::format("log: {} cannot be written ({})\n", path(0),
+                                     std::generic_category().message(error))));
 }
 
 // Returns false if other processes no longer find this shared memory, because its file was removed.
@@ -288,13 +298,17 @@ void SharedLog::put(Attachment& a, std::string_view text, std::int64_t time) {
 
 bool SharedLog::writePending(Attachment& a) {
   while (pendingSize(a.region->state()) > 0) {
-    if (!a.file.isOpen() || a.region->needsRecovery()) return false;
+    if (!a.file.isOpen() || a.region->needsRecovery()) {
+      tellFailure(a.error);
+      return false;
+    }
     SharedState next = a.region->state();
     const std::int64_t taken =
         files_.write(a.file.get(), a.region->pending() + next.start, pendingSize(next));
     if (taken == -EINTR) continue;
     if (taken <= 0) {
       a.error = taken == 0 ? EIO : static_cast<int>(-taken);
+      tellFailure(a.error);
       return false;
     }
     next.fileSize += taken;
@@ -364,6 +378,7 @@ Appended SharedLog::drop(Attachment& a) {
   SharedState next = a.region->state();
   if (next.dropped++ == 0) next.dropError = a.error;
   a.region->commit(next);
+  tellFailure(a.error);
   return Appended::kDropped;
 }
 

@@ -44,9 +44,10 @@ enum class Appended { kWritten, kPending, kDropped };
 ///
 /// While the disk refuses writes, or the process has reached its limit for files, records wait in
 /// the shared memory. When that is full, they are dropped and counted, and a record of the log
-/// itself reports the number before the next record. The same happens to records for which a file
-/// that cannot be rotated has no room: what is in the files is never given up for them. Such a file
-/// grows by 64 KB beyond its limit, so that a rotation that fails once or twice costs no record.
+/// itself reports the number before the next record. The developer trace tells the first failure.
+/// The same happens to records for which a file that cannot be rotated has no room: what is in the
+/// files is never given up for them. Such a file grows by 64 KB beyond its limit, so that a
+/// rotation that fails once or twice costs no record.
 class SharedLog {
  public:
   /// The function name in the records that the log writes about itself.
@@ -76,6 +77,7 @@ class SharedLog {
   Attachment* attach();
   void detach(Attachment* attachment);
   Appended dropHere(int error);
+  void tellFailure(int error);
 
   bool makeReady(Attachment& a, std::int64_t now);
   bool reopen(Attachment& a);
@@ -105,6 +107,7 @@ class SharedLog {
   std::atomic<Attachment*> retired_{nullptr};
   std::atomic<std::uint64_t> droppedHere_{0};  // while the shared state was inaccessible
   std::atomic<int> dropErrorHere_{0};
+  std::atomic_flag told_;  // that the log cannot be written
 };
 
 }  // namespace qx::logger

@@ -1,9 +1,13 @@
 #include "qxlogger/shared_log.h"
 
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/automation/text.h"
 #include "qxlogger/shared_region.h"
 #include "qxlogger/test_support.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -294,6 +298,76 @@ TEST_F(LogFiles, DropRecordsWhileAStoppedProcessHoldsTheLock) {
 TEST_F(LogFiles, DropRecordsOfAUserWithoutFolders) {
   SharedLog homeless(files, clock, "", "x");
   EXPECT_EQ(homeless.append({.text = "1\n"}, kRoomy), Appended::kDropped);
+}
+
+// What other users could put into a folder that they can write: links, pipes, files of their own.
+class LogFilesOfOthers : public LogFiles {
+ protected:
+  LogFilesOfOthers() {
+    std::filesystem::create_directory(folder / "sub");
+    traced.clear();
+    setDeveloperTraceSink([](std::u16string_view text) { traced += toUtf8(text); });
+  }
+  ~LogFilesOfOthers() override { setDeveloperTraceSink(nullptr); }
+  std::string told(const std::string& reason) const {
+    return "log: " + (folder / "sub/x.log") + " cannot be written (" + reason + ")\n";
+  }
+
+  static inline std::string traced;
+};
+
+TEST_F(LogFilesOfOthers, AreNotWrittenThroughALink) {
+  test::writeText(folder / "victim", "precious");
+  std::filesystem::create_symlink(folder / "victim", folder / "sub/x.log");
+  EXPECT_EQ(append("1\n"), Appended::kPending);
+  EXPECT_EQ(append("2\n"), Appended::kPending);
+  EXPECT_EQ(test::contentOf(folder / "victim"), "precious");
+  EXPECT_EQ(traced, told("Too many levels of symbolic links"));
+  std::filesystem::remove(folder / "sub/x.log");
+  EXPECT_EQ(append("3\n"), Appended::kWritten);
+  EXPECT_EQ(current(), "1\n2\n3\n");
+}
+
+TEST_F(LogFilesOfOthers, AreNotWrittenUnderASecondName) {
+  test::writeText(folder / "victim", "precious");
+  std::filesystem::create_hard_link(folder / "victim", folder / "sub/x.log");
+  append("1\n");
+  EXPECT_EQ(test::contentOf(folder / "victim"), "precious");
+  EXPECT_EQ(traced, told("Operation not permitted"));
+}
+
+TEST_F(LogFilesOfOthers, DoNotHangAtAPipe) {
+  for (const char* name : {"sub/.x.sync1", "sub/x.log"}) {
+    ASSERT_EQ(mkfifo((folder / name).c_str(), 0600), 0);
+    append("1\n");
+    std::filesystem::remove(folder / name);
+  }
+  EXPECT_EQ(traced, told("Operation not permitted"));
+}
+
+TEST_F(LogFilesOfOthers, ShareNoMemoryThroughALink) {
+  test::writeText(folder / "victim", "precious");
+  std::filesystem::create_symlink(folder / "victim", folder / "sub/.x.sync1");
+  EXPECT_EQ(append("1\n"), Appended::kDropped);
+  EXPECT_EQ(test::contentOf(folder / "victim"), "precious");
+  EXPECT_EQ(traced, told("Too many levels of symbolic links"));
+}
+
+TEST_F(LogFilesOfOthers, AreNotTakenOverFromAnotherUser) {
+  test::writeText(folder / "sub/x.log", "theirs\n");
+  // Only root can give a file away, and only root could write to another user's file at all.
+  constexpr uid_t kNobody = 65534;
+  const bool given = chown((folder / "sub/x.log").c_str(), kNobody, 0) == 0;
+  append("1\n");
+  EXPECT_EQ(current(), given ? "theirs\n" : "theirs\n1\n");
+  EXPECT_EQ(traced, given ? told("Operation not permitted") : "");
+}
+
+TEST_F(LogFilesOfOthers, AreToldOnlyOnceHoweverManyRecordsAreLost) {
+  files.onOpen = [](const std::string&) { return -EACCES; };
+  append("1\n");
+  append("2\n");
+  EXPECT_EQ(traced, told("Permission denied"));
 }
 
 TEST_F(LogFiles, AcceptARecordLargerThanTheSharedMemory) {

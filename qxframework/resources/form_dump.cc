@@ -2,11 +2,38 @@
 
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/os/unique_fd.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
+#include <string>
 
 namespace qx {
+namespace {
+
+bool writeAll(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t taken = write(file, bytes.data(), bytes.size());
+    if (taken < 0 && errno == EINTR) continue;
+    if (taken <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(taken));
+  }
+  return true;
+}
+
+// The name is the same for all users and in a folder that all can write. So the file is always made
+// anew, for this user alone: whatever another user has put there, a link, a pipe or a file, is
+// either removed or keeps the dump from being written.
+bool writeAnew(const std::string& path, std::string_view bytes) {
+  unlink(path.c_str());
+  UniqueFd file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+  return file && writeAll(file.get(), bytes);
+}
+
+}  // namespace
 
 FormDump dumpForm(std::u16string_view text) {
   std::error_code failed;
@@ -15,10 +42,7 @@ FormDump dumpForm(std::u16string_view text) {
   if (failed) folder = "/tmp";
   if (!folder.ends_with('/')) folder += '/';
   FormDump dump{format(u"%sHVX_%s.xml", folder, u"Form"), false};
-  std::ofstream file(toUtf8(dump.name), std::ios::binary | std::ios::trunc);
-  file << toUtf8(text);
-  file.close();  // before the test: a full disk may show only here
-  dump.written = file.good();
+  dump.written = writeAnew(toUtf8(dump.name), toUtf8(text));
   return dump;
 }
 

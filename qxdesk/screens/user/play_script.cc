@@ -4,8 +4,11 @@
 #include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 
 namespace qx::screens {
 namespace {
@@ -52,6 +55,9 @@ constexpr Command kCommands[] = {
 };
 
 constexpr std::string_view kPrintable[] = {"menus", "forms", "form", "status", "boxes"};
+
+// A script is written by hand. A longer file is something else.
+constexpr std::uintmax_t kLargestScript = std::uintmax_t{16} << 20;
 
 // A carriage return counts, so that scripts with CR LF are read alike.
 bool isBlank(char byte) { return byte == ' ' || byte == '\t' || byte == '\r'; }
@@ -190,7 +196,16 @@ std::vector<PlayStep> parsePlayScript(std::string_view text, std::string_view fi
   return steps;
 }
 
+// Looked at before it is opened: opening a pipe would wait for its other end.
 std::vector<PlayStep> readPlayScript(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    throw PlayScriptError(path + ": it is not a plain file; give a file with the script");
+  }
+  if (std::filesystem::file_size(path, error) > kLargestScript && !error) {
+    throw PlayScriptError(path + ": the file is larger than 16 MiB; divide it");
+  }
   std::ifstream file(path, std::ios::binary);
   if (!file) throw PlayScriptError(path + ": the file cannot be read");
   const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());

@@ -1,6 +1,12 @@
 #include "qxdesk/screens/user/play_script.h"
 
+#include "testing/temp_folder.h"
+
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <filesystem>
 
 namespace qx::screens {
 namespace {
@@ -53,6 +59,31 @@ TEST(PlayScript, ErrorsHaveFileLineAndColumn) {
   EXPECT_EQ(refusal("print form"), "demo.txt:1:7: write: print menus|forms|form FORM|status|boxes");
   EXPECT_EQ(refusal("draw"), "demo.txt:1:5: write: draw FORM");
   EXPECT_EQ(refusal("company"), "demo.txt:1:8: write: company FILE");
+}
+
+TEST(PlayScript, APipeIsRefusedWithoutWaiting) {
+  const qx::test::TempFolder folder;
+  ASSERT_EQ(mkfifo(folder.file("script").c_str(), 0600), 0);
+  try {
+    readPlayScript(folder.file("script"));
+    FAIL();
+  } catch (const PlayScriptError& error) {
+    EXPECT_EQ(error.what(),
+              folder.file("script") + ": it is not a plain file; give a file with the script");
+  }
+}
+
+TEST(PlayScript, AFileThatIsTooLongIsRefused) {
+  const qx::test::TempFolder folder;
+  folder.write("script", "");
+  constexpr std::uintmax_t kLongest = 16 << 20;
+  std::filesystem::resize_file(folder.file("script"), kLongest + 1);
+  try {
+    readPlayScript(folder.file("script"));
+    FAIL();
+  } catch (const PlayScriptError& error) {
+    EXPECT_EQ(error.what(), folder.file("script") + ": the file is larger than 16 MiB; divide it");
+  }
 }
 
 TEST(PlayScript, ErrorNamesTheFileThatCannotBeRead) {
