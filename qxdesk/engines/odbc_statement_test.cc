@@ -45,6 +45,12 @@ class OdbcStatementTest : public testing::Test {
   }
 };
 
+TEST_F(OdbcStatementTest, AConnectionStringThatDriversCannotHoldDoesNotReachOne) {
+  std::string words;
+  EXPECT_EQ(faultOfOpen("Long=" + std::string(1001, 'x'), words), Fault::Statement);
+  EXPECT_EQ(words, "a value of the ODBC connection string is longer than 1000 bytes; shorten it");
+}
+
 TEST_F(OdbcStatementTest, ATextBeyondItsDeclaredSizeIsReadInFull) {
   EXPECT_EQ(rowsOf(*open(), "ROW abcdefghijkl"), "abcdefghijkl|");
 }

@@ -9,8 +9,11 @@ namespace qx::desk {
 std::unique_ptr<Database> openDatabase(const std::string& database,
                                        const CompanyEnvironment& environment) {
   const std::optional<std::string_view> connection = odbcConnection(database);
-  return connection ? openOdbcDatabase(*connection, environment)
-                    : openSqliteDatabase(database, environment);
+  if (!connection) return openSqliteDatabase(database, environment);
+  if (const std::string problem = lengthProblem(*connection); !problem.empty()) {
+    throw DatabaseError(Fault::Statement, problem);
+  }
+  return openOdbcDatabase(*connection, environment);
 }
 
 }  // namespace qx::desk

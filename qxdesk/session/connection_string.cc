@@ -1,6 +1,7 @@
 #include "qxdesk/session/connection_string.h"
 
 #include "qxdesk/session/database_name.h"
+#include "qxdesk/session/password_source.h"
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/dialect_names.h"
@@ -12,6 +13,7 @@ namespace qx::desk {
 namespace {
 
 constexpr std::u16string_view kScheme = u"embedded:";
+constexpr std::string_view kOdbc = "odbc:";
 
 struct Language {
   std::u16string_view name;
@@ -104,9 +106,22 @@ std::u16string encode(std::string_view value) {
   return out;
 }
 
+// Without its blanks, the beginning of a connection string of which "odbc:" is misspelled. It would
+// be taken for a file with a password in its name.
+bool looksLikeOdbc(std::string_view database) {
+  std::string start;
+  for (const char c : database.substr(0, 2 * kOdbc.size())) {
+    if (c != ' ') start += toLowerAscii(c);
+  }
+  return start.starts_with("odbc:") || start.starts_with("odbc;") || start.starts_with("odbc=");
+}
+
 void readDatabase(ConnectionString& out, const Value& value) {
   out.database = decode(value);
   if (out.database.empty()) fail(value.position, "db is empty; name the company database's file");
+  if (!odbcConnection(out.database) && looksLikeOdbc(out.database)) {
+    fail(value.position, "db begins nearly like an ODBC connection; write odbc: without blanks");
+  }
   // The place is that in the text as given, since no other value is replaced.
   if (odbcConnection(out.database)) {
     out.shown.replace(value.position, value.raw.size(), encode(databaseName(out.database)));
@@ -177,23 +192,40 @@ void readAccept(ConnectionString& out, const Value& value) {
   out.acceptBrackets = readChoice(value, "accept", u"own", u"brackets");
 }
 
+void readPasswordSource(ConnectionString& out, const Value& value) {
+  try {
+    out.password = readPassword(decode(value));
+  } catch (const PasswordSourceError& error) {
+    fail(value.position, std::string("password ") + error.what());
+  }
+}
+
 struct Key {
   std::u16string_view name;
   void (*read)(ConnectionString&, const Value&);
 };
 
-constexpr Key kKeys[] = {{u"db", readDatabase},          {u"engine", readEngine},
-                         {u"accept", readAccept},        {u"language", readLanguage},
-                         {u"appid", readAppId},          {u"user", readUser},
-                         {u"company", readCompany},      {u"play", readPlay},
-                         {u"boxes", readBoxes},          {u"progress", readProgress},
-                         {u"statements", readStatements}};
+constexpr Key kKeys[] = {{u"db", readDatabase},           {u"engine", readEngine},
+                         {u"accept", readAccept},         {u"language", readLanguage},
+                         {u"appid", readAppId},           {u"user", readUser},
+                         {u"company", readCompany},       {u"play", readPlay},
+                         {u"boxes", readBoxes},           {u"progress", readProgress},
+                         {u"statements", readStatements}, {u"password", readPasswordSource}};
+
+// An "&" in a password ends the value of db, so that what follows looks like a key. It is not shown
+// then.
+[[noreturn]] void failAfterSecret(std::size_t position) {
+  fail(position,
+       "this is no key; in a password write %26 for &, or name the place of the password");
+}
 
 void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::size_t position,
               std::u16string_view pair) {
   const std::size_t equals = pair.find(u'=');
   const std::u16string_view name = pair.substr(0, equals);
+  const bool afterSecret = namesSecret(out.database);
   if (equals == std::u16string_view::npos) {
+    if (afterSecret) failAfterSecret(position);
     fail(position, "the key " + quoted(name) + " has no value; write key=value");
   }
   for (const Key& key : kKeys) {
@@ -201,9 +233,10 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
     if (!seen.insert(name).second) fail(position, "the key " + quoted(name) + " is given twice");
     return key.read(out, Value{position + equals + 1, pair.substr(equals + 1)});
   }
+  if (afterSecret) failAfterSecret(position);
   fail(position, "unknown key " + quoted(name) +
-                     "; the keys are db, engine, accept, language, appid, user, company, play, "
-                     "boxes, progress and statements");
+                     "; the keys are db, engine, accept, language, appid, user, password, company, "
+                     "play, boxes, progress and statements");
 }
 
 // Returns the place of the first key.
@@ -214,6 +247,17 @@ std::size_t skipScheme(std::u16string_view text) {
   }
   if (text.substr(kScheme.size()).starts_with(u'?')) return kScheme.size() + 1;
   fail(kScheme.size(), "a question mark must follow the scheme; write embedded:?db=FILE");
+}
+
+void addPassword(ConnectionString& out, std::size_t end) {
+  if (out.password.empty()) return;
+  if (!odbcConnection(out.database)) {
+    fail(end, "a password is given, but db is a file; leave password out, or write db=odbc:");
+  }
+  if (namesSecret(out.database)) {
+    fail(end, "db and password both give a password; leave the one in db out");
+  }
+  out.database = withPassword(out.database, out.password);
 }
 
 }  // namespace
@@ -247,6 +291,7 @@ ConnectionString parseConnectionString(std::u16string_view text) {
     // At the end, where the key could be added.
     fail(text.size(), "the key db is missing; write embedded:?db=FILE");
   }
+  addPassword(out, text.size());
   return out;
 }
 

@@ -18,6 +18,8 @@
 // | language | a number of the client, 3, or a name, en, de, pt-BR                | 3           |
 // | appid    | 0 or more: which client this is; the same number is the same client| 1           |
 // | user     | the user that is logged in                                         | manager     |
+// | password | where the password of an ODBC database is: file:PATH, env:NAME or   | none        |
+// |          | fd:NUMBER, see password_source.h                                   |             |
 // | company  | the company's name                                                 | db's name   |
 // | play     | a file with the actions of a user                                  | none        |
 // | boxes    | default: a box without an answer takes its default button; refuse: | default     |
@@ -36,7 +38,8 @@
 namespace qx::desk {
 
 struct ConnectionString {
-  std::string database;   ///< UTF-8, see database_name.h
+  std::string database;   ///< UTF-8, see database_name.h; with the password, if one is given
+  std::string password;   ///< as `password` names it; empty if it does not
   long dbServerType = 1;  ///< see qx::DbServerType
   bool acceptBrackets = false;
   HvLanguages language = ln_English;

@@ -1,5 +1,7 @@
 #include "qxdesk/session/connection_string.h"
 
+#include "testing/scoped_variable.h"
+
 #include <gtest/gtest.h>
 
 namespace qx::desk {
@@ -53,6 +55,45 @@ TEST(ConnectionString, IsShownAsGivenButForPasswords) {
             u"embedded:?appid=2&db=odbc:DSN=a%26b;PWD=***&user=anna");
 }
 
+TEST(ConnectionString, APasswordMayComeFromElsewhere) {
+  const test::ScopedVariable variable("QX_TEST_WORD", "se;cret}");
+  const ConnectionString read =
+      parseConnectionString(u"embedded:?password=env:QX_TEST_WORD&db=odbc:DSN=a");
+  EXPECT_EQ(read.database, "odbc:DSN=a;Pwd={se;cret}}}");
+  EXPECT_EQ(read.shown, u"embedded:?password=env:QX_TEST_WORD&db=odbc:DSN=a");
+}
+
+TEST(ConnectionString, RefusesAPasswordThatHasNoUseOrIsGivenTwice) {
+  const test::ScopedVariable variable("QX_TEST_WORD", "secret");
+  EXPECT_EQ(refusal(u"embedded:?db=a&password=env:QX_TEST_WORD"),
+            "connection string, character 41: a password is given, but db is a file; leave "
+            "password out, or write db=odbc:");
+  EXPECT_EQ(refusal(u"embedded:?db=odbc:Pwd=x&password=env:QX_TEST_WORD"),
+            "connection string, character 50: db and password both give a password; leave the one "
+            "in db out");
+  EXPECT_EQ(refusal(u"embedded:?db=odbc:DSN=a&password=secret"),
+            "connection string, character 34: password is neither file:PATH nor env:NAME nor "
+            "fd:NUMBER; the password itself does not belong here");
+}
+
+TEST(ConnectionString, ShowsNoPartOfAPasswordThatIsNotEncoded) {
+  const char* const expected =
+      "connection string, character 31: this is no key; in a password write %26 for &, or name "
+      "the place of the password";
+  EXPECT_EQ(refusal(u"embedded:?db=odbc:DSN=a;Pwd=a&rest"), expected);
+  EXPECT_EQ(refusal(u"embedded:?db=odbc:DSN=a;Pwd=a&rest=x"), expected);
+}
+
+TEST(ConnectionString, RefusesAMisspelledOdbcInsteadOfTakingItForAFile) {
+  for (const char16_t* db : {u"odbc :DSN=a;Pwd=x", u"odbc;DSN=a;Pwd=x", u" odbc:DSN=a;Pwd=x",
+                             u"OD BC:Pwd=x", u"odbc=DSN"}) {
+    EXPECT_EQ(refusal(std::u16string(u"embedded:?db=") + db),
+              "connection string, character 14: db begins nearly like an ODBC connection; write "
+              "odbc: without blanks");
+  }
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=odbcompany.db").database, "odbcompany.db");
+}
+
 TEST(ConnectionString, ReadsTheServerTypeFromTheEngine) {
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=mssql").dbServerType, 1);
   EXPECT_EQ(parseConnectionString(u"embedded:?db=a&engine=db2").dbServerType, 2);
@@ -92,9 +133,10 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 21: the key db is missing; write embedded:?db=FILE");
   EXPECT_EQ(refusal(u"embedded:?db="),
             "connection string, character 14: db is empty; name the company database's file");
-  EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
-            "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
-            "accept, language, appid, user, company, play, boxes, progress and statements");
+  EXPECT_EQ(
+      refusal(u"embedded:?db=a&dbb=c"),
+      "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
+      "accept, language, appid, user, password, company, play, boxes, progress and statements");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
             "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace qx::desk {
@@ -12,9 +13,14 @@ namespace {
 
 constexpr std::string_view kScheme = "odbc:";
 
+// Beyond these lengths drivers and their manager were seen to crash.
+constexpr std::size_t kLongestConnection = 4000;
+constexpr std::size_t kLongestValue = 1000;
+
 struct Part {
   std::string_view key;
   std::string_view value;  // as written, with its braces
+  bool hasValue = false;
 };
 
 // Returns the end of the part that starts the text: its semicolon or the end of the text. In braces
@@ -36,7 +42,8 @@ std::vector<Part> partsOf(std::string_view connection) {
     const std::size_t end = partEnd(connection);
     const std::string_view part = connection.substr(0, end);
     const std::size_t equals = std::min(part.find('='), part.size());
-    parts.push_back({part.substr(0, equals), part.substr(std::min(equals + 1, part.size()))});
+    parts.push_back({part.substr(0, equals), part.substr(std::min(equals + 1, part.size())),
+                     equals < part.size()});
     connection.remove_prefix(std::min(end + 1, connection.size()));
   }
   return parts;
@@ -56,10 +63,23 @@ bool isSecret(std::string_view key) {
   const std::string name = keyName(key);
   // Every key with such a word in it, since drivers have more of them than could be listed. pqopt
   // holds options of the client library, which may include a password.
-  for (const std::string_view word : {"pwd", "password", "secret", "token", "pqopt"}) {
+  for (const std::string_view word :
+       {"pwd", "pass", "secret", "token", "pqopt", "credential", "apikey"}) {
     if (name.find(word) != std::string::npos) return true;
   }
   return false;
+}
+
+std::string withoutSecrets(std::string_view connection) {
+  std::string text;
+  bool first = true;
+  for (const Part& part : partsOf(connection)) {
+    if (!std::exchange(first, false)) text += ';';
+    text += part.key;
+    if (part.hasValue) text += '=';
+    text += isSecret(part.key) && part.hasValue ? "***" : part.value;
+  }
+  return text;
 }
 
 std::string_view withoutBraces(std::string_view value) {
@@ -89,16 +109,40 @@ bool sameDatabase(std::string_view a, std::string_view b) {
 }
 
 std::string databaseName(std::string_view database) {
-  const std::optional<std::string_view> connection = odbcConnection(database);
-  if (!connection) return std::string(database);
-  std::string name(kScheme);
-  for (const Part& part : partsOf(*connection)) {
-    if (name.size() > kScheme.size()) name += ';';
-    name += part.key;
-    name += '=';
-    name += isSecret(part.key) ? "***" : part.value;
+  if (const auto connection = odbcConnection(database)) {
+    return std::string(kScheme) + withoutSecrets(*connection);
   }
-  return name;
+  // A path, or a connection string with a mistake in its beginning.
+  return namesSecret(database) ? withoutSecrets(database) : std::string(database);
+}
+
+std::string lengthProblem(std::string_view connection) {
+  if (connection.size() > kLongestConnection) {
+    return "the ODBC connection string is longer than " + std::to_string(kLongestConnection) +
+           " bytes; shorten it, or put a part of it into a data source";
+  }
+  for (const Part& part : partsOf(connection)) {
+    if (part.value.size() <= kLongestValue) continue;
+    return "a value of the ODBC connection string is longer than " + std::to_string(kLongestValue) +
+           " bytes; shorten it";
+  }
+  return "";
+}
+
+bool namesSecret(std::string_view text) {
+  return std::ranges::any_of(partsOf(text),
+                             [](const Part& part) { return part.hasValue && isSecret(part.key); });
+}
+
+std::string withPassword(std::string_view connection, std::string_view password) {
+  std::string text(connection);
+  if (!text.empty() && !text.ends_with(';')) text += ';';
+  text += "Pwd={";
+  for (const char c : password) {
+    text += c;
+    if (c == '}') text += c;
+  }
+  return text + "}";
 }
 
 std::string databaseTitle(std::string_view database) {

@@ -16,8 +16,19 @@ std::optional<std::string_view> odbcConnection(std::string_view database);
 /// connection string.
 bool sameDatabase(std::string_view a, std::string_view b);
 
-/// Returns the name for messages, with the passwords replaced by "***".
+/// Returns the name for messages, with the passwords replaced by "***": also in a text that is no
+/// connection string, but has such a password in it.
 std::string databaseName(std::string_view database);
+
+/// Returns why no ODBC connection string of this length, or with a value of this length, is used:
+/// drivers copy them into buffers of fixed size. Empty if it can be used.
+std::string lengthProblem(std::string_view connection);
+
+/// True if a password, or another key whose value is secret, is given in `text`.
+bool namesSecret(std::string_view text);
+
+/// Returns `connection` with a password added, whatever characters that has.
+std::string withPassword(std::string_view connection, std::string_view password);
 
 /// Returns a name for a company that has none: that of the file without its extension, of the
 /// server's database or of the data source; "ODBC" if the connection string names neither.

@@ -45,6 +45,52 @@ TEST(DatabaseName, PasswordsUnderOtherKeysAreHiddenToo) {
   EXPECT_EQ(databaseName("odbc:pqopt={password=x};Uid=me"), "odbc:pqopt=***;Uid=me");
 }
 
+TEST(DatabaseName, MoreKeysAreSecret) {
+  for (const char* key : {"Pass", "passphrase", "Credentials", "ApiKey", "Api Key", "token"}) {
+    EXPECT_EQ(databaseName("odbc:DSN=a;" + std::string(key) + "=x"),
+              "odbc:DSN=a;" + std::string(key) + "=***");
+  }
+}
+
+TEST(DatabaseName, APasswordIsHiddenAlsoWhereTheSchemeIsMisspelled) {
+  EXPECT_EQ(databaseName("odbc;DSN=a;Pwd=x;Uid=me"), "odbc;DSN=a;Pwd=***;Uid=me");
+  EXPECT_EQ(databaseName("obdc:Pwd=x;DSN=a"), "obdc:Pwd=***;DSN=a");
+  EXPECT_EQ(databaseName("DSN=a;Pwd={x;y}"), "DSN=a;Pwd=***");
+  EXPECT_EQ(databaseName("/data/a;b=c.db"), "/data/a;b=c.db");
+}
+
+TEST(DatabaseName, APartWithoutAValueIsShownAsItIs) {
+  EXPECT_EQ(databaseName("odbc:DSN=a;rest"), "odbc:DSN=a;rest");
+}
+
+TEST(DatabaseName, ASecretIsNamedByItsKeyWithAValue) {
+  EXPECT_TRUE(namesSecret("DSN=a;Pwd=x"));
+  EXPECT_TRUE(namesSecret("odbc :Pwd=x"));
+  EXPECT_FALSE(namesSecret("DSN=pwd"));
+  EXPECT_FALSE(namesSecret("/home/pwd/company.db"));
+}
+
+TEST(DatabaseName, AConnectionThatDriversCannotHoldHasAProblem) {
+  const auto values = [](std::size_t count, std::size_t length) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) text += "A=" + std::string(length, 'x') + ";";
+    return text;
+  };
+  EXPECT_EQ(lengthProblem(values(1, 1000)), "");
+  EXPECT_EQ(lengthProblem("A=x;" + values(1, 1001)),
+            "a value of the ODBC connection string is longer than 1000 bytes; shorten it");
+  EXPECT_EQ(lengthProblem(values(4, 997)), "");
+  EXPECT_EQ(lengthProblem(values(4, 997) + ";"),
+            "the ODBC connection string is longer than 4000 bytes; shorten it, or put a part of it "
+            "into a data source");
+}
+
+TEST(DatabaseName, AnAddedPasswordMayHaveAnyCharacter) {
+  EXPECT_EQ(withPassword("odbc:DSN=a", "x;y}z"), "odbc:DSN=a;Pwd={x;y}}z}");
+  EXPECT_EQ(withPassword("odbc:DSN=a;", "x"), "odbc:DSN=a;Pwd={x}");
+  EXPECT_EQ(databaseName(withPassword("odbc:DSN=a", "x;y}z")), "odbc:DSN=a;Pwd=***");
+}
+
 TEST(DatabaseName, AFileIsTheSameByWhateverPath) {
   const std::string here = std::filesystem::current_path().string();
   EXPECT_TRUE(sameDatabase("a.db", here + "/a.db"));
