@@ -3,6 +3,7 @@
 #include "qxdesk/sql/dates.h"
 #include "qxdesk/sql/numbers.h"
 #include "qxdesk/sql/output_columns.h"
+#include "qxdesk/sql/token_cursor.h"
 #include "qxframework/automation/ascii.h"
 
 #include <algorithm>
@@ -211,7 +212,7 @@ bool spellsWholeNumber(std::string_view text) {
 }
 
 std::string notTheNumber(std::string_view text) {
-  return (spellsNumber(text) ? "not a whole number: '" : "not a number: '") + std::string(text) +
+  return (spellsNumber(text) ? "not a whole number: '" : "not a number: '") + valueExcerpt(text) +
          "'";
 }
 
@@ -245,7 +246,7 @@ void castTo(ColumnType type, ExprPtr& value) {
 void toDate(ExprPtr& value) {
   if (value->kind == ExprKind::Text) {
     const std::optional<std::string> date = storedDate(value->text);
-    if (!date) throw SqlError("not a date: '" + value->text + "'", value->at);
+    if (!date) throw SqlError("not a date: '" + valueExcerpt(value->text) + "'", value->at);
     value->kind = ExprKind::Date;
     value->text = *date;
   } else {

@@ -118,7 +118,8 @@ TEST_P(ExecutionColumn, MissingTableIsRefusedWithItsPosition) {
   EXPECT_EQ(refusalOf(database, "SELECT 1 WHERE 1 IN (SELECT Nix FROM Missing)"),
             "there is no table Missing (line 1, column 38)");
   EXPECT_EQ(refusalOf(database, "WITH C AS (SELECT 1 AS a FROM C) SELECT a FROM C"),
-            "there is no table C (line 1, column 31)");
+            "a common table names only those before it; C is not yet complete here (line 1, column "
+            "31)");
   EXPECT_EQ(refusalOf(database, "UPDATE Missing SET Nix = 1"),
             "there is no table Missing (line 1, column 8)");
   EXPECT_EQ(refusalOf(database, "DELETE FROM Missing"),

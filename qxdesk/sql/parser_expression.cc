@@ -1,5 +1,7 @@
 #include "qxdesk/sql/parser_expression.h"
 
+#include "qxdesk/sql/like_pattern.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -126,7 +128,12 @@ ExprPtr ExpressionParser::like(ExprPtr left, bool negated) {
   ExprPtr result = makeExpr(ExprKind::Like, left->at);
   result->negated = negated;
   addArgument(*result, std::move(left));
-  addValue(*result, sum());
+  ExprPtr pattern = sum();
+  if (pattern->kind == ExprKind::Text && pattern->text.size() > kLongestLikePattern &&
+      characterCount(pattern->text) > kLongestLikePattern) {
+    throw SqlError(kLikePatternTooLong, pattern->at);
+  }
+  addValue(*result, std::move(pattern));
   if (tokens_.acceptWord("ESCAPE")) addArgument(*result, escapeCharacter());
   return result;
 }

@@ -50,7 +50,7 @@ constexpr std::int64_t kMaxSize = 8000;
 ExprPtr converted(Position at, const CastTarget& target, ExprPtr operand) {
   if (target.type == ColumnType::Date && operand->kind == ExprKind::Text) {
     const std::optional<std::string> date = storedDate(operand->text);
-    if (!date) throw SqlError("not a date: '" + operand->text + "'", operand->at);
+    if (!date) throw SqlError("not a date: '" + valueExcerpt(operand->text) + "'", operand->at);
     operand->kind = ExprKind::Date;
     operand->text = *date;
     return operand;

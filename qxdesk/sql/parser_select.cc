@@ -3,6 +3,7 @@
 #include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/numbers.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qx::sql {
@@ -15,6 +16,10 @@ constexpr int kSubqueryWeight = 6;
 // so that their number multiplies.
 constexpr std::size_t kMaxUnionParts = 100;
 constexpr std::size_t kMaxCommonTables = 100;
+
+// SQLite joins 64 tables at most; PostgreSQL takes any number, and all the memory there is.
+constexpr std::size_t kMaxJoined = 64;
+constexpr std::size_t kMaxTables = 500;
 
 // The parser accepts WITH TIES only where every emitter can write it: SQLite has no such clause,
 // and the ranking that replaces it there needs a single plain SELECT with an order.
@@ -62,9 +67,33 @@ void SelectParser::commonTables(Select& select) {
     table.name = names_.commonTableName();
     tokens_.expectWord("AS");
     tokens_.expectSymbol("(");
+    const std::size_t before = tables_;
     table.select = subselect();
+    checkOrder(table.name);
+    commonTables_.emplace(table.name, tables_ - before);
     select.with.push_back(std::move(table));
   } while (tokens_.acceptSymbol(","));
+  uses_.clear();
+}
+
+// Called at the end of each common table: none before it, nor it itself, may have named it.
+void SelectParser::checkOrder(const std::string& commonTable) const {
+  for (const Use& use : uses_) {
+    if (!sameName(use.table, commonTable)) continue;
+    throw SqlError("a common table names only those before it; " + excerpt(commonTable) +
+                       " is not yet complete here",
+                   use.at);
+  }
+}
+
+void SelectParser::countTable(const std::string& table, Position at) {
+  const auto common = commonTables_.find(table);
+  if (common == commonTables_.end()) uses_.push_back({table, at});
+  tables_ += common == commonTables_.end() ? 1 : std::max<std::size_t>(1, common->second);
+  if (tables_ <= kMaxTables) return;
+  throw SqlError(
+      "the statement has more than 500 tables, those of common tables counted where they are named",
+      at);
 }
 
 SelectCore SelectParser::core() {
@@ -140,6 +169,9 @@ void SelectParser::from(SelectCore& core) {
       joined.on = expressions_.condition();
     }
     core.from.push_back(std::move(joined));
+    if (core.from.size() > kMaxJoined) {
+      throw SqlError("a SELECT has at most 64 tables", core.from.back().at);
+    }
   }
 }
 
@@ -183,6 +215,7 @@ Source SelectParser::source() {
   source.table = names_.tableName();
   if (tokens_.isSymbol("(")) tokens_.fail("a table function is not supported; name a table");
   source.alias = names_.sourceAlias();
+  countTable(source.table, source.at);
   return source;
 }
 

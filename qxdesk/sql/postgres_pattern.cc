@@ -46,11 +46,6 @@ std::string plainRegex(char32_t c) {
   return plain ? std::string(1, static_cast<char>(c)) : codePoint(c);
 }
 
-bool isPlain(const LikeElement& element) {
-  return element.kind == LikeElement::Set && !element.negated && element.ranges.size() == 1 &&
-         element.ranges[0].first == element.ranges[0].second;
-}
-
 // The query cuts the pattern into its elements, writes each of them as the functions above do and
 // joins them in order. In contrast to a literal pattern, a range from a higher to a lower character
 // is an error of the engine.
@@ -92,7 +87,7 @@ std::string postgresRegex(std::string_view pattern, std::string_view escape) {
     } else if (element.kind == LikeElement::One) {
       result += '.';
     } else {
-      result += isPlain(element) ? plainRegex(element.ranges[0].first) : setRegex(element);
+      result += element.isCharacter() ? plainRegex(element.ranges[0].first) : setRegex(element);
     }
   }
   return result + ")$";

@@ -329,9 +329,7 @@ TEST(RefusalOfSize, StarsThatMultiplyAreRefused) {
   for (int i = 1; i < 40; ++i) {
     const std::string before = std::to_string(i - 1);
     text += ", C" + std::to_string(i);
-    text += " AS (SELECT A.*, B.* FROM C" + before;
-    text += " A, C" + before;
-    text += " B)";
+    text += " AS (SELECT A.*, A.* FROM C" + before + " A)";
   }
   text += " SELECT zz FROM C39";
   const std::string message = test::refusalOf(database, text);
@@ -344,6 +342,72 @@ TEST(RefusalOfSize, MoreThan100CommonTablesAreRefused) {
   for (int i = 1; i <= 100; ++i) text += ", C" + std::to_string(i) + " AS (SELECT * FROM C0)";
   EXPECT_EQ(refusal(Dialect::Mssql, text + " SELECT 1"),
             "WITH has at most 100 tables (line 1, column 2695)");
+}
+
+// Each names the one before it twice, so that the last one stands for 2^n tables.
+std::string doublingTables(int count) {
+  std::string text = "WITH c0 AS (SELECT Code FROM OFPR)";
+  for (int i = 1; i <= count; ++i) {
+    const std::string before = "c" + std::to_string(i - 1);
+    text +=
+        ", c" + std::to_string(i) + " AS (SELECT a.Code FROM " + before + " a, " + before + " b)";
+  }
+  return text + " SELECT Code FROM c" + std::to_string(count);
+}
+
+TEST(RefusalOfSize, CommonTablesThatMultiplyAreRefused) {
+  EXPECT_EQ(refusal(Dialect::Mssql, doublingTables(7)), "");
+  EXPECT_EQ(refusal(Dialect::Mssql, doublingTables(8)),
+            "the statement has more than 500 tables, those of common tables counted where they are "
+            "named (line 1, column 342)");
+}
+
+TEST(RefusalOfSize, MoreThan64TablesOfASelectAreRefused) {
+  std::string text = "SELECT a0.Code FROM OFPR a0";
+  for (int i = 1; i < 64; ++i) text += ", OFPR a" + std::to_string(i);
+  EXPECT_EQ(refusal(Dialect::Mssql, text), "");
+  EXPECT_EQ(refusal(Dialect::Mssql, text + ", OFPR x"),
+            "a SELECT has at most 64 tables (line 1, column 651)");
+}
+
+TEST(RefusalOfSize, MoreThan500TablesOfSubqueriesAreRefused) {
+  std::string text = "SELECT Code FROM OFPR WHERE 1 = 1";
+  for (int i = 1; i < 500; ++i) text += " OR Code IN (SELECT Code FROM OFPR)";
+  EXPECT_EQ(refusal(Dialect::Mssql, text), "");
+  EXPECT_NE(refusal(Dialect::Mssql, text + " OR Code IN (SELECT Code FROM OFPR)"), "");
+}
+
+TEST(Refusal, ACommonTableThatNamesItselfOrALaterOneIsRefused) {
+  expectRefusals(
+      Dialect::Mssql,
+      {{"WITH c AS (SELECT 1 AS n UNION ALL SELECT n + 1 FROM c) SELECT n FROM c",
+        "a common table names only those before it; c is not yet complete here (line 1, column "
+        "54)"},
+       {"WITH a AS (SELECT Code FROM B), b AS (SELECT Code FROM OFPR) SELECT Code FROM a",
+        "a common table names only those before it; b is not yet complete here (line 1, column "
+        "29)"},
+       {"WITH a AS (SELECT Code FROM OFPR WHERE Code IN (SELECT Code FROM a)) SELECT 1 AS x",
+        "a common table names only those before it; a is not yet complete here (line 1, column "
+        "66)"}});
+  EXPECT_EQ(refusal(Dialect::Mssql,
+                    "WITH a AS (SELECT Code FROM OFPR), b AS (SELECT Code FROM a) SELECT Code FROM "
+                    "b, OFPR"),
+            "");
+}
+
+TEST(RefusalOfSize, ALongPatternIsRefused) {
+  const auto like = [](std::size_t length) {
+    return refusal(Dialect::Mssql,
+                   "SELECT Code FROM OFPR WHERE Code LIKE '" + std::string(length, '%') + "'");
+  };
+  EXPECT_EQ(like(4000), "");
+  EXPECT_EQ(like(4001), "a LIKE pattern has at most 4000 characters (line 1, column 39)");
+}
+
+TEST(RefusalOfSize, AMessageQuotesTheBeginningOfALongValue) {
+  EXPECT_EQ(refusal(Dialect::Mssql,
+                    "SELECT CONVERT(datetime, '" + std::string(5'000, 'x') + "', 112) FROM OFPR"),
+            "not a date: '" + std::string(100, 'x') + "...' (line 1, column 26)");
 }
 
 TEST(RefusalOfTypes, ATextWithoutLengthIsRefused) {

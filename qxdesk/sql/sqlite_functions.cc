@@ -5,6 +5,7 @@
 #include "qxdesk/sql/dialect.h"
 #include "qxdesk/sql/like_pattern.h"
 #include "qxdesk/sql/numbers.h"
+#include "qxdesk/sql/token_cursor.h"
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/utf.h"
 
@@ -70,6 +71,8 @@ void guarded(sqlite3_context* context, Body body) {
   } catch (const SqliteError& error) {
     sqlite3_result_error(context, error.what(), -1);
     sqlite3_result_error_code(context, error.code);
+  } catch (const LikeStopped&) {
+    sqlite3_result_error_code(context, SQLITE_INTERRUPT);
   } catch (const std::exception& error) {
     sqlite3_result_error(context, error.what(), -1);
   } catch (...) {
@@ -86,7 +89,7 @@ void nowFunction(sqlite3_context* context, int /*count*/, sqlite3_value** /*valu
 }
 
 [[noreturn]] void failOutOfRange(const std::string& number) {
-  throw SqliteError(kOutOfRangeCode, "out of range: " + number);
+  throw SqliteError(kOutOfRangeCode, "out of range: " + valueExcerpt(number));
 }
 
 using Number = std::variant<sqlite3_int64, double>;
@@ -134,7 +137,7 @@ sqlite3_int64 cutOf(sqlite3_value* value) {
 std::string dateOf(sqlite3_value* value) {
   const std::string text(textOf(value));
   std::optional<std::string> date = storedDate(text);
-  if (!date) throw SqliteError(kBadDateCode, "not a date: '" + text + "'");
+  if (!date) throw SqliteError(kBadDateCode, "not a date: '" + valueExcerpt(text) + "'");
   return *std::move(date);
 }
 
@@ -321,7 +324,11 @@ void resultLike(sqlite3_context* context, std::string_view text, std::string_vie
       }
       escapeCharacter = character->value;
     }
-    sqlite3_result_int(context, likeMatches(text, pattern, sets, escapeCharacter) ? 1 : 0);
+    if (pattern.size() > kLongestLikePattern && characterCount(pattern) > kLongestLikePattern) {
+      throw std::runtime_error(kLikePatternTooLong);
+    }
+    const bool found = likeMatches(text, pattern, sets, escapeCharacter, settingsOf(context).stop);
+    sqlite3_result_int(context, found ? 1 : 0);
   });
 }
 

@@ -36,11 +36,14 @@ struct GuardSettings {
   // Map the case of UTF-8. If one is empty, the UPPER or LOWER of a statement fails when it runs.
   std::function<std::string(std::string_view)> upper;
   std::function<std::string(std::string_view)> lower;
+  // Asked in the middle of a long function call; true stops the statement. May be empty.
+  std::function<bool()> stop = {};
 };
 
 /// Registers the functions that translated texts use, a case-sensitive LIKE among them, installs
-/// the authorizer of RowsOnly, and makes an unknown name in double quotes an error. Runs once for
-/// each connection. Throws SqliteError.
+/// the authorizer of RowsOnly, and makes an unknown name in double quotes an error. What the file
+/// itself brings is not trusted: its triggers do not run, and its views and checks call harmless
+/// functions only. Runs once for each connection. Throws SqliteError.
 void setUpConnection(sqlite3* db, GuardSettings settings);
 
 /// While it lives, statements that this thread prepares on the connection can only read and change

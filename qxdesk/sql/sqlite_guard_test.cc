@@ -58,6 +58,37 @@ TEST_F(SqliteGuard, RefusesEverythingButReadingAndChangingRows) {
   EXPECT_EQ(guardRefusal(db(), "UPDATE OFPR SET SubNum = 1"), "");
 }
 
+TEST_F(SqliteGuard, RefusesACommonTableThatNamesItself) {
+  EXPECT_EQ(guardRefusal(db(),
+                         "WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c) "
+                         "SELECT n FROM c"),
+            "not authorized");
+}
+
+TEST_F(SqliteGuard, ATriggerThatTheFileBringsDoesNotRun) {
+  ASSERT_EQ(
+      sqlite3_exec(db(), "CREATE TRIGGER planted AFTER UPDATE ON OFPR BEGIN DELETE FROM OFPR; END",
+                   nullptr, nullptr, nullptr),
+      SQLITE_OK);
+  const std::string before = runTranslated("SELECT COUNT(*) FROM OFPR");
+  runTranslated("UPDATE OFPR SET SubNum = 1");
+  EXPECT_EQ(runTranslated("SELECT COUNT(*) FROM OFPR"), before);
+  EXPECT_NE(before, "0");
+}
+
+TEST_F(SqliteGuard, ALongLikeIsStoppedWhenAsked) {
+  setUpConnection(db(),
+                  GuardSettings{.now = {}, .upper = {}, .lower = {}, .stop = [] { return true; }});
+  const std::string text(100'000, 'a');
+  EXPECT_EQ(faultOf("SELECT COUNT(*) FROM OFPR WHERE '" + text + "' LIKE '%_b%'"), "interrupted");
+}
+
+TEST_F(SqliteGuard, APatternOfTheRowsMayNotBeLongEither) {
+  EXPECT_EQ(faultOf("SELECT COUNT(*) FROM OFPR WHERE Category LIKE REPLACE('" +
+                    std::string(3000, 'a') + "', 'a', 'bb')"),
+            "a LIKE pattern has at most 4000 characters");
+}
+
 TEST_F(SqliteGuard, RestrictionEndsWithThePreparation) {
   EXPECT_NE(guardRefusal(db(), "CREATE TABLE X (a)"), "");
   EXPECT_EQ(database_.runNative("CREATE TABLE X (a)"), "");

@@ -75,11 +75,11 @@ bool isSymbol(const Token& token, std::string_view symbol) {
   return token.kind == TokenKind::Symbol && token.text == symbol;
 }
 
-std::string excerpt(std::string_view text) {
-  constexpr int kMaxCharacters = 24;
+std::string excerpt(std::string_view text, int most) {
   std::size_t end = 0;
-  for (int i = 0; i < kMaxCharacters && end < text.size(); ++i) {
-    end += codePointAt(text, end)->length;
+  for (int i = 0; i < most && end < text.size(); ++i) {
+    const auto character = codePointAt(text, end);
+    end += character ? character->length : 1;
   }
   return std::string(text.substr(0, end)) + (end < text.size() ? "..." : "");
 }

@@ -58,8 +58,10 @@ bool isWord(const Token& token, std::string_view word);
 
 bool isSymbol(const Token& token, std::string_view symbol);
 
-/// Returns the first 24 characters of a text for a message, with "..." if there are more. The text
-/// must be UTF-8.
-std::string excerpt(std::string_view text);
+/// Returns the beginning of a text for a message, `most` characters with "..." if there are more. A
+/// byte that is not UTF-8 counts as a character.
+std::string excerpt(std::string_view text, int most = 24);
+/// The same with room for any value that a user may have typed.
+inline std::string valueExcerpt(std::string_view text) { return excerpt(text, 100); }
 
 }  // namespace qx::sql

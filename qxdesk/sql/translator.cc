@@ -120,6 +120,19 @@ bool Translator::setsRowLimit(const Statement& statement) {
   return true;
 }
 
+// What the company knows of its tables is true only as long as nothing else writes it: the name of
+// a table that was never made would end up in the statement that removes it.
+void Translator::needChangeable(const Statement& statement) const {
+  if (statement.table.empty()) return;
+  for (const std::string& table : target_.readOnlyTables) {
+    if (!sameName(table, statement.table)) continue;
+    throw SqlError("the table " + table +
+                       " describes the user tables and can only be read; change " +
+                       "them through the objects for tables, fields and keys",
+                   statement.tableAt);
+  }
+}
+
 Translation Translator::translate(std::string_view utf8) { return translate(utf8, nullptr, false); }
 
 Translation Translator::translateForUse(std::string_view utf8, const StatementShape* shape) {
@@ -132,6 +145,7 @@ Translation Translator::translate(std::string_view utf8, const StatementShape* s
   Translation translation;
   translation.kind = statement.kind;
   if (setsRowLimit(statement)) return translation;
+  needChangeable(statement);
   const std::unique_ptr<StatementEmitter> emitter = makeEmitter(dialect, target_);
   if (shape != nullptr) emitter->bindValues();
   if (checks) emitter->setCheck(catalog_->unchangedCheck(tablesOf(statement)));

@@ -47,6 +47,8 @@ struct Target {
   // statement asks for the time. If it is empty, PostgreSQL uses the server's time. SQLite ignores
   // it and asks the connection (sqlite_guard.h).
   std::function<std::string()> now = {};
+  // Tables that statements can read and not change.
+  std::vector<std::string> readOnlyTables = {};
 };
 
 class Translator {
@@ -71,6 +73,7 @@ class Translator {
   Translation translate(std::string_view utf8, const StatementShape* shape, bool checks);
   Statement parse(std::string_view utf8, const StatementShape* shape) const;
   bool setsRowLimit(const Statement& statement);
+  void needChangeable(const Statement& statement) const;
 
   Dialect dialect_;
   const Catalog* catalog_;

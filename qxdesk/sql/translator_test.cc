@@ -320,17 +320,15 @@ TEST(TranslatorDates, EachDialectAddsUnitsToDates) {
             R"(SELECT datetime(qx_now(), 'start of day') FROM "T")");
 }
 
-TEST(TranslatorCommonTables, CommonTableSeesOnlyEarlierOnes) {
-  EXPECT_EQ(translated(Dialect::Mssql, "WITH A AS (SELECT * FROM A) SELECT x FROM A"),
-            R"(WITH "A" AS (SELECT * FROM "A") SELECT "x" FROM "A")");
+TEST(TranslatorCommonTables, CommonTableSeesEarlierOnes) {
   EXPECT_EQ(translated(Dialect::Mssql,
-                       "WITH A AS (SELECT * FROM B), B AS (SELECT * FROM A) SELECT A.x + 'a' "
+                       "WITH A AS (SELECT * FROM T), B AS (SELECT * FROM A) SELECT A.x + 'a' "
                        "FROM A, B"),
-            R"(WITH "A" AS (SELECT * FROM "B"), "B" AS (SELECT * FROM "A") SELECT "A"."x" || 'a' )"
+            R"(WITH "A" AS (SELECT * FROM "T"), "B" AS (SELECT * FROM "A") SELECT "A"."x" || 'a' )"
             R"(FROM "A" CROSS JOIN "B")");
   test::CompanyDatabase database(Engine::Sqlite, Dialect::Mssql);
   const Translation hidden = database.translate(
-      "WITH [@L] AS (SELECT U_T FROM [@L]), B AS (SELECT * FROM [@L]) SELECT U_T FROM B");
+      "WITH A AS (SELECT U_T FROM [@L]), B AS (SELECT * FROM A) SELECT U_T FROM B");
   ASSERT_EQ(hidden.columns.size(), 1U);
   EXPECT_EQ(hidden.columns[0].type, ColumnType::Text);
 }
