@@ -110,6 +110,12 @@ enum class Text : unsigned {
   UnknownDataInterface = 78,
   CompanyLost = 79,
   LogDamaged = 80,
+  LockedOnServer = 81,
+  LockedBy = 82,
+  Conflict = 83,
+  Deadlock = 84,
+  Duplicate = 85,
+  ProgramAndProcess = 86,
   End  ///< One past the last.
 };
 
