@@ -110,12 +110,18 @@ enum class Text : unsigned {
   UnknownDataInterface = 78,
   CompanyLost = 79,
   LogDamaged = 80,
+  LockedOnServer = 81,
+  LockedBy = 82,
+  Conflict = 83,
+  Deadlock = 84,
+  Duplicate = 85,
+  ProgramAndProcess = 86,
   End  ///< One past the last.
 };
 
 /// Returns the sentence in `language`, with "%1" and "%2" replaced by the arguments; a missing
-/// argument is empty. Returns the English sentence for a language that has none, and the number
-/// with the arguments if the module carries no sentences at all.
+/// argument is empty. Returns the English sentence for Serbian, Turkish and unknown languages, and
+/// the number with the arguments if the module carries no sentences at all.
 std::u16string sentence(Text text, const std::vector<std::u16string>& arguments,
                         HvLanguages language);
 

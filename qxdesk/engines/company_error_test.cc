@@ -1,59 +1,24 @@
 #include "qxdesk/engines/company_error.h"
 
-#include "qxframework/automation/text.h"
-#include "qxframework/os/resources.h"
-
 #include <gtest/gtest.h>
-
-#include <array>
 
 namespace qx::desk {
 namespace {
 
-constexpr std::array<unsigned short, 3> kTables = {1033, 1031, 3082};
-
-/// "1", "2", "12" or nothing: the placeholders that a sentence has.
-std::string placeholdersOf(std::u16string_view sentence) {
-  std::string found;
-  if (sentence.find(u"%1") != std::u16string_view::npos) found += '1';
-  if (sentence.find(u"%2") != std::u16string_view::npos) found += '2';
-  return found;
-}
-
-TEST(ErrorTexts, EveryTextHasASentenceInEveryLanguageWithTheSamePlaceholders) {
-  ASSERT_GT(static_cast<unsigned>(Text::End), 70U);
-  for (unsigned id = 1; id < static_cast<unsigned>(Text::End); ++id) {
-    const auto english = findString(nullptr, id, kTables.front());
-    ASSERT_TRUE(english) << id;
-    for (const unsigned short table : kTables) {
-      const auto found = findString(nullptr, id, table);
-      ASSERT_TRUE(found) << id << " in " << table;
-      EXPECT_FALSE(found->empty()) << id << " in " << table;
-      EXPECT_EQ(placeholdersOf(*found), placeholdersOf(*english)) << id << " in " << table;
-    }
-  }
-}
-
-TEST(ErrorTexts, EverySentenceBelongsToAText) {
-  for (const unsigned short table : kTables) {
-    EXPECT_FALSE(findString(nullptr, 0, table)) << table;
-    for (unsigned id = static_cast<unsigned>(Text::End); id < 1000; ++id) {
-      EXPECT_FALSE(findString(nullptr, id, table)) << id << " in " << table;
-    }
-  }
-}
-
 TEST(ErrorTexts, AreInTheLanguageOfTheUserOrInEnglish) {
   const auto inLanguage = [](HvLanguages language) {
-    return sentence(Text::NoTransaction, {}, language);
+    return sentence(Text::NotAnAmount, {}, language);
   };
-  EXPECT_EQ(inLanguage(ln_English), u"No transaction is open.");
-  EXPECT_EQ(inLanguage(ln_German), u"Es ist keine Transaktion offen.");
-  for (const HvLanguages spanish : {ln_Spanish, ln_Spanish_Ar, ln_Spanish_La, ln_Spanish_Pa}) {
-    EXPECT_EQ(inLanguage(spanish), u"No hay ninguna transacci\u00F3n abierta.");
+  EXPECT_EQ(inLanguage(ln_English), u"The amount is not a number.");
+  EXPECT_EQ(inLanguage(ln_German), u"Der Betrag ist keine Zahl.");
+  EXPECT_EQ(inLanguage(ln_Hungarian), u"Az \u00F6sszeg nem sz\u00E1m.");
+  EXPECT_EQ(inLanguage(ln_Spanish), u"El importe no es un n\u00FAmero.");
+  for (const HvLanguages american : {ln_Spanish_Ar, ln_Spanish_La, ln_Spanish_Pa}) {
+    EXPECT_EQ(inLanguage(american), u"El monto no es un n\u00FAmero.") << american;
   }
-  EXPECT_EQ(inLanguage(ln_Hungarian), u"No transaction is open.");
-  EXPECT_EQ(inLanguage(ln_English_Gb), u"No transaction is open.");
+  for (const HvLanguages without : {ln_Serbian, ln_Turkish_Tr, static_cast<HvLanguages>(99)}) {
+    EXPECT_EQ(inLanguage(without), u"The amount is not a number.") << without;
+  }
 }
 
 TEST(ErrorTexts, InsertTheirArgumentsUnchanged) {
