@@ -1,7 +1,6 @@
 #include "qxdesk/session/connection_string.h"
 
 #include "qxdesk/session/database_name.h"
-#include "qxdesk/session/password_source.h"
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/dialect_names.h"
@@ -192,12 +191,9 @@ void readAccept(ConnectionString& out, const Value& value) {
   out.acceptBrackets = readChoice(value, "accept", u"own", u"brackets");
 }
 
-void readPasswordSource(ConnectionString& out, const Value& value) {
-  try {
-    out.password = readPassword(decode(value));
-  } catch (const PasswordSourceError& error) {
-    fail(value.position, std::string("password ") + error.what());
-  }
+void readPasswordPlace(ConnectionString& out, const Value& value) {
+  out.password = decode(value);
+  out.passwordAt = value.position;
 }
 
 struct Key {
@@ -210,7 +206,7 @@ constexpr Key kKeys[] = {{u"db", readDatabase},           {u"engine", readEngine
                          {u"appid", readAppId},           {u"user", readUser},
                          {u"company", readCompany},       {u"play", readPlay},
                          {u"boxes", readBoxes},           {u"progress", readProgress},
-                         {u"statements", readStatements}, {u"password", readPasswordSource}};
+                         {u"statements", readStatements}, {u"password", readPasswordPlace}};
 
 // An "&" in a password ends the value of db, so that what follows looks like a key. It is not shown
 // then.
@@ -249,15 +245,19 @@ std::size_t skipScheme(std::u16string_view text) {
   fail(kScheme.size(), "a question mark must follow the scheme; write embedded:?db=FILE");
 }
 
-void addPassword(ConnectionString& out, std::size_t end) {
-  if (out.password.empty()) return;
+// Called at the end, since db may follow the key.
+void addPassword(ConnectionString& out, const PasswordReader& read) {
   if (!odbcConnection(out.database)) {
-    fail(end, "a password is given, but db is a file; leave password out, or write db=odbc:");
+    fail(out.passwordAt, "db is a file and has no password; leave the key out, or write db=odbc:");
   }
   if (namesSecret(out.database)) {
-    fail(end, "db and password both give a password; leave the one in db out");
+    fail(out.passwordAt, "db gives a password, too; leave that out");
   }
-  out.database = withPassword(out.database, out.password);
+  try {
+    out.database = withPassword(out.database, read(out.password));
+  } catch (const PasswordSourceError& error) {
+    fail(out.passwordAt, std::string("the password ") + error.what());
+  }
 }
 
 }  // namespace
@@ -277,7 +277,7 @@ HvLanguages languageFromText(std::u16string_view text) {
   return static_cast<HvLanguages>(0);
 }
 
-ConnectionString parseConnectionString(std::u16string_view text) {
+ConnectionString parseConnectionString(std::u16string_view text, const PasswordReader& password) {
   ConnectionString out;
   out.shown = text;
   std::set<std::u16string_view> seen;
@@ -291,7 +291,7 @@ ConnectionString parseConnectionString(std::u16string_view text) {
     // At the end, where the key could be added.
     fail(text.size(), "the key db is missing; write embedded:?db=FILE");
   }
-  addPassword(out, text.size());
+  if (seen.contains(u"password")) addPassword(out, password);
   return out;
 }
 

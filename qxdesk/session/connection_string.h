@@ -29,8 +29,10 @@
 // | progress | own: the progress bar is this process's; shared: all processes with| own         |
 // |          | this appid share one                                               |             |
 
+#include "qxdesk/session/password_source.h"
 #include "qxframework/host/enums.h"
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -38,9 +40,10 @@
 namespace qx::desk {
 
 struct ConnectionString {
-  std::string database;   ///< UTF-8, see database_name.h; with the password, if one is given
-  std::string password;   ///< as `password` names it; empty if it does not
-  long dbServerType = 1;  ///< see qx::DbServerType
+  std::string database;        ///< UTF-8, see database_name.h; with the password, if one is given
+  std::string password;        ///< the place that `password` names; empty if it is not given
+  std::size_t passwordAt = 0;  ///< of that place in the text
+  long dbServerType = 1;       ///< see qx::DbServerType
   bool acceptBrackets = false;
   HvLanguages language = ln_English;
   long appId = 1;
@@ -65,8 +68,13 @@ class ConnectionStringError : public std::runtime_error {
   std::size_t position_;
 };
 
-/// Parses a connection string. Throws ConnectionStringError.
-ConnectionString parseConnectionString(std::u16string_view text);
+/// Reads the password that a source names; throws PasswordSourceError.
+using PasswordReader = std::function<std::string(std::string_view source)>;
+
+/// Parses a connection string, and reads the password whose place it names. Throws
+/// ConnectionStringError.
+ConnectionString parseConnectionString(std::u16string_view text,
+                                       const PasswordReader& password = readPassword);
 
 /// Returns the language of a number of the client or of a name in any case; 0 for any other text.
 HvLanguages languageFromText(std::u16string_view text);

@@ -66,13 +66,12 @@ TEST(ConnectionString, APasswordMayComeFromElsewhere) {
 TEST(ConnectionString, RefusesAPasswordThatHasNoUseOrIsGivenTwice) {
   const test::ScopedVariable variable("QX_TEST_WORD", "secret");
   EXPECT_EQ(refusal(u"embedded:?db=a&password=env:QX_TEST_WORD"),
-            "connection string, character 41: a password is given, but db is a file; leave "
-            "password out, or write db=odbc:");
+            "connection string, character 25: db is a file and has no password; leave the key out, "
+            "or write db=odbc:");
   EXPECT_EQ(refusal(u"embedded:?db=odbc:Pwd=x&password=env:QX_TEST_WORD"),
-            "connection string, character 50: db and password both give a password; leave the one "
-            "in db out");
-  EXPECT_EQ(refusal(u"embedded:?db=odbc:DSN=a&password=secret"),
-            "connection string, character 34: password is neither file:PATH nor env:NAME nor "
+            "connection string, character 34: db gives a password, too; leave that out");
+  EXPECT_EQ(refusal(u"embedded:?password=secret&db=odbc:DSN=a"),
+            "connection string, character 20: the password is neither file:PATH nor env:NAME nor "
             "fd:NUMBER; the password itself does not belong here");
 }
 
