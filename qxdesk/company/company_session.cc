@@ -2,6 +2,7 @@
 
 #include "qxdesk/company/result_columns.h"
 #include "qxdesk/dictionary/company_schema.h"
+#include "qxdesk/dictionary/system_tables.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
@@ -15,7 +16,8 @@ namespace {
 
 sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
   const bool postgres = route == Route::ToPostgres;
-  return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now};
+  return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now,
+          dictionaryTableNames()};
 }
 
 // Returns the sentence for a fault. For the others the engine's own message says it best.
@@ -79,6 +81,13 @@ bool mayBeOutdated(const Database& database, const DatabaseError& error) {
          (error.fault() == Fault::Statement && database.route() != Route::ToSqlite);
 }
 
+void needRoom(const RowStore& rows, std::size_t mostBytes) {
+  if (rows.bytes() <= mostBytes) return;
+  throw DatabaseError(Fault::Cancelled, "its rows take more than " +
+                                            std::to_string(mostBytes >> 20) +
+                                            " MB, the limit of the key memory");
+}
+
 // Ends the run of a kept statement, so that it holds no lock of the database.
 struct Rewinding {
   explicit Rewinding(Statement& rewound) : statement(rewound) {}
@@ -102,6 +111,9 @@ void CompanySession::open(const LoginTarget& target) {
   target_ = target;
   std::unique_ptr<Database> database;
   try {
+    if (target.memoryMegabytes > 0) {
+      environment_.memoryBytes = static_cast<std::size_t>(target.memoryMegabytes) << 20;
+    }
     database = open_(target.database, environment_);
     ensureCompany(*database, target, environment_);
   } catch (const DatabaseError& error) {
@@ -259,24 +271,31 @@ std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatemen
   return rowsOf(database, *statement, kept);
 }
 
-RowStore CompanySession::rowsOf(Database& database, Statement& statement, KeptStatement& kept) {
+RowStore CompanySession::rowsOf(Database& database, Statement& statement,
+                                KeptStatement& kept) const {
   bool row = statement.step();
   if (kept.columns == nullptr) {
     kept.columns = std::make_shared<const std::vector<RowColumn>>(
         resultColumns(database, statement, kept.translation()));
   }
   RowStore rows(kept.columns);
-  for (; row; row = statement.step()) rows.append(statement);
+  for (; row; row = statement.step()) {
+    rows.append(statement);
+    needRoom(rows, environment_.memoryBytes);
+  }
   return rows;
 }
 
 RowStore CompanySession::run(Database& database, std::string_view text,
-                             const sql::Translation& translation) {
+                             const sql::Translation& translation) const {
   const std::unique_ptr<Statement> statement = database.prepareGuarded(text);
   // The first step comes before the columns: only then does every engine know them.
   bool row = statement->step();
   RowStore rows(resultColumns(database, *statement, translation));
-  for (; row; row = statement->step()) rows.append(*statement);
+  for (; row; row = statement->step()) {
+    rows.append(*statement);
+    needRoom(rows, environment_.memoryBytes);
+  }
   return rows;
 }
 

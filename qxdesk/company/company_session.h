@@ -90,9 +90,9 @@ class CompanySession {
   std::optional<RowStore> translateAndRun(Database& database, std::string_view utf8,
                                           const sql::StatementShape* shape, bool noticed);
   std::optional<RowStore> runKept(Database& database, KeptStatement& kept);
-  static RowStore rowsOf(Database& database, Statement& statement, KeptStatement& kept);
-  static RowStore run(Database& database, std::string_view text,
-                      const sql::Translation& translation);
+  RowStore rowsOf(Database& database, Statement& statement, KeptStatement& kept) const;
+  RowStore run(Database& database, std::string_view text,
+               const sql::Translation& translation) const;
   void commitOrRollBack();
   void letGo();
   HvLanguages language() const;

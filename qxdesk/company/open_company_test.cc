@@ -295,6 +295,9 @@ TEST_F(OpenCompanyTest, AReadOnlyFileIsReadAndRefusesWrites) {
 }
 
 TEST_F(OpenCompanyTest, AReadOnlyFileIsReadWhileItsOwnerWrites) {
+  // A new company is for its user alone; its companions get the rights that the file has.
+  connectTo(target())->Disconnect();
+  std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0644));
   const CComPtr<ICompany> owner = connectTo(target());
   query(owner, u"UPDATE HVCOMP SET Country = 'FR'");
   std::filesystem::permissions(folder.file("company.db"), std::filesystem::perms(0444));

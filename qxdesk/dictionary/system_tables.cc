@@ -91,6 +91,12 @@ const std::vector<TableLayout>& systemTables() {
   return tables;
 }
 
+std::vector<std::string> dictionaryTableNames() {
+  std::vector<std::string> names;
+  for (const TableLayout& table : dictionaryTables()) names.push_back(table.name);
+  return names;
+}
+
 const TableLayout* findSystemTable(std::string_view name) {
   for (const TableLayout& table : systemTables()) {
     if (sameName(table.name, name)) return &table;

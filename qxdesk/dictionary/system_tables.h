@@ -13,6 +13,8 @@ namespace qx::desk {
 
 /// Returns the system tables in the order in which a new company makes them.
 const std::vector<TableLayout>& systemTables();
+/// Returns the names of those that describe the user tables, fields and keys.
+std::vector<std::string> dictionaryTableNames();
 /// Finds a system table by name in any case; returns null if there is none.
 const TableLayout* findSystemTable(std::string_view name);
 /// Returns "@" and the name: the name of a user table in the database.

@@ -4,12 +4,16 @@
 // randomness. Tests hand in their own.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
 
 namespace qx::desk {
+
+/// The limit of memory if a company is not given another one.
+inline constexpr std::size_t kUsualMemoryMegabytes = 1024;
 
 struct CompanyEnvironment {
   /// Local time in the stored form, "YYYY-MM-DD HH:MM:SS".
@@ -22,6 +26,9 @@ struct CompanyEnvironment {
   int busyTimeoutMs = 10000;
   /// The time that a statement may run, unless a server sets a limit of its own; 0 is no limit.
   int statementTimeoutSeconds = 600;
+  /// The memory that the rows of a statement may take, and that the embedded engine may take for
+  /// all its work in this process.
+  std::size_t memoryBytes = kUsualMemoryMegabytes << 20;
   /// The time that a server may take to answer a new connection.
   int loginTimeoutSeconds = 15;
 };

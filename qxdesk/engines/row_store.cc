@@ -113,6 +113,7 @@ char* TextBlocks::take(std::size_t size) {
     // The rest of the old block stays unused.
     room_ = std::max(nextBlock_, size);
     blocks_.push_back(std::make_unique_for_overwrite<char[]>(room_));
+    bytes_ += room_;
     free_ = blocks_.back().get();
     nextBlock_ = std::min(2 * nextBlock_, kLargestBlock);
   }

@@ -34,6 +34,8 @@ class TextBlocks {
   /// Copies a text and returns its place, for textAt().
   const char* keep(std::string_view text);
   static std::string_view textAt(const char* place);
+  /// Returns the memory that it has taken.
+  std::size_t bytes() const { return bytes_; }
 
  private:
   char* take(std::size_t size);
@@ -42,6 +44,7 @@ class TextBlocks {
   char* free_ = nullptr;  // the rest of the last block
   std::size_t room_ = 0;
   std::size_t nextBlock_ = 512;
+  std::size_t bytes_ = 0;
 };
 
 class RowStore {
@@ -60,6 +63,8 @@ class RowStore {
   void appendReal(double value);
   void appendText(std::string_view utf8);
 
+  /// Returns the memory that the rows take.
+  std::size_t bytes() const { return blocks_.size() * sizeof(Block) + texts_.bytes(); }
   std::size_t rowCount() const { return columnCount() == 0 ? 0 : cellCount_ / columnCount(); }
   std::size_t columnCount() const { return columns_ == nullptr ? 0 : columns_->size(); }
   const std::u16string& name(std::size_t column) const { return (*columns_)[column].name; }

@@ -8,7 +8,9 @@
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -53,9 +55,12 @@ class SqliteDatabase final : public Database {
         db_(std::move(db)),
         catalog_(db_.get()) {
     sqlite3_busy_handler(db_.get(), waitForLock, &wait_);
+    // For all of the engine in this process: a statement that needs more fails, not the process.
+    sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(environment.memoryBytes));
     limit_.watch(db_.get());
     asDatabaseErrors([&] {
-      sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase});
+      sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase,
+                                                         [this] { return limit_.isOver(); }});
     });
   }
 
@@ -149,6 +154,13 @@ class SqliteDatabase final : public Database {
 bool canRead(const std::string& path) { return access(path.c_str(), R_OK) == 0; }
 bool canWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
 
+// Where others can write, a link of theirs could lead to a file that they have prepared.
+bool isForeignLink(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid != 0 &&
+         status.st_uid != geteuid();
+}
+
 // Checks what the engine would only report as "unable to open database file".
 void checkPlace(const std::string& path) {
   std::error_code error;
@@ -156,6 +168,7 @@ void checkPlace(const std::string& path) {
   std::filesystem::path folder = file.parent_path();
   if (folder.empty()) folder = ".";
   const std::filesystem::file_status status = std::filesystem::status(file, error);
+  if (isForeignLink(path)) cannotOpen(path, "it is another user's symbolic link");
   if (status.type() == std::filesystem::file_type::directory) {
     throw CompanyError(kOpenFailed, Text::IsFolder, path);
   }
@@ -198,6 +211,13 @@ std::string asUri(const std::string& path) {
     }
   }
   return uri;
+}
+
+// The engine would make the file with the rights that the umask leaves, and its companions with
+// those of the file. A company is its user's alone until the user gives it to others.
+void makePrivately(const std::string& path) {
+  const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+  if (file >= 0) close(file);
 }
 
 Connection openConnection(const std::string& path) {
@@ -314,6 +334,7 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   const std::string file = std::filesystem::absolute(path).string();
   const FileAndLog place{std::filesystem::path(path)};
   checkRemains(place);
+  makePrivately(file);
   auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
   // If the file is refused, its log stays as it is: it may still be of use.
   database->keepLog(holdsFrames(place.log));

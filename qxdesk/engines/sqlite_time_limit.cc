@@ -17,7 +17,7 @@ SqliteTimeLimit::SqliteTimeLimit(std::function<TimePoint()> clock, int seconds)
     : clock_(std::move(clock)), most_(seconds) {}
 
 void SqliteTimeLimit::watch(sqlite3* db) {
-  if (most_.count() > 0) sqlite3_progress_handler(db, kOperations, isOver, this);
+  if (most_.count() > 0) sqlite3_progress_handler(db, kOperations, askedByEngine, this);
 }
 
 SqliteTimeLimit::TimePoint SqliteTimeLimit::deadlineFromNow() const { return clock_() + most_; }
@@ -27,9 +27,8 @@ std::string SqliteTimeLimit::reason() const {
 }
 
 // A result other than 0 interrupts the statement.
-int SqliteTimeLimit::isOver(void* data) {
-  const SqliteTimeLimit& limit = *static_cast<SqliteTimeLimit*>(data);
-  return limit.deadline_ && limit.clock_() >= *limit.deadline_ ? 1 : 0;
+int SqliteTimeLimit::askedByEngine(void* data) {
+  return static_cast<SqliteTimeLimit*>(data)->isOver() ? 1 : 0;
 }
 
 }  // namespace qx::desk

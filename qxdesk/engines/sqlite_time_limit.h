@@ -30,11 +30,14 @@ class SqliteTimeLimit {
   void set(TimePoint deadline) { deadline_ = deadline; }
   void lift() { deadline_.reset(); }
 
+  /// True if the statement that is stepping has passed its deadline.
+  bool isOver() const { return deadline_ && clock_() >= *deadline_; }
+
   /// Returns why a statement was stopped, for its message.
   std::string reason() const;
 
  private:
-  static int isOver(void* data);
+  static int askedByEngine(void* data);
 
   std::function<TimePoint()> clock_;
   std::chrono::seconds most_;

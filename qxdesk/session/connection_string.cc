@@ -183,6 +183,19 @@ void readStatements(ConnectionString& out, const Value& value) {
   out.keepsStatements = !readChoice(value, "statements", u"kept", u"fresh");
 }
 
+// Below this SQLite cannot open a company of some size.
+constexpr long kLeastMegabytes = 16;
+constexpr long kMostMegabytes = 1'000'000;
+
+void readMemory(ConnectionString& out, const Value& value) {
+  const auto megabytes = naturalNumber(value.raw);
+  if (!megabytes || *megabytes < kLeastMegabytes || *megabytes > kMostMegabytes) {
+    fail(value.position,
+         "memory is no number of megabytes from 16 to 1000000: " + quoted(value.raw));
+  }
+  out.memoryMegabytes = *megabytes;
+}
+
 void readProgress(ConnectionString& out, const Value& value) {
   out.sharedProgressBar = readChoice(value, "progress", u"own", u"shared");
 }
@@ -206,7 +219,8 @@ constexpr Key kKeys[] = {{u"db", readDatabase},           {u"engine", readEngine
                          {u"appid", readAppId},           {u"user", readUser},
                          {u"company", readCompany},       {u"play", readPlay},
                          {u"boxes", readBoxes},           {u"progress", readProgress},
-                         {u"statements", readStatements}, {u"password", readPasswordPlace}};
+                         {u"statements", readStatements}, {u"password", readPasswordPlace},
+                         {u"memory", readMemory}};
 
 // An "&" in a password ends the value of db, so that what follows looks like a key. It is not shown
 // then.
@@ -232,7 +246,7 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
   if (afterSecret) failAfterSecret(position);
   fail(position, "unknown key " + quoted(name) +
                      "; the keys are db, engine, accept, language, appid, user, password, company, "
-                     "play, boxes, progress and statements");
+                     "play, boxes, progress, memory and statements");
 }
 
 // Returns the place of the first key.

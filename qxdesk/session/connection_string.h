@@ -26,6 +26,7 @@
 // |          | it fails                                                           |             |
 // | statements | kept: statements stay translated and prepared by their shape; fresh: | kept      |
 // |          | every statement is translated and prepared anew                    |             |
+// | memory   | the megabytes that the rows of a statement may take, 16 or more    | 1024        |
 // | progress | own: the progress bar is this process's; shared: all processes with| own         |
 // |          | this appid share one                                               |             |
 
@@ -52,6 +53,7 @@ struct ConnectionString {
   std::string playFile;        ///< UTF-8; empty: none
   bool refuseUnattendedBoxes = false;
   bool keepsStatements = true;
+  long memoryMegabytes = 0;  ///< 0: not given
   bool sharedProgressBar = false;
   std::u16string shown;  ///< the text for messages: as given, with the passwords of db as "***"
 };

@@ -1,5 +1,6 @@
 #include "qxdesk/session/connection_string.h"
 
+#include "qxframework/automation/text.h"
 #include "testing/scoped_variable.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +35,7 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   const ConnectionString read = parseConnectionString(
       u"embedded:?accept=brackets&progress=shared&boxes=refuse&play=demo.txt&company=Acme%20%26%"
       u"20Sons&user=anna"
-      u"&appid=7&language=9&engine=kordb&statements=fresh&db=/tmp/c%C3%A4.db");
+      u"&appid=7&language=9&engine=kordb&statements=fresh&memory=64&db=/tmp/c%C3%A4.db");
   EXPECT_EQ(read.database, "/tmp/c\xC3\xA4.db");
   EXPECT_EQ(read.dbServerType, 9);
   EXPECT_EQ(read.language, ln_German);
@@ -46,6 +47,7 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_TRUE(read.refuseUnattendedBoxes);
   EXPECT_TRUE(read.sharedProgressBar);
   EXPECT_FALSE(read.keepsStatements);
+  EXPECT_EQ(read.memoryMegabytes, 64);
 }
 
 TEST(ConnectionString, IsShownAsGivenButForPasswords) {
@@ -53,6 +55,17 @@ TEST(ConnectionString, IsShownAsGivenButForPasswords) {
   EXPECT_EQ(shown(u"embedded:?db=c%C3%A4.db&user=anna"), u"embedded:?db=c%C3%A4.db&user=anna");
   EXPECT_EQ(shown(u"embedded:?appid=2&db=odbc:DSN=a%26b;PWD=x%23y&user=anna"),
             u"embedded:?appid=2&db=odbc:DSN=a%26b;PWD=***&user=anna");
+}
+
+TEST(ConnectionString, RefusesALimitOfMemoryThatIsNone) {
+  for (const char16_t* value : {u"", u"x", u"15", u"1000001", u"-64"}) {
+    EXPECT_EQ(refusal(std::u16string(u"embedded:?db=a&memory=") + value),
+              "connection string, character 23: memory is no number of megabytes from 16 to "
+              "1000000: \"" +
+                  toUtf8(value) + "\"");
+  }
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&memory=16").memoryMegabytes, 16);
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&memory=1000000").memoryMegabytes, 1'000'000);
 }
 
 TEST(ConnectionString, APasswordMayComeFromElsewhere) {
@@ -132,10 +145,10 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 21: the key db is missing; write embedded:?db=FILE");
   EXPECT_EQ(refusal(u"embedded:?db="),
             "connection string, character 14: db is empty; name the company database's file");
-  EXPECT_EQ(
-      refusal(u"embedded:?db=a&dbb=c"),
-      "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
-      "accept, language, appid, user, password, company, play, boxes, progress and statements");
+  EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
+            "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
+            "accept, language, appid, user, password, company, play, boxes, progress, memory and "
+            "statements");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
             "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),

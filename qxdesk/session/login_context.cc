@@ -21,6 +21,7 @@ constexpr std::size_t kChecksumDigits = 16;
 constexpr std::size_t kMaxFieldDigits = 6;
 constexpr std::u16string_view kBrackets = u"brackets";
 constexpr std::u16string_view kFresh = u"fresh";
+constexpr std::u16string_view kMemory = u"memory";
 
 std::uint64_t mix(std::uint64_t hash, std::u16string_view text) {
   constexpr std::uint64_t kPrime = 0x00000100000001B3;  // FNV-1a
@@ -83,6 +84,10 @@ bool readWords(std::u16string_view rest, LoginTarget& target) {
       target.acceptBrackets = true;
     } else if (*word == kFresh) {
       target.keepsStatements = false;
+    } else if (word->starts_with(kMemory)) {
+      const auto megabytes = number(std::u16string_view(*word).substr(kMemory.size()), 9);
+      if (!megabytes) return false;
+      target.memoryMegabytes = *megabytes;
     } else {
       return false;
     }
@@ -117,6 +122,10 @@ std::u16string encodeLoginContext(const LoginTarget& target, std::u16string_view
   appendField(fields, target.companyName);
   if (target.acceptBrackets) appendField(fields, kBrackets);
   if (!target.keepsStatements) appendField(fields, kFresh);
+  if (target.memoryMegabytes > 0) {
+    appendField(fields,
+                std::u16string(kMemory) + format(u"%d", static_cast<int>(target.memoryMegabytes)));
+  }
   return std::u16string(kTag) + checksum(cookie, fields) + u"|" + fields;
 }
 

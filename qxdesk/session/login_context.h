@@ -21,6 +21,7 @@ struct LoginTarget {
   std::u16string companyName;
   bool acceptBrackets = false;  ///< see sql::Dialect::Db2Brackets
   bool keepsStatements = true;  ///< false: every statement is translated and prepared anew
+  long memoryMegabytes = 0;     ///< for the rows of a statement; 0: the usual limit
 
   friend bool operator==(const LoginTarget&, const LoginTarget&) = default;
 };

@@ -25,6 +25,12 @@ TEST(LoginContext, ReadsBackThatStatementsAreNotKept) {
   EXPECT_EQ(decodeLoginContext(encodeLoginContext(target, u"cookie"), u"cookie"), target);
 }
 
+TEST(LoginContext, ReadsBackTheLimitOfMemory) {
+  LoginTarget target = sampleTarget();
+  target.memoryMegabytes = 64;
+  EXPECT_EQ(decodeLoginContext(encodeLoginContext(target, u"cookie"), u"cookie"), target);
+}
+
 TEST(LoginContext, HasItsFrozenForm) {
   const LoginTarget target{"/c.db", 2, ln_English, u"manager", u"Demo"};
   EXPECT_EQ(encodeLoginContext(target, u"K1"),

@@ -26,6 +26,7 @@ struct DeskSettings {
   std::u16string userName = u"manager";
   std::u16string companyName;   ///< empty: the name of the database
   bool keepsStatements = true;  ///< see qx::desk::LoginTarget
+  long memoryMegabytes = 0;     ///< see qx::desk::LoginTarget
   bool refuseUnattendedBoxes = false;
   bool acceptBrackets = false;
 };

@@ -28,6 +28,7 @@ DeskSettings settingsOf(const desk::ConnectionString& connection) {
   settings.userName = connection.userName;
   settings.companyName = connection.companyName;
   settings.keepsStatements = connection.keepsStatements;
+  settings.memoryMegabytes = connection.memoryMegabytes;
   settings.refuseUnattendedBoxes = connection.refuseUnattendedBoxes;
   settings.acceptBrackets = connection.acceptBrackets;
   return settings;

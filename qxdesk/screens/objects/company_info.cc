@@ -37,7 +37,7 @@ std::u16string loginContextOf(const Desk& desk, std::u16string_view cookie) {
   const DeskSettings& settings = desk.settings();
   const desk::LoginTarget target{
       settings.database,  settings.dbServerType,   settings.language,       settings.userName,
-      desk.companyName(), settings.acceptBrackets, settings.keepsStatements};
+      desk.companyName(), settings.acceptBrackets, settings.keepsStatements, settings.memoryMegabytes};
   return desk::encodeLoginContext(target, cookie);
 }
 

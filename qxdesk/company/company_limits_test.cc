@@ -1,0 +1,123 @@
+// What an add-on's statements, and the file of a company, cannot do.
+
+#include "qxdesk/company/test_support.h"
+#include "qxframework/automation/text.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace qx::desk {
+namespace {
+
+class CompanyLimits : public CompanyTest {
+ protected:
+  /// Runs a statement that is refused and returns the words of the refusal.
+  std::u16string refusal(const std::u16string& sql) { return refusalBy(company, sql); }
+  static std::u16string refusalBy(const CComPtr<ICompany>& asked, const std::u16string& sql) {
+    const auto rows = businessObject<IRecordset>(asked, kRecordset);
+    EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
+    return lastError(asked).text;
+  }
+};
+
+TEST_P(CompanyLimits, TheDictionaryCanBeReadButNotChangedByStatements) {
+  addTable(company, u"T");
+  const auto readOnly = [](const std::u16string& table, const std::u16string& column) {
+    return u"the table " + table +
+           u" describes the user tables and can only be read; change them through the objects for "
+           u"tables, fields and keys (line 1, column " +
+           column + u")";
+  };
+  EXPECT_EQ(refusal(u"INSERT INTO HVUTAB (TableName) VALUES ('X]; DROP TABLE HVCOMP; --')"),
+            readOnly(u"HVUTAB", u"13"));
+  EXPECT_EQ(refusal(u"UPDATE hvutab SET TableName = 'X'"), readOnly(u"HVUTAB", u"8"));
+  EXPECT_EQ(refusal(u"DELETE FROM CUFD"), readOnly(u"CUFD", u"13"));
+  for (const char16_t* table : {u"HVUFVAL", u"HVUKEY", u"HVUKCOL"}) {
+    EXPECT_EQ(refusal(std::u16string(u"DELETE FROM ") + table), readOnly(table, u"13"));
+  }
+  EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM HVUTAB"), u"T");
+}
+
+TEST_P(CompanyLimits, RowsThatTakeTooMuchMemoryEndTheStatementAndNotTheProcess) {
+  LoginTarget small = target();
+  small.memoryMegabytes = 16;
+  const CComPtr<ICompany> limited = connectTo(small);
+  const std::u16string text = u"N'" + std::u16string(9000, u'x') + u"'";  // 36 x 36 rows of two
+  const std::u16string words = refusalBy(
+      limited, u"SELECT A.Code, " + text + u" AS a, " + text + u" AS b FROM OFPR A, OFPR B");
+  EXPECT_TRUE(words.starts_with(u"The statement was stopped before its end")) << toUtf8(words);
+  EXPECT_NE(words.find(u"its rows take more than 16 MB, the limit of the key memory"),
+            std::u16string::npos)
+      << toUtf8(words);
+  EXPECT_EQ(rowsOf(limited, u"SELECT COUNT(*) FROM OFPR"), u"36");
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, CompanyLimits, testing::Values(Engine::Sqlite, Engine::Postgres),
+                         [](const auto& engine) {
+                           return engine.param == Engine::Sqlite ? "Sqlite" : "Postgres";
+                         });
+
+class CompanyFileLimits : public testing::Test {
+ protected:
+  LoginTarget target() const {
+    return {folder.file("company.db"), 1, ln_English, u"manager", u"Demo"};
+  }
+  static mode_t modeOf(const std::string& file) {
+    struct stat status {};
+    return stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+  }
+  test::TempFolder folder;
+};
+
+TEST_F(CompanyFileLimits, ANewCompanyIsForItsUserAlone) {
+  const mode_t before = umask(0);
+  const CComPtr<ICompany> company = connectTo(target());
+  query(company, u"UPDATE HVCOMP SET Country = 'FR'");
+  umask(before);
+  EXPECT_EQ(modeOf(folder.file("company.db")), 0600U);
+  EXPECT_EQ(modeOf(folder.file("company.db-wal")), 0600U);
+}
+
+TEST_F(CompanyFileLimits, ACompanyKeepsTheRightsThatItsUserGave) {
+  connectTo(target())->Disconnect();
+  chmod(folder.file("company.db").c_str(), 0640);
+  connectTo(target());
+  EXPECT_EQ(modeOf(folder.file("company.db")), 0640U);
+}
+
+TEST_F(CompanyFileLimits, ALinkOfAnotherUserIsNotFollowed) {
+  connectTo(target())->Disconnect();
+  LoginTarget linked = target();
+  linked.database = folder.file("link.db");
+  std::filesystem::create_symlink(folder.file("company.db"), linked.database);
+  constexpr uid_t kNobody = 65534;
+  // Only root can give a link away; a link of one's own is followed.
+  const bool given = lchown(linked.database.c_str(), kNobody, 0) == 0;
+  const CComPtr<ICompany> company = companyFor(linked);
+  EXPECT_EQ(company->Connect(), given ? long{kOpenFailed} : 0L);
+  EXPECT_EQ(lastError(company).text,
+            given ? u"The company database '" + toUtf16(linked.database) +
+                        u"' cannot be opened: it is another user's symbolic link."
+                  : u"");
+}
+
+TEST_F(CompanyFileLimits, ATriggerThatTheFileBringsDoesNotRun) {
+  connectTo(target())->Disconnect();
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(folder.file("company.db").c_str(), &db), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(db,
+                         "CREATE TRIGGER planted AFTER UPDATE ON HVCOMP BEGIN "
+                         "DELETE FROM HVCURR; END",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(db);
+  const CComPtr<ICompany> company = connectTo(target());
+  query(company, u"UPDATE HVCOMP SET Country = 'FR'");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCURR"), u"4");
+}
+
+}  // namespace
+}  // namespace qx::desk
