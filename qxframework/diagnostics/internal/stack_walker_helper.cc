@@ -60,11 +60,8 @@ bool StackWalkerHelper::initialize(const char* searchPath) {
     return false;
   }
   if (searchPath != nullptr) searchPath_ = searchPath;
-  session_ = functions_.SymInitialize(library_.functions(), process_, searchPath_.c_str());
-  if (session_ == nullptr) {
+  if (!functions_.SymInitialize(library_.functions(), process_, searchPath_.c_str(), session_)) {
     owner_.OnDbgHelpErr("SymInitialize", GetLastError(), 0);
-    unload();
-    return false;
   }
   const DWORD options = functions_.SymGetOptions(*session_) | kLoadLines | kFailCriticalErrors;
   functions_.SymSetOptions(*session_, options);
