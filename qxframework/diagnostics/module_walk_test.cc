@@ -42,6 +42,34 @@ TEST(StackWalkerModules, HaveTheirVersionWithItsOption) {
   EXPECT_THAT(executableLine(63 & ~8), testing::Not(HasSubstr("fileVersion")));
 }
 
+extern "C" const char __executable_start;
+extern "C" const char _end;
+
+// The lines before it are those of the start.
+TEST(StackWalkerModules, AreWrittenWithTheirMemoryAndTheirSymbols) {
+  const std::string image = std::filesystem::read_symlink("/proc/self/exe").string();
+  const long page = getpagesize();
+  char text[1024];
+  std::snprintf(text, sizeof text,
+                "%s:%s (%p), size: %ld (result: 0), SymType: '-deferred-', PDB: '%s', "
+                "fileVersion: 3.20.1.65535\n",
+                image.c_str(), image.substr(image.rfind('/') + 1).c_str(),
+                static_cast<const void*>(&__executable_start),
+                (&_end - &__executable_start + page - 1) / page * page, image.c_str());
+  RecordingWalker walker;
+  ASSERT_TRUE(walker.LoadModules());
+  ASSERT_GT(walker.lines.size(), 2U);
+  EXPECT_EQ(walker.lines[2], text);
+}
+
+TEST(StackWalkerModules, WithoutAVersionBlockHaveNoVersion) {
+  RecordingWalker walker;
+  walker.LoadModules();
+  EXPECT_THAT(walker.lines,
+              testing::Contains(testing::AllOf(HasSubstr("/libc.so.6:libc.so.6 ("),
+                                               testing::Not(HasSubstr("fileVersion")))));
+}
+
 TEST(StackWalkerModules, ThatTheLibraryRefusesHaveItsErrorAsTheirResult) {
   qx::diagnostics::setFunctionFinder([](void* library, const char* name) -> void* {
     constexpr auto kRefuse = [](Dwfl*, const char*, Dwarf_Addr, Dwarf_Addr) -> Dwfl_Module* {
@@ -57,11 +85,27 @@ TEST(StackWalkerModules, ThatTheLibraryRefusesHaveItsErrorAsTheirResult) {
   EXPECT_THAT(walker.lines[2], HasSubstr("(result: 487), SymType: '-unknown-', PDB: ''"));
 }
 
+TEST(StackWalkerModules, OfAnotherProcessThatTheLibraryRefusesAreErrors) {
+  qx::diagnostics::setFunctionFinder([](void* library, const char* name) -> void* {
+    constexpr auto kRefuse = [](Dwfl*, const char*, Dwarf_Addr, Dwarf_Addr) -> Dwfl_Module* {
+      return nullptr;
+    };
+    if (std::string_view(name) != "dwfl_report_module") return dlsym(library, name);
+    return reinterpret_cast<void*>(+kRefuse);
+  });
+  RecordingWalker walker(63, nullptr, 0, qx::processHandle(getppid()));
+  EXPECT_TRUE(walker.LoadModules());
+  qx::diagnostics::setFunctionFinder(nullptr);
+  EXPECT_THAT(walker.lines,
+              testing::Contains("ERROR: LoadModule, GetLastError: 487 (Address: 0x0)\n"));
+}
+
 TEST(StackWalkerModules, OfAnotherProcessComeFromItsMappings) {
   RecordingWalker walker(63, nullptr, static_cast<unsigned long>(getppid()),
                          qx::processHandle(getppid()));
   EXPECT_TRUE(walker.LoadModules());
   EXPECT_THAT(walker.modules, testing::Contains(HasSubstr("/libc.so.6")));
+  EXPECT_THAT(walker.errors, IsEmpty());
 }
 
 TEST(StackWalkerModules, OfAProcessThatHasEndedAreNone) {
@@ -127,6 +171,11 @@ TEST(StackWalkModules, ReplacedOnesHaveNoNames) {
   RecordingWalker walker;
   EXPECT_EQ(module.call(walkCallback, &walker), 1);
   EXPECT_THAT(namesWithFiles(walker, 2, 2), testing::Each("|module.so|"));
+  // The file was looked at and closed.
+  for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    EXPECT_NE(std::filesystem::read_symlink(each.path(), gone), file);
+  }
 }
 
 TEST(StackWalkModules, RemovedOnesHaveNoNames) {

@@ -1,15 +1,21 @@
 // Walks of the calling thread, from here and from given registers.
 
+#include "qxframework/diagnostics/internal/debug_library.h"
 #include "qxframework/diagnostics/walker_fixture.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
+
+extern "C" void _start();
+extern "C" void qxTrap();
 
 namespace {
 
@@ -35,6 +41,7 @@ constexpr int kWalkLine = __LINE__ + 2;
 
 TEST(StackWalk, NamesFunctionsWithFilesAndLines) {
   RecordingWalker walker;
+  ASSERT_TRUE(walker.LoadModules());
   SetLastError(7);
   callWalk(walker);
   EXPECT_EQ(GetLastError(), 0U);
@@ -63,6 +70,72 @@ TEST(StackWalk, NamesFunctionsWithFilesAndLines) {
   EXPECT_EQ(caller.base, reinterpret_cast<std::uint64_t>(info.dli_fbase));
   EXPECT_EQ(walker.find("main").type, 1);
   EXPECT_EQ(walker.entries.back().type, 2);
+}
+
+// The address behind this call is the first one of the next function.
+[[noreturn, gnu::noinline]] void walkAndThrow(StackWalker& walker) {
+  walker.ShowCallstack();
+  throw 0;
+}
+constexpr int kLastCallLine = __LINE__ + 1;
+[[noreturn, gnu::noinline]] void endsWithACall(StackWalker& walker) { walkAndThrow(walker); }
+
+TEST(StackWalk, NamesTheFunctionAndLineOfACallThatEndsIt) {
+  RecordingWalker walker;
+  EXPECT_THROW(endsWithACall(walker), int);
+  ASSERT_GT(walker.entries.size(), 3U);
+  EXPECT_EQ(walker.entries[2].undName, "(anonymous namespace)::endsWithACall");
+  EXPECT_EQ(walker.entries[2].line, static_cast<unsigned>(kLastCallLine));
+}
+
+// A function whose first instruction faults, directly behind another one.
+asm(R"(
+.text
+.type qxBeforeTrap, @function
+qxBeforeTrap:
+  nop
+.size qxBeforeTrap, . - qxBeforeTrap
+.type qxTrap, @function
+qxTrap:
+  .cfi_startproc
+)"
+#if defined(__x86_64__)
+    "  ud2\n  ret\n"
+#else
+    "  udf #0\n  ret\n"
+#endif
+    R"(
+  .cfi_endproc
+.size qxTrap, . - qxTrap
+)");
+
+RecordingWalker* g_walker = nullptr;
+
+void walkInHandler(int, siginfo_t*, void* data) {
+  g_walker->ShowCallstack();
+  auto* registers = static_cast<ucontext_t*>(data);
+#if defined(__x86_64__)
+  registers->uc_mcontext.gregs[REG_RIP] += 2;
+#else
+  registers->uc_mcontext.pc += 4;
+#endif
+}
+
+TEST(StackWalk, NamesTheFunctionThatASignalInterrupted) {
+  RecordingWalker walker;
+  g_walker = &walker;
+  struct sigaction action {};
+  struct sigaction before {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = walkInHandler;
+  ASSERT_EQ(sigaction(SIGILL, &action, &before), 0);
+  qxTrap();
+  sigaction(SIGILL, &before, nullptr);
+  ASSERT_GT(walker.entries.size(), 4U);
+  EXPECT_EQ(walker.entries[1].undName, "(anonymous namespace)::walkInHandler");
+  EXPECT_EQ(walker.entries[3].undName, "qxTrap");
+  EXPECT_EQ(walker.entries[3].fromSymbol, 0U);
+  EXPECT_EQ(walker.find("main").type, 1);
 }
 
 TEST(StackWalk, CanBeRepeated) {
@@ -109,6 +182,37 @@ bool readSame(HANDLE, std::uint64_t, void* buffer, DWORD size, DWORD* count, voi
   std::memcpy(buffer, word, std::min<std::size_t>(size, sizeof(std::uint64_t)));
   *count = size;
   return true;
+}
+
+TEST(StackWalk, NamesTheFunctionWhoseFirstByteTheContextIsAt) {
+  RecordingWalker walker;
+  const auto start = reinterpret_cast<std::uint64_t>(&contextAt);
+  const CONTEXT context = contextAt(start, reinterpret_cast<void*>(0x10));
+  EXPECT_TRUE(walker.ShowCallstack(nullptr, &context));
+  ASSERT_EQ(walker.entries.size(), 1U);
+  EXPECT_EQ(walker.entries[0].undName, "(anonymous namespace)::contextAt");
+  EXPECT_EQ(walker.entries[0].fromSymbol, 0U);
+}
+
+TEST(StackWalk, EndsWithTheOutermostFunction) {
+  RecordingWalker walker;
+  std::uint64_t stack[64] = {};
+  const CONTEXT context = contextAt(reinterpret_cast<std::uint64_t>(&_start), stack);
+  EXPECT_TRUE(walker.ShowCallstack(nullptr, &context));
+  ASSERT_EQ(walker.entries.size(), 2U);
+  EXPECT_EQ(walker.entries[0].undName, "_start");
+  EXPECT_EQ(walker.entries[0].type, 0);
+  EXPECT_EQ(walker.entries[1].type, 2);
+}
+
+TEST(StackWalk, EndsAtAWildAddressThatNoFunctionHasCalled) {
+  RecordingWalker walker;
+  std::uint64_t caller = 0x4242;
+  const CONTEXT context = contextAt(0x4141, &caller);
+  EXPECT_TRUE(walker.ShowCallstack(nullptr, &context));
+  ASSERT_EQ(walker.entries.size(), 1U);
+  EXPECT_EQ(walker.entries[0].offset, 0x4141U);
+  EXPECT_EQ(walker.lines.back(), "ERROR: StackWalk64, GetLastError: 487 (Address: 0x4141)\n");
 }
 
 TEST(StackWalk, EndsAtAFrameThatReturnsToItself) {
@@ -167,6 +271,7 @@ TEST(StackWalk, GoesOnBehindACallOfANullPointer) {
   EXPECT_TRUE(wild.ShowCallstack(nullptr, &context));
   ASSERT_GE(wild.entries.size(), 2U);
   EXPECT_EQ(wild.entries[0].offset, 0U);
+  EXPECT_THAT(wild.errors, testing::Not(testing::Contains("SymGetSymFromAddr64")));
   EXPECT_EQ(wild.entries[1].undName, "(anonymous namespace)::callWalk");
   EXPECT_EQ(wild.entries[1].line, static_cast<unsigned>(kWalkLine));
 }
@@ -292,6 +397,25 @@ class ThrowingWalker : public RecordingWalker {
     throw std::runtime_error("no");
   }
 };
+
+// A function of the library that does nothing, so that the first step of each walk fails.
+TEST(StackWalk, ThatFailsAtItsFirstStepNamesTheAddressOfTheContext) {
+  qx::diagnostics::setFunctionFinder([](void* library, const char* name) -> void* {
+    constexpr auto kRefuse = [](const Dwfl_Callbacks*) -> Dwfl* { return nullptr; };
+    if (std::string_view(name) != "dwfl_begin") return dlsym(library, name);
+    return reinterpret_cast<void*>(+kRefuse);
+  });
+  RecordingWalker walker(0);
+  const CONTEXT context = contextAt(0x4141, nullptr);
+  const bool walked = walker.ShowCallstack(nullptr, &context);
+  qx::diagnostics::setFunctionFinder(nullptr);
+  EXPECT_TRUE(walked);
+  ASSERT_GT(walker.lines.size(), 4U);
+  EXPECT_EQ(walker.lines.front(), "ERROR: SymInitialize, GetLastError: 8 (Address: 0x0)\n");
+  EXPECT_THAT(walker.lines[1], StartsWith("SymInit: Symbol-SearchPath: '', symOptions: 528, "));
+  EXPECT_THAT(walker.lines[3], HasSubstr(" (result: 8), SymType: '-unknown-', PDB: ''\n"));
+  EXPECT_EQ(walker.lines.back(), "ERROR: StackWalk64, GetLastError: 1114 (Address: 0x4141)\n");
+}
 
 TEST(StackWalk, DoesNotThrowWhatAnOverrideThrows) {
   ThrowingWalker walker;

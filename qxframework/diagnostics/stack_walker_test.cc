@@ -3,18 +3,47 @@
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/diagnostics/internal/debug_library.h"
+#include "qxframework/diagnostics/internal/process_memory.h"
 #include "qxframework/diagnostics/internal/stack_walker_helper.h"
 #include "qxframework/diagnostics/walker_fixture.h"
 #include "testing/scoped_variable.h"
 
 #include <gmock/gmock.h>
+#include <pwd.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstddef>
 #include <cstring>
 #include <filesystem>
+#include <new>
+#include <stdexcept>
 #include <string_view>
+
+namespace {
+
+// False while allocations that may return null do so.
+bool g_memory = true;
+
+template <class Allocate>
+void* allocateOrNull(Allocate allocate) noexcept {
+  try {
+    return g_memory ? allocate() : nullptr;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+// In place of those of the library, for this program.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return allocateOrNull([&] { return ::operator new(size); });
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return allocateOrNull([&] { return ::operator new[](size); });
+}
 
 namespace {
 
@@ -159,6 +188,18 @@ TEST(StackWalkerLines, OfAnEntryWithAFileNameFileLineAndFunction) {
   EXPECT_THAT(linesOf(entry), ElementsAre("/src/a.cc (7): f(int)\n"));
 }
 
+TEST(StackWalkerLines, OfAnEntryMayHaveTextsOfOneCharacter) {
+  auto entry = entryAt(0x10);
+  put(entry.name, "n");
+  EXPECT_THAT(linesOf(entry),
+              ElementsAre("0x10 ((module-name not available)): (filename not available): n\n"));
+  put(entry.moduleName, "m");
+  put(entry.undFullName, "f");
+  EXPECT_THAT(linesOf(entry), ElementsAre("0x10 (m): (filename not available): f\n"));
+  put(entry.lineFileName, "a");
+  EXPECT_THAT(linesOf(entry), ElementsAre("a (0): f\n"));
+}
+
 TEST(StackWalkerLines, OfAnEntryWithoutAFileNameAddressAndModule) {
   auto entry = entryAt(0xFFFFFFFFFF600ABC);
   EXPECT_THAT(linesOf(entry),
@@ -264,6 +305,80 @@ TEST_F(SearchPath, IsReportedUpTo1023Characters) {
   const std::string given(2000, 'p');
   EXPECT_EQ(of(16, given.c_str()), std::string(1023, 'p'));
   EXPECT_EQ(of(16, std::string(9000, 'p').c_str()), std::string(1023, 'p'));
+}
+
+TEST_F(SearchPath, LeavesOutTheFolderOfAnUnknownExecutable) {
+  qx::diagnostics::walkProcess(INT_MAX);
+  RecordingWalker walker;
+  EXPECT_FALSE(walker.LoadModules());
+  qx::diagnostics::walkProcess(0);
+  EXPECT_EQ(walker.searchPath,
+            ".;" + here + ";SRV*c:\\websymbols*https://debuginfod.elfutils.org/;");
+}
+
+// The start
+
+std::string firstLine() {
+  RecordingWalker walker(0);
+  return walker.LoadModules() ? walker.lines.front() : "";
+}
+
+TEST(StackWalkerStart, NamesTheUser) {
+  const passwd* user = getpwuid(geteuid());
+  ASSERT_NE(user, nullptr);
+  EXPECT_EQ(firstLine(), "SymInit: Symbol-SearchPath: '', symOptions: 528, UserName: '" +
+                             std::string(user->pw_name) + "'\n");
+}
+
+// Writes the line as a user whom the system does not know. Only root can become one.
+[[noreturn]] void writeFirstLineAs(uid_t user) {
+  if (geteuid() == 0 && seteuid(user) != 0) _exit(1);
+  std::fputs(firstLine().c_str(), stderr);
+  _exit(0);
+}
+
+TEST(StackWalkerStartDeathTest, NamesTheNumberOfAUserWithoutAName) {
+  if (geteuid() != 0 || getpwuid(3999999) != nullptr) GTEST_SKIP();
+  EXPECT_EXIT(writeFirstLineAs(3999999), testing::ExitedWithCode(0), "UserName: '3999999'");
+}
+
+class ThrowingStart : public RecordingWalker {
+ public:
+  using RecordingWalker::RecordingWalker;
+  void OnSymInit(const char*, DWORD, const char*) override { throw std::runtime_error("no"); }
+};
+
+TEST(StackWalkerStart, DoesNotThrowWhatAnOverrideThrows) {
+  ThrowingStart walker;
+  SetLastError(0);
+  EXPECT_NO_THROW(EXPECT_FALSE(walker.LoadModules()));
+  EXPECT_EQ(GetLastError(), 8U);
+}
+
+// Without memory
+
+TEST(StackWalkerMemory, WithoutAHelperEachStepFails) {
+  g_memory = false;
+  RecordingWalker walker;
+  g_memory = true;
+  SetLastError(0);
+  EXPECT_FALSE(walker.LoadModules());
+  EXPECT_EQ(GetLastError(), 1114U);
+  SetLastError(0);
+  EXPECT_FALSE(walker.ShowCallstack());
+  EXPECT_EQ(GetLastError(), 1114U);
+  EXPECT_THAT(walker.lines, IsEmpty());
+}
+
+TEST(StackWalkerMemory, WithoutRoomForThePathTheStartFails) {
+  RecordingWalker walker;
+  SetLastError(0);
+  g_memory = false;
+  EXPECT_FALSE(walker.LoadModules());
+  g_memory = true;
+  EXPECT_EQ(GetLastError(), 8U);
+  EXPECT_THAT(walker.lines, IsEmpty());
+  EXPECT_TRUE(walker.LoadModules());
 }
 
 // Without the library

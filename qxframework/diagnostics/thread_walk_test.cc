@@ -180,6 +180,82 @@ TEST(ThreadSuspension, HoldsAndResumesTheThread) {
   }
 }
 
+TEST(ThreadSuspension, LetsTheThreadGoOnBeforeItHoldsAnother) {
+  Counter first;
+  Counter second;
+  ThreadSuspension suspension;
+  CONTEXT context{};
+  ASSERT_TRUE(suspension.suspend(first.id(), context));
+  ASSERT_TRUE(suspension.suspend(second.id(), context));
+  const std::uint64_t held = second.value();
+  const std::uint64_t before = first.value();
+  while (first.value() == before) std::this_thread::yield();
+  EXPECT_EQ(second.value(), held);
+}
+
+TEST(ThreadSuspension, ResumesItsOwnThreadOnly) {
+  Counter first;
+  Counter second;
+  ThreadSuspension former;
+  ThreadSuspension suspension;
+  CONTEXT context{};
+  ASSERT_TRUE(former.suspend(first.id(), context));
+  former.resume();
+  ASSERT_TRUE(suspension.suspend(second.id(), context));
+  const std::uint64_t held = second.value();
+  former.resume();
+  const std::uint64_t before = first.value();
+  while (first.value() < before + 1000) std::this_thread::yield();
+  EXPECT_EQ(second.value(), held);
+}
+
+// A program that uses the same signal for itself. Such a handler counts what it gets.
+std::atomic<int> g_foreign{0};
+
+int sendForeignSignals() {
+  const int number = SIGRTMAX - 3;
+  const auto self = [](int, siginfo_t* info, void*) { g_foreign += info->si_value.sival_int; };
+  struct sigaction action {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = self;
+  sigaction(number, &action, nullptr);
+  {
+    Counter counter;
+    ThreadSuspension suspension;
+    CONTEXT context{};
+    if (!suspension.suspend(counter.id(), context)) return 1;
+  }
+  sigqueue(getpid(), number, {.sival_int = 5});
+  if (g_foreign != 5) return 2;
+  std::raise(number);
+  return g_foreign == 5 ? 0 : 3;
+}
+
+// In a program of its own, since the handler is installed once.
+TEST(ThreadSuspensionDeathTest, LeavesTheSignalsOfTheProgramToItsOwnHandler) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(_exit(sendForeignSignals()), testing::ExitedWithCode(0), "");
+}
+
+int raisePlainSignal(sighandler_t handler) {
+  const int number = SIGRTMAX - 3;
+  signal(number, handler);
+  {
+    Counter counter;
+    ThreadSuspension suspension;
+    CONTEXT context{};
+    if (!suspension.suspend(counter.id(), context)) return 1;
+  }
+  std::raise(number);
+  return g_foreign;
+}
+
+TEST(ThreadSuspensionDeathTest, LeavesTheSignalsOfTheProgramToItsPlainHandler) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(_exit(raisePlainSignal([](int) { g_foreign = 7; })), testing::ExitedWithCode(7), "");
+  EXPECT_EXIT(_exit(raisePlainSignal(SIG_IGN)), testing::ExitedWithCode(0), "");
+}
+
 // A thread with a lock that the walk needs must not stop the walk for ever.
 TEST(ThreadSuspension, ThreadGoesOnByItselfAfterItsLongestHold) {
   Counter counter;
