@@ -260,6 +260,26 @@ TEST_F(FaultGuard, DoesNotWaitForAReaderOfTheDump) {
   EXPECT_THAT(output, Not(HasSubstr("ERROR: StackWalk64")));
 }
 
+TEST_F(FaultGuard, CopyThatHangsIsEndedAndTheProcessDies) {
+  ChildProcess probe({probeWith(""), "overflow"}, environment());
+  EXPECT_EQ(probe.wait(), -SIGSEGV);
+  EXPECT_THAT(probe.rest(), Not(HasSubstr("ERROR: StackWalk64")));
+}
+
+// The status of a shell is 128 more than the signal.
+TEST_F(FaultGuard, DiesByItsSignalIfTheReaderOfItsOutputHasEnded) {
+  ChildProcess shell({"/bin/sh", "-c", "{ \"$0\" overflow; echo $? >\"$1\"; } | :", QX_FAULT_PROBE,
+                      folder.file("status")},
+                     environment());
+  EXPECT_EQ(shell.wait(), 0);
+  EXPECT_EQ(qx::test::contentOf(folder.path() / "status"), "139\n");
+}
+
+TEST_F(FaultGuard, FilterReturnsOneWithAClosedStandardOutput) {
+  ChildProcess shell({"/bin/sh", "-c", "\"$0\" filter >&-", QX_FAULT_PROBE}, environment());
+  EXPECT_EQ(shell.wait(), 1);
+}
+
 constexpr char kNoLibrary[] =
     "ERROR: Error while initializing dbghelp.dll, GetLastError: 0 (Address: 0x0)\n";
 

@@ -258,8 +258,15 @@ TEST(StackWalk, EndsWhereTheChainOfFramesIsCorrupt) {
   EXPECT_EQ(walker.entries[1].offset, kWild);
   EXPECT_THAT(walker.errors, ElementsAre("SymGetSymFromAddr64", "SymGetLineFromAddr64",
                                          "SymGetModuleInfo64", "StackWalk64"));
-  EXPECT_EQ(walker.lines.back(),
-            "ERROR: StackWalk64, GetLastError: 487 (Address: 0x4141414141414141)\n");
+  const std::vector<std::string> end(walker.lines.end() - 5, walker.lines.end());
+  EXPECT_THAT(
+      end,
+      ElementsAre("ERROR: SymGetSymFromAddr64, GetLastError: 126 (Address: 0x4141414141414141)\n",
+                  "ERROR: SymGetLineFromAddr64, GetLastError: 126 (Address: 0x4141414141414141)\n",
+                  "ERROR: SymGetModuleInfo64, GetLastError: 126 (Address: 0x4141414141414141)\n",
+                  "0x4141414141414141 ((module-name not available)): (filename not available): "
+                  "(function-name not available)\n",
+                  "ERROR: StackWalk64, GetLastError: 487 (Address: 0x4141414141414141)\n"));
 }
 
 TEST(StackWalk, GoesOnBehindACallOfANullPointer) {
@@ -397,6 +404,20 @@ class ThrowingWalker : public RecordingWalker {
     throw std::runtime_error("no");
   }
 };
+
+TEST(StackWalk, HasNoLinesIfTheLibraryLacksTheirFunctions) {
+  qx::diagnostics::setFunctionFinder([](void* library, const char* name) -> void* {
+    return std::string_view(name) == "dwarf_lineno" ? nullptr : dlsym(library, name);
+  });
+  RecordingWalker walker;
+  callWalk(walker);
+  qx::diagnostics::setFunctionFinder(nullptr);
+  EXPECT_THAT(walker.errors, IsEmpty());
+  const RecordingWalker::Entry caller = walker.find("(anonymous namespace)::callWalk");
+  EXPECT_EQ(caller.offset, g_address);
+  EXPECT_EQ(caller.file, "");
+  EXPECT_EQ(caller.line, 0U);
+}
 
 // A function of the library that does nothing, so that the first step of each walk fails.
 TEST(StackWalk, ThatFailsAtItsFirstStepNamesTheAddressOfTheContext) {

@@ -7,6 +7,7 @@
 #include "qxframework/diagnostics/internal/stack_walker_helper.h"
 #include "qxframework/diagnostics/walker_fixture.h"
 #include "testing/scoped_variable.h"
+#include "testing/temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <pwd.h>
@@ -98,6 +99,18 @@ TEST(StackWalkerLayout, HasTheFieldsInTheirOrder) {
   EXPECT_FALSE(at(28, false));                                          // m_modulesLoaded
   EXPECT_STREQ(at(32, static_cast<const char*>(nullptr)), "/symbols");  // m_szSymPath
   EXPECT_EQ(at(40, 0), 5 | 16);                                         // m_options
+}
+
+TEST(StackWalkerLayout, HasTheOptionsAsBitsAndAllOfThemByDefault) {
+  const std::vector<int> bits{StackWalker::RetrieveSymbol,     StackWalker::RetrieveLine,
+                              StackWalker::RetrieveModuleInfo, StackWalker::RetrieveFileVersion,
+                              StackWalker::SymBuildPath,       StackWalker::SymUseSymSrv,
+                              StackWalker::OptionsAll};
+  EXPECT_THAT(bits, ElementsAre(1, 2, 4, 8, 16, 32, 63));
+  const StackWalker walker;
+  int options = 0;
+  std::memcpy(&options, reinterpret_cast<const char*>(&walker) + 40, sizeof options);
+  EXPECT_EQ(options, 63);
 }
 
 TEST(StackWalkerLayout, HasTheFieldsOfAnEntryInTheirOrder) {
@@ -305,6 +318,19 @@ TEST_F(SearchPath, IsReportedUpTo1023Characters) {
   const std::string given(2000, 'p');
   EXPECT_EQ(of(16, given.c_str()), std::string(1023, 'p'));
   EXPECT_EQ(of(16, std::string(9000, 'p').c_str()), std::string(1023, 'p'));
+}
+
+TEST_F(SearchPath, LeavesOutACurrentFolderOfMoreThan1023Characters) {
+  const qx::test::TempFolder folder;
+  const std::string part(200, 'd');
+  for (int depth = 0; depth < 6; ++depth) {
+    std::filesystem::current_path(depth == 0 ? folder.path() : std::filesystem::path(part));
+    std::filesystem::create_directory(part);
+  }
+  const std::string path = of(63);
+  std::filesystem::current_path(here);
+  EXPECT_EQ(path,
+            ".;" + executableFolder() + ";SRV*c:\\websymbols*https://debuginfod.elfutils.org/;");
 }
 
 TEST_F(SearchPath, LeavesOutTheFolderOfAnUnknownExecutable) {

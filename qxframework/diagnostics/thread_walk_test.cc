@@ -89,11 +89,12 @@ TEST(ThreadWalk, OfAThreadOfAnotherProcessFails) {
 }
 
 TEST(ThreadWalk, SurvivesThreadsThatEndMeanwhile) {
+  RecordingWalker walker;
   for (int i = 0; i < 30; ++i) {
     Counter counter;
     const HANDLE thread = qx::threadHandle(counter.id());
     std::thread ending([&] { counter.end(); });
-    RecordingWalker walker;
+    walker.entries.clear();
     const bool walked = walker.ShowCallstack(thread);
     EXPECT_EQ(walked, !walker.entries.empty());
     ending.join();
@@ -128,8 +129,8 @@ TEST(ThreadWalk, WalksOfSeveralThreadsTakeTurns) {
   std::atomic<int> complete{0};
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&, i] {
+      RecordingWalker walker;
       for (int round = 0; round < 5; ++round) {
-        RecordingWalker walker;
         const bool walked = i % 2 == 0 ? walker.ShowCallstack()
                                        : walker.ShowCallstack(qx::threadHandle(counter.id()));
         if (walked && walker.entries.back().type == 2) ++complete;
