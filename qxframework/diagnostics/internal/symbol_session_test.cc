@@ -36,6 +36,7 @@ std::uint64_t addressOf(Function* function) {
 bool readNothing(HANDLE, std::uint64_t, void*, DWORD, DWORD*) { return false; }
 
 int g_ends = 0;
+std::string g_calls;
 DwarfFunctions g_real;
 
 // A session for the modules of this program. A test may replace functions of the library before.
@@ -108,6 +109,27 @@ TEST_F(SymbolSessionTest, HasAnEmptySearchPathWithoutAnArgument) {
   char path[2] = "x";
   EXPECT_TRUE(help.SymGetSearchPath(*session, path, sizeof path));
   EXPECT_STREQ(path, "");
+}
+
+TEST_F(SymbolSessionTest, ReportsAModuleBetweenABeginAndAnEnd) {
+  g_calls.clear();
+  dw.reportBegin = [](Dwfl* dwfl) {
+    g_calls += "begin ";
+    g_real.reportBegin(dwfl);
+  };
+  dw.reportModule = [](Dwfl* dwfl, const char* name, Dwarf_Addr start, Dwarf_Addr end) {
+    g_calls += "module ";
+    return g_real.reportModule(dwfl, name, start, end);
+  };
+  dw.reportEnd = [](Dwfl* dwfl, int (*removed)(Dwfl_Module*, void*, const char*, Dwarf_Addr, void*),
+                    void* data) {
+    g_calls += "end ";
+    return g_real.reportEnd(dwfl, removed, data);
+  };
+  ASSERT_TRUE(qx::diagnostics::findFunctions(dw, help));
+  ASSERT_TRUE(help.SymInitialize(dw, GetCurrentProcess(), "", session));
+  EXPECT_EQ(load(executable()), executable().base);
+  EXPECT_EQ(g_calls, "begin module end ");
 }
 
 TEST_F(SymbolSessionTest, EndsTheLibrarysSessionOnce) {
