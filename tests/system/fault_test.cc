@@ -121,6 +121,17 @@ TEST_P(FaultInAnEventHandler, LeavesTheLastRecordOfEachLevel) {
   }
 }
 
+// The log records all levels, and the last record is of a lower one.
+using FaultAtTheHighestSetting = FaultInAnEventHandler;
+
+TEST_P(FaultAtTheHighestSetting, LeavesTheLastRecordOfEachLevel) {
+  for (const char* level : {"1", "2", "3", "4", "5"}) {
+    run("6", "QX_TEST_LAST_WORDS=" + std::string(level));
+    EXPECT_THAT(logEnd(2), ElementsAre(kLastWords, testing::StartsWith(note()))) << level;
+    std::filesystem::remove_all(folder.path() / "log");
+  }
+}
+
 // Here a copy of the process writes the dump.
 using FaultWithoutTheProgram = FaultInAnEventHandler;
 
@@ -148,6 +159,7 @@ const auto kOnTheMainThread = testing::Values(
 
 INSTANTIATE_TEST_SUITE_P(Each, FaultInAnEventHandler, kOnTheMainThread, nameOf);
 INSTANTIATE_TEST_SUITE_P(Each, FaultOnTheMainThread, kOnTheMainThread, nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, FaultAtTheHighestSetting, testing::Values(kSegv), nameOf);
 INSTANTIATE_TEST_SUITE_P(Each, FaultWithoutTheProgram, testing::Values(kSegv), nameOf);
 INSTANTIATE_TEST_SUITE_P(Elsewhere, FaultInAnEventHandler,
                          testing::Values(
