@@ -2,9 +2,6 @@
 
 #include "qxframework/diagnostics/internal/dump_process.h"
 #include "qxframework/diagnostics/internal/fault_signals.h"
-#include "qxframework/diagnostics/internal/process_memory.h"
-#include "qxframework/diagnostics/stack_walker.h"
-#include "qxframework/logging/function_log.h"
 
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -16,9 +13,6 @@
 #include <csignal>
 #include <exception>
 #include <iterator>
-#include <memory>
-#include <mutex>
-#include <utility>
 
 namespace qx {
 namespace {
@@ -29,9 +23,8 @@ constexpr std::size_t kHandlerStack = 64 << 10;
 
 // The thread whose fault is being dumped, 0 as long as there was no fault, and its signal.
 std::atomic<pid_t> g_faulting{0};
-std::atomic<int> g_firstSignal{0};
+std::atomic<int> g_firstSignal{};
 std::terminate_handler g_terminateBefore = nullptr;
-const CComBSTR* g_moduleName = nullptr;
 FaultReport g_report;  // of the first fault; too large for a small stack on some machines
 
 // Ends the process by the signal, here and now.
@@ -41,19 +34,6 @@ FaultReport g_report;  // of the first fault; too large for a small stack on som
   // Not reached, unless the process is one that the kernel protects from signals.
   kill(getpid(), SIGKILL);
   _exit(128 + number);
-}
-
-// Copies the module name of the log, if it is sound. The text is on the heap, which may be broken,
-// so that it is read in a way that cannot fault.
-void copyModuleName(char16_t (&name)[64]) {
-  const OLECHAR* text = g_moduleName->m_str;
-  std::size_t units = 0;
-  if (text != nullptr) {
-    units = diagnostics::readMemory(getpid(), reinterpret_cast<std::uintptr_t>(text), name,
-                                    sizeof name) /
-            sizeof(char16_t);
-  }
-  name[std::min(units, std::size(name) - 1)] = 0;
 }
 
 // Returns false if this thread's dump is being written already.
@@ -75,7 +55,8 @@ void dump(int number, const void* address, const CONTEXT& context) {
   g_report.signal = number;
   g_report.address = reinterpret_cast<std::uintptr_t>(address);
   g_report.context = context;
-  copyModuleName(g_report.module);
+  // Zeros follow, since the report is written once.
+  keptModuleName().copy(g_report.module, kMaxKeptModuleName);
   diagnostics::dumpFromOutside(g_report);
 }
 
@@ -171,20 +152,11 @@ bool guardThisThread() {
 
 bool installFaultGuard() {
   static const bool installed = [] {
-    g_moduleName = std::addressof(logModuleName());
     if (!diagnostics::prepareDump() || !handleSignals()) return false;
     g_terminateBefore = std::set_terminate(onTerminate);
     return true;
   }();
   return guardThisThread() && installed;
-}
-
-void diagnostics::writeDump(const FaultReport& report) {
-  CONTEXT context = report.context;
-  EXCEPTION_RECORD record{static_cast<DWORD>(report.signal),
-                          reinterpret_cast<void*>(report.address)};
-  EXCEPTION_POINTERS pointers{&record, &context};
-  ExpFilter(&pointers, static_cast<unsigned long>(report.signal));
 }
 
 }  // namespace qx

@@ -109,9 +109,7 @@ bool StackWalker::LoadModules() try {
     if (path == nullptr) return SetLastError(ERROR_NOT_ENOUGH_MEMORY), false;
     BuildSearchPath(path.get(), kPathSize);
   }
-  const bool ready = m_sw->initialize(path.get());
-  path.reset();
-  if (!ready) {
+  if (!m_sw->initialize(path.get())) {
     OnDbgHelpErr("Error while initializing dbghelp.dll", 0, 0);
     SetLastError(ERROR_DLL_INIT_FAILED);
     return false;
@@ -176,6 +174,7 @@ bool StackWalker::ShowCallstack(HANDLE thread, const CONTEXT* context,
 void StackWalker::WalkFrames(const CONTEXT& context) {
   const DebugHelp& help = m_sw->functions();
   StackFrame frame;
+  frame.pc = qx::diagnostics::registersOf(context).pc;
   const auto entry = std::make_unique<CallstackEntry>();
   for (CallstackEntryType type = firstEntry;; type = nextEntry) {
     if (!help.StackWalk64(m_sw->session(), qx::diagnostics::kMachine, frame, context,
@@ -238,12 +237,10 @@ void StackWalker::OnSymInit(const char* searchPath, DWORD symOptions, const char
   // product, which it lacks.
   utsname system{};
   uname(&system);
-  int major = 0;
-  int minor = 0;
-  int build = 0;
-  std::sscanf(system.release, "%d.%d.%d", &major, &minor, &build);
-  formatLine(line, "OS-Version: %d.%d.%d (%s) 0x%x-0x%x\n", major, minor, build, system.version, 0U,
-             0U);
+  int version[3] = {};
+  std::sscanf(system.release, "%d.%d.%d", &version[0], &version[1], &version[2]);
+  formatLine(line, "OS-Version: %d.%d.%d (%s) 0x%x-0x%x\n", version[0], version[1], version[2],
+             system.version, 0U, 0U);
   OnOutput(line);
 }
 

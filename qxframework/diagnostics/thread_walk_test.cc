@@ -89,11 +89,12 @@ TEST(ThreadWalk, OfAThreadOfAnotherProcessFails) {
 }
 
 TEST(ThreadWalk, SurvivesThreadsThatEndMeanwhile) {
+  RecordingWalker walker;
   for (int i = 0; i < 30; ++i) {
     Counter counter;
     const HANDLE thread = qx::threadHandle(counter.id());
     std::thread ending([&] { counter.end(); });
-    RecordingWalker walker;
+    walker.entries.clear();
     const bool walked = walker.ShowCallstack(thread);
     EXPECT_EQ(walked, !walker.entries.empty());
     ending.join();
@@ -128,8 +129,8 @@ TEST(ThreadWalk, WalksOfSeveralThreadsTakeTurns) {
   std::atomic<int> complete{0};
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&, i] {
+      RecordingWalker walker;
       for (int round = 0; round < 5; ++round) {
-        RecordingWalker walker;
         const bool walked = i % 2 == 0 ? walker.ShowCallstack()
                                        : walker.ShowCallstack(qx::threadHandle(counter.id()));
         if (walked && walker.entries.back().type == 2) ++complete;
@@ -178,6 +179,82 @@ TEST(ThreadSuspension, HoldsAndResumesTheThread) {
     suspension.resume();
     while (counter.value() == held) std::this_thread::yield();
   }
+}
+
+TEST(ThreadSuspension, LetsTheThreadGoOnBeforeItHoldsAnother) {
+  Counter first;
+  Counter second;
+  ThreadSuspension suspension;
+  CONTEXT context{};
+  ASSERT_TRUE(suspension.suspend(first.id(), context));
+  ASSERT_TRUE(suspension.suspend(second.id(), context));
+  const std::uint64_t held = second.value();
+  const std::uint64_t before = first.value();
+  while (first.value() == before) std::this_thread::yield();
+  EXPECT_EQ(second.value(), held);
+}
+
+TEST(ThreadSuspension, ResumesItsOwnThreadOnly) {
+  Counter first;
+  Counter second;
+  ThreadSuspension former;
+  ThreadSuspension suspension;
+  CONTEXT context{};
+  ASSERT_TRUE(former.suspend(first.id(), context));
+  former.resume();
+  ASSERT_TRUE(suspension.suspend(second.id(), context));
+  const std::uint64_t held = second.value();
+  former.resume();
+  const std::uint64_t before = first.value();
+  while (first.value() < before + 1000) std::this_thread::yield();
+  EXPECT_EQ(second.value(), held);
+}
+
+// A program that uses the same signal for itself. Such a handler counts what it gets.
+std::atomic<int> g_foreign{0};
+
+int sendForeignSignals() {
+  const int number = SIGRTMAX - 3;
+  const auto self = [](int, siginfo_t* info, void*) { g_foreign += info->si_value.sival_int; };
+  struct sigaction action {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = self;
+  sigaction(number, &action, nullptr);
+  {
+    Counter counter;
+    ThreadSuspension suspension;
+    CONTEXT context{};
+    if (!suspension.suspend(counter.id(), context)) return 1;
+  }
+  sigqueue(getpid(), number, {.sival_int = 5});
+  if (g_foreign != 5) return 2;
+  std::raise(number);
+  return g_foreign == 5 ? 0 : 3;
+}
+
+// In a program of its own, since the handler is installed once.
+TEST(ThreadSuspensionDeathTest, LeavesTheSignalsOfTheProgramToItsOwnHandler) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(_exit(sendForeignSignals()), testing::ExitedWithCode(0), "");
+}
+
+int raisePlainSignal(sighandler_t handler) {
+  const int number = SIGRTMAX - 3;
+  signal(number, handler);
+  {
+    Counter counter;
+    ThreadSuspension suspension;
+    CONTEXT context{};
+    if (!suspension.suspend(counter.id(), context)) return 1;
+  }
+  std::raise(number);
+  return g_foreign;
+}
+
+TEST(ThreadSuspensionDeathTest, LeavesTheSignalsOfTheProgramToItsPlainHandler) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(_exit(raisePlainSignal([](int) { g_foreign = 7; })), testing::ExitedWithCode(7), "");
+  EXPECT_EXIT(_exit(raisePlainSignal(SIG_IGN)), testing::ExitedWithCode(0), "");
 }
 
 // A thread with a lock that the walk needs must not stop the walk for ever.

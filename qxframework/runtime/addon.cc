@@ -5,6 +5,7 @@
 #include "qxframework/host/application.h"
 #include "qxframework/host/gui_api.h"
 #include "qxframework/logging/function_log.h"
+#include "qxframework/logging/module_name.h"
 #include "qxframework/os/named_mutex.h"
 #include "qxframework/runtime/event_sink.h"
 #include "qxframework/runtime/internal/attach_counters.h"
@@ -54,7 +55,7 @@ void keepUntilProcessEnds(CQXEventSink* sink) {
 
 CQXAddOn::CQXAddOn(std::u16string connection, std::u16string moduleName, std::u16string identifier)
     : m_strIdentifier(std::move(identifier)), m_strConnection(std::move(connection)) {
-  qx::logModuleName() = CComBSTR(moduleName);
+  qx::setLogModuleName(moduleName);
   qx::openAttachCounters();
 }
 

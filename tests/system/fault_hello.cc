@@ -4,7 +4,6 @@
 
 #include "qxframework/qxframework.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -22,8 +21,12 @@ volatile int sink = 0;
 }
 
 // The event sink catches what a form throws, but nothing can leave a function like the second one.
+// Some compilers unwind the stack up to that function before they call std::terminate.
 [[gnu::noinline]] void throwError() { throw std::runtime_error("no more orders"); }
 [[gnu::noinline]] void throwUncaught() noexcept { throwError(); }
+
+// Nothing catches what a thread's function throws, and so nothing unwinds its stack.
+[[gnu::noinline]] void throwInThread() { std::thread(throwError).join(); }
 
 // Two functions in turn, so that no frame returns to itself.
 void overflowAgain(int depth);
@@ -38,8 +41,10 @@ void overflowAgain(int depth);
   sink = sink + space[depth % 512];
 }
 
-// Overwrites the sizes in front of blocks of the heap, and then uses the heap until it notices.
+// Overwrites a block that the library uses and the sizes in front of other blocks, and then uses
+// the heap until it notices.
 [[gnu::noinline]] void corruptHeap() {
+  std::memset(qx::logModuleName().m_str, 0x5A, sizeof u"HELLO" - sizeof(char16_t));
   char* volatile blocks[64];
   for (auto& block : blocks) block = static_cast<char*>(std::malloc(40));
   for (auto& block : blocks) std::memset(block - 16, 0x5A, 56);
@@ -67,11 +72,11 @@ void overflowAgain(int depth);
   if (fault == "segv") writeToNowhere();
   if (fault == "abort") std::abort();
   if (fault == "throw") throwUncaught();
+  if (fault == "thread") throwInThread();
   if (fault == "overflow") overflow(0);
   if (fault == "heap") corruptHeap();
   if (fault == "malloc") abortInsideMalloc();
   if (fault == "null") callNull();
-  if (fault == "raise") std::raise(SIGFPE);
 }
 
 }  // namespace

@@ -44,8 +44,9 @@ std::ostream& operator<<(std::ostream& out, const Fault& fault) { return out << 
 
 class FaultInAnEventHandler : public testing::TestWithParam<Fault> {
  protected:
-  /// Runs the add-on up to its end by the fault and returns its output.
-  std::string run(const std::string& level = "6") {
+  /// Runs the add-on up to its end by the fault and returns its output. A variable ("NAME=VALUE")
+  /// is added to its environment.
+  std::string run(const std::string& level = "6", const std::string& variable = "QX_TEST=") {
     const std::filesystem::path play = folder.write("fault.play", "start\nopen 3101\npress * 1\n");
     const std::filesystem::path settings = folder.write("log.toml", "level = " + level + "\n");
     ChildProcess hello(
@@ -53,7 +54,7 @@ class FaultInAnEventHandler : public testing::TestWithParam<Fault> {
          "embedded:?db=" + folder.file("company.db") + "&engine=mssql&play=" + play.string()},
         {"QX_TEST_FAULT=" + std::string(GetParam().name), "QX_TEST_LAST_WORDS=" + level,
          "QX_RUNTIME_DIR=" + folder.file("run"), "QX_LOG_DIR=" + folder.file("log"),
-         "QX_LOG_SETTINGS=" + settings.string()});
+         "QX_LOG_SETTINGS=" + settings.string(), variable});
     const std::string text = hello.rest();
     EXPECT_EQ(hello.wait(), -GetParam().signal);
     process = hello.pid();
@@ -92,9 +93,10 @@ TEST_P(FaultInAnEventHandler, LeavesTheStackTheTraceAndTheSignal) {
   EXPECT_THAT(end[1], testing::StartsWith(note()));
 }
 
-TEST_P(FaultInAnEventHandler, LeavesTheStackUpToMain) {
-  // An overflow has more frames than a dump.
-  if (std::string_view(GetParam().name) == "overflow") return;
+// Faults whose dumps reach the outermost frame of the main thread.
+using FaultOnTheMainThread = FaultInAnEventHandler;
+
+TEST_P(FaultOnTheMainThread, LeavesTheStackUpToMain) {
   const std::string dump = run();
   EXPECT_THAT(dump, HasSubstr("tests/system/fault_hello.cc (" +
                               lineWith("tests/system/fault_hello.cc", "provoke(fault ==") +
@@ -119,28 +121,62 @@ TEST_P(FaultInAnEventHandler, LeavesTheLastRecordOfEachLevel) {
   }
 }
 
+// The log records all levels, and the last record is of a lower one.
+using FaultAtTheHighestSetting = FaultInAnEventHandler;
+
+TEST_P(FaultAtTheHighestSetting, LeavesTheLastRecordOfEachLevel) {
+  for (const char* level : {"1", "2", "3", "4", "5"}) {
+    run("6", "QX_TEST_LAST_WORDS=" + std::string(level));
+    EXPECT_THAT(logEnd(2), ElementsAre(kLastWords, testing::StartsWith(note()))) << level;
+    std::filesystem::remove_all(folder.path() / "log");
+  }
+}
+
+// Here a copy of the process writes the dump.
+using FaultWithoutTheProgram = FaultInAnEventHandler;
+
+TEST_P(FaultWithoutTheProgram, LeavesTheStackTheTraceAndTheSignal) {
+  // The program is looked for beside the library.
+  const std::filesystem::path library = folder.path() / "alone/lib" / QX_FRAMEWORK_SONAME;
+  std::filesystem::create_directories(library.parent_path());
+  std::filesystem::copy_file(QX_FRAMEWORK_FILE, library);
+  const std::string dump = run("6", "LD_LIBRARY_PATH=" + library.parent_path().string());
+  EXPECT_THAT(dump, HasSubstr(library.string() + ":"));
+  EXPECT_THAT(dump, HasSubstr("): (anonymous namespace)::" + std::string(GetParam().function)));
+  EXPECT_THAT(logEnd(2), ElementsAre(kLastWords, testing::StartsWith(note())));
+}
+
 std::string nameOf(const testing::TestParamInfo<Fault>& each) { return each.param.name; }
 
-INSTANTIATE_TEST_SUITE_P(
-    Each, FaultInAnEventHandler,
-    testing::Values(
-        Fault{"segv", SIGSEGV, "Segmentation fault", "writeToNowhere()", "*nowhere = 1"},
-        Fault{"abort", SIGABRT, "Aborted",
-              "provoke(std::basic_string_view<char, std::char_traits<char> >)", "std::abort();"},
-        Fault{"throw", SIGABRT, "Aborted", "throwError()", "throw std::runtime_error"},
-        Fault{"overflow", SIGSEGV, "Segmentation fault", "overflow(int)",
-              "overflowAgain(depth + space"},
-        Fault{"null", SIGSEGV, "Segmentation fault", "callNull()", "nothing();"}),
-    nameOf);
+constexpr Fault kSegv{"segv", SIGSEGV, "Segmentation fault", "writeToNowhere()", "*nowhere = 1"};
+
+const auto kOnTheMainThread = testing::Values(
+    kSegv,
+    Fault{"abort", SIGABRT, "Aborted",
+          "provoke(std::basic_string_view<char, std::char_traits<char> >)", "std::abort();"},
+    Fault{"throw", SIGABRT, "Aborted", "throwUncaught()", "noexcept { throwError();"},
+    Fault{"null", SIGSEGV, "Segmentation fault", "callNull()", "nothing();"});
+
+INSTANTIATE_TEST_SUITE_P(Each, FaultInAnEventHandler, kOnTheMainThread, nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, FaultOnTheMainThread, kOnTheMainThread, nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, FaultAtTheHighestSetting, testing::Values(kSegv), nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, FaultWithoutTheProgram, testing::Values(kSegv), nameOf);
+INSTANTIATE_TEST_SUITE_P(Elsewhere, FaultInAnEventHandler,
+                         testing::Values(
+                             // An overflow has more frames than a dump.
+                             Fault{"overflow", SIGSEGV, "Segmentation fault", "overflow(int)",
+                                   "overflowAgain(depth + space"},
+                             Fault{"thread", SIGABRT, "Aborted", "throwError()",
+                                   "throw std::runtime_error"}),
+                         nameOf);
 
 #ifndef QX_SANITIZED
 // The sanitizer has an allocator of its own, which notices other things.
-INSTANTIATE_TEST_SUITE_P(Heap, FaultInAnEventHandler,
-                         testing::Values(Fault{"heap", SIGABRT, "Aborted", "corruptHeap()",
-                                               "std::free(block);"},
-                                         Fault{"malloc", SIGABRT, "Aborted", "abortInsideMalloc()",
-                                               "std::malloc(2000)"}),
-                         nameOf);
+const auto kInTheHeap = testing::Values(
+    Fault{"heap", SIGABRT, "Aborted", "corruptHeap()", "std::free(block);"},
+    Fault{"malloc", SIGABRT, "Aborted", "abortInsideMalloc()", "std::malloc(2000)"});
+INSTANTIATE_TEST_SUITE_P(Heap, FaultInAnEventHandler, kInTheHeap, nameOf);
+INSTANTIATE_TEST_SUITE_P(Heap, FaultOnTheMainThread, kInTheHeap, nameOf);
 #endif
 
 }  // namespace

@@ -2,12 +2,9 @@
 // starts it (qxframework/diagnostics/fault_guard.h); it is of no use by hand. It has a sound heap
 // and reads the other one from outside.
 
-#include "qxframework/automation/class_object.h"
-#include "qxframework/automation/format.h"
 #include "qxframework/diagnostics/internal/fault_report.h"
 #include "qxframework/diagnostics/internal/fault_signals.h"
 #include "qxframework/diagnostics/internal/process_memory.h"
-#include "qxframework/logging/function_log.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -15,7 +12,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -60,19 +57,6 @@ bool canRead(const FaultReport& report) {
          size == report.size;
 }
 
-// A record of the lowest level is written at once, and with it the records of the trace before it
-// that still wait in the memory of the log.
-void noteInLog(const FaultReport& report) {
-  const CComPtr<QXLoggerLib::IQXLogger> logger = qx::createLogger();
-  if (logger == nullptr) return;
-  const CComBSTR module(report.module);
-  const CComBSTR function(u"qx::installFaultGuard");
-  const CComBSTR message(qx::format(u"Process %d ends by signal %d (%s), address %p\n",
-                                    report.process, report.signal, strsignal(report.signal),
-                                    reinterpret_cast<const void*>(report.address)));
-  logger->WriteLog(0, module, QXLoggerLib::sl_Error, function, message);
-}
-
 }  // namespace
 
 int main(int argc, char**) {
@@ -83,7 +67,7 @@ int main(int argc, char**) {
   prepareProcess();
   qx::diagnostics::walkProcess(report.process);
   // The log comes first, since the dump may need more time than there is.
-  noteInLog(report);
+  qx::diagnostics::noteInLog(report);
   qx::diagnostics::writeDump(report);
   return 0;
 }

@@ -55,6 +55,31 @@ TEST(DebugLibrary, IsFoundByItsPlainName) {
   EXPECT_EQ(library.functions().begin, nullptr);
 }
 
+bool isLoaded() {
+  void* library = dlopen("libdw.so.1", RTLD_NOW | RTLD_NOLOAD);
+  if (library != nullptr) dlclose(library);
+  return library != nullptr;
+}
+
+TEST(DebugLibrary, IsUnloadedAlsoIfItWasLoadedTwice) {
+  ASSERT_FALSE(isLoaded());
+  {
+    DebugLibrary library;
+    ASSERT_TRUE(library.load("/none"));
+    ASSERT_TRUE(library.load("/none"));
+    EXPECT_TRUE(isLoaded());
+  }
+  EXPECT_FALSE(isLoaded());
+}
+
+TEST(DebugLibrary, FinderOfItsFunctionsIsReplacedAndReturned) {
+  constexpr auto kNothing = [](void*, const char*) -> void* { return nullptr; };
+  const qx::diagnostics::FunctionFinder finder = kNothing;
+  EXPECT_EQ(qx::diagnostics::setFunctionFinder(finder), nullptr);
+  EXPECT_EQ(qx::diagnostics::setFunctionFinder(nullptr), finder);
+  EXPECT_EQ(qx::diagnostics::setFunctionFinder(nullptr), nullptr);
+}
+
 // The fixture is a library without the functions, so that its choice shows.
 TEST(DebugLibrary, ToolsComeBeforeThePlainName) {
   const qx::test::TempFolder folder;

@@ -9,6 +9,7 @@
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -123,7 +124,10 @@ int dumpInCopy(void* data) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   restoreFaultSignals();
   std::set_terminate(std::abort);
-  writeDump(*static_cast<const FaultReport*>(data));
+  const auto& report = *static_cast<const FaultReport*>(data);
+  // The stack comes first here: a lock of the log may be held by a thread that the copy lacks.
+  writeDump(report);
+  noteInLog(report);
   _exit(0);
 }
 
@@ -153,6 +157,15 @@ End waitFor(pid_t child, std::int64_t deadline) {
 // A child without a signal for its end, so that the process's own handler of SIGCHLD is not called.
 pid_t startChild(int (*entry)(void*), char* stack, std::size_t size, int flags, void* data) {
   return clone(entry, stack + size, flags, data);
+}
+
+// A program that has lost track of its files may have reached its limit for them, and a dump needs
+// some.
+void allowMoreFiles() {
+  rlimit files{};
+  if (getrlimit(RLIMIT_NOFILE, &files) != 0) return;
+  files.rlim_cur = files.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &files);
 }
 
 // Returns kBadly if the program is missing, may not read this process or fails.
@@ -189,6 +202,7 @@ bool prepareDump() {
 void dumpFromOutside(const FaultReport& report) {
   if (g_prepared == nullptr) return;
   const std::int64_t deadline = milliseconds() + kDumpMilliseconds;
+  allowMoreFiles();
   if (dumpByProgram(report, deadline) == End::kBadly) dumpByCopy(report, deadline);
 }
 

@@ -3,6 +3,7 @@
 // What a dying process hands to the program that writes its dump.
 
 #include "qxframework/diagnostics/exception_context.h"
+#include "qxframework/logging/module_name.h"
 
 #include <sys/types.h>
 
@@ -24,10 +25,14 @@ struct FaultReport {
   int signal;
   std::uint64_t address;  ///< what the fault is about, as the signal reports it
   CONTEXT context;
-  char16_t module[64];  ///< the module name of the log, cut and terminated
+  char16_t module[kMaxKeptModuleName + 1];  ///< the kept module name of the log, terminated
 };
 static_assert(std::is_trivially_copyable_v<FaultReport>);
 
+/// Writes a record of level 1 into the log. Such a record is written at once, and with it the
+/// records of the trace before it that still wait in the memory of the log. Does nothing without a
+/// logging component.
+void noteInLog(const FaultReport& report);
 /// Writes the stack of the report through ExpFilter().
 void writeDump(const FaultReport& report);
 

@@ -28,8 +28,14 @@ std::string userName() {
   return std::to_string(geteuid());
 }
 
-// Returns the four numbers of a text such as "9.20.00.01", the first in the uppermost 16 bits. A
-// number that is missing or too large counts as 0.
+std::uint64_t versionOf(const std::string& file) {
+  const std::optional<VersionBlock> block = VersionBlock::ofFile(file);
+  const auto text = block ? block->query(u"FileVersion") : std::nullopt;
+  return text ? parseVersion(text->text) : 0;
+}
+
+}  // namespace
+
 std::uint64_t parseVersion(std::u16string_view text) {
   std::uint64_t version = 0;
   for (int i = 0; i < 4; ++i) {
@@ -44,14 +50,6 @@ std::uint64_t parseVersion(std::u16string_view text) {
   return version;
 }
 
-std::uint64_t versionOf(const std::string& file) {
-  const std::optional<VersionBlock> block = VersionBlock::ofFile(file);
-  const auto text = block ? block->query(u"FileVersion") : std::nullopt;
-  return text ? parseVersion(text->text) : 0;
-}
-
-}  // namespace
-
 bool StackWalkerHelper::initialize(const char* searchPath) {
   unload();
   if (!library_.load(walkedExecutable())) return false;
@@ -60,11 +58,8 @@ bool StackWalkerHelper::initialize(const char* searchPath) {
     return false;
   }
   if (searchPath != nullptr) searchPath_ = searchPath;
-  session_ = functions_.SymInitialize(library_.functions(), process_, searchPath_.c_str());
-  if (session_ == nullptr) {
+  if (!functions_.SymInitialize(library_.functions(), process_, searchPath_.c_str(), session_)) {
     owner_.OnDbgHelpErr("SymInitialize", GetLastError(), 0);
-    unload();
-    return false;
   }
   const DWORD options = functions_.SymGetOptions(*session_) | kLoadLines | kFailCriticalErrors;
   functions_.SymSetOptions(*session_, options);

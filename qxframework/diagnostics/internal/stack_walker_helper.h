@@ -45,6 +45,10 @@ class StackWalkerHelper {
   SessionPtr session_;
 };
 
+/// Returns the four numbers of a text such as "9.20.00.01", the first in the uppermost 16 bits. A
+/// number that is missing or too large counts as 0.
+std::uint64_t parseVersion(std::u16string_view text);
+
 /// Returns the text of a symbol type. The two lists of names differ in the value of "DIA".
 const char* symTypeOfModule(DWORD type);
 const char* symTypeOfEntry(DWORD type);

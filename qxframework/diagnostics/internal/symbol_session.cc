@@ -39,15 +39,18 @@ class SymbolSession {
   DWORD options = 0;
   bool attached = false;
 
-  // The walk in progress. libdw finds all frames in one call; StackWalk64 hands them out.
-  const CONTEXT* context = nullptr;
-  MemoryReader reader = nullptr;
-  std::vector<Frame> frames;
-  std::size_t next = 0;
-  bool startsWild = false;          // the first frame is an address without a function
-  std::size_t unreadableAfter = 0;  // the number of frames when memory was last unreadable
-  DWORD end = ERROR_SUCCESS;        // the error behind the last frame; 0 if it is the outermost one
-  std::uint64_t callAddress = 0;    // the pc of the frame handed out last, if it is a call
+  // A walk. libdw finds all frames in one call; StackWalk64 hands them out.
+  struct Walk {
+    const CONTEXT* context = nullptr;
+    MemoryReader reader = nullptr;
+    std::vector<Frame> frames{};
+    std::size_t next = 0;
+    bool startsWild = false;          // the first frame is an address without a function
+    std::size_t unreadableAfter = 0;  // the number of frames when memory was last unreadable
+    DWORD end = ERROR_SUCCESS;      // the error behind the last frame; 0 if it is the outermost one
+    std::uint64_t callAddress = 0;  // the pc of the frame handed out last, if it is a call
+  };
+  Walk walk;  // in progress
 
   static const Dwfl_Callbacks callbacks;
 };
@@ -92,19 +95,19 @@ void copyText(std::string_view text, char* buffer, std::size_t size) {
 // Returns the address by which symbols and lines are looked up. A call may be the last instruction
 // of its function; the address behind it is then in the next one.
 std::uint64_t lookUpAddress(const SymbolSession& session, std::uint64_t address) {
-  return address != 0 && address == session.callAddress ? address - 1 : address;
+  return address != 0 && address == session.walk.callAddress ? address - 1 : address;
 }
 
 Dwfl_Module* moduleAt(SymbolSession& session, std::uint64_t address) {
+  if (session.dwfl == nullptr) return nullptr;
   return session.dw.moduleAt(session.dwfl, lookUpAddress(session, address));
 }
 
-SessionPtr initialize(const DwarfFunctions& library, HANDLE process, const char* searchPath) {
+bool initialize(const DwarfFunctions& library, HANDLE process, const char* searchPath,
+                SessionPtr& session) {
   g_findDebugInfo = library.findDebugInfo;
-  SessionPtr session(new SymbolSession(library, process, searchPath));
-  if (session->dwfl != nullptr) return session;
-  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-  return nullptr;
+  session.reset(new SymbolSession(library, process, searchPath));
+  return session->dwfl != nullptr || fails(ERROR_NOT_ENOUGH_MEMORY);
 }
 
 void cleanUp(SessionPtr session) { session.reset(); }
@@ -120,6 +123,7 @@ bool getSearchPath(const SymbolSession& session, char* path, DWORD size) {
 std::uint64_t loadModule(SymbolSession& session, const char* image, const char*, std::uint64_t base,
                          DWORD size) {
   const DwarfFunctions& dw = session.dw;
+  if (session.dwfl == nullptr) return fails(ERROR_NOT_ENOUGH_MEMORY);
   dw.reportBegin(session.dwfl);
   Dwfl_Module* module = dw.reportModule(session.dwfl, image, base, base + size);
   if (module != nullptr) {
@@ -227,10 +231,11 @@ DWORD undecorate(const SymbolSession&, const char* name, char* text, DWORD size,
 bool readWord(Dwfl*, Dwarf_Addr address, Dwarf_Word* word, void* data) {
   auto* session = static_cast<SymbolSession*>(data);
   DWORD count = 0;
-  const bool complete = session->reader(session->process, address, word, sizeof *word, &count) &&
-                        count == sizeof *word;
+  const bool complete =
+      session->walk.reader(session->process, address, word, sizeof *word, &count) &&
+      count == sizeof *word;
   // libdw takes a return address that it cannot read for the end of the stack.
-  if (!complete) session->unreadableAfter = session->frames.size();
+  if (!complete) session->walk.unreadableAfter = session->walk.frames.size();
   return complete;
 }
 
@@ -243,20 +248,20 @@ void leaveWildFunction(SymbolSession& session, Registers& registers) {
   if (!returnAddressOfCall(
           registers,
           [&](std::uint64_t address, std::uint64_t* word) {
-            return session.reader(session.process, address, word, sizeof *word, &count);
+            return session.walk.reader(session.process, address, word, sizeof *word, &count);
           },
           &caller)) {
     return;
   }
   if (session.dw.moduleAt(session.dwfl, caller) == nullptr) return;
-  session.frames.push_back({registers.pc, false});
-  session.startsWild = true;
+  session.walk.frames.push_back({registers.pc, false});
+  session.walk.startsWild = true;
   leaveCall(registers, caller);
 }
 
 bool setRegisters(Dwfl_Thread* thread, void* data) {
   auto* session = static_cast<SymbolSession*>(data);
-  Registers registers = registersOf(*session->context);
+  Registers registers = registersOf(*session->walk.context);
   leaveWildFunction(*session, registers);
   session->dw.setPc(thread, registers.pc);
   return session->dw.setRegisters(thread, 0, Registers::kCount, registers.numbered);
@@ -281,35 +286,31 @@ int addFrame(Dwfl_Frame* state, void* data) {
   Dwarf_Addr pc = 0;
   bool isActivation = false;
   if (!session->dw.framePc(state, &pc, &isActivation)) return DWARF_CB_ABORT;
+  SymbolSession::Walk& walk = session->walk;
   // The frame that called a wild address looks like an interrupted one to libdw, as it is the first
   // one there, but it is at a call.
-  const bool calledWild = session->startsWild && session->frames.size() == 1;
-  session->frames.push_back({pc, calledWild || !isActivation});
-  if (session->frames.size() < kMostFrames) return DWARF_CB_OK;
-  session->end = ERROR_STACK_OVERFLOW;
+  const bool calledWild = walk.startsWild && walk.frames.size() == 1;
+  walk.frames.push_back({pc, calledWild || !isActivation});
+  if (walk.frames.size() < kMostFrames) return DWARF_CB_OK;
+  walk.end = ERROR_STACK_OVERFLOW;
   return DWARF_CB_ABORT;
 }
 
 // The first step finds all frames. The last one has no return address, or an unknown one if libdw
 // could not unwind it.
 bool startWalk(SymbolSession& session, const CONTEXT& context, MemoryReader read) {
-  session.context = &context;
-  session.reader = read;
-  session.frames.clear();
-  session.next = 0;
-  session.startsWild = false;
-  session.unreadableAfter = 0;
-  session.end = ERROR_SUCCESS;
+  SymbolSession::Walk& walk = session.walk;
+  walk = {.context = &context, .reader = read};
   const DwarfFunctions& dw = session.dw;
   const pid_t process = processIdOf(session.process);
   // The session is attached with its first walk, when it knows the modules and so the machine.
-  if (!session.attached) {
+  if (!session.attached && session.dwfl != nullptr) {
     session.attached = dw.attach(session.dwfl, nullptr, process, &kThreadCallbacks, &session);
   }
   if (!session.attached) return fails(ERROR_DLL_INIT_FAILED);
   const int result = dw.frames(session.dwfl, process, addFrame, &session);
-  const bool cutOff = !session.frames.empty() && session.unreadableAfter == session.frames.size();
-  if ((result != 0 || cutOff) && session.end == ERROR_SUCCESS) session.end = ERROR_INVALID_ADDRESS;
+  const bool cutOff = !walk.frames.empty() && walk.unreadableAfter == walk.frames.size();
+  if ((result != 0 || cutOff) && walk.end == ERROR_SUCCESS) walk.end = ERROR_INVALID_ADDRESS;
   return true;
 }
 
@@ -318,14 +319,15 @@ bool stackWalk(SymbolSession& session, DWORD machine, StackFrame& frame, const C
   if (machine != kMachine) return fails(ERROR_INVALID_HANDLE);
   if (!frame.started && !startWalk(session, context, read)) return false;
   frame.started = true;
-  if (session.next == session.frames.size()) return fails(session.end);
-  const SymbolSession::Frame& found = session.frames[session.next++];
+  SymbolSession::Walk& walk = session.walk;
+  if (walk.next == walk.frames.size()) return fails(walk.end);
+  const SymbolSession::Frame& found = walk.frames[walk.next++];
   frame.pc = found.pc;
-  session.callAddress = found.isCall ? found.pc : 0;
-  if (session.next < session.frames.size()) {
-    frame.returnAddress = session.frames[session.next].pc;
+  walk.callAddress = found.isCall ? found.pc : 0;
+  if (walk.next < walk.frames.size()) {
+    frame.returnAddress = walk.frames[walk.next].pc;
   } else {
-    frame.returnAddress = session.end == ERROR_SUCCESS ? 0 : kUnknownReturn;
+    frame.returnAddress = walk.end == ERROR_SUCCESS ? 0 : kUnknownReturn;
   }
   return true;
 }

@@ -49,11 +49,9 @@ struct ModuleInfo {
 using MemoryReader = bool (*)(HANDLE process, std::uint64_t address, void* buffer, DWORD size,
                               DWORD* count);
 
-/// The place of a walk. It starts with the registers of the context.
+/// The place of a walk. It is prepared with the registers of the context.
 struct StackFrame {
   std::uint64_t pc = 0;
-  std::uint64_t framePointer = 0;
-  std::uint64_t stackPointer = 0;
   /// The address at which the caller continues; 0 in the outermost frame.
   std::uint64_t returnAddress = 0;
   bool started = false;
@@ -72,8 +70,9 @@ using SessionPtr = std::unique_ptr<SymbolSession, SessionDeleter>;
 
 /// The function table of the library. SymGetLineFromAddr64 may be null.
 struct DebugHelp {
-  SessionPtr (*SymInitialize)(const DwarfFunctions& library, HANDLE process,
-                              const char* searchPath);
+  /// Stores a session also if it fails; every look-up of that session fails.
+  bool (*SymInitialize)(const DwarfFunctions& library, HANDLE process, const char* searchPath,
+                        SessionPtr& session);
   void (*SymCleanup)(SessionPtr session);
   /// Steps `frame` to the next frame, the first time to the first one.
   bool (*StackWalk64)(SymbolSession& session, DWORD machine, StackFrame& frame,

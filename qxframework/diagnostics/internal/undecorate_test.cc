@@ -35,6 +35,8 @@ TEST(Undecorate, NameOnlyKeepsUnnamedPlacesAndLambdas) {
   EXPECT_EQ(nameOnly("f()::{lambda(int)#1}::operator()(int) const"),
             "f()::{lambda(int)#1}::operator()");
   EXPECT_EQ(nameOnly("f(void (*)(int))"), "f");
+  EXPECT_EQ(nameOnly("f(X<&A::operator-> >)"), "f");
+  EXPECT_EQ(nameOnly("void f<&operator< >(X<&operator< >, int)"), "f<&operator< >");
 }
 
 TEST(Undecorate, NameOnlyKeepsOperators) {
