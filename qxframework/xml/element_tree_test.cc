@@ -85,8 +85,10 @@ INSTANTIATE_TEST_SUITE_P(, RefusedElements,
                          testing::Values(u"", u"text", u"<a>", u"<a></b>", u"<a/><b/>",
                                          u"<a b='1' b='2'/>", u"<a b='<'/>", u"<a b=1/>",
                                          u"<a>&unknown;</a>", u"<a b='&unknown;'/>", u"<p:a/>",
-                                         u"<a>\u0001</a>", u"<a>\xd800</a>",
-                                         std::u16string(u"<a>\0</a>", 8),
+                                         u"<a>\u0001</a>", u"<!-- b -- c --><a/>",
+                                         u"<!DOCTYPE a [<!-- b -- ]><a/>", u"<a><!-- b",
+                                         u"<a><?p b", u"<a><![CDATA[b", u"<a>]]></a>",
+                                         u"<a>\xd800</a>", std::u16string(u"<a>\0</a>", 8),
                                          u"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>", nested(256)));
 
 TEST(ElementTree, ReadsAsManyLevelsAsTheDocumentWithNodes) {

@@ -110,14 +110,15 @@ void passOnEnd(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
   rulesOf(context).pass([](TagHandler& tags) { tags.endElement(); });
 }
 
-// Only the elements are wanted.
+// Only the elements are wanted. Comments have a handler all the same: without one the parser does
+// not read their text, which it quotes when it refuses a comment.
 void passOnElements(xmlSAXHandler& handler) {
   handler.startElementNs = passOnStart;
   handler.endElementNs = passOnEnd;
   handler.characters = nullptr;
   handler.ignorableWhitespace = nullptr;
   handler.cdataBlock = nullptr;
-  handler.comment = nullptr;
+  handler.comment = [](void*, const xmlChar*) {};
   handler.processingInstruction = nullptr;
 }
 
