@@ -262,13 +262,10 @@ void ParseRules::countDefaults(const StartTag& tag) {
   }
 }
 
-void ParseRules::pass(const std::function<void(TagHandler&)>& work) {
-  try {
-    work(*tags_);
-  } catch (...) {
-    thrown_ = std::current_exception();
-    refuse("The document was given up.\n");
-  }
+// Keeps the exception that is being handled.
+void ParseRules::giveUp() {
+  thrown_ = std::current_exception();
+  refuse("The document was given up.\n");
 }
 
 void ParseRules::rethrow() const {

@@ -98,5 +98,13 @@ TEST(XmlUtf, FailsForMalformedUtf8) {
   EXPECT_EQ(giveUtf8("", nullptr), E_POINTER);
 }
 
+TEST(XmlUtf, WritesUtf16AndReturnsItsLength) {
+  char16_t out[8] = {};
+  EXPECT_EQ(writeUtf16("", out), 0U);
+  EXPECT_EQ(writeUtf16("a\xC3\xA4\xF0\x9F\x98\x80", out), 4U);
+  EXPECT_EQ(std::u16string_view(out), u"a\u00E4\U0001F600");
+  EXPECT_EQ(writeUtf16("a\xC3", out), std::nullopt);
+}
+
 }  // namespace
 }  // namespace qx::xml
