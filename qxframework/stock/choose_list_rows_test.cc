@@ -28,6 +28,12 @@ class ChooseListRows : public ChooseList {
     return record.application->GetForms()->GetFormByUID(CComBSTR(toUtf16(list)));
   }
   CComPtr<IMatrix> matrix() { return CComPtr<IMatrix>(control<IMatrix>(u"10805").p); }
+  /// Changes the items of the dialog, as another add-on may.
+  void patch(const std::u16string& actions) {
+    record.application->LoadBatchActions(
+        CComBSTR(u"<Application><forms><action type='update'><form uid='" + toUtf16(list) +
+                 u"'><items>" + actions + u"</items></form></action></forms></Application>"));
+  }
   /// Returns the text of a cell of the first column of data.
   std::string key(long row) {
     const auto cell = matrix()->GetColumns()->Item(CComVariant(1L))->GetCells();
@@ -344,15 +350,24 @@ TEST_F(ChooseListRows, OtherItemsAndHeadsThatDoNotSortAreNoErrors) {
   EXPECT_EQ(target->m_ptrForm, nullptr);
 }
 
+TEST_F(ChooseListRows, AButtonOfOthersIsNoneOfItsOwn) {
+  auto target = std::make_unique<PlainForm>(&addOn);
+  choose(kCustomers, true, false, true, true, target.get());
+  patch(u"<action type='add'><item uid='MINE' type='4'/></action>");
+  desk.clickCell(list, kMatrix, "10800010", 2);
+  EXPECT_TRUE(desk.press(list, "MINE"));
+  EXPECT_TRUE(isOpen());
+  EXPECT_THAT(parent->keys, IsEmpty());
+  EXPECT_EQ(target->m_ptrForm, nullptr);
+}
+
 TEST_F(ChooseListRows, AHeadOfAColumnOfOthersIsAnErrorAndSortsNothing) {
   choose(kCustomers);
-  // An add-on puts columns into the matrix, the first of them directly behind the last field.
-  record.application->LoadBatchActions(CComBSTR(
-      u"<Application><forms><action type='update'><form uid='" + toUtf16(list) +
-      u"'><items><action type='update'><item uid='10805'><specific><columns><action type='add'>"
+  // The first of them is directly behind the last field.
+  patch(
+      u"<action type='update'><item uid='10805'><specific><columns><action type='add'>"
       u"<column uid='10800040' type='16' title='D'/><column uid='10800990' type='16' title='E'/>"
-      u"</action></columns></specific></item></action></items></form></action></forms>"
-      u"</Application>"));
+      u"</action></columns></specific></item></action>");
   for (const char* column : {"10800040", "10800990"}) {
     log.records.clear();
     desk.clickCell(list, kMatrix, column, 0);
