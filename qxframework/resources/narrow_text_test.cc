@@ -43,6 +43,12 @@ TEST(TextOfResource, BigEndianMarkMakesWideTextWithoutASwap) {
   EXPECT_EQ(qx::textOfResource("\xFE\xFF\0<"s), u"\uFFFE\u3C00");
 }
 
+TEST(TextOfResource, WideTextEndsAtTheFirstZero) {
+  EXPECT_EQ(qx::textOfResource("\xFF\xFE<\0\0\0a\0"s), u"\uFEFF<");
+  EXPECT_EQ(qx::textOfResource("\xFF\xFE"), u"\uFEFF");
+  EXPECT_EQ(qx::textOfResource("\xFF"), u"\u00FF");
+}
+
 TEST(TextOfResource, OddLastByteIsCompletedByAZero) {
   EXPECT_EQ(qx::textOfResource("\xFF\xFE<\0a"s), u"\uFEFF<a");
 }

@@ -75,6 +75,25 @@ TEST_F(QuotedTextTest, AReplacedValueIsNoLongerTheOpenerThatItWas) {
   EXPECT_EQ(plain(text), "<a id=\"new\" b=\"2\"/>");
 }
 
+TEST_F(QuotedTextTest, CountsTheLinesOfAnEarlierPass) {
+  QuotedText text(u"\n<a id=\"x\ny\" title=\"t\"\n id=\"z\"/>", kOpeners);
+  pass(text, kId, u"one line");
+  pass(text, kTitle, u"three\n\nlines");
+  pass(text, kId, u"");
+  EXPECT_THAT(seen, ElementsAre("x\ny:3", "z:4", "t:2", "one line:2", "one line:5"));
+  EXPECT_EQ(plain(text), "\n<a id=\"\" title=\"three\n\nlines\"\n id=\"\"/>");
+}
+
+TEST_F(QuotedTextTest, AValueMayBeAnyLength) {
+  const std::u16string value(100'000, u'v');
+  const std::u16string all = u"<a id=\"" + value + u"\" title=\"\"/>";
+  QuotedText text(all, kOpeners);
+  pass(text, kTitle, value);
+  EXPECT_TRUE(text.text().View() == u"<a id=\"" + value + u"\" title=\"" + value + u"\"/>");
+  pass(text, kId, u"");
+  EXPECT_TRUE(text.text().View() == u"<a id=\"\" title=\"" + value + u"\"/>");
+}
+
 TEST_F(QuotedTextTest, ReturnsTheStartOfTheText) {
   QuotedText text(u"<a id=\"1\" b=\"2\"/>", kOpeners);
   pass(text, kId, u"new");

@@ -19,6 +19,9 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -35,6 +38,26 @@ using namespace std::string_literals;
 class TemporaryPlace : public qx::test::TempFolder {
   qx::test::ScopedVariable variable_{"TMPDIR", path().string()};
 };
+
+// Reaches the private operations that only an empty symbol table would lead to, which no present
+// caller passes. An explicit instantiation may name private members.
+using MapTable = std::unordered_map<std::u16string_view, const XMLMAP*>;
+template <auto GetXMLMapTable, auto MakeTable>
+struct Reach {
+  friend long readMapTable(CQXResourceLoader& loader, CComPtr<IXMLDOMNode> mapTable,
+                           std::vector<XMLMAP>& map) {
+    return (loader.*GetXMLMapTable)(5, mapTable, map);
+  }
+  friend MapTable makeTable(CQXResourceLoader& loader, IXMLDOMDocument* document,
+                            const std::vector<XMLMAP>& map, std::vector<XMLMAP>& ofDocument) {
+    return (loader.*MakeTable)(5, document, map, ofDocument);
+  }
+};
+long readMapTable(CQXResourceLoader& loader, CComPtr<IXMLDOMNode> mapTable,
+                  std::vector<XMLMAP>& map);
+MapTable makeTable(CQXResourceLoader& loader, IXMLDOMDocument* document,
+                   const std::vector<XMLMAP>& map, std::vector<XMLMAP>& ofDocument);
+template struct Reach<&CQXResourceLoader::GetXMLMapTable, &CQXResourceLoader::MakeTable>;
 
 class ResourceLoaderTest : public ::testing::Test {
  protected:
@@ -148,6 +171,114 @@ TEST_F(ResourceLoaderTest, LoadWithoutAMapRewritesNothingAndKeepsTheMapTable) {
     EXPECT_THAT(xml, HasSubstr("maptable"));
     EXPECT_THAT(xml, HasSubstr("uid=\"A\""));
   }
+}
+
+TEST_F(ResourceLoaderTest, LoadReleasesTheDocumentThatItReplaces) {
+  CComPtr<IXMLDOMDocument> former;
+  ASSERT_EQ(qx::createDocument(&former.p), S_OK);
+  CComPtr<IXMLDOMDocument> document = former;
+  EXPECT_EQ(loader.LoadXML(0, CComBSTR(u"<a/>"), document, nullptr, ln_English), S_OK);
+  EXPECT_NE(document, former);
+  former->AddRef();
+  EXPECT_EQ(former->Release(), 1U) << "only this test holds it";
+  EXPECT_EQ(former->documentElement(), nullptr);
+}
+
+TEST_F(ResourceLoaderTest, ReadsTheRowsOfAMapTable) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0,
+                 CComBSTR(u"<maptable><map tag='A' id='12' value='v'/><MAP tag='B' id='1'/>"
+                          u"<!--k--><map tag='C' id='7x'/><map tag='D' value='w'/>"
+                          u"<map id='3'/><map tag='' id='4'/><map tag='E' id='-1'/></maptable>"),
+                 document, nullptr, ln_English);
+  logger.records.clear();
+  std::vector<XMLMAP> map;
+  EXPECT_EQ(readMapTable(loader, CComPtr<IXMLDOMNode>(document->documentElement().p), map), S_OK);
+  ASSERT_EQ(map.size(), 3U);
+  EXPECT_TRUE(map[0].tag == u"A" && map[0].id == 12 && map[0].value == u"v");
+  EXPECT_TRUE(map[1].tag == u"C" && map[1].id == 7 && map[1].value.empty());
+  EXPECT_TRUE(map[2].tag == u"E" && map[2].id == 0xFFFFFFFF && map[2].value.empty());
+  EXPECT_THAT(
+      logger.messagesOf(u"CQXUtil::GetXMLMapTable"),
+      ElementsAre(u"Mapping added: 'A' '12' 'v' \n"s, u"Skipping node <MAP>.\n"s,
+                  u"Skipping node <>.\n"s, u"Mapping added: 'C' '7x' '' \n"s,
+                  u"ID for tag 'D' not provided. Skipping!\n"s, u"Mapping added: 'E' '-1' '' \n"s));
+}
+
+TEST_F(ResourceLoaderTest, AnEmptyMapTableHasNoRows) {
+  CComPtr<IXMLDOMDocument> document;
+  loader.LoadXML(0, CComBSTR(u"<maptable/>"), document, nullptr, ln_English);
+  std::vector<XMLMAP> map;
+  EXPECT_EQ(readMapTable(loader, CComPtr<IXMLDOMNode>(document->documentElement().p), map), S_OK);
+  EXPECT_THAT(map, IsEmpty());
+  EXPECT_THAT(logger.messagesOf(u"CQXUtil::GetXMLMapTable"),
+              ElementsAre(u"Mapping table not defined in XML file.\n"s));
+}
+
+TEST_F(ResourceLoaderTest, ATableWithoutRowsIsThatOfTheDocument) {
+  const auto tableOf = [this](const char16_t* text, const std::vector<XMLMAP>& map) {
+    CComPtr<IXMLDOMDocument> document;
+    loader.LoadXML(0, CComBSTR(text), document, nullptr, ln_English);
+    logger.records.clear();
+    std::vector<XMLMAP> ofDocument;
+    std::string out;
+    for (const auto& [tag, row] : makeTable(loader, document, map, ofDocument)) {
+      out += qx::toUtf8(tag) + "=" + std::to_string(row->id) + " ";
+    }
+    return out;
+  };
+  const char16_t* const text =
+      u"<Application><MapTable><map tag='A' id='1'/><map tag='A' id='2'/></MapTable></Application>";
+  EXPECT_EQ(tableOf(text, {}), "A=1 ");
+  EXPECT_THAT(logger.messagesOf(u"CQXResourceLoader::LoadXML"),
+              ElementsAre(u"Mapping table contains no mappings. Altenative mapping searched.\n"s,
+                          u"Altenative mapping found in XML file.\n"s));
+  EXPECT_EQ(tableOf(text, {{u"B", 3, u""}}), "B=3 ");
+  EXPECT_THAT(logger.messagesOf(u"CQXResourceLoader::LoadXML"), IsEmpty());
+  EXPECT_EQ(tableOf(u"<Application/>", {}), "");
+  EXPECT_THAT(logger.messages(1), ElementsAre(u"<maptable> node not found.\n"s));
+  EXPECT_EQ(tableOf(u"<other/>", {}), "");
+  EXPECT_THAT(logger.messages(1), ElementsAre(u"<application> node not found.\n"s));
+}
+
+TEST_F(ResourceLoaderTest, LoadWithAMapRemovesTheFirstMapTableOfTheRootOnly) {
+  EXPECT_EQ(mapped(u"<Application><a/><MapTable/><b><maptable/></b><maptable/></Application>", {}),
+            "<Application>\n  <a/>\n  <b>\n    <maptable/>\n  </b>\n  <maptable/>\n"
+            "</Application>\n");
+  EXPECT_THAT(logger.messages(1), IsEmpty());
+  EXPECT_EQ(mapped(u"<Application uid=\"1\"/>", {}), "<Application uid=\"1\"/>\n");
+  EXPECT_THAT(logger.messages(1), IsEmpty()) << "a document without a table is no fault";
+  EXPECT_EQ(mapped(u"<other/>", {}), "<other/>\n");
+  EXPECT_THAT(logger.messages(1), ElementsAre(u"<application> node not found.\n"s));
+}
+
+TEST_F(ResourceLoaderTest, LogsTheNumberOfTheClient) {
+  mapped(u"<Application uid=\"A\"/>", {{u"A", 1, u""}});
+  contents(1);
+  ASSERT_FALSE(logger.records.empty());
+  for (const auto& record : logger.records) {
+    // What has no number of the client logs 0.
+    const bool isWithout = record.function == u"CQXResourceLoader::LoadStringW" ||
+                           record.function == u"CQXResourceLoader::GetXMLAttributeValue";
+    if (record.function.starts_with(u"CQXResourceLoader::")) {
+      EXPECT_EQ(record.appId, isWithout ? 0 : 5) << qx::toUtf8(record.function);
+    }
+  }
+}
+
+TEST_F(ResourceLoaderTest, LeavesAPassWithTheTextThatItHasWritten) {
+  const std::u16string rest(2000, u'x');
+  mapped(u"<Application uid=\"A\" b=\"" + rest + u"\"/>", {{u"A", 17, u""}});
+  std::vector<std::u16string> leaving;
+  for (const auto& record : logger.records) {
+    if (record.function == u"CQXResourceLoader::FindAndReplace" &&
+        record.message.starts_with(u"Leaving")) {
+      leaving.push_back(record.message);
+    }
+  }
+  ASSERT_EQ(leaving.size(), 11U);
+  EXPECT_THAT(qx::toUtf8(leaving[0]), HasSubstr("<Application uid=\"17\" b=\"xxx"));
+  EXPECT_EQ(leaving[0].size(), 1023U);
 }
 
 TEST_F(ResourceLoaderTest, LoadWithAMapRemovesTheMapTable) {

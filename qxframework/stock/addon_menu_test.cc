@@ -180,6 +180,62 @@ TEST_F(AddOnMenu, DeletingANodeWhoseEntryIsGoneLogsAndCompletes) {
   EXPECT_THAT(entries(), ElementsAre("QXT"));
 }
 
+TEST_F(AddOnMenu, LogsTheNumberOfItsClient) {
+  auto menu = make(u"QXT");
+  add(*menu, u"QXT_A");
+  menu.reset();
+  ASSERT_FALSE(log.records.empty());
+  for (const LogRecord& each : log.records) {
+    if (each.function.starts_with(u"CQXAddOnMenu::")) {
+      EXPECT_EQ(each.appId, desk.appId()) << toUtf8(each.function);
+    }
+  }
+}
+
+TEST_F(AddOnMenu, WithoutAnApplicationIsCreatedAndLogsNoNumber) {
+  auto menu = std::make_unique<CQXAddOnMenu>(parent, nullptr, u"QXT", u"Text", mt_String, -1,
+                                             VARIANT_TRUE, VARIANT_FALSE);
+  EXPECT_THAT(entries(), ElementsAre("QXT"));
+  EXPECT_EQ(log.records.front().appId, 0);
+}
+
+TEST_F(AddOnMenu, ThatTheClientRefusesLeavesNothingOfAnEntryThatItReplaces) {
+  parent->GetSubMenus()->Add(u"QXT", u"Stale", mt_String, -1);
+  auto menu = make(u"QXT", static_cast<HvMenuType>(9));
+  EXPECT_THAT(errors(), ElementsAre("CQXAddOnMenu - Failed to create menu item [0xFFFFE424]!\n"));
+  EXPECT_THAT(entries(), IsEmpty()) << "the stale entry is removed first";
+  log.records.clear();
+  EXPECT_EQ(add(*menu, u"QXT_A"), E_POINTER);
+  log.records.clear();
+  menu.reset();
+  EXPECT_THAT(errors(), IsEmpty()) << "there is no entry to remove";
+}
+
+TEST_F(AddOnMenu, DeletesTheFirstOfTwoNodesWithOneUid) {
+  const auto menu = make(u"QXT");
+  add(*menu, u"QXT_A");
+  add(*menu, u"QXT_B");
+  for (const OLECHAR* branch : {u"QXT_A", u"QXT_B"}) add(*menu->GetSubMenu(branch), u"QXT_X");
+  EXPECT_EQ(menu->DelSubMenu(u"QXT_X"), 0);
+  EXPECT_EQ(menu->GetSubMenu(u"QXT_A")->SubMenuCount(), 0);
+  EXPECT_EQ(menu->GetSubMenu(u"QXT_B")->SubMenuCount(), 1);
+  EXPECT_EQ(menu->GetSubMenu(u"QXT_X"), menu->GetSubMenu(u"QXT_B")->GetSubMenu(u"QXT_X"));
+}
+
+TEST_F(AddOnMenu, HasNoChildrenAnyMoreWhenItRemovesItsEntry) {
+  auto menu = make(u"QXT");
+  add(*menu, u"QXT_A");
+  record.application->GetMenus()->Remove(entry(u"QXT"));
+  CQXAddOnMenu* const node = menu.get();
+  std::vector<int> counts;  // at each error, which the removal of the missing entry logs
+  log.onRecord = [&](const LogRecord& each) {
+    if (each.level == 1) counts.push_back(node->SubMenuCount());
+  };
+  menu.reset();
+  ASSERT_FALSE(counts.empty());
+  EXPECT_EQ(counts.back(), 0);
+}
+
 TEST_F(AddOnMenu, DeletesItsChildrenFirst) {
   auto menu = make(u"QXT");
   add(*menu, u"QXT_A");

@@ -28,6 +28,12 @@ class ChooseListRows : public ChooseList {
     return record.application->GetForms()->GetFormByUID(CComBSTR(toUtf16(list)));
   }
   CComPtr<IMatrix> matrix() { return CComPtr<IMatrix>(control<IMatrix>(u"10805").p); }
+  /// Changes the items of the dialog, as another add-on may.
+  void patch(const std::u16string& actions) {
+    record.application->LoadBatchActions(
+        CComBSTR(u"<Application><forms><action type='update'><form uid='" + toUtf16(list) +
+                 u"'><items>" + actions + u"</items></form></action></forms></Application>"));
+  }
   /// Returns the text of a cell of the first column of data.
   std::string key(long row) {
     const auto cell = matrix()->GetColumns()->Item(CComVariant(1L))->GetCells();
@@ -280,6 +286,137 @@ TEST_F(ChooseListRows, ItsParentMayAskAgainWhenItGetsTheKey) {
   EXPECT_TRUE(desk.press(list, kChoose));
   EXPECT_THAT(parent->keys, ElementsAre("C1", "D1"));
   EXPECT_FALSE(isOpen());
+}
+
+TEST_F(ChooseListRows, ADoubleClickCountsFromTheFirstRowOn) {
+  choose(kCustomers);
+  desk.clickCell(list, kMatrix, "10800010", 2);
+  desk.doubleClickCell(list, kMatrix, "10800010", 0);
+  EXPECT_THAT(parent->keys, IsEmpty()) << "the head is no row";
+  EXPECT_TRUE(isOpen());
+  desk.doubleClickCell(list, kMatrix, "10800010", 1);
+  EXPECT_THAT(parent->keys, ElementsAre("C1"));
+}
+
+TEST_F(ChooseListRows, ADoubleClickOutsideOfTheMatrixChoosesNothing) {
+  choose(kCustomers);
+  desk.clickCell(list, kMatrix, "10800010", 2);
+  desk.doubleClickCell(list, kFind, "", 0);
+  EXPECT_THAT(parent->keys, IsEmpty());
+}
+
+TEST_F(ChooseListRows, EnterClosesTheDialogOutsideOfOkModeOnceItHasAnswered) {
+  choose(kCustomers);
+  hostForm()->PutMode(3);
+  desk.key(list, kFind, 13);
+  EXPECT_TRUE(isOpen()) << "nothing is selected, so there is no answer";
+  EXPECT_THAT(parent->keys, IsEmpty());
+  hostForm()->PutMode(3);
+  desk.clickCell(list, kMatrix, "10800010", 2);
+  desk.key(list, kFind, 13);
+  EXPECT_FALSE(isOpen());
+  EXPECT_THAT(parent->keys, ElementsAre("C2"));
+}
+
+TEST_F(ChooseListRows, AnotherKeyAfterAnAnswerLeavesTheDialogOpen) {
+  choose(kCustomers);
+  hostForm()->PutMode(3);
+  desk.clickCell(list, kMatrix, "10800010", 2);
+  desk.press(list, kChoose);
+  desk.key(list, kFind, 'x');
+  EXPECT_TRUE(isOpen());
+}
+
+TEST_F(ChooseListRows, ClearingTheFindFieldLeavesNothingToChoose) {
+  choose(kCustomers);
+  desk.type(list, kFind, "C2");
+  desk.type(list, kFind, "");
+  hostForm()->PutMode(3);
+  log.records.clear();
+  desk.press(list, kChoose);
+  EXPECT_THAT(messages(u"CFrmAddOnChooseList::OnItemEvent"), Contains(StartsWith("Error: ")));
+  EXPECT_THAT(parent->keys, IsEmpty());
+}
+
+TEST_F(ChooseListRows, OtherItemsAndHeadsThatDoNotSortAreNoErrors) {
+  auto target = std::make_unique<PlainForm>(&addOn);
+  choose(kCustomers, true, false, true, true, target.get());
+  log.records.clear();
+  desk.clickCell(list, kMatrix, "10806", 0);
+  desk.press(list, "10803");
+  desk.press(list, kFind);
+  EXPECT_THAT(log.messages(1), IsEmpty());
+  EXPECT_TRUE(isOpen());
+  EXPECT_EQ(target->m_ptrForm, nullptr);
+}
+
+TEST_F(ChooseListRows, AButtonOfOthersIsNoneOfItsOwn) {
+  auto target = std::make_unique<PlainForm>(&addOn);
+  choose(kCustomers, true, false, true, true, target.get());
+  patch(u"<action type='add'><item uid='MINE' type='4'/></action>");
+  desk.clickCell(list, kMatrix, "10800010", 2);
+  EXPECT_TRUE(desk.press(list, "MINE"));
+  EXPECT_TRUE(isOpen());
+  EXPECT_THAT(parent->keys, IsEmpty());
+  EXPECT_EQ(target->m_ptrForm, nullptr);
+}
+
+TEST_F(ChooseListRows, AHeadOfAColumnOfOthersIsAnErrorAndSortsNothing) {
+  choose(kCustomers);
+  // The first of them is directly behind the last field.
+  patch(
+      u"<action type='update'><item uid='10805'><specific><columns><action type='add'>"
+      u"<column uid='10800040' type='16' title='D'/><column uid='10800990' type='16' title='E'/>"
+      u"</action></columns></specific></item></action>");
+  for (const char* column : {"10800040", "10800990"}) {
+    log.records.clear();
+    desk.clickCell(list, kMatrix, column, 0);
+    EXPECT_THAT(messages(u"CFrmAddOnChooseList::OnItemEvent"), ElementsAre(StartsWith("Error: ")))
+        << column;
+    EXPECT_EQ(key(1), "C1");
+    EXPECT_EQ(key(3), "C3");
+    desk.type(list, kFind, "C2");
+    EXPECT_EQ(matrix()->IsRowSelected(2), VARIANT_FALSE) << "no row has a text there to be found";
+  }
+}
+
+TEST_F(ChooseListRows, SortingLooksForTheFindTextAnew) {
+  choose(u"SELECT 'b1' AS No, 'x' AS Name UNION ALL SELECT 'c2', 'b2'");
+  desk.type(list, kFind, "b");
+  EXPECT_EQ(matrix()->IsRowSelected(1), VARIANT_TRUE);
+  desk.clickCell(list, kMatrix, "10800020", 0);
+  EXPECT_EQ(key(1), "c2");
+  desk.press(list, kChoose);
+  EXPECT_THAT(parent->keys, ElementsAre("c2"));
+}
+
+TEST_F(ChooseListRows, CopyBesideNewOpensTheCopyOfTheSelectedRow) {
+  auto* target = new PlainForm(&addOn);
+  choose(kCustomers, true, false, true, true, target);
+  desk.clickCell(list, kMatrix, "10800010", 3);
+  EXPECT_TRUE(desk.press(list, kCopy));
+  EXPECT_FALSE(isOpen());
+  EXPECT_EQ(target->m_InitialFormMode, afm_Copy);
+  EXPECT_EQ(target->m_bstrCopyKey.View(), u"C3");
+  EXPECT_EQ(target->m_pParent, parent);
+  ASSERT_NE(target->m_ptrForm, nullptr);
+  EXPECT_EQ(target->m_ptrForm->GetVisible(), VARIANT_TRUE);
+}
+
+/// A target that is content with less than it could have.
+class ContentForm final : public PlainForm {
+ public:
+  using PlainForm::PlainForm;
+  long OnFormLoaded() override { return 5; }
+};
+
+TEST_F(ChooseListRows, NewAndCopyReturnTheResultOfTheTarget) {
+  EXPECT_EQ(CQXChooseList::ChooseListNew(new ContentForm(&addOn), record.application,
+                                         record.company, parent),
+            5);
+  EXPECT_EQ(CQXChooseList::ChooseListCopy(new ContentForm(&addOn), record.application,
+                                          record.company, parent, u"K"),
+            5);
 }
 
 TEST_F(ChooseListRows, SecondSearchTakesTheSelectionOfTheFirst) {

@@ -79,6 +79,7 @@ TEST_F(InitProgress, OpensWithItsFirstTextAndAnEmptyBar) {
   EXPECT_EQ(bar(uid()), "...............");
   EXPECT_EQ(hostForm(uid())->GetVisible(), VARIANT_TRUE);
   EXPECT_EQ(hostForm(uid())->GetTitle().View(), u"Halvex Add-On Initialization");
+  EXPECT_THAT(log.messages(1), IsEmpty());
 }
 
 TEST_F(InitProgress, OpeningTwiceShowsTheSameForm) {
@@ -156,18 +157,52 @@ TEST_F(InitProgress, AfterTheUserClosedTheFormTheNextMessageOpensANewOne) {
   EXPECT_EQ(bar(uid()), "#..............");
 }
 
-/// A clock during whose first sleep the user acts.
+/// A clock during whose first sleeps the user acts.
 class ClockWithUser final : public ManualClock {
  public:
-  explicit ClockWithUser(std::function<void()> act) : act_(std::move(act)) {}
+  explicit ClockWithUser(std::function<void()> act, int times = 1)
+      : act_(std::move(act)), left_(times) {}
   void sleepFor(std::chrono::milliseconds duration) override {
     ManualClock::sleepFor(duration);
-    if (const auto act = std::exchange(act_, nullptr)) act();
+    if (left_-- > 0) act_();
   }
 
  private:
   std::function<void()> act_;
+  int left_;
 };
+
+TEST_F(InitProgress, AFormThatTheUserClosesEachTimeIsOpenedTwiceMore) {
+  ClockWithUser clock([this] { EXPECT_TRUE(desk.closeForm(uid())); }, 10);
+  setCurrentClock(&clock);
+  auto handle = progress();
+  handle.OpenInitForm();
+  EXPECT_EQ(handle.CloseInitForm(true), 0);
+  EXPECT_THAT(messages(u"CQXInitProgress::CloseInitForm"),
+              ElementsAre("Failed to close progress form, try to reopen",
+                          "Failed to close progress form, try to reopen"));
+  EXPECT_EQ(clock.sleeps(), 2);
+  EXPECT_EQ(bar(uid()), "...............");
+}
+
+TEST_F(InitProgress, AFormThatCannotBeOpenedOnceMoreEndsTheAttempts) {
+  ClockWithUser clock([this] {
+    const std::string gone = uid();
+    desk.closeForm(gone);
+    // The next form would have the same number.
+    record.application->LoadBatchActions(
+        CComBSTR(u"<Application><forms><action type='add'><form uid='" + toUtf16(gone) +
+                 u"' title='Other'/></action></forms></Application>"));
+  });
+  setCurrentClock(&clock);
+  auto handle = progress();
+  handle.OpenInitForm();
+  EXPECT_EQ(handle.CloseInitForm(true), 0);
+  EXPECT_THAT(messages(u"CQXInitProgress::CloseInitForm"),
+              ElementsAre("Failed to close progress form, try to reopen"));
+  EXPECT_EQ(clock.sleeps(), 1);
+  EXPECT_EQ(hostForm(uid())->GetTitle().View(), u"Other");
+}
 
 TEST_F(InitProgress, AFormThatTheUserClosesWhileReadingTheEndIsOpenedOnceMore) {
   ClockWithUser clock([this] { EXPECT_TRUE(desk.closeForm(uid())); });
@@ -260,13 +295,90 @@ TEST_F(InitProgress, AFormThatTheClientRefusesIsLogged) {
               ElementsAre("Failed to display Initialization Progress.\n"));
 }
 
+TEST_F(InitProgress, LogsTheNumberOfItsClient) {
+  auto handle = progress();
+  handle.OpenInitForm();
+  handle.DisplayProgressMessage(u"", 1);
+  handle.CloseInitForm(true);
+  for (const LogRecord& each : log.records) {
+    if (each.function.starts_with(u"CQXInitProgress::")) {
+      EXPECT_EQ(each.appId, desk.appId());
+    }
+  }
+  log.records.clear();
+  CQXInitProgress(nullptr, nullptr, &addOn).OpenInitForm();
+  EXPECT_EQ(log.records.front().appId, -1);
+}
+
+TEST_F(InitProgress, EveryOperationIsTracedUnderItsName) {
+  auto handle = progress();
+  handle.OpenInitForm();
+  const auto entered = [this] {
+    Strings out;
+    for (const LogRecord& each : std::exchange(log.records, {})) {
+      const bool isOurs = each.function.find(u"InitProgress::") != each.function.npos;
+      if (isOurs && each.message == u"Entering function\n") out.push_back(toUtf8(each.function));
+    }
+    return out;
+  };
+  Strings opening{"CQXInitProgress::OpenInitForm", "CFrmInitProgress::OnInitForm",
+                  "CFrmInitProgress::ClearProgressBar"};
+  opening.insert(opening.end(), 15, "CFrmInitProgress::SetItemVisible");
+  Strings opened = entered();
+  std::erase(opened, "CFrmInitProgress::OnItemEvent");
+  EXPECT_EQ(opened, opening);
+  handle.DisplayProgressMessage(u"", 1);
+  EXPECT_THAT(
+      entered(),
+      ElementsAre("CQXInitProgress::DisplayProgressMessage", "CFrmInitProgress::DisplayMessage",
+                  "CFrmInitProgress::ShowProgress", "CFrmInitProgress::SetItemVisible"));
+  desk.press(uid(), "205");
+  EXPECT_THAT(entered(), testing::Each("CFrmInitProgress::OnItemEvent"));
+}
+
+/// Removes an item of a form in the client.
+void removeItem(const CComPtr<IApplication>& application, const std::string& form,
+                const std::u16string& item) {
+  application->LoadBatchActions(
+      CComBSTR(u"<Application><forms><action type=\"update\"><form uid=\"" + toUtf16(form) +
+               u"\"><items><action type=\"remove\"><item uid=\"" + item +
+               u"\"/></action></items></form></action></forms></Application>"));
+}
+
+TEST_F(InitProgress, AFormThatLacksItsMessageIsReplaced) {
+  auto handle = progress();
+  handle.OpenInitForm();
+  removeItem(record.application, uid(), u"205");
+  EXPECT_EQ(handle.DisplayProgressMessage(u"Tables", 1), 0);
+  ASSERT_EQ(open().size(), 2U);
+  EXPECT_EQ(message(open().back()), "\"Tables\"");
+  EXPECT_THAT(messages(u"CQXInitProgress::DisplayProgressMessage"),
+              ElementsAre("Failed to display progress. Try to reopen the progress bar"));
+}
+
+TEST_F(InitProgress, ReturnsTheFailureIfNoOtherFormCanBeOpened) {
+  std::string second;
+  {
+    auto handle = progress();
+    auto other = progress();
+    handle.OpenInitForm();
+    other.OpenInitForm();
+    second = open().back();
+    desk.closeForm(second);
+    removeItem(record.application, uid(), u"205");
+    record.application->LoadBatchActions(
+        CComBSTR(u"<Application><forms><action type='add'><form uid='" + toUtf16(second) +
+                 u"'/></action></forms></Application>"));
+    EXPECT_EQ(handle.DisplayProgressMessage(u"Tables", 1), -7001);
+  }
+  EXPECT_THAT(messages(u"CQXInitProgress::DisplayProgressMessage"),
+              ElementsAre("Failed to display progress. Try to reopen the progress bar"));
+}
+
 TEST_F(InitProgress, AHiddenCellThatIsGoneIsLogged) {
   auto handle = progress();
   handle.OpenInitForm();
-  record.application->LoadBatchActions(CComBSTR(
-      u"<Application><forms><action type=\"update\"><form uid=\"" + toUtf16(uid()) +
-      u"\"><items><action type=\"remove\"><item uid=\"206\"/></action></items></form></action>"
-      u"</forms></Application>"));
+  removeItem(record.application, uid(), u"206");
   EXPECT_EQ(handle.DisplayProgressMessage(u"x", 2), 0);
   EXPECT_THAT(messages(u"CFrmInitProgress::SetItemVisible"), ElementsAre("Error: Invalid item\n"));
   EXPECT_THAT(bar(uid()), HasSubstr(".")) << "the rest of the bar goes on";

@@ -50,6 +50,11 @@ class LogSettingsForm : public StockForms {
   CComPtr<IForm> hostForm() {
     return record.application->GetForms()->GetFormByUID(CComBSTR(toUtf16(form)));
   }
+  /// Writes into an edit past the validation, which keeps wrong values out.
+  void put(const char16_t* edit, const char16_t* text) {
+    CComQIPtr<IEditText>(hostForm()->GetItems()->Item(CComVariant(edit))->GetSpecific())
+        ->PutString(text);
+  }
 
   std::string form;  // the UID of the dialog
 };
@@ -197,14 +202,110 @@ TEST_F(LogSettingsForm, StaysOpenWhenTheSettingsCannotBeStored) {
 TEST_F(LogSettingsForm, DoesNotStoreARefusedValueButTheOthers) {
   log.settings = {4, 7, 2, u"M"};
   open();
-  // Past the validation, which keeps such values out.
-  CComQIPtr<IEditText>(hostForm()->GetItems()->Item(CComVariant(u"313"))->GetSpecific())
-      ->PutString(u"99");
+  put(u"313", u"99");
   desk.press(form, kOk);
   EXPECT_EQ(log.settings, (RecordedSettings{4, 7, 2, u""}));
   EXPECT_THAT(messages(u"CFrmLogSettings::SaveLoggingData"),
               Contains("Invalid log count (99) specified!\n"));
   EXPECT_THAT(desk.statusBar(), HasSubstr("error: File count must be between 1 and 10\n"));
+}
+
+TEST_F(LogSettingsForm, ARefusedCountLeavesTheSizeAsItWas) {
+  log.settings = {4, 7, 2, u"M"};
+  open();
+  put(u"313", u"0");
+  put(u"312", u"8");
+  desk.press(form, kOk);
+  EXPECT_EQ(log.settings, (RecordedSettings{4, 7, 2, u""}));
+}
+
+TEST_F(LogSettingsForm, DoesNotStoreARefusedSize) {
+  log.settings = {4, 7, 2, u"M"};
+  open();
+  put(u"312", u"0");
+  EXPECT_TRUE(desk.press(form, kOk));
+  EXPECT_EQ(log.settings, (RecordedSettings{4, 7, 2, u""}));
+  EXPECT_THAT(messages(u"CFrmLogSettings::SaveLoggingData"),
+              ElementsAre("Invalid log size (0) specified!\n", "Invalid log size (0) specified!\n"))
+      << "once in each phase of the click";
+  EXPECT_THAT(desk.statusBar(),
+              HasSubstr("error: Size per log file must be at least 1 megabyte\n"));
+}
+
+TEST_F(LogSettingsForm, StoresTheLimits) {
+  const std::pair<const char*, long> limits[] = {{"1", 1}, {"10", 10}};
+  for (const auto& [text, number] : limits) {
+    open();
+    desk.type(form, kCount, text);
+    desk.type(form, kSize, text);
+    EXPECT_TRUE(desk.press(form, kOk));
+    EXPECT_EQ(log.settings, (RecordedSettings{number, number, 1, u""}));
+  }
+  open();
+  desk.type(form, kSize, "2147483647");
+  EXPECT_TRUE(desk.press(form, kOk));
+  EXPECT_EQ(log.settings.fileSize, 2147483647);
+}
+
+TEST_F(LogSettingsForm, ALevelThatIsNoNumberChangesNoSetting) {
+  log.settings = {4, 7, 2, u"M"};
+  open();
+  CComQIPtr<IComboBox>(hostForm()->GetItems()->Item(CComVariant(u"315"))->GetSpecific())
+      ->GetValidValues()
+      ->Add(u"None", u"none");
+  desk.choose(form, kLevel, "none");
+  desk.type(form, kCount, "9");
+  desk.type(form, kSize, "9");
+  EXPECT_TRUE(desk.press(form, kOk)) << "the result is that of the logger";
+  EXPECT_EQ(log.settings, (RecordedSettings{4, 7, 2, u"M"}));
+  EXPECT_THAT(messages(u"CFrmLogSettings::SaveLoggingData"),
+              ElementsAre("Logging level not specified!\n", "Logging level not specified!\n"));
+}
+
+TEST_F(LogSettingsForm, WithoutALoggerStaysOpen) {
+  open();
+  log.refuse = true;
+  EXPECT_FALSE(desk.press(form, kOk));
+  EXPECT_TRUE(isOpen());
+  log.refuse = false;
+  EXPECT_EQ(log.settings, RecordedSettings{});
+}
+
+// An add-on that sees the form first may have put other controls into it.
+TEST_F(LogSettingsForm, LogsEachControlThatIsOfAnotherKind) {
+  log.settings = {4, 7, 2, u"M"};
+  std::u16string item;
+  record.hooks["OnFormLoad"] = [&](short*) {
+    form = openForms(record.application, "QX_FLS_").back();
+    const std::u16string head = u"<Application><forms><action type='update'><form uid='" +
+                                toUtf16(form) + u"'><items><action type='";
+    const std::u16string tail = u"</action></items></form></action></forms></Application>";
+    record.application->LoadBatchActions(
+        CComBSTR(head + u"remove'><item uid='" + item + u"'/>" + tail));
+    record.application->LoadBatchActions(
+        CComBSTR(head + u"add'><item uid='" + item + u"' type='8'/>" + tail));
+    return E_FAIL;
+  };
+  const std::pair<const char16_t*, const char*> controls[] = {{u"315", "QX_FLS_CB_LOGLEVEL"},
+                                                              {u"314", "QX_FLS_CB_MODULES"},
+                                                              {u"313", "QX_FLS_ET_LOGCOUNT"},
+                                                              {u"312", "QX_FLS_ET_LOGSIZE"}};
+  for (const auto& [uid, symbol] : controls) {
+    item = uid;
+    log.records.clear();
+    desk.pickMenu(kEntry);
+    const std::string line = "Unable to get interface pointer to " + std::string(symbol) + "!\n";
+    EXPECT_THAT(messages(u"CFrmLogSettings::LoadLoggingData"), ElementsAre(line));
+    const Strings filled{this->item(kLevel), this->item(kModules), this->item(kCount),
+                         this->item(kSize)};
+    EXPECT_EQ(std::count(filled.begin(), filled.end(), "static \"\""), 1) << symbol;
+    EXPECT_EQ(filled[2] == "edit \"4\"", item != u"313");
+    EXPECT_EQ(filled[3] == "edit \"7\"", item != u"312");
+    log.records.clear();
+    desk.press(form, kOk);
+    EXPECT_THAT(messages(u"CFrmLogSettings::SaveLoggingData"), Contains(line));
+    if (isOpen()) desk.closeForm(form);
+  }
 }
 
 TEST_F(LogSettingsForm, AValidEntryKeepsOkModeAfterTheTabKey) {

@@ -63,6 +63,16 @@ class RefusedFormCall : public StockForms {
     return count;
   }
 
+  /// Returns the number of visible forms whose UIDs begin so.
+  long shown(const std::string& prefix) {
+    long count = 0;
+    for (const std::string& uid : openForms(record.application, prefix)) {
+      const auto form = record.application->GetForms()->GetFormByUID(CComBSTR(toUtf16(uid)));
+      if (form->GetVisible() == VARIANT_TRUE) ++count;
+    }
+    return count;
+  }
+
   CComPtr<desk::ICallGate> gate;
   ManualClock clock;
 };
@@ -77,6 +87,67 @@ TEST_F(RefusedFormCall, OfTheProgressFormIsNeverThrown) {
     });
     for (const std::string& uid : openForms(record.application, "QX_FIN_")) desk.closeForm(uid);
   });
+}
+
+TEST_F(RefusedFormCall, OfTheOpeningLeavesNoProgressFormOrOneThatTakesMessages) {
+  const auto life = [this] {
+    CQXInitProgress progress(record.application, record.company, &addOn);
+    progress.OpenInitForm();
+  };
+  const auto close = [this] {
+    for (const std::string& uid : openForms(record.application, "QX_FIN_")) desk.closeForm(uid);
+  };
+  run(life, 0);
+  close();
+  const long calls = run(life, 0);
+  close();
+  int opened = 0;
+  // The first call is that of the constructor.
+  for (long call = 2; call <= calls; ++call) {
+    SCOPED_TRACE("call " + std::to_string(call) + " of " + std::to_string(calls));
+    CQXInitProgress progress(record.application, record.company, &addOn);
+    run([&] { progress.OpenInitForm(); }, call - 1);
+    // A form that its object has not found stays hidden in the client.
+    const bool isShown = shown("QX_FIN_") != 0;
+    log.records.clear();
+    EXPECT_EQ(progress.DisplayProgressMessage(u"Tables", 1), 0);
+    // Without a form the message says so and opens one; an open one is used as it is.
+    EXPECT_EQ(messages(u"CQXInitProgress::DisplayProgressMessage").empty(), isShown);
+    if (isShown) ++opened;
+    close();
+  }
+  EXPECT_GT(opened, 0);
+}
+
+TEST_F(RefusedFormCall, OfTheNumberOfTheClientLogsMinusOne) {
+  gate->RefuseCall(1, E_FAIL);
+  CQXInitProgress progress(record.application, record.company, &addOn);
+  log.records.clear();
+  progress.OpenInitForm();
+  EXPECT_EQ(log.records.front().appId, -1);
+}
+
+TEST_F(RefusedFormCall, OfShowingAProgressFormOpensAnother) {
+  CQXInitProgress progress(record.application, record.company, &addOn);
+  progress.OpenInitForm();
+  gate->RefuseCall(1, E_FAIL);
+  EXPECT_EQ(progress.OpenInitForm(), 0);
+  EXPECT_EQ(openForms(record.application, "QX_FIN_").size(), 2U);
+}
+
+TEST_F(RefusedFormCall, OfTheMessageOfANewProgressFormFailsOnce) {
+  CQXInitProgress first(record.application, record.company, &addOn);
+  const long calls = run([&] { first.OpenInitForm(); }, 0);
+  desk.closeForm(openForms(record.application, "QX_FIN_").back());
+  CQXInitProgress progress(record.application, record.company, &addOn);
+  log.records.clear();
+  // After those of the opening come the number of the client, for the log, and the message.
+  gate->RefuseCall(calls + 2, E_ABORT);
+  EXPECT_EQ(progress.DisplayProgressMessage(u"Tables", 1), E_FAIL);
+  EXPECT_THAT(messages(u"CQXInitProgress::DisplayProgressMessage"),
+              testing::ElementsAre("Failed to display progress. Try to reopen the progress bar",
+                                   "Failed to reopen the progress bar"));
+  EXPECT_EQ(progress.DisplayProgressMessage(u"Tables", 1), 0);
 }
 
 TEST_F(RefusedFormCall, OfTheLogSettingsDialogLeavesTheClientWorking) {

@@ -68,6 +68,29 @@ TEST_F(StockDrawings, TheCopyButtonTakesThePlaceOfAMissingNewButton) {
       testing::HasSubstr("\n|[ Choose ] [ Cancel ] [ Copy ]                             |\n"));
 }
 
+// The head of each list: its columns share the width up to three, and have fixed ones from four on.
+TEST_F(StockDrawings, TheColumnsOfTheChooseListFillItsWidth) {
+  const auto head = [this](const std::u16string& fields, bool hideFirst) {
+    CQXChooseList::GetKey(u"", u"", CComBSTR(u"SELECT " + fields), false, false, &asker,
+                          record.application, record.company, true, hideFirst, nullptr);
+    const std::string text = drawn("QX_FCL_");
+    const std::size_t at = text.find("|| # ");
+    return text.substr(at, text.find('\n', at) - at);
+  };
+  EXPECT_EQ(head(u"1 AS A", false),
+            "|| # | A                                                 || |");
+  EXPECT_EQ(head(u"1 AS A, 2 AS B, 3 AS C", false),
+            "|| # | A                | B              | C             || |");
+  EXPECT_EQ(head(u"1 AS A, 2 AS B, 3 AS C", true),
+            "|| # | B                        | C                      || |");
+  EXPECT_EQ(head(u"1 AS A, 2 AS B, 3 AS C, 4 AS D", false),
+            "|| # | A          | B           | C         | D          || |");
+  EXPECT_EQ(head(u"1 AS A, 2 AS B, 3 AS C, 4 AS D", true),
+            "|| # | B          | C           | D          |            | |");
+  EXPECT_EQ(head(u"1 AS A, 2 AS B, 3 AS C, 4 AS D, 5 AS E", false),
+            "|| # | A          | B           | C         | D          | E | |");
+}
+
 // The text of the find field is looked for in the column that sorts, so the selection moves.
 TEST_F(StockDrawings, SortingSelectsTheRowThatTheFindFieldNames) {
   CQXChooseList::GetKey(u"", u"b", u"SELECT 'b1' AS No, 'x' AS Name UNION ALL SELECT 'c2', 'b2'",

@@ -3,6 +3,7 @@
 #include "qxframework/xml/test_document.h"
 
 #include <string>
+#include <vector>
 
 namespace qx::xml {
 namespace {
@@ -174,6 +175,40 @@ TEST(DomEdit, RefusesImpossibleChildren) {
   EXPECT_EQ(plain(document->xml()), "<r x=\"1\"><a><b/></a>t</r>\n");
 }
 
+TEST(DomEdit, CommentsAndInstructionsMayBeBesideTheRoot) {
+  const auto document = documentOf(u"<r><!--k--><?p i?></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  document->appendChild(root->lastChild());
+  document->insertBefore(root->firstChild(), root.p);
+  EXPECT_EQ(plain(document->xml()), "<!--k-->\n<r/>\n<?p i?>\n");
+  document->insertBefore(root, document->firstChild());
+  EXPECT_EQ(plain(document->xml()), "<r/>\n<!--k-->\n<?p i?>\n");
+  EXPECT_EQ(plain(document->lastChild()->nodeName()), "p");
+}
+
+TEST(DomEdit, AnAttributeIsNoPlaceToInsertBefore) {
+  const auto document = documentOf(u"<r a='1'><b/></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  CComPtr<IXMLDOMNode> out;
+  EXPECT_EQ(
+      root->raw_insertBefore(document->createElement(u"n"), root->attributes()->item(0), &out),
+      E_INVALIDARG);
+  EXPECT_EQ(out.p, nullptr);
+  EXPECT_EQ(plain(root->xml()), "<r a=\"1\">\n  <b/>\n</r>");
+}
+
+TEST(DomEdit, AnEmptyParentHasNoLastChild) {
+  const auto document = documentOf(u"<r><a/><b/></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  root->removeChild(root->lastChild());
+  EXPECT_EQ(plain(root->lastChild()->nodeName()), "a");
+  root->removeChild(root->lastChild());
+  CComPtr<IXMLDOMNode> none;
+  EXPECT_EQ(root->raw_lastChild(&none), S_FALSE);
+  root->insertBefore(document->createElement(u"c"), nullptr);
+  EXPECT_EQ(plain(root->lastChild()->nodeName()), "c");
+}
+
 /// An object of another implementation.
 class ForeignNode final : public ComObject<IUnknown> {};
 
@@ -309,6 +344,23 @@ TEST(DomEdit, ValuesOfOtherKindsBecomeText) {
   EXPECT_EQ(attribute->raw_putNodeValue(null), DISP_E_TYPEMISMATCH);
 }
 
+TEST(DomEdit, ValuesMayHoldWhatHasAMeaningInXml) {
+  const auto document = documentOf(u"<r a='1'>t<!--k--><?p i?><![CDATA[c]]></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  const char16_t* const value = u"&amp; &#65; <x> ]]> \t\n";
+  std::vector<CComPtr<IXMLDOMNode>> nodes{root->attributes()->item(0)};
+  for (long i = 0; i < 4; ++i) nodes.push_back(root->childNodes()->item(i));
+  for (const CComPtr<IXMLDOMNode>& node : nodes) {
+    node->putNodeValue(value);
+    EXPECT_EQ(plain(node->nodeValue()), toUtf8(value)) << plain(node->nodeName());
+  }
+  root->setAttribute(u"b", value);
+  EXPECT_EQ(plain(root->getAttribute(u"b")), toUtf8(value));
+  const auto again = documentOf(document->xml().View());
+  EXPECT_EQ(plain(again->documentElement()->getAttribute(u"a")), toUtf8(value));
+  EXPECT_EQ(plain(again->documentElement()->text()), plain(root->text()));
+}
+
 TEST(DomEdit, RefusesTextThatWouldNotReadBack) {
   const auto document = documentOf(u"<r a='1'><!--k--><?p i?><![CDATA[c]]></r>");
   const CComPtr<IXMLDOMElement> root = document->documentElement();
@@ -326,6 +378,7 @@ TEST(DomEdit, RefusesTextThatWouldNotReadBack) {
   EXPECT_EQ(put(children->item(1), u"a?>b"), E_INVALIDARG);
   EXPECT_EQ(put(children->item(2), u"a]]>b"), S_OK);
   EXPECT_EQ(root->raw_setAttribute(CComBSTR(u"b c"), CComVariant(1)), E_INVALIDARG);
+  EXPECT_EQ(root->raw_setAttribute(CComBSTR(u"a"), CComVariant(u"\x0001")), E_INVALIDARG);
   CComPtr<IXMLDOMNode> node;
   EXPECT_EQ(document->raw_createTextNode(CComBSTR(u"\x0008"), &node), E_INVALIDARG);
   EXPECT_EQ(document->raw_createComment(CComBSTR(u"--"), &node), E_INVALIDARG);

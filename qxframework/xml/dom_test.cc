@@ -3,6 +3,7 @@
 #include "qxframework/xml/test_document.h"
 #include "testing/raised_by.h"
 
+#include <iterator>
 #include <string>
 
 namespace qx::xml {
@@ -182,6 +183,34 @@ TEST(DomNode, KeepsItsFormerTreeWhenTheDocumentIsLoadedAgain) {
 
 // --- lists ---------------------------------------------------------------------------------
 
+TEST(DomNode, AnAttributeHasNoPlaceAmongNodes) {
+  const auto document = documentOf(u"<r a='1' b='2'>t</r>");
+  const CComPtr<IXMLDOMNode> attribute = document->documentElement()->attributes()->item(0);
+  CComPtr<IXMLDOMNode> node;
+  EXPECT_EQ(attribute->raw_parentNode(&node), S_FALSE);
+  EXPECT_EQ(attribute->raw_nextSibling(&node), S_FALSE);
+  EXPECT_EQ(attribute->raw_firstChild(&node), S_FALSE);
+  EXPECT_EQ(attribute->raw_lastChild(&node), S_FALSE);
+  EXPECT_EQ(document->raw_nextSibling(&node), S_FALSE);
+  EXPECT_EQ(document->documentElement()->firstChild()->raw_lastChild(&node), S_FALSE);
+}
+
+TEST(DomNode, ReturnsSOkForPartsThatItHas) {
+  const auto document = documentOf(u"<r xmlns='urn:r'><a/></r>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  CComBSTR text;
+  EXPECT_EQ(root->raw_namespaceURI(&text.m_str), S_OK);
+  EXPECT_EQ(plain(text), "urn:r");
+  text.Empty();
+  EXPECT_EQ(document->raw_namespaceURI(&text.m_str), S_FALSE);
+  EXPECT_EQ(plain(text), "");
+  text.Empty();
+  EXPECT_EQ(root->raw_baseName(&text.m_str), S_OK);
+  EXPECT_EQ(plain(text), "r");
+  text.Empty();
+  EXPECT_EQ(document->createTextNode(u"t")->raw_namespaceURI(&text.m_str), S_FALSE);
+}
+
 TEST(DomNodeList, ReturnsItemsByIndexAndNullOutside) {
   const auto document = documentOf(u"<r><a/><b/><c/></r>");
   const CComPtr<IXMLDOMNodeList> list = document->documentElement()->childNodes();
@@ -217,6 +246,23 @@ TEST(DomNodeList, FollowsChangesOfTheTree) {
   EXPECT_EQ(plain(list->item(1)->nodeName()), "c");
   root->removeChild(root->firstChild());
   EXPECT_EQ(list->length(), 2);
+}
+
+TEST(DomNodeList, SeesEachNodeThatIsAdded) {
+  const auto document = documentOf(u"<r/>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  const CComPtr<IXMLDOMNodeList> list = root->childNodes();
+  const CComPtr<IXMLDOMNamedNodeMap> map = root->attributes();
+  for (long count = 1; count <= 4; ++count) {
+    root->appendChild(document->createElement(u"c"));
+    EXPECT_EQ(list->length(), count);
+    EXPECT_NE(list->item(count - 1).p, nullptr);
+    root->setAttribute(CComBSTR(u"a" + toUtf16(std::to_string(count))), count);
+    EXPECT_EQ(map->length(), count);
+    EXPECT_EQ(plain(map->item(count - 1)->nodeValue()), std::to_string(count));
+  }
+  EXPECT_EQ(plain(document->documentElement()->xml()).substr(0, 30),
+            "<r a1=\"1\" a2=\"2\" a3=\"3\" a4=\"4\"");
 }
 
 TEST(DomNodeList, FollowsANewLoadOfItsDocument) {
@@ -288,44 +334,76 @@ TEST(DomAttributes, AreFoundByTheirExactName) {
   EXPECT_EQ(map->raw_item(-1, &node), S_FALSE);
 }
 
-// --- XPath ---------------------------------------------------------------------------------
-
-TEST(DomXPath, SelectsInDocumentOrder) {
-  const auto document = documentOf(u"<r><a n='1'/><b><a n='2'/></b><a n='3'/></r>");
-  const CComPtr<IXMLDOMNodeList> all = document->selectNodes(u"//a/@n | //b");
-  EXPECT_EQ(all->length(), 4);
-  EXPECT_EQ(namesOf(all), "n b n n");
-  EXPECT_EQ(plain(document->selectSingleNode(u"//a[@n>1]/@n")->nodeValue()), "2");
-  EXPECT_EQ(plain(document->selectSingleNode(u"/r/b")->selectSingleNode(u"a")->xml()),
-            "<a n=\"2\"/>");
-}
-
-TEST(DomXPath, ReturnsNullWithoutAMatchAndRefusesOtherExpressions) {
-  const auto document = documentOf(u"<r/>");
-  CComPtr<IXMLDOMNode> node;
-  EXPECT_EQ(document->raw_selectSingleNode(CComBSTR(u"//database"), &node), S_FALSE);
-  EXPECT_EQ(node.p, nullptr);
-  EXPECT_EQ(document->selectNodes(u"//database")->length(), 0);
-  EXPECT_EQ(document->raw_selectSingleNode(CComBSTR(u"//["), &node), E_INVALIDARG);
-  EXPECT_EQ(document->raw_selectSingleNode(CComBSTR(u"count(//r)"), &node), E_INVALIDARG);
-  EXPECT_EQ(document->raw_selectSingleNode(nullptr, &node), E_INVALIDARG);
-  EXPECT_EQ(emptyDocument()->raw_selectSingleNode(CComBSTR(u"//r"), &node), S_FALSE);
-}
-
-TEST(DomXPath, KnowsThePrefixesInScope) {
-  const auto document = documentOf(u"<r xmlns:p='urn:p'><p:a/></r>");
-  EXPECT_EQ(plain(document->selectSingleNode(u"//p:a")->nodeName()), "p:a");
-}
-
-TEST(DomXPath, SelectionDoesNotChangeWithTheTree) {
-  const auto document = documentOf(u"<r><a/><a/></r>");
-  const CComPtr<IXMLDOMNodeList> list = document->selectNodes(u"//a");
-  document->documentElement()->removeChild(list->item(0));
-  EXPECT_EQ(list->length(), 2);
-  EXPECT_EQ(namesOf(list), "a a");
-}
-
 // --- errors of arguments -------------------------------------------------------------------
+
+TEST(DomNode, RefusesNullOutPointersOfEveryOperation) {
+  const auto document = documentOf(u"<r a='1'/>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  const CComPtr<IXMLDOMNode> node = root.p;
+  const CComPtr<IXMLDOMNodeList> lists[] = {root->childNodes(), document->selectNodes(u"//r")};
+  const CComPtr<IXMLDOMNamedNodeMap> map = root->attributes();
+  const CComPtr<IXMLDOMParseError> error = document->parseError();
+  const CComBSTR name(u"a");
+  const CComVariant value(u"x");
+  const HRESULT results[] = {node->raw_baseName(nullptr),
+                             node->raw_namespaceURI(nullptr),
+                             node->raw_text(nullptr),
+                             node->raw_xml(nullptr),
+                             node->raw_nodeTypeString(nullptr),
+                             node->raw_parentNode(nullptr),
+                             node->raw_lastChild(nullptr),
+                             node->raw_nextSibling(nullptr),
+                             node->raw_ownerDocument(nullptr),
+                             node->raw_selectSingleNode(name, nullptr),
+                             node->raw_selectNodes(name, nullptr),
+                             node->raw_cloneNode(VARIANT_TRUE, nullptr),
+                             root->raw_tagName(nullptr),
+                             root->raw_getAttribute(name, nullptr),
+                             root->raw_getAttributeNode(name, nullptr),
+                             document->raw_createAttribute(name, nullptr),
+                             document->raw_createTextNode(name, nullptr),
+                             document->raw_createComment(name, nullptr),
+                             document->raw_load(value, nullptr),
+                             lists[0]->raw_length(nullptr),
+                             lists[0]->raw_item(0, nullptr),
+                             lists[0]->raw_nextNode(nullptr),
+                             lists[1]->raw_length(nullptr),
+                             lists[1]->raw_item(0, nullptr),
+                             lists[1]->raw_nextNode(nullptr),
+                             map->raw_length(nullptr),
+                             map->raw_item(0, nullptr),
+                             map->raw_getNamedItem(name, nullptr),
+                             error->raw_errorCode(nullptr),
+                             error->raw_reason(nullptr),
+                             error->raw_line(nullptr),
+                             error->raw_linepos(nullptr),
+                             error->raw_url(nullptr)};
+  for (std::size_t i = 0; i < std::size(results); ++i) EXPECT_EQ(results[i], E_POINTER) << i;
+}
+
+TEST(DomNode, AFailureStoresNull) {
+  const auto document = documentOf(u"<r/>");
+  const CComPtr<IXMLDOMElement> root = document->documentElement();
+  const CComBSTR bad(u"a b");
+  auto* element = root.p;
+  EXPECT_EQ(document->raw_createElement(bad, &element), E_INVALIDARG);
+  EXPECT_EQ(element, nullptr);
+  auto* attribute = reinterpret_cast<IXMLDOMAttribute*>(root.p);
+  EXPECT_EQ(document->raw_createAttribute(bad, &attribute), E_INVALIDARG);
+  EXPECT_EQ(attribute, nullptr);
+  for (const auto create :
+       {&IXMLDOMDocument::raw_createTextNode, &IXMLDOMDocument::raw_createComment}) {
+    IXMLDOMNode* node = root.p;
+    EXPECT_EQ((document.p->*create)(CComBSTR(u"\x01"), &node), E_INVALIDARG);
+    EXPECT_EQ(node, nullptr);
+  }
+  IXMLDOMNode* found = root.p;
+  EXPECT_EQ(root->raw_selectSingleNode(CComBSTR(u"//["), &found), E_INVALIDARG);
+  EXPECT_EQ(found, nullptr);
+  auto* list = reinterpret_cast<IXMLDOMNodeList*>(root.p);
+  EXPECT_EQ(root->raw_selectNodes(CComBSTR(u"//["), &list), E_INVALIDARG);
+  EXPECT_EQ(list, nullptr);
+}
 
 TEST(DomNode, ThrowsTheErrorsOfItsOperations) {
   const auto document = documentOf(u"<r><a/></r>");
@@ -333,7 +411,10 @@ TEST(DomNode, ThrowsTheErrorsOfItsOperations) {
   EXPECT_EQ(raisedBy([&] { root->appendChild(nullptr); }), E_POINTER);
   EXPECT_EQ(raisedBy([&] { root->removeChild(root.p); }), E_INVALIDARG);
   EXPECT_EQ(raisedBy([&] { root->putNodeValue(u"x"); }), E_FAIL);
+  EXPECT_EQ(raisedBy([&] { document->putNodeValue(u"x"); }), E_FAIL);
   EXPECT_EQ(raisedBy([&] { document->createElement(u"two words"); }), E_INVALIDARG);
+  EXPECT_EQ(raisedBy([&] { document->createElement(CComBSTR(std::u16string_view(u"a\0b", 3))); }),
+            E_INVALIDARG);
 }
 
 }  // namespace

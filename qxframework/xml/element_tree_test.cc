@@ -60,6 +60,22 @@ TEST(ElementTree, HasTheDefaultValuesOfADeclaration) {
             "a@1:59[b=1][c=d&e]");
 }
 
+TEST(ElementTree, KeepsTextsOfAnyLengthWithTheResult) {
+  const std::string value(100'000, 'v');
+  std::u16string text = u"<!DOCTYPE a [<!ATTLIST b c CDATA '" + toUtf16(value) + u"'>]><a>";
+  for (int i = 0; i < 20; ++i) text += u"<b d=''/>";
+  ElementsRead read = readElements(text + u"</a>");
+  const ElementsRead moved = std::move(read);
+  ASSERT_TRUE(moved.root.has_value());
+  ASSERT_EQ(moved.root->children.size(), 20U);
+  for (const ElementTree& child : moved.root->children) {
+    ASSERT_EQ(child.attributes.size(), 2U);
+    EXPECT_EQ(toUtf8(child.name), "b");
+    EXPECT_EQ(child.attributes[0].value, u"");
+    EXPECT_TRUE(toUtf8(child.attributes[1].value) == value);
+  }
+}
+
 // The faults of a document, with and without a place.
 class RefusedElements : public testing::TestWithParam<std::u16string> {};
 
@@ -85,8 +101,10 @@ INSTANTIATE_TEST_SUITE_P(, RefusedElements,
                          testing::Values(u"", u"text", u"<a>", u"<a></b>", u"<a/><b/>",
                                          u"<a b='1' b='2'/>", u"<a b='<'/>", u"<a b=1/>",
                                          u"<a>&unknown;</a>", u"<a b='&unknown;'/>", u"<p:a/>",
-                                         u"<a>\u0001</a>", u"<a>\xd800</a>",
-                                         std::u16string(u"<a>\0</a>", 8),
+                                         u"<a>\u0001</a>", u"<!-- b -- c --><a/>",
+                                         u"<!DOCTYPE a [<!-- b -- ]><a/>", u"<a><!-- b",
+                                         u"<a><?p b", u"<a><![CDATA[b", u"<a>]]></a>",
+                                         u"<a>\xd800</a>", std::u16string(u"<a>\0</a>", 8),
                                          u"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>", nested(256)));
 
 TEST(ElementTree, ReadsAsManyLevelsAsTheDocumentWithNodes) {

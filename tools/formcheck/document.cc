@@ -4,6 +4,7 @@
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/decimal_number.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/text_place.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "tools/formcheck/tag_scanner.h"
@@ -62,9 +63,7 @@ class Reader {
 
 // The parser does not see what precedes the first "<". A fault of the text as a whole has no line.
 Place placeInWhole(std::u16string_view ahead, long line, long position) {
-  Place place;
-  for (const char16_t unit : ahead)
-    place = unit == u'\n' ? Place{place.line + 1, 1} : Place{place.line, place.column + 1};
+  const Place place = PlaceCounter(ahead).at(ahead.size());
   if (line < 1) return place;
   const auto column = static_cast<std::size_t>(position);
   if (line == 1) return {place.line, place.column + column - 1};

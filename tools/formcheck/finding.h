@@ -2,20 +2,15 @@
 
 // The findings of a check, each with its place in the checked file.
 
-#include <compare>
-#include <cstddef>
+#include "qxframework/automation/text_place.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace qx::formcheck {
 
-/// A place in a text. Both count from 1, columns in code points.
-struct Place {
-  std::size_t line = 1;
-  std::size_t column = 1;
-  auto operator<=>(const Place&) const = default;
-};
+using Place = TextPlace;
 
 /// A fault of the document, or a remark on something that is allowed.
 enum class Severity { error, note };

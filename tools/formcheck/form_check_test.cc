@@ -337,6 +337,10 @@ TEST(FormCheck, ReportsADocumentThatIsNotWellFormed) {
       findings("ab<a"),
       "f:1:5: error: the document is not well-formed: Couldn't find end of Start Tag a line 1; "
       "correct the XML\n");
+  EXPECT_EQ(
+      findings("\xF0\x9D\x84\x9E-<a"),
+      "f:1:5: error: the document is not well-formed: Couldn't find end of Start Tag a line 1; "
+      "correct the XML\n");
   EXPECT_EQ(findings("no document"),
             "f:1:1: error: the file holds no XML; give a form document, in UTF-8, ISO-8859-1 or "
             "little-endian UTF-16\n");

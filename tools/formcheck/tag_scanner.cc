@@ -1,6 +1,7 @@
 #include "tools/formcheck/tag_scanner.h"
 
 #include "qxframework/automation/ascii.h"
+#include "qxframework/automation/text_place.h"
 
 #include <utility>
 
@@ -8,29 +9,6 @@ namespace qx::formcheck {
 namespace {
 
 constexpr std::size_t kEnd = std::u16string_view::npos;
-
-// Returns places for positions that only move forward, so that the text is counted once.
-class PlaceCounter {
- public:
-  explicit PlaceCounter(std::u16string_view text) : text_(text) {}
-  Place at(std::size_t position) {
-    for (; next_ < position && next_ < text_.size(); ++next_) {
-      if (text_[next_] == u'\n') {
-        place_ = {place_.line + 1, 1};
-      } else if (!isLowSurrogate(text_[next_])) {
-        ++place_.column;  // a pair counts once, by its first unit
-      }
-    }
-    return place_;
-  }
-
- private:
-  static bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
-  std::u16string_view text_;
-  std::size_t next_ = 0;
-  Place place_;
-};
 
 class Scanner {
  public:
@@ -124,7 +102,7 @@ class Scanner {
   }
 
   std::u16string_view text_;
-  PlaceCounter places_;
+  PlaceCounter<char16_t> places_;
   std::size_t at_ = 0;
 };
 

@@ -36,7 +36,13 @@ class Batch {
   explicit Batch(Desk& desk) : desk_(desk) {}
 
   HRESULT run(std::u16string_view xml) {
-    if (const auto root = parse(xml)) applyDocument(*root);
+    // Holds the texts of the elements, so it lives until they are applied.
+    const xml::ElementsRead read = xml::readElements(xml);
+    if (read.root) {
+      applyDocument(XmlElement(*read.root));
+    } else {
+      report_.failDocument(kCannotLoadXml, withoutLineEnd(read.reason), {read.line, read.column});
+    }
     // Written last: a handler of the events in between may apply a batch of its own, and the report
     // that an add-on reads after this call is that of this batch.
     desk_.lastBatchResults = report_.xml();
@@ -46,7 +52,6 @@ class Batch {
  private:
   using Entry = std::function<void(Action, const XmlElement&)>;
 
-  std::optional<XmlElement> parse(std::u16string_view xml);
   void applyDocument(const XmlElement& root);
   void applyActions(const XmlElement& parent, std::u16string_view entryName,
                     std::u16string_view uidName, const Entry& apply);
@@ -61,23 +66,16 @@ class Batch {
   BatchReport report_;
 };
 
-std::optional<XmlElement> Batch::parse(std::u16string_view xml) {
-  xml::ElementsRead read = xml::readElements(xml);
-  if (read.root) return XmlElement(*std::move(read.root));
-  report_.failDocument(kCannotLoadXml, withoutLineEnd(read.reason), {read.line, read.column});
-  return std::nullopt;
-}
-
 void Batch::applyDocument(const XmlElement& root) {
-  if (root.name() != u"application") {
+  if (!root.is(u"application")) {
     report_.failDocument(kTagNotInPosition, u"the root element is not <Application>", root.place());
     return;
   }
   for (const XmlElement& child : root.children()) {
-    if (child.name() == u"menus") {
+    if (child.is(u"menus")) {
       applyActions(child, u"menu", u"uniqueid",
                    [this](Action action, const XmlElement& entry) { applyMenu(action, entry); });
-    } else if (child.name() == u"forms") {
+    } else if (child.is(u"forms")) {
       applyActions(child, u"form", u"uid",
                    [this](Action action, const XmlElement& entry) { applyForm(action, entry); });
     } else {
@@ -90,13 +88,13 @@ void Batch::applyDocument(const XmlElement& root) {
 void Batch::applyActions(const XmlElement& parent, std::u16string_view entryName,
                          std::u16string_view uidName, const Entry& apply) {
   for (const XmlElement& element : parent.children()) {
-    if (element.name() != u"action") {
+    if (!element.is(u"action")) {
       report_.failDocument(kTagNotInPosition,
                            u"<" + parent.name() + u"> holds <" + element.name() + u">",
                            element.place());
       continue;
     }
-    const std::u16string type = element.text(u"type");
+    const std::u16string_view type = element.text(u"type");
     report_.beginAction(type, element.place());
     // An unknown type is one error of the action; its entries are not looked at.
     const auto action = actionOf(type);
@@ -106,7 +104,7 @@ void Batch::applyActions(const XmlElement& parent, std::u16string_view entryName
     }
     for (const XmlElement& entry : element.children()) {
       report_.beginEntry(entry.text(uidName), entry.place());
-      if (entry.name() == entryName) {
+      if (entry.is(entryName)) {
         applyEntry(*action, entry, apply);
       } else {
         report_.fail(kTagNotInPosition, u"<action> holds <" + entry.name() + u">");
@@ -134,7 +132,7 @@ bool flagOf(const XmlElement& menu, std::u16string_view name, bool otherwise) {
 
 void Batch::applyMenu(Action action, const XmlElement& menu) {
   if (action == Action::kAdd) return addMenu(menu);
-  const std::u16string uid = menu.text(u"uniqueid");
+  const std::u16string_view uid = menu.text(u"uniqueid");
   // The empty UID would find the root, which no document may change.
   const auto entry = uid.empty() ? nullptr : desk_.menus.find(uid);
   if (entry == nullptr) raiseError(kInvalidMenuItem);
@@ -146,8 +144,8 @@ void Batch::addMenu(const XmlElement& menu) {
   // A missing attribute is an error, but an empty one names the menu bar itself.
   const auto father = menu.has(u"fatheruid") ? desk_.menus.find(menu.text(u"fatheruid")) : nullptr;
   if (father == nullptr) {
-    report_.fail(kInvalidMenuItem, u"there is no menu with the FatherUID " +
-                                       menu.attribute(u"fatheruid").value_or(u""));
+    std::u16string reason = u"there is no menu with the FatherUID ";
+    report_.fail(kInvalidMenuItem, reason.append(menu.text(u"fatheruid")));
     return;
   }
   const auto type = decimalNumber(menu.attribute(u"type").value_or(u"1"));
@@ -169,8 +167,8 @@ void Batch::updateMenu(MenuEntry& entry, const XmlElement& menu) {
   // Add-ons may check and disable the host's own entries, but not rename them.
   const bool renames = menu.has(u"string") || menu.has(u"image");
   if (renames && entry.isSystem()) raiseError(kNotAUserMenuItem);
-  properties.text = menu.attribute(u"string").value_or(properties.text);
-  properties.image = menu.attribute(u"image").value_or(properties.image);
+  menu.read(u"string", properties.text);
+  menu.read(u"image", properties.image);
   properties.checked = flagOf(menu, u"checked", properties.checked);
   properties.enabled = flagOf(menu, u"enabled", properties.enabled);
 }

@@ -16,9 +16,9 @@ constexpr long kKnownItemTypes[] = {kButton, kStaticText, kEditText, kComboBox, 
 constexpr long kKnownColumnTypes[] = {kButton, kStaticText, kEditText, kComboBox, kLinkedButton};
 
 // Documents name the type by either attribute. "-1" is the type of forms without one.
-std::u16string typeOf(const XmlElement& form) {
-  if (form.has(u"formtype")) return form.text(u"formtype");
-  return form.has(u"appformnumber") ? form.text(u"appformnumber") : u"-1";
+std::u16string_view typeOf(const XmlElement& form) {
+  if (const auto type = form.attribute(u"formtype")) return *type;
+  return form.attribute(u"appformnumber").value_or(u"-1");
 }
 
 template <class Values, class Value>
@@ -28,11 +28,21 @@ bool contains(const Values& values, const Value& value) {
 
 }  // namespace
 
+template <class Body>
+void FormReader::attempt(const XmlElement& element, const Body& body) {
+  try {
+    body();
+  } catch (const _com_error& error) {
+    fail(element, error.Error(), u"");
+  }
+}
+
 std::shared_ptr<FormModel> FormReader::create(const XmlElement& element) {
   const std::size_t faults = report_.errors().size();
   std::shared_ptr<FormModel> form;
   attempt(element, [&] {
-    form = std::make_shared<FormModel>(element.text(u"uid"), typeOf(element), false);
+    form = std::make_shared<FormModel>(std::u16string(element.text(u"uid")),
+                                       std::u16string(typeOf(element)), false);
     form->visible = true;  // unless the document says otherwise
   });
   // Without a valid UID there is no form into which the rest could be read.
@@ -56,13 +66,13 @@ void FormReader::readForm(FormModel& form, const XmlElement& element) {
   for (const XmlElement& items : element.children(u"items")) readItems(form, items);
   // Documents also name a button that the form lacks: 0, or 1 in a form without any buttons. Such a
   // form has no default button.
-  const std::u16string button = element.text(u"default_button");
+  const std::u16string_view button = element.text(u"default_button");
   if (!button.empty() && form.findItem(button) != nullptr) form.setDefaultItem(button);
 }
 
 void FormReader::readFrame(FormModel& form, const XmlElement& element) {
-  form.title = element.attribute(u"title").value_or(form.title);
-  form.objectType = element.attribute(u"objecttype").value_or(form.objectType);
+  element.read(u"title", form.title);
+  element.read(u"objecttype", form.objectType);
   number(element, u"type", kFormSettingRect, form.borderStyle);
   number(element, u"left", kFormSettingRect, form.rect.left);
   number(element, u"top", kFormSettingRect, form.rect.top);
@@ -80,8 +90,9 @@ void FormReader::readFrame(FormModel& form, const XmlElement& element) {
 void FormReader::readSources(FormModel& form, const XmlElement& element) {
   allowOnly(element, {u"dbdatasources", u"userdatasources"});
   for (const XmlElement& database : element.children(u"dbdatasources")) {
-    eachEntry(database, u"datasource",
-              [&](const XmlElement& source) { form.tables.push_back(source.text(u"tablename")); });
+    eachEntry(database, u"datasource", [&](const XmlElement& source) {
+      form.tables.emplace_back(source.text(u"tablename"));
+    });
   }
   for (const XmlElement& user : element.children(u"userdatasources")) {
     eachEntry(user, u"datasource", [&](const XmlElement& source) {
@@ -89,7 +100,7 @@ void FormReader::readSources(FormModel& form, const XmlElement& element) {
       long size = 0;
       number(source, u"type", kUnknownFieldType, type);
       number(source, u"size", kUnknownFieldType, size);
-      attempt(source, [&] { form.addSource(source.text(u"uid"), type, size); });
+      attempt(source, [&] { form.addSource(std::u16string(source.text(u"uid")), type, size); });
     });
   }
 }
@@ -100,7 +111,7 @@ void FormReader::readItems(FormModel& form, const XmlElement& element) {
 }
 
 void FormReader::readItemAction(FormModel& form, const XmlElement& action) {
-  const std::u16string type = action.text(u"type");
+  const std::u16string_view type = action.text(u"type");
   allowOnly(action, {u"item"});
   for (const XmlElement& element : action.children(u"item")) {
     // An update needs no type: it changes the item that has the UID, of any type.
@@ -108,7 +119,7 @@ void FormReader::readItemAction(FormModel& form, const XmlElement& action) {
       addItem(form, element);
     } else if (type == u"update" || type == u"remove") {
       attempt(element, [&] {
-        const std::u16string uid = element.text(u"uid");
+        const std::u16string_view uid = element.text(u"uid");
         ItemModel& item = form.item(uid);  // throws for an unknown UID, also for a removal
         if (type == u"remove") return form.removeItem(uid);
         readItem(form, item, element);
@@ -140,8 +151,8 @@ void FormReader::readItem(FormModel& form, ItemModel& item, const XmlElement& el
   flag(element, u"enabled", kItemAttributes, item.enabled);
   flag(element, u"disp_desc", kItemAttributes, item.showsDescription);
   flag(element, u"right_just", kItemAttributes, item.rightJustified);
-  item.description = element.attribute(u"description").value_or(item.description);
-  item.linkTo = element.attribute(u"linkto").value_or(item.linkTo);
+  element.read(u"description", item.description);
+  element.read(u"linkto", item.linkTo);
   for (const XmlElement& specific : element.children(u"specific")) {
     readSpecific(form, item, specific);
   }
@@ -157,7 +168,7 @@ void FormReader::readRect(const XmlElement& element, Rect& rect) {
 void FormReader::readSpecific(FormModel& form, ItemModel& item, const XmlElement& specific) {
   // What one kind of control does not use is passed over, be it an attribute or an element.
   allowOnly(specific, {u"databind", u"columns", u"validvalues"});
-  item.caption = specific.attribute(u"caption").value_or(item.caption);
+  specific.read(u"caption", item.caption);
   flag(specific, u"affectsformmode", kItemAttributes, item.affectsFormMode);
   // A matrix is bound by its columns and not as a whole.
   if (item.matrix != nullptr) return readMatrix(form, *item.matrix, specific);
@@ -197,7 +208,7 @@ void FormReader::readMatrix(FormModel& form, MatrixModel& matrix, const XmlEleme
 void FormReader::readValidValues(ComboModel& combo, const XmlElement& specific) {
   for (const XmlElement& values : specific.children(u"validvalues")) {
     eachEntry(values, u"validvalue", [&](const XmlElement& value) {
-      combo.add(value.text(u"value"), value.text(u"description"));
+      combo.add(std::u16string(value.text(u"value")), std::u16string(value.text(u"description")));
     });
   }
 }
@@ -237,16 +248,16 @@ std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const X
     if (!bound) continue;
     // A binding to a table is accepted and checked, but the desk has no records to show, so the
     // control keeps a text of its own.
-    const std::u16string table = bind.text(u"table");
+    const std::u16string_view table = bind.text(u"table");
     if (!table.empty()) {
-      if (std::find(form.tables.begin(), form.tables.end(), table) == form.tables.end()) {
-        fail(bind, code, u"the form has no database data source for table " + table);
+      if (!contains(form.tables, table)) {
+        fail(bind, code, u"the form has no database data source for table ", table);
       }
       return nullptr;
     }
     auto source = form.findSource(bind.text(u"alias"));
     if (source == nullptr) {
-      fail(bind, code, u"the form has no user data source with the alias " + bind.text(u"alias"));
+      fail(bind, code, u"the form has no user data source with the alias ", bind.text(u"alias"));
     }
     return source;
   }
@@ -256,7 +267,8 @@ std::shared_ptr<UserDataSource> FormReader::readBinding(FormModel& form, const X
 void FormReader::allowOnly(const XmlElement& element, Names names) {
   // An element that is passed over would be a misspelt item that is missing on the screen.
   for (const XmlElement& child : element.children()) {
-    if (contains(names, child.name())) continue;
+    const auto isIt = [&child](std::u16string_view name) { return child.is(name); };
+    if (std::any_of(names.begin(), names.end(), isIt)) continue;
     std::u16string reason = u"<" + element.name() + u"> holds only";
     for (const std::u16string_view name : names) {
       reason.append(name == *names.begin() ? u" <" : u", <").append(name).append(u">");
@@ -278,14 +290,6 @@ void FormReader::eachEntry(const XmlElement& element, std::u16string_view entry,
   }
 }
 
-void FormReader::attempt(const XmlElement& element, const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const _com_error& error) {
-    fail(element, error.Error(), u"");
-  }
-}
-
 void FormReader::number(const XmlElement& element, std::u16string_view name, HRESULT code,
                         long& out) {
   const auto text = element.attribute(name);
@@ -293,7 +297,7 @@ void FormReader::number(const XmlElement& element, std::u16string_view name, HRE
   if (const auto value = decimalNumber(*text)) {
     out = *value;
   } else {
-    fail(element, code, std::u16string(name) + u" is not a number: " + *text);
+    fail(element, code, std::u16string(name) + u" is not a number: ", *text);
   }
 }
 
@@ -304,7 +308,7 @@ void FormReader::size(const XmlElement& element, std::u16string_view name, HRESU
   if (value >= 0) {
     out = value;
   } else {
-    fail(element, code, std::u16string(name) + u" is negative: " + element.text(name));
+    fail(element, code, std::u16string(name) + u" is negative: ", element.text(name));
   }
 }
 
@@ -316,14 +320,15 @@ void FormReader::flag(const XmlElement& element, std::u16string_view name, HRESU
   if (*text == u"1" || *text == u"-1" || *text == u"0") {
     out = *text != u"0";
   } else {
-    fail(element, code, std::u16string(name) + u" is neither 1 nor 0: " + *text);
+    fail(element, code, std::u16string(name) + u" is neither 1 nor 0: ", *text);
   }
 }
 
-void FormReader::fail(const XmlElement& element, HRESULT code, std::u16string_view reason) {
+void FormReader::fail(const XmlElement& element, HRESULT code, std::u16string_view reason,
+                      std::u16string_view text) {
   std::u16string detail = u"<" + element.name() + u">";
-  if (element.has(u"uid")) detail += u" " + element.text(u"uid");
-  if (!reason.empty()) detail.append(u": ").append(reason);
+  if (const auto uid = element.attribute(u"uid")) detail.append(u" ").append(*uid);
+  if (!reason.empty()) detail.append(u": ").append(reason).append(text);
   report_.fail(code, detail, element.place());
 }
 

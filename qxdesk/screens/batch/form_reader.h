@@ -54,7 +54,8 @@ class FormReader {
   /// Runs `body` for each element named `entry` in each `action` of `element`.
   void eachEntry(const XmlElement& element, std::u16string_view entry, const Step& body);
   /// Runs `body` and reports the error that the model throws, if any.
-  void attempt(const XmlElement& element, const std::function<void()>& body);
+  template <class Body>
+  void attempt(const XmlElement& element, const Body& body);
   /// Reads an attribute into `out`. Leaves `out` alone if the attribute is missing, empty or wrong;
   /// the last is reported with `code`.
   void number(const XmlElement& element, std::u16string_view name, HRESULT code, long& out);
@@ -62,7 +63,9 @@ class FormReader {
   void size(const XmlElement& element, std::u16string_view name, HRESULT code, long& out);
   /// Does the same for a 1 or 0.
   void flag(const XmlElement& element, std::u16string_view name, HRESULT code, bool& out);
-  void fail(const XmlElement& element, HRESULT code, std::u16string_view reason);
+  /// Reports a fault of the element: `reason`, which ends with `text` of the document.
+  void fail(const XmlElement& element, HRESULT code, std::u16string_view reason,
+            std::u16string_view text = {});
 
   BatchReport& report_;
 };

@@ -200,6 +200,13 @@ TEST_F(FormReaderTest, NamesAreReadInAnyCase) {
   EXPECT_EQ(toUtf8(printForm(*form())), "A -1 \"T\" selected\n  1 button \"C\"\n");
 }
 
+TEST_F(FormReaderTest, TheFirstOfTwoNamesThatDifferInCaseCounts) {
+  ASSERT_EQ(apply(u"<Application><forms><action type='add'><form UID='A' uid='B' title='' "
+                  u"Title='T'/></action></forms></Application>"),
+            0);
+  EXPECT_EQ(toUtf8(printForm(*form())), "A -1 \"\" selected\n");
+}
+
 struct Fault {
   const char* name;
   std::u16string document;

@@ -37,14 +37,17 @@ ItemModel& FormModel::addItem(ItemModel item) {
   if (item.type == kComboBox && item.combo == nullptr) item.combo = std::make_unique<ComboModel>();
   if (item.type == kMatrix && item.matrix == nullptr) item.matrix = std::make_unique<MatrixModel>();
   // Objects of an add-on hold an item weakly, so each one is an allocation of its own.
-  items_.push_back(std::make_shared<ItemModel>(std::move(item)));
-  return *items_.back();
+  const auto added = std::make_shared<ItemModel>(std::move(item));
+  byUid_.emplace(added->uid, added);
+  items_.push_back(added);
+  return *added;
 }
 
 void FormModel::removeItem(std::u16string_view uid) {
   const auto gone = findItem(uid);
   if (gone == nullptr) raiseError(kInvalidItem);
   // `gone` keeps the item: `uid` may be a view into it.
+  byUid_.erase(gone->uid);
   std::erase(items_, gone);
   if (defaultItem_ == uid) defaultItem_.clear();
   if (focus == uid) focus.clear();

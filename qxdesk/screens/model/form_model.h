@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace qx::screens {
@@ -40,7 +41,8 @@ class FormModel {
   const std::vector<std::shared_ptr<ItemModel>>& items() const { return items_; }
   /// Returns the item, or null.
   std::shared_ptr<ItemModel> findItem(std::u16string_view uid) const {
-    return findByUid(items_, uid);
+    const auto found = byUid_.find(uid);
+    return found == byUid_.end() ? nullptr : found->second;
   }
   /// Returns the item. Throws kInvalidItem if there is none.
   ItemModel& item(std::u16string_view uid) const;
@@ -120,6 +122,8 @@ class FormModel {
   bool closeAsked_ = false;  // it closes when it is no longer busy
   bool closing_ = false;     // its closing events are being raised
   std::vector<std::shared_ptr<ItemModel>> items_;
+  // The keys are the UIDs in the items, which do not change.
+  std::unordered_map<std::u16string_view, std::shared_ptr<ItemModel>> byUid_;
   std::vector<std::shared_ptr<UserDataSource>> sources_;
   std::u16string defaultItem_;
   long mode_ = kOkMode;

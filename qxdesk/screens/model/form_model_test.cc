@@ -31,6 +31,29 @@ TEST(FormModel, ItemUidMustBeUnique) {
   EXPECT_EQ(raisedBy([&] { form->item(u"5"); }), kInvalidItem);
 }
 
+TEST(FormModel, FindsTheItemsThatItHoldsNow) {
+  FormModel form(u"A", u"1", false);
+  const auto add = [&form](std::u16string uid) {
+    ItemModel item;
+    item.uid = std::move(uid);
+    return &form.addItem(std::move(item));
+  };
+  ItemModel* const shortUid = add(u"1");
+  ItemModel* const longUid = add(u"1234567890");
+  EXPECT_EQ(form.findItem(u"1").get(), shortUid);
+  EXPECT_EQ(form.findItem(u"1234567890").get(), longUid);
+  EXPECT_EQ(form.findItem(u"123456789"), nullptr);
+  EXPECT_EQ(form.findItem(u""), nullptr);
+  form.removeItem(u"1");
+  EXPECT_EQ(form.findItem(u"1"), nullptr);
+  EXPECT_EQ(form.findItem(u"1234567890").get(), longUid);
+  // The new item is at the end and has the UID of the one that is gone.
+  ItemModel* const again = add(u"1");
+  EXPECT_EQ(form.findItem(u"1").get(), again);
+  ASSERT_EQ(form.items().size(), 2U);
+  EXPECT_EQ(form.items().back().get(), again);
+}
+
 TEST(FormModel, RemovedItemLosesDefaultAndFocus) {
   const auto form = makeAddOnForm(u"A");
   form->focus = kOkButton;

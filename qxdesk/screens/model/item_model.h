@@ -34,8 +34,8 @@ struct EditStyle {
 
 /// An item of a form. `combo` and `matrix` are set for items of these types and null for others.
 struct ItemModel {
-  std::u16string uid;
-  long type = 0;  ///< a qx::ItemType
+  std::u16string uid;  ///< stays the same while the item is in a form
+  long type = 0;       ///< a qx::ItemType
   Rect rect;
   long fromPane = 0;
   long toPane = 0;

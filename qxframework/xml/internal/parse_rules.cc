@@ -110,14 +110,15 @@ void passOnEnd(void* context, const xmlChar*, const xmlChar*, const xmlChar*) {
   rulesOf(context).pass([](TagHandler& tags) { tags.endElement(); });
 }
 
-// Only the elements are wanted.
+// Only the elements are wanted. Comments have a handler all the same: without one the parser does
+// not read their text, which it quotes when it refuses a comment.
 void passOnElements(xmlSAXHandler& handler) {
   handler.startElementNs = passOnStart;
   handler.endElementNs = passOnEnd;
   handler.characters = nullptr;
   handler.ignorableWhitespace = nullptr;
   handler.cdataBlock = nullptr;
-  handler.comment = nullptr;
+  handler.comment = [](void*, const xmlChar*) {};
   handler.processingInstruction = nullptr;
 }
 
@@ -261,13 +262,10 @@ void ParseRules::countDefaults(const StartTag& tag) {
   }
 }
 
-void ParseRules::pass(const std::function<void(TagHandler&)>& work) {
-  try {
-    work(*tags_);
-  } catch (...) {
-    thrown_ = std::current_exception();
-    refuse("The document was given up.\n");
-  }
+// Keeps the exception that is being handled.
+void ParseRules::giveUp() {
+  thrown_ = std::current_exception();
+  refuse("The document was given up.\n");
 }
 
 void ParseRules::rethrow() const {

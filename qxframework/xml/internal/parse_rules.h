@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <exception>
-#include <functional>
 #include <string_view>
 
 namespace qx::xml {
@@ -44,7 +43,14 @@ class ParseRules {
   };
   /// Runs `work` on the handler of the tags. What it throws must not pass through libxml2: it ends
   /// the parse and waits for rethrow().
-  void pass(const std::function<void(TagHandler&)>& work);
+  template <class Work>
+  void pass(const Work& work) {
+    try {
+      work(*tags_);
+    } catch (...) {
+      giveUp();
+    }
+  }
   void rethrow() const;
   /// Checks the declaration of a default value.
   void checkDefault(const xmlChar* attribute, const xmlChar* value);
@@ -54,6 +60,7 @@ class ParseRules {
   void refuse(const char* reason) { faults_.refuse(reason); }
 
  private:
+  void giveUp();
   void countDefaults(const StartTag& tag);
 
   xmlParserCtxt* parser_;

@@ -98,11 +98,13 @@ std::optional<bool> keepsSpace(const xmlNode* element) {
   return std::nullopt;
 }
 
-// Writes one subtree. It walks by the links of the nodes and not by recursion, because a tree that
-// is built by operations may be deeper than the stack allows.
+// Appends one subtree to a text. It walks by the links of the nodes and not by recursion, because a
+// tree that is built by operations may be deeper than the stack allows.
 class Writer {
  public:
-  std::string write(const xmlNode* root) {
+  explicit Writer(std::string& out) : out_(out) {}
+
+  void write(const xmlNode* root) {
     const xmlNode* node = root;
     while (true) {
       open(node);
@@ -117,7 +119,7 @@ class Writer {
         node = node->parent;
         leave(node);
       }
-      if (node == root) return std::move(out_);
+      if (node == root) return;
       node = node->next;
       breakLine();
     }
@@ -261,7 +263,7 @@ class Writer {
     bool keepsSpace = false;
   };
 
-  std::string out_;
+  std::string& out_;
   std::vector<Level> open_;
 };
 
@@ -280,11 +282,14 @@ std::string xmlDeclaration(const xmlDoc* document) {
 }  // namespace
 
 std::string serialize(const xmlNode* node) {
-  if (node->type != XML_DOCUMENT_NODE) return Writer().write(node);
   std::string out;
+  if (node->type != XML_DOCUMENT_NODE) {
+    Writer(out).write(node);
+    return out;
+  }
   if (node->children != nullptr) out = xmlDeclaration(reinterpret_cast<const xmlDoc*>(node));
   for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
-    out += Writer().write(child);
+    Writer(out).write(child);
     out += '\n';
   }
   return out;

@@ -77,24 +77,6 @@ bool writeUtf8(std::u16string_view text, char* out) {
   return true;
 }
 
-// Writes UTF-8 as UTF-16 to `out`, which has room for it. Returns false if it is malformed.
-bool writeUtf16(std::string_view text, char16_t* out) {
-  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  std::size_t length = 0;
-  for (std::size_t i = 0; i < text.size();) {
-    const std::size_t ascii = copyAscii(text.substr(i), out + length);
-    i += ascii;
-    length += ascii;
-    for (const std::size_t end = std::min(i + kBlock, text.size()); i < end;) {
-      UChar32 point = 0;
-      U8_NEXT(bytes, i, text.size(), point);
-      if (point < 0) return false;
-      U16_APPEND_UNSAFE(out, length, point);
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 std::optional<std::string> strictUtf8(std::u16string_view text) {
@@ -112,6 +94,23 @@ std::string utf8OrRaise(std::u16string_view text) {
   std::optional<std::string> out = strictUtf8(text);
   if (!out) raiseError(E_INVALIDARG);
   return *std::move(out);
+}
+
+std::optional<std::size_t> writeUtf16(std::string_view text, char16_t* out) {
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  std::size_t length = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t ascii = copyAscii(text.substr(i), out + length);
+    i += ascii;
+    length += ascii;
+    for (const std::size_t end = std::min(i + kBlock, text.size()); i < end;) {
+      UChar32 point = 0;
+      U8_NEXT(bytes, i, text.size(), point);
+      if (point < 0) return std::nullopt;
+      U16_APPEND_UNSAFE(out, length, point);
+    }
+  }
+  return length;
 }
 
 HRESULT giveUtf8(std::string_view text, BSTR* out) {

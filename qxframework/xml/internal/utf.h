@@ -23,6 +23,9 @@ std::string utf8OrRaise(std::u16string_view text);
 /// Stores well-formed UTF-8 in an out parameter as a new wide string. Returns E_OUTOFMEMORY if
 /// memory is out or the text is too long for a wide string.
 HRESULT giveUtf8(std::string_view text, BSTR* out);
+/// Writes the UTF-16 of `text` to `out`, which has room for a unit per byte. Returns the number of
+/// units, or nothing if `text` is malformed.
+std::optional<std::size_t> writeUtf16(std::string_view text, char16_t* out);
 /// True if an XML document may contain every character of the text.
 bool isXmlText(std::string_view utf8);
 /// Returns the value as text, converted by the user's default locale. Throws the error of the

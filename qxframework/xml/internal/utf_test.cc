@@ -98,5 +98,39 @@ TEST(XmlUtf, FailsForMalformedUtf8) {
   EXPECT_EQ(giveUtf8("", nullptr), E_POINTER);
 }
 
+TEST(XmlUtf, KnowsTheCharactersOfXml) {
+  for (const char* text :
+       {"", "\t\n\r", " ", "\x7F", "\xEF\xBF\xBD", "\xEF\xBF", "a\xC2\x80", "\xF4\x8F\xBF\xBF"}) {
+    EXPECT_TRUE(isXmlText(text)) << text;
+  }
+  for (const std::string& text : {std::string(1, '\0'), std::string("\x01"), std::string("\x08"),
+                                  std::string("\x0B"), std::string("\x0C"), std::string("a\x1F"),
+                                  std::string("\xEF\xBF\xBE"), std::string("a\xEF\xBF\xBF z")}) {
+    EXPECT_FALSE(isXmlText(text)) << testing::PrintToString(text);
+  }
+}
+
+TEST(XmlUtf, ReadsTheTextOfAValue) {
+  CComBSTR text(u"a\u20AC");
+  VARIANT reference;
+  reference.vt = VT_BYREF | VT_BSTR;
+  reference.pbstrVal = &text.m_str;
+  EXPECT_EQ(textOf(reference), "a\xE2\x82\xAC");
+  EXPECT_EQ(textOf(CComVariant(text)), "a\xE2\x82\xAC");
+  EXPECT_EQ(textOf(CComVariant(7L)), "7");
+  EXPECT_EQ(textOf(VARIANT()), "");
+  CComBSTR lone(std::u16string(1, char16_t{0xD800}));
+  reference.pbstrVal = &lone.m_str;
+  EXPECT_EQ(raisedBy([&] { textOf(reference); }), E_INVALIDARG);
+}
+
+TEST(XmlUtf, WritesUtf16AndReturnsItsLength) {
+  char16_t out[8] = {};
+  EXPECT_EQ(writeUtf16("", out), 0U);
+  EXPECT_EQ(writeUtf16("a\xC3\xA4\xF0\x9F\x98\x80", out), 4U);
+  EXPECT_EQ(std::u16string_view(out), u"a\u00E4\U0001F600");
+  EXPECT_EQ(writeUtf16("a\xC3", out), std::nullopt);
+}
+
 }  // namespace
 }  // namespace qx::xml
