@@ -153,7 +153,8 @@ TEST_F(PlainSourceTest, ALockedSourceIsReported) {
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(impatient).text,
-            u"The company database is locked by another program. Try again when it has finished.");
+            u"A row or a table on the database server is locked by another program (database is "
+            u"locked (5)). Try again when it has finished.");
   other.run("ROLLBACK");
   query(impatient, u"UPDATE HVCOMP SET Country = 'FR'");
 }

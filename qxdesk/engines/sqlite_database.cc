@@ -108,6 +108,19 @@ class SqliteDatabase final : public Database {
       wait_.sleep(kBusyPauseMs);
     }
   }
+  // Without a lock file the connections do not know of each other; then the lock is granted.
+  bool lockTables(std::chrono::milliseconds most) override {
+    return locks_ == nullptr || locks_->take(LockFile::Part::Tables, most);
+  }
+  void unlockTables() override {
+    if (locks_ != nullptr) locks_->release(LockFile::Part::Tables);
+  }
+  std::optional<LockHolder> tablesHolder() override {
+    if (locks_ == nullptr) return std::nullopt;
+    const std::optional<LockFile::Holder> holder = locks_->holder(LockFile::Part::Tables);
+    if (!holder) return std::nullopt;
+    return LockHolder{{}, holder->program, std::to_string(holder->process)};
+  }
   std::optional<DatabaseError> lost() const override {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
