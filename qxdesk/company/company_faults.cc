@@ -80,6 +80,10 @@ CompanyFault companyFaultOf(Text text) {
     case Text::LockedOnServer:
     case Text::TableLocked:
       return kLockedFault;
+    case Text::Deadlock:
+      return kDeadlockFault;
+    case Text::Conflict:
+      return kConflictFault;
     default:
       return kOtherFault;
   }

@@ -327,5 +327,63 @@ TEST_F(PostgresSharingTest, TheLockOfTheTablesEndsWithItsConnection) {
   EXPECT_FALSE(own->LockTables(0, holder));
 }
 
+TEST_F(PostgresSharingTest, AConnectionThatIsLostWhileItWaitsForTheLockIsReported) {
+  CComBSTR holder;
+  EXPECT_TRUE(CComQIPtr<ICompanySharing>(company)->LockTables(0, holder));
+  const CComPtr<ICompany> other = connectTo(target(), systemEnvironment());
+  std::thread end([&] {
+    awaitBlocked(1);
+    server.run("postgres",
+               "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '" + name() +
+                   "' AND wait_event_type = 'Lock'");
+  });
+  const CComQIPtr<ICompanySharing> waiting(other);
+  EXPECT_EQ(raisedBy([&] { waiting->LockTables(60'000, holder); }), kSqlFailure);
+  end.join();
+  EXPECT_TRUE(
+      lastError(other).text.starts_with(u"The connection to the database server was lost ("))
+      << toUtf8(lastError(other).text);
+  EXPECT_EQ(other->GetConnected(), VARIANT_FALSE);
+}
+
+TEST_F(PostgresSharingTest, AConnectionThatIsLostBetweenTheAttemptsOfAChangeIsReported) {
+  OdbcProgram holder(connection());
+  holder.run("BEGIN");
+  holder.run("UPDATE hvitem SET instock = 5");
+  CompanyEnvironment environment = testEnvironment();
+  environment.busyTimeoutMs = 10'000;
+  environment.program = "unlucky";
+  environment.sleep = [&](int) {
+    server.run("postgres",
+               "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE application_name = "
+               "'unlucky'");
+  };
+  const CComPtr<ICompany> own = connectTo(target(), environment);
+  EXPECT_EQ(addField(own, {u"HVITEM", u"Colour", kAlphaField, 0, 10}), kSqlFailure);
+  EXPECT_TRUE(lastError(own).text.starts_with(u"The connection to the database server was lost ("))
+      << toUtf8(lastError(own).text);
+  holder.run("COMMIT");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM CUFD"), u"0");
+  EXPECT_EQ(addField(company, {u"HVITEM", u"Colour", kAlphaField, 0, 10}), 0);
+}
+
+TEST_F(PostgresSharingTest, ACompanyIsMadeAfterTheTurnOfTheProgramBefore) {
+  const std::string empty = "odbc:" + server.connection(server.createDatabase());
+  OdbcProgram before(empty.substr(std::string("odbc:").size()));
+  before.run("SELECT pg_advisory_lock(hashtext('company tables'))");
+  const CComPtr<ICompany> own =
+      companyFor({empty, kMssql, ln_English, u"manager", u"Demo"}, testEnvironment());
+  // Longer than a statement of the test environment waits for a lock.
+  std::thread end([&] {
+    while (server.ask("postgres",
+                      "SELECT COUNT(*) FROM pg_stat_activity WHERE wait_event_type = 'Lock' AND "
+                      "now() - query_start > interval '100 milliseconds'") != "1") {
+    }
+    before.run("SELECT pg_advisory_unlock(hashtext('company tables'))");
+  });
+  EXPECT_EQ(own->Connect(), 0) << toUtf8(lastError(own).text);
+  end.join();
+}
+
 }  // namespace
 }  // namespace qx::desk
