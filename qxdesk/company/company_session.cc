@@ -2,11 +2,13 @@
 
 #include "qxdesk/company/result_columns.h"
 #include "qxdesk/dictionary/company_schema.h"
+#include "qxdesk/dictionary/dictionary_layouts.h"
 #include "qxdesk/dictionary/system_tables.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 
+#include <charconv>
 #include <stdexcept>
 #include <utility>
 
@@ -18,60 +20,6 @@ sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
   const bool postgres = route == Route::ToPostgres;
   return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now,
           dictionaryTableNames()};
-}
-
-// Returns the sentence for a fault. For the others the engine's own message says it best.
-Text textOf(Fault fault) {
-  switch (fault) {
-    case Fault::Locked:
-      return Text::Locked;
-    case Fault::ReadOnly:
-      return Text::ReadOnly;
-    case Fault::Damaged:
-      return Text::Damaged;
-    case Fault::NotADatabase:
-      return Text::NotADatabase;
-    case Fault::Full:
-      return Text::DiskFull;
-    case Fault::InputOutput:
-      return Text::InputOutput;
-    case Fault::Moved:
-      return Text::Moved;
-    case Fault::ConnectionLost:
-      return Text::ConnectionLost;
-    case Fault::CommitUnknown:
-      return Text::CommitUnknown;
-    case Fault::RolledBack:
-      return Text::RolledBack;
-    case Fault::Aborted:
-      return Text::Aborted;
-    case Fault::Cancelled:
-      return Text::Cancelled;
-    case Fault::NoRight:
-      return Text::NoRight;
-    case Fault::BadValue:
-      return Text::BadValue;
-    case Fault::NoSavepoints:
-      return Text::NoSavepoints;
-    case Fault::LoginRefused:
-      return Text::LoginRefused;
-    case Fault::NoDriver:
-      return Text::NoDriver;
-    case Fault::NoServer:
-      return Text::NoServer;
-    case Fault::NoDatabase:
-      return Text::NoDatabase;
-    case Fault::TooManyUsers:
-      return Text::TooManyUsers;
-    case Fault::TooLong:
-      return Text::TooLong;
-    case Fault::OutOfRange:
-      return Text::OutOfRange;
-    case Fault::BadDate:
-      return Text::BadDate;
-    default:
-      return Text::EngineMessage;
-  }
 }
 
 // True if a statement may have failed because the tables are not those that it was translated for.
@@ -141,6 +89,7 @@ void CompanySession::close() {
 
 void CompanySession::letGo() {
   transaction_ = false;
+  tableLocks_ = 0;
   kept_.clear();
   translator_.reset();
   database_.reset();
@@ -278,6 +227,10 @@ RowStore CompanySession::rowsOf(Database& database, Statement& statement,
     kept.columns = std::make_shared<const std::vector<RowColumn>>(
         resultColumns(database, statement, kept.translation()));
   }
+  // A transaction sees the catalogue as it was at its start, but rows of the table as it is now.
+  if (kept.columns->size() != static_cast<std::size_t>(statement.columnCount())) {
+    throw DatabaseError(Fault::TablesChanged, "the result has other columns now");
+  }
   RowStore rows(kept.columns);
   for (; row; row = statement.step()) {
     rows.append(statement);
@@ -305,6 +258,7 @@ void CompanySession::startTransaction() {
   if (open.isReadOnly()) throw CompanyError(kSqlFailure, Text::ReadOnly);
   open.begin();
   transaction_ = true;
+  endedBy_ = kOtherFault;
 }
 
 void CompanySession::endTransaction(bool commit) {
@@ -336,15 +290,59 @@ void CompanySession::commitOrRollBack() {
   }
 }
 
+std::optional<std::u16string> CompanySession::lockTables(std::chrono::milliseconds most) {
+  Database& open = database();
+  if (tableLocks_ == 0 && !open.lockTables(most)) {
+    const std::optional<LockHolder> holder = open.tablesHolder();
+    return holder ? wordsOf(*holder) : std::u16string();
+  }
+  ++tableLocks_;
+  return std::nullopt;
+}
+
+void CompanySession::unlockTables() {
+  needOpen();
+  if (tableLocks_ == 0) throw CompanyError(kWrongTransactionState, Text::TablesNotLocked);
+  // Counted first: a lock that cannot be given back has ended with its connection.
+  if (--tableLocks_ == 0) database().unlockTables();
+}
+
+bool CompanySession::continueCodes(std::string_view table, long next) {
+  const std::string name = DictionaryLayouts(database()).need(table);
+  const std::string highest = database_->queryText("SELECT MAX([Code]) FROM " + bracketed(name));
+  constexpr int kHexadecimal = 16;
+  std::uint32_t number = 0;
+  std::from_chars(highest.data(), highest.data() + highest.size(), number, kHexadecimal);
+  return highest.empty() || number < static_cast<std::uint32_t>(next);
+}
+
 CompanyError CompanySession::asCompanyError(long code, const DatabaseError& error) const {
   const Text text = textOf(error.fault());
+  if (text == Text::Locked && odbcConnection(target_.database)) return lockedError(code, error);
   // The sentences of these two name the place; the others quote the engine.
   const bool aboutPlace = text == Text::Moved || text == Text::NotADatabase;
   return CompanyError(code, text, aboutPlace ? databaseName(target_.database) : error.what());
 }
 
-void CompanySession::remember(const CompanyError& error) {
+// On a server a row or a table is locked and not the whole database.
+CompanyError CompanySession::lockedError(long code, const DatabaseError& error) const {
+  if (!error.holder()) return CompanyError(code, Text::LockedOnServer, error.what());
+  const LockHolder& holder = *error.holder();
+  if (holder.table.empty()) {
+    return CompanyError(code, Text::LockedOnServer, std::vector{wordsOf(holder)});
+  }
+  return CompanyError(code, Text::TableLocked, std::vector{toUtf16(holder.table), wordsOf(holder)});
+}
+
+std::u16string CompanySession::wordsOf(const LockHolder& holder) const {
+  return sentence(Text::Holder, {toUtf16(holder.program), toUtf16(holder.process)}, language());
+}
+
+void CompanySession::remember(const CompanyError& error, CompanyFault fault) {
+  const bool ends = fault == kConflictFault || fault == kDeadlockFault;
+  if (ends && transaction_) endedBy_ = fault;
   lastCode_ = error.code();
+  lastFault_ = error.text() == Text::TransactionLost ? endedBy_ : fault;
   lastText_ = error.sentenceIn(language());
 }
 

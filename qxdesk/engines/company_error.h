@@ -111,11 +111,12 @@ enum class Text : unsigned {
   CompanyLost = 79,
   LogDamaged = 80,
   LockedOnServer = 81,
-  LockedBy = 82,
+  TableLocked = 82,
   Conflict = 83,
   Deadlock = 84,
-  Duplicate = 85,
-  ProgramAndProcess = 86,
+  RowExists = 85,
+  Holder = 86,
+  TablesNotLocked = 87,
   End  ///< One past the last.
 };
 

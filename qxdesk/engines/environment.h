@@ -29,6 +29,11 @@ struct CompanyEnvironment {
   /// The memory that the rows of a statement may take, and that the embedded engine may take for
   /// all its work in this process.
   std::size_t memoryBytes = kUsualMemoryMegabytes << 20;
+  /// The time that a program may do nothing within a transaction, unless a server sets a limit of
+  /// its own: after it a server ends the connection.
+  int idleTransactionSeconds = 900;
+  /// The name of this program for others that wait for it; at most 63 bytes are of use.
+  std::string program;
   /// The time that a server may take to answer a new connection.
   int loginTimeoutSeconds = 15;
 };
