@@ -2,6 +2,7 @@
 // several programs share is asked whether they still follow.
 
 #include "qxframework/cache/testing/cache_fixture.h"
+#include "qxframework/query/persistence_exception.h"
 
 namespace Persistence {
 namespace {
@@ -126,6 +127,19 @@ TEST_F(CacheCodes, AreDrawnIfTheCompanyDoesNotAnswer) {
   add();
   flush();
   company->calls.failures["Sharing.ContinueCodes"] = qx::resultCode(-2105);
+  add();
+  EXPECT_THAT(happened(), ElementsAre(asked(12), kDraw));
+}
+
+TEST_F(CacheCodes, AreDrawnByTheNextAddIfADrawFails) {
+  add();
+  flush();
+  sharing.codesGoOn = false;
+  company->calls.failures["SQL SELECT"] = E_FAIL;
+  EXPECT_THROW(add(), CQXPersistenceException);
+  company->calls.failures.clear();
+  setHighest(u"00000014");
+  happened();
   add();
   EXPECT_THAT(happened(), ElementsAre(asked(12), kDraw));
 }

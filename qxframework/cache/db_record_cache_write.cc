@@ -87,18 +87,23 @@ bool CDBRecordCache::codesGoOn(const CComBSTR& table) {
   if (m_codesKeptSince && now - *m_codesKeptSince <= kKeptFor) return true;
   const CComQIPtr<ICompanySharing> sharing(m_ptrCompany);
   if (sharing == nullptr) return true;
-  m_codesKeptSince = now;
   const long first = m_lFirstUnsentCode >= 0 ? m_lFirstUnsentCode : m_lNextCode;
   VARIANT_BOOL goesOn = VARIANT_FALSE;
-  return sharing->raw_ContinueCodes(table.m_str, first, &goesOn) >= 0 && goesOn != VARIANT_FALSE;
+  if (sharing->raw_ContinueCodes(table.m_str, first, &goesOn) < 0 || goesOn == VARIANT_FALSE) {
+    m_codesKeptSince.reset();
+    return false;
+  }
+  m_codesKeptSince = now;
+  return true;
 }
 
 // Codes have 32 bits. The number is kept without a sign, so that a code above 7FFFFFFF does not
 // read as one that is still unknown.
 void CDBRecordCache::drawCode(const CComBSTR& table) {
   constexpr long kAllBits = 0xFFFFFFFF;
-  m_codesKeptSince = qx::currentClock().monotonic();
+  const auto now = qx::currentClock().monotonic();
   const long drawn = nextCodeOf(m_ptrCompany, table) & kAllBits;
+  m_codesKeptSince = now;
   // Beyond the rows that wait here, whose codes the database does not know.
   m_lNextCode = m_lFirstUnsentCode < 0 ? drawn : std::max(drawn, m_lNextCode);
 }
