@@ -166,7 +166,8 @@ HRESULT Company::raw_LockTables(long milliseconds, VARIANT_BOOL* locked, BSTR* h
   *locked = VARIANT_FALSE;
   *holder = nullptr;
   return companyCall(*session_, [&] {
-    const std::optional<std::u16string> other = session_->lockTables(milliseconds);
+    const std::optional<std::u16string> other =
+        session_->lockTables(std::chrono::milliseconds(milliseconds));
     *locked = variantBool(!other);
     if (other) raiseIfFailed(giveText(*other, holder));
   });

@@ -22,6 +22,10 @@ Text textOf(Fault fault) {
       return Text::ConnectionLost;
     case Fault::CommitUnknown:
       return Text::CommitUnknown;
+    case Fault::Conflict:
+      return Text::Conflict;
+    case Fault::Deadlock:
+      return Text::Deadlock;
     case Fault::RolledBack:
       return Text::RolledBack;
     case Fault::Aborted:
@@ -61,11 +65,28 @@ CompanyFault companyFaultOf(Fault fault) {
       return kLockedFault;
     case Fault::Unique:
       return kDuplicateFault;
+    case Fault::Deadlock:
+      return kDeadlockFault;
+    case Fault::Conflict:
+      return kConflictFault;
     default:
       return kOtherFault;
   }
 }
 
-CompanyFault companyFaultOf(Text text) { return text == Text::Locked ? kLockedFault : kOtherFault; }
+CompanyFault companyFaultOf(Text text) {
+  switch (text) {
+    case Text::Locked:
+    case Text::LockedOnServer:
+    case Text::TableLocked:
+      return kLockedFault;
+    case Text::Deadlock:
+      return kDeadlockFault;
+    case Text::Conflict:
+      return kConflictFault;
+    default:
+      return kOtherFault;
+  }
+}
 
 }  // namespace qx::desk

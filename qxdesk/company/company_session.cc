@@ -77,6 +77,7 @@ void CompanySession::close() {
 
 void CompanySession::letGo() {
   transaction_ = false;
+  tableLocks_ = 0;
   kept_.clear();
   translator_.reset();
   database_.reset();
@@ -213,6 +214,10 @@ RowStore CompanySession::rowsOf(Database& database, Statement& statement, KeptSt
     kept.columns = std::make_shared<const std::vector<RowColumn>>(
         resultColumns(database, statement, kept.translation()));
   }
+  // A transaction sees the catalogue as it was at its start, but rows of the table as it is now.
+  if (kept.columns->size() != static_cast<std::size_t>(statement.columnCount())) {
+    throw DatabaseError(Fault::TablesChanged, "the result has other columns now");
+  }
   RowStore rows(kept.columns);
   for (; row; row = statement.step()) rows.append(statement);
   return rows;
@@ -234,6 +239,7 @@ void CompanySession::startTransaction() {
   if (open.isReadOnly()) throw CompanyError(kSqlFailure, Text::ReadOnly);
   open.begin();
   transaction_ = true;
+  endedBy_ = kOtherFault;
 }
 
 void CompanySession::endTransaction(bool commit) {
@@ -265,16 +271,21 @@ void CompanySession::commitOrRollBack() {
   }
 }
 
-std::optional<std::u16string> CompanySession::lockTables(long /*milliseconds*/) {
-  database();
+std::optional<std::u16string> CompanySession::lockTables(std::chrono::milliseconds most) {
+  Database& open = database();
+  if (tableLocks_ == 0 && !open.lockTables(most)) {
+    const std::optional<LockHolder> holder = open.tablesHolder();
+    return holder ? wordsOf(*holder) : std::u16string();
+  }
   ++tableLocks_;
   return std::nullopt;
 }
 
 void CompanySession::unlockTables() {
   needOpen();
-  if (tableLocks_ == 0) throw CompanyError(kWrongTransactionState, Text::NoTransaction);
-  --tableLocks_;
+  if (tableLocks_ == 0) throw CompanyError(kWrongTransactionState, Text::TablesNotLocked);
+  // Counted first: a lock that cannot be given back has ended with its connection.
+  if (--tableLocks_ == 0) database().unlockTables();
 }
 
 bool CompanySession::continueCodes(std::string_view table, long next) {
@@ -288,14 +299,31 @@ bool CompanySession::continueCodes(std::string_view table, long next) {
 
 CompanyError CompanySession::asCompanyError(long code, const DatabaseError& error) const {
   const Text text = textOf(error.fault());
+  if (text == Text::Locked && odbcConnection(target_.database)) return lockedError(code, error);
   // The sentences of these two name the place; the others quote the engine.
   const bool aboutPlace = text == Text::Moved || text == Text::NotADatabase;
   return CompanyError(code, text, aboutPlace ? databaseName(target_.database) : error.what());
 }
 
+// On a server a row or a table is locked and not the whole database.
+CompanyError CompanySession::lockedError(long code, const DatabaseError& error) const {
+  if (!error.holder()) return CompanyError(code, Text::LockedOnServer, error.what());
+  const LockHolder& holder = *error.holder();
+  if (holder.table.empty()) {
+    return CompanyError(code, Text::LockedOnServer, std::vector{wordsOf(holder)});
+  }
+  return CompanyError(code, Text::TableLocked, std::vector{toUtf16(holder.table), wordsOf(holder)});
+}
+
+std::u16string CompanySession::wordsOf(const LockHolder& holder) const {
+  return sentence(Text::Holder, {toUtf16(holder.program), toUtf16(holder.process)}, language());
+}
+
 void CompanySession::remember(const CompanyError& error, CompanyFault fault) {
-  lastFault_ = fault;
+  const bool ends = fault == kConflictFault || fault == kDeadlockFault;
+  if (ends && transaction_) endedBy_ = fault;
   lastCode_ = error.code();
+  lastFault_ = error.text() == Text::TransactionLost ? endedBy_ : fault;
   lastText_ = error.sentenceIn(language());
 }
 

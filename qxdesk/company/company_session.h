@@ -16,6 +16,7 @@
 #include "qxdesk/session/login_context.h"
 #include "qxframework/host/company_sharing.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -63,9 +64,9 @@ class CompanySession {
   bool inTransaction() const { return database_ != nullptr && transaction_; }
 
   /// Takes the lock under which tables and fields are made, once more if this session has it.
-  /// Waits at most `milliseconds`; then returns the holder, empty if it is not known. Throws
+  /// Waits at most `most`; then returns the holder, empty if it is not known. Throws
   /// CompanyError with kNotConnected, and DatabaseError.
-  std::optional<std::u16string> lockTables(long milliseconds);
+  std::optional<std::u16string> lockTables(std::chrono::milliseconds most);
   /// Throws CompanyError with kWrongTransactionState if this session does not have the lock.
   void unlockTables();
   /// Returns true if `next` still follows the highest code of `table`, which begins with "@".
@@ -96,6 +97,8 @@ class CompanySession {
 
  private:
   CompanyError asCompanyError(long code, const DatabaseError& error) const;
+  CompanyError lockedError(long code, const DatabaseError& error) const;
+  std::u16string wordsOf(const LockHolder& holder) const;
   void remember(const CompanyError& error, CompanyFault fault);
   RowStore queryAnew(Database& database, std::string_view utf8);
   RowStore queryKept(Database& database, std::string_view utf8);
@@ -122,7 +125,8 @@ class CompanySession {
   sql::StatementShape shape_;      // of the current statement; kept for its memory
   std::optional<AtExit> atExit_;
   bool transaction_ = false;
-  int tableLocks_ = 0;
+  CompanyFault endedBy_ = kOtherFault;  // why the engine ended the open transaction, if it did
+  int tableLocks_ = 0;                  // the calls of lockTables() without their unlockTables()
   std::optional<HvLanguages> language_;
   long lastCode_ = 0;
   CompanyFault lastFault_ = kNoFault;

@@ -3,6 +3,7 @@
 
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/host/company_sharing.h"
 #include "testing/odbc_program.h"
 
 namespace qx::desk {
@@ -153,9 +154,29 @@ TEST_F(PlainSourceTest, ALockedSourceIsReported) {
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'FR'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(impatient).text,
-            u"The company database is locked by another program. Try again when it has finished.");
+            u"A row or a table on the database server is locked by another program (database is "
+            u"locked (5)). Try again when it has finished.");
+  EXPECT_EQ(CComQIPtr<ICompanySharing>(impatient)->GetLastFault(), kLockedFault);
   other.run("ROLLBACK");
   query(impatient, u"UPDATE HVCOMP SET Country = 'FR'");
+}
+
+TEST_F(PlainSourceTest, ADoubleKeyIsADuplicateFault) {
+  addTable(company, u"QX");
+  query(company, u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')");
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  const CComBSTR again(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'm')");
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(again); }), kSqlFailure);
+  EXPECT_EQ(CComQIPtr<ICompanySharing>(company)->GetLastFault(), kDuplicateFault);
+}
+
+TEST_F(PlainSourceTest, TheLockOfTheTablesIsAlwaysGranted) {
+  const CComPtr<ICompany> other =
+      connectTo({"odbc:" + connection, kMssql, ln_English, u"manager", u"Demo"});
+  CComBSTR holder;
+  EXPECT_TRUE(CComQIPtr<ICompanySharing>(company)->LockTables(0, holder));
+  EXPECT_TRUE(CComQIPtr<ICompanySharing>(other)->LockTables(0, holder));
+  CComQIPtr<ICompanySharing>(company)->UnlockTables();
 }
 
 // This driver resolves escapes although it is asked not to.

@@ -234,12 +234,7 @@ TEST_P(PostgresEndedTest, AConnectionThatAnAdministratorEndsIsLost) {
 TEST_P(PostgresEndedTest, ATransactionThatConflictsWithAnotherIsRolledBack) {
   const std::string connection = database.substr(std::string("odbc:").size());
   test::OdbcProgram other(connection);
-  const auto strict = [](const std::string& path, const CompanyEnvironment& environment) {
-    std::unique_ptr<Database> opened = openDatabase(path, environment);
-    opened->execute("SET default_transaction_isolation = 'repeatable read'");
-    return opened;
-  };
-  const CComPtr<ICompany> own = connectThrough(strict, target());
+  const CComPtr<ICompany> own = another();
   own->StartTransaction();
   query(own, u"UPDATE HVITEM SET InStock = 5");
   EXPECT_EQ(rowsOf(own, u"SELECT Country FROM HVCOMP"), u"DE");
@@ -248,8 +243,9 @@ TEST_P(PostgresEndedTest, ATransactionThatConflictsWithAnotherIsRolledBack) {
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"UPDATE HVCOMP SET Country = 'IT'")); }),
             kSqlFailure);
   EXPECT_EQ(lastError(own).text,
-            u"The database ended the transaction in favour of another program (could not "
-            u"serialize access due to concurrent update); nothing of it was kept. Try again.");
+            u"Another program has changed the same rows since this transaction began (could not "
+            u"serialize access due to concurrent update); nothing of the transaction was kept. "
+            u"Start it again from its beginning.");
   EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT Country FROM HVCOMP")); }), kSqlFailure);
   EXPECT_EQ(raisedBy([&] { own->EndTransaction(et_Commit); }), kWrongTransactionState);
   EXPECT_EQ(rowsOf(own, u"SELECT COUNT(*) FROM HVITEM WHERE InStock = 5"), u"0");

@@ -112,6 +112,12 @@ long addKey(const CComPtr<ICompany>& company, const std::u16string& table,
 /// is reported as locked if it is written.
 void expectCountryIsLocked(const CComPtr<ICompany>& company, std::u16string_view before);
 
+/// Returns a text with "#" in the place of each number, for texts that name a process.
+std::u16string withoutNumbers(std::u16string_view text);
+
+/// Runs `body` in many processes at the same moment and returns their exit codes.
+std::vector<int> atOnce(int processes, const std::function<int()>& body);
+
 /// Tests with one connected company in a fresh file or database.
 class CompanyTest : public testing::TestWithParam<Engine> {
  protected:

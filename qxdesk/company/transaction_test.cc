@@ -159,7 +159,11 @@ TEST_P(TransactionTest, TheDeathOfTheProcessRollsBack) {
               rows->DoQuery(CComBSTR(u"INSERT INTO [@QX] (Code, Name) VALUES ('1', 'n')"));
             }),
             kSqlFailure);
-  EXPECT_TRUE(lastError(company).text.starts_with(u"The company database is locked"));
+  EXPECT_EQ(withoutNumbers(lastError(company).text),
+            words(u"The company database is locked by another program. Try again when it has "
+                  u"finished.",
+                  u"The table '@QX' or a row of it is locked by the program 'tester' (process #). "
+                  u"Try again when it has finished."));
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
   close(ready[0]);

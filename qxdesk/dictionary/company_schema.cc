@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 
 namespace qx::desk {
 
@@ -164,12 +165,40 @@ void createCompany(Database& database, const LoginTarget& target,
   change.commit();
 }
 
+/// Holds the lock of the tables while a company is made, if it is granted in time. All rows of a
+/// new company take longer on a distant server than a statement waits for a lock.
+class TurnToMakeTables {
+ public:
+  explicit TurnToMakeTables(Database& database)
+      : database_(database), granted_(database.lockTables(std::chrono::minutes(1))) {}
+  ~TurnToMakeTables() {
+    if (granted_) giveBack();
+  }
+  TurnToMakeTables(const TurnToMakeTables&) = delete;
+  TurnToMakeTables& operator=(const TurnToMakeTables&) = delete;
+
+ private:
+  // A connection that cannot give the lock back has lost it.
+  void giveBack() noexcept {
+    try {
+      database_.unlockTables();
+    } catch (const DatabaseError&) {
+    }
+  }
+
+  Database& database_;
+  bool granted_;
+};
+
 }  // namespace
 
 void ensureCompany(Database& database, const LoginTarget& target,
                    const CompanyEnvironment& environment) {
   // The usual case first and without a lock, so that opening does not wait for a writer.
-  if (!hasCompany(database)) createCompany(database, target, environment);
+  if (!hasCompany(database)) {
+    const TurnToMakeTables turn(database);
+    createCompany(database, target, environment);
+  }
   if (database.tables().version(database) > kSchemaVersion) {
     throw CompanyError(kOpenFailed, Text::NewerDatabase, databaseName(target.database));
   }

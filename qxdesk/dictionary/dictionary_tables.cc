@@ -55,7 +55,7 @@ void DictionaryTables::remove(std::string_view name) {
   if (!table) throw CompanyError(kNotFound, Text::TableMissing, name);
   const std::string real = userTableName(table->name);
   // The indexes of its keys go with the table.
-  database_.execute("DROP TABLE " + bracketed(real));
+  database_.alterTable("DROP TABLE " + bracketed(real));
   TableRows(database_).remove(table->name);
   FieldRows(database_).removeAllOf(real);
   KeyRows(database_).removeAllOf(real);

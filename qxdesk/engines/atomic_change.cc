@@ -9,7 +9,7 @@ AtomicChange::AtomicChange(Database& database)
   if (nested_) {
     database_.setSavepoint();
   } else {
-    database_.begin();
+    database_.beginChangeOfTables();
   }
   // The destructor does not run if the constructor throws.
   try {

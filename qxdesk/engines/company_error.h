@@ -110,6 +110,13 @@ enum class Text : unsigned {
   UnknownDataInterface = 78,
   CompanyLost = 79,
   LogDamaged = 80,
+  LockedOnServer = 81,
+  TableLocked = 82,
+  Conflict = 83,
+  Deadlock = 84,
+  RowExists = 85,
+  Holder = 86,
+  TablesNotLocked = 87,
   End  ///< One past the last.
 };
 

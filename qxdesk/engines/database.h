@@ -12,12 +12,14 @@
 
 #include "qxdesk/sql/column_type.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qx::desk {
 
@@ -37,7 +39,9 @@ enum class Fault {
   Moved,           // the file was moved or deleted, so that all writes to it are lost
   ConnectionLost,  // this connection can do nothing any more
   CommitUnknown,   // the connection was lost during a commit
-  RolledBack,      // the engine ended the transaction in favour of another one
+  Conflict,        // the engine ended the transaction: another one has changed its rows first
+  Deadlock,        // the engine ended the transaction: it and another one waited for each other
+  RolledBack,      // the engine ended the transaction for another reason
   Aborted,         // the engine accepts nothing more in it, since a statement had failed
   Cancelled,       // the statement exceeded its time limit or was stopped
   NoRight,         // the user may not do this
@@ -54,15 +58,26 @@ enum class Fault {
   TablesChanged,  // a kept statement was made for tables that have changed; nothing has run
 };
 
+/// A program that has locked what another one waits for.
+struct LockHolder {
+  std::string table;    // as the dictionary spells it; empty for the lock of the tables
+  std::string program;  // as it names itself to the database
+  std::string process;  // its number, on a server that of its session and where it comes from
+};
+
 /// what() is the engine's own message.
 class DatabaseError : public std::runtime_error {
  public:
-  DatabaseError(Fault fault, const std::string& message)
-      : std::runtime_error(message), fault_(fault) {}
+  DatabaseError(Fault fault, const std::string& message,
+                std::optional<LockHolder> holder = std::nullopt)
+      : std::runtime_error(message), fault_(fault), holder_(std::move(holder)) {}
   Fault fault() const { return fault_; }
+  /// Returns who holds the lock of a Fault::Locked, if the engine knows it.
+  const std::optional<LockHolder>& holder() const { return holder_; }
 
  private:
   Fault fault_;
+  std::optional<LockHolder> holder_;
 };
 
 enum class Storage { Null, Integer, Real, Text };
@@ -144,7 +159,12 @@ class Database {
   std::uint64_t changesOfTables() const { return changesOfTables_; }
   void tableChanged() { ++changesOfTables_; }
 
+  /// Begins a transaction for an add-on. A row that it reads and changes is protected against
+  /// changes by others in between, as far as the engine offers that.
   virtual void begin() = 0;
+  /// Begins a transaction that changes tables. It sees what others have committed, also while it
+  /// waited for its turn.
+  virtual void beginChangeOfTables() { begin(); }
   /// If it throws, the transaction may still be open.
   virtual void commit() = 0;
   virtual void rollback() = 0;
@@ -156,6 +176,18 @@ class Database {
   virtual void setSavepoint();
   virtual void rollBackToSavepoint();
   virtual void releaseSavepoint();
+
+  /// Takes the lock under which programs check and make tables, unlike the lock of one change of
+  /// them, which ends with it. Waits at most `most`; returns false if another connection has it
+  /// then. It ends with this connection at the latest. On an engine without such locks it is
+  /// always granted.
+  virtual bool lockTables(std::chrono::milliseconds /*most*/) { return true; }
+  virtual void unlockTables() {}
+  /// Returns the other connection that has this lock, or nothing if none has it or it is not known.
+  virtual std::optional<LockHolder> tablesHolder() { return std::nullopt; }
+  /// Changes the definition of a table that other programs may be using. Where the wait for them
+  /// would stop all that come later, also those who only read, it is done in short attempts.
+  virtual void alterTable(std::string_view sql) { execute(sql); }
 
   /// Prepares the database for several processes at once. Called when the company in it is
   /// complete: the embedded engine begins its write-ahead log here and not before, so that the

@@ -55,8 +55,8 @@ void EngineTables::create(Database& database, const TableLayout& table,
 
 void EngineTables::addColumn(Database& database, const TableLayout& table,
                              const ColumnLayout& column) const {
-  database.execute("ALTER TABLE " + bracketed(table.name) + " ADD COLUMN " +
-                   bracketed(column.name) + " " + declaration(column));
+  database.alterTable("ALTER TABLE " + bracketed(table.name) + " ADD COLUMN " +
+                      bracketed(column.name) + " " + declaration(column));
 }
 
 EngineTables::Keys EngineTables::changeColumn(Database& database, const TableLayout& table,

@@ -4,6 +4,7 @@
 
 #include <sys/random.h>
 
+#include <cerrno>
 #include <chrono>
 #include <ctime>
 #include <stdexcept>
@@ -38,6 +39,7 @@ CompanyEnvironment systemEnvironment() {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
   };
   environment.fillRandom = fillFromKernel;
+  environment.program = program_invocation_short_name;
   return environment;
 }
 

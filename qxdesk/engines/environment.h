@@ -22,6 +22,11 @@ struct CompanyEnvironment {
   int busyTimeoutMs = 10000;
   /// The time that a statement may run, unless a server sets a limit of its own; 0 is no limit.
   int statementTimeoutSeconds = 600;
+  /// The time that a program may do nothing within a transaction, unless a server sets a limit of
+  /// its own: after it a server ends the connection.
+  int idleTransactionSeconds = 900;
+  /// The name of this program for others that wait for it; at most 63 bytes are of use.
+  std::string program;
   /// The time that a server may take to answer a new connection.
   int loginTimeoutSeconds = 15;
 };

@@ -8,6 +8,7 @@
 #include <sqlucode.h>
 
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace qx::desk {
@@ -93,10 +94,35 @@ bool OdbcConnection::passesWideTexts() const {
   return !SQL_SUCCEEDED(result) || std::u16string_view(back.data()) == sql;
 }
 
-void OdbcConnection::begin() {
+void OdbcConnection::begin(std::string_view opening) {
   needAlive();
   setAutocommit(false);
   inTransaction_ = true;
+  opening_ = opening;
+}
+
+// The attribute can be changed outside of a transaction only. The levels are numbers that grow with
+// their strictness.
+void OdbcConnection::beginRepeatable() {
+  needAlive();
+  constexpr SQLUINTEGER kWanted = SQL_TXN_REPEATABLE_READ;
+  SQLUINTEGER usual = kWanted;
+  const bool offered =
+      (infoNumber(SQL_TXN_ISOLATION_OPTION) & kWanted) != 0 &&
+      SQL_SUCCEEDED(SQLGetConnectAttrW(handles_->connection, SQL_ATTR_TXN_ISOLATION, &usual,
+                                       sizeof usual, nullptr));
+  if (offered && usual < kWanted &&
+      SQL_SUCCEEDED(
+          SQLSetConnectAttrW(handles_->connection, SQL_ATTR_TXN_ISOLATION, number(kWanted), 0))) {
+    usualIsolation_ = usual;
+  }
+  begin();
+}
+
+void OdbcConnection::restoreIsolation() {
+  if (usualIsolation_ == 0) return;
+  SQLSetConnectAttrW(handles_->connection, SQL_ATTR_TXN_ISOLATION,
+                     number(std::exchange(usualIsolation_, 0)), 0);
 }
 
 void OdbcConnection::commit() {
@@ -123,7 +149,9 @@ void OdbcConnection::rollback() {
 void OdbcConnection::endTransaction(short how) {
   if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, handles_->connection, how))) failConnection();
   inTransaction_ = false;
+  opening_.clear();
   setAutocommit(true);
+  restoreIsolation();
 }
 
 void OdbcConnection::setAutocommit(bool on) {
@@ -173,7 +201,8 @@ void* OdbcConnection::newStatement() {
   return statement;
 }
 
-short OdbcConnection::prepare(void* statement, std::string& sql) const {
+short OdbcConnection::prepare(void* statement, std::string& sql) {
+  if (!opening_.empty()) openTransaction();
   if (!wide_) {
     return SQLPrepare(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
                       static_cast<SQLINTEGER>(sql.size()));
@@ -183,7 +212,16 @@ short OdbcConnection::prepare(void* statement, std::string& sql) const {
                      static_cast<SQLINTEGER>(text.size()));
 }
 
-short OdbcConnection::execute(void* statement, std::string& sql) const {
+short OdbcConnection::execute(void* statement, std::string& sql) {
+  if (opening_.empty()) return send(statement, sql);
+  std::string both = opening_ + "; " + sql;
+  const SQLRETURN result = send(statement, both);
+  // After a failure of the first statement the driver begins the transaction anew.
+  if (SQL_SUCCEEDED(result) || result == SQL_NO_DATA) opening_.clear();
+  return result;
+}
+
+short OdbcConnection::send(void* statement, std::string& sql) const {
   if (!wide_) {
     return SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
                          static_cast<SQLINTEGER>(sql.size()));
@@ -193,17 +231,52 @@ short OdbcConnection::execute(void* statement, std::string& sql) const {
                         static_cast<SQLINTEGER>(text.size()));
 }
 
-void OdbcConnection::failStatement(void* statement) { fail(SQL_HANDLE_STMT, statement); }
+void OdbcConnection::openTransaction() {
+  struct Handle {
+    ~Handle() { SQLFreeHandle(SQL_HANDLE_STMT, statement); }
+    SQLHSTMT statement;
+  };
+  const Handle own{newStatement()};
+  if (!SQL_SUCCEEDED(send(own.statement, opening_))) failStatement(own.statement);
+  opening_.clear();
+}
 
-void OdbcConnection::failConnection() { fail(SQL_HANDLE_DBC, handles_->connection); }
+void OdbcConnection::failStatement(void* statement, std::string_view sql) {
+  const DatabaseError error = failureOf(SQL_HANDLE_STMT, statement);
+  if (error.fault() != Fault::Locked || lockInquiry_ == nullptr) throw error;
+  throw DatabaseError(error.fault(), error.what(), askForHolder(sql));
+}
 
-void OdbcConnection::fail(short kind, void* handle) {
+// The answer is a help for the user: a failure to get it must not hide the first one, and it must
+// leave the transaction as it is.
+std::optional<LockHolder> OdbcConnection::askForHolder(std::string_view sql) {
+  // Taken out, so that no inquiry leads to another one.
+  const LockInquiry inquiry = std::exchange(lockInquiry_, nullptr);
+  const std::string opening = std::exchange(opening_, {});
+  std::optional<LockHolder> holder;
+  try {
+    holder = inquiry(sql);
+  } catch (const DatabaseError&) {
+  }
+  lockInquiry_ = inquiry;
+  // Nothing else has run in the transaction yet. Without this it would see the rows as they were
+  // at the time of the inquiry.
+  if (!opening.empty() && inTransaction_) {
+    SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
+    opening_ = opening;
+  }
+  return holder;
+}
+
+void OdbcConnection::failConnection() { throw failureOf(SQL_HANDLE_DBC, handles_->connection); }
+
+DatabaseError OdbcConnection::failureOf(short kind, void* handle) {
   const OdbcDiagnosis diagnosis = diagnose(kind, handle, wide_);
   // Drivers report a broken connection under many states, so the connection itself is asked first.
-  const DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfStatement(diagnosis),
-                            diagnosis.message);
+  DatabaseError error(isDead() ? Fault::ConnectionLost : faultOfStatement(diagnosis),
+                      diagnosis.message);
   noteFailure(error);
-  throw error;
+  return error;
 }
 
 void OdbcConnection::noteFailure(const DatabaseError& error) {
@@ -211,12 +284,15 @@ void OdbcConnection::noteFailure(const DatabaseError& error) {
     lost_ = error;
     inTransaction_ = false;
   }
-  const bool over = error.fault() == Fault::RolledBack || error.fault() == Fault::Aborted;
+  const bool over = error.fault() == Fault::Conflict || error.fault() == Fault::Deadlock ||
+                    error.fault() == Fault::RolledBack || error.fault() == Fault::Aborted;
   if (over && inTransaction_) {
     // Some engines have ended it already; others wait for ROLLBACK and refuse everything else.
     inTransaction_ = false;
+    opening_.clear();
     SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
     SQLSetConnectAttrW(handles_->connection, SQL_ATTR_AUTOCOMMIT, number(SQL_AUTOCOMMIT_ON), 0);
+    restoreIsolation();
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include "qxdesk/engines/database.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,7 +24,12 @@ class OdbcConnection {
   OdbcConnection(const OdbcConnection&) = delete;
   OdbcConnection& operator=(const OdbcConnection&) = delete;
 
-  void begin();
+  /// Begins a transaction. `opening` is a statement that the engine takes only before all others
+  /// of a transaction; it runs in one turn with the first of them. Empty is none.
+  void begin(std::string_view opening = {});
+  /// Begins a transaction in which a row that was read cannot be changed by others, if the driver
+  /// offers that for this engine.
+  void beginRepeatable();
   void commit();
   /// Succeeds also if the connection is lost, since the transaction ended with it; later calls
   /// report the loss.
@@ -52,11 +58,17 @@ class OdbcConnection {
 
   /// Returns a new statement handle; the caller releases it with SQLFreeHandle.
   void* newStatement();
-  /// Call SQLPrepare and SQLExecDirect and return their result.
-  short prepare(void* statement, std::string& sql) const;
-  short execute(void* statement, std::string& sql) const;
+  /// Call SQLPrepare and SQLExecDirect and return their result. A transaction whose first
+  /// statement is prepared is opened in a turn of its own.
+  short prepare(void* statement, std::string& sql);
+  short execute(void* statement, std::string& sql);
   /// Throws the DatabaseError of a statement handle's diagnostic record.
-  [[noreturn]] void failStatement(void* statement);
+  [[noreturn]] void failStatement(void* statement, std::string_view sql = {});
+
+  /// Asks who holds the lock for which a statement waited in vain.
+  using LockInquiry = std::function<std::optional<LockHolder>(std::string_view sql)>;
+  /// Sets the inquiry that runs after each failure with Fault::Locked. It may use this connection.
+  void setLockInquiry(LockInquiry inquiry) { lockInquiry_ = std::move(inquiry); }
 
  private:
   struct Handles;
@@ -65,8 +77,12 @@ class OdbcConnection {
   void setAutocommit(bool on);
   void endTransaction(short how);
   [[noreturn]] void failConnection();
-  [[noreturn]] void fail(short kind, void* handle);
+  DatabaseError failureOf(short kind, void* handle);
+  std::optional<LockHolder> askForHolder(std::string_view sql);
   void noteFailure(const DatabaseError& error);
+  short send(void* statement, std::string& sql) const;
+  void openTransaction();
+  void restoreIsolation();
   bool isDead() const;
   bool passesWideTexts() const;
   bool has(unsigned short function) const;
@@ -77,6 +93,9 @@ class OdbcConnection {
   bool wide_ = true;
   bool moreResults_ = true;
   bool inTransaction_ = false;
+  std::string opening_;  // not run yet in the open transaction
+  LockInquiry lockInquiry_;
+  unsigned long usualIsolation_ = 0;  // in a transaction with another one
   std::optional<DatabaseError> lost_;
 };
 

@@ -6,6 +6,7 @@
 #include "qxdesk/engines/plain_savepoints.h"
 #include "qxdesk/engines/plain_tables.h"
 #include "qxdesk/engines/postgres_catalog.h"
+#include "qxdesk/engines/postgres_locks.h"
 #include "qxdesk/engines/postgres_tables.h"
 #include "qxdesk/sql/emitter_postgres.h"
 
@@ -19,17 +20,32 @@ namespace {
 constexpr std::string_view kPostgres = "PostgreSQL";
 constexpr std::string_view kPostgresDriver = "psqlodbc";
 
+// Of two transactions that change a row which both have read, the second one fails. At the server's
+// usual level it would overwrite the change of the first.
+constexpr std::string_view kRepeatable = "SET TRANSACTION ISOLATION LEVEL REPEATABLE READ";
+
 std::string settingsOf(const CompanyEnvironment& environment) {
   return "SET client_min_messages = warning; "
-         // A process that waited for its turn to make the company must see what the other process
-         // made; a stricter isolation would still show the empty database.
+         // For single statements and for changes of tables; transactions of add-ons are stricter.
          "SET default_transaction_isolation = 'read committed'; "
          // "x = NULL" is neither true nor false, as on the other engines.
          "SET transform_null_equals = off; "
          "SET lock_timeout = " +
          std::to_string(environment.busyTimeoutMs) + "; SELECT set_config('statement_timeout', '" +
          std::to_string(environment.statementTimeoutSeconds) +
-         "s', false) WHERE current_setting('statement_timeout') = '0'";
+         "s', false) WHERE current_setting('statement_timeout') = '0'; "
+         // A stopped program must not hold rows for ever, nor a machine that is gone.
+         "SELECT set_config('idle_in_transaction_session_timeout', '" +
+         std::to_string(environment.idleTransactionSeconds) +
+         "s', false) WHERE current_setting('idle_in_transaction_session_timeout') = '0'; "
+         "SELECT set_config('tcp_keepalives_idle', '120', false), "
+         "set_config('tcp_keepalives_interval', '30', false), "
+         "set_config('tcp_keepalives_count', '4', false) "
+         "WHERE CAST(current_setting('tcp_keepalives_idle') AS bigint) > 120; "
+         // The name by which others learn who holds what they wait for.
+         "SELECT set_config('application_name', " +
+         quotedText(environment.program) +
+         ", false) WHERE current_setting('application_name') = ''";
 }
 
 class OdbcDatabase : public Database {
@@ -45,7 +61,6 @@ class OdbcDatabase : public Database {
   }
   // Nothing to probe: a driver reports the types of expressions as well.
   sql::ColumnType probe(std::string_view) override { return sql::ColumnType::Unknown; }
-  void begin() override { connection_->begin(); }
   void commit() override { connection_->commit(); }
   void rollback() override { connection_->rollback(); }
   bool inTransaction() const override { return connection_->inTransaction(); }
@@ -64,7 +79,10 @@ class PostgresDatabase final : public OdbcDatabase {
  public:
   PostgresDatabase(std::unique_ptr<OdbcConnection> connection,
                    const CompanyEnvironment& environment, bool readOnly)
-      : OdbcDatabase(std::move(connection), {"\"", true}), catalog_(*this), readOnly_(readOnly) {
+      : OdbcDatabase(std::move(connection), {"\"", true}),
+        catalog_(*this),
+        locks_(*this, environment),
+        readOnly_(readOnly) {
     needUtf8();
     // First of all statements that change anything: settings made inside a transaction of the
     // connection string would end with it.
@@ -72,6 +90,8 @@ class PostgresDatabase final : public OdbcDatabase {
     execute(sql::kPostgresSettings);
     execute(settingsOf(environment));
     if (readOnly_) execute("SET default_transaction_read_only = on");
+    this->connection().setLockInquiry(
+        [this](std::string_view sql) { return locks_.holderFor(sql); });
   }
 
   Route route() const override { return Route::ToPostgres; }
@@ -87,6 +107,15 @@ class PostgresDatabase final : public OdbcDatabase {
   }
   bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
 
+  void begin() override { connection().begin(kRepeatable); }
+  // At the server's usual level, so that a program that waited for its turn to change a table or to
+  // make the company sees what the other one made.
+  void beginChangeOfTables() override { connection().begin(); }
+  bool lockTables(std::chrono::milliseconds most) override { return locks_.lockTables(most); }
+  void unlockTables() override { locks_.unlockTables(); }
+  std::optional<LockHolder> tablesHolder() override { return locks_.tablesHolder(); }
+  void alterTable(std::string_view sql) override { locks_.alterTable(sql); }
+
  private:
   // Another encoding would work until someone first writes a letter that it lacks.
   void needUtf8() {
@@ -100,11 +129,12 @@ class PostgresDatabase final : public OdbcDatabase {
   // does not do: if nothing is open, the driver takes it for the end of a failed transaction and
   // never releases its prepared statements again.
   void endForeignTransaction() {
-    begin();
+    beginChangeOfTables();
     rollback();
   }
 
   PostgresCatalog catalog_;
+  PostgresLocks locks_;
   bool readOnly_;
 };
 
@@ -119,6 +149,8 @@ class PlainDatabase final : public OdbcDatabase {
   const EngineTables& tables() const override { return tables_; }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override {}
+  void begin() override { connection().beginRepeatable(); }
+  void beginChangeOfTables() override { connection().begin(); }
   void setSavepoint() override { savepoints_.set(); }
   void rollBackToSavepoint() override { savepoints_.rollBack(); }
   void releaseSavepoint() override { savepoints_.release(); }

@@ -35,8 +35,8 @@ constexpr Meaning kMeanings[] = {
     {"23505", Fault::Unique},         {"42501", Fault::NoRight},     {"IM002", Fault::NoDriver},
     {"IM003", Fault::NoDriver},       {"3D000", Fault::NoDatabase},  {"XX001", Fault::Damaged},
     {"XX002", Fault::Damaged},        {"58030", Fault::InputOutput}, {"08", Fault::ConnectionLost},
-    {"23", Fault::Constraint},        {"28", Fault::LoginRefused},   {"40", Fault::RolledBack},
-    {"53", Fault::InputOutput},
+    {"23", Fault::Constraint},        {"28", Fault::LoginRefused},   {"40001", Fault::Conflict},
+    {"40P01", Fault::Deadlock},       {"40", Fault::RolledBack},     {"53", Fault::InputOutput},
 };
 
 struct Hint {
@@ -64,6 +64,7 @@ constexpr Hint kStatementHints[] = {
     {"server closed the connection", Fault::ConnectionLost},
     {"no connection to the server", Fault::ConnectionLost},
     {"is locked", Fault::Locked},
+    {"Lock wait timeout", Fault::Locked},
     {"readonly database", Fault::ReadOnly},
     {"disk is full", Fault::Full},
     {"UNIQUE constraint failed", Fault::Unique},
@@ -75,6 +76,19 @@ constexpr Hint kStatementHints[] = {
 // the server, which does not run a prepared query whose columns are others now.
 constexpr std::string_view kTablesChanged[] = {kTablesChangedWords,
                                                "cached plan must not change result type"};
+
+struct Refinement {
+  std::string_view state;
+  std::string_view words;  // in lower case
+  Fault fault;
+};
+
+// States that some engines report for several reasons, which only their words tell apart.
+constexpr Refinement kRefinements[] = {
+    {"40001", "deadlock", Fault::Deadlock},
+    {"HYT00", "lock", Fault::Locked},
+    {"23000", "duplicate", Fault::Unique},
+};
 
 std::optional<OdbcDiagnosis> wideRecord(short kind, void* handle) {
   std::array<char16_t, 6> state{};
@@ -178,6 +192,12 @@ Fault faultOfStatement(const OdbcDiagnosis& diagnosis) {
   for (const std::string_view words : kTablesChanged) {
     const bool state = diagnosis.state == "22P02" || diagnosis.state == "0A000";
     if (state && contains(diagnosis.message, words)) return Fault::TablesChanged;
+  }
+  const std::string words = toUtf8(toLower(toUtf16(diagnosis.message)));
+  for (const Refinement& refinement : kRefinements) {
+    if (diagnosis.state == refinement.state && contains(words, refinement.words)) {
+      return refinement.fault;
+    }
   }
   if (!diagnosis.state.starts_with("HY000")) return fault;
   return faultOfWords(diagnosis.message, kStatementHints).value_or(fault);

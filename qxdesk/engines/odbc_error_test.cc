@@ -10,8 +10,8 @@ TEST(OdbcError, AStateDecidesTheFault) {
       {"08S01", Fault::ConnectionLost}, {"08006", Fault::ConnectionLost},
       {"57P01", Fault::ConnectionLost}, {"57P02", Fault::ConnectionLost},
       {"57P03", Fault::NoServer},       {"28P01", Fault::LoginRefused},
-      {"28000", Fault::LoginRefused},   {"40P01", Fault::RolledBack},
-      {"40001", Fault::RolledBack},     {"25P02", Fault::Aborted},
+      {"28000", Fault::LoginRefused},   {"40P01", Fault::Deadlock},
+      {"40001", Fault::Conflict},       {"25P02", Fault::Aborted},
       {"55P03", Fault::Locked},         {"HYT00", Fault::Cancelled},
       {"53100", Fault::Full},           {"53300", Fault::TooManyUsers},
       {"53200", Fault::InputOutput},    {"22001", Fault::TooLong},
@@ -25,6 +25,7 @@ TEST(OdbcError, AStateDecidesTheFault) {
       {"22P02", Fault::BadValue},       {"22018", Fault::BadValue},
       {"42501", Fault::NoRight},        {"XX001", Fault::Damaged},
       {"HY000", Fault::Statement},      {"", Fault::Statement},
+      {"40002", Fault::RolledBack},
   };
   for (const auto& [state, fault] : kStates) EXPECT_EQ(faultOfState(state), fault) << state;
 }
@@ -46,6 +47,23 @@ TEST(OdbcError, TheWordsDecideTheFaultOfAConnection) {
             Fault::NoRight);
   for (const char* state : {"HY000", "42601", "23505", "25P02", "40001", "57014", "01000", ""})
     EXPECT_EQ(faultOfConnect({state, "?"}), Fault::NoServer) << state;
+}
+
+TEST(OdbcError, TheWordsTellApartWhatEnginesReportByOneState) {
+  EXPECT_EQ(
+      faultOfStatement({"40001", "Transaction (Process ID 52) was deadlocked on lock resources"}),
+      Fault::Deadlock);
+  EXPECT_EQ(faultOfStatement({"40001", "Deadlock found when trying to get lock"}), Fault::Deadlock);
+  EXPECT_EQ(faultOfStatement({"40001", "could not serialize access due to concurrent update"}),
+            Fault::Conflict);
+  EXPECT_EQ(faultOfStatement({"HYT00", "Lock request time out period exceeded."}), Fault::Locked);
+  EXPECT_EQ(faultOfStatement({"HYT00", "Query timeout expired"}), Fault::Cancelled);
+  EXPECT_EQ(faultOfStatement({"23000", "Cannot insert duplicate key in object 't'."}),
+            Fault::Unique);
+  EXPECT_EQ(faultOfStatement({"23000", "Cannot insert the value NULL into column 'x'"}),
+            Fault::Constraint);
+  EXPECT_EQ(faultOfStatement({"HY000", "Lock wait timeout exceeded; try restarting transaction"}),
+            Fault::Locked);
 }
 
 TEST(OdbcError, TheWordsDecideTheFaultOfAGeneralState) {

@@ -110,7 +110,7 @@ class OdbcStatement final : public Statement {
   void loadRow();
   bool nextResult();
   void check(SQLRETURN result) {
-    if (!SQL_SUCCEEDED(result)) connection_.failStatement(statement_);
+    if (!SQL_SUCCEEDED(result)) connection_.failStatement(statement_, sql_);
   }
 
   OdbcConnection& connection_;

@@ -56,6 +56,37 @@ TEST_F(OdbcStatementTest, TheFailureOfALaterStatementOfABatchIsReported) {
   EXPECT_EQ(rowsOf(*open(), "NOTHING;NOTHING"), "");
 }
 
+TEST_F(OdbcStatementTest, ATransactionIsRepeatableIfTheDriverOffersThat) {
+  const std::unique_ptr<Database> offered = open("Isolation=repeatable");
+  offered->begin();
+  offered->execute("NOTHING");
+  offered->commit();
+  offered->beginChangeOfTables();
+  offered->rollback();
+  EXPECT_EQ(rowsOf(*offered, "LOG"), "isolation 4|NOTHING|commit|isolation 2|rollback||");
+  const std::unique_ptr<Database> missing = open();
+  missing->begin();
+  missing->execute("NOTHING");
+  missing->commit();
+  EXPECT_EQ(rowsOf(*missing, "LOG"), "NOTHING|commit||");
+}
+
+TEST_F(OdbcStatementTest, AConflictEndsTheTransactionAndItsIsolation) {
+  const std::unique_ptr<Database> database = open("Isolation=repeatable");
+  database->begin();
+  EXPECT_EQ(rowsOf(*database, "FAIL 40001"), "as the statement says");
+  EXPECT_FALSE(database->inTransaction());
+  EXPECT_EQ(rowsOf(*database, "LOG"), "isolation 4|FAIL 40001|rollback|isolation 2||");
+}
+
+TEST_F(OdbcStatementTest, TheLockOfTheTablesIsGrantedWithoutAnEngineThatHasLocks) {
+  const std::unique_ptr<Database> database = open();
+  EXPECT_TRUE(database->lockTables(std::chrono::milliseconds(0)));
+  EXPECT_TRUE(open()->lockTables(std::chrono::milliseconds(0)));
+  database->unlockTables();
+  EXPECT_FALSE(database->tablesHolder().has_value());
+}
+
 TEST_F(OdbcStatementTest, TheFirstRowsOfABatchAreItsRows) {
   EXPECT_EQ(rowsOf(*open(), "NOTHING;ROW a;ROW b"), "a|");
 }

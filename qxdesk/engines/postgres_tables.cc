@@ -1,6 +1,7 @@
 #include "qxdesk/engines/postgres_tables.h"
 
 #include "qxdesk/engines/database.h"
+#include "qxdesk/engines/postgres_locks.h"
 
 namespace qx::desk {
 
@@ -88,10 +89,7 @@ class PostgresTables final : public EngineTables {
                "relnamespace = (SELECT oid FROM pg_namespace WHERE nspname = current_schema())") >
            0;
   }
-  // An advisory lock is released with the transaction, however that ends.
-  void lock(Database& database) const override {
-    database.execute("SELECT pg_advisory_xact_lock(hashtext('company tables'))");
-  }
+  void lock(Database& database) const override { lockChangeOfTables(database); }
   Keys changeColumn(Database& database, const TableLayout& table,
                     const ColumnLayout& before) const override;
   void dropIndex(Database& database, std::string_view index) const override {
@@ -113,12 +111,12 @@ EngineTables::Keys PostgresTables::changeColumn(Database& database, const TableL
   const std::string alter = "ALTER TABLE " + bracketed(table.name) + " ";
   const std::string column = alter + "ALTER COLUMN " + bracketed(now.name) + " ";
   if (checkOf(now) != checkOf(before)) {
-    database.execute(alter + "DROP CONSTRAINT " + checkName(before, promiseOf(before)));
-    database.execute(alter + "ADD" + checkOf(now));
+    database.alterTable(alter + "DROP CONSTRAINT " + checkName(before, promiseOf(before)));
+    database.alterTable(alter + "ADD" + checkOf(now));
   }
   const std::string byDefault = defaultClause(now, kNow);
-  database.execute(column + (byDefault.empty() ? "DROP DEFAULT" : "SET" + byDefault));
-  database.execute(column + (now.mandatory ? "SET NOT NULL" : "DROP NOT NULL"));
+  database.alterTable(column + (byDefault.empty() ? "DROP DEFAULT" : "SET" + byDefault));
+  database.alterTable(column + (now.mandatory ? "SET NOT NULL" : "DROP NOT NULL"));
   return Keys::Kept;
 }
 

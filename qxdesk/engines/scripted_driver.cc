@@ -4,7 +4,8 @@
 //   ROW text      a result of one row with one text column
 //   NOTHING       a result without columns, as of a change
 //   FAIL state    a failure
-//   LOG           the earlier statements of this connection, as one row
+//   LOG           the earlier statements of this connection, as one row; also the ends of
+//                 transactions and the levels of isolation that were set
 //   TIMEOUT       the time limit of this statement in seconds
 //   a;b           one result after the other
 //
@@ -148,8 +149,20 @@ SQLRETURN SQL_API SQLSetEnvAttr(SQLHENV, SQLINTEGER, SQLPOINTER, SQLINTEGER) { r
 
 SQLRETURN SQL_API SQLSetConnectAttr(SQLHDBC handle, SQLINTEGER attribute, SQLPOINTER value,
                                     SQLINTEGER) {
-  if (attribute == SQL_ATTR_LOGIN_TIMEOUT)
-    connectionOf(handle).loginTimeout = reinterpret_cast<SQLULEN>(value);
+  Connection& connection = connectionOf(handle);
+  const auto number = reinterpret_cast<SQLULEN>(value);
+  if (attribute == SQL_ATTR_LOGIN_TIMEOUT) connection.loginTimeout = number;
+  if (attribute == SQL_ATTR_TXN_ISOLATION) {
+    connection.log += "isolation " + std::to_string(number) + "|";
+  }
+  return SQL_SUCCESS;
+}
+
+SQLRETURN SQL_API SQLGetConnectAttr(SQLHDBC, SQLINTEGER attribute, SQLPOINTER place, SQLINTEGER,
+                                    SQLINTEGER*) {
+  if (attribute != SQL_ATTR_TXN_ISOLATION) return SQL_ERROR;
+  const SQLUINTEGER level = SQL_TXN_READ_COMMITTED;
+  std::memcpy(place, &level, sizeof level);
   return SQL_SUCCESS;
 }
 
@@ -177,6 +190,12 @@ SQLRETURN SQL_API SQLGetInfo(SQLHDBC handle, SQLUSMALLINT which, SQLPOINTER plac
     const bool all = optionOf(connectionOf(handle), "Tables") != "commit";
     const SQLUSMALLINT capable = all ? SQL_TC_ALL : SQL_TC_DDL_COMMIT;
     std::memcpy(place, &capable, sizeof capable);
+    return SQL_SUCCESS;
+  }
+  if (which == SQL_TXN_ISOLATION_OPTION) {
+    const bool offered = optionOf(connectionOf(handle), "Isolation") == "repeatable";
+    const SQLUINTEGER levels = SQL_TXN_READ_COMMITTED | (offered ? SQL_TXN_REPEATABLE_READ : 0);
+    std::memcpy(place, &levels, sizeof levels);
     return SQL_SUCCESS;
   }
   if (which == SQL_GETDATA_EXTENSIONS) {

@@ -1,6 +1,7 @@
 #include "qxdesk/engines/sqlite_database.h"
 
 #include "qxdesk/engines/company_error.h"
+#include "qxdesk/engines/lock_file.h"
 #include "qxdesk/engines/sqlite_statement.h"
 #include "qxdesk/engines/sqlite_tables.h"
 #include "qxdesk/engines/write_ahead_log.h"
@@ -107,12 +108,28 @@ class SqliteDatabase final : public Database {
       wait_.sleep(kBusyPauseMs);
     }
   }
+  // Without a lock file the connections do not know of each other; then the lock is granted.
+  bool lockTables(std::chrono::milliseconds most) override {
+    return locks_ == nullptr || locks_->take(LockFile::Part::Tables, most);
+  }
+  void unlockTables() override {
+    if (locks_ != nullptr) locks_->release(LockFile::Part::Tables);
+  }
+  std::optional<LockHolder> tablesHolder() override {
+    if (locks_ == nullptr) return std::nullopt;
+    const std::optional<LockFile::Holder> holder = locks_->holder(LockFile::Part::Tables);
+    if (!holder) return std::nullopt;
+    return LockHolder{{}, holder->program, std::to_string(holder->process)};
+  }
   std::optional<DatabaseError> lost() const override {
     int moved = 0;
     const int result = sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
     if (result != SQLITE_OK || moved == 0) return std::nullopt;
     return DatabaseError(Fault::Moved, "the file is gone");
   }
+
+  /// Joins the other connections to the file; `locks` is null if they cannot know of each other.
+  void join(std::unique_ptr<LockFile> locks) { locks_ = std::move(locks); }
 
   /// Decides if the last connection moves the log into the file when it closes, and removes it.
   void keepLog(bool keep) {
@@ -135,6 +152,7 @@ class SqliteDatabase final : public Database {
   }
 
   // Declared before the connection, which holds pointers to them and is destroyed first.
+  std::unique_ptr<LockFile> locks_;  // null if there is none
   BusyWait wait_;
   SqliteTimeLimit limit_;
   Connection db_;
@@ -320,6 +338,7 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   const bool hasTables = readHeader(*database, path);
   checkHistory(*database, place, hasTables);
   database->keepLog(false);
+  if (!database->isReadOnly()) database->join(LockFile::open(path, environment));
   return database;
 }
 

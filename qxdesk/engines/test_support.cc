@@ -37,6 +37,17 @@ class FailingDatabase final : public Database {
     count("BEGIN");
     real_->begin();
   }
+  void beginChangeOfTables() override {
+    count("BEGIN");
+    real_->beginChangeOfTables();
+  }
+  bool lockTables(std::chrono::milliseconds most) override { return real_->lockTables(most); }
+  void unlockTables() override { real_->unlockTables(); }
+  std::optional<LockHolder> tablesHolder() override { return real_->tablesHolder(); }
+  void alterTable(std::string_view sql) override {
+    count(sql);
+    real_->alterTable(sql);
+  }
   void commit() override {
     count("COMMIT");
     real_->commit();
@@ -68,6 +79,7 @@ CompanyEnvironment testEnvironment() {
     for (std::uint8_t& byte : bytes) byte = next++;
   };
   environment.busyTimeoutMs = 50;
+  environment.program = "tester";
   return environment;
 }
 
