@@ -5,6 +5,7 @@
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/company.h"
+#include "qxframework/host/company_sharing.h"
 
 #include <utility>
 
@@ -14,6 +15,10 @@ class ForwardingCompany : public NoDispatch<ComObject<ICompany>> {
  public:
   explicit ForwardingCompany(CComPtr<ICompany> real) : real_(std::move(real)) {}
 
+  HRESULT QueryInterface(REFIID iid, void** object) override {
+    if (iid == ICompanySharing::kIid) return real_->QueryInterface(iid, object);
+    return NoDispatch<ComObject<ICompany>>::QueryInterface(iid, object);
+  }
   HRESULT raw_Connect(long* out) override { return real_->raw_Connect(out); }
   HRESULT raw_Disconnect() override { return real_->raw_Disconnect(); }
   HRESULT raw_PutLanguage(HvLanguages language) override {

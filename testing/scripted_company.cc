@@ -6,6 +6,18 @@
 
 namespace qx::test {
 
+HRESULT ScriptedCompany::QueryInterface(REFIID iid, void** object) {
+  if (iid == ICompanySharing::kIid && sharing != nullptr && object != nullptr) {
+    return sharing->QueryInterface(iid, object);
+  }
+  return StubCompany::QueryInterface(iid, object);
+}
+
+FakeSharing& ScriptedCompany::share() {
+  sharing = makeObject<FakeSharing>(calls);
+  return *sharing.p;
+}
+
 std::vector<std::string> ScriptedCompany::statements() const {
   std::vector<std::string> found = calls.of("SQL(");
   for (std::string& each : found) each.pop_back();

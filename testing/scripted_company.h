@@ -4,6 +4,7 @@
 // tables, fields and keys as a host does, and logs in. Each call is recorded in one list.
 
 #include "testing/fake_dictionary.h"
+#include "testing/fake_sharing.h"
 #include "testing/host_calls.h"
 #include "testing/host_stubs.h"
 #include "testing/scripted_rows.h"
@@ -38,11 +39,14 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   void answer(std::u16string statement, std::vector<ScriptedRow> rows) {
     answers[std::move(statement)] = {{}, std::move(rows)};
   }
+  /// Makes the company offer ICompanySharing from now on.
+  FakeSharing& share();
   /// Returns the statements in the list of calls, as UTF-8.
   std::vector<std::string> statements() const;
   /// Returns the statements in `runs`.
   std::vector<std::u16string> statementTexts() const;
 
+  HRESULT QueryInterface(REFIID iid, void** object) override;
   HRESULT raw_Connect(long* out) override;
   HRESULT raw_Disconnect() override;
   HRESULT raw_PutLanguage(HvLanguages language) override;
@@ -81,6 +85,8 @@ class ScriptedCompany final : public StubCompany, public FakeDictionary {
   int failStatement = 0;  // the statement with this number in `runs`, from 1, fails; 0 for none
   HRESULT statementFailure = resultCode(-2000);
   VARIANT_BOOL truth = VARIANT_TRUE;  // how a record set says that it is at one of its ends
+
+  CComPtr<FakeSharing> sharing;  // null if the company does not offer it
 
   // The further objects of the company.
   CComPtr<IDataHelper> helper;

@@ -52,3 +52,16 @@ void takeIn(const CComPtr<ICompany>& company, const Order& order) {
   orders.Open();
   if (!orders.Exists(Orders::Key(order.number))) orders.Add(order);
 }
+
+// The work runs again if another program has changed the order meanwhile, so it reads the order
+// within itself, and does nothing else.
+void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {
+  qx::transact(company, [&] {
+    Orders orders(company);
+    orders.Open();
+    Order order;
+    orders.GetByKey(Orders::Key(number), order);
+    order.total += amount;
+    orders.Update(Orders::Key(number), order);
+  });
+}

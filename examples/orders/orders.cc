@@ -1,7 +1,7 @@
-// Keeps orders in a table of its own. At its start it adds two orders, raises the amount of one of
-// them in a transaction, and shows a summary in the status bar. One menu entry opens a form with
-// all orders (order_form.h), one takes in many (sample_orders.h), and one tries a rise in prices
-// out (order_rise.h).
+// Keeps orders in a table of its own. At its start it adds two orders, adds to the amount of one of
+// them in a transaction (order.h), and shows a summary in the status bar. One menu entry opens a
+// form with all orders (order_form.h), one takes in many (sample_orders.h), and one tries a rise in
+// prices out (order_rise.h).
 
 #include "order.h"
 #include "order_form.h"
@@ -24,23 +24,6 @@ constexpr unsigned kSamplesText = 234;
 constexpr unsigned kTakingInText = 235;
 constexpr unsigned kRiseText = 236;
 constexpr long kRise = 10;
-
-// Changes the order completely or not at all.
-void addTo(CComPtr<ICompany> company, const CComBSTR& number, CQXCurrency amount) {
-  const qx_ptr<CQXTransaction> transaction = CQXTransactionManager::Start(company);
-  try {
-    Orders orders(company);
-    orders.Open();
-    Order order;
-    orders.GetByKey(Orders::Key(number), order);
-    order.total += amount;
-    orders.Update(Orders::Key(number), order);
-    transaction->Commit();
-  } catch (...) {
-    transaction->Rollback();
-    throw;
-  }
-}
 
 std::u16string summary(const CComPtr<ICompany>& company) {
   Orders orders(company);

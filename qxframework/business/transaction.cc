@@ -1,5 +1,6 @@
 #include "qxframework/business/transaction.h"
 
+#include "qxframework/business/internal/transact_try.h"
 #include "qxframework/cache/db_record_cache.h"
 #include "qxframework/foundation/thrown_text.h"
 
@@ -96,7 +97,9 @@ void CQXTransactionManager::Commit(CComPtr<ICompany>& company) {
 
 void CQXTransactionManager::Rollback(CComPtr<ICompany>& company) {
   sm_nCurrentCount = 0;  // whatever happens below, the next Start is an outermost one again
+  qx::TransactTry::noteFault();
   if (!isInTransaction(company)) return;
   const HostRollback end{company};
   CDBRecordCache::BeforeTransaction_Rollback();
+  qx::TransactTry::noteForgotten();
 }

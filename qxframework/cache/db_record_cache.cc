@@ -169,6 +169,8 @@ void CDBRecordCache::FlushToDB() { _runBufferedSql(); }
 void CDBRecordCache::ClearBufferedSQL() {
   m_ptrCounters->statementsDiscarded += static_cast<long>(m_vecBufferedSQL.size());
   m_vecBufferedSQL.clear();
+  m_lFirstUnsentCode = -1;
+  m_codesKeptSince.reset();  // a rollback
 }
 
 CComPtr<IRecordset> CDBRecordCache::GetRecordSet() {
@@ -180,6 +182,9 @@ void CDBRecordCache::ReleaseRecordSet() { m_ptrRecordSet.Release(); }
 
 void CDBRecordCache::_runBufferedSql() {
   m_nStatementsRun = 0;
+  // The first row that is inserted ends the keeping of codes, and so does a transaction's end,
+  // ahead of which all caches are flushed.
+  m_codesKeptSince.reset();
   if (m_vecBufferedSQL.empty()) return;
   const RecordSetAside aside(*this);
   const CComPtr<IRecordset> recordSet = GetRecordSet();
@@ -188,6 +193,7 @@ void CDBRecordCache::_runBufferedSql() {
     ++m_ptrCounters->statementsSent;
   }
   m_vecBufferedSQL.clear();
+  m_lFirstUnsentCode = -1;
   ++(m_ptrCounters->flushes.*m_flushReason);
   ReleaseRecordSet();
 }

@@ -20,7 +20,9 @@
 #include "qxframework/host/recordset.h"
 #include "qxframework/query/field_values.h"
 
+#include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -116,9 +118,11 @@ class QX_API CDBRecordCache {
   bool ExistsInDB(qx_ptr<TyLoadParameter_WithPrefetchKeys> param);
 
   /// Buffer the statement of a write and change the rows in memory alike. A row that is added gets
-  /// the next code of the table if `addCode` is true, and its key is that of the last load. An
-  /// update replaces the row in memory by `row`. DeleteByFieldValues drops all rows, since it
-  /// cannot tell which ones are deleted.
+  /// the next code of the table if `addCode` is true, and its key is that of the last load. The
+  /// first such code comes from the database, the further ones from memory; a company that is
+  /// shared is asked whether they still follow, unless it keeps the codes for this program
+  /// meanwhile. An update replaces the row in memory by `row`. DeleteByFieldValues drops all rows,
+  /// since it cannot tell which ones are deleted.
   void Add(const CComBSTR& table, bool addCode, const TyRow& row);
   void Update(const CComBSTR& table, const TyRow& row);
   void DeleteByKey(const CComBSTR& table, const TyFieldValues& key);
@@ -179,6 +183,8 @@ class QX_API CDBRecordCache {
 
   // The parts of the writes.
   long takeCode(const CComBSTR& table, bool addCode);
+  bool codesGoOn(const CComBSTR& table);
+  void drawCode(const CComBSTR& table);
   TyRow rowToKeep(const TyRow& row, bool addCode, long code) const;
   void keepAdded(const TyRow& row);
   qx_ptr<TyVector_KeyCollection> listOf(const TyRow& row) const;
@@ -208,6 +214,9 @@ class QX_API CDBRecordCache {
   mutable std::map<const TyVector_KeyCollection*, FoundRows> m_mapFoundRows;
   TyFieldValues m_EmptyFields;       // with the names of the rows that are being read
   std::size_t m_nStatementsRun = 0;  // of the buffered ones, by the last flush
+  long m_lFirstUnsentCode = -1;      // of the rows whose statements are buffered; -1 for none
+  // When the company was last asked for a code, if it still keeps the codes for this program.
+  std::optional<std::chrono::steady_clock::time_point> m_codesKeptSince;
 };
 
 }  // namespace Persistence

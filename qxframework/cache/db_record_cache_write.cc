@@ -5,15 +5,23 @@
 #include "qxframework/cache/internal/cache_parts.h"
 #include "qxframework/cache/sql_generator.h"
 #include "qxframework/foundation/thrown_text.h"
+#include "qxframework/host/company_sharing.h"
 #include "qxframework/logging/function_log.h"
+#include "qxframework/os/clock.h"
 #include "qxframework/query/persistence_exception.h"
 #include "qxframework/util/qx_util.h"
 
+#include <algorithm>
+#include <chrono>
 #include <optional>
 #include <vector>
 
 namespace Persistence {
 namespace {
+
+// A company keeps codes for a short time only. This is less, so that the company is asked too often
+// rather than too late.
+constexpr std::chrono::seconds kKeptFor{1};
 
 /// Returns the number after the highest code of the table.
 long nextCodeOf(const CComPtr<ICompany>& company, const CComBSTR& table) {
@@ -64,14 +72,40 @@ qx_ptr<TyVector_KeyCollection> CDBRecordCache::GetKeyCollection(
   return found == m_mapPrefetchedKeys.end() ? qx_ptr<TyVector_KeyCollection>() : found->second;
 }
 
-// Codes have 32 bits. The number is kept without a sign, so that a code above 7FFFFFFF does not
-// read as one that is still unknown.
 long CDBRecordCache::takeCode(const CComBSTR& table, bool addCode) {
-  constexpr long kAllBits = 0xFFFFFFFF;
-  if (addCode && m_lNextCode < 0) m_lNextCode = nextCodeOf(m_ptrCompany, table) & kAllBits;
+  if (addCode && (m_lNextCode < 0 || !codesGoOn(table))) drawCode(table);
   const long code = m_lNextCode;
   if (code >= 0) m_lNextCode = code + 1;
+  if (addCode && m_lFirstUnsentCode < 0) m_lFirstUnsentCode = code;
   return code;
+}
+
+// Rows that wait here are not in the database, so it is the first of them that has to follow the
+// highest code there. A company that does not answer is asked by the statement instead.
+bool CDBRecordCache::codesGoOn(const CComBSTR& table) {
+  const auto now = qx::currentClock().monotonic();
+  if (m_codesKeptSince && now - *m_codesKeptSince <= kKeptFor) return true;
+  const CComQIPtr<ICompanySharing> sharing(m_ptrCompany);
+  if (sharing == nullptr) return true;
+  const long first = m_lFirstUnsentCode >= 0 ? m_lFirstUnsentCode : m_lNextCode;
+  VARIANT_BOOL goesOn = VARIANT_FALSE;
+  if (sharing->raw_ContinueCodes(table.m_str, first, &goesOn) < 0 || goesOn == VARIANT_FALSE) {
+    m_codesKeptSince.reset();
+    return false;
+  }
+  m_codesKeptSince = now;
+  return true;
+}
+
+// Codes have 32 bits. The number is kept without a sign, so that a code above 7FFFFFFF does not
+// read as one that is still unknown.
+void CDBRecordCache::drawCode(const CComBSTR& table) {
+  constexpr long kAllBits = 0xFFFFFFFF;
+  const auto now = qx::currentClock().monotonic();
+  const long drawn = nextCodeOf(m_ptrCompany, table) & kAllBits;
+  m_codesKeptSince = now;
+  // Beyond the rows that wait here, whose codes the database does not know.
+  m_lNextCode = m_lFirstUnsentCode < 0 ? drawn : std::max(drawn, m_lNextCode);
 }
 
 void CDBRecordCache::Add(const CComBSTR& table, bool addCode, const TyRow& row) {

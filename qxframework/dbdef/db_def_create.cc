@@ -5,6 +5,7 @@
 #include "qxframework/dbdef/internal/definition_node.h"
 #include "qxframework/dbdef/internal/definition_sql.h"
 #include "qxframework/dbdef/internal/schema_progress.h"
+#include "qxframework/dbdef/tables_lock.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/host/application.h"
@@ -46,6 +47,9 @@ constexpr unsigned kWaitForOwnText = 226;
 
 long CQXDbDef::Create(unsigned int resource, bool noUpgradeStamp, CQXVersion& version) {
   CReturnValue<long> hr(u"CQXDbDef::Create", 0, m_lLogId, false);
+  // Before the progress bar: the check of the framework's tables, too, has the lock and then waits
+  // for the bar.
+  const qx::TablesLock lock(m_ptrApp, m_ptrCompany);
   try {
     if (version.GetVersionAsBSTR().View() == u"0.00.00.00.00") GetFileVersion(version);
     if (GetProgressBar(kBarMinutes, FrameworkText(kCheckDatabaseText), 1) ==

@@ -6,6 +6,7 @@
 #include "qxframework/automation/export.h"
 
 #include <chrono>
+#include <future>
 
 namespace qx {
 
@@ -19,6 +20,11 @@ class Clock {
   virtual std::chrono::steady_clock::time_point monotonic() = 0;
   /// Blocks the calling thread. Returns at once if `duration` is zero or negative.
   virtual void sleepFor(std::chrono::milliseconds duration) = 0;
+  /// Blocks the calling thread until `event` is ready or `limit` has passed. Returns true if it is
+  /// ready.
+  virtual bool waitFor(const std::future<void>& event, std::chrono::milliseconds limit) {
+    return event.wait_for(limit) == std::future_status::ready;
+  }
 };
 
 /// Returns the machine's clock, which lives as long as the process.
@@ -31,7 +37,7 @@ QX_API Clock& currentClock();
 /// one. `clock` must live until another one is set.
 QX_API Clock& setCurrentClock(Clock* clock);
 
-/// A clock for tests. It advances only by advance() and by sleepFor(), which returns at once.
+/// A clock for tests. It advances only by advance() and by the two waits, which return at once.
 class ManualClock : public Clock {
  public:
   explicit ManualClock(std::chrono::system_clock::time_point start = {}) : now_(start) {}
@@ -41,6 +47,11 @@ class ManualClock : public Clock {
   void sleepFor(std::chrono::milliseconds duration) override {
     ++sleeps_;
     if (duration.count() > 0) advance(duration);
+  }
+  bool waitFor(const std::future<void>& event, std::chrono::milliseconds limit) override {
+    if (Clock::waitFor(event, {})) return true;
+    sleepFor(limit);
+    return Clock::waitFor(event, {});
   }
 
   void advance(std::chrono::milliseconds duration) {

@@ -49,6 +49,26 @@ TEST(ManualClock, SleepingAdvancesItWithoutWaiting) {
   EXPECT_EQ(clock.sleeps(), 2);
 }
 
+TEST(Clock, AWaitEndsWhenItsEventIsReadyOrItsTimeIsOver) {
+  std::promise<void> promise;
+  const std::future<void> event = promise.get_future();
+  EXPECT_FALSE(systemClock().waitFor(event, milliseconds(0)));
+  promise.set_value();
+  EXPECT_TRUE(systemClock().waitFor(event, std::chrono::hours(1)));
+}
+
+TEST(ManualClock, AWaitForAnEventAdvancesItUnlessTheEventIsReady) {
+  ManualClock clock;
+  const auto before = clock.monotonic();
+  std::promise<void> promise;
+  const std::future<void> event = promise.get_future();
+  EXPECT_FALSE(clock.waitFor(event, milliseconds(7)));
+  EXPECT_EQ(clock.monotonic() - before, milliseconds(7));
+  promise.set_value();
+  EXPECT_TRUE(clock.waitFor(event, milliseconds(7)));
+  EXPECT_EQ(clock.monotonic() - before, milliseconds(7));
+}
+
 TEST(ManualClock, TimeOfDayCanJumpWithoutTimePassing) {
   ManualClock clock(std::chrono::system_clock::time_point(milliseconds(500)));
   const auto before = clock.monotonic();

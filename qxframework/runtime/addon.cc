@@ -12,8 +12,10 @@
 #include "qxframework/runtime/internal/framework_texts.h"
 #include "qxframework/runtime/qx_idispatch.h"
 #include "qxframework/util/qx_util.h"
+#include "qxframework/util/wait_report.h"
 
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -42,6 +44,9 @@ qx::NamedMutex& startMutex() {
   static auto* const mutex = new qx::NamedMutex(u"AddOnStartMutex");
   return *mutex;
 }
+
+constexpr qx::Waiting kStart{
+    .function = u"CQXAddOn::Connect", .what = u"AddOnStartMutex", .text = qx::kTextWaitForStart};
 
 // A sink is never freed, so that an event that is still on its way does not reach freed memory.
 void keepUntilProcessEnds(CQXEventSink* sink) {
@@ -170,7 +175,12 @@ void CQXAddOn::BuildSink(Scope& hr, bool startupDone) {
 void CQXAddOn::AdviseAlone(Scope& hr) {
   std::unique_lock<qx::NamedMutex> lock;
   try {
-    lock = std::unique_lock(startMutex());
+    startMutex().lock([this](const std::optional<qx::LockHolder>& holder, auto waited) {
+      qx::reportWaiting(
+          kStart, [&](HvLanguages language) { return qx::nameOfHolder(holder, language); }, waited,
+          m_lAppId, m_ptrApp);
+    });
+    lock = std::unique_lock(startMutex(), std::adopt_lock);
   } catch (const std::system_error& error) {
     hr.LogError(u"Cannot lock AddOnStartMutex: %s", error.what());
     hr = E_FAIL;

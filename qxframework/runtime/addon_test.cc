@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/class_object.h"
 #include "qxframework/logging/result_names.h"
+#include "qxframework/os/clock.h"
 #include "qxframework/os/named_mutex.h"
 #include "qxframework/os/shared_counters.h"
 #include "qxframework/runtime/addon_fixture.h"
@@ -11,11 +12,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <future>
 #include <memory>
 #include <thread>
+#include <utility>
 
 namespace qx::test {
 namespace {
@@ -228,6 +231,43 @@ TEST_F(AddOnTest, TheStartMutexIsHeldForTheWholeOfAdviseEventsOnly) {
   probe("connected:");
   EXPECT_THAT(seen, ElementsAre("sink built: free", "company: held", "tables: held", "tables: held",
                                 "load: held", "connected: free"));
+}
+
+/// A clock whose first wait for an event ends at once, without the event. Then it lets the holder
+/// go and waits for the event without a limit.
+class TwoSecondClock : public ManualClock {
+ public:
+  explicit TwoSecondClock(NamedMutex& held) : held_(held) {}
+  bool waitFor(const std::future<void>& event, std::chrono::milliseconds) override {
+    if (!std::exchange(over_, true)) return false;
+    held_.unlock();
+    event.wait();
+    return true;
+  }
+
+ private:
+  NamedMutex& held_;
+  bool over_ = false;
+};
+
+TEST_F(AddOnTest, AStartThatWaitsForAnotherOneSaysForWhom) {
+  NamedMutex other(u"AddOnStartMutex");
+  other.lock();
+  TwoSecondClock clock(other);
+  host.application->startupDone = VARIANT_TRUE;
+  {
+    const ScopedClock scope(clock);
+    EXPECT_EQ(addOn->Connect(1), 0);
+  }
+  const std::string holder =
+      "the program 'qxframework_runtime_test' (process " + std::to_string(getpid()) + ")";
+  const std::string line =
+      "Waiting for AddOnStartMutex for 2 seconds. It is held by " + holder + ".";
+  EXPECT_THAT(messages(), ElementsAre("Current version of UI API is 9.20", line));
+  EXPECT_EQ(MessageRecorder::trace(), line + "\n");
+  EXPECT_THAT(host.of("StatusBar.SetText"),
+              ElementsAre("(Waiting until another add-on has started: " + holder + ", 20, 1)"));
+  EXPECT_TRUE(host.called("OnApplicationLoad"));
 }
 
 TEST_F(AddOnTest, TwoAddOnsStartOneAfterTheOther) {

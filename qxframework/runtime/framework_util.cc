@@ -1,5 +1,6 @@
 #include "qxframework/runtime/framework_util.h"
 
+#include "qxframework/dbdef/tables_lock.h"
 #include "qxframework/foundation/qx_bstr.h"
 #include "qxframework/foundation/version.h"
 #include "qxframework/host/application.h"
@@ -60,6 +61,9 @@ CQXFrameworkUtil::CQXFrameworkUtil() : CQXResourceLoader(qx::frameworkModule()) 
 
 long CQXFrameworkUtil::CheckDatabase(CComPtr<IApplication> app, CComPtr<ICompany> company) {
   Scope hr(u"CQXFrameworkUtil::CheckDatabase", 0, 0);
+  // The versions are read under the lock: while it was waited for, another machine may have created
+  // the tables.
+  const qx::TablesLock lock(app, company);
   try {
     CQXDbDef tables(app, company, *this, kExtension, ln_English, nullptr);
     BringUpToDate(hr, tables, DatabaseState(tables), app, company);

@@ -85,6 +85,40 @@ TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfTheVersionCannotBeRead) {
   EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
 }
 
+TEST_F(FrameworkUtilTest, CheckDatabaseReadsTheVersionAndCreatesTablesUnderTheLockOfTheTables) {
+  const FakeSharing& sharing = host.company->share();
+  host.removeVersionTable();
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(
+      steps(),
+      ElementsAre("Sharing.LockTables(2000)", kSelectVersion, "Sharing.LockTables(2000)",
+                  "Tables.Add(QXEXTDBVERSION)", "Fields.Add(ExtID)", "Fields.Add(Version)",
+                  "Fields.Add(EFNum)", "Fields.Add(Status)", "Fields.Add(Rdate)", kDeleteStamp,
+                  kSelectCode, kInsertStamp, "Sharing.UnlockTables", "Sharing.UnlockTables"));
+  EXPECT_THAT(messages(), ElementsAre("Db tables do not exist yet.\n"));
+  EXPECT_EQ(sharing.locks, 0);
+}
+
+// While this machine waits for the lock, another one creates the tables.
+TEST_F(FrameworkUtilTest, CheckDatabaseFindsTheTablesThatAnotherMachineHasCreatedMeanwhile) {
+  FakeSharing& sharing = host.company->share();
+  host.removeVersion();
+  sharing.holders = {u"orders on desk-7"};
+  sharing.whileWaiting = [this](long) { host.setVersion(u"9.20.00.01", u"Installed"); };
+  EXPECT_EQ(check(), 0);
+  EXPECT_THAT(messages(), ElementsAre("Db is OK.\n"));
+  EXPECT_FALSE(isCreated("ExtID"));
+}
+
+TEST_F(FrameworkUtilTest, CheckDatabaseGivesTheLockBackIfItFails) {
+  const FakeSharing& sharing = host.company->share();
+  host.failures["Company.GetDbServerType"] = E_ACCESSDENIED;
+  host.failures["create Company"] = E_FAIL;
+  EXPECT_LT(util.CheckDatabase(host.application.p, company), 0);
+  EXPECT_EQ(sharing.locks, 0);
+  EXPECT_TRUE(host.called("Sharing.UnlockTables"));
+}
+
 TEST_F(FrameworkUtilTest, CheckDatabaseCreatesTablesIfThereIsNoVersion) {
   host.removeVersion();
   EXPECT_EQ(check(), 0);

@@ -62,7 +62,7 @@ if [ -z "$flags" ] && command -v "$other" >/dev/null; then compilers+=("$other")
 for each in "${compilers[@]}"; do
   folder=build_${each##*/}
   build "$folder" "$each"
-  run "$folder/exported" "44 uses"
+  run "$folder/exported" "46 uses"
   run "$folder/outside" "Hello from outside, tables 0, version 2.05.00.00.00
 two one changed, Proxy is already connected to a persistent collection" \
     "embedded:?db=$place/$folder.db"

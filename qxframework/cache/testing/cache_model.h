@@ -148,6 +148,8 @@ class CacheModel {
     std::vector<ModelStatement> buffer;
     long lastTime = 0;
     long nextCode = -1;
+    long firstUnsent = -1;          // of the generated codes in the buffer
+    std::optional<long> keptSince;  // the second from which a shared company keeps the codes
   };
   struct Loaded {
     long count = 0;
@@ -198,10 +200,12 @@ class CacheModel {
   void add(const std::string& name, std::optional<std::string> code, long group, long number) {
     Cache& at = cache(name);
     const bool generated = !code;
-    if (generated && at.nextCode < 0) {
-      const std::vector<ModelRow> highest = run({ModelStatement::Max, tableOf_[name]});
-      at.nextCode = highest.empty() ? 0 : std::stol(*highest[0].code, nullptr, 16) + 1;
+    if (generated && (at.nextCode < 0 || !codesGoOn(at, tableOf_[name]))) {
+      const long drawn = nextAfter(run({ModelStatement::Max, tableOf_[name]}));
+      at.nextCode = at.firstUnsent < 0 ? drawn : std::max(drawn, at.nextCode);
+      at.keptSince = time;
     }
+    if (generated && at.firstUnsent < 0) at.firstUnsent = at.nextCode;
     const std::string key = generated ? hexCode(at.nextCode) : *code;
     if (at.nextCode >= 0) ++at.nextCode;
     push(at, {ModelStatement::Insert, tableOf_[name], key, group, number});
@@ -244,8 +248,14 @@ class CacheModel {
   }
 
   void flush(Cache& at) {
+    at.keptSince.reset();
     for (const ModelStatement& each : at.buffer) run(each);
+    discard(at);
+  }
+  static void discard(Cache& at) {
     at.buffer.clear();
+    at.firstUnsent = -1;
+    at.keptSince.reset();
   }
   void flushAll() {
     for (auto& [name, at] : caches_) flush(at);
@@ -259,10 +269,10 @@ class CacheModel {
     if (flushFirst) flush(at);
     clearRows(at);
   }
-  void clearAll(bool flushFirst, bool discard) {
+  void clearAll(bool flushFirst, bool discardBuffered) {
     for (auto& [name, at] : caches_) {
       clear(at, flushFirst);
-      if (!flushFirst && discard) at.buffer.clear();
+      if (!flushFirst && discardBuffered) discard(at);
     }
     caches_.clear();
     current_.clear();
@@ -290,6 +300,7 @@ class CacheModel {
   std::vector<ModelStatement> log;  // that ran, the failed ones too
   long time = 0;
   std::string company;
+  bool shared = false;    // the company is asked whether codes go on
   int failIn = 0;         // the number of statements to the one that fails; 0 for none
   long extraSeconds = 0;  // a fault, for the test of the test
 
@@ -298,6 +309,17 @@ class CacheModel {
     log.push_back(statement);
     if (failIn > 0 && --failIn == 0) throw ModelFailure();
     return tables.run(statement);
+  }
+  static long nextAfter(const std::vector<ModelRow>& highest) {
+    return highest.empty() ? 0 : std::stol(*highest[0].code, nullptr, 16) + 1;
+  }
+  bool codesGoOn(Cache& at, const std::string& table) {
+    if (!shared || (at.keptSince && time - *at.keptSince <= 1)) return true;
+    const long next = at.firstUnsent >= 0 ? at.firstUnsent : at.nextCode;
+    // The question is no statement.
+    const bool goOn = nextAfter(tables.run({ModelStatement::Max, table})) <= next;
+    at.keptSince = goOn ? std::optional(time) : std::nullopt;
+    return goOn;
   }
   void push(Cache& at, ModelStatement statement) {
     constexpr std::size_t kBuffer = 100;

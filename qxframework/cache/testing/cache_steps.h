@@ -6,6 +6,7 @@
 #include "qxframework/automation/text.h"
 #include "qxframework/cache/db_record_cache.h"
 #include "qxframework/cache/testing/cache_model.h"
+#include "qxframework/host/company_sharing.h"
 #include "qxframework/os/clock.h"
 #include "qxframework/query/testing/query_parts.h"
 
@@ -246,6 +247,7 @@ class CacheSteps {
     Cache::ClearAllCaches(false, true);
     model_.emplace(around_.tables);
     model_->extraSeconds = extraSeconds;
+    model_->shared = CComQIPtr<ICompanySharing>(around_.company) != nullptr;
     model_->company = "FIRST";
     if (around_.rename) around_.rename("FIRST");
     for (const auto& [cache, table] : around_.tables) {
@@ -501,7 +503,7 @@ class CacheSteps {
         model_->clear(model_->cache(name), step.number % 2 == 0);
         return "";
       case CacheStep::ClearBuffer:
-        model_->cache(name).buffer.clear();
+        CacheModel::discard(model_->cache(name));
         return "";
       case CacheStep::ClearAll:
         model_->clearAll(step.number % 2 == 0, true);

@@ -1,17 +1,12 @@
 #pragma once
 
-// The framework's own module, its texts, and the boxes that the runtime shows in the client.
+// The texts that the runtime shows, and the boxes in which the client shows them.
 
-#include "qxframework/automation/bstr.h"
-#include "qxframework/host/enums.h"
-#include "qxframework/os/module.h"
+#include "qxframework/util/framework_text.h"
 
 class IApplication;
 
 namespace qx {
-
-/// The internal name in the version block of the framework's module, by which it is found.
-inline constexpr OLECHAR kFrameworkModule[] = u"QXFramework.dll";
 
 /// String ids of the framework. Frozen: its string tables use the same numbers.
 enum FrameworkText : unsigned {
@@ -19,6 +14,7 @@ enum FrameworkText : unsigned {
   kTextExit = 101,
   kTextUpgrade = 102,
   kTextInitializationFailed = 202,
+  kTextWaitForStart = 229,
   kTextRestartUpgrade = 700,
   kTextReallyRestartUpgrade = 701,
   kTextQuit = 550,
@@ -26,12 +22,6 @@ enum FrameworkText : unsigned {
   kTextSetUpFailed = 600,
   kTextNoResponse = 602,
 };
-
-/// Returns null if no loaded module has that name.
-HINSTANCE frameworkModule();
-
-/// Returns string `id` of the framework's module in `language`, or an empty text if it has none.
-CComBSTR frameworkText(FrameworkText id, HvLanguages language);
 
 /// Shows `text` in a box of the client with one button. Failures are ignored, since the caller is
 /// reporting a failure already.

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <type_traits>
 
 namespace {
 
@@ -136,6 +137,8 @@ void useRuntime() {
                0 &&
            CQXDbDef::STATUS_INSTALLED == CString(u"Installed"),
        "CQXDbDef");
+  const qx::TablesLock nothing(nullptr, nullptr);
+  used(!std::is_copy_constructible_v<decltype(nothing)>, "TablesLock");
   used(CQXUtil::ReplaceXMLEntityChars(u"&") == u"&amp;", "CQXUtil");
 }
 
@@ -222,6 +225,9 @@ void useBusiness() {
   used(thrownText([&] { copy.Rollback(); }) == "Invalid company pointer in CQXTransaction object",
        "CQXTransaction");
   raisedBy([&] { CQXTransactionManager::Rollback(none); });
+  used(raisedBy([&] { qx::transact(none, [] {}); }) == E_POINTER &&
+           CQXTransactionManager::GetCurrentDepth() == 0,
+       "transact");
   Entry entry(none);
   used(thrownText([&] { entry.TransactionCommit(); }) == "Not in Transaction, can't commit" &&
            Entry(entry).GetLastErrorNumber() == 0,
