@@ -104,7 +104,8 @@ std::optional<std::string_view> odbcConnection(std::string_view database) {
 }
 
 bool sameDatabase(std::string_view a, std::string_view b) {
-  if (odbcConnection(a) || odbcConnection(b)) return a == b;
+  if (a == b) return true;
+  if (odbcConnection(a) || odbcConnection(b)) return false;
   return realPath(a) == realPath(b);
 }
 

@@ -9,9 +9,24 @@
 
 #include <algorithm>
 #include <optional>
+#include <type_traits>
 
 namespace qx {
 namespace {
+
+// Most texts are ASCII; ICU takes several times as long for them.
+template <class Unit>
+bool isAscii(std::basic_string_view<Unit> text) {
+  return std::all_of(text.begin(), text.end(), [](Unit unit) {
+    return static_cast<std::make_unsigned_t<Unit>>(unit) < 0x80;
+  });
+}
+
+std::u16string mapAscii(std::u16string_view text, char16_t (*map)(char16_t)) {
+  std::u16string out(text);
+  std::transform(out.begin(), out.end(), out.begin(), map);
+  return out;
+}
 
 using CaseMap = int32_t (*)(UChar*, int32_t, const UChar*, int32_t, const char*, UErrorCode*);
 
@@ -25,10 +40,9 @@ std::u16string mapCase(CaseMap map, std::u16string_view text) {
 }
 
 // Returns the result for texts that ASCII characters decide, as they do for nearly all names;
-// nothing if another character is reached first, or a text is empty.
+// nothing if another character is reached first.
 std::optional<bool> equalsAsAscii(std::u16string_view a, std::u16string_view b) {
   const std::size_t common = std::min(a.size(), b.size());
-  if (common == 0) return std::nullopt;
   for (std::size_t i = 0; i < common; ++i) {
     if (a[i] >= 0x80 || b[i] >= 0x80) return std::nullopt;
     if (toLowerAscii(a[i]) != toLowerAscii(b[i])) return false;
@@ -42,8 +56,13 @@ std::optional<bool> equalsAsAscii(std::u16string_view a, std::u16string_view b) 
 // The macros are used here and not the functions of utf.h, which are calls for each code point:
 // this loop converts every text on its way to a database, a file or a log.
 std::string toUtf8(std::u16string_view text) {
-  std::string out;
-  out.reserve(text.size());  // enough for ASCII, which most texts are
+  std::string out(text.size(), '\0');
+  if (isAscii(text)) {
+    std::transform(text.begin(), text.end(), out.begin(),
+                   [](char16_t unit) { return static_cast<char>(unit); });
+    return out;
+  }
+  out.clear();
   for (std::size_t i = 0; i < text.size();) {
     UChar32 point = 0;
     U16_NEXT_OR_FFFD(text.data(), i, text.size(), point);
@@ -56,10 +75,8 @@ std::string toUtf8(std::u16string_view text) {
 }
 
 std::u16string toUtf16(std::string_view text) {
-  const bool ascii = std::all_of(text.begin(), text.end(),
-                                 [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  if (ascii) return {text.begin(), text.end()};  // most texts are; ICU takes several times as long
-  std::u16string out(text.size(), u'\0');        // a sequence never has more units than bytes
+  if (isAscii(text)) return {text.begin(), text.end()};
+  std::u16string out(text.size(), u'\0');  // a sequence never has more units than bytes
   int32_t length = 0;
   UErrorCode status = U_ZERO_ERROR;
   u_strFromUTF8WithSub(out.data(), static_cast<int32_t>(out.size()), &length, text.data(),
@@ -70,8 +87,15 @@ std::u16string toUtf16(std::string_view text) {
 
 // The locale "" is the root locale: names must not depend on the user's language, as the Turkish i
 // does.
-std::u16string toLower(std::u16string_view text) { return mapCase(u_strToLower, text); }
-std::u16string toUpper(std::u16string_view text) { return mapCase(u_strToUpper, text); }
+std::u16string toLower(std::u16string_view text) {
+  if (isAscii(text)) return mapAscii(text, toLowerAscii<char16_t>);
+  return mapCase(u_strToLower, text);
+}
+
+std::u16string toUpper(std::u16string_view text) {
+  if (isAscii(text)) return mapAscii(text, toUpperAscii<char16_t>);
+  return mapCase(u_strToUpper, text);
+}
 
 std::u16string toUpperByUnit(std::u16string_view text) {
   std::u16string upper(text);

@@ -355,6 +355,18 @@ TEST_F(DomDocumentFile, ReadsUtf16ByItsMark) {
   }
 }
 
+// The parser converts such a file piece by piece.
+TEST_F(DomDocumentFile, ReadsALongFileInAnotherEncodingToItsEnd) {
+  std::string rows;
+  for (int i = 0; i < 20'000; ++i) rows += "<row>\xE4</row>\n";
+  const auto document = emptyDocument();
+  ASSERT_TRUE(load(document, write("long.xml", "<?xml version='1.0' encoding='ISO-8859-1'?>\n<r>" +
+                                                   rows + "</r>")));
+  const auto children = document->documentElement()->childNodes();
+  ASSERT_EQ(children->length(), 20'000);
+  EXPECT_EQ(children->item(19'999)->text(), u"\u00e4");
+}
+
 TEST_F(DomDocumentFile, ReadsUtf8WithMarkAndByDefault) {
   const auto document = emptyDocument();
   ASSERT_TRUE(load(document, write("a.xml", "\xEF\xBB\xBF<r>\u20ac</r>")));

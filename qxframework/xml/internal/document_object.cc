@@ -54,7 +54,7 @@ template <class Parse>
 HRESULT DocumentObject::read(Parse parse, std::string source, VARIANT_BOOL* success) {
   // Before parsing, so that a large former tree is freed before the new one takes its memory. The
   // document stays empty if the parse fails.
-  setTree(treeOf(nullptr));
+  if (tree()->document()->children != nullptr) setTree(treeOf(nullptr));
   ParseResult result = parse();
   fault_ = std::move(result.fault);
   source_ = std::move(source);
