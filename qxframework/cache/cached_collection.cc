@@ -31,8 +31,8 @@ const CComVariant& indexedValue(const TyRow& row, const CComBSTR& field, const C
 
 TyFieldValues indexKeyOf(const TyRow& row, const CRowIndex& index) {
   TyFieldValues values;
-  for (const CComBSTR& field : index.m_vecFields)
-    values.Add(field, indexedValue(row, field, index.m_bstrName));
+  for (const CComBSTR& field : index.GetFields())
+    values.Add(field, indexedValue(row, field, index.GetName()));
   return values;
 }
 
@@ -323,7 +323,7 @@ void CQXPersistentCollection_CacheBased::moveTo(const TyFieldValues& keys) {
 
 void CQXPersistentCollection_CacheBased::AddIndex(const CComBSTR& name,
                                                   const std::vector<CComBSTR>& fields) {
-  m_mapIndexes[name] = qx_ptr<CRowIndex>(new CRowIndex{name, fields, {}}, true);
+  m_mapIndexes[name] = qx_ptr<CRowIndex>(new CRowIndex(name, fields), true);
 }
 
 void CQXPersistentCollection_CacheBased::RemoveIndex(const CComBSTR& name) {
@@ -333,7 +333,7 @@ void CQXPersistentCollection_CacheBased::RemoveIndex(const CComBSTR& name) {
 void CQXPersistentCollection_CacheBased::ClearAllIndexes() { m_mapIndexes.clear(); }
 
 void CQXPersistentCollection_CacheBased::ClearIndexContent() {
-  for (const auto& [name, index] : m_mapIndexes) index->m_mapKeys.clear();
+  for (const auto& [name, index] : m_mapIndexes) index->SetKeys();
 }
 
 void CQXPersistentCollection_CacheBased::BuildIndex(qx_ptr<CRowIndex> index,
@@ -342,7 +342,7 @@ void CQXPersistentCollection_CacheBased::BuildIndex(qx_ptr<CRowIndex> index,
   if (index == nullptr) refuse(u"BuildIndex needs an index");
   if (keys == nullptr) keys = rows.GetKeyCollection();
   // Filled beside it, so that a row that is refused does not leave a part of an index behind.
-  decltype(index->m_mapKeys) content;
+  TyKeysByValues content;
   for (const TyFieldValues& key : *keys) {
     const qx_ptr<TyRow> row = rows.GetByKey(key);
     if (row == nullptr) continue;
@@ -350,7 +350,7 @@ void CQXPersistentCollection_CacheBased::BuildIndex(qx_ptr<CRowIndex> index,
     if (found == nullptr) found = qx_ptr<TyVector_KeyCollection>(new TyVector_KeyCollection, true);
     found->push_back(key);
   }
-  index->m_mapKeys = std::move(content);
+  index->SetKeys(std::move(content));
 }
 
 void CQXPersistentCollection_CacheBased::RebuildIndexes() {
@@ -363,17 +363,16 @@ void CQXPersistentCollection_CacheBased::GetRowsByIndex(std::vector<qx_ptr<TyRow
                                                         const CComBSTR& name,
                                                         const TyFieldValues& values) {
   if (GetRecordCount() < 1) return;
+  const qx_ptr<CRowIndex> index = indexNamed(name);
+  if (index->GetKeys().empty()) BuildIndex(index, {});
+  index->AppendRows(values, connectedRows(), result);
+}
+
+qx_ptr<CRowIndex> CQXPersistentCollection_CacheBased::indexNamed(const CComBSTR& name) const {
   const auto place = m_mapIndexes.find(name);
   if (place == m_mapIndexes.end())
     refuse(qx::format(u"The collection has no index %s: call AddIndex before a search", name));
-  const qx_ptr<CRowIndex> index = place->second;
-  if (index->m_mapKeys.empty()) BuildIndex(index, {});
-  const auto found = index->m_mapKeys.find(values);
-  if (found == index->m_mapKeys.end()) return;
-  for (const TyFieldValues& key : *found->second) {
-    const qx_ptr<TyRow> row = connectedRows().GetByKey(key);
-    if (row != nullptr) result.push_back(row);
-  }
+  return place->second;
 }
 
 bool CQXPersistentCollection_CacheBased::FindInIndex(const CComBSTR& name,

@@ -9,6 +9,7 @@
 
 #include "qxframework/cache/db_operation.h"
 #include "qxframework/cache/load_parameter.h"
+#include "qxframework/cache/row_index.h"
 #include "qxframework/cache/rows_in_cache.h"
 #include "qxframework/query/browser_collection.h"
 
@@ -18,13 +19,6 @@
 namespace Persistence {
 
 class CQXSQLGenerator;
-
-/// Row keys by the values of some fields. It is empty until a search or RebuildIndexes fills it.
-struct CRowIndex {
-  CComBSTR m_bstrName;
-  std::vector<CComBSTR> m_vecFields;
-  std::map<TyFieldValues, qx_ptr<TyVector_KeyCollection>> m_mapKeys;
-};
 
 /// Rows from a cache. The first operation that reads loads them; Load reads them again. Rows and
 /// cursor stay as they are until then, whatever is written, by this collection too. The cache,
@@ -129,6 +123,7 @@ class QX_API CQXPersistentCollection_CacheBased : public IQXPersistentCollection
   CRowsInCache& connectedRows() const;
   CDBOperation& connectedOperation() const;
   TyRow rowToAdd(TyFieldValues values) const;
+  qx_ptr<CRowIndex> indexNamed(const CComBSTR& name) const;
   void moveTo(const TyFieldValues& keys);
   void copyAllButTheParameter(const CQXPersistentCollection_CacheBased& other);
 

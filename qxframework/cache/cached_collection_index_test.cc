@@ -39,7 +39,7 @@ class OpenParts : public Parts {
  public:
   static std::vector<std::string> contentOf(const CRowIndex& index) {
     std::vector<std::string> texts;
-    for (const auto& [key, rows] : index.m_mapKeys) {
+    for (const auto& [key, rows] : index.GetKeys()) {
       std::string text = shown(key) + ":";
       for (const TyFieldValues& each : *rows) text += " " + utf8(each.GetValue(u"Code"));
       texts.push_back(text);
@@ -162,7 +162,7 @@ TEST_F(CachedCollectionIndex, IsBuiltFromGivenKeysOrFromAllRows) {
   OpenParts open;
   setUp(open);
   open.Load();
-  const qx_ptr<CRowIndex> index(new CRowIndex{u"byN", {u"U_N"}, {}}, true);
+  const qx_ptr<CRowIndex> index(new CRowIndex(u"byN", {u"U_N"}), true);
   open.BuildIndex(index, {});
   EXPECT_THAT(OpenParts::contentOf(*index), ElementsAre("U_N=1: A C", "U_N=2: B", "U_N=3: D"));
   const qx_ptr<TyVector_KeyCollection> keys(
@@ -175,12 +175,13 @@ TEST_F(CachedCollectionIndex, ABuildThatIsRefusedLeavesTheContent) {
   OpenParts open;
   setUp(open);
   open.Load();
-  const qx_ptr<CRowIndex> index(new CRowIndex{u"byN", {u"U_N"}, {}}, true);
+  const qx_ptr<CRowIndex> index(new CRowIndex(u"byN", {u"U_N"}), true);
   open.BuildIndex(index, {});
-  index->m_vecFields = {u"U_X"};
-  EXPECT_EQ(refusalOf([&] { open.BuildIndex(index, {}); }),
-            "-1: The rows have no field U_X for the index byN: load it, or remove the index");
-  EXPECT_THAT(OpenParts::contentOf(*index), ElementsAre("U_N=1: A C", "U_N=2: B", "U_N=3: D"));
+  const qx_ptr<CRowIndex> other(new CRowIndex(u"byX", {u"U_X"}), true);
+  other->SetKeys(index->GetKeys());
+  EXPECT_EQ(refusalOf([&] { open.BuildIndex(other, {}); }),
+            "-1: The rows have no field U_X for the index byX: load it, or remove the index");
+  EXPECT_THAT(OpenParts::contentOf(*other), ElementsAre("U_N=1: A C", "U_N=2: B", "U_N=3: D"));
   EXPECT_EQ(refusalOf([&] { open.BuildIndex({}, {}); }), "-1: BuildIndex needs an index");
 }
 
@@ -188,7 +189,7 @@ TEST_F(CachedCollectionIndex, AllAreRebuiltFromTheRows) {
   class Counting : public Parts {
    public:
     void BuildIndex(qx_ptr<CRowIndex> index, qx_ptr<TyVector_KeyCollection> keys) override {
-      built.push_back(utf8(index->m_bstrName));
+      built.push_back(utf8(index->GetName()));
       lists.push_back(keys);
       Parts::BuildIndex(index, keys);
     }

@@ -156,12 +156,23 @@ void CDBRecordCache::logLostStatements() const {
 void CDBRecordCache::ClearCache(bool clearRows, bool flushFirst) {
   if (flushFirst) FlushToDB();
   if (!clearRows) return;
-  m_mapFoundRows.clear();
+  noteChangeOfRows();
   m_mapRows.clear();
   m_mapPrefetchedKeys.clear();
   m_bLoaded = false;
   // The load that is reading rows has lost those that it has read so far.
   if (m_reading == Reading::Rows) m_reading = Reading::LostRows;
+}
+
+void CDBRecordCache::noteChangeOfRows() {
+  m_mapFoundRows.clear();
+  m_nRowsVersion = nextRowsVersion();
+}
+
+// Starts at 1, so that 0 is the version of no rows.
+unsigned long CDBRecordCache::nextRowsVersion() {
+  static unsigned long last = 0;
+  return ++last;
 }
 
 void CDBRecordCache::FlushToDB() { _runBufferedSql(); }

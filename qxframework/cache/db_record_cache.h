@@ -129,6 +129,11 @@ class QX_API CDBRecordCache {
   void DeleteByFieldValues(const CComBSTR& table, const TyFieldValues& values);
   /// Returns the generator of this cache's statements, which the cache owns.
   CQXSQLGenerator* GetSQLGenerator() const { return m_pSQLGenerator; }
+  /// Returns a number that stays as long as no row in memory changes. No two caches have had the
+  /// same number.
+  unsigned long RowsVersion() const { return m_nRowsVersion; }
+  /// Counts rows that a caller kept from a search by their keys.
+  void CountFoundRows(std::size_t rows) { m_ptrCounters->rowsFound += static_cast<long>(rows); }
   /// Returns the counts of this cache's table, with what this cache holds.
   CacheCounters Counters() const;
 
@@ -181,6 +186,9 @@ class QX_API CDBRecordCache {
   CComPtr<IRecordset> runSelect(const qx_ptr<TyLoadParameter_WithPrefetchKeys>& param,
                                 const OLECHAR* logFormat, CReturnValue<void>& scope);
 
+  void noteChangeOfRows();
+  static unsigned long nextRowsVersion();
+
   // The parts of the writes.
   long takeCode(const CComBSTR& table, bool addCode);
   bool codesGoOn(const CComBSTR& table);
@@ -210,6 +218,7 @@ class QX_API CDBRecordCache {
   qx_ptr<CacheCounters> m_ptrCounters;
   FlushReason m_flushReason = &CacheFlushes::request;
   Reading m_reading = Reading::Nothing;
+  unsigned long m_nRowsVersion = nextRowsVersion();
   // By the lists that were returned since a row was last changed.
   mutable std::map<const TyVector_KeyCollection*, FoundRows> m_mapFoundRows;
   TyFieldValues m_EmptyFields;       // with the names of the rows that are being read

@@ -226,10 +226,10 @@ void CDBRecordCache::LoadRecordSetRowsToCache(const qx_ptr<TyLoadParameter_WithP
   param->FillKeyFieldsInfo(key);
   param->FillPrefetchFieldsInfo(prefetch);
   PrefetchedKeys prefetched(m_mapPrefetchedKeys);
-  m_mapFoundRows.clear();
   while (recordSet->GetEoF() == VARIANT_FALSE) {
     qx_ptr<TyRow> row(new TyRow, true);
     LoadRowFromRecordSet(recordSet, param->IsKeyFieldsOnly(), key, prefetch, names, *row);
+    noteChangeOfRows();
     // Rows often come in the order of their keys, which makes the end the right place.
     m_mapRows.insert_or_assign(m_mapRows.end(), key, row);
     if (param->HasPrefetchFields()) prefetched.add(prefetch, key);

@@ -137,7 +137,7 @@ TyRow CDBRecordCache::rowToKeep(const TyRow& row, bool addCode, long code) const
 }
 
 void CDBRecordCache::keepAdded(const TyRow& row) {
-  m_mapFoundRows.clear();
+  noteChangeOfRows();
   m_mapRows.insert_or_assign(row.m_KeyFields, qx_ptr<TyRow>(new TyRow(row), true));
   // A value that was not read starts no list: the list would lack the rows of the database.
   const auto list = listOf(row);
@@ -161,7 +161,7 @@ void CDBRecordCache::Update(const CComBSTR& table, const TyRow& row) {
   if (m_ptrLastLoadParameter == nullptr) return;
   const auto found = m_mapRows.find(row.m_KeyFields);
   if (found == m_mapRows.end()) return;
-  m_mapFoundRows.clear();
+  noteChangeOfRows();
   found->second = qx_ptr<TyRow>(new TyRow(row), true);
 }
 
@@ -179,7 +179,7 @@ void CDBRecordCache::forget(const TyFieldValues& key) {
   const auto list = listOf(*found->second);
   // By the key in memory: the caller's may be an element of this list.
   if (list != nullptr) std::erase(*list, found->first);
-  m_mapFoundRows.clear();
+  noteChangeOfRows();
   m_mapRows.erase(found);
 }
 

@@ -19,6 +19,14 @@ qx_ptr<TyVector_KeyCollection> CRowsInCache::GetKeyCollection() const {
   return keys;
 }
 
+void CRowsInCache::AppendRows(const TyVector_KeyCollection& keys,
+                              std::vector<qx_ptr<TyRow>>& result) const {
+  for (const TyFieldValues& key : keys) {
+    const qx_ptr<TyRow> row = GetByKey(key);
+    if (row != nullptr) result.push_back(row);
+  }
+}
+
 CRowsInCache::const_iterator CRowsInCache::GetLastIterator() const {
   return m_mapRows.empty() ? m_mapRows.end() : std::prev(m_mapRows.end());
 }

@@ -10,9 +10,20 @@ namespace {
 
 // A first reservation that fits most rows, so that a new row does not grow step by step.
 constexpr std::size_t kUsualColumns = 8;
+// So many names are compared one by one before they are searched by their order.
+constexpr std::size_t kFewColumns = 32;
 
 void checkComparable(const TyFieldValues& a, const TyFieldValues& b) {
   if (a.GetCount() != b.GetCount()) qx::throwText(u"Not compatible TyFieldvalues for comparison");
+}
+
+bool sameUnits(const OLECHAR* a, const OLECHAR* b) {
+  if (a == nullptr || b == nullptr) return false;  // null is the empty name: the order knows that
+  while (*a == *b && *a != 0) {
+    ++a;
+    ++b;
+  }
+  return *a == *b;
 }
 
 template <class T>
@@ -54,6 +65,19 @@ TyFieldValues& TyFieldValues::operator=(TyFieldValues&& other) noexcept {
   }
   other.Clear();
   return *this;
+}
+
+// Most names are written as they were added, and among few names comparing their units is much
+// faster than the order of the locale. The order finds the others: names with composed letters,
+// those without a position, and those of a very wide row.
+std::optional<std::size_t> TyFieldValues::slotNamed(const OLECHAR* name) const {
+  const Names& names = allNames();
+  const std::size_t few = std::min(names.byPosition.size(), kFewColumns);
+  for (std::size_t i = 0; i < few; ++i)
+    if (sameUnits(names.byPosition[i].m_str, name)) return names.slotByPosition[i];
+  const auto found = names.slots.find(name);
+  if (found == names.slots.end()) return std::nullopt;
+  return found->second;
 }
 
 bool TyFieldValues::hasValuesWithoutPosition() const {
@@ -121,10 +145,9 @@ void TyFieldValues::SetValue(CComBSTR name, CComVariant value) {
 }
 
 long TyFieldValues::FindIndex(const OLECHAR* name) const {
-  const Names& names = allNames();
-  const auto found = names.slots.find(name);
-  if (found == names.slots.end()) return -1;
-  const long position = names.firstPosition[found->second];
+  const std::optional<std::size_t> slot = slotNamed(name);
+  if (!slot) return -1;
+  const long position = allNames().firstPosition[*slot];
   if (position == -1) qx::throwText("internal unknown error");
   return position;
 }
@@ -132,9 +155,8 @@ long TyFieldValues::FindIndex(const OLECHAR* name) const {
 void TyFieldValues::Clear() { m_Body.reset(); }
 
 const CComVariant* TyFieldValues::find(const OLECHAR* name) const {
-  const Names& names = allNames();
-  const auto found = names.slots.find(name);
-  return found == names.slots.end() ? nullptr : &m_Body->values[found->second];
+  const std::optional<std::size_t> slot = slotNamed(name);
+  return slot ? &m_Body->values[*slot] : nullptr;
 }
 
 const CComVariant& TyFieldValues::operator[](const OLECHAR* name) const {

@@ -12,9 +12,11 @@
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/variant.h"
 
+#include <array>
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -72,6 +74,13 @@ struct QX_API TyFieldValues {
   const CComVariant* find(const OLECHAR* name) const;
   bool contains(const OLECHAR* name) const { return find(name) != nullptr; }
 
+  /// Returns the two places in memory to which a look at a value leads, null without values. They
+  /// are valid until the next change. A search among many rows has them read ahead.
+  std::array<const void*, 2> memory() const {
+    if (m_Body == nullptr) return {};
+    return {m_Body.get(), m_Body->values.data()};
+  }
+
   /// Compare the values position by position, without regard to the names. Throw the `OLECHAR*`
   /// "Not compatible TyFieldvalues for comparison" if the numbers of positions differ.
   friend QX_API bool operator==(const TyFieldValues& a, const TyFieldValues& b);
@@ -103,6 +112,7 @@ struct QX_API TyFieldValues {
   /// Return parts that no other map shares.
   Body& ownBody();
   Names& ownNames();
+  std::optional<std::size_t> slotNamed(const OLECHAR* name) const;
   /// Returns the slot of the name, a new one without a position if it has none.
   std::size_t slotOf(const CComBSTR& name);
   bool hasValuesWithoutPosition() const;

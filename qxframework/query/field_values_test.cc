@@ -298,6 +298,34 @@ TEST(FieldValues, FindReturnsThePlaceOrNull) {
   EXPECT_EQ(values.find(u"Price"), nullptr);
 }
 
+TEST(FieldValues, ManyNamesAreFoundInAnyEqualForm) {
+  constexpr int kMany = 50;
+  TyFieldValues values;
+  const auto name = [](const OLECHAR* letter, int i) {
+    return CComBSTR(std::u16string(letter) + static_cast<char16_t>(u'0' + i));
+  };
+  for (int i = 0; i < kMany; ++i) values.Add(name(u"\u00E4", i), i);
+  values.SetValue(u"unplaced", 77);
+  for (int i = 0; i < kMany; ++i) {
+    EXPECT_EQ(values[name(u"\u00E4", i)].lVal, i);
+    EXPECT_EQ(values[name(u"a\u0308", i)].lVal, i);
+    EXPECT_EQ(values.FindIndex(name(u"\u00E4", i)), i);
+    EXPECT_EQ(values.FindIndex(name(u"a\u0308", i)), i);
+    EXPECT_EQ(values.find(name(u"\u00C4", i)), nullptr);
+  }
+  EXPECT_EQ(values[u"unplaced"].lVal, 77);
+  EXPECT_EQ(values.find(u"\u00E4"), nullptr);
+  EXPECT_EQ(values.find(u"\u00E40x"), nullptr);
+}
+
+TEST(FieldValues, MemoryIsThatOfTheValues) {
+  const TyFieldValues values = twoFields();
+  EXPECT_EQ(values.memory()[1], &values.valueAt(0));
+  const TyFieldValues copy = values;
+  EXPECT_EQ(copy.memory(), values.memory());
+  EXPECT_EQ(TyFieldValues().memory(), (std::array<const void*, 2>{}));
+}
+
 TEST(FieldValues, TheSameValuesUnderOtherNamesAreEqual) {
   TyFieldValues other;
   other.Add(u"X", u"Nail");
