@@ -208,5 +208,11 @@ TEST_F(PostgresOptionsTest, StatementsHaveATimeLimitUnlessTheServerSetsOne) {
   EXPECT_EQ(ask("", "SHOW statement_timeout"), "77s");
 }
 
+TEST_F(PostgresOptionsTest, AStatementEndsWhenItsClientHasDiedUnlessTheServerLooksItself) {
+  EXPECT_EQ(ask("", "SHOW client_connection_check_interval"), "10s");
+  server.run("postgres", "ALTER DATABASE " + name() + " SET client_connection_check_interval = 77");
+  EXPECT_EQ(ask("", "SHOW client_connection_check_interval"), "77ms");
+}
+
 }  // namespace
 }  // namespace qx::desk

@@ -42,6 +42,10 @@ std::string settingsOf(const CompanyEnvironment& environment) {
          "set_config('tcp_keepalives_interval', '30', false), "
          "set_config('tcp_keepalives_count', '4', false) "
          "WHERE CAST(current_setting('tcp_keepalives_idle') AS bigint) > 120; "
+         // A statement whose client has died must not go on. Servers before release 14 cannot look.
+         "SELECT set_config('client_connection_check_interval', '10s', false) WHERE EXISTS "
+         "(SELECT 1 FROM pg_settings WHERE name = 'client_connection_check_interval' "
+         "AND setting = '0'); "
          // The name by which others learn who holds what they wait for.
          "SELECT set_config('application_name', " +
          quotedText(environment.program) +

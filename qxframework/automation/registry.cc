@@ -210,7 +210,8 @@ class Registry::Reader {
     reportAt(source.begin.line, source.begin.column, problem, remedy);
   }
 
-  void reportAt(long line, long column, const std::string& problem, const std::string& remedy) {
+  void reportAt(std::size_t line, std::size_t column, const std::string& problem,
+                const std::string& remedy) {
     if (!registry_.problem_.empty()) return;
     registry_.problem_ = registry_.file_.string() + ":" + std::to_string(line) + ":" +
                          std::to_string(column) + ": " + problem + "; " + remedy;

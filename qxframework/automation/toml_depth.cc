@@ -25,18 +25,9 @@ std::size_t endOfComment(std::string_view text, std::size_t at) {
   return end == std::string_view::npos ? text.size() : end;
 }
 
-TomlPlace placeOf(std::string_view text, std::size_t at) {
-  TomlPlace place;
-  for (const char c : text.substr(0, at)) {
-    ++place.column;
-    if (c == '\n') place = {place.line + 1, 1};
-  }
-  return place;
-}
-
 }  // namespace
 
-std::optional<TomlPlace> findDeepKey(std::string_view toml) {
+std::optional<TextPlace> findDeepKey(std::string_view toml) {
   int levels = 1;
   for (std::size_t at = 0; at < toml.size();) {
     switch (toml[at]) {
@@ -48,7 +39,7 @@ std::optional<TomlPlace> findDeepKey(std::string_view toml) {
         at = endOfComment(toml, at);
         continue;
       case '.':
-        if (++levels > kDeepestTomlKey) return placeOf(toml, at);
+        if (++levels > kDeepestTomlKey) return PlaceCounter<char>(toml).at(at);
         break;
       // What ends a key, or stands between two values.
       case '\n':
