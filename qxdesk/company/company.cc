@@ -189,8 +189,9 @@ std::u16string Company::newCookie() {
   std::array<std::uint8_t, kCookieBytes> bytes{};
   // Random, so that another process cannot guess the cookie and forge an answer of the client.
   session_->environment().fillRandom(bytes);
+  constexpr std::u16string_view kDigits = u"0123456789ABCDEF";
   std::u16string cookie;
-  for (const std::uint8_t byte : bytes) cookie += format(u"%02X", byte);
+  for (const std::uint8_t byte : bytes) (cookie += kDigits[byte >> 4]) += kDigits[byte & 0xF];
   return cookie;
 }
 

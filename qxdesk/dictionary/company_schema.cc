@@ -152,6 +152,7 @@ void createCompany(Database& database, const LoginTarget& target,
                    const CompanyEnvironment& environment) {
   AtomicChange change(database);
   // Asked again under the lock: another process may have made it in the meantime.
+  database.noticeChanges();
   if (hasCompany(database)) return;
   // Only an empty database becomes a company; tables without HVCOMP belong to another program.
   if (database.tables().any(database))

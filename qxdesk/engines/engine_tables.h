@@ -19,6 +19,8 @@ class EngineTables {
 
   virtual ~EngineTables() = default;
 
+  /// True if the database has the table, as it was when the connection was opened or after
+  /// Database::noticeChanges().
   virtual bool exists(Database& database, std::string_view table) const = 0;
   /// True if the database has any table at all.
   virtual bool any(Database& database) const = 0;

@@ -86,13 +86,7 @@ class SqliteDatabase final : public Database {
     return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
   }
   const sql::Catalog& catalog() override { return catalog_; }
-  // The catalogue reads the engine's cached schema. Any statement that runs makes the engine
-  // compare that cache with the file; this one is prepared once and touches one row.
-  void noticeChanges() override {
-    if (!look_) look_ = prepareSqlite(db_.get(), limit_, "SELECT 1 FROM sqlite_master LIMIT 1");
-    look_->step();
-    look_->reset();
-  }
+  void noticeChanges() override { hasTables(); }
   // IMMEDIATE: a transaction that begins by reading cannot wait when it later needs to write; the
   // engine refuses it at once to avoid a deadlock.
   void begin() override { execute("BEGIN IMMEDIATE"); }
@@ -135,6 +129,16 @@ class SqliteDatabase final : public Database {
 
   /// Joins the other connections to the file; `locks` is null if they cannot know of each other.
   void join(std::unique_ptr<LockFile> locks) { locks_ = std::move(locks); }
+
+  /// Returns true if the file has tables. The catalogue reads the engine's cached schema; any
+  /// statement that runs makes the engine compare that cache with the file. This one is prepared
+  /// once and touches one row.
+  bool hasTables() {
+    if (!look_) look_ = prepareSqlite(db_.get(), limit_, "SELECT 1 FROM sqlite_master LIMIT 1");
+    const bool any = look_->step();
+    look_->reset();
+    return any;
+  }
 
   /// Decides if the last connection moves the log into the file when it closes, and removes it.
   void keepLog(bool keep) {
@@ -256,10 +260,9 @@ Connection openConnection(const std::string& path) {
 
 // The engine opens files lazily: only the first read shows if the file is a database at all.
 // Returns true if it has tables.
-bool readHeader(Database& database, const std::string& path) {
+bool readSchema(SqliteDatabase& database, const std::string& path) {
   try {
-    database.queryInteger("PRAGMA schema_version");
-    return database.tables().any(database);
+    return database.hasTables();
   } catch (const DatabaseError& error) {
     switch (error.fault()) {
       case Fault::NotADatabase:
@@ -356,7 +359,7 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   auto database = std::make_unique<SqliteDatabase>(openConnection(file), environment);
   // If the file is refused, its log stays as it is: it may still be of use.
   database->keepLog(holdsFrames(place.log));
-  const bool hasTables = readHeader(*database, path);
+  const bool hasTables = readSchema(*database, path);
   checkHistory(*database, place, hasTables);
   database->keepLog(false);
   if (!database->isReadOnly()) database->join(LockFile::open(path, environment));

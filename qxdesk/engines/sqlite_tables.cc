@@ -87,12 +87,12 @@ void rebuild(const EngineTables& tables, Database& database, const TableLayout& 
 
 class SqliteTables final : public EngineTables {
  public:
+  // The engine has the schema in memory, so that nothing is prepared to look a table up.
   bool exists(Database& database, std::string_view table) const override {
-    return database.queryInteger("SELECT COUNT(*) FROM sqlite_master WHERE name = " +
-                                 quotedText(table)) > 0;
+    return !database.catalog().lacksTable(table);
   }
   bool any(Database& database) const override {
-    return database.queryInteger("SELECT COUNT(*) FROM sqlite_master") > 0;
+    return database.queryInteger("SELECT 1 FROM sqlite_master LIMIT 1") > 0;
   }
   // The file's header has a place for the version.
   long version(Database& database) const override {

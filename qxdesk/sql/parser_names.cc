@@ -31,8 +31,9 @@ constexpr std::string_view kNoBareAlias[] = {
 
 template <typename List>
 bool contains(const List& list, std::string_view word) {
-  return std::any_of(std::begin(list), std::end(list),
-                     [word](std::string_view entry) { return sameName(entry, word); });
+  return std::any_of(std::begin(list), std::end(list), [word](std::string_view entry) {
+    return entry.size() == word.size() && sameName(entry, word);
+  });
 }
 
 bool isName(const Token& token) {

@@ -67,8 +67,10 @@ void TokenCursor::failExpected(std::string_view what) const {
   fail(std::string(what) + " is expected near '" + excerpt(here().source) + "'");
 }
 
+// The parser asks for dozens of words at each token; nearly all have another length.
 bool isWord(const Token& token, std::string_view word) {
-  return token.kind == TokenKind::Name && sameName(token.text, word);
+  return token.kind == TokenKind::Name && token.text.size() == word.size() &&
+         sameName(token.text, word);
 }
 
 bool isSymbol(const Token& token, std::string_view symbol) {

@@ -210,6 +210,10 @@ HINSTANCE moduleOf(const void* address) {
       [&](const Module& module) { return contains(module.ranges, wanted, 1); });
 }
 
+HINSTANCE moduleAt(std::u16string_view path) {
+  return ModuleTable::instance().find([&](const Module& module) { return module.path == path; });
+}
+
 std::u16string modulePath(HINSTANCE module) {
   return ModuleTable::instance().with(
       module, [](const Module* found) { return found ? found->path : std::u16string(); });

@@ -12,6 +12,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 struct HINSTANCE__;
 /// An opaque pointer to a module. As an argument, null means the executable.
@@ -35,6 +36,9 @@ namespace qx {
 
 /// Returns the module that the code or data at `address` belongs to, or null.
 QX_API HINSTANCE moduleOf(const void* address);
+
+/// Returns the loaded module with exactly this path, or null.
+QX_API HINSTANCE moduleAt(std::u16string_view path);
 
 /// Returns the full path of `module` (null: of the executable), empty if it is not loaded.
 QX_API std::u16string modulePath(HINSTANCE module);

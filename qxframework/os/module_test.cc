@@ -47,6 +47,15 @@ TEST(Module, IsFoundByFileNameAndPath) {
   EXPECT_EQ(GetModuleHandleW(toUtf16(path.filename().string()).c_str()), found);
 }
 
+TEST(Module, IsFoundByExactlyItsPath) {
+  const std::filesystem::path path = QX_OS_PLAIN_FIXTURE;
+  EXPECT_EQ(moduleAt(toUtf16(path.string())), nullptr);
+  const LoadedModule plain(QX_OS_PLAIN_FIXTURE);
+  EXPECT_EQ(moduleAt(toUtf16(path.string())), moduleOf(plain.symbol("qxFixtureAnswer")));
+  EXPECT_EQ(moduleAt(toUtf16(path.filename().string())), nullptr);
+  EXPECT_EQ(moduleAt(u""), nullptr);
+}
+
 TEST(Module, AnUnknownNameReturnsNull) {
   EXPECT_EQ(GetModuleHandleW(u"QXMissing.dll"), nullptr);
   EXPECT_EQ(GetModuleHandleW(u""), nullptr);

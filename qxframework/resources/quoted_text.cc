@@ -50,6 +50,7 @@ char QuotedText::kindOf(std::u16string_view piece) const {
 void QuotedText::replace(std::size_t piece, std::u16string value) {
   pieces_[piece] = values_.emplace_back(std::move(value));
   isReplaced_[piece] = true;
+  startLength_.reset();
   // A value that ends like an opener makes the mark after it the start of a value of a later pass.
   kinds_[piece] = kindOf(pieces_[piece]);
   const auto lines = std::count(pieces_[piece].begin(), pieces_[piece].end(), u'\n');
@@ -76,14 +77,17 @@ void QuotedText::forEachStretch(Take take) const {
   }
 }
 
-std::u16string QuotedText::start(std::size_t length) const {
-  std::u16string out;
-  out.reserve(length);
+// Most passes over a document replace nothing, so the start of the text is mostly still the same.
+std::u16string_view QuotedText::start(std::size_t length) {
+  if (startLength_ == length) return start_;
+  start_.clear();
+  start_.reserve(length);
   forEachStretch([&](std::u16string_view stretch) {
-    out += stretch.substr(0, length - out.size());
-    return out.size() < length;
+    start_ += stretch.substr(0, length - start_.size());
+    return start_.size() < length;
   });
-  return out;
+  startLength_ = length;
+  return start_;
 }
 
 CComBSTR QuotedText::text() const {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -34,8 +35,9 @@ class QuotedText {
   template <class Rewrite>
   void rewrite(std::size_t opener, Rewrite rewrite);
 
-  /// Returns the first `length` units of the present text, or all of it.
-  std::u16string start(std::size_t length) const;
+  /// Returns the first `length` units of the present text, or all of it. The view is valid until
+  /// the next call and the next pass.
+  std::u16string_view start(std::size_t length);
   /// Returns the present text. Throws E_OUTOFMEMORY if memory is out.
   CComBSTR text() const;
 
@@ -63,7 +65,9 @@ class QuotedText {
   std::string kinds_;                 // of each piece the number of the opener that it ends with
   std::vector<std::uint32_t> lines_;  // of each piece the number of its line feeds
   std::vector<bool> isReplaced_;
-  std::deque<std::u16string> values_;  // of the replaced pieces
+  std::deque<std::u16string> values_;       // of the replaced pieces
+  std::u16string start_;                    // the last result of start()
+  std::optional<std::size_t> startLength_;  // its argument; none after a change of the text
 };
 
 template <class Rewrite>

@@ -103,6 +103,16 @@ TEST_F(QuotedTextTest, ReturnsTheStartOfTheText) {
   }
 }
 
+TEST_F(QuotedTextTest, TheStartFollowsThePasses) {
+  QuotedText text(u"<a id=\"1\" title=\"2\"/>", kOpeners);
+  EXPECT_EQ(text.start(9), u"<a id=\"1\"");
+  pass(text, kId, u"new");
+  EXPECT_EQ(text.start(9), u"<a id=\"ne");
+  pass(text, kTitle, u"2");
+  EXPECT_EQ(text.start(9), u"<a id=\"ne");
+  EXPECT_EQ(text.start(4), u"<a i");
+}
+
 // The same pass as a search in one text, which copies it.
 std::u16string searched(std::u16string_view all, std::u16string_view opener,
                         const std::u16string& value) {

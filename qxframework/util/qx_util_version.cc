@@ -96,6 +96,14 @@ std::u16string_view unquoted(std::u16string_view path) {
   return path.size() < 3 ? std::u16string_view() : path.substr(1, path.size() - 2);
 }
 
+// A loaded module has the block in memory, and this one is of the code that runs: the file may have
+// been replaced since.
+std::optional<qx::VersionBlock> versionBlockOf(std::u16string_view path) {
+  const HINSTANCE module = qx::moduleAt(path);
+  return module == nullptr ? qx::VersionBlock::ofFile(qx::toUtf8(path))
+                           : qx::VersionBlock::ofModule(module);
+}
+
 }  // namespace
 
 long CQXUtil::GetFileVersion(long appId, OLECHAR* buffer, long size) {
@@ -130,7 +138,7 @@ long CQXUtil::GetFileVersionForModule(long appId, OLECHAR* buffer, long size, HI
 CString CQXUtil::GetVersionInfoFromResource(const CString& path) {
   const std::u16string_view file = unquoted(path.View());
   if (file.empty()) return CString();
-  const auto block = qx::VersionBlock::ofFile(qx::toUtf8(file));
+  const auto block = versionBlockOf(file);
   if (!block) return CString();
   struct Entry {
     const OLECHAR* key;

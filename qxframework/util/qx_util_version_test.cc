@@ -17,6 +17,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace {
 
 using namespace qx::test;
@@ -106,6 +108,17 @@ constexpr char16_t kFix7Line[] =
 
 TEST(QxUtilVersionInfo, AllTextsStandOnOneLine) {
   EXPECT_EQ(CQXUtil::GetVersionInfoFromResource(qx::toUtf16(QX_UTIL_FIX7)).View(), kFix7Line);
+}
+
+TEST(QxUtilVersionInfo, OfALoadedModuleIsThatOfTheCodeThatRuns) {
+  const TempFolder folder;
+  const std::filesystem::path file = folder.path() / "module.so";
+  std::filesystem::copy_file(QX_UTIL_FIX7, file);
+  const qx::LoadedModule loaded(file.string());
+  // As an update replaces the file: the loaded module keeps the former one.
+  std::filesystem::remove(file);
+  std::filesystem::copy_file(QX_UTIL_NO_VERSION, file);
+  EXPECT_EQ(CQXUtil::GetVersionInfoFromResource(qx::toUtf16(file.string())).View(), kFix7Line);
 }
 
 TEST(QxUtilVersionInfo, QuotesAroundThePathAreDropped) {
