@@ -247,6 +247,7 @@ TEST_F(AddOnMenu, HasNoChildrenAnyMoreWhenItRemovesItsEntry) {
     if (each.level == 1) counts.push_back(node->SubMenuCount());
   };
   menu.reset();
+  log.onRecord = nullptr;
   ASSERT_FALSE(counts.empty());
   EXPECT_EQ(counts.back(), 0);
 }
