@@ -30,7 +30,7 @@
 namespace {
 
 constexpr int kItems = 200;
-constexpr int kRounds = 30;
+constexpr int kRounds = 100;
 constexpr int kRows = 10'000;
 constexpr int kForms = 10'000;
 

@@ -192,6 +192,21 @@ TEST_F(AddOnMenu, LogsTheNumberOfItsClient) {
   }
 }
 
+TEST_F(AddOnMenu, TracesWhatChangesTheClientOnly) {
+  auto menu = make(u"QXT");
+  add(*menu, u"QXT_A");
+  menu->GetSubMenu(u"QXT_A");
+  menu->SubMenuCount();
+  menu->DelSubMenu(u"QXT_X");
+  Strings names;
+  for (const LogRecord& each : log.records) {
+    const bool isOurs = each.function.starts_with(u"CQXAddOnMenu::");
+    if (isOurs && each.message == u"Entering function\n") names.push_back(toUtf8(each.function));
+  }
+  EXPECT_THAT(names, ElementsAre("CQXAddOnMenu::CQXAddOnMenu", "CQXAddOnMenu::AddSubMenu",
+                                 "CQXAddOnMenu::CQXAddOnMenu"));
+}
+
 TEST_F(AddOnMenu, WithoutAnApplicationIsCreatedAndLogsNoNumber) {
   auto menu = std::make_unique<CQXAddOnMenu>(parent, nullptr, u"QXT", u"Text", mt_String, -1,
                                              VARIANT_TRUE, VARIANT_FALSE);
@@ -232,6 +247,7 @@ TEST_F(AddOnMenu, HasNoChildrenAnyMoreWhenItRemovesItsEntry) {
     if (each.level == 1) counts.push_back(node->SubMenuCount());
   };
   menu.reset();
+  log.onRecord = nullptr;
   ASSERT_FALSE(counts.empty());
   EXPECT_EQ(counts.back(), 0);
 }

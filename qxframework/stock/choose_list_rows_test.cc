@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 namespace qx::test {
 namespace {
 
@@ -417,6 +419,67 @@ TEST_F(ChooseListRows, NewAndCopyReturnTheResultOfTheTarget) {
   EXPECT_EQ(CQXChooseList::ChooseListCopy(new ContentForm(&addOn), record.application,
                                           record.company, parent, u"K"),
             5);
+}
+
+TEST_F(ChooseListRows, EveryOperationIsTracedUnderItsName) {
+  const auto entered = [this] {
+    Strings out;
+    for (const LogRecord& each : std::exchange(log.records, {})) {
+      if (each.message != u"Entering function\n") continue;
+      const std::string name = toUtf8(each.function);
+      const bool isForm = name.starts_with("CFrmAddOnChooseList::");
+      if (isForm) {
+        EXPECT_EQ(each.appId, -1) << name;
+      }
+      if (name.starts_with("CQXChooseList::")) {
+        EXPECT_EQ(each.appId, 0) << name;
+      }
+      if (isForm || name == "CQXAddOnForm::FixFormSize") out.push_back(name);
+    }
+    std::erase(out, "CFrmAddOnChooseList::OnItemEvent");
+    return out;
+  };
+  findText = u"C";
+  choose(kCustomers);
+  EXPECT_THAT(entered(),
+              ElementsAre("CFrmAddOnChooseList::OnCreateForm", "CFrmAddOnChooseList::OnInitForm",
+                          "CFrmAddOnChooseList::FillMatrix", "CFrmAddOnChooseList::FindSelect",
+                          "CFrmAddOnChooseList::MatrixFindRow", "CQXAddOnForm::FixFormSize"));
+  desk.clickCell(list, kMatrix, "10800020", 0);
+  EXPECT_THAT(entered(),
+              ElementsAre("CFrmAddOnChooseList::SortMatrix", "CFrmAddOnChooseList::FillMatrix",
+                          "CFrmAddOnChooseList::FindSelect", "CFrmAddOnChooseList::MatrixFindRow"));
+  desk.pickMenu("1282");
+  EXPECT_THAT(entered(),
+              ElementsAre("CFrmAddOnChooseList::OnMenuEvent", "CFrmAddOnChooseList::OnMenuEvent"));
+}
+
+TEST_F(ChooseListRows, LogsItsStatementForDebuggersAndItsFailureAsAnError) {
+  choose(u"SELECT 'x' AS No");
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Debug0, u"SQL: \"SELECT 'x' AS No\"\n"));
+  EXPECT_LT(raisedBy([this] { choose(u"SELECT nonsense"); }), 0);
+  EXPECT_TRUE(log.has(QXLoggerLib::sl_Error, u"SQL was: \"SELECT nonsense\"\n"));
+}
+
+TEST_F(ChooseListRows, ARecordCommandSetsTheModeAfterItself) {
+  choose(kCustomers);
+  std::vector<long> modes;
+  record.hooks["OnMenuEvent"] = [&](short*) {
+    modes.push_back(hostForm()->GetMode());
+    return S_OK;
+  };
+  hostForm()->PutMode(3);
+  desk.pickMenu("1290");
+  EXPECT_THAT(modes, ElementsAre(3, 1));
+}
+
+TEST_F(ChooseListRows, WithoutItsParentItLetsOtherFormsComeToTheFront) {
+  choose(kCustomers);
+  const std::string other = desk.openForm("1001");
+  EXPECT_THAT(desk.forms(), HasSubstr("\"Choose from List\" selected"));
+  desk.closeForm(toUtf8(parent->m_ptrForm->GetUniqueID().View()));
+  desk.selectForm(other);
+  EXPECT_THAT(desk.forms(), Not(HasSubstr("\"Choose from List\" selected")));
 }
 
 TEST_F(ChooseListRows, SecondSearchTakesTheSelectionOfTheFirst) {

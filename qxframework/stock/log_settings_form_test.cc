@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qx::test {
@@ -330,6 +331,29 @@ TEST_F(LogSettingsForm, OtherEventsPass) {
   EXPECT_TRUE(desk.selectForm(form));
   EXPECT_TRUE(desk.closeForm(form));
   EXPECT_EQ(log.settings, RecordedSettings{});
+}
+
+TEST_F(LogSettingsForm, EveryOperationIsTracedUnderItsName) {
+  const auto entered = [this] {
+    Strings out;
+    for (const LogRecord& each : std::exchange(log.records, {})) {
+      const bool isOurs = each.function.starts_with(u"CFrmLogSettings::");
+      if (isOurs && each.message == u"Entering function\n") out.push_back(toUtf8(each.function));
+    }
+    return out;
+  };
+  desk.pickMenu(kEntry);
+  form = openForms(record.application, "QX_FLS_").back();
+  Strings opened = entered();
+  std::erase(opened, "CFrmLogSettings::OnItemEvent");
+  EXPECT_THAT(opened,
+              ElementsAre("CFrmLogSettings::OnInitForm", "CFrmLogSettings::LoadLoggingData"));
+  desk.press(form, kOk);
+  Strings pressed = entered();
+  std::erase(pressed, "CFrmLogSettings::OnItemEvent");
+  EXPECT_THAT(pressed,
+              ElementsAre("CFrmLogSettings::SaveLoggingData", "CFrmLogSettings::SaveLoggingData"))
+      << "once in each phase of the click";
 }
 
 TEST_F(LogSettingsForm, ASecondDialogHasASecondUid) {

@@ -46,6 +46,20 @@ TEST_F(BatchTest, UpdatesAndRemovesMenus) {
   EXPECT_EQ(addOns(), "43523 \"Add-Ons\" popup\n  QX_551 \"Log\" checked\n");
 }
 
+TEST_F(BatchTest, AMenuKeepsWhatAnUpdateDoesNotName) {
+  apply(kCommonMenu);
+  desk_.menus.find(u"QX_551")->properties().image = u"a.bmp";
+  EXPECT_EQ(apply(uR"(<Application><Menus><action type="update"><Menu UniqueID="QX_551"/>
+      <Menu UniqueID="QX_550" Image="b.bmp"/></action></Menus></Application>)"),
+            0);
+  EXPECT_EQ(addOns(),
+            "43523 \"Add-Ons\" popup\n"
+            "  QX_551 \"Log Settings\"\n"
+            "  QX_550 \"Quit & Leave\" checked disabled\n");
+  EXPECT_EQ(desk_.menus.find(u"QX_551")->properties().image, u"a.bmp");
+  EXPECT_EQ(desk_.menus.find(u"QX_550")->properties().image, u"b.bmp");
+}
+
 TEST_F(BatchTest, MissingFatherIsReportedAndTheOtherEntriesAreApplied) {
   EXPECT_EQ(apply(uR"(<Application><Menus><action type="add">
       <Menu Type="1" UniqueID="X1" String="x" FatherUID="4711"/>

@@ -200,6 +200,29 @@ TEST_F(FormReaderTest, NamesAreReadInAnyCase) {
   EXPECT_EQ(toUtf8(printForm(*form())), "A -1 \"T\" selected\n  1 button \"C\"\n");
 }
 
+TEST_F(FormReaderTest, AnUpdateKeepsTheTextsThatItDoesNotName) {
+  ASSERT_EQ(apply(formOf(u"title='T' objecttype='22'",
+                         u"<items><action type='add'><item uid='1' type='8' description='D' "
+                         u"linkto='2'><specific caption='C'/></item></action></items>")),
+            0);
+  const auto update = [this](const std::u16string& ofForm, const std::u16string& ofItem,
+                             const std::u16string& ofSpecific) {
+    EXPECT_EQ(apply(u"<Application><forms><action type='update'><form uid='A' " + ofForm +
+                    u"><items><action type='update'><item uid='1' " + ofItem + u"><specific " +
+                    ofSpecific +
+                    u"/></item></action></items></form></action></forms>"
+                    u"</Application>"),
+              0);
+    const ItemModel& item = form()->item(u"1");
+    return toUtf8(form()->title + u"," + form()->objectType + u"," + item.description + u"," +
+                  item.linkTo + u"," + item.caption);
+  };
+  EXPECT_EQ(update(u"", u"", u""), "T,22,D,2,C");
+  EXPECT_EQ(update(u"title='U' objecttype='17'", u"description='E' linkto='3'", u"caption='F'"),
+            "U,17,E,3,F");
+  EXPECT_EQ(update(u"title='' objecttype=''", u"description='' linkto=''", u"caption=''"), ",,,,");
+}
+
 TEST_F(FormReaderTest, TheFirstOfTwoNamesThatDifferInCaseCounts) {
   ASSERT_EQ(apply(u"<Application><forms><action type='add'><form UID='A' uid='B' title='' "
                   u"Title='T'/></action></forms></Application>"),

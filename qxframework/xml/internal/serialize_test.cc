@@ -27,6 +27,13 @@ TEST(Serialize, SpaceIsPreservedByItsAttributeInAnyPlace) {
   }
 }
 
+TEST(Serialize, ABlankTextBesideOneSectionReadsBack) {
+  for (const char* text : {"<r><![CDATA[b]]>&#32;<e/></r>\n", "<r><e/>&#9;<![CDATA[b]]></r>\n",
+                           "<r>&#32;<![CDATA[b]]>&#10;</r>\n"}) {
+    EXPECT_EQ(rewritten(toUtf16(text)), text);
+  }
+}
+
 TEST(Serialize, NoOtherAttributePreservesSpace) {
   for (const char* text :
        {"<r xml:sort=\"preserve\">\n  <a/>\n</r>\n", "<r space=\"preserve\">\n  <a/>\n</r>\n",
