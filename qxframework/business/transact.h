@@ -46,9 +46,9 @@ inline constexpr int kTransactTries = 60;
 ///
 /// The work finds the record cache empty at each try, so that it reads what the database has; what
 /// was buffered before is sent first, as by every transaction. A rollback drops what the work has
-/// buffered. Within an open transaction the work is run once, as an inner level: whoever has
-/// started the outermost one runs all of it again. A company without ICompanySharing reports no
-/// conflicts.
+/// buffered. Within an open transaction the work is run once, as an inner level: the
+/// transact that has started the outermost one runs all of its work again. A company without
+/// ICompanySharing reports no conflicts.
 QX_API void transact(const CComPtr<ICompany>& company, const std::function<void()>& work,
                      int tries = kTransactTries);
 
