@@ -1,7 +1,7 @@
 #pragma once
 
-// What a scripted company offers to programs that share it. A test sets it as the company's
-// `sharing`; without it the company has no such interface.
+// The ICompanySharing of a scripted company. A test sets it as the company's `sharing`; without it
+// the company has no such interface.
 
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/company_sharing.h"

@@ -175,7 +175,7 @@ std::vector<std::string> serverCommand(const fs::path& folder) {
   std::vector<std::string> words{program("postgres"), "-D", (folder / "data").string(), "-k",
                                  folder.string()};
   for (const char* setting : {"listen_addresses=", "unix_socket_permissions=0777", "fsync=off",
-                              "full_page_writes=off", "shared_buffers=32MB", "max_connections=40",
+                              "full_page_writes=off", "shared_buffers=32MB", "max_connections=70",
                               "autovacuum=off", "wal_level=minimal", "max_wal_senders=0"}) {
     words.insert(words.end(), {"-c", setting});
   }

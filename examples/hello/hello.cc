@@ -37,6 +37,7 @@ class Handler : public CQXIDispatch {
   long OnApplicationLoad(IDispatch* application, ICompany* company) override {
     m_App = CComQIPtr<IApplication>(application);
     m_Company = company;
+    const qx::TablesLock lock(m_App, company);  // other machines wait with their check
     CQXDbDef tables(m_App, company, *m_AddOn->GetResourceLoader(), u"HELLO", m_App->GetLanguage(),
                     GetModuleHandleW(nullptr));
     CQXDbDef::_DBCHECK state = CQXDbDef::dbc_Ok;

@@ -37,7 +37,7 @@ qx_ptr<CQXTransaction> startOutermost(CComPtr<ICompany>& company) {
 // Rolls back and returns true if the work may run again. A company that has ended the transaction
 // by itself has nothing to roll back, but the record cache holds what belonged to it.
 bool rollBack(const qx_ptr<CQXTransaction>& transaction, const TransactTry& run) {
-  TransactTry::noteFault();
+  TransactTry::noteFailure();
   const bool rolledBack = succeeds([&] { transaction->Rollback(); });
   const bool forgotten =
       run.cacheHasForgotten() || succeeds([] { CDBRecordCache::BeforeTransaction_Rollback(); });
@@ -60,14 +60,15 @@ bool runOutermost(CComPtr<ICompany> company, const std::function<void()>& work, 
   const qx_ptr<CQXTransaction> transaction = startOutermost(company);
   const TransactTry run(company);
   try {
-    // What is in memory was read ahead of the transaction, which does not protect it. Nothing is
-    // buffered here: the start has sent it.
-    CDBRecordCache::ClearAllCaches(false, false);
+    // The rows in memory were read ahead of the transaction, which does not protect them. The
+    // caches stay, since the work may use collections that were made before.
+    CDBRecordCache::ClearAllRows();
     work();
     transaction->Commit();
     return true;
   } catch (...) {
     if (!rollBack(transaction, run) || isLast) throw;
+    run.restoreCaches();
     return false;
   }
 }

@@ -120,9 +120,9 @@ TEST_F(Transact, PassesAFailureOfTheWorkItselfOn) {
 TEST_F(Transact, GivesTheConflictToTheCallerAfterTheLastTry) {
   refuse(100);
   EXPECT_EQ(failureOfUpdate(), "_com_error -2000");
-  EXPECT_EQ(runs, 20);
-  EXPECT_EQ(clock.sleeps(), 19);
-  EXPECT_EQ(slept(), 5 + 10 + 20 + 40 + 80 + 160 + 320 + 640 + 11 * 1000);
+  EXPECT_EQ(runs, 60);
+  EXPECT_EQ(clock.sleeps(), 59);
+  EXPECT_EQ(slept(), 5 + 10 + 20 + 40 + 80 + 160 + 53 * 200);
   EXPECT_EQ(happened().back(), kRollBack);
 }
 
@@ -203,10 +203,55 @@ TEST_F(Transact, SendsWhatWasBufferedBeforeAheadOfTheTransactionAndKeepsIt) {
 
 // Rows that were read before are not protected by the transaction.
 TEST_F(Transact, TheWorkFindsARecordCacheWithoutRows) {
-  const auto before = CDBRecordCache::GetInstance(company, kTable);
+  const auto cache = CDBRecordCache::GetInstance(company, kTable);
+  const qx_ptr<TyLoadParameter_WithPrefetchKeys> all(new TyLoadParameter_WithPrefetchKeys, true);
+  const std::vector<CComBSTR> keys{u"U_No"};
+  all->SetKeyFields(&keys);
+  all->SetMajorTable(kTable);
+  all->SetPrefetchBehavior(pb_AllRows, nullptr, 0);
+  TyRowsByKey rows;
+  cache->Load(all, rows);
+  ASSERT_TRUE(cache->IsLoaded());
   qx::transact(company, [&] {
-    EXPECT_NE(CDBRecordCache::GetInstance(company, kTable).operator->(), before.operator->());
+    EXPECT_FALSE(cache->IsLoaded());
+    EXPECT_EQ(CDBRecordCache::GetInstance(company, kTable).operator->(), cache.operator->());
   });
+}
+
+// A rollback forgets the caches, and a commit sends those that are known.
+TEST_F(Transact, EachRunSendsWhatACollectionThatWasMadeBeforeHasBuffered) {
+  const auto cache = CDBRecordCache::GetInstance(company, kTable);
+  refuse(2);
+  qx::transact(company, [&] {
+    const OLECHAR* const number = runs < 2 ? u"A-1" : u"A-2";
+    cache->Add(kTable, false, {{{u"U_No", number}}, {{u"U_No", number}}});
+    update();
+  });
+  EXPECT_THAT(happened(),
+              ElementsAre("log Start", kStart, kUpdate, "log Rollback", kRollBack, "log Start",
+                          kStart, kUpdate, "log Rollback", kRollBack, "log Start", kStart, kUpdate,
+                          "log Commit", kSecondInsert, kCommit));
+}
+
+TEST_F(Transact, EachRunSendsWhatItHasBufferedAlthoughAHandlerHasRolledBack) {
+  forgetFaultsAtTheEnd();
+  refuse(1);
+  qx_ptr<CDBRecordCache> cache;
+  qx::transact(company, [&] {
+    if (cache == nullptr) cache = CDBRecordCache::GetInstance(company, kTable);
+    cache->Add(kTable, false, {{{u"U_No", u"A-1"}}, {{u"U_No", u"A-1"}}});
+    const auto level = start();
+    try {
+      update();
+      level->Commit();
+    } catch (...) {
+      level->Rollback();
+      throw;
+    }
+  });
+  EXPECT_THAT(happened(),
+              ElementsAre("log Start", kStart, kUpdate, "log Rollback", kRollBack, "log Start",
+                          kStart, kUpdate, "log Commit", kFirstInsert, kCommit));
 }
 
 TEST_F(Transact, KnowsTheConflictAlthoughAHandlerOfTheWorkHasRolledBack) {

@@ -97,7 +97,7 @@ void CQXTransactionManager::Commit(CComPtr<ICompany>& company) {
 
 void CQXTransactionManager::Rollback(CComPtr<ICompany>& company) {
   sm_nCurrentCount = 0;  // whatever happens below, the next Start is an outermost one again
-  qx::TransactTry::noteFault();
+  qx::TransactTry::noteFailure();
   if (!isInTransaction(company)) return;
   const HostRollback end{company};
   CDBRecordCache::BeforeTransaction_Rollback();

@@ -97,6 +97,21 @@ void CDBRecordCache::ReleaseAllCaches() {
   clearAll(false, true, &CacheFlushes::lastUse);
 }
 
+void CDBRecordCache::ClearAllRows() {
+  for (const qx_ptr<CDBRecordCache>& cache : instances()) cache->ClearCache(true, false);
+}
+
+CDBRecordCache::Instances CDBRecordCache::CurrentInstances() {
+  return {sm_instanceMap, sm_hvxCompanyDBName, sm_hvxCompany};
+}
+
+void CDBRecordCache::RestoreInstances(const Instances& instances) {
+  if (sm_hvxCompany != nullptr && sm_hvxCompany.p != instances.company.p) return;
+  sm_hvxCompanyDBName = instances.database;
+  sm_hvxCompany = instances.company;
+  sm_instanceMap.insert(instances.caches.begin(), instances.caches.end());
+}
+
 void CDBRecordCache::FlushAllCaches() { flushAll(&CacheFlushes::request); }
 
 void CDBRecordCache::flushAll(FlushReason reason) {

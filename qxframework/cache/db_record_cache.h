@@ -49,6 +49,19 @@ class QX_API CDBRecordCache {
   /// its last holder releases it.
   static void ClearAllCaches(bool flush, bool discardBuffered);
   static void FlushAllCaches();
+  /// Drops the rows of all tables. The caches stay, with what they have buffered.
+  static void ClearAllRows();
+  /// The caches of all tables and their company.
+  struct Instances {
+    std::map<CComBSTR, qx_ptr<CDBRecordCache>> caches;
+    CComBSTR database;
+    CComPtr<ICompany> company;
+  };
+  /// Return the caches, and make them the current ones again after a rollback has emptied and
+  /// forgotten them. A collection that was made before writes to its cache of that time, which no
+  /// commit would send otherwise. A company that has come into use meanwhile keeps its caches.
+  static Instances CurrentInstances();
+  static void RestoreInstances(const Instances& instances);
   /// Sends all statements and forgets the caches and the company, at the end of an add-on. What
   /// cannot be sent is written to the log as errors. Without caches nothing is logged.
   static void ReleaseAllCaches();

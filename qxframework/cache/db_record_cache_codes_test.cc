@@ -87,7 +87,7 @@ TEST_F(CacheCodes, AreKeptAnewByAQuestion) {
   EXPECT_THAT(happened(), ElementsAre(asked(12)));
 }
 
-TEST_F(CacheCodes, GoOnBehindTheRowsThatWaitIfTheyAreDrawnAgain) {
+TEST_F(CacheCodes, GoOnAfterThoseOfTheBufferedRowsIfTheyAreDrawnAgain) {
   for (int i = 0; i < 3; ++i) add();
   waitFor(1001);
   sharing.codesGoOn = false;

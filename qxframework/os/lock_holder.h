@@ -1,6 +1,6 @@
 #pragma once
 
-// Who holds a lock file. The lock itself is the kernel's, which does not say to whom it belongs, so
+// The holder of a lock file. The lock is the kernel's, which does not say to whom it belongs, so
 // its holder writes itself into the file. What is read there may be outdated, or written by a
 // program of another user: it is good for a message, never for a decision.
 

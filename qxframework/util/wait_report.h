@@ -16,8 +16,8 @@ class IApplication;
 
 namespace qx {
 
-/// What is waited for: its name in the log, and the string of the framework that users see, a
-/// format of the holder's name. The strings' numbers are frozen.
+/// A lock that is waited for: its name in the log, and the string of the framework that users see,
+/// a format of the holder's name. The strings' numbers are frozen.
 struct Waiting {
   const OLECHAR* function;  ///< under which the log has the record
   const OLECHAR* what;

@@ -10,7 +10,8 @@ namespace qx {
 namespace {
 
 constexpr double kFirstPause = 5;  // milliseconds
-constexpr double kLongestPause = 1000;
+// With longer ones, those that have tried often come too seldom to win against newcomers.
+constexpr double kLongestPause = 200;
 
 // Different in each process; it need not be hard to guess.
 double processRandom() {

@@ -15,7 +15,7 @@ using RandomSource = std::function<double()>;
 RandomSource setRetryRandom(RandomSource source);
 
 /// Returns the pause after the failed try with this number, from 1: 5 milliseconds, doubled with
-/// each try up to a second, times a random factor between a half and one and a half. Programs that
+/// each try up to 200, times a random factor between a half and one and a half. Programs that
 /// have met once would meet again and again if they all paused alike.
 std::chrono::milliseconds retryPause(int failedTries);
 

@@ -14,8 +14,9 @@ TransactTry::TransactTry(ICompany* company)
 
 TransactTry::~TransactTry() { current = before_; }
 
-void TransactTry::noteFault() {
+void TransactTry::noteFailure() {
   if (current == nullptr || current->fault_ || current->sharing_ == nullptr) return;
+  current->caches_ = Persistence::CDBRecordCache::CurrentInstances();
   long fault = kOtherFault;
   if (current->sharing_->raw_GetLastFault(&fault) < 0) fault = kOtherFault;
   current->fault_ = fault;
@@ -24,6 +25,8 @@ void TransactTry::noteFault() {
 void TransactTry::noteForgotten() {
   if (current != nullptr) current->forgotten_ = true;
 }
+
+void TransactTry::restoreCaches() const { Persistence::CDBRecordCache::RestoreInstances(caches_); }
 
 bool TransactTry::lostAgainstOthers() const {
   return fault_ == kConflictFault || fault_ == kDeadlockFault;

@@ -1,9 +1,10 @@
 #pragma once
 
-// What transact has to know of the transaction that its work runs in. A handler within the work may
-// roll back before transact learns of the failure, and the company then no longer knows the reason;
-// so the transaction manager notes it first.
+// A run of the work of transact. A handler within the work may roll back before transact learns of
+// the failure. The company then no longer knows the reason, and the record cache has forgotten the
+// caches of the run; so the transaction manager notes both first.
 
+#include "qxframework/cache/db_record_cache.h"
 #include "qxframework/host/company.h"
 #include "qxframework/host/company_sharing.h"
 
@@ -19,20 +20,23 @@ class TransactTry {
   TransactTry(const TransactTry&) = delete;
   TransactTry& operator=(const TransactTry&) = delete;
 
-  /// Notes why the last operation of the company has failed, unless it is noted already. Called by
-  /// the transaction manager for the current run, if there is one, before it rolls back.
-  static void noteFault();
+  /// Notes why the last operation of the company has failed, and the caches, unless that is done
+  /// already. Called by the transaction manager before it rolls back; does nothing without a run.
+  static void noteFailure();
   /// Notes that the record cache has forgotten the run's transaction. Called in the same way.
   static void noteForgotten();
 
   /// True if the run has failed because another program was faster.
   bool lostAgainstOthers() const;
   bool cacheHasForgotten() const { return forgotten_; }
+  /// Makes the caches current again that the run has used, for the next run.
+  void restoreCaches() const;
 
  private:
   CComPtr<ICompanySharing> sharing_;  // null if the company does not say why it fails
   TransactTry* const before_;
   std::optional<long> fault_;
+  Persistence::CDBRecordCache::Instances caches_;
   bool forgotten_ = false;
 };
 
