@@ -79,6 +79,50 @@ TEST_P(KeptStatementsTest, AValueThatDoesNotFitIsRefusedAtItsPlace) {
             u"'20240230' (line 1, column 25)");
 }
 
+TEST_P(KeptStatementsTest, ANumberKeepsItsSign) {
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('1', 'n', -5)");
+  EXPECT_EQ(preparedBy(u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('2', 'n', -70)"), 0);
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('3', 'n', 5)");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Count FROM [@T] WHERE Code = '1'"), u"-5");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Count FROM [@T] WHERE Code = '2'"), u"-70");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Count FROM [@T] WHERE Code = '3'"), u"5");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count = -70"), u"2");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count = -5"), u"1");
+}
+
+TEST_P(KeptStatementsTest, EachRowLimitMakesAStatement) {
+  LoginTarget login = target();
+  login.dbServerType = 3;  // sybase, which has SET ROWCOUNT
+  company = connectThrough(failingOpen(&plan), login);
+  for (const char16_t* code : {u"'1'", u"'2'", u"'3'"})
+    query(company, u"INSERT INTO [@T] (Code, Name) VALUES (" + std::u16string(code) + u", 'n')");
+  const auto count = [this] {
+    return query(company, u"SELECT Code FROM [@T] WHERE Name = 'n' ORDER BY Code")
+        ->GetRecordCount();
+  };
+  EXPECT_EQ(count(), 3);
+  query(company, u"SET ROWCOUNT 1");
+  EXPECT_EQ(count(), 1);
+  query(company, u"SET ROWCOUNT 2");
+  EXPECT_EQ(count(), 2);
+  query(company, u"SET ROWCOUNT 0");
+  EXPECT_EQ(count(), 3);
+}
+
+// A statement that is used stays, however many others follow.
+TEST_P(KeptStatementsTest, TheStatementWhoseUseIsLongestAgoMakesRoom) {
+  const std::u16string used = u"SELECT Code FROM [@T] WHERE Name = '1'";
+  const std::u16string idle = u"SELECT Name FROM [@T] WHERE Name = '1'";
+  query(company, used);
+  query(company, idle);
+  for (std::size_t i = 0; i < KeptStatements::kMost; ++i) {
+    const std::u16string name = u"x" + toUtf16(std::to_string(i));
+    query(company, u"SELECT Code AS " + name + u" FROM [@T] WHERE Name = '1'");
+    EXPECT_EQ(preparedBy(used), 0) << i;
+  }
+  EXPECT_GT(preparedBy(idle), 0);
+}
+
 TEST_P(KeptStatementsTest, ALongStatementIsNotKept) {
   const std::u16string text(sql::kMaxShapeBytes, u'x');
   const std::u16string sql = u"SELECT Code FROM [@T] WHERE Name <> '" + text + u"'";
