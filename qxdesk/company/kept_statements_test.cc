@@ -79,6 +79,50 @@ TEST_P(KeptStatementsTest, AValueThatDoesNotFitIsRefusedAtItsPlace) {
             u"'20240230' (line 1, column 25)");
 }
 
+TEST_P(KeptStatementsTest, ANumberKeepsItsSign) {
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('1', 'n', -5)");
+  EXPECT_EQ(preparedBy(u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('2', 'n', -70)"), 0);
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('3', 'n', 5)");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Count FROM [@T] WHERE Code = '1'"), u"-5");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Count FROM [@T] WHERE Code = '2'"), u"-70");
+  EXPECT_EQ(rowsOf(company, u"SELECT U_Count FROM [@T] WHERE Code = '3'"), u"5");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count = -70"), u"2");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count = -5"), u"1");
+}
+
+TEST_P(KeptStatementsTest, EachRowLimitMakesAStatement) {
+  LoginTarget login = target();
+  login.dbServerType = 3;  // sybase, which has SET ROWCOUNT
+  company = connectThrough(failingOpen(&plan), login);
+  for (const char16_t* code : {u"'1'", u"'2'", u"'3'"})
+    query(company, u"INSERT INTO [@T] (Code, Name) VALUES (" + std::u16string(code) + u", 'n')");
+  const auto count = [this] {
+    return query(company, u"SELECT Code FROM [@T] WHERE Name = 'n' ORDER BY Code")
+        ->GetRecordCount();
+  };
+  EXPECT_EQ(count(), 3);
+  query(company, u"SET ROWCOUNT 1");
+  EXPECT_EQ(count(), 1);
+  query(company, u"SET ROWCOUNT 2");
+  EXPECT_EQ(count(), 2);
+  query(company, u"SET ROWCOUNT 0");
+  EXPECT_EQ(count(), 3);
+}
+
+// A statement that is used stays, however many others follow.
+TEST_P(KeptStatementsTest, TheStatementWhoseUseIsLongestAgoMakesRoom) {
+  const std::u16string used = u"SELECT Code FROM [@T] WHERE Name = '1'";
+  const std::u16string idle = u"SELECT Name FROM [@T] WHERE Name = '1'";
+  query(company, used);
+  query(company, idle);
+  for (std::size_t i = 0; i < KeptStatements::kMost; ++i) {
+    const std::u16string name = u"x" + toUtf16(std::to_string(i));
+    query(company, u"SELECT Code AS " + name + u" FROM [@T] WHERE Name = '1'");
+    EXPECT_EQ(preparedBy(used), 0) << i;
+  }
+  EXPECT_GT(preparedBy(idle), 0);
+}
+
 TEST_P(KeptStatementsTest, ALongStatementIsNotKept) {
   const std::u16string text(sql::kMaxShapeBytes, u'x');
   const std::u16string sql = u"SELECT Code FROM [@T] WHERE Name <> '" + text + u"'";
@@ -131,6 +175,76 @@ TEST_P(KeptStatementsTest, TwoNewFieldsOfOneTransactionAreSeen) {
   company->EndTransaction(et_RollBack);
   EXPECT_EQ(failureOf(u"INSERT INTO [@T] (Code, Name, U_First) VALUES ('1', 'n', 'x')"),
             u"there is no column U_First in @T (line 1, column 31)");
+}
+
+/// Returns the names of the columns of a query.
+std::u16string columnsOf(const CComPtr<ICompany>& company, const std::u16string& sql) {
+  const CComPtr<IFields> fields = query(company, sql)->GetFields();
+  std::u16string names;
+  for (long i = 0; i < fields->Count(); ++i)
+    names += std::u16string(fields->Item(i)->GetName().View()) + u"|";
+  return names;
+}
+
+// Names with signs that other languages quote, and one that is also a type of the server.
+TEST_P(KeptStatementsTest, AnyNameOfATableOrAColumnIsKept) {
+  const std::string columns = " (code varchar(10), \"a\"\"b\\c'd\" int, \"\u00F6\" int)";
+  runElsewhere("CREATE TABLE \"date\"" + columns, "CREATE TABLE \"date\"" + columns);
+  query(company, u"INSERT INTO [date] (code, [a\"b\\c'd], [\u00F6]) VALUES ('x', 1, 2)");
+  EXPECT_EQ(rowsOf(company, u"SELECT * FROM [date] WHERE code = 'x'"), u"x|1|2");
+  EXPECT_EQ(preparedBy(u"SELECT * FROM [date] WHERE code = 'y'"), 0);
+  EXPECT_EQ(preparedBy(u"INSERT INTO [date] (code, [a\"b\\c'd], [\u00F6]) VALUES ('y', 1, 2)"), 0);
+}
+
+TEST_P(KeptStatementsTest, ColumnsThatChangePlacesAreSeenInAStar) {
+  const std::string make = "CREATE TABLE f (code varchar(10), a int, b int)";
+  runElsewhere(make, make);
+  query(company, u"INSERT INTO [f] (code, a, b) VALUES ('x', 1, 2)");
+  const std::u16string select = u"SELECT * FROM [f] WHERE code = 'x'";
+  EXPECT_EQ(columnsOf(company, select), u"code|a|b|");
+  const std::string change =
+      "ALTER TABLE f RENAME COLUMN a TO c; ALTER TABLE f RENAME COLUMN b TO a; "
+      "ALTER TABLE f RENAME COLUMN c TO b";
+  runElsewhere(change, change);
+  company->StartTransaction();  // in which the values are in the text
+  EXPECT_EQ(columnsOf(company, select), u"code|b|a|");
+  company->EndTransaction(et_RollBack);
+  EXPECT_EQ(columnsOf(company, select), u"code|b|a|");
+}
+
+TEST_P(KeptStatementsTest, AChangeOfATypeIsSeenInATransaction) {
+  query(company, u"INSERT INTO [@T] (Code, Name, U_Count) VALUES ('1', 'n', 7)");
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count / 2 = 3"), u"1");
+  runElsewhere(
+      "ALTER TABLE \"@T\" DROP COLUMN U_Count; "
+      "ALTER TABLE \"@T\" ADD COLUMN U_Count decimal(19,6); UPDATE \"@T\" SET U_Count = 7",
+      "ALTER TABLE \"@t\" ALTER COLUMN u_count TYPE numeric(19,6)");
+  company->StartTransaction();
+  EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count / 2 = 3"), u"");
+  company->EndTransaction(et_Commit);
+}
+
+// A type of the server's that refuses nulls.
+TEST_P(KeptStatementsTest, AChangeOfATableWithTypesOfItsOwnIsSeen) {
+  runElsewhere("CREATE TABLE f (code nvarchar(10) NOT NULL, n int)",
+               "CREATE DOMAIN filled AS varchar(10) NOT NULL; CREATE TABLE f (code filled, n int)");
+  query(company, u"INSERT INTO [f] (code, n) VALUES ('x', 7)");
+  EXPECT_EQ(rowsOf(company, u"SELECT code FROM [f] WHERE n / 2 = 3"), u"x");
+  EXPECT_EQ(preparedBy(u"SELECT code FROM [f] WHERE n / 2 = 4"), 0);
+  runElsewhere("ALTER TABLE f DROP COLUMN n; ALTER TABLE f ADD COLUMN n decimal(19,6)",
+               "ALTER TABLE f ALTER COLUMN n TYPE numeric(19,6)");
+  query(company, u"UPDATE [f] SET n = 7");
+  EXPECT_EQ(rowsOf(company, u"SELECT code FROM [f] WHERE n / 2 = 3"), u"");
+}
+
+TEST_P(KeptStatementsTest, ATableThatIsMadeAnewIsSeen) {
+  const std::string make = "CREATE TABLE f (code varchar(10), n int)";
+  runElsewhere(make, make);
+  query(company, u"INSERT INTO [f] (code, n) VALUES ('x', 7)");
+  EXPECT_EQ(rowsOf(company, u"SELECT n FROM [f] WHERE code = 'x'"), u"7");
+  runElsewhere("DROP TABLE f; " + make, "DROP TABLE f; " + make);
+  EXPECT_EQ(rowsOf(company, u"SELECT n FROM [f] WHERE code = 'x'"), u"");
+  EXPECT_EQ(preparedBy(u"SELECT n FROM [f] WHERE code = 'y'"), 0);
 }
 
 TEST_P(KeptStatementsTest, ADroppedTableIsMissedAtItsPlace) {

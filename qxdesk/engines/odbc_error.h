@@ -10,7 +10,7 @@
 namespace qx::desk {
 
 /// Begins the value that fails in the check of a statement for unchanged tables.
-constexpr std::string_view kTablesChangedWords = "the tables have changed; rows about them: ";
+constexpr std::string_view kTablesChangedWords = "the tables have changed: ";
 
 struct OdbcDiagnosis {
   std::string state = "HY000";

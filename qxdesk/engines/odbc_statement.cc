@@ -107,6 +107,8 @@ class OdbcStatement final : public Statement {
   void describe();
   void bindColumns();
   bool fetchBatch();
+  /// True if the rows end with those that were fetched: a driver fills a batch as far as it can.
+  bool endsWithBatch() const { return fetched_ > 0 && fetched_ < batchSize_; }
   void loadRow();
   bool nextResult();
   void check(SQLRETURN result) {
@@ -172,10 +174,11 @@ void OdbcStatement::bindDate(int parameter, std::string_view value) {
 bool OdbcStatement::step() {
   if (!ran_) run();
   if (columns_.empty() || ended_) return false;
-  if (next_ == fetched_ && !fetchBatch()) {
+  if (next_ == fetched_ && (endsWithBatch() || !fetchBatch())) {
     ended_ = true;
-    // A later statement of the batch may have failed; only reading on shows that.
-    while (nextResult()) {
+    // A later statement of the batch may have failed; only reading on shows that. One that is
+    // repeated is no batch.
+    while (!repeated_ && nextResult()) {
     }
     return false;
   }

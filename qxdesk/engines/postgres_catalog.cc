@@ -67,21 +67,52 @@ std::optional<std::size_t> PostgresCatalog::columnCount(std::string_view table) 
   return columnsOf(table).size();
 }
 
-// A change of a column writes its row anew, and a table that was made anew has another number. The
-// count makes the CAST depend on the rows, so that the server does not compute it ahead.
 std::string PostgresCatalog::unchangedCheck(const std::vector<std::string>& tables) const {
   std::string check;
   for (const std::string& name : tables) {
     const Table& table = tableOf(name);
     if (table.columns.empty()) continue;
     if (!check.empty()) check += " AND ";
-    check += "(SELECT CASE WHEN min(age(xmin)) = age(CAST('" + table.newest +
-             "' AS xid)) THEN true ELSE CAST('" + std::string(kTablesChangedWords) +
-             "' || count(*) AS boolean) END FROM pg_catalog.pg_attribute WHERE attrelid = " +
-             std::to_string(table.number) +
-             " AND attnum > 0 AND attrelid = " + regclass(lowerName(name)) + ")";
+    check += checkOf(lowerName(name), table);
   }
   return check;
+}
+
+// A row of nulls has no value that a type with conditions of its own accepts.
+std::string PostgresCatalog::checkOf(const std::string& name, const Table& table) {
+  return table.hasDomain ? checkOfCatalogRows(name, table) : checkOfRowType(name, table);
+}
+
+// The server analyses a prepared statement anew after a change of a table in it. So expressions
+// over the table's row type show the columns as they are, without a look into the catalogue, which
+// would take longer than most statements: an empty row as JSON has the names in their order, and a
+// row of another number of columns, or without one of the names, fails the analysis.
+//
+// The words of the failure depend on the table, so that the server does not compute them ahead.
+std::string PostgresCatalog::checkOfRowType(const std::string& name, const Table& table) {
+  std::string nulls;
+  std::string names;
+  std::string types;
+  for (const Column& column : table.inOrder) {
+    nulls += (nulls.empty() ? "NULL" : ", NULL");
+    names += (names.empty() ? "" : ",") + column.jsonName + ":null";
+    types += " AND pg_typeof((CAST(NULL AS " + table.rowType + "))." + column.name + ") = CAST(" +
+             column.type + " AS oid)";
+  }
+  return "(CASE WHEN " + regclass(name) + " = CAST(" + std::to_string(table.number) +
+         " AS oid) AND CAST(row_to_json(CAST(ROW(" + nulls + ") AS " + table.rowType +
+         ")) AS text) = " + quotedText("{" + names + "}") + types + " THEN true ELSE CAST('" +
+         std::string(kTablesChangedWords) + "' || COALESCE(CAST(" + regclass(name) +
+         " AS text), '') AS boolean) END)";
+}
+
+// A change of a column writes its row anew, and a table that was made anew has another number. The
+// count makes the CAST depend on the rows, so that the server does not compute it ahead.
+std::string PostgresCatalog::checkOfCatalogRows(const std::string& name, const Table& table) {
+  return "(SELECT CASE WHEN min(age(xmin)) = age(CAST('" + table.newest +
+         "' AS xid)) THEN true ELSE CAST('" + std::string(kTablesChangedWords) +
+         "' || count(*) AS boolean) END FROM pg_catalog.pg_attribute WHERE attrelid = " +
+         std::to_string(table.number) + " AND attnum > 0 AND attrelid = " + regclass(name) + ")";
 }
 
 const PostgresCatalog::Table& PostgresCatalog::tableOf(std::string_view table) const {
@@ -95,15 +126,24 @@ const PostgresCatalog::Table& PostgresCatalog::tableOf(std::string_view table) c
 PostgresCatalog::Table PostgresCatalog::read(const std::string& name) const {
   const auto row = database_.prepare(
       "SELECT attname, CAST(atttypid AS bigint), CAST(attrelid AS bigint), CAST(xmin AS text), "
-      "CASE WHEN attisdropped THEN 0 ELSE 1 END FROM pg_attribute "
-      "WHERE attnum > 0 AND attrelid = " +
-      regclass(name) + " ORDER BY age(xmin)");
+      "CASE WHEN attisdropped THEN 0 ELSE 1 END, CAST(to_json(CAST(attname AS text)) AS text), "
+      "(SELECT CAST(CAST(relnamespace AS regnamespace) AS text) FROM pg_class WHERE oid = "
+      "attrelid), (SELECT count(*) FROM pg_type WHERE oid = atttypid AND typtype = 'd'), "
+      "(SELECT min(age(newer.xmin)) FROM pg_attribute newer WHERE newer.attrelid = "
+      "pg_attribute.attrelid AND newer.attnum > 0) - age(xmin) "
+      "FROM pg_attribute WHERE attnum > 0 AND attrelid = " +
+      regclass(name) + " ORDER BY attnum");
   Table table;
   while (row->step()) {
-    if (table.newest.empty()) table.newest = row->text(3);
+    if (row->integer(8) == 0) table.newest = row->text(3);
     table.number = row->integer(2);
     if (row->integer(4) == 0) continue;
-    table.columns[std::string(row->text(0))] = typeOf(row->integer(1));
+    const std::string column(row->text(0));
+    table.columns[column] = typeOf(row->integer(1));
+    table.inOrder.push_back({"\"" + doubled(column) + "\"", std::string(row->text(5)),
+                             std::to_string(row->integer(1))});
+    table.rowType = std::string(row->text(6)) + ".\"" + doubled(name) + "\"";
+    if (row->integer(7) != 0) table.hasDomain = true;
   }
   return table;
 }

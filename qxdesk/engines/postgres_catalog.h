@@ -26,20 +26,32 @@ class PostgresCatalog final : public sql::Catalog {
   bool lacksTable(std::string_view table) const override;
   /// Throws DatabaseError.
   std::optional<std::size_t> columnCount(std::string_view table) const override;
-  /// Compares the newest row that describes a column of the table with the newest one that was
-  /// read. The server does so in the statement's own turn. Throws DatabaseError.
+  /// Compares the tables with those that were read. The server does so in the statement's own turn.
+  /// Throws DatabaseError.
   std::string unchangedCheck(const std::vector<std::string>& tables) const override;
   /// Forgets everything that was read, since other processes may have changed it.
   void forget() { tables_.clear(); }
 
  private:
   using Columns = std::map<std::string, sql::ColumnType>;  // by folded name
+  /// A column as the check compares it.
+  struct Column {
+    std::string name;      // quoted
+    std::string jsonName;  // as it is written in JSON
+    std::string type;      // the number of the type
+  };
   struct Table {
     Columns columns;
+    std::vector<Column> inOrder;
     std::int64_t number = 0;  // of the table in the server's catalogue
     std::string newest;       // the transaction that wrote the newest row about a column
+    std::string rowType;
+    bool hasDomain = false;  // a type with conditions of its own
   };
 
+  static std::string checkOf(const std::string& name, const Table& table);
+  static std::string checkOfRowType(const std::string& name, const Table& table);
+  static std::string checkOfCatalogRows(const std::string& name, const Table& table);
   const Table& tableOf(std::string_view table) const;
   const Columns& columnsOf(std::string_view table) const { return tableOf(table).columns; }
   Table read(const std::string& table) const;

@@ -32,9 +32,46 @@ class Scan {
   bool good_ = true;
 };
 
+/// Writes the digits of numbers between signs. It is much faster than printf, and every date that a
+/// server returns passes here.
+class Print {
+ public:
+  explicit Print(char* text) : at_(text) {}
+  Print& number(int value, int digits) {
+    for (int i = digits; i > 0; --i, value /= 10) at_[i - 1] = static_cast<char>('0' + value % 10);
+    at_ += digits;
+    return *this;
+  }
+  Print& numberAfter(char sign, int value) {
+    *at_++ = sign;
+    return number(value, 2);
+  }
+
+ private:
+  char* at_;
+};
+
+bool hasUsualLength(const CivilTime& time) {
+  const auto hasTwoDigits = [](int value) { return value >= 0 && value <= 99; };
+  return time.year >= 0 && time.year <= 9999 && hasTwoDigits(time.month) &&
+         hasTwoDigits(time.day) && hasTwoDigits(time.hour) && hasTwoDigits(time.minute) &&
+         hasTwoDigits(time.second);
+}
+
 }  // namespace
 
 void assignStored(std::string& text, const CivilTime& time) {
+  if (hasUsualLength(time)) {
+    text.resize(19);
+    Print(text.data())
+        .number(time.year, 4)
+        .numberAfter('-', time.month)
+        .numberAfter('-', time.day)
+        .numberAfter(' ', time.hour)
+        .numberAfter(':', time.minute)
+        .numberAfter(':', time.second);
+    return;
+  }
   std::array<char, 72> form{};  // room for any six int values, which the compiler checks
   const int length =
       std::snprintf(form.data(), form.size(), "%04d-%02d-%02d %02d:%02d:%02d", time.year,

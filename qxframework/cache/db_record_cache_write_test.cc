@@ -320,6 +320,25 @@ TEST_F(CacheWrite, APageThatWasServedFollowsEveryWrite) {
   EXPECT_THAT(served(), ElementsAre("Code=A | Code=A U_G=7 U_N=1", "Code=X | Code=X U_G=1 U_N=2"));
 }
 
+TEST_F(CacheWrite, APageThatWasServedFollowsRowsOfARecordSet) {
+  load(from(1));
+  load(from(1));
+  answerGroups({{u"A", 1, 99}});
+  const CComPtr<IRecordset> recordSet = cache()->GetRecordSet();
+  recordSet->DoQuery(u"SELECT");
+  cache()->LoadRecordSetRowsToCache(from(1), recordSet);
+  load(from(1));
+  EXPECT_THAT(shown(rows),
+              ElementsAre("Code=A | Code=A U_G=1 U_N=99", "Code=B | Code=B U_G=1 U_N=20"));
+}
+
+TEST_F(CacheWrite, APageThatWasServedFollowsAListThatItsReaderExtends) {
+  load(from(1));
+  cache()->GetKeyCollection(group(1))->push_back(code(u"C"));
+  EXPECT_EQ(load(from(1)), 3);
+  EXPECT_EQ(rows.size(), 3U);
+}
+
 TEST_F(CacheWrite, AClassOfAnAddOnFillsRowsByItself) {
   struct Open : CDBRecordCache {
     using CDBRecordCache::_getAllRowsAsReturnRows;

@@ -129,6 +129,16 @@ TEST_F(RowIndex, SeesEachChangeOfTheCache) {
   EXPECT_THAT(found(1), ElementsAre(kA, kB));
 }
 
+TEST_F(RowIndex, SeesRowsOfARecordSet) {
+  fill(values({{u"X", 1}}), {u"A", u"D"});
+  EXPECT_THAT(found(1), ElementsAre(kA));
+  answerRows({{u"D", 4}});
+  const CComPtr<IRecordset> recordSet = cache()->GetRecordSet();
+  recordSet->DoQuery(u"SELECT");
+  cache()->LoadRecordSetRowsToCache(param(), recordSet);
+  EXPECT_THAT(found(1), ElementsAre(kA, "Code=D | Code=D U_N=4"));
+}
+
 TEST_F(RowIndex, SeesThatItsOnlyRowHasGoneAndComeBack) {
   fill(values({{u"X", 1}}), {u"A"});
   EXPECT_THAT(found(1), ElementsAre(kA));

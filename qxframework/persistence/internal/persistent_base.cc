@@ -28,6 +28,18 @@ const OLECHAR* tagOf(VARTYPE kind) {
   }
 }
 
+/// Sets the values of a map that has the names of the fields; returns false if it has others.
+bool SetValuesOf(IFields* fields, TyFieldValues& values) {
+  const long count = fields->Count();
+  if (count != values.GetCount()) return false;
+  for (long i = 0; i < count; ++i) {
+    const CComPtr<IField> field = fields->Item(CComVariant(i));
+    if (field->GetName().View() != values.keyAt(i).View()) return false;
+    values.SetValueAt(i, field->GetValue());
+  }
+  return true;
+}
+
 }  // namespace
 
 CQXPersistentBase::CQXPersistentBase() = default;
@@ -127,12 +139,20 @@ CComBSTR CQXPersistentBase::KeyColumnName(std::u16string_view key) const {
   return qx::joined({m_bstrCorrelationName.View(), u".", key});
 }
 
+// Most rows have the names of the row before, of the same object or of another one. They share
+// them, since making a map with its names takes longer than reading the values.
 void CQXPersistentBase::ReadFields(IFields* fields, TyFieldValues& values) {
+  thread_local TyFieldValues names;  // those of the last row, without its values
+  values = names;
+  if (SetValuesOf(fields, values)) return;
+  values.Clear();
   const long count = fields->Count();
   for (long i = 0; i < count; ++i) {
     const CComPtr<IField> field = fields->Item(CComVariant(i));
     values.Add(field->GetName(), field->GetValue());
   }
+  names = values;
+  for (long i = 0; i < count; ++i) names.SetValueAt(i, CComVariant());
 }
 
 void CQXPersistentBase::FillExceptionFromCompany(CQXPersistenceException& exception) const {

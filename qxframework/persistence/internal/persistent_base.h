@@ -171,7 +171,7 @@ class CQXPersistentBase {
   /// Logs `failure`, a format for the table, and throws the company's last error.
   [[noreturn]] void Fail(CReturnValue<long>& hr, const _com_error& error, const OLECHAR* failure,
                          const CComBSTR& table) const;
-  /// Adds the columns of the current row to the values.
+  /// Replaces the values by the columns of the current row.
   static void ReadFields(IFields* fields, TyFieldValues& values);
 
   bool m_bNationalStrings = true;
