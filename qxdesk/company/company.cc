@@ -174,7 +174,9 @@ HRESULT Company::raw_LockTables(long milliseconds, VARIANT_BOOL* locked, BSTR* h
 }
 
 HRESULT Company::raw_UnlockTables() {
-  return companyCall(*session_, [&] { session_->unlockTables(); });
+  return hostCall([&]() -> HRESULT {
+    return session_->attemptAfterwards([&] { session_->unlockTables(); });
+  });
 }
 
 HRESULT Company::raw_ContinueCodes(BSTR table, long next, VARIANT_BOOL* out) {

@@ -85,8 +85,15 @@ class CompanySession {
     lastCode_ = 0;
     lastFault_ = kNoFault;
     lastText_.clear();
+    return attemptAfterwards(body);
+  }
+  /// The same for work that cleans up after another one, whose failure stays the last error if this
+  /// one succeeds. Returns 0 or the code of its own failure.
+  template <class Body>
+  long attemptAfterwards(Body&& body) {
     try {
       body();
+      return 0;
     } catch (const CompanyError& error) {
       remember(error, companyFaultOf(error.text()));
     } catch (const DatabaseError& error) {

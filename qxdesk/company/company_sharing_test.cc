@@ -124,6 +124,17 @@ TEST_P(CompanySharingTest, TheHolderIsNamedInTheLanguageOfTheUser) {
                                    u"das Programm 'tester' (Prozess #)"));
 }
 
+TEST_P(CompanySharingTest, UnlockingKeepsTheErrorOfTheWorkBeforeIt) {
+  EXPECT_EQ(lockOf(sharing), u"granted");
+  EXPECT_EQ(addTable(company, u""), kInvalidValue);
+  const LastError before = lastError(company);
+  sharing->UnlockTables();
+  EXPECT_EQ(lastError(company), before);
+  EXPECT_EQ(sharing->GetLastFault(), kOtherFault);
+  EXPECT_EQ(raisedBy([&] { sharing->UnlockTables(); }), kWrongTransactionState);
+  EXPECT_EQ(lastError(company).code, kWrongTransactionState);
+}
+
 TEST_P(CompanySharingTest, TablesAreUnlockedAsOftenAsTheyWereLocked) {
   const CComPtr<ICompany> other = another();
   EXPECT_EQ(lockOf(sharing), u"granted");

@@ -36,7 +36,8 @@ class ICompanySharing : public IUnknown {
   /// that holds it may take it again and unlocks it as often. It ends with its connection at the
   /// latest. Fails with -2100 without a connection.
   virtual HRESULT raw_LockTables(long milliseconds, VARIANT_BOOL* locked, BSTR* holder) = 0;
-  /// Undoes one raw_LockTables. Fails with -2104 if this connection does not hold the lock.
+  /// Undoes one raw_LockTables. Fails with -2104 if this connection does not hold the lock. If it
+  /// succeeds, GetLastError still tells about the operation before.
   virtual HRESULT raw_UnlockTables() = 0;
   /// True if `next` still follows the highest code of `table`, its name with the leading "@", so
   /// that a program that counts codes in memory can go on with it. Then no other program draws a

@@ -375,7 +375,8 @@ const BadString kBadStrings[] = {
      "10: a question mark must follow the scheme; write embedded:?db=FILE"},
     {"WithAnEmptyDatabase", u"embedded:?db=", "14: db is empty; name the company database's file"},
     {"WithAnUnknownKey", u"embedded:?db=x&colour=red",
-     "16: unknown key \"colour\"; the keys are db, engine, accept, language, appid, user, password, "
+     "16: unknown key \"colour\"; the keys are db, engine, accept, language, appid, user, "
+     "password, "
      "company, play, boxes, progress, memory and statements"},
     {"WithAKeyTwice", u"embedded:?db=x&db=y", "16: the key \"db\" is given twice"},
     {"WithAnUnknownEngine", u"embedded:?db=x&engine=oldsql",

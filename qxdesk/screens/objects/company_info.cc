@@ -35,9 +35,10 @@ CComPtr<IHostCompany> makeCompanyInfo(std::shared_ptr<Client> client) {
 std::u16string loginContextOf(const Desk& desk, std::u16string_view cookie) {
   // Of this moment and not of the start: the user may have changed to another company.
   const DeskSettings& settings = desk.settings();
-  const desk::LoginTarget target{
-      settings.database,  settings.dbServerType,   settings.language,       settings.userName,
-      desk.companyName(), settings.acceptBrackets, settings.keepsStatements, settings.memoryMegabytes};
+  const desk::LoginTarget target{settings.database,        settings.dbServerType,
+                                 settings.language,        settings.userName,
+                                 desk.companyName(),       settings.acceptBrackets,
+                                 settings.keepsStatements, settings.memoryMegabytes};
   return desk::encodeLoginContext(target, cookie);
 }
 
