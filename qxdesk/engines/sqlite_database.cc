@@ -1,6 +1,7 @@
 #include "qxdesk/engines/sqlite_database.h"
 
 #include "qxdesk/engines/company_error.h"
+#include "qxdesk/engines/lock_file.h"
 #include "qxdesk/engines/sqlite_statement.h"
 #include "qxdesk/engines/sqlite_tables.h"
 #include "qxdesk/engines/write_ahead_log.h"
@@ -114,6 +115,9 @@ class SqliteDatabase final : public Database {
     return DatabaseError(Fault::Moved, "the file is gone");
   }
 
+  /// Joins the other connections to the file; `locks` is null if they cannot know of each other.
+  void join(std::unique_ptr<LockFile> locks) { locks_ = std::move(locks); }
+
   /// Decides if the last connection moves the log into the file when it closes, and removes it.
   void keepLog(bool keep) {
     sqlite3_db_config(db_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
@@ -135,6 +139,7 @@ class SqliteDatabase final : public Database {
   }
 
   // Declared before the connection, which holds pointers to them and is destroyed first.
+  std::unique_ptr<LockFile> locks_;  // null if there is none
   BusyWait wait_;
   SqliteTimeLimit limit_;
   Connection db_;
@@ -320,6 +325,7 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   const bool hasTables = readHeader(*database, path);
   checkHistory(*database, place, hasTables);
   database->keepLog(false);
+  if (!database->isReadOnly()) database->join(LockFile::open(path, environment));
   return database;
 }
 
