@@ -157,6 +157,33 @@ HRESULT Company::raw_GetCompanyDB(BSTR* out) {
                      [&] { raiseIfFailed(giveText(toUtf16(session_->nameOfDatabase()), out)); });
 }
 
+HRESULT Company::raw_GetLastFault(long* out) {
+  return give(out, [&] { return session_->lastFault(); });
+}
+
+HRESULT Company::raw_LockTables(long milliseconds, VARIANT_BOOL* locked, BSTR* holder) {
+  if (locked == nullptr || holder == nullptr) return E_POINTER;
+  *locked = VARIANT_FALSE;
+  *holder = nullptr;
+  return companyCall(*session_, [&] {
+    const std::optional<std::u16string> other = session_->lockTables(milliseconds);
+    *locked = variantBool(!other);
+    if (other) raiseIfFailed(giveText(*other, holder));
+  });
+}
+
+HRESULT Company::raw_UnlockTables() {
+  return companyCall(*session_, [&] { session_->unlockTables(); });
+}
+
+HRESULT Company::raw_ContinueCodes(BSTR table, long next, VARIANT_BOOL* out) {
+  if (out == nullptr) return E_POINTER;
+  *out = VARIANT_FALSE;
+  return companyCall(*session_, [&] {
+    *out = variantBool(session_->continueCodes(toUtf8(viewOfBstr(table)), next));
+  });
+}
+
 std::u16string Company::newCookie() {
   std::array<std::uint8_t, kCookieBytes> bytes{};
   // Random, so that another process cannot guess the cookie and forge an answer of the client.

@@ -6,13 +6,14 @@
 #include "qxdesk/company/company_session.h"
 #include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/company.h"
+#include "qxframework/host/company_sharing.h"
 
 #include <optional>
 #include <string>
 
 namespace qx::desk {
 
-class Company final : public HostObjectBase<ICompany> {
+class Company final : public HostObjectBase<ICompany, ICompanySharing> {
  public:
   Company(CompanyEnvironment environment, OpenDatabase open);
   ~Company() override;
@@ -36,6 +37,11 @@ class Company final : public HostObjectBase<ICompany> {
   HRESULT raw_StartTransaction() override;
   HRESULT raw_EndTransaction(HvEndTransaction end) override;
   HRESULT raw_GetCompanyDB(BSTR* out) override;
+
+  HRESULT raw_GetLastFault(long* out) override;
+  HRESULT raw_LockTables(long milliseconds, VARIANT_BOOL* locked, BSTR* holder) override;
+  HRESULT raw_UnlockTables() override;
+  HRESULT raw_ContinueCodes(BSTR table, long next, VARIANT_BOOL* out) override;
 
  private:
   std::u16string newCookie();

@@ -2,10 +2,12 @@
 
 #include "qxdesk/company/result_columns.h"
 #include "qxdesk/dictionary/company_schema.h"
+#include "qxdesk/dictionary/dictionary_layouts.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 
+#include <charconv>
 #include <stdexcept>
 #include <utility>
 
@@ -16,60 +18,6 @@ namespace {
 sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
   const bool postgres = route == Route::ToPostgres;
   return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now};
-}
-
-// Returns the sentence for a fault. For the others the engine's own message says it best.
-Text textOf(Fault fault) {
-  switch (fault) {
-    case Fault::Locked:
-      return Text::Locked;
-    case Fault::ReadOnly:
-      return Text::ReadOnly;
-    case Fault::Damaged:
-      return Text::Damaged;
-    case Fault::NotADatabase:
-      return Text::NotADatabase;
-    case Fault::Full:
-      return Text::DiskFull;
-    case Fault::InputOutput:
-      return Text::InputOutput;
-    case Fault::Moved:
-      return Text::Moved;
-    case Fault::ConnectionLost:
-      return Text::ConnectionLost;
-    case Fault::CommitUnknown:
-      return Text::CommitUnknown;
-    case Fault::RolledBack:
-      return Text::RolledBack;
-    case Fault::Aborted:
-      return Text::Aborted;
-    case Fault::Cancelled:
-      return Text::Cancelled;
-    case Fault::NoRight:
-      return Text::NoRight;
-    case Fault::BadValue:
-      return Text::BadValue;
-    case Fault::NoSavepoints:
-      return Text::NoSavepoints;
-    case Fault::LoginRefused:
-      return Text::LoginRefused;
-    case Fault::NoDriver:
-      return Text::NoDriver;
-    case Fault::NoServer:
-      return Text::NoServer;
-    case Fault::NoDatabase:
-      return Text::NoDatabase;
-    case Fault::TooManyUsers:
-      return Text::TooManyUsers;
-    case Fault::TooLong:
-      return Text::TooLong;
-    case Fault::OutOfRange:
-      return Text::OutOfRange;
-    case Fault::BadDate:
-      return Text::BadDate;
-    default:
-      return Text::EngineMessage;
-  }
 }
 
 // True if a statement may have failed because the tables are not those that it was translated for.
@@ -317,6 +265,27 @@ void CompanySession::commitOrRollBack() {
   }
 }
 
+std::optional<std::u16string> CompanySession::lockTables(long /*milliseconds*/) {
+  database();
+  ++tableLocks_;
+  return std::nullopt;
+}
+
+void CompanySession::unlockTables() {
+  needOpen();
+  if (tableLocks_ == 0) throw CompanyError(kWrongTransactionState, Text::NoTransaction);
+  --tableLocks_;
+}
+
+bool CompanySession::continueCodes(std::string_view table, long next) {
+  const std::string name = DictionaryLayouts(database()).need(table);
+  const std::string highest = database_->queryText("SELECT MAX([Code]) FROM " + bracketed(name));
+  constexpr int kHexadecimal = 16;
+  std::uint32_t number = 0;
+  std::from_chars(highest.data(), highest.data() + highest.size(), number, kHexadecimal);
+  return highest.empty() || number < static_cast<std::uint32_t>(next);
+}
+
 CompanyError CompanySession::asCompanyError(long code, const DatabaseError& error) const {
   const Text text = textOf(error.fault());
   // The sentences of these two name the place; the others quote the engine.
@@ -324,7 +293,8 @@ CompanyError CompanySession::asCompanyError(long code, const DatabaseError& erro
   return CompanyError(code, text, aboutPlace ? databaseName(target_.database) : error.what());
 }
 
-void CompanySession::remember(const CompanyError& error) {
+void CompanySession::remember(const CompanyError& error, CompanyFault fault) {
+  lastFault_ = fault;
   lastCode_ = error.code();
   lastText_ = error.sentenceIn(language());
 }

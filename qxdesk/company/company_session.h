@@ -5,6 +5,7 @@
 // them; after Disconnect they all answer that the company is not connected.
 
 #include "qxdesk/company/at_exit.h"
+#include "qxdesk/company/company_faults.h"
 #include "qxdesk/company/kept_statements.h"
 #include "qxdesk/dictionary/company_settings.h"
 #include "qxdesk/engines/company_error.h"
@@ -13,6 +14,7 @@
 #include "qxdesk/engines/row_store.h"
 #include "qxdesk/session/call_gate.h"
 #include "qxdesk/session/login_context.h"
+#include "qxframework/host/company_sharing.h"
 
 #include <functional>
 #include <memory>
@@ -60,8 +62,19 @@ class CompanySession {
   void endTransaction(bool commit);
   bool inTransaction() const { return database_ != nullptr && transaction_; }
 
+  /// Takes the lock under which tables and fields are made, once more if this session has it.
+  /// Waits at most `milliseconds`; then returns the holder, empty if it is not known. Throws
+  /// CompanyError with kNotConnected, and DatabaseError.
+  std::optional<std::u16string> lockTables(long milliseconds);
+  /// Throws CompanyError with kWrongTransactionState if this session does not have the lock.
+  void unlockTables();
+  /// Returns true if `next` still follows the highest code of `table`, which begins with "@".
+  /// Throws CompanyError and DatabaseError.
+  bool continueCodes(std::string_view table, long next);
+
   void setLanguage(HvLanguages language) { language_ = language; }
   long lastCode() const { return lastCode_; }
+  CompanyFault lastFault() const { return lastFault_; }
   const std::u16string& lastText() const { return lastText_; }
 
   /// Runs `body`, the work of an operation, and keeps its failure as the last error. Returns 0 or
@@ -69,20 +82,21 @@ class CompanySession {
   template <class Body>
   long attempt(Body&& body) {
     lastCode_ = 0;
+    lastFault_ = kNoFault;
     lastText_.clear();
     try {
       body();
     } catch (const CompanyError& error) {
-      remember(error);
+      remember(error, companyFaultOf(error.text()));
     } catch (const DatabaseError& error) {
-      remember(asCompanyError(kSqlFailure, error));
+      remember(asCompanyError(kSqlFailure, error), companyFaultOf(error.fault()));
     }
     return lastCode_;
   }
 
  private:
   CompanyError asCompanyError(long code, const DatabaseError& error) const;
-  void remember(const CompanyError& error);
+  void remember(const CompanyError& error, CompanyFault fault);
   RowStore queryAnew(Database& database, std::string_view utf8);
   RowStore queryKept(Database& database, std::string_view utf8);
   RowStore runNew(Database& database, std::string_view utf8, const sql::StatementShape* shape,
@@ -108,8 +122,10 @@ class CompanySession {
   sql::StatementShape shape_;      // of the current statement; kept for its memory
   std::optional<AtExit> atExit_;
   bool transaction_ = false;
+  int tableLocks_ = 0;
   std::optional<HvLanguages> language_;
   long lastCode_ = 0;
+  CompanyFault lastFault_ = kNoFault;
   std::u16string lastText_;
 };
 
