@@ -3,6 +3,7 @@
 // Everything that the company objects take from the world besides the database: time, waiting and
 // randomness. Tests hand in their own.
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -15,6 +16,11 @@ struct CompanyEnvironment {
   /// Local time in the stored form, "YYYY-MM-DD HH:MM:SS".
   std::function<std::string()> now;
   std::function<void(int milliseconds)> sleep;
+  /// Waits while `word`, which other processes share, is `value`, at most for the given time; may
+  /// return sooner. wakeWaiters() ends it.
+  std::function<void(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                     std::chrono::milliseconds most)>
+      awaitChange;
   /// A clock that is never set back, for measuring how long something takes.
   std::function<std::chrono::steady_clock::time_point()> clock = std::chrono::steady_clock::now;
   std::function<void(std::span<std::uint8_t>)> fillRandom;
@@ -28,5 +34,8 @@ struct CompanyEnvironment {
 
 /// Returns the machine's clock and randomness.
 CompanyEnvironment systemEnvironment();
+
+/// Wakes those in all processes who wait for a change of `word`.
+void wakeWaiters(std::atomic<std::uint32_t>& word);
 
 }  // namespace qx::desk
