@@ -353,6 +353,7 @@ bool CompanySession::continueCodes(std::string_view table, long next) {
                                     : open.queryText("SELECT MAX([Code]) FROM " + bracketed(table));
     return highest.empty() || codeNumber(highest) < static_cast<std::uint32_t>(next);
   } catch (const DatabaseError& error) {
+    if (open.codeDraws() != nullptr) open.codeDraws()->inserted(table);
     if (error.fault() != Fault::Statement) throw;
     // Looked for only now, since it costs turns to a server.
     DictionaryLayouts(open).need(table);

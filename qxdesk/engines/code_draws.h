@@ -8,7 +8,6 @@
 
 #include "qxdesk/engines/database.h"
 
-#include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,9 +16,6 @@ namespace qx::desk {
 
 class CodeDraws {
  public:
-  /// The time for which a draw outside of a transaction stops the draws of other connections.
-  static constexpr std::chrono::milliseconds kMost{2000};
-
   virtual ~CodeDraws() = default;
 
   /// True if the statements of a draw and of the INSERT after it have to run as draw() and insert()
@@ -38,7 +34,8 @@ class CodeDraws {
   /// Ends a draw after an INSERT into the table, or an attempt. Within a transaction the lock
   /// stays.
   virtual void inserted(std::string_view table) noexcept = 0;
-  /// Called before each statement: gives up what is held for longer than kMost.
+  /// Called before each statement: gives up what is held for longer than the environment's
+  /// drawTimeoutMs.
   virtual void giveUpOld() = 0;
 };
 

@@ -26,6 +26,9 @@ struct CompanyEnvironment {
   std::function<void(std::span<std::uint8_t>)> fillRandom;
   /// The time that a statement waits for another process that writes.
   int busyTimeoutMs = 10000;
+  /// The time for which a connection outside of a transaction that has read the highest code of a
+  /// table stops the others that want to, until it inserts a row.
+  int drawTimeoutMs = 2000;
   /// The time that a statement may run, unless a server sets a limit of its own; 0 is no limit.
   int statementTimeoutSeconds = 600;
   /// The time that a server may take to answer a new connection.

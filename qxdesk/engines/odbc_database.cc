@@ -6,11 +6,14 @@
 #include "qxdesk/engines/plain_savepoints.h"
 #include "qxdesk/engines/plain_tables.h"
 #include "qxdesk/engines/postgres_catalog.h"
+#include "qxdesk/engines/postgres_codes.h"
 #include "qxdesk/engines/postgres_tables.h"
 #include "qxdesk/sql/emitter_postgres.h"
 
 #include <sql.h>
 #include <sqlext.h>
+
+#include <algorithm>
 
 namespace qx::desk {
 
@@ -63,8 +66,13 @@ class OdbcDatabase : public Database {
 class PostgresDatabase final : public OdbcDatabase {
  public:
   PostgresDatabase(std::unique_ptr<OdbcConnection> connection,
-                   const CompanyEnvironment& environment, bool readOnly)
-      : OdbcDatabase(std::move(connection), {"\"", true}), catalog_(*this), readOnly_(readOnly) {
+                   const CompanyEnvironment& environment, bool readOnly,
+                   PostgresCodes::Connect connect)
+      : OdbcDatabase(std::move(connection), {"\"", true}),
+        environment_(environment),
+        catalog_(*this),
+        codes_(this->connection(), environment_, std::move(connect)),
+        readOnly_(readOnly) {
     needUtf8();
     // First of all statements that change anything: settings made inside a transaction of the
     // connection string would end with it.
@@ -77,6 +85,11 @@ class PostgresDatabase final : public OdbcDatabase {
   Route route() const override { return Route::ToPostgres; }
   const EngineTables& tables() const override { return postgresTables(); }
   const sql::Catalog& catalog() override { return catalog_; }
+  CodeDraws* codeDraws() override { return &codes_; }
+  void begin() override {
+    codes_.transactionBegins();
+    OdbcDatabase::begin();
+  }
   void noticeChanges() override { catalog_.forget(); }
   bool keepsStatements() const override { return true; }
   // In a transaction the driver sets a point of return before each statement. It sends that along
@@ -104,7 +117,9 @@ class PostgresDatabase final : public OdbcDatabase {
     rollback();
   }
 
+  CompanyEnvironment environment_;
   PostgresCatalog catalog_;
+  PostgresCodes codes_;
   bool readOnly_;
 };
 
@@ -173,6 +188,15 @@ PostgresConnection withRightOptions(std::unique_ptr<OdbcConnection> opened, std:
                           "; remove other values for them from the connection string");
 }
 
+// A connection that reads beside another one waits for a locked table for a moment only: the other
+// one may have locked it.
+std::unique_ptr<Database> openBeside(const std::string& connection,
+                                     CompanyEnvironment environment) {
+  constexpr int kTimeoutMs = 500;
+  environment.busyTimeoutMs = std::min(environment.busyTimeoutMs, kTimeoutMs);
+  return openOdbcDatabase(connection, environment);
+}
+
 }  // namespace
 
 std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
@@ -181,8 +205,9 @@ std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
   if (isPostgres(*opened)) {
     PostgresConnection right = withRightOptions(std::move(opened), std::string(connection),
                                                 environment.loginTimeoutSeconds);
-    return std::make_unique<PostgresDatabase>(std::move(right.connection), environment,
-                                              right.readOnly);
+    return std::make_unique<PostgresDatabase>(
+        std::move(right.connection), environment, right.readOnly,
+        [text = std::string(connection), environment] { return openBeside(text, environment); });
   }
   // PostgreSQL gets its limit as a setting of the session instead.
   opened->setStatementTimeoutSeconds(environment.statementTimeoutSeconds);

@@ -96,7 +96,8 @@ void SqliteTurns::inserted(std::string_view table) noexcept {
 }
 
 void SqliteTurns::giveUpOld() {
-  if (drawn_.empty() || environment_.clock() - drawnAt_ < kMost) return;
+  if (drawn_.empty()) return;
+  if (environment_.clock() - drawnAt_ < milliseconds(environment_.drawTimeoutMs)) return;
   drawn_.clear();
   end();
 }

@@ -72,6 +72,7 @@ CompanyEnvironment testEnvironment() {
     for (std::uint8_t& byte : bytes) byte = next++;
   };
   environment.busyTimeoutMs = 50;
+  environment.drawTimeoutMs = 20;
   return environment;
 }
 

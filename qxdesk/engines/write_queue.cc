@@ -90,7 +90,7 @@ bool WriteQueue::isPassedOver(Ticket ticket, TimePoint now) {
   // All processes of a machine have one clock. A drawn code counts from the moment of the draw, so
   // that nobody waits for a form that has only shown the next code.
   if (turn == Turn::Drawn) age = std::max(age, milliseconds(inMilliseconds(now) - place.since));
-  return age >= kPatience;
+  return age >= milliseconds(environment_.drawTimeoutMs);
 }
 
 void WriteQueue::writePlace(Turn turn) {

@@ -25,9 +25,6 @@ namespace qx::desk {
 class WriteQueue {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
-  /// The time after which a connection that does nothing with its turn is passed over.
-  static constexpr std::chrono::milliseconds kPatience{2000};
-
   /// The lock file outlives the queue.
   WriteQueue(LockFile& locks, const CompanyEnvironment& environment);
   ~WriteQueue();

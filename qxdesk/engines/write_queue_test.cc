@@ -21,6 +21,7 @@ using std::chrono::milliseconds;
 class WriteQueueTest : public testing::Test {
  protected:
   WriteQueueTest() {
+    environment_.drawTimeoutMs = 2000;
     environment_.clock = [this] { return now_; };
     environment_.awaitChange = [this](const auto&, std::uint32_t, milliseconds most) {
       ++waits_;
@@ -103,13 +104,13 @@ TEST_F(WriteQueueTest, AConnectionThatDoesNothingIsPassedOverOnce) {
   WriteQueue& idle = connect();
   WriteQueue& other = connect();
   enter(idle);
-  EXPECT_EQ(enter(other), WriteQueue::kPatience);
+  EXPECT_EQ(enter(other), milliseconds(2000));
   other.leave();
   EXPECT_EQ(enter(other), milliseconds(0));
   other.leave();
   idle.leave();
   enter(idle);
-  EXPECT_EQ(enter(other), WriteQueue::kPatience);
+  EXPECT_EQ(enter(other), milliseconds(2000));
 }
 
 TEST_F(WriteQueueTest, AConnectionThatStillWritesIsWaitedFor) {
