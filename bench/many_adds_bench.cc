@@ -13,7 +13,6 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -131,9 +130,11 @@ void printFailures(const Workers& workers, const char* engine) {
   constexpr int kAdds = 100;
   for (const char* how : {kAlone, "in-transactions"}) {
     for (int processes = 2; processes <= kMost; processes *= 2) {
-      const int failed = workers.add(processes, kAdds, how).failed;
-      std::printf("failed %s %s %d processes: %d of %d\n", engine, how, processes, failed,
-                  processes * kAdds);
+      int failed = 0;
+      const double took =
+          qx::bench::seconds([&] { failed = workers.add(processes, kAdds, how).failed; });
+      std::printf("%s %s: %d processes, %.0f us an Add, failed %d of %d\n", engine, how, processes,
+                  took * 1e6 / (processes * kAdds), failed, processes * kAdds);
     }
   }
 }

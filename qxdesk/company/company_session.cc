@@ -30,12 +30,15 @@ bool mayBeOutdated(const Database& database, const DatabaseError& error) {
          (error.fault() == Fault::Statement && database.route() != Route::ToSqlite);
 }
 
-// True if a statement belongs to the draw of a code and cannot run as a kept one for that reason.
-bool drawsByText(Database& database, const sql::Translation& translation) {
-  CodeDraws* const draws = database.codeDraws();
-  if (draws == nullptr || !draws->runsTexts()) return false;
-  return !translation.drawsFrom.empty() ||
-         (!translation.insertsInto.empty() && draws->hasDrawn(translation.insertsInto));
+// True if a statement reads the highest code and cannot run as a kept one for that reason.
+bool drawsByText(CodeDraws* draws, const sql::Translation& translation) {
+  return draws != nullptr && draws->runsTexts() && !translation.drawsFrom.empty();
+}
+
+// True if a kept INSERT has to give up the lock of a draw by its own text.
+bool releasesByText(CodeDraws* draws, const sql::Translation& translation) {
+  return draws != nullptr && draws->runsTexts() && !translation.insertsInto.empty() &&
+         draws->hasDrawn(translation.insertsInto);
 }
 
 // Returns the number of a code as the framework reads it: hexadecimal, of 32 bits.
@@ -259,7 +262,9 @@ std::optional<RowStore> CompanySession::translateAndRun(Database& database, std:
 // Returns nothing if the values do not fit, which a translation of the text reports.
 std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatement& kept) {
   const sql::Translation& translation = kept.translation();
-  if (database.repeatsInOneTurn() && !drawsByText(database, translation)) {
+  CodeDraws* const draws = database.codeDraws();
+  if (database.repeatsInOneTurn() && !drawsByText(draws, translation)) {
+    if (releasesByText(draws, translation)) return runReleasing(database, kept);
     Statement& statement = kept.statement(database);
     if (!kept.bind(shape_, environment_.now)) return std::nullopt;
     protectDraw(database, translation, {});
@@ -270,6 +275,18 @@ std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatemen
   if (!text) return std::nullopt;
   const std::unique_ptr<Statement> statement = prepare(database, *text, translation);
   return rowsOf(database, *statement, kept);
+}
+
+// The INSERT after a draw, which gives up the lock of its table.
+std::optional<RowStore> CompanySession::runReleasing(Database& database, KeptStatement& kept) {
+  CodeDraws& draws = *database.codeDraws();
+  draw_ = {kept.translation().insertsInto, false};
+  Statement& statement = kept.statement(database, draws.releasingCondition(draw_.table));
+  if (!kept.bind(shape_, environment_.now)) return std::nullopt;
+  const Rewinding rewinding(statement);
+  RowStore rows = rowsOf(database, statement, kept);
+  draws.released(draw_.table);
+  return rows;
 }
 
 RowStore CompanySession::rowsOf(Database& database, Statement& statement, KeptStatement& kept) {

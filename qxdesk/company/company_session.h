@@ -110,6 +110,7 @@ class CompanySession {
   std::optional<RowStore> translateAndRun(Database& database, std::string_view utf8,
                                           const sql::StatementShape* shape, bool noticed);
   std::optional<RowStore> runKept(Database& database, KeptStatement& kept);
+  std::optional<RowStore> runReleasing(Database& database, KeptStatement& kept);
   static RowStore rowsOf(Database& database, Statement& statement, KeptStatement& kept);
   RowStore run(Database& database, std::string_view text, const sql::Translation& translation);
   std::unique_ptr<Statement> protectDraw(Database& database, const sql::Translation& translation,

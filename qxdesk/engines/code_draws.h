@@ -19,7 +19,8 @@ class CodeDraws {
   virtual ~CodeDraws() = default;
 
   /// True if the statements of a draw and of the INSERT after it have to run as draw() and insert()
-  /// return them. Otherwise these two return null, and the statements run as any other.
+  /// return them, or the INSERT with releasingCondition(). Otherwise these two return null, and the
+  /// statements run as any other.
   virtual bool runsTexts() const = 0;
   /// Takes the lock of a table for a draw, waits for it as for any lock, and returns the statement
   /// that reads the highest code by `text`, in the engine's SQL. Throws DatabaseError here or from
@@ -31,6 +32,10 @@ class CodeDraws {
   virtual bool hasDrawn(std::string_view table) const = 0;
   /// Returns the INSERT `text` after a draw from the table.
   virtual std::unique_ptr<Statement> insert(std::string_view table, std::string_view text) = 0;
+  /// Returns what continues the condition of an INSERT that is kept, so that it gives the lock up;
+  /// released() is called after it. Only outside of a transaction.
+  virtual std::string releasingCondition(std::string_view /*table*/) const { return {}; }
+  virtual void released(std::string_view /*table*/) {}
   /// Ends a draw after an INSERT into the table, or an attempt. Within a transaction the lock
   /// stays.
   virtual void inserted(std::string_view table) noexcept = 0;

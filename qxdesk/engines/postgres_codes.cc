@@ -121,6 +121,16 @@ std::unique_ptr<Statement> PostgresCodes::insert(std::string_view table, std::st
   return std::make_unique<InsertOnPostgres>(*this, table, text);
 }
 
+// The lock passes to the statement's own transaction, which ends with the commit. The order of the
+// two matters, and CASE keeps it.
+std::string PostgresCodes::releasingCondition(std::string_view table) const {
+  const std::string key = std::to_string(held_.at(lowerName(table)).key);
+  return " AND CASE WHEN pg_advisory_xact_lock(" + key +
+         ") IS NULL THEN true ELSE pg_advisory_unlock(" + key + ") IS NOT NULL END";
+}
+
+void PostgresCodes::released(std::string_view table) { held_.erase(lowerName(table)); }
+
 // Reached with the lock only if the INSERT, or the draw itself, has failed.
 void PostgresCodes::inserted(std::string_view table) noexcept {
   const auto held = held_.find(lowerName(table));
@@ -163,7 +173,7 @@ PostgresCodes::Answer PostgresCodes::read(const std::string& table, const std::s
 PostgresCodes::Answer PostgresCodes::readLocked(const std::string& table, const std::string& text) {
   if (const auto held = held_.find(table); held != held_.end()) {
     held->second.since = environment_.clock();
-    return run(text, 0);
+    return run(callOf(text), 0);
   }
   const TimePoint now = environment_.clock();
   const TimePoint end = now + milliseconds(environment_.busyTimeoutMs);
@@ -211,20 +221,39 @@ std::optional<PostgresCodes::Answer> PostgresCodes::waitForKey(const std::string
   }
 }
 
+// Returns the text that runs a query, in a batch: planning it takes the server several times as
+// long as running it, so it is prepared. The protocol's own prepared statements do not come in
+// batches.
+std::string PostgresCodes::callOf(const std::string& text) {
+  constexpr std::size_t kMost = 64;
+  const auto known = names_.find(text);
+  if (known != names_.end()) return "EXECUTE " + known->second;
+  if (names_.size() >= kMost) {
+    std::string all;
+    for (const auto& [query, name] : std::exchange(names_, {})) all += "DEALLOCATE " + name + "; ";
+    run(all, 0);
+  }
+  const std::string name = "qx_draw_" + std::to_string(nextName_++);
+  // Outside of the batch, with which it would fail.
+  run("PREPARE " + name + " AS " + text, 0);
+  names_.emplace(text, name);
+  return "EXECUTE " + name;
+}
+
 // Returns nothing if the lock, or the table itself, is not to be had within the time.
 std::optional<PostgresCodes::Answer> PostgresCodes::tryKey(const std::string& table,
                                                            std::int64_t key,
                                                            const std::string& text,
                                                            milliseconds most) {
   const bool transaction = connection_.inTransaction();
-  const std::string before = setTimeout(most.count()) +
-                             call(transaction ? "pg_advisory_xact_lock" : "pg_advisory_lock", key) +
-                             "; " +
-                             (transaction ? setTimeout(environment_.busyTimeoutMs) : std::string());
+  const std::string batch =
+      setTimeout(most.count()) +
+      call(transaction ? "pg_advisory_xact_lock" : "pg_advisory_lock", key) + "; " +
+      (transaction ? setTimeout(environment_.busyTimeoutMs) : std::string()) + callOf(text);
   try {
     // Noted first: the lock stays even if the query fails after it.
     if (!transaction) held_[table] = {key, environment_.clock()};
-    Answer answer = run(before + text, 1);
+    Answer answer = run(batch, 1);
     if (!transaction) held_[table].since = environment_.clock();
     return answer;
   } catch (const DatabaseError& error) {

@@ -42,6 +42,8 @@ class PostgresCodes final : public CodeDraws {
   std::string highest(Database& database, std::string_view table) override;
   bool hasDrawn(std::string_view table) const override;
   std::unique_ptr<Statement> insert(std::string_view table, std::string_view text) override;
+  std::string releasingCondition(std::string_view table) const override;
+  void released(std::string_view table) override;
   void inserted(std::string_view table) noexcept override;
   void giveUpOld() override;
 
@@ -74,6 +76,7 @@ class PostgresCodes final : public CodeDraws {
   std::optional<Answer> waitForKey(const std::string& table, std::int64_t key,
                                    const std::string& text, TimePoint end);
   Answer run(const std::string& sql, int skippedResults);
+  std::string callOf(const std::string& text);
   Answer withCodesOfOthers(const std::string& table, const std::string& text, Answer own);
   std::optional<Answer> readByOther(const std::string& text);
   std::optional<Holder> holderOf(std::int64_t key);
@@ -82,8 +85,10 @@ class PostgresCodes final : public CodeDraws {
   OdbcConnection& connection_;
   const CompanyEnvironment& environment_;
   Connect connect_;
-  std::unique_ptr<Database> other_;                // opened when it is first needed
-  TimePoint noOtherBefore_;                        // when to try again to open it
+  std::unique_ptr<Database> other_;           // opened when it is first needed
+  TimePoint noOtherBefore_;                   // when to try again to open it
+  std::map<std::string, std::string> names_;  // of the prepared queries, by their texts
+  int nextName_ = 0;
   std::map<std::string, Held, std::less<>> held_;  // by table
   std::map<std::string, TimePoint> spareUntil_;    // the tables whose first lock is stuck
   std::map<std::string, std::string> seenByAll_;   // the highest codes that all connections see
