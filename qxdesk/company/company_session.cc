@@ -4,11 +4,14 @@
 #include "qxdesk/dictionary/company_schema.h"
 #include "qxdesk/dictionary/dictionary_layouts.h"
 #include "qxdesk/dictionary/system_tables.h"
+#include "qxdesk/engines/code_draws.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
 
-#include <charconv>
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -35,6 +38,44 @@ void needRoom(const RowStore& rows, std::size_t mostBytes) {
                                             std::to_string(mostBytes >> 20) +
                                             " MB, the limit of the key memory");
 }
+
+// True if a statement reads the highest code and cannot run as a kept one for that reason.
+bool drawsByText(CodeDraws* draws, const sql::Translation& translation) {
+  return draws != nullptr && draws->runsTexts() && !translation.drawsFrom.empty();
+}
+
+// True if a kept INSERT has to give up the lock of a draw by its own text.
+bool releasesByText(CodeDraws* draws, const sql::Translation& translation) {
+  return draws != nullptr && draws->runsTexts() && !translation.insertsInto.empty() &&
+         draws->hasDrawn(translation.insertsInto);
+}
+
+// Returns the number of a code as the framework reads it: hexadecimal, of 32 bits.
+std::uint32_t codeNumber(const std::string& code) {
+  constexpr int kHexadecimal = 16;
+  constexpr long long kHighest = std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::uint32_t>(
+      std::min(std::strtoll(code.c_str(), nullptr, kHexadecimal), kHighest));
+}
+
+// Ends a draw with its statement: an INSERT in any case, and the query of the highest code if it
+// fails.
+class EndOfDraw {
+ public:
+  EndOfDraw(CodeDraws* draws, DrawOfStatement& draw) : draws_(draws), draw_(draw) {
+    draw_.table.clear();
+    if (draws_ != nullptr) draws_->giveUpOld();
+  }
+  ~EndOfDraw() {
+    if (!draw_.table.empty()) draws_->inserted(draw_.table);
+  }
+  EndOfDraw(const EndOfDraw&) = delete;
+  EndOfDraw& operator=(const EndOfDraw&) = delete;
+
+ private:
+  CodeDraws* draws_;
+  DrawOfStatement& draw_;
+};
 
 // Ends the run of a kept statement, so that it holds no lock of the database.
 struct Rewinding {
@@ -124,11 +165,36 @@ CompanySettings CompanySession::settings() { return readSettings(database()); }
 RowStore CompanySession::query(std::string_view utf8) {
   Database& open = database();
   if (translator_ == nullptr) return run(open, utf8, {});
+  const EndOfDraw endOfDraw(open.codeDraws(), draw_);
   try {
-    return keepsStatements_ ? queryKept(open, utf8) : queryAnew(open, utf8);
+    RowStore rows = keepsStatements_ ? queryKept(open, utf8) : queryAnew(open, utf8);
+    // The draw goes on to the INSERT.
+    if (draw_.begins) draw_.table.clear();
+    return rows;
   } catch (const sql::SqlError& error) {
     throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
   }
+}
+
+// Returns the statement to run for `text`, or null if it runs as any other.
+std::unique_ptr<Statement> CompanySession::protectDraw(Database& database,
+                                                       const sql::Translation& translation,
+                                                       std::string_view text) {
+  CodeDraws* const draws = database.codeDraws();
+  if (draws == nullptr) return nullptr;
+  if (!translation.drawsFrom.empty()) {
+    draw_ = {translation.drawsFrom, true};
+    return draws->draw(draw_.table, text);
+  }
+  if (translation.insertsInto.empty() || !draws->hasDrawn(translation.insertsInto)) return nullptr;
+  draw_ = {translation.insertsInto, false};
+  return draws->insert(draw_.table, text);
+}
+
+std::unique_ptr<Statement> CompanySession::prepare(Database& database, std::string_view text,
+                                                   const sql::Translation& translation) {
+  std::unique_ptr<Statement> statement = protectDraw(database, translation, text);
+  return statement ? std::move(statement) : database.prepareGuarded(text);
 }
 
 RowStore CompanySession::queryAnew(Database& database, std::string_view utf8) {
@@ -208,16 +274,32 @@ std::optional<RowStore> CompanySession::translateAndRun(Database& database, std:
 
 // Returns nothing if the values do not fit, which a translation of the text reports.
 std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatement& kept) {
-  if (database.repeatsInOneTurn()) {
+  const sql::Translation& translation = kept.translation();
+  CodeDraws* const draws = database.codeDraws();
+  if (database.repeatsInOneTurn() && !drawsByText(draws, translation)) {
+    if (releasesByText(draws, translation)) return runReleasing(database, kept);
     Statement& statement = kept.statement(database);
     if (!kept.bind(shape_, environment_.now)) return std::nullopt;
+    protectDraw(database, translation, {});
     const Rewinding rewinding(statement);
     return rowsOf(database, statement, kept);
   }
   const std::optional<std::string> text = kept.textWith(shape_, environment_.now);
   if (!text) return std::nullopt;
-  const std::unique_ptr<Statement> statement = database.prepareGuarded(*text);
+  const std::unique_ptr<Statement> statement = prepare(database, *text, translation);
   return rowsOf(database, *statement, kept);
+}
+
+// The INSERT after a draw, which gives up the lock of its table.
+std::optional<RowStore> CompanySession::runReleasing(Database& database, KeptStatement& kept) {
+  CodeDraws& draws = *database.codeDraws();
+  draw_ = {kept.translation().insertsInto, false};
+  Statement& statement = kept.statement(database, draws.releasingCondition(draw_.table));
+  if (!kept.bind(shape_, environment_.now)) return std::nullopt;
+  const Rewinding rewinding(statement);
+  RowStore rows = rowsOf(database, statement, kept);
+  draws.released(draw_.table);
+  return rows;
 }
 
 RowStore CompanySession::rowsOf(Database& database, Statement& statement,
@@ -240,8 +322,8 @@ RowStore CompanySession::rowsOf(Database& database, Statement& statement,
 }
 
 RowStore CompanySession::run(Database& database, std::string_view text,
-                             const sql::Translation& translation) const {
-  const std::unique_ptr<Statement> statement = database.prepareGuarded(text);
+                             const sql::Translation& translation) {
+  const std::unique_ptr<Statement> statement = prepare(database, text, translation);
   // The first step comes before the columns: only then does every engine know them.
   bool row = statement->step();
   RowStore rows(resultColumns(database, *statement, translation));
@@ -307,13 +389,23 @@ void CompanySession::unlockTables() {
   if (--tableLocks_ == 0) database().unlockTables();
 }
 
+// The codes of a table that an engine does not protect are read all the same.
 bool CompanySession::continueCodes(std::string_view table, long next) {
-  const std::string name = DictionaryLayouts(database()).need(table);
-  const std::string highest = database_->queryText("SELECT MAX([Code]) FROM " + bracketed(name));
-  constexpr int kHexadecimal = 16;
-  std::uint32_t number = 0;
-  std::from_chars(highest.data(), highest.data() + highest.size(), number, kHexadecimal);
-  return highest.empty() || number < static_cast<std::uint32_t>(next);
+  Database& open = database();
+  try {
+    CodeDraws* const draws = open.codeDraws();
+    if (draws != nullptr) draws->giveUpOld();
+    const std::string highest = draws != nullptr
+                                    ? draws->highest(open, table)
+                                    : open.queryText("SELECT MAX([Code]) FROM " + bracketed(table));
+    return highest.empty() || codeNumber(highest) < static_cast<std::uint32_t>(next);
+  } catch (const DatabaseError& error) {
+    if (open.codeDraws() != nullptr) open.codeDraws()->inserted(table);
+    if (error.fault() != Fault::Statement) throw;
+    // Looked for only now, since it costs turns to a server.
+    DictionaryLayouts(open).need(table);
+    throw;
+  }
 }
 
 CompanyError CompanySession::asCompanyError(long code, const DatabaseError& error) const {

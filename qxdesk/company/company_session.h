@@ -29,6 +29,12 @@ namespace qx::desk {
 using OpenDatabase =
     std::function<std::unique_ptr<Database>(const std::string&, const CompanyEnvironment&)>;
 
+/// What the current statement has to do with the draw of a code, see CodeDraws.
+struct DrawOfStatement {
+  std::string table;    ///< empty if nothing
+  bool begins = false;  ///< false for the INSERT that ends it
+};
+
 class CompanySession {
  public:
   CompanySession(CompanyEnvironment environment, OpenDatabase open);
@@ -114,9 +120,13 @@ class CompanySession {
   std::optional<RowStore> translateAndRun(Database& database, std::string_view utf8,
                                           const sql::StatementShape* shape, bool noticed);
   std::optional<RowStore> runKept(Database& database, KeptStatement& kept);
+  std::optional<RowStore> runReleasing(Database& database, KeptStatement& kept);
   RowStore rowsOf(Database& database, Statement& statement, KeptStatement& kept) const;
-  RowStore run(Database& database, std::string_view text,
-               const sql::Translation& translation) const;
+  RowStore run(Database& database, std::string_view text, const sql::Translation& translation);
+  std::unique_ptr<Statement> protectDraw(Database& database, const sql::Translation& translation,
+                                         std::string_view text);
+  std::unique_ptr<Statement> prepare(Database& database, std::string_view text,
+                                     const sql::Translation& translation);
   void commitOrRollBack();
   void letGo();
   HvLanguages language() const;
@@ -130,6 +140,7 @@ class CompanySession {
   bool keepsStatements_ = false;
   std::uint64_t changesSeen_ = 0;  // the changes of tables by this process for which kept_ is right
   sql::StatementShape shape_;      // of the current statement; kept for its memory
+  DrawOfStatement draw_;
   std::optional<AtExit> atExit_;
   bool transaction_ = false;
   CompanyFault endedBy_ = kOtherFault;  // why the engine ended the open transaction, if it did

@@ -40,12 +40,14 @@ bool KeptStatement::serves(const StatementShape& shape) const {
   });
 }
 
-Statement& KeptStatement::statement(Database& database) {
-  if (statement_ == nullptr) {
-    statement_ = database.prepareRepeated(translation_.text,
-                                          static_cast<int>(translation_.parameters.size()));
+Statement& KeptStatement::statement(Database& database, std::string_view more) {
+  std::unique_ptr<Statement>& statement = more.empty() ? statement_ : withMore_;
+  if (statement == nullptr) {
+    statement = database.prepareRepeated(translation_.text + std::string(more),
+                                         static_cast<int>(translation_.parameters.size()));
   }
-  return *statement_;
+  bound_ = statement.get();
+  return *statement;
 }
 
 // Calls `take` with each value and its text as an engine reads it: a date in the stored form, a
@@ -84,13 +86,13 @@ bool KeptStatement::bind(const StatementShape& shape, const std::function<std::s
     ++parameter;
     switch (value.type) {
       case ColumnType::Integer:
-        return statement_->bind(parameter, wholeOf(text));
+        return bound_->bind(parameter, wholeOf(text));
       case ColumnType::Decimal:
-        return statement_->bindDecimal(parameter, text);
+        return bound_->bindDecimal(parameter, text);
       case ColumnType::Date:
-        return statement_->bindDate(parameter, text);
+        return bound_->bindDate(parameter, text);
       default:
-        return statement_->bind(parameter, text);
+        return bound_->bind(parameter, text);
     }
   });
 }

@@ -32,15 +32,16 @@ class KeptStatement {
   /// Returns true if a statement of the same shape has this translation: the literals that are in
   /// the text are equal.
   bool serves(const sql::StatementShape& shape) const;
-  /// Sets the parameters of statement(). Returns false if a literal is no date where a date is
-  /// needed.
+  /// Sets the parameters of the last statement(). Returns false if a literal is no date where a
+  /// date is needed.
   bool bind(const sql::StatementShape& shape, const std::function<std::string()>& now);
   /// Returns the text with the values in it; nothing if bind() would return false.
   std::optional<std::string> textWith(const sql::StatementShape& shape,
                                       const std::function<std::string()>& now) const;
 
-  /// Returns the prepared statement, which the first call prepares. Throws DatabaseError.
-  Statement& statement(Database& database);
+  /// Returns the prepared statement, which the first call prepares, for bind(). `more` continues
+  /// the condition in its text and is the same in all calls, or empty. Throws DatabaseError.
+  Statement& statement(Database& database, std::string_view more = {});
   const sql::Translation& translation() const { return translation_; }
 
   /// The columns of its rows; null before its first run.
@@ -53,6 +54,8 @@ class KeptStatement {
 
   sql::Translation translation_;
   std::unique_ptr<Statement> statement_;
+  std::unique_ptr<Statement> withMore_;
+  Statement* bound_ = nullptr;                              // one of the two
   std::vector<std::pair<std::size_t, std::string>> fixed_;  // the literals in the text
 };
 

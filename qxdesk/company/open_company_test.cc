@@ -222,6 +222,9 @@ TEST_F(OpenCompanyTest, AFileThatAnotherProgramLocksIsReportedAfterTheTimeout) {
   CompanyEnvironment environment = testEnvironment();
   int slept = 0;
   environment.sleep = [&slept](int milliseconds) { slept += milliseconds; };
+  environment.clock = [&slept] {
+    return std::chrono::steady_clock::time_point(std::chrono::milliseconds(slept));
+  };
   const CComPtr<ICompany> company = companyFor(target(), environment);
   EXPECT_EQ(company->Connect(), kOpenFailed);
   EXPECT_EQ(lastError(company).text,
@@ -246,7 +249,7 @@ TEST_F(OpenCompanyTest, ARowThatAnotherConnectionWritesIsLockedAndReadsAsBefore)
 TEST_F(OpenCompanyTest, AWriterWaitsForAnother) {
   const CComPtr<ICompany> writer = connectTo(target());
   CompanyEnvironment environment = testEnvironment();
-  environment.sleep = [&writer, done = false](int) mutable {
+  environment.awaitChange = [&writer, done = false](const auto&, auto, auto) mutable {
     if (!std::exchange(done, true)) writer->EndTransaction(et_Commit);
   };
   const CComPtr<ICompany> other = connectTo(target(), environment);

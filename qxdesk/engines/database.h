@@ -7,8 +7,8 @@
 // Our own statements are written once for all engines: plain SQL, names in [brackets], parameters
 // as ?, counted in the order of the text. A Database writes the names as its engine needs them.
 //
-// EngineTables (engine_tables.h) is known here by name only: it works on a Database, and a Database
-// only says which one fits its engine.
+// EngineTables (engine_tables.h) and CodeDraws (code_draws.h) are known here by name only: they
+// work on a Database, and a Database only says which one fits its engine.
 
 #include "qxdesk/sql/column_type.h"
 
@@ -23,6 +23,7 @@
 
 namespace qx::desk {
 
+class CodeDraws;
 class EngineTables;
 
 /// Why a database refused, in the classes for which users read different messages.
@@ -194,6 +195,9 @@ class Database {
   /// company is in the file itself whatever happens to the log. Throws CompanyError if another
   /// program keeps the file, and DatabaseError.
   virtual void share() {}
+
+  /// Returns what protects the draws of codes, or null if this engine has nothing for it.
+  virtual CodeDraws* codeDraws() { return nullptr; }
 
   virtual bool isReadOnly() const = 0;
   /// Returns why this database cannot be used any more, Moved or ConnectionLost, or nothing if it

@@ -2,10 +2,14 @@
 
 #include "qxdesk/sql/stored_date.h"
 
+#include <linux/futex.h>
 #include <sys/random.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <ctime>
 #include <stdexcept>
 #include <thread>
@@ -30,6 +34,12 @@ void fillFromKernel(std::span<std::uint8_t> bytes) {
   }
 }
 
+void awaitSharedChange(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                       std::chrono::milliseconds most) {
+  const timespec time{.tv_sec = most.count() / 1000, .tv_nsec = most.count() % 1000 * 1'000'000};
+  syscall(SYS_futex, &word, FUTEX_WAIT, value, &time, nullptr, 0);
+}
+
 }  // namespace
 
 CompanyEnvironment systemEnvironment() {
@@ -38,9 +48,14 @@ CompanyEnvironment systemEnvironment() {
   environment.sleep = [](int milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
   };
+  environment.awaitChange = awaitSharedChange;
   environment.fillRandom = fillFromKernel;
   environment.program = program_invocation_short_name;
   return environment;
+}
+
+void wakeWaiters(std::atomic<std::uint32_t>& word) {
+  syscall(SYS_futex, &word, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
 }
 
 }  // namespace qx::desk

@@ -3,6 +3,7 @@
 // Everything that the company objects take from the world besides the database: time, waiting and
 // randomness. Tests hand in their own.
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -19,11 +20,19 @@ struct CompanyEnvironment {
   /// Local time in the stored form, "YYYY-MM-DD HH:MM:SS".
   std::function<std::string()> now;
   std::function<void(int milliseconds)> sleep;
+  /// Waits while `word`, which other processes share, is `value`, at most for the given time; may
+  /// return sooner. wakeWaiters() ends it.
+  std::function<void(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                     std::chrono::milliseconds most)>
+      awaitChange;
   /// A clock that is never set back, for measuring how long something takes.
   std::function<std::chrono::steady_clock::time_point()> clock = std::chrono::steady_clock::now;
   std::function<void(std::span<std::uint8_t>)> fillRandom;
   /// The time that a statement waits for another process that writes.
   int busyTimeoutMs = 10000;
+  /// The time for which a connection outside of a transaction that has read the highest code of a
+  /// table stops the others that want to, until it inserts a row.
+  int drawTimeoutMs = 2000;
   /// The time that a statement may run, unless a server sets a limit of its own; 0 is no limit.
   int statementTimeoutSeconds = 600;
   /// The memory that the rows of a statement may take, and that the embedded engine may take for
@@ -40,5 +49,8 @@ struct CompanyEnvironment {
 
 /// Returns the machine's clock and randomness.
 CompanyEnvironment systemEnvironment();
+
+/// Wakes those in all processes who wait for a change of `word`.
+void wakeWaiters(std::atomic<std::uint32_t>& word);
 
 }  // namespace qx::desk

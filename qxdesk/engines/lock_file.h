@@ -33,6 +33,13 @@ class LockFile {
     friend bool operator==(const Holder&, const Holder&) = default;
   };
   struct Contents;
+  /// What a connection does with its turn in the queue of writers, for those behind it.
+  enum class Turn : std::uint32_t {
+    Waiting = 0,
+    Writing = 1,      ///< a statement; it may not have got the engine's lock yet
+    Transaction = 2,  ///< it has the engine's lock until the transaction ends
+    Drawn = 3         ///< it has read a table's highest code and has not inserted a row yet
+  };
 
   /// Opens the lock file of a company's file, which must exist; makes it if it is missing. Returns
   /// null if there can be none: the folder cannot be written, the disk is full, or the name belongs

@@ -22,9 +22,22 @@ struct LockFile::Contents {
     LockFileName program;
   };
 
+  /// The connection whose ticket has this place, the ticket's number modulo kPlaces.
+  struct Place {
+    std::atomic<std::uint64_t> ticket;  // of the connection that has written here last
+    std::atomic<std::uint32_t> calls;   // changes when the connection is to look again
+    std::atomic<Turn> turn;
+    std::atomic<std::uint64_t> changes;  // counts what the connection does
+    std::atomic<std::int64_t> since;     // the time of the last change, by the machine's clock
+  };
+  static constexpr std::size_t kPlaces = 64;
+
   std::array<char, 16> kind;
-  std::array<char, 48> reserved;
+  std::atomic<std::uint64_t> nextTicket;
+  std::array<char, 40> reserved;
   Holding tables;
+  std::array<char, 80> reservedToo;
+  std::array<Place, kPlaces> places;
 };
 
 static_assert(std::atomic<std::int64_t>::is_always_lock_free, "other processes share it");

@@ -6,12 +6,15 @@
 #include "qxdesk/engines/plain_savepoints.h"
 #include "qxdesk/engines/plain_tables.h"
 #include "qxdesk/engines/postgres_catalog.h"
+#include "qxdesk/engines/postgres_codes.h"
 #include "qxdesk/engines/postgres_locks.h"
 #include "qxdesk/engines/postgres_tables.h"
 #include "qxdesk/sql/emitter_postgres.h"
 
 #include <sql.h>
 #include <sqlext.h>
+
+#include <algorithm>
 
 namespace qx::desk {
 
@@ -82,10 +85,13 @@ class OdbcDatabase : public Database {
 class PostgresDatabase final : public OdbcDatabase {
  public:
   PostgresDatabase(std::unique_ptr<OdbcConnection> connection,
-                   const CompanyEnvironment& environment, bool readOnly)
+                   const CompanyEnvironment& environment, bool readOnly,
+                   PostgresCodes::Connect connect)
       : OdbcDatabase(std::move(connection), {"\"", true}),
+        environment_(environment),
         catalog_(*this),
         locks_(*this, environment),
+        codes_(this->connection(), environment_, std::move(connect)),
         readOnly_(readOnly) {
     needUtf8();
     // First of all statements that change anything: settings made inside a transaction of the
@@ -101,6 +107,7 @@ class PostgresDatabase final : public OdbcDatabase {
   Route route() const override { return Route::ToPostgres; }
   const EngineTables& tables() const override { return postgresTables(); }
   const sql::Catalog& catalog() override { return catalog_; }
+  CodeDraws* codeDraws() override { return &codes_; }
   void noticeChanges() override { catalog_.forget(); }
   bool keepsStatements() const override { return true; }
   // In a transaction the driver sets a point of return before each statement. It sends that along
@@ -111,7 +118,10 @@ class PostgresDatabase final : public OdbcDatabase {
   }
   bool isReadOnly() const override { return readOnly_ || OdbcDatabase::isReadOnly(); }
 
-  void begin() override { connection().begin(kRepeatable); }
+  void begin() override {
+    codes_.transactionBegins();
+    connection().begin(kRepeatable);
+  }
   // At the server's usual level, so that a program that waited for its turn to change a table or to
   // make the company sees what the other one made.
   void beginChangeOfTables() override { connection().begin(); }
@@ -137,8 +147,10 @@ class PostgresDatabase final : public OdbcDatabase {
     rollback();
   }
 
+  CompanyEnvironment environment_;
   PostgresCatalog catalog_;
   PostgresLocks locks_;
+  PostgresCodes codes_;
   bool readOnly_;
 };
 
@@ -209,6 +221,15 @@ PostgresConnection withRightOptions(std::unique_ptr<OdbcConnection> opened, std:
                           "; remove other values for them from the connection string");
 }
 
+// A connection that reads beside another one waits for a locked table for a moment only: the other
+// one may have locked it.
+std::unique_ptr<Database> openBeside(const std::string& connection,
+                                     CompanyEnvironment environment) {
+  constexpr int kTimeoutMs = 500;
+  environment.busyTimeoutMs = std::min(environment.busyTimeoutMs, kTimeoutMs);
+  return openOdbcDatabase(connection, environment);
+}
+
 }  // namespace
 
 std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
@@ -217,8 +238,9 @@ std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
   if (isPostgres(*opened)) {
     PostgresConnection right = withRightOptions(std::move(opened), std::string(connection),
                                                 environment.loginTimeoutSeconds);
-    return std::make_unique<PostgresDatabase>(std::move(right.connection), environment,
-                                              right.readOnly);
+    return std::make_unique<PostgresDatabase>(
+        std::move(right.connection), environment, right.readOnly,
+        [text = std::string(connection), environment] { return openBeside(text, environment); });
   }
   // PostgreSQL gets its limit as a setting of the session instead.
   opened->setStatementTimeoutSeconds(environment.statementTimeoutSeconds);

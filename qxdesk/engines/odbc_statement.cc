@@ -54,10 +54,12 @@ struct Parameter {
 
 class OdbcStatement final : public Statement {
  public:
-  OdbcStatement(OdbcConnection& connection, std::string_view sql, bool repeated)
+  OdbcStatement(OdbcConnection& connection, std::string_view sql, bool repeated,
+                int skippedResults = 0)
       : connection_(connection),
         sql_(sql),
         repeated_(repeated),
+        skippedResults_(skippedResults),
         statement_(connection.newStatement()) {
     // Braces in a statement are the author's text, not an ODBC escape for the driver to resolve.
     keepsBraces_ = take(SQL_ATTR_NOSCAN, SQL_NOSCAN_ON);
@@ -104,6 +106,7 @@ class OdbcStatement final : public Statement {
   Parameter& parameterAt(int number);
   void run();
   void runPrepared();
+  void skipResults();
   void describe();
   void bindColumns();
   bool fetchBatch();
@@ -118,6 +121,7 @@ class OdbcStatement final : public Statement {
   OdbcConnection& connection_;
   std::string sql_;
   bool repeated_;
+  int skippedResults_;
   SQLHSTMT statement_;
   std::deque<Parameter> parameters_;  // a deque, since the driver knows their addresses
   bool keepsBraces_ = true;
@@ -205,6 +209,7 @@ void OdbcStatement::run() {
   ended_ = false;
   fetched_ = 0;
   next_ = 0;
+  skipResults();
   // A statement that runs again keeps its columns and their bindings.
   if (!bound_) describe();
   while (columns_.empty() && nextResult()) describe();
@@ -231,6 +236,19 @@ void OdbcStatement::runPrepared() {
   }
   const SQLRETURN result = SQLExecute(statement_);
   if (result != SQL_NO_DATA) check(result);  // SQL_NO_DATA: the change affected no rows
+}
+
+// Beyond the last result there are no columns.
+void OdbcStatement::skipResults() {
+  for (int left = skippedResults_; left > 0;) {
+    SQLSMALLINT count = 0;
+    check(SQLNumResultCols(statement_, &count));
+    if (count > 0) --left;
+    if (!nextResult()) {
+      bound_ = true;
+      return;
+    }
+  }
 }
 
 void OdbcStatement::describe() {
@@ -318,8 +336,9 @@ std::string_view OdbcStatement::text(int column) const {
 
 }  // namespace
 
-std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql) {
-  return std::make_unique<OdbcStatement>(connection, sql, false);
+std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql,
+                                             int skippedResults) {
+  return std::make_unique<OdbcStatement>(connection, sql, false, skippedResults);
 }
 
 std::unique_ptr<Statement> makeRepeatedOdbcStatement(OdbcConnection& connection,

@@ -16,8 +16,10 @@
 namespace qx::desk {
 
 /// Prepares a statement in the engine's own SQL; the driver is asked to leave its braces alone. It
-/// runs with the first step(). The connection must outlive it.
-std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql);
+/// runs with the first step(). Of a batch, so many results with columns are left out at first;
+/// those of the statements after them count. The connection must outlive it.
+std::unique_ptr<Statement> makeOdbcStatement(OdbcConnection& connection, std::string_view sql,
+                                             int skippedResults = 0);
 /// The same for a statement that runs many times: it is prepared on the server even if it has no
 /// parameters.
 std::unique_ptr<Statement> makeRepeatedOdbcStatement(OdbcConnection& connection,

@@ -22,27 +22,10 @@ namespace qx::desk {
 
 namespace {
 
-// The pause between two attempts to get a lock.
-constexpr int kBusyPauseMs = 10;
-
 struct ConnectionCloser {
   void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
 };
 using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
-
-struct BusyWait {
-  std::function<void(int)> sleep;
-  int timeoutMs = 0;
-};
-
-// The engine calls this while a lock is taken; 0 gives up. Its own sqlite3_busy_timeout would sleep
-// by itself, which a test could not control.
-int waitForLock(void* data, int tries) {
-  const BusyWait& wait = *static_cast<BusyWait*>(data);
-  if (tries >= wait.timeoutMs / kBusyPauseMs) return 0;
-  wait.sleep(kBusyPauseMs);
-  return 1;
-}
 
 // The engine's own UPPER and LOWER know ASCII letters only.
 std::string upperCase(std::string_view text) { return toUtf8(toUpper(toUtf16(text))); }
@@ -51,11 +34,11 @@ std::string lowerCase(std::string_view text) { return toUtf8(toLower(toUtf16(tex
 class SqliteDatabase final : public Database {
  public:
   SqliteDatabase(Connection db, const CompanyEnvironment& environment)
-      : wait_{environment.sleep, environment.busyTimeoutMs},
+      : turns_(environment),
         limit_(environment.clock, environment.statementTimeoutSeconds),
         db_(std::move(db)),
         catalog_(db_.get()) {
-    sqlite3_busy_handler(db_.get(), waitForLock, &wait_);
+    turns_.watch(db_.get());
     // For all of the engine in this process: a statement that needs more fails, not the process.
     sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(environment.memoryBytes));
     limit_.watch(db_.get());
@@ -69,17 +52,16 @@ class SqliteDatabase final : public Database {
   const EngineTables& tables() const override { return sqliteTables(); }
 
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    return prepareSqlite(db_.get(), limit_, sql);
+    return prepareSqlite(link(), sql);
   }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
     return asDatabaseErrors(
-        [&] { return wrapSqlite(db_.get(), limit_, sql::prepareGuarded(db_.get(), sql)); });
+        [&] { return wrapSqlite(link(), sql::prepareGuarded(db_.get(), sql)); });
   }
   bool keepsStatements() const override { return true; }
   std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int parameters) override {
     return asDatabaseErrors([&] {
-      return wrapRepeatedSqlite(db_.get(), limit_,
-                                sql::prepareRepeated(db_.get(), sql, parameters));
+      return wrapRepeatedSqlite(link(), sql::prepareRepeated(db_.get(), sql, parameters));
     });
   }
   sql::ColumnType probe(std::string_view sql) override {
@@ -97,14 +79,15 @@ class SqliteDatabase final : public Database {
   }
   void rollback() override { execute("ROLLBACK"); }
   bool inTransaction() const override { return sqlite3_get_autocommit(db_.get()) == 0; }
+  CodeDraws* codeDraws() override { return &turns_; }
   bool isReadOnly() const override { return sqlite3_db_readonly(db_.get(), "main") == 1; }
   // Changing the mode needs exclusive access for a moment, and the engine does not wait for that by
   // itself.
   void share() override {
     if (isReadOnly()) return;
-    for (int waited = 0; !useWriteAheadLog(); waited += kBusyPauseMs) {
-      if (waited >= wait_.timeoutMs) throw CompanyError(kOpenFailed, Text::Locked);
-      wait_.sleep(kBusyPauseMs);
+    TimedWait wait(turns_.environment());
+    while (!useWriteAheadLog()) {
+      if (!wait.pause()) throw CompanyError(kOpenFailed, Text::Locked);
     }
   }
   // Without a lock file the connections do not know of each other; then the lock is granted.
@@ -128,13 +111,16 @@ class SqliteDatabase final : public Database {
   }
 
   /// Joins the other connections to the file; `locks` is null if they cannot know of each other.
-  void join(std::unique_ptr<LockFile> locks) { locks_ = std::move(locks); }
+  void join(std::unique_ptr<LockFile> locks) {
+    locks_ = std::move(locks);
+    if (locks_) turns_.join(*locks_);
+  }
 
   /// Returns true if the file has tables. The catalogue reads the engine's cached schema; any
   /// statement that runs makes the engine compare that cache with the file. This one is prepared
   /// once and touches one row.
   bool hasTables() {
-    if (!look_) look_ = prepareSqlite(db_.get(), limit_, "SELECT 1 FROM sqlite_master LIMIT 1");
+    if (!look_) look_ = prepareSqlite(link(), "SELECT 1 FROM sqlite_master LIMIT 1");
     const bool any = look_->step();
     look_->reset();
     return any;
@@ -146,6 +132,8 @@ class SqliteDatabase final : public Database {
   }
 
  private:
+  SqliteLink link() { return {db_.get(), limit_, turns_}; }
+
   // Returns false while another connection keeps the file. A folder that cannot be written has no
   // room for a log; the file is used without one.
   bool useWriteAheadLog() {
@@ -162,7 +150,7 @@ class SqliteDatabase final : public Database {
 
   // Declared before the connection, which holds pointers to them and is destroyed first.
   std::unique_ptr<LockFile> locks_;  // null if there is none
-  BusyWait wait_;
+  SqliteTurns turns_;
   SqliteTimeLimit limit_;
   Connection db_;
   sql::SqliteCatalog catalog_;

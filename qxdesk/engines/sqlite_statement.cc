@@ -31,10 +31,20 @@ std::string_view textOf(sqlite3_value* value) {
           static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
+struct EndOfTurn {
+  ~EndOfTurn() { turns.end(); }
+  SqliteTurns& turns;
+};
+
 class SqliteRows final : public Statement {
  public:
-  SqliteRows(sqlite3* db, SqliteTimeLimit& limit, sql::SqliteStatement statement, bool repeated)
-      : db_(db), limit_(limit), repeated_(repeated), statement_(std::move(statement)) {}
+  SqliteRows(const SqliteLink& link, sql::SqliteStatement statement, bool repeated)
+      : db_(link.db),
+        limit_(link.limit),
+        turns_(link.turns),
+        repeated_(repeated),
+        writes_(sqlite3_stmt_readonly(statement.get()) == 0),
+        statement_(std::move(statement)) {}
 
   void bind(int parameter, std::int64_t value) override {
     check(sqlite3_bind_int64(statement_.get(), parameter, value));
@@ -51,11 +61,15 @@ class SqliteRows final : public Statement {
   void bindDate(int parameter, std::string_view value) override { bind(parameter, value); }
   bool step() override {
     // One deadline for all rows; set only during a step, since other statements share the limit.
-    if (!deadline_) deadline_ = limit_.deadlineFromNow();
+    if (!deadline_) {
+      turns_.begin(writes_);
+      deadline_ = limit_.deadlineFromNow();
+    }
     limit_.set(*deadline_);
     int result = sqlite3_step(statement_.get());
     limit_.lift();
     if (result == SQLITE_ROW) return true;
+    const EndOfTurn atTheEnd{turns_};
     if (result == SQLITE_DONE) return false;
     // A repeated statement tells its reason only now, see sql::prepareRepeated().
     if (repeated_) result = sqlite3_reset(statement_.get());
@@ -110,7 +124,9 @@ class SqliteRows final : public Statement {
 
   sqlite3* db_;
   SqliteTimeLimit& limit_;
+  SqliteTurns& turns_;
   bool repeated_;
+  bool writes_;
   std::optional<SqliteTimeLimit::TimePoint> deadline_;
   sql::SqliteStatement statement_;
 };
@@ -153,23 +169,21 @@ Fault faultOf(int sqliteCode) {
   }
 }
 
-std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit,
-                                         std::string_view sql) {
+std::unique_ptr<Statement> prepareSqlite(const SqliteLink& link, std::string_view sql) {
   sqlite3_stmt* raw = nullptr;
   const int result =
-      sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
-  if (result != SQLITE_OK) fail(db);
-  return wrapSqlite(db, limit, sql::SqliteStatement(raw));
+      sqlite3_prepare_v2(link.db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+  if (result != SQLITE_OK) fail(link.db);
+  return wrapSqlite(link, sql::SqliteStatement(raw));
 }
 
-std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
-                                      sql::SqliteStatement statement) {
-  return std::make_unique<SqliteRows>(db, limit, std::move(statement), false);
+std::unique_ptr<Statement> wrapSqlite(const SqliteLink& link, sql::SqliteStatement statement) {
+  return std::make_unique<SqliteRows>(link, std::move(statement), false);
 }
 
-std::unique_ptr<Statement> wrapRepeatedSqlite(sqlite3* db, SqliteTimeLimit& limit,
+std::unique_ptr<Statement> wrapRepeatedSqlite(const SqliteLink& link,
                                               sql::SqliteStatement statement) {
-  return std::make_unique<SqliteRows>(db, limit, std::move(statement), true);
+  return std::make_unique<SqliteRows>(link, std::move(statement), true);
 }
 
 }  // namespace qx::desk

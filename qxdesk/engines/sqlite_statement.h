@@ -4,6 +4,7 @@
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/engines/sqlite_time_limit.h"
+#include "qxdesk/engines/sqlite_turns.h"
 #include "qxdesk/sql/sqlite_guard.h"
 
 #include <memory>
@@ -14,13 +15,19 @@ struct sqlite3;
 
 namespace qx::desk {
 
-/// Make a statement whose time counts from its first step. The connection and the limit must
-/// outlive it. prepareSqlite() throws DatabaseError.
-std::unique_ptr<Statement> prepareSqlite(sqlite3* db, SqliteTimeLimit& limit, std::string_view sql);
-std::unique_ptr<Statement> wrapSqlite(sqlite3* db, SqliteTimeLimit& limit,
-                                      sql::SqliteStatement statement);
+/// A connection with what its statements need while they run.
+struct SqliteLink {
+  sqlite3* db;
+  SqliteTimeLimit& limit;
+  SqliteTurns& turns;
+};
+
+/// Make a statement that waits for its turn if it writes, and whose time counts from its first
+/// step. All of the link must outlive it. prepareSqlite() throws DatabaseError.
+std::unique_ptr<Statement> prepareSqlite(const SqliteLink& link, std::string_view sql);
+std::unique_ptr<Statement> wrapSqlite(const SqliteLink& link, sql::SqliteStatement statement);
 /// The same for a statement of sql::prepareRepeated().
-std::unique_ptr<Statement> wrapRepeatedSqlite(sqlite3* db, SqliteTimeLimit& limit,
+std::unique_ptr<Statement> wrapRepeatedSqlite(const SqliteLink& link,
                                               sql::SqliteStatement statement);
 
 /// Returns the fault of an extended result code.

@@ -73,13 +73,18 @@ class FailingDatabase final : public Database {
 CompanyEnvironment testEnvironment() {
   CompanyEnvironment environment;
   environment.now = [] { return std::string("2024-01-31 12:30:15"); };
-  environment.sleep = [](int) {};
-  environment.clock = [] { return std::chrono::steady_clock::time_point(); };
+  const auto now = std::make_shared<std::chrono::steady_clock::time_point>();
+  environment.sleep = [now](int ms) { *now += std::chrono::milliseconds(ms); };
+  environment.awaitChange = [now](const auto&, std::uint32_t, std::chrono::milliseconds most) {
+    *now += most;
+  };
+  environment.clock = [now] { return *now; };
   environment.fillRandom = [next = std::uint8_t{0}](std::span<std::uint8_t> bytes) mutable {
     for (std::uint8_t& byte : bytes) byte = next++;
   };
   environment.busyTimeoutMs = 50;
   environment.program = "tester";
+  environment.drawTimeoutMs = 20;
   return environment;
 }
 

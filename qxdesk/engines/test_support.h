@@ -12,7 +12,7 @@
 
 namespace qx::desk {
 
-/// Clocks that stand still, sleeps that do nothing, random bytes that count up.
+/// A clock that only waiting moves, waiting that takes no time, random bytes that count up.
 CompanyEnvironment testEnvironment();
 
 /// Counts the statements that are prepared and refuses one of them, and those with certain words.

@@ -101,6 +101,23 @@ std::vector<std::string> tablesOf(const Statement& statement) {
   return tables;
 }
 
+bool isHighestCode(const SelectCore& core) {
+  if (core.distinct || core.limit || core.items.size() != 1 || !core.items[0].value) return false;
+  const Expr& value = *core.items[0].value;
+  return value.kind == ExprKind::Call && value.function == Function::Max && !value.distinct &&
+         value.args.size() == 1 && value.args[0]->kind == ExprKind::Column &&
+         sameName(value.args[0]->text, "Code");
+}
+
+// Returns the table T of a SELECT MAX(Code) FROM @T without any other part, otherwise empty.
+std::string drawnTable(const Select& select) {
+  if (!select.with.empty() || select.cores.size() != 1) return {};
+  const SelectCore& core = select.cores.front();
+  const bool bare = !core.where && core.groupBy.empty() && !core.having && core.from.size() == 1;
+  if (!bare || !isHighestCode(core) || !core.from[0].table.starts_with('@')) return {};
+  return core.from[0].table;
+}
+
 }  // namespace
 
 Statement Translator::parse(std::string_view utf8, const StatementShape* shape) const {
@@ -153,7 +170,9 @@ Translation Translator::translate(std::string_view utf8, const StatementShape* s
   translation.parameters = emitter->boundValues();
   translation.checked = emitter->isChecked();
   translation.repeatable = shape != nullptr && translation.checked && !emitter->hasFixedTime();
+  if (statement.kind == StatementKind::Insert) translation.insertsInto = statement.table;
   if (statement.kind == StatementKind::Select) {
+    translation.drawsFrom = drawnTable(*statement.select);
     describeColumns(translation, *statement.select, dialect, target_);
   }
   return translation;

@@ -38,6 +38,10 @@ struct Translation {
   bool repeatable = false;
   // False if the text notices no change of the tables, see Catalog::unchangedCheck().
   bool checked = true;
+  // The user table of which the statement reads the highest code and nothing else.
+  std::string drawsFrom;
+  // The table of an INSERT.
+  std::string insertsInto;
 };
 
 /// The engine on which translated statements run, and its clock.
