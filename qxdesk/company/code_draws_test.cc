@@ -5,6 +5,7 @@
 
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/engines/lock_file.h"
+#include "qxdesk/engines/open_database.h"
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/company_sharing.h"
@@ -236,6 +237,37 @@ TEST_P(CodeDrawsTest, ContinuedCodesAreDrawnToo) {
 }
 
 QX_TEST_ON_ALL_ENGINES(CodeDrawsTest);
+
+// ---- on a server only
+
+using ServerDraws = CodeDrawsTest;
+
+TEST_P(ServerDraws, ATransactionDrawsAfterTheRowsThatOthersHaveAddedSinceItBegan) {
+  const auto own = openDatabase(database, testEnvironment());
+  own->begin();
+  own->execute("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ");
+  EXPECT_EQ(own->queryInteger("SELECT COUNT(*) FROM [@T]"), 0);
+  EXPECT_TRUE(add(company));
+  EXPECT_EQ(own->codeDraws()->highest(*own, "@T"), "00000000");
+  own->execute("INSERT INTO [@T] ([Code], [Name]) VALUES ('00000001', 'x')");
+  EXPECT_EQ(own->codeDraws()->highest(*own, "@T"), "00000001");
+  own->commit();
+  expectRows(2);
+}
+
+TEST_P(ServerDraws, ADrawInATransactionIsWaitedForUntilTheTimeIsOver) {
+  company->StartTransaction();
+  EXPECT_TRUE(add(company));
+  const CComPtr<ICompany> other = another();
+  const auto rows = businessObject<IRecordset>(other, kRecordset);
+  EXPECT_EQ(rows->raw_DoQuery(CComBSTR(u"SELECT MAX(Code) FROM [@T]")), kSqlFailure);
+  EXPECT_EQ(CComQIPtr<ICompanySharing>(other.p)->GetLastFault(), kLockedFault);
+  company->EndTransaction(et_Commit);
+  EXPECT_TRUE(add(other));
+  expectRows(2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Postgres, ServerDraws, testing::Values(Engine::Postgres));
 
 // ---- on a file only
 

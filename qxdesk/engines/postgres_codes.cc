@@ -176,18 +176,17 @@ PostgresCodes::Answer PostgresCodes::readLocked(const std::string& table, const 
     return run(callOf(text), 0);
   }
   const TimePoint now = environment_.clock();
-  const TimePoint end = now + milliseconds(environment_.busyTimeoutMs);
   const auto spare = spareUntil_.find(table);
   std::optional<Answer> answer;
   if (spare == spareUntil_.end()) {
-    answer = waitForKey(table, keyOf(table, false), text, end);
+    answer = waitForKey(table, keyOf(table, false), text);
   } else if (now >= spare->second) {
     answer = tryKey(table, keyOf(table, false), text, kShortWait);
     if (answer) spareUntil_.erase(table);
   }
   if (answer) return *std::move(answer);
   spareUntil_[table] = now + kSpareTime;
-  answer = waitForKey(table, keyOf(table, true), text, end);
+  answer = waitForKey(table, keyOf(table, true), text);
   // With both locks stuck it goes without: a code that is drawn twice fails as a duplicate.
   return answer ? *std::move(answer) : run(text, 0);
 }
@@ -196,13 +195,11 @@ PostgresCodes::Answer PostgresCodes::readLocked(const std::string& table, const 
 // in between, and the server passes it on in the order in which it was asked for.
 std::optional<PostgresCodes::Answer> PostgresCodes::waitForKey(const std::string& table,
                                                                std::int64_t key,
-                                                               const std::string& text,
-                                                               TimePoint end) {
-  // The holder is looked at after half the time, and again.
+                                                               const std::string& text) {
+  // The holder is looked at after half the time, and again. The server measures the time.
   const milliseconds slice(std::max(1, environment_.drawTimeoutMs / 2));
   std::int64_t idle = 0;
-  for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(end - environment_.clock());
+  for (milliseconds left(environment_.busyTimeoutMs);; left -= slice) {
     if (auto answer = tryKey(table, key, text, std::clamp(left, milliseconds(1), slice))) {
       return answer;
     }
@@ -215,7 +212,7 @@ std::optional<PostgresCodes::Answer> PostgresCodes::waitForKey(const std::string
     const bool isIdle = holder && holder->idle;
     if (isIdle && holder->process == idle) return std::nullopt;
     idle = isIdle ? holder->process : 0;
-    if (environment_.clock() >= end) {
+    if (left <= slice) {
       throw DatabaseError(Fault::Locked, "another connection adds rows to " + table);
     }
   }

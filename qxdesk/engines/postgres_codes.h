@@ -74,7 +74,7 @@ class PostgresCodes final : public CodeDraws {
   std::optional<Answer> tryKey(const std::string& table, std::int64_t key, const std::string& text,
                                std::chrono::milliseconds most);
   std::optional<Answer> waitForKey(const std::string& table, std::int64_t key,
-                                   const std::string& text, TimePoint end);
+                                   const std::string& text);
   Answer run(const std::string& sql, int skippedResults);
   std::string callOf(const std::string& text);
   Answer withCodesOfOthers(const std::string& table, const std::string& text, Answer own);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <thread>
 #include <utility>
 
 namespace qx::desk {
@@ -23,6 +24,17 @@ constexpr milliseconds kLookAgain{50};
 
 std::int64_t inMilliseconds(WriteQueue::TimePoint time) {
   return std::chrono::duration_cast<milliseconds>(time.time_since_epoch()).count();
+}
+
+// A turn is often shorter than going to sleep and waking up; so the next one in the queue stays
+// awake for a moment, and lets other programs run.
+bool changesSoon(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
+  constexpr int kLooks = 100;
+  for (int i = 0; i < kLooks; ++i) {
+    if (word != value) return true;
+    std::this_thread::yield();
+  }
+  return false;
 }
 
 Contents::Place& placeOf(Contents& contents, std::uint64_t ticket) {
@@ -56,7 +68,9 @@ void WriteQueue::waitForTurn(TimePoint deadline) {
     // Read before the look ahead: a call that comes after the look changes it.
     const std::uint32_t before = calls;
     const TimePoint now = environment_.clock();
-    if (now >= deadline || !firstAhead(now)) break;
+    const std::optional<Ticket> ahead = now < deadline ? firstAhead(now) : std::nullopt;
+    if (!ahead) break;
+    if (isNextAfter(*ahead) && changesSoon(calls, before)) continue;
     const auto left = std::chrono::ceil<milliseconds>(deadline - now);
     environment_.awaitChange(calls, before, std::min(left, kLookAgain));
   }
@@ -64,6 +78,10 @@ void WriteQueue::waitForTurn(TimePoint deadline) {
     return !locks_.lowestTaken(kTickets + each.first, kTickets + each.first + 1);
   });
   stillWrites();
+}
+
+bool WriteQueue::isNextAfter(Ticket ahead) const {
+  return !locks_.lowestTaken(kTickets + ahead + 1, kTickets + *ticket_);
 }
 
 // Returns the first ticket ahead that counts.
@@ -117,11 +135,16 @@ void WriteQueue::leave() {
   locks_.releaseByte(kTickets + mine);
   const Ticket end = locks_.contents().nextTicket & kTicketMask;
   if (end == mine + 1) return;
-  const auto next = locks_.lowestTaken(kTickets + mine + 1, kTickets + end);
-  if (!next) return;
-  std::atomic<std::uint32_t>& calls = placeOf(locks_.contents(), *next - kTickets).calls;
-  calls.fetch_add(1);
-  wakeWaiters(calls);
+  // The next one takes its turn, and the one after it is awake when that turn ends.
+  std::uint64_t from = kTickets + mine + 1;
+  for (int i = 0; i < 2; ++i) {
+    const auto next = locks_.lowestTaken(from, kTickets + end);
+    if (!next) return;
+    std::atomic<std::uint32_t>& calls = placeOf(locks_.contents(), *next - kTickets).calls;
+    calls.fetch_add(1);
+    wakeWaiters(calls);
+    from = *next + 1;
+  }
 }
 
 }  // namespace qx::desk

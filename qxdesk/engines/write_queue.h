@@ -56,6 +56,7 @@ class WriteQueue {
   bool takeTurn();
   void waitForTurn(TimePoint deadline);
   void writePlace(LockFile::Turn turn);
+  bool isNextAfter(Ticket ahead) const;
   std::optional<Ticket> firstAhead(TimePoint now);
   bool isPassedOver(Ticket ticket, TimePoint now);
 
