@@ -97,6 +97,16 @@ TEST_F(CacheFault, AFlushThatFailsInALoadLeavesTheRows) {
   EXPECT_THAT(statements(), ElementsAre(deletion("X"), kSelectAll));
 }
 
+TEST_F(CacheFault, AStartKeyThatCannotBeReadKeepsTheParameterOfTheLastLoad) {
+  answerGroups({{u"A", 1, 10}});
+  load(from(1));
+  failNext();
+  EXPECT_EQ(raisedBy([&] { load(from(9)); }), -2000);
+  EXPECT_EQ(shown(cache()->GetRowByKey(code(u"A"))), "null");
+  cache()->Add(u"@T", false, rowOf(u"X", 1, 1));
+  EXPECT_EQ(shown(cache()->GetRowByKey(code(u"X"))), "Code=X | Code=X U_G=1 U_N=1");
+}
+
 TEST_F(CacheFault, AQueryThatFailsLeavesNoRowsAndIsTriedAgain) {
   answerRows({{u"A", 1}});
   load(param());

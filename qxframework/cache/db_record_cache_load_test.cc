@@ -193,6 +193,16 @@ TEST_F(CacheLoad, ALoadIsOneScopeAndEachRowAnother) {
                              u"CDBRecordCache::LoadRowFromRecordSet"}));
 }
 
+TEST_F(CacheLoad, RowsHaveTheNamesOfTheirOwnRead) {
+  company->otherwise = {{u"__kf__.Code", u"Code", u"U_N"}, {{u"A", u"A", 1}}};
+  load(param());
+  EXPECT_THAT(shown(rows), ElementsAre("Code=A | Code=A U_N=1"));
+  wait(1000);
+  company->otherwise = {{u"__kf__.Code", u"Code", u"U_M"}, {{u"A", u"A", 2}}};
+  load(param());
+  EXPECT_THAT(shown(rows), ElementsAre("Code=A | Code=A U_M=2"));
+}
+
 TEST_F(CacheLoad, NamesAreReadOnceForAllRows) {
   struct Counting : CDBRecordCache {
     explicit Counting(const CComPtr<ICompany>& company) : CDBRecordCache(company) {}

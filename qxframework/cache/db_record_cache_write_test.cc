@@ -178,6 +178,13 @@ TEST_F(CacheWrite, CodesAbove31BitsCountOnFromMemoryToo) {
                                      insertWithCode("80000001", 3), insertWithCode("80000002", 4)));
 }
 
+TEST_F(CacheWrite, ACodeAbove31BitsIsReadOnce) {
+  company->answers[u"SELECT MAX(Code) FROM [@T]"] = {{u""}, {{u"7FFFFFFF"}}};
+  for (int i = 1; i <= 2; ++i) cache()->Add(u"@T", true, rowWithoutCode(i));
+  EXPECT_THAT(statements(), ElementsAre("SELECT MAX(Code) FROM [@T]"));
+  EXPECT_THAT(flushed(), ElementsAre(insertWithCode("80000000", 1), insertWithCode("80000001", 2)));
+}
+
 TEST_F(CacheWrite, ACodeThatCannotBeReadIsAFailureAndNothingIsBuffered) {
   company->failStatement = 1;
   EXPECT_EQ(refusalOf([&] { cache()->Add(u"@T", true, rowWithoutCode(1)); }),

@@ -114,6 +114,15 @@ TEST_F(RowIndex, CountsEveryRowThatItReturns) {
   EXPECT_EQ(rowsFound(), before + 6);
 }
 
+TEST_F(RowIndex, CountsOnlyTheRowsThatItAppends) {
+  fill(values({{u"X", 1}}), {u"A", u"B"});
+  const long before = rowsFound();
+  std::vector<qx_ptr<TyRow>> result;
+  for (int i = 0; i < 3; ++i) index.AppendRows(values({{u"X", 1}}), rows, result);
+  EXPECT_EQ(result.size(), 6U);
+  EXPECT_EQ(rowsFound(), before + 6);
+}
+
 TEST_F(RowIndex, SeesEachChangeOfTheCache) {
   fill(values({{u"X", 1}}), {u"A", u"B", u"D"});
   EXPECT_THAT(found(1), ElementsAre(kA, kB));
