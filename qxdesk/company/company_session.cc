@@ -244,8 +244,13 @@ RowStore CompanySession::runNew(Database& database, std::string_view utf8,
     } catch (const sql::SqlError&) {
       if (noticed) throw;
     } catch (const DatabaseError& error) {
+      if (!mayBeOutdated(database, error)) throw;
       const bool again = error.fault() == Fault::TablesChanged ? attempt < kAttempts : !noticed;
-      if (!again || !mayBeOutdated(database, error)) throw;
+      if (again) continue;
+      // A transaction sees the catalogue as it was at its first statement. What is translated by
+      // it cannot agree with a table that has changed since, so the text runs without the check.
+      if (!database.inTransaction()) throw;
+      return queryAnew(database, utf8);
     }
   }
 }

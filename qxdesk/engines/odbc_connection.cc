@@ -202,7 +202,7 @@ void* OdbcConnection::newStatement() {
 }
 
 short OdbcConnection::prepare(void* statement, std::string& sql) {
-  if (!opening_.empty()) openTransaction();
+  openPending();
   if (!wide_) {
     return SQLPrepare(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
                       static_cast<SQLINTEGER>(sql.size()));

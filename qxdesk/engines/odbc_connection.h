@@ -69,6 +69,11 @@ class OdbcConnection {
   using LockInquiry = std::function<std::optional<LockHolder>(std::string_view sql)>;
   /// Sets the inquiry that runs after each failure with Fault::Locked. It may use this connection.
   void setLockInquiry(LockInquiry inquiry) { lockInquiry_ = std::move(inquiry); }
+  /// Runs what begin() was given, if no statement of the transaction has taken it along yet. To be
+  /// called before a prepared statement runs.
+  void openPending() {
+    if (!opening_.empty()) openTransaction();
+  }
 
  private:
   struct Handles;

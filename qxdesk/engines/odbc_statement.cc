@@ -234,6 +234,7 @@ void OdbcStatement::runPrepared() {
                            parameter.size, 0, parameter.place(), parameter.length,
                            &parameter.length));
   }
+  connection_.openPending();
   const SQLRETURN result = SQLExecute(statement_);
   if (result != SQL_NO_DATA) check(result);  // SQL_NO_DATA: the change affected no rows
 }
