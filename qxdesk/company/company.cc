@@ -174,9 +174,8 @@ HRESULT Company::raw_LockTables(long milliseconds, VARIANT_BOOL* locked, BSTR* h
 }
 
 HRESULT Company::raw_UnlockTables() {
-  return hostCall([&]() -> HRESULT {
-    return session_->attemptAfterwards([&] { session_->unlockTables(); });
-  });
+  return hostCall(
+      [&]() -> HRESULT { return session_->attemptAfterwards([&] { session_->unlockTables(); }); });
 }
 
 HRESULT Company::raw_ContinueCodes(BSTR table, long next, VARIANT_BOOL* out) {
