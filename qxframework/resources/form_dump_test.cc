@@ -6,7 +6,10 @@
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -43,11 +46,40 @@ TEST_F(DumpForm, SaysThatItCouldNotOpenTheFile) {
   EXPECT_EQ(toUtf8(dump.name), file().string());
 }
 
-// The text fits into the buffer of the file, so that a full disk shows when the file is closed.
+// The limit of this process for files stands for a full disk.
 TEST_F(DumpForm, SaysThatTheDiskIsFull) {
   const test::ScopedVariable place("TMPDIR", folder_.path().string());
-  std::filesystem::create_symlink("/dev/full", file());
-  EXPECT_FALSE(dumpForm(u"x").written);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &none);
+  const bool written = dumpForm(u"x").written;
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_FALSE(written);
+}
+
+// What another user could put under the name of the dump.
+TEST_F(DumpForm, IsAFileOfItsOwnWhateverHasItsName) {
+  const test::ScopedVariable place("TMPDIR", folder_.path().string());
+  const std::filesystem::path victim = folder_.write("victim", "precious");
+  const auto expectOwnFile = [&] {
+    EXPECT_TRUE(dumpForm(u"<a/>").written);
+    struct stat status {};
+    EXPECT_EQ(lstat(file().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFREG | 0600U);
+    EXPECT_EQ(test::contentOf(file()), "<a/>");
+    std::filesystem::remove(file());
+  };
+  expectOwnFile();
+  std::filesystem::create_symlink(victim, file());
+  expectOwnFile();
+  std::filesystem::create_hard_link(victim, file());
+  expectOwnFile();
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  expectOwnFile();
+  EXPECT_EQ(test::contentOf(victim), "precious");
 }
 
 }  // namespace

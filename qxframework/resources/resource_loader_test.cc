@@ -3,7 +3,6 @@
 #include "qxframework/automation/com_object.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/qx_bstr.h"
-#include "qxframework/resources/form_dump.h"
 #include "qxframework/xml/dom.h"
 #include "qxframework/xml/dom_document.h"
 #include "testing/raised_by.h"
@@ -13,7 +12,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -394,34 +392,6 @@ TEST_F(ResourceLoaderTest, MalformedLocalisedTextIsDumpedAndThrown) {
   std::ifstream dump(folder.path() / "HVX_Form.xml");
   const std::string content(std::istreambuf_iterator<char>(dump), {});
   EXPECT_THAT(content, HasSubstr("<Application caption=\"\x01\"/>"));
-}
-
-// What another user could put under the dump's name.
-TEST_F(ResourceLoaderTest, ADumpIsAFileOfItsOwnWhateverHasItsName) {
-  const TemporaryPlace folder;
-  const std::filesystem::path dump = folder.path() / "HVX_Form.xml";
-  const std::filesystem::path victim = folder.path() / "victim";
-  std::ofstream(victim) << "precious";
-  const auto dumped = [&] {
-    EXPECT_TRUE(qx::dumpForm(u"<a/>").written);
-    struct stat status {};
-    EXPECT_EQ(lstat(dump.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode, S_IFREG | 0600U);
-    std::ifstream file(dump);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "<a/>");
-    std::filesystem::remove(dump);
-  };
-  dumped();
-  std::filesystem::create_symlink(victim, dump);
-  dumped();
-  std::filesystem::create_hard_link(victim, dump);
-  dumped();
-  ASSERT_EQ(mkfifo(dump.c_str(), 0600), 0);
-  dumped();
-  std::ofstream(dump) << "an earlier and longer dump";
-  dumped();
-  std::ifstream file(victim);
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "precious");
 }
 
 TEST_F(ResourceLoaderTest, FailedDumpIsLoggedBeforeTheFailure) {
