@@ -67,9 +67,12 @@ TablesLock::TablesLock(const CComPtr<IApplication>& application, const CComPtr<I
   }
 }
 
-// The raw operation: a connection that is lost has given the lock back already.
+// The raw operation: a connection that is lost has given the lock back already. A host that refuses
+// is asked once more, since a lock that stays keeps every other add-on from starting.
 TablesLock::~TablesLock() {
-  if (m_ptrSharing != nullptr) m_ptrSharing->raw_UnlockTables();
+  if (m_ptrSharing != nullptr && m_ptrSharing->raw_UnlockTables() != S_OK) {
+    m_ptrSharing->raw_UnlockTables();
+  }
 }
 
 }  // namespace qx
