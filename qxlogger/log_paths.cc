@@ -2,13 +2,13 @@
 
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/trusted_file.h"
 
 #include <fmt/format.h>
 #include <pwd.h>
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 
 namespace qx::logger {
 namespace {
@@ -17,14 +17,9 @@ constexpr std::string_view kNoModule = "nomodule";
 // A file name has at most 255 bytes, which leaves room for a hash and an ending such as ".10.log".
 constexpr std::size_t kLongestName = 200;
 
-std::string variable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string() : std::string(value);
-}
-
 // A service may run without HOME; the user database then names the folder.
 std::string homeFolder() {
-  if (std::string home = variable("HOME"); !home.empty()) return home;
+  if (std::string home = trustedVariable("HOME"); !home.empty()) return home;
   passwd entry{};
   passwd* found = nullptr;
   char text[4096];
@@ -34,14 +29,14 @@ std::string homeFolder() {
 
 // By the XDG rules for base directories a relative path in these variables is ignored.
 std::string userFolder(const char* name, std::string_view belowHome) {
-  if (std::string folder = variable(name); folder.starts_with('/')) return folder;
+  if (std::string folder = trustedVariable(name); folder.starts_with('/')) return folder;
   const std::string home = homeFolder();
   return home.empty() ? std::string() : fmt::format("{}/{}", home, belowHome);
 }
 
 std::string place(const char* override, const char* base, std::string_view belowHome,
                   std::string_view name) {
-  if (std::string path = variable(override); !path.empty()) return path;
+  if (std::string path = trustedVariable(override); !path.empty()) return path;
   const std::string folder = userFolder(base, belowHome);
   return folder.empty() ? std::string() : fmt::format("{}/qxframework/{}", folder, name);
 }

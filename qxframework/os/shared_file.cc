@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/trusted_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,7 +12,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <system_error>
 
@@ -52,15 +52,8 @@ bool provideOwn(const std::filesystem::path& folder) {
   return mkdir(folder.c_str(), kOwnFolder) == 0 || isOwn(folder);
 }
 
-// A process with more rights than its user must not take a folder from that user's environment, so
-// it sees none.
-std::filesystem::path variable(const char* name) {
-  const char* value = secure_getenv(name);
-  return value != nullptr ? value : "";
-}
-
 std::filesystem::path givenFolder() {
-  std::filesystem::path wanted = variable("QX_RUNTIME_DIR");
+  std::filesystem::path wanted = trustedVariable("QX_RUNTIME_DIR");
   if (wanted.empty()) return wanted;
   // Each process would take it for another folder.
   if (!wanted.is_absolute()) {
@@ -123,7 +116,7 @@ void needPlainFile(int fd, const std::filesystem::path& file, bool everyUsers) {
 
 RuntimePlaces standardRuntimePlaces() {
   const std::string user = std::to_string(geteuid());
-  return {"/run/lock/qxframework", "/run/user/" + user, variable("XDG_RUNTIME_DIR"),
+  return {"/run/lock/qxframework", "/run/user/" + user, trustedVariable("XDG_RUNTIME_DIR"),
           "/tmp/qxframework-" + user};
 }
 
