@@ -7,8 +7,10 @@ packages=(
   g++ cmake ninja-build pkg-config git ccache clang-format-14
   libicu-dev libxml2-dev libtomlplusplus-dev libcli11-dev libfmt-dev libsqlite3-dev
   libdw-dev libdw1 unixodbc-dev odbc-postgresql
+  libcapnp-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev
   sqlite3 postgresql-15 libsqliteodbc
+  chromium chromium-driver python3-selenium fonts-dejavu-core
 )
 # Optional groups by name: scripts/setup.sh bench clang
 for extra in "$@"; do
