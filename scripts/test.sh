@@ -8,6 +8,9 @@ preset=${QX_PRESET:-dev}
 groups=()
 case "$preset" in *clang) groups+=(clang) ;; esac
 case "$preset" in release*) groups+=(bench) ;; esac
+case "$preset" in
+  asan*) export LSAN_OPTIONS="suppressions=$PWD/testing/leak_suppressions.txt:print_suppressions=0" ;;
+esac
 scripts/setup.sh "${groups[@]}"
 
 cmake --preset "$preset" -DQX_BUILD_TESTS=ON -DQX_BUILD_FUZZERS=ON >/dev/null
