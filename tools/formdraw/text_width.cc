@@ -1,7 +1,5 @@
 #include "tools/formdraw/text_width.h"
 
-#include "qxframework/automation/utf.h"
-
 #include <unicode/uchar.h>
 
 namespace qx::formdraw {
@@ -10,15 +8,6 @@ namespace {
 constexpr long kNarrowPixels = 4;
 constexpr long kPixels = 5;
 constexpr std::u16string_view kNarrow = u"iIjlftr.,:;'`!|()[]{}/-\" \u00A0";
-
-template <class Visit>
-void forEachCharacter(std::u16string_view text, Visit visit) {
-  for (std::size_t at = 0; at < text.size();) {
-    const auto point = codePointAt(text, at);
-    visit(point ? point->value : kReplacementCharacter);
-    at += point ? point->length : 1;
-  }
-}
 
 bool isNarrow(char32_t character) {
   return character <= 0xFFFF && kNarrow.find(static_cast<char16_t>(character)) != kNarrow.npos;

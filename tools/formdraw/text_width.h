@@ -2,6 +2,8 @@
 
 // How much room a text takes.
 
+#include "qxframework/automation/utf.h"
+
 #include <cstddef>
 #include <string_view>
 
@@ -16,5 +18,15 @@ long pixelsAtLeast(std::u16string_view text);
 std::size_t cellsOf(char32_t character);
 /// Returns the number of cells of a text.
 std::size_t cellsOf(std::u16string_view text);
+
+/// Calls `visit` with each character of a text; half of a pair of surrogates counts as one.
+template <class Visit>
+void forEachCharacter(std::u16string_view text, Visit visit) {
+  for (std::size_t at = 0; at < text.size();) {
+    const auto point = codePointAt(text, at);
+    visit(point ? point->value : kReplacementCharacter);
+    at += point ? point->length : 1;
+  }
+}
 
 }  // namespace qx::formdraw
