@@ -53,6 +53,18 @@ void takeIn(const CComPtr<ICompany>& company, const Order& order) {
   if (!orders.Exists(Orders::Key(order.number))) orders.Add(order);
 }
 
+bool isThere(const CComPtr<ICompany>& company, const CComBSTR& number) {
+  Orders orders(company);
+  orders.Open();
+  return orders.Exists(Orders::Key(number));
+}
+
+void change(const CComPtr<ICompany>& company, const Order& order) {
+  Orders orders(company);
+  orders.Open();
+  orders.Update(Orders::Key(order.number), order);
+}
+
 // The work runs again if another program has changed the order meanwhile, so it reads the order
 // within itself, and does nothing else.
 void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount) {

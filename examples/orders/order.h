@@ -45,5 +45,11 @@ class CachedOrders : public OrderRows<Persistence::CQXPersistentCollection_Cache
 /// Adds an order, unless there is one with its number.
 void takeIn(const CComPtr<ICompany>& company, const Order& order);
 
+/// Returns true if there is an order with this number.
+bool isThere(const CComPtr<ICompany>& company, const CComBSTR& number);
+
+/// Changes the order with the number of this one.
+void change(const CComPtr<ICompany>& company, const Order& order);
+
 /// Adds to the amount of an order. Several programs may do so at once, and no amount is lost.
 void addTo(const CComPtr<ICompany>& company, const CComBSTR& number, CQXCurrency amount);

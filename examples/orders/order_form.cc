@@ -15,6 +15,9 @@ constexpr unsigned kNameTitle = 212;
 constexpr unsigned kNumberMissing = 231;
 constexpr unsigned kCustomerMissing = 232;
 constexpr unsigned kPartners = 233;
+constexpr unsigned kIsThere = 237;
+constexpr unsigned kYes = 238;
+constexpr unsigned kNo = 239;
 
 }  // namespace
 
@@ -46,8 +49,8 @@ long OrderForm::OnItemEvent(CComPtr<IItemEvent> event, short* bubble) {
   const CComBSTR item = event->GetItemUID();
   // In OK mode nothing was entered, and the client closes the form.
   if (item.View() == kOkButton && m_ptrForm->GetMode() != 1) {
-    if (before && !IsComplete()) *bubble = VARIANT_FALSE;
-    if (before && *bubble != VARIANT_FALSE) AddOrder();
+    if (before && !(IsComplete() && MayReplace())) *bubble = VARIANT_FALSE;
+    if (before && *bubble != VARIANT_FALSE) StoreOrder();
   } else if (item.View() == kChooseButton && !before) {
     ChooseCustomer();
   }
@@ -63,14 +66,28 @@ bool OrderForm::IsComplete() {
   return false;
 }
 
-void OrderForm::AddOrder() {
+// Asks the user if there is an order with this number already.
+bool OrderForm::MayReplace() {
+  const CComBSTR number = Source(u"NEW_NO")->GetValue();
+  if (!isThere(m_ptrCompany, number)) return true;
+  const CComBSTR question(qx::format(Text(kIsThere).m_str, number));
+  if (m_ptrApp->MessageBox(question, 2, Text(kYes), Text(kNo), u"") == 1) return true;
+  SetItemFocus(kNumber);
+  return false;
+}
+
+void OrderForm::StoreOrder() {
   Order order;
   order.number = Source(u"NEW_NO")->GetValue();
   order.customer = Source(u"NEW_CUST")->GetValue();
   order.day = CQXDateTime(dv_Today);
   order.total = CQXCurrency(Source(u"NEW_TOTAL")->GetValue());
   order.terms = Source(u"NEW_TERMS")->GetValue();
-  takeIn(m_ptrCompany, order);
+  if (isThere(m_ptrCompany, order.number)) {
+    change(m_ptrCompany, order);
+  } else {
+    takeIn(m_ptrCompany, order);
+  }
   for (const OLECHAR* uid : {u"NEW_NO", u"NEW_CUST", u"NEW_TOTAL"}) Source(uid)->PutValue(u"");
   FillMatrix();
 }

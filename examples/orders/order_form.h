@@ -26,7 +26,8 @@ class OrderForm : public CQXAddOnForm {
  private:
   void FillMatrix();
   bool IsComplete();
-  void AddOrder();
+  bool MayReplace();
+  void StoreOrder();
   void ChooseCustomer();
   CComPtr<IUserDataSource> Source(const OLECHAR* uid);
   CComBSTR Text(unsigned id);

@@ -203,4 +203,25 @@ shut the client down
 )X");
 }
 
+// The user takes the number of an order that is there: after No it stays, after Yes it changes.
+TEST_F(OrdersExample, ItsFormAsksBeforeItChangesAnOrder) {
+  EXPECT_EQ(run("orders_again.play"), R"X(picked menu ORD_OPEN
+typed "A-1" into item 221 of form ORDERS_1
+typed "C1000" into item 222 of form ORDERS_1
+typed "50" into item 224 of form ORDERS_1
+box "Order A-1 is there already. Change it?": answered with button 2
+pressed item 1 of form ORDERS_1: vetoed by the add-on
+box "Order A-1 is there already. Change it?": answered with button 1
+pressed item 1 of form ORDERS_1
+"Order A-1 is there already. Change it?" [Yes] [No] -> 2
+"Order A-1 is there already. Change it?" [Yes] [No] -> 1
+shut the client down
+)X");
+  const std::vector<std::string> stored = orders();
+  ASSERT_EQ(stored.size(), 2U);
+  EXPECT_TRUE(stored[0].starts_with("00000000|A-1|C1000|")) << stored[0];
+  EXPECT_TRUE(stored[0].ends_with("|50")) << stored[0];
+  EXPECT_EQ(stored[1], "00000001|A-2|C2000|2024-01-31 00:00:00|22");
+}
+
 }  // namespace
