@@ -93,7 +93,7 @@ std::string show(const Frame& frame) {
   if (frame.opcode == kPing) return "<ping>";
   if (frame.opcode == kPong) return "<pong> " + frame.payload;
   if (frame.opcode != kClose || frame.payload.size() < 2) return "<frame>";
-  const auto byte = [&](int i) { return static_cast<unsigned char>(frame.payload[i]); };
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(frame.payload[i]); };
   const std::string reason = frame.payload.substr(2);
   return std::to_string(byte(0) * 256 + byte(1)) + (reason.empty() ? "" : " " + reason);
 }
