@@ -7,7 +7,7 @@ packages=(
   g++ cmake ninja-build pkg-config git ccache clang-format-14
   libicu-dev libxml2-dev libtomlplusplus-dev libcli11-dev libfmt-dev libsqlite3-dev
   libdw-dev libdw1 unixodbc-dev odbc-postgresql
-  libcapnp-dev nlohmann-json3-dev
+  libboost-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev
   sqlite3 postgresql-15 libsqliteodbc
   chromium chromium-driver python3-selenium fonts-dejavu-core
@@ -15,7 +15,7 @@ packages=(
 # Optional groups by name: scripts/setup.sh bench clang
 for extra in "$@"; do
   case "$extra" in
-    bench) packages+=(libspdlog-dev libsoci-dev libboost-dev libbackward-cpp-dev) ;;
+    bench) packages+=(libspdlog-dev libsoci-dev libbackward-cpp-dev) ;;
     clang) packages+=(clang libclang-rt-14-dev clang-tidy) ;;
     *) echo "setup.sh: unknown group '$extra'; use 'bench' or 'clang'" >&2; exit 2 ;;
   esac
