@@ -1,6 +1,7 @@
 #include "qxdesk/company/company_session.h"
 
 #include "qxdesk/company/result_columns.h"
+#include "qxdesk/company/statement_reports.h"
 #include "qxdesk/dictionary/company_schema.h"
 #include "qxdesk/dictionary/dictionary_layouts.h"
 #include "qxdesk/dictionary/system_tables.h"
@@ -163,6 +164,26 @@ Database& CompanySession::database() {
 CompanySettings CompanySession::settings() { return readSettings(database()); }
 
 RowStore CompanySession::query(std::string_view utf8) {
+  StatementReports& reports = StatementReports::instance();
+  if (!reports.wanted()) return queryUnreported(utf8);
+  const auto start = std::chrono::steady_clock::now();
+  const auto report = [&](long rows, long code) {
+    reports.report(utf8, rows, std::chrono::steady_clock::now() - start, code);
+  };
+  try {
+    RowStore rows = queryUnreported(utf8);
+    report(rows.columnCount() == 0 ? -1 : static_cast<long>(rows.rowCount()), 0);
+    return rows;
+  } catch (const CompanyError& error) {
+    report(-1, error.code());
+    throw;
+  } catch (const DatabaseError&) {
+    report(-1, kSqlFailure);
+    throw;
+  }
+}
+
+RowStore CompanySession::queryUnreported(std::string_view utf8) {
   Database& open = database();
   if (translator_ == nullptr) return run(open, utf8, {});
   const EndOfDraw endOfDraw(open.codeDraws(), draw_);

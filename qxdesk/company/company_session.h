@@ -113,6 +113,7 @@ class CompanySession {
   CompanyError lockedError(long code, const DatabaseError& error) const;
   std::u16string wordsOf(const LockHolder& holder) const;
   void remember(const CompanyError& error, CompanyFault fault);
+  RowStore queryUnreported(std::string_view utf8);
   RowStore queryAnew(Database& database, std::string_view utf8);
   RowStore queryKept(Database& database, std::string_view utf8);
   RowStore runNew(Database& database, std::string_view utf8, const sql::StatementShape* shape,

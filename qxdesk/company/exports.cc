@@ -1,4 +1,5 @@
 #include "qxdesk/company/company.h"
+#include "qxdesk/company/statement_reports.h"
 #include "qxdesk/session/call_gate.h"
 
 // The entry through which class activation makes the objects of this library.
@@ -14,6 +15,9 @@ extern "C" __attribute__((visibility("default"))) HRESULT DllGetClassObject(REFC
     if (clsid == qx::desk::kCompanyGateClass) {
       return qx::makeFactory([] { return qx::makeObject<qx::desk::CallGateObject>(); })
           ->QueryInterface(iid, object);
+    }
+    if (clsid == qx::desk::kStatementLogClass) {
+      return qx::makeFactory(qx::desk::makeStatementLog)->QueryInterface(iid, object);
     }
     return CLASS_E_CLASSNOTAVAILABLE;
   });

@@ -7,6 +7,9 @@
 #include "qxframework/automation/com_object.h"
 #include "qxframework/host/ids.h"
 
+#include <cstddef>
+#include <vector>
+
 namespace qx::desk {
 
 inline constexpr CLSID kScreensGateClass = hostId(0x0301);
@@ -26,6 +29,15 @@ class ICallGate : public IUnknown {
   ~ICallGate() = default;
 };
 
+/// Learns that operations of host objects have ended, each of which may have changed something.
+class CallWatcher {
+ public:
+  virtual void callEnded() noexcept = 0;
+
+ protected:
+  ~CallWatcher() = default;
+};
+
 /// The gate of the library that this is linked into. Not locked, since host objects live on one
 /// thread.
 class CallGate {
@@ -41,11 +53,23 @@ class CallGate {
   }
   long count() const { return count_; }
   HRESULT enter() { return ++count_ == refused_ ? code_ : S_OK; }
+  /// Reports the end of an operation to the watchers.
+  void leave() noexcept {
+    if (!watchers_.empty()) tellWatchers();
+  }
+  void watch(CallWatcher* watcher) { watchers_.push_back(watcher); }
+  void endWatch(CallWatcher* watcher) { std::erase(watchers_, watcher); }
 
  private:
+  // By index: a watcher may end a watch.
+  void tellWatchers() noexcept {
+    for (std::size_t i = 0; i < watchers_.size(); ++i) watchers_[i]->callEnded();
+  }
+
   long count_ = 0;
   long refused_ = 0;
   HRESULT code_ = E_FAIL;
+  std::vector<CallWatcher*> watchers_;
 };
 
 class CallGateObject final : public ComObject<ICallGate> {
@@ -66,7 +90,9 @@ class CallGateObject final : public ComObject<ICallGate> {
 template <class Body>
 HRESULT hostCall(Body&& body) noexcept {
   if (const HRESULT refused = CallGate::instance().enter(); refused != S_OK) return refused;
-  return guarded(std::forward<Body>(body));
+  const HRESULT result = guarded(std::forward<Body>(body));
+  CallGate::instance().leave();
+  return result;
 }
 
 }  // namespace qx::desk

@@ -165,6 +165,14 @@ void readPlay(ConnectionString& out, const Value& value) {
   if (out.playFile.empty()) fail(value.position, "play is empty; name a file or leave the key out");
 }
 
+// The server knows what an address is.
+void readWeb(ConnectionString& out, const Value& value) {
+  out.webAddress = decode(value);
+  if (out.webAddress.empty()) {
+    fail(value.position, "web is empty; write an address such as 127.0.0.1:0 or leave the key out");
+  }
+}
+
 bool readChoice(const Value& value, std::string_view key, std::u16string_view no,
                 std::u16string_view yes) {
   if (value.raw == yes) return true;
@@ -220,7 +228,7 @@ constexpr Key kKeys[] = {{u"db", readDatabase},           {u"engine", readEngine
                          {u"company", readCompany},       {u"play", readPlay},
                          {u"boxes", readBoxes},           {u"progress", readProgress},
                          {u"statements", readStatements}, {u"password", readPasswordPlace},
-                         {u"memory", readMemory}};
+                         {u"memory", readMemory},         {u"web", readWeb}};
 
 // An "&" in a password ends the value of db, so that what follows looks like a key. It is not shown
 // then.
@@ -246,7 +254,7 @@ void readPair(ConnectionString& out, std::set<std::u16string_view>& seen, std::s
   if (afterSecret) failAfterSecret(position);
   fail(position, "unknown key " + quoted(name) +
                      "; the keys are db, engine, accept, language, appid, user, password, company, "
-                     "play, boxes, progress, memory and statements");
+                     "play, web, boxes, progress, memory and statements");
 }
 
 // Returns the place of the first key.
@@ -289,6 +297,13 @@ HvLanguages languageFromText(std::u16string_view text) {
     if (number ? *number == language.language : name == language.name) return language.language;
   }
   return static_cast<HvLanguages>(0);
+}
+
+std::u16string_view languageTag(HvLanguages language) {
+  for (const Language& known : kLanguages) {
+    if (known.language == language) return known.name;
+  }
+  return u"en";
 }
 
 ConnectionString parseConnectionString(std::u16string_view text, const PasswordReader& password) {

@@ -22,6 +22,7 @@
 // |          | fd:NUMBER, see password_source.h                                   |             |
 // | company  | the company's name                                                 | db's name   |
 // | play     | a file with the actions of a user                                  | none        |
+// | web      | an address with a port, 127.0.0.1:0: shows the screens in browsers | none        |
 // | boxes    | default: a box without an answer takes its default button; refuse: | default     |
 // |          | it fails                                                           |             |
 // | statements | kept: statements stay translated and prepared by their shape; fresh: | kept      |
@@ -51,6 +52,7 @@ struct ConnectionString {
   std::u16string userName = u"manager";
   std::u16string companyName;  ///< empty: not given
   std::string playFile;        ///< UTF-8; empty: none
+  std::string webAddress;      ///< UTF-8, as given; empty: none
   bool refuseUnattendedBoxes = false;
   bool keepsStatements = true;
   long memoryMegabytes = 0;  ///< 0: not given
@@ -80,5 +82,7 @@ ConnectionString parseConnectionString(std::u16string_view text,
 
 /// Returns the language of a number of the client or of a name in any case; 0 for any other text.
 HvLanguages languageFromText(std::u16string_view text);
+/// Returns the name of a language in lower case, such as "pt-br"; "en" for a value that is none.
+std::u16string_view languageTag(HvLanguages language);
 
 }  // namespace qx::desk

@@ -50,6 +50,21 @@ TEST(ConnectionString, ReadsEveryKeyInAnyOrder) {
   EXPECT_EQ(read.memoryMegabytes, 64);
 }
 
+TEST(ConnectionString, KeepsTheAddressOfTheScreensInABrowserAsItIs) {
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a").webAddress, "");
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&web=127.0.0.1:0").webAddress, "127.0.0.1:0");
+  EXPECT_EQ(parseConnectionString(u"embedded:?db=a&web=%5B::1%5D:80").webAddress, "[::1]:80");
+  EXPECT_EQ(refusal(u"embedded:?db=a&web="),
+            "connection string, character 20: web is empty; write an address such as 127.0.0.1:0 "
+            "or leave the key out");
+}
+
+TEST(ConnectionString, NamesALanguage) {
+  EXPECT_EQ(languageTag(ln_English), u"en");
+  EXPECT_EQ(languageTag(ln_Portuguese_Br), u"pt-br");
+  EXPECT_EQ(languageTag(static_cast<HvLanguages>(4)), u"en");
+}
+
 TEST(ConnectionString, IsShownAsGivenButForPasswords) {
   const auto shown = [](std::u16string_view text) { return parseConnectionString(text).shown; };
   EXPECT_EQ(shown(u"embedded:?db=c%C3%A4.db&user=anna"), u"embedded:?db=c%C3%A4.db&user=anna");
@@ -145,10 +160,11 @@ TEST(ConnectionString, NamesThePositionOfAFaultAndTheRemedy) {
             "connection string, character 21: the key db is missing; write embedded:?db=FILE");
   EXPECT_EQ(refusal(u"embedded:?db="),
             "connection string, character 14: db is empty; name the company database's file");
-  EXPECT_EQ(refusal(u"embedded:?db=a&dbb=c"),
-            "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
-            "accept, language, appid, user, password, company, play, boxes, progress, memory and "
-            "statements");
+  EXPECT_EQ(
+      refusal(u"embedded:?db=a&dbb=c"),
+      "connection string, character 16: unknown key \"dbb\"; the keys are db, engine, "
+      "accept, language, appid, user, password, company, play, web, boxes, progress, memory and "
+      "statements");
   EXPECT_EQ(refusal(u"embedded:?db=a&db=b"),
             "connection string, character 16: the key \"db\" is given twice");
   EXPECT_EQ(refusal(u"embedded:?db"),

@@ -102,6 +102,32 @@ TEST_F(HostObjectBaseTest, EveryOperationPassesTheCallGate) {
   EXPECT_EQ(thing->ran, 1);
 }
 
+TEST_F(HostObjectBaseTest, TheEndOfEveryOperationIsReportedToTheWatchers) {
+  struct Watcher final : CallWatcher {
+    void callEnded() noexcept override {
+      ++ends;
+      if (once) CallGate::instance().endWatch(this);
+    }
+    int ends = 0;
+    bool once = false;
+  };
+  Watcher all;
+  Watcher first;
+  first.once = true;
+  CallGate::instance().watch(&all);
+  CallGate::instance().watch(&first);
+  double value = 0;
+  thing->raw_GetValue(&value);
+  CallGate::instance().refuse(1, E_ABORT);
+  thing->raw_GetValue(&value);  // has not run
+  CallGate::instance().refuse(0, S_OK);
+  thing->raw_GetValue(&value);
+  CallGate::instance().endWatch(&all);
+  thing->raw_GetValue(&value);
+  EXPECT_EQ(all.ends, 2);
+  EXPECT_EQ(first.ends, 1);
+}
+
 TEST(GiveValue, WritesAValueOrReturnsThatThereIsNoPlaceForIt) {
   long value = 0;
   EXPECT_EQ(giveValue(7L, &value), S_OK);

@@ -377,7 +377,7 @@ const BadString kBadStrings[] = {
     {"WithAnUnknownKey", u"embedded:?db=x&colour=red",
      "16: unknown key \"colour\"; the keys are db, engine, accept, language, appid, user, "
      "password, "
-     "company, play, boxes, progress, memory and statements"},
+     "company, play, web, boxes, progress, memory and statements"},
     {"WithAKeyTwice", u"embedded:?db=x&db=y", "16: the key \"db\" is given twice"},
     {"WithAnUnknownEngine", u"embedded:?db=x&engine=oldsql",
      "23: unknown engine \"oldsql\"; write mssql, sybase, db2 or kordb"},

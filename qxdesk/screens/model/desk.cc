@@ -54,6 +54,12 @@ std::shared_ptr<FormModel> Desk::openSystemForm(std::u16string_view typeEx) {
 void Desk::stop(AppEvent event) {
   forms.closeAll();
   events.raise(event);
+  if (stopObserver_) stopObserver_();
+}
+
+void Desk::setShowObserver(std::function<void()> observer) {
+  showObserver_ = observer;
+  statusBar.setObserver(std::move(observer));
 }
 
 void Desk::runMenuCommand(std::u16string_view menuUid) {

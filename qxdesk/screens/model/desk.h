@@ -54,6 +54,16 @@ class Desk {
   void setStartupDone(bool done);
   void setStartupObserver(std::function<void()> observer) { observer_ = std::move(observer); }
 
+  /// Calls the observer at the end of each stop().
+  void setStopObserver(std::function<void()> observer) { stopObserver_ = std::move(observer); }
+
+  /// Sets what is called if the user should see the desk as it is now, although a handler runs:
+  /// after each change of the status bar and by showNow(). Null for nothing.
+  void setShowObserver(std::function<void()> observer);
+  void showNow() const {
+    if (showObserver_) showObserver_();
+  }
+
   /// Opens one of the host's own forms: "3101" a sales order, "1001" a customer. Returns null if a
   /// sink vetoes. Throws kFormNotFound for a type that the host does not have.
   std::shared_ptr<FormModel> openSystemForm(std::u16string_view typeEx);
@@ -77,6 +87,8 @@ class Desk {
   DeskSettings settings_;
   bool startupDone_ = false;
   std::function<void()> observer_;
+  std::function<void()> stopObserver_;
+  std::function<void()> showObserver_;
 };
 
 }  // namespace qx::screens

@@ -88,5 +88,52 @@ TEST(EventSource, CookieIsUsedOnce) {
   EXPECT_NE(source.attach(probe()), cookie);
 }
 
+/// Notes what it learns of each event.
+class Observer final : public EventObserver {
+ public:
+  std::uint64_t eventBegins() noexcept override { return wants ? ++number : 0; }
+  void eventEnded(const Event& event, const EventRecord& record) noexcept override {
+    std::string line = std::to_string(record.number) + " depth " + std::to_string(record.depth) +
+                       " " + wordsOf(event) + (record.veto ? " vetoed:" : ":");
+    for (const auto& answer : record.answers) {
+      line += " " + std::to_string(answer.sink) + (answer.veto ? " veto" : "");
+    }
+    log.push_back(line);
+  }
+
+  bool wants = true;
+  std::uint64_t number = 0;
+  Log log;
+};
+
+TEST(EventSource, ReportsEachEventToItsObserver) {
+  EventSource source;
+  Observer observer;
+  source.setObserver(&observer);
+  source.attach(probe([&](const std::string& words, bool&) {
+    if (words == "app 66") source.raise(AppEvent{65});
+  }));
+  source.attach(probe(veto("before menu 1")));
+  source.attach(probe());
+  source.raise(AppEvent{66});
+  EXPECT_FALSE(source.raise(MenuEvent{u"1"}));
+  EXPECT_EQ(observer.log, (Log{"2 depth 1 app 65: 1 2 3", "1 depth 0 app 66: 1 2 3",
+                               "3 depth 0 before menu 1 vetoed: 1 2 veto 3"}));
+}
+
+TEST(EventSource, ReportsNothingIfNoRecordIsWantedOrTheObservationHasEnded) {
+  EventSource source;
+  Observer observer;
+  observer.wants = false;
+  source.setObserver(&observer);
+  source.raise(AppEvent{66});
+  observer.wants = true;
+  source.attach(probe([&](const std::string&, bool&) { source.setObserver(nullptr); }));
+  source.raise(AppEvent{66});
+  source.raise(AppEvent{66});
+  EXPECT_EQ(observer.log, Log{});
+  EXPECT_EQ(observer.number, 1U);
+}
+
 }  // namespace
 }  // namespace qx::screens

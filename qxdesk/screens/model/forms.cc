@@ -1,5 +1,6 @@
 #include "qxdesk/screens/model/forms.h"
 
+#include "qxdesk/screens/model/held.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
@@ -10,20 +11,6 @@
 
 namespace qx::screens {
 namespace {
-
-// Sets a variable while it lives and restores the old value at its end, also after an exception.
-template <class T>
-class Held {
- public:
-  Held(T& place, T value) : place_(place), before_(std::exchange(place, value)) {}
-  ~Held() { place_ = before_; }
-  Held(const Held&) = delete;
-  Held& operator=(const Held&) = delete;
-
- private:
-  T& place_;
-  T before_;
-};
 
 bool isMainMenu(const FormModel& form) { return form.isSystem() && form.typeEx() == kMainMenuForm; }
 
@@ -41,6 +28,14 @@ std::shared_ptr<FormModel> Forms::selected() const {
   const auto at = std::find_if(forms_.begin(), forms_.end(),
                                [](const auto& form) { return form->isSelected(); });
   return at == forms_.end() ? nullptr : *at;
+}
+
+std::vector<std::shared_ptr<FormModel>> Forms::bySelection() const {
+  auto out = forms_;
+  // Stable: forms that were never selected stay in the order of opening.
+  std::stable_sort(out.begin(), out.end(),
+                   [](const auto& a, const auto& b) { return a->selectedAt_ < b->selectedAt_; });
+  return out;
 }
 
 std::u16string Forms::nextSystemUid() { return u"F_" + toUtf16(std::to_string(systemForms_++)); }

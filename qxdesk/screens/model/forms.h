@@ -29,6 +29,8 @@ class Forms {
   std::shared_ptr<FormModel> byTypeAndCount(std::u16string_view typeEx, long count) const;
   /// Returns the selected form, or null.
   std::shared_ptr<FormModel> selected() const;
+  /// Returns all open forms in the order of their last selection, the selected one at the end.
+  std::vector<std::shared_ptr<FormModel>> bySelection() const;
   /// Returns a UID for one of the host's own forms: "F_" and a number that was not used before.
   std::u16string nextSystemUid();
 

@@ -4,6 +4,7 @@
 #include "qxframework/automation/com_error.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace qx::screens {
@@ -14,11 +15,23 @@ constexpr long kMostRows = 1'000'000;
 
 }  // namespace
 
+std::uint64_t MatrixModel::nextRevision() {
+  // Atomic, since the desks of a process may be on several threads.
+  static std::atomic<std::uint64_t> last{0};
+  return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+void MatrixModel::clear() {
+  rows_.clear();
+  changed();
+}
+
 void MatrixModel::addColumn(MatrixColumn column) {
   checkUid(column.uid, kColumnAttributes);
   if (findByUid(columns_, column.uid) != nullptr) raiseError(kColumnAlreadyExists);
   columns_.push_back(std::make_shared<MatrixColumn>(std::move(column)));
   for (Row& row : rows_) row.cells.emplace_back();
+  changed();
 }
 
 void MatrixModel::addRows(long count, long position) {
@@ -33,6 +46,7 @@ void MatrixModel::addRows(long count, long position) {
   }
   const long at = position < 0 ? rowCount() : position;
   rows_.insert(rows_.begin() + at, static_cast<std::size_t>(count), row);
+  changed();
 }
 
 void MatrixModel::checkRow(long row) const {
@@ -46,6 +60,7 @@ void MatrixModel::selectRow(long row, bool select, bool multiple) {
     for (Row& other : rows_) other.selected = false;
   }
   rows_[static_cast<std::size_t>(row - 1)].selected = select;
+  changed();
 }
 
 bool MatrixModel::isRowSelected(long row) const {
@@ -69,6 +84,7 @@ const std::u16string& MatrixModel::cell(long row, const MatrixColumn& column) co
 void MatrixModel::setCell(long row, const MatrixColumn& column, std::u16string_view text) {
   checkRow(row);
   rows_[static_cast<std::size_t>(row - 1)].cells[columnIndex(column)] = text;
+  changed();
 }
 
 }  // namespace qx::screens

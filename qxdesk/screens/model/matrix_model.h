@@ -7,6 +7,7 @@
 #include "qxdesk/screens/model/uid.h"
 #include "qxframework/host/item_types.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,7 +37,11 @@ class MatrixModel {
   /// kStringTooLong10 and kColumnAlreadyExists.
   void addColumn(MatrixColumn column);
   long rowCount() const { return static_cast<long>(rows_.size()); }
-  void clear() { rows_.clear(); }
+  /// Returns a number that changes with each change of the rows: their count, cells and selection.
+  /// No two matrices of a process ever have the same one, so that a matrix which takes the place of
+  /// another one is known as a new one.
+  std::uint64_t revision() const { return revision_; }
+  void clear();
   /// Adds `count` rows after row `position`; 0 adds them at the beginning, -1 at the end. Throws
   /// kIllegalOffset for a position outside, a negative count and more than a million rows.
   void addRows(long count, long position);
@@ -59,9 +64,12 @@ class MatrixModel {
     bool selected = false;
   };
   std::size_t columnIndex(const MatrixColumn& column) const;
+  static std::uint64_t nextRevision();
+  void changed() { revision_ = nextRevision(); }
 
   std::vector<std::shared_ptr<MatrixColumn>> columns_;
   std::vector<Row> rows_;
+  std::uint64_t revision_ = nextRevision();
 };
 
 }  // namespace qx::screens

@@ -48,7 +48,8 @@ std::optional<long> MessageBoxes::nextAnswer(const MessageBoxCall& box) {
     answers_.pop_front();
     return answer;
   }
-  return answerer_ ? answerer_(box) : std::nullopt;
+  const std::optional<long> answer = answerer_ ? answerer_(box) : std::nullopt;
+  return answer || !lastAnswerer_ ? answer : lastAnswerer_(box);
 }
 
 }  // namespace qx::screens

@@ -37,6 +37,8 @@ class MessageBoxes {
   void queueAnswer(long button) { answers_.push_back(button); }
   /// Sets who is asked if no answer is queued; null for no answerer.
   void setAnswerer(Answerer answerer) { answerer_ = std::move(answerer); }
+  /// Sets who is asked if neither the queue nor the answerer has an answer; null for no one.
+  void setLastAnswerer(Answerer answerer) { lastAnswerer_ = std::move(answerer); }
   /// All boxes so far.
   const std::vector<MessageBoxCall>& history() const { return history_; }
 
@@ -46,6 +48,7 @@ class MessageBoxes {
   bool refuseUnattended_;
   std::deque<long> answers_;
   Answerer answerer_;
+  Answerer lastAnswerer_;
   std::vector<MessageBoxCall> history_;
 };
 

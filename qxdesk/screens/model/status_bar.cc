@@ -18,14 +18,20 @@ void Progress::checkHeld() const {
   if (stopped_ || bar_.expired()) raiseError(kGeneralFailure);
 }
 
+void Progress::changed() const {
+  if (const auto bar = bar_.lock()) (*bar)->changed();
+}
+
 void Progress::setText(std::u16string text) {
   checkHeld();
   text_ = std::move(text);
+  changed();
 }
 
 void Progress::setValue(long value) {
   checkHeld();
   value_ = std::clamp(value, 0L, std::max(0L, maximum_));  // a maximum may be negative
+  changed();
 }
 
 StatusBar::StatusBar(std::unique_ptr<ProgressLock> lock)
@@ -33,10 +39,14 @@ StatusBar::StatusBar(std::unique_ptr<ProgressLock> lock)
 
 StatusBar::~StatusBar() {
   // A holder may outlive the bar and then frees nothing, so the lock is released here.
+  observer_ = nullptr;
   if (held_) free();
 }
 
-void StatusBar::show(StatusMessage message) { history_.push_back(std::move(message)); }
+void StatusBar::show(StatusMessage message) {
+  history_.push_back(std::move(message));
+  changed();
+}
 
 std::shared_ptr<Progress> StatusBar::createProgress(std::u16string text, long maximum,
                                                     bool stoppable) {
@@ -49,6 +59,7 @@ std::shared_ptr<Progress> StatusBar::createProgress(std::u16string text, long ma
   }
   held_ = true;
   holder_ = progress;
+  changed();
   return progress;
 }
 
@@ -56,6 +67,7 @@ void StatusBar::free() {
   held_ = false;
   holder_.reset();
   if (lock_ != nullptr) lock_->release();
+  changed();
 }
 
 }  // namespace qx::screens

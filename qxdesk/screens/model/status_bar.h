@@ -53,6 +53,7 @@ class Progress {
  private:
   friend class StatusBar;
   void checkHeld() const;
+  void changed() const;
 
   std::weak_ptr<StatusBar*> bar_;
   std::u16string text_;
@@ -75,18 +76,24 @@ class StatusBar {
   const std::vector<StatusMessage>& history() const { return history_; }
   /// Returns the progress bar to its new holder. Throws kGeneralFailure while it is held.
   std::shared_ptr<Progress> createProgress(std::u16string text, long maximum, bool stoppable);
+  /// Sets what is called after each change of the messages and the progress bar; null for nothing.
+  void setObserver(std::function<void()> observer) { observer_ = std::move(observer); }
   /// Returns the progress bar, or null if it is free.
   std::shared_ptr<Progress> progress() const { return holder_.lock(); }
 
  private:
   friend class Progress;
   void free();
+  void changed() const {
+    if (observer_) observer_();
+  }
 
   std::unique_ptr<ProgressLock> lock_;
   std::shared_ptr<StatusBar*> self_;  // how a holder finds the bar; it ends with the bar
   std::vector<StatusMessage> history_;
   std::weak_ptr<Progress> holder_;
   bool held_ = false;
+  std::function<void()> observer_;
 };
 
 }  // namespace qx::screens

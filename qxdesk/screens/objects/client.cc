@@ -1,10 +1,12 @@
 #include "qxdesk/screens/objects/client.h"
 
+#include "qxdesk/screens/browser/web_screens.h"
 #include "qxdesk/session/database_name.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/os/message_loop.h"
 #include "qxframework/os/named_mutex.h"
 
+#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <string>
@@ -46,6 +48,17 @@ class MachineProgressLock final : public ProgressLock {
   NamedMutex mutex_;
 };
 
+// Flushed line by line, since the output of the add-on itself mixes with it.
+void print(std::string_view text) { std::cout << text << std::flush; }
+
+// The server's thread must end before the static objects of its library do, and an add-on's event
+// sink may keep a client until the process ends.
+void endPagesOfAllClients() {
+  for (const auto& [appId, place] : runningClients()) {
+    if (const auto client = place.lock()) client->endPages("The add-on has ended.");
+  }
+}
+
 std::unique_ptr<ProgressLock> lockOf(const desk::ConnectionString& connection) {
   if (!connection.sharedProgressBar) return nullptr;
   return std::make_unique<MachineProgressLock>(connection.appId);
@@ -63,6 +76,7 @@ std::shared_ptr<Client> Client::attach(const desk::ConnectionString& connection)
   std::vector<PlayStep> steps;
   if (!connection.playFile.empty()) steps = readPlayScript(connection.playFile);
   auto client = std::make_shared<Client>(connection);
+  if (!connection.webAddress.empty()) client->showInBrowsers();
   if (!steps.empty()) client->play(std::move(steps));
   place = client;
   return client;
@@ -87,6 +101,20 @@ void Client::checkCompany(const desk::ConnectionString& connection) const {
                           "\"; give db, engine and accept the same values, or take another appid");
 }
 
+void Client::showInBrowsers() {
+  // As for the script: a turn keeps the client, the message loop does not.
+  pages_ = screens::showInBrowsers(
+      desk_, [weak = weak_from_this()]() -> std::shared_ptr<void> { return weak.lock(); },
+      connection_.webAddress, print);
+  // Registered after the server's library has been loaded, and so called before its objects end.
+  static const int registered = std::atexit(endPagesOfAllClients);
+  static_cast<void>(registered);
+}
+
+void Client::endPages(std::string_view why) {
+  if (pages_ != nullptr) pages_->end(why);
+}
+
 void Client::play(std::vector<PlayStep> steps) {
   // The message loop must not keep the client alive, so a task refers to it weakly. During a step
   // it is kept: the step may make an add-on release its last object.
@@ -95,8 +123,6 @@ void Client::play(std::vector<PlayStep> steps) {
       if (const auto client = weak.lock()) task();
     });
   };
-  // Flushed line by line, since the output of the add-on itself mixes with it.
-  const auto print = [](std::string_view text) { std::cout << text << std::flush; };
   player_.emplace(desk_, std::move(steps), post, print);
   player_->playAhead();
   // The script waits until an add-on reports its start; by then it has attached its sink.

@@ -5,6 +5,7 @@
 #include "qxdesk/screens/objects/host_object.h"
 #include "qxdesk/screens/user/form_drawing.h"
 #include "qxdesk/screens/user/user_actions.h"
+#include "qxdesk/session/call_gate.h"
 #include "qxframework/automation/text.h"
 
 #include <string>
@@ -188,8 +189,12 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   template <class Body>
   HRESULT play(Body&& body) {
     const CComPtr<desk::IDeskUser> self(this);
-    UserActions user(desk());
-    return guarded([&] { return body(user); });
+    // The client as well: the watchers of its calls are part of it.
+    const auto client = client_;
+    UserActions user(client->desk());
+    const HRESULT result = guarded([&] { return body(user); });
+    desk::CallGate::instance().leave();
+    return result;
   }
   // Does the same for an action that can be vetoed.
   template <class Body>

@@ -28,9 +28,12 @@ class FormObject final : public LinkedObject<IForm, FormLink> {
   HRESULT raw_Freeze(VARIANT_BOOL freeze) override {
     return run([&] { form()->freeze(freeze != VARIANT_FALSE); });
   }
-  // There is nothing to draw; tests ask for the count.
+  // Tests ask for the count; the screens in a browser are drawn at once.
   HRESULT raw_Update() override {
-    return run([&] { ++form()->updates; });
+    return run([&] {
+      ++form()->updates;
+      desk().showNow();
+    });
   }
   HRESULT raw_GetItems(IItems** out) override {
     return giveNew(out, [&] {

@@ -1,5 +1,6 @@
 #include "qxdesk/screens/objects/gui_api.h"
 
+#include "qxdesk/screens/browser/web_screens.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxdesk/screens/objects/application.h"
 #include "qxdesk/screens/objects/host_object.h"
@@ -20,6 +21,13 @@ constexpr long kConnectedClient = -1;
 
 void explain(const std::exception& error) {
   developerTrace(toUtf16(std::string(error.what()) + "\n"));
+}
+
+// The author of a script, or the one who opens the browser, runs this program and may not have the
+// trace switched on.
+void explainToUser(const std::exception& error) {
+  std::cerr << error.what() << std::endl;
+  explain(error);
 }
 
 class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
@@ -52,9 +60,9 @@ class GuiApi final : public WithTypeInfo<HostObject<IHalvexGuiApi>> {
     } catch (const OtherCompanyError& error) {
       explain(error);
     } catch (const PlayScriptError& error) {
-      // The author of the script runs this program and may not have the trace switched on.
-      std::cerr << error.what() << std::endl;
-      explain(error);
+      explainToUser(error);
+    } catch (const WebScreensError& error) {
+      explainToUser(error);
     }
     return kConnectionStringNotValid;
   }

@@ -2,6 +2,7 @@
 
 #include "qxdesk/screens/model/desk_printer.h"
 #include "qxdesk/screens/user/form_drawing.h"
+#include "qxdesk/session/call_gate.h"
 #include "qxframework/automation/com_error.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/logging/result_names.h"
@@ -90,6 +91,7 @@ PlayVerb ScriptPlayer::playOne() {
     line = "line " + std::to_string(step.line) + " refused: " + toUtf8(errorText(error.Error())) +
            " (" + std::to_string(error.Error()) + ")\n";
   }
+  desk::CallGate::instance().leave();  // the step is as good as a call that has changed something
   if (!line.empty()) print_(line);
   return step.verb;
 }
