@@ -98,6 +98,14 @@ class Drawing(PageTest):
             self.host.change(lambda state: state["forms"]["A"].update(mode=mode))
             self.until_equal([word], lambda: self.texts(".form .mode"))
 
+    def test_a_window_grows_for_items_that_would_be_cut(self):
+        form = _form_of_all_kinds()
+        form["items"]["B"]["rect"] = [5, 172, 65, 14]
+        form["items"]["C"]["rect"] = [5, 400, 65, 14]
+        window = self.open_form("A", form)
+        self.assertEqual([328, 206 + 6 + 3], self.run_script(
+            "return [arguments[0].offsetWidth, arguments[0].offsetHeight];", window))
+
     def test_a_hidden_form_is_not_drawn(self):
         self.open_form("A", _form_of_all_kinds())
         self.host.change(lambda state: state["forms"]["A"].update(visible=False))
@@ -128,6 +136,18 @@ class Drawing(PageTest):
         self.keys(Keys.ENTER, Keys.ARROW_RIGHT, Keys.ARROW_DOWN, Keys.ENTER)
         moves = [{"do": "move", "form": "A", "left": 308, "top": 58}]
         self.until_equal(moves, lambda: self.host.sent("move"))
+
+    def test_a_click_on_what_is_no_action_selects_the_form(self):
+        form = _form_of_all_kinds()
+        form["items"]["E"].update(enabled=False, usable=False)
+        self.open_form("A", form)
+        for uid, inner in (("E", ""), ("C", ".box")):
+            self.open_form("B", make_form("T", "Other", [700, 50, 100, 80]))
+            self.item("A", uid, inner).click()
+            self.until_equal("A", lambda: self.host.desk.state["selected"])
+            self.host.change(lambda state: self.host.desk.close("B"))
+            self.until_equal(1, lambda: len(self.all(".form")))
+        self.assertEqual([], self.host.sent("press"))
 
     def test_a_form_is_closed_by_its_button(self):
         self.open_form("A", _form_of_all_kinds())

@@ -82,7 +82,7 @@ class Matrix(PageTest):
         self.assertLess(len(self.grid().find_elements("css selector", ".row")), 60)
         asked = self.host.sent("rows")
         self.assertLess(sum(action["count"] for action in asked), 1000)
-        self.assertEqual({100}, {action["count"] for action in asked} - {1})
+        self.assertEqual({100}, {action["count"] for action in asked})
 
     def test_the_grid_says_its_size_and_its_heads(self):
         self.assertEqual(str(_ROWS + 1), self.grid().get_attribute("aria-rowcount"))

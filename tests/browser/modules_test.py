@@ -92,6 +92,30 @@ class Texts(Patches):
             {"do": "type", "text": "a\u007f"}, {"do": "type", "text": "a\n"},
             {"do": "type", "text": "a😀"}, {"do": "key", "key": 32}], changes)
 
+    def test_rows_that_are_added_while_others_are_on_their_way_come_too(self):
+        self.apply("[]")
+        self.assertEqual([True, "row 10", 1], self.run_async("""
+            const { RowCache } = await import('/row_cache.js');
+            const asked = [];
+            const host = { rows: 1, revision: 2 };
+            const cache = new RowCache((from, count) => new Promise((resolve) => {
+              asked.push(() => resolve(new Map([
+                ["revision", host.revision],
+                ["rows", Array.from({ length: Math.min(count, host.rows) },
+                  (none, at) => `row ${from + at}`)]])));
+            }), () => {});
+            cache.setShape(1, 2);
+            cache.want(0, 10);
+            Object.assign(host, { rows: 1000, revision: 3 });
+            cache.setShape(1000, 3);
+            cache.want(0, 10);
+            for (let at = 0; at < asked.length; at += 1) {
+              asked[at]();
+              await new Promise((resolve) => setTimeout(resolve));
+            }
+            return [cache.isFresh(9), cache.row(9) ?? null, asked.length];
+        """))
+
     def test_letters_find_entries(self):
         self.apply("[]")
         found = self.run_async(

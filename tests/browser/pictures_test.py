@@ -50,6 +50,16 @@ class Pictures(PageTest):
             self.picture(f"ended.{scheme}")
         self.run_script("sessionStorage.clear();")
 
+    def test_forced_colours_and_a_narrow_window_are_drawn(self):
+        self._work()
+        self.emulate(forced_colors="active")
+        self.picture("desk.forced")
+        self.emulate()
+        size = self.browser.get_window_size()
+        self.addCleanup(self.browser.set_window_size, size["width"], size["height"])
+        self.browser.set_window_size(900, 700)
+        self.picture("desk.narrow")
+
     def _show_tab(self, number):
         self.run_script("document.querySelectorAll('#panel [role=tab]')[arguments[0]].click();",
                         number)

@@ -131,7 +131,7 @@ export class FormWindow {
     }
   }
 
-  // A click selects the form. A click on an item does so by itself.
+  // A click selects the form. An item whose click is an action does so by that.
   onMouseDown(event) {
     if (event.button !== 0) return;
     if (event.altKey) {
@@ -140,10 +140,9 @@ export class FormWindow {
       event.stopPropagation();
       return;
     }
-    const onItem = itemOf(event.target) !== null;
-    if (!onItem && !event.target.closest("button") && !this.isSelected) {
-      this.perform({ do: "select" });
-    }
+    if (this.isSelected || event.target.closest(".titleBar button") !== null) return;
+    const view = this.views.get(itemOf(event.target));
+    if (view?.selectsForm !== true) this.perform({ do: "select" });
   }
 
   get isSelected() {

@@ -19,6 +19,11 @@ export class ComboView extends ItemView {
     this.control.addEventListener("blur", () => this.close());
   }
 
+  // A click only opens the list.
+  get selectsForm() {
+    return false;
+  }
+
   draw(item) {
     setText(this.shown, item.get("shown"));
     setAttribute(this.control, "title", item.get("shown") || null);

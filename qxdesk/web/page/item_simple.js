@@ -29,7 +29,7 @@ export class ButtonView extends ItemView {
       item.get("caption").trim() === "" ? item.get("description") || this.owner.itemUid : null);
     this.control.disabled = !item.get("usable");
     this.element.classList.toggle("default", isDefault);
-    setAttribute(this.control, "aria-description", isDefault ? "default" : null);
+    setAttribute(this.control, "aria-description", isDefault ? text("item.default") : null);
   }
 }
 
@@ -65,7 +65,7 @@ export class UnknownView extends ItemView {
   }
 
   draw(item) {
-    setText(this.control, text("item.unknown", { type: item.get("type") }));
+    setText(this.control, item.get("type"));
   }
 
   focus() {}

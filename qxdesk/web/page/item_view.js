@@ -61,6 +61,11 @@ export class ItemView {
     return this.item?.get("usable") === true;
   }
 
+  /** True if a click on the item is an action of its own, which selects the form, too. */
+  get selectsForm() {
+    return this.usable;
+  }
+
   /** Sends an action on this item and marks the item while the action waits. */
   async perform(fields) {
     const { page, formUid, itemUid } = this.owner;

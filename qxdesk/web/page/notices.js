@@ -40,10 +40,10 @@ export class LinkNotice {
     this.button = element("button", {
       type: "button", text: text("link.reconnect"), on: { click: reconnect },
     });
-    this.card = element("div", { class: "card", role: "alert" },
-      [this.sentence, this.why, this.next]);
+    // The seconds that are left are no news for a screen reader.
+    const alert = element("div", { role: "alert" }, [this.sentence, this.why]);
     this.element = element("div", { class: "linkNotice" },
-      [element("div", { class: "frame" }, [this.card, this.button])]);
+      [element("div", { class: "frame" }, [alert, this.next, this.button])]);
     root.append(this.element);
     this.isLost = false;
   }

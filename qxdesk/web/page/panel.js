@@ -9,7 +9,7 @@ import { recall, remember } from "./theme.js";
 
 const kKey = "qxdesk.panel";
 const kLeastWidth = 240;
-const kLeastDesk = 320;
+const kLeastDesk = 560;
 const kStep = 16;
 
 export class Panel {
@@ -25,6 +25,7 @@ export class Panel {
     this.buttons = new Map();
     this.build();
     this.listenToDivider();
+    addEventListener("resize", () => this.fit());
     this.showTab(this.kept.tab);
     this.apply();
   }
@@ -93,7 +94,7 @@ export class Panel {
   // Layout first: a tab that is shown measures itself.
   apply() {
     document.body.classList.toggle("panelShown", this.kept.shown);
-    this.setWidth(this.kept.width);
+    this.fit();
     this.showTab(this.kept.tab);
     this.page.tools.panelShown(this.kept.shown);
   }
@@ -104,12 +105,17 @@ export class Panel {
   }
 
   setWidth(width) {
-    const most = Math.max(kLeastWidth, innerWidth - kLeastDesk);
-    this.kept.width = Math.round(Math.max(kLeastWidth, Math.min(width, most)));
-    document.body.style.setProperty("--panel-width", `${this.kept.width}px`);
-    setAttribute(this.divider, "aria-valuenow", this.kept.width);
-    setAttribute(this.divider, "aria-valuemax", most);
+    this.kept.width = Math.round(Math.max(kLeastWidth, Math.min(width, mostWidth())));
     remember(kKey, this.kept);
+    this.fit();
+  }
+
+  // A small window takes from the panel and not from the desk; a larger one gives it back.
+  fit() {
+    const width = Math.min(this.kept.width, mostWidth());
+    document.body.style.setProperty("--panel-width", `${width}px`);
+    setAttribute(this.divider, "aria-valuenow", width);
+    setAttribute(this.divider, "aria-valuemax", mostWidth());
   }
 
   listenToDivider() {
@@ -140,4 +146,8 @@ export class Panel {
     this.buttons.get(this.kept.tab).focus();
     return true;
   }
+}
+
+function mostWidth() {
+  return Math.max(kLeastWidth, innerWidth - kLeastDesk);
 }

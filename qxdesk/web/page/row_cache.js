@@ -54,8 +54,8 @@ export class RowCache {
   async ask(block) {
     this.asked.add(block);
     const revision = this.revision;
-    const from = block * kBlock;
-    const message = await this.request(from + 1, Math.min(kBlock, this.count - from));
+    // A whole block also where fewer rows are known: the matrix may have grown when this arrives.
+    const message = await this.request(block * kBlock + 1, kBlock);
     this.asked.delete(block);
     if (message !== null) this.take(block, message);
     // A matrix that refuses its rows is not asked again until it has changed.

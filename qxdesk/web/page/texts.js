@@ -25,7 +25,7 @@ const english = new Map(Object.entries({
   "mode.ok": "OK",
   "mode.update": "Update",
   "mode.add": "Add",
-  "item.unknown": "{type}",
+  "item.default": "default button",
   "matrix.rows": "{rows} rows",
   "status.region": "Status bar",
   "status.none": "Message",
