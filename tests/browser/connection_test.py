@@ -102,6 +102,16 @@ class Boxes(PageTest):
         self.until_equal([{"do": "answer", "box": 2, "button": 2}],
                          lambda: self.host.sent("answer"))
 
+    def test_a_box_whose_answer_was_refused_can_be_answered_again(self):
+        self.host.desk.refusals["answer"] = "Not now."
+        self.show()
+        self.keys(Keys.ENTER)
+        self.until_equal(["Answer: refused (-7023). Not now."],
+                         lambda: self.texts("#statusBar .notice"))
+        self.host.desk.refusals.clear()
+        self.keys(Keys.ENTER)
+        self.until_equal([], lambda: self.all("dialog"))
+
     def test_the_focus_stays_in_the_box(self):
         self.show()
         for _ in range(4):

@@ -76,10 +76,11 @@ class FakeHost:
         with self.lock:
             self.held = []
 
-    def release(self):
-        """Carries out the actions that wait."""
+    def release(self, count=None):
+        """Carries out the first `count` actions that wait; without a number all, and holds none."""
         with self.lock:
-            held, self.held = self.held, None
+            held = self.held[:count]
+            self.held = None if count is None else self.held[count:]
             for page, action in held:
                 self._perform(page, action)
 

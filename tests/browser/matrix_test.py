@@ -145,6 +145,20 @@ class Matrix(PageTest):
         self.until_equal(["Key: vetoed by the add-on"], lambda: self.texts("#statusBar .notice"))
         self.until_equal("A1", lambda: self.one(".cellEditor").get_property("value"))
 
+    def test_the_text_of_the_host_wins_in_a_cell_that_is_edited(self):
+        self.focus_grid()
+        self.keys(Keys.ARROW_RIGHT, Keys.F2, "x")
+        self.until_equal("A1x", lambda: self.model(1, 1))
+
+        def change(state):
+            self.host.desk.rows["F_1", "20"][0]["cells"][1] = "HOST"
+            state["forms"]["F_1"]["items"]["20"]["revision"] += 1
+
+        self.host.change(change)
+        self.until_equal("HOST", lambda: self.one(".cellEditor").get_property("value"))
+        self.keys("!")
+        self.until_equal("HOST!", lambda: self.model(1, 1))
+
     def test_the_cursor_moves_by_keys(self):
         self.focus_grid()
         self.keys(Keys.END)

@@ -58,6 +58,10 @@ class Patches(PageTest):
             self.apply('[{"op": "replace", "path": "/b/x~1y", "value": 7},'
                        '{"op": "replace", "path": "/b/m~0n", "value": 8}]'))
 
+    def test_an_escaped_tilde_is_no_part_of_an_escape(self):
+        self.assertEqual(["map", ["~1", 2]], self.apply(
+            '[{"op": "replace", "path": "/~01", "value": 2}]', '{"~1": 1}'))
+
     def test_a_member_may_be_called_proto(self):
         self.assertEqual(["map", ["__proto__", ["map", ["c", 2]]]], self.apply(
             '[{"op": "replace", "path": "/__proto__/c", "value": 2}]', '{"__proto__": {"c": 1}}'))

@@ -55,6 +55,10 @@ class Typing(PageTest):
         self.host.change(lambda state: state["forms"]["F_1"]["items"]["5"].update(text="other"))
         self.until_equal("other", lambda: self.value("5"))
         self.assertEqual("abc", self.value())
+        self.host.release(1)
+        self.host.change(lambda state: state["forms"]["F_1"].update(title="One key"))
+        self.until_equal(["One key"], lambda: self.texts(".form .title"))
+        self.assertEqual(["a", "abc"], [self.model(), self.value()])
         self.host.release()
         self.until_equal("abc", self.model)
         self.until_equal([], lambda: self.all(".item.waiting"))
@@ -72,7 +76,9 @@ class Typing(PageTest):
         self.keys("ab")
         self.until_equal("ab", self.model)
         self.until_equal([], lambda: self.all(".item.waiting"))
-        self.assertNotIn("", self.run_script("return window.seen;"))
+        self.host.change(lambda state: state["forms"]["F_1"].update(title="After it"))
+        self.until_equal(["After it"], lambda: self.texts(".form .title"))
+        self.assertEqual([], self.run_script("return window.seen;"))
 
     def test_a_vetoed_key_is_taken_back_and_said(self):
         self.host.desk.vetoed_keys.add(("4", ord("x")))
