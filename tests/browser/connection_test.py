@@ -160,6 +160,21 @@ class Busy(PageTest):
         self.until_equal([], lambda: self.all(".item.waiting"))
 
 
+    def test_no_more_actions_are_sent_than_a_busy_host_takes(self):
+        self.open_order()
+        self.host.hold()
+        self.run_script(
+            "const field = arguments[0]; for (let at = 0; at < 300; at += 1) {"
+            "field.value += 'x'; field.dispatchEvent(new Event('input')); }",
+            self.item("F_1", "6", "input"))
+        self.until_equal(["Key: not sent, since too many actions wait for the add-on"],
+                         lambda: self.texts("#statusBar .notice"))
+        self.until_equal(200, lambda: len(self.host.sent("key")))
+        self.host.release()
+        self.until_equal("x" * 200,
+                         lambda: self.item("F_1", "6", "input").get_property("value"))
+
+
 class Status(PageTest):
     def test_each_kind_of_message_has_its_word_and_urgent_ones_are_alerts(self):
         for kind, shown, role in (("none", "Done.", "status"), ("info", "Information: Done.",

@@ -17,9 +17,10 @@ from web_socket import WebSocket, accept_key
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "qxdesk" / "web" / "page"
 _TYPES = {".html": "text/html", ".css": "text/css", ".js": "text/javascript"}
 _HEADERS = {
-    "Content-Security-Policy": "default-src 'none'; script-src 'self'; style-src 'self'; "
-                               "img-src 'self'; connect-src 'self'; require-trusted-types-for 'script'; "
-                               "frame-ancestors 'none'; base-uri 'none'; form-action 'none'",
+    "Content-Security-Policy":
+        "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
+        "connect-src 'self'; require-trusted-types-for 'script'; frame-ancestors 'none'; "
+        "base-uri 'none'; form-action 'none'",
     "X-Content-Type-Options": "nosniff",
     "Referrer-Policy": "no-referrer",
     # Files do not change within a run, and each run has a port of its own.

@@ -49,9 +49,9 @@ class Matrix(PageTest):
         find = ("const row = arguments[0].querySelector("
                 "`.row:not([hidden])[aria-rowindex=\"${arguments[1] + 1}\"]`);"
                 "return row?.children[arguments[2]] ?? null;")
-        self.until(lambda: self.run_script(find, self.grid(), row, column) is not None,
-                   f"row {row} is drawn")
-        return self.run_script(find, self.grid(), row, column)
+        grid = self.grid()
+        return self.until(lambda: self.run_script(find, grid, row, column),
+                          f"row {row} is drawn")
 
     def text_of(self, row, column):
         return self.run_script("return arguments[0].textContent;", self.cell(row, column))
@@ -197,7 +197,8 @@ class Matrix(PageTest):
         self.until_equal("NEW", lambda: self.text_of(1, 1))
 
     def test_removed_rows_are_gone(self):
-        self.host.change(lambda state: self.host.desk.fill_matrix("F_1", "20", [["1", "B", "", ""]]))
+        rows = [["1", "B", "", ""]]
+        self.host.change(lambda state: self.host.desk.fill_matrix("F_1", "20", rows))
         self.until_equal(["1", "B", "", ""], self.cells)
 
     def test_hidden_columns_are_left_out(self):

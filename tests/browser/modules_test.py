@@ -1,4 +1,4 @@
-"""The page's modules without a view: patches, changes of a text, outcomes, the search by letters."""
+"""The page's modules without a view: patches, changes of a text, rows, the search by letters."""
 
 from page_fixture import PageTest
 
@@ -86,15 +86,14 @@ class Texts(Patches):
     def test_a_change_of_a_text_is_a_key_or_the_whole_text(self):
         self.apply("[]")
         changes = self.run_async(
-            "const { describeChange } = await import('/text_change.js');"
-            "return a[0].map(([before, after]) => describeChange(before, after));",
+            "const { describeChanges } = await import('/text_change.js');"
+            "return a[0].map(([before, after]) => describeChanges(before, after));",
             [["", "a"], ["a", "ab"], ["a", "a"], ["ab", "a"], ["ab", "xab"], ["a", "abc"],
              ["a", "a\u007f"], ["a", "a\n"], ["a", "a😀"], ["a", "a "]])
         self.assertEqual([
-            {"do": "key", "key": 97}, {"do": "key", "key": 98}, None, {"do": "type", "text": "a"},
-            {"do": "type", "text": "xab"}, {"do": "type", "text": "abc"},
-            {"do": "type", "text": "a\u007f"}, {"do": "type", "text": "a\n"},
-            {"do": "type", "text": "a😀"}, {"do": "key", "key": 32}], changes)
+            [97], [98], [], ["a"], ["xab"], ["abc"], ["a\u007f"], ["a\n"], [0xd83d, 0xde00], [32]],
+            [[one["key"] if one["do"] == "key" else one["text"] for one in each]
+             for each in changes])
 
     def test_rows_that_are_added_while_others_are_on_their_way_come_too(self):
         self.apply("[]")

@@ -29,8 +29,11 @@ def _start_browser():
     options = webdriver.ChromeOptions()
     options.binary_location = browser
     for argument in ("--headless=new", "--no-sandbox", "--disable-dev-shm-usage", "--disable-gpu",
-                     "--window-size=1280,800", "--force-device-scale-factor=1"):
+                     "--window-size=1280,800", "--force-device-scale-factor=1",
+                     "--disable-extensions", "--disable-background-networking",
+                     "--disable-component-update", "--no-first-run"):
         options.add_argument(argument)
+    options.page_load_strategy = "eager"
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     return webdriver.Chrome(service=Service(driver), options=options)
 
@@ -63,12 +66,13 @@ class PageTest(unittest.TestCase):
         self.until(lambda: self.all(".mainMenu"), "the page shows the desk")
 
     def until(self, condition, what):
-        """Waits until the condition holds, and fails with `what` if it never does."""
+        """Waits until the condition gives a value and returns it; fails with `what` if not."""
         end = time.monotonic() + _SECONDS
-        while not condition():
+        while not (value := condition()):
             if time.monotonic() > end:
                 self.fail(f"in vain waited until {what}")
             time.sleep(0.01)  # the pace of asking, not a time to wait
+        return value
 
     def until_equal(self, expected, function):
         """Waits until a function gives a value; compares at the end, so that a failure shows it."""
@@ -94,8 +98,7 @@ class PageTest(unittest.TestCase):
         return self.browser.find_elements(By.CSS_SELECTOR, selector)
 
     def one(self, selector):
-        self.until(lambda: self.all(selector), f"'{selector}' is on the page")
-        return self.all(selector)[0]
+        return self.until(lambda: self.all(selector), f"'{selector}' is on the page")[0]
 
     def item(self, form, uid, inner=""):
         """Returns the element of an item, by its UIDs and not by a selector made of them."""
@@ -103,9 +106,8 @@ class PageTest(unittest.TestCase):
                 "const found = [...document.querySelectorAll('.item')].find("
                 "(one) => one.dataset.form === form && one.dataset.item === item);"
                 "return found && inner ? found.querySelector(inner) : found ?? null;")
-        self.until(lambda: self.run_script(find, form, uid, inner) is not None,
-                   f"item {uid} of {form} is drawn")
-        return self.run_script(find, form, uid, inner)
+        return self.until(lambda: self.run_script(find, form, uid, inner),
+                          f"item {uid} of {form} is drawn")
 
     def texts(self, selector):
         return self.run_script("return [...document.querySelectorAll(arguments[0])]"
@@ -136,8 +138,7 @@ class PageTest(unittest.TestCase):
     def one_form(self, uid):
         find = ("return [...document.querySelectorAll('.form')].find("
                 "(one) => one.dataset.form === arguments[0]) ?? null;")
-        self.until(lambda: self.run_script(find, uid) is not None, f"form {uid} is drawn")
-        return self.run_script(find, uid)
+        return self.until(lambda: self.run_script(find, uid), f"form {uid} is drawn")
 
     def open_order(self):
         """Opens the sales order, which gets the UID F_1."""

@@ -50,6 +50,16 @@ class AuthorsPanel(PageTest):
             ["3", "et_KEY_DOWN", "F_1 (3101)", "1 'A'", "before", "veto 2", "118"],
         ], self.records)
 
+    def test_an_event_is_listed_before_those_that_its_handlers_raised(self):
+        self.host.say({"is": "events", "list": [_event(7)]})
+        self.host.say({"is": "events", "list": [
+            _event(1), _event(4, depth=2), _event(3, depth=1), _event(2), _event(5)]})
+        self.until_equal("6 of 6", self.counter)
+        self.assertEqual(["7", "1", "2", "3", "4", "5"], self.run_script(
+            "return [...document.querySelectorAll('.record:not([hidden])')].sort("
+            "(a, b) => a.getBoundingClientRect().top - b.getBoundingClientRect().top)"
+            ".map((row) => row.firstElementChild.textContent);"))
+
     def test_events_are_filtered_held_and_cleared(self):
         self.host.say({"is": "events", "list": [_event(1), _event(2, name="et_CLICK")]})
         self.until_equal("2 of 2", self.counter)
@@ -78,8 +88,8 @@ class AuthorsPanel(PageTest):
             {"number": 1, "text": "SELECT  1\nFROM T", "rows": 4, "microseconds": 210,
              "error": ""},
             {"number": 2, "text": "DROP", "rows": -1, "microseconds": 5, "error": "no"}]})
-        self.until_equal([["1", "4", "210", "SELECT 1 FROM T"], ["2", "–", "5", "error: no – DROP"]],
-                         self.records)
+        self.until_equal([["1", "4", "210", "SELECT 1 FROM T"],
+                          ["2", "–", "5", "error: no – DROP"]], self.records)
         self.tab("Log")
         self.host.say({"is": "log", "text": "one\ntw"})
         self.host.say({"is": "log", "text": "o\n"})

@@ -6,6 +6,9 @@ import { text } from "./texts.js";
 // Requests of the page itself, whose outcome is no news for the user.
 const kSilent = new Set(["rows", "panel"]);
 
+/** The host closes a page that says too much while the add-on is busy. */
+const kMostWaiting = 200;
+
 export class Actions {
   /** `send` takes a plain object and returns false without a connection. */
   constructor(send, onOutcome, onCount) {
@@ -26,7 +29,7 @@ export class Actions {
 
   /**
    * Sends an action. The promise gives its outcome: {result, code, why, message}, where result is
-   * "done", "vetoed", "refused", "lost" or "offline", and message is the host's text.
+   * "done", "vetoed", "refused", "lost", "offline" or "full", and message is the host's text.
    */
   perform(action) {
     this.releaseHeld();
@@ -59,8 +62,9 @@ export class Actions {
   sendNow(action) {
     this.lastId += 1;
     const id = this.lastId;
-    if (!this.send({ ...action, id })) {
-      return Promise.resolve(this.report(action, { result: "offline" }));
+    const isFull = this.waiting.size >= kMostWaiting;
+    if (isFull || !this.send({ ...action, id })) {
+      return Promise.resolve(this.report(action, { result: isFull ? "full" : "offline" }));
     }
     return new Promise((resolve) => {
       this.waiting.set(id, { action, resolve });

@@ -2,14 +2,14 @@
 // action. While actions wait, the field shows what the user has typed; then the host's text wins.
 
 import { setAttribute } from "./dom.js";
-import { describeChange } from "./text_change.js";
+import { describeChanges } from "./text_change.js";
 
 /** The time that a change of the state may take to come after the reply to its action. */
 const kStateMilliseconds = 300;
 
 export class FieldTyping {
   /**
-   * `send` takes the fields of an action that describe the change and gives a promise of its
+   * `send` takes the fields of an action that describe a change and gives a promise of its
    * outcome. `isFresh()` is false while the host's newest text is on its way.
    */
   constructor(input, { send, isFresh = () => true }) {
@@ -67,12 +67,15 @@ export class FieldTyping {
     input.setSelectionRange(place, place);
   }
 
-  async report() {
-    const change = describeChange(this.sent, this.input.value);
-    if (change === null) return;
-    clearTimeout(this.timer);
+  report() {
+    const changes = describeChanges(this.sent, this.input.value);
     this.sent = this.input.value;
-    this.pending += 1;
+    this.pending += changes.length;
+    if (changes.length > 0) clearTimeout(this.timer);
+    for (const change of changes) this.sendChange(change);
+  }
+
+  async sendChange(change) {
     const outcome = await this.send(change);
     this.pending = Math.max(0, this.pending - 1);
     if (outcome.result !== "done") this.failed = outcome.result;

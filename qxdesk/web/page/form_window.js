@@ -21,18 +21,7 @@ export class FormWindow {
     this.uid = uid;
     this.form = null;
     this.views = new Map();
-    this.title = element("span", { class: "title", id: newId() });
-    this.mode = element("span", { class: "mode" });
-    this.menuButton = element("button", {
-      type: "button", class: "menuButton", tabindex: "-1", "aria-label": text("window.menu"),
-      on: { click: () => this.openMenu() },
-    });
-    this.closeButton = element("button", {
-      type: "button", class: "closeButton", tabindex: "-1", "aria-label": text("window.close"),
-      on: { click: () => this.perform({ do: "close" }) },
-    });
-    this.bar = element("div", { class: "titleBar" },
-      [this.menuButton, this.title, this.mode, this.closeButton]);
+    this.makeTitleBar();
     this.client = element("div", { class: "formClient" });
     this.element = element("section", {
       class: "form", role: "group", tabindex: "-1", "aria-labelledby": this.title.id,
@@ -40,6 +29,19 @@ export class FormWindow {
     this.element.dataset.form = uid;
     this.move = new WindowMove(this);
     this.listen();
+  }
+
+  makeTitleBar() {
+    const button = (kind, key, click) => element("button", {
+      type: "button", class: kind, tabindex: "-1", "aria-label": text(key), on: { click },
+    });
+    this.title = element("span", { class: "title", id: newId() });
+    this.mode = element("span", { class: "mode" });
+    this.menuButton = button("menuButton", "window.menu", () => this.openMenu());
+    this.closeButton =
+        button("closeButton", "window.close", () => this.perform({ do: "close" }));
+    this.bar = element("div", { class: "titleBar" },
+      [this.menuButton, this.title, this.mode, this.closeButton]);
   }
 
   listen() {
@@ -237,7 +239,9 @@ export class FormWindow {
   }
 
   outline(itemUid) {
-    for (const [uid, view] of this.views) view.element.classList.toggle("outlined", uid === itemUid);
+    for (const [uid, { element: drawn }] of this.views) {
+      drawn.classList.toggle("outlined", uid === itemUid);
+    }
     this.element.classList.toggle("outlined", itemUid === "");
   }
 
@@ -263,8 +267,8 @@ function isOnPane(item, form) {
 }
 
 // Returns what the inside lacks in width and height for items that begin inside and end a little
-// outside, as the bar of the progress form does. They would be cut; instead the window grows. Hidden
-// items count, so that the window does not grow when they are shown.
+// outside, as the bar of the progress form does. They would be cut; instead the window grows.
+// Hidden items count, so that the window does not grow when they are shown.
 function missingRoom(form) {
   const client = form.get("client");
   const missing = [0, 0];

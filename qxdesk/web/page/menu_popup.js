@@ -4,7 +4,7 @@
 import { element, placeBeside } from "./dom.js";
 import { TypeAhead } from "./keyboard.js";
 
-/** An entry: {text, type, enabled, checked, children, run}; all but text and run can be left out. */
+/** An entry is {text, type, enabled, checked, children, run}; text and run are enough. */
 export class MenuPopup {
   /**
    * Opens beside `anchor`. `owner` gets closed(byKey) when the whole menu has closed and, from the
@@ -27,15 +27,20 @@ export class MenuPopup {
         contextmenu: (event) => event.preventDefault(),
       },
     }, this.nodes);
+    this.open();
+  }
+
+  open() {
+    const { anchor, parent, rtl } = this;
     document.getElementById("overlay").append(this.element);
     const box = anchor.getBoundingClientRect();
-    placeBeside(this.element, box, { toTheSide: parent !== null, rtl: this.rtl });
+    placeBeside(this.element, box, { toTheSide: parent !== null, rtl });
     anchor.setAttribute("aria-expanded", "true");
     if (parent === null) this.watchOutside();
   }
 
   makeNode(entry) {
-    if (entry.type === "separator") return element("div", { class: "separator", role: "separator" });
+    if (entry.type === "separator") return element("div", { class: "separator", role: entry.type });
     const isPopup = entry.type === "popup";
     const role = entry.checked === undefined || isPopup ? "menuitem" : "menuitemcheckbox";
     const node = element("div", {

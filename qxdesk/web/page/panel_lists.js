@@ -15,6 +15,18 @@ export class EventsTab extends RecordList {
       describe: describeEvent,
     });
   }
+
+  // The host lists an event when it ends, after those that its handlers have raised. The list has
+  // them in the order in which they began. The numbers alone do not say it: they begin anew.
+  insert(event, shown) {
+    let at = this.records.length;
+    while (at > 0 && isWithin(this.records[at - 1].event, event)) at -= 1;
+    this.records.splice(at, 0, { ...shown, event });
+  }
+}
+
+function isWithin(event, outer) {
+  return event.get("depth") > outer.get("depth") && event.get("number") > outer.get("number");
 }
 
 function describeEvent(event) {

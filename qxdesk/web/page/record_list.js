@@ -55,8 +55,9 @@ export class RecordList {
 
   makeHead() {
     if (this.columns.length < 2) return element("div", { hidden: true });
-    return element("div", { class: "recordHead", role: "row" }, this.columns.map(
-      ({ name, title }) => element("span", { class: `col-${name}`, role: "columnheader", text: title })));
+    const heads = this.columns.map(({ name, title }) => element(
+      "span", { class: `col-${name}`, role: "columnheader", text: title }));
+    return element("div", { class: "recordHead", role: "row" }, heads);
   }
 
   createRow() {
@@ -81,9 +82,14 @@ export class RecordList {
   }
 
   take(records) {
-    const added = records.map((record) => this.describe(record));
-    this.records = this.records.concat(added).slice(-kMost);
+    for (const record of records) this.insert(record, this.describe(record));
+    this.records = this.records.slice(-kMost);
     this.matching = this.records.filter((one) => this.matches(one));
+  }
+
+  /** Puts a record to the others, here at the end; `shown` is its description. */
+  insert(record, shown) {
+    this.records.push(shown);
   }
 
   matches({ texts }) {

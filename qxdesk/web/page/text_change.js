@@ -1,23 +1,23 @@
-// The action that tells the host how a text has changed.
+// The actions that tell the host how a text has changed.
 
 const kFirstPrintable = 32;
 const kDelete = 127;
 
 /**
- * Returns the fields of an action that makes `after` of `before`, or null if they are equal. One
- * printable UTF-16 unit at the end is a key; every other change sends the whole text. Half of a
- * pair of units is no key: the host could not show the text between the two. Alone, it is replaced.
+ * Returns the fields of the actions that make `after` of `before`; none if they are equal. One
+ * printable character at the end is a key, or two for a character of two UTF-16 units. Every other
+ * change sends the whole text.
  */
-export function describeChange(before, after) {
-  if (before === after) return null;
-  if (after.length === before.length + 1 && after.startsWith(before)) {
-    const unit = after.charCodeAt(before.length);
-    if (isPrintable(unit)) return { do: "key", key: unit };
+export function describeChanges(before, after) {
+  if (before === after) return [];
+  const added = after.startsWith(before) ? [...after.slice(before.length)] : [];
+  if (added.length === 1 && isPrintable(added[0])) {
+    return added[0].split("").map((unit) => ({ do: "key", key: unit.charCodeAt(0) }));
   }
-  return { do: "type", text: after.toWellFormed() };
+  return [{ do: "type", text: after.toWellFormed() }];
 }
 
-function isPrintable(unit) {
-  const isHalf = unit >= 0xd800 && unit <= 0xdfff;
-  return unit >= kFirstPrintable && unit !== kDelete && !isHalf;
+function isPrintable(character) {
+  const code = character.codePointAt(0);
+  return code >= kFirstPrintable && code !== kDelete && character.isWellFormed();
 }

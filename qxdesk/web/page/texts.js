@@ -49,6 +49,7 @@ const english = new Map(Object.entries({
   "outcome.refused.code": "{action}: refused ({code}). {why}",
   "outcome.lost": "{action}: the connection was lost before the answer came",
   "outcome.offline": "{action}: not sent, since there is no connection",
+  "outcome.full": "{action}: not sent, since too many actions wait for the add-on",
   "action.menu": "Menu",
   "action.press": "Click",
   "action.double": "Double click",

@@ -2,6 +2,8 @@
 // of the last place.
 
 const kStep = 8;
+const kInReach = 60;
+const kFarthest = 4000;
 
 export class WindowMove {
   constructor(window) {
@@ -34,6 +36,13 @@ export class WindowMove {
     style.top = `${top}px`;
   }
 
+  // Shows the window at a place that the host takes: its title bar stays within reach.
+  drag(left, top) {
+    const least = kInReach - this.rect[2];
+    this.show(Math.round(Math.max(least, Math.min(left, kFarthest))),
+      Math.round(Math.max(0, Math.min(top, kFarthest))));
+  }
+
   onDown(event) {
     if (event.button !== 0 || event.altKey || event.target.closest("button") !== null) return;
     this.window.bar.setPointerCapture(event.pointerId);
@@ -45,9 +54,7 @@ export class WindowMove {
     const { x, y, from } = this.moving;
     const rtl = getComputedStyle(this.window.element).direction === "rtl";
     const across = (event.clientX - x) * (rtl ? -1 : 1);
-    // The title bar stays within reach.
-    this.show(Math.round(Math.max(60 - this.rect[2], from[0] + across)),
-      Math.round(Math.max(0, from[1] + event.clientY - y)));
+    this.drag(from[0] + across, from[1] + event.clientY - y);
   }
 
   /** Begins a move by the arrow keys; enter ends it and escape takes it back. */
@@ -64,10 +71,10 @@ export class WindowMove {
     const rtl = getComputedStyle(this.window.element).direction === "rtl" ? -1 : 1;
     const [left, top] = this.shown;
     switch (event.key) {
-      case "ArrowLeft": this.show(left - kStep * rtl, top); break;
-      case "ArrowRight": this.show(left + kStep * rtl, top); break;
-      case "ArrowUp": this.show(left, Math.max(0, top - kStep)); break;
-      case "ArrowDown": this.show(left, top + kStep); break;
+      case "ArrowLeft": this.drag(left - kStep * rtl, top); break;
+      case "ArrowRight": this.drag(left + kStep * rtl, top); break;
+      case "ArrowUp": this.drag(left, top - kStep); break;
+      case "ArrowDown": this.drag(left, top + kStep); break;
       case "Enter": this.end(); break;
       case "Escape": this.cancel(); break;
       default: break;
