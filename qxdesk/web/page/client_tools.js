@@ -1,0 +1,79 @@
+// The tools of the page at the end of the menu bar: the client's language, the colours, the list of
+// the keys and the author's panel.
+
+import { element, setAttribute, setText } from "./dom.js";
+import { languages, text } from "./texts.js";
+import { setTheme, theme, themes } from "./theme.js";
+
+const kKeys = ["F10", "F6", "CtrlF6", "AltMinus", "Tab", "Enter", "Escape", "AltDown", "F2",
+  "Space", "ShiftF10", "AltClick"];
+
+export class ClientTools {
+  constructor(page) {
+    this.page = page;
+    this.language = this.makeButton("client.language", "language", () => this.languageEntries());
+    this.colours = this.makeButton("client.theme", "theme", () => this.themeEntries());
+    setText(this.colours, text("client.theme"));
+    this.keys = element("button", {
+      type: "button", class: "tool", text: text("client.keys"), on: { click: showKeys },
+    });
+    this.panel = element("button", {
+      type: "button", class: "tool panelToggle", text: text("panel"),
+      on: { click: () => page.panel.toggle() },
+    });
+    this.element = element("div", { class: "tools" },
+      [this.language, this.colours, this.keys, this.panel]);
+  }
+
+  makeButton(key, kind, entries) {
+    const button = element("button", {
+      type: "button", class: `tool ${kind}`, "aria-haspopup": "menu", "aria-expanded": "false",
+      title: text(key),
+      on: { click: () => this.page.openMenu(button, entries()) },
+    });
+    return button;
+  }
+
+  update(client) {
+    if (client === this.client) return;
+    this.client = client;
+    const number = client.get("language");
+    setText(this.language, languages.get(number) ?? String(number));
+  }
+
+  panelShown(shown) {
+    setAttribute(this.panel, "aria-pressed", String(shown));
+    setAttribute(this.panel, "title", text(shown ? "client.panel.hide" : "client.panel.show"));
+  }
+
+  languageEntries() {
+    return [...languages].map(([number, name]) => ({
+      text: name,
+      checked: number === this.client?.get("language"),
+      run: () => this.page.actions.perform({ do: "language", language: number }),
+    }));
+  }
+
+  themeEntries() {
+    return themes.map((name) => ({
+      text: text(`client.theme.${name}`),
+      checked: name === theme(),
+      run: () => setTheme(name),
+    }));
+  }
+}
+
+function showKeys() {
+  const rows = kKeys.map((key) => element("tr", {}, [
+    element("th", { scope: "row", text: key.replace(/(Ctrl|Alt|Shift)(?=.)/g, "$1+") }),
+    element("td", { text: text(`keys.${key}`) })]));
+  const close = element("button", { type: "button", text: text("keys.close") });
+  const dialog = element("dialog", { class: "box keys", "aria-label": text("keys.title") }, [
+    element("h2", { text: text("keys.title") }),
+    element("table", {}, rows),
+    element("div", { class: "buttons" }, [close])]);
+  close.addEventListener("click", () => dialog.close());
+  dialog.addEventListener("close", () => dialog.remove());
+  document.body.append(dialog);
+  dialog.showModal();
+}
