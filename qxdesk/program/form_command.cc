@@ -1,12 +1,15 @@
 #include "qxdesk/program/form_command.h"
 
+#include "qxdesk/program/form_sheet.h"
 #include "qxdesk/program/input.h"
+#include "qxdesk/web/page_files.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/languages.h"
 #include "tools/formcheck/form_check.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <iostream>
@@ -46,6 +49,7 @@ struct Options {
   std::int64_t language = ln_English;
   std::vector<std::string> map;
   bool draw = false;
+  std::string sheet;
 };
 
 std::optional<std::int64_t> wholeNumber(std::string_view text) {
@@ -75,6 +79,14 @@ std::optional<XMLMAP> rowOf(const std::string& text) {
   return XMLMAP(toUtf16(text.substr(0, sign)), static_cast<std::uint32_t>(*id), {});
 }
 
+// Writes the sheet. Without a form there is none; the check has said why.
+int writeSheet(const Options& options, const SheetOrder& order) {
+  const FormSheet sheet = makeFormSheet(order);
+  std::cerr << sheet.messages;
+  if (!sheet.html.empty()) write(options.sheet, sheet.html);
+  return sheet.allFits ? 0 : kFaulty;
+}
+
 int check(const Options& options, const Input& input, const formcheck::Texts& texts) {
   formcheck::Setting setting{texts, windowsId(options.language), {}};
   for (const std::string& row : options.map) setting.symbols.push_back(*rowOf(row));
@@ -82,7 +94,12 @@ int check(const Options& options, const Input& input, const formcheck::Texts& te
   for (const formcheck::Finding& finding : report.findings)
     std::cerr << formcheck::messageOf(input.name, finding);
   if (options.draw) print(report.drawing);
-  return report.hasErrors() ? kFaulty : 0;
+  int code = report.hasErrors() ? kFaulty : 0;
+  if (!options.sheet.empty()) {
+    code = std::max(code, writeSheet(options, {input.name, input.content, texts, setting.symbols,
+                                               web::embeddedPage()}));
+  }
+  return code;
 }
 
 int run(const Options& options) {
@@ -132,6 +149,9 @@ void addFormCommand(CLI::App& program, Task& task) {
       ->check(CLI::Validator(refusalOfRow, "TAG=ID"))
       ->allow_extra_args(false);
   command->add_flag("--draw", options->draw, "Print the form as a drawing in plain text");
+  command->add_option("--sheet", options->sheet,
+                      "Write an HTML file that shows the form in all languages and marks texts "
+                      "that do not fit");
   command->footer(kFooter);
   command->callback([options, &task] { task = [options] { return run(*options); }; });
 }

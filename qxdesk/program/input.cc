@@ -45,4 +45,13 @@ void print(std::string_view text) {
     throw std::runtime_error("<stdout>: error: the output cannot be written; check where it goes");
 }
 
+void write(const std::string& file, std::string_view text) {
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+  stream.close();
+  if (!stream)
+    throw std::runtime_error(file +
+                             ": error: the file cannot be written; check the path and its rights");
+}
+
 }  // namespace qx::desk

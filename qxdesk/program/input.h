@@ -19,4 +19,7 @@ Input readInput(const std::string& file);
 /// Writes the text to the standard output, unchanged.
 void print(std::string_view text);
 
+/// Writes the text to the file, which is replaced if it exists. Throws as print() does.
+void write(const std::string& file, std::string_view text);
+
 }  // namespace qx::desk

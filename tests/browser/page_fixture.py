@@ -21,7 +21,8 @@ from fake_host import FakeHost
 _SECONDS = 10
 
 
-def _start_browser():
+def start_browser():
+    """Returns a new headless Chromium."""
     browser = shutil.which("chromium")
     driver = shutil.which("chromedriver")
     if browser is None or driver is None:
@@ -48,7 +49,7 @@ class PageTest(unittest.TestCase):
     def setUpClass(cls):
         if PageTest.browser is None:
             PageTest.host = FakeHost()
-            PageTest.browser = _start_browser()
+            PageTest.browser = start_browser()
 
     def setUp(self):
         self.host.reset()

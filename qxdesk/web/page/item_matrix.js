@@ -81,6 +81,7 @@ export class MatrixView extends ItemView {
       "aria-colindex": at + 1, title: column.description || column.title || null,
       text: column.title,
     });
+    head.dataset.column = column.uid;
     head.style.width = `${column.width}px`;
     return head;
   }

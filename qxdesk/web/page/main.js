@@ -25,7 +25,7 @@ class Page {
     this.connection = new Connection(this);
     this.actions = new Actions((action) => this.connection.send(action),
       (action, outcome) => this.outcomeCame(action, outcome),
-      (count) => this.busyNotice.setWaiting(count));
+      (count) => this.waitingChanged(count));
     this.tools = new ClientTools(this);
     this.menuBar = new MenuBar(this, byId("menuBar"), this.tools.element);
     this.desk = new Desk(this, byId("desk"));
@@ -78,6 +78,12 @@ class Page {
     this.busyNotice.setBusy(false);
     this.messageBox.update(null);
     this.actions.loseAll();
+  }
+
+  // A screen reader then waits with its announcements, and a test with its next step.
+  waitingChanged(count) {
+    setAttribute(this.client, "aria-busy", count > 0 ? "true" : null);
+    this.busyNotice.setWaiting(count);
   }
 
   outcomeCame(action, outcome) {
