@@ -106,6 +106,16 @@ class Drawing(PageTest):
         self.assertEqual([328, 206 + 6 + 3], self.run_script(
             "return [arguments[0].offsetWidth, arguments[0].offsetHeight];", window))
 
+    def test_a_form_that_opens_out_of_sight_is_scrolled_to(self):
+        form = _form_of_all_kinds()
+        form["rect"][:2] = [1500, 900]
+        window = self.open_form("A", form)
+        self.until(lambda: self.run_script(
+            "const form = arguments[0].getBoundingClientRect();"
+            "const desk = document.getElementById('desk').getBoundingClientRect();"
+            "return form.left >= desk.left && form.right <= desk.right &&"
+            "form.top >= desk.top && form.bottom <= desk.bottom;", window), "the form is visible")
+
     def test_a_hidden_form_is_not_drawn(self):
         self.open_form("A", _form_of_all_kinds())
         self.host.change(lambda state: state["forms"]["A"].update(visible=False))
