@@ -139,6 +139,20 @@ class Drawing(PageTest):
         self.until_equal([330, 70], lambda: self.run_script(
             "return [arguments[0].offsetLeft, arguments[0].offsetTop];", window))
 
+    def test_the_host_does_not_move_a_window_that_is_being_dragged(self):
+        window = self.open_form("A", _form_of_all_kinds())
+        chain = ActionChains(self.browser, duration=0)
+        chain.click_and_hold(self.one(".form .title")).move_by_offset(30, 20).perform()
+        self.host.change(lambda state: state["forms"]["A"].update(
+            title="Moved", rect=[10, 10, 328, 206]))
+        self.until_equal(["Moved"], lambda: self.texts(".form .title"))
+        place = "return [arguments[0].offsetLeft, arguments[0].offsetTop];"
+        self.assertEqual([330, 70], self.run_script(place, window))
+        ActionChains(self.browser, duration=0).release().perform()
+        self.until_equal([{"do": "move", "form": "A", "left": 330, "top": 70}],
+                         lambda: self.host.sent("move"))
+        self.until_equal([330, 70], lambda: self.run_script(place, window))
+
     def test_a_window_is_moved_by_keys(self):
         self.open_form("A", _form_of_all_kinds())
         self.chord(Keys.ALT, "-")
