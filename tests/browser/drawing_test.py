@@ -106,6 +106,16 @@ class Drawing(PageTest):
         self.assertEqual([328, 206 + 6 + 3], self.run_script(
             "return [arguments[0].offsetWidth, arguments[0].offsetHeight];", window))
 
+    def test_a_form_that_opens_out_of_sight_is_scrolled_to(self):
+        form = _form_of_all_kinds()
+        form["rect"][:2] = [1500, 900]
+        window = self.open_form("A", form)
+        self.until(lambda: self.run_script(
+            "const form = arguments[0].getBoundingClientRect();"
+            "const desk = document.getElementById('desk').getBoundingClientRect();"
+            "return form.left >= desk.left && form.right <= desk.right &&"
+            "form.top >= desk.top && form.bottom <= desk.bottom;", window), "the form is visible")
+
     def test_a_hidden_form_is_not_drawn(self):
         self.open_form("A", _form_of_all_kinds())
         self.host.change(lambda state: state["forms"]["A"].update(visible=False))
@@ -128,6 +138,20 @@ class Drawing(PageTest):
         self.until_equal(moves, lambda: self.host.sent("move"))
         self.until_equal([330, 70], lambda: self.run_script(
             "return [arguments[0].offsetLeft, arguments[0].offsetTop];", window))
+
+    def test_the_host_does_not_move_a_window_that_is_being_dragged(self):
+        window = self.open_form("A", _form_of_all_kinds())
+        chain = ActionChains(self.browser, duration=0)
+        chain.click_and_hold(self.one(".form .title")).move_by_offset(30, 20).perform()
+        self.host.change(lambda state: state["forms"]["A"].update(
+            title="Moved", rect=[10, 10, 328, 206]))
+        self.until_equal(["Moved"], lambda: self.texts(".form .title"))
+        place = "return [arguments[0].offsetLeft, arguments[0].offsetTop];"
+        self.assertEqual([330, 70], self.run_script(place, window))
+        ActionChains(self.browser, duration=0).release().perform()
+        self.until_equal([{"do": "move", "form": "A", "left": 330, "top": 70}],
+                         lambda: self.host.sent("move"))
+        self.until_equal([330, 70], lambda: self.run_script(place, window))
 
     def test_a_window_is_moved_by_keys(self):
         self.open_form("A", _form_of_all_kinds())

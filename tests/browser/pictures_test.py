@@ -15,6 +15,7 @@ class Pictures(PageTest):
         for language in _LOCALES:
             for name in ("log_settings", "choose_list", "progress"):
                 uid = self._show(name, language)
+                self.assertEqual([], self._cut_texts())
                 for scheme in ("light", "dark"):
                     self.emulate(prefers_color_scheme=scheme)
                     self.picture(f"{name}.{language}.{scheme}")
@@ -59,6 +60,11 @@ class Pictures(PageTest):
         self.addCleanup(self.browser.set_window_size, size["width"], size["height"])
         self.browser.set_window_size(900, 700)
         self.picture("desk.narrow")
+
+    def _cut_texts(self):
+        return self.run_script(
+            "return [...document.querySelectorAll('.form button, .form .label, .form .title')]"
+            ".filter((one) => one.scrollWidth > one.clientWidth).map((one) => one.textContent);")
 
     def _show_tab(self, number):
         self.run_script("document.querySelectorAll('#panel [role=tab]')[arguments[0]].click();",

@@ -34,6 +34,18 @@ export class Desk {
       window.element.style.zIndex = window.isBackground ? 0 : 1 + stack.indexOf(uid);
     }
     this.followChangedFocus(state);
+    this.showOpened(state);
+  }
+
+  // A form that opens outside of what is visible is scrolled to. One that is only selected is not:
+  // it would move away under the mouse.
+  showOpened(state) {
+    for (const [uid, window] of this.windows) {
+      const isNew = !window.wasShown && !window.isBackground;
+      window.wasShown = true;
+      if (!isNew || uid !== state.get("selected")) continue;
+      window.element.scrollIntoView({ block: "nearest", inline: "nearest" });
+    }
   }
 
   openWindow(uid, form) {

@@ -95,8 +95,10 @@ export class FormsTab {
   sourceRows(form) {
     const sources = form.get("sources");
     if (sources.size === 0) return [];
+    // In the columns of the items: name, type, no place, value.
     const rows = [...sources].map(([uid, source]) => element("div", { class: "sourceRow" },
-      [uid, `${source.get("type")}/${source.get("size")}`, source.get("value")].map(makePart)));
+      [uid, `${source.get("type")}/${source.get("size")}`, "", source.get("value"), ""]
+        .map(makePart)));
     return [element("h4", { text: text("forms.sources") }), ...rows];
   }
 
