@@ -88,8 +88,9 @@ TEST(Process, ThatEndsOnTheServersThreadDoesNotHang) {
   const Child child([] {
     static auto* const running = new RunningServer;
     running->desk->whenOpened = [] { std::exit(0); };
-    static Client page(running->port);
-    running->askForPage(page);
+    // Never destroyed: the thread that ends the process is not the one that uses it.
+    static auto* const page = new Client(running->port);
+    running->askForPage(*page);
     running->desk->next();
   });
   EXPECT_EQ(child.wait(), 0);

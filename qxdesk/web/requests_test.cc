@@ -160,7 +160,9 @@ TEST(Requests, HalfARequestEndsAfterItsTime) {
 }
 
 TEST(Requests, TheConnectionThatWaitsLongestMakesRoomForANewOne) {
-  RunningServer running;
+  Limits limits;
+  limits.request = std::chrono::minutes(5);
+  RunningServer running(limits);
   Client page = running.openPage(1);
   std::deque<Client> waiting;
   for (int i = 0; i < 63; ++i) waiting.emplace_back(running.port);

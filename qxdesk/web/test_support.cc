@@ -8,6 +8,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <stdexcept>
 #include <utility>
@@ -197,8 +198,10 @@ std::string Client::next() {
 }
 
 std::string Client::rest() {
+  errno = 0;
   while (fill()) {
   }
+  if (errno == EAGAIN) buffer_ += "<silence>";
   return std::exchange(buffer_, {});
 }
 

@@ -90,7 +90,8 @@ class Client {
   Frame readFrame();
   /// Reads frames up to the next that is no ping.
   std::string next();
-  /// Reads until the server ends the connection. Returns what came.
+  /// Reads until the server ends the connection. Returns what came, and "<silence>" at the end if
+  /// the server has not ended it after half a minute.
   std::string rest();
   /// Ends the connection without a word.
   void vanish();
