@@ -25,11 +25,14 @@ FaultCollector::FaultCollector(xmlParserCtxt* parser)
 
 FaultCollector::~FaultCollector() { xmlSetStructuredErrorFunc(formerContext_, formerHandler_); }
 
+void FaultCollector::note(std::string reason) {
+  if (fault_.code < 0) return;
+  fault_ = {E_FAIL, std::move(reason), 0, 0};
+  placeAtParser();
+}
+
 void FaultCollector::refuse(std::string reason) {
-  if (fault_.code >= 0) {
-    fault_ = {E_FAIL, std::move(reason), 0, 0};
-    placeAtParser();
-  }
+  note(std::move(reason));
   parser_->wellFormed = 0;
   xmlStopParser(parser_);
 }
