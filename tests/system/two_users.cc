@@ -16,18 +16,25 @@
 namespace qx::test {
 namespace {
 
+constexpr char kUserDatabase[] = "/etc/passwd";
 constexpr char kEveryUsersParent[] = "/run/lock";
 
 // Tests run side by side, and the last folder for locks is named after the user. The numbers are
 // within those that a container maps.
 unsigned firstId() { return 20'000 + 2 * (static_cast<unsigned>(getpid()) % 20'000); }
 
+// Gives this process mounts of its own. Returns false if the system does not let it.
+bool haveOwnMounts() {
+  static const bool own =
+      unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  return own;
+}
+
 // Hides the folder for the locks of all users from this process and its children, if this machine
 // has one: with it the users of a machine agree to share their locks.
 void hideEveryUsersFolder() {
-  static const bool hidden = unshare(CLONE_NEWNS) == 0 &&
-                             mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                             mount("none", kEveryUsersParent, "tmpfs", 0, "mode=1777") == 0;
+  static const bool hidden =
+      haveOwnMounts() && mount("none", kEveryUsersParent, "tmpfs", 0, "mode=1777") == 0;
   if (hidden || !std::filesystem::exists(TwoUsers::kEveryUsersFolder)) return;
   throw std::runtime_error(std::string(TwoUsers::kEveryUsersFolder) +
                            " exists and cannot be hidden; remove it for this test");
@@ -79,8 +86,11 @@ TwoUsers::TwoUsers()
 TwoUsers::~TwoUsers() {
   std::error_code ignored;
   std::filesystem::remove_all(lastFolder_, ignored);
+  if (namedUsers_) umount2(kUserDatabase, MNT_DETACH);
   if (madeEveryUsersFolder_) std::filesystem::remove_all(kEveryUsersFolder, ignored);
 }
+
+std::filesystem::path TwoUsers::registry() { return buildRegistry(); }
 
 void TwoUsers::SetUp() {
   if (geteuid() != 0) GTEST_SKIP() << "only root can run programs as two other users";
@@ -96,6 +106,20 @@ void TwoUsers::makeEveryUsersFolder() {
   madeEveryUsersFolder_ = std::filesystem::create_directory(kEveryUsersFolder);
   ASSERT_TRUE(madeEveryUsersFolder_);
   give(kEveryUsersFolder, 0, 01777);
+}
+
+void TwoUsers::nameUsers() {
+  if (!haveOwnMounts()) GTEST_SKIP() << "this system does not let root mount anything";
+  const auto entry = [](const std::string& name, unsigned id, const std::filesystem::path& home) {
+    const std::string number = std::to_string(id);
+    return name + ":x:" + number + ":" + number + "::" + home.string() + ":/bin/sh\n";
+  };
+  std::filesystem::create_directory(folder_.path() / "root");
+  const auto file =
+      folder_.write("passwd", entry("root", 0, folder_.path() / "root") +
+                                  entry("a", a_.id(), a_.home()) + entry("b", b_.id(), b_.home()));
+  namedUsers_ = mount(file.c_str(), kUserDatabase, nullptr, MS_BIND, nullptr) == 0;
+  ASSERT_TRUE(namedUsers_);
 }
 
 std::vector<std::string> TwoUsers::hello(const std::vector<std::string>& variables) const {

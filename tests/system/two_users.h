@@ -40,6 +40,8 @@ class TwoUsers : public testing::Test {
  public:
   /// Where an administrator makes a folder for the locks of all users. The test sees none.
   static constexpr char kEveryUsersFolder[] = "/run/lock/qxframework";
+  /// The registry of this build.
+  static std::filesystem::path registry();
 
  protected:
   TwoUsers();
@@ -49,6 +51,10 @@ class TwoUsers : public testing::Test {
 
   /// Makes the folder for the locks of all users until the end of the test.
   void makeEveryUsersFolder();
+
+  /// Makes a user database in which A, B and root have homes in the folder of the test, for this
+  /// process and its children. Skips the test if the system does not let it.
+  void nameUsers();
 
   /// Returns the command that plays the smallest example on A's company, without any rights that
   /// the umask would take away.
@@ -66,6 +72,7 @@ class TwoUsers : public testing::Test {
   std::filesystem::path errors_ = a_.home() / "errors";  // of hello(), with the developer trace
   std::filesystem::path lastFolder_;                     // in /tmp, named after A
   bool madeEveryUsersFolder_ = false;
+  bool namedUsers_ = false;
 };
 
 /// Returns the regular files below a folder.
