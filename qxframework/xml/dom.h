@@ -323,7 +323,7 @@ class IXMLDOMParseError : public IUnknown {
 
 /// The root of a tree. The nodes that it creates belong to it and have no parent yet.
 ///
-/// It reads XML 1.0 with namespaces, of up to 50,000,000 bytes, with elements up to 255 levels deep
+/// It reads XML 1.0 with namespaces, of up to 30,000,000 bytes, with elements up to 255 levels deep
 /// and single texts up to 10,000,000 bytes long; other versions of XML are refused. An element has
 /// up to 2,000 attributes and declarations of namespaces, and up to 500 declarations, of its own
 /// and of the elements around it, hold for it. It fetches nothing but the file itself. A document

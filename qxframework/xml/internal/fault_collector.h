@@ -30,7 +30,7 @@ class FaultCollector {
   const ParseFault& fault() const { return fault_; }
 
  private:
-  void take(const xmlError& error);
+  void take(const xmlError& error) noexcept;
   void placeAtParser();
 
   xmlParserCtxt* parser_;

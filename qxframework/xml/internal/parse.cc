@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 
 namespace qx::xml {
@@ -26,9 +27,9 @@ struct FreeParser {
 // A start tag of this length or less cannot have too many attributes: ` a=''` has five bytes.
 constexpr std::size_t kSafeTag = 10'000;
 
-// With the tree of a document of this size, a process has some gigabytes.
-constexpr std::size_t kLongestDocument = 50'000'000;
-constexpr char kTooLong[] = "The document is longer than 50000000 bytes.\n";
+// The tree takes up to fifty times as much memory.
+constexpr std::size_t kLongestDocument = 30'000'000;
+constexpr char kTooLong[] = "The document is longer than 30000000 bytes.\n";
 
 ParseFault faultWithoutPlace(HRESULT code, std::string reason) {
   return {code, std::move(reason), 0, 0};
@@ -50,16 +51,16 @@ int readPiece(void* context, char* buffer, int size) {
 }
 
 // True unless all start tags are safe. None has a "<" in it, so none is longer than the way from
-// one to the next. In other encodings its byte may be a part of another character.
+// one to the next; memrchr skips as many of them at once as it can. In other encodings the byte may
+// be a part of another character.
 bool mayHaveLongTag(std::string_view bytes, bool utf8) {
   if (!utf8) return bytes.size() > kSafeTag;
-  std::size_t start = 0;
-  std::size_t next = 0;
-  while (next != bytes.npos && next - start <= kSafeTag) {
-    start = next;
-    next = bytes.find('<', start + 1);
+  while (bytes.size() > kSafeTag) {
+    const void* const last = memrchr(bytes.data() + 1, '<', kSafeTag);
+    if (last == nullptr) return true;
+    bytes.remove_prefix(static_cast<std::size_t>(static_cast<const char*>(last) - bytes.data()));
   }
-  return std::min(next, bytes.size()) - start > kSafeTag;
+  return false;
 }
 
 // A long tag is read in pieces, which takes a little longer.

@@ -126,12 +126,12 @@ std::u16string ofSize(std::size_t size) {
   return head + std::u16string(size - head.size() - tail.size(), u'c') + tail;
 }
 
-TEST(ParseLimits, RefusesADocumentOfMoreThanFiftyMillionBytes) {
-  const std::string reason = "The document is longer than 50000000 bytes.\n0:0";
-  EXPECT_NE(faultOf(ofSize(50'000'000)), reason);
-  EXPECT_EQ(faultOf(ofSize(50'000'001)), reason);
+TEST(ParseLimits, RefusesADocumentOfMoreThanThirtyMillionBytes) {
+  const std::string reason = "The document is longer than 30000000 bytes.\n0:0";
+  EXPECT_NE(faultOf(ofSize(30'000'000)), reason);
+  EXPECT_EQ(faultOf(ofSize(30'000'001)), reason);
   // Two bytes of UTF-8 each.
-  EXPECT_EQ(faultOf(std::u16string(25'000'001, u'\u00e4')), reason);
+  EXPECT_EQ(faultOf(std::u16string(15'000'001, u'\u00e4')), reason);
 }
 
 TEST(ParseLimits, ReadsNoMoreOfAFileThanShowsThatItIsTooLong) {
@@ -139,7 +139,7 @@ TEST(ParseLimits, ReadsNoMoreOfAFileThanShowsThatItIsTooLong) {
   const auto file = folder.write("long.xml", "<r>");
   std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
   EXPECT_EQ(placed(parseFile(file.string()).fault),
-            "The document is longer than 50000000 bytes.\n0:0");
+            "The document is longer than 30000000 bytes.\n0:0");
 }
 
 }  // namespace
