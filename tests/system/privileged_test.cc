@@ -128,8 +128,6 @@ class Privileged : public qx::test::TwoUsers, public testing::WithParamInterface
     std::vector<std::string> all{"QX_REGISTRY="};
     for (const auto& [name, place] : places)
       all.push_back(name + "=" + (planted_ / place).string());
-    // The leak checker cannot look into a process with more rights than its user.
-    all.push_back("ASAN_OPTIONS=detect_leaks=0");
     return all;
   }
   /// Returns a copy of a program for A, with mode `mode`.
