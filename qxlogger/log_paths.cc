@@ -6,9 +6,11 @@
 
 #include <fmt/format.h>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
+#include <filesystem>
 
 namespace qx::logger {
 namespace {
@@ -17,19 +19,35 @@ constexpr std::string_view kNoModule = "nomodule";
 // A file name has at most 255 bytes, which leaves room for a hash and an ending such as ".10.log".
 constexpr std::size_t kLongestName = 200;
 
-// A service may run without HOME; the user database then names the folder.
-std::string homeFolder() {
-  if (std::string home = trustedVariable("HOME"); !home.empty()) return home;
-  passwd entry{};
-  passwd* found = nullptr;
-  char text[4096];
-  if (getpwuid_r(getuid(), &entry, text, sizeof text, &found) != 0 || found == nullptr) return {};
-  return found->pw_dir;
+// True if the folder, or the one in which it would be made, is another user's. Root keeps the HOME
+// of the user who became root in some ways, and must not work in that user's folders, whose links
+// lead anywhere.
+bool isOfAnotherUser(std::filesystem::path folder) {
+  struct stat status {};
+  while (stat(folder.c_str(), &status) != 0 && folder.has_relative_path()) {
+    folder = folder.parent_path();
+  }
+  return status.st_uid != geteuid() && status.st_uid != 0;
 }
 
 // By the XDG rules for base directories a relative path in these variables is ignored.
+std::string folderFrom(const char* variable) {
+  std::string folder = trustedVariable(variable);
+  return folder.starts_with('/') && !isOfAnotherUser(folder) ? folder : std::string();
+}
+
+// A service may run without HOME; the user database then names the folder.
+std::string homeFolder() {
+  if (std::string home = folderFrom("HOME"); !home.empty()) return home;
+  passwd entry{};
+  passwd* found = nullptr;
+  char text[4096];
+  if (getpwuid_r(geteuid(), &entry, text, sizeof text, &found) != 0 || found == nullptr) return {};
+  return found->pw_dir;
+}
+
 std::string userFolder(const char* name, std::string_view belowHome) {
-  if (std::string folder = trustedVariable(name); folder.starts_with('/')) return folder;
+  if (std::string folder = folderFrom(name); !folder.empty()) return folder;
   const std::string home = homeFolder();
   return home.empty() ? std::string() : fmt::format("{}/{}", home, belowHome);
 }

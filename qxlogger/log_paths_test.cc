@@ -1,8 +1,14 @@
 #include "qxlogger/log_paths.h"
 
 #include "qxlogger/test_support.h"
+#include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
 
 namespace qx::logger {
 namespace {
@@ -53,6 +59,21 @@ TEST(LogPaths, IgnoresARelativeBaseFolder) {
   const test::ScopedVariable state("XDG_STATE_HOME", "state");
   const test::ScopedVariable ownFolder("QX_LOG_DIR", nullptr);
   EXPECT_EQ(logFolder(), "/home/x/.local/state/qxframework/log");
+}
+
+TEST(LogPaths, IgnoresFoldersOfAnotherUser) {
+  const qx::test::TempFolder folder;
+  const std::string theirs = folder.file("theirs");
+  std::filesystem::create_directory(theirs);
+  if (chown(theirs.c_str(), 65534, 65534) != 0) GTEST_SKIP() << "only root gives folders away";
+  const test::ScopedVariable home("HOME", theirs);
+  const test::ScopedVariable config("XDG_CONFIG_HOME", nullptr);
+  const test::ScopedVariable state("XDG_STATE_HOME", theirs + "/not/made/yet");
+  const test::ScopedVariable ownSettings("QX_LOG_SETTINGS", nullptr);
+  const test::ScopedVariable ownFolder("QX_LOG_DIR", nullptr);
+  const std::string own = getpwuid(geteuid())->pw_dir;
+  EXPECT_EQ(settingsPath(), own + "/.config/qxframework/log.toml");
+  EXPECT_EQ(logFolder(), own + "/.local/state/qxframework/log");
 }
 
 TEST(LogPaths, CanBeOverriddenByVariables) {

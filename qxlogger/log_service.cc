@@ -131,10 +131,14 @@ LogService::Module& LogService::find(std::u16string_view name) {
   }
 }
 
-void LogService::flush() {
+void LogService::flush() noexcept {
   for (Module* module = modules_.load(std::memory_order_acquire); module != nullptr;
        module = module->next) {
-    module->log.flush();
+    try {
+      module->log.flush();
+    } catch (...) {
+      // Out of memory: the records stay in the shared memory for the next flush.
+    }
   }
 }
 

@@ -68,7 +68,7 @@ class LogService {
   StoreResult store(const LogSettings& settings) { return monitor_.store(settings); }
 
   /// Writes out all pending records.
-  void flush();
+  void flush() noexcept;
 
  private:
   struct Module;

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <regex>
 
 namespace qx::logger {
@@ -40,6 +41,15 @@ TEST_F(LogServiceTest, RecordsOnlyErrorsByDefault) {
   EXPECT_EQ(service.write(7, u"Other", 6, u"CQXAddOn::Connect", u"Entering function\n"), kRecorded);
   EXPECT_EQ(textOf("Billing.log"), expected("Error\t7\tPID\tCQXAddOn::Connect\tFailed\n"));
   EXPECT_FALSE(std::filesystem::exists(folder / "log/Other.log"));
+}
+
+// The flush runs on a thread of its own and at the end of the process, where nothing catches.
+TEST_F(LogServiceTest, AFlushThatFindsNoMemoryLeavesTheRecordsToTheNextOne) {
+  files.onWrite = [](std::size_t) -> std::int64_t { throw std::bad_alloc(); };
+  EXPECT_EQ(service.write(7, u"Billing", 1, u"f", u"Failed\n"), kNotRecorded);
+  EXPECT_NO_THROW(service.flush());
+  files.onWrite = nullptr;
+  EXPECT_EQ(textOf("Billing.log"), expected("Error\t7\tPID\tf\tFailed\n"));
 }
 
 TEST_F(LogServiceTest, OpensNoFileForAnExcludedRecord) {

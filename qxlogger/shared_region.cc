@@ -30,8 +30,8 @@ void pauseBriefly() {
 #endif
 }
 
-// Allocates the space on the disk: a store into a hole of the mapping would end the process by
-// SIGBUS when the disk is full.
+// Gives the file its size with space on the disk: a store into a hole of the mapping would end the
+// process by SIGBUS when the disk is full.
 int makeRoom(FileApi& files, int file, std::size_t size) {
   FileInfo info;
   if (const int error = files.info(file, info); error < 0) return error;
@@ -80,7 +80,11 @@ template <typename Layout>
 int enter(int file, Layout& layout) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (lockFile(file, LOCK_EX | LOCK_NB) == 0) {
-      if (const int error = prepare(layout); error < 0) return error;
+      // A file that was there already may have holes, for example after a restore of a backup. On
+      // file systems without this operation bytes are written, so no other process may use it.
+      int error = allocateFile(file, sizeof(Layout));
+      if (error == 0) error = prepare(layout);
+      if (error < 0) return error;
     }
     // Changing the mode is not atomic: another process may lock the file in between and prepare it
     // too, which does no harm as this one has not used it yet.

@@ -33,6 +33,10 @@ struct SharedState {
 /// initialises the lock, because a lock that was held at a power failure would remain held. The
 /// layout of the mapping is frozen, because processes of different builds share it: another layout
 /// needs another file name.
+///
+/// A process that uses a mapping dies if someone shortens the file. Only its user and root can: the
+/// file has mode 0600, and one of another user or with a second name is not opened. Its space is
+/// taken before the first use, so a full disk ends no process.
 class SharedRegion {
  public:
   /// The size of the buffer for pending records, in bytes.

@@ -5,12 +5,15 @@
 #include "qxframework/automation/registry.h"
 
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -18,7 +21,8 @@ namespace {
 class MemoryFile {
  public:
   MemoryFile() : fd_(memfd_create("registry", MFD_CLOEXEC)) {
-    if (fd_ < 0) std::abort();
+    // A registry that others can write is refused before it is parsed, and memory is made so.
+    if (fd_ < 0 || fchmod(fd_, S_IRUSR | S_IWUSR) != 0) std::abort();
   }
   std::string path() const { return "/proc/self/fd/" + std::to_string(fd_); }
   void write(const std::uint8_t* data, std::size_t size) const {
@@ -30,19 +34,33 @@ class MemoryFile {
   int fd_;
 };
 
+constexpr char kKnown[] = "['HKEY_CURRENT_USER\\key\\sub']\nname = 'value'\n";
+
+std::optional<std::u16string> nameIn(const qx::Registry& registry, std::u16string_view key,
+                                     std::u16string_view name) {
+  return registry.readString(HKEY_CURRENT_USER, key, name);
+}
+
+// Ends the run if files in memory are refused as a whole: then no text would reach the parser.
+void needReading(const MemoryFile& file) {
+  file.write(reinterpret_cast<const std::uint8_t*>(kKnown), sizeof kKnown - 1);
+  if (nameIn(qx::Registry(file.path()), u"key\\sub", u"name") != u"value") std::abort();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const MemoryFile file;
-  static const bool quiet = [] {
+  static const bool ready = [] {
     qx::setDeveloperTraceSink([](std::u16string_view) {});
+    needReading(file);
     return true;
   }();
-  if (!quiet) return 0;
+  if (!ready) return 0;
   file.write(data, size);
   const qx::Registry registry(file.path());
-  const auto upper = registry.readString(HKEY_CURRENT_USER, u"KEY\\SUB", u"NAME");
-  const auto lower = registry.readString(HKEY_CURRENT_USER, u"key\\sub\\", u"name");
-  if (upper != lower) std::abort();
+  if (nameIn(registry, u"KEY\\SUB", u"NAME") != nameIn(registry, u"key\\sub\\", u"name")) {
+    std::abort();
+  }
   return 0;
 }

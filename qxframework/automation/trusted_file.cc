@@ -79,6 +79,23 @@ std::string longer(std::size_t limit) {
   return "it is longer than " + std::to_string(limit) + " bytes; shorten it";
 }
 
+// Whatever the size of the file was before, one byte more than allowed shows that there is too
+// much.
+void readInto(TrustedText& result, int file, std::size_t limit) {
+  char part[4096];
+  while (result.text.size() <= limit) {
+    const ssize_t got = read(file, part, sizeof part);
+    if (got == 0) return;
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      result = {"", "it cannot be read (" + systemReason(errno) + ")"};
+      return;
+    }
+    result.text.append(part, static_cast<std::size_t>(got));
+  }
+  result = {"", longer(limit)};
+}
+
 }  // namespace
 
 std::string trustedVariable(const char* name) {
@@ -98,18 +115,7 @@ TrustedText readTrusted(const std::filesystem::path& path, std::size_t limit) {
     return {"", "it cannot be read (" + systemReason(errno) + ")"};
   }
   TrustedText result{"", problemOf(status, path)};
-  if (!result.problem.empty()) return result;
-  // One byte more than allowed shows that there is too much, whatever the size was before.
-  result.text.resize(limit + 1);
-  std::size_t size = 0;
-  ssize_t got = 1;
-  while (got > 0 && size <= limit) {
-    got = read(file.get(), result.text.data() + size, limit + 1 - size);
-    if (got < 0) return {"", "it cannot be read (" + systemReason(errno) + ")"};
-    size += static_cast<std::size_t>(got);
-  }
-  if (size > limit) return {"", longer(limit)};
-  result.text.resize(size);
+  if (result.problem.empty()) readInto(result, file.get(), limit);
   return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "qxframework/automation/format.h"
 #include "qxframework/automation/text.h"
+#include "qxframework/automation/trusted_file.h"
 #include "qxframework/diagnostics/internal/process_memory.h"
 #include "qxframework/diagnostics/internal/registers.h"
 #include "qxframework/diagnostics/internal/stack_walker_helper.h"
@@ -64,11 +65,6 @@ bool readProcessMemory(HANDLE process, std::uint64_t address, void* buffer, DWOR
 void append(char* path, std::size_t size, const std::string& piece) {
   const std::size_t length = std::strlen(path);
   std::snprintf(path + length, size - length, "%s;", piece.c_str());
-}
-
-std::string variable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
 }
 
 // Formats into the line and cuts what does not fit, the line's end with it.
@@ -134,11 +130,12 @@ void StackWalker::BuildSearchPath(char* path, std::size_t size) const {
   const std::size_t cut = executable.find_last_of("\\/:");
   if (cut != std::string::npos && cut != 0) append(path, size, executable.substr(0, cut));
   for (const char* name : {"_NT_SYMBOL_PATH", "_NT_ALTERNATE_SYMBOL_PATH", "SYSTEMROOT"}) {
-    if (const std::string value = variable(name); !value.empty()) append(path, size, value);
+    if (const std::string value = qx::trustedVariable(name); !value.empty())
+      append(path, size, value);
   }
-  const std::string root = variable("SYSTEMROOT");
+  const std::string root = qx::trustedVariable("SYSTEMROOT");
   if (!root.empty()) append(path, size, root + "\\system32");
-  const std::string drive = variable("SYSTEMDRIVE");
+  const std::string drive = qx::trustedVariable("SYSTEMDRIVE");
   append(path, size, "SRV*" + (drive.empty() ? "c:" : drive) + "\\websymbols" + kSymbolServer);
 }
 

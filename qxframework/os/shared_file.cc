@@ -5,6 +5,7 @@
 #include "qxframework/automation/trusted_file.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -50,6 +51,28 @@ bool isOwn(const std::filesystem::path& folder) {
 
 bool provideOwn(const std::filesystem::path& folder) {
   return mkdir(folder.c_str(), kOwnFolder) == 0 || isOwn(folder);
+}
+
+// The database first: processes of one user may differ in their environment, and root may have
+// another user's.
+std::filesystem::path homeFolder() {
+  passwd entry{};
+  passwd* found = nullptr;
+  char text[4096];
+  const bool known =
+      getpwuid_r(geteuid(), &entry, text, sizeof text, &found) == 0 && found != nullptr;
+  return known ? found->pw_dir : trustedVariable("HOME");
+}
+
+// Creates the folders on the way, which are in the user's own home.
+bool provideBelow(const std::filesystem::path& home, const std::filesystem::path& folder) {
+  if (!home.is_absolute() || !isOwn(home)) return false;
+  std::filesystem::path step = home;
+  for (const std::filesystem::path& name : folder.parent_path()) {
+    step /= name;
+    mkdir(step.c_str(), kOwnFolder);  // what is missing in the end is noticed then
+  }
+  return provideOwn(home / folder);
 }
 
 std::filesystem::path givenFolder() {
@@ -117,7 +140,7 @@ void needPlainFile(int fd, const std::filesystem::path& file, bool everyUsers) {
 RuntimePlaces standardRuntimePlaces() {
   const std::string user = std::to_string(geteuid());
   return {"/run/lock/qxframework", "/run/user/" + user, trustedVariable("XDG_RUNTIME_DIR"),
-          "/tmp/qxframework-" + user};
+          homeFolder(), "/tmp/qxframework-" + user};
 }
 
 std::filesystem::path runtimeFolder() { return runtimeFolder(standardRuntimePlaces()); }
@@ -130,6 +153,8 @@ std::filesystem::path runtimeFolder(const RuntimePlaces& places) {
     const std::filesystem::path folder = base / "qxframework";
     if (base.is_absolute() && isOwn(base) && provideOwn(folder)) return folder;
   }
+  const std::filesystem::path folder = ".local/state/qxframework/run";
+  if (provideBelow(places.home, folder)) return places.home / folder;
   if (provideOwn(places.last)) return places.last;
   errno = EPERM;
   raise(

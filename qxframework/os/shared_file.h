@@ -20,11 +20,15 @@ struct RuntimePlaces {
   /// write to them; empty ones are left out.
   std::filesystem::path users;
   std::filesystem::path environments;
-  /// The user's own folder where both are missing.
+  /// The user's home, where both are missing: in it, ".local/state/qxframework/run" counts by the
+  /// same rules. It comes before the last one, which another user can take first.
+  std::filesystem::path home;
+  /// The user's own folder where there is no home either.
   std::filesystem::path last;
 };
 
-/// Returns /run/lock/qxframework, /run/user/UID, XDG_RUNTIME_DIR and /tmp/qxframework-UID.
+/// Returns /run/lock/qxframework, /run/user/UID, XDG_RUNTIME_DIR, the home that the user database
+/// names (HOME, if it names none), and /tmp/qxframework-UID.
 RuntimePlaces standardRuntimePlaces();
 
 /// Returns QX_RUNTIME_DIR if that is set, else the first of the places that is safe. Creates a

@@ -208,6 +208,26 @@ TEST_F(RuntimeFolderTest, IsInTheUsersOwnFolderElse) {
   EXPECT_EQ(chosen(), "user/qxframework");
 }
 
+TEST_F(RuntimeFolderTest, IsInTheHomeOfAUserWithoutEither) {
+  places_.home = make("home", 0755);
+  EXPECT_EQ(chosen(), "home/.local/state/qxframework/run");
+  EXPECT_EQ(modeOf(folder_.path() / "home/.local/state/qxframework/run"), 0700U);
+  EXPECT_EQ(chosen(), "home/.local/state/qxframework/run");
+  EXPECT_FALSE(std::filesystem::exists(places_.last));
+}
+
+TEST_F(RuntimeFolderTest, AHomeThatOthersCanWriteDoesNotCount) {
+  places_.home = make("home", 0777);
+  EXPECT_EQ(chosen(), "last");
+  EXPECT_FALSE(std::filesystem::exists(places_.home / ".local"));
+}
+
+TEST_F(RuntimeFolderTest, AHomeThatDoesNotExistIsNotMade) {
+  places_.home = folder_.path() / "none";
+  EXPECT_EQ(chosen(), "last");
+  EXPECT_FALSE(std::filesystem::exists(places_.home));
+}
+
 TEST_F(RuntimeFolderTest, IsInTheFolderOfTheEnvironmentIfTheUserHasNone) {
   places_.users = folder_.path() / "none";
   places_.environments = make("environment", 0700);

@@ -323,12 +323,14 @@ class IXMLDOMParseError : public IUnknown {
 
 /// The root of a tree. The nodes that it creates belong to it and have no parent yet.
 ///
-/// It reads XML 1.0 with namespaces, with elements up to 255 levels deep and single texts up to
-/// 10,000,000 bytes long; other versions of XML are refused. It fetches nothing but the file
-/// itself. A document type declaration is skipped, but for the default values of attributes in it:
-/// each element of that name gets those that it does not have, as attributes of its own. There may
-/// be 1,000 such values, and they may add up to 10,000,000 bytes to the document. A declaration of
-/// an entity is refused; references are limited to the five predefined ones and those by number.
+/// It reads XML 1.0 with namespaces, of up to 30,000,000 bytes, with elements up to 255 levels deep
+/// and single texts up to 10,000,000 bytes long; other versions of XML are refused. An element has
+/// up to 2,000 attributes and declarations of namespaces, and up to 500 declarations, of its own
+/// and of the elements around it, hold for it. It fetches nothing but the file itself. A document
+/// type declaration is skipped, but for the default values of attributes in it: each element of
+/// that name gets those that it does not have, as attributes of its own. There may be 1,000 such
+/// values, and they may add up to 10,000,000 bytes to the document. A declaration of an entity is
+/// refused; references are limited to the five predefined ones and those by number.
 class IXMLDOMDocument : public IXMLDOMNode {
  public:
   static constexpr GUID kIid{

@@ -13,21 +13,26 @@
 // | tables STATE   | it creates its own tables next             | go                    |
 // | created RESULT | its tables are created                     |                       |
 // | connected CODE | Connect has returned                       | count, menus, open,   |
-// |                |                                            | stop or leave         |
+// |                |                                            | dump, stop or leave   |
 // | count COUNT    | the add-ons that are attached              | the same              |
 // | menus NUMBER   | the common entries in the menu             | the same              |
 // | opened FORM    | a form is open, with a form object         | the same              |
+// | dumped CODE    | a form that cannot be read has thrown CODE | the same              |
 // | stopped        | the client is shut down                    | the same              |
 
 #include "qxframework/automation/text.h"
 #include "qxframework/dbdef/db_def.h"
 #include "qxframework/foundation/version.h"
+#include "qxframework/resources/resource_loader.h"
+#include "qxframework/xml/dom.h"
 #include "testing/embedded_client.h"
+#include "testing/raised_by.h"
 #include "testing/recording_addon.h"
 #include "testing/recording_logger.h"
 
 #include <cstdlib>
 #include <iostream>
+#include <vector>
 
 namespace {
 
@@ -78,6 +83,15 @@ long load(const qx::test::Record& record) {
   return next == "go" ? S_OK : E_FAIL;
 }
 
+// Loads a form that no symbol table makes readable, which leaves a dump. Returns what it throws.
+long loadBrokenForm() {
+  CQXResourceLoader loader;
+  std::vector<XMLMAP> map{{u"A", 999, u"\x01"}, {}};
+  CComPtr<IXMLDOMDocument> document;
+  const CComBSTR text(u"<Application caption=\"A\"/>");
+  return qx::test::raisedBy([&] { loader.LoadXML(0, text, document, &map, ln_English); });
+}
+
 std::size_t commonEntries(const std::string& menus) {
   std::size_t count = 0;
   for (std::size_t at = menus.find("QX_551"); at != std::string::npos;
@@ -92,6 +106,7 @@ void serve(qx::test::EmbeddedClient& desk) {
     if (next == "count") report("count " + std::to_string(CQXAddOn::GetAttachCount(kAppId)));
     if (next == "menus") report("menus " + std::to_string(commonEntries(desk.menus())));
     if (next == "open") report("opened " + desk.openForm("3101"));
+    if (next == "dump") report("dumped " + std::to_string(loadBrokenForm()));
     if (next == "stop") {
       desk.shutDown();
       report("stopped");

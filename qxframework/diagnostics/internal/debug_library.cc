@@ -1,10 +1,11 @@
 #include "qxframework/diagnostics/internal/debug_library.h"
 
+#include "qxframework/automation/trusted_file.h"
+
 #include <dlfcn.h>
 #include <sys/stat.h>
 
 #include <atomic>
-#include <cstdlib>
 
 namespace qx::diagnostics {
 namespace {
@@ -19,12 +20,14 @@ bool exists(const std::string& path) {
 }
 
 // Loads the library from one of the folders of the debugging tools. A machine has such folders only
-// if an administrator names their parent in the variable; it is not set on a usual Linux.
+// if an administrator names their parent in the variable; it is not set on a usual Linux. A library
+// that others can replace is passed over, as for every class.
 void* loadFromTools(const char* folder) {
-  const char* programs = std::getenv("ProgramFiles");
-  if (programs == nullptr || *programs == 0) return nullptr;
-  const std::string file = std::string(programs) + folder + kLibrary;
-  return exists(file) ? dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr;
+  const std::string programs = trustedVariable("ProgramFiles");
+  if (programs.empty()) return nullptr;
+  const std::string file = programs + folder + kLibrary;
+  const bool loads = exists(file) && distrust(file).empty();
+  return loads ? dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr;
 }
 
 void* loadLibrary(const std::string& executable) {

@@ -103,6 +103,15 @@ TEST(DebugLibrary, ToolsThatDoNotLoadAreSkipped) {
   EXPECT_FALSE(loadsWith(folder));
 }
 
+TEST(DebugLibrary, ToolsThatOthersCanReplaceAreSkipped) {
+  const qx::test::TempFolder folder;
+  copyTo(folder, kTools, QX_WALK_FIXTURE);
+  std::filesystem::permissions(folder.path() / kTools / "libdw.so.1",
+                               std::filesystem::perms::others_write,
+                               std::filesystem::perm_options::add);
+  EXPECT_TRUE(loadsWith(folder));
+}
+
 TEST(DebugLibrary, ProgramWithALocalCopyUsesNoTools) {
   const qx::test::TempFolder folder;
   copyTo(folder, kTools, QX_WALK_FIXTURE);

@@ -1,5 +1,6 @@
 #include "qxframework/xml/internal/fault_collector.h"
 
+#include <new>
 #include <utility>
 
 namespace qx::xml {
@@ -25,22 +26,29 @@ FaultCollector::FaultCollector(xmlParserCtxt* parser)
 
 FaultCollector::~FaultCollector() { xmlSetStructuredErrorFunc(formerContext_, formerHandler_); }
 
+void FaultCollector::note(std::string reason) {
+  if (fault_.code < 0) return;
+  fault_ = {E_FAIL, std::move(reason), 0, 0};
+  placeAtParser();
+}
+
 void FaultCollector::refuse(std::string reason) {
-  if (fault_.code >= 0) {
-    fault_ = {E_FAIL, std::move(reason), 0, 0};
-    placeAtParser();
-  }
+  note(std::move(reason));
   parser_->wellFormed = 0;
   xmlStopParser(parser_);
 }
 
-void FaultCollector::take(const xmlError& error) {
+// Nothing may be thrown through libxml2, which has no cleanup for it. The short reason fits into
+// the string itself and so needs no memory.
+void FaultCollector::take(const xmlError& error) noexcept try {
   if (!counts(error) || fault_.code < 0) return;
   const std::string reason = error.message == nullptr ? "" : error.message;
   fault_ = {E_FAIL, reason.ends_with('\n') ? reason : reason + '\n', error.line, error.int2};
   // Errors of encodings come without a position.
   if (error.line <= 0) placeAtParser();
   if (fault_.position < 1) fault_.position = 1;
+} catch (const std::bad_alloc&) {
+  fault_ = {E_OUTOFMEMORY, "No memory.\n", 0, 0};
 }
 
 void FaultCollector::placeAtParser() {

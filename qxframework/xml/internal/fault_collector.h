@@ -21,14 +21,16 @@ class FaultCollector {
   FaultCollector(const FaultCollector&) = delete;
   FaultCollector& operator=(const FaultCollector&) = delete;
 
-  /// Ends the parse for a reason of our own, a sentence that ends with a line end, at the parser's
-  /// present place.
+  /// Keeps a reason of our own, a sentence that ends with a line end, with the parser's present
+  /// place. The caller ends the parse.
+  void note(std::string reason);
+  /// Keeps the reason and ends the parse.
   void refuse(std::string reason);
   /// Returns the first error; its code is S_OK if there was none.
   const ParseFault& fault() const { return fault_; }
 
  private:
-  void take(const xmlError& error);
+  void take(const xmlError& error) noexcept;
   void placeAtParser();
 
   xmlParserCtxt* parser_;

@@ -4,14 +4,15 @@
 #include "qxframework/xml/internal/parse_rules.h"
 #include "qxframework/xml/internal/utf.h"
 
+#include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/uri.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <limits>
+#include <cstring>
 #include <system_error>
 
 namespace qx::xml {
@@ -23,14 +24,65 @@ struct FreeParser {
   void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
 };
 
+// A start tag of this length or less cannot have too many attributes: ` a=''` has five bytes.
+constexpr std::size_t kSafeTag = 10'000;
+
+// The tree takes up to fifty times as much memory.
+constexpr std::size_t kLongestDocument = 30'000'000;
+constexpr char kTooLong[] = "The document is longer than 30000000 bytes.\n";
+
 ParseFault faultWithoutPlace(HRESULT code, std::string reason) {
   return {code, std::move(reason), 0, 0};
 }
 
-ParseResult parseBytes(std::string_view bytes, int options, TagHandler* tags = nullptr) {
-  if (bytes.size() > std::size_t{std::numeric_limits<int>::max()}) {
-    return {nullptr, faultWithoutPlace(E_FAIL, "The document is too long.\n")};
+// The rest of a document that the parser reads piece by piece, so that the rules can end a start
+// tag of any length.
+struct Pieces {
+  std::string_view rest;
+  ParseRules& rules;
+};
+
+int readPiece(void* context, char* buffer, int size) {
+  auto& pieces = *static_cast<Pieces*>(context);
+  if (!pieces.rules.admitUnfinishedTag()) return 0;
+  const std::size_t taken = pieces.rest.copy(buffer, static_cast<std::size_t>(size));
+  pieces.rest.remove_prefix(taken);
+  return static_cast<int>(taken);
+}
+
+// True unless all start tags are safe. None has a "<" in it, so none is longer than the way from
+// one to the next; memrchr skips as many of them at once as it can. In other encodings the byte may
+// be a part of another character.
+bool mayHaveLongTag(std::string_view bytes, bool utf8) {
+  if (!utf8) return bytes.size() > kSafeTag;
+  while (bytes.size() > kSafeTag) {
+    const void* const last = memrchr(bytes.data() + 1, '<', kSafeTag);
+    if (last == nullptr) return true;
+    bytes.remove_prefix(static_cast<std::size_t>(static_cast<const char*>(last) - bytes.data()));
   }
+  return false;
+}
+
+// A long tag is read in pieces, which takes a little longer.
+//
+// Without XML_PARSE_HUGE, libxml2 bounds the length of texts. XML_PARSE_NOBLANKS would replace the
+// handler of white space.
+DocumentHandle readDocument(xmlParserCtxt* parser, std::string_view bytes, int options,
+                            ParseRules& rules) {
+  const bool utf8 = (options & XML_PARSE_IGNORE_ENC) != 0;
+  options |= XML_PARSE_NONET;
+  if (!mayHaveLongTag(bytes, utf8)) {
+    return DocumentHandle(xmlCtxtReadMemory(parser, bytes.data(), static_cast<int>(bytes.size()),
+                                            nullptr, nullptr, options));
+  }
+  rules.expectPieces();
+  Pieces pieces{bytes, rules};
+  return DocumentHandle(
+      xmlCtxtReadIO(parser, readPiece, nullptr, &pieces, nullptr, nullptr, options));
+}
+
+ParseResult parseBytes(std::string_view bytes, int options, TagHandler* tags = nullptr) {
+  if (bytes.size() > kLongestDocument) return {nullptr, faultWithoutPlace(E_FAIL, kTooLong)};
   // A static, so that the first parse of any thread initialises the library exactly once.
   static const bool initialised = (xmlInitParser(), true);
   static_cast<void>(initialised);
@@ -38,11 +90,7 @@ ParseResult parseBytes(std::string_view bytes, int options, TagHandler* tags = n
   if (parser == nullptr) throw std::bad_alloc();
   FaultCollector collector(parser.get());
   ParseRules rules(parser.get(), collector, tags);
-  // Without XML_PARSE_HUGE, libxml2 bounds the length of texts. XML_PARSE_NOBLANKS would replace
-  // the handler of white space.
-  DocumentHandle document(xmlCtxtReadMemory(parser.get(), bytes.data(),
-                                            static_cast<int>(bytes.size()), nullptr, nullptr,
-                                            XML_PARSE_NONET | options));
+  DocumentHandle document = readDocument(parser.get(), bytes, options, rules);
   rules.rethrow();
   if (collector.fault().code < 0) return {nullptr, collector.fault()};
   // No error was reported, but there is no document either; that must not pass for an empty one.
@@ -79,22 +127,44 @@ ParseFault cannotRead(const std::string& source, std::error_code why) {
   return faultWithoutPlace(code, "Cannot read " + source + ": " + why.message() + ".\n");
 }
 
-// Reads a whole regular file; stores an error in `why`. Other kinds of files are refused, since a
-// pipe or a device may block or never end.
+class File {
+ public:
+  // O_NONBLOCK, since opening a pipe would wait for its other end.
+  explicit File(const std::string& path)
+      : fd_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
+  ~File() {
+    if (fd_ >= 0) close(fd_);
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+// Returns the `errno` for a file that cannot be read to its end; 0 for a regular file. A pipe or a
+// device may block or never end.
+int problemOf(const File& file) {
+  struct stat status {};
+  if (file.get() < 0 || fstat(file.get(), &status) != 0) return errno;
+  if (S_ISREG(status.st_mode)) return 0;
+  return S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP;
+}
+
+// Reads a file, but no more than shows that it is too long. Stores an error in `why`.
 std::string readFile(const std::string& path, std::error_code& why) {
-  const auto status = std::filesystem::status(path, why);
-  if (why) return {};
-  if (!std::filesystem::is_regular_file(status)) {
-    why = std::make_error_code(std::filesystem::is_directory(status) ? std::errc::is_a_directory
-                                                                     : std::errc::not_supported);
-    return {};
+  const File file(path);
+  int error = problemOf(file);
+  std::string bytes;
+  char part[65'536];
+  while (error == 0 && bytes.size() <= kLongestDocument) {
+    const ssize_t size = read(file.get(), part, sizeof part);
+    if (size == 0) break;
+    if (size > 0) bytes.append(part, static_cast<std::size_t>(size));
+    if (size < 0 && errno != EINTR) error = errno;
   }
-  errno = 0;  // the stream does not report why it fails, but the system call beneath it sets this
-  std::ifstream file(path, std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(file), {}};
-  if (!file.is_open() || file.bad()) {
-    why = std::error_code(errno == 0 ? EIO : errno, std::generic_category());
-  }
+  why = std::error_code(error, std::generic_category());
   return bytes;
 }
 
@@ -102,6 +172,10 @@ std::string readFile(const std::string& path, std::error_code& why) {
 
 std::optional<std::string> documentBytes(std::u16string_view text, ParseFault& fault) {
   if (text.starts_with(u'\uFEFF')) text.remove_prefix(1);
+  if (text.size() > kLongestDocument) {
+    fault = faultWithoutPlace(E_FAIL, kTooLong);
+    return std::nullopt;
+  }
   std::optional<std::string> bytes = strictUtf8(text);
   if (!bytes) {
     fault = faultWithoutPlace(E_FAIL, "The text is no well-formed UTF-16.\n");

@@ -1,7 +1,8 @@
 #pragma once
 
 // Parses bytes into a tree, with the limits that a document from outside needs: nothing is fetched,
-// no entity is declared or expanded, nesting, text lengths and default values are bounded.
+// no entity is declared or expanded; size, nesting, text lengths, attributes, namespaces and
+// default values are bounded.
 
 #include "qxframework/automation/types.h"
 

@@ -21,6 +21,15 @@ constexpr int kMostLevels = 255;
 constexpr int kMostDefaults = 1'000;
 constexpr std::size_t kMostAddedBytes = 10'000'000;
 
+// libxml2 compares the attributes of an element with each other, and looks for a prefix in all
+// declarations around an element. Without limits, 400 KB of attributes take 15 seconds.
+constexpr int kMostAttributes = 2'000;  // of an element, with its declarations of namespaces
+constexpr int kMostNamespaces = 500;    // declared by an element and those around it
+
+// How the parser stores them: an attribute is five pointers, a declaration a prefix and a name.
+constexpr int kPartsOfAttribute = 5;
+constexpr int kPartsOfNamespace = 2;
+
 xmlParserCtxt& parserOf(void* context) { return *static_cast<xmlParserCtxt*>(context); }
 ParseRules& rulesOf(void* context) { return *static_cast<ParseRules*>(parserOf(context)._private); }
 
@@ -81,12 +90,13 @@ bool isPossibleDefault(std::string_view attribute, std::string_view value) {
 
 // --- input -------------------------------------------------------------------------------------
 
-// All bytes are in the parser's buffer, unless it converts them from another encoding as it goes.
-// Without a source the parser does not ask for more at every step near the end of the buffer, which
-// takes a fourth of the time of a short document.
+// All bytes of a short document are in the parser's buffer, unless it converts them from another
+// encoding as it goes. Without a source the parser does not ask for more at every step near the end
+// of the buffer, which takes a fourth of the time of a short document.
 void startDocument(void* context) {
   xmlSAX2StartDocument(context);
   const xmlParserCtxt& parser = parserOf(context);
+  if (!rulesOf(context).hasWholeInput()) return;
   if (parser.inputNr != 1 || parser.input->buf == nullptr) return;
   if (parser.input->buf->encoder == nullptr) parser.input->buf->readcallback = nullptr;
 }
@@ -250,6 +260,10 @@ bool ParseRules::admitElement(const StartTag& tag) {
     refuse("The elements are nested more than 255 levels deep.\n");
     return false;
   }
+  if (const char* excess = excessIn(tag.attributeCount + tag.namespaceCount)) {
+    refuse(excess);
+    return false;
+  }
   if (defaults_ == 0) return true;
   countDefaults(tag);
   if (addedBytes_ <= kMostAddedBytes) return true;
@@ -257,12 +271,31 @@ bool ParseRules::admitElement(const StartTag& tag) {
   return false;
 }
 
+const char* ParseRules::excessIn(int attributes) const {
+  if (attributes > kMostAttributes) {
+    return "An element has more than 2000 attributes and declarations of namespaces.\n";
+  }
+  if (parser_->nsNr > kPartsOfNamespace * kMostNamespaces) {
+    return "More than 500 declarations of namespaces hold for an element.\n";
+  }
+  return nullptr;
+}
+
+// The handlers hear of a tag when all of it has been read and compared. Until then the parser's
+// array of attributes tells their number: it is doubled when it is full, so at least half of it has
+// been in use. The parser is in the middle of its work and must not be stopped.
+bool ParseRules::admitUnfinishedTag() {
+  const char* excess = excessIn(parser_->maxatts / (2 * kPartsOfAttribute));
+  if (excess != nullptr) faults_.note(excess);
+  return excess == nullptr;
+}
+
 // Counts what a writer would write for the defaulted attributes. The parser does not tell which
 // declarations of namespaces are defaulted, so all of them count.
 void ParseRules::countDefaults(const StartTag& tag) {
   constexpr std::size_t kPunctuation = 4;  // a blank, "=" and two quotes
   for (int i = tag.attributeCount - tag.defaultedCount; i < tag.attributeCount; ++i) {
-    const Attribute attribute(tag.attributes + 5 * std::ptrdiff_t{i});
+    const Attribute attribute(tag.attributes + kPartsOfAttribute * std::ptrdiff_t{i});
     addedBytes_ += attribute.name.size() + attribute.prefix.size() + attribute.value.size();
     addedBytes_ += kPunctuation;
     // The parser itself heeds xml:space only in the text of a tag.

@@ -56,17 +56,25 @@ class ParseRules {
   void checkDefault(const xmlChar* attribute, const xmlChar* value);
   /// Returns false if the element breaks a rule and must not become a part of the tree.
   bool admitElement(const StartTag& tag);
+  /// Returns false if the start tag that the parser is reading has too many attributes or
+  /// namespaces already. May be called by the input of the parser only, which must end then.
+  bool admitUnfinishedTag();
+  /// True if the whole document is in the parser's buffer from the start.
+  bool hasWholeInput() const { return wholeInput_; }
+  void expectPieces() { wholeInput_ = false; }
   /// Ends the parse for a reason that ends with a line end.
   void refuse(const char* reason) { faults_.refuse(reason); }
 
  private:
   void giveUp();
+  const char* excessIn(int attributes) const;
   void countDefaults(const StartTag& tag);
 
   xmlParserCtxt* parser_;
   FaultCollector& faults_;
   TagHandler* tags_;
   std::exception_ptr thrown_;
+  bool wholeInput_ = true;
   int defaults_ = 0;            // default values that the document declares
   std::size_t addedBytes_ = 0;  // the text that they have added to the document
 };
