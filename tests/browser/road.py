@@ -64,19 +64,18 @@ def until(condition, what):
 
 
 def menu_paths(tree):
-    """Returns the texts from the menu bar down to each entry, by its UID, of a printed menu tree."""
+    """Returns the UIDs from the menu bar down to each entry, by its UID, of a printed menu tree."""
     paths, above = {}, []
     for line in tree:
         depth = (len(line) - len(line.lstrip())) // 2
-        uid, _, rest = line.strip().partition(" ")
-        text = rest.split('"')[1] if '"' in rest else ""
-        above[depth:] = [text]
+        uid = line.strip().partition(" ")[0]
+        above[depth:] = [uid]
         paths[uid] = list(above)
     return paths
 
 
 class Road:
-    """Does the steps in a browser that shows the page. `menus` has the path of each menu entry."""
+    """Does the steps in a browser that shows the page. `menus` is what menu_paths() returns."""
 
     def __init__(self, browser, menus):
         self.browser = browser
@@ -136,17 +135,17 @@ class Road:
 
     def _menu(self, words, _rest):
         first, *others = self.menus[words[0]]
-        button = self._one(
-            "return [...document.querySelectorAll('#menuBar [role=menuitem]')].find("
-            "(one) => one.textContent === arguments[0]) ?? null;", f"menu {first}", first)
-        button.click()
-        for text in others:
-            entry = self._one(
-                "return [...document.querySelectorAll('.menuEntry')].find("
-                "(one) => one.textContent === arguments[0]) ?? null;", f"entry {text}", text)
+        self._menu_part("#menuBar [role=menuitem]", first).click()
+        for uid in others:
+            entry = self._menu_part(".menuEntry", uid)
             ActionChains(self.browser, duration=0).move_to_element(entry).perform()
-            last = entry
-        last.click()
+        entry.click()
+
+    def _menu_part(self, selector, uid):
+        return self._one(
+            "const [selector, uid] = arguments;"
+            "return [...document.querySelectorAll(selector)].find("
+            "(one) => one.dataset.menu === uid) ?? null;", f"menu {uid}", selector, uid)
 
     def _press(self, words, _rest):
         self._item(words[0], words[1]).click()

@@ -51,6 +51,7 @@ export class MenuBar {
         },
       },
     });
+    button.dataset.menu = menu.get("uid");
     if (menu.get("type") === "separator") button.hidden = true;
     return button;
   }
@@ -85,6 +86,7 @@ export class MenuBar {
 
   entriesOf(menu) {
     return menu.get("children").map((child) => ({
+      uid: child.get("uid"),
       text: child.get("text"),
       type: child.get("type"),
       enabled: child.get("enabled"),

@@ -55,6 +55,8 @@ export class MenuPopup {
     }, [element("span", { class: "check", "aria-hidden": "true" }),
       element("bdi", { text: entry.text }),
       element("span", { class: isPopup ? "arrow" : "", "aria-hidden": "true" })]);
+    if (entry.uid !== undefined) node.dataset.menu = entry.uid;
+    if (entry.uid !== undefined) node.dataset.menu = entry.uid;
     return node;
   }
 
