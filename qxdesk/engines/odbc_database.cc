@@ -1,7 +1,7 @@
 #include "qxdesk/engines/odbc_database.h"
 
 #include "qxdesk/engines/driver_options.h"
-#include "qxdesk/engines/odbc_names.h"
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_statement.h"
 #include "qxdesk/engines/plain_savepoints.h"
 #include "qxdesk/engines/plain_tables.h"

@@ -1,7 +1,7 @@
 #include "qxdesk/engines/odbc_statement.h"
 
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_columns.h"
-#include "qxdesk/engines/odbc_names.h"
 #include "qxframework/automation/text.h"
 
 #include <sqlucode.h>
