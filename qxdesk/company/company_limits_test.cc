@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 
 namespace qx::desk {
 namespace {
@@ -134,6 +135,38 @@ TEST_P(CompanyLimits, RowsThatTakeTooMuchMemoryEndTheStatementAndNotTheProcess) 
             std::u16string::npos)
       << toUtf8(words);
   EXPECT_EQ(rowsOf(limited, u"SELECT COUNT(*) FROM OFPR"), u"36");
+}
+
+/// Returns the megabytes of a line such as "VmHWM: 4096 kB" of this process.
+long megabytesOf(const std::string& name) {
+  std::ifstream file("/proc/self/status");
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with(name)) return std::stol(line.substr(name.size() + 1)) / 1024;
+  }
+  return 0;
+}
+
+// The driver of a server reads all rows before the first of them can be counted.
+TEST_P(CompanyLimits, MillionsOfRowsDoNotFillTheMemoryOfTheProcess) {
+  LoginTarget small = target();
+  small.memoryMegabytes = 16;
+  constexpr std::u16string_view kQuery =  // 36 * 36 * 36 * 36 * 4 rows
+      u"SELECT A.PeriodNo, B.Code FROM OFPR A, OFPR B, OFPR C, OFPR D, HVCURR E WHERE A.SubNum > 0";
+  // In a process of its own, whose peak is that of this statement.
+  const std::vector<int> codes = atOnce(1, [&] {
+    const CComPtr<ICompany> limited = connectTo(small);
+    const long before = megabytesOf("VmRSS");
+    for (int i = 0; i < 3; ++i) {
+      const std::u16string words = refusalBy(limited, std::u16string(kQuery));
+      if (words.find(u"its rows take more than 16 MB, the limit of the key memory") ==
+          std::u16string::npos) {
+        return 1;
+      }
+    }
+    if (rowsOf(limited, u"SELECT COUNT(*) FROM OFPR") != u"36") return 2;
+    return megabytesOf("VmHWM") - before > 128 ? 3 : 0;
+  });
+  EXPECT_EQ(codes, std::vector<int>{0});
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, CompanyLimits, testing::Values(Engine::Sqlite, Engine::Postgres),

@@ -6,6 +6,7 @@
 #include "qxdesk/dictionary/system_tables.h"
 #include "qxdesk/engines/code_draws.h"
 #include "qxdesk/engines/engine_tables.h"
+#include "qxdesk/engines/memory_watch.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
@@ -44,9 +45,7 @@ bool mayBeOutdated(const Database& database, const DatabaseError& error) {
 
 void needRoom(const RowStore& rows, std::size_t mostBytes) {
   if (rows.bytes() <= mostBytes) return;
-  throw DatabaseError(Fault::Cancelled, "its rows take more than " +
-                                            std::to_string(mostBytes >> 20) +
-                                            " MB, the limit of the key memory");
+  throw needsTooMuchMemory(mostBytes);
 }
 
 // True if a statement reads the highest code and cannot run as a kept one for that reason.

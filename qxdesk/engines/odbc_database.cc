@@ -238,12 +238,14 @@ std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
   if (isPostgres(*opened)) {
     PostgresConnection right = withRightOptions(std::move(opened), std::string(connection),
                                                 environment.loginTimeoutSeconds);
+    right.connection->watchMemory(environment.memoryBytes);
     return std::make_unique<PostgresDatabase>(
         std::move(right.connection), environment, right.readOnly,
         [text = std::string(connection), environment] { return openBeside(text, environment); });
   }
   // PostgreSQL gets its limit as a setting of the session instead.
   opened->setStatementTimeoutSeconds(environment.statementTimeoutSeconds);
+  opened->watchMemory(environment.memoryBytes);
   const std::string quote = quoteOf(*opened);
   return std::make_unique<PlainDatabase>(std::move(opened), NameStyle{quote, false});
 }
