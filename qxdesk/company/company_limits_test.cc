@@ -195,6 +195,22 @@ TEST_F(CompanyFileLimits, ANewCompanyIsForItsUserAlone) {
   EXPECT_EQ(modeOf(folder.file("company.db-wal")), 0600U);
 }
 
+TEST_F(CompanyFileLimits, AnEngineThatNeedsTooMuchMemorySaysSo) {
+  LoginTarget small = target();
+  small.memoryMegabytes = 16;
+  const CComPtr<ICompany> company = connectTo(small);
+  const auto text = [](char16_t c) { return u"N'" + std::u16string(3000, c) + u"'"; };
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  const std::u16string sql = u"SELECT REPLACE(REPLACE(" + text(u'a') + u", 'a', " + text(u'b') +
+                             u"), 'b', " + text(u'c') + u")";
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"The statement was stopped before its end, by its time limit or by an administrator "
+            u"(it needs more memory than the key memory allows). Try again; if it happens again, "
+            u"ask for fewer rows at a time or have the limit raised.");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCURR"), u"4");
+}
+
 TEST_F(CompanyFileLimits, ACompanyKeepsTheRightsThatItsUserGave) {
   connectTo(target())->Disconnect();
   chmod(folder.file("company.db").c_str(), 0640);
