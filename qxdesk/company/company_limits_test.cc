@@ -2,12 +2,15 @@
 
 #include "qxdesk/company/test_support.h"
 #include "qxframework/automation/text.h"
+#include "testing/odbc_program.h"
+#include "testing/sqlite_file.h"
 
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 
 namespace qx::desk {
 namespace {
@@ -21,15 +24,30 @@ class CompanyLimits : public CompanyTest {
     EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure) << toUtf8(sql);
     return lastError(asked).text;
   }
+  /// Runs a statement as another program would, around the company.
+  void runBeside(const std::string& sql) const {
+    if (GetParam() == Engine::Sqlite) return test::SqliteFile(database).execute(sql);
+    test::OdbcProgram(database.substr(std::string_view("odbc:").size())).run(sql);
+  }
+  static std::u16string storedName(const std::u16string& table, const std::u16string& name) {
+    return u"The dictionary table " + table + u" holds the name '" + name +
+           u"', which no company gives; nothing was done with it. Have the row corrected by the "
+           u"administrator of the database, or restore a backup.";
+  }
+  /// Returns the words with which `body` raises a failure of the database.
+  template <class Body>
+  std::u16string wordsOf(Body&& body) {
+    EXPECT_EQ(raisedBy(body), kSqlFailure);
+    return lastError(company).text;
+  }
 };
 
 TEST_P(CompanyLimits, TheDictionaryCanBeReadButNotChangedByStatements) {
   addTable(company, u"T");
   const auto readOnly = [](const std::u16string& table, const std::u16string& column) {
-    return u"the table " + table +
-           u" describes the user tables and can only be read; change them through the objects for "
-           u"tables, fields and keys (line 1, column " +
-           column + u")";
+    return u"A statement cannot change the table " + table + u" (1:" + column +
+           u"), which the company keeps itself. Change it through the objects for tables, fields "
+           u"and keys.";
   };
   EXPECT_EQ(refusal(u"INSERT INTO HVUTAB (TableName) VALUES ('X]; DROP TABLE HVCOMP; --')"),
             readOnly(u"HVUTAB", u"13"));
@@ -38,7 +56,71 @@ TEST_P(CompanyLimits, TheDictionaryCanBeReadButNotChangedByStatements) {
   for (const char16_t* table : {u"HVUFVAL", u"HVUKEY", u"HVUKCOL"}) {
     EXPECT_EQ(refusal(std::u16string(u"DELETE FROM ") + table), readOnly(table, u"13"));
   }
+  EXPECT_EQ(refusal(u"UPDATE QXVR SET Version = 99"),
+            words(u"there is no table QXVR (line 1, column 8)", readOnly(u"QXVR", u"8")));
   EXPECT_EQ(rowsOf(company, u"SELECT TableName FROM HVUTAB"), u"T");
+}
+
+TEST_P(CompanyLimits, TheSettingsCanBeChangedButTheirRowStays) {
+  const auto oneRow = [](const std::u16string& at) {
+    return u"The table HVCOMP has one row, whose settings a statement can change; it cannot add or "
+           u"remove rows or change the code (" +
+           at + u").";
+  };
+  EXPECT_EQ(refusal(u"INSERT INTO HVCOMP (Code) VALUES ('2')"), oneRow(u"1:13"));
+  EXPECT_EQ(refusal(u"INSERT INTO hvcomp (Code) SELECT ItemNo FROM HVITEM"), oneRow(u"1:13"));
+  EXPECT_EQ(refusal(u"DELETE FROM HVCOMP"), oneRow(u"1:13"));
+  EXPECT_EQ(refusal(u"UPDATE HVCOMP SET Country = 'FR', code = '2'"), oneRow(u"1:35"));
+  query(company, u"UPDATE HVCOMP SET Country = 'FR', SumPlaces = 3");
+  EXPECT_EQ(rowsOf(company, u"SELECT Country, SumPlaces FROM HVCOMP"), u"FR|3");
+}
+
+TEST_P(CompanyLimits, TheRefusalOfAWriteIsInTheLanguageOfTheUser) {
+  LoginTarget german = target();
+  german.language = ln_German;
+  EXPECT_EQ(refusalBy(connectTo(german), u"DELETE FROM CUFD"),
+            u"Eine Anweisung kann die Tabelle CUFD nicht ändern (1:13), denn die Firma führt sie "
+            u"selbst. Ändern Sie sie über die Objekte für Tabellen, Felder und Schlüssel.");
+}
+
+// On PostgreSQL each of these names made the removal drop three tables.
+TEST_P(CompanyLimits, ATableNameWithAQuoteRemovesNoOtherTable) {
+  addTable(company, u"X");
+  addTable(company, u"Y");
+  for (const std::u16string name : {u"X],hvcurr,[@Y", u"X\",hvcurr,\"@Y"}) {
+    runBeside("INSERT INTO HVUTAB (TableName, ObjectType) VALUES ('" + toUtf8(name) + "', 0)");
+    const auto tables = businessObject<IUserTablesMD>(company, kUserTablesMD);
+    const std::u16string refused = wordsOf([&] {
+      if (tables->GetByKey(CComBSTR(name)) == VARIANT_TRUE) tables->Remove();
+    });
+    EXPECT_EQ(refused, storedName(u"HVUTAB", name));
+  }
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCURR"), u"4");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM [@X]"), u"0");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM [@Y]"), u"0");
+}
+
+TEST_P(CompanyLimits, AFieldNameWithAQuoteGetsIntoNoStatement) {
+  addTable(company, u"X");
+  addField(company, {u"X", u"A", kAlphaField, 0, 5});
+  runBeside("UPDATE CUFD SET AliasID = 'A],drop[' WHERE TableID = '@X'");
+  const auto fields = businessObject<IUserFieldsMD>(company, kUserFieldsMD);
+  EXPECT_EQ(wordsOf([&] { fields->GetByKey(CComBSTR(u"@X"), 0); }),
+            storedName(u"CUFD", u"A],drop["));
+  EXPECT_EQ(addField(company, {u"X", u"B", kAlphaField, 0, 5}), kSqlFailure);
+  EXPECT_EQ(lastError(company).text, storedName(u"CUFD", u"A],drop["));
+}
+
+TEST_P(CompanyLimits, AKeyNameWithAQuoteGetsIntoNoStatement) {
+  addTable(company, u"X");
+  addKey(company, u"X", u"K", false, {u"Name"});
+  runBeside("UPDATE HVUKEY SET KeyName = 'K];\"x'");
+  const auto keys = businessObject<IUserKeysMD>(company, kUserKeysMD);
+  EXPECT_EQ(wordsOf([&] { keys->GetByKey(CComBSTR(u"@X"), 0); }), storedName(u"HVUKEY", u"K];\"x"));
+  runBeside("UPDATE HVUKEY SET KeyName = 'K'");
+  runBeside("UPDATE HVUKCOL SET ColumnAlias = 'Name) --'");
+  EXPECT_EQ(wordsOf([&] { keys->GetByKey(CComBSTR(u"@X"), 0); }),
+            storedName(u"HVUKCOL", u"Name) --"));
 }
 
 TEST_P(CompanyLimits, RowsThatTakeTooMuchMemoryEndTheStatementAndNotTheProcess) {
@@ -53,6 +135,38 @@ TEST_P(CompanyLimits, RowsThatTakeTooMuchMemoryEndTheStatementAndNotTheProcess) 
             std::u16string::npos)
       << toUtf8(words);
   EXPECT_EQ(rowsOf(limited, u"SELECT COUNT(*) FROM OFPR"), u"36");
+}
+
+/// Returns the megabytes of a line such as "VmHWM: 4096 kB" of this process.
+long megabytesOf(const std::string& name) {
+  std::ifstream file("/proc/self/status");
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with(name)) return std::stol(line.substr(name.size() + 1)) / 1024;
+  }
+  return 0;
+}
+
+// The driver of a server reads all rows before the first of them can be counted.
+TEST_P(CompanyLimits, MillionsOfRowsDoNotFillTheMemoryOfTheProcess) {
+  LoginTarget small = target();
+  small.memoryMegabytes = 16;
+  constexpr std::u16string_view kQuery =  // 36 * 36 * 36 * 36 * 4 rows
+      u"SELECT A.PeriodNo, B.Code FROM OFPR A, OFPR B, OFPR C, OFPR D, HVCURR E WHERE A.SubNum > 0";
+  // In a process of its own, whose peak is that of this statement.
+  const std::vector<int> codes = atOnce(1, [&] {
+    const CComPtr<ICompany> limited = connectTo(small);
+    const long before = megabytesOf("VmRSS");
+    for (int i = 0; i < 3; ++i) {
+      const std::u16string words = refusalBy(limited, std::u16string(kQuery));
+      if (words.find(u"its rows take more than 16 MB, the limit of the key memory") ==
+          std::u16string::npos) {
+        return 1;
+      }
+    }
+    if (rowsOf(limited, u"SELECT COUNT(*) FROM OFPR") != u"36") return 2;
+    return megabytesOf("VmHWM") - before > 128 ? 3 : 0;
+  });
+  EXPECT_EQ(codes, std::vector<int>{0});
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, CompanyLimits, testing::Values(Engine::Sqlite, Engine::Postgres),
@@ -79,6 +193,22 @@ TEST_F(CompanyFileLimits, ANewCompanyIsForItsUserAlone) {
   umask(before);
   EXPECT_EQ(modeOf(folder.file("company.db")), 0600U);
   EXPECT_EQ(modeOf(folder.file("company.db-wal")), 0600U);
+}
+
+TEST_F(CompanyFileLimits, AnEngineThatNeedsTooMuchMemorySaysSo) {
+  LoginTarget small = target();
+  small.memoryMegabytes = 16;
+  const CComPtr<ICompany> company = connectTo(small);
+  const auto text = [](char16_t c) { return u"N'" + std::u16string(3000, c) + u"'"; };
+  const auto rows = businessObject<IRecordset>(company, kRecordset);
+  const std::u16string sql = u"SELECT REPLACE(REPLACE(" + text(u'a') + u", 'a', " + text(u'b') +
+                             u"), 'b', " + text(u'c') + u")";
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(sql)); }), kSqlFailure);
+  EXPECT_EQ(lastError(company).text,
+            u"The statement was stopped before its end, by its time limit or by an administrator "
+            u"(it needs more memory than the key memory allows). Try again; if it happens again, "
+            u"ask for fewer rows at a time or have the limit raised.");
+  EXPECT_EQ(rowsOf(company, u"SELECT COUNT(*) FROM HVCURR"), u"4");
 }
 
 TEST_F(CompanyFileLimits, ACompanyKeepsTheRightsThatItsUserGave) {

@@ -6,6 +6,8 @@
 #include "qxdesk/dictionary/dictionary_layouts.h"
 #include "qxdesk/dictionary/system_tables.h"
 #include "qxdesk/engines/code_draws.h"
+#include "qxdesk/engines/engine_tables.h"
+#include "qxdesk/engines/memory_watch.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
 #include "qxframework/automation/text.h"
@@ -22,8 +24,17 @@ namespace {
 
 sql::Target targetOf(Route route, const CompanyEnvironment& environment) {
   const bool postgres = route == Route::ToPostgres;
-  return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now,
-          dictionaryTableNames()};
+  std::vector<std::string> kept = dictionaryTableNames();
+  kept.emplace_back(kVersionTable);
+  return {postgres ? sql::Engine::Postgres : sql::Engine::Sqlite, environment.now, std::move(kept),
+          std::string(kSettingsTable)};
+}
+
+// Returns the refusal as a sentence; the place is written without words, since they would be in
+// English in every language.
+CompanyError protectedTable(const sql::ProtectedTable& refusal) {
+  return {kSqlFailure, refusal.oneRow ? Text::OneRowTable : Text::KeptByCompany, refusal.table,
+          std::to_string(refusal.line) + ":" + std::to_string(refusal.column)};
 }
 
 // True if a statement may have failed because the tables are not those that it was translated for.
@@ -35,9 +46,7 @@ bool mayBeOutdated(const Database& database, const DatabaseError& error) {
 
 void needRoom(const RowStore& rows, std::size_t mostBytes) {
   if (rows.bytes() <= mostBytes) return;
-  throw DatabaseError(Fault::Cancelled, "its rows take more than " +
-                                            std::to_string(mostBytes >> 20) +
-                                            " MB, the limit of the key memory");
+  throw needsTooMuchMemory(mostBytes);
 }
 
 // True if a statement reads the highest code and cannot run as a kept one for that reason.
@@ -192,6 +201,8 @@ RowStore CompanySession::queryUnreported(std::string_view utf8) {
     // The draw goes on to the INSERT.
     if (draw_.begins) draw_.table.clear();
     return rows;
+  } catch (const sql::ProtectedTable& refusal) {
+    throw protectedTable(refusal);
   } catch (const sql::SqlError& error) {
     throw CompanyError(kSqlFailure, Text::EngineMessage, error.what());
   }

@@ -81,7 +81,7 @@ TEST_F(PostgresSharingTest, ATransactionReadsTheRowsAsTheyWereAtItsFirstStatemen
 TEST_F(PostgresSharingTest, ATransactionWhoseFirstStatementFailsIsAsStrict) {
   const CComPtr<ICompany> other = another();
   company->StartTransaction();
-  EXPECT_EQ(run(u"INSERT INTO HVCOMP (Code) VALUES ('1')"), kSqlFailure);
+  EXPECT_EQ(run(u"INSERT INTO HVITEM (ItemNo) VALUES ('A1000')"), kSqlFailure);
   EXPECT_EQ(fault(), kDuplicateFault);
   EXPECT_EQ(rowsOf(company, u"SELECT Country FROM HVCOMP"), u"DE");
   query(other, u"UPDATE HVCOMP SET Country = 'FR'");

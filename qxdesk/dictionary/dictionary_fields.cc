@@ -14,8 +14,6 @@ namespace qx::desk {
 
 namespace {
 
-constexpr std::size_t kMaxFieldName = 50;
-
 void checkFieldName(const UserField& field, const std::string& table) {
   const std::string& name = field.shape.name;
   if (name.empty()) throw CompanyError(kInvalidValue, Text::FieldNameEmpty, table);

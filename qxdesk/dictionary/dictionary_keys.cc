@@ -12,8 +12,6 @@ namespace qx::desk {
 
 namespace {
 
-constexpr std::size_t kMaxKeyName = 10;
-
 // Index names share one space in the whole database, so the table's name is part of them.
 std::string indexName(std::string_view table, std::string_view key) {
   return "KEY " + std::string(table) + " " + std::string(key);

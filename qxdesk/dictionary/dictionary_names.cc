@@ -1,6 +1,7 @@
 #include "qxdesk/dictionary/dictionary_names.h"
 
 #include "qxdesk/engines/company_error.h"
+#include "qxdesk/sql/token_cursor.h"
 #include "qxframework/automation/ascii.h"
 #include "qxframework/automation/text.h"
 
@@ -8,10 +9,22 @@
 
 namespace qx::desk {
 
+namespace {
+
+bool isName(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return isLetterOrDigit(c) || c == '_'; });
+}
+
+}  // namespace
+
 void checkName(std::string_view name) {
-  const bool good =
-      std::all_of(name.begin(), name.end(), [](char c) { return isLetterOrDigit(c) || c == '_'; });
-  if (!good) throw CompanyError(kInvalidValue, Text::NameCharacters, name);
+  if (!isName(name)) throw CompanyError(kInvalidValue, Text::NameCharacters, name);
+}
+
+void checkStoredName(std::string_view name, std::size_t longest, std::string_view dictionary) {
+  if (!name.empty() && name.size() <= longest && isName(name)) return;
+  throw CompanyError(kSqlFailure, Text::StoredName, sql::valueExcerpt(name), dictionary);
 }
 
 void checkDescription(const std::string& text) {

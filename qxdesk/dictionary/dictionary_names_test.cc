@@ -16,6 +16,21 @@ TEST(DictionaryNames, ConsistOfLettersDigitsAndUnderscores) {
   }
 }
 
+TEST(DictionaryNames, AStoredNameThatTheCompanyWouldNotWriteIsRefusedWithItsTable) {
+  EXPECT_EQ(failureOf([] { checkStoredName("A_1", 3, "CUFD"); }), "");
+  for (const char* name : {"", "A_12", "A]", "A\"", "@A", "A;"}) {
+    EXPECT_EQ(failureOf([&] { checkStoredName(name, 3, "CUFD"); }),
+              "-2000 The dictionary table CUFD holds the name '" + std::string(name) +
+                  "', which no company gives; nothing was done with it. Have the row corrected by "
+                  "the administrator of the database, or restore a backup.");
+  }
+  const std::string words =
+      failureOf([] { checkStoredName(std::string(1000, 'x'), 20, "HVUTAB"); });
+  EXPECT_EQ(words, "-2000 The dictionary table HVUTAB holds the name '" + std::string(100, 'x') +
+                       "...', which no company gives; nothing was done with it. Have the row "
+                       "corrected by the administrator of the database, or restore a backup.");
+}
+
 TEST(DictionaryNames, ADescriptionHasAtMostThirtyUnits) {
   EXPECT_EQ(failureOf([] { checkDescription(std::string(30, 'x')); }), "");
   const std::string long31(31, 'x');

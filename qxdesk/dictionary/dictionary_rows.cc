@@ -1,5 +1,7 @@
 #include "qxdesk/dictionary/dictionary_rows.h"
 
+#include "qxdesk/dictionary/dictionary_names.h"
+
 namespace qx::desk {
 
 namespace {
@@ -9,8 +11,19 @@ constexpr std::string_view kShapeColumns =
     "[AliasID], [FieldType], [FieldSubType], [FieldSize], [Mandatory], [DefaultValue]";
 constexpr int kShapeColumnCount = 6;
 
+// A column in a key: a field's name with "U_" before it, or a column of a system table.
+constexpr std::size_t kMaxColumnName = kMaxFieldName + 2;
+
+// Returns a name of the dictionary that has passed the rules.
+std::string nameIn(const Statement& row, int column, std::size_t longest,
+                   std::string_view dictionary) {
+  const std::string_view name = row.text(column);
+  checkStoredName(name, longest, dictionary);
+  return std::string(name);
+}
+
 FieldShape shapeOf(const Statement& row) {
-  return {std::string(row.text(0)),
+  return {nameIn(row, 0, kMaxFieldName, "CUFD"),
           static_cast<long>(row.integer(1)),
           static_cast<long>(row.integer(2)),
           static_cast<long>(row.integer(3)),
@@ -42,7 +55,7 @@ std::optional<UserTable> TableRows::find(std::string_view bareName) {
       "SELECT [TableName], [Description], [ObjectType] FROM [HVUTAB] WHERE UPPER([TableName]) = ?");
   row->bind(1, std::string_view(upperName(bareName)));
   if (!row->step()) return std::nullopt;
-  return UserTable{std::string(row->text(0)), std::string(row->text(1)),
+  return UserTable{nameIn(*row, 0, kMaxTableName, "HVUTAB"), std::string(row->text(1)),
                    static_cast<long>(row->integer(2))};
 }
 
@@ -153,10 +166,11 @@ void FieldRows::removeAllOf(const std::string& table) {
 
 std::optional<long> KeyRows::findId(const std::string& table, std::string_view name) {
   const auto row = database_.prepare(
-      "SELECT [KeyNo] FROM [HVUKEY] WHERE [TableName] = ? AND UPPER([KeyName]) = ?");
+      "SELECT [KeyNo], [KeyName] FROM [HVUKEY] WHERE [TableName] = ? AND UPPER([KeyName]) = ?");
   row->bind(1, std::string_view(table));
   row->bind(2, std::string_view(upperName(name)));
   if (!row->step()) return std::nullopt;
+  nameIn(*row, 1, kMaxKeyName, "HVUKEY");
   return static_cast<long>(row->integer(0));
 }
 
@@ -167,7 +181,7 @@ std::vector<std::string> KeyRows::columnsOf(const std::string& table, long id) {
   row->bind(1, std::string_view(table));
   row->bind(2, static_cast<std::int64_t>(id));
   std::vector<std::string> columns;
-  while (row->step()) columns.emplace_back(row->text(0));
+  while (row->step()) columns.push_back(nameIn(*row, 0, kMaxColumnName, "HVUKCOL"));
   return columns;
 }
 
@@ -180,7 +194,7 @@ std::optional<UserKey> KeyRows::find(const std::string& table, long index) {
   for (long i = 0; i <= index; ++i) {
     if (!row->step()) return std::nullopt;
   }
-  return UserKey{table, std::string(row->text(1)), row->text(2) == "Y",
+  return UserKey{table, nameIn(*row, 1, kMaxKeyName, "HVUKEY"), row->text(2) == "Y",
                  columnsOf(table, static_cast<long>(row->integer(0)))};
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
 // The rows in which the dictionary keeps its tables, fields and keys: HVUTAB; CUFD and HVUFVAL;
-// HVUKEY and HVUKCOL. These classes read and write rows and check nothing; what a change means for
-// the tables themselves is the business of DictionaryTables, DictionaryFields and DictionaryKeys.
+// HVUKEY and HVUKCOL. These classes read and write rows; what a change means for the tables
+// themselves is the business of DictionaryTables, DictionaryFields and DictionaryKeys.
+//
+// Other programs can write these rows, too, and the names in them become parts of statements. So
+// a name that the company would not have written is refused with CompanyError when it is read.
 //
 // A `table` here is the real name: "@" and the name for a user table, the plain name for a system
 // table; only HVUTAB keeps its names without "@". All operations throw DatabaseError.

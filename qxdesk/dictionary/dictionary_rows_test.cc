@@ -82,6 +82,28 @@ TEST_F(DictionaryRowsTest, KeysCountWithoutGapsAlthoughTheirNumbersHaveSome) {
   EXPECT_FALSE(rows.findId("@QX", "K1"));
 }
 
+TEST_F(DictionaryRowsTest, NamesThatTheCompanyWouldNotWriteAreRefusedWhenTheyAreRead) {
+  const auto refused = [](const std::string& failure, const std::string& table,
+                          const std::string& name) {
+    const std::string start = "-2000 The dictionary table " + table + " holds the name '" + name;
+    EXPECT_TRUE(failure.starts_with(start + "'")) << failure << " instead of " << start;
+  };
+  TableRows tables(*database);
+  tables.insert({"X]", "", 0});
+  refused(failureOf([&] { tables.find("x]"); }), "HVUTAB", "X]");
+  FieldRows fields(*database);
+  fields.insert(field(0, "A\""));
+  refused(failureOf([&] { fields.find("@QX", 0); }), "CUFD", "A\"");
+  refused(failureOf([&] { fields.findShape("@QX", "a\""); }), "CUFD", "A\"");
+  refused(failureOf([&] { fields.shapesOf("@QX"); }), "CUFD", "A\"");
+  KeyRows keys(*database);
+  keys.insert({"@QX", "K;", false, {"Name"}});
+  refused(failureOf([&] { keys.find("@QX", 0); }), "HVUKEY", "K;");
+  refused(failureOf([&] { keys.findId("@QX", "k;"); }), "HVUKEY", "K;");
+  keys.insert({"@QX", "K", false, {"Name) --"}});
+  refused(failureOf([&] { keys.find("@QX", 1); }), "HVUKCOL", "Name) --");
+}
+
 TEST_F(DictionaryRowsTest, AKeyKeepsTheOrderOfItsColumns) {
   KeyRows rows(*database);
   rows.insert({"@QX", "K", true, {"U_B", "Name", "U_A"}});

@@ -11,7 +11,6 @@ namespace qx::desk {
 
 namespace {
 
-constexpr std::size_t kMaxTableName = 19;
 constexpr std::size_t kMaxTableNameDb2 = 9;
 constexpr long kLastTableType = 4;  // 0 is a plain table, 1 to 4 are master data and documents
 

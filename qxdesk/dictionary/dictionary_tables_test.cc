@@ -73,6 +73,15 @@ TEST_F(DictionaryTablesTest, ARemovedTableLeavesNothing) {
   EXPECT_EQ(failureOf([&] { tables.remove("QX"); }), "-2105 There is no table 'QX'.");
 }
 
+TEST_F(DictionaryTablesTest, ANameWithABracketStaysOneNameOfTheEngine) {
+  const std::string name = bracketed("a]; DROP TABLE [HVCURR]; --");
+  database->execute("CREATE TABLE " + name + " (" + bracketed("x]") + " int)");
+  database->execute("INSERT INTO " + name + " (" + bracketed("x]") + ") VALUES (7)");
+  EXPECT_EQ(rowsOf("SELECT * FROM " + name), "7");
+  database->execute("DROP TABLE " + name);
+  EXPECT_EQ(rowsOf("SELECT COUNT(*) FROM [HVCURR]"), "4");
+}
+
 TEST_F(DictionaryTablesTest, AFailureAtAnyStatementLeavesNeitherTableNorRow) {
   FaultPlan plan;
   const auto refusing = failing(openDatabase(target.database, testEnvironment()), &plan);

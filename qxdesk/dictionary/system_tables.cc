@@ -6,7 +6,7 @@ namespace {
 
 // One row: the name of the company and the forms in which it shows amounts and dates.
 TableLayout companyTable() {
-  return {"HVCOMP",
+  return {std::string(kSettingsTable),
           {textColumn("Code", 20), textColumn("CompanyName", 100), textColumn("Country", 3),
            textColumn("Currency", 3), smallIntegerColumn("SumPlaces"),
            smallIntegerColumn("PricePlaces"), smallIntegerColumn("RatePlaces"),

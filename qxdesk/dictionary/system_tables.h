@@ -15,6 +15,8 @@ namespace qx::desk {
 const std::vector<TableLayout>& systemTables();
 /// Returns the names of those that describe the user tables, fields and keys.
 std::vector<std::string> dictionaryTableNames();
+/// The table whose only row has the settings of the company, with its Code.
+inline constexpr std::string_view kSettingsTable = "HVCOMP";
 /// Finds a system table by name in any case; returns null if there is none.
 const TableLayout* findSystemTable(std::string_view name);
 /// Returns "@" and the name: the name of a user table in the database.

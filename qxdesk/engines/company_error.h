@@ -117,6 +117,9 @@ enum class Text : unsigned {
   RowExists = 85,
   Holder = 86,
   TablesNotLocked = 87,
+  StoredName = 88,
+  KeptByCompany = 89,
+  OneRowTable = 90,
   End  ///< One past the last.
 };
 

@@ -50,7 +50,14 @@ void Database::rollBackToSavepoint() {
 
 void Database::releaseSavepoint() { execute("RELEASE SAVEPOINT qx_change"); }
 
-std::string bracketed(std::string_view name) { return "[" + std::string(name) + "]"; }
+std::string bracketed(std::string_view name) {
+  std::string result = "[";
+  for (const char c : name) {
+    if (c == ']') result += c;
+    result += c;
+  }
+  return result + "]";
+}
 
 std::string quotedText(std::string_view text) {
   std::string result = "'";

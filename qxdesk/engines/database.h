@@ -4,8 +4,9 @@
 // Statements; everything above works with these two, so that any engine can take the place of
 // another and a test can put a failing one around it.
 //
-// Our own statements are written once for all engines: plain SQL, names in [brackets], parameters
-// as ?, counted in the order of the text. A Database writes the names as its engine needs them.
+// Our own statements are written once for all engines: plain SQL, names in [brackets] as
+// bracketed() makes them, parameters as ?, counted in the order of the text. A Database writes the
+// names as its engine needs them.
 //
 // EngineTables (engine_tables.h) and CodeDraws (code_draws.h) are known here by name only: they
 // work on a Database, and a Database only says which one fits its engine.
@@ -214,7 +215,7 @@ class Database {
   std::uint64_t changesOfTables_ = 0;
 };
 
-/// Returns a name as our own statements write it: between brackets.
+/// Returns a name as our own statements write it: between brackets, closing ones in it doubled.
 std::string bracketed(std::string_view name);
 /// Returns `text` as a literal: between single quotes, inner ones doubled.
 std::string quotedText(std::string_view text);

@@ -9,9 +9,6 @@ namespace qx::desk {
 
 namespace {
 
-// The version's place on engines that offer none in the database itself.
-constexpr std::string_view kVersionTable = "QXVR";
-
 std::vector<std::string> namesOf(const TableLayout& table) {
   std::vector<std::string> names;
   for (const ColumnLayout& column : table.columns) names.push_back(column.name);

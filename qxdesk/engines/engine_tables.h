@@ -12,6 +12,9 @@ namespace qx::desk {
 
 class Database;
 
+/// The table that keeps the version on engines that offer no place for it in the database itself.
+inline constexpr std::string_view kVersionTable = "QXVR";
+
 /// All operations with a database throw DatabaseError.
 class EngineTables {
  public:

@@ -36,7 +36,7 @@ struct CompanyEnvironment {
   /// The time that a statement may run, unless a server sets a limit of its own; 0 is no limit.
   int statementTimeoutSeconds = 600;
   /// The memory that the rows of a statement may take, and that the embedded engine may take for
-  /// all its work in this process.
+  /// all its work in this process. A driver may let the process grow by as much while it reads.
   std::size_t memoryBytes = kUsualMemoryMegabytes << 20;
   /// The time that a program may do nothing within a transaction, unless a server sets a limit of
   /// its own: after it a server ends the connection.

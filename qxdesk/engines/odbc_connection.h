@@ -7,6 +7,7 @@
 // drop every character that the narrow character set lacks; such a driver gets UTF-8.
 
 #include "qxdesk/engines/database.h"
+#include "qxdesk/engines/memory_watch.h"
 
 #include <functional>
 #include <memory>
@@ -45,6 +46,11 @@ class OdbcConnection {
   /// The time that a statement may run, if the driver supports a limit; 0 is no limit.
   int statementTimeoutSeconds() const { return statementTimeoutSeconds_; }
   void setStatementTimeoutSeconds(int seconds) { statementTimeoutSeconds_ = seconds; }
+
+  /// Watches the memory of this process from now on, while the driver runs a statement.
+  void watchMemory(std::size_t most) { memory_ = std::make_unique<MemoryWatch>(most); }
+  /// Returns null if nothing is watched.
+  MemoryWatch* memoryWatch() const { return memory_.get(); }
 
   /// True if texts travel as UTF-16, false for UTF-8.
   bool isWide() const { return wide_; }
@@ -102,6 +108,7 @@ class OdbcConnection {
   LockInquiry lockInquiry_;
   unsigned long usualIsolation_ = 0;  // in a transaction with another one
   std::optional<DatabaseError> lost_;
+  std::unique_ptr<MemoryWatch> memory_;
 };
 
 }  // namespace qx::desk

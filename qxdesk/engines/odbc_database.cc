@@ -1,7 +1,7 @@
 #include "qxdesk/engines/odbc_database.h"
 
 #include "qxdesk/engines/driver_options.h"
-#include "qxdesk/engines/odbc_names.h"
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_statement.h"
 #include "qxdesk/engines/plain_savepoints.h"
 #include "qxdesk/engines/plain_tables.h"
@@ -238,12 +238,14 @@ std::unique_ptr<Database> openOdbcDatabase(std::string_view connection,
   if (isPostgres(*opened)) {
     PostgresConnection right = withRightOptions(std::move(opened), std::string(connection),
                                                 environment.loginTimeoutSeconds);
+    right.connection->watchMemory(environment.memoryBytes);
     return std::make_unique<PostgresDatabase>(
         std::move(right.connection), environment, right.readOnly,
         [text = std::string(connection), environment] { return openBeside(text, environment); });
   }
   // PostgreSQL gets its limit as a setting of the session instead.
   opened->setStatementTimeoutSeconds(environment.statementTimeoutSeconds);
+  opened->watchMemory(environment.memoryBytes);
   const std::string quote = quoteOf(*opened);
   return std::make_unique<PlainDatabase>(std::move(opened), NameStyle{quote, false});
 }

@@ -1,9 +1,10 @@
 #include "qxdesk/engines/odbc_statement.h"
 
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_columns.h"
-#include "qxdesk/engines/odbc_names.h"
 #include "qxframework/automation/text.h"
 
+#include <malloc.h>
 #include <sqlucode.h>
 
 #include <algorithm>
@@ -66,7 +67,11 @@ class OdbcStatement final : public Statement {
     const int seconds = connection_.statementTimeoutSeconds();
     if (seconds > 0) take(SQL_ATTR_QUERY_TIMEOUT, static_cast<SQLULEN>(seconds));
   }
-  ~OdbcStatement() override { SQLFreeHandle(SQL_HANDLE_STMT, statement_); }
+  ~OdbcStatement() override {
+    SQLFreeHandle(SQL_HANDLE_STMT, statement_);
+    // What the rows took goes back to the system, so that the next statement begins without it.
+    if (tooMuch_) malloc_trim(0);
+  }
   OdbcStatement(const OdbcStatement&) = delete;
   OdbcStatement& operator=(const OdbcStatement&) = delete;
 
@@ -115,8 +120,12 @@ class OdbcStatement final : public Statement {
   void loadRow();
   bool nextResult();
   void check(SQLRETURN result) {
-    if (!SQL_SUCCEEDED(result)) connection_.failStatement(statement_, sql_);
+    if (!SQL_SUCCEEDED(result)) fail();
   }
+  [[noreturn]] void fail();
+  /// Makes a call in which the driver may read all rows of a result, and returns its result.
+  template <class Call>
+  SQLRETURN watched(Call&& call);
 
   OdbcConnection& connection_;
   std::string sql_;
@@ -128,6 +137,7 @@ class OdbcStatement final : public Statement {
   bool prepared_ = false;
   bool ran_ = false;
   bool ended_ = false;
+  bool tooMuch_ = false;  // the last call was cancelled, since its rows took too much memory
 
   std::vector<OdbcColumn> columns_;
   std::vector<OdbcCell> cells_;
@@ -137,6 +147,26 @@ class OdbcStatement final : public Statement {
   SQLULEN fetched_ = 0;
   std::size_t next_ = 0;
 };
+
+template <class Call>
+SQLRETURN OdbcStatement::watched(Call&& call) {
+  MemoryWatch* const watch = connection_.memoryWatch();
+  if (watch == nullptr) return call();
+  MemoryWatch::Call running(*watch, [this] { SQLCancel(statement_); });
+  const SQLRETURN result = call();
+  tooMuch_ = running.end();
+  return result;
+}
+
+// If the call was too quick for its cancellation, it has not failed, and the rows are counted.
+void OdbcStatement::fail() {
+  try {
+    connection_.failStatement(statement_, sql_);
+  } catch (const DatabaseError& error) {
+    if (!tooMuch_ || error.fault() == Fault::ConnectionLost) throw;
+    throw needsTooMuchMemory(connection_.memoryWatch()->most());
+  }
+}
 
 Parameter& OdbcStatement::parameterAt(int number) {
   const auto count = static_cast<std::size_t>(number);
@@ -200,7 +230,7 @@ void OdbcStatement::run() {
   // Without parameters in one step: preparing costs another round trip to the server, and not every
   // engine prepares a batch of statements.
   if (parameters_.empty() && !repeated_) {
-    const SQLRETURN result = connection_.execute(statement_, sql_);
+    const SQLRETURN result = watched([this] { return connection_.execute(statement_, sql_); });
     if (result != SQL_NO_DATA) check(result);
   } else {
     runPrepared();
@@ -217,7 +247,7 @@ void OdbcStatement::run() {
 
 bool OdbcStatement::nextResult() {
   if (!connection_.hasMoreResults()) return false;
-  const SQLRETURN result = SQLMoreResults(statement_);
+  const SQLRETURN result = watched([this] { return SQLMoreResults(statement_); });
   if (result == SQL_NO_DATA) return false;
   check(result);
   return true;
@@ -235,7 +265,7 @@ void OdbcStatement::runPrepared() {
                            &parameter.length));
   }
   connection_.openPending();
-  const SQLRETURN result = SQLExecute(statement_);
+  const SQLRETURN result = watched([this] { return SQLExecute(statement_); });
   if (result != SQL_NO_DATA) check(result);  // SQL_NO_DATA: the change affected no rows
 }
 

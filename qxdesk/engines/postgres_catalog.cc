@@ -1,6 +1,7 @@
 #include "qxdesk/engines/postgres_catalog.h"
 
 #include "qxdesk/engines/database.h"
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_error.h"
 #include "qxdesk/engines/table_layout.h"
 
@@ -32,20 +33,11 @@ sql::ColumnType typeOf(std::int64_t oid) {
   }
 }
 
-std::string doubled(const std::string& name) {
-  std::string result;
-  for (const char c : name) {
-    if (c == '"') result += c;
-    result += c;
-  }
-  return result;
-}
-
 // Returns the number of a table as the server finds it by its folded name. to_regclass returns null
 // for an unknown table, so that the answer is empty and not a failure. The name is quoted so that
 // the server does not parse it.
 std::string regclass(const std::string& table) {
-  return "to_regclass(" + quotedText("\"" + doubled(table) + "\"") + ")";
+  return "to_regclass(" + quotedText(quotedName(table)) + ")";
 }
 
 }  // namespace
@@ -140,9 +132,9 @@ PostgresCatalog::Table PostgresCatalog::read(const std::string& name) const {
     if (row->integer(4) == 0) continue;
     const std::string column(row->text(0));
     table.columns[column] = typeOf(row->integer(1));
-    table.inOrder.push_back({"\"" + doubled(column) + "\"", std::string(row->text(5)),
-                             std::to_string(row->integer(1))});
-    table.rowType = std::string(row->text(6)) + ".\"" + doubled(name) + "\"";
+    table.inOrder.push_back(
+        {quotedName(column), std::string(row->text(5)), std::to_string(row->integer(1))});
+    table.rowType = std::string(row->text(6)) + "." + quotedName(name);
     if (row->integer(7) != 0) table.hasDomain = true;
   }
   return table;

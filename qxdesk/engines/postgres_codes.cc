@@ -1,6 +1,6 @@
 #include "qxdesk/engines/postgres_codes.h"
 
-#include "qxdesk/engines/odbc_names.h"
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_statement.h"
 #include "qxdesk/engines/table_layout.h"
 

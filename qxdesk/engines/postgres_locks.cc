@@ -11,7 +11,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr std::string_view kKey = "hashtext('company tables')";
-constexpr std::string_view kVersionTable = "QXVR";
 
 // A name that a program has not given itself is that of its user.
 constexpr std::string_view kNames =

@@ -1,6 +1,7 @@
 #include "qxdesk/engines/postgres_tables.h"
 
 #include "qxdesk/engines/database.h"
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/postgres_locks.h"
 
 namespace qx::desk {
@@ -15,7 +16,7 @@ constexpr std::string_view kNow = "localtimestamp(0)";
 std::string checkName(const ColumnLayout& column, std::string_view promise) {
   std::string name = column.name + ": " + std::string(promise);
   name.resize(std::min(name.size(), kMaxName));
-  return "\"" + name + "\"";
+  return quotedName(name);
 }
 
 std::string check(const ColumnLayout& column, std::string_view promise,
@@ -75,7 +76,7 @@ std::string typeOf(ColumnKind kind) {
 
 // to_regclass parses its argument as SQL, so the name is quoted within the literal.
 std::string tableId(std::string_view table) {
-  return "to_regclass(" + quotedText("\"" + lowerName(table) + "\"") + ")";
+  return "to_regclass(" + quotedText(quotedName(lowerName(table))) + ")";
 }
 
 class PostgresTables final : public EngineTables {

@@ -1,6 +1,7 @@
 #include "qxdesk/engines/sqlite_database.h"
 
 #include "qxdesk/engines/company_error.h"
+#include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/lock_file.h"
 #include "qxdesk/engines/sqlite_statement.h"
 #include "qxdesk/engines/sqlite_tables.h"
@@ -51,8 +52,10 @@ class SqliteDatabase final : public Database {
   Route route() const override { return Route::ToSqlite; }
   const EngineTables& tables() const override { return sqliteTables(); }
 
+  // The engine reads names in brackets itself, but not a closing bracket within one.
   std::unique_ptr<Statement> prepare(std::string_view sql) override {
-    return prepareSqlite(link(), sql);
+    const bool simple = sql.find("]]") == std::string_view::npos;
+    return prepareSqlite(link(), simple ? std::string(sql) : withEngineNames(sql, {}));
   }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
     return asDatabaseErrors(

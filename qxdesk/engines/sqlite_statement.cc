@@ -7,7 +7,7 @@ namespace qx::desk {
 namespace {
 
 [[noreturn]] void fail(sqlite3* db) {
-  throw DatabaseError(faultOf(sqlite3_extended_errcode(db)), sqlite3_errmsg(db));
+  throw sqliteFailure(sqlite3_extended_errcode(db), sqlite3_errmsg(db));
 }
 
 Storage storageOf(int sqliteType) {
@@ -162,11 +162,19 @@ Fault faultOf(int sqliteCode) {
       return Fault::Full;
     case SQLITE_IOERR:
     case SQLITE_CANTOPEN:
-    case SQLITE_NOMEM:
       return Fault::InputOutput;
+    case SQLITE_NOMEM:
+      return Fault::Cancelled;
     default:
       return Fault::Statement;
   }
+}
+
+// The engine has a limit of memory, so that this is no failure of the machine.
+DatabaseError sqliteFailure(int code, const std::string& message) {
+  constexpr int kPrimary = 0xFF;
+  const bool memory = (code & kPrimary) == SQLITE_NOMEM;
+  return {faultOf(code), memory ? "it needs more memory than the key memory allows" : message};
 }
 
 std::unique_ptr<Statement> prepareSqlite(const SqliteLink& link, std::string_view sql) {

@@ -32,6 +32,8 @@ std::unique_ptr<Statement> wrapRepeatedSqlite(const SqliteLink& link,
 
 /// Returns the fault of an extended result code.
 Fault faultOf(int sqliteCode);
+/// Returns the failure of an extended result code and the engine's message about it.
+DatabaseError sqliteFailure(int code, const std::string& message);
 
 /// Runs `body` and turns a failure of the guard into the DatabaseError that all engines share.
 template <class Body>
@@ -39,7 +41,7 @@ auto asDatabaseErrors(Body&& body) {
   try {
     return body();
   } catch (const sql::SqliteError& error) {
-    throw DatabaseError(faultOf(error.code), error.what());
+    throw sqliteFailure(error.code, error.what());
   }
 }
 

@@ -1,6 +1,7 @@
 #include "qxdesk/sql/emitter_expression.h"
 
 #include "qxdesk/sql/numbers.h"
+#include "qxdesk/sql/token_cursor.h"
 #include "qxframework/automation/ascii.h"
 
 #include <algorithm>
@@ -180,7 +181,7 @@ void ExpressionEmitter::boundValue(const BoundValue& value) {
 // same statement would mean two things.
 void ExpressionEmitter::number(const Expr& expr) {
   if (!nearestDouble(expr.text))
-    throw SqlError("the number is out of range: " + expr.text, expr.at);
+    throw SqlError("the number is out of range: " + valueExcerpt(expr.text), expr.at);
   out_ += expr.text;
 }
 

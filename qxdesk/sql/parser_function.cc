@@ -1,6 +1,7 @@
 #include "qxdesk/sql/parser_function.h"
 
 #include "qxdesk/sql/dates.h"
+#include "qxdesk/sql/token_cursor.h"
 
 #include <utility>
 
@@ -93,9 +94,9 @@ ExprPtr FunctionParser::call() {
   const Token& word = tokens_.here();
   const FunctionRule* rule = findFunction(context_.dialect, word.text);
   if (rule == nullptr && isFunctionOfAnyDialect(word.text)) {
-    tokens_.fail("function " + word.text + " is not one of " + std::string(dialect));
+    tokens_.fail("function " + valueExcerpt(word.text) + " is not one of " + std::string(dialect));
   }
-  if (rule == nullptr) tokens_.fail("function " + word.text + " is not supported");
+  if (rule == nullptr) tokens_.fail("function " + valueExcerpt(word.text) + " is not supported");
   tokens_.take();
   tokens_.expectSymbol("(");
   ExprPtr result = arguments(word.at, *rule, word.text);

@@ -20,6 +20,8 @@ constexpr std::size_t kMaxCommonTables = 100;
 // SQLite joins 64 tables at most; PostgreSQL takes any number, and all the memory there is.
 constexpr std::size_t kMaxJoined = 64;
 constexpr std::size_t kMaxTables = 500;
+// SQLite returns 2,000 columns at most, and PostgreSQL fewer. Both say so only after all the work.
+constexpr std::size_t kMaxItems = 2000;
 
 // The parser accepts WITH TIES only where every emitter can write it: SQLite has no such clause,
 // and the ranking that replaces it there needs a single plain SELECT with an order.
@@ -104,6 +106,7 @@ SelectCore SelectParser::core() {
   if (!core.distinct) tokens_.acceptWord("ALL");
   top(core);
   do {
+    if (core.items.size() == kMaxItems) tokens_.fail("a SELECT has at most 2000 columns");
     core.items.push_back(item());
   } while (tokens_.acceptSymbol(","));
   from(core);

@@ -294,7 +294,7 @@ TEST(Refusal, AColumnSetTwiceAmongThousandsIsRefused) {
 TEST(RefusalByDialect, TheOneQuotedNameOfThousandsThatIsNoAliasIsRefused) {
   std::string list = "SELECT a AS \"a0\"";
   std::string order = " FROM T ORDER BY \"A0\"";
-  for (int i = 1; i < 5'000; ++i) {
+  for (int i = 1; i < 2'000; ++i) {
     list += ", a AS \"a" + std::to_string(i) + "\"";
     order += ", \"a" + std::to_string(i) + "\"";
   }
@@ -368,6 +368,23 @@ TEST(RefusalOfSize, MoreThan64TablesOfASelectAreRefused) {
   EXPECT_EQ(refusal(Dialect::Mssql, text), "");
   EXPECT_EQ(refusal(Dialect::Mssql, text + ", OFPR x"),
             "a SELECT has at most 64 tables (line 1, column 651)");
+}
+
+TEST(RefusalOfSize, AMessageQuotesTheBeginningOfALongNameOrNumber) {
+  const std::string name(5000, 'x');
+  const std::string quoted = std::string(100, 'x') + "...";
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT " + name + "(1)"),
+            "function " + quoted + " is not supported (line 1, column 8)");
+  EXPECT_EQ(refusal(Dialect::Mssql, "SELECT 1" + std::string(5000, '0')),
+            "the number is out of range: 1" + std::string(99, '0') + "... (line 1, column 8)");
+}
+
+TEST(RefusalOfSize, MoreThan2000ColumnsOfASelectAreRefusedWhereTheyBegin) {
+  std::string text = "SELECT 1";
+  for (int i = 1; i < 2000; ++i) text += ",1";
+  EXPECT_EQ(refusal(Dialect::Mssql, text), "");
+  EXPECT_EQ(refusal(Dialect::Mssql, text + ",b"),
+            "a SELECT has at most 2000 columns (line 1, column 4008)");
 }
 
 TEST(RefusalOfSize, MoreThan500TablesOfSubqueriesAreRefused) {

@@ -2,6 +2,7 @@
 
 #include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/output_columns.h"
+#include "qxdesk/sql/token_cursor.h"
 
 #include <algorithm>
 #include <charconv>
@@ -53,7 +54,7 @@ class Resolver::ListNames {
     const auto entry = isPlainName(key) ? entries_.find(key.text) : entries_.end();
     if (entry == entries_.end()) return nullptr;
     if (!entry->second.ambiguous) return entry->second.item;
-    throw SqlError("several columns of the list are called " + key.text +
+    throw SqlError("several columns of the list are called " + valueExcerpt(key.text) +
                        "; write the position, or the table's name before it",
                    key.at);
   }

@@ -1,6 +1,7 @@
 #include "qxdesk/sql/resolver_columns.h"
 
 #include "qxdesk/sql/output_columns.h"
+#include "qxdesk/sql/token_cursor.h"
 
 #include <algorithm>
 
@@ -25,11 +26,11 @@ bool isMeant(const Source& source, std::string_view qualifier) {
 }
 
 [[noreturn]] void failNoTable(std::string_view table, Position at) {
-  throw SqlError("there is no table " + std::string(table) + " here", at);
+  throw SqlError("there is no table " + valueExcerpt(table) + " here", at);
 }
 
 [[noreturn]] void failLacking(std::string_view column, std::string_view table, Position at) {
-  throw SqlError("there is no column " + std::string(column) + " in " + std::string(table), at);
+  throw SqlError("there is no column " + valueExcerpt(column) + " in " + valueExcerpt(table), at);
 }
 
 }  // namespace
@@ -41,7 +42,7 @@ const std::string* nameOf(const SelectItem& item) {
 
 void ColumnLookup::checkTable(std::string_view table, Position at) const {
   if (catalog_ == nullptr || !catalog_->lacksTable(table)) return;
-  throw SqlError("there is no table " + std::string(table), at);
+  throw SqlError("there is no table " + valueExcerpt(table), at);
 }
 
 void ColumnLookup::checkTarget(const Statement& statement) const {
@@ -235,17 +236,19 @@ void ColumnLookup::refuseAmbiguous(const SelectCore& core, const Expr& column) {
     const int count = ownersInSource(source, column.text, commonTables_.size());
     const std::string& name = visibleName(source);
     if (count > 1) {
-      throw SqlError(name + " has several columns " + column.text + "; give each an alias",
+      throw SqlError(valueExcerpt(name) + " has several columns " + valueExcerpt(column.text) +
+                         "; give each an alias",
                      column.at);
     }
-    if (count == 1) tables += (owners++ == 0 ? "" : ", ") + name;
+    if (count == 1) tables += (owners++ == 0 ? "" : ", ") + valueExcerpt(name);
   }
   if (owners < 2) return;
   if (!column.qualifier.empty()) {
-    throw SqlError("several tables are called " + column.qualifier + "; give each an alias",
-                   column.at);
+    throw SqlError(
+        "several tables are called " + valueExcerpt(column.qualifier) + "; give each an alias",
+        column.at);
   }
-  throw SqlError("the column " + column.text + " is in several tables (" + tables +
+  throw SqlError("the column " + valueExcerpt(column.text) + " is in several tables (" + tables +
                      "); write the table's name before it",
                  column.at);
 }
@@ -263,7 +266,8 @@ void ColumnLookup::refuse(const Expr& column) const {
   const bool ofTarget = column.qualifier.empty() || sameName(column.qualifier, target_);
   if (!target_.empty() && ofTarget) tables.push_back(target_);
   if (tables.empty() && !column.qualifier.empty()) failNoTable(column.qualifier, column.at);
-  if (tables.empty()) throw SqlError("there is no column " + column.text + " here", column.at);
+  if (tables.empty())
+    throw SqlError("there is no column " + valueExcerpt(column.text) + " here", column.at);
   const bool one = tables.size() == 1 || !column.qualifier.empty();
   failLacking(column.text, one ? tables.front() : "any of the tables", column.at);
 }

@@ -22,4 +22,13 @@ struct SqlError : std::runtime_error {
   int column;
 };
 
+/// The refusal of a statement that writes what a company keeps itself.
+struct ProtectedTable : SqlError {
+  ProtectedTable(const std::string& message, const std::string& theTable, bool theRow, Position at)
+      : SqlError(message, at), table(theTable), oneRow(theRow) {}
+
+  std::string table;
+  bool oneRow;  ///< true if the statement may change the table's row, but not in this way
+};
+
 }  // namespace qx::sql

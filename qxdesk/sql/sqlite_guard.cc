@@ -7,7 +7,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <ctime>
+#include <iterator>
 
 namespace qx::sql {
 namespace {
@@ -28,10 +30,15 @@ bool startsWith(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && sameName(text.substr(0, prefix.size()), prefix);
 }
 
-// A table-valued function such as pragma_table_info is read like a table.
+// A table-valued function such as pragma_table_info is read like a table. The others have names
+// of their own; what they show is the file and the engine, and not the rows of a company.
 bool isOwnTable(const char* table) {
+  constexpr std::string_view kFunctions[] = {"dbstat",    "bytecode",  "tables_used",
+                                             "json_each", "json_tree", "generate_series"};
   const std::string_view name = table == nullptr ? "" : table;
-  return startsWith(name, "sqlite_") || startsWith(name, "pragma_");
+  return startsWith(name, "sqlite_") || startsWith(name, "pragma_") ||
+         std::any_of(std::begin(kFunctions), std::end(kFunctions),
+                     [name](std::string_view function) { return sameName(function, name); });
 }
 
 // The connection whose statements the authorizer restricts at this moment. Setting and removing the

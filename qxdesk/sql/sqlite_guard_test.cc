@@ -58,6 +58,16 @@ TEST_F(SqliteGuard, RefusesEverythingButReadingAndChangingRows) {
   EXPECT_EQ(guardRefusal(db(), "UPDATE OFPR SET SubNum = 1"), "");
 }
 
+TEST_F(SqliteGuard, RefusesTheTablesThatTheEngineMakesUp) {
+  // The engine makes such a table when its columns are looked up without the guard.
+  EXPECT_EQ(database_.runNative("SELECT count(*) > 5 FROM pragma_table_info('dbstat')"), "1");
+  for (const char* table : {"sqlite_master", "pragma_database_list", "dbstat", "DBSTAT"}) {
+    const std::string refusal = guardRefusal(db(), std::string("SELECT * FROM ") + table);
+    EXPECT_TRUE(refusal.starts_with("access to ") || refusal == "not authorized")
+        << table << ": " << refusal;
+  }
+}
+
 TEST_F(SqliteGuard, RefusesACommonTableThatNamesItself) {
   EXPECT_EQ(guardRefusal(db(),
                          "WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c) "

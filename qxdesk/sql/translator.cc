@@ -143,10 +143,23 @@ void Translator::needChangeable(const Statement& statement) const {
   if (statement.table.empty()) return;
   for (const std::string& table : target_.readOnlyTables) {
     if (!sameName(table, statement.table)) continue;
-    throw SqlError("the table " + table +
-                       " describes the user tables and can only be read; change " +
-                       "them through the objects for tables, fields and keys",
-                   statement.tableAt);
+    throw ProtectedTable("the table " + table +
+                             " is kept by the company and can only be read; change it through the "
+                             "objects for tables, fields and keys",
+                         table, false, statement.tableAt);
+  }
+  if (sameName(target_.oneRowTable, statement.table)) needRowKept(statement);
+}
+
+void Translator::needRowKept(const Statement& statement) const {
+  const auto refuse = [&](Position at) {
+    throw ProtectedTable("the table " + target_.oneRowTable +
+                             " has one row, which can be changed except for its column Code",
+                         target_.oneRowTable, true, at);
+  };
+  if (statement.kind != StatementKind::Update) refuse(statement.tableAt);
+  for (const TargetColumn& column : statement.columns) {
+    if (sameName(column.name, "Code")) refuse(column.at);
   }
 }
 

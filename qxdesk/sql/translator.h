@@ -53,6 +53,9 @@ struct Target {
   std::function<std::string()> now = {};
   // Tables that statements can read and not change.
   std::vector<std::string> readOnlyTables = {};
+  // A table of one row: statements can change it, but neither add nor remove rows nor change the
+  // column Code, by which the row is known.
+  std::string oneRowTable = {};
 };
 
 class Translator {
@@ -78,6 +81,7 @@ class Translator {
   Statement parse(std::string_view utf8, const StatementShape* shape) const;
   bool setsRowLimit(const Statement& statement);
   void needChangeable(const Statement& statement) const;
+  void needRowKept(const Statement& statement) const;
 
   Dialect dialect_;
   const Catalog* catalog_;
