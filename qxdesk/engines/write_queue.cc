@@ -37,11 +37,13 @@ std::int64_t inMilliseconds(WriteQueue::TimePoint time) {
 }
 
 // A turn is often shorter than going to sleep and waking up; so the next one in the queue stays
-// awake for a moment, and lets other programs run.
+// awake for a moment, and lets other programs run. With many of them one look may take long.
 bool changesSoon(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
   constexpr int kLooks = 100;
+  const auto end = std::chrono::steady_clock::now() + milliseconds(1);
   for (int i = 0; i < kLooks; ++i) {
     if (word != value) return true;
+    if (std::chrono::steady_clock::now() >= end) return false;
     std::this_thread::yield();
   }
   return false;
