@@ -265,8 +265,10 @@ TEST_F(OpenCompanyTest, AConnectionOpensWithoutAWaitBesideATransactionOfAnother)
 TEST_F(OpenCompanyTest, AWriterWaitsForAnother) {
   const CComPtr<ICompany> writer = connectTo(target());
   CompanyEnvironment environment = testEnvironment();
-  environment.awaitChange = [&writer, done = false](const auto&, auto, auto) mutable {
+  environment.awaitChange = [&writer, done = false, wait = environment.awaitChange](
+                                const auto& word, auto value, auto most) mutable {
     if (!std::exchange(done, true)) writer->EndTransaction(et_Commit);
+    wait(word, value, most);
   };
   const CComPtr<ICompany> other = connectTo(target(), environment);
   writer->StartTransaction();
