@@ -28,7 +28,7 @@ constexpr milliseconds kNextLooksAgain{5};
 // How long the turn of a connection lasts at most, if its statements follow each other within
 // kSoon; and how long one without a statement is left to it. So each of n writers at once waits for
 // n - 1 short turns.
-constexpr milliseconds kLongestTurn{2};
+constexpr milliseconds kLongestTurn{1};
 constexpr microseconds kSoon{500};
 constexpr milliseconds kIdle{1};
 

@@ -192,7 +192,7 @@ TEST_F(KeptTurnTest, StatementsThatFollowCloselyGoBeforeThoseWhoWait) {
 
 TEST_F(KeptTurnTest, TheTurnIsLeftAfterAShortTime) {
   enter(busy);
-  now_ += milliseconds(2);
+  now_ += milliseconds(1);
   busy.endStatement();
   EXPECT_EQ(statement(), milliseconds(2000));
 }
