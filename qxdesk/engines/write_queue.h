@@ -14,7 +14,7 @@
 //
 // A change of turns costs more than a short statement: the next process wakes up and reads anew
 // what the engine had in memory. So a connection whose statements follow each other closely keeps
-// its turn for a few milliseconds. In between its statements the next in the queue may end the
+// its turn for a millisecond. In between its statements the next in the queue may end the
 // turn, and does so after a moment without a statement.
 
 #include "qxdesk/engines/environment.h"
