@@ -54,7 +54,7 @@ class Side {
   Side(Engine engine, long serverType, bool keeps)
       : engine_(engine),
         place_(engine),
-        target_{place_.companyDatabase(), serverType, ln_English, u"manager", u"Demo", keeps},
+        target_(targetOf(place_.companyDatabase(), serverType, keeps)),
         company_(connectTo(target_)) {}
 
   std::string run(const std::string& statement, bool ordered);
@@ -76,6 +76,11 @@ class Side {
   void makeTables();
 
  private:
+  static LoginTarget targetOf(const std::string& database, long serverType, bool keeps) {
+    LoginTarget target{database, serverType, ln_English, u"manager", u"Demo"};
+    target.keepsStatements = keeps;
+    return target;
+  }
   std::string rowsAsText(const CComPtr<IRecordset>& rows, bool ordered) const;
 
   Engine engine_;
@@ -156,6 +161,8 @@ class Statements {
     return made;
   }
   int below(int limit) { return std::uniform_int_distribution<>(0, limit - 1)(random_); }
+  /// A statement that shows every value that others have written.
+  std::string everything() const { return "SELECT * FROM " + name("@T"); }
 
  private:
   template <std::size_t size>
@@ -168,6 +175,7 @@ class Statements {
     return brackets() ? "[" + plain + "]" : "\"" + plain + "\"";
   }
   std::string number() { return below(2) == 0 ? oneOf(kWholes) : oneOf(kDecimals); }
+  std::string sign() { return below(2) == 0 ? "-" : ""; }
   std::string date() {
     if (brackets())
       return "CONVERT(datetime, " + oneOf(kTexts) + ", " + (below(2) == 0 ? "112)" : "120)");
@@ -196,8 +204,8 @@ class Statements {
   // A value that the column takes, mostly.
   std::string fitting(const std::string& column) {
     if (below(12) == 0) return value();
-    if (column == "U_B") return oneOf(kWholes);
-    if (column == "U_Price") return (below(3) == 0 ? "-" : "") + number();
+    if (column == "U_B") return sign() + oneOf(kWholes);
+    if (column == "U_Price") return sign() + number();
     if (column == "U_Date") return below(3) == 0 ? date() : oneOf(kDates);
     return oneOf(kTexts);
   }
@@ -323,6 +331,10 @@ class KeptStatementsModel : public testing::TestWithParam<Medium> {
     note(made.text);
     failures_ += fresh.starts_with("-2") ? 1 : 0;
     EXPECT_EQ(kept, fresh) << "after the statements\n" << history();
+    if (made.text.starts_with("SELECT") || HasFailure()) return;
+    const std::string all = statements_.everything();
+    EXPECT_EQ(kept_.run(all, false), fresh_.run(all, false)) << "after the statements\n"
+                                                             << history();
   }
   template <class Change>
   void onBoth(const std::string& what, Change change) {

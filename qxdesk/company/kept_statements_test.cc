@@ -269,6 +269,36 @@ TEST_P(KeptStatementsTest, ManyShapesTakeNoMoreMemoryThanTheMostThatAreKept) {
 
 QX_TEST_ON_ALL_ENGINES(KeptStatementsTest);
 
+using KeptOnServer = KeptStatementsTest;
+
+// The check of a text's tables knows some types by conditions of their own, and others by numbers.
+TEST_P(KeptOnServer, EveryChangeOfATypeIsSeen) {
+  runElsewhere("", "CREATE TABLE f (code varchar(10), a varchar(10)); INSERT INTO f VALUES ('x')");
+  const std::u16string select = u"SELECT a FROM [f] WHERE code = 'x'";
+  const auto typeOf = [&](const CComPtr<ICompany>& by) {
+    return query(by, select)->GetFields()->Item(0L)->GetType();
+  };
+  for (const char* type :
+       {"bigint", "int", "numeric(19,6)", "smallint", "timestamp(0)", "date", "numeric", "real",
+        "timestamptz", "text", "double precision", "char(3)", "boolean", "date", "varchar(5)"}) {
+    typeOf(company);
+    EXPECT_EQ(preparedBy(select), 0) << type;
+    runElsewhere("", std::string("ALTER TABLE f ALTER COLUMN a TYPE ") + type + " USING NULL");
+    EXPECT_EQ(typeOf(company), typeOf(watched(false))) << type;
+  }
+}
+
+TEST_P(KeptOnServer, ATableThatTakesTheNameOfAnotherIsSeen) {
+  runElsewhere("",
+               "CREATE TABLE f (code varchar(10), a int); CREATE TABLE g (code varchar(10), a int);"
+               "INSERT INTO f VALUES ('x', 1); INSERT INTO g VALUES ('x', 2)");
+  EXPECT_EQ(rowsOf(company, u"SELECT a FROM [f] WHERE code = 'x'"), u"1");
+  runElsewhere("", "ALTER TABLE f RENAME TO h; ALTER TABLE g RENAME TO f");
+  EXPECT_EQ(rowsOf(company, u"SELECT a FROM [f] WHERE code = 'x'"), u"2");
+}
+
+INSTANTIATE_TEST_SUITE_P(Postgres, KeptOnServer, testing::Values(Engine::Postgres));
+
 sql::StatementShape shapeOf(const std::string& text) {
   sql::StatementShape shape;
   EXPECT_TRUE(sql::findShape(text, shape));

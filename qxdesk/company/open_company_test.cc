@@ -246,11 +246,29 @@ TEST_F(OpenCompanyTest, ARowThatAnotherConnectionWritesIsLockedAndReadsAsBefore)
   EXPECT_EQ(rowsOf(other, u"SELECT Country FROM HVCOMP"), u"FR");
 }
 
+TEST_F(OpenCompanyTest, AConnectionOpensWithoutAWaitBesideATransactionOfAnother) {
+  const CComPtr<ICompany> writer = connectTo(target());
+  writer->StartTransaction();
+  query(writer, u"UPDATE HVCOMP SET Country = 'AT'");
+  CompanyEnvironment environment = testEnvironment();
+  int waits = 0;
+  environment.awaitChange = [&, wait = environment.awaitChange](const auto& word, auto value,
+                                                                auto most) {
+    ++waits;
+    wait(word, value, most);
+  };
+  const CComPtr<ICompany> reader = connectTo(target(), environment);
+  EXPECT_EQ(rowsOf(reader, u"SELECT Country FROM HVCOMP"), u"DE");
+  EXPECT_EQ(waits, 0);
+}
+
 TEST_F(OpenCompanyTest, AWriterWaitsForAnother) {
   const CComPtr<ICompany> writer = connectTo(target());
   CompanyEnvironment environment = testEnvironment();
-  environment.awaitChange = [&writer, done = false](const auto&, auto, auto) mutable {
+  environment.awaitChange = [&writer, done = false, wait = environment.awaitChange](
+                                const auto& word, auto value, auto most) mutable {
     if (!std::exchange(done, true)) writer->EndTransaction(et_Commit);
+    wait(word, value, most);
   };
   const CComPtr<ICompany> other = connectTo(target(), environment);
   writer->StartTransaction();

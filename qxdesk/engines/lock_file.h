@@ -38,7 +38,9 @@ class LockFile {
     Waiting = 0,
     Writing = 1,      ///< a statement; it may not have got the engine's lock yet
     Transaction = 2,  ///< it has the engine's lock until the transaction ends
-    Drawn = 3         ///< it has read a table's highest code and has not inserted a row yet
+    Drawn = 3,        ///< it has read a table's highest code and has not inserted a row yet
+    Kept = 4,         ///< no statement; its next one may follow at once. Those behind may end it
+    Ended = 5         ///< it was ended so
   };
 
   /// Opens the lock file of a company's file, which must exist; makes it if it is missing. Returns

@@ -34,7 +34,8 @@ struct LockFile::Contents {
 
   std::array<char, 16> kind;
   std::atomic<std::uint64_t> nextTicket;
-  std::array<char, 40> reserved;
+  std::atomic<std::uint32_t> logPages;  // of the log, when it was last begun to be moved
+  std::array<char, 36> reserved;
   Holding tables;
   std::array<char, 80> reservedToo;
   std::array<Place, kPlaces> places;

@@ -40,6 +40,44 @@ std::string regclass(const std::string& table) {
   return "to_regclass(" + quotedText(quotedName(table)) + ")";
 }
 
+// Returns the range whose elements have exactly this type; null for other types.
+const char* rangeOf(std::int64_t type) {
+  switch (type) {
+    case 20:
+      return "int8range";
+    case 23:
+      return "int4range";
+    case 1082:
+      return "daterange";
+    case 1114:
+      return "tsrange";
+    case 1184:
+      return "tstzrange";
+    case 1700:
+      return "numrange";
+    default:
+      return nullptr;
+  }
+}
+
+// Returns a condition over a null that is true if its expression has the type, and that otherwise
+// fails the analysis where that is possible: a range takes no value of another type than its
+// elements', and a length of characters only texts have.
+std::string hasType(const std::string& null, std::int64_t type) {
+  if (typeOf(type) == sql::ColumnType::Text) return "char_length(" + null + ") IS NULL";
+  if (const char* range = rangeOf(type)) {
+    return "(CAST(NULL AS " + std::string(range) + ") @> " + null + ") IS NULL";
+  }
+  return "pg_typeof(" + null + ") = CAST(" + std::to_string(type) + " AS oid)";
+}
+
+// Returns a condition that is true like `condition` and fails the statement instead of being false.
+// The words of the failure depend on the table, so that the server does not compute them ahead.
+std::string passOrFail(const std::string& condition, const std::string& table) {
+  return "(CASE WHEN " + condition + " THEN true ELSE CAST('" + std::string(kTablesChangedWords) +
+         "' || COALESCE(CAST(" + regclass(table) + " AS text), '') AS boolean) END)";
+}
+
 }  // namespace
 
 sql::ColumnType PostgresCatalog::columnType(std::string_view table, std::string_view column) const {
@@ -70,32 +108,48 @@ std::string PostgresCatalog::unchangedCheck(const std::vector<std::string>& tabl
   return check;
 }
 
+// An empty row as JSON has the names in their order. A table with a domain is checked as a whole.
+std::string PostgresCatalog::orderCheck(const std::vector<std::string>& tables) const {
+  std::string check;
+  for (const std::string& name : tables) {
+    const Table& table = tableOf(name);
+    if (table.columns.empty() || table.hasDomain) continue;
+    std::string names;
+    for (const Column& column : table.inOrder) {
+      names += (names.empty() ? "" : ",") + column.jsonName + ":null";
+    }
+    check += " AND " + passOrFail("CAST(row_to_json(" + emptyRow(table) +
+                                      ") AS text) = " + quotedText("{" + names + "}"),
+                                  lowerName(name));
+  }
+  return check;
+}
+
 // A row of nulls has no value that a type with conditions of its own accepts.
 std::string PostgresCatalog::checkOf(const std::string& name, const Table& table) {
   return table.hasDomain ? checkOfCatalogRows(name, table) : checkOfRowType(name, table);
 }
 
+std::string PostgresCatalog::emptyRow(const Table& table) {
+  std::string nulls;
+  for (std::size_t i = 0; i < table.inOrder.size(); ++i) nulls += i == 0 ? "NULL" : ", NULL";
+  return "CAST(ROW(" + nulls + ") AS " + table.rowType + ")";
+}
+
 // The server analyses a prepared statement anew after a change of a table in it. So expressions
 // over the table's row type show the columns as they are, without a look into the catalogue, which
-// would take longer than most statements: an empty row as JSON has the names in their order, and a
-// row of another number of columns, or without one of the names, fails the analysis.
-//
-// The words of the failure depend on the table, so that the server does not compute them ahead.
+// would take longer than most statements: a row of another number of columns, or without one of the
+// names, fails the analysis, and so does a column of another type. All of this the server computes
+// when it plans the statement, and leaves it out when it runs it.
 std::string PostgresCatalog::checkOfRowType(const std::string& name, const Table& table) {
-  std::string nulls;
-  std::string names;
-  std::string types;
+  std::string condition = "CAST(" + quotedText(quoted(name)) + " AS regclass) = CAST(" +
+                          std::to_string(table.number) + " AS oid) AND (" + emptyRow(table) + ")." +
+                          table.inOrder[0].name + " IS NULL";
   for (const Column& column : table.inOrder) {
-    nulls += (nulls.empty() ? "NULL" : ", NULL");
-    names += (names.empty() ? "" : ",") + column.jsonName + ":null";
-    types += " AND pg_typeof((CAST(NULL AS " + table.rowType + "))." + column.name + ") = CAST(" +
-             column.type + " AS oid)";
+    condition +=
+        " AND " + hasType("(CAST(NULL AS " + table.rowType + "))." + column.name, column.type);
   }
-  return "(CASE WHEN " + regclass(name) + " = CAST(" + std::to_string(table.number) +
-         " AS oid) AND CAST(row_to_json(CAST(ROW(" + nulls + ") AS " + table.rowType +
-         ")) AS text) = " + quotedText("{" + names + "}") + types + " THEN true ELSE CAST('" +
-         std::string(kTablesChangedWords) + "' || COALESCE(CAST(" + regclass(name) +
-         " AS text), '') AS boolean) END)";
+  return passOrFail(condition, name);
 }
 
 // A change of a column writes its row anew, and a table that was made anew has another number. The
@@ -132,8 +186,7 @@ PostgresCatalog::Table PostgresCatalog::read(const std::string& name) const {
     if (row->integer(4) == 0) continue;
     const std::string column(row->text(0));
     table.columns[column] = typeOf(row->integer(1));
-    table.inOrder.push_back(
-        {quotedName(column), std::string(row->text(5)), std::to_string(row->integer(1))});
+    table.inOrder.push_back({quotedName(column), std::string(row->text(5)), row->integer(1)});
     table.rowType = std::string(row->text(6)) + "." + quotedName(name);
     if (row->integer(7) != 0) table.hasDomain = true;
   }

@@ -2,6 +2,7 @@
 
 // The types of the columns in a PostgreSQL database, for the translator.
 
+#include "qxdesk/sql/column_order.h"
 #include "qxdesk/sql/column_type.h"
 
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace qx::desk {
 class Database;
 
 /// Reads each table when it is first asked for, and keeps what it read.
-class PostgresCatalog final : public sql::Catalog {
+class PostgresCatalog final : public sql::Catalog, public sql::ColumnOrderCatalog {
  public:
   explicit PostgresCatalog(Database& database) : database_(database) {}
 
@@ -29,6 +30,7 @@ class PostgresCatalog final : public sql::Catalog {
   /// Compares the tables with those that were read. The server does so in the statement's own turn.
   /// Throws DatabaseError.
   std::string unchangedCheck(const std::vector<std::string>& tables) const override;
+  std::string orderCheck(const std::vector<std::string>& tables) const override;
   /// Forgets everything that was read, since other processes may have changed it.
   void forget() { tables_.clear(); }
 
@@ -36,9 +38,9 @@ class PostgresCatalog final : public sql::Catalog {
   using Columns = std::map<std::string, sql::ColumnType>;  // by folded name
   /// A column as the check compares it.
   struct Column {
-    std::string name;      // quoted
-    std::string jsonName;  // as it is written in JSON
-    std::string type;      // the number of the type
+    std::string name;       // quoted
+    std::string jsonName;   // as it is written in JSON
+    std::int64_t type = 0;  // its number
   };
   struct Table {
     Columns columns;
@@ -49,6 +51,7 @@ class PostgresCatalog final : public sql::Catalog {
     bool hasDomain = false;  // a type with conditions of its own
   };
 
+  static std::string emptyRow(const Table& table);
   static std::string checkOf(const std::string& name, const Table& table);
   static std::string checkOfRowType(const std::string& name, const Table& table);
   static std::string checkOfCatalogRows(const std::string& name, const Table& table);

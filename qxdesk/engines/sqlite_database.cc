@@ -137,12 +137,19 @@ class SqliteDatabase final : public Database {
  private:
   SqliteLink link() { return {db_.get(), limit_, turns_}; }
 
+  // Without a turn to write: a log that is in use already stays as it is, and a start must not wait
+  // for the transaction of another program.
+  void executeAtOnce(const char* sql) {
+    if (sqlite3_exec(db_.get(), sql, nullptr, nullptr, nullptr) == SQLITE_OK) return;
+    throw DatabaseError(faultOf(sqlite3_extended_errcode(db_.get())), sqlite3_errmsg(db_.get()));
+  }
+
   // Returns false while another connection keeps the file. A folder that cannot be written has no
   // room for a log; the file is used without one.
   bool useWriteAheadLog() {
     try {
-      execute("PRAGMA journal_mode = WAL");
-      execute("PRAGMA synchronous = NORMAL");
+      executeAtOnce("PRAGMA journal_mode = WAL");
+      executeAtOnce("PRAGMA synchronous = NORMAL");
       return true;
     } catch (const DatabaseError& error) {
       if (error.fault() == Fault::ReadOnly) return true;

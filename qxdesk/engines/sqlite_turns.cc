@@ -40,7 +40,10 @@ void SqliteTurns::watch(sqlite3* db) {
   sqlite3_busy_handler(db_, waitForLock, this);
 }
 
-void SqliteTurns::join(LockFile& locks) { queue_.emplace(locks, environment_); }
+void SqliteTurns::join(LockFile& locks) {
+  queue_.emplace(locks, environment_);
+  checkpoints_.watch(db_, locks);
+}
 
 // The engine calls this while a lock is taken; 0 gives up. Its own sqlite3_busy_timeout would sleep
 // by itself, which a test could not control.
@@ -48,7 +51,7 @@ int SqliteTurns::waitForLock(void* data, int /*tries*/) {
   SqliteTurns& turns = *static_cast<SqliteTurns*>(data);
   if (!turns.wait_.pause()) return 0;
   // Those behind are to wait in the queue and not here.
-  if (turns.queue_) turns.queue_->stillWrites();
+  if (turns.queue_ && turns.queue_->hasTurn()) turns.queue_->stillWrites();
   return 1;
 }
 
@@ -67,8 +70,16 @@ void SqliteTurns::end() {
     drawn_.clear();
     queue_->beginTransaction();
   } else if (drawn_.empty()) {
-    queue_->leave();
+    endTurn();
   }
+}
+
+void SqliteTurns::endTurn() {
+  const SqliteCheckpoints::Due due = checkpoints_.due();
+  if (due == SqliteCheckpoints::Due::Alone) checkpoints_.run();
+  if (due != SqliteCheckpoints::Due::Beside) return queue_->endStatement();
+  queue_->leave();
+  checkpoints_.run();
 }
 
 std::string SqliteTurns::highest(Database& database, std::string_view table) {

@@ -8,6 +8,7 @@
 
 #include "qxdesk/engines/code_draws.h"
 #include "qxdesk/engines/environment.h"
+#include "qxdesk/engines/sqlite_checkpoints.h"
 #include "qxdesk/engines/write_queue.h"
 
 #include <memory>
@@ -61,11 +62,13 @@ class SqliteTurns final : public CodeDraws {
  private:
   static int waitForLock(void* data, int tries);
   bool inTransaction() const;
+  void endTurn();
 
   CompanyEnvironment environment_;
   TimedWait wait_;
   sqlite3* db_ = nullptr;
   std::optional<WriteQueue> queue_;
+  SqliteCheckpoints checkpoints_;
   std::set<std::string, std::less<>> drawn_;  // the tables, in lower case
   WriteQueue::TimePoint drawnAt_;             // the latest draw
 };

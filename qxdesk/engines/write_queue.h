@@ -11,6 +11,11 @@
 //
 // Between reading the highest code of a table and inserting the row with the next one, a connection
 // keeps its turn, so that no other one draws the same code.
+//
+// A change of turns costs more than a short statement: the next process wakes up and reads anew
+// what the engine had in memory. So a connection whose statements follow each other closely keeps
+// its turn for a millisecond. In between its statements the next in the queue may end the
+// turn, and does so after a moment without a statement.
 
 #include "qxdesk/engines/environment.h"
 #include "qxdesk/engines/lock_file.h"
@@ -35,13 +40,16 @@ class WriteQueue {
   /// if it has to wait at all. Does nothing if it has its turn already.
   template <class Deadline>
   void enter(Deadline&& deadline) {
-    if (!ticket_ && !takeTurn()) waitForTurn(deadline());
+    if (hasTurn() || resume() || takeTurn()) return;
+    waitForTurn(deadline());
   }
-  bool hasTurn() const { return ticket_.has_value(); }
+  bool hasTurn() const { return ticket_ && turn_ != LockFile::Turn::Kept; }
   /// Says what this connection does with its turn. The others are patient with it anew.
   void beginTransaction();
   void drawCode();
   void stillWrites();
+  /// Ends the turn, or keeps it for the next statement if that is likely to follow at once.
+  void endStatement();
   /// Ends the turn; the next connection goes on.
   void leave();
 
@@ -53,8 +61,14 @@ class WriteQueue {
     TimePoint at;
   };
 
+  bool resume();
   bool takeTurn();
+  bool takeTicket();
+  bool isPlaceOfIdle(Ticket ticket) const;
+  Ticket releaseTicket();
   void waitForTurn(TimePoint deadline);
+  std::chrono::milliseconds timeToNextLook(Ticket ahead, bool isNext) const;
+  bool isWaitedFor() const;
   void writePlace(LockFile::Turn turn);
   bool isNextAfter(Ticket ahead) const;
   std::optional<Ticket> firstAhead(TimePoint now);
@@ -64,6 +78,9 @@ class WriteQueue {
   const CompanyEnvironment& environment_;
   std::optional<Ticket> ticket_;
   LockFile::Turn turn_ = LockFile::Turn::Waiting;
+  TimePoint turnBegan_;
+  TimePoint lastEnd_;     // of a statement
+  bool follows_ = false;  // the statements of this turn began soon after the one before
   std::map<Ticket, Seen> ahead_;
 };
 

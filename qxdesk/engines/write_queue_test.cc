@@ -15,7 +15,12 @@
 namespace qx::desk {
 namespace {
 
+using std::chrono::microseconds;
 using std::chrono::milliseconds;
+
+// The part of the lock file's space in which tickets are.
+constexpr std::uint64_t kQueue = std::uint64_t{1} << 41;
+constexpr std::uint64_t kQueueEnd = std::uint64_t{1} << 42;
 
 /// Connections to one file, and a clock that only waiting moves.
 class WriteQueueTest : public testing::Test {
@@ -158,6 +163,78 @@ TEST_F(WriteQueueTest, OthersKeepTheirOrderBehindOneThatIsPassedOver) {
   enter(third);
   EXPECT_GE(now_ - start, milliseconds(4000));
   EXPECT_FALSE(second.hasTurn());
+}
+
+/// A connection whose statements follow each other closely, and one that waits behind it.
+class KeptTurnTest : public WriteQueueTest {
+ protected:
+  KeptTurnTest() {
+    statement();
+    enter(busy);
+    other.enter([&] { return now_; });
+    busy.endStatement();
+  }
+  /// Returns the time that the statement has waited.
+  milliseconds statement() {
+    const milliseconds waited = enter(busy);
+    busy.endStatement();
+    return waited;
+  }
+  WriteQueue& busy = connect();
+  WriteQueue& other = connect();
+  std::unique_ptr<LockFile> third = LockFile::open(company_, environment_);
+};
+
+TEST_F(KeptTurnTest, StatementsThatFollowCloselyGoBeforeThoseWhoWait) {
+  EXPECT_FALSE(busy.hasTurn());
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(statement(), milliseconds(0));
+}
+
+TEST_F(KeptTurnTest, TheTurnIsLeftAfterAShortTime) {
+  enter(busy);
+  now_ += milliseconds(1);
+  busy.endStatement();
+  EXPECT_EQ(statement(), milliseconds(2000));
+}
+
+TEST_F(KeptTurnTest, TheOneThatWaitsEndsATurnWithoutAStatement) {
+  other.leave();
+  EXPECT_LE(enter(other), milliseconds(2));
+  EXPECT_EQ(statement(), milliseconds(2000));
+}
+
+TEST_F(KeptTurnTest, ATurnThatWasLeftLongAgoIsNotWaitedFor) {
+  other.leave();
+  now_ += milliseconds(5);
+  EXPECT_EQ(enter(other), milliseconds(0));
+}
+
+TEST_F(KeptTurnTest, AStatementAfterAPauseKeepsNothing) {
+  now_ += microseconds(500);
+  enter(busy);
+  busy.endStatement();
+  EXPECT_EQ(statement(), milliseconds(2000));
+}
+
+TEST_F(KeptTurnTest, WithoutAnyoneBehindNothingIsKept) {
+  busy.leave();
+  other.leave();
+  statement();
+  enter(busy);
+  busy.endStatement();
+  EXPECT_EQ(third->lowestTaken(kQueue, kQueueEnd), std::nullopt);
+}
+
+TEST_F(KeptTurnTest, ManyLaterTicketsLeaveAnIdleConnectionItsPlace) {
+  other.leave();
+  enter(other);
+  other.leave();
+  for (std::size_t i = 0; i < 3 * LockFile::Contents::kPlaces; ++i) {
+    enter(other);
+    other.leave();
+  }
+  WriteQueue& late = connect();
+  EXPECT_EQ(enter(late), milliseconds(0));
 }
 
 TEST_F(WriteQueueTest, AProcessThatIsKilledLeavesTheQueue) {

@@ -1,6 +1,7 @@
 #include "qxdesk/sql/translator.h"
 
 #include "qxdesk/sql/bound_values.h"
+#include "qxdesk/sql/column_order.h"
 #include "qxdesk/sql/emitter_postgres.h"
 #include "qxdesk/sql/emitter_sqlite.h"
 #include "qxdesk/sql/lexer.h"
@@ -53,24 +54,33 @@ void nameLiterals(std::vector<Token>& tokens, std::string_view utf8, const State
   }
 }
 
-void addTables(const Select& select, std::vector<std::string>& tables);
+/// The tables that a statement uses.
+struct UsedTables {
+  std::vector<std::string> names;
+  bool inOrder = false;  // it depends on the order of their columns
+};
 
-void addTablesBelow(const Expr& expr, std::vector<std::string>& tables) {
+void addTables(const Select& select, UsedTables& tables);
+
+void addTablesBelow(const Expr& expr, UsedTables& tables) {
   if (expr.select) addTables(*expr.select, tables);
   for (const ExprPtr& arg : expr.args) addTablesBelow(*arg, tables);
 }
 
-void addTablesBelow(const ExprPtr& expr, std::vector<std::string>& tables) {
+void addTablesBelow(const ExprPtr& expr, UsedTables& tables) {
   if (expr) addTablesBelow(*expr, tables);
 }
 
-void addTables(const SelectCore& core, std::vector<std::string>& tables) {
-  for (const SelectItem& item : core.items) addTablesBelow(item.value, tables);
+void addTables(const SelectCore& core, UsedTables& tables) {
+  for (const SelectItem& item : core.items) {
+    if (!item.value) tables.inOrder = true;
+    addTablesBelow(item.value, tables);
+  }
   for (const Source& source : core.from) {
     if (source.derived) {
       addTables(*source.derived, tables);
     } else {
-      tables.push_back(source.table);
+      tables.names.push_back(source.table);
     }
     addTablesBelow(source.on, tables);
   }
@@ -79,26 +89,35 @@ void addTables(const SelectCore& core, std::vector<std::string>& tables) {
   addTablesBelow(core.having, tables);
 }
 
-void addTables(const Select& select, std::vector<std::string>& tables) {
+void addTables(const Select& select, UsedTables& tables) {
   for (const CommonTable& table : select.with) addTables(*table.select, tables);
   for (const SelectCore& core : select.cores) addTables(core, tables);
   for (const OrderKey& key : select.orderBy) addTablesBelow(key.value, tables);
 }
 
-// Returns the names of all tables that a statement reads or changes, each once. Those of common
+// Returns all tables that a statement reads or changes, each once. Those of common
 // tables may be among them; a real table of such a name then counts, too.
-std::vector<std::string> tablesOf(const Statement& statement) {
-  std::vector<std::string> tables;
-  if (!statement.table.empty()) tables.push_back(statement.table);
+UsedTables tablesOf(const Statement& statement) {
+  UsedTables tables;
+  tables.inOrder = statement.kind == StatementKind::Insert && statement.columns.empty();
+  if (!statement.table.empty()) tables.names.push_back(statement.table);
   if (statement.select) addTables(*statement.select, tables);
   addTablesBelow(statement.where, tables);
   for (const TargetColumn& column : statement.columns) addTablesBelow(column.value, tables);
   for (const std::vector<ExprPtr>& row : statement.rows) {
     for (const ExprPtr& value : row) addTablesBelow(value, tables);
   }
-  std::sort(tables.begin(), tables.end(), NameLess{});
-  tables.erase(std::unique(tables.begin(), tables.end(), sameName), tables.end());
+  std::vector<std::string>& names = tables.names;
+  std::sort(names.begin(), names.end(), NameLess{});
+  names.erase(std::unique(names.begin(), names.end(), sameName), names.end());
   return tables;
+}
+
+std::string checkOf(const Catalog& catalog, const UsedTables& tables) {
+  std::string check = catalog.unchangedCheck(tables.names);
+  const auto* const order = dynamic_cast<const ColumnOrderCatalog*>(&catalog);
+  if (tables.inOrder && order != nullptr) check += order->orderCheck(tables.names);
+  return check;
 }
 
 bool isHighestCode(const SelectCore& core) {
@@ -178,7 +197,7 @@ Translation Translator::translate(std::string_view utf8, const StatementShape* s
   needChangeable(statement);
   const std::unique_ptr<StatementEmitter> emitter = makeEmitter(dialect, target_);
   if (shape != nullptr) emitter->bindValues();
-  if (checks) emitter->setCheck(catalog_->unchangedCheck(tablesOf(statement)));
+  if (checks) emitter->setCheck(checkOf(*catalog_, tablesOf(statement)));
   translation.text = emitter->statement(statement, rowLimit_);
   translation.parameters = emitter->boundValues();
   translation.checked = emitter->isChecked();
