@@ -193,7 +193,7 @@ int main() {
     bench.bytes();
   } catch (const _com_error& error) {
     std::fprintf(stderr, "web_bench: %s; is QX_REGISTRY set?\n",
-                 qx::toUtf8(viewOf(error.ErrorMessage())).c_str());
+                 qx::toUtf8(qx::viewOf(error.ErrorMessage())).c_str());
     return 1;
   }
   return 0;
