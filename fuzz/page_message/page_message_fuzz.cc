@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -22,19 +23,20 @@
 namespace qx::screens {
 namespace {
 
-/// Keeps the picture that the page has, by applying each difference.
-class Page final : public ComObject<desk::IWebServer> {
+/// Keeps the picture that each page has, by applying each difference.
+class Pages final : public ComObject<desk::IWebServer> {
  public:
   HRESULT Start(BSTR, desk::IWebDesk*, BSTR*) override { return E_NOTIMPL; }
-  void Send(desk::PageNumber, const char* text, std::size_t length) noexcept override {
+  void Send(desk::PageNumber page, const char* text, std::size_t length) noexcept override {
     const auto message = nlohmann::json::parse(std::string_view(text, length));
+    nlohmann::json& picture = pictures[page];
     if (message.at("is") == "state") picture = message.at("state");
     if (message.at("is") == "patch") picture = picture.patch(message.at("ops"));
   }
   void ClosePage(desk::PageNumber) noexcept override { open = false; }
   void Stop() noexcept override { stopped = true; }
 
-  nlohmann::json picture;
+  std::map<desk::PageNumber, nlohmann::json> pictures;
   bool open = true;
   bool stopped = false;
 };
@@ -101,7 +103,7 @@ void check(bool holds) {
   if (!holds) std::abort();
 }
 
-void checkDesk(const Desk& desk, const Page& page) {
+void checkDesk(const Desk& desk, const Pages& seen) {
   int selected = 0;
   for (const auto& form : desk.forms.all()) {
     check(form->isOpen() && desk.forms.find(form->uid()) == form);
@@ -111,7 +113,7 @@ void checkDesk(const Desk& desk, const Page& page) {
   }
   check(selected <= 1);
   check(desk.events.depth() == 0);
-  if (!page.stopped) check(page.picture == stateOf(desk, nullptr, nullptr));
+  if (!seen.stopped) check(seen.pictures.at(2) == stateOf(desk, nullptr, nullptr));
 }
 
 void run(std::string_view text) {
@@ -121,24 +123,29 @@ void run(std::string_view text) {
   desk.forms.open(makeForm());
   desk.openSystemForm(u"3101");
   desk.events.attach(std::make_shared<AddOn>(desk));
-  const auto page = makeObject<Page>();
+  const auto seen = makeObject<Pages>();
   const auto life = std::make_shared<int>(0);
-  DeskPages pages(desk, CComPtr<desk::IWebServer>(page.p),
+  DeskPages pages(desk, CComPtr<desk::IWebServer>(seen.p),
                   [&]() -> std::shared_ptr<void> { return life; });
   clock.receiver = pages.receiver();
   pages.receiver()->PageOpened(1);
   MSG message;
-  while (!text.empty() && page->open) {
+  while (!text.empty() && seen->open) {
     const std::string_view line = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(text.size(), line.size() + 1));
     pages.receiver()->PageSaid(1, line.data(), line.size());
     // What follows a press that opens a box may answer the box.
     if (line.find("\"6\"") == std::string_view::npos) PeekMessageW(&message, PM_REMOVE);
   }
-  // A page that comes afterwards sees the desk as it is.
+  const auto runTurns = [&] {
+    for (int calls = 0; calls < 3; ++calls) PeekMessageW(&message, PM_REMOVE);
+  };
+  runTurns();
+  // A page that comes afterwards sees the desk as it is. Nothing is left that could open a box.
+  pages.receiver()->PageClosed(1);
   pages.receiver()->PageOpened(2);
-  for (int calls = 0; calls < 3; ++calls) PeekMessageW(&message, PM_REMOVE);
-  checkDesk(desk, *page);
+  runTurns();
+  checkDesk(desk, *seen);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ constexpr std::size_t kMostWaiting = 256;
 constexpr int kBusyTicks = 2;
 // With a page open there is no limit; a long one serves the clock's interface.
 constexpr std::chrono::hours kLong{1};
+constexpr auto kNever = std::chrono::steady_clock::time_point::max();
 
 }  // namespace
 
@@ -136,19 +137,18 @@ std::optional<PageText> PageTraffic::takeLocked() {
 }
 
 // The time for which no page is open begins anew with each one that closes as the last.
-bool PageTraffic::isOver(std::optional<std::chrono::steady_clock::time_point>& deadline,
-                         std::chrono::milliseconds patience) const {
+bool PageTraffic::isOver(TimePoint& deadline, std::chrono::milliseconds patience) const {
   if (!pages_.empty()) {
-    deadline.reset();
+    deadline = kNever;
     return false;
   }
   const auto now = currentClock().monotonic();
-  if (!deadline) deadline = now + patience;
-  return now >= *deadline;
+  if (deadline == kNever) deadline = now + patience;
+  return now >= deadline;
 }
 
 std::optional<PageText> PageTraffic::wait(std::chrono::milliseconds patience) {
-  std::optional<std::chrono::steady_clock::time_point> deadline;
+  TimePoint deadline = kNever;
   std::unique_lock lock(mutex_);
   atRest_ = true;
   setBusyLocked(false);
@@ -157,9 +157,9 @@ std::optional<PageText> PageTraffic::wait(std::chrono::milliseconds patience) {
     waiter_.emplace();
     const std::future<void> woken = waiter_->get_future();
     const std::chrono::milliseconds limit =
-        deadline
-            ? std::chrono::ceil<std::chrono::milliseconds>(*deadline - currentClock().monotonic())
-            : std::chrono::milliseconds(kLong);
+        deadline == kNever
+            ? std::chrono::milliseconds(kLong)
+            : std::chrono::ceil<std::chrono::milliseconds>(deadline - currentClock().monotonic());
     lock.unlock();
     currentClock().waitFor(woken, limit);
     lock.lock();

@@ -88,8 +88,8 @@ class PageTraffic final : public ComObject<desk::IWebDesk> {
   void setBusyLocked(bool busy);
   void sendLocked(PageNumber page, std::string_view text);
   void sendToAllLocked(std::string_view text);
-  bool isOver(std::optional<std::chrono::steady_clock::time_point>& deadline,
-              std::chrono::milliseconds patience) const;
+  using TimePoint = std::chrono::steady_clock::time_point;
+  bool isOver(TimePoint& deadline, std::chrono::milliseconds patience) const;
 
   const TaskQueue queue_;
   Turn turn_;
