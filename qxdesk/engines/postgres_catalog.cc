@@ -142,7 +142,7 @@ std::string PostgresCatalog::emptyRow(const Table& table) {
 // names, fails the analysis, and so does a column of another type. All of this the server computes
 // when it plans the statement, and leaves it out when it runs it.
 std::string PostgresCatalog::checkOfRowType(const std::string& name, const Table& table) {
-  std::string condition = "CAST(" + quotedText(quoted(name)) + " AS regclass) = CAST(" +
+  std::string condition = "CAST(" + quotedText(quotedName(name)) + " AS regclass) = CAST(" +
                           std::to_string(table.number) + " AS oid) AND (" + emptyRow(table) + ")." +
                           table.inOrder[0].name + " IS NULL";
   for (const Column& column : table.inOrder) {
