@@ -1,21 +1,29 @@
 #!/usr/bin/env bash
-# Builds the framework and its stand-in host and demonstrates add-ons: one connects, creates its
-# tables, adds its menu, handles events and quits; the user changes the log settings, chooses from a
-# list and sees the progress of a long job. The forms are drawn as the user sees them.
+# Builds the framework and its stand-in host and demonstrates add-ons.
 #
-#   scripts/demo.sh [--check] [--engine mssql|sybase|db2|kordb]
+#   scripts/demo.sh [--text | --check] [--engine mssql|sybase|db2|kordb]
 #
-# --check verifies the result and exits with 0 or 1. The script asks no questions.
+# Without an option, the add-on `orders` runs with its screens in a browser: the script prints the
+# address to open and goes on until the client is ended on the page (File, Quit) or by Ctrl+C.
+#
+# --text prints what add-ons do, without a browser: one connects, creates its tables, adds its menu,
+# handles events and quits; the user changes the log settings, chooses from a list and sees the
+# progress of a long job. The forms are drawn as the user sees them.
+#
+# --check does both unattended, the browser being Debian's Chromium, verifies the results and exits
+# with 0 or 1. Screenshots of each step are kept in build/dev/demo. It asks no questions.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 check=no
+text=no
 engine=mssql
 while [ $# -gt 0 ]; do
   case "$1" in
-    --check) check=yes ;;
+    --check) check=yes text=yes ;;
+    --text) text=yes ;;
     --engine) engine=${2:-}; shift ;;
-    *) echo "usage: scripts/demo.sh [--check] [--engine mssql|sybase|db2|kordb]" >&2; exit 2 ;;
+    *) echo "usage: scripts/demo.sh [--text | --check] [--engine mssql|sybase|db2|kordb]" >&2; exit 2 ;;
   esac
   shift
 done
@@ -28,7 +36,7 @@ esac
 scripts/setup.sh
 build=build/dev
 cmake --preset dev >/dev/null
-cmake --build --preset dev --target hello orders QXLogger qxcompany qxdesk_so
+cmake --build --preset dev --target hello orders QXLogger qxcompany qxdesk_so qxweb
 
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
@@ -36,6 +44,13 @@ export QX_REGISTRY="$PWD/$build/registry.toml"
 export QX_RUNTIME_DIR="$place/run" QX_LOG_DIR="$place/log" QX_LOG_SETTINGS="$place/log.toml"
 mkdir -p "$QX_RUNTIME_DIR" "$QX_LOG_DIR"
 printf 'level = 6\nfile_size_mb = 10\n' >"$QX_LOG_SETTINGS" # the full trace
+
+if [ "$text" = no ]; then
+  echo
+  echo "The add-on 'orders' on a new company. Try Add-Ons > Orders, or the log settings."
+  "$build/bin/orders" "embedded:?db=$place/company.db&engine=$engine&web=127.0.0.1:0"
+  exit
+fi
 
 # The actions of the user, and the states to print before, during and after them. A drawing shows the
 # item with the focus in {}, disabled items in (), and ">" at a selected row.
@@ -56,6 +71,7 @@ shutdown
 say -- the menu in the end:
 print menus
 PLAY
+printf 'start\nprint menus\nshutdown\n' >"$place/tree.txt"
 cat >"$place/settings.txt" <<'PLAY'
 say -- the user opens the log settings. The framework shows the form itself and lets the client do
 say    nothing more, which counts as a veto:
@@ -222,5 +238,15 @@ verify "the order has the chosen customer" test "$(orders "U_No = 'A-3'")" = 'A-
 verify "the progress form begins anew when it is full" test "$(cells)" = '7 14 6'
 verify "the progress form is hidden when the job has ended" printed progress 'form QX_FIN_1 is hidden'
 verify "the job has taken in all orders" test "$(orders "U_No like 'S-%'" | wc -l)" = 28
+
+echo
+echo "== The same in a browser, with screenshots in $build/demo"
+python=$(command -v /usr/bin/python3 || command -v python3)
+# It has a company of its own. By the tree of its menus the walk through the page finds its way.
+"$build/bin/orders" "embedded:?db=$place/tree.db&engine=$engine&play=$place/tree.txt" \
+  >"$place/menus.txt"
+"$python" -B tests/browser/demo.py "$build/bin/orders" \
+  "embedded:?db=$place/browser.db&engine=$engine&accept=brackets&web=127.0.0.1:0" \
+  "$place/menus.txt" "$build/demo" || failed=1
 [ "$failed" -eq 0 ] && echo "demo: all is well"
 exit "$failed"

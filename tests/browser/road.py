@@ -47,6 +47,7 @@ class Client:
         """Returns the exit code when the client has ended and all of its lines are read."""
         code = self.process.wait(_SECONDS)
         self._reader.join(_SECONDS)
+        self.process.stdout.close()
         return code
 
     def kill(self):

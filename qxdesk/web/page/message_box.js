@@ -20,7 +20,9 @@ export class MessageBox {
   }
 
   open(box, direction) {
-    const body = element("div", { class: "text", id: newId(), text: box.get("text") });
+    const body = element("div", {
+      class: "text", id: newId(), text: box.get("text"), dir: "auto",
+    });
     const buttons = this.makeButtons(box);
     this.dialog = element("dialog", {
       class: "box", role: "alertdialog", dir: direction, "aria-describedby": body.id,
