@@ -169,6 +169,29 @@ TEST_P(CompanyLimits, MillionsOfRowsDoNotFillTheMemoryOfTheProcess) {
   EXPECT_EQ(codes, std::vector<int>{0});
 }
 
+TEST_P(CompanyLimits, AStatementThatFindsNoMemoryIsTheLastError) {
+  FaultPlan plan;
+  const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), target());
+  const auto rows = businessObject<IRecordset>(failing, kRecordset);
+  plan.noMemory = true;
+  plan.refusedWords = {"42"};
+  EXPECT_EQ(raisedBy([&] { rows->DoQuery(CComBSTR(u"SELECT 42 FROM OFPR")); }), E_OUTOFMEMORY);
+  EXPECT_EQ(lastError(failing), (LastError{E_OUTOFMEMORY, u"Not enough memory."}));
+  EXPECT_EQ(rowsOf(failing, u"SELECT COUNT(*) FROM OFPR"), u"36");
+  EXPECT_EQ(lastError(failing), (LastError{0, u""}));
+}
+
+TEST_P(CompanyLimits, ATableThatFindsNoMemoryIsTheLastError) {
+  FaultPlan plan;
+  const CComPtr<ICompany> failing = connectThrough(failingOpen(&plan), target());
+  plan.noMemory = true;
+  plan.refusedWords = {"CREATE TABLE"};
+  EXPECT_EQ(addTable(failing, u"QX"), E_OUTOFMEMORY);
+  EXPECT_EQ(lastError(failing), (LastError{E_OUTOFMEMORY, u"Not enough memory."}));
+  plan.refusedWords.clear();
+  EXPECT_EQ(addTable(failing, u"QX"), 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, CompanyLimits, testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto& engine) {
                            return engine.param == Engine::Sqlite ? "Sqlite" : "Postgres";

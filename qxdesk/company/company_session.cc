@@ -10,6 +10,7 @@
 #include "qxdesk/engines/memory_watch.h"
 #include "qxdesk/session/database_name.h"
 #include "qxdesk/sql/translator.h"
+#include "qxframework/automation/system_message.h"
 #include "qxframework/automation/text.h"
 
 #include <algorithm>
@@ -473,6 +474,13 @@ void CompanySession::remember(const CompanyError& error, CompanyFault fault) {
   lastCode_ = error.code();
   lastFault_ = error.text() == Text::TransactionLost ? endedBy_ : fault;
   lastText_ = error.sentenceIn(language());
+}
+
+// The words come last: they may find no memory either.
+void CompanySession::rememberNoMemory() {
+  lastCode_ = E_OUTOFMEMORY;
+  lastFault_ = kOtherFault;
+  lastText_ = systemMessage(E_OUTOFMEMORY);
 }
 
 HvLanguages CompanySession::language() const { return language_.value_or(target_.language); }

@@ -19,6 +19,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -104,6 +105,8 @@ class CompanySession {
       remember(error, companyFaultOf(error.text()));
     } catch (const DatabaseError& error) {
       remember(asCompanyError(kSqlFailure, error), companyFaultOf(error.fault()));
+    } catch (const std::bad_alloc&) {
+      rememberNoMemory();
     }
     return lastCode_;
   }
@@ -113,6 +116,7 @@ class CompanySession {
   CompanyError lockedError(long code, const DatabaseError& error) const;
   std::u16string wordsOf(const LockHolder& holder) const;
   void remember(const CompanyError& error, CompanyFault fault);
+  void rememberNoMemory();
   RowStore queryUnreported(std::string_view utf8);
   RowStore queryAnew(Database& database, std::string_view utf8);
   RowStore queryKept(Database& database, std::string_view utf8);

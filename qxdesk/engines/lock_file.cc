@@ -1,6 +1,8 @@
 #include "qxdesk/engines/lock_file.h"
 
 #include "qxdesk/engines/lock_file_contents.h"
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/automation/text.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -10,6 +12,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -62,10 +66,45 @@ bool isSameFile(int file, const std::filesystem::path& path) {
 void takeRightsOf(const std::filesystem::path& company, int file) {
   struct stat rights {};
   if (stat(company.c_str(), &rights) != 0) return;
-  const bool mode = fchmod(file, rights.st_mode & 0777) == 0;
-  const bool owner = geteuid() != 0 || fchown(file, rights.st_uid, rights.st_gid) == 0;
+  const uid_t owner = geteuid() == 0 ? rights.st_uid : static_cast<uid_t>(-1);  // -1: as it is
+  // The maker's own group may be one of many users who have nothing to do with the company.
+  const bool given = fchown(file, owner, rights.st_gid) == 0;
   // Not all file systems have rights; without them the others go on without the lock file.
-  static_cast<void>(mode && owner);
+  static_cast<void>(fchmod(file, rights.st_mode & (given ? 0777 : 0707)));
+}
+
+// A folder that all can write may give its group to the files of users who are not in the group.
+bool givesGroupToAll(const std::filesystem::path& folder, gid_t group) {
+  struct stat state {};
+  return stat(folder.c_str(), &state) != 0 ||
+         ((state.st_mode & S_IWOTH) != 0 && state.st_gid == group);
+}
+
+// Returns true if all who can write a lock file may write the company as well. The owner of a file
+// can give it to a group only if that user is in the group.
+bool isSharedFairly(int file, const std::filesystem::path& path,
+                    const std::filesystem::path& company) {
+  struct stat lock {};
+  struct stat rights {};
+  if (fstat(file, &lock) != 0 || stat(company.c_str(), &rights) != 0) return false;
+  if ((rights.st_mode & S_IWOTH) != 0) return true;
+  const bool sameGroup = (rights.st_mode & S_IWGRP) != 0 && lock.st_gid == rights.st_gid;
+  const bool owner = lock.st_uid == geteuid() || lock.st_uid == 0 || lock.st_uid == rights.st_uid ||
+                     (sameGroup && !givesGroupToAll(path.parent_path(), lock.st_gid));
+  const bool group = (lock.st_mode & S_IWGRP) == 0 || sameGroup;
+  return owner && group && (lock.st_mode & S_IWOTH) == 0;
+}
+
+// Reported once for each file, however often the program connects.
+void reportUnfair(const std::filesystem::path& path) {
+  static std::mutex mutex;
+  static std::set<std::filesystem::path> reported;
+  const std::lock_guard lock(mutex);
+  if (!reported.insert(path).second) return;
+  developerTrace(toUtf16("The lock file " + path.string() +
+                         " is not used: users who may not write the company can write it. Its "
+                         "owner or root can delete it; until then the connections to the company "
+                         "do not know of each other.\n"));
 }
 
 enum class Kind { Ours, Blank, Foreign };
@@ -96,6 +135,12 @@ bool makeContents(int file, const std::filesystem::path& company) {
 enum class Opened { Yes, Never, TryAgain };
 
 Opened prepare(int file, const std::filesystem::path& path, const std::filesystem::path& company) {
+  // First of all: an empty file that the administrator gave to the company's owner could still be
+  // open in the program of the user who made it.
+  if (!isSharedFairly(file, path, company)) {
+    reportUnfair(path);
+    return Opened::Never;
+  }
   // The last user removes the file under this lock; then the next one has to make it anew.
   if (!setLock(file, F_RDLCK, kUse)) return isTaken() ? Opened::TryAgain : Opened::Never;
   if (!isSameFile(file, path)) return Opened::TryAgain;

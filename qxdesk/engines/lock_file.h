@@ -9,6 +9,14 @@
 // a file that was left behind is used again. The file has the rights of the company's file, and the
 // last connection removes it. Without it, for example in a folder that cannot be written, a company
 // works as well, but its connections do not know of each other.
+//
+// The file is mapped, so a user who can shorten it can end the programs that use it. It is used
+// only if all who can write it may write the company as well:
+// - Its owner is this user, root, the owner of the company's file, or a user who may write that
+//   file: any user if others may write it; if the group may, the owner of a lock file that has the
+//   company's group and is in a folder that does not give this group to the files of all users.
+// - Its rights let the group and others write only if those of the company's file do, and the group
+//   only if it is the same one.
 
 #include "qxdesk/engines/environment.h"
 #include "qxframework/os/unique_fd.h"
@@ -45,7 +53,8 @@ class LockFile {
 
   /// Opens the lock file of a company's file, which must exist; makes it if it is missing. Returns
   /// null if there can be none: the folder cannot be written, the disk is full, or the name belongs
-  /// to something else, for example to a link or a folder.
+  /// to something else, for example to a link, a folder or a user who may not write the company.
+  /// The last is reported to the developer trace.
   static std::unique_ptr<LockFile> open(const std::filesystem::path& company,
                                         const CompanyEnvironment& environment);
   /// Releases everything, and removes the file if no other connection uses it.

@@ -1,10 +1,13 @@
 #include "qxdesk/engines/lock_file.h"
 
 #include "qxdesk/engines/test_support.h"
+#include "qxframework/automation/developer_trace.h"
+#include "qxframework/automation/text.h"
 #include "testing/file_content.h"
 #include "testing/temp_folder.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -13,6 +16,8 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
+#include <functional>
+#include <vector>
 
 namespace qx::desk {
 namespace {
@@ -222,6 +227,167 @@ TEST_F(LockFileTest, AProcessThatRemovesTheFileIsWaitedFor) {
   ASSERT_NE(opened, nullptr);
   EXPECT_EQ(pauses_, 1);
   EXPECT_TRUE(isThere());
+}
+
+/// The file as other users of the machine may have left it, with the content of a real one.
+class LockFileOfOthers : public LockFileTest {
+ protected:
+  static constexpr unsigned kUser = 20'001;
+  static constexpr unsigned kGroup = 20'002;
+
+  LockFileOfOthers() {
+    traced.clear();
+    setDeveloperTraceSink([](std::u16string_view text) { traced += toUtf8(text); });
+  }
+  ~LockFileOfOthers() override { setDeveloperTraceSink(nullptr); }
+  void SetUp() override {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give files to other users";
+    give(company_, 0, 0, 0600);
+    std::string content;
+    {
+      const auto lock = open();
+      ASSERT_NE(lock, nullptr);
+      content = test::contentOfExisting(file_);
+    }
+    std::ofstream(file_) << content;
+    give(file_, 0, 0, 0600);
+  }
+  static void give(const fs::path& path, unsigned user, unsigned group, mode_t mode) {
+    ASSERT_EQ(chown(path.c_str(), user, group), 0);
+    ASSERT_EQ(chmod(path.c_str(), mode), 0);
+  }
+  /// Returns true if the file is used; it is still there then, since another connection has it.
+  bool isUsed() const {
+    const int use = ::open(file_.c_str(), O_RDWR | O_CLOEXEC);
+    const UniqueFd other(use);
+    struct flock lock {};
+    lock.l_type = F_RDLCK;
+    lock.l_start = off_t{1} << 40;
+    lock.l_len = 1;
+    EXPECT_EQ(fcntl(use, F_OFD_SETLK, &lock), 0);
+    return open() != nullptr;
+  }
+
+  /// Returns true if the file can be opened and then has this group and these rights.
+  bool opensWith(gid_t group, mode_t mode) const {
+    const auto lock = open();
+    struct stat state {};
+    return lock != nullptr && stat(file_.c_str(), &state) == 0 && state.st_gid == group &&
+           (state.st_mode & 0777) == mode;
+  }
+  /// Runs `body` in a process of kUser, who is in these groups besides the first one. Returns its
+  /// result.
+  static bool asUser(const std::vector<gid_t>& groups, const std::function<bool()>& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+      const bool other =
+          setgroups(groups.size(), groups.data()) == 0 && setgid(kUser) == 0 && setuid(kUser) == 0;
+      _exit(other ? (body() ? 0 : 1) : 2);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 2) << status;
+    return status == 0;
+  }
+
+  static inline std::string traced;
+};
+
+TEST_F(LockFileOfOthers, IsUsedIfItsOwnerIsRootOrTheOwnerOfTheCompany) {
+  EXPECT_TRUE(isUsed());
+  give(company_, kUser, kUser, 0600);
+  EXPECT_TRUE(isUsed());
+  give(file_, kUser, kUser, 0600);
+  EXPECT_TRUE(isUsed());
+  EXPECT_EQ(traced, "");
+}
+
+TEST_F(LockFileOfOthers, IsNotUsedIfItsOwnerMayNotWriteTheCompany) {
+  give(file_, kUser, kUser, 0600);
+  const std::string before = test::contentOfExisting(file_);
+  EXPECT_FALSE(isUsed());
+  EXPECT_FALSE(isUsed());
+  EXPECT_EQ(test::contentOfExisting(file_), before);
+  EXPECT_EQ(
+      traced,
+      "The lock file " + file_.string() +
+          " is not used: users who may not write the company can write it. Its owner or root can "
+          "delete it; until then the connections to the company do not know of each "
+          "other.\n");
+}
+
+// An administrator must not give it away either: its owner could have it open already.
+TEST_F(LockFileOfOthers, IsLeftToItsOwnerIfItIsEmpty) {
+  fs::resize_file(file_, 0);
+  give(file_, kUser, kUser, 0600);
+  EXPECT_FALSE(isUsed());
+  struct stat state {};
+  ASSERT_EQ(stat(file_.c_str(), &state), 0);
+  EXPECT_EQ(state.st_uid, kUser);
+  EXPECT_EQ(state.st_size, 0);
+}
+
+TEST_F(LockFileOfOthers, IsUsedIfAllUsersMayWriteTheCompany) {
+  give(file_, kUser, kUser, 0666);
+  give(company_, 0, 0, 0666);
+  EXPECT_TRUE(isUsed());
+}
+
+TEST_F(LockFileOfOthers, IsUsedIfTheGroupOfTheCompanyHasIt) {
+  give(company_, 0, kGroup, 0660);
+  give(file_, kUser, kGroup, 0660);
+  EXPECT_TRUE(isUsed());
+  give(company_, 0, kGroup, 0640);
+  EXPECT_FALSE(isUsed());
+}
+
+TEST_F(LockFileOfOthers, IsNotUsedIfAnotherGroupHasIt) {
+  give(company_, 0, kGroup, 0660);
+  give(file_, kUser, kUser, 0660);
+  EXPECT_FALSE(isUsed());
+  give(file_, 0, kUser, 0660);
+  EXPECT_FALSE(isUsed());
+}
+
+// Such a folder can give its group to the files of users who are not in the group.
+TEST_F(LockFileOfOthers, IsNotUsedForItsGroupInAFolderOfThatGroupWhichAllCanWrite) {
+  give(company_, 0, kGroup, 0660);
+  give(file_, kUser, kGroup, 0660);
+  give(folder_.path(), 0, kGroup, 03777);
+  EXPECT_FALSE(isUsed());
+}
+
+TEST_F(LockFileOfOthers, IsNotUsedIfMoreUsersCanWriteItThanTheCompany) {
+  give(company_, 0, kGroup, 0660);
+  give(file_, 0, kGroup, 0666);
+  EXPECT_FALSE(isUsed());
+}
+
+TEST_F(LockFileOfOthers, IsUsedByTheGroupIfItIsOfRootInAFolderOfThatGroupWhichAllCanWrite) {
+  give(company_, kUser, kGroup, 0660);
+  give(file_, 0, kGroup, 0660);
+  give(folder_.path(), 0, kGroup, 03777);
+  EXPECT_TRUE(asUser({kGroup}, [&] { return open() != nullptr; }));
+}
+
+// The group of the company is often not the first group of the user who makes the file.
+TEST_F(LockFileOfOthers, IsMadeForTheGroupOfTheCompany) {
+  fs::remove(file_);
+  give(folder_.path(), kUser, kUser, 0700);
+  give(company_, 0, kGroup, 0660);
+  EXPECT_TRUE(asUser({kGroup}, [&] { return opensWith(kGroup, 0660); }));
+}
+
+// The maker's own group has nothing to do with the company. The user can still use what is left of
+// the user's own.
+TEST_F(LockFileOfOthers, IsMadeWithoutRightsForAGroupThatItCannotBeGivenTo) {
+  fs::remove(file_);
+  give(folder_.path(), kUser, kUser, 0700);
+  give(company_, 0, kGroup, 0660);
+  EXPECT_TRUE(asUser({}, [&] {
+    const auto first = open();
+    return first != nullptr && opensWith(kUser, 0600);
+  }));
 }
 
 }  // namespace

@@ -171,8 +171,13 @@ class SqliteDatabase final : public Database {
   throw CompanyError(kOpenFailed, Text::CannotOpen, path, reason);
 }
 
-bool canRead(const std::string& path) { return access(path.c_str(), R_OK) == 0; }
-bool canWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
+// The rights of the effective user count, as for the engine: a set-user-id program opens the
+// companies of its owner.
+bool can(int kind, const std::string& path) {
+  return faccessat(AT_FDCWD, path.c_str(), kind, AT_EACCESS) == 0;
+}
+bool canRead(const std::string& path) { return can(R_OK, path); }
+bool canWrite(const std::string& path) { return can(W_OK, path); }
 
 // Where others can write, a link of theirs could lead to a file that they have prepared.
 bool isForeignLink(const std::string& path) {

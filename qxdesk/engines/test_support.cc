@@ -1,6 +1,7 @@
 #include "qxdesk/engines/test_support.h"
 
 #include <algorithm>
+#include <new>
 
 namespace qx::desk {
 
@@ -60,8 +61,9 @@ class FailingDatabase final : public Database {
     const bool hasWords =
         std::any_of(plan_->refusedWords.begin(), plan_->refusedWords.end(),
                     [&](const std::string& words) { return sql.find(words) != sql.npos; });
-    if (++plan_->prepared == plan_->refuse || hasWords)
-      throw DatabaseError(plan_->fault, "refused by the test");
+    if (++plan_->prepared != plan_->refuse && !hasWords) return;
+    if (plan_->noMemory) throw std::bad_alloc();
+    throw DatabaseError(plan_->fault, "refused by the test");
   }
 
   std::unique_ptr<Database> real_;

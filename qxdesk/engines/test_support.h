@@ -21,6 +21,7 @@ struct FaultPlan {
   int refuse = 0;  // number of the statement from 1; 0 refuses none
   Fault fault = Fault::InputOutput;
   std::vector<std::string> refusedWords = {};
+  bool noMemory = false;         // the refusal is the failure of an allocation, and not `fault`
   bool keepsStatements = false;  // with it, the statements of add-ons are kept
 };
 

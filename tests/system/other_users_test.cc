@@ -38,6 +38,9 @@ class OtherUsers : public qx::test::TwoUsers {
   }
   static void leave(ChildProcess& probe) {
     probe.send("go");
+    leaveOnceLoaded(probe);
+  }
+  static void leaveOnceLoaded(ChildProcess& probe) {
     EXPECT_EQ(probe.line(), "log Leaving critical section....");
     EXPECT_EQ(probe.line(), "connected 0");
     probe.send("count");
@@ -123,6 +126,28 @@ TEST_F(OtherUsers, WhoShareTheLocksCannotEndAnAddOnByTheirFiles) {
   EXPECT_EQ(probe->line(), "count 0");
   probe->send("leave");
   EXPECT_EQ(probe->wait(), 0);
+}
+
+// A company in a folder of all users, in which B has made the lock file first. Its mapping would
+// end A's add-on once B shortens it.
+TEST_F(OtherUsers, WhoShortenTheLockFileOfACompanyDoNotEndAnAddOn) {
+  company_ = shared_ / "company.db";
+  const std::string theirs = "'" + company_.string() + "-lock'";
+  ASSERT_EQ(b_.runs("{ printf 'qxdesk locks 1\\n'; head -c 4081 /dev/zero; } > " + theirs +
+                    " && chmod 666 " + theirs + " && stat -c %s " + theirs),
+            "4096\n");
+  const auto probe = startProbe();
+  ASSERT_EQ(b_.runs("truncate -s 0 " + theirs + " && echo short"), "short\n");
+  probe->send("tables");
+  EXPECT_EQ(probe->line(), "tables 1");
+  probe->send("go");
+  EXPECT_EQ(probe->line(), "created 0");
+  leaveOnceLoaded(*probe);
+  EXPECT_EQ(runHello(), undisturbed());
+  const std::string trace = contentOfExisting(errors_.string());
+  const std::string sentence = "The lock file " + company_.string() + "-lock is not used";
+  EXPECT_THAT(trace, HasSubstr(sentence));
+  EXPECT_EQ(trace.find(sentence), trace.rfind(sentence));
 }
 
 /// What B puts at a place where A is going to write. $place is the path, $mine a file of A's.

@@ -144,6 +144,10 @@ class Privileged : public qx::test::TwoUsers, public testing::WithParamInterface
     const std::filesystem::path company = shared_ / "company.db";
     std::ofstream(company).close();
     EXPECT_EQ(chmod(company.c_str(), 0666), 0);
+    return outputOn(company, copy);
+  }
+  std::string outputOn(const std::filesystem::path& company,
+                       const std::filesystem::path& copy) const {
     ChildProcess child(b_.running({copy.string(), "embedded:?db=" + company.string() +
                                                       "&play=" QX_TEST_DATA "/hello.play"},
                                   plantedEnvironment(GetParam())),
@@ -170,6 +174,14 @@ TEST_P(Privileged, ASetUserIdCopyUsesNothingOfTheEnvironment) {
   EXPECT_THAT(watch.accesses(), IsEmpty());
   EXPECT_TRUE(std::filesystem::exists(a_.home() / ".local/state/qxframework/log/HELLO.log"));
   EXPECT_THAT(qx::test::filesBelow(b_.home()), IsEmpty());
+}
+
+// The rights of the copy count, and not those of the user who starts it.
+TEST_P(Privileged, ASetUserIdCopyMakesAndOpensACompanyOfItsOwner) {
+  const auto copy = copyOf(QX_INSTALLED_HELLO, 04755);
+  ASSERT_EQ(b_.runs("touch '" + company_.string() + "' 2>/dev/null || echo refused"), "refused\n");
+  EXPECT_EQ(outputOn(company_, copy), undisturbed());
+  EXPECT_EQ(outputOn(company_, copy), undisturbed());
 }
 
 TEST_P(Privileged, ACopyWithACapabilityUsesNothingOfTheEnvironment) {
