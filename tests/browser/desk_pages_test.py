@@ -98,6 +98,16 @@ class DeskPagesTest(DeskTest):
         self.assertEqual("A-1", self.text_of(page, "221"))
         self.assertEqual(["O'Brien", "109.500000", "I"], self.orders(page)["A-1"])
 
+    def test_pages_that_vanish_during_a_long_job_do_not_stop_it(self):
+        self.assertEqual("done", self.page.do("menu", uid="ORD_SAMPLE"))
+        self.assertTrue(self.page.state["forms"]["QX_FIN_1"]["visible"])
+        for number in range(10):
+            self.add_on.load().connection.vanish(resets=number % 2 == 0)
+        self.page.until(lambda state: not state["forms"]["QX_FIN_1"]["visible"], "the job has ended")
+        self.open_orders(self.page)
+        samples = {f"S-{number:02}" for number in range(1, 29)}
+        self.assertEqual({"A-1", "A-2"} | samples, set(self.orders(self.page)))
+
     def test_nonsense_in_the_middle_of_a_box_closes_its_page_only(self):
         action, number = self.open_box()
         other = self.add_on.page()
