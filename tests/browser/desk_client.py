@@ -21,7 +21,7 @@ ENDS = (1001, "The host ends.")
 
 
 def until(condition, what):
-    """Waits until the condition gives a value and returns it; fails with `what` if it never does."""
+    """Waits until the condition gives a value and returns it; fails with `what` if not."""
     end = time.monotonic() + SECONDS
     while not (value := condition()):
         if time.monotonic() > end:

@@ -103,7 +103,8 @@ class DeskPagesTest(DeskTest):
         self.assertTrue(self.page.state["forms"]["QX_FIN_1"]["visible"])
         for number in range(10):
             self.add_on.load().connection.vanish(resets=number % 2 == 0)
-        self.page.until(lambda state: not state["forms"]["QX_FIN_1"]["visible"], "the job has ended")
+        self.page.until(lambda state: not state["forms"]["QX_FIN_1"]["visible"],
+                        "the job has ended")
         self.open_orders(self.page)
         samples = {f"S-{number:02}" for number in range(1, 29)}
         self.assertEqual({"A-1", "A-2"} | samples, set(self.orders(self.page)))
