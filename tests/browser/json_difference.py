@@ -1,4 +1,4 @@
-"""The difference of two JSON values as a JSON Patch of add, remove and replace."""
+"""The difference of two JSON values as a JSON Patch of add, remove and replace, and its use."""
 
 
 def difference(old, new, path=""):
@@ -40,3 +40,32 @@ def _of_arrays(old, new, path):
     for index in range(shared, len(new)):
         operations.append(_operation("add", _below(path, "-"), new[index]))
     return operations
+
+
+def patched(value, operations):
+    """Returns the value after the operations; changes the given value."""
+    for operation in operations:
+        if operation["path"] == "":
+            value = operation["value"]
+            continue
+        *above, last = (key.replace("~1", "/").replace("~0", "~")
+                        for key in operation["path"].split("/")[1:])
+        place = value
+        for key in above:
+            place = place[int(key) if isinstance(place, list) else key]
+        _change(place, last, operation)
+    return value
+
+
+def _change(place, key, operation):
+    if not isinstance(place, list):
+        if operation["op"] == "remove":
+            del place[key]
+        else:
+            place[key] = operation["value"]
+    elif operation["op"] == "remove":
+        del place[int(key)]
+    elif operation["op"] == "replace":
+        place[int(key)] = operation["value"]
+    else:
+        place.insert(len(place) if key == "-" else int(key), operation["value"])

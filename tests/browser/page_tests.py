@@ -1,25 +1,13 @@
 """Runs the tests of the page in one Chromium. Arguments name modules or tests, as for unittest."""
 
 import sys
-import time
 import unittest
 
 import page_fixture
+from timed_result import TimedResult
 
 _MODULES = ["modules_test", "drawing_test", "keyboard_test", "typing_test", "matrix_test",
             "connection_test", "strange_texts_test", "panel_test", "pictures_test"]
-
-
-class TimedResult(unittest.TextTestResult):
-    """Prints the seconds of each test."""
-
-    def startTest(self, test):
-        self._begin = time.monotonic()
-        super().startTest(test)
-
-    def addSuccess(self, test):
-        self.stream.write(f"{time.monotonic() - self._begin:.2f} s ")
-        super().addSuccess(test)
 
 
 if __name__ == "__main__":
