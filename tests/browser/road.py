@@ -171,9 +171,12 @@ class Road:
             "return line?.children[at] ?? null;",
             f"cell {column}, {row}", self._item(form, item, ".grid"), column, int(row))
 
-    # The item has the focus already, by a step before.
+    # The item has the focus already, by a step before. What it holds is selected and so replaced.
     def _type(self, words, rest):
         self._has_focus(words)
+        if self._run("return document.activeElement.value;"):
+            ActionChains(self.browser, duration=0).key_down(Keys.CONTROL).send_keys("a").key_up(
+                Keys.CONTROL).perform()
         self._keys(rest.split(" ", 2)[2])
 
     def _has_focus(self, words):

@@ -41,12 +41,13 @@ class BothWays(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.environment = dict(os.environ, QX_RUNTIME_DIR=str(self.folder / "run"),
-                                QX_LOG_DIR=str(self.folder),
-                                QX_LOG_SETTINGS=str(self.folder / "log.toml"))
+                                QX_LOG_DIR=str(self.folder))
 
+    # The log settings are what a scenario may change, so each run has its own.
     def start(self, company, more):
         connection = f"embedded:?db={self.folder / company}&{more}"
-        client = Client(_PROGRAM, connection, self.environment)
+        settings = {"QX_LOG_SETTINGS": str(self.folder / f"{company}.toml")}
+        client = Client(_PROGRAM, connection, self.environment | settings)
         self.addCleanup(client.kill)
         return client
 
@@ -86,6 +87,9 @@ class BothWays(unittest.TestCase):
 
     def test_an_order_is_vetoed_chosen_added_and_changed(self):
         self.check("orders")
+
+    def test_a_customer_is_sought_sorted_and_chosen_from_the_list(self):
+        self.check("choose_list")
 
     def test_the_log_settings_and_the_language_are_changed(self):
         self.check("settings")
