@@ -50,6 +50,13 @@ class AuthorsPanel(PageTest):
             ["3", "et_KEY_DOWN", "F_1 (3101)", "1 'A'", "before", "veto 2", "118"],
         ], self.records)
 
+    def test_the_time_of_each_of_several_sinks_is_listed(self):
+        self.host.say({"is": "events", "list": [_event(1, sinks=[
+            {"sink": 1, "microseconds": 6, "veto": False},
+            {"sink": 2, "microseconds": 112, "veto": False}])]})
+        self.until_equal([["1", "et_ITEM_PRESSED", "F_1 (3101)", "1", "before", "",
+                           "118 (1: 6, 2: 112)"]], self.records)
+
     def test_an_event_is_listed_before_those_that_its_handlers_raised(self):
         self.host.say({"is": "events", "list": [_event(7)]})
         self.host.say({"is": "events", "list": [

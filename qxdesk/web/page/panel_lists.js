@@ -38,9 +38,17 @@ function describeEvent(event) {
       "\u2007".repeat(depth * 2) + (event.get("name") || event.get("kind")),
       formOf(event), itemOf(event),
       text(event.get("before") ? "events.before" : "events.after"),
-      vetoOf(event), String(event.get("microseconds") ?? ""),
+      vetoOf(event), timeOf(event),
     ],
   };
+}
+
+// The time of the event and, if several sinks have got it, that of each.
+function timeOf(event) {
+  const sinks = event.get("sinks") ?? [];
+  const each = sinks.map((one) => `${one.get("sink")}: ${one.get("microseconds")}`);
+  return [event.get("microseconds") ?? "", ...(each.length > 1 ? [`(${each.join(", ")})`] : [])]
+    .join(" ");
 }
 
 function formOf(event) {
