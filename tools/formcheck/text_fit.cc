@@ -20,11 +20,12 @@ class Measure {
   explicit Measure(std::vector<WideText>& wide) : wide_(wide) {}
 
   // A width of 0 or less is not given: the form's code sets it.
-  void add(const WideText& text, long width, long edges) {
+  void add(const WideText& text, long width, long edges,
+           formdraw::Weight weight = formdraw::Weight::Normal) {
     if (width <= 0) return;
     wide_.push_back(text);
     WideText& added = wide_.back();
-    added.needed = formdraw::drawnWidth(text.text);
+    added.needed = formdraw::drawnWidth(text.text, weight);
     added.room = width - edges;
     if (added.needed <= added.room) wide_.pop_back();
   }
@@ -45,7 +46,7 @@ void measureItem(const Item& item, Measure& measure) {
   for (const Column& column : item.columns) {
     if (!column.visible) continue;
     measure.add({&item, &column, column.title, column.element->placeOf(u"title")}, column.width,
-                kHeadEdges);
+                kHeadEdges, formdraw::Weight::Bold);
   }
 }
 
@@ -55,7 +56,7 @@ std::vector<WideText> wideTexts(const Form& form) {
   std::vector<WideText> wide;
   Measure measure(wide);
   measure.add({nullptr, nullptr, form.title, form.element->placeOf(u"title")}, form.rect.width,
-              kTitleButtons);
+              kTitleButtons, formdraw::Weight::Bold);
   for (const Item& item : form.items) measureItem(item, measure);
   return wide;
 }

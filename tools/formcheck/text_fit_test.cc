@@ -59,7 +59,7 @@ TEST(TextFit, AnEditHasNoCaptionAndAMissingWidthIsNoLimit) {
 TEST(TextFit, TheTitleLeavesRoomForTheButtonsOfTheTitleBar) {
   EXPECT_EQ(wide("Customers of the Year", ""), "");
   EXPECT_EQ(wide("Customers of the Last Ten Years", ""),
-            "2: Customers of the Last Ten Years 162/146\n");
+            "2: Customers of the Last Ten Years 181/146\n");
 }
 
 TEST(TextFit, TheHeadOfAVisibleColumnIsMeasured) {
@@ -68,9 +68,9 @@ TEST(TextFit, TheHeadOfAVisibleColumnIsMeasured) {
            "<columns><action type=\"add\"><column uid=\"A\" title=\"Customer\" " +
            column + "/></action></columns></specific></item>";
   };
-  EXPECT_EQ(wide("", matrix("width=\"56\"")), "");
-  EXPECT_EQ(wide("", matrix("width=\"55\"")), "3: Customer 49/48\n");
-  EXPECT_EQ(wide("", matrix("width=\"55\" visible=\"0\"")), "");
+  EXPECT_EQ(wide("", matrix("width=\"61\"")), "");
+  EXPECT_EQ(wide("", matrix("width=\"60\"")), "3: Customer 54/53\n");
+  EXPECT_EQ(wide("", matrix("width=\"60\" visible=\"0\"")), "");
 }
 
 }  // namespace

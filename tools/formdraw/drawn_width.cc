@@ -58,6 +58,8 @@ constexpr Width kUnknown = 700;
 constexpr Width kEastAsian = 1111;  // as wide as the size after it is condensed
 constexpr long kFontPixels = 11;
 constexpr long kCondensedPercent = 90;
+// Bold letters are wider by about this in a text of several words.
+constexpr long kBoldPercent = 112;
 
 template <std::size_t Count>
 bool find(const Width (&widths)[Count], char32_t first, char32_t letter, Width& out) {
@@ -102,11 +104,12 @@ Width widthOf(char32_t letter) {
 
 }  // namespace
 
-long drawnWidth(std::u16string_view text) {
+long drawnWidth(std::u16string_view text, Weight weight) {
+  const long percent = weight == Weight::Bold ? kBoldPercent : 100;
   long thousandths = 0;
   forEachCharacter(text, [&](char32_t letter) { thousandths += widthOf(letter); });
-  constexpr long kWhole = 1000 * 100;
-  return (thousandths * kFontPixels * kCondensedPercent + kWhole - 1) / kWhole;
+  constexpr long kWhole = 1000 * 100 * 100;
+  return (thousandths * kFontPixels * kCondensedPercent * percent + kWhole - 1) / kWhole;
 }
 
 }  // namespace qx::formdraw

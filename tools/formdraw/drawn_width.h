@@ -8,7 +8,10 @@
 
 namespace qx::formdraw {
 
+/// Titles and the heads of columns are bold.
+enum class Weight { Normal, Bold };
+
 /// Returns the pixels that a text of one line takes in the forms' font of 11 pixels, rounded up.
-long drawnWidth(std::u16string_view text);
+long drawnWidth(std::u16string_view text, Weight weight = Weight::Normal);
 
 }  // namespace qx::formdraw

@@ -12,6 +12,11 @@ TEST(DrawnWidth, IsTheSumOfTheLettersRoundedUp) {
   EXPECT_EQ(drawnWidth(u"Customer"), 49);
 }
 
+TEST(DrawnWidth, IsLargerInBold) {
+  EXPECT_EQ(drawnWidth(u"Customer", Weight::Bold), 54);
+  EXPECT_EQ(drawnWidth(u"", Weight::Bold), 0);
+}
+
 TEST(DrawnWidth, OfALetterWithMarksIsThatOfTheLetter) {
   EXPECT_EQ(drawnWidth(u"ÄÖÜáçñů"), drawnWidth(u"AOUacnu"));
   EXPECT_EQ(drawnWidth(u"e\u0301"), drawnWidth(u"e"));
