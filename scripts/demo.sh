@@ -48,7 +48,7 @@ printf 'level = 6\nfile_size_mb = 10\n' >"$QX_LOG_SETTINGS" # the full trace
 if [ "$text" = no ]; then
   echo
   echo "The add-on 'orders' on a new company. Try Add-Ons > Orders, or the log settings."
-  "$build/bin/orders" "embedded:?db=$place/company.db&engine=$engine&web=127.0.0.1:0"
+  "$build/bin/orders" "embedded:?db=$place/company.db&engine=$engine&accept=brackets&web=127.0.0.1:0"
   exit
 fi
 

@@ -1,6 +1,7 @@
 #include "qxdesk/program/form_sheet.h"
 
 #include "qxdesk/program/page_in_one_file.h"
+#include "qxdesk/screens/model/form_model.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/foundation/languages.h"
 #include "qxframework/host/item_types.h"
@@ -8,6 +9,7 @@
 #include "tools/formcheck/form.h"
 #include "tools/formcheck/localised_form.h"
 #include "tools/formcheck/text_fit.h"
+#include "tools/formdraw/item_type_name.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,9 +23,6 @@ using nlohmann::json;
 
 constexpr std::uint32_t kHebrew = 1037;
 constexpr int kHighestLanguage = ln_TrdtnlChinese_Hk;
-// The part of a form's height and width that its frame takes.
-constexpr long kFrameHeight = 26;
-constexpr long kFrameWidth = 8;
 
 struct Language {
   std::string name;
@@ -54,23 +53,6 @@ json rectOf(const formdraw::Rect& rect) {
   return json::array({rect.left, rect.top, rect.width, rect.height});
 }
 
-const char* typeOf(long type) {
-  switch (type) {
-    case kButton:
-      return "button";
-    case kStaticText:
-      return "static";
-    case kEditText:
-      return "edit";
-    case kComboBox:
-      return "combo";
-    case kMatrix:
-      return "matrix";
-    default:
-      return "";
-  }
-}
-
 json columnsOf(const formcheck::Item& item) {
   json columns = json::array();
   for (const formcheck::Column& column : item.columns) {
@@ -92,7 +74,7 @@ json stateOf(const formcheck::Item& item) {
   const auto number = [&](std::u16string_view name) {
     return item.element->number(name).value_or(0);
   };
-  json state{{"type", typeOf(item.type)},
+  json state{{"type", formdraw::itemTypeName(item.type)},
              {"rect", rectOf(item.rect)},
              {"visible", item.visible},
              {"enabled", item.enabled},
@@ -127,7 +109,8 @@ json stateOf(const formcheck::Form& form) {
           {"visible", true},
           {"frozen", false},
           {"rect", rectOf(form.rect)},
-          {"client", {form.rect.width - kFrameWidth, form.rect.height - kFrameHeight}},
+          {"client",
+           {form.rect.width - screens::kFrameWidth, form.rect.height - screens::kFrameHeight}},
           {"mode", "ok"},
           {"pane", form.element->number(u"pane").value_or(0)},
           {"color", form.element->number(u"color").value_or(0)},

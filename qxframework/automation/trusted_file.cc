@@ -1,6 +1,7 @@
 #include "qxframework/automation/trusted_file.h"
 
-#include <fcntl.h>
+#include "qxframework/automation/input_file.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,22 +11,6 @@
 
 namespace qx {
 namespace {
-
-class File {
- public:
-  // O_NONBLOCK, since opening a pipe would wait for its other end.
-  explicit File(const std::filesystem::path& path)
-      : fd_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-  ~File() {
-    if (fd_ >= 0) close(fd_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
 
 std::string systemReason(int error) { return std::generic_category().message(error); }
 
@@ -109,7 +94,7 @@ std::string distrust(const std::filesystem::path& file) {
 }
 
 TrustedText readTrusted(const std::filesystem::path& path, std::size_t limit) {
-  const File file(path);
+  const InputFile file(path);
   struct stat status {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0) {
     return {"", "it cannot be read (" + systemReason(errno) + ")"};

@@ -81,14 +81,12 @@ class Road:
     def __init__(self, browser, menus):
         self.browser = browser
         self.menus = menus
-        self.after_step = lambda step: None
 
     def walk(self, script):
         for line in script.splitlines():
             step = line.strip()
             if step and not step.startswith("#"):
                 self.do(step)
-                self.after_step(step)
 
     def do(self, step):
         verb, _, rest = step.partition(" ")
@@ -227,12 +225,4 @@ class Road:
 
     def _language(self, words, _rest):
         self._one("document.querySelector('.tool.language')", "the list of languages").click()
-        entry = self._one(
-            "return document.querySelectorAll('.menuEntry')"
-            f"[{_LANGUAGES.index(int(words[0]))}] ?? null;", "the language")
-        entry.click()
-
-
-# The languages of the client in the order of the page's list.
-_LANGUAGES = [1, 2, 3, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24,
-              25, 26, 27, 28, 29, 30, 31, 35]
+        self._menu_part(".menuEntry", words[0]).click()

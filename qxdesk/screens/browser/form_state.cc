@@ -1,6 +1,7 @@
 #include "qxdesk/screens/browser/form_state.h"
 
 #include "qxframework/automation/text.h"
+#include "tools/formdraw/item_type_name.h"
 
 #include <nlohmann/json.hpp>
 
@@ -46,22 +47,6 @@ const char* selectionName(long mode) {
   }
 }
 
-// Also of a column. A type that the desk does not draw otherwise is a label.
-const char* typeName(long type) {
-  switch (type) {
-    case kButton:
-      return "button";
-    case kEditText:
-      return "edit";
-    case kComboBox:
-      return "combo";
-    case kMatrix:
-      return "matrix";
-    default:
-      return "static";
-  }
-}
-
 json styleState(const EditStyle& style) {
   json out = json::object();
   out["fore"] = style.foreColor;
@@ -103,7 +88,7 @@ json columnState(const MatrixColumn& column) {
   out["uid"] = toUtf8(column.uid);
   out["title"] = toUtf8(column.title);
   out["width"] = column.width;
-  out["type"] = typeName(column.type);
+  out["type"] = formdraw::itemTypeName(column.type);
   out["visible"] = column.visible;
   out["editable"] = column.editable;
   out["right"] = column.rightJustified;
@@ -123,7 +108,7 @@ void addMatrix(const MatrixModel& matrix, json& out) {
 
 json itemState(const FormModel& form, const ItemModel& item) {
   json out = json::object();
-  out["type"] = typeName(item.type);
+  out["type"] = formdraw::itemTypeName(item.type);
   out["rect"] = rectState(item.rect);
   out["visible"] = item.visible;
   out["enabled"] = item.enabled;

@@ -48,6 +48,7 @@ export class ClientTools {
 
   languageEntries() {
     return [...languages].map(([number, name]) => ({
+      uid: String(number),
       text: name,
       checked: number === this.client?.get("language"),
       run: () => this.page.actions.perform({ do: "language", language: number }),

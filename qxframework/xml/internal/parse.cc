@@ -1,10 +1,10 @@
 #include "qxframework/xml/internal/parse.h"
 
+#include "qxframework/automation/input_file.h"
 #include "qxframework/xml/internal/fault_collector.h"
 #include "qxframework/xml/internal/parse_rules.h"
 #include "qxframework/xml/internal/utf.h"
 
-#include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/uri.h>
 #include <sys/stat.h>
@@ -127,25 +127,9 @@ ParseFault cannotRead(const std::string& source, std::error_code why) {
   return faultWithoutPlace(code, "Cannot read " + source + ": " + why.message() + ".\n");
 }
 
-class File {
- public:
-  // O_NONBLOCK, since opening a pipe would wait for its other end.
-  explicit File(const std::string& path)
-      : fd_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {}
-  ~File() {
-    if (fd_ >= 0) close(fd_);
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
-
 // Returns the `errno` for a file that cannot be read to its end; 0 for a regular file. A pipe or a
 // device may block or never end.
-int problemOf(const File& file) {
+int problemOf(const InputFile& file) {
   struct stat status {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0) return errno;
   if (S_ISREG(status.st_mode)) return 0;
@@ -154,7 +138,7 @@ int problemOf(const File& file) {
 
 // Reads a file, but no more than shows that it is too long. Stores an error in `why`.
 std::string readFile(const std::string& path, std::error_code& why) {
-  const File file(path);
+  const InputFile file(path);
   int error = problemOf(file);
   std::string bytes;
   char part[65'536];
