@@ -10,7 +10,8 @@ packages=(
   libboost-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev
   sqlite3 postgresql-15 libsqliteodbc
-  chromium chromium-driver python3-selenium fonts-dejavu-core
+  # The second font has the Chinese, Japanese and Korean texts, which would be boxes on pictures.
+  chromium chromium-driver python3-selenium fonts-dejavu-core fonts-wqy-microhei
 )
 # Optional groups by name: scripts/setup.sh bench clang
 for extra in "$@"; do
