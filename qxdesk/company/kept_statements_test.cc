@@ -90,6 +90,23 @@ TEST_P(KeptStatementsTest, ANumberKeepsItsSign) {
   EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE U_Count = -5"), u"1");
 }
 
+// A value takes the place of the one before it, whatever their lengths and letters are.
+TEST_P(KeptStatementsTest, AValueMayHaveAnotherLengthThanTheOneBefore) {
+  const std::u16string texts[] = {u"a",  u"",   u"a long one, " + std::u16string(38, u'x'),
+                                  u"b",  u"ab", u"\u00E4\u20AC\U0001F600",
+                                  u"cd", u"ef", u"\u4E2D"};
+  int code = 0;
+  for (const std::u16string& text : texts)
+    query(company, u"INSERT INTO [@T] (Code, Name) VALUES ('" + toUtf16(std::to_string(++code)) +
+                       u"', N'" + text + u"')");
+  code = 0;
+  for (const std::u16string& text : texts) {
+    const std::u16string found = toUtf16(std::to_string(++code));
+    EXPECT_EQ(rowsOf(company, u"SELECT Code FROM [@T] WHERE Name = N'" + text + u"'"), found);
+    EXPECT_TRUE(rowsOf(company, u"SELECT Name FROM [@T] WHERE Code = '" + found + u"'") == text);
+  }
+}
+
 TEST_P(KeptStatementsTest, EachRowLimitMakesAStatement) {
   LoginTarget login = target();
   login.dbServerType = 3;  // sybase, which has SET ROWCOUNT

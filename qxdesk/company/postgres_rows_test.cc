@@ -203,6 +203,32 @@ TEST_P(PostgresRowsTest, ANumberThatIsNotADoubleIsReportedByItsFirstDigits) {
   EXPECT_EQ(refusalOf("SELECT 'NaN'::numeric"), "not a number of this machine: NaN");
 }
 
+TEST_P(PostgresRowsTest, ADateIsReadAsADateAndInItsStoredForm) {
+  const auto opened = openDatabase(database, testEnvironment());
+  const auto row = opened->prepareGuarded(
+      "SELECT timestamp '2024-01-31 10:11:12', date '2024-02-29', timestamp '0050-01-01', "
+      "CAST(NULL AS timestamp)");
+  ASSERT_TRUE(row->step());
+  EXPECT_EQ(row->storage(0), Storage::Text);
+  EXPECT_EQ(row->text(0), "2024-01-31 10:11:12");
+  EXPECT_EQ(row->text(1), "2024-02-29 00:00:00");
+  EXPECT_EQ(row->integer(0), 2024);
+  EXPECT_EQ(row->real(1), 2024.0);
+  EXPECT_EQ(row->storage(3), Storage::Null);
+  RowStore asDates(std::vector<RowColumn>(4, {u"d", sql::ColumnType::Date}));
+  asDates.append(*row);
+  EXPECT_EQ(cellText(asDates.value(0, 0)), u"2024-01-31 10:11:12");
+  EXPECT_EQ(asDates.value(0, 1).vt, VT_DATE);
+  // Before the first day that a date of an add-on can be.
+  EXPECT_EQ(cellText(asDates.value(0, 2)), u"0050-01-01 00:00:00");
+  EXPECT_EQ(asDates.value(0, 2).vt, VT_BSTR);
+  EXPECT_EQ(asDates.value(0, 3).date, 0.0);
+  RowStore asTexts(std::vector<RowColumn>(4, {u"d", sql::ColumnType::Text}));
+  asTexts.append(*row);
+  EXPECT_EQ(cellText(asTexts.value(0, 0)), u"2024-01-31 10:11:12");
+  EXPECT_EQ(cellText(asTexts.value(0, 3)), u"");
+}
+
 INSTANTIATE_TEST_SUITE_P(Postgres, PostgresRowsTest, testing::Values(Engine::Postgres));
 
 }  // namespace

@@ -70,11 +70,15 @@ HRESULT Fields::raw_Item(const VARIANT& index, IField** out) {
     *out = nullptr;
     const std::size_t column = columnAt(index);
     if (column >= columnCount()) return noColumn(index);
-    // A field object for every column up to this one, so that its place is its column.
-    while (fields_.size() <= column)
-      fields_.push_back(std::make_unique<Field>(*this, recordset_, fields_.size()));
-    return giveObject<IField>(fields_[column].get(), out);
+    return giveObject<IField>(&field(column), out);
   });
+}
+
+// Makes a field object for every column up to this one, so that its place is its column.
+Field& Fields::field(std::size_t column) {
+  if (!fields_) fields_.emplace();
+  while (fields_->size() <= column) fields_->emplace_back(*this, recordset_, fields_->size());
+  return (*fields_)[column];
 }
 
 std::size_t Fields::columnAt(const VARIANT& index) const {

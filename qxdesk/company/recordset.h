@@ -10,8 +10,8 @@
 #include "qxdesk/session/host_object_base.h"
 #include "qxframework/host/recordset.h"
 
-#include <memory>
-#include <vector>
+#include <deque>
+#include <optional>
 
 namespace qx::desk {
 
@@ -46,8 +46,12 @@ class Fields final : public HostPart<IFields> {
   std::size_t columnAt(const VARIANT& index) const;
   HRESULT noColumn(const VARIANT& index);
 
+  Field& field(std::size_t column);
+
   Recordset& recordset_;
-  std::vector<std::unique_ptr<Field>> fields_;
+  // A deque, since field objects do not move; made with the first of them, because an empty one
+  // takes memory too.
+  std::optional<std::deque<Field>> fields_;
 };
 
 class Recordset final : public HostObjectBase<IRecordset> {

@@ -12,6 +12,7 @@
 // work on a Database, and a Database only says which one fits its engine.
 
 #include "qxdesk/sql/column_type.h"
+#include "qxframework/automation/civil_time.h"
 
 #include <chrono>
 #include <cstdint>
@@ -82,7 +83,9 @@ class DatabaseError : public std::runtime_error {
   std::optional<LockHolder> holder_;
 };
 
-enum class Storage { Null, Integer, Real, Text };
+/// Date occurs in a StoredValue only. Statement::storage() returns Text for it, and text() its
+/// stored form.
+enum class Storage { Null, Integer, Real, Text, Date };
 
 /// A value as the engine stores it; only the member that `storage` names is set.
 struct StoredValue {
@@ -90,6 +93,7 @@ struct StoredValue {
   std::int64_t integer = 0;
   double real = 0;
   std::string_view text;  // valid until the next step()
+  CivilTime date{};       // of an engine that returns dates as such
 };
 
 /// A prepared statement and, after step(), its current row. Texts are UTF-8.

@@ -3,7 +3,6 @@
 #include "qxdesk/engines/odbc_connection.h"
 #include "qxdesk/sql/coercion.h"
 #include "qxdesk/sql/numbers.h"
-#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/text.h"
 
 #include <sqlucode.h>
@@ -46,9 +45,8 @@ void setNumber(OdbcCell& cell, std::string_view digits) {
 }
 
 void setDate(OdbcCell& cell, const SQL_TIMESTAMP_STRUCT& date) {
-  cell.storage = Storage::Text;
-  sql::assignStored(cell.text,
-                    {date.year, date.month, date.day, date.hour, date.minute, date.second});
+  cell.storage = Storage::Date;
+  cell.date = {date.year, date.month, date.day, date.hour, date.minute, date.second};
 }
 
 void setText(OdbcCell& cell, std::u16string_view text) {

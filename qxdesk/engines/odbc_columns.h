@@ -16,12 +16,13 @@ namespace qx::desk {
 
 class OdbcConnection;
 
-/// One cell in the form that all engines share; only the member that `storage` names is set.
+/// One cell; only the member that `storage` names is set.
 struct OdbcCell {
   Storage storage = Storage::Null;
   std::int64_t integer = 0;
   double real = 0;
   std::string text;
+  CivilTime date{};
 };
 
 class OdbcColumn {

@@ -2,6 +2,7 @@
 
 #include "qxdesk/engines/engine_names.h"
 #include "qxdesk/engines/odbc_columns.h"
+#include "qxdesk/sql/stored_date.h"
 #include "qxframework/automation/text.h"
 
 #include <malloc.h>
@@ -32,26 +33,43 @@ auto& at(Things& things, int index) {
   return things.at(static_cast<std::size_t>(index));
 }
 
-// A bound value. The driver keeps its address until the statement has run.
-struct Parameter {
-  SQLSMALLINT cType = SQL_C_SBIGINT;
-  SQLSMALLINT sqlType = SQL_BIGINT;
+// What the driver is told of a parameter before the statement runs.
+struct Binding {
+  SQLSMALLINT cType = 0;
+  SQLSMALLINT sqlType = 0;
   SQLULEN size = 0;
+  void* place = nullptr;
+  bool operator==(const Binding&) const = default;
+};
+
+// A bound value. The driver keeps the addresses of its place and its length.
+struct Parameter {
+  Parameter() = default;
+  Parameter(const Parameter&) = delete;
+  Parameter& operator=(const Parameter&) = delete;
+
+  Binding binding{SQL_C_SBIGINT, SQL_BIGINT, 0, &integer};
+  Binding known;  // what the driver was told last; its place is null before that
   SQLBIGINT integer = 0;
   double real = 0;
   SQL_TIMESTAMP_STRUCT date{};
   std::u16string wide;
   std::string narrow;
   SQLLEN length = 0;
-
-  void* place() {
-    if (cType == SQL_C_WCHAR) return wide.data();
-    if (cType == SQL_C_CHAR) return narrow.data();
-    if (cType == SQL_C_DOUBLE) return &real;
-    if (cType == SQL_C_TYPE_TIMESTAMP) return &date;
-    return &integer;
-  }
 };
+
+// Replaces `wide` by the UTF-16 of a text. Most texts are ASCII; they are widened where the text
+// before was, so that the place of a parameter stays.
+void assignUtf16(std::u16string& wide, std::string_view utf8) {
+  unsigned char seen = 0;
+  wide.resize(utf8.size());
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
+    seen |= byte;
+    wide[i] = byte;
+  }
+  if (seen >= 0x80) wide = toUtf16(utf8);
+}
 
 class OdbcStatement final : public Statement {
  public:
@@ -76,14 +94,16 @@ class OdbcStatement final : public Statement {
   OdbcStatement& operator=(const OdbcStatement&) = delete;
 
   void bind(int parameter, std::int64_t value) override {
-    parameterAt(parameter) = {};
-    parameterAt(parameter).integer = value;
+    Parameter& place = parameterAt(parameter);
+    place.integer = value;
+    place.length = 0;
+    place.binding = {SQL_C_SBIGINT, SQL_BIGINT, 0, &place.integer};
   }
   void bind(int parameter, double value) override {
-    Parameter& place = parameterAt(parameter) = {};
-    place.cType = SQL_C_DOUBLE;
-    place.sqlType = SQL_DOUBLE;
+    Parameter& place = parameterAt(parameter);
     place.real = value;
+    place.length = 0;
+    place.binding = {SQL_C_DOUBLE, SQL_DOUBLE, 0, &place.real};
   }
   void bind(int parameter, std::string_view value) override;
   void bindDate(int parameter, std::string_view value) override;
@@ -98,10 +118,23 @@ class OdbcStatement final : public Statement {
   int columnCount() const override { return static_cast<int>(columns_.size()); }
   std::string columnName(int column) const override { return at(columns_, column).name(); }
   sql::ColumnType declaredType(int column) const override { return at(columns_, column).type(); }
-  Storage storage(int column) const override { return at(cells_, column).storage; }
+  Storage storage(int column) const override {
+    const Storage storage = at(cells_, column).storage;
+    return storage == Storage::Date ? Storage::Text : storage;
+  }
   std::int64_t integer(int column) const override;
   double real(int column) const override;
   std::string_view text(int column) const override;
+  StoredValue value(int column) const override {
+    const OdbcCell& cell = at(cells_, column);
+    StoredValue value;
+    value.storage = cell.storage;
+    if (cell.storage == Storage::Integer) value.integer = cell.integer;
+    if (cell.storage == Storage::Real) value.real = cell.real;
+    if (cell.storage == Storage::Text) value.text = cell.text;
+    if (cell.storage == Storage::Date) value.date = cell.date;
+    return value;
+  }
 
  private:
   /// Sets an attribute; returns true if the driver accepts exactly this value.
@@ -111,6 +144,7 @@ class OdbcStatement final : public Statement {
   Parameter& parameterAt(int number);
   void run();
   void runPrepared();
+  void bindParameters();
   void skipResults();
   void describe();
   void bindColumns();
@@ -140,7 +174,7 @@ class OdbcStatement final : public Statement {
   bool tooMuch_ = false;  // the last call was cancelled, since its rows took too much memory
 
   std::vector<OdbcColumn> columns_;
-  std::vector<OdbcCell> cells_;
+  mutable std::vector<OdbcCell> cells_;  // text() writes the stored form of a date
   std::vector<SQLUSMALLINT> states_;
   bool bound_ = false;
   SQLULEN batchSize_ = 1;
@@ -170,32 +204,30 @@ void OdbcStatement::fail() {
 
 Parameter& OdbcStatement::parameterAt(int number) {
   const auto count = static_cast<std::size_t>(number);
-  if (parameters_.size() < count) parameters_.resize(count);
+  while (parameters_.size() < count) parameters_.emplace_back();
   return parameters_[count - 1];
 }
 
 void OdbcStatement::bind(int parameter, std::string_view value) {
-  Parameter& place = parameterAt(parameter) = {};
+  Parameter& place = parameterAt(parameter);
+  // Drivers refuse a size of 0.
+  const auto sizeOf = [](const auto& text) { return std::max<SQLULEN>(1, text.size()); };
   if (connection_.isWide()) {
-    place.cType = SQL_C_WCHAR;
-    place.sqlType = SQL_WVARCHAR;
-    place.wide = toUtf16(value);
-    place.size = std::max<SQLULEN>(1, place.wide.size());  // drivers refuse a size of 0
+    assignUtf16(place.wide, value);
     place.length = static_cast<SQLLEN>(place.wide.size() * sizeof(char16_t));
+    place.binding = {SQL_C_WCHAR, SQL_WVARCHAR, sizeOf(place.wide), place.wide.data()};
   } else {
-    place.cType = SQL_C_CHAR;
-    place.sqlType = SQL_VARCHAR;
     place.narrow = value;
-    place.size = std::max<SQLULEN>(1, value.size());
     place.length = static_cast<SQLLEN>(value.size());
+    place.binding = {SQL_C_CHAR, SQL_VARCHAR, sizeOf(place.narrow), place.narrow.data()};
   }
 }
 
 void OdbcStatement::bindDate(int parameter, std::string_view value) {
-  Parameter& place = parameterAt(parameter) = {};
-  place.cType = SQL_C_TYPE_TIMESTAMP;
-  place.sqlType = SQL_TYPE_TIMESTAMP;
-  place.size = 19;  // characters of the stored form, that is without fractions of a second
+  constexpr SQLULEN kStoredForm = 19;  // characters, that is without fractions of a second
+  Parameter& place = parameterAt(parameter);
+  place.length = 0;
+  place.binding = {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, kStoredForm, &place.date};
   place.date = {static_cast<SQLSMALLINT>(digits(value, 0, 4)),
                 digits(value, 5, 2),
                 digits(value, 8, 2),
@@ -258,15 +290,23 @@ void OdbcStatement::runPrepared() {
     check(connection_.prepare(statement_, sql_));
     prepared_ = true;
   }
-  SQLUSMALLINT count = 0;
-  for (Parameter& parameter : parameters_) {
-    check(SQLBindParameter(statement_, ++count, SQL_PARAM_INPUT, parameter.cType, parameter.sqlType,
-                           parameter.size, 0, parameter.place(), parameter.length,
-                           &parameter.length));
-  }
+  bindParameters();
   connection_.openPending();
   const SQLRETURN result = watched([this] { return SQLExecute(statement_); });
   if (result != SQL_NO_DATA) check(result);  // SQL_NO_DATA: the change affected no rows
+}
+
+// The driver keeps a binding from run to run and reads the value and its length at each.
+void OdbcStatement::bindParameters() {
+  SQLUSMALLINT count = 0;
+  for (Parameter& parameter : parameters_) {
+    ++count;
+    const Binding& binding = parameter.binding;
+    if (binding == parameter.known) continue;
+    check(SQLBindParameter(statement_, count, SQL_PARAM_INPUT, binding.cType, binding.sqlType,
+                           binding.size, 0, binding.place, parameter.length, &parameter.length));
+    parameter.known = binding;
+  }
 }
 
 // Beyond the last result there are no columns.
@@ -343,9 +383,8 @@ std::int64_t OdbcStatement::integer(int column) const {
   std::int64_t value = 0;
   if (cell.storage == Storage::Integer) value = cell.integer;
   if (cell.storage == Storage::Real) value = static_cast<std::int64_t>(cell.real);
-  if (cell.storage == Storage::Text) {
-    std::from_chars(cell.text.data(), cell.text.data() + cell.text.size(), value);
-  }
+  const std::string_view digits = text(column);
+  std::from_chars(digits.data(), digits.data() + digits.size(), value);
   return value;
 }
 
@@ -354,15 +393,16 @@ double OdbcStatement::real(int column) const {
   double value = 0;
   if (cell.storage == Storage::Integer) value = static_cast<double>(cell.integer);
   if (cell.storage == Storage::Real) value = cell.real;
-  if (cell.storage == Storage::Text) {
-    std::from_chars(cell.text.data(), cell.text.data() + cell.text.size(), value);
-  }
+  const std::string_view digits = text(column);
+  std::from_chars(digits.data(), digits.data() + digits.size(), value);
   return value;
 }
 
 std::string_view OdbcStatement::text(int column) const {
-  const OdbcCell& cell = at(cells_, column);
-  return cell.storage == Storage::Text ? std::string_view(cell.text) : std::string_view();
+  OdbcCell& cell = at(cells_, column);
+  if (cell.storage == Storage::Date) sql::assignStored(cell.text, cell.date);
+  const bool isText = cell.storage == Storage::Text || cell.storage == Storage::Date;
+  return isText ? std::string_view(cell.text) : std::string_view();
 }
 
 }  // namespace

@@ -137,6 +137,9 @@ void RowStore::append(const Statement& statement) {
       case Storage::Text:
         appendText(column, value.text);
         break;
+      case Storage::Date:
+        appendDate(column, value.date);
+        break;
     }
   }
 }
@@ -170,6 +173,18 @@ void RowStore::appendText(std::size_t column, std::string_view utf8) {
   // Before newCell: if memory runs out here, no cell without a text remains.
   const char* const place = texts_.keep(utf8);
   newCell(Kind::Text).text = place;
+}
+
+void RowStore::appendDate(std::size_t column, const CivilTime& time) {
+  if ((*columns_)[column].type == sql::ColumnType::Date) {
+    if (const std::optional<DATE> date = dateFromCivil(time)) {
+      newCell(Kind::Date).real = *date;
+      return;
+    }
+  }
+  std::string text;
+  sql::assignStored(text, time);
+  appendText(column, text);
 }
 
 std::size_t RowStore::find(std::u16string_view name) const {

@@ -9,6 +9,7 @@
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/sql/column_type.h"
+#include "qxframework/automation/civil_time.h"
 #include "qxframework/automation/variant.h"
 
 #include <cstdint>
@@ -89,6 +90,7 @@ class RowStore {
   };
 
   void appendText(std::size_t column, std::string_view utf8);
+  void appendDate(std::size_t column, const CivilTime& time);
   Cell& newCell(Kind kind);
 
   RowColumns columns_;  // may be null: no columns

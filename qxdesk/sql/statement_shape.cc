@@ -39,10 +39,15 @@ constexpr std::array<ByteKind, 256> kKinds = [] {
 
 ByteKind kindOf(char c) { return kKinds[static_cast<unsigned char>(c)]; }
 
-bool continuesName(char c) {
-  const ByteKind kind = kindOf(c);
-  return kind == ByteKind::Name || kind == ByteKind::Digit || c == '$' || c == '#';
-}
+constexpr std::array<bool, 256> kContinuesName = [] {
+  std::array<bool, 256> continues{};
+  for (std::size_t c = 0; c < continues.size(); ++c)
+    continues[c] = kKinds[c] == ByteKind::Name || kKinds[c] == ByteKind::Digit;
+  continues['$'] = continues['#'] = true;
+  return continues;
+}();
+
+bool continuesName(char c) { return kContinuesName[static_cast<unsigned char>(c)]; }
 
 // True if lex() takes the text for the content of a literal.
 bool isGoodText(std::string_view text) {
@@ -50,7 +55,7 @@ bool isGoodText(std::string_view text) {
   bool zero = false;
   for (const char c : text) {
     seen |= static_cast<unsigned char>(c);
-    zero = zero || c == 0;
+    zero |= c == 0;
   }
   if (zero) return false;
   if (seen < 0x80) return true;
@@ -72,6 +77,7 @@ class Finder {
     while (at_ < text_.size()) {
       if (!token()) return false;
     }
+    copy();
     return true;
   }
 
@@ -79,7 +85,7 @@ class Finder {
   bool token() {
     switch (kindOf(text_[at_])) {
       case ByteKind::Blank:
-        copy(1);
+        ++at_;
         return true;
       case ByteKind::Name:
         return name();
@@ -98,19 +104,24 @@ class Finder {
     return at_ + distance < text_.size() ? text_[at_ + distance] : '\0';
   }
 
-  void copy(std::size_t count) {
-    shape_.key.append(text_, at_, count);
-    at_ += count;
+  /// Appends what is not in the key yet, up to the current place.
+  void copy() {
+    shape_.key.append(text_, copied_, at_ - copied_);
+    copied_ = at_;
+  }
+  /// Appends the mark of the literal from the current place to `end`.
+  void addLiteral(char mark, std::string_view source, std::size_t end) {
+    copy();
+    shape_.key += mark;
+    shape_.literals.push_back({at_, source});
+    at_ = copied_ = end;
   }
 
   bool name() {
-    if ((text_[at_] == 'N' || text_[at_] == 'n') && next(1) == '\'') {
+    if ((text_[at_] == 'N' || text_[at_] == 'n') && next(1) == '\'') return text(at_ + 1);
+    do {
       ++at_;
-      return text(at_ - 1);
-    }
-    std::size_t length = 1;
-    while (continuesName(next(length))) ++length;
-    copy(length);
+    } while (at_ < text_.size() && continuesName(text_[at_]));
     return true;
   }
 
@@ -119,7 +130,7 @@ class Finder {
     if (c == '.' && kindOf(next(1)) == ByteKind::Digit) return number();
     // The begin of a comment.
     if ((c == '-' && next(1) == '-') || (c == '/' && next(1) == '*')) return false;
-    copy(1);
+    ++at_;
     return true;
   }
 
@@ -136,19 +147,19 @@ class Finder {
   bool enclosedName() {
     const std::size_t length = enclosedLength(at_ + 1, text_[at_] == '[' ? ']' : '"');
     if (length == std::string_view::npos) return false;
-    copy(length + 2);
+    at_ += length + 2;
     return true;
   }
 
-  bool text(std::size_t start) {
-    const std::size_t from = at_ + 1;
+  // The literal begins here, and its quote, which an N may precede, is at `quote`.
+  bool text(std::size_t quote) {
+    const std::size_t from = quote + 1;
     const std::size_t length = enclosedLength(from, '\'');
     if (length == std::string_view::npos) return false;
     const std::string_view source = text_.substr(from, length);
     if (!isGoodText(source)) return false;
-    shape_.key += source.find('[') == std::string_view::npos ? kText : kTextWithBracket;
-    shape_.literals.push_back({start, source});
-    at_ = from + length + 1;
+    addLiteral(source.find('[') == std::string_view::npos ? kText : kTextWithBracket, source,
+               from + length + 1);
     return true;
   }
 
@@ -159,7 +170,6 @@ class Finder {
   }
 
   bool number() {
-    const std::size_t start = at_;
     std::size_t length = digits(0);
     bool whole = true;
     if (next(length) == '.') {
@@ -168,20 +178,18 @@ class Finder {
     }
     // An exponent is left to the slow way, and so are two numbers without a blank between them.
     if (continuesName(next(length)) || next(length) == '.') return false;
-    const std::string_view source = text_.substr(start, length);
     if (length > (whole ? kMaxWholeDigits : kMaxDecimalBytes)) {
-      copy(length);
+      at_ += length;
       return true;
     }
-    shape_.key += whole ? kWhole : kDecimal;
-    shape_.literals.push_back({start, source});
-    at_ += length;
+    addLiteral(whole ? kWhole : kDecimal, text_.substr(at_, length), at_ + length);
     return true;
   }
 
   std::string_view text_;
   StatementShape& shape_;
   std::size_t at_ = 0;
+  std::size_t copied_ = 0;  // the key has the text up to here
 };
 
 }  // namespace

@@ -54,7 +54,7 @@ void CConditions::Remove(qx_ptr<CConditions> conditions) {
 qx_ptr<CConditions> CConditions::Clone() const {
   qx_ptr<CConditions> clone = CreateNewInstance();
   clone->m_Conditions.reserve(m_Conditions.size());
-  for (const auto& condition : m_Conditions) *clone->Add() = *condition;
+  for (const auto& condition : m_Conditions) clone->Add(new CCondition(*condition));
   return clone;
 }
 

@@ -35,6 +35,12 @@ class InDialect : public Base {
   CComBSTR GetSQLColumnName(CComBSTR name) const override {
     return columnName(kDialect, std::move(name));
   }
+  void AppendColumnName(std::u16string& target, std::u16string_view name) const override {
+    const Enclosure& column = kDialect.column;
+    if (!column.opening.empty()) target += column.opening;
+    target += name;
+    if (!column.closing.empty()) target += column.closing;
+  }
   CComBSTR GetDateString(CQXDateTime date) const override {
     return std::invoke(kDialect.rowDateText, date);
   }

@@ -19,6 +19,7 @@
 #include "qxframework/query/condition.h"
 #include "qxframework/query/link_criteria.h"
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -65,6 +66,8 @@ class CQXPersistentBase {
   virtual void AppendFieldList(CComBSTR& target, const FieldNames& fields,
                                const OLECHAR* correlation) const;
   virtual CComBSTR GetSQLColumnName(CComBSTR name) const;
+  /// Appends what GetSQLColumnName returns, without a string for it.
+  virtual void AppendColumnName(std::u16string& target, std::u16string_view name) const;
   /// Returns the text of a row's date for a condition.
   virtual CComBSTR GetDateString(CQXDateTime date) const;
   virtual CComBSTR GetSQLAlias(CComBSTR name) const;
@@ -126,8 +129,8 @@ class CQXPersistentBase {
                     const qx::Enclosure* alias) const;
   /// Appends a field, or with a correlation name "T0.Code" and its alias. `alias` encloses both
   /// names; if it is null, " AS" and GetSQLAlias of both names follow.
-  void AppendField(CComBSTR& target, std::u16string_view correlation, std::u16string_view field,
-                   const qx::Enclosure* alias) const;
+  void AppendField(std::u16string& target, std::u16string_view correlation,
+                   std::u16string_view field, const qx::Enclosure* alias) const;
   /// Appends the correlation name and a point; nothing if there is no correlation name.
   void AppendCorrelation(CComBSTR& target) const;
   /// The form of the conditions in a WHERE.

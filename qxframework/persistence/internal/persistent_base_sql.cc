@@ -44,6 +44,10 @@ void CQXPersistentBase::GetSQLDate(CComVariant& value) const {
 
 CComBSTR CQXPersistentBase::GetSQLColumnName(CComBSTR name) const { return name; }
 
+void CQXPersistentBase::AppendColumnName(std::u16string& target, std::u16string_view name) const {
+  target += GetSQLColumnName(CComBSTR(name)).View();
+}
+
 CComBSTR CQXPersistentBase::GetDateString(CQXDateTime date) const { return date.GetDateAsBSTR(); }
 
 CComBSTR CQXPersistentBase::GetSQLAlias(CComBSTR name) const {
@@ -93,21 +97,26 @@ void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
   }
   // Decided by content: the list of a join that equals the table's own list lacks its comma.
   const bool isOwnList = qx::sameNames(fields, m_vecFields);
+  // Written in one piece of memory, since a list has many short names.
+  constexpr std::size_t kUsualField = 16;
+  std::u16string list;
+  list.reserve(fields.size() * (of.empty() ? kUsualField : 3 * kUsualField));
   for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (i > 0 || !isOwnList) target += u",";
-    AppendField(target, of, qx::viewOf(fields[i]), alias);
+    if (i > 0 || !isOwnList) list += u',';
+    AppendField(list, of, qx::viewOf(fields[i]), alias);
   }
+  target += list;
 }
 
-void CQXPersistentBase::AppendField(CComBSTR& target, std::u16string_view correlation,
+void CQXPersistentBase::AppendField(std::u16string& target, std::u16string_view correlation,
                                     std::u16string_view field, const qx::Enclosure* alias) const {
   if (correlation.empty()) {
-    target += GetSQLColumnName(CComBSTR(field)).View();
+    AppendColumnName(target, field);
     return;
   }
   target += correlation;
-  target += u".";
-  target += GetSQLColumnName(CComBSTR(field)).View();
+  target += u'.';
+  AppendColumnName(target, field);
   if (alias == nullptr) {
     target += u" AS";
     target += GetSQLAlias(qx::joined({correlation, u".", field})).View();

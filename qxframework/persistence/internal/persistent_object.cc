@@ -50,15 +50,15 @@ void CQXPersistentObject::RunUpdate(const qx::Dialect& dialect, const TyFieldVal
 void CQXPersistentObject::RunSelect(const qx::Dialect& dialect) {
   CReturnValue<long> hr(ScopeName(kClass, dialect.classSuffix, u"Select"), 0, 0);
   CComBSTR text = SelectText();
-  const CComBSTR table = SelectTableText();
   hr.LogInfo(u"%s", text);
   try {
     QueryOneRow(hr, std::move(text));
   } catch (const _com_error& error) {
-    Fail(hr, error, u"Failed to select from %s", table);
+    Fail(hr, error, u"Failed to select from %s", SelectTableText());
   } catch (const CQXPersistenceException& exception) {
     hr = 1;
-    hr.LogError(u"Failed to select from %s because %s", table, exception.GetErrorString());
+    hr.LogError(u"Failed to select from %s because %s", SelectTableText(),
+                exception.GetErrorString());
     throw;
   }
 }
