@@ -129,6 +129,9 @@ class SqliteDatabase final : public Database {
     return any;
   }
 
+  /// Returns the path of the file, to which all links to it lead.
+  std::filesystem::path file() const { return sqlite3_db_filename(db_.get(), "main"); }
+
   /// Decides if the last connection moves the log into the file when it closes, and removes it.
   void keepLog(bool keep) {
     sqlite3_db_config(db_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
@@ -365,7 +368,8 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   const bool hasTables = readSchema(*database, path);
   checkHistory(*database, place, hasTables);
   database->keepLog(false);
-  if (!database->isReadOnly()) database->join(LockFile::open(path, environment));
+  // By the engine's own path: all names of a company lead to one lock file.
+  if (!database->isReadOnly()) database->join(LockFile::open(database->file(), environment));
   return database;
 }
 
