@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -44,8 +45,9 @@ class SqliteDatabase final : public Database {
     sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(environment.memoryBytes));
     limit_.watch(db_.get());
     asDatabaseErrors([&] {
-      sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase,
-                                                         [this] { return limit_.isOver(); }});
+      functions_ =
+          sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase,
+                                                             [this] { return limit_.isOver(); }});
     });
   }
 
@@ -58,17 +60,23 @@ class SqliteDatabase final : public Database {
     return prepareSqlite(link(), simple ? std::string(sql) : withEngineNames(sql, {}));
   }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
-    return asDatabaseErrors(
-        [&] { return wrapSqlite(link(), sql::prepareGuarded(db_.get(), sql)); });
+    return asDatabaseErrors([&] {
+      functions_->provideFor(sql);
+      return wrapSqlite(link(), sql::prepareGuarded(db_.get(), sql));
+    });
   }
   bool keepsStatements() const override { return true; }
   std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int parameters) override {
     return asDatabaseErrors([&] {
+      functions_->provideFor(sql);
       return wrapRepeatedSqlite(link(), sql::prepareRepeated(db_.get(), sql, parameters));
     });
   }
   sql::ColumnType probe(std::string_view sql) override {
-    return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
+    return asDatabaseErrors([&] {
+      functions_->provideFor(sql);
+      return sql::probedType(db_.get(), sql);
+    });
   }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override { hasTables(); }
@@ -167,6 +175,7 @@ class SqliteDatabase final : public Database {
   SqliteTimeLimit limit_;
   Connection db_;
   sql::SqliteCatalog catalog_;
+  std::optional<sql::FunctionsOnDemand> functions_;  // set by the constructor
   std::unique_ptr<Statement> look_;
 };
 
