@@ -41,7 +41,7 @@ constexpr std::string_view kFindings[] = {
 sqlite3* openDatabase() {
   sqlite3* db = nullptr;
   if (sqlite3_open(":memory:", &db) != SQLITE_OK) std::abort();
-  qx::sql::setUpConnection(db, {});
+  qx::sql::setUpConnection(db, {}).provide();
   if (sqlite3_exec(db, kSchema, nullptr, nullptr, nullptr) != SQLITE_OK) std::abort();
   return db;
 }

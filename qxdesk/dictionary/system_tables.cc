@@ -4,6 +4,12 @@ namespace qx::desk {
 
 namespace {
 
+constexpr const char* kTablesTable = "HVUTAB";
+constexpr const char* kFieldsTable = "CUFD";
+constexpr const char* kValuesTable = "HVUFVAL";
+constexpr const char* kKeysTable = "HVUKEY";
+constexpr const char* kKeyColumnsTable = "HVUKCOL";
+
 // One row: the name of the company and the forms in which it shows amounts and dates.
 TableLayout companyTable() {
   return {std::string(kSettingsTable),
@@ -21,27 +27,27 @@ TableLayout companyTable() {
 // them.
 std::vector<TableLayout> dictionaryTables() {
   return {
-      {"HVUTAB",
+      {kTablesTable,
        {notNull(textColumn("TableName", 20)), textColumn("Description", 30),
         smallIntegerColumn("ObjectType")},
        {"TableName"}},
-      {"CUFD",
+      {kFieldsTable,
        {notNull(textColumn("TableID", 20)), notNull(smallIntegerColumn("FieldID")),
         notNull(textColumn("AliasID", 50)), textColumn("Description", 30),
         smallIntegerColumn("FieldType"), smallIntegerColumn("FieldSubType"),
         smallIntegerColumn("FieldSize"), smallIntegerColumn("EditSize"),
         textColumn("DefaultValue", 254), textColumn("Mandatory", 1), textColumn("LinkedTable", 20)},
        {"TableID", "FieldID"}},
-      {"HVUFVAL",
+      {kValuesTable,
        {notNull(textColumn("TableID", 20)), notNull(smallIntegerColumn("FieldID")),
         notNull(smallIntegerColumn("ValueNo")), textColumn("FieldValue", 254),
         textColumn("Description", 254)},
        {"TableID", "FieldID", "ValueNo"}},
-      {"HVUKEY",
+      {kKeysTable,
        {notNull(textColumn("TableName", 20)), notNull(smallIntegerColumn("KeyNo")),
         textColumn("KeyName", 10), textColumn("IsUnique", 1)},
        {"TableName", "KeyNo"}},
-      {"HVUKCOL",
+      {kKeyColumnsTable,
        {notNull(textColumn("TableName", 20)), notNull(smallIntegerColumn("KeyNo")),
         notNull(smallIntegerColumn("ColumnNo")), textColumn("ColumnAlias", 52)},
        {"TableName", "KeyNo", "ColumnNo"}},
@@ -91,10 +97,9 @@ const std::vector<TableLayout>& systemTables() {
   return tables;
 }
 
+// Without the layouts, which nothing else at the start of an add-on needs.
 std::vector<std::string> dictionaryTableNames() {
-  std::vector<std::string> names;
-  for (const TableLayout& table : dictionaryTables()) names.push_back(table.name);
-  return names;
+  return {kTablesTable, kFieldsTable, kValuesTable, kKeysTable, kKeyColumnsTable};
 }
 
 const TableLayout* findSystemTable(std::string_view name) {

@@ -54,23 +54,23 @@ bool setLock(int file, short kind, std::uint64_t first, std::uint64_t count = 1)
 // Tells a taken lock from a file system without locks.
 bool isTaken() { return errno == EAGAIN || errno == EACCES; }
 
-bool isSameFile(int file, const std::filesystem::path& path) {
-  struct stat mine {};
+bool isSameFile(const struct stat& mine, const std::filesystem::path& path) {
   struct stat there {};
-  return fstat(file, &mine) == 0 && lstat(path.c_str(), &there) == 0 &&
-         mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+  return lstat(path.c_str(), &there) == 0 && mine.st_dev == there.st_dev &&
+         mine.st_ino == there.st_ino;
 }
 
 // All who may write the company need its lock file. A process of the administrator must not be the
-// owner of a file that the others cannot open.
-void takeRightsOf(const std::filesystem::path& company, int file) {
-  struct stat rights {};
-  if (stat(company.c_str(), &rights) != 0) return;
-  const uid_t owner = geteuid() == 0 ? rights.st_uid : static_cast<uid_t>(-1);  // -1: as it is
+// owner of a file that the others cannot open. Most files have the rights already, and each call
+// that sets them is a change for the file system's journal.
+void takeRightsOf(const struct stat& company, const struct stat& lock, int file) {
+  const uid_t owner = geteuid() == 0 ? company.st_uid : lock.st_uid;
+  const bool given = (owner == lock.st_uid && company.st_gid == lock.st_gid) ||
+                     fchown(file, owner, company.st_gid) == 0;
   // The maker's own group may be one of many users who have nothing to do with the company.
-  const bool given = fchown(file, owner, rights.st_gid) == 0;
+  const mode_t mode = company.st_mode & (given ? 0777 : 0707);
   // Not all file systems have rights; without them the others go on without the lock file.
-  static_cast<void>(fchmod(file, rights.st_mode & (given ? 0777 : 0707)));
+  if ((lock.st_mode & 07777) != mode) static_cast<void>(fchmod(file, mode));
 }
 
 // A folder that all can write may give its group to the files of users who are not in the group.
@@ -82,14 +82,12 @@ bool givesGroupToAll(const std::filesystem::path& folder, gid_t group) {
 
 // Returns true if all who can write a lock file may write the company as well. The owner of a file
 // can give it to a group only if that user is in the group.
-bool isSharedFairly(int file, const std::filesystem::path& path,
-                    const std::filesystem::path& company) {
-  struct stat lock {};
-  struct stat rights {};
-  if (fstat(file, &lock) != 0 || stat(company.c_str(), &rights) != 0) return false;
-  if ((rights.st_mode & S_IWOTH) != 0) return true;
-  const bool sameGroup = (rights.st_mode & S_IWGRP) != 0 && lock.st_gid == rights.st_gid;
-  const bool owner = lock.st_uid == geteuid() || lock.st_uid == 0 || lock.st_uid == rights.st_uid ||
+bool isSharedFairly(const struct stat& lock, const struct stat& company,
+                    const std::filesystem::path& path) {
+  if ((company.st_mode & S_IWOTH) != 0) return true;
+  const bool sameGroup = (company.st_mode & S_IWGRP) != 0 && lock.st_gid == company.st_gid;
+  const bool owner = lock.st_uid == geteuid() || lock.st_uid == 0 ||
+                     lock.st_uid == company.st_uid ||
                      (sameGroup && !givesGroupToAll(path.parent_path(), lock.st_gid));
   const bool group = (lock.st_mode & S_IWGRP) == 0 || sameGroup;
   return owner && group && (lock.st_mode & S_IWOTH) == 0;
@@ -110,10 +108,9 @@ void reportUnfair(const std::filesystem::path& path) {
 enum class Kind { Ours, Blank, Foreign };
 
 // Blank is an empty file, and one of which the maker has ended before it wrote the first bytes.
-Kind kindOf(int file) {
-  struct stat state {};
+Kind kindOf(int file, const struct stat& state) {
   std::array<char, kKind.size()> first{};
-  if (fstat(file, &state) != 0 || !S_ISREG(state.st_mode)) return Kind::Foreign;
+  if (!S_ISREG(state.st_mode)) return Kind::Foreign;
   if (state.st_size == 0) return Kind::Blank;
   const bool whole =
       static_cast<std::size_t>(state.st_size) == LockFile::Contents::kBytes &&
@@ -124,31 +121,51 @@ Kind kindOf(int file) {
                                                                                 : Kind::Foreign;
 }
 
-// The room is reserved before the file is mapped: a process that writes into a mapped hole while
-// the disk is full ends.
-bool makeContents(int file, const std::filesystem::path& company) {
-  takeRightsOf(company, file);
-  return posix_fallocate(file, 0, LockFile::Contents::kBytes) == 0 &&
-         pwrite(file, kKind.data(), kKind.size(), 0) == static_cast<ssize_t>(kKind.size());
+// Written as a whole before the file is mapped: a process that writes into a mapped hole while the
+// disk is full ends. A write fails if there is no room for its bytes, also where the file system
+// chooses their place later, so nothing has to be allocated beside it.
+bool writeContents(int file) {
+  std::array<char, LockFile::Contents::kBytes> bytes{};
+  std::copy(kKind.begin(), kKind.end(), bytes.begin());
+  if (pwrite(file, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size())) {
+    return true;
+  }
+  // What there was room for would look like a file of another program, for ever.
+  [[maybe_unused]] const int emptied = ftruncate(file, 0);
+  return false;
+}
+
+// Called by one process at a time. Another one may have been quicker.
+Kind makeContents(int file, const struct stat& company) {
+  struct stat lock {};
+  if (fstat(file, &lock) != 0) return Kind::Foreign;
+  const Kind kind = kindOf(file, lock);
+  if (kind != Kind::Blank) return kind;
+  takeRightsOf(company, lock, file);
+  return writeContents(file) ? Kind::Ours : Kind::Blank;
 }
 
 enum class Opened { Yes, Never, TryAgain };
 
 Opened prepare(int file, const std::filesystem::path& path, const std::filesystem::path& company) {
+  struct stat lock {};
+  struct stat rights {};
+  const bool known = fstat(file, &lock) == 0 && stat(company.c_str(), &rights) == 0;
   // First of all: an empty file that the administrator gave to the company's owner could still be
   // open in the program of the user who made it.
-  if (!isSharedFairly(file, path, company)) {
+  if (!known || !isSharedFairly(lock, rights, path)) {
     reportUnfair(path);
     return Opened::Never;
   }
   // The last user removes the file under this lock; then the next one has to make it anew.
   if (!setLock(file, F_RDLCK, kUse)) return isTaken() ? Opened::TryAgain : Opened::Never;
-  if (!isSameFile(file, path)) return Opened::TryAgain;
-  Kind kind = kindOf(file);
+  if (!isSameFile(lock, path)) return Opened::TryAgain;
+  // By the size from before the lock: it changes once, from that of a blank file, and blank ones
+  // are looked at again.
+  Kind kind = kindOf(file, lock);
   if (kind == Kind::Blank) {
     if (!setLock(file, F_WRLCK, kMaking)) return isTaken() ? Opened::TryAgain : Opened::Never;
-    kind = kindOf(file);  // another process may have been quicker
-    if (kind == Kind::Blank && makeContents(file, company)) kind = Kind::Ours;
+    kind = makeContents(file, rights);
     setLock(file, F_UNLCK, kMaking);
   }
   return kind == Kind::Ours ? Opened::Yes : Opened::Never;
@@ -190,11 +207,8 @@ std::string readName(const LockFileName& place) {
 }  // namespace
 
 std::filesystem::path lockFileOf(const std::filesystem::path& company) {
-  std::error_code error;
-  // The engine follows links, too: all names of a company lead to one lock file.
-  std::filesystem::path real = std::filesystem::weakly_canonical(company, error);
-  if (error) real = company;
-  return real += "-lock";
+  std::filesystem::path path = company;
+  return path += "-lock";
 }
 
 std::unique_ptr<LockFile> LockFile::open(const std::filesystem::path& company,
@@ -220,7 +234,9 @@ LockFile::LockFile(std::filesystem::path path, UniqueFd file, Contents* contents
 LockFile::~LockFile() {
   munmap(contents_, Contents::kBytes);
   setLock(file_.get(), F_UNLCK, 0, 0);
-  if (setLock(file_.get(), F_WRLCK, kUse) && isSameFile(file_.get(), path_)) {
+  struct stat mine {};
+  if (setLock(file_.get(), F_WRLCK, kUse) && fstat(file_.get(), &mine) == 0 &&
+      isSameFile(mine, path_)) {
     unlink(path_.c_str());
   }
 }

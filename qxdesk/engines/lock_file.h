@@ -51,10 +51,10 @@ class LockFile {
     Ended = 5         ///< it was ended so
   };
 
-  /// Opens the lock file of a company's file, which must exist; makes it if it is missing. Returns
-  /// null if there can be none: the folder cannot be written, the disk is full, or the name belongs
-  /// to something else, for example to a link, a folder or a user who may not write the company.
-  /// The last is reported to the developer trace.
+  /// Opens the lock file of a company's file, which must exist and be no link; makes it if it is
+  /// missing. Returns null if there can be none: the folder cannot be written, the disk is full, or
+  /// the name belongs to something else, for example to a link, a folder or a user who may not
+  /// write the company. The last is reported to the developer trace.
   static std::unique_ptr<LockFile> open(const std::filesystem::path& company,
                                         const CompanyEnvironment& environment);
   /// Releases everything, and removes the file if no other connection uses it.
@@ -92,7 +92,8 @@ class LockFile {
   bool hasTables_ = false;
 };
 
-/// Returns the path of the lock file that belongs to a company's file.
+/// Returns the path of the lock file that belongs to a company's file. A link to that file would
+/// lead to another one.
 std::filesystem::path lockFileOf(const std::filesystem::path& company);
 
 }  // namespace qx::desk

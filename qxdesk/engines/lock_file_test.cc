@@ -1,5 +1,7 @@
 #include "qxdesk/engines/lock_file.h"
 
+#include "qxdesk/engines/database.h"
+#include "qxdesk/engines/sqlite_database.h"
 #include "qxdesk/engines/test_support.h"
 #include "qxframework/automation/developer_trace.h"
 #include "qxframework/automation/text.h"
@@ -9,6 +11,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -182,22 +185,51 @@ TEST_F(LockFileTest, AFolderOrAPipeWithItsNameIsLeftAsItIs) {
 }
 
 TEST_F(LockFileTest, ALinkToTheCompanyLeadsToTheSameFile) {
+  fs::remove(company_);
   const fs::path link = folder_.path() / "link.db";
   fs::create_symlink(company_, link);
-  const auto first = open();
-  const auto second = LockFile::open(link, environment_);
-  ASSERT_TRUE(first->take(Part::Tables, milliseconds(0)));
-  EXPECT_TRUE(second->holder(Part::Tables));
+  const fs::path folderLink = folder_.path() / "folder";
+  fs::create_directory_symlink(folder_.path(), folderLink);
+  // The first one makes the company, by a link to a file that is missing.
+  const auto first = openSqliteDatabase(link.string(), environment_);
+  ASSERT_TRUE(first->lockTables(milliseconds(0)));
+  for (const fs::path& name : {company_, link, folderLink / "company.db"}) {
+    EXPECT_FALSE(openSqliteDatabase(name.string(), environment_)->lockTables(milliseconds(0)))
+        << name;
+  }
+  EXPECT_TRUE(isThere());
 }
 
 TEST_F(LockFileTest, ItHasTheRightsOfTheCompany) {
   const mode_t before = umask(077);
-  for (const int mode : {0600, 0664}) {
+  for (const int mode : {0600, 0664, 0640, 0400}) {
     fs::permissions(company_, fs::perms(mode));
     const auto lock = open();
     EXPECT_EQ(fs::status(file_).permissions(), fs::perms(mode));
   }
   umask(before);
+}
+
+TEST_F(LockFileTest, RightsThatABlankFileHasBeyondTheCompanyAreTakenFromIt) {
+  std::ofstream(file_).flush();
+  ASSERT_EQ(chmod(file_.c_str(), 02755), 0);
+  ASSERT_EQ(chmod(company_.c_str(), 0600), 0);
+  const auto lock = open();
+  ASSERT_NE(lock, nullptr);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
+}
+
+TEST_F(LockFileTest, WithoutRoomForAllOfItThereIsNoFileAndTheNextConnectionMakesIt) {
+  struct rlimit unlimited {};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+  struct rlimit small = unlimited;
+  small.rlim_cur = 1000;
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  const auto without = open();
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+  EXPECT_EQ(without, nullptr);
+  EXPECT_EQ(fs::file_size(file_), 0U);
+  EXPECT_NE(open(), nullptr);
 }
 
 // A process that has opened the file, but does not use it yet, must not keep the removed one.

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -44,8 +45,9 @@ class SqliteDatabase final : public Database {
     sqlite3_hard_heap_limit64(static_cast<sqlite3_int64>(environment.memoryBytes));
     limit_.watch(db_.get());
     asDatabaseErrors([&] {
-      sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase,
-                                                         [this] { return limit_.isOver(); }});
+      functions_ =
+          sql::setUpConnection(db_.get(), sql::GuardSettings{environment.now, upperCase, lowerCase,
+                                                             [this] { return limit_.isOver(); }});
     });
   }
 
@@ -58,17 +60,23 @@ class SqliteDatabase final : public Database {
     return prepareSqlite(link(), simple ? std::string(sql) : withEngineNames(sql, {}));
   }
   std::unique_ptr<Statement> prepareGuarded(std::string_view sql) override {
-    return asDatabaseErrors(
-        [&] { return wrapSqlite(link(), sql::prepareGuarded(db_.get(), sql)); });
+    return asDatabaseErrors([&] {
+      functions_->provideFor(sql);
+      return wrapSqlite(link(), sql::prepareGuarded(db_.get(), sql));
+    });
   }
   bool keepsStatements() const override { return true; }
   std::unique_ptr<Statement> prepareRepeated(std::string_view sql, int parameters) override {
     return asDatabaseErrors([&] {
+      functions_->provideFor(sql);
       return wrapRepeatedSqlite(link(), sql::prepareRepeated(db_.get(), sql, parameters));
     });
   }
   sql::ColumnType probe(std::string_view sql) override {
-    return asDatabaseErrors([&] { return sql::probedType(db_.get(), sql); });
+    return asDatabaseErrors([&] {
+      functions_->provideFor(sql);
+      return sql::probedType(db_.get(), sql);
+    });
   }
   const sql::Catalog& catalog() override { return catalog_; }
   void noticeChanges() override { hasTables(); }
@@ -129,6 +137,9 @@ class SqliteDatabase final : public Database {
     return any;
   }
 
+  /// Returns the path of the file, to which all links to it lead.
+  std::filesystem::path file() const { return sqlite3_db_filename(db_.get(), "main"); }
+
   /// Decides if the last connection moves the log into the file when it closes, and removes it.
   void keepLog(bool keep) {
     sqlite3_db_config(db_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
@@ -164,6 +175,7 @@ class SqliteDatabase final : public Database {
   SqliteTimeLimit limit_;
   Connection db_;
   sql::SqliteCatalog catalog_;
+  std::optional<sql::FunctionsOnDemand> functions_;  // set by the constructor
   std::unique_ptr<Statement> look_;
 };
 
@@ -365,7 +377,8 @@ std::unique_ptr<Database> openSqliteDatabase(const std::string& path,
   const bool hasTables = readSchema(*database, path);
   checkHistory(*database, place, hasTables);
   database->keepLog(false);
-  if (!database->isReadOnly()) database->join(LockFile::open(path, environment));
+  // By the engine's own path: all names of a company lead to one lock file.
+  if (!database->isReadOnly()) database->join(LockFile::open(database->file(), environment));
   return database;
 }
 

@@ -370,7 +370,14 @@ void registerSum(sqlite3* db) {
 
 }  // namespace
 
-void registerFunctions(sqlite3* db, const GuardSettings& settings) {
+void registerLike(sqlite3* db, const GuardSettings& settings) {
+  registerFunction(db, "like", 2, likeFunction, settings);
+  registerFunction(db, "like", 3, likeFunction, settings);
+}
+
+bool mayCallOwnFunctions(std::string_view text) { return text.find("qx_") != text.npos; }
+
+void registerOwnFunctions(sqlite3* db, const GuardSettings& settings) {
   registerFunction(db, "qx_now", 0, nowFunction, settings);
   registerFunction(db, "qx_date", 1, dateFunction, settings);
   registerFunction(db, "qx_month_date", 1, monthDateFunction, settings);
@@ -386,8 +393,6 @@ void registerFunctions(sqlite3* db, const GuardSettings& settings) {
   registerFunction(db, "qx_text", 1, textFunction, settings);
   registerFunction(db, "qx_upper", 1, upperFunction, settings);
   registerFunction(db, "qx_lower", 1, lowerFunction, settings);
-  registerFunction(db, "like", 2, likeFunction, settings);
-  registerFunction(db, "like", 3, likeFunction, settings);
   registerFunction(db, "qx_like", 2, likeWithSetsFunction, settings);
   registerFunction(db, "qx_like", 3, likeWithSetsFunction, settings);
 }

@@ -9,8 +9,16 @@
 
 namespace qx::sql {
 
-/// Registers the functions. The connection keeps a copy of `settings`. Throws SqliteError.
-void registerFunctions(sqlite3* db, const GuardSettings& settings);
+/// Registers the LIKE that every text may use. The connection keeps a copy of `settings`. Throws
+/// SqliteError.
+void registerLike(sqlite3* db, const GuardSettings& settings);
+
+/// Registers the functions of our own, whose names begin with "qx_", in the same way. This is also
+/// allowed later, before the first text that calls one of them is prepared.
+void registerOwnFunctions(sqlite3* db, const GuardSettings& settings);
+
+/// Returns false for a text that calls none of them.
+bool mayCallOwnFunctions(std::string_view text);
 
 /// Returns true for the functions that translated texts call, the engine's own ones included.
 bool isAllowedFunction(std::string_view name);

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <ctime>
 #include <iterator>
+#include <utility>
 
 namespace qx::sql {
 namespace {
@@ -98,7 +99,21 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
-void setUpConnection(sqlite3* db, GuardSettings settings) {
+FunctionsOnDemand::FunctionsOnDemand(sqlite3* db, GuardSettings settings)
+    : db_(db), settings_(std::move(settings)) {
+  registerLike(db_, settings_);
+}
+
+void FunctionsOnDemand::provideFor(std::string_view text) {
+  if (!provided_ && mayCallOwnFunctions(text)) provide();
+}
+
+void FunctionsOnDemand::provide() {
+  registerOwnFunctions(db_, settings_);
+  provided_ = true;
+}
+
+FunctionsOnDemand setUpConnection(sqlite3* db, GuardSettings settings) {
   if (!settings.now) settings.now = systemTime;
   // SQLite takes an unknown name in double quotes as a text, so a misspelt column would silently
   // become its own name.
@@ -109,8 +124,8 @@ void setUpConnection(sqlite3* db, GuardSettings settings) {
   // The company makes no triggers. In a file from elsewhere one would act on the rows of an add-on.
   sqlite3_db_config(db, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
   sqlite3_db_config(db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  registerFunctions(db, settings);
   sqlite3_set_authorizer(db, authorize, db);
+  return {db, std::move(settings)};
 }
 
 // The company's own statements, which make tables, run on the same connection without it.

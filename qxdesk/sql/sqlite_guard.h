@@ -40,11 +40,30 @@ struct GuardSettings {
   std::function<bool()> stop = {};
 };
 
-/// Registers the functions that translated texts use, a case-sensitive LIKE among them, installs
-/// the authorizer of RowsOnly, and makes an unknown name in double quotes an error. What the file
-/// itself brings is not trusted: its triggers do not run, and its views and checks call harmless
-/// functions only. Runs once for each connection. Throws SqliteError.
-void setUpConnection(sqlite3* db, GuardSettings settings);
+/// The functions of a connection that translated texts call. A case-sensitive LIKE is there at
+/// once. The others, nearly twenty, take longer to register than a statement to run, and the
+/// statements of an add-on's start call none of them.
+class FunctionsOnDemand {
+ public:
+  /// Throws SqliteError.
+  FunctionsOnDemand(sqlite3* db, GuardSettings settings);
+  /// Registers the other functions if `text` may be the first one to call one of them. Throws
+  /// SqliteError.
+  void provideFor(std::string_view text);
+  /// Registers the other functions. Throws SqliteError.
+  void provide();
+
+ private:
+  sqlite3* db_;
+  GuardSettings settings_;
+  bool provided_ = false;
+};
+
+/// Installs the authorizer of RowsOnly and makes an unknown name in double quotes an error. What
+/// the file itself brings is not trusted: its triggers do not run, and its views and checks call
+/// harmless functions only. Runs once for each connection, and returns its functions. Throws
+/// SqliteError.
+[[nodiscard]] FunctionsOnDemand setUpConnection(sqlite3* db, GuardSettings settings);
 
 /// While it lives, statements that this thread prepares on the connection can only read and change
 /// rows of tables other than SQLite's own, and call only the functions the translator uses. The

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <memory>
 #include <string>
 
 namespace qx::sql {
@@ -88,7 +89,8 @@ TEST_F(SqliteGuard, ATriggerThatTheFileBringsDoesNotRun) {
 
 TEST_F(SqliteGuard, ALongLikeIsStoppedWhenAsked) {
   setUpConnection(db(),
-                  GuardSettings{.now = {}, .upper = {}, .lower = {}, .stop = [] { return true; }});
+                  GuardSettings{.now = {}, .upper = {}, .lower = {}, .stop = [] { return true; }})
+      .provide();
   const std::string text(100'000, 'a');
   EXPECT_EQ(faultOf("SELECT COUNT(*) FROM OFPR WHERE '" + text + "' LIKE '%_b%'"), "interrupted");
 }
@@ -157,8 +159,25 @@ TEST_F(SqliteGuard, ReturnsTheTimeOfTheGivenClock) {
   EXPECT_EQ(database_.runNative("SELECT qx_now()"), "2024-02-15 13:45:10");
 }
 
+TEST(FunctionsOnDemand, AreThereForTheFirstTextThatCallsOne) {
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open(":memory:", &raw), SQLITE_OK);
+  const std::unique_ptr<sqlite3, int (*)(sqlite3*)> db(raw, sqlite3_close);
+  FunctionsOnDemand functions = setUpConnection(raw, {});
+  const std::string like = "SELECT 'a' LIKE 'A', 'a' LIKE 'a'";
+  functions.provideFor(like);
+  const SqliteStatement statement = prepareGuarded(raw, like);
+  ASSERT_EQ(sqlite3_step(statement.get()), SQLITE_ROW);
+  EXPECT_EQ(sqlite3_column_int(statement.get(), 0), 0);
+  EXPECT_EQ(sqlite3_column_int(statement.get(), 1), 1);
+  const std::string call = "SELECT qx_cut(1.5)";
+  EXPECT_EQ(guardRefusal(raw, call), "no such function: qx_cut");
+  functions.provideFor(call);
+  EXPECT_EQ(guardRefusal(raw, call), "");
+}
+
 TEST_F(SqliteGuard, UsesTheSystemClockByDefault) {
-  setUpConnection(db(), {});
+  setUpConnection(db(), {}).provide();
   EXPECT_EQ(database_.runNative("SELECT qx_now() = qx_date(qx_now()), "
                                 "abs(julianday(qx_now()) - julianday('now', 'localtime')) < 0.01"),
             "1|1");
@@ -177,19 +196,21 @@ TEST_F(SqliteGuard, ReadsDatesOfBothFormsAndRefusesOthers) {
 }
 
 TEST_F(SqliteGuard, MapsCaseOnlyWithAGivenMapping) {
-  setUpConnection(db(), {});
+  setUpConnection(db(), {}).provide();
   EXPECT_EQ(faultOf("SELECT UPPER(Name) FROM [@T]"),
             "no case mapping is set up for this connection");
   setUpConnection(db(), {.now = nullptr,
                          .upper = [](std::string_view) { return std::string("U"); },
-                         .lower = [](std::string_view) { return std::string("L"); }});
+                         .lower = [](std::string_view) { return std::string("L"); }})
+      .provide();
   EXPECT_EQ(runTranslated("SELECT UPPER(Name), LOWER(Name) FROM [@T] WHERE Code = '1'"), "U|L");
 }
 
 TEST_F(SqliteGuard, TurnsAnExceptionOfTheClockIntoAnError) {
   setUpConnection(db(), {.now = []() -> std::string { throw std::runtime_error("clock"); },
                          .upper = nullptr,
-                         .lower = nullptr});
+                         .lower = nullptr})
+      .provide();
   EXPECT_EQ(faultOf("SELECT getdate()"), "clock");
 }
 

@@ -36,7 +36,8 @@ SqliteConnection::SqliteConnection() : catalog_(nullptr) {
   db_.reset(db);
   catalog_ = SqliteCatalog(db);
   setUpConnection(
-      db, {.now = [] { return std::string(kClock); }, .upper = upperCase, .lower = lowerCase});
+      db, {.now = [] { return std::string(kClock); }, .upper = upperCase, .lower = lowerCase})
+      .provide();
   for (const std::string_view script : {kTables, kRows}) {
     if (sqlite3_exec(db, std::string(script).c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
       throw std::runtime_error(sqlite3_errmsg(db));

@@ -2,12 +2,15 @@
 
 #include "qxframework/automation/text.h"
 #include "qxframework/os/module.h"
+#include "qxframework/os/unique_fd.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <fstream>
+#include <limits>
 #include <sstream>
 #include <string_view>
 
@@ -16,23 +19,27 @@ namespace {
 
 constexpr std::size_t kLongestProgram = 255;
 
+// Returns the kernel's line on a process; empty if there is no such process.
+std::string statusLine(long processId) {
+  const UniqueFd file(
+      open(("/proc/" + std::to_string(processId) + "/stat").c_str(), O_RDONLY | O_CLOEXEC));
+  // The kernel makes the line at the first read, and all of it fits: 52 numbers and a short name.
+  std::array<char, 2048> buffer;
+  const ssize_t length = file ? read(file.get(), buffer.data(), buffer.size()) : ssize_t{0};
+  return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
 // Returns the time at which a process has started, in the kernel's ticks; empty if there is no such
 // process. With it the number of a process that has ended is not taken for the one that has the
 // number now.
 std::string startTimeOf(long processId) {
-  std::ifstream file("/proc/" + std::to_string(processId) + "/stat");
-  std::string line;
-  std::getline(file, line);
+  const std::string line = statusLine(processId);
   // The second field is the program in round brackets, and may itself contain blanks and brackets.
-  const std::size_t program = line.rfind(')');
-  if (program == std::string::npos) return {};
+  std::size_t at = line.rfind(')');
   constexpr int kFieldsUpToTheStart = 20;  // from the third, the state, to the 22nd
-  std::istringstream fields(line.substr(program + 1));
-  std::string field;
-  for (int i = 0; i < kFieldsUpToTheStart; ++i) {
-    if (!(fields >> field)) return {};
-  }
-  return field;
+  for (int i = 0; i < kFieldsUpToTheStart && at != line.npos; ++i) at = line.find(' ', at + 1);
+  if (at == line.npos) return {};
+  return line.substr(at + 1, line.find(' ', at + 1) - at - 1);
 }
 
 // Returns the name as one line that a message can show.
@@ -42,6 +49,11 @@ std::u16string shownName(std::u16string_view name) {
       shown.begin(), shown.end(), [](char16_t letter) { return letter < u' ' || letter == 0x7F; },
       u'?');
   return shown;
+}
+
+off_t sizeOf(int fd) {
+  struct stat status {};
+  return fstat(fd, &status) == 0 ? status.st_size : std::numeric_limits<off_t>::max();
 }
 
 std::string ownLine() {
@@ -59,10 +71,10 @@ void writeLockHolder(int fd) noexcept {
   try {
     const std::string line = ownLine();
     // In one call and before the file is cut, so that a reader finds the line as a whole.
-    const bool written =
-        pwrite(fd, line.data(), line.size(), 0) == static_cast<ssize_t>(line.size());
-    [[maybe_unused]] const int cut =
-        ftruncate(fd, written ? static_cast<off_t>(line.size()) : off_t{0});
+    const auto size = static_cast<off_t>(line.size());
+    if (pwrite(fd, line.data(), line.size(), 0) != size) return clearLockHolder(fd);
+    // The former holder has emptied the file, unless it was killed.
+    [[maybe_unused]] const int cut = sizeOf(fd) > size ? ftruncate(fd, size) : 0;
   } catch (...) {
     clearLockHolder(fd);
   }

@@ -6,7 +6,9 @@
 #include "testing/temp_folder.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 
+#include <array>
 #include <fstream>
 
 namespace qx {
@@ -31,6 +33,19 @@ const LockHolder kThisProgram{getpid(), u"qxframework_os_test"};
 TEST_F(LockHolderTest, IsTheProcessThatHasWrittenItself) {
   writeLockHolder(file_.get());
   EXPECT_EQ(readLockHolder(file_.get()), kThisProgram);
+}
+
+// The kernel's line on a process begins with this name, which may look like the fields after it.
+TEST_F(LockHolderTest, TheStartOfTheProcessIsReadWhateverItsThreadIsCalled) {
+  writeLockHolder(file_.get());
+  const std::string before = content();
+  std::array<char, 16> name{};
+  ASSERT_EQ(prctl(PR_GET_NAME, name.data()), 0);
+  ASSERT_EQ(prctl(PR_SET_NAME, "a) S 1 (2) b"), 0);
+  writeLockHolder(file_.get());
+  EXPECT_EQ(content(), before);
+  EXPECT_EQ(readLockHolder(file_.get()), kThisProgram);
+  ASSERT_EQ(prctl(PR_SET_NAME, name.data()), 0);
 }
 
 TEST_F(LockHolderTest, ReplacesALongerLine) {
