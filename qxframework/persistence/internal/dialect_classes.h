@@ -30,16 +30,10 @@ class InDialect : public Base {
   }
   void AppendFieldList(CComBSTR& target, const Persistence::FieldNames& fields,
                        const OLECHAR* correlation) const override {
-    this->AppendFields(target, fields, correlation, &kDialect.fieldAlias);
+    this->AppendFields(target, fields, correlation, &kDialect);
   }
   CComBSTR GetSQLColumnName(CComBSTR name) const override {
     return columnName(kDialect, std::move(name));
-  }
-  void AppendColumnName(std::u16string& target, std::u16string_view name) const override {
-    const Enclosure& column = kDialect.column;
-    if (!column.opening.empty()) target += column.opening;
-    target += name;
-    if (!column.closing.empty()) target += column.closing;
   }
   CComBSTR GetDateString(CQXDateTime date) const override {
     return std::invoke(kDialect.rowDateText, date);
@@ -82,9 +76,7 @@ class CollectionInDialect : public InDialect<Persistence::CQXPersistentCollectio
   using Base::Remove;
 
   void Remove(qx_ptr<Persistence::CConditions> conditions) override { this->RunRemove(conditions); }
-  void BuildKeyFieldList(CComBSTR& target) override {
-    this->AppendKeys(target, &kDialect.fieldAlias);
-  }
+  void BuildKeyFieldList(CComBSTR& target) override { this->AppendKeys(target, &kDialect); }
   void Select() override { this->RunSelect(); }
 
  private:

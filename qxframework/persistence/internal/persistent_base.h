@@ -29,7 +29,6 @@ class CReturnValue;
 
 namespace qx {
 struct Dialect;
-struct Enclosure;
 }  // namespace qx
 
 namespace Persistence {
@@ -66,8 +65,6 @@ class CQXPersistentBase {
   virtual void AppendFieldList(CComBSTR& target, const FieldNames& fields,
                                const OLECHAR* correlation) const;
   virtual CComBSTR GetSQLColumnName(CComBSTR name) const;
-  /// Appends what GetSQLColumnName returns, without a string for it.
-  virtual void AppendColumnName(std::u16string& target, std::u16string_view name) const;
   /// Returns the text of a row's date for a condition.
   virtual CComBSTR GetDateString(CQXDateTime date) const;
   virtual CComBSTR GetSQLAlias(CComBSTR name) const;
@@ -126,11 +123,11 @@ class CQXPersistentBase {
   }
   /// Appends a field list; see AppendField.
   void AppendFields(CComBSTR& target, const FieldNames& fields, const OLECHAR* correlation,
-                    const qx::Enclosure* alias) const;
-  /// Appends a field, or with a correlation name "T0.Code" and its alias. `alias` encloses both
-  /// names; if it is null, " AS" and GetSQLAlias of both names follow.
+                    const qx::Dialect* dialect) const;
+  /// Appends a field, or with a correlation name "T0.Code" and its alias, in the dialect's
+  /// enclosures. Without a dialect it asks GetSQLColumnName and, after " AS", GetSQLAlias.
   void AppendField(std::u16string& target, std::u16string_view correlation,
-                   std::u16string_view field, const qx::Enclosure* alias) const;
+                   std::u16string_view field, const qx::Dialect* dialect) const;
   /// Appends the correlation name and a point; nothing if there is no correlation name.
   void AppendCorrelation(CComBSTR& target) const;
   /// The form of the conditions in a WHERE.

@@ -44,10 +44,6 @@ void CQXPersistentBase::GetSQLDate(CComVariant& value) const {
 
 CComBSTR CQXPersistentBase::GetSQLColumnName(CComBSTR name) const { return name; }
 
-void CQXPersistentBase::AppendColumnName(std::u16string& target, std::u16string_view name) const {
-  target += GetSQLColumnName(CComBSTR(name)).View();
-}
-
 CComBSTR CQXPersistentBase::GetDateString(CQXDateTime date) const { return date.GetDateAsBSTR(); }
 
 CComBSTR CQXPersistentBase::GetSQLAlias(CComBSTR name) const {
@@ -86,7 +82,7 @@ void CQXPersistentBase::AppendFieldList(CComBSTR& target, const FieldNames& fiel
 }
 
 void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
-                                     const OLECHAR* correlation, const qx::Enclosure* alias) const {
+                                     const OLECHAR* correlation, const qx::Dialect* dialect) const {
   const std::u16string_view of = qx::viewOf(correlation);
   if (fields.empty()) {
     // Here the comma depends on the target's text, with fields on their list.
@@ -103,27 +99,27 @@ void CQXPersistentBase::AppendFields(CComBSTR& target, const FieldNames& fields,
   list.reserve(fields.size() * (of.empty() ? kUsualField : 3 * kUsualField));
   for (std::size_t i = 0; i < fields.size(); ++i) {
     if (i > 0 || !isOwnList) list += u',';
-    AppendField(list, of, qx::viewOf(fields[i]), alias);
+    AppendField(list, of, qx::viewOf(fields[i]), dialect);
   }
   target += list;
 }
 
 void CQXPersistentBase::AppendField(std::u16string& target, std::u16string_view correlation,
-                                    std::u16string_view field, const qx::Enclosure* alias) const {
-  if (correlation.empty()) {
-    AppendColumnName(target, field);
-    return;
-  }
-  target += correlation;
-  target += u'.';
-  AppendColumnName(target, field);
-  if (alias == nullptr) {
+                                    std::u16string_view field, const qx::Dialect* dialect) const {
+  if (!correlation.empty()) (target += correlation) += u'.';
+  if (dialect == nullptr) {
+    target += GetSQLColumnName(CComBSTR(field)).View();
+    if (correlation.empty()) return;
     target += u" AS";
     target += GetSQLAlias(qx::joined({correlation, u".", field})).View();
     return;
   }
+  const qx::Enclosure& column = dialect->column;
+  ((target += column.opening) += field) += column.closing;
+  if (correlation.empty()) return;
+  const qx::Enclosure& alias = dialect->fieldAlias;
   for (const std::u16string_view piece :
-       {alias->opening, correlation, std::u16string_view(u"."), field, alias->closing})
+       {alias.opening, correlation, std::u16string_view(u"."), field, alias.closing})
     target += piece;
 }
 

@@ -95,7 +95,7 @@ class CQXPersistentCollection : public CQXPersistentBase {
   void RunRemove(const qx_ptr<CConditions>& conditions);
   void RunSelect();
   /// Appends the key fields, each as AppendField does.
-  void AppendKeys(CComBSTR& target, const qx::Enclosure* alias) const;
+  void AppendKeys(CComBSTR& target, const qx::Dialect* dialect) const;
 
   bool m_bKeysOnly = true;
   bool m_bSorted = true;

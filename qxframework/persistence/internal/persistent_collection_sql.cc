@@ -97,11 +97,11 @@ void CQXPersistentCollection::RunStatements(CReturnValue<long>& hr, const Statem
 
 void CQXPersistentCollection::BuildKeyFieldList(CComBSTR& target) { AppendKeys(target, nullptr); }
 
-void CQXPersistentCollection::AppendKeys(CComBSTR& target, const qx::Enclosure* alias) const {
+void CQXPersistentCollection::AppendKeys(CComBSTR& target, const qx::Dialect* dialect) const {
   std::u16string list;
   for (std::size_t i = 0; i < m_vecKeyFields.size(); ++i) {
     if (i > 0) list += u',';
-    AppendField(list, m_bstrCorrelationName.View(), qx::viewOf(m_vecKeyFields[i]), alias);
+    AppendField(list, m_bstrCorrelationName.View(), qx::viewOf(m_vecKeyFields[i]), dialect);
   }
   target += list;
 }

@@ -7,6 +7,10 @@
 #include "qxframework/persistence/internal/persistent_base.h"
 #include "qxframework/query/field_values.h"
 
+namespace qx {
+struct Enclosure;
+}  // namespace qx
+
 namespace Persistence {
 
 class CQXPersistentObject : public CQXPersistentBase {
