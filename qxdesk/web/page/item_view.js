@@ -3,6 +3,9 @@
 
 import { element, newId, setAttribute } from "./dom.js";
 
+/** Two clicks within this time are a double click, and the first is no action of its own. */
+export const kDoubleClickMilliseconds = 250;
+
 export class ItemView {
   /** `owner` has {page, formUid, itemUid}. A class that extends this one adds its `control`. */
   constructor(owner, kind) {
