@@ -231,5 +231,5 @@ class Road:
               "the box has closed")
 
     def _language(self, words, _rest):
-        self._hit(self._one("document.querySelector('.tool.language')", "the list of languages"))
-        self._hit(self._menu_part(".menuEntry", words[0]))
+        self._one("document.querySelector('.tool.language')", "the list of languages").click()
+        self._menu_part(".menuEntry", words[0]).click()
