@@ -128,6 +128,13 @@ class Matrix(PageTest):
         self.until_equal("A2x", lambda: self.model(2, 1))
         self.assertEqual([["press", "1", 2], ["key", "1", 2]], self.cell_actions("press", "key"))
 
+    def test_a_letter_in_a_cell_that_takes_no_text_is_a_key_of_the_matrix(self):
+        self.focus_grid()
+        self.keys("q")
+        self.until_equal([{"do": "key", "form": "F_1", "item": "20", "key": 113}],
+                         lambda: self.host.sent("key"))
+        self.assertEqual([], self.all(".cellEditor"))
+
     def test_a_cell_is_edited_by_keys(self):
         self.focus_grid()
         self.keys(Keys.ARROW_DOWN, Keys.ARROW_RIGHT, Keys.F2, "7", Keys.ENTER)

@@ -135,6 +135,14 @@ class Typing(PageTest):
                          lambda: self.texts("#statusBar .notice"))
         self.until_equal("4", self.focused)
 
+    def test_a_letter_on_a_button_is_a_key_of_the_button_and_space_presses_it(self):
+        self.host.change(lambda state: state["forms"]["F_1"].update(focus="2"))
+        self.until_equal("2", self.focused)
+        self.keys("q", " ")
+        self.until_equal([{"do": "key", "form": "F_1", "item": "2", "key": 113},
+                          {"do": "press", "form": "F_1", "item": "2"}],
+                         lambda: self.host.sent("key", "press"))
+
     def test_a_vetoed_click_leaves_the_focus_where_the_host_has_it(self):
         self.host.desk.vetoed_actions.add("press")
         self.item("F_1", "5", "input").click()

@@ -33,8 +33,6 @@ _ONLY_IN_ENGLISH = {
 
 # Tests with a step that a page keeps from its user although the host would take it by a call.
 _NOT_OFFERED = {
-    "ChooseListRows.EveryKeySetsTheCaptionOfTheChooseButton":
-        "a page sends the letters that are pressed in a field, and none for a button or a matrix",
     "ChooseListRows.EveryRecordCommandLeavesItInOkMode":
         "a popup of the menu bar opens, which is no choice of an entry",
     "ChooseListRows.ThatItsUserClosesWhileItOpensIsReportedToTheCaller":

@@ -39,6 +39,8 @@ export class MatrixView extends ItemView {
     this.control.addEventListener("dblclick", (event) => this.onDoubleClick(event));
     this.control.addEventListener("mousedown", (event) => this.onMouseDown(event));
     this.control.addEventListener("keydown", (event) => this.keys.onKey(event));
+    // A letter in a cell that takes text has opened the field over it.
+    this.sendLetters(() => !this.editor.isOpen);
   }
 
   draw(item) {

@@ -81,6 +81,17 @@ export class ItemView {
     return outcome;
   }
 
+  /** Sends the letters that are pressed on the item and have no meaning here. */
+  sendLetters(takes = () => true) {
+    this.control.addEventListener("keydown", (event) => {
+      const hasOther = event.ctrlKey || event.altKey || event.metaKey || event.isComposing;
+      const isLetter = [...event.key].length === 1 && event.key !== " ";
+      if (event.defaultPrevented || hasOther || !isLetter || !this.usable || !takes()) return;
+      // A character of two UTF-16 units is two keys for the host.
+      for (const unit of event.key.split("")) this.perform({ do: "key", key: unit.charCodeAt(0) });
+    });
+  }
+
   /** Takes the focus of the page; `byKey` is true if the user came with the tab key. */
   focus() {
     if (document.activeElement !== this.control) this.control.focus({ preventScroll: false });
