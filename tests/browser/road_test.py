@@ -111,11 +111,14 @@ class BothWays(unittest.TestCase):
 
 def as_by_a_person(script):
     """Returns the script with a click into each item before something is typed into it, unless the
-    user comes there by the step before; and the client is ended by its menu.
+    user comes there by the step before; and the client is ended by its menu. What the script prints
+    is left out.
     """
     steps = []
     for step in script.splitlines():
         words = step.split(" ")
+        if words[0] in ("print", "draw"):
+            continue
         before = steps[-1].split(" ")[0] if steps else ""
         comes = before == "tab" or (steps and steps[-1] == " ".join(["press", *words[1:3]]))
         if words[0] == "type" and not comes:
