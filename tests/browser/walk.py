@@ -21,6 +21,8 @@ from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 _SECONDS = 30
+_VERBS = {"menu", "press", "click", "doubleclick", "rightclick", "type", "key", "tab", "validate",
+          "choose", "close", "select", "language"}
 _TEST_LINE = re.compile(r"\[ RUN      \] (\S+)")
 
 # Notes what the page says and what the host answers, before any script of the page runs. A fence is
@@ -142,10 +144,9 @@ class StepRoad(Road):
 
     def do(self, step):
         verb, _, rest = step.partition(" ")
-        action = getattr(self, f"_{verb}", None)
-        if action is None:
+        if verb not in _VERBS:
             raise Absent("no page does this")
-        action(rest.split(" "), rest)
+        getattr(self, f"_{verb}")(rest.split(" "), rest)
 
     def _one(self, find, what, *arguments):
         script = find if "return" in find else f"return {find};"
