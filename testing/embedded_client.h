@@ -2,14 +2,19 @@
 
 // An embedded client and its user. Each object is another client, even on the same database,
 // because the event sink of a stopped add-on keeps its client until the process ends.
+//
+// With QX_WALK set, the user is a person at a screen (testing/walk.h): one who types into an item
+// goes to it first, and the client starts at once.
 
 #include "qxdesk/screens/user/user.h"
 #include "qxframework/automation/bstr.h"
 #include "qxframework/automation/com_ptr.h"
 #include "qxframework/host/application.h"
+#include "testing/walk.h"
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace qx::test {
@@ -84,11 +89,17 @@ class EmbeddedClient {
 
  private:
   template <class Method, class... Arguments>
-  bool act(Method method, const Arguments&... arguments);
+  bool act(const char* verb, Method method, const Arguments&... arguments);
+  bool step(const std::string& words, const std::function<bool()>& call);
+  /// In a walk, clicks into an edit, or goes to another item by the tab key, unless it has the
+  /// focus already. Returns false if it does not get the focus.
+  bool reach(const std::string& form, const std::string& item);
+  bool hasFocus(const std::string& form, const std::string& item);
   template <class Method>
   std::string printed(Method method);
   desk::IDeskUser* user();
 
+  std::unique_ptr<Walk> walk_;  // null unless the environment asks for one
   long appId_;
   std::u16string connection_;
   CComPtr<IApplication> application_;

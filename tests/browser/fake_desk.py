@@ -161,7 +161,7 @@ class FakeDesk:
                 self._do_press({"form": action["form"], "item": form["default"]})
         elif key == _BACKSPACE:
             self._set_text(action, form, item, "")
-        elif key >= _FIRST_PRINTABLE:
+        elif key >= _FIRST_PRINTABLE and (item["type"] == "edit" or action.get("column")):
             self._set_text(action, form, item, self._text(action, item) + chr(key))
         return True
 

@@ -113,6 +113,13 @@ class Matrix(PageTest):
         self.until_equal("true", lambda: self.run_script(
             "return arguments[0].parentElement.ariaSelected;", self.cell(2, 0)))
 
+    def test_a_double_click_on_a_head_is_one_action(self):
+        head = self.one(".grid .head .cell:nth-child(2)")
+        ActionChains(self.browser, duration=0).double_click(head).perform()
+        self.one(".grid .head .cell:nth-child(1)").click()
+        self.until_equal([["double", "1", 0], ["press", "0", 0]],
+                         lambda: self.cell_actions("press", "double"))
+
     def test_a_click_is_sent_before_what_is_typed_after_it(self):
         self.cell(2, 1).click()
         self.until_equal(["cellEditor"], lambda: [
@@ -120,6 +127,13 @@ class Matrix(PageTest):
         self.keys("x")
         self.until_equal("A2x", lambda: self.model(2, 1))
         self.assertEqual([["press", "1", 2], ["key", "1", 2]], self.cell_actions("press", "key"))
+
+    def test_a_letter_in_a_cell_that_takes_no_text_is_a_key_of_the_matrix(self):
+        self.focus_grid()
+        self.keys("q")
+        self.until_equal([{"do": "key", "form": "F_1", "item": "20", "key": 113}],
+                         lambda: self.host.sent("key"))
+        self.assertEqual([], self.all(".cellEditor"))
 
     def test_a_cell_is_edited_by_keys(self):
         self.focus_grid()

@@ -65,9 +65,13 @@ def until(condition, what):
 
 
 def menu_paths(tree):
-    """Returns the UIDs from the menu bar down to each entry, by its UID, of a printed menu tree."""
+    """Returns the UIDs from the menu bar down to each entry, by its UID, of a printed menu tree.
+    Separators are no entries.
+    """
     paths, above = {}, []
     for line in tree:
+        if " separator" in line and '"' not in line:
+            continue
         depth = (len(line) - len(line.lstrip())) // 2
         uid = line.strip().partition(" ")[0]
         above[depth:] = [uid]
@@ -126,6 +130,9 @@ class Road:
             "return found?.querySelector(inner) ?? null;",
             f"item {uid} of {form}", self._form(form), uid, inner)
 
+    def _hit(self, target):
+        target.click()
+
     def _keys(self, *keys):
         chain = ActionChains(self.browser, duration=0)
         for key in keys:
@@ -134,11 +141,11 @@ class Road:
 
     def _menu(self, words, _rest):
         first, *others = self.menus[words[0]]
-        self._menu_part("#menuBar [role=menuitem]", first).click()
+        self._hit(self._menu_part("#menuBar [role=menuitem]", first))
         for uid in others:
             entry = self._menu_part(".menuEntry", uid)
             ActionChains(self.browser, duration=0).move_to_element(entry).perform()
-        entry.click()
+        self._hit(entry)
 
     def _menu_part(self, selector, uid):
         return self._one(
@@ -147,10 +154,10 @@ class Road:
             "(one) => one.dataset.menu === uid) ?? null;", f"menu {uid}", selector, uid)
 
     def _press(self, words, _rest):
-        self._item(words[0], words[1]).click()
+        self._hit(self._item(words[0], words[1]))
 
     def _click(self, words, _rest):
-        self._cell(words).click()
+        self._hit(self._cell(words))
 
     def _doubleclick(self, words, _rest):
         target = self._cell(words) if len(words) > 2 else self._item(words[0], words[1])
@@ -192,22 +199,22 @@ class Road:
         self._keys(Keys.TAB)
 
     def _choose(self, words, _rest):
-        self._item(words[0], words[1], ".box").click()
+        self._hit(self._item(words[0], words[1], ".box"))
         option = self._one(
             "return [...document.querySelectorAll('.comboList .option')].find("
             "(one) => one.querySelector('.key')?.textContent === arguments[0]) ?? null;",
             f"entry {words[2]}", words[2])
-        option.click()
+        self._hit(option)
 
     def _rightclick(self, words, _rest):
         target = self._item(words[0], words[1])
         ActionChains(self.browser, duration=0).context_click(target).perform()
 
     def _close(self, words, _rest):
-        self._in_window(words[0], ".closeButton").click()
+        self._hit(self._in_window(words[0], ".closeButton"))
 
     def _select(self, words, _rest):
-        self._in_window(words[0], ".title").click()
+        self._hit(self._in_window(words[0], ".title"))
 
     def _in_window(self, form, part):
         return self._one(
@@ -219,7 +226,7 @@ class Road:
     def _answer(self, words, _rest):
         self._one("document.querySelector('dialog.box')", "the box")
         buttons = self.browser.find_elements(By.CSS_SELECTOR, "dialog.box .buttons button")
-        buttons[int(words[0]) - 1].click()
+        self._hit(buttons[int(words[0]) - 1])
         until(lambda: self._run("return document.querySelector('dialog.box') === null;"),
               "the box has closed")
 

@@ -1,6 +1,7 @@
 """Typing into fields, and choosing from combo boxes."""
 
 from page_fixture import PageTest
+from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 
@@ -110,6 +111,37 @@ class Typing(PageTest):
         self.item("F_1", "5", "input").click()
         self.until_equal(["Click: refused (-7023). The item is hidden or disabled."],
                          lambda: self.texts("#statusBar .notice"))
+
+    def test_a_double_click_into_a_field_is_one_action_and_selects_the_word(self):
+        self.host.change(lambda state: state["forms"]["F_1"]["items"]["6"].update(text="C20000"))
+        self.until_equal("C20000", lambda: self.value("6"))
+        ActionChains(self.browser, duration=0).double_click(self.item("F_1", "6", "input")).perform()
+        self.keys("x")
+        self.until_equal("x", lambda: self.model("6"))
+        self.assertEqual(["double", "type"],
+                         [action["do"] for action in self.host.sent("press", "double", "type")])
+
+    def test_a_click_into_a_field_is_sent_before_what_is_typed_after_it(self):
+        self.item("F_1", "6", "input").click()
+        self.keys("x")
+        self.until_equal("x", lambda: self.model("6"))
+        self.assertEqual(["press", "key"],
+                         [action["do"] for action in self.host.sent("press", "key")])
+
+    def test_a_vetoed_click_into_a_field_leaves_the_focus_where_the_host_has_it(self):
+        self.host.desk.vetoed_actions.add("press")
+        self.item("F_1", "6", "input").click()
+        self.until_equal(["Click: vetoed by the add-on"],
+                         lambda: self.texts("#statusBar .notice"))
+        self.until_equal("4", self.focused)
+
+    def test_a_letter_on_a_button_is_a_key_of_the_button_and_space_presses_it(self):
+        self.host.change(lambda state: state["forms"]["F_1"].update(focus="2"))
+        self.until_equal("2", self.focused)
+        self.keys("q", " ")
+        self.until_equal([{"do": "key", "form": "F_1", "item": "2", "key": 113},
+                          {"do": "press", "form": "F_1", "item": "2"}],
+                         lambda: self.host.sent("key", "press"))
 
     def test_a_vetoed_click_leaves_the_focus_where_the_host_has_it(self):
         self.host.desk.vetoed_actions.add("press")

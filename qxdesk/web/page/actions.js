@@ -38,12 +38,12 @@ export class Actions {
 
   /**
    * Holds an action back for so many milliseconds, since a second click may make a double click of
-   * it. Any other action lets it go first, so that the order stays.
+   * it. Any other action lets it go first, so that the order stays. `send` sends it at last.
    */
-  hold(action, milliseconds) {
+  hold(action, milliseconds, send = () => this.sendNow(action)) {
     this.releaseHeld();
     const timer = setTimeout(() => this.releaseHeld(), milliseconds);
-    this.held = { action, timer };
+    this.held = { send, timer };
   }
 
   /** Forgets the action that is held back; returns false if there is none. */
@@ -56,7 +56,7 @@ export class Actions {
 
   releaseHeld() {
     const held = this.held;
-    if (this.forgetHeld()) this.sendNow(held.action);
+    if (this.forgetHeld()) held.send();
   }
 
   sendNow(action) {

@@ -2,7 +2,7 @@
 
 import { element } from "./dom.js";
 import { FieldTyping, limitField, prepareField } from "./field_typing.js";
-import { ItemView } from "./item_view.js";
+import { ItemView, kDoubleClickMilliseconds } from "./item_view.js";
 
 const kBold = 1;
 const kItalic = 2;
@@ -13,10 +13,20 @@ export class EditView extends ItemView {
     super(owner, "edit");
     this.setControl(prepareField(element("input")));
     this.typing = new FieldTyping(this.control, { send: (change) => this.perform(change) });
-    // The second click of two selects a word; it is not for the host.
     this.control.addEventListener("click", (event) => {
-      if (event.detail <= 1 && !event.altKey) this.perform({ do: "press" });
+      if (event.detail <= 1 && !event.altKey) this.click();
     });
+    // Two clicks also select a word, and three the whole text; the third is not for the host.
+    this.control.addEventListener("dblclick", (event) => {
+      if (event.altKey) return;
+      this.owner.page.actions.forgetHeld();
+      this.perform({ do: "double" });
+    });
+  }
+
+  click() {
+    const action = { do: "press" };
+    this.owner.page.actions.hold(action, kDoubleClickMilliseconds, () => this.perform(action));
   }
 
   // Who comes with a key replaces the text by typing.

@@ -3,15 +3,13 @@
 
 import { CellEditor } from "./cell_editor.js";
 import { element, newId, setAttribute, setText } from "./dom.js";
-import { ItemView } from "./item_view.js";
+import { ItemView, kDoubleClickMilliseconds } from "./item_view.js";
 import { MatrixKeys } from "./matrix_keys.js";
 import { RowCache } from "./row_cache.js";
 import { VirtualList } from "./virtual_list.js";
 
 export const kRowHeight = 16;
 const kHeadHeight = 18;
-/** Two clicks within this time are a double click, and the first is no action of its own. */
-const kDoubleClickMilliseconds = 250;
 
 export class MatrixView extends ItemView {
   constructor(owner) {
@@ -41,6 +39,8 @@ export class MatrixView extends ItemView {
     this.control.addEventListener("dblclick", (event) => this.onDoubleClick(event));
     this.control.addEventListener("mousedown", (event) => this.onMouseDown(event));
     this.control.addEventListener("keydown", (event) => this.keys.onKey(event));
+    // A letter in a cell that takes text has opened the field over it.
+    this.sendLetters(() => !this.editor.isOpen);
   }
 
   draw(item) {
@@ -206,7 +206,8 @@ export class MatrixView extends ItemView {
   onClick(event) {
     if (!this.usable || event.altKey) return;
     const place = this.placeOf(event.target);
-    if (place !== null && place.row < 0) this.click(place, 0);
+    const isHead = place !== null && place.row < 0;
+    if (isHead && event.detail <= 1) this.click(place, kDoubleClickMilliseconds);
   }
 
   /** Clicks a cell; `delay` is the time in which a second click makes a double click of it. */
@@ -220,7 +221,7 @@ export class MatrixView extends ItemView {
   onDoubleClick(event) {
     if (!this.usable || event.altKey) return;
     const place = this.editor.owns(event.target) ? this.editor.place : this.placeOf(event.target);
-    if (place === null || place.row < 0) return;
+    if (place === null) return;
     this.owner.page.actions.forgetHeld();
     this.perform({ do: "double", ...this.spot(place.row, place.column) });
   }

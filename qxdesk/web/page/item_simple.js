@@ -15,6 +15,7 @@ export class ButtonView extends ItemView {
         },
       },
     }));
+    this.sendLetters();
   }
 
   // The caption names a button.

@@ -3,6 +3,9 @@
 
 import { element, newId, setAttribute } from "./dom.js";
 
+/** Two clicks within this time are a double click, and the first is no action of its own. */
+export const kDoubleClickMilliseconds = 250;
+
 export class ItemView {
   /** `owner` has {page, formUid, itemUid}. A class that extends this one adds its `control`. */
   constructor(owner, kind) {
@@ -76,6 +79,17 @@ export class ItemView {
     this.element.classList.toggle("waiting", this.waiting > 0);
     if (outcome.result !== "done") page.followFocus();
     return outcome;
+  }
+
+  /** Sends the letters that are pressed on the item and have no meaning here. */
+  sendLetters(takes = () => true) {
+    this.control.addEventListener("keydown", (event) => {
+      const hasOther = event.ctrlKey || event.altKey || event.metaKey || event.isComposing;
+      const isLetter = [...event.key].length === 1 && event.key !== " ";
+      if (event.defaultPrevented || hasOther || !isLetter || !this.usable || !takes()) return;
+      // A character of two UTF-16 units is two keys for the host.
+      for (const unit of event.key.split("")) this.perform({ do: "key", key: unit.charCodeAt(0) });
+    });
   }
 
   /** Takes the focus of the page; `byKey` is true if the user came with the tab key. */
