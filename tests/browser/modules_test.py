@@ -87,11 +87,13 @@ class Texts(Patches):
         self.apply("[]")
         changes = self.run_async(
             "const { describeChanges } = await import('/text_change.js');"
-            "return a[0].map(([before, after]) => describeChanges(before, after));",
+            "return a[0].map((each) => describeChanges(...each));",
             [["", "a"], ["a", "ab"], ["a", "a"], ["ab", "a"], ["ab", "xab"], ["a", "abc"],
-             ["a", "a\u007f"], ["a", "a\n"], ["a", "a😀"], ["a", "a "]])
+             ["a", "a\u007f"], ["a", "a\n"], ["a", "a😀"], ["a", "a "],
+             ["a", "a", True], ["a", "ab", True], ["a", "", True]])
         self.assertEqual([
-            [97], [98], [], ["a"], ["xab"], ["abc"], ["a\u007f"], ["a\n"], [0xd83d, 0xde00], [32]],
+            [97], [98], [], ["a"], ["xab"], ["abc"], ["a\u007f"], ["a\n"], [0xd83d, 0xde00], [32],
+            ["a"], ["ab"], [""]],
             [[one["key"] if one["do"] == "key" else one["text"] for one in each]
              for each in changes])
 
