@@ -29,6 +29,7 @@ class FakeDesk:
         self.event_number = 0
         self.ended = None
         self.opened = 0
+        self.anchor = 0
         self.rows = {}
         self.state = {
             "client": {"company": "Orders", "user": "manager", "language": 3, "locale": "en",
@@ -136,11 +137,25 @@ class FakeDesk:
     def _do_press(self, action):
         form, item = self._enter(action)
         if item["type"] == "matrix" and action.get("row", 0) > 0 and item["selection"] != "none":
-            for at, row in enumerate(self.rows[action["form"], action["item"]]):
-                row["selected"] = at == action["row"] - 1
-            item["revision"] += 1
+            self._select_rows(action, item)
         if item["type"] == "button":
             self._press_button(action["form"], form, action["item"])
+
+    def _select_rows(self, action, item):
+        many = item["selection"] == "many"
+        ctrl, shift = many and action.get("ctrl"), many and action.get("shift")
+        pressed = action["row"] - 1
+        start = self.anchor if shift else pressed
+        rows = self.rows[action["form"], action["item"]]
+        for at, row in enumerate(rows):
+            if ctrl and not shift:
+                row["selected"] ^= at == pressed
+            else:
+                within = min(start, pressed) <= at <= max(start, pressed)
+                row["selected"] = within or bool(ctrl and row["selected"])
+        if not shift:
+            self.anchor = pressed
+        item["revision"] += 1
 
     def _press_button(self, uid, form, button):
         if button == "2" or (button == "1" and form["mode"] == "ok"):
@@ -196,7 +211,8 @@ class FakeDesk:
         stops = [uid for uid in form["order"] if form["items"][uid]["usable"]
                  and form["items"][uid]["type"] != "static"]
         at = stops.index(form["focus"]) if form["focus"] in stops else -1
-        form["focus"] = stops[(at + 1) % len(stops)] if stops else ""
+        step = -1 if action.get("shift") else 1
+        form["focus"] = stops[(at + step) % len(stops)] if stops else ""
 
     def _do_validate(self, action):
         self._item(action)[1]["changed"] = False
@@ -244,6 +260,12 @@ class FakeDesk:
 
     def _do_shutdown(self, action):
         self.ended = "The client was shut down."
+
+    def _do_stop(self, action):
+        progress = self.state["progress"]
+        if progress is None or progress["number"] != action["progress"]:
+            raise Refused(-7023, "The progress bar is gone.")
+        self.state["progress"] = None
 
     def _do_panel(self, action):
         self.panel_shown = action["shown"]

@@ -90,13 +90,21 @@ class FormKeys(PageTest):
             seen.append(expected)
         self.assertEqual([{"do": "tab", "form": "F_1"}] * len(seen), self.host.sent("tab"))
 
-    def test_shift_tab_clicks_the_field_before(self):
-        self.keys(Keys.TAB)
-        self.until_equal("5", self.focused)
+    def test_shift_tab_goes_the_same_way_back(self):
+        for expected in ("2", "1", "20", "7", "6"):
+            self.chord(Keys.SHIFT, Keys.TAB)
+            self.until_equal(expected, self.focused)
+        self.assertEqual([{"do": "tab", "form": "F_1", "shift": True}] * 5, self.host.sent("tab"))
+        self.assertEqual([], self.host.sent("press"))
+
+    def test_shift_tab_leaves_a_cell_that_is_edited(self):
+        self.host.change(lambda state: state["forms"]["F_1"].update(focus="20"))
+        self.until_equal("20", self.focused)
+        self.keys(Keys.ARROW_RIGHT, Keys.F2)
+        self.until_equal(["cellEditor"], lambda: [
+            self.run_script("return document.activeElement.className;")])
         self.chord(Keys.SHIFT, Keys.TAB)
-        self.until_equal([{"do": "press", "form": "F_1", "item": "4"}],
-                         lambda: self.host.sent("press"))
-        self.until_equal("4", self.focused)
+        self.until_equal("7", self.focused)
 
     def test_enter_is_the_key_of_the_default_button(self):
         self.keys(Keys.ENTER)

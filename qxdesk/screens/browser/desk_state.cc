@@ -124,6 +124,7 @@ json progressState(const StatusBar& bar) {
   const auto progress = bar.progress();
   if (progress == nullptr) return nullptr;
   json out = json::object();
+  out["number"] = progress->number();
   out["text"] = toUtf8(progress->text());
   out["value"] = progress->value();
   out["maximum"] = progress->maximum();

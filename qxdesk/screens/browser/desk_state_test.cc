@@ -146,7 +146,7 @@ TEST(DeskState, ShowsTheProgressBarAndTheBoxWhileTheyAreThere) {
   const OpenBox box{2, call};
   const json state = stateOf(desk, &box, nullptr);
   EXPECT_EQ(state.at("progress").dump(),
-            R"({"maximum":10,"stoppable":true,"text":"Loading","value":3})");
+            R"({"maximum":10,"number":1,"stoppable":true,"text":"Loading","value":3})");
   EXPECT_EQ(state.at("box").dump(),
             R"({"buttons":["Yes","No",""],"default":1,"number":2,"text":"Save?"})");
 }

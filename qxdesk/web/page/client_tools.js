@@ -6,7 +6,7 @@ import { languages, text } from "./texts.js";
 import { setTheme, theme, themes } from "./theme.js";
 
 const kKeys = ["F10", "F6", "CtrlF6", "AltMinus", "Tab", "Enter", "Escape", "AltDown", "F2",
-  "Space", "ShiftF10", "AltClick"];
+  "Space", "CtrlSpace", "ShiftDown", "CtrlShiftSpace", "ShiftF10", "AltClick"];
 
 export class ClientTools {
   constructor(page) {

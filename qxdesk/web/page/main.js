@@ -31,7 +31,7 @@ class Page {
     this.desk = new Desk(this, byId("desk"));
     this.busyNotice = new BusyNotice(this.client);
     this.linkNotice = new LinkNotice(this.client, () => this.connection.open());
-    this.statusBar = new StatusBar(byId("statusBar"));
+    this.statusBar = new StatusBar(this, byId("statusBar"));
     this.messageBox = new MessageBox(this);
     this.panel = new Panel(this, byId("panel"), byId("divider"));
     this.keyboard = new Keyboard([

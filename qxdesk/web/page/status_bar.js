@@ -8,7 +8,8 @@ const kSigns = new Map([["none", ""], ["warning", "▲"], ["error", "✖"], ["in
 const kAlerts = new Set(["warning", "error"]);
 
 export class StatusBar {
-  constructor(root) {
+  constructor(page, root) {
+    this.page = page;
     this.element = root;
     this.timer = 0;
     setAttribute(root, "aria-label", text("status.region"));
@@ -28,8 +29,16 @@ export class StatusBar {
     this.progressPart = element("div", { class: "part" });
     this.progressBar = element("div", { class: "progressBar", role: "progressbar" },
       [this.progressPart]);
-    this.progress = element("div", { class: "progress" }, [this.progressText, this.progressBar]);
-    this.progress.classList.add("empty");
+    this.stop = element("button", {
+      type: "button", class: "stop", text: text("progress.stop"), on: { click: () => this.stopProgress() },
+    });
+    this.progress = element("div", { class: "progress" },
+      [this.progressText, this.progressBar, this.stop]);
+    this.showProgress(null);
+  }
+
+  stopProgress() {
+    this.page.actions.perform({ do: "stop", progress: this.shownProgress });
   }
 
   update(state) {
@@ -52,6 +61,8 @@ export class StatusBar {
 
   showProgress(progress) {
     this.progress.classList.toggle("empty", progress === null);
+    this.showStop(progress?.get("stoppable") === true);
+    this.shownProgress = progress?.get("number");
     if (progress === null) return;
     const value = progress.get("value");
     const maximum = Math.max(0, progress.get("maximum"));
@@ -66,15 +77,21 @@ export class StatusBar {
     this.progressPart.style.width = `${part * 100}%`;
   }
 
+  // A button that goes away would leave the focus nowhere.
+  showStop(shown) {
+    if (!shown && document.activeElement === this.stop) this.history.button.focus();
+    this.stop.hidden = !shown;
+  }
+
   /** Shows a sentence about the user's last action; an empty one takes it away. */
   showNotice(sentence) {
     setText(this.notice, sentence);
     setAttribute(this.notice, "title", sentence || null);
   }
 
-  /** Puts the focus on the list of the messages. */
+  /** Puts the focus on the stop of the progress bar or, without one, on the list of messages. */
   focus() {
-    this.history.button.focus();
+    (this.stop.hidden ? this.history.button : this.stop).focus();
     return true;
   }
 }
