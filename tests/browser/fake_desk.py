@@ -5,6 +5,7 @@ A test sets the tables of refusals and vetoes, or replaces a method.
 
 from form_documents import make_column, make_form, make_item
 
+_TEXTS = {1: 1037, 9: 1031}
 _FORMS = {"3001": "3101", "3002": "1001"}
 _BACKSPACE, _ENTER, _FIRST_PRINTABLE = 8, 13, 32
 
@@ -33,7 +34,7 @@ class FakeDesk:
         self.rows = {}
         self.state = {
             "client": {"company": "Orders", "user": "manager", "language": 3, "locale": "en",
-                       "direction": "ltr", "started": True},
+                       "direction": "ltr", "started": True, "texts": 1033},
             "menus": make_menus(), "order": [], "stack": [], "selected": "", "forms": {},
             "status": {"number": 0, "text": "", "kind": "none", "time": 0}, "messages": [],
             "progress": None, "box": None,
@@ -256,7 +257,8 @@ class FakeDesk:
     def _do_language(self, action):
         hebrew = action["language"] == 1
         self.state["client"].update(language=action["language"], locale="he" if hebrew else "en",
-                                    direction="rtl" if hebrew else "ltr")
+                                    direction="rtl" if hebrew else "ltr",
+                                    texts=_TEXTS.get(action["language"], 1033))
 
     def _do_shutdown(self, action):
         self.ended = "The client was shut down."

@@ -68,6 +68,25 @@ class Menus(PageTest):
         self.chord(Keys.CONTROL, Keys.F6)
         self.until_equal([{"do": "select", "form": "F_0"}], lambda: self.host.sent("select"))
 
+    def test_the_page_speaks_the_language_of_the_client(self):
+        self.open_order()
+        self.host.change(lambda state: self.host.desk.perform(
+            {"do": "language", "language": 9, "id": 0}))
+        self.until_equal("Tasten", lambda: self.one(".tool:nth-of-type(3)").text)
+        self.assertEqual(["Meldungen"], self.texts("#statusBar .history"))
+        self.assertEqual(["Schließen"], self.run_script(
+            "return [...document.querySelectorAll('.form .closeButton')].map("
+            "(one) => one.ariaLabel);"))
+        self.host.desk.vetoed_actions.add("press")
+        self.item("F_1", "5", "input").click()
+        self.until_equal(["Klick: vom Add-on abgelehnt"], lambda: self.texts("#statusBar .notice"))
+        self.host.change(lambda state: state["forms"]["F_1"].update(mode="update"))
+        self.until_equal(["Aktualisieren"], lambda: self.texts(".form .mode"))
+        self.host.change(lambda state: self.host.desk.perform(
+            {"do": "language", "language": 31, "id": 0}))
+        self.until_equal(["Update"], lambda: self.texts(".form .mode"))
+        self.assertEqual(["Messages"], self.texts("#statusBar .history"))
+
     def test_the_language_is_chosen_by_keys(self):
         self.one(".tool.language").click()
         self.until_equal("English (US)", self.focused)

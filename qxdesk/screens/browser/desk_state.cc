@@ -2,6 +2,7 @@
 
 #include "qxdesk/screens/browser/form_state.h"
 #include "qxdesk/session/connection_string.h"
+#include "qxdesk/session/language_table.h"
 #include "qxframework/automation/text.h"
 
 #include <nlohmann/json.hpp>
@@ -51,6 +52,7 @@ json clientState(const Desk& desk) {
   out["locale"] = toUtf8(desk::languageTag(settings.language));
   out["direction"] = settings.language == ln_Hebrew ? "rtl" : "ltr";
   out["started"] = desk.startupDone();
+  out["texts"] = desk::languageTable(settings.language);
   return out;
 }
 

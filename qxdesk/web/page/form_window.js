@@ -5,6 +5,7 @@
 import { element, newId, setAttribute, setText } from "./dom.js";
 import { createItemView } from "./items.js";
 import { colorOf } from "./item_edit.js";
+import { said, say } from "./say.js";
 import { text } from "./texts.js";
 import { WindowMove } from "./window_move.js";
 
@@ -32,9 +33,9 @@ export class FormWindow {
   }
 
   makeTitleBar() {
-    const button = (kind, key, click) => element("button", {
-      type: "button", class: kind, tabindex: "-1", "aria-label": text(key), on: { click },
-    });
+    const button = (kind, key, click) => said(element("button", {
+      type: "button", class: kind, tabindex: "-1", on: { click },
+    }), { "aria-label": key });
     this.title = element("span", { class: "title", id: newId() });
     this.mode = element("span", { class: "mode" });
     this.menuButton = button("menuButton", "window.menu", () => this.openMenu());
@@ -71,7 +72,7 @@ export class FormWindow {
     setText(this.title, form.get("title"));
     setAttribute(this.title, "title", form.get("title"));
     const mode = form.get("mode");
-    setText(this.mode, text(`mode.${mode}`));
+    say(this.mode, "text", `mode.${mode}`);
     this.mode.classList.toggle("quiet", mode === kOkMode);
     setAttribute(this.element, "aria-busy", form.get("frozen") ? "true" : null);
     this.element.classList.toggle("frozen", form.get("frozen") === true);
