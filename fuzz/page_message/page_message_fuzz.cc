@@ -46,10 +46,12 @@ class VanishingClock final : public ManualClock {
  public:
   bool waitFor(const std::future<void>& event, std::chrono::milliseconds limit) override {
     if (receiver != nullptr) receiver->PageClosed(1);
+    vanished = true;
     return ManualClock::waitFor(event, limit);
   }
 
   desk::IWebDesk* receiver = nullptr;
+  bool vanished = false;
 };
 
 /// Shows a box on one item, and changes the desk under the page's feet.
@@ -95,6 +97,10 @@ std::shared_ptr<FormModel> makeForm() {
   column.uid = u"1";
   matrix.addColumn(column);
   matrix.addRows(3, -1);
+  matrix.selectionMode = kSelectMany;
+  ComboModel& combo = *add(u"8", kComboBox).combo;
+  combo.add(u"Open", u"O");
+  combo.add(u"Closed", u"C");
   form->visible = true;
   return form;
 }
@@ -103,7 +109,7 @@ void check(bool holds) {
   if (!holds) std::abort();
 }
 
-void checkDesk(const Desk& desk, const Pages& seen) {
+void checkDesk(const Desk& desk) {
   int selected = 0;
   for (const auto& form : desk.forms.all()) {
     check(form->isOpen() && desk.forms.find(form->uid()) == form);
@@ -113,15 +119,16 @@ void checkDesk(const Desk& desk, const Pages& seen) {
   }
   check(selected <= 1);
   check(desk.events.depth() == 0);
-  if (!seen.stopped) check(seen.pictures.at(2) == stateOf(desk, nullptr, nullptr));
 }
 
 void run(std::string_view text) {
   VanishingClock clock;
   const ScopedClock scoped(clock);
   Desk desk(DeskSettings{});
+  // Messages open the host's own forms. With one from the start, each case would take twice as
+  // long.
   desk.forms.open(makeForm());
-  desk.openSystemForm(u"3101");
+  const auto progress = desk.statusBar.createProgress(u"Loading", 3, true);
   desk.events.attach(std::make_shared<AddOn>(desk));
   const auto seen = makeObject<Pages>();
   const auto life = std::make_shared<int>(0);
@@ -141,15 +148,24 @@ void run(std::string_view text) {
     for (int calls = 0; calls < 3; ++calls) PeekMessageW(&message, PM_REMOVE);
   };
   runTurns();
-  // A page that comes afterwards sees the desk as it is. Nothing is left that could open a box.
-  pages.receiver()->PageClosed(1);
-  pages.receiver()->PageOpened(2);
-  runTurns();
-  checkDesk(desk, *seen);
+  checkDesk(desk);
+  // The page sees the desk as it is; if it is gone, the next one does.
+  desk::PageNumber page = 1;
+  if (clock.vanished || !seen->open) {
+    page = 2;
+    pages.receiver()->PageClosed(1);
+    pages.receiver()->PageOpened(page);
+    runTurns();
+  }
+  if (!seen->stopped) check(seen->pictures.at(page) == stateOf(desk, nullptr, nullptr));
 }
 
 }  // namespace
 }  // namespace qx::screens
+
+// Much of the address sanitizer's time goes into the stacks of allocations, of which a state has
+// thousands. The few calls that are kept still name the place.
+extern "C" QX_API const char* __asan_default_options() { return "malloc_context_size=4"; }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view text;

@@ -1,50 +1,14 @@
 #include "qxdesk/engines/company_error.h"
 
+#include "qxdesk/session/language_table.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/os/resources.h"
 
-#include <algorithm>
-#include <iterator>
 #include <optional>
 
 namespace qx::desk {
 
 namespace {
-
-constexpr unsigned short kEnglish = 1033;
-
-struct LanguageTable {
-  HvLanguages language;
-  unsigned short table;
-};
-
-// The numbers of the tables are Windows language ids, as in the framework, whose own list this
-// module has no access to: it is linked without the framework. Three regions share one Spanish.
-constexpr LanguageTable kTables[] = {
-    {ln_Hebrew, 1037},           {ln_Spanish_Ar, 9226},
-    {ln_English, kEnglish},      {ln_Polish, 1045},
-    {ln_English_Sg, 2057},       {ln_Spanish_Pa, 9226},
-    {ln_English_Gb, 2057},       {ln_German, 1031},
-    {ln_Danish, 1030},           {ln_Norwegian, 2068},
-    {ln_Italian, 1040},          {ln_Hungarian, 1038},
-    {ln_Chinese, 2052},          {ln_Dutch, 1043},
-    {ln_Finnish, 1035},          {ln_Greek, 1032},
-    {ln_Portuguese, 2070},       {ln_Swedish, 1053},
-    {ln_English_Cy, 2057},       {ln_French_Fr, 1036},
-    {ln_Spanish, 3082},          {ln_Russian, 1049},
-    {ln_Spanish_La, 9226},       {ln_Czech_Cz, 1029},
-    {ln_Slovak_Sk, 1051},        {ln_Korean_Kr, 1042},
-    {ln_Portuguese_Br, 1046},    {ln_Japanese_Jp, 1041},
-    {ln_TrdtnlChinese_Hk, 1028},
-};
-
-unsigned short tableOf(HvLanguages language) {
-  const auto* row = std::find_if(
-      std::begin(kTables), std::end(kTables),
-      [language](const LanguageTable& candidate) { return candidate.language == language; });
-  // Serbian, Turkish and the languages of a newer client have no table.
-  return row == std::end(kTables) ? kEnglish : row->table;
-}
 
 // This archive is part of a shared object or of a test program. The address of something in it
 // leads to the right module in both; a null module would always be the executable.
@@ -56,7 +20,7 @@ HINSTANCE ownModule() {
 
 std::u16string pattern(Text text, HvLanguages language) {
   const auto id = static_cast<unsigned>(text);
-  for (const unsigned short table : {tableOf(language), kEnglish}) {
+  for (const unsigned short table : {languageTable(language), kEnglishTable}) {
     if (const auto found = findString(ownModule(), id, table)) return std::u16string(*found);
   }
   // The failure itself must still reach the caller, if only as a number.

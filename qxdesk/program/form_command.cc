@@ -50,6 +50,7 @@ struct Options {
   std::vector<std::string> map;
   bool draw = false;
   std::string sheet;
+  bool longerMayBeCut = false;
 };
 
 std::optional<std::int64_t> wholeNumber(std::string_view text) {
@@ -97,7 +98,7 @@ int check(const Options& options, const Input& input, const formcheck::Texts& te
   int code = report.hasErrors() ? kFaulty : 0;
   if (!options.sheet.empty()) {
     code = std::max(code, writeSheet(options, {input.name, input.content, texts, setting.symbols,
-                                               web::embeddedPage()}));
+                                               web::embeddedPage(), options.longerMayBeCut}));
   }
   return code;
 }
@@ -149,9 +150,15 @@ void addFormCommand(CLI::App& program, Task& task) {
       ->check(CLI::Validator(refusalOfRow, "TAG=ID"))
       ->allow_extra_args(false);
   command->add_flag("--draw", options->draw, "Print the form as a drawing in plain text");
-  command->add_option("--sheet", options->sheet,
-                      "Write an HTML file that shows the form in all languages and marks texts "
-                      "that do not fit");
+  CLI::Option* const sheet =
+      command->add_option("--sheet", options->sheet,
+                          "Write an HTML file that shows the form in all languages and marks texts "
+                          "that do not fit");
+  command
+      ->add_flag("--longer-may-be-cut", options->longerMayBeCut,
+                 "With --sheet: report a text that does not fit only when it is 40 % longer as a "
+                 "note")
+      ->needs(sheet);
   command->footer(kFooter);
   command->callback([options, &task] { task = [options] { return run(*options); }; });
 }

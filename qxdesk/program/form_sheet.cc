@@ -135,6 +135,10 @@ json stateOf(const formcheck::WideText& wide) {
           {"room", wide.room}};
 }
 
+bool isError(const SheetOrder& order, const Language& language) {
+  return !language.lengthened || !order.longerMayBeCut;
+}
+
 std::string messageOf(const SheetOrder& order, const Language& language,
                       const formcheck::WideText& wide) {
   const std::string owner = wide.column != nullptr ? "column"
@@ -142,7 +146,7 @@ std::string messageOf(const SheetOrder& order, const Language& language,
                                                    : "title bar";
   const std::string where = language.lengthened ? "English and 40 % longer" : language.name;
   const formcheck::Finding finding{
-      wide.place, language.lengthened ? formcheck::Severity::note : formcheck::Severity::error,
+      wide.place, isError(order, language) ? formcheck::Severity::error : formcheck::Severity::note,
       "in " + where + " the text " + formcheck::quoted(wide.text) + " takes " +
           std::to_string(wide.needed) + " pixels, and the " + owner + " has " +
           std::to_string(wide.room) + "; shorten it or widen the " +
@@ -174,7 +178,7 @@ class Sheet {
     for (const formcheck::WideText& text : formcheck::wideTexts(read->form())) {
       wide.push_back(stateOf(text));
       made_.messages += messageOf(order_, language, text);
-      if (!language.lengthened) made_.allFits = false;
+      if (isError(order_, language)) made_.allFits = false;
     }
     forms_.push_back({{"language", language.name},
                       {"code", language.code},

@@ -24,12 +24,13 @@ struct SheetOrder {
   const formcheck::Texts& texts;
   std::vector<XMLMAP> symbols;
   std::span<const web::PageFile> page;  ///< the files of the host's page
+  bool longerMayBeCut = false;          ///< a text that fits but for being lengthened is no error
 };
 
 struct FormSheet {
   std::string html;      ///< empty if the document holds no form
   std::string messages;  ///< one line for each text that does not fit
-  bool allFits = true;   ///< lengthened texts do not count: no user gets them
+  bool allFits = true;   ///< no message is an error
 };
 
 /// Draws the form in each of the 25 languages that have string tables, and with English texts that

@@ -22,7 +22,7 @@ class FormSheetOfCommand : public test::TestProgram {
   void writeForm(int width) const {
     folder_.write("f.xml",
                   "<Application><forms><action type=\"add\">\n"
-                  "<form title=\"T\" width=\"200\" height=\"90\"><items><action type=\"add\">\n"
+                  "<form title=\"T\" width=\"400\" height=\"90\"><items><action type=\"add\">\n"
                   "<item type=\"4\" uid=\"__proto__\" left=\"5\" top=\"5\" width=\"" +
                       std::to_string(width) +
                       "\" height=\"19\"><specific caption=\"CANCEL\"/></item>\n"
@@ -83,7 +83,7 @@ TEST_F(FormSheetOfCommand, ReportsWhatDoesNotFitWithItsPlaceAndExitsWithOne) {
             "49; shorten it or widen the item\n"
             "f.xml:3:91: error: in Japanese Jp the text 'キャンセル' takes 55 pixels, and the item "
             "has 49; shorten it or widen the item\n"
-            "f.xml:3:91: note: in English and 40 % longer the text 'CáncélCán' takes 53 pixels, "
+            "f.xml:3:91: error: in English and 40 % longer the text 'CáncélCán' takes 53 pixels, "
             "and the item has 49; shorten it or widen the item\n");
   const json forms = data().at("forms");
   for (const json& form : forms) {
@@ -91,6 +91,30 @@ TEST_F(FormSheetOfCommand, ReportsWhatDoesNotFitWithItsPlaceAndExitsWithOne) {
     EXPECT_EQ(form.at("wide"), json::parse(R"([{"item": "__proto__", "column": "",
         "text": "Abbrechen", "needed": 54, "room": 49}])"));
   }
+}
+
+TEST_F(FormSheetOfCommand, ATextThatDoesNotFitOnlyWhenItIsLongerIsAnErrorUnlessItMayBeCut) {
+  writeForm(290);
+  const std::string longest = " --map CANCEL=305";  // as long in English as in any language
+  const auto command = "form f.xml --sheet s.html" + longest + kModule;
+  const std::string finding =
+      "in English and 40 % longer the text 'Máxímúm Sízé Pér Lóg Fílé [ín Mégábytés]Máxímúm Sízé "
+      "Pér' takes 302 pixels, and the item has 282; shorten it or widen the item\n";
+  const Outcome strict = run(command);
+  EXPECT_EQ(strict.exitCode, 1);
+  EXPECT_EQ(strict.errors, "f.xml:3:92: error: " + finding);
+  const json wide = data().at("forms").at(25).at("wide");
+  EXPECT_EQ(wide.size(), 1U) << "it is marked";
+  const Outcome lenient = run(command + " --longer-may-be-cut");
+  EXPECT_EQ(lenient.exitCode, 0);
+  EXPECT_EQ(lenient.errors, "f.xml:3:92: note: " + finding);
+  EXPECT_EQ(data().at("forms").at(25).at("wide"), wide);
+}
+
+TEST_F(FormSheetOfCommand, WithoutASheetNoTextIsLonger) {
+  writeForm(150);
+  EXPECT_EQ(run("form f.xml --longer-may-be-cut --map CANCEL=2" + std::string(kModule)).exitCode,
+            2);
 }
 
 TEST_F(FormSheetOfCommand, ATextEndsNeitherItsElementNorTheData) {

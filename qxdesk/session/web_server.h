@@ -30,6 +30,8 @@ class IWebDesk : public IUnknown {
   virtual void PageClosed(PageNumber page) noexcept = 0;
   /// Comes every kTickMilliseconds while a page is open.
   virtual void Tick() noexcept = 0;
+  /// Comes once if a signal ends the process. What the call sends is the last that pages get.
+  virtual void ProcessEnds() noexcept = 0;
 
  protected:
   ~IWebDesk() = default;

@@ -79,17 +79,18 @@ void Hub::awaitTick() {
   });
 }
 
-void Hub::stop(std::chrono::milliseconds patience) {
-  if (std::exchange(stops_, true)) return;
+void Hub::stop(std::chrono::milliseconds patience, std::function<void()> stopped) {
+  if (std::exchange(stops_, true)) return stopped();
   tick_.cancel();
   // A peer can leave while it is asked to finish.
   for (Peer* const peer : std::vector<Peer*>(peers_)) {
     if (std::ranges::find(peers_, peer) != peers_.end()) peer->finish();
   }
-  if (peers_.empty()) return;
+  if (peers_.empty()) return stopped();
   patience_.expires_after(patience);
-  patience_.async_wait([this](error_code error) {
+  patience_.async_wait([this, stopped = std::move(stopped)](error_code error) {
     if (!error) dropAll();
+    stopped();
   });
 }
 

@@ -12,6 +12,7 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -76,8 +77,12 @@ class Hub {
   void send(PageNumber page, const OutgoingText& text);
   void refuse(PageNumber page);
 
-  /// Ends all connections, after `patience` at the latest.
-  void stop(std::chrono::milliseconds patience);
+  /// Ends all connections, after `patience` at the latest, and calls `stopped` then. A second call
+  /// only calls it.
+  void stop(
+      std::chrono::milliseconds patience, std::function<void()> stopped = [] {});
+  /// Lets the desk say its last words.
+  void processEnds() { desk_->ProcessEnds(); }
   void dropAll();
 
  private:

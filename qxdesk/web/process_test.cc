@@ -9,8 +9,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <future>
+#include <optional>
+#include <string>
 #include <thread>
 
 namespace qx::web {
@@ -34,6 +39,7 @@ class Child {
     body();
     _exit(9);
   }
+  void end(int signal) const { kill(pid_, signal); }
   int wait() const {
     int status = 0;
     waitpid(pid_, &status, 0);
@@ -44,35 +50,149 @@ class Child {
   pid_t pid_;
 };
 
-TEST(Process, ThatEndsWithoutAStopClosesItsPages) {
-  int address[2];
-  ASSERT_EQ(pipe(address), 0);
+/// A server in a child, which does `body` when a page is open.
+class ServerInChild {
+ public:
+  explicit ServerInChild(const std::function<void(RunningServer&)>& body) {
+    if (pipe(address_) != 0) ADD_FAILURE() << "no pipe";
+    child_.emplace([this, &body] {
+      // Left to the end of the process.
+      static auto* const running = new RunningServer;
+      const std::string line = std::to_string(running->port) + " " + running->cookie + "\n";
+      if (write(address_[1], line.data(), line.size()) < 0) _exit(1);
+      if (running->desk->next() != "opened 1") _exit(2);
+      body(*running);
+    });
+    close(address_[1]);
+  }
+  ~ServerInChild() { close(address_[0]); }
+
+  const Child& child() const { return *child_; }
+  Client openPage() const {
+    char line[200]{};
+    if (read(address_[0], line, sizeof line - 1) <= 0) ADD_FAILURE() << "no address";
+    const std::string text(line);
+    const std::string port = text.substr(0, text.find(' '));
+    const std::string cookie = text.substr(port.size() + 1, text.size() - port.size() - 2);
+    Client page(static_cast<std::uint16_t>(std::stoi(port)));
+    page.send("GET /socket HTTP/1.1\r\nHost: 127.0.0.1:" + port + "\r\nCookie: " + cookie +
+              "\r\nOrigin: http://127.0.0.1:" + port +
+              "\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+              "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n");
+    EXPECT_EQ(page.readResponse().status, 101);
+    return page;
+  }
+
+ private:
+  int address_[2]{-1, -1};
+  std::optional<Child> child_;
+};
+
+TEST(Process, ThatIsEndedByASignalLetsTheDeskSayItsLastWords) {
+  for (const int signal : {SIGTERM, SIGINT}) {
+    const ServerInChild server([](RunningServer& running) {
+      running.desk->whenProcessEnds = [&running] { running.send(0, "last words"); };
+      running.send(1, "ready");
+      for (;;) pause();
+    });
+    Client page = server.openPage();
+    EXPECT_EQ(page.next(), "ready");
+    server.child().end(signal);
+    EXPECT_EQ(page.next(), "last words");
+    EXPECT_EQ(page.next(), "1001 The host ends.");
+    page.closePage();
+    EXPECT_EQ(server.child().wait(), -signal);
+  }
+}
+
+TEST(Process, ThatIsEndedByASignalDoesNotWaitForAPageThatIsSilent) {
+  const ServerInChild server([](RunningServer& running) {
+    running.send(1, "ready");
+    for (;;) pause();
+  });
+  Client page = server.openPage();
+  EXPECT_EQ(page.next(), "ready");
+  server.child().end(SIGTERM);
+  EXPECT_EQ(server.child().wait(), -SIGTERM);
+}
+
+TEST(Process, WithoutAPageIsEndedByASignal) {
+  const Child child([] {
+    RunningServer running;
+    raise(SIGTERM);
+    for (;;) pause();
+  });
+  EXPECT_EQ(child.wait(), -SIGTERM);
+}
+
+TEST(Process, IsEndedAtOnceByASecondSignal) {
+  const Child child([] {
+    RunningServer running;
+    std::promise<void> entered;
+    running.desk->whenProcessEnds = [&] {
+      entered.set_value();
+      std::promise<void>().get_future().wait();
+    };
+    raise(SIGTERM);
+    entered.get_future().wait();
+    raise(SIGTERM);
+    _exit(1);
+  });
+  EXPECT_EQ(child.wait(), -SIGTERM);
+}
+
+TEST(Process, KeepsItsOwnAnswerToTheSignals) {
+  const Child child([] {
+    signal(SIGTERM, [](int) { _exit(7); });
+    signal(SIGINT, SIG_IGN);
+    RunningServer running;
+    raise(SIGINT);
+    raise(SIGTERM);
+  });
+  EXPECT_EQ(child.wait(), 7);
+}
+
+TEST(Process, HasTheSignalsAsBeforeWhenItsServersHaveStopped) {
+  const auto isDefault = [](int signal) {
+    struct sigaction now {};
+    sigaction(signal, nullptr, &now);
+    return now.sa_handler == SIG_DFL;
+  };
   const Child child([&] {
-    // Left to the end of the process.
-    static auto* const running = new RunningServer;
-    const std::string line = std::to_string(running->port) + " " + running->cookie + "\n";
-    if (write(address[1], line.data(), line.size()) < 0) _exit(1);
-    if (running->desk->next() != "opened 1") _exit(2);
-    running->send(1, "last words");
+    RunningServer first;
+    { RunningServer second; }
+    if (isDefault(SIGTERM) || isDefault(SIGINT)) _exit(1);
+    first.server->Stop();
+    _exit(isDefault(SIGTERM) && isDefault(SIGINT) ? 0 : 2);
+  });
+  EXPECT_EQ(child.wait(), 0);
+}
+
+TEST(Process, IsNotEndedByASignalForItsChild) {
+  RunningServer running;
+  std::atomic<bool> ended = false;
+  running.desk->whenProcessEnds = [&] { ended = true; };
+  Client page = running.openPage(1);
+  const Child child([] {
+    for (;;) pause();
+  });
+  child.end(SIGTERM);
+  EXPECT_EQ(child.wait(), -SIGTERM);
+  running.send(1, "still here");
+  EXPECT_EQ(page.next(), "still here");
+  EXPECT_FALSE(ended);
+}
+
+TEST(Process, ThatEndsWithoutAStopClosesItsPages) {
+  const ServerInChild server([](RunningServer& running) {
+    running.send(1, "last words");
     std::exit(0);
   });
-  close(address[1]);
-  char line[200]{};
-  ASSERT_GT(read(address[0], line, sizeof line - 1), 0);
-  close(address[0]);
-  const std::string text(line);
-  const std::string port = text.substr(0, text.find(' '));
-  const std::string cookie = text.substr(port.size() + 1, text.size() - port.size() - 2);
-  Client page(static_cast<std::uint16_t>(std::stoi(port)));
-  page.send("GET /socket HTTP/1.1\r\nHost: 127.0.0.1:" + port + "\r\nCookie: " + cookie +
-            "\r\nOrigin: http://127.0.0.1:" + port +
-            "\r\nConnection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
-            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n");
-  EXPECT_EQ(page.readResponse().status, 101);
+  Client page = server.openPage();
   EXPECT_EQ(page.next(), "last words");
   EXPECT_EQ(page.next(), "1001 The host ends.");
   page.closePage();
-  EXPECT_EQ(child.wait(), 0);
+  EXPECT_EQ(server.child().wait(), 0);
 }
 
 TEST(Process, ThatEndsFromAnotherThreadDoesNotHang) {

@@ -64,6 +64,10 @@ void RecordingDesk::Tick() noexcept {
   changed_.notify_all();
 }
 
+void RecordingDesk::ProcessEnds() noexcept {
+  if (whenProcessEnds) whenProcessEnds();
+}
+
 void RecordingDesk::add(std::string call) {
   const std::lock_guard guard(lock_);
   calls_.push_back(std::move(call));

@@ -30,6 +30,7 @@ class RecordingDesk final : public ComObject<desk::IWebDesk> {
   void PageSaid(PageNumber page, const char* text, std::size_t length) noexcept override;
   void PageClosed(PageNumber page) noexcept override;
   void Tick() noexcept override;
+  void ProcessEnds() noexcept override;
 
   /// Waits for the next call and returns it; "<silence>" after half a minute.
   std::string next();
@@ -40,6 +41,8 @@ class RecordingDesk final : public ComObject<desk::IWebDesk> {
 
   /// Runs on the server's thread in PageOpened.
   std::function<void()> whenOpened;
+  /// Runs on the server's thread in ProcessEnds.
+  std::function<void()> whenProcessEnds;
 
  private:
   void add(std::string call);

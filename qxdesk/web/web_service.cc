@@ -91,7 +91,8 @@ WebService::WebService(const ListenAddress& address, const ServiceSettings& sett
       process_(getpid()),
       work_(context_.get_executor()),
       orders_(context_.get_executor()),
-      listener_(context_, address) {
+      listener_(context_, address),
+      endSignal_(context_) {
   const std::uint16_t port = listener_.port();
   Secrets secrets{makeSecret(), makeSecret()};
   address_ =
@@ -106,6 +107,9 @@ WebService::~WebService() { delist(this); }
 
 void WebService::startThread() try {
   enlist(this);
+  endSignals_.emplace();
+  endSignal_.assign(endSignals_->descriptor());
+  awaitEndSignal();
   const SignalsBlocked blocked;
   thread_ = std::thread([this] { run(); });
   pthread_setname_np(thread_.native_handle(), "qxdesk-web");
@@ -131,6 +135,23 @@ void WebService::run() {
   }
 }
 
+void WebService::awaitEndSignal() {
+  endSignal_.async_wait(boost::asio::posix::descriptor_base::wait_read,
+                        [this](boost::system::error_code error) {
+                          if (!error) leaveWithProcess();
+                        });
+}
+
+// The desk's thread goes on meanwhile, or hangs in a handler of the add-on; nothing waits for it.
+void WebService::leaveWithProcess() {
+  hub_->processEnds();
+  // Behind what the desk has sent just now.
+  boost::asio::post(orders_, [this] {
+    listener_.stop();
+    hub_->stop(limits_.exit, [this] { endSignals_->done(); });
+  });
+}
+
 bool WebService::isOwnProcess() const { return process_ == getpid(); }
 
 void WebService::send(PageNumber page, OutgoingText text) {
@@ -151,9 +172,11 @@ void WebService::stop(std::chrono::milliseconds patience) {
   boost::asio::post(orders_, [this, patience] {
     listener_.stop();
     hub_->stop(patience);
+    endSignal_.close();
     work_.reset();
   });
   thread_.join();
+  endSignals_.reset();
 }
 
 }  // namespace qx::web

@@ -4,18 +4,21 @@
 // while the statics of libraries are destroyed, no thread of this library runs any more. A child
 // made by fork() has the object but not the thread; there, nothing that is called has an effect.
 
+#include "qxdesk/web/end_signals.h"
 #include "qxdesk/web/hub.h"
 #include "qxdesk/web/listener.h"
 #include "qxdesk/web/service_settings.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
 #include <boost/asio/strand.hpp>
 #include <sys/types.h>
 
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -49,6 +52,8 @@ class WebService {
 
   void startThread();
   void run();
+  void awaitEndSignal();
+  void leaveWithProcess();
 
   Limits limits_;
   pid_t process_;
@@ -59,6 +64,8 @@ class WebService {
   Listener listener_;
   std::string address_;
   std::shared_ptr<Hub> hub_;
+  std::optional<EndSignals> endSignals_;  // while the thread runs
+  boost::asio::posix::stream_descriptor endSignal_;
   std::thread thread_;
   std::mutex stopping_;
 };

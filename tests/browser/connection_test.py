@@ -195,9 +195,28 @@ class Status(PageTest):
 
     def test_the_progress_bar_says_its_value(self):
         self.host.change(lambda state: state.update(progress={
-            "text": "Loading", "value": 3, "maximum": 10, "stoppable": True}))
+            "number": 1, "text": "Loading", "value": 3, "maximum": 10, "stoppable": False}))
         bar = self.one("[role=progressbar]")
         self.until_equal(["Loading", "3", "10"], lambda: [bar.get_attribute(name) for name in (
             "aria-label", "aria-valuenow", "aria-valuemax")])
         self.host.change(lambda state: state.update(progress=None))
         self.until(lambda: self.all(".progress.empty"), "the bar is gone")
+
+    def test_a_progress_bar_that_can_be_stopped_has_a_button_in_reach_of_the_keys(self):
+        self.host.change(lambda state: state.update(progress={
+            "number": 7, "text": "Loading", "value": 3, "maximum": 10, "stoppable": True}))
+        self.until_equal(["Stop"], lambda: self.texts(".progress button"))
+        self.keys(Keys.F6)
+        self.until_equal("Stop", self.focused)
+        self.keys(Keys.ENTER)
+        self.until_equal([{"do": "stop", "progress": 7}], lambda: self.host.sent("stop"))
+        self.until(lambda: self.all(".progress.empty"), "the bar is gone")
+        self.until_equal("Messages", self.focused)
+
+    def test_a_progress_bar_that_cannot_be_stopped_has_no_button(self):
+        self.host.change(lambda state: state.update(progress={
+            "number": 7, "text": "Loading", "value": 3, "maximum": 10, "stoppable": False}))
+        self.until(lambda: not self.all(".progress.empty"), "the bar is shown")
+        self.assertFalse(self.one(".progress .stop").is_displayed())
+        self.keys(Keys.F6)
+        self.until_equal("Messages", self.focused)

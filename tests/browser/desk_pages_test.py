@@ -144,12 +144,14 @@ class DeskPagesTest(DeskTest):
         self.open_orders(self.page)
         other.until(lambda state: FORM in state["forms"], "it sees the form")
         self.add_on.process.send_signal(signal.SIGTERM)
+        for page in (self.page, other):
+            self.assertEqual((1001, "The host ends."), page.end())
+            self.assertEqual("The add-on was ended by a signal.", page.bye)
         self.assertEqual(-signal.SIGTERM, self.add_on.wait())
-        self.page.end()
-        other.end()
 
     def test_a_signal_ends_the_add_on_while_a_box_is_open(self):
         self.open_box()
-        self.add_on.process.send_signal(signal.SIGTERM)
-        self.assertEqual(-signal.SIGTERM, self.add_on.wait())
-        self.page.end()
+        self.add_on.process.send_signal(signal.SIGINT)
+        self.assertEqual((1001, "The host ends."), self.page.end())
+        self.assertEqual("The add-on was ended by a signal.", self.page.bye)
+        self.assertEqual(-signal.SIGINT, self.add_on.wait())

@@ -5,6 +5,7 @@ A test sets the tables of refusals and vetoes, or replaces a method.
 
 from form_documents import make_column, make_form, make_item
 
+_TEXTS = {1: 1037, 9: 1031}
 _FORMS = {"3001": "3101", "3002": "1001"}
 _BACKSPACE, _ENTER, _FIRST_PRINTABLE = 8, 13, 32
 
@@ -29,10 +30,11 @@ class FakeDesk:
         self.event_number = 0
         self.ended = None
         self.opened = 0
+        self.anchor = 0
         self.rows = {}
         self.state = {
             "client": {"company": "Orders", "user": "manager", "language": 3, "locale": "en",
-                       "direction": "ltr", "started": True},
+                       "direction": "ltr", "started": True, "texts": 1033},
             "menus": make_menus(), "order": [], "stack": [], "selected": "", "forms": {},
             "status": {"number": 0, "text": "", "kind": "none", "time": 0}, "messages": [],
             "progress": None, "box": None,
@@ -136,11 +138,25 @@ class FakeDesk:
     def _do_press(self, action):
         form, item = self._enter(action)
         if item["type"] == "matrix" and action.get("row", 0) > 0 and item["selection"] != "none":
-            for at, row in enumerate(self.rows[action["form"], action["item"]]):
-                row["selected"] = at == action["row"] - 1
-            item["revision"] += 1
+            self._select_rows(action, item)
         if item["type"] == "button":
             self._press_button(action["form"], form, action["item"])
+
+    def _select_rows(self, action, item):
+        many = item["selection"] == "many"
+        ctrl, shift = many and action.get("ctrl"), many and action.get("shift")
+        pressed = action["row"] - 1
+        start = self.anchor if shift else pressed
+        rows = self.rows[action["form"], action["item"]]
+        for at, row in enumerate(rows):
+            if ctrl and not shift:
+                row["selected"] ^= at == pressed
+            else:
+                within = min(start, pressed) <= at <= max(start, pressed)
+                row["selected"] = within or bool(ctrl and row["selected"])
+        if not shift:
+            self.anchor = pressed
+        item["revision"] += 1
 
     def _press_button(self, uid, form, button):
         if button == "2" or (button == "1" and form["mode"] == "ok"):
@@ -196,7 +212,8 @@ class FakeDesk:
         stops = [uid for uid in form["order"] if form["items"][uid]["usable"]
                  and form["items"][uid]["type"] != "static"]
         at = stops.index(form["focus"]) if form["focus"] in stops else -1
-        form["focus"] = stops[(at + 1) % len(stops)] if stops else ""
+        step = -1 if action.get("shift") else 1
+        form["focus"] = stops[(at + step) % len(stops)] if stops else ""
 
     def _do_validate(self, action):
         self._item(action)[1]["changed"] = False
@@ -240,10 +257,17 @@ class FakeDesk:
     def _do_language(self, action):
         hebrew = action["language"] == 1
         self.state["client"].update(language=action["language"], locale="he" if hebrew else "en",
-                                    direction="rtl" if hebrew else "ltr")
+                                    direction="rtl" if hebrew else "ltr",
+                                    texts=_TEXTS.get(action["language"], 1033))
 
     def _do_shutdown(self, action):
         self.ended = "The client was shut down."
+
+    def _do_stop(self, action):
+        progress = self.state["progress"]
+        if progress is None or progress["number"] != action["progress"]:
+            raise Refused(-7023, "The progress bar is gone.")
+        self.state["progress"] = None
 
     def _do_panel(self, action):
         self.panel_shown = action["shown"]

@@ -68,6 +68,25 @@ class Menus(PageTest):
         self.chord(Keys.CONTROL, Keys.F6)
         self.until_equal([{"do": "select", "form": "F_0"}], lambda: self.host.sent("select"))
 
+    def test_the_page_speaks_the_language_of_the_client(self):
+        self.open_order()
+        self.host.change(lambda state: self.host.desk.perform(
+            {"do": "language", "language": 9, "id": 0}))
+        self.until_equal("Tasten", lambda: self.one(".tool:nth-of-type(3)").text)
+        self.assertEqual(["Meldungen"], self.texts("#statusBar .history"))
+        self.assertEqual(["Schließen"], self.run_script(
+            "return [...document.querySelectorAll('.form .closeButton')].map("
+            "(one) => one.ariaLabel);"))
+        self.host.desk.vetoed_actions.add("press")
+        self.item("F_1", "5", "input").click()
+        self.until_equal(["Klick: vom Add-on abgelehnt"], lambda: self.texts("#statusBar .notice"))
+        self.host.change(lambda state: state["forms"]["F_1"].update(mode="update"))
+        self.until_equal(["Aktualisieren"], lambda: self.texts(".form .mode"))
+        self.host.change(lambda state: self.host.desk.perform(
+            {"do": "language", "language": 31, "id": 0}))
+        self.until_equal(["Update"], lambda: self.texts(".form .mode"))
+        self.assertEqual(["Messages"], self.texts("#statusBar .history"))
+
     def test_the_language_is_chosen_by_keys(self):
         self.one(".tool.language").click()
         self.until_equal("English (US)", self.focused)
@@ -90,13 +109,21 @@ class FormKeys(PageTest):
             seen.append(expected)
         self.assertEqual([{"do": "tab", "form": "F_1"}] * len(seen), self.host.sent("tab"))
 
-    def test_shift_tab_clicks_the_field_before(self):
-        self.keys(Keys.TAB)
-        self.until_equal("5", self.focused)
+    def test_shift_tab_goes_the_same_way_back(self):
+        for expected in ("2", "1", "20", "7", "6"):
+            self.chord(Keys.SHIFT, Keys.TAB)
+            self.until_equal(expected, self.focused)
+        self.assertEqual([{"do": "tab", "form": "F_1", "shift": True}] * 5, self.host.sent("tab"))
+        self.assertEqual([], self.host.sent("press"))
+
+    def test_shift_tab_leaves_a_cell_that_is_edited(self):
+        self.host.change(lambda state: state["forms"]["F_1"].update(focus="20"))
+        self.until_equal("20", self.focused)
+        self.keys(Keys.ARROW_RIGHT, Keys.F2)
+        self.until_equal(["cellEditor"], lambda: [
+            self.run_script("return document.activeElement.className;")])
         self.chord(Keys.SHIFT, Keys.TAB)
-        self.until_equal([{"do": "press", "form": "F_1", "item": "4"}],
-                         lambda: self.host.sent("press"))
-        self.until_equal("4", self.focused)
+        self.until_equal("7", self.focused)
 
     def test_enter_is_the_key_of_the_default_button(self):
         self.keys(Keys.ENTER)

@@ -202,6 +202,92 @@ class Matrix(PageTest):
         self.keys(" ")
         self.until_equal([["press", "0", 1]], lambda: self.cell_actions("press"))
 
+    def select_many(self):
+        self.host.change(lambda state: state["forms"]["F_1"]["items"]["20"].update(
+            selection="many"))
+        self.until_equal("true", lambda: self.one(".grid").get_attribute("aria-multiselectable"))
+
+    def selected(self):
+        """Returns the rows that are drawn as selected."""
+        return self.run_script(
+            "return [...document.querySelectorAll('.grid .row[aria-selected=true]')].filter("
+            "(row) => !row.hidden).map((row) => row.ariaRowIndex - 1).sort((a, b) => a - b);")
+
+    def held(self):
+        """Returns row and held keys of each press."""
+        return [[action["row"], *(key for key in ("ctrl", "shift") if key in action)]
+                for action in self.host.sent("press", "double")]
+
+    def click_with(self, *keys, row):
+        chain = ActionChains(self.browser, duration=0)
+        for key in keys:
+            chain.key_down(key)
+        chain.click(self.cell(row, 0))
+        for key in keys:
+            chain.key_up(key)
+        chain.perform()
+
+    def test_ctrl_and_shift_select_several_rows(self):
+        self.select_many()
+        self.cell(2, 0).click()
+        self.click_with(Keys.CONTROL, row=5)
+        self.until_equal([2, 5], self.selected)
+        self.click_with(Keys.SHIFT, row=7)
+        self.until_equal([5, 6, 7], self.selected)
+        self.click_with(Keys.CONTROL, row=6)
+        self.until_equal([5, 7], self.selected)
+        self.click_with(Keys.CONTROL, Keys.SHIFT, row=8)
+        self.until_equal([5, 6, 7, 8], self.selected)
+        self.assertEqual([[2], [5, "ctrl"], [7, "shift"], [6, "ctrl"], [8, "ctrl", "shift"]],
+                         self.held())
+
+    def test_ctrl_and_shift_mean_nothing_where_one_row_can_be_selected(self):
+        self.cell(2, 0).click()
+        self.click_with(Keys.CONTROL, row=4)
+        self.until_equal([4], self.selected)
+        self.focus_grid()
+        self.chord(Keys.SHIFT, Keys.ARROW_DOWN)
+        self.assertEqual([[2], [4]], self.held())
+
+    def test_a_double_click_with_ctrl_is_two_clicks(self):
+        self.select_many()
+        ActionChains(self.browser, duration=0).key_down(Keys.CONTROL).double_click(
+            self.cell(3, 0)).key_up(Keys.CONTROL).perform()
+        self.until_equal([[3, "ctrl"], [3, "ctrl"]], self.held)
+        self.until_equal([], self.selected)
+
+    def test_shift_and_the_arrows_select_several_rows(self):
+        self.select_many()
+        self.focus_grid()
+        self.keys(Keys.ARROW_DOWN)
+        self.chord(Keys.SHIFT, Keys.ARROW_DOWN)
+        self.chord(Keys.SHIFT, Keys.ARROW_DOWN)
+        self.until_equal([2, 3, 4], self.selected)
+        self.chord(Keys.SHIFT, Keys.ARROW_UP)
+        self.until_equal([2, 3], self.selected)
+        self.assertEqual([[2], [3, "shift"], [4, "shift"], [3, "shift"]], self.held())
+        self.chord(Keys.SHIFT, Keys.ARROW_RIGHT)
+        self.chord(Keys.SHIFT, Keys.HOME)
+        self.assertEqual(4, len(self.held()))
+
+    def test_ctrl_and_shift_with_space_select_several_rows(self):
+        self.select_many()
+        self.focus_grid()
+        self.keys(" ", Keys.ARROW_DOWN, Keys.ARROW_DOWN)
+        self.chord(Keys.CONTROL, " ")
+        self.until_equal([1, 3], self.selected)
+        self.keys(Keys.ARROW_DOWN)
+        self.chord(Keys.SHIFT, " ")
+        self.until_equal([3, 4], self.selected)
+        self.assertEqual([[1], [3, "ctrl"], [4, "shift"]], self.held())
+
+    def test_ctrl_and_shift_with_space_click_the_head(self):
+        self.focus_grid()
+        self.keys(Keys.ARROW_RIGHT)
+        ActionChains(self.browser, duration=0).key_down(Keys.CONTROL).key_down(
+            Keys.SHIFT).send_keys(" ").key_up(Keys.SHIFT).key_up(Keys.CONTROL).perform()
+        self.until_equal([["press", "1", 0]], lambda: self.cell_actions("press"))
+
     def test_a_changed_revision_brings_the_new_rows(self):
         def change(state):
             self.host.desk.rows["F_1", "20"][0]["cells"][1] = "NEW"

@@ -1,5 +1,8 @@
 """The page's modules without a view: patches, changes of a text, rows, the search by letters."""
 
+import re
+
+from fake_host import PAGE
 from page_fixture import PageTest
 
 _PATCH = """
@@ -87,11 +90,13 @@ class Texts(Patches):
         self.apply("[]")
         changes = self.run_async(
             "const { describeChanges } = await import('/text_change.js');"
-            "return a[0].map(([before, after]) => describeChanges(before, after));",
+            "return a[0].map((each) => describeChanges(...each));",
             [["", "a"], ["a", "ab"], ["a", "a"], ["ab", "a"], ["ab", "xab"], ["a", "abc"],
-             ["a", "a\u007f"], ["a", "a\n"], ["a", "a😀"], ["a", "a "]])
+             ["a", "a\u007f"], ["a", "a\n"], ["a", "a😀"], ["a", "a "],
+             ["a", "a", True], ["a", "ab", True], ["a", "", True]])
         self.assertEqual([
-            [97], [98], [], ["a"], ["xab"], ["abc"], ["a\u007f"], ["a\n"], [0xd83d, 0xde00], [32]],
+            [97], [98], [], ["a"], ["xab"], ["abc"], ["a\u007f"], ["a\n"], [0xd83d, 0xde00], [32],
+            ["a"], ["ab"], [""]],
             [[one["key"] if one["do"] == "key" else one["text"] for one in each]
              for each in changes])
 
@@ -131,3 +136,56 @@ class Texts(Patches):
             "const { TypeAhead } = await import('/keyboard.js');"
             "const search = new TypeAhead(); const entries = ['Open', 'Closed', 'Cancelled'];"
             "return ['c', 'a', 'x'].map((one, at) => search.find(one, entries, at));"))
+
+    def tables(self):
+        """Returns the texts of the page by the number of their table, and the English ones."""
+        self.apply("[]")
+        numbers = sorted(file.stem.removeprefix("texts_") for file in PAGE.glob("texts_*.js"))
+        return self.run_async("""
+            const tables = {};
+            for (const number of a[0]) {
+              tables[number] = (await import(`/texts_${number}.js`)).texts;
+            }
+            const { text } = await import("/texts.js");
+            const english = {};
+            for (const key of Object.keys(tables["1031"])) english[key] = text(key);
+            return [tables, english];""", numbers)
+
+    def test_every_language_has_every_text_with_the_same_places(self):
+        tables, english = self.tables()
+        self.assertEqual(23, len(tables))
+        source = (PAGE / "texts.js").read_text(encoding="utf-8")
+        keys = [key for key in re.findall(r'^  "([\w.]+)": "', source, re.MULTILINE)
+                if not key.startswith(("panel.", "events.", "statements.", "forms."))]
+        keys.remove("client.title")
+        self.assertGreater(len(keys), 80)
+        for number, table in tables.items():
+            self.assertEqual(sorted(keys), sorted(table), number)
+            for key, sentence in table.items():
+                self.assertNotIn(sentence, ("", key), f"{key} in {number}")
+                self.assertEqual(sorted(re.findall(r"{\w+}", english[key])),
+                                 sorted(re.findall(r"{\w+}", sentence)), f"{key} in {number}")
+
+    def test_the_texts_of_a_language_are_not_the_english_ones(self):
+        tables, english = self.tables()
+        for number, table in tables.items():
+            same = [key for key, sentence in table.items() if sentence == english[key]]
+            # "OK", "Menu", "Message" and "Information" are words of other languages, too.
+            self.assertLessEqual(len(same), 6, f"{number}: {same}")
+
+    def test_the_page_takes_the_tables_of_the_host(self):
+        self.apply("[]")
+        numbers = [int(file.stem.removeprefix("texts_")) for file in PAGE.glob("texts_*.js")]
+        known = self.run_async("""
+            const { text, useTexts } = await import("/texts.js");
+            const said = [];
+            for (const number of [...a[0], 1033, 2057, 4711]) {
+              await useTexts(number);
+              said.push(text("window.close"));
+            }
+            await useTexts(1033);
+            return said;""", sorted(numbers))
+        self.assertEqual(["Close"] * 3, known[-3:])
+        self.assertNotIn("Close", known[:-3])
+        strings = PAGE.parents[1] / "screens" / "strings"
+        self.assertEqual(sorted(numbers), sorted(int(file.stem) for file in strings.iterdir()))

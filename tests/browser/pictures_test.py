@@ -118,4 +118,4 @@ class Pictures(PageTest):
     def _fill_progress(self, state, uid, form):
         for item in form["order"][1:8]:
             form["items"][item]["visible"] = True
-        state["progress"] = {"text": "Loading", "value": 7, "maximum": 15, "stoppable": False}
+        state["progress"] = {"number": 1, "text": "Loading", "value": 7, "maximum": 15, "stoppable": False}

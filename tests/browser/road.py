@@ -233,3 +233,19 @@ class Road:
     def _language(self, words, _rest):
         self._one("document.querySelector('.tool.language')", "the list of languages").click()
         self._menu_part(".menuEntry", words[0]).click()
+
+    def _backtab(self, _words, _rest):
+        self._chord(Keys.SHIFT, lambda chain: chain.send_keys(Keys.TAB))
+
+    def _ctrlclick(self, words, _rest):
+        self._chord(Keys.CONTROL, lambda chain: chain.click(self._cell(words)))
+
+    def _shiftclick(self, words, _rest):
+        self._chord(Keys.SHIFT, lambda chain: chain.click(self._cell(words)))
+
+    def _progress(self, _words, _rest):
+        self._one("document.querySelector('.progress:not(.empty) .stop:not([hidden])')",
+                  "the stop of the progress bar").click()
+
+    def _chord(self, key, act):
+        act(ActionChains(self.browser, duration=0).key_down(key)).key_up(key).perform()

@@ -48,6 +48,41 @@ class Typing(PageTest):
         self.until_equal("日本", self.model)
         self.assertEqual(["日本"], self.changes())
 
+    def test_the_same_text_over_a_selection_is_sent_as_a_whole(self):
+        self.keys("a")
+        self.until_equal("a", self.model)
+        self.chord(Keys.CONTROL, "a")
+        self.keys("a")
+        self.until_equal([97, "a"], self.changes)
+        self.until_equal("a", self.model)
+
+    def test_a_longer_text_over_a_selection_is_no_key_at_its_end(self):
+        self.keys("a")
+        self.until_equal("a", self.model)
+        self.chord(Keys.CONTROL, "a")
+        self.browser.execute_cdp_cmd("Input.insertText", {"text": "ab"})
+        self.until_equal([97, "ab"], self.changes)
+        self.until_equal("ab", self.model)
+
+    def test_the_same_text_composed_over_a_selection_is_sent_as_a_whole(self):
+        self.run_script("document.execCommand('insertText', false, '日本');")
+        self.until_equal("日本", self.model)
+        self.chord(Keys.CONTROL, "a")
+        self.browser.execute_cdp_cmd("Input.imeSetComposition", {
+            "text": "にほ", "selectionStart": 2, "selectionEnd": 2})
+        self.until_equal("にほ", self.value)
+        self.browser.execute_cdp_cmd("Input.insertText", {"text": "日本"})
+        self.until_equal(["日本", "日本"], self.changes)
+
+    def test_a_key_without_an_effect_is_not_sent(self):
+        self.keys("abc", Keys.END, Keys.DELETE, Keys.HOME, Keys.BACKSPACE)
+        self.host.change(lambda state: state["forms"]["F_1"]["items"]["4"].update(limit=3))
+        self.until_equal("3", lambda: self.item("F_1", "4", "input").get_attribute("maxlength"))
+        self.keys(Keys.END, "d")
+        self.chord(Keys.CONTROL, "a")
+        self.keys(Keys.HOME, Keys.DELETE)
+        self.until_equal([97, 98, 99, "bc"], self.changes)
+
     def test_typing_while_replies_wait_is_not_disturbed(self):
         self.host.hold()
         self.keys("abc")

@@ -307,5 +307,16 @@ TEST_F(DeskPagesTest, ManyReloadsLeaveNothingBehind) {
   EXPECT_NE(ask(201, R"({"do":"tab","id":1,"form":"F_1"})").find("done"), std::string::npos);
 }
 
+TEST_F(PagesTest, PagesLearnThatASignalEndsTheProcess) {
+  openQuietly(1);
+  pages_.receiver()->ProcessEnds();
+  EXPECT_EQ(taken(0), "{\"is\":\"bye\",\"why\":\"The add-on was ended by a signal.\"}\n");
+  server_->take(0);
+  pages_.end("The client has ended.");
+  server_->take(0);
+  pages_.receiver()->ProcessEnds();
+  EXPECT_EQ(taken(0), "") << "the server has stopped";
+}
+
 }  // namespace
 }  // namespace qx::screens

@@ -2,6 +2,7 @@
 
 #include "qxdesk/screens/browser/form_state.h"
 #include "qxdesk/session/connection_string.h"
+#include "qxdesk/session/language_table.h"
 #include "qxframework/automation/text.h"
 
 #include <nlohmann/json.hpp>
@@ -51,6 +52,7 @@ json clientState(const Desk& desk) {
   out["locale"] = toUtf8(desk::languageTag(settings.language));
   out["direction"] = settings.language == ln_Hebrew ? "rtl" : "ltr";
   out["started"] = desk.startupDone();
+  out["texts"] = desk::languageTable(settings.language);
   return out;
 }
 
@@ -124,6 +126,7 @@ json progressState(const StatusBar& bar) {
   const auto progress = bar.progress();
   if (progress == nullptr) return nullptr;
   json out = json::object();
+  out["number"] = progress->number();
   out["text"] = toUtf8(progress->text());
   out["value"] = progress->value();
   out["maximum"] = progress->maximum();

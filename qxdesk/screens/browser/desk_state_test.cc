@@ -28,7 +28,7 @@ TEST(DeskState, OfANewDeskHasItsMenusAndTheMainMenu) {
   EXPECT_EQ(
       state.dump(),
       R"({"box":null,"client":{"company":"Harbour","direction":"ltr","language":3,"locale":"en",)"
-      R"("started":false,"user":"manager"},"forms":{"F_0":{"border":0,"client":[232,574],)"
+      R"("started":false,"texts":1033,"user":"manager"},"forms":{"F_0":{"border":0,"client":[232,574],)"
       R"("color":0,"default":"","focus":"","frozen":false,"items":{},"mode":"ok","objectType":"",)"
       R"("order":[],"pane":0,"rect":[0,0,240,600],"sources":{},"system":true,)"
       R"("title":"Main Menu","type":"169","updates":0,"visible":true}},"messages":[],)"
@@ -146,7 +146,7 @@ TEST(DeskState, ShowsTheProgressBarAndTheBoxWhileTheyAreThere) {
   const OpenBox box{2, call};
   const json state = stateOf(desk, &box, nullptr);
   EXPECT_EQ(state.at("progress").dump(),
-            R"({"maximum":10,"stoppable":true,"text":"Loading","value":3})");
+            R"({"maximum":10,"number":1,"stoppable":true,"text":"Loading","value":3})");
   EXPECT_EQ(state.at("box").dump(),
             R"({"buttons":["Yes","No",""],"default":1,"number":2,"text":"Save?"})");
 }

@@ -72,11 +72,19 @@ bool typeText(UserActions& user, const Spot& spot, const PageMessage& message) {
   return user.type(spot, message.text);
 }
 
+// The add-on may have ended that bar and begun another one since the page has shown it.
+bool stopProgress(const Desk& desk, UserActions& user, const PageMessage& message) {
+  const auto progress = desk.statusBar.progress();
+  const bool isShown = progress != nullptr && progress->number() == message.progress;
+  if (!isShown || !progress->stoppable()) raiseError(kNotValidTarget);
+  return user.progressBar();
+}
+
 bool actOnForm(Desk& desk, UserActions& user, const PageMessage& message) {
   visibleForm(desk, message.form);
   switch (message.verb) {
     case PageVerb::kTab:
-      return user.tab(message.form);
+      return message.shift ? user.backTab(message.form) : user.tab(message.form);
     case PageVerb::kSelect:
       return user.selectForm(message.form);
     case PageVerb::kClose:
@@ -96,7 +104,7 @@ bool perform(Desk& desk, const PageMessage& message) {
     case PageVerb::kMenu:
       return user.pickMenu(message.uid);
     case PageVerb::kPress:
-      return user.click(spot);
+      return user.click(spot, {.ctrl = message.ctrl, .shift = message.shift});
     case PageVerb::kDouble:
       return user.doubleClick(spot);
     case PageVerb::kKey:
@@ -114,6 +122,8 @@ bool perform(Desk& desk, const PageMessage& message) {
       return moveForm(desk, message);
     case PageVerb::kLanguage:
       return changeLanguage(user, message);
+    case PageVerb::kStop:
+      return stopProgress(desk, user, message);
     case PageVerb::kShutDown:
       user.shutDown();
       return true;

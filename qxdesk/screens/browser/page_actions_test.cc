@@ -33,6 +33,7 @@ const char* const kOnTheForm[] = {
     R"({"do":"key","form":"F_1","item":"4","key":65})",
     R"({"do":"type","form":"F_1","item":"4","text":"C1"})",
     R"({"do":"tab","form":"F_1"})",
+    R"({"do":"tab","form":"F_1","shift":true})",
     R"({"do":"validate","form":"F_1","item":"4"})",
     R"({"do":"choose","form":"F_1","item":"7","key":"C"})",
     R"({"do":"right","form":"F_1","item":"4"})",
@@ -88,6 +89,60 @@ TEST_F(PageActions, EveryVerbDoesWhatTheUserDoes) {
   EXPECT_EQ(desk_.settings().language, ln_German);
   EXPECT_EQ(act(R"({"do":"shutdown"})"), "done");
   EXPECT_EQ(desk_.forms.all().size(), 1U);
+}
+
+TEST_F(PageActions, TheSameTextTypedAgainHasTheEventsOfItsKeys) {
+  desk_.openSystemForm(u"3101");
+  const std::string type = R"({"do":"type","form":"F_1","item":"4","text":"C"})";
+  act(type);
+  act(R"({"do":"validate","form":"F_1","item":"4"})");
+  sink_->log.clear();
+  EXPECT_EQ(act(type), "done");
+  EXPECT_EQ(act(R"({"do":"press","form":"F_1","item":"5"})"), "done");
+  EXPECT_EQ(sink_->log,
+            (Log{"before item 2 F_1.4 key 8", "after item 2 F_1.4 key 8",
+                 "before item 2 F_1.4 key 67", "after item 2 F_1.4 key 67", "before item 10 F_1.4",
+                 "after item 10 F_1.4", "before item 6 F_1.5", "after item 6 F_1.5"}));
+}
+
+TEST_F(PageActions, TabWithShiftGoesBack) {
+  desk_.openSystemForm(u"3101");
+  act(R"({"do":"press","form":"F_1","item":"5"})");
+  EXPECT_EQ(act(R"({"do":"tab","form":"F_1","shift":true})"), "done");
+  EXPECT_EQ(order().focus, u"4");
+}
+
+TEST_F(PageActions, KeysThatAreHeldDownSelectSeveralRows) {
+  desk_.openSystemForm(u"3101");
+  MatrixModel& lines = *order().item(u"20").matrix;
+  lines.selectionMode = kSelectMany;
+  lines.addRows(3, -1);
+  const auto press = [&](const std::string& row, const std::string& keys) {
+    return act(R"({"do":"press","form":"F_1","item":"20","column":"1","row":)" + row + keys + "}");
+  };
+  EXPECT_EQ(press("1", ""), "done");
+  EXPECT_EQ(press("3", R"(,"shift":true)"), "done");
+  EXPECT_EQ(press("2", R"(,"ctrl":true)"), "done");
+  EXPECT_TRUE(lines.isRowSelected(1) && lines.isRowSelected(3));
+  EXPECT_FALSE(lines.isRowSelected(2) || lines.isRowSelected(4));
+}
+
+TEST_F(PageActions, TheProgressBarIsStopped) {
+  const auto progress = desk_.statusBar.createProgress(u"Loading", 10, true);
+  EXPECT_EQ(act(R"({"do":"stop","progress":1})"), "done");
+  EXPECT_TRUE(progress->stopped());
+  EXPECT_EQ(sink_->log, (Log{"before progress", "after progress"}));
+}
+
+TEST_F(PageActions, AProgressBarThatIsGoneOrCannotBeStoppedIsRefused) {
+  EXPECT_EQ(act(R"({"do":"stop","progress":0})"), "-7023 Not valid target");
+  auto progress = desk_.statusBar.createProgress(u"Loading", 10, false);
+  EXPECT_EQ(act(R"({"do":"stop","progress":1})"), "-7023 Not valid target");
+  progress->stop();
+  progress = desk_.statusBar.createProgress(u"Loading", 10, true);
+  EXPECT_EQ(act(R"({"do":"stop","progress":1})"), "-7023 Not valid target");
+  EXPECT_FALSE(progress->stopped());
+  EXPECT_EQ(sink_->log, Log{});
 }
 
 TEST_F(PageActions, AVetoIsReported) {

@@ -73,6 +73,8 @@ const Field kForm{"form", &PageMessage::form};
 const Field kItem{"item", &PageMessage::item};
 const Field kColumn{"column", &PageMessage::column, Need::kOptional};
 const Field kRow{"row", &PageMessage::row, Need::kOptional};
+const Field kCtrl{"ctrl", &PageMessage::ctrl, Need::kOptional};
+const Field kShift{"shift", &PageMessage::shift, Need::kOptional};
 
 struct Verb {
   std::string_view name;
@@ -83,11 +85,11 @@ struct Verb {
 const std::vector<Verb>& verbs() {
   static const std::vector<Verb> all = {
       {"menu", PageVerb::kMenu, {kUid}},
-      {"press", PageVerb::kPress, {kForm, kItem, kColumn, kRow}},
+      {"press", PageVerb::kPress, {kForm, kItem, kColumn, kRow, kCtrl, kShift}},
       {"double", PageVerb::kDouble, {kForm, kItem, kColumn, kRow}},
       {"key", PageVerb::kKey, {kForm, kItem, kColumn, kRow, {"key", &PageMessage::key}}},
       {"type", PageVerb::kType, {kForm, kItem, kColumn, kRow, {"text", &PageMessage::text}}},
-      {"tab", PageVerb::kTab, {kForm}},
+      {"tab", PageVerb::kTab, {kForm, kShift}},
       {"validate", PageVerb::kValidate, {kForm, kItem}},
       {"choose", PageVerb::kChoose, {kForm, kItem, {"key", &PageMessage::text}}},
       {"right", PageVerb::kRight, {kForm, kItem}},
@@ -103,6 +105,7 @@ const std::vector<Verb>& verbs() {
        PageVerb::kRows,
        {kForm, kItem, {"from", &PageMessage::from}, {"count", &PageMessage::count}}},
       {"panel", PageVerb::kPanel, {{"shown", &PageMessage::shown}}},
+      {"stop", PageVerb::kStop, {{"progress", &PageMessage::progress}}},
   };
   return all;
 }

@@ -30,6 +30,7 @@ enum class PageVerb {
   kShutDown,
   kRows,
   kPanel,
+  kStop,
 };
 
 /// The most bytes of a text that a page sends.
@@ -53,7 +54,10 @@ struct PageMessage {
   std::int64_t language = 0;
   std::int64_t from = 0;
   std::int64_t count = 0;
+  std::int64_t progress = 0;
   bool shown = false;
+  bool ctrl = false;  ///< keys that are held down
+  bool shift = false;
 };
 
 /// Decodes a text in UTF-8. Returns nothing for a text that is no message: one that is too long or

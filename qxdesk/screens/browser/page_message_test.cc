@@ -41,12 +41,23 @@ TEST(PageMessage, KnowsEveryVerbOfTheProtocol) {
       {R"({"do":"shutdown"})", PageVerb::kShutDown},
       {R"({"do":"rows","form":"F_1","item":"20","from":201,"count":200})", PageVerb::kRows},
       {R"({"do":"panel","shown":true})", PageVerb::kPanel},
+      {R"({"do":"stop","progress":2})", PageVerb::kStop},
   };
   for (const auto& [text, verb] : verbs) {
     const auto message = readPageMessage(text);
     ASSERT_TRUE(message) << text;
     EXPECT_EQ(message->verb, verb) << text;
   }
+}
+
+TEST(PageMessage, SaysWhichKeysAreHeldDown) {
+  const auto press = readPageMessage(R"({"do":"press","form":"F_1","item":"20","ctrl":true})");
+  ASSERT_TRUE(press);
+  EXPECT_TRUE(press->ctrl);
+  EXPECT_FALSE(press->shift);
+  const auto tab = readPageMessage(R"({"do":"tab","form":"F_1","shift":true})");
+  ASSERT_TRUE(tab);
+  EXPECT_TRUE(tab->shift);
 }
 
 TEST(PageMessage, IgnoresFieldsThatItsVerbDoesNotHave) {
@@ -79,6 +90,10 @@ TEST(PageMessage, ATextThatIsNoneIsRefused) {
       R"({"do":"key","form":"F_1","item":"4"})",
       R"({"do":"press","form":"F_1","item":"20","row":true})",
       R"({"do":"panel","shown":1})",
+      R"({"do":"tab","form":"F_1","shift":1})",
+      R"({"do":"press","form":"F_1","item":"20","ctrl":"true"})",
+      R"({"do":"stop"})",
+      R"({"do":"stop","progress":true})",
       "{\"do\":\"tab\",\"form\":\"\xFF\"}",
       R"({"do":"tab","form":"F_1","more":")" + std::string(kMostPageBytes, 'x') + "\"}",
       std::string(30'000, '['),

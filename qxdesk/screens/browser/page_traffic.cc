@@ -80,6 +80,13 @@ void PageTraffic::Tick() noexcept {
   });
 }
 
+void PageTraffic::ProcessEnds() noexcept {
+  guarded([&] {
+    const std::lock_guard lock(mutex_);
+    sendLocked(0, byeText("The add-on was ended by a signal."));
+  });
+}
+
 void PageTraffic::setBusyLocked(bool busy) {
   if (std::exchange(busy_, busy) != busy) sendToAllLocked(busyText(busy));
 }

@@ -56,6 +56,7 @@ class PageTraffic final : public ComObject<desk::IWebDesk> {
   void PageSaid(PageNumber page, const char* text, std::size_t length) noexcept override;
   void PageClosed(PageNumber page) noexcept override;
   void Tick() noexcept override;
+  void ProcessEnds() noexcept override;
 
   // On the desk's thread.
   bool hasPages() const;

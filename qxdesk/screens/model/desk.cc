@@ -1,5 +1,6 @@
 #include "qxdesk/screens/model/desk.h"
 
+#include "qxdesk/screens/model/system_captions.h"
 #include "qxdesk/screens/model/system_forms.h"
 #include "qxdesk/screens/model/ui_codes.h"
 #include "qxdesk/session/database_name.h"
@@ -16,11 +17,20 @@ Desk::Desk(DeskSettings settings, std::unique_ptr<ProgressLock> progressLock)
       statusBar(std::move(progressLock)),
       boxes(settings.refuseUnattendedBoxes),
       settings_(std::move(settings)) {
-  addSystemMenus(menus);
+  addSystemMenus(menus, settings_.language);
   openSystemForm(kMainMenuForm);  // no sink is attached yet, so no veto is possible
 }
 
 Desk::~Desk() = default;
+
+void Desk::setLanguage(HvLanguages language) {
+  settings_.language = language;
+  translateSystemMenus(menus, language);
+  // It never closes, so it would keep the title of the language in which the host has started.
+  if (const auto menu = forms.byTypeAndCount(kMainMenuForm, 1)) {
+    menu->title = captionOf(Caption::MainMenu, language);
+  }
+}
 
 void Desk::setDatabase(std::string database) {
   settings_.database = std::move(database);
@@ -46,7 +56,7 @@ std::shared_ptr<FormModel> Desk::openSystemForm(std::u16string_view typeEx) {
   if (typeEx == kMainMenuForm && forms.byTypeAndCount(typeEx, 1) != nullptr) {
     raiseError(kFormAlreadyExists);
   }
-  auto form = makeSystemForm(typeEx, forms.nextSystemUid());
+  auto form = makeSystemForm(typeEx, forms.nextSystemUid(), settings_.language);
   if (form == nullptr) raiseError(kFormNotFound);
   return forms.open(form) ? form : nullptr;
 }

@@ -41,7 +41,8 @@ class Desk {
   Desk& operator=(const Desk&) = delete;
 
   const DeskSettings& settings() const { return settings_; }
-  void setLanguage(HvLanguages language) { settings_.language = language; }
+  /// Changes the language of the host's menus, and of its forms that open from now on.
+  void setLanguage(HvLanguages language);
   /// Changes to another company on the same server type. The company's name becomes that of the
   /// database.
   void setDatabase(std::string database);

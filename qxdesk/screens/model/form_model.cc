@@ -73,6 +73,17 @@ std::u16string FormModel::nextFocus(std::u16string_view uid) const {
   return order.front()->uid;
 }
 
+std::u16string FormModel::previousFocus(std::u16string_view uid) const {
+  const auto order = tabOrder();
+  if (order.empty()) return {};
+  const auto from = std::find_if(items_.rbegin(), items_.rend(),
+                                 [&](const auto& item) { return item->uid == uid; });
+  for (auto at = from; at != items_.rend(); ++at) {
+    if (at != from && takesFocus(**at)) return (*at)->uid;
+  }
+  return order.back()->uid;
+}
+
 void FormModel::addSource(std::u16string uid, long type, long size) {
   checkUid(uid, kNotAUserDataSource);
   if (findSource(uid) != nullptr) raiseError(kNotAUserDataSource);

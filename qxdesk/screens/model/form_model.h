@@ -64,6 +64,8 @@ class FormModel {
   /// tab order, the first after the last. Also for an item that is not usable or is missing; then
   /// the order begins at its place or anew. Returns an empty text if no item takes the focus.
   std::u16string nextFocus(std::u16string_view uid) const;
+  /// Does the same for Shift and the tab key: the previous one, the last before the first.
+  std::u16string previousFocus(std::u16string_view uid) const;
 
   const std::vector<std::shared_ptr<UserDataSource>>& sources() const { return sources_; }
   /// Returns the data source, or null.

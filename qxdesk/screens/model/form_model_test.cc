@@ -138,6 +138,22 @@ TEST(FormModel, TabKeyGoesThroughTheUsableItemsInTheirOrder) {
   EXPECT_EQ(form.nextFocus(u"edit"), u"pane");
 }
 
+TEST(FormModel, TabKeyWithShiftGoesTheSameWayBack) {
+  FormModel form(u"A", u"1", false);
+  EXPECT_EQ(form.previousFocus(u""), u"") << "nothing takes the focus";
+  form.addItem(itemOf(u"label", kStaticText));
+  form.addItem(itemOf(u"edit", kEditText));
+  form.addItem(itemOf(u"disabled", kButton)).enabled = false;
+  form.addItem(itemOf(u"combo", kComboBox));
+  form.addItem(itemOf(u"hidden", kEditText)).visible = false;
+  form.addItem(itemOf(u"button", kButton));
+  EXPECT_EQ(form.previousFocus(u"button"), u"combo");
+  EXPECT_EQ(form.previousFocus(u"combo"), u"edit");
+  EXPECT_EQ(form.previousFocus(u"edit"), u"button") << "the first is preceded by the last";
+  EXPECT_EQ(form.previousFocus(u"hidden"), u"combo");
+  EXPECT_EQ(form.previousFocus(u"none"), u"button");
+}
+
 TEST(FormModel, ItemIsOnThePanesOfItsRange) {
   ItemModel item;
   EXPECT_TRUE(item.isOnPane(0) && item.isOnPane(7)) << "0 to 0 is every pane";

@@ -23,6 +23,7 @@ std::uint64_t MatrixModel::nextRevision() {
 
 void MatrixModel::clear() {
   rows_.clear();
+  anchor_ = 0;
   changed();
 }
 
@@ -46,6 +47,7 @@ void MatrixModel::addRows(long count, long position) {
   }
   const long at = position < 0 ? rowCount() : position;
   rows_.insert(rows_.begin() + at, static_cast<std::size_t>(count), row);
+  if (anchor_ > at) anchor_ += count;  // it stays the same row
   changed();
 }
 
@@ -60,6 +62,27 @@ void MatrixModel::selectRow(long row, bool select, bool multiple) {
     for (Row& other : rows_) other.selected = false;
   }
   rows_[static_cast<std::size_t>(row - 1)].selected = select;
+  changed();
+}
+
+void MatrixModel::clickRow(long row, ClickKeys keys) {
+  checkRow(row);
+  if (selectionMode == kSelectNone) return;
+  if (selectionMode != kSelectMany) keys = {};
+  if (keys.shift && anchor_ != 0) {
+    // Only Ctrl keeps the rows outside.
+    if (!keys.ctrl) selectRow(row, true, false);
+    return selectFromAnchor(row);
+  }
+  anchor_ = row;
+  selectRow(row, !keys.ctrl || !isRowSelected(row), keys.ctrl);
+}
+
+void MatrixModel::selectFromAnchor(long row) {
+  const auto [first, last] = std::minmax(anchor_, row);
+  for (long each = first; each <= last; ++each) {
+    rows_[static_cast<std::size_t>(each - 1)].selected = true;
+  }
   changed();
 }
 

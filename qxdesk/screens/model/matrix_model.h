@@ -30,6 +30,12 @@ struct MatrixColumn {
 /// The rows that a user's clicks select.
 enum SelectionMode : long { kSelectNone = 0, kSelectMany = 1, kSelectOne = 2 };
 
+/// The keys that a user holds down while clicking a row.
+struct ClickKeys {
+  bool ctrl = false;
+  bool shift = false;
+};
+
 class MatrixModel {
  public:
   const std::vector<std::shared_ptr<MatrixColumn>>& columns() const { return columns_; }
@@ -49,6 +55,11 @@ class MatrixModel {
   /// is false or the mode is kSelectOne. Throws kIllegalOffset for a row outside, as the operations
   /// below do.
   void selectRow(long row, bool select, bool multiple);
+  /// Selects by the user's click on a row what the mode allows. With kSelectMany and Ctrl, the row
+  /// changes its selection and the others keep theirs. With Shift, the rows from the last one that
+  /// was clicked without Shift to this one are selected and the others are not, unless Ctrl keeps
+  /// them. In all other cases the row alone is selected.
+  void clickRow(long row, ClickKeys keys);
   bool isRowSelected(long row) const;
   /// Throws kInvalidColumn for a column of another matrix, as setCell() does.
   const std::u16string& cell(long row, const MatrixColumn& column) const;
@@ -63,12 +74,14 @@ class MatrixModel {
     std::vector<std::u16string> cells;
     bool selected = false;
   };
+  void selectFromAnchor(long row);
   std::size_t columnIndex(const MatrixColumn& column) const;
   static std::uint64_t nextRevision();
   void changed() { revision_ = nextRevision(); }
 
   std::vector<std::shared_ptr<MatrixColumn>> columns_;
   std::vector<Row> rows_;
+  long anchor_ = 0;  // the row that was clicked last without Shift; 0: none
   std::uint64_t revision_ = nextRevision();
 };
 

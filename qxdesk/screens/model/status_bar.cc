@@ -52,7 +52,8 @@ std::shared_ptr<Progress> StatusBar::createProgress(std::u16string text, long ma
                                                     bool stoppable) {
   // The lock is optional, so the bar knows its holder itself.
   if (held_) raiseError(kGeneralFailure);
-  auto progress = std::make_shared<Progress>(self_, std::move(text), maximum, stoppable);
+  auto progress =
+      std::make_shared<Progress>(self_, ++progressBars_, std::move(text), maximum, stoppable);
   if (lock_ != nullptr && !lock_->tryAcquire()) {
     progress->stopped_ = true;  // or its end would free the bar of the other process
     raiseError(kGeneralFailure);

@@ -32,8 +32,13 @@ class StatusBar;
 /// The progress bar as its holder sees it. It is freed by stop() or with this object.
 class Progress {
  public:
-  Progress(std::weak_ptr<StatusBar*> bar, std::u16string text, long maximum, bool stoppable)
-      : bar_(std::move(bar)), text_(std::move(text)), maximum_(maximum), stoppable_(stoppable) {}
+  Progress(std::weak_ptr<StatusBar*> bar, long number, std::u16string text, long maximum,
+           bool stoppable)
+      : bar_(std::move(bar)),
+        number_(number),
+        text_(std::move(text)),
+        maximum_(maximum),
+        stoppable_(stoppable) {}
   ~Progress() { stop(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
@@ -44,6 +49,8 @@ class Progress {
   void setText(std::u16string text);
   /// Keeps the value within 0 and maximum(). Throws as setText() does.
   void setValue(long value);
+  /// A number from 1 that no other progress bar of the desk has.
+  long number() const { return number_; }
   long value() const { return value_; }
   const std::u16string& text() const { return text_; }
   long maximum() const { return maximum_; }
@@ -56,6 +63,7 @@ class Progress {
   void changed() const;
 
   std::weak_ptr<StatusBar*> bar_;
+  long number_;
   std::u16string text_;
   long maximum_;
   bool stoppable_;
@@ -92,6 +100,7 @@ class StatusBar {
   std::shared_ptr<StatusBar*> self_;  // how a holder finds the bar; it ends with the bar
   std::vector<StatusMessage> history_;
   std::weak_ptr<Progress> holder_;
+  long progressBars_ = 0;  // made so far
   bool held_ = false;
   std::function<void()> observer_;
 };

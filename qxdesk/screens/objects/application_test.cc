@@ -240,11 +240,33 @@ TEST_F(Application, UserMovesTheFocusByTheTabKey) {
   EXPECT_EQ(user_->PressTab(form, &done), S_OK);
   EXPECT_EQ(done, VARIANT_TRUE);
   EXPECT_EQ(focus(), "5");
+  EXPECT_EQ(user_->PressBackTab(form, &done), S_OK);
+  EXPECT_EQ(done, VARIANT_TRUE);
+  EXPECT_EQ(focus(), "4");
+  EXPECT_EQ(user_->PressBackTab(form, nullptr), E_POINTER);
   EXPECT_EQ(user_->PressTab(CComBSTR(u"none"), &done), kInvalidForm);
   EXPECT_EQ(user_->PressTab(form, nullptr), E_POINTER);
   CComBSTR item;
   EXPECT_EQ(user_->GetFocus(CComBSTR(u"none"), &item), kInvalidForm);
   EXPECT_EQ(user_->GetFocus(form, nullptr), E_POINTER);
+}
+
+TEST_F(Application, UserClicksCellsWithKeysHeldDown) {
+  openOrder();
+  CComBSTR form(u"F_1");
+  CComBSTR matrix(u"20");
+  CComBSTR column(u"1");
+  VARIANT_BOOL done = VARIANT_FALSE;
+  const auto click = [&](long keys) {
+    return user_->ClickCellWithKeys(form, matrix, column, 1, keys, &done);
+  };
+  for (const long keys : {0L, +desk::kShiftKey, +desk::kCtrlKey, 3L}) {
+    EXPECT_EQ(click(keys), S_OK) << keys;
+    EXPECT_EQ(done, VARIANT_TRUE) << keys;
+  }
+  EXPECT_EQ(click(4), E_INVALIDARG);
+  EXPECT_EQ(click(-1), E_INVALIDARG);
+  EXPECT_EQ(user_->ClickCellWithKeys(form, matrix, column, 1, 0, nullptr), E_POINTER);
 }
 
 TEST_F(Application, ShowsMessagesInTheStatusBar) {

@@ -179,6 +179,18 @@ class DeskUser final : public ComObject<desk::IDeskUser> {
   HRESULT GetFocus(BSTR form, BSTR* item) override {
     return guarded([&] { return giveText(find(form).focus, item); });
   }
+  HRESULT PressBackTab(BSTR form, VARIANT_BOOL* done) override {
+    return act(done, [&](UserActions& user) { return user.backTab(viewOfBstr(form)); });
+  }
+  HRESULT ClickCellWithKeys(BSTR form, BSTR item, BSTR column, long row, long keys,
+                            VARIANT_BOOL* done) override {
+    return act(done, [&](UserActions& user) {
+      if (keys < 0 || keys > (desk::kShiftKey | desk::kCtrlKey)) raiseError(E_INVALIDARG);
+      return user.click(
+          {textOf(form), textOf(item), textOf(column), row},
+          {.ctrl = (keys & desk::kCtrlKey) != 0, .shift = (keys & desk::kShiftKey) != 0});
+    });
+  }
   HRESULT DrawForm(BSTR form, BSTR* out) override {
     return guarded([&] { return giveText(drawForm(find(form), desk().statusBar), out); });
   }

@@ -7,10 +7,12 @@
 //     close FORM | select FORM
 //     press FORM ITEM              click an item; the click presses a button
 //     click FORM MATRIX COLUMN ROW | doubleclick FORM ITEM [COLUMN ROW]
+//     ctrlclick FORM MATRIX COLUMN ROW | shiftclick FORM MATRIX COLUMN ROW
+//                                  click with that key held down, to select several rows
 //     type FORM ITEM TEXT          TEXT is the rest of the line; an empty TEXT clears the item
 //     cell FORM MATRIX COLUMN ROW TEXT
 //     key FORM ITEM CODE           13 is enter; 9 is tab, which moves the focus
-//     tab FORM                     press the tab key where the focus is
+//     tab FORM | backtab FORM      press the tab key where the focus is; backtab with Shift
 //     validate FORM ITEM           leave the item
 //     choose FORM ITEM KEY         choose an entry of a combo box
 //     rightclick FORM [ITEM]
@@ -19,7 +21,8 @@
 //     language LANGUAGE | company FILE
 //     shutdown | terminate         close the forms, then application events 64 and 67
 //     status TEXT                  show a message of the host itself
-//     progress | printout FORM | report FORM
+//     progress                     stop the progress bar if that is possible
+//     printout FORM | report FORM
 //     print menus | forms | form FORM | status | boxes
 //     draw FORM                    print the form as the user sees it
 //     say TEXT                     print the text
@@ -45,11 +48,14 @@ enum class PlayVerb {
   kSelect,
   kPress,
   kClick,
+  kCtrlClick,
+  kShiftClick,
   kDoubleClick,
   kType,
   kCell,
   kKey,
   kTab,
+  kBackTab,
   kValidate,
   kChoose,
   kRightClick,

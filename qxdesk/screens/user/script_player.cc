@@ -28,7 +28,8 @@ Spot spotOf(const PlayStep& step, const std::u16string& form) {
   Spot spot;
   spot.form = form;
   if (step.words.size() > 1) spot.item = step.words[1];
-  const bool hasCell = step.verb == PlayVerb::kClick || step.verb == PlayVerb::kDoubleClick ||
+  const bool hasCell = step.verb == PlayVerb::kClick || step.verb == PlayVerb::kCtrlClick ||
+                       step.verb == PlayVerb::kShiftClick || step.verb == PlayVerb::kDoubleClick ||
                        step.verb == PlayVerb::kCell;
   if (hasCell && step.words.size() > 2) {
     spot.column = step.words[2];
@@ -163,10 +164,16 @@ std::string ScriptPlayer::playOnForm(const PlayStep& step) {
       return "pressed " + spotText(spot) + outcome(user_.click(spot));
     case PlayVerb::kClick:
       return "clicked " + spotText(spot) + outcome(user_.click(spot));
+    case PlayVerb::kCtrlClick:
+      return "clicked with Ctrl " + spotText(spot) + outcome(user_.click(spot, {.ctrl = true}));
+    case PlayVerb::kShiftClick:
+      return "clicked with Shift " + spotText(spot) + outcome(user_.click(spot, {.shift = true}));
     case PlayVerb::kDoubleClick:
       return "double-clicked " + spotText(spot) + outcome(user_.doubleClick(spot));
     case PlayVerb::kTab:
       return "tab key in" + onForm + outcome(user_.tab(form));
+    case PlayVerb::kBackTab:
+      return "tab key with Shift in" + onForm + outcome(user_.backTab(form));
     case PlayVerb::kRightClick:
       return "right-clicked " + spotText(spot) + outcome(user_.rightClick(spot));
     case PlayVerb::kFormData:

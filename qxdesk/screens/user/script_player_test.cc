@@ -105,6 +105,28 @@ TEST_F(ScriptPlayerTest, MovesTheFocusByTheTabKey) {
   EXPECT_EQ(desk_.forms.find(u"F_1")->focus, u"5");
 }
 
+TEST_F(ScriptPlayerTest, MovesTheFocusBackByTheTabKeyWithShift) {
+  EXPECT_EQ(play("menu 3001\nclick * 5\nbacktab *\nbacktab none\n"),
+            "picked menu 3001\n"
+            "clicked item 5 of form F_1\n"
+            "tab key with Shift in form F_1\n"
+            "line 4 refused: Invalid form (-7000)\n");
+  EXPECT_EQ(desk_.forms.find(u"F_1")->focus, u"4");
+}
+
+TEST_F(ScriptPlayerTest, ClicksRowsWithCtrlAndShift) {
+  play("menu 3001\n");
+  MatrixModel& lines = *desk_.forms.find(u"F_1")->item(u"20").matrix;
+  lines.selectionMode = kSelectMany;
+  lines.addRows(3, -1);
+  EXPECT_EQ(play("click F_1 20 1 1\nshiftclick F_1 20 1 3\nctrlclick F_1 20 1 2\n"),
+            "clicked item 20, column 1, row 1 of form F_1\n"
+            "clicked with Shift item 20, column 1, row 3 of form F_1\n"
+            "clicked with Ctrl item 20, column 1, row 2 of form F_1\n");
+  EXPECT_TRUE(lines.isRowSelected(1) && lines.isRowSelected(3));
+  EXPECT_FALSE(lines.isRowSelected(2));
+}
+
 TEST_F(ScriptPlayerTest, DrawsAForm) {
   const auto form = std::make_shared<FormModel>(u"A", u"-1", false);
   form->rect = {0, 0, 40 + kFrameWidth, 16 + kFrameHeight};

@@ -20,6 +20,9 @@ class IBoxAnswerer : public IUnknown {
   ~IBoxAnswerer() = default;
 };
 
+/// The keys that can be held down during a click.
+enum ClickKey : long { kShiftKey = 1, kCtrlKey = 2 };
+
 /// Plays the user. `done` becomes VARIANT_FALSE if an add-on vetoes the action. A target that does
 /// not exist is refused with the host's codes: -7026 menu, -7000 form, -7001 item, -7015 column,
 /// -7028 row; one that is hidden, disabled or on another pane with -7023. A null `done` or `out` is
@@ -53,6 +56,7 @@ class IDeskUser : public IUnknown {
   /// `item` may be empty for a click on the form itself.
   virtual HRESULT RightClick(BSTR form, BSTR item, VARIANT_BOOL* done) = 0;
   virtual HRESULT FireFormData(BSTR form, BSTR objectType, BSTR objectKey, VARIANT_BOOL* done) = 0;
+  /// Stops the progress bar if it can be stopped; the events come also without one.
   virtual HRESULT FireProgressBar(VARIANT_BOOL* done) = 0;
   virtual HRESULT FirePrint(BSTR form, VARIANT_BOOL* done) = 0;
   virtual HRESULT FireReportData(BSTR form, VARIANT_BOOL* done) = 0;
@@ -94,6 +98,12 @@ class IDeskUser : public IUnknown {
   virtual HRESULT PressTab(BSTR form, VARIANT_BOOL* done) = 0;
   /// Returns the UID of the item with the focus; empty if none has it.
   virtual HRESULT GetFocus(BSTR form, BSTR* item) = 0;
+  /// Does what PressTab does with Shift held down: the item before gets the focus.
+  virtual HRESULT PressBackTab(BSTR form, VARIANT_BOOL* done) = 0;
+  /// Clicks a cell with keys held down, a sum of ClickKey; see MatrixModel::clickRow for what they
+  /// select. Returns E_INVALIDARG for other numbers.
+  virtual HRESULT ClickCellWithKeys(BSTR form, BSTR item, BSTR column, long row, long keys,
+                                    VARIANT_BOOL* done) = 0;
 
  protected:
   ~IDeskUser() = default;

@@ -140,18 +140,19 @@ bool UserActions::leave(const std::shared_ptr<FormModel>& form, std::u16string_v
   return true;
 }
 
-bool UserActions::click(const Spot& spot) {
+bool UserActions::click(const Spot& spot, ClickKeys keys) {
   const Target target = reach(spot);
   // One click is several events. The form must live through all of them, so they count as one.
-  return desk_.forms.whileBusy(target.form, [&] { return moveFocus(target) && clickItem(target); });
+  return desk_.forms.whileBusy(target.form,
+                               [&] { return moveFocus(target) && clickItem(target, keys); });
 }
 
-bool UserActions::clickItem(const Target& target) {
+bool UserActions::clickItem(const Target& target, ClickKeys keys) {
   const auto selectRow = [&] {
     // A handler of the event before may have removed rows, so the row is checked again.
     MatrixModel* matrix = target.item->matrix.get();
     if (matrix == nullptr || target.row < 1 || target.row > matrix->rowCount()) return;
-    if (matrix->selectionMode != kSelectNone) matrix->selectRow(target.row, true, false);
+    matrix->clickRow(target.row, keys);
   };
   if (!perform(target, kClick, selectRow)) return false;
   // The press follows the click's event after. It comes to nothing if a handler closes the form.
@@ -207,31 +208,39 @@ bool UserActions::raiseFormData(const std::shared_ptr<FormModel>& form,
   });
 }
 
-bool UserActions::key(const Spot& spot, char16_t pressed) {
+bool UserActions::pressKey(const Spot& spot, char16_t pressed, TabStep step) {
   const Target target = reach(spot);
   return desk_.forms.whileBusy(target.form, [&] {
     if (!moveFocus(target)) return false;
     // The key takes effect between its events, as the press of a default button does, whose own
     // events are nested in those of the key.
     bool done = true;
-    const auto effect = [&] { done = enter(target, pressed); };
+    const auto effect = [&] { done = enter(target, pressed, step); };
     return perform(target, kKeyDown, effect, pressed) && done;
   });
 }
 
-bool UserActions::tab(std::u16string_view uid) {
+std::u16string UserActions::tabFrom(const FormModel& form, std::u16string_view uid, TabStep step) {
+  return step == TabStep::kNext ? form.nextFocus(uid) : form.previousFocus(uid);
+}
+
+bool UserActions::moveByTab(std::u16string_view uid, TabStep step) {
   const auto form = formOf(uid);
   if (!form->visible) raiseError(kNotValidTarget);
   const auto item = form->findItem(form->focus);
-  if (item != nullptr && form->isUsable(*item)) return key({form->uid(), item->uid}, kTabKey);
+  if (item != nullptr && form->isUsable(*item)) {
+    return pressKey({form->uid(), item->uid}, kTabKey, step);
+  }
   return desk_.forms.whileBusy(form, [&] {
     if (!desk_.forms.select(form) || !form->isSelected()) return false;
-    return leave(form, form->nextFocus(form->focus));
+    return leave(form, tabFrom(*form, form->focus, step));
   });
 }
 
-bool UserActions::enter(const Target& target, char16_t pressed) {
-  if (pressed == kTabKey) return leave(target.form, target.form->nextFocus(target.item->uid));
+bool UserActions::enter(const Target& target, char16_t pressed, TabStep step) {
+  if (pressed == kTabKey) {
+    return leave(target.form, tabFrom(*target.form, target.item->uid, step));
+  }
   if (pressed == kEnterKey) {
     // The outcome is that of the key; the veto of the button does not undo the key.
     pressDefaultButton(target.form);
@@ -347,17 +356,26 @@ void UserActions::statusMessage(std::u16string text, HvStatusBarMessageType type
 }
 
 template <class E>
-bool UserActions::announce(E event, const std::shared_ptr<FormModel>& form) {
+bool UserActions::announce(E event, const std::shared_ptr<FormModel>& form,
+                           const std::function<void()>& action) {
   return desk_.forms.whileBusy(form, [&] {
     event.before = true;
     if (!desk_.events.raise(event)) return false;
+    action();
     event.before = false;
     desk_.events.raise(event);
     return true;
   });
 }
 
-bool UserActions::progressBar() { return announce(ProgressBarEvent{}, nullptr); }
+bool UserActions::progressBar() {
+  // Weakly: a handler may free the bar by releasing it, and begin another one.
+  const std::weak_ptr<Progress> asked = desk_.statusBar.progress();
+  return announce(ProgressBarEvent{}, nullptr, [&] {
+    const auto progress = asked.lock();
+    if (progress != nullptr && progress->stoppable()) progress->stop();
+  });
+}
 
 bool UserActions::print(std::u16string_view form) {
   return announce(PrintEvent{std::u16string(form)}, formOf(form));

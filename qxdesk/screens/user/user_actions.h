@@ -38,15 +38,19 @@ class UserActions {
 
   /// Clicks an item. The item gets the focus, after the item that had it is validated. A click on a
   /// button also presses it: Cancel, and OK in OK mode, close the form; OK in another mode saves.
-  bool click(const Spot& spot);
+  /// `keys` matter to the rows of a matrix; the events do not say them.
+  bool click(const Spot& spot, ClickKeys keys = {});
   bool doubleClick(const Spot& spot);
   /// Presses one key in an item or a cell: 8 clears the text, 13 presses the default button, 9
   /// moves the focus to the next item of the form, after the item that had it is validated. Returns
   /// false as well if an add-on vetoes this validation.
-  bool key(const Spot& spot, char16_t pressed);
+  bool key(const Spot& spot, char16_t pressed) { return pressKey(spot, pressed, TabStep::kNext); }
   /// Presses the tab key in the item with the focus. If no usable item has it, moves the focus to
   /// the next one without the events of a key.
-  bool tab(std::u16string_view form);
+  bool tab(std::u16string_view form) { return moveByTab(form, TabStep::kNext); }
+  /// Does the same with Shift held down: the focus moves to the item before. The events are those
+  /// of the tab key; they do not tell the two apart.
+  bool backTab(std::u16string_view form) { return moveByTab(form, TabStep::kPrevious); }
   /// Replaces the text, key by key. Returns false if an add-on vetoes a key; the other keys are
   /// entered. Throws kNotValidTarget for an item that takes no text.
   bool type(const Spot& spot, std::u16string_view text);
@@ -67,6 +71,8 @@ class UserActions {
   void serverTermination();
   /// Shows a message of the host itself.
   void statusMessage(std::u16string text, HvStatusBarMessageType type);
+  /// Stops the progress bar, between the two events, if it can be stopped. The events come also
+  /// without a progress bar.
   bool progressBar();
   bool print(std::u16string_view form);
   bool reportData(std::u16string_view form);
@@ -79,6 +85,10 @@ class UserActions {
     std::shared_ptr<MatrixColumn> column;  // null outside of a matrix
     long row = 0;
   };
+  enum class TabStep { kNext, kPrevious };
+  bool moveByTab(std::u16string_view form, TabStep step);
+  bool pressKey(const Spot& spot, char16_t pressed, TabStep step);
+  static std::u16string tabFrom(const FormModel& form, std::u16string_view uid, TabStep step);
   std::shared_ptr<FormModel> formOf(std::u16string_view uid) const;
   /// Resolves the ids. Throws if the actor cannot reach the spot.
   Target reach(const Spot& spot) const;
@@ -88,18 +98,19 @@ class UserActions {
   bool moveFocus(const Target& target);
   /// Validates the item with the focus if the user has changed it, and moves the focus to `next`.
   bool leave(const std::shared_ptr<FormModel>& form, std::u16string_view next);
-  bool clickItem(const Target& target);
+  bool clickItem(const Target& target, ClickKeys keys = {});
   void pressDefaultButton(const std::shared_ptr<FormModel>& form);
   void runButton(const std::shared_ptr<FormModel>& form, std::u16string_view uid);
   bool save(const std::shared_ptr<FormModel>& form);
   bool raiseFormData(const std::shared_ptr<FormModel>& form, std::u16string_view objectType,
                      std::u16string_view objectKey, const std::function<void()>& action);
   /// Returns false if an add-on keeps the focus where it is.
-  bool enter(const Target& target, char16_t pressed);
+  bool enter(const Target& target, char16_t pressed, TabStep step);
   void enterText(const Target& target, char16_t pressed);
-  /// Raises an event before and after; there is no action in between. `form` may be null.
+  /// Raises an event before and after, with the action in between. `form` may be null.
   template <class E>
-  bool announce(E event, const std::shared_ptr<FormModel>& form);
+  bool announce(
+      E event, const std::shared_ptr<FormModel>& form, const std::function<void()>& action = [] {});
 
   Desk& desk_;
   Actor actor_;

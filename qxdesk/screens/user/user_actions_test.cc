@@ -204,6 +204,24 @@ TEST_F(UserTest, TabMovesTheFocusAndValidatesAChangedEdit) {
   EXPECT_EQ(form->item(u"5").text.get(), u"a") << "the key enters nothing";
 }
 
+TEST_F(UserTest, TabWithShiftMovesTheFocusBackWithTheEventsOfTheTabKey) {
+  const auto form = openForm();
+  const auto sink = listen(desk_);
+  EXPECT_TRUE(user_.backTab(u"A"));
+  EXPECT_EQ(form->focus, u"6") << "without a focus, the last item gets it";
+  EXPECT_EQ(sink->log, Log{});
+  EXPECT_TRUE(user_.backTab(u"A"));
+  EXPECT_EQ(form->focus, u"5");
+  EXPECT_EQ(sink->log, (Log{"before item 2 A.6 key 9", "after item 2 A.6 key 9"}));
+  EXPECT_TRUE(user_.type({u"A", u"5"}, u"a"));
+  sink->log.clear();
+  EXPECT_TRUE(user_.backTab(u"A"));
+  EXPECT_EQ(form->focus, u"2");
+  EXPECT_EQ(sink->log, (Log{"before item 2 A.5 key 9", "before item 10 A.5", "after item 10 A.5",
+                            "after item 2 A.5 key 9"}));
+  EXPECT_EQ(raisedBy([&] { user_.backTab(u"none"); }), kInvalidForm);
+}
+
 TEST_F(UserTest, VetoOfTheTabKeyOrOfTheValidationKeepsTheFocus) {
   for (const char* event : {"before item 2 A.5 key 9", "before item 10 A.5"}) {
     Desk desk(testSettings());
@@ -213,6 +231,7 @@ TEST_F(UserTest, VetoOfTheTabKeyOrOfTheValidationKeepsTheFocus) {
     user.type({u"A", u"5"}, u"a");
     listen(desk, veto(event));
     EXPECT_FALSE(user.tab(u"A")) << event;
+    EXPECT_FALSE(user.backTab(u"A")) << event;
     EXPECT_FALSE(user.key({u"A", u"5"}, 9)) << event;
     EXPECT_EQ(form->focus, u"5") << event;
   }
@@ -372,6 +391,59 @@ TEST_F(UserTest, RaisesTheOtherEvents) {
   EXPECT_EQ(desk_.settings().language, ln_German);
   EXPECT_EQ(desk_.databaseName(), u"Quay");
   EXPECT_EQ(toUtf8(printStatus(desk_.statusBar)), "info: saved\n");
+}
+
+TEST_F(UserTest, ProgressBarThatCanBeStoppedStopsBetweenItsEvents) {
+  const auto progress = desk_.statusBar.createProgress(u"Loading", 10, true);
+  std::string stopped;
+  const auto sink = listen(desk_, [&](const std::string& words, bool&) {
+    stopped += words + (progress->stopped() ? ": stopped\n" : ": runs\n");
+  });
+  EXPECT_TRUE(user_.progressBar());
+  EXPECT_EQ(stopped, "before progress: runs\nafter progress: stopped\n");
+  EXPECT_EQ(desk_.statusBar.progress(), nullptr);
+}
+
+TEST_F(UserTest, ProgressBarGoesOnAfterAVetoAndIfItCannotBeStopped) {
+  auto progress = desk_.statusBar.createProgress(u"Loading", 10, false);
+  EXPECT_TRUE(user_.progressBar());
+  EXPECT_FALSE(progress->stopped());
+  progress->stop();
+  progress = desk_.statusBar.createProgress(u"Loading", 10, true);
+  listen(desk_, veto("before progress"));
+  EXPECT_FALSE(user_.progressBar());
+  EXPECT_FALSE(progress->stopped());
+}
+
+TEST_F(UserTest, ProgressBarThatAHandlerBeginsMeanwhileIsNotStopped) {
+  auto progress = desk_.statusBar.createProgress(u"Loading", 10, true);
+  listen(desk_, [&](const std::string& words, bool&) {
+    if (words != "before progress") return;
+    progress.reset();
+    progress = desk_.statusBar.createProgress(u"Clearing up", 10, true);
+  });
+  EXPECT_TRUE(user_.progressBar());
+  EXPECT_FALSE(progress->stopped());
+}
+
+TEST_F(UserTest, ClickWithCtrlOrShiftSelectsSeveralRowsWithTheEventsOfAClick) {
+  const auto form = openForm();
+  ItemModel item;
+  item.uid = u"20";
+  item.type = kMatrix;
+  MatrixModel& matrix = *form->addItem(std::move(item)).matrix;
+  matrix.selectionMode = kSelectMany;
+  matrix.addRows(4, -1);
+  user_.click({u"A", u"20", u"", 1});
+  const auto sink = listen(desk_, veto("before item 6 A.20..4"));
+  EXPECT_TRUE(user_.click({u"A", u"20", u"", 3}, {.shift = true}));
+  EXPECT_TRUE(user_.click({u"A", u"20", u"", 2}, {.ctrl = true}));
+  EXPECT_FALSE(user_.click({u"A", u"20", u"", 4}, {.ctrl = true}));
+  EXPECT_EQ(sink->log,
+            (Log{"before item 6 A.20..3", "after item 6 A.20..3", "before item 6 A.20..2",
+                 "after item 6 A.20..2", "before item 6 A.20..4"}));
+  EXPECT_TRUE(matrix.isRowSelected(1) && matrix.isRowSelected(3));
+  EXPECT_FALSE(matrix.isRowSelected(2) || matrix.isRowSelected(4));
 }
 
 TEST_F(UserTest, CloseDuringAMenuEventTakesEffectAfterIt) {

@@ -2,35 +2,34 @@
 // the keys and the author's panel.
 
 import { element, setAttribute, setText } from "./dom.js";
+import { said, say } from "./say.js";
 import { languages, text } from "./texts.js";
 import { setTheme, theme, themes } from "./theme.js";
 
 const kKeys = ["F10", "F6", "CtrlF6", "AltMinus", "Tab", "Enter", "Escape", "AltDown", "F2",
-  "Space", "ShiftF10", "AltClick"];
+  "Space", "CtrlSpace", "ShiftDown", "CtrlShiftSpace", "ShiftF10", "AltClick"];
 
 export class ClientTools {
   constructor(page) {
     this.page = page;
     this.language = this.makeButton("client.language", "language", () => this.languageEntries());
     this.colours = this.makeButton("client.theme", "theme", () => this.themeEntries());
-    setText(this.colours, text("client.theme"));
-    this.keys = element("button", {
-      type: "button", class: "tool", text: text("client.keys"), on: { click: showKeys },
-    });
-    this.panel = element("button", {
-      type: "button", class: "tool panelToggle", text: text("panel"),
-      on: { click: () => page.panel.toggle() },
-    });
+    say(this.colours, "text", "client.theme");
+    this.keys = said(element("button", {
+      type: "button", class: "tool", on: { click: showKeys },
+    }), { text: "client.keys" });
+    this.panel = said(element("button", {
+      type: "button", class: "tool panelToggle", on: { click: () => page.panel.toggle() },
+    }), { text: "panel" });
     this.element = element("div", { class: "tools" },
       [this.language, this.colours, this.keys, this.panel]);
   }
 
   makeButton(key, kind, entries) {
-    const button = element("button", {
+    const button = said(element("button", {
       type: "button", class: `tool ${kind}`, "aria-haspopup": "menu", "aria-expanded": "false",
-      title: text(key),
       on: { click: () => this.page.openMenu(button, entries()) },
-    });
+    }), { title: key });
     return button;
   }
 
@@ -43,7 +42,7 @@ export class ClientTools {
 
   panelShown(shown) {
     setAttribute(this.panel, "aria-pressed", String(shown));
-    setAttribute(this.panel, "title", text(shown ? "client.panel.hide" : "client.panel.show"));
+    say(this.panel, "title", shown ? "client.panel.hide" : "client.panel.show");
   }
 
   languageEntries() {
@@ -67,12 +66,12 @@ export class ClientTools {
 function showKeys() {
   const rows = kKeys.map((key) => element("tr", {}, [
     element("th", { scope: "row", text: key.replace(/(Ctrl|Alt|Shift)(?=.)/g, "$1+") }),
-    element("td", { text: text(`keys.${key}`) })]));
-  const close = element("button", { type: "button", text: text("keys.close") });
-  const dialog = element("dialog", { class: "box keys", "aria-label": text("keys.title") }, [
-    element("h2", { text: text("keys.title") }),
+    said(element("td"), { text: `keys.${key}` })]));
+  const close = said(element("button", { type: "button" }), { text: "keys.close" });
+  const dialog = said(element("dialog", { class: "box keys" }, [
+    said(element("h2"), { text: "keys.title" }),
     element("table", {}, rows),
-    element("div", { class: "buttons" }, [close])]);
+    element("div", { class: "buttons" }, [close])]), { "aria-label": "keys.title" });
   close.addEventListener("click", () => dialog.close());
   dialog.addEventListener("close", () => dialog.remove());
   document.body.append(dialog);

@@ -1,10 +1,9 @@
 // The desk: the open forms as windows, the one that was selected last on top. The main menu is a
 // form, too; it lies behind the windows and shows the menu's entries as a list.
 
-import { setAttribute } from "./dom.js";
 import { FormWindow } from "./form_window.js";
 import { MainMenu } from "./main_menu.js";
-import { text } from "./texts.js";
+import { say } from "./say.js";
 
 const kMainMenuForm = "169";
 
@@ -14,7 +13,7 @@ export class Desk {
     this.element = root;
     this.windows = new Map();
     this.state = null;
-    setAttribute(root, "aria-label", text("desk"));
+    say(root, "aria-label", "desk");
     root.tabIndex = -1;
     root.addEventListener("keydown", (event) => this.onKey(event));
   }

@@ -20,8 +20,17 @@ export class FieldTyping {
     this.sent = "";
     this.pending = 0;
     this.composing = false;
+    this.replaces = false;
     this.timer = 0;
-    input.addEventListener("compositionstart", () => { this.composing = true; });
+    // The selection is looked at before the browser puts the new text in its place; a composition
+    // has a selection of its own from then on.
+    input.addEventListener("beforeinput", () => {
+      if (!this.composing) this.replaces = hasSelection(input);
+    });
+    input.addEventListener("compositionstart", () => {
+      this.composing = true;
+      this.replaces = hasSelection(input);
+    });
     input.addEventListener("compositionend", () => {
       this.composing = false;
       this.report();
@@ -68,7 +77,8 @@ export class FieldTyping {
   }
 
   report() {
-    const changes = describeChanges(this.sent, this.input.value);
+    const changes = describeChanges(this.sent, this.input.value, this.replaces);
+    this.replaces = false;
     this.sent = this.input.value;
     this.pending += changes.length;
     if (changes.length > 0) clearTimeout(this.timer);
@@ -103,6 +113,10 @@ export class FieldTyping {
     input.classList.add("vetoed");
     input.addEventListener("animationend", () => input.classList.remove("vetoed"), { once: true });
   }
+}
+
+function hasSelection(input) {
+  return input.selectionStart !== input.selectionEnd;
 }
 
 /** What a field without a limit takes: the host closes a page that says too much at once. */

@@ -5,6 +5,7 @@
 import { element, newId, setAttribute, setText } from "./dom.js";
 import { createItemView } from "./items.js";
 import { colorOf } from "./item_edit.js";
+import { said, say } from "./say.js";
 import { text } from "./texts.js";
 import { WindowMove } from "./window_move.js";
 
@@ -32,9 +33,9 @@ export class FormWindow {
   }
 
   makeTitleBar() {
-    const button = (kind, key, click) => element("button", {
-      type: "button", class: kind, tabindex: "-1", "aria-label": text(key), on: { click },
-    });
+    const button = (kind, key, click) => said(element("button", {
+      type: "button", class: kind, tabindex: "-1", on: { click },
+    }), { "aria-label": key });
     this.title = element("span", { class: "title", id: newId() });
     this.mode = element("span", { class: "mode" });
     this.menuButton = button("menuButton", "window.menu", () => this.openMenu());
@@ -71,7 +72,7 @@ export class FormWindow {
     setText(this.title, form.get("title"));
     setAttribute(this.title, "title", form.get("title"));
     const mode = form.get("mode");
-    setText(this.mode, text(`mode.${mode}`));
+    say(this.mode, "text", `mode.${mode}`);
     this.mode.classList.toggle("quiet", mode === kOkMode);
     setAttribute(this.element, "aria-busy", form.get("frozen") ? "true" : null);
     this.element.classList.toggle("frozen", form.get("frozen") === true);
@@ -174,35 +175,15 @@ export class FormWindow {
     if (event.defaultPrevented || event.isComposing || this.move.takes(event)) return;
     if (event.key === "-" && event.altKey) this.openMenu();
     else if (event.altKey || event.ctrlKey || event.metaKey) return;
-    else if (event.key === "Tab") this.onTab(event.shiftKey);
+    else if (event.key === "Tab") {
+      this.perform(event.shiftKey ? { do: "tab", shift: true } : { do: "tab" });
+    }
     else if (event.key === "Enter") {
       if (event.target.closest("button") !== null) return;
       this.pressEnter();
     } else if (event.key === "Escape") this.pressCancel();
     else return;
     event.preventDefault();
-  }
-
-  onTab(back) {
-    if (back) this.goBack();
-    else this.perform({ do: "tab" });
-  }
-
-  // The host has no key for the way back. A click into the item before does the same for items that
-  // a click does not change; a button only gets the focus of the page.
-  goBack() {
-    const stops = this.form.get("order").filter((uid) => this.isTabStop(uid));
-    if (stops.length === 0) return;
-    const focused = itemOf(document.activeElement) ?? this.form.get("focus");
-    const at = stops.indexOf(focused);
-    const view = this.views.get(stops[(at <= 0 ? stops.length : at) - 1]);
-    view.focus();
-    if (view.type === "edit" || view.type === "matrix") view.perform({ do: "press" });
-  }
-
-  isTabStop(uid) {
-    const item = this.form.get("items").get(uid);
-    return this.views.has(uid) && item.get("usable") && item.get("type") !== "static";
   }
 
   pressEnter() {

@@ -188,6 +188,18 @@ export class MatrixView extends ItemView {
     return { row: Number(line.getAttribute("aria-rowindex")) - 2, column };
   }
 
+  /** True if the user can select several rows. */
+  get selectsMany() {
+    return this.item.get("selection") === "many";
+  }
+
+  /** Returns the keys of an event that matter to a click on a row, as fields of its action. */
+  heldKeys(event) {
+    if (!this.selectsMany) return {};
+    const ctrl = event.ctrlKey || event.metaKey;
+    return { ...(ctrl ? { ctrl } : {}), ...(event.shiftKey ? { shift: true } : {}) };
+  }
+
   // The grid keeps the focus when a cell is clicked; the editor takes it for itself.
   onMouseDown(event) {
     if (!this.usable || event.altKey || this.editor.owns(event.target)) return;
@@ -198,6 +210,11 @@ export class MatrixView extends ItemView {
     this.control.focus({ preventScroll: true });
     if (place.row < 0) return;
     this.moveCursor(place.row, place.column, false);
+    const held = this.heldKeys(event);
+    if (Object.keys(held).length > 0) {
+      this.click(place, 0, held);
+      return;
+    }
     if (event.detail <= 1) this.click(place, kDoubleClickMilliseconds);
     if (this.columns[place.column].editable) this.editor.open(place.row, place.column);
   }
@@ -210,16 +227,20 @@ export class MatrixView extends ItemView {
     if (isHead && event.detail <= 1) this.click(place, kDoubleClickMilliseconds);
   }
 
-  /** Clicks a cell; `delay` is the time in which a second click makes a double click of it. */
-  click(place, delay) {
+  /**
+   * Clicks a cell; `delay` is the time in which a second click makes a double click of it, `held`
+   * what heldKeys() returns.
+   */
+  click(place, delay, held = {}) {
     const { page, formUid, itemUid } = this.owner;
-    const fields = { do: "press", ...this.spot(place.row, place.column) };
+    const fields = { do: "press", ...this.spot(place.row, place.column), ...held };
+    if (place.row >= 0 && held.shift !== true) this.keys.rowClicked();
     if (delay === 0) this.perform(fields);
     else page.actions.hold({ form: formUid, item: itemUid, ...fields }, delay);
   }
 
   onDoubleClick(event) {
-    if (!this.usable || event.altKey) return;
+    if (!this.usable || event.altKey || Object.keys(this.heldKeys(event)).length > 0) return;
     const place = this.editor.owns(event.target) ? this.editor.place : this.placeOf(event.target);
     if (place === null) return;
     this.owner.page.actions.forgetHeld();

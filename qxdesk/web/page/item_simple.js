@@ -2,7 +2,7 @@
 
 import { element, setAttribute, setText } from "./dom.js";
 import { ItemView } from "./item_view.js";
-import { text } from "./texts.js";
+import { say, unsay } from "./say.js";
 
 export class ButtonView extends ItemView {
   constructor(owner) {
@@ -30,7 +30,8 @@ export class ButtonView extends ItemView {
       item.get("caption").trim() === "" ? item.get("description") || this.owner.itemUid : null);
     this.control.disabled = !item.get("usable");
     this.element.classList.toggle("default", isDefault);
-    setAttribute(this.control, "aria-description", isDefault ? text("item.default") : null);
+    if (isDefault) say(this.control, "aria-description", "item.default");
+    else unsay(this.control, "aria-description");
   }
 }
 

@@ -12,8 +12,9 @@ import { MenuPopup } from "./menu_popup.js";
 import { MessageBox } from "./message_box.js";
 import { BusyNotice, LinkNotice } from "./notices.js";
 import { Panel } from "./panel.js";
+import { sayAgain } from "./say.js";
 import { StatusBar } from "./status_bar.js";
-import { text } from "./texts.js";
+import { text, useTexts } from "./texts.js";
 import { restoreTheme } from "./theme.js";
 
 const kNoticeMilliseconds = 10000;
@@ -31,7 +32,7 @@ class Page {
     this.desk = new Desk(this, byId("desk"));
     this.busyNotice = new BusyNotice(this.client);
     this.linkNotice = new LinkNotice(this.client, () => this.connection.open());
-    this.statusBar = new StatusBar(byId("statusBar"));
+    this.statusBar = new StatusBar(this, byId("statusBar"));
     this.messageBox = new MessageBox(this);
     this.panel = new Panel(this, byId("panel"), byId("divider"));
     this.keyboard = new Keyboard([
@@ -48,12 +49,18 @@ class Page {
     const direction = client.get("direction") === "rtl" ? "rtl" : "ltr";
     setAttribute(this.client, "dir", direction);
     setAttribute(this.client, "lang", client.get("locale") || null);
+    if (client.get("texts") !== this.texts) this.changeTexts(client.get("texts"));
     this.tools.update(client);
     this.menuBar.update(state);
     this.desk.update(state);
     this.statusBar.update(state);
     this.messageBox.update(state.get("box"), direction);
     this.panel.tabs.get("forms").update(state);
+  }
+
+  async changeTexts(table) {
+    this.texts = table;
+    if (await useTexts(table)) sayAgain();
   }
 
   textCame(kind, message) {

@@ -1,11 +1,18 @@
 // The keys of a matrix. They move the cell cursor; space clicks the cell, which selects its row,
-// and typing begins to edit it.
+// and typing begins to edit it. Where several rows can be selected, Shift with the keys that move
+// up and down selects the rows on the way, and Ctrl or Shift with space clicks as with the mouse.
 
 const kEnter = 13;
 
 export class MatrixKeys {
   constructor(matrix) {
     this.matrix = matrix;
+    this.hasStart = false;
+  }
+
+  /** Learns that a row was clicked from which Shift selects on. */
+  rowClicked() {
+    this.hasStart = true;
   }
 
   onKey(event) {
@@ -18,22 +25,41 @@ export class MatrixKeys {
 
   move(event) {
     const { matrix } = this;
+    const to = this.target(event);
+    if (to === null) return false;
+    const from = matrix.cursor;
+    matrix.moveCursor(...to);
+    const at = matrix.cursor;
+    if (at.row === from.row) return true;
+    if (event.shiftKey && matrix.selectsMany) {
+      // The cursor may have left the row that was clicked last.
+      if (!this.hasStart) matrix.click(from, 0);
+      matrix.click(at, 0, { shift: true });
+    } else {
+      this.hasStart = false;
+    }
+    return true;
+  }
+
+  // Returns the row and the column to which a key moves the cursor, or null.
+  target(event) {
+    const { matrix } = this;
     const { row, column } = matrix.cursor;
     const last = matrix.rowCount - 1;
     const lastColumn = matrix.columns.length - 1;
-    const rtl = getComputedStyle(matrix.control).direction === "rtl";
+    const right = getComputedStyle(matrix.control).direction === "rtl" ? -1 : 1;
     const page = Math.max(1, matrix.list.pageSize - 1);
     const far = event.ctrlKey;
     switch (event.key) {
-      case "ArrowDown": matrix.moveCursor(far ? last : row + 1, column); return true;
-      case "ArrowUp": matrix.moveCursor(far ? 0 : row - 1, column); return true;
-      case "ArrowRight": matrix.moveCursor(row, column + (rtl ? -1 : 1)); return true;
-      case "ArrowLeft": matrix.moveCursor(row, column + (rtl ? 1 : -1)); return true;
-      case "Home": matrix.moveCursor(far ? 0 : row, 0); return true;
-      case "End": matrix.moveCursor(far ? last : row, lastColumn); return true;
-      case "PageDown": matrix.moveCursor(row + page, column); return true;
-      case "PageUp": matrix.moveCursor(row - page, column); return true;
-      default: return false;
+      case "ArrowDown": return [far ? last : row + 1, column];
+      case "ArrowUp": return [far ? 0 : row - 1, column];
+      case "ArrowRight": return [row, column + right];
+      case "ArrowLeft": return [row, column - right];
+      case "Home": return [far ? 0 : row, 0];
+      case "End": return [far ? last : row, lastColumn];
+      case "PageDown": return [row + page, column];
+      case "PageUp": return [row - page, column];
+      default: return null;
     }
   }
 
@@ -45,8 +71,8 @@ export class MatrixKeys {
     if (event.key === "Enter") return this.enter(editable);
     if (event.key === "F2") return this.edit();
     if (event.key === " ") {
-      if (event.ctrlKey && column >= 0) matrix.click({ row: -1, column }, 0);
-      else matrix.click({ row, column }, 0);
+      if (event.ctrlKey && event.shiftKey) matrix.click({ row: -1, column }, 0);
+      else matrix.click({ row, column }, 0, matrix.heldKeys(event));
       return true;
     }
     // The letter itself goes into the field that has the focus now.

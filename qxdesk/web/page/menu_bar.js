@@ -3,6 +3,7 @@
 
 import { element, setAttribute } from "./dom.js";
 import { MenuPopup } from "./menu_popup.js";
+import { say } from "./say.js";
 import { text } from "./texts.js";
 
 export class MenuBar {
@@ -13,9 +14,9 @@ export class MenuBar {
     this.popup = null;
     this.open = -1;
     this.bar = element("div", {
-      class: "bar", role: "menubar", "aria-label": text("menu.bar"),
-      on: { keydown: (event) => this.onKey(event) },
+      class: "bar", role: "menubar", on: { keydown: (event) => this.onKey(event) },
     });
+    say(this.bar, "aria-label", "menu.bar");
     this.who = element("span", { class: "who" });
     root.append(this.bar, this.who, tools);
   }

@@ -2,7 +2,7 @@
 // another page may answer it as well.
 
 import { element, newId } from "./dom.js";
-import { text } from "./texts.js";
+import { said, say } from "./say.js";
 
 export class MessageBox {
   constructor(page) {
@@ -26,9 +26,9 @@ export class MessageBox {
     const buttons = this.makeButtons(box);
     this.dialog = element("dialog", {
       class: "box", role: "alertdialog", dir: direction, "aria-describedby": body.id,
-      "aria-label": text("box.title"),
-    }, [element("h2", { text: text("box.title") }), body,
+    }, [said(element("h2"), { text: "box.title" }), body,
       element("div", { class: "buttons" }, buttons.map(({ button }) => button))]);
+    say(this.dialog, "aria-label", "box.title");
     this.dialog.addEventListener("cancel", (event) => {
       event.preventDefault();
       this.answer(escapeButton(box));

@@ -2,7 +2,7 @@
 // the connection is gone.
 
 import { element, setText } from "./dom.js";
-import { text } from "./texts.js";
+import { said, say, unsay } from "./say.js";
 
 /** The notice while the add-on is in a handler. */
 export class BusyNotice {
@@ -25,8 +25,12 @@ export class BusyNotice {
 
   show() {
     this.element.classList.toggle("shown", this.busy);
-    const sentence = text(this.count > 0 ? "busy.waiting" : "busy.notice", { count: this.count });
-    setText(this.element, this.busy ? sentence : "");
+    if (!this.busy) {
+      unsay(this.element, "text");
+      return;
+    }
+    say(this.element, "text", this.count > 0 ? "busy.waiting" : "busy.notice",
+      { count: this.count });
   }
 }
 
@@ -37,9 +41,8 @@ export class LinkNotice {
     this.sentence = element("p", { class: "what" });
     this.why = element("p", { class: "why" });
     this.next = element("p", { class: "next" });
-    this.button = element("button", {
-      type: "button", text: text("link.reconnect"), on: { click: reconnect },
-    });
+    this.button = said(element("button", { type: "button", on: { click: reconnect } }),
+      { text: "link.reconnect" });
     // The seconds that are left are no news for a screen reader.
     const alert = element("div", { role: "alert" }, [this.sentence, this.why]);
     this.element = element("div", { class: "linkNotice" },
@@ -55,8 +58,9 @@ export class LinkNotice {
     if (kind === "lost" || kind === "ended") this.lose(kind, why);
     this.element.classList.toggle("shown", kind !== "open");
     if (kind === "connecting") {
-      if (!this.isLost) setText(this.sentence, text("link.connecting"));
-      setText(this.next, this.isLost ? text("link.trying") : "");
+      if (!this.isLost) say(this.sentence, "text", "link.connecting");
+      if (this.isLost) say(this.next, "text", "link.trying");
+      else unsay(this.next, "text");
     } else if (kind !== "open") this.countDown(pause);
   }
 
@@ -65,7 +69,7 @@ export class LinkNotice {
     const isNews = kind === "ended" || !this.isLost;
     this.isLost = true;
     if (!isNews) return;
-    setText(this.sentence, text(`link.${kind}`));
+    say(this.sentence, "text", `link.${kind}`);
     setText(this.why, why);
   }
 
@@ -73,7 +77,7 @@ export class LinkNotice {
     const end = performance.now() + pause;
     const show = () => {
       const seconds = Math.max(0, Math.ceil((end - performance.now()) / 1000));
-      setText(this.next, text("link.again", { seconds }));
+      say(this.next, "text", "link.again", { seconds });
     };
     show();
     this.timer = setInterval(show, 500);

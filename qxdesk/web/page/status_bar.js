@@ -2,16 +2,17 @@
 // the user's last action, the progress bar, and the list of the last messages.
 
 import { element, setAttribute, setText } from "./dom.js";
-import { text } from "./texts.js";
+import { said, say } from "./say.js";
 
 const kSigns = new Map([["none", ""], ["warning", "▲"], ["error", "✖"], ["info", "ℹ"]]);
 const kAlerts = new Set(["warning", "error"]);
 
 export class StatusBar {
-  constructor(root) {
+  constructor(page, root) {
+    this.page = page;
     this.element = root;
     this.timer = 0;
-    setAttribute(root, "aria-label", text("status.region"));
+    say(root, "aria-label", "status.region");
     this.sign = element("span", { class: "sign", "aria-hidden": "true" });
     // Two places, so that a screen reader interrupts for what is urgent only.
     this.quiet = element("span", { class: "message", role: "status" });
@@ -28,8 +29,16 @@ export class StatusBar {
     this.progressPart = element("div", { class: "part" });
     this.progressBar = element("div", { class: "progressBar", role: "progressbar" },
       [this.progressPart]);
-    this.progress = element("div", { class: "progress" }, [this.progressText, this.progressBar]);
-    this.progress.classList.add("empty");
+    this.stop = said(element("button", {
+      type: "button", class: "stop", on: { click: () => this.stopProgress() },
+    }), { text: "progress.stop" });
+    this.progress = element("div", { class: "progress" },
+      [this.progressText, this.progressBar, this.stop]);
+    this.showProgress(null);
+  }
+
+  stopProgress() {
+    this.page.actions.perform({ do: "stop", progress: this.shownProgress });
   }
 
   update(state) {
@@ -52,6 +61,8 @@ export class StatusBar {
 
   showProgress(progress) {
     this.progress.classList.toggle("empty", progress === null);
+    this.showStop(progress?.get("stoppable") === true);
+    this.shownProgress = progress?.get("number");
     if (progress === null) return;
     const value = progress.get("value");
     const maximum = Math.max(0, progress.get("maximum"));
@@ -61,9 +72,15 @@ export class StatusBar {
     setAttribute(this.progressBar, "aria-valuemin", 0);
     setAttribute(this.progressBar, "aria-valuemax", maximum);
     setAttribute(this.progressBar, "aria-valuenow", value);
-    setAttribute(this.progressBar, "aria-valuetext", text("progress.value", { value, maximum }));
+    say(this.progressBar, "aria-valuetext", "progress.value", { value, maximum });
     const part = maximum > 0 ? Math.min(1, Math.max(0, value / maximum)) : 0;
     this.progressPart.style.width = `${part * 100}%`;
+  }
+
+  // A button that goes away would leave the focus nowhere.
+  showStop(shown) {
+    if (!shown && document.activeElement === this.stop) this.history.button.focus();
+    this.stop.hidden = !shown;
   }
 
   /** Shows a sentence about the user's last action; an empty one takes it away. */
@@ -72,9 +89,9 @@ export class StatusBar {
     setAttribute(this.notice, "title", sentence || null);
   }
 
-  /** Puts the focus on the list of the messages. */
+  /** Puts the focus on the stop of the progress bar or, without one, on the list of messages. */
   focus() {
-    this.history.button.focus();
+    (this.stop.hidden ? this.history.button : this.stop).focus();
     return true;
   }
 }
@@ -85,7 +102,8 @@ function fillMessage(target, shown, kind) {
     target.replaceChildren();
     return;
   }
-  const word = element("bdi", { class: "word", text: `${text(`status.${kind}`)}:` });
+  const name = said(element("span"), { text: `status.${kind}` });
+  const word = element("bdi", { class: "word" }, [name, ":"]);
   target.replaceChildren(...(kind === "none" ? [] : [word, " "]), element("bdi", { text: shown }));
 }
 
@@ -94,9 +112,8 @@ class MessageHistory {
   constructor() {
     this.messages = [];
     this.list = null;
-    this.button = element("button", {
+    this.button = said(element("button", {
       type: "button", class: "history", "aria-expanded": "false",
-      text: text("status.history"),
       on: {
         click: () => this.toggle(),
         blur: () => this.close(),
@@ -104,7 +121,7 @@ class MessageHistory {
           if (event.key === "Escape") this.close();
         },
       },
-    });
+    }), { text: "status.history" });
   }
 
   update(messages) {
@@ -118,11 +135,10 @@ class MessageHistory {
       this.close();
       return;
     }
-    this.list = element("ol", {
-      class: "messageList", dir: getComputedStyle(this.button).direction,
-      "aria-label": text("status.history"), "aria-live": "polite",
+    this.list = said(element("ol", {
+      class: "messageList", dir: getComputedStyle(this.button).direction, "aria-live": "polite",
       on: { mousedown: (event) => event.preventDefault() },
-    });
+    }), { "aria-label": "status.history" });
     document.getElementById("overlay").append(this.list);
     setAttribute(this.button, "aria-expanded", "true");
     this.fill();
@@ -137,12 +153,12 @@ class MessageHistory {
       const kind = message.get("kind");
       const row = element("li", {}, [
         element("span", { class: "sign", "aria-hidden": "true", text: kSigns.get(kind) ?? "" }),
-        element("span", { class: "word", text: text(`status.${kind}`) }),
+        said(element("span", { class: "word" }), { text: `status.${kind}` }),
         element("bdi", { text: message.get("text") })]);
       row.dataset.kind = kind;
       return row;
     });
-    const empty = element("li", { text: text("status.history.empty") });
+    const empty = said(element("li"), { text: "status.history.empty" });
     this.list.replaceChildren(...(rows.length > 0 ? rows : [empty]));
     this.list.scrollTop = this.list.scrollHeight;
   }

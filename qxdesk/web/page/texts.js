@@ -1,5 +1,6 @@
-// The page's own texts. A language is a table with the keys of `english`; a key that it lacks is
-// read from there. `{name}` is replaced by the value of that name.
+// The page's own texts. `{name}` is replaced by the value of that name. The other languages of the
+// client are in texts_NUMBER.js, where the number is that of the host's string table. They have the
+// keys of `english` but for those of the author's panel, which is for developers and stays English.
 
 const english = new Map(Object.entries({
   "client.title": "{company} – {user}",
@@ -12,7 +13,6 @@ const english = new Map(Object.entries({
   "client.panel.show": "Show the author's panel",
   "client.panel.hide": "Hide the author's panel",
   "menu.bar": "Menu bar",
-  "menu.main": "Main menu",
   "desk": "Desk",
   "window.menu": "Window menu",
   "window.close": "Close",
@@ -26,7 +26,6 @@ const english = new Map(Object.entries({
   "mode.update": "Update",
   "mode.add": "Add",
   "item.default": "default button",
-  "matrix.rows": "{rows} rows",
   "status.region": "Status bar",
   "status.none": "Message",
   "status.warning": "Warning",
@@ -35,6 +34,7 @@ const english = new Map(Object.entries({
   "status.history": "Messages",
   "status.history.empty": "No messages yet.",
   "progress.value": "{value} of {maximum}",
+  "progress.stop": "Stop",
   "box.title": "Message",
   "busy.notice": "The add-on is working …",
   "busy.waiting": "The add-on is working … Actions that wait: {count}",
@@ -67,6 +67,7 @@ const english = new Map(Object.entries({
   "action.answer": "Answer",
   "action.language": "Language",
   "action.shutdown": "Ending the client",
+  "action.stop": "Stopping the progress bar",
   "panel": "Author's panel",
   "panel.width": "Width of the author's panel",
   "panel.events": "Events",
@@ -114,15 +115,34 @@ const english = new Map(Object.entries({
   "keys.AltDown": "opens a combo box",
   "keys.F2": "edits a cell of a matrix",
   "keys.Space": "clicks a cell of a matrix, which selects its row",
+  "keys.CtrlSpace": "clicks a cell with Ctrl: adds its row to the selected ones or takes it away",
+  "keys.ShiftDown": "selects the next row, too; so do the other keys that move up and down",
+  "keys.CtrlShiftSpace": "clicks the head of the column",
   "keys.ShiftF10": "right click",
   "keys.AltClick": "shows an item in the author's panel",
 }));
 
-let current = english;
+const kTables = new Set([1028, 1029, 1030, 1031, 1032, 1035, 1036, 1037, 1038, 1040, 1041, 1042,
+  1043, 1045, 1046, 1049, 1051, 1053, 2052, 2068, 2070, 3082, 9226]);
 
-/** Sets the table of the page's language; null for English. */
-export function useTexts(table) {
-  current = table ?? english;
+let current = english;
+let wanted = 1033;
+
+/**
+ * Takes the texts of a string table, from now on if the promise gives true. It gives false if
+ * another one is wanted by then, or the texts could not be loaded. A table that the page does not
+ * have is English.
+ */
+export async function useTexts(table) {
+  wanted = table;
+  try {
+    const found = kTables.has(table) ? await import(`./texts_${table}.js`) : { texts: {} };
+    if (wanted !== table) return false;
+    current = new Map(Object.entries(found.texts));
+    return true;
+  } catch {
+    return false;  // the page stays as it is; the texts of the host are in its language all the same
+  }
 }
 
 /** Returns the text of a key with its values filled in; the key itself if it has no text. */
