@@ -130,7 +130,8 @@ class PostgresCodes final : public CodeDraws, private KeptLocks::Keeper {
   TimePoint noOtherBefore_;                   // when to try again to open it
   std::map<std::string, std::string> names_;  // of the prepared queries, by their texts
   int nextName_ = 0;
-  // Guarded by the lock of the connection's calls, if another thread reads or anyone writes them.
+  // Guarded by the lock of the connection's calls. Only the connection's own thread changes held_,
+  // so that thread reads it without the lock.
   std::map<std::string, Held, std::less<>> held_;  // by table
   std::optional<Kept> kept_;
   std::atomic<bool> keeps_ = false;  // whether there is one
