@@ -328,7 +328,7 @@ std::optional<RowStore> CompanySession::runKept(Database& database, KeptStatemen
   return rowsOf(database, *statement, kept);
 }
 
-// The INSERT after a draw, which gives up the lock of its table.
+// The INSERT after a draw, which gives up the lock of its table or keeps it for the next draw.
 std::optional<RowStore> CompanySession::runReleasing(Database& database, KeptStatement& kept) {
   CodeDraws& draws = *database.codeDraws();
   draw_ = {kept.translation().insertsInto, false};
@@ -336,7 +336,7 @@ std::optional<RowStore> CompanySession::runReleasing(Database& database, KeptSta
   if (!kept.bind(shape_, environment_.now)) return std::nullopt;
   const Rewinding rewinding(statement);
   RowStore rows = rowsOf(database, statement, kept);
-  draws.released(draw_.table);
+  draws.rowInserted(draw_.table);
   return rows;
 }
 

@@ -5,6 +5,9 @@
 // holds a lock from the draw to the end of the INSERT, and within a transaction to its end, but for
 // a short time only: a connection that draws and does not insert must not stop the others. A code
 // that is drawn twice all the same fails as a duplicate.
+//
+// A change of turns costs more than an Add, since other processes wake up. So a connection that
+// adds row after row keeps its turn over several Adds, as long as the others can wait without harm.
 
 #include "qxdesk/engines/database.h"
 
@@ -33,9 +36,10 @@ class CodeDraws {
   /// Returns the INSERT `text` after a draw from the table.
   virtual std::unique_ptr<Statement> insert(std::string_view table, std::string_view text) = 0;
   /// Returns what continues the condition of an INSERT that is kept, so that it gives the lock up;
-  /// released() is called after it. Only outside of a transaction.
-  virtual std::string releasingCondition(std::string_view /*table*/) const { return {}; }
-  virtual void released(std::string_view /*table*/) {}
+  /// empty if the connection is to keep the lock for the draws that follow. rowInserted() is called
+  /// after it. Only outside of a transaction.
+  virtual std::string releasingCondition(std::string_view /*table*/) { return {}; }
+  virtual void rowInserted(std::string_view /*table*/) {}
   /// Ends a draw after an INSERT into the table, or an attempt. Within a transaction the lock
   /// stays.
   virtual void inserted(std::string_view table) noexcept = 0;

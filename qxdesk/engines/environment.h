@@ -33,6 +33,12 @@ struct CompanyEnvironment {
   /// The time for which a connection outside of a transaction that has read the highest code of a
   /// table stops the others that want to, until it inserts a row.
   int drawTimeoutMs = 2000;
+  /// The time for which a connection to a server that adds row after row to a table goes on before
+  /// it lets the others that wait draw from it.
+  int codeTurnMs = 30;
+  /// The time without a statement after which it lets the others draw at once. It is not measured
+  /// by `clock`, since a thread waits for it.
+  int codeIdleMs = 1;
   /// The time that a statement may run, unless a server sets a limit of its own; 0 is no limit.
   int statementTimeoutSeconds = 600;
   /// The memory that the rows of a statement may take, and that the embedded engine may take for

@@ -1,38 +1,14 @@
 #include "qxdesk/engines/memory_watch.h"
 
-#include <pthread.h>
+#include "qxdesk/engines/side_thread.h"
+
 #include <unistd.h>
 
-#include <csignal>
 #include <fstream>
-#include <initializer_list>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace qx::desk {
-
-namespace {
-
-// A thread that begins now leaves the program's signals to the program's threads. The signals of
-// its own mistakes stay.
-class ForeignSignalsBlocked {
- public:
-  ForeignSignalsBlocked() {
-    sigset_t foreign;
-    sigfillset(&foreign);
-    for (const int own : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) sigdelset(&foreign, own);
-    pthread_sigmask(SIG_BLOCK, &foreign, &before_);
-  }
-  ~ForeignSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  ForeignSignalsBlocked(const ForeignSignalsBlocked&) = delete;
-  ForeignSignalsBlocked& operator=(const ForeignSignalsBlocked&) = delete;
-
- private:
-  sigset_t before_{};
-};
-
-}  // namespace
 
 DatabaseError needsTooMuchMemory(std::size_t most) {
   return {Fault::Cancelled, "its rows take more than " + std::to_string(most >> 20) +
@@ -49,12 +25,8 @@ std::size_t residentMemory() {
 
 MemoryWatch::MemoryWatch(std::size_t most, Resident resident, Pace pace)
     : most_(most), resident_(std::move(resident)), pace_(pace), process_(getpid()) {
-  const ForeignSignalsBlocked blocked;
-  try {
-    thread_ = std::thread([this] { loop(); });
-  } catch (const std::system_error&) {
-    // The statements themselves still work, and their rows are counted after the driver's call.
-  }
+  // Without a thread the statements still work, and their rows are counted after the driver's call.
+  thread_ = startSideThread([this] { loop(); });
 }
 
 MemoryWatch::~MemoryWatch() {

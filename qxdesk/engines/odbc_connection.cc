@@ -20,6 +20,11 @@ constexpr std::size_t kCompletedUnits = 16 * 1024;
 
 SQLPOINTER number(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
 
+struct StatementHandle {
+  ~StatementHandle() { SQLFreeHandle(SQL_HANDLE_STMT, statement); }
+  SQLHSTMT statement;
+};
+
 }  // namespace
 
 struct OdbcConnection::Handles {
@@ -40,6 +45,7 @@ OdbcConnection::OdbcConnection(std::string_view connection, int timeoutSeconds)
 }
 
 OdbcConnection::~OdbcConnection() {
+  const CallLock lock = lockCalls();
   // SQLDisconnect refuses to close a connection with an open transaction.
   if (inTransaction_) SQLEndTran(SQL_HANDLE_DBC, handles_->connection, SQL_ROLLBACK);
 }
@@ -95,6 +101,7 @@ bool OdbcConnection::passesWideTexts() const {
 }
 
 void OdbcConnection::begin(std::string_view opening) {
+  const CallLock lock = lockCalls();
   needAlive();
   setAutocommit(false);
   inTransaction_ = true;
@@ -104,6 +111,7 @@ void OdbcConnection::begin(std::string_view opening) {
 // The attribute can be changed outside of a transaction only. The levels are numbers that grow with
 // their strictness.
 void OdbcConnection::beginRepeatable() {
+  const CallLock lock = lockCalls();
   needAlive();
   constexpr SQLUINTEGER kWanted = SQL_TXN_REPEATABLE_READ;
   SQLUINTEGER usual = kWanted;
@@ -126,6 +134,7 @@ void OdbcConnection::restoreIsolation() {
 }
 
 void OdbcConnection::commit() {
+  const CallLock lock = lockCalls();
   needAlive();
   try {
     endTransaction(SQL_COMMIT);
@@ -137,6 +146,7 @@ void OdbcConnection::commit() {
 }
 
 void OdbcConnection::rollback() {
+  const CallLock lock = lockCalls();
   if (lost_) return;
   try {
     endTransaction(SQL_ROLLBACK);
@@ -164,6 +174,7 @@ void OdbcConnection::setAutocommit(bool on) {
 // The driver is asked, since a connection may be lost without any call having failed: some drivers
 // report the loss as the end of the rows.
 void OdbcConnection::needAlive() {
+  const CallLock lock = lockCalls();
   if (!lost_ && isDead()) {
     lost_ = DatabaseError(Fault::ConnectionLost, "the server is gone");
     inTransaction_ = false;
@@ -179,6 +190,7 @@ bool OdbcConnection::isDead() const {
 }
 
 std::string OdbcConnection::info(unsigned short which) const {
+  const CallLock lock = lockCalls();
   std::array<char16_t, 256> text{};
   SQLSMALLINT bytes = 0;
   const SQLRETURN result = SQLGetInfoW(handles_->connection, which, text.data(),
@@ -188,12 +200,14 @@ std::string OdbcConnection::info(unsigned short which) const {
 }
 
 unsigned OdbcConnection::infoNumber(unsigned short which) const {
+  const CallLock lock = lockCalls();
   SQLUINTEGER value = 0;
   const SQLRETURN result = SQLGetInfoW(handles_->connection, which, &value, sizeof value, nullptr);
   return SQL_SUCCEEDED(result) ? value : 0;
 }
 
 void* OdbcConnection::newStatement() {
+  const CallLock lock = lockCalls();
   if (lost_) throw *lost_;
   SQLHSTMT statement = nullptr;
   const SQLRETURN result = SQLAllocHandle(SQL_HANDLE_STMT, handles_->connection, &statement);
@@ -202,6 +216,7 @@ void* OdbcConnection::newStatement() {
 }
 
 short OdbcConnection::prepare(void* statement, std::string& sql) {
+  const CallLock lock = lockCalls();
   openPending();
   if (!wide_) {
     return SQLPrepare(statement, reinterpret_cast<SQLCHAR*>(sql.data()),
@@ -213,6 +228,7 @@ short OdbcConnection::prepare(void* statement, std::string& sql) {
 }
 
 short OdbcConnection::execute(void* statement, std::string& sql) {
+  const CallLock lock = lockCalls();
   if (opening_.empty()) return send(statement, sql);
   std::string both = opening_ + "; " + sql;
   const SQLRETURN result = send(statement, both);
@@ -232,16 +248,23 @@ short OdbcConnection::send(void* statement, std::string& sql) const {
 }
 
 void OdbcConnection::openTransaction() {
-  struct Handle {
-    ~Handle() { SQLFreeHandle(SQL_HANDLE_STMT, statement); }
-    SQLHSTMT statement;
-  };
-  const Handle own{newStatement()};
+  const StatementHandle own{newStatement()};
   if (!SQL_SUCCEEDED(send(own.statement, opening_))) failStatement(own.statement);
   opening_.clear();
 }
 
+// Touches none of the members that belong to the connection's own thread.
+void OdbcConnection::runAside(std::string_view sql) const noexcept {
+  const CallLock lock = lockCalls();
+  SQLHSTMT statement = nullptr;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, handles_->connection, &statement))) return;
+  const StatementHandle own{statement};
+  std::string text(sql);
+  send(own.statement, text);
+}
+
 void OdbcConnection::failStatement(void* statement, std::string_view sql) {
+  const CallLock lock = lockCalls();
   const DatabaseError error = failureOf(SQL_HANDLE_STMT, statement);
   if (error.fault() != Fault::Locked || lockInquiry_ == nullptr) throw error;
   throw DatabaseError(error.fault(), error.what(), askForHolder(sql));

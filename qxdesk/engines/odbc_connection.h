@@ -5,15 +5,21 @@
 //
 // Texts travel as UTF-16. For a driver without wide texts the driver manager would convert them and
 // drop every character that the narrow character set lacks; such a driver gets UTF-8.
+//
+// One thread at a time works with a connection, and all of its members are that thread's. Another
+// thread may use runAside() between the calls of the first one: each call of the driver is made
+// under the lock of the calls.
 
 #include "qxdesk/engines/database.h"
 #include "qxdesk/engines/memory_watch.h"
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qx::desk {
 
@@ -24,6 +30,15 @@ class OdbcConnection {
   ~OdbcConnection();
   OdbcConnection(const OdbcConnection&) = delete;
   OdbcConnection& operator=(const OdbcConnection&) = delete;
+
+  using CallLock = std::unique_lock<std::recursive_mutex>;
+  /// Keeps other threads from the driver's calls as long as the result lives.
+  CallLock lockCalls() const { return CallLock(calls_); }
+  /// The same, but owns nothing if another thread makes a call.
+  CallLock tryLockCalls() const { return {calls_, std::try_to_lock}; }
+  /// Runs a statement without a result that counts, also from another thread. A failure is left to
+  /// the next call, which meets it as well if the connection is lost.
+  void runAside(std::string_view sql) const noexcept;
 
   /// Begins a transaction. `opening` is a statement that the engine takes only before all others
   /// of a transaction; it runs in one turn with the first of them. Empty is none.
@@ -75,6 +90,12 @@ class OdbcConnection {
   using LockInquiry = std::function<std::optional<LockHolder>(std::string_view sql)>;
   /// Sets the inquiry that runs after each failure with Fault::Locked. It may use this connection.
   void setLockInquiry(LockInquiry inquiry) { lockInquiry_ = std::move(inquiry); }
+  /// Sets what is called before each statement runs. It must not throw, and may use runAside().
+  void setBeforeStatement(std::function<void()> before) { beforeStatement_ = std::move(before); }
+  /// To be called before a statement runs.
+  void statementBegins() const {
+    if (beforeStatement_) beforeStatement_();
+  }
   /// Runs what begin() was given, if no statement of the transaction has taken it along yet. To be
   /// called before a prepared statement runs.
   void openPending() {
@@ -106,6 +127,8 @@ class OdbcConnection {
   bool inTransaction_ = false;
   std::string opening_;  // not run yet in the open transaction
   LockInquiry lockInquiry_;
+  std::function<void()> beforeStatement_;
+  mutable std::recursive_mutex calls_;
   unsigned long usualIsolation_ = 0;  // in a transaction with another one
   std::optional<DatabaseError> lost_;
   std::unique_ptr<MemoryWatch> memory_;

@@ -124,7 +124,10 @@ class PostgresDatabase final : public OdbcDatabase {
   }
   // At the server's usual level, so that a program that waited for its turn to change a table or to
   // make the company sees what the other one made.
-  void beginChangeOfTables() override { connection().begin(); }
+  void beginChangeOfTables() override {
+    codes_.transactionBegins();
+    connection().begin();
+  }
   bool lockTables(std::chrono::milliseconds most) override { return locks_.lockTables(most); }
   void unlockTables() override { locks_.unlockTables(); }
   std::optional<LockHolder> tablesHolder() override { return locks_.tablesHolder(); }

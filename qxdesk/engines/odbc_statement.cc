@@ -80,12 +80,14 @@ class OdbcStatement final : public Statement {
         repeated_(repeated),
         skippedResults_(skippedResults),
         statement_(connection.newStatement()) {
+    const OdbcConnection::CallLock lock = connection_.lockCalls();
     // Braces in a statement are the author's text, not an ODBC escape for the driver to resolve.
     keepsBraces_ = take(SQL_ATTR_NOSCAN, SQL_NOSCAN_ON);
     const int seconds = connection_.statementTimeoutSeconds();
     if (seconds > 0) take(SQL_ATTR_QUERY_TIMEOUT, static_cast<SQLULEN>(seconds));
   }
   ~OdbcStatement() override {
+    const OdbcConnection::CallLock lock = connection_.lockCalls();
     SQLFreeHandle(SQL_HANDLE_STMT, statement_);
     // What the rows took goes back to the system, so that the next statement begins without it.
     if (tooMuch_) malloc_trim(0);
@@ -111,6 +113,7 @@ class OdbcStatement final : public Statement {
   void bindDecimal(int parameter, std::string_view value) override { bind(parameter, value); }
   bool step() override;
   void reset() override {
+    const OdbcConnection::CallLock lock = connection_.lockCalls();
     SQLFreeStmt(statement_, SQL_CLOSE);
     ran_ = false;
   }
@@ -253,6 +256,8 @@ bool OdbcStatement::step() {
 }
 
 void OdbcStatement::run() {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
+  connection_.statementBegins();
   connection_.needAlive();
   if (!keepsBraces_ && hasEscape(sql_)) {
     throw DatabaseError(Fault::Statement,
@@ -279,6 +284,7 @@ void OdbcStatement::run() {
 
 bool OdbcStatement::nextResult() {
   if (!connection_.hasMoreResults()) return false;
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
   const SQLRETURN result = watched([this] { return SQLMoreResults(statement_); });
   if (result == SQL_NO_DATA) return false;
   check(result);
@@ -349,6 +355,7 @@ void OdbcStatement::bindColumns() {
 }
 
 bool OdbcStatement::fetchBatch() {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
   next_ = 0;
   fetched_ = 0;  // the driver writes it during SQLFetch
   const SQLRETURN result = SQLFetch(statement_);
@@ -366,8 +373,10 @@ void OdbcStatement::loadRow() {
   if (states_[row] == SQL_ROW_ERROR) connection_.failStatement(statement_);
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     if (batchSize_ == 1) {
+      const OdbcConnection::CallLock lock = connection_.lockCalls();
       columns_[i].fetch(cells_[i]);
     } else if (!columns_[i].read(row, cells_[i])) {
+      const OdbcConnection::CallLock lock = connection_.lockCalls();
       // SQLGetData reads from the current row of the batch, which SQLSetPos sets.
       check(SQLSetPos(statement_, static_cast<SQLSETPOSIROW>(row + 1), SQL_POSITION,
                       SQL_LOCK_NO_CHANGE));

@@ -19,6 +19,9 @@ constexpr milliseconds kShortWait{50};
 constexpr milliseconds kSpareTime{5000};
 constexpr milliseconds kNextAttempt{10'000};
 
+// Longer than the pause of a program between two of its Adds, and shorter than that of a user.
+constexpr milliseconds kSoon{10};
+
 // Returns the number of a lock, the same in all releases: FNV-1a over the name, without the sign.
 std::int64_t keyOf(std::string_view table, bool spare) {
   std::uint64_t hash = 0xCBF29CE484222325;
@@ -77,20 +80,22 @@ class DrawOnPostgres final : public LateStatement {
   std::string text_;
 };
 
-/// Inserts the row and gives the lock up: it passes to the transaction, or to that of the statement
-/// alone, which ends with the commit.
+/// Inserts the row. The lock is kept or given up: then it passes to the transaction, or to that of
+/// the statement alone, which ends with the commit.
 class InsertOnPostgres final : public LateStatement {
  public:
   InsertOnPostgres(PostgresCodes& codes, std::string_view table, std::string_view text)
       : codes_(codes), table_(lowerName(table)) {
+    const bool keeps = codes_.releasingCondition(table_).empty();
     const std::int64_t key = codes_.held_.at(table_).key;
-    const std::string sql = call("pg_advisory_xact_lock", key) + "; " + std::string(text) + "; " +
-                            call("pg_advisory_unlock", key);
+    const std::string sql = keeps ? std::string(text)
+                                  : call("pg_advisory_xact_lock", key) + "; " + std::string(text) +
+                                        "; " + call("pg_advisory_unlock", key);
     real_ = makeOdbcStatement(codes_.connection_, sql, INT_MAX);
   }
   bool step() override {
     const bool row = real_->step();
-    codes_.held_.erase(table_);
+    codes_.rowInserted(table_);
     return row;
   }
 
@@ -101,7 +106,28 @@ class InsertOnPostgres final : public LateStatement {
 
 PostgresCodes::PostgresCodes(OdbcConnection& connection, const CompanyEnvironment& environment,
                              Connect connect)
-    : connection_(connection), environment_(environment), connect_(std::move(connect)) {}
+    : connection_(connection), environment_(environment), connect_(std::move(connect)) {
+  connection_.setBeforeStatement([this] { statementBegins(); });
+}
+
+// A lock that is still kept ends with the connection.
+PostgresCodes::~PostgresCodes() {
+  if (joined_) KeptLocks::ofProcess().leave(*this);
+  connection_.setBeforeStatement(nullptr);
+}
+
+// Given up rather than taken along: a transaction may last long and need no code.
+void PostgresCodes::transactionBegins() {
+  seenByAll_.clear();
+  statementBegins();
+}
+
+// A draw goes on with a kept lock before it runs its statements, so this one is of another kind.
+void PostgresCodes::statementBegins() noexcept {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
+  giveUpKept();
+  lastRow_.reset();
+}
 
 std::unique_ptr<Statement> PostgresCodes::draw(std::string_view table, std::string_view text) {
   return std::make_unique<DrawOnPostgres>(*this, table, text);
@@ -123,16 +149,44 @@ std::unique_ptr<Statement> PostgresCodes::insert(std::string_view table, std::st
 
 // The lock passes to the statement's own transaction, which ends with the commit. The order of the
 // two matters, and CASE keeps it.
-std::string PostgresCodes::releasingCondition(std::string_view table) const {
-  const std::string key = std::to_string(held_.at(lowerName(table)).key);
+std::string PostgresCodes::releasingCondition(std::string_view table) {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
+  const std::string name = lowerName(table);
+  Held& held = held_.at(name);
+  held.keepsTurn = mayKeepTurn(name, held);
+  if (held.keepsTurn) return {};
+  const std::string key = std::to_string(held.key);
   return " AND CASE WHEN pg_advisory_xact_lock(" + key +
          ") IS NULL THEN true ELSE pg_advisory_unlock(" + key + ") IS NOT NULL END";
 }
 
-void PostgresCodes::released(std::string_view table) { held_.erase(lowerName(table)); }
+// Only in a series of Adds: after a single one the thread would have to give the lock up, with a
+// turn of its own. A spare lock is never kept, since those who take the first one again would not
+// wait for it.
+bool PostgresCodes::mayKeepTurn(const std::string& table, const Held& held) const {
+  return held.inSeries && held.key == keyOf(table, false) && !connection_.inTransaction() &&
+         environment_.clock() - held.turnBegan < milliseconds(environment_.codeTurnMs) &&
+         KeptLocks::ofProcess().isReady();
+}
+
+void PostgresCodes::rowInserted(std::string_view table) {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
+  const std::string name = lowerName(table);
+  const auto held = held_.find(name);
+  if (held == held_.end()) return;
+  const Held last = held->second;
+  held_.erase(held);
+  if (!connection_.inTransaction()) lastRow_ = {name, last.key, environment_.clock()};
+  if (!last.keepsTurn) return;
+  const TimePoint due = std::chrono::steady_clock::now() + milliseconds(environment_.codeIdleMs);
+  kept_ = {name, last, due};
+  keeps_ = true;
+  KeptLocks::ofProcess().watch(due);
+}
 
 // Reached with the lock only if the INSERT, or the draw itself, has failed.
 void PostgresCodes::inserted(std::string_view table) noexcept {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
   const auto held = held_.find(lowerName(table));
   if (held == held_.end()) return;
   const std::int64_t key = held->second.key;
@@ -142,6 +196,7 @@ void PostgresCodes::inserted(std::string_view table) noexcept {
 
 void PostgresCodes::giveUpOld() {
   if (held_.empty()) return;
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
   const TimePoint now = environment_.clock();
   std::erase_if(held_, [&](const auto& each) {
     const bool old = now - each.second.since >= milliseconds(environment_.drawTimeoutMs);
@@ -165,6 +220,10 @@ PostgresCodes::Answer PostgresCodes::run(const std::string& sql, int skippedResu
 }
 
 PostgresCodes::Answer PostgresCodes::read(const std::string& table, const std::string& text) {
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
+  join();
+  inSeries_ = lastRow_ && lastRow_->table == table && environment_.clock() - lastRow_->at < kSoon;
+  resume(table);
   Answer own = readLocked(table, text);
   if (!connection_.inTransaction()) return own;
   return withCodesOfOthers(table, text, std::move(own));
@@ -173,22 +232,39 @@ PostgresCodes::Answer PostgresCodes::read(const std::string& table, const std::s
 PostgresCodes::Answer PostgresCodes::readLocked(const std::string& table, const std::string& text) {
   if (const auto held = held_.find(table); held != held_.end()) {
     held->second.since = environment_.clock();
+    held->second.thread = std::this_thread::get_id();
+    held->second.inSeries = inSeries_;
     return run(callOf(text), 0);
+  }
+  std::optional<Answer> answer = lockAndRead(table, text);
+  // With both locks stuck it goes without: a code that is drawn twice fails as a duplicate.
+  return answer ? *std::move(answer) : run(text, 0);
+}
+
+// Returns nothing if both locks are stuck.
+std::optional<PostgresCodes::Answer> PostgresCodes::lockAndRead(const std::string& table,
+                                                                const std::string& text) {
+  const std::int64_t key = keyOf(table, false);
+  const std::int64_t spareKey = keyOf(table, true);
+  // The server is asked all the same: the other connection may have lost its lock by now.
+  if (wouldWaitForItself(key)) {
+    if (auto answer = tryKey(table, key, text, milliseconds(1))) return answer;
+    return tryKey(
+        table, spareKey, text,
+        wouldWaitForItself(spareKey) ? milliseconds(1) : milliseconds(environment_.busyTimeoutMs));
   }
   const TimePoint now = environment_.clock();
   const auto spare = spareUntil_.find(table);
   std::optional<Answer> answer;
   if (spare == spareUntil_.end()) {
-    answer = waitForKey(table, keyOf(table, false), text);
+    answer = waitForKey(table, key, text);
   } else if (now >= spare->second) {
-    answer = tryKey(table, keyOf(table, false), text, kShortWait);
+    answer = tryKey(table, key, text, kShortWait);
     if (answer) spareUntil_.erase(table);
   }
-  if (answer) return *std::move(answer);
+  if (answer) return answer;
   spareUntil_[table] = now + kSpareTime;
-  answer = waitForKey(table, keyOf(table, true), text);
-  // With both locks stuck it goes without: a code that is drawn twice fails as a duplicate.
-  return answer ? *std::move(answer) : run(text, 0);
+  return waitForKey(table, spareKey, text);
 }
 
 // Returns nothing if the holder has been idle all the time. A holder that works gives the lock up
@@ -198,7 +274,7 @@ std::optional<PostgresCodes::Answer> PostgresCodes::waitForKey(const std::string
                                                                const std::string& text) {
   // The holder is looked at after half the time, and again. The server measures the time.
   const milliseconds slice(std::max(1, environment_.drawTimeoutMs / 2));
-  std::int64_t idle = 0;
+  std::optional<Holder> idle;
   for (milliseconds left(environment_.busyTimeoutMs);; left -= slice) {
     if (auto answer = tryKey(table, key, text, std::clamp(left, milliseconds(1), slice))) {
       return answer;
@@ -206,12 +282,14 @@ std::optional<PostgresCodes::Answer> PostgresCodes::waitForKey(const std::string
     const std::optional<Holder> holder = holderOf(key);
     if (holder && holder->own) {
       // It came in time, but the table itself was locked.
-      if (!connection_.inTransaction()) held_[table] = {key, environment_.clock()};
+      if (!connection_.inTransaction()) held_[table] = newlyHeld(key);
       return run(text, 0);
     }
     const bool isIdle = holder && holder->idle;
-    if (isIdle && holder->process == idle) return std::nullopt;
-    idle = isIdle ? holder->process : 0;
+    if (isIdle && idle && idle->process == holder->process && idle->change == holder->change) {
+      return std::nullopt;
+    }
+    idle = isIdle ? holder : std::nullopt;
     if (left <= slice) {
       throw DatabaseError(Fault::Locked, "another connection adds rows to " + table);
     }
@@ -249,9 +327,9 @@ std::optional<PostgresCodes::Answer> PostgresCodes::tryKey(const std::string& ta
       (transaction ? setTimeout(environment_.busyTimeoutMs) : std::string()) + callOf(text);
   try {
     // Noted first: the lock stays even if the query fails after it.
-    if (!transaction) held_[table] = {key, environment_.clock()};
+    if (!transaction) held_[table] = newlyHeld(key);
     Answer answer = run(batch, 1);
-    if (!transaction) held_[table].since = environment_.clock();
+    if (!transaction) held_[table] = newlyHeld(key);
     return answer;
   } catch (const DatabaseError& error) {
     if (error.fault() == Fault::Locked) {
@@ -271,7 +349,9 @@ std::optional<PostgresCodes::Holder> PostgresCodes::holderOf(std::int64_t key) {
   const Answer row = run(
       "SELECT CAST(l.pid AS bigint), CASE WHEN l.pid = pg_backend_pid() THEN 1 ELSE 0 END, CASE "
       "WHEN EXISTS (SELECT 1 FROM pg_locks v WHERE v.pid = l.pid AND v.locktype = 'virtualxid' AND "
-      "v.granted) THEN 0 ELSE 1 END FROM pg_locks l WHERE l.locktype = 'advisory' AND l.granted "
+      "v.granted) THEN 0 ELSE 1 END, COALESCE((SELECT CAST(a.state_change AS text) FROM "
+      "pg_stat_activity a WHERE a.pid = l.pid), '') FROM pg_locks l WHERE l.locktype = 'advisory' "
+      "AND l.granted "
       "AND l.objsubid = 1 AND l.database = (SELECT oid FROM pg_database WHERE datname = "
       "current_database()) AND CAST(l.classid AS bigint) = " +
           std::to_string(key >> 32) +
@@ -279,7 +359,67 @@ std::optional<PostgresCodes::Holder> PostgresCodes::holderOf(std::int64_t key) {
       0);
   if (!row.row) return std::nullopt;
   return Holder{row.statement->integer(0), row.statement->integer(1) != 0,
-                row.statement->integer(2) != 0};
+                row.statement->integer(2) != 0, std::string(row.statement->text(3))};
+}
+
+// ---- a turn that is kept over several Adds
+
+void PostgresCodes::join() {
+  if (std::exchange(joined_, true)) return;
+  KeptLocks::ofProcess().join(*this);
+}
+
+PostgresCodes::Held PostgresCodes::newlyHeld(std::int64_t key) const {
+  const TimePoint now = environment_.clock();
+  return {key, now, now, std::this_thread::get_id(), inSeries_, false};
+}
+
+// Goes on with a kept lock, unless others should have had it by now: for example after the process
+// was stopped, while they may have taken the spare one.
+void PostgresCodes::resume(const std::string& table) {
+  if (!kept_ || kept_->table != table) return;
+  const auto turn = milliseconds(environment_.codeTurnMs);
+  if (environment_.clock() - kept_->lock.turnBegan >= turn) return giveUpKept();
+  held_[table] = kept_->lock;
+  kept_.reset();
+  keeps_ = false;
+}
+
+void PostgresCodes::giveUpKept() noexcept {
+  if (!keeps_) return;
+  const OdbcConnection::CallLock lock = connection_.lockCalls();
+  if (!kept_) return;
+  connection_.runAside(call("pg_advisory_unlock", kept_->lock.key));
+  kept_.reset();
+  keeps_ = false;
+}
+
+std::optional<PostgresCodes::TimePoint> PostgresCodes::giveUpDue(TimePoint now) {
+  if (!keeps_) return std::nullopt;
+  const OdbcConnection::CallLock lock = connection_.tryLockCalls();
+  if (!lock) return now + milliseconds(environment_.codeIdleMs);
+  if (!kept_) return std::nullopt;
+  if (now < kept_->due) return kept_->due;
+  giveUpKept();
+  return std::nullopt;
+}
+
+// A connection at work has its lock in the order of the server, also before another one of the
+// process. Two that a thread uses in turn keep nothing from now on, so that neither has to yield
+// for each Add.
+bool PostgresCodes::yield(std::string_view database, std::int64_t key) {
+  if (connection_.completed() != database) return false;
+  const OdbcConnection::CallLock lock = connection_.tryLockCalls();
+  if (!lock) return false;
+  if (kept_ && kept_->lock.key == key) giveUpKept();
+  if (lastRow_ && lastRow_->key == key) lastRow_.reset();
+  return std::any_of(held_.begin(), held_.end(), [&](const auto& each) {
+    return each.second.key == key && each.second.thread == std::this_thread::get_id();
+  });
+}
+
+bool PostgresCodes::wouldWaitForItself(std::int64_t key) const {
+  return KeptLocks::ofProcess().wouldWaitForItself(*this, connection_.completed(), key);
 }
 
 // ---- within a transaction
