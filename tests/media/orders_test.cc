@@ -192,7 +192,7 @@ ORDERS_1 -1 "Orders" selected
 pressed item 2 of form ORDERS_1
 changed the language to 9
 picked menu ORD_OPEN
-F_0 169 "Main Menu"
+F_0 169 "Hauptmenü"
 ORDERS_1 -1 "Aufträge" selected
 typed "A-4" into item 221 of form ORDERS_1
 pressed item 1 of form ORDERS_1: vetoed by the add-on

@@ -143,7 +143,7 @@ TEST_F(Events, LanguageChangeReachesTheAddOnAndRebuildsTheCommonMenu) {
   desk.changeLanguage(ln_German);
   EXPECT_THAT(record.take(), ElementsAre("OnChangeLanguage"));
   EXPECT_TRUE(log.has(QXLoggerLib::sl_Information, u"Language changed to 'ln_German'\n"));
-  EXPECT_THAT(desk.menus(), testing::EndsWith("43523 \"Add-Ons\" popup\n"
+  EXPECT_THAT(desk.menus(), testing::EndsWith("43523 \"Add-ons\" popup\n"
                                               "  QX_551 \"Protokolleinstellungen des "
                                               "Halvex-Add-Ons\"\n"));
   desk.changeLanguage(ln_English);
