@@ -26,7 +26,9 @@ using namespace Persistence;
 using qx::test::PostgresServer;
 using qx::test::TurnCounter;
 
-constexpr int kRounds = 5;
+// Many, since each turn to the server wakes two processes, and how fast that is differs from round
+// to round.
+constexpr int kRounds = 40;
 constexpr int kRows = 2'000;
 
 struct Record : CQXValueContainer {
