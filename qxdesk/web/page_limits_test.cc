@@ -166,7 +166,8 @@ TEST(SlowPage, ThatDoesNotConfirmItsCloseIsEndedAfterItsTime) {
   RunningServer running(limits);
   Client page = running.openPage(1);
   running.server->ClosePage(1);
-  EXPECT_EQ(show(page.readFrame()), "1008 The page broke the rules of its texts.");
+  // Behind a ping if the machine took longer than that to open the page.
+  EXPECT_EQ(page.next(), "1008 The page broke the rules of its texts.");
   EXPECT_EQ(page.rest(), "");
 }
 
