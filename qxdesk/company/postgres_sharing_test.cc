@@ -3,6 +3,8 @@
 
 #include "qxdesk/company/test_support.h"
 #include "qxdesk/engines/open_database.h"
+#include "qxdesk/engines/postgres_locks.h"
+#include "qxdesk/engines/test_support.h"
 #include "qxframework/automation/text.h"
 #include "qxframework/host/company_sharing.h"
 #include "testing/odbc_program.h"
@@ -325,6 +327,24 @@ TEST_F(PostgresSharingTest, TheLockOfTheTablesEndsWithItsConnection) {
   EXPECT_EQ(company->Connect(), 0);
   EXPECT_EQ(raisedBy([&] { own->UnlockTables(); }), kWrongTransactionState);
   EXPECT_FALSE(own->LockTables(0, holder));
+}
+
+// The server can grant the lock and end the wait for it at the same moment. Then the statement
+// fails, and a session that asked again would have the lock twice and give it back once.
+TEST_F(PostgresSharingTest, ALockOfTheTablesThatComesAsItsTimeIsOverIsTaken) {
+  const CompanyEnvironment environment = testEnvironment();
+  std::unique_ptr<Database> session = openDatabase(database, environment);
+  session->execute("SELECT pg_advisory_lock(hashtext('company tables'))");
+  FaultPlan plan{.fault = Fault::Locked, .refusedWords = {"pg_advisory_lock"}};
+  const std::unique_ptr<Database> late = failing(std::move(session), &plan);
+  PostgresLocks locks(*late, environment);
+  EXPECT_TRUE(locks.lockTables(std::chrono::seconds(1)));
+
+  CComBSTR holder;
+  const CComQIPtr<ICompanySharing> other(company);
+  EXPECT_FALSE(other->LockTables(0, holder));
+  locks.unlockTables();
+  EXPECT_TRUE(other->LockTables(0, holder));
 }
 
 TEST_F(PostgresSharingTest, AConnectionThatIsLostWhileItWaitsForTheLockIsReported) {

@@ -248,8 +248,8 @@ std::optional<PostgresCodes::Answer> PostgresCodes::lockAndRead(const std::strin
   const std::int64_t spareKey = keyOf(table, true);
   // The server is asked all the same: the other connection may have lost its lock by now.
   if (wouldWaitForItself(key)) {
-    if (auto answer = tryKey(table, key, text, milliseconds(1))) return answer;
-    return tryKey(
+    if (auto answer = tryKeyOnce(table, key, text, milliseconds(1))) return answer;
+    return tryKeyOnce(
         table, spareKey, text,
         wouldWaitForItself(spareKey) ? milliseconds(1) : milliseconds(environment_.busyTimeoutMs));
   }
@@ -259,7 +259,7 @@ std::optional<PostgresCodes::Answer> PostgresCodes::lockAndRead(const std::strin
   if (spare == spareUntil_.end()) {
     answer = waitForKey(table, key, text);
   } else if (now >= spare->second) {
-    answer = tryKey(table, key, text, kShortWait);
+    answer = tryKeyOnce(table, key, text, kShortWait);
     if (answer) spareUntil_.erase(table);
   }
   if (answer) return answer;
@@ -341,6 +341,17 @@ std::optional<PostgresCodes::Answer> PostgresCodes::tryKey(const std::string& ta
     held_.erase(table);
     return run(text, 0);
   }
+}
+
+// The server can grant the lock and end the wait for it at the same moment. Then the statement
+// fails and the session has the lock; one that will not ask again gives it back.
+std::optional<PostgresCodes::Answer> PostgresCodes::tryKeyOnce(const std::string& table,
+                                                               std::int64_t key,
+                                                               const std::string& text,
+                                                               milliseconds most) {
+  std::optional<Answer> answer = tryKey(table, key, text, most);
+  if (!answer && !connection_.inTransaction()) unlock(key);
+  return answer;
 }
 
 // The rows about the locks say for the number its two halves. A connection in a transaction has a

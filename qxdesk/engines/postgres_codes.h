@@ -103,6 +103,8 @@ class PostgresCodes final : public CodeDraws, private KeptLocks::Keeper {
   Answer readLocked(const std::string& table, const std::string& text);
   std::optional<Answer> tryKey(const std::string& table, std::int64_t key, const std::string& text,
                                std::chrono::milliseconds most);
+  std::optional<Answer> tryKeyOnce(const std::string& table, std::int64_t key,
+                                   const std::string& text, std::chrono::milliseconds most);
   std::optional<Answer> waitForKey(const std::string& table, std::int64_t key,
                                    const std::string& text);
   Answer run(const std::string& sql, int skippedResults);

@@ -12,6 +12,13 @@ using std::chrono::milliseconds;
 
 constexpr std::string_view kKey = "hashtext('company tables')";
 
+// Follows a condition on pg_locks l: those that are granted and are this lock.
+constexpr std::string_view kTablesLock =
+    " AND l.granted AND l.locktype = 'advisory' AND l.objsubid = 1 "
+    "AND l.database = (SELECT oid FROM pg_database WHERE datname = current_database()) "
+    "AND (CAST(l.classid AS bigint) << 32) | CAST(l.objid AS bigint) = "
+    "hashtext('company tables')";
+
 // A name that a program has not given itself is that of its user.
 constexpr std::string_view kNames =
     "COALESCE(NULLIF(a.application_name, ''), a.usename), "
@@ -58,8 +65,15 @@ bool PostgresLocks::tryLock(milliseconds most) {
     return true;
   } catch (const DatabaseError& error) {
     if (error.fault() != Fault::Locked) throw;
-    return false;
+    // A lock that is granted at the moment at which its time is over fails as well, but it belongs
+    // to the session and stays.
+    return hasTables();
   }
+}
+
+bool PostgresLocks::hasTables() {
+  return database_.queryInteger("SELECT COUNT(*) FROM pg_locks l WHERE l.pid = pg_backend_pid()" +
+                                std::string(kTablesLock)) != 0;
 }
 
 void PostgresLocks::unlockTables() {
@@ -69,12 +83,8 @@ void PostgresLocks::unlockTables() {
 std::optional<LockHolder> PostgresLocks::tablesHolder() {
   return firstHolder("SELECT '', " + std::string(kNames) +
                      " FROM pg_locks l JOIN pg_stat_activity a ON a.pid = l.pid "
-                     "WHERE l.granted AND l.locktype = 'advisory' AND l.objsubid = 1 "
-                     "AND l.pid <> pg_backend_pid() "
-                     "AND l.database = (SELECT oid FROM pg_database WHERE datname = "
-                     "current_database()) AND (CAST(l.classid AS bigint) << 32) | "
-                     "CAST(l.objid AS bigint) = " +
-                     std::string(kKey));
+                     "WHERE l.pid <> pg_backend_pid()" +
+                     std::string(kTablesLock));
 }
 
 std::optional<LockHolder> PostgresLocks::holderFor(std::string_view sql) {

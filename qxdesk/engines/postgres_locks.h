@@ -38,6 +38,8 @@ class PostgresLocks {
 
  private:
   bool tryLock(std::chrono::milliseconds most);
+  /// Returns true if this session has the lock.
+  bool hasTables();
   std::string withTimeout(std::chrono::milliseconds most, std::string_view sql) const;
   std::optional<LockHolder> firstHolder(std::string_view sql);
 
