@@ -4,6 +4,7 @@
 #include "qxframework/automation/com_error.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace qx::screens {
@@ -62,26 +63,21 @@ std::vector<std::shared_ptr<ItemModel>> FormModel::tabOrder() const {
 }
 
 std::u16string FormModel::nextFocus(std::u16string_view uid) const {
-  const auto order = tabOrder();
-  if (order.empty()) return {};
-  // Counted among all items: the one that has the focus may have become unusable.
-  const auto from = std::find_if(items_.begin(), items_.end(),
-                                 [&](const auto& item) { return item->uid == uid; });
-  for (auto at = from; at != items_.end(); ++at) {
-    if (at != from && takesFocus(**at)) return (*at)->uid;
-  }
-  return order.front()->uid;
+  return focusBehind(items_.begin(), items_.end(), uid);
 }
 
 std::u16string FormModel::previousFocus(std::u16string_view uid) const {
-  const auto order = tabOrder();
-  if (order.empty()) return {};
-  const auto from = std::find_if(items_.rbegin(), items_.rend(),
-                                 [&](const auto& item) { return item->uid == uid; });
-  for (auto at = from; at != items_.rend(); ++at) {
-    if (at != from && takesFocus(**at)) return (*at)->uid;
-  }
-  return order.back()->uid;
+  return focusBehind(items_.rbegin(), items_.rend(), uid);
+}
+
+// Counted among all items: the one that has the focus may have become unusable.
+template <class Iterator>
+std::u16string FormModel::focusBehind(Iterator begin, Iterator end, std::u16string_view uid) const {
+  const auto takes = [this](const auto& item) { return takesFocus(*item); };
+  const auto from = std::find_if(begin, end, [&](const auto& item) { return item->uid == uid; });
+  auto found = from == end ? end : std::find_if(std::next(from), end, takes);
+  if (found == end) found = std::find_if(begin, end, takes);
+  return found == end ? std::u16string() : (*found)->uid;
 }
 
 void FormModel::addSource(std::u16string uid, long type, long size) {

@@ -109,6 +109,9 @@ class FormModel {
 
  private:
   friend class Forms;
+  /// Returns the next item of a direction that takes the focus, or else the first one.
+  template <class Iterator>
+  std::u16string focusBehind(Iterator begin, Iterator end, std::u16string_view uid) const;
   bool takesFocus(const ItemModel& item) const {
     return item.type != kStaticText && isUsable(item);
   }
